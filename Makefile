@@ -1,0 +1,53 @@
+# The tasks of this project; `make` alone lists them.
+
+.DEFAULT_GOAL := help
+.PHONY: help build demo test bench lint coverage dist clean native format
+
+RELEASE := build/release
+
+help: ## List the tasks
+	@awk -F ':.*## ' '/^[a-z]+:.*## / {printf "  make %-10s %s\n", $$1, $$2}' $(MAKEFILE_LIST)
+
+build: ## Build the DLL, its companions and the tests for Windows x64
+	@tools/setup
+	@tools/build release
+
+demo: ## Set up what is missing, build, and run the sample client on sample depots
+	@tools/setup
+	@tools/build release
+	@tools/demo
+
+test: ## Set up what is missing, build, and run all tests
+	@tools/setup lint
+	@tools/build release
+	@tools/build native
+	@tools/lint quick
+	@ctest --preset native --output-on-failure -j2
+	@ctest --preset release --output-on-failure -j2
+
+bench: ## Measure the component against the raw system calls
+	@tools/setup
+	@tools/build release
+	@tools/bench
+
+lint: ## Check formatting, layering and the code itself
+	@tools/setup lint
+	@tools/build release
+	@tools/lint full
+
+format: ## Format the sources in place
+	@tools/setup lint
+	@tools/lint format
+
+coverage: ## Measure the line coverage of all tests
+	@tools/setup coverage
+	@tools/build coverage
+	@tools/coverage
+
+dist: ## Leave in dist/ what a user installs
+	@tools/setup
+	@tools/build release
+	@tools/dist
+
+clean: ## Remove everything that was built
+	rm -rf build dist

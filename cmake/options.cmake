@@ -1,0 +1,30 @@
+# Compiler settings that every target of the project shares, as the interface library depot_options.
+add_library(depot_options INTERFACE)
+target_compile_features(depot_options INTERFACE cxx_std_20)
+target_compile_options(depot_options INTERFACE
+    -Wall -Wextra -Wpedantic -Werror -Wshadow -Wconversion -Wformat=2 -Wundef -Wcast-qual
+    -Woverloaded-virtual -Wduplicated-cond -Wlogical-op -Wvla
+    -fstack-protector-strong -ffunction-sections -fdata-sections
+    $<$<CONFIG:Release>:-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=2>)
+
+if(WIN32)
+    # Windows 7 is the oldest system whose calls are used without asking for them at run time.
+    target_compile_definitions(depot_options INTERFACE
+        _WIN32_WINNT=0x0601 WINVER=0x0601 WIN32_LEAN_AND_MEAN NOMINMAX)
+    # The runtime is linked in: the product may depend on system libraries only.
+    target_link_options(depot_options INTERFACE
+        -static -fstack-protector-strong -Wl,--gc-sections -Wl,--no-insert-timestamp)
+    # dlltool puts its own process id into the names of temporary members; see ar -D as well.
+    set(CMAKE_CXX_ARCHIVE_CREATE "<CMAKE_AR> qcD <TARGET> <LINK_FLAGS> <OBJECTS>")
+endif()
+
+if(DEPOTINTR_COVERAGE)
+    target_compile_options(depot_options INTERFACE --coverage -O0 -fprofile-update=atomic)
+    target_link_options(depot_options INTERFACE --coverage)
+endif()
+
+if(DEPOTINTR_SANITIZE)
+    set(sanitizers -fsanitize=address,undefined -fno-sanitize-recover=all)
+    target_compile_options(depot_options INTERFACE ${sanitizers} -fno-omit-frame-pointer)
+    target_link_options(depot_options INTERFACE ${sanitizers})
+endif()

@@ -1,0 +1,79 @@
+// A stand-in for the maker's directory-service library: it answers the two folder look-ups that
+// DepotIntr makes, by ordinal 34, on machines where the product itself is not installed.
+#include <shlobj.h>
+
+#include <cstring>
+#include <string>
+
+#include "platform/compiler.h"
+#include "platform/module_state.h"
+#include "platform/paths.h"
+#include "platform/registry_key.h"
+#include "platform/text.h"
+
+namespace depot {
+namespace {
+
+constexpr char kProductKey[] = "Software\\Quillon\\Farrow\\13.00\\Wharfside";
+constexpr char kDefaultUserFolder[] = "Quillon\\Farrow";
+
+// Returns a folder that the product's key names, in the user's hive before the machine's.
+std::string ConfiguredFolder(const std::string& valueName) {
+    for (const HKEY hive : {HKEY_CURRENT_USER, HKEY_LOCAL_MACHINE}) {
+        const auto key = RegistryKey::Open(hive, kProductKey, KEY_QUERY_VALUE);
+        const auto folder = key ? key->ReadString(valueName) : std::nullopt;
+        if (folder && !folder->empty()) return *folder;
+    }
+    return {};
+}
+
+// Creates every missing folder of the path.
+void CreateFolders(const std::string& path) {
+    for (std::size_t end = path.find('\\'); end != std::string::npos;
+         end = path.find('\\', end + 1)) {
+        CreateDirectoryA(path.substr(0, end).c_str(), nullptr);
+    }
+    CreateDirectoryA(path.c_str(), nullptr);
+}
+
+std::string UserFolder() {
+    std::string folder = ConfiguredFolder("UserDir");
+    if (!folder.empty()) return folder;
+    char documents[MAX_PATH] = {};
+    if (SHGetFolderPathA(nullptr, CSIDL_PERSONAL | CSIDL_FLAG_CREATE, nullptr, SHGFP_TYPE_CURRENT,
+                         documents) != S_OK) {
+        return {};
+    }
+    folder = JoinPath(documents, "") + kDefaultUserFolder;
+    CreateFolders(folder);
+    return folder;
+}
+
+std::string ResourceFolder() {
+    const std::string folder = ConfiguredFolder("HomeDir64");
+    return folder.empty() ? OwnModuleFolder() : folder;
+}
+
+std::string FolderOf(int category, int item) {
+    if (category == 18 && item == 0) return UserFolder();
+    if (category == 1 && item == 3) return ResourceFolder();
+    return {};
+}
+
+}  // namespace
+}  // namespace depot
+
+// Writes the folder of (category, item) as a NUL-terminated path; an empty text when there is none
+// or it does not fit. The result is 1 when a folder was written.
+DEPOT_ENTRY_POINT int __stdcall LookUpFolder(int category, int item, char* buffer, unsigned size) {
+    if (buffer == nullptr || size == 0) return 0;
+    buffer[0] = '\0';
+    try {
+        const std::string folder = depot::FolderOf(category, item);
+        if (folder.empty() || folder.size() >= size) return 0;
+        std::memcpy(buffer, folder.c_str(), folder.size() + 1);
+        return 1;
+    } catch (...) {
+        return 0;
+    }
+}

@@ -1,0 +1,69 @@
+#include "api/depot_intr_api.h"
+
+#include "api/dispatch_adapter.h"
+#include "api/method.h"
+
+namespace depot {
+
+HRESULT CDepotIntrApi::InternalQueryInterface(REFIID interfaceId, void** object) {
+    if (object == nullptr) return E_POINTER;
+    *object = nullptr;
+    const bool known = IsEqualIID(interfaceId, IID_IUnknown) ||
+                       IsEqualIID(interfaceId, IID_IDispatch) ||
+                       IsEqualIID(interfaceId, IID_IDepotIntrApi);
+    if (!known) return E_NOINTERFACE;
+    *object = static_cast<IDepotIntrApi*>(this);
+    AddRef();
+    return S_OK;
+}
+
+STDMETHODIMP CDepotIntrApi::GetTypeInfoCount(UINT* count) noexcept {
+    if (count == nullptr) return E_POINTER;
+    *count = 1;
+    return S_OK;
+}
+
+STDMETHODIMP CDepotIntrApi::GetTypeInfo(UINT index, LCID locale, ITypeInfo** typeInfo) noexcept {
+    return DispatchAdapter::Instance().GetTypeInfo(index, locale, typeInfo);
+}
+
+STDMETHODIMP CDepotIntrApi::GetIDsOfNames(REFIID, LPOLESTR* names, UINT nameCount, LCID,
+                                          DISPID* ids) noexcept {
+    return DispatchAdapter::Instance().GetIDsOfNames(names, nameCount, ids);
+}
+
+STDMETHODIMP CDepotIntrApi::Invoke(DISPID id, REFIID, LCID, WORD flags, DISPPARAMS* parameters,
+                                   VARIANT* result, EXCEPINFO* exception,
+                                   UINT* wrongArgument) noexcept {
+    return DispatchAdapter::Instance().Invoke(static_cast<IDepotIntrApi*>(this), id, flags,
+                                              parameters, result, exception, wrongArgument);
+}
+
+STDMETHODIMP CDepotIntrApi::DPInitialize(LONG_PTR* plDPIntr) noexcept {
+    if (plDPIntr == nullptr) return S_FALSE;
+    *plDPIntr = 0;
+    return RunMethod([&] {
+        SessionTable& sessions = SessionTable::Instance();
+        const LONG_PTR handle = sessions.Create();
+        DepotSession* const session = sessions.Find(handle);
+        if (session == nullptr) return false;
+        if (session->Folders().UserFolder().empty()) {
+            // Kept: the session that was built is not destroyed.
+            // Relied on by: existing clients, which stop using the component after this failure.
+            sessions.Abandon(handle);
+            return false;
+        }
+        *plDPIntr = handle;
+        return true;
+    });
+}
+
+STDMETHODIMP CDepotIntrApi::DPUnInitialize(LONG_PTR lDPIntr) noexcept {
+    RunMethod([&] {
+        SessionTable::Instance().Destroy(lDPIntr);
+        return true;
+    });
+    return S_OK;
+}
+
+}  // namespace depot

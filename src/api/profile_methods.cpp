@@ -1,0 +1,81 @@
+// The methods that open, read, write and flush the current file.
+#include "api/depot_intr_api.h"
+#include "api/method.h"
+
+namespace depot {
+namespace {
+
+// Runs the body on the session's current file; without one the method fails.
+template <class Body>
+HRESULT RunOnCurrentFile(LONG_PTR handle, const Body& body) noexcept {
+    return RunOnSession(handle, WithoutHandle::kFail, [&](DepotSession& session) {
+        return session.currentFile && body(session);
+    });
+}
+
+}  // namespace
+
+STDMETHODIMP CDepotIntrApi::DPLoadFile(LONG_PTR* plDPIntr, BSTR* bstrFileToLoad) noexcept {
+    if (plDPIntr == nullptr) return S_FALSE;
+    const LONG_PTR given = *plDPIntr;
+    *plDPIntr = 0;
+    return RunMethod([&] {
+        SessionTable& sessions = SessionTable::Instance();
+        const LONG_PTR live = sessions.Widen(given);
+        // The low half decides whether there is a handle at all: a marshalled one has no other.
+        const bool named = static_cast<ULONG>(given) != 0;
+        const LONG_PTR handle = live == 0 && !named ? sessions.Create() : live;
+        DepotSession* const session = sessions.Find(handle);
+        if (session == nullptr) return false;
+        *plDPIntr = handle;
+        session->LoadFile(NarrowText(bstrFileToLoad));
+        return true;
+    });
+}
+
+STDMETHODIMP CDepotIntrApi::DPGetProfileString(LONG_PTR lDPIntr, BSTR* bstrSectName,
+                                               BSTR* bstrKeyName, BSTR* bstrDefVal,
+                                               BSTR* bstrKeyVal, ULONG nSize) noexcept {
+    if (bstrKeyVal == nullptr) return S_FALSE;
+    *bstrKeyVal = nullptr;
+    return RunOnCurrentFile(lDPIntr, [&](const DepotSession& session) {
+        *bstrKeyVal = NewBstr(session.currentFile->ReadString(NarrowText(bstrSectName),
+                                                              NarrowText(bstrKeyName),
+                                                              NarrowText(bstrDefVal), nSize))
+                          .release();
+        return *bstrKeyVal != nullptr;
+    });
+}
+
+STDMETHODIMP CDepotIntrApi::DPGetProfileInt(LONG_PTR lDPIntr, BSTR* bstrSectName, BSTR* bstrKeyName,
+                                            ULONG nDefVal, ULONG* pnKeyVal) noexcept {
+    if (pnKeyVal == nullptr) return S_FALSE;
+    // Kept: without a session the output stays as it was.
+    // Relied on by: callers that set it to their own default before the call.
+    return RunOnCurrentFile(lDPIntr, [&](const DepotSession& session) {
+        *pnKeyVal = session.currentFile->ReadInt(NarrowText(bstrSectName), NarrowText(bstrKeyName),
+                                                 nDefVal);
+        return true;
+    });
+}
+
+STDMETHODIMP CDepotIntrApi::DPSetProfileString(LONG_PTR lDPIntr, BSTR* bstrSectName,
+                                               BSTR* bstrKeyName, BSTR* bstValue) noexcept {
+    return RunOnCurrentFile(lDPIntr, [&](const DepotSession& session) {
+        session.currentFile->WriteString(NarrowText(bstrSectName), NarrowText(bstrKeyName),
+                                         NarrowText(bstValue));
+        return true;
+    });
+}
+
+STDMETHODIMP CDepotIntrApi::DPFlushFile(LONG_PTR lDPIntr) noexcept {
+    return RunOnCurrentFile(lDPIntr, [](DepotSession& session) {
+        if (session.currentFile->IsInDirectory()) {
+            const std::string path = session.currentFile->depotPath;
+            session.LoadFile(path);
+        }
+        return true;
+    });
+}
+
+}  // namespace depot

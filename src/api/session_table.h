@@ -1,0 +1,69 @@
+// The sessions that clients hold handles to.
+#pragma once
+
+#include <memory>
+#include <mutex>
+#include <unordered_set>
+
+#include "manager/depot_session.h"
+#include "platform/low_memory.h"
+
+namespace depot {
+
+// Every live session of the process. A session's handle is its address; sessions are placed below
+// 2 GB while there is room, because automation clients carry handles of 32 bits. The table is the
+// only way from a handle to a session, so a stale or invented handle names none. Locked: several
+// apartments create and end sessions at once.
+class SessionTable {
+public:
+    static SessionTable& Instance();
+
+    // Makes a session and returns its handle; 0 when memory is exhausted.
+    LONG_PTR Create();
+
+    // Returns the session of a live handle, or null.
+    DepotSession* Find(LONG_PTR handle);
+
+    // Returns the live handle that `handle` stands for, or 0. A handle that came through a 32-bit
+    // parameter may carry foreign bits in its upper half; they do not count when the whole value
+    // names no session.
+    LONG_PTR Widen(LONG_PTR handle);
+
+    // Ends the session of a live handle; any other handle is left alone.
+    void Destroy(LONG_PTR handle);
+
+    // Takes a session out of reach of every handle without ending it.
+    void Abandon(LONG_PTR handle);
+
+    // Ends every session that clients left behind.
+    void DestroyAll();
+
+    // For Instance only.
+    SessionTable() = default;
+
+private:
+    bool Remove(LONG_PTR handle);
+    void DestroyRemoved(LONG_PTR handle);
+
+    std::mutex lock_;
+    LowMemoryPool pool_{sizeof(DepotSession)};
+    std::unordered_set<LONG_PTR> live_;
+};
+
+// The session for one call: the one that a handle names, or a temporary one for handle 0 where the
+// method allows it, which ends with this object. Empty when there is no session to use.
+class SessionForCall {
+public:
+    enum class WithoutHandle { kFail, kMakeTemporary };
+
+    SessionForCall(LONG_PTR handle, WithoutHandle withoutHandle);
+
+    explicit operator bool() const { return session_ != nullptr; }
+    DepotSession* operator->() const { return session_; }
+
+private:
+    std::unique_ptr<DepotSession> temporary_;
+    DepotSession* session_ = nullptr;
+};
+
+}  // namespace depot

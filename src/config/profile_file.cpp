@@ -1,0 +1,88 @@
+#include "config/profile_file.h"
+
+#include <algorithm>
+
+#include "config/file_types.h"
+#include "config/profile_value.h"
+#include "platform/handles.h"
+#include "platform/text.h"
+#include "platform/win32.h"
+
+namespace depot {
+namespace {
+
+constexpr DWORD kReadBlockBytes = 519;
+// Values are short; a longer one costs a second read.
+constexpr std::uint32_t kFirstReadSize = 1024;
+
+// Reads the session's terminal type out of the file itself.
+std::uint32_t TerminalTypeOfSession(const std::string& path, INT defaultType) {
+    return GetPrivateProfileIntA("PROFILE", "Session Terminal Type", defaultType, path.c_str());
+}
+
+}  // namespace
+
+int WriteProfileValue(const char* section, const char* key, const char* value, const char* file) {
+    if (value == nullptr) return WritePrivateProfileStringA(section, key, nullptr, file);
+    return WritePrivateProfileStringA(section, key, QuoteProfileValue(value).c_str(), file);
+}
+
+std::string ReadProfileString(const std::string& section, const std::string& key,
+                              const std::string& defaultValue, std::uint32_t size,
+                              const std::string& file) {
+    std::string text;
+    for (std::uint32_t room = std::min(size, kFirstReadSize); room > 0;) {
+        text.assign(room, '\0');
+        const DWORD length = GetPrivateProfileStringA(
+            section.c_str(), key.c_str(), defaultValue.c_str(), text.data(), room, file.c_str());
+        const bool cut = length + 1 >= room;
+        if (!cut || room == size) break;
+        room = room > size / 4 ? size : room * 4;
+    }
+    return std::string(UpToNul(text));
+}
+
+std::uint32_t GetTerminalType(const std::string& path, std::int32_t code) {
+    switch (code == kUnknownFileType ? DetectFileType(path) : code) {
+        case kSessionProfile:
+            return TerminalTypeOfSession(path, 1);
+        case kOtherSessionProfile:
+            return TerminalTypeOfSession(path, 8);
+        case 15:
+        case 53:
+            return 7;
+        case 16:
+            return 268;
+        case 20:
+            return 32;
+        case 29:
+            return 106;
+        case 56:
+        case 57:
+        case 58:
+            return 264;
+        case 62:
+        case 63:
+        case 64:
+            return 104;
+        default:
+            // Codes 17 and 61 depend on extensions that no file type has, so nothing matches them.
+            return 0;
+    }
+}
+
+std::string ReadWholeFile(const std::string& path) {
+    const HANDLE opened = CreateFileA(path.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING,
+                                      FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (opened == INVALID_HANDLE_VALUE) return {};
+    const UniqueHandle file(opened);
+    std::string text;
+    char block[kReadBlockBytes + 1] = {};
+    for (DWORD read = 0; ReadFile(file.get(), block, kReadBlockBytes, &read, nullptr) && read > 0;
+         std::fill(std::begin(block), std::end(block), '\0')) {
+        text.append(block);
+    }
+    return text;
+}
+
+}  // namespace depot

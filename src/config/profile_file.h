@@ -1,0 +1,28 @@
+// Reading and writing the values of profile files through the system's private-profile functions.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace depot {
+
+// Writes one value so that reading it back gives the same text; a null value deletes the key.
+// Returns what WritePrivateProfileStringA returns: non-zero when the file was written.
+int WriteProfileValue(const char* section, const char* key, const char* value, const char* file);
+
+// Returns what GetPrivateProfileStringA gives for a buffer of `size` characters: at most `size` - 1
+// of them. A large `size` costs no more memory than the value needs.
+std::string ReadProfileString(const std::string& section, const std::string& key,
+                              const std::string& defaultValue, std::uint32_t size,
+                              const std::string& file);
+
+// Returns the terminal type of a profile file of type `code`; 0 asks for the type of the path.
+std::uint32_t GetTerminalType(const std::string& path, std::int32_t code);
+
+// Returns the whole file as text, or an empty text when it cannot be opened.
+//
+// Kept: the file is read in blocks of 519 bytes, and what follows a NUL in its block is lost.
+// Relied on by: copies of profile files, which are text by definition.
+std::string ReadWholeFile(const std::string& path);
+
+}  // namespace depot

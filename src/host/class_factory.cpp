@@ -1,0 +1,44 @@
+#include "host/class_factory.h"
+
+#include "platform/module_state.h"
+
+namespace depot {
+
+STDMETHODIMP CComClassFactory::CreateInstance(IUnknown* outer, REFIID interfaceId,
+                                              void** object) noexcept {
+    if (object == nullptr) return E_POINTER;
+    *object = nullptr;
+    if (outer == nullptr) return entry_.create(interfaceId, object);
+    if (!IsEqualIID(interfaceId, IID_IUnknown)) return CLASS_E_NOAGGREGATION;
+    return entry_.createAggregate(outer, object);
+}
+
+STDMETHODIMP CComClassFactory::LockServer(BOOL lock) noexcept {
+    lock ? Module().Lock() : Module().Unlock();
+    return S_OK;
+}
+
+STDMETHODIMP CComObjectCached::QueryInterface(REFIID interfaceId, void** object) noexcept {
+    if (object == nullptr) return E_POINTER;
+    *object = nullptr;
+    if (!IsEqualIID(interfaceId, IID_IUnknown) && !IsEqualIID(interfaceId, IID_IClassFactory)) {
+        return E_NOINTERFACE;
+    }
+    *object = static_cast<IClassFactory*>(this);
+    AddRef();
+    return S_OK;
+}
+
+STDMETHODIMP_(ULONG) CComObjectCached::AddRef() noexcept {
+    const ULONG references = ++clientReferences_;
+    if (references == 1) Module().Lock();
+    return references;
+}
+
+STDMETHODIMP_(ULONG) CComObjectCached::Release() noexcept {
+    const ULONG references = --clientReferences_;
+    if (references == 0) Module().Unlock();
+    return references;
+}
+
+}  // namespace depot

@@ -1,0 +1,85 @@
+// The entry points of the DLL.
+#include "api/session_table.h"
+#include "host/app.h"
+#include "host/module.h"
+#include "platform/compiler.h"
+#include "platform/module_state.h"
+#include "platform/no_destructor.h"
+
+namespace depot {
+namespace {
+
+CDepotIntrApp& App() {
+    static NoDestructor<CDepotIntrApp> app;
+    return *app;
+}
+
+NoDestructor<CDepotIntrModule>& ModuleHolder() {
+    static NoDestructor<CDepotIntrModule> module;
+    return module;
+}
+
+// Switches the thread to the system's default locale, in which registry content is written, and
+// back on every way out.
+class SystemLocaleScope {
+public:
+    SystemLocaleScope() : previous_(GetThreadLocale()) { SetThreadLocale(LOCALE_SYSTEM_DEFAULT); }
+    ~SystemLocaleScope() { SetThreadLocale(previous_); }
+    SystemLocaleScope(const SystemLocaleScope&) = delete;
+    SystemLocaleScope& operator=(const SystemLocaleScope&) = delete;
+
+private:
+    LCID previous_;
+};
+
+BOOL Attach() {
+    ModuleHolder();
+    return App().InitInstance();
+}
+
+void Detach() {
+    SessionTable::Instance().DestroyAll();
+    App().ExitInstance();
+    std::destroy_at(ModuleHolder().get());
+}
+
+}  // namespace
+
+CDepotIntrModule& Module() {
+    return *ModuleHolder();
+}
+
+}  // namespace depot
+
+DEPOT_ENTRY_POINT BOOL WINAPI DllMain(HINSTANCE, DWORD reason, void* processEnds) {
+    if (reason == DLL_PROCESS_ATTACH) return depot::Attach();
+    // While a process ends nothing may be touched that other libraries may already have given up.
+    if (reason == DLL_PROCESS_DETACH && processEnds == nullptr) depot::Detach();
+    return TRUE;
+}
+
+DEPOT_ENTRY_POINT HRESULT WINAPI DllCanUnloadNow() {
+    const depot::ModuleStateScope scope;
+    const bool unused = depot::App().CanUnloadNow() == S_OK && depot::Module().GetLockCount() == 0;
+    return unused ? S_OK : S_FALSE;
+}
+
+DEPOT_ENTRY_POINT HRESULT WINAPI DllGetClassObject(REFCLSID classId, REFIID interfaceId,
+                                                   void** object) {
+    const depot::ModuleStateScope scope;
+    return depot::Module().GetClassObject(classId, interfaceId, object);
+}
+
+DEPOT_ENTRY_POINT HRESULT WINAPI DllRegisterServer() {
+    const depot::ModuleStateScope scope;
+    const depot::SystemLocaleScope locale;
+    const HRESULT result = depot::Module().UpdateAppIdRegistry(true);
+    return FAILED(result) ? result : depot::Module().RegisterServer();
+}
+
+DEPOT_ENTRY_POINT HRESULT WINAPI DllUnregisterServer() {
+    const depot::ModuleStateScope scope;
+    const depot::SystemLocaleScope locale;
+    const HRESULT result = depot::Module().UnregisterServer();
+    return FAILED(result) ? result : depot::Module().UpdateAppIdRegistry(false);
+}

@@ -1,0 +1,74 @@
+#include "manager/depot_file_context.h"
+
+#include "config/profile_file.h"
+#include "manager/display_path.h"
+#include "manager/resolve_item.h"
+#include "model/depot_item.h"
+#include "platform/paths.h"
+#include "platform/text.h"
+
+namespace depot {
+namespace {
+
+constexpr std::size_t kShortestPlainPath = 8;
+
+bool IsPlainFile(const std::string& path, const CDepotItem& item, const CDepots& depots) {
+    const bool absolute = path.find(":\\") != std::string::npos || path.starts_with("\\\\");
+    return item.depot == depots.defaultDepot && path.size() >= kShortestPlainPath && absolute &&
+           item.path.find('<') == std::string::npos &&
+           PathExists(std::string(TrimTrailingBlanks(path)));
+}
+
+}  // namespace
+
+DepotFileContext::DepotFileContext(const std::string& path, CDepots& depots) {
+    if (path.empty()) return;
+    CDepotItem item;
+    ResolveItem(depots, path, item);
+    if (IsPlainFile(path, item, depots)) {
+        depotPath = path;
+        localPath = path;
+    } else {
+        Attach(item.depot, item.path);
+    }
+}
+
+void DepotFileContext::Attach(CDepot* holder, const std::string& displayPath) {
+    depot = holder;
+    depotPath = displayPath;
+    // A file in a directory has no local file as long as its bytes cannot be fetched.
+    if (depot != nullptr && !IsInDirectory()) localPath = DisplayToStorage(*depot, depotPath);
+}
+
+std::string DepotFileContext::ReadString(const std::string& section, const std::string& key,
+                                         const std::string& defaultValue,
+                                         std::uint32_t size) const {
+    return ReadProfileString(section, key, defaultValue, size, localPath);
+}
+
+std::uint32_t DepotFileContext::ReadInt(const std::string& section, const std::string& key,
+                                        std::uint32_t defaultValue) const {
+    return GetPrivateProfileIntA(section.c_str(), key.c_str(), static_cast<INT>(defaultValue),
+                                 localPath.c_str());
+}
+
+void DepotFileContext::WriteString(const std::string& section, const std::string& key,
+                                   const std::string& value, const std::string* comparison) {
+    changed = true;
+    if (localPath.empty()) return;
+    const bool removes = value.empty() || (comparison && EqualsNoCase(value, *comparison));
+    WriteProfileValue(section.c_str(), key.c_str(), removes ? nullptr : value.c_str(),
+                      localPath.c_str());
+}
+
+bool DepotFileContext::IsInDirectory() const {
+    if (depot == nullptr) return false;
+    const CDepotPath* const location = depot->paths->ActiveLocation();
+    return location != nullptr && location->type == kDirectoryLocation;
+}
+
+void DepotFileContext::Release() {
+    // What was written to a file of the file system is already in the file itself.
+}
+
+}  // namespace depot

@@ -1,0 +1,52 @@
+// The profile file that a session reads and writes.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "model/depots.h"
+
+namespace depot {
+
+// A session's current file: where the client says it is, and the local file that is really read and
+// written. The session owns it; the depot belongs to the session's list.
+class DepotFileContext {
+public:
+    // Resolves `path` among `depots`. A path that names an existing file by itself is a plain file
+    // of no depot; any other path belongs to the depot that claims it, else to the default depot.
+    //
+    // Kept: a plain file's path has at least 8 characters.
+    // Relied on by: existing clients that name files of the default depot by very short paths.
+    DepotFileContext(const std::string& path, CDepots& depots);
+
+    DepotFileContext(const DepotFileContext&) = delete;
+    DepotFileContext& operator=(const DepotFileContext&) = delete;
+
+    // Reads a value of the local file, cut to `size` - 1 characters.
+    std::string ReadString(const std::string& section, const std::string& key,
+                           const std::string& defaultValue, std::uint32_t size) const;
+    std::uint32_t ReadInt(const std::string& section, const std::string& key,
+                          std::uint32_t defaultValue) const;
+
+    // Writes a value so that it reads back exactly; an empty value, or one that equals `comparison`
+    // without regard to case, deletes the key. The file counts as changed in every case, also when
+    // the system refuses the write, which is not reported.
+    void WriteString(const std::string& section, const std::string& key, const std::string& value,
+                     const std::string* comparison = nullptr);
+
+    // Tells whether the file lives in a directory, so that the local file is a working copy.
+    bool IsInDirectory() const;
+
+    // Lets go of the local file.
+    void Release();
+
+    CDepot* depot = nullptr;  // null for a plain file; never owned
+    std::string depotPath;    // the path by which clients name the file
+    std::string localPath;    // the file that is read and written
+    bool changed = false;
+
+private:
+    void Attach(CDepot* holder, const std::string& displayPath);
+};
+
+}  // namespace depot

@@ -1,0 +1,41 @@
+#include "manager/depot_session.h"
+
+#include "manager/depot_list.h"
+#include "platform/system_version.h"
+
+namespace depot {
+namespace {
+
+// From this version on, Windows itself names copies "name - Copy".
+constexpr DWORD kFirstVersionWithNewCopyNames = 6;
+
+}  // namespace
+
+DepotSession::DepotSession() {
+    if (!folders_.UserFolder().empty()) Depots();
+    systemMajorVersion_ = SystemVersion().dwMajorVersion;
+    newCopyNames_ = systemMajorVersion_ >= kFirstVersionWithNewCopyNames;
+}
+
+DepotSession::~DepotSession() {
+    ReleaseFile();
+    findResults.reset();
+}
+
+CDepots& DepotSession::Depots() {
+    if (!depots_) depots_ = std::make_unique<CDepots>(kDepotsKey, folders_.UserFolder());
+    return *depots_;
+}
+
+void DepotSession::LoadFile(const std::string& path) {
+    ReleaseFile();
+    currentFile = std::make_unique<DepotFileContext>(path, Depots());
+}
+
+void DepotSession::ReleaseFile() {
+    if (!currentFile) return;
+    currentFile->Release();
+    currentFile.reset();
+}
+
+}  // namespace depot

@@ -1,0 +1,51 @@
+// The state of one client, behind the handle that it holds.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "manager/depot_file_context.h"
+#include "manager/standard_folders.h"
+#include "model/depot_items.h"
+#include "model/depots.h"
+#include "platform/win32.h"
+
+namespace depot {
+
+// One session. It owns its depot list, its current file, its find results and its folders. Used by
+// one thread at a time; registry changes made while it lives are not seen by it.
+class DepotSession {
+public:
+    // Looks up the user's folder and, when there is one, loads the depots.
+    DepotSession();
+    // Lets go of the current file first, then of everything else.
+    ~DepotSession();
+    DepotSession(const DepotSession&) = delete;
+    DepotSession& operator=(const DepotSession&) = delete;
+
+    // The depots of this session, loaded on first use.
+    CDepots& Depots();
+
+    // Replaces the current file by the one that `path` names; the old one is let go of first.
+    void LoadFile(const std::string& path);
+
+    // Leaves the session without a current file.
+    void ReleaseFile();
+
+    StandardFolders& Folders() { return folders_; }
+
+    // Whether copies are named in the new style, "name - copy".
+    bool UsesNewCopyNames() const { return newCopyNames_; }
+
+    std::string selectedItemPath;
+    std::unique_ptr<CDepotItems> findResults;
+    std::unique_ptr<DepotFileContext> currentFile;
+
+private:
+    DWORD systemMajorVersion_ = 0;
+    bool newCopyNames_ = false;
+    std::unique_ptr<CDepots> depots_;
+    StandardFolders folders_;
+};
+
+}  // namespace depot

@@ -1,0 +1,71 @@
+#include "manager/display_path.h"
+
+#include <algorithm>
+
+#include "manager/display_path_text.h"
+#include "platform/text.h"
+
+namespace depot {
+namespace {
+
+std::string StorageRoot(CDepot& depot) {
+    return depot.paths->GetActivePath();
+}
+
+}  // namespace
+
+std::string BuildDisplayPath(CDepot& depot, const std::string& relative, PathForm form,
+                             DepotName name) {
+    const std::string prefix =
+        DisplayPrefix(name == DepotName::kDisplay ? depot.displayName : depot.name);
+    const std::string path = prefix + relative;
+    if (form == PathForm::kDisplay && !depot.name.empty()) return path;
+    return ReplaceAllNoCase(path, prefix, StorageRoot(depot));
+}
+
+bool MatchesPath(CDepot& depot, const std::string& path, PathForm form, DepotName name) {
+    return MatchesPrefix(path, BuildDisplayPath(depot, {}, form, name));
+}
+
+std::string DisplayToStorage(CDepot& depot, const std::string& displayPath) {
+    const std::string prefix = BuildDisplayPath(depot, {}, PathForm::kDisplay, DepotName::kKey);
+    return ReplaceAllNoCase(displayPath, prefix, StorageRoot(depot));
+}
+
+std::string StorageToDisplay(CDepot& depot, const std::string& storagePath) {
+    const std::string prefix = BuildDisplayPath(depot, {}, PathForm::kDisplay, DepotName::kKey);
+    return ReplaceAllNoCase(storagePath, StorageRoot(depot), prefix);
+}
+
+std::string ProfileFolder(CDepot& depot, PathForm form) {
+    if (form == PathForm::kStorage) {
+        return BuildDisplayPath(depot, "Profile", form, DepotName::kKey);
+    }
+    if (depot.profileFolder.empty()) {
+        depot.profileFolder = BuildDisplayPath(depot, "Profile", form, DepotName::kKey);
+    }
+    return depot.profileFolder;
+}
+
+CDepot* FindDepotForPath(const CDepots& depots, const std::string& path, PathForm form,
+                         DepotName name) {
+    CDepot** const found = std::find_if(depots.begin(), depots.end(), [&](CDepot* depot) {
+        return MatchesPath(*depot, path, form, name);
+    });
+    return found == depots.end() ? nullptr : *found;
+}
+
+CDepot* FindDepotHolding(const CDepots& depots, const std::string& path) {
+    CDepot* const named = FindDepotForPath(depots, path, PathForm::kDisplay, DepotName::kKey);
+    return named ? named : FindDepotForPath(depots, path, PathForm::kStorage, DepotName::kKey);
+}
+
+std::string FriendlyToCanonical(const CDepots& depots, const std::string& path, CDepot* depot) {
+    if (depot == nullptr) {
+        depot = FindDepotForPath(depots, path, PathForm::kDisplay, DepotName::kDisplay);
+    }
+    if (depot == nullptr) return path;
+    return ReplaceAllNoCase(path, DisplayPrefix(depot->displayName), DisplayPrefix(depot->name));
+}
+
+}  // namespace depot

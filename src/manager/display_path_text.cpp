@@ -1,0 +1,38 @@
+#include "manager/display_path_text.h"
+
+#include <algorithm>
+
+#include "platform/paths.h"
+#include "platform/text.h"
+
+namespace depot {
+
+std::string DisplayPrefix(std::string_view name) {
+    return std::string("<").append(name).append(">\\");
+}
+
+bool MatchesPrefix(std::string_view path, std::string_view prefix) {
+    if (prefix.empty()) return false;
+    if (path.find('\\') != std::string_view::npos) return StartsWithNoCase(path, prefix);
+    return StartsWithNoCase(EnsureTrailingBackslash(std::string(path)), prefix);
+}
+
+std::string FolderDisplayPath(std::string_view displayName, std::string_view fileName) {
+    const std::string_view relative = fileName.substr(fileName.rfind('>') + 1);
+    const std::size_t backslash = relative.rfind('\\');
+    std::string path = std::string("<").append(displayName).append(">");
+    if (backslash != std::string_view::npos) path.append(relative, 0, backslash);
+    return EnsureTrailingBackslash(path);
+}
+
+DisplayPathParts SplitDisplayPath(std::string_view displayPath) {
+    DisplayPathParts parts;
+    const std::size_t backslash = displayPath.find('\\');
+    if (backslash != std::string_view::npos) parts.relative = displayPath.substr(backslash + 1);
+    std::string_view name = displayPath.substr(0, displayPath.rfind('>'));
+    name.remove_prefix(std::min(name.find_first_not_of('<'), name.size()));
+    parts.depotName = name;
+    return parts;
+}
+
+}  // namespace depot

@@ -1,0 +1,106 @@
+#include "model/depot.h"
+
+#include <new>
+#include <optional>
+namespace depot {
+namespace {
+
+// The languages tried, in this order, when the user's own is missing from a definition.
+constexpr const char* kFallbackLanguages[] = {"eng", "fra", "deu", "esp", "ita", "prt"};
+
+std::optional<std::string> ReadDisplayName(const RegistryKey& key, const std::string& language) {
+    return key.ReadString("DisplayName." + language);
+}
+
+std::string LocalizedName(const RegistryKey& key, const std::string& userLanguage,
+                          const std::string& subkeyName) {
+    std::optional<std::string> name = ReadDisplayName(key, userLanguage);
+    for (const char* language : kFallbackLanguages) {
+        if (name) break;
+        name = ReadDisplayName(key, language);
+    }
+    return name.value_or(subkeyName);
+}
+
+UniqueIcon DuplicateIcon(const UniqueIcon& icon) {
+    return UniqueIcon(icon ? CopyIcon(icon.get()) : nullptr);
+}
+
+}  // namespace
+
+CDepot::CDepot(CDepots* owningList)
+    : paths(std::make_unique<CDepotPaths>(this)), owner(owningList) {}
+
+CDepot::CDepot(const CDepot& other) : CDepot(other.owner) {
+    CDepot::CopyFrom(&other);
+}
+
+void CDepot::Init(CDepots* owningList) {
+    name.clear();
+    displayName.clear();
+    icon.clear();
+    profileFolder.clear();
+    iconHandle.reset();
+    isDefault = false;
+    orderIndex = kNoOrderIndex;
+    contains = 0;
+    rootKey = HKEY_CURRENT_USER;
+    registryViewFlags = 0;
+    owner = owningList;
+    // Kept: see the declaration.
+    static_cast<void>(paths.release());
+    paths = std::make_unique<CDepotPaths>(this);
+}
+
+std::unique_ptr<CDepot> CDepot::Clone() const {
+    try {
+        return std::make_unique<CDepot>(*this);
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
+}
+
+void CDepot::CopyFrom(const CDepot* other) {
+    if (other == nullptr || other == this) return;
+    rootKey = other->rootKey;
+    registryViewFlags = other->registryViewFlags;
+    owner = other->owner;
+    name = other->name;
+    displayName = other->displayName;
+    icon = other->icon;
+    isDefault = other->isDefault;
+    orderIndex = other->orderIndex;
+    contains = other->contains;
+    profileFolder.clear();
+    paths->RemoveAll(true);
+    paths->Copy(other->paths.get());
+    iconHandle = DuplicateIcon(other->iconHandle);
+}
+
+bool CDepot::ReadDefinition(const RegistryKey& listKey, const std::string& subkeyName,
+                            const std::string& language) {
+    const std::optional<RegistryKey> key =
+        listKey.OpenSubkey(subkeyName, KEY_READ | registryViewFlags);
+    if (!key) return false;
+    displayName = LocalizedName(*key, language, subkeyName);
+    name = subkeyName;
+    if (const auto value = key->ReadDword("DefaultDepot")) isDefault = *value == 1;
+    if (const auto value = key->ReadDword("OrderIndex")) {
+        orderIndex = static_cast<std::int32_t>(*value);
+    }
+    if (const auto value = key->ReadDword("Contains")) contains = *value;
+    ReadLocations(*key);
+    if (paths->Count() == 0) return false;
+    if (const auto value = key->ReadString("Icon")) icon = *value;
+    return true;
+}
+
+void CDepot::ReadLocations(const RegistryKey& key) {
+    for (int index = 1;; ++index) {
+        auto location = std::make_unique<CDepotPath>(paths.get());
+        if (location->LoadFromRegistry(key, index) == 0) return;
+        paths->Append(std::move(location));
+    }
+}
+
+}  // namespace depot

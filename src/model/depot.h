@@ -1,0 +1,69 @@
+// One configured depot.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <type_traits>
+
+#include "model/depot_paths.h"
+#include "platform/registry_key.h"
+#include "platform/win32.h"
+
+namespace depot {
+
+class CDepots;
+
+struct IconDestroyer {
+    void operator()(HICON icon) const { DestroyIcon(icon); }
+};
+using UniqueIcon = std::unique_ptr<std::remove_pointer_t<HICON>, IconDestroyer>;
+
+// A named storage place for profile files, as the user sees it. Owns its locations and its icon;
+// belongs to the list it was made for, or to whoever cloned it.
+class CDepot {
+public:
+    static constexpr std::int32_t kNoOrderIndex = -1;
+
+    // Makes an empty depot whose macros are expanded for `owningList`.
+    explicit CDepot(CDepots* owningList);
+    CDepot(const CDepot& other);
+    CDepot& operator=(const CDepot&) = delete;
+    virtual ~CDepot() = default;
+
+    // Empties the depot again and gives it a fresh list of locations.
+    //
+    // Kept: the old list of locations is not freed.
+    // Relied on by: existing clients that still hold locations of the old list.
+    virtual void Init(CDepots* owningList);
+
+    // Returns a copy, or null when memory is exhausted.
+    virtual std::unique_ptr<CDepot> Clone() const;
+
+    // Copies the definition, the locations and the icon of `other`; a null `other` changes nothing.
+    virtual void CopyFrom(const CDepot* other);
+
+    // Reads the definition in the subkey `subkeyName` of the depot list's key, with
+    // `registryViewFlags` as extra access; `language` is the user's, such as "eng". Returns false
+    // when the subkey cannot be opened or defines no first location: such a subkey is no depot.
+    bool ReadDefinition(const RegistryKey& listKey, const std::string& subkeyName,
+                        const std::string& language);
+
+    std::string name;           // the registry subkey; empty for the built-in depot
+    std::string displayName;    // the name shown to the user
+    std::string icon;           // the icon location, as written in the registry
+    std::string profileFolder;  // the display form of the "Profile" folder, once asked for
+    UniqueIcon iconHandle;
+    bool isDefault = false;
+    std::int32_t orderIndex = kNoOrderIndex;
+    std::uint32_t contains = 0;          // the kinds of files the depot holds, one bit a kind
+    std::unique_ptr<CDepotPaths> paths;  // never null
+    HKEY rootKey = HKEY_CURRENT_USER;
+    REGSAM registryViewFlags = 0;  // 0 or KEY_WOW64_64KEY
+    CDepots* owner;                // never owned
+
+private:
+    void ReadLocations(const RegistryKey& key);
+};
+
+}  // namespace depot

@@ -1,0 +1,43 @@
+#include "model/depot_items.h"
+
+#include <algorithm>
+
+#include "platform/text.h"
+
+namespace depot {
+
+CDepotItem* CDepotItems::AddPath(const std::string& path, CDepots* depots,
+                                 const std::string& keyPath, const Resolver& resolve) {
+    if (depots == nullptr) {
+        if (!ownDepots_) ownDepots_ = std::make_unique<CDepots>(keyPath);
+        depots = ownDepots_.get();
+    }
+    auto item = std::make_unique<CDepotItem>();
+    resolve(*depots, path, *item);
+    return Append(std::move(item));
+}
+
+void CDepotItems::Add(CDepotItem* item, bool clone) {
+    AddElement(array_, item, clone);
+}
+
+void CDepotItems::Copy(const CDepotItems* other) {
+    if (other != nullptr) CopyElements(array_, other->array_);
+}
+
+void CDepotItems::RemoveAll(bool deleteElements) {
+    RemoveAllElements(array_, deleteElements);
+}
+
+CDepotItem* CDepotItems::FindByName(const std::string& path) const {
+    CDepotItem** const found =
+        std::find_if(array_.begin(), array_.end(),
+                     [&](const CDepotItem* item) { return EqualsNoCase(item->path, path); });
+    return found == array_.end() ? nullptr : *found;
+}
+
+void CDepotItems::Remove(CDepotItem* item) {
+    RemoveElement(array_, item);
+}
+
+}  // namespace depot

@@ -1,0 +1,64 @@
+// The storage locations of one depot, and the choice of the one through which it is used.
+#pragma once
+
+#include <string>
+
+#include "config/depot_path.h"
+#include "model/owned_list.h"
+
+namespace depot {
+
+class CDepot;
+
+// The locations of one depot in the order of their numbers. Owns them; its depot owns the list.
+class CDepotPaths final {
+public:
+    explicit CDepotPaths(CDepot* owningDepot) : owner(owningDepot) {}
+    ~CDepotPaths() { RemoveAllElements(array_, ownsItems); }
+    CDepotPaths(const CDepotPaths&) = delete;
+    CDepotPaths& operator=(const CDepotPaths&) = delete;
+
+    // Appends a location, or a clone of it. An element that cannot be added is dropped silently and
+    // stays the caller's.
+    virtual void Add(CDepotPath* location, bool clone);
+    // Appends clones of the other list's locations.
+    virtual void Copy(const CDepotPaths* other);
+    virtual void RemoveAll(bool deleteElements);
+    // Takes a location out and deletes it, also when it was not in the list.
+    virtual void Remove(CDepotPath* location);
+
+    // Appends a location that the list is to own; it is deleted when the list cannot grow.
+    void Append(std::unique_ptr<CDepotPath> location) { AddOwned(array_, std::move(location)); }
+
+    std::size_t Count() const { return array_.Count(); }
+    CDepotPath* At(std::size_t index) const { return array_.At(index); }
+
+    // Returns the path through which the depot is used, with a trailing backslash: the expanded
+    // path of the first location that can be reached, or of the first one when none can. Empty when
+    // there is no location or its path is empty. The choice is made once and never revisited.
+    std::string GetActivePath();
+
+    // Returns the location whose path GetActivePath gives, or null for an empty list.
+    CDepotPath* ActiveLocation();
+
+    // The chosen location, or null as long as nothing has asked for it: no server is contacted.
+    CDepotPath* ChosenLocation() const { return activeLocation_; }
+
+    bool ownsItems = true;
+    CDepot* owner;  // never owned
+
+private:
+    void ChooseLocation();
+
+    PointerArray<CDepotPath> array_;
+    std::string activePath_;
+    CDepotPath* activeLocation_ = nullptr;
+};
+
+// Returns the location's path with its macros expanded, kept in the record after the first time.
+std::string ExpandedPath(CDepotPath& location);
+
+// Tells whether a file or folder of that name exists, whatever may be done with it.
+bool PathExists(const std::string& path);
+
+}  // namespace depot

@@ -1,0 +1,77 @@
+// The list of all depots.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "model/depot.h"
+#include "model/owned_list.h"
+#include "platform/registry_key.h"
+
+namespace depot {
+
+// The depots that the registry defines below one key, or, without a key, a list that borrows depots
+// of another. Owns its depots only in the first case (`ownsItems`).
+class CDepots {
+public:
+    // Makes an empty list that borrows its depots.
+    CDepots() = default;
+
+    // Makes a list that owns its depots and loads it from `path`; with an empty path it is a list
+    // that borrows. The built-in depot and the macros take `userDir` as the user's folder.
+    explicit CDepots(const std::string& path, const std::string& userDir = {});
+
+    virtual ~CDepots();
+    CDepots(const CDepots&) = delete;
+    CDepots& operator=(const CDepots&) = delete;
+
+    // Appends a depot, or a clone of it. An element that cannot be added is dropped silently and
+    // stays the caller's.
+    virtual void Add(CDepot* depot, bool clone);
+    // Appends clones of the other list's depots.
+    virtual void Copy(const CDepots* other);
+    virtual void RemoveAll(bool deleteElements);
+    // Takes a depot out and deletes it, also when it was not in the list.
+    virtual void Remove(CDepot* depot);
+
+    std::size_t Count() const { return array_.Count(); }
+    CDepot* At(std::size_t index) const { return array_.At(index); }
+    CDepot** begin() const { return array_.begin(); }
+    CDepot** end() const { return array_.end(); }
+
+    // Empties the list and reads it anew: the current user's depots, then the machine's, ordered by
+    // their order index; when there are none, the built-in depot "My Depot". Sets the default
+    // depot.
+    void Load(const std::string& path);
+
+    // Appends the depots defined below rootKey\path, in the order of the registry. Returns 1 when
+    // the key could be opened, 0 when the path is empty or the key cannot be opened.
+    int EnumerateDepotKeys(HKEY rootKey, const std::string& path, REGSAM extraAccess);
+
+    // Returns the depot with the smallest order index, the earliest of equals; null when no depot
+    // has one.
+    CDepot* LowestOrderDepot() const;
+
+    // Puts the depots with an order index first, ascending, and keeps the order of equals and of
+    // those without one.
+    void SortByOrderIndex();
+
+    // Returns the user's folder: the override when there is one, else nothing.
+    std::string GetUserDir(bool useCache) const;
+
+    bool ownsItems = false;
+    std::string keyPath;
+    CDepot* defaultDepot = nullptr;  // never owned
+    bool hasConfiguredDepots = false;
+    std::string userDirOverride;
+    std::unique_ptr<CDepots> filteredView;  // borrows from this list; made on first use
+
+private:
+    void AddDepotsBelow(const RegistryKey& key, HKEY rootKey, REGSAM viewFlags);
+    void AddBuiltInDepot();
+    CDepot* ChooseDefault() const;
+
+    PointerArray<CDepot> array_;
+};
+
+}  // namespace depot

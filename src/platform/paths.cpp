@@ -1,0 +1,51 @@
+#include "platform/paths.h"
+
+namespace depot {
+
+std::string NamePart(std::string_view path) {
+    return std::string(path.substr(path.rfind('\\') + 1));
+}
+
+std::string FolderPart(std::string_view path) {
+    return ParentFolderKeepSlash(path);
+}
+
+std::string FolderPrefix(std::string_view path) {
+    return std::string(path.substr(0, path.rfind('\\') + 1));
+}
+
+std::string ExtensionPart(std::string_view name) {
+    const std::size_t dot = name.rfind('.');
+    return std::string(dot == std::string_view::npos ? name : name.substr(dot));
+}
+
+std::string JoinPath(std::string_view first, std::string_view second) {
+    if (first.empty() || second.find(':') != std::string_view::npos) return std::string(second);
+    std::string joined(first);
+    if (joined.back() != '\\') joined.push_back('\\');
+    if (second.starts_with('\\')) second.remove_prefix(1);
+    return joined.append(second);
+}
+
+std::string RemoveTrailingBackslash(std::string_view path) {
+    if (path.ends_with('\\')) path.remove_suffix(1);
+    return std::string(path);
+}
+
+std::string ParentFolder(std::string_view path) {
+    return ParentFolderKeepSlash(RemoveTrailingBackslash(path));
+}
+
+std::string ParentFolderKeepSlash(std::string_view path) {
+    return std::string(path.substr(0, path.rfind('\\')));
+}
+
+std::string StripExtension(std::string_view name) {
+    return std::string(name.substr(0, name.rfind('.')));
+}
+
+bool IsFileSystemPath(std::string_view path) {
+    return path.find(":\\") == 1 || path.starts_with("\\\\");
+}
+
+}  // namespace depot

@@ -1,0 +1,45 @@
+// Taking backslash-separated paths apart and joining them, as text: nothing here asks the system.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace depot {
+
+// The longest path, its terminating NUL included, that a fixed path buffer of the system takes.
+inline constexpr std::size_t kMaxPathBytes = 260;
+
+// Returns the text after the last backslash, or the whole text when there is none.
+std::string NamePart(std::string_view path);
+
+// Returns the text before the last backslash, or the whole text when there is none.
+std::string FolderPart(std::string_view path);
+
+// Returns the path up to and including its last backslash, or nothing when there is none.
+std::string FolderPrefix(std::string_view path);
+
+// Returns the text from the last '.' on, or the whole text when there is none.
+std::string ExtensionPart(std::string_view name);
+
+// Appends `second` to `first` with one backslash between them. A second text that holds a drive
+// colon is absolute and comes back as it is, as does the second text when the first is empty.
+std::string JoinPath(std::string_view first, std::string_view second);
+
+// Removes one trailing backslash.
+std::string RemoveTrailingBackslash(std::string_view path);
+
+// Removes one trailing backslash, then everything from the last backslash on. A path without a
+// backslash is returned as it is.
+std::string ParentFolder(std::string_view path);
+
+// Removes everything from the last backslash on, so that a path that ends in a backslash loses only
+// that one. A path without a backslash is returned as it is.
+std::string ParentFolderKeepSlash(std::string_view path);
+
+// Removes the text from the last '.' on, if there is one.
+std::string StripExtension(std::string_view name);
+
+// Tells whether the text names a place in the file system by itself: with a drive or as a UNC path.
+bool IsFileSystemPath(std::string_view path);
+
+}  // namespace depot

@@ -1,0 +1,60 @@
+#include "platform/registry_key.h"
+
+#include <cstring>
+
+namespace depot {
+
+std::optional<RegistryKey> RegistryKey::Open(HKEY root, const std::string& path, REGSAM access) {
+    HKEY key = nullptr;
+    if (RegOpenKeyExA(root, path.c_str(), 0, access, &key) != ERROR_SUCCESS) return std::nullopt;
+    return RegistryKey(UniqueHkey(key));
+}
+
+std::optional<RegistryKey> RegistryKey::OpenSubkey(const std::string& path, REGSAM access) const {
+    return Open(key_.get(), path, access);
+}
+
+std::optional<std::string> RegistryKey::ReadString(const std::string& name, DWORD maxBytes) const {
+    std::string text(maxBytes, '\0');
+    DWORD size = maxBytes;
+    if (RegQueryValueExA(key_.get(), name.c_str(), nullptr, nullptr,
+                         reinterpret_cast<BYTE*>(text.data()), &size) != ERROR_SUCCESS) {
+        return std::nullopt;
+    }
+    // The registry stores a terminator only if the writer supplied one.
+    text.resize(strnlen(text.c_str(), size));
+    return text;
+}
+
+std::optional<DWORD> RegistryKey::ReadDword(const std::string& name) const {
+    DWORD value = 0;
+    DWORD type = REG_NONE;
+    DWORD size = sizeof(value);
+    const LSTATUS status = RegQueryValueExA(key_.get(), name.c_str(), nullptr, &type,
+                                            reinterpret_cast<BYTE*>(&value), &size);
+    if (status != ERROR_SUCCESS || type != REG_DWORD || size != sizeof(value)) return std::nullopt;
+    return value;
+}
+
+std::optional<DWORD> RegistryKey::ReadDwordOfAnySize(const std::string& name) const {
+    BYTE data[kRegistryTextBytes] = {};
+    DWORD type = REG_NONE;
+    DWORD size = sizeof(data);
+    const LSTATUS status = RegQueryValueExA(key_.get(), name.c_str(), nullptr, &type, data, &size);
+    if (status != ERROR_SUCCESS || type != REG_DWORD) return std::nullopt;
+    DWORD value = 0;
+    std::memcpy(&value, data, sizeof(value));
+    return value;
+}
+
+SubkeyName RegistryKey::SubkeyAt(DWORD index) const {
+    char name[kRegistryTextBytes];
+    DWORD length = sizeof(name);
+    SubkeyName subkey;
+    subkey.status =
+        RegEnumKeyExA(key_.get(), index, name, &length, nullptr, nullptr, nullptr, nullptr);
+    if (subkey.status == ERROR_SUCCESS) subkey.name.assign(name, length);
+    return subkey;
+}
+
+}  // namespace depot
