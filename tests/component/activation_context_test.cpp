@@ -125,18 +125,8 @@ TEST_F(ActivationContextTest, LateBoundCallsRestoreTheContext) {
 // The folder that this directory-service library returns tells in which context it was called.
 class OwnContextTest : public ActivationContextTest {
 protected:
-    OwnContextTest() {
-        EXPECT_TRUE(CopyFileA((ProgramFolder() + "DepotIntr.dll").c_str(),
-                              folder_.At("DepotIntr.dll").c_str(), TRUE));
-        EXPECT_TRUE(CopyFileA((ProgramFolder() + "context_probe\\qdirsvc.dll").c_str(),
-                              folder_.At("qdirsvc.dll").c_str(), TRUE));
-        library_ = std::make_unique<Library>(folder_.At("DepotIntr.dll"));
-        probed_ = library_->CreateApi();
-    }
-    ~OwnContextTest() override { probed_.reset(); }
-
-    std::unique_ptr<Library> library_;
-    Com<IDepotIntrApi> probed_;
+    const Library library_{CopyComponent(folder_, "context_probe\\qdirsvc.dll")};
+    const Com<IDepotIntrApi> probed_ = library_.CreateApi();
 };
 
 TEST_F(OwnContextTest, ContextOfTheDllIsCurrentDuringAMethod) {

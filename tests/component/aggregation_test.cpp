@@ -87,10 +87,17 @@ TEST_F(AggregationTest, MethodsWorkThroughTheAggregate) {
 }
 
 TEST_F(AggregationTest, AggregateKeepsTheDllUntilItsInnerUnknownIsReleased) {
-    api_.reset();
-    EXPECT_EQ(S_FALSE, Library::Own().CanUnloadNow());
-    outer_.inner.reset();
-    EXPECT_EQ(S_OK, Library::Own().CanUnloadNow());
+    const Library library(CopyComponent(folder_));
+    IClassFactory* factory = nullptr;
+    ASSERT_EQ(S_OK, library.GetClassObject(CLSID_DepotIntrApi, IID_IClassFactory,
+                                           reinterpret_cast<void**>(&factory)));
+    IUnknown* inner = nullptr;
+    EXPECT_EQ(S_OK,
+              factory->CreateInstance(&outer_, IID_IUnknown, reinterpret_cast<void**>(&inner)));
+    factory->Release();
+    EXPECT_EQ(S_FALSE, library.CanUnloadNow());
+    inner->Release();
+    EXPECT_EQ(S_OK, library.CanUnloadNow());
 }
 
 TEST_F(AggregationTest, AggregateCanOnlyBeAskedForItsUnknown) {

@@ -52,6 +52,16 @@ std::string ProgramFolder() {
     return OwnModuleFolder();
 }
 
+std::string CopyComponent(const ScratchFolder& folder, const std::string& directoryService) {
+    const std::string copy = folder.At("DepotIntr.dll");
+    EXPECT_TRUE(CopyFileA((ProgramFolder() + "DepotIntr.dll").c_str(), copy.c_str(), TRUE));
+    if (!directoryService.empty()) {
+        EXPECT_TRUE(CopyFileA((ProgramFolder() + directoryService).c_str(),
+                              folder.At("qdirsvc.dll").c_str(), TRUE));
+    }
+    return copy;
+}
+
 std::wstring Wide(const std::string& text) {
     return std::wstring(text.begin(), text.end());
 }

@@ -101,6 +101,11 @@ private:
 // The folder of this program, with a trailing backslash.
 std::string ProgramFolder();
 
+// Copies DepotIntr.dll into a folder and returns its path. Loaded from there it is a module of its
+// own, which nothing else in the process uses. `directoryService` is the file that becomes its
+// qdirsvc.dll; without one there is none.
+std::string CopyComponent(const ScratchFolder& folder, const std::string& directoryService = {});
+
 std::wstring Wide(const std::string& text);
 
 // Makes an object through COM; a test failure and null when that fails.

@@ -113,18 +113,12 @@ TEST_F(SessionsTest, UserFolderIsLookedUpForEachSession) {
 // A second copy of the DLL, in a folder without the directory-service library.
 class NoUserFolderTest : public ComponentTest {
 protected:
-    NoUserFolderTest() {
-        EXPECT_TRUE(CopyFileA((ProgramFolder() + "DepotIntr.dll").c_str(), Copy().c_str(), TRUE));
-        library_ = std::make_unique<Library>(Copy());
-        EXPECT_NE(Library::Own().Module(), library_->Module());
-        lonely_ = library_->CreateApi();
+    NoUserFolderTest() : lonely_(library_.CreateApi()) {
+        EXPECT_NE(Library::Own().Module(), library_.Module());
     }
-    ~NoUserFolderTest() override { lonely_.reset(); }
 
-    std::string Copy() const { return folder_.At("DepotIntr.dll"); }
-
-    std::unique_ptr<Library> library_;
-    Com<IDepotIntrApi> lonely_;
+    const Library library_{CopyComponent(folder_)};
+    const Com<IDepotIntrApi> lonely_;
 };
 
 TEST_F(NoUserFolderTest, InitializingFailsWithHandleZero) {
