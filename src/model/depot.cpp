@@ -84,11 +84,11 @@ bool CDepot::ReadDefinition(const RegistryKey& listKey, const std::string& subke
     if (!key) return false;
     displayName = LocalizedName(*key, language, subkeyName);
     name = subkeyName;
-    if (const auto value = key->ReadDword("DefaultDepot")) isDefault = *value == 1;
-    if (const auto value = key->ReadDword("OrderIndex")) {
+    if (const auto value = key->ReadDwordOfAnySize("DefaultDepot")) isDefault = *value == 1;
+    if (const auto value = key->ReadDwordOfAnySize("OrderIndex")) {
         orderIndex = static_cast<std::int32_t>(*value);
     }
-    if (const auto value = key->ReadDword("Contains")) contains = *value;
+    if (const auto value = key->ReadDwordOfAnySize("Contains")) contains = *value;
     ReadLocations(*key);
     if (paths->Count() == 0) return false;
     if (const auto value = key->ReadString("Icon")) icon = *value;

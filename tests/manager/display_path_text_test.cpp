@@ -2,12 +2,132 @@
 
 #include <gtest/gtest.h>
 
+#include "platform/text.h"
+#include "support/random_text.h"
+
 namespace depot {
 namespace {
 
-TEST(MatchesPrefixTest, BareBracketedNameMatches) {
-    EXPECT_TRUE(MatchesPrefix("<WORK>", DisplayPrefix("Work")));
-    EXPECT_FALSE(MatchesPrefix("<Workshop>\\x", DisplayPrefix("Work")));
+TEST(DisplayPrefixTest, TheNameStandsInAngleBracketsBeforeABackslash) {
+    EXPECT_EQ("<Work>\\", DisplayPrefix("Work"));
+    EXPECT_EQ("<My Depot>\\", DisplayPrefix("My Depot"));
+    EXPECT_EQ("<>\\", DisplayPrefix(""));
+    EXPECT_EQ("<%s>\\", DisplayPrefix("%s"));
+}
+
+TEST(MatchesPrefixTest, OnlyAPathThatBeginsWithThePrefixMatches) {
+    const struct {
+        const char* path;
+        bool matches;
+    } rows[] = {{"<Work>\\a.txt", true},
+                {"<WORK>\\a.txt", true},
+                {"<work>\\", true},
+                {"<Work>", true},
+                {"<WORK>", true},
+                {"<Workshop>\\x", false},
+                {"<Wor>\\x", false},
+                {"<Workshop>", false},
+                {"<Work", false},
+                {"Work\\a.txt", false},
+                {"Work", false},
+                {"\\<Work>\\a", false},
+                {" <Work>\\a", false},
+                {"a\\<Work>\\a", false},
+                {"<Work>a\\b", false},
+                {"<Work>/a", false},
+                {"<Work>>\\a", false},
+                {"<<Work>\\a", false},
+                {"", false}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.path);
+        EXPECT_EQ(row.matches, MatchesPrefix(row.path, "<Work>\\"));
+    }
+}
+
+TEST(MatchesPrefixTest, AnEmptyPrefixMatchesNothing) {
+    EXPECT_FALSE(MatchesPrefix("", ""));
+    EXPECT_FALSE(MatchesPrefix("<Work>\\a", ""));
+}
+
+TEST(MatchesPrefixTest, AStorageRootIsAPrefixLikeAnyOther) {
+    EXPECT_TRUE(MatchesPrefix("c:\\WORK\\a.txt", "C:\\Work\\"));
+    EXPECT_FALSE(MatchesPrefix("C:\\Work", "C:\\Work\\"));
+    EXPECT_FALSE(MatchesPrefix("C:\\Workshop\\a.txt", "C:\\Work\\"));
+    EXPECT_TRUE(MatchesPrefix("C:", "C:\\"));
+}
+
+TEST(MatchesPrefixTest, ATextBehindANulCounts) {
+    EXPECT_TRUE(MatchesPrefix(std::string_view("<Work>\\a\0b", 10), "<Work>\\"));
+    EXPECT_FALSE(MatchesPrefix(std::string_view("<Wo\0rk>\\a", 9), "<Work>\\"));
+}
+
+TEST(MatchesPrefixTest, PathsOfAHundredThousandCharactersAreCompared) {
+    const std::string tail(100'000, 'x');
+    EXPECT_TRUE(MatchesPrefix("<Work>\\" + tail, "<Work>\\"));
+    EXPECT_FALSE(MatchesPrefix(tail, "<Work>\\"));
+    EXPECT_FALSE(MatchesPrefix("<" + tail, "<" + tail + ">\\"));
+    EXPECT_TRUE(MatchesPrefix("<" + tail + ">", "<" + tail + ">\\"));
+}
+
+TEST(MatchesPrefixTest, RandomPathsMatchWhatTheRuleSays) {
+    test::RandomTexts random(0x5EED30);
+    const std::vector<std::string> pieces = {"<",  ">", "\\", "Work", "WORK", "work>",
+                                             "<W", "o", "rk", ".",    "a"};
+    for (int round = 0; round < 8000; ++round) {
+        const std::string path = random.Pieces(6, pieces);
+        const std::string prefix = DisplayPrefix(random.Pieces(2, pieces));
+        SCOPED_TRACE(path + " | " + prefix);
+        std::string lower = ToLower(path);
+        if (!lower.empty() && lower.find('\\') == std::string::npos) lower += '\\';
+        ASSERT_EQ(lower.find(ToLower(prefix)) == 0, MatchesPrefix(path, prefix));
+        ASSERT_TRUE(MatchesPrefix(prefix + path, prefix));
+    }
+}
+
+TEST(FolderDisplayPathTest, TheFolderFollowsTheDisplayName) {
+    EXPECT_EQ("<Travail>\\sub\\", FolderDisplayPath("Travail", "<Work>\\sub\\a.kra"));
+    EXPECT_EQ("<Travail>\\", FolderDisplayPath("Travail", "<Work>\\a.kra"));
+    EXPECT_EQ("<Travail>\\", FolderDisplayPath("Travail", "a.kra"));
+    EXPECT_EQ("<Travail>\\", FolderDisplayPath("Travail", ""));
+    EXPECT_EQ("<Travail>\\sub\\", FolderDisplayPath("Travail", "<Work>\\sub\\"));
+}
+
+TEST(SplitDisplayPathTest, NameAndRelativePathAreTakenApart) {
+    const struct {
+        const char* path;
+        const char* name;
+        const char* relative;
+    } rows[] = {{"<My Depot>\\x\\y", "My Depot", "x\\y"},
+                {"<Work>", "Work", ""},
+                {"<Work>\\", "Work", ""},
+                {"Work\\a", "Work\\a", "a"},
+                {"", "", ""},
+                {"<<Work>\\a", "Work", "a"},
+                {">", "", ""},
+                {"<", "", ""}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.path);
+        const DisplayPathParts parts = SplitDisplayPath(row.path);
+        EXPECT_EQ(row.name, parts.depotName);
+        EXPECT_EQ(row.relative, parts.relative);
+    }
+}
+
+TEST(SplitDisplayPathTest, RandomDisplayPathsComeApartAsTheyWerePutTogether) {
+    test::RandomTexts random(0x5EED31);
+    for (int round = 0; round < 5000; ++round) {
+        const std::string name = random.Text(6, "aB .%\xC4");
+        const std::string relative = random.Text(8, "aB.\\");
+        SCOPED_TRACE(name + " | " + relative);
+        const DisplayPathParts parts = SplitDisplayPath(DisplayPrefix(name) + relative);
+        ASSERT_EQ(name, parts.depotName);
+        ASSERT_EQ(relative, parts.relative);
+        // Any text is taken apart without harm.
+        const std::string text = random.Text(10, "<>\\ab");
+        ASSERT_LE(SplitDisplayPath(text).depotName.size(), text.size());
+        ASSERT_TRUE(FolderDisplayPath(name, text).starts_with("<" + name + ">"));
+        ASSERT_TRUE(FolderDisplayPath(name, text).ends_with('\\'));
+    }
 }
 
 }  // namespace

@@ -1,0 +1,289 @@
+#include "config/profile_file.h"
+
+#include <gtest/gtest.h>
+
+#include "platform/handles.h"
+#include "support/random_text.h"
+#include "support/scratch.h"
+
+namespace depot {
+namespace {
+
+constexpr std::uint32_t kAnySize = 4096;
+
+class ProfileFileTest : public testing::Test {
+protected:
+    std::string Read(const std::string& key, std::uint32_t size = kAnySize) const {
+        return ReadProfileString("Section", key, "default", size, file_);
+    }
+
+    int Write(const char* value) const {
+        return WriteProfileValue("Section", "Key", value, file_.c_str());
+    }
+
+    // Keeps the file open so that others may do only what `sharing` allows.
+    UniqueHandle Hold(DWORD sharing) const {
+        return UniqueHandle(CreateFileA(file_.c_str(), GENERIC_READ, sharing, nullptr,
+                                        OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+    }
+
+    test::ScratchFolder folder_;
+    std::string file_ = folder_.At("a.kra");
+};
+
+using WriteProfileValueTest = ProfileFileTest;
+using ReadProfileStringTest = ProfileFileTest;
+using GetTerminalTypeTest = ProfileFileTest;
+using ReadWholeFileTest = ProfileFileTest;
+
+TEST_F(WriteProfileValueTest, BlanksAtAnEndAreStoredBetweenSingleQuotes) {
+    EXPECT_NE(0, Write(" value"));
+    EXPECT_EQ("[Section]\r\nKey=' value'\r\n", test::FileBytes(file_));
+    EXPECT_EQ(" value", Read("Key"));
+    EXPECT_NE(0, Write("value "));
+    EXPECT_EQ("[Section]\r\nKey='value '\r\n", test::FileBytes(file_));
+    EXPECT_EQ("value ", Read("Key"));
+}
+
+TEST_F(WriteProfileValueTest, EnclosingQuotesAreStoredBetweenAFurtherPair) {
+    Write("\"value\"");
+    EXPECT_EQ("[Section]\r\nKey=\"\"value\"\"\r\n", test::FileBytes(file_));
+    EXPECT_EQ("\"value\"", Read("Key"));
+    Write("'value'");
+    EXPECT_EQ("[Section]\r\nKey=''value''\r\n", test::FileBytes(file_));
+    EXPECT_EQ("'value'", Read("Key"));
+}
+
+TEST_F(WriteProfileValueTest, AnEmptyValueIsStoredAndANullValueDeletesTheKey) {
+    EXPECT_NE(0, Write(""));
+    EXPECT_EQ("", Read("Key"));
+    EXPECT_NE(0, Write(nullptr));
+    EXPECT_EQ("default", Read("Key"));
+}
+
+TEST_F(WriteProfileValueTest, AWriteThatIsRefusedGivesZero) {
+    EXPECT_EQ(0, WriteProfileValue("Section", "Key", "v", folder_.At("none\\a.kra").c_str()));
+    EXPECT_EQ(0, WriteProfileValue("Section", "Key", "v", folder_.Path().c_str()));
+    EXPECT_EQ(0, WriteProfileValue("Section", "Key", nullptr, folder_.Path().c_str()));
+}
+
+TEST_F(WriteProfileValueTest, AFileHeldByAnotherReaderKeepsItsBytes) {
+    folder_.MakeFile("a.kra", "[Section]\r\nKey=old\r\n");
+    {
+        const UniqueHandle holder = Hold(FILE_SHARE_READ);
+        EXPECT_EQ(0, Write("new"));
+        EXPECT_EQ("old", Read("Key"));
+    }
+    EXPECT_EQ("[Section]\r\nKey=old\r\n", test::FileBytes(file_));
+}
+
+TEST_F(WriteProfileValueTest, RandomValuesComeBackExactly) {
+    test::RandomTexts random(0x5EED12);
+    for (int round = 0; round < 300; ++round) {
+        const std::string value = "x" + random.Text(6, " \t'\"ab=;\xC4\x81\xFF");
+        for (const std::string& text : {value, value.substr(1)}) {
+            if (text.empty()) continue;
+            SCOPED_TRACE(text);
+            ASSERT_NE(0, Write(text.c_str()));
+            ASSERT_EQ(text, Read("Key"));
+        }
+    }
+}
+
+TEST_F(WriteProfileValueTest, ALongValueIsWrittenWhole) {
+    const std::string value = " " + std::string(10'000, 'x') + " ";
+    EXPECT_NE(0, Write(value.c_str()));
+    EXPECT_EQ(value, Read("Key", 0xFFFFFFFF));
+}
+
+TEST_F(WriteProfileValueTest, OtherSectionsAndKeysStay) {
+    folder_.MakeFile("a.kra", "[Other]\r\nKey=1\r\n[Section]\r\nBefore=2\r\nKey=3\r\nAfter=4\r\n");
+    Write("new");
+    EXPECT_EQ("1", ReadProfileString("Other", "Key", "", kAnySize, file_));
+    EXPECT_EQ("2", Read("Before"));
+    EXPECT_EQ("new", Read("Key"));
+    EXPECT_EQ("4", Read("After"));
+}
+
+TEST_F(ReadProfileStringTest, WhatIsMissingGivesTheDefault) {
+    EXPECT_EQ("default", Read("Key"));
+    folder_.MakeFile("a.kra", "[Other]\r\nKey=1\r\n");
+    EXPECT_EQ("default", Read("Key"));
+    folder_.MakeFile("a.kra", "[Section]\r\nOther=1\r\n");
+    EXPECT_EQ("default", Read("Key"));
+    EXPECT_EQ("default",
+              ReadProfileString("Section", "Key", "default", kAnySize, folder_.At("none\\a.kra")));
+    EXPECT_EQ("default", ReadProfileString("Section", "Key", "default", kAnySize, folder_.Path()));
+    EXPECT_EQ("default", ReadProfileString("Section", "Key", "default", kAnySize, ""));
+}
+
+TEST_F(ReadProfileStringTest, AnEmptyDefaultGivesAnEmptyText) {
+    EXPECT_EQ("", ReadProfileString("Section", "Key", "", kAnySize, file_));
+}
+
+TEST_F(ReadProfileStringTest, AFileThatIsLockedGivesTheDefault) {
+    folder_.MakeFile("a.kra", "[Section]\r\nKey=old\r\n");
+    const UniqueHandle holder = Hold(0);
+    ASSERT_TRUE(holder);
+    EXPECT_EQ("default", Read("Key"));
+}
+
+TEST_F(ReadProfileStringTest, AValueIsCutToOneLessThanTheSize) {
+    folder_.MakeFile("a.kra", "[Section]\r\nKey=sixsix\r\n");
+    const struct {
+        std::uint32_t size;
+        const char* value;
+    } rows[] = {
+        {0, ""},       {1, ""},       {2, "s"},         {4, "six"},       {6, "sixsi"},
+        {7, "sixsix"}, {8, "sixsix"}, {1024, "sixsix"}, {1025, "sixsix"}, {0xFFFFFFFF, "sixsix"}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.size);
+        EXPECT_EQ(row.value, Read("Key", row.size));
+    }
+}
+
+TEST_F(ReadProfileStringTest, ADefaultIsCutAsWell) {
+    EXPECT_EQ("def", Read("Key", 4));
+    EXPECT_EQ("", Read("Key", 1));
+    EXPECT_EQ("", Read("Key", 0));
+    EXPECT_EQ("default", Read("Key", 0xFFFFFFFF));
+}
+
+TEST_F(ReadProfileStringTest, ValuesAroundTheFirstReadsSizeAreWhole) {
+    for (const std::size_t length : {1021u, 1022u, 1023u, 1024u, 1025u, 4095u, 4096u, 20'000u}) {
+        SCOPED_TRACE(length);
+        const std::string value(length, 'v');
+        Write(value.c_str());
+        EXPECT_EQ(value, Read("Key", 0xFFFFFFFF));
+        EXPECT_EQ(value, Read("Key", static_cast<std::uint32_t>(length + 1)));
+        EXPECT_EQ(value.substr(1), Read("Key", static_cast<std::uint32_t>(length)));
+    }
+}
+
+TEST_F(ReadProfileStringTest, NamesIgnoreTheLetterCase) {
+    folder_.MakeFile("a.kra", "[SECTION]\r\nKEY=1\r\n");
+    EXPECT_EQ("1", Read("key"));
+}
+
+TEST_F(ReadProfileStringTest, FilesWithoutFinalOrWindowsLineEndsAreRead) {
+    for (const char* bytes : {"[Section]\r\nKey=1", "[Section]\nKey=1", "[Section]\nKey=1\n"}) {
+        SCOPED_TRACE(bytes);
+        folder_.MakeFile("a.kra", bytes);
+        EXPECT_EQ("1", Read("Key"));
+    }
+}
+
+TEST_F(ReadProfileStringTest, AFileWithoutAnyLineEndsGivesTheDefault) {
+    folder_.MakeFile("a.kra", std::string(100'000, 'x'));
+    EXPECT_EQ("default", Read("Key"));
+    folder_.MakeFile("a.kra", "[Section]");
+    EXPECT_EQ("default", Read("Key"));
+    folder_.MakeFile("a.kra", "");
+    EXPECT_EQ("default", Read("Key"));
+}
+
+TEST_F(ReadProfileStringTest, BytesAboveAsciiComeBackAsTheyAre) {
+    std::string high;
+    for (int byte = 0x80; byte < 0x100; ++byte) high.push_back(static_cast<char>(byte));
+    folder_.MakeFile("a.kra", "[Section]\r\nKey=" + high + "x\r\n");
+    EXPECT_EQ(high + "x", Read("Key"));
+}
+
+TEST_F(ReadProfileStringTest, AValueFarInsideAFiftyMegabyteFileIsFound) {
+    std::string bytes = "[Filler]\r\n";
+    const std::string line = "Line=" + std::string(5000, 'x') + "\r\n";
+    while (bytes.size() < 50u * 1024 * 1024) bytes += line;
+    folder_.MakeFile("a.kra", bytes + "[Section]\r\nKey=deep\r\n");
+    EXPECT_EQ("deep", Read("Key"));
+    EXPECT_EQ("default", Read("Other"));
+}
+
+TEST_F(GetTerminalTypeTest, EveryCodeHasItsNumber) {
+    const struct {
+        std::int32_t code;
+        std::uint32_t type;
+    } rows[] = {{15, 7},   {53, 7},   {16, 268},
+                {20, 32},  {29, 106}, {56, 264},
+                {57, 264}, {58, 264}, {62, 104},
+                {63, 104}, {64, 104}, {17, 0},
+                {61, 0},   {59, 0},   {60, 0},
+                {2, 0},    {18, 0},   {65, 0},
+                {100, 0},  {-1, 0},   {static_cast<std::int32_t>(0x80000000), 0}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.code);
+        EXPECT_EQ(row.type, GetTerminalType(file_, row.code));
+        EXPECT_EQ(row.type, GetTerminalType("", row.code));
+    }
+}
+
+TEST_F(GetTerminalTypeTest, ASessionWithoutAProfileSectionHasItsKindsDefault) {
+    folder_.MakeFile("a.kra", "[Other]\r\nSession Terminal Type=5\r\n");
+    EXPECT_EQ(1u, GetTerminalType(file_, 1));
+    EXPECT_EQ(8u, GetTerminalType(file_, 19));
+    EXPECT_EQ(1u, GetTerminalType(folder_.At("none.kre"), 1));
+    EXPECT_EQ(8u, GetTerminalType(folder_.At("none.kre"), 19));
+}
+
+TEST_F(GetTerminalTypeTest, ASessionsOwnNumberIsRead) {
+    folder_.MakeFile("a.kra", "[PROFILE]\r\nSession Terminal Type=5\r\n");
+    EXPECT_EQ(5u, GetTerminalType(file_, 1));
+    EXPECT_EQ(5u, GetTerminalType(file_, 19));
+    EXPECT_EQ(104u, GetTerminalType(file_, 64));
+}
+
+TEST_F(GetTerminalTypeTest, CodeZeroAsksForTheTypeOfThePath) {
+    folder_.MakeFile("s.kre", "[Profile]\r\nsession terminal type=12\r\n");
+    EXPECT_EQ(12u, GetTerminalType(folder_.At("s.kre"), 0));
+    EXPECT_EQ(104u, GetTerminalType(file_, 0));
+    EXPECT_EQ(268u, GetTerminalType("x.krp", 0));
+    EXPECT_EQ(0u, GetTerminalType("x.krc", 0));
+    EXPECT_EQ(0u, GetTerminalType("x.txt", 0));
+    EXPECT_EQ(0u, GetTerminalType("", 0));
+}
+
+TEST_F(ReadWholeFileTest, AllBytesOfATextComeBack) {
+    for (const std::size_t size : {0u, 1u, 518u, 519u, 520u, 1038u, 1039u, 100'000u}) {
+        SCOPED_TRACE(size);
+        const std::string bytes(size, '\xE4');
+        folder_.MakeFile("a.kra", bytes);
+        EXPECT_EQ(bytes, ReadWholeFile(file_));
+    }
+    folder_.MakeFile("a.kra", "one\r\ntwo\nthree");
+    EXPECT_EQ("one\r\ntwo\nthree", ReadWholeFile(file_));
+}
+
+TEST_F(ReadWholeFileTest, BytesBehindANulAreLostUpToTheEndOfTheirBlock) {
+    std::string bytes = std::string(100, 'a') + std::string(1, '\0');
+    bytes += std::string(519 - bytes.size(), 'b') + "next block";
+    folder_.MakeFile("a.kra", bytes);
+    EXPECT_EQ(std::string(100, 'a') + "next block", ReadWholeFile(file_));
+}
+
+TEST_F(ReadWholeFileTest, WhatCannotBeOpenedIsEmpty) {
+    EXPECT_EQ("", ReadWholeFile(file_));
+    EXPECT_EQ("", ReadWholeFile(folder_.At("none\\a.kra")));
+    EXPECT_EQ("", ReadWholeFile(folder_.Path()));
+    EXPECT_EQ("", ReadWholeFile(""));
+}
+
+TEST_F(ReadWholeFileTest, AFileThatAnyoneElseHoldsOpenIsEmpty) {
+    folder_.MakeFile("a.kra", "text");
+    for (const int sharing : {0, FILE_SHARE_READ, FILE_SHARE_READ | FILE_SHARE_WRITE}) {
+        SCOPED_TRACE(sharing);
+        const UniqueHandle holder = Hold(static_cast<DWORD>(sharing));
+        ASSERT_TRUE(holder);
+        EXPECT_EQ("", ReadWholeFile(file_));
+    }
+    EXPECT_EQ("text", ReadWholeFile(file_));
+}
+
+TEST_F(ReadWholeFileTest, AFileOfFiftyMegabytesIsReadWhole) {
+    std::string bytes;
+    const std::string line = std::string(1000, 'x') + "\r\n";
+    while (bytes.size() < 50u * 1024 * 1024) bytes += line;
+    folder_.MakeFile("a.kra", bytes);
+    EXPECT_TRUE(bytes == ReadWholeFile(file_));
+}
+
+}  // namespace
+}  // namespace depot

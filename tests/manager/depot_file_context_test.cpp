@@ -1,0 +1,278 @@
+#include "manager/depot_file_context.h"
+
+#include <gtest/gtest.h>
+
+#include "manager/depot_world.h"
+#include "platform/handles.h"
+#include "platform/text.h"
+#include "support/random_text.h"
+
+namespace depot {
+namespace {
+
+class DepotFileContextTest : public testing::Test {
+protected:
+    DepotFileContextTest() { world_.depots.defaultDepot = &home_; }
+
+    // Creates a file that no depot holds, right below the drive.
+    static std::string MakeRootFile(const std::string& path) {
+        const UniqueHandle file(CreateFileA(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS,
+                                            FILE_ATTRIBUTE_NORMAL, nullptr));
+        EXPECT_TRUE(file);
+        return path;
+    }
+
+    test::DepotWorld world_;
+    CDepot& work_ = world_.Add("Work", "Travail", "w");
+    CDepot& home_ = world_.Add("Home", "Maison", "h");
+};
+
+TEST_F(DepotFileContextTest, AnEmptyPathLeavesTheContextEmpty) {
+    const DepotFileContext file("", world_.depots);
+    EXPECT_EQ(nullptr, file.depot);
+    EXPECT_EQ("", file.depotPath);
+    EXPECT_EQ("", file.localPath);
+    EXPECT_FALSE(file.changed);
+    EXPECT_FALSE(file.IsInDirectory());
+}
+
+TEST_F(DepotFileContextTest, ADisplayPathIsReadFromItsDepotsFolder) {
+    const DepotFileContext file("<work>\\sub\\a.kra", world_.depots);
+    EXPECT_EQ(&work_, file.depot);
+    EXPECT_EQ("<work>\\sub\\a.kra", file.depotPath);
+    EXPECT_EQ(world_.folder.At("w\\sub\\a.kra"), file.localPath);
+    EXPECT_FALSE(file.changed);
+    EXPECT_FALSE(file.IsInDirectory());
+}
+
+TEST_F(DepotFileContextTest, AStoragePathUnderARootBelongsToItsDepot) {
+    const std::string path = world_.folder.MakeFile("w\\a.kra", "x");
+    const DepotFileContext file(path, world_.depots);
+    EXPECT_EQ(&work_, file.depot);
+    EXPECT_EQ("<Work>\\a.kra", file.depotPath);
+    EXPECT_EQ(path, file.localPath);
+}
+
+TEST_F(DepotFileContextTest, AnExistingFileUnderTheDefaultRootBelongsToTheDefaultDepot) {
+    const std::string path = world_.folder.MakeFile("h\\a.kra", "x");
+    const DepotFileContext file(path, world_.depots);
+    EXPECT_EQ(&home_, file.depot);
+    EXPECT_EQ("<Home>\\a.kra", file.depotPath);
+    EXPECT_EQ(path, file.localPath);
+}
+
+TEST_F(DepotFileContextTest, AnExistingFileOutsideEveryRootIsAPlainFile) {
+    const std::string path = world_.folder.MakeFile("plain.ini", "x");
+    const DepotFileContext file(path, world_.depots);
+    EXPECT_EQ(nullptr, file.depot);
+    EXPECT_EQ(path, file.depotPath);
+    EXPECT_EQ(path, file.localPath);
+    EXPECT_FALSE(file.IsInDirectory());
+}
+
+TEST_F(DepotFileContextTest, AnExistingFolderIsAPlainFileToo) {
+    EXPECT_EQ(nullptr, DepotFileContext(world_.folder.Path(), world_.depots).depot);
+}
+
+TEST_F(DepotFileContextTest, AMissingFileOutsideEveryRootBelongsToTheDefaultDepot) {
+    const std::string path = world_.folder.At("none.ini");
+    const DepotFileContext file(path, world_.depots);
+    EXPECT_EQ(&home_, file.depot);
+    EXPECT_EQ(path, file.depotPath);
+    EXPECT_EQ(path, file.localPath);
+}
+
+TEST_F(DepotFileContextTest, APlainFilesPathHasAtLeastEightCharacters) {
+    const std::string eight = MakeRootFile("C:\\a.ini");
+    const std::string seven = MakeRootFile("C:\\a.in");
+    EXPECT_EQ(nullptr, DepotFileContext(eight, world_.depots).depot);
+    const DepotFileContext file(seven, world_.depots);
+    EXPECT_EQ(&home_, file.depot);
+    EXPECT_EQ(seven, file.localPath);
+    ::DeleteFileA(eight.c_str());
+    ::DeleteFileA(seven.c_str());
+}
+
+TEST_F(DepotFileContextTest, ARelativePathIsNoPlainFileEvenWhenItExists) {
+    char before[MAX_PATH] = {};
+    GetCurrentDirectoryA(sizeof(before), before);
+    world_.folder.MakeFile("relative.ini", "x");
+    SetCurrentDirectoryA(world_.folder.Path().c_str());
+    const DepotFileContext file("relative.ini", world_.depots);
+    SetCurrentDirectoryA(before);
+    EXPECT_EQ(&home_, file.depot);
+    EXPECT_EQ("relative.ini", file.depotPath);
+}
+
+TEST_F(DepotFileContextTest, BlanksBehindAPlainFilesPathDoNotHideIt) {
+    const std::string path = world_.folder.MakeFile("plain.ini", "x");
+    const DepotFileContext file(path + "  ", world_.depots);
+    EXPECT_EQ(nullptr, file.depot);
+    EXPECT_EQ(path + "  ", file.depotPath);
+    EXPECT_EQ(path + "  ", file.localPath);
+}
+
+TEST_F(DepotFileContextTest, AFileUnderTheUnnamedDepotsRootIsAPlainFile) {
+    test::DepotWorld world;
+    world.Add("", "My Depot", "m");
+    const std::string path = world.folder.MakeFile("m\\a.kra", "x");
+    const DepotFileContext file(path, world.depots);
+    EXPECT_EQ(nullptr, file.depot);
+    EXPECT_EQ(path, file.localPath);
+}
+
+TEST_F(DepotFileContextTest, AListWithoutDepotsGivesNoLocalFileForADisplayPath) {
+    CDepots empty;
+    const DepotFileContext file("<Work>\\a.kra", empty);
+    EXPECT_EQ(nullptr, file.depot);
+    EXPECT_EQ("<Work>\\a.kra", file.depotPath);
+    EXPECT_EQ("", file.localPath);
+}
+
+TEST_F(DepotFileContextTest, AFileInADirectoryWithoutAServerHasNoLocalFile) {
+    CDepot& directory = world_.AddAt("Dir", "Dir", "dc=farrow", kDirectoryLocation);
+    DepotFileContext file("<Dir>\\a.kra", world_.depots);
+    EXPECT_EQ(&directory, file.depot);
+    EXPECT_EQ("<Dir>\\a.kra", file.depotPath);
+    EXPECT_EQ("", file.localPath);
+    EXPECT_TRUE(file.IsInDirectory());
+    EXPECT_EQ("default", file.ReadString("S", "K", "default", 100));
+    file.WriteString("S", "K", "v");
+    EXPECT_TRUE(file.changed);
+    EXPECT_EQ("default", file.ReadString("S", "K", "default", 100));
+}
+
+TEST_F(DepotFileContextTest, StrangePathsBelongToTheDefaultDepot) {
+    for (const std::string& path :
+         {std::string("<None>\\a"), std::string("no bracket"), std::string("<Work"),
+          std::string("Work>\\a"), std::string("<"), std::string(100'000, 'x')}) {
+        SCOPED_TRACE(path.substr(0, 100));
+        const DepotFileContext file(path, world_.depots);
+        EXPECT_EQ(&home_, file.depot);
+        EXPECT_EQ(path, file.depotPath);
+        EXPECT_EQ(path, file.localPath);
+        EXPECT_EQ("default", file.ReadString("S", "K", "default", 100));
+    }
+}
+
+class CurrentFileTest : public testing::Test {
+protected:
+    std::string Read(const std::string& key, std::uint32_t size = 100) const {
+        return file_.ReadString("Section", key, "default", size);
+    }
+
+    void Write(const std::string& key, const std::string& value) {
+        file_.WriteString("Section", key, value);
+    }
+
+    test::DepotWorld world_;
+    CDepot& work_ = world_.Add("Work", "Work", "w");
+    DepotFileContext file_{"<Work>\\a.kra", world_.depots};
+};
+
+TEST_F(CurrentFileTest, WrittenValuesAreReadBackExactly) {
+    for (const char* value : {"plain", " leading", "trailing ", "\"quoted\"", "'quoted'", "'",
+                              "a;b", "\xC4\x80\xFF", " 'both' "}) {
+        SCOPED_TRACE(value);
+        Write("Key", value);
+        EXPECT_EQ(value, Read("Key"));
+    }
+}
+
+TEST_F(CurrentFileTest, AValueThatBeginsWithABlankIsStoredBetweenSingleQuotes) {
+    Write("Key", " a");
+    EXPECT_EQ("[Section]\r\nKey=' a'\r\n", test::FileBytes(file_.localPath));
+}
+
+TEST_F(CurrentFileTest, AnEmptyValueRemovesTheKey) {
+    Write("Key", "v");
+    Write("Key", "");
+    EXPECT_EQ("default", Read("Key"));
+    EXPECT_EQ(std::string::npos, test::FileBytes(file_.localPath).find("Key"));
+}
+
+TEST_F(CurrentFileTest, AValueThatEqualsTheComparisonRemovesTheKey) {
+    Write("Key", "v");
+    const std::string comparison = "Standard";
+    file_.WriteString("Section", "Key", "other", &comparison);
+    EXPECT_EQ("other", Read("Key"));
+    file_.WriteString("Section", "Key", "STANDARD", &comparison);
+    EXPECT_EQ("default", Read("Key"));
+    file_.WriteString("Section", "Key", "STANDARD");
+    EXPECT_EQ("STANDARD", Read("Key"));
+    const std::string none;
+    file_.WriteString("Section", "Key", "again", &none);
+    EXPECT_EQ("again", Read("Key"));
+}
+
+TEST_F(CurrentFileTest, EveryWriteMarksTheFileAsChanged) {
+    EXPECT_FALSE(file_.changed);
+    Write("Key", "");
+    EXPECT_TRUE(file_.changed);
+    file_.changed = false;
+    Write("Key", "v");
+    EXPECT_TRUE(file_.changed);
+}
+
+TEST_F(CurrentFileTest, AReadDoesNotMarkTheFileAsChanged) {
+    Read("Key");
+    file_.ReadInt("Section", "Key", 1);
+    EXPECT_FALSE(file_.changed);
+}
+
+TEST_F(CurrentFileTest, AWriteWithoutALocalFileOnlyMarksTheContext) {
+    DepotFileContext empty("", world_.depots);
+    empty.WriteString("Section", "Key", "v");
+    EXPECT_TRUE(empty.changed);
+    EXPECT_EQ("default", empty.ReadString("Section", "Key", "default", 100));
+}
+
+TEST_F(CurrentFileTest, ARefusedWriteIsNotReportedAndLosesNothing) {
+    world_.folder.MakeFile("w\\a.kra", "[Section]\r\nKey=old\r\n");
+    const UniqueHandle holder(CreateFileA(file_.localPath.c_str(), GENERIC_READ, FILE_SHARE_READ,
+                                          nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+    Write("Key", "new");
+    EXPECT_TRUE(file_.changed);
+    EXPECT_EQ("old", Read("Key"));
+}
+
+TEST_F(CurrentFileTest, AFolderInPlaceOfTheFileGivesDefaults) {
+    world_.folder.MakeFolder("w\\a.kra");
+    EXPECT_EQ("default", Read("Key"));
+    EXPECT_EQ(7u, file_.ReadInt("Section", "Key", 7));
+    Write("Key", "v");
+    EXPECT_EQ("default", Read("Key"));
+}
+
+TEST_F(CurrentFileTest, AValueIsCutToTheSize) {
+    Write("Key", "sixsix");
+    EXPECT_EQ("", Read("Key", 0));
+    EXPECT_EQ("", Read("Key", 1));
+    EXPECT_EQ("six", Read("Key", 4));
+    EXPECT_EQ("sixsix", Read("Key", 0xFFFFFFFF));
+}
+
+TEST_F(CurrentFileTest, NumbersAreReadAsTheSystemReadsThem) {
+    const struct {
+        const char* value;
+        std::uint32_t number;
+    } rows[] = {{"42", 42}, {" 7 ", 7}, {"12abc", 12}, {"text", 0}, {"0", 0}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.value);
+        world_.folder.MakeFile("w\\a.kra", std::string("[Section]\r\nKey=") + row.value + "\r\n");
+        EXPECT_EQ(row.number, file_.ReadInt("Section", "Key", 99));
+    }
+    EXPECT_EQ(99u, file_.ReadInt("Section", "None", 99));
+    EXPECT_EQ(0xFFFFFFFFu, file_.ReadInt("Section", "None", 0xFFFFFFFF));
+    EXPECT_EQ(0x80000000u, file_.ReadInt("None", "Key", 0x80000000));
+}
+
+TEST_F(CurrentFileTest, ReleasingAFileInAFolderLeavesItAsItIs) {
+    Write("Key", "v");
+    const std::string bytes = test::FileBytes(file_.localPath);
+    file_.Release();
+    EXPECT_EQ(bytes, test::FileBytes(file_.localPath));
+}
+
+}  // namespace
+}  // namespace depot
