@@ -57,10 +57,9 @@ STDMETHODIMP CDepotIntrApi::DPPathConvertDPtoFS(BSTR* bstrDPFilePath,
                                                 BSTR* bstrFSFilePath) noexcept {
     return RunForText(0, WithoutHandle::kMakeTemporary, bstrFSFilePath,
                       [&](DepotSession& session) -> std::optional<std::string> {
-                          const std::string path = NarrowText(bstrDPFilePath);
-                          if (path.empty()) return std::nullopt;
-                          const DepotFileContext file(path, session.Depots());
-                          if (file.IsInDirectory()) return std::nullopt;
+                          const DepotFileContext file(NarrowText(bstrDPFilePath), session.Depots());
+                          // A file in a directory has no local path, nor has one without a name.
+                          if (file.localPath.empty()) return std::nullopt;
                           return file.localPath;
                       });
 }

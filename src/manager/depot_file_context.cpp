@@ -1,5 +1,7 @@
 #include "manager/depot_file_context.h"
 
+#include <utility>
+
 #include "config/profile_file.h"
 #include "manager/display_path.h"
 #include "manager/resolve_item.h"
@@ -11,6 +13,8 @@ namespace depot {
 namespace {
 
 constexpr std::size_t kShortestPlainPath = 8;
+// No file has a longer path, and the system's profile functions need not survive one.
+constexpr std::size_t kLongestSystemPath = 32767;
 
 bool IsPlainFile(const std::string& path, const CDepotItem& item, const CDepots& depots) {
     const bool absolute = path.find(":\\") != std::string::npos || path.starts_with("\\\\");
@@ -37,7 +41,9 @@ void DepotFileContext::Attach(CDepot* holder, const std::string& displayPath) {
     depot = holder;
     depotPath = displayPath;
     // A file in a directory has no local file as long as its bytes cannot be fetched.
-    if (depot != nullptr && !IsInDirectory()) localPath = DisplayToStorage(*depot, depotPath);
+    if (depot == nullptr || IsInDirectory()) return;
+    std::string path = DisplayToStorage(*depot, depotPath);
+    if (path.size() <= kLongestSystemPath) localPath = std::move(path);
 }
 
 std::string DepotFileContext::ReadString(const std::string& section, const std::string& key,

@@ -1,1 +1,214 @@
-#include "component/component.h"
+// Handles and arguments of late-bound calls.
+#include "component/late_calls.h"
+
+namespace depot::test {
+namespace {
+
+class LateHandlesTest : public LateBoundTest {
+protected:
+    LateHandlesTest() {
+        folder_.MakeFile("A\\a.kra", "[S]\r\nK=1\r\n");
+        EXPECT_EQ(S_OK, api_->DPLoadFile(session_.Address(), Text("<A>\\a.kra")));
+    }
+
+    LONG Handle() const { return static_cast<LONG>(session_); }
+
+    // Reads a number with the handle given in some form. The result of a refused call is 0.
+    LONG ReadWith(const Variant& handle) {
+        Variant result;
+        EXPECT_EQ(S_OK, Call(L"DPGetProfileInt", {handle, L"S", L"K", 5}, &result));
+        return result.Number();
+    }
+
+    const std::string root_ = DefineDepot("A", "Depot A");
+    Session session_{*api_};
+};
+
+TEST_F(LateHandlesTest, InitializingReturnsALong) {
+    Variant handle;
+    ASSERT_EQ(S_OK, Call(L"DPInitialize", {}, &handle));
+    EXPECT_GT(handle.Number(), 0);
+    EXPECT_EQ(S_OK, api_->DPSetSelItemPath(handle.Number(), Text("x")));
+    EXPECT_EQ(S_OK, Call(L"DPUnInitialize", {handle}));
+    EXPECT_EQ(S_FALSE, api_->DPSetSelItemPath(handle.Number(), Text("x")));
+}
+
+TEST_F(LateHandlesTest, HandleByValueIsTakenInEveryNumericType) {
+    EXPECT_EQ(1, ReadWith(Handle()));
+    EXPECT_EQ(1, ReadWith(Variant::Raw(VT_I8, session_)));
+    EXPECT_EQ(1, ReadWith(Variant::Raw(VT_UI8, session_)));
+    EXPECT_EQ(1, ReadWith(Variant::Raw(VT_UI4, session_)));
+    EXPECT_EQ(1, ReadWith(std::to_string(Handle())));
+    Variant real = Variant::Raw(VT_R8, 0);
+    V_R8(real.get()) = Handle();
+    EXPECT_EQ(1, ReadWith(real));
+}
+
+TEST_F(LateHandlesTest, ForeignUpperHalfOfALongDoesNotCount) {
+    EXPECT_EQ(1, ReadWith(Variant::Raw(VT_I4, session_ | (LONGLONG{0x12345678} << 32))));
+}
+
+TEST_F(LateHandlesTest, WholeHandleOfEightBytesCounts) {
+    EXPECT_EQ(0, ReadWith(Variant::Raw(VT_I8, session_ | (LONGLONG{0x12345678} << 32))));
+}
+
+TEST_F(LateHandlesTest, HandleByValueIsTakenFromVariables) {
+    LONG four = Handle();
+    LONGLONG eight = session_;
+    Variant variable(Handle());
+    EXPECT_EQ(1, ReadWith(Variant::Reference(VT_I4, &four)));
+    EXPECT_EQ(1, ReadWith(Variant::Reference(VT_I8, &eight)));
+    EXPECT_EQ(1, ReadWith(Variant::Reference(variable)));
+}
+
+TEST_F(LateHandlesTest, EmptyAndZeroAreHandleZero) {
+    EXPECT_EQ(0, ReadWith(Variant()));
+    EXPECT_EQ(0, ReadWith(0));
+    EXPECT_EQ(0, ReadWith(Variant::Raw(VT_I2, 0)));
+    EXPECT_EQ(S_OK, Call(L"DPUnInitialize", {Variant()}));
+}
+
+TEST_F(LateHandlesTest, TextThatIsNoNumberIsNoHandle) {
+    EXPECT_EQ(DISP_E_TYPEMISMATCH, Call(L"DPGetProfileInt", {L"abc", L"S", L"K", 5}));
+    EXPECT_EQ(3u, wrongArgument_);
+}
+
+TEST_F(LateHandlesTest, LoadingStoresANewHandleBetweenIntactNeighbours) {
+    LONG variables[] = {0x11111111, 0, 0x22222222};
+    ASSERT_EQ(S_OK, Call(L"DPLoadFile", {Variant::Reference(VT_I4, &variables[1]), L"<A>\\a.kra"}));
+    EXPECT_EQ(0x11111111, variables[0]);
+    EXPECT_GT(variables[1], 0);
+    EXPECT_EQ(0x22222222, variables[2]);
+    EXPECT_EQ(S_OK, api_->DPUnInitialize(variables[1]));
+}
+
+TEST_F(LateHandlesTest, LoadingKeepsAGivenHandleAndItsNeighbours) {
+    LONG variables[] = {0x11111111, Handle(), 0x22222222};
+    ASSERT_EQ(S_OK, Call(L"DPLoadFile", {Variant::Reference(VT_I4, &variables[1]), L"<A>\\a.kra"}));
+    EXPECT_EQ(0x11111111, variables[0]);
+    EXPECT_EQ(Handle(), variables[1]);
+    EXPECT_EQ(0x22222222, variables[2]);
+}
+
+TEST_F(LateHandlesTest, EveryVariableThatIsWideEnoughTakesANewHandle) {
+    for (const VARTYPE type : {VT_I4, VT_UI4, VT_INT, VT_UINT}) {
+        LONG variables[] = {0, 0x22222222};
+        ASSERT_EQ(S_OK, Call(L"DPLoadFile", {Variant::Reference(type, variables), L"<A>\\a.kra"}));
+        EXPECT_EQ(0x22222222, variables[1]);
+        EXPECT_EQ(S_OK, api_->DPFlushFile(variables[0]));
+        EXPECT_EQ(S_OK, api_->DPUnInitialize(variables[0]));
+    }
+    for (const VARTYPE type : {VT_I8, VT_UI8}) {
+        LONGLONG handle = 0;
+        ASSERT_EQ(S_OK, Call(L"DPLoadFile", {Variant::Reference(type, &handle), L"<A>\\a.kra"}));
+        EXPECT_EQ(S_OK, api_->DPFlushFile(handle));
+        EXPECT_EQ(S_OK, api_->DPUnInitialize(handle));
+    }
+}
+
+TEST_F(LateHandlesTest, EmptyScriptVariableBecomesALong) {
+    Variant variable;
+    ASSERT_EQ(S_OK, Call(L"DPLoadFile", {Variant::Reference(variable), L"<A>\\a.kra"}));
+    EXPECT_EQ(S_OK, api_->DPFlushFile(variable.Number()));
+    EXPECT_EQ(S_OK, api_->DPUnInitialize(variable.Number()));
+}
+
+TEST_F(LateHandlesTest, ScriptVariableKeepsItsHandle) {
+    Variant variable(Handle());
+    ASSERT_EQ(S_OK, Call(L"DPLoadFile", {Variant::Reference(variable), L"<A>\\a.kra"}));
+    EXPECT_EQ(Handle(), variable.Number());
+}
+
+TEST_F(LateHandlesTest, HandleToBeSetMayBeGivenByValue) {
+    ASSERT_EQ(S_OK, Call(L"DPLoadFile", {Handle(), L"<A>\\other.kra"}));
+    EXPECT_EQ(L"(default)", Read(session_, L"S", L"K"));
+}
+
+TEST_F(LateHandlesTest, NarrowVariableIsRefusedAndLeftAlone) {
+    for (const VARTYPE type : {VT_I2, VT_UI1, VT_BOOL, VT_R8, VT_BSTR}) {
+        LONGLONG variables[] = {0, 0x2222222222222222};
+        EXPECT_EQ(DISP_E_TYPEMISMATCH,
+                  Call(L"DPLoadFile", {Variant::Reference(type, variables), L"<A>\\a.kra"}))
+            << type;
+        EXPECT_EQ(1u, wrongArgument_);
+        EXPECT_EQ(0, variables[0]);
+        EXPECT_EQ(0x2222222222222222, variables[1]);
+    }
+}
+
+class LateCallsTest : public LateHandlesTest {};
+
+TEST_F(LateCallsTest, NamesAreFoundInAnyCase) {
+    EXPECT_EQ(1, IdOf(L"DPInitialize"));
+    EXPECT_EQ(1, IdOf(L"dpinitialize"));
+    EXPECT_EQ(23, IdOf(L"DPMakeCopyFromSrcFile"));
+}
+
+TEST_F(LateCallsTest, UnknownNamesAndIdentifiersAreRefused) {
+    std::wstring name = L"DPNothing";
+    LPOLESTR names[] = {name.data()};
+    DISPID id = 4711;
+    EXPECT_EQ(DISP_E_UNKNOWNNAME,
+              api_->GetIDsOfNames(IID_NULL, names, 1, LOCALE_USER_DEFAULT, &id));
+    EXPECT_EQ(E_POINTER, api_->GetIDsOfNames(IID_NULL, nullptr, 1, LOCALE_USER_DEFAULT, &id));
+    EXPECT_EQ(E_POINTER, api_->GetIDsOfNames(IID_NULL, names, 1, LOCALE_USER_DEFAULT, nullptr));
+    for (const DISPID unknown : {0, 24, -1, 4711}) {
+        EXPECT_EQ(DISP_E_MEMBERNOTFOUND, Invoke(unknown, {}, {})) << unknown;
+    }
+}
+
+TEST_F(LateCallsTest, MissingParametersAreRefused) {
+    EXPECT_EQ(E_POINTER, api_->Invoke(1, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD, nullptr,
+                                      nullptr, nullptr, nullptr));
+}
+
+TEST_F(LateCallsTest, WrongNumberOfArgumentsIsRefused) {
+    Variant result;
+    EXPECT_EQ(DISP_E_BADPARAMCOUNT, Call(L"DPUnInitialize", {Handle(), 1}));
+    EXPECT_TRUE(FAILED(Call(L"DPUnInitialize", {})));
+    EXPECT_TRUE(FAILED(Call(L"DPGetProfileInt", {Handle(), L"S", L"K"}, &result)));
+    EXPECT_EQ(DISP_E_BADPARAMCOUNT,
+              Call(L"DPGetProfileInt", {Handle(), L"S", L"K", 5, 6, 7}, &result));
+    EXPECT_EQ(S_OK, api_->DPFlushFile(session_)) << "the session was ended";
+}
+
+TEST_F(LateCallsTest, ArgumentsMayAllBeNamed) {
+    Variant result;
+    EXPECT_EQ(S_OK, Invoke(6, {5, L"K", L"S", Handle()}, {3, 2, 1, 0}, &result));
+    EXPECT_EQ(1, result.Number());
+}
+
+TEST_F(LateCallsTest, NamedArgumentsFollowPositionalOnes) {
+    Variant result;
+    EXPECT_EQ(S_OK, Invoke(6, {Handle(), L"S", 5, L"K"}, {3, 2}, &result));
+    EXPECT_EQ(1, result.Number());
+}
+
+TEST_F(LateCallsTest, NamedHandleVariableIsSet) {
+    LONG variables[] = {0, 0x22222222};
+    EXPECT_EQ(S_OK, Invoke(4, {L"<A>\\a.kra", Variant::Reference(VT_I4, variables)}, {1, 0}));
+    EXPECT_GT(variables[0], 0);
+    EXPECT_EQ(0x22222222, variables[1]);
+    EXPECT_EQ(S_OK, api_->DPUnInitialize(variables[0]));
+}
+
+TEST_F(LateCallsTest, ParameterNamesAreFoundForNamedArguments) {
+    std::wstring method = L"DPGetProfileInt";
+    std::wstring first = L"lDPIntr";
+    std::wstring last = L"nDefVal";
+    LPOLESTR names[] = {method.data(), first.data(), last.data()};
+    DISPID ids[] = {-1, -1, -1};
+    EXPECT_EQ(S_OK, api_->GetIDsOfNames(IID_NULL, names, 3, LOCALE_USER_DEFAULT, ids));
+    EXPECT_EQ(6, ids[0]);
+    EXPECT_EQ(0, ids[1]);
+    EXPECT_EQ(3, ids[2]);
+}
+
+TEST_F(LateCallsTest, RefusedOperationIsNoError) {
+    EXPECT_TRUE(SUCCEEDED(Call(L"DPFlushFile", {0})));
+    EXPECT_TRUE(SUCCEEDED(Call(L"DPFileExists", {0, L"<A>\\missing.kra"})));
+    EXPECT_TRUE(SUCCEEDED(Call(L"DPRenameFile", {0, L"<A>\\a.kra", L"<A>\\b.kra"})));
+}
+
+}  // namespace
+}  // namespace depot::test

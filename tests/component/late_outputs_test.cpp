@@ -1,1 +1,135 @@
-#include "component/component.h"
+// Texts and numbers that late-bound calls take and return.
+#include "component/late_calls.h"
+
+namespace depot::test {
+namespace {
+
+class LateOutputsTest : public LateBoundTest {
+protected:
+    LateOutputsTest() {
+        folder_.MakeFile("A\\a.kra", "[S]\r\nK=text\r\nN=42\r\nBig=4294967295\r\n7=seven\r\n");
+        EXPECT_EQ(S_OK, api_->DPLoadFile(session_.Address(), Text("<A>\\a.kra")));
+    }
+
+    LONG Handle() const { return static_cast<LONG>(session_); }
+
+    HRESULT ReadInto(const Variant& output) {
+        return Call(L"DPGetProfileString", {Handle(), L"S", L"K", L"D", output, 100});
+    }
+
+    const std::string root_ = DefineDepot("A", "Depot A");
+    Session session_{*api_};
+};
+
+TEST_F(LateOutputsTest, TextIsStoredInATextVariable) {
+    BSTR variable = nullptr;
+    ASSERT_EQ(S_OK, ReadInto(Variant::Reference(VT_BSTR, &variable)));
+    EXPECT_STREQ(L"text", variable);
+    SysFreeString(variable);
+}
+
+TEST_F(LateOutputsTest, TextIsStoredInAScriptVariableOfAnyType) {
+    Variant empty;
+    ASSERT_EQ(S_OK, ReadInto(Variant::Reference(empty)));
+    EXPECT_EQ(L"text", empty.Text());
+    Variant number(4711);
+    ASSERT_EQ(S_OK, ReadInto(Variant::Reference(number)));
+    EXPECT_EQ(L"text", number.Text());
+    Variant other(L"a former text");
+    ASSERT_EQ(S_OK, ReadInto(Variant::Reference(other)));
+    EXPECT_EQ(L"text", other.Text());
+}
+
+TEST_F(LateOutputsTest, TextForNoVariableIsDropped) {
+    EXPECT_EQ(S_OK, ReadInto(L"a literal"));
+    EXPECT_EQ(S_OK, ReadInto(Variant()));
+}
+
+TEST_F(LateOutputsTest, RefusedTextIsNullInTheVariable) {
+    BSTR variable = nullptr;
+    EXPECT_TRUE(
+        SUCCEEDED(Call(L"DPGetProfileString",
+                       {0, L"S", L"K", L"D", Variant::Reference(VT_BSTR, &variable), 100})));
+    EXPECT_EQ(nullptr, variable);
+    Variant script(L"a former text");
+    EXPECT_TRUE(SUCCEEDED(
+        Call(L"DPGetProfileString", {0, L"S", L"K", L"D", Variant::Reference(script), 100})));
+    EXPECT_EQ(L"", script.Text());
+}
+
+TEST_F(LateOutputsTest, TextIsReturnedAsTheResult) {
+    Variant result;
+    ASSERT_EQ(S_OK, Call(L"DPGetDefaultDPPath", {Handle()}, &result));
+    EXPECT_EQ(L"<A>\\", result.Text());
+    ASSERT_EQ(S_OK, Call(L"DPPathConvertDPtoFS", {L"<A>\\a.kra"}, &result));
+    EXPECT_EQ(Wide(folder_.At("A\\a.kra")), result.Text());
+}
+
+TEST_F(LateOutputsTest, ResultMayBeIgnored) {
+    EXPECT_EQ(S_OK, Call(L"DPGetDefaultDPPath", {Handle()}));
+    EXPECT_EQ(S_OK, Call(L"DPGetProfileInt", {Handle(), L"S", L"N", 5}));
+}
+
+TEST_F(LateOutputsTest, NumberThatFitsIsReturnedSigned) {
+    Variant result;
+    ASSERT_EQ(S_OK, Call(L"DPGetProfileInt", {Handle(), L"S", L"N", 5}, &result));
+    EXPECT_EQ(42, result.Number());
+    ASSERT_EQ(S_OK, Call(L"DPGetProfileInt", {Handle(), L"S", L"None", 0x7FFFFFFF}, &result));
+    EXPECT_EQ(0x7FFFFFFF, result.Number());
+}
+
+TEST_F(LateOutputsTest, NumberThatDoesNotFitStaysUnsigned) {
+    Variant result;
+    ASSERT_EQ(S_OK, Call(L"DPGetProfileInt",
+                         {Handle(), L"S", L"None", Variant::Raw(VT_UI4, 0x80000000)}, &result));
+    EXPECT_EQ(VT_UI4, result.Type());
+    EXPECT_EQ(0x80000000u, V_UI4(result.get()));
+}
+
+TEST_F(LateOutputsTest, InputTextIsTakenInEveryForm) {
+    Variant result;
+    BSTR text = SysAllocString(L"K");
+    Variant variable(L"K");
+    for (const Variant& key :
+         {Variant(L"K"), Variant::Reference(VT_BSTR, &text), Variant::Reference(variable)}) {
+        BSTR value = nullptr;
+        EXPECT_EQ(S_OK, Call(L"DPGetProfileString", {Handle(), L"S", key, L"D",
+                                                     Variant::Reference(VT_BSTR, &value), 100}));
+        EXPECT_STREQ(L"text", value);
+        SysFreeString(value);
+    }
+    EXPECT_STREQ(L"K", text);
+    EXPECT_EQ(L"K", variable.Text());
+    SysFreeString(text);
+}
+
+TEST_F(LateOutputsTest, InputOfAnotherTypeIsConverted) {
+    Variant value;
+    EXPECT_EQ(S_OK, Call(L"DPGetProfileString",
+                         {Handle(), L"S", 7, L"D", Variant::Reference(value), 100}));
+    EXPECT_EQ(L"seven", value.Text());
+    EXPECT_EQ(S_OK, Call(L"DPSetProfileString", {Handle(), L"S", L"N", 43}));
+    EXPECT_EQ(L"43", Read(session_, L"S", L"N"));
+    EXPECT_EQ(S_OK, Call(L"DPSetProfileString", {Handle(), L"S", L"N", Variant()}));
+    EXPECT_EQ(L"(default)", Read(session_, L"S", L"N"));
+}
+
+TEST_F(LateOutputsTest, InputThatIsNoTextIsRefused) {
+    EXPECT_EQ(DISP_E_TYPEMISMATCH,
+              Call(L"DPSetProfileString", {Handle(), L"S", L"N", Variant::Raw(VT_NULL, 0)}));
+    EXPECT_EQ(0u, wrongArgument_);
+    EXPECT_EQ(L"42", Read(session_, L"S", L"N"));
+}
+
+TEST_F(LateOutputsTest, BlanksAndQuotesComeBackExactly) {
+    for (const wchar_t* written : {L"   three blanks", L"\"quoted\"", L" '\" "}) {
+        ASSERT_EQ(S_OK, Call(L"DPSetProfileString", {Handle(), L"S", L"V", written}));
+        Variant value;
+        ASSERT_EQ(S_OK, Call(L"DPGetProfileString",
+                             {Handle(), L"S", L"V", L"D", Variant::Reference(value), 100}));
+        EXPECT_EQ(written, value.Text());
+    }
+}
+
+}  // namespace
+}  // namespace depot::test

@@ -1,1 +1,215 @@
+// Display paths, depot paths, file-system paths and existence, on depots kept in folders.
+#include <vector>
+
 #include "component/component.h"
+
+namespace depot::test {
+namespace {
+
+class PathMethodsTest : public ComponentTest {
+protected:
+    // Each asks with a session or, for handle 0, with a temporary one. A refusal gives "(null)".
+    std::wstring DisplayPath(LONG_PTR session, const std::string& name) {
+        OutText path;
+        const HRESULT result = api_->DPGetDepotDisplayPath(session, Text(name), path);
+        return Checked(result, path);
+    }
+    std::wstring FromDisplayName(LONG_PTR session, const std::string& name) {
+        OutText path;
+        const HRESULT result = api_->DPGetPathFromDisplayName(session, Text(name), path);
+        return Checked(result, path);
+    }
+    std::wstring DefaultPath(LONG_PTR session) {
+        OutText path;
+        const HRESULT result = api_->DPGetDefaultDPPath(session, path);
+        return Checked(result, path);
+    }
+    std::wstring ToFileSystem(const std::string& name) {
+        OutText path;
+        const HRESULT result = api_->DPPathConvertDPtoFS(Text(name), path);
+        return Checked(result, path);
+    }
+
+    std::wstring Checked(HRESULT result, const OutText& path) {
+        EXPECT_EQ(path.IsNull() ? S_FALSE : S_OK, result);
+        return path.Value();
+    }
+};
+
+// Two configured depots.
+class FolderDepotsTest : public PathMethodsTest {
+protected:
+    FolderDepotsTest() {
+        folder_.MakeFolder("Work\\Sessions");
+        folder_.MakeFile("Work\\Sessions\\office.kre", "");
+        depots_.Dword("Team", "OrderIndex", 1);
+        depots_.Dword("Work", "OrderIndex", 2);
+    }
+
+    const std::string work_ = DefineDepot("Work", "My Work");
+    const std::string team_ = DefineDepot("Team", "The Team");
+};
+
+TEST_F(FolderDepotsTest, DisplayPathNamesTheFolderByTheDisplayName) {
+    EXPECT_EQ(L"<My Work>\\Sessions\\", DisplayPath(0, "<Work>\\Sessions\\office.kre"));
+    EXPECT_EQ(L"<My Work>\\a\\b\\", DisplayPath(0, "<WORK>\\a\\b\\c.kra"));
+    EXPECT_EQ(L"<My Work>\\", DisplayPath(0, "<Work>\\office.kre"));
+    EXPECT_EQ(L"<My Work>\\", DisplayPath(0, "<Work>\\"));
+    EXPECT_EQ(L"<My Work>\\", DisplayPath(0, "<Work>"));
+    EXPECT_EQ(L"<My Work>\\a\\", DisplayPath(0, "<Work>\\a\\"));
+}
+
+TEST_F(FolderDepotsTest, DisplayPathOfAFileSystemNameKeepsItsWholeFolder) {
+    EXPECT_EQ(L"<My Work>" + Wide(work_) + L"\\Sessions\\",
+              DisplayPath(0, work_ + "\\Sessions\\office.kre"));
+}
+
+TEST_F(FolderDepotsTest, DisplayPathOutsideEveryDepotIsRefused) {
+    for (const char* name : {"<Nobody>\\a.kra", "C:\\elsewhere\\a.kra", "a.kra", "", "\\", "<", ">",
+                             "<>\\a.kra", "<My Work>\\a.kra"}) {
+        EXPECT_EQ(L"(null)", DisplayPath(0, name)) << name;
+    }
+}
+
+TEST_F(FolderDepotsTest, DepotPathIsFoundByDisplayNameInAnyCase) {
+    EXPECT_EQ(L"<Work>\\Sessions\\office.kre",
+              FromDisplayName(0, "<my WORK>\\Sessions\\office.kre"));
+    EXPECT_EQ(L"<Team>\\", FromDisplayName(0, "<The Team>\\"));
+    EXPECT_EQ(L"<Team>\\", FromDisplayName(0, "<The Team>"));
+    EXPECT_EQ(L"<Team>\\", FromDisplayName(0, "The Team"));
+    EXPECT_EQ(L"<Team>\\a", FromDisplayName(0, "<<<The Team>\\a"));
+}
+
+TEST_F(FolderDepotsTest, UnknownDisplayNameIsRefused) {
+    for (const char* name : {"<Nobody>\\a.kra", "<Work>\\a.kra", "", "<>\\", "<", ">", "\\",
+                             "<The Teams>\\a", "<The Tea>\\a"}) {
+        EXPECT_EQ(L"(null)", FromDisplayName(0, name)) << name;
+    }
+}
+
+TEST_F(FolderDepotsTest, DefaultPathIsThatOfTheFirstDepotUntilOneIsMarked) {
+    EXPECT_EQ(L"<Team>\\", DefaultPath(0));
+    depots_.Dword("Work", "DefaultDepot", 1);
+    EXPECT_EQ(L"<Work>\\", DefaultPath(0));
+}
+
+TEST_F(FolderDepotsTest, DepotPathIsConvertedToTheFileSystem) {
+    EXPECT_EQ(Wide(work_) + L"\\Sessions\\office.kre",
+              ToFileSystem("<Work>\\Sessions\\office.kre"));
+    EXPECT_EQ(Wide(team_) + L"\\missing.kra", ToFileSystem("<TEAM>\\missing.kra"));
+    EXPECT_EQ(Wide(work_) + L"\\Sessions\\office.kre",
+              ToFileSystem(work_ + "\\Sessions\\office.kre"));
+}
+
+TEST_F(FolderDepotsTest, EmptyPathIsNotConverted) {
+    EXPECT_EQ(L"(null)", ToFileSystem(""));
+}
+
+TEST_F(FolderDepotsTest, ExistingFilesAreFoundInBothForms) {
+    EXPECT_EQ(S_OK, api_->DPFileExists(0, Text("<Work>\\Sessions\\office.kre")));
+    EXPECT_EQ(S_OK, api_->DPFileExists(0, Text("<work>\\SESSIONS\\OFFICE.KRE")));
+    EXPECT_EQ(S_OK, api_->DPFileExists(0, Text(work_ + "\\Sessions\\office.kre")));
+}
+
+TEST_F(FolderDepotsTest, MissingFilesAndPathsOutsideEveryDepotDoNotExist) {
+    const std::string outside = folder_.MakeFile("outside.kra", "");
+    for (const std::string& name :
+         {std::string("<Work>\\office.kre"), std::string("<Team>\\Sessions\\office.kre"),
+          std::string("<Nobody>\\a.kra"), outside, std::string("office.kre"), std::string()}) {
+        EXPECT_EQ(S_FALSE, api_->DPFileExists(0, Text(name))) << name;
+    }
+}
+
+TEST_F(FolderDepotsTest, SessionAndHandleZeroGiveTheSameAnswers) {
+    const Session session(*api_);
+    for (const char* name : {"<Work>\\Sessions\\office.kre", "<Work>\\missing.kra",
+                             "<Nobody>\\a.kra", "<My Work>\\a.kra", "", "C:\\a.kra"}) {
+        SCOPED_TRACE(name);
+        EXPECT_EQ(DisplayPath(session, name), DisplayPath(0, name));
+        EXPECT_EQ(FromDisplayName(session, name), FromDisplayName(0, name));
+        EXPECT_EQ(api_->DPFileExists(session, Text(name)), api_->DPFileExists(0, Text(name)));
+    }
+    EXPECT_EQ(DefaultPath(session), DefaultPath(0));
+}
+
+TEST_F(FolderDepotsTest, ConvertedPathsLeadBack) {
+    const std::string display = "<My Work>\\Sessions\\office.kre";
+    const std::wstring depotPath = FromDisplayName(0, display);
+    EXPECT_EQ(L"<Work>\\Sessions\\office.kre", depotPath);
+    const std::string narrow(depotPath.begin(), depotPath.end());
+    EXPECT_EQ(L"<My Work>\\Sessions\\", DisplayPath(0, narrow));
+    EXPECT_EQ(S_OK, api_->DPFileExists(0, Text(narrow)));
+}
+
+TEST_F(FolderDepotsTest, SelectedItemIsTakenAsItIs) {
+    const Session session(*api_);
+    for (const char* path : {"<Work>\\a.kra", "no such place", ""}) {
+        EXPECT_EQ(S_OK, api_->DPSetSelItemPath(session, Text(path)));
+    }
+    EXPECT_EQ(S_FALSE, api_->DPSetSelItemPath(0, Text("<Work>\\a.kra")));
+}
+
+TEST_F(FolderDepotsTest, HugeAndBrokenPathsAreAnswered) {
+    const std::string huge(100000, 'x');
+    EXPECT_EQ(L"(null)", DisplayPath(0, huge));
+    EXPECT_EQ(L"<My Work>\\", DisplayPath(0, "<Work>\\" + huge));
+    EXPECT_EQ(L"(null)", FromDisplayName(0, huge));
+    EXPECT_EQ(L"<Work>\\" + Wide(huge), FromDisplayName(0, "<My Work>\\" + huge));
+    EXPECT_EQ(S_FALSE, api_->DPFileExists(0, Text("<Work>\\" + huge)));
+    EXPECT_EQ(L"(null)", ToFileSystem("<Work>\\" + huge));
+    EXPECT_EQ(S_FALSE, api_->DPFileExists(0, Text(std::wstring_view(L"\0<Work>\\a", 9))));
+    OutText path;
+    EXPECT_EQ(S_OK, api_->DPGetDepotDisplayPath(
+                        0, Text(std::wstring_view(L"<Work>\\a\\b\0\\c\\d", 15)), path));
+    EXPECT_EQ(L"<My Work>\\a\\", path.Value());
+}
+
+TEST_F(FolderDepotsTest, DirectoryDepotHasNoFileSystemPaths) {
+    depots_.Text("Remote", "Path1", "ou=profiles,dc=farrow,dc=test");
+    depots_.Dword("Remote", "Type1", 1);
+    depots_.Text("Remote", "Host1", "127.0.0.1");
+    EXPECT_EQ(L"(null)", ToFileSystem("<Remote>\\a.kra"));
+    EXPECT_EQ(S_FALSE, api_->DPFileExists(0, Text("<Remote>\\a.kra")));
+    EXPECT_EQ(L"<Remote>\\", DisplayPath(0, "<Remote>\\a.kra"));
+}
+
+// A machine on which nothing is configured: the only depot is the built-in one.
+class BuiltInDepotTest : public PathMethodsTest {
+protected:
+    // The user folder's parent.
+    const std::string root_ = folder_.At("Farrow\\");
+};
+
+TEST_F(BuiltInDepotTest, DefaultPathIsTheParentOfTheUserFolder) {
+    EXPECT_EQ(Wide(root_), DefaultPath(0));
+    const Session session(*api_);
+    EXPECT_EQ(Wide(root_), DefaultPath(session));
+}
+
+TEST_F(BuiltInDepotTest, FilesBelowTheRootAreFoundByTheirPath) {
+    const std::string file = folder_.MakeFile("Farrow\\a.kra", "[S]\r\nK=1\r\n");
+    EXPECT_EQ(S_OK, api_->DPFileExists(0, Text(file)));
+    EXPECT_EQ(S_FALSE, api_->DPFileExists(0, Text(root_ + "missing.kra")));
+    EXPECT_EQ(Wide(file), ToFileSystem(file));
+}
+
+TEST_F(BuiltInDepotTest, DisplayNameLeadsToTheRoot) {
+    EXPECT_EQ(Wide(root_) + L"x\\y.kra", FromDisplayName(0, "<my depot>\\x\\y.kra"));
+    EXPECT_EQ(L"(null)", FromDisplayName(0, "<other>\\x\\y.kra"));
+}
+
+TEST_F(BuiltInDepotTest, DisplayPathAlwaysEndsInABackslash) {
+    EXPECT_EQ(L"<My Depot>" + Wide(root_), DisplayPath(0, root_ + "a.kra"));
+    EXPECT_EQ(L"<My Depot>" + Wide(root_) + L"x\\", DisplayPath(0, root_ + "x\\a.kra"));
+}
+
+TEST_F(BuiltInDepotTest, ValuesAreWrittenBelowTheRoot) {
+    Session session(*api_);
+    ASSERT_EQ(S_OK, api_->DPLoadFile(session.Address(), Text(root_ + "new.kra")));
+    EXPECT_EQ(S_OK, api_->DPSetProfileString(session, Text("S"), Text("K"), Text(" 1")));
+    EXPECT_EQ(L" 1", Read(session, L"S", L"K"));
+    EXPECT_EQ("[S]\r\nK=' 1'\r\n", FileBytes(root_ + "new.kra"));
+}
+
+}  // namespace
+}  // namespace depot::test
