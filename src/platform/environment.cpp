@@ -7,9 +7,13 @@ namespace {
 
 constexpr DWORD kExpandedBytes = 520;
 
+// The system counts texts in 16 bits; a longer one must not reach it.
+constexpr std::size_t kMaxTextBytes = 32766;
+
 }  // namespace
 
 std::string ExpandEnvironment(const std::string& text) {
+    if (text.size() > kMaxTextBytes) return text;
     char expanded[kExpandedBytes] = {};
     // A result that does not fit is reported by its size and leaves a cut text in the buffer.
     const DWORD size = ExpandEnvironmentStringsA(text.c_str(), expanded, kExpandedBytes);

@@ -6,7 +6,8 @@
 namespace depot {
 
 // Returns the text with its %NAME% references replaced; a name that is no variable stays. When the
-// result, its NUL included, takes more than 520 bytes, or is empty, the text comes back as it was.
+// result, its NUL included, takes more than 520 bytes, or is empty, or when the text is longer than
+// the system takes, the text comes back as it was.
 std::string ExpandEnvironment(const std::string& text);
 
 }  // namespace depot
