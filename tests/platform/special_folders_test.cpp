@@ -4,6 +4,7 @@
 #include <shlobj.h>
 
 #include "platform/paths.h"
+#include "support/hive_override.h"
 #include "support/scratch.h"
 
 namespace depot {
@@ -15,6 +16,7 @@ constexpr char kStart[] = "SystemStart\\.Default";
 
 class SystemSoundFolderTest : public testing::Test {
 protected:
+    test::HiveOverride hive_{HKEY_CURRENT_USER};
     test::ScratchKey scheme_{HKEY_CURRENT_USER, kScheme};
 };
 
