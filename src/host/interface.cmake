@@ -34,4 +34,4 @@ configure_file(${host}/class.rgs.in ${generated}/class.rgs @ONLY)
 
 # The header for every layer that speaks the interface, with the identifiers' values.
 add_library(depot_interface STATIC ${generated}/DepotIntr_i.c ${generated}/include/DepotIntr.h)
-target_include_directories(depot_interface PUBLIC ${generated}/include)
+target_include_directories(depot_interface SYSTEM PUBLIC ${generated}/include)

@@ -18,7 +18,7 @@ std::string BuildDisplayPath(CDepot& depot, const std::string& relative, PathFor
                              DepotName name) {
     const std::string prefix =
         DisplayPrefix(name == DepotName::kDisplay ? depot.displayName : depot.name);
-    const std::string path = prefix + relative;
+    std::string path = prefix + relative;
     if (form == PathForm::kDisplay && !depot.name.empty()) return path;
     return ReplaceAllNoCase(path, prefix, StorageRoot(depot));
 }

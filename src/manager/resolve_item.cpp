@@ -20,7 +20,7 @@ std::string FindInProfileFolder(const std::string& folder, const std::string& te
     const std::size_t dot = text.rfind('.');
     if (dot == std::string::npos) return text;
     if (HasProfileExtension(text)) {
-        const std::string candidate = JoinPath(folder, text);
+        std::string candidate = JoinPath(folder, text);
         if (PathExists(candidate)) return candidate;
     }
     const std::string extension = text.substr(dot + 1);

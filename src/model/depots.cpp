@@ -65,7 +65,7 @@ void CDepots::Remove(CDepot* depot) {
 
 void CDepots::Load(const std::string& path) {
     keyPath = path;
-    RemoveAll(true);
+    CDepots::RemoveAll(true);
     EnumerateDepotKeys(HKEY_CURRENT_USER, keyPath, 0);
     if (EnumerateDepotKeys(HKEY_LOCAL_MACHINE, keyPath, 0) == 0) {
         EnumerateDepotKeys(HKEY_LOCAL_MACHINE, keyPath, KEY_WOW64_64KEY);

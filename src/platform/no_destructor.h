@@ -1,7 +1,6 @@
 // Objects that live until the process or the DLL goes, without running code at its exit.
 #pragma once
 
-#include <memory>
 #include <utility>
 
 namespace depot {
@@ -12,16 +11,21 @@ template <class T>
 class NoDestructor {
 public:
     template <class... Arguments>
-    explicit NoDestructor(Arguments&&... arguments) {
-        std::construct_at(get(), std::forward<Arguments>(arguments)...);
-    }
+    explicit NoDestructor(Arguments&&... arguments)
+        : object_(std::forward<Arguments>(arguments)...) {}
+    // Leaves the object alone.
+    ~NoDestructor() {}
+    NoDestructor(const NoDestructor&) = delete;
+    NoDestructor& operator=(const NoDestructor&) = delete;
 
-    T* get() { return reinterpret_cast<T*>(storage_); }
-    T& operator*() { return *get(); }
-    T* operator->() { return get(); }
+    T* get() { return &object_; }
+    T& operator*() { return object_; }
+    T* operator->() { return &object_; }
 
 private:
-    alignas(T) unsigned char storage_[sizeof(T)];
+    union {
+        T object_;
+    };
 };
 
 }  // namespace depot

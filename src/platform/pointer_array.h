@@ -20,8 +20,8 @@ public:
 };
 
 // Pointers in the order in which they were added. The array never deletes what they point to: the
-// collection around it says who owns the elements. It grows by doubling from one slot and holds at
-// most `MaxCount` pointers.
+// collection around it says who owns the elements. It grows by doubling from one slot and does
+// not grow when that would take more than `MaxCount` slots.
 template <class T, std::size_t MaxCount = 0x0FFFFFFF>
 class PointerArray {
 public:
@@ -70,8 +70,8 @@ private:
     }
 
     bool Grow() {
-        const std::size_t wanted = std::min(capacity_ == 0 ? 1 : capacity_ * 2, MaxCount);
-        if (wanted == capacity_) return false;
+        const std::size_t wanted = capacity_ == 0 ? 1 : capacity_ * 2;
+        if (wanted > MaxCount) return false;
         std::unique_ptr<T*[]> grown(new (std::nothrow) T*[wanted]);
         if (!grown) return false;
         std::copy(begin(), end(), grown.get());

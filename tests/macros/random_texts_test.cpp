@@ -2,36 +2,27 @@
 // run; the sanitizers of the native build see what an expectation would miss.
 #include <gtest/gtest.h>
 
-#include <random>
-
 #include "macros/fake_macro_system.h"
 #include "macros/macro_table.h"
+#include "support/random_text.h"
 
 namespace depot {
 namespace {
 
 constexpr int kRounds = 3000;
 
-constexpr const char* kPieces[] = {
-    "$", "$$", "%",    "%COMPANY%", "\\",       "C:",  "Program Files",
-    "x", "",   "$X64", "APPDIR$",   "$NOSUCH$", "\xE9"};
+// Every macro, parts of macros and what stands around them.
+std::vector<std::string> Pieces() {
+    std::vector<std::string> pieces = {"$",       "$$",       "%",    "%COMPANY%",
+                                       "\\",      "C:",       "x",    "$X64",
+                                       "APPDIR$", "$NOSUCH$", "\xE9", "Program Files"};
+    for (const MacroStep& step : MacroTable()) pieces.emplace_back(step.macro);
+    return pieces;
+}
 
 class RandomTextsTest : public testing::Test {
 protected:
-    std::size_t Below(std::size_t bound) { return std::size_t{random_()} % bound; }
-
-    std::string Piece() {
-        const std::span<const MacroStep> table = MacroTable();
-        const std::size_t choice = Below(std::size(kPieces) + table.size());
-        if (choice < table.size()) return std::string(table[choice].macro);
-        return kPieces[choice - table.size()];
-    }
-
-    std::string Text(std::size_t maxPieces) {
-        std::string text;
-        for (std::size_t left = Below(maxPieces + 1); left > 0; --left) text += Piece();
-        return text;
-    }
+    std::string Text(std::size_t maxPieces) { return random_.Pieces(maxPieces, pieces_); }
 
     void FillAtRandom(test::FakeMacroSystem& system) {
         for (std::string& slot : system.slots) slot = Text(4).substr(0, 519);
@@ -41,11 +32,12 @@ protected:
                      Text(4).substr(0, 260));
         system.company = Text(3);
         system.soundFolder = Text(3);
-        system.foldersCanBeCreated = Below(2) == 0;
-        system.hasShortForms = Below(2) == 0;
+        system.foldersCanBeCreated = random_.Below(2) == 0;
+        system.hasShortForms = random_.Below(2) == 0;
     }
 
-    std::mt19937 random_{20240229};
+    const std::vector<std::string> pieces_ = Pieces();
+    test::RandomTexts random_{20240229};
 };
 
 TEST_F(RandomTextsTest, ExpansionEndsWithinTheBoundAndTwiceAlike) {

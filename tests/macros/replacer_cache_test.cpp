@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "support/child_process.h"
-#include "support/handle_count.h"
+#include "support/leak_counts.h"
 
 namespace depot {
 namespace {
@@ -151,7 +151,7 @@ TEST(ReplacerCacheTest, AnotherProcessHasItsOwnBlock) {
 }
 
 TEST(ReplacerLockTest, FirstHolderCreatesTheEventUnsignalledAndClosesItAtTheEnd) {
-    const std::size_t handles = test::HandleCount();
+    const std::size_t handles = test::CountOpenHandles();
     {
         const ReplacerLock lock;
         const UniqueHandle event = OpenReplacerEvent();
@@ -159,7 +159,7 @@ TEST(ReplacerLockTest, FirstHolderCreatesTheEventUnsignalledAndClosesItAtTheEnd)
         EXPECT_EQ(WAIT_TIMEOUT, WaitForSingleObject(event.get(), 0));
     }
     EXPECT_FALSE(OpenReplacerEvent());
-    EXPECT_EQ(handles, test::HandleCount());
+    EXPECT_EQ(handles, test::CountOpenHandles());
 }
 
 TEST(ReplacerLockTest, ReleaseSignalsTheEventForExactlyOne) {

@@ -6,7 +6,7 @@
 #include "macros/replacer_cache.h"
 #include "model/depots.h"
 #include "model/localization.h"
-#include "support/handle_count.h"
+#include "support/leak_counts.h"
 
 namespace depot {
 namespace {
@@ -47,13 +47,13 @@ TEST_F(DepotsReplacersTest, CacheIsMadeOnFirstUseAndGoesWithTheList) {
 }
 
 TEST_F(DepotsReplacersTest, EveryHandleIsReleasedWithTheList) {
-    const std::size_t handles = test::HandleCount();
+    const std::size_t handles = test::CountOpenHandles();
     {
         CDepots depots;
         for (int i = 0; i < 10; ++i) depots.GetReplacers();
-        EXPECT_EQ(handles + 1, test::HandleCount());
+        EXPECT_EQ(handles + 1, test::CountOpenHandles());
     }
-    EXPECT_EQ(handles, test::HandleCount());
+    EXPECT_EQ(handles, test::CountOpenHandles());
 }
 
 TEST_F(DepotsReplacersTest, EventIsSignalledOnEveryCall) {

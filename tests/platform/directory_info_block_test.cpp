@@ -5,7 +5,7 @@
 #include <cstring>
 
 #include "support/child_process.h"
-#include "support/handle_count.h"
+#include "support/leak_counts.h"
 
 namespace depot {
 namespace {
@@ -40,9 +40,9 @@ int ReadInfo(const test::Arguments& arguments) {
 const test::RoleRegistration readInfo("read-info", ReadInfo);
 
 TEST(DirectoryInfoBlockTest, NothingIsOpenBeforeTheFirstAccess) {
-    const std::size_t handles = test::HandleCount();
+    const std::size_t handles = test::CountOpenHandles();
     const DirectoryInfoBlock block("server-a");
-    EXPECT_EQ(handles, test::HandleCount());
+    EXPECT_EQ(handles, test::CountOpenHandles());
     EXPECT_FALSE(BlockExists("server-a"));
 }
 
@@ -68,15 +68,15 @@ TEST(DirectoryInfoBlockTest, LaterAccessSeesWhatAnEarlierOneStored) {
 
 TEST(DirectoryInfoBlockTest, EachAccessAddsOneHandleAndOnlyTheLastIsClosed) {
     static_cast<void>(DirectoryInfoBlock("server-d").Access());
-    const std::size_t handles = test::HandleCount();
+    const std::size_t handles = test::CountOpenHandles();
     {
         DirectoryInfoBlock block("server-d");
         for (std::size_t count = 1; count <= 5; ++count) {
             ASSERT_NE(nullptr, block.Access());
-            EXPECT_EQ(handles + count, test::HandleCount());
+            EXPECT_EQ(handles + count, test::CountOpenHandles());
         }
     }
-    EXPECT_EQ(handles + 4, test::HandleCount());
+    EXPECT_EQ(handles + 4, test::CountOpenHandles());
     EXPECT_TRUE(BlockExists("server-d"));
 }
 
@@ -87,10 +87,10 @@ TEST(DirectoryInfoBlockTest, BlockThatWasAccessedOnceGoesWithItsHolder) {
 
 TEST(DirectoryInfoBlockTest, BlockThatCannotBeOpenedIsNull) {
     DirectoryInfoBlock block("with\\backslash");
-    const std::size_t handles = test::HandleCount();
+    const std::size_t handles = test::CountOpenHandles();
     EXPECT_EQ(nullptr, block.Access());
     EXPECT_EQ(nullptr, block.Access());
-    EXPECT_EQ(handles, test::HandleCount());
+    EXPECT_EQ(handles, test::CountOpenHandles());
 }
 
 TEST(DirectoryInfoBlockTest, EarlierResultStaysReadableAfterLaterAccesses) {

@@ -4,7 +4,7 @@
 
 #include <cstring>
 
-#include "support/handle_count.h"
+#include "support/leak_counts.h"
 
 namespace depot {
 namespace {
@@ -46,11 +46,11 @@ TEST(MacroSlotTest, TextWithoutNulEndsWithTheSlot) {
 }
 
 TEST(MacroCacheHolderTest, PrivateHolderNeverCreatesABlock) {
-    const std::size_t handles = test::HandleCount();
+    const std::size_t handles = test::CountOpenHandles();
     const MacroCacheHolder holder(0, kName);
     ASSERT_NE(nullptr, holder.Data());
     EXPECT_TRUE(IsAllZero(*holder.Data()));
-    EXPECT_EQ(handles, test::HandleCount());
+    EXPECT_EQ(handles, test::CountOpenHandles());
     EXPECT_FALSE(BlockExists(kName));
 }
 
@@ -83,9 +83,9 @@ TEST(MacroCacheHolderTest, HolderWithoutABlockKeepsItsOwnValues) {
 }
 
 TEST(MacroCacheHolderTest, BlockIsClosedWithItsHolder) {
-    const std::size_t handles = test::HandleCount();
+    const std::size_t handles = test::CountOpenHandles();
     { const MacroCacheHolder holder(1, kName); }
-    EXPECT_EQ(handles, test::HandleCount());
+    EXPECT_EQ(handles, test::CountOpenHandles());
     EXPECT_FALSE(BlockExists(kName));
 }
 

@@ -2,16 +2,125 @@
 
 #include <gtest/gtest.h>
 
+#include "support/random_text.h"
+
 namespace depot {
 namespace {
+
+using test::RandomTexts;
+
+constexpr std::size_t kNowhere = std::string::npos;
+
+// The rule of ReplaceAllNoCase, spelled out step by step.
+std::string ReplacedStepByStep(std::string text, const std::string& find,
+                               const std::string& replacement) {
+    if (text.empty() || find.empty() || ToLower(find) == ToLower(replacement)) return text;
+    for (std::size_t at = 0; (at = ToLower(text).find(ToLower(find), at)) != kNowhere;
+         at += replacement.size()) {
+        text.replace(at, find.size(), replacement);
+    }
+    return text;
+}
+
+TEST(LowerCaseTest, OnlyTheAsciiCapitalsChangeWithoutAnInstalledTable) {
+    for (int byte = 0; byte < 256; ++byte) {
+        SCOPED_TRACE(byte);
+        const bool capital = byte >= 'A' && byte <= 'Z';
+        EXPECT_EQ(static_cast<char>(capital ? byte + 32 : byte),
+                  LowerCase(static_cast<char>(byte)));
+    }
+}
+
+TEST(ToLowerTest, EveryByteIsLoweredOnItsOwn) {
+    EXPECT_EQ("", ToLower(""));
+    EXPECT_EQ("<work>\\sub\\\xC4 1[", ToLower("<WORK>\\Sub\\\xC4 1["));
+    EXPECT_EQ(std::string("a\0b", 3), ToLower(std::string_view("A\0B", 3)));
+}
+
+TEST(InstallCaseTableTest, ComparisonsFoldByTheInstalledTable) {
+    CaseTable ascii{};
+    for (std::size_t byte = 0; byte < ascii.size(); ++byte) {
+        ascii[byte] = LowerCase(static_cast<char>(byte));
+    }
+    CaseTable accents = ascii;
+    accents[0xC4] = '\xE4';
+    InstallCaseTable(accents);
+    EXPECT_TRUE(EqualsNoCase("\xC4", "\xE4"));
+    EXPECT_EQ("x\\", ReplaceAllNoCase("<\xE4>\\", "<\xC4>\\", "x\\"));
+    InstallCaseTable(ascii);
+    EXPECT_FALSE(EqualsNoCase("\xC4", "\xE4"));
+}
+
+TEST(EqualsNoCaseTest, LengthAndEveryLetterCount) {
+    const struct {
+        const char* left;
+        const char* right;
+        bool equal;
+    } rows[] = {{"", "", true},         {"Work", "WORK", true}, {"Work", "Works", false},
+                {"Works", "W", false},  {"a1", "A2", false},    {"[", "{", false},
+                {"@", "`", false},      {"a", "", false},       {"a b", "A B", true},
+                {"\xC4", "\xE4", false}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(std::string(row.left) + " and " + row.right);
+        EXPECT_EQ(row.equal, EqualsNoCase(row.left, row.right));
+        EXPECT_EQ(row.equal, EqualsNoCase(row.right, row.left));
+    }
+}
+
+TEST(EqualsNoCaseTest, TextsBehindANulCount) {
+    EXPECT_FALSE(EqualsNoCase(std::string_view("a\0b", 3), std::string_view("A\0c", 3)));
+    EXPECT_TRUE(EqualsNoCase(std::string_view("a\0b", 3), std::string_view("A\0B", 3)));
+}
+
+TEST(StartsWithNoCaseTest, ATextShorterThanThePrefixDoesNotStartWithIt) {
+    EXPECT_TRUE(StartsWithNoCase("<WORK>\\a", "<Work>\\"));
+    EXPECT_TRUE(StartsWithNoCase("<work>\\", "<Work>\\"));
+    EXPECT_FALSE(StartsWithNoCase("<work>", "<Work>\\"));
+    EXPECT_FALSE(StartsWithNoCase("", "<Work>\\"));
+    EXPECT_TRUE(StartsWithNoCase("anything", ""));
+}
+
+TEST(FindNoCaseTest, TheFirstOccurrenceFromTheStartPositionIsFound) {
+    EXPECT_EQ(0u, FindNoCase("AbcABC", "abc"));
+    EXPECT_EQ(3u, FindNoCase("AbcABC", "abc", 1));
+    EXPECT_EQ(3u, FindNoCase("AbcABC", "abc", 3));
+    EXPECT_EQ(kNowhere, FindNoCase("AbcABC", "abc", 4));
+    EXPECT_EQ(5u, FindNoCase("AbcABC", "c", 5));
+    EXPECT_EQ(1u, FindNoCase("aaab", "AAB"));
+}
+
+TEST(FindNoCaseTest, NothingIsFoundBeyondTheEndOrForAnEmptyText) {
+    EXPECT_EQ(kNowhere, FindNoCase("abc", "c", 3));
+    EXPECT_EQ(kNowhere, FindNoCase("abc", "c", kNowhere));
+    EXPECT_EQ(kNowhere, FindNoCase("abc", ""));
+    EXPECT_EQ(kNowhere, FindNoCase("", ""));
+    EXPECT_EQ(kNowhere, FindNoCase("ab", "abc"));
+}
 
 TEST(ReplaceAllNoCaseTest, EveryOccurrenceInAnyCaseIsReplaced) {
     EXPECT_EQ("C:\\w\\sub\\C:\\w\\b",
               ReplaceAllNoCase("<Work>\\sub\\<work>\\b", "<WORK>\\", "C:\\w\\"));
 }
 
+TEST(ReplaceAllNoCaseTest, TheReplacementIsInsertedAsGiven) {
+    EXPECT_EQ("x$&\\1%sX", ReplaceAllNoCase("xAX", "a", "$&\\1%s"));
+}
+
 TEST(ReplaceAllNoCaseTest, InsertedTextIsNotSearchedAgain) {
     EXPECT_EQ("aaaa", ReplaceAllNoCase("aa", "a", "aa"));
+    EXPECT_EQ("<a>", ReplaceAllNoCase("a", "A", "<a>"));
+}
+
+TEST(ReplaceAllNoCaseTest, TextThatOnlyJoinsUpAfterARemovalStays) {
+    EXPECT_EQ("ab", ReplaceAllNoCase("aabb", "ab", ""));
+}
+
+TEST(ReplaceAllNoCaseTest, OverlappingOccurrencesAreTakenFromTheLeft) {
+    EXPECT_EQ("xa", ReplaceAllNoCase("aaa", "aa", "x"));
+}
+
+TEST(ReplaceAllNoCaseTest, AnEmptyReplacementRemoves) {
+    EXPECT_EQ("b\\c", ReplaceAllNoCase("<a>\\b\\<A>\\c", "<a>\\", ""));
 }
 
 TEST(ReplaceAllNoCaseTest, FindThatDiffersOnlyInCaseLeavesTheTextUnchanged) {
@@ -21,12 +130,65 @@ TEST(ReplaceAllNoCaseTest, FindThatDiffersOnlyInCaseLeavesTheTextUnchanged) {
 TEST(ReplaceAllNoCaseTest, EmptyFindOrTextChangesNothing) {
     EXPECT_EQ("text", ReplaceAllNoCase("text", "", "x"));
     EXPECT_EQ("", ReplaceAllNoCase("", "x", "y"));
+    EXPECT_EQ("", ReplaceAllNoCase("", "", "y"));
+}
+
+TEST(ReplaceAllNoCaseTest, TextsOfAHundredThousandCharactersAreReplacedWhole) {
+    std::string text;
+    std::string expected;
+    while (text.size() < 100'000) {
+        text += "<Work>\\sub\\";
+        expected += "C:\\w\\sub\\";
+    }
+    EXPECT_EQ(expected, ReplaceAllNoCase(text, "<wORK>\\", "C:\\w\\"));
+    EXPECT_EQ(text, ReplaceAllNoCase(text, "<Home>\\", "C:\\h\\"));
+}
+
+TEST(ReplaceAllNoCaseTest, RandomTextsGiveWhatTheRuleGivesStepByStep) {
+    RandomTexts random(0x5EED01);
+    for (int round = 0; round < 5000; ++round) {
+        const std::string text = random.Text(24, "aAbB<>\\");
+        const std::string find = random.Text(3, "aAbB<>\\");
+        const std::string replacement = random.Text(4, "aAbB<>\\");
+        SCOPED_TRACE(text + " | " + find + " | " + replacement);
+        ASSERT_EQ(ReplacedStepByStep(text, find, replacement),
+                  ReplaceAllNoCase(text, find, replacement));
+    }
+}
+
+TEST(ReplaceAllNoCaseTest, RandomBytesNeverFindWhatWasReplacedByForeignBytes) {
+    RandomTexts random(0x5EED02);
+    for (int round = 0; round < 3000; ++round) {
+        const std::string text = random.Bytes(40);
+        const std::string find = text.empty() ? "a" : text.substr(random.Below(text.size()), 2);
+        const std::string replaced = ReplaceAllNoCase(text, find, "");
+        ASSERT_LE(replaced.size(), text.size());
+        ASSERT_EQ(FindNoCase(text, find) == kNowhere, replaced == text);
+    }
 }
 
 TEST(EnsureTrailingBackslashTest, OnlyANonEmptyTextGetsOne) {
     EXPECT_EQ("", EnsureTrailingBackslash(""));
     EXPECT_EQ("a\\", EnsureTrailingBackslash("a"));
     EXPECT_EQ("a\\", EnsureTrailingBackslash("a\\"));
+    EXPECT_EQ("a\\\\", EnsureTrailingBackslash("a\\\\"));
+    EXPECT_EQ("\\", EnsureTrailingBackslash("\\"));
+    EXPECT_EQ("a/\\", EnsureTrailingBackslash("a/"));
+}
+
+TEST(UpToNulTest, TheTextEndsBeforeItsFirstNul) {
+    EXPECT_EQ("ab", UpToNul(std::string_view("ab\0cd\0", 6)));
+    EXPECT_EQ("", UpToNul(std::string_view("\0ab", 3)));
+    EXPECT_EQ("ab", UpToNul("ab"));
+    EXPECT_EQ("", UpToNul(""));
+}
+
+TEST(TrimTrailingBlanksTest, OnlyWhiteSpaceAtTheEndGoes) {
+    EXPECT_EQ(" a b", TrimTrailingBlanks(" a b \t\r\n\v\f"));
+    EXPECT_EQ("", TrimTrailingBlanks(" \t "));
+    EXPECT_EQ("", TrimTrailingBlanks(""));
+    EXPECT_EQ("a", TrimTrailingBlanks("a"));
+    EXPECT_EQ("a\xA0", TrimTrailingBlanks("a\xA0"));
 }
 
 }  // namespace

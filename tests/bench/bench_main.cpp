@@ -1,0 +1,13 @@
+// Measures the component against the raw system calls that do the same work.
+#include "bench/benches.h"
+
+int main() {
+    CoInitialize(nullptr);
+    {
+        const depot::bench::Api api = depot::bench::CreateApi();
+        depot::bench::MeasureSessions(api.get());
+        depot::bench::MeasureValues(api.get());
+    }
+    CoUninitialize();
+    return 0;
+}

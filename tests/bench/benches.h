@@ -1,0 +1,14 @@
+// The groups of measurements.
+#pragma once
+
+#include "bench/client.h"
+
+namespace depot::bench {
+
+// Opening and closing a session with 0, 20 and 1,000 depots.
+void MeasureSessions(IDepotIntrApi* api);
+
+// Reading and writing profile values, early- and late-bound.
+void MeasureValues(IDepotIntrApi* api);
+
+}  // namespace depot::bench

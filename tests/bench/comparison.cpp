@@ -1,0 +1,56 @@
+#include "bench/comparison.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <vector>
+
+namespace depot::bench {
+namespace {
+
+constexpr int kWarmUps = 3;
+constexpr int kRepetitions = 15;
+
+double MicrosecondsOf(const std::function<void()>& operation) {
+    const auto start = std::chrono::steady_clock::now();
+    operation();
+    const std::chrono::duration<double, std::micro> elapsed =
+        std::chrono::steady_clock::now() - start;
+    return elapsed.count();
+}
+
+struct Summary {
+    double minimum;
+    double median;
+};
+
+Summary Summarise(std::vector<double> times) {
+    std::sort(times.begin(), times.end());
+    return {times.front(), times[times.size() / 2]};
+}
+
+}  // namespace
+
+void PrintHeader(const std::string& title) {
+    std::printf("\n%s\n%-44s %10s %10s %10s %10s %7s %7s %6s\n", title.c_str(), "operation",
+                "raw min", "raw med", "own min", "own med", "min x", "med x", "goal");
+}
+
+void Compare(const std::string& name, double goal, const std::function<void()>& measured,
+             const std::function<void()>& raw) {
+    std::vector<double> rawTimes, ownTimes;
+    for (int repetition = -kWarmUps; repetition < kRepetitions; ++repetition) {
+        const double rawTime = MicrosecondsOf(raw);
+        const double ownTime = MicrosecondsOf(measured);
+        if (repetition < 0) continue;
+        rawTimes.push_back(rawTime);
+        ownTimes.push_back(ownTime);
+    }
+    const Summary rawSummary = Summarise(rawTimes), own = Summarise(ownTimes);
+    std::printf("%-44s %8.0fus %8.0fus %8.0fus %8.0fus %6.2fx %6.2fx %5.2fx\n", name.c_str(),
+                rawSummary.minimum, rawSummary.median, own.minimum, own.median,
+                own.minimum / rawSummary.minimum, own.median / rawSummary.median, goal);
+    std::fflush(stdout);
+}
+
+}  // namespace depot::bench

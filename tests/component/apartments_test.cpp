@@ -1,0 +1,127 @@
+// Several apartments at once, and clients whose calls are marshalled.
+#include <mutex>
+#include <set>
+#include <thread>
+#include <vector>
+
+#include "component/component.h"
+
+namespace depot::test {
+namespace {
+
+class ApartmentsTest : public ComponentTest {
+protected:
+    ApartmentsTest() {
+        DefineDepot("A", "Depot A");
+        folder_.MakeFile("A\\a.kra", "[S]\r\nK=1\r\n");
+    }
+};
+
+// One client with an apartment of its own, which keeps its handles for itself.
+void OpenAndEndSessions(int rounds, std::set<LONG_PTR>& live, std::mutex& lock) {
+    const Apartment apartment;
+    const Com<IDepotIntrApi> api = CreateApi();
+    for (int round = 0; round < rounds; ++round) {
+        LONG_PTR handle = kJunkHandle;
+        EXPECT_EQ(S_OK, api->DPInitialize(&handle));
+        {
+            const std::lock_guard guard(lock);
+            EXPECT_TRUE(live.insert(handle).second) << "one handle was given to two clients";
+        }
+        EXPECT_EQ(S_OK, api->DPLoadFile(&handle, Text("<A>\\a.kra")));
+        ULONG value = 0;
+        EXPECT_EQ(S_OK, api->DPGetProfileInt(handle, Text("S"), Text("K"), 5, &value));
+        EXPECT_EQ(1u, value);
+        {
+            const std::lock_guard guard(lock);
+            live.erase(handle);
+        }
+        EXPECT_EQ(S_OK, api->DPUnInitialize(handle));
+    }
+}
+
+TEST_F(ApartmentsTest, SeveralApartmentsOpenSessionsAtOnce) {
+    std::set<LONG_PTR> live;
+    std::mutex lock;
+    std::vector<std::thread> clients;
+    for (int client = 0; client < 6; ++client) {
+        clients.emplace_back([&] { OpenAndEndSessions(40, live, lock); });
+    }
+    for (std::thread& client : clients) client.join();
+    EXPECT_TRUE(live.empty());
+}
+
+TEST_F(ApartmentsTest, FirstLateBoundCallsOfSeveralApartmentsAgree) {
+    std::vector<std::thread> clients;
+    for (int client = 0; client < 6; ++client) {
+        clients.emplace_back([] {
+            const Apartment apartment;
+            const Com<IDepotIntrApi> api = CreateApi();
+            DISPPARAMS none = {};
+            VARIANT handle = {};
+            EXPECT_EQ(S_OK, api->Invoke(1, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD, &none,
+                                        &handle, nullptr, nullptr));
+            EXPECT_EQ(VT_I4, V_VT(&handle));
+            EXPECT_EQ(S_OK, api->DPUnInitialize(V_I4(&handle)));
+        });
+    }
+    for (std::thread& client : clients) client.join();
+}
+
+// The client lives in the multithreaded apartment, so that every call is marshalled to another
+// thread with 32-bit handles.
+class MarshalledClientTest : public ApartmentsTest {
+protected:
+    template <class Body>
+    static void RunMarshalled(const Body& body) {
+        std::thread client([&] {
+            const Apartment apartment(COINIT_MULTITHREADED);
+            const Com<IDepotIntrApi> api = CreateApi();
+            if (api) body(*api);
+        });
+        client.join();
+    }
+};
+
+TEST_F(MarshalledClientTest, SessionWorksFromBeginningToEnd) {
+    RunMarshalled([](IDepotIntrApi& api) {
+        LONG_PTR handle = 0;
+        ASSERT_EQ(S_OK, api.DPInitialize(&handle));
+        EXPECT_GT(handle, 0);
+        ASSERT_EQ(S_OK, api.DPLoadFile(&handle, Text("<A>\\a.kra")));
+        OutText value;
+        BSTR* const output = value;
+        *output = nullptr;  // the marshaller may read it
+        EXPECT_EQ(S_OK,
+                  api.DPGetProfileString(handle, Text("S"), Text("K"), Text("D"), output, 100));
+        EXPECT_EQ(L"1", value.Value());
+        EXPECT_EQ(S_OK, api.DPUnInitialize(handle));
+        EXPECT_EQ(S_FALSE, api.DPFlushFile(handle));
+    });
+}
+
+TEST_F(MarshalledClientTest, LoadingWithHandleZeroMakesASession) {
+    RunMarshalled([](IDepotIntrApi& api) {
+        for (int count = 0; count < 10; ++count) {
+            LONG_PTR handle = 0;
+            ASSERT_EQ(S_OK, api.DPLoadFile(&handle, Text("<A>\\a.kra")));
+            EXPECT_GT(handle, 0);
+            EXPECT_EQ(S_OK, api.DPFlushFile(handle));
+            EXPECT_EQ(S_OK, api.DPUnInitialize(handle));
+        }
+    });
+}
+
+TEST_F(MarshalledClientTest, EndedHandleIsRefused) {
+    RunMarshalled([](IDepotIntrApi& api) {
+        LONG_PTR handle = 0;
+        ASSERT_EQ(S_OK, api.DPInitialize(&handle));
+        ASSERT_EQ(S_OK, api.DPUnInitialize(handle));
+        EXPECT_EQ(S_FALSE, api.DPSetSelItemPath(handle, Text("x")));
+        LONG_PTR again = handle;
+        EXPECT_EQ(S_FALSE, api.DPLoadFile(&again, Text("<A>\\a.kra")));
+    });
+}
+
+}  // namespace
+}  // namespace depot::test

@@ -1,0 +1,301 @@
+// What each method does with a handle that names no session, and with missing pointers.
+#include <functional>
+#include <limits>
+#include <vector>
+
+#include "component/component.h"
+
+namespace depot::test {
+namespace {
+
+// A method called with a handle and otherwise harmless arguments. It checks its own outputs.
+struct Method {
+    const char* name;
+    std::function<HRESULT(IDepotIntrApi&, LONG_PTR)> call;
+};
+
+// Calls `body` with an output text, which has to be null afterwards.
+template <class Body>
+HRESULT ExpectNullText(const Body& body) {
+    OutText text;
+    const HRESULT result = body(text);
+    EXPECT_TRUE(text.IsNull()) << "the output is not null";
+    return result;
+}
+
+// These methods cannot do anything without a session.
+const Method kSessionMethods[] = {
+    {"DPBrowse",
+     [](IDepotIntrApi& api, LONG_PTR handle) {
+         return ExpectNullText([&](BSTR* text) {
+             return api.DPBrowse(handle, APP_SKEIN, PROMPT_OPEN, VARIANT_FALSE, VARIANT_FALSE, 0, 0,
+                                 text);
+         });
+     }},
+    {"DPGetProfileString",
+     [](IDepotIntrApi& api, LONG_PTR handle) {
+         return ExpectNullText([&](BSTR* text) {
+             return api.DPGetProfileString(handle, Text("S"), Text("K"), Text("D"), text, 100);
+         });
+     }},
+    {"DPGetProfileInt",
+     [](IDepotIntrApi& api, LONG_PTR handle) {
+         ULONG value = 4711;
+         const HRESULT result = api.DPGetProfileInt(handle, Text("S"), Text("K"), 5, &value);
+         EXPECT_EQ(4711u, value) << "the output was changed";
+         return result;
+     }},
+    {"DPSetProfileString",
+     [](IDepotIntrApi& api, LONG_PTR handle) {
+         return api.DPSetProfileString(handle, Text("S"), Text("K"), Text("V"));
+     }},
+    {"DPPublishSkesDepFiles",
+     [](IDepotIntrApi& api, LONG_PTR handle) { return api.DPPublishSkesDepFiles(handle); }},
+    {"DPBrowseMultiSel",
+     [](IDepotIntrApi& api, LONG_PTR handle) {
+         return ExpectNullText([&](BSTR* text) {
+             return api.DPBrowseMultiSel(handle, APP_SKEIN, VARIANT_FALSE, VARIANT_FALSE, 0, 0,
+                                         text, 100);
+         });
+     }},
+    {"DPRenameFile",
+     [](IDepotIntrApi& api, LONG_PTR handle) {
+         return api.DPRenameFile(handle, Text("<A>\\a.kra"), Text("<A>\\b.kra"));
+     }},
+    {"DPDeleteFile", [](IDepotIntrApi& api,
+                        LONG_PTR handle) { return api.DPDeleteFile(handle, Text("<A>\\a.kra")); }},
+    {"DPCopyFileToLocalFS",
+     [](IDepotIntrApi& api, LONG_PTR handle) {
+         return api.DPCopyFileToLocalFS(handle, Text("<A>\\a.kra"), Text("C:\\copy.kra"),
+                                        VARIANT_TRUE);
+     }},
+    {"DPFlushFile", [](IDepotIntrApi& api, LONG_PTR handle) { return api.DPFlushFile(handle); }},
+    {"DPFindNext",
+     [](IDepotIntrApi& api, LONG_PTR handle) {
+         return ExpectNullText([&](BSTR* text) { return api.DPFindNext(handle, 0, text); });
+     }},
+    {"DPIsPathWriteAble",
+     [](IDepotIntrApi& api, LONG_PTR handle) {
+         return api.DPIsPathWriteAble(handle, Text("<A>\\"));
+     }},
+    {"DPSetSelItemPath",
+     [](IDepotIntrApi& api, LONG_PTR handle) {
+         return api.DPSetSelItemPath(handle, Text("<A>\\a.kra"));
+     }},
+    {"DPMakeCopyFromSrcFile",
+     [](IDepotIntrApi& api, LONG_PTR handle) {
+         OutText text;
+         const HRESULT result = api.DPMakeCopyFromSrcFile(handle, Text("<A>\\a.kra"), text);
+         EXPECT_TRUE(text.IsUntouched()) << "the output was changed";
+         return result;
+     }},
+};
+
+// These make a temporary session for handle 0, and nothing for any other handle without a session.
+const Method kTemporaryMethods[] = {
+    {"DPGetDepotDisplayPath",
+     [](IDepotIntrApi& api, LONG_PTR handle) {
+         return ExpectNullText([&](BSTR* text) {
+             return api.DPGetDepotDisplayPath(handle, Text("<A>\\a.kra"), text);
+         });
+     }},
+    {"DPFileExists", [](IDepotIntrApi& api,
+                        LONG_PTR handle) { return api.DPFileExists(handle, Text("<A>\\a.kra")); }},
+    {"DPGetPathFromDisplayName",
+     [](IDepotIntrApi& api, LONG_PTR handle) {
+         return ExpectNullText([&](BSTR* text) {
+             return api.DPGetPathFromDisplayName(handle, Text("<Depot A>\\a.kra"), text);
+         });
+     }},
+    {"DPGetDefaultDPPath",
+     [](IDepotIntrApi& api, LONG_PTR handle) {
+         return ExpectNullText([&](BSTR* text) { return api.DPGetDefaultDPPath(handle, text); });
+     }},
+};
+
+// A depot with one file that every method could find.
+class HandlesTest : public ComponentTest {
+protected:
+    HandlesTest() {
+        DefineDepot("A", "Depot A");
+        file_ = folder_.MakeFile("A\\a.kra", "[S]\r\nK=1\r\n");
+    }
+
+    void ExpectRefused(LONG_PTR handle) {
+        SCOPED_TRACE("handle " + std::to_string(handle));
+        for (const Method& method : kSessionMethods) {
+            SCOPED_TRACE(method.name);
+            EXPECT_EQ(S_FALSE, method.call(*api_, handle));
+        }
+        if (handle == 0) return;
+        for (const Method& method : kTemporaryMethods) {
+            SCOPED_TRACE(method.name);
+            EXPECT_EQ(S_FALSE, method.call(*api_, handle));
+        }
+    }
+
+    void ExpectFileIntact() { EXPECT_EQ("[S]\r\nK=1\r\n", FileBytes(file_)); }
+
+    std::string file_;
+};
+
+TEST_F(HandlesTest, HandleZeroIsRefusedByMethodsThatNeedASession) {
+    ExpectRefused(0);
+    ExpectFileIntact();
+}
+
+TEST_F(HandlesTest, InventedHandlesAreRefused) {
+    const Session live(*api_);
+    for (const LONG_PTR handle :
+         {LONG_PTR{1}, LONG_PTR{-1}, LONG_PTR{0x10000}, LONG_PTR{0x7FFFFFFF}, kJunkHandle, live + 1,
+          live - 1, live + 8, live | (LONG_PTR{1} << 32), std::numeric_limits<LONG_PTR>::min()}) {
+        ExpectRefused(handle);
+        EXPECT_EQ(S_OK, api_->DPUnInitialize(handle));
+    }
+    ExpectFileIntact();
+    EXPECT_EQ(S_OK, api_->DPSetSelItemPath(live, Text("still alive")));
+}
+
+TEST_F(HandlesTest, EndedHandleIsRefusedAndEndsWithoutHarmAgain) {
+    LONG_PTR handle = 0;
+    ASSERT_EQ(S_OK, api_->DPLoadFile(&handle, Text(file_)));
+    ASSERT_EQ(S_OK, api_->DPUnInitialize(handle));
+    ExpectRefused(handle);
+    EXPECT_EQ(S_OK, api_->DPUnInitialize(handle));
+    EXPECT_EQ(S_OK, api_->DPUnInitialize(handle));
+    ExpectFileIntact();
+}
+
+TEST_F(HandlesTest, EndedHandleIsNotGivenToTheNextSession) {
+    LONG_PTR ended = kJunkHandle;
+    ASSERT_EQ(S_OK, api_->DPInitialize(&ended));
+    ASSERT_EQ(S_OK, api_->DPUnInitialize(ended));
+    for (int count = 0; count < 100; ++count) {
+        const Session next(*api_);
+        EXPECT_NE(ended, next);
+    }
+}
+
+TEST_F(HandlesTest, EndingHandleZeroSucceedsAndDoesNothing) {
+    const Session live(*api_);
+    EXPECT_EQ(S_OK, api_->DPUnInitialize(0));
+    EXPECT_EQ(S_OK, api_->DPSetSelItemPath(live, Text("still alive")));
+}
+
+TEST_F(HandlesTest, LoadingWithAHandleThatNamesNoSessionIsRefused) {
+    LONG_PTR ended = kJunkHandle;
+    ASSERT_EQ(S_OK, api_->DPInitialize(&ended));
+    ASSERT_EQ(S_OK, api_->DPUnInitialize(ended));
+    for (const LONG_PTR given : {ended, LONG_PTR{1}, kJunkHandle}) {
+        LONG_PTR handle = given;
+        EXPECT_EQ(S_FALSE, api_->DPLoadFile(&handle, Text(file_)));
+        EXPECT_EQ(0, handle);
+    }
+}
+
+TEST_F(HandlesTest, LoadingTakesAHandleWhoseUpperHalfIsForeign) {
+    Session session(*api_);
+    LONG_PTR handle = session | (LONG_PTR{0x12345678} << 32);
+    EXPECT_EQ(S_OK, api_->DPLoadFile(&handle, Text(file_)));
+    EXPECT_EQ(session, handle);
+    EXPECT_EQ(L"1", Read(session, L"S", L"K"));
+}
+
+TEST_F(HandlesTest, MissingOutputsAreRefused) {
+    Session session(*api_);
+    ASSERT_EQ(S_OK, api_->DPLoadFile(session.Address(), Text(file_)));
+    EXPECT_EQ(S_FALSE, api_->DPInitialize(nullptr));
+    EXPECT_EQ(S_FALSE, api_->DPLoadFile(nullptr, Text(file_)));
+    EXPECT_EQ(S_FALSE,
+              api_->DPGetProfileString(session, Text("S"), Text("K"), Text("D"), nullptr, 100));
+    EXPECT_EQ(S_FALSE, api_->DPGetProfileInt(session, Text("S"), Text("K"), 5, nullptr));
+    EXPECT_EQ(S_FALSE, api_->DPGetDepotDisplayPath(session, Text("<A>\\a.kra"), nullptr));
+    EXPECT_EQ(S_FALSE, api_->DPGetPathFromDisplayName(session, Text("<Depot A>\\a"), nullptr));
+    EXPECT_EQ(S_FALSE, api_->DPGetDefaultDPPath(session, nullptr));
+    EXPECT_EQ(S_FALSE, api_->DPPathConvertDPtoFS(Text("<A>\\a.kra"), nullptr));
+    EXPECT_EQ(S_FALSE, api_->DPBrowse(session, APP_SKEIN, PROMPT_OPEN, 0, 0, 0, 0, nullptr));
+    EXPECT_EQ(S_FALSE, api_->DPBrowseMultiSel(session, APP_SKEIN, 0, 0, 0, 0, nullptr, 0));
+    EXPECT_EQ(S_FALSE, api_->DPFindNext(session, 0, nullptr));
+    EXPECT_EQ(S_FALSE, api_->DPMakeCopyFromSrcFile(session, Text("<A>\\a.kra"), nullptr));
+    LONG_PTR none = 0;
+    EXPECT_EQ(S_FALSE, api_->DPFindInit(nullptr, Text("<A>\\"), Text(""), APP_SKEIN, nullptr));
+    EXPECT_EQ(S_FALSE, api_->DPFindInit(&none, Text("<A>\\"), Text(""), APP_SKEIN, nullptr));
+}
+
+// An input pointer that is null and one to a null BSTR both stand for the empty text.
+class NullInputsTest : public HandlesTest, public testing::WithParamInterface<bool> {
+protected:
+    BSTR* Null() { return GetParam() ? &nothing_ : nullptr; }
+
+    BSTR nothing_ = nullptr;
+};
+
+INSTANTIATE_TEST_SUITE_P(, NullInputsTest, testing::Bool(), [](const auto& parameter) {
+    return parameter.param ? "NullText" : "NullPointer";
+});
+
+TEST_P(NullInputsTest, DefaultCountsAsEmpty) {
+    Session session(*api_);
+    ASSERT_EQ(S_OK, api_->DPLoadFile(session.Address(), Text(file_)));
+    OutText value;
+    EXPECT_EQ(S_OK,
+              api_->DPGetProfileString(session, Text("S"), Text("Absent"), Null(), value, 100));
+    EXPECT_EQ(L"", value.Value());
+    EXPECT_FALSE(value.IsNull());
+}
+
+TEST_P(NullInputsTest, SectionAndKeyNeverListNames) {
+    Session session(*api_);
+    ASSERT_EQ(S_OK, api_->DPLoadFile(session.Address(), Text(file_)));
+    OutText keys;
+    EXPECT_EQ(S_OK, api_->DPGetProfileString(session, Text("S"), Null(), Text("D"), keys, 100));
+    EXPECT_EQ(L"D", keys.Value());
+    OutText sections;
+    EXPECT_EQ(S_OK, api_->DPGetProfileString(session, Null(), Null(), Text("D"), sections, 100));
+    EXPECT_EQ(L"D", sections.Value());
+    ULONG number = 4711;
+    EXPECT_EQ(S_OK, api_->DPGetProfileInt(session, Text("S"), Null(), 7, &number));
+    EXPECT_EQ(7u, number);
+}
+
+TEST_P(NullInputsTest, ValueCountsAsEmptyAndDeletesTheKey) {
+    Session session(*api_);
+    ASSERT_EQ(S_OK, api_->DPLoadFile(session.Address(), Text(file_)));
+    EXPECT_EQ(S_OK, api_->DPSetProfileString(session, Text("S"), Text("K"), Null()));
+    EXPECT_EQ(L"(default)", Read(session, L"S", L"K"));
+}
+
+TEST_P(NullInputsTest, PathsCountAsEmpty) {
+    Session session(*api_);
+    EXPECT_EQ(S_OK, api_->DPLoadFile(session.Address(), Null()));
+    EXPECT_EQ(L"(default)", Read(session, L"S", L"K"));
+    EXPECT_EQ(S_OK, api_->DPSetProfileString(session, Text("S"), Text("K"), Text("lost")));
+    EXPECT_EQ(S_OK, api_->DPSetSelItemPath(session, Null()));
+    EXPECT_EQ(S_FALSE, api_->DPFileExists(session, Null()));
+    OutText path;
+    EXPECT_EQ(S_FALSE, api_->DPGetDepotDisplayPath(session, Null(), path));
+    EXPECT_TRUE(path.IsNull());
+    EXPECT_EQ(S_FALSE, api_->DPGetPathFromDisplayName(session, Null(), path));
+    EXPECT_TRUE(path.IsNull());
+    EXPECT_EQ(S_FALSE, api_->DPPathConvertDPtoFS(Null(), path));
+    EXPECT_TRUE(path.IsNull());
+    ExpectFileIntact();
+}
+
+TEST_P(NullInputsTest, LaterMethodsDoNotCrash) {
+    const Session session(*api_);
+    OutText text;
+    LONG_PTR found = 0;
+    LONG count = 0;
+    EXPECT_EQ(S_FALSE, api_->DPRenameFile(session, Null(), Null()));
+    EXPECT_EQ(S_FALSE, api_->DPDeleteFile(session, Null()));
+    EXPECT_EQ(S_FALSE, api_->DPIsPathWriteAble(session, Null()));
+    EXPECT_EQ(S_FALSE, api_->DPMakeCopyFromSrcFile(session, Null(), text));
+    api_->DPCopyFileToLocalFS(session, Null(), Null(), VARIANT_FALSE);
+    api_->DPFindInit(&found, Null(), Null(), APP_SKEIN, &count);
+    api_->DPUnInitialize(found);
+    ExpectFileIntact();
+}
+
+}  // namespace
+}  // namespace depot::test

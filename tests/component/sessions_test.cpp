@@ -1,0 +1,218 @@
+// Sessions: how they begin and end, and what they leave behind.
+#include <set>
+#include <vector>
+
+#include "component/component.h"
+#include "support/leak_counts.h"
+
+namespace depot::test {
+namespace {
+
+class SessionsTest : public ComponentTest {};
+
+TEST_F(SessionsTest, HandleLiesBelowTwoGigabytes) {
+    std::vector<std::unique_ptr<Session>> sessions;
+    std::set<LONG_PTR> handles;
+    for (int count = 0; count < 1000; ++count) {
+        sessions.push_back(std::make_unique<Session>(*api_));
+        EXPECT_GT(*sessions.back(), 0);
+        EXPECT_LE(*sessions.back(), 0x7FFFFFFF);
+        handles.insert(*sessions.back());
+    }
+    EXPECT_EQ(1000u, handles.size());
+}
+
+TEST_F(SessionsTest, SessionServesEveryObjectOfTheClass) {
+    Session session(*api_);
+    const Com<IDepotIntrApi> other = CreateApi();
+    const std::string file = folder_.MakeFile("a.kra", "[S]\r\nK=1\r\n");
+    ASSERT_EQ(S_OK, other->DPLoadFile(session.Address(), Text(file)));
+    EXPECT_EQ(L"1", Read(session, L"S", L"K"));
+}
+
+TEST_F(SessionsTest, SessionSurvivesTheObjectThatMadeIt) {
+    Com<IDepotIntrApi> other = CreateApi();
+    LONG_PTR handle = kJunkHandle;
+    ASSERT_EQ(S_OK, other->DPInitialize(&handle));
+    other.reset();
+    EXPECT_EQ(S_OK, api_->DPSetSelItemPath(handle, Text("x")));
+    EXPECT_EQ(S_OK, api_->DPUnInitialize(handle));
+}
+
+TEST_F(SessionsTest, SessionsAreIndependent) {
+    Session first(*api_);
+    Session second(*api_);
+    ASSERT_EQ(S_OK,
+              api_->DPLoadFile(first.Address(), Text(folder_.MakeFile("1.kra", "[S]\r\nK=1\r\n"))));
+    ASSERT_EQ(S_OK, api_->DPLoadFile(second.Address(),
+                                     Text(folder_.MakeFile("2.kra", "[S]\r\nK=2\r\n"))));
+    EXPECT_EQ(L"1", Read(first, L"S", L"K"));
+    EXPECT_EQ(L"2", Read(second, L"S", L"K"));
+}
+
+TEST_F(SessionsTest, NewSessionHasNoCurrentFile) {
+    const Session session(*api_);
+    OutText value;
+    EXPECT_EQ(S_FALSE,
+              api_->DPGetProfileString(session, Text("S"), Text("K"), Text("D"), value, 100));
+    EXPECT_TRUE(value.IsNull());
+    ULONG number = 4711;
+    EXPECT_EQ(S_FALSE, api_->DPGetProfileInt(session, Text("S"), Text("K"), 5, &number));
+    EXPECT_EQ(4711u, number);
+    EXPECT_EQ(S_FALSE, api_->DPSetProfileString(session, Text("S"), Text("K"), Text("V")));
+    EXPECT_EQ(S_FALSE, api_->DPFlushFile(session));
+}
+
+TEST_F(SessionsTest, LoadingWithHandleZeroMakesAUsableSession) {
+    const std::string file = folder_.MakeFile("a.kra", "[S]\r\nK=1\r\n");
+    LONG_PTR handle = 0;
+    ASSERT_EQ(S_OK, api_->DPLoadFile(&handle, Text(file)));
+    EXPECT_GT(handle, 0);
+    EXPECT_LE(handle, 0x7FFFFFFF);
+    EXPECT_EQ(L"1", Read(handle, L"S", L"K"));
+    EXPECT_EQ(S_OK, api_->DPUnInitialize(handle));
+}
+
+TEST_F(SessionsTest, LoadingKeepsTheSessionItIsGiven) {
+    Session session(*api_);
+    LONG_PTR handle = session;
+    ASSERT_EQ(S_OK, api_->DPLoadFile(&handle, Text(folder_.At("a.kra"))));
+    EXPECT_EQ(session, handle);
+}
+
+TEST_F(SessionsTest, RunningSessionDoesNotSeeNewDepots) {
+    DefineDepot("Old");
+    const Session session(*api_);
+    DefineDepot("New");
+    OutText path;
+    EXPECT_EQ(S_FALSE, api_->DPGetPathFromDisplayName(session, Text("<New>\\a.kra"), path));
+    EXPECT_TRUE(path.IsNull());
+    const Session next(*api_);
+    EXPECT_EQ(S_OK, api_->DPGetPathFromDisplayName(next, Text("<New>\\a.kra"), path));
+    EXPECT_EQ(L"<New>\\a.kra", path.Value());
+}
+
+TEST_F(SessionsTest, ThousandDepotsAreAllReachable) {
+    for (int number = 0; number < 1000; ++number) {
+        depots_.Text("Depot" + std::to_string(number), "Path1", folder_.Path());
+    }
+    folder_.MakeFile("a.kra", "");
+    const Session session(*api_);
+    EXPECT_EQ(S_OK, api_->DPFileExists(session, Text("<Depot0>\\a.kra")));
+    EXPECT_EQ(S_OK, api_->DPFileExists(session, Text("<Depot999>\\a.kra")));
+}
+
+TEST_F(SessionsTest, UserFolderIsLookedUpForEachSession) {
+    product_.Text("", "UserDir", folder_.MakeFolder("Other\\Place\\User"));
+    const Session session(*api_);
+    OutText path;
+    ASSERT_EQ(S_OK, api_->DPGetDefaultDPPath(session, path));
+    EXPECT_EQ(Wide(folder_.At("Other\\Place\\")), path.Value());
+}
+
+// A second copy of the DLL, in a folder without the directory-service library.
+class NoUserFolderTest : public ComponentTest {
+protected:
+    NoUserFolderTest() : lonely_(library_.CreateApi()) {
+        EXPECT_NE(Library::Own().Module(), library_.Module());
+    }
+
+    const Library library_{CopyComponent(folder_)};
+    const Com<IDepotIntrApi> lonely_;
+};
+
+TEST_F(NoUserFolderTest, InitializingFailsWithHandleZero) {
+    for (int count = 0; count < 3; ++count) {
+        LONG_PTR handle = kJunkHandle;
+        EXPECT_EQ(S_FALSE, lonely_->DPInitialize(&handle));
+        EXPECT_EQ(0, handle);
+    }
+}
+
+TEST_F(NoUserFolderTest, DirectoryServiceIsNotTakenFromTheCurrentFolder) {
+    char before[MAX_PATH] = {};
+    GetCurrentDirectoryA(sizeof(before), before);
+    ASSERT_TRUE(SetCurrentDirectoryA(ProgramFolder().c_str()));
+    LONG_PTR handle = kJunkHandle;
+    EXPECT_EQ(S_FALSE, lonely_->DPInitialize(&handle));
+    EXPECT_EQ(0, handle);
+    SetCurrentDirectoryA(before);
+}
+
+TEST_F(NoUserFolderTest, LoadingStillMakesAUsableSession) {
+    const std::string file = folder_.MakeFile("a.kra", "[S]\r\nK=1\r\n");
+    LONG_PTR handle = 0;
+    ASSERT_EQ(S_OK, lonely_->DPLoadFile(&handle, Text(file)));
+    ULONG value = 0;
+    EXPECT_EQ(S_OK, lonely_->DPGetProfileInt(handle, Text("S"), Text("K"), 5, &value));
+    EXPECT_EQ(1u, value);
+    EXPECT_EQ(S_OK, lonely_->DPUnInitialize(handle));
+}
+
+TEST_F(NoUserFolderTest, ConfiguredDepotsAreStillFound) {
+    DefineDepot("A");
+    folder_.MakeFile("A\\a.kra", "");
+    EXPECT_EQ(S_OK, lonely_->DPFileExists(0, Text("<A>\\a.kra")));
+    OutText path;
+    EXPECT_EQ(S_OK, lonely_->DPGetDefaultDPPath(0, path));
+    EXPECT_EQ(L"<A>\\", path.Value());
+}
+
+// Calls that must leave nothing behind.
+class LeftoversTest : public ComponentTest {
+protected:
+    LeftoversTest() {
+        DefineDepot("A", "Depot A");
+        folder_.MakeFile("A\\a.kra", "[S]\r\nK=1\r\n");
+    }
+};
+
+TEST_F(LeftoversTest, CountingSeesWhatIsLeftBehind) {
+    std::vector<std::unique_ptr<Session>> kept;
+    EXPECT_GE(CountLeftovers([&] { kept.push_back(std::make_unique<Session>(*api_)); }), 50u);
+}
+
+TEST_F(LeftoversTest, TemporarySessionsLeaveNothing) {
+    EXPECT_EQ(
+        0u, CountLeftovers([&] {
+            OutText path;
+            EXPECT_EQ(S_OK, api_->DPFileExists(0, Text("<A>\\a.kra")));
+            EXPECT_EQ(S_FALSE, api_->DPFileExists(0, Text("<B>\\a.kra")));
+            EXPECT_EQ(S_OK, api_->DPGetDepotDisplayPath(0, Text("<A>\\a.kra"), path));
+            EXPECT_EQ(S_FALSE, api_->DPGetDepotDisplayPath(0, Text("<B>\\a.kra"), path));
+            EXPECT_EQ(S_OK, api_->DPGetPathFromDisplayName(0, Text("<Depot A>\\a.kra"), path));
+            EXPECT_EQ(S_FALSE, api_->DPGetPathFromDisplayName(0, Text("<Depot B>\\a.kra"), path));
+            EXPECT_EQ(S_OK, api_->DPGetDefaultDPPath(0, path));
+            EXPECT_EQ(S_OK, api_->DPPathConvertDPtoFS(Text("<A>\\a.kra"), path));
+            EXPECT_EQ(S_FALSE, api_->DPPathConvertDPtoFS(Text(), path));
+        }));
+}
+
+TEST_F(LeftoversTest, EndedSessionsLeaveNothing) {
+    EXPECT_EQ(0u, CountLeftovers([&] {
+                  Session session(*api_);
+                  EXPECT_EQ(S_OK, api_->DPLoadFile(session.Address(), Text("<A>\\a.kra")));
+                  EXPECT_EQ(S_OK, api_->DPLoadFile(session.Address(), Text("<A>\\b.kra")));
+                  EXPECT_EQ(S_OK,
+                            api_->DPSetSelItemPath(session, Text("<A>\\a long enough path.kra")));
+                  EXPECT_EQ(L"(default)", Read(session, L"S", L"K"));
+                  EXPECT_EQ(S_OK, api_->DPFlushFile(session));
+              }));
+}
+
+TEST_F(LeftoversTest, ObjectsAndLateBoundCallsLeaveNothing) {
+    EXPECT_EQ(0u, CountLeftovers([&] {
+                  const Com<IDepotIntrApi> api = CreateApi();
+                  VARIANT argument = {};
+                  V_VT(&argument) = VT_I4;
+                  DISPPARAMS parameters = {&argument, nullptr, 1, 0};
+                  VARIANT result = {};
+                  EXPECT_EQ(S_OK, api->Invoke(20, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD,
+                                              &parameters, &result, nullptr, nullptr));
+                  EXPECT_EQ(VT_BSTR, V_VT(&result));
+                  VariantClear(&result);
+              }));
+}
+
+}  // namespace
+}  // namespace depot::test

@@ -1,0 +1,287 @@
+// The type library that the DLL carries, field by field.
+#include <vector>
+
+#include "component/component.h"
+#include "platform/text.h"
+
+namespace depot::test {
+namespace {
+
+// The methods as the library describes them, in the order of their slots.
+const wchar_t* const kMethods[] = {
+    L"DPInitialize([out,retval] LONG_PTR* plDPIntr)",
+    L"DPBrowse([in] LONG_PTR lDPIntr, [in] APP_TYPE appType, [in] BROWSE_TYPE browseType, "
+    L"[in] VARIANT_BOOL bEdit, [in] VARIANT_BOOL bPerformFileOP, [in] unsigned long nHelpTopicID, "
+    L"[in] LONG_PTR lpParentWnd, [out,retval] BSTR* bstrFilePath)",
+    L"DPUnInitialize([in] LONG_PTR lDPIntr)",
+    L"DPLoadFile([in,out] LONG_PTR* plDPIntr, [in] BSTR* bstrFileToLoad)",
+    L"DPGetProfileString([in] LONG_PTR lDPIntr, [in] BSTR* bstrSectName, [in] BSTR* bstrKeyName, "
+    L"[in] BSTR* bstrDefVal, [out] BSTR* bstrKeyVal, [in] unsigned long nSize)",
+    L"DPGetProfileInt([in] LONG_PTR lDPIntr, [in] BSTR* bstrSectName, [in] BSTR* bstrKeyName, "
+    L"[in] unsigned long nDefVal, [out,retval] unsigned long* pnKeyVal)",
+    L"DPGetDepotDisplayPath([in] LONG_PTR lDPIntr, [in] BSTR* bstrFileName, "
+    L"[out,retval] BSTR* bstrDspName)",
+    L"DPSetProfileString([in] LONG_PTR lDPIntr, [in] BSTR* bstrSectName, [in] BSTR* bstrKeyName, "
+    L"[in] BSTR* bstValue)",
+    L"DPPublishSkesDepFiles([in] LONG_PTR lDPIntr)",
+    L"DPBrowseMultiSel([in] LONG_PTR lDPIntr, [in] APP_TYPE appType, [in] VARIANT_BOOL bEdit, "
+    L"[in] VARIANT_BOOL bPerformFileOP, [in] unsigned long nHelpTopicID, "
+    L"[in] LONG_PTR lpParentWnd, [out] BSTR* bstrFileList, [in] short nSize)",
+    L"DPRenameFile([in] LONG_PTR lDPIntr, [in] BSTR* bstrOldFileName, "
+    L"[in] BSTR* bstrNewFileName)",
+    L"DPDeleteFile([in] LONG_PTR lDPIntr, [in] BSTR* bstrFileName)",
+    L"DPCopyFileToLocalFS([in] LONG_PTR lDPIntr, [in] BSTR* bstrSrcFileName, "
+    L"[in] BSTR* bstrDstFileName, [in] VARIANT_BOOL vbFailIfExists)",
+    L"DPFileExists([in] LONG_PTR lDPIntr, [in] BSTR* bstrFileName)",
+    L"DPFlushFile([in] LONG_PTR lDPIntr)",
+    L"DPPathConvertDPtoFS([in] BSTR* bstrDPFilePath, [out,retval] BSTR* bstrFSFilePath)",
+    L"DPFindInit([in,out] LONG_PTR* plDPIntr, [in] BSTR* bstrFilePath, [in] BSTR* bstrFileExt, "
+    L"[in] APP_TYPE appType, [out,retval] long* nCount)",
+    L"DPFindNext([in] LONG_PTR lDPIntr, [in] long lCount, [out,retval] BSTR* bstrFileName)",
+    L"DPGetPathFromDisplayName([in] LONG_PTR lDPIntr, [in] BSTR* bstrDspName, "
+    L"[out,retval] BSTR* bstrDPPath)",
+    L"DPGetDefaultDPPath([in] LONG_PTR lDPIntr, [out,retval] BSTR* bstrDPPath)",
+    L"DPIsPathWriteAble([in] LONG_PTR lDPIntr, [in] BSTR* bstrFilePath)",
+    L"DPSetSelItemPath([in] LONG_PTR lDPIntr, [in] BSTR* bstrFilePath)",
+    L"DPMakeCopyFromSrcFile([in] LONG_PTR lDPIntr, [in] BSTR* bstrSrcFile, "
+    L"[out,retval] BSTR* bstrDstFile)",
+};
+
+std::wstring TakeText(BSTR text) {
+    const std::wstring taken = text ? std::wstring(text, SysStringLen(text)) : std::wstring();
+    SysFreeString(text);
+    return taken;
+}
+
+std::wstring NameOf(ITypeInfo& type, MEMBERID member = MEMBERID_NIL) {
+    BSTR name = nullptr;
+    EXPECT_EQ(S_OK, type.GetDocumentation(member, &name, nullptr, nullptr, nullptr));
+    return TakeText(name);
+}
+
+std::wstring HelpOf(ITypeInfo& type, MEMBERID member = MEMBERID_NIL) {
+    BSTR help = nullptr;
+    EXPECT_EQ(S_OK, type.GetDocumentation(member, nullptr, &help, nullptr, nullptr));
+    return TakeText(help);
+}
+
+std::wstring ReferencedName(ITypeInfo& type, HREFTYPE reference) {
+    ITypeInfo* found = nullptr;
+    EXPECT_EQ(S_OK, type.GetRefTypeInfo(reference, &found));
+    return NameOf(*Com<ITypeInfo>(found));
+}
+
+std::wstring TypeText(ITypeInfo& type, const TYPEDESC& description) {
+    switch (description.vt) {
+        case VT_PTR:
+            return TypeText(type, *description.lptdesc) + L"*";
+        case VT_USERDEFINED:
+            return ReferencedName(type, description.hreftype);
+        case VT_BSTR:
+            return L"BSTR";
+        case VT_BOOL:
+            return L"VARIANT_BOOL";
+        case VT_I2:
+            return L"short";
+        case VT_I4:
+            return L"long";
+        case VT_UI4:
+            return L"unsigned long";
+        default:
+            return L"type " + std::to_wstring(description.vt);
+    }
+}
+
+std::wstring FlagsText(USHORT flags) {
+    switch (flags) {
+        case PARAMFLAG_FIN:
+            return L"[in] ";
+        case PARAMFLAG_FOUT:
+            return L"[out] ";
+        case PARAMFLAG_FIN | PARAMFLAG_FOUT:
+            return L"[in,out] ";
+        case PARAMFLAG_FOUT | PARAMFLAG_FRETVAL:
+            return L"[out,retval] ";
+        default:
+            return L"[flags " + std::to_wstring(flags) + L"] ";
+    }
+}
+
+std::wstring MethodText(ITypeInfo& type, const FUNCDESC& function) {
+    BSTR names[20] = {};
+    UINT count = 0;
+    EXPECT_EQ(S_OK, type.GetNames(function.memid, names, 20, &count));
+    EXPECT_EQ(static_cast<UINT>(function.cParams) + 1, count);
+    std::wstring text = TakeText(names[0]) + L"(";
+    for (SHORT index = 0; index < function.cParams; ++index) {
+        const ELEMDESC& parameter = function.lprgelemdescParam[index];
+        if (index > 0) text += L", ";
+        text += FlagsText(parameter.paramdesc.wParamFlags) + TypeText(type, parameter.tdesc);
+        text += L" " + TakeText(names[index + 1]);
+    }
+    return text + L")";
+}
+
+class TypeLibraryTest : public testing::Test {
+protected:
+    // Nothing is registered for this: the library is read from the DLL.
+    TypeLibraryTest() {
+        ITypeLib* library = nullptr;
+        EXPECT_EQ(S_OK, LoadTypeLibEx(Wide(ProgramFolder() + "DepotIntr.dll").c_str(), REGKIND_NONE,
+                                      &library));
+        library_.reset(library);
+    }
+
+    Com<ITypeInfo> Find(REFGUID id) const {
+        ITypeInfo* found = nullptr;
+        EXPECT_EQ(S_OK, library_->GetTypeInfoOfGuid(id, &found));
+        return Com<ITypeInfo>(found);
+    }
+
+    Com<ITypeInfo> Find(const wchar_t* name) const {
+        std::wstring text(name);
+        ITypeInfo* found = nullptr;
+        MEMBERID member = 0;
+        USHORT count = 1;
+        EXPECT_EQ(S_OK, library_->FindName(text.data(), 0, &found, &member, &count));
+        EXPECT_EQ(1, count) << "no type of this name";
+        return Com<ITypeInfo>(found);
+    }
+
+    // The half of the dual interface that native clients call.
+    Com<ITypeInfo> Vtable() const {
+        const Com<ITypeInfo> dispatch = Find(IID_IDepotIntrApi);
+        HREFTYPE reference = 0;
+        EXPECT_EQ(S_OK, dispatch->GetRefTypeOfImplType(static_cast<UINT>(-1), &reference));
+        ITypeInfo* vtable = nullptr;
+        EXPECT_EQ(S_OK, dispatch->GetRefTypeInfo(reference, &vtable));
+        return Com<ITypeInfo>(vtable);
+    }
+
+    static TYPEATTR Attributes(ITypeInfo& type) {
+        TYPEATTR* attributes = nullptr;
+        EXPECT_EQ(S_OK, type.GetTypeAttr(&attributes));
+        const TYPEATTR copy = *attributes;
+        type.ReleaseTypeAttr(attributes);
+        return copy;
+    }
+
+    void ExpectEnumeration(const wchar_t* name, std::vector<std::pair<std::wstring, long>> values) {
+        const Com<ITypeInfo> type = Find(name);
+        EXPECT_EQ(TKIND_ENUM, Attributes(*type).typekind);
+        ASSERT_EQ(values.size(), Attributes(*type).cVars);
+        for (UINT index = 0; index < values.size(); ++index) {
+            VARDESC* variable = nullptr;
+            ASSERT_EQ(S_OK, type->GetVarDesc(index, &variable));
+            EXPECT_EQ(values[index].first, NameOf(*type, variable->memid));
+            EXPECT_EQ(values[index].second, V_I4(variable->lpvarValue));
+            type->ReleaseVarDesc(variable);
+        }
+    }
+
+    Com<ITypeLib> library_;
+};
+
+TEST_F(TypeLibraryTest, LibraryHasItsNameVersionAndHelp) {
+    BSTR name = nullptr;
+    BSTR help = nullptr;
+    ASSERT_EQ(S_OK, library_->GetDocumentation(-1, &name, &help, nullptr, nullptr));
+    EXPECT_EQ(L"DepotIntrLib", TakeText(name));
+    EXPECT_EQ(L"DepotIntr 1.0 Type Library", TakeText(help));
+    TLIBATTR* attributes = nullptr;
+    ASSERT_EQ(S_OK, library_->GetLibAttr(&attributes));
+    EXPECT_TRUE(IsEqualGUID(LIBID_DepotIntrLib, attributes->guid));
+    EXPECT_EQ(1, attributes->wMajorVerNum);
+    EXPECT_EQ(0, attributes->wMinorVerNum);
+    EXPECT_EQ(SYS_WIN64, attributes->syskind);
+    library_->ReleaseTLibAttr(attributes);
+    EXPECT_EQ(5u, library_->GetTypeInfoCount());
+}
+
+TEST_F(TypeLibraryTest, HandleIsAnAliasOfLong) {
+    const Com<ITypeInfo> alias = Find(L"LONG_PTR");
+    const TYPEATTR attributes = Attributes(*alias);
+    EXPECT_EQ(TKIND_ALIAS, attributes.typekind);
+    EXPECT_EQ(VT_I4, attributes.tdescAlias.vt);
+}
+
+TEST_F(TypeLibraryTest, EnumerationsHaveTheirValues) {
+    ExpectEnumeration(L"APP_TYPE", {{L"APP_SKEIN", 1}, {L"APP_KICKOFF", 2}});
+    ExpectEnumeration(L"BROWSE_TYPE", {{L"PROMPT_OPEN", 1}, {L"PROMPT_SAVEAS", 2}});
+}
+
+TEST_F(TypeLibraryTest, InterfaceIsDualAutomationAndNonextensible) {
+    const Com<ITypeInfo> dispatch = Find(IID_IDepotIntrApi);
+    EXPECT_EQ(L"IDepotIntrApi", NameOf(*dispatch));
+    EXPECT_EQ(L"IDepotIntrApi Interface", HelpOf(*dispatch));
+    const WORD flags = Attributes(*dispatch).wTypeFlags;
+    EXPECT_NE(0, flags & TYPEFLAG_FDUAL);
+    EXPECT_NE(0, flags & TYPEFLAG_FNONEXTENSIBLE);
+    EXPECT_EQ(TKIND_DISPATCH, Attributes(*dispatch).typekind);
+    const Com<ITypeInfo> vtable = Vtable();
+    EXPECT_NE(0, Attributes(*vtable).wTypeFlags & TYPEFLAG_FOLEAUTOMATION);
+    EXPECT_EQ(TKIND_INTERFACE, Attributes(*vtable).typekind);
+}
+
+TEST_F(TypeLibraryTest, InterfaceDerivesFromIDispatch) {
+    const Com<ITypeInfo> vtable = Vtable();
+    HREFTYPE reference = 0;
+    ASSERT_EQ(S_OK, vtable->GetRefTypeOfImplType(0, &reference));
+    EXPECT_EQ(L"IDispatch", ReferencedName(*vtable, reference));
+}
+
+TEST_F(TypeLibraryTest, MethodsHaveTheirSlotsIdentifiersAndParameters) {
+    const Com<ITypeInfo> vtable = Vtable();
+    ASSERT_EQ(std::size(kMethods), Attributes(*vtable).cFuncs);
+    for (UINT index = 0; index < std::size(kMethods); ++index) {
+        FUNCDESC* function = nullptr;
+        ASSERT_EQ(S_OK, vtable->GetFuncDesc(index, &function));
+        EXPECT_EQ(kMethods[index], MethodText(*vtable, *function));
+        EXPECT_EQ(static_cast<MEMBERID>(index + 1), function->memid);
+        // Three slots of IUnknown and four of IDispatch come first.
+        EXPECT_EQ(static_cast<SHORT>((7 + index) * sizeof(void*)), function->oVft);
+        EXPECT_EQ(VT_HRESULT, function->elemdescFunc.tdesc.vt);
+        EXPECT_EQ(INVOKE_FUNC, function->invkind);
+        EXPECT_EQ(FUNC_PUREVIRTUAL, function->funckind);
+        EXPECT_EQ(CC_STDCALL, function->callconv);
+        EXPECT_EQ(0, function->cParamsOpt);
+        EXPECT_EQ(L"method " + NameOf(*vtable, function->memid), HelpOf(*vtable, function->memid));
+        vtable->ReleaseFuncDesc(function);
+    }
+}
+
+TEST_F(TypeLibraryTest, CoclassOffersTheInterfaceByDefault) {
+    const Com<ITypeInfo> coclass = Find(CLSID_DepotIntrApi);
+    EXPECT_EQ(L"DepotIntrApi", NameOf(*coclass));
+    EXPECT_EQ(L"DepotIntrApi Class", HelpOf(*coclass));
+    EXPECT_NE(0, Attributes(*coclass).wTypeFlags & TYPEFLAG_FCANCREATE);
+    ASSERT_EQ(1, Attributes(*coclass).cImplTypes);
+    INT flags = 0;
+    ASSERT_EQ(S_OK, coclass->GetImplTypeFlags(0, &flags));
+    EXPECT_EQ(IMPLTYPEFLAG_FDEFAULT, flags);
+    HREFTYPE reference = 0;
+    ASSERT_EQ(S_OK, coclass->GetRefTypeOfImplType(0, &reference));
+    EXPECT_EQ(L"IDepotIntrApi", ReferencedName(*coclass, reference));
+}
+
+class GetTypeInfoTest : public ComponentTest {};
+
+TEST_F(GetTypeInfoTest, ObjectDescribesItselfWithTheLibrary) {
+    UINT count = 99;
+    ASSERT_EQ(S_OK, api_->GetTypeInfoCount(&count));
+    EXPECT_EQ(1u, count);
+    ITypeInfo* type = nullptr;
+    ASSERT_EQ(S_OK, api_->GetTypeInfo(0, LOCALE_USER_DEFAULT, &type));
+    EXPECT_EQ(L"IDepotIntrApi", NameOf(*Com<ITypeInfo>(type)));
+}
+
+TEST_F(GetTypeInfoTest, OtherIndexesAndMissingOutputsAreRefused) {
+    ITypeInfo* type = reinterpret_cast<ITypeInfo*>(this);
+    EXPECT_EQ(DISP_E_BADINDEX, api_->GetTypeInfo(1, LOCALE_USER_DEFAULT, &type));
+    EXPECT_EQ(nullptr, type);
+    EXPECT_EQ(E_POINTER, api_->GetTypeInfo(0, LOCALE_USER_DEFAULT, nullptr));
+    EXPECT_EQ(E_POINTER, api_->GetTypeInfoCount(nullptr));
+}
+
+}  // namespace
+}  // namespace depot::test
