@@ -12,7 +12,7 @@ namespace depot {
 
 // No step makes a text longer than this. Macro values may hold macros of later steps, and each step
 // may multiply the text; without a bound a few hostile values fill the memory.
-inline constexpr std::size_t kMaxExpandedBytes = 16 * 1024 * 1024;
+inline constexpr std::size_t kMaxExpandedBytes = std::size_t{16} * 1024 * 1024;
 
 // What a value source has at hand.
 struct MacroContext {
