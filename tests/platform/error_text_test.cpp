@@ -1,0 +1,115 @@
+#include "platform/error_text.h"
+
+#include <gtest/gtest.h>
+
+#include "support/box_watcher.h"
+
+namespace depot {
+namespace {
+
+constexpr DWORD kCodeWithoutText = 0x2000ABCD;
+constexpr char kJunk[] = "junk";
+
+std::string SystemText(DWORD error) {
+    char text[1024] = {};
+    FormatMessageA(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr, error,
+                   0x400, text, sizeof(text), nullptr);
+    return text;
+}
+
+std::string Formatted(DWORD error, const char* lead) {
+    std::string text = kJunk;
+    FormatErrorText(error, lead, nullptr, &text, nullptr);
+    return text;
+}
+
+TEST(ErrorTextTest, NeitherLeadNorCodeIsUnknownError) {
+    EXPECT_EQ("Unknown Error", Formatted(0, nullptr));
+    EXPECT_EQ("Unknown Error", Formatted(0, ""));
+}
+
+TEST(ErrorTextTest, LeadWithoutACodeStandsAlone) {
+    EXPECT_EQ("Cannot %s read", Formatted(0, "Cannot %s read"));
+}
+
+TEST(ErrorTextTest, CodeWithoutALeadGivesTheSystemsText) {
+    ASSERT_NE("", SystemText(ERROR_FILE_NOT_FOUND));
+    EXPECT_EQ(SystemText(ERROR_FILE_NOT_FOUND), Formatted(ERROR_FILE_NOT_FOUND, nullptr));
+    EXPECT_EQ(SystemText(ERROR_FILE_NOT_FOUND), Formatted(ERROR_FILE_NOT_FOUND, ""));
+}
+
+TEST(ErrorTextTest, LeadAndCodeStandOnTwoLines) {
+    EXPECT_EQ("Lead\n" + SystemText(ERROR_FILE_NOT_FOUND), Formatted(ERROR_FILE_NOT_FOUND, "Lead"));
+}
+
+TEST(ErrorTextTest, TextsWithInsertsAreGivenAsTheyStand) {
+    // Many of the system's texts have places for names, such as %1.
+    for (DWORD code = 1; code < 2000; ++code) {
+        ASSERT_EQ(SystemText(code), Formatted(code, nullptr)) << code;
+    }
+}
+
+TEST(ErrorTextTest, CodeWithoutATextGivesTheLeadAlone) {
+    EXPECT_EQ("Lead", Formatted(kCodeWithoutText, "Lead"));
+    EXPECT_EQ("", Formatted(kCodeWithoutText, nullptr));
+}
+
+TEST(ErrorTextTest, MessageIsCutToItsBound) {
+    const std::string fit(kErrorTextBytes - 1, 'x');
+    EXPECT_EQ(fit, Formatted(0, fit.c_str()));
+    EXPECT_EQ(fit, Formatted(0, (fit + "y").c_str()));
+    EXPECT_EQ(fit, Formatted(ERROR_FILE_NOT_FOUND, fit.c_str()));
+    const std::string nearly(kErrorTextBytes - 4, 'x');
+    EXPECT_EQ(nearly + "\n" + SystemText(ERROR_FILE_NOT_FOUND).substr(0, 2),
+              Formatted(ERROR_FILE_NOT_FOUND, nearly.c_str()));
+    EXPECT_EQ(fit, Formatted(0, std::string(100000, 'x').c_str()));
+}
+
+TEST(ErrorTextTest, TextIsReportedWithoutABox) {
+    std::string text = kJunk;
+    const test::BoxContents box = test::WatchBox(
+        "Quillon", [&] { ReportErrorText(ERROR_ACCESS_DENIED, "Lead", nullptr, &text); });
+    EXPECT_FALSE(box.appeared);
+    EXPECT_EQ("Lead\n" + SystemText(ERROR_ACCESS_DENIED), text);
+}
+
+TEST(ErrorBoxTest, MessageIsShownWithTheErrorIconAndOneButton) {
+    const test::BoxContents box =
+        test::WatchBox("Caption", [] { FormatErrorText(0, "Lead", "Caption", nullptr, nullptr); });
+    ASSERT_TRUE(box.appeared);
+    EXPECT_EQ("Lead", box.text);
+    EXPECT_EQ(LoadIconA(nullptr, IDI_ERROR), box.icon);
+    EXPECT_EQ(1, box.buttons);
+    EXPECT_EQ(nullptr, box.owner);
+}
+
+TEST(ErrorBoxTest, CaptionsDifferWhenNoneIsGiven) {
+    EXPECT_TRUE(test::WatchBox("Error", [] {
+                    FormatErrorText(0, "Lead", nullptr, nullptr, nullptr);
+                }).appeared);
+    EXPECT_TRUE(
+        test::WatchBox("Quillon", [] { ReportErrorText(0, "Lead", nullptr, nullptr); }).appeared);
+    EXPECT_TRUE(
+        test::WatchBox("Mine", [] { ReportErrorText(0, "Lead", "Mine", nullptr); }).appeared);
+}
+
+TEST(ErrorBoxTest, BoxBelongsToTheOwnerItIsGiven) {
+    const HWND owner = CreateWindowA("STATIC", "owner", WS_OVERLAPPED, 0, 0, 10, 10, nullptr,
+                                     nullptr, nullptr, nullptr);
+    ASSERT_NE(nullptr, owner);
+    const test::BoxContents box =
+        test::WatchBox("Owned", [&] { FormatErrorText(0, "Lead", "Owned", nullptr, owner); });
+    DestroyWindow(owner);
+    ASSERT_TRUE(box.appeared);
+    EXPECT_EQ(owner, box.owner);
+}
+
+TEST(ErrorBoxTest, EmptyMessageIsShownToo) {
+    const test::BoxContents box =
+        test::WatchBox("Empty", [] { ReportErrorText(kCodeWithoutText, "", "Empty", nullptr); });
+    ASSERT_TRUE(box.appeared);
+    EXPECT_EQ("", box.text);
+}
+
+}  // namespace
+}  // namespace depot

@@ -1,0 +1,93 @@
+#include "platform/macro_cache.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+
+#include "support/leak_counts.h"
+
+namespace depot {
+namespace {
+
+constexpr char kName[] = "DepotTests - Macro cache";
+
+bool BlockExists(const std::string& name) {
+    return UniqueHandle(OpenFileMappingA(FILE_MAP_READ, FALSE, name.c_str())) != nullptr;
+}
+
+bool IsAllZero(const MacroValues& values) {
+    const std::string bytes(reinterpret_cast<const char*>(&values), sizeof(values));
+    return bytes == std::string(sizeof(values), '\0');
+}
+
+std::string Filled(MacroSlot& slot, const std::string& text) {
+    std::memset(slot, 'j', sizeof(slot));
+    FillSlot(slot, text);
+    return std::string(slot, sizeof(slot));
+}
+
+TEST(MacroSlotTest, TextIsCutToTheSlotAndTheRestIsZero) {
+    MacroSlot slot;
+    EXPECT_EQ("ab" + std::string(518, '\0'), Filled(slot, "ab"));
+    EXPECT_EQ(std::string(520, '\0'), Filled(slot, ""));
+    const std::string fit(519, 'x');
+    EXPECT_EQ(fit + '\0', Filled(slot, fit));
+    EXPECT_EQ(fit, SlotText(slot));
+    EXPECT_EQ(fit + '\0', Filled(slot, fit + "y"));
+    EXPECT_EQ(fit + '\0', Filled(slot, std::string(100000, 'x')));
+}
+
+TEST(MacroSlotTest, TextWithoutNulEndsWithTheSlot) {
+    MacroSlot slot;
+    std::memset(slot, 'j', sizeof(slot));
+    EXPECT_EQ(std::string(520, 'j'), SlotText(slot));
+    slot[2] = '\0';
+    EXPECT_EQ("jj", SlotText(slot));
+}
+
+TEST(MacroCacheHolderTest, PrivateHolderNeverCreatesABlock) {
+    const std::size_t handles = test::CountOpenHandles();
+    const MacroCacheHolder holder(0, kName);
+    ASSERT_NE(nullptr, holder.Data());
+    EXPECT_TRUE(IsAllZero(*holder.Data()));
+    EXPECT_EQ(handles, test::CountOpenHandles());
+    EXPECT_FALSE(BlockExists(kName));
+}
+
+TEST(MacroCacheHolderTest, SharedHoldersOfOneNameSeeOneAnother) {
+    const MacroCacheHolder first(1, kName);
+    EXPECT_TRUE(IsAllZero(*first.Data()));
+    FillSlot(first.Data()->transferUserName, "upload");
+    const MacroCacheHolder second(2, kName);
+    EXPECT_STREQ("upload", second.Data()->transferUserName);
+    EXPECT_NE(first.Data(), second.Data());
+}
+
+TEST(MacroCacheHolderTest, SharedHolderWithoutANameUsesTheProcesssGenericBlock) {
+    const std::string name = ProcessBlockName("Quillon - Generic - Replacers - ");
+    EXPECT_FALSE(BlockExists(name));
+    {
+        const MacroCacheHolder holder(1, "");
+        EXPECT_TRUE(BlockExists(name));
+    }
+    EXPECT_FALSE(BlockExists(name));
+}
+
+TEST(MacroCacheHolderTest, HolderWithoutABlockKeepsItsOwnValues) {
+    const MacroCacheHolder first(1, "with\\backslash");
+    const MacroCacheHolder second(1, "with\\backslash");
+    ASSERT_NE(nullptr, first.Data());
+    EXPECT_TRUE(IsAllZero(*first.Data()));
+    FillSlot(first.Data()->userFolder, "mine");
+    EXPECT_STREQ("", second.Data()->userFolder);
+}
+
+TEST(MacroCacheHolderTest, BlockIsClosedWithItsHolder) {
+    const std::size_t handles = test::CountOpenHandles();
+    { const MacroCacheHolder holder(1, kName); }
+    EXPECT_EQ(handles, test::CountOpenHandles());
+    EXPECT_FALSE(BlockExists(kName));
+}
+
+}  // namespace
+}  // namespace depot
