@@ -32,14 +32,17 @@ constexpr ExpectedLanguage kExpected[] = {
     {"pt", LANG_PORTUGUESE, "prt"}, {"pl", LANG_POLISH, "eng"},
 };
 
-// The row of the locale that this run was started under; English when it was not told.
+// The row of the locale that this run was started under; that of the user's own language when it
+// was not told.
 ExpectedLanguage Expected() {
-    char locale[64] = "en";
-    GetEnvironmentVariableA("DEPOTINTR_LOCALE", locale, sizeof(locale));
+    char text[64] = {};
+    const std::string locale(text, GetEnvironmentVariableA("DEPOTINTR_LOCALE", text, sizeof(text)));
+    const WORD own = PRIMARYLANGID(GetUserDefaultUILanguage());
     for (const ExpectedLanguage& row : kExpected) {
-        if (std::string(locale).starts_with(row.locale)) return row;
+        if (locale.empty() ? row.primaryLanguage == own : locale.starts_with(row.locale))
+            return row;
     }
-    ADD_FAILURE() << "no row for " << locale;
+    ADD_FAILURE() << "no row for the language of this run";
     return kExpected[0];
 }
 
