@@ -1,16 +1,33 @@
 #include "host/app.h"
 
+#include "host/language_settings.h"
+#include "host/resource_library.h"
+#include "manager/standard_folders.h"
+#include "model/localization.h"
 #include "platform/ansi_case.h"
 
 namespace depot {
 
 BOOL CDepotIntrApp::InitInstance() {
     InstallAnsiCaseTable();
+    InstallLocalization({CurrentLanguageCode, ResourceText});
+    // Kept: the library stays usable without its texts.
+    // Relied on by: installations whose resource files were removed or damaged.
+    static_cast<void>(LoadResources());
     return CWinApp::InitInstance();
 }
 
 int CDepotIntrApp::ExitInstance() {
+    SetResourceLibrary(nullptr);
+    resources_.reset();
     return CWinApp::ExitInstance();
+}
+
+bool CDepotIntrApp::LoadResources() {
+    StandardFolders folders;
+    resources_ = LoadResourceLibraryOrTell(folders.ResourceFolder());
+    SetResourceLibrary(resources_.get());
+    return resources_ != nullptr;
 }
 
 }  // namespace depot

@@ -1,0 +1,39 @@
+// The numbers of the texts in the localized resource libraries. Read by the resource compiler too.
+//
+// A "%s" stands for what the comment says, in that order; each language keeps the same ones.
+#pragma once
+
+// Names of copies of files.
+#define IDS_COPY_PREFIX_NAME 500  // %s: nothing; %s: the whole name. Text before the first %s is kept
+#define IDS_COPY_DASH_NAME 501    // %s: the name without its extension; %s: the extension
+
+// The prompt for a user name and a password.
+#define IDS_CREDENTIALS_TITLE 520
+#define IDS_CREDENTIALS_SERVER 521
+#define IDS_CREDENTIALS_USER 522
+#define IDS_CREDENTIALS_PASSWORD 523
+#define IDS_OK 524
+#define IDS_CANCEL 525
+
+// The dialog in which a file is chosen.
+#define IDS_BROWSE_OPEN 540
+#define IDS_BROWSE_SAVE_AS 541
+#define IDS_BROWSE_SAVE 542
+#define IDS_BROWSE_HELP 543
+#define IDS_BROWSE_FILE_NAME 544
+#define IDS_BROWSE_FILE_TYPE 545
+#define IDS_BROWSE_ALL_FILES 546
+#define IDS_BROWSE_COLUMN_NAME 547
+#define IDS_BROWSE_COLUMN_TYPE 548
+#define IDS_BROWSE_COLUMN_SIZE 549
+#define IDS_BROWSE_COLUMN_DATE 550
+#define IDS_BROWSE_RENAME 551
+#define IDS_BROWSE_DELETE 552
+#define IDS_BROWSE_MAKE_COPY 553
+#define IDS_BROWSE_NEW_FOLDER 554
+#define IDS_BROWSE_STOP 555
+#define IDS_BROWSE_CONFIRM_DELETE 556     // %s: the name of the file or folder
+#define IDS_BROWSE_CONFIRM_OVERWRITE 557  // %s: the name of the file
+#define IDS_BROWSE_NOT_WRITABLE 558       // %s: the place that was chosen
+#define IDS_BROWSE_LOADING 559
+#define IDS_BROWSE_FOLDER 560

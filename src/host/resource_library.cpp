@@ -1,0 +1,90 @@
+#include "host/resource_library.h"
+
+#include <atomic>
+#include <string_view>
+
+#include "host/language_settings.h"
+#include "platform/paths.h"
+
+namespace depot {
+namespace {
+
+std::atomic<HMODULE> resourceLibrary{nullptr};
+
+// Keeps the system from reporting a damaged library in a box of its own.
+class QuietLoadScope {
+public:
+    QuietLoadScope() { SetThreadErrorMode(SEM_FAILCRITICALERRORS, &previous_); }
+    ~QuietLoadScope() { SetThreadErrorMode(previous_, nullptr); }
+    QuietLoadScope(const QuietLoadScope&) = delete;
+    QuietLoadScope& operator=(const QuietLoadScope&) = delete;
+
+private:
+    DWORD previous_ = 0;
+};
+
+// Whole characters are converted here: in a double-byte code page the second byte of a character
+// may look like a capital letter.
+std::string LowerCasePath(std::string path) {
+    CharLowerBuffA(path.data(), static_cast<DWORD>(path.size()));
+    return path;
+}
+
+UniqueModule LoadVariant(const std::string& plainPath) {
+    const std::string language = CurrentDottedLanguage();
+    if (language.empty()) return nullptr;
+    const auto path = LanguageLibraryPath(LowerCasePath(plainPath), language);
+    return UniqueModule(path ? LoadLibraryA(path->c_str()) : nullptr);
+}
+
+// Returns nothing for a text that the ANSI code page cannot hold as it stands.
+std::optional<std::string> AnsiFromWide(std::wstring_view text) {
+    const int length = static_cast<int>(text.size());
+    BOOL replaced = FALSE;
+    const int bytes = WideCharToMultiByte(CP_ACP, WC_NO_BEST_FIT_CHARS, text.data(), length,
+                                          nullptr, 0, nullptr, &replaced);
+    if (bytes == 0 || replaced) return std::nullopt;
+    std::string narrow(static_cast<std::size_t>(bytes), '\0');
+    WideCharToMultiByte(CP_ACP, WC_NO_BEST_FIT_CHARS, text.data(), length, narrow.data(), bytes,
+                        nullptr, nullptr);
+    return narrow;
+}
+
+}  // namespace
+
+UniqueModule LoadResourceLibrary(const std::string& plainPath) {
+    if (!IsFileSystemPath(plainPath)) return nullptr;
+    const QuietLoadScope quiet;
+    UniqueModule library = LoadVariant(plainPath);
+    if (!library) library.reset(LoadLibraryA(plainPath.c_str()));
+    return library;
+}
+
+UniqueModule LoadResourceLibraryOrTell(const std::string& folder) {
+    UniqueModule library = LoadResourceLibrary(folder + kResourceLibraryName);
+    if (!library) {
+        MessageBoxA(nullptr, "Unable to load resource", "DepotIntr",
+                    MB_ICONHAND | MB_SYSTEMMODAL | MB_SETFOREGROUND);
+    }
+    return library;
+}
+
+void SetResourceLibrary(HMODULE library) {
+    resourceLibrary = library;
+}
+
+HMODULE ResourceLibrary() {
+    return resourceLibrary;
+}
+
+std::optional<std::string> ResourceText(unsigned id) {
+    const HMODULE library = resourceLibrary;
+    if (library == nullptr) return std::nullopt;
+    const wchar_t* text = nullptr;
+    // With no room for a copy the call gives the place of the text in the library and its length.
+    const int length = LoadStringW(library, id, reinterpret_cast<wchar_t*>(&text), 0);
+    if (length <= 0) return std::nullopt;
+    return AnsiFromWide({text, static_cast<std::size_t>(length)});
+}
+
+}  // namespace depot

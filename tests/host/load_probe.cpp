@@ -1,0 +1,41 @@
+// load_probe DLL REPORT: loads the component into a process of its own, as any client does, and
+// writes what could be seen from outside into a file, one line each:
+//
+//   loaded <name>       a resource library that is in the process afterwards
+//   kept <name>         a resource library that is still there when the component is gone
+//   box <text>          a message box that came up meanwhile
+#include <fstream>
+#include <string>
+
+#include "host/box_watcher.h"
+#include "platform/win32.h"
+
+namespace {
+
+constexpr const char* kLibraries[] = {
+    "depotintr.nls",     "depotintr.eng.nls", "depotintr.fra.nls", "depotintr.deu.nls",
+    "depotintr.esp.nls", "depotintr.ita.nls", "depotintr.jpn.nls", "depotintr.prt.nls",
+};
+
+void ReportLibraries(std::ofstream& report, const char* label) {
+    for (const char* name : kLibraries) {
+        if (GetModuleHandleA(name) != nullptr) report << label << ' ' << name << '\n';
+    }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    if (argc != 3) return 2;
+    std::ofstream report(argv[2], std::ios::binary);
+    depot::test::BoxWatcher watcher("DepotIntr");
+    const HMODULE component = LoadLibraryA(argv[1]);
+    if (component == nullptr) return 3;
+    ReportLibraries(report, "loaded");
+    FreeLibrary(component);
+    ReportLibraries(report, "kept");
+    // The process ends with the component loaded, as most clients do.
+    if (LoadLibraryA(argv[1]) == nullptr) return 4;
+    if (const auto box = watcher.Finish()) report << "box " << box->text << '\n';
+    return 0;
+}
