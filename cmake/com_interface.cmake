@@ -41,7 +41,7 @@ function(com_interface library server prefix)
     configure_file(${sources}/class.rgs.in ${generated}/class.rgs @ONLY)
 
     add_library(${library} STATIC ${generated}/${server}_i.c ${generated}/include/${server}.h)
-    target_include_directories(${library} PUBLIC ${generated}/include)
+    target_include_directories(${library} SYSTEM PUBLIC ${generated}/include)
 endfunction()
 
 # com_server(SERVER LIBRARY...)
