@@ -1,12 +1,12 @@
 # The tasks of this project; `make` alone lists them.
 
 .DEFAULT_GOAL := help
-.PHONY: help build demo test bench lint coverage dist clean native format
+.PHONY: help build demo test bench lint coverage screenshots dist clean native format
 
 RELEASE := build/release
 
 help: ## List the tasks
-	@awk -F ':.*## ' '/^[a-z]+:.*## / {printf "  make %-10s %s\n", $$1, $$2}' $(MAKEFILE_LIST)
+	@awk -F ':.*## ' '/^[a-z]+:.*## / {printf "  make %-11s %s\n", $$1, $$2}' $(MAKEFILE_LIST)
 
 build: ## Build the DLL, its companions and the tests for Windows x64
 	@tools/setup
@@ -43,6 +43,11 @@ coverage: ## Measure the line coverage of all tests
 	@tools/setup coverage
 	@tools/build coverage
 	@tools/coverage
+
+screenshots: ## Take the pictures of the dialogs for the documents
+	@tools/setup screenshots
+	@tools/build release
+	@tools/screenshots
 
 dist: ## Leave in dist/ what a user installs
 	@tools/setup

@@ -19,19 +19,6 @@ NoDestructor<CDepotIntrModule>& ModuleHolder() {
     return module;
 }
 
-// Switches the thread to the system's default locale, in which registry content is written, and
-// back on every way out.
-class SystemLocaleScope {
-public:
-    SystemLocaleScope() : previous_(GetThreadLocale()) { SetThreadLocale(LOCALE_SYSTEM_DEFAULT); }
-    ~SystemLocaleScope() { SetThreadLocale(previous_); }
-    SystemLocaleScope(const SystemLocaleScope&) = delete;
-    SystemLocaleScope& operator=(const SystemLocaleScope&) = delete;
-
-private:
-    LCID previous_;
-};
-
 BOOL Attach() {
     ModuleHolder();
     return App().InitInstance();
@@ -44,11 +31,6 @@ void Detach() {
 }
 
 }  // namespace
-
-CDepotIntrModule& Module() {
-    return *ModuleHolder();
-}
-
 }  // namespace depot
 
 DEPOT_ENTRY_POINT BOOL WINAPI DllMain(HINSTANCE, DWORD reason, void* processEnds) {
@@ -72,14 +54,10 @@ DEPOT_ENTRY_POINT HRESULT WINAPI DllGetClassObject(REFCLSID classId, REFIID inte
 
 DEPOT_ENTRY_POINT HRESULT WINAPI DllRegisterServer() {
     const depot::ModuleStateScope scope;
-    const depot::SystemLocaleScope locale;
-    const HRESULT result = depot::Module().UpdateAppIdRegistry(true);
-    return FAILED(result) ? result : depot::Module().RegisterServer();
+    return depot::Module().RegisterServer();
 }
 
 DEPOT_ENTRY_POINT HRESULT WINAPI DllUnregisterServer() {
     const depot::ModuleStateScope scope;
-    const depot::SystemLocaleScope locale;
-    const HRESULT result = depot::Module().UnregisterServer();
-    return FAILED(result) ? result : depot::Module().UpdateAppIdRegistry(false);
+    return depot::Module().UnregisterServer();
 }

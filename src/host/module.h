@@ -1,84 +1,15 @@
-// The module object: what the DLL offers, what keeps it loaded, and how it is registered.
+// The module object of this DLL.
 #pragma once
 
-#include <atomic>
-#include <memory>
-#include <mutex>
-#include <span>
-#include <vector>
-
-#include "platform/win32.h"
-// After the Windows headers.
-#include <objidl.h>
+#include "host/com_module.h"
 
 namespace depot {
 
-class CComObjectCached;
-class CRegistrar;
-
-// One creatable class.
-struct ObjectMapEntry {
-    const CLSID& classId;
-    WORD registryScript;  // the resource that registers the class
-    HRESULT (*create)(REFIID interfaceId, void** object);
-    HRESULT (*createAggregate)(IUnknown* outer, void** object);
-    void (*terminate)();  // run when the module goes; may be null
-};
-
-// The module of this DLL. There is one, made when the DLL is loaded.
-class CDepotIntrModule {
+// Offers the class of the automation interface, under the component's own identifiers.
+class CDepotIntrModule final : public CComModule {
 public:
     CDepotIntrModule();
-    CDepotIntrModule(const CDepotIntrModule&) = delete;
-    CDepotIntrModule& operator=(const CDepotIntrModule&) = delete;
-
-    // Runs the termination routines of the object map and those that were registered, and lets go
-    // of the Global Interface Table.
-    virtual ~CDepotIntrModule();
-
-    // Count what keeps the DLL loaded; each returns the new count.
-    virtual LONG Lock() noexcept;
-    virtual LONG Unlock() noexcept;
-    virtual LONG GetLockCount() const noexcept;
-
-    // Hands out the process's Global Interface Table with an added reference; E_POINTER for a null
-    // output.
-    virtual HRESULT GetGITPtr(IGlobalInterfaceTable** table) noexcept;
-
-    // Gives the registrar the replacement APPID, the application identifier in braces.
-    virtual HRESULT AddCommonRGSReplacements(CRegistrar& registrar) noexcept;
-
-    // Has `terminate` run when the module goes.
-    void AddTermination(void (*terminate)());
-
-    // Returns the factory of a class; CLASS_E_CLASSNOTAVAILABLE for any other identifier.
-    HRESULT GetClassObject(REFCLSID classId, REFIID interfaceId, void** object) noexcept;
-
-    // Write the registry content of the module and remove it again. Each returns the first failure.
-    HRESULT UpdateAppIdRegistry(bool registering) noexcept;
-    HRESULT RegisterServer() noexcept;
-    HRESULT UnregisterServer() noexcept;
-
-    static constexpr WORD kAppIdScript = 100;
-
-private:
-    struct MappedClass {
-        const ObjectMapEntry* entry;
-        std::unique_ptr<CComObjectCached> factory;
-    };
-
-    HRESULT UpdateRegistryFromResource(WORD script, bool registering) noexcept;
-    HRESULT UpdateClasses(bool registering) noexcept;
-
-    std::atomic<LONG> lockCount_{0};
-    std::mutex lock_;
-    IGlobalInterfaceTable* interfaceTable_ = nullptr;
-    std::vector<MappedClass> classes_;
-    std::vector<void (*)()> terminations_;
 };
-
-// The module of this DLL. REQUIRES: the DLL has been attached to its process.
-CDepotIntrModule& Module();
 
 // The classes that the DLL offers.
 std::span<const ObjectMapEntry> ObjectMap();

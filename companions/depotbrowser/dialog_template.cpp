@@ -1,0 +1,86 @@
+#include "depotbrowser/dialog_template.h"
+
+#include <cstdlib>
+#include <memory>
+#include <type_traits>
+
+namespace depot {
+namespace {
+
+// Positions in an extended template, in words.
+constexpr std::size_t kStyle = 6;
+constexpr std::size_t kMenuName = 13;
+constexpr std::size_t kFontHeaderWords = 3;
+
+constexpr WORD kOrdinalFollows = 0xFFFF;
+
+std::size_t AfterText(std::span<const WORD> words, std::size_t position) {
+    while (words[position] != 0) ++position;
+    return position + 1;
+}
+
+// Returns the position after a name, which is a text or a number.
+std::size_t AfterName(std::span<const WORD> words, std::size_t position) {
+    return words[position] == kOrdinalFollows ? position + 2 : AfterText(words, position);
+}
+
+std::size_t FontPosition(std::span<const WORD> words) {
+    const std::size_t className = AfterName(words, kMenuName);
+    return AfterText(words, AfterName(words, className));
+}
+
+// Controls start at a multiple of four bytes.
+std::size_t Aligned(std::size_t position) {
+    return position + position % 2;
+}
+
+struct ScreenReleaser {
+    void operator()(HDC screen) const { ReleaseDC(nullptr, screen); }
+};
+using UniqueScreen = std::unique_ptr<std::remove_pointer_t<HDC>, ScreenReleaser>;
+
+int PixelsPerInch() {
+    const UniqueScreen screen(GetDC(nullptr));
+    return GetDeviceCaps(screen.get(), LOGPIXELSY);
+}
+
+}  // namespace
+
+DialogFont SystemMessageFont() {
+    NONCLIENTMETRICSW metrics = {};
+    metrics.cbSize = sizeof(metrics);
+    if (!SystemParametersInfoW(SPI_GETNONCLIENTMETRICS, sizeof(metrics), &metrics, 0)) return {};
+    const LOGFONTW& font = metrics.lfMessageFont;
+    constexpr int kPointsPerInch = 72;
+    const int points =
+        MulDiv(std::abs(static_cast<int>(font.lfHeight)), kPointsPerInch, PixelsPerInch());
+    return {static_cast<WORD>(points), static_cast<WORD>(font.lfWeight), font.lfItalic,
+            font.lfCharSet, font.lfFaceName};
+}
+
+DialogTemplate WithFont(std::span<const WORD> original, const DialogFont& font) {
+    DialogTemplate result(original.begin(), original.end());
+    if ((original[kStyle] & DS_SETFONT) == 0 || font.face.empty()) return result;
+    const std::size_t fontPosition = FontPosition(original);
+    result.resize(fontPosition);
+    const auto style = static_cast<WORD>(font.charSet << 8 | font.italic);
+    result.insert(result.end(), {font.points, font.weight, style});
+    result.insert(result.end(), font.face.begin(), font.face.end());
+    result.push_back(0);
+    result.resize(Aligned(result.size()));
+    const std::size_t controls = Aligned(AfterText(original, fontPosition + kFontHeaderWords));
+    const std::span<const WORD> rest = original.subspan(controls);
+    result.insert(result.end(), rest.begin(), rest.end());
+    return result;
+}
+
+DialogTemplate LoadDialogTemplate(HMODULE module, WORD dialog) {
+    const HRSRC found =
+        FindResourceW(module, MAKEINTRESOURCEW(dialog), reinterpret_cast<LPCWSTR>(RT_DIALOG));
+    const HGLOBAL loaded = found != nullptr ? LoadResource(module, found) : nullptr;
+    if (loaded == nullptr) return {};
+    const auto* const words = static_cast<const WORD*>(LockResource(loaded));
+    return WithFont({words, SizeofResource(module, found) / sizeof(WORD)}, SystemMessageFont());
+}
+
+}  // namespace depot

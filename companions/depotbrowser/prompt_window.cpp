@@ -1,0 +1,94 @@
+#include "depotbrowser/prompt_window.h"
+
+#include "depotbrowser/dialog_template.h"
+#include "depotbrowser/prompt_ids.h"
+#include "depotbrowser/prompt_text.h"
+#include "platform/module_state.h"
+
+namespace depot {
+namespace {
+
+struct LabelledControl {
+    int control;
+    UINT text;
+};
+
+constexpr LabelledControl kLabels[] = {
+    {CONTROL_INSTRUCTION, TEXT_INSTRUCTION},
+    {CONTROL_SERVER_LABEL, TEXT_SERVER},
+    {CONTROL_USER_LABEL, TEXT_USER},
+    {CONTROL_PASSWORD_LABEL, TEXT_PASSWORD},
+    {IDOK, TEXT_OK},
+    {IDCANCEL, TEXT_CANCEL},
+};
+
+std::wstring FieldText(HWND window, int control) {
+    const HWND field = GetDlgItem(window, control);
+    std::wstring text(static_cast<std::size_t>(GetWindowTextLengthW(field)) + 1, L'\0');
+    const int length = GetWindowTextW(field, text.data(), static_cast<int>(text.size()));
+    text.resize(static_cast<std::size_t>(length));
+    return text;
+}
+
+void FillField(HWND window, int control, const std::wstring& text) {
+    SendDlgItemMessageW(window, control, EM_LIMITTEXT, kPromptFieldLimit, 0);
+    SetDlgItemTextW(window, control, text.c_str());
+}
+
+// The first empty field; with both filled the password, which is more often the wrong one.
+int FieldToStartIn(const PromptFields& fields) {
+    return fields.userName.empty() ? CONTROL_USER : CONTROL_PASSWORD;
+}
+
+void Fill(HWND window, const PromptFields& fields) {
+    SetWindowTextW(window, PromptText(TEXT_TITLE).c_str());
+    for (const LabelledControl& label : kLabels) {
+        SetDlgItemTextW(window, label.control, PromptText(label.text).c_str());
+    }
+    SetDlgItemTextW(window, CONTROL_SERVER, fields.serverName.c_str());
+    FillField(window, CONTROL_USER, fields.userName);
+    FillField(window, CONTROL_PASSWORD, fields.password);
+    // Moving to a field this way selects its text and keeps the default button as it is.
+    const HWND start = GetDlgItem(window, FieldToStartIn(fields));
+    SendMessageW(window, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(start), TRUE);
+}
+
+void Confirm(HWND window, PromptFields& fields) {
+    std::wstring userName = FieldText(window, CONTROL_USER);
+    fields.password = FieldText(window, CONTROL_PASSWORD);
+    fields.userName = std::move(userName);
+    EndDialog(window, IDOK);
+}
+
+// No exception may cross the system's own frames.
+INT_PTR CALLBACK HandleMessage(HWND window, UINT message, WPARAM first, LPARAM second) noexcept
+    try {
+    if (message == WM_INITDIALOG) {
+        SetWindowLongPtrW(window, DWLP_USER, second);
+        Fill(window, *reinterpret_cast<const PromptFields*>(second));
+        return FALSE;  // the focus is set
+    }
+    if (message != WM_COMMAND) return FALSE;
+    auto* const fields = reinterpret_cast<PromptFields*>(GetWindowLongPtrW(window, DWLP_USER));
+    if (LOWORD(first) == IDOK) Confirm(window, *fields);
+    if (LOWORD(first) == IDCANCEL) EndDialog(window, IDCANCEL);
+    return LOWORD(first) == IDOK || LOWORD(first) == IDCANCEL;
+} catch (...) {
+    EndDialog(window, -1);
+    return TRUE;
+}
+
+}  // namespace
+
+PromptOutcome ShowPromptWindow(HWND owner, PromptFields& fields) {
+    const DialogTemplate dialog = LoadDialogTemplate(OwnModule(), DIALOG_PROMPT);
+    if (dialog.empty()) return PromptOutcome::kNotShown;
+    const INT_PTR result =
+        DialogBoxIndirectParamW(OwnModule(), reinterpret_cast<const DLGTEMPLATE*>(dialog.data()),
+                                owner, HandleMessage, reinterpret_cast<LPARAM>(&fields));
+    if (result == IDOK) return PromptOutcome::kConfirmed;
+    // Zero: the window went with its owner.
+    return result == -1 ? PromptOutcome::kNotShown : PromptOutcome::kCancelled;
+}
+
+}  // namespace depot

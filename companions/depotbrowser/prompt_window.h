@@ -1,0 +1,26 @@
+// The window in which the user types the credentials for a server.
+#pragma once
+
+#include <string>
+
+#include "platform/win32.h"
+
+namespace depot {
+
+struct PromptFields {
+    std::wstring serverName;
+    std::wstring userName;
+    std::wstring password;
+};
+
+enum class PromptOutcome { kConfirmed, kCancelled, kNotShown };
+
+// The characters that can be typed into one field: as many as are kept of a user name or password
+// for the next prompt.
+inline constexpr int kPromptFieldLimit = 259;
+
+// Shows the fields modally and waits for the user. The owner, if any, is disabled meanwhile; it may
+// go away while the window is open, which cancels. `fields` change only when the user confirms.
+PromptOutcome ShowPromptWindow(HWND owner, PromptFields& fields);
+
+}  // namespace depot

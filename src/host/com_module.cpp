@@ -1,0 +1,147 @@
+#include "host/com_module.h"
+
+#include <string>
+
+#include "host/class_factory.h"
+#include "host/registrar.h"
+#include "platform/module_state.h"
+#include "platform/wide_text.h"
+
+namespace depot {
+namespace {
+
+CComModule* theModule = nullptr;
+
+// Switches the thread to the system's default locale, in which registry content is written, and
+// back on every way out.
+class SystemLocaleScope {
+public:
+    SystemLocaleScope() : previous_(GetThreadLocale()) { SetThreadLocale(LOCALE_SYSTEM_DEFAULT); }
+    ~SystemLocaleScope() { SetThreadLocale(previous_); }
+    SystemLocaleScope(const SystemLocaleScope&) = delete;
+    SystemLocaleScope& operator=(const SystemLocaleScope&) = delete;
+
+private:
+    LCID previous_;
+};
+
+HRESULT RegisterTypeLibrary() {
+    std::wstring path = OwnModulePath();
+    ITypeLib* library = nullptr;
+    HRESULT result = LoadTypeLibEx(path.c_str(), REGKIND_NONE, &library);
+    if (FAILED(result)) return result;
+    result = RegisterTypeLib(library, path.data(), nullptr);
+    library->Release();
+    return result;
+}
+
+HRESULT UnregisterTypeLibrary(const GUID& library) {
+    const HRESULT result = UnRegisterTypeLib(library, 1, 0, LOCALE_NEUTRAL, SYS_WIN64);
+    // A library that is not registered is where it should be.
+    const bool missing = result == TYPE_E_REGISTRYACCESS || result == E_INVALIDARG;
+    return missing ? S_OK : result;
+}
+
+}  // namespace
+
+CComModule& Module() {
+    return *theModule;
+}
+
+CComModule::CComModule(const ModuleIdentity& identity) : identity_(identity) {
+    for (const ObjectMapEntry& entry : identity_.objectMap) classes_.push_back({&entry, nullptr});
+    theModule = this;
+}
+
+CComModule::~CComModule() {
+    for (const MappedClass& mapped : classes_) {
+        if (mapped.entry->terminate != nullptr) mapped.entry->terminate();
+    }
+    for (void (*terminate)() : terminations_) terminate();
+    if (interfaceTable_ != nullptr) interfaceTable_->Release();
+}
+
+LONG CComModule::Lock() noexcept {
+    return ++lockCount_;
+}
+
+LONG CComModule::Unlock() noexcept {
+    return --lockCount_;
+}
+
+LONG CComModule::GetLockCount() const noexcept {
+    return lockCount_;
+}
+
+HRESULT CComModule::GetGITPtr(IGlobalInterfaceTable** table) noexcept {
+    if (table == nullptr) return E_POINTER;
+    *table = nullptr;
+    const std::lock_guard guard(lock_);
+    if (interfaceTable_ == nullptr) {
+        const HRESULT created =
+            CoCreateInstance(CLSID_StdGlobalInterfaceTable, nullptr, CLSCTX_INPROC_SERVER,
+                             IID_IGlobalInterfaceTable, reinterpret_cast<void**>(&interfaceTable_));
+        if (FAILED(created)) return created;
+    }
+    interfaceTable_->AddRef();
+    *table = interfaceTable_;
+    return S_OK;
+}
+
+HRESULT CComModule::AddCommonRGSReplacements(CRegistrar& registrar) noexcept {
+    return registrar.AddReplacement("APPID", identity_.appId);
+}
+
+void CComModule::AddTermination(void (*terminate)()) {
+    terminations_.push_back(terminate);
+}
+
+HRESULT CComModule::GetClassObject(REFCLSID classId, REFIID interfaceId, void** object) noexcept
+    try {
+    if (object == nullptr) return E_POINTER;
+    *object = nullptr;
+    for (MappedClass& mapped : classes_) {
+        if (!IsEqualCLSID(mapped.entry->classId, classId)) continue;
+        const std::lock_guard guard(lock_);
+        if (!mapped.factory) mapped.factory = std::make_unique<CComObjectCached>(*mapped.entry);
+        return mapped.factory->QueryInterface(interfaceId, object);
+    }
+    return CLASS_E_CLASSNOTAVAILABLE;
+} catch (...) {
+    return E_OUTOFMEMORY;
+}
+
+HRESULT CComModule::RegisterServer() noexcept {
+    const SystemLocaleScope locale;
+    HRESULT result = UpdateRegistryFromResource(kAppIdScript, true);
+    if (SUCCEEDED(result)) result = UpdateClasses(true);
+    return FAILED(result) ? result : RegisterTypeLibrary();
+}
+
+HRESULT CComModule::UnregisterServer() noexcept {
+    const SystemLocaleScope locale;
+    HRESULT result = UpdateClasses(false);
+    if (SUCCEEDED(result)) result = UnregisterTypeLibrary(identity_.typeLibrary);
+    return FAILED(result) ? result : UpdateRegistryFromResource(kAppIdScript, false);
+}
+
+HRESULT CComModule::UpdateClasses(bool registering) noexcept {
+    for (const MappedClass& mapped : classes_) {
+        const HRESULT result =
+            UpdateRegistryFromResource(mapped.entry->registryScript, registering);
+        if (FAILED(result)) return result;
+    }
+    return S_OK;
+}
+
+HRESULT CComModule::UpdateRegistryFromResource(WORD script, bool registering) noexcept try {
+    CRegistrar registrar;
+    HRESULT result = registrar.AddReplacement("MODULE", Utf8FromWide(OwnModulePath()));
+    if (SUCCEEDED(result)) result = AddCommonRGSReplacements(registrar);
+    if (FAILED(result)) return result;
+    return registering ? registrar.Register(script) : registrar.Unregister(script);
+} catch (...) {
+    return E_OUTOFMEMORY;
+}
+
+}  // namespace depot

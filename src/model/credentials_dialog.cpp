@@ -1,0 +1,105 @@
+#include "model/credentials_dialog.h"
+
+#include "platform/win32.h"
+// After the Windows headers.
+#include <oleauto.h>
+
+#include <memory>
+#include <optional>
+#include <type_traits>
+
+#include "DepotBrowser.h"
+
+namespace depot {
+namespace {
+
+constexpr char kDialogProgId[] = "DepotBrowser.UserPasswordPromptDialog";
+constexpr LONG kConfirmed = 1;
+
+// Wherever the component offers to run: in this process, in another one or on another machine.
+constexpr DWORD kAnyContext =
+    CLSCTX_INPROC_SERVER | CLSCTX_INPROC_HANDLER | CLSCTX_LOCAL_SERVER | CLSCTX_REMOTE_SERVER;
+static_assert(kAnyContext == 23);
+
+struct BstrFreer {
+    void operator()(BSTR text) const { SysFreeString(text); }
+};
+using UniqueBstr = std::unique_ptr<std::remove_pointer_t<BSTR>, BstrFreer>;
+
+struct DialogReleaser {
+    void operator()(IUserPasswordPromptDialog* dialog) const { dialog->Release(); }
+};
+using UniqueDialog = std::unique_ptr<IUserPasswordPromptDialog, DialogReleaser>;
+
+std::wstring WideText(const std::string& text) {
+    const int bytes = static_cast<int>(text.size());
+    const int length = MultiByteToWideChar(CP_ACP, 0, text.data(), bytes, nullptr, 0);
+    std::wstring wide(static_cast<std::size_t>(length), L'\0');
+    MultiByteToWideChar(CP_ACP, 0, text.data(), bytes, wide.data(), length);
+    return wide;
+}
+
+std::string AnsiText(std::wstring_view text) {
+    const int length = static_cast<int>(text.size());
+    const int bytes =
+        WideCharToMultiByte(CP_ACP, 0, text.data(), length, nullptr, 0, nullptr, nullptr);
+    std::string narrow(static_cast<std::size_t>(bytes), '\0');
+    WideCharToMultiByte(CP_ACP, 0, text.data(), length, narrow.data(), bytes, nullptr, nullptr);
+    return narrow;
+}
+
+UniqueDialog CreateDialogComponent() {
+    CLSID classId = {};
+    void* created = nullptr;
+    if (FAILED(CLSIDFromProgID(WideText(kDialogProgId).c_str(), &classId)) ||
+        FAILED(CoCreateInstance(classId, nullptr, kAnyContext, IID_IUserPasswordPromptDialog,
+                                &created))) {
+        return nullptr;
+    }
+    return UniqueDialog(static_cast<IUserPasswordPromptDialog*>(created));
+}
+
+using TextSetter = HRESULT (STDMETHODCALLTYPE IUserPasswordPromptDialog::*)(BSTR text);
+using TextGetter = HRESULT (STDMETHODCALLTYPE IUserPasswordPromptDialog::*)(BSTR* text);
+
+bool SetText(IUserPasswordPromptDialog& dialog, TextSetter set, const std::string& text) {
+    const std::wstring wide = WideText(text);
+    const UniqueBstr bstr(SysAllocStringLen(wide.data(), static_cast<UINT>(wide.size())));
+    return bstr && SUCCEEDED((dialog.*set)(bstr.get()));
+}
+
+std::optional<std::string> GetText(IUserPasswordPromptDialog& dialog, TextGetter get) {
+    BSTR given = nullptr;
+    const HRESULT result = (dialog.*get)(&given);
+    const UniqueBstr bstr(given);
+    if (FAILED(result)) return std::nullopt;
+    return AnsiText({given != nullptr ? given : L"", SysStringLen(given)});
+}
+
+bool Fill(IUserPasswordPromptDialog& dialog, const Credentials& credentials) {
+    return SetText(dialog, &IUserPasswordPromptDialog::put_ServerName, credentials.server) &&
+           SetText(dialog, &IUserPasswordPromptDialog::put_UserName, credentials.userName) &&
+           SetText(dialog, &IUserPasswordPromptDialog::put_Password, credentials.password);
+}
+
+bool IsConfirmed(IUserPasswordPromptDialog& dialog) {
+    LONG result = 0;
+    return SUCCEEDED(dialog.ShowModal(0, &result)) && result == kConfirmed;
+}
+
+}  // namespace
+
+bool CredentialsDialog::Show(Credentials& credentials) noexcept try {
+    const UniqueDialog dialog = CreateDialogComponent();
+    if (!dialog || !Fill(*dialog, credentials) || !IsConfirmed(*dialog)) return false;
+    auto userName = GetText(*dialog, &IUserPasswordPromptDialog::get_UserName);
+    auto password = GetText(*dialog, &IUserPasswordPromptDialog::get_Password);
+    if (!userName || !password) return false;
+    credentials.userName = *std::move(userName);
+    credentials.password = *std::move(password);
+    return true;
+} catch (...) {
+    return false;
+}
+
+}  // namespace depot

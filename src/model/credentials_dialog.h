@@ -1,0 +1,17 @@
+// The credentials prompt that the user sees: a dialog of another component.
+#pragma once
+
+#include "directory/credentials_prompt.h"
+
+namespace depot {
+
+// Shows the dialog component "DepotBrowser.UserPasswordPromptDialog". Where it is not registered or
+// cannot be created, the prompt counts as cancelled. No exception gets out.
+//
+// REQUIRES: COM is initialised on the calling thread.
+class CredentialsDialog final : public CredentialsPrompt {
+public:
+    bool Show(Credentials& credentials) noexcept override;
+};
+
+}  // namespace depot

@@ -1,0 +1,202 @@
+// The prompt of the component over the real dialog, and over one that only takes notes.
+#include "model/credentials_dialog.h"
+
+#include <gtest/gtest.h>
+
+#include <deque>
+
+#include "depotbrowser/browser_library.h"
+#include "depotbrowser/dialog_user.h"
+#include "support/scratch.h"
+
+namespace depot::test {
+namespace {
+
+class CredentialsDialogTest : public testing::Test {
+protected:
+    const ComApartment apartment_;
+    const BrowserLibrary library_;
+    Credentials credentials_ = {"ldap.farrow.test", "mary", "old"};
+    CredentialsDialog prompt_;
+};
+
+TEST_F(CredentialsDialogTest, ConfirmingReplacesBothTexts) {
+    const DialogUser user(L"ldap.farrow.test", [](const OpenDialog& dialog) {
+        EXPECT_EQ(L"mary", dialog.Text(CONTROL_USER));
+        EXPECT_EQ(L"old", dialog.Text(CONTROL_PASSWORD));
+        dialog.WaitForFocus(CONTROL_PASSWORD);
+        dialog.Type(L"n\u00E9w");
+        dialog.WaitForText(CONTROL_PASSWORD, L"n\u00E9w");
+        dialog.Press(VK_TAB, VK_SHIFT);
+        dialog.WaitForFocus(CONTROL_USER);
+        dialog.Type(L"j\u00F6rg");
+        dialog.WaitForText(CONTROL_USER, L"j\u00F6rg");
+        dialog.Press(VK_RETURN);
+    });
+    EXPECT_TRUE(prompt_.Show(credentials_));
+    EXPECT_EQ("ldap.farrow.test", credentials_.server);
+    EXPECT_EQ("j\xF6rg", credentials_.userName);
+    EXPECT_EQ("n\xE9w", credentials_.password);
+}
+
+TEST_F(CredentialsDialogTest, CancellingLeavesTheTextsAsTheyWere) {
+    const DialogUser user(L"ldap.farrow.test", [](const OpenDialog& dialog) {
+        dialog.Type(L"new");
+        dialog.WaitForText(CONTROL_PASSWORD, L"new");
+        dialog.Press(VK_ESCAPE);
+    });
+    EXPECT_FALSE(prompt_.Show(credentials_));
+    EXPECT_EQ("mary", credentials_.userName);
+    EXPECT_EQ("old", credentials_.password);
+}
+
+TEST_F(CredentialsDialogTest, AComponentThatIsNotRegisteredCountsAsCancelled) {
+    ASSERT_EQ(S_OK, library_.Unregister());
+    EXPECT_FALSE(prompt_.Show(credentials_));
+    EXPECT_EQ("mary", credentials_.userName);
+    EXPECT_EQ("old", credentials_.password);
+}
+
+TEST_F(CredentialsDialogTest, AComponentThatCannotBeLoadedCountsAsCancelled) {
+    WriteRegistryText(HKEY_CLASSES_ROOT,
+                      "CLSID\\{C1432487-51DA-4834-B781-ED0E69DC9002}\\InprocServer32", "",
+                      "C:\\missing\\DepotBrowser.dll");
+    EXPECT_FALSE(prompt_.Show(credentials_));
+    EXPECT_EQ("old", credentials_.password);
+}
+
+// A dialog component that shows nothing, answers as told and notes what it is asked. It is on the
+// stack of the test: references are not counted.
+class NotingDialog final : public IUserPasswordPromptDialog {
+public:
+    std::vector<std::wstring> calls;
+    LONG result = 1;
+    HRESULT showing = S_OK;
+    HRESULT reading = S_OK;
+    LONG references = 0;
+
+    STDMETHODIMP QueryInterface(REFIID interfaceId, void** object) noexcept override {
+        const bool known = IsEqualIID(interfaceId, IID_IUnknown) ||
+                           IsEqualIID(interfaceId, IID_IUserPasswordPromptDialog);
+        *object = known ? this : nullptr;
+        if (known) AddRef();
+        return known ? S_OK : E_NOINTERFACE;
+    }
+    STDMETHODIMP_(ULONG) AddRef() noexcept override { return static_cast<ULONG>(++references); }
+    STDMETHODIMP_(ULONG) Release() noexcept override { return static_cast<ULONG>(--references); }
+    STDMETHODIMP GetTypeInfoCount(UINT*) noexcept override { return E_NOTIMPL; }
+    STDMETHODIMP GetTypeInfo(UINT, LCID, ITypeInfo**) noexcept override { return E_NOTIMPL; }
+    STDMETHODIMP GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) noexcept override {
+        return E_NOTIMPL;
+    }
+    STDMETHODIMP Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*, EXCEPINFO*,
+                        UINT*) noexcept override {
+        return E_NOTIMPL;
+    }
+    STDMETHODIMP ShowModal(LONG window, LONG* out) noexcept override {
+        calls.push_back(L"show " + std::to_wstring(window));
+        *out = result;
+        return showing;
+    }
+    STDMETHODIMP get_UserName(BSTR* text) noexcept override { return Give(L"user", text); }
+    STDMETHODIMP put_UserName(BSTR text) noexcept override { return Take(L"user", text); }
+    STDMETHODIMP get_Password(BSTR* text) noexcept override { return Give(L"password", text); }
+    STDMETHODIMP put_Password(BSTR text) noexcept override { return Take(L"password", text); }
+    STDMETHODIMP put_ServerName(BSTR text) noexcept override { return Take(L"server", text); }
+
+private:
+    HRESULT Take(const std::wstring& name, BSTR text) {
+        calls.push_back(L"set " + name + L"=" + std::wstring(text, SysStringLen(text)));
+        return S_OK;
+    }
+    HRESULT Give(const std::wstring& name, BSTR* text) {
+        calls.push_back(L"get " + name);
+        *text = SUCCEEDED(reading) ? SysAllocString((L"new " + name).c_str()) : nullptr;
+        return reading;
+    }
+};
+
+// Hands out one noting dialog.
+class NotingFactory final : public IClassFactory {
+public:
+    explicit NotingFactory(NotingDialog& dialog) : dialog_(dialog) {}
+
+    STDMETHODIMP QueryInterface(REFIID, void** object) noexcept override {
+        *object = static_cast<IClassFactory*>(this);
+        return S_OK;
+    }
+    STDMETHODIMP_(ULONG) AddRef() noexcept override { return 2; }
+    STDMETHODIMP_(ULONG) Release() noexcept override { return 1; }
+    STDMETHODIMP CreateInstance(IUnknown*, REFIID interfaceId, void** object) noexcept override {
+        return dialog_.QueryInterface(interfaceId, object);
+    }
+    STDMETHODIMP LockServer(BOOL) noexcept override { return S_OK; }
+
+private:
+    NotingDialog& dialog_;
+};
+
+// Puts the noting dialog in the place of the real one.
+class NotedCredentialsDialogTest : public CredentialsDialogTest {
+protected:
+    NotedCredentialsDialogTest() {
+        EXPECT_EQ(S_OK, CoRegisterClassObject(CLSID_UserPasswordPromptDialog, &factory_,
+                                              CLSCTX_INPROC_SERVER, REGCLS_MULTIPLEUSE, &cookie_));
+    }
+    ~NotedCredentialsDialogTest() override { CoRevokeClassObject(cookie_); }
+
+    NotingDialog dialog_;
+    NotingFactory factory_{dialog_};
+    DWORD cookie_ = 0;
+};
+
+TEST_F(NotedCredentialsDialogTest, TheDialogIsFilledShownAndReadInThisOrder) {
+    EXPECT_TRUE(prompt_.Show(credentials_));
+    const std::vector<std::wstring> expected = {L"set server=ldap.farrow.test",
+                                                L"set user=mary",
+                                                L"set password=old",
+                                                L"show 0",
+                                                L"get user",
+                                                L"get password"};
+    EXPECT_EQ(expected, dialog_.calls);
+    EXPECT_EQ("new user", credentials_.userName);
+    EXPECT_EQ("new password", credentials_.password);
+    EXPECT_EQ(0, dialog_.references);
+}
+
+TEST_F(NotedCredentialsDialogTest, AnyResultButOneIsACancel) {
+    for (const LONG result : {0, 2, -1, 257}) {
+        SCOPED_TRACE(result);
+        dialog_.result = result;
+        EXPECT_FALSE(prompt_.Show(credentials_));
+        EXPECT_EQ(L"show 0", dialog_.calls.back());
+        EXPECT_EQ("old", credentials_.password);
+        EXPECT_EQ(0, dialog_.references);
+    }
+}
+
+TEST_F(NotedCredentialsDialogTest, ADialogThatFailsCountsAsCancelled) {
+    dialog_.showing = E_FAIL;
+    EXPECT_FALSE(prompt_.Show(credentials_));
+    EXPECT_EQ("mary", credentials_.userName);
+    EXPECT_EQ(0, dialog_.references);
+}
+
+TEST_F(NotedCredentialsDialogTest, TextsThatCannotBeReadCountAsCancelled) {
+    dialog_.reading = E_FAIL;
+    EXPECT_FALSE(prompt_.Show(credentials_));
+    EXPECT_EQ("mary", credentials_.userName);
+    EXPECT_EQ("old", credentials_.password);
+    EXPECT_EQ(0, dialog_.references);
+}
+
+TEST_F(NotedCredentialsDialogTest, EmptyTextsAreGivenAsEmptyTexts) {
+    credentials_ = {};
+    EXPECT_TRUE(prompt_.Show(credentials_));
+    EXPECT_EQ(L"set server=", dialog_.calls[0]);
+    EXPECT_EQ(L"set user=", dialog_.calls[1]);
+    EXPECT_EQ(L"set password=", dialog_.calls[2]);
+}
+
+}  // namespace
+}  // namespace depot::test

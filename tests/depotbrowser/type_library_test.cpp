@@ -1,0 +1,151 @@
+// The interface as its type library describes it, and late binding through it.
+#include <gtest/gtest.h>
+
+#include "depotbrowser/browser_library.h"
+#include "depotbrowser/dialog_user.h"
+
+namespace depot::test {
+namespace {
+
+class TypeLibraryTest : public testing::Test {
+protected:
+    // Opens the library in the DLL's resources; registration is not needed for that.
+    UniqueCom<ITypeLib> Open() const {
+        ITypeLib* library = nullptr;
+        EXPECT_EQ(S_OK, LoadTypeLibEx(library_.Path().c_str(), REGKIND_NONE, &library));
+        return UniqueCom<ITypeLib>(library);
+    }
+
+    UniqueCom<ITypeInfo> OpenInterface() const {
+        ITypeInfo* typeInfo = nullptr;
+        EXPECT_EQ(S_OK, Open()->GetTypeInfoOfGuid(IID_IUserPasswordPromptDialog, &typeInfo));
+        return UniqueCom<ITypeInfo>(typeInfo);
+    }
+
+    const ComApartment apartment_;
+    const BrowserLibrary library_;
+};
+
+std::wstring NameOf(ITypeInfo& typeInfo, MEMBERID id) {
+    Bstr name;
+    EXPECT_EQ(S_OK, typeInfo.GetDocumentation(id, name.Receive(), nullptr, nullptr, nullptr));
+    return name.Text();
+}
+
+TEST_F(TypeLibraryTest, TheInterfaceIsDual) {
+    const auto typeInfo = OpenInterface();
+    TYPEATTR* attributes = nullptr;
+    ASSERT_EQ(S_OK, typeInfo->GetTypeAttr(&attributes));
+    EXPECT_EQ(TKIND_DISPATCH, attributes->typekind);
+    EXPECT_EQ(TYPEFLAG_FDUAL | TYPEFLAG_FDISPATCHABLE,
+              attributes->wTypeFlags & (TYPEFLAG_FDUAL | TYPEFLAG_FDISPATCHABLE));
+    typeInfo->ReleaseTypeAttr(attributes);
+    EXPECT_EQ(L"IUserPasswordPromptDialog", NameOf(*typeInfo, MEMBERID_NIL));
+}
+
+struct Operation {
+    std::wstring name;
+    INVOKEKIND kind;
+};
+
+// Functions of a dual interface include those of IDispatch; its own slots come after these.
+std::vector<Operation> OperationsInSlotOrder(ITypeInfo& typeInfo) {
+    constexpr SHORT kDispatchSlots = 7;
+    std::vector<Operation> operations;
+    FUNCDESC* function = nullptr;
+    for (UINT index = 0; SUCCEEDED(typeInfo.GetFuncDesc(index, &function)); ++index) {
+        const SHORT slot = static_cast<SHORT>(function->oVft / static_cast<SHORT>(sizeof(void*)));
+        if (slot >= kDispatchSlots) {
+            const auto position = static_cast<std::size_t>(slot - kDispatchSlots);
+            if (operations.size() <= position) operations.resize(position + 1);
+            operations[position] = {NameOf(typeInfo, function->memid), function->invkind};
+        }
+        typeInfo.ReleaseFuncDesc(function);
+    }
+    return operations;
+}
+
+TEST_F(TypeLibraryTest, TheSixOperationsStandInTheirSlots) {
+    const struct {
+        const wchar_t* name;
+        INVOKEKIND kind;
+    } expected[] = {
+        {L"ShowModal", INVOKE_FUNC},       {L"UserName", INVOKE_PROPERTYGET},
+        {L"UserName", INVOKE_PROPERTYPUT}, {L"Password", INVOKE_PROPERTYGET},
+        {L"Password", INVOKE_PROPERTYPUT}, {L"ServerName", INVOKE_PROPERTYPUT},
+    };
+    const auto operations = OperationsInSlotOrder(*OpenInterface());
+    ASSERT_EQ(std::size(expected), operations.size());
+    for (std::size_t slot = 0; slot < operations.size(); ++slot) {
+        SCOPED_TRACE(slot);
+        EXPECT_EQ(expected[slot].name, operations[slot].name);
+        EXPECT_EQ(expected[slot].kind, operations[slot].kind);
+    }
+}
+
+// Calls by slot number, the way clients do that know the order only.
+template <class... Arguments>
+HRESULT CallSlot(IUnknown* object, std::size_t slot, Arguments... arguments) {
+    using SlotCall = HRESULT(STDMETHODCALLTYPE*)(IUnknown*, Arguments...);
+    void** const table = *reinterpret_cast<void***>(object);
+    return reinterpret_cast<SlotCall>(table[slot])(object, arguments...);
+}
+
+TEST_F(TypeLibraryTest, TheSlotsDoWhatTheirOrderSays) {
+    const auto dialog = CreateDialogObject();
+    EXPECT_EQ(S_OK, CallSlot(dialog.get(), 9, Bstr(L"mary").Get()));
+    EXPECT_EQ(S_OK, CallSlot(dialog.get(), 11, Bstr(L"secret").Get()));
+    EXPECT_EQ(S_OK, CallSlot(dialog.get(), 12, Bstr(L"slots.test").Get()));
+    Bstr userName, password;
+    EXPECT_EQ(S_OK, CallSlot(dialog.get(), 8, userName.Receive()));
+    EXPECT_EQ(S_OK, CallSlot(dialog.get(), 10, password.Receive()));
+    EXPECT_EQ(L"mary", userName.Text());
+    EXPECT_EQ(L"secret", password.Text());
+    const DialogUser user(L"slots.test", [](const OpenDialog& open) { open.Press(VK_RETURN); });
+    LONG result = 0x5A5A5A5A;
+    EXPECT_EQ(S_OK, CallSlot(dialog.get(), 7, LONG{0}, &result));
+    EXPECT_EQ(1, result);
+}
+
+DISPID IdOf(IDispatch& object, std::wstring name) {
+    LPOLESTR names[] = {name.data()};
+    DISPID id = DISPID_UNKNOWN;
+    EXPECT_EQ(S_OK, object.GetIDsOfNames(IID_NULL, names, 1, LOCALE_USER_DEFAULT, &id));
+    return id;
+}
+
+TEST_F(TypeLibraryTest, ScriptsSetAndReadTextsByName) {
+    const auto dialog = CreateDialogObject();
+    const Bstr text(L"mary");
+    VARIANT value = {};
+    V_VT(&value) = VT_BSTR;
+    V_BSTR(&value) = text.Get();
+    DISPID put = DISPID_PROPERTYPUT;
+    DISPPARAMS set = {&value, &put, 1, 1};
+    const DISPID id = IdOf(*dialog, L"username");
+    EXPECT_EQ(S_OK, dialog->Invoke(id, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_PROPERTYPUT, &set,
+                                   nullptr, nullptr, nullptr));
+    DISPPARAMS none = {};
+    VARIANT result = {};
+    EXPECT_EQ(S_OK, dialog->Invoke(id, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_PROPERTYGET, &none,
+                                   &result, nullptr, nullptr));
+    ASSERT_EQ(VT_BSTR, V_VT(&result));
+    EXPECT_STREQ(L"mary", V_BSTR(&result));
+    VariantClear(&result);
+}
+
+TEST_F(TypeLibraryTest, TheObjectOffersOneTypeDescription) {
+    const auto dialog = CreateDialogObject();
+    UINT count = 99;
+    EXPECT_EQ(S_OK, dialog->GetTypeInfoCount(&count));
+    EXPECT_EQ(1u, count);
+    ITypeInfo* typeInfo = nullptr;
+    EXPECT_EQ(DISP_E_BADINDEX, dialog->GetTypeInfo(1, 0, &typeInfo));
+    EXPECT_EQ(nullptr, typeInfo);
+    ASSERT_EQ(S_OK, dialog->GetTypeInfo(0, 0, &typeInfo));
+    const UniqueCom<ITypeInfo> owned(typeInfo);
+    EXPECT_EQ(L"IUserPasswordPromptDialog", NameOf(*owned, MEMBERID_NIL));
+}
+
+}  // namespace
+}  // namespace depot::test
