@@ -7,7 +7,6 @@
 
 #include "platform/win32.h"
 
-// These two belong together in this order.
 #include <winldap.h>
 
 // The header spells some functions as macros, whose names the table's members bear.
