@@ -9,6 +9,9 @@
 
 #include <winldap.h>
 
+// Builds on the header above.
+#include <winber.h>
+
 // The header spells some functions as macros, whose names the table's members bear.
 #undef ldap_check_filter
 #undef ldap_sasl_bind
