@@ -44,6 +44,8 @@ bool CLDAPItems::OpenConnection(const std::string& host, std::string* errorText)
     // Other code may still work on the handle of a bind that failed.
     if (handle_) replacedHandles_.push_back(std::move(handle_));
     char* const server = ClientText(host);
+    // Some clients answer with the system's last error, which may be older than the call.
+    ::SetLastError(ERROR_SUCCESS);
     handle_ = Own(location_->security == kTlsFromTheStart
                       ? client_.ldap_sslinit(server, location_->port, 1)
                       : client_.ldap_init(server, location_->port));
