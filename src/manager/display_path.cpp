@@ -12,6 +12,13 @@ std::string StorageRoot(CDepot& depot) {
     return depot.paths->GetActivePath();
 }
 
+// Turns the path of an entry of a directory depot into the entry's name; a folder depot's path
+// stays as it is.
+std::string MapToEntry(CDepot& depot, std::string path) {
+    const CLDAPItems* const directory = depot.DirectoryConnection();
+    return directory ? directory->PathToDN(path) : std::move(path);
+}
+
 }  // namespace
 
 std::string BuildDisplayPath(CDepot& depot, const std::string& relative, PathForm form,
@@ -20,7 +27,7 @@ std::string BuildDisplayPath(CDepot& depot, const std::string& relative, PathFor
         DisplayPrefix(name == DepotName::kDisplay ? depot.displayName : depot.name);
     std::string path = prefix + relative;
     if (form == PathForm::kDisplay && !depot.name.empty()) return path;
-    return ReplaceAllNoCase(path, prefix, StorageRoot(depot));
+    return MapToEntry(depot, ReplaceAllNoCase(path, prefix, StorageRoot(depot)));
 }
 
 bool MatchesPath(CDepot& depot, const std::string& path, PathForm form, DepotName name) {
@@ -29,10 +36,12 @@ bool MatchesPath(CDepot& depot, const std::string& path, PathForm form, DepotNam
 
 std::string DisplayToStorage(CDepot& depot, const std::string& displayPath) {
     const std::string prefix = BuildDisplayPath(depot, {}, PathForm::kDisplay, DepotName::kKey);
-    return ReplaceAllNoCase(displayPath, prefix, StorageRoot(depot));
+    return MapToEntry(depot, ReplaceAllNoCase(displayPath, prefix, StorageRoot(depot)));
 }
 
 std::string StorageToDisplay(CDepot& depot, const std::string& storagePath) {
+    // A path that cannot lie under any root stays as it is: no server is asked for the root.
+    if (!depot.paths->MayHold(storagePath)) return storagePath;
     const std::string prefix = BuildDisplayPath(depot, {}, PathForm::kDisplay, DepotName::kKey);
     return ReplaceAllNoCase(storagePath, StorageRoot(depot), prefix);
 }
@@ -57,7 +66,12 @@ CDepot* FindDepotForPath(const CDepots& depots, const std::string& path, PathFor
 
 CDepot* FindDepotHolding(const CDepots& depots, const std::string& path) {
     CDepot* const named = FindDepotForPath(depots, path, PathForm::kDisplay, DepotName::kKey);
-    return named ? named : FindDepotForPath(depots, path, PathForm::kStorage, DepotName::kKey);
+    if (named != nullptr) return named;
+    CDepot** const found = std::find_if(depots.begin(), depots.end(), [&](CDepot* depot) {
+        return depot->paths->MayHold(path) &&
+               MatchesPath(*depot, path, PathForm::kStorage, DepotName::kKey);
+    });
+    return found == depots.end() ? nullptr : *found;
 }
 
 std::string FriendlyToCanonical(const CDepots& depots, const std::string& path, CDepot* depot) {

@@ -32,7 +32,9 @@ std::string FindInProfileFolder(const std::string& folder, const std::string& te
 
 std::string PlaceLoosePath(CDepot& depot, const std::string& path) {
     std::string text(TrimTrailingBlanks(path));
-    if (!text.empty()) {
+    // An absolute path stays where it is; the depot's server is not asked for its folder.
+    const bool stays = IsFileSystemPath(text) && depot.paths->ChoiceProbesDirectory();
+    if (!text.empty() && !stays) {
         const std::string folder = ProfileFolder(depot, PathForm::kStorage);
         text = FindInProfileFolder(folder, text);
         const std::string joined = JoinPath(folder, text);

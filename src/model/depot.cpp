@@ -2,6 +2,7 @@
 
 #include <new>
 #include <optional>
+
 namespace depot {
 namespace {
 
@@ -47,6 +48,7 @@ void CDepot::Init(CDepots* owningList) {
     rootKey = HKEY_CURRENT_USER;
     registryViewFlags = 0;
     owner = owningList;
+    directory_.reset();
     // Kept: see the declaration.
     static_cast<void>(paths.release());
     paths = std::make_unique<CDepotPaths>(this);
@@ -72,6 +74,7 @@ void CDepot::CopyFrom(const CDepot* other) {
     orderIndex = other->orderIndex;
     contains = other->contains;
     profileFolder.clear();
+    directory_.reset();
     paths->RemoveAll(true);
     paths->Copy(other->paths.get());
     iconHandle = DuplicateIcon(other->iconHandle);
@@ -93,6 +96,16 @@ bool CDepot::ReadDefinition(const RegistryKey& listKey, const std::string& subke
     if (paths->Count() == 0) return false;
     if (const auto value = key->ReadString("Icon")) icon = *value;
     return true;
+}
+
+CLDAPItems* CDepot::DirectoryConnection() {
+    CDepotPath* const location = paths->ActiveLocation();
+    if (location == nullptr || location->type != kDirectoryLocation) {
+        directory_.reset();
+    } else if (!directory_ || &directory_->Location() != location) {
+        directory_ = std::make_unique<CLDAPItems>(location);
+    }
+    return directory_.get();
 }
 
 void CDepot::ReadLocations(const RegistryKey& key) {

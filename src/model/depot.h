@@ -6,6 +6,7 @@
 #include <string>
 #include <type_traits>
 
+#include "directory/ldap_items.h"
 #include "model/depot_paths.h"
 #include "platform/registry_key.h"
 #include "platform/win32.h"
@@ -49,6 +50,11 @@ public:
     bool ReadDefinition(const RegistryKey& listKey, const std::string& subkeyName,
                         const std::string& language);
 
+    // Returns the depot's connection object, made on first need for the active location and kept as
+    // long as that location; null when the active location is a folder. No server is contacted but
+    // to choose the location.
+    CLDAPItems* DirectoryConnection();
+
     std::string name;           // the registry subkey; empty for the built-in depot
     std::string displayName;    // the name shown to the user
     std::string icon;           // the icon location, as written in the registry
@@ -64,6 +70,8 @@ public:
 
 private:
     void ReadLocations(const RegistryKey& key);
+
+    std::unique_ptr<CLDAPItems> directory_;  // borrows a record of `paths`
 };
 
 }  // namespace depot

@@ -2,9 +2,11 @@
 
 #include <algorithm>
 
+#include "directory/ldap_items.h"
 #include "macros/replacers.h"
 #include "model/depot.h"
 #include "model/depots.h"
+#include "platform/paths.h"
 #include "platform/text.h"
 
 namespace depot {
@@ -16,9 +18,22 @@ CDepots* OwningList(const CDepotPath& location) {
     return paths != nullptr && paths->owner != nullptr ? paths->owner->owner : nullptr;
 }
 
+bool IsDirectory(const CDepotPath& location) {
+    return location.type == kDirectoryLocation;
+}
+
+// Connects, looks for the base alone, and lets go of the connection again.
+bool IsReachableDirectory(CDepotPath& location) {
+    CLDAPItems directory(&location);
+    if (directory.ConnectLocation(nullptr) == 0) return false;
+    const std::uint32_t code = directory.FindEntry(directory.PathToDN(ExpandedPath(location)));
+    if (code == LDAP_INVALID_DN_SYNTAX) directory.ReportError(code);
+    return code == LDAP_SUCCESS;
+}
+
 bool IsReachable(CDepotPath& location) {
-    if (location.type == kDirectoryLocation) return false;
-    return PathExists(ExpandedPath(location));
+    return IsDirectory(location) ? IsReachableDirectory(location)
+                                 : PathExists(ExpandedPath(location));
 }
 
 }  // namespace
@@ -62,6 +77,24 @@ void CDepotPaths::ChooseLocation() {
     CDepotPath** const reachable = std::find_if(
         array_.begin(), array_.end(), [](CDepotPath* location) { return IsReachable(*location); });
     activeLocation_ = reachable == array_.end() ? At(0) : *reachable;
+}
+
+bool CDepotPaths::ChoiceProbesDirectory() const {
+    if (activeLocation_ != nullptr) return false;
+    CDepotPath** const decisive =
+        std::find_if(array_.begin(), array_.end(), [](CDepotPath* location) {
+            return IsDirectory(*location) || PathExists(ExpandedPath(*location));
+        });
+    return decisive != array_.end() && IsDirectory(**decisive);
+}
+
+bool CDepotPaths::MayHold(const std::string& path) const {
+    if (!ChoiceProbesDirectory()) return true;
+    if (IsFileSystemPath(path)) return false;
+    return std::any_of(array_.begin(), array_.end(), [&](CDepotPath* location) {
+        const std::string base = RemoveTrailingBackslash(ExpandedPath(*location));
+        return IsDirectory(*location) && !base.empty() && StartsWithNoCase(path, base);
+    });
 }
 
 std::string ExpandedPath(CDepotPath& location) {

@@ -44,6 +44,15 @@ public:
     // The chosen location, or null as long as nothing has asked for it: no server is contacted.
     CDepotPath* ChosenLocation() const { return activeLocation_; }
 
+    // Tells whether choosing the location would have to contact a directory server.
+    bool ChoiceProbesDirectory() const;
+
+    // Tells whether the path may be a storage path below one of the locations, without contacting a
+    // server to find out. Once the choice is made, or can be made without a server, every path may.
+    // Until then a path must begin with the base of one of the directory locations, and a path of
+    // the file system never does.
+    bool MayHold(const std::string& path) const;
+
     bool ownsItems = true;
     CDepot* owner;  // never owned
 

@@ -1,0 +1,185 @@
+#include "directory/dn.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+
+namespace depot {
+namespace {
+
+const NamingAttributes kDefaults = {"CN", "CN"};
+const NamingAttributes kDifferent = {"OU", "UID"};
+
+struct PathRow {
+    const char* path;
+    const char* dn;
+};
+
+TEST(PathToDNTest, PathsBecomeEntryNames) {
+    const PathRow rows[] = {
+        {"base", "base"},
+        {"base\\", "base"},
+        {"base\\sub\\a.krc", "CN=a.krc,CN=sub,base"},
+        {"base\\sub\\", "CN=sub,base"},
+        {"dc=x,dc=y\\v1.2\\a", "CN=a,CN=v1.2,dc=x,dc=y"},
+        {"", ""},
+        {"\\", ""},
+        {"base\\a,b+c=d.krc", "CN=a,b+c=d.krc,base"},
+        {"base\\\\a", "CN=a,CN=,base"},
+        {"base\\sub\\\\", "CN=,CN=sub,base"},
+    };
+    for (const PathRow& row : rows) {
+        SCOPED_TRACE(row.path);
+        EXPECT_EQ(row.dn, PathToDN(row.path, kDefaults));
+    }
+}
+
+TEST(PathToDNTest, ParentStepsTakeTheNameBeforeThemAway) {
+    const PathRow rows[] = {
+        {"base\\a\\..\\b", "CN=b,base"},
+        {"base\\a\\..", "base"},
+        {"base\\a\\..\\", "base"},
+        {"base\\a\\b\\..\\..\\c.krc", "CN=c.krc,base"},
+        {"base\\a\\..\\b\\..\\c", "CN=c,base"},
+        {"base\\a\\..b\\c", "CN=c,CN=..b,CN=a,base"},
+        {"base\\a...\\b", "CN=b,CN=a...,base"},
+    };
+    for (const PathRow& row : rows) {
+        SCOPED_TRACE(row.path);
+        EXPECT_EQ(row.dn, PathToDN(row.path, kDefaults));
+    }
+}
+
+TEST(PathToDNTest, ParentStepsNeverTakeTheBaseAway) {
+    EXPECT_EQ("CN=..,base", PathToDN("base\\..", kDefaults));
+    EXPECT_EQ("CN=x,CN=..,base", PathToDN("base\\..\\x", kDefaults));
+    EXPECT_EQ("CN=..,base", PathToDN("base\\a\\..\\..", kDefaults));
+    EXPECT_EQ("CN=..,", PathToDN("\\..", kDefaults));
+}
+
+TEST(PathToDNTest, TheDotChoosesTheAttributeAlsoWhereTheAttributesDiffer) {
+    EXPECT_EQ("UID=a.krc,OU=sub,base", PathToDN("base\\sub\\a.krc", kDifferent));
+    EXPECT_EQ("UID=v1.2,base", PathToDN("base\\v1.2", kDifferent));
+}
+
+TEST(PathToDNTest, AnyTextEndsInAText) {
+    std::mt19937 random(7);
+    const std::string alphabet = "\\\\\\..ab,=";
+    for (int round = 0; round < 20000; ++round) {
+        std::string path(random() % 24, '\0');
+        for (char& c : path) c = alphabet[random() % alphabet.size()];
+        const std::string dn = PathToDN(path, kDefaults);
+        EXPECT_EQ(std::string::npos, dn.find('\\')) << path;
+    }
+}
+
+TEST(SplitFirstComponentTest, WithOneAttributeTheDotTellsFilesFromFolders) {
+    const auto file = SplitFirstComponent("CN=report.krc", kDefaults);
+    ASSERT_TRUE(file);
+    EXPECT_EQ("report.krc", file->name);
+    EXPECT_FALSE(file->isFolder);
+    const auto folder = SplitFirstComponent("CN=reports", kDefaults);
+    ASSERT_TRUE(folder);
+    EXPECT_EQ("reports", folder->name);
+    EXPECT_TRUE(folder->isFolder);
+}
+
+TEST(SplitFirstComponentTest, AFolderWithADotInItsNameIsReadAsAFile) {
+    EXPECT_FALSE(SplitFirstComponent("CN=v1.2", kDefaults)->isFolder);
+}
+
+TEST(SplitFirstComponentTest, DifferentAttributesDecideAlone) {
+    EXPECT_FALSE(SplitFirstComponent("UID=plain", kDifferent)->isFolder);
+    EXPECT_EQ("plain", SplitFirstComponent("UID=plain", kDifferent)->name);
+    EXPECT_TRUE(SplitFirstComponent("OU=v1.2", kDifferent)->isFolder);
+    EXPECT_EQ("v1.2", SplitFirstComponent("OU=v1.2", kDifferent)->name);
+}
+
+TEST(SplitFirstComponentTest, LetterCaseOfTheAttributeDoesNotMatter) {
+    EXPECT_EQ("a.krc", SplitFirstComponent("cn=a.krc", kDefaults)->name);
+    EXPECT_TRUE(SplitFirstComponent("cn=a", NamingAttributes{"cn", "CN"})->isFolder);
+}
+
+TEST(SplitFirstComponentTest, AnotherAttributeIsNoEntry) {
+    EXPECT_FALSE(SplitFirstComponent("dc=farrow", kDefaults));
+    EXPECT_FALSE(SplitFirstComponent("CN=a", kDifferent));
+    EXPECT_FALSE(SplitFirstComponent("", kDefaults));
+}
+
+TEST(SplitFirstComponentTest, TheExtensionGoesOnlyFromFilesAndOnlyWhenAsked) {
+    const auto stripped = [](const char* component, const NamingAttributes& attributes) {
+        return SplitFirstComponent(component, attributes, FileExtension::kStrip)->name;
+    };
+    EXPECT_EQ("x.tar", stripped("CN=x.tar.gz", kDefaults));
+    EXPECT_EQ("plain", stripped("UID=plain", kDifferent));
+    EXPECT_EQ("v1.2", stripped("OU=v1.2", kDifferent));
+    EXPECT_EQ("x.tar.gz", SplitFirstComponent("CN=x.tar.gz", kDefaults)->name);
+}
+
+TEST(EntryDNTest, NamesAreInsertedAsTheyAre) {
+    EXPECT_EQ("CN=a,b+c,dc=x", EntryDN("CN", "a,b+c", "dc=x"));
+}
+
+TEST(JoinComponentsTest, JoinsFromTheGivenIndexOn) {
+    const std::vector<std::string> components = {"CN=a", "CN=b", "dc=x"};
+    EXPECT_EQ("CN=a,CN=b,dc=x", JoinComponents(components, 0));
+    EXPECT_EQ("dc=x", JoinComponents(components, 2));
+    EXPECT_EQ("", JoinComponents(components, 3));
+}
+
+TEST(DecodeNonAsciiEscapesTest, OnlyRunsAboveAsciiAreConverted) {
+    const auto convert = [](std::string_view bytes) {
+        return std::optional<std::string>("<" + std::string(bytes) + ">");
+    };
+    EXPECT_EQ("CN=r<\xC3\xA9>s", DecodeNonAsciiEscapes("CN=r\\C3\\A9s", convert));
+    EXPECT_EQ("<\xC3\xA9\xC3\xA8>", DecodeNonAsciiEscapes("\\c3\\a9\\C3\\A8", convert));
+    EXPECT_EQ("a\\2Cb\\,c\\", DecodeNonAsciiEscapes("a\\2Cb\\,c\\", convert));
+    EXPECT_EQ("\\C", DecodeNonAsciiEscapes("\\C", convert));
+    EXPECT_EQ("", DecodeNonAsciiEscapes("", convert));
+}
+
+TEST(DecodeNonAsciiEscapesTest, ARunThatCannotBeConvertedStays) {
+    const auto refuse = [](std::string_view) { return std::optional<std::string>(); };
+    EXPECT_EQ("a\\FF\\FEb", DecodeNonAsciiEscapes("a\\FF\\FEb", refuse));
+}
+
+TEST(IsSafeLocalNameTest, OrdinaryNamesAreSafe) {
+    for (const char* name : {"a.krc", "Dir", "a b", "..a", ".a", "console", "com", "com10", "lpt",
+                             "nul_", "r\xE9sum\xE9.krc", "a,b", "{x}"}) {
+        EXPECT_TRUE(IsSafeLocalName(name)) << name;
+    }
+}
+
+TEST(IsSafeLocalNameTest, NamesThatLeadElsewhereAreNot) {
+    for (const char* name :
+         {"",        ".",     "..",       "a\\b",     "..\\a",  "a/b",     "c:a",  "a:stream",
+          "a\nb",    "a\x1f", "a\x7f",    "a*",       "a?",     "con",     "NUL",  "nul.krc",
+          "aux.a.b", "com1",  "LPT9.txt", "con .krc", "conin$", "com\xB9", "prn ", "a.",
+          "a ",      "...",   "a\"",      "<a",       "a>",     "a|b"}) {
+        EXPECT_FALSE(IsSafeLocalName(name)) << name;
+    }
+    EXPECT_FALSE(IsSafeLocalName(std::string_view("a\0b", 3)));
+}
+
+TEST(UnsafeNamesTextTest, SaysHowManyEntriesWereLeftOut) {
+    EXPECT_EQ("", UnsafeNamesText(0));
+    EXPECT_EQ("1 entry was left out: the name cannot be the name of a local file.",
+              UnsafeNamesText(1));
+    EXPECT_EQ("12 entries were left out: the name cannot be the name of a local file.",
+              UnsafeNamesText(12));
+}
+
+TEST(ServerKeyTest, IsTheLowerCasedHostAndThePort) {
+    EXPECT_EQ("ldap.example.com:389", ServerKey("LDAP.Example.COM", 389));
+    EXPECT_EQ(":636", ServerKey("", 636));
+}
+
+TEST(ServerKeyTest, FitsIntoAnObjectsName) {
+    const std::string fits(229 - 4, 'a');
+    EXPECT_EQ(fits + ":389", ServerKey(fits, 389));
+    EXPECT_EQ(fits + "a:38", ServerKey(fits + "a", 389));
+    EXPECT_EQ("a/b:389", ServerKey("a\\b", 389));
+}
+
+}  // namespace
+}  // namespace depot

@@ -1,0 +1,276 @@
+#include "support/directory_fixture.h"
+
+namespace depot {
+namespace {
+
+using test::ForgetServer;
+using test::MessageFor;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+class PromptTest : public test::DirectoryFixture {
+protected:
+    CLDAPItems& Make(const std::string& userName, const std::string& password) {
+        CDepotPath location = server_.Location();
+        location.username = userName;
+        location.password = password;
+        return Make(location);
+    }
+    CLDAPItems& Make(const CDepotPath& location) {
+        location_ = location.Clone();
+        items_ = std::make_unique<CLDAPItems>(location_.get());
+        items_->SetPrompt(&prompt_);
+        return *items_;
+    }
+    // A block of this name cannot be had: the name belongs to another kind of object.
+    void TakeTheBlocksName() {
+        location_->host = "127.0.0.1.";
+        const std::string key = ServerKey(location_->host, location_->port);
+        event_.reset(
+            CreateEventA(nullptr, TRUE, FALSE, ("Quillon - Depot - LDAP Info - " + key).c_str()));
+        items_ = std::make_unique<CLDAPItems>(location_.get());
+        items_->SetPrompt(&prompt_);
+        ASSERT_EQ(nullptr, items_->SharedInfo().Access());
+        location_->host = "127.0.0.1";
+    }
+    DirectoryInfo& Info() { return *items_->SharedInfo().Access(); }
+
+    UniqueHandle event_;
+    std::string text_ = "junk";
+};
+
+TEST_F(PromptTest, OtherAuthenticationsNeverShowTheDialog) {
+    for (const std::uint32_t kind :
+         {kAnonymousAuthentication, kNegotiateAuthentication, AuthenticationKind{5}}) {
+        CDepotPath location = server_.Location();
+        location.authentication = kind;
+        location.username.clear();
+        CLDAPItems& items = Make(location);
+        Info().lastError = 49;
+        EXPECT_EQ(1, items.PromptForCredentials());
+    }
+    EXPECT_THAT(prompt_.shown, IsEmpty());
+}
+
+TEST_F(PromptTest, KnownCredentialsWithoutARecordedErrorAreUsedAsTheyAre) {
+    CLDAPItems& items = Make("anna", "secret");
+    EXPECT_EQ(1, items.PromptForCredentials());
+    EXPECT_THAT(prompt_.shown, IsEmpty());
+    EXPECT_EQ("anna", items.GetUserName());
+    EXPECT_EQ("secret", items.GetPassword());
+}
+
+TEST_F(PromptTest, SharedCredentialsFillAnEmptyRecord) {
+    Make("", "").SetUserName("shared name");
+    items_->SetPassword("shared word");
+    CLDAPItems& items = Make("", "");
+    EXPECT_EQ(1, items.PromptForCredentials());
+    EXPECT_THAT(prompt_.shown, IsEmpty());
+    EXPECT_EQ("shared name", items.GetUserName());
+    EXPECT_EQ("shared word", items.GetPassword());
+}
+
+TEST_F(PromptTest, TheRecordsCredentialsGoBeforeTheSharedOnes) {
+    Make("", "").SetUserName("shared name");
+    items_->SetPassword("shared word");
+    CLDAPItems& items = Make("anna", "");
+    EXPECT_EQ(1, items.PromptForCredentials());
+    EXPECT_EQ("anna", items.GetUserName());
+    EXPECT_EQ("shared word", items.GetPassword());
+}
+
+TEST_F(PromptTest, ARecordedErrorOpensTheDialogFilledWithWhatIsKnown) {
+    CLDAPItems& items = Make("anna", "secret");
+    Info().lastError = 49;
+    prompt_.Type("berta", "new secret");
+    EXPECT_EQ(1, items.PromptForCredentials());
+    ASSERT_EQ(1u, prompt_.shown.size());
+    EXPECT_EQ("127.0.0.1", prompt_.shown[0].server);
+    EXPECT_EQ("anna", prompt_.shown[0].userName);
+    EXPECT_EQ("secret", prompt_.shown[0].password);
+}
+
+TEST_F(PromptTest, MissingCredentialsOpenTheDialogAlsoWithoutAnError) {
+    Make("anna", "").PromptForCredentials();
+    ForgetServer(server_.Port());
+    Make("", "secret").PromptForCredentials();
+    EXPECT_EQ(2u, prompt_.shown.size());
+}
+
+TEST_F(PromptTest, AConfirmedDialogIsKeptInTheRecordAndInTheSharedBlock) {
+    CLDAPItems& items = Make("", "");
+    prompt_.Type("berta", "new secret");
+    EXPECT_EQ(1, items.PromptForCredentials());
+    EXPECT_EQ("berta", items.GetUserName());
+    EXPECT_EQ("new secret", items.GetPassword());
+    EXPECT_EQ("berta", items.GetSharedUserName());
+    EXPECT_EQ("new secret", items.GetSharedPassword());
+    EXPECT_EQ(0u, Info().noPrompt);
+}
+
+TEST_F(PromptTest, ACancelledDialogEmptiesThePasswordAndTurnsPromptingOff) {
+    CLDAPItems& items = Make("anna", "secret");
+    Info().lastError = 49;
+    EXPECT_EQ(0, items.PromptForCredentials());
+    EXPECT_EQ("anna", items.GetUserName());
+    EXPECT_EQ("", items.GetPassword());
+    EXPECT_EQ(1u, Info().noPrompt);
+}
+
+TEST_F(PromptTest, WithoutADialogThePromptCountsAsCancelled) {
+    CLDAPItems& items = Make("", "");
+    items.SetPrompt(nullptr);
+    EXPECT_EQ(0, items.PromptForCredentials());
+    EXPECT_EQ(1u, Info().noPrompt);
+}
+
+TEST_F(PromptTest, TheInstalledPromptServesEveryConnection) {
+    InstallCredentialsPrompt(&prompt_);
+    CDepotPath location = server_.Location();
+    location.password.clear();
+    CLDAPItems items(&location);
+    InstallCredentialsPrompt(nullptr);
+    items.PromptForCredentials();
+    EXPECT_EQ(1u, prompt_.shown.size());
+}
+
+TEST_F(PromptTest, TypedTextsAreCutToTheSharedFields) {
+    CLDAPItems& items = Make("", "");
+    items.SetUserName(std::string(259, 'u'));
+    items.SetPassword(std::string(260, 'p'));
+    EXPECT_EQ(std::string(259, 'u'), items.GetSharedUserName());
+    EXPECT_EQ(std::string(259, 'p'), items.GetSharedPassword());
+    EXPECT_EQ(std::string(260, 'p'), items.GetPassword());
+    EXPECT_EQ(0u, Info().lastError);
+    items.SetUserName("short");
+    EXPECT_EQ("short", items.GetSharedUserName());
+    EXPECT_EQ(std::string(259, 'p'), items.GetSharedPassword());
+}
+
+TEST_F(PromptTest, AFieldWithoutATerminatorIsReadWithinItsBounds) {
+    CLDAPItems& items = Make("", "");
+    std::fill_n(Info().userName, sizeof(DirectoryInfo::userName), 'x');
+    std::fill_n(Info().password, sizeof(DirectoryInfo::password), 'y');
+    EXPECT_EQ(std::string(260, 'x'), items.GetSharedUserName());
+    EXPECT_EQ(std::string(260, 'y'), items.GetSharedPassword());
+}
+
+TEST_F(PromptTest, AWrongPasswordIsAskedForUntilItIsRight) {
+    CLDAPItems& items = Make(test::kEditor, "wrong");
+    prompt_.Type(test::kEditor, "wrong again");
+    prompt_.Type(test::kEditor, test::kEditorPassword);
+    server_.Mark();
+    EXPECT_EQ(1, items.ConnectLocation(&text_));
+    EXPECT_TRUE(items.IsConnected());
+    EXPECT_EQ(2u, prompt_.shown.size());
+    EXPECT_EQ("wrong again", prompt_.shown[1].password);
+    EXPECT_EQ(3, server_.Counts().binds);
+    EXPECT_THAT(boxes_.Texts(), ElementsAre(MessageFor(49), MessageFor(49)));
+    EXPECT_EQ(0u, Info().lastError);
+    EXPECT_EQ(test::kEditorPassword, items.GetSharedPassword());
+}
+
+TEST_F(PromptTest, ACancelledPromptIsReportedAsCancelled) {
+    CLDAPItems& items = Make(test::kEditor, "wrong");
+    EXPECT_EQ(0, items.ConnectLocation(&text_));
+    EXPECT_EQ(88u, items.LastError());
+    EXPECT_EQ(88u, Info().lastError);
+    EXPECT_EQ(MessageFor(88), text_);
+    EXPECT_EQ(1u, Info().noPrompt);
+    EXPECT_EQ("", items.GetPassword());
+    EXPECT_FALSE(items.IsConnected());
+    EXPECT_TRUE(items.IsUsable());
+    EXPECT_THAT(boxes_.Texts(), ElementsAre(MessageFor(49), MessageFor(88)));
+    const test::ShownBox box = boxes_.Boxes()[1];
+    EXPECT_EQ("Quillon", box.caption);
+    EXPECT_TRUE(box.hasErrorIcon);
+}
+
+TEST_F(PromptTest, AfterACancelNobodyIsAskedAgainForThatServer) {
+    Make(test::kEditor, "wrong").ConnectLocation(nullptr);
+    CLDAPItems& items = Make(test::kEditor, "wrong");
+    EXPECT_EQ(0, items.ConnectLocation(&text_));
+    EXPECT_EQ(88u, items.LastError());
+    EXPECT_EQ(1u, prompt_.shown.size());
+    EXPECT_EQ(3u, boxes_.Boxes().size());
+}
+
+TEST_F(PromptTest, PromptAndConnectWithPromptingOffFailsWithoutABox) {
+    CLDAPItems& items = Make(test::kEditor, test::kEditorPassword);
+    Info().noPrompt = 1;
+    server_.Mark();
+    EXPECT_EQ(0, items.PromptAndConnect(&text_));
+    EXPECT_EQ(88u, items.LastError());
+    EXPECT_EQ(MessageFor(88), text_);
+    EXPECT_EQ(0u, Info().lastError);
+    EXPECT_THAT(boxes_.Boxes(), IsEmpty());
+    EXPECT_EQ("", server_.Log());
+}
+
+TEST_F(PromptTest, PromptAndConnectUsesKnownCredentialsUnasked) {
+    CLDAPItems& items = Make(test::kEditor, test::kEditorPassword);
+    EXPECT_EQ(1, items.PromptAndConnect(&text_));
+    EXPECT_THAT(prompt_.shown, IsEmpty());
+}
+
+TEST_F(PromptTest, WhatOneLocationLearnsServesTheOthersOfItsServer) {
+    prompt_.Type(test::kEditor, test::kEditorPassword);
+    ASSERT_EQ(1, Make("", "").PromptAndConnect(nullptr));
+    CLDAPItems& other = Make("", "");
+    EXPECT_EQ(1, other.PromptAndConnect(nullptr));
+    EXPECT_EQ(1u, prompt_.shown.size());
+}
+
+TEST_F(PromptTest, ASecondFailureThatNoPromptCouldChangeIsFinal) {
+    CDepotPath location = server_.Location();
+    location.authentication = 5;
+    location.password = "wrong";
+    CLDAPItems& items = Make(location);
+    server_.Mark();
+    EXPECT_EQ(0, items.ConnectLocation(&text_));
+    EXPECT_EQ(2, server_.Counts().binds);
+    EXPECT_EQ(49u, items.LastError());
+    EXPECT_FALSE(items.IsUsable());
+    EXPECT_THAT(prompt_.shown, IsEmpty());
+}
+
+TEST_F(PromptTest, WithoutASharedBlockTheSecondFailureIsFinal) {
+    Make(test::kEditor, "wrong");
+    TakeTheBlocksName();
+    server_.Mark();
+    EXPECT_EQ(0, items_->ConnectLocation(&text_));
+    EXPECT_EQ(2, server_.Counts().binds);
+    EXPECT_EQ(49u, items_->LastError());
+    EXPECT_EQ(MessageFor(49), text_);
+    EXPECT_FALSE(items_->IsUsable());
+    EXPECT_THAT(prompt_.shown, IsEmpty());
+}
+
+TEST_F(PromptTest, WithoutASharedBlockTheRecordStillServes) {
+    Make(test::kEditor, "wrong");
+    TakeTheBlocksName();
+    items_->SetUserName("anna");
+    items_->SetPassword("secret");
+    EXPECT_EQ("anna", items_->GetUserName());
+    EXPECT_EQ("secret", items_->GetPassword());
+    EXPECT_EQ("", items_->GetSharedUserName());
+    EXPECT_EQ("", items_->GetSharedPassword());
+    items_->SetUserName(test::kEditor);
+    items_->SetPassword(test::kEditorPassword);
+    EXPECT_EQ(1, items_->ConnectLocation(&text_));
+}
+
+TEST_F(PromptTest, AServerThatIsDownIsAskedForLikeAWrongPassword) {
+    CDepotPath location = server_.Location();
+    location.port = test::ClosedPort();
+    ForgetServer(location.port);
+    CLDAPItems& items = Make(location);
+    prompt_.Type(test::kEditor, test::kEditorPassword);
+    EXPECT_EQ(0, items.ConnectLocation(&text_));
+    EXPECT_EQ(88u, items.LastError());
+    EXPECT_EQ(2u, prompt_.shown.size());
+    EXPECT_THAT(boxes_.Texts(), ElementsAre(MessageFor(81), MessageFor(81), MessageFor(88)));
+}
+
+}  // namespace
+}  // namespace depot

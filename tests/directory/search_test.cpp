@@ -1,0 +1,212 @@
+#include "support/directory_fixture.h"
+
+namespace depot {
+namespace {
+
+using test::ForgetServer;
+using test::MessageFor;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+
+class SearchTest : public test::DirectoryFixture {
+protected:
+    std::string Dn(const std::string& name) const { return "cn=" + name + "," + base_; }
+
+    static std::string Text(const FileBuffer& buffer) {
+        return std::string(reinterpret_cast<const char*>(buffer.bytes.get()), buffer.length);
+    }
+    static FileBuffer Junk() {
+        FileBuffer buffer;
+        buffer.length = 3;
+        buffer.bytes = std::make_unique<std::uint8_t[]>(3);
+        return buffer;
+    }
+
+    std::string text_ = "junk";
+};
+
+TEST_F(SearchTest, FindingAnEntryAsksForItAloneAndForNoAttributes) {
+    server_.AddFile("a.krc", base_, "x");
+    Connected();
+    server_.Mark();
+    EXPECT_EQ(0u, Connected().FindEntry(base_));
+    const std::string log = server_.Log();
+    EXPECT_THAT(log, HasSubstr("SRCH base=\"" + base_ + "\" scope=0"));
+    EXPECT_THAT(log, HasSubstr("SRCH attr=1.1\n"));
+    EXPECT_THAT(log, HasSubstr("nentries=1 "));
+}
+
+TEST_F(SearchTest, FindingGivesTheDirectorysCode) {
+    EXPECT_EQ(32u, Connected().FindEntry(Dn("missing")));
+    EXPECT_EQ(34u, Connected().FindEntry("not a name"));
+}
+
+TEST_F(SearchTest, ABaseWithMoreEntriesThanTheServersLimitIsFound) {
+    std::string entries;
+    for (int index = 0; index < 700; ++index) {
+        const std::string name = "f" + std::to_string(index) + ".krc";
+        entries += "dn: " + Dn(name) + "\nobjectClass: quillonFileBinary\ncn: " + name +
+                   "\nquillonFileContentsBinary: x\n\n";
+    }
+    server_.Apply(entries);
+    EXPECT_EQ(0u, Connected().FindEntry(base_));
+    LdapItemList children;
+    EXPECT_EQ(0, Connected().ListChildren(base_, children));
+    EXPECT_EQ(4u, Connected().LastError());
+}
+
+TEST_F(SearchTest, ReadingAsksForTheEntryAndItsContentsOnly) {
+    server_.AddFile("a.krc", base_, "bytes");
+    Connected();
+    server_.Mark();
+    FileBuffer buffer = Junk();
+    EXPECT_EQ(1, Connected().ReadFileContents(Dn("a.krc"), buffer));
+    EXPECT_EQ("bytes", Text(buffer));
+    const std::string log = server_.Log();
+    EXPECT_THAT(log, HasSubstr("scope=0"));
+    EXPECT_THAT(log, HasSubstr("SRCH attr=quillonFileContentsBinary\n"));
+    EXPECT_EQ((test::OperationCounts{.searches = 1}), server_.Counts());
+}
+
+TEST_F(SearchTest, ReadingMatchesADnOfAnotherLetterCase) {
+    server_.AddFile("Report.krc", base_, "bytes");
+    FileBuffer buffer;
+    EXPECT_EQ(1, Connected().ReadFileContents("CN=REPORT.KRC," + base_, buffer));
+    EXPECT_EQ("bytes", Text(buffer));
+}
+
+TEST_F(SearchTest, ReadingAnotherAttributeTakesThatOne) {
+    server_.Apply("dn: " + Dn("sub") + "\nobjectClass: quillonFolder\ncn: sub\ndescription: d\n");
+    FileBuffer buffer;
+    EXPECT_EQ(1, Connected().ReadFileContents(Dn("sub"), buffer, "DESCRIPTION"));
+    EXPECT_EQ("d", Text(buffer));
+}
+
+TEST_F(SearchTest, ReadingAnEntryWithoutContentsGivesAnEmptyBuffer) {
+    server_.AddFolder("sub", base_);
+    FileBuffer buffer = Junk();
+    EXPECT_EQ(1, Connected().ReadFileContents(Dn("sub"), buffer));
+    EXPECT_EQ(0u, buffer.length);
+    EXPECT_EQ(nullptr, buffer.bytes);
+}
+
+TEST_F(SearchTest, ReadingAMissingEntryFails) {
+    FileBuffer buffer = Junk();
+    EXPECT_EQ(0, Connected().ReadFileContents(Dn("missing.krc"), buffer));
+    EXPECT_EQ(32u, Connected().LastError());
+    EXPECT_EQ(0u, buffer.length);
+    EXPECT_EQ(0, Connected().ReadFileContents("not a name", buffer));
+    EXPECT_EQ(34u, Connected().LastError());
+    EXPECT_THAT(boxes_.Boxes(), IsEmpty());
+}
+
+TEST_F(SearchTest, EnsuringAFilesPathCreatesItsMissingFolderOnly) {
+    server_.AddFolder("root", base_);
+    Connected();
+    server_.Mark();
+    EXPECT_EQ(1, Connected().EnsureFolderPath("CN=a.krc,CN=sub," + Dn("root"), false, &text_));
+    EXPECT_EQ(1, server_.Counts().adds);
+    EXPECT_TRUE(server_.Holds("cn=sub," + Dn("root")));
+    EXPECT_FALSE(server_.Holds("cn=a.krc,cn=sub," + Dn("root")));
+    EXPECT_EQ("junk", text_);
+    EXPECT_TRUE(Connected().IsConnected());
+}
+
+TEST_F(SearchTest, EnsuringAPathCreatesTheUpperFolderFirst) {
+    Connected();
+    server_.Mark();
+    EXPECT_EQ(1, Connected().EnsureFolderPath("CN=a.krc,CN=sub,CN=root," + base_, false, &text_));
+    const std::string log = server_.Log();
+    const std::size_t root = log.find("ADD dn=\"cn=root,");
+    const std::size_t sub = log.find("ADD dn=\"cn=sub,");
+    ASSERT_NE(std::string::npos, root) << log;
+    ASSERT_NE(std::string::npos, sub) << log;
+    EXPECT_LT(root, sub);
+    EXPECT_EQ(2, server_.Counts().adds);
+}
+
+TEST_F(SearchTest, EnsuringAFoldersPathIncludesTheFolder) {
+    EXPECT_EQ(1, Connected().EnsureFolderPath("CN=sub," + base_, false, &text_));
+    EXPECT_TRUE(server_.Holds(Dn("sub")));
+}
+
+TEST_F(SearchTest, EnsuringAnExistingPathAsksOnce) {
+    Connected();
+    server_.Mark();
+    EXPECT_EQ(1, Connected().EnsureFolderPath("CN=a.krc," + base_, false, &text_));
+    EXPECT_EQ((test::OperationCounts{.searches = 1}), server_.Counts());
+    EXPECT_THAT(server_.Log(), Not(HasSubstr("scope=2")));
+}
+
+TEST_F(SearchTest, EnsuringAPathBeyondAsciiCreatesItsFolders) {
+    EXPECT_EQ(1, Connected().EnsureFolderPath("CN=\xE9t\xE9," + base_, false, &text_));
+    LdapItemList children;
+    EXPECT_EQ(1, Connected().ListChildren(base_, children));
+    ASSERT_EQ(1u, children.Count());
+    EXPECT_EQ("CN=\xE9t\xE9," + base_, children.At(0).path);
+}
+
+TEST_F(SearchTest, EnsuringWithConnectLeavesTheObjectDisconnected) {
+    location_ = server_.Location(base_).Clone();
+    items_ = std::make_unique<CLDAPItems>(location_.get());
+    server_.Mark();
+    EXPECT_EQ(1, items_->EnsureFolderPath("CN=sub," + base_, true, &text_));
+    EXPECT_FALSE(items_->IsConnected());
+    EXPECT_TRUE(items_->IsUsable());
+    EXPECT_EQ(1, server_.Counts().binds);
+    EXPECT_TRUE(server_.Holds(Dn("sub")));
+    ASSERT_EQ(1, items_->ConnectLocation(nullptr));
+    EXPECT_EQ(1, items_->EnsureFolderPath("CN=sub," + base_, true, &text_));
+    EXPECT_FALSE(items_->IsConnected());
+}
+
+TEST_F(SearchTest, EnsuringWithConnectFailsWhenTheUserCancels) {
+    location_ = server_.Location(base_).Clone();
+    location_->password.clear();
+    items_ = std::make_unique<CLDAPItems>(location_.get());
+    EXPECT_EQ(0, items_->EnsureFolderPath("CN=sub," + base_, true, &text_));
+    EXPECT_EQ(88u, items_->LastError());
+    EXPECT_EQ(MessageFor(88), text_);
+    EXPECT_FALSE(server_.Holds(Dn("sub")));
+}
+
+TEST_F(SearchTest, EnsuringNothingFails) {
+    EXPECT_EQ(0, Connected().EnsureFolderPath("", true, &text_));
+    EXPECT_TRUE(Connected().IsConnected());
+}
+
+TEST_F(SearchTest, EnsuringAnInvalidNameFails) {
+    EXPECT_EQ(0, Connected().EnsureFolderPath("not a name", false, &text_));
+    EXPECT_EQ(34u, Connected().LastError());
+    EXPECT_EQ(MessageFor(34), text_);
+}
+
+TEST_F(SearchTest, EnsuringAPathThatTheServerRefusesToReadFails) {
+    // The client takes this name apart, the server does not know its attribute.
+    EXPECT_EQ(0, Connected().EnsureFolderPath("nosuchattribute=a," + base_, false, &text_));
+    EXPECT_EQ(34u, Connected().LastError());
+    EXPECT_EQ(MessageFor(34), text_);
+}
+
+TEST_F(SearchTest, EnsuringAFolderOfAnotherKindFailsOnItsName) {
+    EXPECT_EQ(0, Connected().EnsureFolderPath("CN=a.krc,ou=other," + base_, false, &text_));
+    EXPECT_EQ(34u, Connected().LastError());
+    EXPECT_EQ(MessageFor(34), text_);
+    EXPECT_THAT(server_.Show(base_, "one", "1.1"), "");
+}
+
+TEST_F(SearchTest, EnsuringAFolderThatCannotBeAddedIsAParameterError) {
+    location_ = server_.Location(base_).Clone();
+    location_->username = test::kReader;
+    location_->password = test::kReaderPassword;
+    items_ = std::make_unique<CLDAPItems>(location_.get());
+    ASSERT_EQ(1, items_->ConnectLocation(nullptr));
+    EXPECT_EQ(0, items_->EnsureFolderPath("CN=sub," + base_, false, &text_));
+    EXPECT_EQ(89u, items_->LastError());
+    EXPECT_EQ(MessageFor(89), text_);
+    EXPECT_THAT(boxes_.Boxes(), IsEmpty());
+}
+
+}  // namespace
+}  // namespace depot

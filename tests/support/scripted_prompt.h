@@ -1,0 +1,34 @@
+// A user who answers the credentials prompt as a test says.
+#pragma once
+
+#include <deque>
+#include <optional>
+#include <vector>
+
+#include "directory/credentials_prompt.h"
+
+namespace depot::test {
+
+// Answers with the next entry of `answers`, nothing being a cancel; then cancels for ever.
+class ScriptedPrompt : public CredentialsPrompt {
+public:
+    bool Show(Credentials& credentials) override {
+        shown.push_back(credentials);
+        if (answers.empty()) return false;
+        const std::optional<Credentials> answer = answers.front();
+        answers.pop_front();
+        if (!answer) return false;
+        credentials.userName = answer->userName;
+        credentials.password = answer->password;
+        return true;
+    }
+
+    void Type(const std::string& userName, const std::string& password) {
+        answers.push_back(Credentials{{}, userName, password});
+    }
+
+    std::vector<Credentials> shown;
+    std::deque<std::optional<Credentials>> answers;
+};
+
+}  // namespace depot::test
