@@ -37,15 +37,6 @@ STDMETHODIMP CDepotIntrApi::DPCopyFileToLocalFS(LONG_PTR, BSTR*, BSTR*, VARIANT_
     return S_FALSE;
 }
 
-STDMETHODIMP CDepotIntrApi::DPFindInit(LONG_PTR* plDPIntr, BSTR*, BSTR*, APP_TYPE, LONG*) noexcept {
-    if (plDPIntr != nullptr) *plDPIntr = 0;
-    return S_FALSE;
-}
-
-STDMETHODIMP CDepotIntrApi::DPFindNext(LONG_PTR, LONG, BSTR* bstrFileName) noexcept {
-    return RefuseText(bstrFileName);
-}
-
 STDMETHODIMP CDepotIntrApi::DPMakeCopyFromSrcFile(LONG_PTR, BSTR*, BSTR*) noexcept {
     return S_FALSE;
 }
