@@ -12,7 +12,7 @@ constexpr DWORD kFirstVersionWithNewCopyNames = 6;
 }  // namespace
 
 DepotSession::DepotSession() {
-    if (!folders_.UserFolder().empty()) Depots();
+    if (!folders_.UserFolder().empty()) ShareUserFolder();
     systemMajorVersion_ = SystemVersion().dwMajorVersion;
     newCopyNames_ = systemMajorVersion_ >= kFirstVersionWithNewCopyNames;
 }
@@ -25,6 +25,10 @@ DepotSession::~DepotSession() {
 CDepots& DepotSession::Depots() {
     if (!depots_) depots_ = std::make_unique<CDepots>(kDepotsKey, folders_.UserFolder());
     return *depots_;
+}
+
+void DepotSession::ShareUserFolder() {
+    FillSlot(Depots().GetReplacers()->Data()->userFolder, folders_.UserFolder());
 }
 
 void DepotSession::LoadFile(const std::string& path) {

@@ -16,7 +16,8 @@ namespace depot {
 // one thread at a time; registry changes made while it lives are not seen by it.
 class DepotSession {
 public:
-    // Looks up the user's folder and, when there is one, loads the depots.
+    // Looks up the user's folder and, when there is one, loads the depots and tells the path
+    // macros.
     DepotSession();
     // Lets go of the current file first, then of everything else.
     ~DepotSession();
@@ -42,6 +43,9 @@ public:
     std::unique_ptr<DepotFileContext> currentFile;
 
 private:
+    // Stores the user's folder where the path macros of the whole process find it.
+    void ShareUserFolder();
+
     DWORD systemMajorVersion_ = 0;
     bool newCopyNames_ = false;
     std::unique_ptr<CDepots> depots_;

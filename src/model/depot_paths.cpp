@@ -2,10 +2,19 @@
 
 #include <algorithm>
 
+#include "macros/replacers.h"
+#include "model/depot.h"
+#include "model/depots.h"
 #include "platform/text.h"
 
 namespace depot {
 namespace {
+
+// Returns the list of depots that the location belongs to, or null.
+CDepots* OwningList(const CDepotPath& location) {
+    const CDepotPaths* const paths = location.owner;
+    return paths != nullptr && paths->owner != nullptr ? paths->owner->owner : nullptr;
+}
 
 bool IsReachable(CDepotPath& location) {
     if (location.type == kDirectoryLocation) return false;
@@ -56,8 +65,13 @@ void CDepotPaths::ChooseLocation() {
 }
 
 std::string ExpandedPath(CDepotPath& location) {
-    if (location.locationText.empty()) location.locationText = location.path;
-    return location.locationText;
+    if (!location.locationText.empty() || location.path.empty()) return location.locationText;
+    std::string text = location.path;
+    if (CDepots* const depots = OwningList(location)) {
+        ExpandReplacers(depots->GetReplacers()->Data(), text);
+    }
+    location.locationText = text;
+    return text;
 }
 
 bool PathExists(const std::string& path) {

@@ -55,7 +55,8 @@ private:
     CDepotPath* activeLocation_ = nullptr;
 };
 
-// Returns the location's path with its macros expanded, kept in the record after the first time.
+// Returns the location's path with its macros expanded, kept in the record after the first time. A
+// location that belongs to no list of depots keeps its macros.
 std::string ExpandedPath(CDepotPath& location);
 
 // Tells whether a file or folder of that name exists, whatever may be done with it.

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "macros/replacer_cache.h"
 #include "model/localization.h"
 #include "platform/paths.h"
 
@@ -38,6 +39,7 @@ CDepots::CDepots(const std::string& path, const std::string& userDir) : userDirO
 
 CDepots::~CDepots() {
     filteredView.reset();
+    if (!ownsReplacerCache) static_cast<void>(replacerCache.release());  // stays its lender's
     RemoveAllElements(array_, ownsItems);
 }
 
@@ -125,8 +127,18 @@ CDepot* CDepots::ChooseDefault() const {
     return Count() > 0 ? At(0) : nullptr;
 }
 
-std::string CDepots::GetUserDir(bool /*useCache*/) const {
-    return userDirOverride;
+MacroCacheHolder* CDepots::GetReplacers() {
+    const ReplacerLock lock;
+    if (!replacerCache) {
+        replacerCache = OpenReplacerCache(GetUserDir(false), LanguageCode());
+        ownsReplacerCache = true;
+    }
+    return replacerCache.get();
+}
+
+std::string CDepots::GetUserDir(bool useCache) {
+    if (!userDirOverride.empty() || !useCache) return userDirOverride;
+    return SlotText(GetReplacers()->Data()->userFolder);
 }
 
 }  // namespace depot

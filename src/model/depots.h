@@ -6,6 +6,7 @@
 
 #include "model/depot.h"
 #include "model/owned_list.h"
+#include "platform/macro_cache.h"
 #include "platform/registry_key.h"
 
 namespace depot {
@@ -56,15 +57,23 @@ public:
     // those without one.
     void SortByOrderIndex();
 
-    // Returns the user's folder: the override when there is one, else nothing.
-    std::string GetUserDir(bool useCache) const;
+    // Returns the values of the path macros, which all lists of the process share. The first call
+    // opens them and fills in what is still missing; every call, the first or not, takes and
+    // signals the event that serialises this among all processes. Never null.
+    MacroCacheHolder* GetReplacers();
+
+    // Returns the user's folder: the override when there is one, else, with `useCache`, the one in
+    // the macro cache, else nothing.
+    std::string GetUserDir(bool useCache);
 
     bool ownsItems = false;
     std::string keyPath;
     CDepot* defaultDepot = nullptr;  // never owned
     bool hasConfiguredDepots = false;
     std::string userDirOverride;
-    std::unique_ptr<CDepots> filteredView;  // borrows from this list; made on first use
+    std::unique_ptr<MacroCacheHolder> replacerCache;  // null until first use
+    bool ownsReplacerCache = true;                    // cleared while the holder is only borrowed
+    std::unique_ptr<CDepots> filteredView;            // borrows from this list; made on first use
 
 private:
     void AddDepotsBelow(const RegistryKey& key, HKEY rootKey, REGSAM viewFlags);

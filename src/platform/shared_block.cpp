@@ -1,0 +1,40 @@
+#include "platform/shared_block.h"
+
+#include <cstdio>
+#include <cstring>
+
+namespace depot {
+namespace {
+
+constexpr char kUnnamedBlockPrefix[] = "Quillon - File Mapping - ";
+
+}  // namespace
+
+int OpenSharedBlock(const char* name, std::uint32_t size, UniqueHandle& handle, UniqueView& view) {
+    const std::string blockName =
+        name != nullptr && *name != '\0' ? name : ProcessBlockName(kUnnamedBlockPrefix);
+    view.reset();
+    handle.reset();
+    handle.reset(CreateFileMappingA(INVALID_HANDLE_VALUE, nullptr, PAGE_READWRITE, 0, size,
+                                    blockName.c_str()));
+    const bool existed = GetLastError() == ERROR_ALREADY_EXISTS;
+    if (!handle) return 0;
+    view.reset(MapViewOfFile(handle.get(), FILE_MAP_WRITE, 0, 0, size));
+    if (existed) return 0;
+    if (view) std::memset(view.get(), 0, size);
+    return 1;
+}
+
+void CloseSharedBlock(SharedBlockLink& link) {
+    link.view.reset();
+    link.handle.reset();
+    link.key.clear();
+}
+
+std::string ProcessBlockName(std::string_view prefix, DWORD processId) {
+    char number[16];
+    std::snprintf(number, sizeof(number), "0x%08ld", static_cast<long>(processId));
+    return std::string(prefix) + number;
+}
+
+}  // namespace depot
