@@ -15,4 +15,8 @@ std::string LanguageCode() {
     return installed.languageCode ? installed.languageCode() : "eng";
 }
 
+std::optional<std::string> LocalizedText(unsigned id) {
+    return installed.text ? installed.text(id) : std::nullopt;
+}
+
 }  // namespace depot

@@ -11,12 +11,20 @@ struct Localization {
     // Returns the language code of the user interface without a leading dot, such as "eng"; empty
     // when none can be found.
     std::string (*languageCode)() = nullptr;
+    // Returns a string of the localized resources by its number (see resource_ids.h); nothing when
+    // it cannot be had.
+    std::optional<std::string> (*text)(unsigned id) = nullptr;
 };
 
 // Replaces the source of localized texts. Called once, before any other thread uses the component.
 void InstallLocalization(const Localization& localization);
 
-// The language code of the user interface; "eng" until a source is installed.
+// The language code of the user interface at this moment: a change of the settings shows in the
+// next answer. "eng" until a source is installed.
 std::string LanguageCode();
+
+// A string of the localized resources; nothing when it cannot be had or no source is installed, so
+// that the caller uses its own English text.
+std::optional<std::string> LocalizedText(unsigned id);
 
 }  // namespace depot
