@@ -22,10 +22,9 @@ constexpr TextValue kCredentials[] = {
 };
 
 constexpr NumberValue kNumbers[] = {
-    {"Port", &CDepotPath::port},
-    {"Authentication", &CDepotPath::authentication},
-    {"Version", &CDepotPath::version},
-    {"ConnectTimeout", &CDepotPath::connectTimeout},
+    {"Port", &CDepotPath::port},         {"Authentication", &CDepotPath::authentication},
+    {"Version", &CDepotPath::version},   {"ConnectTimeout", &CDepotPath::connectTimeout},
+    {"Security", &CDepotPath::security},
 };
 
 constexpr TextValue kSchemaNames[] = {
@@ -59,6 +58,7 @@ void CDepotPath::Reset(CDepotPaths* owningPaths) {
     authentication = kSimpleAuthentication;
     version = kDefaultVersion;
     connectTimeout = kDefaultConnectTimeout;
+    security = 0;
     handleSlot = nullptr;
     indexSlot = kWritabilityUnknown;
 }

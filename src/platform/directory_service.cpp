@@ -4,6 +4,7 @@
 #include "platform/handles.h"
 #include "platform/module_state.h"
 #include "platform/paths.h"
+#include "platform/system_folder.h"
 #include "platform/text.h"
 
 namespace depot {
@@ -13,13 +14,6 @@ constexpr WORD kFolderLookupOrdinal = 34;
 constexpr char kLibrary[] = "qdirsvc.dll";
 
 using FolderLookup = int(__stdcall*)(int category, int item, char* buffer, unsigned size);
-
-std::string SystemFolder() {
-    char folder[kMaxPathBytes] = {};
-    return GetSystemDirectoryA(folder, sizeof(folder)) < sizeof(folder)
-               ? EnsureTrailingBackslash(folder)
-               : std::string();
-}
 
 UniqueModule LoadFrom(const std::string& folder) {
     return UniqueModule(folder.empty() ? nullptr : LoadLibraryA((folder + kLibrary).c_str()));

@@ -1,0 +1,26 @@
+// How the directory layer asks the user for credentials without knowing the dialog.
+#pragma once
+
+#include <string>
+
+namespace depot {
+
+// What a location's server is asked with; texts are in the ANSI code page.
+struct Credentials {
+    std::string server;
+    std::string userName;
+    std::string password;
+};
+
+// Implemented by the model layer and handed to the directory layer.
+class CredentialsPrompt {
+public:
+    virtual ~CredentialsPrompt() = default;
+
+    // Shows the server and what is known of the user name and the password, and waits for the user.
+    // Returns true when the user confirmed, with both texts replaced by what was typed; false, with
+    // `credentials` as they were, when the user cancelled or nothing could be shown.
+    virtual bool Show(Credentials& credentials) = 0;
+};
+
+}  // namespace depot

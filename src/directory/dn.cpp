@@ -1,0 +1,171 @@
+#include "directory/dn.h"
+
+#include <algorithm>
+
+#include "platform/paths.h"
+#include "platform/text.h"
+
+namespace depot {
+namespace {
+
+constexpr std::string_view kParentStep = "\\..";
+
+// A component that is exactly ".." and has a name, not just the base, before it.
+std::size_t FindParentStep(std::string_view path) {
+    for (std::size_t at = path.find(kParentStep); at != std::string_view::npos;
+         at = path.find(kParentStep, at + 1)) {
+        const std::size_t end = at + kParentStep.size();
+        const bool whole = end == path.size() || path[end] == '\\';
+        if (whole) return at;
+    }
+    return std::string_view::npos;
+}
+
+std::string ResolveParentSteps(std::string path) {
+    for (;;) {
+        const std::size_t step = FindParentStep(path);
+        if (step == std::string::npos || step == 0) return path;
+        const std::size_t previous = path.rfind('\\', step - 1);
+        if (previous == std::string::npos) return path;
+        path.erase(previous, step + kParentStep.size() - previous);
+    }
+}
+
+std::optional<std::string> WithoutPrefix(std::string_view component, const std::string& prefix) {
+    const std::size_t at = FindNoCase(component, prefix);
+    if (at == std::string_view::npos) return std::nullopt;
+    std::string name(component);
+    return name.erase(at, prefix.size());
+}
+
+int HexDigit(char c) {
+    if (c >= '0' && c <= '9') return c - '0';
+    const char lower = LowerCase(c);
+    return lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : -1;
+}
+
+// Returns the byte of the escape "\XX" at that position when it lies above ASCII.
+std::optional<char> EscapedByteAt(std::string_view text, std::size_t at) {
+    if (at + 2 >= text.size() || text[at] != '\\') return std::nullopt;
+    const int high = HexDigit(text[at + 1]);
+    const int low = HexDigit(text[at + 2]);
+    if (high < 8 || low < 0) return std::nullopt;
+    return static_cast<char>(static_cast<unsigned char>(high * 16 + low));
+}
+
+std::string EscapedRunAt(std::string_view text, std::size_t at) {
+    std::string bytes;
+    while (const std::optional<char> byte = EscapedByteAt(text, at + 3 * bytes.size())) {
+        bytes.push_back(*byte);
+    }
+    return bytes;
+}
+
+bool IsForbiddenInLocalName(char c) {
+    constexpr std::string_view kForbidden = "\\/:*?\"<>|";
+    return static_cast<unsigned char>(c) < ' ' || c == '\x7f' ||
+           kForbidden.find(c) != std::string_view::npos;
+}
+
+// Returns the name as the system looks devices up: before the first dot, without blanks at its end.
+std::string_view DeviceStem(std::string_view name) {
+    const std::string_view stem = name.substr(0, name.find('.'));
+    return stem.substr(0, stem.find_last_not_of(' ') + 1);
+}
+
+bool IsNumberedDevice(std::string_view stem) {
+    if (!StartsWithNoCase(stem, "COM") && !StartsWithNoCase(stem, "LPT")) return false;
+    // The superscript digits one to three of the ANSI code page count as digits, too.
+    constexpr std::string_view kDigits = "0123456789\xb9\xb2\xb3";
+    return stem.size() == 4 && kDigits.find(stem[3]) != std::string_view::npos;
+}
+
+bool IsDeviceName(std::string_view name) {
+    constexpr const char* kDevices[] = {"CON", "PRN", "AUX", "NUL", "CONIN$", "CONOUT$", "CLOCK$"};
+    const std::string_view stem = DeviceStem(name);
+    return IsNumberedDevice(stem) ||
+           std::any_of(std::begin(kDevices), std::end(kDevices),
+                       [&](const char* device) { return EqualsNoCase(stem, device); });
+}
+
+}  // namespace
+
+bool NamingAttributes::AreTheSame() const {
+    return EqualsNoCase(folder, file);
+}
+
+std::string EntryDN(std::string_view attribute, std::string_view name, std::string_view parent) {
+    return std::string(attribute).append("=").append(name).append(",").append(parent);
+}
+
+std::string PathToDN(std::string_view path, const NamingAttributes& attributes) {
+    std::string rest = ResolveParentSteps(RemoveTrailingBackslash(path));
+    std::string dn;
+    for (std::size_t at = rest.rfind('\\'); at != std::string::npos; at = rest.rfind('\\')) {
+        const std::string name = rest.substr(at + 1);
+        const bool isFile = name.find('.') != std::string::npos;
+        dn.append(isFile ? attributes.file : attributes.folder).append("=").append(name);
+        dn.push_back(',');
+        rest.resize(at);
+    }
+    return dn.append(rest);
+}
+
+std::optional<EntryName> SplitFirstComponent(std::string_view component,
+                                             const NamingAttributes& attributes,
+                                             FileExtension extension) {
+    std::optional<std::string> name = WithoutPrefix(component, attributes.file + "=");
+    bool isFolder = name && attributes.AreTheSame() && name->find('.') == std::string::npos;
+    if (!name) {
+        name = WithoutPrefix(component, attributes.folder + "=");
+        isFolder = true;
+    }
+    if (!name) return std::nullopt;
+    if (!isFolder && extension == FileExtension::kStrip) *name = StripExtension(*name);
+    return EntryName{*std::move(name), isFolder};
+}
+
+std::string JoinComponents(const std::vector<std::string>& components, std::size_t first) {
+    std::string dn;
+    for (std::size_t index = first; index < components.size(); ++index) {
+        if (index > first) dn.push_back(',');
+        dn.append(components[index]);
+    }
+    return dn;
+}
+
+std::string DecodeNonAsciiEscapes(std::string_view component,
+                                  std::optional<std::string> (*convert)(std::string_view utf8)) {
+    std::string decoded;
+    for (std::size_t at = 0; at < component.size();) {
+        const std::string run = EscapedRunAt(component, at);
+        const std::size_t length = std::max<std::size_t>(3 * run.size(), 1);
+        const std::optional<std::string> text = run.empty() ? std::nullopt : convert(run);
+        decoded.append(text ? *text : std::string(component.substr(at, length)));
+        at += length;
+    }
+    return decoded;
+}
+
+bool IsSafeLocalName(std::string_view name) {
+    if (name.empty() || name.back() == '.' || name.back() == ' ') return false;
+    return std::none_of(name.begin(), name.end(), IsForbiddenInLocalName) && !IsDeviceName(name);
+}
+
+std::string UnsafeNamesText(std::uint32_t count) {
+    if (count == 0) return {};
+    const std::string entries = count == 1 ? " entry was" : " entries were";
+    return std::to_string(count) + entries +
+           " left out: the name cannot be the name of a local file.";
+}
+
+std::string ServerKey(std::string_view host, std::uint32_t port) {
+    // An object's name has at most 259 characters, 30 of which precede the key; a backslash in it
+    // would stand for a folder of objects.
+    constexpr std::size_t kLongestKey = 259 - 30;
+    std::string key = ToLower(host).append(":").append(std::to_string(port)).substr(0, kLongestKey);
+    std::replace(key.begin(), key.end(), '\\', '/');
+    return key;
+}
+
+}  // namespace depot

@@ -1,0 +1,233 @@
+// Listing, adding, rewriting, renaming and deleting entries.
+#include <array>
+#include <cstring>
+
+#include "directory/client_support.h"
+#include "directory/ldap_items.h"
+#include "platform/text.h"
+
+namespace depot {
+namespace {
+
+constexpr char kObjectClass[] = "objectClass";
+
+// What is known so far of a child whose attributes are being read.
+struct ChildFacts {
+    std::string folderName;
+    std::string fileName;
+    bool isFolder = false;
+    bool isFile = false;
+
+    bool IsNamedFolder() const { return isFolder && !folderName.empty(); }
+    bool IsNamedFile() const { return isFile && !fileName.empty(); }
+};
+
+// The names that tell a location's folders from its files.
+struct Schema {
+    NamingAttributes naming;
+    std::string folderClass;
+    std::string fileClass;
+
+    void Note(const char* attribute, const char* value, ChildFacts& facts) const {
+        if (EqualsNoCase(attribute, naming.folder)) {
+            facts.folderName = value;
+            if (naming.AreTheSame()) facts.fileName = value;
+        } else if (EqualsNoCase(attribute, naming.file)) {
+            facts.fileName = value;
+        } else if (EqualsNoCase(attribute, kObjectClass)) {
+            facts.isFolder = facts.isFolder || EqualsNoCase(value, folderClass);
+            facts.isFile = facts.isFile || EqualsNoCase(value, fileClass);
+        }
+    }
+};
+
+// Reads values only until the child is known to be a named folder or a named file: the order in
+// which a server returns them does not matter.
+ChildFacts ReadFacts(AttributeWalk& walk, const Schema& schema) {
+    ChildFacts facts;
+    for (; walk.Name(); walk.Next()) {
+        const UniqueLdapValues values = walk.Texts();
+        for (char** value = values.get(); value != nullptr && *value != nullptr; ++value) {
+            schema.Note(walk.Name(), *value, facts);
+            if (facts.IsNamedFolder() || facts.IsNamedFile()) return facts;
+        }
+    }
+    return facts;
+}
+
+// One text attribute of an entry that is to be added. The client reads it through Get.
+class TextAttribute {
+public:
+    TextAttribute(std::string name, std::string value)
+        : name_(std::move(name)), value_(std::move(value)) {}
+
+    LDAPModA* Get() {
+        values_[0] = value_.data();
+        change_.mod_op = LDAP_MOD_ADD;
+        change_.mod_type = name_.data();
+        change_.mod_vals.modv_strvals = values_.data();
+        return &change_;
+    }
+
+private:
+    std::string name_;
+    std::string value_;
+    std::array<char*, 2> values_ = {};
+    LDAPModA change_ = {};
+};
+
+// The contents of a file, to be added or to replace others. The bytes are copied.
+class ContentsAttribute {
+public:
+    ContentsAttribute(std::string name, const void* data, std::uint32_t length)
+        : name_(std::move(name)),
+          bytes_(std::make_unique<char[]>(std::size_t{length} + kFileBufferReserve)) {
+        // An attribute value cannot be empty.
+        bytes_[0] = ' ';
+        if (length > 0) std::memcpy(bytes_.get(), data, length);
+        value_ = {length > 0 ? length : 1, bytes_.get()};
+    }
+
+    LDAPModA* Get(ULONG operation) {
+        values_[0] = &value_;
+        change_.mod_op = operation | LDAP_MOD_BVALUES;
+        change_.mod_type = name_.data();
+        change_.mod_vals.modv_bvals = values_.data();
+        return &change_;
+    }
+
+private:
+    std::string name_;
+    std::unique_ptr<char[]> bytes_;
+    berval value_ = {};
+    std::array<berval*, 2> values_ = {};
+    LDAPModA change_ = {};
+};
+
+}  // namespace
+
+int CLDAPItems::ListChildren(const std::string& baseDN, LdapItemList& items,
+                             const std::string& localBase) {
+    items.Clear();
+    unsafeNames_ = 0;
+    if (LacksAny(client_.ldap_first_entry, client_.ldap_next_entry, client_.ldap_first_attribute,
+                 client_.ldap_next_attribute, client_.ldap_get_values)) {
+        return Fail(LDAP_SERVER_DOWN, nullptr);
+    }
+    // Contents stay where they are: they would be most of what a folder sends.
+    const NamingAttributes naming = NamingNames();
+    std::vector<std::string> wanted = {naming.folder, kObjectClass};
+    if (!naming.AreTheSame()) wanted.push_back(naming.file);
+    UniqueLdapMessage result;
+    const std::uint32_t code = Search(baseDN, LDAP_SCOPE_ONELEVEL, wanted, result);
+    if (code != LDAP_SUCCESS) return Fail(code, nullptr);
+    LDAP* const connection = handle_.get();
+    for (LDAPMessage* entry = client_.ldap_first_entry(connection, result.get()); entry != nullptr;
+         entry = client_.ldap_next_entry(connection, entry)) {
+        AddChild(entry, baseDN, localBase, items);
+    }
+    return 1;
+}
+
+void CLDAPItems::AddChild(LDAPMessage* entry, const std::string& baseDN,
+                          const std::string& localBase, LdapItemList& items) {
+    const Schema schema = {NamingNames(), FolderClass(), FileClass()};
+    AttributeWalk walk(client_, handle_.get(), entry);
+    const ChildFacts facts = ReadFacts(walk, schema);
+    const bool isFolder = facts.IsNamedFolder();
+    if (!isFolder && !facts.IsNamedFile()) return;
+    const std::string& name = isFolder ? facts.folderName : facts.fileName;
+    if (localBase.empty()) {
+        const std::string& attribute = isFolder ? schema.naming.folder : schema.naming.file;
+        items.Add(EntryDN(attribute, name, baseDN), isFolder);
+    } else if (IsSafeLocalName(name)) {
+        items.Add(localBase + "\\" + name, isFolder);
+    } else {
+        ++unsafeNames_;
+    }
+}
+
+int CLDAPItems::AddFolderEntry(const std::string& dn, const std::string& name,
+                               std::string* errorText) {
+    const std::uint32_t found = FindEntry(dn);
+    if (found == LDAP_INVALID_DN_SYNTAX) return Fail(found, errorText);
+    if (found == LDAP_SUCCESS) return 1;
+    if (!IsConnected()) return Fail(LDAP_SERVER_DOWN, errorText);
+    TextAttribute naming(NamingNames().folder, name);
+    TextAttribute objectClass(kObjectClass, FolderClass());
+    LDAPModA* attributes[] = {naming.Get(), objectClass.Get(), nullptr};
+    lastError_ = client_.ldap_add_s(handle_.get(), ClientText(dn), attributes);
+    return lastError_ == LDAP_SUCCESS ? 1 : Fail(lastError_, errorText);
+}
+
+std::uint32_t CLDAPItems::AddFileEntry(const std::string& dn, const std::string& name,
+                                       const void* data, std::uint32_t length) {
+    if (!IsConnected()) return lastError_ = LDAP_SERVER_DOWN;
+    TextAttribute naming(NamingNames().file, name);
+    TextAttribute objectClass(kObjectClass, FileClass());
+    depot::ContentsAttribute contents(ContentsAttribute(), data, length);
+    LDAPModA* attributes[] = {naming.Get(), objectClass.Get(), contents.Get(LDAP_MOD_ADD), nullptr};
+    return lastError_ = client_.ldap_add_s(handle_.get(), ClientText(dn), attributes);
+}
+
+std::uint32_t CLDAPItems::ReplaceFileContents(const std::string& dn, const void* data,
+                                              std::uint32_t length) {
+    if (!IsConnected()) return lastError_ = LDAP_SERVER_DOWN;
+    depot::ContentsAttribute contents(ContentsAttribute(), data, length);
+    LDAPModA* changes[] = {contents.Get(LDAP_MOD_REPLACE), nullptr};
+    return lastError_ = client_.ldap_modify_s(handle_.get(), ClientText(dn), changes);
+}
+
+int CLDAPItems::RenameEntry(const std::string& oldDN, const std::string& newDN,
+                            std::string* errorText) {
+    std::uint32_t code = LDAP_SUCCESS;
+    const auto components = ExplodeDN(newDN, code);
+    if (!components || components->empty()) {
+        return Fail(code == LDAP_SUCCESS ? std::uint32_t{LDAP_INVALID_DN_SYNTAX} : code, errorText);
+    }
+    if (!IsConnected()) return Fail(LDAP_SERVER_DOWN, errorText);
+    constexpr INT kDeleteOldName = 1;
+    const std::string parent = JoinComponents(*components, 1);
+    lastError_ =
+        client_.ldap_rename_ext_s(handle_.get(), ClientText(oldDN), ClientText(components->front()),
+                                  ClientText(parent), kDeleteOldName, nullptr, nullptr);
+    return lastError_ == LDAP_SUCCESS ? 1 : Fail(lastError_, errorText);
+}
+
+std::uint32_t CLDAPItems::DeleteEntry(const std::string& dn) {
+    lastError_ = IsConnected() ? client_.ldap_delete_s(handle_.get(), ClientText(dn))
+                               : std::uint32_t{LDAP_SERVER_DOWN};
+    return lastError_;
+}
+
+int CLDAPItems::DeleteTree(const std::string& dn, std::string* errorText) {
+    if (dn.empty()) return Fail(LDAP_PARAM_ERROR, errorText);
+    LdapItemList children;
+    ListChildren(dn, children);
+    DeleteFiles(children, errorText);
+    DeleteFolders(children);
+    const std::uint32_t code = DeleteEntry(dn);
+    return code == LDAP_SUCCESS ? 1 : Fail(code, errorText);
+}
+
+void CLDAPItems::DeleteFiles(const LdapItemList& children, std::string* errorText) {
+    for (const CLDAPItem* child : children) {
+        std::string name;
+        bool isFolder = false;
+        if (SplitEntryName(child->path, name, isFolder) == 0 || isFolder) continue;
+        const std::uint32_t code = DeleteEntry(child->path);
+        if (code != LDAP_SUCCESS) Fail(code, errorText);
+    }
+}
+
+void CLDAPItems::DeleteFolders(const LdapItemList& children) {
+    for (const CLDAPItem* child : children) {
+        std::string name;
+        bool isFolder = false;
+        if (SplitEntryName(child->path, name, isFolder) == 0 || !isFolder) continue;
+        // An empty folder goes at once; only one that still has entries is looked into.
+        if (DeleteEntry(child->path) != LDAP_SUCCESS) DeleteTree(child->path, nullptr);
+    }
+}
+
+}  // namespace depot

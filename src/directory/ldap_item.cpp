@@ -1,0 +1,32 @@
+#include "directory/ldap_item.h"
+
+#include <new>
+
+namespace depot {
+
+std::unique_ptr<CLDAPItem> CLDAPItem::Clone() const {
+    try {
+        return std::make_unique<CLDAPItem>(*this);
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
+}
+
+void CLDAPItem::CopyFrom(const CLDAPItem* other) {
+    if (other == nullptr) return;
+    path = other->path;
+    isFolder = other->isFolder;
+}
+
+void LdapItemList::Add(std::string path, bool isFolder) {
+    auto item = std::make_unique<CLDAPItem>(std::move(path), isFolder);
+    if (array_.Add(item.get())) static_cast<void>(item.release());  // the list's from here on
+}
+
+void LdapItemList::Clear() {
+    PointerArray<CLDAPItem> removed;
+    removed.Swap(array_);
+    for (CLDAPItem* item : removed) std::default_delete<CLDAPItem>()(item);
+}
+
+}  // namespace depot

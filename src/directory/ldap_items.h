@@ -1,0 +1,208 @@
+// Access to one directory location: its connection, its entries and their contents.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "config/depot_path.h"
+#include "directory/credentials_prompt.h"
+#include "directory/dn.h"
+#include "directory/ldap_handles.h"
+#include "directory/ldap_item.h"
+#include "platform/directory_client.h"
+#include "platform/directory_info_block.h"
+
+namespace depot {
+
+// A file's bytes on their way between an entry and a local file, in a block with room for
+// kFileBufferReserve bytes more. Without bytes the pointer is null.
+struct FileBuffer {
+    std::uint32_t length = 0;
+    std::unique_ptr<std::uint8_t[]> bytes;
+};
+inline constexpr std::uint32_t kFileBufferReserve = 4;
+
+// The default names of a location's schema, for which an empty text in its record stands.
+inline constexpr char kDefaultNamingAttribute[] = "CN";
+inline constexpr char kDefaultFolderClass[] = "quillonFolder";
+inline constexpr char kDefaultFileClass[] = "quillonFileBinary";
+inline constexpr char kDefaultContentsAttribute[] = "quillonFileContentsBinary";
+
+// Makes `prompt` the one that every connection asks for credentials; it stays the caller's and must
+// outlive them. With null, as at the beginning, every prompt counts as cancelled.
+void InstallCredentialsPrompt(CredentialsPrompt* prompt);
+
+// The directory access object of one location. Borrows the location's record, or owns a default one
+// when it is given none; owns its connections. Used by one thread at a time.
+//
+// Unless stated otherwise an operation returns 1 or 0 and leaves the code of a failed directory
+// call as the last error; an `errorText`, where one is given, receives the message. An object that
+// is not connected, and a missing client library or entry point, fail with code 81.
+class CLDAPItems {
+public:
+    explicit CLDAPItems(CDepotPath* location);
+    // Unbinds every handle and closes the last view of the shared block.
+    ~CLDAPItems();
+    CLDAPItems(const CLDAPItems&) = delete;
+    CLDAPItems& operator=(const CLDAPItems&) = delete;
+
+    // Connects to `host` and binds as the location says. A failure is shown in a message box; after
+    // a failed simple bind the user is asked for credentials, until the user gives up. Any other
+    // failure leaves the object unusable for good: each later attempt fails with code 81.
+    int Connect(const std::string& host, const std::string& password, const std::string& userName,
+                std::string* errorText);
+
+    // The same with the host and the credentials of the location's record.
+    int ConnectLocation(std::string* errorText);
+
+    // Gives the connection up and leaves the object unusable. Always returns 0.
+    int Disconnect();
+
+    // Ends the connection; the object can connect again. Returns 0 only when the client could not
+    // unbind.
+    int Close();
+
+    // Asks for credentials and connects with them. Returns 0 with code 88 when the user cancels
+    // (with a message box) or when prompting is off for the server (without one).
+    int PromptAndConnect(std::string* errorText);
+
+    // Makes sure that user name and password of a simple location are known. Returns 1 to go on,
+    // also when nothing had to be asked, and 0 when the user cancelled. A cancelled prompt empties
+    // the record's password and turns prompting for the server off in every process.
+    int PromptForCredentials();
+
+    // Stores the code as the last error and, unless it is 0, hands out its text and shows it.
+    void ReportError(std::uint32_t code, std::string* errorText = nullptr);
+
+    // The message for the last error that any process saw at this server, else for this object's.
+    std::string ErrorText();
+
+    // Store a text in the location's record and, cut to its 260 bytes, in the shared block.
+    void SetUserName(const std::string& userName);
+    void SetPassword(const std::string& password);
+    // Return what is in the shared block; empty when there is none.
+    std::string GetSharedUserName();
+    std::string GetSharedPassword();
+
+    std::string GetHost() const { return location_->host; }
+    std::string GetUserName() const { return location_->username; }
+    std::string GetPassword() const { return location_->password; }
+
+    // Lists the children of a folder into `items`, which is emptied first; each child's path is its
+    // DN or, with a `localBase`, that folder's path joined with the child's name. Names that cannot
+    // be local names are then left out and counted.
+    int ListChildren(const std::string& baseDN, LdapItemList& items,
+                     const std::string& localBase = {});
+    // How many children the last listing with a local base left out.
+    std::uint32_t UnsafeNames() const { return unsafeNames_; }
+
+    // Adds a folder entry; an entry that exists is left as it is and counts as success.
+    int AddFolderEntry(const std::string& dn, const std::string& name, std::string* errorText);
+
+    // Add a file entry and replace a file entry's contents; both return the directory's code.
+    //
+    // Kept: a file without bytes is stored as a single blank.
+    // Relied on by: existing directories, in which an attribute value cannot be empty.
+    std::uint32_t AddFileEntry(const std::string& dn, const std::string& name, const void* data,
+                               std::uint32_t length);
+    std::uint32_t ReplaceFileContents(const std::string& dn, const void* data,
+                                      std::uint32_t length);
+
+    // Renames an entry, or moves it when the parent differs.
+    int RenameEntry(const std::string& oldDN, const std::string& newDN, std::string* errorText);
+
+    // Deletes an entry with everything below it. Returns 1 when the entry itself is gone.
+    int DeleteTree(const std::string& dn, std::string* errorText);
+
+    // Turns "base DN\folder\file" into the DN of the entry.
+    std::string PathToDN(const std::string& path) const;
+
+    // Reads the name and the kind of an entry from its DN. Returns 0 for another kind of entry.
+    int SplitEntryName(const std::string& dn, std::string& name, bool& isFolder,
+                       FileExtension extension = FileExtension::kKeep);
+
+    // Asks whether the entry exists; returns the directory's code, 0 when it does.
+    std::uint32_t FindEntry(const std::string& dn);
+
+    // Reads the contents of the file entry, or the named attribute. Returns 1 when the entry could
+    // be searched, also when it has no such value: `buffer` is then empty.
+    int ReadFileContents(const std::string& dn, FileBuffer& buffer,
+                         const char* attributeName = nullptr);
+
+    // Makes sure that every folder above `dn`, and `dn` itself when it names a folder, exists. With
+    // `connect` the object connects first and is not connected afterwards.
+    int EnsureFolderPath(const std::string& dn, bool connect, std::string* errorText);
+
+    // The effective names of the location's schema.
+    NamingAttributes NamingNames() const;
+    std::string FolderClass() const;
+    std::string FileClass() const;
+    std::string ContentsAttribute() const;
+
+    CDepotPath& Location() const { return *location_; }
+    bool IsBound() const { return clientBound_ != 0; }
+    bool IsConnected() const { return connected_ != 0; }
+    bool IsUsable() const { return usable_ != 0; }
+    std::uint32_t LastError() const { return lastError_; }
+    void SetLastError(std::uint32_t code) { lastError_ = code; }
+    DirectoryInfoBlock& SharedInfo() { return info_; }
+    // The entry points through which this object calls the client.
+    DirectoryClient& Client() { return client_; }
+    void SetPrompt(CredentialsPrompt* prompt) { prompt_ = prompt; }
+
+private:
+    enum class PromptResult { kCancelled, kNothingAsked, kConfirmed };
+
+    UniqueLdap Own(LDAP* connection) const { return UniqueLdap(connection, {&client_}); }
+    bool OpenConnection(const std::string& host, std::string* errorText);
+    bool SetOptions(std::string* errorText);
+    bool Secure(std::string* errorText);
+    std::uint32_t Bind(const std::string& password, const std::string& userName);
+    int FinishFailedBind(const std::string& password, const std::string& userName,
+                         std::string* errorText);
+    int FailStage(const char* stage, std::uint32_t code, std::string* errorText);
+    // Stores a failure as the last error and hands out its text, without showing it.
+    int Fail(std::uint32_t code, std::string* errorText);
+    void SetSharedError(std::uint32_t code);
+    bool PromptingIsOff();
+    void TurnPromptingOff();
+    PromptResult AskForCredentials();
+    bool NothingToAsk(const Credentials& credentials);
+
+    std::uint32_t Search(const std::string& base, ULONG scope,
+                         const std::vector<std::string>& attributes, UniqueLdapMessage& result);
+    void AddChild(LDAPMessage* entry, const std::string& baseDN, const std::string& localBase,
+                  LdapItemList& items);
+    LDAPMessage* EntryNamed(LDAPMessage* result, const std::string& dn) const;
+    std::uint32_t DeleteEntry(const std::string& dn);
+    void DeleteFiles(const LdapItemList& children, std::string* errorText);
+    void DeleteFolders(const LdapItemList& children);
+    std::optional<std::vector<std::string>> ExplodeDN(const std::string& dn, std::uint32_t& code);
+    int CreateMissingFolders(const std::string& dn, std::string* errorText);
+    bool FindMissingFolders(const std::vector<std::string>& components, std::size_t first,
+                            LdapItemList& missing, std::string* errorText);
+    int AddFolders(const LdapItemList& missing, std::string* errorText);
+
+    DirectoryClient client_;
+    std::uint32_t clientBound_ = 0;
+    std::uint32_t connected_ = 0;
+    std::string filter_ = "(objectClass=*)";
+    std::uint32_t usable_ = 1;
+    std::unique_ptr<CDepotPath> ownLocation_;  // only when none was given
+    CDepotPath* location_;
+    std::uint32_t lastError_ = 0;
+    DirectoryInfoBlock info_;
+    CredentialsPrompt* prompt_;
+    std::uint32_t unsafeNames_ = 0;
+    // What the last failed bind tried; a prompt that changes nothing of it must not go on for ever.
+    std::optional<std::pair<std::string, std::string>> failedCredentials_;
+    bool lastAttempt_ = false;
+    // After the table, through which they are unbound.
+    std::vector<UniqueLdap> replacedHandles_;
+    UniqueLdap handle_;
+};
+
+}  // namespace depot

@@ -1,0 +1,170 @@
+// Finding entries, reading contents, and making sure that folders exist.
+#include <algorithm>
+#include <cstring>
+
+#include "directory/client_support.h"
+#include "directory/ldap_items.h"
+#include "platform/text.h"
+
+namespace depot {
+namespace {
+
+// Asks for no attribute at all.
+constexpr char kNoAttributes[] = "1.1";
+
+void CopyValue(const berval& value, FileBuffer& buffer) {
+    const std::size_t room = std::size_t{value.bv_len} + kFileBufferReserve;
+    buffer.bytes = std::make_unique<std::uint8_t[]>(room);
+    std::memcpy(buffer.bytes.get(), value.bv_val, value.bv_len);
+    buffer.length = value.bv_len;
+}
+
+// Returns the text in the ANSI code page, or nothing when it is not UTF-8 or has no such form.
+std::optional<std::string> AnsiFromUtf8(std::string_view utf8) {
+    wchar_t wide[512];
+    char narrow[512];
+    const int units = MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, utf8.data(),
+                                          static_cast<int>(utf8.size()), wide, std::size(wide));
+    BOOL lossy = FALSE;
+    const int bytes = WideCharToMultiByte(CP_ACP, WC_NO_BEST_FIT_CHARS, wide, units, narrow,
+                                          std::size(narrow), nullptr, &lossy);
+    if (units == 0 || bytes == 0 || lossy) return std::nullopt;
+    return std::string(narrow, static_cast<std::size_t>(bytes));
+}
+
+}  // namespace
+
+std::uint32_t CLDAPItems::Search(const std::string& base, ULONG scope,
+                                 const std::vector<std::string>& attributes,
+                                 UniqueLdapMessage& result) {
+    if (!IsConnected()) return LDAP_SERVER_DOWN;
+    std::vector<char*> names;
+    for (const std::string& attribute : attributes) names.push_back(ClientText(attribute));
+    names.push_back(nullptr);
+    LDAPMessage* message = nullptr;
+    const std::uint32_t code = client_.ldap_search_s(
+        handle_.get(), ClientText(base), scope, ClientText(filter_), names.data(), 0, &message);
+    // A refused search has a message, too.
+    result = UniqueLdapMessage(message, {&client_});
+    return code;
+}
+
+std::uint32_t CLDAPItems::FindEntry(const std::string& dn) {
+    // The entry alone, without attributes: its subtree would carry every file's contents.
+    UniqueLdapMessage result;
+    return Search(dn, LDAP_SCOPE_BASE, {kNoAttributes}, result);
+}
+
+LDAPMessage* CLDAPItems::EntryNamed(LDAPMessage* result, const std::string& dn) const {
+    LDAP* const connection = handle_.get();
+    for (LDAPMessage* entry = client_.ldap_first_entry(connection, result); entry != nullptr;
+         entry = client_.ldap_next_entry(connection, entry)) {
+        const UniqueLdapText name(client_.ldap_get_dn(connection, entry), {&client_});
+        if (name && EqualsNoCase(name.get(), dn)) return entry;
+    }
+    return nullptr;
+}
+
+int CLDAPItems::ReadFileContents(const std::string& dn, FileBuffer& buffer,
+                                 const char* attributeName) {
+    buffer = {};
+    if (LacksAny(client_.ldap_first_entry, client_.ldap_get_dn, client_.ldap_first_attribute,
+                 client_.ldap_get_values_len)) {
+        return Fail(LDAP_SERVER_DOWN, nullptr);
+    }
+    const std::string wanted = attributeName ? attributeName : ContentsAttribute();
+    UniqueLdapMessage result;
+    const std::uint32_t code = Search(dn, LDAP_SCOPE_BASE, {wanted}, result);
+    if (code != LDAP_SUCCESS) return Fail(code, nullptr);
+    LDAPMessage* const entry = EntryNamed(result.get(), dn);
+    if (entry == nullptr) return 1;
+    AttributeWalk walk(client_, handle_.get(), entry);
+    for (; walk.Name(); walk.Next()) {
+        if (!EqualsNoCase(walk.Name(), wanted)) continue;
+        const UniqueLdapBytes values = walk.Bytes();
+        if (values && *values) CopyValue(**values, buffer);
+        break;
+    }
+    return 1;
+}
+
+std::optional<std::vector<std::string>> CLDAPItems::ExplodeDN(const std::string& dn,
+                                                              std::uint32_t& code) {
+    const UniqueLdapValues exploded(client_.ldap_explode_dn(ClientText(dn), 0), {&client_});
+    code = LDAP_SUCCESS;
+    if (!exploded) {
+        code = IsMissing(client_.ldap_explode_dn) ? LDAP_SERVER_DOWN : LDAP_INVALID_DN_SYNTAX;
+        return std::nullopt;
+    }
+    std::vector<std::string> components;
+    for (char** component = exploded.get(); *component != nullptr; ++component) {
+        // Some clients turn every letter beyond ASCII into escapes, others leave it.
+        components.push_back(DecodeNonAsciiEscapes(*component, &AnsiFromUtf8));
+    }
+    return components;
+}
+
+int CLDAPItems::SplitEntryName(const std::string& dn, std::string& name, bool& isFolder,
+                               FileExtension extension) {
+    name.clear();
+    isFolder = false;
+    std::uint32_t code = LDAP_SUCCESS;
+    const auto components = ExplodeDN(dn, code);
+    if (!components || components->empty()) return 0;
+    std::optional<EntryName> entry =
+        SplitFirstComponent(components->front(), NamingNames(), extension);
+    if (!entry) return 0;
+    name = std::move(entry->name);
+    isFolder = entry->isFolder;
+    return 1;
+}
+
+int CLDAPItems::EnsureFolderPath(const std::string& dn, bool connect, std::string* errorText) {
+    if (dn.empty()) return 0;
+    if (connect && !IsConnected() && PromptAndConnect(errorText) == 0) return 0;
+    const int result = CreateMissingFolders(dn, errorText);
+    // Kept: also a connection that was there before is not kept.
+    // Relied on by: existing clients, whose next operation connects for itself.
+    if (connect) Close();
+    return result;
+}
+
+int CLDAPItems::CreateMissingFolders(const std::string& dn, std::string* errorText) {
+    std::uint32_t code = LDAP_SUCCESS;
+    const auto components = ExplodeDN(dn, code);
+    if (!components) return Fail(code, errorText);
+    std::string name;
+    bool isFolder = false;
+    const bool isFile = SplitEntryName(dn, name, isFolder) != 0 && !isFolder;
+    LdapItemList missing;
+    return FindMissingFolders(*components, isFile ? 1 : 0, missing, errorText)
+               ? AddFolders(missing, errorText)
+               : 0;
+}
+
+bool CLDAPItems::FindMissingFolders(const std::vector<std::string>& components, std::size_t first,
+                                    LdapItemList& missing, std::string* errorText) {
+    for (std::size_t index = first; index < components.size(); ++index) {
+        std::string folder = JoinComponents(components, index);
+        const std::uint32_t code = FindEntry(folder);
+        if (code == LDAP_SUCCESS) return true;
+        if (code == LDAP_INVALID_DN_SYNTAX) return Fail(code, errorText) != 0;
+        missing.Add(std::move(folder), true);
+    }
+    return true;
+}
+
+int CLDAPItems::AddFolders(const LdapItemList& missing, std::string* errorText) {
+    for (std::size_t index = missing.Count(); index > 0; --index) {
+        const std::string& dn = missing.At(index - 1).path;
+        std::string name;
+        bool isFolder = false;
+        if (SplitEntryName(dn, name, isFolder) == 0) {
+            return Fail(LDAP_INVALID_DN_SYNTAX, errorText);
+        }
+        if (AddFolderEntry(dn, name, nullptr) == 0) return Fail(LDAP_PARAM_ERROR, errorText);
+    }
+    return 1;
+}
+
+}  // namespace depot

@@ -1,0 +1,70 @@
+#include "platform/directory_client.h"
+
+#include "platform/compiler.h"
+#include "platform/paths.h"
+#include "platform/system_folder.h"
+
+namespace depot {
+namespace {
+
+constexpr char kLibrary[] = "wldap32.dll";
+
+ULONG LDAPAPI CountNothing(LDAP*, LDAPMessage*) {
+    return 0;
+}
+
+ULONG LDAPAPI CountNoValues(PCHAR*) {
+    return 0;
+}
+
+// What the library itself makes of the code 81.
+ULONG LDAPAPI MapToServerDown(ULONG) {
+    return ERROR_BAD_NET_RESP;
+}
+
+template <class Function>
+void Bind(Function& member, HMODULE library, const char* name) {
+    if (const FARPROC entryPoint = GetProcAddress(library, name)) {
+        member = FunctionCast<Function>(entryPoint);
+    }
+}
+
+// Loading and freeing the library for every connection would take longer than the connection.
+HMODULE Load(const std::string& path) {
+    static HMODULE kept = nullptr;
+    static std::string keptPath;
+    if (kept == nullptr || keptPath != path) {
+        kept = LoadLibraryA(path.c_str());
+        keptPath = path;
+    }
+    return kept;
+}
+
+}  // namespace
+
+DirectoryClient::DirectoryClient()
+    :
+#define DEPOT_MISSING_ENTRY(member, entry) member(&MissingEntryPoint<decltype(&::entry)>::Fail),
+      DEPOT_DIRECTORY_CLIENT_ENTRIES(DEPOT_MISSING_ENTRY)
+#undef DEPOT_MISSING_ENTRY
+          library(nullptr) {
+    ldap_count_entries = &CountNothing;
+    ldap_count_values = &CountNoValues;
+    LdapMapErrorToWin32 = &MapToServerDown;
+}
+
+std::string DirectoryClientPath() {
+    return SystemFolder() + kLibrary;
+}
+
+int BindDirectoryClient(DirectoryClient& client, const std::string& path) {
+    client = DirectoryClient();
+    client.library = Load(path);
+    if (client.library == nullptr) return 0;
+#define DEPOT_BIND_ENTRY(member, entry) Bind(client.member, client.library, #entry);
+    DEPOT_DIRECTORY_CLIENT_ENTRIES(DEPOT_BIND_ENTRY)
+#undef DEPOT_BIND_ENTRY
+    return 1;
+}
+
+}  // namespace depot
