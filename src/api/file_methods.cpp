@@ -1,53 +1,101 @@
-// The methods that change, list, browse and publish files.
+// The methods that change files.
 #include "api/depot_intr_api.h"
+#include "api/method.h"
+#include "config/profile_file.h"
+#include "fileops/depot_file.h"
+#include "fileops/numbered_copy.h"
+#include "fileops/publish.h"
+#include "manager/display_path.h"
+#include "manager/resolve_item.h"
+#include "platform/full_path.h"
+#include "platform/handles.h"
+#include "platform/text.h"
 
 namespace depot {
 namespace {
 
-HRESULT RefuseText(BSTR* output) {
-    if (output != nullptr) *output = nullptr;
-    return S_FALSE;
+// Opens the destination of a copy; null when it cannot be opened or must not exist and does.
+UniqueHandle OpenDestination(const std::string& path, bool failIfExists) {
+    const HANDLE opened =
+        CreateFileA(path.c_str(), GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ, nullptr,
+                    failIfExists ? CREATE_NEW : CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
+    return UniqueHandle(opened == INVALID_HANDLE_VALUE ? nullptr : opened);
+}
+
+// The local file that a copy of `source` reads; empty when it is not known without fetching it.
+std::string SourceFile(DepotSession& session, const std::string& source) {
+    if (source.empty()) return session.currentFile->localPath;
+    CDepotItem item;
+    ResolveItem(session.Depots(), source, item);
+    if (item.depot == nullptr || IsDirectoryDepot(*item.depot)) return {};
+    return DisplayToStorage(*item.depot, item.path);
+}
+
+bool NamesSameFile(const std::string& left, const std::string& right) {
+    return !left.empty() && EqualsNoCase(FullPath(left), FullPath(right));
+}
+
+bool WriteText(HANDLE file, const std::string& text) {
+    const auto bytes = static_cast<DWORD>(text.size());
+    DWORD written = 0;
+    return WriteFile(file, text.data(), bytes, &written, nullptr) && written == bytes;
 }
 
 }  // namespace
 
-STDMETHODIMP CDepotIntrApi::DPBrowse(LONG_PTR, APP_TYPE, BROWSE_TYPE, VARIANT_BOOL, VARIANT_BOOL,
-                                     ULONG, LONG_PTR, BSTR* bstrFilePath) noexcept {
-    return RefuseText(bstrFilePath);
+STDMETHODIMP CDepotIntrApi::DPRenameFile(LONG_PTR lDPIntr, BSTR* bstrOldFileName,
+                                         BSTR* bstrNewFileName) noexcept {
+    return RunOnSession(lDPIntr, WithoutHandle::kFail, [&](DepotSession& session) {
+        const std::string oldName = NarrowText(bstrOldFileName);
+        CDepot* const depot = FindDepotHolding(session.Depots(), oldName);
+        return depot != nullptr && MoveFile(*depot, oldName, NarrowText(bstrNewFileName), nullptr,
+                                            nullptr, nullptr) != 0;
+    });
 }
 
-STDMETHODIMP CDepotIntrApi::DPPublishSkesDepFiles(LONG_PTR) noexcept {
-    return S_FALSE;
+STDMETHODIMP CDepotIntrApi::DPDeleteFile(LONG_PTR lDPIntr, BSTR* bstrFileName) noexcept {
+    return RunOnSession(lDPIntr, WithoutHandle::kFail, [&](DepotSession& session) {
+        const std::string fileName = NarrowText(bstrFileName);
+        CDepot* const depot = FindDepotHolding(session.Depots(), fileName);
+        return depot != nullptr && DeleteFile(*depot, fileName) != 0;
+    });
 }
 
-STDMETHODIMP CDepotIntrApi::DPBrowseMultiSel(LONG_PTR, APP_TYPE, VARIANT_BOOL, VARIANT_BOOL, ULONG,
-                                             LONG_PTR, BSTR* bstrFileList, SHORT) noexcept {
-    return RefuseText(bstrFileList);
+STDMETHODIMP CDepotIntrApi::DPCopyFileToLocalFS(LONG_PTR lDPIntr, BSTR* bstrSrcFileName,
+                                                BSTR* bstrDstFileName,
+                                                VARIANT_BOOL vbFailIfExists) noexcept {
+    return RunOnSession(lDPIntr, WithoutHandle::kFail, [&](DepotSession& session) {
+        const std::string source = NarrowText(bstrSrcFileName);
+        // Without a source there must be a current file; nothing is created for nothing.
+        if (source.empty() && !session.currentFile) return false;
+        const std::string path = NarrowText(bstrDstFileName);
+        // A file copied onto itself would be emptied before it is read.
+        if (NamesSameFile(SourceFile(session, source), path)) return false;
+        const UniqueHandle destination = OpenDestination(path, vbFailIfExists == VARIANT_TRUE);
+        if (!destination) return false;
+        if (!source.empty()) session.LoadFile(source);
+        return WriteText(destination.get(), ReadWholeFile(session.currentFile->localPath));
+    });
 }
 
-STDMETHODIMP CDepotIntrApi::DPRenameFile(LONG_PTR, BSTR*, BSTR*) noexcept {
-    return S_FALSE;
+STDMETHODIMP CDepotIntrApi::DPMakeCopyFromSrcFile(LONG_PTR lDPIntr, BSTR* bstrSrcFile,
+                                                  BSTR* bstrDstFile) noexcept {
+    if (bstrDstFile == nullptr) return S_FALSE;
+    // Kept: without a session the output stays as it was, and a failed copy gives an empty text.
+    // Relied on by: existing clients that tell the two apart.
+    return RunOnSession(lDPIntr, WithoutHandle::kFail, [&](DepotSession& session) {
+        *bstrDstFile = nullptr;
+        const auto copy = MakeNumberedCopy(session, NarrowText(bstrSrcFile));
+        *bstrDstFile = NewBstr(copy.value_or("")).release();
+        return copy.has_value() && *bstrDstFile != nullptr;
+    });
 }
 
-STDMETHODIMP CDepotIntrApi::DPDeleteFile(LONG_PTR, BSTR*) noexcept {
-    return S_FALSE;
-}
-
-STDMETHODIMP CDepotIntrApi::DPCopyFileToLocalFS(LONG_PTR, BSTR*, BSTR*, VARIANT_BOOL) noexcept {
-    return S_FALSE;
-}
-
-STDMETHODIMP CDepotIntrApi::DPFindInit(LONG_PTR* plDPIntr, BSTR*, BSTR*, APP_TYPE, LONG*) noexcept {
-    if (plDPIntr != nullptr) *plDPIntr = 0;
-    return S_FALSE;
-}
-
-STDMETHODIMP CDepotIntrApi::DPFindNext(LONG_PTR, LONG, BSTR* bstrFileName) noexcept {
-    return RefuseText(bstrFileName);
-}
-
-STDMETHODIMP CDepotIntrApi::DPMakeCopyFromSrcFile(LONG_PTR, BSTR*, BSTR*) noexcept {
-    return S_FALSE;
+STDMETHODIMP CDepotIntrApi::DPPublishSkesDepFiles(LONG_PTR lDPIntr) noexcept {
+    return RunOnSession(lDPIntr, WithoutHandle::kFail, [](DepotSession& session) {
+        PublishDependentFiles(session);
+        return true;
+    });
 }
 
 }  // namespace depot

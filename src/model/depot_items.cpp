@@ -40,4 +40,13 @@ void CDepotItems::Remove(CDepotItem* item) {
     RemoveElement(array_, item);
 }
 
+void CDepotItems::RemoveUnless(const std::function<bool(const CDepotItem& item)>& keep) {
+    PointerArray<CDepotItem> all;
+    all.Swap(array_);
+    for (CDepotItem* item : all) {
+        std::unique_ptr<CDepotItem> owned(item);
+        if (keep(*item)) Append(std::move(owned));
+    }
+}
+
 }  // namespace depot

@@ -43,6 +43,9 @@ public:
         return AddOwned(array_, std::move(item));
     }
 
+    // Deletes the items for which `keep`, asked once for each in list order, says no.
+    void RemoveUnless(const std::function<bool(const CDepotItem& item)>& keep);
+
     std::size_t Count() const { return array_.Count(); }
     CDepotItem* At(std::size_t index) const { return array_.At(index); }
 

@@ -8,19 +8,36 @@
 namespace depot {
 namespace {
 
-constexpr char kPrefix[] = "lda";
+constexpr char kFilePrefix[] = "lda";
+constexpr char kFolderPrefix[] = "Dir";
+constexpr int kMaxFolderAttempts = 16;
 
 // A list of one path ends in two NULs.
 constexpr std::size_t kPathListBytes = kMaxPathBytes + 2;
 
-}  // namespace
-
-std::string MakeTempFileName() {
+std::string MakeTempFile(const char* prefix) {
     char folder[kMaxPathBytes] = {};
     const DWORD length = GetTempPathA(sizeof(folder), folder);
     if (length == 0 || length >= sizeof(folder)) return {};
     char name[MAX_PATH] = {};
-    return GetTempFileNameA(folder, kPrefix, 0, name) != 0 ? name : std::string();
+    return GetTempFileNameA(folder, prefix, 0, name) != 0 ? name : std::string();
+}
+
+}  // namespace
+
+std::string MakeTempFileName() {
+    return MakeTempFile(kFilePrefix);
+}
+
+std::string MakeTempFolder() {
+    // The name of a file that the system made is free once the file is gone again; another process
+    // may be faster, and then the next name is tried.
+    for (int attempt = 0; attempt < kMaxFolderAttempts; ++attempt) {
+        std::string folder = MakeTempFile(kFolderPrefix);
+        if (folder.empty() || !DeleteFileA(folder.c_str())) return {};
+        if (CreateDirectoryA(folder.c_str(), nullptr)) return folder;
+    }
+    return {};
 }
 
 int DeleteContainingFolder(const std::string& path) {

@@ -1,0 +1,46 @@
+// The methods that list the files of a folder.
+#include <optional>
+
+#include "api/application_type.h"
+#include "api/depot_intr_api.h"
+#include "api/method.h"
+#include "fileops/enumerate.h"
+#include "manager/display_path.h"
+
+namespace depot {
+
+STDMETHODIMP CDepotIntrApi::DPFindInit(LONG_PTR* plDPIntr, BSTR* bstrFilePath, BSTR* bstrFileExt,
+                                       APP_TYPE appType, LONG* nCount) noexcept {
+    if (plDPIntr == nullptr) return S_FALSE;
+    *plDPIntr = 0;
+    if (nCount == nullptr) return S_FALSE;
+    return RunMethod([&] {
+        const std::optional<FileType> wanted = FileTypeOf(appType);
+        if (!wanted) return false;
+        SessionTable& sessions = SessionTable::Instance();
+        const LONG_PTR handle = sessions.Create();
+        DepotSession* const session = sessions.Find(handle);
+        if (session == nullptr) return false;
+        *plDPIntr = handle;
+        const std::string path = NarrowText(bstrFilePath);
+        const CDepotItem folder(path, FindDepotHolding(session->Depots(), path));
+        session->findResults = std::make_unique<CDepotItems>();
+        Enumerate(*session->findResults, &folder, NarrowText(bstrFileExt), {}, false);
+        KeepFileType(*session->findResults, *wanted);
+        *nCount = static_cast<LONG>(session->findResults->Count());
+        return true;
+    });
+}
+
+STDMETHODIMP CDepotIntrApi::DPFindNext(LONG_PTR lDPIntr, LONG lCount, BSTR* bstrFileName) noexcept {
+    return RunForText(lDPIntr, WithoutHandle::kFail, bstrFileName,
+                      [&](const DepotSession& session) -> std::optional<std::string> {
+                          const CDepotItems* const found = session.findResults.get();
+                          if (found == nullptr || lCount < 0) return std::nullopt;
+                          const auto index = static_cast<std::size_t>(lCount);
+                          if (index >= found->Count()) return std::nullopt;
+                          return found->At(index)->path;
+                      });
+}
+
+}  // namespace depot

@@ -1,0 +1,17 @@
+// Publishing a Skein profile together with the files that it depends on.
+#pragma once
+
+#include "manager/depot_session.h"
+
+namespace depot {
+
+// Copies each client file that the session's current file lists into that file's folder, rewrites
+// the list to point at the copies, and removes the server's configuration entry. A client that
+// begins with "u" stands for a file of the component's resource folder: only its name is kept. At
+// most 10,000 clients are looked at. The changes reach a directory when the file is let go of.
+//
+// Kept: an entry is rewritten also when its file could not be copied.
+// Relied on by: profiles whose files arrive by another way.
+void PublishDependentFiles(DepotSession& session);
+
+}  // namespace depot

@@ -1,0 +1,33 @@
+#include "fileops/shell_operation.h"
+
+namespace depot {
+
+std::string ShellPathList(const std::vector<std::string>& paths, std::size_t pathBytes) {
+    std::string list;
+    for (const std::string& path : paths) {
+        if (path.empty() || path.size() >= pathBytes) return {};
+        list.append(path).push_back('\0');
+    }
+    list.push_back('\0');
+    return list;
+}
+
+bool RunShellOperation(UINT operation, const std::vector<std::string>& sources,
+                       const std::string* target, FILEOP_FLAGS flags, HWND window,
+                       std::size_t pathBytes) {
+    const std::string from = ShellPathList(sources, pathBytes);
+    const std::string to = target ? ShellPathList({*target}, pathBytes) : std::string();
+    if (sources.empty() || from.empty() || (target && to.empty())) {
+        SetLastError(ERROR_INVALID_PARAMETER);
+        return false;
+    }
+    SHFILEOPSTRUCTA request = {};
+    request.hwnd = window;
+    request.wFunc = operation;
+    request.pFrom = from.data();
+    request.pTo = target ? to.data() : nullptr;
+    request.fFlags = flags;
+    return SHFileOperationA(&request) == 0 && !request.fAnyOperationsAborted;
+}
+
+}  // namespace depot

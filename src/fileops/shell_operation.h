@@ -1,0 +1,35 @@
+// File operations done by the shell on lists of paths.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "platform/win32.h"
+// After the Windows headers.
+#include <shellapi.h>
+
+namespace depot {
+
+// No confirmation, and no question about folders that must be created.
+inline constexpr FILEOP_FLAGS kQuietFlags = FOF_NOCONFIRMATION | FOF_NOCONFIRMMKDIR;
+
+// The bytes, terminating NUL included, that one path may take in a list of several and in the
+// rename or move of a single file.
+inline constexpr std::size_t kShellListPathBytes = 261;
+inline constexpr std::size_t kShellSinglePathBytes = 520;
+
+// Returns the paths one after another, each with its NUL, and one more NUL, as the shell takes
+// them; empty when a path is empty or takes more than `pathBytes`. A list that was cut could name
+// other files than the caller meant.
+std::string ShellPathList(const std::vector<std::string>& paths, std::size_t pathBytes);
+
+// Has the shell do `operation` (FO_COPY, FO_MOVE, FO_DELETE or FO_RENAME) on the sources; `target`
+// is null for none. Succeeds when the shell reports success and nothing was aborted. Without
+// sources, with a path that does not fit, or with an empty target, it fails without calling the
+// shell, which would take the process's current folder for an empty one. The system's last error is
+// that of the shell.
+bool RunShellOperation(UINT operation, const std::vector<std::string>& sources,
+                       const std::string* target, FILEOP_FLAGS flags, HWND window,
+                       std::size_t pathBytes = kShellListPathBytes);
+
+}  // namespace depot

@@ -1,0 +1,53 @@
+#include "fileops/transfer_plan.h"
+
+#include "directory/local_listing.h"
+#include "platform/paths.h"
+
+namespace depot {
+
+TransferPlan PlanUpload(const CLDAPItems& directory, const std::string& folder,
+                        const std::string& dn) {
+    const NamingAttributes naming = directory.NamingNames();
+    TransferPlan plan;
+    plan.steps.push_back({dn, folder, true});
+    // The list grows while it is walked: each folder's children come behind it.
+    for (std::size_t next = 0; next < plan.steps.size(); ++next) {
+        const TransferStep parent = plan.steps[next];
+        if (!parent.isFolder) continue;
+        LdapItemList children;
+        AddLocalChildren(parent.localPath, Subfolders::kTake, children);
+        for (const CLDAPItem* child : children) {
+            const bool isFolder = child->isFolder != 0;
+            const std::string& attribute = isFolder ? naming.folder : naming.file;
+            plan.steps.push_back(
+                {EntryDN(attribute, NamePart(child->path), parent.dn), child->path, isFolder});
+            if (!isFolder) ++plan.files;
+        }
+    }
+    return plan;
+}
+
+bool PlanDownload(CLDAPItems& directory, const std::string& dn, const std::string& folder,
+                  TransferPlan& plan) {
+    plan.steps.push_back({dn, folder, true});
+    for (std::size_t next = 0; next < plan.steps.size(); ++next) {
+        const TransferStep parent = plan.steps[next];
+        if (!parent.isFolder) continue;
+        LdapItemList children;
+        if (directory.ListChildren(parent.dn, children) == 0) return false;
+        for (const CLDAPItem* child : children) {
+            std::string name;
+            bool isFolder = false;
+            if (directory.SplitEntryName(child->path, name, isFolder) == 0 ||
+                !IsSafeLocalName(name)) {
+                ++plan.unsafeNames;
+                continue;
+            }
+            plan.steps.push_back({child->path, JoinPath(parent.localPath, name), isFolder});
+            if (!isFolder) ++plan.files;
+        }
+    }
+    return true;
+}
+
+}  // namespace depot

@@ -1,0 +1,34 @@
+// What a transfer of a tree has to do, known before it starts.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "directory/ldap_items.h"
+
+namespace depot {
+
+// One file or folder on its way between an entry and a local path.
+struct TransferStep {
+    std::string dn;
+    std::string localPath;
+    bool isFolder = false;
+};
+
+// The steps in the order in which they are done: a folder before what it holds.
+struct TransferPlan {
+    std::vector<TransferStep> steps;
+    std::uint32_t files = 0;
+    std::uint32_t unsafeNames = 0;  // entries left out because of their names
+};
+
+// Lists a local folder's tree as it is to stand under `dn`.
+TransferPlan PlanUpload(const CLDAPItems& directory, const std::string& folder,
+                        const std::string& dn);
+
+// Lists an entry's tree as it is to stand in `folder`. Returns false when a folder cannot be listed.
+// REQUIRES: the directory is connected.
+bool PlanDownload(CLDAPItems& directory, const std::string& dn, const std::string& folder,
+                  TransferPlan& plan);
+
+}  // namespace depot

@@ -1,0 +1,57 @@
+// Working copies of directory files: fetching an entry's bytes into a local file and storing them
+// again, and moving single files and trees between a directory and a local folder.
+//
+// Each operation that opens the connection closes it again, so that no connection stays open while a
+// client thinks.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "directory/ldap_items.h"
+
+namespace depot {
+
+// Connects to the location, asking for credentials where none are known or the known ones fail.
+bool OpenDirectory(CLDAPItems& directory, std::string* errorText);
+
+// Keeps a connection for the work of one operation: opened if there was none, and then closed again.
+class DirectoryConnection {
+public:
+    DirectoryConnection(CLDAPItems& directory, std::string* errorText);
+    ~DirectoryConnection();
+    DirectoryConnection(const DirectoryConnection&) = delete;
+    DirectoryConnection& operator=(const DirectoryConnection&) = delete;
+
+    explicit operator bool() const { return open_; }
+
+private:
+    CLDAPItems& directory_;
+    bool opened_ = false;
+    bool open_ = false;
+};
+
+// Fetches an entry's bytes into a new temporary file, readable for the user alone as far as the
+// temporary folder is. Returns its path, also when it could not be written, or an empty text when no
+// connection could be made.
+std::string FetchToLocal(CLDAPItems& directory, const std::string& dn);
+
+// Ends a working copy: stores its bytes in the entry when `writeBack` is set, and deletes it in every
+// case. Returns 1 when nothing had to be stored or all was. An empty path with `writeBack` set is a
+// parameter error, which is shown.
+int ReleaseLocal(CLDAPItems& directory, const std::string& dn, const std::string& localPath,
+                 bool writeBack, std::string* errorText = nullptr);
+
+// Adds a local file under a folder entry, under its own name. Returns the directory's code as 1 for
+// success, 0 for failure.
+int UploadNewFile(CLDAPItems& directory, const std::string& localPath, const std::string& parentDN,
+                  bool connect, std::string* errorText);
+
+// Writes the files of a subtree into one local folder.
+//
+// Kept: every file lands in the folder itself, and the subfolders are created but stay empty.
+// Relied on by: existing clients, which look for all files in one place.
+int DownloadTree(CLDAPItems& directory, const std::string& dn, const std::string& localFolder,
+                 bool connect);
+
+}  // namespace depot

@@ -1,0 +1,58 @@
+#include "platform/local_file.h"
+
+#include "platform/handles.h"
+#include "platform/text.h"
+#include "platform/win32.h"
+// After the Windows headers.
+#include <imagehlp.h>
+
+namespace depot {
+namespace {
+
+class LegacyFile {
+public:
+    explicit LegacyFile(HFILE file) : file_(file) {}
+    ~LegacyFile() {
+        if (IsOpen()) _lclose(file_);
+    }
+    LegacyFile(const LegacyFile&) = delete;
+    LegacyFile& operator=(const LegacyFile&) = delete;
+
+    bool IsOpen() const { return file_ != HFILE_ERROR; }
+    HFILE Get() const { return file_; }
+
+private:
+    HFILE file_;
+};
+
+}  // namespace
+
+std::optional<std::vector<std::uint8_t>> ReadLocalFile(const std::string& path) {
+    const LegacyFile file(_lopen(path.c_str(), OF_READ));
+    if (!file.IsOpen()) return std::nullopt;
+    const LONG length = _llseek(file.Get(), 0, FILE_END);
+    if (length < 0 || _llseek(file.Get(), 0, FILE_BEGIN) != 0) return std::nullopt;
+    std::vector<std::uint8_t> bytes(static_cast<std::size_t>(length));
+    if (length > 0 && _lread(file.Get(), bytes.data(), length) != static_cast<UINT>(length)) {
+        return std::nullopt;
+    }
+    return bytes;
+}
+
+bool WriteLocalFile(const std::string& path, const void* bytes, std::uint32_t length) {
+    bool complete = false;
+    {
+        const LegacyFile file(_lcreat(path.c_str(), 0));
+        if (!file.IsOpen()) return false;
+        complete = length == 0 ||
+                   _lwrite(file.Get(), static_cast<const char*>(bytes), length) == length;
+    }
+    if (!complete) DeleteFileA(path.c_str());
+    return complete;
+}
+
+bool EnsureLocalFolder(const std::string& path) {
+    return MakeSureDirectoryPathExists(EnsureTrailingBackslash(path).c_str()) != FALSE;
+}
+
+}  // namespace depot

@@ -1,0 +1,21 @@
+// Whole local files as bytes.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace depot {
+
+// Returns all bytes of the file; nothing when it cannot be opened or read to its end.
+std::optional<std::vector<std::uint8_t>> ReadLocalFile(const std::string& path);
+
+// Writes the bytes to the file, which is created or truncated. Returns whether all of them were
+// written; a file that could be created but not filled is removed again.
+bool WriteLocalFile(const std::string& path, const void* bytes, std::uint32_t length);
+
+// Makes sure that a folder and the folders above it exist.
+bool EnsureLocalFolder(const std::string& path);
+
+}  // namespace depot

@@ -1,0 +1,121 @@
+#include "model/copy_name.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+
+namespace depot {
+namespace {
+
+constexpr char kDash[] = "%s - copy%s";
+constexpr char kPrefix[] = "Copy %sof %s";
+
+struct TemplateCase {
+    const char* name;
+    const char* text;
+    bool hasCounter;
+};
+
+TEST(BuildCounterTemplateTest, FirstPositiveNumberInParenthesesBecomesTheCounter) {
+    const TemplateCase cases[] = {
+        {"Plan (7).kra", "Plan (%d).kra", true},
+        {"Plan.kra", "", false},
+        {"", "", false},
+        {"(3)x", "", false},
+        {"a((3)b", "a(%d)b", true},
+        {"a(1)(2)", "a(%d)(2)", true},
+        {"a(x)(2)b", "a(x)(%d)b", true},
+        {"Plan (0)", "Plan (0)", false},
+        {"Plan (x)", "Plan (x)", false},
+        {"Plan ()", "Plan ()", false},
+        {"Plan (3", "Plan (3", false},
+        {"Plan (3x)", "Plan (%d)", true},
+        {"Plan (-3)", "Plan (-3)", false},
+        {"Plan (99999999999999999999)", "Plan (%d)", true},
+        {"Plan (007)", "Plan (%d)", true},
+    };
+    for (const TemplateCase& expected : cases) {
+        SCOPED_TRACE(expected.name);
+        const CounterTemplate counter = BuildCounterTemplate(expected.name);
+        EXPECT_EQ(expected.text, counter.text);
+        EXPECT_EQ(expected.hasCounter, counter.hasCounter);
+    }
+}
+
+TEST(FormatCounterTest, OnlyDescribedSequencesAreInterpreted) {
+    EXPECT_EQ("a (3)", FormatCounter("a (%d)", 3));
+    EXPECT_EQ("100%", FormatCounter("100%%", 3));
+    EXPECT_EQ("%s%n%99999d%", FormatCounter("%s%n%99999d%", 3));
+}
+
+TEST(FormatTextsTest, TextsAreTakenInOrderAndNeverReadBeyond) {
+    EXPECT_EQ("Report - copy.kra", FormatTexts(kDash, "Report", ".kra"));
+    EXPECT_EQ("ab", FormatTexts("%s%s%s", "a", "b"));
+    EXPECT_EQ("%n%d%", FormatTexts("%n%d%", "a", "b"));
+}
+
+std::string Sequence(std::string name, int attempts,
+                     std::string (*make)(std::string_view, int, std::string_view),
+                     const char* format) {
+    std::string all;
+    for (int number = 1; number <= attempts; ++number) {
+        name = make(name, number, format);
+        all += name + "|";
+    }
+    return all;
+}
+
+TEST(MakeDashCopyNameTest, AttemptsCountUpFromTheCopyName) {
+    EXPECT_EQ("Report - copy.kra|Report - copy (2).kra|Report - copy (3).kra|",
+              Sequence("Report.kra", 3, MakeDashCopyName, kDash));
+}
+
+TEST(MakePrefixCopyNameTest, AttemptsCountUpBehindThePrefix) {
+    EXPECT_EQ("Copy of Report.kra|Copy (2) of Report.kra|Copy (3) of Report.kra|",
+              Sequence("Report.kra", 3, MakePrefixCopyName, kPrefix));
+}
+
+TEST(MakeDashCopyNameTest, NameWithoutExtensionCountsAsExtension) {
+    EXPECT_EQ(" - copyNotes", MakeDashCopyName("Notes", 1, kDash));
+}
+
+TEST(MakePrefixCopyNameTest, CounterInTheNameWinsAndIsAtLeastTwo) {
+    EXPECT_EQ("Plan (2).kra", MakePrefixCopyName("Plan (7).kra", 1, kPrefix));
+    EXPECT_EQ("Plan (9).kra", MakePrefixCopyName("Plan (7).kra", 9, kPrefix));
+}
+
+TEST(MakeDashCopyNameTest, ParenthesesWithoutAValidCounterGetOneAppended) {
+    EXPECT_EQ("Plan (0) (2).kra", MakeDashCopyName("Plan (0).kra", 2, kDash));
+    EXPECT_EQ("Plan (x) (2).kra", MakeDashCopyName("Plan (x).kra", 2, kDash));
+}
+
+TEST(MakeDashCopyNameTest, PercentInATemplateIsInterpretedByTheFormatter) {
+    EXPECT_EQ("a% (2).kra", MakeDashCopyName("a%% (1).kra", 2, kDash));
+    EXPECT_EQ("a%s (2).kra", MakeDashCopyName("a%s (1).kra", 2, kDash));
+    EXPECT_EQ("a%% (2).kra", MakeDashCopyName("a%%.kra", 2, kDash));
+}
+
+TEST(MakePrefixCopyNameTest, MissingPrefixGarblesTheName) {
+    // The position of the missing prefix counts as -1: three characters, the number, one left out.
+    EXPECT_EQ("Rep (2) rt.kra", MakePrefixCopyName("Report.kra", 2, kPrefix));
+    EXPECT_EQ("ab (2) ", MakePrefixCopyName("ab", 2, kPrefix));
+}
+
+TEST(MakeCopyNameTest, NoNameOrFormatMakesItReadOutside) {
+    std::mt19937 random(7);
+    const std::string alphabet = "a.() %sdn0123";
+    for (int round = 0; round < 20000; ++round) {
+        std::string name, format;
+        for (auto length = random() % 12; length > 0; --length) {
+            name += alphabet[random() % alphabet.size()];
+            format += alphabet[random() % alphabet.size()];
+        }
+        const int number = static_cast<int>(random() % 5);
+        MakeDashCopyName(name, number, format);
+        EXPECT_LE(MakePrefixCopyName(name, number, format).size(),
+                  2 * (name.size() + 24) + 24 + format.size() * 12);
+    }
+}
+
+}  // namespace
+}  // namespace depot
