@@ -1,0 +1,108 @@
+#include "api/session_table.h"
+
+#include <gtest/gtest.h>
+
+namespace depot {
+namespace {
+
+constexpr LONG_PTR kTwoGigabytes = LONG_PTR{0x7FFFFFFF} + 1;
+
+class SessionTableTest : public testing::Test {
+protected:
+    ~SessionTableTest() override { table_.DestroyAll(); }
+
+    SessionTable table_;
+};
+
+TEST_F(SessionTableTest, NewSessionIsFoundByItsHandleOnly) {
+    const LONG_PTR handle = table_.Create();
+    ASSERT_NE(0, handle);
+    EXPECT_EQ(handle, reinterpret_cast<LONG_PTR>(table_.Find(handle)));
+    for (const LONG_PTR other : {LONG_PTR{0}, LONG_PTR{-1}, handle + 1, handle - 1}) {
+        EXPECT_EQ(nullptr, table_.Find(other)) << other;
+    }
+}
+
+TEST_F(SessionTableTest, HandlesLieBelowTwoGigabytes) {
+    for (int count = 0; count < 2000; ++count) {
+        const LONG_PTR handle = table_.Create();
+        EXPECT_GT(handle, 0);
+        EXPECT_LT(handle, kTwoGigabytes);
+    }
+}
+
+TEST_F(SessionTableTest, ForeignUpperHalfDoesNotCountWhenWidened) {
+    const LONG_PTR handle = table_.Create();
+    EXPECT_EQ(handle, table_.Widen(handle));
+    EXPECT_EQ(handle, table_.Widen(handle | (LONG_PTR{0x12345678} << 32)));
+    EXPECT_EQ(handle, table_.Widen(handle | (LONG_PTR{-1} << 32)));
+    EXPECT_EQ(0, table_.Widen(0));
+    EXPECT_EQ(0, table_.Widen(LONG_PTR{1} << 32));
+    EXPECT_EQ(0, table_.Widen(handle + 1));
+}
+
+TEST_F(SessionTableTest, DestroyedSessionIsGoneAndCanBeDestroyedAgain) {
+    const LONG_PTR kept = table_.Create();
+    const LONG_PTR ended = table_.Create();
+    table_.Destroy(ended);
+    EXPECT_EQ(nullptr, table_.Find(ended));
+    EXPECT_EQ(0, table_.Widen(ended));
+    table_.Destroy(ended);
+    table_.Destroy(0);
+    table_.Destroy(4711);
+    EXPECT_NE(nullptr, table_.Find(kept));
+}
+
+TEST_F(SessionTableTest, AbandonedSessionIsOutOfReachButNotDestroyed) {
+    const LONG_PTR handle = table_.Create();
+    DepotSession* const session = table_.Find(handle);
+    session->selectedItemPath = "a text that is too long to be kept in place";
+    table_.Abandon(handle);
+    EXPECT_EQ(nullptr, table_.Find(handle));
+    EXPECT_EQ("a text that is too long to be kept in place", session->selectedItemPath);
+    std::destroy_at(session);
+}
+
+TEST_F(SessionTableTest, DestroyAllEndsWhatIsLeft) {
+    const LONG_PTR first = table_.Create();
+    const LONG_PTR second = table_.Create();
+    table_.DestroyAll();
+    EXPECT_EQ(nullptr, table_.Find(first));
+    EXPECT_EQ(nullptr, table_.Find(second));
+    EXPECT_NE(0, table_.Create());
+}
+
+TEST_F(SessionTableTest, HandleOfAnEndedSessionIsNotReusedAtOnce) {
+    const LONG_PTR ended = table_.Create();
+    table_.Destroy(ended);
+    for (int count = 0; count < 100; ++count) {
+        const LONG_PTR next = table_.Create();
+        EXPECT_NE(ended, next);
+        table_.Destroy(next);
+    }
+}
+
+using WithoutHandle = SessionForCall::WithoutHandle;
+
+TEST(SessionForCallTest, HandleZeroMakesATemporarySessionWhereAllowed) {
+    const SessionForCall temporary(0, WithoutHandle::kMakeTemporary);
+    EXPECT_TRUE(temporary);
+    EXPECT_FALSE(SessionForCall(0, WithoutHandle::kFail));
+}
+
+TEST(SessionForCallTest, LiveHandleIsUsedAndLeftAlive) {
+    SessionTable& table = SessionTable::Instance();
+    const LONG_PTR handle = table.Create();
+    for (const auto without : {WithoutHandle::kMakeTemporary, WithoutHandle::kFail}) {
+        const SessionForCall session(handle, without);
+        ASSERT_TRUE(session);
+        EXPECT_EQ(table.Find(handle), session.operator->());
+    }
+    EXPECT_NE(nullptr, table.Find(handle));
+    table.Destroy(handle);
+    EXPECT_FALSE(SessionForCall(handle, WithoutHandle::kMakeTemporary));
+    EXPECT_FALSE(SessionForCall(handle, WithoutHandle::kFail));
+}
+
+}  // namespace
+}  // namespace depot
