@@ -7,6 +7,7 @@ int main() {
         const depot::bench::Api api = depot::bench::CreateApi();
         depot::bench::MeasureSessions(api.get());
         depot::bench::MeasureValues(api.get());
+        depot::bench::MeasureMacros();
     }
     CoUninitialize();
     return 0;

@@ -11,4 +11,7 @@ void MeasureSessions(IDepotIntrApi* api);
 // Reading and writing profile values, early- and late-bound.
 void MeasureValues(IDepotIntrApi* api);
 
+// Expanding path macros, without the component around them.
+void MeasureMacros();
+
 }  // namespace depot::bench
