@@ -271,10 +271,11 @@ TEST(RegistryScriptTest, DamagedScriptsAreReadOrRefusedWithoutHarm) {
             if (script.empty()) script = "{";
         }
         const Roots roots = Parse(script);
-        if (!roots)
+        if (!roots) {
             ++refused;
-        else
-            for (const RegistryScriptKey& root : *roots) ASSERT_NE("", root.name);
+            continue;
+        }
+        for (const RegistryScriptKey& root : *roots) ASSERT_NE("", root.name);
     }
     EXPECT_GT(refused, 1000);
     EXPECT_LT(refused, 5000);

@@ -29,6 +29,17 @@ void AppendLocation(CDepot& depot, const std::string& path) {
     depot.paths->Append(std::move(location));
 }
 
+// A location that tells when it is deleted.
+class WatchedLocation : public CDepotPath {
+public:
+    WatchedLocation(CDepotPaths* owningPaths, bool& deleted)
+        : CDepotPath(owningPaths), deleted_(deleted) {}
+    ~WatchedLocation() override { deleted_ = true; }
+
+private:
+    bool& deleted_;
+};
+
 void FillWithJunk(CDepot& depot) {
     depot.name = "Work";
     depot.displayName = "Travail";
@@ -89,11 +100,15 @@ TEST(DepotTest, InitEmptiesTheDepotAndDoesNotFreeTheOldLocations) {
     CDepots other;
     CDepot depot(&owner);
     FillWithJunk(depot);
-    const std::unique_ptr<CDepotPaths> old(depot.paths.get());
+    bool deleted = false;
+    CDepotPaths* const old = depot.paths.get();
+    old->Append(std::make_unique<WatchedLocation>(old, deleted));
     depot.Init(&other);
     ExpectEmpty(depot, &other);
-    ASSERT_EQ(2u, old->Count());
+    ASSERT_FALSE(deleted);
     EXPECT_EQ("C:\\a", old->At(0)->path);
+    std::default_delete<CDepotPaths>()(old);
+    EXPECT_TRUE(deleted);
 }
 
 TEST(DepotTest, ACloneHasLocationsAndAnIconOfItsOwn) {
