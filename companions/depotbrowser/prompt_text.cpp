@@ -1,14 +1,40 @@
 #include "depotbrowser/prompt_text.h"
 
+#include "host/resource_library.h"
+#include "platform/directory_service.h"
+#include "platform/handles.h"
 #include "platform/module_state.h"
+#include "platform/no_destructor.h"
+#include "platform/text.h"
 
 namespace depot {
+namespace {
 
-std::wstring PromptText(UINT id) {
+// The folder of the product's resource files, as the directory-service library counts it.
+constexpr int kResourceCategory = 1;
+constexpr int kResourceItem = 3;
+
+std::wstring TextOf(HMODULE library, UINT id) {
     // With no room given, the call hands out the text in place, which has no terminating NUL.
     const wchar_t* text = nullptr;
-    const int length = LoadStringW(OwnModule(), id, reinterpret_cast<wchar_t*>(&text), 0);
+    const int length = LoadStringW(library, id, reinterpret_cast<wchar_t*>(&text), 0);
     return length > 0 ? std::wstring(text, static_cast<std::size_t>(length)) : std::wstring();
+}
+
+// The library of the user's language, kept loaded once a dialog has been shown.
+HMODULE LocalizedLibrary() {
+    static NoDestructor<UniqueModule> library(LoadResourceLibrary(
+        EnsureTrailingBackslash(GetStandardFolder(kResourceCategory, kResourceItem)) +
+        kResourceLibraryName));
+    return library->get();
+}
+
+}  // namespace
+
+std::wstring PromptText(UINT id) {
+    const HMODULE localized = LocalizedLibrary();
+    std::wstring text = localized ? TextOf(localized, id) : std::wstring();
+    return text.empty() ? TextOf(OwnModule(), id) : text;
 }
 
 }  // namespace depot

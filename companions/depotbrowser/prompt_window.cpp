@@ -4,6 +4,7 @@
 #include "depotbrowser/prompt_ids.h"
 #include "depotbrowser/prompt_text.h"
 #include "platform/module_state.h"
+#include "resource_ids.h"
 
 namespace depot {
 namespace {
@@ -14,12 +15,12 @@ struct LabelledControl {
 };
 
 constexpr LabelledControl kLabels[] = {
-    {CONTROL_INSTRUCTION, TEXT_INSTRUCTION},
-    {CONTROL_SERVER_LABEL, TEXT_SERVER},
-    {CONTROL_USER_LABEL, TEXT_USER},
-    {CONTROL_PASSWORD_LABEL, TEXT_PASSWORD},
-    {IDOK, TEXT_OK},
-    {IDCANCEL, TEXT_CANCEL},
+    {CONTROL_INSTRUCTION, IDS_CREDENTIALS_INSTRUCTION},
+    {CONTROL_SERVER_LABEL, IDS_CREDENTIALS_SERVER},
+    {CONTROL_USER_LABEL, IDS_CREDENTIALS_USER},
+    {CONTROL_PASSWORD_LABEL, IDS_CREDENTIALS_PASSWORD},
+    {IDOK, IDS_OK},
+    {IDCANCEL, IDS_CANCEL},
 };
 
 std::wstring FieldText(HWND window, int control) {
@@ -41,7 +42,7 @@ int FieldToStartIn(const PromptFields& fields) {
 }
 
 void Fill(HWND window, const PromptFields& fields) {
-    SetWindowTextW(window, PromptText(TEXT_TITLE).c_str());
+    SetWindowTextW(window, PromptText(IDS_CREDENTIALS_TITLE).c_str());
     for (const LabelledControl& label : kLabels) {
         SetDlgItemTextW(window, label.control, PromptText(label.text).c_str());
     }

@@ -139,8 +139,8 @@ std::uint32_t MissingAs(std::uint32_t code, std::uint32_t reported) {
     return code == LDAP_NO_SUCH_OBJECT ? reported : code;
 }
 
-// Copies a tree through a temporary local folder, which is gone afterwards in every case. Fails also
-// when an entry had to be left out: the copy would not be complete.
+// Copies a tree through a temporary local folder, which is gone afterwards in every case. Fails
+// also when an entry had to be left out: the copy would not be complete.
 std::uint32_t CopyTree(CLDAPItems& source, const std::string& sourceDN, CLDAPItems& destination,
                        const std::string& destinationDN, ExistingEntries existing) {
     const std::string folder = MakeTempFolder();
@@ -162,8 +162,8 @@ std::uint32_t CopyFileEntry(CLDAPItems& source, const std::string& sourceDN,
     if (source.ReadFileContents(sourceDN, contents) == 0) {
         return MissingAs(source.LastError(), LDAP_PARAM_ERROR);
     }
-    const std::uint32_t code = StoreContents(destination, destinationDN, contents.bytes.get(),
-                                             contents.length, existing);
+    const std::uint32_t code =
+        StoreContents(destination, destinationDN, contents.bytes.get(), contents.length, existing);
     const bool known = code == LDAP_SUCCESS || code == LDAP_ALREADY_EXISTS;
     return known ? code : std::uint32_t{LDAP_PARAM_ERROR};
 }

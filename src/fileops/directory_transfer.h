@@ -1,8 +1,9 @@
 // Moving files and trees between a directory and local folders, and within and between directories.
 //
-// Entries are named by their DNs. Every operation returns 1 or 0, connects when the directory is not
-// connected, and lets go of its connection at the end. A failure leaves a directory code as the
-// connection's last error, with its message in the error text; what was transferred before it stays.
+// Entries are named by their DNs. Every operation returns 1 or 0, connects when the directory is
+// not connected, and lets go of its connection at the end. A failure leaves a directory code as the
+// connection's last error, with its message in the error text; what was transferred before it
+// stays.
 #pragma once
 
 #include <cstdint>
@@ -30,8 +31,8 @@ enum class ExistingEntries {
     kReplace = 2,  // replaces the contents of files
 };
 
-// Stores a local file in the entry, whose folders are created; a local folder with all that it holds
-// under the entry.
+// Stores a local file in the entry, whose folders are created; a local folder with all that it
+// holds under the entry.
 int Upload(CLDAPItems& directory, const std::string& localPath, const std::string& dn,
            ExistingEntries existing, std::string* errorText, const TransferWatcher& watcher = {});
 
@@ -44,8 +45,8 @@ int Download(CLDAPItems& directory, const std::string& dn, const std::string& lo
 int CopyEntry(CLDAPItems& source, const std::string& sourceDN, CLDAPItems& destination,
               const std::string& destinationDN, ExistingEntries existing, std::string* errorText);
 
-// Renames an entry. A folder with children is copied first, and removed only when all of it arrived;
-// it cannot go into itself.
+// Renames an entry. A folder with children is copied first, and removed only when all of it
+// arrived; it cannot go into itself.
 int MoveEntry(CLDAPItems& directory, const std::string& oldDN, const std::string& newDN,
               std::string* errorText);
 

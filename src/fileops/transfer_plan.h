@@ -26,8 +26,8 @@ struct TransferPlan {
 TransferPlan PlanUpload(const CLDAPItems& directory, const std::string& folder,
                         const std::string& dn);
 
-// Lists an entry's tree as it is to stand in `folder`. Returns false when a folder cannot be listed.
-// REQUIRES: the directory is connected.
+// Lists an entry's tree as it is to stand in `folder`. Returns false when a folder cannot be
+// listed. REQUIRES: the directory is connected.
 bool PlanDownload(CLDAPItems& directory, const std::string& dn, const std::string& folder,
                   TransferPlan& plan);
 

@@ -1,5 +1,6 @@
 #include "host/app.h"
 
+#include "directory/ldap_items.h"
 #include "host/language_settings.h"
 #include "host/resource_library.h"
 #include "manager/standard_folders.h"
@@ -11,6 +12,7 @@ namespace depot {
 BOOL CDepotIntrApp::InitInstance() {
     InstallAnsiCaseTable();
     InstallLocalization({CurrentLanguageCode, ResourceText});
+    InstallCredentialsPrompt(&credentialsDialog_);
     // Kept: the library stays usable without its texts.
     // Relied on by: installations whose resource files were removed or damaged.
     static_cast<void>(LoadResources());
@@ -18,6 +20,7 @@ BOOL CDepotIntrApp::InitInstance() {
 }
 
 int CDepotIntrApp::ExitInstance() {
+    InstallCredentialsPrompt(nullptr);
     SetResourceLibrary(nullptr);
     resources_.reset();
     return CWinApp::ExitInstance();

@@ -1,6 +1,7 @@
 // The application object: what happens when the DLL is loaded into a process and leaves it.
 #pragma once
 
+#include "model/credentials_dialog.h"
 #include "platform/handles.h"
 #include "platform/win32.h"
 
@@ -30,6 +31,7 @@ private:
     bool LoadResources();
 
     UniqueModule resources_;
+    CredentialsDialog credentialsDialog_;
 };
 
 }  // namespace depot

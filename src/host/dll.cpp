@@ -19,9 +19,12 @@ NoDestructor<CDepotIntrModule>& ModuleHolder() {
     return module;
 }
 
-BOOL Attach() {
+BOOL Attach() noexcept try {
     ModuleHolder();
     return App().InitInstance();
+} catch (...) {
+    // Without memory the system takes the DLL out of the process again.
+    return FALSE;
 }
 
 void Detach() {

@@ -14,7 +14,8 @@ inline constexpr char kProbeFileName[] = "____Test____Writable____File___.twr";
 // Tests one place and returns 1 when it can be written, else 0 with the reason, led by `shownName`
 // or the path, in `errorText`. A folder is tested by a probe file inside it, any other path by
 // opening it; what the test created is removed again, what was there stays. An entry of a directory
-// is writable when it exists or can be created; created entries are removed again, parents included.
+// is writable when it exists or can be created; created entries are removed again, parents
+// included.
 int TestWritable(std::uint32_t storeType, const std::string& storagePath, CLDAPItems* connection,
                  std::string* errorText, const std::string& shownName = {});
 

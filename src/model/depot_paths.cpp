@@ -43,7 +43,11 @@ void CDepotPaths::Add(CDepotPath* location, bool clone) {
 }
 
 void CDepotPaths::Copy(const CDepotPaths* other) {
-    if (other != nullptr) CopyElements(array_, other->array_);
+    if (other == nullptr) return;
+    const std::size_t before = Count();
+    CopyElements(array_, other->array_);
+    // A clone starts with its source's owner, which may be gone before the clone is.
+    for (std::size_t index = before; index < Count(); ++index) At(index)->owner = this;
 }
 
 void CDepotPaths::RemoveAll(bool deleteElements) {
@@ -53,7 +57,10 @@ void CDepotPaths::RemoveAll(bool deleteElements) {
 }
 
 void CDepotPaths::Remove(CDepotPath* location) {
-    if (location == activeLocation_) activeLocation_ = nullptr;
+    if (location == activeLocation_) {
+        activeLocation_ = nullptr;
+        activePath_.clear();
+    }
     RemoveElement(array_, location);
 }
 

@@ -23,8 +23,8 @@ int StoreLocalFile(CLDAPItems& directory, const std::string& dn, const std::stri
     return directory.ReplaceFileContents(dn, bytes.data(), length) == LDAP_SUCCESS ? 1 : 0;
 }
 
-// Splits a child's DN; false for an entry that is neither kind or whose name must not become a local
-// one.
+// Splits a child's DN; false for an entry that is neither kind or whose name must not become a
+// local one.
 bool LocalNameOf(CLDAPItems& directory, const CLDAPItem& child, std::string& name, bool& isFolder) {
     return directory.SplitEntryName(child.path, name, isFolder) != 0 && IsSafeLocalName(name);
 }
@@ -87,9 +87,9 @@ int UploadNewFile(CLDAPItems& directory, const std::string& localPath, const std
     if (connect && !directory.IsConnected() && !OpenDirectory(directory, errorText)) return 0;
     const std::string name = NamePart(localPath);
     const std::vector<std::uint8_t> bytes = ReadLocalFile(localPath).value_or({});
-    const std::uint32_t code = directory.AddFileEntry(
-        EntryDN(directory.NamingNames().file, name, parentDN), name, bytes.data(),
-        static_cast<std::uint32_t>(bytes.size()));
+    const std::uint32_t code =
+        directory.AddFileEntry(EntryDN(directory.NamingNames().file, name, parentDN), name,
+                               bytes.data(), static_cast<std::uint32_t>(bytes.size()));
     if (connect) directory.Close();
     return code == LDAP_SUCCESS ? 1 : 0;
 }

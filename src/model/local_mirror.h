@@ -1,8 +1,8 @@
 // Working copies of directory files: fetching an entry's bytes into a local file and storing them
 // again, and moving single files and trees between a directory and a local folder.
 //
-// Each operation that opens the connection closes it again, so that no connection stays open while a
-// client thinks.
+// Each operation that opens the connection closes it again, so that no connection stays open while
+// a client thinks.
 #pragma once
 
 #include <cstdint>
@@ -15,7 +15,8 @@ namespace depot {
 // Connects to the location, asking for credentials where none are known or the known ones fail.
 bool OpenDirectory(CLDAPItems& directory, std::string* errorText);
 
-// Keeps a connection for the work of one operation: opened if there was none, and then closed again.
+// Keeps a connection for the work of one operation: opened if there was none, and then closed
+// again.
 class DirectoryConnection {
 public:
     DirectoryConnection(CLDAPItems& directory, std::string* errorText);
@@ -32,13 +33,13 @@ private:
 };
 
 // Fetches an entry's bytes into a new temporary file, readable for the user alone as far as the
-// temporary folder is. Returns its path, also when it could not be written, or an empty text when no
-// connection could be made.
+// temporary folder is. Returns its path, also when it could not be written, or an empty text when
+// no connection could be made.
 std::string FetchToLocal(CLDAPItems& directory, const std::string& dn);
 
-// Ends a working copy: stores its bytes in the entry when `writeBack` is set, and deletes it in every
-// case. Returns 1 when nothing had to be stored or all was. An empty path with `writeBack` set is a
-// parameter error, which is shown.
+// Ends a working copy: stores its bytes in the entry when `writeBack` is set, and deletes it in
+// every case. Returns 1 when nothing had to be stored or all was. An empty path with `writeBack`
+// set is a parameter error, which is shown.
 int ReleaseLocal(CLDAPItems& directory, const std::string& dn, const std::string& localPath,
                  bool writeBack, std::string* errorText = nullptr);
 

@@ -44,8 +44,8 @@ bool WriteLocalFile(const std::string& path, const void* bytes, std::uint32_t le
     {
         const LegacyFile file(_lcreat(path.c_str(), 0));
         if (!file.IsOpen()) return false;
-        complete = length == 0 ||
-                   _lwrite(file.Get(), static_cast<const char*>(bytes), length) == length;
+        complete =
+            length == 0 || _lwrite(file.Get(), static_cast<const char*>(bytes), length) == length;
     }
     if (!complete) DeleteFileA(path.c_str());
     return complete;

@@ -3,6 +3,10 @@
 
 #include "depotbrowser/browser_library.h"
 #include "depotbrowser/dialog_user.h"
+#include "depotbrowser/prompt_ids.h"
+#include "platform/handles.h"
+#include "platform/module_state.h"
+#include "resource_ids.h"
 
 namespace depot::test {
 namespace {
@@ -40,14 +44,13 @@ protected:
     }
 
     // Returns a text of one language, as the library holds it.
-    std::wstring TextIn(WORD language, UINT id) const {
-        const HRSRC found = FindResourceExW(library_.Module(), reinterpret_cast<LPCWSTR>(RT_STRING),
-                                            MAKEINTRESOURCEW(id / 16 + 1), language);
-        const auto* text =
-            static_cast<const WCHAR*>(LockResource(LoadResource(library_.Module(), found)));
-        if (text == nullptr) return {};
-        for (UINT skipped = 0; skipped < id % 16; ++skipped) text += 1 + *text;
-        return std::wstring(text + 1, *text);
+    // Returns a text as the library of that language has it.
+    static std::wstring TextIn(const std::string& language, UINT id) {
+        const std::string name = OwnModuleFolder() + "depotintr." + language + ".nls";
+        const UniqueModule library(LoadLibraryA(name.c_str()));
+        wchar_t text[260] = {};
+        LoadStringW(library.get(), id, text, std::size(text));
+        return text;
     }
 
     const ComApartment apartment_;
@@ -148,17 +151,16 @@ TEST_F(DialogAppearanceTest, TheTextsOfEveryLanguageFitTheirControls) {
         bool wrapped;
         int edges;
     } rows[] = {
-        {CONTROL_INSTRUCTION, TEXT_INSTRUCTION, true, 0},
-        {CONTROL_SERVER_LABEL, TEXT_SERVER, false, 0},
-        {CONTROL_USER_LABEL, TEXT_USER, false, 0},
-        {CONTROL_PASSWORD_LABEL, TEXT_PASSWORD, false, 0},
-        {IDOK, TEXT_OK, false, kButtonEdges},
-        {IDCANCEL, TEXT_CANCEL, false, kButtonEdges},
+        {CONTROL_INSTRUCTION, IDS_CREDENTIALS_INSTRUCTION, true, 0},
+        {CONTROL_SERVER_LABEL, IDS_CREDENTIALS_SERVER, false, 0},
+        {CONTROL_USER_LABEL, IDS_CREDENTIALS_USER, false, 0},
+        {CONTROL_PASSWORD_LABEL, IDS_CREDENTIALS_PASSWORD, false, 0},
+        {IDOK, IDS_OK, false, kButtonEdges},
+        {IDCANCEL, IDS_CANCEL, false, kButtonEdges},
     };
-    const WORD languages[] = {MAKELANGID(LANG_ENGLISH, SUBLANG_ENGLISH_US),
-                              MAKELANGID(LANG_GERMAN, SUBLANG_GERMAN)};
+    const char* const languages[] = {"eng", "fra", "deu", "esp", "ita", "jpn", "prt"};
     Show([&](const OpenDialog& dialog) {
-        for (const WORD language : languages) {
+        for (const char* const language : languages) {
             for (const auto& row : rows) {
                 SCOPED_TRACE(testing::Message() << language << " text " << row.text);
                 const std::wstring text = TextIn(language, row.text);

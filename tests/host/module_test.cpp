@@ -78,8 +78,6 @@ TEST_F(ModuleTest, MissingScriptsFailTheRegistration) {
     // This program carries none of the component's scripts.
     CDepotIntrModule module;
     const HRESULT missing = HRESULT_FROM_WIN32(ERROR_RESOURCE_NAME_NOT_FOUND);
-    EXPECT_EQ(missing, module.UpdateAppIdRegistry(true));
-    EXPECT_EQ(missing, module.UpdateAppIdRegistry(false));
     EXPECT_EQ(missing, module.RegisterServer());
     EXPECT_EQ(missing, module.UnregisterServer());
 }
