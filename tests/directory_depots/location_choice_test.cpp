@@ -1,0 +1,198 @@
+#include "model/depots.h"
+#include "support/directory_fixture.h"
+#include "support/scratch.h"
+
+namespace depot {
+namespace {
+
+using test::DirectoryServer;
+using test::ForgetServer;
+using test::MessageFor;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+
+class LocationChoiceTest : public test::DirectoryFixture {
+protected:
+    CDepotPath& Add(const CDepotPath& location) {
+        depot_.paths->Append(location.Clone());
+        CDepotPath& added = *depot_.paths->At(depot_.paths->Count() - 1);
+        added.owner = depot_.paths.get();
+        return added;
+    }
+    CDepotPath& AddDirectory(const std::string& base, unsigned port) {
+        CDepotPath location = server_.Location(base);
+        location.port = port;
+        location.authentication = kAnonymousAuthentication;
+        ForgetServer(port);
+        return Add(location);
+    }
+    CDepotPath& AddFolder(const std::string& path) {
+        CDepotPath location(nullptr);
+        location.path = path;
+        return Add(location);
+    }
+
+    CDepot depot_{nullptr};
+};
+
+TEST_F(LocationChoiceTest, AReachableDirectoryIsChosen) {
+    CDepotPath& location = AddDirectory(base_, server_.Port());
+    EXPECT_EQ(base_ + "\\", depot_.paths->GetActivePath());
+    EXPECT_EQ(&location, depot_.paths->ChosenLocation());
+    EXPECT_THAT(boxes_.Boxes(), IsEmpty());
+}
+
+TEST_F(LocationChoiceTest, TheProbeIsOneBindAndOneSearchOfTheBaseAlone) {
+    server_.AddFile("a.krc", base_, "x");
+    AddDirectory(base_, server_.Port());
+    server_.Mark();
+    depot_.paths->GetActivePath();
+    const std::string log = server_.Log();
+    EXPECT_EQ((test::OperationCounts{.binds = 1, .searches = 1}), server_.Counts());
+    EXPECT_THAT(log, HasSubstr("SRCH base=\"" + base_ + "\" scope=0"));
+    EXPECT_THAT(log, HasSubstr("SRCH attr=1.1\n"));
+    EXPECT_THAT(log, HasSubstr("UNBIND"));
+}
+
+TEST_F(LocationChoiceTest, TheChoiceIsMadeOnce) {
+    AddDirectory(base_, server_.Port());
+    depot_.paths->GetActivePath();
+    server_.Mark();
+    depot_.paths->GetActivePath();
+    depot_.paths->ActiveLocation();
+    EXPECT_EQ("", server_.Log());
+}
+
+TEST_F(LocationChoiceTest, AServerThatIsDownIsPassedOver) {
+    AddDirectory(base_, test::ClosedPort());
+    CDepotPath& second = AddDirectory(base_, server_.Port());
+    depot_.paths->GetActivePath();
+    EXPECT_EQ(&second, depot_.paths->ChosenLocation());
+    EXPECT_THAT(boxes_.Texts(), ElementsAre(MessageFor(81)));
+}
+
+TEST_F(LocationChoiceTest, AMissingBaseIsPassedOverSilently) {
+    AddDirectory("cn=missing," + base_, server_.Port());
+    CDepotPath& second = AddDirectory(base_, server_.Port());
+    depot_.paths->GetActivePath();
+    EXPECT_EQ(&second, depot_.paths->ChosenLocation());
+    EXPECT_THAT(boxes_.Boxes(), IsEmpty());
+}
+
+TEST_F(LocationChoiceTest, AnInvalidBaseIsReportedAndPassedOver) {
+    AddDirectory("not a name", server_.Port());
+    CDepotPath& second = AddDirectory(base_, server_.Port());
+    depot_.paths->GetActivePath();
+    EXPECT_EQ(&second, depot_.paths->ChosenLocation());
+    EXPECT_THAT(boxes_.Texts(), ElementsAre(MessageFor(34)));
+}
+
+TEST_F(LocationChoiceTest, WithoutAnyReachableLocationTheFirstIsChosen) {
+    CDepotPath& first = AddDirectory("cn=missing," + base_, server_.Port());
+    AddFolder("C:\\no such folder");
+    EXPECT_EQ(first.path + "\\", depot_.paths->GetActivePath());
+    EXPECT_EQ(&first, depot_.paths->ChosenLocation());
+}
+
+TEST_F(LocationChoiceTest, AFolderBeforeTheDirectoryKeepsTheServerUncontacted) {
+    const test::ScratchFolder folder;
+    AddFolder(folder.Path());
+    AddDirectory(base_, server_.Port());
+    EXPECT_FALSE(depot_.paths->ChoiceProbesDirectory());
+    server_.Mark();
+    EXPECT_EQ(folder.Path() + "\\", depot_.paths->GetActivePath());
+    EXPECT_EQ("", server_.Log());
+    EXPECT_EQ(nullptr, depot_.DirectoryConnection());
+}
+
+TEST_F(LocationChoiceTest, AMissingFolderBeforeTheDirectoryProbesTheServer) {
+    AddFolder("C:\\no such folder");
+    CDepotPath& second = AddDirectory(base_, server_.Port());
+    EXPECT_TRUE(depot_.paths->ChoiceProbesDirectory());
+    depot_.paths->GetActivePath();
+    EXPECT_EQ(&second, depot_.paths->ChosenLocation());
+    EXPECT_FALSE(depot_.paths->ChoiceProbesDirectory());
+}
+
+TEST_F(LocationChoiceTest, ABaseWithSevenHundredEntriesIsFoundUnderTheDefaultLimit) {
+    std::string entries;
+    for (int index = 0; index < 700; ++index) {
+        const std::string name = "f" + std::to_string(index);
+        entries +=
+            "dn: cn=" + name + "," + base_ + "\nobjectClass: quillonFolder\ncn: " + name + "\n\n";
+    }
+    server_.Apply(entries);
+    AddDirectory("cn=missing," + base_, server_.Port());
+    CDepotPath& second = AddDirectory(base_, server_.Port());
+    depot_.paths->GetActivePath();
+    EXPECT_EQ(&second, depot_.paths->ChosenLocation());
+}
+
+TEST_F(LocationChoiceTest, TheDepotsConnectionIsMadeOnceAndForTheActiveLocation) {
+    AddDirectory("cn=missing," + base_, server_.Port());
+    CDepotPath& second = AddDirectory(base_, server_.Port());
+    CLDAPItems* const connection = depot_.DirectoryConnection();
+    ASSERT_NE(nullptr, connection);
+    EXPECT_EQ(&second, &connection->Location());
+    EXPECT_FALSE(connection->IsConnected());
+    EXPECT_EQ(connection, depot_.DirectoryConnection());
+}
+
+TEST_F(LocationChoiceTest, ACopiedDepotMakesItsOwnConnection) {
+    AddDirectory(base_, server_.Port());
+    CLDAPItems* const connection = depot_.DirectoryConnection();
+    const std::unique_ptr<CDepot> copy = depot_.Clone();
+    EXPECT_NE(connection, copy->DirectoryConnection());
+    EXPECT_EQ(copy->paths->At(0), &copy->DirectoryConnection()->Location());
+    depot_.CopyFrom(copy.get());
+    EXPECT_EQ(depot_.paths->At(0), &depot_.DirectoryConnection()->Location());
+}
+
+TEST_F(LocationChoiceTest, AnEmptyListHasNoConnection) {
+    EXPECT_EQ(nullptr, depot_.DirectoryConnection());
+    EXPECT_EQ("", depot_.paths->GetActivePath());
+}
+
+// Two servers that hold the same data.
+class ReplicationTest : public LocationChoiceTest {
+protected:
+    void WaitFor(DirectoryServer& server, const std::string& dn) {
+        for (int round = 0; round < 200 && !server.Holds(dn); ++round) Sleep(50);
+        ASSERT_TRUE(server.Holds(dn));
+    }
+};
+
+TEST_F(ReplicationTest, WithTheFirstServerStoppedANewListUsesTheSecondAndSeesTheSame) {
+    DirectoryServer first("multi");
+    DirectoryServer second("peer " + first.Name());
+    WaitFor(second, test::kSuffix);
+    first.AddFolder("home", test::kSuffix);
+    const std::string home = std::string("cn=home,") + test::kSuffix;
+    first.AddFile("a.krc", home, "bytes");
+    WaitFor(second, "cn=a.krc," + home);
+
+    AddDirectory(home, first.Port());
+    AddDirectory(home, second.Port());
+    depot_.paths->GetActivePath();
+    EXPECT_EQ(depot_.paths->At(0), depot_.paths->ChosenLocation());
+    first.Stop();
+    // The choice stays for the life of the list.
+    EXPECT_EQ(depot_.paths->At(0), depot_.paths->ActiveLocation());
+
+    CDepot renewed(nullptr);
+    renewed.paths->Copy(depot_.paths.get());
+    renewed.paths->GetActivePath();
+    ASSERT_EQ(renewed.paths->At(1), renewed.paths->ChosenLocation());
+    CLDAPItems& connection = *renewed.DirectoryConnection();
+    ASSERT_EQ(1, connection.ConnectLocation(nullptr));
+    FileBuffer buffer;
+    EXPECT_EQ(1, connection.ReadFileContents("cn=a.krc," + home, buffer));
+    EXPECT_EQ(5u, buffer.length);
+    first.Continue();
+    EXPECT_EQ(renewed.paths->At(1), renewed.paths->ActiveLocation());
+}
+
+}  // namespace
+}  // namespace depot
