@@ -7,6 +7,7 @@
 #include "manager/depot_list.h"
 #include "manager/display_path.h"
 #include "manager/display_path_text.h"
+#include "manager/writability.h"
 #include "platform/text.h"
 
 namespace depot {
@@ -72,8 +73,12 @@ STDMETHODIMP CDepotIntrApi::DPFileExists(LONG_PTR lDPIntr, BSTR* bstrFileName) n
     });
 }
 
-STDMETHODIMP CDepotIntrApi::DPIsPathWriteAble(LONG_PTR, BSTR*) noexcept {
-    return S_FALSE;
+STDMETHODIMP CDepotIntrApi::DPIsPathWriteAble(LONG_PTR lDPIntr, BSTR* bstrFilePath) noexcept {
+    return RunOnSession(lDPIntr, WithoutHandle::kFail, [&](DepotSession& session) {
+        const std::string path = NarrowText(bstrFilePath);
+        CDepot* const depot = FindDepotHolding(session.Depots(), path);
+        return depot != nullptr && TestPathWritable(*depot, path, nullptr) != 0;
+    });
 }
 
 STDMETHODIMP CDepotIntrApi::DPSetSelItemPath(LONG_PTR lDPIntr, BSTR* bstrFilePath) noexcept {

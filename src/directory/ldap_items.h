@@ -136,6 +136,12 @@ public:
     // `connect` the object connects first and is not connected afterwards.
     int EnsureFolderPath(const std::string& dn, bool connect, std::string* errorText);
 
+    // Lists the folder entries that EnsureFolderPath would create for `dn`, the deepest first.
+    void ListMissingFolders(const std::string& dn, LdapItemList& missing);
+
+    // Deletes an entry that holds no others. Returns the directory's code.
+    std::uint32_t RemoveEmptyEntry(const std::string& dn) { return DeleteEntry(dn); }
+
     // The effective names of the location's schema.
     NamingAttributes NamingNames() const;
     std::string FolderClass() const;
@@ -182,6 +188,7 @@ private:
     void DeleteFolders(const LdapItemList& children);
     std::optional<std::vector<std::string>> ExplodeDN(const std::string& dn, std::uint32_t& code);
     int CreateMissingFolders(const std::string& dn, std::string* errorText);
+    bool FindMissingFolders(const std::string& dn, LdapItemList& missing, std::string* errorText);
     bool FindMissingFolders(const std::vector<std::string>& components, std::size_t first,
                             LdapItemList& missing, std::string* errorText);
     int AddFolders(const LdapItemList& missing, std::string* errorText);

@@ -130,16 +130,23 @@ int CLDAPItems::EnsureFolderPath(const std::string& dn, bool connect, std::strin
 }
 
 int CLDAPItems::CreateMissingFolders(const std::string& dn, std::string* errorText) {
+    LdapItemList missing;
+    return FindMissingFolders(dn, missing, errorText) ? AddFolders(missing, errorText) : 0;
+}
+
+void CLDAPItems::ListMissingFolders(const std::string& dn, LdapItemList& missing) {
+    FindMissingFolders(dn, missing, nullptr);
+}
+
+bool CLDAPItems::FindMissingFolders(const std::string& dn, LdapItemList& missing,
+                                    std::string* errorText) {
     std::uint32_t code = LDAP_SUCCESS;
     const auto components = ExplodeDN(dn, code);
-    if (!components) return Fail(code, errorText);
+    if (!components) return Fail(code, errorText) != 0;
     std::string name;
     bool isFolder = false;
     const bool isFile = SplitEntryName(dn, name, isFolder) != 0 && !isFolder;
-    LdapItemList missing;
-    return FindMissingFolders(*components, isFile ? 1 : 0, missing, errorText)
-               ? AddFolders(missing, errorText)
-               : 0;
+    return FindMissingFolders(*components, isFile ? 1 : 0, missing, errorText);
 }
 
 bool CLDAPItems::FindMissingFolders(const std::vector<std::string>& components, std::size_t first,

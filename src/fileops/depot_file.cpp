@@ -1,5 +1,6 @@
 #include "fileops/depot_file.h"
 
+#include "fileops/directory_transfer.h"
 #include "fileops/shell_operation.h"
 #include "manager/display_path.h"
 #include "platform/error_text.h"
@@ -43,37 +44,59 @@ bool IsDirectoryDepot(CDepot& depot) {
 }
 
 int FileExists(CDepot& depot, const std::string& path) {
-    if (IsDirectoryDepot(depot)) return 0;
-    return PathExists(DisplayToStorage(depot, path)) ? 1 : 0;
+    if (depot.paths->ActiveLocation() == nullptr) return 0;
+    const std::string storage = DisplayToStorage(depot, path);
+    if (CLDAPItems* const directory = depot.DirectoryConnection()) {
+        return EntryExists(*directory, storage, nullptr);
+    }
+    return PathExists(storage) ? 1 : 0;
 }
 
 int DeleteFile(CDepot& depot, const std::string& path) {
-    if (IsDirectoryDepot(depot)) return 0;
-    return DeleteFileA(DisplayToStorage(depot, path).c_str()) ? 1 : 0;
+    const std::string storage = DisplayToStorage(depot, path);
+    if (CLDAPItems* const directory = depot.DirectoryConnection()) {
+        return RemoveEntry(*directory, storage, nullptr);
+    }
+    return DeleteFileA(storage.c_str()) ? 1 : 0;
 }
 
 int MoveFile(CDepot& depot, const std::string& source, const std::string& destination, HWND window,
              CDepot* destinationDepot, std::string* errorText) {
-    if (IsDirectoryDepot(depot)) return 0;
     CDepot& target = destinationDepot ? *destinationDepot : depot;
-    return MoveInFileSystem(depot, DisplayToStorage(depot, source),
-                            DisplayToStorage(target, destination), window,
-                            destinationDepot ? FO_MOVE : FO_RENAME, errorText);
+    const std::string from = DisplayToStorage(depot, source);
+    const std::string to = DisplayToStorage(target, destination);
+    if (CLDAPItems* const directory = depot.DirectoryConnection()) {
+        return MoveEntry(*directory, from, to, errorText);
+    }
+    return MoveInFileSystem(depot, from, to, window, destinationDepot ? FO_MOVE : FO_RENAME,
+                            errorText);
 }
 
 int CopyFile(CDepot& depot, const std::string& source, const std::string& destination,
              CDepot* destinationDepot, bool failIfExists, std::string* errorText) {
+    // A folder takes the copy under its own name.
+    const std::string target =
+        destination.ends_with('\\') ? destination + NamePart(source) : destination;
     const std::string from = DisplayToStorage(depot, source);
-    std::string to =
-        destinationDepot ? DisplayToStorage(*destinationDepot, destination) : destination;
-    if (to.ends_with('\\')) to += NamePart(from);
-    if (IsDirectoryDepot(depot) || (destinationDepot && IsDirectoryDepot(*destinationDepot)))
-        return 0;
+    const std::string to = destinationDepot ? DisplayToStorage(*destinationDepot, target) : target;
+    const ExistingEntries existing =
+        failIfExists ? ExistingEntries::kRefuse : ExistingEntries::kReplace;
+    CLDAPItems* const sourceDirectory = depot.DirectoryConnection();
+    CLDAPItems* const targetDirectory =
+        destinationDepot ? destinationDepot->DirectoryConnection() : nullptr;
+    if (sourceDirectory && targetDirectory) {
+        return CopyEntry(*sourceDirectory, from, *targetDirectory, to, existing, errorText);
+    }
+    if (sourceDirectory) return Download(*sourceDirectory, from, to, errorText);
+    if (targetDirectory) return Upload(*targetDirectory, from, to, existing, errorText);
     return CopyInFileSystem(from, to, failIfExists, errorText);
 }
 
-DWORD LastErrorCode(CDepot&) {
-    return GetLastError();
+DWORD LastErrorCode(CDepot& depot) {
+    const DWORD systemError = GetLastError();
+    CLDAPItems* const directory = depot.DirectoryConnection();
+    return directory ? directory->Client().LdapMapErrorToWin32(directory->LastError())
+                     : systemError;
 }
 
 }  // namespace depot

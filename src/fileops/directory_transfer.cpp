@@ -188,7 +188,7 @@ bool IsInside(const std::string& dn, const std::string& folderDN) {
 int Upload(CLDAPItems& directory, const std::string& localPath, const std::string& dn,
            ExistingEntries existing, std::string* errorText, const TransferWatcher& watcher) {
     if (localPath.empty() || dn.empty()) return Fail(directory, LDAP_PARAM_ERROR, errorText);
-    const DirectoryConnection connection(directory, errorText);
+    const ConnectionScope connection(directory, errorText);
     if (!connection) return 0;
     TransferProgress progress;
     const std::uint32_t code =
@@ -201,7 +201,7 @@ int Upload(CLDAPItems& directory, const std::string& localPath, const std::strin
 int Download(CLDAPItems& directory, const std::string& dn, const std::string& localPath,
              std::string* errorText, const TransferWatcher& watcher) {
     if (localPath.empty() || dn.empty()) return Fail(directory, LDAP_PARAM_ERROR, errorText);
-    const DirectoryConnection connection(directory, errorText);
+    const ConnectionScope connection(directory, errorText);
     if (!connection) return 0;
     TransferProgress progress;
     std::uint32_t unsafeNames = 0;
@@ -218,8 +218,8 @@ int CopyEntry(CLDAPItems& source, const std::string& sourceDN, CLDAPItems& desti
     if (sourceDN.empty() || destinationDN.empty()) {
         return Fail(source, LDAP_PARAM_ERROR, errorText);
     }
-    const DirectoryConnection sourceConnection(source, errorText);
-    const DirectoryConnection destinationConnection(destination, errorText);
+    const ConnectionScope sourceConnection(source, errorText);
+    const ConnectionScope destinationConnection(destination, errorText);
     if (!sourceConnection || !destinationConnection) return 0;
     const std::uint32_t code =
         IsFolderEntry(source, sourceDN)
@@ -233,7 +233,7 @@ int MoveEntry(CLDAPItems& directory, const std::string& oldDN, const std::string
     if (oldDN.empty() || newDN.empty() || IsInside(newDN, oldDN)) {
         return Fail(directory, LDAP_PARAM_ERROR, errorText);
     }
-    const DirectoryConnection connection(directory, errorText);
+    const ConnectionScope connection(directory, errorText);
     if (!connection) return 0;
     LdapItemList children;
     const bool inPlace = !IsFolderEntry(directory, oldDN) || EqualsNoCase(oldDN, newDN) ||
@@ -243,12 +243,12 @@ int MoveEntry(CLDAPItems& directory, const std::string& oldDN, const std::string
 }
 
 int EntryExists(CLDAPItems& directory, const std::string& dn, std::string* errorText) {
-    const DirectoryConnection connection(directory, errorText);
+    const ConnectionScope connection(directory, errorText);
     return connection && Finish(directory, directory.FindEntry(dn), errorText) != 0;
 }
 
 int RemoveEntry(CLDAPItems& directory, const std::string& dn, std::string* errorText) {
-    const DirectoryConnection connection(directory, errorText);
+    const ConnectionScope connection(directory, errorText);
     return connection && directory.DeleteTree(dn, errorText) != 0;
 }
 

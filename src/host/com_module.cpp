@@ -1,6 +1,7 @@
 #include "host/com_module.h"
 
 #include <string>
+#include <utility>
 
 #include "host/class_factory.h"
 #include "host/registrar.h"
@@ -48,12 +49,13 @@ CComModule& Module() {
     return *theModule;
 }
 
-CComModule::CComModule(const ModuleIdentity& identity) : identity_(identity) {
+CComModule::CComModule(const ModuleIdentity& identity)
+    : identity_(identity), previous_(std::exchange(theModule, this)) {
     for (const ObjectMapEntry& entry : identity_.objectMap) classes_.push_back({&entry, nullptr});
-    theModule = this;
 }
 
 CComModule::~CComModule() {
+    theModule = previous_;
     for (const MappedClass& mapped : classes_) {
         if (mapped.entry->terminate != nullptr) mapped.entry->terminate();
     }

@@ -80,6 +80,7 @@ private:
     HRESULT UpdateClasses(bool registering) noexcept;
 
     const ModuleIdentity identity_;
+    CComModule* const previous_;  // the module again when this one is gone; never owned
     std::atomic<LONG> lockCount_{0};
     std::mutex lock_;
     IGlobalInterfaceTable* interfaceTable_ = nullptr;

@@ -6,6 +6,7 @@
 #include "manager/display_path.h"
 #include "manager/resolve_item.h"
 #include "model/depot_item.h"
+#include "model/local_mirror.h"
 #include "platform/paths.h"
 #include "platform/text.h"
 
@@ -40,10 +41,13 @@ DepotFileContext::DepotFileContext(const std::string& path, CDepots& depots) {
 void DepotFileContext::Attach(CDepot* holder, const std::string& displayPath) {
     depot = holder;
     depotPath = displayPath;
-    // A file in a directory has no local file as long as its bytes cannot be fetched.
-    if (depot == nullptr || IsInDirectory()) return;
+    if (depot == nullptr) return;
     std::string path = DisplayToStorage(*depot, depotPath);
-    if (path.size() <= kLongestSystemPath) localPath = std::move(path);
+    if (CLDAPItems* const directory = depot->DirectoryConnection()) {
+        localPath = FetchToLocal(*directory, path);
+    } else if (path.size() <= kLongestSystemPath) {
+        localPath = std::move(path);
+    }
 }
 
 std::string DepotFileContext::ReadString(const std::string& section, const std::string& key,
@@ -73,8 +77,12 @@ bool DepotFileContext::IsInDirectory() const {
     return location != nullptr && location->type == kDirectoryLocation;
 }
 
-void DepotFileContext::Release() {
+int DepotFileContext::Release() {
+    CLDAPItems* const directory = depot ? depot->DirectoryConnection() : nullptr;
     // What was written to a file of the file system is already in the file itself.
+    if (directory == nullptr) return 1;
+    const std::string entry = DisplayToStorage(*depot, depotPath);
+    return ReleaseLocal(*directory, entry, std::exchange(localPath, {}), changed);
 }
 
 }  // namespace depot

@@ -37,8 +37,9 @@ public:
     // Tells whether the file lives in a directory, so that the local file is a working copy.
     bool IsInDirectory() const;
 
-    // Lets go of the local file.
-    void Release();
+    // Lets go of the local file: a working copy is stored in its entry if it was changed, and
+    // deleted. Returns 0 when a change could not be stored.
+    int Release();
 
     CDepot* depot = nullptr;  // null for a plain file; never owned
     std::string depotPath;    // the path by which clients name the file

@@ -16,9 +16,10 @@ void FetchFile(CLDAPItems& directory, const std::string& dn, const std::string& 
 }
 
 int StoreLocalFile(CLDAPItems& directory, const std::string& dn, const std::string& localPath) {
-    const DirectoryConnection connection(directory, nullptr);
+    const ConnectionScope connection(directory, nullptr);
     if (!connection) return 0;
-    const std::vector<std::uint8_t> bytes = ReadLocalFile(localPath).value_or({});
+    const std::vector<std::uint8_t> bytes =
+        ReadLocalFile(localPath).value_or(std::vector<std::uint8_t>());
     const auto length = static_cast<std::uint32_t>(bytes.size());
     return directory.ReplaceFileContents(dn, bytes.data(), length) == LDAP_SUCCESS ? 1 : 0;
 }
@@ -48,20 +49,20 @@ bool OpenDirectory(CLDAPItems& directory, std::string* errorText) {
                               : directory.ConnectLocation(errorText)) != 0;
 }
 
-DirectoryConnection::DirectoryConnection(CLDAPItems& directory, std::string* errorText)
+ConnectionScope::ConnectionScope(CLDAPItems& directory, std::string* errorText)
     : directory_(directory) {
     open_ = directory_.IsConnected();
     if (open_) return;
     open_ = opened_ = OpenDirectory(directory_, errorText);
 }
 
-DirectoryConnection::~DirectoryConnection() {
+ConnectionScope::~ConnectionScope() {
     if (opened_) directory_.Close();
 }
 
 std::string FetchToLocal(CLDAPItems& directory, const std::string& dn) {
     const std::string localPath = MakeTempFileName();
-    const DirectoryConnection connection(directory, nullptr);
+    const ConnectionScope connection(directory, nullptr);
     if (!connection) {
         DeleteFileA(localPath.c_str());
         return {};
@@ -86,7 +87,8 @@ int UploadNewFile(CLDAPItems& directory, const std::string& localPath, const std
     if (localPath.empty() || parentDN.empty()) return FailWithParameterError(directory, errorText);
     if (connect && !directory.IsConnected() && !OpenDirectory(directory, errorText)) return 0;
     const std::string name = NamePart(localPath);
-    const std::vector<std::uint8_t> bytes = ReadLocalFile(localPath).value_or({});
+    const std::vector<std::uint8_t> bytes =
+        ReadLocalFile(localPath).value_or(std::vector<std::uint8_t>());
     const std::uint32_t code =
         directory.AddFileEntry(EntryDN(directory.NamingNames().file, name, parentDN), name,
                                bytes.data(), static_cast<std::uint32_t>(bytes.size()));

@@ -17,12 +17,12 @@ bool OpenDirectory(CLDAPItems& directory, std::string* errorText);
 
 // Keeps a connection for the work of one operation: opened if there was none, and then closed
 // again.
-class DirectoryConnection {
+class ConnectionScope {
 public:
-    DirectoryConnection(CLDAPItems& directory, std::string* errorText);
-    ~DirectoryConnection();
-    DirectoryConnection(const DirectoryConnection&) = delete;
-    DirectoryConnection& operator=(const DirectoryConnection&) = delete;
+    ConnectionScope(CLDAPItems& directory, std::string* errorText);
+    ~ConnectionScope();
+    ConnectionScope(const ConnectionScope&) = delete;
+    ConnectionScope& operator=(const ConnectionScope&) = delete;
 
     explicit operator bool() const { return open_; }
 

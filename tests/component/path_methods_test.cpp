@@ -2,6 +2,7 @@
 #include <vector>
 
 #include "component/component.h"
+#include "support/box_log.h"
 
 namespace depot::test {
 namespace {
@@ -165,6 +166,8 @@ TEST_F(FolderDepotsTest, HugeAndBrokenPathsAreAnswered) {
 }
 
 TEST_F(FolderDepotsTest, DirectoryDepotHasNoFileSystemPaths) {
+    // The missing server is reported in a box.
+    const BoxLog boxes;
     depots_.Text("Remote", "Path1", "ou=profiles,dc=farrow,dc=test");
     depots_.Dword("Remote", "Type1", 1);
     depots_.Text("Remote", "Host1", "127.0.0.1");

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "manager/depot_world.h"
+#include "support/box_log.h"
 
 namespace depot {
 namespace {
@@ -49,6 +50,8 @@ TEST_F(FileExistsTest, ADepotWithoutLocationsHoldsNothing) {
 }
 
 TEST_F(FileExistsTest, ADirectoryWithoutAServerHoldsNothing) {
+    // The missing server is reported in a box.
+    const test::BoxLog boxes;
     CDepot& directory = world_.AddAt("Dir", "Dir", "dc=farrow", kDirectoryLocation);
     EXPECT_EQ(0, FileExists(directory, "<Dir>\\a.kra"));
     EXPECT_EQ(0, FileExists(directory, world_.folder.Path()));
