@@ -166,8 +166,9 @@ protected:
 
 TEST_F(ReplicationTest, WithTheFirstServerStoppedANewListUsesTheSecondAndSeesTheSame) {
     DirectoryServer first("multi");
-    DirectoryServer second("peer " + first.Name());
-    WaitFor(second, test::kSuffix);
+    DirectoryServer second("multi");
+    second.Follow(first);
+    first.Follow(second);
     first.AddFolder("home", test::kSuffix);
     const std::string home = std::string("cn=home,") + test::kSuffix;
     first.AddFile("a.krc", home, "bytes");
@@ -190,7 +191,11 @@ TEST_F(ReplicationTest, WithTheFirstServerStoppedANewListUsesTheSecondAndSeesThe
     FileBuffer buffer;
     EXPECT_EQ(1, connection.ReadFileContents("cn=a.krc," + home, buffer));
     EXPECT_EQ(5u, buffer.length);
+
+    // What is written meanwhile reaches the first server once it is back.
+    second.AddFile("b.krc", home, "more");
     first.Continue();
+    WaitFor(first, "cn=b.krc," + home);
     EXPECT_EQ(renewed.paths->At(1), renewed.paths->ActiveLocation());
 }
 

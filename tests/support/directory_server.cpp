@@ -173,10 +173,6 @@ std::string NewFolder() {
     return "cn=" + name + "," + kSuffix;
 }
 
-unsigned SilentPort() {
-    return Number(Control("silent\n"));
-}
-
 unsigned ClosedPort() {
     const DirectoryServer server;
     return server.Port();

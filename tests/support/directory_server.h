@@ -38,6 +38,9 @@ public:
 
     void Stop() { Request("stop"); }
     void Continue() { Request("continue"); }
+    // Makes this server replicate what happens at another one, which must have been started as
+    // "multi"; this one is stopped and continued for it.
+    void Follow(const DirectoryServer& other) { Request("follow", {}, other.Name()); }
 
     // Applies changes in LDIF, in UTF-8, as the administrator.
     void Apply(const std::string& ldif) { Request("apply", ldif); }
@@ -76,8 +79,7 @@ DirectoryServer& SharedServer();
 // A folder of the shared server that is new for this test.
 std::string NewFolder();
 
-// The port of a listener that accepts and then says nothing, and a port where nobody listens.
-unsigned SilentPort();
+// A port where nobody listens.
 unsigned ClosedPort();
 
 // Forgets what all processes know of a server.

@@ -1,0 +1,203 @@
+#include "support/directory_fixture.h"
+
+namespace depot {
+namespace {
+
+using test::DirectoryServer;
+using test::ForgetServer;
+using test::MessageFor;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+// Servers that fail, each a real one of its own.
+class FaultsTest : public testing::Test {
+protected:
+    CLDAPItems& Connect(const CDepotPath& location) {
+        ForgetServer(location.port);
+        location_ = location.Clone();
+        items_ = std::make_unique<CLDAPItems>(location_.get());
+        EXPECT_EQ(1, items_->ConnectLocation(nullptr));
+        return *items_;
+    }
+
+    std::string Dn(const std::string& name) const { return "cn=" + name + "," + test::kSuffix; }
+
+    static std::string Files(int count, const std::string& parent) {
+        std::string entries;
+        for (int index = 0; index < count; ++index) {
+            const std::string name = "f" + std::to_string(index) + ".krc";
+            entries += "dn: cn=" + name + "," + parent +
+                       "\nobjectClass: quillonFileBinary\ncn: " + name +
+                       "\nquillonFileContentsBinary: x\n\n";
+        }
+        return entries;
+    }
+
+    test::BoxLog boxes_;
+    std::unique_ptr<CDepotPath> location_;
+    std::unique_ptr<CLDAPItems> items_;
+    std::string text_ = "junk";
+};
+
+TEST_F(FaultsTest, AConnectionThatClosesInTheMiddleOfALargeValueIsDown) {
+    DirectoryServer server;
+    server.AddFile("big.krc", test::kSuffix, "x");
+    const std::string bytes(10 * 1024 * 1024, 'b');
+    CLDAPItems& writer = Connect(server.Location());
+    ASSERT_EQ(0u, writer.ReplaceFileContents(Dn("big.krc"), bytes.data(),
+                                             static_cast<std::uint32_t>(bytes.size())));
+    CDepotPath location = server.Location();
+    location.port = server.CutAfter(5 * 1024 * 1024);
+    CLDAPItems& reader = Connect(location);
+    FileBuffer buffer;
+    EXPECT_EQ(0, reader.ReadFileContents(Dn("big.krc"), buffer));
+    EXPECT_EQ(81u, reader.LastError());
+    EXPECT_EQ(0u, buffer.length);
+    EXPECT_EQ(MessageFor(81), reader.ErrorText());
+    EXPECT_THAT(boxes_.Boxes(), IsEmpty());
+}
+
+TEST_F(FaultsTest, AServerThatStopsBetweenListingAndReadingIsDown) {
+    DirectoryServer server;
+    server.AddFile("a.krc", test::kSuffix, "x");
+    CLDAPItems& items = Connect(server.Location());
+    LdapItemList children;
+    ASSERT_EQ(1, items.ListChildren(test::kSuffix, children));
+    ASSERT_EQ(1u, children.Count());
+    server.Stop();
+    FileBuffer buffer;
+    EXPECT_EQ(0, items.ReadFileContents(children.At(0).path, buffer));
+    EXPECT_EQ(81u, items.LastError());
+    EXPECT_THAT(boxes_.Boxes(), IsEmpty());
+    server.Continue();
+}
+
+TEST_F(FaultsTest, AfterARestartANewConnectionWorks) {
+    DirectoryServer server;
+    server.AddFile("a.krc", test::kSuffix, "x");
+    CLDAPItems& items = Connect(server.Location());
+    server.Stop();
+    server.Continue();
+    FileBuffer buffer;
+    EXPECT_EQ(0, items.ReadFileContents(Dn("a.krc"), buffer));
+    items.Close();
+    EXPECT_EQ(1, items.ConnectLocation(nullptr));
+    EXPECT_EQ(1, items.ReadFileContents(Dn("a.krc"), buffer));
+    EXPECT_EQ(1u, buffer.length);
+}
+
+TEST_F(FaultsTest, AListingOverTheServersSizeLimitFailsWithItsCode) {
+    DirectoryServer server("database limits users size=3");
+    server.Apply(Files(5, test::kSuffix));
+    CLDAPItems& items = Connect(server.Location());
+    LdapItemList children;
+    EXPECT_EQ(0, items.ListChildren(test::kSuffix, children));
+    EXPECT_EQ(4u, items.LastError());
+    EXPECT_EQ(MessageFor(4), items.ErrorText());
+    // Looking for one entry stays within any limit.
+    EXPECT_EQ(0u, items.FindEntry(test::kSuffix));
+    EXPECT_THAT(boxes_.Boxes(), IsEmpty());
+}
+
+TEST_F(FaultsTest, AReferralEndsInTheServersCode) {
+    DirectoryServer server;
+    server.Apply("dn: " + Dn("elsewhere") +
+                 "\nobjectClass: referral\nobjectClass: extensibleObject\n"
+                 "cn: elsewhere\nref: ldap://127.0.0.1:1/dc=elsewhere\n");
+    CLDAPItems& items = Connect(server.Location());
+    FileBuffer buffer;
+    EXPECT_EQ(0, items.ReadFileContents(Dn("elsewhere"), buffer));
+    EXPECT_NE(0u, items.LastError());
+    EXPECT_NE(0u, items.FindEntry("cn=a.krc," + Dn("elsewhere")));
+    LdapItemList children;
+    EXPECT_EQ(1, items.ListChildren(test::kSuffix, children));
+    EXPECT_EQ(0u, children.Count());
+    EXPECT_THAT(boxes_.Boxes(), IsEmpty());
+}
+
+TEST_F(FaultsTest, WithoutTheSchemaAddingFailsWithTheServersCode) {
+    DirectoryServer server("no-schema");
+    CLDAPItems& items = Connect(server.Location());
+    EXPECT_EQ(0, items.AddFolderEntry(Dn("sub"), "sub", &text_));
+    EXPECT_EQ(21u, items.LastError());
+    EXPECT_EQ(MessageFor(21).empty() ? "junk" : MessageFor(21), text_);
+    EXPECT_NE(0u, items.AddFileEntry(Dn("a.krc"), "a.krc", "x", 1));
+    EXPECT_THAT(boxes_.Boxes(), IsEmpty());
+}
+
+TEST_F(FaultsTest, AServerThatRefusesTheProtocolVersionFailsTheBind) {
+    DirectoryServer server("global disallow bind_simple");
+    CDepotPath location = server.Location();
+    location.authentication = kAnonymousAuthentication;
+    ForgetServer(location.port);
+    location_ = location.Clone();
+    items_ = std::make_unique<CLDAPItems>(location_.get());
+    location_->version = 9;
+    EXPECT_EQ(0, items_->ConnectLocation(&text_));
+    EXPECT_NE(0u, items_->LastError());
+    EXPECT_EQ(1u, boxes_.Boxes().size());
+}
+
+TEST_F(FaultsTest, AServerThatForbidsAnonymousAccessIsReportedOnce) {
+    DirectoryServer server("global disallow bind_anon");
+    CDepotPath location = server.Location();
+    location.authentication = kAnonymousAuthentication;
+    ForgetServer(location.port);
+    location_ = location.Clone();
+    items_ = std::make_unique<CLDAPItems>(location_.get());
+    EXPECT_EQ(0, items_->ConnectLocation(&text_));
+    EXPECT_EQ(48u, items_->LastError());
+    EXPECT_EQ(1u, items_->SharedInfo().Access()->noPrompt);
+    EXPECT_THAT(boxes_.Texts(), ElementsAre(MessageFor(48)));
+}
+
+TEST_F(FaultsTest, AFailureOfAnyCallOfTheConnectionLeavesNoHandleOpen) {
+    static DirectoryClient genuine;
+    static int open;
+    static int left;
+    BindDirectoryClient(genuine);
+    DirectoryServer server;
+    CDepotPath location = server.Location();
+    location.authentication = kAnonymousAuthentication;
+    location.connectTimeout = 10;
+    for (int failing = 0; failing < 5; ++failing) {
+        SCOPED_TRACE(failing);
+        ForgetServer(location.port);
+        open = 0;
+        left = failing;
+        {
+            CLDAPItems items(&location);
+            DirectoryClient& client = items.Client();
+            client.ldap_init = [](PCHAR host, ULONG port) -> LDAP* {
+                if (left-- == 0) return nullptr;
+                ++open;
+                return genuine.ldap_init(host, port);
+            };
+            client.ldap_set_option = [](LDAP* connection, int option, const void* value) -> ULONG {
+                if (option != LDAP_OPT_PROTOCOL_VERSION) return LDAP_SUCCESS;
+                return left-- == 0 ? ULONG{LDAP_NO_MEMORY}
+                                   : genuine.ldap_set_option(connection, option, value);
+            };
+            client.ldap_connect = [](LDAP* connection, l_timeval* limit) -> ULONG {
+                return left-- == 0 ? ULONG{LDAP_NO_MEMORY}
+                                   : genuine.ldap_connect(connection, limit);
+            };
+            client.ldap_simple_bind_s = [](LDAP* connection, PCHAR name, PCHAR word) -> ULONG {
+                return left-- == 0 ? ULONG{LDAP_NO_MEMORY}
+                                   : genuine.ldap_simple_bind_s(connection, name, word);
+            };
+            client.ldap_unbind_s = [](LDAP* connection) -> ULONG {
+                --open;
+                return genuine.ldap_unbind_s(connection);
+            };
+            const bool connects = failing == 4;
+            EXPECT_EQ(connects ? 1 : 0, items.ConnectLocation(nullptr));
+            EXPECT_EQ(connects ? 1 : 0, open);
+        }
+        EXPECT_EQ(0, open);
+    }
+    EXPECT_EQ(4u, boxes_.Boxes().size());
+}
+
+}  // namespace
+}  // namespace depot

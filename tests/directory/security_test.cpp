@@ -1,0 +1,114 @@
+#include "support/directory_fixture.h"
+
+namespace depot {
+namespace {
+
+using test::DirectoryServer;
+using test::ForgetServer;
+using test::MessageFor;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::Not;
+
+DirectoryServer& TlsServer() {
+    static DirectoryServer server("tls");
+    return server;
+}
+
+// The client library of some systems, Wine's among them, accepts a certificate that nobody vouches
+// for; what these tests show is that nothing is sent before a session is secure, and that each
+// failure to make it so ends the connection.
+class SecurityTest : public testing::Test {
+protected:
+    CLDAPItems& Make(std::uint32_t security, unsigned port) {
+        location_ = TlsServer().Location().Clone();
+        location_->host = "localhost";
+        location_->port = port;
+        location_->security = security;
+        location_->authentication = kAnonymousAuthentication;
+        ForgetServer(port, "localhost");
+        items_ = std::make_unique<CLDAPItems>(location_.get());
+        return *items_;
+    }
+
+    test::BoxLog boxes_;
+    std::unique_ptr<CDepotPath> location_;
+    std::unique_ptr<CLDAPItems> items_;
+    std::string text_ = "junk";
+};
+
+TEST_F(SecurityTest, WithoutTheSettingTheSessionIsOpen) {
+    TlsServer().Mark();
+    EXPECT_EQ(1, Make(0, TlsServer().Port()).ConnectLocation(&text_));
+    EXPECT_THAT(TlsServer().Log(), Not(HasSubstr("TLS")));
+}
+
+TEST_F(SecurityTest, StartTlsSecuresTheSessionBeforeTheBind) {
+    TlsServer().Mark();
+    CLDAPItems& items = Make(1, TlsServer().Port());
+    EXPECT_EQ(1, items.ConnectLocation(&text_));
+    const std::string log = TlsServer().Log();
+    EXPECT_THAT(log, HasSubstr("STARTTLS"));
+    EXPECT_LT(log.find("TLS established"), log.find("BIND dn="));
+    EXPECT_EQ(0u, items.FindEntry(test::kSuffix));
+}
+
+TEST_F(SecurityTest, LdapsSecuresTheSessionFromItsStart) {
+    TlsServer().Mark();
+    CLDAPItems& items = Make(2, TlsServer().TlsPort());
+    EXPECT_EQ(1, items.ConnectLocation(&text_));
+    const std::string log = TlsServer().Log();
+    EXPECT_THAT(log, Not(HasSubstr("STARTTLS")));
+    EXPECT_LT(log.find("TLS established"), log.find("BIND dn="));
+    EXPECT_EQ(0u, items.FindEntry(test::kSuffix));
+}
+
+TEST_F(SecurityTest, AnUnknownSettingIsTakenAsStartTls) {
+    TlsServer().Mark();
+    EXPECT_EQ(1, Make(3, TlsServer().Port()).ConnectLocation(&text_));
+    EXPECT_THAT(TlsServer().Log(), HasSubstr("TLS established"));
+}
+
+TEST_F(SecurityTest, AServerThatRefusesStartTlsIsNotBoundTo) {
+    DirectoryServer plain;
+    CLDAPItems& items = Make(1, plain.Port());
+    plain.Mark();
+    EXPECT_EQ(0, items.ConnectLocation(&text_));
+    EXPECT_NE(0u, items.LastError());
+    EXPECT_FALSE(items.IsUsable());
+    EXPECT_EQ(0, plain.Counts().binds);
+    EXPECT_EQ(1u, boxes_.Boxes().size());
+}
+
+TEST_F(SecurityTest, AnAbsentServerIsReportedOnceWithLdaps) {
+    CLDAPItems& items = Make(2, test::ClosedPort());
+    EXPECT_EQ(0, items.ConnectLocation(&text_));
+    EXPECT_EQ(81u, items.LastError());
+    EXPECT_EQ(1u, boxes_.Boxes().size());
+}
+
+TEST_F(SecurityTest, ACertificateThatTheClientRefusesEndsTheConnection) {
+    CLDAPItems& items = Make(1, TlsServer().Port());
+    items.Client().ldap_start_tls_s = [](LDAP*, PULONG, LDAPMessage**, PLDAPControlA*,
+                                         PLDAPControlA*) -> ULONG { return LDAP_CONNECT_ERROR; };
+    TlsServer().Mark();
+    EXPECT_EQ(0, items.ConnectLocation(&text_));
+    EXPECT_EQ(91u, items.LastError());
+    EXPECT_EQ(MessageFor(91), text_);
+    EXPECT_THAT(boxes_.Texts(), ElementsAre(MessageFor(91)));
+    EXPECT_FALSE(items.IsUsable());
+    EXPECT_EQ(0, TlsServer().Counts().binds);
+}
+
+TEST_F(SecurityTest, AClientWithoutTlsFailsAsServerDown) {
+    for (const std::uint32_t security : {1u, 2u}) {
+        CLDAPItems& items = Make(security, TlsServer().Port());
+        items.Client().ldap_start_tls_s = DirectoryClient().ldap_start_tls_s;
+        items.Client().ldap_sslinit = DirectoryClient().ldap_sslinit;
+        EXPECT_EQ(0, items.ConnectLocation(&text_));
+        EXPECT_EQ(81u, items.LastError());
+    }
+}
+
+}  // namespace
+}  // namespace depot
