@@ -95,7 +95,7 @@ public:
 
 private:
     FARPROC Entry(const char* name) const { return GetProcAddress(module_, name); }
-    HMODULE module_;
+    HMODULE module_ = nullptr;
 };
 
 // The folder of this program, with a trailing backslash.

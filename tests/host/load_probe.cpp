@@ -7,8 +7,8 @@
 #include <fstream>
 #include <string>
 
-#include "host/box_watcher.h"
 #include "platform/win32.h"
+#include "support/box_at_load.h"
 
 namespace {
 

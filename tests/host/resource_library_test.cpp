@@ -5,12 +5,12 @@
 #include <fstream>
 
 #include "host/app.h"
-#include "host/box_watcher.h"
 #include "host/locale_world.h"
 #include "model/depots.h"
 #include "model/localization.h"
 #include "platform/module_state.h"
 #include "resource_ids.h"
+#include "support/box_at_load.h"
 
 namespace depot {
 namespace {

@@ -1,4 +1,4 @@
-#include "host/box_watcher.h"
+#include "support/box_at_load.h"
 
 #include <utility>
 
