@@ -22,6 +22,10 @@ depots.DPSetProfileString session, "Notes", "Quoted", """in double quotes"""
 Show "Notes", "Indented"
 Show "Notes", "Quoted"
 
+' A depot whose path follows the user and whose name follows the user's language.
+WScript.Echo "Shared depot:   " & depots.DPGetDepotDisplayPath(session, "<Shared>\any.kre")
+WScript.Echo "Its folder:     " & depots.DPPathConvertDPtoFS("<Shared>\any.kre")
+
 depots.DPUnInitialize session
 WScript.Echo "Session ended."
 
