@@ -100,6 +100,7 @@ void DispatchAdapter::Release() {
 }
 
 HRESULT DispatchAdapter::GetTypeInfo(UINT index, LCID, ITypeInfo** typeInfo) noexcept try {
+    const ModuleStateScope scope;
     if (typeInfo == nullptr) return E_POINTER;
     *typeInfo = nullptr;
     if (index != 0) return DISP_E_BADINDEX;
@@ -113,6 +114,7 @@ HRESULT DispatchAdapter::GetTypeInfo(UINT index, LCID, ITypeInfo** typeInfo) noe
 }
 
 HRESULT DispatchAdapter::GetIDsOfNames(LPOLESTR* names, UINT nameCount, DISPID* ids) noexcept try {
+    const ModuleStateScope scope;
     if (names == nullptr || ids == nullptr) return E_POINTER;
     const HRESULT loaded = Load();
     return FAILED(loaded) ? loaded : typeInfo_->GetIDsOfNames(names, nameCount, ids);
@@ -123,7 +125,9 @@ HRESULT DispatchAdapter::GetIDsOfNames(LPOLESTR* names, UINT nameCount, DISPID* 
 HRESULT DispatchAdapter::Invoke(IDepotIntrApi* object, DISPID id, WORD flags,
                                 DISPPARAMS* parameters, VARIANT* result, EXCEPINFO* exception,
                                 UINT* wrongArgument) noexcept try {
+    const ModuleStateScope scope;
     if (parameters == nullptr) return E_POINTER;
+    if (parameters->cArgs > 0 && parameters->rgvarg == nullptr) return E_POINTER;
     const HRESULT loaded = Load();
     if (FAILED(loaded)) return loaded;
     const Signature* const signature = SignatureOf(id);

@@ -92,7 +92,12 @@ HRESULT DispatchArguments::Prepare(UINT* wrongArgument) {
     for (UINT argument = 0; argument < given_.cArgs; ++argument) {
         const Parameter& parameter = ParameterOf(argument);
         HRESULT result = S_OK;
-        if (parameter.kind == Parameter::Kind::kHandle) {
+        const VARIANT& source = given_.rgvarg[argument];
+        // The methods themselves take a missing text; anything else would be followed here.
+        const bool reference = (V_VT(&source) & VT_BYREF) != 0;
+        if (reference && V_BYREF(&source) == nullptr && V_VT(&source) != (VT_BSTR | VT_BYREF)) {
+            result = DISP_E_TYPEMISMATCH;
+        } else if (parameter.kind == Parameter::Kind::kHandle) {
             result = PrepareHandle(parameter, argument);
         } else if (parameter.kind == Parameter::Kind::kText) {
             result = PrepareText(parameter, argument);

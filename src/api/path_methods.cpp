@@ -58,8 +58,12 @@ STDMETHODIMP CDepotIntrApi::DPPathConvertDPtoFS(BSTR* bstrDPFilePath,
                                                 BSTR* bstrFSFilePath) noexcept {
     return RunForText(0, WithoutHandle::kMakeTemporary, bstrFSFilePath,
                       [&](DepotSession& session) -> std::optional<std::string> {
-                          const DepotFileContext file(NarrowText(bstrDPFilePath), session.Depots());
+                          DepotFileContext file(NarrowText(bstrDPFilePath), session.Depots());
                           // A file in a directory has no local path, nor has one without a name.
+                          if (file.IsInDirectory()) {
+                              file.Release();
+                              return std::nullopt;
+                          }
                           if (file.localPath.empty()) return std::nullopt;
                           return file.localPath;
                       });

@@ -34,10 +34,19 @@ LONG_PTR SessionTable::Create() {
         pool_.Free(slot);
         throw;
     }
+    return Publish(slot);
+}
+
+LONG_PTR SessionTable::Publish(void* slot) {
     const auto handle = reinterpret_cast<LONG_PTR>(slot);
-    const std::lock_guard guard(lock_);
-    live_.insert(handle);
-    return handle;
+    try {
+        const std::lock_guard guard(lock_);
+        live_.insert(handle);
+        return handle;
+    } catch (...) {
+        DestroyRemoved(handle);
+        throw;
+    }
 }
 
 DepotSession* SessionTable::Find(LONG_PTR handle) {

@@ -42,6 +42,7 @@ public:
     SessionTable() = default;
 
 private:
+    LONG_PTR Publish(void* slot);
     bool Remove(LONG_PTR handle);
     void DestroyRemoved(LONG_PTR handle);
 

@@ -68,6 +68,14 @@ bool CLDAPItems::SetOptions(std::string* errorText) {
         FailStage("ldap_set_option PROTOCOL_VERSION ", code, errorText);
         return false;
     }
+    // A referral may lead from a secured server to one that is not.
+    if (location_->security != 0) {
+        code = client_.ldap_set_option(handle_.get(), LDAP_OPT_REFERRALS, LDAP_OPT_OFF);
+        if (code != LDAP_SUCCESS) {
+            FailStage("ldap_set_option REFERRALS ", code, errorText);
+            return false;
+        }
+    }
     const std::uint32_t timeout = location_->connectTimeout;
     // A server that accepts and then says nothing must not hold a call for ever. Clients that do
     // not know one of these limits go without it.
@@ -113,7 +121,9 @@ int CLDAPItems::FinishFailedBind(const std::string& password, const std::string&
                                  std::string* errorText) {
     if (PromptingIsOff()) {
         // To a simple bind this is the same as a user who cancelled.
-        if (location_->authentication == kSimpleAuthentication) {
+        const bool fixedCredentials = location_->authentication == kAnonymousAuthentication ||
+                                      location_->authentication == kNegotiateAuthentication;
+        if (!fixedCredentials) {
             Fail(LDAP_USER_CANCELLED, errorText);
         }
         return Disconnect();

@@ -68,7 +68,8 @@ LDAPMessage* CLDAPItems::EntryNamed(LDAPMessage* result, const std::string& dn) 
 int CLDAPItems::ReadFileContents(const std::string& dn, FileBuffer& buffer,
                                  const char* attributeName) {
     buffer = {};
-    if (LacksAny(client_.ldap_first_entry, client_.ldap_get_dn, client_.ldap_first_attribute,
+    if (LacksAny(client_.ldap_first_entry, client_.ldap_next_entry, client_.ldap_get_dn,
+                 client_.ldap_first_attribute, client_.ldap_next_attribute,
                  client_.ldap_get_values_len)) {
         return Fail(LDAP_SERVER_DOWN, nullptr);
     }

@@ -45,7 +45,9 @@ void AddLocalChildren(const std::string& folder, Subfolders subfolders, LdapItem
     const std::string base = EnsureTrailingBackslash(folder);
     ForEachIn(base, [&](const WIN32_FIND_DATAA& found) {
         const bool isFolder = (found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
-        if (isFolder && subfolders == Subfolders::kLeaveOut) return;
+        // A link may lead back to a folder above it.
+        const bool isLink = (found.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
+        if (isFolder && (isLink || subfolders == Subfolders::kLeaveOut)) return;
         AddLocalPath(base + found.cFileName, items);
     });
 }

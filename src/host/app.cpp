@@ -20,7 +20,6 @@ BOOL CDepotIntrApp::InitInstance() {
 }
 
 int CDepotIntrApp::ExitInstance() {
-    InstallCredentialsPrompt(nullptr);
     SetResourceLibrary(nullptr);
     resources_.reset();
     return CWinApp::ExitInstance();

@@ -26,7 +26,7 @@ private:
     LCID previous_;
 };
 
-HRESULT RegisterTypeLibrary() {
+HRESULT RegisterTypeLibrary() noexcept try {
     std::wstring path = OwnModulePath();
     ITypeLib* library = nullptr;
     HRESULT result = LoadTypeLibEx(path.c_str(), REGKIND_NONE, &library);
@@ -34,13 +34,26 @@ HRESULT RegisterTypeLibrary() {
     result = RegisterTypeLib(library, path.data(), nullptr);
     library->Release();
     return result;
+} catch (...) {
+    return E_OUTOFMEMORY;
+}
+
+bool IsTypeLibraryRegistered(const GUID& library) {
+    wchar_t id[39] = {};
+    StringFromGUID2(library, id, static_cast<int>(std::size(id)));
+    HKEY key = nullptr;
+    const std::wstring path = std::wstring(L"TypeLib\\") + id + L"\\1.0";
+    if (RegOpenKeyExW(HKEY_CLASSES_ROOT, path.c_str(), 0, KEY_READ, &key) != ERROR_SUCCESS) {
+        return false;
+    }
+    RegCloseKey(key);
+    return true;
 }
 
 HRESULT UnregisterTypeLibrary(const GUID& library) {
     const HRESULT result = UnRegisterTypeLib(library, 1, 0, LOCALE_NEUTRAL, SYS_WIN64);
     // A library that is not registered is where it should be.
-    const bool missing = result == TYPE_E_REGISTRYACCESS || result == E_INVALIDARG;
-    return missing ? S_OK : result;
+    return FAILED(result) && !IsTypeLibraryRegistered(library) ? S_OK : result;
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 // The entry points of the DLL.
 #include "api/session_table.h"
+#include "directory/ldap_items.h"
 #include "host/app.h"
 #include "host/module.h"
 #include "platform/compiler.h"
@@ -28,6 +29,8 @@ BOOL Attach() noexcept try {
 }
 
 void Detach() {
+    // Nobody can be asked while a library is being unloaded.
+    InstallCredentialsPrompt(nullptr);
     SessionTable::Instance().DestroyAll();
     App().ExitInstance();
     std::destroy_at(ModuleHolder().get());

@@ -18,7 +18,12 @@ DepotSession::DepotSession() {
 }
 
 DepotSession::~DepotSession() {
-    ReleaseFile();
+    try {
+        ReleaseFile();
+    } catch (...) {
+        // Without memory for the write-back the rest of the session still has to go.
+        currentFile.reset();
+    }
     findResults.reset();
 }
 

@@ -37,7 +37,7 @@ std::string PlaceLoosePath(CDepot& depot, const std::string& path) {
     if (!text.empty() && !stays) {
         const std::string folder = ProfileFolder(depot, PathForm::kStorage);
         text = FindInProfileFolder(folder, text);
-        const std::string joined = JoinPath(folder, text);
+        const std::string joined = IsFileSystemPath(text) ? text : JoinPath(folder, text);
         if (!EqualsNoCase(joined, text)) {
             const bool known = HasProfileExtension(text);
             text = known ? joined : joined + ExtensionForType(kSessionProfile);

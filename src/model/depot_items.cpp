@@ -41,11 +41,19 @@ void CDepotItems::Remove(CDepotItem* item) {
 }
 
 void CDepotItems::RemoveUnless(const std::function<bool(const CDepotItem& item)>& keep) {
+    PointerArray<CDepotItem> kept;
+    for (CDepotItem* item : array_) {
+        if (keep(*item)) kept.Add(item);
+    }
     PointerArray<CDepotItem> all;
     all.Swap(array_);
+    array_.Swap(kept);
+    if (!ownsItems) return;
+    // Both lists have the same order.
+    CDepotItem** next = array_.begin();
     for (CDepotItem* item : all) {
-        std::unique_ptr<CDepotItem> owned(item);
-        if (keep(*item)) Append(std::move(owned));
+        const bool stays = next != array_.end() && *next == item;
+        stays ? static_cast<void>(++next) : std::default_delete<CDepotItem>()(item);
     }
 }
 

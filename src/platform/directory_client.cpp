@@ -29,15 +29,16 @@ void Bind(Function& member, HMODULE library, const char* name) {
     }
 }
 
-// Loading and freeing the library for every connection would take longer than the connection.
+// Without a folder the system would go looking for the library where others may put files.
+HMODULE LoadFrom(const std::string& path) {
+    return path.find('\\') == std::string::npos ? nullptr : LoadLibraryA(path.c_str());
+}
+
+// Loading and freeing the library for every connection would take longer than the connection: the
+// system's own stays loaded as long as the process.
 HMODULE Load(const std::string& path) {
-    static HMODULE kept = nullptr;
-    static std::string keptPath;
-    if (kept == nullptr || keptPath != path) {
-        kept = LoadLibraryA(path.c_str());
-        keptPath = path;
-    }
-    return kept;
+    static const HMODULE system = LoadFrom(DirectoryClientPath());
+    return path == DirectoryClientPath() ? system : LoadFrom(path);
 }
 
 }  // namespace

@@ -34,6 +34,16 @@ TEST(NarrowTextTest, LettersOfTheCodePageAreKeptAndOthersReplaced) {
                               L"b"));
 }
 
+TEST(NarrowTextTest, CodePageIsThatOfTheCallingThread) {
+    const LCID before = GetThreadLocale();
+    ASSERT_TRUE(SetThreadLocale(MAKELCID(MAKELANGID(LANG_RUSSIAN, SUBLANG_DEFAULT), SORT_DEFAULT)));
+    const std::string narrow = Narrowed(L"\x0416");
+    const std::wstring wide = Widened("\xC6");
+    SetThreadLocale(before);
+    EXPECT_EQ("\xC6", narrow);
+    EXPECT_EQ(L"\x0416", wide);
+}
+
 TEST(NarrowTextTest, HugeTextIsConvertedWhole) {
     EXPECT_EQ(std::string(100000, 'x'), Narrowed(std::wstring(100000, L'x')));
 }

@@ -53,6 +53,16 @@ TEST(DispatchArgumentsTest, HandleByValueLosesTheForeignUpperHalfOfItsVariant) {
     EXPECT_EQ(0x10, V_I8(&call.Passed()));
 }
 
+TEST(DispatchArgumentsTest, ReferencesToNothingAreRefusedBeforeTheyAreFollowed) {
+    for (const Parameter& parameter : {kHandleIn, kHandleInOut, kTextIn, kTextOut, kOther}) {
+        OneArgument call(parameter, Reference(VT_VARIANT, nullptr));
+        EXPECT_EQ(DISP_E_TYPEMISMATCH, call.Prepare());
+        EXPECT_EQ(0u, call.WrongArgument());
+    }
+    OneArgument handle(kHandleInOut, Reference(VT_I4, nullptr));
+    EXPECT_EQ(DISP_E_TYPEMISMATCH, handle.Prepare());
+}
+
 TEST(DispatchArgumentsTest, LongWithItsHighestBitIsNoNegativeHandle) {
     OneArgument call(kHandleIn, Value(VT_I4, 0x80000000));
     ASSERT_EQ(S_OK, call.Prepare());

@@ -214,9 +214,44 @@ TEST_F(ProfileMethodsTest, LockedFileGivesTheDefault) {
     const HANDLE opened = CreateFileA(folder_.At("A\\a.kra").c_str(), GENERIC_READ, 0, nullptr,
                                       OPEN_EXISTING, 0, nullptr);
     ASSERT_NE(INVALID_HANDLE_VALUE, opened);
-    const UniqueHandle held(opened);
+    UniqueHandle held(opened);
     EXPECT_EQ(L"(default)", ReadKey());
     EXPECT_EQ(S_OK, Write(L"2"));
+    held.reset();
+    EXPECT_EQ("[S]\r\nK=1\r\n", Bytes());
+}
+
+TEST_F(ProfileMethodsTest, ReadOnlyFileIsReadAndAWriteIsNotReported) {
+    Load("[S]\r\nK=1\r\nOther=kept\r\n");
+    const std::string file = folder_.At("A\\a.kra");
+    ASSERT_TRUE(SetFileAttributesA(file.c_str(), FILE_ATTRIBUTE_READONLY));
+    EXPECT_EQ(L"1", ReadKey());
+    EXPECT_EQ(S_OK, Write(L"2"));
+    EXPECT_EQ(L"kept", ReadKey(L"Other"));
+    SetFileAttributesA(file.c_str(), FILE_ATTRIBUTE_NORMAL);
+}
+
+TEST_F(ProfileMethodsTest, WritingKeepsBytesBeyondAsciiAndFilesWithoutALineEnd) {
+    Load("[S]\r\nName=\xE4\xF6\xFC\x81\xFF\r\nK=1");
+    EXPECT_EQ(S_OK, Write(L"2"));
+    const std::string bytes = Bytes();
+    EXPECT_NE(std::string::npos, bytes.find("Name=\xE4\xF6\xFC\x81\xFF"));
+    EXPECT_EQ(L"2", ReadKey());
+}
+
+TEST_F(ProfileMethodsTest, HugeFileKeepsItsFirstAndLastKeysWhenOneIsWritten) {
+    std::string text = "[First]\r\nK=first\r\n[S]\r\nK=1\r\n";
+    while (text.size() < 50'000'000) text += "Filler" + std::to_string(text.size()) + "=x\r\n";
+    Load(text + "[Last]\r\nK=last\r\n");
+    EXPECT_EQ(S_OK, Write(L"2"));
+    EXPECT_EQ(L"2", ReadKey());
+    OutText value;
+    EXPECT_EQ(S_OK,
+              api_->DPGetProfileString(session_, Text("First"), Text("K"), Text(""), value, 50));
+    EXPECT_EQ(L"first", value.Value());
+    EXPECT_EQ(S_OK,
+              api_->DPGetProfileString(session_, Text("Last"), Text("K"), Text(""), value, 50));
+    EXPECT_EQ(L"last", value.Value());
 }
 
 TEST_F(ProfileMethodsTest, FolderAsTheFileGivesTheDefault) {

@@ -10,6 +10,32 @@ namespace depot {
 namespace {
 
 int terminations = 0;
+int classTerminations = 0;
+
+HRESULT MakeNothing(REFIID, void**) {
+    return E_FAIL;
+}
+
+HRESULT MakeNoAggregate(IUnknown*, void**) {
+    return E_FAIL;
+}
+
+const ObjectMapEntry kTerminatedClass[] = {
+    {IID_IUnknown, 0, MakeNothing, MakeNoAggregate, [] { ++classTerminations; }},
+};
+const ModuleIdentity kIdentity = {"{00000000-0000-0000-0000-000000000000}", IID_IUnknown,
+                                  kTerminatedClass};
+
+// Notes the locale in which registration runs its scripts.
+class LocaleNotingModule final : public CComModule {
+public:
+    LocaleNotingModule() : CComModule(kIdentity) {}
+    HRESULT AddCommonRGSReplacements(CRegistrar& registrar) noexcept override {
+        seen = GetThreadLocale();
+        return CComModule::AddCommonRGSReplacements(registrar);
+    }
+    LCID seen = 0;
+};
 
 class ModuleTest : public testing::Test {
 protected:
@@ -58,6 +84,25 @@ TEST_F(ModuleTest, RegisteredTerminationsRunWhenTheModuleGoes) {
         EXPECT_EQ(0, terminations);
     }
     EXPECT_EQ(11, terminations);
+}
+
+TEST_F(ModuleTest, TerminationRoutinesOfTheObjectMapRunAtTheEnd) {
+    classTerminations = 0;
+    { const CComModule module(kIdentity); }
+    EXPECT_EQ(1, classTerminations);
+}
+
+TEST_F(ModuleTest, RegistrationRunsInTheSystemsDefaultLocale) {
+    const LCID before = GetThreadLocale();
+    const LCID other = MAKELCID(MAKELANGID(LANG_RUSSIAN, SUBLANG_DEFAULT), SORT_DEFAULT);
+    ASSERT_TRUE(SetThreadLocale(other));
+    LocaleNotingModule module;
+    module.RegisterServer();
+    const LCID during = module.seen;
+    const LCID after = GetThreadLocale();
+    SetThreadLocale(before);
+    EXPECT_EQ(GetSystemDefaultLCID(), during);
+    EXPECT_EQ(other, after);
 }
 
 TEST_F(ModuleTest, OnlyItsOwnClassIsFound) {

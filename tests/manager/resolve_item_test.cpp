@@ -156,6 +156,7 @@ TEST_F(PlaceLoosePathTest, AnAbsolutePathJoinsToItself) {
     EXPECT_EQ("D:\\a\\office", Place("D:\\a\\office"));
     EXPECT_EQ("D:\\a\\office.txt", Place("D:\\a\\office.txt"));
     EXPECT_EQ("<Work>\\a.kra", Place(Absolute("a.kra")));
+    EXPECT_EQ("\\\\server\\share\\office.kra", Place("\\\\server\\share\\office.kra"));
 }
 
 TEST_F(PlaceLoosePathTest, AnEmptyOrBlankTextStaysEmpty) {
