@@ -11,6 +11,9 @@ namespace {
 
 constexpr char kObjectClass[] = "objectClass";
 
+// What a server says of its tree decides how deep a deletion goes, up to here.
+constexpr int kMaxTreeDepth = 256;
+
 // What is known so far of a child whose attributes are being read.
 struct ChildFacts {
     std::string folderName;
@@ -201,11 +204,15 @@ std::uint32_t CLDAPItems::DeleteEntry(const std::string& dn) {
 }
 
 int CLDAPItems::DeleteTree(const std::string& dn, std::string* errorText) {
-    if (dn.empty()) return Fail(LDAP_PARAM_ERROR, errorText);
+    return DeleteTreeBelow(dn, errorText, 0);
+}
+
+int CLDAPItems::DeleteTreeBelow(const std::string& dn, std::string* errorText, int depth) {
+    if (dn.empty() || depth > kMaxTreeDepth) return Fail(LDAP_PARAM_ERROR, errorText);
     LdapItemList children;
     ListChildren(dn, children);
     DeleteFiles(children, errorText);
-    DeleteFolders(children);
+    DeleteFolders(children, depth);
     const std::uint32_t code = DeleteEntry(dn);
     return code == LDAP_SUCCESS ? 1 : Fail(code, errorText);
 }
@@ -220,13 +227,14 @@ void CLDAPItems::DeleteFiles(const LdapItemList& children, std::string* errorTex
     }
 }
 
-void CLDAPItems::DeleteFolders(const LdapItemList& children) {
+void CLDAPItems::DeleteFolders(const LdapItemList& children, int depth) {
     for (const CLDAPItem* child : children) {
         std::string name;
         bool isFolder = false;
         if (SplitEntryName(child->path, name, isFolder) == 0 || !isFolder) continue;
         // An empty folder goes at once; only one that still has entries is looked into.
-        if (DeleteEntry(child->path) != LDAP_SUCCESS) DeleteTree(child->path, nullptr);
+        if (DeleteEntry(child->path) != LDAP_SUCCESS)
+            DeleteTreeBelow(child->path, nullptr, depth + 1);
     }
 }
 

@@ -185,7 +185,8 @@ private:
     LDAPMessage* EntryNamed(LDAPMessage* result, const std::string& dn) const;
     std::uint32_t DeleteEntry(const std::string& dn);
     void DeleteFiles(const LdapItemList& children, std::string* errorText);
-    void DeleteFolders(const LdapItemList& children);
+    void DeleteFolders(const LdapItemList& children, int depth);
+    int DeleteTreeBelow(const std::string& dn, std::string* errorText, int depth);
     std::optional<std::vector<std::string>> ExplodeDN(const std::string& dn, std::uint32_t& code);
     int CreateMissingFolders(const std::string& dn, std::string* errorText);
     bool FindMissingFolders(const std::string& dn, LdapItemList& missing, std::string* errorText);

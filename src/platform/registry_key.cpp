@@ -1,6 +1,9 @@
 #include "platform/registry_key.h"
 
 #include <cstring>
+#include <string_view>
+
+#include "platform/text.h"
 
 namespace depot {
 
@@ -22,8 +25,7 @@ std::optional<std::string> RegistryKey::ReadString(const std::string& name, DWOR
         return std::nullopt;
     }
     // The registry stores a terminator only if the writer supplied one.
-    text.resize(strnlen(text.c_str(), size));
-    return text;
+    return std::string(UpToNul(std::string_view(text.data(), size)));
 }
 
 std::optional<DWORD> RegistryKey::ReadDword(const std::string& name) const {

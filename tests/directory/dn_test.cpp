@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "support/random_text.h"
+
 #include <random>
 
 namespace depot {
@@ -179,6 +181,28 @@ TEST(ServerKeyTest, FitsIntoAnObjectsName) {
     EXPECT_EQ(fits + ":389", ServerKey(fits, 389));
     EXPECT_EQ(fits + "a:38", ServerKey(fits + "a", 389));
     EXPECT_EQ("a/b:389", ServerKey("a\\b", 389));
+}
+
+TEST(RandomNamesTest, NoNameMakesTheFunctionsGiveWhatTheyMustNot) {
+    test::RandomTexts random(11);
+    const NamingAttributes attributes = {"CN", "uid"};
+    for (int round = 0; round < 5000; ++round) {
+        const std::string name = random.Bytes(24);
+        if (IsSafeLocalName(name)) {
+            EXPECT_EQ(std::string::npos, name.find_first_of("\\/:*?\"<>|"));
+        }
+        const auto entry = SplitFirstComponent(name, attributes, FileExtension::kStrip);
+        if (entry) {
+            EXPECT_LE(entry->name.size(), name.size());
+        }
+        const std::string escapes = random.Text(24, "\\ABCDEF089ax=,");
+        const auto decoded = DecodeNonAsciiEscapes(
+            escapes, [](std::string_view utf8) { return std::optional<std::string>(utf8); });
+        EXPECT_LE(decoded.size(), escapes.size());
+        const std::string key = ServerKey(random.Bytes(400), 389);
+        EXPECT_LE(key.size(), 229u);
+        EXPECT_EQ(std::string::npos, key.find('\\'));
+    }
 }
 
 }  // namespace

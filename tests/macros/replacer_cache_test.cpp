@@ -128,6 +128,16 @@ TEST(ReplacerCacheTest, UserFolderIsCutTo519Bytes) {
     EXPECT_STREQ("", cache->Data()->profileFolder);
 }
 
+TEST(ReplacerCacheTest, WithoutABlockThePrivateOneIsFilledTheSameWay) {
+    // The name is taken by another kind of object: no block can have it.
+    const UniqueHandle taken(CreateEventA(nullptr, FALSE, FALSE, ReplacerBlockName().c_str()));
+    ASSERT_NE(nullptr, taken);
+    const auto cache = OpenReplacerCache("C:\\Users\\a", "deu");
+    EXPECT_EQ("Quillon", SlotText(cache->Data()->organization));
+    EXPECT_EQ("C:\\Users\\a", SlotText(cache->Data()->userFolder));
+    EXPECT_EQ("deu", SlotText(cache->Data()->languageCode));
+}
+
 TEST(ReplacerCacheTest, BlockCarriesTheProcessIdInItsName) {
     EXPECT_EQ(ProcessBlockName("Quillon - Depot - Replacers - "), ReplacerBlockName());
     EXPECT_FALSE(Exists(ReplacerBlockName()));

@@ -176,6 +176,16 @@ TEST(EnsureTrailingBackslashTest, OnlyANonEmptyTextGetsOne) {
     EXPECT_EQ("a/\\", EnsureTrailingBackslash("a/"));
 }
 
+TEST(UpToNulTest, RandomBytesNeverKeepANul) {
+    test::RandomTexts random(11);
+    for (int round = 0; round < 2000; ++round) {
+        const std::string bytes = random.Bytes(300);
+        const std::string_view text = UpToNul(bytes);
+        EXPECT_EQ(std::string_view::npos, text.find('\0'));
+        EXPECT_TRUE(bytes.starts_with(text));
+    }
+}
+
 TEST(UpToNulTest, TheTextEndsBeforeItsFirstNul) {
     EXPECT_EQ("ab", UpToNul(std::string_view("ab\0cd\0", 6)));
     EXPECT_EQ("", UpToNul(std::string_view("\0ab", 3)));
