@@ -1,6 +1,7 @@
 #include "config/profile_file.h"
 
 #include <algorithm>
+#include <string_view>
 
 #include "config/file_types.h"
 #include "config/profile_value.h"
@@ -15,6 +16,19 @@ constexpr DWORD kReadBlockBytes = 519;
 // Values are short; a longer one costs a second read.
 constexpr std::uint32_t kFirstReadSize = 1024;
 
+// The system counts the bytes of each text in 16 bits, two a character; what is longer would make
+// it read outside of the text.
+constexpr std::size_t kLongestProfileText = 32766;
+
+bool Fits(std::string_view text) {
+    return text.size() <= kLongestProfileText;
+}
+
+// What the system gives for a value that is not there.
+std::string CutDefault(const std::string& defaultValue, std::uint32_t size) {
+    return size == 0 ? std::string() : defaultValue.substr(0, size - 1);
+}
+
 // Reads the session's terminal type out of the file itself.
 std::uint32_t TerminalTypeOfSession(const std::string& path, INT defaultType) {
     return GetPrivateProfileIntA("PROFILE", "Session Terminal Type", defaultType, path.c_str());
@@ -23,13 +37,21 @@ std::uint32_t TerminalTypeOfSession(const std::string& path, INT defaultType) {
 }  // namespace
 
 int WriteProfileValue(const char* section, const char* key, const char* value, const char* file) {
+    if (!Fits(section) || !Fits(key)) return 0;
     if (value == nullptr) return WritePrivateProfileStringA(section, key, nullptr, file);
-    return WritePrivateProfileStringA(section, key, QuoteProfileValue(value).c_str(), file);
+    const std::string quoted = QuoteProfileValue(value);
+    return Fits(quoted) ? WritePrivateProfileStringA(section, key, quoted.c_str(), file) : 0;
 }
 
 std::string ReadProfileString(const std::string& section, const std::string& key,
                               const std::string& defaultValue, std::uint32_t size,
                               const std::string& file) {
+    if (!Fits(section) || !Fits(key)) return CutDefault(defaultValue, size);
+    if (!Fits(defaultValue)) {
+        // A value without text counts as missing here.
+        std::string text = ReadProfileString(section, key, {}, size, file);
+        return text.empty() ? CutDefault(defaultValue, size) : text;
+    }
     std::string text;
     for (std::uint32_t room = std::min(size, kFirstReadSize); room > 0;) {
         text.assign(room, '\0');
@@ -40,6 +62,13 @@ std::string ReadProfileString(const std::string& section, const std::string& key
         room = room > size / 4 ? size : room * 4;
     }
     return std::string(UpToNul(text));
+}
+
+std::uint32_t ReadProfileInt(const std::string& section, const std::string& key,
+                             std::uint32_t defaultValue, const std::string& file) {
+    if (!Fits(section) || !Fits(key)) return defaultValue;
+    return GetPrivateProfileIntA(section.c_str(), key.c_str(), static_cast<INT>(defaultValue),
+                                 file.c_str());
 }
 
 std::uint32_t GetTerminalType(const std::string& path, std::int32_t code) {

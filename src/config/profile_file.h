@@ -1,4 +1,7 @@
 // Reading and writing the values of profile files through the system's private-profile functions.
+//
+// Names, values and defaults of more than 32,766 bytes never reach the system: a value of such a
+// name counts as missing, and nothing is written.
 #pragma once
 
 #include <cstdint>
@@ -15,6 +18,10 @@ int WriteProfileValue(const char* section, const char* key, const char* value, c
 std::string ReadProfileString(const std::string& section, const std::string& key,
                               const std::string& defaultValue, std::uint32_t size,
                               const std::string& file);
+
+// Returns what GetPrivateProfileIntA gives.
+std::uint32_t ReadProfileInt(const std::string& section, const std::string& key,
+                             std::uint32_t defaultValue, const std::string& file);
 
 // Returns the terminal type of a profile file of type `code`; 0 asks for the type of the path.
 std::uint32_t GetTerminalType(const std::string& path, std::int32_t code);

@@ -58,8 +58,7 @@ std::string DepotFileContext::ReadString(const std::string& section, const std::
 
 std::uint32_t DepotFileContext::ReadInt(const std::string& section, const std::string& key,
                                         std::uint32_t defaultValue) const {
-    return GetPrivateProfileIntA(section.c_str(), key.c_str(), static_cast<INT>(defaultValue),
-                                 localPath.c_str());
+    return ReadProfileInt(section, key, defaultValue, localPath);
 }
 
 void DepotFileContext::WriteString(const std::string& section, const std::string& key,

@@ -45,6 +45,30 @@ TEST_F(WriteProfileValueTest, BlanksAtAnEndAreStoredBetweenSingleQuotes) {
     EXPECT_EQ("value ", Read("Key"));
 }
 
+TEST_F(ReadProfileStringTest, TextsThatTheSystemCannotCountNeverReachIt) {
+    const std::string huge(100'000, 'x'), fits(32'766, 'x');
+    Write("1");
+    EXPECT_EQ("default", ReadProfileString(huge, "Key", "default", kAnySize, file_));
+    EXPECT_EQ("default", ReadProfileString("Section", huge, "default", kAnySize, file_));
+    EXPECT_EQ("def", ReadProfileString("Section", huge, "default", 4, file_));
+    EXPECT_EQ("", ReadProfileString("Section", huge, "default", 0, file_));
+    EXPECT_EQ("1", ReadProfileString("Section", "Key", huge, kAnySize, file_));
+    EXPECT_EQ(huge, ReadProfileString("Section", "None", huge, 0xFFFFFFFF, file_));
+    EXPECT_EQ(7u, ReadProfileInt(huge, "Key", 7, file_));
+    EXPECT_EQ(7u, ReadProfileInt("Section", huge, 7, file_));
+    EXPECT_EQ("default", ReadProfileString(fits, fits, "default", kAnySize, file_));
+}
+
+TEST_F(WriteProfileValueTest, TextsThatTheSystemCannotCountAreNotWritten) {
+    const std::string huge(32'767, 'x');
+    Write("1");
+    const std::string before = test::FileBytes(file_);
+    EXPECT_EQ(0, WriteProfileValue(huge.c_str(), "Key", "2", file_.c_str()));
+    EXPECT_EQ(0, WriteProfileValue("Section", huge.c_str(), "2", file_.c_str()));
+    EXPECT_EQ(0, Write(huge.c_str()));
+    EXPECT_EQ(before, test::FileBytes(file_));
+}
+
 TEST_F(WriteProfileValueTest, EnclosingQuotesAreStoredBetweenAFurtherPair) {
     Write("\"value\"");
     EXPECT_EQ("[Section]\r\nKey=\"\"value\"\"\r\n", test::FileBytes(file_));
