@@ -101,10 +101,9 @@ std::uint32_t GetTerminalType(const std::string& path, std::int32_t code) {
 }
 
 std::string ReadWholeFile(const std::string& path) {
-    const HANDLE opened = CreateFileA(path.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING,
-                                      FILE_ATTRIBUTE_NORMAL, nullptr);
-    if (opened == INVALID_HANDLE_VALUE) return {};
-    const UniqueHandle file(opened);
+    const UniqueHandle file = OwnFile(CreateFileA(path.c_str(), GENERIC_READ, 0, nullptr,
+                                                  OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+    if (!file) return {};
     std::string text;
     char block[kReadBlockBytes + 1] = {};
     for (DWORD read = 0; ReadFile(file.get(), block, kReadBlockBytes, &read, nullptr) && read > 0;

@@ -39,6 +39,7 @@ std::uint32_t CLDAPItems::Search(const std::string& base, ULONG scope,
                                  UniqueLdapMessage& result) {
     if (!IsConnected()) return LDAP_SERVER_DOWN;
     std::vector<char*> names;
+    names.reserve(attributes.size() + 1);
     for (const std::string& attribute : attributes) names.push_back(ClientText(attribute));
     names.push_back(nullptr);
     LDAPMessage* message = nullptr;

@@ -103,6 +103,7 @@ namespace depot {
 struct DirectoryClient {
     DirectoryClient();
 
+// NOLINTNEXTLINE(bugprone-macro-parentheses): a declaration, not an expression.
 #define DEPOT_DECLARE_ENTRY(member, entry) decltype(&::entry) member;
     DEPOT_DIRECTORY_CLIENT_ENTRIES(DEPOT_DECLARE_ENTRY)
 #undef DEPOT_DECLARE_ENTRY

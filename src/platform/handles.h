@@ -15,6 +15,11 @@ struct HandleCloser {
 // INVALID_HANDLE_VALUE into null.
 using UniqueHandle = std::unique_ptr<std::remove_pointer_t<HANDLE>, HandleCloser>;
 
+// Owns what a call that opens a file returned; null when the call failed.
+inline UniqueHandle OwnFile(HANDLE opened) {
+    return UniqueHandle(opened == INVALID_HANDLE_VALUE ? nullptr : opened);
+}
+
 struct ModuleFreer {
     void operator()(HMODULE module) const { FreeLibrary(module); }
 };

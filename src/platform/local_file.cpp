@@ -33,7 +33,8 @@ std::optional<std::vector<std::uint8_t>> ReadLocalFile(const std::string& path) 
     const LONG length = _llseek(file.Get(), 0, FILE_END);
     if (length < 0 || _llseek(file.Get(), 0, FILE_BEGIN) != 0) return std::nullopt;
     std::vector<std::uint8_t> bytes(static_cast<std::size_t>(length));
-    if (length > 0 && _lread(file.Get(), bytes.data(), length) != static_cast<UINT>(length)) {
+    const auto wanted = static_cast<UINT>(length);
+    if (wanted > 0 && _lread(file.Get(), bytes.data(), wanted) != wanted) {
         return std::nullopt;
     }
     return bytes;
