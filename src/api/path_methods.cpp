@@ -59,8 +59,8 @@ STDMETHODIMP CDepotIntrApi::DPPathConvertDPtoFS(BSTR* bstrDPFilePath,
     return RunForText(0, WithoutHandle::kMakeTemporary, bstrFSFilePath,
                       [&](DepotSession& session) -> std::optional<std::string> {
                           const DepotFileContext file(NarrowText(bstrDPFilePath), session.Depots());
-                          // A file in a directory has no local path, nor has one without a name.
-                          if (file.localPath.empty()) return std::nullopt;
+                          // A working copy is no place to keep a path to.
+                          if (file.IsInDirectory() || file.localPath.empty()) return std::nullopt;
                           return file.localPath;
                       });
 }
