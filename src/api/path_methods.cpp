@@ -58,13 +58,9 @@ STDMETHODIMP CDepotIntrApi::DPPathConvertDPtoFS(BSTR* bstrDPFilePath,
                                                 BSTR* bstrFSFilePath) noexcept {
     return RunForText(0, WithoutHandle::kMakeTemporary, bstrFSFilePath,
                       [&](DepotSession& session) -> std::optional<std::string> {
-                          DepotFileContext file(NarrowText(bstrDPFilePath), session.Depots());
-                          // A file in a directory has no local path, nor has one without a name.
-                          if (file.IsInDirectory()) {
-                              file.Release();
-                              return std::nullopt;
-                          }
-                          if (file.localPath.empty()) return std::nullopt;
+                          const DepotFileContext file(NarrowText(bstrDPFilePath), session.Depots());
+                          // A working copy is no place to keep a path to.
+                          if (file.IsInDirectory() || file.localPath.empty()) return std::nullopt;
                           return file.localPath;
                       });
 }

@@ -9,6 +9,7 @@
 #include "model/local_mirror.h"
 #include "platform/paths.h"
 #include "platform/text.h"
+#include "platform/win32.h"
 
 namespace depot {
 namespace {
@@ -38,13 +39,18 @@ DepotFileContext::DepotFileContext(const std::string& path, CDepots& depots) {
     }
 }
 
+DepotFileContext::~DepotFileContext() {
+    if (isWorkingCopy_) DeleteFileA(localPath.c_str());
+}
+
 void DepotFileContext::Attach(CDepot* holder, const std::string& displayPath) {
     depot = holder;
     depotPath = displayPath;
     if (depot == nullptr) return;
     std::string path = DisplayToStorage(*depot, depotPath);
     if (CLDAPItems* const directory = depot->DirectoryConnection()) {
-        localPath = FetchToLocal(*directory, path);
+        localPath = FetchToLocal(*directory, path, &fetchCode_);
+        isWorkingCopy_ = !localPath.empty();
     } else if (path.size() <= kLongestSystemPath) {
         localPath = std::move(path);
     }
@@ -81,7 +87,9 @@ int DepotFileContext::Release() {
     // What was written to a file of the file system is already in the file itself.
     if (directory == nullptr) return 1;
     const std::string entry = DisplayToStorage(*depot, depotPath);
-    return ReleaseLocal(*directory, entry, std::exchange(localPath, {}), changed);
+    isWorkingCopy_ = false;
+    return ReleaseLocal(*directory, entry, std::exchange(localPath, {}), changed, nullptr,
+                        fetchCode_);
 }
 
 }  // namespace depot

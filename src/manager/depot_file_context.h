@@ -19,6 +19,8 @@ public:
     // Relied on by: existing clients that name files of the default depot by very short paths.
     DepotFileContext(const std::string& path, CDepots& depots);
 
+    // Removes a working copy that was not released, without storing it.
+    ~DepotFileContext();
     DepotFileContext(const DepotFileContext&) = delete;
     DepotFileContext& operator=(const DepotFileContext&) = delete;
 
@@ -48,6 +50,9 @@ public:
 
 private:
     void Attach(CDepot* holder, const std::string& displayPath);
+
+    std::uint32_t fetchCode_ = 0;  // why the working copy does not hold the entry's bytes, if so
+    bool isWorkingCopy_ = false;   // whether the local file goes with this object
 };
 
 }  // namespace depot

@@ -1,5 +1,10 @@
 #include "model/local_mirror.h"
 
+#include <optional>
+
+#include "model/depot_paths.h"
+#include "model/recovered_files.h"
+#include "platform/error_text.h"
 #include "platform/local_file.h"
 #include "platform/paths.h"
 #include "platform/temp_file.h"
@@ -8,20 +13,17 @@
 namespace depot {
 namespace {
 
-// Fetches one entry into a local file; what cannot be fetched or written is skipped.
-void FetchFile(CLDAPItems& directory, const std::string& dn, const std::string& localPath) {
-    FileBuffer contents;
-    directory.ReadFileContents(dn, contents);
-    WriteLocalFile(localPath, contents.bytes.get(), contents.length);
-}
+constexpr char kMessageTitle[] = "Quillon";
 
-int StoreLocalFile(CLDAPItems& directory, const std::string& dn, const std::string& localPath) {
-    const ConnectionScope connection(directory, nullptr);
-    if (!connection) return 0;
-    const std::vector<std::uint8_t> bytes =
-        ReadLocalFile(localPath).value_or(std::vector<std::uint8_t>());
-    const auto length = static_cast<std::uint32_t>(bytes.size());
-    return directory.ReplaceFileContents(dn, bytes.data(), length) == LDAP_SUCCESS ? 1 : 0;
+// Fetches one entry into a local file; one that cannot be fetched leaves an empty file. Returns 0
+// or the reason why the file does not hold the entry's bytes.
+std::uint32_t FetchFile(CLDAPItems& directory, const std::string& dn,
+                        const std::string& localPath) {
+    FileBuffer contents;
+    const bool found = directory.ReadFileContents(dn, contents) != 0;
+    const std::uint32_t code = found ? std::uint32_t{LDAP_SUCCESS} : directory.LastError();
+    const bool written = WriteLocalFile(localPath, contents.bytes.get(), contents.length);
+    return found && !written ? std::uint32_t{LDAP_LOCAL_ERROR} : code;
 }
 
 // Splits a child's DN; false for an entry that is neither kind or whose name must not become a
@@ -39,6 +41,98 @@ int FailWithParameterError(CLDAPItems& directory, std::string* errorText) {
     if (errorText != nullptr && !text.empty()) *errorText = text;
     return 0;
 }
+
+// The way of a changed working copy back into its entry.
+class WriteBack {
+public:
+    WriteBack(CLDAPItems& directory, const std::string& dn, const std::string& localPath)
+        : directory_(directory), dn_(dn), localPath_(localPath) {}
+
+    // Returns the directory's code. `fetchCode` is what the fetch of the working copy left.
+    std::uint32_t Run(std::uint32_t fetchCode) {
+        bytes_ = ReadLocalFile(localPath_);
+        if (!bytes_) readError_ = GetLastError();
+        // A missing entry has no bytes that could be lost.
+        const bool complete = fetchCode == LDAP_SUCCESS || fetchCode == LDAP_NO_SUCH_OBJECT;
+        reason_ = fetchCode;
+        const std::uint32_t code = Store(bytes_ && complete);
+        if (code == LDAP_SUCCESS) return code;
+        reason_ = code;
+        KeepWorkingCopy();
+        return code;
+    }
+
+    // Whether the only copy of the user's bytes is the working copy itself.
+    bool MustStay() const { return mustStay_; }
+
+    // Tells what was kept; nothing when nothing had to be.
+    void Report(std::string* errorText) {
+        if (kept_.empty()) return;
+        std::string text = Reason();
+        if (!text.empty()) text += "\n";
+        text += kept_;
+        if (errorText != nullptr) *errorText = text;
+        MessageBoxA(nullptr, text.c_str(), kMessageTitle, MB_ICONERROR);
+    }
+
+private:
+    std::uint32_t Store(bool isWhole) {
+        // The connection tells its own failure, too.
+        const ConnectionScope connection(directory_, nullptr);
+        if (!connection) return directory_.LastError();
+        if (!isWhole) {
+            const std::uint32_t code = KeepEntry();
+            if (code != LDAP_SUCCESS) return code;
+        }
+        static constexpr std::uint8_t kNothing = 0;
+        const void* const data = bytes_ ? bytes_->data() : &kNothing;
+        const auto length = static_cast<std::uint32_t>(bytes_ ? bytes_->size() : 0);
+        return directory_.ReplaceFileContents(dn_, data, length);
+    }
+
+    // Keeps what the entry holds now.
+    std::uint32_t KeepEntry() {
+        FileBuffer contents;
+        if (directory_.ReadFileContents(dn_, contents) == 0) return directory_.LastError();
+        if (contents.length == 0) return LDAP_SUCCESS;
+        kept_ = KeepRecovered(Name(), contents.bytes.get(), contents.length);
+        return kept_.empty() ? LDAP_LOCAL_ERROR : LDAP_SUCCESS;
+    }
+
+    void KeepWorkingCopy() {
+        std::string kept;
+        if (bytes_) kept = KeepRecovered(Name(), bytes_->data(), bytes_->size());
+        mustStay_ = kept.empty() && PathExists(localPath_);
+        if (mustStay_) kept = localPath_;
+        if (!kept.empty()) kept_ = std::move(kept);
+    }
+
+    std::string Name() {
+        std::string name;
+        bool isFolder = false;
+        directory_.SplitEntryName(dn_, name, isFolder);
+        return name;
+    }
+
+    std::string Reason() {
+        std::string text;
+        if (reason_ == LDAP_SUCCESS) {
+            FormatErrorText(readError_, localPath_.c_str(), kMessageTitle, &text, nullptr);
+            return text;
+        }
+        directory_.SetLastError(reason_);
+        return directory_.ErrorText();
+    }
+
+    CLDAPItems& directory_;
+    const std::string& dn_;
+    const std::string& localPath_;
+    std::optional<std::vector<std::uint8_t>> bytes_;
+    DWORD readError_ = ERROR_SUCCESS;
+    std::uint32_t reason_ = LDAP_SUCCESS;
+    std::string kept_;
+    bool mustStay_ = false;
+};
 
 }  // namespace
 
@@ -60,26 +154,35 @@ ConnectionScope::~ConnectionScope() {
     if (opened_) directory_.Close();
 }
 
-std::string FetchToLocal(CLDAPItems& directory, const std::string& dn) {
+std::string FetchToLocal(CLDAPItems& directory, const std::string& dn, std::uint32_t* code) {
     const std::string localPath = MakeTempFileName();
     const ConnectionScope connection(directory, nullptr);
     if (!connection) {
         DeleteFileA(localPath.c_str());
+        if (code != nullptr) *code = directory.LastError();
         return {};
     }
-    FetchFile(directory, dn, localPath);
+    const std::uint32_t fetched = FetchFile(directory, dn, localPath);
+    if (code != nullptr) *code = fetched;
     return localPath;
 }
 
 int ReleaseLocal(CLDAPItems& directory, const std::string& dn, const std::string& localPath,
-                 bool writeBack, std::string* errorText) {
+                 bool writeBack, std::string* errorText, std::uint32_t fetchCode) {
     if (localPath.empty()) {
         if (writeBack) directory.ReportError(LDAP_PARAM_ERROR, errorText);
         return 0;
     }
-    const int result = writeBack ? StoreLocalFile(directory, dn, localPath) : 1;
-    DeleteFileA(localPath.c_str());
-    return result;
+    if (!writeBack) {
+        DeleteFileA(localPath.c_str());
+        return 1;
+    }
+    WriteBack work(directory, dn, localPath);
+    const bool stored = work.Run(fetchCode) == LDAP_SUCCESS;
+    if (!work.MustStay()) DeleteFileA(localPath.c_str());
+    // After the working copy is gone: nothing waits for the user.
+    work.Report(errorText);
+    return stored ? 1 : 0;
 }
 
 int UploadNewFile(CLDAPItems& directory, const std::string& localPath, const std::string& parentDN,

@@ -1,0 +1,18 @@
+// The place where bytes are kept that could not be stored where they belong.
+#pragma once
+
+#include <cstddef>
+#include <string>
+
+namespace depot {
+
+// Below the user's local application data.
+inline constexpr char kRecoveredFolder[] = "Quillon\\Farrow\\Recovered";
+
+// Writes the bytes into a new file of that folder, which is created when it is missing. The file is
+// named after `name` with the date, the time and a number: "office 2024-05-31 14-07-09 (1).kra"; a
+// name that no local file can have becomes "file". Returns the new file's path; empty when not all
+// bytes could be kept.
+std::string KeepRecovered(const std::string& name, const void* bytes, std::size_t length);
+
+}  // namespace depot

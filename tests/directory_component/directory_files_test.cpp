@@ -1,0 +1,256 @@
+// Files of a depot in a directory, used through the interface as any other file.
+#include "component/late_calls.h"
+#include "support/directory_fixture.h"
+#include "support/working_files.h"
+
+namespace depot::test {
+namespace {
+
+using testing::EndsWith;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+constexpr char kOld[] = "[S]\r\nK=old\r\n";
+constexpr char kNew[] = "[S]\r\nK=new\r\n";
+
+// The depot "Corp" in a directory, shown as "Company", beside the folder depot "Work".
+class DirectoryFilesTest : public ComponentTest {
+protected:
+    DirectoryFilesTest() {
+        Define("Corp", server_.Port(), base_, kEditor, kEditorPassword);
+        depots_.Text("Corp", "DisplayName.eng", "Company");
+        server_.AddFolder("Sessions", base_);
+        server_.AddFile("office.kra", "cn=Sessions," + base_, kOld);
+    }
+
+    void Define(const std::string& name, unsigned port, const std::string& base,
+                const std::string& user, const std::string& password) {
+        ForgetServer(port);
+        depots_.Text(name, "Path1", base);
+        depots_.Dword(name, "Type1", kDirectoryLocation);
+        depots_.Text(name, "Host1", "127.0.0.1");
+        depots_.Dword(name, "Port1", port);
+        depots_.Dword(name, "Authentication1", kSimpleAuthentication);
+        depots_.Text(name, "Username1", user);
+        depots_.Text(name, "Password1", password);
+    }
+
+    // What the entry holds, read through a connection of the test's own.
+    std::string Contents() {
+        auto location = server_.Location(base_).Clone();
+        CLDAPItems items(location.get());
+        FileBuffer buffer;
+        EXPECT_EQ(1, items.ConnectLocation(nullptr));
+        EXPECT_EQ(1, items.ReadFileContents("cn=office.kra,cn=Sessions," + base_, buffer));
+        return std::string(reinterpret_cast<const char*>(buffer.bytes.get()), buffer.length);
+    }
+
+    void Load(Session& session, const std::string& path = kFile) {
+        ASSERT_EQ(S_OK, api_->DPLoadFile(session.Address(), Text(path)));
+    }
+    void Change(LONG_PTR session, const wchar_t* value = L"new") {
+        EXPECT_EQ(S_OK, api_->DPSetProfileString(session, Text("S"), Text("K"), Text(value)));
+    }
+
+    void ExpectRecovered(const std::string& bytes) {
+        const std::vector<std::string> files = RecoveredFiles();
+        ASSERT_EQ(1u, files.size());
+        EXPECT_EQ(bytes, FileBytes(files.front()));
+        ASSERT_FALSE(boxes_.Texts().empty());
+        EXPECT_THAT(boxes_.Texts().back(), EndsWith(files.front()));
+    }
+
+    static constexpr char kFile[] = "<Corp>\\Sessions\\office.kra";
+
+    DirectoryServer& server_ = SharedServer();
+    std::string base_ = NewFolder();
+    BoxLog boxes_;
+    CleanWorkingFiles clean_;
+    const std::string work_ = DefineDepot("Work", "My Work");
+};
+
+TEST_F(DirectoryFilesTest, ValuesAreReadWrittenAndFlushed) {
+    Session session(*api_);
+    Load(session);
+    EXPECT_EQ(L"old", Read(session, L"S", L"K"));
+    Change(session);
+    EXPECT_EQ(L"new", Read(session, L"S", L"K"));
+    EXPECT_EQ(kOld, Contents());
+    EXPECT_EQ(S_OK, api_->DPFlushFile(session));
+    EXPECT_EQ(kNew, Contents());
+    EXPECT_EQ(L"new", Read(session, L"S", L"K"));
+    EXPECT_THAT(WorkingCopies(), SizeIs(1));
+    EXPECT_THAT(RecoveredFiles(), IsEmpty());
+    EXPECT_THAT(boxes_.Texts(), IsEmpty());
+}
+
+TEST_F(DirectoryFilesTest, NextLoadWritesTheFirstFileBack) {
+    Session session(*api_);
+    Load(session);
+    Change(session);
+    Load(session, "<Work>\\other.kra");
+    EXPECT_EQ(kNew, Contents());
+    EXPECT_THAT(WorkingCopies(), IsEmpty());
+}
+
+TEST_F(DirectoryFilesTest, EndOfTheSessionWritesTheFileBack) {
+    {
+        Session session(*api_);
+        Load(session);
+        Change(session, L" 'new' ");
+    }
+    EXPECT_EQ("[S]\r\nK=' 'new' '\r\n", Contents());
+    EXPECT_THAT(WorkingCopies(), IsEmpty());
+    EXPECT_THAT(RecoveredFiles(), IsEmpty());
+}
+
+TEST_F(DirectoryFilesTest, LoadFlushAndEndCostWhatTheyNeed) {
+    {
+        Session session(*api_);
+        Load(session);
+        server_.Mark();
+        Load(session);
+        EXPECT_EQ((OperationCounts{.binds = 1, .searches = 1}), server_.Counts());
+        Change(session);
+        server_.Mark();
+        EXPECT_EQ(S_OK, api_->DPFlushFile(session));
+        EXPECT_EQ((OperationCounts{.binds = 2, .searches = 1, .modifications = 1}),
+                  server_.Counts());
+        server_.Mark();
+        EXPECT_EQ(S_OK, api_->DPFileExists(session, Text(kFile)));
+        EXPECT_EQ((OperationCounts{.binds = 1, .searches = 1}), server_.Counts());
+        Change(session, L"other");
+        server_.Mark();
+    }
+    EXPECT_EQ((OperationCounts{.binds = 1, .modifications = 1}), server_.Counts());
+}
+
+TEST_F(DirectoryFilesTest, LateBoundClientEditsTheFile) {
+    IDispatch& object = *api_;
+    const auto call = [&](const wchar_t* name, std::vector<Variant> arguments, Variant& result) {
+        DISPID id = 0;
+        LPOLESTR names = const_cast<LPOLESTR>(name);
+        EXPECT_EQ(S_OK, object.GetIDsOfNames(IID_NULL, &names, 1, LOCALE_USER_DEFAULT, &id));
+        std::vector<VARIANT> reversed;
+        for (auto it = arguments.rbegin(); it != arguments.rend(); ++it) {
+            reversed.push_back(*it->get());
+        }
+        DISPPARAMS parameters = {reversed.data(), nullptr, static_cast<UINT>(reversed.size()), 0};
+        EXPECT_EQ(S_OK, object.Invoke(id, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD,
+                                      &parameters, result.get(), nullptr, nullptr));
+    };
+    Variant handle, loaded, none, value;
+    call(L"DPInitialize", {}, handle);
+    LONG session = handle.Number();
+    call(L"DPLoadFile", {Variant::Reference(VT_I4, &session), Variant(std::string(kFile))}, loaded);
+    call(L"DPSetProfileString", {session, L"S", L"K", L"new"}, none);
+    call(L"DPFlushFile", {session}, none);
+    EXPECT_EQ(kNew, Contents());
+    call(L"DPUnInitialize", {session}, none);
+    EXPECT_THAT(WorkingCopies(), IsEmpty());
+}
+
+TEST_F(DirectoryFilesTest, ServerGoneBeforeAFlushLeavesTheBytesRecovered) {
+    Session session(*api_);
+    Load(session);
+    Change(session);
+    server_.Stop();
+    EXPECT_EQ(S_OK, api_->DPFlushFile(session));
+    server_.Continue();
+    ASSERT_THAT(RecoveredFiles(), SizeIs(1));
+    EXPECT_EQ(kNew, FileBytes(RecoveredFiles().front()));
+    // The fresh fetch after it fails with a box of its own.
+    EXPECT_THAT(boxes_.Texts(), testing::Contains(EndsWith(RecoveredFiles().front())));
+    EXPECT_THAT(WorkingCopies(), IsEmpty());
+    EXPECT_EQ(kOld, Contents());
+}
+
+TEST_F(DirectoryFilesTest, ServerGoneBeforeTheEndOfTheSessionLeavesTheBytesRecovered) {
+    {
+        Session session(*api_);
+        Load(session);
+        Change(session);
+        server_.Stop();
+    }
+    server_.Continue();
+    ExpectRecovered(kNew);
+    EXPECT_THAT(WorkingCopies(), IsEmpty());
+}
+
+TEST_F(DirectoryFilesTest, WithdrawnRightsLeaveTheBytesRecovered) {
+    Define("Corp", server_.Port(), base_, kReader, kReaderPassword);
+    {
+        Session session(*api_);
+        Load(session);
+        EXPECT_EQ(L"old", Read(session, L"S", L"K"));
+        Change(session);
+    }
+    ExpectRecovered(kNew);
+    EXPECT_EQ(kOld, Contents());
+}
+
+TEST_F(DirectoryFilesTest, UnloadedDllWritesBackAndRemovesWorkingCopiesOfSessionsLeft) {
+    ScratchFolder folder;
+    {
+        const Library library(CopyComponent(folder, "qdirsvc.dll"));
+        const Com<IDepotIntrApi> api = library.CreateApi();
+        LONG_PTR left = 0;
+        LONG_PTR unchanged = 0;
+        ASSERT_EQ(S_OK, api->DPLoadFile(&left, Text(kFile)));
+        ASSERT_EQ(S_OK, api->DPLoadFile(&unchanged, Text(kFile)));
+        EXPECT_EQ(S_OK, api->DPSetProfileString(left, Text("S"), Text("K"), Text("new")));
+        EXPECT_THAT(WorkingCopies(), SizeIs(2));
+    }
+    EXPECT_THAT(WorkingCopies(), IsEmpty());
+    EXPECT_EQ(kNew, Contents());
+}
+
+TEST_F(DirectoryFilesTest, PathMethodsAnswerForADirectory) {
+    Session session(*api_);
+    OutText display, depotPath, fileSystem, byDefault;
+    EXPECT_EQ(S_OK, api_->DPGetDepotDisplayPath(session, Text(kFile), display));
+    EXPECT_EQ(L"<Company>\\Sessions\\", display.Value());
+    EXPECT_EQ(S_OK, api_->DPGetPathFromDisplayName(session, Text("<company>\\Sessions\\office.kra"),
+                                                   depotPath));
+    EXPECT_EQ(Wide(kFile), depotPath.Value());
+    EXPECT_EQ(S_FALSE, api_->DPPathConvertDPtoFS(Text(kFile), fileSystem));
+    EXPECT_TRUE(fileSystem.IsNull());
+    EXPECT_THAT(WorkingCopies(), IsEmpty());
+    EXPECT_EQ(S_OK, api_->DPFileExists(0, Text(kFile)));
+    EXPECT_EQ(S_FALSE, api_->DPFileExists(0, Text("<Corp>\\Sessions\\none.kra")));
+    depots_.Dword("Corp", "DefaultDepot", 1);
+    EXPECT_EQ(S_OK, api_->DPGetDefaultDPPath(0, byDefault));
+    EXPECT_EQ(L"<Corp>\\", byDefault.Value());
+    EXPECT_THAT(boxes_.Texts(), IsEmpty());
+}
+
+TEST_F(DirectoryFilesTest, WritabilityIsFoundByTryingAndLeavesNothing) {
+    Session session(*api_);
+    EXPECT_EQ(S_OK, api_->DPIsPathWriteAble(session, Text(kFile)));
+    EXPECT_EQ(S_OK, api_->DPIsPathWriteAble(session, Text("<Corp>\\x\\y\\new.kra")));
+    EXPECT_FALSE(server_.Holds("cn=x," + base_));
+    EXPECT_EQ(S_FALSE, api_->DPIsPathWriteAble(0, Text(kFile)));
+    EXPECT_EQ(S_FALSE, api_->DPIsPathWriteAble(session, Text("<Nobody>\\a.kra")));
+    EXPECT_EQ(kOld, Contents());
+}
+
+TEST_F(DirectoryFilesTest, ReaderCannotWriteAMissingPlace) {
+    Define("Corp", server_.Port(), base_, kReader, kReaderPassword);
+    Session session(*api_);
+    EXPECT_EQ(S_FALSE, api_->DPIsPathWriteAble(session, Text("<Corp>\\x\\new.kra")));
+    EXPECT_FALSE(server_.Holds("cn=x," + base_));
+}
+
+TEST_F(DirectoryFilesTest, LongPathsAreAnswered) {
+    Session session(*api_);
+    for (const std::size_t length : {259, 260, 261, 100'000}) {
+        const std::string path = "<Corp>\\" + std::string(length - 11, 'x') + ".kra";
+        ASSERT_EQ(length, path.size());
+        Load(session, path);
+        EXPECT_EQ(L"(default)", Read(session, L"S", L"K")) << length;
+        EXPECT_EQ(S_FALSE, api_->DPFileExists(session, Text(path))) << length;
+    }
+}
+
+}  // namespace
+}  // namespace depot::test

@@ -1,0 +1,71 @@
+// A depot in a directory, as its tests share it.
+#pragma once
+
+#include "manager/depot_file_context.h"
+#include "model/local_mirror.h"
+#include "support/directory_fixture.h"
+#include "support/scratch.h"
+#include "support/working_files.h"
+
+namespace depot::test {
+
+// A directory depot named "Work" below the test's own folder, used with the editor's rights.
+class DepotFixture : public DirectoryFixture {
+protected:
+    static constexpr char kKey[] = "Software\\DepotTests\\Directory";
+
+    DepotFixture() { Define(server_.Port(), base_); }
+
+    void Define(unsigned port, const std::string& base, const std::string& user = kEditor,
+                const std::string& password = kEditorPassword) {
+        ForgetServer(port);
+        key_.Text("Work", "Path1", base);
+        key_.Dword("Work", "Type1", kDirectoryLocation);
+        key_.Text("Work", "Host1", "127.0.0.1");
+        key_.Dword("Work", "Port1", port);
+        key_.Dword("Work", "Authentication1", kSimpleAuthentication);
+        key_.Text("Work", "Username1", user);
+        key_.Text("Work", "Password1", password);
+        depots_ = std::make_unique<CDepots>(kKey);
+        work_ = depots_->At(0);
+    }
+
+    // Has the location chosen, with the one probe that this takes.
+    void Choose() {
+        ASSERT_NE("", work_->paths->GetActivePath());
+        server_.Mark();
+    }
+
+    std::unique_ptr<DepotFileContext> Load(const std::string& name = "a.kra") {
+        return std::make_unique<DepotFileContext>("<Work>\\" + name, *depots_);
+    }
+
+    std::string Dn(const std::string& name) const { return "cn=" + name + "," + base_; }
+
+    // What an entry holds, read through a connection of the test's own.
+    std::string Contents(const std::string& name) {
+        FileBuffer buffer;
+        EXPECT_EQ(1, Connected().ReadFileContents(Dn(name), buffer));
+        return std::string(reinterpret_cast<const char*>(buffer.bytes.get()), buffer.length);
+    }
+
+    CLDAPItems& Directory() { return *work_->DirectoryConnection(); }
+
+    // Checks that exactly these bytes were recovered, and that the last box names their file.
+    void ExpectRecovered(const std::string& bytes) {
+        const std::vector<std::string> files = RecoveredFiles();
+        ASSERT_EQ(1u, files.size());
+        EXPECT_TRUE(bytes == FileBytes(files.front())) << files.front();
+        ASSERT_FALSE(boxes_.Boxes().empty());
+        EXPECT_THAT(boxes_.Boxes().back().text, testing::EndsWith(files.front()));
+        EXPECT_EQ("Quillon", boxes_.Boxes().back().caption);
+        EXPECT_TRUE(boxes_.Boxes().back().hasErrorIcon);
+    }
+
+    CleanWorkingFiles clean_;
+    ScratchKey key_{HKEY_CURRENT_USER, kKey};
+    std::unique_ptr<CDepots> depots_;
+    CDepot* work_ = nullptr;
+};
+
+}  // namespace depot::test

@@ -1,0 +1,211 @@
+#include "model/recovered_files.h"
+
+#include "directory_depots/depot_fixture.h"
+#include "platform/handles.h"
+#include "platform/paths.h"
+
+namespace depot {
+namespace {
+
+using test::DirectoryServer;
+using test::FileBytes;
+using test::RecoveredFiles;
+using testing::EndsWith;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+constexpr char kOld[] = "[S]\r\nK=old\r\n";
+constexpr char kNew[] = "[S]\r\nK=new\r\n";
+
+// The server that ends during a modification.
+DirectoryServer* endingServer = nullptr;
+decltype(DirectoryClient::ldap_modify_s) realModify = nullptr;
+
+ULONG LDAPAPI EndServerThenModify(LDAP* connection, char* dn, LDAPModA** changes) {
+    endingServer->Stop();
+    return realModify(connection, dn, changes);
+}
+
+ULONG LDAPAPI FailSearch(LDAP*, char*, ULONG, char*, char**, ULONG, LDAPMessage** result) {
+    *result = nullptr;
+    return LDAP_BUSY;
+}
+
+// The file's name with every digit as 0.
+std::string Shape(const std::string& path) {
+    std::string name = NamePart(path);
+    for (char& letter : name) {
+        if (letter >= '0' && letter <= '9') letter = '0';
+    }
+    return name;
+}
+
+// A changed copy of an entry on its way back.
+class RecoveryTest : public test::DepotFixture {
+protected:
+    RecoveryTest() { server_.AddFile("a.kra", base_, kOld); }
+
+    std::unique_ptr<DepotFileContext> LoadChanged(const std::string& name = "a.kra") {
+        auto file = Load(name);
+        file->WriteString("S", "K", "new");
+        return file;
+    }
+};
+
+TEST_F(RecoveryTest, ServerGoneBeforeTheReleaseLeavesTheBytesRecovered) {
+    const auto file = LoadChanged();
+    server_.Stop();
+    EXPECT_EQ(0, file->Release());
+    server_.Continue();
+    ExpectRecovered(kNew);
+    EXPECT_THAT(boxes_.Texts().back(), testing::StartsWith("LDAP: "));
+    EXPECT_THAT(test::WorkingCopies(), IsEmpty());
+    EXPECT_EQ(kOld, Contents("a.kra"));
+}
+
+TEST_F(RecoveryTest, ServerGoneDuringTheUploadLeavesTheBytesRecovered) {
+    const auto file = LoadChanged();
+    endingServer = &server_;
+    realModify = Directory().Client().ldap_modify_s;
+    Directory().Client().ldap_modify_s = &EndServerThenModify;
+    EXPECT_EQ(0, file->Release());
+    server_.Continue();
+    ExpectRecovered(kNew);
+    EXPECT_THAT(test::WorkingCopies(), IsEmpty());
+}
+
+TEST_F(RecoveryTest, MissingRightsLeaveTheBytesRecovered) {
+    Define(server_.Port(), base_, test::kReader, test::kReaderPassword);
+    EXPECT_EQ(0, LoadChanged()->Release());
+    ExpectRecovered(kNew);
+    EXPECT_THAT(boxes_.Texts().back(), testing::StartsWith(test::MessageFor(50)));
+    EXPECT_EQ(kOld, Contents("a.kra"));
+}
+
+TEST_F(RecoveryTest, DeletedEntryLeavesTheBytesRecovered) {
+    const auto file = LoadChanged();
+    server_.Apply("dn: " + Dn("a.kra") + "\nchangetype: delete\n");
+    EXPECT_EQ(0, file->Release());
+    ExpectRecovered(kNew);
+    EXPECT_THAT(boxes_.Texts().back(), testing::StartsWith(test::MessageFor(32)));
+}
+
+TEST_F(RecoveryTest, EntryThatNeverWasLeavesTheBytesRecovered) {
+    const auto file = LoadChanged("never.kra");
+    EXPECT_EQ("new", file->ReadString("S", "K", "", 100));
+    EXPECT_EQ(0, file->Release());
+    ExpectRecovered(kNew);
+}
+
+TEST_F(RecoveryTest, SizeLimitOfTheServerLeavesTheBytesRecovered) {
+    DirectoryServer small("global sockbuf_max_incoming_auth 20000");
+    small.AddFile("a.kra", test::kSuffix, kOld);
+    Define(small.Port(), test::kSuffix);
+    const auto file = Load();
+    const std::string large(100'000, 'l');
+    file->WriteString("S", "K", "new");
+    ASSERT_EQ(1, CopyFileA(test::ScratchFolder().MakeFile("large", large).c_str(),
+                           file->localPath.c_str(), FALSE));
+    EXPECT_EQ(0, file->Release());
+    ExpectRecovered(large);
+}
+
+TEST_F(RecoveryTest, DeletedWorkingCopyHasTheEntrysBytesRecovered) {
+    const auto file = LoadChanged();
+    ::DeleteFileA(file->localPath.c_str());
+    EXPECT_EQ(1, file->Release());
+    ExpectRecovered(kOld);
+    EXPECT_EQ(" ", Contents("a.kra"));
+}
+
+TEST_F(RecoveryTest, LockedWorkingCopyHasTheEntrysBytesRecovered) {
+    const auto file = LoadChanged();
+    {
+        const UniqueHandle lock(CreateFileA(file->localPath.c_str(), GENERIC_READ, 0, nullptr,
+                                            OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+        ASSERT_TRUE(lock.get() != INVALID_HANDLE_VALUE);
+        EXPECT_EQ(1, file->Release());
+    }
+    ExpectRecovered(kOld);
+    EXPECT_EQ(" ", Contents("a.kra"));
+}
+
+TEST_F(RecoveryTest, UnreadableWorkingCopyLeavesTheEntryWhenItsBytesCannotBeRead) {
+    const auto file = LoadChanged();
+    ::DeleteFileA(file->localPath.c_str());
+    Directory().Client().ldap_search_s = &FailSearch;
+    EXPECT_EQ(0, file->Release());
+    EXPECT_EQ(kOld, Contents("a.kra"));
+    EXPECT_THAT(RecoveredFiles(), IsEmpty());
+}
+
+TEST_F(RecoveryTest, FailedFetchHasTheEntrysBytesRecoveredBeforeTheyAreReplaced) {
+    Choose();
+    const auto realSearch = Directory().Client().ldap_search_s;
+    Directory().Client().ldap_search_s = &FailSearch;
+    const auto file = LoadChanged();
+    Directory().Client().ldap_search_s = realSearch;
+    EXPECT_EQ(1, file->Release());
+    ExpectRecovered(kOld);
+    EXPECT_EQ(kNew, Contents("a.kra"));
+}
+
+TEST_F(RecoveryTest, FailedFetchThatStillFailsLeavesTheEntryAndRecoversTheEdit) {
+    Choose();
+    Directory().Client().ldap_search_s = &FailSearch;
+    EXPECT_EQ(0, LoadChanged()->Release());
+    ExpectRecovered(kNew);
+    EXPECT_EQ(kOld, Contents("a.kra"));
+}
+
+TEST_F(RecoveryTest, FailedFetchOfAnUnchangedFileLeavesEverything) {
+    Choose();
+    Directory().Client().ldap_search_s = &FailSearch;
+    EXPECT_EQ(1, Load()->Release());
+    EXPECT_THAT(RecoveredFiles(), IsEmpty());
+    EXPECT_THAT(test::WorkingCopies(), IsEmpty());
+    EXPECT_EQ(kOld, Contents("a.kra"));
+}
+
+TEST_F(RecoveryTest, WorkingCopyStaysWhenNothingCanBeRecovered) {
+    // A file in the folder's place.
+    const std::string place = test::RecoveredFolder();
+    RemoveDirectoryA(place.c_str());
+    KeepRecovered("a", "", 0);
+    for (const std::string& path : RecoveredFiles()) ::DeleteFileA(path.c_str());
+    ASSERT_TRUE(RemoveDirectoryA(place.c_str()));
+    {
+        const UniqueHandle blocker(CreateFileA(place.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
+                                               FILE_ATTRIBUTE_NORMAL, nullptr));
+    }
+    const auto file = LoadChanged();
+    const std::string localPath = file->localPath;
+    server_.Stop();
+    EXPECT_EQ(0, file->Release());
+    server_.Continue();
+    EXPECT_EQ(kNew, FileBytes(localPath));
+    EXPECT_THAT(boxes_.Texts().back(), EndsWith(localPath));
+    ::DeleteFileA(place.c_str());
+}
+
+TEST_F(RecoveryTest, RecoveredFilesAreNamedAfterTheFileWithTimeAndNumber) {
+    EXPECT_EQ("office 0000-00-00 00-00-00 (0).kra", Shape(KeepRecovered("office.kra", "1", 1)));
+    EXPECT_EQ("plain 0000-00-00 00-00-00 (0)", Shape(KeepRecovered("plain", "1", 1)));
+    for (const char* unsafe : {"", "..", "a\\b", "con", "a:b"}) {
+        EXPECT_EQ("file 0000-00-00 00-00-00 (0)", Shape(KeepRecovered(unsafe, "1", 1))) << unsafe;
+    }
+    const std::string longPath = KeepRecovered(std::string(300, 'n') + ".kra", "long", 4);
+    EXPECT_EQ("long", FileBytes(longPath));
+    EXPECT_LT(longPath.size(), 260u);
+}
+
+TEST_F(RecoveryTest, RecoveredFilesOfOneNameNeverReplaceEachOther) {
+    for (int number = 0; number < 5; ++number) {
+        const std::string bytes = std::to_string(number);
+        EXPECT_EQ(bytes, FileBytes(KeepRecovered("a.kra", bytes.data(), bytes.size())));
+    }
+    EXPECT_THAT(RecoveredFiles(), SizeIs(5));
+}
+
+}  // namespace
+}  // namespace depot

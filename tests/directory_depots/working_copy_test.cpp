@@ -1,0 +1,197 @@
+#include "directory_depots/depot_fixture.h"
+#include "platform/local_file.h"
+
+namespace depot {
+namespace {
+
+using test::FileBytes;
+using test::OperationCounts;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+class WorkingCopyTest : public test::DepotFixture {};
+
+TEST_F(WorkingCopyTest, FetchedCopyHoldsTheEntrysBytesExactly) {
+    for (const std::string& bytes : {std::string("[S]\r\nK=v\r\n"), std::string("\0\x01\xFF\n", 4),
+                                     std::string(" "), std::string(1024 * 1024, 'b')}) {
+        static int number = 0;
+        const std::string name = "f" + std::to_string(++number) + ".kra";
+        server_.AddFile(name, base_, "x");
+        ASSERT_EQ(0u, Connected().ReplaceFileContents(Dn(name), bytes.data(),
+                                                      static_cast<std::uint32_t>(bytes.size())));
+        const auto file = Load(name);
+        EXPECT_TRUE(bytes == FileBytes(file->localPath)) << bytes.size();
+    }
+}
+
+TEST_F(WorkingCopyTest, TwentyMegabytesGoBothWays) {
+    test::DirectoryServer server("global sockbuf_max_incoming_auth 67108864");
+    server.AddFile("a.kra", test::kSuffix, "x");
+    Define(server.Port(), test::kSuffix);
+    const std::string large(20 * 1024 * 1024, 'b');
+    auto file = Load();
+    ASSERT_TRUE(
+        WriteLocalFile(file->localPath, large.data(), static_cast<std::uint32_t>(large.size())));
+    file->changed = true;
+    EXPECT_EQ(1, file->Release());
+    file = Load();
+    EXPECT_TRUE(large == FileBytes(file->localPath));
+}
+
+TEST_F(WorkingCopyTest, EmptyContentsGiveAnExistingFileWithoutBytes) {
+    server_.Apply("dn: " + Dn("a.kra") +
+                  "\nobjectClass: quillonFileBinary\ncn: a.kra\nquillonFileContentsBinary:\n");
+    const auto file = Load();
+    EXPECT_TRUE(test::Exists(file->localPath));
+    EXPECT_EQ("", FileBytes(file->localPath));
+}
+
+TEST_F(WorkingCopyTest, LoadIsOneBindAndOneSearchAfterTheFirstUsesProbe) {
+    server_.AddFile("a.kra", base_, "x");
+    server_.Mark();
+    Load();
+    EXPECT_EQ((OperationCounts{.binds = 2, .searches = 2}), server_.Counts());
+    server_.Mark();
+    Load();
+    EXPECT_EQ((OperationCounts{.binds = 1, .searches = 1}), server_.Counts());
+}
+
+TEST_F(WorkingCopyTest, WriteBackIsOneBindAndOneModification) {
+    server_.AddFile("a.kra", base_, "[S]\r\nK=old\r\n");
+    const auto file = Load();
+    file->WriteString("S", "K", "new");
+    server_.Mark();
+    EXPECT_EQ(1, file->Release());
+    EXPECT_EQ((OperationCounts{.binds = 1, .modifications = 1}), server_.Counts());
+    EXPECT_EQ("[S]\r\nK=new\r\n", Contents("a.kra"));
+    EXPECT_THAT(test::WorkingCopies(), IsEmpty());
+    EXPECT_THAT(test::RecoveredFiles(), IsEmpty());
+    EXPECT_THAT(boxes_.Boxes(), IsEmpty());
+}
+
+TEST_F(WorkingCopyTest, ReleaseOfAnUnchangedCopyContactsNoServer) {
+    server_.AddFile("a.kra", base_, "[S]\r\nK=old\r\n");
+    const auto file = Load();
+    EXPECT_EQ("old", file->ReadString("S", "K", "", 100));
+    // Somebody else's bytes stay, too.
+    ASSERT_TRUE(WriteLocalFile(file->localPath, "other", 5));
+    server_.Mark();
+    EXPECT_EQ(1, file->Release());
+    EXPECT_EQ("", server_.Log());
+    EXPECT_EQ("[S]\r\nK=old\r\n", Contents("a.kra"));
+    EXPECT_THAT(test::WorkingCopies(), IsEmpty());
+}
+
+TEST_F(WorkingCopyTest, NoConnectionStaysOpenBetweenLoadAndRelease) {
+    server_.AddFile("a.kra", base_, "x");
+    server_.Mark();
+    const auto file = Load();
+    // The server notices the end of a connection a moment later.
+    const auto count = [](const std::string& log, const std::string& word) {
+        int found = 0;
+        for (std::size_t at = log.find(word); at != std::string::npos; at = log.find(word, at + 1))
+            ++found;
+        return found;
+    };
+    std::string log;
+    for (int attempt = 0; attempt < 100; ++attempt) {
+        log = server_.Log();
+        if (count(log, " closed") == 2) break;
+        Sleep(20);
+    }
+    EXPECT_EQ(2, count(log, "ACCEPT")) << log;
+    EXPECT_EQ(2, count(log, " closed")) << log;
+    EXPECT_FALSE(Directory().IsConnected());
+}
+
+TEST_F(WorkingCopyTest, CopyGoesWithAContextThatWasNotReleased) {
+    server_.AddFile("a.kra", base_, "x");
+    Choose();
+    {
+        const auto file = Load();
+        EXPECT_THAT(test::WorkingCopies(), SizeIs(1));
+        file->WriteString("S", "K", "v");
+    }
+    EXPECT_THAT(test::WorkingCopies(), IsEmpty());
+    EXPECT_EQ("x", Contents("a.kra"));
+}
+
+TEST_F(WorkingCopyTest, SecondReleaseHasNothingLeftToStore) {
+    server_.AddFile("a.kra", base_, "x");
+    const auto file = Load();
+    EXPECT_EQ(1, file->Release());
+    EXPECT_EQ(0, file->Release());
+    EXPECT_THAT(boxes_.Boxes(), IsEmpty());
+}
+
+TEST_F(WorkingCopyTest, ReleaseOfNoPathWithAChangeShowsTheParameterError) {
+    std::string text = "junk";
+    EXPECT_EQ(0, ReleaseLocal(Directory(), Dn("a.kra"), "", true, &text));
+    EXPECT_EQ(89u, Directory().LastError());
+    EXPECT_EQ(test::MessageFor(89), text);
+    ASSERT_THAT(boxes_.Texts(), SizeIs(1));
+    EXPECT_EQ(test::MessageFor(89), boxes_.Texts().front());
+    EXPECT_EQ("Quillon", boxes_.Boxes().front().caption);
+    EXPECT_TRUE(boxes_.Boxes().front().hasErrorIcon);
+}
+
+TEST_F(WorkingCopyTest, ReleaseOfNoPathWithoutAChangeIsSilent) {
+    std::string text = "junk";
+    EXPECT_EQ(0, ReleaseLocal(Directory(), Dn("a.kra"), "", false, &text));
+    EXPECT_EQ("junk", text);
+    EXPECT_THAT(boxes_.Boxes(), IsEmpty());
+}
+
+TEST_F(WorkingCopyTest, NoTemporaryFolderGivesAFileWithoutValues) {
+    server_.AddFile("a.kra", base_, "[S]\r\nK=v\r\n");
+    Choose();
+    char before[MAX_PATH] = {};
+    GetEnvironmentVariableA("TMP", before, sizeof(before));
+    SetEnvironmentVariableA("TMP", "C:\\no such folder");
+    const auto file = Load();
+    SetEnvironmentVariableA("TMP", before);
+    EXPECT_EQ("", file->localPath);
+    EXPECT_EQ("default", file->ReadString("S", "K", "default", 100));
+    EXPECT_EQ("[S]\r\nK=v\r\n", Contents("a.kra"));
+}
+
+class TransferTest : public test::DepotFixture {
+protected:
+    test::ScratchFolder folder_;
+};
+
+TEST_F(TransferTest, DownloadedTreeLandsInOneFolderWithEmptySubfolders) {
+    server_.AddFolder("A", base_);
+    server_.AddFile("a1.kra", Dn("A"), "one");
+    server_.AddFolder("B", Dn("A"));
+    server_.AddFile("b1.kra", "cn=B," + Dn("A"), "two");
+    EXPECT_EQ(1, DownloadTree(Directory(), Dn("A"), folder_.At("local"), true));
+    EXPECT_EQ("one", FileBytes(folder_.At("local\\a1.kra")));
+    EXPECT_EQ("two", FileBytes(folder_.At("local\\b1.kra")));
+    EXPECT_TRUE(test::Exists(folder_.At("local\\B")));
+    EXPECT_FALSE(test::Exists(folder_.At("local\\B\\b1.kra")));
+    EXPECT_FALSE(Directory().IsConnected());
+}
+
+TEST_F(TransferTest, NewFileIsAddedUnderItsOwnName) {
+    const std::string path = folder_.MakeFile("new.kra", "bytes");
+    std::string text = "junk";
+    EXPECT_EQ(1, UploadNewFile(Directory(), path, base_, true, &text));
+    EXPECT_EQ("bytes", Contents("new.kra"));
+    EXPECT_FALSE(Directory().IsConnected());
+    EXPECT_EQ(0, UploadNewFile(Directory(), path, base_, true, &text));
+}
+
+TEST_F(TransferTest, UploadWithoutAPathOrAParentIsAParameterErrorWithoutABox) {
+    for (const bool hasPath : {false, true}) {
+        std::string text = "junk";
+        EXPECT_EQ(0, UploadNewFile(Directory(), hasPath ? folder_.MakeFile("n", "x") : "",
+                                   hasPath ? "" : base_, true, &text));
+        EXPECT_EQ(89u, Directory().LastError());
+        EXPECT_EQ(test::MessageFor(89), text);
+    }
+    EXPECT_THAT(boxes_.Boxes(), IsEmpty());
+}
+
+}  // namespace
+}  // namespace depot
