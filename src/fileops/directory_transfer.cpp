@@ -215,7 +215,8 @@ int Download(CLDAPItems& directory, const std::string& dn, const std::string& lo
 
 int CopyEntry(CLDAPItems& source, const std::string& sourceDN, CLDAPItems& destination,
               const std::string& destinationDN, ExistingEntries existing, std::string* errorText) {
-    if (sourceDN.empty() || destinationDN.empty()) {
+    const bool intoItself = &source == &destination && IsInside(destinationDN, sourceDN);
+    if (sourceDN.empty() || destinationDN.empty() || intoItself) {
         return Fail(source, LDAP_PARAM_ERROR, errorText);
     }
     const ConnectionScope sourceConnection(source, errorText);

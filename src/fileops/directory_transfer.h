@@ -41,7 +41,8 @@ int Upload(CLDAPItems& directory, const std::string& localPath, const std::strin
 int Download(CLDAPItems& directory, const std::string& dn, const std::string& localPath,
              std::string* errorText, const TransferWatcher& watcher = {});
 
-// Copies an entry to another one, in the same directory or another; a folder entry with its tree.
+// Copies an entry to another one, in the same directory or another; a folder entry with its tree,
+// which cannot go into itself.
 int CopyEntry(CLDAPItems& source, const std::string& sourceDN, CLDAPItems& destination,
               const std::string& destinationDN, ExistingEntries existing, std::string* errorText);
 

@@ -2,10 +2,13 @@
 
 #include "config/file_types.h"
 #include "config/profile_file.h"
+#include "fileops/depot_file.h"
 #include "fileops/file_filter.h"
 #include "manager/display_path.h"
+#include "model/local_mirror.h"
 #include "platform/find_handle.h"
 #include "platform/paths.h"
+#include "platform/text.h"
 
 namespace depot {
 namespace {
@@ -16,6 +19,12 @@ bool IsSelfOrParent(const char* name) {
 
 bool IsFolder(const WIN32_FIND_DATAA& found) {
     return (found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+}
+
+std::unique_ptr<CDepotItem> FolderItem(std::string path, CDepot& depot) {
+    auto item = std::make_unique<CDepotItem>(std::move(path), &depot);
+    item->kindFlags = kFolderKind;
+    return item;
 }
 
 // Turns what a search in one folder finds into items.
@@ -45,17 +54,19 @@ private:
     bool Add(const WIN32_FIND_DATAA& found) {
         const bool folder = IsFolder(found);
         if (!folder && (foldersOnly_ || !PassesFilter(found.cFileName, filter_))) return false;
-        auto item = std::make_unique<CDepotItem>(displayFolder_ + found.cFileName, &depot_);
-        if (folder) {
-            item->kindFlags = kFolderKind;
-        } else {
-            const std::string full = JoinPath(folder_, found.cFileName);
-            const std::int32_t type = DetectFileType(full);
-            item->fileType = static_cast<std::uint32_t>(type);
-            item->kindFlags = GetTerminalType(full, type);
-        }
+        std::string path = displayFolder_ + found.cFileName;
+        auto item = folder ? FolderItem(std::move(path), depot_)
+                           : FileItem(std::move(path), JoinPath(folder_, found.cFileName));
         item->findData = std::make_unique<WIN32_FIND_DATAA>(found);
         return list_.Append(std::move(item)) != nullptr;
+    }
+
+    std::unique_ptr<CDepotItem> FileItem(std::string path, const std::string& full) {
+        auto item = std::make_unique<CDepotItem>(std::move(path), &depot_);
+        const std::int32_t type = DetectFileType(full);
+        item->fileType = static_cast<std::uint32_t>(type);
+        item->kindFlags = GetTerminalType(full, type);
+        return item;
     }
 
     CDepotItems& list_;
@@ -67,6 +78,54 @@ private:
     std::string displayFolder_;
 };
 
+// What a listing tells of an entry, which has neither times nor a size.
+std::unique_ptr<WIN32_FIND_DATAA> EntryData(const std::string& name, DWORD attributes) {
+    auto data = std::make_unique<WIN32_FIND_DATAA>();
+    data->dwFileAttributes = attributes;
+    name.copy(data->cFileName, sizeof(data->cFileName) - 1);
+    return data;
+}
+
+std::unique_ptr<CDepotItem> FileEntryItem(const std::string& path, CDepot& depot) {
+    auto item = std::make_unique<CDepotItem>(path, &depot);
+    const std::int32_t type = DetectFileType(path);
+    item->fileType = static_cast<std::uint32_t>(type);
+    // No file is fetched. The two types whose files would be read are read under their display
+    // path, which is no file; the number of every other type is fixed.
+    if (type != kUnknownFileType) item->kindFlags = GetTerminalType(path, type);
+    item->findData = EntryData(NamePart(path), 0);
+    return item;
+}
+
+// Returns the display path of a folder of a directory without a trailing backslash, the depot's
+// name in it spelled as the depot spells it.
+std::string DisplayFolder(CDepot& depot, const std::string& folder) {
+    const std::string prefix = BuildDisplayPath(depot, {}, PathForm::kDisplay, DepotName::kKey);
+    std::string display = StorageToDisplay(depot, EnsureTrailingBackslash(folder));
+    if (MatchesPath(depot, display, PathForm::kDisplay, DepotName::kKey)) {
+        display.replace(0, prefix.size(), prefix);
+    }
+    return RemoveTrailingBackslash(display);
+}
+
+void ListDirectory(CDepotItems& list, CDepot& depot, CLDAPItems& directory,
+                   const ListingRequest& request, bool foldersOnly) {
+    const ConnectionScope connection(directory, nullptr);
+    if (!connection) return;
+    LdapItemList entries;
+    directory.ListChildren(DisplayToStorage(depot, request.folder), entries,
+                           DisplayFolder(depot, request.folder));
+    for (const CLDAPItem* entry : entries) {
+        if (entry->isFolder != 0) {
+            auto item = FolderItem(entry->path, depot);
+            item->findData = EntryData(NamePart(entry->path), FILE_ATTRIBUTE_DIRECTORY);
+            list.Append(std::move(item));
+        } else if (!foldersOnly && PassesFilter(NamePart(entry->path), request.filter)) {
+            list.Append(FileEntryItem(entry->path, depot));
+        }
+    }
+}
+
 }  // namespace
 
 int Enumerate(CDepotItems& list, const CDepotItem* folderItem, const std::string& filter,
@@ -75,7 +134,12 @@ int Enumerate(CDepotItems& list, const CDepotItem* folderItem, const std::string
     const ListingRequest request =
         MakeListingRequest(folderItem->path, filter, subPath, foldersOnly);
     if (request.folder.empty()) return 0;
-    return FolderLister(list, *folderItem->depot, request, foldersOnly).List();
+    CDepot& depot = *folderItem->depot;
+    if (!IsDirectoryDepot(depot)) return FolderLister(list, depot, request, foldersOnly).List();
+    if (CLDAPItems* const directory = depot.DirectoryConnection()) {
+        ListDirectory(list, depot, *directory, request, foldersOnly);
+    }
+    return static_cast<int>(list.Count());
 }
 
 void KeepFileType(CDepotItems& list, std::int32_t wantedType) {

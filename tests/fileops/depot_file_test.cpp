@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "manager/depot_world.h"
+#include "platform/error_text.h"
 #include "support/box_log.h"
 
 namespace depot {
@@ -55,6 +56,115 @@ TEST_F(FileExistsTest, ADirectoryWithoutAServerHoldsNothing) {
     CDepot& directory = world_.AddAt("Dir", "Dir", "dc=farrow", kDirectoryLocation);
     EXPECT_EQ(0, FileExists(directory, "<Dir>\\a.kra"));
     EXPECT_EQ(0, FileExists(directory, world_.folder.Path()));
+}
+
+class DepotFileTest : public testing::Test {
+protected:
+    std::string At(const std::string& name) const { return world_.folder.At(name); }
+    std::string Make(const std::string& name, const std::string& bytes = "1") {
+        return world_.folder.MakeFile(name, bytes);
+    }
+    // What a failure with this code says of a path.
+    static std::string Message(DWORD error, const std::string& path) {
+        std::string text;
+        FormatErrorText(error, path.c_str(), nullptr, &text, nullptr);
+        return text;
+    }
+
+    test::DepotWorld world_;
+    CDepot& work_ = world_.Add("Work", "Work", "w");
+    CDepot& home_ = world_.Add("Home", "Home", "h");
+    std::string error_ = "junk";
+    const test::BoxLog boxes_;
+};
+
+TEST_F(DepotFileTest, DeleteFileRemovesAFileOnly) {
+    Make("w\\a.kra");
+    world_.folder.MakeFolder("w\\sub");
+    EXPECT_NE(0, DeleteFile(work_, "<Work>\\a.kra"));
+    EXPECT_FALSE(test::Exists(At("w\\a.kra")));
+    EXPECT_EQ(0, DeleteFile(work_, "<Work>\\a.kra"));
+    EXPECT_EQ(0, DeleteFile(work_, "<Work>\\sub"));
+    EXPECT_EQ(0, DeleteFile(work_, ""));
+    EXPECT_TRUE(test::Exists(At("w\\sub")));
+}
+
+TEST_F(DepotFileTest, MoveFileWithoutADestinationDepotRenames) {
+    Make("w\\a.kra");
+    EXPECT_EQ(1, MoveFile(work_, "<Work>\\a.kra", "<Work>\\b.kra", nullptr, nullptr, &error_));
+    EXPECT_FALSE(test::Exists(At("w\\a.kra")));
+    EXPECT_EQ("1", test::FileBytes(At("w\\b.kra")));
+    EXPECT_EQ("junk", error_);
+}
+
+TEST_F(DepotFileTest, RenamingOntoAnExistingFileKeepsBothFiles) {
+    Make("w\\a.kra");
+    Make("w\\b.kra", "2");
+    EXPECT_EQ(0, MoveFile(work_, "<Work>\\a.kra", "<Work>\\b.kra", nullptr, nullptr, &error_));
+    EXPECT_EQ("1", test::FileBytes(At("w\\a.kra")));
+    EXPECT_EQ("2", test::FileBytes(At("w\\b.kra")));
+}
+
+TEST_F(DepotFileTest, RenamingWhatIsNotThereOrToNothingFails) {
+    Make("w\\a.kra");
+    EXPECT_EQ(0, MoveFile(work_, "<Work>\\no", "<Work>\\b.kra", nullptr, nullptr, nullptr));
+    EXPECT_EQ(0, MoveFile(work_, "<Work>\\a.kra", "", nullptr, nullptr, &error_));
+    EXPECT_TRUE(test::Exists(At("w\\a.kra")));
+}
+
+TEST_F(DepotFileTest, MoveFileWithADestinationDepotMovesThere) {
+    Make("w\\a.kra");
+    EXPECT_EQ(1, MoveFile(work_, "<Work>\\a.kra", "<Home>\\b.kra", nullptr, &home_, &error_));
+    EXPECT_FALSE(test::Exists(At("w\\a.kra")));
+    EXPECT_EQ("1", test::FileBytes(At("h\\b.kra")));
+}
+
+TEST_F(DepotFileTest, CopyFileGoesIntoAnotherDepotOrToAPlainPath) {
+    Make("w\\a.kra");
+    EXPECT_EQ(1, CopyFile(work_, "<Work>\\a.kra", "<Home>\\b.kra", &home_, true, &error_));
+    EXPECT_EQ("1", test::FileBytes(At("h\\b.kra")));
+    EXPECT_EQ(1, CopyFile(work_, "<Work>\\a.kra", At("c.kra"), nullptr, true, &error_));
+    EXPECT_EQ("1", test::FileBytes(At("c.kra")));
+    EXPECT_TRUE(test::Exists(At("w\\a.kra")));
+    EXPECT_EQ("junk", error_);
+}
+
+TEST_F(DepotFileTest, CopyFileIntoAFolderKeepsTheName) {
+    Make("w\\a.kra");
+    EXPECT_EQ(1, CopyFile(work_, "<Work>\\a.kra", "<Home>\\", &home_, true, nullptr));
+    EXPECT_EQ("1", test::FileBytes(At("h\\a.kra")));
+}
+
+TEST_F(DepotFileTest, CopyFileOntoAnExistingFileFailsWithTheSystemsTextOrReplacesIt) {
+    Make("w\\a.kra");
+    const std::string target = Make("old.kra", "old");
+    EXPECT_EQ(0, CopyFile(work_, "<Work>\\a.kra", target, nullptr, true, &error_));
+    EXPECT_EQ(Message(ERROR_FILE_EXISTS, target), error_);
+    EXPECT_EQ("old", test::FileBytes(target));
+    EXPECT_EQ(1, CopyFile(work_, "<Work>\\a.kra", target, nullptr, false, &error_));
+    EXPECT_EQ("1", test::FileBytes(target));
+}
+
+TEST_F(DepotFileTest, CopyingAFileOntoItselfKeepsIt) {
+    Make("w\\a.kra");
+    CopyFile(work_, "<Work>\\a.kra", "<Work>\\a.kra", &work_, true, &error_);
+    EXPECT_EQ("1", test::FileBytes(At("w\\a.kra")));
+}
+
+TEST_F(DepotFileTest, ADestinationOf260CharactersIsReportedAsTooLong) {
+    Make("w\\a.kra");
+    const std::string start = At("missing\\");
+    for (const std::size_t length : {259u, 260u, 261u}) {
+        SCOPED_TRACE(length);
+        const std::string target = start + std::string(length - start.size(), 'x');
+        EXPECT_EQ(0, CopyFile(work_, "<Work>\\a.kra", target, nullptr, true, &error_));
+        const std::string tooLong = Message(ERROR_BUFFER_OVERFLOW, target);
+        if (length < 260) {
+            EXPECT_NE(tooLong, error_);
+        } else {
+            EXPECT_EQ(tooLong, error_);
+        }
+    }
 }
 
 }  // namespace

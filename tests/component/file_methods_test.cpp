@@ -1,0 +1,217 @@
+// Changing, copying and publishing files.
+#include "component/component.h"
+#include "support/box_log.h"
+
+namespace depot::test {
+namespace {
+
+class FileMethodsTest : public ComponentTest {
+protected:
+    std::string Make(const std::string& name, const std::string& bytes) {
+        return folder_.MakeFile(name, bytes);
+    }
+    HRESULT CopyOut(const char* source, const std::string& target, VARIANT_BOOL failIfExists) {
+        return api_->DPCopyFileToLocalFS(session_, Text(source), Text(target), failIfExists);
+    }
+    // Makes a numbered copy and returns its path.
+    std::wstring MakeCopy(const char* source, HRESULT expected = S_OK) {
+        OutText copy;
+        EXPECT_EQ(expected, api_->DPMakeCopyFromSrcFile(session_, Text(source), copy));
+        return copy.Value();
+    }
+
+    const BoxLog boxes_;
+    // A session knows the depots that were there before it.
+    const std::string root_ = DefineDepot("Work");
+    Session session_{*api_};
+};
+
+TEST_F(FileMethodsTest, RenameGivesAFileItsNewName) {
+    Make("Work\\a.kra", "1");
+    EXPECT_EQ(S_OK, api_->DPRenameFile(session_, Text("<Work>\\a.kra"), Text("<Work>\\b.kra")));
+    EXPECT_FALSE(Exists(folder_.At("Work\\a.kra")));
+    EXPECT_EQ("1", FileBytes(folder_.At("Work\\b.kra")));
+}
+
+TEST_F(FileMethodsTest, RenameRefusesWhatItCannotDo) {
+    Make("Work\\a.kra", "1");
+    Make("Work\\b.kra", "2");
+    const std::string plain = Make("plain.kra", "3");
+    const char* const cases[][2] = {{"<None>\\a.kra", "<Work>\\c.kra"},
+                                    {"<Work>\\none.kra", "<Work>\\c.kra"},
+                                    {"<Work>\\a.kra", "<Work>\\b.kra"},
+                                    {"<Work>\\a.kra", ""},
+                                    {plain.c_str(), "<Work>\\c.kra"}};
+    for (const auto& row : cases) {
+        SCOPED_TRACE(row[0]);
+        EXPECT_EQ(S_FALSE, api_->DPRenameFile(session_, Text(row[0]), Text(row[1])));
+    }
+    EXPECT_EQ("1", FileBytes(folder_.At("Work\\a.kra")));
+    EXPECT_EQ("2", FileBytes(folder_.At("Work\\b.kra")));
+    EXPECT_FALSE(Exists(folder_.At("Work\\c.kra")));
+}
+
+TEST_F(FileMethodsTest, DeleteRemovesAFileOfADepotOnly) {
+    Make("Work\\a.kra", "1");
+    const std::string plain = Make("plain.kra", "2");
+    EXPECT_EQ(S_OK, api_->DPDeleteFile(session_, Text("<Work>\\a.kra")));
+    EXPECT_FALSE(Exists(folder_.At("Work\\a.kra")));
+    EXPECT_EQ(S_FALSE, api_->DPDeleteFile(session_, Text("<Work>\\a.kra")));
+    EXPECT_EQ(S_FALSE, api_->DPDeleteFile(session_, Text("<None>\\a.kra")));
+    EXPECT_EQ(S_FALSE, api_->DPDeleteFile(session_, Text(plain)));
+    EXPECT_TRUE(Exists(plain));
+}
+
+TEST_F(FileMethodsTest, CopyOutWritesTheSourcesTextAndMakesItTheCurrentFile) {
+    Make("Work\\a.kra", "[S]\r\nK=1\r\n");
+    EXPECT_EQ(S_OK, CopyOut("<Work>\\a.kra", folder_.At("out.kra"), VARIANT_TRUE));
+    EXPECT_EQ("[S]\r\nK=1\r\n", FileBytes(folder_.At("out.kra")));
+    EXPECT_EQ(L"1", Read(session_, L"S", L"K"));
+}
+
+TEST_F(FileMethodsTest, CopyOutLeavesAnExistingFileWhenItIsToFail) {
+    Make("Work\\a.kra", "new");
+    const std::string target = Make("out.kra", "old");
+    EXPECT_EQ(S_FALSE, CopyOut("<Work>\\a.kra", target, VARIANT_TRUE));
+    EXPECT_EQ("old", FileBytes(target));
+}
+
+TEST_F(FileMethodsTest, CopyOutTakesOneForFalse) {
+    Make("Work\\a.kra", "new");
+    for (const VARIANT_BOOL overwrite : {VARIANT_BOOL{1}, VARIANT_FALSE}) {
+        SCOPED_TRACE(overwrite);
+        const std::string target = Make("out.kra", "much older text");
+        EXPECT_EQ(S_OK, CopyOut("<Work>\\a.kra", target, overwrite));
+        EXPECT_EQ("new", FileBytes(target));
+    }
+}
+
+TEST_F(FileMethodsTest, CopyOutWithoutASourceCopiesTheCurrentFile) {
+    EXPECT_EQ(S_FALSE, CopyOut("", folder_.At("none.kra"), VARIANT_FALSE));
+    EXPECT_FALSE(Exists(folder_.At("none.kra")));
+    const std::string file = Make("Work\\a.kra", "[S]\r\nK=1\r\n");
+    ASSERT_EQ(S_OK, api_->DPLoadFile(session_.Address(), Text("<Work>\\a.kra")));
+    EXPECT_EQ(S_OK, CopyOut("", folder_.At("out.kra"), VARIANT_FALSE));
+    EXPECT_EQ(FileBytes(file), FileBytes(folder_.At("out.kra")));
+}
+
+TEST_F(FileMethodsTest, CopyOutOfAMissingSourceMakesAnEmptyFile) {
+    EXPECT_EQ(S_OK, CopyOut("<Work>\\none.kra", folder_.At("out.kra"), VARIANT_TRUE));
+    EXPECT_EQ("", FileBytes(folder_.At("out.kra")));
+}
+
+TEST_F(FileMethodsTest, CopyOutToAnImpossiblePlaceFails) {
+    Make("Work\\a.kra", "1");
+    EXPECT_EQ(S_FALSE, CopyOut("<Work>\\a.kra", folder_.At("no\\out.kra"), VARIANT_FALSE));
+    EXPECT_EQ(S_FALSE, CopyOut("<Work>\\a.kra", "", VARIANT_FALSE));
+}
+
+TEST_F(FileMethodsTest, CopyOutOntoTheSourceItselfKeepsIt) {
+    const std::string file = Make("Work\\a.kra", "1");
+    EXPECT_EQ(S_FALSE, CopyOut("<Work>\\a.kra", file, VARIANT_FALSE));
+    EXPECT_EQ("1", FileBytes(file));
+}
+
+TEST_F(FileMethodsTest, CopyOutLosesWhatFollowsANulInItsBlock) {
+    Make("Work\\a.kra", std::string("one\0two", 7) + std::string(512, 'x') + "next");
+    EXPECT_EQ(S_OK, CopyOut("<Work>\\a.kra", folder_.At("out.kra"), VARIANT_FALSE));
+    EXPECT_EQ("onenext", FileBytes(folder_.At("out.kra")));
+}
+
+TEST_F(FileMethodsTest, ACopyTakesTheFirstFreeName) {
+    Make("Work\\a.kra", "1");
+    const std::wstring first = MakeCopy("<Work>\\a.kra");
+    const std::wstring second = MakeCopy("<Work>\\a.kra");
+    EXPECT_EQ(L"<Work>\\a - copy.kra", first);
+    EXPECT_EQ(L"<Work>\\a - copy (2).kra", second);
+    EXPECT_EQ("1", FileBytes(folder_.At("Work\\a - copy.kra")));
+    EXPECT_EQ("1", FileBytes(folder_.At("Work\\a - copy (2).kra")));
+}
+
+TEST_F(FileMethodsTest, ACopyKeepsTheFolderAsItWasWritten) {
+    folder_.MakeFolder("Work\\Sub");
+    Make("Work\\Sub\\a.kra", "1");
+    EXPECT_EQ(L"<WORK>\\sUB\\a - copy.kra", MakeCopy("<WORK>\\sUB\\a.kra"));
+    EXPECT_EQ("1", FileBytes(folder_.At("Work\\Sub\\a - copy.kra")));
+}
+
+TEST_F(FileMethodsTest, AFailedCopyGivesAnEmptyText) {
+    Make("plain.kra", "1");
+    for (const std::string& source :
+         {std::string("<None>\\a.kra"), std::string("<Work>\\no.kra"), std::string("a.kra"),
+          std::string(), folder_.At("plain.kra")}) {
+        SCOPED_TRACE(source);
+        EXPECT_EQ(L"", MakeCopy(source.c_str(), S_FALSE));
+    }
+}
+
+// Loads a profile with these clients and publishes it.
+class PublishTest : public FileMethodsTest {
+protected:
+    void Publish(const std::string& profile) {
+        Make("Work\\p.kra", profile);
+        ASSERT_EQ(S_OK, api_->DPLoadFile(session_.Address(), Text("<Work>\\p.kra")));
+        EXPECT_EQ(S_OK, api_->DPPublishSkesDepFiles(session_));
+    }
+    std::wstring Client(const wchar_t* key) { return Read(session_, L"Clients", key); }
+};
+
+TEST_F(PublishTest, ClientsAreCopiedAndTheListPointsAtTheCopies) {
+    const std::string client = Make("c1.cfg", "one");
+    Publish("[Skein]\r\nCount=2\r\n[Clients]\r\nC1=" + client +
+            "\r\nC2=u:c2.cfg\r\n[Server]\r\nConfiguration File=s.cfg\r\nOther=1\r\n");
+    EXPECT_EQ("one", FileBytes(folder_.At("Work\\c1.cfg")));
+    EXPECT_EQ(L"<Work>\\c1.cfg", Client(L"C1"));
+    EXPECT_EQ(L"c2.cfg", Client(L"C2"));
+    EXPECT_EQ(L"(default)", Read(session_, L"Server", L"Configuration File"));
+    EXPECT_EQ(L"1", Read(session_, L"Server", L"Other"));
+}
+
+TEST_F(PublishTest, AClientOfADepotIsCopiedFromIt) {
+    DefineDepot("Home");
+    const Session fresh(*api_);
+    Make("Home\\c1.cfg", "one");
+    Make("Work\\p.kra", "[Skein]\r\nCount=1\r\n[Clients]\r\nC1=<Home>\\c1.cfg\r\n");
+    LONG_PTR handle = fresh;
+    ASSERT_EQ(S_OK, api_->DPLoadFile(&handle, Text("<Work>\\p.kra")));
+    EXPECT_EQ(S_OK, api_->DPPublishSkesDepFiles(fresh));
+    EXPECT_EQ("one", FileBytes(folder_.At("Work\\c1.cfg")));
+    EXPECT_EQ(L"<Work>\\c1.cfg", Read(fresh, L"Clients", L"C1"));
+}
+
+TEST_F(PublishTest, AnEntryIsRewrittenAlsoWhenItsFileIsMissing) {
+    Publish("[Skein]\r\nCount=1\r\n[Clients]\r\nC1=" + folder_.At("none.cfg") + "\r\n");
+    EXPECT_EQ(L"<Work>\\none.cfg", Client(L"C1"));
+    EXPECT_FALSE(Exists(folder_.At("Work\\none.cfg")));
+}
+
+TEST_F(PublishTest, AnEntryOfOneLetterGivesAnEmptyName) {
+    Publish("[Skein]\r\nCount=2\r\n[Clients]\r\nC1=u\r\nC2=U:x.cfg\r\n");
+    EXPECT_EQ(L"(default)", Client(L"C1"));
+    // Only the small letter stands for the resource folder.
+    EXPECT_EQ(L"<Work>\\U:x.cfg", Client(L"C2"));
+}
+
+TEST_F(PublishTest, WithoutClientsOnlyTheServerEntryGoes) {
+    for (const char* count : {"0", "-1", "-2000000000"}) {
+        SCOPED_TRACE(count);
+        Publish(std::string("[Skein]\r\nCount=") + count +
+                "\r\n[Clients]\r\nC1=x.cfg\r\n[Server]\r\nConfiguration File=s\r\n");
+        EXPECT_EQ(L"x.cfg", Client(L"C1"));
+        EXPECT_EQ(L"(default)", Read(session_, L"Server", L"Configuration File"));
+    }
+}
+
+TEST_F(PublishTest, NothingLandsInTheCurrentFolder) {
+    Publish("[Skein]\r\nCount=1\r\n[Clients]\r\nC1=u:DepotIntr.dll\r\n");
+    EXPECT_EQ(L"DepotIntr.dll", Client(L"C1"));
+    EXPECT_FALSE(Exists(folder_.At("Work\\DepotIntr.dll")));
+}
+
+TEST_F(PublishTest, WithoutACurrentFileThereIsNothingToDo) {
+    EXPECT_EQ(S_OK, api_->DPPublishSkesDepFiles(session_));
+    EXPECT_EQ(S_FALSE, api_->DPPublishSkesDepFiles(0));
+}
+
+}  // namespace
+}  // namespace depot::test

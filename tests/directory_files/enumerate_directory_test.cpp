@@ -1,0 +1,180 @@
+#include "fileops/enumerate.h"
+
+#include "config/file_types.h"
+#include "config/profile_file.h"
+#include "directory_files/directory_world.h"
+#include "model/local_mirror.h"
+#include "platform/paths.h"
+
+namespace depot {
+namespace {
+
+using test::OperationCounts;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::UnorderedElementsAre;
+
+class EnumerateDirectoryTest : public test::DirectoryWorldTest {
+protected:
+    int List(const std::string& folder, const std::string& filter, const std::string& subPath = {},
+             bool foldersOnly = false) {
+        const CDepotItem item(folder, work_);
+        return Enumerate(list_, &item, filter, subPath, foldersOnly);
+    }
+    std::vector<std::string> Paths() const {
+        std::vector<std::string> paths;
+        for (std::size_t index = 0; index < list_.Count(); ++index) {
+            paths.push_back(list_.At(index)->path);
+        }
+        return paths;
+    }
+
+    CDepotItems list_;
+};
+
+TEST_F(EnumerateDirectoryTest, FoldersAndPassingFilesAreListedUnderTheirDisplayPaths) {
+    server_.AddFolder("sub", base_);
+    server_.AddFile("a.kra", base_, "x");
+    server_.AddFile("b.krv", base_, "x");
+    EXPECT_EQ(2, List("<Work>\\", ".kra"));
+    EXPECT_THAT(Paths(), UnorderedElementsAre("<Work>\\sub", "<Work>\\a.kra"));
+    EXPECT_EQ(work_, list_.At(0)->depot);
+}
+
+TEST_F(EnumerateDirectoryTest, SubfoldersAreListedButNotEntered) {
+    server_.AddFolder("sub", base_);
+    server_.AddFolder("deeper", DN("cn=sub"));
+    server_.AddFile("a.kra", DN("cn=sub"), "x");
+    for (const char* folder : {"<Work>\\sub", "<Work>\\sub\\", "<WORK>\\sub"}) {
+        SCOPED_TRACE(folder);
+        list_.RemoveAll(true);
+        EXPECT_EQ(2, List(folder, ".*"));
+        EXPECT_THAT(Paths(), UnorderedElementsAre("<Work>\\sub\\deeper", "<Work>\\sub\\a.kra"));
+    }
+    list_.RemoveAll(true);
+    EXPECT_EQ(2, List("<Work>", ".*", "sub"));
+    list_.RemoveAll(true);
+    EXPECT_EQ(1, List("<Work>\\", ".*"));
+    EXPECT_THAT(Paths(), ElementsAre("<Work>\\sub"));
+}
+
+TEST_F(EnumerateDirectoryTest, WithoutAFilterTheLastPartOfThePathIsIt) {
+    server_.AddFile("a.kra", base_, "x");
+    server_.AddFile("b.krv", base_, "x");
+    EXPECT_EQ(1, List("<Work>\\*.KRA", ""));
+    EXPECT_THAT(Paths(), ElementsAre("<Work>\\a.kra"));
+}
+
+TEST_F(EnumerateDirectoryTest, FoldersOnlyLeavesEveryFileOut) {
+    server_.AddFolder("sub", base_);
+    server_.AddFile("a.kra", base_, "x");
+    EXPECT_EQ(1, List("<Work>\\", ".*", "", true));
+    EXPECT_THAT(Paths(), ElementsAre("<Work>\\sub"));
+}
+
+TEST_F(EnumerateDirectoryTest, TheCountIsThatOfTheWholeList) {
+    server_.AddFile("a.kra", base_, "x");
+    server_.AddFile("b.kra", base_, "x");
+    EXPECT_EQ(2, List("<Work>\\", ".*"));
+    EXPECT_EQ(4, List("<Work>\\", ".*"));
+    EXPECT_EQ(4, List("<Work>\\missing", ".*"));
+    EXPECT_EQ(4u, list_.Count());
+}
+
+TEST_F(EnumerateDirectoryTest, AMissingFolderListsNothingAndKeepsItsCode) {
+    EXPECT_EQ(0, List("<Work>\\missing", ".*"));
+    EXPECT_EQ(LDAP_NO_SUCH_OBJECT, static_cast<int>(Directory().LastError()));
+    EXPECT_THAT(boxes_.Boxes(), IsEmpty());
+}
+
+TEST_F(EnumerateDirectoryTest, FindDataHoldsTheNameAndTheFolderAttribute) {
+    server_.AddFolder("sub", base_);
+    server_.AddFile("a.kra", base_, "x");
+    List("<Work>\\", ".*");
+    for (std::size_t index = 0; index < list_.Count(); ++index) {
+        const CDepotItem& item = *list_.At(index);
+        SCOPED_TRACE(item.path);
+        ASSERT_NE(nullptr, item.findData);
+        const bool folder = item.path == "<Work>\\sub";
+        WIN32_FIND_DATAA expected = {};
+        expected.dwFileAttributes = folder ? FILE_ATTRIBUTE_DIRECTORY : 0;
+        NamePart(item.path).copy(expected.cFileName, MAX_PATH);
+        EXPECT_EQ(0, memcmp(&expected, item.findData.get(), sizeof(expected)));
+        EXPECT_EQ(folder ? kFolderKind : 104u, item.kindFlags);
+        EXPECT_EQ(folder ? 0u : 64u, item.fileType);
+    }
+}
+
+TEST_F(EnumerateDirectoryTest, HostileNamesAreLeftOut) {
+    server_.AddFile("CON", base_, "x");
+    server_.AddFile("a.kra", base_, "x");
+    server_.Apply("dn: cn=..\\5C..\\5Cx.kra," + base_ +
+                  "\nobjectClass: quillonFileBinary\ncn: ..\\..\\x.kra\n"
+                  "quillonFileContentsBinary: x\n\n");
+    server_.AddFile("C:x.kra", base_, "x");
+    EXPECT_EQ(1, List("<Work>\\", ".*"));
+    EXPECT_THAT(Paths(), ElementsAre("<Work>\\a.kra"));
+}
+
+TEST_F(EnumerateDirectoryTest, IsOneBindAndOneOneLevelSearchWhateverTheFolderHolds) {
+    server_.AddFolder("sub", base_);
+    for (int index = 0; index < 20; ++index) {
+        server_.AddFile("f" + std::to_string(index) + ".kre", base_, "x");
+    }
+    server_.Mark();
+    EXPECT_EQ(21, List("<Work>\\", ".*"));
+    EXPECT_EQ((OperationCounts{.binds = 1, .searches = 1}), server_.Counts());
+    EXPECT_THAT(server_.Log(), testing::HasSubstr("SRCH base=\"" + base_ + "\" scope=1"));
+    EXPECT_FALSE(Directory().IsConnected());
+}
+
+// The kind of a file as it comes out when the file is fetched to be looked at.
+std::uint32_t KindByFetching(CLDAPItems& directory, const std::string& dn, const CDepotItem& item) {
+    const std::string local = FetchToLocal(directory, dn);
+    const auto type = static_cast<std::int32_t>(item.fileType);
+    const bool byDepotPath = type == kSessionProfile || type == kOtherSessionProfile;
+    const std::uint32_t kind = GetTerminalType(byDepotPath ? item.path : local, type);
+    ReleaseLocal(directory, dn, local, false);
+    return kind;
+}
+
+TEST_F(EnumerateDirectoryTest, EveryTypeIsClassifiedAsByFetchingTheFile) {
+    // A session profile that says what it is, so that reading it would give another answer.
+    const std::string contents = "[PROFILE]\r\nSession Terminal Type=5\r\n";
+    for (const char* extension : {"kre", "krp", "krs", "krf", "krd", "krh", "krc", "krk", "krv",
+                                  "krcf", "kra", "txt", "kre.bak"}) {
+        server_.AddFile(std::string("file.") + extension, base_, contents);
+    }
+    EXPECT_EQ(13, List("<Work>\\", ".*"));
+    bool sawSession = false;
+    for (std::size_t index = 0; index < list_.Count(); ++index) {
+        const CDepotItem& item = *list_.At(index);
+        SCOPED_TRACE(item.path);
+        EXPECT_EQ(static_cast<std::uint32_t>(DetectFileType(item.path)), item.fileType);
+        EXPECT_EQ(KindByFetching(Directory(), DN("cn=" + NamePart(item.path)), item),
+                  item.kindFlags);
+        if (item.fileType != kSessionProfile) continue;
+        sawSession = true;
+        // Not what the file says.
+        EXPECT_EQ(1u, item.kindFlags);
+    }
+    EXPECT_TRUE(sawSession);
+}
+
+TEST_F(EnumerateDirectoryTest, AServerThatIsDownListsNothing) {
+    test::DirectoryServer gone;
+    CDepot depot(&world_.depots);
+    depot.name = "Gone";
+    auto location = gone.Location(test::kSuffix).Clone();
+    location->owner = depot.paths.get();
+    depot.paths->Append(std::move(location));
+    depot.paths->GetActivePath();
+    gone.Stop();
+    List("<Work>\\", ".*");
+    list_.Append(std::make_unique<CDepotItem>("x", nullptr));
+    const CDepotItem item("<Gone>\\", &depot);
+    EXPECT_EQ(1, Enumerate(list_, &item, ".*", {}, false));
+}
+
+}  // namespace
+}  // namespace depot

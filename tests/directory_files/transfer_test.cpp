@@ -1,0 +1,421 @@
+#include "fileops/directory_transfer.h"
+
+#include "directory_files/directory_world.h"
+#include "fileops/depot_file.h"
+#include "fileops/item_operations.h"
+
+namespace depot {
+namespace {
+
+using test::Exists;
+using test::FileBytes;
+using test::MessageFor;
+using test::OperationCounts;
+
+class TransferTest : public test::DirectoryWorldTest {
+protected:
+    std::string At(const std::string& name) const { return world_.folder.At(name); }
+    std::string Make(const std::string& name, const std::string& bytes) {
+        return world_.folder.MakeFile(name, bytes);
+    }
+    // A local tree of two files and one subfolder.
+    std::string MakeTree() {
+        world_.folder.MakeFolder("tree\\sub");
+        Make("tree\\a.kra", "1");
+        Make("tree\\sub\\b.kra", "2");
+        return At("tree");
+    }
+    // The same as entries.
+    std::string AddTree(const std::string& name) {
+        server_.AddFolder(name, base_);
+        const std::string tree = DN("cn=" + name);
+        server_.AddFile("a.kra", tree, "1");
+        server_.AddFolder("sub", tree);
+        server_.AddFile("b.kra", "cn=sub," + tree, "2");
+        return tree;
+    }
+    void ExpectTree(const std::string& dn) {
+        EXPECT_EQ("1", Contents("cn=a.kra," + dn));
+        EXPECT_EQ("2", Contents("cn=b.kra,cn=sub," + dn));
+    }
+    void ExpectFailure(std::uint32_t code) {
+        EXPECT_EQ(code, Directory().LastError());
+        EXPECT_EQ(MessageFor(code), error_);
+    }
+    OperationCounts Counts() { return server_.Counts(); }
+
+    std::string error_ = "junk";
+};
+
+TEST_F(TransferTest, EmptyTextsAreParameterErrors) {
+    const std::string dn = DN("cn=a.kra");
+    CLDAPItems& directory = Directory();
+    const auto refused = [&](int result) {
+        EXPECT_EQ(0, result);
+        ExpectFailure(LDAP_PARAM_ERROR);
+        directory.SetLastError(0);
+        error_ = "junk";
+    };
+    refused(Upload(directory, "", dn, ExistingEntries::kReplace, &error_));
+    refused(Upload(directory, "x", "", ExistingEntries::kReplace, &error_));
+    refused(Download(directory, "", "x", &error_));
+    refused(Download(directory, dn, "", &error_));
+    refused(CopyEntry(directory, "", directory, dn, ExistingEntries::kReplace, &error_));
+    refused(CopyEntry(directory, dn, directory, "", ExistingEntries::kReplace, &error_));
+    refused(MoveEntry(directory, "", dn, &error_));
+    refused(MoveEntry(directory, dn, "", &error_));
+    EXPECT_EQ("", server_.Log());
+}
+
+TEST_F(TransferTest, AFileIsUploadedWithItsMissingFolders) {
+    const std::string file = Make("a.kra", "bytes");
+    EXPECT_EQ(1, Upload(Directory(), file, DN("cn=a.kra,cn=deep,cn=new"), ExistingEntries::kReplace,
+                        &error_));
+    EXPECT_FALSE(Directory().IsConnected());
+    EXPECT_EQ("bytes", Contents(DN("cn=a.kra,cn=deep,cn=new")));
+    EXPECT_EQ("junk", error_);
+}
+
+TEST_F(TransferTest, ANewFileCostsOneBindAndOneAddition) {
+    const std::string file = Make("a.kra", "bytes");
+    Upload(Directory(), file, DN("cn=a.kra"), ExistingEntries::kReplace, &error_);
+    EXPECT_EQ((OperationCounts{.binds = 1, .adds = 1}), Counts());
+}
+
+TEST_F(TransferTest, AnExistingEntryIsReplacedOrRefused) {
+    server_.AddFile("a.kra", base_, "old");
+    const std::string file = Make("a.kra", "new");
+    EXPECT_EQ(0, Upload(Directory(), file, DN("cn=a.kra"), ExistingEntries::kRefuse, &error_));
+    ExpectFailure(LDAP_ALREADY_EXISTS);
+    EXPECT_EQ("old", Contents(DN("cn=a.kra")));
+    EXPECT_EQ(1, Upload(Directory(), file, DN("cn=a.kra"), ExistingEntries::kReplace, &error_));
+    EXPECT_EQ("new", Contents(DN("cn=a.kra")));
+}
+
+TEST_F(TransferTest, AMissingLocalFileIsNotUploaded) {
+    EXPECT_EQ(
+        0, Upload(Directory(), At("none.kra"), DN("cn=a.kra"), ExistingEntries::kReplace, &error_));
+    EXPECT_EQ(std::uint32_t{LDAP_LOCAL_ERROR}, Directory().LastError());
+    EXPECT_FALSE(Holds(DN("cn=a.kra")));
+}
+
+TEST_F(TransferTest, ATreeIsUploadedWithItsStructureOverOneBind) {
+    const std::string tree = MakeTree();
+    EXPECT_EQ(1, Upload(Directory(), tree, DN("cn=tree"), ExistingEntries::kReplace, &error_));
+    EXPECT_EQ(1, Counts().binds);
+    EXPECT_EQ(4, Counts().adds);
+    ExpectTree(DN("cn=tree"));
+}
+
+TEST_F(TransferTest, ATreeThatWouldReplaceAFileIsRefusedBeforeAnythingIsStored) {
+    const std::string tree = MakeTree();
+    server_.AddFolder("tree", base_);
+    server_.AddFolder("sub", DN("cn=tree"));
+    server_.AddFile("b.kra", DN("cn=sub,cn=tree"), "old");
+    EXPECT_EQ(0, Upload(Directory(), tree, DN("cn=tree"), ExistingEntries::kRefuse, &error_));
+    ExpectFailure(LDAP_ALREADY_EXISTS);
+    EXPECT_FALSE(Holds(DN("cn=a.kra,cn=tree")));
+    EXPECT_EQ("old", Contents(DN("cn=b.kra,cn=sub,cn=tree")));
+    EXPECT_EQ(1, Upload(Directory(), tree, DN("cn=tree"), ExistingEntries::kReplace, &error_));
+    ExpectTree(DN("cn=tree"));
+}
+
+TEST_F(TransferTest, TheWatcherSeesEachFileAndStopsBetweenTwo) {
+    const std::string tree = MakeTree();
+    std::vector<TransferProgress> seen;
+    const auto watch = [&](bool goOn) {
+        return [&seen, goOn](const TransferProgress& progress) {
+            seen.push_back(progress);
+            return goOn;
+        };
+    };
+    EXPECT_EQ(1, Upload(Directory(), tree, DN("cn=one"), ExistingEntries::kReplace, &error_,
+                        watch(true)));
+    ASSERT_EQ(2u, seen.size());
+    EXPECT_EQ(2u, seen[1].filesDone);
+    EXPECT_EQ(2u, seen[1].filesInAll);
+    EXPECT_EQ(2u, seen[1].bytesDone);
+    seen.clear();
+    EXPECT_EQ(0, Upload(Directory(), tree, DN("cn=two"), ExistingEntries::kReplace, &error_,
+                        watch(false)));
+    EXPECT_EQ(1u, seen.size());
+    EXPECT_EQ("1", Contents(DN("cn=a.kra,cn=two")));
+    EXPECT_FALSE(Holds(DN("cn=b.kra,cn=sub,cn=two")));
+}
+
+TEST_F(TransferTest, AFileIsDownloadedOverOneBindAndOneSearch) {
+    server_.AddFile("a.kra", base_, std::string("\0\xff", 2));
+    server_.Mark();
+    const std::string file = Make("a.kra", "much longer than that");
+    EXPECT_EQ(1, Download(Directory(), DN("cn=a.kra"), file, &error_));
+    EXPECT_EQ((OperationCounts{.binds = 1, .searches = 1}), Counts());
+    EXPECT_EQ(std::string("\0\xff", 2), FileBytes(file));
+}
+
+TEST_F(TransferTest, AMissingEntryIsNotDownloaded) {
+    for (const char* name : {"cn=none.kra", "cn=none"}) {
+        SCOPED_TRACE(name);
+        EXPECT_EQ(0, Download(Directory(), DN(name), At("out"), &error_));
+        ExpectFailure(LDAP_INVALID_DN_SYNTAX);
+        EXPECT_FALSE(Exists(At("out")));
+    }
+}
+
+TEST_F(TransferTest, ADownloadToAnImpossiblePlaceFails) {
+    server_.AddFile("a.kra", base_, "1");
+    EXPECT_EQ(0, Download(Directory(), DN("cn=a.kra"), At("none\\a.kra"), &error_));
+}
+
+TEST_F(TransferTest, ATreeIsDownloadedWithItsStructureOverOneBind) {
+    const std::string tree = AddTree("tree");
+    server_.Mark();
+    EXPECT_EQ(1, Download(Directory(), tree, At("out"), &error_));
+    // One listing for each folder, one search for each file.
+    EXPECT_EQ((OperationCounts{.binds = 1, .searches = 4}), Counts());
+    EXPECT_EQ("1", FileBytes(At("out\\a.kra")));
+    EXPECT_EQ("2", FileBytes(At("out\\sub\\b.kra")));
+}
+
+TEST_F(TransferTest, HostileNamesNeverLeaveTheTargetFolder) {
+    const std::string tree = AddTree("tree");
+    server_.Apply("dn: cn=..\\5C..\\5Cx.kra," + tree +
+                  "\nobjectClass: quillonFileBinary\ncn: ..\\..\\x.kra\n"
+                  "quillonFileContentsBinary: x\n\n");
+    server_.AddFile("C:x.kra", tree, "x");
+    server_.AddFile("CON", tree, "x");
+    EXPECT_EQ(1, Download(Directory(), tree, At("deep\\out"), &error_));
+    EXPECT_EQ("1", FileBytes(At("deep\\out\\a.kra")));
+    EXPECT_EQ(UnsafeNamesText(3), error_);
+    EXPECT_FALSE(Exists(At("x.kra")));
+    EXPECT_FALSE(Exists(At("deep\\x.kra")));
+}
+
+TEST_F(TransferTest, AFileEntryIsCopiedToANewPlaceWithItsParents) {
+    server_.AddFile("a.kra", base_, "1");
+    EXPECT_EQ(1, CopyEntry(Directory(), DN("cn=a.kra"), Directory(), DN("cn=b.kra,cn=new"),
+                           ExistingEntries::kReplace, &error_));
+    EXPECT_EQ("1", Contents(DN("cn=b.kra,cn=new")));
+    EXPECT_EQ("1", Contents(DN("cn=a.kra")));
+}
+
+TEST_F(TransferTest, CopyingAFileEntryIsOneBindOneSearchAndOneAddition) {
+    server_.AddFile("a.kra", base_, "1");
+    server_.Mark();
+    CopyEntry(Directory(), DN("cn=a.kra"), Directory(), DN("cn=b.kra"), ExistingEntries::kReplace,
+              &error_);
+    EXPECT_EQ((OperationCounts{.binds = 1, .searches = 1, .adds = 1}), Counts());
+}
+
+TEST_F(TransferTest, CopyingOntoAnExistingEntryReplacesItsContents) {
+    server_.AddFile("a.kra", base_, "1");
+    server_.AddFile("b.kra", base_, "old");
+    EXPECT_EQ(0, CopyEntry(Directory(), DN("cn=a.kra"), Directory(), DN("cn=b.kra"),
+                           ExistingEntries::kRefuse, &error_));
+    EXPECT_EQ("old", Contents(DN("cn=b.kra")));
+    EXPECT_EQ(1, CopyEntry(Directory(), DN("cn=a.kra"), Directory(), DN("cn=b.kra"),
+                           ExistingEntries::kReplace, &error_));
+    EXPECT_EQ("1", Contents(DN("cn=b.kra")));
+}
+
+TEST_F(TransferTest, CopyingAMissingEntryFails) {
+    EXPECT_EQ(0, CopyEntry(Directory(), DN("cn=none.kra"), Directory(), DN("cn=b.kra"),
+                           ExistingEntries::kReplace, &error_));
+    ExpectFailure(LDAP_PARAM_ERROR);
+    EXPECT_EQ(0, CopyEntry(Directory(), DN("cn=none"), Directory(), DN("cn=copy"),
+                           ExistingEntries::kReplace, &error_));
+    EXPECT_FALSE(Holds(DN("cn=copy")));
+}
+
+TEST_F(TransferTest, AFolderEntryIsCopiedWithItsTree) {
+    const std::string tree = AddTree("tree");
+    server_.Mark();
+    EXPECT_EQ(1, CopyEntry(Directory(), tree, Directory(), DN("cn=copy"), ExistingEntries::kReplace,
+                           &error_));
+    EXPECT_EQ(1, Counts().binds);
+    ExpectTree(DN("cn=copy"));
+    ExpectTree(tree);
+}
+
+TEST_F(TransferTest, AFileEntryIsRenamedInPlace) {
+    server_.AddFile("a.kra", base_, "1");
+    server_.Mark();
+    EXPECT_EQ(1, MoveEntry(Directory(), DN("cn=a.kra"), DN("cn=b.kra"), &error_));
+    EXPECT_EQ((OperationCounts{.binds = 1, .renames = 1}), Counts());
+    EXPECT_EQ("1", Contents(DN("cn=b.kra")));
+    EXPECT_FALSE(Holds(DN("cn=a.kra")));
+}
+
+TEST_F(TransferTest, AnEmptyFolderIsRenamedInPlace) {
+    server_.AddFolder("old", base_);
+    server_.Mark();
+    EXPECT_EQ(1, MoveEntry(Directory(), DN("cn=old"), DN("cn=new"), &error_));
+    EXPECT_EQ((OperationCounts{.binds = 1, .searches = 1, .renames = 1}), Counts());
+    EXPECT_TRUE(Holds(DN("cn=new")));
+    EXPECT_FALSE(Holds(DN("cn=old")));
+}
+
+TEST_F(TransferTest, AFolderWithChildrenIsRenamedWithAllOfThem) {
+    const std::string tree = AddTree("tree");
+    server_.Mark();
+    EXPECT_EQ(1, MoveEntry(Directory(), tree, DN("cn=moved,cn=below"), &error_));
+    EXPECT_EQ(1, Counts().binds);
+    ExpectTree(DN("cn=moved,cn=below"));
+    EXPECT_FALSE(Holds(tree));
+}
+
+TEST_F(TransferTest, RenamingAFolderOntoFilesOfItsNamesKeepsTheOldTree) {
+    const std::string tree = AddTree("tree");
+    server_.AddFolder("taken", base_);
+    server_.AddFile("a.kra", DN("cn=taken"), "old");
+    EXPECT_EQ(0, MoveEntry(Directory(), tree, DN("cn=taken"), &error_));
+    ExpectFailure(LDAP_ALREADY_EXISTS);
+    EXPECT_EQ("old", Contents(DN("cn=a.kra,cn=taken")));
+    EXPECT_FALSE(Holds(DN("cn=sub,cn=taken")));
+    ExpectTree(tree);
+}
+
+TEST_F(TransferTest, AFolderWhoseNamesCannotAllBeCopiedKeepsItsTree) {
+    const std::string tree = AddTree("tree");
+    server_.AddFile("CON", tree, "x");
+    EXPECT_EQ(0, MoveEntry(Directory(), tree, DN("cn=moved"), &error_));
+    ExpectTree(tree);
+    EXPECT_FALSE(Holds(DN("cn=moved")));
+}
+
+TEST_F(TransferTest, AFolderCannotGoIntoItself) {
+    const std::string tree = AddTree("tree");
+    server_.Mark();
+    EXPECT_EQ(0, MoveEntry(Directory(), tree, "cn=x,cn=sub," + tree, &error_));
+    ExpectFailure(LDAP_PARAM_ERROR);
+    EXPECT_EQ(0, CopyEntry(Directory(), tree, Directory(), "cn=x," + tree,
+                           ExistingEntries::kReplace, &error_));
+    EXPECT_EQ("", server_.Log());
+    ExpectTree(tree);
+}
+
+TEST_F(TransferTest, EntriesAreFoundAndRemovedWithWhatIsBelow) {
+    const std::string tree = AddTree("tree");
+    EXPECT_EQ(1, EntryExists(Directory(), tree, nullptr));
+    EXPECT_EQ(1, RemoveEntry(Directory(), tree, nullptr));
+    EXPECT_EQ(0, EntryExists(Directory(), tree, &error_));
+    EXPECT_EQ(0, RemoveEntry(Directory(), tree, nullptr));
+}
+
+TEST_F(TransferTest, AReaderStoresNothing) {
+    work_->paths->At(0)->username = test::kReader;
+    work_->paths->At(0)->password = test::kReaderPassword;
+    const std::string file = Make("a.kra", "1");
+    EXPECT_EQ(0, Upload(Directory(), file, DN("cn=a.kra"), ExistingEntries::kReplace, &error_));
+    EXPECT_NE("junk", error_);
+    EXPECT_FALSE(Holds(DN("cn=a.kra")));
+}
+
+// The same through depots and their display paths.
+class DepotTransferTest : public TransferTest {
+protected:
+    int OnList(std::initializer_list<CDepotItem> sources, const CDepotItem* target,
+               UINT operation) {
+        CDepotItems items;
+        for (const CDepotItem& source : sources) items.Append(source.Clone());
+        return ListOperation(items, target, operation, kQuietFlags, nullptr, &error_);
+    }
+    // The temporary folders that exist now.
+    static int TemporaryFolders() {
+        char folder[MAX_PATH] = {};
+        GetTempPathA(sizeof(folder), folder);
+        WIN32_FIND_DATAA found = {};
+        int count = 0;
+        const HANDLE search = FindFirstFileA((std::string(folder) + "Dir*").c_str(), &found);
+        if (search == INVALID_HANDLE_VALUE) return 0;
+        do {
+            ++count;
+        } while (FindNextFileA(search, &found));
+        FindClose(search);
+        return count;
+    }
+};
+
+TEST_F(DepotTransferTest, AFileTravelsThroughEveryPairOfStores) {
+    Make("h\\a.kra", "1");
+    EXPECT_EQ(1, CopyFile(home_, "<Home>\\a.kra", "<Work>\\a.kra", work_, true, &error_));
+    EXPECT_EQ(1, CopyFile(*work_, "<Work>\\a.kra", "<Work>\\b.kra", work_, true, &error_));
+    EXPECT_EQ(1, CopyFile(*work_, "<Work>\\b.kra", "<Home>\\c.kra", &home_, true, &error_));
+    EXPECT_EQ(1, CopyFile(*work_, "<Work>\\b.kra", At("plain.kra"), nullptr, true, &error_));
+    EXPECT_EQ(1, CopyFile(*work_, "<Work>\\b.kra", "<Work>\\sub\\", work_, true, &error_));
+    EXPECT_EQ("1", FileBytes(At("h\\c.kra")));
+    EXPECT_EQ("1", FileBytes(At("plain.kra")));
+    EXPECT_EQ("1", Contents(DN("cn=b.kra,cn=sub")));
+    EXPECT_EQ(1, FileExists(*work_, "<Work>\\b.kra"));
+    EXPECT_EQ(1, MoveFile(*work_, "<Work>\\b.kra", "<Work>\\d.kra", nullptr, nullptr, nullptr));
+    EXPECT_EQ(0, FileExists(*work_, "<Work>\\b.kra"));
+    EXPECT_NE(0, DeleteFile(*work_, "<Work>\\d.kra"));
+    EXPECT_EQ(0, DeleteFile(*work_, "<Work>\\d.kra"));
+}
+
+TEST_F(DepotTransferTest, TheLastErrorCodeIsThatOfTheDirectory) {
+    EXPECT_EQ(0, CopyFile(*work_, "<Work>\\no.kra", At("x"), nullptr, true, &error_));
+    EXPECT_EQ(Directory().Client().LdapMapErrorToWin32(LDAP_INVALID_DN_SYNTAX),
+              LastErrorCode(*work_));
+}
+
+TEST_F(DepotTransferTest, AMixedListIsCopiedToAFolderAndLeavesNoTemporaryFolder) {
+    Make("h\\a.kra", "1");
+    Make("h\\b.kra", "2");
+    server_.AddFile("c.kra", base_, "3");
+    const std::string out = world_.folder.MakeFolder("h\\out");
+    const CDepotItem target("<Home>\\out", &home_);
+    const int before = TemporaryFolders();
+    EXPECT_EQ(
+        1, OnList({{"<Home>\\a.kra", &home_}, {"<Home>\\b.kra", &home_}, {"<Work>\\c.kra", work_}},
+                  &target, FO_COPY));
+    EXPECT_EQ("1", FileBytes(out + "\\a.kra"));
+    EXPECT_EQ("2", FileBytes(out + "\\b.kra"));
+    EXPECT_EQ("3", FileBytes(out + "\\c.kra"));
+    EXPECT_EQ(before, TemporaryFolders());
+    EXPECT_EQ("3", Contents(DN("cn=c.kra")));
+}
+
+TEST_F(DepotTransferTest, TemporaryFoldersGoAlsoWhenTheShellFails) {
+    server_.AddFile("c.kra", base_, "3");
+    const int before = TemporaryFolders();
+    const CDepotItem nowhere;
+    EXPECT_EQ(0, OnList({{"<Work>\\c.kra", work_}}, &nowhere, FO_MOVE));
+    EXPECT_EQ(before, TemporaryFolders());
+    EXPECT_EQ("3", Contents(DN("cn=c.kra")));
+}
+
+TEST_F(DepotTransferTest, AnEntryIsMovedToAFolderAndDeleted) {
+    server_.AddFile("c.kra", base_, "3");
+    server_.AddFile("d.kra", base_, "4");
+    const CDepotItem target("<Home>\\out.kra", &home_);
+    EXPECT_EQ(1, OnList({{"<Work>\\c.kra", work_}}, &target, FO_MOVE));
+    EXPECT_EQ("3", FileBytes(At("h\\out.kra")));
+    EXPECT_FALSE(Holds(DN("cn=c.kra")));
+    EXPECT_EQ(1, OnList({{"<Work>\\d.kra", work_}}, nullptr, FO_DELETE));
+    EXPECT_FALSE(Holds(DN("cn=d.kra")));
+}
+
+TEST_F(DepotTransferTest, AListIntoADirectoryFolderStopsAtTheFirstFailure) {
+    Make("h\\a.kra", "1");
+    Make("h\\c.kra", "3");
+    const CDepotItem target("<Work>\\sub\\", work_);
+    EXPECT_EQ(
+        0, OnList({{"<Home>\\a.kra", &home_}, {"<Home>\\b.kra", &home_}, {"<Home>\\c.kra", &home_}},
+                  &target, FO_MOVE));
+    EXPECT_EQ("1", Contents(DN("cn=a.kra,cn=sub")));
+    EXPECT_FALSE(Exists(At("h\\a.kra")));
+    EXPECT_FALSE(Holds(DN("cn=c.kra,cn=sub")));
+    EXPECT_TRUE(Exists(At("h\\c.kra")));
+}
+
+TEST_F(DepotTransferTest, AnItemThatExistsInTheDirectoryIsNotReplaced) {
+    Make("h\\a.kra", "new");
+    server_.AddFile("a.kra", base_, "old");
+    const CDepotItem target("<Work>\\a.kra", work_);
+    EXPECT_EQ(0, OnList({{"<Home>\\a.kra", &home_}}, &target, FO_MOVE));
+    EXPECT_EQ("old", Contents(DN("cn=a.kra")));
+    EXPECT_TRUE(Exists(At("h\\a.kra")));
+}
+
+}  // namespace
+}  // namespace depot

@@ -1,0 +1,157 @@
+#include "fileops/item_operations.h"
+
+#include <gtest/gtest.h>
+
+#include "manager/depot_world.h"
+#include "support/box_log.h"
+
+namespace depot {
+namespace {
+
+using test::Exists;
+using test::FileBytes;
+
+constexpr char kJunk[] = "junk";
+
+class ItemOperationsTest : public testing::Test {
+protected:
+    std::string At(const std::string& name) const { return world_.folder.At(name); }
+    std::string Make(const std::string& name, const std::string& bytes) {
+        return world_.folder.MakeFile(name, bytes);
+    }
+    int OnItem(const char* source, const CDepotItem* target, UINT operation) {
+        return ItemOperation(CDepotItem(source, &work_), target, operation, nullptr, &error_);
+    }
+    int OnList(std::initializer_list<const char*> sources, const CDepotItem* target,
+               UINT operation) {
+        CDepotItems items;
+        for (const char* source : sources) {
+            items.Append(std::make_unique<CDepotItem>(source, &work_));
+        }
+        return ListOperation(items, target, operation, kQuietFlags, nullptr, &error_);
+    }
+
+    test::DepotWorld world_;
+    CDepot& work_ = world_.Add("Work", "Work", "w");
+    CDepot& home_ = world_.Add("Home", "Home", "h");
+    const CDepotItem target_{"<Home>\\b.kra", &home_};
+    std::string error_ = kJunk;
+    const test::BoxLog boxes_;
+};
+
+TEST_F(ItemOperationsTest, CopyingAnItemKeepsTheSource) {
+    Make("w\\a.kra", "1");
+    EXPECT_EQ(1, OnItem("<Work>\\a.kra", &target_, FO_COPY));
+    EXPECT_EQ("1", FileBytes(At("h\\b.kra")));
+    EXPECT_TRUE(Exists(At("w\\a.kra")));
+}
+
+TEST_F(ItemOperationsTest, AnExistingTargetIsAFailureThatLeavesTheErrorTextAlone) {
+    Make("w\\a.kra", "1");
+    Make("h\\b.kra", "old");
+    for (const UINT operation : {FO_COPY, FO_MOVE}) {
+        EXPECT_EQ(0, OnItem("<Work>\\a.kra", &target_, operation));
+        EXPECT_EQ("old", FileBytes(At("h\\b.kra")));
+        EXPECT_TRUE(Exists(At("w\\a.kra")));
+        EXPECT_EQ(kJunk, error_);
+    }
+}
+
+TEST_F(ItemOperationsTest, MovingAnItemRemovesTheSource) {
+    Make("w\\a.kra", "1");
+    EXPECT_EQ(1, OnItem("<Work>\\a.kra", &target_, FO_MOVE));
+    EXPECT_EQ("1", FileBytes(At("h\\b.kra")));
+    EXPECT_FALSE(Exists(At("w\\a.kra")));
+}
+
+TEST_F(ItemOperationsTest, AMoveWhoseDeleteFailsStillSucceeds) {
+    const std::string source = Make("w\\a.kra", "1");
+    const HANDLE reader = CreateFileA(source.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr,
+                                      OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    ASSERT_NE(INVALID_HANDLE_VALUE, reader);
+    EXPECT_EQ(1, OnItem("<Work>\\a.kra", &target_, FO_MOVE));
+    CloseHandle(reader);
+    EXPECT_TRUE(Exists(source));
+    EXPECT_EQ("1", FileBytes(At("h\\b.kra")));
+}
+
+TEST_F(ItemOperationsTest, DeletingAnItemNeedsNoTarget) {
+    Make("w\\a.kra", "1");
+    EXPECT_EQ(1, OnItem("<Work>\\a.kra", nullptr, FO_DELETE));
+    EXPECT_FALSE(Exists(At("w\\a.kra")));
+    EXPECT_EQ(0, OnItem("<Work>\\a.kra", nullptr, FO_DELETE));
+}
+
+TEST_F(ItemOperationsTest, AnyOtherOperationIsRefused) {
+    Make("w\\a.kra", "1");
+    for (const UINT operation : {0u, static_cast<UINT>(FO_RENAME), 5u}) {
+        EXPECT_EQ(0, OnItem("<Work>\\a.kra", &target_, operation));
+    }
+    EXPECT_TRUE(Exists(At("w\\a.kra")));
+    EXPECT_FALSE(Exists(At("h\\b.kra")));
+}
+
+TEST_F(ItemOperationsTest, WithoutADepotOrATargetNothingIsDone) {
+    const std::string source = Make("w\\a.kra", "1");
+    const CDepotItem homeless(source, nullptr);
+    const CDepotItem nowhere("", &home_);
+    EXPECT_EQ(0, CopyItem(homeless, &target_, true, nullptr));
+    EXPECT_EQ(0, DeleteItem(homeless));
+    EXPECT_EQ(0, OnItem("<Work>\\a.kra", nullptr, FO_COPY));
+    EXPECT_EQ(0, OnItem("<Work>\\a.kra", &nowhere, FO_COPY));
+    EXPECT_EQ(0, OnItem("<Work>\\a.kra", nullptr, FO_MOVE));
+    EXPECT_TRUE(Exists(source));
+}
+
+TEST_F(ItemOperationsTest, ACopyIntoAFolderKeepsItsName) {
+    Make("w\\a.kra", "1");
+    const CDepotItem folder("<Home>\\", &home_);
+    EXPECT_EQ(1, OnItem("<Work>\\a.kra", &folder, FO_COPY));
+    EXPECT_EQ("1", FileBytes(At("h\\a.kra")));
+}
+
+TEST_F(ItemOperationsTest, AListIsCopiedIntoAFolder) {
+    Make("w\\a.kra", "1");
+    Make("w\\b.kra", "2");
+    const CDepotItem folder("<Home>\\", &home_);
+    EXPECT_EQ(1, OnList({"<Work>\\a.kra", "<Work>\\b.kra"}, &folder, FO_COPY));
+    EXPECT_EQ("1", FileBytes(At("h\\a.kra")));
+    EXPECT_EQ("2", FileBytes(At("h\\b.kra")));
+    EXPECT_EQ(kJunk, error_);
+}
+
+TEST_F(ItemOperationsTest, AListIsDeleted) {
+    Make("w\\a.kra", "1");
+    world_.folder.MakeFolder("w\\sub");
+    EXPECT_EQ(1, OnList({"<Work>\\a.kra", "<Work>\\sub"}, nullptr, FO_DELETE));
+    EXPECT_FALSE(Exists(At("w\\a.kra")));
+    EXPECT_FALSE(Exists(At("w\\sub")));
+}
+
+TEST_F(ItemOperationsTest, AnItemWithoutADepotIsNamedByItsPath) {
+    const std::string source = Make("plain.kra", "1");
+    CDepotItems items;
+    items.Append(std::make_unique<CDepotItem>(source, nullptr));
+    EXPECT_EQ(1, ShellOperation(items, &target_, FO_COPY, kQuietFlags, nullptr, &error_));
+    EXPECT_EQ("1", FileBytes(At("h\\b.kra")));
+}
+
+TEST_F(ItemOperationsTest, AnEmptyListSucceeds) {
+    EXPECT_EQ(1, OnList({}, &target_, FO_COPY));
+    EXPECT_EQ(1, OnList({}, nullptr, FO_DELETE));
+}
+
+TEST_F(ItemOperationsTest, AListWithAnEmptyTargetFailsAndSaysWhy) {
+    Make("w\\only-here.kra", "1");
+    const CDepotItem nowhere;
+    EXPECT_EQ(0, OnList({"<Work>\\only-here.kra"}, &nowhere, FO_COPY));
+    EXPECT_FALSE(Exists("only-here.kra"));
+    EXPECT_NE(kJunk, error_);
+}
+
+TEST_F(ItemOperationsTest, AListWithAMissingSourceFails) {
+    EXPECT_EQ(0, OnList({"<Work>\\none.kra"}, nullptr, FO_DELETE));
+}
+
+}  // namespace
+}  // namespace depot

@@ -1,0 +1,73 @@
+#include "fileops/shell_operation.h"
+
+#include <gtest/gtest.h>
+
+#include "support/box_log.h"
+#include "support/scratch.h"
+
+namespace depot {
+namespace {
+
+using test::Exists;
+using test::FileBytes;
+
+TEST(ShellPathListTest, EachPathEndsInANulAndTheListInAnother) {
+    using namespace std::string_literals;
+    EXPECT_EQ("a\0b\0\0"s, ShellPathList({"a", "b"}, 10));
+    EXPECT_EQ("\0"s, ShellPathList({}, 10));
+}
+
+TEST(ShellPathListTest, APathFitsWithItsNulAndNotWithOneByteMore) {
+    for (const std::size_t limit : {kShellListPathBytes, kShellSinglePathBytes}) {
+        SCOPED_TRACE(limit);
+        EXPECT_EQ(limit + 1, ShellPathList({std::string(limit - 1, 'x')}, limit).size());
+        EXPECT_EQ("", ShellPathList({std::string(limit, 'x')}, limit));
+        EXPECT_EQ("", ShellPathList({"a", std::string(limit, 'x')}, limit));
+    }
+}
+
+TEST(ShellPathListTest, AnEmptyPathSpoilsTheList) {
+    EXPECT_EQ("", ShellPathList({"a", "", "b"}, 10));
+}
+
+class RunShellOperationTest : public testing::Test {
+protected:
+    const test::ScratchFolder folder_;
+    const test::BoxLog boxes_;
+};
+
+TEST_F(RunShellOperationTest, CopiesSeveralFilesIntoAFolder) {
+    const std::string a = folder_.MakeFile("a", "1"), b = folder_.MakeFile("b", "2");
+    const std::string target = folder_.MakeFolder("to");
+    EXPECT_TRUE(RunShellOperation(FO_COPY, {a, b}, &target, kQuietFlags, nullptr));
+    EXPECT_EQ("1", FileBytes(folder_.At("to\\a")));
+    EXPECT_EQ("2", FileBytes(folder_.At("to\\b")));
+    EXPECT_TRUE(Exists(a));
+}
+
+TEST_F(RunShellOperationTest, DeletesFilesAndFolders) {
+    const std::string a = folder_.MakeFile("a", "1"), sub = folder_.MakeFolder("sub");
+    folder_.MakeFile("sub\\b", "2");
+    EXPECT_TRUE(RunShellOperation(FO_DELETE, {a, sub}, nullptr, FOF_NOCONFIRMATION, nullptr));
+    EXPECT_FALSE(Exists(a));
+    EXPECT_FALSE(Exists(sub));
+}
+
+TEST_F(RunShellOperationTest, AMissingSourceFails) {
+    const std::string target = folder_.At("b");
+    EXPECT_FALSE(RunShellOperation(FO_RENAME, {folder_.At("none")}, &target, kQuietFlags, nullptr));
+}
+
+TEST_F(RunShellOperationTest, AnEmptyTargetTouchesNothingInTheCurrentFolder) {
+    const std::string a = folder_.MakeFile("only-here.kra", "1"), empty;
+    SetLastError(ERROR_SUCCESS);
+    EXPECT_FALSE(RunShellOperation(FO_COPY, {a}, &empty, kQuietFlags, nullptr));
+    EXPECT_EQ(static_cast<DWORD>(ERROR_INVALID_PARAMETER), GetLastError());
+    EXPECT_FALSE(Exists("only-here.kra"));
+    EXPECT_FALSE(RunShellOperation(FO_DELETE, {}, nullptr, FOF_NOCONFIRMATION, nullptr));
+    EXPECT_FALSE(RunShellOperation(FO_DELETE, {a, ""}, nullptr, FOF_NOCONFIRMATION, nullptr));
+    EXPECT_TRUE(Exists(a));
+}
+
+}  // namespace
+}  // namespace depot
