@@ -8,6 +8,7 @@ int main() {
         depot::bench::MeasureSessions(api.get());
         depot::bench::MeasureValues(api.get());
         depot::bench::MeasureMacros();
+        depot::bench::MeasureDirectory();
     }
     CoUninitialize();
     return 0;

@@ -14,4 +14,7 @@ void MeasureValues(IDepotIntrApi* api);
 // Expanding path macros, without the component around them.
 void MeasureMacros();
 
+// Working with entries in a real directory server.
+void MeasureDirectory();
+
 }  // namespace depot::bench

@@ -8,8 +8,7 @@
 namespace depot::bench {
 namespace {
 
-constexpr int kWarmUps = 3;
-constexpr int kRepetitions = 15;
+constexpr int kWarmUps = 2;
 
 double MicrosecondsOf(const std::function<void()>& operation) {
     const auto start = std::chrono::steady_clock::now();
@@ -37,11 +36,14 @@ void PrintHeader(const std::string& title) {
 }
 
 void Compare(const std::string& name, double goal, const std::function<void()>& measured,
-             const std::function<void()>& raw) {
+             const std::function<void()>& raw, int repetitions) {
     std::vector<double> rawTimes, ownTimes;
-    for (int repetition = -kWarmUps; repetition < kRepetitions; ++repetition) {
-        const double rawTime = MicrosecondsOf(raw);
-        const double ownTime = MicrosecondsOf(measured);
+    for (int repetition = -kWarmUps; repetition < repetitions; ++repetition) {
+        // Neither side always finds what the other has just warmed up or left behind.
+        const bool rawFirst = repetition % 2 == 0;
+        const double first = MicrosecondsOf(rawFirst ? raw : measured);
+        const double second = MicrosecondsOf(rawFirst ? measured : raw);
+        const double rawTime = rawFirst ? first : second, ownTime = rawFirst ? second : first;
         if (repetition < 0) continue;
         rawTimes.push_back(rawTime);
         ownTimes.push_back(ownTime);

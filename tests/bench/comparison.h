@@ -7,11 +7,15 @@
 
 namespace depot::bench {
 
-// Runs `measured` and `raw` in turns, a few times to warm up and then at least 9 times each, and
+// How often each side of a comparison runs, and how often where one run takes seconds.
+inline constexpr int kUsualRepetitions = 15;
+inline constexpr int kFewRepetitions = 7;
+
+// Runs `measured` and `raw` in turns, first to warm up and then `repetitions` times each, and
 // prints one row: the minimum and the median of both and the ratios. The goal is the highest ratio
 // that counts as good.
 void Compare(const std::string& name, double goal, const std::function<void()>& measured,
-             const std::function<void()>& raw);
+             const std::function<void()>& raw, int repetitions = kUsualRepetitions);
 
 void PrintHeader(const std::string& title);
 
