@@ -78,7 +78,11 @@ int CLDAPItems::ReadFileContents(const std::string& dn, FileBuffer& buffer,
     UniqueLdapMessage result;
     const std::uint32_t code = Search(dn, LDAP_SCOPE_BASE, {wanted}, result);
     if (code != LDAP_SUCCESS) return Fail(code, nullptr);
-    LDAPMessage* const entry = EntryNamed(result.get(), dn);
+    // The search finds one entry at most. A server may spell its name in another way than the
+    // caller, with other blanks or escapes: taking it for missing would lose what it holds.
+    LDAPMessage* const named = EntryNamed(result.get(), dn);
+    LDAPMessage* const entry =
+        named ? named : client_.ldap_first_entry(handle_.get(), result.get());
     if (entry == nullptr) return 1;
     AttributeWalk walk(client_, handle_.get(), entry);
     for (; walk.Name(); walk.Next()) {

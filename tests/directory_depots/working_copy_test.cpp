@@ -9,6 +9,8 @@ using test::OperationCounts;
 using testing::IsEmpty;
 using testing::SizeIs;
 
+constexpr char kBytes[] = "[S]\r\nK=v\r\n";
+
 class WorkingCopyTest : public test::DepotFixture {};
 
 TEST_F(WorkingCopyTest, FetchedCopyHoldsTheEntrysBytesExactly) {
@@ -22,6 +24,32 @@ TEST_F(WorkingCopyTest, FetchedCopyHoldsTheEntrysBytesExactly) {
         const auto file = Load(name);
         EXPECT_TRUE(bytes == FileBytes(file->localPath)) << bytes.size();
     }
+}
+
+TEST_F(WorkingCopyTest, NamesThatTheServerSpellsInItsOwnWayAreFetched) {
+    const test::ScratchFolder folder;
+    for (const char* name : {"b\xFCro.kra", "a b.kra", "a=b.kra"}) {
+        SCOPED_TRACE(name);
+        ASSERT_EQ(1,
+                  UploadNewFile(Directory(), folder.MakeFile(name, kBytes), base_, true, nullptr));
+        const auto file = Load(name);
+        EXPECT_EQ(kBytes, FileBytes(file->localPath));
+        file->WriteString("S", "K", "new");
+        EXPECT_EQ(1, file->Release());
+        EXPECT_EQ("new", Load(name)->ReadString("S", "K", "", 100));
+    }
+    EXPECT_THAT(test::RecoveredFiles(), IsEmpty());
+}
+
+TEST_F(WorkingCopyTest, BaseThatIsWrittenWithBlanksHoldsTheSameFiles) {
+    server_.AddFile("a.kra", base_, kBytes);
+    std::string spaced = base_;
+    for (std::size_t at = spaced.find(','); at != std::string::npos;
+         at = spaced.find(',', at + 1)) {
+        spaced.insert(at + 1, 1, ' ');
+    }
+    Define(server_.Port(), spaced);
+    EXPECT_EQ(kBytes, FileBytes(Load()->localPath));
 }
 
 TEST_F(WorkingCopyTest, TwentyMegabytesGoBothWays) {
