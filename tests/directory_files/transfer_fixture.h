@@ -1,0 +1,46 @@
+// What the tests of transfers share.
+#pragma once
+
+#include <string>
+
+#include "directory_files/directory_world.h"
+
+namespace depot::test {
+
+// Makes local trees and trees of entries, and compares them.
+class TransferTest : public DirectoryWorldTest {
+protected:
+    std::string At(const std::string& name) const { return world_.folder.At(name); }
+    std::string Make(const std::string& name, const std::string& bytes) {
+        return world_.folder.MakeFile(name, bytes);
+    }
+    // A local tree of two files and one subfolder.
+    std::string MakeTree() {
+        world_.folder.MakeFolder("tree\\sub");
+        Make("tree\\a.kra", "1");
+        Make("tree\\sub\\b.kra", "2");
+        return At("tree");
+    }
+    // The same as entries.
+    std::string AddTree(const std::string& name) {
+        server_.AddFolder(name, base_);
+        const std::string tree = DN("cn=" + name);
+        server_.AddFile("a.kra", tree, "1");
+        server_.AddFolder("sub", tree);
+        server_.AddFile("b.kra", "cn=sub," + tree, "2");
+        return tree;
+    }
+    void ExpectTree(const std::string& dn) {
+        EXPECT_EQ("1", Contents("cn=a.kra," + dn));
+        EXPECT_EQ("2", Contents("cn=b.kra,cn=sub," + dn));
+    }
+    void ExpectFailure(std::uint32_t code) {
+        EXPECT_EQ(code, Directory().LastError());
+        EXPECT_EQ(MessageFor(code), error_);
+    }
+    OperationCounts Counts() { return server_.Counts(); }
+
+    std::string error_ = "junk";
+};
+
+}  // namespace depot::test

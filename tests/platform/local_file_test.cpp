@@ -1,0 +1,77 @@
+#include "platform/local_file.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "platform/full_path.h"
+#include "platform/temp_file.h"
+#include "support/scratch.h"
+
+namespace depot {
+namespace {
+
+using test::Exists;
+using test::FileBytes;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+class LocalFileTest : public testing::Test {
+protected:
+    const test::ScratchFolder folder_;
+};
+
+TEST_F(LocalFileTest, ReadsAllBytes) {
+    const std::string file = folder_.MakeFile("a", std::string("\0\x1a\xff\n", 4));
+    EXPECT_THAT(ReadLocalFile(file).value(), ElementsAre(0, 0x1A, 0xFF, '\n'));
+    EXPECT_THAT(ReadLocalFile(folder_.MakeFile("b", "")).value(), IsEmpty());
+}
+
+TEST_F(LocalFileTest, WhatCannotBeReadIsNothing) {
+    EXPECT_EQ(std::nullopt, ReadLocalFile(folder_.At("none")));
+    EXPECT_EQ(std::nullopt, ReadLocalFile(folder_.Path()));
+    EXPECT_EQ(std::nullopt, ReadLocalFile(""));
+}
+
+TEST_F(LocalFileTest, WritingCreatesOrTruncates) {
+    const std::string file = folder_.MakeFile("a", "much longer");
+    EXPECT_TRUE(WriteLocalFile(file, "\0x", 2));
+    EXPECT_EQ(std::string("\0x", 2), FileBytes(file));
+    EXPECT_TRUE(WriteLocalFile(folder_.At("b"), nullptr, 0));
+    EXPECT_EQ("", FileBytes(folder_.At("b")));
+    EXPECT_FALSE(WriteLocalFile(folder_.At("none\\a"), "x", 1));
+    EXPECT_FALSE(WriteLocalFile("", "x", 1));
+}
+
+TEST_F(LocalFileTest, AFolderIsMadeWithThoseAboveIt) {
+    for (const char* name : {"a\\b\\c", "d\\e\\"}) {
+        SCOPED_TRACE(name);
+        EXPECT_TRUE(EnsureLocalFolder(folder_.At(name)));
+        EXPECT_TRUE(EnsureLocalFolder(folder_.At(name)));
+        EXPECT_TRUE(Exists(folder_.At(name)));
+    }
+    folder_.MakeFile("file", "");
+    EXPECT_FALSE(EnsureLocalFolder(folder_.At("file\\below")));
+}
+
+TEST(MakeTempFolderTest, EachFolderIsNewEmptyAndNamedDir) {
+    const std::string first = MakeTempFolder(), second = MakeTempFolder();
+    EXPECT_NE(first, second);
+    for (const std::string& folder : {first, second}) {
+        SCOPED_TRACE(folder);
+        EXPECT_NE(std::string::npos, folder.find("\\Dir"));
+        EXPECT_FALSE(folder.ends_with('\\'));
+        // Only an empty folder can be removed this way.
+        EXPECT_TRUE(RemoveDirectoryA(folder.c_str()));
+    }
+}
+
+TEST(FullPathTest, IsAbsoluteWithoutDotNames) {
+    EXPECT_EQ("C:\\a\\c.kra", FullPath("C:\\a\\.\\b\\..\\c.kra"));
+    EXPECT_EQ("", FullPath(""));
+    char current[MAX_PATH] = {};
+    GetCurrentDirectoryA(sizeof(current), current);
+    EXPECT_TRUE(FullPath("c.kra").starts_with(current));
+}
+
+}  // namespace
+}  // namespace depot
