@@ -1,5 +1,8 @@
 #include "model/local_mirror.h"
 
+#include <utility>
+#include <vector>
+
 #include "platform/local_file.h"
 #include "platform/paths.h"
 #include "platform/temp_file.h"
@@ -24,10 +27,45 @@ int StoreLocalFile(CLDAPItems& directory, const std::string& dn, const std::stri
     return directory.ReplaceFileContents(dn, bytes.data(), length) == LDAP_SUCCESS ? 1 : 0;
 }
 
-// Splits a child's DN; false for an entry that is neither kind or whose name must not become a
-// local one.
-bool LocalNameOf(CLDAPItems& directory, const CLDAPItem& child, std::string& name, bool& isFolder) {
-    return directory.SplitEntryName(child.path, name, isFolder) != 0 && IsSafeLocalName(name);
+struct LocalChild {
+    std::string dn;
+    std::string name;
+    bool isFolder = false;
+};
+
+// Leaves out entries that are neither kind, and counts those whose name must not become a local
+// one.
+std::vector<LocalChild> LocalChildren(CLDAPItems& directory, const LdapItemList& children,
+                                      std::uint32_t& unsafeNames) {
+    std::vector<LocalChild> found;
+    for (const CLDAPItem* child : children) {
+        LocalChild local = {child->path, {}, false};
+        if (directory.SplitEntryName(child->path, local.name, local.isFolder) == 0) continue;
+        if (IsSafeLocalName(local.name)) {
+            found.push_back(std::move(local));
+        } else {
+            ++unsafeNames;
+        }
+    }
+    return found;
+}
+
+// Returns whether the entry itself could be listed.
+int FetchTree(CLDAPItems& directory, const std::string& dn, const std::string& localFolder,
+              std::uint32_t& unsafeNames) {
+    LdapItemList children;
+    const int listed = directory.ListChildren(dn, children);
+    EnsureLocalFolder(localFolder);
+    const std::vector<LocalChild> found = LocalChildren(directory, children, unsafeNames);
+    for (const LocalChild& child : found) {
+        if (!child.isFolder) FetchFile(directory, child.dn, JoinPath(localFolder, child.name));
+    }
+    for (const LocalChild& child : found) {
+        if (!child.isFolder) continue;
+        EnsureLocalFolder(JoinPath(localFolder, child.name));
+        FetchTree(directory, child.dn, localFolder, unsafeNames);
+    }
+    return listed;
 }
 
 int FailWithParameterError(CLDAPItems& directory, std::string* errorText) {
@@ -97,22 +135,11 @@ int UploadNewFile(CLDAPItems& directory, const std::string& localPath, const std
 }
 
 int DownloadTree(CLDAPItems& directory, const std::string& dn, const std::string& localFolder,
-                 bool connect) {
-    if (connect && !directory.IsConnected() && !OpenDirectory(directory, nullptr)) return 0;
-    LdapItemList children;
-    const int listed = directory.ListChildren(dn, children);
-    EnsureLocalFolder(localFolder);
-    std::string name;
-    bool isFolder = false;
-    for (const CLDAPItem* child : children) {
-        if (!LocalNameOf(directory, *child, name, isFolder) || isFolder) continue;
-        FetchFile(directory, child->path, JoinPath(localFolder, name));
-    }
-    for (const CLDAPItem* child : children) {
-        if (!LocalNameOf(directory, *child, name, isFolder) || !isFolder) continue;
-        EnsureLocalFolder(JoinPath(localFolder, name));
-        DownloadTree(directory, child->path, localFolder, false);
-    }
+                 bool connect, std::string* errorText) {
+    if (connect && !directory.IsConnected() && !OpenDirectory(directory, errorText)) return 0;
+    std::uint32_t unsafeNames = 0;
+    const int listed = FetchTree(directory, dn, localFolder, unsafeNames);
+    if (unsafeNames > 0 && errorText != nullptr) *errorText = UnsafeNamesText(unsafeNames);
     if (connect) directory.Close();
     return listed;
 }
