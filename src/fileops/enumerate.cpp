@@ -6,7 +6,7 @@
 #include "fileops/file_filter.h"
 #include "manager/display_path.h"
 #include "model/local_mirror.h"
-#include "platform/find_handle.h"
+#include "platform/file_search.h"
 #include "platform/paths.h"
 #include "platform/text.h"
 
@@ -43,7 +43,7 @@ public:
     int List() {
         int added = 0;
         WIN32_FIND_DATAA found = {};
-        const UniqueFind search = FindFirst(JoinPath(folder_, "*.*"), found);
+        const UniqueFind search = StartSearch(JoinPath(folder_, "*.*"), found);
         for (bool more = search != nullptr; more; more = FindNextFileA(search.get(), &found)) {
             if (!IsSelfOrParent(found.cFileName) && Add(found)) ++added;
         }

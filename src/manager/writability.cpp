@@ -46,13 +46,13 @@ int TestFile(const std::string& path, const std::string& shownName, std::string*
         attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
     const std::string probe = isFolder ? JoinPath(path, kProbeFileName) : path;
     const bool absent = IsAbsent(probe);
-    const HANDLE opened = CreateFileA(probe.c_str(), GENERIC_WRITE, 0, nullptr, OPEN_ALWAYS,
-                                      FILE_ATTRIBUTE_NORMAL, nullptr);
-    if (opened == INVALID_HANDLE_VALUE) {
+    UniqueHandle opened = OwnFile(CreateFileA(probe.c_str(), GENERIC_WRITE, 0, nullptr, OPEN_ALWAYS,
+                                              FILE_ATTRIBUTE_NORMAL, nullptr));
+    if (!opened) {
         Describe(GetLastError(), shownName, errorText);
         return 0;
     }
-    UniqueHandle(opened).reset();
+    opened.reset();
     if (absent) DeleteFileA(probe.c_str());
     return 1;
 }

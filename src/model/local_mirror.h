@@ -57,11 +57,12 @@ int ReleaseLocal(CLDAPItems& directory, const std::string& dn, const std::string
 int UploadNewFile(CLDAPItems& directory, const std::string& localPath, const std::string& parentDN,
                   bool connect, std::string* errorText);
 
-// Writes the files of a subtree into one local folder.
+// Writes the files of a subtree into one local folder. Entries whose names must not become local
+// names are left out; `errorText`, where one is given, then says how many.
 //
 // Kept: every file lands in the folder itself, and the subfolders are created but stay empty.
 // Relied on by: existing clients, which look for all files in one place.
 int DownloadTree(CLDAPItems& directory, const std::string& dn, const std::string& localFolder,
-                 bool connect);
+                 bool connect, std::string* errorText = nullptr);
 
 }  // namespace depot

@@ -99,6 +99,47 @@ TEST_F(FaultsTest, AListingOverTheServersSizeLimitFailsWithItsCode) {
     EXPECT_THAT(boxes_.Boxes(), IsEmpty());
 }
 
+TEST_F(FaultsTest, ASearchOverTheServersTimeLimitFailsWithItsCode) {
+    // The server answers searches of this entry as it does once the time is over.
+    DirectoryServer server(
+        "global moduleload retcode\ndatabase overlay retcode\n"
+        "database retcode-parent \"ou=Slow,dc=farrow,dc=test\"\n"
+        "database retcode-item \"cn=large\" 0x03 op=search\n");
+    const std::string dn = std::string("cn=large,ou=Slow,") + test::kSuffix;
+    CLDAPItems& items = Connect(server.Location());
+    LdapItemList children;
+    children.Add("junk", true);
+    EXPECT_EQ(0, items.ListChildren(dn, children));
+    EXPECT_EQ(0u, children.Count());
+    EXPECT_EQ(3u, items.LastError());
+    EXPECT_EQ(MessageFor(3), items.ErrorText());
+    FileBuffer buffer;
+    items.SetLastError(0);
+    EXPECT_EQ(0, items.ReadFileContents(dn, buffer));
+    EXPECT_EQ(3u, items.LastError());
+    EXPECT_EQ(3u, items.FindEntry(dn));
+    // The connection itself goes on.
+    EXPECT_EQ(0u, items.FindEntry(test::kSuffix));
+    EXPECT_THAT(boxes_.Boxes(), IsEmpty());
+}
+
+TEST_F(FaultsTest, EntriesWithoutTheNamingAttributeAreLeftOut) {
+    DirectoryServer server;
+    server.Apply("dn: uid=nameless," + std::string(test::kSuffix) +
+                 "\nobjectClass: account\nuid: nameless\n");
+    server.Apply("dn: " + Dn("named") +
+                 "\nobjectClass: account\nobjectClass: extensibleObject\n"
+                 "uid: u\ncn: named\n");
+    CDepotPath location = server.Location();
+    location.fileObjectClass = "account";
+    CLDAPItems& items = Connect(location);
+    LdapItemList children;
+    EXPECT_EQ(1, items.ListChildren(test::kSuffix, children));
+    ASSERT_EQ(1u, children.Count());
+    EXPECT_EQ("CN=named," + std::string(test::kSuffix), children.At(0).path);
+    EXPECT_THAT(boxes_.Boxes(), IsEmpty());
+}
+
 TEST_F(FaultsTest, AReferralEndsInTheServersCode) {
     DirectoryServer server;
     server.Apply("dn: " + Dn("elsewhere") +
