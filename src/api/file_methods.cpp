@@ -16,10 +16,9 @@ namespace {
 
 // Opens the destination of a copy; null when it cannot be opened or must not exist and does.
 UniqueHandle OpenDestination(const std::string& path, bool failIfExists) {
-    const HANDLE opened =
-        CreateFileA(path.c_str(), GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ, nullptr,
-                    failIfExists ? CREATE_NEW : CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
-    return UniqueHandle(opened == INVALID_HANDLE_VALUE ? nullptr : opened);
+    return OwnFile(CreateFileA(path.c_str(), GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ, nullptr,
+                               failIfExists ? CREATE_NEW : CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL,
+                               nullptr));
 }
 
 // The local file that a copy of `source` reads; empty when it is not known without fetching it.
