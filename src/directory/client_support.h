@@ -17,6 +17,7 @@ public:
     AttributeWalk(const DirectoryClient& client, LDAP* connection, LDAPMessage* entry)
         : client_(client), connection_(connection), entry_(entry), position_(nullptr, {&client}) {
         BerElement* position = nullptr;
+        // cppcheck-suppress useInitializationList ; the call fills `position` as well
         name_ =
             UniqueLdapText(client.ldap_first_attribute(connection, entry, &position), {&client});
         position_.reset(position);

@@ -54,9 +54,9 @@ private:
     bool Add(const WIN32_FIND_DATAA& found) {
         const bool folder = IsFolder(found);
         if (!folder && (foldersOnly_ || !PassesFilter(found.cFileName, filter_))) return false;
-        std::string path = displayFolder_ + found.cFileName;
-        auto item = folder ? FolderItem(std::move(path), depot_)
-                           : FileItem(std::move(path), JoinPath(folder_, found.cFileName));
+        const std::string path = displayFolder_ + found.cFileName;
+        auto item =
+            folder ? FolderItem(path, depot_) : FileItem(path, JoinPath(folder_, found.cFileName));
         item->findData = std::make_unique<WIN32_FIND_DATAA>(found);
         return list_.Append(std::move(item)) != nullptr;
     }
