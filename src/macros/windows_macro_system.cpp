@@ -3,9 +3,9 @@
 #include <shlobj.h>
 
 #include "platform/environment.h"
+#include "platform/known_folders.h"
 #include "platform/paths.h"
 #include "platform/registry_key.h"
-#include "platform/special_folders.h"
 #include "platform/system_version.h"
 
 namespace depot {

@@ -4,9 +4,9 @@
 
 #include "directory/dn.h"
 #include "platform/handles.h"
+#include "platform/known_folders.h"
 #include "platform/local_file.h"
 #include "platform/paths.h"
-#include "platform/special_folders.h"
 #include "platform/win32.h"
 // After the Windows headers.
 #include <shlobj.h>
