@@ -48,7 +48,7 @@ STDMETHODIMP CDepotIntrApi::DPBrowse(LONG_PTR lDPIntr, APP_TYPE appType, BROWSE_
                                      VARIANT_BOOL bEdit, VARIANT_BOOL bPerformFileOP,
                                      ULONG nHelpTopicID, LONG_PTR lpParentWnd,
                                      BSTR* bstrFilePath) noexcept {
-    if (bstrFilePath == nullptr) return S_FALSE;
+    if (bstrFilePath == nullptr) return RefuseMethod();
     *bstrFilePath = nullptr;
     return RunMethod([&] {
         const std::optional<SessionTexts> texts = TextsOfSession(lDPIntr);
@@ -76,7 +76,7 @@ STDMETHODIMP CDepotIntrApi::DPBrowseMultiSel(LONG_PTR lDPIntr, APP_TYPE appType,
                                              VARIANT_BOOL bPerformFileOP, ULONG nHelpTopicID,
                                              LONG_PTR lpParentWnd, BSTR* bstrFileList,
                                              SHORT nSize) noexcept {
-    if (bstrFileList == nullptr) return S_FALSE;
+    if (bstrFileList == nullptr) return RefuseMethod();
     *bstrFileList = nullptr;
     bool outOfMemory = false;
     const HRESULT result = RunMethod([&] {

@@ -40,7 +40,7 @@ STDMETHODIMP CDepotIntrApi::Invoke(DISPID id, REFIID, LCID, WORD flags, DISPPARA
 }
 
 STDMETHODIMP CDepotIntrApi::DPInitialize(LONG_PTR* plDPIntr) noexcept {
-    if (plDPIntr == nullptr) return S_FALSE;
+    if (plDPIntr == nullptr) return RefuseMethod();
     *plDPIntr = 0;
     return RunMethod([&] {
         SessionTable& sessions = SessionTable::Instance();

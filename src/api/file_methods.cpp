@@ -79,7 +79,7 @@ STDMETHODIMP CDepotIntrApi::DPCopyFileToLocalFS(LONG_PTR lDPIntr, BSTR* bstrSrcF
 
 STDMETHODIMP CDepotIntrApi::DPMakeCopyFromSrcFile(LONG_PTR lDPIntr, BSTR* bstrSrcFile,
                                                   BSTR* bstrDstFile) noexcept {
-    if (bstrDstFile == nullptr) return S_FALSE;
+    if (bstrDstFile == nullptr) return RefuseMethod();
     // Kept: without a session the output stays as it was, and a failed copy gives an empty text.
     // Relied on by: existing clients that tell the two apart.
     return RunOnSession(lDPIntr, WithoutHandle::kFail, [&](DepotSession& session) {

@@ -11,9 +11,9 @@ namespace depot {
 
 STDMETHODIMP CDepotIntrApi::DPFindInit(LONG_PTR* plDPIntr, BSTR* bstrFilePath, BSTR* bstrFileExt,
                                        APP_TYPE appType, LONG* nCount) noexcept {
-    if (plDPIntr == nullptr) return S_FALSE;
+    if (plDPIntr == nullptr) return RefuseMethod();
     *plDPIntr = 0;
-    if (nCount == nullptr) return S_FALSE;
+    if (nCount == nullptr) return RefuseMethod();
     return RunMethod([&] {
         const std::optional<FileType> wanted = FileTypeOf(appType);
         if (!wanted) return false;

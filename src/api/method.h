@@ -6,7 +6,9 @@
 
 #include "api/automation_text.h"
 #include "api/session_table.h"
+#include "platform/compiler.h"
 #include "platform/module_state.h"
+#include "platform/trace.h"
 
 namespace depot {
 
@@ -17,38 +19,53 @@ inline HRESULT ToResult(bool succeeded) {
 }
 
 // Runs the body of a method in the DLL's own module state and lets no exception out. The body
-// returns whether the method succeeded.
+// returns whether the method succeeded. The trace names the method that calls, here and below.
 template <class Body>
-HRESULT RunMethod(const Body& body) noexcept {
+HRESULT RunMethod(const Body& body, const char* method = DEPOT_CALLER_NAME) noexcept {
+    const TraceSpan span(method);
+    HRESULT result = S_FALSE;
     try {
         const ModuleStateScope scope;
-        return ToResult(body());
+        result = ToResult(body());
     } catch (...) {
-        return S_FALSE;
+        result = S_FALSE;
     }
+    span.EndWithResult(result);
+    return result;
+}
+
+// Refuses a call that lacks what it needs.
+inline HRESULT RefuseMethod(const char* method = DEPOT_CALLER_NAME) noexcept {
+    return RunMethod([] { return false; }, method);
 }
 
 // Runs the body on the session that the handle names, or on a temporary one for handle 0 where that
 // is allowed. Without a session the method fails.
 template <class Body>
-HRESULT RunOnSession(LONG_PTR handle, WithoutHandle withoutHandle, const Body& body) noexcept {
-    return RunMethod([&] {
-        const SessionForCall session(handle, withoutHandle);
-        return session && body(*session.operator->());
-    });
+HRESULT RunOnSession(LONG_PTR handle, WithoutHandle withoutHandle, const Body& body,
+                     const char* method = DEPOT_CALLER_NAME) noexcept {
+    return RunMethod(
+        [&] {
+            const SessionForCall session(handle, withoutHandle);
+            return session && body(*session.operator->());
+        },
+        method);
 }
 
 // Runs a body that makes a text. The output is null unless the body returns one.
 template <class Body>
-HRESULT RunForText(LONG_PTR handle, WithoutHandle withoutHandle, BSTR* output,
-                   const Body& body) noexcept {
-    if (output == nullptr) return S_FALSE;
+HRESULT RunForText(LONG_PTR handle, WithoutHandle withoutHandle, BSTR* output, const Body& body,
+                   const char* method = DEPOT_CALLER_NAME) noexcept {
+    if (output == nullptr) return RefuseMethod(method);
     *output = nullptr;
-    return RunOnSession(handle, withoutHandle, [&](DepotSession& session) {
-        const std::optional<std::string> text = body(session);
-        if (text) *output = NewBstr(*text).release();
-        return *output != nullptr;
-    });
+    return RunOnSession(
+        handle, withoutHandle,
+        [&](DepotSession& session) {
+            const std::optional<std::string> text = body(session);
+            if (text) *output = NewBstr(*text).release();
+            return *output != nullptr;
+        },
+        method);
 }
 
 }  // namespace depot

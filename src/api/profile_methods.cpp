@@ -7,16 +7,17 @@ namespace {
 
 // Runs the body on the session's current file; without one the method fails.
 template <class Body>
-HRESULT RunOnCurrentFile(LONG_PTR handle, const Body& body) noexcept {
-    return RunOnSession(handle, WithoutHandle::kFail, [&](DepotSession& session) {
-        return session.currentFile && body(session);
-    });
+HRESULT RunOnCurrentFile(LONG_PTR handle, const Body& body,
+                         const char* method = DEPOT_CALLER_NAME) noexcept {
+    return RunOnSession(
+        handle, WithoutHandle::kFail,
+        [&](DepotSession& session) { return session.currentFile && body(session); }, method);
 }
 
 }  // namespace
 
 STDMETHODIMP CDepotIntrApi::DPLoadFile(LONG_PTR* plDPIntr, BSTR* bstrFileToLoad) noexcept {
-    if (plDPIntr == nullptr) return S_FALSE;
+    if (plDPIntr == nullptr) return RefuseMethod();
     const LONG_PTR given = *plDPIntr;
     *plDPIntr = 0;
     return RunMethod([&] {
@@ -36,7 +37,7 @@ STDMETHODIMP CDepotIntrApi::DPLoadFile(LONG_PTR* plDPIntr, BSTR* bstrFileToLoad)
 STDMETHODIMP CDepotIntrApi::DPGetProfileString(LONG_PTR lDPIntr, BSTR* bstrSectName,
                                                BSTR* bstrKeyName, BSTR* bstrDefVal,
                                                BSTR* bstrKeyVal, ULONG nSize) noexcept {
-    if (bstrKeyVal == nullptr) return S_FALSE;
+    if (bstrKeyVal == nullptr) return RefuseMethod();
     *bstrKeyVal = nullptr;
     return RunOnCurrentFile(lDPIntr, [&](const DepotSession& session) {
         *bstrKeyVal = NewBstr(session.currentFile->ReadString(NarrowText(bstrSectName),
@@ -49,7 +50,7 @@ STDMETHODIMP CDepotIntrApi::DPGetProfileString(LONG_PTR lDPIntr, BSTR* bstrSectN
 
 STDMETHODIMP CDepotIntrApi::DPGetProfileInt(LONG_PTR lDPIntr, BSTR* bstrSectName, BSTR* bstrKeyName,
                                             ULONG nDefVal, ULONG* pnKeyVal) noexcept {
-    if (pnKeyVal == nullptr) return S_FALSE;
+    if (pnKeyVal == nullptr) return RefuseMethod();
     // Kept: without a session the output stays as it was.
     // Relied on by: callers that set it to their own default before the call.
     return RunOnCurrentFile(lDPIntr, [&](const DepotSession& session) {

@@ -6,6 +6,7 @@
 #include "platform/compiler.h"
 #include "platform/module_state.h"
 #include "platform/no_destructor.h"
+#include "platform/trace.h"
 
 namespace depot {
 namespace {
@@ -21,6 +22,7 @@ NoDestructor<CDepotIntrModule>& ModuleHolder() {
 }
 
 BOOL Attach() noexcept try {
+    StartTrace();
     ModuleHolder();
     return App().InitInstance();
 } catch (...) {
@@ -34,6 +36,7 @@ void Detach() {
     SessionTable::Instance().DestroyAll();
     App().ExitInstance();
     std::destroy_at(ModuleHolder().get());
+    StopTrace();
 }
 
 }  // namespace

@@ -8,6 +8,9 @@
 #define DEPOT_ENTRY_POINT extern "C" __attribute__((used))
 #endif
 
+// As a default argument: the name of the function that calls, without its class.
+#define DEPOT_CALLER_NAME __builtin_FUNCTION()
+
 namespace depot {
 
 // Converts a looked-up entry point to its real type. Function pointers of unrelated types may not

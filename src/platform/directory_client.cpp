@@ -3,6 +3,8 @@
 #include "platform/compiler.h"
 #include "platform/paths.h"
 #include "platform/system_folder.h"
+#include "platform/trace.h"
+#include "platform/traced_client.h"
 
 namespace depot {
 namespace {
@@ -65,6 +67,7 @@ int BindDirectoryClient(DirectoryClient& client, const std::string& path) {
 #define DEPOT_BIND_ENTRY(member, entry) Bind(client.member, client.library, #entry);
     DEPOT_DIRECTORY_CLIENT_ENTRIES(DEPOT_BIND_ENTRY)
 #undef DEPOT_BIND_ENTRY
+    if (IsTracing()) TraceRequests(client);
     return 1;
 }
 

@@ -1,0 +1,122 @@
+#include "platform/trace.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+
+#include "platform/handles.h"
+#include "platform/text.h"
+
+namespace depot {
+
+bool internal::tracing = false;
+
+namespace {
+
+constexpr char kDebugger[] = "debugger";
+constexpr std::size_t kSubjectLimit = 200;
+
+// Null while the debugger gets the lines.
+UniqueHandle& TraceFile() {
+    static UniqueHandle file;
+    return file;
+}
+
+std::string TraceTarget() {
+    char target[MAX_PATH + 1] = {};
+    const DWORD length = GetEnvironmentVariableA(kTraceVariable, target, sizeof(target));
+    return length < sizeof(target) ? std::string(target, length) : std::string();
+}
+
+// Several processes may append to one file: a write to its end is not torn.
+UniqueHandle OpenForAppending(const std::string& path) {
+    return OwnFile(CreateFileA(path.c_str(), FILE_APPEND_DATA,
+                               FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                               OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
+}
+
+void WriteTraceLine(const std::string& line) {
+    if (!TraceFile()) {
+        OutputDebugStringA(line.c_str());
+        return;
+    }
+    DWORD written = 0;
+    WriteFile(TraceFile().get(), line.data(), static_cast<DWORD>(line.size()), &written, nullptr);
+}
+
+std::string Printable(std::string_view text) {
+    std::string printable(text.substr(0, kSubjectLimit));
+    std::replace_if(
+        printable.begin(), printable.end(),
+        [](char character) { return static_cast<unsigned char>(character) < ' '; }, '?');
+    return printable;
+}
+
+double MillisecondsSince(const LARGE_INTEGER& start) {
+    LARGE_INTEGER now = {};
+    LARGE_INTEGER frequency = {};
+    QueryPerformanceCounter(&now);
+    QueryPerformanceFrequency(&frequency);
+    const auto ticks = static_cast<double>(now.QuadPart - start.QuadPart);
+    return ticks * 1000.0 / static_cast<double>(frequency.QuadPart);
+}
+
+// Time, process and thread.
+std::string LinePrefix() {
+    SYSTEMTIME now = {};
+    GetLocalTime(&now);
+    std::array<char, 80> prefix = {};
+    std::snprintf(prefix.data(), prefix.size(), "%04u-%02u-%02u %02u:%02u:%02u.%03u %lu:%lu ",
+                  unsigned{now.wYear}, unsigned{now.wMonth}, unsigned{now.wDay},
+                  unsigned{now.wHour}, unsigned{now.wMinute}, unsigned{now.wSecond},
+                  unsigned{now.wMilliseconds}, GetCurrentProcessId(), GetCurrentThreadId());
+    return prefix.data();
+}
+
+std::string DurationText(double milliseconds) {
+    std::array<char, 40> text = {};
+    std::snprintf(text.data(), text.size(), " %.3f ms ", milliseconds);
+    return text.data();
+}
+
+}  // namespace
+
+void StartTrace() {
+    const std::string target = TraceTarget();
+    if (target.empty()) return;
+    const bool toDebugger = EqualsNoCase(target, kDebugger);
+    if (!toDebugger) TraceFile() = OpenForAppending(target);
+    internal::tracing = toDebugger || TraceFile() != nullptr;
+}
+
+void StopTrace() {
+    internal::tracing = false;
+    TraceFile().reset();
+}
+
+void TraceSpan::Begin(const char* operation, std::string_view subject) {
+    operation_ = operation;
+    subject_ = subject;
+    QueryPerformanceCounter(&start_);
+}
+
+std::string TraceSpan::ResultText(HRESULT result) {
+    if (result == S_OK) return "S_OK";
+    if (result == S_FALSE) return "S_FALSE";
+    std::array<char, 16> text = {};
+    std::snprintf(text.data(), text.size(), "0x%08lX", static_cast<unsigned long>(result));
+    return text.data();
+}
+
+// The traced operation keeps its last error and never fails for its trace.
+void TraceSpan::End(const std::string& result) const try {
+    const DWORD lastError = GetLastError();
+    std::string line = LinePrefix() + operation_;
+    if (!subject_.empty()) line += " \"" + Printable(subject_) + '"';
+    WriteTraceLine(line + DurationText(MillisecondsSince(start_)) + result + "\r\n");
+    SetLastError(lastError);
+} catch (...) {
+    return;
+}
+
+}  // namespace depot

@@ -1,0 +1,59 @@
+// The trace that support staff switch on: a line for every interface call and directory request.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "platform/win32.h"
+
+namespace depot {
+
+// The environment variable that switches the trace on: the path of a file, to which lines are
+// appended, or "debugger" for the debugger's output.
+inline constexpr char kTraceVariable[] = "DEPOTINTR_TRACE";
+
+// Reads the variable. Called once when the module is loaded; without the variable, or with a file
+// that cannot be opened, nothing is traced.
+void StartTrace();
+
+// Closes the file.
+void StopTrace();
+
+namespace internal {
+extern bool tracing;
+}  // namespace internal
+
+inline bool IsTracing() {
+    return internal::tracing;
+}
+
+// One traced operation: the time from its construction to the result. While nothing is traced it
+// costs the test of a flag. A line holds local time, process and thread, the operation, its subject
+// (cut to 200 characters, control characters as '?'), its duration in milliseconds and its result.
+// The caller passes neither passwords nor values of files.
+class TraceSpan {
+public:
+    explicit TraceSpan(const char* operation, std::string_view subject = {}) {
+        if (IsTracing()) Begin(operation, subject);
+    }
+
+    // Writes the line; the operation ended with a result of the interface, or with a directory
+    // result code.
+    void EndWithResult(HRESULT result) const {
+        if (operation_ != nullptr) End(ResultText(result));
+    }
+    void EndWithCode(ULONG code) const {
+        if (operation_ != nullptr) End(std::to_string(code));
+    }
+
+private:
+    static std::string ResultText(HRESULT result);
+    void Begin(const char* operation, std::string_view subject);
+    void End(const std::string& result) const;
+
+    const char* operation_ = nullptr;  // null while nothing is traced
+    std::string_view subject_;
+    LARGE_INTEGER start_ = {};
+};
+
+}  // namespace depot

@@ -1,0 +1,102 @@
+#include "platform/trace.h"
+
+#include <gmock/gmock.h>
+
+#include "platform/local_file.h"
+#include "support/scratch.h"
+
+namespace depot::test {
+namespace {
+
+using testing::HasSubstr;
+using testing::MatchesRegex;
+
+class TraceTest : public testing::Test {
+protected:
+    ~TraceTest() override {
+        StopTrace();
+        SetEnvironmentVariableA(kTraceVariable, nullptr);
+    }
+
+    void Start(const std::string& target) {
+        SetEnvironmentVariableA(kTraceVariable, target.c_str());
+        StartTrace();
+    }
+    std::string Written() const {
+        const auto bytes = ReadLocalFile(path_);
+        return bytes ? std::string(bytes->begin(), bytes->end()) : "(no file)";
+    }
+
+    ScratchFolder folder_;
+    const std::string path_ = folder_.At("trace.txt");
+};
+
+TEST_F(TraceTest, WithoutTheVariableNothingIsTraced) {
+    StartTrace();
+    EXPECT_FALSE(IsTracing());
+    TraceSpan("DPLoadFile").EndWithResult(S_OK);
+    EXPECT_EQ("(no file)", Written());
+}
+
+TEST_F(TraceTest, LineHoldsTimePlaceOperationDurationAndResult) {
+    Start(path_);
+    ASSERT_TRUE(IsTracing());
+    TraceSpan("DPLoadFile").EndWithResult(S_FALSE);
+    EXPECT_THAT(
+        Written(),
+        MatchesRegex("\\d\\d\\d\\d-\\d\\d-\\d\\d \\d\\d:\\d\\d:\\d\\d\\.\\d\\d\\d \\d+:\\d+ "
+                     "DPLoadFile \\d+\\.\\d\\d\\d ms S_FALSE\r\n"));
+}
+
+TEST_F(TraceTest, ResultsAreNamedOrNumbered) {
+    Start(path_);
+    TraceSpan("a").EndWithResult(S_OK);
+    TraceSpan("b").EndWithResult(E_FAIL);
+    TraceSpan("c").EndWithCode(49);
+    const std::string written = Written();
+    EXPECT_THAT(written, HasSubstr(" ms S_OK\r\n"));
+    EXPECT_THAT(written, HasSubstr(" ms 0x80004005\r\n"));
+    EXPECT_THAT(written, HasSubstr(" ms 49\r\n"));
+}
+
+TEST_F(TraceTest, SubjectIsCutAndItsControlCharactersReplaced) {
+    Start(path_);
+    TraceSpan("x", "one\r\ntwo%s%n").EndWithCode(0);
+    EXPECT_THAT(Written(), HasSubstr("x \"one??two%s%n\" "));
+    const std::string longSubject(100000, 'n');
+    TraceSpan("y", longSubject).EndWithCode(0);
+    EXPECT_THAT(Written(), HasSubstr("y \"" + std::string(200, 'n') + "\" "));
+}
+
+TEST_F(TraceTest, LinesAreAppendedToAFileThatExists) {
+    folder_.MakeFile("trace.txt", "before\n");
+    Start(path_);
+    TraceSpan("x").EndWithCode(0);
+    EXPECT_EQ(0U, Written().find("before\n"));
+    EXPECT_THAT(Written(), HasSubstr(" x "));
+}
+
+TEST_F(TraceTest, FileThatCannotBeOpenedTracesNothing) {
+    Start(folder_.At("missing\\trace.txt"));
+    EXPECT_FALSE(IsTracing());
+    Start(std::string(30000, 'x'));
+    EXPECT_FALSE(IsTracing());
+}
+
+TEST_F(TraceTest, DebuggerTakesTheLinesWithoutAFile) {
+    Start("Debugger");
+    EXPECT_TRUE(IsTracing());
+    TraceSpan("x").EndWithCode(0);
+    EXPECT_EQ("(no file)", Written());
+}
+
+TEST_F(TraceTest, OperationKeepsItsLastError) {
+    Start(path_);
+    const TraceSpan span("x");
+    SetLastError(1234);
+    span.EndWithCode(0);
+    EXPECT_EQ(1234U, GetLastError());
+}
+
+}  // namespace
+}  // namespace depot::test
