@@ -1,7 +1,7 @@
 # The tasks of this project; `make` alone lists them.
 
 .DEFAULT_GOAL := help
-.PHONY: help build demo test bench lint coverage screenshots dist clean native format
+.PHONY: help build demo test bench lint coverage fuzz screenshots dist clean native format
 
 RELEASE := build/release
 
@@ -48,6 +48,12 @@ screenshots: ## Take the pictures of the dialogs for the documents
 	@tools/setup screenshots
 	@tools/build release
 	@tools/screenshots
+
+fuzz: ## Look for inputs that break the pure code, a minute per target
+	@tools/setup fuzz
+	@tools/build fuzz
+	@tools/build release
+	@tools/fuzz
 
 dist: ## Leave in dist/ what a user installs
 	@tools/setup

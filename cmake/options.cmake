@@ -3,7 +3,7 @@ add_library(depot_options INTERFACE)
 target_compile_features(depot_options INTERFACE cxx_std_20)
 target_compile_options(depot_options INTERFACE
     -Wall -Wextra -Wpedantic -Werror -Wshadow -Wconversion -Wformat=2 -Wundef -Wcast-qual
-    -Woverloaded-virtual -Wduplicated-cond -Wlogical-op -Wvla
+    -Woverloaded-virtual $<$<CXX_COMPILER_ID:GNU>:-Wduplicated-cond;-Wlogical-op> -Wvla
     -fstack-protector-strong -ffunction-sections -fdata-sections
     $<$<CONFIG:Release>:-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=2>)
 
@@ -27,4 +27,9 @@ if(DEPOTINTR_SANITIZE)
     set(sanitizers -fsanitize=address,undefined -fno-sanitize-recover=all)
     target_compile_options(depot_options INTERFACE ${sanitizers} -fno-omit-frame-pointer)
     target_link_options(depot_options INTERFACE ${sanitizers})
+endif()
+
+# libFuzzer counts what every file of the code does; only the targets bring its main program.
+if(DEPOTINTR_FUZZ)
+    target_compile_options(depot_options INTERFACE -fsanitize=fuzzer-no-link)
 endif()

@@ -1,6 +1,8 @@
 // Pseudo-random texts that are the same in every run.
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <cstddef>
 #include <cstdint>
 #include <random>
@@ -10,10 +12,13 @@
 
 namespace depot::test {
 
-// A source of texts and numbers with a fixed seed, so that a failure can be repeated.
+// A source of texts and numbers with a fixed seed, so that a failure can be repeated. With
+// --gtest_shuffle every repetition has other texts, told by the seed that the test program prints.
 class RandomTexts {
 public:
-    explicit RandomTexts(std::uint32_t seed) : engine_(seed) {}
+    explicit RandomTexts(std::uint32_t seed)
+        : engine_(seed + static_cast<std::uint32_t>(
+                             testing::UnitTest::GetInstance()->random_seed())) {}
 
     std::size_t Below(std::size_t bound) { return static_cast<std::size_t>(engine_()) % bound; }
 

@@ -1,0 +1,42 @@
+#include "directory/dn.h"
+
+#include "fuzz/fuzz_input.h"
+
+using namespace depot;
+
+namespace {
+
+constexpr std::size_t kLongestObjectName = 260;
+
+void TryNames(const std::string& name, const NamingAttributes& attributes) {
+    const std::string component = EntryDN(attributes.file, name, "");
+    for (const FileExtension extension : {FileExtension::kKeep, FileExtension::kStrip}) {
+        const auto split = SplitFirstComponent(component, attributes, extension);
+        if (split) test::Require(split->name.size() <= component.size());
+    }
+    SplitFirstComponent(name, attributes);
+    if (IsSafeLocalName(name)) {
+        test::Require(name.find_first_of("\\/:*?") == std::string::npos && name != "..");
+    }
+}
+
+}  // namespace
+
+int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    test::FuzzInput input(data, size);
+    NamingAttributes attributes;
+    attributes.folder = input.Line();
+    attributes.file = input.Line();
+    const std::string path = input.Rest();
+
+    PathToDN(path, attributes);
+    TryNames(path, attributes);
+    const auto keep = [](std::string_view utf8) -> std::optional<std::string> {
+        return std::string(utf8);
+    };
+    test::Require(DecodeNonAsciiEscapes(path, keep).size() <= path.size());
+    const auto refuse = [](std::string_view) -> std::optional<std::string> { return std::nullopt; };
+    test::Require(DecodeNonAsciiEscapes(path, refuse) == path);
+    test::Require(ServerKey(path, 4294967295u).size() <= kLongestObjectName);
+    return 0;
+}
