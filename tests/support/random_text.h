@@ -17,8 +17,8 @@ namespace depot::test {
 class RandomTexts {
 public:
     explicit RandomTexts(std::uint32_t seed)
-        : engine_(seed + static_cast<std::uint32_t>(
-                             testing::UnitTest::GetInstance()->random_seed())) {}
+        : engine_(seed +
+                  static_cast<std::uint32_t>(testing::UnitTest::GetInstance()->random_seed())) {}
 
     std::size_t Below(std::size_t bound) { return static_cast<std::size_t>(engine_()) % bound; }
 
