@@ -189,6 +189,21 @@ TEST_F(DirectoryFilesTest, WithdrawnRightsLeaveTheBytesRecovered) {
     EXPECT_EQ(kOld, Contents());
 }
 
+TEST_F(DirectoryFilesTest, FlushOfAConflictRecoversTheEditAndShowsTheOtherVersion) {
+    depots_.Dword("Corp", "DetectConflicts1", 1);
+    Session session(*api_);
+    Session someoneElse(*api_);
+    Load(session);
+    Load(someoneElse);
+    Change(someoneElse, L"theirs");
+    EXPECT_EQ(S_OK, api_->DPFlushFile(someoneElse));
+    Change(session);
+    EXPECT_EQ(S_OK, api_->DPFlushFile(session));
+    EXPECT_EQ("[S]\r\nK=theirs\r\n", Contents());
+    ExpectRecovered(kNew);
+    EXPECT_EQ(L"theirs", Read(session, L"S", L"K"));
+}
+
 TEST_F(DirectoryFilesTest, UnloadedDllWritesBackAndRemovesWorkingCopiesOfSessionsLeft) {
     ScratchFolder folder;
     {
