@@ -12,7 +12,7 @@ build: ## Build the DLL, its companions and the tests for Windows x64
 	@tools/setup
 	@tools/build release
 
-demo: ## Set up what is missing, build, and run the sample client on sample depots
+demo: ## Set up what is missing, build, and run the sample clients on sample depots
 	@tools/setup
 	@tools/build release
 	@tools/demo

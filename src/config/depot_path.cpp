@@ -24,7 +24,7 @@ constexpr TextValue kCredentials[] = {
 constexpr NumberValue kNumbers[] = {
     {"Port", &CDepotPath::port},         {"Authentication", &CDepotPath::authentication},
     {"Version", &CDepotPath::version},   {"ConnectTimeout", &CDepotPath::connectTimeout},
-    {"Security", &CDepotPath::security},
+    {"Security", &CDepotPath::security}, {"DetectConflicts", &CDepotPath::detectConflicts},
 };
 
 constexpr TextValue kSchemaNames[] = {
@@ -59,6 +59,7 @@ void CDepotPath::Reset(CDepotPaths* owningPaths) {
     version = kDefaultVersion;
     connectTimeout = kDefaultConnectTimeout;
     security = 0;
+    detectConflicts = 0;
     handleSlot = nullptr;
     indexSlot = kWritabilityUnknown;
 }

@@ -71,7 +71,9 @@ public:
     std::uint32_t authentication = kSimpleAuthentication;
     std::uint32_t version = kDefaultVersion;
     std::uint32_t connectTimeout = kDefaultConnectTimeout;  // seconds
-    std::uint32_t security = 0;    // 0 none, 1 StartTLS before the bind, 2 TLS from the start
+    std::uint32_t security = 0;  // 0 none, 1 StartTLS before the bind, 2 TLS from the start
+    // 1 when a write-back must not replace what someone else stored meanwhile
+    std::uint32_t detectConflicts = 0;
     CDepotPaths* owner = nullptr;  // never owned
     std::string locationText;      // the expanded path, once asked for
     void* handleSlot = nullptr;

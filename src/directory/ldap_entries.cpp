@@ -2,6 +2,7 @@
 #include <array>
 #include <cstring>
 
+#include "directory/assertion.h"
 #include "directory/client_support.h"
 #include "directory/ldap_items.h"
 #include "platform/text.h"
@@ -107,6 +108,12 @@ private:
     LDAPModA change_ = {};
 };
 
+std::vector<std::uint8_t> AssertContents(const std::string& attribute, const FileBuffer& present) {
+    if (!present.bytes) return AssertAbsent(attribute);
+    return AssertEquals(attribute,
+                        {reinterpret_cast<const char*>(present.bytes.get()), present.length});
+}
+
 }  // namespace
 
 int CLDAPItems::ListChildren(const std::string& baseDN, LdapItemList& items,
@@ -179,6 +186,25 @@ std::uint32_t CLDAPItems::ReplaceFileContents(const std::string& dn, const void*
     depot::ContentsAttribute contents(ContentsAttribute(), data, length);
     LDAPModA* changes[] = {contents.Get(LDAP_MOD_REPLACE), nullptr};
     return lastError_ = client_.ldap_modify_s(handle_.get(), ClientText(dn), changes);
+}
+
+std::uint32_t CLDAPItems::ReplaceUnchangedContents(const std::string& dn, const void* data,
+                                                   std::uint32_t length,
+                                                   const FileBuffer& present) {
+    if (!IsConnected() || !OffersAssertions()) return ReplaceFileContents(dn, data, length);
+    std::string name = kAssertionControl;
+    std::vector<std::uint8_t> filter = AssertContents(ContentsAttribute(), present);
+    LDAPControlA assertion = {};
+    assertion.ldctl_oid = name.data();
+    assertion.ldctl_value = {static_cast<ULONG>(filter.size()),
+                             reinterpret_cast<char*>(filter.data())};
+    // A server that does not know the control after all must not leave the condition out.
+    assertion.ldctl_iscritical = TRUE;
+    LDAPControlA* controls[] = {&assertion, nullptr};
+    depot::ContentsAttribute contents(ContentsAttribute(), data, length);
+    LDAPModA* changes[] = {contents.Get(LDAP_MOD_REPLACE), nullptr};
+    return lastError_ =
+               client_.ldap_modify_ext_s(handle_.get(), ClientText(dn), changes, controls, nullptr);
 }
 
 int CLDAPItems::RenameEntry(const std::string& oldDN, const std::string& newDN,

@@ -25,6 +25,9 @@ struct FileBuffer {
 };
 inline constexpr std::uint32_t kFileBufferReserve = 4;
 
+// The directory's code for a change whose condition does not hold.
+inline constexpr std::uint32_t kContentsChanged = 122;
+
 // The default names of a location's schema, for which an empty text in its record stands.
 inline constexpr char kDefaultNamingAttribute[] = "CN";
 inline constexpr char kDefaultFolderClass[] = "quillonFolder";
@@ -111,6 +114,13 @@ public:
     std::uint32_t ReplaceFileContents(const std::string& dn, const void* data,
                                       std::uint32_t length);
 
+    // Replaces the contents only while they are what `present` says, with kContentsChanged as the
+    // code when they are not. The server tests and replaces in one request when it offers to;
+    // elsewhere the caller, who has just read `present`, has tested, and whatever is stored in
+    // between is replaced.
+    std::uint32_t ReplaceUnchangedContents(const std::string& dn, const void* data,
+                                           std::uint32_t length, const FileBuffer& present);
+
     // Renames an entry, or moves it when the parent differs.
     int RenameEntry(const std::string& oldDN, const std::string& newDN, std::string* errorText);
 
@@ -183,6 +193,8 @@ private:
     void AddChild(LDAPMessage* entry, const std::string& baseDN, const std::string& localBase,
                   LdapItemList& items);
     LDAPMessage* EntryNamed(LDAPMessage* result, const std::string& dn) const;
+    bool HasValue(LDAPMessage* entry, const char* attribute, const char* wanted) const;
+    bool OffersAssertions();
     std::uint32_t DeleteEntry(const std::string& dn);
     void DeleteFiles(const LdapItemList& children, std::string* errorText);
     void DeleteFolders(const LdapItemList& children, int depth);
@@ -205,6 +217,7 @@ private:
     DirectoryInfoBlock info_;
     CredentialsPrompt* prompt_;
     std::uint32_t unsafeNames_ = 0;
+    std::optional<bool> offersAssertions_;  // once the server was asked
     // What the last failed bind tried; a prompt that changes nothing of it must not go on for ever.
     std::optional<std::pair<std::string, std::string>> failedCredentials_;
     bool lastAttempt_ = false;

@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "directory/assertion.h"
 #include "directory/client_support.h"
 #include "directory/ldap_items.h"
 #include "platform/text.h"
@@ -11,6 +12,10 @@ namespace {
 
 // Asks for no attribute at all.
 constexpr char kNoAttributes[] = "1.1";
+
+// What a server says of itself: the entry without a name.
+constexpr char kServerEntry[] = "";
+constexpr char kOfferedControls[] = "supportedControl";
 
 void CopyValue(const berval& value, FileBuffer& buffer) {
     const std::size_t room = std::size_t{value.bv_len} + kFileBufferReserve;
@@ -92,6 +97,28 @@ int CLDAPItems::ReadFileContents(const std::string& dn, FileBuffer& buffer,
         break;
     }
     return 1;
+}
+
+bool CLDAPItems::HasValue(LDAPMessage* entry, const char* attribute, const char* wanted) const {
+    AttributeWalk walk(client_, handle_.get(), entry);
+    for (; walk.Name(); walk.Next()) {
+        if (!EqualsNoCase(walk.Name(), attribute)) continue;
+        const UniqueLdapValues values = walk.Texts();
+        for (char** value = values.get(); value != nullptr && *value != nullptr; ++value) {
+            if (EqualsNoCase(*value, wanted)) return true;
+        }
+    }
+    return false;
+}
+
+bool CLDAPItems::OffersAssertions() {
+    if (offersAssertions_) return *offersAssertions_;
+    UniqueLdapMessage result;
+    const std::uint32_t code = Search(kServerEntry, LDAP_SCOPE_BASE, {kOfferedControls}, result);
+    if (code != LDAP_SUCCESS) return false;
+    LDAPMessage* const server = client_.ldap_first_entry(handle_.get(), result.get());
+    offersAssertions_ = server != nullptr && HasValue(server, kOfferedControls, kAssertionControl);
+    return *offersAssertions_;
 }
 
 std::optional<std::vector<std::string>> CLDAPItems::ExplodeDN(const std::string& dn,

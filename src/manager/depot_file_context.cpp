@@ -6,7 +6,6 @@
 #include "manager/display_path.h"
 #include "manager/resolve_item.h"
 #include "model/depot_item.h"
-#include "model/local_mirror.h"
 #include "platform/paths.h"
 #include "platform/text.h"
 #include "platform/win32.h"
@@ -49,7 +48,7 @@ void DepotFileContext::Attach(CDepot* holder, const std::string& displayPath) {
     if (depot == nullptr) return;
     std::string path = DisplayToStorage(*depot, depotPath);
     if (CLDAPItems* const directory = depot->DirectoryConnection()) {
-        localPath = FetchToLocal(*directory, path, &fetchCode_);
+        localPath = FetchToLocal(*directory, path, &origin_);
         isWorkingCopy_ = !localPath.empty();
     } else if (path.size() <= kLongestSystemPath) {
         localPath = std::move(path);
@@ -88,8 +87,7 @@ int DepotFileContext::Release() {
     if (directory == nullptr) return 1;
     const std::string entry = DisplayToStorage(*depot, depotPath);
     isWorkingCopy_ = false;
-    return ReleaseLocal(*directory, entry, std::exchange(localPath, {}), changed, nullptr,
-                        fetchCode_);
+    return ReleaseLocal(*directory, entry, std::exchange(localPath, {}), changed, nullptr, origin_);
 }
 
 }  // namespace depot

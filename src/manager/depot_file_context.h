@@ -5,6 +5,7 @@
 #include <string>
 
 #include "model/depots.h"
+#include "model/local_mirror.h"
 
 namespace depot {
 
@@ -51,8 +52,8 @@ public:
 private:
     void Attach(CDepot* holder, const std::string& displayPath);
 
-    std::uint32_t fetchCode_ = 0;  // why the working copy does not hold the entry's bytes, if so
-    bool isWorkingCopy_ = false;   // whether the local file goes with this object
+    WorkingCopyOrigin origin_;    // what the working copy was made from
+    bool isWorkingCopy_ = false;  // whether the local file goes with this object
 };
 
 }  // namespace depot

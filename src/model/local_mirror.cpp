@@ -16,16 +16,26 @@ namespace depot {
 namespace {
 
 constexpr char kMessageTitle[] = "Quillon";
+constexpr std::uint32_t kDetect = 1;
 
-// Fetches one entry into a local file; one that cannot be fetched leaves an empty file. Returns
-// 0 or the reason why the file does not hold the entry's bytes.
-std::uint32_t FetchFile(CLDAPItems& directory, const std::string& dn,
-                        const std::string& localPath) {
+bool DetectsConflicts(const CLDAPItems& directory) {
+    return directory.Location().detectConflicts == kDetect;
+}
+
+Digest DigestOfContents(const FileBuffer& contents) {
+    return DigestOf(contents.bytes.get(), contents.length);
+}
+
+// Fetches one entry into a local file; one that cannot be fetched leaves an empty file.
+WorkingCopyOrigin FetchFile(CLDAPItems& directory, const std::string& dn,
+                            const std::string& localPath) {
     FileBuffer contents;
     const bool found = directory.ReadFileContents(dn, contents) != 0;
     const std::uint32_t code = found ? std::uint32_t{LDAP_SUCCESS} : directory.LastError();
     const bool written = WriteLocalFile(localPath, contents.bytes.get(), contents.length);
-    return found && !written ? std::uint32_t{LDAP_LOCAL_ERROR} : code;
+    if (found && !written) return {LDAP_LOCAL_ERROR, std::nullopt};
+    if (!found || !DetectsConflicts(directory)) return {code, std::nullopt};
+    return {code, DigestOfContents(contents)};
 }
 
 struct LocalChild {
@@ -85,14 +95,12 @@ public:
     WriteBack(CLDAPItems& directory, const std::string& dn, const std::string& localPath)
         : directory_(directory), dn_(dn), localPath_(localPath) {}
 
-    // Returns the directory's code. `fetchCode` is what the fetch of the working copy left.
-    std::uint32_t Run(std::uint32_t fetchCode) {
+    // Returns the directory's code. `origin` is what the fetch of the working copy left.
+    std::uint32_t Run(const WorkingCopyOrigin& origin) {
         bytes_ = ReadLocalFile(localPath_);
         if (!bytes_) readError_ = GetLastError();
-        // A missing entry has no bytes that could be lost.
-        const bool complete = fetchCode == LDAP_SUCCESS || fetchCode == LDAP_NO_SUCH_OBJECT;
-        reason_ = fetchCode;
-        const std::uint32_t code = Store(bytes_ && complete);
+        reason_ = origin.code;
+        const std::uint32_t code = Store(origin);
         if (code == LDAP_SUCCESS) return code;
         reason_ = code;
         KeepWorkingCopy();
@@ -104,33 +112,65 @@ public:
 
     // Tells what was kept; nothing when nothing had to be.
     void Report(std::string* errorText) {
-        if (kept_.empty()) return;
+        if (kept_.empty() && reason_ != kContentsChanged) return;
         std::string text = Reason();
-        if (!text.empty()) text += "\n";
+        if (!text.empty() && !kept_.empty()) text += "\n";
         text += kept_;
         if (errorText != nullptr) *errorText = text;
         MessageBoxA(nullptr, text.c_str(), kMessageTitle, MB_ICONERROR);
     }
 
 private:
-    std::uint32_t Store(bool isWhole) {
+    std::uint32_t Store(const WorkingCopyOrigin& origin) {
         // The connection tells its own failure, too.
         const ConnectionScope connection(directory_, nullptr);
         if (!connection) return directory_.LastError();
-        if (!isWhole) {
-            const std::uint32_t code = KeepEntry();
+        if (DetectsConflicts(directory_)) return StoreUnlessChanged(origin.digest);
+        // A missing entry has no bytes that could be lost.
+        const bool complete = origin.code == LDAP_SUCCESS || origin.code == LDAP_NO_SUCH_OBJECT;
+        if (!bytes_ || !complete) {
+            FileBuffer present;
+            std::uint32_t code = Read(present);
+            if (code == LDAP_SUCCESS) code = KeepEntry(present);
             if (code != LDAP_SUCCESS) return code;
         }
+        return directory_.ReplaceFileContents(dn_, Data(), Length());
+    }
+
+    // Stores only over the very bytes that were fetched.
+    std::uint32_t StoreUnlessChanged(const std::optional<Digest>& fetched) {
+        FileBuffer present;
+        std::uint32_t code = ReadUnchanged(fetched, present);
+        if (code == LDAP_SUCCESS && !bytes_) code = KeepEntry(present);
+        if (code != LDAP_SUCCESS) return code;
+        code = directory_.ReplaceUnchangedContents(dn_, Data(), Length(), present);
+        if (code != kContentsChanged && code != LDAP_UNAVAILABLE_CRIT_EXTENSION) return code;
+        // A server that cannot compare this attribute's values refuses as well: then the entry
+        // still holds what was fetched, and looking just before the change must do.
+        code = ReadUnchanged(fetched, present);
+        return code == LDAP_SUCCESS ? directory_.ReplaceFileContents(dn_, Data(), Length()) : code;
+    }
+
+    std::uint32_t ReadUnchanged(const std::optional<Digest>& fetched, FileBuffer& present) {
+        const std::uint32_t code = Read(present);
+        if (code != LDAP_SUCCESS) return code;
+        return fetched == DigestOfContents(present) ? std::uint32_t{LDAP_SUCCESS}
+                                                    : kContentsChanged;
+    }
+
+    const void* Data() const {
         static constexpr std::uint8_t kNothing = 0;
-        const void* const data = bytes_ ? bytes_->data() : &kNothing;
-        const auto length = static_cast<std::uint32_t>(bytes_ ? bytes_->size() : 0);
-        return directory_.ReplaceFileContents(dn_, data, length);
+        return bytes_ ? bytes_->data() : &kNothing;
+    }
+    std::uint32_t Length() const { return static_cast<std::uint32_t>(bytes_ ? bytes_->size() : 0); }
+
+    std::uint32_t Read(FileBuffer& present) {
+        const bool found = directory_.ReadFileContents(dn_, present) != 0;
+        return found ? std::uint32_t{LDAP_SUCCESS} : directory_.LastError();
     }
 
     // Keeps what the entry holds now.
-    std::uint32_t KeepEntry() {
-        FileBuffer contents;
-        if (directory_.ReadFileContents(dn_, contents) == 0) return directory_.LastError();
+    std::uint32_t KeepEntry(const FileBuffer& contents) {
         if (contents.length == 0) return LDAP_SUCCESS;
         kept_ = KeepRecovered(Name(), contents.bytes.get(), contents.length);
         return kept_.empty() ? LDAP_LOCAL_ERROR : LDAP_SUCCESS;
@@ -153,12 +193,18 @@ private:
 
     std::string Reason() {
         std::string text;
+        if (reason_ != LDAP_SUCCESS) directory_.SetLastError(reason_);
+        if (reason_ == kContentsChanged) return ConflictText();
         if (reason_ == LDAP_SUCCESS) {
             FormatErrorText(readError_, localPath_.c_str(), kMessageTitle, &text, nullptr);
             return text;
         }
-        directory_.SetLastError(reason_);
         return directory_.ErrorText();
+    }
+
+    std::string ConflictText() {
+        return "\"" + Name() + "\" was changed by someone else meanwhile. That version stays" +
+               (kept_.empty() ? "." : "; yours is kept here:");
     }
 
     CLDAPItems& directory_;
@@ -191,21 +237,21 @@ ConnectionScope::~ConnectionScope() {
     if (opened_) directory_.Close();
 }
 
-std::string FetchToLocal(CLDAPItems& directory, const std::string& dn, std::uint32_t* code) {
+std::string FetchToLocal(CLDAPItems& directory, const std::string& dn, WorkingCopyOrigin* origin) {
     const std::string localPath = MakeTempFileName();
     const ConnectionScope connection(directory, nullptr);
     if (!connection) {
         DeleteFileA(localPath.c_str());
-        if (code != nullptr) *code = directory.LastError();
+        if (origin != nullptr) *origin = {directory.LastError(), std::nullopt};
         return {};
     }
-    const std::uint32_t fetched = FetchFile(directory, dn, localPath);
-    if (code != nullptr) *code = fetched;
+    WorkingCopyOrigin fetched = FetchFile(directory, dn, localPath);
+    if (origin != nullptr) *origin = std::move(fetched);
     return localPath;
 }
 
 int ReleaseLocal(CLDAPItems& directory, const std::string& dn, const std::string& localPath,
-                 bool writeBack, std::string* errorText, std::uint32_t fetchCode) {
+                 bool writeBack, std::string* errorText, const WorkingCopyOrigin& origin) {
     if (localPath.empty()) {
         if (writeBack) directory.ReportError(LDAP_PARAM_ERROR, errorText);
         return 0;
@@ -215,7 +261,7 @@ int ReleaseLocal(CLDAPItems& directory, const std::string& dn, const std::string
         return 1;
     }
     WriteBack work(directory, dn, localPath);
-    const bool stored = work.Run(fetchCode) == LDAP_SUCCESS;
+    const bool stored = work.Run(origin) == LDAP_SUCCESS;
     if (!work.MustStay()) DeleteFileA(localPath.c_str());
     // After the working copy is gone: nothing waits for the user.
     work.Report(errorText);

@@ -6,9 +6,11 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 
 #include "directory/ldap_items.h"
+#include "platform/digest.h"
 
 namespace depot {
 
@@ -32,25 +34,36 @@ private:
     bool open_ = false;
 };
 
+// What a working copy was made from.
+struct WorkingCopyOrigin {
+    // 0 when the local file held the entry's bytes, else the reason: the directory's code, or
+    // LDAP_LOCAL_ERROR for a file that could not be written.
+    std::uint32_t code = LDAP_SUCCESS;
+    // The entry's bytes; only where the location wants conflicts detected and the fetch succeeded.
+    std::optional<Digest> digest;
+};
+
 // Fetches an entry's bytes into a new temporary file, readable for the user alone as far as the
 // temporary folder is. Returns its path, also when it could not be written, or an empty text when
-// no connection could be made. `code` receives 0 when the local file holds the entry's bytes, else
-// the reason: the directory's code, or LDAP_LOCAL_ERROR for a file that could not be written.
+// no connection could be made. `origin` receives what ReleaseLocal needs to know of the fetch.
 std::string FetchToLocal(CLDAPItems& directory, const std::string& dn,
-                         std::uint32_t* code = nullptr);
+                         WorkingCopyOrigin* origin = nullptr);
 
 // Ends a working copy: stores its bytes in the entry when `writeBack` is set, and deletes it in
 // every case. Returns 1 when nothing had to be stored or all was. An empty path with `writeBack`
-// set is a parameter error, which is shown. `fetchCode` is what the fetch left.
+// set is a parameter error, which is shown. `origin` is what the fetch left.
 //
 // No edit is lost. Bytes that cannot be stored are kept among the recovered files; where even that
 // fails the working copy stays. The entry's present bytes are kept there before a working copy that
 // cannot be read, or that was fetched incompletely, takes their place; when they cannot be kept the
 // entry stays as it is. A message box tells of each of these, and its text ends with the path of
 // what was kept.
+//
+// Where the location wants conflicts detected, bytes that are not those of `origin` stay in the
+// entry, and the working copy is kept as one that cannot be stored.
 int ReleaseLocal(CLDAPItems& directory, const std::string& dn, const std::string& localPath,
                  bool writeBack, std::string* errorText = nullptr,
-                 std::uint32_t fetchCode = LDAP_SUCCESS);
+                 const WorkingCopyOrigin& origin = {});
 
 // Adds a local file under a folder entry, under its own name. Returns the directory's code as 1 for
 // success, 0 for failure.

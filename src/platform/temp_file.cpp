@@ -15,12 +15,21 @@ constexpr int kMaxFolderAttempts = 16;
 // A list of one path ends in two NULs.
 constexpr std::size_t kPathListBytes = kMaxPathBytes + 2;
 
+bool IsEmptyFile(const char* path) {
+    WIN32_FILE_ATTRIBUTE_DATA data = {};
+    return GetFileAttributesExA(path, GetFileExInfoStandard, &data) && data.nFileSizeLow == 0 &&
+           data.nFileSizeHigh == 0;
+}
+
 std::string MakeTempFile(const char* prefix) {
     char folder[kMaxPathBytes] = {};
     const DWORD length = GetTempPathA(sizeof(folder), folder);
     if (length == 0 || length >= sizeof(folder)) return {};
     char name[MAX_PATH] = {};
-    return GetTempFileNameA(folder, prefix, 0, name) != 0 ? name : std::string();
+    SetLastError(ERROR_SUCCESS);
+    if (GetTempFileNameA(folder, prefix, 0, name) == 0) return {};
+    // Some systems answer with an existing file when every name is taken. A new one is empty.
+    return GetLastError() == ERROR_FILE_EXISTS && !IsEmptyFile(name) ? std::string() : name;
 }
 
 }  // namespace

@@ -9,6 +9,7 @@ int main() {
         depot::bench::MeasureValues(api.get());
         depot::bench::MeasureMacros();
         depot::bench::MeasureDirectory();
+        depot::bench::MeasureWorkingCopies(api.get());
     }
     CoUninitialize();
     return 0;

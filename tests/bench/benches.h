@@ -17,4 +17,7 @@ void MeasureMacros();
 // Working with entries in a real directory server.
 void MeasureDirectory();
 
+// Loading and releasing files of a directory, and many sessions at once.
+void MeasureWorkingCopies(IDepotIntrApi* api);
+
 }  // namespace depot::bench

@@ -98,6 +98,10 @@ std::vector<std::pair<std::string, bool>> RawDirectory::List(const std::string& 
     return children;
 }
 
+void RawDirectory::Find(const std::string& dn) const {
+    ldap_msgfree(Search(dn, LDAP_SCOPE_BASE, {Raw("1.1")}));
+}
+
 std::vector<char> RawDirectory::Read(const std::string& dn) const {
     LDAPMessage* const result = Search(dn, LDAP_SCOPE_BASE, {Raw(kDefaultContentsAttribute)});
     LDAPMessage* const entry = ldap_first_entry(connection_, result);

@@ -22,6 +22,8 @@ public:
 
     // The DN of each child and whether it is a folder.
     std::vector<std::pair<std::string, bool>> List(const std::string& folder) const;
+    // Looks for an entry alone, without its attributes.
+    void Find(const std::string& dn) const;
     // A copy of a file's bytes.
     std::vector<char> Read(const std::string& dn) const;
 

@@ -118,7 +118,7 @@ protected:
     }
 
     const Library library_{CopyComponent(folder_)};
-    const Com<IDepotIntrApi> lonely_;
+    Com<IDepotIntrApi> lonely_;
 };
 
 TEST_F(NoUserFolderTest, InitializingFailsWithHandleZero) {
@@ -127,6 +127,29 @@ TEST_F(NoUserFolderTest, InitializingFailsWithHandleZero) {
         EXPECT_EQ(S_FALSE, lonely_->DPInitialize(&handle));
         EXPECT_EQ(0, handle);
     }
+}
+
+TEST_F(NoUserFolderTest, FailedInitializingLeavesNoHandlesAndTheDllFreeToGo) {
+    const auto fail = [&] {
+        LONG_PTR handle = kJunkHandle;
+        EXPECT_EQ(S_FALSE, lonely_->DPInitialize(&handle));
+    };
+    for (int round = 0; round < 5; ++round) fail();
+    const std::size_t handles = CountOpenHandles();
+    const std::size_t blocks = CountHeapBlocks();
+    constexpr std::size_t kRounds = 200;
+    for (std::size_t round = 0; round < kRounds; ++round) fail();
+    EXPECT_EQ(handles, CountOpenHandles());
+    // The sessions themselves stay, nothing beyond them.
+    EXPECT_LE(CountHeapBlocks(), blocks + kRounds);
+    // And they hold nobody up.
+    const std::string file = folder_.MakeFile("a.kra", "[S]\r\nK=1\r\n");
+    LONG_PTR session = 0;
+    ASSERT_EQ(S_OK, lonely_->DPLoadFile(&session, Text(file)));
+    EXPECT_EQ(S_OK, lonely_->DPUnInitialize(session));
+    EXPECT_EQ(S_FALSE, library_.CanUnloadNow());
+    lonely_.reset();
+    EXPECT_EQ(S_OK, library_.CanUnloadNow());
 }
 
 TEST_F(NoUserFolderTest, DirectoryServiceIsNotTakenFromTheCurrentFolder) {

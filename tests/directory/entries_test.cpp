@@ -79,6 +79,7 @@ TEST_F(EntriesTest, ListingAsksForTheNamesAndTheClassOnly) {
     server_.Mark();
     List();
     EXPECT_THAT(server_.Log(), HasSubstr("SRCH base=\"" + base_ + "\" scope=1"));
+    EXPECT_THAT(server_.Log(), HasSubstr("filter=\"(objectClass=*)\""));
     EXPECT_THAT(server_.Log(), HasSubstr("SRCH attr=CN objectClass\n"));
     EXPECT_EQ((test::OperationCounts{.searches = 1}), server_.Counts());
 }
@@ -89,8 +90,11 @@ TEST_F(EntriesTest, ListingDecidesAfterEachValueWhateverTheirOrder) {
     static DirectoryClient genuine;
     BindDirectoryClient(genuine);
     static bool classLast;
+    // Only so many attributes are handed out: a walk that misses the end must not go on for ever.
+    static int left;
     for (const bool last : {false, true}) {
         classLast = last;
+        left = 10;
         Connected().Client().ldap_first_attribute = [](LDAP*, LDAPMessage*, BerElement** position) {
             *position = nullptr;
             static char names[2][12];
@@ -100,10 +104,12 @@ TEST_F(EntriesTest, ListingDecidesAfterEachValueWhateverTheirOrder) {
         Connected().Client().ldap_next_attribute = [](LDAP*, LDAPMessage*, BerElement*) {
             static char second[12];
             strcpy(second, classLast ? "OBJECTCLASS" : "cn");
-            return second;
+            return left-- > 0 ? second : nullptr;
         };
         Connected().Client().ldap_memfree = [](PCHAR) {};
         EXPECT_THAT(List(), ElementsAre("file CN=a.krc," + base_));
+        // Both attributes were needed and no more was asked for.
+        EXPECT_EQ(9, left);
     }
 }
 
@@ -335,6 +341,48 @@ TEST_F(EntriesTest, DeletingLeavesAFolderThatHoldsOtherEntries) {
     EXPECT_EQ(66u, Connected().LastError());
     EXPECT_FALSE(server_.Holds("cn=a.krc," + Dn("tree")));
     EXPECT_TRUE(server_.Holds("cn=p," + Dn("tree")));
+}
+
+TEST_F(EntriesTest, DeletingGoesOnBehindAChildThatCannotBeDeleted) {
+    server_.AddFolder("tree", base_);
+    for (const char* name : {"a.krc", "b.krc", "c.krc"}) server_.AddFile(name, Dn("tree"), "x");
+    for (const char* name : {"d", "e", "f"}) {
+        server_.AddFolder(name, Dn("tree"));
+        server_.AddFile("x.krc", std::string("cn=") + name + "," + Dn("tree"), "x");
+    }
+    // One file and one folder resist, whatever their place in the server's order.
+    static DirectoryClient genuine;
+    BindDirectoryClient(genuine);
+    Connected().Client().ldap_delete_s = [](LDAP* connection, PCHAR dn) -> ULONG {
+        const std::string name(dn);
+        const bool resists = name.find("=b.krc,") != std::string::npos || name.starts_with("CN=e,");
+        return resists ? ULONG{LDAP_INSUFFICIENT_RIGHTS} : genuine.ldap_delete_s(connection, dn);
+    };
+    EXPECT_EQ(0, Connected().DeleteTree(Dn("tree"), &text_));
+    const std::string left = server_.Show(Dn("tree"), "sub", "1.1");
+    EXPECT_THAT(left, HasSubstr("cn=b.krc,"));
+    EXPECT_THAT(left, HasSubstr("cn=e,"));
+    for (const char* name : {"a.krc", "c.krc", "d", "f", "x.krc"}) {
+        EXPECT_THAT(left, testing::Not(HasSubstr(std::string("cn=") + name + ","))) << name;
+    }
+    // The tree itself still holds two; the failure of the file was told before.
+    EXPECT_EQ(66u, Connected().LastError());
+    EXPECT_EQ(MessageFor(66), text_);
+}
+
+TEST_F(EntriesTest, FailureOfAFileIsToldAlsoWhenTheFolderItselfGoes) {
+    server_.AddFolder("tree", base_);
+    server_.AddFile("a.krc", Dn("tree"), "x");
+    static DirectoryClient genuine;
+    BindDirectoryClient(genuine);
+    // Deleted, but the client says otherwise.
+    Connected().Client().ldap_delete_s = [](LDAP* connection, PCHAR dn) -> ULONG {
+        const ULONG code = genuine.ldap_delete_s(connection, dn);
+        return std::string(dn).starts_with("CN=a.krc,") ? ULONG{LDAP_BUSY} : code;
+    };
+    EXPECT_EQ(1, Connected().DeleteTree(Dn("tree"), &text_));
+    EXPECT_EQ(MessageFor(LDAP_BUSY).empty() ? "junk" : MessageFor(LDAP_BUSY), text_);
+    EXPECT_FALSE(server_.Holds(Dn("tree")));
 }
 
 TEST_F(EntriesTest, AReaderMayNotWriteAndTheReasonIsTold) {

@@ -81,5 +81,113 @@ TEST_F(HandlesTest, AnAbsentServerLeavesTheHandlesOfTheAccessesButTheLast) {
     test::ForgetServer(location.port);
 }
 
+// A call that goes wrong, and how often it opens the server's shared block on its way.
+struct Fault {
+    const char* name;
+    std::uint32_t authentication;
+    void (*cause)(DirectoryClient& client);
+    std::size_t accesses;
+};
+
+class FaultHandlesTest : public HandlesTest {
+protected:
+    // One connection and one reading, as far as they get.
+    void Work(const Fault& fault, CDepotPath& location) {
+        test::ForgetServer(location.port);
+        CLDAPItems items(&location);
+        items.SetPrompt(&prompt_);
+        fault.cause(items.Client());
+        items.ConnectLocation(nullptr);
+        LdapItemList children;
+        items.ListChildren(base_, children);
+        FileBuffer buffer;
+        items.ReadFileContents("cn=a.krc," + base_, buffer);
+        items.DeleteTree("cn=missing," + base_, nullptr);
+        items.Close();
+    }
+};
+
+TEST_F(FaultHandlesTest, EveryFaultLeavesTheHandlesOfTheAccessesButTheLast) {
+    constexpr std::size_t kReport = 2;  // the error, its text
+    const Fault faults[] = {
+        {"no connection", kAnonymousAuthentication,
+         [](DirectoryClient& client) {
+             client.ldap_init = [](PCHAR, ULONG) -> LDAP* { return nullptr; };
+         },
+         kReport},
+        {"no version", kAnonymousAuthentication,
+         [](DirectoryClient& client) {
+             client.ldap_set_option = [](LDAP*, int, const void*) -> ULONG {
+                 return LDAP_PARAM_ERROR;
+             };
+         },
+         kReport},
+        {"no anonymous bind", kAnonymousAuthentication,
+         [](DirectoryClient& client) {
+             client.ldap_simple_bind_s = [](LDAP*, PCHAR, PCHAR) -> ULONG {
+                 return LDAP_INAPPROPRIATE_AUTH;
+             };
+         },
+         1 + kReport + 1},  // no prompts, the report, prompts wanted?
+        {"no simple bind", kSimpleAuthentication,
+         [](DirectoryClient& client) {
+             client.ldap_bind_s = [](LDAP*, PCHAR, PCHAR, ULONG) -> ULONG {
+                 return LDAP_INVALID_CREDENTIALS;
+             };
+         },
+         // The report, prompts wanted? twice, an error known?, no more prompts, the cancel's
+         // report.
+         kReport + 2 + 1 + 1 + kReport},
+        {"no search", kSimpleAuthentication,
+         [](DirectoryClient& client) {
+             client.ldap_search_s = [](LDAP*, PCHAR, ULONG, PCHAR, PCHAR*, ULONG,
+                                       LDAPMessage** result) -> ULONG {
+                 *result = nullptr;
+                 return LDAP_BUSY;
+             };
+         },
+         1},  // the cleared error
+        {"no attributes", kSimpleAuthentication,
+         [](DirectoryClient& client) {
+             client.ldap_first_attribute = [](LDAP*, LDAPMessage*, BerElement**) -> PCHAR {
+                 return nullptr;
+             };
+         },
+         1},
+        {"no values", kSimpleAuthentication,
+         [](DirectoryClient& client) {
+             client.ldap_get_values = [](LDAP*, LDAPMessage*, PCHAR) -> PCHAR* { return nullptr; };
+             client.ldap_get_values_len = [](LDAP*, LDAPMessage*, PCHAR) -> berval** {
+                 return nullptr;
+             };
+         },
+         1},
+    };
+    server_.AddFile("a.krc", base_, "text");
+    for (const Fault& fault : faults) {
+        SCOPED_TRACE(fault.name);
+        CDepotPath location = server_.Location(base_);
+        location.authentication = fault.authentication;
+        const std::size_t leftover = Leftover([&] { Work(fault, location); });
+        // The message boxes may add a handle or two of their own, but none for each of them.
+        EXPECT_GE(leftover, kRounds * (fault.accesses - 1));
+        EXPECT_LT(leftover, kRounds * (fault.accesses - 1) + kRounds);
+    }
+}
+
+TEST_F(FaultHandlesTest, ServerThatStopsBetweenTheCallsLeavesNoneOpen) {
+    test::DirectoryServer server;
+    CDepotPath location = server.Location();
+    EXPECT_EQ(0u, Leftover([&] {
+                  CLDAPItems items(&location);
+                  ASSERT_EQ(1, items.ConnectLocation(nullptr));
+                  server.Stop();
+                  LdapItemList children;
+                  EXPECT_EQ(0, items.ListChildren(test::kSuffix, children));
+                  items.Close();
+                  server.Continue();
+              }));
+}
+
 }  // namespace
 }  // namespace depot

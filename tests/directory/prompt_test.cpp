@@ -1,3 +1,4 @@
+#include "support/child_process.h"
 #include "support/directory_fixture.h"
 
 namespace depot {
@@ -7,6 +8,22 @@ using test::ForgetServer;
 using test::MessageFor;
 using testing::ElementsAre;
 using testing::IsEmpty;
+
+// Another process connects anonymously. The exit code holds what it saw: 1 for a connection, 2 for
+// each prompt.
+int ConnectAnonymously(const test::Arguments& arguments) {
+    const test::BoxLog boxes;
+    test::ScriptedPrompt prompt;
+    CDepotPath location(nullptr);
+    location.host = "127.0.0.1";
+    location.port = static_cast<std::uint32_t>(std::stoul(arguments.at(0)));
+    location.authentication = kAnonymousAuthentication;
+    CLDAPItems items(&location);
+    items.SetPrompt(&prompt);
+    const int connected = items.ConnectLocation(nullptr);
+    return connected + 2 * static_cast<int>(prompt.shown.size());
+}
+const test::RoleRegistration connectAnonymously("connect-anonymously", &ConnectAnonymously);
 
 class PromptTest : public test::DirectoryFixture {
 protected:
@@ -258,6 +275,35 @@ TEST_F(PromptTest, WithoutASharedBlockTheRecordStillServes) {
     items_->SetUserName(test::kEditor);
     items_->SetPassword(test::kEditorPassword);
     EXPECT_EQ(1, items_->ConnectLocation(&text_));
+}
+
+TEST_F(PromptTest, AnAnonymousBindThatSucceedsInAnotherProcessAsksNobodyAndChangesNothing) {
+    CLDAPItems& items = Make(test::kEditor, "wrong");
+    EXPECT_EQ(0u, Info().noPrompt);
+    const test::ChildProcess other("connect-anonymously", {std::to_string(server_.Port())});
+    EXPECT_EQ(1, other.ExitCode());
+    EXPECT_EQ(0u, Info().noPrompt);
+    EXPECT_EQ(0u, Info().lastError);
+    // A wrong password is still asked about here.
+    prompt_.Type(test::kEditor, test::kEditorPassword);
+    EXPECT_EQ(1, items.ConnectLocation(&text_));
+    EXPECT_EQ(1u, prompt_.shown.size());
+}
+
+TEST_F(PromptTest, AnAnonymousBindThatFailsInAnotherProcessEndsPromptingHere) {
+    test::DirectoryServer server("global disallow bind_anon");
+    CDepotPath location = server.Location();
+    location.password = "wrong";
+    ForgetServer(location.port);
+    CLDAPItems& items = Make(location);
+    EXPECT_EQ(0u, Info().noPrompt);
+    const test::ChildProcess other("connect-anonymously", {std::to_string(server.Port())});
+    EXPECT_EQ(0, other.ExitCode());
+    EXPECT_EQ(1u, Info().noPrompt);
+    EXPECT_EQ(0, items.ConnectLocation(&text_));
+    EXPECT_EQ(88u, items.LastError());
+    EXPECT_THAT(prompt_.shown, IsEmpty());
+    EXPECT_THAT(boxes_.Texts(), ElementsAre(MessageFor(49)));
 }
 
 TEST_F(PromptTest, AServerThatIsDownIsAskedForLikeAWrongPassword) {

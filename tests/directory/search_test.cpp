@@ -37,6 +37,28 @@ TEST_F(SearchTest, FindingAnEntryAsksForItAloneAndForNoAttributes) {
     EXPECT_THAT(log, HasSubstr("nentries=1 "));
 }
 
+TEST_F(SearchTest, EverySearchUsesTheFilterForAnyEntry) {
+    server_.AddFile("a.krc", base_, "x");
+    Connected();
+    server_.Mark();
+    LdapItemList items;
+    FileBuffer buffer;
+    EXPECT_EQ(1, Connected().ListChildren(base_, items));
+    EXPECT_EQ(1, Connected().ReadFileContents(Dn("a.krc"), buffer));
+    EXPECT_EQ(0u, Connected().FindEntry(base_));
+    EXPECT_EQ(1, Connected().AddFolderEntry(Dn("sub"), "sub", nullptr));
+    EXPECT_EQ(1, Connected().EnsureFolderPath("cn=b.krc,cn=deep," + Dn("sub"), false, nullptr));
+    const std::string log = server_.Log();
+    int filters = 0;
+    constexpr std::string_view kFilter = " filter=\"(objectClass=*)\"\n";
+    for (std::size_t at = log.find(kFilter); at != std::string::npos;
+         at = log.find(kFilter, at + 1)) {
+        ++filters;
+    }
+    EXPECT_EQ(server_.Counts().searches, filters) << log;
+    EXPECT_GE(filters, 7);
+}
+
 TEST_F(SearchTest, FindingGivesTheDirectorysCode) {
     EXPECT_EQ(32u, Connected().FindEntry(Dn("missing")));
     EXPECT_EQ(34u, Connected().FindEntry("not a name"));

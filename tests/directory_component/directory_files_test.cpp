@@ -189,6 +189,21 @@ TEST_F(DirectoryFilesTest, WithdrawnRightsLeaveTheBytesRecovered) {
     EXPECT_EQ(kOld, Contents());
 }
 
+TEST_F(DirectoryFilesTest, FlushOfAConflictRecoversTheEditAndShowsTheOtherVersion) {
+    depots_.Dword("Corp", "DetectConflicts1", 1);
+    Session session(*api_);
+    Session someoneElse(*api_);
+    Load(session);
+    Load(someoneElse);
+    Change(someoneElse, L"theirs");
+    EXPECT_EQ(S_OK, api_->DPFlushFile(someoneElse));
+    Change(session);
+    EXPECT_EQ(S_OK, api_->DPFlushFile(session));
+    EXPECT_EQ("[S]\r\nK=theirs\r\n", Contents());
+    ExpectRecovered(kNew);
+    EXPECT_EQ(L"theirs", Read(session, L"S", L"K"));
+}
+
 TEST_F(DirectoryFilesTest, UnloadedDllWritesBackAndRemovesWorkingCopiesOfSessionsLeft) {
     ScratchFolder folder;
     {
@@ -239,6 +254,45 @@ TEST_F(DirectoryFilesTest, ReaderCannotWriteAMissingPlace) {
     Session session(*api_);
     EXPECT_EQ(S_FALSE, api_->DPIsPathWriteAble(session, Text("<Corp>\\x\\new.kra")));
     EXPECT_FALSE(server_.Holds("cn=x," + base_));
+}
+
+TEST_F(DirectoryFilesTest, IdleSessionKeepsNoConnectionAndEachCallBindsOnceAtMost) {
+    Session session(*api_);
+    Load(session);
+    const auto expectClosed = [&](const char* call, int binds) {
+        SCOPED_TRACE(call);
+        EXPECT_LE(server_.Counts().binds, binds);
+        const auto count = [&](const std::string& word) {
+            const std::string log = server_.Log();
+            int found = 0;
+            for (std::size_t at = log.find(word); at != std::string::npos;
+                 at = log.find(word, at + 1)) {
+                ++found;
+            }
+            return found;
+        };
+        // The server notices the end of a connection a moment later.
+        for (int attempt = 0; attempt < 100 && count(" closed") < count("ACCEPT"); ++attempt) {
+            Sleep(10);
+        }
+        EXPECT_EQ(count("ACCEPT"), count(" closed"));
+        server_.Mark();
+    };
+    server_.Mark();
+    Load(session);
+    expectClosed("load", 1);
+    EXPECT_EQ(L"old", Read(session, L"S", L"K"));
+    Change(session);
+    expectClosed("values", 0);
+    EXPECT_EQ(S_OK, api_->DPFlushFile(session));
+    expectClosed("flush: a write-back and a load", 2);
+    EXPECT_EQ(S_OK, api_->DPFileExists(session, Text(kFile)));
+    expectClosed("exists", 1);
+    EXPECT_EQ(S_OK, api_->DPIsPathWriteAble(session, Text("<Corp>\\x\\y\\new.kra")));
+    expectClosed("writable", 1);
+    OutText display;
+    EXPECT_EQ(S_OK, api_->DPGetDepotDisplayPath(session, Text(kFile), display));
+    expectClosed("display path", 0);
 }
 
 TEST_F(DirectoryFilesTest, LongPathsAreAnswered) {

@@ -8,6 +8,7 @@ namespace {
 
 constexpr char kKey[] = "Software\\DepotTests\\Security";
 
+// Settings of a location that are off unless an administrator wants them.
 class SecuritySettingTest : public testing::Test {
 protected:
     CDepotPath Load() {
@@ -43,6 +44,28 @@ TEST_F(SecuritySettingTest, IsCopiedAndReset) {
     EXPECT_EQ(1u, copy.security);
     copy.Reset(nullptr);
     EXPECT_EQ(0u, copy.security);
+}
+
+using ConflictSettingTest = SecuritySettingTest;
+
+TEST_F(ConflictSettingTest, IsOffUnlessADirectoryLocationSetsIt) {
+    key_.Dword("", "Type1", kDirectoryLocation);
+    EXPECT_EQ(0u, Load().detectConflicts);
+    key_.Text("", "DetectConflicts1", "1");
+    EXPECT_EQ(0u, Load().detectConflicts);
+    key_.Dword("", "DetectConflicts1", 1);
+    EXPECT_EQ(1u, Load().detectConflicts);
+    key_.Dword("", "Type1", kFolderLocation);
+    EXPECT_EQ(0u, Load().detectConflicts);
+}
+
+TEST_F(ConflictSettingTest, IsCopiedAndReset) {
+    key_.Dword("", "Type1", kDirectoryLocation);
+    key_.Dword("", "DetectConflicts1", 1);
+    CDepotPath copy(Load());
+    EXPECT_EQ(1u, copy.detectConflicts);
+    copy.Reset(nullptr);
+    EXPECT_EQ(0u, copy.detectConflicts);
 }
 
 }  // namespace

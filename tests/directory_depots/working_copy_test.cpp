@@ -183,6 +183,26 @@ TEST_F(WorkingCopyTest, NoTemporaryFolderGivesAFileWithoutValues) {
     EXPECT_EQ("[S]\r\nK=v\r\n", Contents("a.kra"));
 }
 
+TEST_F(WorkingCopyTest, FullTemporaryFolderGivesAFileWithoutValuesAndKeepsTheEntry) {
+    server_.AddFile("a.kra", base_, kBytes);
+    Choose();
+    const std::string full = server_.CrowdedFolder("lda");
+    char before[MAX_PATH] = {};
+    GetEnvironmentVariableA("TMP", before, sizeof(before));
+    SetEnvironmentVariableA("TMP", full.c_str());
+    const auto file = Load();
+    SetEnvironmentVariableA("TMP", before);
+    EXPECT_EQ("", file->localPath);
+    EXPECT_EQ("default", file->ReadString("S", "K", "default", 100));
+    EXPECT_THAT(boxes_.Boxes(), IsEmpty());
+    // An edit has no place to go to, and its release says so.
+    file->WriteString("S", "K", "new");
+    EXPECT_EQ(0, file->Release());
+    EXPECT_EQ(test::MessageFor(89), boxes_.Texts().back());
+    EXPECT_EQ(kBytes, Contents("a.kra"));
+    EXPECT_TRUE(test::Exists(full + "\\ldaffff.tmp"));
+}
+
 class TransferTest : public test::DepotFixture {
 protected:
     test::ScratchFolder folder_;

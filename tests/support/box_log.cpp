@@ -13,8 +13,10 @@ BOOL CALLBACK Collect(HWND window, LPARAM found) {
     GetClassNameA(window, className, sizeof(className));
     DWORD process = 0;
     GetWindowThreadProcessId(window, &process);
+    // A dialog with fields is no message box.
     if (process == GetCurrentProcessId() && IsWindowVisible(window) &&
-        std::string(className) == "#32770") {
+        std::string(className) == "#32770" &&
+        FindWindowExA(window, nullptr, "Edit", nullptr) == nullptr) {
         reinterpret_cast<std::vector<HWND>*>(found)->push_back(window);
     }
     return TRUE;

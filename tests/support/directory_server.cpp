@@ -150,6 +150,12 @@ unsigned DirectoryServer::CutAfter(unsigned bytes) {
     return Number(Request("cut", {}, std::to_string(bytes)));
 }
 
+std::string DirectoryServer::CrowdedFolder(const std::string& prefix) {
+    std::string path = "Z:" + Request("crowd", {}, prefix);
+    std::replace(path.begin(), path.end(), '/', '\\');
+    return path;
+}
+
 CDepotPath DirectoryServer::Location(const std::string& base) const {
     CDepotPath location(nullptr);
     location.type = kDirectoryLocation;

@@ -61,6 +61,9 @@ public:
     // A listener that relays to this server and closes each connection after so many bytes.
     unsigned CutAfter(unsigned bytes);
 
+    // A folder in which no temporary file of that prefix can be made: all names are taken.
+    std::string CrowdedFolder(const std::string& prefix);
+
     // A record of a location with the editor's credentials.
     CDepotPath Location(const std::string& base = kSuffix) const;
 

@@ -1,0 +1,308 @@
+// Write-backs that must not replace what someone else stored meanwhile.
+#include "directory_depots/depot_fixture.h"
+#include "platform/handles.h"
+#include "platform/local_file.h"
+#include "platform/paths.h"
+
+namespace depot {
+namespace {
+
+using test::DirectoryServer;
+using test::FileBytes;
+using test::OperationCounts;
+using test::RecoveredFiles;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+constexpr char kOld[] = "[S]\r\nK=old\r\n";
+constexpr char kNew[] = "[S]\r\nK=new\r\n";
+constexpr char kTheirs[] = "[S]\r\nK=theirs\r\n";
+
+// A server that does not say which controls it knows.
+constexpr char kSilentAboutControls[] =
+    "global access to dn.base=\"\" attrs=supportedControl by * none\n"
+    "global access to * by * read";
+
+// A schema whose contents attribute may be missing and cannot be compared.
+constexpr char kSchemaWithoutComparison[] =
+    "no-schema\n"
+    "global attributetype ( 1.3.6.1.4.1.99999.1.1 NAME 'quillonFileContentsBinary' "
+    "SYNTAX 1.3.6.1.4.1.1466.115.121.1.40 SINGLE-VALUE )\n"
+    "global objectclass ( 1.3.6.1.4.1.99999.2.2 NAME 'quillonFileBinary' SUP top STRUCTURAL "
+    "MUST cn MAY quillonFileContentsBinary )";
+
+// Someone who stores another version just before a change reaches the server.
+struct OtherEditor {
+    DirectoryServer* server = nullptr;
+    std::string dn;
+    decltype(DirectoryClient::ldap_modify_s) plain = nullptr;
+    decltype(DirectoryClient::ldap_modify_ext_s) conditional = nullptr;
+
+    void Store() const {
+        server->Apply("dn: " + dn +
+                      "\nchangetype: modify\nreplace: quillonFileContentsBinary\n"
+                      "quillonFileContentsBinary: theirs\n");
+    }
+};
+OtherEditor other;
+
+ULONG LDAPAPI StoreThenModify(LDAP* connection, char* dn, LDAPModA** changes) {
+    other.Store();
+    return other.plain(connection, dn, changes);
+}
+
+ULONG LDAPAPI StoreThenModifyIf(LDAP* connection, char* dn, LDAPModA** changes,
+                                LDAPControlA** server, LDAPControlA** client) {
+    other.Store();
+    return other.conditional(connection, dn, changes, server, client);
+}
+
+class ConflictTest : public test::DepotFixture {
+protected:
+    ConflictTest() { Use(server_, base_); }
+
+    // Has the depot on that server detect conflicts.
+    void Use(DirectoryServer& server, const std::string& base, DWORD setting = 1) {
+        key_.Dword("Work", "DetectConflicts1", setting);
+        Define(server.Port(), base);
+        place_ = &server;
+        folder_ = base;
+    }
+
+    std::string Entry() const { return "cn=a.kra," + folder_; }
+
+    std::unique_ptr<DepotFileContext> LoadChanged() {
+        auto file = Load();
+        file->WriteString("S", "K", "new");
+        return file;
+    }
+
+    void Overwrite(const std::string& bytes) {
+        const ConnectionScope connection(Directory(), nullptr);
+        EXPECT_EQ(0u, Directory().ReplaceFileContents(Entry(), bytes.data(),
+                                                      static_cast<std::uint32_t>(bytes.size())));
+    }
+
+    std::string Stored() {
+        FileBuffer buffer;
+        const ConnectionScope connection(Directory(), nullptr);
+        EXPECT_EQ(1, Directory().ReadFileContents(Entry(), buffer));
+        return buffer.bytes
+                   ? std::string(reinterpret_cast<const char*>(buffer.bytes.get()), buffer.length)
+                   : "(none)";
+    }
+
+    // Has someone store another version between the test and the change.
+    void LetSomeoneStoreBetween() {
+        DirectoryClient& client = Directory().Client();
+        other = {place_, Entry(), client.ldap_modify_s, client.ldap_modify_ext_s};
+        client.ldap_modify_s = &StoreThenModify;
+        client.ldap_modify_ext_s = &StoreThenModifyIf;
+    }
+
+    DirectoryServer* place_ = nullptr;
+    std::string folder_;
+};
+
+// The same behaviour with and without a server that tests and changes in one request.
+class AnyServerConflictTest : public ConflictTest, public testing::WithParamInterface<bool> {
+protected:
+    AnyServerConflictTest() {
+        if (!GetParam()) {
+            silent_ = std::make_unique<DirectoryServer>(kSilentAboutControls);
+            Use(*silent_, test::kSuffix);
+        }
+        place_->AddFile("a.kra", folder_, kOld);
+    }
+
+    std::unique_ptr<DirectoryServer> silent_;
+};
+
+TEST_P(AnyServerConflictTest, EntryThatNobodyChangedTakesTheEdit) {
+    const auto file = LoadChanged();
+    EXPECT_EQ(1, file->Release());
+    EXPECT_EQ(kNew, Stored());
+    EXPECT_THAT(RecoveredFiles(), IsEmpty());
+    EXPECT_THAT(test::WorkingCopies(), IsEmpty());
+    EXPECT_THAT(boxes_.Boxes(), IsEmpty());
+}
+
+TEST_P(AnyServerConflictTest, EntryThatSomeoneChangedStaysAndTheEditIsRecovered) {
+    const auto file = LoadChanged();
+    Overwrite(kTheirs);
+    EXPECT_EQ(0, file->Release());
+    EXPECT_EQ(kTheirs, Stored());
+    ExpectRecovered(kNew);
+    ASSERT_EQ(1u, boxes_.Texts().size());
+    EXPECT_THAT(boxes_.Texts().front(),
+                testing::StartsWith("\"a.kra\" was changed by someone else meanwhile. "));
+    EXPECT_THAT(test::WorkingCopies(), IsEmpty());
+    EXPECT_EQ(kContentsChanged, Directory().LastError());
+}
+
+TEST_P(AnyServerConflictTest, ErrorTextOfAConflictEndsWithThePath) {
+    WorkingCopyOrigin origin;
+    Load();
+    const std::string copy = FetchToLocal(Directory(), Entry(), &origin);
+    Overwrite(kTheirs);
+    std::string text = "junk";
+    EXPECT_EQ(0, ReleaseLocal(Directory(), Entry(), copy, true, &text, origin));
+    ASSERT_EQ(1u, RecoveredFiles().size());
+    EXPECT_THAT(text, testing::EndsWith("\n" + RecoveredFiles().front()));
+    EXPECT_EQ(boxes_.Texts().back(), text);
+}
+
+TEST_P(AnyServerConflictTest, SameBytesStoredAgainAreNoConflict) {
+    const auto file = LoadChanged();
+    Overwrite(kTheirs);
+    Overwrite(kOld);
+    EXPECT_EQ(1, file->Release());
+    EXPECT_EQ(kNew, Stored());
+}
+
+TEST_P(AnyServerConflictTest, UnchangedCopyLeavesTheOtherVersionInSilence) {
+    const auto file = Load();
+    Overwrite(kTheirs);
+    EXPECT_EQ(1, file->Release());
+    EXPECT_EQ(kTheirs, Stored());
+    EXPECT_THAT(RecoveredFiles(), IsEmpty());
+    EXPECT_THAT(boxes_.Boxes(), IsEmpty());
+}
+
+TEST_P(AnyServerConflictTest, BytesOfAnyKindAreRecognised) {
+    for (const std::string& bytes : {std::string(" "), std::string("*()\\\0\x01\xFF", 7),
+                                     std::string(20 * 1024, 'b'), std::string(1024 * 1024, 'c')}) {
+        Overwrite(bytes);
+        EXPECT_EQ(1, LoadChanged()->Release()) << bytes.size();
+        EXPECT_NE(bytes, Stored());
+    }
+    EXPECT_THAT(RecoveredFiles(), IsEmpty());
+}
+
+TEST_P(AnyServerConflictTest, EachWriteBackOfASessionIsTestedAnew) {
+    EXPECT_EQ(1, LoadChanged()->Release());
+    const auto file = Load();
+    file->WriteString("S", "K", "again");
+    Overwrite(kTheirs);
+    EXPECT_EQ(0, file->Release());
+    EXPECT_EQ(kTheirs, Stored());
+    const auto next = Load();
+    EXPECT_EQ("theirs", next->ReadString("S", "K", "", 100));
+}
+
+INSTANTIATE_TEST_SUITE_P(, AnyServerConflictTest, testing::Bool(), [](const auto& server) {
+    return server.param ? "OffersAssertions" : "DoesNot";
+});
+
+TEST_F(ConflictTest, VersionStoredJustBeforeTheChangeStaysWhereTheServerTests) {
+    server_.AddFile("a.kra", base_, kOld);
+    const auto file = LoadChanged();
+    LetSomeoneStoreBetween();
+    EXPECT_EQ(0, file->Release());
+    EXPECT_EQ("theirs", Stored());
+    ExpectRecovered(kNew);
+}
+
+TEST_F(ConflictTest, VersionStoredJustBeforeTheChangeIsReplacedWhereTheServerDoesNotTest) {
+    DirectoryServer silent(kSilentAboutControls);
+    Use(silent, test::kSuffix);
+    silent.AddFile("a.kra", test::kSuffix, kOld);
+    const auto file = LoadChanged();
+    LetSomeoneStoreBetween();
+    EXPECT_EQ(1, file->Release());
+    EXPECT_EQ(kNew, Stored());
+}
+
+TEST_F(ConflictTest, ServerIsAskedOnceWhatItOffers) {
+    server_.AddFile("a.kra", base_, kOld);
+    auto file = LoadChanged();
+    server_.Mark();
+    EXPECT_EQ(1, file->Release());
+    EXPECT_EQ((OperationCounts{.binds = 1, .searches = 2, .modifications = 1}), server_.Counts());
+    file = Load();
+    file->WriteString("S", "K", "again");
+    server_.Mark();
+    EXPECT_EQ(1, file->Release());
+    EXPECT_EQ((OperationCounts{.binds = 1, .searches = 1, .modifications = 1}), server_.Counts());
+}
+
+TEST_F(ConflictTest, LastWriterWinsUnlessTheSettingIsOne) {
+    for (const DWORD setting : {0u, 2u}) {
+        Use(server_, test::NewFolder(), setting);
+        server_.AddFile("a.kra", folder_, kOld);
+        const auto file = LoadChanged();
+        Overwrite(kTheirs);
+        server_.Mark();
+        EXPECT_EQ(1, file->Release());
+        EXPECT_EQ((OperationCounts{.binds = 1, .modifications = 1}), server_.Counts());
+        EXPECT_EQ(kNew, Stored());
+    }
+}
+
+TEST_F(ConflictTest, EntryThatAppearedMeanwhileStays) {
+    const auto file = LoadChanged();
+    server_.AddFile("a.kra", base_, kTheirs);
+    EXPECT_EQ(0, file->Release());
+    EXPECT_EQ(kTheirs, Stored());
+    ExpectRecovered(kNew);
+}
+
+TEST_F(ConflictTest, EntryThatIsGoneHasTheEditRecovered) {
+    server_.AddFile("a.kra", base_, kOld);
+    const auto file = LoadChanged();
+    server_.Apply("dn: " + Entry() + "\nchangetype: delete\n");
+    EXPECT_EQ(0, file->Release());
+    ExpectRecovered(kNew);
+    EXPECT_THAT(boxes_.Texts().back(), testing::StartsWith(test::MessageFor(32)));
+}
+
+TEST_F(ConflictTest, DeletedWorkingCopyEmptiesOnlyTheVersionThatWasFetched) {
+    server_.AddFile("a.kra", base_, kOld);
+    auto file = LoadChanged();
+    ::DeleteFileA(file->localPath.c_str());
+    Overwrite(kTheirs);
+    EXPECT_EQ(0, file->Release());
+    EXPECT_EQ(kTheirs, Stored());
+    EXPECT_THAT(RecoveredFiles(), IsEmpty());
+    EXPECT_EQ("\"a.kra\" was changed by someone else meanwhile. That version stays.",
+              boxes_.Texts().back());
+    file = Load();
+    file->changed = true;
+    ::DeleteFileA(file->localPath.c_str());
+    EXPECT_EQ(1, file->Release());
+    EXPECT_EQ(" ", Stored());
+    ExpectRecovered(kTheirs);
+}
+
+TEST_F(ConflictTest, AttributeThatTheServerCannotCompareIsComparedBeforeTheChange) {
+    DirectoryServer server(kSchemaWithoutComparison);
+    Use(server, test::kSuffix);
+    server.AddFile("a.kra", folder_, kOld);
+    EXPECT_EQ(1, LoadChanged()->Release());
+    EXPECT_EQ(kNew, Stored());
+    const auto file = LoadChanged();
+    Overwrite(kTheirs);
+    EXPECT_EQ(0, file->Release());
+    EXPECT_EQ(kTheirs, Stored());
+}
+
+TEST_F(ConflictTest, EntryWithoutContentsIsRecognised) {
+    DirectoryServer server(kSchemaWithoutComparison);
+    Use(server, test::kSuffix);
+    server.Apply("dn: " + Entry() + "\nobjectClass: quillonFileBinary\ncn: a.kra\n");
+    const auto file = LoadChanged();
+    EXPECT_EQ("(none)", Stored());
+    EXPECT_EQ(1, file->Release());
+    EXPECT_EQ(kNew, Stored());
+}
+
+TEST_F(ConflictTest, WithdrawnRightsStillHaveTheEditRecovered) {
+    server_.AddFile("a.kra", base_, kOld);
+    Define(server_.Port(), base_, test::kReader, test::kReaderPassword);
+    EXPECT_EQ(0, LoadChanged()->Release());
+    ExpectRecovered(kNew);
+    EXPECT_THAT(boxes_.Texts().back(), testing::StartsWith(test::MessageFor(50)));
+}
+
+}  // namespace
+}  // namespace depot
