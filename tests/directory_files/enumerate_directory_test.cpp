@@ -1,5 +1,7 @@
 #include "fileops/enumerate.h"
 
+#include <set>
+
 #include "config/file_types.h"
 #include "config/profile_file.h"
 #include "directory_files/directory_world.h"
@@ -174,6 +176,61 @@ TEST_F(EnumerateDirectoryTest, AServerThatIsDownListsNothing) {
     list_.Append(std::make_unique<CDepotItem>("x", nullptr));
     const CDepotItem item("<Gone>\\", &depot);
     EXPECT_EQ(1, Enumerate(list_, &item, ".*", {}, false));
+}
+
+// A server of the test's own with one large folder, and a depot "Large" over it.
+class EnumerateLargeDirectoryTest : public test::DirectoryWorldTest {
+protected:
+    void Start(const std::string& settings, int files) {
+        large_ = std::make_unique<test::DirectoryServer>(settings);
+        test::ForgetServer(large_->Port());
+        std::string ldif;
+        for (int index = 0; index < files; ++index) {
+            const std::string name = "f" + std::to_string(index) + ".kra";
+            ldif += "dn: cn=" + name + "," + test::kSuffix +
+                    "\nobjectClass: quillonFileBinary\ncn: " + name +
+                    "\nquillonFileContentsBinary: x\n\n";
+        }
+        large_->Apply(ldif);
+        auto location = large_->Location(test::kSuffix).Clone();
+        location->owner = depot_.paths.get();
+        depot_.name = "Large";
+        depot_.paths->Append(std::move(location));
+        depot_.paths->GetActivePath();
+        large_->Mark();
+    }
+    int List() {
+        const CDepotItem folder("<Large>\\", &depot_);
+        return Enumerate(list_, &folder, ".kra", {}, false);
+    }
+
+    std::unique_ptr<test::DirectoryServer> large_;
+    CDepot depot_{&world_.depots};
+    CDepotItems list_;
+};
+
+TEST_F(EnumerateLargeDirectoryTest, ServerThatPagesListsTwoThousandFiveHundredEntriesWhole) {
+    Start("database limits * size.soft=500 size.hard=500 size.prtotal=unlimited", 2500);
+    EXPECT_EQ(2500, List());
+    std::set<std::string> paths;
+    for (std::size_t index = 0; index < list_.Count(); ++index) {
+        paths.insert(list_.At(index)->path);
+    }
+    EXPECT_EQ(2500u, paths.size());
+    // The refused search, what the server offers, and six pages: users stand there as well.
+    EXPECT_EQ((OperationCounts{.binds = 1, .searches = 8}), large_->Counts());
+    EXPECT_THAT(boxes_.Boxes(), IsEmpty());
+}
+
+TEST_F(EnumerateLargeDirectoryTest, ServerThatLimitsAndDoesNotPageListsNothingAndKeepsItsCode) {
+    Start("database limits * size.soft=500 size.hard=500 size.prtotal=disabled", 10000);
+    EXPECT_EQ(0, List());
+    EXPECT_EQ(std::uint32_t{LDAP_SIZELIMIT_EXCEEDED}, depot_.DirectoryConnection()->LastError());
+    EXPECT_FALSE(depot_.DirectoryConnection()->IsConnected());
+    EXPECT_THAT(boxes_.Boxes(), IsEmpty());
+    // What else the list holds stays.
+    list_.Append(std::make_unique<CDepotItem>("x", nullptr));
+    EXPECT_EQ(1, List());
 }
 
 }  // namespace
