@@ -175,6 +175,28 @@ TEST_F(PagedListingTest, AServerThatGoesBetweenTwoPagesIsDownAndLeavesNoHalfList
     server_->Continue();
 }
 
+TEST_F(PagedListingTest, AFolderThatIsDeletedBetweenTwoPagesLeavesNoHalfListing) {
+    Start(kPaging);
+    AddFiles(501);
+    static std::unique_ptr<CLDAPItems> other;
+    other = std::make_unique<CLDAPItems>(location_.get());
+    ASSERT_EQ(1, other->ConnectLocation(nullptr));
+    items_->Paging().ldap_search_ext_s =
+        [](LDAP* connection, const PCHAR base, ULONG scope, const PCHAR filter, PCHAR attributes[],
+           ULONG typesOnly, PLDAPControlA* server, PLDAPControlA* client, l_timeval* timeout,
+           ULONG limit, LDAPMessage** result) -> ULONG {
+        if (++calls == 2) {
+            EXPECT_EQ(1, other->DeleteTree(base, nullptr));
+        }
+        return genuinePaging.ldap_search_ext_s(connection, base, scope, filter, attributes,
+                                               typesOnly, server, client, timeout, limit, result);
+    };
+    EXPECT_EQ(0, List());
+    EXPECT_EQ(std::uint32_t{LDAP_NO_SUCH_OBJECT}, items_->LastError());
+    EXPECT_EQ(0u, children_.Count());
+    other.reset();
+}
+
 TEST_F(PagedListingTest, PagesThatNeverHoldAnEntryEnd) {
     Start("database limits * size.soft=1 size.hard=1 size.prtotal=unlimited");
     AddFiles(2);

@@ -7,6 +7,7 @@
 #include "directory_files/directory_world.h"
 #include "model/local_mirror.h"
 #include "platform/paths.h"
+#include "platform/text.h"
 
 namespace depot {
 namespace {
@@ -22,6 +23,11 @@ protected:
              bool foldersOnly = false) {
         const CDepotItem item(folder, work_);
         return Enumerate(list_, &item, filter, subPath, foldersOnly);
+    }
+    // Adds a file whose name in its DN is written with escapes.
+    void AddEscaped(const std::string& name, const std::string& escaped) {
+        server_.Apply("dn: cn=" + escaped + "," + base_ + "\nobjectClass: quillonFileBinary\ncn: " +
+                      name + "\nquillonFileContentsBinary: x\n\n");
     }
     std::vector<std::string> Paths() const {
         std::vector<std::string> paths;
@@ -116,6 +122,56 @@ TEST_F(EnumerateDirectoryTest, HostileNamesAreLeftOut) {
     server_.AddFile("C:x.kra", base_, "x");
     EXPECT_EQ(1, List("<Work>\\", ".*"));
     EXPECT_THAT(Paths(), ElementsAre("<Work>\\a.kra"));
+}
+
+TEST_F(EnumerateDirectoryTest, NamesThatHoldADepotsPrefixAreLeftOutAndFormatsAreNot) {
+    AddEscaped("<Work>.kra", "\\3CWork\\3E.kra");
+    AddEscaped("a<b.kra", "a\\3Cb.kra");
+    AddEscaped("a>b.kra", "a\\3Eb.kra");
+    for (const char* name : {"100%s%n%99999d.kra", "%.kra"}) server_.AddFile(name, base_, "x");
+    EXPECT_EQ(2, List("<Work>\\", ".kra"));
+    EXPECT_THAT(Paths(), UnorderedElementsAre("<Work>\\100%s%n%99999d.kra", "<Work>\\%.kra"));
+}
+
+TEST_F(EnumerateDirectoryTest, ANameThatHoldsTheDepotsRootStaysAsItIs) {
+    const std::string name = "of " + base_ + ".kra";
+    AddEscaped(name, "of " + ReplaceAllNoCase(base_, ",", "\\,") + ".kra");
+    EXPECT_EQ(1, List("<Work>\\", ".kra"));
+    EXPECT_THAT(Paths(), ElementsAre("<Work>\\" + name));
+}
+
+std::string longName;
+
+TEST_F(EnumerateDirectoryTest, NamesLongerThanTheFindDataAreCutThereAndNotInThePath) {
+    server_.AddFile("a.kra", base_, "x");
+    DirectoryClient& client = Directory().Client();
+    // Servers store longer names than the one of the tests.
+    client.ldap_get_values = [](LDAP*, LDAPMessage*, PCHAR attribute) -> PCHAR* {
+        static char fileClass[] = "quillonFileBinary";
+        static PCHAR values[2] = {};
+        values[0] = EqualsNoCase(attribute, "objectClass") ? fileClass : longName.data();
+        return values;
+    };
+    client.ldap_value_free = [](PCHAR*) -> ULONG { return LDAP_SUCCESS; };
+    for (const std::size_t length : {255u, 259u, 260u, 300u}) {
+        SCOPED_TRACE(length);
+        longName = std::string(length - 4, 'n') + ".kra";
+        list_.RemoveAll(true);
+        ASSERT_EQ(1, List("<Work>\\", ".kra"));
+        EXPECT_EQ("<Work>\\" + longName, list_.At(0)->path);
+        EXPECT_EQ(longName.substr(0, MAX_PATH - 1), list_.At(0)->findData->cFileName);
+        EXPECT_EQ(64u, list_.At(0)->fileType);
+    }
+}
+
+TEST_F(EnumerateDirectoryTest, AFolderDeletedBeforeItsListingListsNothing) {
+    server_.AddFolder("sub", base_);
+    server_.AddFile("a.kra", DN("cn=sub"), "x");
+    EXPECT_EQ(1, List("<Work>\\sub", ".kra"));
+    ASSERT_EQ(1, Connected().DeleteTree(DN("cn=sub"), nullptr));
+    list_.RemoveAll(true);
+    EXPECT_EQ(0, List("<Work>\\sub", ".kra"));
+    EXPECT_EQ(std::uint32_t{LDAP_NO_SUCH_OBJECT}, Directory().LastError());
 }
 
 TEST_F(EnumerateDirectoryTest, IsOneBindAndOneOneLevelSearchWhateverTheFolderHolds) {
