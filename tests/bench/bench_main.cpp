@@ -9,6 +9,7 @@ int main() {
         depot::bench::MeasureValues(api.get());
         depot::bench::MeasureMacros();
         depot::bench::MeasureDirectory();
+        depot::bench::MeasureListings();
     }
     CoUninitialize();
     return 0;

@@ -17,4 +17,7 @@ void MeasureMacros();
 // Working with entries in a real directory server.
 void MeasureDirectory();
 
+// Listing folders of the file system and of a directory.
+void MeasureListings();
+
 }  // namespace depot::bench
