@@ -129,14 +129,44 @@ int CLDAPItems::ListChildren(const std::string& baseDN, LdapItemList& items,
     std::vector<std::string> wanted = {naming.folder, kObjectClass};
     if (!naming.AreTheSame()) wanted.push_back(naming.file);
     UniqueLdapMessage result;
-    const std::uint32_t code = Search(baseDN, LDAP_SCOPE_ONELEVEL, wanted, result);
-    if (code != LDAP_SUCCESS) return Fail(code, nullptr);
+    std::uint32_t code = Search(baseDN, LDAP_SCOPE_ONELEVEL, wanted, result);
+    if (code == LDAP_SUCCESS) AddChildren(result.get(), baseDN, localBase, items);
+    if (code == LDAP_SIZELIMIT_EXCEEDED) {
+        code = ListInPages({baseDN, filter_, wanted}, localBase, items);
+    }
+    return code == LDAP_SUCCESS ? 1 : Fail(code, nullptr);
+}
+
+PagingClient& CLDAPItems::Paging() {
+    if (!paging_) paging_.emplace(client_.library);
+    return *paging_;
+}
+
+std::uint32_t CLDAPItems::ListInPages(const ListingSearch& search, const std::string& localBase,
+                                      LdapItemList& items) {
+    PagedSearch pages(client_, Paging(), handle_.get());
+    if (!pages.IsOffered()) return LDAP_SIZELIMIT_EXCEEDED;
+    do {
+        UniqueLdapMessage page;
+        const std::uint32_t code = pages.Next(search, page);
+        if (code != LDAP_SUCCESS) {
+            // Half a listing would be taken for a whole one.
+            items.Clear();
+            unsafeNames_ = 0;
+            return code;
+        }
+        AddChildren(page.get(), search.base, localBase, items);
+    } while (pages.HasMore());
+    return LDAP_SUCCESS;
+}
+
+void CLDAPItems::AddChildren(LDAPMessage* result, const std::string& baseDN,
+                             const std::string& localBase, LdapItemList& items) {
     LDAP* const connection = handle_.get();
-    for (LDAPMessage* entry = client_.ldap_first_entry(connection, result.get()); entry != nullptr;
+    for (LDAPMessage* entry = client_.ldap_first_entry(connection, result); entry != nullptr;
          entry = client_.ldap_next_entry(connection, entry)) {
         AddChild(entry, baseDN, localBase, items);
     }
-    return 1;
 }
 
 void CLDAPItems::AddChild(LDAPMessage* entry, const std::string& baseDN,

@@ -41,6 +41,13 @@ struct LdapBytesFreer {
 };
 using UniqueLdapBytes = std::unique_ptr<berval*, LdapBytesFreer>;
 
+// Owns one value that stands alone.
+struct LdapValueFreer {
+    const DirectoryClient* client = nullptr;
+    void operator()(berval* value) const { client->ber_bvfree(value); }
+};
+using UniqueLdapValue = std::unique_ptr<berval, LdapValueFreer>;
+
 // Owns the position of a walk over an entry's attributes.
 struct LdapPositionFreer {
     const DirectoryClient* client = nullptr;

@@ -12,6 +12,7 @@
 #include "directory/dn.h"
 #include "directory/ldap_handles.h"
 #include "directory/ldap_item.h"
+#include "directory/paged_search.h"
 #include "platform/directory_client.h"
 #include "platform/directory_info_block.h"
 
@@ -97,6 +98,9 @@ public:
     // Lists the children of a folder into `items`, which is emptied first; each child's path is its
     // DN or, with a `localBase`, that folder's path joined with the child's name. Names that cannot
     // be local names are then left out and counted.
+    //
+    // A listing above the server's size limit is repeated in pages where the server offers that;
+    // otherwise it fails with code 4. A listing that fails leaves `items` empty.
     int ListChildren(const std::string& baseDN, LdapItemList& items,
                      const std::string& localBase = {});
     // How many children the last listing with a local base left out.
@@ -167,6 +171,8 @@ public:
     DirectoryInfoBlock& SharedInfo() { return info_; }
     // The entry points through which this object calls the client.
     DirectoryClient& Client() { return client_; }
+    // Those for listings in pages, bound on first need.
+    PagingClient& Paging();
     void SetPrompt(CredentialsPrompt* prompt) { prompt_ = prompt; }
 
 private:
@@ -190,6 +196,10 @@ private:
 
     std::uint32_t Search(const std::string& base, ULONG scope,
                          const std::vector<std::string>& attributes, UniqueLdapMessage& result);
+    std::uint32_t ListInPages(const ListingSearch& search, const std::string& localBase,
+                              LdapItemList& items);
+    void AddChildren(LDAPMessage* result, const std::string& baseDN, const std::string& localBase,
+                     LdapItemList& items);
     void AddChild(LDAPMessage* entry, const std::string& baseDN, const std::string& localBase,
                   LdapItemList& items);
     LDAPMessage* EntryNamed(LDAPMessage* result, const std::string& dn) const;
@@ -207,6 +217,7 @@ private:
     int AddFolders(const LdapItemList& missing, std::string* errorText);
 
     DirectoryClient client_;
+    std::optional<PagingClient> paging_;
     std::uint32_t clientBound_ = 0;
     std::uint32_t connected_ = 0;
     std::string filter_ = "(objectClass=*)";

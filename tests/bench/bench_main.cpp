@@ -10,6 +10,7 @@ int main() {
         depot::bench::MeasureMacros();
         depot::bench::MeasureDirectory();
         depot::bench::MeasureWorkingCopies(api.get());
+        depot::bench::MeasureListings();
     }
     CoUninitialize();
     return 0;

@@ -20,4 +20,7 @@ void MeasureDirectory();
 // Loading and releasing files of a directory, and many sessions at once.
 void MeasureWorkingCopies(IDepotIntrApi* api);
 
+// Listing folders of the file system and of a directory.
+void MeasureListings();
+
 }  // namespace depot::bench

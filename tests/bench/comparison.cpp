@@ -35,8 +35,8 @@ void PrintHeader(const std::string& title) {
                 "raw min", "raw med", "own min", "own med", "min x", "med x", "goal");
 }
 
-void Compare(const std::string& name, double goal, const std::function<void()>& measured,
-             const std::function<void()>& raw, int repetitions) {
+Minima Compare(const std::string& name, double goal, const std::function<void()>& measured,
+               const std::function<void()>& raw, int repetitions) {
     std::vector<double> rawTimes, ownTimes;
     for (int repetition = -kWarmUps; repetition < repetitions; ++repetition) {
         // Neither side always finds what the other has just warmed up or left behind.
@@ -52,6 +52,13 @@ void Compare(const std::string& name, double goal, const std::function<void()>& 
     std::printf("%-44s %8.0fus %8.0fus %8.0fus %8.0fus %6.2fx %6.2fx %5.2fx\n", name.c_str(),
                 rawSummary.minimum, rawSummary.median, own.minimum, own.median,
                 own.minimum / rawSummary.minimum, own.median / rawSummary.median, goal);
+    std::fflush(stdout);
+    return {own.minimum, rawSummary.minimum};
+}
+
+void PrintGrowth(const std::string& name, const Minima& smaller, const Minima& larger) {
+    std::printf("%-44s raw %.1fx, own %.1fx\n", name.c_str(), larger.raw / smaller.raw,
+                larger.own / smaller.own);
     std::fflush(stdout);
 }
 

@@ -11,11 +11,20 @@ namespace depot::bench {
 inline constexpr int kUsualRepetitions = 15;
 inline constexpr int kFewRepetitions = 7;
 
+// What a comparison found, in microseconds.
+struct Minima {
+    double own;
+    double raw;
+};
+
 // Runs `measured` and `raw` in turns, first to warm up and then `repetitions` times each, and
 // prints one row: the minimum and the median of both and the ratios. The goal is the highest ratio
-// that counts as good.
-void Compare(const std::string& name, double goal, const std::function<void()>& measured,
-             const std::function<void()>& raw, int repetitions = kUsualRepetitions);
+// that counts as good. Returns the minima.
+Minima Compare(const std::string& name, double goal, const std::function<void()>& measured,
+               const std::function<void()>& raw, int repetitions = kUsualRepetitions);
+
+// Prints by what factor the time of each side grew from one comparison to a larger one.
+void PrintGrowth(const std::string& name, const Minima& smaller, const Minima& larger);
 
 void PrintHeader(const std::string& title);
 

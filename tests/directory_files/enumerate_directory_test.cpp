@@ -1,10 +1,13 @@
 #include "fileops/enumerate.h"
 
+#include <set>
+
 #include "config/file_types.h"
 #include "config/profile_file.h"
 #include "directory_files/directory_world.h"
 #include "model/local_mirror.h"
 #include "platform/paths.h"
+#include "platform/text.h"
 
 namespace depot {
 namespace {
@@ -20,6 +23,11 @@ protected:
              bool foldersOnly = false) {
         const CDepotItem item(folder, work_);
         return Enumerate(list_, &item, filter, subPath, foldersOnly);
+    }
+    // Adds a file whose name in its DN is written with escapes.
+    void AddEscaped(const std::string& name, const std::string& escaped) {
+        server_.Apply("dn: cn=" + escaped + "," + base_ + "\nobjectClass: quillonFileBinary\ncn: " +
+                      name + "\nquillonFileContentsBinary: x\n\n");
     }
     std::vector<std::string> Paths() const {
         std::vector<std::string> paths;
@@ -116,6 +124,56 @@ TEST_F(EnumerateDirectoryTest, HostileNamesAreLeftOut) {
     EXPECT_THAT(Paths(), ElementsAre("<Work>\\a.kra"));
 }
 
+TEST_F(EnumerateDirectoryTest, NamesThatHoldADepotsPrefixAreLeftOutAndFormatsAreNot) {
+    AddEscaped("<Work>.kra", "\\3CWork\\3E.kra");
+    AddEscaped("a<b.kra", "a\\3Cb.kra");
+    AddEscaped("a>b.kra", "a\\3Eb.kra");
+    for (const char* name : {"100%s%n%99999d.kra", "%.kra"}) server_.AddFile(name, base_, "x");
+    EXPECT_EQ(2, List("<Work>\\", ".kra"));
+    EXPECT_THAT(Paths(), UnorderedElementsAre("<Work>\\100%s%n%99999d.kra", "<Work>\\%.kra"));
+}
+
+TEST_F(EnumerateDirectoryTest, ANameThatHoldsTheDepotsRootStaysAsItIs) {
+    const std::string name = "of " + base_ + ".kra";
+    AddEscaped(name, "of " + ReplaceAllNoCase(base_, ",", "\\,") + ".kra");
+    EXPECT_EQ(1, List("<Work>\\", ".kra"));
+    EXPECT_THAT(Paths(), ElementsAre("<Work>\\" + name));
+}
+
+std::string longName;
+
+TEST_F(EnumerateDirectoryTest, NamesLongerThanTheFindDataAreCutThereAndNotInThePath) {
+    server_.AddFile("a.kra", base_, "x");
+    DirectoryClient& client = Directory().Client();
+    // Servers store longer names than the one of the tests.
+    client.ldap_get_values = [](LDAP*, LDAPMessage*, PCHAR attribute) -> PCHAR* {
+        static char fileClass[] = "quillonFileBinary";
+        static PCHAR values[2] = {};
+        values[0] = EqualsNoCase(attribute, "objectClass") ? fileClass : longName.data();
+        return values;
+    };
+    client.ldap_value_free = [](PCHAR*) -> ULONG { return LDAP_SUCCESS; };
+    for (const std::size_t length : {255u, 259u, 260u, 300u}) {
+        SCOPED_TRACE(length);
+        longName = std::string(length - 4, 'n') + ".kra";
+        list_.RemoveAll(true);
+        ASSERT_EQ(1, List("<Work>\\", ".kra"));
+        EXPECT_EQ("<Work>\\" + longName, list_.At(0)->path);
+        EXPECT_EQ(longName.substr(0, MAX_PATH - 1), list_.At(0)->findData->cFileName);
+        EXPECT_EQ(64u, list_.At(0)->fileType);
+    }
+}
+
+TEST_F(EnumerateDirectoryTest, AFolderDeletedBeforeItsListingListsNothing) {
+    server_.AddFolder("sub", base_);
+    server_.AddFile("a.kra", DN("cn=sub"), "x");
+    EXPECT_EQ(1, List("<Work>\\sub", ".kra"));
+    ASSERT_EQ(1, Connected().DeleteTree(DN("cn=sub"), nullptr));
+    list_.RemoveAll(true);
+    EXPECT_EQ(0, List("<Work>\\sub", ".kra"));
+    EXPECT_EQ(std::uint32_t{LDAP_NO_SUCH_OBJECT}, Directory().LastError());
+}
+
 TEST_F(EnumerateDirectoryTest, IsOneBindAndOneOneLevelSearchWhateverTheFolderHolds) {
     server_.AddFolder("sub", base_);
     for (int index = 0; index < 20; ++index) {
@@ -174,6 +232,61 @@ TEST_F(EnumerateDirectoryTest, AServerThatIsDownListsNothing) {
     list_.Append(std::make_unique<CDepotItem>("x", nullptr));
     const CDepotItem item("<Gone>\\", &depot);
     EXPECT_EQ(1, Enumerate(list_, &item, ".*", {}, false));
+}
+
+// A server of the test's own with one large folder, and a depot "Large" over it.
+class EnumerateLargeDirectoryTest : public test::DirectoryWorldTest {
+protected:
+    void Start(const std::string& settings, int files) {
+        large_ = std::make_unique<test::DirectoryServer>(settings);
+        test::ForgetServer(large_->Port());
+        std::string ldif;
+        for (int index = 0; index < files; ++index) {
+            const std::string name = "f" + std::to_string(index) + ".kra";
+            ldif += "dn: cn=" + name + "," + test::kSuffix +
+                    "\nobjectClass: quillonFileBinary\ncn: " + name +
+                    "\nquillonFileContentsBinary: x\n\n";
+        }
+        large_->Apply(ldif);
+        auto location = large_->Location(test::kSuffix).Clone();
+        location->owner = depot_.paths.get();
+        depot_.name = "Large";
+        depot_.paths->Append(std::move(location));
+        depot_.paths->GetActivePath();
+        large_->Mark();
+    }
+    int List() {
+        const CDepotItem folder("<Large>\\", &depot_);
+        return Enumerate(list_, &folder, ".kra", {}, false);
+    }
+
+    std::unique_ptr<test::DirectoryServer> large_;
+    CDepot depot_{&world_.depots};
+    CDepotItems list_;
+};
+
+TEST_F(EnumerateLargeDirectoryTest, ServerThatPagesListsTwoThousandFiveHundredEntriesWhole) {
+    Start("database limits * size.soft=500 size.hard=500 size.prtotal=unlimited", 2500);
+    EXPECT_EQ(2500, List());
+    std::set<std::string> paths;
+    for (std::size_t index = 0; index < list_.Count(); ++index) {
+        paths.insert(list_.At(index)->path);
+    }
+    EXPECT_EQ(2500u, paths.size());
+    // The refused search, what the server offers, and six pages: users stand there as well.
+    EXPECT_EQ((OperationCounts{.binds = 1, .searches = 8}), large_->Counts());
+    EXPECT_THAT(boxes_.Boxes(), IsEmpty());
+}
+
+TEST_F(EnumerateLargeDirectoryTest, ServerThatLimitsAndDoesNotPageListsNothingAndKeepsItsCode) {
+    Start("database limits * size.soft=500 size.hard=500 size.prtotal=disabled", 10000);
+    EXPECT_EQ(0, List());
+    EXPECT_EQ(std::uint32_t{LDAP_SIZELIMIT_EXCEEDED}, depot_.DirectoryConnection()->LastError());
+    EXPECT_FALSE(depot_.DirectoryConnection()->IsConnected());
+    EXPECT_THAT(boxes_.Boxes(), IsEmpty());
+    // What else the list holds stays.
+    list_.Append(std::make_unique<CDepotItem>("x", nullptr));
+    EXPECT_EQ(1, List());
 }
 
 }  // namespace

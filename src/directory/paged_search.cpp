@@ -1,0 +1,116 @@
+#include "directory/paged_search.h"
+
+#include <memory>
+
+#include "directory/client_support.h"
+
+namespace depot {
+namespace {
+
+constexpr char kPagingControl[] = "1.2.840.113556.1.4.319";
+constexpr char kOfferedControls[] = "supportedControl";
+constexpr char kAnyEntry[] = "(objectClass=*)";
+
+// A server may send pages without entries; one that sends nothing else would never end.
+constexpr int kMaxEmptyPages = 100;
+
+struct ControlFreer {
+    const PagingClient* paging = nullptr;
+    void operator()(LDAPControlA* control) const { paging->ldap_control_free(control); }
+};
+using UniqueControl = std::unique_ptr<LDAPControlA, ControlFreer>;
+
+struct ControlsFreer {
+    const PagingClient* paging = nullptr;
+    void operator()(LDAPControlA** controls) const { paging->ldap_controls_free(controls); }
+};
+using UniqueControls = std::unique_ptr<LDAPControlA*, ControlsFreer>;
+
+// The ways in which a server says that it gives no pages to this user or of this size.
+bool IsRefusal(std::uint32_t code) {
+    switch (code) {
+        case LDAP_PROTOCOL_ERROR:
+        case LDAP_ADMIN_LIMIT_EXCEEDED:
+        case LDAP_UNAVAILABLE_CRIT_EXTENSION:
+        case LDAP_UNWILLING_TO_PERFORM:
+            return true;
+        default:
+            return false;
+    }
+}
+
+bool HoldsText(const UniqueLdapValues& values, const char* text) {
+    for (char** value = values.get(); value != nullptr && *value != nullptr; ++value) {
+        if (std::string_view(*value) == text) return true;
+    }
+    return false;
+}
+
+}  // namespace
+
+bool PagedSearch::IsOffered() const {
+    if (!paging_.IsComplete()) return false;
+    // What a server offers stands in the entry without a name.
+    std::string noName, filter = kAnyEntry, attribute = kOfferedControls;
+    char* attributes[] = {attribute.data(), nullptr};
+    LDAPMessage* message = nullptr;
+    const ULONG code = client_.ldap_search_s(connection_, noName.data(), LDAP_SCOPE_BASE,
+                                             filter.data(), attributes, 0, &message);
+    const UniqueLdapMessage result(message, {&client_});
+    if (code != LDAP_SUCCESS) return false;
+    LDAPMessage* const entry = client_.ldap_first_entry(connection_, message);
+    if (entry == nullptr) return false;
+    const UniqueLdapValues offered(client_.ldap_get_values(connection_, entry, attribute.data()),
+                                   {&client_});
+    return HoldsText(offered, kPagingControl);
+}
+
+std::uint32_t PagedSearch::Next(const ListingSearch& search, UniqueLdapMessage& page) {
+    std::uint32_t code = Fetch(search, page);
+    if (code == LDAP_SUCCESS) code = ReadCookie(page.get());
+    if (code != LDAP_SUCCESS) {
+        page.reset();
+        return IsRefusal(code) ? std::uint32_t{LDAP_SIZELIMIT_EXCEEDED} : code;
+    }
+    const bool empty = client_.ldap_first_entry(connection_, page.get()) == nullptr;
+    emptyPages_ = empty ? emptyPages_ + 1 : 0;
+    return emptyPages_ > kMaxEmptyPages ? LDAP_SIZELIMIT_EXCEEDED : LDAP_SUCCESS;
+}
+
+std::uint32_t PagedSearch::Fetch(const ListingSearch& search, UniqueLdapMessage& page) const {
+    // Critical: a server that cannot answer in pages refuses instead of sending what it can.
+    constexpr UCHAR kCritical = 1;
+    LDAPControlA* created = nullptr;
+    const ULONG code = paging_.ldap_create_page_control(connection_, kEntriesAPage, cookie_.get(),
+                                                        kCritical, &created);
+    const UniqueControl control(created, {&paging_});
+    if (code != LDAP_SUCCESS) return code;
+    std::vector<char*> names;
+    for (const std::string& attribute : search.attributes) names.push_back(ClientText(attribute));
+    names.push_back(nullptr);
+    LDAPControlA* controls[] = {control.get(), nullptr};
+    LDAPMessage* message = nullptr;
+    const std::uint32_t searched = paging_.ldap_search_ext_s(
+        connection_, ClientText(search.base), LDAP_SCOPE_ONELEVEL, ClientText(search.filter),
+        names.data(), 0, controls, nullptr, nullptr, 0, &message);
+    page = UniqueLdapMessage(message, {&client_});
+    return searched;
+}
+
+std::uint32_t PagedSearch::ReadCookie(LDAPMessage* page) {
+    ULONG serverCode = LDAP_SUCCESS;
+    LDAPControlA** received = nullptr;
+    const ULONG parsed = paging_.ldap_parse_result(connection_, page, &serverCode, nullptr, nullptr,
+                                                   nullptr, &received, FALSE);
+    const UniqueControls controls(received, {&paging_});
+    if (parsed != LDAP_SUCCESS) return parsed;
+    if (serverCode != LDAP_SUCCESS) return serverCode;
+    ULONG estimate = 0;
+    berval* cookie = nullptr;
+    const ULONG code =
+        paging_.ldap_parse_page_control(connection_, controls.get(), &estimate, &cookie);
+    cookie_.reset(cookie);
+    return code;
+}
+
+}  // namespace depot

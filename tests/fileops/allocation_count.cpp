@@ -1,0 +1,35 @@
+#include "fileops/allocation_count.h"
+
+#include <atomic>
+#include <cstdlib>
+#include <new>
+
+namespace {
+
+std::atomic<std::size_t> calls{0};
+std::atomic<std::size_t> allocatedBytes{0};
+
+}  // namespace
+
+void* operator new(std::size_t bytes) {
+    ++calls;
+    allocatedBytes += bytes;
+    if (void* const memory = std::malloc(bytes == 0 ? 1 : bytes)) return memory;
+    throw std::bad_alloc();
+}
+
+void operator delete(void* memory) noexcept {
+    std::free(memory);
+}
+
+void operator delete(void* memory, std::size_t) noexcept {
+    std::free(memory);
+}
+
+namespace depot::test {
+
+AllocationCount Allocated() {
+    return {calls, allocatedBytes};
+}
+
+}  // namespace depot::test
