@@ -221,7 +221,8 @@ std::uint32_t CLDAPItems::ReplaceFileContents(const std::string& dn, const void*
 std::uint32_t CLDAPItems::ReplaceUnchangedContents(const std::string& dn, const void* data,
                                                    std::uint32_t length,
                                                    const FileBuffer& present) {
-    if (!IsConnected() || !OffersAssertions()) return ReplaceFileContents(dn, data, length);
+    if (!IsConnected() || present.length > kLargestCondition || !OffersAssertions())
+        return ReplaceFileContents(dn, data, length);
     std::string name = kAssertionControl;
     std::vector<std::uint8_t> filter = AssertContents(ContentsAttribute(), present);
     LDAPControlA assertion = {};

@@ -29,6 +29,9 @@ inline constexpr std::uint32_t kFileBufferReserve = 4;
 // The directory's code for a change whose condition does not hold.
 inline constexpr std::uint32_t kContentsChanged = 122;
 
+// Servers limit the size of a request, and a condition carries all bytes that it is about.
+inline constexpr std::uint32_t kLargestCondition = 1024 * 1024;
+
 // The default names of a location's schema, for which an empty text in its record stands.
 inline constexpr char kDefaultNamingAttribute[] = "CN";
 inline constexpr char kDefaultFolderClass[] = "quillonFolder";
@@ -119,9 +122,9 @@ public:
                                       std::uint32_t length);
 
     // Replaces the contents only while they are what `present` says, with kContentsChanged as the
-    // code when they are not. The server tests and replaces in one request when it offers to;
-    // elsewhere the caller, who has just read `present`, has tested, and whatever is stored in
-    // between is replaced.
+    // code when they are not. The server tests and replaces in one request when it offers to and
+    // `present` has no more than kLargestCondition bytes; else the caller, who has just read
+    // `present`, has tested, and whatever is stored in between is replaced.
     std::uint32_t ReplaceUnchangedContents(const std::string& dn, const void* data,
                                            std::uint32_t length, const FileBuffer& present);
 

@@ -213,6 +213,24 @@ TEST_F(ConflictTest, VersionStoredJustBeforeTheChangeIsReplacedWhereTheServerDoe
     EXPECT_EQ(kNew, Stored());
 }
 
+TEST_F(ConflictTest, VersionsOfUpToOneMegabyteAreTestedByTheServer) {
+    server_.AddFile("a.kra", base_, kOld);
+    static int conditional;
+    other.conditional = Directory().Client().ldap_modify_ext_s;
+    Directory().Client().ldap_modify_ext_s = [](LDAP* connection, char* dn, LDAPModA** changes,
+                                                LDAPControlA** server,
+                                                LDAPControlA** client) -> ULONG {
+        ++conditional;
+        return other.conditional(connection, dn, changes, server, client);
+    };
+    for (const std::uint32_t size : {1024 * 1024, 1024 * 1024 + 1}) {
+        conditional = 0;
+        Overwrite(std::string(size, 'v'));
+        EXPECT_EQ(1, LoadChanged()->Release());
+        EXPECT_EQ(size == kLargestCondition ? 1 : 0, conditional);
+    }
+}
+
 TEST_F(ConflictTest, ServerIsAskedOnceWhatItOffers) {
     server_.AddFile("a.kra", base_, kOld);
     auto file = LoadChanged();
