@@ -1,6 +1,23 @@
 #include "fileops/shell_operation.h"
 
+#include <algorithm>
+
+#include "platform/paths.h"
+#include "platform/same_file.h"
+
 namespace depot {
+namespace {
+
+// Tells whether the operation would put the source into itself.
+bool GoesIntoItself(UINT operation, const std::string& source, const std::string& target) {
+    if (IsInsideFolder(target, source)) return true;
+    // A file or folder may be renamed to its own name in other letters.
+    return operation != FO_RENAME &&
+           (IsSameFile(source, target) ||
+            IsSameFile(source, JoinPath(target, NamePart(RemoveTrailingBackslash(source)))));
+}
+
+}  // namespace
 
 std::string ShellPathList(const std::vector<std::string>& paths, std::size_t pathBytes) {
     std::string list;
@@ -17,7 +34,11 @@ bool RunShellOperation(UINT operation, const std::vector<std::string>& sources,
                        std::size_t pathBytes) {
     const std::string from = ShellPathList(sources, pathBytes);
     const std::string to = target ? ShellPathList({*target}, pathBytes) : std::string();
-    if (sources.empty() || from.empty() || (target && to.empty())) {
+    const bool intoItself =
+        target && std::any_of(sources.begin(), sources.end(), [&](const std::string& source) {
+            return GoesIntoItself(operation, source, *target);
+        });
+    if (sources.empty() || from.empty() || (target && to.empty()) || intoItself) {
         SetLastError(ERROR_INVALID_PARAMETER);
         return false;
     }

@@ -37,12 +37,15 @@ bool PlanDownload(CLDAPItems& directory, const std::string& dn, const std::strin
         if (directory.ListChildren(parent.dn, children) == 0) return false;
         for (const CLDAPItem* child : children) {
             std::string name;
-            bool isFolder = false;
-            if (directory.SplitEntryName(child->path, name, isFolder) == 0 ||
+            bool nameOfFolder = false;
+            if (directory.SplitEntryName(child->path, name, nameOfFolder) == 0 ||
                 !IsSafeLocalName(name)) {
                 ++plan.unsafeNames;
                 continue;
             }
+            // What the entry is, not what its name looks like: a file without a dot and a folder
+            // with one keep what they hold.
+            const bool isFolder = child->isFolder != 0;
             plan.steps.push_back({child->path, JoinPath(parent.localPath, name), isFolder});
             if (!isFolder) ++plan.files;
         }

@@ -256,6 +256,20 @@ TEST_F(TransferTest, AFolderCannotGoIntoItself) {
     ExpectTree(tree);
 }
 
+TEST_F(TransferTest, FilesWithoutADotAndFoldersWithOneKeepWhatTheyHoldInATree) {
+    const std::string tree = AddTree("tree");
+    server_.AddFile("README", tree, "3");
+    server_.AddFolder("v1.2", tree);
+    server_.AddFile("c.kra", "cn=v1.2," + tree, "4");
+    EXPECT_EQ(1, Download(Directory(), tree, At("out"), &error_));
+    EXPECT_EQ("3", FileBytes(At("out\\README")));
+    EXPECT_EQ("4", FileBytes(At("out\\v1.2\\c.kra")));
+    MoveEntry(Directory(), tree, DN("cn=moved"), &error_);
+    ExpectTree(DN("cn=moved"));
+    EXPECT_EQ("3", Contents(DN("cn=README,cn=moved")));
+    EXPECT_EQ("4", Contents(DN("cn=c.kra,cn=v1.2,cn=moved")));
+}
+
 TEST_F(TransferTest, EntriesAreFoundAndRemovedWithWhatIsBelow) {
     const std::string tree = AddTree("tree");
     EXPECT_EQ(1, EntryExists(Directory(), tree, nullptr));

@@ -153,5 +153,23 @@ TEST_F(ItemOperationsTest, AListWithAMissingSourceFails) {
     EXPECT_EQ(0, OnList({"<Work>\\none.kra"}, nullptr, FO_DELETE));
 }
 
+TEST_F(ItemOperationsTest, AFolderGoesIntoItselfThroughNoDepot) {
+    world_.folder.MakeFolder("w\\tree\\sub");
+    Make("w\\tree\\a.kra", "1");
+    CDepot& same = world_.AddAt("Same", "Same", At("h\\..\\w"));
+    for (const char* path :
+         {"<Same>\\tree\\sub", "<Same>\\tree\\new", "<Same>\\tree", "<Same>\\"}) {
+        SCOPED_TRACE(path);
+        const CDepotItem target(path, &same);
+        for (const UINT operation : {FO_COPY, FO_MOVE}) {
+            EXPECT_EQ(0, OnList({"<Work>\\tree"}, &target, operation));
+        }
+    }
+    EXPECT_EQ("1", FileBytes(At("w\\tree\\a.kra")));
+    EXPECT_FALSE(Exists(At("w\\tree\\new")));
+    EXPECT_FALSE(Exists(At("w\\tree\\tree")));
+    EXPECT_FALSE(Exists(At("w\\tree\\sub\\tree")));
+}
+
 }  // namespace
 }  // namespace depot

@@ -1,0 +1,16 @@
+// Telling whether two paths name the same place, whatever they are spelled like: other letters,
+// other drives, links and relative parts make no difference.
+#pragma once
+
+#include <string>
+
+namespace depot {
+
+// Tells whether both paths name the same file or folder; false when either does not exist.
+bool IsSameFile(const std::string& left, const std::string& right);
+
+// Tells whether `path`, which need not exist, lies at any depth inside an existing folder. The
+// folder is not inside itself.
+bool IsInsideFolder(const std::string& path, const std::string& folder);
+
+}  // namespace depot
