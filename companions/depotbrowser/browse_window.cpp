@@ -46,7 +46,6 @@ BrowseOutcome BrowseWindow::Show(std::vector<std::string>& chosen) {
         CreateDialogIndirectParamW(OwnModule(), reinterpret_cast<const DLGTEMPLATE*>(dialog.data()),
                                    settings_.owner, Handle, reinterpret_cast<LPARAM>(this));
     if (window == nullptr || outcome_) return BrowseOutcome::kNotShown;
-    ShowWindow(window, SW_SHOW);
     RunModally(
         window, settings_.owner, [this] { return outcome_.has_value(); },
         [this](const MSG& message) { return TranslateKey(message); });

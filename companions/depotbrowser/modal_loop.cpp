@@ -25,6 +25,7 @@ private:
 void RunModally(HWND window, HWND owner, const std::function<bool()>& ended,
                 const std::function<bool(const MSG& message)>& translate) {
     const OwnerDisabled disabled(owner);
+    ShowWindow(window, SW_SHOW);
     MSG message = {};
     while (!ended() && IsWindow(window)) {
         const BOOL got = GetMessageW(&message, nullptr, 0, 0);

@@ -7,9 +7,10 @@
 
 namespace depot {
 
-// Disables the owner, which may be null, and handles the thread's messages until `ended` holds or
-// the window is gone; then the owner is usable again. `translate` sees each message first and
-// returns whether it is done with it. A request to end the program is kept for the caller's loop.
+// Disables the owner, which may be null, shows the window and handles the thread's messages until
+// `ended` holds or the window is gone; then the owner is usable again. `translate` sees each
+// message first and returns whether it is done with it. A request to end the program is kept for
+// the caller's loop.
 void RunModally(HWND window, HWND owner, const std::function<bool()>& ended,
                 const std::function<bool(const MSG& message)>& translate);
 
