@@ -12,8 +12,8 @@ find_path(STDOLE2 stdole2.tlb
 #
 # Compiles SERVER.idl of the current folder and makes the static library LIBRARY: the header
 # SERVER.h for everyone who speaks the interface, with the identifiers' values. SERVER.tlb stands in
-# the current binary folder, and so does class.rgs, in which the identifiers named PREFIX_... of
-# identifiers.h are filled in.
+# the current binary folder, and so do class.rgs and its like, in which the identifiers named
+# PREFIX_... of identifiers.h are filled in.
 function(com_interface library server prefix)
     set(sources ${CMAKE_CURRENT_SOURCE_DIR})
     set(generated ${CMAKE_CURRENT_BINARY_DIR})
@@ -38,7 +38,11 @@ function(com_interface library server prefix)
             set(${CMAKE_MATCH_1} ${CMAKE_MATCH_2})
         endif()
     endforeach()
-    configure_file(${sources}/class.rgs.in ${generated}/class.rgs @ONLY)
+    file(GLOB scripts CONFIGURE_DEPENDS ${sources}/*class.rgs.in)
+    foreach(script IN LISTS scripts)
+        get_filename_component(name ${script} NAME_WLE)
+        configure_file(${script} ${generated}/${name} @ONLY)
+    endforeach()
 
     add_library(${library} STATIC ${generated}/${server}_i.c ${generated}/include/${server}.h)
     target_include_directories(${library} SYSTEM PUBLIC ${generated}/include)

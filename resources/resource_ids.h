@@ -38,3 +38,20 @@
 #define IDS_BROWSE_NOT_WRITABLE 558       // %s: the place that was chosen
 #define IDS_BROWSE_LOADING 559
 #define IDS_BROWSE_FOLDER 560
+#define IDS_BROWSE_SKEIN_FILE 561
+#define IDS_BROWSE_KICKOFF_FILE 562
+#define IDS_BROWSE_SESSION_FILE 563
+#define IDS_BROWSE_OTHER_FILE 564  // %s: the extension in capitals
+#define IDS_BROWSE_KILOBYTES 565  // %s: a number
+#define IDS_BROWSE_DEPOTS 566
+#define IDS_BROWSE_FILES 567
+#define IDS_BROWSE_EMPTY 568
+#define IDS_BROWSE_STOPPED 569
+#define IDS_BROWSE_NOT_FOUND 570  // %s: what was typed
+#define IDS_BROWSE_CANNOT_OPEN 571  // %s: the folder
+#define IDS_BROWSE_EXISTS 572  // %s: the name
+#define IDS_BROWSE_BAD_NAME 573  // %s: what was typed
+#define IDS_BROWSE_FAILED 574  // %s: the name of the file or folder
+#define IDS_BROWSE_CONFIRM_DELETE_SEVERAL 575  // %s: how many
+#define IDS_BROWSE_WORKING 576
+#define IDS_BROWSE_OUTSIDE 577  // %s: what was typed

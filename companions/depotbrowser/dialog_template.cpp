@@ -39,12 +39,12 @@ struct ScreenReleaser {
 };
 using UniqueScreen = std::unique_ptr<std::remove_pointer_t<HDC>, ScreenReleaser>;
 
+}  // namespace
+
 int PixelsPerInch() {
     const UniqueScreen screen(GetDC(nullptr));
     return GetDeviceCaps(screen.get(), LOGPIXELSY);
 }
-
-}  // namespace
 
 DialogFont SystemMessageFont() {
     NONCLIENTMETRICSW metrics = {};

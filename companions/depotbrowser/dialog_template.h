@@ -20,6 +20,9 @@ struct DialogFont {
     std::wstring face;
 };
 
+// The resolution that the system counts the screen with.
+int PixelsPerInch();
+
 // The font of the system's message boxes; nothing when the system does not tell.
 DialogFont SystemMessageFont();
 

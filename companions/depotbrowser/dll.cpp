@@ -1,8 +1,14 @@
-// The entry points of the DLL, and the class that it offers.
+// The entry points of the DLL, and the classes that it offers.
+#include "depotbrowser/depot_browse_dialog.h"
 #include "depotbrowser/identifiers.h"
+#include "depotbrowser/prompt_text.h"
 #include "depotbrowser/user_password_prompt_dialog.h"
+#include "depotbrowser/worker_notices.h"
 #include "host/braced_text.h"
 #include "host/com_object.h"
+#include "host/language_settings.h"
+#include "model/localization.h"
+#include "platform/ansi_case.h"
 #include "platform/compiler.h"
 #include "platform/module_state.h"
 #include "platform/no_destructor.h"
@@ -11,17 +17,23 @@ namespace depot {
 namespace {
 
 constexpr WORD kPromptScript = 101;
+constexpr WORD kBrowseScript = 102;
 
-HRESULT CreatePrompt(REFIID interfaceId, void** object) {
-    return CreateComObject<CComObject<CUserPasswordPromptDialog>>(interfaceId, object);
+template <class Class>
+HRESULT Create(REFIID interfaceId, void** object) {
+    return CreateComObject<CComObject<Class>>(interfaceId, object);
 }
 
-HRESULT CreateAggregatedPrompt(IUnknown* outer, void** object) {
-    return CreateComObject<CComAggObject<CUserPasswordPromptDialog>>(IID_IUnknown, object, outer);
+template <class Class>
+HRESULT CreateAggregated(IUnknown* outer, void** object) {
+    return CreateComObject<CComAggObject<Class>>(IID_IUnknown, object, outer);
 }
 
 const ObjectMapEntry kObjectMap[] = {
-    {CLSID_UserPasswordPromptDialog, kPromptScript, CreatePrompt, CreateAggregatedPrompt, nullptr},
+    {CLSID_UserPasswordPromptDialog, kPromptScript, Create<CUserPasswordPromptDialog>,
+     CreateAggregated<CUserPasswordPromptDialog>, nullptr},
+    {CLSID_DepotBrowseDialog, kBrowseScript, Create<CDepotBrowseDialog>,
+     CreateAggregated<CDepotBrowseDialog>, nullptr},
 };
 
 const ModuleIdentity kIdentity = {DEPOT_BRACED_TEXT(DEPOTBROWSER_APPID), LIBID_DepotBrowserLib,
@@ -32,11 +44,21 @@ CComModule& BrowserModule() {
     return *module;
 }
 
+// Gives the depots what the host of the automation interface gives them there.
+void PrepareDepots() {
+    InstallAnsiCaseTable();
+    InstallLocalization({CurrentLanguageCode, PromptTextForNames});
+    RouteWorkerNotices();
+}
+
 }  // namespace
 }  // namespace depot
 
 DEPOT_ENTRY_POINT BOOL WINAPI DllMain(HINSTANCE, DWORD reason, void* processEnds) {
-    if (reason == DLL_PROCESS_ATTACH) depot::BrowserModule();
+    if (reason == DLL_PROCESS_ATTACH) {
+        depot::BrowserModule();
+        depot::PrepareDepots();
+    }
     // While a process ends nothing may be touched that other libraries may already have given up.
     if (reason == DLL_PROCESS_DETACH && processEnds == nullptr) {
         std::destroy_at(&depot::BrowserModule());

@@ -1,5 +1,6 @@
 #include "depotbrowser/prompt_text.h"
 
+#include "depotbrowser/ansi_text.h"
 #include "host/resource_library.h"
 #include "platform/directory_service.h"
 #include "platform/handles.h"
@@ -14,13 +15,6 @@ namespace {
 constexpr int kResourceCategory = 1;
 constexpr int kResourceItem = 3;
 
-std::wstring TextOf(HMODULE library, UINT id) {
-    // With no room given, the call hands out the text in place, which has no terminating NUL.
-    const wchar_t* text = nullptr;
-    const int length = LoadStringW(library, id, reinterpret_cast<wchar_t*>(&text), 0);
-    return length > 0 ? std::wstring(text, static_cast<std::size_t>(length)) : std::wstring();
-}
-
 // The library of the user's language, kept loaded once a dialog has been shown.
 HMODULE LocalizedLibrary() {
     static NoDestructor<UniqueModule> library(LoadResourceLibrary(
@@ -31,10 +25,22 @@ HMODULE LocalizedLibrary() {
 
 }  // namespace
 
+std::wstring LibraryText(HMODULE library, UINT id) {
+    // With no room given, the call hands out the text in place, which has no terminating NUL.
+    const wchar_t* text = nullptr;
+    const int length = LoadStringW(library, id, reinterpret_cast<wchar_t*>(&text), 0);
+    return length > 0 ? std::wstring(text, static_cast<std::size_t>(length)) : std::wstring();
+}
+
 std::wstring PromptText(UINT id) {
     const HMODULE localized = LocalizedLibrary();
-    std::wstring text = localized ? TextOf(localized, id) : std::wstring();
-    return text.empty() ? TextOf(OwnModule(), id) : text;
+    std::wstring text = localized ? LibraryText(localized, id) : std::wstring();
+    return text.empty() ? LibraryText(OwnModule(), id) : text;
+}
+
+std::optional<std::string> PromptTextForNames(unsigned id) {
+    const std::wstring text = PromptText(id);
+    return text.empty() ? std::nullopt : AnsiFromWide(text);
 }
 
 }  // namespace depot

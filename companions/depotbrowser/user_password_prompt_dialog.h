@@ -3,6 +3,7 @@
 
 #include "DepotBrowser.h"
 #include "depotbrowser/prompt_window.h"
+#include "depotbrowser/typelib_dispatch.h"
 #include "platform/win32.h"
 
 namespace depot {
@@ -10,21 +11,9 @@ namespace depot {
 // Holds the three texts that the dialog shows, and the two that it changes. Reference counting and
 // aggregation are the host's, which derives from this class. Texts that are returned belong to the
 // caller; no exception gets out.
-class CUserPasswordPromptDialog : public IUserPasswordPromptDialog {
+class CUserPasswordPromptDialog
+    : public TypeLibraryDispatch<IUserPasswordPromptDialog, &IID_IUserPasswordPromptDialog> {
 public:
-    // Returns this object under `interfaceId`, which is IUnknown, IDispatch or
-    // IUserPasswordPromptDialog, with an added reference; E_NOINTERFACE otherwise.
-    HRESULT InternalQueryInterface(REFIID interfaceId, void** object);
-
-    // IDispatch, served from the type library that the DLL carries.
-    STDMETHODIMP GetTypeInfoCount(UINT* count) noexcept override;
-    STDMETHODIMP GetTypeInfo(UINT index, LCID locale, ITypeInfo** typeInfo) noexcept override;
-    STDMETHODIMP GetIDsOfNames(REFIID reserved, LPOLESTR* names, UINT nameCount, LCID locale,
-                               DISPID* ids) noexcept override;
-    STDMETHODIMP Invoke(DISPID id, REFIID reserved, LCID locale, WORD flags, DISPPARAMS* parameters,
-                        VARIANT* result, EXCEPINFO* exception,
-                        UINT* wrongArgument) noexcept override;
-
     // Shows the dialog and waits for the user. The result is 1 when the user confirmed, 0 when not
     // or when the dialog cannot be shown, which is also S_FALSE. A window that is 0 or no longer
     // exists is replaced by the calling thread's active window, if it has one.

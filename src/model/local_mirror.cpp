@@ -6,6 +6,7 @@
 
 #include "model/depot_paths.h"
 #include "model/recovered_files.h"
+#include "platform/error_notice.h"
 #include "platform/error_text.h"
 #include "platform/local_file.h"
 #include "platform/paths.h"
@@ -117,7 +118,7 @@ public:
         if (!text.empty() && !kept_.empty()) text += "\n";
         text += kept_;
         if (errorText != nullptr) *errorText = text;
-        MessageBoxA(nullptr, text.c_str(), kMessageTitle, MB_ICONERROR);
+        ShowErrorNotice(text);
     }
 
 private:

@@ -41,13 +41,26 @@ DWORD BrowserLibrary::ExportCount() const {
     return reinterpret_cast<const IMAGE_EXPORT_DIRECTORY*>(base + address)->NumberOfNames;
 }
 
-UniqueCom<IUserPasswordPromptDialog> CreateDialogObject() {
+namespace {
+
+template <class Interface>
+UniqueCom<Interface> Create(const wchar_t* progId, REFIID interfaceId) {
     CLSID classId = {};
-    EXPECT_EQ(S_OK, CLSIDFromProgID(L"DepotBrowser.UserPasswordPromptDialog", &classId));
+    EXPECT_EQ(S_OK, CLSIDFromProgID(progId, &classId));
     void* object = nullptr;
-    EXPECT_EQ(S_OK, CoCreateInstance(classId, nullptr, CLSCTX_INPROC_SERVER,
-                                     IID_IUserPasswordPromptDialog, &object));
-    return UniqueCom<IUserPasswordPromptDialog>(static_cast<IUserPasswordPromptDialog*>(object));
+    EXPECT_EQ(S_OK, CoCreateInstance(classId, nullptr, CLSCTX_INPROC_SERVER, interfaceId, &object));
+    return UniqueCom<Interface>(static_cast<Interface*>(object));
+}
+
+}  // namespace
+
+UniqueCom<IUserPasswordPromptDialog> CreateDialogObject() {
+    return Create<IUserPasswordPromptDialog>(L"DepotBrowser.UserPasswordPromptDialog",
+                                             IID_IUserPasswordPromptDialog);
+}
+
+UniqueCom<IDepotBrowseDialog> CreateBrowseObject() {
+    return Create<IDepotBrowseDialog>(L"DepotBrowser.DepotBrowseDialog", IID_IDepotBrowseDialog);
 }
 
 std::wstring UserNameOf(IUserPasswordPromptDialog& dialog) {

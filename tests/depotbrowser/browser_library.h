@@ -50,8 +50,10 @@ private:
     UniqueModule module_;
 };
 
-// Creates a dialog object the way clients do, by its ProgID.
+// Create dialog objects the way clients do, by their ProgIDs.
 UniqueCom<IUserPasswordPromptDialog> CreateDialogObject();
+
+UniqueCom<IDepotBrowseDialog> CreateBrowseObject();
 
 // A BSTR that is freed at the end.
 class Bstr {

@@ -21,7 +21,7 @@ std::wstring WindowText(HWND window) {
 }
 
 struct Search {
-    std::wstring server;
+    const DialogUser::Recognises& recognises;
     HWND found = nullptr;
 };
 
@@ -30,14 +30,13 @@ BOOL CALLBACK Examine(HWND window, LPARAM parameter) {
     DWORD process = 0;
     GetWindowThreadProcessId(window, &process);
     if (process != GetCurrentProcessId() || !IsWindowVisible(window)) return TRUE;
-    const HWND server = GetDlgItem(window, CONTROL_SERVER);
-    if (server == nullptr || WindowText(server) != search->server) return TRUE;
+    if (!search->recognises(window)) return TRUE;
     search->found = window;
     return FALSE;
 }
 
-HWND FindDialog(const std::wstring& server) {
-    Search search = {server};
+HWND FindDialog(const DialogUser::Recognises& recognises) {
+    Search search = {recognises};
     EnumWindows(Examine, reinterpret_cast<LPARAM>(&search));
     return search.found;
 }
@@ -110,7 +109,15 @@ void OpenDialog::Type(const std::wstring& text) const {
 }
 
 DialogUser::DialogUser(std::wstring server, Script script)
-    : server_(std::move(server)),
+    : DialogUser(
+          [server = std::move(server)](HWND window) {
+              const HWND shown = GetDlgItem(window, CONTROL_SERVER);
+              return shown != nullptr && WindowText(shown) == server;
+          },
+          std::move(script)) {}
+
+DialogUser::DialogUser(Recognises recognises, Script script)
+    : recognises_(std::move(recognises)),
       script_(std::move(script)),
       running_(CreateEventA(nullptr, TRUE, FALSE, nullptr)),
       callReturned_(CreateEventA(nullptr, TRUE, FALSE, nullptr)),
@@ -128,7 +135,7 @@ void DialogUser::Run() {
     SetEvent(running_.get());
     HWND window = nullptr;
     const bool found = Eventually([&] {
-        window = FindDialog(server_);
+        window = FindDialog(recognises_);
         return window != nullptr && GetForegroundWindow() == window;
     });
     EXPECT_TRUE(found) << "no dialog in front";

@@ -32,6 +32,9 @@ public:
     bool WaitForFocus(int control) const;
     bool WaitForText(int control, const std::wstring& text) const;
 
+    // Clicks a button.
+    void Click(int control) const { PostMessageW(Control(control), BM_CLICK, 0, 0); }
+
     // Presses and releases a key, with the other held down when it is not 0.
     void Press(WORD key, WORD held = 0) const;
 
@@ -42,14 +45,19 @@ private:
     HWND window_;
 };
 
-// Waits on a thread of its own for the dialog that shows this server, then acts. Made before the
-// call that shows the dialog, gone after it. A dialog that the script leaves open is a failure and
-// is cancelled; when that does not help either, the program ends: no test ever hangs.
+// Waits on a thread of its own for the dialog that shows this server, or another one, then acts.
+// Made before the call that shows the dialog, gone after it. A dialog that the script leaves open
+// is a failure and is cancelled; when that does not help either, the program ends: no test ever
+// hangs.
 class DialogUser {
 public:
     using Script = std::function<void(const OpenDialog& dialog)>;
 
+    // Tells a dialog from all other windows of the program.
+    using Recognises = std::function<bool(HWND window)>;
+
     DialogUser(std::wstring server, Script script);
+    DialogUser(Recognises recognises, Script script);
     ~DialogUser();
     DialogUser(const DialogUser&) = delete;
     DialogUser& operator=(const DialogUser&) = delete;
@@ -58,7 +66,7 @@ private:
     void Run();
     void EndDialogOf(HWND window) const;
 
-    std::wstring server_;
+    Recognises recognises_;
     Script script_;
     UniqueHandle running_;
     UniqueHandle callReturned_;

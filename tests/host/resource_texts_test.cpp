@@ -29,6 +29,11 @@ std::vector<TextRow> Rows() {
                            id == IDS_BROWSE_NOT_WRITABLE;
         rows.push_back({id, named ? 1 : 0});
     }
+    for (unsigned id = IDS_BROWSE_SKEIN_FILE; id <= IDS_BROWSE_OUTSIDE; ++id) {
+        const bool plain = id <= IDS_BROWSE_SESSION_FILE || id == IDS_BROWSE_WORKING ||
+                           (id >= IDS_BROWSE_DEPOTS && id <= IDS_BROWSE_STOPPED);
+        rows.push_back({id, plain ? 0 : 1});
+    }
     return rows;
 }
 

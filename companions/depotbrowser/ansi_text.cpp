@@ -1,0 +1,29 @@
+#include "depotbrowser/ansi_text.h"
+
+#include "platform/win32.h"
+
+namespace depot {
+
+std::wstring WideFromAnsi(std::string_view text) {
+    const int bytes = static_cast<int>(text.size());
+    const int length = MultiByteToWideChar(CP_ACP, 0, text.data(), bytes, nullptr, 0);
+    std::wstring wide(static_cast<std::size_t>(length), L'\0');
+    MultiByteToWideChar(CP_ACP, 0, text.data(), bytes, wide.data(), length);
+    return wide;
+}
+
+std::optional<std::string> AnsiFromWide(std::wstring_view text) {
+    const int length = static_cast<int>(text.size());
+    // A code page of several bytes has at most this many for one character.
+    constexpr std::size_t kMostBytes = 4;
+    std::string narrow(text.size() * kMostBytes, '\0');
+    BOOL lossy = FALSE;
+    const int bytes =
+        WideCharToMultiByte(CP_ACP, WC_NO_BEST_FIT_CHARS, text.data(), length, narrow.data(),
+                            static_cast<int>(narrow.size()), nullptr, &lossy);
+    if (lossy || (bytes == 0 && !text.empty())) return std::nullopt;
+    narrow.resize(static_cast<std::size_t>(bytes));
+    return narrow;
+}
+
+}  // namespace depot

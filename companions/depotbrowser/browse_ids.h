@@ -1,0 +1,21 @@
+/* The numbers that the resources and the code of the browse dialog share. */
+#pragma once
+
+#define DIALOG_BROWSE 201
+
+#define CONTROL_NEW_FOLDER 1100
+#define CONTROL_RENAME 1101
+#define CONTROL_MAKE_COPY 1102
+#define CONTROL_DELETE 1103
+#define CONTROL_TREE_LABEL 1104
+#define CONTROL_TREE 1105
+#define CONTROL_LOCATION 1106
+#define CONTROL_LIST 1107
+#define CONTROL_MESSAGE 1108
+#define CONTROL_PROGRESS 1109
+#define CONTROL_STOP 1110
+#define CONTROL_NAME_LABEL 1111
+#define CONTROL_NAME 1112
+#define CONTROL_TYPE_LABEL 1113
+#define CONTROL_TYPE 1114
+#define CONTROL_HELP 1115

@@ -1,0 +1,109 @@
+#include "depotbrowser/browse_layout.h"
+
+#include <algorithm>
+#include <numeric>
+
+namespace depot {
+namespace {
+
+// The tree's share of the width, in percent.
+constexpr int kTreeShare = 30;
+
+int CommandsWidth(const LayoutMetrics& m) {
+    if (m.commandWidths.empty()) return 0;
+    return std::accumulate(m.commandWidths.begin(), m.commandWidths.end(), 0) +
+           m.gap * (static_cast<int>(m.commandWidths.size()) - 1);
+}
+
+// What stands above tree and list, and below them.
+int TopHeight(const LayoutMetrics& m) {
+    const int commands = m.commandWidths.empty() ? 0 : m.buttonHeight + m.gap;
+    return m.margin + commands + m.labelHeight + m.gap / 2;
+}
+
+int BottomHeight(const LayoutMetrics& m) {
+    return m.gap + m.messageHeight + m.gap + 2 * (m.fieldHeight + m.gap) + m.buttonHeight +
+           m.margin;
+}
+
+void PlaceCommands(BrowseLayout& layout, const LayoutMetrics& m) {
+    int x = m.margin;
+    for (const int width : m.commandWidths) {
+        layout.commands.push_back({x, m.margin, width, m.buttonHeight});
+        x += width + m.gap;
+    }
+}
+
+void PlacePanes(BrowseLayout& layout, int width, int height, const LayoutMetrics& m) {
+    const int top = TopHeight(m);
+    const int paneHeight = std::max(0, height - top - BottomHeight(m));
+    const int inner = width - 2 * m.margin;
+    const int treeWidth = std::max(m.treeMinimumWidth, inner * kTreeShare / 100);
+    const int listX = m.margin + treeWidth + m.gap;
+    const int listWidth = std::max(0, width - m.margin - listX);
+    const int labelY = top - m.gap / 2 - m.labelHeight;
+    layout.treeLabel = {m.margin, labelY, treeWidth, m.labelHeight};
+    layout.tree = {m.margin, top, treeWidth, paneHeight};
+    layout.location = {listX, labelY, listWidth, m.labelHeight};
+    layout.list = {listX, top, listWidth, paneHeight};
+}
+
+void PlaceMessage(BrowseLayout& layout, int width, int y, const LayoutMetrics& m) {
+    const int inner = width - 2 * m.margin;
+    const int stopX = width - m.margin - m.stopWidth;
+    const int progressX = stopX - m.gap - m.progressWidth;
+    // A button is higher than a line of text; the row is as high as two lines.
+    const int buttonY = y + (m.messageHeight - m.buttonHeight) / 2;
+    layout.message = {m.margin, y, inner, m.messageHeight};
+    layout.messageWhileBusy = {m.margin, y, std::max(0, progressX - m.gap - m.margin),
+                               m.messageHeight};
+    layout.stop = {stopX, buttonY, m.stopWidth, m.buttonHeight};
+    layout.progress = {progressX, y + (m.messageHeight - m.labelHeight) / 2, m.progressWidth,
+                       m.labelHeight};
+}
+
+Box LabelBeside(const Box& field, const LayoutMetrics& m) {
+    return {m.margin, field.y + (field.height - m.labelHeight) / 2, m.labelWidth, m.labelHeight};
+}
+
+void PlaceFields(BrowseLayout& layout, int width, int y, const LayoutMetrics& m) {
+    const int x = m.margin + m.labelWidth + m.gap;
+    const int fieldWidth = std::max(0, width - m.margin - x);
+    layout.name = {x, y, fieldWidth, m.fieldHeight};
+    layout.type = {x, y + m.fieldHeight + m.gap, fieldWidth, m.fieldHeight};
+    layout.nameLabel = LabelBeside(layout.name, m);
+    layout.typeLabel = LabelBeside(layout.type, m);
+}
+
+void PlaceButtons(BrowseLayout& layout, int width, int y, const LayoutMetrics& m) {
+    layout.cancel = {width - m.margin - m.okWidth, y, m.okWidth, m.buttonHeight};
+    layout.ok = {layout.cancel.x - m.gap - m.okWidth, y, m.okWidth, m.buttonHeight};
+    if (m.hasHelp) layout.help = {m.margin, y, m.okWidth, m.buttonHeight};
+}
+
+}  // namespace
+
+BrowseLayout ComputeLayout(int width, int height, const LayoutMetrics& metrics) {
+    const Box least = MinimumSize(metrics);
+    width = std::max(width, least.width);
+    height = std::max(height, least.height);
+    BrowseLayout layout;
+    PlaceCommands(layout, metrics);
+    PlacePanes(layout, width, height, metrics);
+    const int messageY = layout.list.Bottom() + metrics.gap;
+    PlaceMessage(layout, width, messageY, metrics);
+    PlaceFields(layout, width, messageY + metrics.messageHeight + metrics.gap, metrics);
+    PlaceButtons(layout, width, layout.type.Bottom() + metrics.gap, metrics);
+    return layout;
+}
+
+Box MinimumSize(const LayoutMetrics& m) {
+    const int buttons = (m.hasHelp ? 3 : 2) * m.okWidth + 2 * m.gap;
+    const int busy = m.progressWidth + m.stopWidth + 2 * m.gap + m.treeMinimumWidth;
+    const int panes = m.treeMinimumWidth * 3 + m.gap;
+    const int fields = m.labelWidth + m.gap + m.okWidth * 2;
+    const int inner = std::max({CommandsWidth(m), buttons, busy, panes, fields});
+    return {0, 0, inner + 2 * m.margin, TopHeight(m) + m.listMinimumHeight + BottomHeight(m)};
+}
+
+}  // namespace depot

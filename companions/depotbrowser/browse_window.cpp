@@ -1,0 +1,311 @@
+#include "depotbrowser/browse_window.h"
+
+#include <utility>
+
+#include "depotbrowser/browse_ids.h"
+#include "depotbrowser/browse_window_parts.h"
+#include "depotbrowser/dialog_template.h"
+#include "depotbrowser/modal_loop.h"
+#include "depotbrowser/name_rules.h"
+#include "manager/depot_list.h"
+#include "platform/module_state.h"
+#include "platform/no_destructor.h"
+#include "resource_ids.h"
+
+namespace depot {
+namespace {
+
+void PrepareControlClasses() {
+    const INITCOMMONCONTROLSEX request = {
+        sizeof(request), ICC_LISTVIEW_CLASSES | ICC_TREEVIEW_CLASSES | ICC_PROGRESS_CLASS};
+    InitCommonControlsEx(&request);
+}
+
+}  // namespace
+
+BrowseOutcome ShowBrowseWindow(const BrowseSettings& settings, std::vector<std::string>& chosen) {
+    PrepareControlClasses();
+    BrowseWindow window(settings);
+    return window.Show(chosen);
+}
+
+BrowseWindow::BrowseWindow(const BrowseSettings& settings)
+    : settings_(settings), texts_(settings.resourceFolder) {
+    if (!IsWindow(settings_.owner)) settings_.owner = GetActiveWindow();
+}
+
+BrowseWindow::~BrowseWindow() {
+    mailbox_->Close();
+    if (IsWindow(window_)) DestroyWindow(window_);
+}
+
+BrowseOutcome BrowseWindow::Show(std::vector<std::string>& chosen) {
+    const DialogTemplate dialog = LoadDialogTemplate(OwnModule(), DIALOG_BROWSE);
+    if (dialog.empty()) return BrowseOutcome::kNotShown;
+    const HWND window =
+        CreateDialogIndirectParamW(OwnModule(), reinterpret_cast<const DLGTEMPLATE*>(dialog.data()),
+                                   settings_.owner, Handle, reinterpret_cast<LPARAM>(this));
+    if (window == nullptr || outcome_) return BrowseOutcome::kNotShown;
+    RunModally(
+        window, settings_.owner, [this] { return outcome_.has_value(); },
+        [this](const MSG& message) { return TranslateKey(message); });
+    mailbox_->Close();
+    chosen = std::move(chosen_);
+    // Without an outcome the window went with its owner.
+    return outcome_.value_or(BrowseOutcome::kCancelled);
+}
+
+// No exception may cross the system's own frames.
+INT_PTR CALLBACK BrowseWindow::Handle(HWND window, UINT message, WPARAM first,
+                                      LPARAM second) noexcept try {
+    if (message == WM_INITDIALOG) SetWindowLongPtrW(window, DWLP_USER, second);
+    auto* const self = reinterpret_cast<BrowseWindow*>(GetWindowLongPtrW(window, DWLP_USER));
+    if (self == nullptr) return FALSE;
+    if (message == WM_INITDIALOG) {
+        self->Start(window);
+        return FALSE;  // the focus is set
+    }
+    return self->HandleMessage(message, first, second);
+} catch (...) {
+    auto* const self = reinterpret_cast<BrowseWindow*>(GetWindowLongPtrW(window, DWLP_USER));
+    if (self != nullptr) self->Finish(BrowseOutcome::kNotShown);
+    return FALSE;
+}
+
+void BrowseWindow::Start(HWND window) {
+    window_ = window;
+    mailbox_->Open(window);
+    FillTexts();
+    HideWhatIsNotOffered();
+    parts_ = std::make_unique<Parts>(*this);
+    FillFileTypes();
+    metrics_ = Measure();
+    PlaceWindow();
+    Place();
+    SetAccessibleNames();
+    parts_->list.SetOrder(settings_.order);
+    OpenFirstFolder();
+    SendMessageW(window_, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(Control(CONTROL_NAME)), TRUE);
+}
+
+void BrowseWindow::OpenFirstFolder() {
+    StandardFolders folders;
+    const CDepots depots(kDepotsKey, folders.UserFolder());
+    const std::vector<ShownDepot> shown = ShownDepots(depots);
+    parts_->tree.Fill(shown, settings_.showFolderTree);
+    const ShownDepot* first = shown.empty() ? nullptr : &shown.front();
+    for (const ShownDepot& depot : shown) {
+        if (depot.isDefault) first = &depot;
+    }
+    if (first != nullptr) parts_->choice.Begin(settings_.initialFileName, {first->ref, {}});
+}
+
+INT_PTR BrowseWindow::HandleMessage(UINT message, WPARAM first, LPARAM second) {
+    switch (message) {
+        case WM_COMMAND:
+            return HandleCommand(LOWORD(first), HIWORD(first));
+        case WM_NOTIFY:
+            return HandleNotify(*reinterpret_cast<const NMHDR*>(second));
+        case WM_SIZE:
+            if (first != SIZE_MINIMIZED) Place();
+            return TRUE;
+        case WM_GETMINMAXINFO:
+            LimitSize(*reinterpret_cast<MINMAXINFO*>(second));
+            return TRUE;
+        case WM_TIMER:
+            parts_->status.TimerElapsed();
+            return TRUE;
+        case WM_HELP:
+            AskForHelp();
+            return TRUE;
+        case WindowMailbox::kDeliverMessage:
+            mailbox_->Deliver();
+            return TRUE;
+        case WindowMailbox::kPromptMessage:
+            return Answer(WindowMailbox::AnswerPrompt(window_, second));
+        case WM_DESTROY:
+            WindowGoes();
+            return TRUE;
+        default:
+            return FALSE;
+    }
+}
+
+INT_PTR BrowseWindow::Answer(LRESULT result) const {
+    SetWindowLongPtrW(window_, DWLP_MSGRESULT, result);
+    return TRUE;
+}
+
+INT_PTR BrowseWindow::HandleCommand(int control, int notification) {
+    if (control == CONTROL_TYPE) {
+        if (notification == CBN_SELCHANGE) FileTypeChanged();
+        return TRUE;
+    }
+    switch (control) {
+        case IDOK:
+            Confirm();
+            return TRUE;
+        case IDCANCEL:
+            Finish(BrowseOutcome::kCancelled);
+            return TRUE;
+        case CONTROL_NEW_FOLDER:
+            parts_->commands.NewFolder();
+            return TRUE;
+        case CONTROL_RENAME:
+            parts_->commands.Rename();
+            return TRUE;
+        case CONTROL_MAKE_COPY:
+            parts_->commands.MakeCopy();
+            return TRUE;
+        case CONTROL_DELETE:
+            parts_->commands.Delete();
+            return TRUE;
+        case CONTROL_STOP:
+            parts_->navigator.Stop();
+            return TRUE;
+        case CONTROL_HELP:
+            AskForHelp();
+            return TRUE;
+        default:
+            return FALSE;
+    }
+}
+
+INT_PTR BrowseWindow::HandleNotify(const NMHDR& header) {
+    // Controls speak while they are being made and while they go.
+    if (!parts_ || going_) return FALSE;
+    if (header.hwndFrom == parts_->list.Control()) return HandleListNotify(header);
+    if (header.hwndFrom != parts_->tree.Control()) return FALSE;
+    if (header.code == TVN_KEYDOWN) {
+        if (reinterpret_cast<const NMTVKEYDOWN&>(header).wVKey == VK_BACK) {
+            parts_->navigator.OpenAbove();
+        }
+        return TRUE;
+    }
+    const std::optional<LRESULT> answer = parts_->tree.HandleNotify(header);
+    return answer ? Answer(*answer) : FALSE;
+}
+
+INT_PTR BrowseWindow::HandleListNotify(const NMHDR& header) {
+    if (const std::optional<LRESULT> answer = parts_->list.HandleNotify(header)) {
+        return Answer(*answer);
+    }
+    switch (header.code) {
+        case LVN_ITEMCHANGED:
+        case LVN_ODSTATECHANGED:
+            parts_->choice.SelectionChanged();
+            parts_->commands.UpdateButtons();
+            return TRUE;
+        case NM_DBLCLK:
+            if (reinterpret_cast<const NMITEMACTIVATE&>(header).iItem >= 0) Confirm();
+            return TRUE;
+        case LVN_KEYDOWN:
+            HandleListKey(reinterpret_cast<const NMLVKEYDOWN&>(header).wVKey);
+            return TRUE;
+        case LVN_BEGINLABELEDITW:
+            return Answer(parts_->commands.CanRename() ? FALSE : TRUE);
+        case LVN_ENDLABELEDITW:
+            parts_->commands.NameEdited(reinterpret_cast<const NMLVDISPINFOW&>(header));
+            return Answer(FALSE);
+        default:
+            return FALSE;
+    }
+}
+
+void BrowseWindow::HandleListKey(WORD key) {
+    switch (key) {
+        case VK_F2:
+            return parts_->commands.Rename();
+        case VK_DELETE:
+            return parts_->commands.Delete();
+        case VK_BACK:
+            return parts_->navigator.OpenAbove();
+        default:
+            return;
+    }
+}
+
+bool BrowseWindow::TranslateKey(const MSG& message) {
+    if ((message.message != WM_KEYDOWN && message.message != WM_SYSKEYDOWN) ||
+        !IsChild(window_, message.hwnd) || parts_->list.IsEditing()) {
+        return false;
+    }
+    const bool control = GetKeyState(VK_CONTROL) < 0;
+    if (message.wParam == VK_F5) {
+        const BrowseEntry* const focused = parts_->list.Focused();
+        parts_->navigator.Reload({focused ? focused->name : std::string(), {}, {}});
+        return true;
+    }
+    if (message.message == WM_SYSKEYDOWN && message.wParam == VK_UP) {
+        parts_->navigator.OpenAbove();
+        return true;
+    }
+    if (control && message.wParam == 'A' && message.hwnd == parts_->list.Control()) {
+        SelectAll();
+        return true;
+    }
+    return false;
+}
+
+void BrowseWindow::SelectAll() const {
+    if (!settings_.SelectsSeveral()) return;
+    ListView_SetItemState(parts_->list.Control(), -1, LVIS_SELECTED, LVIS_SELECTED);
+}
+
+void BrowseWindow::Confirm() {
+    const HWND focus = GetFocus();
+    if (focus == parts_->tree.Control()) {
+        const HTREEITEM item = TreeView_GetSelection(focus);
+        if (item != nullptr) TreeView_Expand(focus, item, TVE_TOGGLE);
+        return;
+    }
+    const BrowseEntry* const entry = parts_->list.Focused();
+    if (focus == parts_->list.Control() && entry != nullptr && entry->isFolder) {
+        return OpenSelectedFolder(*entry);
+    }
+    parts_->choice.Accept();
+}
+
+void BrowseWindow::OpenSelectedFolder(const BrowseEntry& entry) {
+    const auto& current = parts_->navigator.Current();
+    if (!current || !parts_->navigator.IsLoaded()) return;
+    parts_->navigator.Open({current->depot, current->relative + entry.name + "\\"});
+}
+
+void BrowseWindow::FileTypeChanged() {
+    const LRESULT chosen = SendMessageW(Control(CONTROL_TYPE), CB_GETCURSEL, 0, 0);
+    const bool ownType = chosen == 0 && settings_.fileType != 0;
+    parts_->list.SetPattern(PatternOfType(ownType ? settings_.fileType : 0));
+}
+
+void BrowseWindow::FolderChanged() {
+    const auto& current = parts_->navigator.Current();
+    const std::wstring shown = current ? parts_->tree.ShownPath(*current) : std::wstring();
+    SetDlgItemTextW(window_, CONTROL_LOCATION, shown.c_str());
+    parts_->commands.UpdateButtons();
+}
+
+void BrowseWindow::AskForHelp() const {
+    if (settings_.helpTopic == 0 || !IsWindow(settings_.owner)) return;
+    static const UINT message = RegisterWindowMessageW(L"commdlg_help");
+    // An owner that belongs to another thread must not hold the dialog up.
+    SendNotifyMessageW(settings_.owner, message, reinterpret_cast<WPARAM>(window_),
+                       settings_.helpTopic);
+}
+
+void BrowseWindow::WindowGoes() {
+    KeepSize();
+    going_ = true;
+    mailbox_->Close();
+    // The loop finds out with its next message.
+    PostThreadMessageW(GetCurrentThreadId(), WM_NULL, 0, 0);
+}
+
+void BrowseWindow::Finish(BrowseOutcome outcome, std::vector<std::string> paths) {
+    outcome_ = outcome;
+    chosen_ = std::move(paths);
+    // The loop looks at the outcome with its next message.
+    PostMessageW(window_, WM_NULL, 0, 0);
+}
+
+}  // namespace depot

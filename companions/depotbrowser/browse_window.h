@@ -1,0 +1,81 @@
+// The window of the browse dialog: its controls and what their messages mean.
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "depotbrowser/browse_icons.h"
+#include "depotbrowser/browse_layout.h"
+#include "depotbrowser/browse_settings.h"
+#include "depotbrowser/browse_texts.h"
+#include "depotbrowser/file_choice.h"
+#include "depotbrowser/file_commands.h"
+#include "depotbrowser/file_list.h"
+#include "depotbrowser/folder_navigator.h"
+#include "depotbrowser/folder_tree.h"
+#include "depotbrowser/status_line.h"
+
+namespace depot {
+
+// One open dialog. The parts borrow from each other and from this object, which outlives them.
+class BrowseWindow {
+public:
+    explicit BrowseWindow(const BrowseSettings& settings);
+    ~BrowseWindow();
+    BrowseWindow(const BrowseWindow&) = delete;
+    BrowseWindow& operator=(const BrowseWindow&) = delete;
+
+    // Makes the window and handles it until the user is done.
+    BrowseOutcome Show(std::vector<std::string>& chosen);
+
+private:
+    // What works behind the controls, made with them.
+    struct Parts;
+
+    static INT_PTR CALLBACK Handle(HWND window, UINT message, WPARAM first, LPARAM second) noexcept;
+    INT_PTR HandleMessage(UINT message, WPARAM first, LPARAM second);
+    void Start(HWND window);
+    void OpenFirstFolder();
+    void FillTexts() const;
+    void FillFileTypes() const;
+    void HideWhatIsNotOffered() const;
+    void SetAccessibleNames() const;
+
+    LayoutMetrics Measure() const;
+    int ButtonWidth(int control, int least) const;
+    void Place();
+    void PlaceWindow() const;
+    void LimitSize(MINMAXINFO& limits) const;
+    void KeepSize() const;
+
+    INT_PTR HandleCommand(int control, int notification);
+    INT_PTR HandleNotify(const NMHDR& header);
+    INT_PTR HandleListNotify(const NMHDR& header);
+    void HandleListKey(WORD key);
+    bool TranslateKey(const MSG& message);
+    INT_PTR Answer(LRESULT result) const;
+    void Confirm();
+    void FileTypeChanged();
+    void FolderChanged();
+    void OpenSelectedFolder(const BrowseEntry& entry);
+    void SelectAll() const;
+    void AskForHelp() const;
+    void WindowGoes();
+    void Finish(BrowseOutcome outcome, std::vector<std::string> paths = {});
+
+    HWND Control(int control) const { return GetDlgItem(window_, control); }
+
+    BrowseSettings settings_;
+    const BrowseTexts texts_;
+    HWND window_ = nullptr;
+    std::shared_ptr<WindowMailbox> mailbox_ = std::make_shared<WindowMailbox>();
+    std::unique_ptr<Parts> parts_;
+    LayoutMetrics metrics_;
+    bool going_ = false;
+    std::optional<BrowseOutcome> outcome_;
+    std::vector<std::string> chosen_;
+};
+
+}  // namespace depot

@@ -1,0 +1,242 @@
+// How the browse dialog looks: its texts, its measures and the places of its controls.
+#include <algorithm>
+
+#include "config/file_types.h"
+#include "depotbrowser/ansi_text.h"
+#include "depotbrowser/browse_ids.h"
+#include "depotbrowser/browse_window.h"
+#include "depotbrowser/browse_window_parts.h"
+#include "depotbrowser/name_rules.h"
+#include "depotbrowser/window_size.h"
+#include "resource_ids.h"
+// After the Windows headers.
+#include <uxtheme.h>
+
+namespace depot {
+namespace {
+
+// Measures in dialog units, a quarter of a character's width and an eighth of its height.
+constexpr int kMargin = 7;
+constexpr int kGap = 4;
+constexpr int kLabelHeight = 9;
+constexpr int kFieldHeight = 13;
+constexpr int kButtonHeight = 14;
+constexpr int kButtonWidth = 54;
+constexpr int kButtonEdges = 12;
+constexpr int kMessageHeight = 18;
+constexpr int kProgressWidth = 80;
+constexpr int kLeastListHeight = 60;
+constexpr int kLeastTreeWidth = 80;
+
+constexpr int kCommandControls[] = {CONTROL_NEW_FOLDER, CONTROL_RENAME, CONTROL_MAKE_COPY,
+                                    CONTROL_DELETE};
+
+struct CanvasReleaser {
+    HWND window;
+    void operator()(HDC canvas) const { ReleaseDC(window, canvas); }
+};
+using UniqueCanvas = std::unique_ptr<std::remove_pointer_t<HDC>, CanvasReleaser>;
+
+SIZE TextSize(HWND control, const std::wstring& text) {
+    const UniqueCanvas canvas(GetDC(control), {control});
+    const auto font = reinterpret_cast<HFONT>(SendMessageW(control, WM_GETFONT, 0, 0));
+    const HGDIOBJ previous = SelectObject(canvas.get(), font);
+    SIZE size = {};
+    GetTextExtentPoint32W(canvas.get(), text.c_str(), static_cast<int>(text.size()), &size);
+    SelectObject(canvas.get(), previous);
+    return size;
+}
+
+std::wstring TextOf(HWND control) {
+    std::wstring text(static_cast<std::size_t>(GetWindowTextLengthW(control)) + 1, L'\0');
+    const int length = GetWindowTextW(control, text.data(), static_cast<int>(text.size()));
+    text.resize(static_cast<std::size_t>(length));
+    return text;
+}
+
+RECT WorkAreaAround(HWND window) {
+    MONITORINFO monitor = {};
+    monitor.cbSize = sizeof(monitor);
+    GetMonitorInfoW(MonitorFromWindow(window, MONITOR_DEFAULTTONEAREST), &monitor);
+    return monitor.rcWork;
+}
+
+// Where a side of that length begins so that it is in the middle of the other and on the screen.
+int Centred(LONG length, LONG otherStart, LONG otherEnd, LONG screenStart, LONG screenEnd) {
+    const LONG start = (otherStart + otherEnd - length) / 2;
+    return static_cast<int>(std::max(screenStart, std::min(start, screenEnd - length)));
+}
+
+}  // namespace
+
+void BrowseWindow::FillTexts() const {
+    const struct {
+        int control;
+        UINT text;
+    } rows[] = {
+        {CONTROL_NEW_FOLDER, IDS_BROWSE_NEW_FOLDER},
+        {CONTROL_RENAME, IDS_BROWSE_RENAME},
+        {CONTROL_MAKE_COPY, IDS_BROWSE_MAKE_COPY},
+        {CONTROL_DELETE, IDS_BROWSE_DELETE},
+        {CONTROL_TREE_LABEL, IDS_BROWSE_DEPOTS},
+        {CONTROL_STOP, IDS_BROWSE_STOP},
+        {CONTROL_NAME_LABEL, IDS_BROWSE_FILE_NAME},
+        {CONTROL_TYPE_LABEL, IDS_BROWSE_FILE_TYPE},
+        {CONTROL_HELP, IDS_BROWSE_HELP},
+        {IDOK, settings_.saves ? UINT{IDS_BROWSE_SAVE} : UINT{IDS_BROWSE_OPEN}},
+        {IDCANCEL, IDS_CANCEL},
+    };
+    for (const auto& row : rows) {
+        SetDlgItemTextW(window_, row.control, texts_.Text(row.text).c_str());
+    }
+    const UINT title = settings_.saves ? IDS_BROWSE_SAVE_AS : IDS_BROWSE_OPEN;
+    SetWindowTextW(window_, texts_.Text(title).c_str());
+}
+
+// The texts that a screen reader says for controls that show none of their own.
+void BrowseWindow::SetAccessibleNames() const {
+    SetDlgItemTextW(window_, CONTROL_LIST, texts_.Text(IDS_BROWSE_FILES).c_str());
+    SetDlgItemTextW(window_, CONTROL_PROGRESS, texts_.Text(IDS_BROWSE_LOADING).c_str());
+    std::wstring tree = texts_.Text(IDS_BROWSE_DEPOTS);
+    tree.erase(std::remove(tree.begin(), tree.end(), L'&'), tree.end());
+    SetDlgItemTextW(window_, CONTROL_TREE, tree.c_str());
+}
+
+void BrowseWindow::FillFileTypes() const {
+    const auto add = [this](UINT name, const std::string& pattern) {
+        const std::wstring text = texts_.Text(name) + L" (" + WideFromAnsi(pattern) + L")";
+        SendDlgItemMessageW(window_, CONTROL_TYPE, CB_ADDSTRING, 0,
+                            reinterpret_cast<LPARAM>(text.c_str()));
+    };
+    if (settings_.fileType != 0) {
+        const UINT name =
+            settings_.fileType == kKickoffProfile ? IDS_BROWSE_KICKOFF_FILE : IDS_BROWSE_SKEIN_FILE;
+        add(name, PatternOfType(settings_.fileType));
+    }
+    add(IDS_BROWSE_ALL_FILES, PatternOfType(0));
+    SendDlgItemMessageW(window_, CONTROL_TYPE, CB_SETCURSEL, 0, 0);
+    parts_->list.SetPattern(PatternOfType(settings_.fileType));
+}
+
+void BrowseWindow::HideWhatIsNotOffered() const {
+    for (const int control : kCommandControls) {
+        if (!settings_.OffersCommands()) ShowWindow(Control(control), SW_HIDE);
+    }
+    if (settings_.helpTopic == 0) ShowWindow(Control(CONTROL_HELP), SW_HIDE);
+    ShowWindow(Control(CONTROL_PROGRESS), SW_HIDE);
+    ShowWindow(Control(CONTROL_STOP), SW_HIDE);
+    // Without colours of its own the tree may take the dialog's.
+    TreeView_SetBkColor(Control(CONTROL_TREE), GetSysColor(COLOR_WINDOW));
+    SetWindowTheme(Control(CONTROL_TREE), L"Explorer", nullptr);
+    SetWindowTheme(Control(CONTROL_LIST), L"Explorer", nullptr);
+}
+
+int BrowseWindow::ButtonWidth(int control, int least) const {
+    RECT edges = {0, 0, kButtonEdges, 0};
+    MapDialogRect(window_, &edges);
+    const HWND button = Control(control);
+    return std::max(least, static_cast<int>(TextSize(button, TextOf(button)).cx + edges.right));
+}
+
+LayoutMetrics BrowseWindow::Measure() const {
+    const auto pixels = [this](int across, int down) {
+        RECT box = {0, 0, across, down};
+        MapDialogRect(window_, &box);
+        return SIZE{box.right, box.bottom};
+    };
+    LayoutMetrics m;
+    m.margin = static_cast<int>(pixels(kMargin, 0).cx);
+    m.gap = static_cast<int>(pixels(kGap, 0).cx);
+    m.labelHeight = static_cast<int>(pixels(0, kLabelHeight).cy);
+    m.fieldHeight = static_cast<int>(pixels(0, kFieldHeight).cy);
+    m.buttonHeight = static_cast<int>(pixels(0, kButtonHeight).cy);
+    m.messageHeight = static_cast<int>(pixels(0, kMessageHeight).cy);
+    m.progressWidth = static_cast<int>(pixels(kProgressWidth, 0).cx);
+    m.listMinimumHeight = static_cast<int>(pixels(0, kLeastListHeight).cy);
+    m.treeMinimumWidth = static_cast<int>(pixels(kLeastTreeWidth, 0).cx);
+    const int least = static_cast<int>(pixels(kButtonWidth, 0).cx);
+    m.okWidth = std::max(
+        {ButtonWidth(IDOK, least), ButtonWidth(IDCANCEL, least), ButtonWidth(CONTROL_HELP, least)});
+    m.stopWidth = ButtonWidth(CONTROL_STOP, least);
+    for (const int label : {CONTROL_NAME_LABEL, CONTROL_TYPE_LABEL}) {
+        const SIZE size = TextSize(Control(label), TextOf(Control(label)));
+        m.labelWidth = std::max(m.labelWidth, static_cast<int>(size.cx));
+    }
+    if (settings_.OffersCommands()) {
+        for (const int command : kCommandControls) {
+            m.commandWidths.push_back(ButtonWidth(command, least));
+        }
+    }
+    m.hasHelp = settings_.helpTopic != 0;
+    return m;
+}
+
+void BrowseWindow::Place() {
+    if (!parts_) return;
+    RECT area = {};
+    GetClientRect(window_, &area);
+    const BrowseLayout layout =
+        ComputeLayout(static_cast<int>(area.right), static_cast<int>(area.bottom), metrics_);
+    for (std::size_t index = 0; index < layout.commands.size(); ++index) {
+        MoveTo(Control(kCommandControls[index]), layout.commands[index]);
+    }
+    MoveTo(Control(CONTROL_TREE_LABEL), layout.treeLabel);
+    MoveTo(Control(CONTROL_TREE), layout.tree);
+    MoveTo(Control(CONTROL_LOCATION), layout.location);
+    MoveTo(Control(CONTROL_LIST), layout.list);
+    MoveTo(Control(CONTROL_NAME_LABEL), layout.nameLabel);
+    MoveTo(Control(CONTROL_NAME), layout.name);
+    MoveTo(Control(CONTROL_TYPE_LABEL), layout.typeLabel);
+    // A combo box is given the height of its list as well.
+    constexpr int kDroppedLines = 8;
+    Box type = layout.type;
+    type.height *= kDroppedLines;
+    MoveTo(Control(CONTROL_TYPE), type);
+    MoveTo(Control(CONTROL_HELP), layout.help);
+    MoveTo(Control(IDOK), layout.ok);
+    MoveTo(Control(IDCANCEL), layout.cancel);
+    parts_->status.Place(layout);
+    // Static texts do not draw themselves anew when they only move.
+    InvalidateRect(window_, nullptr, TRUE);
+}
+
+void BrowseWindow::LimitSize(MINMAXINFO& limits) const {
+    if (metrics_.margin == 0) return;
+    const Box least = MinimumSize(metrics_);
+    RECT frame = {0, 0, least.width, least.height};
+    AdjustWindowRectEx(&frame, static_cast<DWORD>(GetWindowLongW(window_, GWL_STYLE)), FALSE,
+                       static_cast<DWORD>(GetWindowLongW(window_, GWL_EXSTYLE)));
+    limits.ptMinTrackSize = {frame.right - frame.left, frame.bottom - frame.top};
+}
+
+// Gives the window the remembered size and puts it over its owner, all of it on the screen.
+void BrowseWindow::PlaceWindow() const {
+    RECT now = {};
+    GetWindowRect(window_, &now);
+    SIZE size = {now.right - now.left, now.bottom - now.top};
+    if (settings_.rememberSize) size = RememberedSize().value_or(size);
+    MINMAXINFO limits = {};
+    LimitSize(limits);
+    const RECT screen = WorkAreaAround(settings_.owner ? settings_.owner : window_);
+    size.cx = std::min(std::max(size.cx, limits.ptMinTrackSize.x), screen.right - screen.left);
+    size.cy = std::min(std::max(size.cy, limits.ptMinTrackSize.y), screen.bottom - screen.top);
+    RECT over = screen;
+    if (settings_.owner != nullptr && !IsIconic(settings_.owner)) {
+        GetWindowRect(settings_.owner, &over);
+    }
+    SetWindowPos(
+        window_, nullptr, Centred(size.cx, over.left, over.right, screen.left, screen.right),
+        Centred(size.cy, over.top, over.bottom, screen.top, screen.bottom),
+        static_cast<int>(size.cx), static_cast<int>(size.cy), SWP_NOZORDER | SWP_NOACTIVATE);
+}
+
+void BrowseWindow::KeepSize() const {
+    if (!settings_.rememberSize) return;
+    WINDOWPLACEMENT placement = {};
+    placement.length = sizeof(placement);
+    if (!GetWindowPlacement(window_, &placement)) return;
+    const RECT& area = placement.rcNormalPosition;
+    RememberSize({area.right - area.left, area.bottom - area.top});
+}
+
+}  // namespace depot

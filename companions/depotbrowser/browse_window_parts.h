@@ -1,0 +1,35 @@
+// What works behind the controls of the browse dialog. For the files of the window alone.
+#pragma once
+
+#include "depotbrowser/browse_ids.h"
+#include "depotbrowser/browse_window.h"
+
+namespace depot {
+
+struct BrowseWindow::Parts {
+    explicit Parts(BrowseWindow& window)
+        : tree(window.Control(CONTROL_TREE), icons,
+               {[this](const FolderRef& folder) { navigator.Open(folder); },
+                [this](const FolderRef& folder) { navigator.LoadFolders(folder); }}),
+          list(window.Control(CONTROL_LIST), icons, window.texts_,
+               window.settings_.SelectsSeveral()),
+          status(window.window_),
+          navigator({tree, list, status, window.texts_, window.mailbox_,
+                     [&window] { window.FolderChanged(); }}),
+          commands({window.window_, window.settings_.OffersCommands(), navigator, list, tree,
+                    status, window.texts_}),
+          choice({window.window_, window.settings_, navigator, list, status, window.texts_,
+                  [&window](std::vector<std::string> paths) {
+                      window.Finish(BrowseOutcome::kConfirmed, std::move(paths));
+                  }}) {}
+
+    BrowseIcons icons;
+    FolderTree tree;
+    FileList list;
+    StatusLine status;
+    FolderNavigator navigator;
+    FileCommands commands;
+    FileChoice choice;
+};
+
+}  // namespace depot

@@ -1,0 +1,130 @@
+#include "depotbrowser/depot_listing.h"
+
+#include "depotbrowser/ansi_text.h"
+#include "depotbrowser/worker_notices.h"
+#include "fileops/depot_file.h"
+#include "fileops/enumerate.h"
+#include "manager/display_path.h"
+#include "manager/writability.h"
+#include "platform/error_text.h"
+#include "platform/paths.h"
+#include "platform/text.h"
+
+namespace depot {
+namespace {
+
+constexpr char kEveryFile[] = ".*";
+
+std::uint64_t Joined(DWORD high, DWORD low) {
+    return std::uint64_t{high} << 32 | low;
+}
+
+BrowseEntry EntryOf(const CDepotItem& item, bool hasDetails) {
+    BrowseEntry entry;
+    entry.name = NamePart(RemoveTrailingBackslash(item.path));
+    entry.shownName = WideFromAnsi(entry.name);
+    // The kind flags of some files have the bit of folders, too.
+    entry.isFolder = item.findData != nullptr &&
+                     (item.findData->dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+    entry.fileType = static_cast<std::int32_t>(item.fileType);
+    if (hasDetails && item.findData) {
+        const WIN32_FIND_DATAA& found = *item.findData;
+        entry.hasDetails = true;
+        entry.size = entry.isFolder ? 0 : Joined(found.nFileSizeHigh, found.nFileSizeLow);
+        entry.date =
+            Joined(found.ftLastWriteTime.dwHighDateTime, found.ftLastWriteTime.dwLowDateTime);
+    }
+    return entry;
+}
+
+std::string SystemText(DWORD error) {
+    std::string text;
+    FormatErrorText(error, nullptr, nullptr, &text, nullptr);
+    return std::string(TrimTrailingBlanks(text));
+}
+
+// Returns why nothing was listed; empty when the folder is there and has nothing in it.
+std::string ReasonForNothing(CDepot& depot, const std::string& folderPath) {
+    const std::string notice = TakeLastNotice();
+    if (CLDAPItems* const directory = depot.DirectoryConnection()) {
+        if (directory->LastError() == LDAP_SUCCESS) return {};
+        const std::string text = directory->ErrorText();
+        return text.empty() ? notice : text;
+    }
+    const std::string storage = DisplayToStorage(depot, folderPath);
+    if (storage.empty()) return SystemText(ERROR_PATH_NOT_FOUND);
+    if (GetFileAttributesA(storage.c_str()) != INVALID_FILE_ATTRIBUTES) return {};
+    return SystemText(GetLastError());
+}
+
+std::string FolderPath(CDepot& depot, const std::string& relative) {
+    return BuildDisplayPath(depot, relative, PathForm::kDisplay, DepotName::kKey);
+}
+
+}  // namespace
+
+Listing ListFolder(DepotSession& session, const FolderRef& folder) {
+    Listing listing;
+    CDepot* const depot = FindDepot(session.Depots(), folder.depot);
+    if (depot == nullptr) return listing;
+    TakeLastNotice();
+    listing.folderPath = FolderPath(*depot, folder.relative);
+    const CDepotItem item(listing.folderPath, depot);
+    CDepotItems items;
+    Enumerate(items, &item, kEveryFile, {}, false);
+    const bool hasDetails = !IsDirectoryDepot(*depot);
+    listing.entries.reserve(items.Count());
+    for (std::size_t index = 0; index < items.Count(); ++index) {
+        listing.entries.push_back(EntryOf(*items.At(index), hasDetails));
+    }
+    if (items.Count() == 0) listing.reason = ReasonForNothing(*depot, listing.folderPath);
+    listing.succeeded = listing.reason.empty();
+    return listing;
+}
+
+ExaminedName ExamineName(DepotSession& session, const FolderRef& folder, const std::string& name) {
+    ExaminedName examined;
+    const Listing listing = ListFolder(session, folder);
+    examined.path = listing.folderPath + name;
+    examined.reason = listing.reason;
+    if (!listing.succeeded) return examined;
+    examined.kind = NameKind::kAbsent;
+    for (const BrowseEntry& entry : listing.entries) {
+        if (!EqualsNoCase(entry.name, name)) continue;
+        examined.kind = entry.isFolder ? NameKind::kFolder : NameKind::kFile;
+        examined.path = listing.folderPath + entry.name;
+    }
+    return examined;
+}
+
+ExaminedName ExamineForWriting(DepotSession& session, const FolderRef& folder,
+                               const std::string& name) {
+    ExaminedName examined = ExamineName(session, folder, name);
+    CDepot* const depot = FindDepot(session.Depots(), folder.depot);
+    if (depot == nullptr || examined.kind == NameKind::kFolder ||
+        examined.kind == NameKind::kUnknown) {
+        return examined;
+    }
+    TakeLastNotice();
+    examined.writable = TestPathWritable(*depot, examined.path, &examined.reason) != 0;
+    if (!examined.writable && examined.reason.empty()) examined.reason = TakeLastNotice();
+    return examined;
+}
+
+LocatedPath LocatePath(DepotSession& session, const std::string& path) {
+    LocatedPath located;
+    CDepots& depots = session.Depots();
+    const std::string canonical = FriendlyToCanonical(depots, path);
+    CDepot* const depot = FindDepotHolding(depots, canonical);
+    if (depot == nullptr) return located;
+    const std::string display = StorageToDisplay(*depot, canonical);
+    const std::string prefix = FolderPath(*depot, {});
+    if (!StartsWithNoCase(EnsureTrailingBackslash(display), prefix)) return located;
+    const std::string rest = display.size() > prefix.size() ? display.substr(prefix.size()) : "";
+    located.found = true;
+    located.folder = {{depot->name, depot->rootKey}, FolderPrefix(rest)};
+    located.name = rest.substr(located.folder.relative.size());
+    return located;
+}
+
+}  // namespace depot

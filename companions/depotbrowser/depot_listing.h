@@ -1,0 +1,47 @@
+// What the workers find out about folders and files.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "depotbrowser/browse_entry.h"
+#include "depotbrowser/depot_place.h"
+#include "manager/depot_session.h"
+
+namespace depot {
+
+// What a folder holds.
+struct Listing {
+    bool succeeded = false;
+    std::string reason;      // why not, where one is known
+    std::string folderPath;  // the display path of the folder, to which names are appended
+    std::vector<BrowseEntry> entries;
+};
+Listing ListFolder(DepotSession& session, const FolderRef& folder);
+
+// What a name in a folder stands for.
+enum class NameKind { kUnknown, kAbsent, kFile, kFolder };
+struct ExaminedName {
+    NameKind kind = NameKind::kUnknown;  // unknown when the folder cannot be listed
+    std::string path;                    // the display path
+    bool writable = false;               // only when it was asked for
+    std::string reason;                  // why it is unknown or not writable, where one is known
+};
+ExaminedName ExamineName(DepotSession& session, const FolderRef& folder, const std::string& name);
+
+// The same, and whether a file of that name can be written.
+ExaminedName ExamineForWriting(DepotSession& session, const FolderRef& folder,
+                               const std::string& name);
+
+// Where a path lies among the depots.
+struct LocatedPath {
+    bool found = false;
+    FolderRef folder;
+    std::string name;
+};
+
+// Finds the folder of a display path, with the depot's key name or its localized name, or of a path
+// of the file system. Nothing is looked for in the folder.
+LocatedPath LocatePath(DepotSession& session, const std::string& path);
+
+}  // namespace depot

@@ -1,0 +1,53 @@
+// A thread that works on depots while the window stays usable.
+#pragma once
+
+#include <exception>
+#include <functional>
+#include <memory>
+#include <utility>
+
+#include "depotbrowser/window_mailbox.h"
+#include "depotbrowser/worker_notices.h"
+#include "manager/depot_session.h"
+
+namespace depot {
+
+// Does jobs one after another on a thread of its own, with a session and thus a list of depots that
+// no other thread uses. Whoever lets go of it does not wait: the job at work is left to itself, its
+// result dropped, and the library stays loaded until the thread has ended.
+class DepotWorker {
+public:
+    explicit DepotWorker(std::shared_ptr<WindowMailbox> mailbox);
+    ~DepotWorker();
+    DepotWorker(const DepotWorker&) = delete;
+    DepotWorker& operator=(const DepotWorker&) = delete;
+
+    // Has `work` done with the worker's session, and then `done` called with its result on the
+    // window's thread, unless the worker was let go of meanwhile. Work that ends in an exception
+    // has the result that its type starts with, a failure without a reason.
+    template <class Work, class Done>
+    void Post(Work work, Done done) {
+        Add([work = std::move(work), done = std::move(done)](DepotSession& session, Reply reply) {
+            decltype(work(session)) result;
+            try {
+                result = work(session);
+            } catch (const std::exception&) {
+                result = {};
+            }
+            reply([done, result = std::move(result)] { done(result); });
+        });
+    }
+
+private:
+    struct State;
+    using Reply = std::function<void(WindowMailbox::Delivery delivery)>;
+    using Job = std::function<void(DepotSession& session, Reply reply)>;
+
+    void Add(Job job);
+    static DWORD WINAPI Run(void* parameter);
+    static void DoJobs(const std::shared_ptr<State>& state);
+
+    std::shared_ptr<State> state_;
+};
+
+}  // namespace depot

@@ -1,0 +1,215 @@
+#include "depotbrowser/file_choice.h"
+
+#include <algorithm>
+
+#include "config/file_types.h"
+#include "depotbrowser/ansi_text.h"
+#include "depotbrowser/browse_ids.h"
+#include "depotbrowser/name_rules.h"
+#include "platform/paths.h"
+#include "resource_ids.h"
+
+namespace depot {
+namespace {
+
+bool IsWholePath(const std::string& text) {
+    return text.starts_with('<') || IsFileSystemPath(text);
+}
+
+// A name of a file that is there may be typed without its extension.
+ExaminedName ExamineTyped(DepotSession& session, const FolderRef& folder, const std::string& name,
+                          const std::string& longer) {
+    const ExaminedName found = ExamineName(session, folder, name);
+    if (found.kind != NameKind::kAbsent || longer == name) return found;
+    return ExamineName(session, folder, longer);
+}
+
+// A folder of the name that was typed is opened; only other names are tried for writing.
+ExaminedName ExamineTarget(DepotSession& session, const FolderRef& folder, const std::string& name,
+                           const std::string& longer) {
+    const ExaminedName found = ExamineName(session, folder, name);
+    if (found.kind == NameKind::kFolder || found.kind == NameKind::kUnknown) return found;
+    return ExamineForWriting(session, folder, longer);
+}
+
+}  // namespace
+
+FileChoice::FileChoice(Parts parts) : parts_(std::move(parts)) {}
+
+void FileChoice::Begin(const std::wstring& path, const FolderRef& otherwise) {
+    const auto narrow = AnsiFromWide(path);
+    if (!narrow || narrow->find('\\') == std::string::npos) {
+        SetField(path);
+        parts_.navigator.Open(otherwise);
+        return;
+    }
+    SetField(WideFromAnsi(NamePart(*narrow)));
+    parts_.navigator.RunAnywhere(
+        IDS_BROWSE_LOADING,
+        [path = *narrow](DepotSession& session) { return LocatePath(session, path); },
+        [this, otherwise](const LocatedPath& located) {
+            // The user may have gone elsewhere meanwhile.
+            if (parts_.navigator.Current()) return;
+            parts_.navigator.Open(located.found ? located.folder : otherwise);
+        });
+}
+
+void FileChoice::SelectionChanged() {
+    std::vector<std::wstring> names;
+    for (const BrowseEntry* entry : parts_.list.Selected()) {
+        if (!entry->isFolder) names.push_back(entry->shownName);
+    }
+    if (names.empty()) return;
+    selectionField_ = JoinFileNames(names);
+    SetField(selectionField_);
+}
+
+std::string FileChoice::DefaultExtension() const {
+    return ExtensionForType(parts_.settings.fileType);
+}
+
+void FileChoice::Accept() {
+    const std::wstring field = Field();
+    std::vector<const BrowseEntry*> files = parts_.list.Selected();
+    files.erase(std::remove_if(files.begin(), files.end(),
+                               [](const BrowseEntry* entry) { return entry->isFolder; }),
+                files.end());
+    if (!files.empty() && field == selectionField_) return AcceptSelected(files);
+    const std::vector<TypedName> names = ParseFileNames(field);
+    if (names.empty()) return SetField({});
+    if (names.size() == 1) return AcceptOne(names.front());
+    if (!parts_.settings.SelectsSeveral()) return Refuse(IDS_BROWSE_BAD_NAME, field);
+    AcceptSeveral(names);
+}
+
+void FileChoice::AcceptSelected(const std::vector<const BrowseEntry*>& files) {
+    if (parts_.settings.saves) {
+        return SaveFile(FolderRef(*parts_.navigator.Current()), files.front()->name, true);
+    }
+    std::vector<std::string> paths;
+    for (const BrowseEntry* file : files) {
+        paths.push_back(parts_.navigator.FolderPath() + file->name);
+    }
+    parts_.finish(std::move(paths));
+}
+
+void FileChoice::AcceptSeveral(const std::vector<TypedName>& names) {
+    std::vector<std::string> paths;
+    for (const TypedName& typed : names) {
+        const auto name = AnsiFromWide(typed.text);
+        const BrowseEntry* const entry = name ? parts_.list.Find(*name) : nullptr;
+        if (entry == nullptr || entry->isFolder) return Refuse(IDS_BROWSE_NOT_FOUND, typed.text);
+        paths.push_back(parts_.navigator.FolderPath() + entry->name);
+    }
+    parts_.finish(std::move(paths));
+}
+
+void FileChoice::AcceptOne(const TypedName& typed) {
+    const auto text = AnsiFromWide(typed.text);
+    if (!text) return Refuse(IDS_BROWSE_BAD_NAME, typed.text);
+    if (IsWholePath(*text)) return AcceptPath(*text, typed.quoted);
+    if (IsPattern(*text)) {
+        parts_.list.SetPattern(*text);
+        return;
+    }
+    const auto& current = parts_.navigator.Current();
+    if (!current) return;
+    const RelativeTarget target = FollowPath(current->relative, *text);
+    AcceptIn({current->depot, target.folder}, target.name, typed.quoted);
+}
+
+void FileChoice::AcceptPath(const std::string& path, bool quoted) {
+    parts_.navigator.RunAnywhere(
+        IDS_BROWSE_WORKING, [path](DepotSession& session) { return LocatePath(session, path); },
+        [this, path, quoted](const LocatedPath& located) {
+            if (!located.found) return Refuse(IDS_BROWSE_OUTSIDE, WideFromAnsi(path));
+            AcceptIn(located.folder, located.name, quoted);
+        });
+}
+
+void FileChoice::AcceptIn(const FolderRef& folder, const std::string& name, bool quoted) {
+    if (name.empty()) {
+        SetField({});
+        return parts_.navigator.Open(folder);
+    }
+    if (parts_.settings.saves) return SaveFile(folder, name, quoted);
+    OpenFile(folder, name, quoted);
+}
+
+void FileChoice::OpenFile(const FolderRef& folder, const std::string& name, bool quoted) {
+    const std::string longer = quoted ? name : WithDefaultExtension(name, DefaultExtension());
+    parts_.navigator.Run(
+        folder.depot, IDS_BROWSE_WORKING,
+        [=](DepotSession& session) { return ExamineTyped(session, folder, name, longer); },
+        [=, this](const ExaminedName& found) { FinishOpen(folder, name, found); });
+}
+
+void FileChoice::FinishOpen(const FolderRef& folder, const std::string& name,
+                            const ExaminedName& found) {
+    switch (found.kind) {
+        case NameKind::kFile:
+            return parts_.finish({found.path});
+        case NameKind::kFolder:
+            return OpenFolder(folder, name);
+        case NameKind::kAbsent:
+            return Refuse(IDS_BROWSE_NOT_FOUND, WideFromAnsi(name));
+        default:
+            return Refuse(IDS_BROWSE_NOT_FOUND, WideFromAnsi(name), found.reason);
+    }
+}
+
+void FileChoice::SaveFile(const FolderRef& folder, const std::string& name, bool quoted) {
+    const std::string longer = quoted ? name : WithDefaultExtension(name, DefaultExtension());
+    if (!IsValidName(longer)) return Refuse(IDS_BROWSE_BAD_NAME, WideFromAnsi(name));
+    parts_.navigator.Run(
+        folder.depot, IDS_BROWSE_WORKING,
+        [=](DepotSession& session) { return ExamineTarget(session, folder, name, longer); },
+        [=, this](const ExaminedName& found) { FinishSave(folder, longer, found); });
+}
+
+void FileChoice::FinishSave(const FolderRef& folder, const std::string& name,
+                            const ExaminedName& found) {
+    if (found.kind == NameKind::kFolder) return OpenFolder(folder, NamePart(found.path));
+    if (!found.writable) {
+        return Refuse(IDS_BROWSE_NOT_WRITABLE, WideFromAnsi(found.path), found.reason);
+    }
+    if (found.kind == NameKind::kFile && parts_.settings.askBeforeOverwriting &&
+        !ConfirmOverwriting(name)) {
+        return;
+    }
+    parts_.finish({found.path});
+}
+
+void FileChoice::OpenFolder(const FolderRef& folder, const std::string& name) {
+    SetField({});
+    parts_.navigator.Open({folder.depot, folder.relative + name + "\\"});
+}
+
+bool FileChoice::ConfirmOverwriting(const std::string& name) const {
+    const std::wstring question =
+        parts_.texts.Text(IDS_BROWSE_CONFIRM_OVERWRITE, WideFromAnsi(name));
+    const std::wstring title = parts_.texts.Text(IDS_BROWSE_SAVE_AS);
+    return MessageBoxW(parts_.dialog, question.c_str(), title.c_str(),
+                       MB_YESNO | MB_ICONWARNING | MB_DEFBUTTON2) == IDYES;
+}
+
+void FileChoice::Refuse(UINT text, const std::wstring& argument, const std::string& reason) {
+    parts_.status.ShowError(WithReason(parts_.texts.Text(text, argument), reason));
+    // The user goes on where the mistake is.
+    const HWND field = GetDlgItem(parts_.dialog, CONTROL_NAME);
+    SendMessageW(parts_.dialog, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(field), TRUE);
+}
+
+std::wstring FileChoice::Field() const {
+    const HWND field = GetDlgItem(parts_.dialog, CONTROL_NAME);
+    std::wstring text(static_cast<std::size_t>(GetWindowTextLengthW(field)) + 1, L'\0');
+    const int length = GetWindowTextW(field, text.data(), static_cast<int>(text.size()));
+    text.resize(static_cast<std::size_t>(length));
+    return text;
+}
+
+void FileChoice::SetField(const std::wstring& text) const {
+    SetDlgItemTextW(parts_.dialog, CONTROL_NAME, text.c_str());
+}
+
+}  // namespace depot

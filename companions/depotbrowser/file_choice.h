@@ -1,0 +1,62 @@
+// From what the user selected or typed to the files that are chosen.
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "depotbrowser/browse_settings.h"
+#include "depotbrowser/file_name_field.h"
+#include "depotbrowser/folder_navigator.h"
+
+namespace depot {
+
+// Understands the file name field. Borrows the parts of the window.
+class FileChoice {
+public:
+    struct Parts {
+        HWND dialog;
+        const BrowseSettings& settings;
+        FolderNavigator& navigator;
+        FileList& list;
+        StatusLine& status;
+        const BrowseTexts& texts;
+        std::function<void(std::vector<std::string> paths)> finish;
+    };
+    explicit FileChoice(Parts parts);
+
+    // Opens the folder of a path and puts its name into the field; a mere name stays in the field
+    // and `otherwise` is opened.
+    void Begin(const std::wstring& path, const FolderRef& otherwise);
+
+    // Shows the selected files in the field.
+    void SelectionChanged();
+
+    // Acts on the field as the default button does: opens a folder, applies a pattern, or ends the
+    // dialog with the chosen files. What cannot be is told in place.
+    void Accept();
+
+    // The extension that names without one are given.
+    std::string DefaultExtension() const;
+
+private:
+    void AcceptSelected(const std::vector<const BrowseEntry*>& files);
+    void AcceptSeveral(const std::vector<TypedName>& names);
+    void AcceptOne(const TypedName& typed);
+    void AcceptPath(const std::string& path, bool quoted);
+    void AcceptIn(const FolderRef& folder, const std::string& name, bool quoted);
+    void OpenFile(const FolderRef& folder, const std::string& name, bool quoted);
+    void SaveFile(const FolderRef& folder, const std::string& name, bool quoted);
+    void FinishOpen(const FolderRef& folder, const std::string& name, const ExaminedName& found);
+    void FinishSave(const FolderRef& folder, const std::string& name, const ExaminedName& found);
+    void OpenFolder(const FolderRef& folder, const std::string& name);
+    bool ConfirmOverwriting(const std::string& name) const;
+    void Refuse(UINT text, const std::wstring& argument, const std::string& reason = {});
+    std::wstring Field() const;
+    void SetField(const std::wstring& text) const;
+
+    Parts parts_;
+    std::wstring selectionField_;  // what the field holds as long as it shows the selection
+};
+
+}  // namespace depot

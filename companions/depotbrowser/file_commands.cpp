@@ -1,0 +1,136 @@
+#include "depotbrowser/file_commands.h"
+
+#include <algorithm>
+
+#include "depotbrowser/ansi_text.h"
+#include "depotbrowser/browse_ids.h"
+#include "depotbrowser/name_rules.h"
+#include "resource_ids.h"
+
+namespace depot {
+namespace {
+
+std::vector<std::string> NamesOf(const std::vector<const BrowseEntry*>& entries) {
+    std::vector<std::string> names;
+    for (const BrowseEntry* entry : entries) names.push_back(entry->name);
+    return names;
+}
+
+bool AllAreFiles(const std::vector<const BrowseEntry*>& entries) {
+    return std::none_of(entries.begin(), entries.end(),
+                        [](const BrowseEntry* entry) { return entry->isFolder; });
+}
+
+}  // namespace
+
+bool FileCommands::CanChange() const {
+    return parts_.offered && parts_.navigator.IsLoaded();
+}
+
+bool FileCommands::CanRename() const {
+    return CanChange() && parts_.list.Selected().size() == 1;
+}
+
+// Has a worker do the change in the shown folder and shows what became of it.
+template <class Change>
+void FileCommands::Run(Change change, bool editsName) {
+    const FolderRef folder = *parts_.navigator.Current();
+    parts_.navigator.Run(
+        folder.depot, IDS_BROWSE_WORKING,
+        [folder, change](DepotSession& session) { return change(session, folder); },
+        [this, editsName](const ChangeResult& result) { Finish(result, editsName); });
+}
+
+void FileCommands::Finish(const ChangeResult& result, bool editsName) {
+    if (!result.succeeded) {
+        const UINT text = result.nameTaken ? IDS_BROWSE_EXISTS : IDS_BROWSE_FAILED;
+        const std::wstring name = WideFromAnsi(result.name);
+        parts_.navigator.Reload(
+            {result.name, WithReason(parts_.texts.Text(text, name), result.reason), {}});
+        return;
+    }
+    std::function<void()> then;
+    if (editsName) then = [this] { Rename(); };
+    parts_.navigator.Reload({result.name, {}, then});
+}
+
+void FileCommands::NewFolder() {
+    if (!CanChange()) return;
+    const auto name = AnsiFromWide(parts_.texts.Text(IDS_BROWSE_NEW_FOLDER));
+    Run(
+        [name = name.value_or("Folder")](DepotSession& session, const FolderRef& folder) {
+            return MakeFolder(session, folder, name);
+        },
+        true);
+}
+
+void FileCommands::Rename() const {
+    if (CanRename()) parts_.list.EditName();
+}
+
+void FileCommands::NameEdited(const NMLVDISPINFOW& edited) {
+    const BrowseEntry* const entry = parts_.list.EntryAt(edited.item.iItem);
+    const wchar_t* const text = edited.item.pszText;
+    if (text == nullptr || entry == nullptr || entry->shownName == text) return;
+    const auto name = AnsiFromWide(text);
+    if (!name || !IsValidName(*name)) {
+        parts_.status.ShowError(parts_.texts.Text(IDS_BROWSE_BAD_NAME, text));
+        return;
+    }
+    Run([from = entry->name, to = *name](DepotSession& session, const FolderRef& folder) {
+        return RenameItem(session, folder, from, to);
+    });
+}
+
+void FileCommands::MakeCopy() {
+    const auto selected = parts_.list.Selected();
+    if (!CanChange() || selected.empty() || !AllAreFiles(selected)) return;
+    Run([names = NamesOf(selected)](DepotSession& session, const FolderRef& folder) {
+        return CopyItems(session, folder, names);
+    });
+}
+
+void FileCommands::Delete() {
+    const auto selected = parts_.list.Selected();
+    if (!CanChange() || selected.empty()) return;
+    const std::vector<std::string> names = NamesOf(selected);
+    const FolderRef folder = *parts_.navigator.Current();
+    // While the question waits, the list may be loaded anew.
+    if (!ConfirmDeletion(selected) || parts_.navigator.Current() != folder) return;
+    Run([names](DepotSession& session, const FolderRef& place) {
+        return DeleteItems(session, place, names);
+    });
+}
+
+bool FileCommands::ConfirmDeletion(const std::vector<const BrowseEntry*>& entries) const {
+    const std::wstring question =
+        entries.size() == 1
+            ? parts_.texts.Text(IDS_BROWSE_CONFIRM_DELETE, entries.front()->shownName)
+            : parts_.texts.Text(IDS_BROWSE_CONFIRM_DELETE_SEVERAL, std::to_wstring(entries.size()));
+    const std::wstring title = parts_.texts.Text(IDS_BROWSE_DELETE);
+    return MessageBoxW(parts_.dialog, question.c_str(), title.c_str(), MB_YESNO | MB_ICONWARNING) ==
+           IDYES;
+}
+
+void FileCommands::UpdateButtons() const {
+    if (!parts_.offered) return;
+    const auto selected = parts_.list.Selected();
+    const bool some = CanChange() && !selected.empty();
+    const struct {
+        int control;
+        bool usable;
+    } rows[] = {
+        {CONTROL_NEW_FOLDER, CanChange()},
+        {CONTROL_RENAME, CanRename()},
+        {CONTROL_MAKE_COPY, some && AllAreFiles(selected)},
+        {CONTROL_DELETE, some},
+    };
+    for (const auto& row : rows) {
+        const HWND button = GetDlgItem(parts_.dialog, row.control);
+        // The focus must not stay on a button that cannot be used any more.
+        if (!row.usable && GetFocus() == button) SetFocus(parts_.list.Control());
+        EnableWindow(button, row.usable);
+    }
+}
+
+}  // namespace depot

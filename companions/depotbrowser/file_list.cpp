@@ -1,0 +1,224 @@
+#include "depotbrowser/file_list.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "depotbrowser/name_rules.h"
+#include "platform/text.h"
+#include "resource_ids.h"
+// After the Windows headers.
+#include <shlwapi.h>
+
+namespace depot {
+namespace {
+
+struct ColumnStyle {
+    UINT title;
+    int characters;
+    int format;
+};
+
+constexpr ColumnStyle kColumnStyles[kColumns] = {
+    {IDS_BROWSE_COLUMN_NAME, 30, LVCFMT_LEFT},
+    {IDS_BROWSE_COLUMN_TYPE, 18, LVCFMT_LEFT},
+    {IDS_BROWSE_COLUMN_SIZE, 11, LVCFMT_RIGHT},
+    {IDS_BROWSE_COLUMN_DATE, 20, LVCFMT_LEFT},
+};
+
+// As the system's own file lists compare names: numbers by their value.
+int CompareLikeTheShell(const std::wstring& left, const std::wstring& right) {
+    return StrCmpLogicalW(left.c_str(), right.c_str());
+}
+
+bool BeginsWith(const std::wstring& name, const std::wstring& beginning) {
+    return StrCmpNIW(name.c_str(), beginning.c_str(), static_cast<int>(beginning.size())) == 0;
+}
+
+}  // namespace
+
+FileList::FileList(HWND control, BrowseIcons& icons, const BrowseTexts& texts,
+                   bool multipleSelection)
+    : control_(control), icons_(icons), texts_(texts) {
+    if (!multipleSelection) {
+        SetWindowLongW(control_, GWL_STYLE,
+                       GetWindowLongW(control_, GWL_STYLE) | static_cast<LONG>(LVS_SINGLESEL));
+    }
+    ListView_SetExtendedListViewStyle(
+        control_, LVS_EX_FULLROWSELECT | LVS_EX_DOUBLEBUFFER | LVS_EX_LABELTIP | LVS_EX_INFOTIP);
+    ListView_SetImageList(control_, icons_.List(), LVSIL_SMALL);
+    AddColumns(texts);
+}
+
+void FileList::AddColumns(const BrowseTexts& texts) {
+    const auto digit = static_cast<int>(
+        SendMessageW(control_, LVM_GETSTRINGWIDTHW, 0, reinterpret_cast<LPARAM>(L"0")));
+    for (int index = 0; index < kColumns; ++index) {
+        const ColumnStyle& style = kColumnStyles[index];
+        std::wstring title = texts.Text(style.title);
+        LVCOLUMNW column = {};
+        column.mask = LVCF_TEXT | LVCF_WIDTH | LVCF_FMT | LVCF_SUBITEM;
+        column.pszText = title.data();
+        column.cx = digit * style.characters;
+        column.fmt = style.format;
+        column.iSubItem = index;
+        SendMessageW(control_, LVM_INSERTCOLUMNW, static_cast<WPARAM>(index),
+                     reinterpret_cast<LPARAM>(&column));
+    }
+    ShowOrder();
+}
+
+void FileList::SetEntries(std::vector<BrowseEntry> entries) {
+    entries_ = std::move(entries);
+    for (BrowseEntry& entry : entries_) entry.typeName = texts_.TypeName(entry);
+    ShowRows();
+}
+
+void FileList::SetPattern(const std::string& pattern) {
+    pattern_ = pattern;
+    ShowRows();
+}
+
+void FileList::SetOrder(EntryOrder order) {
+    const BrowseEntry* const focused = Focused();
+    const std::string name = focused ? focused->name : std::string();
+    order_ = order;
+    ShowOrder();
+    ShowRows();
+    if (!name.empty()) Select(name);
+}
+
+void FileList::ShowRows() {
+    rows_.clear();
+    for (std::size_t index = 0; index < entries_.size(); ++index) {
+        const BrowseEntry& entry = entries_[index];
+        if (entry.isFolder || MatchesPattern(entry.name, pattern_)) rows_.push_back(index);
+    }
+    SortRows(rows_, entries_, order_, CompareLikeTheShell);
+    ListView_SetItemState(control_, -1, 0, LVIS_SELECTED | LVIS_FOCUSED);
+    ListView_SetItemCountEx(control_, static_cast<int>(rows_.size()), 0);
+    InvalidateRect(control_, nullptr, TRUE);
+}
+
+void FileList::ShowOrder() const {
+    const HWND header = ListView_GetHeader(control_);
+    for (int index = 0; index < kColumns; ++index) {
+        HDITEMW item = {};
+        item.mask = HDI_FORMAT;
+        SendMessageW(header, HDM_GETITEMW, static_cast<WPARAM>(index),
+                     reinterpret_cast<LPARAM>(&item));
+        item.fmt &= ~(HDF_SORTUP | HDF_SORTDOWN);
+        if (index == static_cast<int>(order_.column)) {
+            item.fmt |= order_.descending ? HDF_SORTDOWN : HDF_SORTUP;
+        }
+        SendMessageW(header, HDM_SETITEMW, static_cast<WPARAM>(index),
+                     reinterpret_cast<LPARAM>(&item));
+    }
+}
+
+std::vector<const BrowseEntry*> FileList::Selected() const {
+    std::vector<const BrowseEntry*> selected;
+    for (int row = ListView_GetNextItem(control_, -1, LVNI_SELECTED); row >= 0;
+         row = ListView_GetNextItem(control_, row, LVNI_SELECTED)) {
+        selected.push_back(&At(row));
+    }
+    return selected;
+}
+
+const BrowseEntry* FileList::Focused() const {
+    const int row = ListView_GetNextItem(control_, -1, LVNI_FOCUSED | LVNI_SELECTED);
+    return EntryAt(row);
+}
+
+const BrowseEntry* FileList::Find(const std::string& name) const {
+    const auto found =
+        std::find_if(entries_.begin(), entries_.end(),
+                     [&](const BrowseEntry& entry) { return EqualsNoCase(entry.name, name); });
+    return found == entries_.end() ? nullptr : &*found;
+}
+
+const BrowseEntry* FileList::EntryAt(int row) const {
+    return row >= 0 && static_cast<std::size_t>(row) < rows_.size() ? &At(row) : nullptr;
+}
+
+bool FileList::Select(const std::string& name) {
+    const auto found = std::find_if(rows_.begin(), rows_.end(), [&](std::size_t index) {
+        return EqualsNoCase(entries_[index].name, name);
+    });
+    if (found == rows_.end()) return false;
+    const int row = static_cast<int>(found - rows_.begin());
+    ListView_SetItemState(control_, -1, 0, LVIS_SELECTED);
+    ListView_SetItemState(control_, row, LVIS_SELECTED | LVIS_FOCUSED,
+                          LVIS_SELECTED | LVIS_FOCUSED);
+    ListView_EnsureVisible(control_, row, FALSE);
+    return true;
+}
+
+void FileList::EditName() const {
+    const int row = ListView_GetNextItem(control_, -1, LVNI_FOCUSED | LVNI_SELECTED);
+    if (row < 0) return;
+    SetFocus(control_);
+    SendMessageW(control_, LVM_EDITLABELW, static_cast<WPARAM>(row), 0);
+}
+
+bool FileList::IsEditing() const {
+    return ListView_GetEditControl(control_) != nullptr;
+}
+
+std::optional<LRESULT> FileList::HandleNotify(const NMHDR& header) {
+    switch (header.code) {
+        case LVN_GETDISPINFOW:
+            FillCell(reinterpret_cast<NMLVDISPINFOW&>(const_cast<NMHDR&>(header)).item);
+            return 0;
+        case LVN_ODFINDITEMW:
+            return FindByBeginning(reinterpret_cast<const NMLVFINDITEMW&>(header));
+        case LVN_COLUMNCLICK:
+            SetOrder(OrderAfterClick(
+                order_, ColumnOf(reinterpret_cast<const NMLISTVIEW&>(header).iSubItem)));
+            return 0;
+        default:
+            return std::nullopt;
+    }
+}
+
+void FileList::FillCell(LVITEMW& cell) {
+    const BrowseEntry* const shown = EntryAt(cell.iItem);
+    if (shown == nullptr) return;
+    const BrowseEntry& entry = *shown;
+    if ((cell.mask & LVIF_IMAGE) != 0) {
+        cell.iImage = entry.isFolder ? icons_.Folder() : icons_.File();
+    }
+    if ((cell.mask & LVIF_TEXT) != 0 && cell.cchTextMax > 0) {
+        lstrcpynW(cell.pszText, CellText(entry, ColumnOf(cell.iSubItem)).c_str(), cell.cchTextMax);
+    }
+}
+
+std::wstring FileList::CellText(const BrowseEntry& entry, Column column) const {
+    switch (column) {
+        case Column::kType:
+            return entry.typeName;
+        case Column::kSize:
+            return texts_.SizeText(entry);
+        case Column::kDate:
+            return BrowseTexts::DateText(entry);
+        default:
+            return entry.shownName;
+    }
+}
+
+int FileList::FindByBeginning(const NMLVFINDITEMW& request) const {
+    if ((request.lvfi.flags & (LVFI_STRING | LVFI_PARTIAL)) == 0 || request.lvfi.psz == nullptr) {
+        return -1;
+    }
+    const std::wstring beginning = request.lvfi.psz;
+    const int count = static_cast<int>(rows_.size());
+    const int first = std::clamp(request.iStart, 0, count);
+    for (int step = 0; step < count; ++step) {
+        const bool wraps = first + step >= count;
+        if (wraps && (request.lvfi.flags & LVFI_WRAP) == 0) return -1;
+        const int row = (first + step) % count;
+        if (BeginsWith(At(row).shownName, beginning)) return row;
+    }
+    return -1;
+}
+
+}  // namespace depot

@@ -1,0 +1,68 @@
+// The list of the files and folders in the current folder.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "depotbrowser/browse_entry.h"
+#include "depotbrowser/browse_icons.h"
+#include "depotbrowser/browse_texts.h"
+#include "depotbrowser/entry_order.h"
+
+namespace depot {
+
+// Borrows the dialog's list control, which asks for what it shows row by row: ten thousand files
+// cost no more than a screenful.
+class FileList {
+public:
+    FileList(HWND control, BrowseIcons& icons, const BrowseTexts& texts, bool multipleSelection);
+
+    // Shows these entries, as far as the pattern lets them pass, in the current order.
+    void SetEntries(std::vector<BrowseEntry> entries);
+    void SetPattern(const std::string& pattern);
+    void SetOrder(EntryOrder order);
+
+    const std::vector<BrowseEntry>& Entries() const { return entries_; }
+    std::size_t RowCount() const { return rows_.size(); }
+
+    // The selected entries from the top.
+    std::vector<const BrowseEntry*> Selected() const;
+    // The entry with the focus, when it is selected; null otherwise.
+    const BrowseEntry* Focused() const;
+    // Returns the entry of that name in any letter case, shown or not; null when there is none.
+    const BrowseEntry* Find(const std::string& name) const;
+
+    // Returns the entry of a row; null when there is no such row.
+    const BrowseEntry* EntryAt(int row) const;
+
+    // Selects the entry alone and shows it. Returns whether it is there.
+    bool Select(const std::string& name);
+    // Has the user change the name of the entry with the focus.
+    void EditName() const;
+    bool IsEditing() const;
+
+    // Handles what the control asks and tells; nothing when the dialog has to.
+    std::optional<LRESULT> HandleNotify(const NMHDR& header);
+
+    HWND Control() const { return control_; }
+
+private:
+    void AddColumns(const BrowseTexts& texts);
+    void ShowRows();
+    void ShowOrder() const;
+    void FillCell(LVITEMW& cell);
+    std::wstring CellText(const BrowseEntry& entry, Column column) const;
+    int FindByBeginning(const NMLVFINDITEMW& request) const;
+    const BrowseEntry& At(int row) const { return entries_[rows_[static_cast<std::size_t>(row)]]; }
+
+    HWND control_;
+    BrowseIcons& icons_;
+    const BrowseTexts& texts_;
+    std::vector<BrowseEntry> entries_;
+    std::vector<std::size_t> rows_;  // indexes into the entries
+    std::string pattern_ = "*.*";
+    EntryOrder order_;
+};
+
+}  // namespace depot

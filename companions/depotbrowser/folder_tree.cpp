@@ -1,0 +1,189 @@
+#include "depotbrowser/folder_tree.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "depotbrowser/ansi_text.h"
+#include "depotbrowser/name_rules.h"
+#include "platform/paths.h"
+#include "platform/text.h"
+
+namespace depot {
+namespace {
+
+// Sets a flag for as long as it lives.
+class FlagScope {
+public:
+    explicit FlagScope(bool& flag) : flag_(flag), before_(std::exchange(flag, true)) {}
+    ~FlagScope() { flag_ = before_; }
+    FlagScope(const FlagScope&) = delete;
+    FlagScope& operator=(const FlagScope&) = delete;
+
+private:
+    bool& flag_;
+    bool before_;
+};
+
+std::string LastName(const FolderRef& folder) {
+    return NamePart(RemoveTrailingBackslash(folder.relative));
+}
+
+}  // namespace
+
+FolderTree::FolderTree(HWND control, BrowseIcons& icons, Events events)
+    : control_(control), icons_(icons), events_(std::move(events)) {
+    TreeView_SetImageList(control_, icons_.List(), TVSIL_NORMAL);
+}
+
+void FolderTree::Fill(const std::vector<ShownDepot>& depots, bool showFolders) {
+    const FlagScope scope(silent_);
+    depots_ = depots;
+    showFolders_ = showFolders;
+    for (const ShownDepot& depot : depots) {
+        Insert(TVI_ROOT, {depot.ref, {}}, depot.name, icons_.Depot(depot.icon));
+    }
+}
+
+HTREEITEM FolderTree::Insert(HTREEITEM parent, const FolderRef& folder, const std::wstring& name,
+                             int image) {
+    std::wstring text = name;
+    TVINSERTSTRUCTW insertion = {};
+    insertion.hParent = parent;
+    insertion.hInsertAfter = parent == TVI_ROOT ? TVI_LAST : TVI_SORT;
+    insertion.item.mask = TVIF_TEXT | TVIF_IMAGE | TVIF_SELECTEDIMAGE | TVIF_CHILDREN;
+    insertion.item.pszText = text.data();
+    insertion.item.iImage = insertion.item.iSelectedImage = image;
+    // Every folder may have others until they are known.
+    insertion.item.cChildren = showFolders_ ? 1 : 0;
+    const auto item = reinterpret_cast<HTREEITEM>(
+        SendMessageW(control_, TVM_INSERTITEMW, 0, reinterpret_cast<LPARAM>(&insertion)));
+    nodes_[item] = {folder, false};
+    return item;
+}
+
+HTREEITEM FolderTree::InsertFolder(HTREEITEM parent, const FolderRef& above,
+                                   const std::string& name) {
+    return Insert(parent, {above.depot, above.relative + name + "\\"}, WideFromAnsi(name),
+                  icons_.Folder());
+}
+
+std::vector<HTREEITEM> FolderTree::Children(HTREEITEM parent) const {
+    std::vector<HTREEITEM> children;
+    for (HTREEITEM item = parent == TVI_ROOT ? TreeView_GetRoot(control_)
+                                             : TreeView_GetChild(control_, parent);
+         item != nullptr; item = TreeView_GetNextSibling(control_, item)) {
+        children.push_back(item);
+    }
+    return children;
+}
+
+HTREEITEM FolderTree::FindDepot(const DepotRef& depot) const {
+    for (HTREEITEM item : Children(TVI_ROOT)) {
+        if (nodes_.at(item).folder.depot == depot) return item;
+    }
+    return nullptr;
+}
+
+HTREEITEM FolderTree::FindChild(HTREEITEM parent, const std::string& name) const {
+    for (HTREEITEM item : Children(parent)) {
+        if (EqualsNoCase(LastName(nodes_.at(item).folder), name)) return item;
+    }
+    return nullptr;
+}
+
+HTREEITEM FolderTree::FindFolder(const FolderRef& folder) const {
+    HTREEITEM item = FindDepot(folder.depot);
+    for (const std::string& name : FolderNames(folder.relative)) {
+        if (item != nullptr) item = FindChild(item, name);
+    }
+    return item;
+}
+
+HTREEITEM FolderTree::MakeFolder(const FolderRef& folder) {
+    HTREEITEM item = FindDepot(folder.depot);
+    if (item == nullptr || !showFolders_) return item;
+    for (const std::string& name : FolderNames(folder.relative)) {
+        const HTREEITEM child = FindChild(item, name);
+        item = child != nullptr ? child : InsertFolder(item, nodes_.at(item).folder, name);
+    }
+    return item;
+}
+
+void FolderTree::Select(const FolderRef& folder) {
+    const FlagScope scope(silent_);
+    const HTREEITEM item = MakeFolder(folder);
+    if (item == nullptr) return;
+    TreeView_SelectItem(control_, item);
+    TreeView_EnsureVisible(control_, item);
+}
+
+void FolderTree::SetFolders(const FolderRef& folder, const std::vector<std::string>& names,
+                            bool known) {
+    const FlagScope scope(silent_);
+    const HTREEITEM item = FindFolder(folder);
+    if (item == nullptr || !showFolders_) return;
+    nodes_.at(item).loaded = known;
+    for (HTREEITEM child : Children(item)) {
+        const std::string name = LastName(nodes_.at(child).folder);
+        const bool stays = std::any_of(names.begin(), names.end(), [&](const std::string& other) {
+            return EqualsNoCase(other, name);
+        });
+        if (!stays) Remove(child);
+    }
+    for (const std::string& name : names) {
+        if (FindChild(item, name) == nullptr) InsertFolder(item, nodes_.at(item).folder, name);
+    }
+    ShowsButton(item, !names.empty() || !known);
+}
+
+void FolderTree::Remove(HTREEITEM item) {
+    for (HTREEITEM child : Children(item)) Remove(child);
+    nodes_.erase(item);
+    TreeView_DeleteItem(control_, item);
+}
+
+void FolderTree::ShowsButton(HTREEITEM item, bool shows) {
+    TVITEMW change = {};
+    change.mask = TVIF_CHILDREN;
+    change.hItem = item;
+    change.cChildren = shows ? 1 : 0;
+    SendMessageW(control_, TVM_SETITEMW, 0, reinterpret_cast<LPARAM>(&change));
+}
+
+std::wstring FolderTree::ShownPath(const FolderRef& folder) const {
+    const auto depot = std::find_if(depots_.begin(), depots_.end(), [&](const ShownDepot& shown) {
+        return shown.ref == folder.depot;
+    });
+    std::wstring path = depot == depots_.end() ? std::wstring() : depot->name;
+    for (const std::string& name : FolderNames(folder.relative)) {
+        path += L"\\" + WideFromAnsi(name);
+    }
+    return path;
+}
+
+std::optional<LRESULT> FolderTree::HandleNotify(const NMHDR& header) {
+    if (silent_) return std::nullopt;
+    const auto& change = reinterpret_cast<const NMTREEVIEWW&>(header);
+    switch (header.code) {
+        case TVN_SELCHANGEDW: {
+            const auto node = nodes_.find(change.itemNew.hItem);
+            if (node != nodes_.end()) events_.selected(FolderRef(node->second.folder));
+            return 0;
+        }
+        case TVN_ITEMEXPANDINGW:
+            Open(change);
+            return 0;
+        default:
+            return std::nullopt;
+    }
+}
+
+void FolderTree::Open(const NMTREEVIEWW& change) {
+    if (change.action != TVE_EXPAND) return;
+    const auto node = nodes_.find(change.itemNew.hItem);
+    if (node != nodes_.end() && !node->second.loaded) {
+        events_.opened(FolderRef(node->second.folder));
+    }
+}
+
+}  // namespace depot

@@ -1,0 +1,72 @@
+// The tree of depots and their folders.
+#pragma once
+
+#include <functional>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "depotbrowser/browse_icons.h"
+#include "depotbrowser/depot_place.h"
+
+namespace depot {
+
+// Borrows the dialog's tree control. Folders become known one by one: those below a folder when the
+// user opens it.
+class FolderTree {
+public:
+    struct Events {
+        std::function<void(const FolderRef& folder)> selected;
+        // Asks for the folders below one that was opened; SetFolders answers.
+        std::function<void(const FolderRef& folder)> opened;
+    };
+
+    FolderTree(HWND control, BrowseIcons& icons, Events events);
+
+    // Fills the tree; without `showFolders` it has the depots alone.
+    void Fill(const std::vector<ShownDepot>& depots, bool showFolders);
+
+    // Selects a folder without reporting it. Folders on the way that are not known yet are added.
+    void Select(const FolderRef& folder);
+
+    // Tells which folders one holds. Those that stay keep what is known of them. `known` is false
+    // when they could not be found out: the folder then can be opened again.
+    void SetFolders(const FolderRef& folder, const std::vector<std::string>& names, bool known);
+
+    // Returns a folder's names as the user sees them, from the depot's name down.
+    std::wstring ShownPath(const FolderRef& folder) const;
+
+    // Handles what the control tells the dialog; nothing when it is not of interest.
+    std::optional<LRESULT> HandleNotify(const NMHDR& header);
+
+    HWND Control() const { return control_; }
+
+private:
+    struct Node {
+        FolderRef folder;
+        bool loaded = false;
+    };
+
+    HTREEITEM Insert(HTREEITEM parent, const FolderRef& folder, const std::wstring& name,
+                     int image);
+    HTREEITEM InsertFolder(HTREEITEM parent, const FolderRef& above, const std::string& name);
+    HTREEITEM FindDepot(const DepotRef& depot) const;
+    HTREEITEM FindChild(HTREEITEM parent, const std::string& name) const;
+    HTREEITEM FindFolder(const FolderRef& folder) const;
+    HTREEITEM MakeFolder(const FolderRef& folder);
+    std::vector<HTREEITEM> Children(HTREEITEM parent) const;
+    void Remove(HTREEITEM item);
+    void ShowsButton(HTREEITEM item, bool shows);
+    void Open(const NMTREEVIEWW& change);
+
+    HWND control_;
+    BrowseIcons& icons_;
+    Events events_;
+    std::map<HTREEITEM, Node> nodes_;
+    std::vector<ShownDepot> depots_;
+    bool showFolders_ = true;
+    bool silent_ = false;  // while the tree changes by itself
+};
+
+}  // namespace depot

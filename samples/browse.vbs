@@ -1,0 +1,14 @@
+' Lets a person choose session profiles among the sample depots, and tells which.
+Option Explicit
+Dim dialog, path
+
+Set dialog = CreateObject("DepotBrowser.DepotBrowseDialog")
+dialog.Mode = 22
+dialog.AllowMultipleSelection = 1
+If dialog.ShowModal() = 1 Then
+    For Each path In dialog.ChosenPaths
+        WScript.Echo path
+    Next
+Else
+    WScript.Echo "Nothing was chosen."
+End If

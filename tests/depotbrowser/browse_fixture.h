@@ -1,0 +1,52 @@
+// The browse dialog over depots of a test's own.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "depotbrowser/browse_user.h"
+#include "depotbrowser/browser_library.h"
+#include "manager/depot_list.h"
+#include "support/scratch.h"
+
+namespace depot::test {
+
+// A box that asks a question: waits for it and presses a button.
+void AnswerQuestion(const std::wstring& part, int button);
+
+class BrowseTest : public testing::Test {
+protected:
+    static constexpr LONG kJunk = 0x5A5A5A5A;
+
+    using Script = std::function<void(const OpenBrowser& browser)>;
+
+    BrowseTest();
+
+    // Shows the dialog while `script` plays the user. Returns the out value.
+    LONG Show(const Script& script);
+
+    std::wstring ChosenPath() const;
+    Names ChosenPaths() const;
+
+    // Defines a folder depot below the scratch folder and returns the folder.
+    std::string DefineDepot(const std::string& key, const std::string& name, DWORD order) const;
+
+    // Makes a file in the depot "Work", or in another one, and the folders that lead to it.
+    void MakeFile(const std::string& name, const std::string& bytes = "[A]\r\n") const {
+        MakeFileIn("Work", name, bytes);
+    }
+    void MakeFileIn(const std::string& depot, const std::string& name,
+                    const std::string& bytes) const;
+    std::string At(const std::string& name) const { return folder_.At("Work\\" + name); }
+
+    const ComApartment apartment_;
+    const BrowserLibrary library_;
+    const ScratchFolder folder_;
+    const ScratchKey depots_{HKEY_CURRENT_USER, kDepotsKey};
+    UniqueCom<IDepotBrowseDialog> dialog_ = CreateBrowseObject();
+};
+
+}  // namespace depot::test
