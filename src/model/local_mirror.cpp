@@ -10,6 +10,7 @@
 #include "platform/local_file.h"
 #include "platform/paths.h"
 #include "platform/temp_file.h"
+#include "platform/user_notice.h"
 #include "platform/win32.h"
 
 namespace depot {
@@ -109,7 +110,7 @@ public:
         if (!text.empty()) text += "\n";
         text += kept_;
         if (errorText != nullptr) *errorText = text;
-        MessageBoxA(nullptr, text.c_str(), kMessageTitle, MB_ICONERROR);
+        ShowNotice(text, kMessageTitle, nullptr);
     }
 
 private:
