@@ -1,0 +1,17 @@
+// The groups of commands. Each function adds its commands to the command line; the one that was
+// given leaves its work in `program.command`.
+#pragma once
+
+namespace CLI {
+class App;
+}
+
+namespace depot::ctl {
+
+class Program;
+
+void AddListCommand(CLI::App& app, Program& program);      // ls
+void AddProfileCommands(CLI::App& app, Program& program);  // cat, get, set
+void AddDepotsCommand(CLI::App& app, Program& program);    // depots
+
+}  // namespace depot::ctl
