@@ -10,8 +10,10 @@ namespace depot::ctl {
 
 class Program;
 
-void AddListCommand(CLI::App& app, Program& program);      // ls
-void AddProfileCommands(CLI::App& app, Program& program);  // cat, get, set
-void AddDepotsCommand(CLI::App& app, Program& program);    // depots
+void AddListCommand(CLI::App& app, Program& program);       // ls
+void AddProfileCommands(CLI::App& app, Program& program);   // cat, get, set
+void AddFileCommands(CLI::App& app, Program& program);      // cp, mv, rm, mkdir, copy-name
+void AddTransferCommands(CLI::App& app, Program& program);  // upload, download, publish
+void AddDepotsCommand(CLI::App& app, Program& program);     // depots
 
 }  // namespace depot::ctl

@@ -48,6 +48,8 @@ void AddCommands(CLI::App& app, Program& program) {
         "--json", [&program] { program.renderer.UseJson(); }, "Answer in JSON");
     AddListCommand(app, program);
     AddProfileCommands(app, program);
+    AddFileCommands(app, program);
+    AddTransferCommands(app, program);
     AddDepotsCommand(app, program);
 }
 
