@@ -26,8 +26,7 @@ bool IsSimple(const CDepotPath& location) {
 Problem NoCredentials(const CDepotPath& location) {
     return {"the server " + Utf8FromAnsi(location.host) +
                 " wants a user name and a password, and none are stored",
-            "run the command at a terminal, or store them: depots set KEY --user NAME "
-            "--ask-password",
+            "run the command at a terminal, or store them as Username and Password",
             LDAP_INAPPROPRIATE_AUTH, false};
 }
 

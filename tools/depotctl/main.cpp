@@ -19,7 +19,6 @@ constexpr char kFooter[] =
     "Exit codes: 0 done, 1 refused, 2 wrong usage, 3 a depot cannot be reached.\n"
     "Examples:\n"
     "  depotctl depots\n"
-    "  depotctl check Work\n"
     "  depotctl ls \"<Work>\\Sessions\"\n"
     "  depotctl get \"<Work>\\Sessions\\office.kre\" Host Name";
 
