@@ -5,7 +5,7 @@
 
 #include "depotbrowser/ansi_text.h"
 #include "directory/ldap_items.h"
-#include "platform/error_notice.h"
+#include "platform/user_notice.h"
 #include "platform/no_destructor.h"
 
 namespace depot {
@@ -73,7 +73,7 @@ std::string TakeLastNotice() {
 
 void RouteWorkerNotices() {
     static NoDestructor<WindowPrompt> prompt;
-    InstallErrorNotice(Collect);
+    InstallNoticeReceiver(Collect);
     InstallCredentialsPrompt(prompt.get());
 }
 

@@ -1,7 +1,7 @@
 #include "directory/ldap_items.h"
 
-#include "platform/error_notice.h"
 #include "platform/error_text.h"
+#include "platform/user_notice.h"
 
 namespace depot {
 namespace {
@@ -110,7 +110,7 @@ void CLDAPItems::ReportError(std::uint32_t code, std::string* errorText) {
     if (code == LDAP_SUCCESS) return;
     const std::string text = ErrorText();
     if (errorText && !text.empty()) *errorText = text;
-    ShowErrorNotice(text);
+    ShowNotice(text, kMessageTitle, nullptr);
 }
 
 int CLDAPItems::Fail(std::uint32_t code, std::string* errorText) {

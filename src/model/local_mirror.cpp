@@ -6,11 +6,11 @@
 
 #include "model/depot_paths.h"
 #include "model/recovered_files.h"
-#include "platform/error_notice.h"
 #include "platform/error_text.h"
 #include "platform/local_file.h"
 #include "platform/paths.h"
 #include "platform/temp_file.h"
+#include "platform/user_notice.h"
 #include "platform/win32.h"
 
 namespace depot {
@@ -118,7 +118,7 @@ public:
         if (!text.empty() && !kept_.empty()) text += "\n";
         text += kept_;
         if (errorText != nullptr) *errorText = text;
-        ShowErrorNotice(text);
+        ShowNotice(text, kMessageTitle, nullptr);
     }
 
 private:

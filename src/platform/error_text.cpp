@@ -2,6 +2,8 @@
 
 #include <memory>
 
+#include "platform/user_notice.h"
+
 namespace depot {
 namespace {
 
@@ -33,7 +35,7 @@ void Deliver(const std::string& message, const char* title, std::string* text, H
     if (text != nullptr) {
         *text = message;
     } else {
-        MessageBoxA(owner, message.c_str(), title, MB_ICONERROR | MB_OK);
+        ShowNotice(message, title, owner);
     }
 }
 

@@ -1,0 +1,128 @@
+// The commands on a depot that is kept in a real directory.
+#include "depotctl/tool.h"
+#include "support/directory_server.h"
+
+namespace depot::test {
+namespace {
+
+using testing::HasSubstr;
+
+class DirectoryToolTest : public ToolTest {
+protected:
+    DirectoryToolTest() {
+        ForgetServer(server_.Port());
+        DefineDirectory("Dir", server_.Port());
+        server_.AddFolder("Sessions", base_);
+        server_.AddFile("office.kre", "cn=Sessions," + base_, "[Host]\r\nName=mail\r\n");
+    }
+
+    void DefineDirectory(const std::string& key, unsigned port) {
+        key_.Text(key, "Path1", base_);
+        key_.Dword(key, "Type1", 1);
+        key_.Text(key, "Host1", "127.0.0.1");
+        key_.Dword(key, "Port1", port);
+        key_.Text(key, "Username1", kEditor);
+        key_.Text(key, "Password1", kEditorPassword);
+    }
+
+    DirectoryServer& server_ = SharedServer();
+    std::string base_ = NewFolder();
+};
+
+TEST_F(DirectoryToolTest, EntriesAreListedReadAndWritten) {
+    EXPECT_THAT(RunTool({"ls", "-r", "<Dir>\\"}).output, HasSubstr("Sessions\\office.kre"));
+    EXPECT_EQ("[Host]\r\nName=mail\r\n", RunTool({"cat", "<Dir>\\Sessions\\office.kre"}).output);
+    EXPECT_EQ("mail\n", RunTool({"get", "<Dir>\\Sessions\\office.kre", "Host", "Name"}).output);
+    EXPECT_EQ(0, RunTool({"set", "<Dir>\\Sessions\\office.kre", "Host", "Name", "x"}).exitCode);
+    EXPECT_EQ("x\n", RunTool({"get", "<Dir>\\Sessions\\office.kre", "Host", "Name"}).output);
+    EXPECT_EQ(1, RunTool({"ls", "<Dir>\\Nowhere"}).exitCode);
+}
+
+TEST_F(DirectoryToolTest, EntriesAreCopiedMovedAndRemoved) {
+    EXPECT_EQ(0, RunTool({"mkdir", "<Dir>\\New"}).exitCode);
+    EXPECT_EQ(0, RunTool({"cp", "<Dir>\\Sessions\\office.kre", "<Dir>\\New"}).exitCode);
+    EXPECT_EQ(0, RunTool({"mv", "<Dir>\\New\\office.kre", "<Work>\\"}).exitCode);
+    EXPECT_THAT(FileBytes(folder_.At("work\\office.kre")), HasSubstr("Name=mail"));
+    EXPECT_EQ("", RunTool({"ls", "<Dir>\\New"}).output);
+    EXPECT_EQ(0, RunTool({"mv", "<Dir>\\Sessions", "<Dir>\\Moved"}).exitCode);
+    EXPECT_TRUE(server_.Holds("cn=office.kre,cn=Moved," + base_));
+    EXPECT_EQ("<Dir>\\Moved\\office - copy.kre\n",
+              RunTool({"copy-name", "<Dir>\\Moved\\office.kre"}).output);
+    EXPECT_EQ(1, RunTool({"rm", "<Dir>\\Moved"}).exitCode);
+    EXPECT_EQ(0, RunTool({"rm", "-r", "<Dir>\\Moved"}).exitCode);
+    EXPECT_FALSE(server_.Holds("cn=Moved," + base_));
+}
+
+TEST_F(DirectoryToolTest, TreesAreUploadedAndDownloaded) {
+    folder_.MakeFolder("tree\\inner");
+    for (int number = 0; number < 20; ++number) {
+        folder_.MakeFile("tree\\inner\\f" + std::to_string(number) + ".kre", "x");
+    }
+    const ToolRun up = RunTool({"upload", folder_.At("tree"), "<Dir>\\"});
+    EXPECT_EQ("uploaded 20 files to <Dir>\\tree\n", up.output);
+    EXPECT_EQ("", up.errors) << "no bar without a terminal";
+    EXPECT_EQ(1, RunTool({"upload", folder_.At("tree"), "<Dir>\\"}).exitCode);
+    EXPECT_EQ(0, RunTool({"upload", "-f", folder_.At("tree"), "<Dir>\\"}).exitCode);
+    EXPECT_EQ(0, RunTool({"download", "<Dir>\\tree", folder_.At("back")}).exitCode);
+    EXPECT_EQ("x", FileBytes(folder_.At("back\\inner\\f19.kre")));
+    EXPECT_EQ(1, RunTool({"download", "<Dir>\\tree\\inner", folder_.At("back")}).exitCode);
+}
+
+TEST_F(DirectoryToolTest, NamesThatWouldChangeTheirKindAreRefused) {
+    EXPECT_EQ(1, RunTool({"mkdir", "<Dir>\\a.b"}).exitCode);
+    folder_.MakeFile("README", "x");
+    const ToolRun run = RunTool({"upload", folder_.At("README"), "<Dir>\\"});
+    EXPECT_EQ(1, run.exitCode);
+    EXPECT_THAT(run.errors, HasSubstr("a name without a dot is a folder's"));
+}
+
+TEST_F(DirectoryToolTest, ServerThatDoesNotAnswerGivesExitCodeThree) {
+    DefineDirectory("Dead", ClosedPort());
+    const std::vector<std::vector<std::string>> commands = {
+        {"ls", "<Dead>\\"}, {"cat", "<Dead>\\a.kre"}, {"cp", "<Dead>\\a.kre", "<Work>\\"}};
+    for (const auto& arguments : commands) {
+        const ToolRun run = RunTool(arguments);
+        EXPECT_EQ(3, run.exitCode);
+        EXPECT_THAT(run.errors, HasSubstr("depot Dead: nobody answers at 127.0.0.1"));
+        EXPECT_EQ(run.errors.size() - 1, run.errors.find('\n'));
+    }
+    const auto depots = RunTool({"depots", "--json"}).Json();
+    for (const auto& depot : depots) {
+        EXPECT_EQ(depot["key"] != "Dead", depot["locations"][0]["reachable"].get<bool>());
+    }
+}
+
+TEST_F(DirectoryToolTest, SecondLocationIsUsedWhenTheFirstDoesNotAnswer) {
+    DefineDirectory("Dir", ClosedPort());
+    key_.Text("Dir", "Path2", folder_.MakeFolder("second"));
+    folder_.MakeFile("second\\s.kre", "second");
+    EXPECT_EQ("second", RunTool({"cat", "<Dir>\\s.kre"}).output);
+}
+
+TEST_F(DirectoryToolTest, WrongPasswordIsRefusedAndNobodyIsAskedWithoutATerminal) {
+    key_.Text("Dir", "Password1", "wrong");
+    const ToolRun run = RunTool({"ls", "<Dir>\\"});
+    EXPECT_EQ(1, run.exitCode);
+    EXPECT_THAT(run.errors, HasSubstr("the user name or the password is wrong"));
+    key_.Text("Dir", "Username1", "");
+    EXPECT_THAT(RunTool({"ls", "<Dir>\\"}).errors, HasSubstr("none are stored"));
+    // Other programs may still ask.
+    key_.Text("Dir", "Username1", kEditor);
+    key_.Text("Dir", "Password1", kEditorPassword);
+    EXPECT_EQ(0, RunTool({"ls", "<Dir>\\"}).exitCode);
+}
+
+TEST_F(DirectoryToolTest, ReaderMayReadButWritingIsRefused) {
+    key_.Text("Dir", "Username1", kReader);
+    key_.Text("Dir", "Password1", kReaderPassword);
+    EXPECT_EQ(0, RunTool({"ls", "<Dir>\\"}).exitCode);
+    const ToolRun run = RunTool({"mkdir", "<Dir>\\New"});
+    EXPECT_EQ(1, run.exitCode);
+    const auto depots = RunTool({"depots", "--json"}).Json();
+    for (const auto& depot : depots) {
+        EXPECT_EQ(depot["key"] != "Dir", depot["locations"][0]["writable"].get<bool>());
+    }
+}
+
+}  // namespace
+}  // namespace depot::test

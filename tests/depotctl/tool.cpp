@@ -1,0 +1,139 @@
+#include "depotctl/tool.h"
+
+#include <thread>
+
+#include "platform/handles.h"
+#include "platform/paths.h"
+#include "platform/wide_text.h"
+
+namespace depot::test {
+namespace {
+
+constexpr DWORD kPatience = 60000;
+
+// A pipe; the end that a child is to have is inherited.
+struct Pipe {
+    enum class ChildEnd { kRead, kWrite };
+
+    explicit Pipe(ChildEnd childEnd) {
+        SECURITY_ATTRIBUTES inherited = {sizeof(inherited), nullptr, TRUE};
+        HANDLE readEnd = nullptr, writeEnd = nullptr;
+        EXPECT_TRUE(CreatePipe(&readEnd, &writeEnd, &inherited, 0));
+        const HANDLE own = childEnd == ChildEnd::kRead ? writeEnd : readEnd;
+        SetHandleInformation(own, HANDLE_FLAG_INHERIT, 0);
+        read.reset(readEnd);
+        write.reset(writeEnd);
+    }
+
+    std::string ReadAll(std::size_t limit = SIZE_MAX) const {
+        std::string text;
+        char buffer[4096];
+        while (text.size() < limit) {
+            const auto room = static_cast<DWORD>(std::min(sizeof(buffer), limit - text.size()));
+            DWORD bytes = 0;
+            if (!ReadFile(read.get(), buffer, room, &bytes, nullptr) || bytes == 0) break;
+            text.append(buffer, bytes);
+        }
+        return text;
+    }
+
+    UniqueHandle read, write;
+};
+
+std::wstring Quoted(const std::wstring& argument) {
+    std::wstring quoted = L"\"";
+    std::size_t backslashes = 0;
+    for (const wchar_t c : argument) {
+        if (c == L'"') quoted.append(backslashes + 1, L'\\');
+        backslashes = c == L'\\' ? backslashes + 1 : 0;
+        quoted.push_back(c);
+    }
+    return quoted.append(backslashes, L'\\') + L"\"";
+}
+
+// The program with all its streams redirected.
+class RunningTool {
+public:
+    explicit RunningTool(const std::vector<std::string>& arguments) {
+        std::wstring command = L"\"" + WideFromUtf8(ToolPath()) + L"\" ";
+        command += QuotedCommandLine(arguments);
+        STARTUPINFOW startup = {};
+        startup.cb = sizeof(startup);
+        startup.dwFlags = STARTF_USESTDHANDLES;
+        startup.hStdInput = input.read.get();
+        startup.hStdOutput = output.write.get();
+        startup.hStdError = errors.write.get();
+        PROCESS_INFORMATION created = {};
+        EXPECT_TRUE(CreateProcessW(nullptr, command.data(), nullptr, nullptr, TRUE, 0, nullptr,
+                                   nullptr, &startup, &created));
+        const UniqueHandle thread(created.hThread);
+        process_.reset(created.hProcess);
+        input.read.reset();
+        output.write.reset();
+        errors.write.reset();
+    }
+
+    int ExitCode() const {
+        DWORD code = 0;
+        if (WaitForSingleObject(process_.get(), kPatience) != WAIT_OBJECT_0) {
+            ADD_FAILURE() << "depotctl does not end";
+            TerminateProcess(process_.get(), 99);
+        }
+        GetExitCodeProcess(process_.get(), &code);
+        return static_cast<int>(code);
+    }
+
+    Pipe input{Pipe::ChildEnd::kRead};
+    Pipe output{Pipe::ChildEnd::kWrite};
+    Pipe errors{Pipe::ChildEnd::kWrite};
+
+private:
+    UniqueHandle process_;
+};
+
+ToolRun Finish(RunningTool& tool, std::size_t outputLimit) {
+    ToolRun run;
+    std::thread errorReader([&] { run.errors = tool.errors.ReadAll(); });
+    run.output = tool.output.ReadAll(outputLimit);
+    tool.output.read.reset();
+    errorReader.join();
+    run.exitCode = tool.ExitCode();
+    return run;
+}
+
+}  // namespace
+
+nlohmann::json ToolRun::Json() const {
+    const nlohmann::json parsed = nlohmann::json::parse(output, nullptr, false);
+    EXPECT_FALSE(parsed.is_discarded()) << output << errors;
+    return parsed;
+}
+
+std::wstring QuotedCommandLine(const std::vector<std::string>& arguments) {
+    std::wstring line;
+    for (const std::string& argument : arguments) line += Quoted(WideFromUtf8(argument)) + L" ";
+    return line;
+}
+
+std::string ToolPath() {
+    char program[MAX_PATH] = {};
+    GetModuleFileNameA(nullptr, program, sizeof(program));
+    return FolderPrefix(program) + "depotctl.exe";
+}
+
+ToolRun RunTool(const std::vector<std::string>& arguments, const std::string& input) {
+    RunningTool tool(arguments);
+    DWORD written = 0;
+    WriteFile(tool.input.write.get(), input.data(), static_cast<DWORD>(input.size()), &written,
+              nullptr);
+    tool.input.write.reset();
+    return Finish(tool, SIZE_MAX);
+}
+
+ToolRun RunToolAndStopReading(const std::vector<std::string>& arguments, std::size_t bytes) {
+    RunningTool tool(arguments);
+    tool.input.write.reset();
+    return Finish(tool, bytes);
+}
+
+}  // namespace depot::test

@@ -1,0 +1,57 @@
+// depotctl as its users run it: a process of its own, whose output goes through pipes.
+#pragma once
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+#include "manager/depot_list.h"
+#include "support/scratch.h"
+
+namespace depot::test {
+
+// What one run left. Texts are in UTF-8.
+struct ToolRun {
+    int exitCode = -1;
+    std::string output;
+    std::string errors;
+
+    // The output as JSON; a test failure when it is none.
+    nlohmann::json Json() const;
+};
+
+// Runs the program beside this one with these arguments, in UTF-8, and `input` as what stands in
+// its standard input.
+ToolRun RunTool(const std::vector<std::string>& arguments, const std::string& input = {});
+
+// Starts the program, reads `bytes` of its output, closes the pipe and waits for its end.
+ToolRun RunToolAndStopReading(const std::vector<std::string>& arguments, std::size_t bytes);
+
+// The command line of a program and its arguments, quoted as programs take them apart.
+std::wstring QuotedCommandLine(const std::vector<std::string>& arguments);
+
+// The path of the program.
+std::string ToolPath();
+
+// A world with two depots in folders: "Work", named "Travail", and "Team".
+class ToolTest : public testing::Test {
+protected:
+    ToolTest() {
+        DefineFolder("Work", folder_.MakeFolder("work"));
+        key_.Text("Work", "DisplayName.eng", "Travail");
+        key_.Dword("Work", "OrderIndex", 1);
+        DefineFolder("Team", folder_.MakeFolder("team"));
+    }
+
+    void DefineFolder(const std::string& name, const std::string& path) const {
+        key_.Text(name, "Path1", path);
+    }
+
+    ScratchKey key_{HKEY_CURRENT_USER, kDepotsKey};
+    ScratchFolder folder_;
+};
+
+}  // namespace depot::test

@@ -1,0 +1,19 @@
+// The groups of commands. Each function adds its commands to the command line; the one that was
+// given leaves its work in `program.command`.
+#pragma once
+
+namespace CLI {
+class App;
+}
+
+namespace depot::ctl {
+
+class Program;
+
+void AddListCommand(CLI::App& app, Program& program);       // ls
+void AddProfileCommands(CLI::App& app, Program& program);   // cat, get, set
+void AddFileCommands(CLI::App& app, Program& program);      // cp, mv, rm, mkdir, copy-name
+void AddTransferCommands(CLI::App& app, Program& program);  // upload, download, publish
+void AddDepotsCommand(CLI::App& app, Program& program);     // depots
+
+}  // namespace depot::ctl

@@ -1,0 +1,145 @@
+// depots: what is defined, and whether it can be used.
+#include <CLI/CLI.hpp>
+#include <memory>
+
+#include "depotctl/access.h"
+#include "depotctl/commands.h"
+#include "depotctl/encoding.h"
+#include "depotctl/program.h"
+#include "depotctl/utf8_text.h"
+
+namespace depot::ctl {
+namespace {
+
+Json StateOf(const LocationState& state) {
+    Json json;
+    json["reachable"] = !state.problem;
+    json["writable"] = !state.problem && !state.writingProblem;
+    if (state.problem) {
+        json["problem"] = state.problem->text;
+    } else if (state.writingProblem) {
+        json["problem"] = state.writingProblem->text;
+    }
+    return json;
+}
+
+Json LocationJson(CDepotPath& location) {
+    Json json;
+    const bool isDirectory = location.type == kDirectoryLocation;
+    json["type"] = isDirectory ? "directory" : "folder";
+    if (isDirectory) {
+        json["host"] = Utf8FromAnsi(location.host);
+        json["port"] = location.port;
+    }
+    json["path"] = Utf8FromAnsi(location.path);
+    json["expanded"] = Utf8FromAnsi(ExpandedPath(location));
+    return json;
+}
+
+// The first location that can be used is the active one, else the first of all.
+void MarkActive(Json& locations) {
+    std::size_t active = 0;
+    for (std::size_t index = locations.size(); index > 0; --index) {
+        if (locations[index - 1]["reachable"] == true) active = index - 1;
+    }
+    for (std::size_t index = 0; index < locations.size(); ++index) {
+        locations[index]["active"] = index == active;
+    }
+}
+
+Json LocationsJson(CDepot& depot, bool offline) {
+    Json locations = Json::array();
+    for (std::size_t index = 0; index < depot.paths->Count(); ++index) {
+        CDepotPath& location = *depot.paths->At(index);
+        Json json = LocationJson(location);
+        if (!offline) json.update(StateOf(TryLocation(location)));
+        locations.push_back(std::move(json));
+    }
+    if (!offline) MarkActive(locations);
+    return locations;
+}
+
+Json DepotJson(CDepot& depot, const CDepots& depots, bool offline) {
+    Json json;
+    json["key"] = Utf8FromAnsi(depot.name);
+    json["displayName"] = Utf8FromAnsi(depot.displayName);
+    json["default"] = &depot == depots.defaultDepot;
+    json["order"] = depot.orderIndex == CDepot::kNoOrderIndex ? Json() : Json(depot.orderIndex);
+    json["contains"] = depot.contains;
+    json["icon"] = Utf8FromAnsi(depot.icon);
+    const bool builtIn = depot.name.empty();
+    json["definedFor"] = builtIn                              ? "nobody"
+                         : depot.rootKey == HKEY_CURRENT_USER ? "user"
+                                                              : "machine";
+    json["locations"] = LocationsJson(depot, offline);
+    return json;
+}
+
+std::string Text(const Json& value) {
+    return Printable(value.get<std::string>());
+}
+
+std::string StateText(const Json& location) {
+    if (!location.contains("reachable")) return {};
+    std::string text = location["active"] == true ? ", active" : "";
+    if (location["reachable"] != true) {
+        text += ", not reachable";
+    } else {
+        text += location["writable"] == true ? ", writable" : ", read-only";
+    }
+    if (location.contains("problem")) text += ": " + Text(location["problem"]);
+    return text;
+}
+
+std::string LocationText(const Json& location, std::size_t number) {
+    std::string text = "  " + std::to_string(number) + " " + Text(location["type"]);
+    if (location.contains("host")) {
+        text += " at " + Text(location["host"]) + ":" + location["port"].dump();
+    }
+    text += StateText(location) + "\n    " + Text(location["path"]) + "\n";
+    if (location["expanded"] != location["path"])
+        text += "    = " + Text(location["expanded"]) + "\n";
+    return text;
+}
+
+std::string DepotText(const Json& depot) {
+    const std::string key = Text(depot["key"]);
+    std::string text = "<" + key + ">";
+    if (depot["displayName"] != depot["key"]) text += " " + Text(depot["displayName"]);
+    if (depot["default"] == true) text += ", default";
+    if (!depot["order"].is_null()) text += ", order " + depot["order"].dump();
+    if (depot["contains"] != 0) text += ", contains " + depot["contains"].dump();
+    text += depot["definedFor"] == "nobody" ? ", built in"
+                                            : ", defined for the " + Text(depot["definedFor"]);
+    text += "\n";
+    std::size_t number = 0;
+    for (const Json& location : depot["locations"]) text += LocationText(location, ++number);
+    return text;
+}
+
+void ShowDepots(Program& program, bool offline) {
+    CDepots& depots = program.Depots();
+    Json all = Json::array();
+    std::string text;
+    for (CDepot* depot : depots) {
+        all.push_back(DepotJson(*depot, depots, offline));
+        if (!program.renderer.IsJson()) text += DepotText(all.back());
+    }
+    program.renderer.Answer(all, text);
+}
+
+}  // namespace
+
+void AddDepotsCommand(CLI::App& app, Program& program) {
+    const auto offline = std::make_shared<bool>(false);
+    CLI::App* const command =
+        app.add_subcommand("depots", "Show the depots and whether they can be used");
+    command->add_flag("--offline", *offline, "Only what is defined; no folder or server is tried");
+    command->footer("Examples:\n  depotctl depots\n  depotctl depots --json --offline");
+    command->callback([&program, command, offline] {
+        if (!command->get_subcommands().empty()) return;
+        program.command = [&program, offline] { ShowDepots(program, *offline); };
+    });
+}
+
+}  // namespace depot::ctl

@@ -1,0 +1,156 @@
+// ls
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <memory>
+
+#include "config/file_types.h"
+#include "depotctl/commands.h"
+#include "depotctl/encoding.h"
+#include "depotctl/failure.h"
+#include "depotctl/places.h"
+#include "fileops/enumerate.h"
+#include "platform/paths.h"
+#include "platform/text.h"
+
+namespace depot::ctl {
+namespace {
+
+struct ListOptions {
+    std::string path;
+    std::string filter = ".*";
+    bool recursive = false;
+    bool foldersOnly = false;
+    bool details = false;
+};
+
+std::string TimeText(const FILETIME& time) {
+    SYSTEMTIME utc = {}, local = {};
+    if (!FileTimeToSystemTime(&time, &utc) ||
+        !SystemTimeToTzSpecificLocalTime(nullptr, &utc, &local)) {
+        return {};
+    }
+    char text[32] = {};
+    wsprintfA(text, "%04u-%02u-%02u %02u:%02u", local.wYear, local.wMonth, local.wDay, local.wHour,
+              local.wMinute);
+    return text;
+}
+
+bool IsFolder(const CDepotItem& item) {
+    return item.kindFlags == kFolderKind && item.findData &&
+           (item.findData->dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+}
+
+Json ItemRow(const CDepotItem& item, const std::string& name) {
+    Json row;
+    row["name"] = Utf8FromAnsi(name);
+    row["kind"] = IsFolder(item) ? "folder" : "file";
+    row["path"] = Utf8FromAnsi(item.path);
+    if (!IsFolder(item)) row["type"] = item.fileType;
+    const WIN32_FIND_DATAA* const data = item.findData.get();
+    const bool dated = data && (data->ftLastWriteTime.dwHighDateTime != 0);
+    if (dated && !IsFolder(item)) {
+        row["size"] = static_cast<std::uint64_t>(data->nFileSizeHigh) << 32 | data->nFileSizeLow;
+    }
+    if (dated) row["changed"] = TimeText(data->ftLastWriteTime);
+    return row;
+}
+
+bool ShownBefore(const CDepotItem* left, const CDepotItem* right) {
+    if (IsFolder(*left) != IsFolder(*right)) return IsFolder(*left);
+    return ToLower(left->path) < ToLower(right->path);
+}
+
+// Lists one folder after the other and collects the rows.
+class Lister {
+public:
+    Lister(const ListOptions& options, Json& rows)
+        : options_(options), filter_(ToAnsi(options.filter)), rows_(rows) {}
+
+    void List(const Place& folder, const std::string& prefix) {
+        CDepotItems items;
+        const CDepotItem request(folder.path, folder.depot);
+        CLDAPItems* const directory = folder.Directory();
+        if (directory != nullptr) directory->SetLastError(LDAP_SUCCESS);
+        const bool foldersOnly = options_.foldersOnly;
+        Enumerate(items, &request, filter_, {}, foldersOnly);
+        if (directory != nullptr && directory->LastError() != LDAP_SUCCESS) Fail("list", folder);
+        std::vector<const CDepotItem*> sorted;
+        for (std::size_t index = 0; index < items.Count(); ++index) {
+            sorted.push_back(items.At(index));
+        }
+        std::sort(sorted.begin(), sorted.end(), ShownBefore);
+        for (const CDepotItem* item : sorted) Add(*item, folder, prefix);
+    }
+
+private:
+    void Add(const CDepotItem& item, const Place& folder, const std::string& prefix) {
+        const std::string name = NamePart(item.path);
+        rows_.push_back(ItemRow(item, prefix + name));
+        if (options_.recursive && IsFolder(item)) List(Child(folder, name), prefix + name + "\\");
+    }
+
+    const ListOptions& options_;
+    std::string filter_;
+    Json& rows_;
+};
+
+// The listing of a single file.
+Json FileRow(const Place& place) {
+    CDepotItem item(place.path, place.depot);
+    item.fileType = static_cast<std::uint32_t>(DetectFileType(place.path));
+    WIN32_FILE_ATTRIBUTE_DATA data = {};
+    if (place.Directory() == nullptr &&
+        GetFileAttributesExA(place.Storage().c_str(), GetFileExInfoStandard, &data)) {
+        item.findData = std::make_unique<WIN32_FIND_DATAA>();
+        item.findData->ftLastWriteTime = data.ftLastWriteTime;
+        item.findData->nFileSizeHigh = data.nFileSizeHigh;
+        item.findData->nFileSizeLow = data.nFileSizeLow;
+    }
+    return ItemRow(item, NamePart(place.path));
+}
+
+std::vector<Column> Columns(bool details) {
+    if (!details) return {{"name", "NAME"}, {"kind", "KIND"}};
+    return {{"name", "NAME"},
+            {"kind", "KIND"},
+            {"type", "TYPE", Align::kRight},
+            {"size", "SIZE", Align::kRight},
+            {"changed", "CHANGED"}};
+}
+
+void List(Program& program, const ListOptions& options) {
+    Places places(program);
+    const Place place = options.path.empty() ? places.DefaultRoot() : places.Resolve(options.path);
+    Json rows = Json::array();
+    if (places.Require(place) == PlaceKind::kFile) {
+        rows.push_back(FileRow(place));
+    } else {
+        Lister(options, rows).List(place, {});
+    }
+    program.renderer.List(rows, Columns(options.details));
+}
+
+}  // namespace
+
+void AddListCommand(CLI::App& app, Program& program) {
+    const auto options = std::make_shared<ListOptions>();
+    CLI::App* const command = app.add_subcommand("ls", "List a folder of a depot, or any folder");
+    command->add_option("path", options->path, "The folder; the default depot's root without it")
+        ->check(CLI::Validator(
+            [](const std::string& text) { return text.empty() ? "it is empty" : std::string(); },
+            {}));
+    command->add_flag("-l,--long", options->details, "Types, sizes and times, too");
+    command->add_flag("-r,--recursive", options->recursive, "The folders below it, too");
+    command->add_flag("--folders", options->foldersOnly, "Folders only");
+    command->add_option("--filter", options->filter,
+                        "Only files whose extensions occur in this text, such as .kre;.kra");
+    command->footer(
+        "Examples:\n  depotctl ls \"<Work>\\Sessions\"\n"
+        "  depotctl ls -l --filter .kre;.kra \"<Work>\\\"\n"
+        "  depotctl ls --json -r \"<Team>\\\"");
+    command->callback([&program, options] {
+        program.command = [&program, options] { List(program, *options); };
+    });
+}
+
+}  // namespace depot::ctl

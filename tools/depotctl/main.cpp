@@ -1,0 +1,108 @@
+// depotctl: depots and their files from a prompt.
+#include <CLI/CLI.hpp>
+#include <memory>
+#include <sstream>
+
+#include "depotctl/commands.h"
+#include "depotctl/failure.h"
+#include "depotctl/program.h"
+#include "platform/wide_text.h"
+#include "platform/win32.h"
+// After the Windows headers.
+#include <shellapi.h>
+
+namespace depot::ctl {
+namespace {
+
+constexpr char kFooter[] =
+    "Files are named by display paths, \"<Key>\\folder\\file\", or by paths of the file system.\n"
+    "Exit codes: 0 done, 1 refused, 2 wrong usage, 3 a depot cannot be reached.\n"
+    "Examples:\n"
+    "  depotctl depots\n"
+    "  depotctl ls \"<Work>\\Sessions\"\n"
+    "  depotctl get \"<Work>\\Sessions\\office.kre\" Host Name";
+
+struct ArgumentsFreer {
+    void operator()(wchar_t** arguments) const { LocalFree(arguments); }
+};
+
+// The arguments in UTF-8, the last one first, as the parser takes them.
+std::vector<std::string> Arguments() {
+    int count = 0;
+    const std::unique_ptr<wchar_t*, ArgumentsFreer> wide(
+        CommandLineToArgvW(GetCommandLineW(), &count));
+    std::vector<std::string> arguments;
+    for (int index = count - 1; index > 0; --index) {
+        arguments.push_back(Utf8FromWide(wide.get()[index]));
+    }
+    return arguments;
+}
+
+void AddCommands(CLI::App& app, Program& program) {
+    app.require_subcommand(1);
+    app.fallthrough();
+    app.allow_windows_style_options(false);
+    app.footer(kFooter);
+    app.add_flag_callback(
+        "--json", [&program] { program.renderer.UseJson(); }, "Answer in JSON");
+    AddListCommand(app, program);
+    AddProfileCommands(app, program);
+    AddFileCommands(app, program);
+    AddTransferCommands(app, program);
+    AddDepotsCommand(app, program);
+}
+
+// Help is an answer; anything else that ends the parsing is a mistake in the command line.
+ExitCode EndParsing(const CLI::App& app, const CLI::ParseError& error, const Program& program) {
+    std::ostringstream help, ignored;
+    if (app.exit(error, help, ignored) == 0) {
+        program.output.Write(help.str());
+        return ExitCode::kDone;
+    }
+    const std::vector<std::string> unknown = app.remaining();
+    const std::string reason = app.get_subcommands().empty() && !unknown.empty()
+                                   ? "there is no command \"" + unknown.front() + "\""
+                                   : error.what();
+    program.Complain(reason + "; see \"depotctl --help\"");
+    return ExitCode::kUsage;
+}
+
+ExitCode Run(Program& program) {
+    CLI::App app("Lists, checks and defines depots, and works with the files in them.", "depotctl");
+    AddCommands(app, program);
+    try {
+        app.parse(Arguments());
+    } catch (const CLI::ParseError& error) {
+        return EndParsing(app, error, program);
+    }
+    program.command();
+    return ExitCode::kDone;
+}
+
+ExitCode RunAndComplain() {
+    Program program;
+    try {
+        return Run(program);
+    } catch (const CommandFailure& failure) {
+        program.Complain(failure.what());
+        return failure.Code();
+    } catch (const OutputClosed&) {
+        // Whoever stopped reading has what it wanted.
+        return ExitCode::kDone;
+    } catch (const std::exception& failure) {
+        program.Complain(failure.what());
+        return ExitCode::kRefused;
+    }
+}
+
+}  // namespace
+}  // namespace depot::ctl
+
+int main() {
+    try {
+        return static_cast<int>(depot::ctl::RunAndComplain());
+    } catch (...) {
+        // Not even the complaint had a reader.
+        return static_cast<int>(depot::ctl::ExitCode::kRefused);
+    }
+}

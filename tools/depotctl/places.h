@@ -1,0 +1,66 @@
+// The files and folders that commands name, by display paths and by plain paths alike.
+#pragma once
+
+#include <set>
+#include <string>
+
+#include "depotctl/program.h"
+#include "model/depots.h"
+
+namespace depot::ctl {
+
+enum class PlaceKind { kMissing, kFile, kFolder };
+
+// A file or folder with the depot that holds it. A place outside of all depots belongs to a depot
+// without a name, whose display paths are plain paths, so that every operation works on it.
+struct Place {
+    CDepot* depot = nullptr;  // never null, never owned
+    std::string path;         // without a trailing backslash, unless it is a root
+    bool isPlain = false;     // outside of all depots
+
+    CLDAPItems* Directory() const { return depot->DirectoryConnection(); }
+    std::string Storage() const;
+    std::string Shown() const;  // in UTF-8, quoted for a message
+    std::string Utf8() const;
+};
+
+// Finds out what paths stand for.
+class Places {
+public:
+    explicit Places(Program& program);
+
+    // A path that begins with "<" is a display path, by the depot's key or by its display name; any
+    // other one is a path of the file system, relative to the current folder. The depot is opened.
+    // Fails for a depot that is not there or cannot be reached.
+    Place Resolve(const std::string& utf8Path);
+
+    // The root of the default depot.
+    Place DefaultRoot();
+
+    // What there is at the place.
+    PlaceKind KindOf(const Place& place) const;
+
+    // The same place, which must be there.
+    PlaceKind Require(const Place& place) const;
+
+private:
+    Place InDepot(CDepot& depot, const std::string& path);
+    Place Plain(const std::string& path);
+
+    Program& program_;
+    CDepot local_;
+    std::set<const CDepot*> opened_;
+};
+
+// The place of that name in a folder.
+Place Child(const Place& folder, const std::string& name);
+
+// Tells whether the place is the root of its depot or of a drive.
+bool IsRoot(const Place& place);
+
+// Ends the command because an operation on the place failed: with the directory's reason, else with
+// `systemError`, else with what the component told.
+[[noreturn]] void Fail(const std::string& action, const Place& place, DWORD systemError = 0,
+                       const std::string& errorText = {});
+
+}  // namespace depot::ctl

@@ -1,0 +1,49 @@
+#include "depotctl/program.h"
+
+#include <utility>
+
+#include "depotctl/encoding.h"
+#include "depotctl/utf8_text.h"
+#include "host/language_settings.h"
+#include "manager/standard_folders.h"
+#include "model/localization.h"
+#include "platform/ansi_case.h"
+#include "platform/user_notice.h"
+
+namespace depot::ctl {
+namespace {
+
+std::string lastNotice;
+
+}  // namespace
+
+Program::Program() {
+    InstallAnsiCaseTable();
+    InstallLocalization({CurrentLanguageCode, ResourceText});
+    InstallNoticeReceiver([](const std::string& text) { lastNotice = text; });
+    // Only copies take their names from the texts; English ones serve without them.
+    StandardFolders folders;
+    resources_ = LoadResourceLibrary(folders.ResourceFolder() + kResourceLibraryName);
+    SetResourceLibrary(resources_.get());
+}
+
+Program::~Program() {
+    session_.reset();
+    SetResourceLibrary(nullptr);
+    InstallNoticeReceiver(nullptr);
+}
+
+DepotSession& Program::Session() {
+    if (!session_) session_ = std::make_unique<DepotSession>();
+    return *session_;
+}
+
+std::string Program::TakeNotice() {
+    return OneLine(Utf8FromAnsi(std::exchange(lastNotice, {})));
+}
+
+void Program::Complain(std::string_view text) const {
+    errors.Write("depotctl: " + OneLine(text) + "\n");
+}
+
+}  // namespace depot::ctl

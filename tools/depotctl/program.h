@@ -1,0 +1,45 @@
+// What all commands of one run share.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "depotctl/renderer.h"
+#include "depotctl/terminal.h"
+#include "host/resource_library.h"
+#include "manager/depot_session.h"
+
+namespace depot::ctl {
+
+// The streams, the session with its depots, and what the component told meanwhile.
+class Program {
+public:
+    Program();
+    ~Program();
+    Program(const Program&) = delete;
+    Program& operator=(const Program&) = delete;
+
+    // The session, with the depots as they are defined; made on first use.
+    DepotSession& Session();
+    CDepots& Depots() { return Session().Depots(); }
+
+    // Returns what the component last told its user, in UTF-8 and on one line, and forgets it.
+    static std::string TakeNotice();
+
+    // One line on standard error.
+    void Complain(std::string_view text) const;
+
+    OutputStream output{STD_OUTPUT_HANDLE};
+    OutputStream errors{STD_ERROR_HANDLE};
+    Renderer renderer{output};
+    std::function<void()> command;  // what the command line asks for
+
+private:
+    UniqueModule resources_;
+    std::unique_ptr<DepotSession> session_;
+};
+
+}  // namespace depot::ctl

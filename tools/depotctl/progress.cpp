@@ -1,0 +1,50 @@
+#include "depotctl/progress.h"
+
+#include <algorithm>
+
+#include "depotctl/failure.h"
+#include "depotctl/progress_line.h"
+
+namespace depot::ctl {
+namespace {
+
+constexpr std::uint64_t kMillisecondsBetweenBars = 100;
+
+}  // namespace
+
+Progress::~Progress() {
+    if (shown_ == 0) return;
+    try {
+        stream_.Write("\r" + std::string(shown_, ' ') + "\r");
+    } catch (const OutputClosed&) {
+        // A terminal that is gone needs no clean line.
+    }
+}
+
+bool Progress::Note(const TransferProgress& state) {
+    // A count that begins anew is that of another transfer of the same work.
+    if (state.filesDone < last_.filesDone) {
+        before_.filesDone += last_.filesDone;
+        before_.filesInAll += last_.filesInAll;
+        before_.bytesDone += last_.bytesDone;
+    }
+    last_ = state;
+    const std::uint64_t now = GetTickCount64();
+    if (stream_.IsTerminal() && now - drawn_ >= kMillisecondsBetweenBars) {
+        drawn_ = now;
+        Draw();
+    }
+    return !WasInterrupted();
+}
+
+void Progress::Draw() {
+    const std::size_t columns = std::max<std::size_t>(stream_.Columns(), 2) - 1;
+    const double seconds = static_cast<double>(GetTickCount64() - start_) / 1000;
+    const std::string line =
+        ProgressLine({FilesDone(), FilesInAll(), BytesDone(), seconds}, columns);
+    const std::size_t blanks = shown_ > line.size() ? shown_ - line.size() : 0;
+    stream_.Write("\r" + line + std::string(blanks, ' '));
+    shown_ = std::max(shown_, line.size());
+}
+
+}  // namespace depot::ctl

@@ -1,0 +1,44 @@
+// Watching a transfer: a bar on a terminal, and the end when the user wants it.
+#pragma once
+
+#include <cstdint>
+
+#include "depotctl/interrupt.h"
+#include "depotctl/terminal.h"
+#include "fileops/directory_transfer.h"
+
+namespace depot::ctl {
+
+// Follows one transfer. Its bar goes to `stream` when that is a terminal, and is gone at the end.
+class Progress {
+public:
+    explicit Progress(const OutputStream& stream) : stream_(stream), start_(GetTickCount64()) {}
+    ~Progress();
+    Progress(const Progress&) = delete;
+    Progress& operator=(const Progress&) = delete;
+
+    // What the transfer calls after each file.
+    TransferWatcher Watcher() {
+        return [this](const TransferProgress& state) { return Note(state); };
+    }
+
+    // The counts so far, over all transfers that were watched.
+    std::uint32_t FilesDone() const { return before_.filesDone + last_.filesDone; }
+    std::uint32_t FilesInAll() const { return before_.filesInAll + last_.filesInAll; }
+    std::uint64_t BytesDone() const { return before_.bytesDone + last_.bytesDone; }
+
+    bool WasInterrupted() const { return InterruptScope::WasInterrupted(); }
+
+private:
+    bool Note(const TransferProgress& state);
+    void Draw();
+
+    const OutputStream& stream_;
+    const InterruptScope interrupts_;
+    std::uint64_t start_;
+    std::uint64_t drawn_ = 0;
+    std::size_t shown_ = 0;  // the columns of the bar on the screen
+    TransferProgress before_, last_;
+};
+
+}  // namespace depot::ctl

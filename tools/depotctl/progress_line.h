@@ -1,0 +1,25 @@
+// One line that tells how far a long piece of work is.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+namespace depot::ctl {
+
+struct ProgressState {
+    std::uint32_t filesDone = 0;
+    std::uint32_t filesInAll = 0;
+    std::uint64_t bytesDone = 0;
+    double seconds = 0;
+};
+
+// Returns a number of bytes as people read it, such as "3.1 MB".
+std::string SizeText(std::uint64_t bytes);
+
+// Returns a bar, the counts, the bytes and the rate, such as
+// "[#####     ] 12/24 files  3.1 MB  1.2 MB/s", in at most `width` columns: what has no room is
+// left out, the counts last.
+std::string ProgressLine(const ProgressState& state, std::size_t width);
+
+}  // namespace depot::ctl

@@ -1,0 +1,63 @@
+#include "depotctl/renderer.h"
+
+#include "depotctl/utf8_text.h"
+
+namespace depot::ctl {
+namespace {
+
+std::string CellText(const Json& row, const char* member) {
+    const auto cell = row.find(member);
+    if (cell == row.end() || cell->is_null()) return {};
+    if (cell->is_string()) return cell->get<std::string>();
+    if (cell->is_boolean()) return cell->get<bool>() ? "yes" : "no";
+    return cell->dump();
+}
+
+std::string JsonText(const Json& value) {
+    return value.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+}
+
+std::string Indented(const std::string& text, std::size_t indent) {
+    std::string result;
+    for (std::size_t at = 0; at < text.size();) {
+        const std::size_t end = text.find('\n', at) + 1;
+        result.append(indent, ' ').append(text, at, end - at);
+        at = end;
+    }
+    return result;
+}
+
+}  // namespace
+
+void Renderer::List(const Json& rows, const std::vector<Column>& columns) const {
+    if (json_) {
+        stream_.Write(JsonText(rows));
+    } else if (!rows.empty()) {
+        stream_.Write(TableText(rows, columns));
+    }
+}
+
+void Renderer::Answer(const Json& value, const std::string& text) const {
+    stream_.Write(json_ ? JsonText(value) : text.ends_with('\n') ? text : text + "\n");
+}
+
+std::string Renderer::TableText(const Json& rows, const std::vector<Column>& columns,
+                                std::size_t indent) const {
+    std::vector<TableRow> cells(1);
+    std::vector<Align> alignment;
+    for (const Column& column : columns) {
+        cells.front().push_back(column.heading);
+        alignment.push_back(column.align);
+    }
+    for (const Json& row : rows) {
+        TableRow& line = cells.emplace_back();
+        for (const Column& column : columns) line.push_back(CellText(row, column.member));
+    }
+    // The last column of a terminal's line would make it begin another one.
+    const std::size_t terminal = stream_.Columns();
+    const std::size_t width = terminal > indent + 1 ? terminal - indent - 1 : 0;
+    const std::string text = LayoutTable(cells, alignment, width);
+    return indent == 0 ? text : Indented(text, indent);
+}
+
+}  // namespace depot::ctl

@@ -1,0 +1,129 @@
+#include "depotctl/terminal.h"
+
+#include <algorithm>
+
+#include "depotctl/failure.h"
+#include "platform/handles.h"
+#include "platform/wide_text.h"
+
+namespace depot::ctl {
+namespace {
+
+// The console takes no more than some 64 KB in one call.
+constexpr std::size_t kConsoleChunk = 8000;
+constexpr DWORD kLongestAnswer = 256;
+
+bool IsConsole(HANDLE handle) {
+    DWORD mode = 0;
+    return handle != nullptr && GetConsoleMode(handle, &mode) != FALSE;
+}
+
+UniqueHandle OpenConsole(const char* name) {
+    return OwnFile(CreateFileA(name, GENERIC_READ | GENERIC_WRITE,
+                               FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING, 0,
+                               nullptr));
+}
+
+// Changes a console's input mode and puts it back at the end, whatever happens between.
+class InputMode {
+public:
+    InputMode(HANDLE input, bool echo) : input_(input) {
+        GetConsoleMode(input_, &previous_);
+        const DWORD lines = ENABLE_LINE_INPUT | ENABLE_PROCESSED_INPUT;
+        SetConsoleMode(input_, echo ? lines | ENABLE_ECHO_INPUT : lines);
+    }
+    ~InputMode() { SetConsoleMode(input_, previous_); }
+    InputMode(const InputMode&) = delete;
+    InputMode& operator=(const InputMode&) = delete;
+
+private:
+    HANDLE input_;
+    DWORD previous_ = 0;
+};
+
+void WriteWide(HANDLE console, const std::wstring& text) {
+    for (std::size_t at = 0; at < text.size(); at += kConsoleChunk) {
+        const auto length = static_cast<DWORD>(std::min(kConsoleChunk, text.size() - at));
+        DWORD written = 0;
+        if (!WriteConsoleW(console, text.data() + at, length, &written, nullptr)) {
+            throw OutputClosed();
+        }
+    }
+}
+
+std::optional<std::string> Ask(const std::string& prompt, bool echo) {
+    const UniqueHandle input = OpenConsole("CONIN$");
+    const UniqueHandle output = OpenConsole("CONOUT$");
+    if (!IsConsole(input.get()) || !IsConsole(output.get())) return std::nullopt;
+    WriteWide(output.get(), WideFromUtf8(prompt));
+    wchar_t typed[kLongestAnswer] = {};
+    DWORD length = 0;
+    {
+        const InputMode mode(input.get(), echo);
+        if (!ReadConsoleW(input.get(), typed, kLongestAnswer, &length, nullptr)) length = 0;
+    }
+    if (!echo) WriteWide(output.get(), L"\n");
+    if (length == 0) return std::nullopt;
+    std::wstring line(typed, length);
+    SecureZeroMemory(typed, sizeof(typed));
+    line.resize(std::min(line.find_first_of(L"\r\n"), line.size()));
+    return Utf8FromWide(line);
+}
+
+}  // namespace
+
+OutputStream::OutputStream(DWORD standardHandle)
+    : handle_(GetStdHandle(standardHandle)), isTerminal_(IsConsole(handle_)) {}
+
+std::size_t OutputStream::Columns() const {
+    CONSOLE_SCREEN_BUFFER_INFO info = {};
+    if (!isTerminal_ || !GetConsoleScreenBufferInfo(handle_, &info)) return 0;
+    return static_cast<std::size_t>(std::max(info.srWindow.Right - info.srWindow.Left + 1, 1));
+}
+
+void OutputStream::Write(std::string_view text) const {
+    if (isTerminal_) {
+        WriteWide(handle_, WideFromUtf8(text));
+    } else {
+        WriteBytes(text.data(), text.size());
+    }
+}
+
+void OutputStream::WriteBytes(const void* bytes, std::size_t length) const {
+    const auto* const data = static_cast<const char*>(bytes);
+    for (std::size_t at = 0; at < length;) {
+        DWORD written = 0;
+        const auto chunk = static_cast<DWORD>(std::min<std::size_t>(length - at, 1u << 20));
+        if (!WriteFile(handle_, data + at, chunk, &written, nullptr)) throw OutputClosed();
+        at += written;
+    }
+}
+
+std::optional<std::string> AskHidden(const std::string& prompt) {
+    return Ask(prompt, false);
+}
+
+std::optional<std::string> AskVisible(const std::string& prompt) {
+    return Ask(prompt, true);
+}
+
+bool CanAsk() {
+    return IsConsole(GetStdHandle(STD_INPUT_HANDLE)) && IsConsole(OpenConsole("CONIN$").get());
+}
+
+std::optional<std::string> ReadRedirectedLine() {
+    const HANDLE input = GetStdHandle(STD_INPUT_HANDLE);
+    if (IsConsole(input)) return std::nullopt;
+    std::string line;
+    char next = 0;
+    DWORD read = 0;
+    while (line.size() < kLongestAnswer && ReadFile(input, &next, 1, &read, nullptr) && read == 1 &&
+           next != '\n') {
+        line.push_back(next);
+    }
+    if (line.ends_with('\r')) line.pop_back();
+    if (line.empty()) return std::nullopt;
+    return line;
+}
+
+}  // namespace depot::ctl

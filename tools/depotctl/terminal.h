@@ -1,0 +1,48 @@
+// The program's streams: terminals, pipes and files.
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "platform/win32.h"
+
+namespace depot::ctl {
+
+// Standard output or standard error. A terminal is given characters, anything else UTF-8.
+class OutputStream {
+public:
+    // `standardHandle` is STD_OUTPUT_HANDLE or STD_ERROR_HANDLE.
+    explicit OutputStream(DWORD standardHandle);
+
+    bool IsTerminal() const { return isTerminal_; }
+
+    // The columns of the terminal's window; 0 for anything else.
+    std::size_t Columns() const;
+
+    // Writes a text in UTF-8. Throws OutputClosed when nobody reads any more.
+    void Write(std::string_view text) const;
+
+    // Writes bytes as they are, also to a terminal.
+    void WriteBytes(const void* bytes, std::size_t length) const;
+
+private:
+    HANDLE handle_;
+    bool isTerminal_;
+};
+
+// Reads a line from the terminal without showing what is typed; nothing without a terminal or when
+// the user gives up. The prompt goes to the terminal, whatever the output is redirected to.
+std::optional<std::string> AskHidden(const std::string& prompt);
+
+// The same, shown while it is typed.
+std::optional<std::string> AskVisible(const std::string& prompt);
+
+// Whether there is a terminal to ask a user at.
+bool CanAsk();
+
+// Reads the first line of redirected input; nothing when the input is a terminal or empty.
+std::optional<std::string> ReadRedirectedLine();
+
+}  // namespace depot::ctl

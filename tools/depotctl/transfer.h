@@ -1,0 +1,29 @@
+// Copying files and trees between any two places.
+#pragma once
+
+#include <cstdint>
+
+#include "depotctl/places.h"
+
+namespace depot::ctl {
+
+enum class Existing { kRefuse, kReplace };
+
+struct TransferResult {
+    std::uint32_t files = 0;
+    std::uint64_t bytes = 0;
+};
+
+// Copies a file, or a folder with all below it, to the place `to`, with a progress bar on a
+// terminal. With kRefuse nothing is copied when a file is there already. Ends the command on a
+// failure and when the user interrupts it; what was copied by then stays.
+TransferResult Transfer(const Program& program, const Place& from, PlaceKind kind, const Place& to,
+                        Existing existing);
+
+// Deletes a file or a whole folder for good.
+void Remove(const Place& place, PlaceKind kind);
+
+// Refuses a name that in a directory would turn a file into a folder or the other way round.
+void RequireFittingName(const Place& place, PlaceKind kind);
+
+}  // namespace depot::ctl

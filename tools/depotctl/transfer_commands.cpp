@@ -1,0 +1,123 @@
+// upload, download and publish
+#include <CLI/CLI.hpp>
+#include <memory>
+
+#include "depotctl/commands.h"
+#include "depotctl/encoding.h"
+#include "depotctl/failure.h"
+#include "depotctl/places.h"
+#include "depotctl/transfer_target.h"
+#include "fileops/publish.h"
+#include "platform/text.h"
+
+namespace depot::ctl {
+namespace {
+
+struct TransferOptions {
+    std::string from, to;
+    bool force = false;
+};
+
+enum class Direction { kUp, kDown };
+
+void RequireSides(const Place& from, const Place& to, Direction direction) {
+    const Place& local = direction == Direction::kUp ? from : to;
+    const Place& remote = direction == Direction::kUp ? to : from;
+    if (!local.isPlain) Refuse(local.Shown() + " is in a depot; cp copies between depots");
+    if (remote.isPlain) Refuse(remote.Shown() + " is in no depot");
+}
+
+void Run(Program& program, const TransferOptions& options, Direction direction) {
+    Places places(program);
+    const Place from = places.Resolve(options.from);
+    const PlaceKind kind = places.Require(from);
+    const Place to = TargetOf(places, from, options.to);
+    RequireSides(from, to, direction);
+    RequireFree(places, kind, to, options.force);
+    AnswerTransfer(
+        program, direction == Direction::kUp ? "uploaded" : "downloaded", to,
+        Transfer(program, from, kind, to, options.force ? Existing::kReplace : Existing::kRefuse));
+}
+
+constexpr std::uint32_t kEntryBytes = 260;
+
+std::string Client(const DepotFileContext& file, std::uint32_t number) {
+    return file.ReadString("Clients", "C" + std::to_string(number), {}, kEntryBytes);
+}
+
+// What became of each client: its new entry, and whether the file is there.
+Json ClientRows(Places& places, const DepotFileContext& file,
+                const std::vector<std::string>& before) {
+    Json rows = Json::array();
+    for (std::size_t index = 0; index < before.size(); ++index) {
+        const std::string entry = Client(file, static_cast<std::uint32_t>(index + 1));
+        const bool resource = before[index].starts_with('u');
+        Json row = {{"client", Utf8FromAnsi(before[index])}, {"entry", Utf8FromAnsi(entry)}};
+        const std::string path = Utf8FromAnsi(entry);
+        row["present"] = resource ? Json()
+                                  : Json(!entry.empty() &&
+                                         places.KindOf(places.Resolve(path)) == PlaceKind::kFile);
+        rows.push_back(std::move(row));
+    }
+    return rows;
+}
+
+void Publish(Program& program, const std::string& path) {
+    Places places(program);
+    const Place place = places.Resolve(path);
+    if (places.Require(place) == PlaceKind::kFolder) Refuse(place.Shown() + " is a folder");
+    DepotSession& session = program.Session();
+    session.LoadFile(place.path);
+    DepotFileContext& file = *session.currentFile;
+    if (file.localPath.empty()) Fail("open", place);
+    std::vector<std::string> before;
+    const std::uint32_t count = std::min(file.ReadInt("Skein", "Count", 0), 10000u);
+    for (std::uint32_t number = 1; number <= count; ++number) {
+        before.push_back(Client(file, number));
+    }
+    PublishDependentFiles(session);
+    const Json rows = ClientRows(places, file, before);
+    if (file.Release() == 0) Fail("write", place);
+    session.currentFile.reset();
+    program.renderer.List(rows, {{"client", "CLIENT"}, {"entry", "ENTRY"}, {"present", "PRESENT"}});
+    std::string missing;
+    for (const Json& row : rows) {
+        if (row["present"] == false) missing += " " + row["client"].get<std::string>();
+    }
+    if (!missing.empty()) Refuse("these files could not be copied:" + missing);
+}
+
+void AddTransfer(CLI::App& app, Program& program, Direction direction) {
+    const bool up = direction == Direction::kUp;
+    const auto options = std::make_shared<TransferOptions>();
+    CLI::App* const command = app.add_subcommand(
+        up ? "upload" : "download", up ? "Copy a local file or tree into a depot"
+                                       : "Copy a file or tree of a depot to a local folder");
+    command->add_option("from", options->from, up ? "The local file or folder" : "What is fetched")
+        ->required();
+    command->add_option("to", options->to, "Its new path, or the folder that it goes into")
+        ->required();
+    command->add_flag("-f,--force", options->force, "Replace files that are there");
+    command->footer(up ? "Example:\n  depotctl upload C:\\Profiles \"<Company>\\\""
+                       : "Example:\n  depotctl download \"<Company>\\Profiles\" C:\\Backup");
+    command->callback([&program, options, direction] {
+        program.command = [&program, options, direction] { Run(program, *options, direction); };
+    });
+}
+
+}  // namespace
+
+void AddTransferCommands(CLI::App& app, Program& program) {
+    AddTransfer(app, program, Direction::kUp);
+    AddTransfer(app, program, Direction::kDown);
+
+    const auto path = std::make_shared<std::string>();
+    CLI::App* const publish =
+        app.add_subcommand("publish", "Copy the files that a Skein profile depends on beside it");
+    publish->add_option("path", *path, "The profile in its depot")->required();
+    publish->footer("Example:\n  depotctl publish \"<Team>\\counter.kra\"");
+    publish->callback(
+        [&program, path] { program.command = [&program, path] { Publish(program, *path); }; });
+}
+
+}  // namespace depot::ctl

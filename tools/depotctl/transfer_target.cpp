@@ -1,0 +1,53 @@
+#include "depotctl/transfer_target.h"
+
+#include "depotctl/failure.h"
+#include "platform/paths.h"
+
+namespace depot::ctl {
+namespace {
+
+bool NamesFolder(const std::string& path) {
+    return path.ends_with('\\') || path.ends_with('/') || path.ends_with('>');
+}
+
+std::string SourceName(const Place& from) {
+    if (IsRoot(from)) Refuse(from.Shown() + " has no name of its own; name the target in full");
+    return NamePart(from.path);
+}
+
+}  // namespace
+
+Place TargetOf(Places& places, const Place& from, const std::string& to) {
+    const Place named = places.Resolve(to);
+    const PlaceKind kind = places.KindOf(named);
+    if (kind == PlaceKind::kFolder) return Child(named, SourceName(from));
+    if (NamesFolder(to)) Refuse("the folder " + named.Shown() + " is not there");
+    Place parent = named;
+    parent.path = FolderPrefix(named.path);
+    if (places.KindOf(parent) != PlaceKind::kFolder) {
+        Refuse("the folder " + parent.Shown() + " is not there");
+    }
+    return named;
+}
+
+void RequireFree(const Places& places, PlaceKind kind, const Place& to, bool force) {
+    const PlaceKind there = places.KindOf(to);
+    if (there == PlaceKind::kMissing) return;
+    if (there != kind) {
+        Refuse(to.Shown() + " is there already, as a " +
+               (there == PlaceKind::kFolder ? "folder" : "file"));
+    }
+    if (kind == PlaceKind::kFile && !force) {
+        Refuse(to.Shown() + " is there already; --force replaces it");
+    }
+}
+
+void AnswerTransfer(const Program& program, const char* verb, const Place& to,
+                    const TransferResult& result) {
+    const std::string files =
+        std::to_string(result.files) + (result.files == 1 ? " file" : " files");
+    program.renderer.Answer({{verb, to.Utf8()}, {"files", result.files}},
+                            std::string(verb) + " " + files + " to " + to.Utf8());
+}
+
+}  // namespace depot::ctl

@@ -1,0 +1,126 @@
+#include "utf8_text.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <iterator>
+
+namespace depot::ctl {
+namespace {
+
+constexpr char kEllipsis[] = "\xE2\x80\xA6";
+
+struct Character {
+    std::uint32_t code = 0;
+    std::size_t bytes = 1;
+};
+
+struct Range {
+    std::uint32_t first, last;
+};
+
+// The blocks whose characters take two columns, and those of marks that take none.
+constexpr Range kWide[] = {
+    {0x1100, 0x115F}, {0x2E80, 0x303E},   {0x3041, 0x33FF},   {0x3400, 0x4DBF},   {0x4E00, 0x9FFF},
+    {0xA000, 0xA4CF}, {0xAC00, 0xD7A3},   {0xF900, 0xFAFF},   {0xFE30, 0xFE6F},   {0xFF00, 0xFF60},
+    {0xFFE0, 0xFFE6}, {0x1F300, 0x1F64F}, {0x1F900, 0x1F9FF}, {0x20000, 0x3FFFD},
+};
+constexpr Range kCombining[] = {
+    {0x0300, 0x036F}, {0x0483, 0x0489}, {0x0591, 0x05BD}, {0x064B, 0x065F}, {0x1AB0, 0x1AFF},
+    {0x1DC0, 0x1DFF}, {0x200B, 0x200F}, {0x20D0, 0x20FF}, {0xFE00, 0xFE0F}, {0xFE20, 0xFE2F},
+};
+
+template <std::size_t Count>
+bool IsIn(const Range (&ranges)[Count], std::uint32_t code) {
+    return std::any_of(std::begin(ranges), std::end(ranges), [code](const Range& range) {
+        return code >= range.first && code <= range.last;
+    });
+}
+
+std::size_t SequenceLength(unsigned char lead) {
+    if (lead >= 0xF0 && lead < 0xF5) return 4;
+    if (lead >= 0xE0) return lead < 0xF0 ? 3 : 1;
+    return lead >= 0xC2 ? 2 : 1;
+}
+
+// Reads the character at the beginning of the text, which is not empty.
+Character FirstOf(std::string_view text) {
+    const auto lead = static_cast<unsigned char>(text.front());
+    const std::size_t length = SequenceLength(lead);
+    if (length == 1 || length > text.size()) return {lead, 1};
+    std::uint32_t code = lead & (0xFFu >> (length + 1));
+    for (std::size_t index = 1; index < length; ++index) {
+        const auto byte = static_cast<unsigned char>(text[index]);
+        if ((byte & 0xC0) != 0x80) return {lead, 1};
+        code = code << 6 | (byte & 0x3Fu);
+    }
+    return {code, length};
+}
+
+std::size_t WidthOf(std::uint32_t code) {
+    if (IsIn(kCombining, code)) return 0;
+    return IsIn(kWide, code) ? 2 : 1;
+}
+
+bool IsControl(std::uint32_t code) {
+    return code < 0x20 || (code >= 0x7F && code < 0xA0);
+}
+
+}  // namespace
+
+std::size_t DisplayWidth(std::string_view text) {
+    std::size_t width = 0;
+    while (!text.empty()) {
+        const Character character = FirstOf(text);
+        width += WidthOf(character.code);
+        text.remove_prefix(character.bytes);
+    }
+    return width;
+}
+
+std::string CutToWidth(std::string_view text, std::size_t width) {
+    if (DisplayWidth(text) <= width) return std::string(text);
+    if (width == 0) return {};
+    std::size_t kept = 0, used = 0;
+    while (kept < text.size()) {
+        const Character character = FirstOf(text.substr(kept));
+        used += WidthOf(character.code);
+        if (used > width - 1) break;
+        kept += character.bytes;
+    }
+    return std::string(text.substr(0, kept)).append(kEllipsis);
+}
+
+std::string Printable(std::string_view text) {
+    std::string result;
+    while (!text.empty()) {
+        const Character character = FirstOf(text);
+        const bool broken = character.bytes == 1 && character.code >= 0x80;
+        if (broken || IsControl(character.code)) {
+            result.push_back('?');
+        } else {
+            result.append(text.substr(0, character.bytes));
+        }
+        text.remove_prefix(character.bytes);
+    }
+    return result;
+}
+
+std::string OneLine(std::string_view text) {
+    std::string result;
+    bool gap = false;
+    while (!text.empty()) {
+        const Character character = FirstOf(text);
+        const bool broken = character.bytes == 1 && character.code >= 0x80;
+        if (character.code == ' ' || (!broken && IsControl(character.code))) {
+            gap = !result.empty();
+        } else {
+            if (gap) result.push_back(' ');
+            gap = false;
+            result.append(broken ? "?" : text.substr(0, character.bytes));
+        }
+        text.remove_prefix(character.bytes);
+    }
+    return result;
+}
+
+}  // namespace depot::ctl
