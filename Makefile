@@ -1,7 +1,7 @@
 # The tasks of this project; `make` alone lists them.
 
 .DEFAULT_GOAL := help
-.PHONY: help build demo test bench lint coverage fuzz screenshots dist clean native format
+.PHONY: help build demo browse test bench lint coverage fuzz screenshots dist clean native format
 
 RELEASE := build/release
 
@@ -16,6 +16,11 @@ demo: ## Set up what is missing, build, and run the sample clients on sample dep
 	@tools/setup
 	@tools/build release
 	@tools/demo
+
+browse: ## Open the browse dialog on the sample depots; needs a screen
+	@tools/setup
+	@tools/build release
+	@tools/browse
 
 test: ## Set up what is missing, build, and run all tests
 	@tools/setup lint

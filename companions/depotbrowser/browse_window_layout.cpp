@@ -125,9 +125,6 @@ void BrowseWindow::HideWhatIsNotOffered() const {
     if (settings_.helpTopic == 0) ShowWindow(Control(CONTROL_HELP), SW_HIDE);
     ShowWindow(Control(CONTROL_PROGRESS), SW_HIDE);
     ShowWindow(Control(CONTROL_STOP), SW_HIDE);
-    // Without colours of its own the tree may take the dialog's.
-    TreeView_SetBkColor(Control(CONTROL_TREE), GetSysColor(COLOR_WINDOW));
-    SetWindowTheme(Control(CONTROL_TREE), L"Explorer", nullptr);
     SetWindowTheme(Control(CONTROL_LIST), L"Explorer", nullptr);
 }
 

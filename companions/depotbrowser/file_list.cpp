@@ -19,10 +19,10 @@ struct ColumnStyle {
 };
 
 constexpr ColumnStyle kColumnStyles[kColumns] = {
-    {IDS_BROWSE_COLUMN_NAME, 30, LVCFMT_LEFT},
-    {IDS_BROWSE_COLUMN_TYPE, 18, LVCFMT_LEFT},
+    {IDS_BROWSE_COLUMN_NAME, 26, LVCFMT_LEFT},
+    {IDS_BROWSE_COLUMN_TYPE, 17, LVCFMT_LEFT},
     {IDS_BROWSE_COLUMN_SIZE, 11, LVCFMT_RIGHT},
-    {IDS_BROWSE_COLUMN_DATE, 20, LVCFMT_LEFT},
+    {IDS_BROWSE_COLUMN_DATE, 19, LVCFMT_LEFT},
 };
 
 // As the system's own file lists compare names: numbers by their value.

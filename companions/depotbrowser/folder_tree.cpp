@@ -122,6 +122,7 @@ void FolderTree::SetFolders(const FolderRef& folder, const std::vector<std::stri
     const FlagScope scope(silent_);
     const HTREEITEM item = FindFolder(folder);
     if (item == nullptr || !showFolders_) return;
+    const bool firstTime = known && !nodes_.at(item).loaded;
     nodes_.at(item).loaded = known;
     for (HTREEITEM child : Children(item)) {
         const std::string name = LastName(nodes_.at(child).folder);
@@ -134,6 +135,9 @@ void FolderTree::SetFolders(const FolderRef& folder, const std::vector<std::stri
         if (FindChild(item, name) == nullptr) InsertFolder(item, nodes_.at(item).folder, name);
     }
     ShowsButton(item, !names.empty() || !known);
+    // A depot that is shown shows its folders, too.
+    const bool isShownDepot = folder.relative.empty() && item == TreeView_GetSelection(control_);
+    if (firstTime && isShownDepot) TreeView_Expand(control_, item, TVE_EXPAND);
 }
 
 void FolderTree::Remove(HTREEITEM item) {
