@@ -5,8 +5,8 @@
 
 #include "depotbrowser/ansi_text.h"
 #include "directory/ldap_items.h"
-#include "platform/user_notice.h"
 #include "platform/no_destructor.h"
+#include "platform/user_notice.h"
 
 namespace depot {
 namespace {
