@@ -9,6 +9,7 @@
 #include "manager/resolve_item.h"
 #include "platform/full_path.h"
 #include "platform/handles.h"
+#include "platform/paths.h"
 #include "platform/text.h"
 
 namespace depot {
@@ -24,6 +25,8 @@ UniqueHandle OpenDestination(const std::string& path, bool failIfExists) {
 // The local file that a copy of `source` reads; empty when it is not known without fetching it.
 std::string SourceFile(DepotSession& session, const std::string& source) {
     if (source.empty()) return session.currentFile->localPath;
+    // Were it filed under a default depot in a directory, its own place would be forgotten.
+    if (IsFileSystemPath(source)) return source;
     CDepotItem item;
     ResolveItem(session.Depots(), source, item);
     if (item.depot == nullptr || IsDirectoryDepot(*item.depot)) return {};

@@ -213,5 +213,23 @@ TEST_F(PublishTest, WithoutACurrentFileThereIsNothingToDo) {
     EXPECT_EQ(S_FALSE, api_->DPPublishSkesDepFiles(0));
 }
 
+class DirectoryAloneTest : public ComponentTest {};
+
+TEST_F(DirectoryAloneTest, PlainFileIsNotEmptiedByACopyOntoItself) {
+    depots_.Text("Corp", "Path1", "dc=farrow,dc=test");
+    depots_.Dword("Corp", "Type1", 1);
+    depots_.Text("Corp", "Host1", "127.0.0.1");
+    depots_.Dword("Corp", "Port1", 1);
+    depots_.Dword("Corp", "Authentication1", 0);
+    folder_.MakeFile("plain.kre", "[S]\nK=1\n");
+    const BoxLog boxes;
+    const Session session(*api_);
+    const std::string plain = folder_.At("plain.kre");
+    EXPECT_EQ(S_FALSE, api_->DPCopyFileToLocalFS(session, Text(plain), Text(plain), VARIANT_FALSE));
+    WIN32_FILE_ATTRIBUTE_DATA data = {};
+    ASSERT_TRUE(GetFileAttributesExA(plain.c_str(), GetFileExInfoStandard, &data));
+    EXPECT_EQ(8U, data.nFileSizeLow);
+}
+
 }  // namespace
 }  // namespace depot::test
