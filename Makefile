@@ -18,7 +18,7 @@ demo: ## Set up what is missing, build, and run the sample client on sample depo
 	@tools/demo
 
 test: ## Set up what is missing, build, and run all tests
-	@tools/setup lint
+	@tools/setup lint dist
 	@tools/build release
 	@tools/build native
 	@tools/lint quick
@@ -49,8 +49,8 @@ screenshots: ## Take the pictures of the dialogs for the documents
 	@tools/build release
 	@tools/screenshots
 
-dist: ## Leave in dist/ what a user installs
-	@tools/setup
+dist: ## Leave in dist/ what users install (SIGN_PFX=file.pfx signs it)
+	@tools/setup dist
 	@tools/build release
 	@tools/dist
 
