@@ -22,7 +22,7 @@ endif()
 # made. Paths in them, and in messages, are the same wherever the tree stands.
 add_library(product_options INTERFACE)
 target_compile_options(product_options INTERFACE
-    -ffile-prefix-map=${PROJECT_SOURCE_DIR}=. -ffile-prefix-map=${PROJECT_BINARY_DIR}=./build)
+    -ffile-prefix-map=${PROJECT_SOURCE_DIR}=. -ffile-prefix-map=${PROJECT_BINARY_DIR}=./build/any)
 if(WIN32)
     target_compile_options(product_options INTERFACE $<$<CONFIG:Release>:-gdwarf-4;-g1>)
     include(CheckLinkerFlag)
