@@ -89,6 +89,10 @@ class Windows:
         return self.path("C:\\export.reg").read_bytes().decode("utf-16").replace("\r\n", "\n")
 
     def define_sample_depots(self):
+        """Puts the sample profiles into their place as they are shipped, and defines their depots."""
         self.add(REPOSITORY / "samples/profiles", "C:\\DepotSamples")
+        if self.path("C:\\depots.reg").exists():
+            return
         self.add(REPOSITORY / "samples/depots.reg", "C:\\depots.reg")
-        assert self.run("reg.exe", "import", "C:\\depots.reg")[0] == 0
+        outcome = self.run("reg.exe", "import", "C:\\depots.reg")
+        assert outcome[0] == 0, outcome
