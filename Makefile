@@ -23,7 +23,7 @@ browse: ## Open the browse dialog on the sample depots; needs a screen
 	@tools/browse
 
 test: ## Set up what is missing, build, and run all tests
-	@tools/setup lint
+	@tools/setup lint dist
 	@tools/build release
 	@tools/build native
 	@tools/lint quick
@@ -60,8 +60,8 @@ fuzz: ## Look for inputs that break the pure code, a minute per target
 	@tools/build release
 	@tools/fuzz
 
-dist: ## Leave in dist/ what a user installs
-	@tools/setup
+dist: ## Leave in dist/ what users install (SIGN_PFX=file.pfx signs it)
+	@tools/setup dist
 	@tools/build release
 	@tools/dist
 

@@ -54,6 +54,7 @@ endfunction()
 function(com_server server)
     add_library(${server} SHARED ${server}.rc ${server}.def)
     target_link_libraries(${server} ${ARGN})
+    product_symbols(${server})
     target_include_directories(${server} PRIVATE
         ${CMAKE_CURRENT_BINARY_DIR} ${CMAKE_CURRENT_SOURCE_DIR})
     set_source_files_properties(${server}.rc PROPERTIES OBJECT_DEPENDS

@@ -18,6 +18,29 @@ if(WIN32)
     set(CMAKE_CXX_ARCHIVE_CREATE "<CMAKE_AR> qcD <TARGET> <LINK_FLAGS> <OBJECTS>")
 endif()
 
+# What the product is made of carries line tables, from which the symbol files beside the libraries are
+# made. Paths in them, and in messages, are the same wherever the tree stands.
+add_library(product_options INTERFACE)
+target_compile_options(product_options INTERFACE
+    -ffile-prefix-map=${PROJECT_SOURCE_DIR}=. -ffile-prefix-map=${PROJECT_BINARY_DIR}=./build/any)
+if(WIN32)
+    target_compile_options(product_options INTERFACE $<$<CONFIG:Release>:-gdwarf-4;-g1>)
+    include(CheckLinkerFlag)
+    check_linker_flag(CXX "LINKER:--build-id,--pdb=probe.pdb" LINKER_WRITES_PDB)
+endif()
+
+# product_symbols(LIBRARY)
+#
+# Leaves LIBRARY.pdb beside the library. The linker names functions and data in it; without
+# CodeView from the compiler it holds no lines.
+function(product_symbols library)
+    target_link_libraries(${library} product_options)
+    if(LINKER_WRITES_PDB)
+        target_link_options(${library} PRIVATE
+            "LINKER:--build-id,--pdb=$<TARGET_FILE_DIR:${library}>/${library}.pdb")
+    endif()
+endfunction()
+
 if(DEPOTINTR_COVERAGE)
     target_compile_options(depot_options INTERFACE --coverage -O0 -fprofile-update=atomic)
     target_link_options(depot_options INTERFACE --coverage)

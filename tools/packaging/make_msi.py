@@ -1,0 +1,212 @@
+#!/usr/bin/env python3
+"""make_msi.py FOLDER PACKAGE: makes an installer of the run-time files in FOLDER.
+
+wixl makes the database with the files; the registration goes into the installer's own tables, most of
+which wixl does not know, with msibuild."""
+import hashlib
+import os
+import shutil
+import subprocess
+import sys
+import tempfile
+from pathlib import Path
+from xml.sax.saxutils import quoteattr
+
+import product
+import registration
+import summary_dates
+
+ACTIONS = {
+    "RemoveExistingProducts": 1501,  # First the old version goes, so that it takes nothing of the new.
+    "UnregisterTypeLibraries": 2300,
+    "RemoveRegistryValues": 2600,
+    "UnregisterClassInfo": 2700,
+    "UnregisterProgIdInfo": 2900,
+    "RemoveFolders": 3600,
+    "CreateFolders": 3700,
+    "RegisterClassInfo": 4600,
+    "RegisterProgIdInfo": 4800,
+    "WriteRegistryValues": 5000,
+    "RegisterTypeLibraries": 5500,
+}
+
+TABLES = {
+    "AppId": ("AppId\tRemoteServerName\tLocalService\tServiceParameters\tDllSurrogate\t"
+              "ActivateAtStorage\tRunAsInteractiveUser", "s38\tS255\tS255\tS255\tS255\tI2\tI2", "AppId"),
+    "Class": ("CLSID\tContext\tComponent_\tProgId_Default\tDescription\tAppId_\tFileTypeMask\tIcon_\t"
+              "IconIndex\tDefInprocHandler\tArgument\tFeature_\tAttributes",
+              "s38\ts32\ts72\tS255\tL255\tS38\tS255\tS72\tI2\tS32\tS255\ts38\tI2",
+              "CLSID\tContext\tComponent_"),
+    "ProgId": ("ProgId\tProgId_Parent\tClass_\tDescription\tIcon_\tIconIndex",
+               "s255\tS255\tS38\tL255\tS72\tI2", "ProgId"),
+    "TypeLib": ("LibID\tLanguage\tComponent_\tVersion\tDescription\tDirectory_\tFeature_\tCost",
+                "s38\ti2\ts72\tI4\tL128\tS72\ts38\tI4", "LibID\tLanguage\tComponent_"),
+    "Registry": ("Registry\tRoot\tKey\tName\tValue\tComponent_", "s72\ti2\tl255\tL255\tL0\ts72",
+                 "Registry"),
+    "CreateFolder": ("Directory_\tComponent_", "s72\ts72", "Directory_\tComponent_"),
+}
+
+FEATURE, STAND_IN_FEATURE = "Component", "StandIn"
+CLASSES_ROOT = 0
+DISALLOW_ADVERTISING = 8
+TYPE_LIBRARY_VERSION = 1 * 256 + 0
+
+
+def description(version, files):
+    """The part of the package that wixl makes."""
+    def part(name):
+        return (f'<Component Id={quoteattr(name)} Guid="{product.identifier("part", name)}" Win64="yes">'
+                f'<File Id={quoteattr(name)} Name={quoteattr(name)} Source={quoteattr(name)} KeyPath="yes"/>'
+                '</Component>')
+
+    def feature(name, title, parts):
+        references = "".join(f"<ComponentRef Id={quoteattr(part)}/>" for part in parts)
+        return f'<Feature Id="{name}" Title="{title}" Level="1">{references}</Feature>'
+
+    own = [name for name in files if name != product.STAND_IN]
+    stand_in = [name for name in files if name == product.STAND_IN]
+    return f"""<?xml version="1.0" encoding="utf-8"?>
+<Wix xmlns="http://schemas.microsoft.com/wix/2006/wi">
+  <Product Id="{product.identifier('version', version)}" Name="{product.TITLE}" Version="{version}"
+           Language="1033" Manufacturer="{product.MAKER}" UpgradeCode="{product.identifier('upgrades')}">
+    <Package InstallerVersion="500" Compressed="yes" InstallScope="perMachine"/>
+    <MajorUpgrade DowngradeErrorMessage="A newer version of {product.TITLE} is installed."/>
+    <Media Id="1" Cabinet="files.cab" EmbedCab="yes"/>
+    <Property Id="ARPNOMODIFY" Value="1"/>
+    <Directory Id="TARGETDIR" Name="SourceDir">
+      <Directory Id="ProgramFiles64Folder">
+        <Directory Id="MAKERDIR" Name="{product.MAKER}">
+          <Directory Id="INSTALLDIR" Name="{product.NAME}">{"".join(map(part, files))}</Directory>
+        </Directory>
+      </Directory>
+    </Directory>
+    {feature(FEATURE, product.TITLE, own)}
+    {feature(STAND_IN_FEATURE, "Stand-in for the directory service", stand_in)}
+  </Product>
+</Wix>
+"""
+
+
+def upper_guid(text):
+    """Installers take identifiers in capitals only."""
+    return text.upper()
+
+
+def class_rows(server):
+    """The rows of the tables for classes, and what those tables make the installer write."""
+    rows = {"AppId": [], "Class": [], "ProgId": []}
+    written = set()
+    for entry in server.classes():
+        clsid, app_id = upper_guid(entry.clsid), upper_guid(entry.app_id)
+        if not any(row[0] == app_id for row in rows["AppId"]):
+            rows["AppId"].append([app_id, "", "", "", "", "", ""])
+        rows["Class"].append([clsid, "InprocServer32", server.library, entry.prog_id,
+                              entry.description, app_id, "", "", "", "", "", FEATURE, ""])
+        rows["ProgId"] += [[entry.prog_id, "", clsid, entry.description, "", ""],
+                           [entry.independent_prog_id, entry.prog_id, "", entry.description, "", ""]]
+        key = f"CLSID\\{entry.clsid}"
+        written |= {(key, ""), (key, "AppID"), (f"{key}\\InprocServer32", ""), (f"{key}\\ProgID", ""),
+                    (f"{key}\\VersionIndependentProgID", ""),
+                    (f"{entry.independent_prog_id}\\CurVer", "")}
+        for prog_id in (entry.prog_id, entry.independent_prog_id):
+            written |= {(prog_id, ""), (f"{prog_id}\\CLSID", "")}
+    return rows, written
+
+
+def registry_rows(server, written):
+    """The rest: what no table of its own describes."""
+    stem = server.library.removesuffix(".dll")
+    rest = [value for value in server.values if (value.key, value.name) not in written]
+    for number, value in enumerate(rest, 1):
+        if value.data == "%MODULE%":
+            raise ValueError(f"{value.key} names the library")
+        # A name of "*" makes an empty key, and takes it away again.
+        name, data = ("*", "") if value.name is None else (value.name, value.data)
+        yield [f"{stem}{number}", str(CLASSES_ROOT), value.key, name, data, server.library]
+    # The type library registers these. A name of "-" takes a key away on removal, also when the library
+    # file that describes the interfaces is gone.
+    for name, key in [("Library", f"TypeLib\\{server.type_library}"),
+                      *((name, f"Interface\\{iid}") for name, iid in server.interfaces)]:
+        yield [f"{stem}{name}", str(CLASSES_ROOT), key, "-", "", server.library]
+
+
+def table_rows(servers):
+    tables = {name: [] for name in TABLES}
+    for server in servers:
+        rows, written = class_rows(server)
+        for name, added in rows.items():
+            tables[name] += added
+        tables["TypeLib"].append([server.type_library, "0", server.library,
+                                  str(TYPE_LIBRARY_VERSION), "", "", FEATURE, ""])
+        tables["Registry"] += registry_rows(server, written)
+    # What an installer makes it removes when it is empty. Its files' folder it knows anyway.
+    tables["CreateFolder"] = [["MAKERDIR", product.COMPONENT[0]]]
+    return tables
+
+
+def import_tables(package, folder, tables):
+    arguments = []
+    for name, rows in tables.items():
+        columns, types, keys = TABLES[name]
+        lines = [columns, types, f"{name}\t{keys}", *("\t".join(row) for row in rows)]
+        path = folder / f"{name}.idt"
+        path.write_bytes("".join(f"{line}\r\n" for line in lines).encode("cp1252"))
+        arguments += ["-i", str(path)]
+    subprocess.run(["msibuild", str(package), *arguments], check=True)
+
+
+def action_queries():
+    table = "InstallExecuteSequence"
+    for action, place in ACTIONS.items():
+        yield f"DELETE FROM {table} WHERE Action = '{action}'"
+        yield f"INSERT INTO {table} (Action, Sequence) VALUES ('{action}', {place})"
+
+
+def version_queries(folder, files):
+    """Windows keeps the higher of two versions of a file; a hash is for files without a version."""
+    for name in files:
+        version = product.file_version(folder / name)
+        if version:
+            text = ".".join(map(str, version))
+            yield f"UPDATE File SET Version = '{text}', Language = '1033' WHERE File = '{name}'"
+            yield f"DELETE FROM MsiFileHash WHERE File_ = '{name}'"
+
+
+def package_code(folder, files):
+    digest = hashlib.sha256()
+    for name in files:
+        digest.update(name.encode() + b"\0" + hashlib.sha256((folder / name).read_bytes()).digest())
+    return product.identifier("package", digest.hexdigest())
+
+
+def make(folder, package, build):
+    files = product.runtime_files(folder)
+    version = product.package_version(folder)
+    date = product.source_date()
+    with tempfile.TemporaryDirectory() as temporary:
+        work = Path(temporary)
+        for name in files:
+            # A cabinet holds the times and the modes of its files.
+            shutil.copyfile(folder / name, work / name)
+            os.chmod(work / name, 0o644)
+            os.utime(work / name, (date, date))
+        (work / "product.wxs").write_text(description(version, files))
+        made = work / "product.msi"
+        environment = {**os.environ, "TZ": "UTC"}
+        subprocess.run(["wixl", "-a", "x64", "-o", str(made), "product.wxs"], cwd=work, check=True,
+                       env=environment)
+        import_tables(made, work, table_rows(registration.read_servers(product.REPOSITORY, build)))
+        queries = [*action_queries(), *version_queries(work, files),
+                   f"UPDATE Feature SET Attributes = {DISALLOW_ADVERTISING}"]
+        subprocess.run(["msibuild", str(made), *(x for query in queries for x in ("-q", query))],
+                       check=True)
+        subprocess.run(["msibuild", str(made), "-s", product.TITLE, product.MAKER, "x64;1033",
+                        package_code(work, files)], check=True)
+        summary_dates.fix(made, date)
+        shutil.copyfile(made, package)
+
+
+if __name__ == "__main__":
+    if len(sys.argv) != 4:
+        sys.exit("usage: make_msi.py FOLDER PACKAGE BUILD_FOLDER")
+    make(Path(sys.argv[1]), Path(sys.argv[2]), Path(sys.argv[3]))
