@@ -13,7 +13,8 @@ namespace depot {
 
 // Holds what the dialog is asked for and, afterwards, what the user chose. Texts and arrays that
 // are returned belong to the caller; no exception gets out. Settings count for the next ShowModal.
-class CDepotBrowseDialog : public TypeLibraryDispatch<IDepotBrowseDialog, &IID_IDepotBrowseDialog> {
+class CDepotBrowseDialog : public TypeLibraryDispatch<IDepotBrowseDialog2, &IID_IDepotBrowseDialog2,
+                                                      &IID_IDepotBrowseDialog> {
 public:
     // Shows the dialog and waits for the user. The result is 1 when the user confirmed, 0 when not
     // or when the dialog cannot be shown, which is also S_FALSE. What was chosen before is

@@ -19,18 +19,19 @@ using UniqueTypeInfo = std::unique_ptr<ITypeInfo, ComReleaser>;
 // needs to be given up when the DLL goes.
 HRESULT OpenTypeInfo(REFIID interfaceId, UniqueTypeInfo& typeInfo) noexcept;
 
-// Implements QueryInterface's answers and IDispatch for `Interface`, whose identifier is `id`.
-// Reference counting and aggregation are the host's, which derives from the class.
-template <class Interface, const IID* id>
+// Implements QueryInterface's answers and IDispatch for `Interface`, whose identifier is `id` and
+// which extends those of the `extended` identifiers. Reference counting and aggregation are the
+// host's, which derives from the class.
+template <class Interface, const IID* id, const IID*... extended>
 class TypeLibraryDispatch : public Interface {
 public:
-    // Returns this object under `interfaceId`, which is IUnknown, IDispatch or the interface's own,
+    // Returns this object under `interfaceId`, which is IUnknown, IDispatch or one of its own,
     // with an added reference; E_NOINTERFACE otherwise.
     HRESULT InternalQueryInterface(REFIID interfaceId, void** object) {
         if (object == nullptr) return E_POINTER;
         *object = nullptr;
         if (!IsEqualIID(interfaceId, IID_IUnknown) && !IsEqualIID(interfaceId, IID_IDispatch) &&
-            !IsEqualIID(interfaceId, *id)) {
+            !IsEqualIID(interfaceId, *id) && !(IsEqualIID(interfaceId, *extended) || ...)) {
             return E_NOINTERFACE;
         }
         *object = static_cast<Interface*>(this);

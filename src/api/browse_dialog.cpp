@@ -60,7 +60,15 @@ void BrowseDialog::SetKindAndOptions(const BrowseKind& kind, const BrowseOptions
     SetKind(kind);
     if (!options.allowEditing) dialog_->put_AllowEditing(0);
     if (!options.allowFileOperations) dialog_->put_AllowFileOperations(0);
-    if (options.allowMultipleSelection) dialog_->put_AllowMultipleSelection(1);
+    if (options.allowMultipleSelection) AllowMultipleSelection();
+}
+
+void BrowseDialog::AllowMultipleSelection() {
+    void* extended = nullptr;
+    if (FAILED(dialog_->QueryInterface(IID_IDepotBrowseDialog2, &extended))) return;
+    const std::unique_ptr<IDepotBrowseDialog2, Releaser> owned(
+        static_cast<IDepotBrowseDialog2*>(extended));
+    owned->put_AllowMultipleSelection(1);
 }
 
 void BrowseDialog::SetInitialFileName(const std::string& path) {

@@ -50,6 +50,10 @@ private:
     struct Releaser {
         void operator()(IDepotBrowseDialog* dialog) const { dialog->Release(); }
     };
+
+    // Dialogs that know only the first interface let the user choose one file.
+    void AllowMultipleSelection();
+
     std::unique_ptr<IDepotBrowseDialog, Releaser> dialog_;
 };
 

@@ -1,5 +1,6 @@
 // The methods that let the user choose files.
 #include <new>
+#include <stdexcept>
 
 #include "api/browse_dialog.h"
 #include "api/chosen_files.h"
@@ -39,6 +40,8 @@ std::optional<std::string> ListOfChosenFiles(BrowseDialog& dialog, const std::st
     paths.insert(paths.begin(), first);
     return ChosenFileList(paths, size);
 } catch (const std::bad_alloc&) {
+    return std::nullopt;
+} catch (const std::length_error&) {
     return std::nullopt;
 }
 

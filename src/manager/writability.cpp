@@ -19,6 +19,18 @@ void Describe(DWORD error, const std::string& shownName, std::string* errorText)
     FormatErrorText(error, shownName.c_str(), kCaption, errorText, nullptr);
 }
 
+// In a folder that exists, nothing but an entry shows whether the user may add one.
+int TestNewEntry(CLDAPItems& directory, const std::string& dn, std::string* errorText) {
+    std::string name;
+    bool isFolder = false;
+    directory.SplitEntryName(dn, name, isFolder);
+    const std::uint32_t code = directory.AddFileEntry(dn, name, nullptr, 0);
+    if (code == LDAP_SUCCESS) directory.RemoveEmptyEntry(dn);
+    if (code == LDAP_SUCCESS || code == LDAP_ALREADY_EXISTS) return 1;
+    if (errorText != nullptr) *errorText = directory.ErrorText();
+    return 0;
+}
+
 int TestEntry(CLDAPItems& directory, const std::string& dn, std::string* errorText) {
     const ConnectionScope connection(directory, errorText);
     if (!connection) return 0;
@@ -31,6 +43,7 @@ int TestEntry(CLDAPItems& directory, const std::string& dn, std::string* errorTe
     LdapItemList missing;
     directory.ListMissingFolders(dn, missing);
     const int created = directory.EnsureFolderPath(dn, false, errorText);
+    if (created != 0 && missing.Count() == 0) return TestNewEntry(directory, dn, errorText);
     // From the bottom up. Whatever someone else put there meanwhile keeps its folder above it.
     for (const CLDAPItem* folder : missing) directory.RemoveEmptyEntry(folder->path);
     return created;

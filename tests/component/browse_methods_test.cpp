@@ -133,7 +133,7 @@ TEST_F(BrowseMethodsTest, SaveAsWithoutASelectedItemSetsAnEmptyName) {
     EXPECT_EQ(Calls{"InitialFileName "}, AskedAbout({"Initial"}));
 }
 
-TEST_F(BrowseMethodsTest, ResourceFolderIsPassedForEitherKindOfDialog) {
+TEST_F(BrowseMethodsTest, ResourceFolderIsPassedForEveryKindOfDialog) {
     product_.Text("", "HomeDir64", folder_.Path() + "\\Res");
     const Session session(*api_);
     const Calls expected = {"ResourceFolder " + folder_.Path() + "\\Res\\"};
@@ -142,6 +142,10 @@ TEST_F(BrowseMethodsTest, ResourceFolderIsPassedForEitherKindOfDialog) {
     EXPECT_EQ(expected, AskedAbout({"ResourceFolder"}));
     dialogs_.calls.clear();
     Browse(session, path, APP_SKEIN, PROMPT_SAVEAS);
+    EXPECT_EQ(expected, AskedAbout({"ResourceFolder"}));
+    dialogs_.calls.clear();
+    OutText list;
+    BrowseMany(session, list);
     EXPECT_EQ(expected, AskedAbout({"ResourceFolder"}));
 }
 
@@ -231,6 +235,25 @@ TEST_F(BrowseMethodsTest, SeveralFilesAreListedWithTheFirstOneTwice) {
     EXPECT_EQ(S_OK, BrowseMany(session_, list));
     EXPECT_EQ(L"C:\\p\0a.kra\0a.kra\0b.kra\0\0"s, list.Value());
     EXPECT_TRUE(Asked("AllowMultipleSelection 1"));
+}
+
+TEST_F(BrowseMethodsTest, DialogOfTheFirstInterfaceAloneServesForSeveralFiles) {
+    dialogs_.extended = false;
+    dialogs_.chosenPath = L"C:\\p\\a.kra";
+    OutText list;
+    EXPECT_EQ(S_OK, BrowseMany(session_, list));
+    EXPECT_EQ(L"C:\\p\0a.kra\0\0"s, list.Value());
+    EXPECT_EQ(Calls{}, AskedAbout({"AllowMultiple"}));
+    EXPECT_EQ(0, dialogs_.living);
+}
+
+TEST_F(BrowseMethodsTest, SeveralFilesPassOwnerSwitchesAndTopic) {
+    OutText list;
+    api_->DPBrowseMultiSel(session_, APP_KICKOFF, VARIANT_BOOL{1}, VARIANT_FALSE, 77, 4711, list,
+                           1000);
+    EXPECT_EQ((Calls{"OwnerWindow 4711", "Mode 22", "FileType 62", "AllowEditing 0",
+                     "AllowFileOperations 0", "AllowMultipleSelection 1", "HelpTopic 77"}),
+              AskedAbout({"Owner", "Mode", "FileType", "Allow", "HelpTopic", "Initial"}));
 }
 
 TEST_F(BrowseMethodsTest, SmallSizeReturnsOnlyTheNamesThatFit) {

@@ -12,13 +12,14 @@ std::string Narrow(BSTR text) {
     return narrow;
 }
 
-class ScriptedDialog final : public IDepotBrowseDialog {
+class ScriptedDialog final : public IDepotBrowseDialog2 {
 public:
     explicit ScriptedDialog(ScriptedDialogs& script) : script_(script) { ++script_.living; }
     virtual ~ScriptedDialog() { --script_.living; }
 
     STDMETHODIMP QueryInterface(REFIID interfaceId, void** object) override {
-        if (interfaceId != IID_IUnknown && interfaceId != IID_IDepotBrowseDialog) {
+        const bool extended = script_.extended && interfaceId == IID_IDepotBrowseDialog2;
+        if (interfaceId != IID_IUnknown && interfaceId != IID_IDepotBrowseDialog && !extended) {
             *object = nullptr;
             return E_NOINTERFACE;
         }

@@ -23,6 +23,7 @@ public:
 
     LONG result = 1;
     HRESULT showResult = S_OK;
+    bool extended = true;  // whether the dialogs know the second interface
     std::wstring chosenPath;
     HRESULT pathResult = S_OK;
     // Returns a new array, which the caller destroys.

@@ -46,7 +46,7 @@ protected:
     const BrowserLibrary library_;
     const ScratchFolder folder_;
     const ScratchKey depots_{HKEY_CURRENT_USER, kDepotsKey};
-    UniqueCom<IDepotBrowseDialog> dialog_ = CreateBrowseObject();
+    UniqueCom<IDepotBrowseDialog2> dialog_ = CreateBrowseObject();
 };
 
 }  // namespace depot::test

@@ -59,8 +59,8 @@ UniqueCom<IUserPasswordPromptDialog> CreateDialogObject() {
                                              IID_IUserPasswordPromptDialog);
 }
 
-UniqueCom<IDepotBrowseDialog> CreateBrowseObject() {
-    return Create<IDepotBrowseDialog>(L"DepotBrowser.DepotBrowseDialog", IID_IDepotBrowseDialog);
+UniqueCom<IDepotBrowseDialog2> CreateBrowseObject() {
+    return Create<IDepotBrowseDialog2>(L"DepotBrowser.DepotBrowseDialog", IID_IDepotBrowseDialog2);
 }
 
 std::wstring UserNameOf(IUserPasswordPromptDialog& dialog) {

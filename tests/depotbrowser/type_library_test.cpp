@@ -1,6 +1,8 @@
 // The interface as its type library describes it, and late binding through it.
 #include <gtest/gtest.h>
 
+#include <map>
+
 #include "depotbrowser/browser_library.h"
 #include "depotbrowser/dialog_user.h"
 
@@ -16,9 +18,9 @@ protected:
         return UniqueCom<ITypeLib>(library);
     }
 
-    UniqueCom<ITypeInfo> OpenInterface() const {
+    UniqueCom<ITypeInfo> OpenInterface(REFIID id = IID_IUserPasswordPromptDialog) const {
         ITypeInfo* typeInfo = nullptr;
-        EXPECT_EQ(S_OK, Open()->GetTypeInfoOfGuid(IID_IUserPasswordPromptDialog, &typeInfo));
+        EXPECT_EQ(S_OK, Open()->GetTypeInfoOfGuid(id, &typeInfo));
         return UniqueCom<ITypeInfo>(typeInfo);
     }
 
@@ -81,6 +83,44 @@ TEST_F(TypeLibraryTest, TheSixOperationsStandInTheirSlots) {
         EXPECT_EQ(expected[slot].name, operations[slot].name);
         EXPECT_EQ(expected[slot].kind, operations[slot].kind);
     }
+}
+
+TEST_F(TypeLibraryTest, TheBrowseOperationsStandInTheirSlots) {
+    const std::map<std::size_t, std::wstring> expected = {
+        {7, L"ShowModal"},
+        {9, L"Mode"},
+        {10, L"ChosenPath"},
+        {11, L"InitialFileName"},
+        {12, L"ChosenPaths"},
+        {15, L"AllowEditing"},
+        {17, L"AllowFileOperations"},
+        {18, L"FileType"},
+        {24, L"SortColumn"},
+        {26, L"SortDescending"},
+        {28, L"ResourceFolder"},
+        {30, L"HelpTopic"},
+        {32, L"ShowFolderTree"},
+        {34, L"AskBeforeOverwriting"},
+        {36, L"RememberSize"},
+        {37, L"OwnerWindow"},
+    };
+    const auto operations = OperationsInSlotOrder(*OpenInterface(IID_IDepotBrowseDialog));
+    ASSERT_EQ(38u - 7u, operations.size());
+    for (std::size_t slot = 7; slot < 38; ++slot) {
+        const auto named = expected.find(slot);
+        const std::wstring name =
+            named != expected.end() ? named->second : L"Reserved" + std::to_wstring(slot);
+        EXPECT_EQ(name, operations[slot - 7].name);
+    }
+}
+
+TEST_F(TypeLibraryTest, TheBrowseDialogIsFoundUnderBothOfItsInterfaces) {
+    const auto dialog = CreateBrowseObject();
+    void* first = nullptr;
+    ASSERT_EQ(S_OK, dialog->QueryInterface(IID_IDepotBrowseDialog, &first));
+    const UniqueCom<IDepotBrowseDialog> owned(static_cast<IDepotBrowseDialog*>(first));
+    EXPECT_EQ(S_OK, owned->put_Mode(26));
+    EXPECT_EQ(E_NOINTERFACE, dialog->QueryInterface(IID_IUserPasswordPromptDialog, &first));
 }
 
 // Calls by slot number, the way clients do that know the order only.

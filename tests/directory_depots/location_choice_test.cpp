@@ -56,6 +56,33 @@ TEST_F(LocationChoiceTest, TheProbeIsOneBindAndOneSearchOfTheBaseAlone) {
     EXPECT_THAT(log, HasSubstr("UNBIND"));
 }
 
+TEST_F(LocationChoiceTest, TheProbeNamesWhoeverWasNamedForTheServerBefore) {
+    CDepotPath& location = AddDirectory(base_, server_.Port());
+    location.authentication = kSimpleAuthentication;
+    location.username.clear();
+    location.password.clear();
+    CDepotPath typed = location;
+    CLDAPItems other(&typed);
+    other.SetUserName(test::kReader);
+    other.SetPassword(test::kReaderPassword);
+    server_.Mark();
+    depot_.paths->GetActivePath();
+    EXPECT_THAT(server_.Log(), HasSubstr(std::string("BIND dn=\"") + test::kReader + "\""));
+    EXPECT_EQ("", location.username);
+    EXPECT_THAT(boxes_.Boxes(), IsEmpty());
+}
+
+TEST_F(LocationChoiceTest, TheProbeAsksNobodyWhenNobodyIsKnown) {
+    CDepotPath& location = AddDirectory(base_, server_.Port());
+    location.authentication = kSimpleAuthentication;
+    location.username.clear();
+    location.password.clear();
+    server_.Mark();
+    depot_.paths->GetActivePath();
+    EXPECT_THAT(server_.Log(), HasSubstr("BIND dn=\"\""));
+    EXPECT_THAT(boxes_.Boxes(), IsEmpty());
+}
+
 TEST_F(LocationChoiceTest, TheChoiceIsMadeOnce) {
     AddDirectory(base_, server_.Port());
     depot_.paths->GetActivePath();

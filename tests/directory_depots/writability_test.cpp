@@ -55,6 +55,25 @@ TEST_F(DirectoryWritabilityTest, PlaceThatCannotBeCreatedIsNotWritable) {
     EXPECT_NE("junk", text_);
 }
 
+TEST_F(DirectoryWritabilityTest, NewFileInAnExistingFolderIsTriedAndRemoved) {
+    server_.AddFolder("x", base_);
+    Choose();
+    EXPECT_EQ(1, Test("x\\new.kra"));
+    EXPECT_EQ(1, server_.Counts().adds);
+    EXPECT_EQ(1, server_.Counts().deletions);
+    EXPECT_FALSE(server_.Holds("cn=new.kra," + Dn("x")));
+    EXPECT_TRUE(server_.Holds(Dn("x")));
+    EXPECT_EQ("junk", text_);
+}
+
+TEST_F(DirectoryWritabilityTest, NewFileInAnExistingFolderIsNotForReaders) {
+    server_.AddFolder("x", base_);
+    Define(server_.Port(), base_, test::kReader, test::kReaderPassword);
+    Choose();
+    EXPECT_EQ(0, Test("x\\new.kra"));
+    EXPECT_EQ(test::MessageFor(50), text_);
+}
+
 TEST_F(DirectoryWritabilityTest, UnreachableServerIsNotWritable) {
     Choose();
     server_.Stop();
