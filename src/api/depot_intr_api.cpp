@@ -18,6 +18,7 @@ HRESULT CDepotIntrApi::InternalQueryInterface(REFIID interfaceId, void** object)
 }
 
 STDMETHODIMP CDepotIntrApi::GetTypeInfoCount(UINT* count) noexcept {
+    const ModuleStateScope scope;
     if (count == nullptr) return E_POINTER;
     *count = 1;
     return S_OK;

@@ -71,13 +71,13 @@ public:
     std::uint32_t authentication = kSimpleAuthentication;
     std::uint32_t version = kDefaultVersion;
     std::uint32_t connectTimeout = kDefaultConnectTimeout;  // seconds
+    CDepotPaths* owner = nullptr;                           // never owned
+    std::string locationText;                               // the expanded path, once asked for
+    void* handleSlot = nullptr;
+    std::int32_t indexSlot = kWritabilityUnknown;  // what the writability test found, 1 or 0
     std::uint32_t security = 0;  // 0 none, 1 StartTLS before the bind, 2 TLS from the start
     // 1 when a write-back must not replace what someone else stored meanwhile
     std::uint32_t detectConflicts = 0;
-    CDepotPaths* owner = nullptr;  // never owned
-    std::string locationText;      // the expanded path, once asked for
-    void* handleSlot = nullptr;
-    std::int32_t indexSlot = kWritabilityUnknown;  // what the writability test found, 1 or 0
 
 private:
     void LoadDirectorySettings(const RegistryKey& key, const std::string& number);

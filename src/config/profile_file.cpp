@@ -24,6 +24,11 @@ bool Fits(std::string_view text) {
     return text.size() <= kLongestProfileText;
 }
 
+// A missing name is the system's business.
+bool Fits(const char* text) {
+    return text == nullptr || Fits(std::string_view(text));
+}
+
 // What the system gives for a value that is not there.
 std::string CutDefault(const std::string& defaultValue, std::uint32_t size) {
     return size == 0 ? std::string() : defaultValue.substr(0, size - 1);

@@ -41,6 +41,8 @@ public:
     }
 
     int List() {
+        // A depot without a root lists nothing, least of all the current directory.
+        if (folder_.empty()) return 0;
         int added = 0;
         WIN32_FIND_DATAA found = {};
         const UniqueFind search = StartSearch(JoinPath(folder_, "*.*"), found);

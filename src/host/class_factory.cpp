@@ -6,6 +6,7 @@ namespace depot {
 
 STDMETHODIMP CComClassFactory::CreateInstance(IUnknown* outer, REFIID interfaceId,
                                               void** object) noexcept {
+    const ModuleStateScope scope;
     if (object == nullptr) return E_POINTER;
     *object = nullptr;
     if (outer == nullptr) return entry_.create(interfaceId, object);
@@ -14,6 +15,7 @@ STDMETHODIMP CComClassFactory::CreateInstance(IUnknown* outer, REFIID interfaceI
 }
 
 STDMETHODIMP CComClassFactory::LockServer(BOOL lock) noexcept {
+    const ModuleStateScope scope;
     lock ? Module().Lock() : Module().Unlock();
     return S_OK;
 }

@@ -15,8 +15,9 @@ std::optional<std::string> ReadFolder(MacroSystem& system, Hive hive, const std:
 // Returns the folder beside the common start menu; empty when that menu is not recorded.
 std::string FolderBesideStartMenu(MacroSystem& system) {
     const auto menu = ReadFolder(system, Hive::kLocalMachine, "Common Start Menu");
-    // An empty record would name a folder in the current directory.
-    return menu && !menu->empty() ? FolderPrefix(*menu) + "Application Data" : std::string();
+    const std::string above = FolderPrefix(menu.value_or(""));
+    // Without a folder above the menu's this would be a folder in the current directory.
+    return above.empty() ? std::string() : above + "Application Data";
 }
 
 }  // namespace

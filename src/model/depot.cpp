@@ -87,11 +87,11 @@ bool CDepot::ReadDefinition(const RegistryKey& listKey, const std::string& subke
     if (!key) return false;
     displayName = LocalizedName(*key, language, subkeyName);
     name = subkeyName;
-    if (const auto value = key->ReadDwordOfAnySize("DefaultDepot")) isDefault = *value == 1;
-    if (const auto value = key->ReadDwordOfAnySize("OrderIndex")) {
+    if (const auto value = key->ReadDwordOr("DefaultDepot", 0)) isDefault = *value == 1;
+    if (const auto value = key->ReadDwordOr("OrderIndex", kNoOrderIndex)) {
         orderIndex = static_cast<std::int32_t>(*value);
     }
-    if (const auto value = key->ReadDwordOfAnySize("Contains")) contains = *value;
+    if (const auto value = key->ReadDwordOr("Contains", 0)) contains = *value;
     ReadLocations(*key);
     if (paths->Count() == 0) return false;
     if (const auto value = key->ReadString("Icon")) icon = *value;

@@ -39,11 +39,21 @@ std::optional<DWORD> RegistryKey::ReadDword(const std::string& name) const {
 }
 
 std::optional<DWORD> RegistryKey::ReadDwordOfAnySize(const std::string& name) const {
+    return ReadFirstFourBytes(name, std::nullopt);
+}
+
+std::optional<DWORD> RegistryKey::ReadDwordOr(const std::string& name, DWORD otherwise) const {
+    return ReadFirstFourBytes(name, otherwise);
+}
+
+std::optional<DWORD> RegistryKey::ReadFirstFourBytes(const std::string& name,
+                                                     std::optional<DWORD> ofOtherTypes) const {
     BYTE data[kRegistryTextBytes] = {};
     DWORD type = REG_NONE;
     DWORD size = sizeof(data);
     const LSTATUS status = RegQueryValueExA(key_.get(), name.c_str(), nullptr, &type, data, &size);
-    if (status != ERROR_SUCCESS || type != REG_DWORD) return std::nullopt;
+    if (status != ERROR_SUCCESS) return std::nullopt;
+    if (type != REG_DWORD) return ofOtherTypes;
     DWORD value = 0;
     std::memcpy(&value, data, sizeof(value));
     return value;

@@ -47,11 +47,18 @@ public:
     // Returns the first four bytes of a REG_DWORD, whatever its size; missing bytes are zero.
     std::optional<DWORD> ReadDwordOfAnySize(const std::string& name) const;
 
+    // The same, with `otherwise` for a value of another type; only a missing value is absent.
+    std::optional<DWORD> ReadDwordOr(const std::string& name, DWORD otherwise) const;
+
     // Asks for the name of the subkey at `index`; names may take kRegistryTextBytes.
     SubkeyName SubkeyAt(DWORD index) const;
 
 private:
     explicit RegistryKey(UniqueHkey key) : key_(std::move(key)) {}
+
+    std::optional<DWORD> ReadFirstFourBytes(const std::string& name,
+                                            std::optional<DWORD> ofOtherTypes) const;
+
     UniqueHkey key_;
 };
 

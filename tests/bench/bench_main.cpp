@@ -1,17 +1,53 @@
-// Measures the component against the raw system calls that do the same work.
-#include "bench/benches.h"
+// Measures the component against the raw system calls that do the same work: everything, or the
+// groups that are named on the command line.
+#include <algorithm>
+#include <cstdio>
+#include <functional>
+#include <string>
+#include <vector>
 
-int main() {
+#include "bench/benches.h"
+#include "bench/comparison.h"
+
+namespace depot::bench {
+namespace {
+
+struct Group {
+    std::string name;
+    std::function<void(IDepotIntrApi*)> measure;
+};
+
+const std::vector<Group>& Groups() {
+    static const std::vector<Group> groups = {
+        {"sessions", MeasureSessions},
+        {"values", MeasureValues},
+        {"macros", [](IDepotIntrApi*) { MeasureMacros(); }},
+        {"directory", [](IDepotIntrApi*) { MeasureDirectory(); }},
+        {"working-copies", MeasureWorkingCopies},
+        {"listings", [](IDepotIntrApi*) { MeasureListings(); }},
+    };
+    return groups;
+}
+
+bool IsWanted(const std::string& group, const std::vector<std::string>& wanted) {
+    return wanted.empty() || std::find(wanted.begin(), wanted.end(), group) != wanted.end();
+}
+
+}  // namespace
+}  // namespace depot::bench
+
+int main(int count, char** words) {
+    using namespace depot::bench;
+    const std::vector<std::string> wanted(words + 1, words + count);
     CoInitialize(nullptr);
+    if (IsWanted("library", wanted)) MeasureLibrary();
     {
-        const depot::bench::Api api = depot::bench::CreateApi();
-        depot::bench::MeasureSessions(api.get());
-        depot::bench::MeasureValues(api.get());
-        depot::bench::MeasureMacros();
-        depot::bench::MeasureDirectory();
-        depot::bench::MeasureWorkingCopies(api.get());
-        depot::bench::MeasureListings();
+        const Api api = CreateApi();
+        for (const Group& group : Groups()) {
+            if (IsWanted(group.name, wanted)) group.measure(api.get());
+        }
     }
     CoUninitialize();
+    PrintSummary();
     return 0;
 }

@@ -5,6 +5,8 @@
 #include <cstdio>
 #include <vector>
 
+#include "platform/win32.h"
+
 namespace depot::bench {
 namespace {
 
@@ -23,6 +25,24 @@ struct Summary {
     double median;
 };
 
+struct Row {
+    std::string group;
+    std::string name;
+    double minimaRatio;
+    double mediansRatio;
+    double goal;
+};
+
+std::string& CurrentGroup() {
+    static std::string group;
+    return group;
+}
+
+std::vector<Row>& Rows() {
+    static std::vector<Row> rows;
+    return rows;
+}
+
 Summary Summarise(std::vector<double> times) {
     std::sort(times.begin(), times.end());
     return {times.front(), times[times.size() / 2]};
@@ -31,6 +51,7 @@ Summary Summarise(std::vector<double> times) {
 }  // namespace
 
 void PrintHeader(const std::string& title) {
+    CurrentGroup() = title.substr(0, title.find_first_of(":,"));
     std::printf("\n%s\n%-44s %10s %10s %10s %10s %7s %7s %6s\n", title.c_str(), "operation",
                 "raw min", "raw med", "own min", "own med", "min x", "med x", "goal");
 }
@@ -53,13 +74,52 @@ Minima Compare(const std::string& name, double goal, const std::function<void()>
                 rawSummary.minimum, rawSummary.median, own.minimum, own.median,
                 own.minimum / rawSummary.minimum, own.median / rawSummary.median, goal);
     std::fflush(stdout);
+    Rows().push_back({CurrentGroup(), name, own.minimum / rawSummary.minimum,
+                      own.median / rawSummary.median, goal});
     return {own.minimum, rawSummary.minimum};
+}
+
+void PrintTime(const std::string& name, const std::function<void()>& operation) {
+    std::vector<double> times;
+    for (int repetition = 0; repetition < kUsualRepetitions; ++repetition) {
+        times.push_back(MicrosecondsOf(operation));
+    }
+    const Summary summary = Summarise(times);
+    std::printf("%-44s %8.0fus least, %8.0fus median\n", name.c_str(), summary.minimum,
+                summary.median);
+    std::fflush(stdout);
 }
 
 void PrintGrowth(const std::string& name, const Minima& smaller, const Minima& larger) {
     std::printf("%-44s raw %.1fx, own %.1fx\n", name.c_str(), larger.raw / smaller.raw,
                 larger.own / smaller.own);
     std::fflush(stdout);
+}
+
+void PrintSummary() {
+    std::printf("\nAll ratios\n%-18s %-44s %7s %7s %6s\n", "group", "operation", "min x", "med x",
+                "goal");
+    std::size_t missed = 0;
+    for (const Row& row : Rows()) {
+        const bool misses = row.minimaRatio > row.goal;
+        if (misses) ++missed;
+        std::printf("%-18s %-44s %6.2fx %6.2fx %5.2fx%s\n", row.group.c_str(), row.name.c_str(),
+                    row.minimaRatio, row.mediansRatio, row.goal, misses ? "  above" : "");
+    }
+    std::printf("%zu of %zu ratios of the minima are above their goals\n", missed, Rows().size());
+}
+
+std::size_t HeapBytes() {
+    HANDLE heaps[64] = {};
+    const DWORD count = std::min(GetProcessHeaps(64, heaps), DWORD{64});
+    std::size_t bytes = 0;
+    for (DWORD index = 0; index < count; ++index) {
+        PROCESS_HEAP_ENTRY entry = {};
+        while (HeapWalk(heaps[index], &entry)) {
+            if (entry.wFlags & PROCESS_HEAP_ENTRY_BUSY) bytes += entry.cbData + entry.cbOverhead;
+        }
+    }
+    return bytes;
 }
 
 }  // namespace depot::bench

@@ -2,6 +2,7 @@
 // process and interleaved with it.
 #pragma once
 
+#include <cstddef>
 #include <functional>
 #include <string>
 
@@ -23,9 +24,19 @@ struct Minima {
 Minima Compare(const std::string& name, double goal, const std::function<void()>& measured,
                const std::function<void()>& raw, int repetitions = kUsualRepetitions);
 
+// Prints how long an operation takes that has no raw twin.
+void PrintTime(const std::string& name, const std::function<void()>& operation);
+
 // Prints by what factor the time of each side grew from one comparison to a larger one.
 void PrintGrowth(const std::string& name, const Minima& smaller, const Minima& larger);
 
 void PrintHeader(const std::string& title);
+
+// Prints the ratios of every comparison so far in one table, and how many miss their goals.
+void PrintSummary();
+
+// The bytes of all blocks that are allocated from this process's heaps, with what the heaps add to
+// each.
+std::size_t HeapBytes();
 
 }  // namespace depot::bench

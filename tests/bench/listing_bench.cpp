@@ -42,19 +42,6 @@ void FindAll(const std::string& folder, std::size_t expected) {
     Require(records.size() == expected + 2, "find");
 }
 
-std::size_t HeapBytes() {
-    HANDLE heaps[64] = {};
-    const DWORD count = GetProcessHeaps(64, heaps);
-    std::size_t bytes = 0;
-    for (DWORD index = 0; index < count; ++index) {
-        PROCESS_HEAP_ENTRY entry = {};
-        while (HeapWalk(heaps[index], &entry)) {
-            if (entry.wFlags & PROCESS_HEAP_ENTRY_BUSY) bytes += entry.cbData + entry.cbOverhead;
-        }
-    }
-    return bytes;
-}
-
 void PrintMemory(CDepot& depot, int items) {
     const std::size_t before = HeapBytes();
     CDepotItems list;

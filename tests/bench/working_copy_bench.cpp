@@ -110,20 +110,6 @@ void MeasureFile(const DirectoryDepot& depot, CDepots& depots, const FileSize& s
         });
 }
 
-// The bytes of all allocated blocks.
-std::size_t HeapBytes() {
-    HANDLE heaps[64] = {};
-    const DWORD count = GetProcessHeaps(64, heaps);
-    std::size_t bytes = 0;
-    for (DWORD index = 0; index < count; ++index) {
-        PROCESS_HEAP_ENTRY entry = {};
-        while (HeapWalk(heaps[index], &entry)) {
-            if (entry.wFlags & PROCESS_HEAP_ENTRY_BUSY) bytes += entry.cbData;
-        }
-    }
-    return bytes;
-}
-
 // Sessions of a client that holds each open with a file of its own.
 class OpenSessions {
 public:

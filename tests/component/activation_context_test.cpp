@@ -70,6 +70,50 @@ TEST_F(ActivationContextTest, SuccessfulMethodsRestoreTheContext) {
     ExpectOwnContext();
 }
 
+TEST_F(ActivationContextTest, FileMethodsRestoreTheContext) {
+    DefineDepot("A", "Depot A");
+    folder_.MakeFile("A\\a.kra", "[S]\n");
+    Session session(*api_);
+    LONG count = 0;
+    OutText text;
+    EXPECT_EQ(S_OK,
+              api_->DPFindInit(session.Address(), Text("<A>\\*.kra"), Text(""), APP_SKEIN, &count));
+    ExpectOwnContext();
+    api_->DPFindNext(session, 0, text);
+    ExpectOwnContext();
+    EXPECT_EQ(S_OK, api_->DPIsPathWriteAble(session, Text("<A>\\")));
+    ExpectOwnContext();
+    EXPECT_EQ(S_OK, api_->DPMakeCopyFromSrcFile(session, Text("<A>\\a.kra"), text));
+    ExpectOwnContext();
+    Text local((folder_.Path() + "\\local.kra").c_str());
+    EXPECT_EQ(S_OK, api_->DPCopyFileToLocalFS(session, Text("<A>\\a.kra"), local, VARIANT_FALSE));
+    ExpectOwnContext();
+    EXPECT_EQ(S_OK, api_->DPRenameFile(session, Text("<A>\\a.kra"), Text("<A>\\b.kra")));
+    ExpectOwnContext();
+    EXPECT_EQ(S_OK, api_->DPDeleteFile(session, Text("<A>\\b.kra")));
+    ExpectOwnContext();
+    api_->DPPublishSkesDepFiles(session);
+    ExpectOwnContext();
+    api_->DPBrowse(0, APP_SKEIN, PROMPT_OPEN, VARIANT_TRUE, VARIANT_TRUE, 0, 0, text);
+    api_->DPBrowseMultiSel(0, APP_SKEIN, VARIANT_TRUE, VARIANT_TRUE, 0, 0, text, 100);
+    ExpectOwnContext();
+}
+
+TEST_F(ActivationContextTest, TypeDescriptionAndFactoryRestoreTheContext) {
+    UINT count = 0;
+    EXPECT_EQ(S_OK, api_->GetTypeInfoCount(&count));
+    ITypeInfo* typeInfo = nullptr;
+    EXPECT_EQ(S_OK, api_->GetTypeInfo(0, 0, &typeInfo));
+    typeInfo->Release();
+    void* object = nullptr;
+    ASSERT_EQ(S_OK, Library::Own().GetClassObject(CLSID_DepotIntrApi, IID_IClassFactory, &object));
+    const Com<IClassFactory> factory(static_cast<IClassFactory*>(object));
+    EXPECT_EQ(E_NOINTERFACE, factory->CreateInstance(nullptr, IID_IClassFactory, &object));
+    EXPECT_EQ(S_OK, factory->LockServer(TRUE));
+    EXPECT_EQ(S_OK, factory->LockServer(FALSE));
+    ExpectOwnContext();
+}
+
 TEST_F(ActivationContextTest, FailingMethodsRestoreTheContext) {
     LONG_PTR handle = 1;
     OutText text;

@@ -132,6 +132,13 @@ TEST_F(EnumerateTest, WhatCannotBeListedGivesNothing) {
     EXPECT_THAT(Paths(), ElementsAre("x"));
 }
 
+TEST_F(EnumerateTest, ADepotWithoutARootListsNothing) {
+    CDepot& rootless = world_.AddAt("Rootless", "Rootless", "");
+    const CDepotItem root("<Rootless>\\", &rootless);
+    EXPECT_EQ(0, Enumerate(list_, &root, ".*", {}, false));
+    EXPECT_THAT(Paths(), IsEmpty());
+}
+
 TEST_F(EnumerateTest, DisplayPathsHoldNoDoubledBackslash) {
     Make("sub\\c.kra");
     for (const char* folder : {"<Work>\\sub", "<Work>\\sub\\", "<Work>\\sub\\*.kra"}) {

@@ -86,8 +86,10 @@ TEST_F(ShellFoldersTest, NothingIsMadeWithoutAStartMenu) {
     EXPECT_EQ("D:", GetAppDataFolder(system_, true));
     Machine("Common AppData", "");
     EXPECT_EQ("", GetAppDataFolder(system_, true));
-    Machine("Common Start Menu", "");
-    EXPECT_EQ("", GetAppDataFolder(system_, true));
+    for (const char* record : {"", "Start Menu"}) {
+        Machine("Common Start Menu", record);
+        EXPECT_EQ("", GetAppDataFolder(system_, true));
+    }
     EXPECT_TRUE(system_.created.empty());
 }
 

@@ -334,6 +334,20 @@ TEST_F(ReadDefinitionTest, NumbersAreTakenFromDwordsOfAnySizeOnly) {
     }
 }
 
+TEST_F(ReadDefinitionTest, ValuesOfOtherTypesResetWhatWasReadBefore) {
+    key_.Text("Work", "Path1", "C:\\work");
+    CDepot depot(nullptr);
+    for (const char* name : {"DefaultDepot", "OrderIndex", "Contains"}) key_.Dword("Work", name, 1);
+    ASSERT_TRUE(Read(depot));
+    EXPECT_TRUE(depot.isDefault);
+    for (const char* name : {"DefaultDepot", "OrderIndex", "Contains"})
+        key_.Text("Work", name, "1");
+    ASSERT_TRUE(Read(depot));
+    EXPECT_FALSE(depot.isDefault);
+    EXPECT_EQ(CDepot::kNoOrderIndex, depot.orderIndex);
+    EXPECT_EQ(0u, depot.contains);
+}
+
 TEST_F(ReadDefinitionTest, AGapEndsTheLocations) {
     for (const char* name : {"Path1", "Path2", "Path4"}) key_.Text("Work", name, name);
     CDepot depot(nullptr);
