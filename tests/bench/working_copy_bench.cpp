@@ -5,6 +5,7 @@
 #include "bench/benches.h"
 #include "bench/comparison.h"
 #include "bench/raw_directory.h"
+#include "bench/raw_session.h"
 #include "manager/depot_file_context.h"
 #include "support/directory_server.h"
 #include "support/scratch.h"
@@ -26,6 +27,8 @@ constexpr FileSize kSizes[] = {{"20 KB", 20 * 1024, 20}, {"1 MB", 1024 * 1024, 3
 class DirectoryDepot {
 public:
     DirectoryDepot() {
+        DefineUserFolder();
+        key_.Text("Bench", "DisplayName.eng", "Bench");
         key_.Text("Bench", "Path1", test::kSuffix);
         key_.Dword("Bench", "Type1", kDirectoryLocation);
         key_.Text("Bench", "Host1", "127.0.0.1");
@@ -132,10 +135,12 @@ private:
     std::vector<LONG_PTR> sessions_ = std::vector<LONG_PTR>(kSessions);
 };
 
-// Each session looks whether its depot can be reached before it loads the file.
+// Each session reads the definitions and looks whether its depot can be reached before it loads the
+// file.
 void RawSessions(unsigned port, const std::string& dn) {
     std::vector<std::string> copies;
     for (std::size_t session = 0; session < kSessions; ++session) {
+        RawSession(RawDepots::kDirectories);
         RawDirectory(port).Find(test::kSuffix);
         copies.push_back(RawLoad(port, dn));
     }
