@@ -4,7 +4,7 @@
 
 #include "component/component.h"
 #include "depotbrowser/dialog_user.h"
-#include "platform/compiler.h"
+#include "directory_component/registered_dialog.h"
 #include "support/child_process.h"
 #include "support/directory_fixture.h"
 #include "support/working_files.h"
@@ -106,23 +106,6 @@ DialogUser::Script TypePassword(const std::string& password) {
 DialogUser::Script Cancel() {
     return [](const OpenDialog& dialog) { dialog.Press(VK_ESCAPE); };
 }
-
-// The dialog's library, registered as long as the object lives.
-class RegisteredDialog {
-public:
-    RegisteredDialog() : module_(LoadLibraryA("DepotBrowser.dll")) { Call("DllRegisterServer"); }
-    ~RegisteredDialog() { Call("DllUnregisterServer"); }
-    RegisteredDialog(const RegisteredDialog&) = delete;
-    RegisteredDialog& operator=(const RegisteredDialog&) = delete;
-
-private:
-    void Call(const char* name) const {
-        const auto call = FunctionCast<HRESULT(WINAPI*)()>(GetProcAddress(module_.get(), name));
-        ASSERT_NE(nullptr, call);
-        EXPECT_EQ(S_OK, call());
-    }
-    UniqueModule module_;
-};
 
 std::wstring ReadFileThrough(IDepotIntrApi& api, const std::string& path) {
     LONG_PTR session = 0;

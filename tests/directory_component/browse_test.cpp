@@ -1,0 +1,137 @@
+// Choosing files of a directory: a client, the component, the real dialog, a person, a real server.
+#include "component/component.h"
+#include "depotbrowser/browse_user.h"
+#include "directory_component/registered_dialog.h"
+#include "support/directory_fixture.h"
+#include "support/working_files.h"
+
+namespace depot::test {
+namespace {
+
+using testing::IsEmpty;
+using namespace std::string_literals;
+
+constexpr VARIANT_BOOL kYes = VARIANT_TRUE;
+
+class BrowseDirectoryTest : public ComponentTest {
+protected:
+    using Script = std::function<void(const OpenBrowser& browser)>;
+
+    BrowseDirectoryTest() {
+        ForgetServer(server_.Port());
+        depots_.Text("Corp", "Path1", base_);
+        depots_.Dword("Corp", "Type1", kDirectoryLocation);
+        depots_.Text("Corp", "Host1", "127.0.0.1");
+        depots_.Dword("Corp", "Port1", server_.Port());
+        depots_.Text("Corp", "Username1", kEditor);
+        depots_.Text("Corp", "Password1", kEditorPassword);
+        server_.AddFile("a.kra", base_, "[S]\r\nK=of a\r\n");
+        server_.AddFile("b.kra", base_, "[S]\r\nK=of b\r\n");
+    }
+
+    // What the dialog returns when `script` plays the user.
+    HRESULT Browse(LONG_PTR session, OutText& path, const Script& script) {
+        const DialogUser user = Play(script);
+        return api_->DPBrowse(session, APP_SKEIN, PROMPT_OPEN, kYes, kYes, 0, 0, path);
+    }
+    HRESULT BrowseMany(LONG_PTR session, OutText& list, const Script& script) {
+        const DialogUser user = Play(script);
+        return api_->DPBrowseMultiSel(session, APP_SKEIN, kYes, kYes, 0, 0, list, 1000);
+    }
+    static DialogUser Play(const Script& script) {
+        return DialogUser(IsBrowser,
+                          [=](const OpenDialog& dialog) { script(OpenBrowser(dialog)); });
+    }
+
+    bool Holds(const std::string& name) { return server_.Holds("cn=" + name + "," + base_); }
+
+    DirectoryServer& server_ = SharedServer();
+    std::string base_ = NewFolder();
+    BoxLog boxes_;
+    CleanWorkingFiles clean_;
+    RegisteredDialog dialog_;
+};
+
+TEST_F(BrowseDirectoryTest, FileThatIsChosenBecomesTheCurrentFile) {
+    Session session(*api_);
+    OutText path;
+    EXPECT_EQ(S_OK, Browse(session, path, [](const OpenBrowser& browser) {
+                  browser.WaitForRows({L"a.kra", L"b.kra"});
+                  browser.DoubleClickRow(L"b.kra");
+              }));
+    EXPECT_EQ(L"<Corp>\\b.kra", path.Value());
+    EXPECT_EQ(L"of b", Read(session, L"S", L"K"));
+}
+
+TEST_F(BrowseDirectoryTest, CancelledDialogKeepsTheCurrentFile) {
+    Session session(*api_);
+    ASSERT_EQ(S_OK, api_->DPLoadFile(session.Address(), Text("<Corp>\\a.kra")));
+    OutText path;
+    EXPECT_EQ(S_FALSE, Browse(session, path, [](const OpenBrowser& browser) {
+                  browser.WaitForRows({L"a.kra", L"b.kra"});
+                  browser.Press(VK_ESCAPE);
+              }));
+    EXPECT_TRUE(path.IsNull());
+    EXPECT_EQ(L"of a", Read(session, L"S", L"K"));
+}
+
+TEST_F(BrowseDirectoryTest, ChangedFileIsStoredWhenAnotherIsChosen) {
+    Session session(*api_);
+    ASSERT_EQ(S_OK, api_->DPLoadFile(session.Address(), Text("<Corp>\\a.kra")));
+    ASSERT_EQ(S_OK, api_->DPSetProfileString(session, Text("S"), Text("K"), Text("changed")));
+    OutText path;
+    EXPECT_EQ(S_OK, Browse(session, path, [](const OpenBrowser& browser) {
+                  browser.WaitForRow(L"b.kra");
+                  browser.DoubleClickRow(L"b.kra");
+              }));
+    OutText copy;
+    Session other(*api_);
+    ASSERT_EQ(S_OK, api_->DPLoadFile(other.Address(), Text("<Corp>\\a.kra")));
+    EXPECT_EQ(L"changed", Read(other, L"S", L"K"));
+}
+
+TEST_F(BrowseDirectoryTest, SeveralChosenFilesStoreTheCurrentOneAndLeaveNone) {
+    Session session(*api_);
+    ASSERT_EQ(S_OK, api_->DPLoadFile(session.Address(), Text("<Corp>\\a.kra")));
+    ASSERT_EQ(S_OK, api_->DPSetProfileString(session, Text("S"), Text("K"), Text("changed")));
+    OutText list;
+    EXPECT_EQ(S_OK, BrowseMany(session, list, [](const OpenBrowser& browser) {
+                  browser.WaitForRow(L"b.kra");
+                  browser.Focus(CONTROL_LIST);
+                  browser.Press('A', VK_CONTROL);
+                  browser.WaitForSelection({L"a.kra", L"b.kra"});
+                  browser.Click(IDOK);
+              }));
+    EXPECT_EQ(L"<Corp>\0a.kra\0a.kra\0b.kra\0\0"s, list.Value());
+    EXPECT_EQ(L"(failed)", Read(session, L"S", L"K"));
+    Session other(*api_);
+    ASSERT_EQ(S_OK, api_->DPLoadFile(other.Address(), Text("<Corp>\\a.kra")));
+    EXPECT_EQ(L"changed", Read(other, L"S", L"K"));
+}
+
+TEST_F(BrowseDirectoryTest, CommandsChangeTheDirectory) {
+    Session session(*api_);
+    OutText path;
+    Browse(session, path, [](const OpenBrowser& browser) {
+        browser.WaitForRows({L"a.kra", L"b.kra"});
+        browser.SelectRow(L"a.kra");
+        browser.Click(CONTROL_MAKE_COPY);
+        browser.WaitForRow(L"a - copy.kra");
+        browser.SelectRow(L"b.kra");
+        browser.Press(VK_F2);
+        EXPECT_TRUE(Eventually(
+            [&] { return ListView_GetEditControl(browser.Control(CONTROL_LIST)) != nullptr; }));
+        browser.Type(L"new.kra");
+        browser.Press(VK_RETURN);
+        browser.WaitForRow(L"new.kra");
+        browser.Press(VK_ESCAPE);
+    });
+    EXPECT_TRUE(Holds("a.kra"));
+    EXPECT_TRUE(Holds("a - copy.kra"));
+    EXPECT_TRUE(Holds("new.kra"));
+    EXPECT_FALSE(Holds("b.kra"));
+    EXPECT_THAT(boxes_.Boxes(), IsEmpty());
+}
+
+}  // namespace
+}  // namespace depot::test
