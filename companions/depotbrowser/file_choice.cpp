@@ -133,10 +133,10 @@ void FileChoice::AcceptIn(const FolderRef& folder, const std::string& name, bool
         return parts_.navigator.Open(folder);
     }
     if (parts_.settings.saves) return SaveFile(folder, name, quoted);
-    OpenFile(folder, name, quoted);
+    OpenNamed(folder, name, quoted);
 }
 
-void FileChoice::OpenFile(const FolderRef& folder, const std::string& name, bool quoted) {
+void FileChoice::OpenNamed(const FolderRef& folder, const std::string& name, bool quoted) {
     const std::string longer = quoted ? name : WithDefaultExtension(name, DefaultExtension());
     parts_.navigator.Run(
         folder.depot, IDS_BROWSE_WORKING,

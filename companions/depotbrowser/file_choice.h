@@ -45,7 +45,7 @@ private:
     void AcceptOne(const TypedName& typed);
     void AcceptPath(const std::string& path, bool quoted);
     void AcceptIn(const FolderRef& folder, const std::string& name, bool quoted);
-    void OpenFile(const FolderRef& folder, const std::string& name, bool quoted);
+    void OpenNamed(const FolderRef& folder, const std::string& name, bool quoted);
     void SaveFile(const FolderRef& folder, const std::string& name, bool quoted);
     void FinishOpen(const FolderRef& folder, const std::string& name, const ExaminedName& found);
     void FinishSave(const FolderRef& folder, const std::string& name, const ExaminedName& found);
