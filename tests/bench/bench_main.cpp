@@ -11,6 +11,7 @@ int main() {
         depot::bench::MeasureDirectory();
         depot::bench::MeasureWorkingCopies(api.get());
         depot::bench::MeasureListings();
+        depot::bench::MeasureTransfers();
     }
     CoUninitialize();
     return 0;
