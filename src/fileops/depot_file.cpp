@@ -102,6 +102,8 @@ int MoveFile(CDepot& depot, const std::string& source, const std::string& destin
     if (CLDAPItems* const directory = depot.DirectoryConnection()) {
         return MoveEntry(*directory, from, to, errorText, watcher);
     }
+    // The shell would take an entry's name for that of a file in the process's current folder.
+    if (DirectoryOf(target, destination)) return Refuse(depot);
     return MoveInFileSystem(depot, from, to, window, destinationDepot ? FO_MOVE : FO_RENAME,
                             errorText);
 }

@@ -20,7 +20,8 @@ int FileExists(CDepot& depot, const std::string& path);
 int DeleteFile(CDepot& depot, const std::string& path);
 
 // Moves a file into another depot, or, without a `destinationDepot`, renames it within this one.
-// `window` owns what the shell shows; it may be null. The root of a depot is refused.
+// `window` owns what the shell shows; it may be null. The root of a depot is refused, and so is a
+// move from a folder into a directory, which is a copy and a deletion.
 int MoveFile(CDepot& depot, const std::string& source, const std::string& destination, HWND window,
              CDepot* destinationDepot, std::string* errorText, const TransferWatcher& watcher = {});
 

@@ -112,6 +112,20 @@ bool AnyFileExists(CLDAPItems& directory, const TransferPlan& plan) {
     return false;
 }
 
+// Tells whether a file has one of the names that the plan's folders are to have. What was stored
+// below it would be in nobody's sight.
+bool IsFileInTheWay(CLDAPItems& directory, const TransferPlan& plan) {
+    for (const TransferStep& step : plan.steps) {
+        if (!step.isFolder) continue;
+        EntryKind kind = EntryKind::kOther;
+        const std::uint32_t code = directory.FindKind(step.dn, kind);
+        if (code == LDAP_SUCCESS && kind == EntryKind::kFile) return true;
+        // Under an entry that does not exist nothing else does.
+        if (code != LDAP_SUCCESS && &step == &plan.steps.front()) return false;
+    }
+    return false;
+}
+
 // Makes sure that a folder stands at the top of an uploaded tree.
 std::uint32_t EnsureTop(CLDAPItems& directory, const std::string& dn) {
     if (directory.EnsureFolderPath(dn, false, nullptr) == 0) return directory.LastError();
@@ -128,7 +142,8 @@ std::uint32_t UploadTree(CLDAPItems& directory, const std::string& folder, const
                          const TransferRules& rules) {
     const TransferPlan plan = PlanUpload(directory, folder, dn);
     if (plan.unseen > 0 && rules.fate == SourceFate::kGoes) return LDAP_LOCAL_ERROR;
-    if (rules.existing == ExistingEntries::kRefuse && AnyFileExists(directory, plan)) {
+    if (IsFileInTheWay(directory, plan) ||
+        (rules.existing == ExistingEntries::kRefuse && AnyFileExists(directory, plan))) {
         return LDAP_ALREADY_EXISTS;
     }
     const std::uint32_t code = EnsureTop(directory, dn);

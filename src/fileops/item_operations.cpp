@@ -1,11 +1,13 @@
 #include "fileops/item_operations.h"
 
+#include <algorithm>
 #include <memory>
 
 #include "fileops/depot_file.h"
 #include "fileops/file_place.h"
 #include "fileops/held_connections.h"
 #include "fileops/list_progress.h"
+#include "model/depot_paths.h"
 #include "platform/error_text.h"
 #include "platform/paths.h"
 #include "platform/temp_file.h"
@@ -134,7 +136,14 @@ struct ShellWork {
     HeldConnections connections;
     CDepotItems items;
     CDepotItems entriesToRemove;
+    std::vector<std::string> fetchedCopies;
 };
+
+// Tells whether the shell left any copy where it was. Some shells call that a success, and the
+// entries would be lost.
+bool LeftAnyCopy(const ShellWork& work) {
+    return std::any_of(work.fetchedCopies.begin(), work.fetchedCopies.end(), PathExists);
+}
 
 // Puts what the shell is to work on together. What cannot be fetched must not be removed, and the
 // others not half done.
@@ -155,6 +164,7 @@ bool Collect(const CDepotItems& items, bool removesSources, ShellWork& work, std
             CopyIntoFolder(item, work.temporaryFolders.Make(), fate, errorText, progress.Next());
         if (copy.empty()) return false;
         work.items.Append(PlainItem(copy));
+        work.fetchedCopies.push_back(copy);
         if (removesSources) work.entriesToRemove.Append(item.Clone());
     }
     return !progress.IsStopped();
@@ -215,7 +225,8 @@ int ListOperation(const CDepotItems& items, const CDepotItem* target, UINT opera
     ShellWork work(window);
     if (!Collect(items, removesSources, work, errorText, watcher)) return 0;
     const int result = ShellOperation(work.items, target, operation, flags, window, errorText);
-    return result == 0 ? 0 : DeleteEntries(work.entriesToRemove);
+    if (result == 0 || (operation == FO_MOVE && LeftAnyCopy(work))) return 0;
+    return DeleteEntries(work.entriesToRemove);
 }
 
 }  // namespace depot
