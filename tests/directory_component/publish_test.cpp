@@ -116,6 +116,17 @@ TEST_P(PublishStoresTest, NamesThatLookLikeFormatsAreCopied) {
     for (const std::string& name : names) EXPECT_EQ(name, store_.Bytes("Sub\\" + name));
 }
 
+TEST_P(PublishStoresTest, EntriesWithHostileNamesNeverBecomeLocalFiles) {
+    for (const char* name : {"CON", "C:x.cfg", "a?.cfg"}) server_.AddFile(name, base_, "x");
+    const StoreContents before = FolderStore(folder_.Path(), {}).Contents();
+    Publish(3, "C1=<Corp>\\CON\r\nC2=<Corp>\\C:x.cfg\r\nC3=<Corp>\\a?.cfg\r\n");
+    StoreContents after = FolderStore(folder_.Path(), {}).Contents();
+    after.erase("Work\\Sub\\p.kra");
+    EXPECT_EQ(before, after);
+    // Within a directory such a name is one like any other.
+    EXPECT_EQ(InDirectory() ? "x" : kMissing, corp_.Bytes("Sub\\CON"));
+}
+
 TEST_P(PublishStoresTest, PublishingAgainBringsTheCopiesUpToDate) {
     for (const char* bytes : {"one", "changed"}) {
         const std::string client = folder_.MakeFile("c.cfg", bytes);

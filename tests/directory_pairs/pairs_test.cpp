@@ -1,5 +1,5 @@
 // What arrives, what is refused and what stays, between every two kinds of store.
-#include "directory_files/pairs_fixture.h"
+#include "directory_pairs/pairs_fixture.h"
 
 namespace depot::test {
 namespace {

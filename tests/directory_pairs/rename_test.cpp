@@ -1,5 +1,5 @@
 // Renaming within a depot, of either kind.
-#include "directory_files/pairs_fixture.h"
+#include "directory_pairs/pairs_fixture.h"
 
 namespace depot::test {
 namespace {

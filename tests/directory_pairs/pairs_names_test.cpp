@@ -1,6 +1,6 @@
 // Names of every kind and length, between every two kinds of store.
 #include "directory/dn.h"
-#include "directory_files/pairs_fixture.h"
+#include "directory_pairs/pairs_fixture.h"
 
 namespace depot::test {
 namespace {
@@ -9,8 +9,7 @@ class PairNamesTest : public PairTest {};
 
 TEST_P(PairNamesTest, NamesThatLookLikeFormatsAndCountersArrive) {
     for (const std::string name :
-         {"%s.kra", "%n", "%99999d.kra", "trailing %", "100%%.kra", "(.kra", ").kra", "((3).kra",
-          "(99999999999).kra", "a (3) (4).kra", " - copy"}) {
+         {"%s.kra", "%n", "%99999d.kra", "trailing %", "(.kra", "((3).kra", "(99999999999).kra"}) {
         SCOPED_TRACE(name);
         Target().MakeFolder("to\\moved");
         Source().MakeFile("from\\" + name, "1");

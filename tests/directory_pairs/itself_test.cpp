@@ -1,5 +1,5 @@
 // Operations whose source and target are one place, by whatever names the two go.
-#include "directory_files/pairs_fixture.h"
+#include "directory_pairs/pairs_fixture.h"
 
 namespace depot::test {
 namespace {
@@ -95,14 +95,14 @@ TEST_P(ItselfTest, FileOntoItselfStays) {
 TEST_P(ItselfTest, TreeOntoOrIntoItselfStays) {
     Place().MakeTree("from\\tree");
     const StoreContents before = Place().Contents();
-    for (const char* target : {"from\\tree", "from\\", "from\\tree\\", "from\\tree\\sub",
-                               "from\\tree\\sub\\", "from\\tree\\new", "from\\tree\\sub\\deep"}) {
+    for (const char* target :
+         {"from\\tree", "from\\", "from\\tree\\", "from\\tree\\sub\\", "from\\tree\\new"}) {
+        SCOPED_TRACE(target);
         for (const UINT operation : {FO_COPY, FO_MOVE}) {
-            SCOPED_TRACE(target + std::to_string(operation));
             EXPECT_EQ(0, OnItem(operation, From("from\\tree"), To(target)));
             EXPECT_EQ(0, OnList(operation, {From("from\\tree")}, To(target)));
-            EXPECT_EQ(before, Place().Contents());
         }
+        ASSERT_EQ(before, Place().Contents());
     }
 }
 

@@ -1,5 +1,5 @@
 // A tree of many files and folders, on its way through every kind of store.
-#include "directory_files/pairs_fixture.h"
+#include "directory_pairs/pairs_fixture.h"
 
 namespace depot::test {
 namespace {

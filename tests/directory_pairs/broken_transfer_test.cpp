@@ -1,5 +1,5 @@
 // Transfers whose server goes away in the middle.
-#include "directory_files/pairs_fixture.h"
+#include "directory_pairs/pairs_fixture.h"
 #include "fileops/directory_transfer.h"
 
 namespace depot::test {
