@@ -1,48 +1,53 @@
 #include "fileops/numbered_copy.h"
 
 #include "fileops/depot_file.h"
+#include "fileops/held_connections.h"
 #include "manager/display_path.h"
-#include "model/copy_name.h"
 #include "model/localization.h"
 #include "platform/paths.h"
 
 namespace depot {
 namespace {
 
-constexpr int kMaxAttempts = 10000;
-
 constexpr unsigned kPrefixFormat = 500;
 constexpr unsigned kDashFormat = 501;
 
-using MakeName = std::string (*)(std::string_view name, int number, std::string_view format);
+std::string FormatOf(CopyNameStyle style) {
+    return style == CopyNameStyle::kDash ? LocalizedText(kDashFormat).value_or("%s - copy%s")
+                                         : LocalizedText(kPrefixFormat).value_or("Copy %sof %s");
+}
 
-// Returns the first display path behind `folder` that no file of the depot has, each name made from
-// the one before.
-std::optional<std::string> FindFreeName(CDepot& depot, const std::string& folder, std::string name,
-                                        bool newStyle) {
-    const MakeName makeName = newStyle ? MakeDashCopyName : MakePrefixCopyName;
-    const std::string format = newStyle ? LocalizedText(kDashFormat).value_or("%s - copy%s")
-                                        : LocalizedText(kPrefixFormat).value_or("Copy %sof %s");
-    for (int number = 1; number <= kMaxAttempts; ++number) {
-        name = makeName(name, number, format);
-        std::string candidate = folder + name;
-        if (FileExists(depot, candidate) == 0) return candidate;
-    }
-    return std::nullopt;
+std::optional<std::string> CopyNextToItself(CDepot& depot, const std::string& source,
+                                            CopyNameStyle style) {
+    const std::string folder = FolderPrefix(source);
+    HeldConnections connections;
+    if (!connections.Hold(&depot, folder, nullptr)) return std::nullopt;
+    const auto name = FindFreeCopyName(
+        NamePart(source), style, FormatOf(style),
+        [&](const std::string& taken) { return FileExists(depot, folder + taken) != 0; });
+    if (!name) return std::nullopt;
+    const std::string copy = folder + *name;
+    if (CopyFile(depot, source, copy, &depot, false, nullptr) == 0) return std::nullopt;
+    return copy;
 }
 
 }  // namespace
 
-std::optional<std::string> MakeNumberedCopy(DepotSession& session, const std::string& source) {
+std::optional<std::string> MakeNumberedCopy(CDepots& depots, const std::string& source,
+                                            CopyNameStyle style) {
     const std::string folder = FolderPrefix(source);
-    for (CDepot* depot : session.Depots()) {
-        if (!MatchesPath(*depot, folder, PathForm::kDisplay, DepotName::kKey)) continue;
-        std::optional<std::string> copy =
-            FindFreeName(*depot, folder, NamePart(source), session.UsesNewCopyNames());
-        if (!copy || CopyFile(*depot, source, *copy, depot, false, nullptr) == 0) return {};
-        return copy;
+    for (CDepot* depot : depots) {
+        if (MatchesPath(*depot, folder, PathForm::kDisplay, DepotName::kKey)) {
+            return CopyNextToItself(*depot, source, style);
+        }
     }
     return std::nullopt;
+}
+
+std::optional<std::string> MakeNumberedCopy(DepotSession& session, const std::string& source) {
+    return MakeNumberedCopy(
+        session.Depots(), source,
+        session.UsesNewCopyNames() ? CopyNameStyle::kDash : CopyNameStyle::kPrefix);
 }
 
 }  // namespace depot

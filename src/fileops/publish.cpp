@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "fileops/held_connections.h"
 #include "fileops/item_operations.h"
 #include "manager/resolve_item.h"
 #include "platform/paths.h"
@@ -18,39 +19,59 @@ constexpr char kConfigurationFile[] = "Configuration File";
 constexpr char kResourceMark = 'u';
 constexpr std::size_t kResourceMarkLength = 2;
 
-// Copies a file into a folder; an empty folder is passed on as it is, and the result is ignored.
-void CopyIntoFolder(CDepots& depots, const std::string& source, const std::string& folder) {
-    CDepotItems sources;
-    auto item = std::make_unique<CDepotItem>();
-    ResolveItem(depots, source, *item);
-    sources.Append(std::move(item));
-    CDepotItem target;
-    if (!folder.empty()) ResolveItem(depots, folder, target);
-    ListOperation(sources, &target, FO_COPY, kQuietFlags, nullptr, nullptr);
-}
+// The way of one profile's files into its folder, over one connection to each directory.
+class Publishing {
+public:
+    explicit Publishing(DepotSession& session)
+        : session_(session),
+          file_(*session.currentFile),
+          targetFolder_(EnsureTrailingBackslash(FolderPart(file_.depotPath))) {}
 
-void PublishClient(DepotSession& session, const std::string& targetFolder, const std::string& key) {
-    DepotFileContext& file = *session.currentFile;
-    const std::string entry = file.ReadString(kClients, key, {}, kEntryBytes);
-    if (entry.starts_with(kResourceMark)) {
-        const std::string name = entry.substr(std::min(kResourceMarkLength, entry.size()));
-        CopyIntoFolder(session.Depots(), session.Folders().ResourceFolder() + name, {});
-        file.WriteString(kClients, key, name);
-    } else {
-        CopyIntoFolder(session.Depots(), entry, targetFolder);
-        file.WriteString(kClients, key, targetFolder + NamePart(entry));
+    void PublishClient(const std::string& key) {
+        const std::string entry = file_.ReadString(kClients, key, {}, kEntryBytes);
+        if (entry.starts_with(kResourceMark)) {
+            const std::string name = entry.substr(std::min(kResourceMarkLength, entry.size()));
+            CopyIntoFolder(session_.Folders().ResourceFolder() + name, {});
+            file_.WriteString(kClients, key, name);
+        } else {
+            CopyIntoFolder(entry, targetFolder_);
+            file_.WriteString(kClients, key, targetFolder_ + NamePart(entry));
+        }
     }
-}
+
+private:
+    // Copies a file into a folder; an empty folder is passed on as it is, and the result is
+    // ignored.
+    void CopyIntoFolder(const std::string& source, const std::string& folder) {
+        if (source.empty()) return;
+        CDepotItems sources;
+        auto item = std::make_unique<CDepotItem>();
+        ResolveItem(session_.Depots(), source, *item);
+        CDepotItem target;
+        if (!folder.empty()) ResolveItem(session_.Depots(), folder, target);
+        if (!connections_.Hold(item->depot, item->path, nullptr) ||
+            !connections_.Hold(target.depot, target.path, nullptr)) {
+            return;
+        }
+        sources.Append(std::move(item));
+        ListOperation(sources, &target, FO_COPY, kQuietFlags, nullptr, nullptr);
+    }
+
+    DepotSession& session_;
+    DepotFileContext& file_;
+    const std::string targetFolder_;
+    HeldConnections connections_;
+};
 
 }  // namespace
 
 void PublishDependentFiles(DepotSession& session) {
     if (!session.currentFile) return;
     DepotFileContext& file = *session.currentFile;
-    const std::string targetFolder = EnsureTrailingBackslash(FolderPart(file.depotPath));
+    Publishing publishing(session);
     const auto count = static_cast<std::int32_t>(file.ReadInt("Skein", "Count", 0));
     for (std::int32_t number = 1; number <= std::min(count, kMaxClients); ++number) {
-        PublishClient(session, targetFolder, "C" + std::to_string(number));
+        publishing.PublishClient("C" + std::to_string(number));
     }
     if (!file.ReadString(kServer, kConfigurationFile, {}, kEntryBytes).empty()) {
         file.WriteString(kServer, kConfigurationFile, {});

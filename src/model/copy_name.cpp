@@ -109,4 +109,15 @@ std::string MakePrefixCopyName(std::string_view name, int number, std::string_vi
     return result.append(name.substr(std::min(end + 1, name.size())));
 }
 
+std::optional<std::string> FindFreeCopyName(
+    std::string name, CopyNameStyle style, std::string_view format,
+    const std::function<bool(const std::string&)>& isTaken) {
+    const auto makeName = style == CopyNameStyle::kDash ? MakeDashCopyName : MakePrefixCopyName;
+    for (int number = 1; number <= kMaxCopyNames; ++number) {
+        name = makeName(name, number, format);
+        if (!isTaken(name)) return name;
+    }
+    return std::nullopt;
+}
+
 }  // namespace depot

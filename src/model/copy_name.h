@@ -1,6 +1,8 @@
 // Names for copies of files: "name - copy (2)" and "Copy (2) of name".
 #pragma once
 
+#include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -37,5 +39,16 @@ std::string MakeDashCopyName(std::string_view name, int number, std::string_view
 // Kept: a name that does not hold the beginning of the format gets its number in a wrong place.
 // Relied on by: existing copies, whose names go on counting.
 std::string MakePrefixCopyName(std::string_view name, int number, std::string_view format);
+
+enum class CopyNameStyle { kPrefix, kDash };
+
+// How many names are tried for a copy.
+inline constexpr int kMaxCopyNames = 10000;
+
+// Returns the first name of a copy of `name` that is not taken, each made from the one before;
+// nothing when the first kMaxCopyNames of them all are.
+std::optional<std::string> FindFreeCopyName(std::string name, CopyNameStyle style,
+                                            std::string_view format,
+                                            const std::function<bool(const std::string&)>& isTaken);
 
 }  // namespace depot

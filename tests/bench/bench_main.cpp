@@ -25,6 +25,7 @@ const std::vector<Group>& Groups() {
         {"directory", [](IDepotIntrApi*) { MeasureDirectory(); }},
         {"working-copies", MeasureWorkingCopies},
         {"listings", [](IDepotIntrApi*) { MeasureListings(); }},
+        {"transfers", [](IDepotIntrApi*) { MeasureTransfers(); }},
     };
     return groups;
 }

@@ -27,4 +27,7 @@ void MeasureWorkingCopies(IDepotIntrApi* api);
 // Listing folders of the file system and of a directory.
 void MeasureListings();
 
+// Copying, moving and renaming files and trees within and between stores.
+void MeasureTransfers();
+
 }  // namespace depot::bench

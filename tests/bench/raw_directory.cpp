@@ -125,6 +125,15 @@ void RawDirectory::Add(const std::string& dn, const std::string& name,
     Require(ldap_add_sA(connection_, Raw(dn), attributes) == LDAP_SUCCESS, "add");
 }
 
+void RawDirectory::AddFolder(const std::string& dn, const std::string& name) const {
+    char* names[] = {Raw(name), nullptr};
+    char* classes[] = {Raw(kDefaultFolderClass), nullptr};
+    LDAPModA naming = {LDAP_MOD_ADD, Raw(kDefaultNamingAttribute), {names}};
+    LDAPModA objectClass = {LDAP_MOD_ADD, Raw("objectClass"), {classes}};
+    LDAPModA* attributes[] = {&naming, &objectClass, nullptr};
+    Require(ldap_add_sA(connection_, Raw(dn), attributes) == LDAP_SUCCESS, "add a folder");
+}
+
 void RawDirectory::Replace(const std::string& dn, const std::string& contents) const {
     ContentsChange bytes(LDAP_MOD_REPLACE, contents);
     LDAPModA* changes[] = {&bytes.change, nullptr};
@@ -140,6 +149,13 @@ void RawDirectory::Rename(const std::string& dn, const std::string& newName,
 
 void RawDirectory::Delete(const std::string& dn) const {
     Require(List(dn).empty() && ldap_delete_sA(connection_, Raw(dn)) == LDAP_SUCCESS, "delete");
+}
+
+void RawDirectory::DeleteFolder(const std::string& folder) const {
+    for (const auto& [dn, isFolder] : List(folder)) {
+        Require(ldap_delete_sA(connection_, Raw(dn)) == LDAP_SUCCESS, "delete a file");
+    }
+    Require(ldap_delete_sA(connection_, Raw(folder)) == LDAP_SUCCESS, "delete a folder");
 }
 
 }  // namespace depot::bench

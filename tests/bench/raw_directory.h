@@ -28,10 +28,13 @@ public:
     std::vector<char> Read(const std::string& dn) const;
 
     void Add(const std::string& dn, const std::string& name, const std::string& contents) const;
+    void AddFolder(const std::string& dn, const std::string& name) const;
     void Replace(const std::string& dn, const std::string& contents) const;
     void Rename(const std::string& dn, const std::string& newName, const std::string& parent) const;
     // Looks for entries below this one first, as deleting a tree must.
     void Delete(const std::string& dn) const;
+    // Deletes a folder and the files in it.
+    void DeleteFolder(const std::string& folder) const;
 
 private:
     LDAPMessage* Search(const std::string& dn, ULONG scope, std::vector<char*> attributes) const;

@@ -213,6 +213,55 @@ TEST_F(PublishTest, WithoutACurrentFileThereIsNothingToDo) {
     EXPECT_EQ(S_FALSE, api_->DPPublishSkesDepFiles(0));
 }
 
+// A machine on which nothing is configured: the only depot is "My Depot", the folder that holds the
+// user's. It has no key, so its files go by their own paths.
+class MyDepotTest : public ComponentTest {
+protected:
+    const std::string root_ = folder_.At("Farrow\\");
+    Session session_{*api_};
+};
+
+TEST_F(MyDepotTest, FileIsCopiedBesideItselfUnderItsOwnPath) {
+    const std::string file = folder_.MakeFile("Farrow\\a.kra", "1");
+    for (const wchar_t* name : {L"a - copy.kra", L"a - copy (2).kra"}) {
+        OutText copy;
+        EXPECT_EQ(S_OK, api_->DPMakeCopyFromSrcFile(session_, Text(file), copy));
+        EXPECT_EQ(Wide(root_) + name, copy.Value());
+    }
+    EXPECT_EQ("1", FileBytes(root_ + "a - copy (2).kra"));
+}
+
+TEST_F(MyDepotTest, FileIsNotCopiedByTheDepotsNameOrFromElsewhere) {
+    folder_.MakeFile("Farrow\\a.kra", "1");
+    const std::string outside = folder_.MakeFile("a.kra", "1");
+    for (const std::string& source : {std::string("<My Depot>\\a.kra"), std::string("<>\\a.kra"),
+                                      std::string("a.kra"), outside}) {
+        SCOPED_TRACE(source);
+        OutText copy;
+        EXPECT_EQ(S_FALSE, api_->DPMakeCopyFromSrcFile(session_, Text(source), copy));
+        EXPECT_EQ(L"", copy.Value());
+    }
+    EXPECT_FALSE(Exists(root_ + "a - copy.kra"));
+}
+
+TEST_F(MyDepotTest, FileIsRenamedAndDeletedByItsOwnPath) {
+    const std::string file = folder_.MakeFile("Farrow\\a.kra", "1");
+    EXPECT_EQ(S_OK, api_->DPRenameFile(session_, Text(file), Text(root_ + "b.kra")));
+    EXPECT_EQ("1", FileBytes(root_ + "b.kra"));
+    EXPECT_EQ(S_OK, api_->DPDeleteFile(session_, Text(root_ + "b.kra")));
+    EXPECT_FALSE(Exists(root_ + "b.kra"));
+}
+
+TEST_F(MyDepotTest, ProfileIsPublishedBesideItself) {
+    const std::string client = folder_.MakeFile("c.cfg", "1");
+    const std::string file = folder_.MakeFile(
+        "Farrow\\p.kra", "[Skein]\r\nCount=1\r\n[Clients]\r\nC1=" + client + "\r\n");
+    ASSERT_EQ(S_OK, api_->DPLoadFile(session_.Address(), Text(file)));
+    EXPECT_EQ(S_OK, api_->DPPublishSkesDepFiles(session_));
+    EXPECT_EQ("1", FileBytes(root_ + "c.cfg"));
+    EXPECT_EQ(Wide(root_) + L"c.cfg", Read(session_, L"Clients", L"C1"));
+}
+
 class DirectoryAloneTest : public ComponentTest {};
 
 TEST_F(DirectoryAloneTest, PlainFileIsNotEmptiedByACopyOntoItself) {

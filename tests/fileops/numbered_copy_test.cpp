@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "fileops/publish.h"
+#include "model/localization.h"
 #include "support/box_log.h"
 #include "support/scratch.h"
 
@@ -60,6 +61,41 @@ TEST_F(NumberedCopyTest, OnlyTheDepotWhosePrefixStartsTheFolderIsTried) {
     EXPECT_EQ(std::nullopt, MakeNumberedCopy(session, "<Work>\\a.kra"));
     EXPECT_EQ(std::nullopt, MakeNumberedCopy(session, "<Nowhere>\\a.kra"));
     EXPECT_EQ(std::nullopt, MakeNumberedCopy(session, folder_.At("Workshop\\a.kra")));
+}
+
+TEST_F(NumberedCopyTest, TheOldStylePutsTheNumberInFront) {
+    folder_.MakeFile("Work\\a.kra", "1");
+    DepotSession session;
+    for (const char* copy :
+         {"<Work>\\Copy of a.kra", "<Work>\\Copy (2) of a.kra", "<Work>\\Copy (3) of a.kra"}) {
+        EXPECT_EQ(copy,
+                  MakeNumberedCopy(session.Depots(), "<Work>\\a.kra", CopyNameStyle::kPrefix));
+    }
+    EXPECT_EQ("1", FileBytes(folder_.At("Work\\Copy (3) of a.kra")));
+}
+
+TEST_F(NumberedCopyTest, TheFormatsComeFromTheUsersLanguage) {
+    InstallLocalization({nullptr, [](unsigned id) -> std::optional<std::string> {
+                             if (id == 500) return "Kopie %svon %s";
+                             if (id == 501) return "%s - Kopie%s";
+                             return std::nullopt;
+                         }});
+    folder_.MakeFile("Work\\a.kra", "1");
+    DepotSession session;
+    const auto copy = [&](CopyNameStyle style) {
+        return MakeNumberedCopy(session.Depots(), "<Work>\\a.kra", style);
+    };
+    EXPECT_EQ("<Work>\\a - Kopie.kra", copy(CopyNameStyle::kDash));
+    EXPECT_EQ("<Work>\\Kopie von a.kra", copy(CopyNameStyle::kPrefix));
+    EXPECT_EQ("<Work>\\Kopie (2) von a.kra", copy(CopyNameStyle::kPrefix));
+    InstallLocalization({});
+}
+
+TEST_F(NumberedCopyTest, TheFolderKeepsTheLettersOfTheSource) {
+    folder_.MakeFile("Work\\a.kra", "1");
+    DepotSession session;
+    EXPECT_EQ("<WORK>\\A - copy.KRA", MakeNumberedCopy(session, "<WORK>\\A.KRA"));
+    EXPECT_TRUE(Exists(folder_.At("Work\\a - copy.kra")));
 }
 
 TEST_F(NumberedCopyTest, PublishingAnEmptyEntryCopiesNothing) {

@@ -117,5 +117,31 @@ TEST(MakeCopyNameTest, NoNameOrFormatMakesItReadOutside) {
     }
 }
 
+TEST(FindFreeCopyNameTest, TheSearchEndsAfterTenThousandNames) {
+    for (const CopyNameStyle style : {CopyNameStyle::kDash, CopyNameStyle::kPrefix}) {
+        const char* const format = style == CopyNameStyle::kDash ? kDash : kPrefix;
+        int asked = 0;
+        const auto takenUpTo = [&asked](int last) {
+            asked = 0;
+            return [&asked, last](const std::string&) { return ++asked <= last; };
+        };
+        EXPECT_EQ(std::nullopt, FindFreeCopyName("a.kra", style, format, takenUpTo(10000)));
+        EXPECT_EQ(10000, asked);
+        const auto last = FindFreeCopyName("a.kra", style, format, takenUpTo(9999));
+        EXPECT_EQ(style == CopyNameStyle::kDash ? "a - copy (10000).kra" : "Copy (10000) of a.kra",
+                  last);
+    }
+}
+
+TEST(FindFreeCopyNameTest, EachNameIsMadeFromTheOneBefore) {
+    std::string asked;
+    FindFreeCopyName("Plan (7).kra", CopyNameStyle::kPrefix, kPrefix,
+                     [&asked](const std::string& name) {
+                         asked += name + "|";
+                         return name != "Plan (4).kra";
+                     });
+    EXPECT_EQ("Plan (2).kra|Plan (2).kra|Plan (3).kra|Plan (4).kra|", asked);
+}
+
 }  // namespace
 }  // namespace depot

@@ -1,0 +1,175 @@
+// The codes that transfers leave, and what they refuse before they begin.
+#include "directory_files/transfer_fixture.h"
+#include "fileops/depot_file.h"
+#include "fileops/directory_transfer.h"
+#include "fileops/item_operations.h"
+
+namespace depot {
+namespace {
+
+constexpr ExistingEntries kReplace = ExistingEntries::kReplace;
+
+class TransferCodesTest : public test::TransferTest {
+protected:
+    // Another connection to the same place, which goes by another name.
+    CLDAPItems& Elsewhere() {
+        if (!elsewhere_) {
+            otherLocation_ = server_.Location(base_).Clone();
+            otherLocation_->host = "localhost";
+            elsewhere_ = std::make_unique<CLDAPItems>(otherLocation_.get());
+        }
+        return *elsewhere_;
+    }
+
+    std::unique_ptr<CDepotPath> otherLocation_;
+    std::unique_ptr<CLDAPItems> elsewhere_;
+};
+
+TEST_F(TransferCodesTest, AMissingSourceOfACopyIsAParameterError) {
+    for (const char* name : {"cn=none.kra", "cn=none", "cn=none,cn=nowhere"}) {
+        SCOPED_TRACE(name);
+        error_ = "junk";
+        EXPECT_EQ(0,
+                  CopyEntry(Directory(), DN(name), Directory(), DN("cn=b.kra"), kReplace, &error_));
+        ExpectFailure(LDAP_PARAM_ERROR);
+        EXPECT_FALSE(Holds(DN("cn=b.kra")));
+    }
+}
+
+TEST_F(TransferCodesTest, AMissingSourceOfARenameIsAParameterError) {
+    for (const char* name : {"cn=none.kra", "cn=none", "cn=none,cn=nowhere"}) {
+        SCOPED_TRACE(name);
+        error_ = "junk";
+        EXPECT_EQ(0, MoveEntry(Directory(), DN(name), DN("cn=b.kra"), &error_));
+        ExpectFailure(LDAP_PARAM_ERROR);
+    }
+}
+
+TEST_F(TransferCodesTest, ANewNameThatIsNoneIsAParameterError) {
+    const std::string tree = AddTree("tree");
+    server_.AddFile("a.kra", base_, "1");
+    server_.AddFolder("empty", base_);
+    for (const std::string& name : {tree, DN("cn=a.kra"), DN("cn=empty")}) {
+        SCOPED_TRACE(name);
+        error_ = "junk";
+        EXPECT_EQ(0, MoveEntry(Directory(), name, "no name at all", &error_));
+        ExpectFailure(LDAP_PARAM_ERROR);
+        EXPECT_TRUE(Holds(name));
+    }
+    ExpectTree(tree);
+}
+
+TEST_F(TransferCodesTest, ADestinationThatCannotBeMadeIsAParameterError) {
+    server_.AddFile("a.kra", base_, "1");
+    EXPECT_EQ(0, CopyEntry(Directory(), DN("cn=a.kra"), Directory(), "cn=x.kra,dc=elsewhere",
+                           kReplace, &error_));
+    ExpectFailure(LDAP_PARAM_ERROR);
+    EXPECT_EQ(0, MoveEntry(Directory(), AddTree("tree"), "cn=x,dc=elsewhere", &error_));
+    ExpectFailure(LDAP_PARAM_ERROR);
+    ExpectTree(DN("cn=tree"));
+}
+
+TEST_F(TransferCodesTest, AFolderThatCannotBeListedIsNotRenamed) {
+    const std::string tree = AddTree("tree");
+    Directory().Client().ldap_search_s = [](LDAP*, PCHAR, ULONG, PCHAR, PCHAR*, ULONG,
+                                            LDAPMessage**) -> ULONG { return LDAP_BUSY; };
+    server_.Mark();
+    EXPECT_EQ(0, MoveEntry(Directory(), tree, DN("cn=moved"), &error_));
+    ExpectFailure(LDAP_BUSY);
+    EXPECT_EQ(0, Counts().renames);
+    ExpectTree(tree);
+}
+
+TEST_F(TransferCodesTest, AnEntryGoesOntoOrIntoItselfThroughNoConnection) {
+    const std::string tree = AddTree("tree");
+    server_.AddFile("a.kra", base_, "1");
+    for (CLDAPItems* other : {&Directory(), &Elsewhere()}) {
+        for (const auto& [from, to] :
+             {std::pair(tree, "cn=x," + tree), std::pair(tree, tree),
+              std::pair(tree, DN("cn=sub , CN=Tree")), std::pair(DN("cn=a.kra"), DN("cn=A.KRA"))}) {
+            SCOPED_TRACE(to);
+            error_ = "junk";
+            EXPECT_EQ(0, CopyEntry(Directory(), from, *other, to, kReplace, &error_));
+            ExpectFailure(LDAP_PARAM_ERROR);
+        }
+    }
+    EXPECT_FALSE(Holds("cn=x," + tree));
+    ExpectTree(tree);
+}
+
+TEST_F(TransferCodesTest, TheSameNameAtAnotherServerIsAnotherEntry) {
+    test::DirectoryServer other;
+    test::ForgetServer(other.Port());
+    const std::string dn = std::string("cn=a.kra,") + test::kSuffix;
+    server_.AddFile("a.kra", test::kSuffix, "1");
+    const auto location = other.Location().Clone();
+    CLDAPItems items(location.get());
+    EXPECT_EQ(1, CopyEntry(Directory(), dn, items, dn, kReplace, &error_));
+    EXPECT_TRUE(other.Holds(dn));
+    server_.Apply("dn: " + dn + "\nchangetype: delete\n");
+}
+
+TEST_F(TransferCodesTest, AServerThatCannotBeReachedLeavesItsCodeWithTheSource) {
+    server_.AddFile("a.kra", base_, "1");
+    const unsigned port = test::ClosedPort();
+    test::ForgetServer(port);
+    otherLocation_ = server_.Location(base_).Clone();
+    otherLocation_->port = port;
+    CLDAPItems items(otherLocation_.get());
+    EXPECT_EQ(0, CopyEntry(Directory(), DN("cn=a.kra"), items, DN("cn=b.kra"), kReplace, &error_));
+    EXPECT_NE(0u, Directory().LastError());
+    EXPECT_NE("junk", error_);
+}
+
+// What must not be taken away.
+class DepotRootTest : public TransferCodesTest {};
+
+TEST_F(DepotRootTest, TheRootOfADirectoryDepotIsNotDeleted) {
+    const std::string tree = AddTree("tree");
+    for (const std::string& path :
+         {std::string("<Work>\\"), std::string("<WORK>\\"), std::string("<Work>\\tree\\.."), base_,
+          base_ + "\\", std::string(test::kSuffix)}) {
+        SCOPED_TRACE(path);
+        Directory().SetLastError(0);
+        EXPECT_EQ(0, DeleteFile(*work_, path));
+        EXPECT_EQ(std::uint32_t{LDAP_PARAM_ERROR}, Directory().LastError());
+        EXPECT_EQ(0, ItemOperation({path, work_}, nullptr, FO_DELETE, nullptr, nullptr));
+    }
+    ExpectTree(tree);
+    EXPECT_NE(0, DeleteFile(*work_, "<Work>\\tree\\"));
+    EXPECT_FALSE(Holds(tree));
+}
+
+TEST_F(DepotRootTest, TheRootOfADirectoryDepotIsNotMoved) {
+    const std::string tree = AddTree("tree");
+    const CDepotItem target("<Home>\\out", &home_);
+    CDepotItems items;
+    items.Append(std::make_unique<CDepotItem>("<Work>\\", work_));
+    for (const UINT operation : {FO_MOVE, FO_DELETE}) {
+        EXPECT_EQ(0, ListOperation(items, operation == FO_MOVE ? &target : nullptr, operation,
+                                   kQuietFlags, nullptr, nullptr));
+    }
+    EXPECT_EQ(0, ItemOperation(*items.At(0), &target, FO_MOVE, nullptr, nullptr));
+    EXPECT_EQ(0, MoveFile(*work_, "<Work>\\", "<Work>\\x", nullptr, nullptr, nullptr));
+    const std::string beside = std::string("cn=beside,") + test::kSuffix;
+    EXPECT_EQ(0, MoveFile(*work_, "<Work>\\", beside, nullptr, nullptr, nullptr));
+    ExpectTree(tree);
+    EXPECT_FALSE(test::Exists(At("h\\out")));
+}
+
+TEST_F(DepotRootTest, APlainPathBesideADirectoryDepotIsAFileOfItsOwn) {
+    const std::string file = Make("plain.kra", "1");
+    const CDepotItem target("<Work>\\", work_);
+    EXPECT_EQ(1, CopyFile(*work_, file, "<Work>\\", work_, true, &error_));
+    EXPECT_EQ("1", Contents(DN("cn=plain.kra")));
+    EXPECT_EQ(1, CopyFile(*work_, file, At("copy.kra"), work_, true, &error_));
+    EXPECT_EQ("1", test::FileBytes(At("copy.kra")));
+    EXPECT_EQ(1, ItemOperation({file, work_}, &target, FO_MOVE, nullptr, nullptr));
+    EXPECT_FALSE(test::Exists(file));
+    EXPECT_EQ("1", Contents(DN("cn=plain.kra")));
+    EXPECT_EQ(1, ItemOperation({At("copy.kra"), work_}, nullptr, FO_DELETE, nullptr, nullptr));
+    EXPECT_FALSE(test::Exists(At("copy.kra")));
+}
+
+}  // namespace
+}  // namespace depot

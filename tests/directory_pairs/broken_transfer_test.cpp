@@ -1,0 +1,181 @@
+// Transfers whose server goes away in the middle.
+#include "directory_pairs/pairs_fixture.h"
+#include "fileops/directory_transfer.h"
+
+namespace depot::test {
+namespace {
+
+constexpr int kFiles = 200;
+constexpr std::size_t kFileBytes = 1000;
+
+std::string NameOf(int number) {
+    return "f" + std::to_string(number) + ".kra";
+}
+
+std::string BytesOf(const std::string& name) {
+    return name + std::string(kFileBytes - name.size(), 'x');
+}
+
+class BrokenTransferTest : public PairWorldTest {
+protected:
+    void MakeMany(Store& store, const std::string& folder) {
+        for (int number = 0; number < kFiles; ++number) {
+            store.MakeFile(folder + "\\" + NameOf(number), BytesOf(NameOf(number)));
+        }
+    }
+    // Entries in one request.
+    void MakeManyEntries() {
+        std::string ldif;
+        for (int number = 0; number < kFiles; ++number) {
+            const std::string name = NameOf(number);
+            ldif += "dn: " + directory_.DN("from\\many\\" + name) +
+                    "\nobjectClass: quillonFileBinary\ncn: " + name +
+                    "\nquillonFileContentsBinary: " + BytesOf(name) + "\n\n";
+        }
+        directory_.MakeFolder("from\\many");
+        server_.Apply(ldif);
+    }
+    static bool IsComplete(Store& store, const std::string& folder) {
+        return CountWhole(store, folder) == kFiles;
+    }
+    // How many files arrived, each of them whole.
+    static int CountWhole(Store& store, const std::string& folder) {
+        const StoreContents contents = store.Contents(folder);
+        for (const auto& [name, bytes] : contents) EXPECT_EQ(BytesOf(name), bytes) << name;
+        return static_cast<int>(contents.size());
+    }
+
+    // A depot "Cut" over the same folder of the directory, whose connections end after so many
+    // bytes from the server.
+    CDepot& AddCutDepot(unsigned bytes) {
+        const unsigned port = server_.CutAfter(bytes);
+        ForgetServer(port);
+        auto depot = std::make_unique<CDepot>(&world_.depots);
+        depot->name = "Cut";
+        auto location = server_.Location(base_).Clone();
+        location->port = port;
+        location->owner = depot->paths.get();
+        depot->paths->Append(std::move(location));
+        CDepot& cut = *depot;
+        world_.depots.Add(depot.release(), false);
+        EXPECT_NE("", cut.paths->GetActivePath());
+        return cut;
+    }
+
+    // What the server sends for each file that it stores, and for all files that it lists and hands
+    // out, at least.
+    static constexpr unsigned kAnswerBytes = 14;
+    static constexpr unsigned kListingBytes = kFiles * 50;
+};
+
+TEST_F(BrokenTransferTest, ServerThatStopsAtFile100OfAnUploadHasTheFilesBefore) {
+    MakeMany(folder_, "from\\many");
+    DirectoryServer server;
+    auto location = server.Location().Clone();
+    ForgetServer(server.Port());
+    CLDAPItems directory(location.get());
+    const auto stop = [&](const TransferProgress& progress) {
+        if (progress.filesDone == 100) server.Stop();
+        return true;
+    };
+    EXPECT_EQ(0, Upload(directory, folder_.At("from\\many"), std::string("cn=many,") + kSuffix,
+                        ExistingEntries::kReplace, &error_, stop));
+    EXPECT_NE("junk", error_);
+    server.Continue();
+    DirectoryStore stored(server, kSuffix, {});
+    EXPECT_EQ(100, CountWhole(stored, "many"));
+    EXPECT_TRUE(IsComplete(folder_, "from\\many"));
+}
+
+TEST_F(BrokenTransferTest, ServerThatStopsAtFile100OfADownloadLeavesTheFilesBefore) {
+    DirectoryServer server;
+    DirectoryStore stored(server, kSuffix, {});
+    MakeMany(stored, "many");
+    auto location = server.Location().Clone();
+    ForgetServer(server.Port());
+    CLDAPItems directory(location.get());
+    const auto stop = [&](const TransferProgress& progress) {
+        if (progress.filesDone == 100) server.Stop();
+        return true;
+    };
+    EXPECT_EQ(0, Download(directory, stored.DN("many"), folder_.At("to\\many"), &error_, stop));
+    EXPECT_NE("junk", error_);
+    server.Continue();
+    EXPECT_EQ(100, CountWhole(folder_, "to\\many"));
+    EXPECT_TRUE(IsComplete(stored, "many"));
+}
+
+TEST_F(BrokenTransferTest, TreeOnItsWayIntoADirectoryStaysWhereItWas) {
+    MakeMany(folder_, "from\\many");
+    AddCutDepot(100 * kAnswerBytes);
+    for (const UINT operation : {FO_COPY, FO_MOVE}) {
+        EXPECT_EQ(0, OnList(operation, {"<Home>\\from\\many"}, "<Cut>\\to\\"));
+        const int arrived = CountWhole(directory_, "to\\many");
+        EXPECT_LT(0, arrived);
+        EXPECT_GT(kFiles, arrived);
+        EXPECT_TRUE(IsComplete(folder_, "from\\many"));
+    }
+}
+
+TEST_F(BrokenTransferTest, ListOnItsWayIntoADirectoryLosesNoFile) {
+    MakeMany(folder_, "from\\many");
+    AddCutDepot(100 * kAnswerBytes);
+    std::vector<std::string> sources;
+    for (int number = 0; number < kFiles; ++number) {
+        sources.push_back("<Home>\\from\\many\\" + NameOf(number));
+    }
+    EXPECT_EQ(0, OnList(FO_MOVE, sources, "<Cut>\\to\\"));
+    const int arrived = CountWhole(directory_, "to");
+    EXPECT_LT(0, arrived);
+    EXPECT_LE(kFiles, arrived + CountWhole(folder_, "from\\many"));
+}
+
+TEST_F(BrokenTransferTest, TreeOnItsWayOutOfADirectoryStaysWhereItWas) {
+    MakeManyEntries();
+    AddCutDepot(kListingBytes + 100 * kFileBytes);
+    const StoreContents before = folder_.Contents();
+    for (const UINT operation : {FO_COPY, FO_MOVE}) {
+        // A list reaches a folder only when all of it was fetched.
+        EXPECT_EQ(0, OnList(operation, {"<Cut>\\from\\many"}, "<Home>\\to\\"));
+        EXPECT_EQ(before, folder_.Contents());
+        EXPECT_EQ(0, OnItem(operation, "<Cut>\\from\\many",
+                            plain_.Path("to\\many" + std::to_string(operation))));
+        const int arrived = CountWhole(plain_, "to\\many" + std::to_string(operation));
+        EXPECT_LT(0, arrived);
+        EXPECT_GT(kFiles, arrived);
+    }
+    EXPECT_TRUE(IsComplete(directory_, "from\\many"));
+}
+
+TEST_F(BrokenTransferTest, TreeBetweenTwoDirectoriesStaysWhereItWas) {
+    MakeManyEntries();
+    AddCutDepot(100 * kAnswerBytes);
+    for (const UINT operation : {FO_COPY, FO_MOVE}) {
+        EXPECT_EQ(0, OnList(operation, {"<Work>\\from\\many"}, "<Cut>\\to\\"));
+        EXPECT_GT(kFiles, CountWhole(directory_, "to\\many"));
+        EXPECT_EQ(0, OnList(operation, {"<Cut>\\from\\many"}, "<Work>\\other\\"));
+        EXPECT_FALSE(directory_.Holds("other\\many"));
+    }
+    EXPECT_TRUE(IsComplete(directory_, "from\\many"));
+}
+
+// Wherever the connection ends, one of the two trees is whole.
+TEST_F(BrokenTransferTest, RenamedFolderIsWholeOnOneSide) {
+    for (const unsigned bytes : {1'000u, kListingBytes + 100'000u, 260'000u, 264'000u, 268'000u}) {
+        SCOPED_TRACE(bytes);
+        MakeManyEntries();
+        CDepot& cut = AddCutDepot(bytes);
+        const int done =
+            MoveFile(cut, "<Cut>\\from\\many", "<Cut>\\to\\many", nullptr, nullptr, &error_);
+        const int left = CountWhole(directory_, "from\\many");
+        const int arrived = CountWhole(directory_, "to\\many");
+        EXPECT_TRUE(arrived == kFiles || left == kFiles) << arrived << " " << left;
+        EXPECT_EQ(done != 0, arrived == kFiles && left == 0);
+        world_.depots.Remove(&cut);
+        ASSERT_NE(
+            0, DeleteFile(*work_, "<Work>\\from\\many") + DeleteFile(*work_, "<Work>\\to\\many"));
+    }
+}
+
+}  // namespace
+}  // namespace depot::test

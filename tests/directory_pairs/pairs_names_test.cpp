@@ -1,0 +1,121 @@
+// Names of every kind and length, between every two kinds of store.
+#include "directory/dn.h"
+#include "directory_pairs/pairs_fixture.h"
+
+namespace depot::test {
+namespace {
+
+class PairNamesTest : public PairTest {};
+
+TEST_P(PairNamesTest, NamesThatLookLikeFormatsAndCountersArrive) {
+    for (const std::string name :
+         {"%s.kra", "%n", "%99999d.kra", "trailing %", "(.kra", "((3).kra", "(99999999999).kra"}) {
+        SCOPED_TRACE(name);
+        Target().MakeFolder("to\\moved");
+        Source().MakeFile("from\\" + name, "1");
+        EXPECT_EQ(1, Copy(From(name), To(name), true));
+        EXPECT_EQ(1, OnList(FO_MOVE, {From(name)}, To("moved\\")));
+        EXPECT_EQ("1", Target().Bytes("to\\" + name));
+        EXPECT_EQ("1", Target().Bytes("to\\moved\\" + name));
+        EXPECT_FALSE(Source().Holds("from\\" + name));
+    }
+}
+
+// The length is that of the path in the file system, or that of the display path.
+TEST_P(PairNamesTest, LongPathsArriveWholeOrNotAtAll) {
+    const std::size_t root = ToDirectory() ? Target().Path("").size()
+                                           : static_cast<FolderStore&>(Target()).At("").size();
+    for (const std::size_t length : {259, 260, 261}) {
+        SCOPED_TRACE(length);
+        std::string folder = "to";
+        while (root + folder.size() + 110 < length) folder += "\\" + std::string(100, 'd');
+        Target().MakeFolder(folder);
+        for (const bool moves : {false, true}) {
+            Source().MakeFile("from\\a.kra", "1");
+            const std::string letters(length - root - folder.size() - 5, moves ? 'm' : 'c');
+            const std::string name = folder + "\\" + letters + ".kra";
+            ASSERT_EQ(length, root + name.size());
+            const int done = moves ? OnItem(FO_MOVE, From("a.kra"), Target().Path(name))
+                                   : Copy(From("a.kra"), Target().Path(name), true);
+            StoreContents there = Target().Contents("to");
+            EXPECT_EQ(done != 0 ? "1" : "", there[name.substr(3)]);
+            EXPECT_EQ(done != 0 && moves ? kMissing : "1", Source().Bytes("from\\a.kra"));
+        }
+    }
+}
+
+TEST_P(PairNamesTest, LongTargetFoldersOfListsAreTakenUpTo260Characters) {
+    if (ToDirectory()) return;
+    Source().MakeFile("from\\a.kra", "1");
+    const std::size_t root = static_cast<FolderStore&>(Target()).At("").size();
+    for (const std::size_t length : {259, 260, 261}) {
+        SCOPED_TRACE(length);
+        std::string name = "to\\" + std::string(100, 'd');
+        Target().MakeFolder(name);
+        name += "\\" + std::string(length - root - name.size() - 1, 'x');
+        const int copied = OnList(FO_COPY, {From("a.kra")}, Target().Path(name));
+        EXPECT_TRUE(length <= 260 || copied == 0);
+        StoreContents there = Target().Contents("to");
+        EXPECT_EQ(copied != 0 ? "1" : "", there[name.substr(3)]);
+    }
+    EXPECT_EQ("1", Source().Bytes("from\\a.kra"));
+}
+
+INSTANTIATE_TEST_SUITE_P(EveryPair, PairNamesTest, testing::ValuesIn(EveryPair()), PairName);
+
+// What a directory holds under names that no local file may have.
+class HostileNamesTest : public PairTest {
+protected:
+    HostileNamesTest() {
+        server_.Apply("dn: cn=..\\5C..\\5Cx.kra," + directory_.DN("from") +
+                      "\nobjectClass: quillonFileBinary\ncn: ..\\..\\x.kra\n"
+                      "quillonFileContentsBinary: x\n\n");
+        for (const char* name : {"C:x.kra", "CON", "nul.kra", "a?.kra", "ends with dot."}) {
+            server_.AddFile(name, directory_.DN("from"), "x");
+        }
+        directory_.MakeFile("from\\good.kra", "1");
+        before_ = All();
+    }
+    // Everything in the file system that a hostile name could reach.
+    StoreContents All() { return FolderStore(world_.folder.Path(), {}).Contents({}); }
+
+    StoreContents before_;
+};
+
+TEST_P(HostileNamesTest, SingleEntryNeverBecomesALocalFile) {
+    const StoreContents entries = directory_.Contents();
+    for (const std::string name :
+         {"..\\..\\x.kra", "C:x.kra", "CON", "nul.kra", "a?.kra", "ends with dot."}) {
+        SCOPED_TRACE(name);
+        for (const UINT operation : {FO_COPY, FO_MOVE}) {
+            EXPECT_EQ(0, OnItem(operation, From(name), To("")));
+            EXPECT_EQ(0, OnList(operation, {From(name)}, To("")));
+        }
+        EXPECT_EQ(0, Copy(From(name), To(""), false));
+    }
+    EXPECT_EQ(before_, All());
+    EXPECT_EQ(entries, directory_.Contents());
+}
+
+TEST_P(HostileNamesTest, TreeNeverLeavesTheTargetFolderAndIsNeverRemoved) {
+    const StoreContents entries = directory_.Contents("from");
+    const std::string tree = Source().Path("from");
+    for (const UINT operation : {FO_MOVE, FO_COPY}) {
+        OnItem(operation, tree, To("item"));
+        OnList(operation, {tree}, To(""));
+        EXPECT_EQ(entries, directory_.Contents("from"));
+    }
+    for (const auto& [path, bytes] : All()) {
+        SCOPED_TRACE(path);
+        const bool inTarget = path.find("\\to\\") != std::string::npos;
+        EXPECT_TRUE(before_.contains(path) || (inTarget && bytes != "x"));
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(FromADirectory, HostileNamesTest,
+                         testing::Values(StorePair{StoreKind::kDirectory, StoreKind::kPlain},
+                                         StorePair{StoreKind::kDirectory, StoreKind::kFolder}),
+                         PairName);
+
+}  // namespace
+}  // namespace depot::test

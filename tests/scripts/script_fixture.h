@@ -1,0 +1,93 @@
+// Client scripts, run as their users run them.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "platform/compiler.h"
+#include "platform/handles.h"
+#include "platform/module_state.h"
+#include "support/scratch.h"
+
+namespace depot::test {
+
+inline constexpr DWORD kLongestRunMilliseconds = 60000;
+
+inline constexpr char kOffice[] =
+    "; kept by the office\r\n[PROFILE]\r\nTitle=Office\r\n\r\n[Host]\r\nName=\"host.example\"\r\n"
+    "Port=23\r\n\r\n[Screen]\r\nFont='Courier New'\r\n";
+
+// Registers the component and defines one depot on a folder of sample profiles.
+class ScriptTest : public testing::Test {
+protected:
+    ScriptTest() {
+        Register();
+        product_.Text("", "UserDir", folder_.MakeFolder("User"));
+        depots_.Text("Work", "Path1", folder_.MakeFolder("Work"));
+        depots_.Text("Work", "DisplayName.eng", "My Depot of Work");
+        folder_.MakeFolder("Work\\Sessions");
+        folder_.MakeFile("Work\\Sessions\\office.kre", kOffice);
+    }
+
+    static void Register() {
+        const UniqueModule library(LoadLibraryA((OwnModuleFolder() + "DepotIntr.dll").c_str()));
+        ASSERT_TRUE(library);
+        const auto entry =
+            FunctionCast<HRESULT(WINAPI*)()>(GetProcAddress(library.get(), "DllRegisterServer"));
+        ASSERT_EQ(S_OK, entry());
+    }
+
+    // Runs a script to its end and returns the lines that it printed, errors included.
+    std::vector<std::string> Run(const std::string& script) {
+        const std::string output = folder_.At("output.txt");
+        EXPECT_EQ(0u, RunInto(output, script));
+        std::vector<std::string> lines;
+        std::string line;
+        for (const char c : FileBytes(output)) {
+            if (c == '\n')
+                lines.push_back(std::exchange(line, {}));
+            else if (c != '\r')
+                line.push_back(c);
+        }
+        if (!line.empty()) lines.push_back(line);
+        return lines;
+    }
+
+    DWORD RunInto(const std::string& output, const std::string& script) {
+        SECURITY_ATTRIBUTES inherited = {sizeof(inherited), nullptr, TRUE};
+        const HANDLE opened = CreateFileA(output.c_str(), GENERIC_WRITE, FILE_SHARE_READ,
+                                          &inherited, CREATE_ALWAYS, 0, nullptr);
+        EXPECT_NE(INVALID_HANDLE_VALUE, opened);
+        const UniqueHandle file(opened);
+        STARTUPINFOA startup = {};
+        startup.cb = sizeof(startup);
+        startup.dwFlags = STARTF_USESTDHANDLES;
+        startup.hStdOutput = opened;
+        startup.hStdError = opened;
+        std::string command =
+            "cscript.exe //nologo \"" + OwnModuleFolder() + "clients\\" + script + "\"";
+        PROCESS_INFORMATION started = {};
+        EXPECT_TRUE(CreateProcessA(nullptr, command.data(), nullptr, nullptr, TRUE, 0, nullptr,
+                                   nullptr, &startup, &started));
+        const UniqueHandle process(started.hProcess);
+        const UniqueHandle thread(started.hThread);
+        if (WaitForSingleObject(started.hProcess, kLongestRunMilliseconds) != WAIT_OBJECT_0) {
+            ADD_FAILURE() << script << " does not end";
+            TerminateProcess(started.hProcess, 1);
+        }
+        DWORD exitCode = 99;
+        GetExitCodeProcess(started.hProcess, &exitCode);
+        return exitCode;
+    }
+
+    using Lines = std::vector<std::string>;
+
+    ScratchFolder folder_;
+    ScratchKey product_{HKEY_CURRENT_USER, "Software\\Quillon\\Farrow\\13.00\\Wharfside"};
+    ScratchKey depots_{HKEY_CURRENT_USER, "Software\\Quillon\\Farrow\\Depots"};
+};
+
+}  // namespace depot::test
