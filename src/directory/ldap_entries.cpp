@@ -278,7 +278,9 @@ void CLDAPItems::DeleteFiles(const LdapItemList& children, std::string* errorTex
     for (const CLDAPItem* child : children) {
         std::string name;
         bool isFolder = false;
-        if (SplitEntryName(child->path, name, isFolder) == 0 || isFolder) continue;
+        if (SplitEntryName(child->path, name, isFolder) == 0 || isFolder || child->isFolder) {
+            continue;
+        }
         const std::uint32_t code = DeleteEntry(child->path);
         if (code != LDAP_SUCCESS) Fail(code, errorText);
     }
@@ -288,7 +290,9 @@ void CLDAPItems::DeleteFolders(const LdapItemList& children, int depth) {
     for (const CLDAPItem* child : children) {
         std::string name;
         bool isFolder = false;
-        if (SplitEntryName(child->path, name, isFolder) == 0 || !isFolder) continue;
+        if (SplitEntryName(child->path, name, isFolder) == 0) continue;
+        // A folder's name may hold a dot.
+        if (!isFolder && !child->isFolder) continue;
         // An empty folder goes at once; only one that still has entries is looked into.
         if (DeleteEntry(child->path) != LDAP_SUCCESS)
             DeleteTreeBelow(child->path, nullptr, depth + 1);

@@ -26,6 +26,10 @@ struct FileBuffer {
 };
 inline constexpr std::uint32_t kFileBufferReserve = 4;
 
+// What an entry is by its object classes; anything that is neither a folder nor a file of the
+// location's schema is another entry.
+enum class EntryKind { kOther, kFolder, kFile };
+
 // The directory's code for a change whose condition does not hold.
 inline constexpr std::uint32_t kContentsChanged = 122;
 
@@ -144,6 +148,13 @@ public:
     // Asks whether the entry exists; returns the directory's code, 0 when it does.
     std::uint32_t FindEntry(const std::string& dn);
 
+    // Asks what the entry is; returns the directory's code. Of an entry that is both a folder and a
+    // file, or whose classes cannot be seen, nothing is known.
+    std::uint32_t FindKind(const std::string& dn, EntryKind& kind);
+
+    // Returns the name as it compares: in lower case, and without the blanks that mean nothing.
+    std::string NormalDN(const std::string& dn) const;
+
     // Reads the contents of the file entry, or the named attribute. Returns 1 when the entry could
     // be searched, also when it has no such value: `buffer` is then empty.
     int ReadFileContents(const std::string& dn, FileBuffer& buffer,
@@ -212,7 +223,8 @@ private:
     void DeleteFiles(const LdapItemList& children, std::string* errorText);
     void DeleteFolders(const LdapItemList& children, int depth);
     int DeleteTreeBelow(const std::string& dn, std::string* errorText, int depth);
-    std::optional<std::vector<std::string>> ExplodeDN(const std::string& dn, std::uint32_t& code);
+    std::optional<std::vector<std::string>> ExplodeDN(const std::string& dn,
+                                                      std::uint32_t& code) const;
     int CreateMissingFolders(const std::string& dn, std::string* errorText);
     bool FindMissingFolders(const std::string& dn, LdapItemList& missing, std::string* errorText);
     bool FindMissingFolders(const std::vector<std::string>& components, std::size_t first,

@@ -13,6 +13,8 @@ namespace {
 // Asks for no attribute at all.
 constexpr char kNoAttributes[] = "1.1";
 
+constexpr char kObjectClass[] = "objectClass";
+
 // What a server says of itself: the entry without a name.
 constexpr char kServerEntry[] = "";
 constexpr char kOfferedControls[] = "supportedControl";
@@ -53,6 +55,25 @@ std::uint32_t CLDAPItems::Search(const std::string& base, ULONG scope,
     // A refused search has a message, too.
     result = UniqueLdapMessage(message, {&client_});
     return code;
+}
+
+std::uint32_t CLDAPItems::FindKind(const std::string& dn, EntryKind& kind) {
+    kind = EntryKind::kOther;
+    UniqueLdapMessage result;
+    const std::uint32_t code = Search(dn, LDAP_SCOPE_BASE, {kObjectClass}, result);
+    if (code != LDAP_SUCCESS) return code;
+    LDAPMessage* const entry = client_.ldap_first_entry(handle_.get(), result.get());
+    if (entry == nullptr) return LDAP_SUCCESS;
+    const bool isFolder = HasValue(entry, kObjectClass, FolderClass().c_str());
+    const bool isFile = HasValue(entry, kObjectClass, FileClass().c_str());
+    if (isFolder != isFile) kind = isFolder ? EntryKind::kFolder : EntryKind::kFile;
+    return LDAP_SUCCESS;
+}
+
+std::string CLDAPItems::NormalDN(const std::string& dn) const {
+    std::uint32_t code = LDAP_SUCCESS;
+    const auto components = ExplodeDN(dn, code);
+    return ToLower(components ? JoinComponents(*components, 0) : dn);
 }
 
 std::uint32_t CLDAPItems::FindEntry(const std::string& dn) {
@@ -128,7 +149,7 @@ bool CLDAPItems::OffersAssertions() {
 }
 
 std::optional<std::vector<std::string>> CLDAPItems::ExplodeDN(const std::string& dn,
-                                                              std::uint32_t& code) {
+                                                              std::uint32_t& code) const {
     const UniqueLdapValues exploded(client_.ldap_explode_dn(ClientText(dn), 0), {&client_});
     code = LDAP_SUCCESS;
     if (!exploded) {

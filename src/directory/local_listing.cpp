@@ -17,15 +17,16 @@ bool IsDotName(std::string_view name) {
     return name == "." || name == "..";
 }
 
-// Calls `take` with every find in the folder but "." and "..".
+// Calls `take` with every find in the folder but "." and "..". Returns whether it can be listed.
 template <class Take>
-void ForEachIn(const std::string& folder, Take take) {
+bool ForEachIn(const std::string& folder, Take take) {
     WIN32_FIND_DATAA found = {};
     const UniqueFind search = StartSearch(EnsureTrailingBackslash(folder) + "*.*", found);
-    if (!search) return;
+    if (!search) return false;
     do {
         if (!IsDotName(found.cFileName)) take(found);
     } while (FindNextFileA(search.get(), &found));
+    return true;
 }
 
 }  // namespace
@@ -41,15 +42,19 @@ void AddLocalFoldersBelow(const std::string& folder, LdapItemList& items) {
     });
 }
 
-void AddLocalChildren(const std::string& folder, Subfolders subfolders, LdapItemList& items) {
+std::uint32_t AddLocalChildren(const std::string& folder, Subfolders subfolders,
+                               LdapItemList& items) {
     const std::string base = EnsureTrailingBackslash(folder);
-    ForEachIn(base, [&](const WIN32_FIND_DATAA& found) {
+    std::uint32_t leftOut = 0;
+    const bool listed = ForEachIn(base, [&](const WIN32_FIND_DATAA& found) {
         const bool isFolder = (found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
         // A link may lead back to a folder above it.
         const bool isLink = (found.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
+        if (isFolder && isLink) ++leftOut;
         if (isFolder && (isLink || subfolders == Subfolders::kLeaveOut)) return;
         AddLocalPath(base + found.cFileName, items);
     });
+    return listed ? leftOut : leftOut + 1;
 }
 
 void AddLocalPath(const std::string& path, LdapItemList& items) {

@@ -1,6 +1,7 @@
 // Listings of local folders that are to be published into a directory.
 #pragma once
 
+#include <cstdint>
 #include <string>
 
 #include "directory/ldap_item.h"
@@ -13,7 +14,10 @@ void AddLocalFoldersBelow(const std::string& folder, LdapItemList& items);
 enum class Subfolders { kLeaveOut, kTake };
 
 // Appends what `folder` holds itself: its files and, when they are to be taken, its folders.
-void AddLocalChildren(const std::string& folder, Subfolders subfolders, LdapItemList& items);
+// Returns how many links to folders were left out, where a folder that cannot be listed counts as
+// one.
+std::uint32_t AddLocalChildren(const std::string& folder, Subfolders subfolders,
+                               LdapItemList& items);
 
 // Appends one path; it counts as a folder when the file system says so.
 void AddLocalPath(const std::string& path, LdapItemList& items);

@@ -1,6 +1,7 @@
 #include "fileops/depot_file.h"
 
 #include "fileops/directory_transfer.h"
+#include "fileops/file_place.h"
 #include "fileops/shell_operation.h"
 #include "manager/display_path.h"
 #include "platform/error_text.h"
@@ -26,13 +27,45 @@ int MoveInFileSystem(CDepot& depot, const std::string& source, const std::string
     return 0;
 }
 
+std::uint64_t FileSize(const std::string& path) {
+    WIN32_FILE_ATTRIBUTE_DATA data = {};
+    if (!GetFileAttributesExA(path.c_str(), GetFileExInfoStandard, &data)) return 0;
+    return static_cast<std::uint64_t>(data.nFileSizeHigh) << 32 | data.nFileSizeLow;
+}
+
 int CopyInFileSystem(const std::string& source, const std::string& destination, bool failIfExists,
-                     std::string* errorText) {
-    if (CopyFileA(source.c_str(), destination.c_str(), failIfExists)) return 1;
+                     std::string* errorText, const TransferWatcher& watcher) {
+    if (CopyFileA(source.c_str(), destination.c_str(), failIfExists)) {
+        if (watcher) watcher({1, 1, FileSize(destination)});
+        return 1;
+    }
     DWORD error = GetLastError();
     // The system calls a path that is too long "not found", which helps nobody.
     if (destination.size() >= kMaxPathBytes) error = ERROR_BUFFER_OVERFLOW;
     DescribeFailure(error, destination, errorText);
+    return 0;
+}
+
+// Fails as a wrong argument does in either store.
+int Refuse(CDepot& depot) {
+    if (CLDAPItems* const directory = depot.DirectoryConnection()) {
+        directory->SetLastError(LDAP_PARAM_ERROR);
+    }
+    SetLastError(ERROR_INVALID_PARAMETER);
+    return 0;
+}
+
+// Tells whether what has this name may go into a folder under it.
+bool IsFitForFolder(CDepot& depot, const std::string& source, const std::string& name,
+                    bool staysInDirectories) {
+    if (!staysInDirectories) return IsSafeLocalName(name);
+    return !name.empty() && name != "." && name != ".." && !HoldsRoot(depot, source);
+}
+
+int RefuseName(CLDAPItems* directory, std::string* errorText) {
+    if (directory != nullptr) directory->SetLastError(LDAP_NAMING_VIOLATION);
+    if (errorText != nullptr) *errorText = UnsafeNamesText(1);
+    SetLastError(ERROR_INVALID_NAME);
     return 0;
 }
 
@@ -53,43 +86,56 @@ int FileExists(CDepot& depot, const std::string& path) {
 }
 
 int DeleteFile(CDepot& depot, const std::string& path) {
-    const std::string storage = DisplayToStorage(depot, path);
-    if (CLDAPItems* const directory = depot.DirectoryConnection()) {
-        return RemoveEntry(*directory, storage, nullptr);
+    const std::string storage = StorageOf(depot, path);
+    if (CLDAPItems* const directory = DirectoryOf(depot, path)) {
+        return HoldsRoot(depot, path) ? Refuse(depot) : RemoveEntry(*directory, storage, nullptr);
     }
     return DeleteFileA(storage.c_str()) ? 1 : 0;
 }
 
 int MoveFile(CDepot& depot, const std::string& source, const std::string& destination, HWND window,
-             CDepot* destinationDepot, std::string* errorText) {
+             CDepot* destinationDepot, std::string* errorText, const TransferWatcher& watcher) {
     CDepot& target = destinationDepot ? *destinationDepot : depot;
+    if (HoldsRoot(depot, source)) return Refuse(depot);
     const std::string from = DisplayToStorage(depot, source);
     const std::string to = DisplayToStorage(target, destination);
     if (CLDAPItems* const directory = depot.DirectoryConnection()) {
-        return MoveEntry(*directory, from, to, errorText);
+        return MoveEntry(*directory, from, to, errorText, watcher);
     }
     return MoveInFileSystem(depot, from, to, window, destinationDepot ? FO_MOVE : FO_RENAME,
                             errorText);
 }
 
 int CopyFile(CDepot& depot, const std::string& source, const std::string& destination,
-             CDepot* destinationDepot, bool failIfExists, std::string* errorText) {
-    // A folder takes the copy under its own name.
-    const std::string target =
-        destination.ends_with('\\') ? destination + NamePart(source) : destination;
-    const std::string from = DisplayToStorage(depot, source);
-    const std::string to = destinationDepot ? DisplayToStorage(*destinationDepot, target) : target;
-    const ExistingEntries existing =
-        failIfExists ? ExistingEntries::kRefuse : ExistingEntries::kReplace;
-    CLDAPItems* const sourceDirectory = depot.DirectoryConnection();
+             CDepot* destinationDepot, bool failIfExists, std::string* errorText,
+             const TransferWatcher& watcher, SourceFate fate) {
+    CLDAPItems* const sourceDirectory = DirectoryOf(depot, source);
     CLDAPItems* const targetDirectory =
-        destinationDepot ? destinationDepot->DirectoryConnection() : nullptr;
-    if (sourceDirectory && targetDirectory) {
-        return CopyEntry(*sourceDirectory, from, *targetDirectory, to, existing, errorText);
+        destinationDepot ? DirectoryOf(*destinationDepot, destination) : nullptr;
+    std::string target = destination;
+    if (destination.ends_with('\\')) {
+        // A folder takes the copy under its own name.
+        const std::string name = NamePart(RemoveTrailingBackslash(source));
+        if (!IsFitForFolder(depot, source, name, sourceDirectory && targetDirectory)) {
+            return RefuseName(sourceDirectory ? sourceDirectory : targetDirectory, errorText);
+        }
+        target += name;
     }
-    if (sourceDirectory) return Download(*sourceDirectory, from, to, errorText);
-    if (targetDirectory) return Upload(*targetDirectory, from, to, existing, errorText);
-    return CopyInFileSystem(from, to, failIfExists, errorText);
+    const std::string from = StorageOf(depot, source);
+    const std::string to = destinationDepot ? StorageOf(*destinationDepot, target) : target;
+    constexpr ExistingEntries kReplace = ExistingEntries::kReplace;
+    if (sourceDirectory && targetDirectory) {
+        return CopyEntry(*sourceDirectory, from, *targetDirectory, to, kReplace, errorText, watcher,
+                         fate);
+    }
+    if (sourceDirectory) {
+        return Download(*sourceDirectory, from, to, errorText, watcher,
+                        failIfExists ? ExistingEntries::kRefuse : kReplace, fate);
+    }
+    if (targetDirectory) {
+        return Upload(*targetDirectory, from, to, kReplace, errorText, watcher, fate);
+    }
+    return CopyInFileSystem(from, to, failIfExists, errorText, watcher);
 }
 
 DWORD LastErrorCode(CDepot& depot) {

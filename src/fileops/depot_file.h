@@ -4,6 +4,7 @@
 
 #include <string>
 
+#include "fileops/transfer_progress.h"
 #include "model/depot.h"
 
 namespace depot {
@@ -14,17 +15,25 @@ bool IsDirectoryDepot(CDepot& depot);
 // Tells whether the file or folder exists.
 int FileExists(CDepot& depot, const std::string& path);
 
+// Deletes a file, or an entry of a directory with everything below it. The root of a depot is
+// refused.
 int DeleteFile(CDepot& depot, const std::string& path);
 
 // Moves a file into another depot, or, without a `destinationDepot`, renames it within this one.
-// `window` owns what the shell shows; it may be null.
+// `window` owns what the shell shows; it may be null. The root of a depot is refused.
 int MoveFile(CDepot& depot, const std::string& source, const std::string& destination, HWND window,
-             CDepot* destinationDepot, std::string* errorText);
+             CDepot* destinationDepot, std::string* errorText, const TransferWatcher& watcher = {});
 
 // Copies a file into a depot, or, without a `destinationDepot`, to a path of the file system. A
-// destination that ends in a backslash is a folder, which the copy goes into under its own name.
+// destination that ends in a backslash is a folder, which the copy goes into under its own name; a
+// name that the folder cannot hold is refused. Between and into directories whole trees are copied,
+// too, and out of them.
+//
+// `failIfExists` keeps existing local files; an entry that exists gets the new contents in every
+// case. A path of the file system is what it says, also when it comes with a directory depot.
 int CopyFile(CDepot& depot, const std::string& source, const std::string& destination,
-             CDepot* destinationDepot, bool failIfExists, std::string* errorText);
+             CDepot* destinationDepot, bool failIfExists, std::string* errorText,
+             const TransferWatcher& watcher = {}, SourceFate fate = SourceFate::kStays);
 
 // Returns the Windows error code of the last failed operation on the depot.
 DWORD LastErrorCode(CDepot& depot);

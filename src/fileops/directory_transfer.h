@@ -4,28 +4,20 @@
 // not connected, and lets go of its connection at the end. A failure leaves a directory code as the
 // connection's last error, with its message in the error text; what was transferred before it
 // stays.
+//
+// Whether an entry is a file or a folder is what the directory says of it; the dot in its name only
+// decides what is looked for first.
 #pragma once
 
 #include <cstdint>
-#include <functional>
 #include <string>
 
 #include "directory/ldap_items.h"
+#include "fileops/transfer_progress.h"
 
 namespace depot {
 
-// How far a transfer of many files is.
-struct TransferProgress {
-    std::uint32_t filesDone = 0;
-    std::uint32_t filesInAll = 0;
-    std::uint64_t bytesDone = 0;
-};
-
-// Called after each file; returns whether to go on. A transfer that is stopped fails between two
-// files.
-using TransferWatcher = std::function<bool(const TransferProgress& progress)>;
-
-// What an upload does with destination entries that exist.
+// What a transfer does with files that exist at the destination.
 enum class ExistingEntries {
     kRefuse = 1,   // fails before anything is stored
     kReplace = 2,  // replaces the contents of files
@@ -34,22 +26,27 @@ enum class ExistingEntries {
 // Stores a local file in the entry, whose folders are created; a local folder with all that it
 // holds under the entry.
 int Upload(CLDAPItems& directory, const std::string& localPath, const std::string& dn,
-           ExistingEntries existing, std::string* errorText, const TransferWatcher& watcher = {});
+           ExistingEntries existing, std::string* errorText, const TransferWatcher& watcher = {},
+           SourceFate fate = SourceFate::kStays);
 
-// Writes a file entry to a local file, or a folder entry with its tree into a local folder. Entries
-// whose names cannot be local names are left out and counted in the error text.
+// Writes a file entry to a local file, or a folder entry with its tree into a local folder. Fails
+// when there are entries whose names cannot be local names: all others are written first, unless
+// the source is to go, and the error text tells how many were left out.
 int Download(CLDAPItems& directory, const std::string& dn, const std::string& localPath,
-             std::string* errorText, const TransferWatcher& watcher = {});
+             std::string* errorText, const TransferWatcher& watcher = {},
+             ExistingEntries existing = ExistingEntries::kReplace,
+             SourceFate fate = SourceFate::kStays);
 
-// Copies an entry to another one, in the same directory or another; a folder entry with its tree,
-// which cannot go into itself.
+// Copies an entry to another one, in the same directory or another; a folder entry with its tree.
+// An entry goes neither onto nor into itself, by whatever connections the two are named.
 int CopyEntry(CLDAPItems& source, const std::string& sourceDN, CLDAPItems& destination,
-              const std::string& destinationDN, ExistingEntries existing, std::string* errorText);
+              const std::string& destinationDN, ExistingEntries existing, std::string* errorText,
+              const TransferWatcher& watcher = {}, SourceFate fate = SourceFate::kStays);
 
 // Renames an entry. A folder with children is copied first, and removed only when all of it
-// arrived; it cannot go into itself.
+// arrived; it goes neither into itself nor onto a folder above it.
 int MoveEntry(CLDAPItems& directory, const std::string& oldDN, const std::string& newDN,
-              std::string* errorText);
+              std::string* errorText, const TransferWatcher& watcher = {});
 
 // Tells whether the entry exists.
 int EntryExists(CLDAPItems& directory, const std::string& dn, std::string* errorText);

@@ -3,7 +3,9 @@
 #include <memory>
 
 #include "fileops/depot_file.h"
-#include "manager/display_path.h"
+#include "fileops/file_place.h"
+#include "fileops/held_connections.h"
+#include "fileops/list_progress.h"
 #include "platform/error_text.h"
 #include "platform/paths.h"
 #include "platform/temp_file.h"
@@ -13,12 +15,13 @@ namespace {
 
 constexpr char kCaption[] = "Quillon";
 
-bool IsInDirectory(const CDepotItem& item) {
-    return item.depot != nullptr && IsDirectoryDepot(*item.depot);
+// Returns the directory that holds the item; null for an item of the file system.
+CLDAPItems* DirectoryOf(const CDepotItem& item) {
+    return item.depot ? DirectoryOf(*item.depot, item.path) : nullptr;
 }
 
 std::string StoragePath(const CDepotItem& item) {
-    return item.depot ? DisplayToStorage(*item.depot, item.path) : item.path;
+    return item.depot ? StorageOf(*item.depot, item.path) : item.path;
 }
 
 std::unique_ptr<CDepotItem> PlainItem(const std::string& path) {
@@ -50,12 +53,12 @@ private:
 };
 
 // Copies an entry of a directory into a folder under its own name; empty when that fails.
-std::string CopyIntoFolder(const CDepotItem& item, const std::string& folder,
-                           std::string* errorText) {
+std::string CopyIntoFolder(const CDepotItem& item, const std::string& folder, SourceFate fate,
+                           std::string* errorText, const TransferWatcher& watcher) {
     if (folder.empty()) return {};
-    std::string copy = JoinPath(folder, NamePart(RemoveTrailingBackslash(item.path)));
-    const bool copied = CopyFile(*item.depot, item.path, copy, nullptr, false, errorText) != 0;
-    return copied ? copy : std::string();
+    const bool copied = CopyFile(*item.depot, item.path, folder + "\\", nullptr, false, errorText,
+                                 watcher, fate) != 0;
+    return copied ? JoinPath(folder, NamePart(RemoveTrailingBackslash(item.path))) : std::string();
 }
 
 int DeleteEntries(const CDepotItems& entries) {
@@ -66,27 +69,104 @@ int DeleteEntries(const CDepotItems& entries) {
 }
 
 int OperateOneByOne(const CDepotItems& items, const CDepotItem& target, UINT operation, HWND window,
-                    std::string* errorText) {
+                    std::string* errorText, const TransferWatcher& watcher) {
+    HeldConnections connections;
+    ListProgress progress(watcher, items.Count());
     for (std::size_t index = 0; index < items.Count(); ++index) {
-        if (ItemOperation(*items.At(index), &target, operation, window, errorText) == 0) return 0;
+        const CDepotItem& item = *items.At(index);
+        if (progress.IsStopped() || !connections.Hold(target.depot, target.path, nullptr) ||
+            !connections.Hold(item.depot, item.path, nullptr) ||
+            ItemOperation(item, &target, operation, window, errorText, progress.Next()) == 0) {
+            return 0;
+        }
     }
     return 1;
 }
 
+bool CanCopy(const CDepotItem& source, const CDepotItem* target) {
+    return source.depot != nullptr && target != nullptr && !target->path.empty();
+}
+
 int DeleteMovedSource(const CDepotItem& item, HWND window) {
-    if (IsInDirectory(item)) return DeleteItem(item);
+    if (DirectoryOf(item)) return DeleteItem(item);
     CDepotItems source;
     source.Append(item.Clone());
     return ShellOperation(source, nullptr, FO_DELETE, FOF_NOCONFIRMATION, window, nullptr);
 }
 
+int MoveItem(const CDepotItem& item, const CDepotItem* target, HWND window,
+             const TransferWatcher& watcher) {
+    if (!CanCopy(item, target) || HoldsRoot(*item.depot, item.path)) return 0;
+    HeldConnections connections;
+    if (!connections.Hold(target->depot, target->path, nullptr) ||
+        !connections.Hold(item.depot, item.path, nullptr) ||
+        CopyItem(item, target, true, nullptr, watcher, SourceFate::kGoes) == 0) {
+        return 0;
+    }
+    DeleteMovedSource(item, window);
+    return 1;
+}
+
+// Puts the system's last error into the error text.
+int FailShellOperation(std::string* errorText) {
+    const DWORD error = GetLastError();
+    if (errorText != nullptr && error != ERROR_SUCCESS) {
+        FormatErrorText(error, nullptr, kCaption, errorText, nullptr);
+    }
+    return 0;
+}
+
+// Tells whether the operation would take a depot's root away.
+bool TakesRootAway(const CDepotItems& items, UINT operation) {
+    if (operation == FO_COPY) return false;
+    for (std::size_t index = 0; index < items.Count(); ++index) {
+        const CDepotItem& item = *items.At(index);
+        if (item.depot != nullptr && HoldsRoot(*item.depot, item.path)) return true;
+    }
+    return false;
+}
+
+// What a list comes to before the shell does it.
+struct ShellWork {
+    explicit ShellWork(HWND window) : temporaryFolders(window) {}
+
+    TemporaryFolders temporaryFolders;
+    HeldConnections connections;
+    CDepotItems items;
+    CDepotItems entriesToRemove;
+};
+
+// Puts what the shell is to work on together. What cannot be fetched must not be removed, and the
+// others not half done.
+bool Collect(const CDepotItems& items, bool removesSources, ShellWork& work, std::string* errorText,
+             const TransferWatcher& watcher) {
+    const SourceFate fate = removesSources ? SourceFate::kGoes : SourceFate::kStays;
+    ListProgress progress(watcher, items.Count());
+    for (std::size_t index = 0; index < items.Count(); ++index) {
+        const CDepotItem& item = *items.At(index);
+        if (!DirectoryOf(item)) {
+            work.items.Append(item.Clone());
+            continue;
+        }
+        if (progress.IsStopped() || !work.connections.Hold(item.depot, item.path, errorText)) {
+            return false;
+        }
+        const std::string copy =
+            CopyIntoFolder(item, work.temporaryFolders.Make(), fate, errorText, progress.Next());
+        if (copy.empty()) return false;
+        work.items.Append(PlainItem(copy));
+        if (removesSources) work.entriesToRemove.Append(item.Clone());
+    }
+    return !progress.IsStopped();
+}
+
 }  // namespace
 
 int CopyItem(const CDepotItem& source, const CDepotItem* target, bool failIfExists,
-             std::string* errorText) {
-    if (source.depot == nullptr || target == nullptr || target->path.empty()) return 0;
+             std::string* errorText, const TransferWatcher& watcher, SourceFate fate) {
+    if (!CanCopy(source, target)) return 0;
     return CopyFile(*source.depot, source.path, target->path, target->depot, failIfExists,
-                    errorText);
+                    errorText, watcher, fate);
 }
 
 int DeleteItem(const CDepotItem& item) {
@@ -96,6 +176,10 @@ int DeleteItem(const CDepotItem& item) {
 int ShellOperation(const CDepotItems& items, const CDepotItem* target, UINT operation,
                    FILEOP_FLAGS flags, HWND window, std::string* errorText) {
     if (items.Count() == 0) return 1;
+    if (TakesRootAway(items, operation)) {
+        SetLastError(ERROR_INVALID_PARAMETER);
+        return FailShellOperation(errorText);
+    }
     std::vector<std::string> sources;
     for (std::size_t index = 0; index < items.Count(); ++index) {
         sources.push_back(StoragePath(*items.At(index)));
@@ -104,51 +188,34 @@ int ShellOperation(const CDepotItems& items, const CDepotItem* target, UINT oper
     if (RunShellOperation(operation, sources, target ? &destination : nullptr, flags, window)) {
         return 1;
     }
-    const DWORD error = GetLastError();
-    if (errorText != nullptr && error != ERROR_SUCCESS) {
-        FormatErrorText(error, nullptr, kCaption, errorText, nullptr);
-    }
-    return 0;
+    return FailShellOperation(errorText);
 }
 
 int ItemOperation(const CDepotItem& item, const CDepotItem* target, UINT operation, HWND window,
-                  std::string* /*errorText*/) {
+                  std::string* /*errorText*/, const TransferWatcher& watcher) {
     switch (operation) {
         case FO_COPY:
-            return CopyItem(item, target, true, nullptr);
+            return CopyItem(item, target, true, nullptr, watcher);
         case FO_DELETE:
             return DeleteItem(item);
         case FO_MOVE:
-            if (CopyItem(item, target, true, nullptr) == 0) return 0;
-            DeleteMovedSource(item, window);
-            return 1;
+            return MoveItem(item, target, window, watcher);
         default:
             return 0;
     }
 }
 
 int ListOperation(const CDepotItems& items, const CDepotItem* target, UINT operation,
-                  FILEOP_FLAGS flags, HWND window, std::string* errorText) {
-    if (target != nullptr && IsInDirectory(*target)) {
-        return OperateOneByOne(items, *target, operation, window, errorText);
+                  FILEOP_FLAGS flags, HWND window, std::string* errorText,
+                  const TransferWatcher& watcher) {
+    if (target != nullptr && DirectoryOf(*target)) {
+        return OperateOneByOne(items, *target, operation, window, errorText, watcher);
     }
-    const bool removesSource = operation == FO_MOVE || operation == FO_DELETE;
-    TemporaryFolders temporaryFolders(window);
-    CDepotItems shellItems, entriesToRemove;
-    for (std::size_t index = 0; index < items.Count(); ++index) {
-        const CDepotItem& item = *items.At(index);
-        if (!IsInDirectory(item)) {
-            shellItems.Append(item.Clone());
-            continue;
-        }
-        const std::string copy = CopyIntoFolder(item, temporaryFolders.Make(), errorText);
-        // What could not be fetched must not be removed, and the others not half done.
-        if (copy.empty()) return 0;
-        shellItems.Append(PlainItem(copy));
-        if (removesSource) entriesToRemove.Append(item.Clone());
-    }
-    const int result = ShellOperation(shellItems, target, operation, flags, window, errorText);
-    return result == 0 ? 0 : DeleteEntries(entriesToRemove);
+    const bool removesSources = operation == FO_MOVE || operation == FO_DELETE;
+    ShellWork work(window);
+    if (!Collect(items, removesSources, work, errorText, watcher)) return 0;
+    const int result = ShellOperation(work.items, target, operation, flags, window, errorText);
+    return result == 0 ? 0 : DeleteEntries(work.entriesToRemove);
 }
 
 }  // namespace depot

@@ -4,6 +4,29 @@
 #include "platform/paths.h"
 
 namespace depot {
+namespace {
+
+// Appends the steps for what a folder entry holds. The parent may not be one of the plan's own
+// steps, which move when the plan grows.
+void AddEntries(CLDAPItems& directory, const TransferStep& parent, const LdapItemList& children,
+                TransferPlan& plan) {
+    for (const CLDAPItem* child : children) {
+        std::string name;
+        bool nameOfFolder = false;
+        if (directory.SplitEntryName(child->path, name, nameOfFolder) == 0 ||
+            !IsSafeLocalName(name)) {
+            ++plan.unsafeNames;
+            continue;
+        }
+        // What the entry is, not what its name looks like: a file without a dot and a folder with
+        // one keep what they hold.
+        const bool isFolder = child->isFolder != 0;
+        plan.steps.push_back({child->path, JoinPath(parent.localPath, name), isFolder});
+        if (!isFolder) ++plan.files;
+    }
+}
+
+}  // namespace
 
 TransferPlan PlanUpload(const CLDAPItems& directory, const std::string& folder,
                         const std::string& dn) {
@@ -15,7 +38,7 @@ TransferPlan PlanUpload(const CLDAPItems& directory, const std::string& folder,
         const TransferStep parent = plan.steps[next];
         if (!parent.isFolder) continue;
         LdapItemList children;
-        AddLocalChildren(parent.localPath, Subfolders::kTake, children);
+        plan.unseen += AddLocalChildren(parent.localPath, Subfolders::kTake, children);
         for (const CLDAPItem* child : children) {
             const bool isFolder = child->isFolder != 0;
             const std::string& attribute = isFolder ? naming.folder : naming.file;
@@ -29,26 +52,22 @@ TransferPlan PlanUpload(const CLDAPItems& directory, const std::string& folder,
 
 bool PlanDownload(CLDAPItems& directory, const std::string& dn, const std::string& folder,
                   TransferPlan& plan) {
-    plan.steps.push_back({dn, folder, true});
-    for (std::size_t next = 0; next < plan.steps.size(); ++next) {
+    LdapItemList children;
+    return directory.ListChildren(dn, children) != 0 &&
+           PlanDownload(directory, dn, children, folder, plan);
+}
+
+bool PlanDownload(CLDAPItems& directory, const std::string& dn, const LdapItemList& children,
+                  const std::string& folder, TransferPlan& plan) {
+    const TransferStep top = {dn, folder, true};
+    plan.steps.push_back(top);
+    AddEntries(directory, top, children, plan);
+    for (std::size_t next = 1; next < plan.steps.size(); ++next) {
         const TransferStep parent = plan.steps[next];
         if (!parent.isFolder) continue;
-        LdapItemList children;
-        if (directory.ListChildren(parent.dn, children) == 0) return false;
-        for (const CLDAPItem* child : children) {
-            std::string name;
-            bool nameOfFolder = false;
-            if (directory.SplitEntryName(child->path, name, nameOfFolder) == 0 ||
-                !IsSafeLocalName(name)) {
-                ++plan.unsafeNames;
-                continue;
-            }
-            // What the entry is, not what its name looks like: a file without a dot and a folder
-            // with one keep what they hold.
-            const bool isFolder = child->isFolder != 0;
-            plan.steps.push_back({child->path, JoinPath(parent.localPath, name), isFolder});
-            if (!isFolder) ++plan.files;
-        }
+        LdapItemList found;
+        if (directory.ListChildren(parent.dn, found) == 0) return false;
+        AddEntries(directory, parent, found, plan);
     }
     return true;
 }

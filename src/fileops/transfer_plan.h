@@ -20,6 +20,7 @@ struct TransferPlan {
     std::vector<TransferStep> steps;
     std::uint32_t files = 0;
     std::uint32_t unsafeNames = 0;  // entries left out because of their names
+    std::uint32_t unseen = 0;  // local folders left out: links, and those that cannot be listed
 };
 
 // Lists a local folder's tree as it is to stand under `dn`.
@@ -30,5 +31,9 @@ TransferPlan PlanUpload(const CLDAPItems& directory, const std::string& folder,
 // listed. REQUIRES: the directory is connected.
 bool PlanDownload(CLDAPItems& directory, const std::string& dn, const std::string& folder,
                   TransferPlan& plan);
+
+// The same for a folder entry whose children are known already.
+bool PlanDownload(CLDAPItems& directory, const std::string& dn, const LdapItemList& children,
+                  const std::string& folder, TransferPlan& plan);
 
 }  // namespace depot

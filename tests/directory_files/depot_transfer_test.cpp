@@ -106,13 +106,119 @@ TEST_F(DepotTransferTest, AListIntoADirectoryFolderStopsAtTheFirstFailure) {
     EXPECT_TRUE(Exists(At("h\\c.kra")));
 }
 
-TEST_F(DepotTransferTest, AnItemThatExistsInTheDirectoryIsNotReplaced) {
+TEST_F(DepotTransferTest, AnItemThatExistsInTheDirectoryGetsTheNewContents) {
     Make("h\\a.kra", "new");
+    Make("h\\b.kra", "newer");
     server_.AddFile("a.kra", base_, "old");
     const CDepotItem target("<Work>\\a.kra", work_);
-    EXPECT_EQ(0, OnList({{"<Home>\\a.kra", &home_}}, &target, FO_MOVE));
-    EXPECT_EQ("old", Contents(DN("cn=a.kra")));
-    EXPECT_TRUE(Exists(At("h\\a.kra")));
+    EXPECT_EQ(1, OnList({{"<Home>\\a.kra", &home_}}, &target, FO_COPY));
+    EXPECT_EQ("new", Contents(DN("cn=a.kra")));
+    EXPECT_EQ(1, OnList({{"<Home>\\b.kra", &home_}}, &target, FO_MOVE));
+    EXPECT_EQ("newer", Contents(DN("cn=a.kra")));
+    EXPECT_FALSE(Exists(At("h\\b.kra")));
+    EXPECT_EQ("junk", error_);
+}
+
+TEST_F(DepotTransferTest, AnEntryThatIsMovedOntoItselfStays) {
+    server_.AddFile("a.kra", base_, "1");
+    AddTree("tree");
+    for (const char* name : {"<Work>\\a.kra", "<Work>\\tree", "<WORK>\\TREE"}) {
+        SCOPED_TRACE(name);
+        const CDepotItem target(name, work_);
+        EXPECT_EQ(0, OnList({CDepotItem(target)}, &target, FO_MOVE));
+        EXPECT_EQ(0, OnList({CDepotItem(target)}, &target, FO_COPY));
+    }
+    EXPECT_EQ("1", Contents(DN("cn=a.kra")));
+    ExpectTree(DN("cn=tree"));
+}
+
+TEST_F(DepotTransferTest, AnExistingLocalFileIsReplacedOnlyWhenThatIsAllowed) {
+    server_.AddFile("a.kra", base_, "new");
+    const std::string file = Make("h\\a.kra", "old");
+    EXPECT_EQ(0, CopyFile(*work_, "<Work>\\a.kra", "<Home>\\a.kra", &home_, true, &error_));
+    ExpectFailure(LDAP_ALREADY_EXISTS);
+    EXPECT_EQ(0, CopyFile(*work_, "<Work>\\a.kra", file, nullptr, true, &error_));
+    EXPECT_EQ("old", FileBytes(file));
+    EXPECT_EQ(1, CopyFile(*work_, "<Work>\\a.kra", file, nullptr, false, &error_));
+    EXPECT_EQ("new", FileBytes(file));
+}
+
+TEST_F(DepotTransferTest, ATreeThatWouldReplaceALocalFileFetchesNothing) {
+    AddTree("tree");
+    world_.folder.MakeFolder("h\\out\\sub");
+    Make("h\\out\\sub\\b.kra", "old");
+    EXPECT_EQ(0, CopyFile(*work_, "<Work>\\tree", "<Home>\\out", &home_, true, &error_));
+    ExpectFailure(LDAP_ALREADY_EXISTS);
+    EXPECT_EQ("old", FileBytes(At("h\\out\\sub\\b.kra")));
+    EXPECT_FALSE(Exists(At("h\\out\\a.kra")));
+}
+
+// Moves that must leave their sources alone.
+class KeptSourceTest : public DepotTransferTest {
+protected:
+    void ExpectKept(const char* name, const char* target, CDepot* targetDepot) {
+        SCOPED_TRACE(name);
+        const std::string before = server_.Show(base_, "sub");
+        const CDepotItem item(name, work_), place(target, targetDepot);
+        EXPECT_EQ(0, OnList({CDepotItem(item)}, &place, FO_MOVE));
+        EXPECT_EQ(0, ItemOperation(item, &place, FO_MOVE, nullptr, &error_));
+        EXPECT_EQ(before, server_.Show(base_, "sub"));
+    }
+};
+
+TEST_F(KeptSourceTest, ATreeWithNamesThatNoLocalFileCanHave) {
+    AddHostileEntries(AddTree("tree"));
+    ExpectKept("<Work>\\tree", "<Home>\\out", &home_);
+    EXPECT_EQ(UnsafeNamesText(3), error_);
+    EXPECT_FALSE(Exists(At("h\\out")));
+}
+
+TEST_F(KeptSourceTest, AnEntryWhoseOwnNameNoLocalFileCanHave) {
+    AddHostileEntries(base_);
+    const int before = TemporaryFolders();
+    for (const char* name : {"<Work>\\CON", "<Work>\\C:x.kra", "<Work>\\..", "<Work>\\"}) {
+        ExpectKept(name, "<Home>\\", &home_);
+    }
+    EXPECT_EQ(UnsafeNamesText(1), error_);
+    EXPECT_EQ(before, TemporaryFolders());
+}
+
+TEST_F(KeptSourceTest, AnEntryThatHoldsMoreThanIsCopied) {
+    server_.AddFile("a.kra", base_, "1");
+    server_.AddFile("b.kra", DN("cn=a.kra"), "2");
+    ExpectKept("<Work>\\a.kra", "<Home>\\out.kra", &home_);
+}
+
+TEST_F(KeptSourceTest, ATreeThatWouldGoOntoTheFolderAboveIt) {
+    const std::string tree = AddTree("tree");
+    server_.AddFolder("tree", tree);
+    server_.AddFile("c.kra", "cn=tree," + tree, "3");
+    ExpectKept("<Work>\\tree\\tree", "<Work>\\tree", work_);
+    EXPECT_EQ(0, MoveFile(*work_, "<Work>\\tree", "<Work>\\", nullptr, nullptr, &error_));
+    ExpectTree(tree);
+}
+
+TEST_F(DepotTransferTest, FilesWithoutADotAndFoldersWithOneAreMovedWhole) {
+    AddUnusualNames(base_);
+    const CDepotItem folder("<Home>\\", &home_);
+    EXPECT_EQ(1, OnList({{"<Work>\\v1.2", work_}, {"<Work>\\README", work_}}, &folder, FO_MOVE));
+    EXPECT_EQ("3", FileBytes(At("h\\README")));
+    EXPECT_EQ("4", FileBytes(At("h\\v1.2\\c.kra")));
+    EXPECT_FALSE(Holds(DN("cn=README")));
+    EXPECT_FALSE(Holds(DN("cn=v1.2")));
+}
+
+TEST_F(DepotTransferTest, FilesWithoutADotAndFoldersWithOneAreMovedWholeOneByOne) {
+    AddUnusualNames(base_);
+    for (const char* name : {"README", "v1.2"}) {
+        const CDepotItem target(std::string("<Home>\\") + name, &home_);
+        EXPECT_EQ(1, ItemOperation({std::string("<Work>\\") + name, work_}, &target, FO_MOVE,
+                                   nullptr, &error_));
+    }
+    EXPECT_EQ("3", FileBytes(At("h\\README")));
+    EXPECT_EQ("4", FileBytes(At("h\\v1.2\\c.kra")));
+    EXPECT_FALSE(Holds(DN("cn=README")));
+    EXPECT_FALSE(Holds(DN("cn=v1.2")));
 }
 
 }  // namespace

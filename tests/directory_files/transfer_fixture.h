@@ -30,6 +30,20 @@ protected:
         server_.AddFile("b.kra", "cn=sub," + tree, "2");
         return tree;
     }
+    // Three files whose names no local file may have.
+    void AddHostileEntries(const std::string& dn) {
+        server_.Apply("dn: cn=..\\5C..\\5Cx.kra," + dn +
+                      "\nobjectClass: quillonFileBinary\ncn: ..\\..\\x.kra\n"
+                      "quillonFileContentsBinary: x\n\n");
+        server_.AddFile("C:x.kra", dn, "x");
+        server_.AddFile("CON", dn, "x");
+    }
+    // A file that is named like a folder, and a folder with a file that is named like a file.
+    void AddUnusualNames(const std::string& dn) {
+        server_.AddFile("README", dn, "3");
+        server_.AddFolder("v1.2", dn);
+        server_.AddFile("c.kra", "cn=v1.2," + dn, "4");
+    }
     void ExpectTree(const std::string& dn) {
         EXPECT_EQ("1", Contents("cn=a.kra," + dn));
         EXPECT_EQ("2", Contents("cn=b.kra,cn=sub," + dn));

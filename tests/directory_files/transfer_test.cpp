@@ -139,18 +139,25 @@ TEST_F(TransferTest, ATreeIsDownloadedWithItsStructureOverOneBind) {
     EXPECT_EQ("2", FileBytes(At("out\\sub\\b.kra")));
 }
 
-TEST_F(TransferTest, HostileNamesNeverLeaveTheTargetFolder) {
+TEST_F(TransferTest, HostileNamesNeverLeaveTheTargetFolderAndAreAFailure) {
     const std::string tree = AddTree("tree");
-    server_.Apply("dn: cn=..\\5C..\\5Cx.kra," + tree +
-                  "\nobjectClass: quillonFileBinary\ncn: ..\\..\\x.kra\n"
-                  "quillonFileContentsBinary: x\n\n");
-    server_.AddFile("C:x.kra", tree, "x");
-    server_.AddFile("CON", tree, "x");
-    EXPECT_EQ(1, Download(Directory(), tree, At("deep\\out"), &error_));
+    AddHostileEntries(tree);
+    EXPECT_EQ(0, Download(Directory(), tree, At("deep\\out"), &error_));
+    EXPECT_EQ(std::uint32_t{LDAP_NAMING_VIOLATION}, Directory().LastError());
     EXPECT_EQ("1", FileBytes(At("deep\\out\\a.kra")));
+    EXPECT_EQ("2", FileBytes(At("deep\\out\\sub\\b.kra")));
     EXPECT_EQ(UnsafeNamesText(3), error_);
     EXPECT_FALSE(Exists(At("x.kra")));
     EXPECT_FALSE(Exists(At("deep\\x.kra")));
+}
+
+TEST_F(TransferTest, HostileNamesOfATreeThatIsToGoLetNothingBeFetched) {
+    const std::string tree = AddTree("tree");
+    AddHostileEntries(tree);
+    EXPECT_EQ(0, Download(Directory(), tree, At("out"), &error_, {}, ExistingEntries::kReplace,
+                          SourceFate::kGoes));
+    EXPECT_FALSE(Exists(At("out")));
+    EXPECT_EQ(UnsafeNamesText(3), error_);
 }
 
 TEST_F(TransferTest, AFileEntryIsCopiedToANewPlaceWithItsParents) {
@@ -258,16 +265,83 @@ TEST_F(TransferTest, AFolderCannotGoIntoItself) {
 
 TEST_F(TransferTest, FilesWithoutADotAndFoldersWithOneKeepWhatTheyHoldInATree) {
     const std::string tree = AddTree("tree");
-    server_.AddFile("README", tree, "3");
-    server_.AddFolder("v1.2", tree);
-    server_.AddFile("c.kra", "cn=v1.2," + tree, "4");
+    AddUnusualNames(tree);
     EXPECT_EQ(1, Download(Directory(), tree, At("out"), &error_));
     EXPECT_EQ("3", FileBytes(At("out\\README")));
     EXPECT_EQ("4", FileBytes(At("out\\v1.2\\c.kra")));
-    MoveEntry(Directory(), tree, DN("cn=moved"), &error_);
+    EXPECT_EQ(1, MoveEntry(Directory(), tree, DN("cn=moved"), &error_));
     ExpectTree(DN("cn=moved"));
     EXPECT_EQ("3", Contents(DN("cn=README,cn=moved")));
     EXPECT_EQ("4", Contents(DN("cn=c.kra,cn=v1.2,cn=moved")));
+    EXPECT_FALSE(Holds(tree));
+}
+
+TEST_F(TransferTest, AFileWithoutADotIsTransferredAsAFile) {
+    AddUnusualNames(base_);
+    server_.Mark();
+    EXPECT_EQ(1, Download(Directory(), DN("cn=README"), At("README"), &error_));
+    EXPECT_EQ(1, Counts().binds);
+    EXPECT_EQ("3", FileBytes(At("README")));
+    EXPECT_EQ(1, CopyEntry(Directory(), DN("cn=README"), Directory(), DN("cn=LICENSE"),
+                           ExistingEntries::kReplace, &error_));
+    EXPECT_EQ("3", Contents(DN("cn=LICENSE")));
+    EXPECT_EQ(1, MoveEntry(Directory(), DN("cn=README"), DN("cn=NEWS"), &error_));
+    EXPECT_EQ("3", Contents(DN("cn=NEWS")));
+}
+
+TEST_F(TransferTest, AFolderWithADotIsTransferredWithItsTree) {
+    AddUnusualNames(base_);
+    EXPECT_EQ(1, Download(Directory(), DN("cn=v1.2"), At("v1.2"), &error_));
+    EXPECT_EQ("4", FileBytes(At("v1.2\\c.kra")));
+    EXPECT_EQ(1, CopyEntry(Directory(), DN("cn=v1.2"), Directory(), DN("cn=v1.3"),
+                           ExistingEntries::kReplace, &error_));
+    EXPECT_EQ("4", Contents(DN("cn=c.kra,cn=v1.3")));
+    EXPECT_EQ(1, MoveEntry(Directory(), DN("cn=v1.2"), DN("cn=v1.4,cn=new"), &error_));
+    EXPECT_EQ("4", Contents(DN("cn=c.kra,cn=v1.4,cn=new")));
+    EXPECT_FALSE(Holds(DN("cn=v1.2")));
+}
+
+TEST_F(TransferTest, AnEmptyFolderStaysAFolderWhateverItsName) {
+    for (const char* name : {"empty", "v2.0"}) {
+        SCOPED_TRACE(name);
+        server_.AddFolder(name, base_);
+        EXPECT_EQ(1, Download(Directory(), DN(std::string("cn=") + name), At(name), &error_));
+        EXPECT_TRUE(GetFileAttributesA(At(name).c_str()) & FILE_ATTRIBUTE_DIRECTORY);
+    }
+}
+
+TEST_F(TransferTest, WhatCannotBeSeenToBeWholeDoesNotGo) {
+    // A file with an entry below it, and an entry that is neither a file nor a folder.
+    server_.AddFile("a.kra", base_, "1");
+    server_.AddFile("b.kra", DN("cn=a.kra"), "2");
+    server_.Apply("dn: " + DN("cn=bob") + "\nobjectClass: person\ncn: bob\nsn: bob\n");
+    for (const auto& [name, code] :
+         {std::pair("cn=a.kra", std::uint32_t{LDAP_NOT_ALLOWED_ON_NONLEAF}),
+          std::pair("cn=bob", std::uint32_t{LDAP_OBJECT_CLASS_VIOLATION})}) {
+        SCOPED_TRACE(name);
+        EXPECT_EQ(0, Download(Directory(), DN(name), At("out"), &error_, {},
+                              ExistingEntries::kReplace, SourceFate::kGoes));
+        EXPECT_EQ(code, Directory().LastError());
+        EXPECT_EQ(0, CopyEntry(Directory(), DN(name), Directory(), DN("cn=x"),
+                               ExistingEntries::kReplace, &error_, {}, SourceFate::kGoes));
+        EXPECT_FALSE(Exists(At("out")));
+    }
+    EXPECT_EQ(1, Download(Directory(), DN("cn=a.kra"), At("out"), &error_));
+}
+
+TEST_F(TransferTest, AFileWhoseBytesCannotBeSeenIsCopiedEmptyAndDoesNotGo) {
+    server_.AddFile("a.kra", base_, "1");
+    server_.AddFolder("tree", base_);
+    server_.AddFile("b.kra", DN("cn=tree"), "2");
+    work_->paths->At(0)->fileContentsAttributeName = "description";
+    for (const char* name : {"cn=a.kra", "cn=tree"}) {
+        SCOPED_TRACE(name);
+        EXPECT_EQ(0, Download(Directory(), DN(name), At("out"), &error_, {},
+                              ExistingEntries::kReplace, SourceFate::kGoes));
+        ExpectFailure(LDAP_NO_SUCH_ATTRIBUTE);
+    }
+    EXPECT_EQ(1, Download(Directory(), DN("cn=a.kra"), At("copy"), &error_));
+    EXPECT_EQ("", FileBytes(At("copy")));
 }
 
 TEST_F(TransferTest, EntriesAreFoundAndRemovedWithWhatIsBelow) {

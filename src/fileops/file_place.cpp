@@ -1,0 +1,39 @@
+#include "fileops/file_place.h"
+
+#include "fileops/depot_file.h"
+#include "fileops/transfer_source.h"
+#include "manager/display_path.h"
+#include "platform/paths.h"
+#include "platform/same_file.h"
+
+namespace depot {
+namespace {
+
+// A depot that would have to ask a server for its place is not asked for a path of the file system.
+bool IsBesideDirectory(CDepot& depot, const std::string& path) {
+    return IsFileSystemPath(path) &&
+           (depot.paths->ChoiceProbesDirectory() || IsDirectoryDepot(depot));
+}
+
+}  // namespace
+
+CLDAPItems* DirectoryOf(CDepot& depot, const std::string& path) {
+    return IsBesideDirectory(depot, path) ? nullptr : depot.DirectoryConnection();
+}
+
+std::string StorageOf(CDepot& depot, const std::string& path) {
+    return IsBesideDirectory(depot, path) ? path : DisplayToStorage(depot, path);
+}
+
+bool HoldsRoot(CDepot& depot, const std::string& path) {
+    if (IsBesideDirectory(depot, path)) return false;
+    const std::string storage = DisplayToStorage(depot, path);
+    const std::string root = BuildDisplayPath(depot, {}, PathForm::kStorage, DepotName::kKey);
+    if (root.empty()) return false;
+    if (const CLDAPItems* const directory = depot.DirectoryConnection()) {
+        return IsSameEntry(*directory, storage, root) || IsBelowEntry(*directory, root, storage);
+    }
+    return IsSameFile(storage, root) || IsInsideFolder(root, storage);
+}
+
+}  // namespace depot

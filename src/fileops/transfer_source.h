@@ -1,0 +1,38 @@
+// What a source entry is, and what is known of it before it is transferred.
+#pragma once
+
+#include <string>
+
+#include "directory/ldap_items.h"
+#include "fileops/transfer_progress.h"
+
+namespace depot {
+
+// A file entry with its bytes, or a folder entry with its children.
+struct SourceEntry {
+    bool isFolder = false;
+    FileBuffer contents;
+    LdapItemList children;
+};
+
+// Tells whether the name of an entry looks like a folder's. One that carries no naming attribute,
+// such as the base itself, does.
+bool LooksLikeFolder(CLDAPItems& directory, const std::string& dn);
+
+// Finds out what the entry is and reads it. Returns the directory's code. An entry that is to go
+// and has more than what was read, or whose bytes or kind cannot be seen, is a failure.
+// REQUIRES: the directory is connected.
+std::uint32_t ReadSource(CLDAPItems& directory, const std::string& dn, SourceFate fate,
+                         SourceEntry& source);
+
+// Tells whether the entry is the other one, or lies below it, going by the names alone: blanks and
+// letter case make no difference.
+bool IsSameEntry(const CLDAPItems& directory, const std::string& dn, const std::string& other);
+bool IsBelowEntry(const CLDAPItems& directory, const std::string& dn, const std::string& folder);
+
+// Tells whether an entry of that name is the same one through both connections: two names of one
+// server, and two servers that replicate each other, show the same identifier.
+// REQUIRES: both are connected.
+bool IsSameDirectory(CLDAPItems& one, CLDAPItems& other, const std::string& dn);
+
+}  // namespace depot
