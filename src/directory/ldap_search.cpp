@@ -109,15 +109,21 @@ int CLDAPItems::ReadFileContents(const std::string& dn, FileBuffer& buffer,
     LDAPMessage* const named = EntryNamed(result.get(), dn);
     LDAPMessage* const entry =
         named ? named : client_.ldap_first_entry(handle_.get(), result.get());
-    if (entry == nullptr) return 1;
+    if (entry == nullptr) {
+        // Without memory the client hands out nothing although there is something.
+        const bool none = client_.ldap_count_entries(handle_.get(), result.get()) == 0;
+        return none ? 1 : Fail(LDAP_NO_MEMORY, nullptr);
+    }
     AttributeWalk walk(client_, handle_.get(), entry);
     for (; walk.Name(); walk.Next()) {
         if (!EqualsNoCase(walk.Name(), wanted)) continue;
         const UniqueLdapBytes values = walk.Bytes();
-        if (values && *values) CopyValue(**values, buffer);
-        break;
+        // Taken for empty, the file would be replaced by what the user makes of an empty one.
+        if (!values) return Fail(LDAP_NO_MEMORY, nullptr);
+        if (*values) CopyValue(**values, buffer);
+        return 1;
     }
-    return 1;
+    return client_.LdapGetLastError() == LDAP_NO_MEMORY ? Fail(LDAP_NO_MEMORY, nullptr) : 1;
 }
 
 bool CLDAPItems::HasValue(LDAPMessage* entry, const char* attribute, const char* wanted) const {

@@ -1,7 +1,5 @@
 #include "manager/depot_file_context.h"
 
-#include <utility>
-
 #include "config/profile_file.h"
 #include "manager/display_path.h"
 #include "manager/resolve_item.h"
@@ -82,12 +80,16 @@ bool DepotFileContext::IsInDirectory() const {
 }
 
 int DepotFileContext::Release() {
+    // Without memory for the write-back a changed copy stays: it holds the only edit.
+    isWorkingCopy_ = isWorkingCopy_ && !changed;
     CLDAPItems* const directory = depot ? depot->DirectoryConnection() : nullptr;
     // What was written to a file of the file system is already in the file itself.
     if (directory == nullptr) return 1;
     const std::string entry = DisplayToStorage(*depot, depotPath);
+    const int result = ReleaseLocal(*directory, entry, localPath, changed, nullptr, origin_);
     isWorkingCopy_ = false;
-    return ReleaseLocal(*directory, entry, std::exchange(localPath, {}), changed, nullptr, origin_);
+    localPath.clear();
+    return result;
 }
 
 }  // namespace depot

@@ -41,7 +41,8 @@ public:
     bool IsInDirectory() const;
 
     // Lets go of the local file: a working copy is stored in its entry if it was changed, and
-    // deleted. Returns 0 when a change could not be stored.
+    // deleted. Returns 0 when a change could not be stored. When memory runs out meanwhile the file
+    // can be let go of again; a changed working copy then stays even without that.
     int Release();
 
     CDepot* depot = nullptr;  // null for a plain file; never owned

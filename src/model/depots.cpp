@@ -31,7 +31,9 @@ bool EndsEnumeration(LSTATUS status) {
 
 }  // namespace
 
-CDepots::CDepots(const std::string& path, const std::string& userDir) : userDirOverride(userDir) {
+// Delegates, so that the destructor runs for depots that were read before memory was exhausted.
+CDepots::CDepots(const std::string& path, const std::string& userDir) : CDepots() {
+    userDirOverride = userDir;
     if (path.empty()) return;
     ownsItems = true;
     Load(path);

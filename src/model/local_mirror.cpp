@@ -1,5 +1,6 @@
 #include "model/local_mirror.h"
 
+#include <new>
 #include <optional>
 #include <utility>
 #include <vector>
@@ -38,6 +39,23 @@ WorkingCopyOrigin FetchFile(CLDAPItems& directory, const std::string& dn,
     if (!found || !DetectsConflicts(directory)) return {code, std::nullopt};
     return {code, DigestOfContents(contents)};
 }
+
+// A temporary file that is deleted unless it is handed out.
+class NewWorkingCopy {
+public:
+    explicit NewWorkingCopy(std::string path) : path_(std::move(path)) {}
+    ~NewWorkingCopy() {
+        if (!path_.empty()) DeleteFileA(path_.c_str());
+    }
+    NewWorkingCopy(const NewWorkingCopy&) = delete;
+    NewWorkingCopy& operator=(const NewWorkingCopy&) = delete;
+
+    const std::string& Path() const { return path_; }
+    std::string Release() { return std::exchange(path_, {}); }
+
+private:
+    std::string path_;
+};
 
 struct LocalChild {
     std::string dn;
@@ -102,6 +120,8 @@ public:
         if (!bytes_) readError_ = GetLastError();
         reason_ = origin.code;
         const std::uint32_t code = Store(origin);
+        // What cannot be read now may still hold the user's edit.
+        mustStay_ = !bytes_ && PathExists(localPath_);
         if (code == LDAP_SUCCESS) return code;
         reason_ = code;
         KeepWorkingCopy();
@@ -111,14 +131,17 @@ public:
     // Whether the only copy of the user's bytes is the working copy itself.
     bool MustStay() const { return mustStay_; }
 
-    // Tells what was kept; nothing when nothing had to be.
-    void Report(std::string* errorText) {
+    // Tells what was kept; nothing when nothing had to be. What was done stays done also when
+    // memory runs out here.
+    void Report(std::string* errorText) try {
         if (kept_.empty() && reason_ != kContentsChanged) return;
         std::string text = Reason();
         if (!text.empty() && !kept_.empty()) text += "\n";
         text += kept_;
         if (errorText != nullptr) *errorText = text;
         ShowNotice(text, kMessageTitle, nullptr);
+    } catch (const std::bad_alloc&) {
+        return;
     }
 
 private:
@@ -239,16 +262,12 @@ ConnectionScope::~ConnectionScope() {
 }
 
 std::string FetchToLocal(CLDAPItems& directory, const std::string& dn, WorkingCopyOrigin* origin) {
-    const std::string localPath = MakeTempFileName();
+    NewWorkingCopy copy(MakeTempFileName());
     const ConnectionScope connection(directory, nullptr);
-    if (!connection) {
-        DeleteFileA(localPath.c_str());
-        if (origin != nullptr) *origin = {directory.LastError(), std::nullopt};
-        return {};
-    }
-    WorkingCopyOrigin fetched = FetchFile(directory, dn, localPath);
+    WorkingCopyOrigin fetched = {directory.LastError(), std::nullopt};
+    if (connection) fetched = FetchFile(directory, dn, copy.Path());
     if (origin != nullptr) *origin = std::move(fetched);
-    return localPath;
+    return connection ? copy.Release() : std::string();
 }
 
 int ReleaseLocal(CLDAPItems& directory, const std::string& dn, const std::string& localPath,

@@ -54,10 +54,10 @@ std::string FetchToLocal(CLDAPItems& directory, const std::string& dn,
 // set is a parameter error, which is shown. `origin` is what the fetch left.
 //
 // No edit is lost. Bytes that cannot be stored are kept among the recovered files; where even that
-// fails the working copy stays. The entry's present bytes are kept there before a working copy that
-// cannot be read, or that was fetched incompletely, takes their place; when they cannot be kept the
-// entry stays as it is. A message box tells of each of these, and its text ends with the path of
-// what was kept.
+// fails the working copy stays, as does one that is there but cannot be read. The entry's present
+// bytes are kept there before a working copy that cannot be read, or that was fetched incompletely,
+// takes their place; when they cannot be kept the entry stays as it is. A message box tells of each
+// of these, and its text ends with the path of what was kept.
 //
 // Where the location wants conflicts detected, bytes that are not those of `origin` stay in the
 // entry, and the working copy is kept as one that cannot be stored.

@@ -4,7 +4,9 @@
 
 #include <string>
 
+#include "platform/compiler.h"
 #include "platform/win32.h"
+#include "support/module_imports.h"
 
 namespace depot::test {
 
@@ -16,51 +18,29 @@ public:
     ImportPatch(const char* name, Function replacement) : slot_(FindSlot(name)) {
         if (slot_ == nullptr) return;
         genuine_ = *slot_;
-        Store(reinterpret_cast<ULONG_PTR>(replacement));
+        StoreImport(slot_, FunctionCast<FARPROC>(replacement));
     }
     ~ImportPatch() {
-        if (slot_ != nullptr) Store(genuine_);
+        if (slot_ != nullptr) StoreImport(slot_, genuine_);
     }
     ImportPatch(const ImportPatch&) = delete;
     ImportPatch& operator=(const ImportPatch&) = delete;
 
     // Whether the program imports the function at all.
     bool IsInPlace() const { return slot_ != nullptr; }
-    Function Genuine() const { return reinterpret_cast<Function>(genuine_); }
+    Function Genuine() const { return FunctionCast<Function>(genuine_); }
 
 private:
-    static ULONG_PTR* FindSlot(const std::string& name) {
-        auto* const base = reinterpret_cast<BYTE*>(GetModuleHandleA(nullptr));
-        const auto* const dos = reinterpret_cast<const IMAGE_DOS_HEADER*>(base);
-        const auto* const headers =
-            reinterpret_cast<const IMAGE_NT_HEADERS64*>(base + dos->e_lfanew);
-        const IMAGE_DATA_DIRECTORY& directory =
-            headers->OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_IMPORT];
-        for (const auto* library =
-                 reinterpret_cast<const IMAGE_IMPORT_DESCRIPTOR*>(base + directory.VirtualAddress);
-             library->Name != 0; ++library) {
-            const auto* names =
-                reinterpret_cast<const IMAGE_THUNK_DATA64*>(base + library->OriginalFirstThunk);
-            auto* slots = reinterpret_cast<ULONG_PTR*>(base + library->FirstThunk);
-            for (; names->u1.AddressOfData != 0; ++names, ++slots) {
-                if (IMAGE_SNAP_BY_ORDINAL64(names->u1.Ordinal)) continue;
-                const auto* const imported =
-                    reinterpret_cast<const IMAGE_IMPORT_BY_NAME*>(base + names->u1.AddressOfData);
-                if (name == reinterpret_cast<const char*>(imported->Name)) return slots;
-            }
-        }
-        return nullptr;
+    static FARPROC* FindSlot(const std::string& name) {
+        FARPROC* found = nullptr;
+        VisitImports(GetModuleHandleA(nullptr), [&](const char* imported, FARPROC* slot) {
+            if (found == nullptr && name == imported) found = slot;
+        });
+        return found;
     }
 
-    void Store(ULONG_PTR target) {
-        DWORD before = 0;
-        VirtualProtect(slot_, sizeof(*slot_), PAGE_READWRITE, &before);
-        *slot_ = target;
-        VirtualProtect(slot_, sizeof(*slot_), before, &before);
-    }
-
-    ULONG_PTR* slot_;
-    ULONG_PTR genuine_ = 0;
+    FARPROC* slot_;
+    FARPROC genuine_ = nullptr;
 };
 
 }  // namespace depot::test

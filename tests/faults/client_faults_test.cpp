@@ -1,0 +1,305 @@
+// The methods of the interface while system calls fail: each answers, nothing of the user's is
+// lost, and nothing stays held.
+#include "faults/faulty_client.h"
+
+namespace depot::test {
+namespace {
+
+using testing::AnyOf;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+constexpr char kOld[] = "[S]\r\nK=old\r\nL=keep\r\n";
+constexpr char kNew[] = "[S]\r\nK=new\r\nL=keep\r\n";
+// What a client makes of a file that could not be fetched.
+constexpr char kNewAlone[] = "[S]\r\nK=new\r\n";
+// What is stored of a working copy that cannot be read.
+constexpr char kNothing[] = " ";
+
+bool Holds(const std::string& text, const char* part) {
+    return text.find(part) != std::string::npos;
+}
+
+// A working copy stays only when it holds the only edit.
+void ExpectNoNeedlessCopies(const std::string& elsewhere) {
+    for (const std::string& path : WorkingCopies()) {
+        EXPECT_TRUE(Holds(FileBytes(path), "K=new") && !Holds(elsewhere, "K=new")) << path;
+    }
+}
+
+// Each test runs on a folder depot and on a directory depot.
+class ClientFaultsTest : public FaultyClientTest, public testing::WithParamInterface<const char*> {
+protected:
+    std::string Path(const std::string& relative) const {
+        return "<" + std::string(GetParam()) + ">\\" + relative;
+    }
+    bool InDirectory() const { return GetParam() == std::string("Corp"); }
+
+    // A new world for a run: no credentials in doubt, nothing left by the last run.
+    void Forget() {
+        ForgetServer(server_.Port());
+        CleanWorkingFiles();
+    }
+
+    LONG_PTR Load(const std::string& path) {
+        LONG_PTR handle = 0;
+        Succeeded(api_->DPLoadFile(&handle, Text(path)));
+        return handle;
+    }
+    void End(LONG_PTR handle) { EXPECT_EQ(S_OK, api_->DPUnInitialize(handle)); }
+
+    std::wstring ReadValue(LONG_PTR handle) {
+        OutText value;
+        const bool read =
+            Succeeded(api_->DPGetProfileString(handle, Text("S"), Text("K"), Text("-"), value, 99));
+        EXPECT_EQ(read, !value.IsNull());
+        return value.Value();
+    }
+};
+
+TEST_P(ClientFaultsTest, LoadWriteAndFlushLoseNothing) {
+    const std::string path = Path("office.kra");
+    bool written = false;
+    RunWithFaults(
+        {
+            [&] {
+                Forget();
+                Put(path, kOld);
+            },
+            [&] {
+                written = false;
+                const LONG_PTR handle = Load(path);
+                if (handle == 0) return;
+                EXPECT_THAT(ReadValue(handle), AnyOf(L"old", L"-", L"(null)"));
+                Succeeded(api_->DPSetProfileString(handle, Text("S"), Text("K"), Text("new")));
+                written = ReadValue(handle) == L"new";
+                Succeeded(api_->DPFlushFile(handle));
+                ReadValue(handle);
+                End(handle);
+            },
+            [&](std::optional<FaultKind> failing) {
+                const std::string stored = Get(path).value_or("(missing)");
+                if (!failing) {
+                    EXPECT_EQ(kNew, stored);
+                }
+                EXPECT_THAT(stored, AnyOf(kOld, kNew, kNewAlone, kNothing));
+                const std::string everywhere = stored + Kept();
+                EXPECT_THAT(everywhere, HasSubstr("L=keep"));
+                if (failing != FaultKind::kFile) ExpectNoNeedlessCopies(stored + Recovered());
+                if (written) {
+                    EXPECT_THAT(everywhere, HasSubstr("K=new"));
+                }
+            },
+        },
+        kManyRuns);
+}
+
+TEST_P(ClientFaultsTest, EndOfTheSessionLosesNothing) {
+    const std::string path = Path("office.kra");
+    LONG_PTR handle = 0;
+    RunWithFaults({
+                      [&] {
+                          Forget();
+                          Put(path, kOld);
+                          handle = Load(path);
+                          EXPECT_EQ(S_OK, api_->DPSetProfileString(handle, Text("S"), Text("K"),
+                                                                   Text("new")));
+                      },
+                      [&] { End(handle); },
+                      [&](std::optional<FaultKind> failing) {
+                          const std::string stored = Get(path).value_or("(missing)");
+                          if (!failing) {
+                              EXPECT_EQ(kNew, stored);
+                          }
+                          EXPECT_THAT(stored, AnyOf(kOld, kNew, kNothing));
+                          EXPECT_THAT(stored + Kept(), HasSubstr("K=new"));
+                          if (failing != FaultKind::kFile)
+                              ExpectNoNeedlessCopies(stored + Recovered());
+                      },
+                  },
+                  kManyRuns);
+}
+
+TEST_P(ClientFaultsTest, ListingsHoldOnlyWhatIsThere) {
+    for (const char* const name : {"a.kra", "b.kra", "c.kra"}) Put(Path("list\\") + name, "x");
+    std::vector<std::wstring> found;
+    RunWithFaults({
+        [&] { Forget(); },
+        [&] {
+            found.clear();
+            LONG_PTR handle = 0;
+            LONG count = 0;
+            Succeeded(
+                api_->DPFindInit(&handle, Text(Path("list\\")), Text(".kra"), APP_SKEIN, &count));
+            for (LONG index = 0; handle != 0 && index < count; ++index) {
+                OutText name;
+                if (Succeeded(api_->DPFindNext(handle, index, name))) found.push_back(name.Value());
+            }
+            if (handle != 0) End(handle);
+        },
+        [&](std::optional<FaultKind> failing) {
+            if (!failing) {
+                EXPECT_EQ(3u, found.size());
+            }
+            for (const std::wstring& name : found) {
+                EXPECT_THAT(name, AnyOf(Wide(Path("list\\a.kra")), Wide(Path("list\\b.kra")),
+                                        Wide(Path("list\\c.kra"))));
+            }
+        },
+    });
+}
+
+TEST_P(ClientFaultsTest, CopyToALocalFileLeavesTheSourceAlone) {
+    const std::string path = Path("office.kra");
+    const std::string copy = folder_.At("copy.kra");
+    Put(path, kOld);
+    bool copied = false;
+    RunWithFaults({
+        [&] {
+            Forget();
+            DeleteFileA(copy.c_str());
+        },
+        [&] {
+            LONG_PTR handle = 0;
+            copied = false;
+            if (Succeeded(api_->DPInitialize(&handle))) {
+                copied = Succeeded(
+                    api_->DPCopyFileToLocalFS(handle, Text(path), Text(copy), VARIANT_TRUE));
+                End(handle);
+            }
+        },
+        [&](std::optional<FaultKind> failing) {
+            EXPECT_EQ(kOld, Get(path).value_or("(missing)"));
+            if (!failing) {
+                EXPECT_EQ(kOld, FileBytes(copy));
+            }
+            // A source that cannot be read is copied as an empty file.
+            if (copied) {
+                EXPECT_THAT(FileBytes(copy), AnyOf(kOld, ""));
+            }
+            EXPECT_THAT(RecoveredFiles(), IsEmpty());
+        },
+    });
+}
+
+TEST_P(ClientFaultsTest, NumberedCopyIsWholeOrNotThere) {
+    const std::string path = Path("office.kra");
+    const std::string copy = Path("office - copy.kra");
+    Put(path, kOld);
+    bool copied = false;
+    std::wstring name;
+    RunWithFaults({
+        [&] {
+            Forget();
+            Remove(copy);
+            Remove(Path("office - copy (2).kra"));
+        },
+        [&] {
+            LONG_PTR handle = 0;
+            copied = false;
+            if (Succeeded(api_->DPInitialize(&handle))) {
+                OutText made;
+                copied = Succeeded(api_->DPMakeCopyFromSrcFile(handle, Text(path), made));
+                name = made.Value();
+                End(handle);
+            }
+        },
+        [&](std::optional<FaultKind> failing) {
+            EXPECT_EQ(kOld, Get(path).value_or("(missing)"));
+            EXPECT_EQ(kOld, Get(copy).value_or(kOld));
+            if (!failing) {
+                EXPECT_EQ(Wide(copy), name);
+            }
+            if (copied) {
+                EXPECT_EQ(kOld, Get(std::string(name.begin(), name.end())));
+            }
+        },
+    });
+}
+
+TEST_P(ClientFaultsTest, RenameLeavesTheFileUnderOneOfItsNames) {
+    const std::string path = Path("office.kra");
+    const std::string other = Path("other.kra");
+    bool renamed = false;
+    RunWithFaults({
+        [&] {
+            Forget();
+            Remove(other);
+            Put(path, kOld);
+        },
+        [&] {
+            LONG_PTR handle = 0;
+            renamed = false;
+            if (Succeeded(api_->DPInitialize(&handle))) {
+                renamed = Succeeded(api_->DPRenameFile(handle, Text(path), Text(other)));
+                End(handle);
+            }
+        },
+        [&](std::optional<FaultKind> failing) {
+            EXPECT_NE(Get(path).has_value(), Get(other).has_value());
+            EXPECT_EQ(kOld, Get(renamed ? other : path));
+            EXPECT_TRUE(failing || renamed);
+        },
+    });
+}
+
+TEST_P(ClientFaultsTest, DeletionSaysWhetherTheFileIsGone) {
+    const std::string path = Path("office.kra");
+    bool deleted = false;
+    RunWithFaults({
+        [&] {
+            Forget();
+            Put(path, kOld);
+        },
+        [&] {
+            LONG_PTR handle = 0;
+            deleted = false;
+            if (Succeeded(api_->DPInitialize(&handle))) {
+                deleted = Succeeded(api_->DPDeleteFile(handle, Text(path)));
+                End(handle);
+            }
+        },
+        [&](std::optional<FaultKind> failing) {
+            EXPECT_EQ(deleted ? std::nullopt : Contents(kOld), Get(path));
+            EXPECT_TRUE(failing || deleted);
+        },
+    });
+}
+
+TEST_P(ClientFaultsTest, PublishingLeavesTheClientsAloneAndTheirCopiesWhole) {
+    const std::string profile = Path("out\\all.ske");
+    const std::string source = Path("in\\one.kra");
+    const std::string copy = Path("out\\one.kra");
+    const std::string text = "[Skein]\r\nCount=1\r\n[Clients]\r\nC1=" + source + "\r\n";
+    Put(source, kOld);
+    bool published = false;
+    RunWithFaults({
+        [&] {
+            Forget();
+            Remove(copy);
+            Put(profile, text);
+        },
+        [&] {
+            published = false;
+            const LONG_PTR handle = Load(profile);
+            if (handle == 0) return;
+            published = Succeeded(api_->DPPublishSkesDepFiles(handle));
+            End(handle);
+        },
+        [&](std::optional<FaultKind> failing) {
+            EXPECT_EQ(kOld, Get(source).value_or("(missing)"));
+            EXPECT_EQ(kOld, Get(copy).value_or(kOld));
+            if (!failing) {
+                EXPECT_EQ(kOld, Get(copy).value_or("(missing)"));
+            }
+            EXPECT_THAT(Get(profile).value_or("(missing)") + Kept(), HasSubstr("Count=1"));
+            EXPECT_TRUE(failing || published);
+        },
+    });
+}
+
+INSTANTIATE_TEST_SUITE_P(Stores, ClientFaultsTest, testing::Values("Work", "Corp"),
+                         [](const auto& store) { return std::string(store.param); });
+
+}  // namespace
+}  // namespace depot::test

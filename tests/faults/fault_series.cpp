@@ -1,0 +1,65 @@
+#include "faults/fault_series.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+
+namespace depot::test {
+namespace {
+
+// A queue of the component may or may not need a block more than before.
+constexpr std::ptrdiff_t kSpareBlocks = 2;
+
+constexpr int kAll = 1 << 20;
+
+int Run(const FaultyOperation& operation, FaultKind kind, int number, int count) {
+    const Holdings before = FaultLayer::Held();
+    operation.prepare();
+    FaultLayer::TakeBoxes();
+    FaultLayer::Fail(kind, number, count);
+    operation.operate();
+    const int calls = FaultLayer::Stop();
+    EXPECT_EQ("", FaultLayer::Held().Since(before, kSpareBlocks));
+    operation.verify(number == 0 ? std::nullopt : std::optional(kind));
+    return calls;
+}
+
+bool IsThorough() {
+    return std::getenv("DEPOTINTR_THOROUGH") != nullptr;
+}
+
+// Fills the caches, and lets an exception be thrown without memory once: before it can use what it
+// keeps for that, the C++ runtime makes itself a lock, for which it needs memory.
+void WarmUp(const FaultyOperation& operation) {
+    for (int number = 0; number < 12; ++number) {
+        operation.prepare();
+        FaultLayer::Fail(FaultKind::kMemory, number, 2);
+        operation.operate();
+        FaultLayer::Stop();
+    }
+}
+
+}  // namespace
+
+void RunWithFaults(const FaultyOperation& operation, int runs) {
+    WarmUp(operation);
+    for (const FaultKind kind : kFaultKinds) {
+        const int calls = Run(operation, kind, 0, 0);
+        std::printf("  %s: %d calls\n", NameOf(kind), calls);
+        const int fine = IsThorough() ? calls : runs / 2;
+        const int coarse = 1 + std::max(0, calls - fine) / (runs / 2);
+        for (const int count : {1, kAll}) {
+            for (int number = 1; number <= calls; number += number < fine ? 1 : coarse) {
+                SCOPED_TRACE(std::string(NameOf(kind)) + " call " + std::to_string(number) +
+                             (count > 1 ? " and all that follow" : ""));
+                Run(operation, kind, number, count);
+                if (testing::Test::HasFatalFailure()) return;
+            }
+        }
+    }
+    Run(operation, FaultKind::kMemory, 0, 0);
+}
+
+}  // namespace depot::test

@@ -1,0 +1,29 @@
+// Runs an operation again and again, each time with another system call failing.
+#pragma once
+
+#include <functional>
+#include <optional>
+
+#include "faults/fault_layer.h"
+
+namespace depot::test {
+
+// One operation in a world that is made anew for each run.
+struct FaultyOperation {
+    std::function<void()> prepare;
+    std::function<void()> operate;
+    // Looks at what a run left; `failing` is nothing for the run without a failing call.
+    std::function<void(std::optional<FaultKind> failing)> verify;
+};
+
+// How many runs there are of each kind: the first half of them takes the first calls one by one,
+// and the rest are spread over the calls that remain. With DEPOTINTR_THOROUGH set each call fails.
+inline constexpr int kFewRuns = 16;
+inline constexpr int kManyRuns = 40;
+
+// Counts the calls of each kind that the operation makes, and then lets the n-th of them fail, once
+// alone and once with all that follow. After each run nothing may be held that was not held before.
+// The last run is one without a failing call.
+void RunWithFaults(const FaultyOperation& operation, int runs = kFewRuns);
+
+}  // namespace depot::test

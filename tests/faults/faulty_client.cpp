@@ -1,0 +1,74 @@
+#include "faults/faulty_client.h"
+
+namespace depot::test {
+namespace {
+
+constexpr std::string_view kWork = "<Work>\\";
+constexpr std::string_view kCorp = "<Corp>\\";
+
+}  // namespace
+
+FaultyClientTest::FaultyClientTest() {
+    ForgetServer(server_.Port());
+    location_ = server_.Location(base_).Clone();
+    items_ = std::make_unique<CLDAPItems>(location_.get());
+    EXPECT_EQ(1, items_->ConnectLocation(nullptr));
+    depots_.Text("Corp", "Path1", base_);
+    depots_.Dword("Corp", "Type1", kDirectoryLocation);
+    depots_.Text("Corp", "Host1", "127.0.0.1");
+    depots_.Dword("Corp", "Port1", server_.Port());
+    depots_.Dword("Corp", "Authentication1", kSimpleAuthentication);
+    depots_.Text("Corp", "Username1", kEditor);
+    depots_.Text("Corp", "Password1", kEditorPassword);
+}
+
+FaultyClientTest::Contents FaultyClientTest::Get(const std::string& displayPath) {
+    if (displayPath.starts_with(kWork)) {
+        const std::string path = work_ + "\\" + displayPath.substr(kWork.size());
+        return Exists(path) ? Contents(FileBytes(path)) : std::nullopt;
+    }
+    const std::string path = base_ + "\\" + displayPath.substr(kCorp.size());
+    FileBuffer buffer;
+    if (items_->ReadFileContents(items_->PathToDN(path), buffer) == 0) {
+        EXPECT_EQ(LDAP_NO_SUCH_OBJECT, static_cast<int>(items_->LastError()));
+        return std::nullopt;
+    }
+    return std::string(reinterpret_cast<const char*>(buffer.bytes.get()), buffer.length);
+}
+
+void FaultyClientTest::Put(const std::string& displayPath, const std::string& bytes) {
+    if (displayPath.starts_with(kWork)) {
+        const std::string file = "Work\\" + displayPath.substr(kWork.size());
+        folder_.MakeFolder(file.substr(0, file.rfind('\\')));
+        folder_.MakeFile(file, bytes);
+        return;
+    }
+    const auto length = static_cast<std::uint32_t>(bytes.size());
+    const std::string dn = items_->PathToDN(base_ + "\\" + displayPath.substr(kCorp.size()));
+    const std::string name = displayPath.substr(displayPath.rfind('\\') + 1);
+    EXPECT_EQ(1, items_->EnsureFolderPath(dn, false, nullptr));
+    if (items_->ReplaceFileContents(dn, bytes.data(), length) == LDAP_SUCCESS) return;
+    EXPECT_EQ(0u, items_->AddFileEntry(dn, name, bytes.data(), length));
+}
+
+void FaultyClientTest::Remove(const std::string& displayPath) {
+    if (displayPath.starts_with(kWork)) {
+        DeleteFileA((work_ + "\\" + displayPath.substr(kWork.size())).c_str());
+        return;
+    }
+    items_->DeleteTree(items_->PathToDN(base_ + "\\" + displayPath.substr(kCorp.size())), nullptr);
+}
+
+std::string FaultyClientTest::Recovered() {
+    std::string kept;
+    for (const std::string& path : RecoveredFiles()) kept += FileBytes(path);
+    return kept;
+}
+
+std::string FaultyClientTest::Kept() {
+    std::string kept = Recovered();
+    for (const std::string& path : WorkingCopies()) kept += FileBytes(path);
+    return kept;
+}
+
+}  // namespace depot::test

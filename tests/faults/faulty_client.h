@@ -1,0 +1,44 @@
+// A client of the component whose system calls fail.
+#pragma once
+
+#include <gmock/gmock.h>
+
+#include "component/component.h"
+#include "faults/fault_layer.h"
+#include "faults/fault_series.h"
+#include "support/directory_server.h"
+#include "support/working_files.h"
+
+namespace depot::test {
+
+// The folder depot "Work" and the directory depot "Corp" with the calls of the component behind a
+// fault layer. Files of both are made and looked at by the test itself, whose calls never fail.
+class FaultyClientTest : public ComponentTest {
+protected:
+    FaultyClientTest();
+
+    // What a file of a depot holds; nothing when there is none.
+    using Contents = std::optional<std::string>;
+    Contents Get(const std::string& displayPath);
+    void Put(const std::string& displayPath, const std::string& bytes);
+    void Remove(const std::string& displayPath);
+
+    // Every result of a method is one of these two.
+    static bool Succeeded(HRESULT result) {
+        EXPECT_TRUE(result == S_OK || result == S_FALSE) << std::hex << result;
+        return result == S_OK;
+    }
+    // What the recovered files and the working copies hold, one after another.
+    static std::string Kept();
+    static std::string Recovered();
+
+    DirectoryServer& server_ = SharedServer();
+    std::string base_ = NewFolder();
+    CleanWorkingFiles clean_;
+    const std::string work_ = DefineDepot("Work");
+    std::unique_ptr<CDepotPath> location_;
+    std::unique_ptr<CLDAPItems> items_;
+    FaultLayer layer_{Library::Own().Module()};
+};
+
+}  // namespace depot::test
