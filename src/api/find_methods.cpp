@@ -19,8 +19,8 @@ STDMETHODIMP CDepotIntrApi::DPFindInit(LONG_PTR* plDPIntr, BSTR* bstrFilePath, B
         if (!wanted) return false;
         SessionTable& sessions = SessionTable::Instance();
         const LONG_PTR handle = sessions.Create();
-        DepotSession* const session = sessions.Find(handle);
-        if (session == nullptr) return false;
+        const SessionForCall session(handle, WithoutHandle::kFail);
+        if (!session) return false;
         *plDPIntr = handle;
         const std::string path = NarrowText(bstrFilePath);
         const CDepotItem folder(path, FindDepotHolding(session->Depots(), path));

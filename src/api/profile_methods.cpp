@@ -26,9 +26,9 @@ STDMETHODIMP CDepotIntrApi::DPLoadFile(LONG_PTR* plDPIntr, BSTR* bstrFileToLoad)
         // The low half decides whether there is a handle at all: a marshalled one has no other.
         const bool named = static_cast<ULONG>(given) != 0;
         const LONG_PTR handle = live == 0 && !named ? sessions.Create() : live;
-        DepotSession* const session = sessions.Find(handle);
-        if (session == nullptr) return false;
         *plDPIntr = handle;
+        const SessionForCall session(handle, WithoutHandle::kFail);
+        if (!session) return false;
         session->LoadFile(NarrowText(bstrFileToLoad));
         return true;
     });

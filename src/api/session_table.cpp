@@ -41,7 +41,7 @@ LONG_PTR SessionTable::Publish(void* slot) {
     const auto handle = reinterpret_cast<LONG_PTR>(slot);
     try {
         const std::lock_guard guard(lock_);
-        live_.insert(handle);
+        sessions_.emplace(handle, Use());
         return handle;
     } catch (...) {
         DestroyRemoved(handle);
@@ -51,7 +51,26 @@ LONG_PTR SessionTable::Publish(void* slot) {
 
 DepotSession* SessionTable::Find(LONG_PTR handle) {
     const std::lock_guard guard(lock_);
-    return live_.contains(handle) ? AsSession(handle) : nullptr;
+    return IsLive(handle) ? AsSession(handle) : nullptr;
+}
+
+DepotSession* SessionTable::Enter(LONG_PTR handle) {
+    const std::lock_guard guard(lock_);
+    if (!IsLive(handle) || sessions_[handle].busy) return nullptr;
+    sessions_[handle].busy = true;
+    return AsSession(handle);
+}
+
+void SessionTable::Leave(LONG_PTR handle) {
+    {
+        const std::lock_guard guard(lock_);
+        const auto found = sessions_.find(handle);
+        if (found == sessions_.end()) return;
+        found->second.busy = false;
+        if (!found->second.ending) return;
+        sessions_.erase(found);
+    }
+    DestroyRemoved(handle);
 }
 
 LONG_PTR SessionTable::Widen(LONG_PTR handle) {
@@ -69,17 +88,28 @@ void SessionTable::Abandon(LONG_PTR handle) {
 }
 
 void SessionTable::DestroyAll() {
-    std::unordered_set<LONG_PTR> left;
+    std::unordered_map<LONG_PTR, Use> left;
     {
         const std::lock_guard guard(lock_);
-        left.swap(live_);
+        left.swap(sessions_);
     }
-    for (const LONG_PTR handle : left) DestroyRemoved(handle);
+    for (const auto& [handle, use] : left) DestroyRemoved(handle);
 }
 
+bool SessionTable::IsLive(LONG_PTR handle) const {
+    const auto found = sessions_.find(handle);
+    return found != sessions_.end() && !found->second.ending;
+}
+
+// Returns whether nobody is at work on the session that was removed.
 bool SessionTable::Remove(LONG_PTR handle) {
     const std::lock_guard guard(lock_);
-    return live_.erase(handle) > 0;
+    const auto found = sessions_.find(handle);
+    if (found == sessions_.end()) return false;
+    found->second.ending = true;
+    if (found->second.busy) return false;
+    sessions_.erase(found);
+    return true;
 }
 
 void SessionTable::DestroyRemoved(LONG_PTR handle) {
@@ -94,8 +124,13 @@ SessionForCall::SessionForCall(LONG_PTR handle, WithoutHandle withoutHandle) {
         temporary_ = std::make_unique<DepotSession>();
         session_ = temporary_.get();
     } else {
-        session_ = SessionTable::Instance().Find(handle);
+        session_ = SessionTable::Instance().Enter(handle);
+        if (session_ != nullptr) entered_ = handle;
     }
+}
+
+SessionForCall::~SessionForCall() {
+    if (entered_ != 0) SessionTable::Instance().Leave(entered_);
 }
 
 }  // namespace depot

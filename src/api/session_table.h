@@ -3,7 +3,7 @@
 
 #include <memory>
 #include <mutex>
-#include <unordered_set>
+#include <unordered_map>
 
 #include "manager/depot_session.h"
 #include "platform/low_memory.h"
@@ -24,12 +24,19 @@ public:
     // Returns the session of a live handle, or null.
     DepotSession* Find(LONG_PTR handle);
 
+    // Takes the session of a live handle for one call, which Leave ends. Null when there is none,
+    // or when a call is at work on it: one that shows a message, which lets the client's own
+    // windows call again, must find its session as it was.
+    DepotSession* Enter(LONG_PTR handle);
+    void Leave(LONG_PTR handle);
+
     // Returns the live handle that `handle` stands for, or 0. A handle that came through a 32-bit
     // parameter may carry foreign bits in its upper half; they do not count when the whole value
     // names no session.
     LONG_PTR Widen(LONG_PTR handle);
 
-    // Ends the session of a live handle; any other handle is left alone.
+    // Ends the session of a live handle, at once or, when a call is at work on it, as soon as that
+    // leaves; the handle is no longer live in either case. Any other handle is left alone.
     void Destroy(LONG_PTR handle);
 
     // Takes a session out of reach of every handle without ending it.
@@ -42,28 +49,39 @@ public:
     SessionTable() = default;
 
 private:
+    struct Use {
+        bool busy = false;
+        bool ending = false;
+    };
+
     LONG_PTR Publish(void* slot);
+    bool IsLive(LONG_PTR handle) const;
     bool Remove(LONG_PTR handle);
     void DestroyRemoved(LONG_PTR handle);
 
     std::mutex lock_;
     LowMemoryPool pool_{sizeof(DepotSession)};
-    std::unordered_set<LONG_PTR> live_;
+    std::unordered_map<LONG_PTR, Use> sessions_;
 };
 
 // The session for one call: the one that a handle names, or a temporary one for handle 0 where the
-// method allows it, which ends with this object. Empty when there is no session to use.
+// method allows it, which ends with this object. Empty when there is no session to use, or when
+// another call is at work on it.
 class SessionForCall {
 public:
     enum class WithoutHandle { kFail, kMakeTemporary };
 
     SessionForCall(LONG_PTR handle, WithoutHandle withoutHandle);
+    ~SessionForCall();
+    SessionForCall(const SessionForCall&) = delete;
+    SessionForCall& operator=(const SessionForCall&) = delete;
 
     explicit operator bool() const { return session_ != nullptr; }
     DepotSession* operator->() const { return session_; }
 
 private:
     std::unique_ptr<DepotSession> temporary_;
+    LONG_PTR entered_ = 0;
     DepotSession* session_ = nullptr;
 };
 

@@ -36,13 +36,14 @@ std::string CutDefault(const std::string& defaultValue, std::uint32_t size) {
 
 // Reads the session's terminal type out of the file itself.
 std::uint32_t TerminalTypeOfSession(const std::string& path, INT defaultType) {
-    return GetPrivateProfileIntA("PROFILE", "Session Terminal Type", defaultType, path.c_str());
+    return ReadProfileInt("PROFILE", "Session Terminal Type",
+                          static_cast<std::uint32_t>(defaultType), path);
 }
 
 }  // namespace
 
 int WriteProfileValue(const char* section, const char* key, const char* value, const char* file) {
-    if (!Fits(section) || !Fits(key)) return 0;
+    if (!Fits(section) || !Fits(key) || !Fits(file)) return 0;
     if (value == nullptr) return WritePrivateProfileStringA(section, key, nullptr, file);
     const std::string quoted = QuoteProfileValue(value);
     return Fits(quoted) ? WritePrivateProfileStringA(section, key, quoted.c_str(), file) : 0;
@@ -51,7 +52,7 @@ int WriteProfileValue(const char* section, const char* key, const char* value, c
 std::string ReadProfileString(const std::string& section, const std::string& key,
                               const std::string& defaultValue, std::uint32_t size,
                               const std::string& file) {
-    if (!Fits(section) || !Fits(key)) return CutDefault(defaultValue, size);
+    if (!Fits(section) || !Fits(key) || !Fits(file)) return CutDefault(defaultValue, size);
     if (!Fits(defaultValue)) {
         // A value without text counts as missing here.
         std::string text = ReadProfileString(section, key, {}, size, file);
@@ -71,7 +72,7 @@ std::string ReadProfileString(const std::string& section, const std::string& key
 
 std::uint32_t ReadProfileInt(const std::string& section, const std::string& key,
                              std::uint32_t defaultValue, const std::string& file) {
-    if (!Fits(section) || !Fits(key)) return defaultValue;
+    if (!Fits(section) || !Fits(key) || !Fits(file)) return defaultValue;
     return GetPrivateProfileIntA(section.c_str(), key.c_str(), static_cast<INT>(defaultValue),
                                  file.c_str());
 }

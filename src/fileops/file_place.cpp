@@ -7,15 +7,6 @@
 #include "platform/same_file.h"
 
 namespace depot {
-namespace {
-
-// A depot that would have to ask a server for its place is not asked for a path of the file system.
-bool IsBesideDirectory(CDepot& depot, const std::string& path) {
-    return IsFileSystemPath(path) &&
-           (depot.paths->ChoiceProbesDirectory() || IsDirectoryDepot(depot));
-}
-
-}  // namespace
 
 CLDAPItems* DirectoryOf(CDepot& depot, const std::string& path) {
     return IsBesideDirectory(depot, path) ? nullptr : depot.DirectoryConnection();

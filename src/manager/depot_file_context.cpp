@@ -13,7 +13,7 @@ namespace {
 
 constexpr std::size_t kShortestPlainPath = 8;
 // No file has a longer path, and the system's profile functions need not survive one.
-constexpr std::size_t kLongestSystemPath = 32767;
+constexpr std::size_t kLongestSystemPath = 32766;
 
 bool IsPlainFile(const std::string& path, const CDepotItem& item, const CDepots& depots) {
     const bool absolute = path.find(":\\") != std::string::npos || path.starts_with("\\\\");
@@ -22,15 +22,20 @@ bool IsPlainFile(const std::string& path, const CDepotItem& item, const CDepots&
            PathExists(std::string(TrimTrailingBlanks(path)));
 }
 
+// A directory has no place for a path of the file system, whether or not a file is there already.
+bool IsNoDepotsFile(const std::string& path, const CDepotItem& item) {
+    return item.depot != nullptr && IsBesideDirectory(*item.depot, path);
+}
+
 }  // namespace
 
 DepotFileContext::DepotFileContext(const std::string& path, CDepots& depots) {
     if (path.empty()) return;
     CDepotItem item;
     ResolveItem(depots, path, item);
-    if (IsPlainFile(path, item, depots)) {
+    if (IsPlainFile(path, item, depots) || IsNoDepotsFile(path, item)) {
         depotPath = path;
-        localPath = path;
+        if (path.size() <= kLongestSystemPath) localPath = path;
     } else {
         Attach(item.depot, item.path);
     }

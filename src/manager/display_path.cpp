@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "manager/display_path_text.h"
+#include "platform/paths.h"
 #include "platform/text.h"
 
 namespace depot {
@@ -54,6 +55,13 @@ std::string ProfileFolder(CDepot& depot, PathForm form) {
         depot.profileFolder = BuildDisplayPath(depot, "Profile", form, DepotName::kKey);
     }
     return depot.profileFolder;
+}
+
+bool IsBesideDirectory(CDepot& depot, const std::string& path) {
+    if (!IsFileSystemPath(path)) return false;
+    if (depot.paths->ChoiceProbesDirectory()) return true;
+    const CDepotPath* const location = depot.paths->ActiveLocation();
+    return location != nullptr && location->type == kDirectoryLocation;
 }
 
 CDepot* FindDepotForPath(const CDepots& depots, const std::string& path, PathForm form,

@@ -32,6 +32,10 @@ std::string DisplayToStorage(CDepot& depot, const std::string& displayPath);
 // unchanged. Every occurrence of the root is replaced.
 std::string StorageToDisplay(CDepot& depot, const std::string& storagePath);
 
+// Tells whether the path is one of the file system and the depot a directory, which never holds it.
+// A depot that would have to ask a server for its place is not asked.
+bool IsBesideDirectory(CDepot& depot, const std::string& path);
+
 // Returns the depot's "Profile" folder in the given form.
 std::string ProfileFolder(CDepot& depot, PathForm form);
 

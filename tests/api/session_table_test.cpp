@@ -53,6 +53,32 @@ TEST_F(SessionTableTest, DestroyedSessionIsGoneAndCanBeDestroyedAgain) {
     EXPECT_NE(nullptr, table_.Find(kept));
 }
 
+TEST_F(SessionTableTest, SessionIsTakenForOneCallAtATime) {
+    const LONG_PTR handle = table_.Create();
+    EXPECT_EQ(nullptr, table_.Enter(handle + 1));
+    ASSERT_NE(nullptr, table_.Enter(handle));
+    EXPECT_EQ(nullptr, table_.Enter(handle));
+    table_.Leave(handle);
+    EXPECT_NE(nullptr, table_.Enter(handle));
+    table_.Leave(handle);
+    table_.Leave(handle + 1);
+}
+
+TEST_F(SessionTableTest, SessionThatIsEndedDuringACallGoesWhenTheCallLeaves) {
+    const LONG_PTR handle = table_.Create();
+    DepotSession* const session = table_.Enter(handle);
+    ASSERT_NE(nullptr, session);
+    table_.Destroy(handle);
+    EXPECT_EQ(nullptr, table_.Find(handle));
+    EXPECT_EQ(nullptr, table_.Enter(handle));
+    table_.Destroy(handle);
+    session->selectedItemPath = "still there";
+    table_.Leave(handle);
+    EXPECT_EQ(nullptr, table_.Find(handle));
+    // Its place is free again.
+    EXPECT_EQ(handle, table_.Create());
+}
+
 TEST_F(SessionTableTest, AbandonedSessionIsOutOfReachButNotDestroyed) {
     const LONG_PTR handle = table_.Create();
     DepotSession* const session = table_.Find(handle);

@@ -94,6 +94,10 @@ TEST_F(BrowseMethodsTest, OpenDialogIsSetUpInOneOrder) {
     EXPECT_EQ((Calls{"OwnerWindow 4711", "Mode 26", "FileType 64", "AllowEditing 0",
                      "AllowFileOperations 0", "HelpTopic 77"}),
               AskedAbout({"Owner", "Mode", "FileType", "Allow", "HelpTopic"}));
+    // The resource folder, which every session has, comes last.
+    ASSERT_GE(dialogs_.calls.size(), 3u);
+    EXPECT_EQ("HelpTopic 77", *(dialogs_.calls.rbegin() + 2));
+    EXPECT_TRUE((dialogs_.calls.rbegin() + 1)->starts_with("ResourceFolder "));
     EXPECT_EQ("ShowModal", dialogs_.calls.back());
 }
 
@@ -254,6 +258,14 @@ TEST_F(BrowseMethodsTest, SeveralFilesPassOwnerSwitchesAndTopic) {
     EXPECT_EQ((Calls{"OwnerWindow 4711", "Mode 22", "FileType 62", "AllowEditing 0",
                      "AllowFileOperations 0", "AllowMultipleSelection 1", "HelpTopic 77"}),
               AskedAbout({"Owner", "Mode", "FileType", "Allow", "HelpTopic", "Initial"}));
+}
+
+TEST_F(BrowseMethodsTest, ListThatCannotBeReadAddsNothing) {
+    dialogs_.chosenPath = L"C:\\p\\a.kra";
+    dialogs_.pathsResult = E_FAIL;
+    OutText list;
+    EXPECT_EQ(S_OK, BrowseMany(session_, list));
+    EXPECT_EQ(L"C:\\p\0a.kra\0\0"s, list.Value());
 }
 
 TEST_F(BrowseMethodsTest, SmallSizeReturnsOnlyTheNamesThatFit) {

@@ -81,6 +81,14 @@ TEST_F(FolderDepotsTest, DepotPathIsFoundByDisplayNameInAnyCase) {
     EXPECT_EQ(L"<Team>\\a", FromDisplayName(0, "<<<The Team>\\a"));
 }
 
+TEST_F(FolderDepotsTest, OfTwoDepotsOfOneDisplayNameTheFirstInTheListIsTaken) {
+    DefineDepot("Alpha", "Twins");
+    DefineDepot("Beta", "Twins");
+    depots_.Dword("Alpha", "OrderIndex", 2);
+    depots_.Dword("Beta", "OrderIndex", 1);
+    EXPECT_EQ(L"<Beta>\\a.kra", FromDisplayName(0, "<Twins>\\a.kra"));
+}
+
 TEST_F(FolderDepotsTest, UnknownDisplayNameIsRefused) {
     for (const char* name : {"<Nobody>\\a.kra", "<Work>\\a.kra", "", "<>\\", "<", ">", "\\",
                              "<The Teams>\\a", "<The Tea>\\a"}) {

@@ -59,7 +59,7 @@ public:
     STDMETHODIMP get_ChosenPaths(SAFEARRAY** paths) override {
         Note("get ChosenPaths");
         *paths = script_.chosenPaths();
-        return S_OK;
+        return script_.pathsResult;
     }
     STDMETHODIMP put_InitialFileName(BSTR name) override {
         return Note("InitialFileName " + Narrow(name));

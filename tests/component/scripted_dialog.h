@@ -26,6 +26,7 @@ public:
     bool extended = true;  // whether the dialogs know the second interface
     std::wstring chosenPath;
     HRESULT pathResult = S_OK;
+    HRESULT pathsResult = S_OK;
     // Returns a new array, which the caller destroys.
     std::function<SAFEARRAY*()> chosenPaths = [] { return nullptr; };
     std::function<void()> whileShown = [] {};

@@ -69,6 +69,16 @@ TEST_F(WriteProfileValueTest, TextsThatTheSystemCannotCountAreNotWritten) {
     EXPECT_EQ(before, test::FileBytes(file_));
 }
 
+TEST_F(ProfileFileTest, PathsThatTheSystemCannotCountNameNoFile) {
+    for (const std::size_t size : {32'767u, 40'000u, 100'000u}) {
+        const std::string path = "C:\\" + std::string(size - 7, 'x') + ".kre";
+        EXPECT_EQ(0, WriteProfileValue("Section", "Key", "2", path.c_str()));
+        EXPECT_EQ("default", ReadProfileString("Section", "Key", "default", kAnySize, path));
+        EXPECT_EQ(7u, ReadProfileInt("Section", "Key", 7, path));
+        EXPECT_EQ(1u, GetTerminalType(path, kSessionProfile));
+    }
+}
+
 TEST_F(WriteProfileValueTest, EnclosingQuotesAreStoredBetweenAFurtherPair) {
     Write("\"value\"");
     EXPECT_EQ("[Section]\r\nKey=\"\"value\"\"\r\n", test::FileBytes(file_));

@@ -52,6 +52,23 @@ TEST_F(WorkingCopyTest, BaseThatIsWrittenWithBlanksHoldsTheSameFiles) {
     EXPECT_EQ(kBytes, FileBytes(Load()->localPath));
 }
 
+TEST_F(WorkingCopyTest, FileSystemPathStaysOneBesideADirectory) {
+    const test::ScratchFolder folder;
+    const std::string path = folder.At("new.kra");
+    server_.Mark();
+    {
+        DepotFileContext file(path, *depots_);
+        EXPECT_EQ(path, file.depotPath);
+        EXPECT_EQ(path, file.localPath);
+        EXPECT_FALSE(file.IsInDirectory());
+        file.WriteString("S", "K", "v");
+        EXPECT_EQ(1, file.Release());
+    }
+    EXPECT_EQ("", server_.Log());
+    EXPECT_EQ("[S]\r\nK=v\r\n", FileBytes(path));
+    EXPECT_THAT(test::RecoveredFiles(), IsEmpty());
+}
+
 TEST_F(WorkingCopyTest, TwentyMegabytesGoBothWays) {
     test::DirectoryServer server("global sockbuf_max_incoming_auth 67108864");
     server.AddFile("a.kra", test::kSuffix, "x");

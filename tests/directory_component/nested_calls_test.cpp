@@ -1,0 +1,113 @@
+// Calls that come while another call of the same session shows a message: the message lets the
+// client's own windows work on.
+#include "component/component.h"
+#include "support/directory_fixture.h"
+#include "support/working_files.h"
+
+namespace depot::test {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+constexpr UINT kAct = WM_APP + 1;
+
+// A window of the client that acts as soon as messages are handled.
+class ClientWindow {
+public:
+    explicit ClientWindow(std::function<void()> act) : act_(std::move(act)) {
+        window_ =
+            CreateWindowA("STATIC", "", 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr, nullptr, nullptr);
+        SetWindowLongPtrA(window_, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(this));
+        SetWindowLongPtrA(window_, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&Receive));
+        PostMessageA(window_, kAct, 0, 0);
+    }
+    ~ClientWindow() { DestroyWindow(window_); }
+    ClientWindow(const ClientWindow&) = delete;
+    ClientWindow& operator=(const ClientWindow&) = delete;
+
+    int Acted() const { return acted_; }
+
+private:
+    static LRESULT CALLBACK Receive(HWND window, UINT message, WPARAM first, LPARAM second) {
+        auto* const self =
+            reinterpret_cast<ClientWindow*>(GetWindowLongPtrA(window, GWLP_USERDATA));
+        if (message != kAct) return DefWindowProcA(window, message, first, second);
+        ++self->acted_;
+        self->act_();
+        return 0;
+    }
+
+    std::function<void()> act_;
+    int acted_ = 0;
+    HWND window_ = nullptr;
+};
+
+class NestedCallsTest : public ComponentTest {
+protected:
+    NestedCallsTest() {
+        ForgetServer(server_.Port());
+        depots_.Text("Corp", "Path1", kSuffix);
+        depots_.Dword("Corp", "Type1", kDirectoryLocation);
+        depots_.Text("Corp", "Host1", "127.0.0.1");
+        depots_.Dword("Corp", "Port1", server_.Port());
+        depots_.Text("Corp", "Username1", kEditor);
+        depots_.Text("Corp", "Password1", kEditorPassword);
+        server_.AddFile("a.kra", kSuffix, "[S]\r\nK=old\r\n");
+        EXPECT_EQ(S_OK, api_->DPLoadFile(&session_, Text("<Corp>\\a.kra")));
+        EXPECT_EQ(S_OK, api_->DPSetProfileString(session_, Text("S"), Text("K"), Text("new")));
+        server_.Stop();
+    }
+
+    DirectoryServer server_;
+    LONG_PTR session_ = 0;
+    BoxLog boxes_;
+    CleanWorkingFiles clean_;
+};
+
+TEST_F(NestedCallsTest, SessionThatEndsWhileABoxIsOpenGoesWhenItsCallReturns) {
+    HRESULT nested = E_FAIL;
+    const ClientWindow window([&] { nested = api_->DPUnInitialize(session_); });
+    api_->DPFlushFile(session_);
+    EXPECT_EQ(1, window.Acted());
+    EXPECT_EQ(S_OK, nested);
+    EXPECT_EQ(S_FALSE, api_->DPFlushFile(session_));
+    // The edit was kept, once.
+    EXPECT_THAT(RecoveredFiles(), SizeIs(1));
+}
+
+TEST_F(NestedCallsTest, OtherCallsOnTheBusySessionFailAndLeaveItAlone) {
+    LONG_PTR loading = session_;
+    HRESULT load = E_FAIL, write = E_FAIL;
+    const ClientWindow window([&] {
+        load = api_->DPLoadFile(&loading, Text("<Corp>\\b.kra"));
+        write = api_->DPSetProfileString(session_, Text("S"), Text("K"), Text("nested"));
+    });
+    api_->DPFlushFile(session_);
+    EXPECT_EQ(1, window.Acted());
+    EXPECT_EQ(S_FALSE, load);
+    EXPECT_EQ(session_, loading);
+    EXPECT_EQ(S_FALSE, write);
+    ASSERT_THAT(RecoveredFiles(), SizeIs(1));
+    EXPECT_EQ("[S]\r\nK=new\r\n", FileBytes(RecoveredFiles().front()));
+    EXPECT_EQ(S_OK, api_->DPUnInitialize(session_));
+}
+
+TEST_F(NestedCallsTest, OtherSessionsWorkMeanwhile) {
+    DefineDepot("Local", "Local");
+    folder_.MakeFile("Local\\x.kra", "[S]\r\nK=local\r\n");
+    std::wstring value;
+    const ClientWindow window([&] {
+        Session other(*api_);
+        EXPECT_EQ(S_OK, api_->DPLoadFile(other.Address(), Text("<Local>\\x.kra")));
+        value = Read(other, L"S", L"K");
+    });
+    api_->DPFlushFile(session_);
+    EXPECT_EQ(1, window.Acted());
+    EXPECT_EQ(L"local", value);
+    EXPECT_EQ(S_OK, api_->DPUnInitialize(session_));
+}
+
+}  // namespace
+}  // namespace depot::test
