@@ -23,6 +23,9 @@ public:
         position_.reset(position);
     }
 
+    // Whether the client handed out nothing the last time because it had no memory.
+    bool RanOut() const { return client_.LdapGetLastError() == LDAP_NO_MEMORY; }
+
     // The attribute's name; null at the end.
     const char* Name() const { return name_.get(); }
 

@@ -21,6 +21,7 @@ struct ChildFacts {
     std::string fileName;
     bool isFolder = false;
     bool isFile = false;
+    bool complete = true;  // whether the client had the memory to hand out all there is
 
     bool IsNamedFolder() const { return isFolder && !folderName.empty(); }
     bool IsNamedFile() const { return isFile && !fileName.empty(); }
@@ -51,11 +52,13 @@ ChildFacts ReadFacts(AttributeWalk& walk, const Schema& schema) {
     ChildFacts facts;
     for (; walk.Name(); walk.Next()) {
         const UniqueLdapValues values = walk.Texts();
+        if (!values) facts.complete = facts.complete && !walk.RanOut();
         for (char** value = values.get(); value != nullptr && *value != nullptr; ++value) {
             schema.Note(walk.Name(), *value, facts);
             if (facts.IsNamedFolder() || facts.IsNamedFile()) return facts;
         }
     }
+    facts.complete = facts.complete && !walk.RanOut();
     return facts;
 }
 
@@ -130,7 +133,7 @@ int CLDAPItems::ListChildren(const std::string& baseDN, LdapItemList& items,
     if (!naming.AreTheSame()) wanted.push_back(naming.file);
     UniqueLdapMessage result;
     std::uint32_t code = Search(baseDN, LDAP_SCOPE_ONELEVEL, wanted, result);
-    if (code == LDAP_SUCCESS) AddChildren(result.get(), baseDN, localBase, items);
+    if (code == LDAP_SUCCESS) code = AddChildren(result.get(), baseDN, localBase, items);
     if (code == LDAP_SIZELIMIT_EXCEEDED) {
         code = ListInPages({baseDN, filter_, wanted}, localBase, items);
     }
@@ -148,34 +151,41 @@ std::uint32_t CLDAPItems::ListInPages(const ListingSearch& search, const std::st
     if (!pages.IsOffered()) return LDAP_SIZELIMIT_EXCEEDED;
     do {
         UniqueLdapMessage page;
-        const std::uint32_t code = pages.Next(search, page);
+        std::uint32_t code = pages.Next(search, page);
+        if (code == LDAP_SUCCESS) code = AddChildren(page.get(), search.base, localBase, items);
         if (code != LDAP_SUCCESS) {
-            // Half a listing would be taken for a whole one.
             items.Clear();
             unsafeNames_ = 0;
             return code;
         }
-        AddChildren(page.get(), search.base, localBase, items);
     } while (pages.HasMore());
     return LDAP_SUCCESS;
 }
 
-void CLDAPItems::AddChildren(LDAPMessage* result, const std::string& baseDN,
-                             const std::string& localBase, LdapItemList& items) {
+std::uint32_t CLDAPItems::AddChildren(LDAPMessage* result, const std::string& baseDN,
+                                      const std::string& localBase, LdapItemList& items) {
     LDAP* const connection = handle_.get();
+    ULONG seen = 0;
+    bool complete = true;
     for (LDAPMessage* entry = client_.ldap_first_entry(connection, result); entry != nullptr;
          entry = client_.ldap_next_entry(connection, entry)) {
-        AddChild(entry, baseDN, localBase, items);
+        ++seen;
+        complete = AddChild(entry, baseDN, localBase, items) && complete;
     }
+    if (complete && seen >= client_.ldap_count_entries(connection, result)) return LDAP_SUCCESS;
+    // Half a listing would be taken for a whole one.
+    items.Clear();
+    unsafeNames_ = 0;
+    return LDAP_NO_MEMORY;
 }
 
-void CLDAPItems::AddChild(LDAPMessage* entry, const std::string& baseDN,
+bool CLDAPItems::AddChild(LDAPMessage* entry, const std::string& baseDN,
                           const std::string& localBase, LdapItemList& items) {
     const Schema schema = {NamingNames(), FolderClass(), FileClass()};
     AttributeWalk walk(client_, handle_.get(), entry);
     const ChildFacts facts = ReadFacts(walk, schema);
     const bool isFolder = facts.IsNamedFolder();
-    if (!isFolder && !facts.IsNamedFile()) return;
+    if (!isFolder && !facts.IsNamedFile()) return facts.complete;
     const std::string& name = isFolder ? facts.folderName : facts.fileName;
     if (localBase.empty()) {
         const std::string& attribute = isFolder ? schema.naming.folder : schema.naming.file;
@@ -185,6 +195,7 @@ void CLDAPItems::AddChild(LDAPMessage* entry, const std::string& baseDN,
     } else {
         ++unsafeNames_;
     }
+    return true;
 }
 
 int CLDAPItems::AddFolderEntry(const std::string& dn, const std::string& name,

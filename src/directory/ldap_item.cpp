@@ -20,7 +20,9 @@ void CLDAPItem::CopyFrom(const CLDAPItem* other) {
 
 void LdapItemList::Add(std::string path, bool isFolder) {
     auto item = std::make_unique<CLDAPItem>(std::move(path), isFolder);
-    if (array_.Add(item.get())) static_cast<void>(item.release());  // the list's from here on
+    // A list that lacks an element would be taken for a whole one.
+    if (!array_.Add(item.get())) throw std::bad_alloc();
+    static_cast<void>(item.release());  // the list's from here on
 }
 
 void LdapItemList::Clear() {

@@ -28,8 +28,8 @@ public:
     std::uint32_t isFolder = 0;  // 1 for a folder, 0 for a file
 };
 
-// Children in the order in which they were found; owns them. It grows as all collections do: what
-// cannot be added is dropped.
+// Children in the order in which they were found; owns them. What cannot be added for want of
+// memory is not dropped: std::bad_alloc is thrown.
 class LdapItemList {
 public:
     LdapItemList() = default;

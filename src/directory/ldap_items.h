@@ -212,9 +212,10 @@ private:
                          const std::vector<std::string>& attributes, UniqueLdapMessage& result);
     std::uint32_t ListInPages(const ListingSearch& search, const std::string& localBase,
                               LdapItemList& items);
-    void AddChildren(LDAPMessage* result, const std::string& baseDN, const std::string& localBase,
-                     LdapItemList& items);
-    void AddChild(LDAPMessage* entry, const std::string& baseDN, const std::string& localBase,
+    std::uint32_t AddChildren(LDAPMessage* result, const std::string& baseDN,
+                              const std::string& localBase, LdapItemList& items);
+    // Returns false when the client had no memory to tell what the entry is.
+    bool AddChild(LDAPMessage* entry, const std::string& baseDN, const std::string& localBase,
                   LdapItemList& items);
     LDAPMessage* EntryNamed(LDAPMessage* result, const std::string& dn) const;
     bool HasValue(LDAPMessage* entry, const char* attribute, const char* wanted) const;

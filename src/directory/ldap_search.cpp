@@ -123,7 +123,7 @@ int CLDAPItems::ReadFileContents(const std::string& dn, FileBuffer& buffer,
         if (*values) CopyValue(**values, buffer);
         return 1;
     }
-    return client_.LdapGetLastError() == LDAP_NO_MEMORY ? Fail(LDAP_NO_MEMORY, nullptr) : 1;
+    return walk.RanOut() ? Fail(LDAP_NO_MEMORY, nullptr) : 1;
 }
 
 bool CLDAPItems::HasValue(LDAPMessage* entry, const char* attribute, const char* wanted) const {

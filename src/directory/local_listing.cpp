@@ -17,7 +17,8 @@ bool IsDotName(std::string_view name) {
     return name == "." || name == "..";
 }
 
-// Calls `take` with every find in the folder but "." and "..". Returns whether it can be listed.
+// Calls `take` with every find in the folder but "." and "..". Returns whether all of it could be
+// listed.
 template <class Take>
 bool ForEachIn(const std::string& folder, Take take) {
     WIN32_FIND_DATAA found = {};
@@ -26,7 +27,7 @@ bool ForEachIn(const std::string& folder, Take take) {
     do {
         if (!IsDotName(found.cFileName)) take(found);
     } while (FindNextFileA(search.get(), &found));
-    return true;
+    return GetLastError() == ERROR_NO_MORE_FILES;
 }
 
 }  // namespace
@@ -54,7 +55,7 @@ std::uint32_t AddLocalChildren(const std::string& folder, Subfolders subfolders,
         if (isFolder && (isLink || subfolders == Subfolders::kLeaveOut)) return;
         AddLocalPath(base + found.cFileName, items);
     });
-    return listed ? leftOut : leftOut + 1;
+    return listed ? leftOut : kNotListed;
 }
 
 void AddLocalPath(const std::string& path, LdapItemList& items) {

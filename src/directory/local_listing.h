@@ -11,11 +11,13 @@ namespace depot {
 // Appends every folder below `folder`, each before the folders inside it.
 void AddLocalFoldersBelow(const std::string& folder, LdapItemList& items);
 
+inline constexpr std::uint32_t kNotListed = 0xFFFFFFFF;
+
 enum class Subfolders { kLeaveOut, kTake };
 
 // Appends what `folder` holds itself: its files and, when they are to be taken, its folders.
-// Returns how many links to folders were left out, where a folder that cannot be listed counts as
-// one.
+// Returns how many links to folders were left out, or kNotListed when not all of the folder could
+// be listed.
 std::uint32_t AddLocalChildren(const std::string& folder, Subfolders subfolders,
                                LdapItemList& items);
 

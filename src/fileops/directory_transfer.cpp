@@ -140,7 +140,9 @@ std::uint32_t EnsureTop(CLDAPItems& directory, const std::string& dn) {
 
 std::uint32_t UploadTree(CLDAPItems& directory, const std::string& folder, const std::string& dn,
                          const TransferRules& rules) {
-    const TransferPlan plan = PlanUpload(directory, folder, dn);
+    const std::optional<TransferPlan> listed = PlanUpload(directory, folder, dn);
+    if (!listed) return LDAP_LOCAL_ERROR;
+    const TransferPlan& plan = *listed;
     if (plan.unseen > 0 && rules.fate == SourceFate::kGoes) return LDAP_LOCAL_ERROR;
     if (IsFileInTheWay(directory, plan) ||
         (rules.existing == ExistingEntries::kRefuse && AnyFileExists(directory, plan))) {
@@ -246,11 +248,17 @@ std::uint32_t CopyThroughFolder(const EntryPair& pair, const LdapItemList& child
 // before anything is stored when an entry would have to be left out.
 std::uint32_t CopyTree(const EntryPair& pair, const LdapItemList& children,
                        const TransferRules& rules, std::uint32_t& unsafeNames) {
-    const std::string folder = MakeTempFolder();
+    const std::vector<std::string> folders = {MakeTempFolder()};
+    const std::string& folder = folders.front();
     if (folder.empty()) return LDAP_LOCAL_ERROR;
-    const std::uint32_t code = CopyThroughFolder(pair, children, folder, rules, unsafeNames);
-    const bool removed =
-        RunShellOperation(FO_DELETE, {folder}, nullptr, FOF_NOCONFIRMATION, nullptr);
+    std::uint32_t code = LDAP_LOCAL_ERROR;
+    try {
+        code = CopyThroughFolder(pair, children, folder, rules, unsafeNames);
+    } catch (...) {
+        RemoveFoldersQuietly(folders, nullptr);
+        throw;
+    }
+    const bool removed = RemoveFoldersQuietly(folders, nullptr);
     return code == LDAP_SUCCESS && !removed ? std::uint32_t{LDAP_LOCAL_ERROR} : code;
 }
 

@@ -36,7 +36,7 @@ public:
     explicit TemporaryFolders(HWND window) : window_(window) {}
     ~TemporaryFolders() {
         if (!folders_.empty()) {
-            RunShellOperation(FO_DELETE, folders_, nullptr, FOF_NOCONFIRMATION, window_);
+            RemoveFoldersQuietly(folders_, window_);
         }
     }
     TemporaryFolders(const TemporaryFolders&) = delete;
@@ -154,7 +154,7 @@ bool Collect(const CDepotItems& items, bool removesSources, ShellWork& work, std
     for (std::size_t index = 0; index < items.Count(); ++index) {
         const CDepotItem& item = *items.At(index);
         if (!DirectoryOf(item)) {
-            work.items.Append(item.Clone());
+            if (!work.items.Append(item.Clone())) return false;
             continue;
         }
         if (progress.IsStopped() || !work.connections.Hold(item.depot, item.path, errorText)) {
@@ -163,9 +163,9 @@ bool Collect(const CDepotItems& items, bool removesSources, ShellWork& work, std
         const std::string copy =
             CopyIntoFolder(item, work.temporaryFolders.Make(), fate, errorText, progress.Next());
         if (copy.empty()) return false;
-        work.items.Append(PlainItem(copy));
+        if (!work.items.Append(PlainItem(copy))) return false;
         work.fetchedCopies.push_back(copy);
-        if (removesSources) work.entriesToRemove.Append(item.Clone());
+        if (removesSources && !work.entriesToRemove.Append(item.Clone())) return false;
     }
     return !progress.IsStopped();
 }

@@ -1,6 +1,7 @@
 #include "fileops/shell_operation.h"
 
 #include <algorithm>
+#include <new>
 
 #include "platform/paths.h"
 #include "platform/same_file.h"
@@ -49,6 +50,12 @@ bool RunShellOperation(UINT operation, const std::vector<std::string>& sources,
     request.pTo = target ? to.data() : nullptr;
     request.fFlags = flags;
     return SHFileOperationA(&request) == 0 && !request.fAnyOperationsAborted;
+}
+
+bool RemoveFoldersQuietly(const std::vector<std::string>& folders, HWND window) noexcept try {
+    return RunShellOperation(FO_DELETE, folders, nullptr, FOF_NOCONFIRMATION, window);
+} catch (const std::bad_alloc&) {
+    return false;
 }
 
 }  // namespace depot

@@ -34,4 +34,8 @@ bool RunShellOperation(UINT operation, const std::vector<std::string>& sources,
                        const std::string* target, FILEOP_FLAGS flags, HWND window,
                        std::size_t pathBytes = kShellListPathBytes);
 
+// Removes folders with all that they hold, as a destructor may do it. Returns whether they are
+// gone.
+bool RemoveFoldersQuietly(const std::vector<std::string>& folders, HWND window) noexcept;
+
 }  // namespace depot

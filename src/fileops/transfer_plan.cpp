@@ -28,8 +28,8 @@ void AddEntries(CLDAPItems& directory, const TransferStep& parent, const LdapIte
 
 }  // namespace
 
-TransferPlan PlanUpload(const CLDAPItems& directory, const std::string& folder,
-                        const std::string& dn) {
+std::optional<TransferPlan> PlanUpload(const CLDAPItems& directory, const std::string& folder,
+                                       const std::string& dn) {
     const NamingAttributes naming = directory.NamingNames();
     TransferPlan plan;
     plan.steps.push_back({dn, folder, true});
@@ -38,7 +38,9 @@ TransferPlan PlanUpload(const CLDAPItems& directory, const std::string& folder,
         const TransferStep parent = plan.steps[next];
         if (!parent.isFolder) continue;
         LdapItemList children;
-        plan.unseen += AddLocalChildren(parent.localPath, Subfolders::kTake, children);
+        const std::uint32_t left = AddLocalChildren(parent.localPath, Subfolders::kTake, children);
+        if (left == kNotListed) return std::nullopt;
+        plan.unseen += left;
         for (const CLDAPItem* child : children) {
             const bool isFolder = child->isFolder != 0;
             const std::string& attribute = isFolder ? naming.folder : naming.file;

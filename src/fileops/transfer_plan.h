@@ -1,6 +1,7 @@
 // What a transfer of a tree has to do, known before it starts.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -20,12 +21,12 @@ struct TransferPlan {
     std::vector<TransferStep> steps;
     std::uint32_t files = 0;
     std::uint32_t unsafeNames = 0;  // entries left out because of their names
-    std::uint32_t unseen = 0;  // local folders left out: links, and those that cannot be listed
+    std::uint32_t unseen = 0;       // links to local folders, which are left out
 };
 
-// Lists a local folder's tree as it is to stand under `dn`.
-TransferPlan PlanUpload(const CLDAPItems& directory, const std::string& folder,
-                        const std::string& dn);
+// Lists a local folder's tree as it is to stand under `dn`; nothing when a folder cannot be listed.
+std::optional<TransferPlan> PlanUpload(const CLDAPItems& directory, const std::string& folder,
+                                       const std::string& dn);
 
 // Lists an entry's tree as it is to stand in `folder`. Returns false when a folder cannot be
 // listed. REQUIRES: the directory is connected.

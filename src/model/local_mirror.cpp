@@ -254,7 +254,12 @@ ConnectionScope::ConnectionScope(CLDAPItems& directory, std::string* errorText)
     : directory_(directory) {
     open_ = directory_.IsConnected();
     if (open_) return;
-    open_ = opened_ = OpenDirectory(directory_, errorText);
+    try {
+        open_ = opened_ = OpenDirectory(directory_, errorText);
+    } catch (...) {
+        directory_.Close();
+        throw;
+    }
 }
 
 ConnectionScope::~ConnectionScope() {

@@ -77,7 +77,7 @@ TEST_P(ClientFaultsTest, LoadWriteAndFlushLoseNothing) {
                 ReadValue(handle);
                 End(handle);
             },
-            [&](std::optional<FaultKind> failing) {
+            [&](std::optional<Fault> failing) {
                 const std::string stored = Get(path).value_or("(missing)");
                 if (!failing) {
                     EXPECT_EQ(kNew, stored);
@@ -106,7 +106,7 @@ TEST_P(ClientFaultsTest, EndOfTheSessionLosesNothing) {
                                                                    Text("new")));
                       },
                       [&] { End(handle); },
-                      [&](std::optional<FaultKind> failing) {
+                      [&](std::optional<Fault> failing) {
                           const std::string stored = Get(path).value_or("(missing)");
                           if (!failing) {
                               EXPECT_EQ(kNew, stored);
@@ -137,7 +137,7 @@ TEST_P(ClientFaultsTest, ListingsHoldOnlyWhatIsThere) {
             }
             if (handle != 0) End(handle);
         },
-        [&](std::optional<FaultKind> failing) {
+        [&](std::optional<Fault> failing) {
             if (!failing) {
                 EXPECT_EQ(3u, found.size());
             }
@@ -168,7 +168,7 @@ TEST_P(ClientFaultsTest, CopyToALocalFileLeavesTheSourceAlone) {
                 End(handle);
             }
         },
-        [&](std::optional<FaultKind> failing) {
+        [&](std::optional<Fault> failing) {
             EXPECT_EQ(kOld, Get(path).value_or("(missing)"));
             if (!failing) {
                 EXPECT_EQ(kOld, FileBytes(copy));
@@ -204,7 +204,7 @@ TEST_P(ClientFaultsTest, NumberedCopyIsWholeOrNotThere) {
                 End(handle);
             }
         },
-        [&](std::optional<FaultKind> failing) {
+        [&](std::optional<Fault> failing) {
             EXPECT_EQ(kOld, Get(path).value_or("(missing)"));
             EXPECT_EQ(kOld, Get(copy).value_or(kOld));
             if (!failing) {
@@ -235,7 +235,7 @@ TEST_P(ClientFaultsTest, RenameLeavesTheFileUnderOneOfItsNames) {
                 End(handle);
             }
         },
-        [&](std::optional<FaultKind> failing) {
+        [&](std::optional<Fault> failing) {
             EXPECT_NE(Get(path).has_value(), Get(other).has_value());
             EXPECT_EQ(kOld, Get(renamed ? other : path));
             EXPECT_TRUE(failing || renamed);
@@ -259,7 +259,7 @@ TEST_P(ClientFaultsTest, DeletionSaysWhetherTheFileIsGone) {
                 End(handle);
             }
         },
-        [&](std::optional<FaultKind> failing) {
+        [&](std::optional<Fault> failing) {
             EXPECT_EQ(deleted ? std::nullopt : Contents(kOld), Get(path));
             EXPECT_TRUE(failing || deleted);
         },
@@ -286,7 +286,7 @@ TEST_P(ClientFaultsTest, PublishingLeavesTheClientsAloneAndTheirCopiesWhole) {
             published = Succeeded(api_->DPPublishSkesDepFiles(handle));
             End(handle);
         },
-        [&](std::optional<FaultKind> failing) {
+        [&](std::optional<Fault> failing) {
             EXPECT_EQ(kOld, Get(source).value_or("(missing)"));
             EXPECT_EQ(kOld, Get(copy).value_or(kOld));
             if (!failing) {

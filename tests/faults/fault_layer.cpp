@@ -417,7 +417,7 @@ std::string Holdings::Since(const Holdings& before, std::ptrdiff_t spareBlocks) 
         const auto holding = static_cast<Holding>(index);
         const std::ptrdiff_t more = counts[index] - before.counts[index];
         const std::ptrdiff_t spare = holding == Holding::kBlock ? spareBlocks : 0;
-        if (more >= -spare && more <= spare) continue;
+        if (more <= spare) continue;
         text += std::to_string(more) + " " + NameOf(holding) + "; ";
     }
     return text;
@@ -447,6 +447,8 @@ void FaultLayer::Fail(FaultKind kind, int number, int count) {
 
 int FaultLayer::Stop() {
     armed = false;
+    // What a failed call left must not be taken for the state of the next one.
+    SetLastError(ERROR_SUCCESS);
     return callsMade;
 }
 

@@ -22,7 +22,7 @@ int Run(const FaultyOperation& operation, FaultKind kind, int number, int count)
     operation.operate();
     const int calls = FaultLayer::Stop();
     EXPECT_EQ("", FaultLayer::Held().Since(before, kSpareBlocks));
-    operation.verify(number == 0 ? std::nullopt : std::optional(kind));
+    operation.verify(number == 0 ? std::nullopt : std::optional(Fault{kind, count > 1}));
     return calls;
 }
 

@@ -8,12 +8,20 @@
 
 namespace depot::test {
 
+// Which calls of a run fail.
+struct Fault {
+    FaultKind kind;
+    bool onwards;  // not one alone, but all that follow it as well
+
+    friend bool operator==(const Fault& fault, FaultKind kind) { return fault.kind == kind; }
+};
+
 // One operation in a world that is made anew for each run.
 struct FaultyOperation {
     std::function<void()> prepare;
     std::function<void()> operate;
     // Looks at what a run left; `failing` is nothing for the run without a failing call.
-    std::function<void(std::optional<FaultKind> failing)> verify;
+    std::function<void(std::optional<Fault> failing)> verify;
 };
 
 // How many runs there are of each kind: the first half of them takes the first calls one by one,

@@ -13,13 +13,7 @@ FaultyClientTest::FaultyClientTest() {
     location_ = server_.Location(base_).Clone();
     items_ = std::make_unique<CLDAPItems>(location_.get());
     EXPECT_EQ(1, items_->ConnectLocation(nullptr));
-    depots_.Text("Corp", "Path1", base_);
-    depots_.Dword("Corp", "Type1", kDirectoryLocation);
-    depots_.Text("Corp", "Host1", "127.0.0.1");
-    depots_.Dword("Corp", "Port1", server_.Port());
-    depots_.Dword("Corp", "Authentication1", kSimpleAuthentication);
-    depots_.Text("Corp", "Username1", kEditor);
-    depots_.Text("Corp", "Password1", kEditorPassword);
+    DefineDirectoryDepot(depots_, "Corp", server_.Port(), base_);
 }
 
 FaultyClientTest::Contents FaultyClientTest::Get(const std::string& displayPath) {

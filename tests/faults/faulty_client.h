@@ -6,7 +6,7 @@
 #include "component/component.h"
 #include "faults/fault_layer.h"
 #include "faults/fault_series.h"
-#include "support/directory_server.h"
+#include "support/component_depots.h"
 #include "support/working_files.h"
 
 namespace depot::test {

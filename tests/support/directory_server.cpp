@@ -150,6 +150,15 @@ unsigned DirectoryServer::CutAfter(unsigned bytes) {
     return Number(Request("cut", {}, std::to_string(bytes)));
 }
 
+unsigned DirectoryServer::Relay() {
+    return Number(Request("relay"));
+}
+
+unsigned DirectoryServer::Disturb(unsigned relay, const std::string& how, unsigned bytes) {
+    return Number(
+        Request("disturb", {}, std::to_string(relay) + "\t" + how + "\t" + std::to_string(bytes)));
+}
+
 std::string DirectoryServer::CrowdedFolder(const std::string& prefix) {
     std::string path = "Z:" + Request("crowd", {}, prefix);
     std::replace(path.begin(), path.end(), '/', '\\');

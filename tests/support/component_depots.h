@@ -1,0 +1,24 @@
+// Definitions of depots in the registry, as an administrator makes them.
+#pragma once
+
+#include <string>
+
+#include "support/directory_server.h"
+#include "support/scratch.h"
+
+namespace depot::test {
+
+// Defines a depot of one directory location on this machine, used as the editor.
+inline void DefineDirectoryDepot(const ScratchKey& depots, const std::string& name, unsigned port,
+                                 const std::string& base) {
+    ForgetServer(port);
+    depots.Text(name, "Path1", base);
+    depots.Dword(name, "Type1", kDirectoryLocation);
+    depots.Text(name, "Host1", "127.0.0.1");
+    depots.Dword(name, "Port1", port);
+    depots.Dword(name, "Authentication1", kSimpleAuthentication);
+    depots.Text(name, "Username1", kEditor);
+    depots.Text(name, "Password1", kEditorPassword);
+}
+
+}  // namespace depot::test
