@@ -96,14 +96,18 @@ int DeleteFile(CDepot& depot, const std::string& path) {
 int MoveFile(CDepot& depot, const std::string& source, const std::string& destination, HWND window,
              CDepot* destinationDepot, std::string* errorText, const TransferWatcher& watcher) {
     CDepot& target = destinationDepot ? *destinationDepot : depot;
-    if (HoldsRoot(depot, source)) return Refuse(depot);
-    const std::string from = DisplayToStorage(depot, source);
-    const std::string to = DisplayToStorage(target, destination);
-    if (CLDAPItems* const directory = depot.DirectoryConnection()) {
+    const bool fromDirectory = DirectoryOf(depot, source) != nullptr;
+    // Each store moves within itself only: the shell would take an entry's name for a file of the
+    // process's current folder.
+    if (HoldsRoot(depot, source) ||
+        fromDirectory != (DirectoryOf(target, destination) != nullptr)) {
+        return Refuse(depot);
+    }
+    const std::string from = StorageOf(depot, source);
+    const std::string to = StorageOf(target, destination);
+    if (CLDAPItems* const directory = DirectoryOf(depot, source)) {
         return MoveEntry(*directory, from, to, errorText, watcher);
     }
-    // The shell would take an entry's name for that of a file in the process's current folder.
-    if (DirectoryOf(target, destination)) return Refuse(depot);
     return MoveInFileSystem(depot, from, to, window, destinationDepot ? FO_MOVE : FO_RENAME,
                             errorText);
 }

@@ -21,7 +21,7 @@ int DeleteFile(CDepot& depot, const std::string& path);
 
 // Moves a file into another depot, or, without a `destinationDepot`, renames it within this one.
 // `window` owns what the shell shows; it may be null. The root of a depot is refused, and so is a
-// move from a folder into a directory, which is a copy and a deletion.
+// way between a directory and the file system, which ItemOperation knows.
 int MoveFile(CDepot& depot, const std::string& source, const std::string& destination, HWND window,
              CDepot* destinationDepot, std::string* errorText, const TransferWatcher& watcher = {});
 

@@ -128,6 +128,15 @@ bool TakesRootAway(const CDepotItems& items, UINT operation) {
     return false;
 }
 
+// Tells whether the shell would take the name of an entry for a path.
+bool AnyInDirectory(const CDepotItems& items, const CDepotItem* target) {
+    if (target != nullptr && DirectoryOf(*target)) return true;
+    for (std::size_t index = 0; index < items.Count(); ++index) {
+        if (DirectoryOf(*items.At(index))) return true;
+    }
+    return false;
+}
+
 // What a list comes to before the shell does it.
 struct ShellWork {
     explicit ShellWork(HWND window) : temporaryFolders(window) {}
@@ -186,7 +195,7 @@ int DeleteItem(const CDepotItem& item) {
 int ShellOperation(const CDepotItems& items, const CDepotItem* target, UINT operation,
                    FILEOP_FLAGS flags, HWND window, std::string* errorText) {
     if (items.Count() == 0) return 1;
-    if (TakesRootAway(items, operation)) {
+    if (TakesRootAway(items, operation) || AnyInDirectory(items, target)) {
         SetLastError(ERROR_INVALID_PARAMETER);
         return FailShellOperation(errorText);
     }

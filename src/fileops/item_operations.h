@@ -18,8 +18,8 @@ int CopyItem(const CDepotItem& source, const CDepotItem* target, bool failIfExis
 // Deletes an item; 0 when it has no depot.
 int DeleteItem(const CDepotItem& item);
 
-// Has the shell do one operation on all items of the list. An empty list succeeds. The root of a
-// depot is neither deleted nor moved nor renamed.
+// Has the shell do one operation on all items of the list. An empty list succeeds. Items and
+// targets in directories are refused. The root of a depot is neither deleted nor moved nor renamed.
 int ShellOperation(const CDepotItems& items, const CDepotItem* target, UINT operation,
                    FILEOP_FLAGS flags, HWND window, std::string* errorText);
 

@@ -85,7 +85,7 @@ int FetchTree(CLDAPItems& directory, const std::string& dn, const std::string& l
               std::uint32_t& unsafeNames) {
     LdapItemList children;
     const int listed = directory.ListChildren(dn, children);
-    EnsureLocalFolder(localFolder);
+    if (children.Count() > 0) EnsureLocalFolder(localFolder);
     const std::vector<LocalChild> found = LocalChildren(directory, children, unsafeNames);
     for (const LocalChild& child : found) {
         if (!child.isFolder) FetchFile(directory, child.dn, JoinPath(localFolder, child.name));

@@ -65,13 +65,16 @@ int ReleaseLocal(CLDAPItems& directory, const std::string& dn, const std::string
                  bool writeBack, std::string* errorText = nullptr,
                  const WorkingCopyOrigin& origin = {});
 
-// Adds a local file under a folder entry, under its own name. Returns the directory's code as 1 for
-// success, 0 for failure.
+// Adds a local file under a folder entry, under its own name; one that cannot be read counts as
+// empty. Returns 1 when the entry was added, else 0 with the directory's code as the last error; an
+// entry that exists is a failure. With `connect` the object connects first and is not connected
+// afterwards. `errorText` receives the message of a missing path or a failed connection.
 int UploadNewFile(CLDAPItems& directory, const std::string& localPath, const std::string& parentDN,
                   bool connect, std::string* errorText);
 
-// Writes the files of a subtree into one local folder. Entries whose names must not become local
-// names are left out; `errorText`, where one is given, then says how many.
+// Writes the files of a subtree into one local folder, which is created when there is anything to
+// put there. Returns whether the entry itself could be listed. Entries whose names must not become
+// local names are left out; `errorText`, where one is given, then says how many.
 //
 // Kept: every file lands in the folder itself, and the subfolders are created but stay empty.
 // Relied on by: existing clients, which look for all files in one place.

@@ -68,6 +68,26 @@ TEST_F(DirectoryToolTest, TreesAreUploadedAndDownloaded) {
     EXPECT_EQ(1, RunTool({"download", "<Dir>\\tree\\inner", folder_.At("back")}).exitCode);
 }
 
+TEST_F(DirectoryToolTest, TreeWithNamesThatNoFileCanHaveIsNotMoved) {
+    server_.AddFile("CON", "cn=Sessions," + base_, "x");
+    const ToolRun run = RunTool({"mv", "<Dir>\\Sessions", "<Work>\\Sessions"});
+    EXPECT_EQ(1, run.exitCode);
+    EXPECT_THAT(run.errors, HasSubstr("1 entry was left out"));
+    EXPECT_TRUE(server_.Holds("cn=office.kre,cn=Sessions," + base_));
+    EXPECT_EQ(1, RunTool({"cp", "-r", "<Dir>\\Sessions", "<Work>\\Copy"}).exitCode);
+    EXPECT_THAT(FileBytes(folder_.At("work\\Copy\\office.kre")), HasSubstr("Name=mail"));
+}
+
+TEST_F(DirectoryToolTest, TreeGoesIntoItselfThroughNoSecondDepot) {
+    DefineDirectory("Same", server_.Port());
+    for (const char* target : {"<Same>\\Sessions\\x", "<Same>\\SESSIONS\\x"}) {
+        const ToolRun run = RunTool({"mv", "<Dir>\\Sessions", target});
+        EXPECT_EQ(1, run.exitCode);
+        EXPECT_THAT(run.errors, HasSubstr("cannot go into itself"));
+    }
+    EXPECT_TRUE(server_.Holds("cn=office.kre,cn=Sessions," + base_));
+}
+
 TEST_F(DirectoryToolTest, NamesThatWouldChangeTheirKindAreRefused) {
     EXPECT_EQ(1, RunTool({"mkdir", "<Dir>\\a.b"}).exitCode);
     folder_.MakeFile("README", "x");

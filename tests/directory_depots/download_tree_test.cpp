@@ -44,5 +44,34 @@ TEST_F(DownloadTreeTest, WithoutAnErrorTextUnsafeNamesAreLeftOutSilently) {
     EXPECT_FALSE(test::Exists(local_.At("a")));
 }
 
+TEST_F(DownloadTreeTest, AnEmptyOrMissingFolderCreatesNothing) {
+    server_.AddFolder("empty", base_);
+    EXPECT_EQ(1, DownloadTree(Connected(), Dn("empty"), local_.At("out"), false, &text_));
+    EXPECT_FALSE(test::Exists(local_.At("out")));
+    EXPECT_EQ(0, DownloadTree(Connected(), Dn("none"), local_.At("out"), false, &text_));
+    EXPECT_EQ(std::uint32_t{LDAP_NO_SUCH_OBJECT}, Connected().LastError());
+    EXPECT_FALSE(test::Exists(local_.At("out")));
+    EXPECT_EQ("junk", text_);
+}
+
+TEST_F(DownloadTreeTest, AServerThatCannotBeReachedCreatesNothing) {
+    const unsigned port = test::ClosedPort();
+    test::ForgetServer(port);
+    auto location = server_.Location(base_).Clone();
+    location->port = port;
+    CLDAPItems items(location.get());
+    EXPECT_EQ(0, DownloadTree(items, base_, local_.At("out"), true, &text_));
+    EXPECT_FALSE(test::Exists(local_.At("out")));
+    EXPECT_NE("junk", text_);
+}
+
+TEST_F(DownloadTreeTest, AFileThatCannotBeWrittenIsSkipped) {
+    server_.AddFile("a.krc", base_, "one");
+    server_.AddFile("b.krc", base_, "two");
+    local_.MakeFolder("a.krc");
+    EXPECT_EQ(1, DownloadTree(Connected(), base_, local_.Path(), false, &text_));
+    EXPECT_EQ("two", test::FileBytes(local_.At("b.krc")));
+}
+
 }  // namespace
 }  // namespace depot

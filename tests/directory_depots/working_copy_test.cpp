@@ -173,6 +173,7 @@ TEST_F(WorkingCopyTest, ReleaseOfNoPathWithAChangeShowsTheParameterError) {
     std::string text = "junk";
     EXPECT_EQ(0, ReleaseLocal(Directory(), Dn("a.kra"), "", true, &text));
     EXPECT_EQ(89u, Directory().LastError());
+    EXPECT_EQ(89u, Directory().SharedInfo().Access()->lastError);
     EXPECT_EQ(test::MessageFor(89), text);
     ASSERT_THAT(boxes_.Texts(), SizeIs(1));
     EXPECT_EQ(test::MessageFor(89), boxes_.Texts().front());
@@ -253,9 +254,44 @@ TEST_F(TransferTest, UploadWithoutAPathOrAParentIsAParameterErrorWithoutABox) {
         EXPECT_EQ(0, UploadNewFile(Directory(), hasPath ? folder_.MakeFile("n", "x") : "",
                                    hasPath ? "" : base_, true, &text));
         EXPECT_EQ(89u, Directory().LastError());
+        EXPECT_EQ(89u, Directory().SharedInfo().Access()->lastError);
         EXPECT_EQ(test::MessageFor(89), text);
+        Directory().SharedInfo().Access()->lastError = 0;
     }
     EXPECT_THAT(boxes_.Boxes(), IsEmpty());
+}
+
+TEST_F(TransferTest, UploadOntoAnEntryThatExistsLeavesItAlone) {
+    const std::string path = folder_.MakeFile("new.kra", "bytes");
+    server_.AddFile("new.kra", base_, "old");
+    EXPECT_EQ(0, UploadNewFile(Directory(), path, base_, true, nullptr));
+    EXPECT_EQ(std::uint32_t{LDAP_ALREADY_EXISTS}, Directory().LastError());
+    EXPECT_EQ("old", Contents("new.kra"));
+}
+
+TEST_F(TransferTest, UploadOfAFileThatCannotBeReadAddsABlank) {
+    EXPECT_EQ(1, UploadNewFile(Directory(), folder_.At("none.kra"), base_, true, nullptr));
+    EXPECT_EQ(" ", Contents("none.kra"));
+}
+
+TEST_F(TransferTest, UploadWithoutTheConnectFlagNeedsAndKeepsAConnection) {
+    const std::string path = folder_.MakeFile("new.kra", "bytes");
+    EXPECT_EQ(0, UploadNewFile(Directory(), path, base_, false, nullptr));
+    EXPECT_EQ(std::uint32_t{LDAP_SERVER_DOWN}, Directory().LastError());
+    ASSERT_EQ(1, Directory().ConnectLocation(nullptr));
+    EXPECT_EQ(1, UploadNewFile(Directory(), path, base_, false, nullptr));
+    EXPECT_TRUE(Directory().IsConnected());
+    EXPECT_EQ("bytes", Contents("new.kra"));
+}
+
+TEST_F(TransferTest, UploadUnderAMissingParentOrToADeadServerFails) {
+    const std::string path = folder_.MakeFile("new.kra", "bytes");
+    EXPECT_EQ(0, UploadNewFile(Directory(), path, Dn("none"), true, nullptr));
+    EXPECT_EQ(std::uint32_t{LDAP_NO_SUCH_OBJECT}, Directory().LastError());
+    Define(test::ClosedPort(), base_);
+    std::string text = "junk";
+    EXPECT_EQ(0, UploadNewFile(Directory(), path, base_, true, &text));
+    EXPECT_NE("junk", text);
 }
 
 }  // namespace

@@ -221,5 +221,61 @@ TEST_F(DepotTransferTest, FilesWithoutADotAndFoldersWithOneAreMovedWholeOneByOne
     EXPECT_FALSE(Holds(DN("cn=v1.2")));
 }
 
+// Opens a file so that nobody else can.
+class Locked {
+public:
+    explicit Locked(const std::string& path)
+        : file_(CreateFileA(path.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING,
+                            FILE_ATTRIBUTE_NORMAL, nullptr)) {
+        EXPECT_NE(INVALID_HANDLE_VALUE, file_);
+    }
+    ~Locked() { CloseHandle(file_); }
+    Locked(const Locked&) = delete;
+    Locked& operator=(const Locked&) = delete;
+
+private:
+    HANDLE file_;
+};
+
+TEST_F(DepotTransferTest, ASourceThatIsOpenElsewhereIsNeitherCopiedNorMoved) {
+    const std::string source = Make("h\\a.kra", "1");
+    const Locked locked(source);
+    for (const UINT operation : {FO_COPY, FO_MOVE}) {
+        const CDepotItem entry("<Work>\\a.kra", work_), file("<Home>\\b.kra", &home_);
+        for (const CDepotItem* target : {&entry, &file}) {
+            EXPECT_EQ(
+                0, ItemOperation({"<Home>\\a.kra", &home_}, target, operation, nullptr, nullptr));
+        }
+    }
+    EXPECT_TRUE(Exists(source));
+    EXPECT_FALSE(Exists(At("h\\b.kra")));
+    EXPECT_FALSE(Holds(DN("cn=a.kra")));
+}
+
+TEST_F(DepotTransferTest, ATreeWithAFileThatIsOpenElsewhereIsNotMoved) {
+    world_.folder.MakeFolder("h\\tree");
+    Make("h\\tree\\a.kra", "1");
+    const std::string open = Make("h\\tree\\b.kra", "2");
+    const CDepotItem target("<Work>\\tree", work_);
+    {
+        const Locked locked(open);
+        EXPECT_EQ(0, ItemOperation({"<Home>\\tree", &home_}, &target, FO_MOVE, nullptr, nullptr));
+    }
+    EXPECT_EQ("1", FileBytes(At("h\\tree\\a.kra")));
+    EXPECT_EQ("2", FileBytes(open));
+}
+
+TEST_F(DepotTransferTest, ADestinationThatIsOpenElsewhereKeepsTheEntry) {
+    server_.AddFile("a.kra", base_, "1");
+    const std::string destination = Make("h\\a.kra", "old");
+    {
+        const Locked locked(destination);
+        EXPECT_EQ(0, CopyFile(*work_, "<Work>\\a.kra", destination, nullptr, false, &error_));
+        EXPECT_EQ(std::uint32_t{LDAP_LOCAL_ERROR}, Directory().LastError());
+    }
+    EXPECT_EQ("old", FileBytes(destination));
+    EXPECT_TRUE(Holds(DN("cn=a.kra")));
+}
+
 }  // namespace
 }  // namespace depot

@@ -171,5 +171,23 @@ TEST_F(DepotRootTest, APlainPathBesideADirectoryDepotIsAFileOfItsOwn) {
     EXPECT_FALSE(test::Exists(At("copy.kra")));
 }
 
+TEST_F(DepotRootTest, TheShellNeverTakesAnEntryForAPath) {
+    Make("h\\a.kra", "1");
+    server_.AddFile("b.kra", base_, "2");
+    const CDepotItem target("<Work>\\a.kra", work_), folder("<Home>\\", &home_);
+    CDepotItems files, entries;
+    files.Append(std::make_unique<CDepotItem>("<Home>\\a.kra", &home_));
+    entries.Append(std::make_unique<CDepotItem>("<Work>\\b.kra", work_));
+    for (const UINT operation : {FO_COPY, FO_MOVE}) {
+        EXPECT_EQ(0, ShellOperation(files, &target, operation, kQuietFlags, nullptr, nullptr));
+        EXPECT_EQ(0, ShellOperation(entries, &folder, operation, kQuietFlags, nullptr, nullptr));
+    }
+    EXPECT_EQ(0, MoveFile(home_, "<Home>\\a.kra", "<Work>\\a.kra", nullptr, work_, nullptr));
+    EXPECT_EQ(0, MoveFile(*work_, "<Work>\\b.kra", "<Home>\\b.kra", nullptr, &home_, nullptr));
+    EXPECT_TRUE(test::Exists(At("h\\a.kra")));
+    EXPECT_FALSE(test::Exists(DN("cn=a.kra")));
+    EXPECT_TRUE(Holds(DN("cn=b.kra")));
+}
+
 }  // namespace
 }  // namespace depot

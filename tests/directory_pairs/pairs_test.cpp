@@ -197,6 +197,25 @@ TEST_P(PairTest, ListStopsBeforeWhatCannotBeFetchedIsRemoved) {
     EXPECT_TRUE(arrived || Source().Bytes("from\\a.kra") == "1");
 }
 
+TEST_P(PairTest, MovedItemWhoseSourceIsHeldByAReaderCountsAsDone) {
+    Source().MakeFile("from\\a.kra", "1");
+    if (FromDirectory()) {
+        // Who may only read can copy, but not delete.
+        if (ToDirectory()) return;
+        work_->paths->At(0)->username = kReader;
+        work_->paths->At(0)->password = kReaderPassword;
+        EXPECT_EQ(1, OnItem(FO_MOVE, From("a.kra"), To("b.kra")));
+        // A list says so.
+        EXPECT_EQ(0, OnList(FO_MOVE, {From("a.kra")}, To("")));
+    } else {
+        const OpenElsewhere reader(static_cast<FolderStore&>(Source()).At("from\\a.kra"),
+                                   FILE_SHARE_READ);
+        EXPECT_EQ(1, OnItem(FO_MOVE, From("a.kra"), To("b.kra")));
+    }
+    EXPECT_EQ("1", Target().Bytes("to\\b.kra"));
+    EXPECT_EQ("1", Source().Bytes("from\\a.kra"));
+}
+
 INSTANTIATE_TEST_SUITE_P(EveryPair, PairTest, testing::ValuesIn(EveryPair()), PairName);
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "fileops/depot_file.h"
 #include "manager/depot_world.h"
 #include "support/box_log.h"
 
@@ -169,6 +170,32 @@ TEST_F(ItemOperationsTest, AFolderGoesIntoItselfThroughNoDepot) {
     EXPECT_FALSE(Exists(At("w\\tree\\new")));
     EXPECT_FALSE(Exists(At("w\\tree\\tree")));
     EXPECT_FALSE(Exists(At("w\\tree\\sub\\tree")));
+}
+
+TEST_F(ItemOperationsTest, TheRootOfADepotStaysWhereItIs) {
+    Make("w\\a.kra", "1");
+    const CDepotItem target("<Home>\\out", &home_);
+    for (const std::string& path :
+         {std::string("<Work>\\"), std::string("<WORK>\\"), std::string("<Work>\\."), At("w"),
+          At("w\\"), world_.folder.Path()}) {
+        SCOPED_TRACE(path);
+        error_ = kJunk;
+        EXPECT_EQ(0, OnList({path.c_str()}, nullptr, FO_DELETE));
+        EXPECT_NE(kJunk, error_);
+        EXPECT_EQ(0, OnList({path.c_str()}, &target, FO_MOVE));
+        EXPECT_EQ(0, OnItem(path.c_str(), &target, FO_MOVE));
+        EXPECT_EQ(0, MoveFile(work_, path, At("renamed"), nullptr, nullptr, nullptr));
+    }
+    EXPECT_EQ("1", FileBytes(At("w\\a.kra")));
+    EXPECT_FALSE(Exists(At("h\\out")));
+    EXPECT_FALSE(Exists(At("renamed")));
+}
+
+TEST_F(ItemOperationsTest, TheFilesOfARootAreCopiedWithIt) {
+    Make("w\\a.kra", "1");
+    const CDepotItem target("<Home>\\out", &home_);
+    EXPECT_EQ(1, OnList({"<Work>\\"}, &target, FO_COPY));
+    EXPECT_TRUE(Exists(At("h\\out")));
 }
 
 }  // namespace

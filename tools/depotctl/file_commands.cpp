@@ -84,8 +84,8 @@ void Move(Program& program, const CopyOptions& options) {
     if (replaces && kind == PlaceKind::kFolder) Refuse(to.Shown() + " is there already");
     TransferResult result = {1, 0};
     if (!RenameInPlace(from, to, kind, replaces)) {
-        result =
-            Transfer(program, from, kind, to, replaces ? Existing::kReplace : Existing::kRefuse);
+        result = Transfer(program, from, kind, to,
+                          replaces ? Existing::kReplace : Existing::kRefuse, SourceFate::kGoes);
         Remove(from, kind);
     }
     AnswerTransfer(program, "moved", to, result);

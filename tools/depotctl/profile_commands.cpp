@@ -9,6 +9,7 @@
 #include "depotctl/places.h"
 #include "depotctl/utf8_text.h"
 #include "fileops/depot_file.h"
+#include "fileops/directory_transfer.h"
 #include "model/local_mirror.h"
 #include "platform/local_file.h"
 #include "platform/temp_file.h"
@@ -145,7 +146,11 @@ void Create(const Place& place) {
     const std::string empty = MakeTempFileName();
     std::string errorText;
     CDepot nowhere(nullptr);
-    const int created = CopyFile(nowhere, empty, place.path, place.depot, true, &errorText);
+    CLDAPItems* const directory = place.Directory();
+    // Someone else may have made it meanwhile: it must not be emptied.
+    const int created =
+        directory ? Upload(*directory, empty, place.Storage(), ExistingEntries::kRefuse, &errorText)
+                  : CopyFile(nowhere, empty, place.path, place.depot, true, &errorText);
     DeleteFileA(empty.c_str());
     if (created == 0) Fail("create", place, 0, errorText);
 }

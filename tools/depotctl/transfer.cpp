@@ -7,6 +7,7 @@
 #include "fileops/depot_file.h"
 #include "fileops/shell_operation.h"
 #include "fileops/transfer_plan.h"
+#include "fileops/transfer_source.h"
 #include "model/local_mirror.h"
 #include "platform/local_file.h"
 #include "platform/paths.h"
@@ -39,11 +40,12 @@ private:
 // The work of one transfer.
 class Work {
 public:
-    Work(const Program& program, const Place& from, const Place& to, Existing existing)
-        : program_(program),
-          from_(from),
+    Work(const Program& program, const Place& from, const Place& to, Existing existing,
+         SourceFate fate)
+        : from_(from),
           to_(to),
           existing_(existing),
+          fate_(fate),
           source_(from.Storage()),
           target_(to.Storage()),
           progress_(program.errors) {}
@@ -51,7 +53,8 @@ public:
     TransferResult File() {
         const bool refuse = existing_ == Existing::kRefuse;
         Forget();
-        if (CopyFile(*from_.depot, from_.path, to_.path, to_.depot, refuse, &errorText_) == 0) {
+        if (CopyFile(*from_.depot, from_.path, to_.path, to_.depot, refuse, &errorText_, {},
+                     fate_) == 0) {
             FailWith({});
         }
         return {1, 0};
@@ -98,26 +101,42 @@ private:
     }
 
     void Fetch(CLDAPItems& directory, const std::string& folder) {
-        if (Download(directory, source_, folder, &errorText_, progress_.Watcher()) == 0) {
+        if (Download(directory, source_, folder, &errorText_, progress_.Watcher(),
+                     ExistingEntries::kReplace, fate_) == 0) {
+            // Entries whose names no file can have were left out.
+            if (directory.LastError() == LDAP_NAMING_VIOLATION) {
+                Refuse(from_.Shown() + ": " + Utf8FromAnsi(errorText_));
+            }
             FailWith({});
         }
-        // Entries whose names no file can have were left out.
-        if (!errorText_.empty()) program_.Complain(Utf8FromAnsi(errorText_));
     }
 
     void Store(CLDAPItems& directory, const std::string& folder) {
         const ExistingEntries existing =
             existing_ == Existing::kRefuse ? ExistingEntries::kRefuse : ExistingEntries::kReplace;
-        if (Upload(directory, folder, target_, existing, &errorText_, progress_.Watcher()) == 0) {
+        if (Upload(directory, folder, target_, existing, &errorText_, progress_.Watcher(), fate_) ==
+            0) {
             FailWith({});
         }
     }
 
     void BetweenDirectories(CLDAPItems& source, CLDAPItems& target) {
+        RefuseOneDirectory(source, target);
         const TemporaryFolder folder;
         Fetch(source, folder.Path());
-        if (!errorText_.empty()) Refuse(from_.Shown() + " cannot be copied as a whole");
         Store(target, folder.Path());
+    }
+
+    // Two depots may lead to one place of one server.
+    void RefuseOneDirectory(CLDAPItems& source, CLDAPItems& target) const {
+        if (!IsSameEntry(source, target_, source_) && !IsBelowEntry(source, target_, source_) &&
+            !IsBelowEntry(source, source_, target_)) {
+            return;
+        }
+        const ConnectionScope from(source, nullptr), to(target, nullptr);
+        if (from && to && IsSameDirectory(source, target, source_)) {
+            Refuse(from_.Shown() + " cannot go into itself");
+        }
     }
 
     void RefuseExisting(CLDAPItems& directory) const {
@@ -180,10 +199,10 @@ private:
         return static_cast<std::uint64_t>(data.nFileSizeHigh) << 32 | data.nFileSizeLow;
     }
 
-    const Program& program_;
     const Place& from_;
     const Place& to_;
     const Existing existing_;
+    const SourceFate fate_;
     const std::string source_;
     const std::string target_;
     Progress progress_;
@@ -199,12 +218,12 @@ bool IsSameOrInside(const Place& place, const Place& folder) {
 }  // namespace
 
 TransferResult Transfer(const Program& program, const Place& from, PlaceKind kind, const Place& to,
-                        Existing existing) {
+                        Existing existing, SourceFate fate) {
     if (IsSameOrInside(to, from)) {
         Refuse(from.Shown() + " cannot go into itself");
     }
     RequireFittingName(to, kind);
-    Work work(program, from, to, existing);
+    Work work(program, from, to, existing, fate);
     return kind == PlaceKind::kFile ? work.File() : work.Tree();
 }
 

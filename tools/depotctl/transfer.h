@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "depotctl/places.h"
+#include "fileops/transfer_progress.h"
 
 namespace depot::ctl {
 
@@ -16,9 +17,10 @@ struct TransferResult {
 
 // Copies a file, or a folder with all below it, to the place `to`, with a progress bar on a
 // terminal. With kRefuse nothing is copied when a file is there already. Ends the command on a
-// failure and when the user interrupts it; what was copied by then stays.
+// failure and when the user interrupts it; what was copied by then stays. A source that is to be
+// removed afterwards must be copied whole.
 TransferResult Transfer(const Program& program, const Place& from, PlaceKind kind, const Place& to,
-                        Existing existing);
+                        Existing existing, SourceFate fate = SourceFate::kStays);
 
 // Deletes a file or a whole folder for good.
 void Remove(const Place& place, PlaceKind kind);
