@@ -200,15 +200,24 @@ bool CLDAPItems::AddChild(LDAPMessage* entry, const std::string& baseDN,
 
 int CLDAPItems::AddFolderEntry(const std::string& dn, const std::string& name,
                                std::string* errorText) {
+    return AddFolder(dn, name, errorText) == FolderAddition::kFailed ? 0 : 1;
+}
+
+CLDAPItems::FolderAddition CLDAPItems::AddFolder(const std::string& dn, const std::string& name,
+                                                 std::string* errorText) {
+    const auto fail = [&](std::uint32_t code) {
+        Fail(code, errorText);
+        return FolderAddition::kFailed;
+    };
     const std::uint32_t found = FindEntry(dn);
-    if (found == LDAP_INVALID_DN_SYNTAX) return Fail(found, errorText);
-    if (found == LDAP_SUCCESS) return 1;
-    if (!IsConnected()) return Fail(LDAP_SERVER_DOWN, errorText);
+    if (found == LDAP_INVALID_DN_SYNTAX) return fail(found);
+    if (found == LDAP_SUCCESS) return FolderAddition::kWasThere;
+    if (!IsConnected()) return fail(LDAP_SERVER_DOWN);
     TextAttribute naming(NamingNames().folder, name);
     TextAttribute objectClass(kObjectClass, FolderClass());
     LDAPModA* attributes[] = {naming.Get(), objectClass.Get(), nullptr};
     lastError_ = client_.ldap_add_s(handle_.get(), ClientText(dn), attributes);
-    return lastError_ == LDAP_SUCCESS ? 1 : Fail(lastError_, errorText);
+    return lastError_ == LDAP_SUCCESS ? FolderAddition::kAdded : fail(lastError_);
 }
 
 std::uint32_t CLDAPItems::AddFileEntry(const std::string& dn, const std::string& name,

@@ -161,11 +161,10 @@ public:
                          const char* attributeName = nullptr);
 
     // Makes sure that every folder above `dn`, and `dn` itself when it names a folder, exists. With
-    // `connect` the object connects first and is not connected afterwards.
-    int EnsureFolderPath(const std::string& dn, bool connect, std::string* errorText);
-
-    // Lists the folder entries that EnsureFolderPath would create for `dn`, the deepest first.
-    void ListMissingFolders(const std::string& dn, LdapItemList& missing);
+    // `connect` the object connects first and is not connected afterwards. The folders that were
+    // added, also by a call that failed later, are appended to `added`, the uppermost first.
+    int EnsureFolderPath(const std::string& dn, bool connect, std::string* errorText,
+                         LdapItemList* added = nullptr);
 
     // Deletes an entry that holds no others. Returns the directory's code.
     std::uint32_t RemoveEmptyEntry(const std::string& dn) { return DeleteEntry(dn); }
@@ -191,6 +190,7 @@ public:
 
 private:
     enum class PromptResult { kCancelled, kNothingAsked, kConfirmed };
+    enum class FolderAddition { kFailed, kWasThere, kAdded };
 
     UniqueLdap Own(LDAP* connection) const { return UniqueLdap(connection, {&client_}); }
     bool OpenConnection(const std::string& host, std::string* errorText);
@@ -226,11 +226,13 @@ private:
     int DeleteTreeBelow(const std::string& dn, std::string* errorText, int depth);
     std::optional<std::vector<std::string>> ExplodeDN(const std::string& dn,
                                                       std::uint32_t& code) const;
-    int CreateMissingFolders(const std::string& dn, std::string* errorText);
+    int CreateMissingFolders(const std::string& dn, std::string* errorText, LdapItemList* added);
     bool FindMissingFolders(const std::string& dn, LdapItemList& missing, std::string* errorText);
     bool FindMissingFolders(const std::vector<std::string>& components, std::size_t first,
                             LdapItemList& missing, std::string* errorText);
-    int AddFolders(const LdapItemList& missing, std::string* errorText);
+    int AddFolders(const LdapItemList& missing, std::string* errorText, LdapItemList* added);
+    FolderAddition AddFolder(const std::string& dn, const std::string& name,
+                             std::string* errorText);
 
     DirectoryClient client_;
     std::optional<PagingClient> paging_;

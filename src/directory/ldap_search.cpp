@@ -179,23 +179,21 @@ int CLDAPItems::SplitEntryName(const std::string& dn, std::string& name, bool& i
     return 1;
 }
 
-int CLDAPItems::EnsureFolderPath(const std::string& dn, bool connect, std::string* errorText) {
+int CLDAPItems::EnsureFolderPath(const std::string& dn, bool connect, std::string* errorText,
+                                 LdapItemList* added) {
     if (dn.empty()) return 0;
     if (connect && !IsConnected() && PromptAndConnect(errorText) == 0) return 0;
-    const int result = CreateMissingFolders(dn, errorText);
+    const int result = CreateMissingFolders(dn, errorText, added);
     // Kept: also a connection that was there before is not kept.
     // Relied on by: existing clients, whose next operation connects for itself.
     if (connect) Close();
     return result;
 }
 
-int CLDAPItems::CreateMissingFolders(const std::string& dn, std::string* errorText) {
+int CLDAPItems::CreateMissingFolders(const std::string& dn, std::string* errorText,
+                                     LdapItemList* added) {
     LdapItemList missing;
-    return FindMissingFolders(dn, missing, errorText) ? AddFolders(missing, errorText) : 0;
-}
-
-void CLDAPItems::ListMissingFolders(const std::string& dn, LdapItemList& missing) {
-    FindMissingFolders(dn, missing, nullptr);
+    return FindMissingFolders(dn, missing, errorText) ? AddFolders(missing, errorText, added) : 0;
 }
 
 bool CLDAPItems::FindMissingFolders(const std::string& dn, LdapItemList& missing,
@@ -221,7 +219,8 @@ bool CLDAPItems::FindMissingFolders(const std::vector<std::string>& components, 
     return true;
 }
 
-int CLDAPItems::AddFolders(const LdapItemList& missing, std::string* errorText) {
+int CLDAPItems::AddFolders(const LdapItemList& missing, std::string* errorText,
+                           LdapItemList* added) {
     for (std::size_t index = missing.Count(); index > 0; --index) {
         const std::string& dn = missing.At(index - 1).path;
         std::string name;
@@ -229,7 +228,9 @@ int CLDAPItems::AddFolders(const LdapItemList& missing, std::string* errorText) 
         if (SplitEntryName(dn, name, isFolder) == 0) {
             return Fail(LDAP_INVALID_DN_SYNTAX, errorText);
         }
-        if (AddFolderEntry(dn, name, nullptr) == 0) return Fail(LDAP_PARAM_ERROR, errorText);
+        const FolderAddition addition = AddFolder(dn, name, nullptr);
+        if (addition == FolderAddition::kFailed) return Fail(LDAP_PARAM_ERROR, errorText);
+        if (addition == FolderAddition::kAdded && added != nullptr) added->Add(dn, true);
     }
     return 1;
 }

@@ -26,8 +26,9 @@ struct ControlsFreer {
 };
 using UniqueControls = std::unique_ptr<LDAPControlA*, ControlsFreer>;
 
-// The ways in which a server says that it gives no pages to this user or of this size.
-bool IsRefusal(std::uint32_t code) {
+// Whether a server says that it gives no pages to this user or of this size: of the first page in
+// whatever way, later in one of these. Codes from "server down" on are those of the client itself.
+bool IsRefusal(std::uint32_t code, bool isFirstPage) {
     switch (code) {
         case LDAP_PROTOCOL_ERROR:
         case LDAP_ADMIN_LIMIT_EXCEEDED:
@@ -35,7 +36,7 @@ bool IsRefusal(std::uint32_t code) {
         case LDAP_UNWILLING_TO_PERFORM:
             return true;
         default:
-            return false;
+            return isFirstPage && code < LDAP_SERVER_DOWN;
     }
 }
 
@@ -66,11 +67,12 @@ bool PagedSearch::IsOffered() const {
 }
 
 std::uint32_t PagedSearch::Next(const ListingSearch& search, UniqueLdapMessage& page) {
+    const bool isFirstPage = cookie_ == nullptr;
     std::uint32_t code = Fetch(search, page);
     if (code == LDAP_SUCCESS) code = ReadCookie(page.get());
     if (code != LDAP_SUCCESS) {
         page.reset();
-        return IsRefusal(code) ? std::uint32_t{LDAP_SIZELIMIT_EXCEEDED} : code;
+        return IsRefusal(code, isFirstPage) ? std::uint32_t{LDAP_SIZELIMIT_EXCEEDED} : code;
     }
     const bool empty = client_.ldap_first_entry(connection_, page.get()) == nullptr;
     emptyPages_ = empty ? emptyPages_ + 1 : 0;

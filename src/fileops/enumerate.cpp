@@ -36,7 +36,7 @@ public:
           filter_(request.filter),
           foldersOnly_(foldersOnly),
           folder_(DisplayToStorage(depot, request.folder)),
-          displayFolder_(StorageToDisplay(depot, JoinPath(folder_, "x"))) {
+          displayFolder_(CollapseBackslashes(StorageToDisplay(depot, JoinPath(folder_, "x")))) {
         displayFolder_.pop_back();
     }
 
@@ -53,7 +53,8 @@ public:
     }
 
 private:
-    bool Add(const WIN32_FIND_DATAA& found) {
+    // A name that memory runs out for is left out.
+    bool Add(const WIN32_FIND_DATAA& found) try {
         const bool folder = IsFolder(found);
         if (!folder && (foldersOnly_ || !PassesFilter(found.cFileName, filter_))) return false;
         const std::string path = displayFolder_ + found.cFileName;
@@ -61,6 +62,8 @@ private:
             folder ? FolderItem(path, depot_) : FileItem(path, JoinPath(folder_, found.cFileName));
         item->findData = std::make_unique<WIN32_FIND_DATAA>(found);
         return list_.Append(std::move(item)) != nullptr;
+    } catch (const std::bad_alloc&) {
+        return false;
     }
 
     std::unique_ptr<CDepotItem> FileItem(std::string path, const std::string& full) {

@@ -40,12 +40,15 @@ int TestEntry(CLDAPItems& directory, const std::string& dn, std::string* errorTe
         directory.SetLastError(found);
         if (errorText != nullptr) *errorText = directory.ErrorText();
     }
-    LdapItemList missing;
-    directory.ListMissingFolders(dn, missing);
-    const int created = directory.EnsureFolderPath(dn, false, errorText);
-    if (created != 0 && missing.Count() == 0) return TestNewEntry(directory, dn, errorText);
+    LdapItemList added;
+    const int created = directory.EnsureFolderPath(dn, false, errorText, &added);
+    if (created != 0 && added.Count() == 0) return TestNewEntry(directory, dn, errorText);
+    const std::uint32_t failure = directory.LastError();
     // From the bottom up. Whatever someone else put there meanwhile keeps its folder above it.
-    for (const CLDAPItem* folder : missing) directory.RemoveEmptyEntry(folder->path);
+    for (std::size_t index = added.Count(); index > 0; --index) {
+        directory.RemoveEmptyEntry(added.At(index - 1).path);
+    }
+    if (created == 0) directory.SetLastError(failure);
     return created;
 }
 

@@ -97,11 +97,18 @@ void CDepots::AddDepotsBelow(const RegistryKey& key, HKEY rootKey, REGSAM viewFl
             continue;
         }
         errorsInARow = 0;
-        auto depot = std::make_unique<CDepot>(this);
-        depot->rootKey = rootKey;
-        depot->registryViewFlags = viewFlags;
-        if (depot->ReadDefinition(key, subkey.name, language)) AddOwned(array_, std::move(depot));
+        AddDepot(key, subkey.name, language, {rootKey, viewFlags});
     }
+}
+
+// A depot that memory runs out for is left out.
+void CDepots::AddDepot(const RegistryKey& key, const std::string& subkeyName,
+                       const std::string& language, const RootOfDepot& root) try {
+    auto depot = std::make_unique<CDepot>(this);
+    depot->rootKey = root.key;
+    depot->registryViewFlags = root.viewFlags;
+    if (depot->ReadDefinition(key, subkeyName, language)) AddOwned(array_, std::move(depot));
+} catch (const std::bad_alloc&) {
 }
 
 CDepot* CDepots::LowestOrderDepot() const {

@@ -76,6 +76,12 @@ public:
     std::unique_ptr<CDepots> filteredView;            // borrows from this list; made on first use
 
 private:
+    struct RootOfDepot {
+        HKEY key;
+        REGSAM viewFlags;
+    };
+    void AddDepot(const RegistryKey& key, const std::string& subkeyName,
+                  const std::string& language, const RootOfDepot& root);
     void AddDepotsBelow(const RegistryKey& key, HKEY rootKey, REGSAM viewFlags);
     void AddBuiltInDepot();
     CDepot* ChooseDefault() const;

@@ -205,7 +205,8 @@ private:
         if (bytes_) kept = KeepRecovered(Name(), bytes_->data(), bytes_->size());
         mustStay_ = kept.empty() && PathExists(localPath_);
         if (mustStay_) kept = localPath_;
-        if (!kept.empty()) kept_ = std::move(kept);
+        // In a conflict the entry stays, and what was kept of it tells nobody anything.
+        if (!kept.empty() || reason_ == kContentsChanged) kept_ = std::move(kept);
     }
 
     std::string Name() {

@@ -14,6 +14,15 @@ std::string FolderPrefix(std::string_view path) {
     return std::string(path.substr(0, path.rfind('\\') + 1));
 }
 
+std::string CollapseBackslashes(std::string_view path) {
+    std::string collapsed;
+    for (const char character : path) {
+        const bool doubled = character == '\\' && collapsed.size() > 1 && collapsed.back() == '\\';
+        if (!doubled) collapsed += character;
+    }
+    return collapsed;
+}
+
 std::string ExtensionPart(std::string_view name) {
     const std::size_t dot = name.rfind('.');
     return std::string(dot == std::string_view::npos ? name : name.substr(dot));

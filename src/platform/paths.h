@@ -25,6 +25,9 @@ std::string ExtensionPart(std::string_view name);
 // colon is absolute and comes back as it is, as does the second text when the first is empty.
 std::string JoinPath(std::string_view first, std::string_view second);
 
+// Makes one backslash of several in a row, but for two that begin the path.
+std::string CollapseBackslashes(std::string_view path);
+
 // Removes one trailing backslash.
 std::string RemoveTrailingBackslash(std::string_view path);
 

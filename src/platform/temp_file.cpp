@@ -1,6 +1,7 @@
 #include "platform/temp_file.h"
 
 #include "platform/paths.h"
+#include "platform/private_file.h"
 #include "platform/win32.h"
 
 #include <shellapi.h>  // needs the headers of Windows before it
@@ -35,7 +36,9 @@ std::string MakeTempFile(const char* prefix) {
 }  // namespace
 
 std::string MakeTempFileName() {
-    return MakeTempFile(kFilePrefix);
+    std::string name = MakeTempFile(kFilePrefix);
+    if (!name.empty()) MakePrivate(name);
+    return name;
 }
 
 std::string MakeTempFolder() {

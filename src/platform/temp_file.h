@@ -5,8 +5,8 @@
 
 namespace depot {
 
-// Creates an empty file with a unique name in the temporary-files folder and returns its full path;
-// empty when none can be created. The caller removes the file.
+// Creates an empty file with a unique name in the temporary-files folder, for the user alone, and
+// returns its full path; empty when none can be created. The caller removes the file.
 std::string MakeTempFileName();
 
 // Creates an empty folder with a unique name in the temporary-files folder and returns its path

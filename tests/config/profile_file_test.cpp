@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "config/file_types.h"
 #include "platform/handles.h"
 #include "support/random_text.h"
 #include "support/scratch.h"

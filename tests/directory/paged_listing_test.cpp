@@ -156,6 +156,15 @@ TEST_F(PagedListingTest, AClientThatCannotAskForPagesEndsInTheSizeLimit) {
     EXPECT_EQ((OperationCounts{.searches = 1}), server_->Counts());
 }
 
+TEST_F(PagedListingTest, AFirstPageThatIsRefusedInAnyWayEndsInTheSizeLimit) {
+    Start(kPaging);
+    AddFiles(501);
+    items_->Paging().ldap_search_ext_s =
+        [](LDAP*, const PCHAR, ULONG, const PCHAR, PCHAR[], ULONG, PLDAPControlA*, PLDAPControlA*,
+           l_timeval*, ULONG, LDAPMessage**) -> ULONG { return LDAP_INSUFFICIENT_RIGHTS; };
+    ExpectRefused();
+}
+
 TEST_F(PagedListingTest, AServerThatGoesBetweenTwoPagesIsDownAndLeavesNoHalfListing) {
     Start(kPaging);
     AddFiles(501);

@@ -55,6 +55,45 @@ TEST_F(DirectoryWritabilityTest, PlaceThatCannotBeCreatedIsNotWritable) {
     EXPECT_NE("junk", text_);
 }
 
+ULONG LDAPAPI FindNothing(LDAP*, const PCHAR, ULONG, const PCHAR, PCHAR[], ULONG, LDAPMessage**) {
+    return LDAP_NO_SUCH_OBJECT;
+}
+
+TEST_F(DirectoryWritabilityTest, EntryThatCannotBeSeenStays) {
+    server_.AddFolder("seen", base_);
+    Choose();
+    Directory().Client().ldap_search_s = &FindNothing;
+    EXPECT_EQ(0, Test("seen"));
+    EXPECT_EQ(0, Test("seen\\below"));
+    EXPECT_TRUE(server_.Holds(Dn("seen")));
+    EXPECT_EQ(0, server_.Counts().deletions);
+}
+
+TEST_F(DirectoryWritabilityTest, FailedCreationKeepsItsLastError) {
+    Define(server_.Port(), base_, test::kReader, test::kReaderPassword);
+    Choose();
+    EXPECT_EQ(0, Test("x\\y.kra"));
+    EXPECT_EQ(std::uint32_t{LDAP_PARAM_ERROR}, Directory().LastError());
+}
+
+TEST_F(DirectoryWritabilityTest, InvalidNameIsToldAndNotWritable) {
+    Choose();
+    EXPECT_EQ(0, TestWritable(kDirectoryLocation, "not a name", &Directory(), &text_));
+    EXPECT_EQ(test::MessageFor(34), text_);
+}
+
+TEST_F(DirectoryWritabilityTest, CachedRefusalIsAccessDenied) {
+    Define(server_.Port(), "cn=missing," + base_, test::kReader, test::kReaderPassword);
+    Choose();
+    EXPECT_EQ(0, TestDepotWritable(*work_, "Shown", &text_));
+    server_.Mark();
+    EXPECT_EQ(0, TestDepotWritable(*work_, "Shown", &text_));
+    EXPECT_EQ("", server_.Log());
+    std::string denied;
+    FormatErrorText(ERROR_ACCESS_DENIED, "Shown", "Quillon", &denied, nullptr);
+    EXPECT_EQ(denied, text_);
+}
+
 TEST_F(DirectoryWritabilityTest, NewFileInAnExistingFolderIsTriedAndRemoved) {
     server_.AddFolder("x", base_);
     Choose();

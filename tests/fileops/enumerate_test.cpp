@@ -132,6 +132,16 @@ TEST_F(EnumerateTest, WhatCannotBeListedGivesNothing) {
     EXPECT_THAT(Paths(), ElementsAre("x"));
 }
 
+TEST_F(EnumerateTest, DoubledBackslashesOfARequestAreNotHandedOn) {
+    Make("sub\\c.kra");
+    for (const char* folder : {"<Work>\\\\sub", "<Work>\\sub\\\\", "<Work>\\\\sub\\\\\\"}) {
+        SCOPED_TRACE(folder);
+        list_.RemoveAll(true);
+        EXPECT_EQ(1, List(folder, ".kra"));
+        EXPECT_THAT(Paths(), ElementsAre("<Work>\\sub\\c.kra"));
+    }
+}
+
 TEST_F(EnumerateTest, ADepotWithoutARootListsNothing) {
     CDepot& rootless = world_.AddAt("Rootless", "Rootless", "");
     const CDepotItem root("<Rootless>\\", &rootless);

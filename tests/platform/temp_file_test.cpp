@@ -3,7 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <vector>
 
+#include "platform/local_file.h"
 #include "platform/paths.h"
 #include "platform/text.h"
 #include "support/scratch.h"
@@ -45,6 +47,37 @@ std::string MakeFolderOfLength(const test::ScratchFolder& parent, std::size_t le
         if (left > 42) name += "\\";
     }
     return parent.MakeFolder(name);
+}
+
+// Whether a file's rights give the group of all users anything.
+bool IsOpenToEveryone(const std::string& path) {
+    DWORD size = 0;
+    GetFileSecurityA(path.c_str(), DACL_SECURITY_INFORMATION, nullptr, 0, &size);
+    std::vector<BYTE> descriptor(size);
+    EXPECT_TRUE(
+        GetFileSecurityA(path.c_str(), DACL_SECURITY_INFORMATION, descriptor.data(), size, &size));
+    BOOL present = FALSE, defaulted = FALSE;
+    ACL* list = nullptr;
+    EXPECT_TRUE(GetSecurityDescriptorDacl(descriptor.data(), &present, &list, &defaulted));
+    if (!present || list == nullptr) return true;
+    for (DWORD index = 0; index < list->AceCount; ++index) {
+        void* entry = nullptr;
+        EXPECT_TRUE(GetAce(list, index, &entry));
+        auto* const allowed = static_cast<ACCESS_ALLOWED_ACE*>(entry);
+        if (IsWellKnownSid(&allowed->SidStart, WinWorldSid) && allowed->Mask != 0) return true;
+    }
+    return false;
+}
+
+TEST(TempFileNameTest, NewFileIsForItsUserAlone) {
+    const test::ScratchFolder folder;
+    const TemporaryFolder temporary(folder.Path());
+    ASSERT_TRUE(IsOpenToEveryone(folder.MakeFile("other", "x")));
+    const std::string name = MakeTempFileName();
+    EXPECT_FALSE(IsOpenToEveryone(name));
+    EXPECT_TRUE(WriteLocalFile(name, "of its user", 11));
+    EXPECT_EQ("of its user", test::FileBytes(name));
+    EXPECT_TRUE(DeleteFileA(name.c_str()));
 }
 
 TEST(TempFileNameTest, NewEmptyFileStandsInTheTemporaryFolder) {
