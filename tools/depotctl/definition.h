@@ -57,6 +57,12 @@ struct RawDefinition {
     int Locations() const;
 };
 
+// What is to become of a definition: values to be written and names of values to be removed.
+struct DefinitionChange {
+    std::vector<RawValue> written;
+    std::vector<std::string> removed;
+};
+
 // Returns "Path3" for "Path" and 3.
 std::string Numbered(std::string_view name, int location);
 

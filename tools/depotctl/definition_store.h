@@ -27,12 +27,6 @@ std::optional<RawDefinition> ReadDefinition(HKEY root, const std::string& key);
 // What stands in the registry where no definition belongs, and hives that cannot be read.
 Findings CheckDepotsKeys();
 
-// What is to become of a definition: values to be written and names of values to be removed.
-struct DefinitionChange {
-    std::vector<RawValue> written;
-    std::vector<std::string> removed;
-};
-
 // Writes the changes, creating the key where it is missing. A definition that was created here is
 // removed again when a value cannot be written. Ends the command on a failure.
 void WriteDefinition(HKEY root, const std::string& key, const DefinitionChange& change);

@@ -284,6 +284,19 @@ Findings CheckMacros(const std::string& subject, const std::string& expanded,
     return findings;
 }
 
+Findings CheckMacroNames(const std::string& subject, const std::string& path,
+                         std::span<const std::string> macros) {
+    Findings findings;
+    std::size_t at = 0;
+    for (std::string name = MarkedName(path, '$', at); !name.empty();
+         name = MarkedName(path, '$', at)) {
+        if (std::find(macros.begin(), macros.end(), name) == macros.end()) {
+            findings.push_back(StandingMacro(subject, name, macros));
+        }
+    }
+    return findings;
+}
+
 bool HasMacros(const std::string& path) {
     std::size_t dollar = 0, percent = 0;
     return !MarkedName(path, '$', dollar).empty() || !MarkedName(path, '%', percent).empty();

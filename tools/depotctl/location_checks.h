@@ -25,6 +25,10 @@ Findings CheckFolder(const std::string& subject, const std::string& raw,
 Findings CheckMacros(const std::string& subject, const std::string& expanded,
                      std::span<const std::string> macros);
 
+// The macros of a path, not yet expanded, that there are not.
+Findings CheckMacroNames(const std::string& subject, const std::string& path,
+                         std::span<const std::string> macros);
+
 // Tells whether a path holds anything to expand.
 bool HasMacros(const std::string& path);
 

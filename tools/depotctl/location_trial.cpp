@@ -3,16 +3,10 @@
 #include "depotctl/access.h"
 #include "depotctl/encoding.h"
 #include "depotctl/location_checks.h"
-#include "macros/macro_table.h"
+#include "depotctl/macro_names.h"
 
 namespace depot::ctl {
 namespace {
-
-std::vector<std::string> MacroNames() {
-    std::vector<std::string> names;
-    for (const MacroStep& step : MacroTable()) names.emplace_back(step.macro);
-    return names;
-}
 
 std::string Joined(const std::vector<std::string>& names) {
     std::string text;
