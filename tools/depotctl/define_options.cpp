@@ -50,7 +50,7 @@ void AddPlain(CLI::App& command, std::vector<RawValue>& values, const PlainOptio
 }
 
 void AddChoice(CLI::App& command, std::vector<RawValue>& values, const char* flag,
-               const std::string& name, std::vector<Choice> choices) {
+               const std::string& name, const std::vector<Choice>& choices) {
     std::vector<std::string> words;
     std::string help;
     for (const Choice& choice : choices) {
