@@ -286,6 +286,19 @@ TEST_F(DefineTest, DryRunOfAKeyWithBracketsAndQuotesIsImportedToo) {
     EXPECT_EQ("C:\\x", Text("A] \"B\" [\xFC", "Path1"));
 }
 
+// What the first session of the guide does.
+TEST_F(DefineTest, DepotIsDefinedCheckedFilledAndRead) {
+    const std::string old = folder_.MakeFile("office.kre", "[Host]\r\nName=mail\r\n");
+    SetEnvironmentVariableA("PLACE", folder_.Path().c_str());
+    EXPECT_EQ(0, RunTool({"depots", "add", "First", "--path", "%PLACE%\\first"}).exitCode);
+    EXPECT_EQ(1, RunTool({"check", "First"}).exitCode);
+    EXPECT_EQ(0, RunTool({"mkdir", "<First>\\Sessions", "-p"}).exitCode);
+    EXPECT_EQ(0, RunTool({"upload", old, "<First>\\Sessions"}).exitCode);
+    EXPECT_EQ("mail\n", RunTool({"get", "<First>\\Sessions\\office.kre", "Host", "Name"}).output);
+    EXPECT_EQ(0, RunTool({"check", "First"}).exitCode);
+    SetEnvironmentVariableA("PLACE", nullptr);
+}
+
 TEST_F(DefineTest, DryRunInJsonHoldsTheText) {
     const auto answer = RunTool({"depots", "remove", "Work", "--dry-run", "--json"}).Json();
     EXPECT_EQ(
