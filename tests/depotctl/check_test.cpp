@@ -251,10 +251,20 @@ TEST_F(CheckInstallationTest, NoRegistrationAtAllIsRemarked) {
     EXPECT_THAT(Installed("registration"), testing::StartsWith("note: the component is not"));
 }
 
+TEST_F(CheckInstallationTest, UpgradeThatWaitsForARestartIsRemarked) {
+    EXPECT_EQ("", Installed("upgrade"));
+    const std::string manager = "SYSTEM\\CurrentControlSet\\Control\\Session Manager";
+    const std::string list("\\??\\C:\\x.tmp\0!\\??\\C:\\Product\\depotintr.DLL\0", 44);
+    WriteRegistry(HKEY_LOCAL_MACHINE, manager, "PendingFileRenameOperations", REG_MULTI_SZ,
+                  list + '\0');
+    EXPECT_THAT(Installed("upgrade"), testing::StartsWith("note: it waits for the next start"));
+    RegDeleteKeyValueA(HKEY_LOCAL_MACHINE, manager.c_str(), "PendingFileRenameOperations");
+}
+
 TEST_F(CheckInstallationTest, MissingLanguageLibrariesAreAProblem) {
     const ScratchKey product(HKEY_CURRENT_USER, "Software\\Quillon\\Farrow\\13.00\\Wharfside");
     product.Text("", "HomeDir64", folder_.MakeFolder("home"));
-    EXPECT_THAT(Installed("texts"), HasSubstr("problem: there are no language libraries"));
+    EXPECT_THAT(Installed("texts"), HasSubstr("DepotIntr.NLS\" is not there: users see a message"));
 }
 
 TEST_F(CheckInstallationTest, MissingLibraryOfTheUserFolderIsAProblem) {

@@ -47,11 +47,24 @@ struct Registration {
 const Registration kComponent = {"DepotIntr.DepotIntrApi", DEPOT_BRACED_TEXT(DEPOTINTR_CLSID),
                                  DEPOT_BRACED_TEXT(DEPOTINTR_LIBID)};
 
+// Files that the system is to put in place before anything else starts again.
+std::string WaitingFiles() {
+    constexpr char kKey[] = "SYSTEM\\CurrentControlSet\\Control\\Session Manager";
+    constexpr DWORD kMostBytes = 1 << 20;
+    std::string list(kMostBytes, '\0');
+    DWORD bytes = kMostBytes;
+    const LSTATUS status = RegGetValueA(HKEY_LOCAL_MACHINE, kKey, "PendingFileRenameOperations",
+                                        RRF_RT_REG_MULTI_SZ, nullptr, list.data(), &bytes);
+    list.resize(status == ERROR_SUCCESS ? bytes : 0);
+    return list;
+}
+
 class Installation {
 public:
     explicit Installation(Program& program) : program_(program) {}
 
     Findings Run() {
+        CheckUpgrade();
         CheckRegistration();
         CheckDialogs();
         CheckFolders();
@@ -63,6 +76,15 @@ private:
     void Add(Finding finding) { findings_.push_back(std::move(finding)); }
     void Bad(const char* subject, const std::string& text, const std::string& advice) {
         Add(Wrong(subject, text, advice));
+    }
+
+    // While a program has the older library loaded the newer one waits beside it.
+    void CheckUpgrade() {
+        if (FindNoCase(WaitingFiles(), "DepotIntr.dll") == std::string::npos) return;
+        Add(Remark("upgrade",
+                   "it waits for the next start of Windows; until then programs use the older "
+                   "version",
+                   "restart Windows"));
     }
 
     void CheckRegistration() {
@@ -142,17 +164,11 @@ private:
             return Bad(kSubject, "nobody knows the folder of the language libraries",
                        "put qdirsvc.dll beside this program, or set HomeDir64");
         }
-        if (!hasVariant && !PathExists(plain)) {
-            return Bad(kSubject,
-                       "there are no language libraries in \"" + Utf8FromAnsi(folder) +
-                           "\": programs show a message when they start",
-                       "install the package again, or copy the .nls files there");
-        }
         if (!PathExists(plain)) {
             return Bad(kSubject,
-                       "\"" + Utf8FromAnsi(plain) +
-                           "\" is not there: users of other "
-                           "languages see a message",
+                       "\"" + Utf8FromAnsi(plain) + "\" is not there: " +
+                           (hasVariant ? "users of other languages" : "users") +
+                           " see a message when a program starts",
                        "install the package again, or copy the .nls files there");
         }
         if (!hasVariant && !language.empty()) {

@@ -35,7 +35,7 @@ std::string MarkedName(const std::string& text, char mark, std::size_t& at) {
             ++end;
         }
         if (end > at + 1 && end < text.size() && text[end] == mark) {
-            const std::string name = text.substr(at, end + 1 - at);
+            std::string name = text.substr(at, end + 1 - at);
             at = end + 1;
             return name;
         }
