@@ -113,6 +113,21 @@ TEST_F(CheckTest, CharactersThatTheCodePageLacksAreNamed) {
                 HasSubstr("code page does not have"));
 }
 
+TEST_F(CheckTest, KeyThatTheCodePageLacksIsNoDepotAndIsNamed) {
+    RegSetKeyValueW(HKEY_CURRENT_USER, L"Software\\Quillon\\Farrow\\Depots\\\x0416", L"Path1",
+                    REG_SZ, L"C:\\x", 10);
+    EXPECT_THAT(Definition(RunTool({"check", "--json", "\xD0\x96"}).Json(), "Key"),
+                HasSubstr("code page does not have"));
+    EXPECT_EQ(2u, RunTool({"depots", "--json", "--offline"}).Json().size());
+}
+
+TEST_F(CheckTest, ReaderThatStopsEarlyEndsItQuietly) {
+    key_.Text("Work", "Hots1", "a problem, of which nobody wants to know");
+    const ToolRun run = RunToolAndStopReading({"check"}, 0);
+    EXPECT_EQ(0, run.exitCode);
+    EXPECT_EQ("", run.errors);
+}
+
 TEST_F(CheckTest, MissingFolderIsAProblemAndAMissingServerUnreachable) {
     DefineFolder("Work", folder_.At("gone"));
     const ToolRun missing = RunTool({"check", "--json", "Work"});

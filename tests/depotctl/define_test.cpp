@@ -140,6 +140,7 @@ TEST_F(DefineTest, MistakesAreRefusedOneALineAndNothingIsWritten) {
         {"depots", "add", "Bad", "--path", "C:\\x", "--name", "\xD0\x96"},
         {"depots", "add", "Bad", "--path", "C:\\" + std::string(300, 'x')},
         {"depots", "add", "Bad<", "--path", "C:\\x"},
+        {"depots", "add", "Bad\xD0\x96", "--path", "C:\\x"},
         {"depots", "add", "Bad\\Inner", "--path", "C:\\x"},
         {"depots", "add", " Bad", "--path", "C:\\x"},
         {"depots", "add", "", "--path", "C:\\x"}};

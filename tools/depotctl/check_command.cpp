@@ -78,8 +78,7 @@ public:
         }
         // What is no depot is not in the component's list.
         for (const StoredDefinition& stored : stored_) {
-            if (!IsListed(stored) && IsWanted(stored.raw.key))
-                checked.push_back(Check(stored.raw, stored.root));
+            if (!IsListed(stored) && IsWanted(stored.raw.key)) checked.push_back(Check(stored));
         }
         return checked;
     }
@@ -110,8 +109,18 @@ private:
         });
     }
 
-    CheckedDepot Check(const RawDefinition& raw, HKEY root) const {
-        return {raw.key, OwnerOf(root), raw.values.size(), CheckDefinition(raw), {}};
+    static CheckedDepot Check(const StoredDefinition& stored) {
+        const RawDefinition& raw = stored.raw;
+        CheckedDepot checked = {raw.key, OwnerOf(stored.root), raw.values.size(), {}, {}};
+        checked.definition = CheckStoredKey(raw.key);
+        if (!stored.isReadable) {
+            checked.definition.push_back(
+                Wrong("Key", "it may not be read", "grant users the right to read it"));
+        } else {
+            const Findings found = CheckDefinition(raw);
+            checked.definition.insert(checked.definition.end(), found.begin(), found.end());
+        }
+        return checked;
     }
 
     CheckedDepot Check(CDepot& depot, const Findings& together) {
@@ -119,7 +128,7 @@ private:
         CheckedDepot checked = {key, "nobody", 0, {}, {}};
         for (const StoredDefinition& stored : stored_) {
             if (stored.root == depot.rootKey && SameKey(stored.raw.key, key)) {
-                checked = Check(stored.raw, stored.root);
+                checked = Check(stored);
             }
         }
         checked.definition.insert(checked.definition.end(), together.begin(), together.end());

@@ -102,6 +102,12 @@ std::string Line(const Finding& finding) {
     Refuse("nothing was written");
 }
 
+void RequireGoodKey(const Program& program, const std::string& key) {
+    for (const Findings& findings : {CheckKey(key), CheckStoredKey(key)}) {
+        if (!findings.empty()) RefuseFor(program, findings);
+    }
+}
+
 // `before` is null for a definition that is new.
 void RequireGood(const Program& program, const RawDefinition* before, const RawDefinition& after) {
     Findings problems = NewProblems(before, after);
@@ -174,8 +180,7 @@ RawDefinition Existing(const DefineOptions& options, Existence wanted) {
 
 void Define(const Program& program, const DefineOptions& options, Existence wanted) {
     const bool isNew = wanted == Existence::kNew;
-    const Findings ofKey = isNew ? CheckKey(options.key) : Findings();
-    if (!ofKey.empty()) RefuseFor(program, ofKey);
+    if (isNew) RequireGoodKey(program, options.key);
     const RawDefinition before = Existing(options, wanted);
     const DefinitionChange change = ChangeOf(options, before);
     const RawDefinition after = Changed(before, change);

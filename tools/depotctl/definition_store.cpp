@@ -105,9 +105,10 @@ void ReadHive(HKEY root, std::vector<StoredDefinition>& definitions) {
     const UniqueHkey depots = OpenKey(root, kDepotsKey, KEY_READ | ViewOf(root));
     if (!depots) return;
     for (const std::string& key : SubkeyNames(depots.get())) {
-        StoredDefinition stored = {{key, {}}, root};
-        if (auto raw = ReadDefinition(root, key)) stored.raw = *std::move(raw);
-        definitions.push_back(std::move(stored));
+        auto raw = ReadDefinition(root, key);
+        const bool isReadable = raw.has_value();
+        definitions.push_back(
+            {isReadable ? *std::move(raw) : RawDefinition{key, {}}, root, isReadable});
     }
 }
 
@@ -179,6 +180,12 @@ std::optional<RawDefinition> ReadDefinition(HKEY root, const std::string& key) {
     const UniqueHkey opened = OpenKey(root, PathOf(key), KEY_READ | ViewOf(root));
     if (!opened) return std::nullopt;
     return RawDefinition{key, ReadValues(opened.get()), !SubkeyNames(opened.get()).empty()};
+}
+
+Findings CheckStoredKey(const std::string& key) {
+    if (AnsiFromUtf8(key)) return {};
+    return {Wrong("Key", "it has characters that the system's code page does not have",
+                  "choose another one")};
 }
 
 Findings CheckDepotsKeys() {

@@ -15,6 +15,7 @@ namespace depot::ctl {
 struct StoredDefinition {
     RawDefinition raw;
     HKEY root = nullptr;
+    bool isReadable = true;
 };
 
 // Returns all definitions, the user's first, as they stand in the registry; also those that are no
@@ -23,6 +24,9 @@ std::vector<StoredDefinition> ReadDefinitions();
 
 // Returns the definition of that key in one hive.
 std::optional<RawDefinition> ReadDefinition(HKEY root, const std::string& key);
+
+// What keeps the component from opening a depot's key by its name.
+Findings CheckStoredKey(const std::string& key);
 
 // What stands in the registry where no definition belongs, and hives that cannot be read.
 Findings CheckDepotsKeys();
