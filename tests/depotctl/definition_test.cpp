@@ -5,6 +5,7 @@
 
 #include "depotctl/definition_checks.h"
 #include "depotctl/known_values.h"
+#include "support/random_text.h"
 
 namespace depot::ctl {
 namespace {
@@ -311,6 +312,25 @@ TEST(DefinitionTest, PathsWithMacrosAreLeftToTheMachineThatExpandsThem) {
                               {TextValue("Path1", "$USERDIR$\\x"), TextValue("Path2", "%COMPANY%"),
                                TextValue("DisplayName.eng", "Work")}})));
     EXPECT_EQ("", Show(CheckDefinition(Directory({TextValue("Path1", "%BASE%")}))));
+}
+
+TEST(DefinitionTest, RandomDefinitionsAreCheckedWhateverTheyHold) {
+    test::RandomTexts random(11);
+    const std::vector<std::string> names = {"Path",         "Type", "Host",  "1",     "2", "0",
+                                            "DisplayName.", "eng",  "Order", "Index", "x"};
+    const std::uint32_t types[] = {0, 1, 2, 3, 4, 7, 11};
+    for (int round = 0; round < 1000; ++round) {
+        RawDefinition definition = {random.Bytes(8), {}};
+        for (std::size_t count = random.Below(8); count > 0; --count) {
+            RawValue value = TextValue(random.Pieces(3, names), random.Bytes(300));
+            value.type = types[random.Below(std::size(types))];
+            value.number = static_cast<std::uint32_t>(random.Below(5));
+            if (value.type == kRegistryNumber) value.bytes = sizeof(value.number);
+            definition.values.push_back(value);
+        }
+        const Findings findings = CheckDefinition(definition);
+        EXPECT_TRUE(definition.Locations() > 0 || HasProblems(findings));
+    }
 }
 
 std::string Together(const std::vector<DepotSummary>& depots) {

@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include "support/random_text.h"
+
 namespace depot::ctl {
 namespace {
 
@@ -91,6 +93,29 @@ TEST(FolderCheckTest, HasMacrosNeedsAWholeName) {
     EXPECT_TRUE(HasMacros("C:\\%X_Y%\\z"));
     EXPECT_FALSE(HasMacros("C:\\$\\$$%"));
     EXPECT_FALSE(HasMacros("100%"));
+    EXPECT_TRUE(HasMacros("%ProgramFiles(x86)%\\x"));
+    EXPECT_FALSE(HasMacros("$A(B)$"));
+}
+
+// Whatever stands in the registry, it is told in texts with advice.
+TEST(LocationCheckTest, RandomTextsAreAlwaysToldWithAdvice) {
+    test::RandomTexts random(7);
+    const std::vector<std::string> pieces = {"\\", "/",   ":",  "C:",  "$", "%",
+                                             "a",  "dc=", ",",  "=",   " ", ".",
+                                             "..", "://", "\"", "\\,", "1", "USERDIR"};
+    for (int round = 0; round < 20000; ++round) {
+        const std::string text = round % 2 == 0 ? random.Pieces(12, pieces) : random.Bytes(20);
+        const std::string other = random.Pieces(6, pieces);
+        for (const Findings& findings :
+             {CheckHost("Host1", text), CheckBase("Path1", text),
+              CheckFolder("Path1", text, other, kMacros), CheckFolder("Path1", text, text, kMacros),
+              CheckMacroNames("Path1", text, kMacros)}) {
+            for (const Finding& finding : findings) {
+                EXPECT_FALSE(finding.text.empty()) << text;
+                EXPECT_FALSE(finding.advice.empty()) << text;
+            }
+        }
+    }
 }
 
 TEST(HostCheckTest, ServersAreNamesWithOrWithoutPorts) {

@@ -26,14 +26,17 @@ bool IsUnc(const std::string& path) {
     return path.starts_with("\\\\");
 }
 
+// Environment variables may have brackets in their names, macros have none.
+bool BelongsToName(char c, char mark) {
+    return IsLetter(c) || IsDigit(c) || c == '_' || c == '-' ||
+           (mark == '%' && (c == '(' || c == ')'));
+}
+
 // What stands between `mark`s and could be a name, marks and all, from `at` on.
 std::string MarkedName(const std::string& text, char mark, std::size_t& at) {
     for (at = text.find(mark, at); at != std::string::npos; ++at, at = text.find(mark, at)) {
         std::size_t end = at + 1;
-        while (end < text.size() && (IsLetter(text[end]) || IsDigit(text[end]) ||
-                                     text[end] == '_' || text[end] == '-')) {
-            ++end;
-        }
+        while (end < text.size() && BelongsToName(text[end], mark)) ++end;
         if (end > at + 1 && end < text.size() && text[end] == mark) {
             std::string name = text.substr(at, end + 1 - at);
             at = end + 1;
@@ -123,7 +126,7 @@ bool CheckBeginning(const std::string& subject, const std::string& raw, const st
         }
         return true;
     }
-    if (path.front() == '\\' && raw.front() != '\\') {
+    if (path.front() == '\\' && !raw.starts_with('\\')) {
         return fail("it begins with a macro that stands for nothing on this machine",
                     "give it a value, or use another macro");
     }
