@@ -1,6 +1,8 @@
 #include "platform/paging_client.h"
 
 #include "platform/compiler.h"
+#include "platform/trace.h"
+#include "platform/traced_client.h"
 
 namespace depot {
 namespace {
@@ -25,6 +27,7 @@ PagingClient::PagingClient(HMODULE library) : PagingClient() {
 #define DEPOT_BIND_ENTRY(member, entry) Bind(member, library, #entry);
     DEPOT_PAGING_CLIENT_ENTRIES(DEPOT_BIND_ENTRY)
 #undef DEPOT_BIND_ENTRY
+    if (IsTracing()) TraceRequests(*this);
 }
 
 bool PagingClient::IsComplete() const {

@@ -40,7 +40,8 @@ ULONG LDAPAPI Traced(LDAP* connection, Arguments... arguments) {
 template <auto Member, class... Arguments>
 void Trace(ULONG(LDAPAPI*& entry)(LDAP*, Arguments...), const char* name) {
     using Function = ULONG(LDAPAPI*)(LDAP*, Arguments...);
-    if (entry == &Traced<Member, Arguments...>) return;
+    // One that the library lacks stays recognizable.
+    if (entry == &Traced<Member, Arguments...> || IsMissing(entry)) return;
     requestName<Member> = name;
     requestItself<Member, Function> = entry;
     entry = &Traced<Member, Arguments...>;
@@ -57,10 +58,15 @@ void TraceRequests(DirectoryClient& client) {
     DEPOT_TRACE_REQUEST(ldap_search_s)
     DEPOT_TRACE_REQUEST(ldap_add_s)
     DEPOT_TRACE_REQUEST(ldap_modify_s)
+    DEPOT_TRACE_REQUEST(ldap_modify_ext_s)
     DEPOT_TRACE_REQUEST(ldap_rename_ext_s)
     DEPOT_TRACE_REQUEST(ldap_delete_s)
     DEPOT_TRACE_REQUEST(ldap_unbind_s)
 #undef DEPOT_TRACE_REQUEST
+}
+
+void TraceRequests(PagingClient& client) {
+    Trace<&PagingClient::ldap_search_ext_s>(client.ldap_search_ext_s, "ldap_search_ext_s");
 }
 
 }  // namespace depot

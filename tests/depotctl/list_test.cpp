@@ -146,12 +146,21 @@ TEST_F(ListTest, HelpOfEveryCommandHasExamples) {
     const ToolRun help = RunTool({"--help"});
     EXPECT_EQ(0, help.exitCode);
     EXPECT_THAT(help.output, HasSubstr("Exit codes: 0 done"));
-    for (const char* command : {"ls", "cat", "get", "set", "depots"}) {
+    for (const char* command : {"ls", "cat", "get", "set", "depots", "check"}) {
         EXPECT_THAT(help.output, HasSubstr(std::string("\n  ") + command + " "));
         const ToolRun run = RunTool({command, "--help"});
         EXPECT_EQ(0, run.exitCode);
         EXPECT_THAT(run.output, HasSubstr("Example")) << command;
         EXPECT_THAT(run.output, HasSubstr("  depotctl " + std::string(command))) << command;
+    }
+}
+
+TEST_F(ListTest, HelpOfTheCommandsBelowDepotsHasExamples) {
+    for (const char* command : {"add", "set", "remove"}) {
+        const ToolRun run = RunTool({"depots", command, "--help"});
+        EXPECT_EQ(0, run.exitCode);
+        EXPECT_THAT(run.output, HasSubstr("  depotctl depots " + std::string(command)));
+        EXPECT_THAT(run.output, HasSubstr("--dry-run"));
     }
 }
 

@@ -43,6 +43,27 @@ TEST(Utf8TextTest, OneLineTurnsLineEndsIntoBlanks) {
     EXPECT_EQ("a b", OneLine("  a\tb "));
 }
 
+TEST(Utf8TextTest, WrappedBreaksBetweenWordsAndIndentsTheRest) {
+    EXPECT_EQ("one two three", Wrapped("one two three", 0, 2));
+    EXPECT_EQ("one two\n  three", Wrapped("one two three", 8, 2));
+    EXPECT_EQ("one\n  two\n  thre\n  e", Wrapped("one two three", 6, 2));
+    EXPECT_EQ("abcdef\n  ghij", Wrapped("abcdefghij", 6, 2));
+    EXPECT_EQ("", Wrapped("", 6, 2));
+}
+
+TEST(Utf8TextTest, WrappedFitsEveryWidth) {
+    const std::string text =
+        "  problem  B\xC3\xBCro \xE6\x97\xA5\xE6\x9C\xAC: a-rather-long-word and others";
+    for (std::size_t width = 8; width < 70; ++width) {
+        const std::string wrapped = Wrapped(text, width, 4);
+        for (std::size_t at = 0; at <= wrapped.size();) {
+            const std::size_t end = std::min(wrapped.find('\n', at), wrapped.size());
+            EXPECT_LE(DisplayWidth(wrapped.substr(at, end - at)), width);
+            at = end + 1;
+        }
+    }
+}
+
 const std::vector<Align> kTwo = {Align::kLeft, Align::kRight};
 
 TEST(TableTest, LayoutAlignsColumnsTwoBlanksApart) {

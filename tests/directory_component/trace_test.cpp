@@ -49,5 +49,45 @@ TEST_F(DirectoryTraceTest, EveryRequestLeavesALineWithoutPasswordOrValue) {
     EXPECT_THAT(written, Not(HasSubstr("secret")));
 }
 
+TEST_F(DirectoryTraceTest, ConditionalWriteLeavesALineWithoutEitherVersion) {
+    const std::string dn = "cn=office.kra," + base_;
+    server_.AddFile("office.kra", base_, "the first secret");
+    auto location = server_.Location(base_).Clone();
+    CLDAPItems items(location.get());
+    ASSERT_EQ(1, items.ConnectLocation(nullptr));
+    FileBuffer present;
+    ASSERT_EQ(1, items.ReadFileContents(dn, present));
+    const std::string text = "the second secret";
+    const auto length = static_cast<std::uint32_t>(text.size());
+    EXPECT_EQ(ULONG{LDAP_SUCCESS},
+              items.ReplaceUnchangedContents(dn, text.data(), length, present));
+    EXPECT_THAT(Written(), HasSubstr(" ldap_modify_ext_s \"" + dn + "\" "));
+    EXPECT_EQ(kContentsChanged, items.ReplaceUnchangedContents(dn, text.data(), length, present));
+    EXPECT_THAT(Written(), HasSubstr(" ms 122\r\n"));
+    EXPECT_THAT(Written(), Not(HasSubstr("secret")));
+}
+
+TEST_F(DirectoryTraceTest, EveryPageOfAListingLeavesALine) {
+    DirectoryServer server("database limits * size.soft=500 size.hard=500 size.prtotal=unlimited");
+    ForgetServer(server.Port());
+    std::string ldif;
+    for (int number = 0; number < 501; ++number) {
+        const std::string name = "f" + std::to_string(number);
+        ldif +=
+            "dn: cn=" + name + "," + kSuffix + "\nobjectClass: quillonFolder\ncn: " + name + "\n\n";
+    }
+    server.Apply(ldif);
+    auto location = server.Location().Clone();
+    CLDAPItems items(location.get());
+    ASSERT_EQ(1, items.ConnectLocation(nullptr));
+    LdapItemList children;
+    EXPECT_EQ(1, items.ListChildren(kSuffix, children));
+    const std::string written = Written();
+    const std::string page = std::string(" ldap_search_ext_s \"") + kSuffix + "\" ";
+    const std::size_t first = written.find(page);
+    ASSERT_NE(std::string::npos, first) << written;
+    EXPECT_NE(std::string::npos, written.find(page, first + 1)) << "there are two pages";
+}
+
 }  // namespace
 }  // namespace depot::test

@@ -66,6 +66,10 @@ class InstallerTest(InstallationTest):
         return [line.split('"')[3] for line in self.windows.registry(UNINSTALL_LIST).split("\n")
                 if line.startswith('"DisplayVersion"="13.')]
 
+    def check(self):
+        """What the installed tool says of the installation and of one depot."""
+        return self.windows.run(f"{FOLDER}\\depotctl.exe", "check", "Work")
+
     def assert_client_works(self):
         self.assertEqual((0, "orders.example.test\nend\n"), self.windows.script(CLIENT))
 
@@ -135,6 +139,27 @@ class InstallerTest(InstallationTest):
         self.assertIn("DepotIntr.dll", self.installed())
         self.assertNotIn("qdirsvc.dll", self.installed())
 
+    def test_installed_tool_finds_everything_in_order(self):
+        self.install()
+        code, output = self.check()
+        self.assertEqual(0, code, output)
+        for step in ("registration", "dialogs", "user folder", "texts"):
+            self.assertIn(f"  ok           {step}: ", output)
+        self.assertIn("<Work>, defined for the user", output)
+
+    def test_tool_names_what_a_half_removed_installation_lacks(self):
+        losses = {"DepotIntr.dll": "which is not there", "qdirsvc.dll": "qdirsvc.dll is neither",
+                  "DepotIntr.NLS": "DepotIntr.NLS\" is not there",
+                  "DepotBrowser.dll": "dialogs: they are registered as"}
+        for name, words in losses.items():
+            with self.subTest(name):
+                self.install()
+                self.windows.path(f"{FOLDER}\\{name}").unlink()
+                code, output = self.check()
+                self.assertEqual(1, code, output)
+                self.assertIn(words, output)
+                self.assertEqual(DONE, self.windows.installer("/x", PACKAGE))
+
     def test_upgrade_replaces_the_older_version(self):
         self.install()
         older = self.installed_version()
@@ -165,12 +190,14 @@ class InstallerTest(InstallationTest):
         client = self.windows.start("cscript.exe", "//nologo", CLIENT, "C:\\stop")
         self.assertEqual(b"orders.example.test\r\n", client.stdout.readline())
         self.assertEqual(DONE_AFTER_RESTART, self.upgrade())
+        self.assertIn("it waits for the next start of Windows", self.check()[1])
         self.windows.path("C:\\stop").write_text("")
         self.assertEqual(b"Order entry - main office\r\nend\r\n", client.stdout.read())
         client.stdout.close()
         client.wait(10)
         self.windows.restart()
         self.assertEqual(older[3] + 1, self.installed_version()[3])
+        self.assertNotIn("next start of Windows", self.check()[1])
         self.assertEqual(sorted(product.runtime_files(DIST / "bin")), self.installed())
         self.assert_client_works()
 

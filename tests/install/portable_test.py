@@ -41,6 +41,14 @@ class PortableTest(InstallationTest):
             self.assertIn(WORKS, output)
         self.assertEqual(set(registration_in(self.windows).values()), {""})
 
+    def test_tool_works_from_the_folder(self):
+        code, output = self.windows.run(f"{FOLDER}\\depotctl.exe", "get",
+                                        "<Work>\\Sessions\\office.kre", "Host", "Name")
+        self.assertEqual((0, "orders.example.test\n"), (code, output))
+        code, output = self.windows.run(f"{FOLDER}\\depotctl.exe", "check", "Work")
+        self.assertEqual(0, code, output)
+        self.assertIn("the component is not registered", output)
+
     def test_client_without_a_manifest_does_not_find_the_class(self):
         for client in ("first", "late"):
             (self.folder / f"{client}.exe.manifest").unlink()

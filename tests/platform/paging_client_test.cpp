@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "platform/traced_client.h"
+
 namespace depot {
 namespace {
 
@@ -30,6 +32,20 @@ TEST(PagingClientTest, OneMissingEntryPointMakesTheTableIncomplete) {
     PagingClient paging(ClientLibrary());
     paging.ldap_controls_free = PagingClient().ldap_controls_free;
     EXPECT_FALSE(paging.IsComplete());
+}
+
+TEST(PagingClientTest, TracingPutsItselfBeforeSearchesAndLeavesMissingEntryPointsAlone) {
+    PagingClient paging(ClientLibrary());
+    const auto genuine = paging.ldap_search_ext_s;
+    TraceRequests(paging);
+    EXPECT_NE(genuine, paging.ldap_search_ext_s);
+    const auto traced = paging.ldap_search_ext_s;
+    TraceRequests(paging);
+    EXPECT_EQ(traced, paging.ldap_search_ext_s) << "one function in front is enough";
+    PagingClient missing;
+    TraceRequests(missing);
+    EXPECT_TRUE(IsMissing(missing.ldap_search_ext_s));
+    EXPECT_FALSE(missing.IsComplete());
 }
 
 }  // namespace

@@ -50,18 +50,6 @@ bool IsAboutCredentials(const Problem& problem) {
            problem.code == LDAP_UNWILLING_TO_PERFORM;
 }
 
-// Logs on as often as the user has another answer.
-std::optional<Problem> LogOnAsking(DirectoryProbe& probe, CDepotPath& location, LogOnNames& names) {
-    std::optional<Problem> problem;
-    if (NeedsCredentials(location, names)) problem = NoCredentials(location);
-    for (int attempt = 0; attempt < kAttempts; ++attempt) {
-        if (problem && (!IsSimple(location) || !AskUser(location, names))) return problem;
-        problem = probe.LogOn(names.userName, names.password);
-        if (!problem || !IsAboutCredentials(*problem)) return problem;
-    }
-    return problem;
-}
-
 // Tries a directory location, asking where that may help, and keeps the credentials that worked.
 std::optional<Problem> OpenDirectoryLocation(CDepotPath& location) {
     DirectoryProbe probe(location);
@@ -72,22 +60,6 @@ std::optional<Problem> OpenDirectoryLocation(CDepotPath& location) {
     location.username = names.userName;
     location.password = names.password;
     return std::nullopt;
-}
-
-std::optional<Problem> TryFolder(const std::string& folder) {
-    if (PathExists(folder)) return std::nullopt;
-    const bool remote = folder.starts_with("\\\\");
-    return Problem{"the folder \"" + Utf8FromAnsi(folder) + "\" is not there",
-                   remote ? "check the server, the share and the network"
-                          : "create the folder, or correct Path",
-                   0, remote};
-}
-
-std::optional<Problem> TryWritingFolder(const std::string& folder) {
-    std::string text;
-    if (TestWritable(kFolderLocation, folder, nullptr, &text) != 0) return std::nullopt;
-    return Problem{"the folder cannot be written", "grant the user the right to write there", 0,
-                   false};
 }
 
 LocationState TryDirectory(CDepotPath& location) {
@@ -127,6 +99,33 @@ LogOnNames KnownCredentials(CDepotPath& location, CLDAPItems& items) {
 
 bool NeedsCredentials(const CDepotPath& location, const LogOnNames& names) {
     return IsSimple(location) && (names.userName.empty() || names.password.empty());
+}
+
+std::optional<Problem> LogOnAsking(DirectoryProbe& probe, CDepotPath& location, LogOnNames& names) {
+    std::optional<Problem> problem;
+    if (NeedsCredentials(location, names)) problem = NoCredentials(location);
+    for (int attempt = 0; attempt < kAttempts; ++attempt) {
+        if (problem && (!IsSimple(location) || !AskUser(location, names))) return problem;
+        problem = probe.LogOn(names.userName, names.password);
+        if (!problem || !IsAboutCredentials(*problem)) return problem;
+    }
+    return problem;
+}
+
+std::optional<Problem> TryFolder(const std::string& folder) {
+    if (PathExists(folder)) return std::nullopt;
+    const bool remote = folder.starts_with("\\\\");
+    return Problem{"the folder \"" + Utf8FromAnsi(folder) + "\" is not there",
+                   remote ? "check the server, the share and the network"
+                          : "create the folder, or correct Path",
+                   0, remote};
+}
+
+std::optional<Problem> TryWritingFolder(const std::string& folder) {
+    std::string text;
+    if (TestWritable(kFolderLocation, folder, nullptr, &text) != 0) return std::nullopt;
+    return Problem{"the folder cannot be written", "grant the user the right to write there", 0,
+                   false};
 }
 
 LocationState TryLocation(CDepotPath& location) {

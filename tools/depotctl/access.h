@@ -27,6 +27,14 @@ LogOnNames KnownCredentials(CDepotPath& location, CLDAPItems& items);
 // Tells whether a user has to be asked before the location's server can be logged on to.
 bool NeedsCredentials(const CDepotPath& location, const LogOnNames& names);
 
+// Logs on with these names, and, where they are missing or refused, with what a user at a terminal
+// answers, who is asked again a few times. `names` are then those that worked.
+std::optional<Problem> LogOnAsking(DirectoryProbe& probe, CDepotPath& location, LogOnNames& names);
+
+// Looks whether a folder is there, and whether it can be written.
+std::optional<Problem> TryFolder(const std::string& folder);
+std::optional<Problem> TryWritingFolder(const std::string& folder);
+
 // Tries a location without asking anyone anything and without leaving anything behind.
 LocationState TryLocation(CDepotPath& location);
 

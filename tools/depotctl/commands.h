@@ -15,5 +15,6 @@ void AddProfileCommands(CLI::App& app, Program& program);   // cat, get, set
 void AddFileCommands(CLI::App& app, Program& program);      // cp, mv, rm, mkdir, copy-name
 void AddTransferCommands(CLI::App& app, Program& program);  // upload, download, publish
 void AddDepotsCommand(CLI::App& app, Program& program);     // depots
+void AddCheckCommand(CLI::App& app, Program& program);      // check
 
 }  // namespace depot::ctl

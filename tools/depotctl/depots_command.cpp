@@ -4,6 +4,7 @@
 
 #include "depotctl/access.h"
 #include "depotctl/commands.h"
+#include "depotctl/define_commands.h"
 #include "depotctl/encoding.h"
 #include "depotctl/program.h"
 #include "depotctl/utf8_text.h"
@@ -140,6 +141,7 @@ void AddDepotsCommand(CLI::App& app, Program& program) {
         if (!command->get_subcommands().empty()) return;
         program.command = [&program, offline] { ShowDepots(program, *offline); };
     });
+    AddDefineCommands(*command, program);
 }
 
 }  // namespace depot::ctl

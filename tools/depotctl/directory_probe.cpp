@@ -5,6 +5,7 @@
 #include "depotctl/directory_words.h"
 #include "depotctl/encoding.h"
 #include "depotctl/network.h"
+#include "directory/paged_search.h"
 #include "model/depot_paths.h"
 #include "platform/text.h"
 
@@ -106,6 +107,29 @@ std::optional<Problem> DirectoryProbe::FindBase() {
     if (code != LDAP_NO_SUCH_OBJECT) return UnlessDone(code);
     return Problem{"the base \"" + Utf8FromAnsi(base) + "\" is not there, or may not be seen",
                    "create the entry, correct Path, or grant the right to read it", code, false};
+}
+
+std::optional<Problem> DirectoryProbe::ListBase(bool& inPages) {
+    char all[] = "(objectClass=*)", none[] = "1.1";
+    char* attributes[] = {none, nullptr};
+    LDAPMessage* found = nullptr;
+    const std::uint32_t code = client_.ldap_search_s(
+        session_.get(), ClientText(BaseDN()), LDAP_SCOPE_ONELEVEL, all, attributes, 0, &found);
+    const UniqueLdapMessage owner(found, {&client_});
+    inPages = code == LDAP_SIZELIMIT_EXCEEDED;
+    return UnlessDone(inPages ? ListBaseInPages() : code);
+}
+
+std::uint32_t DirectoryProbe::ListBaseInPages() {
+    const PagingClient paging(client_.library);
+    PagedSearch pages(client_, paging, session_.get());
+    if (!pages.IsOffered()) return LDAP_SIZELIMIT_EXCEEDED;
+    std::uint32_t code = LDAP_SUCCESS;
+    do {
+        UniqueLdapMessage page;
+        code = pages.Next({BaseDN(), "(objectClass=*)", {"1.1"}}, page);
+    } while (code == LDAP_SUCCESS && pages.HasMore());
+    return code;
 }
 
 std::vector<std::string> DirectoryProbe::Values(const std::string& dn, const char* attribute) {

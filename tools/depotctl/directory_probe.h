@@ -38,6 +38,10 @@ public:
 
     std::optional<Problem> FindBase();
 
+    // Lists the base as the component does. `inPages` tells whether the server's size limit makes
+    // that a listing in pages.
+    std::optional<Problem> ListBase(bool& inPages);
+
     // The names of the location's classes and attributes that the server's schema does not define;
     // nothing when the server does not tell its schema.
     std::optional<std::vector<std::string>> MissingFromSchema();
@@ -51,6 +55,7 @@ private:
     std::optional<Problem> Open();
     std::optional<Problem> Secure();
     std::uint32_t Bind(const std::string& userName, const std::string& password);
+    std::uint32_t ListBaseInPages();
     std::vector<std::string> Values(const std::string& dn, const char* attribute);
 
     CDepotPath& location_;

@@ -50,6 +50,7 @@ void AddCommands(CLI::App& app, Program& program) {
     AddFileCommands(app, program);
     AddTransferCommands(app, program);
     AddDepotsCommand(app, program);
+    AddCheckCommand(app, program);
 }
 
 // Help is an answer; anything else that ends the parsing is a mistake in the command line.

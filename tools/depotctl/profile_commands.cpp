@@ -1,5 +1,6 @@
 // cat, get and set
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <memory>
 
 #include "config/profile_file.h"
@@ -57,7 +58,9 @@ std::vector<std::uint8_t> Contents(const Place& place) {
         if (!connection || directory->ReadFileContents(place.Storage(), buffer) == 0) {
             Fail("read", place);
         }
-        return {buffer.bytes.get(), buffer.bytes.get() + buffer.length};
+        std::vector<std::uint8_t> bytes(buffer.length);
+        std::copy_n(buffer.bytes.get(), buffer.length, bytes.begin());
+        return bytes;
     }
     const auto bytes = ReadLocalFile(place.Storage());
     if (!bytes) Fail("read", place, GetLastError());

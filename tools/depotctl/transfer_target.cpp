@@ -18,7 +18,7 @@ std::string SourceName(const Place& from) {
 }  // namespace
 
 Place TargetOf(Places& places, const Place& from, const std::string& to) {
-    const Place named = places.Resolve(to);
+    Place named = places.Resolve(to);
     const PlaceKind kind = places.KindOf(named);
     if (kind == PlaceKind::kFolder) return Child(named, SourceName(from));
     if (NamesFolder(to)) Refuse("the folder " + named.Shown() + " is not there");

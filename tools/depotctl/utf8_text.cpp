@@ -123,4 +123,33 @@ std::string OneLine(std::string_view text) {
     return result;
 }
 
+std::string Wrapped(std::string_view text, std::size_t width, std::size_t indent) {
+    if (width == 0) return std::string(text);
+    std::string result;
+    std::size_t column = 0;
+    const auto breakLine = [&] {
+        while (result.ends_with(' ')) result.pop_back();
+        result.append(1, '\n').append(indent, ' ');
+        column = indent;
+    };
+    while (!text.empty()) {
+        const std::size_t end = std::min(text.find(' ', 1), text.size());
+        std::string_view word = text.substr(0, end);
+        text.remove_prefix(end);
+        if (column > indent && column + DisplayWidth(word) > width) {
+            breakLine();
+            word.remove_prefix(word.starts_with(' ') ? 1 : 0);
+        }
+        while (!word.empty()) {
+            const Character character = FirstOf(word);
+            const std::size_t wide = WidthOf(character.code);
+            if (column > indent && column + wide > width) breakLine();
+            result.append(word.substr(0, character.bytes));
+            column += wide;
+            word.remove_prefix(character.bytes);
+        }
+    }
+    return result;
+}
+
 }  // namespace depot::ctl

@@ -23,4 +23,8 @@ std::string Printable(std::string_view text);
 // none at the ends.
 std::string OneLine(std::string_view text);
 
+// Breaks a text between words into lines of at most `width` columns, all but the first behind
+// `indent` blanks; a word that is wider stands in parts. A width of 0 breaks nothing.
+std::string Wrapped(std::string_view text, std::size_t width, std::size_t indent);
+
 }  // namespace depot::ctl

@@ -1,0 +1,121 @@
+// What check says of depots in a real directory.
+#include "depotctl/directory_tool.h"
+
+namespace depot::test {
+namespace {
+
+using testing::HasSubstr;
+using testing::Not;
+using testing::StartsWith;
+
+class CheckDirectoryTest : public DirectoryToolTest {
+protected:
+    // Checks a depot; the last run is kept.
+    std::string Step(const std::string& name, const std::string& key = "Dir") {
+        run_ = RunTool({"check", "--json", key});
+        const auto answer = run_.Json();
+        for (const auto& step : answer["depots"][0]["locations"][0]["steps"]) {
+            if (step["step"] == name) {
+                return step["state"].get<std::string>() + ": " + step["text"].get<std::string>();
+            }
+        }
+        return {};
+    }
+
+    void UseServer(DirectoryServer& server, const std::string& base) {
+        ForgetServer(server.Port());
+        key_.Dword("Dir", "Port1", server.Port());
+        key_.Text("Dir", "Path1", base);
+    }
+
+    ToolRun run_;
+};
+
+TEST_F(CheckDirectoryTest, DirectoryInOrderPassesEveryStep) {
+    EXPECT_THAT(Step("server"), StartsWith("ok: 127.0.0.1:"));
+    EXPECT_EQ(0, run_.exitCode) << run_.output << run_.errors;
+    EXPECT_EQ("ok: not secured, as cn=editor,dc=farrow,dc=test", Step("log-on"));
+    EXPECT_EQ("ok: " + base_, Step("base"));
+    EXPECT_EQ("ok: all classes and attributes are there", Step("schema"));
+    EXPECT_EQ("ok: reading and writing", Step("rights"));
+    EXPECT_EQ("ok: the base is listed in one go", Step("limits"));
+    EXPECT_THAT(run_.output + run_.errors, Not(HasSubstr(kEditorPassword)));
+    EXPECT_FALSE(server_.Holds("cn=____Test____Writable____File___.twr," + base_));
+}
+
+TEST_F(CheckDirectoryTest, ServerThatDoesNotAnswerIsUnreachable) {
+    key_.Dword("Dir", "Port1", ClosedPort());
+    EXPECT_THAT(Step("server"), HasSubstr("unreachable: nobody answers at 127.0.0.1"));
+    EXPECT_EQ(3, run_.exitCode);
+    EXPECT_EQ("depotctl: 1 location cannot be reached\n", run_.errors);
+    EXPECT_EQ("", Step("log-on")) << "nothing is tried behind it";
+}
+
+TEST_F(CheckDirectoryTest, WrongPasswordIsAProblemOfTheLogOn) {
+    key_.Text("Dir", "Password1", "wrong");
+    EXPECT_EQ("problem: the user name or the password is wrong (LDAP 49)", Step("log-on"));
+    EXPECT_EQ(1, run_.exitCode);
+    EXPECT_EQ("", Step("base"));
+    key_.Text("Dir", "Password1", "");
+    key_.Text("Dir", "Username1", "");
+    EXPECT_THAT(Step("log-on"), HasSubstr("none are stored"));
+}
+
+TEST_F(CheckDirectoryTest, MissingBaseIsNamed) {
+    key_.Text("Dir", "Path1", "cn=Nowhere," + base_);
+    EXPECT_EQ("problem: the base \"cn=Nowhere," + base_ + "\" is not there, or may not be seen",
+              Step("base"));
+    key_.Text("Dir", "Path1", "Nowhere");
+    EXPECT_THAT(Step("macros"), StartsWith("note: the path is wrong"));
+    EXPECT_EQ(1, run_.exitCode);
+    EXPECT_EQ("", Step("server"));
+}
+
+TEST_F(CheckDirectoryTest, ReaderReadsOnlyWhichIsNoProblem) {
+    key_.Text("Dir", "Username1", kReader);
+    key_.Text("Dir", "Password1", kReaderPassword);
+    EXPECT_THAT(Step("rights"), StartsWith("note: reading only: "));
+    EXPECT_EQ(0, run_.exitCode) << run_.errors;
+}
+
+TEST_F(CheckDirectoryTest, MissingSchemaIsNamed) {
+    DirectoryServer server("no-schema");
+    UseServer(server, kSuffix);
+    EXPECT_THAT(Step("schema"), HasSubstr("the server does not know quillonFolder, "
+                                          "quillonFileBinary, quillonFileContentsBinary"));
+    EXPECT_EQ(1, run_.exitCode);
+    EXPECT_THAT(Step("rights"), StartsWith("problem: "));
+}
+
+TEST_F(CheckDirectoryTest, NamesThatTheSchemaLacksAreNamed) {
+    key_.Text("Dir", "FolderAttributeName1", "noSuchAttribute");
+    EXPECT_EQ("problem: the server does not know noSuchAttribute", Step("schema"));
+}
+
+TEST_F(CheckDirectoryTest, SizeLimitIsToldWithOrWithoutPages) {
+    const struct {
+        const char *settings, *step;
+    } rows[] = {
+        {"database limits users size=3",
+         "problem: the server returns fewer entries than there are: its size limit (LDAP 4)"},
+        {"database limits * size.soft=3 size.hard=3 size.prtotal=unlimited",
+         "ok: the base is listed in pages, as the server's size limit wants it"},
+    };
+    for (const auto& row : rows) {
+        DirectoryServer server(row.settings);
+        for (int number = 0; number < 5; ++number) {
+            server.AddFolder("f" + std::to_string(number), kSuffix);
+        }
+        UseServer(server, kSuffix);
+        EXPECT_EQ(row.step, Step("limits")) << row.settings;
+    }
+}
+
+TEST_F(CheckDirectoryTest, SecuredConnectionsAreTold) {
+    key_.Dword("Dir", "Security1", 1);
+    EXPECT_THAT(Step("log-on"), HasSubstr("the connection cannot be secured with StartTLS"));
+    EXPECT_NE(0, run_.exitCode);
+}
+
+}  // namespace
+}  // namespace depot::test

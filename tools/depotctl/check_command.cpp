@@ -1,0 +1,270 @@
+// check: what is wrong with depots, and what to do about it.
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <memory>
+
+#include "depotctl/commands.h"
+#include "depotctl/definition_checks.h"
+#include "depotctl/definition_store.h"
+#include "depotctl/encoding.h"
+#include "depotctl/failure.h"
+#include "depotctl/installation.h"
+#include "depotctl/key_argument.h"
+#include "depotctl/location_trial.h"
+#include "depotctl/program.h"
+#include "depotctl/utf8_text.h"
+#include "model/depot_paths.h"
+
+namespace depot::ctl {
+namespace {
+
+struct CheckOptions {
+    std::string key;
+    bool offline = false;
+};
+
+const char* StateName(State state) {
+    switch (state) {
+        case State::kGood:
+            return "ok";
+        case State::kNote:
+            return "note";
+        case State::kProblem:
+            return "problem";
+        default:
+            return "unreachable";
+    }
+}
+
+Json StepsJson(const Findings& findings) {
+    Json steps = Json::array();
+    for (const Finding& finding : findings) {
+        Json step = {
+            {"step", finding.subject}, {"state", StateName(finding.state)}, {"text", finding.text}};
+        if (!finding.advice.empty()) step["advice"] = finding.advice;
+        steps.push_back(std::move(step));
+    }
+    return steps;
+}
+
+// A location as it was tried.
+struct TriedLocation {
+    std::string title;
+    Findings findings;
+};
+
+struct CheckedDepot {
+    std::string key, owner;
+    std::size_t values = 0;
+    Findings definition;
+    std::vector<TriedLocation> locations;
+};
+
+// Puts together what is known of the depots, in the order in which the component lists them.
+class DepotChecker {
+public:
+    DepotChecker(Program& program, const CheckOptions& options)
+        : program_(program), options_(options), stored_(ReadDefinitions()) {}
+
+    std::vector<CheckedDepot> Run() {
+        std::vector<CheckedDepot> checked;
+        CDepots& depots = program_.Depots();
+        for (CDepot* depot : depots) Take(*depot);
+        const std::vector<Findings> together = CheckTogether(summaries_);
+        for (std::size_t index = 0; index < depots.Count(); ++index) {
+            CDepot& depot = *depots.At(index);
+            if (IsWanted(Utf8FromAnsi(depot.name)))
+                checked.push_back(Check(depot, together[index]));
+        }
+        // What is no depot is not in the component's list.
+        for (const StoredDefinition& stored : stored_) {
+            if (!IsListed(stored) && IsWanted(stored.raw.key)) checked.push_back(Check(stored));
+        }
+        return checked;
+    }
+
+private:
+    bool IsWanted(const std::string& key) const {
+        return options_.key.empty() || SameKey(key, options_.key);
+    }
+
+    void Take(CDepot& depot) {
+        DepotSummary summary = {Utf8FromAnsi(depot.name),
+                                Utf8FromAnsi(depot.displayName),
+                                depot.rootKey == HKEY_CURRENT_USER,
+                                depot.isDefault,
+                                {}};
+        for (std::size_t index = 0; index < depot.paths->Count(); ++index) {
+            CDepotPath& location = *depot.paths->At(index);
+            if (location.type == kDirectoryLocation) continue;
+            summary.roots.push_back(Utf8FromAnsi(ExpandedPath(location)));
+        }
+        summaries_.push_back(std::move(summary));
+    }
+
+    bool IsListed(const StoredDefinition& stored) const {
+        return std::any_of(summaries_.begin(), summaries_.end(), [&](const DepotSummary& summary) {
+            return summary.isForUser == (stored.root == HKEY_CURRENT_USER) &&
+                   SameKey(summary.key, stored.raw.key);
+        });
+    }
+
+    static CheckedDepot Check(const StoredDefinition& stored) {
+        const RawDefinition& raw = stored.raw;
+        CheckedDepot checked = {raw.key, OwnerOf(stored.root), raw.values.size(), {}, {}};
+        checked.definition = CheckStoredKey(raw.key);
+        if (!stored.isReadable) {
+            checked.definition.push_back(
+                Wrong("Key", "it may not be read", "grant users the right to read it"));
+        } else {
+            const Findings found = CheckDefinition(raw);
+            checked.definition.insert(checked.definition.end(), found.begin(), found.end());
+        }
+        return checked;
+    }
+
+    CheckedDepot Check(CDepot& depot, const Findings& together) {
+        const std::string key = Utf8FromAnsi(depot.name);
+        CheckedDepot checked = {key, "nobody", 0, {}, {}};
+        for (const StoredDefinition& stored : stored_) {
+            if (stored.root == depot.rootKey && SameKey(stored.raw.key, key)) {
+                checked = Check(stored);
+            }
+        }
+        checked.definition.insert(checked.definition.end(), together.begin(), together.end());
+        for (std::size_t index = 0; index < depot.paths->Count(); ++index) {
+            CDepotPath& location = *depot.paths->At(index);
+            checked.locations.push_back(
+                {Title(location, index + 1),
+                 TryStepByStep(location, options_.offline ? Trial::kOffline : Trial::kOnline)});
+        }
+        return checked;
+    }
+
+    static std::string Title(const CDepotPath& location, std::size_t number) {
+        const std::string title = "location " + std::to_string(number) + ", ";
+        if (location.type != kDirectoryLocation)
+            return title + "a folder: " + Utf8FromAnsi(location.path);
+        return title + "a directory: " + Utf8FromAnsi(location.path);
+    }
+
+    Program& program_;
+    const CheckOptions& options_;
+    std::vector<StoredDefinition> stored_;
+    std::vector<DepotSummary> summaries_;
+};
+
+// Writes what was found, and counts it.
+class Report {
+public:
+    explicit Report(const Program& program) : program_(program) {}
+
+    void Add(const std::string& title, const Findings& findings, std::size_t indent = 0) {
+        text_ += std::string(indent, ' ') + Printable(title) + "\n";
+        for (const Finding& finding : findings) {
+            if (finding.state == State::kProblem) ++problems_;
+            if (finding.state == State::kUnreachable) ++unreachable_;
+            Line(StateName(finding.state), finding.subject + ": " + finding.text, indent);
+            if (!finding.advice.empty()) Line("", "-> " + finding.advice, indent);
+        }
+    }
+
+    void AddDepot(const CheckedDepot& depot) {
+        Findings findings = depot.definition;
+        if (!HasProblems(findings)) {
+            findings.insert(findings.begin(),
+                            {State::kGood, "definition", DefinitionText(depot), {}});
+        }
+        const std::string name = depot.key.empty() ? "the built-in depot" : "<" + depot.key + ">";
+        Add(name + ", defined for " + depot.owner, findings);
+        Json json = {{"key", depot.key}, {"definedFor", depot.owner}};
+        json["definition"] = StepsJson(findings);
+        json["locations"] = Json::array();
+        for (const TriedLocation& location : depot.locations) {
+            Add(location.title, location.findings, 2);
+            json["locations"].push_back(
+                {{"location", location.title}, {"steps", StepsJson(location.findings)}});
+        }
+        depots_.push_back(std::move(json));
+    }
+
+    void Show(const Findings& installation, const Findings& registry) {
+        Json json;
+        json["installation"] = StepsJson(installation);
+        json["registry"] = StepsJson(registry);
+        json["depots"] = depots_;
+        json["problems"] = problems_;
+        json["unreachable"] = unreachable_;
+        program_.renderer.Answer(json, text_);
+    }
+
+    // Ends the command as its exit code says.
+    void Judge() const {
+        if (unreachable_ > 0) {
+            throw CommandFailure(ExitCode::kUnreachable, Counted(unreachable_, "location") +
+                                                             " cannot be reached" + Others());
+        }
+        if (problems_ > 0) Refuse(Counted(problems_, "problem") + " found");
+    }
+
+private:
+    static std::string DefinitionText(const CheckedDepot& depot) {
+        if (depot.key.empty()) return "no depot is defined";
+        return std::to_string(depot.values) + " values, all of them in order";
+    }
+
+    static std::string Counted(std::size_t count, const std::string& noun) {
+        return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
+    }
+
+    std::string Others() const {
+        return problems_ == 0 ? "" : ", " + Counted(problems_, "problem") + " found";
+    }
+
+    void Line(const std::string& state, const std::string& text, std::size_t indent) {
+        constexpr std::size_t kStateColumns = 13;
+        const std::string head = std::string(indent + 2, ' ') + state;
+        const std::size_t at = indent + kStateColumns + 2;
+        const std::size_t columns = program_.output.Columns();
+        const std::size_t width = columns > at + 10 ? columns - 1 : 0;
+        const std::string line = head + std::string(at - head.size(), ' ') + Printable(text);
+        text_ += Wrapped(line, width, at) + "\n";
+    }
+
+    const Program& program_;
+    std::string text_;
+    Json depots_ = Json::array();
+    std::size_t problems_ = 0, unreachable_ = 0;
+};
+
+void Check(Program& program, const CheckOptions& options) {
+    Report report(program);
+    const Findings installation = CheckInstallation(program);
+    const Findings registry = CheckDepotsKeys();
+    const std::vector<CheckedDepot> depots = DepotChecker(program, options).Run();
+    if (depots.empty()) Refuse("no depot is defined under the key \"" + options.key + "\"");
+    report.Add("installation", installation);
+    if (!registry.empty()) report.Add("registry", registry);
+    for (const CheckedDepot& depot : depots) report.AddDepot(depot);
+    report.Show(installation, registry);
+    report.Judge();
+}
+
+}  // namespace
+
+void AddCheckCommand(CLI::App& app, Program& program) {
+    const auto options = std::make_shared<CheckOptions>();
+    CLI::App* const command = app.add_subcommand(
+        "check", "Go through the installation and the depots step by step and say what is wrong");
+    command->add_option("key", options->key, "The key of one depot; all without it");
+    command->add_flag("--offline", options->offline,
+                      "Only what is defined; no folder or server is tried");
+    command->footer(
+        "Examples:\n  depotctl check\n  depotctl check Company\n  depotctl check --json");
+    command->callback([&program, options] {
+        options->key = KeyArgument(options->key);
+        program.command = [&program, options] { Check(program, *options); };
+    });
+}
+
+}  // namespace depot::ctl

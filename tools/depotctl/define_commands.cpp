@@ -1,0 +1,250 @@
+// depots add, set and remove: definitions in the registry.
+#include "depotctl/define_commands.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <memory>
+
+#include "depotctl/define_options.h"
+#include "depotctl/definition_edit.h"
+#include "depotctl/definition_store.h"
+#include "depotctl/failure.h"
+#include "depotctl/key_argument.h"
+#include "depotctl/location_checks.h"
+#include "depotctl/macro_names.h"
+#include "depotctl/program.h"
+#include "depotctl/utf8_text.h"
+#include "manager/depot_list.h"
+
+namespace depot::ctl {
+namespace {
+
+enum class Existence { kNew, kThere };
+
+HKEY RootOf(const DefineOptions& options) {
+    return options.forMachine ? HKEY_LOCAL_MACHINE : HKEY_CURRENT_USER;
+}
+
+std::string Shown(const DefineOptions& options) {
+    return "<" + options.key + ">";
+}
+
+// A password, which the command line never holds.
+std::string AskPassword() {
+    if (!CanAsk()) {
+        const auto line = ReadRedirectedLine();
+        if (!line) Refuse("no password was given, and there is no terminal to ask for it at");
+        return *line;
+    }
+    const auto password = AskHidden("Password: ");
+    const auto again = password ? AskHidden("Once more: ") : std::nullopt;
+    if (!again) Refuse("no password was given");
+    if (*again != *password) Refuse("the two passwords differ");
+    return *password;
+}
+
+// Appends the values of the command line, numbered where they are a location's.
+void AddGivenValues(const DefineOptions& options, const RawDefinition& before,
+                    DefinitionChange& change) {
+    change.written.insert(change.written.end(), options.ofDepot.begin(), options.ofDepot.end());
+    const auto add = [&](RawValue value) {
+        value.name = Numbered(value.name, options.location);
+        change.written.push_back(std::move(value));
+    };
+    const auto isGiven = [&](const char* name) {
+        return std::any_of(options.ofLocation.begin(), options.ofLocation.end(),
+                           [name](const RawValue& value) { return value.name == name; });
+    };
+    const bool typed = isGiven("Type") || before.Find(Numbered("Type", options.location));
+    for (const RawValue& value : options.ofLocation) {
+        add(value);
+        if (value.name == "Host" && !typed) add(NumberValue("Type", 1));
+    }
+    if (options.askPassword) add(StoredText("Password", AskPassword()));
+}
+
+DefinitionChange ChangeOf(const DefineOptions& options, const RawDefinition& before) {
+    DefinitionChange change;
+    if (options.removedLocation > 0) {
+        const auto without = WithoutLocation(before, options.removedLocation);
+        if (!without) {
+            Refuse(Shown(options) + " has no location " + std::to_string(options.removedLocation) +
+                   " that can be removed; see \"depotctl check\"");
+        }
+        change = *without;
+    }
+    for (const std::string& name : options.unset) {
+        if (before.Find(name) == nullptr) Refuse(Shown(options) + " has no value " + name);
+        change.removed.push_back(name);
+    }
+    AddGivenValues(options, before, change);
+    return change;
+}
+
+Findings UnknownMacros(const RawDefinition& definition) {
+    Findings findings;
+    for (int location = 1; location <= definition.Locations(); ++location) {
+        const std::string name = Numbered("Path", location);
+        const Findings found =
+            CheckMacroNames(name, definition.Text(name).value_or(""), MacroNames());
+        findings.insert(findings.end(), found.begin(), found.end());
+    }
+    return findings;
+}
+
+std::string Line(const Finding& finding) {
+    return finding.subject + ": " + finding.text +
+           (finding.advice.empty() ? "" : "; " + finding.advice);
+}
+
+[[noreturn]] void RefuseFor(const Program& program, const Findings& problems) {
+    for (const Finding& problem : problems) program.Complain(Line(problem));
+    Refuse("nothing was written");
+}
+
+void RequireGoodKey(const Program& program, const std::string& key) {
+    for (const Findings& findings : {CheckKey(key), CheckStoredKey(key)}) {
+        if (!findings.empty()) RefuseFor(program, findings);
+    }
+}
+
+// `before` is null for a definition that is new.
+void RequireGood(const Program& program, const RawDefinition* before, const RawDefinition& after) {
+    Findings problems = NewProblems(before, after);
+    const Findings known = before == nullptr ? Findings() : UnknownMacros(*before);
+    for (const Finding& finding : UnknownMacros(after)) {
+        if (std::find(known.begin(), known.end(), finding) == known.end()) {
+            problems.push_back(finding);
+        }
+    }
+    if (!problems.empty()) RefuseFor(program, problems);
+}
+
+// What is worth knowing of a definition that is in order, also beside the others.
+Findings NotesOn(const RawDefinition& after, const DefineOptions& options) {
+    Findings notes = CheckDefinition(after);
+    std::erase_if(notes, [](const Finding& finding) { return finding.state != State::kNote; });
+    std::vector<DepotSummary> all;
+    for (const StoredDefinition& stored : ReadDefinitions()) {
+        const bool isIt = stored.root == RootOf(options) && SameKey(stored.raw.key, options.key);
+        if (!isIt) all.push_back(SummaryOf(stored.raw, stored.root == HKEY_CURRENT_USER));
+    }
+    all.push_back(SummaryOf(after, !options.forMachine));
+    const Findings together = CheckTogether(all).back();
+    notes.insert(notes.end(), together.begin(), together.end());
+    return notes;
+}
+
+void Tell(const Program& program, const DefineOptions& options, const char* done,
+          const Findings& notes) {
+    Json json = {{done, options.key}, {"definedFor", OwnerOf(RootOf(options))}};
+    json["notes"] = Json::array();
+    std::string text =
+        std::string(done) + " " + Shown(options) + " for " + OwnerOf(RootOf(options)) + "\n";
+    for (const Finding& note : notes) {
+        json["notes"].push_back(Line(note));
+        text += "note: " + Printable(Line(note)) + "\n";
+    }
+    program.renderer.Answer(json, text);
+}
+
+void ShowFile(const Program& program, const DefineOptions& options,
+              const DefinitionChange* change) {
+    const std::string path =
+        std::string(options.forMachine ? "HKEY_LOCAL_MACHINE\\" : "HKEY_CURRENT_USER\\") +
+        kDepotsKey + "\\" + options.key;
+    const std::string text = RegistryFile(path, change);
+    if (program.renderer.IsJson()) return program.renderer.Answer({{"file", text}}, {});
+    if (program.output.IsTerminal()) return program.output.Write(text);
+    const std::string bytes = RegistryFileBytes(text);
+    program.output.WriteBytes(bytes.data(), bytes.size());
+}
+
+// Other keys would be those of the depots together, or lie below a depot's.
+bool IsOneKey(const std::string& key) {
+    return !key.empty() && key.find('\\') == std::string::npos;
+}
+
+RawDefinition Existing(const DefineOptions& options, Existence wanted) {
+    if (!IsOneKey(options.key)) Refuse("\"" + options.key + "\" is no depot's key");
+    auto found = ReadDefinition(RootOf(options), options.key);
+    const std::string owner = OwnerOf(RootOf(options));
+    if (wanted == Existence::kNew && found) {
+        Refuse(Shown(options) + " is defined for " + owner + " already; \"depots set\" changes it");
+    }
+    if (wanted == Existence::kThere && !found) {
+        Refuse(Shown(options) + " is not defined for " + owner);
+    }
+    return found ? *std::move(found) : RawDefinition{options.key, {}};
+}
+
+void Define(const Program& program, const DefineOptions& options, Existence wanted) {
+    const bool isNew = wanted == Existence::kNew;
+    if (isNew) RequireGoodKey(program, options.key);
+    const RawDefinition before = Existing(options, wanted);
+    const DefinitionChange change = ChangeOf(options, before);
+    const RawDefinition after = Changed(before, change);
+    RequireGood(program, isNew ? nullptr : &before, after);
+    if (options.dryRun) return ShowFile(program, options, &change);
+    const Findings notes = NotesOn(after, options);
+    WriteDefinition(RootOf(options), options.key, change);
+    Tell(program, options, isNew ? "added" : "changed", notes);
+}
+
+void RemoveOne(const Program& program, const DefineOptions& options) {
+    Existing(options, Existence::kThere);
+    if (options.dryRun) return ShowFile(program, options, nullptr);
+    RemoveDefinition(RootOf(options), options.key);
+    Tell(program, options, "removed", {});
+}
+
+using Options = std::shared_ptr<DefineOptions>;
+
+CLI::App* AddCommand(CLI::App& depots, Program& program, const Options& options, const char* name,
+                     const char* help, void (*run)(const Program&, const DefineOptions&)) {
+    CLI::App* const command = depots.add_subcommand(name, help);
+    AddPlaceOptions(*command, *options);
+    // Holds the options as long as the command line lives, which writes into them.
+    command->callback([&program, options, run] {
+        options->key = KeyArgument(options->key);
+        program.command = [&program, options, run] { run(program, *options); };
+    });
+    return command;
+}
+
+void Add(const Program& program, const DefineOptions& options) {
+    Define(program, options, Existence::kNew);
+}
+
+void Set(const Program& program, const DefineOptions& options) {
+    Define(program, options, Existence::kThere);
+}
+
+}  // namespace
+
+void AddDefineCommands(CLI::App& depots, Program& program) {
+    const auto added = std::make_shared<DefineOptions>();
+    CLI::App* const add = AddCommand(depots, program, added, "add", "Define a depot", Add);
+    AddValueOptions(*add, *added);
+    add->footer(
+        "Examples:\n  depotctl depots add Work --path $USERDIR$\\Profiles --name Work "
+        "--name deu=Arbeit\n"
+        "  depotctl depots add Company --machine --path cn=Profiles,dc=example,dc=com "
+        "--host ldap.example.com --security starttls --dry-run > company.reg");
+
+    const auto changed = std::make_shared<DefineOptions>();
+    CLI::App* const set =
+        AddCommand(depots, program, changed, "set", "Change a depot's definition", Set);
+    AddValueOptions(*set, *changed);
+    AddRemovalOptions(*set, *changed);
+    set->footer(
+        "Examples:\n  depotctl depots set Work --order 1 --default\n"
+        "  depotctl depots set Company --location 2 --path cn=Profiles,dc=example,dc=com "
+        "--host replica\n  depotctl depots set Work --unset Icon");
+
+    AddCommand(depots, program, std::make_shared<DefineOptions>(), "remove",
+               "Remove a depot's definition, not its files", RemoveOne)
+        ->footer("Example:\n  depotctl depots remove Work");
+}
+
+}  // namespace depot::ctl

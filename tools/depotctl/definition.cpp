@@ -1,0 +1,71 @@
+#include "depotctl/definition.h"
+
+#include <algorithm>
+
+namespace depot::ctl {
+namespace {
+
+char Lower(char c) {
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
+
+bool IsReadByItsFirstBytes(std::string_view name) {
+    return SameName(name, "OrderIndex") || SameName(name, "DefaultDepot") ||
+           SameName(name, "Contains") || SameName(name.substr(0, 4), "Type");
+}
+
+}  // namespace
+
+RawValue TextValue(std::string name, std::string text) {
+    RawValue value;
+    value.name = std::move(name);
+    value.bytes = text.size() + 1;
+    value.text = std::move(text);
+    return value;
+}
+
+RawValue NumberValue(std::string name, std::uint32_t number) {
+    RawValue value;
+    value.name = std::move(name);
+    value.type = kRegistryNumber;
+    value.number = number;
+    value.bytes = sizeof(number);
+    return value;
+}
+
+const RawValue* RawDefinition::Find(std::string_view name) const {
+    const auto found = std::find_if(values.begin(), values.end(), [name](const RawValue& value) {
+        return SameName(value.name, name);
+    });
+    return found == values.end() ? nullptr : &*found;
+}
+
+std::optional<std::string> RawDefinition::Text(std::string_view name) const {
+    const RawValue* const value = Find(name);
+    if (value == nullptr || value->bytes > kLongestTextBytes) return std::nullopt;
+    return value->text.substr(0, value->text.find('\0'));
+}
+
+std::optional<std::uint32_t> RawDefinition::Number(std::string_view name) const {
+    const RawValue* const value = Find(name);
+    if (value == nullptr || value->type != kRegistryNumber) return std::nullopt;
+    if (value->bytes != sizeof(value->number) && !IsReadByItsFirstBytes(name)) return std::nullopt;
+    return value->number;
+}
+
+int RawDefinition::Locations() const {
+    int count = 0;
+    while (Text(Numbered("Path", count + 1))) ++count;
+    return count;
+}
+
+std::string Numbered(std::string_view name, int location) {
+    return std::string(name) + std::to_string(location);
+}
+
+bool SameName(std::string_view left, std::string_view right) {
+    return std::equal(left.begin(), left.end(), right.begin(), right.end(),
+                      [](char a, char b) { return Lower(a) == Lower(b); });
+}
+
+}  // namespace depot::ctl

@@ -1,0 +1,131 @@
+#include "depotctl/definition_edit.h"
+
+#include <algorithm>
+#include <cstdio>
+
+#include "depotctl/known_values.h"
+#include "depotctl/location_checks.h"
+
+namespace depot::ctl {
+namespace {
+
+constexpr const char* kLanguages[] = {"eng", "fra", "deu", "esp", "ita", "prt"};
+constexpr char kHeading[] = "Windows Registry Editor Version 5.00\r\n\r\n";
+
+bool CanBeWritten(const RawValue& value) {
+    return value.IsText() || (value.type == kRegistryNumber && value.bytes == sizeof(value.number));
+}
+
+std::string Quoted(const std::string& text) {
+    std::string quoted = "\"";
+    for (const char c : text) {
+        if (c == '"' || c == '\\') quoted.push_back('\\');
+        quoted.push_back(c);
+    }
+    return quoted + "\"";
+}
+
+std::string ValueLine(const RawValue& value) {
+    if (value.IsText()) return Quoted(value.name) + "=" + Quoted(value.text) + "\r\n";
+    char number[16] = {};
+    std::snprintf(number, sizeof(number), "%08x", static_cast<unsigned>(value.number));
+    return Quoted(value.name) + "=dword:" + number + "\r\n";
+}
+
+void AppendUnit(std::string& bytes, std::uint32_t unit) {
+    bytes.push_back(static_cast<char>(unit & 0xFF));
+    bytes.push_back(static_cast<char>(unit >> 8 & 0xFF));
+}
+
+}  // namespace
+
+RawDefinition Changed(RawDefinition definition, const DefinitionChange& change) {
+    const auto drop = [&](const std::string& name) {
+        std::erase_if(definition.values,
+                      [&](const RawValue& value) { return SameName(value.name, name); });
+    };
+    for (const std::string& name : change.removed) drop(name);
+    for (const RawValue& value : change.written) {
+        drop(value.name);
+        definition.values.push_back(value);
+    }
+    return definition;
+}
+
+std::optional<DefinitionChange> WithoutLocation(const RawDefinition& definition, int location) {
+    if (location < 1 || location > definition.Locations()) return std::nullopt;
+    DefinitionChange change;
+    for (const RawValue& value : definition.values) {
+        const auto name = ParseValueName(value.name);
+        if (!name || name->location < location) continue;
+        change.removed.push_back(value.name);
+        if (name->location == location) continue;
+        if (!CanBeWritten(value)) return std::nullopt;
+        RawValue moved = value;
+        moved.name = Numbered(name->known->name, name->location - 1);
+        change.written.push_back(std::move(moved));
+    }
+    return change;
+}
+
+Findings NewProblems(const RawDefinition* before, const RawDefinition& after) {
+    const Findings known = before == nullptr ? Findings() : CheckDefinition(*before);
+    Findings problems = CheckDefinition(after);
+    std::erase_if(problems, [&](const Finding& finding) {
+        return finding.state != State::kProblem ||
+               std::find(known.begin(), known.end(), finding) != known.end();
+    });
+    return problems;
+}
+
+DepotSummary SummaryOf(const RawDefinition& definition, bool isForUser) {
+    DepotSummary summary = {definition.key, definition.key, isForUser, false, {}};
+    for (const char* language : kLanguages) {
+        const auto name = definition.Text(std::string("DisplayName.") + language);
+        if (!name) continue;
+        summary.displayName = *name;
+        break;
+    }
+    summary.isDefault = definition.Number("DefaultDepot") == 1u;
+    for (int location = 1; location <= definition.Locations(); ++location) {
+        if (definition.Number(Numbered("Type", location)) == 1u) continue;
+        const std::string path = definition.Text(Numbered("Path", location)).value_or("");
+        if (!HasMacros(path)) summary.roots.push_back(path);
+    }
+    return summary;
+}
+
+std::string RegistryFile(const std::string& keyPath, const DefinitionChange* change) {
+    if (change == nullptr) return kHeading + ("[-" + keyPath + "]\r\n");
+    std::string text = kHeading + ("[" + keyPath + "]\r\n");
+    for (const std::string& name : change->removed) {
+        const bool writtenAgain =
+            std::any_of(change->written.begin(), change->written.end(),
+                        [&](const RawValue& value) { return SameName(value.name, name); });
+        if (!writtenAgain) text += Quoted(name) + "=-\r\n";
+    }
+    for (const RawValue& value : change->written) text += ValueLine(value);
+    return text;
+}
+
+std::string RegistryFileBytes(const std::string& text) {
+    std::string bytes = "\xFF\xFE";
+    for (std::size_t at = 0; at < text.size();) {
+        const auto lead = static_cast<unsigned char>(text[at]);
+        const std::size_t length = lead < 0x80 ? 1 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
+        std::uint32_t code = length == 1 ? lead : lead & (0xFFu >> (length + 1));
+        for (std::size_t next = 1; next < length && at + next < text.size(); ++next) {
+            code = code << 6 | (static_cast<unsigned char>(text[at + next]) & 0x3Fu);
+        }
+        at += length;
+        if (code < 0x10000) {
+            AppendUnit(bytes, code);
+        } else {
+            AppendUnit(bytes, 0xD800 + ((code - 0x10000) >> 10));
+            AppendUnit(bytes, 0xDC00 + ((code - 0x10000) & 0x3FF));
+        }
+    }
+    return bytes;
+}
+
+}  // namespace depot::ctl

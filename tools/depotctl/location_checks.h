@@ -1,0 +1,39 @@
+// The mistakes of what a location names: folders, servers and bases, as texts.
+#pragma once
+
+#include <span>
+#include <string>
+
+#include "depotctl/definition.h"
+
+namespace depot::ctl {
+
+// The mistakes of a list of servers as Host has it: blanks between them, each perhaps with a port
+// behind a colon.
+Findings CheckHost(const std::string& subject, const std::string& host);
+
+// The mistakes of a base as Path has it: a distinguished name, perhaps with folders behind
+// backslashes.
+Findings CheckBase(const std::string& subject, const std::string& base);
+
+// What keeps an expanded path from being a location's folder. `raw` is the path before, `macros`
+// are the names of the path macros, dollar signs and all.
+Findings CheckFolder(const std::string& subject, const std::string& raw,
+                     const std::string& expanded, std::span<const std::string> macros);
+
+// What an expanded path still holds of macros and environment variables.
+Findings CheckMacros(const std::string& subject, const std::string& expanded,
+                     std::span<const std::string> macros);
+
+// The macros of a path, not yet expanded, that there are not.
+Findings CheckMacroNames(const std::string& subject, const std::string& path,
+                         std::span<const std::string> macros);
+
+// Tells whether a path holds anything to expand.
+bool HasMacros(const std::string& path);
+
+// Tells whether a text looks like a distinguished name, and like a path of the file system.
+bool LooksLikeBase(const std::string& text);
+bool LooksLikeFolder(const std::string& text);
+
+}  // namespace depot::ctl
