@@ -255,6 +255,21 @@ TEST_F(EntriesTest, FilesOfTheirOwnNamesAreWrittenWithThem) {
     EXPECT_EQ(5u, buffer.length);
 }
 
+TEST_F(EntriesTest, FoldersOfTheirOwnNamesAreWrittenWithThem) {
+    CDepotPath location = server_.Location(base_);
+    location.folderObjectClass = "organizationalUnit";
+    location.folderAttributeName = "ou";
+    CLDAPItems items(&location);
+    ASSERT_EQ(1, items.ConnectLocation(nullptr));
+    const std::string top = "ou=top," + base_, sub = "ou=sub," + top;
+    EXPECT_EQ(1, items.EnsureFolderPath("CN=a.krc," + sub, false, &text_));
+    EXPECT_THAT(server_.Show(top), HasSubstr("ou: top\n"));
+    EXPECT_THAT(server_.Show(sub), HasSubstr("objectClass: organizationalUnit\n"));
+    EXPECT_EQ(1, items.AddFolderEntry("ou=other," + base_, "other", &text_));
+    EXPECT_TRUE(server_.Holds("ou=other," + base_));
+    EXPECT_EQ(sub, items.PathToDN(base_ + "\\top\\sub"));
+}
+
 TEST_F(EntriesTest, RenamingKeepsTheContentsAndDropsTheOldName) {
     server_.AddFile("a.krc", base_, "bytes");
     EXPECT_EQ(1, Connected().RenameEntry(Dn("a.krc"), Dn("b.krc"), &text_));

@@ -107,6 +107,20 @@ TEST_F(PromptTest, ARecordedErrorOpensTheDialogFilledWithWhatIsKnown) {
     EXPECT_EQ("secret", prompt_.shown[0].password);
 }
 
+TEST_F(PromptTest, ARecordedErrorOpensTheDialogFilledWithSharedCredentials) {
+    CLDAPItems& items = Make("", "");
+    items.SetUserName("anna");
+    items.SetPassword("secret");
+    items.Location().username.clear();
+    items.Location().password.clear();
+    Info().lastError = 49;
+    prompt_.Type("berta", "new secret");
+    EXPECT_EQ(1, items.PromptForCredentials());
+    ASSERT_EQ(1u, prompt_.shown.size());
+    EXPECT_EQ("anna", prompt_.shown[0].userName);
+    EXPECT_EQ("secret", prompt_.shown[0].password);
+}
+
 TEST_F(PromptTest, MissingCredentialsOpenTheDialogAlsoWithoutAnError) {
     Make("anna", "").PromptForCredentials();
     ForgetServer(server_.Port());

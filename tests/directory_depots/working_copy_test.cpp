@@ -69,6 +69,30 @@ TEST_F(WorkingCopyTest, FileSystemPathStaysOneBesideADirectory) {
     EXPECT_THAT(test::RecoveredFiles(), IsEmpty());
 }
 
+TEST_F(WorkingCopyTest, UploadOnAnOpenConnectionLeavesItOpen) {
+    const test::ScratchFolder folder;
+    CLDAPItems& items = Connected();
+    EXPECT_EQ(1, UploadNewFile(items, folder.MakeFile("a.kra", kBytes), base_, false, nullptr));
+    EXPECT_TRUE(items.IsConnected());
+    EXPECT_EQ(kBytes, Contents("a.kra"));
+}
+
+TEST_F(WorkingCopyTest, UploadOfAFileThatCannotBeReadAddsABlank) {
+    const test::ScratchFolder folder;
+    EXPECT_EQ(1, UploadNewFile(Connected(), folder.At("none.kra"), base_, false, nullptr));
+    EXPECT_EQ(" ", Contents("none.kra"));
+}
+
+TEST_F(WorkingCopyTest, UploadWithoutAServerFails) {
+    const test::ScratchFolder folder;
+    CDepotPath location = server_.Location(base_);
+    location.port = test::ClosedPort();
+    location.authentication = kAnonymousAuthentication;
+    test::ForgetServer(location.port);
+    CLDAPItems items(&location);
+    EXPECT_EQ(0, UploadNewFile(items, folder.MakeFile("a.kra", kBytes), base_, true, nullptr));
+}
+
 TEST_F(WorkingCopyTest, TwentyMegabytesGoBothWays) {
     test::DirectoryServer server("global sockbuf_max_incoming_auth 67108864");
     server.AddFile("a.kra", test::kSuffix, "x");
