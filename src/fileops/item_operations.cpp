@@ -1,7 +1,9 @@
 #include "fileops/item_operations.h"
 
 #include <memory>
+#include <set>
 
+#include "directory/comparable_dn.h"
 #include "fileops/depot_file.h"
 #include "fileops/file_place.h"
 #include "fileops/held_connections.h"
@@ -68,12 +70,36 @@ int DeleteEntries(const CDepotItems& entries) {
     return 1;
 }
 
+// The names under which the items of a list go to one target. A second one of a name would replace
+// what has just arrived.
+class TargetNames {
+public:
+    explicit TargetNames(const CDepotItem* target)
+        : isFolder_(target != nullptr && target->path.ends_with('\\')) {}
+
+    // Returns false when an earlier item has the name already.
+    bool Take(const CDepotItem& item) {
+        // Where the target is no folder, every item goes to the same name.
+        const std::string name = NamePart(RemoveTrailingBackslash(item.path));
+        return names_.insert(isFolder_ ? ComparableDN(name) : std::string()).second;
+    }
+
+private:
+    const bool isFolder_;
+    std::set<std::string> names_;
+};
+
 int OperateOneByOne(const CDepotItems& items, const CDepotItem& target, UINT operation, HWND window,
                     std::string* errorText, const TransferWatcher& watcher) {
     HeldConnections connections;
     ListProgress progress(watcher, items.Count());
+    TargetNames names(&target);
     for (std::size_t index = 0; index < items.Count(); ++index) {
         const CDepotItem& item = *items.At(index);
+        if (operation != FO_DELETE && !names.Take(item)) {
+            DirectoryOf(target)->SetLastError(LDAP_ALREADY_EXISTS);
+            return 0;
+        }
         if (progress.IsStopped() || !connections.Hold(target.depot, target.path, nullptr) ||
             !connections.Hold(item.depot, item.path, nullptr) ||
             ItemOperation(item, &target, operation, window, errorText, progress.Next()) == 0) {

@@ -153,6 +153,23 @@ TEST_F(DepotTransferTest, ATreeThatWouldReplaceALocalFileFetchesNothing) {
     EXPECT_FALSE(Exists(At("h\\out\\a.kra")));
 }
 
+TEST_F(DepotTransferTest, TwoItemsOfAListNeverBecomeOneEntry) {
+    world_.folder.MakeFolder("h\\sub");
+    Make("h\\a.kra", "1");
+    Make("h\\sub\\A.kra", "2");
+    for (const char* path : {"<Work>\\", "<Work>\\one.kra"}) {
+        SCOPED_TRACE(path);
+        const CDepotItem target(path, work_);
+        EXPECT_EQ(0, OnList({{"<Home>\\a.kra", &home_}, {"<Home>\\sub\\A.kra", &home_}}, &target,
+                            FO_MOVE));
+        EXPECT_EQ(std::uint32_t{LDAP_ALREADY_EXISTS}, Directory().LastError());
+        EXPECT_EQ("2", FileBytes(At("h\\sub\\A.kra")));
+        Make("h\\a.kra", "1");
+    }
+    EXPECT_EQ("1", Contents(DN("cn=a.kra")));
+    EXPECT_EQ("1", Contents(DN("cn=one.kra")));
+}
+
 // Moves that must leave their sources alone.
 class KeptSourceTest : public DepotTransferTest {
 protected:
