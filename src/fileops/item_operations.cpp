@@ -1,5 +1,6 @@
 #include "fileops/item_operations.h"
 
+#include <algorithm>
 #include <memory>
 #include <set>
 
@@ -8,6 +9,7 @@
 #include "fileops/file_place.h"
 #include "fileops/held_connections.h"
 #include "fileops/list_progress.h"
+#include "model/depot_paths.h"
 #include "platform/error_text.h"
 #include "platform/paths.h"
 #include "platform/temp_file.h"
@@ -74,8 +76,7 @@ int DeleteEntries(const CDepotItems& entries) {
 // what has just arrived.
 class TargetNames {
 public:
-    explicit TargetNames(const CDepotItem* target)
-        : isFolder_(target != nullptr && target->path.ends_with('\\')) {}
+    explicit TargetNames(bool isFolder) : isFolder_(isFolder) {}
 
     // Returns false when an earlier item has the name already.
     bool Take(const CDepotItem& item) {
@@ -93,7 +94,7 @@ int OperateOneByOne(const CDepotItems& items, const CDepotItem& target, UINT ope
                     std::string* errorText, const TransferWatcher& watcher) {
     HeldConnections connections;
     ListProgress progress(watcher, items.Count());
-    TargetNames names(&target);
+    TargetNames names(target.path.ends_with('\\'));
     for (std::size_t index = 0; index < items.Count(); ++index) {
         const CDepotItem& item = *items.At(index);
         if (operation != FO_DELETE && !names.Take(item)) {
@@ -168,8 +169,24 @@ struct ShellWork {
     TemporaryFolders temporaryFolders;
     HeldConnections connections;
     CDepotItems items;
+    std::vector<std::string> copies;  // of the entries
     CDepotItems entriesToRemove;
 };
+
+// Tells whether two items of a list that is moved have one name, and the second may be an entry's
+// only copy when it replaces the first.
+bool AnyNameTwice(const CDepotItems& items) {
+    TargetNames names(true);
+    for (std::size_t index = 0; index < items.Count(); ++index) {
+        if (!names.Take(*items.At(index))) return true;
+    }
+    return false;
+}
+
+// Some shells report a move as done that they left. What was moved is no longer where it was.
+bool AllCopiesLeft(const ShellWork& work) {
+    return std::none_of(work.copies.begin(), work.copies.end(), PathExists);
+}
 
 // Puts what the shell is to work on together. What cannot be fetched must not be removed, and the
 // others not half done.
@@ -190,6 +207,7 @@ bool Collect(const CDepotItems& items, bool removesSources, ShellWork& work, std
             CopyIntoFolder(item, work.temporaryFolders.Make(), fate, errorText, progress.Next());
         if (copy.empty()) return false;
         work.items.Append(PlainItem(copy));
+        work.copies.push_back(copy);
         if (removesSources) work.entriesToRemove.Append(item.Clone());
     }
     return !progress.IsStopped();
@@ -246,11 +264,16 @@ int ListOperation(const CDepotItems& items, const CDepotItem* target, UINT opera
     if (target != nullptr && DirectoryOf(*target)) {
         return OperateOneByOne(items, *target, operation, window, errorText, watcher);
     }
+    if (operation == FO_MOVE && AnyInDirectory(items, nullptr) && AnyNameTwice(items)) {
+        SetLastError(ERROR_ALREADY_EXISTS);
+        return FailShellOperation(errorText);
+    }
     const bool removesSources = operation == FO_MOVE || operation == FO_DELETE;
     ShellWork work(window);
     if (!Collect(items, removesSources, work, errorText, watcher)) return 0;
     const int result = ShellOperation(work.items, target, operation, flags, window, errorText);
-    return result == 0 ? 0 : DeleteEntries(work.entriesToRemove);
+    if (result == 0 || (operation == FO_MOVE && !AllCopiesLeft(work))) return 0;
+    return DeleteEntries(work.entriesToRemove);
 }
 
 }  // namespace depot
