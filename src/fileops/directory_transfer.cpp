@@ -144,8 +144,10 @@ std::uint32_t UploadTree(CLDAPItems& directory, const std::string& folder, const
     if (!listed) return LDAP_LOCAL_ERROR;
     const TransferPlan& plan = *listed;
     if (plan.unseen > 0 && rules.fate == SourceFate::kGoes) return LDAP_LOCAL_ERROR;
-    if (IsFileInTheWay(directory, plan) ||
-        (rules.existing == ExistingEntries::kRefuse && AnyFileExists(directory, plan))) {
+    // No file of a tree replaces another one of it.
+    const bool refused = rules.existing == ExistingEntries::kRefuse;
+    if (plan.sharedNames > 0 || IsFileInTheWay(directory, plan) ||
+        (refused && AnyFileExists(directory, plan))) {
         return LDAP_ALREADY_EXISTS;
     }
     const std::uint32_t code = EnsureTop(directory, dn);

@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <memory>
+#include <set>
 
+#include "directory/comparable_dn.h"
 #include "fileops/depot_file.h"
 #include "fileops/file_place.h"
 #include "fileops/held_connections.h"
@@ -70,12 +72,35 @@ int DeleteEntries(const CDepotItems& entries) {
     return 1;
 }
 
+// The names under which the items of a list go to one target. A second one of a name would replace
+// what has just arrived.
+class TargetNames {
+public:
+    explicit TargetNames(bool isFolder) : isFolder_(isFolder) {}
+
+    // Returns false when an earlier item has the name already.
+    bool Take(const CDepotItem& item) {
+        // Where the target is no folder, every item goes to the same name.
+        const std::string name = NamePart(RemoveTrailingBackslash(item.path));
+        return names_.insert(isFolder_ ? ComparableDN(name) : std::string()).second;
+    }
+
+private:
+    const bool isFolder_;
+    std::set<std::string> names_;
+};
+
 int OperateOneByOne(const CDepotItems& items, const CDepotItem& target, UINT operation, HWND window,
                     std::string* errorText, const TransferWatcher& watcher) {
     HeldConnections connections;
     ListProgress progress(watcher, items.Count());
+    TargetNames names(target.path.ends_with('\\'));
     for (std::size_t index = 0; index < items.Count(); ++index) {
         const CDepotItem& item = *items.At(index);
+        if (operation != FO_DELETE && !names.Take(item)) {
+            DirectoryOf(target)->SetLastError(LDAP_ALREADY_EXISTS);
+            return 0;
+        }
         if (progress.IsStopped() || !connections.Hold(target.depot, target.path, nullptr) ||
             !connections.Hold(item.depot, item.path, nullptr) ||
             ItemOperation(item, &target, operation, window, errorText, progress.Next()) == 0) {
@@ -144,14 +169,23 @@ struct ShellWork {
     TemporaryFolders temporaryFolders;
     HeldConnections connections;
     CDepotItems items;
+    std::vector<std::string> copies;  // of the entries
     CDepotItems entriesToRemove;
-    std::vector<std::string> fetchedCopies;
 };
 
-// Tells whether the shell left any copy where it was. Some shells call that a success, and the
-// entries would be lost.
-bool LeftAnyCopy(const ShellWork& work) {
-    return std::any_of(work.fetchedCopies.begin(), work.fetchedCopies.end(), PathExists);
+// Tells whether two items of a list that is moved have one name, and the second may be an entry's
+// only copy when it replaces the first.
+bool AnyNameTwice(const CDepotItems& items) {
+    TargetNames names(true);
+    for (std::size_t index = 0; index < items.Count(); ++index) {
+        if (!names.Take(*items.At(index))) return true;
+    }
+    return false;
+}
+
+// Some shells report a move as done that they left. What was moved is no longer where it was.
+bool AllCopiesLeft(const ShellWork& work) {
+    return std::none_of(work.copies.begin(), work.copies.end(), PathExists);
 }
 
 // Puts what the shell is to work on together. What cannot be fetched must not be removed, and the
@@ -173,7 +207,7 @@ bool Collect(const CDepotItems& items, bool removesSources, ShellWork& work, std
             CopyIntoFolder(item, work.temporaryFolders.Make(), fate, errorText, progress.Next());
         if (copy.empty()) return false;
         if (!work.items.Append(PlainItem(copy))) return false;
-        work.fetchedCopies.push_back(copy);
+        work.copies.push_back(copy);
         if (removesSources && !work.entriesToRemove.Append(item.Clone())) return false;
     }
     return !progress.IsStopped();
@@ -230,11 +264,15 @@ int ListOperation(const CDepotItems& items, const CDepotItem* target, UINT opera
     if (target != nullptr && DirectoryOf(*target)) {
         return OperateOneByOne(items, *target, operation, window, errorText, watcher);
     }
+    if (operation == FO_MOVE && AnyInDirectory(items, nullptr) && AnyNameTwice(items)) {
+        SetLastError(ERROR_ALREADY_EXISTS);
+        return FailShellOperation(errorText);
+    }
     const bool removesSources = operation == FO_MOVE || operation == FO_DELETE;
     ShellWork work(window);
     if (!Collect(items, removesSources, work, errorText, watcher)) return 0;
     const int result = ShellOperation(work.items, target, operation, flags, window, errorText);
-    if (result == 0 || (operation == FO_MOVE && LeftAnyCopy(work))) return 0;
+    if (result == 0 || (operation == FO_MOVE && !AllCopiesLeft(work))) return 0;
     return DeleteEntries(work.entriesToRemove);
 }
 

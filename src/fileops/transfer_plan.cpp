@@ -1,5 +1,8 @@
 #include "fileops/transfer_plan.h"
 
+#include <set>
+
+#include "directory/comparable_dn.h"
 #include "directory/local_listing.h"
 #include "platform/paths.h"
 
@@ -26,6 +29,13 @@ void AddEntries(CLDAPItems& directory, const TransferStep& parent, const LdapIte
     }
 }
 
+// Names that differ locally may be the same to a server.
+std::uint32_t CountSharedNames(const TransferPlan& plan) {
+    std::set<std::string> names;
+    for (const TransferStep& step : plan.steps) names.insert(ComparableDN(step.dn));
+    return static_cast<std::uint32_t>(plan.steps.size() - names.size());
+}
+
 }  // namespace
 
 std::optional<TransferPlan> PlanUpload(const CLDAPItems& directory, const std::string& folder,
@@ -49,6 +59,7 @@ std::optional<TransferPlan> PlanUpload(const CLDAPItems& directory, const std::s
             if (!isFolder) ++plan.files;
         }
     }
+    plan.sharedNames = CountSharedNames(plan);
     return plan;
 }
 

@@ -21,6 +21,7 @@ struct TransferPlan {
     std::vector<TransferStep> steps;
     std::uint32_t files = 0;
     std::uint32_t unsafeNames = 0;  // entries left out because of their names
+    std::uint32_t sharedNames = 0;  // local files and folders that would become one entry
     std::uint32_t unseen = 0;       // links to local folders, which are left out
 };
 

@@ -84,6 +84,14 @@ TEST_F(DirectoryFilesTest, ValuesAreReadWrittenAndFlushed) {
     EXPECT_THAT(boxes_.Texts(), IsEmpty());
 }
 
+TEST_F(DirectoryFilesTest, TheRootOfTheDepotIsNotDeleted) {
+    Session session(*api_);
+    for (const char* path : {"<Corp>\\", "<Corp>\\Sessions\\.."}) {
+        EXPECT_EQ(S_FALSE, api_->DPDeleteFile(session, Text(path)));
+    }
+    EXPECT_EQ(kOld, Contents());
+}
+
 TEST_F(DirectoryFilesTest, NextLoadWritesTheFirstFileBack) {
     Session session(*api_);
     Load(session);

@@ -153,6 +153,50 @@ TEST_F(DepotTransferTest, ATreeThatWouldReplaceALocalFileFetchesNothing) {
     EXPECT_FALSE(Exists(At("h\\out\\a.kra")));
 }
 
+TEST_F(DepotTransferTest, TwoItemsOfAListNeverBecomeOneEntry) {
+    world_.folder.MakeFolder("h\\sub");
+    Make("h\\a.kra", "1");
+    Make("h\\sub\\A.kra", "2");
+    for (const char* path : {"<Work>\\", "<Work>\\one.kra"}) {
+        SCOPED_TRACE(path);
+        const CDepotItem target(path, work_);
+        EXPECT_EQ(0, OnList({{"<Home>\\a.kra", &home_}, {"<Home>\\sub\\A.kra", &home_}}, &target,
+                            FO_MOVE));
+        EXPECT_EQ(std::uint32_t{LDAP_ALREADY_EXISTS}, Directory().LastError());
+        EXPECT_EQ("2", FileBytes(At("h\\sub\\A.kra")));
+        Make("h\\a.kra", "1");
+    }
+    EXPECT_EQ("1", Contents(DN("cn=a.kra")));
+    EXPECT_EQ("1", Contents(DN("cn=one.kra")));
+}
+
+TEST_F(DepotTransferTest, TwoEntriesOfOneNameAreNotMovedIntoOneFolder) {
+    server_.AddFile("a.kra", base_, "1");
+    server_.AddFolder("sub", base_);
+    server_.AddFile("a.kra", DN("cn=sub"), "2");
+    const CDepotItem target("<Home>\\", &home_);
+    EXPECT_EQ(0,
+              OnList({{"<Work>\\a.kra", work_}, {"<Work>\\sub\\a.kra", work_}}, &target, FO_MOVE));
+    EXPECT_NE("junk", error_);
+    EXPECT_EQ("1", Contents(DN("cn=a.kra")));
+    EXPECT_EQ("2", Contents(DN("cn=a.kra,cn=sub")));
+    EXPECT_EQ(
+        1, OnList({{"<Work>\\a.kra", work_}, {"<Work>\\sub\\a.kra", work_}}, nullptr, FO_DELETE));
+    EXPECT_FALSE(Holds(DN("cn=a.kra,cn=sub")));
+}
+
+// Some shells merge the two folders, others leave both and say that they have moved one.
+TEST_F(DepotTransferTest, ATreeThatIsMovedOntoAFolderOfItsNameIsNeverLost) {
+    const std::string tree = AddTree("tree");
+    world_.folder.MakeFolder("h\\tree");
+    Make("h\\tree\\other.kra", "3");
+    const CDepotItem target("<Home>\\", &home_);
+    const int moved = OnList({{"<Work>\\tree", work_}}, &target, FO_MOVE);
+    EXPECT_EQ(moved == 0, Holds(tree));
+    EXPECT_EQ(moved != 0, Exists(At("h\\tree\\a.kra")) && Exists(At("h\\tree\\sub\\b.kra")));
+    EXPECT_TRUE(Exists(At("h\\tree\\other.kra")));
+}
+
 // Moves that must leave their sources alone.
 class KeptSourceTest : public DepotTransferTest {
 protected:

@@ -121,6 +121,18 @@ TEST_F(TransferCodesTest, AServerThatCannotBeReachedLeavesItsCodeWithTheSource) 
     EXPECT_NE("junk", error_);
 }
 
+TEST_F(TransferCodesTest, LocalNamesThatWouldBecomeOneEntryAreNotUploaded) {
+    world_.folder.MakeFolder("h\\tree");
+    Make("h\\tree\\a b.kra", "1");
+    Make("h\\tree\\a  b.kra", "2");
+    const CDepotItem target("<Work>\\tree", work_);
+    EXPECT_EQ(0, ItemOperation({"<Home>\\tree", &home_}, &target, FO_MOVE, nullptr, nullptr));
+    EXPECT_EQ(std::uint32_t{LDAP_ALREADY_EXISTS}, Directory().LastError());
+    EXPECT_FALSE(Holds(DN("cn=tree")));
+    EXPECT_EQ("1", test::FileBytes(At("h\\tree\\a b.kra")));
+    EXPECT_EQ("2", test::FileBytes(At("h\\tree\\a  b.kra")));
+}
+
 // What must not be taken away.
 class DepotRootTest : public TransferCodesTest {};
 

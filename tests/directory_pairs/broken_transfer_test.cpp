@@ -1,6 +1,7 @@
 // Transfers whose server goes away in the middle.
 #include "directory_pairs/pairs_fixture.h"
 #include "fileops/directory_transfer.h"
+#include "support/working_files.h"
 
 namespace depot::test {
 namespace {
@@ -18,6 +19,14 @@ std::string BytesOf(const std::string& name) {
 
 class BrokenTransferTest : public PairWorldTest {
 protected:
+    // No temporary folder outlives its operation.
+    ~BrokenTransferTest() override { EXPECT_EQ(foldersBefore_, TemporaryFolders()); }
+
+    static std::vector<std::string> TemporaryFolders() {
+        char folder[MAX_PATH] = {};
+        const DWORD length = GetTempPathA(sizeof(folder), folder);
+        return FilesIn(std::string(folder, length - 1), "Dir*");
+    }
     void MakeMany(Store& store, const std::string& folder) {
         for (int number = 0; number < kFiles; ++number) {
             store.MakeFile(folder + "\\" + NameOf(number), BytesOf(NameOf(number)));
@@ -66,6 +75,8 @@ protected:
     // out, at least.
     static constexpr unsigned kAnswerBytes = 14;
     static constexpr unsigned kListingBytes = kFiles * 50;
+
+    const std::vector<std::string> foldersBefore_ = TemporaryFolders();
 };
 
 TEST_F(BrokenTransferTest, ServerThatStopsAtFile100OfAnUploadHasTheFilesBefore) {
