@@ -1,7 +1,7 @@
 # The tasks of this project; `make` alone lists them.
 
 .DEFAULT_GOAL := help
-.PHONY: help build demo browse test bench lint coverage fuzz screenshots dist clean native format
+.PHONY: help build demo browse test bench lint coverage fuzz soak screenshots dist clean native format
 
 RELEASE := build/release
 
@@ -59,6 +59,12 @@ fuzz: ## Look for inputs that break the pure code, a minute per target
 	@tools/build fuzz
 	@tools/build release
 	@tools/fuzz
+
+soak: ## Run 10,000 sessions on each store, and let every single system call fail once
+	@tools/setup
+	@tools/build release
+	@DEPOTINTR_SOAK_SESSIONS=10000 ctest --preset release -R '^soak$$' --timeout 7200 -V
+	@DEPOTINTR_THOROUGH=1 ctest --preset release -R '^faults$$' --timeout 7200 --output-on-failure
 
 dist: ## Leave in dist/ what users install (SIGN_PFX=file.pfx signs it)
 	@tools/setup dist

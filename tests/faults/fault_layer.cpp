@@ -6,6 +6,7 @@
 #include <type_traits>
 #include <utility>
 
+#include "faults/fault_points.h"
 #include "platform/compiler.h"
 #include "platform/paging_client.h"
 #include "support/module_imports.h"
@@ -152,74 +153,6 @@ private:
         return result;
     }
 };
-
-// FAULT(kind, function, result of a failed call, last error), TAKES(... , what it hands out),
-// RETURNS(function, what it takes back). The functions that need more come further below.
-#define DEPOT_FAULT_POINTS(FAULT, TAKES, RETURNS)                                    \
-    TAKES(kRegistry, RegOpenKeyExA, ERROR_NOT_ENOUGH_MEMORY, 0, kKey)                \
-    FAULT(kRegistry, RegQueryValueExA, ERROR_NOT_ENOUGH_MEMORY, 0)                   \
-    FAULT(kRegistry, RegEnumKeyExA, ERROR_NOT_ENOUGH_MEMORY, 0)                      \
-    RETURNS(RegCloseKey, kKey)                                                       \
-    TAKES(kFile, CreateFileA, INVALID_HANDLE_VALUE, ERROR_ACCESS_DENIED, kHandle)    \
-    FAULT(kFile, ReadFile, FALSE, ERROR_READ_FAULT)                                  \
-    FAULT(kFile, CopyFileA, FALSE, ERROR_DISK_FULL)                                  \
-    FAULT(kFile, DeleteFileA, FALSE, ERROR_SHARING_VIOLATION)                        \
-    FAULT(kFile, MoveFileExA, FALSE, ERROR_SHARING_VIOLATION)                        \
-    FAULT(kFile, CreateDirectoryA, FALSE, ERROR_ACCESS_DENIED)                       \
-    FAULT(kFile, RemoveDirectoryA, FALSE, ERROR_ACCESS_DENIED)                       \
-    TAKES(kFile, FindFirstFileA, INVALID_HANDLE_VALUE, ERROR_ACCESS_DENIED, kSearch) \
-    FAULT(kFile, FindNextFileA, FALSE, ERROR_READ_FAULT)                             \
-    RETURNS(FindClose, kSearch)                                                      \
-    FAULT(kFile, GetFileAttributesA, INVALID_FILE_ATTRIBUTES, ERROR_ACCESS_DENIED)   \
-    FAULT(kFile, GetFileAttributesExA, FALSE, ERROR_ACCESS_DENIED)                   \
-    FAULT(kFile, GetTempFileNameA, 0, ERROR_ACCESS_DENIED)                           \
-    FAULT(kFile, GetTempPathA, 0, ERROR_ACCESS_DENIED)                               \
-    FAULT(kFile, GetFullPathNameA, 0, ERROR_ACCESS_DENIED)                           \
-    FAULT(kFile, WritePrivateProfileStringA, FALSE, ERROR_DISK_FULL)                 \
-    FAULT(kFile, SHFileOperationA, ERROR_ACCESS_DENIED, ERROR_ACCESS_DENIED)         \
-    FAULT(kFile, SHGetSpecialFolderLocation, E_FAIL, ERROR_ACCESS_DENIED)            \
-    FAULT(kFile, MakeSureDirectoryPathExists, FALSE, ERROR_ACCESS_DENIED)            \
-    TAKES(kFile, _lopen, HFILE_ERROR, ERROR_ACCESS_DENIED, kLegacyFile)              \
-    TAKES(kFile, _lcreat, HFILE_ERROR, ERROR_ACCESS_DENIED, kLegacyFile)             \
-    FAULT(kFile, _lread, static_cast<UINT>(HFILE_ERROR), ERROR_READ_FAULT)           \
-    FAULT(kFile, _llseek, HFILE_ERROR, ERROR_READ_FAULT)                             \
-    RETURNS(_lclose, kLegacyFile)                                                    \
-    TAKES(kObject, CreateEventA, nullptr, ERROR_NO_SYSTEM_RESOURCES, kHandle)        \
-    FAULT(kMemory, SysAllocStringLen, nullptr, 0)                                    \
-    FAULT(kMemory, VirtualAlloc, nullptr, ERROR_NOT_ENOUGH_MEMORY)
-
-// The directory client's entry points are looked up by name.
-#define DEPOT_DIRECTORY_FAULT_POINTS(FAULT, TAKES, RETURNS)                           \
-    TAKES(kDirectory, ldap_initA, nullptr, 0, kConnection)                            \
-    TAKES(kDirectory, ldap_sslinitA, nullptr, 0, kConnection)                         \
-    FAULT(kDirectory, ldap_set_option, LDAP_NO_MEMORY, 0)                             \
-    FAULT(kDirectory, ldap_connect, LDAP_SERVER_DOWN, 0)                              \
-    FAULT(kDirectory, ldap_bind_sA, LDAP_SERVER_DOWN, 0)                              \
-    FAULT(kDirectory, ldap_simple_bind_sA, LDAP_SERVER_DOWN, 0)                       \
-    FAULT(kDirectory, ldap_search_sA, LDAP_SERVER_DOWN, 0)                            \
-    FAULT(kDirectory, ldap_search_ext_sA, LDAP_SERVER_DOWN, 0)                        \
-    FAULT(kDirectory, ldap_parse_resultA, LDAP_NO_MEMORY, 0)                          \
-    FAULT(kDirectory, ldap_create_page_controlA, LDAP_NO_MEMORY, 0)                   \
-    FAULT(kDirectory, ldap_parse_page_controlA, LDAP_NO_MEMORY, 0)                    \
-    FAULT(kDirectory, ldap_add_sA, LDAP_SERVER_DOWN, 0)                               \
-    FAULT(kDirectory, ldap_modify_sA, LDAP_SERVER_DOWN, 0)                            \
-    FAULT(kDirectory, ldap_modify_ext_sA, LDAP_SERVER_DOWN, 0)                        \
-    FAULT(kDirectory, ldap_delete_sA, LDAP_SERVER_DOWN, 0)                            \
-    FAULT(kDirectory, ldap_rename_ext_sA, LDAP_SERVER_DOWN, 0)                        \
-    FAULT(kDirectory, ldap_check_filterA, LDAP_NO_MEMORY, 0)                          \
-    FAULT(kDirectory, ldap_first_entry, nullptr, LDAP_NO_MEMORY)                      \
-    TAKES(kDirectory, ldap_first_attributeA, nullptr, LDAP_NO_MEMORY, kDirectoryText) \
-    TAKES(kDirectory, ldap_next_attributeA, nullptr, LDAP_NO_MEMORY, kDirectoryText)  \
-    TAKES(kDirectory, ldap_get_dnA, nullptr, LDAP_NO_MEMORY, kDirectoryText)          \
-    TAKES(kDirectory, ldap_get_valuesA, nullptr, LDAP_NO_MEMORY, kValues)             \
-    TAKES(kDirectory, ldap_get_values_lenA, nullptr, LDAP_NO_MEMORY, kValues)         \
-    TAKES(kDirectory, ldap_explode_dnA, nullptr, LDAP_NO_MEMORY, kValues)             \
-    RETURNS(ldap_unbind, kConnection)                                                 \
-    RETURNS(ldap_unbind_s, kConnection)                                               \
-    RETURNS(ldap_msgfree, kMessage)                                                   \
-    RETURNS(ldap_memfreeA, kDirectoryText)                                            \
-    RETURNS(ldap_value_freeA, kValues)                                                \
-    RETURNS(ldap_value_free_len, kValues)
 
 #define DEPOT_DEFINE_TAKES(kind, function, failure, error, holding) \
     struct function##Point {                                        \

@@ -1,0 +1,55 @@
+// Eight apartments at once, each with sessions of its own.
+#include <mutex>
+#include <thread>
+#include <vector>
+
+#include "soak/hammer.h"
+
+namespace depot::test {
+namespace {
+
+constexpr int kApartments = 8;
+constexpr int kRounds = 20;
+
+class ApartmentsHammerTest : public HammerTest {
+protected:
+    // One client: two sessions' worth of work on each store in every round.
+    std::string Hammer(int number) const {
+        const Apartment apartment;
+        const Com<IDepotIntrApi> api = CreateApi();
+        if (!api) return "no object";
+        const std::string name = "a" + std::to_string(number) + ".kra";
+        for (int round = 0; round < kRounds; ++round) {
+            for (const std::string& complaint : {RunSession(*api, "<Work>\\" + name, round),
+                                                 RunSession(*api, "<Corp>\\" + name, round),
+                                                 RunListing(*api, "<Work>\\", kApartments),
+                                                 RunListing(*api, "<Corp>\\", kApartments)}) {
+                if (!complaint.empty()) return complaint;
+            }
+        }
+        return {};
+    }
+};
+
+TEST_F(ApartmentsHammerTest, EightApartmentsReadWhatTheyWrote) {
+    const std::string filling = Filling();
+    for (int number = 0; number < kApartments; ++number) {
+        const std::string name = "a" + std::to_string(number) + ".kra";
+        folder_.MakeFile("Work\\" + name, filling);
+        ASSERT_EQ(0u, items_->AddFileEntry("cn=" + name + "," + base_, name, filling.data(),
+                                           static_cast<std::uint32_t>(filling.size())));
+    }
+    std::vector<std::string> complaints(kApartments, "not run");
+    std::vector<std::thread> clients;
+    for (int number = 0; number < kApartments; ++number) {
+        clients.emplace_back([this, number, &complaints] {
+            complaints[static_cast<std::size_t>(number)] = Hammer(number);
+        });
+    }
+    for (std::thread& client : clients) client.join();
+    for (const std::string& complaint : complaints) EXPECT_EQ("", complaint);
+    EXPECT_TRUE(WorkingCopies().empty());
+}
+
+}  // namespace
+}  // namespace depot::test
