@@ -250,8 +250,9 @@ std::uint32_t CopyThroughFolder(const EntryPair& pair, const LdapItemList& child
 // before anything is stored when an entry would have to be left out.
 std::uint32_t CopyTree(const EntryPair& pair, const LdapItemList& children,
                        const TransferRules& rules, std::uint32_t& unsafeNames) {
-    const std::vector<std::string> folders = {MakeTempFolder()};
-    const std::string& folder = folders.front();
+    std::vector<std::string> folders(1);
+    std::string& folder = folders.front();
+    folder = MakeTempFolder();
     if (folder.empty()) return LDAP_LOCAL_ERROR;
     std::uint32_t code = LDAP_LOCAL_ERROR;
     try {

@@ -46,9 +46,11 @@ public:
 
     // Returns a new folder; empty when none can be made.
     std::string Make() {
-        std::string folder = MakeTempFolder();
-        if (!folder.empty()) folders_.push_back(folder);
-        return folder;
+        folders_.emplace_back();
+        folders_.back() = MakeTempFolder();
+        if (!folders_.back().empty()) return folders_.back();
+        folders_.pop_back();
+        return {};
     }
 
 private:

@@ -52,9 +52,15 @@ bool RunShellOperation(UINT operation, const std::vector<std::string>& sources,
     return SHFileOperationA(&request) == 0 && !request.fAnyOperationsAborted;
 }
 
-bool RemoveFoldersQuietly(const std::vector<std::string>& folders, HWND window) noexcept try {
-    return RunShellOperation(FO_DELETE, folders, nullptr, FOF_NOCONFIRMATION, window);
-} catch (const std::bad_alloc&) {
+bool RemoveFoldersQuietly(const std::vector<std::string>& folders, HWND window) noexcept {
+    // What unwound up to here has given memory back: a second attempt may have it.
+    for (int attempt = 0; attempt < 2; ++attempt) {
+        try {
+            return RunShellOperation(FO_DELETE, folders, nullptr, FOF_NOCONFIRMATION, window);
+        } catch (const std::bad_alloc&) {
+            continue;
+        }
+    }
     return false;
 }
 

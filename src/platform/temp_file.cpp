@@ -26,11 +26,15 @@ std::string MakeTempFile(const char* prefix) {
     char folder[kMaxPathBytes] = {};
     const DWORD length = GetTempPathA(sizeof(folder), folder);
     if (length == 0 || length >= sizeof(folder)) return {};
-    char name[MAX_PATH] = {};
+    // Reserved before the file is there: nobody could remove it if memory ran out afterwards.
+    std::string name(MAX_PATH, '\0');
     SetLastError(ERROR_SUCCESS);
-    if (GetTempFileNameA(folder, prefix, 0, name) == 0) return {};
+    if (GetTempFileNameA(folder, prefix, 0, name.data()) == 0) return {};
+    const DWORD error = GetLastError();
+    name.resize(name.find('\0'));
     // Some systems answer with an existing file when every name is taken. A new one is empty.
-    return GetLastError() == ERROR_FILE_EXISTS && !IsEmptyFile(name) ? std::string() : name;
+    if (error == ERROR_FILE_EXISTS && !IsEmptyFile(name.c_str())) name.clear();
+    return name;
 }
 
 }  // namespace
