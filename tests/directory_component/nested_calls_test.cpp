@@ -75,6 +75,7 @@ TEST_F(NestedCallsTest, SessionThatEndsWhileABoxIsOpenGoesWhenItsCallReturns) {
     EXPECT_EQ(S_FALSE, api_->DPFlushFile(session_));
     // The edit was kept, once.
     EXPECT_THAT(RecoveredFiles(), SizeIs(1));
+    EXPECT_THAT(WorkingCopies(), IsEmpty());
 }
 
 TEST_F(NestedCallsTest, OtherCallsOnTheBusySessionFailAndLeaveItAlone) {

@@ -130,6 +130,13 @@ bool DirectoryServer::Holds(const std::string& dn) {
     return all.find("\ndn: " + dn + "\n") != std::string::npos;
 }
 
+bool DirectoryServer::WaitForLog(const std::string& part) {
+    for (int attempt = 0; attempt < 100; ++attempt, Sleep(20)) {
+        if (Log().find(part) != std::string::npos) return true;
+    }
+    return false;
+}
+
 OperationCounts DirectoryServer::Counts() {
     OperationCounts counts;
     std::istringstream log(Log());

@@ -57,6 +57,9 @@ public:
     void Mark() { Request("mark"); }
     std::string Log() { return Request("log"); }
     OperationCounts Counts();
+    // Waits, for two seconds at most, for what the server notes of a request that it does not
+    // answer.
+    bool WaitForLog(const std::string& part);
 
     // A listener that relays to this server and closes each connection after so many bytes.
     unsigned CutAfter(unsigned bytes);
