@@ -160,7 +160,9 @@ private:
             const TransferStep parent = plan.steps[next];
             if (!parent.isFolder) continue;
             LdapItemList children;
-            AddLocalChildren(parent.dn, Subfolders::kTake, children);
+            if (AddLocalChildren(parent.dn, Subfolders::kTake, children) == kNotListed) {
+                Refuse("\"" + Utf8FromAnsi(parent.dn) + "\" cannot be listed");
+            }
             for (const CLDAPItem* child : children) {
                 const bool isFolder = child->isFolder != 0;
                 plan.steps.push_back(
