@@ -1,7 +1,7 @@
 # The tasks of this project; `make` alone lists them.
 
 .DEFAULT_GOAL := help
-.PHONY: help build demo browse test bench lint coverage fuzz soak screenshots dist clean native format
+.PHONY: help build demo browse test bench lint coverage fuzz soak screenshots dist clean format
 
 RELEASE := build/release
 
@@ -18,7 +18,7 @@ demo: ## Set up what is missing, build, and run the sample clients on sample dep
 	@tools/demo
 
 browse: ## Open the browse dialog on the sample depots; needs a screen
-	@tools/setup
+	@tools/setup screenshots
 	@tools/build release
 	@tools/browse
 

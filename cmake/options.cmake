@@ -31,13 +31,14 @@ endif()
 
 # product_symbols(LIBRARY)
 #
-# Leaves LIBRARY.pdb beside the library. The linker names functions and data in it; without
-# CodeView from the compiler it holds no lines.
+# Leaves LIBRARY.pdb beside the library that is shipped. The linker names functions and data in it;
+# without CodeView from the compiler it holds no lines. For a build without optimization it would take
+# minutes.
 function(product_symbols library)
     target_link_libraries(${library} product_options)
     if(LINKER_WRITES_PDB)
         target_link_options(${library} PRIVATE
-            "LINKER:--build-id,--pdb=$<TARGET_FILE_DIR:${library}>/${library}.pdb")
+            "$<$<CONFIG:Release>:LINKER:--build-id,--pdb=$<TARGET_FILE_DIR:${library}>/${library}.pdb>")
     endif()
 endfunction()
 

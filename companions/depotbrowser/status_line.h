@@ -24,7 +24,6 @@ public:
     void TimerElapsed();
     void Clear() { ShowMessage({}); }
 
-    bool IsBusy() const { return busy_; }
     void Place(const BrowseLayout& layout);
 
 private:

@@ -341,7 +341,7 @@ TEST_F(BrowseOpenTest, WithoutDepotsTheBuiltInOneIsShown) {
               }));
 }
 
-TEST_F(BrowseOpenTest, OfDepotsOfOneNameOnlyTheReachableOneIsShown) {
+TEST_F(BrowseOpenTest, OfDepotsOfOneNameOnlyTheFirstIsShown) {
     const ScratchKey machine(HKEY_LOCAL_MACHINE, kDepotsKey);
     machine.Text("Work", "DisplayName.eng", "Shadowed");
     machine.Text("Work", "Path1", folder_.At("Team"));

@@ -37,8 +37,6 @@ public:
     std::string TableText(const Json& rows, const std::vector<Column>& columns,
                           std::size_t indent = 0) const;
 
-    const OutputStream& Stream() const { return stream_; }
-
 private:
     const OutputStream& stream_;
     bool json_ = false;
