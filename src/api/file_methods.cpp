@@ -10,6 +10,7 @@
 #include "platform/full_path.h"
 #include "platform/handles.h"
 #include "platform/paths.h"
+#include "platform/same_file.h"
 #include "platform/text.h"
 
 namespace depot {
@@ -34,7 +35,8 @@ std::string SourceFile(DepotSession& session, const std::string& source) {
 }
 
 bool NamesSameFile(const std::string& left, const std::string& right) {
-    return !left.empty() && EqualsNoCase(FullPath(left), FullPath(right));
+    return !left.empty() &&
+           (EqualsNoCase(FullPath(left), FullPath(right)) || IsSameFile(left, right));
 }
 
 bool WriteText(HANDLE file, const std::string& text) {

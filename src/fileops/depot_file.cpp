@@ -3,6 +3,7 @@
 #include "fileops/directory_transfer.h"
 #include "fileops/file_place.h"
 #include "fileops/shell_operation.h"
+#include "fileops/transfer_source.h"
 #include "manager/display_path.h"
 #include "platform/error_text.h"
 #include "platform/paths.h"
@@ -16,8 +17,19 @@ void DescribeFailure(DWORD error, const std::string& path, std::string* errorTex
     if (errorText != nullptr) FormatErrorText(error, path.c_str(), kCaption, errorText, nullptr);
 }
 
+// Fails as a wrong argument does in either store.
+int Refuse(CDepot& depot) {
+    if (CLDAPItems* const directory = depot.DirectoryConnection()) {
+        directory->SetLastError(LDAP_PARAM_ERROR);
+    }
+    SetLastError(ERROR_INVALID_PARAMETER);
+    return 0;
+}
+
 int MoveInFileSystem(CDepot& depot, const std::string& source, const std::string& destination,
                      HWND window, UINT operation, std::string* errorText) {
+    // A bare name would be one in the process's current folder.
+    if (destination.find_first_of("\\/:") == std::string::npos) return Refuse(depot);
     if (RunShellOperation(operation, {source}, &destination, kQuietFlags, window,
                           kShellSinglePathBytes)) {
         return 1;
@@ -43,15 +55,6 @@ int CopyInFileSystem(const std::string& source, const std::string& destination, 
     // The system calls a path that is too long "not found", which helps nobody.
     if (destination.size() >= kMaxPathBytes) error = ERROR_BUFFER_OVERFLOW;
     DescribeFailure(error, destination, errorText);
-    return 0;
-}
-
-// Fails as a wrong argument does in either store.
-int Refuse(CDepot& depot) {
-    if (CLDAPItems* const directory = depot.DirectoryConnection()) {
-        directory->SetLastError(LDAP_PARAM_ERROR);
-    }
-    SetLastError(ERROR_INVALID_PARAMETER);
     return 0;
 }
 
@@ -106,6 +109,7 @@ int MoveFile(CDepot& depot, const std::string& source, const std::string& destin
     const std::string from = StorageOf(depot, source);
     const std::string to = StorageOf(target, destination);
     if (CLDAPItems* const directory = DirectoryOf(depot, source)) {
+        if (!IsSameServer(*directory, *DirectoryOf(target, destination))) return Refuse(depot);
         return MoveEntry(*directory, from, to, errorText, watcher);
     }
     return MoveInFileSystem(depot, from, to, window, destinationDepot ? FO_MOVE : FO_RENAME,

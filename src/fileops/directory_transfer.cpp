@@ -81,6 +81,11 @@ std::uint32_t FetchFile(CLDAPItems& directory, const TransferStep& step, SourceF
     FileBuffer contents;
     if (directory.ReadFileContents(step.dn, contents) == 0) return directory.LastError();
     if (!contents.bytes && fate == SourceFate::kGoes) return LDAP_NO_SUCH_ATTRIBUTE;
+    // A file's name without a dot lets the deletion look for entries below it.
+    if (fate == SourceFate::kGoes && LooksLikeFolder(directory, step.dn)) {
+        const std::uint32_t code = RefuseChildren(directory, step.dn);
+        if (code != LDAP_SUCCESS) return code;
+    }
     progress.bytesDone += contents.length;
     return WriteContents(contents, step.localPath);
 }
@@ -100,16 +105,6 @@ std::uint32_t RunPlan(const TransferPlan& plan, const TransferWatcher& watcher,
         if (watcher && !watcher(progress) && more) return LDAP_USER_CANCELLED;
     }
     return LDAP_SUCCESS;
-}
-
-// Tells whether the place of any file of the plan is taken already.
-bool AnyFileExists(CLDAPItems& directory, const TransferPlan& plan) {
-    // Under an entry that does not exist nothing else does.
-    if (directory.FindEntry(plan.steps.front().dn) != LDAP_SUCCESS) return false;
-    for (const TransferStep& step : plan.steps) {
-        if (!step.isFolder && directory.FindEntry(step.dn) == LDAP_SUCCESS) return true;
-    }
-    return false;
 }
 
 // Tells whether a file has one of the names that the plan's folders are to have. What was stored
@@ -147,7 +142,7 @@ std::uint32_t UploadTree(CLDAPItems& directory, const std::string& folder, const
     // No file of a tree replaces another one of it.
     const bool refused = rules.existing == ExistingEntries::kRefuse;
     if (plan.sharedNames > 0 || IsFileInTheWay(directory, plan) ||
-        (refused && AnyFileExists(directory, plan))) {
+        (refused && directory.FindEntry(dn) == LDAP_SUCCESS)) {
         return LDAP_ALREADY_EXISTS;
     }
     const std::uint32_t code = EnsureTop(directory, dn);
@@ -327,6 +322,8 @@ std::uint32_t MoveConnected(CLDAPItems& directory, const std::string& oldDN,
         directory.ListChildren(oldDN, children);
         if (children.Count() == 0) return code;
     }
+    const std::uint32_t refused = RefuseFile(directory, oldDN);
+    if (refused != LDAP_SUCCESS) return refused;
     return MoveFolder(directory, oldDN, newDN, children, watcher, unsafeNames);
 }
 

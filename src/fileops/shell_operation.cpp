@@ -23,7 +23,9 @@ bool GoesIntoItself(UINT operation, const std::string& source, const std::string
 std::string ShellPathList(const std::vector<std::string>& paths, std::size_t pathBytes) {
     std::string list;
     for (const std::string& path : paths) {
-        if (path.empty() || path.size() >= pathBytes) return {};
+        // The shell would take a pattern for all that it matches.
+        const bool isPattern = path.find_first_of("*?") != std::string::npos;
+        if (path.empty() || path.size() >= pathBytes || isPattern) return {};
         list.append(path).push_back('\0');
     }
     list.push_back('\0');
@@ -39,7 +41,9 @@ bool RunShellOperation(UINT operation, const std::vector<std::string>& sources,
         target && std::any_of(sources.begin(), sources.end(), [&](const std::string& source) {
             return GoesIntoItself(operation, source, *target);
         });
-    if (sources.empty() || from.empty() || (target && to.empty()) || intoItself) {
+    // Without a target the shell would take the process's current folder.
+    const bool placeless = target ? to.empty() : operation != FO_DELETE;
+    if (sources.empty() || from.empty() || placeless || intoItself) {
         SetLastError(ERROR_INVALID_PARAMETER);
         return false;
     }

@@ -2,6 +2,7 @@
 
 #include <cstring>
 
+#include "directory/comparable_dn.h"
 #include "platform/text.h"
 
 namespace depot {
@@ -20,12 +21,8 @@ std::uint32_t List(CLDAPItems& directory, const std::string& dn, LdapItemList& c
     return listed ? std::uint32_t{LDAP_SUCCESS} : directory.LastError();
 }
 
-// A file with entries below it is removed with them, but copied alone.
-std::uint32_t RefuseChildren(CLDAPItems& directory, const std::string& dn) {
-    LdapItemList children;
-    const std::uint32_t code = List(directory, dn, children);
-    if (code != LDAP_SUCCESS) return code;
-    return children.Count() == 0 ? LDAP_SUCCESS : LDAP_NOT_ALLOWED_ON_NONLEAF;
+std::string Comparable(const CLDAPItems& directory, const std::string& dn) {
+    return ComparableDN(directory.NormalDN(dn));
 }
 
 // An entry that showed neither bytes nor children: only its class tells what it is.
@@ -53,6 +50,21 @@ std::string Identifier(CLDAPItems& directory, const std::string& dn) {
 
 }  // namespace
 
+std::uint32_t RefuseChildren(CLDAPItems& directory, const std::string& dn) {
+    LdapItemList children;
+    const std::uint32_t code = List(directory, dn, children);
+    if (code != LDAP_SUCCESS) return code;
+    return children.Count() == 0 ? LDAP_SUCCESS : LDAP_NOT_ALLOWED_ON_NONLEAF;
+}
+
+std::uint32_t RefuseFile(CLDAPItems& directory, const std::string& dn) {
+    EntryKind kind = EntryKind::kOther;
+    const std::uint32_t code = directory.FindKind(dn, kind);
+    if (code != LDAP_SUCCESS) return code;
+    const bool isFile = kind == EntryKind::kFile;
+    return isFile ? std::uint32_t{LDAP_NOT_ALLOWED_ON_NONLEAF} : std::uint32_t{LDAP_SUCCESS};
+}
+
 bool LooksLikeFolder(CLDAPItems& directory, const std::string& dn) {
     std::string name;
     bool isFolder = false;
@@ -72,21 +84,24 @@ std::uint32_t ReadSource(CLDAPItems& directory, const std::string& dn, SourceFat
     if (code != LDAP_SUCCESS) return code;
     if (source.children.Count() == 0) return ReadByClass(directory, dn, fate, source);
     source.isFolder = true;
-    return LDAP_SUCCESS;
+    return fate == SourceFate::kGoes ? RefuseFile(directory, dn) : std::uint32_t{LDAP_SUCCESS};
 }
 
 bool IsSameEntry(const CLDAPItems& directory, const std::string& dn, const std::string& other) {
-    return directory.NormalDN(dn) == directory.NormalDN(other);
+    return Comparable(directory, dn) == Comparable(directory, other);
 }
 
 bool IsBelowEntry(const CLDAPItems& directory, const std::string& dn, const std::string& folder) {
-    return directory.NormalDN(dn).ends_with("," + directory.NormalDN(folder));
+    return Comparable(directory, dn).ends_with("," + Comparable(directory, folder));
+}
+
+bool IsSameServer(const CLDAPItems& one, const CLDAPItems& other) {
+    return &one == &other || (EqualsNoCase(one.GetHost(), other.GetHost()) &&
+                              one.Location().port == other.Location().port);
 }
 
 bool IsSameDirectory(CLDAPItems& one, CLDAPItems& other, const std::string& dn) {
-    const bool sameServer = EqualsNoCase(one.GetHost(), other.GetHost()) &&
-                            one.Location().port == other.Location().port;
-    if (&one == &other || sameServer) return true;
+    if (IsSameServer(one, other)) return true;
     const std::string identifier = Identifier(one, dn);
     return !identifier.empty() && identifier == Identifier(other, dn);
 }

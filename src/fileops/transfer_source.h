@@ -15,6 +15,11 @@ struct SourceEntry {
     LdapItemList children;
 };
 
+// Both return code 66 for a file with entries below it, which is removed with them but copied
+// alone: the first for anything with children, the second for a file of which they are known.
+std::uint32_t RefuseChildren(CLDAPItems& directory, const std::string& dn);
+std::uint32_t RefuseFile(CLDAPItems& directory, const std::string& dn);
+
 // Tells whether the name of an entry looks like a folder's. One that carries no naming attribute,
 // such as the base itself, does.
 bool LooksLikeFolder(CLDAPItems& directory, const std::string& dn);
@@ -29,6 +34,9 @@ std::uint32_t ReadSource(CLDAPItems& directory, const std::string& dn, SourceFat
 // letter case make no difference.
 bool IsSameEntry(const CLDAPItems& directory, const std::string& dn, const std::string& other);
 bool IsBelowEntry(const CLDAPItems& directory, const std::string& dn, const std::string& folder);
+
+// Tells whether both are connections to one server, by host and port.
+bool IsSameServer(const CLDAPItems& one, const CLDAPItems& other);
 
 // Tells whether an entry of that name is the same one through both connections: two names of one
 // server, and two servers that replicate each other, show the same identifier.

@@ -1,6 +1,7 @@
 #include "platform/local_file.h"
 
 #include "platform/handles.h"
+#include "platform/paths.h"
 #include "platform/text.h"
 #include "platform/win32.h"
 // After the Windows headers.
@@ -53,7 +54,12 @@ bool WriteLocalFile(const std::string& path, const void* bytes, std::uint32_t le
 }
 
 bool EnsureLocalFolder(const std::string& path) {
-    return MakeSureDirectoryPathExists(EnsureTrailingBackslash(path).c_str()) != FALSE;
+    const std::string folder = EnsureTrailingBackslash(path);
+    // Some systems copy the path into a fixed buffer, or are content with a file of that name.
+    if (folder.size() >= kMaxPathBytes || !MakeSureDirectoryPathExists(folder.c_str()))
+        return false;
+    const DWORD attributes = GetFileAttributesA(path.c_str());
+    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
 }
 
 }  // namespace depot
