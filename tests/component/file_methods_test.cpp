@@ -37,11 +37,10 @@ TEST_F(FileMethodsTest, RenameRefusesWhatItCannotDo) {
     Make("Work\\a.kra", "1");
     Make("Work\\b.kra", "2");
     const std::string plain = Make("plain.kra", "3");
-    const char* const cases[][2] = {{"<None>\\a.kra", "<Work>\\c.kra"},
-                                    {"<Work>\\none.kra", "<Work>\\c.kra"},
-                                    {"<Work>\\a.kra", "<Work>\\b.kra"},
-                                    {"<Work>\\a.kra", ""},
-                                    {plain.c_str(), "<Work>\\c.kra"}};
+    const char* const cases[][2] = {
+        {"<None>\\a.kra", "<Work>\\c.kra"}, {"<Work>\\none.kra", "<Work>\\c.kra"},
+        {"<Work>\\a.kra", "<Work>\\b.kra"}, {"<Work>\\a.kra", ""},
+        {"<Work>\\a.kra", "bare.kra"},      {plain.c_str(), "<Work>\\c.kra"}};
     for (const auto& row : cases) {
         SCOPED_TRACE(row[0]);
         EXPECT_EQ(S_FALSE, api_->DPRenameFile(session_, Text(row[0]), Text(row[1])));

@@ -329,6 +329,32 @@ TEST_F(TransferTest, WhatCannotBeSeenToBeWholeDoesNotGo) {
     EXPECT_EQ(1, Download(Directory(), DN("cn=a.kra"), At("out"), &error_));
 }
 
+TEST_F(TransferTest, AFileWithoutADotThatHoldsEntriesDoesNotGo) {
+    server_.AddFolder("tree", base_);
+    server_.AddFile("README", DN("cn=tree"), "1");
+    server_.AddFile("b.kra", DN("cn=README,cn=tree"), "2");
+    for (const char* name : {"cn=tree", "cn=README,cn=tree"}) {
+        SCOPED_TRACE(name);
+        EXPECT_EQ(0, Download(Directory(), DN(name), At("out"), &error_, {},
+                              ExistingEntries::kReplace, SourceFate::kGoes));
+        EXPECT_EQ(std::uint32_t{LDAP_NOT_ALLOWED_ON_NONLEAF}, Directory().LastError());
+    }
+    EXPECT_EQ(0, MoveEntry(Directory(), DN("cn=README,cn=tree"), DN("cn=moved"), &error_));
+    EXPECT_TRUE(server_.Holds(DN("cn=b.kra,cn=README,cn=tree")));
+}
+
+TEST_F(TransferTest, AnotherSpellingOfItsOwnNameIsTheEntryItself) {
+    server_.AddFolder("A B", base_);
+    server_.AddFolder("sub", DN("cn=A B"));
+    server_.AddFile("a b.kra", base_, "1");
+    MoveEntry(Directory(), DN("cn=A  B"), DN("cn=A B"), &error_);
+    MoveEntry(Directory(), DN("cn=A  B"), DN("cn=C,cn=A B"), &error_);
+    EXPECT_TRUE(server_.Holds(DN("cn=sub,cn=A B")));
+    CopyEntry(Directory(), DN("cn=a  b.kra"), Directory(), DN("cn=a b.kra"),
+              ExistingEntries::kReplace, &error_, {}, SourceFate::kGoes);
+    EXPECT_TRUE(server_.Holds(DN("cn=a b.kra")));
+}
+
 TEST_F(TransferTest, AFileWhoseBytesCannotBeSeenIsCopiedEmptyAndDoesNotGo) {
     server_.AddFile("a.kra", base_, "1");
     server_.AddFolder("tree", base_);

@@ -26,6 +26,12 @@ TEST(ShellPathListTest, APathFitsWithItsNulAndNotWithOneByteMore) {
     }
 }
 
+TEST(ShellPathListTest, APatternSpoilsTheList) {
+    for (const char* pattern : {"C:\\x\\*", "C:\\x\\a?.kra"}) {
+        EXPECT_EQ("", ShellPathList({"C:\\x\\a", pattern}, 100));
+    }
+}
+
 TEST(ShellPathListTest, AnEmptyPathSpoilsTheList) {
     EXPECT_EQ("", ShellPathList({"a", "", "b"}, 10));
 }
@@ -51,6 +57,15 @@ TEST_F(RunShellOperationTest, DeletesFilesAndFolders) {
     EXPECT_TRUE(RunShellOperation(FO_DELETE, {a, sub}, nullptr, FOF_NOCONFIRMATION, nullptr));
     EXPECT_FALSE(Exists(a));
     EXPECT_FALSE(Exists(sub));
+}
+
+TEST_F(RunShellOperationTest, OnlyADeletionGoesWithoutATarget) {
+    const std::string file = folder_.MakeFile("a.kra", "1");
+    for (const UINT operation : {UINT{FO_COPY}, UINT{FO_MOVE}, UINT{FO_RENAME}}) {
+        EXPECT_FALSE(RunShellOperation(operation, {file}, nullptr, kQuietFlags, nullptr));
+        EXPECT_EQ(DWORD{ERROR_INVALID_PARAMETER}, GetLastError());
+    }
+    EXPECT_TRUE(test::Exists(file));
 }
 
 TEST_F(RunShellOperationTest, AMissingSourceFails) {

@@ -51,6 +51,8 @@ TEST_F(LocalFileTest, AFolderIsMadeWithThoseAboveIt) {
     }
     folder_.MakeFile("file", "");
     EXPECT_FALSE(EnsureLocalFolder(folder_.At("file\\below")));
+    EXPECT_FALSE(EnsureLocalFolder(folder_.At("file")));
+    EXPECT_FALSE(EnsureLocalFolder(folder_.At(std::string(100'000, 'x'))));
 }
 
 TEST(MakeTempFolderTest, EachFolderIsNewEmptyAndNamedDir) {
