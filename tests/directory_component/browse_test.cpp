@@ -109,6 +109,37 @@ TEST_F(BrowseDirectoryTest, SeveralChosenFilesStoreTheCurrentOneAndLeaveNone) {
     EXPECT_EQ(L"changed", Read(other, L"S", L"K"));
 }
 
+TEST_F(BrowseDirectoryTest, SavingBeginsWithTheSelectedItemAndOffersFileOperationsAnyway) {
+    Session session(*api_);
+    ASSERT_EQ(S_OK, api_->DPSetSelItemPath(session, Text("<Corp>\\new.kra")));
+    const DialogUser user = Play([](const OpenBrowser& browser) {
+        browser.WaitForRows({L"a.kra", L"b.kra"});
+        EXPECT_TRUE(browser.IsShown(CONTROL_RENAME));
+        browser.WaitForText(CONTROL_NAME, L"new.kra");
+        browser.Click(IDOK);
+    });
+    OutText path;
+    EXPECT_EQ(S_OK, api_->DPBrowse(session, APP_SKEIN, PROMPT_SAVEAS, VARIANT_FALSE, VARIANT_FALSE,
+                                   0, 4711, path));
+    EXPECT_EQ(L"<Corp>\\new.kra", path.Value());
+    // Nothing is stored before something is written.
+    EXPECT_FALSE(Holds("new.kra"));
+}
+
+TEST_F(BrowseDirectoryTest, TheOtherApplicationsFilesAreOpenedAndSavedToo) {
+    server_.AddFile("c.krk", base_, "[S]\r\nK=of c\r\n");
+    for (const BROWSE_TYPE type : {PROMPT_OPEN, PROMPT_SAVEAS}) {
+        Session session(*api_);
+        const DialogUser user = Play([](const OpenBrowser& browser) {
+            browser.WaitForLocation(L"Corp");
+            browser.Press(VK_ESCAPE);
+        });
+        OutText path;
+        EXPECT_EQ(S_FALSE, api_->DPBrowse(session, APP_KICKOFF, type, kYes, kYes, 0, 0, path));
+        EXPECT_TRUE(path.IsNull());
+    }
+}
+
 TEST_F(BrowseDirectoryTest, CommandsChangeTheDirectory) {
     Session session(*api_);
     OutText path;
