@@ -65,13 +65,17 @@ private:
 
 }  // namespace
 
-void PublishDependentFiles(DepotSession& session) {
+void PublishDependentFiles(DepotSession& session, const TransferWatcher& watcher) {
     if (!session.currentFile) return;
     DepotFileContext& file = *session.currentFile;
     Publishing publishing(session);
-    const auto count = static_cast<std::int32_t>(file.ReadInt("Skein", "Count", 0));
-    for (std::int32_t number = 1; number <= std::min(count, kMaxClients); ++number) {
+    const auto listed = static_cast<std::int32_t>(file.ReadInt("Skein", "Count", 0));
+    const std::int32_t count = std::clamp(listed, 0, kMaxClients);
+    for (std::int32_t number = 1; number <= count; ++number) {
         publishing.PublishClient("C" + std::to_string(number));
+        const TransferProgress progress = {static_cast<std::uint32_t>(number),
+                                           static_cast<std::uint32_t>(count), 0};
+        if (watcher && !watcher(progress) && number < count) return;
     }
     if (!file.ReadString(kServer, kConfigurationFile, {}, kEntryBytes).empty()) {
         file.WriteString(kServer, kConfigurationFile, {});

@@ -1,6 +1,7 @@
 // Publishing a Skein profile together with the files that it depends on.
 #pragma once
 
+#include "fileops/transfer_progress.h"
 #include "manager/depot_session.h"
 
 namespace depot {
@@ -10,8 +11,11 @@ namespace depot {
 // begins with "u" stands for a file of the component's resource folder: only its name is kept. At
 // most 10,000 clients are looked at. The changes reach a directory when the file is let go of.
 //
+// The watcher hears of each client and can end the work between two of them: the entries behind
+// keep what they say.
+//
 // Kept: an entry is rewritten also when its file could not be copied.
 // Relied on by: profiles whose files arrive by another way.
-void PublishDependentFiles(DepotSession& session);
+void PublishDependentFiles(DepotSession& session, const TransferWatcher& watcher = {});
 
 }  // namespace depot

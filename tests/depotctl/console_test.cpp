@@ -156,6 +156,21 @@ TEST_F(ConsoleTest, CtrlCStopsALongTransferBetweenTwoFiles) {
     EXPECT_THAT(console.Screen(), Not(HasSubstr("[#"))) << "the bar is gone";
 }
 
+TEST_F(ConsoleTest, CtrlCStopsALongRemovalBetweenTwoFiles) {
+    constexpr int kFiles = 5000;
+    MakeTree(kFiles);
+    TestConsole console(80);
+    console.Start({"rm", "-r", "<Work>\\tree"});
+    EXPECT_TRUE(console.WaitFor("/5000 files")) << console.Screen();
+    TestConsole::PressCtrlC();
+    EXPECT_EQ(1, console.Finish());
+    EXPECT_THAT(console.Screen(), HasSubstr("of 5000 files; the others stay"));
+    EXPECT_TRUE(Exists(folder_.At("work\\tree")));
+    EXPECT_THAT(console.Screen(), Not(HasSubstr("[#"))) << "the bar is gone";
+    EXPECT_EQ(0, console.Run({"rm", "-r", "<Work>\\tree"}));
+    EXPECT_FALSE(Exists(folder_.At("work\\tree")));
+}
+
 TEST_F(ConsoleTest, ProgressIsShownInOneLineAndGoneAtTheEnd) {
     MakeTree(600);
     TestConsole console(40);

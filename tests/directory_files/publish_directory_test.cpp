@@ -75,6 +75,24 @@ TEST_F(PublishDirectoryTest, EntriesArePublishedWithinTheDirectoryOverOneBind) {
     EXPECT_EQ("(missing)", Published("c2.cfg"));
 }
 
+TEST_F(PublishDirectoryTest, AWatcherEndsTheWorkBetweenTwoClients) {
+    const std::string two = Make("c2.cfg", "two");
+    AddProfile("C1=" + Make("c1.cfg", "one") + "\r\nC2=" + two + "\r\n");
+    DepotSession session;
+    session.LoadFile("<Corp>\\Sessions\\p.kra");
+    std::vector<std::uint32_t> heard;
+    PublishDependentFiles(session, [&](const TransferProgress& progress) {
+        heard.push_back(progress.filesDone);
+        EXPECT_EQ(2u, progress.filesInAll);
+        return false;
+    });
+    EXPECT_EQ(std::vector<std::uint32_t>{1}, heard);
+    EXPECT_EQ("one", Published("c1.cfg"));
+    EXPECT_EQ("(missing)", Published("c2.cfg"));
+    EXPECT_EQ(two, Client(session, "C2"));
+    session.currentFile->changed = false;
+}
+
 TEST_F(PublishDirectoryTest, TheChangedListReachesTheDirectoryWhenTheFileIsLetGoOf) {
     AddProfile("C1=" + Make("c1.cfg", "one") + "\r\nC2=u\r\n");
     DepotSession session;

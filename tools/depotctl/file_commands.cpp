@@ -6,6 +6,7 @@
 #include "depotctl/encoding.h"
 #include "depotctl/failure.h"
 #include "depotctl/places.h"
+#include "depotctl/removal.h"
 #include "depotctl/transfer.h"
 #include "depotctl/transfer_target.h"
 #include "fileops/depot_file.h"
@@ -105,7 +106,11 @@ void RemoveAll(Program& program, const RemoveOptions& options) {
     }
     Json removed = Json::array();
     for (const auto& [place, kind] : all) {
-        Remove(place, kind);
+        if (kind == PlaceKind::kFolder) {
+            RemoveTree(program, place);
+        } else {
+            Remove(place, kind);
+        }
         removed.push_back(place.Utf8());
     }
     const std::string count = std::to_string(all.size());

@@ -6,6 +6,7 @@
 #include "depotctl/encoding.h"
 #include "depotctl/failure.h"
 #include "depotctl/places.h"
+#include "depotctl/progress.h"
 #include "depotctl/transfer_target.h"
 #include "fileops/publish.h"
 #include "platform/text.h"
@@ -75,7 +76,15 @@ void Publish(Program& program, const std::string& path) {
     for (std::uint32_t number = 1; number <= count; ++number) {
         before.push_back(Client(file, number));
     }
-    PublishDependentFiles(session);
+    {
+        Progress progress(program.errors);
+        PublishDependentFiles(session, progress.Watcher());
+        if (progress.WasInterrupted() && progress.FilesDone() < progress.FilesInAll()) {
+            file.Release();
+            Refuse("stopped after " + std::to_string(progress.FilesDone()) + " of " +
+                   std::to_string(progress.FilesInAll()) + " clients; the others are as they were");
+        }
+    }
     const Json rows = ClientRows(places, file, before);
     if (file.Release() == 0) Fail("write", place);
     session.currentFile.reset();

@@ -1,0 +1,76 @@
+#include "depotctl/removal.h"
+
+#include "depotctl/failure.h"
+#include "depotctl/progress.h"
+#include "depotctl/transfer.h"
+#include "directory/local_listing.h"
+#include "fileops/transfer_plan.h"
+#include "model/local_mirror.h"
+
+namespace depot::ctl {
+namespace {
+
+class Removal {
+public:
+    Removal(const Program& program, const Place& folder)
+        : folder_(folder), progress_(program.errors) {}
+
+    void Run() {
+        if (CLDAPItems* const directory = folder_.Directory()) {
+            RemoveEntries(*directory);
+        } else {
+            RemoveFiles();
+        }
+        // The folders, and whatever could not be deleted by itself.
+        Remove(folder_, PlaceKind::kFolder);
+    }
+
+private:
+    void RemoveEntries(CLDAPItems& directory) {
+        const ConnectionScope connection(directory, nullptr);
+        TransferPlan plan;
+        // What cannot be listed is told by the deletion of the whole.
+        if (!connection || !PlanDownload(directory, folder_.Storage(), "x", plan)) return;
+        state_.filesInAll = plan.files;
+        for (const TransferStep& step : plan.steps) {
+            if (step.isFolder) continue;
+            directory.RemoveEmptyEntry(step.dn);
+            NoteFile();
+        }
+    }
+
+    void RemoveFiles() {
+        std::vector<std::string> folders = {folder_.Storage()}, files;
+        for (std::size_t next = 0; next < folders.size(); ++next) {
+            LdapItemList children;
+            AddLocalChildren(folders[next], Subfolders::kTake, children);
+            for (const CLDAPItem* child : children) {
+                (child->isFolder != 0 ? folders : files).push_back(child->path);
+            }
+        }
+        state_.filesInAll = static_cast<std::uint32_t>(files.size());
+        for (const std::string& file : files) {
+            DeleteFileA(file.c_str());
+            NoteFile();
+        }
+    }
+
+    void NoteFile() {
+        ++state_.filesDone;
+        if (progress_.Watcher()(state_) || state_.filesDone == state_.filesInAll) return;
+        Refuse("stopped after " + std::to_string(state_.filesDone) + " of " +
+               std::to_string(state_.filesInAll) + " files; the others stay");
+    }
+
+    const Place& folder_;
+    Progress progress_;
+    TransferProgress state_;
+};
+
+}  // namespace
+
+void RemoveTree(const Program& program, const Place& folder) {
+    Removal(program, folder).Run();
+}
+
+}  // namespace depot::ctl
