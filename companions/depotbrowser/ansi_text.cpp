@@ -4,15 +4,7 @@
 
 namespace depot {
 
-std::wstring WideFromAnsi(std::string_view text) {
-    const int bytes = static_cast<int>(text.size());
-    const int length = MultiByteToWideChar(CP_ACP, 0, text.data(), bytes, nullptr, 0);
-    std::wstring wide(static_cast<std::size_t>(length), L'\0');
-    MultiByteToWideChar(CP_ACP, 0, text.data(), bytes, wide.data(), length);
-    return wide;
-}
-
-std::optional<std::string> AnsiFromWide(std::wstring_view text) {
+std::optional<std::string> ExactAnsiFromWide(std::wstring_view text) {
     const int length = static_cast<int>(text.size());
     // A code page of several bytes has at most this many for one character.
     constexpr std::size_t kMostBytes = 4;

@@ -5,12 +5,12 @@
 #include <string>
 #include <string_view>
 
-namespace depot {
+#include "platform/wide_text.h"
 
-std::wstring WideFromAnsi(std::string_view text);
+namespace depot {
 
 // Returns nothing for a text that the code page cannot hold exactly: a name must not become that of
 // another file.
-std::optional<std::string> AnsiFromWide(std::wstring_view text);
+std::optional<std::string> ExactAnsiFromWide(std::wstring_view text);
 
 }  // namespace depot

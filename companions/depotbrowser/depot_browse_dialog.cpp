@@ -112,7 +112,7 @@ STDMETHODIMP CDepotBrowseDialog::put_SortDescending(LONG lDescending) noexcept {
 }
 
 STDMETHODIMP CDepotBrowseDialog::put_ResourceFolder(BSTR bstrFolder) noexcept try {
-    settings_.resourceFolder = AnsiFromWide(TextOf(bstrFolder)).value_or(std::string());
+    settings_.resourceFolder = ExactAnsiFromWide(TextOf(bstrFolder)).value_or(std::string());
     return S_OK;
 } catch (...) {
     return E_OUTOFMEMORY;

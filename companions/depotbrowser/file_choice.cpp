@@ -37,7 +37,7 @@ ExaminedName ExamineTarget(DepotSession& session, const FolderRef& folder, const
 FileChoice::FileChoice(Parts parts) : parts_(std::move(parts)) {}
 
 void FileChoice::Begin(const std::wstring& path, const FolderRef& otherwise) {
-    const auto narrow = AnsiFromWide(path);
+    const auto narrow = ExactAnsiFromWide(path);
     if (!narrow || narrow->find('\\') == std::string::npos) {
         SetField(path);
         parts_.navigator.Open(otherwise);
@@ -96,7 +96,7 @@ void FileChoice::AcceptSelected(const std::vector<const BrowseEntry*>& files) {
 void FileChoice::AcceptSeveral(const std::vector<TypedName>& names) {
     std::vector<std::string> paths;
     for (const TypedName& typed : names) {
-        const auto name = AnsiFromWide(typed.text);
+        const auto name = ExactAnsiFromWide(typed.text);
         const BrowseEntry* const entry = name ? parts_.list.Find(*name) : nullptr;
         if (entry == nullptr || entry->isFolder) return Refuse(IDS_BROWSE_NOT_FOUND, typed.text);
         paths.push_back(parts_.navigator.FolderPath() + entry->name);
@@ -105,7 +105,7 @@ void FileChoice::AcceptSeveral(const std::vector<TypedName>& names) {
 }
 
 void FileChoice::AcceptOne(const TypedName& typed) {
-    const auto text = AnsiFromWide(typed.text);
+    const auto text = ExactAnsiFromWide(typed.text);
     if (!text) return Refuse(IDS_BROWSE_BAD_NAME, typed.text);
     if (IsWholePath(*text)) return AcceptPath(*text, typed.quoted);
     if (IsPattern(*text)) {

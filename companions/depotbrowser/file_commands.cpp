@@ -56,7 +56,7 @@ void FileCommands::Finish(const ChangeResult& result, bool editsName) {
 
 void FileCommands::NewFolder() {
     if (!CanChange()) return;
-    const auto name = AnsiFromWide(parts_.texts.Text(IDS_BROWSE_NEW_FOLDER));
+    const auto name = ExactAnsiFromWide(parts_.texts.Text(IDS_BROWSE_NEW_FOLDER));
     Run(
         [name = name.value_or("Folder")](DepotSession& session, const FolderRef& folder) {
             return MakeFolder(session, folder, name);
@@ -72,7 +72,7 @@ void FileCommands::NameEdited(const NMLVDISPINFOW& edited) {
     const BrowseEntry* const entry = parts_.list.EntryAt(edited.item.iItem);
     const wchar_t* const text = edited.item.pszText;
     if (text == nullptr || entry == nullptr || entry->shownName == text) return;
-    const auto name = AnsiFromWide(text);
+    const auto name = ExactAnsiFromWide(text);
     if (!name || !IsValidName(*name)) {
         parts_.status.ShowError(parts_.texts.Text(IDS_BROWSE_BAD_NAME, text));
         return;

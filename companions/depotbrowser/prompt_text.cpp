@@ -40,7 +40,7 @@ std::wstring PromptText(UINT id) {
 
 std::optional<std::string> PromptTextForNames(unsigned id) {
     const std::wstring text = PromptText(id);
-    return text.empty() ? std::nullopt : AnsiFromWide(text);
+    return text.empty() ? std::nullopt : ExactAnsiFromWide(text);
 }
 
 }  // namespace depot

@@ -31,8 +31,8 @@ public:
                                WideFromAnsi(credentials.password)};
         const PromptOutcome outcome = worker->Mailbox().AskForCredentials(fields);
         if (outcome == PromptOutcome::kNotShown) throw WorkAbandoned();
-        const auto userName = AnsiFromWide(fields.userName);
-        const auto password = AnsiFromWide(fields.password);
+        const auto userName = ExactAnsiFromWide(fields.userName);
+        const auto password = ExactAnsiFromWide(fields.password);
         if (outcome == PromptOutcome::kCancelled || !userName || !password) return false;
         credentials.userName = *userName;
         credentials.password = *password;

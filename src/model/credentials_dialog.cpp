@@ -1,5 +1,6 @@
 #include "model/credentials_dialog.h"
 
+#include "platform/wide_text.h"
 #include "platform/win32.h"
 // After the Windows headers.
 #include <oleauto.h>
@@ -31,27 +32,10 @@ struct DialogReleaser {
 };
 using UniqueDialog = std::unique_ptr<IUserPasswordPromptDialog, DialogReleaser>;
 
-std::wstring WideText(const std::string& text) {
-    const int bytes = static_cast<int>(text.size());
-    const int length = MultiByteToWideChar(CP_ACP, 0, text.data(), bytes, nullptr, 0);
-    std::wstring wide(static_cast<std::size_t>(length), L'\0');
-    MultiByteToWideChar(CP_ACP, 0, text.data(), bytes, wide.data(), length);
-    return wide;
-}
-
-std::string AnsiText(std::wstring_view text) {
-    const int length = static_cast<int>(text.size());
-    const int bytes =
-        WideCharToMultiByte(CP_ACP, 0, text.data(), length, nullptr, 0, nullptr, nullptr);
-    std::string narrow(static_cast<std::size_t>(bytes), '\0');
-    WideCharToMultiByte(CP_ACP, 0, text.data(), length, narrow.data(), bytes, nullptr, nullptr);
-    return narrow;
-}
-
 UniqueDialog CreateDialogComponent() {
     CLSID classId = {};
     void* created = nullptr;
-    if (FAILED(CLSIDFromProgID(WideText(kDialogProgId).c_str(), &classId)) ||
+    if (FAILED(CLSIDFromProgID(WideFromAnsi(kDialogProgId).c_str(), &classId)) ||
         FAILED(CoCreateInstance(classId, nullptr, kAnyContext, IID_IUserPasswordPromptDialog,
                                 &created))) {
         return nullptr;
@@ -63,7 +47,7 @@ using TextSetter = HRESULT (STDMETHODCALLTYPE IUserPasswordPromptDialog::*)(BSTR
 using TextGetter = HRESULT (STDMETHODCALLTYPE IUserPasswordPromptDialog::*)(BSTR* text);
 
 bool SetText(IUserPasswordPromptDialog& dialog, TextSetter set, const std::string& text) {
-    const std::wstring wide = WideText(text);
+    const std::wstring wide = WideFromAnsi(text);
     const UniqueBstr bstr(SysAllocStringLen(wide.data(), static_cast<UINT>(wide.size())));
     return bstr && SUCCEEDED((dialog.*set)(bstr.get()));
 }
@@ -73,7 +57,7 @@ std::optional<std::string> GetText(IUserPasswordPromptDialog& dialog, TextGetter
     const HRESULT result = (dialog.*get)(&given);
     const UniqueBstr bstr(given);
     if (FAILED(result)) return std::nullopt;
-    return AnsiText({given != nullptr ? given : L"", SysStringLen(given)});
+    return AnsiFromWide({given != nullptr ? given : L"", SysStringLen(given)});
 }
 
 bool Fill(IUserPasswordPromptDialog& dialog, const Credentials& credentials) {

@@ -3,22 +3,41 @@
 #include "platform/win32.h"
 
 namespace depot {
+namespace {
 
-std::wstring WideFromUtf8(std::string_view text) {
+std::wstring Widen(UINT codePage, std::string_view text) {
     const int bytes = static_cast<int>(text.size());
-    const int length = MultiByteToWideChar(CP_UTF8, 0, text.data(), bytes, nullptr, 0);
+    const int length = MultiByteToWideChar(codePage, 0, text.data(), bytes, nullptr, 0);
     std::wstring wide(static_cast<std::size_t>(length), L'\0');
-    MultiByteToWideChar(CP_UTF8, 0, text.data(), bytes, wide.data(), length);
+    MultiByteToWideChar(codePage, 0, text.data(), bytes, wide.data(), length);
     return wide;
 }
 
-std::string Utf8FromWide(std::wstring_view text) {
+std::string Narrow(UINT codePage, std::wstring_view text) {
     const int length = static_cast<int>(text.size());
     const int bytes =
-        WideCharToMultiByte(CP_UTF8, 0, text.data(), length, nullptr, 0, nullptr, nullptr);
+        WideCharToMultiByte(codePage, 0, text.data(), length, nullptr, 0, nullptr, nullptr);
     std::string narrow(static_cast<std::size_t>(bytes), '\0');
-    WideCharToMultiByte(CP_UTF8, 0, text.data(), length, narrow.data(), bytes, nullptr, nullptr);
+    WideCharToMultiByte(codePage, 0, text.data(), length, narrow.data(), bytes, nullptr, nullptr);
     return narrow;
+}
+
+}  // namespace
+
+std::wstring WideFromUtf8(std::string_view text) {
+    return Widen(CP_UTF8, text);
+}
+
+std::string Utf8FromWide(std::wstring_view text) {
+    return Narrow(CP_UTF8, text);
+}
+
+std::wstring WideFromAnsi(std::string_view text) {
+    return Widen(CP_ACP, text);
+}
+
+std::string AnsiFromWide(std::wstring_view text) {
+    return Narrow(CP_ACP, text);
 }
 
 }  // namespace depot

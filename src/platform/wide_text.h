@@ -1,4 +1,4 @@
-// Conversion between UTF-8 and UTF-16, for the few places where names must survive whole.
+// Conversion between UTF-16 and narrow text, for the few places where the system wants the former.
 #pragma once
 
 #include <string>
@@ -8,5 +8,9 @@ namespace depot {
 
 std::wstring WideFromUtf8(std::string_view text);
 std::string Utf8FromWide(std::wstring_view text);
+
+// The same with the ANSI code page. What it cannot hold is replaced.
+std::wstring WideFromAnsi(std::string_view text);
+std::string AnsiFromWide(std::wstring_view text);
 
 }  // namespace depot

@@ -92,8 +92,8 @@ TEST_F(BrowseSaveTest, NamesThatNoFileCanHaveAreRefused) {
     EXPECT_EQ(0, Show([](const OpenBrowser& browser) {
                   Save(browser, L"a|b");
                   browser.WaitForMessage(L"\"a|b\" is not a valid name.");
-                  Save(browser, std::wstring(252, L'x'));
-                  browser.WaitForMessage(L"xxx\" is not a valid name.");
+                  Save(browser, std::wstring(252, L'n'));
+                  browser.WaitForMessage(L"nnn\" is not a valid name.");
                   Save(browser, L"\u65E5");
                   browser.WaitForMessage(L"\"\u65E5\" is not a valid name.");
                   browser.Press(VK_ESCAPE);

@@ -5,26 +5,6 @@
 #include "platform/win32.h"
 
 namespace depot::ctl {
-namespace {
-
-std::wstring WideFromAnsi(std::string_view text) {
-    const int bytes = static_cast<int>(text.size());
-    const int length = MultiByteToWideChar(CP_ACP, 0, text.data(), bytes, nullptr, 0);
-    std::wstring wide(static_cast<std::size_t>(length), L'\0');
-    MultiByteToWideChar(CP_ACP, 0, text.data(), bytes, wide.data(), length);
-    return wide;
-}
-
-std::string AnsiFromWide(std::wstring_view text) {
-    const int length = static_cast<int>(text.size());
-    const int bytes =
-        WideCharToMultiByte(CP_ACP, 0, text.data(), length, nullptr, 0, nullptr, nullptr);
-    std::string narrow(static_cast<std::size_t>(bytes), '\0');
-    WideCharToMultiByte(CP_ACP, 0, text.data(), length, narrow.data(), bytes, nullptr, nullptr);
-    return narrow;
-}
-
-}  // namespace
 
 std::string Utf8FromAnsi(std::string_view text) {
     return Utf8FromWide(WideFromAnsi(text));
