@@ -45,7 +45,7 @@ format: ## Format the sources in place
 	@tools/lint format
 
 coverage: ## Measure the line coverage of all tests
-	@tools/setup coverage
+	@tools/setup
 	@tools/build coverage
 	@tools/coverage
 
