@@ -24,17 +24,19 @@ function(com_interface library server prefix)
         OUTPUT ${generated}/include/${server}.h ${generated}/${server}_i.c
                ${generated}/${server}.tlb
         COMMAND ${CMAKE_COMMAND} -E make_directory ${generated}/include
-        COMMAND ${widl} -h -o ${generated}/include/${server}.h ${idl}
-        COMMAND ${widl} -u -o ${generated}/${server}_i.c ${idl}
+        COMMAND ${widl} -h -o ${generated}/include/${server}.h ${server}.idl
+        COMMAND ${widl} -u -o ${generated}/${server}_i.c ${server}.idl
         COMMAND ${widl} -L ${STDOLE2} -D TYPELIB_PASS -D LONG_PTR=HOST_LONG_PTR
-                -t -o ${generated}/${server}.tlb ${idl}
+                -t -o ${generated}/${server}.tlb ${server}.idl
+        # What is generated names its source, and it is handed out.
+        WORKING_DIRECTORY ${sources}
         DEPENDS ${idl} ${sources}/identifiers.h
         COMMENT "Compiling the interface description of ${server}")
 
     set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${sources}/identifiers.h)
     file(STRINGS ${sources}/identifiers.h definitions REGEX "^#define ${prefix}_")
     foreach(definition IN LISTS definitions)
-        if(definition MATCHES "^#define ([A-Z_]+) ([0-9a-f-]+)$")
+        if(definition MATCHES "^#define ([A-Z_]+) ([0-9A-F-]+)$")
             set(${CMAKE_MATCH_1} ${CMAKE_MATCH_2})
         endif()
     endforeach()

@@ -11,9 +11,9 @@ constexpr char kClassKey[] = "CLSID\\{38A373C9-E31B-4505-A763-B14081A1332B}";
 constexpr char kAppIdKey[] = "AppID\\{85456E20-A6EC-4DDC-BFFD-17A26FB3A463}";
 constexpr char kLibraryKey[] = "TypeLib\\{F83FE105-A22E-4399-9B89-1A6C8CB957DD}";
 constexpr char kInterfaceKey[] = "Interface\\{052916F3-9678-4B31-834D-7904C551B1D5}";
-constexpr char kClassText[] = "{38a373c9-e31b-4505-a763-b14081a1332b}";
-constexpr char kAppIdText[] = "{85456e20-a6ec-4ddc-bffd-17a26fb3a463}";
-constexpr char kLibraryText[] = "{f83fe105-a22e-4399-9b89-1a6c8cb957dd}";
+constexpr char kClassText[] = "{38A373C9-E31B-4505-A763-B14081A1332B}";
+constexpr char kAppIdText[] = "{85456E20-A6EC-4DDC-BFFD-17A26FB3A463}";
+constexpr char kLibraryText[] = "{F83FE105-A22E-4399-9B89-1A6C8CB957DD}";
 
 // Names of values with their texts; the default value has an empty name. Subkeys stand with a
 // trailing backslash.

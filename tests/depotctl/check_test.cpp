@@ -229,10 +229,10 @@ protected:
         return StepIn(RunTool({"check", "--json"}).Json()["installation"], step);
     }
 
-    static constexpr char kClass[] = "{38a373c9-e31b-4505-a763-b14081a1332b}";
+    static constexpr char kClass[] = "{38A373C9-E31B-4505-A763-B14081A1332B}";
     ScratchKey name_{HKEY_CLASSES_ROOT, "DepotIntr.DepotIntrApi"};
     ScratchKey class_{HKEY_CLASSES_ROOT, std::string("CLSID\\") + kClass};
-    ScratchKey library_{HKEY_CLASSES_ROOT, "TypeLib\\{f83fe105-a22e-4399-9b89-1a6c8cb957dd}"};
+    ScratchKey library_{HKEY_CLASSES_ROOT, "TypeLib\\{F83FE105-A22E-4399-9B89-1A6C8CB957DD}"};
 };
 
 TEST_F(CheckInstallationTest, WholeInstallationIsInOrder) {

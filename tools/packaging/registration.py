@@ -122,7 +122,7 @@ def _braced(identifier):
 def read_server(library, sources, generated):
     """The server whose interface description stands in `sources`, built into `generated`."""
     header = (sources / "identifiers.h").read_text()
-    identifiers = dict(re.findall(r"^#define (\w+) ([0-9a-f-]{36})$", header, re.M))
+    identifiers = dict(re.findall(r"^#define (\w+) ([0-9A-F-]{36})$", header, re.M))
     described = re.findall(r"uuid\((\w+)\)[^\]]*\]\s*(library|interface|coclass)\s+(\w+)",
                            (sources / f"{library}.idl").read_text())
     prefix = library.upper()
