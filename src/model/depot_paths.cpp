@@ -107,10 +107,9 @@ bool CDepotPaths::ChoiceProbesDirectory() const {
 
 bool CDepotPaths::MayHold(const std::string& path) const {
     if (!ChoiceProbesDirectory()) return true;
-    if (IsFileSystemPath(path)) return false;
     return std::any_of(array_.begin(), array_.end(), [&](CDepotPath* location) {
         const std::string base = RemoveTrailingBackslash(ExpandedPath(*location));
-        return IsDirectory(*location) && !base.empty() && StartsWithNoCase(path, base);
+        return !base.empty() && FindNoCase(path, base) != std::string::npos;
     });
 }
 

@@ -47,10 +47,9 @@ public:
     // Tells whether choosing the location would have to contact a directory server.
     bool ChoiceProbesDirectory() const;
 
-    // Tells whether the path may be a storage path below one of the locations, without contacting a
+    // Tells whether the path may hold the root that GetActivePath gives, without contacting a
     // server to find out. Once the choice is made, or can be made without a server, every path may.
-    // Until then a path must begin with the base of one of the directory locations, and a path of
-    // the file system never does.
+    // Until then only one that holds the base of one of the locations may.
     bool MayHold(const std::string& path) const;
 
     bool ownsItems = true;

@@ -1,6 +1,7 @@
 #include "manager/depot_file_context.h"
 #include "manager/display_path.h"
 #include "manager/resolve_item.h"
+#include "support/box_log.h"
 #include "support/directory_fixture.h"
 #include "support/scratch.h"
 
@@ -83,6 +84,20 @@ TEST_F(MappingTest, AFileSystemPathNeverMakesADepotConnect) {
     EXPECT_EQ(nullptr, context.depot);
     EXPECT_EQ("", server_.Log());
     EXPECT_EQ(nullptr, work_->paths->ChosenLocation());
+}
+
+TEST_F(MappingTest, AFileOfTheFolderThatStandsInForADeadServerIsTheDepots) {
+    const test::ScratchFolder folder;
+    const std::string file = folder.MakeFile("a.krc", "x");
+    key_.Text("Work", "Path1", "dc=nowhere");
+    key_.Dword("Work", "Port1", 1);
+    key_.Text("Work", "Path2", folder.Path());
+    const test::BoxLog boxes;
+    const CDepots depots(kKey);
+    EXPECT_EQ(nullptr, FindDepotHolding(depots, "C:\\elsewhere\\a.krc"));
+    EXPECT_EQ(nullptr, depots.At(0)->paths->ChosenLocation());
+    EXPECT_EQ(depots.At(0), FindDepotHolding(depots, file));
+    EXPECT_EQ("<Work>\\a.krc", StorageToDisplay(*depots.At(0), file));
 }
 
 TEST_F(MappingTest, AnotherTextContactsTheServerOnlyBelowTheBase) {
