@@ -1,5 +1,6 @@
 // Changing, copying and publishing files.
 #include "component/component.h"
+#include "platform/handles.h"
 #include "support/box_log.h"
 
 namespace depot::test {
@@ -73,6 +74,25 @@ TEST_F(FileMethodsTest, CopyOutLeavesAnExistingFileWhenItIsToFail) {
     const std::string target = Make("out.kra", "old");
     EXPECT_EQ(S_FALSE, CopyOut("<Work>\\a.kra", target, VARIANT_TRUE));
     EXPECT_EQ("old", FileBytes(target));
+}
+
+TEST_F(FileMethodsTest, ARefusedCopyOutKeepsTheCurrentFile) {
+    Make("Work\\a.kra", "[S]\r\nK=a\r\n");
+    Make("Work\\b.kra", "[S]\r\nK=b\r\n");
+    ASSERT_EQ(S_OK, api_->DPLoadFile(session_.Address(), Text("<Work>\\a.kra")));
+    EXPECT_EQ(S_FALSE, CopyOut("<Work>\\b.kra", Make("out.kra", "old"), VARIANT_TRUE));
+    EXPECT_EQ(L"a", Read(session_, L"S", L"K"));
+}
+
+TEST_F(FileMethodsTest, CopyOutWritesBesideAReader) {
+    Make("Work\\a.kra", "new");
+    const std::string target = Make("out.kra", "much older text");
+    const UniqueHandle reader =
+        OwnFile(CreateFileA(target.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                            nullptr, OPEN_EXISTING, 0, nullptr));
+    ASSERT_TRUE(reader);
+    EXPECT_EQ(S_OK, CopyOut("<Work>\\a.kra", target, VARIANT_FALSE));
+    EXPECT_EQ("new", FileBytes(target));
 }
 
 TEST_F(FileMethodsTest, CopyOutTakesOneForFalse) {
@@ -199,6 +219,17 @@ TEST_F(PublishTest, WithoutClientsOnlyTheServerEntryGoes) {
         EXPECT_EQ(L"x.cfg", Client(L"C1"));
         EXPECT_EQ(L"(default)", Read(session_, L"Server", L"Configuration File"));
     }
+}
+
+TEST_F(PublishTest, AProfileThatCountsNoClientsHasNone) {
+    Publish("[Clients]\r\nC1=x.cfg\r\n");
+    EXPECT_EQ(L"x.cfg", Client(L"C1"));
+}
+
+TEST_F(PublishTest, AnEmptyServerEntryStays) {
+    const std::string profile = "[Server]\r\nConfiguration File=\r\nOther=1\r\n";
+    Publish(profile);
+    EXPECT_EQ(profile, FileBytes(folder_.At("Work\\p.kra")));
 }
 
 TEST_F(PublishTest, NothingLandsInTheCurrentFolder) {

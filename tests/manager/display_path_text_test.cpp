@@ -90,6 +90,7 @@ TEST(FolderDisplayPathTest, TheFolderFollowsTheDisplayName) {
     EXPECT_EQ("<Travail>\\", FolderDisplayPath("Travail", "a.kra"));
     EXPECT_EQ("<Travail>\\", FolderDisplayPath("Travail", ""));
     EXPECT_EQ("<Travail>\\sub\\", FolderDisplayPath("Travail", "<Work>\\sub\\"));
+    EXPECT_EQ("<Travail>b\\", FolderDisplayPath("Travail", "<Work>\\a>b\\c.kra"));
 }
 
 TEST(SplitDisplayPathTest, NameAndRelativePathAreTakenApart) {
@@ -103,6 +104,7 @@ TEST(SplitDisplayPathTest, NameAndRelativePathAreTakenApart) {
                 {"Work\\a", "Work\\a", "a"},
                 {"", "", ""},
                 {"<<Work>\\a", "Work", "a"},
+                {"<a>b>\\x", "a>b", "x"},
                 {">", "", ""},
                 {"<", "", ""}};
     for (const auto& row : rows) {
