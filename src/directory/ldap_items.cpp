@@ -85,7 +85,7 @@ std::string CLDAPItems::GetSharedPassword() {
 
 bool CLDAPItems::PromptingIsOff() {
     const DirectoryInfo* const info = info_.Access();
-    return info != nullptr && info->noPrompt == 1;
+    return info != nullptr && info->noPrompt != 0;
 }
 
 void CLDAPItems::TurnPromptingOff() {

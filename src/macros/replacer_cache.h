@@ -14,7 +14,7 @@ inline constexpr char kReplacerEventName[] = "Quillon - Depot - Replacers";
 
 // How long a caller waits for the others. What the lock guards takes microseconds; only a process
 // that died while it held the event makes anyone wait that long, and then nobody can signal it.
-inline constexpr DWORD kReplacerWaitMilliseconds = 2000;
+inline constexpr DWORD kReplacerWaitMilliseconds = 5000;
 
 // Holds the event while it lives: whoever creates it goes on, whoever finds it existing waits until
 // it is signalled. Without an event, and when the wait takes too long, it goes on unlocked. Signals

@@ -61,7 +61,7 @@ void CDepots::RemoveAll(bool deleteElements) {
 
 void CDepots::Remove(CDepot* depot) {
     if (depot == defaultDepot) defaultDepot = nullptr;
-    if (filteredView) filteredView->RemoveAll(false);
+    if (filteredView) filteredView->array_.Remove(depot);
     RemoveElement(array_, depot);
 }
 

@@ -238,6 +238,13 @@ TEST_F(PromptTest, PromptAndConnectWithPromptingOffFailsWithoutABox) {
     EXPECT_EQ("", server_.Log());
 }
 
+TEST_F(PromptTest, AnyNumberButZeroTurnsPromptingOff) {
+    CLDAPItems& items = Make(test::kEditor, "wrong");
+    Info().noPrompt = 2;
+    EXPECT_EQ(0, items.ConnectLocation(nullptr));
+    EXPECT_THAT(prompt_.shown, IsEmpty());
+}
+
 TEST_F(PromptTest, PromptAndConnectUsesKnownCredentialsUnasked) {
     CLDAPItems& items = Make(test::kEditor, test::kEditorPassword);
     EXPECT_EQ(1, items.PromptAndConnect(&text_));
