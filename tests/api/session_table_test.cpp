@@ -2,6 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <new>
+
+#include "support/failing_allocation.h"
+#include "support/import_patch.h"
+
 namespace depot {
 namespace {
 
@@ -104,6 +109,35 @@ TEST_F(SessionTableTest, HandleOfAnEndedSessionIsNotReusedAtOnce) {
         EXPECT_NE(ended, next);
         table_.Destroy(next);
     }
+}
+
+TEST_F(SessionTableTest, SessionThatFindsNoMemoryLeavesTheTableAsItWas) {
+    const LONG_PTR kept = table_.Create();
+    LONG_PTR made = 0;
+    bool refused = false;
+    const auto create = [&] {
+        try {
+            made = table_.Create();
+            refused = false;
+        } catch (const std::bad_alloc&) {
+            refused = true;
+        }
+    };
+    EXPECT_LT(1, test::FailEachAllocation(GetModuleHandleA(nullptr), create, [&](bool failed) {
+                  EXPECT_TRUE(failed || !refused);
+                  EXPECT_NE(nullptr, table_.Find(kept));
+                  if (!refused) {
+                      EXPECT_NE(nullptr, table_.Find(made));
+                      table_.Destroy(made);
+                  }
+              }));
+}
+
+TEST_F(SessionTableTest, WithoutAddressSpaceThereIsNoSession) {
+    const test::ImportPatch<decltype(&VirtualAlloc)> refusing(
+        "VirtualAlloc", [](void*, SIZE_T, DWORD, DWORD) -> void* { return nullptr; });
+    ASSERT_TRUE(refusing.IsInPlace());
+    EXPECT_EQ(0, table_.Create());
 }
 
 using WithoutHandle = SessionForCall::WithoutHandle;
