@@ -4,7 +4,7 @@
 
 #include <new>
 
-#include "support/failing_allocation.h"
+#include "support/failing_memory.h"
 #include "support/import_patch.h"
 
 namespace depot {
@@ -113,23 +113,15 @@ TEST_F(SessionTableTest, HandleOfAnEndedSessionIsNotReusedAtOnce) {
 
 TEST_F(SessionTableTest, SessionThatFindsNoMemoryLeavesTheTableAsItWas) {
     const LONG_PTR kept = table_.Create();
-    LONG_PTR made = 0;
-    bool refused = false;
-    const auto create = [&] {
-        try {
-            made = table_.Create();
-            refused = false;
-        } catch (const std::bad_alloc&) {
-            refused = true;
-        }
-    };
-    EXPECT_LT(1, test::FailEachAllocation(GetModuleHandleA(nullptr), create, [&](bool failed) {
-                  EXPECT_TRUE(failed || !refused);
-                  EXPECT_NE(nullptr, table_.Find(kept));
-                  if (!refused) {
+    EXPECT_LT(1, test::FailEachAllocation([&] {
+                  try {
+                      const LONG_PTR made = table_.Create();
                       EXPECT_NE(nullptr, table_.Find(made));
                       table_.Destroy(made);
+                  } catch (const std::bad_alloc&) {
+                      EXPECT_TRUE(test::FailingMemory::RanOut());
                   }
+                  EXPECT_NE(nullptr, table_.Find(kept));
               }));
 }
 

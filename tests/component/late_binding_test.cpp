@@ -1,6 +1,6 @@
 // Handles and arguments of late-bound calls.
 #include "component/late_calls.h"
-#include "support/failing_allocation.h"
+#include "support/failing_memory.h"
 
 namespace depot::test {
 namespace {
@@ -217,11 +217,11 @@ protected:
     // Makes the call with memory running out at every point of its way.
     template <class Call>
     void ExpectReports(const Call& call) {
-        HRESULT result = S_OK;
-        const auto operate = [&] { result = call(); };
-        EXPECT_LT(20, FailEachAllocation(library_.Module(), operate, [&](bool failed) {
-                      EXPECT_EQ(failed ? E_OUTOFMEMORY : S_OK, result);
-                  }));
+        const auto checked = [&] {
+            const HRESULT result = call();
+            EXPECT_EQ(FailingMemory::RanOut() ? E_OUTOFMEMORY : S_OK, result);
+        };
+        EXPECT_LT(20, FailEachAllocation(checked, library_.Module()));
     }
 
     const Library library_{CopyComponent(folder_, "qdirsvc.dll")};

@@ -3,7 +3,7 @@
 
 #include "component/component.h"
 #include "platform/registry_key.h"
-#include "support/failing_allocation.h"
+#include "support/failing_memory.h"
 
 namespace depot::test {
 namespace {
@@ -309,12 +309,12 @@ TEST_F(RegistrationLocaleTest, FailingRemovalRestoresTheThreadLocale) {
 
 TEST_F(RegistrationLocaleTest, EveryStepReportsThatMemoryIsExhausted) {
     const auto run = [this](HRESULT (Library::*step)() const) {
-        HRESULT result = S_OK;
-        const auto operate = [&] { result = (library_.*step)(); };
-        EXPECT_LT(20, FailEachAllocation(library_.Module(), operate, [&](bool failed) {
-                      EXPECT_EQ(failed ? E_OUTOFMEMORY : S_OK, result);
-                      EXPECT_EQ(kFrench, GetThreadLocale());
-                  }));
+        const auto call = [&] {
+            const HRESULT result = (library_.*step)();
+            EXPECT_EQ(FailingMemory::RanOut() ? E_OUTOFMEMORY : S_OK, result);
+            EXPECT_EQ(kFrench, GetThreadLocale());
+        };
+        EXPECT_LT(20, FailEachAllocation(call, library_.Module()));
     };
     run(&Library::Register);
     EXPECT_TRUE(Has(kClassKey));

@@ -10,7 +10,7 @@
 
 #include "DepotIntr.h"
 #include "host/registrar.h"
-#include "support/failing_allocation.h"
+#include "support/failing_memory.h"
 #include "support/import_patch.h"
 
 namespace depot {
@@ -246,14 +246,13 @@ TEST_F(ModuleTest, OnlyItsOwnClassIsFound) {
 TEST_F(ModuleTest, FactoryThatCannotBeMadeIsReportedAndTriedAgain) {
     CDepotIntrModule module;
     void* factory = nullptr;
-    HRESULT result = S_OK;
-    const auto ask = [&] {
-        factory = &factory;
-        result = module.GetClassObject(CLSID_DepotIntrApi, IID_IUnknown, &factory);
-    };
-    EXPECT_LT(0, test::FailEachAllocation(GetModuleHandleA(nullptr), ask, [&](bool failed) {
-                  EXPECT_EQ(failed ? E_OUTOFMEMORY : S_OK, result);
-                  EXPECT_EQ(failed, factory == nullptr);
+    EXPECT_LT(0, test::FailEachAllocation([&] {
+                  factory = &factory;
+                  const HRESULT result =
+                      module.GetClassObject(CLSID_DepotIntrApi, IID_IUnknown, &factory);
+                  const bool ranOut = test::FailingMemory::RanOut();
+                  EXPECT_EQ(ranOut ? E_OUTOFMEMORY : S_OK, result);
+                  EXPECT_EQ(ranOut, factory == nullptr);
               }));
     static_cast<IUnknown*>(factory)->Release();
 }
