@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "DepotIntr.h"
+#include "api/depot_intr_api.h"
 #include "host/registrar.h"
 #include "support/failing_memory.h"
 #include "support/import_patch.h"
@@ -270,6 +271,10 @@ TEST_F(ModuleTest, ObjectMapHoldsTheOneClass) {
     EXPECT_TRUE(IsEqualCLSID(CLSID_DepotIntrApi, ObjectMap().front().classId));
     EXPECT_EQ(101, ObjectMap().front().registryScript);
     EXPECT_EQ(100, CDepotIntrModule::kAppIdScript);
+}
+
+TEST_F(ModuleTest, ObjectsOfTheClassHoldNoStateOfTheirOwn) {
+    EXPECT_EQ(sizeof(IDepotIntrApi), sizeof(CDepotIntrApi));
 }
 
 }  // namespace
