@@ -92,8 +92,10 @@ private:
 int AllocationsOfALoad(const std::string& path) {
     constexpr int kEnough = 1 << 20;
     const MemoryOfNewLibraries memory(kEnough);
-    FreeLibrary(LoadLibraryA(path.c_str()));
-    return kEnough - memory.Left();
+    const HMODULE library = LoadLibraryA(path.c_str());
+    const int asked = kEnough - memory.Left();
+    FreeLibrary(library);
+    return asked;
 }
 
 TEST(LoadWithoutMemoryTest, ComponentIsLoadedWholeOrNotAtAll) {
