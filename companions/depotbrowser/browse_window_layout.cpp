@@ -6,6 +6,7 @@
 #include "depotbrowser/browse_ids.h"
 #include "depotbrowser/browse_window.h"
 #include "depotbrowser/browse_window_parts.h"
+#include "depotbrowser/control_text.h"
 #include "depotbrowser/name_rules.h"
 #include "depotbrowser/window_size.h"
 #include "resource_ids.h"
@@ -45,13 +46,6 @@ SIZE TextSize(HWND control, const std::wstring& text) {
     GetTextExtentPoint32W(canvas.get(), text.c_str(), static_cast<int>(text.size()), &size);
     SelectObject(canvas.get(), previous);
     return size;
-}
-
-std::wstring TextOf(HWND control) {
-    std::wstring text(static_cast<std::size_t>(GetWindowTextLengthW(control)) + 1, L'\0');
-    const int length = GetWindowTextW(control, text.data(), static_cast<int>(text.size()));
-    text.resize(static_cast<std::size_t>(length));
-    return text;
 }
 
 RECT WorkAreaAround(HWND window) {

@@ -54,7 +54,7 @@ void PrepareDepots() {
 }  // namespace
 }  // namespace depot
 
-DEPOT_ENTRY_POINT BOOL WINAPI DllMain(HINSTANCE, DWORD reason, void* processEnds) {
+DEPOT_ENTRY_POINT BOOL WINAPI DllMain(HINSTANCE, DWORD reason, void* processEnds) noexcept try {
     if (reason == DLL_PROCESS_ATTACH) {
         depot::BrowserModule();
         depot::PrepareDepots();
@@ -64,6 +64,9 @@ DEPOT_ENTRY_POINT BOOL WINAPI DllMain(HINSTANCE, DWORD reason, void* processEnds
         std::destroy_at(&depot::BrowserModule());
     }
     return TRUE;
+} catch (...) {
+    // Without memory the system takes the DLL out of the process again.
+    return FALSE;
 }
 
 DEPOT_ENTRY_POINT HRESULT WINAPI DllCanUnloadNow() {

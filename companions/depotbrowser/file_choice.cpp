@@ -5,6 +5,7 @@
 #include "config/file_types.h"
 #include "depotbrowser/ansi_text.h"
 #include "depotbrowser/browse_ids.h"
+#include "depotbrowser/control_text.h"
 #include "depotbrowser/name_rules.h"
 #include "platform/paths.h"
 #include "resource_ids.h"
@@ -201,11 +202,7 @@ void FileChoice::Refuse(UINT text, const std::wstring& argument, const std::stri
 }
 
 std::wstring FileChoice::Field() const {
-    const HWND field = GetDlgItem(parts_.dialog, CONTROL_NAME);
-    std::wstring text(static_cast<std::size_t>(GetWindowTextLengthW(field)) + 1, L'\0');
-    const int length = GetWindowTextW(field, text.data(), static_cast<int>(text.size()));
-    text.resize(static_cast<std::size_t>(length));
-    return text;
+    return TextOf(GetDlgItem(parts_.dialog, CONTROL_NAME));
 }
 
 void FileChoice::SetField(const std::wstring& text) const {

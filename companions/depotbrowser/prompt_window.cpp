@@ -1,5 +1,6 @@
 #include "depotbrowser/prompt_window.h"
 
+#include "depotbrowser/control_text.h"
 #include "depotbrowser/dialog_template.h"
 #include "depotbrowser/prompt_ids.h"
 #include "depotbrowser/prompt_text.h"
@@ -22,14 +23,6 @@ constexpr LabelledControl kLabels[] = {
     {IDOK, IDS_OK},
     {IDCANCEL, IDS_CANCEL},
 };
-
-std::wstring FieldText(HWND window, int control) {
-    const HWND field = GetDlgItem(window, control);
-    std::wstring text(static_cast<std::size_t>(GetWindowTextLengthW(field)) + 1, L'\0');
-    const int length = GetWindowTextW(field, text.data(), static_cast<int>(text.size()));
-    text.resize(static_cast<std::size_t>(length));
-    return text;
-}
 
 void FillField(HWND window, int control, const std::wstring& text) {
     SendDlgItemMessageW(window, control, EM_LIMITTEXT, kPromptFieldLimit, 0);
@@ -55,8 +48,8 @@ void Fill(HWND window, const PromptFields& fields) {
 }
 
 void Confirm(HWND window, PromptFields& fields) {
-    std::wstring userName = FieldText(window, CONTROL_USER);
-    fields.password = FieldText(window, CONTROL_PASSWORD);
+    std::wstring userName = TextOf(GetDlgItem(window, CONTROL_USER));
+    fields.password = TextOf(GetDlgItem(window, CONTROL_PASSWORD));
     fields.userName = std::move(userName);
     EndDialog(window, IDOK);
 }

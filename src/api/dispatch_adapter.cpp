@@ -22,11 +22,9 @@ bool IsHandleAlias(ITypeInfo& library, const TYPEDESC& type) {
     if (FAILED(library.GetRefTypeInfo(type.hreftype, &opened))) return false;
     const UniqueCom<ITypeInfo> alias(opened);
     BSTR name = nullptr;
-    if (FAILED(alias->GetDocumentation(MEMBERID_NIL, &name, nullptr, nullptr, nullptr))) {
-        return false;
-    }
+    alias->GetDocumentation(MEMBERID_NIL, &name, nullptr, nullptr, nullptr);
     const UniqueBstr owned(name);
-    return std::wcscmp(name, kHandleTypeName) == 0;
+    return name != nullptr && std::wcscmp(name, kHandleTypeName) == 0;
 }
 
 Parameter Describe(ITypeInfo& library, const ELEMDESC& element) {
@@ -52,12 +50,18 @@ Signature DescribeFunction(ITypeInfo& library, const FUNCDESC& function) {
     return signature;
 }
 
+struct FunctionReleaser {
+    ITypeInfo* library;
+    void operator()(FUNCDESC* function) const { library->ReleaseFuncDesc(function); }
+};
+using UniqueFunction = std::unique_ptr<FUNCDESC, FunctionReleaser>;
+
 std::vector<std::pair<DISPID, Signature>> DescribeInterface(ITypeInfo& library) {
     std::vector<std::pair<DISPID, Signature>> signatures;
-    FUNCDESC* function = nullptr;
-    for (UINT index = 0; SUCCEEDED(library.GetFuncDesc(index, &function)); ++index) {
+    FUNCDESC* opened = nullptr;
+    for (UINT index = 0; SUCCEEDED(library.GetFuncDesc(index, &opened)); ++index) {
+        const UniqueFunction function(opened, {&library});
         signatures.emplace_back(function->memid, DescribeFunction(library, *function));
-        library.ReleaseFuncDesc(function);
     }
     return signatures;
 }

@@ -10,10 +10,12 @@ namespace depot {
 // What any library's application object does.
 class CWinApp {
 public:
-    virtual ~CWinApp() = default;
     // Returns whether the library may be used.
     virtual BOOL InitInstance() { return TRUE; }
     virtual int ExitInstance() { return 0; }
+
+protected:
+    ~CWinApp() = default;
 };
 
 class CDepotIntrApp final : public CWinApp {

@@ -50,10 +50,12 @@ bool IsTypeLibraryRegistered(const GUID& library) {
     return true;
 }
 
-HRESULT UnregisterTypeLibrary(const GUID& library) {
+HRESULT UnregisterTypeLibrary(const GUID& library) noexcept try {
     const HRESULT result = UnRegisterTypeLib(library, 1, 0, LOCALE_NEUTRAL, SYS_WIN64);
     // A library that is not registered is where it should be.
     return FAILED(result) && !IsTypeLibraryRegistered(library) ? S_OK : result;
+} catch (...) {
+    return E_OUTOFMEMORY;
 }
 
 }  // namespace
@@ -68,12 +70,13 @@ CComModule::CComModule(const ModuleIdentity& identity)
 }
 
 CComModule::~CComModule() {
-    theModule = previous_;
     for (const MappedClass& mapped : classes_) {
         if (mapped.entry->terminate != nullptr) mapped.entry->terminate();
     }
     for (void (*terminate)() : terminations_) terminate();
     if (interfaceTable_ != nullptr) interfaceTable_->Release();
+    // Only now: what ends may still ask for its module.
+    theModule = previous_;
 }
 
 LONG CComModule::Lock() noexcept {
@@ -103,8 +106,10 @@ HRESULT CComModule::GetGITPtr(IGlobalInterfaceTable** table) noexcept {
     return S_OK;
 }
 
-HRESULT CComModule::AddCommonRGSReplacements(CRegistrar& registrar) noexcept {
+HRESULT CComModule::AddCommonRGSReplacements(CRegistrar& registrar) noexcept try {
     return registrar.AddReplacement("APPID", identity_.appId);
+} catch (...) {
+    return E_OUTOFMEMORY;
 }
 
 void CComModule::AddTermination(void (*terminate)()) {

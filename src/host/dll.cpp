@@ -1,4 +1,6 @@
 // The entry points of the DLL.
+#include <optional>
+
 #include "api/session_table.h"
 #include "directory/ldap_items.h"
 #include "host/app.h"
@@ -16,26 +18,29 @@ CDepotIntrApp& App() {
     return *app;
 }
 
-NoDestructor<CDepotIntrModule>& ModuleHolder() {
-    static NoDestructor<CDepotIntrModule> module;
-    return module;
+std::optional<CDepotIntrModule>& AttachedModule() {
+    static NoDestructor<std::optional<CDepotIntrModule>> module;
+    return *module;
 }
 
 BOOL Attach() noexcept try {
     StartTrace();
-    ModuleHolder();
+    AttachedModule().emplace();
     return App().InitInstance();
 } catch (...) {
-    // Without memory the system takes the DLL out of the process again.
+    // Without memory the system detaches the DLL at once and takes it out of the process again.
+    AttachedModule().reset();
+    StopTrace();
     return FALSE;
 }
 
 void Detach() {
+    if (!AttachedModule()) return;
     // Nobody can be asked while a library is being unloaded.
     InstallCredentialsPrompt(nullptr);
     SessionTable::Instance().DestroyAll();
     App().ExitInstance();
-    std::destroy_at(ModuleHolder().get());
+    AttachedModule().reset();
     StopTrace();
 }
 

@@ -56,7 +56,10 @@ void CDepot::Init(CDepots* owningList) {
 
 std::unique_ptr<CDepot> CDepot::Clone() const {
     try {
-        return std::make_unique<CDepot>(*this);
+        auto clone = std::make_unique<CDepot>(*this);
+        // A location that found no memory was left out.
+        if (clone->paths->Count() != paths->Count()) return nullptr;
+        return clone;
     } catch (const std::bad_alloc&) {
         return nullptr;
     }

@@ -2,6 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <new>
+
+#include "support/failing_memory.h"
+#include "support/import_patch.h"
+
 namespace depot {
 namespace {
 
@@ -104,6 +109,27 @@ TEST_F(SessionTableTest, HandleOfAnEndedSessionIsNotReusedAtOnce) {
         EXPECT_NE(ended, next);
         table_.Destroy(next);
     }
+}
+
+TEST_F(SessionTableTest, SessionThatFindsNoMemoryLeavesTheTableAsItWas) {
+    const LONG_PTR kept = table_.Create();
+    EXPECT_LT(1, test::FailEachAllocation([&] {
+                  try {
+                      const LONG_PTR made = table_.Create();
+                      EXPECT_NE(nullptr, table_.Find(made));
+                      table_.Destroy(made);
+                  } catch (const std::bad_alloc&) {
+                      EXPECT_TRUE(test::FailingMemory::RanOut());
+                  }
+                  EXPECT_NE(nullptr, table_.Find(kept));
+              }));
+}
+
+TEST_F(SessionTableTest, WithoutAddressSpaceThereIsNoSession) {
+    const test::ImportPatch<decltype(&VirtualAlloc)> refusing(
+        "VirtualAlloc", [](void*, SIZE_T, DWORD, DWORD) -> void* { return nullptr; });
+    ASSERT_TRUE(refusing.IsInPlace());
+    EXPECT_EQ(0, table_.Create());
 }
 
 using WithoutHandle = SessionForCall::WithoutHandle;

@@ -1,5 +1,6 @@
 // The activation context during calls and after them.
 #include "component/component.h"
+#include "support/import_patch.h"
 
 namespace depot::test {
 namespace {
@@ -14,6 +15,15 @@ HANDLE CurrentContext() {
     EXPECT_TRUE(GetCurrentActCtx(&context));
     ReleaseActCtx(context);
     return context;
+}
+
+// Whether the current context brings the common controls of version 6, as that of the DLL does and
+// the client's does not.
+bool IsContextOfTheDll() {
+    ACTCTX_SECTION_KEYED_DATA found = {};
+    found.cbSize = sizeof(found);
+    return FindActCtxSectionStringA(0, nullptr, ACTIVATION_CONTEXT_SECTION_DLL_REDIRECTION,
+                                    "comctl32.dll", &found) != FALSE;
 }
 
 // The client has an activation context of its own, which every call has to leave current.
@@ -178,6 +188,202 @@ TEST_F(OwnContextTest, ContextOfTheDllIsCurrentDuringAMethod) {
     ASSERT_EQ(S_OK, probed_->DPGetDefaultDPPath(0, path));
     EXPECT_EQ(L"C:\\CommonControls6\\", path.Value());
     ExpectOwnContext();
+}
+
+// How often a library switched to its own context, and from it back to that of the caller.
+class SwitchLog {
+public:
+    explicit SwitchLog(const Library& library)
+        : activation_("ActivateActCtx", &Activate, library.Module()),
+          deactivation_("DeactivateActCtx", &Deactivate, library.Module()) {
+        activate_ = activation_.Genuine();
+        deactivate_ = deactivation_.Genuine();
+    }
+
+    static inline int switches = 0;
+    static inline int returns = 0;
+
+private:
+    static BOOL WINAPI Activate(HANDLE context, ULONG_PTR* cookie) {
+        const BOOL done = activate_(context, cookie);
+        if (IsContextOfTheDll()) ++switches;
+        return done;
+    }
+    static BOOL WINAPI Deactivate(DWORD flags, ULONG_PTR cookie) {
+        if (IsContextOfTheDll()) ++returns;
+        return deactivate_(flags, cookie);
+    }
+
+    static inline decltype(&ActivateActCtx) activate_ = nullptr;
+    static inline decltype(&DeactivateActCtx) deactivate_ = nullptr;
+    const ImportPatch<decltype(&ActivateActCtx)> activation_;
+    const ImportPatch<decltype(&DeactivateActCtx)> deactivation_;
+};
+
+// How often a library asked for memory, in its own context and in another one.
+class AllocationLog {
+public:
+    explicit AllocationLog(const Library& library)
+        : malloc_("malloc", &Allocate, library.Module()) {
+        genuine_ = malloc_.Genuine();
+    }
+
+    static inline int inside = 0;
+    static inline int outside = 0;
+
+private:
+    using Malloc = void* (*)(std::size_t);
+
+    static void* Allocate(std::size_t size) {
+        ++(IsContextOfTheDll() ? inside : outside);
+        return genuine_(size);
+    }
+
+    static inline Malloc genuine_ = nullptr;
+    const ImportPatch<Malloc> malloc_;
+};
+
+// A library of the test's own, in which nothing was loaded or made yet.
+class ContextSwitchTest : public ActivationContextTest {
+protected:
+    ContextSwitchTest() {
+        EXPECT_NE(Library::Own().Module(), library_.Module());
+        // The first call of all makes the context.
+        library_.CanUnloadNow();
+    }
+
+    // The call is made in the context of the DLL from its beginning to its end.
+    template <class Call>
+    void ExpectSwitch(const char* name, const Call& call) {
+        SCOPED_TRACE(name);
+        SwitchLog::switches = SwitchLog::returns = 0;
+        call();
+        EXPECT_EQ(1, SwitchLog::switches);
+        EXPECT_EQ(1, SwitchLog::returns);
+        ExpectOwnContext();
+    }
+
+    // The work that the call does is done in the context of the DLL.
+    template <class Call>
+    void ExpectWorkInside(const char* name, const Call& call) {
+        SCOPED_TRACE(name);
+        AllocationLog::inside = AllocationLog::outside = 0;
+        call();
+        EXPECT_LT(0, AllocationLog::inside);
+        EXPECT_EQ(0, AllocationLog::outside);
+    }
+
+    Com<IClassFactory> Factory() const {
+        void* object = nullptr;
+        EXPECT_EQ(S_OK, library_.GetClassObject(CLSID_DepotIntrApi, IID_IClassFactory, &object));
+        return Com<IClassFactory>(static_cast<IClassFactory*>(object));
+    }
+
+    HRESULT Invoke(IDepotIntrApi& api, DISPID id) {
+        DISPPARAMS none = {};
+        return api.Invoke(id, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD, &none, nullptr,
+                          nullptr, nullptr);
+    }
+
+    const Library library_{CopyComponent(folder_, "qdirsvc.dll")};
+};
+
+#define EXPECT_SWITCH(call) ExpectSwitch(#call, [&] { call; })
+#define EXPECT_WORK_INSIDE(call) ExpectWorkInside(#call, [&] { call; })
+
+TEST_F(ContextSwitchTest, EntryPointsAndFactorySwitchToTheContextOfTheDll) {
+    const Com<IClassFactory> factory = Factory();
+    void* object = nullptr;
+    const SwitchLog log(library_);
+    EXPECT_SWITCH(library_.CanUnloadNow());
+    EXPECT_SWITCH(library_.GetClassObject(GUID_NULL, IID_IUnknown, &object));
+    EXPECT_SWITCH(library_.Register());
+    EXPECT_SWITCH(library_.Unregister());
+    EXPECT_SWITCH(factory->CreateInstance(nullptr, IID_IClassFactory, &object));
+    EXPECT_SWITCH(factory->LockServer(TRUE));
+    EXPECT_SWITCH(factory->LockServer(FALSE));
+}
+
+TEST_F(ContextSwitchTest, TypeDescriptionAndLateBindingSwitchToTheContextOfTheDll) {
+    const Com<IDepotIntrApi> api = library_.CreateApi();
+    UINT count = 0;
+    ITypeInfo* type = nullptr;
+    DISPID id = 0;
+    const SwitchLog log(library_);
+    EXPECT_SWITCH(api->GetTypeInfoCount(&count));
+    EXPECT_SWITCH(api->GetTypeInfo(1, LOCALE_USER_DEFAULT, &type));
+    EXPECT_SWITCH(api->GetIDsOfNames(IID_NULL, nullptr, 1, LOCALE_USER_DEFAULT, &id));
+    EXPECT_SWITCH(Invoke(*api, 99));
+}
+
+TEST_F(ContextSwitchTest, EveryMethodSwitchesToTheContextOfTheDll) {
+    constexpr VARIANT_BOOL kYes = VARIANT_TRUE;
+    const Com<IDepotIntrApi> api = library_.CreateApi();
+    LONG_PTR handle = 0;
+    LONG count = 0;
+    ULONG number = 0;
+    OutText text;
+    const SwitchLog log(library_);
+    EXPECT_SWITCH(api->DPInitialize(&handle));
+    EXPECT_SWITCH(api->DPBrowse(0, APP_SKEIN, PROMPT_OPEN, kYes, kYes, 0, 0, text));
+    EXPECT_SWITCH(api->DPUnInitialize(handle));
+    EXPECT_SWITCH(api->DPLoadFile(&handle, Text()));
+    EXPECT_SWITCH(api->DPGetProfileString(0, Text(), Text(), Text(), text, 10));
+    EXPECT_SWITCH(api->DPGetProfileInt(0, Text(), Text(), 0, &number));
+    EXPECT_SWITCH(api->DPGetDepotDisplayPath(0, Text(), text));
+    EXPECT_SWITCH(api->DPSetProfileString(0, Text(), Text(), Text()));
+    EXPECT_SWITCH(api->DPPublishSkesDepFiles(0));
+    EXPECT_SWITCH(api->DPBrowseMultiSel(0, APP_SKEIN, kYes, kYes, 0, 0, text, 100));
+    EXPECT_SWITCH(api->DPRenameFile(0, Text(), Text()));
+    EXPECT_SWITCH(api->DPDeleteFile(0, Text()));
+    EXPECT_SWITCH(api->DPCopyFileToLocalFS(0, Text(), Text(), kYes));
+    EXPECT_SWITCH(api->DPFileExists(0, Text()));
+    EXPECT_SWITCH(api->DPFlushFile(0));
+    EXPECT_SWITCH(api->DPPathConvertDPtoFS(Text(), text));
+    EXPECT_SWITCH(api->DPFindInit(&handle, Text(), Text(), APP_TYPE{}, &count));
+    EXPECT_SWITCH(api->DPFindNext(0, 0, text));
+    EXPECT_SWITCH(api->DPGetPathFromDisplayName(0, Text(), text));
+    EXPECT_SWITCH(api->DPGetDefaultDPPath(0, text));
+    EXPECT_SWITCH(api->DPIsPathWriteAble(0, Text()));
+    EXPECT_SWITCH(api->DPSetSelItemPath(0, Text()));
+    EXPECT_SWITCH(api->DPMakeCopyFromSrcFile(0, Text(), text));
+}
+
+TEST_F(ContextSwitchTest, EntryPointsAndFactoryWorkInTheContextOfTheDll) {
+    const AllocationLog log(library_);
+    Com<IClassFactory> factory;
+    void* object = nullptr;
+    EXPECT_WORK_INSIDE(factory = Factory());
+    EXPECT_WORK_INSIDE(factory->CreateInstance(nullptr, IID_IClassFactory, &object));
+    EXPECT_WORK_INSIDE(library_.Register());
+    EXPECT_WORK_INSIDE(library_.Unregister());
+}
+
+TEST_F(ContextSwitchTest, LateBindingWorksInTheContextOfTheDll) {
+    const Com<IDepotIntrApi> api = library_.CreateApi();
+    const AllocationLog log(library_);
+    // The first of these loads the type library.
+    ITypeInfo* type = nullptr;
+    EXPECT_WORK_INSIDE(api->GetTypeInfo(0, LOCALE_USER_DEFAULT, &type));
+    type->Release();
+    LONG_PTR handle = 0;
+    EXPECT_WORK_INSIDE(api->DPInitialize(&handle));
+    VARIANT argument = {};
+    V_VT(&argument) = VT_I4;
+    V_I4(&argument) = static_cast<LONG>(handle);
+    DISPPARAMS parameters = {&argument, nullptr, 1, 0};
+    EXPECT_WORK_INSIDE(api->Invoke(3, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD, &parameters,
+                                   nullptr, nullptr, nullptr));
+}
+
+TEST_F(ContextSwitchTest, LookingUpNamesFirstLoadsTheLibraryInTheContextOfTheDll) {
+    const Com<IDepotIntrApi> api = library_.CreateApi();
+    const AllocationLog log(library_);
+    std::wstring name = L"DPInitialize";
+    LPOLESTR names[] = {name.data()};
+    DISPID id = 0;
+    EXPECT_WORK_INSIDE(api->GetIDsOfNames(IID_NULL, names, 1, LOCALE_USER_DEFAULT, &id));
+    EXPECT_EQ(1, id);
 }
 
 }  // namespace

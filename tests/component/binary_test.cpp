@@ -5,6 +5,7 @@
 
 #include "component/component.h"
 #include "platform/text.h"
+#include "support/module_imports.h"
 
 namespace depot::test {
 namespace {
@@ -79,6 +80,13 @@ TEST_F(BinaryTest, DirectoryServiceLibraryIsNotImported) {
     for (const std::string& name : ImportedLibraries()) {
         EXPECT_FALSE(EqualsNoCase("qdirsvc.dll", name));
     }
+}
+
+TEST_F(BinaryTest, QuestionForTheLanguageIsLookedUpAtRunTime) {
+    // Older systems do not have it, and would not load a library that imports it.
+    VisitImports(module_, [](const char* name, FARPROC*) {
+        EXPECT_STRNE("GetUserDefaultUILanguage", name);
+    });
 }
 
 TEST_F(BinaryTest, LibraryIsSixtyFourBit) {

@@ -1,5 +1,6 @@
 // Handles and arguments of late-bound calls.
 #include "component/late_calls.h"
+#include "support/failing_memory.h"
 
 namespace depot::test {
 namespace {
@@ -208,6 +209,53 @@ TEST_F(LateCallsTest, RefusedOperationIsNoError) {
     EXPECT_TRUE(SUCCEEDED(Call(L"DPFlushFile", {0})));
     EXPECT_TRUE(SUCCEEDED(Call(L"DPFileExists", {0, L"<A>\\missing.kra"})));
     EXPECT_TRUE(SUCCEEDED(Call(L"DPRenameFile", {0, L"<A>\\a.kra", L"<A>\\b.kra"})));
+}
+
+// A library of the test's own, whose first late-bound call loads the type library.
+class LateMemoryTest : public ComponentTest {
+protected:
+    // Makes the call with memory running out at every point of its way.
+    template <class Call>
+    void ExpectReports(const Call& call) {
+        const auto checked = [&] {
+            const HRESULT result = call();
+            EXPECT_EQ(FailingMemory::RanOut() ? E_OUTOFMEMORY : S_OK, result);
+        };
+        EXPECT_LT(20, FailEachAllocation(checked, library_.Module()));
+    }
+
+    const Library library_{CopyComponent(folder_, "qdirsvc.dll")};
+    const Com<IDepotIntrApi> fresh_ = library_.CreateApi();
+};
+
+TEST_F(LateMemoryTest, TypeInformationReportsThatMemoryIsExhausted) {
+    ITypeInfo* type = nullptr;
+    ExpectReports([&] {
+        type = reinterpret_cast<ITypeInfo*>(this);
+        const HRESULT result = fresh_->GetTypeInfo(0, LOCALE_USER_DEFAULT, &type);
+        EXPECT_EQ(FAILED(result), type == nullptr);
+        return result;
+    });
+    const Com<ITypeInfo> owned(type);
+}
+
+TEST_F(LateMemoryTest, NamesReportThatMemoryIsExhausted) {
+    std::wstring name = L"DPUnInitialize";
+    LPOLESTR names[] = {name.data()};
+    DISPID id = 0;
+    ExpectReports(
+        [&] { return fresh_->GetIDsOfNames(IID_NULL, names, 1, LOCALE_USER_DEFAULT, &id); });
+    EXPECT_EQ(3, id);
+}
+
+TEST_F(LateMemoryTest, CallsReportThatMemoryIsExhausted) {
+    VARIANT handle = {};
+    V_VT(&handle) = VT_I4;
+    DISPPARAMS parameters = {&handle, nullptr, 1, 0};
+    ExpectReports([&] {
+        return fresh_->Invoke(3, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD, &parameters,
+                              nullptr, nullptr, nullptr);
+    });
 }
 
 }  // namespace

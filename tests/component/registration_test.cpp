@@ -3,6 +3,7 @@
 
 #include "component/component.h"
 #include "platform/registry_key.h"
+#include "support/failing_memory.h"
 
 namespace depot::test {
 namespace {
@@ -211,6 +212,66 @@ TEST_F(RegistrationTest, FailingTypeLibraryIsReported) {
     EXPECT_TRUE(Has(kClassKey));
 }
 
+// A key whose removal the system refuses to the component.
+class LastingKey {
+public:
+    explicit LastingKey(const std::wstring& name) {
+        name_ = name;
+        genuine_ = removal_.Genuine();
+    }
+
+private:
+    static LSTATUS WINAPI Remove(HKEY parent, LPCWSTR name) {
+        return name == name_ ? ERROR_ACCESS_DENIED : genuine_(parent, name);
+    }
+
+    static inline std::wstring name_;
+    static inline decltype(&RegDeleteTreeW) genuine_ = nullptr;
+    const ImportPatch<decltype(&RegDeleteTreeW)> removal_{"RegDeleteTreeW", &Remove,
+                                                          Library::Own().Module()};
+};
+
+TEST_F(RegistrationTest, ClassThatCannotBeRemovedKeepsTypeLibraryAndApplication) {
+    ASSERT_EQ(S_OK, library_.Register());
+    {
+        const LastingKey lasting(Wide(kClassText));
+        EXPECT_EQ(HRESULT_FROM_WIN32(ERROR_ACCESS_DENIED), library_.Unregister());
+    }
+    for (const char* kept :
+         {kClassKey, kLibraryKey, kInterfaceKey, kAppIdKey, "AppID\\DepotIntr.DLL"}) {
+        EXPECT_TRUE(Has(kept)) << kept;
+    }
+    EXPECT_EQ(S_OK, library_.Unregister());
+}
+
+TEST_F(RegistrationTest, TypeLibraryThatCannotBeRemovedIsReportedAndKeepsTheApplication) {
+    ASSERT_EQ(S_OK, library_.Register());
+    {
+        const ImportPatch<decltype(&UnRegisterTypeLib)> refusing(
+            "UnRegisterTypeLib",
+            [](REFGUID, WORD, WORD, LCID, SYSKIND) { return TYPE_E_REGISTRYACCESS; },
+            library_.Module());
+        ASSERT_TRUE(refusing.IsInPlace());
+        EXPECT_EQ(TYPE_E_REGISTRYACCESS, library_.Unregister());
+    }
+    EXPECT_FALSE(Has(kClassKey));
+    for (const char* kept : {kLibraryKey, kAppIdKey, "AppID\\DepotIntr.DLL"}) {
+        EXPECT_TRUE(Has(kept)) << kept;
+    }
+    EXPECT_EQ(S_OK, library_.Unregister());
+    EXPECT_FALSE(Has(kAppIdKey));
+}
+
+TEST_F(RegistrationTest, ApplicationThatCannotBeRemovedIsReportedLast) {
+    ASSERT_EQ(S_OK, library_.Register());
+    const LastingKey lasting(Wide(kAppIdText));
+    EXPECT_EQ(HRESULT_FROM_WIN32(ERROR_ACCESS_DENIED), library_.Unregister());
+    for (const char* gone : {kClassKey, kLibraryKey, kInterfaceKey}) {
+        EXPECT_FALSE(Has(gone)) << gone;
+    }
+    EXPECT_TRUE(Has(kAppIdKey));
+}
+
 // Starts with the thread in a locale that registration has to restore.
 class RegistrationLocaleTest : public RegistrationTest {
 protected:
@@ -244,6 +305,23 @@ TEST_F(RegistrationLocaleTest, FailingRemovalRestoresTheThreadLocale) {
     RegDeleteTreeA(HKEY_CURRENT_USER, classes_.Path().c_str());
     EXPECT_TRUE(FAILED(library_.Unregister()));
     EXPECT_EQ(kFrench, GetThreadLocale());
+}
+
+TEST_F(RegistrationLocaleTest, EveryStepReportsThatMemoryIsExhausted) {
+    const auto run = [this](HRESULT (Library::*step)() const) {
+        const auto call = [&] {
+            const HRESULT result = (library_.*step)();
+            EXPECT_EQ(FailingMemory::RanOut() ? E_OUTOFMEMORY : S_OK, result);
+            EXPECT_EQ(kFrench, GetThreadLocale());
+        };
+        EXPECT_LT(20, FailEachAllocation(call, library_.Module()));
+    };
+    run(&Library::Register);
+    EXPECT_TRUE(Has(kClassKey));
+    run(&Library::Unregister);
+    EXPECT_FALSE(Has(kAppIdKey));
+    // Now there is nothing left to remove.
+    run(&Library::Unregister);
 }
 
 // Works on the real keys, which other programs read.

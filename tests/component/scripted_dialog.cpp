@@ -12,20 +12,15 @@ std::string Narrow(BSTR text) {
     return narrow;
 }
 
-class ScriptedDialog final : public IDepotBrowseDialog2 {
+// An object that goes with its last reference. Its maker holds the first one.
+template <class Interface>
+class CountedObject : public Interface {
 public:
-    explicit ScriptedDialog(ScriptedDialogs& script) : script_(script) { ++script_.living; }
-    virtual ~ScriptedDialog() { --script_.living; }
-
     STDMETHODIMP QueryInterface(REFIID interfaceId, void** object) override {
-        const bool extended = script_.extended && interfaceId == IID_IDepotBrowseDialog2;
-        if (interfaceId != IID_IUnknown && interfaceId != IID_IDepotBrowseDialog && !extended) {
-            *object = nullptr;
-            return E_NOINTERFACE;
-        }
-        AddRef();
-        *object = this;
-        return S_OK;
+        const bool known = interfaceId == IID_IUnknown || Has(interfaceId);
+        if (known) AddRef();
+        *object = known ? this : nullptr;
+        return known ? S_OK : E_NOINTERFACE;
     }
     STDMETHODIMP_(ULONG) AddRef() override { return ++references_; }
     STDMETHODIMP_(ULONG) Release() override {
@@ -33,6 +28,20 @@ public:
         if (left == 0) delete this;
         return left;
     }
+
+protected:
+    virtual ~CountedObject() = default;
+
+private:
+    virtual bool Has(REFIID interfaceId) const = 0;
+
+    ULONG references_ = 1;
+};
+
+class ScriptedDialog final : public CountedObject<IDepotBrowseDialog2> {
+public:
+    explicit ScriptedDialog(ScriptedDialogs& script) : script_(script) { ++script_.living; }
+    ~ScriptedDialog() override { --script_.living; }
 
     STDMETHODIMP GetTypeInfoCount(UINT*) override { return E_NOTIMPL; }
     STDMETHODIMP GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
@@ -103,6 +112,11 @@ public:
     STDMETHODIMP Reserved35() override { return Note("reserved"); }
 
 private:
+    bool Has(REFIID interfaceId) const override {
+        return interfaceId == IID_IDepotBrowseDialog ||
+               (script_.extended && interfaceId == IID_IDepotBrowseDialog2);
+    }
+
     HRESULT Note(const std::string& call) {
         script_.calls.push_back(call);
         return S_OK;
@@ -112,29 +126,12 @@ private:
     }
 
     ScriptedDialogs& script_;
-    ULONG references_ = 1;
 };
 
-class ScriptedFactory final : public IClassFactory {
+class ScriptedFactory final : public CountedObject<IClassFactory> {
 public:
     explicit ScriptedFactory(ScriptedDialogs& script) : script_(script) {}
-    virtual ~ScriptedFactory() = default;
 
-    STDMETHODIMP QueryInterface(REFIID interfaceId, void** object) override {
-        if (interfaceId != IID_IUnknown && interfaceId != IID_IClassFactory) {
-            *object = nullptr;
-            return E_NOINTERFACE;
-        }
-        AddRef();
-        *object = this;
-        return S_OK;
-    }
-    STDMETHODIMP_(ULONG) AddRef() override { return ++references_; }
-    STDMETHODIMP_(ULONG) Release() override {
-        const ULONG left = --references_;
-        if (left == 0) delete this;
-        return left;
-    }
     STDMETHODIMP CreateInstance(IUnknown*, REFIID interfaceId, void** object) override {
         auto* const dialog = new ScriptedDialog(script_);
         const HRESULT result = dialog->QueryInterface(interfaceId, object);
@@ -144,8 +141,9 @@ public:
     STDMETHODIMP LockServer(BOOL) override { return S_OK; }
 
 private:
+    bool Has(REFIID interfaceId) const override { return interfaceId == IID_IClassFactory; }
+
     ScriptedDialogs& script_;
-    ULONG references_ = 1;
 };
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "component/component.h"
+#include "support/import_patch.h"
 #include "support/leak_counts.h"
 
 namespace depot::test {
@@ -117,6 +118,13 @@ protected:
         EXPECT_NE(Library::Own().Module(), library_.Module());
     }
 
+    // Makes a session for a file without a name.
+    LONG_PTR LoadNothing() {
+        LONG_PTR handle = 0;
+        lonely_->DPLoadFile(&handle, Text());
+        return handle;
+    }
+
     const Library library_{CopyComponent(folder_)};
     Com<IDepotIntrApi> lonely_;
 };
@@ -150,6 +158,63 @@ TEST_F(NoUserFolderTest, FailedInitializingLeavesNoHandlesAndTheDllFreeToGo) {
     EXPECT_EQ(S_FALSE, library_.CanUnloadNow());
     lonely_.reset();
     EXPECT_EQ(S_OK, library_.CanUnloadNow());
+}
+
+// Counts the blocks of address space that a library takes.
+class AddressSpaceLog {
+public:
+    explicit AddressSpaceLog(const Library& library)
+        : patch_("VirtualAlloc", &Allocate, library.Module()) {
+        genuine_ = patch_.Genuine();
+        blocks = 0;
+        refuses = false;
+    }
+
+    static inline int blocks = 0;
+    static inline bool refuses = false;
+
+private:
+    static void* WINAPI Allocate(void* address, SIZE_T size, DWORD kind, DWORD protection) {
+        void* const block = refuses ? nullptr : genuine_(address, size, kind, protection);
+        if (block != nullptr) ++blocks;
+        return block;
+    }
+
+    static inline decltype(&VirtualAlloc) genuine_ = nullptr;
+    const ImportPatch<decltype(&VirtualAlloc)> patch_;
+};
+
+TEST_F(NoUserFolderTest, FailedInitializingKeepsTheSessionThatItBuilt) {
+    const AddressSpaceLog log(library_);
+    const auto blocksOf = [&](const auto& call) {
+        log.blocks = 0;
+        for (int round = 0; round < 3000; ++round) call();
+        return log.blocks;
+    };
+    // The places of ended sessions are used again, those of failed ones never.
+    blocksOf([&] { lonely_->DPUnInitialize(LoadNothing()); });
+    EXPECT_EQ(0, blocksOf([&] { lonely_->DPUnInitialize(LoadNothing()); }));
+    EXPECT_LT(5, blocksOf([&] {
+                  LONG_PTR handle = kJunkHandle;
+                  lonely_->DPInitialize(&handle);
+              }));
+}
+
+TEST_F(NoUserFolderTest, WithoutMemoryThereIsNoSession) {
+    const AddressSpaceLog log(library_);
+    log.refuses = true;
+    LONG_PTR handle = kJunkHandle;
+    EXPECT_EQ(S_FALSE, lonely_->DPInitialize(&handle));
+    EXPECT_EQ(0, handle);
+    EXPECT_EQ(0, LoadNothing());
+    LONG count = 0;
+    handle = kJunkHandle;
+    EXPECT_EQ(S_FALSE, lonely_->DPFindInit(&handle, Text(), Text(), APP_SKEIN, &count));
+    EXPECT_EQ(0, handle);
+    log.refuses = false;
+    handle = LoadNothing();
+    EXPECT_NE(0, handle);
+    EXPECT_EQ(S_OK, lonely_->DPUnInitialize(handle));
 }
 
 TEST_F(NoUserFolderTest, DirectoryServiceIsNotTakenFromTheCurrentFolder) {

@@ -3,6 +3,7 @@
 
 #include <thread>
 
+#include "depotbrowser/appearance.h"
 #include "depotbrowser/browse_fixture.h"
 #include "platform/registry_key.h"
 
@@ -227,25 +228,7 @@ TEST_F(BrowseClassTest, ControlsLieInsideTheSmallestDialogAndDoNotOverlap) {
     dialog_->put_RememberSize(0);
     Show([](const OpenBrowser& browser) {
         SetWindowPos(browser.Window(), nullptr, 0, 0, 1, 1, SWP_NOMOVE | SWP_NOZORDER);
-        RECT inside = {};
-        GetClientRect(browser.Window(), &inside);
-        MapWindowPoints(browser.Window(), nullptr, reinterpret_cast<POINT*>(&inside), 2);
-        for (HWND one = GetWindow(browser.Window(), GW_CHILD); one != nullptr;
-             one = GetWindow(one, GW_HWNDNEXT)) {
-            if (!browser.IsShown(GetDlgCtrlID(one))) continue;
-            RECT area = {}, common = {};
-            GetWindowRect(one, &area);
-            IntersectRect(&common, &area, &inside);
-            EXPECT_TRUE(EqualRect(&common, &area)) << "control " << GetDlgCtrlID(one);
-            for (HWND other = GetWindow(one, GW_HWNDNEXT); other != nullptr;
-                 other = GetWindow(other, GW_HWNDNEXT)) {
-                if (!browser.IsShown(GetDlgCtrlID(other))) continue;
-                RECT otherArea = {};
-                GetWindowRect(other, &otherArea);
-                EXPECT_FALSE(IntersectRect(&common, &area, &otherArea))
-                    << "controls " << GetDlgCtrlID(one) << " and " << GetDlgCtrlID(other);
-            }
-        }
+        ExpectControlsApart(browser);
         browser.Press(VK_ESCAPE);
     });
 }

@@ -1,6 +1,7 @@
 // What the dialog looks like.
 #include <gtest/gtest.h>
 
+#include "depotbrowser/appearance.h"
 #include "depotbrowser/browser_library.h"
 #include "depotbrowser/dialog_user.h"
 #include "depotbrowser/prompt_ids.h"
@@ -10,26 +11,6 @@
 
 namespace depot::test {
 namespace {
-
-LOGFONTW FontOf(HWND window) {
-    LOGFONTW font = {};
-    const auto handle = reinterpret_cast<HFONT>(SendMessageW(window, WM_GETFONT, 0, 0));
-    GetObjectW(handle, sizeof(font), &font);
-    return font;
-}
-
-NONCLIENTMETRICSW SystemMetrics() {
-    NONCLIENTMETRICSW metrics = {};
-    metrics.cbSize = sizeof(metrics);
-    SystemParametersInfoW(SPI_GETNONCLIENTMETRICS, sizeof(metrics), &metrics, 0);
-    return metrics;
-}
-
-SIZE SizeOf(HWND window) {
-    RECT area = {};
-    GetWindowRect(window, &area);
-    return {area.right - area.left, area.bottom - area.top};
-}
 
 class DialogAppearanceTest : public testing::Test {
 protected:
@@ -43,7 +24,6 @@ protected:
         EXPECT_EQ(S_OK, dialog_->ShowModal(0, &result));
     }
 
-    // Returns a text of one language, as the library holds it.
     // Returns a text as the library of that language has it.
     static std::wstring TextIn(const std::string& language, UINT id) {
         const std::string name = OwnModuleFolder() + "depotintr." + language + ".nls";
@@ -117,30 +97,11 @@ TEST_F(DialogAppearanceTest, ControlsUseTheSystemsMessageFont) {
 TEST_F(DialogAppearanceTest, ALargerMessageFontMakesTheDialogLarger) {
     SIZE before = {};
     Show([&](const OpenDialog& dialog) { before = SizeOf(dialog.Window()); });
-    const NONCLIENTMETRICSW original = SystemMetrics();
-    NONCLIENTMETRICSW larger = original;
-    larger.lfMessageFont.lfHeight *= 2;
-    SystemParametersInfoW(SPI_SETNONCLIENTMETRICS, sizeof(larger), &larger, 0);
+    const LargerMessageFont font;
     SIZE after = {};
     Show([&](const OpenDialog& dialog) { after = SizeOf(dialog.Window()); });
-    NONCLIENTMETRICSW restored = original;
-    SystemParametersInfoW(SPI_SETNONCLIENTMETRICS, sizeof(restored), &restored, 0);
     EXPECT_GT(after.cx, before.cx * 3 / 2);
     EXPECT_GT(after.cy, before.cy * 3 / 2);
-}
-
-// The pixels that a text takes in a control: its width on one line, or its height when it is broken
-// into lines of the control's width.
-SIZE Needed(HWND control, const std::wstring& text, bool wrapped) {
-    const HDC canvas = GetDC(nullptr);
-    const auto font = reinterpret_cast<HFONT>(SendMessageW(control, WM_GETFONT, 0, 0));
-    const HGDIOBJ previous = SelectObject(canvas, font);
-    RECT area = {0, 0, wrapped ? SizeOf(control).cx : 0, 0};
-    const UINT lines = wrapped ? DT_WORDBREAK | DT_NOPREFIX : DT_SINGLELINE;
-    DrawTextW(canvas, text.c_str(), -1, &area, DT_CALCRECT | lines);
-    SelectObject(canvas, previous);
-    ReleaseDC(nullptr, canvas);
-    return {area.right, area.bottom};
 }
 
 TEST_F(DialogAppearanceTest, TheTextsOfEveryLanguageFitTheirControls) {
@@ -158,15 +119,14 @@ TEST_F(DialogAppearanceTest, TheTextsOfEveryLanguageFitTheirControls) {
         {IDOK, IDS_OK, false, kButtonEdges},
         {IDCANCEL, IDS_CANCEL, false, kButtonEdges},
     };
-    const char* const languages[] = {"eng", "fra", "deu", "esp", "ita", "jpn", "prt"};
     Show([&](const OpenDialog& dialog) {
-        for (const char* const language : languages) {
+        for (const char* const language : kLanguages) {
             for (const auto& row : rows) {
                 SCOPED_TRACE(testing::Message() << language << " text " << row.text);
                 const std::wstring text = TextIn(language, row.text);
                 ASSERT_NE(L"", text);
                 const HWND control = dialog.Control(row.control);
-                const SIZE needed = Needed(control, text, row.wrapped);
+                const SIZE needed = NeededSize(control, text, row.wrapped);
                 EXPECT_LE(needed.cx + row.edges, SizeOf(control).cx);
                 EXPECT_LE(needed.cy, SizeOf(control).cy + 2);
             }
@@ -175,25 +135,12 @@ TEST_F(DialogAppearanceTest, TheTextsOfEveryLanguageFitTheirControls) {
 }
 
 TEST_F(DialogAppearanceTest, ControlsLieInsideTheDialogAndDoNotOverlap) {
-    Show([](const OpenDialog& dialog) {
-        RECT inside = {};
-        GetClientRect(dialog.Window(), &inside);
-        MapWindowPoints(dialog.Window(), nullptr, reinterpret_cast<POINT*>(&inside), 2);
-        for (HWND one = GetWindow(dialog.Window(), GW_CHILD); one != nullptr;
-             one = GetWindow(one, GW_HWNDNEXT)) {
-            RECT area = {}, common = {};
-            GetWindowRect(one, &area);
-            IntersectRect(&common, &area, &inside);
-            EXPECT_TRUE(EqualRect(&common, &area)) << "control " << GetDlgCtrlID(one);
-            for (HWND other = GetWindow(one, GW_HWNDNEXT); other != nullptr;
-                 other = GetWindow(other, GW_HWNDNEXT)) {
-                RECT otherArea = {};
-                GetWindowRect(other, &otherArea);
-                EXPECT_FALSE(IntersectRect(&common, &area, &otherArea))
-                    << "controls " << GetDlgCtrlID(one) << " and " << GetDlgCtrlID(other);
-            }
-        }
-    });
+    Show(&ExpectControlsApart);
+}
+
+TEST_F(DialogAppearanceTest, ControlsStayApartInALargerFont) {
+    const LargerMessageFont font;
+    Show(&ExpectControlsApart);
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 #include "component/component.h"
 #include "depotbrowser/browse_user.h"
 #include "directory_component/registered_dialog.h"
+#include "support/component_depots.h"
 #include "support/directory_fixture.h"
 #include "support/working_files.h"
 
@@ -18,13 +19,7 @@ protected:
     using Script = std::function<void(const OpenBrowser& browser)>;
 
     BrowseDirectoryTest() {
-        ForgetServer(server_.Port());
-        depots_.Text("Corp", "Path1", base_);
-        depots_.Dword("Corp", "Type1", kDirectoryLocation);
-        depots_.Text("Corp", "Host1", "127.0.0.1");
-        depots_.Dword("Corp", "Port1", server_.Port());
-        depots_.Text("Corp", "Username1", kEditor);
-        depots_.Text("Corp", "Password1", kEditorPassword);
+        DefineDirectoryDepot(depots_, "Corp", server_.Port(), base_);
         server_.AddFile("a.kra", base_, "[S]\r\nK=of a\r\n");
         server_.AddFile("b.kra", base_, "[S]\r\nK=of b\r\n");
     }

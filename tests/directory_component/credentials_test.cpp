@@ -6,7 +6,9 @@
 #include "depotbrowser/dialog_user.h"
 #include "directory_component/registered_dialog.h"
 #include "support/child_process.h"
+#include "support/component_depots.h"
 #include "support/directory_fixture.h"
+#include "support/stores.h"
 #include "support/working_files.h"
 
 namespace depot::test {
@@ -135,31 +137,15 @@ const RoleRegistration editInAnotherProcess("edit-directory-file", &EditInAnothe
 class CredentialsTest : public ComponentTest {
 protected:
     CredentialsTest() {
-        ForgetServer(server_.Port());
-        Define("Corp", base_);
+        DefineAskingDepot(depots_, "Corp", server_.Port(), base_);
         server_.AddFile("office.kra", base_, "[S]\r\nK=old\r\n");
     }
     ~CredentialsTest() override { ForgetServer(server_.Port()); }
 
-    // Defines a depot whose users are to be asked.
-    void Define(const std::string& name, const std::string& base) {
-        depots_.Text(name, "Path1", base);
-        depots_.Dword(name, "Type1", kDirectoryLocation);
-        depots_.Text(name, "Host1", "127.0.0.1");
-        depots_.Dword(name, "Port1", server_.Port());
-    }
-
     // Reads the file in a session of its own.
     std::wstring Value(const std::string& path = kFile) { return ReadFileThrough(*api_, path); }
 
-    std::string Contents() {
-        auto location = server_.Location(base_).Clone();
-        CLDAPItems items(location.get());
-        FileBuffer buffer;
-        EXPECT_EQ(1, items.ConnectLocation(nullptr));
-        EXPECT_EQ(1, items.ReadFileContents("cn=office.kra," + base_, buffer));
-        return std::string(reinterpret_cast<const char*>(buffer.bytes.get()), buffer.length);
-    }
+    std::string Contents() { return DirectoryStore(server_, base_, {}).Bytes("office.kra"); }
 
     DirectoryInfo& Shared() { return *block_.Access(); }
 
@@ -172,7 +158,7 @@ protected:
 
 TEST_F(CredentialsTest, RightPasswordTypedOnceServesEveryLaterSessionAndLocation) {
     const RegisteredDialog dialog;
-    Define("Twin", base_);
+    DefineAskingDepot(depots_, "Twin", server_.Port(), base_);
     {
         const DialogWatch watch({Type(kEditor, kEditorPassword)});
         EXPECT_EQ(L"old", Value());

@@ -1,6 +1,8 @@
 // Files of a depot in a directory, used through the interface as any other file.
 #include "component/late_calls.h"
+#include "support/component_depots.h"
 #include "support/directory_fixture.h"
+#include "support/stores.h"
 #include "support/working_files.h"
 
 namespace depot::test {
@@ -17,32 +19,15 @@ constexpr char kNew[] = "[S]\r\nK=new\r\n";
 class DirectoryFilesTest : public ComponentTest {
 protected:
     DirectoryFilesTest() {
-        Define("Corp", server_.Port(), base_, kEditor, kEditorPassword);
+        DefineDirectoryDepot(depots_, "Corp", server_.Port(), base_);
         depots_.Text("Corp", "DisplayName.eng", "Company");
         server_.AddFolder("Sessions", base_);
         server_.AddFile("office.kra", "cn=Sessions," + base_, kOld);
     }
 
-    void Define(const std::string& name, unsigned port, const std::string& base,
-                const std::string& user, const std::string& password) {
-        ForgetServer(port);
-        depots_.Text(name, "Path1", base);
-        depots_.Dword(name, "Type1", kDirectoryLocation);
-        depots_.Text(name, "Host1", "127.0.0.1");
-        depots_.Dword(name, "Port1", port);
-        depots_.Dword(name, "Authentication1", kSimpleAuthentication);
-        depots_.Text(name, "Username1", user);
-        depots_.Text(name, "Password1", password);
-    }
-
     // What the entry holds, read through a connection of the test's own.
     std::string Contents() {
-        auto location = server_.Location(base_).Clone();
-        CLDAPItems items(location.get());
-        FileBuffer buffer;
-        EXPECT_EQ(1, items.ConnectLocation(nullptr));
-        EXPECT_EQ(1, items.ReadFileContents("cn=office.kra,cn=Sessions," + base_, buffer));
-        return std::string(reinterpret_cast<const char*>(buffer.bytes.get()), buffer.length);
+        return DirectoryStore(server_, base_, {}).Bytes("Sessions\\office.kra");
     }
 
     void Load(Session& session, const std::string& path = kFile) {
@@ -186,7 +171,7 @@ TEST_F(DirectoryFilesTest, ServerGoneBeforeTheEndOfTheSessionLeavesTheBytesRecov
 }
 
 TEST_F(DirectoryFilesTest, WithdrawnRightsLeaveTheBytesRecovered) {
-    Define("Corp", server_.Port(), base_, kReader, kReaderPassword);
+    DefineDirectoryDepot(depots_, "Corp", server_.Port(), base_, kReader, kReaderPassword);
     {
         Session session(*api_);
         Load(session);
@@ -258,7 +243,7 @@ TEST_F(DirectoryFilesTest, WritabilityIsFoundByTryingAndLeavesNothing) {
 }
 
 TEST_F(DirectoryFilesTest, ReaderCannotWriteAMissingPlace) {
-    Define("Corp", server_.Port(), base_, kReader, kReaderPassword);
+    DefineDirectoryDepot(depots_, "Corp", server_.Port(), base_, kReader, kReaderPassword);
     Session session(*api_);
     EXPECT_EQ(S_FALSE, api_->DPIsPathWriteAble(session, Text("<Corp>\\x\\new.kra")));
     EXPECT_FALSE(server_.Holds("cn=x," + base_));

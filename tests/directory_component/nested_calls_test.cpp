@@ -1,6 +1,7 @@
 // Calls that come while another call of the same session shows a message: the message lets the
 // client's own windows work on.
 #include "component/component.h"
+#include "support/component_depots.h"
 #include "support/directory_fixture.h"
 #include "support/working_files.h"
 
@@ -47,13 +48,7 @@ private:
 class NestedCallsTest : public ComponentTest {
 protected:
     NestedCallsTest() {
-        ForgetServer(server_.Port());
-        depots_.Text("Corp", "Path1", kSuffix);
-        depots_.Dword("Corp", "Type1", kDirectoryLocation);
-        depots_.Text("Corp", "Host1", "127.0.0.1");
-        depots_.Dword("Corp", "Port1", server_.Port());
-        depots_.Text("Corp", "Username1", kEditor);
-        depots_.Text("Corp", "Password1", kEditorPassword);
+        DefineDirectoryDepot(depots_, "Corp", server_.Port(), kSuffix);
         server_.AddFile("a.kra", kSuffix, "[S]\r\nK=old\r\n");
         EXPECT_EQ(S_OK, api_->DPLoadFile(&session_, Text("<Corp>\\a.kra")));
         EXPECT_EQ(S_OK, api_->DPSetProfileString(session_, Text("S"), Text("K"), Text("new")));

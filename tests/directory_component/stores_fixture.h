@@ -5,6 +5,7 @@
 
 #include "component/component.h"
 #include "support/box_log.h"
+#include "support/component_depots.h"
 #include "support/stores.h"
 #include "support/working_files.h"
 
@@ -21,16 +22,9 @@ inline std::string DepotKindName(const testing::TestParamInfo<DepotKind>& kind) 
 class StoresTest : public ComponentTest, public testing::WithParamInterface<DepotKind> {
 protected:
     StoresTest() {
-        ForgetServer(server_.Port());
         DefineDepot("Work");
         depots_.Dword("Work", "DefaultDepot", 1);
-        depots_.Text("Corp", "Path1", base_);
-        depots_.Dword("Corp", "Type1", kDirectoryLocation);
-        depots_.Text("Corp", "Host1", "127.0.0.1");
-        depots_.Dword("Corp", "Port1", server_.Port());
-        depots_.Dword("Corp", "Authentication1", kSimpleAuthentication);
-        depots_.Text("Corp", "Username1", kEditor);
-        depots_.Text("Corp", "Password1", kEditorPassword);
+        DefineDirectoryDepot(depots_, "Corp", server_.Port(), base_);
         store_.MakeFolder("Sub");
     }
 

@@ -2,8 +2,11 @@
 
 #include <gmock/gmock.h>
 
+#include <vector>
+
 #include "host/locale_world.h"
 #include "platform/module_state.h"
+#include "support/import_patch.h"
 
 namespace depot {
 namespace {
@@ -133,6 +136,34 @@ TEST_F(LanguageSettingsTest, UsersMethodTakesTheLanguageOfTheInterface) {
     ASSERT_EQ(LANG_ENGLISH, PRIMARYLANGID(GetUserDefaultUILanguage()));
     world_.machine.Text("", kAvailable, "deu fra eng");
     EXPECT_EQ("eng", CurrentLanguageCode());
+}
+
+// Asks the system to open a key, and notes for what.
+class OpeningLog {
+public:
+    OpeningLog() {
+        genuine_ = opening_.Genuine();
+        accesses.clear();
+    }
+
+    static inline std::vector<REGSAM> accesses;
+
+private:
+    static LSTATUS WINAPI Open(HKEY root, LPCSTR path, DWORD options, REGSAM access, HKEY* key) {
+        EXPECT_STREQ(kLocaleKey, path);
+        accesses.push_back(access);
+        return genuine_(root, path, options, access, key);
+    }
+
+    static inline decltype(&RegOpenKeyExA) genuine_ = nullptr;
+    const ImportPatch<decltype(&RegOpenKeyExA)> opening_{"RegOpenKeyExA", &Open};
+};
+
+TEST_F(LanguageSettingsTest, KeysAreOpenedForQueriesOnly) {
+    world_.Configure("fra", "eng fra");
+    const OpeningLog log;
+    ReadLanguageSettings();
+    EXPECT_THAT(log.accesses, testing::ElementsAre(KEY_QUERY_VALUE, KEY_QUERY_VALUE));
 }
 
 TEST(UserLanguageTest, SystemLibraryIsAsked) {

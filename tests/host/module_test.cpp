@@ -1,16 +1,27 @@
 #include "host/module.h"
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
+
+#include <set>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
 
 #include "DepotIntr.h"
+#include "api/depot_intr_api.h"
 #include "host/registrar.h"
-#include "support/scratch.h"
+#include "support/failing_memory.h"
+#include "support/import_patch.h"
 
 namespace depot {
 namespace {
 
-int terminations = 0;
-int classTerminations = 0;
+using testing::ElementsAre;
+
+// What went with a module, in its order.
+std::vector<std::string> endings;
+const CComModule* moduleAtTheEnd = nullptr;
 
 HRESULT MakeNothing(REFIID, void**) {
     return E_FAIL;
@@ -21,7 +32,13 @@ HRESULT MakeNoAggregate(IUnknown*, void**) {
 }
 
 const ObjectMapEntry kTerminatedClass[] = {
-    {IID_IUnknown, 0, MakeNothing, MakeNoAggregate, [] { ++classTerminations; }},
+    {IID_IUnknown, 0, MakeNothing, MakeNoAggregate, [] { endings.push_back("first class"); }},
+    {IID_IDispatch, 0, MakeNothing, MakeNoAggregate, nullptr},
+    {IID_IClassFactory, 0, MakeNothing, MakeNoAggregate,
+     [] {
+         endings.push_back("last class");
+         moduleAtTheEnd = &Module();
+     }},
 };
 const ModuleIdentity kIdentity = {"{00000000-0000-0000-0000-000000000000}", IID_IUnknown,
                                   kTerminatedClass};
@@ -37,11 +54,52 @@ public:
     LCID seen = 0;
 };
 
+// A table of the test's own in place of the system's, and how it is asked for.
+class NotedInterfaceTable final : public IGlobalInterfaceTable {
+public:
+    NotedInterfaceTable() { current_ = this; }
+
+    STDMETHODIMP QueryInterface(REFIID, void** object) override {
+        *object = nullptr;
+        return E_NOINTERFACE;
+    }
+    STDMETHODIMP_(ULONG) AddRef() override { return ++references; }
+    STDMETHODIMP_(ULONG) Release() override {
+        if (--references == 0) endings.push_back("interface table");
+        return references;
+    }
+    STDMETHODIMP RegisterInterfaceInGlobal(IUnknown*, REFIID, DWORD*) override { return E_NOTIMPL; }
+    STDMETHODIMP RevokeInterfaceFromGlobal(DWORD) override { return E_NOTIMPL; }
+    STDMETHODIMP GetInterfaceFromGlobal(DWORD, REFIID, void**) override { return E_NOTIMPL; }
+
+    HRESULT result = S_OK;
+    ULONG references = 0;
+    int creations = 0;
+    DWORD context = 0;
+
+private:
+    static HRESULT WINAPI Create(REFCLSID classId, IUnknown* outer, DWORD context,
+                                 REFIID interfaceId, void** object) {
+        EXPECT_TRUE(IsEqualCLSID(CLSID_StdGlobalInterfaceTable, classId));
+        EXPECT_TRUE(IsEqualIID(IID_IGlobalInterfaceTable, interfaceId));
+        EXPECT_EQ(nullptr, outer);
+        ++current_->creations;
+        current_->context = context;
+        if (FAILED(current_->result)) return current_->result;
+        current_->AddRef();
+        *object = current_;
+        return S_OK;
+    }
+
+    static inline NotedInterfaceTable* current_ = nullptr;
+    const test::ImportPatch<decltype(&CoCreateInstance)> creation_{"CoCreateInstance", &Create};
+};
+
 class ModuleTest : public testing::Test {
 protected:
     ModuleTest() {
         CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
-        terminations = 0;
+        endings.clear();
     }
     ~ModuleTest() override { CoUninitialize(); }
 };
@@ -76,20 +134,82 @@ TEST_F(ModuleTest, InterfaceTableWithoutAnOutputIsRefused) {
     EXPECT_EQ(E_POINTER, module.GetGITPtr(nullptr));
 }
 
-TEST_F(ModuleTest, RegisteredTerminationsRunWhenTheModuleGoes) {
-    {
-        CDepotIntrModule module;
-        module.AddTermination([] { ++terminations; });
-        module.AddTermination([] { terminations += 10; });
-        EXPECT_EQ(0, terminations);
+TEST_F(ModuleTest, InterfaceTableIsMadeOnceInTheProcess) {
+    NotedInterfaceTable noted;
+    CDepotIntrModule module;
+    EXPECT_EQ(0, noted.creations);
+    IGlobalInterfaceTable* table = nullptr;
+    for (ULONG count = 1; count <= 3; ++count) {
+        ASSERT_EQ(S_OK, module.GetGITPtr(&table));
+        EXPECT_EQ(&noted, table);
+        EXPECT_EQ(1, noted.creations);
+        // The module's own and those that were handed out.
+        EXPECT_EQ(count + 1, noted.references);
     }
-    EXPECT_EQ(11, terminations);
+    EXPECT_EQ(static_cast<DWORD>(CLSCTX_INPROC_SERVER), noted.context);
 }
 
-TEST_F(ModuleTest, TerminationRoutinesOfTheObjectMapRunAtTheEnd) {
-    classTerminations = 0;
+TEST_F(ModuleTest, InterfaceTableThatCannotBeMadeIsReportedAndTriedAgain) {
+    NotedInterfaceTable noted;
+    CDepotIntrModule module;
+    noted.result = REGDB_E_CLASSNOTREG;
+    IGlobalInterfaceTable* table = &noted;
+    EXPECT_EQ(REGDB_E_CLASSNOTREG, module.GetGITPtr(&table));
+    EXPECT_EQ(nullptr, table);
+    noted.result = S_OK;
+    EXPECT_EQ(S_OK, module.GetGITPtr(&table));
+    EXPECT_EQ(&noted, table);
+}
+
+TEST_F(ModuleTest, ClassesGoFirstThenWhatWasRegisteredAndThenTheInterfaceTable) {
+    NotedInterfaceTable noted;
+    {
+        CComModule module(kIdentity);
+        module.AddTermination([] { endings.push_back("registered first"); });
+        module.AddTermination([] { endings.push_back("registered last"); });
+        IGlobalInterfaceTable* table = nullptr;
+        ASSERT_EQ(S_OK, module.GetGITPtr(&table));
+        table->Release();
+        EXPECT_THAT(endings, ElementsAre());
+    }
+    EXPECT_THAT(endings, ElementsAre("first class", "last class", "registered first",
+                                     "registered last", "interface table"));
+    EXPECT_EQ(0u, noted.references);
+}
+
+TEST_F(ModuleTest, TableThatNobodyAskedForIsNotMadeAtTheEnd) {
+    const NotedInterfaceTable noted;
     { const CComModule module(kIdentity); }
-    EXPECT_EQ(1, classTerminations);
+    EXPECT_THAT(endings, ElementsAre("first class", "last class"));
+    EXPECT_EQ(0, noted.creations);
+}
+
+TEST_F(ModuleTest, TerminationsStillFindTheirModule) {
+    const CComModule* gone = nullptr;
+    {
+        const CComModule module(kIdentity);
+        gone = &module;
+    }
+    EXPECT_EQ(gone, moduleAtTheEnd);
+}
+
+TEST_F(ModuleTest, LocksOfSeveralThreadsAreAllCounted) {
+    CDepotIntrModule module;
+    constexpr int kThreads = 4;
+    constexpr int kRounds = 20000;
+    std::vector<std::vector<LONG>> counts(kThreads);
+    std::vector<std::thread> threads;
+    for (std::vector<LONG>& own : counts) {
+        threads.emplace_back([&] {
+            for (int round = 0; round < kRounds; ++round) own.push_back(module.Lock());
+        });
+    }
+    for (std::thread& thread : threads) thread.join();
+    // Each count is returned once.
+    std::set<LONG> all;
+    for (const std::vector<LONG>& own : counts) all.insert(own.begin(), own.end());
+    EXPECT_EQ(static_cast<std::size_t>(kThreads * kRounds), all.size());
+    EXPECT_EQ(kThreads * kRounds, module.GetLockCount());
 }
 
 TEST_F(ModuleTest, RegistrationRunsInTheSystemsDefaultLocale) {
@@ -98,11 +218,16 @@ TEST_F(ModuleTest, RegistrationRunsInTheSystemsDefaultLocale) {
     ASSERT_TRUE(SetThreadLocale(other));
     LocaleNotingModule module;
     module.RegisterServer();
-    const LCID during = module.seen;
-    const LCID after = GetThreadLocale();
+    const LCID registering = std::exchange(module.seen, 0);
+    const LCID afterwards = GetThreadLocale();
+    module.UnregisterServer();
+    const LCID unregistering = module.seen;
+    const LCID atTheEnd = GetThreadLocale();
     SetThreadLocale(before);
-    EXPECT_EQ(GetSystemDefaultLCID(), during);
-    EXPECT_EQ(other, after);
+    EXPECT_EQ(GetSystemDefaultLCID(), registering);
+    EXPECT_EQ(other, afterwards);
+    EXPECT_EQ(GetSystemDefaultLCID(), unregistering);
+    EXPECT_EQ(other, atTheEnd);
 }
 
 TEST_F(ModuleTest, OnlyItsOwnClassIsFound) {
@@ -119,6 +244,20 @@ TEST_F(ModuleTest, OnlyItsOwnClassIsFound) {
     factory->Release();
 }
 
+TEST_F(ModuleTest, FactoryThatCannotBeMadeIsReportedAndTriedAgain) {
+    CDepotIntrModule module;
+    void* factory = nullptr;
+    EXPECT_LT(0, test::FailEachAllocation([&] {
+                  factory = &factory;
+                  const HRESULT result =
+                      module.GetClassObject(CLSID_DepotIntrApi, IID_IUnknown, &factory);
+                  const bool ranOut = test::FailingMemory::RanOut();
+                  EXPECT_EQ(ranOut ? E_OUTOFMEMORY : S_OK, result);
+                  EXPECT_EQ(ranOut, factory == nullptr);
+              }));
+    static_cast<IUnknown*>(factory)->Release();
+}
+
 TEST_F(ModuleTest, MissingScriptsFailTheRegistration) {
     // This program carries none of the component's scripts.
     CDepotIntrModule module;
@@ -132,6 +271,10 @@ TEST_F(ModuleTest, ObjectMapHoldsTheOneClass) {
     EXPECT_TRUE(IsEqualCLSID(CLSID_DepotIntrApi, ObjectMap().front().classId));
     EXPECT_EQ(101, ObjectMap().front().registryScript);
     EXPECT_EQ(100, CDepotIntrModule::kAppIdScript);
+}
+
+TEST_F(ModuleTest, ObjectsOfTheClassHoldNoStateOfTheirOwn) {
+    EXPECT_EQ(sizeof(IDepotIntrApi), sizeof(CDepotIntrApi));
 }
 
 }  // namespace

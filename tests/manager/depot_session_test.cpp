@@ -2,8 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <utility>
+
 #include "manager/depot_list.h"
-#include "platform/system_version.h"
+#include "support/import_patch.h"
 #include "support/scratch.h"
 
 namespace depot {
@@ -34,8 +36,34 @@ TEST_F(DepotSessionTest, ANewSessionHasNoFileNoResultsAndNoSelection) {
     EXPECT_EQ("", session.selectedItemPath);
 }
 
+// A system that says it has that version.
+class OtherSystem {
+public:
+    explicit OtherSystem(DWORD majorVersion) { version_ = majorVersion; }
+
+private:
+    static BOOL WINAPI Tell(OSVERSIONINFOA* told) {
+        told->dwMajorVersion = version_;
+        return TRUE;
+    }
+
+    static inline DWORD version_ = 0;
+    const test::ImportPatch<decltype(&GetVersionExA)> patch_{"GetVersionExA", &Tell};
+};
+
 TEST_F(DepotSessionTest, CopiesAreNamedInTheNewStyleFromVersionSixOn) {
-    EXPECT_EQ(SystemVersion().dwMajorVersion >= 6, DepotSession().UsesNewCopyNames());
+    for (const auto& [version, isNew] :
+         {std::pair{4U, false}, {5U, false}, {6U, true}, {7U, true}, {10U, true}}) {
+        const OtherSystem system(version);
+        EXPECT_EQ(isNew, DepotSession().UsesNewCopyNames()) << version;
+    }
+}
+
+TEST_F(DepotSessionTest, SystemIsAskedForItsVersionOncePerSession) {
+    const OtherSystem system(5);
+    const DepotSession session;
+    const OtherSystem newer(6);
+    EXPECT_FALSE(session.UsesNewCopyNames());
 }
 
 TEST_F(DepotSessionTest, WithoutDepotsTheBuiltInOneIsTheUserFoldersParent) {

@@ -8,17 +8,24 @@
 
 namespace depot::test {
 
-// Defines a depot of one directory location on this machine, used as the editor.
-inline void DefineDirectoryDepot(const ScratchKey& depots, const std::string& name, unsigned port,
-                                 const std::string& base) {
+// Defines a depot of one directory location on this machine, whose user is asked for.
+inline void DefineAskingDepot(const ScratchKey& depots, const std::string& name, unsigned port,
+                              const std::string& base) {
     ForgetServer(port);
     depots.Text(name, "Path1", base);
     depots.Dword(name, "Type1", kDirectoryLocation);
     depots.Text(name, "Host1", "127.0.0.1");
     depots.Dword(name, "Port1", port);
     depots.Dword(name, "Authentication1", kSimpleAuthentication);
-    depots.Text(name, "Username1", kEditor);
-    depots.Text(name, "Password1", kEditorPassword);
+}
+
+// Defines a depot of one directory location on this machine, used as the editor or as another user.
+inline void DefineDirectoryDepot(const ScratchKey& depots, const std::string& name, unsigned port,
+                                 const std::string& base, const std::string& user = kEditor,
+                                 const std::string& password = kEditorPassword) {
+    DefineAskingDepot(depots, name, port, base);
+    depots.Text(name, "Username1", user);
+    depots.Text(name, "Password1", password);
 }
 
 }  // namespace depot::test

@@ -1,5 +1,5 @@
-// A system function that this program calls, replaced while a test runs: for failures that the real
-// one cannot be made to show.
+// A system function that this program or a library calls, replaced while a test runs: for failures
+// that the real one cannot be made to show, and for a look at what is going on in a call.
 #pragma once
 
 #include <string>
@@ -10,12 +10,13 @@
 
 namespace depot::test {
 
-// Sends this program's calls of an imported function elsewhere while it lives. Calls that a library
-// makes are not concerned.
+// Sends one module's calls of an imported function elsewhere while it lives: this program's, or
+// those of a loaded library. Calls that other modules make are not concerned.
 template <class Function>
 class ImportPatch {
 public:
-    ImportPatch(const char* name, Function replacement) : slot_(FindSlot(name)) {
+    ImportPatch(const char* name, Function replacement, HMODULE module = GetModuleHandleA(nullptr))
+        : slot_(FindSlot(module, name)) {
         if (slot_ == nullptr) return;
         genuine_ = *slot_;
         StoreImport(slot_, FunctionCast<FARPROC>(replacement));
@@ -26,14 +27,14 @@ public:
     ImportPatch(const ImportPatch&) = delete;
     ImportPatch& operator=(const ImportPatch&) = delete;
 
-    // Whether the program imports the function at all.
+    // Whether the module imports the function at all.
     bool IsInPlace() const { return slot_ != nullptr; }
     Function Genuine() const { return FunctionCast<Function>(genuine_); }
 
 private:
-    static FARPROC* FindSlot(const std::string& name) {
+    static FARPROC* FindSlot(HMODULE module, const std::string& name) {
         FARPROC* found = nullptr;
-        VisitImports(GetModuleHandleA(nullptr), [&](const char* imported, FARPROC* slot) {
+        VisitImports(module, [&](const char* imported, FARPROC* slot) {
             if (found == nullptr && name == imported) found = slot;
         });
         return found;

@@ -1,0 +1,39 @@
+// Looking at dialogs: their fonts, the room that texts need, and the places of controls.
+#pragma once
+
+#include <string>
+
+#include "depotbrowser/dialog_user.h"
+#include "platform/win32.h"
+
+namespace depot::test {
+
+// The languages that there are texts in.
+inline constexpr const char* kLanguages[] = {"eng", "fra", "deu", "esp", "ita", "jpn", "prt"};
+
+LOGFONTW FontOf(HWND window);
+SIZE SizeOf(HWND window);
+
+// The system's fonts and measures of windows.
+NONCLIENTMETRICSW SystemMetrics();
+
+// The font of the system's messages, twice as large as the user has it, while it lives.
+class LargerMessageFont {
+public:
+    LargerMessageFont();
+    ~LargerMessageFont();
+    LargerMessageFont(const LargerMessageFont&) = delete;
+    LargerMessageFont& operator=(const LargerMessageFont&) = delete;
+
+private:
+    NONCLIENTMETRICSW original_ = SystemMetrics();
+};
+
+// The pixels that a text takes in a control: its width on one line, or its height when it is broken
+// into lines of the control's width. The ampersand before a key takes none.
+SIZE NeededSize(HWND control, const std::wstring& text, bool wrapped);
+
+// The controls that are shown lie inside the dialog, and none lies over another.
+void ExpectControlsApart(const OpenDialog& dialog);
+
+}  // namespace depot::test
