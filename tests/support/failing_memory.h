@@ -1,0 +1,83 @@
+// Memory that runs out, for what must then still be true.
+#pragma once
+
+#include <cstdlib>
+#include <new>
+
+#include "support/import_patch.h"
+#include "support/leak_counts.h"
+
+namespace depot::test {
+
+// While it lives, one of the allocations that its thread makes in this program fails: the
+// `number`-th, counted from 1, or none for 0. There is one object at a time.
+class FailingMemory {
+public:
+    explicit FailingMemory(int number) {
+        genuine_ = patch_.Genuine();
+        thread_ = GetCurrentThreadId();
+        failing_ = number;
+        asked_ = 0;
+    }
+    ~FailingMemory() { thread_ = 0; }
+    FailingMemory(const FailingMemory&) = delete;
+    FailingMemory& operator=(const FailingMemory&) = delete;
+
+    // How often memory was asked for until now.
+    static int Asked() { return asked_; }
+    // Whether the allocation that was to fail has failed.
+    static bool RanOut() { return failing_ != 0 && asked_ >= failing_; }
+
+private:
+    using Allocator = void*(__cdecl*)(std::size_t bytes);
+
+    static void* __cdecl Allocate(std::size_t bytes) {
+        const bool fails = GetCurrentThreadId() == thread_ && ++asked_ == failing_;
+        return fails ? nullptr : genuine_(bytes);
+    }
+
+    static inline Allocator genuine_ = nullptr;
+    static inline DWORD thread_ = 0;
+    static inline int failing_ = 0;
+    static inline int asked_ = 0;
+
+    const ImportPatch<Allocator> patch_{"malloc", &Allocate};
+};
+
+// What repeated calls did, each of which ran out of memory one allocation later than the one
+// before, until one got all it asked for.
+struct MemoryRun {
+    int failures = 0;            // calls that ran out
+    int exceptions = 0;          // those of them that std::bad_alloc ended
+    std::size_t leftBlocks = 0;  // heap blocks that stayed behind all calls together
+};
+
+// Runs `call` in that way; it may let std::bad_alloc out. What is done before the first failing
+// call fills what the call and the runtime keep for later on purpose.
+template <class Call>
+MemoryRun RunOutOfMemory(const Call& call) {
+    for (int round = 0; round < 3; ++round) {
+        call();
+        try {
+            throw std::bad_alloc();
+        } catch (const std::bad_alloc&) {
+        }
+    }
+    MemoryRun run;
+    const std::size_t blocks = CountHeapBlocks();
+    for (bool ranOut = true; ranOut;) {
+        const FailingMemory memory(run.failures + 1);
+        try {
+            call();
+        } catch (const std::bad_alloc&) {
+            ++run.exceptions;
+        }
+        ranOut = FailingMemory::RanOut();
+        if (ranOut) ++run.failures;
+    }
+    const std::size_t blocksNow = CountHeapBlocks();
+    run.leftBlocks = blocksNow > blocks ? blocksNow - blocks : 0;
+    return run;
+}
+
+}  // namespace depot::test
