@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include "support/box_watcher.h"
+#include "support/import_patch.h"
+#include "support/leak_counts.h"
 
 namespace depot {
 namespace {
@@ -52,6 +54,44 @@ TEST(ErrorTextTest, TextsWithInsertsAreGivenAsTheyStand) {
 TEST(ErrorTextTest, CodeWithoutATextGivesTheLeadAlone) {
     EXPECT_EQ("Lead", Formatted(kCodeWithoutText, "Lead"));
     EXPECT_EQ("", Formatted(kCodeWithoutText, nullptr));
+}
+
+// The last argument is a list of inserts, which nobody here looks into.
+using FormatSystemText = DWORD(WINAPI*)(DWORD, const void*, DWORD, DWORD, char*, DWORD, void*);
+
+// How often the system was asked for a text, and how it was asked last.
+struct AskedText {
+    int times;
+    DWORD flags;
+    DWORD error;
+    DWORD language;
+};
+AskedText asked;
+FormatSystemText formatSystemText = nullptr;
+
+DWORD WINAPI NoteQuestion(DWORD flags, const void* source, DWORD error, DWORD language,
+                          char* buffer, DWORD size, void* inserts) {
+    asked = {asked.times + 1, flags, error, language};
+    return formatSystemText(flags, source, error, language, buffer, size, inserts);
+}
+
+TEST(ErrorTextTest, SystemIsAskedOnceAndOnlyForACode) {
+    const test::ImportPatch<FormatSystemText> formatting("FormatMessageA", &NoteQuestion);
+    formatSystemText = formatting.Genuine();
+    asked = {};
+    Formatted(0, "Lead");
+    Formatted(0, nullptr);
+    EXPECT_EQ(0, asked.times);
+    Formatted(ERROR_FILE_NOT_FOUND, "Lead");
+    EXPECT_EQ(1, asked.times);
+    EXPECT_EQ(0x1300u, asked.flags);
+    EXPECT_EQ(DWORD{ERROR_FILE_NOT_FOUND}, asked.error);
+    EXPECT_EQ(0x400u, asked.language);
+}
+
+TEST(ErrorTextTest, TextsOfTheSystemAreFreed) {
+    EXPECT_EQ(0u, test::CountLeftovers([] { Formatted(ERROR_FILE_NOT_FOUND, "Lead"); }, 500));
+    EXPECT_EQ(0u, test::CountLeftovers([] { Formatted(kCodeWithoutText, "Lead"); }, 500));
 }
 
 TEST(ErrorTextTest, MessageIsCutToItsBound) {
