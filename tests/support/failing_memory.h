@@ -19,7 +19,10 @@ public:
         failing_ = number;
         asked_ = 0;
     }
-    ~FailingMemory() { thread_ = 0; }
+    ~FailingMemory() {
+        thread_ = 0;
+        failing_ = 0;
+    }
     FailingMemory(const FailingMemory&) = delete;
     FailingMemory& operator=(const FailingMemory&) = delete;
 
@@ -47,9 +50,9 @@ private:
 // What repeated calls did, each of which ran out of memory one allocation later than the one
 // before, until one got all it asked for.
 struct MemoryRun {
-    int failures = 0;            // calls that ran out
-    int exceptions = 0;          // those of them that std::bad_alloc ended
-    std::size_t leftBlocks = 0;  // heap blocks that stayed behind all calls together
+    int failures = 0;      // calls that ran out
+    int exceptions = 0;    // those of them that std::bad_alloc ended
+    std::size_t left = 0;  // heap blocks and handles that stayed behind all calls together
 };
 
 // Runs `call` in that way; it may let std::bad_alloc out. What is done before the first failing
@@ -64,19 +67,18 @@ MemoryRun RunOutOfMemory(const Call& call) {
         }
     }
     MemoryRun run;
-    const std::size_t blocks = CountHeapBlocks();
-    for (bool ranOut = true; ranOut;) {
-        const FailingMemory memory(run.failures + 1);
+    const auto takeCall = [&run, &call](int failing) {
+        const FailingMemory memory(failing);
         try {
             call();
         } catch (const std::bad_alloc&) {
             ++run.exceptions;
         }
-        ranOut = FailingMemory::RanOut();
-        if (ranOut) ++run.failures;
-    }
-    const std::size_t blocksNow = CountHeapBlocks();
-    run.leftBlocks = blocksNow > blocks ? blocksNow - blocks : 0;
+        if (FailingMemory::RanOut()) ++run.failures;
+    };
+    run.left = LeftBehind([&] {
+        for (int failing = 1; run.failures == failing - 1; ++failing) takeCall(failing);
+    });
     return run;
 }
 
