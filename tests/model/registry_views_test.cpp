@@ -1,15 +1,12 @@
 // Registry answers that the real registry cannot be made to give: the list of depots has to cope.
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include "model/depots.h"
+#include "model/depots_fixture.h"
 #include "support/import_patch.h"
-#include "support/scratch.h"
 
 namespace depot {
 namespace {
 
 using test::ImportPatch;
+using test::Names;
 using testing::ElementsAre;
 
 constexpr char kKey[] = "Software\\DepotTests\\Views";
@@ -46,12 +43,6 @@ LSTATUS WINAPI FailSomeIndexes(HKEY key, DWORD index, char* name, DWORD* length,
     ++enumerations;
     if (index >= firstFailing && index <= lastFailing) return ERROR_ACCESS_DENIED;
     return enumerateKeys(key, index, name, length, reserved, kind, kindLength, changed);
-}
-
-std::vector<std::string> Names(const CDepots& depots) {
-    std::vector<std::string> names;
-    for (const CDepot* depot : depots) names.push_back(depot->name);
-    return names;
 }
 
 class RegistryViewsTest : public testing::Test {
