@@ -4,10 +4,20 @@
 
 #include "manager/depot_list.h"
 #include "platform/system_version.h"
+#include "support/import_patch.h"
+#include "support/leak_counts.h"
 #include "support/scratch.h"
 
 namespace depot {
 namespace {
+
+DWORD givenVersion = 0;
+
+BOOL WINAPI GiveVersion(OSVERSIONINFOA* version) {
+    EXPECT_EQ(148u, version->dwOSVersionInfoSize);
+    version->dwMajorVersion = givenVersion;
+    return TRUE;
+}
 
 class DepotSessionTest : public testing::Test {
 protected:
@@ -36,6 +46,13 @@ TEST_F(DepotSessionTest, ANewSessionHasNoFileNoResultsAndNoSelection) {
 
 TEST_F(DepotSessionTest, CopiesAreNamedInTheNewStyleFromVersionSixOn) {
     EXPECT_EQ(SystemVersion().dwMajorVersion >= 6, DepotSession().UsesNewCopyNames());
+    const test::ImportPatch<decltype(&GetVersionExA)> version("GetVersionExA", &GiveVersion);
+    ASSERT_TRUE(version.IsInPlace());
+    for (const DWORD major : {0u, 5u, 6u, 10u}) {
+        SCOPED_TRACE(major);
+        givenVersion = major;
+        EXPECT_EQ(major >= 6, DepotSession().UsesNewCopyNames());
+    }
 }
 
 TEST_F(DepotSessionTest, WithoutDepotsTheBuiltInOneIsTheUserFoldersParent) {
@@ -110,6 +127,19 @@ TEST_F(DepotSessionTest, AReleasedFileLeavesTheSessionWithoutOne) {
     session.LoadFile("<Work>\\a.kra");
     session.ReleaseFile();
     EXPECT_FALSE(session.currentFile);
+}
+
+TEST_F(DepotSessionTest, TheEndOfASessionLeavesNothing) {
+    DefineWork();
+    EXPECT_EQ(0u, test::CountLeftovers([] {
+                  DepotSession session;
+                  session.LoadFile("<Work>\\a.kra");
+                  session.findResults = std::make_unique<CDepotItems>();
+                  session.findResults->AddPath("x", nullptr, kDepotsKey,
+                                               [](CDepots&, const std::string&, CDepotItem&) {});
+                  session.selectedItemPath = std::string(100, 's');
+                  GetDefaultDepot(session.Depots(), 0);
+              }));
 }
 
 TEST_F(DepotSessionTest, SessionsAreIndependentOfOneAnother) {

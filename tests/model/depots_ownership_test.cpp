@@ -1,11 +1,16 @@
 // Who owns the depots of a list.
+#include <type_traits>
+
 #include "model/depots_fixture.h"
+#include "support/record_rules.h"
 
 namespace depot {
 namespace {
 
 using test::Names;
 using testing::ElementsAre;
+
+static_assert(std::has_virtual_destructor_v<CDepots>);
 
 using DepotsOwnershipTest = test::DepotListFixture;
 
@@ -27,6 +32,34 @@ TEST_F(DepotsOwnershipTest, TheListDeletesWhatItOwns) {
         owning.Add(std::make_unique<CountedDepot>(&owning).release(), false);
     }
     EXPECT_EQ(0, alive);
+}
+
+TEST_F(DepotsOwnershipTest, LoadingDeletesWhatTheListHeld) {
+    Append("a");
+    Append("b");
+    depots_.Load(kKey);
+    EXPECT_EQ(0, alive);
+    EXPECT_THAT(Names(depots_), ElementsAre(""));
+}
+
+TEST_F(DepotsOwnershipTest, VirtualOperationsStandInTheirOrder) {
+    EXPECT_EQ(2u, test::VirtualSlot(&CDepots::Add));
+    EXPECT_EQ(3u, test::VirtualSlot(&CDepots::Copy));
+    EXPECT_EQ(4u, test::VirtualSlot(&CDepots::RemoveAll));
+    EXPECT_EQ(5u, test::VirtualSlot(&CDepots::Remove));
+}
+
+TEST_F(DepotsOwnershipTest, AListThatIsLoadedUsedAndCopiedLeavesNothing) {
+    for (const char* name : {"A", "B", "C"}) Define(user_, name, 5);
+    EXPECT_EQ(0u, test::CountLeftovers([] {
+                  CDepots depots(kKey);
+                  for (CDepot* depot : depots) depot->paths->GetActivePath();
+                  depots.filteredView = std::make_unique<CDepots>();
+                  depots.filteredView->Add(depots.At(1), false);
+                  CDepots copies;
+                  copies.ownsItems = true;
+                  copies.Copy(&depots);
+              }));
 }
 
 TEST_F(DepotsOwnershipTest, RemoveDeletesTheDepotAlsoWhenItIsNotInTheList) {

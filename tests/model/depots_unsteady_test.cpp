@@ -2,6 +2,7 @@
 #include <thread>
 
 #include "model/depots_fixture.h"
+#include "support/failing_memory.h"
 #include "support/random_text.h"
 
 namespace depot {
@@ -72,6 +73,21 @@ TEST_F(UnsteadyDepotsTest, AKeyDeletedByAnotherThreadMeanwhileLeavesASoundList) 
         ExpectSound(depots);
         EXPECT_LE(depots.Count(), 60u);
     }
+}
+
+TEST_F(UnsteadyDepotsTest, WithoutMemoryDepotsAreDroppedAndTheRestIsSound) {
+    for (const char* name : {"A", "B", "C"}) Define(user_, std::string(50, *name));
+    int shorter = 0;
+    const test::MemoryRun run = test::RunOutOfMemory([&] {
+        const CDepots depots(kKey);
+        ExpectSound(depots);
+        if (depots.Count() < 3) ++shorter;
+        EXPECT_TRUE(test::FailingMemory::RanOut() || depots.Count() == 3);
+    });
+    EXPECT_LT(0, shorter);
+    // The sorting does without the memory that it asks for.
+    EXPECT_EQ(run.failures - 1, shorter + run.exceptions);
+    EXPECT_EQ(0u, run.left);
 }
 
 TEST_F(UnsteadyDepotsTest, AThousandDepotsAreLoadedAndSorted) {

@@ -37,9 +37,12 @@ LSTATUS WINAPI OpenAndNote(HKEY root, const char* path, DWORD options, REGSAM ri
 DWORD firstFailing = 0;
 DWORD lastFailing = 0;
 int enumerations = 0;
+// The room for a name that was always given; 0 when it was not always the same.
+DWORD roomForNames = 0;
 
 LSTATUS WINAPI FailSomeIndexes(HKEY key, DWORD index, char* name, DWORD* length, DWORD* reserved,
                                char* kind, DWORD* kindLength, FILETIME* changed) {
+    roomForNames = enumerations == 0 || roomForNames == *length ? *length : 0;
     ++enumerations;
     if (index >= firstFailing && index <= lastFailing) return ERROR_ACCESS_DENIED;
     return enumerateKeys(key, index, name, length, reserved, kind, kindLength, changed);
@@ -115,6 +118,13 @@ TEST_F(EnumerationErrorsTest, IndexThatFailsIsSkipped) {
     lastFailing = 2;
     EXPECT_THAT(Names(CDepots(kKey)), ElementsAre("A", "D"));
     EXPECT_EQ(5, enumerations);
+}
+
+TEST_F(EnumerationErrorsTest, EveryNameHasRoomFor261Bytes) {
+    firstFailing = 2;
+    lastFailing = 2;
+    const CDepots depots(kKey);
+    EXPECT_EQ(261u, roomForNames);
 }
 
 TEST_F(EnumerationErrorsTest, KeyThatKeepsFailingEndsTheEnumeration) {

@@ -1,6 +1,8 @@
 // Memory that runs out, for what must then still be true.
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <cstdlib>
 #include <new>
 
@@ -80,6 +82,24 @@ MemoryRun RunOutOfMemory(const Call& call) {
         for (int failing = 1; run.failures == failing - 1; ++failing) takeCall(failing);
     });
     return run;
+}
+
+// Checks that every call that ran out of memory was ended by the exception, and left nothing.
+template <class Call>
+void ExpectEachFailureThrows(const Call& call) {
+    const MemoryRun run = RunOutOfMemory(call);
+    EXPECT_LT(0, run.failures);
+    EXPECT_EQ(run.failures, run.exceptions);
+    EXPECT_EQ(0u, run.left);
+}
+
+// Checks that the call never throws for want of memory, and leaves nothing.
+template <class Call>
+void ExpectNoFailureThrows(const Call& call) {
+    const MemoryRun run = RunOutOfMemory(call);
+    EXPECT_LT(0, run.failures);
+    EXPECT_EQ(0, run.exceptions);
+    EXPECT_EQ(0u, run.left);
 }
 
 }  // namespace depot::test
