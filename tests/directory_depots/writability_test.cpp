@@ -2,6 +2,7 @@
 
 #include "directory_depots/depot_fixture.h"
 #include "platform/handles.h"
+#include "support/import_patch.h"
 
 namespace depot {
 namespace {
@@ -37,6 +38,15 @@ TEST_F(DirectoryWritabilityTest, MissingPlaceIsCreatedAndRemovedWithItsParents) 
     EXPECT_EQ(1, counts.binds);
     EXPECT_FALSE(server_.Holds(Dn("x")));
     EXPECT_EQ("junk", text_);
+}
+
+TEST_F(DirectoryWritabilityTest, OpenConnectionIsUsedAndStaysOpen) {
+    Choose();
+    ASSERT_EQ(1, Directory().ConnectLocation(nullptr));
+    server_.Mark();
+    EXPECT_EQ(1, Test("x"));
+    EXPECT_EQ(0, server_.Counts().binds);
+    EXPECT_TRUE(Directory().IsConnected());
 }
 
 TEST_F(DirectoryWritabilityTest, ExistingParentsStay) {
@@ -203,6 +213,58 @@ TEST_F(FolderWritabilityTest, FileHeldWithoutSharingFailsWithItsText) {
                                         FILE_ATTRIBUTE_NORMAL, nullptr));
     EXPECT_EQ(0, Test(path));
     EXPECT_EQ(TextOf(ERROR_SHARING_VIOLATION, path), text_);
+}
+
+TEST_F(FolderWritabilityTest, FileThatAnyoneElseReadsIsNotWritable) {
+    const std::string path = folder_.MakeFile("a.kra", "x");
+    const UniqueHandle reader(CreateFileA(path.c_str(), GENERIC_READ,
+                                          FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                                          OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+    ASSERT_TRUE(reader);
+    EXPECT_EQ(0, Test(path));
+    EXPECT_EQ(TextOf(ERROR_SHARING_VIOLATION, path), text_);
+}
+
+using OpenFile = decltype(&CreateFileA);
+
+// How a file was last asked for, and with which error it could not be had.
+struct AskedFile {
+    std::string path;
+    DWORD access;
+    DWORD sharing;
+    SECURITY_ATTRIBUTES* security;
+    DWORD creation;
+    DWORD attributes;
+    HANDLE model;
+};
+AskedFile askedFile;
+DWORD refusal = 0;
+
+HANDLE WINAPI RefuseFile(const char* path, DWORD access, DWORD sharing,
+                         SECURITY_ATTRIBUTES* security, DWORD creation, DWORD attributes,
+                         HANDLE model) {
+    askedFile = {path, access, sharing, security, creation, attributes, model};
+    SetLastError(refusal);
+    return INVALID_HANDLE_VALUE;
+}
+
+TEST_F(FolderWritabilityTest, EveryRefusalMeansNotWritable) {
+    const test::ImportPatch<OpenFile> opening("CreateFileA", &RefuseFile);
+    ASSERT_TRUE(opening.IsInPlace());
+    for (const DWORD error : {ERROR_ACCESS_DENIED, ERROR_FILE_EXISTS, ERROR_ALREADY_EXISTS,
+                              ERROR_DISK_FULL, ERROR_WRITE_PROTECT}) {
+        SCOPED_TRACE(error);
+        refusal = error;
+        EXPECT_EQ(0, Test(folder_.Path() + "\\"));
+        EXPECT_EQ(TextOf(error, folder_.Path() + "\\"), text_);
+    }
+    EXPECT_EQ(folder_.At("____Test____Writable____File___.twr"), askedFile.path);
+    EXPECT_EQ(DWORD{GENERIC_WRITE}, askedFile.access);
+    EXPECT_EQ(0u, askedFile.sharing);
+    EXPECT_EQ(nullptr, askedFile.security);
+    EXPECT_EQ(DWORD{OPEN_ALWAYS}, askedFile.creation);
+    EXPECT_EQ(DWORD{FILE_ATTRIBUTE_NORMAL}, askedFile.attributes);
+    EXPECT_EQ(nullptr, askedFile.model);
 }
 
 TEST_F(FolderWritabilityTest, LaterFailuresOfTheCachedFormAreAccessDenied) {
