@@ -27,15 +27,20 @@ TEST(DepotPathTest, AuthenticationNamesStandInTheOrderOfTheirNumbers) {
     EXPECT_STREQ("GSSAPI/Windows", kAuthenticationNames[2]);
 }
 
-TEST(DepotPathTest, ANewLocationHasTheDefaults) {
-    const CDepotPath location(kOwner);
+// Checks all but the path.
+void ExpectDefaults(const CDepotPath& location, const CDepotPaths* owner) {
     EXPECT_EQ(0u, location.type);
-    EXPECT_EQ("", location.path);
     ExpectDirectoryDefaults(location);
-    EXPECT_EQ(kOwner, location.owner);
+    EXPECT_EQ(owner, location.owner);
     EXPECT_EQ("", location.locationText);
     EXPECT_EQ(nullptr, location.handleSlot);
     EXPECT_EQ(-1, location.indexSlot);
+}
+
+TEST(DepotPathTest, ANewLocationHasTheDefaults) {
+    const CDepotPath location(kOwner);
+    EXPECT_EQ("", location.path);
+    ExpectDefaults(location, kOwner);
 }
 
 TEST(DepotPathTest, ResetKeepsThePathAndGivesAllElseItsDefault) {
@@ -43,12 +48,7 @@ TEST(DepotPathTest, ResetKeepsThePathAndGivesAllElseItsDefault) {
     FillWithJunk(location);
     location.Reset(kOtherOwner);
     EXPECT_EQ("path", location.path);
-    EXPECT_EQ(0u, location.type);
-    ExpectDirectoryDefaults(location);
-    EXPECT_EQ(kOtherOwner, location.owner);
-    EXPECT_EQ("", location.locationText);
-    EXPECT_EQ(nullptr, location.handleSlot);
-    EXPECT_EQ(-1, location.indexSlot);
+    ExpectDefaults(location, kOtherOwner);
 }
 
 TEST(DepotPathTest, CopyFromKeepsTheTargetsHandleSlotAndCopiesAllElse) {

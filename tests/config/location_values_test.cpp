@@ -33,6 +33,8 @@ protected:
         key_.Dword("", "Authentication" + number, 2);
         key_.Dword("", "Version" + number, 2);
         key_.Dword("", "ConnectTimeout" + number, 5);
+        key_.Dword("", "Security" + number, 2);
+        key_.Dword("", "DetectConflicts" + number, 1);
         key_.Text("", "FileAttributeName" + number, "fa");
         key_.Text("", "FileObjectClass" + number, "fc");
         key_.Text("", "FolderAttributeName" + number, "da");
@@ -83,6 +85,8 @@ TEST_F(LoadFromRegistryTest, EverySettingOfADirectoryIsRead) {
     EXPECT_EQ(2u, location_.authentication);
     EXPECT_EQ(2u, location_.version);
     EXPECT_EQ(5u, location_.connectTimeout);
+    EXPECT_EQ(2u, location_.security);
+    EXPECT_EQ(1u, location_.detectConflicts);
     EXPECT_EQ("fa", location_.fileAttributeName);
     EXPECT_EQ("fc", location_.fileObjectClass);
     EXPECT_EQ("da", location_.folderAttributeName);
@@ -166,7 +170,8 @@ TEST_F(LoadFromRegistryTest, NumbersOfAWrongTypeOrSizeKeepTheirDefaults) {
     for (const auto& row : rows) {
         SCOPED_TRACE(testing::Message() << row.type << " of " << row.data.size());
         WriteDirectory("1");
-        for (const char* name : {"Port1", "Authentication1", "Version1", "ConnectTimeout1"}) {
+        for (const char* name : {"Port1", "Authentication1", "Version1", "ConnectTimeout1",
+                                 "Security1", "DetectConflicts1"}) {
             key_.Raw("", name, row.type, row.data);
         }
         CDepotPath location(kOwner);
@@ -175,6 +180,8 @@ TEST_F(LoadFromRegistryTest, NumbersOfAWrongTypeOrSizeKeepTheirDefaults) {
         EXPECT_EQ(1u, location.authentication);
         EXPECT_EQ(3u, location.version);
         EXPECT_EQ(120u, location.connectTimeout);
+        EXPECT_EQ(0u, location.security);
+        EXPECT_EQ(0u, location.detectConflicts);
         EXPECT_EQ("server", location.host);
     }
 }
