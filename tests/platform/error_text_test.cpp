@@ -129,8 +129,11 @@ TEST(ErrorBoxTest, CaptionsDifferWhenNoneIsGiven) {
                 }).appeared);
     EXPECT_TRUE(
         test::WatchBox("Quillon", [] { ReportErrorText(0, "Lead", nullptr, nullptr); }).appeared);
-    EXPECT_TRUE(
-        test::WatchBox("Mine", [] { ReportErrorText(0, "Lead", "Mine", nullptr); }).appeared);
+    const test::BoxContents titled =
+        test::WatchBox("Mine", [] { ReportErrorText(0, "Lead", "Mine", nullptr); });
+    EXPECT_TRUE(titled.appeared);
+    EXPECT_EQ(nullptr, titled.owner);
+    EXPECT_EQ(LoadIconA(nullptr, IDI_ERROR), titled.icon);
 }
 
 TEST(ErrorBoxTest, BoxBelongsToTheOwnerItIsGiven) {

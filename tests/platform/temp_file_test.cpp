@@ -124,6 +124,18 @@ TEST(TempFileNameTest, SystemIsLeftToFindTheNumberAndToMakeTheFile) {
     EXPECT_EQ(0u, askedNumber);
 }
 
+DWORD WINAPI AskForMoreRoom(DWORD room, char* folder) {
+    folder[0] = '\0';
+    return room;
+}
+
+TEST(TempFileNameTest, TemporaryFolderThatDoesNotFitGivesNothing) {
+    const test::ImportPatch<decltype(&GetTempPathA)> asking("GetTempPathA", &AskForMoreRoom);
+    ASSERT_TRUE(asking.IsInPlace());
+    EXPECT_EQ("", MakeTempFileName());
+    EXPECT_EQ("", MakeTempFolder());
+}
+
 BOOL WINAPI OpenNoProcessToken(HANDLE, DWORD, HANDLE*) {
     SetLastError(ERROR_ACCESS_DENIED);
     return FALSE;
