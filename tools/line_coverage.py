@@ -2,6 +2,7 @@
 """line_coverage.py FOLDER MINIMUM: prints which lines of src/ no test ran, file by file, from the counts
 below FOLDER; fails below MINIMUM percent.
 
+Counts of test programs are read as well: of an inline function the linker keeps one copy, often theirs.
 Debian's gcovr stops at functions of one name in two places of a file, which lambdas and templates make."""
 import collections
 import json
@@ -20,7 +21,7 @@ def reports(counts, folder):
 
 def main(folder, minimum):
     hits = collections.defaultdict(collections.Counter)
-    counts = sorted(path.resolve() for path in pathlib.Path(folder, "src").rglob("*.gcda"))
+    counts = sorted(path.resolve() for path in pathlib.Path(folder).rglob("*.gcda"))
     with ThreadPoolExecutor() as pool:
         for found in pool.map(lambda path: reports(path, folder), counts):
             for file in (file for report in found for file in report["files"]):

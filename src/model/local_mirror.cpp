@@ -57,6 +57,21 @@ private:
     std::string path_;
 };
 
+// Leaves the object unconnected on every way out, where that is wanted.
+class ClosingScope {
+public:
+    ClosingScope(CLDAPItems& directory, bool closes) : directory_(directory), closes_(closes) {}
+    ~ClosingScope() {
+        if (closes_) directory_.Close();
+    }
+    ClosingScope(const ClosingScope&) = delete;
+    ClosingScope& operator=(const ClosingScope&) = delete;
+
+private:
+    CLDAPItems& directory_;
+    bool closes_;
+};
+
 struct LocalChild {
     std::string dn;
     std::string name;
@@ -297,6 +312,7 @@ int ReleaseLocal(CLDAPItems& directory, const std::string& dn, const std::string
 int UploadNewFile(CLDAPItems& directory, const std::string& localPath, const std::string& parentDN,
                   bool connect, std::string* errorText) {
     if (localPath.empty() || parentDN.empty()) return FailWithParameterError(directory, errorText);
+    const ClosingScope closing(directory, connect);
     if (connect && !directory.IsConnected() && !OpenDirectory(directory, errorText)) return 0;
     const std::string name = NamePart(localPath);
     const std::vector<std::uint8_t> bytes =
@@ -304,17 +320,16 @@ int UploadNewFile(CLDAPItems& directory, const std::string& localPath, const std
     const std::uint32_t code =
         directory.AddFileEntry(EntryDN(directory.NamingNames().file, name, parentDN), name,
                                bytes.data(), static_cast<std::uint32_t>(bytes.size()));
-    if (connect) directory.Close();
     return code == LDAP_SUCCESS ? 1 : 0;
 }
 
 int DownloadTree(CLDAPItems& directory, const std::string& dn, const std::string& localFolder,
                  bool connect, std::string* errorText) {
+    const ClosingScope closing(directory, connect);
     if (connect && !directory.IsConnected() && !OpenDirectory(directory, errorText)) return 0;
     std::uint32_t unsafeNames = 0;
     const int listed = FetchTree(directory, dn, localFolder, unsafeNames);
     if (unsafeNames > 0 && errorText != nullptr) *errorText = UnsafeNamesText(unsafeNames);
-    if (connect) directory.Close();
     return listed;
 }
 

@@ -1,6 +1,5 @@
 #include "platform/directory_client.h"
 
-#include "platform/compiler.h"
 #include "platform/paths.h"
 #include "platform/system_folder.h"
 #include "platform/trace.h"
@@ -22,13 +21,6 @@ ULONG LDAPAPI CountNoValues(PCHAR*) {
 // What the library itself makes of the code 81.
 ULONG LDAPAPI MapToServerDown(ULONG) {
     return ERROR_BAD_NET_RESP;
-}
-
-template <class Function>
-void Bind(Function& member, HMODULE library, const char* name) {
-    if (const FARPROC entryPoint = GetProcAddress(library, name)) {
-        member = FunctionCast<Function>(entryPoint);
-    }
 }
 
 // Without a folder the system would go looking for the library where others may put files.
@@ -64,7 +56,7 @@ int BindDirectoryClient(DirectoryClient& client, const std::string& path) {
     client = DirectoryClient();
     client.library = Load(path);
     if (client.library == nullptr) return 0;
-#define DEPOT_BIND_ENTRY(member, entry) Bind(client.member, client.library, #entry);
+#define DEPOT_BIND_ENTRY(member, entry) BindEntryPoint(client.member, client.library, #entry);
     DEPOT_DIRECTORY_CLIENT_ENTRIES(DEPOT_BIND_ENTRY)
 #undef DEPOT_BIND_ENTRY
     if (IsTracing()) TraceRequests(client);

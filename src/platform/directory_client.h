@@ -5,6 +5,7 @@
 #include <string>
 #include <type_traits>
 
+#include "platform/compiler.h"
 #include "platform/win32.h"
 
 #include <winldap.h>
@@ -140,6 +141,14 @@ struct MissingEntryPoint<Result(LDAPAPI*)(Arguments...)> {
         }
     }
 };
+
+// Makes the table member the library's entry point of that name, or leaves it when there is none.
+template <class Function>
+void BindEntryPoint(Function& member, HMODULE library, const char* name) {
+    if (const FARPROC entryPoint = GetProcAddress(library, name)) {
+        member = FunctionCast<Function>(entryPoint);
+    }
+}
 
 // Tells whether the library lacks the entry point of this table member.
 template <class Function>

@@ -1,6 +1,7 @@
 #include "platform/low_memory.h"
 
 #include <cstdint>
+#include <new>
 
 namespace depot {
 namespace {
@@ -36,27 +37,45 @@ LowMemoryPool::LowMemoryPool(std::size_t slotBytes)
     : slotBytes_((slotBytes + alignof(std::max_align_t) - 1) & ~(alignof(std::max_align_t) - 1)) {}
 
 void* LowMemoryPool::Allocate() {
-    if (free_.size() < kSlotsAtRest && !AddBlock() && free_.empty()) return nullptr;
-    void* const slot = free_.front();
-    free_.pop_front();
+    if (freeCount_ < kSlotsAtRest && !AddBlock() && freeCount_ == 0) return nullptr;
+    FreeSlot* const slot = first_;
+    first_ = slot->next;
+    if (first_ == nullptr) last_ = nullptr;
+    --freeCount_;
     return slot;
 }
 
 void LowMemoryPool::Free(void* slot) {
-    free_.push_back(slot);
+    PutLast(slot);
 }
 
-bool LowMemoryPool::AddBlock() {
+bool LowMemoryPool::AddBlock() try {
     UniqueVirtualBlock block = AllocateLow(kBlockBytes);
     if (!block) return false;
     char* const start = static_cast<char*>(block.get());
+    // Before its slots are free to be taken: a block that cannot be kept goes again.
+    blocks_.push_back(std::move(block));
     const bool low = reinterpret_cast<std::uintptr_t>(start) < kTwoGigabytes;
     for (std::size_t offset = 0; offset + slotBytes_ <= kBlockBytes; offset += slotBytes_) {
         // Low slots that were used before are still better than slots out of a handle's reach.
-        low ? free_.push_front(start + offset) : free_.push_back(start + offset);
+        low ? PutFirst(start + offset) : PutLast(start + offset);
     }
-    blocks_.push_back(std::move(block));
     return true;
+} catch (const std::bad_alloc&) {
+    return false;
+}
+
+void LowMemoryPool::PutFirst(void* slot) {
+    first_ = std::construct_at(static_cast<FreeSlot*>(slot), FreeSlot{first_});
+    if (last_ == nullptr) last_ = first_;
+    ++freeCount_;
+}
+
+void LowMemoryPool::PutLast(void* slot) {
+    FreeSlot* const added = std::construct_at(static_cast<FreeSlot*>(slot), FreeSlot{nullptr});
+    (last_ == nullptr ? first_ : last_->next) = added;
+    last_ = added;
+    ++freeCount_;
 }
 
 }  // namespace depot

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cstddef>
-#include <deque>
 #include <memory>
 #include <vector>
 
@@ -30,20 +29,29 @@ public:
     // Returns a free slot, aligned for any object; null when there is no memory.
     void* Allocate();
 
-    // Takes back a slot that Allocate returned.
+    // Takes back a slot that Allocate returned. Needs no memory of its own.
     void Free(void* slot);
 
     static constexpr std::size_t kBlockBytes = 0x10000;
 
 private:
+    // What a free slot holds: the way to the one that is used after it.
+    struct FreeSlot {
+        FreeSlot* next;
+    };
+
     bool AddBlock();
+    void PutFirst(void* slot);
+    void PutLast(void* slot);
 
     // Freed slots wait until this many are free before the first of them is used again.
     static constexpr std::size_t kSlotsAtRest = 256;
 
     std::size_t slotBytes_;
     std::vector<UniqueVirtualBlock> blocks_;
-    std::deque<void*> free_;
+    FreeSlot* first_ = nullptr;
+    FreeSlot* last_ = nullptr;
+    std::size_t freeCount_ = 0;
 };
 
 }  // namespace depot

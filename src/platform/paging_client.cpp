@@ -1,20 +1,9 @@
 #include "platform/paging_client.h"
 
-#include "platform/compiler.h"
 #include "platform/trace.h"
 #include "platform/traced_client.h"
 
 namespace depot {
-namespace {
-
-template <class Function>
-void Bind(Function& member, HMODULE library, const char* name) {
-    if (const FARPROC entryPoint = GetProcAddress(library, name)) {
-        member = FunctionCast<Function>(entryPoint);
-    }
-}
-
-}  // namespace
 
 PagingClient::PagingClient() {
 #define DEPOT_MISSING_ENTRY(member, entry) member = &MissingEntryPoint<decltype(&::entry)>::Fail;
@@ -24,7 +13,7 @@ PagingClient::PagingClient() {
 
 PagingClient::PagingClient(HMODULE library) : PagingClient() {
     if (library == nullptr) return;
-#define DEPOT_BIND_ENTRY(member, entry) Bind(member, library, #entry);
+#define DEPOT_BIND_ENTRY(member, entry) BindEntryPoint(member, library, #entry);
     DEPOT_PAGING_CLIENT_ENTRIES(DEPOT_BIND_ENTRY)
 #undef DEPOT_BIND_ENTRY
     if (IsTracing()) TraceRequests(*this);

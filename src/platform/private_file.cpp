@@ -1,7 +1,5 @@
 #include "platform/private_file.h"
 
-#include <vector>
-
 #include "platform/handles.h"
 #include "platform/win32.h"
 
@@ -18,30 +16,32 @@ UniqueHandle OpenToken() {
     return UniqueHandle(token);
 }
 
-// Returns a TOKEN_USER with the identifier that it points to; nothing when there is none.
-std::vector<BYTE> CurrentUser() {
+// The user with the identifier that the record points to.
+struct CurrentUser {
+    alignas(TOKEN_USER) BYTE bytes[sizeof(TOKEN_USER) + SECURITY_MAX_SID_SIZE];
+
+    PSID Sid() { return reinterpret_cast<TOKEN_USER*>(bytes)->User.Sid; }
+};
+
+bool Identify(CurrentUser& user) {
     const UniqueHandle token = OpenToken();
-    DWORD size = 0;
-    GetTokenInformation(token.get(), TokenUser, nullptr, 0, &size);
-    std::vector<BYTE> user(size);
-    if (!GetTokenInformation(token.get(), TokenUser, user.data(), size, &size)) user.clear();
-    return user;
+    DWORD size = sizeof(user.bytes);
+    return GetTokenInformation(token.get(), TokenUser, user.bytes, size, &size) != FALSE;
 }
 
 }  // namespace
 
-void MakePrivate(const std::string& path) {
-    std::vector<BYTE> user = CurrentUser();
-    if (user.empty()) return;
-    const PSID owner = reinterpret_cast<TOKEN_USER*>(user.data())->User.Sid;
-    const DWORD size =
-        static_cast<DWORD>(sizeof(ACL) + sizeof(ACCESS_ALLOWED_ACE)) + GetLengthSid(owner);
-    std::vector<BYTE> bytes(size);
-    auto* const list = reinterpret_cast<ACL*>(bytes.data());
+// In buffers of a fixed size: the caller has made the file already, and must not lose its name
+// because memory runs out here.
+void MakePrivate(const std::string& path) noexcept {
+    CurrentUser user = {};
+    if (!Identify(user)) return;
+    alignas(ACL) BYTE bytes[sizeof(ACL) + sizeof(ACCESS_ALLOWED_ACE) + SECURITY_MAX_SID_SIZE] = {};
+    auto* const list = reinterpret_cast<ACL*>(bytes);
     SECURITY_DESCRIPTOR descriptor = {};
     const bool built =
-        InitializeAcl(list, size, ACL_REVISION) &&
-        AddAccessAllowedAce(list, ACL_REVISION, FILE_ALL_ACCESS, owner) &&
+        InitializeAcl(list, sizeof(bytes), ACL_REVISION) &&
+        AddAccessAllowedAce(list, ACL_REVISION, FILE_ALL_ACCESS, user.Sid()) &&
         InitializeSecurityDescriptor(&descriptor, SECURITY_DESCRIPTOR_REVISION) &&
         SetSecurityDescriptorDacl(&descriptor, TRUE, list, FALSE) &&
         // Nothing of what the folder grants comes back.

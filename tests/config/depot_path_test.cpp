@@ -3,73 +3,22 @@
 #include <gtest/gtest.h>
 
 #include <iterator>
+#include <type_traits>
 
-#include "support/scratch.h"
+#include "config/location_records.h"
+#include "support/record_rules.h"
 
 namespace depot {
 namespace {
 
-constexpr char kKey[] = "Software\\DepotTests\\DepotPath";
+using test::ExpectDirectoryDefaults;
+using test::ExpectJunk;
+using test::FillWithJunk;
+using test::kHandle;
+using test::kOtherOwner;
+using test::kOwner;
 
-// Addresses that are only compared, never followed.
-CDepotPaths* const kOwner = reinterpret_cast<CDepotPaths*>(0x1000);
-CDepotPaths* const kOtherOwner = reinterpret_cast<CDepotPaths*>(0x2000);
-void* const kHandle = reinterpret_cast<void*>(0x3000);
-
-void ExpectDirectoryDefaults(const CDepotPath& location) {
-    EXPECT_EQ("", location.host);
-    EXPECT_EQ("", location.username);
-    EXPECT_EQ("", location.password);
-    EXPECT_EQ("", location.fileAttributeName);
-    EXPECT_EQ("", location.fileObjectClass);
-    EXPECT_EQ("", location.folderAttributeName);
-    EXPECT_EQ("", location.folderObjectClass);
-    EXPECT_EQ("", location.fileContentsAttributeName);
-    EXPECT_EQ(389u, location.port);
-    EXPECT_EQ(1u, location.authentication);
-    EXPECT_EQ(3u, location.version);
-    EXPECT_EQ(120u, location.connectTimeout);
-}
-
-void FillWithJunk(CDepotPath& location) {
-    location.type = 1;
-    location.path = "path";
-    location.host = "host";
-    location.username = "user";
-    location.password = "secret";
-    location.fileAttributeName = "fileAttribute";
-    location.fileObjectClass = "fileClass";
-    location.folderAttributeName = "folderAttribute";
-    location.folderObjectClass = "folderClass";
-    location.fileContentsAttributeName = "contents";
-    location.port = 10;
-    location.authentication = 11;
-    location.version = 12;
-    location.connectTimeout = 13;
-    location.locationText = "location";
-    location.handleSlot = kHandle;
-    location.indexSlot = 14;
-}
-
-// Compares all but the handle slot.
-void ExpectJunk(const CDepotPath& location) {
-    EXPECT_EQ(1u, location.type);
-    EXPECT_EQ("path", location.path);
-    EXPECT_EQ("host", location.host);
-    EXPECT_EQ("user", location.username);
-    EXPECT_EQ("secret", location.password);
-    EXPECT_EQ("fileAttribute", location.fileAttributeName);
-    EXPECT_EQ("fileClass", location.fileObjectClass);
-    EXPECT_EQ("folderAttribute", location.folderAttributeName);
-    EXPECT_EQ("folderClass", location.folderObjectClass);
-    EXPECT_EQ("contents", location.fileContentsAttributeName);
-    EXPECT_EQ(10u, location.port);
-    EXPECT_EQ(11u, location.authentication);
-    EXPECT_EQ(12u, location.version);
-    EXPECT_EQ(13u, location.connectTimeout);
-    EXPECT_EQ("location", location.locationText);
-    EXPECT_EQ(14, location.indexSlot);
-}
+static_assert(std::is_polymorphic_v<CDepotPath> && std::has_virtual_destructor_v<CDepotPath>);
 
 TEST(DepotPathTest, AuthenticationNamesStandInTheOrderOfTheirNumbers) {
     ASSERT_EQ(3u, std::size(kAuthenticationNames));
@@ -78,15 +27,20 @@ TEST(DepotPathTest, AuthenticationNamesStandInTheOrderOfTheirNumbers) {
     EXPECT_STREQ("GSSAPI/Windows", kAuthenticationNames[2]);
 }
 
-TEST(DepotPathTest, ANewLocationHasTheDefaults) {
-    const CDepotPath location(kOwner);
+// Checks all but the path.
+void ExpectDefaults(const CDepotPath& location, const CDepotPaths* owner) {
     EXPECT_EQ(0u, location.type);
-    EXPECT_EQ("", location.path);
     ExpectDirectoryDefaults(location);
-    EXPECT_EQ(kOwner, location.owner);
+    EXPECT_EQ(owner, location.owner);
     EXPECT_EQ("", location.locationText);
     EXPECT_EQ(nullptr, location.handleSlot);
     EXPECT_EQ(-1, location.indexSlot);
+}
+
+TEST(DepotPathTest, ANewLocationHasTheDefaults) {
+    const CDepotPath location(kOwner);
+    EXPECT_EQ("", location.path);
+    ExpectDefaults(location, kOwner);
 }
 
 TEST(DepotPathTest, ResetKeepsThePathAndGivesAllElseItsDefault) {
@@ -94,12 +48,7 @@ TEST(DepotPathTest, ResetKeepsThePathAndGivesAllElseItsDefault) {
     FillWithJunk(location);
     location.Reset(kOtherOwner);
     EXPECT_EQ("path", location.path);
-    EXPECT_EQ(0u, location.type);
-    ExpectDirectoryDefaults(location);
-    EXPECT_EQ(kOtherOwner, location.owner);
-    EXPECT_EQ("", location.locationText);
-    EXPECT_EQ(nullptr, location.handleSlot);
-    EXPECT_EQ(-1, location.indexSlot);
+    ExpectDefaults(location, kOtherOwner);
 }
 
 TEST(DepotPathTest, CopyFromKeepsTheTargetsHandleSlotAndCopiesAllElse) {
@@ -137,246 +86,28 @@ TEST(DepotPathTest, ACloneHasEverythingButTheHandleSlot) {
     EXPECT_EQ("path", clone->path);
 }
 
-class LoadFromRegistryTest : public testing::Test {
-protected:
-    int Load(int index = 1) {
-        return location_.LoadFromRegistry(RegistryKey::Open(HKEY_CURRENT_USER, kKey).value(),
-                                          index);
-    }
-
-    void WriteDirectory(const std::string& number) const {
-        key_.Text("", "Path" + number, "dc=farrow");
-        key_.Dword("", "Type" + number, 1);
-        key_.Text("", "Host" + number, "server");
-        key_.Text("", "Username" + number, "cn=user");
-        key_.Text("", "Password" + number, "s3cret");
-        key_.Dword("", "Port" + number, 636);
-        key_.Dword("", "Authentication" + number, 2);
-        key_.Dword("", "Version" + number, 2);
-        key_.Dword("", "ConnectTimeout" + number, 5);
-        key_.Text("", "FileAttributeName" + number, "fa");
-        key_.Text("", "FileObjectClass" + number, "fc");
-        key_.Text("", "FolderAttributeName" + number, "da");
-        key_.Text("", "FolderObjectClass" + number, "dc");
-        key_.Text("", "FileContentsAttributeName" + number, "co");
-    }
-
-    LoadFromRegistryTest() { test::CreateRegistryKey(HKEY_CURRENT_USER, kKey); }
-
-    test::ScratchKey key_{HKEY_CURRENT_USER, kKey};
-    CDepotPath location_{kOwner};
-};
-
-TEST_F(LoadFromRegistryTest, AMissingPathLeavesTheRecordUntouched) {
-    WriteDirectory("2");
-    FillWithJunk(location_);
-    EXPECT_EQ(0, Load());
-    ExpectJunk(location_);
-    EXPECT_EQ(kOwner, location_.owner);
-    EXPECT_EQ(kHandle, location_.handleSlot);
+TEST(DepotPathTest, MembersLieInTheirOrder) {
+    const CDepotPath location(kOwner);
+    test::ExpectMembersInOrder(
+        location, &CDepotPath::type, &CDepotPath::path, &CDepotPath::host, &CDepotPath::username,
+        &CDepotPath::password, &CDepotPath::fileAttributeName, &CDepotPath::fileObjectClass,
+        &CDepotPath::folderAttributeName, &CDepotPath::folderObjectClass,
+        &CDepotPath::fileContentsAttributeName, &CDepotPath::port, &CDepotPath::authentication,
+        &CDepotPath::version, &CDepotPath::connectTimeout, &CDepotPath::owner,
+        &CDepotPath::locationText, &CDepotPath::handleSlot, &CDepotPath::indexSlot);
 }
 
-TEST_F(LoadFromRegistryTest, APathAloneIsAFolderWithDefaults) {
-    key_.Text("", "Path1", "$USERDIR$\\Profiles");
-    EXPECT_EQ(1, Load());
-    EXPECT_EQ("$USERDIR$\\Profiles", location_.path);
-    EXPECT_EQ(0u, location_.type);
-    ExpectDirectoryDefaults(location_);
-    EXPECT_EQ(kOwner, location_.owner);
+TEST(DepotPathTest, VirtualOperationsStandInTheirOrder) {
+    EXPECT_EQ(2u, test::VirtualSlot(&CDepotPath::Reset));
+    EXPECT_EQ(3u, test::VirtualSlot(&CDepotPath::Clone));
+    EXPECT_EQ(4u, test::VirtualSlot(&CDepotPath::CopyFrom));
 }
 
-TEST_F(LoadFromRegistryTest, ANewPathEmptiesTheLocationText) {
-    key_.Text("", "Path1", "C:\\new");
-    location_.locationText = "C:\\old\\";
-    EXPECT_EQ(1, Load());
-    EXPECT_EQ("", location_.locationText);
-}
-
-TEST_F(LoadFromRegistryTest, EverySettingOfADirectoryIsRead) {
-    WriteDirectory("1");
-    EXPECT_EQ(1, Load());
-    EXPECT_EQ(1u, location_.type);
-    EXPECT_EQ("dc=farrow", location_.path);
-    EXPECT_EQ("server", location_.host);
-    EXPECT_EQ("cn=user", location_.username);
-    EXPECT_EQ("s3cret", location_.password);
-    EXPECT_EQ(636u, location_.port);
-    EXPECT_EQ(2u, location_.authentication);
-    EXPECT_EQ(2u, location_.version);
-    EXPECT_EQ(5u, location_.connectTimeout);
-    EXPECT_EQ("fa", location_.fileAttributeName);
-    EXPECT_EQ("fc", location_.fileObjectClass);
-    EXPECT_EQ("da", location_.folderAttributeName);
-    EXPECT_EQ("dc", location_.folderObjectClass);
-    EXPECT_EQ("co", location_.fileContentsAttributeName);
-}
-
-TEST_F(LoadFromRegistryTest, MissingSettingsOfADirectoryKeepTheirDefaults) {
-    key_.Text("", "Path1", "dc=farrow");
-    key_.Dword("", "Type1", 1);
-    EXPECT_EQ(1, Load());
-    EXPECT_EQ(1u, location_.type);
-    ExpectDirectoryDefaults(location_);
-}
-
-TEST_F(LoadFromRegistryTest, OnlyValuesOfTheAskedNumberAreRead) {
-    WriteDirectory("12");
-    key_.Text("", "Path1", "C:\\one");
-    EXPECT_EQ(1, Load(1));
-    EXPECT_EQ("C:\\one", location_.path);
-    ExpectDirectoryDefaults(location_);
-    EXPECT_EQ(1, Load(12));
-    EXPECT_EQ("dc=farrow", location_.path);
-    EXPECT_EQ(636u, location_.port);
-    EXPECT_EQ(0, Load(2));
-    EXPECT_EQ(0, Load(0));
-    EXPECT_EQ(0, Load(-1));
-}
-
-TEST_F(LoadFromRegistryTest, AnUnknownTypeGivesAFolderWhoseDirectoryValuesAreNotRead) {
-    for (const DWORD type : {2u, 7u, 0x80000000u, 0xFFFFFFFFu}) {
-        SCOPED_TRACE(type);
-        WriteDirectory("1");
-        key_.Dword("", "Type1", type);
-        EXPECT_EQ(1, Load());
-        EXPECT_EQ(0u, location_.type);
-        ExpectDirectoryDefaults(location_);
-    }
-}
-
-TEST_F(LoadFromRegistryTest, AFoldersDirectoryValuesAreNotRead) {
-    WriteDirectory("1");
-    key_.Dword("", "Type1", 0);
-    EXPECT_EQ(1, Load());
-    EXPECT_EQ("dc=farrow", location_.path);
-    ExpectDirectoryDefaults(location_);
-}
-
-TEST_F(LoadFromRegistryTest, ATypeOfAnotherRegistryTypeIsIgnored) {
-    WriteDirectory("1");
-    key_.Text("", "Type1", "1");
-    EXPECT_EQ(1, Load());
-    EXPECT_EQ(0u, location_.type);
-    key_.Raw("", "Type1", REG_BINARY, std::string("\x01\0\0\0", 4));
-    EXPECT_EQ(1, Load());
-    EXPECT_EQ(0u, location_.type);
-}
-
-TEST_F(LoadFromRegistryTest, TheSizeOfATypeIsNotChecked) {
-    WriteDirectory("1");
-    for (const std::string& data : {std::string("\x01", 1), std::string("\x01\0", 2),
-                                    std::string("\x01\0\0\0\x05\0\0\0", 8)}) {
-        SCOPED_TRACE(data.size());
-        CDepotPath location(kOwner);
-        key_.Raw("", "Type1", REG_DWORD, data);
-        EXPECT_EQ(1, location.LoadFromRegistry(*RegistryKey::Open(HKEY_CURRENT_USER, kKey), 1));
-        EXPECT_EQ(1u, location.type);
-        EXPECT_EQ("server", location.host);
-    }
-}
-
-TEST_F(LoadFromRegistryTest, NumbersOfAWrongTypeOrSizeKeepTheirDefaults) {
-    const std::string four("\x05\0\0\0", 4);
-    const struct {
-        DWORD type;
-        std::string data;
-    } rows[] = {{REG_SZ, std::string("636", 4)}, {REG_BINARY, four},
-                {REG_QWORD, four + four},        {REG_DWORD, four + four},
-                {REG_DWORD, four.substr(0, 2)},  {REG_DWORD, ""},
-                {REG_DWORD_BIG_ENDIAN, four},    {REG_DWORD, std::string(300, '\x05')}};
-    for (const auto& row : rows) {
-        SCOPED_TRACE(testing::Message() << row.type << " of " << row.data.size());
-        WriteDirectory("1");
-        for (const char* name : {"Port1", "Authentication1", "Version1", "ConnectTimeout1"}) {
-            key_.Raw("", name, row.type, row.data);
-        }
-        CDepotPath location(kOwner);
-        EXPECT_EQ(1, location.LoadFromRegistry(*RegistryKey::Open(HKEY_CURRENT_USER, kKey), 1));
-        EXPECT_EQ(389u, location.port);
-        EXPECT_EQ(1u, location.authentication);
-        EXPECT_EQ(3u, location.version);
-        EXPECT_EQ(120u, location.connectTimeout);
-        EXPECT_EQ("server", location.host);
-    }
-}
-
-TEST_F(LoadFromRegistryTest, AnUnknownAuthenticationIsStoredAsRead) {
-    WriteDirectory("1");
-    key_.Dword("", "Authentication1", 3);
-    EXPECT_EQ(1, Load());
-    EXPECT_EQ(3u, location_.authentication);
-    key_.Dword("", "Authentication1", 0xFFFFFFFF);
-    EXPECT_EQ(1, Load());
-    EXPECT_EQ(0xFFFFFFFFu, location_.authentication);
-}
-
-TEST_F(LoadFromRegistryTest, TextsAreTakenWhateverTheirRegistryType) {
-    WriteDirectory("1");
-    key_.Raw("", "Path1", REG_EXPAND_SZ, std::string("%TEMP%\\a", 9));
-    key_.Raw("", "Host1", REG_BINARY, "bytes");
-    key_.Raw("", "Username1", REG_MULTI_SZ, std::string("one\0two\0\0", 9));
-    key_.Raw("", "Password1", REG_DWORD, "abcd");
-    EXPECT_EQ(1, Load());
-    EXPECT_EQ("%TEMP%\\a", location_.path);
-    EXPECT_EQ("bytes", location_.host);
-    EXPECT_EQ("one", location_.username);
-    EXPECT_EQ("abcd", location_.password);
-}
-
-TEST_F(LoadFromRegistryTest, APathTakesAtMost261Bytes) {
-    for (const std::size_t length : {258u, 259u, 260u}) {
-        SCOPED_TRACE(length);
-        key_.Text("", "Path1", std::string(length, 'p'));
-        EXPECT_EQ(1, Load());
-        EXPECT_EQ(std::string(length, 'p'), location_.path);
-    }
-    for (const std::size_t length : {261u, 300u}) {
-        SCOPED_TRACE(length);
-        key_.Text("", "Path1", std::string(length, 'q'));
-        EXPECT_EQ(0, Load());
-        EXPECT_EQ(std::string(260, 'p'), location_.path);
-    }
-}
-
-TEST_F(LoadFromRegistryTest, TextsOverTheLimitCountAsAbsent) {
-    WriteDirectory("1");
-    for (const char* name :
-         {"Host1", "Username1", "Password1", "FileAttributeName1", "FileObjectClass1",
-          "FolderAttributeName1", "FolderObjectClass1", "FileContentsAttributeName1"}) {
-        key_.Text("", name, std::string(300, 'x'));
-    }
-    location_.host = "before";
-    EXPECT_EQ(1, Load());
-    EXPECT_EQ("before", location_.host);
-    EXPECT_EQ("", location_.username);
-    EXPECT_EQ("", location_.password);
-    EXPECT_EQ("", location_.fileAttributeName);
-    EXPECT_EQ("", location_.fileObjectClass);
-    EXPECT_EQ("", location_.folderAttributeName);
-    EXPECT_EQ("", location_.folderObjectClass);
-    EXPECT_EQ("", location_.fileContentsAttributeName);
-    EXPECT_EQ(636u, location_.port);
-}
-
-TEST_F(LoadFromRegistryTest, AnEmptyPathIsALocationAllTheSame) {
-    key_.Text("", "Path1", "");
-    location_.path = "before";
-    EXPECT_EQ(1, Load());
-    EXPECT_EQ("", location_.path);
-}
-
-TEST_F(LoadFromRegistryTest, APathEndsAtItsFirstNul) {
-    key_.Raw("", "Path1", REG_SZ, std::string("C:\\a\0b", 7));
-    EXPECT_EQ(1, Load());
-    EXPECT_EQ("C:\\a", location_.path);
-}
-
-TEST_F(LoadFromRegistryTest, ADeletedKeyHasNoLocations) {
-    WriteDirectory("1");
-    const RegistryKey key = RegistryKey::Open(HKEY_CURRENT_USER, kKey).value();
-    RegDeleteTreeA(HKEY_CURRENT_USER, kKey);
-    EXPECT_EQ(0, location_.LoadFromRegistry(key, 1));
-    EXPECT_EQ("", location_.path);
+TEST(DepotPathTest, ACloneWithoutMemoryIsNull) {
+    CDepotPath source(kOwner);
+    FillWithJunk(source);
+    source.path = source.host = source.locationText = std::string(100, 'x');
+    test::ExpectNullCloneWithoutMemory(source);
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 
 #include "config/file_types.h"
 #include "platform/handles.h"
+#include "support/failing_memory.h"
 #include "support/random_text.h"
 #include "support/scratch.h"
 
@@ -129,6 +130,16 @@ TEST_F(WriteProfileValueTest, ALongValueIsWrittenWhole) {
     const std::string value = " " + std::string(10'000, 'x') + " ";
     EXPECT_NE(0, Write(value.c_str()));
     EXPECT_EQ(value, Read("Key", 0xFFFFFFFF));
+}
+
+TEST_F(WriteProfileValueTest, AValueThatCannotBeQuotedForWantOfMemoryIsNotWritten) {
+    Write("old");
+    const std::string value = " " + std::string(100, 'x');
+    {
+        const test::FailingMemory memory(1);
+        EXPECT_THROW(Write(value.c_str()), std::bad_alloc);
+    }
+    EXPECT_EQ("[Section]\r\nKey=old\r\n", test::FileBytes(file_));
 }
 
 TEST_F(WriteProfileValueTest, OtherSectionsAndKeysStay) {
@@ -296,6 +307,7 @@ TEST_F(ReadWholeFileTest, BytesBehindANulAreLostUpToTheEndOfTheirBlock) {
 
 TEST_F(ReadWholeFileTest, WhatCannotBeOpenedIsEmpty) {
     EXPECT_EQ("", ReadWholeFile(file_));
+    EXPECT_FALSE(test::Exists(file_)) << "reading makes no file";
     EXPECT_EQ("", ReadWholeFile(folder_.At("none\\a.kra")));
     EXPECT_EQ("", ReadWholeFile(folder_.Path()));
     EXPECT_EQ("", ReadWholeFile(""));

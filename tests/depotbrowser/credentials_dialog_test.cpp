@@ -7,6 +7,7 @@
 
 #include "depotbrowser/browser_library.h"
 #include "depotbrowser/dialog_user.h"
+#include "support/failing_memory.h"
 #include "support/scratch.h"
 
 namespace depot::test {
@@ -188,6 +189,32 @@ TEST_F(NotedCredentialsDialogTest, TextsThatCannotBeReadCountAsCancelled) {
     EXPECT_EQ("mary", credentials_.userName);
     EXPECT_EQ("old", credentials_.password);
     EXPECT_EQ(0, dialog_.references);
+}
+
+TEST_F(NotedCredentialsDialogTest, EveryTextIsFreed) {
+    for (const HRESULT reading : {S_OK, E_FAIL}) {
+        dialog_.reading = reading;
+        EXPECT_EQ(0u, CountLeftovers([&] {
+                      dialog_.calls.clear();
+                      EXPECT_EQ(SUCCEEDED(reading), prompt_.Show(credentials_));
+                  }));
+    }
+}
+
+TEST_F(NotedCredentialsDialogTest, WithoutMemoryForATextItCountsAsCancelled) {
+    // Until the dialog is asked for something, the prompt alone needs memory: for the name of the
+    // component, and for the first text.
+    for (const int failing : {1, 2}) {
+        SCOPED_TRACE(failing);
+        dialog_.calls.clear();
+        {
+            const FailingMemory memory(failing);
+            EXPECT_FALSE(prompt_.Show(credentials_));
+        }
+        EXPECT_TRUE(dialog_.calls.empty());
+        EXPECT_EQ("old", credentials_.password);
+        EXPECT_EQ(0, dialog_.references);
+    }
 }
 
 TEST_F(NotedCredentialsDialogTest, EmptyTextsAreGivenAsEmptyTexts) {

@@ -2,8 +2,33 @@
 
 #include <gtest/gtest.h>
 
+#include <type_traits>
+
+#include "support/record_rules.h"
+
 namespace depot {
 namespace {
+
+// Only its list ever destroys an item.
+static_assert(std::is_polymorphic_v<CLDAPItem> && !std::has_virtual_destructor_v<CLDAPItem>);
+
+TEST(LdapItemTest, VirtualOperationsStandInTheirOrder) {
+    EXPECT_EQ(0u, test::VirtualSlot(&CLDAPItem::Clone));
+    EXPECT_EQ(1u, test::VirtualSlot(&CLDAPItem::CopyFrom));
+}
+
+TEST(LdapItemTest, CloneWithoutMemoryIsNull) {
+    test::ExpectNullCloneWithoutMemory(CLDAPItem(std::string(100, 'x'), true));
+}
+
+TEST(LdapItemListTest, ItemsAreDeletedWithTheirList) {
+    EXPECT_EQ(0u, test::CountLeftovers([] {
+                  LdapItemList items;
+                  for (int count = 0; count < 10; ++count) items.Add(std::string(100, 'x'), true);
+                  items.Clear();
+                  for (int count = 0; count < 10; ++count) items.Add(std::string(100, 'x'), true);
+              }));
+}
 
 TEST(LdapItemTest, CopiesTakeBothMembers) {
     const CLDAPItem source("CN=a,base", true);

@@ -3,6 +3,7 @@
 #include "directory_depots/depot_fixture.h"
 #include "platform/handles.h"
 #include "platform/paths.h"
+#include "support/import_patch.h"
 
 namespace depot {
 namespace {
@@ -30,6 +31,9 @@ ULONG LDAPAPI FailSearch(LDAP*, char*, ULONG, char*, char**, ULONG, LDAPMessage*
     *result = nullptr;
     return LDAP_BUSY;
 }
+
+using WriteBytes = decltype(&WriteFile);
+WriteBytes genuineWrite = nullptr;
 
 // The file's name with every digit as 0.
 std::string Shape(const std::string& path) {
@@ -205,6 +209,29 @@ TEST_F(RecoveryTest, RecoveredFilesOfOneNameNeverReplaceEachOther) {
         EXPECT_EQ(bytes, FileBytes(KeepRecovered("a.kra", bytes.data(), bytes.size())));
     }
     EXPECT_THAT(RecoveredFiles(), SizeIs(5));
+}
+
+BOOL WINAPI WriteHalf(HANDLE file, const void* bytes, DWORD length, DWORD* written, OVERLAPPED*) {
+    return genuineWrite(file, bytes, length / 2, written, nullptr);
+}
+
+BOOL WINAPI WriteNothing(HANDLE, const void*, DWORD, DWORD* written, OVERLAPPED*) {
+    *written = 0;
+    SetLastError(ERROR_DISK_FULL);
+    return FALSE;
+}
+
+TEST_F(RecoveryTest, BytesThatDoNotFitTheDiskLeaveNoFile) {
+    for (const WriteBytes failing : {&WriteHalf, &WriteNothing}) {
+        const test::ImportPatch<WriteBytes> writing("WriteFile", failing);
+        ASSERT_TRUE(writing.IsInPlace());
+        genuineWrite = writing.Genuine();
+        EXPECT_EQ("", KeepRecovered("a.kra", "bytes", 5));
+        EXPECT_THAT(RecoveredFiles(), IsEmpty());
+        EXPECT_NE("", KeepRecovered("a.kra", "", 0));
+        EXPECT_THAT(RecoveredFiles(), SizeIs(1));
+        ::DeleteFileA(RecoveredFiles().front().c_str());
+    }
 }
 
 }  // namespace

@@ -173,6 +173,32 @@ TEST_F(WorkingCopyTest, NoConnectionStaysOpenBetweenLoadAndRelease) {
     EXPECT_FALSE(Directory().IsConnected());
 }
 
+TEST_F(WorkingCopyTest, FetchWithoutAServerLeavesNoFile) {
+    server_.AddFile("a.kra", base_, "x");
+    Choose();
+    server_.Stop();
+    WorkingCopyOrigin origin;
+    EXPECT_EQ("", FetchToLocal(Directory(), Dn("a.kra"), &origin));
+    server_.Continue();
+    EXPECT_NE(0u, origin.code);
+    EXPECT_FALSE(origin.digest);
+    EXPECT_THAT(test::WorkingCopies(), IsEmpty());
+}
+
+TEST_F(WorkingCopyTest, OpenConnectionStaysOpenOverFetchAndRelease) {
+    server_.AddFile("a.kra", base_, kBytes);
+    Choose();
+    ASSERT_EQ(1, Directory().ConnectLocation(nullptr));
+    server_.Mark();
+    const std::string copy = FetchToLocal(Directory(), Dn("a.kra"));
+    EXPECT_EQ(kBytes, FileBytes(copy));
+    EXPECT_TRUE(Directory().IsConnected());
+    EXPECT_EQ(1, ReleaseLocal(Directory(), Dn("a.kra"), copy, true));
+    EXPECT_TRUE(Directory().IsConnected());
+    EXPECT_EQ((OperationCounts{.searches = 1, .modifications = 1}), server_.Counts());
+    EXPECT_FALSE(test::Exists(copy));
+}
+
 TEST_F(WorkingCopyTest, CopyGoesWithAContextThatWasNotReleased) {
     server_.AddFile("a.kra", base_, "x");
     Choose();

@@ -1,13 +1,11 @@
 #include "manager/writability.h"
 
 #include "directory_depots/depot_fixture.h"
-#include "platform/handles.h"
 
 namespace depot {
 namespace {
 
 using test::OperationCounts;
-using testing::IsEmpty;
 
 class DirectoryWritabilityTest : public test::DepotFixture {
 protected:
@@ -37,6 +35,15 @@ TEST_F(DirectoryWritabilityTest, MissingPlaceIsCreatedAndRemovedWithItsParents) 
     EXPECT_EQ(1, counts.binds);
     EXPECT_FALSE(server_.Holds(Dn("x")));
     EXPECT_EQ("junk", text_);
+}
+
+TEST_F(DirectoryWritabilityTest, OpenConnectionIsUsedAndStaysOpen) {
+    Choose();
+    ASSERT_EQ(1, Directory().ConnectLocation(nullptr));
+    server_.Mark();
+    EXPECT_EQ(1, Test("x"));
+    EXPECT_EQ(0, server_.Counts().binds);
+    EXPECT_TRUE(Directory().IsConnected());
 }
 
 TEST_F(DirectoryWritabilityTest, ExistingParentsStay) {
@@ -142,95 +149,6 @@ TEST_F(DirectoryWritabilityTest, CachedFormAsksOnce) {
     server_.Mark();
     EXPECT_EQ(1, TestDepotWritable(*work_, {}, &text_));
     EXPECT_EQ("", server_.Log());
-}
-
-class FolderWritabilityTest : public testing::Test {
-protected:
-    int Test(const std::string& path, const std::string& shown = {}) {
-        text_ = "junk";
-        return TestWritable(kFolderLocation, path, nullptr, &text_, shown);
-    }
-
-    static std::string TextOf(DWORD error, const std::string& lead) {
-        std::string text;
-        FormatErrorText(error, lead.c_str(), "Quillon", &text, nullptr);
-        return text;
-    }
-
-    test::ScratchFolder folder_;
-    std::string text_;
-};
-
-TEST_F(FolderWritabilityTest, FolderIsTestedByAProbeFileThatGoesAgain) {
-    EXPECT_EQ(1, Test(folder_.Path()));
-    EXPECT_THAT(test::FilesIn(folder_.Path(), "*"), IsEmpty());
-    EXPECT_EQ("junk", text_);
-}
-
-TEST_F(FolderWritabilityTest, ProbeFileIsWhatTheFolderIsTestedBy) {
-    const std::string probe = folder_.MakeFile("____Test____Writable____File___.twr", "mine");
-    {
-        const UniqueHandle lock(CreateFileA(probe.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING,
-                                            FILE_ATTRIBUTE_NORMAL, nullptr));
-        EXPECT_EQ(0, Test(folder_.Path()));
-        EXPECT_EQ(TextOf(ERROR_SHARING_VIOLATION, folder_.Path()), text_);
-    }
-    EXPECT_EQ(1, Test(folder_.Path()));
-    EXPECT_EQ("mine", test::FileBytes(probe));
-}
-
-TEST_F(FolderWritabilityTest, MissingFileIsCreatedAndDeletedAgain) {
-    EXPECT_EQ(1, Test(folder_.At("new.kra")));
-    EXPECT_FALSE(test::Exists(folder_.At("new.kra")));
-}
-
-TEST_F(FolderWritabilityTest, ExistingFileKeepsItsBytes) {
-    const std::string path = folder_.MakeFile("a.kra", "bytes");
-    EXPECT_EQ(1, Test(path));
-    EXPECT_EQ("bytes", test::FileBytes(path));
-}
-
-TEST_F(FolderWritabilityTest, MissingParentFailsWithItsText) {
-    EXPECT_EQ(0, Test(folder_.At("none\\a.kra")));
-    EXPECT_EQ(TextOf(ERROR_PATH_NOT_FOUND, folder_.At("none\\a.kra")), text_);
-    EXPECT_EQ(0, Test(folder_.At("none\\a.kra"), "Shown"));
-    EXPECT_EQ(TextOf(ERROR_PATH_NOT_FOUND, "Shown"), text_);
-}
-
-TEST_F(FolderWritabilityTest, FileHeldWithoutSharingFailsWithItsText) {
-    const std::string path = folder_.MakeFile("a.kra", "x");
-    const UniqueHandle lock(CreateFileA(path.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING,
-                                        FILE_ATTRIBUTE_NORMAL, nullptr));
-    EXPECT_EQ(0, Test(path));
-    EXPECT_EQ(TextOf(ERROR_SHARING_VIOLATION, path), text_);
-}
-
-TEST_F(FolderWritabilityTest, LaterFailuresOfTheCachedFormAreAccessDenied) {
-    static constexpr char kKey[] = "Software\\DepotTests\\Writability";
-    const test::ScratchKey key(HKEY_CURRENT_USER, kKey);
-    const std::string root = folder_.At("none\\later");
-    key.Text("Work", "Path1", root);
-    const CDepots depots(kKey);
-    CDepot& depot = *depots.At(0);
-    EXPECT_EQ(0, TestDepotWritable(depot, {}, &text_));
-    EXPECT_EQ(TextOf(ERROR_PATH_NOT_FOUND, root), text_);
-    folder_.MakeFolder("none\\later");
-    EXPECT_EQ(0, TestDepotWritable(depot, {}, &text_));
-    EXPECT_EQ(TextOf(ERROR_ACCESS_DENIED, root), text_);
-    EXPECT_EQ(0, TestDepotWritable(depot, "Shown", &text_));
-    EXPECT_EQ(TextOf(ERROR_ACCESS_DENIED, "Shown"), text_);
-    EXPECT_EQ(1, TestPathWritable(depot, "<Work>\\", nullptr));
-}
-
-TEST_F(FolderWritabilityTest, CachedWritableHoldsWhenTheFolderGoes) {
-    static constexpr char kKey[] = "Software\\DepotTests\\Writability";
-    const test::ScratchKey key(HKEY_CURRENT_USER, kKey);
-    const std::string root = folder_.MakeFolder("root");
-    key.Text("Work", "Path1", root);
-    const CDepots depots(kKey);
-    EXPECT_EQ(1, TestDepotWritable(*depots.At(0), {}, nullptr));
-    ASSERT_TRUE(RemoveDirectoryA(root.c_str()));
-    EXPECT_EQ(1, TestDepotWritable(*depots.At(0), {}, nullptr));
 }
 
 }  // namespace

@@ -7,6 +7,8 @@
 #include <vector>
 
 #include "support/child_process.h"
+#include "support/failing_memory.h"
+#include "support/import_patch.h"
 #include "support/leak_counts.h"
 
 namespace depot {
@@ -138,6 +140,11 @@ TEST(ReplacerCacheTest, WithoutABlockThePrivateOneIsFilledTheSameWay) {
     EXPECT_EQ("deu", SlotText(cache->Data()->languageCode));
 }
 
+TEST(ReplacerCacheTest, OpeningWithoutMemoryThrowsAndLeavesNoBlock) {
+    test::ExpectEachFailureThrows([] { OpenReplacerCache("C:\\Users\\a", "deu"); });
+    EXPECT_FALSE(Exists(ReplacerBlockName()));
+}
+
 TEST(ReplacerCacheTest, BlockCarriesTheProcessIdInItsName) {
     EXPECT_EQ(ProcessBlockName("Quillon - Depot - Replacers - "), ReplacerBlockName());
     EXPECT_FALSE(Exists(ReplacerBlockName()));
@@ -170,6 +177,35 @@ TEST(ReplacerLockTest, FirstHolderCreatesTheEventUnsignalledAndClosesItAtTheEnd)
     }
     EXPECT_FALSE(OpenReplacerEvent());
     EXPECT_EQ(handles, test::CountOpenHandles());
+}
+
+using CreateNamedEvent = decltype(&CreateEventA);
+
+// How an event was last asked for.
+struct AskedEvent {
+    SECURITY_ATTRIBUTES* security;
+    BOOL manualReset;
+    BOOL signalled;
+    std::string name;
+};
+AskedEvent askedEvent;
+CreateNamedEvent createEvent = nullptr;
+
+HANDLE WINAPI NoteEvent(SECURITY_ATTRIBUTES* security, BOOL manualReset, BOOL signalled,
+                        const char* name) {
+    askedEvent = {security, manualReset, signalled, name};
+    return createEvent(security, manualReset, signalled, name);
+}
+
+TEST(ReplacerLockTest, EventIsAskedForWithDefaultSecurityAndAutomaticReset) {
+    const test::ImportPatch<CreateNamedEvent> creating("CreateEventA", &NoteEvent);
+    ASSERT_TRUE(creating.IsInPlace());
+    createEvent = creating.Genuine();
+    { const ReplacerLock lock; }
+    EXPECT_EQ(nullptr, askedEvent.security);
+    EXPECT_FALSE(askedEvent.manualReset);
+    EXPECT_FALSE(askedEvent.signalled);
+    EXPECT_EQ("Quillon - Depot - Replacers", askedEvent.name);
 }
 
 TEST(ReplacerLockTest, ReleaseSignalsTheEventForExactlyOne) {

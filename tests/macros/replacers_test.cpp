@@ -3,10 +3,15 @@
 
 #include <gtest/gtest.h>
 
+#include <set>
+
 #include "platform/paths.h"
 #include "platform/registry_key.h"
 #include "support/hive_override.h"
+#include "support/import_patch.h"
 #include "support/scratch.h"
+// After the Windows headers.
+#include <shlobj.h>
 
 namespace depot {
 namespace {
@@ -85,9 +90,19 @@ TEST_F(ReplacersTest, ShellFoldersAreThoseOfTheRegistry) {
     ASSERT_NE("", ShellFolder(HKEY_CURRENT_USER, "Desktop"));
     EXPECT_EQ(ShellFolder(HKEY_CURRENT_USER, "Desktop"), Expand("$DESKTOP$"));
     EXPECT_EQ(ShellFolder(HKEY_CURRENT_USER, "AppData"), Expand("$USERWINAPPDATA$"));
-    EXPECT_TRUE(test::Exists(Expand("$MYDOCUMENTS$")));
     const std::string common = ShellFolder(HKEY_LOCAL_MACHINE, "Common Desktop");
     EXPECT_EQ(common.empty() ? Expand("$DESKTOP$") : common, Expand("$ALLUSER-DESKTOP$"));
+}
+
+TEST_F(ReplacersTest, DocumentsAreTheUsersAsTheShellGivesThem) {
+    ITEMIDLIST* list = nullptr;
+    ASSERT_EQ(S_OK, SHGetSpecialFolderLocation(nullptr, 5, &list));
+    char path[MAX_PATH] = {};
+    ASSERT_TRUE(SHGetPathFromIDListA(list, path));
+    ILFree(list);
+    ASSERT_STRNE("", path);
+    EXPECT_EQ(path, Expand("$MYDOCUMENTS$"));
+    EXPECT_EQ(std::string(path) + "\\x", Expand("$MYDOCUMENTS$\\x"));
 }
 
 TEST_F(ReplacersTest, SoundFolderIsThatOfTheScheme) {
@@ -139,6 +154,66 @@ TEST_F(ReplacersTest, DeploymentPathIsTheServersOfItsClass) {
     EXPECT_EQ("C:\\no such\\deploy.dll", Expand("$DEPLOYRUNPATH$"));
     user.Text("InprocServer32", "", "C:\\windows");
     EXPECT_EQ("C:\\windows", Expand("$DEPLOYRUNPATH$"));
+}
+
+using OpenKey = decltype(&RegOpenKeyExA);
+
+std::set<REGSAM> rights;
+OpenKey openKey = nullptr;
+
+LSTATUS WINAPI NoteRights(HKEY root, const char* path, DWORD options, REGSAM wanted, HKEY* key) {
+    rights.insert(wanted);
+    return openKey(root, path, options, wanted, key);
+}
+
+TEST_F(ReplacersTest, KeysOfProductsAreOpenedForTheirValuesAlone) {
+    const test::ImportPatch<OpenKey> opening("RegOpenKeyExA", &NoteRights);
+    ASSERT_TRUE(opening.IsInPlace());
+    openKey = opening.Genuine();
+    rights.clear();
+    Expand("$FATUSERDIR$$FATHOMEDIR$$DEPLOYRUNPATH$");
+    EXPECT_EQ(std::set<REGSAM>{1}, rights);
+}
+
+BOOL WINAPI NameNobody(char*, DWORD*) {
+    SetLastError(ERROR_MORE_DATA);
+    return FALSE;
+}
+
+TEST_F(ReplacersTest, UserWithoutANameIsUser) {
+    const test::ImportPatch<decltype(&GetUserNameA)> naming("GetUserNameA", &NameNobody);
+    ASSERT_TRUE(naming.IsInPlace());
+    EXPECT_EQ("User", Expand("$USERNAME$"));
+}
+
+// The path is as long as no buffer of the component.
+UINT WINAPI GiveTooLongFolder(char* folder, UINT room) {
+    folder[0] = '\0';
+    return room + 1;
+}
+
+TEST_F(ReplacersTest, FoldersOfTheSystemThatDoNotFitAreEmpty) {
+    using FolderCall = UINT(WINAPI*)(char*, UINT);
+    const test::ImportPatch<FolderCall> system("GetSystemDirectoryA", &GiveTooLongFolder);
+    const test::ImportPatch<FolderCall> windows("GetWindowsDirectoryA", &GiveTooLongFolder);
+    ASSERT_TRUE(system.IsInPlace() && windows.IsInPlace());
+    EXPECT_EQ("<>", Expand("<$SYSDIR$$WINDRIVE$>"));
+}
+
+BOOL WINAPI BeOldFamily(OSVERSIONINFOA* version) {
+    version->dwPlatformId = VER_PLATFORM_WIN32_WINDOWS;
+    return version->dwOSVersionInfoSize == 148 ? TRUE : FALSE;
+}
+
+TEST_F(ReplacersTest, OldFamilyHasNoFoldersOfAllUsers) {
+    const test::HiveOverride user(HKEY_CURRENT_USER);
+    const test::HiveOverride machine(HKEY_LOCAL_MACHINE);
+    test::WriteRegistryText(HKEY_CURRENT_USER, kShellFolders, "Common Desktop", "C:\\own");
+    test::WriteRegistryText(HKEY_LOCAL_MACHINE, kShellFolders, "Common Desktop", "C:\\common");
+    EXPECT_EQ("C:\\common", Expand("$ALLUSER-DESKTOP$"));
+    const test::ImportPatch<decltype(&GetVersionExA)> version("GetVersionExA", &BeOldFamily);
+    ASSERT_TRUE(version.IsInPlace());
+    EXPECT_EQ("C:\\own", Expand("$ALLUSER-DESKTOP$"));
 }
 
 TEST_F(ReplacersTest, ProductValueOf260BytesIsReadAndOneOf261IsNot) {

@@ -6,6 +6,7 @@
 #include "platform/handles.h"
 #include "platform/text.h"
 #include "support/box_log.h"
+#include "support/import_patch.h"
 #include "support/random_text.h"
 
 namespace depot {
@@ -92,6 +93,25 @@ TEST_F(DepotFileContextTest, APlainFilesPathHasAtLeastEightCharacters) {
     EXPECT_EQ(seven, file.localPath);
     ::DeleteFileA(eight.c_str());
     ::DeleteFileA(seven.c_str());
+}
+
+DWORD WINAPI FindEverything(const char*) {
+    return FILE_ATTRIBUTE_NORMAL;
+}
+
+TEST_F(DepotFileContextTest, OnlyAnAbsolutePathThatExistsIsAPlainFile) {
+    const test::ImportPatch<decltype(&GetFileAttributesA)> attributes("GetFileAttributesA",
+                                                                      &FindEverything);
+    ASSERT_TRUE(attributes.IsInPlace());
+    for (const char* plain : {"\\\\server\\share\\a.ini", "D:\\a.ini", "xyz:\\a.ini"}) {
+        SCOPED_TRACE(plain);
+        EXPECT_EQ(nullptr, DepotFileContext(plain, world_.depots).depot);
+    }
+    for (const char* other : {"\\server\\a.ini", "D:folder\\a.ini", "folder\\a.ini",
+                              "<None>\\a.ini", "D:\\<x>\\a.ini"}) {
+        SCOPED_TRACE(other);
+        EXPECT_EQ(&home_, DepotFileContext(other, world_.depots).depot);
+    }
 }
 
 TEST_F(DepotFileContextTest, ARelativePathIsNoPlainFileEvenWhenItExists) {

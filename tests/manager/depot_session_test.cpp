@@ -6,6 +6,7 @@
 
 #include "manager/depot_list.h"
 #include "support/import_patch.h"
+#include "support/leak_counts.h"
 #include "support/scratch.h"
 
 namespace depot {
@@ -43,6 +44,7 @@ public:
 
 private:
     static BOOL WINAPI Tell(OSVERSIONINFOA* told) {
+        EXPECT_EQ(148u, told->dwOSVersionInfoSize);
         told->dwMajorVersion = version_;
         return TRUE;
     }
@@ -138,6 +140,19 @@ TEST_F(DepotSessionTest, AReleasedFileLeavesTheSessionWithoutOne) {
     session.LoadFile("<Work>\\a.kra");
     session.ReleaseFile();
     EXPECT_FALSE(session.currentFile);
+}
+
+TEST_F(DepotSessionTest, TheEndOfASessionLeavesNothing) {
+    DefineWork();
+    EXPECT_EQ(0u, test::CountLeftovers([] {
+                  DepotSession session;
+                  session.LoadFile("<Work>\\a.kra");
+                  session.findResults = std::make_unique<CDepotItems>();
+                  session.findResults->AddPath("x", nullptr, kDepotsKey,
+                                               [](CDepots&, const std::string&, CDepotItem&) {});
+                  session.selectedItemPath = std::string(100, 's');
+                  GetDefaultDepot(session.Depots(), 0);
+              }));
 }
 
 TEST_F(DepotSessionTest, SessionsAreIndependentOfOneAnother) {

@@ -24,7 +24,7 @@ void ExpectWholeOrNoClones(const Record& record, int fewest, const IsWhole& isWh
     });
     EXPECT_LE(fewest, run.failures);
     EXPECT_EQ(0, run.exceptions);
-    EXPECT_EQ(0u, run.leftBlocks);
+    EXPECT_EQ(0u, run.left);
 }
 
 TEST(ClonesTest, LocationWithoutMemoryGivesNone) {

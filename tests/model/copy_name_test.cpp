@@ -31,6 +31,12 @@ TEST(BuildCounterTemplateTest, FirstPositiveNumberInParenthesesBecomesTheCounter
         {"Plan (3", "Plan (3", false},
         {"Plan (3x)", "Plan (%d)", true},
         {"Plan (-3)", "Plan (-3)", false},
+        {"Plan (+3)", "Plan (+3)", false},
+        {"Plan ( 3)", "Plan ( 3)", false},
+        {"Plan )3(", "", false},
+        {"a(b(3)", "a(b(%d)", true},
+        {"a)(3)", "a)(%d)", true},
+        {"a(3)b)", "a(%d)b)", true},
         {"Plan (99999999999999999999)", "Plan (%d)", true},
         {"Plan (007)", "Plan (%d)", true},
     };
@@ -73,6 +79,24 @@ TEST(MakeDashCopyNameTest, AttemptsCountUpFromTheCopyName) {
 TEST(MakePrefixCopyNameTest, AttemptsCountUpBehindThePrefix) {
     EXPECT_EQ("Copy of Report.kra|Copy (2) of Report.kra|Copy (3) of Report.kra|",
               Sequence("Report.kra", 3, MakePrefixCopyName, kPrefix));
+}
+
+TEST(MakeDashCopyNameTest, AttemptsBelowTwoUseTheFormat) {
+    for (const int number : {1, 0, -1}) {
+        EXPECT_EQ("Plan (7) - copy.kra", MakeDashCopyName("Plan (7).kra", number, kDash));
+    }
+}
+
+TEST(MakePrefixCopyNameTest, AnyAttemptButTheFirstStandsBehindThePrefix) {
+    EXPECT_EQ("Copy (0) of Report.kra", MakePrefixCopyName("Copy of Report.kra", 0, kPrefix));
+    EXPECT_EQ("Copy (-1) of Report.kra", MakePrefixCopyName("Copy of Report.kra", -1, kPrefix));
+    EXPECT_EQ("a Copy (2) of b", MakePrefixCopyName("a Copy of b", 2, kPrefix));
+    // The letter case counts: this one is not found.
+    EXPECT_EQ("cop (2)  of b", MakePrefixCopyName("copy of b", 2, kPrefix));
+}
+
+TEST(MakeDashCopyNameTest, CounterOutsideOfTheBaseIsNoneOfItsOwn) {
+    EXPECT_EQ("a (2).b(3)", MakeDashCopyName("a.b(3)", 2, kDash));
 }
 
 TEST(MakeDashCopyNameTest, NameWithoutExtensionCountsAsExtension) {

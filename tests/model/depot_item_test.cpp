@@ -3,9 +3,15 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <type_traits>
+
+#include "support/record_rules.h"
 
 namespace depot {
 namespace {
+
+// Only its list ever destroys an item.
+static_assert(std::is_polymorphic_v<CDepotItem> && !std::has_virtual_destructor_v<CDepotItem>);
 
 CDepot* const kDepot = reinterpret_cast<CDepot*>(0x1000);
 
@@ -43,6 +49,26 @@ TEST(DepotItemTest, ACloneHasAFindRecordOfItsOwn) {
     ASSERT_TRUE(clone->findData);
     EXPECT_NE(item.findData, clone->findData);
     EXPECT_EQ(0, std::memcmp(item.findData.get(), clone->findData.get(), sizeof(*item.findData)));
+}
+
+TEST(DepotItemTest, VirtualOperationsStandInTheirOrder) {
+    EXPECT_EQ(0u, test::VirtualSlot(&CDepotItem::Clone));
+    EXPECT_EQ(1u, test::VirtualSlot(&CDepotItem::CopyFrom));
+}
+
+TEST(DepotItemTest, ACloneWithoutMemoryIsNull) {
+    CDepotItem item = MakeItem(11);
+    item.path = std::string(100, 'x');
+    test::ExpectNullCloneWithoutMemory(item);
+}
+
+TEST(DepotItemTest, CopyFromGivesATargetWithoutAFindRecordOne) {
+    const CDepotItem source = MakeItem(11);
+    CDepotItem target;
+    target.CopyFrom(&source);
+    ASSERT_TRUE(target.findData);
+    EXPECT_NE(source.findData, target.findData);
+    EXPECT_STREQ("a.kra", target.findData->cFileName);
 }
 
 TEST(DepotItemTest, CopyFromFillsTheTargetsOwnFindRecord) {

@@ -2,12 +2,17 @@
 
 #include <gtest/gtest.h>
 
+#include <type_traits>
+
+#include "support/record_rules.h"
 #include "support/scratch.h"
 
 namespace depot {
 namespace {
 
 constexpr char kKey[] = "Software\\DepotTests\\Items";
+
+static_assert(std::has_virtual_destructor_v<CDepotItems>);
 
 class DepotItemsTest : public testing::Test {
 protected:
@@ -21,6 +26,64 @@ protected:
 TEST_F(DepotItemsTest, ANewListIsEmptyAndOwnsItsItems) {
     EXPECT_EQ(0u, items_.Count());
     EXPECT_TRUE(items_.ownsItems);
+}
+
+TEST_F(DepotItemsTest, VirtualOperationsStandInTheirOrder) {
+    EXPECT_EQ(2u, test::VirtualSlot(&CDepotItems::AddPath));
+    EXPECT_EQ(3u, test::VirtualSlot(&CDepotItems::Add));
+    EXPECT_EQ(4u, test::VirtualSlot(&CDepotItems::Copy));
+    EXPECT_EQ(5u, test::VirtualSlot(&CDepotItems::RemoveAll));
+    EXPECT_EQ(6u, test::VirtualSlot(&CDepotItems::FindByName));
+    EXPECT_EQ(7u, test::VirtualSlot(&CDepotItems::Remove));
+}
+
+// Appends ten items that need memory of their own.
+void Fill(CDepotItems& items) {
+    for (int count = 0; count < 10; ++count) {
+        auto item = std::make_unique<CDepotItem>(std::string(100, 'x'), nullptr);
+        item->findData = std::make_unique<WIN32_FIND_DATAA>();
+        items.Append(std::move(item));
+    }
+}
+
+TEST_F(DepotItemsTest, EveryItemIsDeletedInWhateverWayItLeaves) {
+    EXPECT_EQ(
+        0u, test::CountLeftovers([] {
+            CDepotItems items;
+            Fill(items);
+            CDepotItems copies;
+            copies.Copy(&items);
+            copies.Add(items.At(0), true);
+            copies.Remove(copies.At(3));
+            copies.RemoveUnless([&](const CDepotItem& item) { return &item != copies.At(5); });
+            items.RemoveAll(true);
+            Fill(items);
+        }));
+}
+
+TEST_F(DepotItemsTest, BorrowedItemsStayWithTheirOwner) {
+    CDepotItem item("a", nullptr);
+    {
+        CDepotItems borrowing;
+        borrowing.ownsItems = false;
+        borrowing.Add(&item, false);
+        borrowing.RemoveUnless([](const CDepotItem&) { return false; });
+        EXPECT_EQ(0u, borrowing.Count());
+        borrowing.Add(&item, false);
+        borrowing.RemoveAll(false);
+        borrowing.Add(&item, false);
+    }
+    EXPECT_EQ("a", item.path);
+}
+
+TEST_F(DepotItemsTest, WithoutMemoryItemsAreDroppedAndNothingIsLeft) {
+    CDepotItems source;
+    Fill(source);
+    test::ExpectNoFailureThrows([&] {
+        CDepotItems copies;
+        copies.Copy(&source);
+        EXPECT_EQ(test::FailingMemory::RanOut() ? 9u : 10u, copies.Count());
+    });
 }
 
 TEST_F(DepotItemsTest, AddTakesTheItemItselfOrAClone) {

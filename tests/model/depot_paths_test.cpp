@@ -2,11 +2,17 @@
 
 #include <gtest/gtest.h>
 
+#include <type_traits>
+
 #include "support/box_log.h"
+#include "support/record_rules.h"
 #include "support/scratch.h"
 
 namespace depot {
 namespace {
+
+// Only a depot ever destroys its list.
+static_assert(std::is_polymorphic_v<CDepotPaths> && !std::has_virtual_destructor_v<CDepotPaths>);
 
 int alive = 0;
 
@@ -80,6 +86,15 @@ TEST_F(DepotPathsTest, CopyAppendsClonesInOrder) {
     EXPECT_EQ("C:\\a", other.At(0)->path);
     EXPECT_EQ("C:\\b", other.At(1)->path);
     EXPECT_NE(paths_.At(0), other.At(0));
+    EXPECT_EQ(&other, other.At(0)->owner);
+    EXPECT_EQ(&paths_, paths_.At(0)->owner);
+}
+
+TEST_F(DepotPathsTest, VirtualOperationsStandInTheirOrder) {
+    EXPECT_EQ(0u, test::VirtualSlot(&CDepotPaths::Add));
+    EXPECT_EQ(1u, test::VirtualSlot(&CDepotPaths::Copy));
+    EXPECT_EQ(2u, test::VirtualSlot(&CDepotPaths::RemoveAll));
+    EXPECT_EQ(3u, test::VirtualSlot(&CDepotPaths::Remove));
 }
 
 TEST_F(DepotPathsTest, RemoveDeletesTheLocationAlsoWhenItIsNotInTheList) {
@@ -121,6 +136,25 @@ TEST_F(DepotPathsTest, WithoutAnExistingFolderTheFirstIsChosen) {
     Append(folder_.At("none either"));
     EXPECT_EQ(first, paths_.ActiveLocation());
     EXPECT_EQ(folder_.At("none\\"), paths_.GetActivePath());
+}
+
+TEST_F(DepotPathsTest, AnyTypeButThatOfADirectoryIsAFolder) {
+    CDepotPath* const odd = Append(folder_.MakeFolder("odd"), static_cast<LocationType>(7));
+    Append(folder_.MakeFolder("there"));
+    EXPECT_EQ(odd, paths_.ActiveLocation());
+}
+
+TEST_F(DepotPathsTest, ARemovedChoiceIsForgottenAndAnotherOneKept) {
+    CDepotPath* const first = Append(folder_.MakeFolder("first"));
+    CDepotPath* const second = Append(folder_.MakeFolder("second"));
+    CDepotPath* const third = Append(folder_.MakeFolder("third"));
+    EXPECT_EQ(first, paths_.ActiveLocation());
+    paths_.Remove(third);
+    EXPECT_EQ(first, paths_.ChosenLocation());
+    paths_.Remove(first);
+    EXPECT_EQ(nullptr, paths_.ChosenLocation());
+    EXPECT_EQ(folder_.At("second\\"), paths_.GetActivePath());
+    EXPECT_EQ(second, paths_.ChosenLocation());
 }
 
 TEST_F(DepotPathsTest, TheChoiceIsNotRevisited) {

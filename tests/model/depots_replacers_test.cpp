@@ -7,6 +7,7 @@
 #include "model/depots.h"
 #include "model/localization.h"
 #include "support/leak_counts.h"
+#include "support/mapped_memory.h"
 
 namespace depot {
 namespace {
@@ -46,13 +47,16 @@ TEST_F(DepotsReplacersTest, CacheIsMadeOnFirstUseAndGoesWithTheList) {
     EXPECT_FALSE(BlockExists());
 }
 
-TEST_F(DepotsReplacersTest, EveryHandleIsReleasedWithTheList) {
+TEST_F(DepotsReplacersTest, EveryHandleAndTheViewAreReleasedWithTheList) {
     const std::size_t handles = test::CountOpenHandles();
+    const void* view = nullptr;
     {
         CDepots depots;
-        for (int i = 0; i < 10; ++i) depots.GetReplacers();
+        for (int i = 0; i < 10; ++i) view = depots.GetReplacers()->Data();
         EXPECT_EQ(handles + 1, test::CountOpenHandles());
+        ASSERT_TRUE(test::IsMapped(view));
     }
+    EXPECT_FALSE(test::IsMapped(view));
     EXPECT_EQ(handles, test::CountOpenHandles());
 }
 

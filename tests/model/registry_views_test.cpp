@@ -1,15 +1,12 @@
 // Registry answers that the real registry cannot be made to give: the list of depots has to cope.
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include "model/depots.h"
+#include "model/depots_fixture.h"
 #include "support/import_patch.h"
-#include "support/scratch.h"
 
 namespace depot {
 namespace {
 
 using test::ImportPatch;
+using test::Names;
 using testing::ElementsAre;
 
 constexpr char kKey[] = "Software\\DepotTests\\Views";
@@ -40,18 +37,15 @@ LSTATUS WINAPI OpenAndNote(HKEY root, const char* path, DWORD options, REGSAM ri
 DWORD firstFailing = 0;
 DWORD lastFailing = 0;
 int enumerations = 0;
+// The room for a name that was always given; 0 when it was not always the same.
+DWORD roomForNames = 0;
 
 LSTATUS WINAPI FailSomeIndexes(HKEY key, DWORD index, char* name, DWORD* length, DWORD* reserved,
                                char* kind, DWORD* kindLength, FILETIME* changed) {
+    roomForNames = enumerations == 0 || roomForNames == *length ? *length : 0;
     ++enumerations;
     if (index >= firstFailing && index <= lastFailing) return ERROR_ACCESS_DENIED;
     return enumerateKeys(key, index, name, length, reserved, kind, kindLength, changed);
-}
-
-std::vector<std::string> Names(const CDepots& depots) {
-    std::vector<std::string> names;
-    for (const CDepot* depot : depots) names.push_back(depot->name);
-    return names;
 }
 
 class RegistryViewsTest : public testing::Test {
@@ -124,6 +118,13 @@ TEST_F(EnumerationErrorsTest, IndexThatFailsIsSkipped) {
     lastFailing = 2;
     EXPECT_THAT(Names(CDepots(kKey)), ElementsAre("A", "D"));
     EXPECT_EQ(5, enumerations);
+}
+
+TEST_F(EnumerationErrorsTest, EveryNameHasRoomFor261Bytes) {
+    firstFailing = 2;
+    lastFailing = 2;
+    const CDepots depots(kKey);
+    EXPECT_EQ(261u, roomForNames);
 }
 
 TEST_F(EnumerationErrorsTest, KeyThatKeepsFailingEndsTheEnumeration) {

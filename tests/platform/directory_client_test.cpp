@@ -140,6 +140,7 @@ TEST(DirectoryClientTest, AMissingLibraryLeavesNoSlotNull) {
     EXPECT_EQ(81u, client.ldap_unbind_s(nullptr));
     EXPECT_EQ(nullptr, client.ldap_first_entry(nullptr, nullptr));
     EXPECT_EQ(0u, client.ldap_count_entries(nullptr, nullptr));
+    EXPECT_EQ(0u, client.ldap_count_values(nullptr));
     EXPECT_EQ(DWORD{ERROR_BAD_NET_RESP}, client.LdapMapErrorToWin32(81));
 }
 

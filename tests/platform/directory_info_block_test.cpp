@@ -3,9 +3,11 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <vector>
 
 #include "support/child_process.h"
 #include "support/leak_counts.h"
+#include "support/mapped_memory.h"
 
 namespace depot {
 namespace {
@@ -78,6 +80,19 @@ TEST(DirectoryInfoBlockTest, EachAccessAddsOneHandleAndOnlyTheLastIsClosed) {
     }
     EXPECT_EQ(handles + 4, test::CountOpenHandles());
     EXPECT_TRUE(BlockExists("server-d"));
+}
+
+TEST(DirectoryInfoBlockTest, EachAccessAddsOneViewAndOnlyTheLastIsUnmapped) {
+    std::vector<const DirectoryInfo*> views;
+    {
+        DirectoryInfoBlock block("server-h");
+        for (int count = 0; count < 5; ++count) views.push_back(block.Access());
+        for (const DirectoryInfo* view : views) EXPECT_TRUE(test::IsMapped(view));
+    }
+    EXPECT_FALSE(test::IsMapped(views.back()));
+    views.pop_back();
+    for (const DirectoryInfo* view : views) EXPECT_TRUE(test::IsMapped(view));
+    EXPECT_EQ(4u, views.size());
 }
 
 TEST(DirectoryInfoBlockTest, BlockThatWasAccessedOnceGoesWithItsHolder) {

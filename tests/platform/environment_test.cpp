@@ -25,6 +25,12 @@ TEST_F(ExpandEnvironmentTest, UnknownNamesAndLonePercentSignsStay) {
     EXPECT_EQ("%%", ExpandEnvironment("%%"));
 }
 
+TEST_F(ExpandEnvironmentTest, TextThatExpandsToNothingComesBackUnexpanded) {
+    Set("");
+    EXPECT_EQ("%DEPOT_TEST_VALUE%", ExpandEnvironment("%DEPOT_TEST_VALUE%"));
+    EXPECT_EQ("a", ExpandEnvironment("a%DEPOT_TEST_VALUE%"));
+}
+
 TEST_F(ExpandEnvironmentTest, ResultOf520BytesIsUsedAndOneOf521IsNot) {
     // The sizes count the terminating NUL.
     for (const std::size_t bytes : {519u, 520u, 521u}) {

@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include "support/box_watcher.h"
+#include "support/import_patch.h"
+#include "support/leak_counts.h"
 
 namespace depot {
 namespace {
@@ -54,6 +56,44 @@ TEST(ErrorTextTest, CodeWithoutATextGivesTheLeadAlone) {
     EXPECT_EQ("", Formatted(kCodeWithoutText, nullptr));
 }
 
+// The last argument is a list of inserts, which nobody here looks into.
+using FormatSystemText = DWORD(WINAPI*)(DWORD, const void*, DWORD, DWORD, char*, DWORD, void*);
+
+// How often the system was asked for a text, and how it was asked last.
+struct AskedText {
+    int times;
+    DWORD flags;
+    DWORD error;
+    DWORD language;
+};
+AskedText asked;
+FormatSystemText formatSystemText = nullptr;
+
+DWORD WINAPI NoteQuestion(DWORD flags, const void* source, DWORD error, DWORD language,
+                          char* buffer, DWORD size, void* inserts) {
+    asked = {asked.times + 1, flags, error, language};
+    return formatSystemText(flags, source, error, language, buffer, size, inserts);
+}
+
+TEST(ErrorTextTest, SystemIsAskedOnceAndOnlyForACode) {
+    const test::ImportPatch<FormatSystemText> formatting("FormatMessageA", &NoteQuestion);
+    formatSystemText = formatting.Genuine();
+    asked = {};
+    Formatted(0, "Lead");
+    Formatted(0, nullptr);
+    EXPECT_EQ(0, asked.times);
+    Formatted(ERROR_FILE_NOT_FOUND, "Lead");
+    EXPECT_EQ(1, asked.times);
+    EXPECT_EQ(0x1300u, asked.flags);
+    EXPECT_EQ(DWORD{ERROR_FILE_NOT_FOUND}, asked.error);
+    EXPECT_EQ(0x400u, asked.language);
+}
+
+TEST(ErrorTextTest, TextsOfTheSystemAreFreed) {
+    EXPECT_EQ(0u, test::CountLeftovers([] { Formatted(ERROR_FILE_NOT_FOUND, "Lead"); }, 500));
+    EXPECT_EQ(0u, test::CountLeftovers([] { Formatted(kCodeWithoutText, "Lead"); }, 500));
+}
+
 TEST(ErrorTextTest, MessageIsCutToItsBound) {
     const std::string fit(kErrorTextBytes - 1, 'x');
     EXPECT_EQ(fit, Formatted(0, fit.c_str()));
@@ -89,8 +129,11 @@ TEST(ErrorBoxTest, CaptionsDifferWhenNoneIsGiven) {
                 }).appeared);
     EXPECT_TRUE(
         test::WatchBox("Quillon", [] { ReportErrorText(0, "Lead", nullptr, nullptr); }).appeared);
-    EXPECT_TRUE(
-        test::WatchBox("Mine", [] { ReportErrorText(0, "Lead", "Mine", nullptr); }).appeared);
+    const test::BoxContents titled =
+        test::WatchBox("Mine", [] { ReportErrorText(0, "Lead", "Mine", nullptr); });
+    EXPECT_TRUE(titled.appeared);
+    EXPECT_EQ(nullptr, titled.owner);
+    EXPECT_EQ(LoadIconA(nullptr, IDI_ERROR), titled.icon);
 }
 
 TEST(ErrorBoxTest, BoxBelongsToTheOwnerItIsGiven) {

@@ -3,8 +3,8 @@
 #include <gtest/gtest.h>
 #include <shlobj.h>
 
-#include "platform/paths.h"
 #include "support/hive_override.h"
+#include "support/leak_counts.h"
 #include "support/scratch.h"
 
 namespace depot {
@@ -20,14 +20,20 @@ protected:
     test::ScratchKey scheme_{HKEY_CURRENT_USER, kScheme};
 };
 
+// What the shell itself makes of the identifier.
+std::string ShellsPath(int folder) {
+    char path[MAX_PATH] = {};
+    ITEMIDLIST* list = nullptr;
+    EXPECT_EQ(S_OK, SHGetSpecialFolderLocation(nullptr, folder, &list));
+    EXPECT_TRUE(SHGetPathFromIDListA(list, path));
+    ILFree(list);
+    return path;
+}
+
 TEST(SpecialFolderPathTest, KnownFoldersAreThoseOfTheShell) {
-    for (const int folder : {CSIDL_PERSONAL, CSIDL_APPDATA, CSIDL_WINDOWS}) {
+    for (const int folder : {CSIDL_PERSONAL, CSIDL_APPDATA, CSIDL_WINDOWS, CSIDL_LOCAL_APPDATA}) {
         SCOPED_TRACE(folder);
-        char expected[MAX_PATH] = {};
-        ASSERT_TRUE(SHGetSpecialFolderPathA(nullptr, expected, folder, FALSE));
-        // Some systems end the documents folder in a backslash in one of the two calls.
-        EXPECT_EQ(RemoveTrailingBackslash(expected),
-                  RemoveTrailingBackslash(GetSpecialFolderPath(folder)));
+        EXPECT_EQ(ShellsPath(folder), GetSpecialFolderPath(folder));
         EXPECT_TRUE(test::Exists(GetSpecialFolderPath(folder)));
     }
 }
@@ -35,6 +41,13 @@ TEST(SpecialFolderPathTest, KnownFoldersAreThoseOfTheShell) {
 TEST(SpecialFolderPathTest, UnknownFolderIsEmpty) {
     EXPECT_EQ("", GetSpecialFolderPath(0x7F));
     EXPECT_EQ("", GetSpecialFolderPath(-1));
+}
+
+TEST(SpecialFolderPathTest, ItemListsAreFreed) {
+    for (const int folder : {CSIDL_PERSONAL, CSIDL_WINDOWS, 0x7F}) {
+        SCOPED_TRACE(folder);
+        EXPECT_EQ(0u, test::CountLeftovers([folder] { GetSpecialFolderPath(folder); }, 200));
+    }
 }
 
 TEST_F(SystemSoundFolderTest, FolderIsThatOfTheWarningSound) {

@@ -5,6 +5,10 @@
 #include <algorithm>
 #include <cstdint>
 #include <set>
+#include <vector>
+
+#include "support/failing_memory.h"
+#include "support/mapped_memory.h"
 
 namespace depot {
 namespace {
@@ -48,6 +52,14 @@ TEST(AllocateLowTest, ABlockThatDoesNotFitBelowTwoGigabytesLiesAnywhere) {
 
 TEST(AllocateLowTest, MoreThanTheSystemHasGivesNull) {
     EXPECT_FALSE(AllocateLow(std::size_t{1} << 50));
+}
+
+TEST(AllocateLowTest, TheBlockIsReleasedWithItsOwner) {
+    UniqueVirtualBlock block = AllocateLow(0x10000);
+    const void* const address = block.get();
+    ASSERT_TRUE(test::IsMapped(address));
+    block.reset();
+    EXPECT_FALSE(test::IsMapped(address));
 }
 
 TEST(LowMemoryPoolTest, SlotsAreLowAlignedAndApart) {
@@ -100,6 +112,61 @@ TEST(LowMemoryPoolTest, EndlessAllocatingAndFreeingUsesTheSameSlotsAgain) {
         pool.Free(slot);
     }
     EXPECT_LE(slots.size(), LowMemoryPool::kBlockBytes / 64);
+}
+
+TEST(LowMemoryPoolTest, FreeingASlotNeedsNoMemory) {
+    LowMemoryPool pool(64);
+    std::vector<void*> slots;
+    for (int count = 0; count < 5000; ++count) slots.push_back(pool.Allocate());
+    const test::FailingMemory memory(1);
+    for (void* const slot : slots) pool.Free(slot);
+    EXPECT_EQ(0, memory.Asked());
+}
+
+TEST(LowMemoryPoolTest, FreedSlotsAreUsedAgainInTheOrderOfTheirFreeing) {
+    constexpr std::size_t kSlot = 0x1000;
+    LowMemoryPool pool(kSlot);
+    std::vector<void*> slots;
+    for (int count = 0; count < 1000; ++count) slots.push_back(pool.Allocate());
+    for (void* const slot : slots) {
+        std::fill_n(static_cast<char*>(slot), kSlot, 'x');
+        pool.Free(slot);
+    }
+    std::vector<void*> again;
+    for (int count = 0; count < 1000; ++count) again.push_back(pool.Allocate());
+    // Slots that were free already come first.
+    const auto first = std::find(again.begin(), again.end(), slots.front());
+    EXPECT_LE(first - again.begin(), 300);
+    EXPECT_TRUE(std::equal(first, again.end(), slots.begin()));
+}
+
+TEST(LowMemoryPoolTest, ABlockThatCannotBeKeptIsNeitherHandedOutNorLeft) {
+    // The list of blocks grows with the first, the second and the third block.
+    for (int failing = 1; failing <= 3; ++failing) {
+        SCOPED_TRACE(failing);
+        LowMemoryPool pool(LowMemoryPool::kBlockBytes);
+        std::set<void*> slots;
+        for (int count = 1; count < failing; ++count) slots.insert(pool.Allocate());
+        {
+            const test::FailingMemory memory(1);
+            EXPECT_EQ(nullptr, pool.Allocate());
+            EXPECT_TRUE(memory.RanOut());
+        }
+        void* const next = pool.Allocate();
+        ASSERT_NE(nullptr, next);
+        EXPECT_FALSE(slots.contains(next));
+        std::fill_n(static_cast<char*>(next), LowMemoryPool::kBlockBytes, 'x');
+    }
+}
+
+TEST(LowMemoryPoolTest, WithoutMemoryForAnotherBlockTheSlotsAtRestServe) {
+    LowMemoryPool pool(LowMemoryPool::kBlockBytes);
+    void* const only = pool.Allocate();
+    pool.Free(only);
+    // The second block makes the list of blocks grow.
+    const test::FailingMemory memory(1);
+    EXPECT_EQ(only, pool.Allocate());
+    EXPECT_TRUE(memory.RanOut());
 }
 
 }  // namespace

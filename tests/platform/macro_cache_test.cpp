@@ -4,7 +4,9 @@
 
 #include <cstring>
 
+#include "support/import_patch.h"
 #include "support/leak_counts.h"
+#include "support/mapped_memory.h"
 
 namespace depot {
 namespace {
@@ -54,6 +56,14 @@ TEST(MacroCacheHolderTest, PrivateHolderNeverCreatesABlock) {
     EXPECT_FALSE(BlockExists(kName));
 }
 
+TEST(MacroCacheHolderTest, PrivateHoldersValuesLieInsideIt) {
+    const MacroCacheHolder holder(0, "");
+    const auto* const start = reinterpret_cast<const char*>(&holder);
+    const auto* const values = reinterpret_cast<const char*>(holder.Data());
+    EXPECT_GE(values, start);
+    EXPECT_LE(values + sizeof(MacroValues), start + sizeof(holder));
+}
+
 TEST(MacroCacheHolderTest, SharedHoldersOfOneNameSeeOneAnother) {
     const MacroCacheHolder first(1, kName);
     EXPECT_TRUE(IsAllZero(*first.Data()));
@@ -82,9 +92,27 @@ TEST(MacroCacheHolderTest, HolderWithoutABlockKeepsItsOwnValues) {
     EXPECT_STREQ("", second.Data()->userFolder);
 }
 
-TEST(MacroCacheHolderTest, BlockIsClosedWithItsHolder) {
+void* WINAPI MapNothing(HANDLE, DWORD, DWORD, DWORD, SIZE_T) {
+    return nullptr;
+}
+
+TEST(MacroCacheHolderTest, HolderWhoseBlockCannotBeMappedKeepsItsOwnValues) {
+    const test::ImportPatch<decltype(&MapViewOfFile)> mapping("MapViewOfFile", &MapNothing);
+    const MacroCacheHolder holder(1, kName);
+    ASSERT_NE(nullptr, holder.Data());
+    EXPECT_TRUE(IsAllZero(*holder.Data()));
+    FillSlot(holder.Data()->transferUserName, "mine");
+}
+
+TEST(MacroCacheHolderTest, BlockIsUnmappedAndClosedWithItsHolder) {
     const std::size_t handles = test::CountOpenHandles();
-    { const MacroCacheHolder holder(1, kName); }
+    const void* view = nullptr;
+    {
+        const MacroCacheHolder holder(1, kName);
+        view = holder.Data();
+        ASSERT_TRUE(test::IsMapped(view));
+    }
+    EXPECT_FALSE(test::IsMapped(view));
     EXPECT_EQ(handles, test::CountOpenHandles());
     EXPECT_FALSE(BlockExists(kName));
 }

@@ -2,7 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "platform/text.h"
+#include "support/import_patch.h"
 
 namespace depot {
 namespace {
@@ -22,6 +25,34 @@ TEST(OwnModuleTest, ThePathIsTheFileOfTheModule) {
     wchar_t expected[MAX_PATH] = {};
     ASSERT_NE(0u, GetModuleFileNameW(nullptr, expected, MAX_PATH));
     EXPECT_EQ(expected, OwnModulePath());
+}
+
+const std::wstring longPath = L"C:\\" + std::wstring(3000, L'x') + L".dll";
+
+// Cuts the path to the room that there is, as the system does.
+DWORD WINAPI GiveLongPath(HMODULE, wchar_t* path, DWORD room) {
+    const DWORD length = std::min(static_cast<DWORD>(longPath.size()), room - 1);
+    path[longPath.copy(path, length)] = L'\0';
+    return length < longPath.size() ? room : length;
+}
+
+TEST(OwnModuleTest, ALongPathIsGivenWhole) {
+    const test::ImportPatch<decltype(&GetModuleFileNameW)> naming("GetModuleFileNameW",
+                                                                  &GiveLongPath);
+    ASSERT_TRUE(naming.IsInPlace());
+    EXPECT_EQ(longPath, OwnModulePath());
+}
+
+DWORD WINAPI FillTheRoom(HMODULE, char* path, DWORD room) {
+    std::fill_n(path, room, '\\');
+    return room;
+}
+
+TEST(OwnModuleTest, APathThatIsTooLongHasNoFolder) {
+    const test::ImportPatch<decltype(&GetModuleFileNameA)> naming("GetModuleFileNameA",
+                                                                  &FillTheRoom);
+    ASSERT_TRUE(naming.IsInPlace());
+    EXPECT_EQ("", OwnModuleFolder());
 }
 
 TEST(OwnModuleTest, TheFolderEndsInABackslash) {

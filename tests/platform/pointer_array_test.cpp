@@ -4,12 +4,16 @@
 
 #include <algorithm>
 #include <iterator>
+#include <type_traits>
 #include <vector>
 
 #include "support/random_text.h"
 
 namespace depot {
 namespace {
+
+// What collections get that do not say how far they may grow.
+static_assert(std::is_same_v<PointerArray<int>, PointerArray<int, 0x0FFFFFFF>>);
 
 int numbers[64];
 

@@ -5,6 +5,9 @@
 #include <cstring>
 
 #include "support/child_process.h"
+#include "support/import_patch.h"
+#include "support/leak_counts.h"
+#include "support/mapped_memory.h"
 
 namespace depot {
 namespace {
@@ -124,6 +127,92 @@ TEST(SharedBlockTest, ClosingEndsTheBlockAndMayBeRepeated) {
         EXPECT_EQ("", link.key);
         EXPECT_FALSE(BlockExists(kName));
     }
+}
+
+TEST(SharedBlockTest, ClosingUnmapsTheViewAndReleasesTheHandle) {
+    const std::size_t handles = test::CountOpenHandles();
+    SharedBlockLink link;
+    ASSERT_EQ(1, OpenSharedBlock(kName, kSize, link.handle, link.view));
+    const void* const view = link.view.get();
+    ASSERT_TRUE(test::IsMapped(view));
+    EXPECT_EQ(handles + 1, test::CountOpenHandles());
+    CloseSharedBlock(link);
+    EXPECT_FALSE(test::IsMapped(view));
+    EXPECT_EQ(handles, test::CountOpenHandles());
+}
+
+TEST(SharedBlockTest, OpeningReleasesWhatTheOutputsHeld) {
+    SharedBlockLink link;
+    ASSERT_EQ(1, OpenSharedBlock(kName, kSize, link.handle, link.view));
+    const void* const old = link.view.get();
+    EXPECT_EQ(0, OpenSharedBlock("with\\backslash", kSize, link.handle, link.view));
+    EXPECT_FALSE(test::IsMapped(old));
+    EXPECT_FALSE(BlockExists(kName));
+}
+
+using CreateMapping = decltype(&CreateFileMappingA);
+using MapView = decltype(&MapViewOfFile);
+
+// How the mapping was last asked for, and the view.
+struct AskedMapping {
+    HANDLE file;
+    SECURITY_ATTRIBUTES* security;
+    DWORD protection;
+    DWORD highSize;
+    DWORD lowSize;
+    DWORD viewAccess;
+    ULONGLONG viewOffset;
+    SIZE_T viewSize;
+};
+AskedMapping asked;
+CreateMapping createMapping = nullptr;
+MapView mapView = nullptr;
+
+HANDLE WINAPI NoteMapping(HANDLE file, SECURITY_ATTRIBUTES* security, DWORD protection,
+                          DWORD highSize, DWORD lowSize, const char* name) {
+    asked.file = file;
+    asked.security = security;
+    asked.protection = protection;
+    asked.highSize = highSize;
+    asked.lowSize = lowSize;
+    return createMapping(file, security, protection, highSize, lowSize, name);
+}
+
+void* WINAPI NoteView(HANDLE mapping, DWORD access, DWORD high, DWORD low, SIZE_T size) {
+    asked.viewAccess = access;
+    asked.viewOffset = ULONGLONG{high} << 32 | low;
+    asked.viewSize = size;
+    return mapView(mapping, access, high, low, size);
+}
+
+void* WINAPI MapNothing(HANDLE, DWORD, DWORD, DWORD, SIZE_T) {
+    SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+    return nullptr;
+}
+
+TEST(SharedBlockTest, BlocksLieInThePagingFileWithDefaultSecurity) {
+    const test::ImportPatch<CreateMapping> creating("CreateFileMappingA", &NoteMapping);
+    const test::ImportPatch<MapView> mapping("MapViewOfFile", &NoteView);
+    createMapping = creating.Genuine();
+    mapView = mapping.Genuine();
+    SharedBlockLink link;
+    ASSERT_EQ(1, OpenSharedBlock(kName, kSize, link.handle, link.view));
+    EXPECT_EQ(INVALID_HANDLE_VALUE, asked.file);
+    EXPECT_EQ(nullptr, asked.security);
+    EXPECT_EQ(DWORD{PAGE_READWRITE}, asked.protection);
+    EXPECT_EQ(0u, asked.highSize);
+    EXPECT_EQ(kSize, asked.lowSize);
+    EXPECT_EQ(DWORD{FILE_MAP_WRITE}, asked.viewAccess);
+    EXPECT_EQ(0u, asked.viewOffset);
+    EXPECT_EQ(kSize, asked.viewSize);
+}
+
+TEST(SharedBlockTest, NewBlockThatCannotBeMappedIsStillNew) {
+    const test::ImportPatch<MapView> mapping("MapViewOfFile", &MapNothing);
+    SharedBlockLink link;
+    EXPECT_EQ(1, OpenSharedBlock(kName, kSize, link.handle, link.view));
+    EXPECT_NE(nullptr, link.handle);
+    EXPECT_EQ(nullptr, link.view);
 }
 
 TEST(SharedBlockTest, AnotherProcessReadsAndWritesTheSameBlock) {

@@ -8,7 +8,10 @@
 #include "platform/local_file.h"
 #include "platform/paths.h"
 #include "platform/text.h"
+#include "support/import_patch.h"
 #include "support/scratch.h"
+// After the Windows headers.
+#include <shellapi.h>
 
 namespace depot {
 namespace {
@@ -95,6 +98,117 @@ TEST(TempFileNameTest, NewEmptyFileStandsInTheTemporaryFolder) {
 TEST(TempFileNameTest, MissingTemporaryFolderGivesNothing) {
     const TemporaryFolder temporary("C:\\no such folder");
     EXPECT_EQ("", MakeTempFileName());
+}
+
+using NameTemporaryFile = decltype(&GetTempFileNameA);
+
+// The prefix and the number with which a temporary file was last asked for.
+std::string askedPrefix;
+UINT askedNumber = 0;
+NameTemporaryFile nameTemporaryFile = nullptr;
+
+UINT WINAPI NoteTemporaryFile(const char* folder, const char* prefix, UINT number, char* name) {
+    askedPrefix = prefix;
+    askedNumber = number;
+    return nameTemporaryFile(folder, prefix, number, name);
+}
+
+TEST(TempFileNameTest, SystemIsLeftToFindTheNumberAndToMakeTheFile) {
+    const test::ScratchFolder folder;
+    const TemporaryFolder temporary(folder.Path());
+    const test::ImportPatch<NameTemporaryFile> naming("GetTempFileNameA", &NoteTemporaryFile);
+    nameTemporaryFile = naming.Genuine();
+    askedNumber = 1;
+    EXPECT_NE("", MakeTempFileName());
+    EXPECT_EQ("lda", askedPrefix);
+    EXPECT_EQ(0u, askedNumber);
+}
+
+DWORD WINAPI AskForMoreRoom(DWORD room, char* folder) {
+    folder[0] = '\0';
+    return room;
+}
+
+TEST(TempFileNameTest, TemporaryFolderThatDoesNotFitGivesNothing) {
+    const test::ImportPatch<decltype(&GetTempPathA)> asking("GetTempPathA", &AskForMoreRoom);
+    ASSERT_TRUE(asking.IsInPlace());
+    EXPECT_EQ("", MakeTempFileName());
+    EXPECT_EQ("", MakeTempFolder());
+}
+
+BOOL WINAPI OpenNoProcessToken(HANDLE, DWORD, HANDLE*) {
+    SetLastError(ERROR_ACCESS_DENIED);
+    return FALSE;
+}
+
+TEST(TempFileNameTest, FileOfAnUnknownUserIsMadeAllTheSame) {
+    const test::ScratchFolder folder;
+    const TemporaryFolder temporary(folder.Path());
+    const test::ImportPatch<decltype(&OpenProcessToken)> opening("OpenProcessToken",
+                                                                 &OpenNoProcessToken);
+    ASSERT_TRUE(opening.IsInPlace());
+    const std::string name = MakeTempFileName();
+    EXPECT_EQ("", test::FileBytes(name));
+    EXPECT_TRUE(IsOpenToEveryone(name));
+}
+
+// How often a folder could not be made, as if another process had always been faster.
+int refusedFolders = 0;
+
+BOOL WINAPI MakeNoFolder(const char*, SECURITY_ATTRIBUTES*) {
+    ++refusedFolders;
+    SetLastError(ERROR_ALREADY_EXISTS);
+    return FALSE;
+}
+
+TEST(TempFolderTest, NamesThatOthersAlwaysTakeFirstGiveNoFolderAndLeaveNothing) {
+    const test::ScratchFolder folder;
+    const TemporaryFolder temporary(folder.Path());
+    {
+        const test::ImportPatch<decltype(&CreateDirectoryA)> making("CreateDirectoryA",
+                                                                    &MakeNoFolder);
+        refusedFolders = 0;
+        EXPECT_EQ("", MakeTempFolder());
+    }
+    EXPECT_EQ(16, refusedFolders);
+    EXPECT_TRUE(RemoveDirectoryA(folder.Path().c_str())) << "something was left in it";
+}
+
+using ShellOperation = decltype(&SHFileOperationA);
+
+SHFILEOPSTRUCTA askedOperation = {};
+std::string askedPaths;
+bool shellAborts = false;
+
+int WINAPI NoteOperation(SHFILEOPSTRUCTA* operation) {
+    askedOperation = *operation;
+    askedPaths.assign(operation->pFrom, 262);
+    operation->fAnyOperationsAborted = shellAborts ? TRUE : FALSE;
+    return 0;
+}
+
+class ShellDeletionTest : public testing::Test {
+protected:
+    ShellDeletionTest() {
+        shellAborts = false;
+        EXPECT_TRUE(patch_.IsInPlace());
+    }
+
+    const test::ImportPatch<ShellOperation> patch_{"SHFileOperationA", &NoteOperation};
+};
+
+TEST_F(ShellDeletionTest, ShellIsAskedToDeleteForGoodAndToShowItsErrors) {
+    EXPECT_EQ(1, DeleteContainingFolder("C:\\a\\b"));
+    EXPECT_EQ(3u, askedOperation.wFunc);
+    EXPECT_EQ(0x10, askedOperation.fFlags);
+    EXPECT_EQ(nullptr, askedOperation.hwnd);
+    EXPECT_EQ(nullptr, askedOperation.pTo);
+    EXPECT_EQ("C:\\a" + std::string(258, '\0'), askedPaths);
+}
+
+TEST_F(ShellDeletionTest, AnAbortedDeletionFails) {
+    shellAborts = true;
+    EXPECT_EQ(0, DeleteContainingFolder("C:\\a\\b"));
 }
 
 TEST(DeleteContainingFolderTest, FolderGoesWithAllThatIsInIt) {

@@ -1,6 +1,8 @@
 // Memory that runs out, for what must then still be true.
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <cstdlib>
 #include <new>
 
@@ -21,7 +23,10 @@ public:
         failing_ = number;
         asked_ = 0;
     }
-    ~FailingMemory() { thread_ = 0; }
+    ~FailingMemory() {
+        thread_ = 0;
+        failing_ = 0;
+    }
     FailingMemory(const FailingMemory&) = delete;
     FailingMemory& operator=(const FailingMemory&) = delete;
 
@@ -61,9 +66,9 @@ int FailEachAllocation(const Call& call, HMODULE module = GetModuleHandleA(nullp
 // What repeated calls did, each of which ran out of memory one allocation later than the one
 // before, until one got all it asked for.
 struct MemoryRun {
-    int failures = 0;            // calls that ran out
-    int exceptions = 0;          // those of them that std::bad_alloc ended
-    std::size_t leftBlocks = 0;  // heap blocks that stayed behind all calls together
+    int failures = 0;      // calls that ran out
+    int exceptions = 0;    // those of them that std::bad_alloc ended
+    std::size_t left = 0;  // heap blocks and handles that stayed behind all calls together
 };
 
 // Runs `call` in that way; it may let std::bad_alloc out. What is done before the first failing
@@ -78,20 +83,34 @@ MemoryRun RunOutOfMemory(const Call& call) {
         }
     }
     MemoryRun run;
-    const std::size_t blocks = CountHeapBlocks();
-    for (bool ranOut = true; ranOut;) {
-        const FailingMemory memory(run.failures + 1);
-        try {
-            call();
-        } catch (const std::bad_alloc&) {
-            ++run.exceptions;
-        }
-        ranOut = FailingMemory::RanOut();
-        if (ranOut) ++run.failures;
-    }
-    const std::size_t blocksNow = CountHeapBlocks();
-    run.leftBlocks = blocksNow > blocks ? blocksNow - blocks : 0;
+    run.left = LeftBehind([&] {
+        run.failures = FailEachAllocation([&] {
+            try {
+                call();
+            } catch (const std::bad_alloc&) {
+                ++run.exceptions;
+            }
+        });
+    });
     return run;
+}
+
+// Checks that every call that ran out of memory was ended by the exception, and left nothing.
+template <class Call>
+void ExpectEachFailureThrows(const Call& call) {
+    const MemoryRun run = RunOutOfMemory(call);
+    EXPECT_LT(0, run.failures);
+    EXPECT_EQ(run.failures, run.exceptions);
+    EXPECT_EQ(0u, run.left);
+}
+
+// Checks that the call never throws for want of memory, and leaves nothing.
+template <class Call>
+void ExpectNoFailureThrows(const Call& call) {
+    const MemoryRun run = RunOutOfMemory(call);
+    EXPECT_LT(0, run.failures);
+    EXPECT_EQ(0, run.exceptions);
+    EXPECT_EQ(0u, run.left);
 }
 
 }  // namespace depot::test

@@ -11,18 +11,26 @@ std::size_t CountHeapBlocks();
 // Returns the number of kernel handles that the process has open.
 std::size_t CountOpenHandles();
 
-// Counts the heap blocks and handles that repeated calls leave behind. The first rounds fill caches
-// of the system and do not count.
+// Counts the heap blocks and handles that a call leaves behind.
 template <class Call>
-std::size_t CountLeftovers(const Call& call, int rounds = 50) {
-    for (int round = 0; round < 5; ++round) call();
+std::size_t LeftBehind(const Call& call) {
     const std::size_t blocks = CountHeapBlocks();
     const std::size_t handles = CountOpenHandles();
-    for (int round = 0; round < rounds; ++round) call();
+    call();
     const std::size_t blocksNow = CountHeapBlocks();
     const std::size_t handlesNow = CountOpenHandles();
     return (blocksNow > blocks ? blocksNow - blocks : 0) +
            (handlesNow > handles ? handlesNow - handles : 0);
+}
+
+// The same for repeated calls. The first rounds fill caches of the system and do not count.
+template <class Call>
+std::size_t CountLeftovers(const Call& call, int rounds = 50) {
+    const auto repeat = [&call](int times) {
+        for (int round = 0; round < times; ++round) call();
+    };
+    repeat(5);
+    return LeftBehind([&] { repeat(rounds); });
 }
 
 }  // namespace depot::test

@@ -1,0 +1,189 @@
+// Whether a place of the file system can be written to.
+#include "manager/writability.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "model/depots.h"
+#include "platform/error_text.h"
+#include "platform/handles.h"
+#include "support/import_patch.h"
+#include "support/scratch.h"
+#include "support/working_files.h"
+
+namespace depot {
+namespace {
+
+using testing::IsEmpty;
+
+class FolderWritabilityTest : public testing::Test {
+protected:
+    int Test(const std::string& path, const std::string& shown = {}) {
+        text_ = "junk";
+        return TestWritable(kFolderLocation, path, nullptr, &text_, shown);
+    }
+
+    static std::string TextOf(DWORD error, const std::string& lead) {
+        std::string text;
+        FormatErrorText(error, lead.c_str(), "Quillon", &text, nullptr);
+        return text;
+    }
+
+    test::ScratchFolder folder_;
+    std::string text_;
+};
+
+TEST_F(FolderWritabilityTest, FolderIsTestedByAProbeFileThatGoesAgain) {
+    EXPECT_EQ(1, Test(folder_.Path()));
+    EXPECT_THAT(test::FilesIn(folder_.Path(), "*"), IsEmpty());
+    EXPECT_EQ("junk", text_);
+}
+
+TEST_F(FolderWritabilityTest, ProbeFileIsWhatTheFolderIsTestedBy) {
+    const std::string probe = folder_.MakeFile("____Test____Writable____File___.twr", "mine");
+    {
+        const UniqueHandle lock(CreateFileA(probe.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING,
+                                            FILE_ATTRIBUTE_NORMAL, nullptr));
+        EXPECT_EQ(0, Test(folder_.Path()));
+        EXPECT_EQ(TextOf(ERROR_SHARING_VIOLATION, folder_.Path()), text_);
+    }
+    EXPECT_EQ(1, Test(folder_.Path()));
+    EXPECT_EQ("mine", test::FileBytes(probe));
+}
+
+TEST_F(FolderWritabilityTest, MissingFileIsCreatedAndDeletedAgain) {
+    EXPECT_EQ(1, Test(folder_.At("new.kra")));
+    EXPECT_FALSE(test::Exists(folder_.At("new.kra")));
+}
+
+TEST_F(FolderWritabilityTest, ExistingFileKeepsItsBytes) {
+    const std::string path = folder_.MakeFile("a.kra", "bytes");
+    EXPECT_EQ(1, Test(path));
+    EXPECT_EQ("bytes", test::FileBytes(path));
+}
+
+TEST_F(FolderWritabilityTest, MissingParentFailsWithItsText) {
+    EXPECT_EQ(0, Test(folder_.At("none\\a.kra")));
+    EXPECT_EQ(TextOf(ERROR_PATH_NOT_FOUND, folder_.At("none\\a.kra")), text_);
+    EXPECT_EQ(0, Test(folder_.At("none\\a.kra"), "Shown"));
+    EXPECT_EQ(TextOf(ERROR_PATH_NOT_FOUND, "Shown"), text_);
+}
+
+TEST_F(FolderWritabilityTest, FileHeldWithoutSharingFailsWithItsText) {
+    const std::string path = folder_.MakeFile("a.kra", "x");
+    const UniqueHandle lock(CreateFileA(path.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING,
+                                        FILE_ATTRIBUTE_NORMAL, nullptr));
+    EXPECT_EQ(0, Test(path));
+    EXPECT_EQ(TextOf(ERROR_SHARING_VIOLATION, path), text_);
+}
+
+TEST_F(FolderWritabilityTest, FileThatAnyoneElseReadsIsNotWritable) {
+    const std::string path = folder_.MakeFile("a.kra", "x");
+    const UniqueHandle reader(CreateFileA(path.c_str(), GENERIC_READ,
+                                          FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                                          OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+    ASSERT_TRUE(reader);
+    EXPECT_EQ(0, Test(path));
+    EXPECT_EQ(TextOf(ERROR_SHARING_VIOLATION, path), text_);
+}
+
+using OpenFile = decltype(&CreateFileA);
+
+// How a file was last asked for, and with which error it could not be had.
+struct AskedFile {
+    std::string path;
+    DWORD access;
+    DWORD sharing;
+    SECURITY_ATTRIBUTES* security;
+    DWORD creation;
+    DWORD attributes;
+    HANDLE model;
+};
+AskedFile askedFile;
+DWORD refusal = 0;
+
+HANDLE WINAPI RefuseFile(const char* path, DWORD access, DWORD sharing,
+                         SECURITY_ATTRIBUTES* security, DWORD creation, DWORD attributes,
+                         HANDLE model) {
+    askedFile = {path, access, sharing, security, creation, attributes, model};
+    SetLastError(refusal);
+    return INVALID_HANDLE_VALUE;
+}
+
+TEST_F(FolderWritabilityTest, EveryRefusalMeansNotWritable) {
+    const test::ImportPatch<OpenFile> opening("CreateFileA", &RefuseFile);
+    ASSERT_TRUE(opening.IsInPlace());
+    for (const DWORD error : {ERROR_ACCESS_DENIED, ERROR_FILE_EXISTS, ERROR_ALREADY_EXISTS,
+                              ERROR_DISK_FULL, ERROR_WRITE_PROTECT}) {
+        SCOPED_TRACE(error);
+        refusal = error;
+        EXPECT_EQ(0, Test(folder_.Path() + "\\"));
+        EXPECT_EQ(TextOf(error, folder_.Path() + "\\"), text_);
+    }
+    EXPECT_EQ(folder_.At("____Test____Writable____File___.twr"), askedFile.path);
+    EXPECT_EQ(DWORD{GENERIC_WRITE}, askedFile.access);
+    EXPECT_EQ(0u, askedFile.sharing);
+    EXPECT_EQ(nullptr, askedFile.security);
+    EXPECT_EQ(DWORD{OPEN_ALWAYS}, askedFile.creation);
+    EXPECT_EQ(DWORD{FILE_ATTRIBUTE_NORMAL}, askedFile.attributes);
+    EXPECT_EQ(nullptr, askedFile.model);
+}
+
+// A depot whose root is one folder, tested through what is remembered of it.
+class CachedWritabilityTest : public FolderWritabilityTest {
+protected:
+    static constexpr char kKey[] = "Software\\DepotTests\\Writability";
+
+    CDepot& DepotAt(const std::string& root) {
+        key_.Text("Work", "Path1", root);
+        depots_ = std::make_unique<CDepots>(kKey);
+        return *depots_->At(0);
+    }
+
+    const test::ScratchKey key_{HKEY_CURRENT_USER, kKey};
+    std::unique_ptr<CDepots> depots_;
+};
+
+TEST_F(CachedWritabilityTest, LaterFailuresAreAccessDenied) {
+    const std::string root = folder_.At("none\\later");
+    CDepot& depot = DepotAt(root);
+    EXPECT_EQ(0, TestDepotWritable(depot, {}, &text_));
+    EXPECT_EQ(TextOf(ERROR_PATH_NOT_FOUND, root), text_);
+    folder_.MakeFolder("none\\later");
+    EXPECT_EQ(0, TestDepotWritable(depot, {}, &text_));
+    EXPECT_EQ(TextOf(ERROR_ACCESS_DENIED, root), text_);
+    EXPECT_EQ(0, TestDepotWritable(depot, "Shown", &text_));
+    EXPECT_EQ(TextOf(ERROR_ACCESS_DENIED, "Shown"), text_);
+    EXPECT_EQ(0, TestDepotWritable(depot, "Shown", nullptr));
+    EXPECT_EQ(1, TestPathWritable(depot, "<Work>\\", nullptr));
+}
+
+TEST_F(CachedWritabilityTest, FirstFailureShowsTheGivenName) {
+    EXPECT_EQ(0, TestDepotWritable(DepotAt(folder_.At("none\\x")), "Shown", &text_));
+    EXPECT_EQ(TextOf(ERROR_PATH_NOT_FOUND, "Shown"), text_);
+}
+
+TEST_F(CachedWritabilityTest, WritableHoldsWhenTheFolderGoes) {
+    const std::string root = folder_.MakeFolder("root");
+    CDepot& depot = DepotAt(root);
+    text_ = "junk";
+    EXPECT_EQ(CDepotPath::kWritabilityUnknown, depot.paths->At(0)->indexSlot);
+    EXPECT_EQ(1, TestDepotWritable(depot, {}, &text_));
+    EXPECT_EQ(1, depot.paths->At(0)->indexSlot);
+    ASSERT_TRUE(RemoveDirectoryA(root.c_str()));
+    EXPECT_EQ(1, TestDepotWritable(depot, {}, &text_));
+    EXPECT_EQ("junk", text_);
+}
+
+TEST_F(CachedWritabilityTest, ExactFormNeitherAsksNorTellsTheCache) {
+    const std::string root = folder_.MakeFolder("root");
+    CDepot& depot = DepotAt(root);
+    EXPECT_EQ(1, TestPathWritable(depot, "<Work>\\", nullptr));
+    EXPECT_EQ(CDepotPath::kWritabilityUnknown, depot.paths->At(0)->indexSlot);
+    depot.paths->At(0)->indexSlot = 0;
+    EXPECT_EQ(1, TestPathWritable(depot, "<Work>\\a.kra", nullptr));
+    EXPECT_EQ(0, TestDepotWritable(depot, {}, nullptr));
+}
+
+}  // namespace
+}  // namespace depot
