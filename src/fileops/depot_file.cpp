@@ -148,6 +148,13 @@ int CopyFile(CDepot& depot, const std::string& source, const std::string& destin
     return CopyInFileSystem(from, to, failIfExists, errorText, watcher);
 }
 
+int CopyToFreeName(CDepot& depot, const std::string& source, const std::string& destination) {
+    CLDAPItems* const directory = DirectoryOf(depot, source);
+    if (directory == nullptr) return CopyFile(depot, source, destination, &depot, true, nullptr);
+    return CopyEntry(*directory, StorageOf(depot, source), *directory,
+                     StorageOf(depot, destination), ExistingEntries::kRefuse, nullptr);
+}
+
 DWORD LastErrorCode(CDepot& depot) {
     const DWORD systemError = GetLastError();
     CLDAPItems* const directory = depot.DirectoryConnection();
