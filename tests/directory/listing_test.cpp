@@ -104,11 +104,75 @@ TEST_F(ListingTest, DecidesAfterEachValueWhateverTheirOrder) {
     }
 }
 
-TEST_F(ListingTest, TakesTheFirstOfSeveralNamesThatCompletesTheChild) {
-    server_.Apply("dn: " + Dn("two.krc") +
-                  "\nobjectClass: quillonFileBinary\ncn: two.krc\ncn: other.krc\n"
-                  "quillonFileContentsBinary: x\n");
-    EXPECT_EQ(1u, List().size());
+// What a server says of one child, in its own order.
+using Attributes = std::vector<std::pair<std::string, std::vector<std::string>>>;
+Attributes attributes;
+std::size_t next;
+
+char* NextName() {
+    return next < attributes.size() ? attributes[next++].first.data() : nullptr;
+}
+
+class ChildTest : public ListingTest {
+protected:
+    ChildTest() {
+        server_.AddFile("real.krc", base_, "x");
+        DirectoryClient& client = Connected().Client();
+        client.ldap_first_attribute = [](LDAP*, LDAPMessage*, BerElement** position) {
+            *position = nullptr;
+            next = 0;
+            return NextName();
+        };
+        client.ldap_next_attribute = [](LDAP*, LDAPMessage*, BerElement*) { return NextName(); };
+        client.ldap_memfree = [](PCHAR) {};
+        client.ldap_get_values = [](LDAP*, LDAPMessage*, PCHAR) {
+            static std::vector<char*> values;
+            values.clear();
+            for (std::string& value : attributes[next - 1].second) values.push_back(value.data());
+            values.push_back(nullptr);
+            return values.data();
+        };
+        client.ldap_value_free = [](PCHAR*) -> ULONG { return 0; };
+    }
+    std::vector<std::string> ListChild(const Attributes& child) {
+        attributes = child;
+        return List();
+    }
+};
+
+TEST_F(ChildTest, IsNamedByTheValueThatCompletesIt) {
+    const std::vector<std::string> file = {"top", "quillonFileBinary"};
+    // Each value counts as soon as it is read: the first one once the class is known ...
+    EXPECT_THAT(ListChild({{"objectClass", file}, {"CN", {"one.krc", "two.krc"}}}),
+                ElementsAre("file CN=one.krc," + base_));
+    // ... and the last one before.
+    EXPECT_THAT(ListChild({{"CN", {"one.krc", "two.krc"}}, {"objectClass", file}}),
+                ElementsAre("file CN=two.krc," + base_));
+}
+
+TEST_F(ChildTest, OfBothClassesIsWhatItsFirstClassSaysWhenTheNameIsKnown) {
+    EXPECT_THAT(ListChild({{"CN", {"a"}}, {"objectClass", {"quillonFolder", "quillonFileBinary"}}}),
+                ElementsAre("folder CN=a," + base_));
+    EXPECT_THAT(ListChild({{"CN", {"a"}}, {"objectClass", {"quillonFileBinary", "quillonFolder"}}}),
+                ElementsAre("file CN=a," + base_));
+}
+
+TEST_F(ChildTest, OfBothClassesIsAFolderWhenTheNameComesLast) {
+    EXPECT_THAT(ListChild({{"objectClass", {"quillonFileBinary", "quillonFolder"}}, {"CN", {"a"}}}),
+                ElementsAre("folder CN=a," + base_));
+}
+
+TEST_F(ChildTest, OfNamesThatDifferIsNamedByThatOfItsKind) {
+    Connected().Location().folderAttributeName = "ou";
+    EXPECT_THAT(ListChild({{"OU", {"folder"}},
+                           {"cn", {"file"}},
+                           {"OBJECTCLASS", {"QUILLONFILEBINARY", "quillonFolder"}}}),
+                ElementsAre("file CN=file," + base_));
+    EXPECT_THAT(
+        ListChild({{"cn", {"file"}}, {"ou", {"folder"}}, {"objectClass", {"quillonFolder"}}}),
+        ElementsAre("folder ou=folder," + base_));
+    // Without the name of its kind it is not listed.
+    EXPECT_THAT(ListChild({{"cn", {"file"}}, {"objectClass", {"quillonFolder"}}}), IsEmpty());
 }
 
 TEST_F(ListingTest, WithItsOwnNamesUsesThem) {
