@@ -1,4 +1,4 @@
-// Listing, adding, rewriting, renaming and deleting entries.
+// Listing, adding, rewriting, renaming and deleting single entries.
 #include <array>
 #include <cstring>
 
@@ -11,9 +11,6 @@ namespace depot {
 namespace {
 
 constexpr char kObjectClass[] = "objectClass";
-
-// What a server says of its tree decides how deep a deletion goes, up to here.
-constexpr int kMaxTreeDepth = 256;
 
 // What is known so far of a child whose attributes are being read.
 struct ChildFacts {
@@ -274,49 +271,10 @@ int CLDAPItems::RenameEntry(const std::string& oldDN, const std::string& newDN,
     return lastError_ == LDAP_SUCCESS ? 1 : Fail(lastError_, errorText);
 }
 
-std::uint32_t CLDAPItems::DeleteEntry(const std::string& dn) {
+std::uint32_t CLDAPItems::RemoveEmptyEntry(const std::string& dn) {
     lastError_ = IsConnected() ? client_.ldap_delete_s(handle_.get(), ClientText(dn))
                                : std::uint32_t{LDAP_SERVER_DOWN};
     return lastError_;
-}
-
-int CLDAPItems::DeleteTree(const std::string& dn, std::string* errorText) {
-    return DeleteTreeBelow(dn, errorText, 0);
-}
-
-int CLDAPItems::DeleteTreeBelow(const std::string& dn, std::string* errorText, int depth) {
-    if (dn.empty() || depth > kMaxTreeDepth) return Fail(LDAP_PARAM_ERROR, errorText);
-    LdapItemList children;
-    ListChildren(dn, children);
-    DeleteFiles(children, errorText);
-    DeleteFolders(children, depth);
-    const std::uint32_t code = DeleteEntry(dn);
-    return code == LDAP_SUCCESS ? 1 : Fail(code, errorText);
-}
-
-void CLDAPItems::DeleteFiles(const LdapItemList& children, std::string* errorText) {
-    for (const CLDAPItem* child : children) {
-        std::string name;
-        bool isFolder = false;
-        if (SplitEntryName(child->path, name, isFolder) == 0 || isFolder || child->isFolder) {
-            continue;
-        }
-        const std::uint32_t code = DeleteEntry(child->path);
-        if (code != LDAP_SUCCESS) Fail(code, errorText);
-    }
-}
-
-void CLDAPItems::DeleteFolders(const LdapItemList& children, int depth) {
-    for (const CLDAPItem* child : children) {
-        std::string name;
-        bool isFolder = false;
-        if (SplitEntryName(child->path, name, isFolder) == 0) continue;
-        // A folder's name may hold a dot.
-        if (!isFolder && !child->isFolder) continue;
-        // An empty folder goes at once; only one that still has entries is looked into.
-        if (DeleteEntry(child->path) != LDAP_SUCCESS)
-            DeleteTreeBelow(child->path, nullptr, depth + 1);
-    }
 }
 
 }  // namespace depot

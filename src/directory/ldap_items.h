@@ -135,7 +135,8 @@ public:
     // Renames an entry, or moves it when the parent differs.
     int RenameEntry(const std::string& oldDN, const std::string& newDN, std::string* errorText);
 
-    // Deletes an entry with everything below it. Returns 1 when the entry itself is gone.
+    // Deletes an entry with everything below it, however deep that is. Returns 1 when the entry
+    // itself is gone. Entries that resist stay, with the folders above them, and all others go.
     int DeleteTree(const std::string& dn, std::string* errorText);
 
     // Turns "base DN\folder\file" into the DN of the entry.
@@ -167,7 +168,7 @@ public:
                          LdapItemList* added = nullptr);
 
     // Deletes an entry that holds no others. Returns the directory's code.
-    std::uint32_t RemoveEmptyEntry(const std::string& dn) { return DeleteEntry(dn); }
+    std::uint32_t RemoveEmptyEntry(const std::string& dn);
 
     // The effective names of the location's schema.
     NamingAttributes NamingNames() const;
@@ -220,10 +221,6 @@ private:
     LDAPMessage* EntryNamed(LDAPMessage* result, const std::string& dn) const;
     bool HasValue(LDAPMessage* entry, const char* attribute, const char* wanted) const;
     bool OffersAssertions();
-    std::uint32_t DeleteEntry(const std::string& dn);
-    void DeleteFiles(const LdapItemList& children, std::string* errorText);
-    void DeleteFolders(const LdapItemList& children, int depth);
-    int DeleteTreeBelow(const std::string& dn, std::string* errorText, int depth);
     std::optional<std::vector<std::string>> ExplodeDN(const std::string& dn,
                                                       std::uint32_t& code) const;
     int CreateMissingFolders(const std::string& dn, std::string* errorText, LdapItemList* added);

@@ -18,9 +18,11 @@ void DescribeFailure(DWORD error, const std::string& path, std::string* errorTex
 }
 
 // Fails as a wrong argument does in either store.
-int Refuse(CDepot& depot) {
+int Refuse(CDepot& depot, const std::string& path, std::string* errorText) {
     if (CLDAPItems* const directory = depot.DirectoryConnection()) {
-        directory->SetLastError(LDAP_PARAM_ERROR);
+        FailWith(*directory, LDAP_PARAM_ERROR, errorText);
+    } else {
+        DescribeFailure(ERROR_INVALID_PARAMETER, path, errorText);
     }
     SetLastError(ERROR_INVALID_PARAMETER);
     return 0;
@@ -29,7 +31,9 @@ int Refuse(CDepot& depot) {
 int MoveInFileSystem(CDepot& depot, const std::string& source, const std::string& destination,
                      HWND window, UINT operation, std::string* errorText) {
     // A bare name would be one in the process's current folder.
-    if (destination.find_first_of("\\/:") == std::string::npos) return Refuse(depot);
+    if (destination.find_first_of("\\/:") == std::string::npos) {
+        return Refuse(depot, destination, errorText);
+    }
     if (RunShellOperation(operation, {source}, &destination, kQuietFlags, window,
                           kShellSinglePathBytes)) {
         return 1;
@@ -91,7 +95,8 @@ int FileExists(CDepot& depot, const std::string& path) {
 int DeleteFile(CDepot& depot, const std::string& path) {
     const std::string storage = StorageOf(depot, path);
     if (CLDAPItems* const directory = DirectoryOf(depot, path)) {
-        return HoldsRoot(depot, path) ? Refuse(depot) : RemoveEntry(*directory, storage, nullptr);
+        return HoldsRoot(depot, path) ? Refuse(depot, path, nullptr)
+                                      : RemoveEntry(*directory, storage, nullptr);
     }
     return DeleteFileA(storage.c_str()) ? 1 : 0;
 }
@@ -104,12 +109,14 @@ int MoveFile(CDepot& depot, const std::string& source, const std::string& destin
     // process's current folder.
     if (HoldsRoot(depot, source) ||
         fromDirectory != (DirectoryOf(target, destination) != nullptr)) {
-        return Refuse(depot);
+        return Refuse(depot, destination, errorText);
     }
     const std::string from = StorageOf(depot, source);
     const std::string to = StorageOf(target, destination);
     if (CLDAPItems* const directory = DirectoryOf(depot, source)) {
-        if (!IsSameServer(*directory, *DirectoryOf(target, destination))) return Refuse(depot);
+        if (!IsSameServer(*directory, *DirectoryOf(target, destination))) {
+            return Refuse(depot, destination, errorText);
+        }
         return MoveEntry(*directory, from, to, errorText, watcher);
     }
     return MoveInFileSystem(depot, from, to, window, destinationDepot ? FO_MOVE : FO_RENAME,
@@ -146,6 +153,13 @@ int CopyFile(CDepot& depot, const std::string& source, const std::string& destin
         return Upload(*targetDirectory, from, to, kReplace, errorText, watcher, fate);
     }
     return CopyInFileSystem(from, to, failIfExists, errorText, watcher);
+}
+
+int CopyToFreeName(CDepot& depot, const std::string& source, const std::string& destination) {
+    CLDAPItems* const directory = DirectoryOf(depot, source);
+    if (directory == nullptr) return CopyFile(depot, source, destination, &depot, true, nullptr);
+    return CopyEntry(*directory, StorageOf(depot, source), *directory,
+                     StorageOf(depot, destination), ExistingEntries::kRefuse, nullptr);
 }
 
 DWORD LastErrorCode(CDepot& depot) {

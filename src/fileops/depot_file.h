@@ -36,6 +36,10 @@ int CopyFile(CDepot& depot, const std::string& source, const std::string& destin
              CDepot* destinationDepot, bool failIfExists, std::string* errorText,
              const TransferWatcher& watcher = {}, SourceFate fate = SourceFate::kStays);
 
+// Copies a file, or a tree of a directory, within its depot to a name that is free: what exists
+// there, or is made there meanwhile, makes the copy fail and stays.
+int CopyToFreeName(CDepot& depot, const std::string& source, const std::string& destination);
+
 // Returns the Windows error code of the last failed operation on the depot.
 DWORD LastErrorCode(CDepot& depot);
 

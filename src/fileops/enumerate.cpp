@@ -1,5 +1,7 @@
 #include "fileops/enumerate.h"
 
+#include <new>
+
 #include "config/file_types.h"
 #include "config/profile_file.h"
 #include "fileops/depot_file.h"
@@ -19,6 +21,14 @@ bool IsSelfOrParent(const char* name) {
 
 bool IsFolder(const WIN32_FIND_DATAA& found) {
     return (found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+}
+
+// Appends what `make` returns. An item that memory runs out for is left out.
+template <class Make>
+bool AppendItem(CDepotItems& list, const Make& make) try {
+    return list.Append(make()) != nullptr;
+} catch (const std::bad_alloc&) {
+    return false;
 }
 
 std::unique_ptr<CDepotItem> FolderItem(std::string path, CDepot& depot) {
@@ -53,17 +63,16 @@ public:
     }
 
 private:
-    // A name that memory runs out for is left out.
-    bool Add(const WIN32_FIND_DATAA& found) try {
+    bool Add(const WIN32_FIND_DATAA& found) {
         const bool folder = IsFolder(found);
         if (!folder && (foldersOnly_ || !PassesFilter(found.cFileName, filter_))) return false;
-        const std::string path = displayFolder_ + found.cFileName;
-        auto item =
-            folder ? FolderItem(path, depot_) : FileItem(path, JoinPath(folder_, found.cFileName));
-        item->findData = std::make_unique<WIN32_FIND_DATAA>(found);
-        return list_.Append(std::move(item)) != nullptr;
-    } catch (const std::bad_alloc&) {
-        return false;
+        return AppendItem(list_, [&] {
+            const std::string path = displayFolder_ + found.cFileName;
+            auto item = folder ? FolderItem(path, depot_)
+                               : FileItem(path, JoinPath(folder_, found.cFileName));
+            item->findData = std::make_unique<WIN32_FIND_DATAA>(found);
+            return item;
+        });
     }
 
     std::unique_ptr<CDepotItem> FileItem(std::string path, const std::string& full) {
@@ -89,6 +98,12 @@ std::unique_ptr<WIN32_FIND_DATAA> EntryData(const std::string& name, DWORD attri
     data->dwFileAttributes = attributes;
     name.copy(data->cFileName, sizeof(data->cFileName) - 1);
     return data;
+}
+
+std::unique_ptr<CDepotItem> FolderEntryItem(const std::string& path, CDepot& depot) {
+    auto item = FolderItem(path, depot);
+    item->findData = EntryData(NamePart(path), FILE_ATTRIBUTE_DIRECTORY);
+    return item;
 }
 
 std::unique_ptr<CDepotItem> FileEntryItem(const std::string& path, CDepot& depot) {
@@ -121,13 +136,14 @@ void ListDirectory(CDepotItems& list, CDepot& depot, CLDAPItems& directory,
     directory.ListChildren(DisplayToStorage(depot, request.folder), entries,
                            DisplayFolder(depot, request.folder));
     for (const CLDAPItem* entry : entries) {
-        if (entry->isFolder != 0) {
-            auto item = FolderItem(entry->path, depot);
-            item->findData = EntryData(NamePart(entry->path), FILE_ATTRIBUTE_DIRECTORY);
-            list.Append(std::move(item));
-        } else if (!foldersOnly && PassesFilter(NamePart(entry->path), request.filter)) {
-            list.Append(FileEntryItem(entry->path, depot));
+        const bool isFolder = entry->isFolder != 0;
+        if (!isFolder && (foldersOnly || !PassesFilter(NamePart(entry->path), request.filter))) {
+            continue;
         }
+        AppendItem(list, [&] {
+            return isFolder ? FolderEntryItem(entry->path, depot)
+                            : FileEntryItem(entry->path, depot);
+        });
     }
 }
 

@@ -6,6 +6,7 @@
 
 #include "directory/comparable_dn.h"
 #include "fileops/depot_file.h"
+#include "fileops/directory_transfer.h"
 #include "fileops/file_place.h"
 #include "fileops/held_connections.h"
 #include "fileops/list_progress.h"
@@ -13,6 +14,7 @@
 #include "platform/error_text.h"
 #include "platform/paths.h"
 #include "platform/temp_file.h"
+#include "platform/text.h"
 
 namespace depot {
 namespace {
@@ -100,8 +102,7 @@ int OperateOneByOne(const CDepotItems& items, const CDepotItem& target, UINT ope
     for (std::size_t index = 0; index < items.Count(); ++index) {
         const CDepotItem& item = *items.At(index);
         if (operation != FO_DELETE && !names.Take(item)) {
-            DirectoryOf(target)->SetLastError(LDAP_ALREADY_EXISTS);
-            return 0;
+            return FailWith(*DirectoryOf(target), LDAP_ALREADY_EXISTS, errorText);
         }
         if (progress.IsStopped() || !connections.Hold(target.depot, target.path, nullptr) ||
             !connections.Hold(item.depot, item.path, nullptr) ||
@@ -134,6 +135,19 @@ int MoveItem(const CDepotItem& item, const CDepotItem* target, HWND window,
     }
     DeleteMovedSource(item, window);
     return 1;
+}
+
+// Tells whether the shell would replace what it has just moved by another item of that name, and
+// would not ask.
+bool ReplacesMovedItems(const std::vector<std::string>& sources, UINT operation,
+                        FILEOP_FLAGS flags) {
+    constexpr FILEOP_FLAGS kHasOtherNames = FOF_RENAMEONCOLLISION | FOF_MULTIDESTFILES;
+    const bool asks = (flags & FOF_NOCONFIRMATION) == 0;
+    if (operation != FO_MOVE || asks || (flags & kHasOtherNames) != 0) return false;
+    std::set<std::string> names;
+    return !std::all_of(sources.begin(), sources.end(), [&](const std::string& source) {
+        return names.insert(ToLower(NamePart(RemoveTrailingBackslash(source)))).second;
+    });
 }
 
 // Puts the system's last error into the error text.
@@ -238,6 +252,10 @@ int ShellOperation(const CDepotItems& items, const CDepotItem* target, UINT oper
     std::vector<std::string> sources;
     for (std::size_t index = 0; index < items.Count(); ++index) {
         sources.push_back(StoragePath(*items.At(index)));
+    }
+    if (ReplacesMovedItems(sources, operation, flags)) {
+        SetLastError(ERROR_ALREADY_EXISTS);
+        return FailShellOperation(errorText);
     }
     const std::string destination = target ? StoragePath(*target) : std::string();
     if (RunShellOperation(operation, sources, target ? &destination : nullptr, flags, window)) {

@@ -20,6 +20,8 @@ int DeleteItem(const CDepotItem& item);
 
 // Has the shell do one operation on all items of the list. An empty list succeeds. Items and
 // targets in directories are refused. The root of a depot is neither deleted nor moved nor renamed.
+// Items of one name are not moved together where the shell would not ask before it replaces the
+// first by the second.
 int ShellOperation(const CDepotItems& items, const CDepotItem* target, UINT operation,
                    FILEOP_FLAGS flags, HWND window, std::string* errorText);
 

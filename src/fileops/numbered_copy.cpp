@@ -27,7 +27,7 @@ std::optional<std::string> CopyNextToItself(CDepot& depot, const std::string& so
         [&](const std::string& taken) { return FileExists(depot, folder + taken) != 0; });
     if (!name) return std::nullopt;
     const std::string copy = folder + *name;
-    if (CopyFile(depot, source, copy, &depot, true, nullptr) == 0) return std::nullopt;
+    if (CopyToFreeName(depot, source, copy) == 0) return std::nullopt;
     return copy;
 }
 

@@ -12,7 +12,8 @@ namespace depot {
 // Copies `source`, a display path, to the first copy name that does not exist yet in its folder.
 // Only the first depot whose display prefix begins the folder is tried. Returns the display path of
 // the copy, or nothing when no depot matches, no name is free within kMaxCopyNames attempts, or the
-// copy fails.
+// copy fails, as it does when somebody else makes a file of that name meanwhile: nothing is
+// replaced.
 std::optional<std::string> MakeNumberedCopy(CDepots& depots, const std::string& source,
                                             CopyNameStyle style);
 

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "model/depot_paths.h"
+#include "model/fetched_file.h"
 #include "model/recovered_files.h"
 #include "platform/error_text.h"
 #include "platform/local_file.h"
@@ -95,23 +96,66 @@ std::vector<LocalChild> LocalChildren(CLDAPItems& directory, const LdapItemList&
     return found;
 }
 
-// Returns whether the entry itself could be listed.
-int FetchTree(CLDAPItems& directory, const std::string& dn, const std::string& localFolder,
-              std::uint32_t& unsafeNames) {
-    LdapItemList children;
-    const int listed = directory.ListChildren(dn, children);
-    if (children.Count() > 0) EnsureLocalFolder(localFolder);
-    const std::vector<LocalChild> found = LocalChildren(directory, children, unsafeNames);
-    for (const LocalChild& child : found) {
-        if (!child.isFolder) FetchFile(directory, child.dn, JoinPath(localFolder, child.name));
+// Fetches the files of a subtree into one local folder. Going on after a failure, it remembers the
+// first one.
+class TreeFetch {
+public:
+    TreeFetch(CLDAPItems& directory, const std::string& localFolder)
+        : directory_(directory), localFolder_(localFolder) {}
+
+    // Returns the directory's code of the first failure. A server's tree may be deeper than the
+    // stack, so that what is left to do is kept in a list.
+    std::uint32_t Run(const std::string& dn) {
+        Visit(dn);
+        while (!folders_.empty()) {
+            const LocalChild folder = std::move(folders_.back());
+            folders_.pop_back();
+            EnsureFolder(JoinPath(localFolder_, folder.name));
+            Visit(folder.dn);
+        }
+        return code_;
     }
-    for (const LocalChild& child : found) {
-        if (!child.isFolder) continue;
-        EnsureLocalFolder(JoinPath(localFolder, child.name));
-        FetchTree(directory, child.dn, localFolder, unsafeNames);
+
+    std::uint32_t UnsafeNames() const { return unsafeNames_; }
+
+private:
+    void Note(std::uint32_t code) {
+        if (code_ == LDAP_SUCCESS) code_ = code;
     }
-    return listed;
-}
+    void EnsureFolder(const std::string& path) {
+        if (!EnsureLocalFolder(path)) Note(LDAP_LOCAL_ERROR);
+    }
+
+    void Visit(const std::string& dn) {
+        LdapItemList children;
+        if (directory_.ListChildren(dn, children) == 0) Note(directory_.LastError());
+        if (children.Count() > 0) EnsureFolder(localFolder_);
+        std::vector<LocalChild> found = LocalChildren(directory_, children, unsafeNames_);
+        for (const LocalChild& child : found) {
+            if (!child.isFolder) FetchFile(child);
+        }
+        // The last one is taken first.
+        for (auto child = found.rbegin(); child != found.rend(); ++child) {
+            if (child->isFolder) folders_.push_back(std::move(*child));
+        }
+    }
+
+    void FetchFile(const LocalChild& file) {
+        FileBuffer contents;
+        if (directory_.ReadFileContents(file.dn, contents) == 0) {
+            Note(directory_.LastError());
+            return;
+        }
+        Note(WriteFetchedFile(contents, JoinPath(localFolder_, file.name),
+                              ExistingFile::kIsReplaced));
+    }
+
+    CLDAPItems& directory_;
+    const std::string& localFolder_;
+    std::vector<LocalChild> folders_;
+    std::uint32_t unsafeNames_ = 0;
+    std::uint32_t code_ = LDAP_SUCCESS;
+};
 
 int FailWithParameterError(CLDAPItems& directory, std::string* errorText) {
     directory.SetLastError(LDAP_PARAM_ERROR);
@@ -327,10 +371,13 @@ int DownloadTree(CLDAPItems& directory, const std::string& dn, const std::string
                  bool connect, std::string* errorText) {
     const ClosingScope closing(directory, connect);
     if (connect && !directory.IsConnected() && !OpenDirectory(directory, errorText)) return 0;
-    std::uint32_t unsafeNames = 0;
-    const int listed = FetchTree(directory, dn, localFolder, unsafeNames);
-    if (unsafeNames > 0 && errorText != nullptr) *errorText = UnsafeNamesText(unsafeNames);
-    return listed;
+    TreeFetch fetch(directory, localFolder);
+    const std::uint32_t code = fetch.Run(dn);
+    if (fetch.UnsafeNames() > 0 && errorText != nullptr) {
+        *errorText = UnsafeNamesText(fetch.UnsafeNames());
+    }
+    if (code != LDAP_SUCCESS) directory.SetLastError(code);
+    return code == LDAP_SUCCESS ? 1 : 0;
 }
 
 }  // namespace depot

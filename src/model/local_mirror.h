@@ -73,8 +73,10 @@ int UploadNewFile(CLDAPItems& directory, const std::string& localPath, const std
                   bool connect, std::string* errorText);
 
 // Writes the files of a subtree into one local folder, which is created when there is anything to
-// put there. Returns whether the entry itself could be listed. Entries whose names must not become
-// local names are left out; `errorText`, where one is given, then says how many.
+// put there. A file that exists is replaced only by one that was read and written whole. What
+// cannot be listed, read or written is passed over, and makes the result 0 with the code of the
+// first such failure as the last error. Entries whose names must not become local names are left
+// out; `errorText`, where one is given, then says how many.
 //
 // Kept: every file lands in the folder itself, and the subfolders are created but stay empty.
 // Relied on by: existing clients, which look for all files in one place.

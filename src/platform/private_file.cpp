@@ -49,4 +49,14 @@ void MakePrivate(const std::string& path) noexcept {
     if (built) SetFileSecurityA(path.c_str(), DACL_SECURITY_INFORMATION, &descriptor);
 }
 
+void CopyRights(const std::string& from, const std::string& to) {
+    DWORD size = 0;
+    GetFileSecurityA(from.c_str(), DACL_SECURITY_INFORMATION, nullptr, 0, &size);
+    std::vector<BYTE> rights(size);
+    if (size > 0 &&
+        GetFileSecurityA(from.c_str(), DACL_SECURITY_INFORMATION, rights.data(), size, &size)) {
+        SetFileSecurityA(to.c_str(), DACL_SECURITY_INFORMATION, rights.data());
+    }
+}
+
 }  // namespace depot

@@ -1,4 +1,4 @@
-// Files that are nobody else's business.
+// Who may use a file.
 #pragma once
 
 #include <string>
@@ -8,5 +8,8 @@ namespace depot {
 // Takes the file from everyone but the user of the calling thread, whatever its folder allows. A
 // file system that keeps no rights leaves it as it is.
 void MakePrivate(const std::string& path) noexcept;
+
+// Gives a file the access list of another one, as far as both can be reached.
+void CopyRights(const std::string& from, const std::string& to);
 
 }  // namespace depot

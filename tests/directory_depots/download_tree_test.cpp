@@ -6,8 +6,23 @@
 namespace depot {
 namespace {
 
+// The searches that fail, by the name of their entry.
+std::string failing;
+DirectoryClient real;
+
 class DownloadTreeTest : public test::DirectoryFixture {
 protected:
+    void FailSearchesFor(const std::string& name) {
+        failing = name;
+        real = Connected().Client();
+        Connected().Client().ldap_search_s = [](LDAP* connection, PCHAR base, ULONG scope,
+                                                PCHAR filter, PCHAR* attributes, ULONG typesOnly,
+                                                LDAPMessage** result) -> ULONG {
+            if (std::string(base).substr(3, failing.size()) == failing) return LDAP_BUSY;
+            return real.ldap_search_s(connection, base, scope, filter, attributes, typesOnly,
+                                      result);
+        };
+    }
     std::string Dn(const std::string& name) const { return "cn=" + name + "," + base_; }
 
     test::ScratchFolder local_;
@@ -65,12 +80,71 @@ TEST_F(DownloadTreeTest, AServerThatCannotBeReachedCreatesNothing) {
     EXPECT_NE("junk", text_);
 }
 
-TEST_F(DownloadTreeTest, AFileThatCannotBeWrittenIsSkipped) {
+TEST_F(DownloadTreeTest, AFileThatCannotBeWrittenIsPassedOverAndReported) {
     server_.AddFile("a.krc", base_, "one");
     server_.AddFile("b.krc", base_, "two");
     local_.MakeFolder("a.krc");
-    EXPECT_EQ(1, DownloadTree(Connected(), base_, local_.Path(), false, &text_));
+    EXPECT_EQ(0, DownloadTree(Connected(), base_, local_.Path(), false, &text_));
+    EXPECT_EQ(std::uint32_t{LDAP_LOCAL_ERROR}, Connected().LastError());
     EXPECT_EQ("two", test::FileBytes(local_.At("b.krc")));
+}
+
+TEST_F(DownloadTreeTest, AFileThatCannotBeReadLeavesTheLocalOneAndIsReported) {
+    server_.AddFile("a.krc", base_, "one");
+    server_.AddFile("b.krc", base_, "two");
+    for (const char* name : {"a.krc", "b.krc"}) local_.MakeFile(name, "old");
+    FailSearchesFor("a.krc");
+    EXPECT_EQ(0, DownloadTree(Connected(), base_, local_.Path(), false, &text_));
+    EXPECT_EQ(std::uint32_t{LDAP_BUSY}, Connected().LastError());
+    EXPECT_EQ("old", test::FileBytes(local_.At("a.krc")));
+    EXPECT_EQ("two", test::FileBytes(local_.At("b.krc")));
+}
+
+TEST_F(DownloadTreeTest, AFileWhoseBytesCannotBeSeenReplacesNothing) {
+    server_.AddFile("a.krc", base_, "one");
+    server_.AddFile("b.krc", base_, "two");
+    local_.MakeFile("a.krc", "old");
+    Connected().Location().fileContentsAttributeName = "description";
+    EXPECT_EQ(0, DownloadTree(Connected(), base_, local_.Path(), false, &text_));
+    EXPECT_EQ(std::uint32_t{LDAP_NO_SUCH_ATTRIBUTE}, Connected().LastError());
+    EXPECT_EQ("old", test::FileBytes(local_.At("a.krc")));
+    EXPECT_EQ("", test::FileBytes(local_.At("b.krc")));
+}
+
+TEST_F(DownloadTreeTest, AFolderThatCannotBeListedIsPassedOverAndReported) {
+    server_.AddFolder("deep", base_);
+    server_.AddFolder("sub", base_);
+    server_.AddFile("b.krc", Dn("sub"), "two");
+    FailSearchesFor("deep");
+    EXPECT_EQ(0, DownloadTree(Connected(), base_, local_.Path(), false, &text_));
+    EXPECT_EQ(std::uint32_t{LDAP_BUSY}, Connected().LastError());
+    EXPECT_EQ("two", test::FileBytes(local_.At("b.krc")));
+    EXPECT_TRUE(test::Exists(local_.At("deep")));
+}
+
+TEST_F(DownloadTreeTest, ASubfolderThatCannotBeMadeIsReportedAndItsFilesCome) {
+    server_.AddFolder("sub", base_);
+    server_.AddFile("b.krc", Dn("sub"), "two");
+    local_.MakeFile("sub", "a file");
+    EXPECT_EQ(0, DownloadTree(Connected(), base_, local_.Path(), false, &text_));
+    EXPECT_EQ(std::uint32_t{LDAP_LOCAL_ERROR}, Connected().LastError());
+    EXPECT_EQ("two", test::FileBytes(local_.At("b.krc")));
+    EXPECT_EQ("a file", test::FileBytes(local_.At("sub")));
+}
+
+TEST_F(DownloadTreeTest, OfFilesOfOneNameInTheTreeTheLastOneInListOrderStays) {
+    server_.AddFile("a.krc", base_, "top");
+    server_.AddFolder("one", base_);
+    server_.AddFile("a.krc", Dn("one"), "1");
+    server_.AddFolder("two", base_);
+    server_.AddFolder("deep", Dn("one"));
+    server_.AddFile("a.krc", "cn=deep," + Dn("one"), "deep");
+    server_.AddFile("b.krc", "cn=deep," + Dn("one"), "deep");
+    server_.AddFile("b.krc", Dn("two"), "2");
+    EXPECT_EQ(1, DownloadTree(Connected(), base_, local_.Path(), false, &text_));
+    // Each folder with all that is below it comes before the next one.
+    EXPECT_EQ("deep", test::FileBytes(local_.At("a.krc")));
+    EXPECT_EQ("2", test::FileBytes(local_.At("b.krc")));
 }
 
 }  // namespace

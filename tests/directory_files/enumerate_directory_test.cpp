@@ -5,6 +5,7 @@
 #include "config/file_types.h"
 #include "config/profile_file.h"
 #include "directory_files/directory_world.h"
+#include "fileops/allocation_count.h"
 #include "model/local_mirror.h"
 #include "platform/paths.h"
 #include "platform/text.h"
@@ -217,6 +218,20 @@ TEST_F(EnumerateDirectoryTest, EveryTypeIsClassifiedAsByFetchingTheFile) {
         EXPECT_EQ(1u, item.kindFlags);
     }
     EXPECT_TRUE(sawSession);
+}
+
+TEST_F(EnumerateDirectoryTest, AnItemThatMemoryRunsOutForIsLeftOut) {
+    server_.AddFile("a.kra", base_, "x");
+    server_.AddFolder("sub", base_);
+    server_.AddFile("c.kra", base_, "x");
+    const ConnectionScope connection(Directory(), nullptr);
+    const std::set<int> counts = test::CountsWithoutMemory([&] {
+        list_.RemoveAll(true);
+        return List("<Work>\\", ".*");
+    });
+    EXPECT_TRUE(counts.contains(2));
+    // Half a listing of the directory counts as none.
+    EXPECT_FALSE(counts.contains(1));
 }
 
 TEST_F(EnumerateDirectoryTest, AServerThatIsDownListsNothing) {

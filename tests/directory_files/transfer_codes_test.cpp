@@ -9,6 +9,8 @@ namespace {
 
 constexpr ExistingEntries kReplace = ExistingEntries::kReplace;
 
+using test::MessageFor;
+
 class TransferCodesTest : public test::TransferTest {
 protected:
     // Another connection to the same place, which goes by another name.
@@ -181,6 +183,39 @@ TEST_F(DepotRootTest, APlainPathBesideADirectoryDepotIsAFileOfItsOwn) {
     EXPECT_EQ("1", Contents(DN("cn=plain.kra")));
     EXPECT_EQ(1, ItemOperation({At("copy.kra"), work_}, nullptr, FO_DELETE, nullptr, nullptr));
     EXPECT_FALSE(test::Exists(At("copy.kra")));
+}
+
+TEST_F(DepotRootTest, ARefusedMoveTellsItsReason) {
+    AddTree("tree");
+    Make("h\\a.kra", "1");
+    const auto text = [](DWORD error, const std::string& path) {
+        std::string formatted;
+        FormatErrorText(error, path.c_str(), "Quillon", &formatted, nullptr);
+        return formatted;
+    };
+    const auto refused = [&](CDepot& depot, const std::string& from, const std::string& to,
+                             CDepot* target) {
+        error_ = "junk";
+        EXPECT_EQ(0, MoveFile(depot, from, to, nullptr, target, &error_));
+        return error_;
+    };
+    // Roots, another kind of store, another server, no folder at all.
+    EXPECT_EQ(MessageFor(LDAP_PARAM_ERROR), refused(*work_, "<Work>\\", "<Work>\\x", nullptr));
+    EXPECT_EQ(MessageFor(LDAP_PARAM_ERROR), refused(*work_, "<Work>\\tree", "<Home>\\x", &home_));
+    EXPECT_EQ(text(ERROR_INVALID_PARAMETER, "<Home>\\x"),
+              refused(home_, "<Home>\\", "<Home>\\x", nullptr));
+    EXPECT_EQ(text(ERROR_INVALID_PARAMETER, "<Work>\\x"),
+              refused(home_, "<Home>\\a.kra", "<Work>\\x", work_));
+    EXPECT_EQ(text(ERROR_INVALID_PARAMETER, "x"), refused(home_, "<Home>\\a.kra", "x", nullptr));
+    auto other = server_.Location(base_).Clone();
+    other->port = test::ClosedPort();
+    CDepot away(&world_.depots);
+    away.name = "Away";
+    other->owner = away.paths.get();
+    away.paths->Append(std::move(other));
+    EXPECT_EQ(MessageFor(LDAP_PARAM_ERROR), refused(*work_, "<Work>\\tree", "<Away>\\x", &away));
+    ExpectTree(DN("cn=tree"));
+    EXPECT_TRUE(test::Exists(At("h\\a.kra")));
 }
 
 TEST_F(DepotRootTest, TheShellNeverTakesAnEntryForAPath) {

@@ -207,6 +207,37 @@ TEST_F(ShellCallsTest, MoveCountsAsDoneWhenTheShellCannotDeleteTheSource) {
     EXPECT_EQ("junk", error_);
 }
 
+TEST_F(ShellCallsTest, FilesOfOneNameAreNotMovedTogetherWhenTheShellMayNotAsk) {
+    const std::vector<std::string> sources = {"<Home>\\from\\a.kra", "<Home>\\from\\other\\A.kra",
+                                              "<Home>\\from\\dir"};
+    folder_.MakeFile("from\\a.kra", "1");
+    folder_.MakeFile("from\\other\\A.kra", "2");
+    folder_.MakeFile("from\\dir\\b.kra", "3");
+    const StoreContents before = folder_.Contents();
+    EXPECT_EQ(0, OnList(FO_MOVE, sources, "<Home>\\to"));
+    EXPECT_EQ(Message(ERROR_ALREADY_EXISTS, nullptr), error_);
+    EXPECT_THAT(calls, IsEmpty());
+    EXPECT_EQ(before, folder_.Contents());
+}
+
+TEST_F(ShellCallsTest, FilesOfOneNameReachAShellThatReplacesNothingUnasked) {
+    CDepotItems items;
+    items.Append(Item("<Home>\\from\\a.kra").Clone());
+    items.Append(Item("<Home>\\from\\other\\A.kra").Clone());
+    const CDepotItem to = Item("<Home>\\to");
+    answer = {false, 0, FALSE, 0};
+    for (const auto& [operation, flags] : {std::pair<UINT, FILEOP_FLAGS>(FO_COPY, kQuietFlags),
+                                           {FO_DELETE, kQuietFlags},
+                                           {FO_MOVE, 0},
+                                           {FO_MOVE, FOF_NOCONFIRMATION | FOF_RENAMEONCOLLISION}}) {
+        calls.clear();
+        const CDepotItem* const target = operation == FO_DELETE ? nullptr : &to;
+        EXPECT_EQ(1, ListOperation(items, target, operation, flags, nullptr, &error_));
+        ASSERT_EQ(1u, calls.size());
+        EXPECT_EQ(2u, calls[0].sources.size());
+    }
+}
+
 TEST_F(ShellCallsTest, NothingThatHasNoPlaceReachesTheShell) {
     folder_.MakeFile("from\\a.kra", "1");
     const CDepotItem nowhere;

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "config/file_types.h"
+#include "fileops/allocation_count.h"
 #include "manager/depot_world.h"
 #include "platform/paths.h"
 
@@ -189,6 +190,20 @@ TEST_F(EnumerateTest, ItemsCarryTypeKindDepotAndFindData) {
     EXPECT_EQ(1u, Item("<Work>\\a.kra").findData->nFileSizeLow);
     ASSERT_NE(nullptr, Item("<Work>\\sub").findData);
     EXPECT_NE(0u, Item("<Work>\\sub").findData->dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY);
+}
+
+TEST_F(EnumerateTest, AnItemThatMemoryRunsOutForIsLeftOutAndNotCounted) {
+    Make("a.kra");
+    Make("sub\\b.kra");
+    Make("c.kra");
+    const std::set<int> counts = test::CountsWithoutMemory([&] {
+        list_.RemoveAll(true);
+        const int count = List("<Work>\\", ".*");
+        EXPECT_EQ(static_cast<std::size_t>(count), list_.Count());
+        return count;
+    });
+    EXPECT_TRUE(counts.contains(2));
+    EXPECT_EQ(3, List("<Work>\\", ".*"));
 }
 
 TEST_F(EnumerateTest, NamesThatLookLikeSyntaxAreListedAsTheyAre) {

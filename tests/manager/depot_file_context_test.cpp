@@ -8,6 +8,7 @@
 #include "support/box_log.h"
 #include "support/import_patch.h"
 #include "support/random_text.h"
+#include "support/unix_path.h"
 
 namespace depot {
 namespace {
@@ -70,6 +71,19 @@ TEST_F(DepotFileContextTest, AnExistingFileOutsideEveryRootIsAPlainFile) {
     EXPECT_EQ(path, file.depotPath);
     EXPECT_EQ(path, file.localPath);
     EXPECT_FALSE(file.IsInDirectory());
+}
+
+TEST_F(DepotFileContextTest, AnExistingFileWhosePathBeginsWithTwoBackslashesIsAPlainFile) {
+    const std::string path = test::NetworkPath(world_.folder.MakeFile("plain.ini", "[a]\nb=1\n"));
+    ASSERT_TRUE(path.starts_with("\\\\"));
+    ASSERT_EQ(std::string::npos, path.find(":\\"));
+    const DepotFileContext file(path, world_.depots);
+    EXPECT_EQ(nullptr, file.depot);
+    EXPECT_EQ(path, file.depotPath);
+    EXPECT_EQ(path, file.localPath);
+    EXPECT_EQ(1u, file.ReadInt("a", "b", 0));
+    const DepotFileContext missing(path + "x", world_.depots);
+    EXPECT_EQ(&home_, missing.depot);
 }
 
 TEST_F(DepotFileContextTest, AnExistingFolderIsAPlainFileToo) {

@@ -1,8 +1,8 @@
 #include "support/many_files.h"
 
-#include "platform/compiler.h"
 #include "platform/win32.h"
 #include "support/scratch.h"
+#include "support/unix_path.h"
 
 namespace depot::test {
 namespace {
@@ -11,19 +11,6 @@ constexpr DWORD kLongestWait = 60'000;
 
 std::string FileName(int number) {
     return "f" + std::to_string(number) + ".kra";
-}
-
-// Returns the folder's path as the system below Wine knows it; empty on Windows itself.
-std::string UnixPath(const std::string& folder) {
-    using GetUnixName = char*(CDECL*)(LPCWSTR);
-    const auto getUnixName = FunctionCast<GetUnixName>(
-        GetProcAddress(GetModuleHandleA("kernel32.dll"), "wine_get_unix_file_name"));
-    if (getUnixName == nullptr) return {};
-    const std::wstring wide(folder.begin(), folder.end());
-    char* const found = getUnixName(wide.c_str());
-    const std::string path = found ? found : "";
-    HeapFree(GetProcessHeap(), 0, found);
-    return path;
 }
 
 // A program of the system below cannot be waited for: it tells that it is done by a file.

@@ -1,0 +1,82 @@
+#include "fileops/fetch_from_directory.h"
+
+#include <algorithm>
+
+#include "fileops/transfer_source.h"
+#include "model/depot_paths.h"
+#include "model/fetched_file.h"
+#include "platform/local_file.h"
+#include "platform/paths.h"
+
+namespace depot {
+namespace {
+
+std::uint32_t WriteContents(const FileBuffer& contents, const std::string& path,
+                            ExistingEntries existing) {
+    const bool replaces = existing == ExistingEntries::kReplace;
+    return WriteFetchedFile(contents, path,
+                            replaces ? ExistingFile::kIsReplaced : ExistingFile::kStays);
+}
+
+std::uint32_t FetchFile(CLDAPItems& directory, const TransferStep& step, const TransferRules& rules,
+                        TransferProgress& progress) {
+    FileBuffer contents;
+    if (directory.ReadFileContents(step.dn, contents) == 0) return directory.LastError();
+    const bool mustBeSeen = rules.refusesUnseenBytes || rules.fate == SourceFate::kGoes;
+    if (!contents.bytes && mustBeSeen) return LDAP_NO_SUCH_ATTRIBUTE;
+    // A file's name without a dot lets the deletion look for entries below it.
+    if (rules.fate == SourceFate::kGoes && LooksLikeFolder(directory, step.dn)) {
+        const std::uint32_t code = RefuseChildren(directory, step.dn);
+        if (code != LDAP_SUCCESS) return code;
+    }
+    progress.bytesDone += contents.length;
+    return WriteContents(contents, step.localPath, rules.existing);
+}
+
+bool AnyLocalFileExists(const TransferPlan& plan) {
+    return std::any_of(plan.steps.begin(), plan.steps.end(), [](const TransferStep& step) {
+        return !step.isFolder && PathExists(step.localPath);
+    });
+}
+
+}  // namespace
+
+std::uint32_t FetchTree(CLDAPItems& directory, const std::string& dn, const LdapItemList& children,
+                        const std::string& folder, const TransferRules& rules,
+                        std::uint32_t& unsafeNames) {
+    TransferPlan plan;
+    if (!PlanDownload(directory, dn, children, folder, plan)) return directory.LastError();
+    unsafeNames = plan.unsafeNames;
+    if (unsafeNames > 0 && rules.fate == SourceFate::kGoes) return LDAP_NAMING_VIOLATION;
+    if (rules.existing == ExistingEntries::kRefuse && AnyLocalFileExists(plan)) {
+        return LDAP_ALREADY_EXISTS;
+    }
+    const std::uint32_t code = RunPlan(
+        plan, rules.watcher,
+        [](const TransferStep& step) -> std::uint32_t {
+            return EnsureLocalFolder(step.localPath) ? LDAP_SUCCESS : LDAP_LOCAL_ERROR;
+        },
+        [&](const TransferStep& step, TransferProgress& progress) {
+            return FetchFile(directory, step, rules, progress);
+        });
+    const bool incomplete = code == LDAP_SUCCESS && unsafeNames > 0;
+    return incomplete ? std::uint32_t{LDAP_NAMING_VIOLATION} : code;
+}
+
+std::uint32_t Fetch(CLDAPItems& directory, const std::string& dn, const std::string& localPath,
+                    const TransferRules& rules, std::uint32_t& unsafeNames) {
+    SourceEntry source;
+    std::uint32_t code = ReadSource(directory, dn, rules.fate, source);
+    if (code != LDAP_SUCCESS) return code;
+    if (source.isFolder) {
+        return FetchTree(directory, dn, source.children, localPath, rules, unsafeNames);
+    }
+    if (rules.existing == ExistingEntries::kRefuse && PathExists(localPath)) {
+        return LDAP_ALREADY_EXISTS;
+    }
+    code = WriteContents(source.contents, localPath, rules.existing);
+    if (code == LDAP_SUCCESS) NoteSingleFile(rules.watcher, source.contents.length);
+    return code;
+}
+
+}  // namespace depot

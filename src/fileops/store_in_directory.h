@@ -1,0 +1,22 @@
+// Storing files and trees in a directory that is connected. All return the directory's code.
+#pragma once
+
+#include <string>
+
+#include "fileops/transfer_rules.h"
+
+namespace depot {
+
+// Adds the file with the folders above it, or replaces what an entry of its name holds.
+std::uint32_t StoreContents(CLDAPItems& directory, const std::string& dn, const void* bytes,
+                            std::uint32_t length, ExistingEntries existing);
+
+// Stores the local file of a step, and adds its bytes to the progress.
+std::uint32_t StoreFile(CLDAPItems& directory, const TransferStep& step, ExistingEntries existing,
+                        TransferProgress& progress);
+
+// Stores a local folder with its tree as the entry.
+std::uint32_t StoreTree(CLDAPItems& directory, const std::string& folder, const std::string& dn,
+                        const TransferRules& rules);
+
+}  // namespace depot

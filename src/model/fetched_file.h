@@ -1,0 +1,21 @@
+// An entry's bytes on their way into a file of the user's.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "directory/ldap_items.h"
+
+namespace depot {
+
+// What becomes of a local file of that name.
+enum class ExistingFile { kStays, kIsReplaced };
+
+// Writes what was read of a file entry to a local file. Returns 0 or a directory code: 68 when
+// there is a file that is to stay, 16 when there is one and the entry showed no bytes that could
+// take the place of its own, 82 when the bytes cannot be written. A file that was there is then as
+// it was.
+std::uint32_t WriteFetchedFile(const FileBuffer& contents, const std::string& path,
+                               ExistingFile existing);
+
+}  // namespace depot

@@ -1,0 +1,147 @@
+// Deleting entries with what is below them.
+#include "directory/entries_fixture.h"
+
+namespace depot {
+namespace {
+
+using test::MessageFor;
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+using DeletionTest = test::EntriesTest;
+
+TEST_F(DeletionTest, OfAFileIsDone) {
+    server_.AddFile("a.krc", base_, "x");
+    EXPECT_EQ(1, Connected().DeleteTree(Dn("a.krc"), &text_));
+    EXPECT_FALSE(server_.Holds(Dn("a.krc")));
+    EXPECT_EQ("junk", text_);
+}
+
+TEST_F(DeletionTest, OfAFolderTakesFilesThenEmptyFoldersThenFullOnes) {
+    server_.AddFolder("tree", base_);
+    server_.AddFolder("empty", Dn("tree"));
+    server_.AddFolder("full", Dn("tree"));
+    server_.AddFile("b.krc", "cn=full," + Dn("tree"), "b");
+    server_.AddFile("a.krc", Dn("tree"), "a");
+    Connected();
+    server_.Mark();
+    EXPECT_EQ(1, Connected().DeleteTree(Dn("tree"), &text_));
+    const std::string log = server_.Log();
+    EXPECT_EQ(2, server_.Counts().searches);
+    std::vector<std::string> deleted;
+    constexpr std::string_view kDeletion = "DEL dn=\"cn=";
+    for (std::size_t at = log.find(kDeletion); at != std::string::npos;
+         at = log.find(kDeletion, at + 1)) {
+        const std::size_t name = at + kDeletion.size();
+        deleted.push_back(log.substr(name, log.find(',', name) - name));
+    }
+    // The server is free to list the two folders in any order.
+    EXPECT_THAT(deleted,
+                testing::AnyOf(ElementsAre("a.krc", "empty", "full", "b.krc", "full", "tree"),
+                               ElementsAre("a.krc", "full", "b.krc", "full", "empty", "tree")));
+    EXPECT_FALSE(server_.Holds(Dn("tree")));
+}
+
+TEST_F(DeletionTest, OfNothingIsAParameterError) {
+    EXPECT_EQ(0, Connected().DeleteTree("", &text_));
+    EXPECT_EQ(89u, Connected().LastError());
+    EXPECT_EQ(MessageFor(89), text_);
+    EXPECT_EQ(0, Connected().DeleteTree("", nullptr));
+}
+
+TEST_F(DeletionTest, OfAMissingEntryFails) {
+    EXPECT_EQ(0, Connected().DeleteTree(Dn("missing"), &text_));
+    EXPECT_EQ(32u, Connected().LastError());
+    EXPECT_EQ(MessageFor(32), text_);
+}
+
+TEST_F(DeletionTest, LeavesAFolderThatHoldsOtherEntries) {
+    server_.AddFolder("tree", base_);
+    server_.AddFile("a.krc", Dn("tree"), "a");
+    server_.Apply("dn: cn=p," + Dn("tree") + "\nobjectClass: person\ncn: p\nsn: p\n");
+    EXPECT_EQ(0, Connected().DeleteTree(Dn("tree"), &text_));
+    EXPECT_EQ(66u, Connected().LastError());
+    EXPECT_FALSE(server_.Holds("cn=a.krc," + Dn("tree")));
+    EXPECT_TRUE(server_.Holds("cn=p," + Dn("tree")));
+}
+
+TEST_F(DeletionTest, GoesOnBehindAChildThatCannotBeDeleted) {
+    server_.AddFolder("tree", base_);
+    for (const char* name : {"a.krc", "b.krc", "c.krc"}) server_.AddFile(name, Dn("tree"), "x");
+    for (const char* name : {"d", "e", "f"}) {
+        server_.AddFolder(name, Dn("tree"));
+        server_.AddFile("x.krc", std::string("cn=") + name + "," + Dn("tree"), "x");
+    }
+    // One file and one folder resist, whatever their place in the server's order.
+    static DirectoryClient genuine;
+    BindDirectoryClient(genuine);
+    Connected().Client().ldap_delete_s = [](LDAP* connection, PCHAR dn) -> ULONG {
+        const std::string name(dn);
+        const bool resists = name.find("=b.krc,") != std::string::npos || name.starts_with("CN=e,");
+        return resists ? ULONG{LDAP_INSUFFICIENT_RIGHTS} : genuine.ldap_delete_s(connection, dn);
+    };
+    EXPECT_EQ(0, Connected().DeleteTree(Dn("tree"), &text_));
+    const std::string left = server_.Show(Dn("tree"), "sub", "1.1");
+    EXPECT_THAT(left, HasSubstr("cn=b.krc,"));
+    EXPECT_THAT(left, HasSubstr("cn=e,"));
+    for (const char* name : {"a.krc", "c.krc", "d", "f", "x.krc"}) {
+        EXPECT_THAT(left, testing::Not(HasSubstr(std::string("cn=") + name + ","))) << name;
+    }
+    // The tree itself still holds two; the failure of the file was told before.
+    EXPECT_EQ(66u, Connected().LastError());
+    EXPECT_EQ(MessageFor(66), text_);
+}
+
+TEST_F(DeletionTest, FailureOfAFileIsToldAlsoWhenTheFolderItselfGoes) {
+    server_.AddFolder("tree", base_);
+    server_.AddFile("a.krc", Dn("tree"), "x");
+    static DirectoryClient genuine;
+    BindDirectoryClient(genuine);
+    // Deleted, but the client says otherwise.
+    Connected().Client().ldap_delete_s = [](LDAP* connection, PCHAR dn) -> ULONG {
+        const ULONG code = genuine.ldap_delete_s(connection, dn);
+        return std::string(dn).starts_with("CN=a.krc,") ? ULONG{LDAP_BUSY} : code;
+    };
+    EXPECT_EQ(1, Connected().DeleteTree(Dn("tree"), &text_));
+    EXPECT_EQ(MessageFor(LDAP_BUSY).empty() ? "junk" : MessageFor(LDAP_BUSY), text_);
+    EXPECT_FALSE(server_.Holds(Dn("tree")));
+}
+
+TEST_F(DeletionTest, OfATreeDeeperThanAnyStackLeavesNothing) {
+    constexpr int kDepth = 1'000;
+    std::string dn = base_, tree;
+    for (int level = 0; level < kDepth; ++level) {
+        dn = "cn=d," + dn;
+        tree += "dn: " + dn + "\nobjectClass: quillonFolder\ncn: d\n\n";
+    }
+    server_.Apply(tree);
+    server_.AddFile("a.krc", dn, "x");
+    ASSERT_TRUE(server_.Holds(dn));
+    EXPECT_EQ(1, Connected().DeleteTree(Dn("d"), &text_));
+    EXPECT_FALSE(server_.Holds(Dn("d")));
+    EXPECT_EQ("junk", text_);
+}
+
+// The server lists the same folder again below each folder.
+TEST_F(DeletionTest, OfATreeWithoutAnEndIsAFailure) {
+    server_.AddFolder(std::string(200, 'd'), base_);
+    static DirectoryClient genuine;
+    static std::string base;
+    base = base_;
+    genuine = Connected().Client();
+    Connected().Client().ldap_search_s = [](LDAP* connection, PCHAR, ULONG scope, PCHAR filter,
+                                            PCHAR* attributes, ULONG typesOnly,
+                                            LDAPMessage** result) -> ULONG {
+        return genuine.ldap_search_s(connection, base.data(), scope, filter, attributes, typesOnly,
+                                     result);
+    };
+    Connected().Client().ldap_delete_s = [](LDAP*, PCHAR) -> ULONG {
+        return LDAP_NOT_ALLOWED_ON_NONLEAF;
+    };
+    EXPECT_EQ(0, Connected().DeleteTree(base_, &text_));
+    EXPECT_EQ(89u, Connected().LastError());
+    EXPECT_EQ(MessageFor(89), text_);
+}
+
+}  // namespace
+}  // namespace depot

@@ -1,0 +1,221 @@
+// Listing the children of a folder.
+#include "directory/entries_fixture.h"
+
+namespace depot {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::UnorderedElementsAre;
+
+class ListingTest : public test::EntriesTest {
+protected:
+    std::vector<std::string> List(const std::string& localBase = {}) {
+        std::vector<std::string> children;
+        LdapItemList items;
+        items.Add("junk", true);
+        EXPECT_EQ(1, Connected().ListChildren(base_, items, localBase));
+        for (const CLDAPItem* item : items) {
+            children.push_back((item->isFolder ? "folder " : "file ") + item->path);
+        }
+        return children;
+    }
+};
+
+TEST_F(ListingTest, TellsFoldersAndFilesByTheirClass) {
+    server_.AddFolder("v1.2", base_);
+    server_.AddFile("plain", base_, "x");
+    EXPECT_THAT(List(), UnorderedElementsAre("folder CN=v1.2," + base_, "file CN=plain," + base_));
+}
+
+TEST_F(ListingTest, AnEmptyFolderSucceedsWithNothing) {
+    EXPECT_THAT(List(), IsEmpty());
+}
+
+TEST_F(ListingTest, LeavesOutEntriesOfOtherClasses) {
+    server_.Apply("dn: " + Dn("person") + "\nobjectClass: person\ncn: person\nsn: person\n");
+    server_.AddFile("a.krc", base_, "x");
+    EXPECT_THAT(List(), ElementsAre("file CN=a.krc," + base_));
+}
+
+TEST_F(ListingTest, TakesDirectChildrenOnly) {
+    server_.AddFolder("sub", base_);
+    server_.AddFile("a.krc", Dn("sub"), "x");
+    EXPECT_THAT(List(), ElementsAre("folder CN=sub," + base_));
+}
+
+TEST_F(ListingTest, WithALocalBaseGivesLocalPaths) {
+    server_.AddFolder("sub", base_);
+    server_.AddFile("a.krc", base_, "x");
+    EXPECT_THAT(List("C:\\local"),
+                UnorderedElementsAre("folder C:\\local\\sub", "file C:\\local\\a.krc"));
+    EXPECT_EQ(0u, Connected().UnsafeNames());
+}
+
+TEST_F(ListingTest, WithALocalBaseLeavesOutNamesThatLeadElsewhere) {
+    for (const char* name : {"..\\5Cup.krc", "nul.krc", "a/b.krc", "c:x.krc", ".."}) {
+        server_.AddFile(name, base_, "x");
+    }
+    server_.AddFile("good.krc", base_, "x");
+    EXPECT_THAT(List("C:\\local"), ElementsAre("file C:\\local\\good.krc"));
+    EXPECT_EQ(5u, Connected().UnsafeNames());
+    EXPECT_EQ(6u, List().size());
+    EXPECT_EQ(0u, Connected().UnsafeNames());
+}
+
+TEST_F(ListingTest, AsksForTheNamesAndTheClassOnly) {
+    server_.AddFile("a.krc", base_, "x");
+    Connected();
+    server_.Mark();
+    List();
+    EXPECT_THAT(server_.Log(), HasSubstr("SRCH base=\"" + base_ + "\" scope=1"));
+    EXPECT_THAT(server_.Log(), HasSubstr("filter=\"(objectClass=*)\""));
+    EXPECT_THAT(server_.Log(), HasSubstr("SRCH attr=CN objectClass\n"));
+    EXPECT_EQ((test::OperationCounts{.searches = 1}), server_.Counts());
+}
+
+TEST_F(ListingTest, DecidesAfterEachValueWhateverTheirOrder) {
+    // The entry's class comes last in what is read of it: the names are known by then.
+    server_.AddFile("a.krc", base_, "x");
+    static DirectoryClient genuine;
+    BindDirectoryClient(genuine);
+    static bool classLast;
+    // Only so many attributes are handed out: a walk that misses the end must not go on for ever.
+    static int left;
+    for (const bool last : {false, true}) {
+        classLast = last;
+        left = 10;
+        Connected().Client().ldap_first_attribute = [](LDAP*, LDAPMessage*, BerElement** position) {
+            *position = nullptr;
+            static char names[2][12];
+            strcpy(names[0], classLast ? "cn" : "OBJECTCLASS");
+            return names[0];
+        };
+        Connected().Client().ldap_next_attribute = [](LDAP*, LDAPMessage*, BerElement*) {
+            static char second[12];
+            strcpy(second, classLast ? "OBJECTCLASS" : "cn");
+            return left-- > 0 ? second : nullptr;
+        };
+        Connected().Client().ldap_memfree = [](PCHAR) {};
+        EXPECT_THAT(List(), ElementsAre("file CN=a.krc," + base_));
+        // Both attributes were needed and no more was asked for.
+        EXPECT_EQ(9, left);
+    }
+}
+
+// What a server says of one child, in its own order.
+using Attributes = std::vector<std::pair<std::string, std::vector<std::string>>>;
+Attributes attributes;
+std::size_t next;
+
+char* NextName() {
+    return next < attributes.size() ? attributes[next++].first.data() : nullptr;
+}
+
+class ChildTest : public ListingTest {
+protected:
+    ChildTest() {
+        server_.AddFile("real.krc", base_, "x");
+        DirectoryClient& client = Connected().Client();
+        client.ldap_first_attribute = [](LDAP*, LDAPMessage*, BerElement** position) {
+            *position = nullptr;
+            next = 0;
+            return NextName();
+        };
+        client.ldap_next_attribute = [](LDAP*, LDAPMessage*, BerElement*) { return NextName(); };
+        client.ldap_memfree = [](PCHAR) {};
+        client.ldap_get_values = [](LDAP*, LDAPMessage*, PCHAR) {
+            static std::vector<char*> values;
+            values.clear();
+            for (std::string& value : attributes[next - 1].second) values.push_back(value.data());
+            values.push_back(nullptr);
+            return values.data();
+        };
+        client.ldap_value_free = [](PCHAR*) -> ULONG { return 0; };
+    }
+    std::vector<std::string> ListChild(const Attributes& child) {
+        attributes = child;
+        return List();
+    }
+};
+
+TEST_F(ChildTest, IsNamedByTheValueThatCompletesIt) {
+    const std::vector<std::string> file = {"top", "quillonFileBinary"};
+    // Each value counts as soon as it is read: the first one once the class is known ...
+    EXPECT_THAT(ListChild({{"objectClass", file}, {"CN", {"one.krc", "two.krc"}}}),
+                ElementsAre("file CN=one.krc," + base_));
+    // ... and the last one before.
+    EXPECT_THAT(ListChild({{"CN", {"one.krc", "two.krc"}}, {"objectClass", file}}),
+                ElementsAre("file CN=two.krc," + base_));
+}
+
+TEST_F(ChildTest, OfBothClassesIsWhatItsFirstClassSaysWhenTheNameIsKnown) {
+    EXPECT_THAT(ListChild({{"CN", {"a"}}, {"objectClass", {"quillonFolder", "quillonFileBinary"}}}),
+                ElementsAre("folder CN=a," + base_));
+    EXPECT_THAT(ListChild({{"CN", {"a"}}, {"objectClass", {"quillonFileBinary", "quillonFolder"}}}),
+                ElementsAre("file CN=a," + base_));
+}
+
+TEST_F(ChildTest, OfBothClassesIsAFolderWhenTheNameComesLast) {
+    EXPECT_THAT(ListChild({{"objectClass", {"quillonFileBinary", "quillonFolder"}}, {"CN", {"a"}}}),
+                ElementsAre("folder CN=a," + base_));
+}
+
+TEST_F(ChildTest, OfNamesThatDifferIsNamedByThatOfItsKind) {
+    Connected().Location().folderAttributeName = "ou";
+    EXPECT_THAT(ListChild({{"OU", {"folder"}},
+                           {"cn", {"file"}},
+                           {"OBJECTCLASS", {"QUILLONFILEBINARY", "quillonFolder"}}}),
+                ElementsAre("file CN=file," + base_));
+    EXPECT_THAT(
+        ListChild({{"cn", {"file"}}, {"ou", {"folder"}}, {"objectClass", {"quillonFolder"}}}),
+        ElementsAre("folder ou=folder," + base_));
+    // Without the name of its kind it is not listed.
+    EXPECT_THAT(ListChild({{"cn", {"file"}}, {"objectClass", {"quillonFolder"}}}), IsEmpty());
+}
+
+TEST_F(ListingTest, WithItsOwnNamesUsesThem) {
+    server_.Apply("dn: ou=Dir," + base_ + "\nobjectClass: organizationalUnit\nou: Dir\n");
+    server_.Apply("dn: uid=f," + base_ + "\nobjectClass: account\nuid: f\n");
+    server_.AddFolder("other", base_);
+    CDepotPath location = server_.Location(base_);
+    location.folderAttributeName = "ou";
+    location.folderObjectClass = "ORGANIZATIONALUNIT";
+    location.fileAttributeName = "uid";
+    location.fileObjectClass = "account";
+    CLDAPItems items(&location);
+    ASSERT_EQ(1, items.ConnectLocation(nullptr));
+    server_.Mark();
+    LdapItemList children;
+    EXPECT_EQ(1, items.ListChildren(base_, children));
+    ASSERT_EQ(2u, children.Count());
+    const std::size_t folder = children.At(0).isFolder == 1 ? 0 : 1;
+    EXPECT_EQ("ou=Dir," + base_, children.At(folder).path);
+    EXPECT_EQ(1u, children.At(folder).isFolder);
+    EXPECT_EQ("uid=f," + base_, children.At(1 - folder).path);
+    EXPECT_EQ(0u, children.At(1 - folder).isFolder);
+    EXPECT_THAT(server_.Log(), HasSubstr("SRCH attr=ou objectClass uid\n"));
+}
+
+TEST_F(ListingTest, AMissingFolderFailsAndEmptiesTheList) {
+    LdapItemList items;
+    items.Add("junk", true);
+    EXPECT_EQ(0, Connected().ListChildren(Dn("missing"), items));
+    EXPECT_EQ(0u, items.Count());
+    EXPECT_EQ(32u, Connected().LastError());
+}
+
+TEST_F(ListingTest, NamesBeyondAsciiSurviveTheWayThere) {
+    server_.AddFile("r\xC3\xA9sum\xC3\xA9.krc", base_, "x");
+    EXPECT_THAT(List(), ElementsAre("file CN=r\xE9sum\xE9.krc," + base_));
+    EXPECT_EQ("x", Contents("CN=r\xE9sum\xE9.krc," + base_));
+    std::string name;
+    bool isFolder = true;
+    EXPECT_EQ(1, Connected().SplitEntryName("CN=r\xE9sum\xE9.krc," + base_, name, isFolder));
+    EXPECT_EQ("r\xE9sum\xE9.krc", name);
+    EXPECT_FALSE(isFolder);
+}
+
+}  // namespace
+}  // namespace depot

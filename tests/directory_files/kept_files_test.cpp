@@ -1,0 +1,115 @@
+// Local files and entries that stay when what was to take their place does not come whole.
+#include "directory_files/transfer_fixture.h"
+#include "fileops/directory_transfer.h"
+#include "support/import_patch.h"
+
+namespace depot {
+namespace {
+
+using test::Exists;
+using test::FileBytes;
+
+using WriteFileCall = BOOL(WINAPI*)(HANDLE, LPCVOID, DWORD, DWORD*, OVERLAPPED*);
+
+WriteFileCall realWrite = nullptr;
+
+BOOL WINAPI WriteHalf(HANDLE file, LPCVOID bytes, DWORD length, DWORD* written,
+                      OVERLAPPED* overlapped) {
+    realWrite(file, bytes, length / 2, written, overlapped);
+    SetLastError(ERROR_DISK_FULL);
+    return FALSE;
+}
+
+class KeptFilesTest : public test::TransferTest {
+protected:
+    KeptFilesTest() { server_.AddFile("a.kra", base_, "new bytes"); }
+
+    int Fetch(const std::string& path, ExistingEntries existing = ExistingEntries::kReplace) {
+        return Download(Directory(), DN("cn=a.kra"), path, &error_, {}, existing);
+    }
+    void ExpectNoOtherFiles(const std::string& folder, int files) {
+        WIN32_FIND_DATAA found = {};
+        const HANDLE search = FindFirstFileA((folder + "\\*").c_str(), &found);
+        int count = -2;
+        do {
+            ++count;
+        } while (FindNextFileA(search, &found));
+        FindClose(search);
+        EXPECT_EQ(files, count);
+    }
+
+    const std::string file_ = Make("h\\a.kra", "old");
+};
+
+TEST_F(KeptFilesTest, DownloadedFileHasNormalAttributesAndNothingStandsBesideIt) {
+    EXPECT_EQ(1, Fetch(file_));
+    EXPECT_EQ("new bytes", FileBytes(file_));
+    EXPECT_EQ(0u, GetFileAttributesA(file_.c_str()) &
+                      ~DWORD{FILE_ATTRIBUTE_NORMAL | FILE_ATTRIBUTE_ARCHIVE});
+    ExpectNoOtherFiles(At("h"), 1);
+}
+
+TEST_F(KeptFilesTest, FullDiskLeavesTheOldFileAndNoNewOne) {
+    const test::ImportPatch<WriteFileCall> full("WriteFile", &WriteHalf);
+    ASSERT_TRUE(full.IsInPlace());
+    realWrite = full.Genuine();
+    EXPECT_EQ(0, Fetch(file_));
+    EXPECT_EQ(std::uint32_t{LDAP_LOCAL_ERROR}, Directory().LastError());
+    EXPECT_EQ("old", FileBytes(file_));
+    EXPECT_EQ(0, Fetch(At("h\\b.kra")));
+    EXPECT_FALSE(Exists(At("h\\b.kra")));
+    ExpectNoOtherFiles(At("h"), 1);
+}
+
+TEST_F(KeptFilesTest, FailedReadLeavesTheOldFile) {
+    Directory().Client().ldap_get_values_len = [](LDAP*, LDAPMessage*, PCHAR) -> berval** {
+        return nullptr;
+    };
+    EXPECT_EQ(0, Fetch(file_));
+    ExpectFailure(LDAP_NO_MEMORY);
+    EXPECT_EQ("old", FileBytes(file_));
+}
+
+TEST_F(KeptFilesTest, BytesThatCannotBeSeenReplaceNoLocalFile) {
+    work_->paths->At(0)->fileContentsAttributeName = "description";
+    EXPECT_EQ(0, Fetch(file_));
+    ExpectFailure(LDAP_NO_SUCH_ATTRIBUTE);
+    EXPECT_EQ("old", FileBytes(file_));
+    EXPECT_EQ(1, Fetch(At("h\\b.kra")));
+    EXPECT_EQ("", FileBytes(At("h\\b.kra")));
+}
+
+TEST_F(KeptFilesTest, BytesThatCannotBeSeenReplaceNoEntry) {
+    const std::string tree = AddTree("tree"), copy = AddTree("copy");
+    server_.AddFile("b.kra", base_, "old");
+    work_->paths->At(0)->fileContentsAttributeName = "description";
+    const auto refused = [&](const std::string& from, const std::string& to) {
+        EXPECT_EQ(
+            0, CopyEntry(Directory(), from, Connected(), to, ExistingEntries::kReplace, &error_));
+        ExpectFailure(LDAP_NO_SUCH_ATTRIBUTE);
+    };
+    refused(DN("cn=a.kra"), DN("cn=b.kra"));
+    refused(tree, copy);
+    EXPECT_EQ("old", Contents(DN("cn=b.kra")));
+    ExpectTree(copy);
+}
+
+// Somebody else makes the file after it was looked for.
+TEST_F(KeptFilesTest, FileThatComesMeanwhileIsNotReplacedWhereThatIsRefused) {
+    const std::string tree = AddTree("tree");
+    const TransferWatcher watcher = [&](const TransferProgress&) {
+        if (!Exists(At("h\\out\\sub\\b.kra"))) {
+            world_.folder.MakeFolder("h\\out\\sub");
+            Make("h\\out\\sub\\b.kra", "theirs");
+        }
+        return true;
+    };
+    EXPECT_EQ(
+        0, Download(Directory(), tree, At("h\\out"), &error_, watcher, ExistingEntries::kRefuse));
+    ExpectFailure(LDAP_ALREADY_EXISTS);
+    EXPECT_EQ("theirs", FileBytes(At("h\\out\\sub\\b.kra")));
+    EXPECT_EQ("1", FileBytes(At("h\\out\\a.kra")));
+}
+
+}  // namespace
+}  // namespace depot
