@@ -36,26 +36,42 @@ LowMemoryPool::LowMemoryPool(std::size_t slotBytes)
     : slotBytes_((slotBytes + alignof(std::max_align_t) - 1) & ~(alignof(std::max_align_t) - 1)) {}
 
 void* LowMemoryPool::Allocate() {
-    if (free_.size() < kSlotsAtRest && !AddBlock() && free_.empty()) return nullptr;
-    void* const slot = free_.front();
-    free_.pop_front();
+    if (freeSlots_ < kSlotsAtRest && !AddBlock() && first_ == nullptr) return nullptr;
+    Slot* const slot = first_;
+    first_ = slot->next;
+    --freeSlots_;
     return slot;
 }
 
-void LowMemoryPool::Free(void* slot) {
-    free_.push_back(slot);
+void LowMemoryPool::Free(void* slot) noexcept {
+    Slot* const last = std::construct_at(static_cast<Slot*>(slot));
+    (first_ == nullptr ? first_ : last_->next) = last;
+    last_ = last;
+    ++freeSlots_;
+}
+
+void LowMemoryPool::UseFirst(void* slot) {
+    if (first_ == nullptr) {
+        Free(slot);
+        return;
+    }
+    Slot* const second = first_;
+    first_ = std::construct_at(static_cast<Slot*>(slot));
+    first_->next = second;
+    ++freeSlots_;
 }
 
 bool LowMemoryPool::AddBlock() {
     UniqueVirtualBlock block = AllocateLow(kBlockBytes);
     if (!block) return false;
-    char* const start = static_cast<char*>(block.get());
+    // Owned before the first of its slots is free.
+    blocks_.push_back(std::move(block));
+    char* const start = static_cast<char*>(blocks_.back().get());
     const bool low = reinterpret_cast<std::uintptr_t>(start) < kTwoGigabytes;
     for (std::size_t offset = 0; offset + slotBytes_ <= kBlockBytes; offset += slotBytes_) {
         // Low slots that were used before are still better than slots out of a handle's reach.
-        low ? free_.push_front(start + offset) : free_.push_back(start + offset);
+        low ? UseFirst(start + offset) : Free(start + offset);
     }
-    blocks_.push_back(std::move(block));
     return true;
 }
 

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cstddef>
-#include <deque>
 #include <memory>
 #include <vector>
 
@@ -30,20 +29,29 @@ public:
     // Returns a free slot, aligned for any object; null when there is no memory.
     void* Allocate();
 
-    // Takes back a slot that Allocate returned.
-    void Free(void* slot);
+    // Takes back a slot that Allocate returned. Needs no memory of its own.
+    void Free(void* slot) noexcept;
 
     static constexpr std::size_t kBlockBytes = 0x10000;
 
 private:
+    // What stands in a slot that is free.
+    struct Slot {
+        Slot* next = nullptr;
+    };
+
     bool AddBlock();
+    // Frees a slot that is to be the next one handed out.
+    void UseFirst(void* slot);
 
     // Freed slots wait until this many are free before the first of them is used again.
     static constexpr std::size_t kSlotsAtRest = 256;
 
     std::size_t slotBytes_;
     std::vector<UniqueVirtualBlock> blocks_;
-    std::deque<void*> free_;
+    Slot* first_ = nullptr;
+    Slot* last_ = nullptr;  // of use only while there is a first one
+    std::size_t freeSlots_ = 0;
 };
 
 }  // namespace depot

@@ -23,7 +23,9 @@ bool Holds(const std::string& text, const char* part) {
 // A working copy stays only when it holds the only edit.
 void ExpectNoNeedlessCopies(const std::string& elsewhere) {
     for (const std::string& path : WorkingCopies()) {
-        EXPECT_TRUE(Holds(FileBytes(path), "K=new") && !Holds(elsewhere, "K=new")) << path;
+        const std::string bytes = FileBytes(path);
+        EXPECT_TRUE(Holds(bytes, "K=new") && !Holds(elsewhere, "K=new"))
+            << path << " holds: " << bytes << "\nelsewhere: " << elsewhere;
     }
 }
 
