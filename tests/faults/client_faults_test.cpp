@@ -9,55 +9,12 @@ using testing::AnyOf;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
-constexpr char kOld[] = "[S]\r\nK=old\r\nL=keep\r\n";
-constexpr char kNew[] = "[S]\r\nK=new\r\nL=keep\r\n";
 // What a client makes of a file that could not be fetched.
 constexpr char kNewAlone[] = "[S]\r\nK=new\r\n";
 // What is stored of a working copy that cannot be read.
 constexpr char kNothing[] = " ";
 
-bool Holds(const std::string& text, const char* part) {
-    return text.find(part) != std::string::npos;
-}
-
-// A working copy stays only when it holds the only edit.
-void ExpectNoNeedlessCopies(const std::string& elsewhere) {
-    for (const std::string& path : WorkingCopies()) {
-        const std::string bytes = FileBytes(path);
-        EXPECT_TRUE(Holds(bytes, "K=new") && !Holds(elsewhere, "K=new"))
-            << path << " holds: " << bytes << "\nelsewhere: " << elsewhere;
-    }
-}
-
-// Each test runs on a folder depot and on a directory depot.
-class ClientFaultsTest : public FaultyClientTest, public testing::WithParamInterface<const char*> {
-protected:
-    std::string Path(const std::string& relative) const {
-        return "<" + std::string(GetParam()) + ">\\" + relative;
-    }
-    bool InDirectory() const { return GetParam() == std::string("Corp"); }
-
-    // A new world for a run: no credentials in doubt, nothing left by the last run.
-    void Forget() {
-        ForgetServer(server_.Port());
-        CleanWorkingFiles();
-    }
-
-    LONG_PTR Load(const std::string& path) {
-        LONG_PTR handle = 0;
-        Succeeded(api_->DPLoadFile(&handle, Text(path)));
-        return handle;
-    }
-    void End(LONG_PTR handle) { EXPECT_EQ(S_OK, api_->DPUnInitialize(handle)); }
-
-    std::wstring ReadValue(LONG_PTR handle) {
-        OutText value;
-        const bool read =
-            Succeeded(api_->DPGetProfileString(handle, Text("S"), Text("K"), Text("-"), value, 99));
-        EXPECT_EQ(read, !value.IsNull());
-        return value.Value();
-    }
-};
+class ClientFaultsTest : public StoreFaultsTest {};
 
 TEST_P(ClientFaultsTest, LoadWriteAndFlushLoseNothing) {
     const std::string path = Path("office.kra");
@@ -103,9 +60,7 @@ TEST_P(ClientFaultsTest, EndOfTheSessionLosesNothing) {
                       [&] {
                           Forget();
                           Put(path, kOld);
-                          handle = Load(path);
-                          EXPECT_EQ(S_OK, api_->DPSetProfileString(handle, Text("S"), Text("K"),
-                                                                   Text("new")));
+                          handle = LoadEdited(path);
                       },
                       [&] { End(handle); },
                       [&](std::optional<Fault> failing) {
@@ -120,6 +75,35 @@ TEST_P(ClientFaultsTest, EndOfTheSessionLosesNothing) {
                       },
                   },
                   kManyRuns);
+}
+
+TEST_P(ClientFaultsTest, FlushThatFailsLosesNothingAndLeavesTheSessionUsable) {
+    const std::string path = Path("office.kra");
+    LONG_PTR handle = 0;
+    bool flushed = false;
+    RunWithFaults({
+        [&] {
+            Forget();
+            Put(path, kOld);
+            handle = LoadEdited(path);
+        },
+        [&] {
+            flushed = Succeeded(api_->DPFlushFile(handle));
+            FaultLayer::Stop();
+            EXPECT_THAT(ReadValue(handle), AnyOf(L"new", L"old", L"-", L"(null)"));
+            End(handle);
+        },
+        [&](std::optional<Fault> failing) {
+            const std::string stored = Get(path).value_or("(missing)");
+            EXPECT_THAT(stored, AnyOf(kOld, kNew, kNothing));
+            EXPECT_THAT(stored + Kept(), HasSubstr("K=new"));
+            if (failing != FaultKind::kFile) ExpectNoNeedlessCopies(stored + Recovered());
+            if (!failing) {
+                EXPECT_TRUE(flushed);
+                EXPECT_EQ(kNew, stored);
+            }
+        },
+    });
 }
 
 TEST_P(ClientFaultsTest, ListingsHoldOnlyWhatIsThere) {
