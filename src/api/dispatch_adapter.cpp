@@ -52,12 +52,17 @@ Signature DescribeFunction(ITypeInfo& library, const FUNCDESC& function) {
     return signature;
 }
 
+struct FunctionReleaser {
+    ITypeInfo* library;
+    void operator()(FUNCDESC* function) const { library->ReleaseFuncDesc(function); }
+};
+
 std::vector<std::pair<DISPID, Signature>> DescribeInterface(ITypeInfo& library) {
     std::vector<std::pair<DISPID, Signature>> signatures;
-    FUNCDESC* function = nullptr;
-    for (UINT index = 0; SUCCEEDED(library.GetFuncDesc(index, &function)); ++index) {
+    FUNCDESC* described = nullptr;
+    for (UINT index = 0; SUCCEEDED(library.GetFuncDesc(index, &described)); ++index) {
+        const std::unique_ptr<FUNCDESC, FunctionReleaser> function(described, {&library});
         signatures.emplace_back(function->memid, DescribeFunction(library, *function));
-        library.ReleaseFuncDesc(function);
     }
     return signatures;
 }

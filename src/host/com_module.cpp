@@ -103,8 +103,11 @@ HRESULT CComModule::GetGITPtr(IGlobalInterfaceTable** table) noexcept {
     return S_OK;
 }
 
-HRESULT CComModule::AddCommonRGSReplacements(CRegistrar& registrar) noexcept {
+HRESULT CComModule::AddCommonRGSReplacements(CRegistrar& registrar) noexcept try {
     return registrar.AddReplacement("APPID", identity_.appId);
+} catch (...) {
+    // The texts of the arguments are made here.
+    return E_OUTOFMEMORY;
 }
 
 void CComModule::AddTermination(void (*terminate)()) {
