@@ -284,6 +284,26 @@ TEST_P(ClientFaultsTest, PublishingLeavesTheClientsAloneAndTheirCopiesWhole) {
     });
 }
 
+// A copy of the component, which has loaded nothing yet.
+TEST_F(FaultyClientTest, DirectoryClientThatCouldNotBeLoadedIsLoadedTheNextTime) {
+    Put("<Corp>\\office.kra", "[S]\r\nK=old\r\n");
+    const Library copy(CopyComponent(folder_, "qdirsvc.dll"));
+    const FaultLayer layer(copy.Module());
+    const Com<IDepotIntrApi> api = copy.CreateApi();
+    const auto read = [&] {
+        LONG_PTR handle = 0;
+        OutText value;
+        api->DPLoadFile(&handle, Text("<Corp>\\office.kra"));
+        api->DPGetProfileString(handle, Text("S"), Text("K"), Text("-"), value, 99);
+        FaultLayer::Stop();
+        EXPECT_EQ(S_OK, api->DPUnInitialize(handle));
+        return value.Value();
+    };
+    FaultLayer::Fail(FaultKind::kFile, 1, 1 << 20);
+    EXPECT_EQ(L"-", read());
+    EXPECT_EQ(L"old", read());
+}
+
 INSTANTIATE_TEST_SUITE_P(Stores, ClientFaultsTest, testing::Values("Work", "Corp"),
                          [](const auto& store) { return std::string(store.param); });
 
