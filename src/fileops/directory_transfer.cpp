@@ -162,7 +162,7 @@ std::uint32_t UploadTree(CLDAPItems& directory, const std::string& folder, const
 
 bool AnyLocalFileExists(const TransferPlan& plan) {
     return std::any_of(plan.steps.begin(), plan.steps.end(), [](const TransferStep& step) {
-        return !step.isFolder && PathExists(step.localPath);
+        return !step.isFolder && PathMayExist(step.localPath);
     });
 }
 
@@ -199,7 +199,7 @@ std::uint32_t DownloadConnected(CLDAPItems& directory, const std::string& dn,
     if (source.isFolder) {
         return DownloadWholeTree(directory, dn, source.children, localPath, rules, unsafeNames);
     }
-    if (rules.existing == ExistingEntries::kRefuse && PathExists(localPath)) {
+    if (rules.existing == ExistingEntries::kRefuse && PathMayExist(localPath)) {
         return LDAP_ALREADY_EXISTS;
     }
     code = WriteContents(source.contents, localPath);

@@ -203,6 +203,31 @@ TEST_P(ClientFaultsTest, NumberedCopyIsWholeOrNotThere) {
     });
 }
 
+TEST_P(ClientFaultsTest, NumberedCopyReplacesNoFile) {
+    const std::string path = Path("office.kra");
+    const std::string first = Path("office - copy.kra");
+    const std::string second = Path("office - copy (2).kra");
+    Put(path, kOld);
+    Put(first, "first");
+    RunWithFaults({
+        [&] {
+            Forget();
+            Remove(second);
+        },
+        [&] {
+            LONG_PTR handle = 0;
+            if (!Succeeded(api_->DPInitialize(&handle))) return;
+            OutText made;
+            Succeeded(api_->DPMakeCopyFromSrcFile(handle, Text(path), made));
+            End(handle);
+        },
+        [&](std::optional<Fault> failing) {
+            EXPECT_EQ("first", Get(first));
+            EXPECT_EQ(kOld, Get(second).value_or(failing ? kOld : "(missing)"));
+        },
+    });
+}
+
 TEST_P(ClientFaultsTest, RenameLeavesTheFileUnderOneOfItsNames) {
     const std::string path = Path("office.kra");
     const std::string other = Path("other.kra");

@@ -12,6 +12,8 @@
     TAKES(kRegistry, RegCreateKeyExW, ERROR_ACCESS_DENIED, 0, kKey)                  \
     FAULT(kRegistry, RegSetValueExW, ERROR_ACCESS_DENIED, 0)                         \
     FAULT(kRegistry, RegDeleteTreeW, ERROR_ACCESS_DENIED, 0)                         \
+    FAULT(kRegistry, RegisterTypeLib, TYPE_E_REGISTRYACCESS, 0)                      \
+    FAULT(kRegistry, UnRegisterTypeLib, TYPE_E_REGISTRYACCESS, 0)                    \
     RETURNS(RegCloseKey, kKey)                                                       \
     TAKES(kFile, CreateFileA, INVALID_HANDLE_VALUE, ERROR_ACCESS_DENIED, kHandle)    \
     FAULT(kFile, ReadFile, FALSE, ERROR_READ_FAULT)                                  \
@@ -36,6 +38,7 @@
     TAKES(kFile, SHGetSpecialFolderLocation, E_FAIL, ERROR_ACCESS_DENIED, kItemList) \
     FAULT(kFile, SHGetPathFromIDListA, FALSE, ERROR_ACCESS_DENIED)                   \
     RETURNS(ILFree, kItemList)                                                       \
+    FAULT(kFile, LoadTypeLibEx, TYPE_E_CANTLOADLIBRARY, 0)                           \
     FAULT(kFile, LoadLibraryA, nullptr, ERROR_NOT_ENOUGH_MEMORY)                     \
     FAULT(kFile, MakeSureDirectoryPathExists, FALSE, ERROR_ACCESS_DENIED)            \
     TAKES(kFile, _lopen, HFILE_ERROR, ERROR_ACCESS_DENIED, kLegacyFile)              \

@@ -11,7 +11,7 @@ namespace depot::test {
 // Which calls of a run fail.
 struct Fault {
     FaultKind kind;
-    bool onwards;  // not one alone, but all that follow it as well
+    bool onwards;  // not one alone, but some or all that follow it as well
 
     friend bool operator==(const Fault& fault, FaultKind kind) { return fault.kind == kind; }
 };
@@ -25,7 +25,8 @@ struct FaultyOperation {
 };
 
 // How many runs there are of each kind: the first half of them takes the first calls one by one,
-// and the rest are spread over the calls that remain. With DEPOTINTR_THOROUGH set each call fails.
+// and the rest are spread over the calls that remain. With DEPOTINTR_THOROUGH set each call fails,
+// also with a few that follow.
 inline constexpr int kFewRuns = 16;
 inline constexpr int kManyRuns = 40;
 

@@ -250,6 +250,26 @@ TEST_F(TransferFaultsTest, FileMovedOutOfTheDirectoryIsInOneOfTheStores) {
     });
 }
 
+TEST_F(TransferFaultsTest, FileIsNotMovedOutOfTheDirectoryOntoAnother) {
+    const std::string target = Make("h\\m.kra", "other");
+    const std::string dn = DN("cn=m.kra");
+    const CDepotItem item("<Work>\\m.kra", work_);
+    const CDepotItem place("<Home>\\", &home_);
+    Connected().AddFileEntry(dn, "m.kra", "3333", 4);
+    RunWithFaults({
+        [&] { ForgetLastRun(); },
+        [&] {
+            result_ =
+                Result([&] { return ItemOperation(item, &place, FO_MOVE, nullptr, &error_); });
+        },
+        [&](std::optional<Fault>) {
+            EXPECT_EQ(0, result_);
+            EXPECT_EQ("other", LocalFile(target));
+            EXPECT_EQ("3333", Contents(dn));
+        },
+    });
+}
+
 TEST_F(TransferFaultsTest, FileMovedBetweenFoldersIsInOneOfThem) {
     const std::string source = At("h\\m.kra");
     const std::string target = At("s\\m.kra");
