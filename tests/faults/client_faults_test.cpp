@@ -210,22 +210,23 @@ TEST_P(ClientFaultsTest, NumberedCopyReplacesNoFile) {
     Put(path, kOld);
     Put(first, "first");
     RunWithFaults({
-        [&] {
-            Forget();
-            Remove(second);
-        },
-        [&] {
-            LONG_PTR handle = 0;
-            if (!Succeeded(api_->DPInitialize(&handle))) return;
-            OutText made;
-            Succeeded(api_->DPMakeCopyFromSrcFile(handle, Text(path), made));
-            End(handle);
-        },
-        [&](std::optional<Fault> failing) {
-            EXPECT_EQ("first", Get(first));
-            EXPECT_EQ(kOld, Get(second).value_or(failing ? kOld : "(missing)"));
-        },
-    });
+                      [&] {
+                          Forget();
+                          Remove(second);
+                      },
+                      [&] {
+                          LONG_PTR handle = 0;
+                          if (!Succeeded(api_->DPInitialize(&handle))) return;
+                          OutText made;
+                          Succeeded(api_->DPMakeCopyFromSrcFile(handle, Text(path), made));
+                          End(handle);
+                      },
+                      [&](std::optional<Fault> failing) {
+                          EXPECT_EQ("first", Get(first));
+                          EXPECT_EQ(kOld, Get(second).value_or(failing ? kOld : "(missing)"));
+                      },
+                  },
+                  kManyRuns);
 }
 
 TEST_P(ClientFaultsTest, RenameLeavesTheFileUnderOneOfItsNames) {

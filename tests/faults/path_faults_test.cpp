@@ -52,14 +52,19 @@ TEST_P(PathFaultsTest, ConvertedPathIsTheRightOneOrNone) {
         [&] { Forget(); },
         [&] {
             OutText text;
+            LONG_PTR handle = 0;
+            shown = back = L"(null)";
+            exists = false;
             Succeeded(api_->DPPathConvertDPtoFS(Text(path), text));
             local = text.Value();
-            Succeeded(api_->DPGetDepotDisplayPath(0, Text(path), text));
+            if (!Succeeded(api_->DPInitialize(&handle))) return;
+            Succeeded(api_->DPGetDepotDisplayPath(handle, Text(path), text));
             shown = text.Value();
-            Succeeded(api_->DPGetPathFromDisplayName(0, Text(path), text));
+            Succeeded(api_->DPGetPathFromDisplayName(handle, Text(path), text));
             back = text.Value();
-            Succeeded(api_->DPGetDefaultDPPath(0, text));
-            exists = Succeeded(api_->DPFileExists(0, Text(path)));
+            Succeeded(api_->DPGetDefaultDPPath(handle, text));
+            exists = Succeeded(api_->DPFileExists(handle, Text(path)));
+            End(handle);
         },
         [&](std::optional<Fault> failing) {
             const std::wstring file = Wide(work_ + "\\office.kra");
