@@ -1,5 +1,6 @@
 #include "api/browse_dialog.h"
 
+#include <new>
 #include <type_traits>
 
 #include "api/automation_text.h"
@@ -99,7 +100,9 @@ std::vector<std::string> BrowseDialog::ChosenPaths() {
     SafeArrayGetUBound(given, 1, &last);
     for (LONG index = first; index <= last; ++index) {
         BSTR text = nullptr;
-        if (FAILED(SafeArrayGetElement(given, &index, &text))) break;
+        const HRESULT copied = SafeArrayGetElement(given, &index, &text);
+        if (copied == E_OUTOFMEMORY) throw std::bad_alloc();
+        if (FAILED(copied)) break;
         const UniqueBstr owned(text);
         paths.push_back(NarrowText(&text));
     }

@@ -43,7 +43,8 @@ public:
     // several; empty when the user did not confirm. A topic of 0 offers no help.
     std::string Run(ULONG helpTopic, const std::string& resourceFolder);
 
-    // Returns every path that was chosen, in the dialog's order.
+    // Returns every path that was chosen, in the dialog's order. Throws std::bad_alloc rather than
+    // leave some of them out.
     std::vector<std::string> ChosenPaths();
 
 private:

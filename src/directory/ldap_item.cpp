@@ -25,6 +25,12 @@ void LdapItemList::Add(std::string path, bool isFolder) {
     static_cast<void>(item.release());  // the list's from here on
 }
 
+void LdapItemList::RemoveLast() {
+    CLDAPItem* const last = array_.At(array_.Count() - 1);
+    array_.Remove(last);
+    std::default_delete<CLDAPItem>()(last);
+}
+
 void LdapItemList::Clear() {
     PointerArray<CLDAPItem> removed;
     removed.Swap(array_);

@@ -38,6 +38,8 @@ public:
     LdapItemList& operator=(const LdapItemList&) = delete;
 
     void Add(std::string path, bool isFolder);
+    // REQUIRES: the list is not empty.
+    void RemoveLast();
     void Clear();
 
     std::size_t Count() const { return array_.Count(); }

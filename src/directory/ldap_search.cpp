@@ -228,9 +228,11 @@ int CLDAPItems::AddFolders(const LdapItemList& missing, std::string* errorText,
         if (SplitEntryName(dn, name, isFolder) == 0) {
             return Fail(LDAP_INVALID_DN_SYNTAX, errorText);
         }
+        // Noted before it is there: nobody could remove it if memory ran out afterwards.
+        if (added != nullptr) added->Add(dn, true);
         const FolderAddition addition = AddFolder(dn, name, nullptr);
+        if (addition != FolderAddition::kAdded && added != nullptr) added->RemoveLast();
         if (addition == FolderAddition::kFailed) return Fail(LDAP_PARAM_ERROR, errorText);
-        if (addition == FolderAddition::kAdded && added != nullptr) added->Add(dn, true);
     }
     return 1;
 }

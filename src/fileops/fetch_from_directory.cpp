@@ -35,7 +35,7 @@ std::uint32_t FetchFile(CLDAPItems& directory, const TransferStep& step, const T
 
 bool AnyLocalFileExists(const TransferPlan& plan) {
     return std::any_of(plan.steps.begin(), plan.steps.end(), [](const TransferStep& step) {
-        return !step.isFolder && PathExists(step.localPath);
+        return !step.isFolder && PathMayExist(step.localPath);
     });
 }
 
@@ -71,7 +71,7 @@ std::uint32_t Fetch(CLDAPItems& directory, const std::string& dn, const std::str
     if (source.isFolder) {
         return FetchTree(directory, dn, source.children, localPath, rules, unsafeNames);
     }
-    if (rules.existing == ExistingEntries::kRefuse && PathExists(localPath)) {
+    if (rules.existing == ExistingEntries::kRefuse && PathMayExist(localPath)) {
         return LDAP_ALREADY_EXISTS;
     }
     code = WriteContents(source.contents, localPath, rules.existing);

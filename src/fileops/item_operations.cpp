@@ -201,7 +201,7 @@ bool AnyNameTwice(const CDepotItems& items) {
 
 // Some shells report a move as done that they left. What was moved is no longer where it was.
 bool AllCopiesLeft(const ShellWork& work) {
-    return std::none_of(work.copies.begin(), work.copies.end(), PathExists);
+    return std::none_of(work.copies.begin(), work.copies.end(), PathMayExist);
 }
 
 // Puts what the shell is to work on together. What cannot be fetched must not be removed, and the

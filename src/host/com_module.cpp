@@ -43,11 +43,10 @@ bool IsTypeLibraryRegistered(const GUID& library) {
     StringFromGUID2(library, id, static_cast<int>(std::size(id)));
     HKEY key = nullptr;
     const std::wstring path = std::wstring(L"TypeLib\\") + id + L"\\1.0";
-    if (RegOpenKeyExW(HKEY_CLASSES_ROOT, path.c_str(), 0, KEY_READ, &key) != ERROR_SUCCESS) {
-        return false;
-    }
-    RegCloseKey(key);
-    return true;
+    const LSTATUS status = RegOpenKeyExW(HKEY_CLASSES_ROOT, path.c_str(), 0, KEY_READ, &key);
+    if (status == ERROR_SUCCESS) RegCloseKey(key);
+    // What cannot be looked at may well be there.
+    return status != ERROR_FILE_NOT_FOUND;
 }
 
 HRESULT UnregisterTypeLibrary(const GUID& library) noexcept try {

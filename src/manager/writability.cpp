@@ -1,6 +1,7 @@
 #include "manager/writability.h"
 
 #include <memory>
+#include <optional>
 
 #include "manager/display_path.h"
 #include "model/local_mirror.h"
@@ -31,6 +32,40 @@ int TestNewEntry(CLDAPItems& directory, const std::string& dn, std::string* erro
     return 0;
 }
 
+// The folders that a test adds. They go with the object, from the bottom up; whatever someone else
+// put there meanwhile keeps its folder above it.
+class AddedFolders {
+public:
+    explicit AddedFolders(CLDAPItems& directory) : directory_(directory) {}
+    ~AddedFolders() {
+        for (std::size_t index = list.Count(); index > 0; --index) {
+            directory_.RemoveEmptyEntry(list.At(index - 1).path);
+        }
+    }
+    AddedFolders(const AddedFolders&) = delete;
+    AddedFolders& operator=(const AddedFolders&) = delete;
+
+    LdapItemList list;
+
+private:
+    CLDAPItems& directory_;
+};
+
+// Adds the folders that a place lacks, as saving there would, and removes them again. Nothing when
+// it lacks none.
+std::optional<int> TestMissingFolders(CLDAPItems& directory, const std::string& dn,
+                                      std::string* errorText) {
+    std::uint32_t failure = LDAP_SUCCESS;
+    {
+        AddedFolders added(directory);
+        const int created = directory.EnsureFolderPath(dn, false, errorText, &added.list);
+        if (created != 0) return added.list.Count() > 0 ? std::optional(created) : std::nullopt;
+        failure = directory.LastError();
+    }
+    directory.SetLastError(failure);
+    return 0;
+}
+
 int TestEntry(CLDAPItems& directory, const std::string& dn, std::string* errorText) {
     const ConnectionScope connection(directory, errorText);
     if (!connection) return 0;
@@ -40,16 +75,8 @@ int TestEntry(CLDAPItems& directory, const std::string& dn, std::string* errorTe
         directory.SetLastError(found);
         if (errorText != nullptr) *errorText = directory.ErrorText();
     }
-    LdapItemList added;
-    const int created = directory.EnsureFolderPath(dn, false, errorText, &added);
-    if (created != 0 && added.Count() == 0) return TestNewEntry(directory, dn, errorText);
-    const std::uint32_t failure = directory.LastError();
-    // From the bottom up. Whatever someone else put there meanwhile keeps its folder above it.
-    for (std::size_t index = added.Count(); index > 0; --index) {
-        directory.RemoveEmptyEntry(added.At(index - 1).path);
-    }
-    if (created == 0) directory.SetLastError(failure);
-    return created;
+    const std::optional<int> created = TestMissingFolders(directory, dn, errorText);
+    return created ? *created : TestNewEntry(directory, dn, errorText);
 }
 
 bool IsAbsent(const std::string& path) {
@@ -64,12 +91,14 @@ int TestFile(const std::string& path, const std::string& shownName, std::string*
     const bool absent = IsAbsent(probe);
     UniqueHandle opened = OwnFile(CreateFileA(probe.c_str(), GENERIC_WRITE, 0, nullptr, OPEN_ALWAYS,
                                               FILE_ATTRIBUTE_NORMAL, nullptr));
+    const DWORD error = GetLastError();
     if (!opened) {
-        Describe(GetLastError(), shownName, errorText);
+        Describe(error, shownName, errorText);
         return 0;
     }
     opened.reset();
-    if (absent) DeleteFileA(probe.c_str());
+    // A file whose attributes could not be read is no absent one.
+    if (absent && error != ERROR_ALREADY_EXISTS) DeleteFileA(probe.c_str());
     return 1;
 }
 

@@ -18,6 +18,11 @@ CDepots* OwningList(const CDepotPath& location) {
     return paths != nullptr && paths->owner != nullptr ? paths->owner->owner : nullptr;
 }
 
+// What the system says of a name that nothing has or can have.
+constexpr DWORD kAbsent[] = {ERROR_FILE_NOT_FOUND, ERROR_PATH_NOT_FOUND,
+                             ERROR_INVALID_DRIVE,  ERROR_INVALID_NAME,
+                             ERROR_BAD_PATHNAME,   ERROR_FILENAME_EXCED_RANGE};
+
 bool IsDirectory(const CDepotPath& location) {
     return location.type == kDirectoryLocation;
 }
@@ -125,6 +130,12 @@ std::string ExpandedPath(CDepotPath& location) {
 
 bool PathExists(const std::string& path) {
     return GetFileAttributesA(path.c_str()) != INVALID_FILE_ATTRIBUTES;
+}
+
+bool PathMayExist(const std::string& path) {
+    if (PathExists(path)) return true;
+    const DWORD error = GetLastError();
+    return std::find(std::begin(kAbsent), std::end(kAbsent), error) == std::end(kAbsent);
 }
 
 }  // namespace depot

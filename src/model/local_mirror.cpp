@@ -180,7 +180,7 @@ public:
         reason_ = origin.code;
         const std::uint32_t code = Store(origin);
         // What cannot be read now may still hold the user's edit.
-        mustStay_ = !bytes_ && PathExists(localPath_);
+        mustStay_ = !bytes_ && PathMayExist(localPath_);
         if (code == LDAP_SUCCESS) return code;
         reason_ = code;
         KeepWorkingCopy();
@@ -262,7 +262,7 @@ private:
     void KeepWorkingCopy() {
         std::string kept;
         if (bytes_) kept = KeepRecovered(Name(), bytes_->data(), bytes_->size());
-        mustStay_ = kept.empty() && PathExists(localPath_);
+        mustStay_ = kept.empty() && PathMayExist(localPath_);
         if (mustStay_) kept = localPath_;
         // In a conflict the entry stays, and what was kept of it tells nobody anything.
         if (!kept.empty() || reason_ == kContentsChanged) kept_ = std::move(kept);

@@ -1,5 +1,7 @@
 #include "platform/directory_client.h"
 
+#include <atomic>
+
 #include "platform/paths.h"
 #include "platform/system_folder.h"
 #include "platform/trace.h"
@@ -29,10 +31,12 @@ HMODULE LoadFrom(const std::string& path) {
 }
 
 // Loading and freeing the library for every connection would take longer than the connection: the
-// system's own stays loaded as long as the process.
+// system's own stays loaded as long as the process. What could not be loaded is tried again.
 HMODULE Load(const std::string& path) {
-    static const HMODULE system = LoadFrom(DirectoryClientPath());
-    return path == DirectoryClientPath() ? system : LoadFrom(path);
+    static std::atomic<HMODULE> system = nullptr;
+    if (path != DirectoryClientPath()) return LoadFrom(path);
+    if (system.load() == nullptr) system = LoadFrom(path);
+    return system;
 }
 
 }  // namespace

@@ -1,5 +1,7 @@
 #include "platform/directory_service.h"
 
+#include <atomic>
+
 #include "platform/compiler.h"
 #include "platform/handles.h"
 #include "platform/module_state.h"
@@ -30,10 +32,17 @@ FolderLookup BindLookup() {
     return lookup;
 }
 
+// What could not be loaded for want of memory may be there the next time.
+FolderLookup BoundLookup() {
+    static std::atomic<FolderLookup> bound = nullptr;
+    if (bound.load() == nullptr) bound = BindLookup();
+    return bound;
+}
+
 }  // namespace
 
 std::string GetStandardFolder(int category, int item) {
-    static const FolderLookup lookup = BindLookup();
+    const FolderLookup lookup = BoundLookup();
     if (lookup == nullptr) return {};
     char buffer[kMaxPathBytes] = {};
     lookup(category, item, buffer, sizeof(buffer));

@@ -9,53 +9,12 @@ using testing::AnyOf;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
-constexpr char kOld[] = "[S]\r\nK=old\r\nL=keep\r\n";
-constexpr char kNew[] = "[S]\r\nK=new\r\nL=keep\r\n";
 // What a client makes of a file that could not be fetched.
 constexpr char kNewAlone[] = "[S]\r\nK=new\r\n";
 // What is stored of a working copy that cannot be read.
 constexpr char kNothing[] = " ";
 
-bool Holds(const std::string& text, const char* part) {
-    return text.find(part) != std::string::npos;
-}
-
-// A working copy stays only when it holds the only edit.
-void ExpectNoNeedlessCopies(const std::string& elsewhere) {
-    for (const std::string& path : WorkingCopies()) {
-        EXPECT_TRUE(Holds(FileBytes(path), "K=new") && !Holds(elsewhere, "K=new")) << path;
-    }
-}
-
-// Each test runs on a folder depot and on a directory depot.
-class ClientFaultsTest : public FaultyClientTest, public testing::WithParamInterface<const char*> {
-protected:
-    std::string Path(const std::string& relative) const {
-        return "<" + std::string(GetParam()) + ">\\" + relative;
-    }
-    bool InDirectory() const { return GetParam() == std::string("Corp"); }
-
-    // A new world for a run: no credentials in doubt, nothing left by the last run.
-    void Forget() {
-        ForgetServer(server_.Port());
-        CleanWorkingFiles();
-    }
-
-    LONG_PTR Load(const std::string& path) {
-        LONG_PTR handle = 0;
-        Succeeded(api_->DPLoadFile(&handle, Text(path)));
-        return handle;
-    }
-    void End(LONG_PTR handle) { EXPECT_EQ(S_OK, api_->DPUnInitialize(handle)); }
-
-    std::wstring ReadValue(LONG_PTR handle) {
-        OutText value;
-        const bool read =
-            Succeeded(api_->DPGetProfileString(handle, Text("S"), Text("K"), Text("-"), value, 99));
-        EXPECT_EQ(read, !value.IsNull());
-        return value.Value();
-    }
-};
+class ClientFaultsTest : public StoreFaultsTest {};
 
 TEST_P(ClientFaultsTest, LoadWriteAndFlushLoseNothing) {
     const std::string path = Path("office.kra");
@@ -101,9 +60,7 @@ TEST_P(ClientFaultsTest, EndOfTheSessionLosesNothing) {
                       [&] {
                           Forget();
                           Put(path, kOld);
-                          handle = Load(path);
-                          EXPECT_EQ(S_OK, api_->DPSetProfileString(handle, Text("S"), Text("K"),
-                                                                   Text("new")));
+                          handle = LoadEdited(path);
                       },
                       [&] { End(handle); },
                       [&](std::optional<Fault> failing) {
@@ -118,6 +75,35 @@ TEST_P(ClientFaultsTest, EndOfTheSessionLosesNothing) {
                       },
                   },
                   kManyRuns);
+}
+
+TEST_P(ClientFaultsTest, FlushThatFailsLosesNothingAndLeavesTheSessionUsable) {
+    const std::string path = Path("office.kra");
+    LONG_PTR handle = 0;
+    bool flushed = false;
+    RunWithFaults({
+        [&] {
+            Forget();
+            Put(path, kOld);
+            handle = LoadEdited(path);
+        },
+        [&] {
+            flushed = Succeeded(api_->DPFlushFile(handle));
+            FaultLayer::Stop();
+            EXPECT_THAT(ReadValue(handle), AnyOf(L"new", L"old", L"-", L"(null)"));
+            End(handle);
+        },
+        [&](std::optional<Fault> failing) {
+            const std::string stored = Get(path).value_or("(missing)");
+            EXPECT_THAT(stored, AnyOf(kOld, kNew, kNothing));
+            EXPECT_THAT(stored + Kept(), HasSubstr("K=new"));
+            if (failing != FaultKind::kFile) ExpectNoNeedlessCopies(stored + Recovered());
+            if (!failing) {
+                EXPECT_TRUE(flushed);
+                EXPECT_EQ(kNew, stored);
+            }
+        },
+    });
 }
 
 TEST_P(ClientFaultsTest, ListingsHoldOnlyWhatIsThere) {
@@ -217,6 +203,32 @@ TEST_P(ClientFaultsTest, NumberedCopyIsWholeOrNotThere) {
     });
 }
 
+TEST_P(ClientFaultsTest, NumberedCopyReplacesNoFile) {
+    const std::string path = Path("office.kra");
+    const std::string first = Path("office - copy.kra");
+    const std::string second = Path("office - copy (2).kra");
+    Put(path, kOld);
+    Put(first, "first");
+    RunWithFaults({
+                      [&] {
+                          Forget();
+                          Remove(second);
+                      },
+                      [&] {
+                          LONG_PTR handle = 0;
+                          if (!Succeeded(api_->DPInitialize(&handle))) return;
+                          OutText made;
+                          Succeeded(api_->DPMakeCopyFromSrcFile(handle, Text(path), made));
+                          End(handle);
+                      },
+                      [&](std::optional<Fault> failing) {
+                          EXPECT_EQ("first", Get(first));
+                          EXPECT_EQ(kOld, Get(second).value_or(failing ? kOld : "(missing)"));
+                      },
+                  },
+                  kManyRuns);
+}
+
 TEST_P(ClientFaultsTest, RenameLeavesTheFileUnderOneOfItsNames) {
     const std::string path = Path("office.kra");
     const std::string other = Path("other.kra");
@@ -296,6 +308,26 @@ TEST_P(ClientFaultsTest, PublishingLeavesTheClientsAloneAndTheirCopiesWhole) {
             EXPECT_TRUE(failing || published);
         },
     });
+}
+
+// A copy of the component, which has loaded nothing yet.
+TEST_F(FaultyClientTest, DirectoryClientThatCouldNotBeLoadedIsLoadedTheNextTime) {
+    Put("<Corp>\\office.kra", "[S]\r\nK=old\r\n");
+    const Library copy(CopyComponent(folder_, "qdirsvc.dll"));
+    const FaultLayer layer(copy.Module());
+    const Com<IDepotIntrApi> api = copy.CreateApi();
+    const auto read = [&] {
+        LONG_PTR handle = 0;
+        OutText value;
+        api->DPLoadFile(&handle, Text("<Corp>\\office.kra"));
+        api->DPGetProfileString(handle, Text("S"), Text("K"), Text("-"), value, 99);
+        FaultLayer::Stop();
+        EXPECT_EQ(S_OK, api->DPUnInitialize(handle));
+        return value.Value();
+    };
+    FaultLayer::Fail(FaultKind::kFile, 1, 1 << 20);
+    EXPECT_EQ(L"-", read());
+    EXPECT_EQ(L"old", read());
 }
 
 INSTANTIATE_TEST_SUITE_P(Stores, ClientFaultsTest, testing::Values("Work", "Corp"),

@@ -30,6 +30,11 @@ enum class Holding {
     kMessage,
     kValues,
     kDirectoryText,
+    kControl,
+    kSystemText,
+    kItemList,
+    kIcon,
+    kActivation,
     kHoldings
 };
 

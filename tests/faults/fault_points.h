@@ -2,12 +2,18 @@
 #pragma once
 
 // FAULT(kind, function, result of a failed call, last error), TAKES(... , what it hands out),
-// RETURNS(function, what it takes back). The functions that need more than that are in
-// fault_layer.cpp.
+// RETURNS(function, what it takes back). Functions that need more than that have stand-ins of their
+// own: fault_memory.cpp, fault_files.cpp, fault_objects.cpp.
 #define DEPOT_FAULT_POINTS(FAULT, TAKES, RETURNS)                                    \
     TAKES(kRegistry, RegOpenKeyExA, ERROR_NOT_ENOUGH_MEMORY, 0, kKey)                \
     FAULT(kRegistry, RegQueryValueExA, ERROR_NOT_ENOUGH_MEMORY, 0)                   \
     FAULT(kRegistry, RegEnumKeyExA, ERROR_NOT_ENOUGH_MEMORY, 0)                      \
+    TAKES(kRegistry, RegOpenKeyExW, ERROR_NOT_ENOUGH_MEMORY, 0, kKey)                \
+    TAKES(kRegistry, RegCreateKeyExW, ERROR_ACCESS_DENIED, 0, kKey)                  \
+    FAULT(kRegistry, RegSetValueExW, ERROR_ACCESS_DENIED, 0)                         \
+    FAULT(kRegistry, RegDeleteTreeW, ERROR_ACCESS_DENIED, 0)                         \
+    FAULT(kRegistry, RegisterTypeLib, TYPE_E_REGISTRYACCESS, 0)                      \
+    FAULT(kRegistry, UnRegisterTypeLib, TYPE_E_REGISTRYACCESS, 0)                    \
     RETURNS(RegCloseKey, kKey)                                                       \
     TAKES(kFile, CreateFileA, INVALID_HANDLE_VALUE, ERROR_ACCESS_DENIED, kHandle)    \
     FAULT(kFile, ReadFile, FALSE, ERROR_READ_FAULT)                                  \
@@ -26,7 +32,14 @@
     FAULT(kFile, GetFullPathNameA, 0, ERROR_ACCESS_DENIED)                           \
     FAULT(kFile, WritePrivateProfileStringA, FALSE, ERROR_DISK_FULL)                 \
     FAULT(kFile, SHFileOperationA, ERROR_ACCESS_DENIED, ERROR_ACCESS_DENIED)         \
-    FAULT(kFile, SHGetSpecialFolderLocation, E_FAIL, ERROR_ACCESS_DENIED)            \
+    FAULT(kFile, GetFileInformationByHandle, FALSE, ERROR_ACCESS_DENIED)             \
+    FAULT(kFile, GetShortPathNameA, 0, ERROR_ACCESS_DENIED)                          \
+    FAULT(kFile, SetFileSecurityA, FALSE, ERROR_ACCESS_DENIED)                       \
+    TAKES(kFile, SHGetSpecialFolderLocation, E_FAIL, ERROR_ACCESS_DENIED, kItemList) \
+    FAULT(kFile, SHGetPathFromIDListA, FALSE, ERROR_ACCESS_DENIED)                   \
+    RETURNS(ILFree, kItemList)                                                       \
+    FAULT(kFile, LoadTypeLibEx, TYPE_E_CANTLOADLIBRARY, 0)                           \
+    FAULT(kFile, LoadLibraryA, nullptr, ERROR_NOT_ENOUGH_MEMORY)                     \
     FAULT(kFile, MakeSureDirectoryPathExists, FALSE, ERROR_ACCESS_DENIED)            \
     TAKES(kFile, _lopen, HFILE_ERROR, ERROR_ACCESS_DENIED, kLegacyFile)              \
     TAKES(kFile, _lcreat, HFILE_ERROR, ERROR_ACCESS_DENIED, kLegacyFile)             \
@@ -34,7 +47,18 @@
     FAULT(kFile, _llseek, HFILE_ERROR, ERROR_READ_FAULT)                             \
     RETURNS(_lclose, kLegacyFile)                                                    \
     TAKES(kObject, CreateEventA, nullptr, ERROR_NO_SYSTEM_RESOURCES, kHandle)        \
+    TAKES(kObject, OpenProcessToken, FALSE, ERROR_ACCESS_DENIED, kHandle)            \
+    FAULT(kObject, GetTokenInformation, FALSE, ERROR_ACCESS_DENIED)                  \
+    TAKES(kObject, ActivateActCtx, FALSE, ERROR_NOT_ENOUGH_MEMORY, kActivation)      \
+    RETURNS(DeactivateActCtx, kActivation)                                           \
     FAULT(kMemory, SysAllocStringLen, nullptr, 0)                                    \
+    FAULT(kMemory, SafeArrayGetElement, E_OUTOFMEMORY, 0)                            \
+    FAULT(kMemory, VariantChangeType, E_OUTOFMEMORY, 0)                              \
+    FAULT(kMemory, CoCreateInstance, E_OUTOFMEMORY, 0)                               \
+    FAULT(kMemory, ExpandEnvironmentStringsA, 0, ERROR_NOT_ENOUGH_MEMORY)            \
+    FAULT(kMemory, GetUserNameA, FALSE, ERROR_NOT_ENOUGH_MEMORY)                     \
+    TAKES(kMemory, CopyIcon, nullptr, ERROR_NOT_ENOUGH_MEMORY, kIcon)                \
+    RETURNS(DestroyIcon, kIcon)                                                      \
     FAULT(kMemory, VirtualAlloc, nullptr, ERROR_NOT_ENOUGH_MEMORY)
 
 // The directory client's entry points are looked up by name.
@@ -48,11 +72,13 @@
     FAULT(kDirectory, ldap_search_sA, LDAP_SERVER_DOWN, 0)                            \
     FAULT(kDirectory, ldap_search_ext_sA, LDAP_SERVER_DOWN, 0)                        \
     FAULT(kDirectory, ldap_parse_resultA, LDAP_NO_MEMORY, 0)                          \
-    FAULT(kDirectory, ldap_create_page_controlA, LDAP_NO_MEMORY, 0)                   \
+    TAKES(kDirectory, ldap_create_page_controlA, LDAP_NO_MEMORY, 0, kControl)         \
+    RETURNS(ldap_control_freeA, kControl)                                             \
     FAULT(kDirectory, ldap_parse_page_controlA, LDAP_NO_MEMORY, 0)                    \
     FAULT(kDirectory, ldap_add_sA, LDAP_SERVER_DOWN, 0)                               \
     FAULT(kDirectory, ldap_modify_sA, LDAP_SERVER_DOWN, 0)                            \
     FAULT(kDirectory, ldap_modify_ext_sA, LDAP_SERVER_DOWN, 0)                        \
+    FAULT(kDirectory, ldap_start_tls_sA, LDAP_SERVER_DOWN, 0)                         \
     FAULT(kDirectory, ldap_delete_sA, LDAP_SERVER_DOWN, 0)                            \
     FAULT(kDirectory, ldap_rename_ext_sA, LDAP_SERVER_DOWN, 0)                        \
     FAULT(kDirectory, ldap_check_filterA, LDAP_NO_MEMORY, 0)                          \

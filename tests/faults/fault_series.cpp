@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <vector>
 
 namespace depot::test {
 namespace {
@@ -14,7 +15,13 @@ namespace {
 constexpr std::ptrdiff_t kSpareBlocks = 2;
 constexpr std::ptrdiff_t kSpareBlocksWithoutMemory = 8;
 
+constexpr int kFew = 3;
 constexpr int kAll = 1 << 20;
+
+const char* Following(int count) {
+    if (count == 1) return "";
+    return count == kAll ? " and all that follow" : " and some that follow";
+}
 
 int Run(const FaultyOperation& operation, FaultKind kind, int number, int count) {
     const Holdings before = FaultLayer::Held();
@@ -49,15 +56,17 @@ void WarmUp(const FaultyOperation& operation) {
 
 void RunWithFaults(const FaultyOperation& operation, int runs) {
     WarmUp(operation);
+    const std::vector<int> counts =
+        IsThorough() ? std::vector<int>{1, kFew, kAll} : std::vector<int>{1, kAll};
     for (const FaultKind kind : kFaultKinds) {
         const int calls = Run(operation, kind, 0, 0);
         std::printf("  %s: %d calls\n", NameOf(kind), calls);
         const int fine = IsThorough() ? calls : runs / 2;
         const int coarse = 1 + std::max(0, calls - fine) / (runs / 2);
-        for (const int count : {1, kAll}) {
+        for (const int count : counts) {
             for (int number = 1; number <= calls; number += number < fine ? 1 : coarse) {
                 SCOPED_TRACE(std::string(NameOf(kind)) + " call " + std::to_string(number) +
-                             (count > 1 ? " and all that follow" : ""));
+                             Following(count));
                 Run(operation, kind, number, count);
                 if (testing::Test::HasFatalFailure()) return;
             }

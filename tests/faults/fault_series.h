@@ -11,7 +11,7 @@ namespace depot::test {
 // Which calls of a run fail.
 struct Fault {
     FaultKind kind;
-    bool onwards;  // not one alone, but all that follow it as well
+    bool onwards;  // not one alone, but some or all that follow it as well
 
     friend bool operator==(const Fault& fault, FaultKind kind) { return fault.kind == kind; }
 };
@@ -25,9 +25,10 @@ struct FaultyOperation {
 };
 
 // How many runs there are of each kind: the first half of them takes the first calls one by one,
-// and the rest are spread over the calls that remain. With DEPOTINTR_THOROUGH set each call fails.
-inline constexpr int kFewRuns = 16;
-inline constexpr int kManyRuns = 40;
+// and the rest are spread over the calls that remain. With DEPOTINTR_THOROUGH set each call fails,
+// also with a few that follow.
+inline constexpr int kFewRuns = 12;
+inline constexpr int kManyRuns = 24;
 
 // Counts the calls of each kind that the operation makes, and then lets the n-th of them fail, once
 // alone and once with all that follow. After each run nothing may be held that was not held before.

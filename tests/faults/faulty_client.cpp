@@ -6,6 +6,10 @@ namespace {
 constexpr std::string_view kWork = "<Work>\\";
 constexpr std::string_view kCorp = "<Corp>\\";
 
+bool HoldsEdit(const std::string& text) {
+    return text.find("K=new") != std::string::npos;
+}
+
 }  // namespace
 
 FaultyClientTest::FaultyClientTest() {
@@ -63,6 +67,34 @@ std::string FaultyClientTest::Kept() {
     std::string kept = Recovered();
     for (const std::string& path : WorkingCopies()) kept += FileBytes(path);
     return kept;
+}
+
+LONG_PTR StoreFaultsTest::Load(const std::string& path) {
+    LONG_PTR handle = 0;
+    Succeeded(api_->DPLoadFile(&handle, Text(path)));
+    return handle;
+}
+
+LONG_PTR StoreFaultsTest::LoadEdited(const std::string& path) {
+    const LONG_PTR handle = Load(path);
+    EXPECT_EQ(S_OK, api_->DPSetProfileString(handle, Text("S"), Text("K"), Text("new")));
+    return handle;
+}
+
+std::wstring StoreFaultsTest::ReadValue(LONG_PTR handle) {
+    OutText value;
+    const bool read =
+        Succeeded(api_->DPGetProfileString(handle, Text("S"), Text("K"), Text("-"), value, 99));
+    EXPECT_EQ(read, !value.IsNull());
+    return value.Value();
+}
+
+void ExpectNoNeedlessCopies(const std::string& elsewhere) {
+    for (const std::string& path : WorkingCopies()) {
+        const std::string bytes = FileBytes(path);
+        EXPECT_TRUE(HoldsEdit(bytes) && !HoldsEdit(elsewhere))
+            << path << " holds: " << bytes << "\nelsewhere: " << elsewhere;
+    }
 }
 
 }  // namespace depot::test

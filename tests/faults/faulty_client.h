@@ -41,4 +41,30 @@ protected:
     FaultLayer layer_{Library::Own().Module()};
 };
 
+// The same on one of the two depots, whose name is the parameter.
+class StoreFaultsTest : public FaultyClientTest, public testing::WithParamInterface<const char*> {
+protected:
+    static constexpr char kOld[] = "[S]\r\nK=old\r\nL=keep\r\n";
+    static constexpr char kNew[] = "[S]\r\nK=new\r\nL=keep\r\n";
+
+    static std::string Path(const std::string& relative) {
+        return "<" + std::string(GetParam()) + ">\\" + relative;
+    }
+
+    // A new world for a run: no credentials in doubt, nothing left by the last run.
+    void Forget() {
+        ForgetServer(server_.Port());
+        CleanWorkingFiles();
+    }
+
+    LONG_PTR Load(const std::string& path);
+    // A session whose file holds an edit that is not stored yet.
+    LONG_PTR LoadEdited(const std::string& path);
+    void End(LONG_PTR handle) { EXPECT_EQ(S_OK, api_->DPUnInitialize(handle)); }
+    std::wstring ReadValue(LONG_PTR handle);
+};
+
+// A working copy stays only when it holds the only edit; `elsewhere` is what other files hold.
+void ExpectNoNeedlessCopies(const std::string& elsewhere);
+
 }  // namespace depot::test

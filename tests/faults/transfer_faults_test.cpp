@@ -250,5 +250,79 @@ TEST_F(TransferFaultsTest, FileMovedOutOfTheDirectoryIsInOneOfTheStores) {
     });
 }
 
+TEST_F(TransferFaultsTest, FileIsNotMovedOutOfTheDirectoryOntoAnother) {
+    const std::string target = Make("h\\m.kra", "other");
+    const std::string dn = DN("cn=m.kra");
+    const CDepotItem item("<Work>\\m.kra", work_);
+    const CDepotItem place("<Home>\\", &home_);
+    Connected().AddFileEntry(dn, "m.kra", "3333", 4);
+    RunWithFaults({
+        [&] { ForgetLastRun(); },
+        [&] {
+            result_ =
+                Result([&] { return ItemOperation(item, &place, FO_MOVE, nullptr, &error_); });
+        },
+        [&](std::optional<Fault>) {
+            EXPECT_EQ(0, result_);
+            EXPECT_EQ("other", LocalFile(target));
+            EXPECT_EQ("3333", Contents(dn));
+        },
+    });
+}
+
+TEST_F(TransferFaultsTest, FileMovedBetweenFoldersIsInOneOfThem) {
+    const std::string source = At("h\\m.kra");
+    const std::string target = At("s\\m.kra");
+    CDepot& store = world_.Add("Store", "Store", "s");
+    const CDepotItem item("<Home>\\m.kra", &home_);
+    const CDepotItem place("<Store>\\", &store);
+    RunWithFaults({
+        [&] {
+            ForgetLastRun();
+            DeleteFileA(target.c_str());
+            Make("h\\m.kra", "3333");
+        },
+        [&] {
+            result_ =
+                Result([&] { return ItemOperation(item, &place, FO_MOVE, nullptr, &error_); });
+        },
+        [&](std::optional<Fault> failing) {
+            EXPECT_TRUE(LocalFile(source) == "3333" || LocalFile(target) == "3333");
+            EXPECT_THAT(LocalFile(target), testing::AnyOf("3333", "(missing)"));
+            if (result_ != 0) {
+                EXPECT_EQ("3333", LocalFile(target));
+            }
+            EXPECT_TRUE(failing || (result_ == 1 && !Exists(source)));
+        },
+    });
+}
+
+TEST_F(TransferFaultsTest, TreeMovedBetweenFoldersIsInOneOfThem) {
+    CDepot& store = world_.Add("Store", "Store", "s");
+    const CDepotItem place("<Store>\\", &store);
+    RunWithFaults({
+        [&] {
+            ForgetLastRun();
+            RemoveFolder(At("s\\tree"));
+            world_.folder.MakeFolder("h\\tree\\sub");
+            Make("h\\tree\\a.kra", "1111");
+            Make("h\\tree\\sub\\b.kra", "2222");
+        },
+        [&] {
+            result_ = Result([&] {
+                CDepotItems items;
+                if (!items.Append(std::make_unique<CDepotItem>("<Home>\\tree", &home_))) return 0;
+                return ListOperation(items, &place, FO_MOVE, kQuietFlags, nullptr, &error_);
+            });
+        },
+        [&](std::optional<Fault> failing) {
+            const std::string target = LocalTreeAt(At("s\\tree"));
+            ExpectWholeFiles(target);
+            EXPECT_EQ(kTree, result_ != 0 ? target : LocalTreeAt(At("h\\tree")));
+            EXPECT_TRUE(failing || (result_ == 1 && !Exists(At("h\\tree"))));
+        },
+    });
+}
+
 }  // namespace
 }  // namespace depot
