@@ -22,16 +22,10 @@ std::optional<std::string> CopyNextToItself(CDepot& depot, const std::string& so
     const std::string folder = FolderPrefix(source);
     HeldConnections connections;
     if (!connections.Hold(&depot, folder, nullptr)) return std::nullopt;
-    bool unclear = false;
-    const auto isTaken = [&](const std::string& name) {
-        if (FileExists(depot, folder + name) != 0) return true;
-        // The copy would replace an entry that could not be looked at.
-        unclear = IsDirectoryDepot(depot) &&
-                  depot.DirectoryConnection()->LastError() != LDAP_NO_SUCH_OBJECT;
-        return false;
-    };
-    const auto name = FindFreeCopyName(NamePart(source), style, FormatOf(style), isTaken);
-    if (!name || unclear) return std::nullopt;
+    const auto name = FindFreeCopyName(
+        NamePart(source), style, FormatOf(style),
+        [&](const std::string& taken) { return FileExists(depot, folder + taken) != 0; });
+    if (!name) return std::nullopt;
     const std::string copy = folder + *name;
     if (CopyToFreeName(depot, source, copy) == 0) return std::nullopt;
     return copy;

@@ -1,5 +1,7 @@
 #include "platform/private_file.h"
 
+#include <vector>
+
 #include "platform/handles.h"
 #include "platform/win32.h"
 

@@ -1,7 +1,5 @@
 #include "platform/temp_file.h"
 
-#include <new>
-
 #include "platform/paths.h"
 #include "platform/private_file.h"
 #include "platform/win32.h"
@@ -43,13 +41,7 @@ std::string MakeTempFile(const char* prefix) {
 
 std::string MakeTempFileName() {
     std::string name = MakeTempFile(kFilePrefix);
-    if (name.empty()) return name;
-    try {
-        MakePrivate(name);
-    } catch (const std::bad_alloc&) {
-        DeleteFileA(name.c_str());
-        throw;
-    }
+    if (!name.empty()) MakePrivate(name);
     return name;
 }
 
