@@ -153,6 +153,15 @@ TEST_F(BrowseMethodsTest, ResourceFolderIsPassedForEveryKindOfDialog) {
     EXPECT_EQ(expected, AskedAbout({"ResourceFolder"}));
 }
 
+TEST_F(BrowseMethodsTest, EmptyResourceFolderIsNotPassed) {
+    // A path that fits the registry but not the lookup's 260 characters has no answer.
+    product_.Text("", "HomeDir64", std::string(260, 'x'));
+    const Session session(*api_);
+    OutText path;
+    Browse(session, path);
+    EXPECT_EQ(Calls{"ShowModal"}, AskedAbout({"ResourceFolder", "ShowModal"}));
+}
+
 TEST_F(BrowseMethodsTest, ChosenFileBecomesTheCurrentFile) {
     ASSERT_EQ(S_OK, api_->DPLoadFile(session_.Address(), Text("<Work>\\a.kre")));
     dialogs_.chosenPath = L"<Work>\\b.kre";
