@@ -331,7 +331,7 @@ std::string FetchToLocal(CLDAPItems& directory, const std::string& dn, WorkingCo
     const ConnectionScope connection(directory, nullptr);
     WorkingCopyOrigin fetched = {directory.LastError(), std::nullopt};
     if (connection) fetched = FetchFile(directory, dn, copy.Path());
-    if (origin != nullptr) *origin = std::move(fetched);
+    if (origin != nullptr) *origin = fetched;
     return connection ? copy.Release() : std::string();
 }
 
