@@ -40,6 +40,19 @@ void WriteRaw(const std::string& path, const std::vector<char>& bytes) {
     _lclose(file);
 }
 
+// Writes a file beside the old one and lets it take its place, as whoever must not lose the old one
+// does it.
+void ReplaceRaw(const std::string& path, const std::vector<char>& bytes) {
+    const std::string beside = path + ".tmp";
+    const HANDLE file = CreateFileA(beside.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
+                                    FILE_ATTRIBUTE_NORMAL, nullptr);
+    DWORD written = 0;
+    WriteFile(file, bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr);
+    FlushFileBuffers(file);
+    CloseHandle(file);
+    Require(MoveFileExA(beside.c_str(), path.c_str(), MOVEFILE_REPLACE_EXISTING), "replace");
+}
+
 // The names of a folder's files, by a bare find loop.
 std::vector<std::string> FindNames(const std::string& folder) {
     std::vector<std::string> names;
@@ -74,10 +87,12 @@ public:
         }
     }
 
-    void Download(const std::string& folder, const std::string& localFolder) const {
+    template <class Write>
+    void Download(const std::string& folder, const std::string& localFolder,
+                  const Write& write) const {
         CreateDirectoryA(localFolder.c_str(), nullptr);
         for (const auto& [dn, isFolder] : directory_.List(folder)) {
-            WriteRaw(localFolder + "\\" + dn.substr(3, dn.find(',') - 3), directory_.Read(dn));
+            write(localFolder + "\\" + dn.substr(3, dn.find(',') - 3), directory_.Read(dn));
         }
     }
 
@@ -90,7 +105,7 @@ public:
     void Move(const std::string& from, const std::string& to) const {
         const std::string folder = "CN=" + from + "," + test::kSuffix;
         const std::string temporary = MakeRawTempFolder();
-        Download(folder, temporary);
+        Download(folder, temporary, &WriteRaw);
         Upload(temporary, to);
         for (const std::string& file : FindNames(temporary)) {
             DeleteFileA((temporary + "\\" + file).c_str());
@@ -180,13 +195,24 @@ Minima MeasureUploads(Stores& stores, int files, const std::string& localFolder)
         [&] { RawTransfer(stores.Port()).Upload(localFolder, stores.NewName()); }, kFewRepetitions);
 }
 
+// Each repetition fetches into a new folder.
 Minima MeasureDownloads(Stores& stores, int files, const std::string& folder) {
-    const std::string own = stores.world.folder.At("own" + std::to_string(files));
-    const std::string raw = stores.world.folder.At("raw" + std::to_string(files));
+    const auto place = [&] { return stores.world.folder.At(stores.NewName()); };
     return Compare(
         "download " + std::to_string(files) + " files of 10 KB", kGoal,
+        [&] { Require(Download(stores.Directory(), folder, place(), nullptr) == 1, "download"); },
+        [&] { RawTransfer(stores.Port()).Download(folder, place(), &WriteRaw); }, kFewRepetitions);
+}
+
+void MeasureReplacingDownloads(Stores& stores, int files, const std::string& folder) {
+    const std::string own = stores.world.folder.At("own"), raw = stores.world.folder.At("raw");
+    for (const std::string& place : {own, raw}) {
+        RawTransfer(stores.Port()).Download(folder, place, &WriteRaw);
+    }
+    Compare(
+        "download onto " + std::to_string(files) + " existing files", kGoal,
         [&] { Require(Download(stores.Directory(), folder, own, nullptr) == 1, "download"); },
-        [&] { RawTransfer(stores.Port()).Download(folder, raw); }, kFewRepetitions);
+        [&] { RawTransfer(stores.Port()).Download(folder, raw, &ReplaceRaw); }, kFewRepetitions);
 }
 
 void MeasureTrees(Stores& stores) {
@@ -199,6 +225,7 @@ void MeasureTrees(Stores& stores) {
         if (files == 200) {
             PrintGrowth("growth of uploads from 100 to 200 (at most 2.3)", uploads, upload);
             PrintGrowth("growth of downloads from 100 to 200", downloads, download);
+            MeasureReplacingDownloads(stores, files, Stores::DN(folder));
         }
         uploads = upload;
         downloads = download;

@@ -24,6 +24,7 @@ struct ShellAnswer {
     int result = 0;
     BOOL aborted = FALSE;
     DWORD lastError = 0;
+    bool refusesDeletions = false;
 };
 
 std::vector<ShellCall> calls;
@@ -41,6 +42,7 @@ int WINAPI RecordShell(SHFILEOPSTRUCTA* request) {
         EXPECT_EQ('\0', request->pTo[call.target.size() + 1]);
     }
     calls.push_back(call);
+    if (answer.refusesDeletions && request->wFunc == FO_DELETE) return ERROR_ACCESS_DENIED;
     if (answer.isGenuine) return genuineShell(request);
     request->fAnyOperationsAborted = answer.aborted;
     SetLastError(answer.lastError);
@@ -166,6 +168,23 @@ TEST_F(ShellCallsTest, AllTemporaryFoldersGoWithOneDeletionAlsoAfterAFailure) {
         EXPECT_EQ(2u, calls[1].sources.size());
         EXPECT_EQ("1", directory_.Bytes("from\\a.kra"));
         EXPECT_EQ("2", directory_.Bytes("from\\b.kra"));
+    }
+}
+
+TEST_F(ShellCallsTest, TemporaryFolderThatStaysChangesNothingElse) {
+    directory_.MakeFile("from\\a.kra", "1");
+    directory_.MakeFile("from\\b.kra", "2");
+    answer.refusesDeletions = true;
+    EXPECT_EQ(1, List(FO_COPY, {"<Work>\\from\\a.kra"}, "<Home>\\to\\"));
+    EXPECT_EQ(1, List(FO_MOVE, {"<Work>\\from\\b.kra"}, "<Home>\\to\\"));
+    EXPECT_EQ("junk", error_);
+    EXPECT_EQ((StoreContents{{"a.kra", "1"}, {"b.kra", "2"}}), folder_.Contents("to"));
+    EXPECT_FALSE(directory_.Holds("from\\b.kra"));
+    answer = {};
+    const std::vector<ShellCall> refused = calls;
+    for (const ShellCall& call : refused) {
+        if (call.operation != FO_DELETE) continue;
+        EXPECT_TRUE(RemoveFoldersQuietly(call.sources, nullptr));
     }
 }
 

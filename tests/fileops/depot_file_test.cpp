@@ -151,6 +151,21 @@ TEST_F(DepotFileTest, CopyingAFileOntoItselfKeepsIt) {
     EXPECT_EQ("1", test::FileBytes(At("w\\a.kra")));
 }
 
+TEST_F(DepotFileTest, TheLastErrorCodeIsTheSystems) {
+    SetLastError(ERROR_WRITE_PROTECT);
+    EXPECT_EQ(DWORD{ERROR_WRITE_PROTECT}, LastErrorCode(work_));
+    EXPECT_EQ(0, DeleteFile(work_, "<Work>\\no.kra"));
+    EXPECT_EQ(DWORD{ERROR_FILE_NOT_FOUND}, LastErrorCode(work_));
+}
+
+TEST_F(DepotFileTest, AFailureWithoutAnErrorTextIsTheSame) {
+    Make("w\\a.kra");
+    Make("w\\b.kra", "2");
+    EXPECT_EQ(0, CopyFile(work_, "<Work>\\a.kra", At("w\\b.kra"), nullptr, true, nullptr));
+    EXPECT_EQ(0, MoveFile(work_, "<Work>\\no", "<Work>\\c.kra", nullptr, nullptr, nullptr));
+    EXPECT_EQ("2", test::FileBytes(At("w\\b.kra")));
+}
+
 TEST_F(DepotFileTest, ADestinationOf260CharactersIsReportedAsTooLong) {
     Make("w\\a.kra");
     const std::string start = At("missing\\");
