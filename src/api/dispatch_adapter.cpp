@@ -100,7 +100,8 @@ HRESULT DispatchAdapter::Load() {
 void DispatchAdapter::Release() {
     const std::lock_guard guard(lock_);
     typeInfo_.reset();
-    signatures_.clear();
+    // With its memory: the adapter itself is never destroyed.
+    signatures_ = decltype(signatures_)();
 }
 
 HRESULT DispatchAdapter::GetTypeInfo(UINT index, LCID, ITypeInfo** typeInfo) noexcept try {

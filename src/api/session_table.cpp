@@ -14,7 +14,7 @@ DepotSession* AsSession(LONG_PTR handle) {
 }  // namespace
 
 SessionTable& SessionTable::Instance() {
-    // Sessions that clients left behind are ended by DestroyAll, not while the process ends.
+    // Sessions that clients left behind are ended with the DLL, not while the process ends.
     static NoDestructor<SessionTable> table;
     return *table;
 }

@@ -45,8 +45,11 @@ public:
     // Ends every session that clients left behind.
     void DestroyAll();
 
-    // For Instance only.
+    // For Instance only, which does not end before the DLL is taken out of the process.
     SessionTable() = default;
+    ~SessionTable() { DestroyAll(); }
+    SessionTable(const SessionTable&) = delete;
+    SessionTable& operator=(const SessionTable&) = delete;
 
 private:
     struct Use {

@@ -177,7 +177,8 @@ CLDAPItems::PromptResult CLDAPItems::AskForCredentials() {
     if (credentials.userName.empty()) credentials.userName = GetSharedUserName();
     if (credentials.password.empty()) credentials.password = GetSharedPassword();
     if (NothingToAsk(credentials)) return PromptResult::kNothingAsked;
-    if (prompt_ == nullptr || !prompt_->Show(credentials)) {
+    CredentialsPrompt* const prompt = Prompt();
+    if (prompt == nullptr || !prompt->Show(credentials)) {
         location_->password.clear();
         TurnPromptingOff();
         return PromptResult::kCancelled;

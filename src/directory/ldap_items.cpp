@@ -37,10 +37,13 @@ CLDAPItems::CLDAPItems(CDepotPath* location)
     : clientBound_(static_cast<std::uint32_t>(BindDirectoryClient(client_))),
       ownLocation_(location ? nullptr : std::make_unique<CDepotPath>(nullptr)),
       location_(location ? location : ownLocation_.get()),
-      info_(ServerKey(location_->host, location_->port)),
-      prompt_(installedPrompt) {}
+      info_(ServerKey(location_->host, location_->port)) {}
 
 CLDAPItems::~CLDAPItems() = default;
+
+CredentialsPrompt* CLDAPItems::Prompt() const {
+    return ownPrompt_.value_or(installedPrompt);
+}
 
 NamingAttributes CLDAPItems::NamingNames() const {
     return {OrDefault(location_->folderAttributeName, kDefaultNamingAttribute),

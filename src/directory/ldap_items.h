@@ -42,8 +42,8 @@ inline constexpr char kDefaultFolderClass[] = "quillonFolder";
 inline constexpr char kDefaultFileClass[] = "quillonFileBinary";
 inline constexpr char kDefaultContentsAttribute[] = "quillonFileContentsBinary";
 
-// Makes `prompt` the one that every connection asks for credentials; it stays the caller's and must
-// outlive them. With null, as at the beginning, every prompt counts as cancelled.
+// Makes `prompt` the one that every connection asks for credentials from now on; it stays the
+// caller's. With null, as at the beginning, every prompt counts as cancelled.
 void InstallCredentialsPrompt(CredentialsPrompt* prompt);
 
 // The directory access object of one location. Borrows the location's record, or owns a default one
@@ -187,10 +187,12 @@ public:
     DirectoryClient& Client() { return client_; }
     // Those for listings in pages, bound on first need.
     PagingClient& Paging();
-    void SetPrompt(CredentialsPrompt* prompt) { prompt_ = prompt; }
+    // Has this object ask `prompt` and not the installed one.
+    void SetPrompt(CredentialsPrompt* prompt) { ownPrompt_ = prompt; }
 
 private:
     enum class PromptResult { kCancelled, kNothingAsked, kConfirmed };
+    CredentialsPrompt* Prompt() const;
     enum class FolderAddition { kFailed, kWasThere, kAdded };
 
     UniqueLdap Own(LDAP* connection) const { return UniqueLdap(connection, {&client_}); }
@@ -241,7 +243,7 @@ private:
     CDepotPath* location_;
     std::uint32_t lastError_ = 0;
     DirectoryInfoBlock info_;
-    CredentialsPrompt* prompt_;
+    std::optional<CredentialsPrompt*> ownPrompt_;
     std::uint32_t unsafeNames_ = 0;
     std::optional<bool> offersAssertions_;  // once the server was asked
     // What the last failed bind tried; a prompt that changes nothing of it must not go on for ever.

@@ -38,7 +38,7 @@ void Detach() {
     if (!AttachedModule()) return;
     // Nobody can be asked while a library is being unloaded.
     InstallCredentialsPrompt(nullptr);
-    SessionTable::Instance().DestroyAll();
+    std::destroy_at(&SessionTable::Instance());
     App().ExitInstance();
     AttachedModule().reset();
     StopTrace();

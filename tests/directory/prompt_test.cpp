@@ -155,13 +155,15 @@ TEST_F(PromptTest, WithoutADialogThePromptCountsAsCancelled) {
     EXPECT_EQ(1u, Info().noPrompt);
 }
 
-TEST_F(PromptTest, TheInstalledPromptServesEveryConnection) {
-    InstallCredentialsPrompt(&prompt_);
+TEST_F(PromptTest, TheInstalledPromptServesEveryConnectionAsLongAsItIsInstalled) {
     CDepotPath location = server_.Location();
     location.password.clear();
     CLDAPItems items(&location);
-    InstallCredentialsPrompt(nullptr);
+    InstallCredentialsPrompt(&prompt_);
     items.PromptForCredentials();
+    EXPECT_EQ(1u, prompt_.shown.size());
+    InstallCredentialsPrompt(nullptr);
+    EXPECT_EQ(0, items.PromptForCredentials());
     EXPECT_EQ(1u, prompt_.shown.size());
 }
 

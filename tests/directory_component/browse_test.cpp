@@ -85,6 +85,17 @@ TEST_F(BrowseDirectoryTest, ChangedFileIsStoredWhenAnotherIsChosen) {
     EXPECT_EQ(L"changed", Read(other, L"S", L"K"));
 }
 
+TEST_F(BrowseDirectoryTest, ChangedFileThatIsChosenAgainIsStoredBeforeItIsFetched) {
+    Session session(*api_);
+    ASSERT_EQ(S_OK, api_->DPLoadFile(session.Address(), Text("<Corp>\\a.kra")));
+    ASSERT_EQ(S_OK, api_->DPSetProfileString(session, Text("S"), Text("K"), Text("changed")));
+    OutText path;
+    EXPECT_EQ(S_OK, Browse(session, path,
+                           [](const OpenBrowser& browser) { browser.DoubleClickRow(L"a.kra"); }));
+    EXPECT_EQ(L"<Corp>\\a.kra", path.Value());
+    EXPECT_EQ(L"changed", Read(session, L"S", L"K"));
+}
+
 TEST_F(BrowseDirectoryTest, SeveralChosenFilesStoreTheCurrentOneAndLeaveNone) {
     Session session(*api_);
     ASSERT_EQ(S_OK, api_->DPLoadFile(session.Address(), Text("<Corp>\\a.kra")));

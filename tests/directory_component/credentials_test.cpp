@@ -8,6 +8,7 @@
 #include "support/child_process.h"
 #include "support/component_depots.h"
 #include "support/directory_fixture.h"
+#include "support/import_patch.h"
 #include "support/stores.h"
 #include "support/working_files.h"
 
@@ -253,6 +254,45 @@ TEST_F(CredentialsTest, DialogIsFilledWithWhatTheLocationSays) {
     }});
     EXPECT_EQ(L"(default)", Value());
     EXPECT_EQ(1, watch.Shown());
+}
+
+std::vector<std::string> notedBoxes;
+
+int WINAPI NoteBox(HWND, LPCSTR text, LPCSTR, UINT) {
+    notedBoxes.emplace_back(text);
+    return IDOK;
+}
+
+TEST_F(CredentialsTest, NobodyIsAskedWhileTheComponentIsUnloaded) {
+    notedBoxes.clear();
+    const RegisteredDialog dialog;
+    const std::string guest = "cn=guest," + std::string(kSuffix);
+    server_.Apply("dn: " + guest +
+                  "\nobjectClass: person\ncn: guest\nsn: guest\nuserPassword: one\n");
+    const DialogWatch watch({Type(guest, "one")});
+    const ScratchFolder folder;
+    {
+        const Library library(CopyComponent(folder, "qdirsvc.dll"));
+        // A box would wait for the watch, and that for the lock under which libraries go. Its
+        // place goes with the library.
+        static_cast<void>(std::make_unique<ImportPatch<decltype(&MessageBoxA)>>(
+                              "MessageBoxA", &NoteBox, library.Module())
+                              .release());
+        const Com<IDepotIntrApi> api = library.CreateApi();
+        LONG_PTR left = 0;
+        ASSERT_EQ(S_OK, api->DPLoadFile(&left, Text(kFile)));
+        EXPECT_EQ(S_OK, api->DPSetProfileString(left, Text("S"), Text("K"), Text("new")));
+        // The session has to log on once more, and what was typed is wrong by now.
+        server_.Apply("dn: " + guest +
+                      "\nchangetype: modify\nreplace: userPassword\nuserPassword: two\n");
+        server_.Stop();
+        server_.Continue();
+    }
+    EXPECT_EQ(1, watch.Shown());
+    EXPECT_THAT(notedBoxes, testing::Not(IsEmpty()));
+    EXPECT_EQ("[S]\r\nK=old\r\n", Contents());
+    ASSERT_THAT(RecoveredFiles(), testing::SizeIs(1));
+    EXPECT_EQ("[S]\r\nK=new\r\n", FileBytes(RecoveredFiles().front()));
 }
 
 }  // namespace
