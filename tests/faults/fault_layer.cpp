@@ -174,4 +174,8 @@ std::size_t FaultLayer::LastingServerBlocks() {
     return OpenServerHandles();
 }
 
+void FaultLayer::CloseLastingServerBlocks() {
+    CloseServerHandles();
+}
+
 }  // namespace depot::test

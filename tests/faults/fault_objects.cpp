@@ -1,5 +1,6 @@
 // Objects of the kernel that cannot be made, and the handles and views that a module holds.
 #include <cstring>
+#include <utility>
 
 #include "faults/fault_state.h"
 
@@ -23,6 +24,23 @@ public:
     }
     bool Knows(const void* address) { return *Slot(address) == address; }
     std::size_t Count() const { return count_; }
+
+    // Forgets every address but the first, handing each that is forgotten to `giveBack`.
+    template <class GiveBack>
+    void ForgetAllButOne(const GiveBack& giveBack) {
+        const void* kept = nullptr;
+        for (const void*& slot : slots_) {
+            if (slot == nullptr || slot == Gone()) {
+                slot = nullptr;
+            } else if (kept == nullptr) {
+                kept = std::exchange(slot, nullptr);
+            } else {
+                giveBack(std::exchange(slot, nullptr));
+            }
+        }
+        count_ = 0;
+        if (kept != nullptr) Add(kept);
+    }
 
 private:
     static const void* Gone() { return reinterpret_cast<const void*>(ULONG_PTR{1}); }
@@ -107,6 +125,12 @@ FARPROC ObjectStandIn(const char* name, FARPROC genuine) {
 
 std::size_t OpenServerHandles() {
     return serverHandles.Count();
+}
+
+void CloseServerHandles() {
+    serverViews.ForgetAllButOne([](const void* view) { real<&UnmapViewOfFile>(view); });
+    serverHandles.ForgetAllButOne(
+        [](const void* handle) { real<&CloseHandle>(const_cast<void*>(handle)); });
 }
 
 }  // namespace depot::test

@@ -48,4 +48,7 @@ FARPROC ObjectStandIn(const char* name, FARPROC genuine);
 // How many of the handles of servers' blocks, which stay on purpose, are open.
 std::size_t OpenServerHandles();
 
+// Closes all of them but one, and their views.
+void CloseServerHandles();
+
 }  // namespace depot::test
