@@ -2,13 +2,13 @@
 #include <algorithm>
 
 #include "config/file_types.h"
-#include "depotbrowser/ansi_text.h"
 #include "depotbrowser/browse_ids.h"
 #include "depotbrowser/browse_window.h"
 #include "depotbrowser/browse_window_parts.h"
 #include "depotbrowser/control_text.h"
 #include "depotbrowser/name_rules.h"
 #include "depotbrowser/window_size.h"
+#include "platform/wide_text.h"
 #include "resource_ids.h"
 // After the Windows headers.
 #include <uxtheme.h>

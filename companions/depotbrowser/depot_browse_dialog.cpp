@@ -4,8 +4,8 @@
 #include <type_traits>
 
 #include "config/file_types.h"
-#include "depotbrowser/ansi_text.h"
 #include "platform/module_state.h"
+#include "platform/wide_text.h"
 
 namespace depot {
 namespace {

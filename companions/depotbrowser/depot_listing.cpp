@@ -1,6 +1,5 @@
 #include "depotbrowser/depot_listing.h"
 
-#include "depotbrowser/ansi_text.h"
 #include "depotbrowser/worker_notices.h"
 #include "fileops/depot_file.h"
 #include "fileops/enumerate.h"
@@ -9,6 +8,7 @@
 #include "platform/error_text.h"
 #include "platform/paths.h"
 #include "platform/text.h"
+#include "platform/wide_text.h"
 
 namespace depot {
 namespace {

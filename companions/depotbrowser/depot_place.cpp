@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
-#include "depotbrowser/ansi_text.h"
 #include "platform/text.h"
+#include "platform/wide_text.h"
 
 namespace depot {
 

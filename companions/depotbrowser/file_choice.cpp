@@ -3,11 +3,11 @@
 #include <algorithm>
 
 #include "config/file_types.h"
-#include "depotbrowser/ansi_text.h"
 #include "depotbrowser/browse_ids.h"
 #include "depotbrowser/control_text.h"
 #include "depotbrowser/name_rules.h"
 #include "platform/paths.h"
+#include "platform/wide_text.h"
 #include "resource_ids.h"
 
 namespace depot {

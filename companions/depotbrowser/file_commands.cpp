@@ -2,9 +2,9 @@
 
 #include <algorithm>
 
-#include "depotbrowser/ansi_text.h"
 #include "depotbrowser/browse_ids.h"
 #include "depotbrowser/name_rules.h"
+#include "platform/wide_text.h"
 #include "resource_ids.h"
 
 namespace depot {

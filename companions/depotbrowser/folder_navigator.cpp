@@ -2,10 +2,10 @@
 
 #include <algorithm>
 
-#include "depotbrowser/ansi_text.h"
 #include "depotbrowser/name_rules.h"
 #include "platform/paths.h"
 #include "platform/text.h"
+#include "platform/wide_text.h"
 #include "resource_ids.h"
 
 namespace depot {

@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <utility>
 
-#include "depotbrowser/ansi_text.h"
 #include "depotbrowser/name_rules.h"
 #include "platform/paths.h"
 #include "platform/text.h"
+#include "platform/wide_text.h"
 
 namespace depot {
 namespace {

@@ -1,12 +1,12 @@
 #include "depotbrowser/prompt_text.h"
 
-#include "depotbrowser/ansi_text.h"
 #include "host/resource_library.h"
 #include "platform/directory_service.h"
 #include "platform/handles.h"
 #include "platform/module_state.h"
 #include "platform/no_destructor.h"
 #include "platform/text.h"
+#include "platform/wide_text.h"
 
 namespace depot {
 namespace {

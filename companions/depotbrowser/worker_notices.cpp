@@ -3,10 +3,10 @@
 #include <map>
 #include <mutex>
 
-#include "depotbrowser/ansi_text.h"
 #include "directory/ldap_items.h"
 #include "platform/no_destructor.h"
 #include "platform/user_notice.h"
+#include "platform/wide_text.h"
 
 namespace depot {
 namespace {

@@ -5,6 +5,7 @@
 
 #include "host/language_settings.h"
 #include "platform/paths.h"
+#include "platform/wide_text.h"
 
 namespace depot {
 namespace {
@@ -35,19 +36,6 @@ UniqueModule LoadVariant(const std::string& plainPath) {
     if (language.empty()) return nullptr;
     const auto path = LanguageLibraryPath(LowerCasePath(plainPath), language);
     return UniqueModule(path ? LoadLibraryA(path->c_str()) : nullptr);
-}
-
-// Returns nothing for a text that the ANSI code page cannot hold as it stands.
-std::optional<std::string> AnsiFromWide(std::wstring_view text) {
-    const int length = static_cast<int>(text.size());
-    BOOL replaced = FALSE;
-    const int bytes = WideCharToMultiByte(CP_ACP, WC_NO_BEST_FIT_CHARS, text.data(), length,
-                                          nullptr, 0, nullptr, &replaced);
-    if (bytes == 0 || replaced) return std::nullopt;
-    std::string narrow(static_cast<std::size_t>(bytes), '\0');
-    WideCharToMultiByte(CP_ACP, WC_NO_BEST_FIT_CHARS, text.data(), length, narrow.data(), bytes,
-                        nullptr, nullptr);
-    return narrow;
 }
 
 }  // namespace
@@ -84,7 +72,7 @@ std::optional<std::string> ResourceText(unsigned id) {
     // With no room for a copy the call gives the place of the text in the library and its length.
     const int length = LoadStringW(library, id, reinterpret_cast<wchar_t*>(&text), 0);
     if (length <= 0) return std::nullopt;
-    return AnsiFromWide({text, static_cast<std::size_t>(length)});
+    return ExactAnsiFromWide({text, static_cast<std::size_t>(length)});
 }
 
 }  // namespace depot
