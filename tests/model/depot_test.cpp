@@ -174,27 +174,5 @@ TEST(DepotTest, VirtualOperationsStandInTheirOrder) {
     EXPECT_EQ(4u, test::VirtualSlot(&CDepot::CopyFrom));
 }
 
-TEST(DepotTest, ACloneWithoutMemoryIsNullOrLacksOnlyWhatGotNone) {
-    CDepot depot(nullptr);
-    FillWithJunk(depot);
-    depot.name = depot.displayName = std::string(100, 'n');
-    int nulls = 0;
-    int incomplete = 0;
-    const test::MemoryRun run = test::RunOutOfMemory([&] {
-        const std::unique_ptr<CDepot> clone = depot.Clone();
-        if (!clone) {
-            ++nulls;
-        } else if (clone->paths->Count() < depot.paths->Count()) {
-            ++incomplete;
-        }
-        EXPECT_TRUE(test::FailingMemory::RanOut() || clone->paths->Count() == 2);
-    });
-    EXPECT_LT(0, nulls);
-    EXPECT_LT(0, incomplete);
-    EXPECT_EQ(run.failures, nulls + incomplete);
-    EXPECT_EQ(0, run.exceptions);
-    EXPECT_EQ(0u, run.left);
-}
-
 }  // namespace
 }  // namespace depot
