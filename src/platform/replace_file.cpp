@@ -1,5 +1,6 @@
 #include "platform/replace_file.h"
 
+#include <cstdio>
 #include <optional>
 #include <vector>
 
@@ -37,7 +38,7 @@ std::string NameBeside(const std::string& path, DWORD number) {
     const std::size_t separator = path.find_last_of("\\/:");
     const std::size_t folder = separator == std::string::npos ? 0 : separator + 1;
     char name[16] = {};
-    wsprintfA(name, "lda%04x.tmp", number & 0xFFFF);
+    std::snprintf(name, sizeof(name), "lda%04x.tmp", static_cast<unsigned>(number & 0xFFFF));
     return path.substr(0, folder) + name;
 }
 

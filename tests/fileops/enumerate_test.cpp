@@ -3,12 +3,15 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cstring>
+#include <iterator>
 #include <vector>
 
 #include "config/file_types.h"
 #include "fileops/allocation_count.h"
 #include "manager/depot_world.h"
 #include "platform/paths.h"
+#include "support/import_patch.h"
 
 namespace depot {
 namespace {
@@ -190,6 +193,37 @@ TEST_F(EnumerateTest, ItemsCarryTypeKindDepotAndFindData) {
     EXPECT_EQ(1u, Item("<Work>\\a.kra").findData->nFileSizeLow);
     ASSERT_NE(nullptr, Item("<Work>\\sub").findData);
     EXPECT_NE(0u, Item("<Work>\\sub").findData->dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY);
+}
+
+// A file system that delivers names in an order of its own.
+BOOL WINAPI DeliverNext(HANDLE, WIN32_FIND_DATAA* found) {
+    static constexpr const char* kNames[] = {"b.kra", "c.kra", "a.kra"};
+    static std::size_t next = 0;
+    if (next == std::size(kNames)) {
+        next = 0;
+        SetLastError(ERROR_NO_MORE_FILES);
+        return FALSE;
+    }
+    *found = {};
+    found->dwFileAttributes = FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM;
+    found->ftCreationTime.dwLowDateTime = 1;
+    found->ftLastAccessTime.dwLowDateTime = 2;
+    found->ftLastWriteTime.dwLowDateTime = 3;
+    std::strcpy(found->cFileName, kNames[next++]);
+    return TRUE;
+}
+
+TEST_F(EnumerateTest, ItemsStandInTheOrderAndWithTheDataOfTheFileSystem) {
+    Make("first.txt");
+    const test::ImportPatch<decltype(&FindNextFileA)> patch("FindNextFileA", &DeliverNext);
+    ASSERT_TRUE(patch.IsInPlace());
+    EXPECT_EQ(3, List("<Work>\\", ".kra"));
+    EXPECT_THAT(Paths(), ElementsAre("<Work>\\b.kra", "<Work>\\c.kra", "<Work>\\a.kra"));
+    const WIN32_FIND_DATAA& data = *Item("<Work>\\a.kra").findData;
+    EXPECT_EQ(DWORD{FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM}, data.dwFileAttributes);
+    EXPECT_EQ(1u, data.ftCreationTime.dwLowDateTime);
+    EXPECT_EQ(2u, data.ftLastAccessTime.dwLowDateTime);
+    EXPECT_EQ(3u, data.ftLastWriteTime.dwLowDateTime);
 }
 
 TEST_F(EnumerateTest, AnItemThatMemoryRunsOutForIsLeftOutAndNotCounted) {

@@ -63,6 +63,16 @@ TEST_F(NumberedCopyTest, OnlyTheDepotWhosePrefixStartsTheFolderIsTried) {
     EXPECT_EQ(std::nullopt, MakeNumberedCopy(session, folder_.At("Workshop\\a.kra")));
 }
 
+TEST_F(NumberedCopyTest, OnlyTheFirstOfTwoDepotsOfOneKeyIsTried) {
+    const test::ScratchKey machine(HKEY_LOCAL_MACHINE, "Software\\Quillon\\Farrow\\Depots");
+    machine.Text("Work", "Path1", folder_.At("Workshop"));
+    folder_.MakeFile("Workshop\\a.kra", "1");
+    DepotSession session;
+    ASSERT_EQ(3u, session.Depots().Count());
+    EXPECT_EQ(std::nullopt, MakeNumberedCopy(session, "<Work>\\a.kra"));
+    EXPECT_FALSE(Exists(folder_.At("Workshop\\a - copy.kra")));
+}
+
 TEST_F(NumberedCopyTest, TheOldStylePutsTheNumberInFront) {
     folder_.MakeFile("Work\\a.kra", "1");
     DepotSession session;
