@@ -51,22 +51,28 @@ void PrepareDepots() {
     RouteWorkerNotices();
 }
 
-}  // namespace
-}  // namespace depot
-
-DEPOT_ENTRY_POINT BOOL WINAPI DllMain(HINSTANCE, DWORD reason, void* processEnds) noexcept try {
-    if (reason == DLL_PROCESS_ATTACH) {
-        depot::BrowserModule();
-        depot::PrepareDepots();
-    }
-    // While a process ends nothing may be touched that other libraries may already have given up.
-    if (reason == DLL_PROCESS_DETACH && processEnds == nullptr) {
-        std::destroy_at(&depot::BrowserModule());
-    }
+BOOL Attach() noexcept try {
+    BrowserModule();
+    PrepareDepots();
     return TRUE;
 } catch (...) {
     // Without memory the system takes the DLL out of the process again.
     return FALSE;
+}
+
+void Detach() noexcept try { std::destroy_at(&BrowserModule()); } catch (...) {
+    // Nobody is left who could be told.
+    return;
+}
+
+}  // namespace
+}  // namespace depot
+
+DEPOT_ENTRY_POINT BOOL WINAPI DllMain(HINSTANCE, DWORD reason, void* processEnds) {
+    if (reason == DLL_PROCESS_ATTACH) return depot::Attach();
+    // While a process ends nothing may be touched that other libraries may already have given up.
+    if (reason == DLL_PROCESS_DETACH && processEnds == nullptr) depot::Detach();
+    return TRUE;
 }
 
 DEPOT_ENTRY_POINT HRESULT WINAPI DllCanUnloadNow() {
