@@ -63,8 +63,8 @@ fuzz: ## Look for inputs that break the pure code, a minute per target
 soak: ## Run 10,000 sessions on each store, and let every single system call fail once
 	@tools/setup
 	@tools/build release
-	@DEPOTINTR_SOAK_SESSIONS=10000 ctest --preset release -R '^soak$$' --timeout 7200 -V
-	@DEPOTINTR_THOROUGH=1 ctest --preset release -R '^faults$$' --timeout 7200 --output-on-failure
+	@DEPOTINTR_SOAK_SESSIONS=10000 tools/with-slapd tools/wine-run $(RELEASE)/bin/soak_test.exe
+	@DEPOTINTR_THOROUGH=1 tools/with-slapd tools/wine-run $(RELEASE)/bin/faults_test.exe
 
 dist: ## Leave in dist/ what users install (SIGN_PFX=file.pfx signs it)
 	@tools/setup dist

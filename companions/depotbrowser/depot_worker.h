@@ -27,7 +27,8 @@ public:
     // has the result that its type starts with, a failure without a reason.
     template <class Work, class Done>
     void Post(Work work, Done done) {
-        Add([work = std::move(work), done = std::move(done)](DepotSession& session, Reply reply) {
+        Add([work = std::move(work), done = std::move(done)](DepotSession& session,
+                                                             const Reply& reply) {
             decltype(work(session)) result;
             try {
                 result = work(session);
@@ -41,7 +42,7 @@ public:
 private:
     struct State;
     using Reply = std::function<void(WindowMailbox::Delivery delivery)>;
-    using Job = std::function<void(DepotSession& session, Reply reply)>;
+    using Job = std::function<void(DepotSession& session, const Reply& reply)>;
 
     void Add(Job job);
     static DWORD WINAPI Run(void* parameter);

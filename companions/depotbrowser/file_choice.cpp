@@ -20,7 +20,7 @@ bool IsWholePath(const std::string& text) {
 // A name of a file that is there may be typed without its extension.
 ExaminedName ExamineTyped(DepotSession& session, const FolderRef& folder, const std::string& name,
                           const std::string& longer) {
-    const ExaminedName found = ExamineName(session, folder, name);
+    ExaminedName found = ExamineName(session, folder, name);
     if (found.kind != NameKind::kAbsent || longer == name) return found;
     return ExamineName(session, folder, longer);
 }
@@ -28,7 +28,7 @@ ExaminedName ExamineTyped(DepotSession& session, const FolderRef& folder, const 
 // A folder of the name that was typed is opened; only other names are tried for writing.
 ExaminedName ExamineTarget(DepotSession& session, const FolderRef& folder, const std::string& name,
                            const std::string& longer) {
-    const ExaminedName found = ExamineName(session, folder, name);
+    ExaminedName found = ExamineName(session, folder, name);
     if (found.kind == NameKind::kFolder || found.kind == NameKind::kUnknown) return found;
     return ExamineForWriting(session, folder, longer);
 }
@@ -88,6 +88,7 @@ void FileChoice::AcceptSelected(const std::vector<const BrowseEntry*>& files) {
         return SaveFile(FolderRef(*parts_.navigator.Current()), files.front()->name, true);
     }
     std::vector<std::string> paths;
+    paths.reserve(files.size());
     for (const BrowseEntry* file : files) {
         paths.push_back(parts_.navigator.FolderPath() + file->name);
     }

@@ -12,6 +12,7 @@ namespace {
 
 std::vector<std::string> NamesOf(const std::vector<const BrowseEntry*>& entries) {
     std::vector<std::string> names;
+    names.reserve(entries.size());
     for (const BrowseEntry* entry : entries) names.push_back(entry->name);
     return names;
 }

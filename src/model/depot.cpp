@@ -91,7 +91,7 @@ bool CDepot::ReadDefinition(const RegistryKey& listKey, const std::string& subke
     displayName = LocalizedName(*key, language, subkeyName);
     name = subkeyName;
     if (const auto value = key->ReadDwordOr("DefaultDepot", 0)) isDefault = *value == 1;
-    if (const auto value = key->ReadDwordOr("OrderIndex", kNoOrderIndex)) {
+    if (const auto value = key->ReadDwordOr("OrderIndex", static_cast<DWORD>(kNoOrderIndex))) {
         orderIndex = static_cast<std::int32_t>(*value);
     }
     if (const auto value = key->ReadDwordOr("Contains", 0)) contains = *value;

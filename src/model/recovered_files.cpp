@@ -46,7 +46,8 @@ std::string LocalTimeText() {
 // Creates the first file of the numbered names that does not exist; null when none can be created.
 UniqueHandle CreateNumbered(const std::string& head, const std::string& tail, std::string& path) {
     for (int number = 1; number <= kMaxNumbers; ++number) {
-        path = head + " (" + std::to_string(number) + ")" + tail;
+        path = head;
+        path.append(" (").append(std::to_string(number)).append(")").append(tail);
         const HANDLE file = CreateFileA(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
                                         FILE_ATTRIBUTE_NORMAL, nullptr);
         if (file != INVALID_HANDLE_VALUE) return UniqueHandle(file);
