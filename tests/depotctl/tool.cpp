@@ -65,7 +65,8 @@ public:
         startup.hStdError = errors.write.get();
         PROCESS_INFORMATION created = {};
         EXPECT_TRUE(CreateProcessW(nullptr, command.data(), nullptr, nullptr, TRUE, 0, nullptr,
-                                   nullptr, &startup, &created));
+                                   nullptr, &startup, &created))
+            << "error " << GetLastError();
         const UniqueHandle thread(created.hThread);
         process_.reset(created.hProcess);
         input.read.reset();
