@@ -93,6 +93,20 @@ TEST_F(ConnectionFailuresTest, AProtocolVersionThatIsRefusedEndsTheConnection) {
     EXPECT_THAT(boxes_.Texts(), ElementsAre(MessageFor(89)));
 }
 
+TEST_F(ConnectionFailuresTest, ASecuredConnectionThatWouldFollowReferralsIsEnded) {
+    CDepotPath location = server_.Location();
+    location.security = 1;
+    CLDAPItems& items = Make(location);
+    items.Client().ldap_set_option = [](LDAP* connection, int option, const void* value) -> ULONG {
+        return option == LDAP_OPT_REFERRALS ? ULONG{LDAP_PARAM_ERROR}
+                                            : genuine.ldap_set_option(connection, option, value);
+    };
+    EXPECT_EQ(0, items.ConnectLocation(&text_));
+    EXPECT_EQ(89u, items.LastError());
+    EXPECT_FALSE(items.IsUsable());
+    EXPECT_THAT(boxes_.Texts(), ElementsAre(MessageFor(89)));
+}
+
 TEST_F(ConnectionFailuresTest, AConnectCallThatFailsEndsTheConnection) {
     CDepotPath location = server_.Location();
     location.connectTimeout = 3;
