@@ -1,4 +1,6 @@
 // The entry points of the DLL, and the classes that it offers.
+#include <optional>
+
 #include "depotbrowser/depot_browse_dialog.h"
 #include "depotbrowser/identifiers.h"
 #include "depotbrowser/prompt_text.h"
@@ -39,8 +41,8 @@ const ObjectMapEntry kObjectMap[] = {
 const ModuleIdentity kIdentity = {DEPOT_BRACED_TEXT(DEPOTBROWSER_APPID), LIBID_DepotBrowserLib,
                                   kObjectMap};
 
-CComModule& BrowserModule() {
-    static NoDestructor<CComModule> module(kIdentity);
+std::optional<CComModule>& AttachedModule() {
+    static NoDestructor<std::optional<CComModule>> module;
     return *module;
 }
 
@@ -52,17 +54,12 @@ void PrepareDepots() {
 }
 
 BOOL Attach() noexcept try {
-    BrowserModule();
+    AttachedModule().emplace(kIdentity);
     PrepareDepots();
     return TRUE;
 } catch (...) {
-    // Without memory the system takes the DLL out of the process again.
+    // Without memory the system detaches the DLL at once and takes it out of the process again.
     return FALSE;
-}
-
-void Detach() noexcept try { std::destroy_at(&BrowserModule()); } catch (...) {
-    // Nobody is left who could be told.
-    return;
 }
 
 }  // namespace
@@ -71,7 +68,7 @@ void Detach() noexcept try { std::destroy_at(&BrowserModule()); } catch (...) {
 DEPOT_ENTRY_POINT BOOL WINAPI DllMain(HINSTANCE, DWORD reason, void* processEnds) {
     if (reason == DLL_PROCESS_ATTACH) return depot::Attach();
     // While a process ends nothing may be touched that other libraries may already have given up.
-    if (reason == DLL_PROCESS_DETACH && processEnds == nullptr) depot::Detach();
+    if (reason == DLL_PROCESS_DETACH && processEnds == nullptr) depot::AttachedModule().reset();
     return TRUE;
 }
 

@@ -182,6 +182,8 @@ public:
     bool IsUsable() const { return usable_ != 0; }
     std::uint32_t LastError() const { return lastError_; }
     void SetLastError(std::uint32_t code) { lastError_ = code; }
+    // Stores a failure as the last error and hands out its text, without showing it. Returns 0.
+    int Fail(std::uint32_t code, std::string* errorText);
     DirectoryInfoBlock& SharedInfo() { return info_; }
     // The entry points through which this object calls the client.
     DirectoryClient& Client() { return client_; }
@@ -192,9 +194,9 @@ public:
 
 private:
     enum class PromptResult { kCancelled, kNothingAsked, kConfirmed };
-    CredentialsPrompt* Prompt() const;
     enum class FolderAddition { kFailed, kWasThere, kAdded };
 
+    CredentialsPrompt* Prompt() const;
     UniqueLdap Own(LDAP* connection) const { return UniqueLdap(connection, {&client_}); }
     bool OpenConnection(const std::string& host, std::string* errorText);
     bool SetOptions(std::string* errorText);
@@ -203,8 +205,6 @@ private:
     int FinishFailedBind(const std::string& password, const std::string& userName,
                          std::string* errorText);
     int FailStage(const char* stage, std::uint32_t code, std::string* errorText);
-    // Stores a failure as the last error and hands out its text, without showing it.
-    int Fail(std::uint32_t code, std::string* errorText);
     void SetSharedError(std::uint32_t code);
     bool PromptingIsOff();
     void TurnPromptingOff();

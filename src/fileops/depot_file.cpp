@@ -20,7 +20,7 @@ void DescribeFailure(DWORD error, const std::string& path, std::string* errorTex
 // Fails as a wrong argument does in either store.
 int Refuse(CDepot& depot, const std::string& path, std::string* errorText) {
     if (CLDAPItems* const directory = depot.DirectoryConnection()) {
-        FailWith(*directory, LDAP_PARAM_ERROR, errorText);
+        directory->Fail(LDAP_PARAM_ERROR, errorText);
     } else {
         DescribeFailure(ERROR_INVALID_PARAMETER, path, errorText);
     }

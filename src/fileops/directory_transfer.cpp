@@ -14,7 +14,7 @@ namespace depot {
 namespace {
 
 int Finish(CLDAPItems& directory, std::uint32_t code, std::string* errorText) {
-    return code == LDAP_SUCCESS ? 1 : FailWith(directory, code, errorText);
+    return code == LDAP_SUCCESS ? 1 : directory.Fail(code, errorText);
 }
 
 bool IsLocalFolder(const std::string& path) {
@@ -153,18 +153,10 @@ void TellUnsafeNames(std::uint32_t unsafeNames, std::string* errorText) {
 
 }  // namespace
 
-int FailWith(CLDAPItems& directory, std::uint32_t code, std::string* errorText) {
-    directory.SetLastError(code);
-    if (errorText == nullptr) return 0;
-    const std::string text = directory.ErrorText();
-    if (!text.empty()) *errorText = text;
-    return 0;
-}
-
 int Upload(CLDAPItems& directory, const std::string& localPath, const std::string& dn,
            ExistingEntries existing, std::string* errorText, const TransferWatcher& watcher,
            SourceFate fate) {
-    if (localPath.empty() || dn.empty()) return FailWith(directory, LDAP_PARAM_ERROR, errorText);
+    if (localPath.empty() || dn.empty()) return directory.Fail(LDAP_PARAM_ERROR, errorText);
     const ConnectionScope connection(directory, errorText);
     if (!connection) return 0;
     const TransferRules rules = {existing, fate, watcher};
@@ -181,7 +173,7 @@ int Upload(CLDAPItems& directory, const std::string& localPath, const std::strin
 int Download(CLDAPItems& directory, const std::string& dn, const std::string& localPath,
              std::string* errorText, const TransferWatcher& watcher, ExistingEntries existing,
              SourceFate fate) {
-    if (localPath.empty() || dn.empty()) return FailWith(directory, LDAP_PARAM_ERROR, errorText);
+    if (localPath.empty() || dn.empty()) return directory.Fail(LDAP_PARAM_ERROR, errorText);
     const ConnectionScope connection(directory, errorText);
     if (!connection) return 0;
     const TransferRules rules = {existing, fate, watcher};
@@ -198,7 +190,7 @@ int CopyEntry(CLDAPItems& source, const std::string& sourceDN, CLDAPItems& desti
     const EntryPair pair = {source, sourceDN, destination, destinationDN};
     const bool intoItself = &source == &destination && Overlaps(pair, fate);
     if (sourceDN.empty() || destinationDN.empty() || intoItself) {
-        return FailWith(source, LDAP_PARAM_ERROR, errorText);
+        return source.Fail(LDAP_PARAM_ERROR, errorText);
     }
     const ConnectionScope sourceConnection(source, errorText);
     if (!sourceConnection) return 0;
@@ -218,7 +210,7 @@ int MoveEntry(CLDAPItems& directory, const std::string& oldDN, const std::string
               std::string* errorText, const TransferWatcher& watcher) {
     if (oldDN.empty() || newDN.empty() || IsBelowEntry(directory, newDN, oldDN) ||
         IsBelowEntry(directory, oldDN, newDN)) {
-        return FailWith(directory, LDAP_PARAM_ERROR, errorText);
+        return directory.Fail(LDAP_PARAM_ERROR, errorText);
     }
     const ConnectionScope connection(directory, errorText);
     if (!connection) return 0;

@@ -48,9 +48,6 @@ int CopyEntry(CLDAPItems& source, const std::string& sourceDN, CLDAPItems& desti
 int MoveEntry(CLDAPItems& directory, const std::string& oldDN, const std::string& newDN,
               std::string* errorText, const TransferWatcher& watcher = {});
 
-// Keeps the code as the directory's last error and puts its message into the error text. Returns 0.
-int FailWith(CLDAPItems& directory, std::uint32_t code, std::string* errorText);
-
 // Tells whether the entry exists.
 int EntryExists(CLDAPItems& directory, const std::string& dn, std::string* errorText);
 

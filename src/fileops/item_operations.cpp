@@ -6,7 +6,6 @@
 
 #include "directory/comparable_dn.h"
 #include "fileops/depot_file.h"
-#include "fileops/directory_transfer.h"
 #include "fileops/file_place.h"
 #include "fileops/held_connections.h"
 #include "fileops/list_progress.h"
@@ -102,7 +101,7 @@ int OperateOneByOne(const CDepotItems& items, const CDepotItem& target, UINT ope
     for (std::size_t index = 0; index < items.Count(); ++index) {
         const CDepotItem& item = *items.At(index);
         if (operation != FO_DELETE && !names.Take(item)) {
-            return FailWith(*DirectoryOf(target), LDAP_ALREADY_EXISTS, errorText);
+            return DirectoryOf(target)->Fail(LDAP_ALREADY_EXISTS, errorText);
         }
         if (progress.IsStopped() || !connections.Hold(target.depot, target.path, nullptr) ||
             !connections.Hold(item.depot, item.path, nullptr) ||

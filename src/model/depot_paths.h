@@ -70,7 +70,7 @@ std::string ExpandedPath(CDepotPath& location);
 // Tells whether a file or folder of that name exists, whatever may be done with it.
 bool PathExists(const std::string& path);
 
-// Tells whether it may exist: also when the system cannot tell for now.
+// Tells whether it may exist: also when the system cannot tell at the moment.
 bool PathMayExist(const std::string& path);
 
 }  // namespace depot

@@ -11,7 +11,16 @@ using test::seen;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-using ConnectionFailuresTest = test::ConnectionTest;
+class ConnectionFailuresTest : public test::ConnectionTest {
+protected:
+    // A connection that fails in this way is told once, and the object is of no more use.
+    void ExpectEnded(CLDAPItems& items, std::uint32_t code) {
+        EXPECT_EQ(0, items.ConnectLocation(&text_));
+        EXPECT_EQ(code, items.LastError());
+        EXPECT_FALSE(items.IsUsable());
+        EXPECT_THAT(boxes_.Texts(), ElementsAre(MessageFor(code)));
+    }
+};
 
 TEST_F(ConnectionFailuresTest, AnAbsentServerIsReportedOnceAndTheObjectStaysUnusable) {
     CLDAPItems& items = Make(WithoutServer());
@@ -86,11 +95,8 @@ TEST_F(ConnectionFailuresTest, AProtocolVersionThatIsRefusedEndsTheConnection) {
         ++seen.calls;
         return genuine.ldap_unbind_s(connection);
     };
-    EXPECT_EQ(0, items.ConnectLocation(&text_));
-    EXPECT_EQ(89u, items.LastError());
+    ExpectEnded(items, 89);
     EXPECT_EQ(1, seen.calls);
-    EXPECT_FALSE(items.IsUsable());
-    EXPECT_THAT(boxes_.Texts(), ElementsAre(MessageFor(89)));
 }
 
 TEST_F(ConnectionFailuresTest, ASecuredConnectionThatWouldFollowReferralsIsEnded) {
@@ -101,10 +107,7 @@ TEST_F(ConnectionFailuresTest, ASecuredConnectionThatWouldFollowReferralsIsEnded
         return option == LDAP_OPT_REFERRALS ? ULONG{LDAP_PARAM_ERROR}
                                             : genuine.ldap_set_option(connection, option, value);
     };
-    EXPECT_EQ(0, items.ConnectLocation(&text_));
-    EXPECT_EQ(89u, items.LastError());
-    EXPECT_FALSE(items.IsUsable());
-    EXPECT_THAT(boxes_.Texts(), ElementsAre(MessageFor(89)));
+    ExpectEnded(items, 89);
 }
 
 TEST_F(ConnectionFailuresTest, AConnectCallThatFailsEndsTheConnection) {
@@ -112,10 +115,7 @@ TEST_F(ConnectionFailuresTest, AConnectCallThatFailsEndsTheConnection) {
     location.connectTimeout = 3;
     CLDAPItems& items = Make(location);
     items.Client().ldap_connect = [](LDAP*, l_timeval*) -> ULONG { return LDAP_TIMEOUT; };
-    EXPECT_EQ(0, items.ConnectLocation(&text_));
-    EXPECT_EQ(85u, items.LastError());
-    EXPECT_FALSE(items.IsUsable());
-    EXPECT_THAT(boxes_.Texts(), ElementsAre(MessageFor(85)));
+    ExpectEnded(items, 85);
 }
 
 TEST_F(ConnectionFailuresTest, NegotiateFailsCleanlyAgainstAServerWithoutIt) {
