@@ -45,16 +45,16 @@ STDMETHODIMP CDepotIntrApi::DPInitialize(LONG_PTR* plDPIntr) noexcept {
     *plDPIntr = 0;
     return RunMethod([&] {
         SessionTable& sessions = SessionTable::Instance();
-        const LONG_PTR handle = sessions.Create();
-        DepotSession* const session = sessions.Find(handle);
+        NewSession made(*plDPIntr);
+        DepotSession* const session = sessions.Find(made.Handle());
         if (session == nullptr) return false;
         if (session->Folders().UserFolder().empty()) {
             // Kept: the session that was built is not destroyed.
             // Relied on by: existing clients, which stop using the component after this failure.
-            sessions.Abandon(handle);
+            sessions.Abandon(made.Handle());
             return false;
         }
-        *plDPIntr = handle;
+        made.Keep();
         return true;
     });
 }

@@ -1,26 +1,14 @@
 #include "api/dispatch_arguments.h"
 
 #include <limits>
+#include <utility>
 
 namespace depot {
 namespace {
 
 using Parameter = DispatchAdapter::Parameter;
 
-// An owned VARIANT, for values that were converted.
-class UniqueVariant {
-public:
-    UniqueVariant() { VariantInit(&value_); }
-    ~UniqueVariant() { VariantClear(&value_); }
-    UniqueVariant(const UniqueVariant&) = delete;
-    UniqueVariant& operator=(const UniqueVariant&) = delete;
-    VARIANT* get() { return &value_; }
-
-private:
-    VARIANT value_;
-};
-
-// A script's variable arrives as a reference to a VARIANT.
+// A script's variable arrives as a reference to a VARIANT, which may be a reference itself.
 VARIANT& Dereferenced(VARIANT& argument) {
     return V_VT(&argument) == (VT_VARIANT | VT_BYREF) ? *V_VARIANTREF(&argument) : argument;
 }
@@ -37,6 +25,11 @@ HRESULT ReadHandle(VARIANT& argument, LONGLONG& handle) {
     handle = wide ? V_I8(converted.get())
                   : static_cast<LONGLONG>(static_cast<ULONG>(V_I4(converted.get())));
     return S_OK;
+}
+
+// Tells whether a reference leads nowhere.
+bool IsDangling(const VARIANT& argument) {
+    return (V_VT(&argument) & VT_BYREF) != 0 && V_BYREF(&argument) == nullptr;
 }
 
 // Tells whether a handle that the method puts out can be stored in the client's variable.
@@ -92,10 +85,10 @@ HRESULT DispatchArguments::Prepare(UINT* wrongArgument) {
     for (UINT argument = 0; argument < given_.cArgs; ++argument) {
         const Parameter& parameter = ParameterOf(argument);
         HRESULT result = S_OK;
-        const VARIANT& source = given_.rgvarg[argument];
+        VARIANT& source = given_.rgvarg[argument];
         // The methods themselves take a missing text; anything else would be followed here.
-        const bool reference = (V_VT(&source) & VT_BYREF) != 0;
-        if (reference && V_BYREF(&source) == nullptr && V_VT(&source) != (VT_BSTR | VT_BYREF)) {
+        if (IsDangling(source) ? V_VT(&source) != (VT_BSTR | VT_BYREF)
+                               : IsDangling(Dereferenced(source))) {
             result = DISP_E_TYPEMISMATCH;
         } else if (parameter.kind == Parameter::Kind::kHandle) {
             result = PrepareHandle(parameter, argument);
@@ -133,21 +126,20 @@ HRESULT DispatchArguments::PrepareHandle(const Parameter& parameter, UINT argume
 
 HRESULT DispatchArguments::PrepareText(const Parameter& parameter, UINT argument) {
     VARIANT& source = given_.rgvarg[argument];
-    if (V_VT(&source) == (VT_BSTR | VT_BYREF)) return S_OK;
-    Slot& slot = slots_[argument];
+    // A method sets its output without looking at the former text, which would be lost in there.
+    const bool passesOn = !parameter.out || IsDangling(source);
+    if (V_VT(&source) == (VT_BSTR | VT_BYREF) && passesOn) return S_OK;
+    VARIANT* const text = slots_[argument].text.get();
+    V_VT(text) = VT_BSTR;
     if (parameter.in) {
-        UniqueVariant converted;
         const HRESULT result =
-            VariantChangeType(converted.get(), &Dereferenced(source), VARIANT_ALPHABOOL, VT_BSTR);
+            VariantChangeType(text, &Dereferenced(source), VARIANT_ALPHABOOL, VT_BSTR);
         if (FAILED(result)) return result;
-        slot.text.reset(V_BSTR(converted.get()));
-        V_VT(converted.get()) = VT_EMPTY;
     }
-    slot.rawText = slot.text.get();
     VARIANT& passed = arguments_[argument];
     passed = {};
     V_VT(&passed) = VT_BSTR | VT_BYREF;
-    V_BSTRREF(&passed) = &slot.rawText;
+    V_BSTRREF(&passed) = &V_BSTR(text);
     return S_OK;
 }
 
@@ -177,16 +169,17 @@ void DispatchArguments::StoreHandle(UINT argument) {
     }
 }
 
+// What the client's variable held goes with the slot.
 void DispatchArguments::StoreText(UINT argument) {
-    const VARIANT& target = given_.rgvarg[argument];
-    if (V_VT(&target) == (VT_BSTR | VT_BYREF)) return;
-    Slot& slot = slots_[argument];
-    if (slot.rawText != slot.text.get()) slot.text.reset(slot.rawText);
-    if (V_VT(&target) != (VT_VARIANT | VT_BYREF)) return;
-    VARIANT& variable = *V_VARIANTREF(&target);
-    VariantClear(&variable);
-    V_VT(&variable) = VT_BSTR;
-    V_BSTR(&variable) = slot.text.release();
+    VARIANT& text = *slots_[argument].text.get();
+    VARIANT& given = given_.rgvarg[argument];
+    if (V_VT(&text) != VT_BSTR) return;
+    VARIANT& target = Dereferenced(given);
+    if (V_VT(&target) == (VT_BSTR | VT_BYREF)) {
+        std::swap(*V_BSTRREF(&target), V_BSTR(&text));
+    } else if (&target != &given) {
+        std::swap(target, text);
+    }
 }
 
 }  // namespace depot

@@ -8,6 +8,19 @@
 
 namespace depot {
 
+// An owned VARIANT, empty at first.
+class UniqueVariant {
+public:
+    UniqueVariant() = default;
+    ~UniqueVariant() { VariantClear(&value_); }
+    UniqueVariant(const UniqueVariant&) = delete;
+    UniqueVariant& operator=(const UniqueVariant&) = delete;
+    VARIANT* get() { return &value_; }
+
+private:
+    VARIANT value_ = {};
+};
+
 // Stands between the client's arguments and the type library's dispatch: handles and texts are
 // passed in slots of this object, and outputs are stored in the client's variables afterwards.
 // Arguments of other kinds are passed on as they are.
@@ -22,14 +35,14 @@ public:
     // The arguments to pass on; valid as long as this object.
     DISPPARAMS* Parameters() { return &passed_; }
 
-    // Stores what the method put out into the client's variables.
+    // Stores what the method put out into the client's variables, whose former values are released
+    // with this object. A call that failed stores nothing and leaves them as they were.
     void StoreOutputs();
 
 private:
     struct Slot {
         LONGLONG handle = 0;
-        UniqueBstr text;
-        BSTR rawText = nullptr;  // what the method sees: `text`, or its own output
+        UniqueVariant text;  // what the method sees: a BSTR, null for an output
     };
 
     const DispatchAdapter::Parameter& ParameterOf(UINT argument) const;

@@ -17,17 +17,16 @@ STDMETHODIMP CDepotIntrApi::DPFindInit(LONG_PTR* plDPIntr, BSTR* bstrFilePath, B
     return RunMethod([&] {
         const std::optional<FileType> wanted = FileTypeOf(appType);
         if (!wanted) return false;
-        SessionTable& sessions = SessionTable::Instance();
-        const LONG_PTR handle = sessions.Create();
-        const SessionForCall session(handle, WithoutHandle::kFail);
+        NewSession made(*plDPIntr);
+        const SessionForCall session(made.Handle(), WithoutHandle::kFail);
         if (!session) return false;
-        *plDPIntr = handle;
         const std::string path = NarrowText(bstrFilePath);
         const CDepotItem folder(path, FindDepotHolding(session->Depots(), path));
         session->findResults = std::make_unique<CDepotItems>();
         Enumerate(*session->findResults, &folder, NarrowText(bstrFileExt), {}, false);
         KeepFileType(*session->findResults, *wanted);
         *nCount = static_cast<LONG>(session->findResults->Count());
+        made.Keep();
         return true;
     });
 }

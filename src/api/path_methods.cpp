@@ -48,7 +48,10 @@ STDMETHODIMP CDepotIntrApi::DPGetPathFromDisplayName(LONG_PTR lDPIntr, BSTR* bst
 STDMETHODIMP CDepotIntrApi::DPGetDefaultDPPath(LONG_PTR lDPIntr, BSTR* bstrDPPath) noexcept {
     return RunForText(lDPIntr, WithoutHandle::kMakeTemporary, bstrDPPath,
                       [](DepotSession& session) -> std::optional<std::string> {
-                          CDepot* const depot = GetDefaultDepot(session.Depots(), 0);
+                          CDepots& depots = session.Depots();
+                          // The built-in depot has no display path to return.
+                          if (!depots.hasConfiguredDepots) return std::nullopt;
+                          CDepot* const depot = GetDefaultDepot(depots, 0);
                           if (depot == nullptr) return std::nullopt;
                           return RootDepotPath(*depot);
                       });

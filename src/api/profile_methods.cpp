@@ -1,4 +1,6 @@
 // The methods that open, read, write and flush the current file.
+#include <optional>
+
 #include "api/depot_intr_api.h"
 #include "api/method.h"
 
@@ -22,14 +24,16 @@ STDMETHODIMP CDepotIntrApi::DPLoadFile(LONG_PTR* plDPIntr, BSTR* bstrFileToLoad)
     *plDPIntr = 0;
     return RunMethod([&] {
         SessionTable& sessions = SessionTable::Instance();
-        const LONG_PTR live = sessions.Widen(given);
-        // The low half decides whether there is a handle at all: a marshalled one has no other.
-        const bool named = static_cast<ULONG>(given) != 0;
-        const LONG_PTR handle = live == 0 && !named ? sessions.Create() : live;
-        *plDPIntr = handle;
-        const SessionForCall session(handle, WithoutHandle::kFail);
+        std::optional<NewSession> made;
+        if (sessions.IsZero(given)) {
+            made.emplace(*plDPIntr);
+        } else {
+            *plDPIntr = sessions.Widen(given);
+        }
+        const SessionForCall session(*plDPIntr, WithoutHandle::kFail);
         if (!session) return false;
         session->LoadFile(NarrowText(bstrFileToLoad));
+        if (made) made->Keep();
         return true;
     });
 }

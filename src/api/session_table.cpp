@@ -11,6 +11,15 @@ DepotSession* AsSession(LONG_PTR handle) {
     return reinterpret_cast<DepotSession*>(handle);
 }
 
+LONG_PTR AsHandle(const void* session) {
+    return reinterpret_cast<LONG_PTR>(session);
+}
+
+// What a 32-bit parameter carries of a handle.
+LONG_PTR LowHalf(LONG_PTR handle) {
+    return static_cast<LONG_PTR>(static_cast<ULONG>(handle));
+}
+
 }  // namespace
 
 SessionTable& SessionTable::Instance() {
@@ -38,7 +47,7 @@ LONG_PTR SessionTable::Create() {
 }
 
 LONG_PTR SessionTable::Publish(void* slot) {
-    const auto handle = reinterpret_cast<LONG_PTR>(slot);
+    const LONG_PTR handle = AsHandle(slot);
     try {
         const std::lock_guard guard(lock_);
         sessions_.emplace(handle, Use());
@@ -51,14 +60,15 @@ LONG_PTR SessionTable::Publish(void* slot) {
 
 DepotSession* SessionTable::Find(LONG_PTR handle) {
     const std::lock_guard guard(lock_);
-    return IsLive(handle) ? AsSession(handle) : nullptr;
+    return AsSession(LiveHandle(handle));
 }
 
 DepotSession* SessionTable::Enter(LONG_PTR handle) {
     const std::lock_guard guard(lock_);
-    if (!IsLive(handle) || sessions_[handle].busy) return nullptr;
-    sessions_[handle].busy = true;
-    return AsSession(handle);
+    const LONG_PTR live = LiveHandle(handle);
+    if (live == 0 || sessions_[live].busy) return nullptr;
+    sessions_[live].busy = true;
+    return AsSession(live);
 }
 
 void SessionTable::Leave(LONG_PTR handle) {
@@ -74,13 +84,17 @@ void SessionTable::Leave(LONG_PTR handle) {
 }
 
 LONG_PTR SessionTable::Widen(LONG_PTR handle) {
-    if (Find(handle) != nullptr) return handle;
-    const auto low = static_cast<LONG_PTR>(static_cast<ULONG>(handle));
-    return Find(low) != nullptr ? low : 0;
+    const std::lock_guard guard(lock_);
+    return LiveHandle(handle);
+}
+
+bool SessionTable::IsZero(LONG_PTR handle) {
+    return LowHalf(handle) == 0 && Widen(handle) == 0;
 }
 
 void SessionTable::Destroy(LONG_PTR handle) {
-    if (Remove(handle)) DestroyRemoved(handle);
+    const LONG_PTR removed = Remove(handle);
+    if (removed != 0) DestroyRemoved(removed);
 }
 
 void SessionTable::Abandon(LONG_PTR handle) {
@@ -101,15 +115,24 @@ bool SessionTable::IsLive(LONG_PTR handle) const {
     return found != sessions_.end() && !found->second.ending;
 }
 
-// Returns whether nobody is at work on the session that was removed.
-bool SessionTable::Remove(LONG_PTR handle) {
+// REQUIRES: the lock is held.
+LONG_PTR SessionTable::LiveHandle(LONG_PTR handle) const {
+    if (IsLive(handle)) return handle;
+    const LONG_PTR low = LowHalf(handle);
+    return IsLive(low) ? low : 0;
+}
+
+// Returns the handle of the session that was removed; 0 when there was none, or when a call is at
+// work on it.
+LONG_PTR SessionTable::Remove(LONG_PTR handle) {
     const std::lock_guard guard(lock_);
-    const auto found = sessions_.find(handle);
-    if (found == sessions_.end()) return false;
+    const auto found = sessions_.find(LiveHandle(handle));
+    if (found == sessions_.end()) return 0;
+    const LONG_PTR live = found->first;
     found->second.ending = true;
-    if (found->second.busy) return false;
+    if (found->second.busy) return 0;
     sessions_.erase(found);
-    return true;
+    return live;
 }
 
 void SessionTable::DestroyRemoved(LONG_PTR handle) {
@@ -120,12 +143,13 @@ void SessionTable::DestroyRemoved(LONG_PTR handle) {
 }
 
 SessionForCall::SessionForCall(LONG_PTR handle, WithoutHandle withoutHandle) {
-    if (handle == 0 && withoutHandle == WithoutHandle::kMakeTemporary) {
+    session_ = SessionTable::Instance().Enter(handle);
+    if (session_ != nullptr) {
+        entered_ = AsHandle(session_);
+    } else if (withoutHandle == WithoutHandle::kMakeTemporary &&
+               SessionTable::Instance().IsZero(handle)) {
         temporary_ = std::make_unique<DepotSession>();
         session_ = temporary_.get();
-    } else {
-        session_ = SessionTable::Instance().Enter(handle);
-        if (session_ != nullptr) entered_ = handle;
     }
 }
 

@@ -12,8 +12,10 @@ namespace depot {
 
 // Every live session of the process. A session's handle is its address; sessions are placed below
 // 2 GB while there is room, because automation clients carry handles of 32 bits. The table is the
-// only way from a handle to a session, so a stale or invented handle names none. Locked: several
-// apartments create and end sessions at once.
+// only way from a handle to a session, so a stale or invented handle names none. A handle that came
+// through a 32-bit parameter may carry foreign bits in its upper half: wherever one is taken they
+// do not count when the whole value names no session. Locked: several apartments create and end
+// sessions at once.
 class SessionTable {
 public:
     static SessionTable& Instance();
@@ -30,10 +32,11 @@ public:
     DepotSession* Enter(LONG_PTR handle);
     void Leave(LONG_PTR handle);
 
-    // Returns the live handle that `handle` stands for, or 0. A handle that came through a 32-bit
-    // parameter may carry foreign bits in its upper half; they do not count when the whole value
-    // names no session.
+    // Returns the live handle that `handle` stands for, or 0.
     LONG_PTR Widen(LONG_PTR handle);
+
+    // Tells whether the handle is 0, foreign bits aside.
+    bool IsZero(LONG_PTR handle);
 
     // Ends the session of a live handle, at once or, when a call is at work on it, as soon as that
     // leaves; the handle is no longer live in either case. Any other handle is left alone.
@@ -59,12 +62,37 @@ private:
 
     LONG_PTR Publish(void* slot);
     bool IsLive(LONG_PTR handle) const;
-    bool Remove(LONG_PTR handle);
+    LONG_PTR LiveHandle(LONG_PTR handle) const;
+    LONG_PTR Remove(LONG_PTR handle);
     void DestroyRemoved(LONG_PTR handle);
 
     std::mutex lock_;
     LowMemoryPool pool_{sizeof(DepotSession)};
     std::unordered_map<LONG_PTR, Use> sessions_;
+};
+
+// A session that is made for a client, and the client's variable for its handle. Without Keep the
+// session ends with this object, and the variable is 0 again.
+class NewSession {
+public:
+    explicit NewSession(LONG_PTR& variable)
+        : handle_(SessionTable::Instance().Create()), variable_(variable) {
+        variable_ = handle_;
+    }
+    ~NewSession() {
+        if (handle_ == 0) return;
+        variable_ = 0;
+        SessionTable::Instance().Destroy(handle_);
+    }
+    NewSession(const NewSession&) = delete;
+    NewSession& operator=(const NewSession&) = delete;
+
+    LONG_PTR Handle() const { return handle_; }
+    void Keep() { handle_ = 0; }
+
+private:
+    LONG_PTR handle_;
+    LONG_PTR& variable_;
 };
 
 // The session for one call: the one that a handle names, or a temporary one for handle 0 where the

@@ -30,8 +30,7 @@ int Refuse(CDepot& depot, const std::string& path, std::string* errorText) {
 
 int MoveInFileSystem(CDepot& depot, const std::string& source, const std::string& destination,
                      HWND window, UINT operation, std::string* errorText) {
-    // A bare name would be one in the process's current folder.
-    if (destination.find_first_of("\\/:") == std::string::npos) {
+    if (!IsAbsolutePath(source) || !IsAbsolutePath(destination)) {
         return Refuse(depot, destination, errorText);
     }
     if (RunShellOperation(operation, {source}, &destination, kQuietFlags, window,
@@ -98,6 +97,7 @@ int DeleteFile(CDepot& depot, const std::string& path) {
         return HoldsRoot(depot, path) ? Refuse(depot, path, nullptr)
                                       : RemoveEntry(*directory, storage, nullptr);
     }
+    if (!IsAbsolutePath(storage)) return Refuse(depot, path, nullptr);
     return DeleteFileA(storage.c_str()) ? 1 : 0;
 }
 
@@ -140,6 +140,7 @@ int CopyFile(CDepot& depot, const std::string& source, const std::string& destin
     }
     const std::string from = StorageOf(depot, source);
     const std::string to = destinationDepot ? StorageOf(*destinationDepot, target) : target;
+    if (!targetDirectory && !IsAbsolutePath(to)) return Refuse(depot, to, errorText);
     constexpr ExistingEntries kReplace = ExistingEntries::kReplace;
     if (sourceDirectory && targetDirectory) {
         return CopyEntry(*sourceDirectory, from, *targetDirectory, to, kReplace, errorText, watcher,

@@ -1,5 +1,6 @@
 // Operations on single files of a depot, named by display paths. All return 1 for success and 0 for
-// failure; what went wrong is put into the caller's error text where there is one.
+// failure; what went wrong is put into the caller's error text where there is one. A path of the
+// file system that is not absolute is refused wherever it would be written, moved or deleted.
 #pragma once
 
 #include <string>

@@ -19,13 +19,18 @@ constexpr char kConfigurationFile[] = "Configuration File";
 constexpr char kResourceMark = 'u';
 constexpr std::size_t kResourceMarkLength = 2;
 
+// The folder of a profile's path, with one backslash; a path without any has none.
+std::string FolderOf(const std::string& path) {
+    return EnsureTrailingBackslash(RemoveTrailingBackslash(FolderPrefix(path)));
+}
+
 // The way of one profile's files into its folder, over one connection to each directory.
 class Publishing {
 public:
     explicit Publishing(DepotSession& session)
         : session_(session),
           file_(*session.currentFile),
-          targetFolder_(EnsureTrailingBackslash(FolderPart(file_.depotPath))) {}
+          targetFolder_(FolderOf(file_.depotPath)) {}
 
     void PublishClient(const std::string& key) {
         const std::string entry = file_.ReadString(kClients, key, {}, kEntryBytes);

@@ -11,6 +11,9 @@ namespace depot {
 // begins with "u" stands for a file of the component's resource folder: only its name is kept. At
 // most 10,000 clients are looked at. The changes reach a directory when the file is let go of.
 //
+// A profile whose path has no folder, or one relative to the process's current folder, gets no
+// copies.
+//
 // The watcher hears of each client and can end the work between two of them: the entries behind
 // keep what they say.
 //

@@ -18,6 +18,13 @@ bool GoesIntoItself(UINT operation, const std::string& source, const std::string
             IsSameFile(source, JoinPath(target, NamePart(RemoveTrailingBackslash(source)))));
 }
 
+// Tells whether the shell would write, move or delete below the process's current folder or drive.
+bool ChangesCurrentFolder(UINT operation, const std::vector<std::string>& sources,
+                          const std::string* target) {
+    if (target != nullptr && !IsAbsolutePath(*target)) return true;
+    return operation != FO_COPY && !std::all_of(sources.begin(), sources.end(), IsAbsolutePath);
+}
+
 }  // namespace
 
 std::string ShellPathList(const std::vector<std::string>& paths, std::size_t pathBytes) {
@@ -43,7 +50,8 @@ bool RunShellOperation(UINT operation, const std::vector<std::string>& sources,
         });
     // Without a target the shell would take the process's current folder.
     const bool placeless = target ? to.empty() : operation != FO_DELETE;
-    if (sources.empty() || from.empty() || placeless || intoItself) {
+    if (sources.empty() || from.empty() || placeless || intoItself ||
+        ChangesCurrentFolder(operation, sources, target)) {
         SetLastError(ERROR_INVALID_PARAMETER);
         return false;
     }

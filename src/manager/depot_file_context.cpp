@@ -72,7 +72,8 @@ std::uint32_t DepotFileContext::ReadInt(const std::string& section, const std::s
 void DepotFileContext::WriteString(const std::string& section, const std::string& key,
                                    const std::string& value, const std::string* comparison) {
     changed = true;
-    if (localPath.empty()) return;
+    // The system would put any other file into its own folder or the process's current one.
+    if (!IsAbsolutePath(localPath)) return;
     const bool removes = value.empty() || (comparison && EqualsNoCase(value, *comparison));
     WriteProfileValue(section.c_str(), key.c_str(), removes ? nullptr : value.c_str(),
                       localPath.c_str());

@@ -16,7 +16,7 @@ public:
     // Resolves `path` among `depots`. A path that names an existing file by itself is a plain file
     // of no depot; any other path belongs to the depot that claims it, else to the default depot.
     //
-    // Kept: a plain file's path has at least 8 characters.
+    // Kept: a plain file's path has at least 8 characters, unless the default depot is a directory.
     // Relied on by: existing clients that name files of the default depot by very short paths.
     DepotFileContext(const std::string& path, CDepots& depots);
 
@@ -33,7 +33,8 @@ public:
 
     // Writes a value so that it reads back exactly; an empty value, or one that equals `comparison`
     // without regard to case, deletes the key. The file counts as changed in every case, also when
-    // the system refuses the write, which is not reported.
+    // the system refuses the write, which is not reported. A local path that is not absolute is
+    // only read: nothing is written to it.
     void WriteString(const std::string& section, const std::string& key, const std::string& value,
                      const std::string* comparison = nullptr);
 

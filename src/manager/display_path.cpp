@@ -37,7 +37,8 @@ bool MatchesPath(CDepot& depot, const std::string& path, PathForm form, DepotNam
 
 std::string DisplayToStorage(CDepot& depot, const std::string& displayPath) {
     const std::string prefix = BuildDisplayPath(depot, {}, PathForm::kDisplay, DepotName::kKey);
-    return MapToEntry(depot, ReplaceAllNoCase(displayPath, prefix, StorageRoot(depot)));
+    const std::string path = CompleteBareName(displayPath, prefix);
+    return MapToEntry(depot, ReplaceAllNoCase(path, prefix, StorageRoot(depot)));
 }
 
 std::string StorageToDisplay(CDepot& depot, const std::string& storagePath) {

@@ -22,7 +22,7 @@ std::string BuildDisplayPath(CDepot& depot, const std::string& relative, PathFor
 // Tells whether the path begins with the depot's prefix in the given form.
 bool MatchesPath(CDepot& depot, const std::string& path, PathForm form, DepotName name);
 
-// Returns the storage path of a display path.
+// Returns the storage path of a display path. A bare bracketed name stands for the root.
 //
 // Kept: every occurrence of the prefix is replaced, also later in the path.
 // Relied on by: existing clients that build paths by joining display paths.

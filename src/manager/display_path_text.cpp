@@ -17,6 +17,11 @@ bool MatchesPrefix(std::string_view path, std::string_view prefix) {
     return StartsWithNoCase(EnsureTrailingBackslash(std::string(path)), prefix);
 }
 
+std::string CompleteBareName(const std::string& path, const std::string& prefix) {
+    const bool bare = path.find('\\') == std::string::npos && MatchesPrefix(path, prefix);
+    return bare ? prefix : path;
+}
+
 std::string FolderDisplayPath(std::string_view displayName, std::string_view fileName) {
     const std::string_view relative = fileName.substr(fileName.rfind('>') + 1);
     const std::size_t backslash = relative.rfind('\\');

@@ -14,6 +14,10 @@ std::string DisplayPrefix(std::string_view name);
 // nothing.
 bool MatchesPrefix(std::string_view path, std::string_view prefix);
 
+// Returns the prefix for a path that is the prefix without its backslash, in any letter case, so
+// that a bare bracketed name stands for the root; any other path as it is.
+std::string CompleteBareName(const std::string& path, const std::string& prefix);
+
 // Returns the display path of the folder that holds `fileName`: the display name in angle brackets,
 // the name's text from behind its last '>' to before its last backslash, and a backslash.
 //

@@ -109,7 +109,12 @@ int TestWritable(std::uint32_t storeType, const std::string& storagePath, CLDAPI
     if (storeType == kDirectoryLocation) {
         return connection ? TestEntry(*connection, storagePath, errorText) : 0;
     }
-    return TestFile(storagePath, shownName.empty() ? storagePath : shownName, errorText);
+    const std::string& shown = shownName.empty() ? storagePath : shownName;
+    if (!IsAbsolutePath(storagePath)) {
+        Describe(ERROR_INVALID_PARAMETER, shown, errorText);
+        return 0;
+    }
+    return TestFile(storagePath, shown, errorText);
 }
 
 int TestPathWritable(CDepot& depot, const std::string& path, std::string* errorText) {

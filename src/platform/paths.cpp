@@ -1,6 +1,17 @@
 #include "platform/paths.h"
 
 namespace depot {
+namespace {
+
+bool IsSeparator(char c) {
+    return c == '\\' || c == '/';
+}
+
+bool IsDriveLetter(char c) {
+    return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
+}
+
+}  // namespace
 
 std::string NamePart(std::string_view path) {
     return std::string(path.substr(path.rfind('\\') + 1));
@@ -55,6 +66,14 @@ std::string StripExtension(std::string_view name) {
 
 bool IsFileSystemPath(std::string_view path) {
     return path.find(":\\") == 1 || path.starts_with("\\\\");
+}
+
+bool IsAbsolutePath(std::string_view path) {
+    if (path.size() < 3) return false;
+    if (path[1] == ':') return IsDriveLetter(path[0]) && IsSeparator(path[2]);
+    if (!IsSeparator(path[0]) || !IsSeparator(path[1])) return false;
+    if (path[2] == '?') return path.size() > 4 && IsSeparator(path[3]);
+    return path[2] != '.' && !IsSeparator(path[2]);
 }
 
 }  // namespace depot

@@ -45,4 +45,9 @@ std::string StripExtension(std::string_view name);
 // Tells whether the text names a place in the file system by itself: with a drive or as a UNC path.
 bool IsFileSystemPath(std::string_view path);
 
+// Tells whether the path names the same place whatever the process's current folder and drive are:
+// it begins with a drive and a separator, with a server, or with "\\?\". A device ("\\.\NUL") is
+// no place for a file. What writes, moves or deletes asks this before it touches anything.
+bool IsAbsolutePath(std::string_view path);
+
 }  // namespace depot

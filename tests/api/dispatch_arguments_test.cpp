@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "support/leak_counts.h"
+
 namespace depot {
 namespace {
 
@@ -61,6 +63,13 @@ TEST(DispatchArgumentsTest, ReferencesToNothingAreRefusedBeforeTheyAreFollowed) 
     }
     OneArgument handle(kHandleInOut, Reference(VT_I4, nullptr));
     EXPECT_EQ(DISP_E_TYPEMISMATCH, handle.Prepare());
+    for (const VARTYPE type : {VT_BSTR, VT_I4}) {
+        VARIANT inner = Reference(type, nullptr);
+        for (const Parameter& parameter : {kHandleIn, kHandleInOut, kTextIn, kTextOut}) {
+            OneArgument call(parameter, Reference(VT_VARIANT, &inner));
+            EXPECT_EQ(DISP_E_TYPEMISMATCH, call.Prepare());
+        }
+    }
 }
 
 TEST(DispatchArgumentsTest, LongWithItsHighestBitIsNoNegativeHandle) {
@@ -117,6 +126,42 @@ TEST(DispatchArgumentsTest, TextVariableIsPassedOnAsItIs) {
     OneArgument call(kTextIn, Reference(VT_BSTR, &variable));
     ASSERT_EQ(S_OK, call.Prepare());
     EXPECT_EQ(&variable, V_BSTRREF(&call.Passed()));
+}
+
+TEST(DispatchArgumentsTest, OutputTextReplacesTheFormerOneOfATextVariable) {
+    BSTR variable = SysAllocString(L"a former text");
+    const BSTR former = variable;
+    {
+        OneArgument call(kTextOut, Reference(VT_BSTR, &variable));
+        ASSERT_EQ(S_OK, call.Prepare());
+        ASSERT_NE(&variable, V_BSTRREF(&call.Passed()));
+        EXPECT_EQ(nullptr, *V_BSTRREF(&call.Passed()));
+        *V_BSTRREF(&call.Passed()) = SysAllocString(L"text");
+        EXPECT_EQ(former, variable);
+        call.StoreOutputs();
+    }
+    EXPECT_STREQ(L"text", variable);
+    SysFreeString(variable);
+}
+
+TEST(DispatchArgumentsTest, OutputTextThatIsNotStoredIsReleased) {
+    BSTR variable = SysAllocString(L"a former text");
+    EXPECT_EQ(0u, test::CountLeftovers([&] {
+                  OneArgument call(kTextOut, Reference(VT_BSTR, &variable));
+                  ASSERT_EQ(S_OK, call.Prepare());
+                  *V_BSTRREF(&call.Passed()) = SysAllocString(L"text");
+              }));
+    EXPECT_STREQ(L"a former text", variable);
+    SysFreeString(variable);
+}
+
+TEST(DispatchArgumentsTest, MissingTextVariableIsPassedOnAsItIs) {
+    for (const Parameter& parameter : {kTextIn, kTextOut}) {
+        OneArgument call(parameter, Reference(VT_BSTR, nullptr));
+        ASSERT_EQ(S_OK, call.Prepare());
+        EXPECT_EQ(nullptr, V_BSTRREF(&call.Passed()));
+        call.StoreOutputs();
+    }
 }
 
 TEST(DispatchArgumentsTest, NumberForATextIsConverted) {

@@ -46,6 +46,27 @@ TEST_F(SessionTableTest, ForeignUpperHalfDoesNotCountWhenWidened) {
     EXPECT_EQ(0, table_.Widen(handle + 1));
 }
 
+TEST_F(SessionTableTest, ForeignUpperHalfCountsNowhere) {
+    const LONG_PTR handle = table_.Create();
+    for (const LONG_PTR upper : {LONG_PTR{0x12345678}, LONG_PTR{-1}}) {
+        const LONG_PTR foreign = handle | (upper << 32);
+        EXPECT_EQ(handle, reinterpret_cast<LONG_PTR>(table_.Find(foreign)));
+        EXPECT_EQ(handle, reinterpret_cast<LONG_PTR>(table_.Enter(foreign)));
+        EXPECT_EQ(nullptr, table_.Enter(foreign));
+        EXPECT_EQ(nullptr, table_.Enter(handle));
+        table_.Leave(handle);
+    }
+    table_.Destroy(handle | (LONG_PTR{1} << 32));
+    EXPECT_EQ(nullptr, table_.Find(handle));
+}
+
+TEST_F(SessionTableTest, ZeroIsZeroWithAForeignUpperHalfToo) {
+    EXPECT_TRUE(table_.IsZero(0));
+    EXPECT_TRUE(table_.IsZero(LONG_PTR{0x12345678} << 32));
+    EXPECT_FALSE(table_.IsZero(1));
+    EXPECT_FALSE(table_.IsZero(table_.Create()));
+}
+
 TEST_F(SessionTableTest, DestroyedSessionIsGoneAndCanBeDestroyedAgain) {
     const LONG_PTR kept = table_.Create();
     const LONG_PTR ended = table_.Create();
@@ -152,6 +173,45 @@ TEST(SessionForCallTest, LiveHandleIsUsedAndLeftAlive) {
     table.Destroy(handle);
     EXPECT_FALSE(SessionForCall(handle, WithoutHandle::kMakeTemporary));
     EXPECT_FALSE(SessionForCall(handle, WithoutHandle::kFail));
+}
+
+TEST(SessionForCallTest, ForeignUpperHalfDoesNotCount) {
+    SessionTable& table = SessionTable::Instance();
+    const LONG_PTR handle = table.Create();
+    const LONG_PTR foreign = handle | (LONG_PTR{0x12345678} << 32);
+    for (int call = 0; call < 2; ++call) {
+        const SessionForCall session(foreign, WithoutHandle::kFail);
+        ASSERT_TRUE(session);
+        EXPECT_FALSE(SessionForCall(handle, WithoutHandle::kFail));
+    }
+    table.Destroy(foreign);
+    EXPECT_EQ(nullptr, table.Find(handle));
+    EXPECT_TRUE(SessionForCall(LONG_PTR{1} << 32, WithoutHandle::kMakeTemporary));
+}
+
+TEST(NewSessionTest, SessionThatIsNotKeptEndsAndLeavesZero) {
+    SessionTable& table = SessionTable::Instance();
+    LONG_PTR variable = 4711;
+    LONG_PTR handle = 0;
+    {
+        const NewSession made(variable);
+        handle = made.Handle();
+        EXPECT_NE(nullptr, table.Find(handle));
+        EXPECT_EQ(handle, variable);
+    }
+    EXPECT_EQ(nullptr, table.Find(handle));
+    EXPECT_EQ(0, variable);
+}
+
+TEST(NewSessionTest, KeptSessionIsTheClients) {
+    SessionTable& table = SessionTable::Instance();
+    LONG_PTR variable = 4711;
+    {
+        NewSession made(variable);
+        made.Keep();
+    }
+    EXPECT_NE(nullptr, table.Find(variable));
+    table.Destroy(variable);
 }
 
 }  // namespace

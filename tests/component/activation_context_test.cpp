@@ -185,7 +185,7 @@ protected:
 
 TEST_F(OwnContextTest, ContextOfTheDllIsCurrentDuringAMethod) {
     OutText path;
-    ASSERT_EQ(S_OK, probed_->DPGetDefaultDPPath(0, path));
+    ASSERT_EQ(S_OK, probed_->DPGetPathFromDisplayName(0, Text("<My Depot>\\"), path));
     EXPECT_EQ(L"C:\\CommonControls6\\", path.Value());
     ExpectOwnContext();
 }

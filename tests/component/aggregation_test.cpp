@@ -82,7 +82,7 @@ TEST_F(AggregationTest, MethodsWorkThroughTheAggregate) {
     const Com<IDepotIntrApi> api(AskForApi());
     const Session session(*api);
     OutText path;
-    EXPECT_EQ(S_OK, api->DPGetDefaultDPPath(session, path));
+    EXPECT_EQ(S_OK, api->DPGetPathFromDisplayName(session, Text("<My Depot>\\"), path));
     EXPECT_EQ(Wide(folder_.At("Farrow\\")), path.Value());
 }
 

@@ -2,6 +2,7 @@
 #include "component/component.h"
 #include "platform/handles.h"
 #include "support/box_log.h"
+#include "support/current_folder.h"
 
 namespace depot::test {
 namespace {
@@ -49,6 +50,38 @@ TEST_F(FileMethodsTest, RenameRefusesWhatItCannotDo) {
     EXPECT_EQ("1", FileBytes(folder_.At("Work\\a.kra")));
     EXPECT_EQ("2", FileBytes(folder_.At("Work\\b.kra")));
     EXPECT_FALSE(Exists(folder_.At("Work\\c.kra")));
+}
+
+TEST_F(FileMethodsTest, RenameNeverMovesAFileIntoTheCurrentFolderOrDrive) {
+    const std::string file = Make("Work\\a.kra", "1");
+    folder_.MakeFolder("now\\sub");
+    const CurrentFolder current(folder_.At("now"));
+    for (const std::string& place :
+         {std::string("sub\\b.kra"), std::string(".\\f.kra"), std::string("..\\f.kra"),
+          std::string("\\depot-test-x.kra"), file.substr(0, 2) + "d.kra", std::string("sub/b.kra"),
+          std::string("bare.kra")}) {
+        SCOPED_TRACE(place);
+        EXPECT_EQ(S_FALSE, api_->DPRenameFile(session_, Text("<Work>\\a.kra"), Text(place)));
+        EXPECT_FALSE(Exists(place));
+    }
+    EXPECT_EQ("1", FileBytes(file));
+    EXPECT_EQ(S_OK, api_->DPRenameFile(session_, Text("<Work>\\a.kra"), Text(root_ + "\\b.kra")));
+    EXPECT_EQ("1", FileBytes(folder_.At("Work\\b.kra")));
+}
+
+TEST_F(FileMethodsTest, CopyOutTakesADestinationInTheCurrentFolder) {
+    Make("Work\\a.kra", "1");
+    const CurrentFolder current(folder_.MakeFolder("now"));
+    EXPECT_EQ(S_OK, CopyOut("<Work>\\a.kra", "out.kra", VARIANT_TRUE));
+    EXPECT_EQ("1", FileBytes(folder_.At("now\\out.kra")));
+}
+
+TEST_F(FileMethodsTest, BareNameOfADepotIsNeitherDeletedNorRenamed) {
+    Make("Work\\a.kra", "1");
+    EXPECT_EQ(S_FALSE, api_->DPDeleteFile(session_, Text("<Work>")));
+    EXPECT_EQ(S_FALSE, api_->DPRenameFile(session_, Text("<Work>"), Text("<Work>\\sub")));
+    EXPECT_EQ(S_FALSE, api_->DPRenameFile(session_, Text("<Work>\\a.kra"), Text("<Work>")));
+    EXPECT_EQ("1", FileBytes(folder_.At("Work\\a.kra")));
 }
 
 TEST_F(FileMethodsTest, DeleteRemovesAFileOfADepotOnly) {
@@ -236,6 +269,44 @@ TEST_F(PublishTest, NothingLandsInTheCurrentFolder) {
     Publish("[Skein]\r\nCount=1\r\n[Clients]\r\nC1=u:DepotIntr.dll\r\n");
     EXPECT_EQ(L"DepotIntr.dll", Client(L"C1"));
     EXPECT_FALSE(Exists(folder_.At("Work\\DepotIntr.dll")));
+}
+
+TEST_F(PublishTest, ProfileOfTheCurrentFolderIsLeftAsItIs) {
+    const std::string client = Make("c1.cfg", "one");
+    const std::string text = "[Skein]\r\nCount=1\r\n[Clients]\r\nC1=" + client +
+                             "\r\n[Server]\r\nConfiguration File=s\r\n";
+    folder_.MakeFolder("now\\sub");
+    const std::string profile = Make("now\\sub\\p.kra", text);
+    const CurrentFolder current(folder_.At("now"));
+    for (const std::string& path : {std::string("sub\\p.kra"), std::string(".\\sub\\p.kra"),
+                                    profile.substr(0, 2) + "sub\\p.kra"}) {
+        SCOPED_TRACE(path);
+        ASSERT_EQ(S_OK, api_->DPLoadFile(session_.Address(), Text(path)));
+        EXPECT_EQ(Wide(client), Client(L"C1"));
+        EXPECT_EQ(S_OK, api_->DPPublishSkesDepFiles(session_));
+        EXPECT_FALSE(Exists(folder_.At("now\\sub\\c1.cfg")));
+        EXPECT_EQ(text, FileBytes(profile));
+    }
+}
+
+TEST_F(PublishTest, ProfileLoadedByABareNameCopiesNothingIntoTheCurrentFolder) {
+    const std::string client = Make("c1.cfg", "one");
+    const CurrentFolder current(folder_.MakeFolder("now"));
+    // The system looks for a bare name in its own folder.
+    const std::string name = "depot-publish-test.kra";
+    char windows[MAX_PATH] = {};
+    GetWindowsDirectoryA(windows, sizeof(windows));
+    const std::string profile = std::string(windows) + "\\" + name;
+    WritePrivateProfileStringA("Skein", "Count", "1", profile.c_str());
+    WritePrivateProfileStringA("Clients", "C1", client.c_str(), profile.c_str());
+    const std::string text = FileBytes(profile);
+    EXPECT_EQ(S_OK, api_->DPLoadFile(session_.Address(), Text(name)));
+    EXPECT_EQ(Wide(client), Client(L"C1"));
+    EXPECT_EQ(S_OK, api_->DPPublishSkesDepFiles(session_));
+    EXPECT_FALSE(Exists(folder_.At("now\\" + name)));
+    EXPECT_FALSE(Exists(folder_.At("now\\c1.cfg")));
+    EXPECT_EQ(text, FileBytes(profile));
+    DeleteFileA(profile.c_str());
 }
 
 TEST_F(PublishTest, WithoutACurrentFileThereIsNothingToDo) {

@@ -75,6 +75,17 @@ TEST_F(FindMethodsTest, ThePathMayHoldTheFilter) {
     EXPECT_EQ(L"<Work>\\a.kra", found.At(0));
 }
 
+TEST_F(FindMethodsTest, BareNameOfADepotListsItsRoot) {
+    folder_.MakeFile("Work\\a.kra", "");
+    for (const char* path : {"<Work>", "<WORK>"}) {
+        SCOPED_TRACE(path);
+        Listing found(*api_, path, ".kra");
+        EXPECT_EQ(S_OK, found.result);
+        EXPECT_EQ(1, found.count);
+        EXPECT_EQ(L"<Work>\\a.kra", found.At(0));
+    }
+}
+
 TEST_F(FindMethodsTest, TheApplicationChoosesTheFileType) {
     folder_.MakeFile("Work\\a.krv", "");
     Listing kickoff(*api_, "<Work>\\", ".*", APP_KICKOFF);

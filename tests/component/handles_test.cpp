@@ -148,7 +148,8 @@ TEST_F(HandlesTest, InventedHandlesAreRefused) {
     const Session live(*api_);
     for (const LONG_PTR handle :
          {LONG_PTR{1}, LONG_PTR{-1}, LONG_PTR{0x10000}, LONG_PTR{0x7FFFFFFF}, kJunkHandle, live + 1,
-          live - 1, live + 8, live | (LONG_PTR{1} << 32), std::numeric_limits<LONG_PTR>::min()}) {
+          live - 1, live + 8, (live + 8) | (LONG_PTR{1} << 32),
+          std::numeric_limits<LONG_PTR>::min() + 1}) {
         ExpectRefused(handle);
         EXPECT_EQ(S_OK, api_->DPUnInitialize(handle));
     }
@@ -199,6 +200,61 @@ TEST_F(HandlesTest, LoadingTakesAHandleWhoseUpperHalfIsForeign) {
     EXPECT_EQ(S_OK, api_->DPLoadFile(&handle, Text(file_)));
     EXPECT_EQ(session, handle);
     EXPECT_EQ(L"1", Read(session, L"S", L"K"));
+}
+
+TEST_F(HandlesTest, EveryMethodTakesAHandleWhoseUpperHalfIsForeign) {
+    for (const LONG_PTR foreign : {LONG_PTR{0x12345678}, LONG_PTR{-1}, LONG_PTR{1}}) {
+        SCOPED_TRACE(foreign);
+        LONG_PTR made = 0;
+        ASSERT_EQ(S_OK, api_->DPLoadFile(&made, Text(file_)));
+        const LONG_PTR handle = made | (foreign << 32);
+        OutText path;
+        EXPECT_EQ(S_OK, api_->DPGetDepotDisplayPath(handle, Text("<A>\\a.kra"), path));
+        EXPECT_EQ(S_OK, api_->DPGetPathFromDisplayName(handle, Text("<Depot A>\\a.kra"), path));
+        EXPECT_EQ(S_OK, api_->DPGetDefaultDPPath(handle, path));
+        EXPECT_EQ(S_OK, api_->DPFileExists(handle, Text("<A>\\a.kra")));
+        EXPECT_EQ(S_OK, api_->DPSetProfileString(handle, Text("S"), Text("L"), Text("2")));
+        EXPECT_EQ(L"2", Read(handle, L"S", L"L"));
+        ULONG number = 0;
+        EXPECT_EQ(S_OK, api_->DPGetProfileInt(handle, Text("S"), Text("L"), 5, &number));
+        EXPECT_EQ(S_OK, api_->DPFlushFile(handle));
+        EXPECT_EQ(S_OK, api_->DPPublishSkesDepFiles(handle));
+        EXPECT_EQ(S_OK, api_->DPIsPathWriteAble(handle, Text("<A>\\")));
+        EXPECT_EQ(S_OK, api_->DPSetSelItemPath(handle, Text("x")));
+        OutText copy;
+        EXPECT_EQ(S_OK, api_->DPMakeCopyFromSrcFile(handle, Text("<A>\\a.kra"), copy));
+        EXPECT_EQ(S_OK, api_->DPRenameFile(handle, Text("<A>\\a - copy.kra"), Text("<A>\\b.kra")));
+        EXPECT_EQ(S_OK, api_->DPDeleteFile(handle, Text("<A>\\b.kra")));
+        EXPECT_EQ(S_OK, api_->DPCopyFileToLocalFS(handle, Text("<A>\\a.kra"),
+                                                  Text(folder_.At("out.kra")), VARIANT_FALSE));
+        EXPECT_EQ(S_OK, api_->DPUnInitialize(handle));
+        EXPECT_EQ(S_FALSE, api_->DPSetSelItemPath(made, Text("x"))) << "the session was not ended";
+    }
+}
+
+TEST_F(HandlesTest, ListingTakesAHandleWhoseUpperHalfIsForeign) {
+    LONG_PTR list = 0;
+    LONG count = 0;
+    ASSERT_EQ(S_OK, api_->DPFindInit(&list, Text("<A>\\"), Text(".kra"), APP_SKEIN, &count));
+    OutText found;
+    EXPECT_EQ(S_OK, api_->DPFindNext(list | (LONG_PTR{7} << 32), 0, found));
+    EXPECT_EQ(L"<A>\\a.kra", found.Value());
+    EXPECT_EQ(S_OK, api_->DPUnInitialize(list | (LONG_PTR{7} << 32)));
+}
+
+TEST_F(HandlesTest, ZeroWhoseUpperHalfIsForeignIsHandleZero) {
+    const LONG_PTR zero = LONG_PTR{0x12345678} << 32;
+    for (const Method& method : kSessionMethods) {
+        SCOPED_TRACE(method.name);
+        EXPECT_EQ(S_FALSE, method.call(*api_, zero));
+    }
+    OutText path;
+    EXPECT_EQ(S_OK, api_->DPGetDepotDisplayPath(zero, Text("<A>\\a.kra"), path));
+    EXPECT_EQ(S_OK, api_->DPFileExists(zero, Text("<A>\\a.kra")));
+    EXPECT_EQ(S_OK, api_->DPGetPathFromDisplayName(zero, Text("<Depot A>\\a.kra"), path));
+    EXPECT_EQ(S_OK, api_->DPGetDefaultDPPath(zero, path));
+    EXPECT_EQ(S_OK, api_->DPUnInitialize(zero));
+    ExpectFileIntact();
 }
 
 TEST_F(HandlesTest, MissingOutputsAreRefused) {

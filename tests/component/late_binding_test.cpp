@@ -49,8 +49,9 @@ TEST_F(LateHandlesTest, ForeignUpperHalfOfALongDoesNotCount) {
     EXPECT_EQ(1, ReadWith(Variant::Raw(VT_I4, session_ | (LONGLONG{0x12345678} << 32))));
 }
 
-TEST_F(LateHandlesTest, WholeHandleOfEightBytesCounts) {
-    EXPECT_EQ(0, ReadWith(Variant::Raw(VT_I8, session_ | (LONGLONG{0x12345678} << 32))));
+TEST_F(LateHandlesTest, ForeignUpperHalfOfEightBytesDoesNotCount) {
+    EXPECT_EQ(1, ReadWith(Variant::Raw(VT_I8, session_ | (LONGLONG{0x12345678} << 32))));
+    EXPECT_EQ(0, ReadWith(Variant::Raw(VT_I8, (session_ + 8) | (LONGLONG{0x12345678} << 32))));
 }
 
 TEST_F(LateHandlesTest, HandleByValueIsTakenFromVariables) {

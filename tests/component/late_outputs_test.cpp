@@ -1,5 +1,6 @@
 // Texts and numbers that late-bound calls take and return.
 #include "component/late_calls.h"
+#include "support/leak_counts.h"
 
 namespace depot::test {
 namespace {
@@ -55,6 +56,64 @@ TEST_F(LateOutputsTest, RefusedTextIsNullInTheVariable) {
     EXPECT_TRUE(SUCCEEDED(
         Call(L"DPGetProfileString", {0, L"S", L"K", L"D", Variant::Reference(script), 100})));
     EXPECT_EQ(L"", script.Text());
+}
+
+TEST_F(LateOutputsTest, FormerTextOfATextVariableIsReleased) {
+    EXPECT_EQ(0u, CountLeftovers([&] {
+                  BSTR variable = SysAllocString(L"a former text");
+                  ASSERT_EQ(S_OK, ReadInto(Variant::Reference(VT_BSTR, &variable)));
+                  EXPECT_STREQ(L"text", variable);
+                  // Refused, which stores a null text.
+                  EXPECT_TRUE(SUCCEEDED(
+                      Call(L"DPGetProfileString",
+                           {0, L"S", L"K", L"D", Variant::Reference(VT_BSTR, &variable), 100})));
+                  EXPECT_EQ(nullptr, variable);
+              }));
+}
+
+TEST_F(LateOutputsTest, ScriptVariableThatRefersToATextStoresItThere) {
+    EXPECT_EQ(0u, CountLeftovers([&] {
+                  BSTR text = SysAllocString(L"a former text");
+                  Variant inner = Variant::Reference(VT_BSTR, &text);
+                  ASSERT_EQ(S_OK, ReadInto(Variant::Reference(inner)));
+                  EXPECT_EQ(VT_BSTR | VT_BYREF, inner.Type());
+                  EXPECT_STREQ(L"text", text);
+                  SysFreeString(text);
+              }));
+}
+
+TEST_F(LateOutputsTest, ScriptVariablesAndResultsLeaveNothing) {
+    EXPECT_EQ(0u, CountLeftovers([&] {
+                  Variant variable(L"a former text"), result;
+                  ASSERT_EQ(S_OK, ReadInto(Variant::Reference(variable)));
+                  ASSERT_EQ(S_OK, ReadInto(L"a literal"));
+                  ASSERT_EQ(S_OK, Call(L"DPGetDefaultDPPath", {Handle()}, &result));
+                  ASSERT_EQ(S_OK, Call(L"DPGetDefaultDPPath", {Handle()}));
+              }));
+}
+
+TEST_F(LateOutputsTest, FailedCallLeavesTheVariableAndNothingElse) {
+    EXPECT_EQ(0u, CountLeftovers([&] {
+                  BSTR text = SysAllocString(L"a former text");
+                  Variant variable(L"another one");
+                  for (const Variant& output :
+                       {Variant::Reference(VT_BSTR, &text), Variant::Reference(variable)}) {
+                      EXPECT_EQ(DISP_E_TYPEMISMATCH,
+                                Call(L"DPGetProfileString",
+                                     {Handle(), L"S", L"K", L"D", output, L"no size"}));
+                  }
+                  EXPECT_STREQ(L"a former text", text);
+                  EXPECT_EQ(L"another one", variable.Text());
+                  SysFreeString(text);
+              }));
+}
+
+TEST_F(LateOutputsTest, VariableThatIsAlsoAnInputIsReadBeforeItIsStored) {
+    BSTR variable = SysAllocString(L"by default");
+    const Variant both = Variant::Reference(VT_BSTR, &variable);
+    EXPECT_EQ(S_OK, Call(L"DPGetProfileString", {Handle(), L"S", L"Absent", both, both, 100}));
+    EXPECT_STREQ(L"by default", variable);
+    SysFreeString(variable);
 }
 
 TEST_F(LateOutputsTest, TextIsReturnedAsTheResult) {

@@ -136,7 +136,7 @@ TEST_F(UnloadTest, SessionsLeftBehindDoNotDisturbTheUnloading) {
         LONG_PTR session = 0;
         ASSERT_EQ(S_OK, api->DPLoadFile(&session, Text(folder_.At("a.kra"))));
         OutText path;
-        EXPECT_EQ(S_OK, api->DPGetDefaultDPPath(session, path));
+        EXPECT_EQ(S_FALSE, api->DPGetDefaultDPPath(session, path));
     }
     EXPECT_EQ(nullptr, GetModuleHandleA(copy.c_str()));
 }

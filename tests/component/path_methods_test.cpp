@@ -110,6 +110,23 @@ TEST_F(FolderDepotsTest, DepotPathIsConvertedToTheFileSystem) {
               ToFileSystem(work_ + "\\Sessions\\office.kre"));
 }
 
+TEST_F(FolderDepotsTest, BareNameOfADepotStandsForItsRoot) {
+    const Session session(*api_);
+    EXPECT_EQ(S_OK, api_->DPFileExists(0, Text("<Work>")));
+    EXPECT_EQ(S_OK, api_->DPFileExists(0, Text("<WORK>")));
+    EXPECT_EQ(S_FALSE, api_->DPFileExists(0, Text("<Nobody>")));
+    EXPECT_EQ(S_OK, api_->DPIsPathWriteAble(session, Text("<Work>")));
+    EXPECT_EQ(S_FALSE, api_->DPIsPathWriteAble(session, Text("<Nobody>")));
+    EXPECT_EQ(Wide(work_) + L"\\", ToFileSystem("<Work>"));
+    EXPECT_EQ(ToFileSystem("<Work>\\"), ToFileSystem("<Work>"));
+}
+
+TEST_F(FolderDepotsTest, BracketedNameOfNoDepotIsConvertedToItself) {
+    for (const char* path : {"<Nobody>\\office.kre", "<Nobody>", "<My Work>\\office.kre"}) {
+        EXPECT_EQ(Wide(path), ToFileSystem(path)) << path;
+    }
+}
+
 TEST_F(FolderDepotsTest, EmptyPathIsNotConverted) {
     EXPECT_EQ(L"(null)", ToFileSystem(""));
 }
@@ -191,10 +208,13 @@ protected:
     const std::string root_ = folder_.At("Farrow\\");
 };
 
-TEST_F(BuiltInDepotTest, DefaultPathIsTheParentOfTheUserFolder) {
-    EXPECT_EQ(Wide(root_), DefaultPath(0));
+TEST_F(BuiltInDepotTest, WithoutADefinedDepotThereIsNoDefaultPath) {
+    EXPECT_EQ(L"(null)", DefaultPath(0));
     const Session session(*api_);
-    EXPECT_EQ(Wide(root_), DefaultPath(session));
+    EXPECT_EQ(L"(null)", DefaultPath(session));
+    DefineDepot("Work");
+    EXPECT_EQ(L"(null)", DefaultPath(session)) << "a session knows the depots that it began with";
+    EXPECT_EQ(L"<Work>\\", DefaultPath(0));
 }
 
 TEST_F(BuiltInDepotTest, FilesBelowTheRootAreFoundByTheirPath) {

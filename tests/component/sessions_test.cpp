@@ -107,7 +107,7 @@ TEST_F(SessionsTest, UserFolderIsLookedUpForEachSession) {
     product_.Text("", "UserDir", folder_.MakeFolder("Other\\Place\\User"));
     const Session session(*api_);
     OutText path;
-    ASSERT_EQ(S_OK, api_->DPGetDefaultDPPath(session, path));
+    ASSERT_EQ(S_OK, api_->DPGetPathFromDisplayName(session, Text("<My Depot>\\"), path));
     EXPECT_EQ(Wide(folder_.At("Other\\Place\\")), path.Value());
 }
 

@@ -1,5 +1,6 @@
 // Files of a depot in a directory, used through the interface as any other file.
 #include "component/late_calls.h"
+#include "platform/handles.h"
 #include "support/component_depots.h"
 #include "support/directory_fixture.h"
 #include "support/stores.h"
@@ -230,6 +231,28 @@ TEST_F(DirectoryFilesTest, PathMethodsAnswerForADirectory) {
     EXPECT_EQ(S_OK, api_->DPGetDefaultDPPath(0, byDefault));
     EXPECT_EQ(L"<Corp>\\", byDefault.Value());
     EXPECT_THAT(boxes_.Texts(), IsEmpty());
+}
+
+TEST_F(DirectoryFilesTest, ShortPathOfAFileIsThatFilesBesideADefaultDepotInADirectory) {
+    depots_.Dword("Corp", "DefaultDepot", 1);
+    for (const std::string path : {"C:\\a.in", "C:\\a.ini"}) {
+        SCOPED_TRACE(path);
+        const UniqueHandle file(CreateFileA(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr,
+                                            CREATE_ALWAYS, FILE_FLAG_DELETE_ON_CLOSE, nullptr));
+        ASSERT_TRUE(file);
+        OutText converted;
+        EXPECT_EQ(S_OK, api_->DPPathConvertDPtoFS(Text(path), converted));
+        EXPECT_EQ(Wide(path), converted.Value());
+    }
+    EXPECT_THAT(WorkingCopies(), IsEmpty());
+}
+
+TEST_F(DirectoryFilesTest, BracketedNameOfNoDepotIsNotConvertedWhereTheDefaultIsADirectory) {
+    depots_.Dword("Corp", "DefaultDepot", 1);
+    OutText converted;
+    EXPECT_EQ(S_FALSE, api_->DPPathConvertDPtoFS(Text("<Nowhere>\\office.kra"), converted));
+    EXPECT_TRUE(converted.IsNull());
+    EXPECT_THAT(WorkingCopies(), IsEmpty());
 }
 
 TEST_F(DirectoryFilesTest, WritabilityIsFoundByTryingAndLeavesNothing) {

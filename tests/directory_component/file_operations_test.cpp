@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "directory_component/stores_fixture.h"
+#include "support/current_folder.h"
 
 namespace depot::test {
 namespace {
@@ -58,6 +59,43 @@ TEST_P(FileOperationsTest, RenameRefusesWhatItCannotDo) {
     ExpectNotRenamed(Path("tree"), Path("tree\\new"));
     ExpectNotRenamed(Path(""), Path("Sub\\all"));
     EXPECT_EQ(S_FALSE, api_->DPRenameFile(0, Text(Path("a.kra")), Text(Path("c.kra"))));
+}
+
+TEST_P(FileOperationsTest, RenameNeverLeadsIntoTheCurrentFolder) {
+    store_.MakeFile("a.kra", "1");
+    folder_.MakeFolder("now\\sub");
+    const CurrentFolder current(folder_.At("now"));
+    const std::string drive = folder_.Path().substr(0, 2);
+    for (const std::string& place :
+         {std::string("sub\\b.kra"), std::string(".\\f.kra"), std::string("..\\f.kra"),
+          std::string("\\depot-test-x.kra"), drive + "d.kra", std::string("bare.kra")}) {
+        ExpectNotRenamed(Path("a.kra"), place);
+        EXPECT_FALSE(Exists(place)) << place;
+    }
+}
+
+TEST_P(FileOperationsTest, BareNameOfTheDepotStandsForItsRoot) {
+    store_.MakeFile("a.kra", "1");
+    const std::string root = Path("");
+    const std::string bare = root.substr(0, root.size() - 1);
+    LONG_PTR list = 0;
+    LONG count = 0;
+    ASSERT_EQ(S_OK, api_->DPFindInit(&list, Text(bare), Text(".kra"), APP_SKEIN, &count));
+    std::vector<std::wstring> found;
+    for (LONG index = 0; index < count; ++index) {
+        OutText path;
+        EXPECT_EQ(S_OK, api_->DPFindNext(list, index, path));
+        found.push_back(path.Value());
+    }
+    EXPECT_EQ(S_OK, api_->DPUnInitialize(list));
+    EXPECT_THAT(found, testing::Contains(WidePath("a.kra")));
+    EXPECT_EQ(S_OK, api_->DPFileExists(Client(), Text(bare)));
+    EXPECT_EQ(S_OK, api_->DPIsPathWriteAble(Client(), Text(bare)));
+    const StoreContents before = store_.Contents();
+    EXPECT_EQ(S_FALSE, Delete(bare));
+    EXPECT_EQ(before, store_.Contents());
+    ExpectNotRenamed(bare, Path("Sub\\all"));
+    ExpectNotRenamed(Path("a.kra"), bare);
 }
 
 TEST_P(FileOperationsTest, DeletedFileIsGoneAndNothingElse) {

@@ -5,6 +5,7 @@
 #include "manager/depot_world.h"
 #include "platform/error_text.h"
 #include "support/box_log.h"
+#include "support/current_folder.h"
 
 namespace depot {
 namespace {
@@ -110,6 +111,41 @@ TEST_F(DepotFileTest, RenamingWhatIsNotThereOrToNothingFails) {
     EXPECT_EQ(0, MoveFile(work_, "<Work>\\no", "<Work>\\b.kra", nullptr, nullptr, nullptr));
     EXPECT_EQ(0, MoveFile(work_, "<Work>\\a.kra", "", nullptr, nullptr, &error_));
     EXPECT_TRUE(test::Exists(At("w\\a.kra")));
+}
+
+TEST_F(DepotFileTest, PathsOfTheCurrentFolderOrDriveAreNeverWritten) {
+    const std::string file = Make("w\\a.kra");
+    world_.folder.MakeFolder("now\\sub");
+    const test::CurrentFolder current(At("now"));
+    for (const std::string& place :
+         {std::string("b.kra"), std::string("sub\\b.kra"), std::string(".\\b.kra"),
+          std::string("..\\b.kra"), std::string("sub/b.kra"), file.substr(0, 2) + "b.kra",
+          std::string("\\depot-test-b.kra"), std::string("<Other>\\b.kra"),
+          "\\\\.\\" + At("b.kra")}) {
+        SCOPED_TRACE(place);
+        for (CDepot* const target : {static_cast<CDepot*>(nullptr), &home_}) {
+            EXPECT_EQ(0, MoveFile(work_, "<Work>\\a.kra", place, nullptr, target, &error_));
+            EXPECT_EQ(Message(ERROR_INVALID_PARAMETER, place), error_);
+            EXPECT_EQ(0, CopyFile(work_, "<Work>\\a.kra", place, target, false, &error_));
+            EXPECT_EQ(Message(ERROR_INVALID_PARAMETER, place), error_);
+        }
+        EXPECT_FALSE(test::Exists(place));
+    }
+    EXPECT_EQ("1", test::FileBytes(file));
+}
+
+TEST_F(DepotFileTest, DepotWhoseRootIsRelativeKeepsWhatItHolds) {
+    world_.folder.MakeFolder("now\\sub");
+    const std::string file = Make("now\\sub\\a.kra");
+    const test::CurrentFolder current(At("now"));
+    CDepot& relative = world_.AddAt("Rel", "Rel", "sub");
+    EXPECT_EQ(1, FileExists(relative, "<Rel>\\a.kra"));
+    EXPECT_EQ(0, DeleteFile(relative, "<Rel>\\a.kra"));
+    EXPECT_EQ(0, MoveFile(relative, "<Rel>\\a.kra", At("b.kra"), nullptr, nullptr, &error_));
+    EXPECT_EQ(0, CopyFile(relative, "<Rel>\\a.kra", "<Rel>\\b.kra", &relative, true, &error_));
+    EXPECT_EQ("1", test::FileBytes(file));
+    EXPECT_FALSE(test::Exists(At("now\\sub\\b.kra")));
+    EXPECT_EQ(1, CopyFile(relative, "<Rel>\\a.kra", At("c.kra"), nullptr, true, &error_));
 }
 
 TEST_F(DepotFileTest, MoveFileWithADestinationDepotMovesThere) {

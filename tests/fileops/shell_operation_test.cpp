@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "support/box_log.h"
+#include "support/current_folder.h"
 #include "support/scratch.h"
 
 namespace depot {
@@ -71,6 +72,25 @@ TEST_F(RunShellOperationTest, OnlyADeletionGoesWithoutATarget) {
 TEST_F(RunShellOperationTest, AMissingSourceFails) {
     const std::string target = folder_.At("b");
     EXPECT_FALSE(RunShellOperation(FO_RENAME, {folder_.At("none")}, &target, kQuietFlags, nullptr));
+}
+
+TEST_F(RunShellOperationTest, NothingGoesIntoTheCurrentFolderOrOutOfIt) {
+    const std::string file = folder_.MakeFile("a.kra", "1");
+    const std::string now = folder_.MakeFolder("now");
+    const std::string there = folder_.MakeFile("now\\there.kra", "2");
+    const std::string target = folder_.At("b.kra");
+    const test::CurrentFolder current(now);
+    for (const std::string relative : {"x.kra", ".\\x.kra", "..\\x.kra", "\\depot-test-x.kra"}) {
+        for (const UINT operation : {UINT{FO_COPY}, UINT{FO_MOVE}, UINT{FO_RENAME}}) {
+            SCOPED_TRACE(relative + " " + std::to_string(operation));
+            EXPECT_FALSE(RunShellOperation(operation, {file}, &relative, kQuietFlags, nullptr));
+            EXPECT_EQ(DWORD{ERROR_INVALID_PARAMETER}, GetLastError());
+        }
+    }
+    EXPECT_FALSE(RunShellOperation(FO_MOVE, {"there.kra"}, &target, kQuietFlags, nullptr));
+    EXPECT_FALSE(RunShellOperation(FO_DELETE, {file, "there.kra"}, nullptr, kQuietFlags, nullptr));
+    EXPECT_EQ("1", FileBytes(file));
+    EXPECT_EQ("2", FileBytes(there));
 }
 
 TEST_F(RunShellOperationTest, AnEmptyTargetTouchesNothingInTheCurrentFolder) {

@@ -6,6 +6,7 @@
 #include "platform/handles.h"
 #include "platform/text.h"
 #include "support/box_log.h"
+#include "support/current_folder.h"
 #include "support/import_patch.h"
 #include "support/random_text.h"
 #include "support/unix_path.h"
@@ -129,12 +130,9 @@ TEST_F(DepotFileContextTest, OnlyAnAbsolutePathThatExistsIsAPlainFile) {
 }
 
 TEST_F(DepotFileContextTest, ARelativePathIsNoPlainFileEvenWhenItExists) {
-    char before[MAX_PATH] = {};
-    GetCurrentDirectoryA(sizeof(before), before);
     world_.folder.MakeFile("relative.ini", "x");
-    SetCurrentDirectoryA(world_.folder.Path().c_str());
+    const test::CurrentFolder current(world_.folder.Path());
     const DepotFileContext file("relative.ini", world_.depots);
-    SetCurrentDirectoryA(before);
     EXPECT_EQ(&home_, file.depot);
     EXPECT_EQ("relative.ini", file.depotPath);
 }
@@ -190,6 +188,37 @@ TEST_F(DepotFileContextTest, StrangePathsBelongToTheDefaultDepot) {
         EXPECT_EQ(path, file.localPath);
         EXPECT_EQ("default", file.ReadString("S", "K", "default", 100));
     }
+}
+
+TEST_F(DepotFileContextTest, FileOfTheCurrentFolderOrDriveIsReadAndNotWritten) {
+    const std::string text = "[S]\r\nK=old\r\n";
+    world_.folder.MakeFolder("sub");
+    const std::string file = world_.folder.MakeFile("sub\\a.ini", text);
+    const test::CurrentFolder current(world_.folder.Path());
+    // The drive's own folder on it is the current one.
+    const std::string drive = file.substr(0, 2);
+    for (const std::string& path : {std::string("sub\\a.ini"), std::string(".\\sub\\a.ini"),
+                                    drive + "sub\\a.ini", file.substr(2)}) {
+        SCOPED_TRACE(path);
+        DepotFileContext context(path, world_.depots);
+        EXPECT_EQ(path, context.localPath);
+        EXPECT_EQ("old", context.ReadString("S", "K", "default", 100));
+        context.WriteString("S", "K", "new");
+        EXPECT_TRUE(context.changed);
+        EXPECT_EQ(text, test::FileBytes(file));
+    }
+}
+
+TEST_F(DepotFileContextTest, BareNameWritesNoFileOfTheSystemsFolder) {
+    const std::string name = "depot-bare-name-test.ini";
+    char windows[MAX_PATH] = {};
+    GetWindowsDirectoryA(windows, sizeof(windows));
+    const std::string file = std::string(windows) + "\\" + name;
+    DepotFileContext context(name, world_.depots);
+    context.WriteString("S", "K", "new");
+    EXPECT_TRUE(context.changed);
+    EXPECT_FALSE(test::Exists(file));
+    ::DeleteFileA(file.c_str());
 }
 
 TEST_F(DepotFileContextTest, APathThatNoFileCanHaveHasNoLocalFile) {

@@ -102,12 +102,18 @@ TEST_F(DisplayPathTest, DisplayPathsConvertToTheRootAndTheRest) {
     EXPECT_EQ(root_, DisplayToStorage(work_, "<Work>\\"));
 }
 
+TEST_F(DisplayPathTest, BareBracketedNameIsConvertedToTheRoot) {
+    EXPECT_EQ(root_, DisplayToStorage(work_, "<Work>"));
+    EXPECT_EQ(root_, DisplayToStorage(work_, "<WORK>"));
+    EXPECT_EQ("<Home>", DisplayToStorage(work_, "<Home>"));
+}
+
 TEST_F(DisplayPathTest, EveryOccurrenceOfThePrefixIsConverted) {
     EXPECT_EQ(root_ + "sub\\" + root_ + "b", DisplayToStorage(work_, "<Work>\\sub\\<work>\\b"));
 }
 
 TEST_F(DisplayPathTest, TextsWithoutThePrefixAreConvertedToThemselves) {
-    for (const char* path : {"", "a", "<Work>", "<Travail>\\a", "<Workshop>\\a", "C:\\a", "Work\\a",
+    for (const char* path : {"", "a", "<Wor>", "<Travail>\\a", "<Workshop>\\a", "C:\\a", "Work\\a",
                              "Work>\\a", "<None>\\a", "\\\\server\\a"}) {
         SCOPED_TRACE(path);
         EXPECT_EQ(path, DisplayToStorage(work_, path));

@@ -44,6 +44,22 @@ TEST(MatchesPrefixTest, OnlyAPathThatBeginsWithThePrefixMatches) {
     }
 }
 
+TEST(CompleteBareNameTest, NameWithoutItsBackslashBecomesThePrefix) {
+    EXPECT_EQ("<Work>\\", CompleteBareName("<Work>", "<Work>\\"));
+    EXPECT_EQ("<Work>\\", CompleteBareName("<WORK>", "<Work>\\"));
+    EXPECT_EQ("C:\\", CompleteBareName("c:", "C:\\"));
+}
+
+TEST(CompleteBareNameTest, OtherPathsStayAsTheyAre) {
+    for (const char* path : {"", "<Work>\\", "<WORK>\\a", "<Wor>", "<Work", "<Workshop>", "Work",
+                             " <Work>", "<Work> ", "a\\<Work>", "C:"}) {
+        SCOPED_TRACE(path);
+        EXPECT_EQ(path, CompleteBareName(path, "<Work>\\"));
+        EXPECT_EQ(path, CompleteBareName(path, ""));
+    }
+    EXPECT_EQ("C:\\Work", CompleteBareName("C:\\Work", "C:\\Work\\"));
+}
+
 TEST(MatchesPrefixTest, AnEmptyPrefixMatchesNothing) {
     EXPECT_FALSE(MatchesPrefix("", ""));
     EXPECT_FALSE(MatchesPrefix("<Work>\\a", ""));

@@ -7,6 +7,7 @@
 #include "model/depots.h"
 #include "platform/error_text.h"
 #include "platform/handles.h"
+#include "support/current_folder.h"
 #include "support/import_patch.h"
 #include "support/scratch.h"
 #include "support/working_files.h"
@@ -37,6 +38,18 @@ TEST_F(FolderWritabilityTest, FolderIsTestedByAProbeFileThatGoesAgain) {
     EXPECT_EQ(1, Test(folder_.Path()));
     EXPECT_THAT(test::FilesIn(folder_.Path(), "*"), IsEmpty());
     EXPECT_EQ("junk", text_);
+}
+
+TEST_F(FolderWritabilityTest, PlaceOfTheCurrentFolderOrDriveIsNotTried) {
+    folder_.MakeFolder("sub");
+    const test::CurrentFolder current(folder_.Path());
+    const std::string drive = folder_.Path().substr(0, 2);
+    for (const std::string& path : {std::string("sub"), std::string("new.kra"), std::string(".\\"),
+                                    drive + "new.kra", drive, std::string()}) {
+        SCOPED_TRACE(path);
+        EXPECT_EQ(0, Test(path, "Shown"));
+        EXPECT_EQ(TextOf(ERROR_INVALID_PARAMETER, "Shown"), text_);
+    }
 }
 
 TEST_F(FolderWritabilityTest, ProbeFileIsWhatTheFolderIsTestedBy) {

@@ -123,6 +123,35 @@ TEST(IsFileSystemPathTest, OtherTextsAreNot) {
     }
 }
 
+TEST(IsAbsolutePathTest, PathThatNoCurrentFolderChangesIsAbsolute) {
+    for (const char* path :
+         {"C:\\", "c:\\a.kra", "z:/a/b.kra", "C:\\a\\..\\b", "C:\\a:stream", "\\\\server\\share\\a",
+          "//server/share", "\\/s", "\\\\?\\C:\\a", "\\\\?\\UNC\\server\\share",
+          "\\\\?\\Volume{1}\\a", "\\\\\x95\x5C\\s"}) {
+        SCOPED_TRACE(path);
+        EXPECT_TRUE(IsAbsolutePath(path));
+    }
+}
+
+TEST(IsAbsolutePathTest, PathOfTheCurrentFolderOrDriveIsNotAbsolute) {
+    for (const char* path :
+         {"",         "a",           "a.kra",    "sub\\a.kra",    ".",      "..",
+          ".\\a.kra", "..\\a.kra",   "\\",       "\\a.kra",       "/a.kra", "C:",
+          "C:a.kra",  "c:..\\a.kra", "C::\\",    "1:\\a",         ":\\a",   "CC:\\a",
+          " C:\\a",   "\xC4:\\a",    "\x83\x5C", "<Work>\\a.kra", "<Work>", "a\\C:\\b"}) {
+        SCOPED_TRACE(path);
+        EXPECT_FALSE(IsAbsolutePath(path));
+    }
+}
+
+TEST(IsAbsolutePathTest, DevicesAndHalfServersAreNotAbsolute) {
+    for (const char* path : {"\\\\", "\\\\\\a", "\\\\.", "\\\\.\\NUL", "\\\\.\\C:\\a", "//./C:/a",
+                             "\\\\?", "\\\\?\\", "\\\\?a\\b", "\\??\\C:\\a", "NUL"}) {
+        SCOPED_TRACE(path);
+        EXPECT_FALSE(IsAbsolutePath(path));
+    }
+}
+
 TEST(PathsTest, RandomPathsAreTakenApartAndPutTogetherAgain) {
     RandomTexts random(0x5EED03);
     for (int round = 0; round < 5000; ++round) {

@@ -24,8 +24,9 @@ TEST_F(ScriptTest, VariablesOfEveryKindServeAsHandlesAndTexts) {
 
 TEST_F(ScriptTest, PathsAreAnsweredWithoutASession) {
     const std::string file = folder_.At("Work\\Sessions\\office.kre").substr(2);
+    folder_.MakeFile("Work\\team.kra", "");
     EXPECT_EQ((Lines{"<Work>\\", "<My Depot of Work>\\Sessions\\", "<Work>\\Sessions\\office.kre",
-                     file, "{}", "{<Work>\\}", "end"}),
+                     file, "{}", "{<Work>\\}", "listed 1 <Work>\\team.kra", "end"}),
               Run("paths.vbs"));
 }
 

@@ -8,4 +8,9 @@ WScript.Echo api.DPGetPathFromDisplayName(0, "<my depot of work>\Sessions\office
 WScript.Echo Mid(api.DPPathConvertDPtoFS("<Work>\Sessions\office.kre"), 3)
 WScript.Echo "{" & api.DPGetPathFromDisplayName(0, "<nobody>\a.kra") & "}"
 WScript.Echo "{" & api.DPGetDefaultDPPath(Empty) & "}"
+Dim list, count
+list = 0
+count = api.DPFindInit(list, "<Work>", ".kra", 1)
+WScript.Echo "listed " & count & " " & api.DPFindNext(list, 0)
+api.DPUnInitialize list
 WScript.Echo "end"
