@@ -115,7 +115,7 @@ void AddCasePair(CodePage& page, std::string_view upper, std::string_view lower)
     const Character from = CharacterOf(page, upper, 0);
     const Character to = CharacterOf(page, lower, 0);
     const bool whole = from.length == upper.size() && to.length == lower.size();
-    if (!whole || (from.length == 1) != (to.length == 1)) return;
+    if (!whole || from.broken || to.broken || (from.length == 1) != (to.length == 1)) return;
     if (from.length == 1) {
         page.lower[from.code] = static_cast<char>(to.code);
     } else {

@@ -11,8 +11,17 @@ bool HasOnlySingleBytes() {
     return InstalledCodePage().kind == CodePageKind::kSingleByte;
 }
 
-bool SameByte(char left, char right) {
-    return LowerCase(left) == LowerCase(right);
+bool SameByte(const CaseTable& lower, char left, char right) {
+    return lower[static_cast<unsigned char>(left)] == lower[static_cast<unsigned char>(right)];
+}
+
+bool EqualBytes(std::string_view left, std::string_view right) {
+    if (left.size() != right.size()) return false;
+    const CaseTable& lower = InstalledCodePage().lower;
+    for (std::size_t at = 0; at < left.size(); ++at) {
+        if (!SameByte(lower, left[at], right[at])) return false;
+    }
+    return true;
 }
 
 // Returns how many bytes of the text equal `find` from `at` on, or nothing.
@@ -32,8 +41,11 @@ std::optional<std::size_t> LengthOfMatch(std::string_view text, std::size_t at,
 
 std::optional<TextMatch> FindMatchInBytes(std::string_view text, std::string_view find,
                                           std::size_t from) {
+    const CaseTable& lower = InstalledCodePage().lower;
     const auto start = text.begin() + static_cast<std::ptrdiff_t>(from);
-    const auto found = std::search(start, text.end(), find.begin(), find.end(), SameByte);
+    const auto found =
+        std::search(start, text.end(), find.begin(), find.end(),
+                    [&lower](char left, char right) { return SameByte(lower, left, right); });
     if (found == text.end()) return std::nullopt;
     return TextMatch{static_cast<std::size_t>(found - text.begin()), find.size()};
 }
@@ -47,8 +59,9 @@ char LowerCase(char c) {
 std::string ToLower(std::string_view text) {
     std::string lower;
     if (HasOnlySingleBytes()) {
+        const CaseTable& table = InstalledCodePage().lower;
         lower = text;
-        std::transform(lower.begin(), lower.end(), lower.begin(), LowerCase);
+        for (char& c : lower) c = table[static_cast<unsigned char>(c)];
         return lower;
     }
     lower.reserve(text.size());
@@ -60,17 +73,17 @@ std::string ToLower(std::string_view text) {
 
 bool EqualsNoCase(std::string_view left, std::string_view right) {
     if (!HasOnlySingleBytes()) return LengthOfMatch(left, 0, right) == left.size();
-    return std::equal(left.begin(), left.end(), right.begin(), right.end(), SameByte);
+    return EqualBytes(left, right);
 }
 
 bool StartsWithNoCase(std::string_view text, std::string_view prefix) {
-    return PrefixLengthNoCase(text, prefix).has_value();
+    if (!HasOnlySingleBytes()) return LengthOfMatch(text, 0, prefix).has_value();
+    return EqualBytes(text.substr(0, prefix.size()), prefix);
 }
 
 std::optional<std::size_t> PrefixLengthNoCase(std::string_view text, std::string_view prefix) {
     if (!HasOnlySingleBytes()) return LengthOfMatch(text, 0, prefix);
-    if (!EqualsNoCase(text.substr(0, prefix.size()), prefix)) return std::nullopt;
-    return prefix.size();
+    return StartsWithNoCase(text, prefix) ? std::optional(prefix.size()) : std::nullopt;
 }
 
 std::optional<TextMatch> FindMatchNoCase(std::string_view text, std::string_view find,
