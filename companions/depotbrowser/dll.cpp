@@ -10,10 +10,10 @@
 #include "host/com_object.h"
 #include "host/language_settings.h"
 #include "model/localization.h"
-#include "platform/ansi_case.h"
 #include "platform/compiler.h"
 #include "platform/module_state.h"
 #include "platform/no_destructor.h"
+#include "platform/system_code_page.h"
 
 namespace depot {
 namespace {
@@ -48,7 +48,7 @@ std::optional<CComModule>& AttachedModule() {
 
 // Gives the depots what the host of the automation interface gives them there.
 void PrepareDepots() {
-    InstallAnsiCaseTable();
+    InstallSystemCodePage();
     InstallLocalization({CurrentLanguageCode, PromptTextForNames});
     RouteWorkerNotices();
 }

@@ -2,6 +2,8 @@
 
 #include <string_view>
 
+#include "platform/paths.h"
+
 namespace depot {
 namespace {
 
@@ -11,7 +13,7 @@ struct PathParts {
 };
 
 PathParts SplitAtLastBackslash(std::string_view path) {
-    const std::size_t backslash = path.rfind('\\');
+    const std::size_t backslash = FindLastSeparator(path);
     if (backslash == std::string_view::npos) return {{}, path};
     return {path.substr(0, backslash), path.substr(backslash + 1)};
 }

@@ -20,6 +20,8 @@ constexpr std::uint32_t kFirstReadSize = 1024;
 // it read outside of the text.
 constexpr std::size_t kLongestProfileText = 32766;
 
+constexpr std::uint32_t kLongestCharacter = 4;
+
 bool Fits(std::string_view text) {
     return text.size() <= kLongestProfileText;
 }
@@ -31,7 +33,7 @@ bool Fits(const char* text) {
 
 // What the system gives for a value that is not there.
 std::string CutDefault(const std::string& defaultValue, std::uint32_t size) {
-    return size == 0 ? std::string() : defaultValue.substr(0, size - 1);
+    return size == 0 ? std::string() : std::string(CutToBytes(defaultValue, size - 1));
 }
 
 // Reads the session's terminal type out of the file itself.
@@ -63,7 +65,8 @@ std::string ReadProfileString(const std::string& section, const std::string& key
         text.assign(room, '\0');
         const DWORD length = GetPrivateProfileStringA(
             section.c_str(), key.c_str(), defaultValue.c_str(), text.data(), room, file.c_str());
-        const bool cut = length + 1 >= room;
+        // A character that does not fit whole may be left out whole.
+        const bool cut = length + kLongestCharacter >= room;
         if (!cut || room == size) break;
         room = room > size / 4 ? size : room * 4;
     }

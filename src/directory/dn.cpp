@@ -12,11 +12,10 @@ constexpr std::string_view kParentStep = "\\..";
 
 // A component that is exactly ".." and has a name, not just the base, before it.
 std::size_t FindParentStep(std::string_view path) {
-    for (std::size_t at = path.find(kParentStep); at != std::string_view::npos;
-         at = path.find(kParentStep, at + 1)) {
+    for (std::size_t at = FindText(path, kParentStep); at != std::string_view::npos;
+         at = FindText(path, kParentStep, at + 1)) {
         const std::size_t end = at + kParentStep.size();
-        const bool whole = end == path.size() || path[end] == '\\';
-        if (whole) return at;
+        if (end == path.size() || FindSeparator(path, end) == end) return at;
     }
     return std::string_view::npos;
 }
@@ -25,23 +24,23 @@ std::string ResolveParentSteps(std::string path) {
     for (;;) {
         const std::size_t step = FindParentStep(path);
         if (step == std::string::npos || step == 0) return path;
-        const std::size_t previous = path.rfind('\\', step - 1);
+        const std::size_t previous = FindLastSeparator(path, step);
         if (previous == std::string::npos) return path;
         path.erase(previous, step + kParentStep.size() - previous);
     }
 }
 
 std::optional<std::string> WithoutPrefix(std::string_view component, const std::string& prefix) {
-    const std::size_t at = FindNoCase(component, prefix);
-    if (at == std::string_view::npos) return std::nullopt;
+    const std::optional<TextMatch> match = FindMatchNoCase(component, prefix);
+    if (!match) return std::nullopt;
     std::string name(component);
-    return name.erase(at, prefix.size());
+    return name.erase(match->start, match->length);
 }
 
 int HexDigit(char c) {
     if (c >= '0' && c <= '9') return c - '0';
-    const char lower = LowerCase(c);
-    return lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : -1;
+    if (c >= 'A' && c <= 'F') return c - 'A' + 10;
+    return c >= 'a' && c <= 'f' ? c - 'a' + 10 : -1;
 }
 
 // Returns the byte of the escape "\XX" at that position when it lies above ASCII.
@@ -67,17 +66,31 @@ bool IsForbiddenInLocalName(char c) {
            kForbidden.find(c) != std::string_view::npos;
 }
 
+bool IsAllowedInLocalName(std::string_view name) {
+    for (std::size_t at = 0; at < name.size();) {
+        const Character character = CharacterAt(name, at);
+        if (character.broken) return false;
+        if (character.length == 1 && IsForbiddenInLocalName(name[at])) return false;
+        at += character.length;
+    }
+    return true;
+}
+
 // Returns the name as the system looks devices up: before the first dot, without blanks at its end.
 std::string_view DeviceStem(std::string_view name) {
-    const std::string_view stem = name.substr(0, name.find('.'));
-    return stem.substr(0, stem.find_last_not_of(' ') + 1);
+    std::string_view stem = name.substr(0, FindCharacter(name, '.'));
+    while (EndsInCharacter(stem, ' ')) stem.remove_suffix(1);
+    return stem;
 }
 
 bool IsNumberedDevice(std::string_view stem) {
-    if (!StartsWithNoCase(stem, "COM") && !StartsWithNoCase(stem, "LPT")) return false;
-    // The superscript digits one to three of the ANSI code page count as digits, too.
-    constexpr std::string_view kDigits = "0123456789\xb9\xb2\xb3";
-    return stem.size() == 4 && kDigits.find(stem[3]) != std::string_view::npos;
+    const auto port = PrefixLengthNoCase(stem, "COM");
+    const auto length = port ? port : PrefixLengthNoCase(stem, "LPT");
+    if (!length) return false;
+    const std::string_view number = stem.substr(*length);
+    if (number.size() == 1 && number[0] >= '0' && number[0] <= '9') return true;
+    const std::vector<std::string>& digits = InstalledCodePage().deviceDigits;
+    return std::find(digits.begin(), digits.end(), number) != digits.end();
 }
 
 bool IsDeviceName(std::string_view name) {
@@ -101,9 +114,10 @@ std::string EntryDN(std::string_view attribute, std::string_view name, std::stri
 std::string PathToDN(std::string_view path, const NamingAttributes& attributes) {
     std::string rest = ResolveParentSteps(RemoveTrailingBackslash(path));
     std::string dn;
-    for (std::size_t at = rest.rfind('\\'); at != std::string::npos; at = rest.rfind('\\')) {
+    for (std::size_t at = FindLastSeparator(rest); at != std::string::npos;
+         at = FindLastSeparator(rest)) {
         const std::string name = rest.substr(at + 1);
-        const bool isFile = name.find('.') != std::string::npos;
+        const bool isFile = FindCharacter(name, '.') != std::string::npos;
         dn.append(isFile ? attributes.file : attributes.folder).append("=").append(name);
         dn.push_back(',');
         rest.resize(at);
@@ -115,7 +129,8 @@ std::optional<EntryName> SplitFirstComponent(std::string_view component,
                                              const NamingAttributes& attributes,
                                              FileExtension extension) {
     std::optional<std::string> name = WithoutPrefix(component, attributes.file + "=");
-    bool isFolder = name && attributes.AreTheSame() && name->find('.') == std::string::npos;
+    bool isFolder =
+        name && attributes.AreTheSame() && FindCharacter(*name, '.') == std::string::npos;
     if (!name) {
         name = WithoutPrefix(component, attributes.folder + "=");
         isFolder = true;
@@ -139,7 +154,7 @@ std::string DecodeNonAsciiEscapes(std::string_view component,
     std::string decoded;
     for (std::size_t at = 0; at < component.size();) {
         const std::string run = EscapedRunAt(component, at);
-        const std::size_t length = std::max<std::size_t>(3 * run.size(), 1);
+        const std::size_t length = run.empty() ? CharacterLength(component, at) : 3 * run.size();
         const std::optional<std::string> text = run.empty() ? std::nullopt : convert(run);
         decoded.append(text ? *text : std::string(component.substr(at, length)));
         at += length;
@@ -148,8 +163,8 @@ std::string DecodeNonAsciiEscapes(std::string_view component,
 }
 
 bool IsSafeLocalName(std::string_view name) {
-    if (name.empty() || name.back() == '.' || name.back() == ' ') return false;
-    return std::none_of(name.begin(), name.end(), IsForbiddenInLocalName) && !IsDeviceName(name);
+    if (name.empty() || EndsInCharacter(name, '.') || EndsInCharacter(name, ' ')) return false;
+    return IsAllowedInLocalName(name) && !IsDeviceName(name);
 }
 
 std::string UnsafeNamesText(std::uint32_t count) {
@@ -163,9 +178,8 @@ std::string ServerKey(std::string_view host, std::uint32_t port) {
     // An object's name has at most 259 characters, 30 of which precede the key; a backslash in it
     // would stand for a folder of objects.
     constexpr std::size_t kLongestKey = 259 - 30;
-    std::string key = ToLower(host).append(":").append(std::to_string(port)).substr(0, kLongestKey);
-    std::replace(key.begin(), key.end(), '\\', '/');
-    return key;
+    const std::string key = ToLower(host).append(":").append(std::to_string(port));
+    return ReplaceAllNoCase(CutToBytes(key, kLongestKey), "\\", "/");
 }
 
 }  // namespace depot

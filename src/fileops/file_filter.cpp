@@ -16,7 +16,7 @@ ListingRequest MakeListingRequest(std::string_view path, std::string_view filter
     ListingRequest request;
     request.filter = filterInPath ? ToLower(NamePart(path)) : ToLower(filter);
     request.folder = filterInPath ? FolderPart(path) : std::string(path);
-    if (filterInPath && request.folder.find('\\') == std::string::npos) {
+    if (filterInPath && FindSeparator(request.folder) == std::string::npos) {
         request.folder = EnsureTrailingBackslash(request.folder);
     }
     if (!request.folder.empty() && !subPath.empty()) {
@@ -27,7 +27,7 @@ ListingRequest MakeListingRequest(std::string_view path, std::string_view filter
 
 bool PassesFilter(std::string_view name, std::string_view filter) {
     if (filter == kEveryFile) return true;
-    return filter.find(ToLower(ExtensionPart(name))) != std::string_view::npos;
+    return FindText(filter, ToLower(ExtensionPart(name))) != std::string_view::npos;
 }
 
 std::vector<bool> SurvivorsOfTypeFilter(const std::vector<bool>& wanted) {

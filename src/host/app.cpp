@@ -5,12 +5,12 @@
 #include "host/resource_library.h"
 #include "manager/standard_folders.h"
 #include "model/localization.h"
-#include "platform/ansi_case.h"
+#include "platform/system_code_page.h"
 
 namespace depot {
 
 BOOL CDepotIntrApp::InitInstance() {
-    InstallAnsiCaseTable();
+    InstallSystemCodePage();
     InstallLocalization({CurrentLanguageCode, ResourceText});
     InstallCredentialsPrompt(&credentialsDialog_);
     // Kept: the library stays usable without its texts.

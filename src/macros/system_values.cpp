@@ -1,6 +1,7 @@
 #include "macros/system_values.h"
 
 #include "macros/shell_folders.h"
+#include "platform/code_page.h"
 #include "platform/paths.h"
 
 namespace depot {
@@ -36,7 +37,7 @@ std::optional<std::string> SystemFolder(const MacroContext& context) {
 
 std::optional<std::string> WindowsDrive(const MacroContext& context) {
     const std::string folder = context.system.WindowsFolder();
-    const std::size_t colon = folder.find(':');
+    const std::size_t colon = FindCharacter(folder, ':');
     return colon == std::string::npos ? folder : folder.substr(0, colon + 1);
 }
 

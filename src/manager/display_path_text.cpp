@@ -13,7 +13,7 @@ std::string DisplayPrefix(std::string_view name) {
 
 bool MatchesPrefix(std::string_view path, std::string_view prefix) {
     if (prefix.empty()) return false;
-    if (path.find('\\') != std::string_view::npos) return StartsWithNoCase(path, prefix);
+    if (FindSeparator(path) != std::string_view::npos) return StartsWithNoCase(path, prefix);
     return StartsWithNoCase(EnsureTrailingBackslash(std::string(path)), prefix);
 }
 
@@ -23,8 +23,8 @@ std::string CompleteBareName(const std::string& path, const std::string& prefix)
 }
 
 std::string FolderDisplayPath(std::string_view displayName, std::string_view fileName) {
-    const std::string_view relative = fileName.substr(fileName.rfind('>') + 1);
-    const std::size_t backslash = relative.rfind('\\');
+    const std::string_view relative = fileName.substr(FindLastCharacter(fileName, '>') + 1);
+    const std::size_t backslash = FindLastSeparator(relative);
     std::string path = std::string("<").append(displayName).append(">");
     if (backslash != std::string_view::npos) path.append(relative, 0, backslash);
     return EnsureTrailingBackslash(path);
@@ -32,9 +32,9 @@ std::string FolderDisplayPath(std::string_view displayName, std::string_view fil
 
 DisplayPathParts SplitDisplayPath(std::string_view displayPath) {
     DisplayPathParts parts;
-    const std::size_t backslash = displayPath.find('\\');
+    const std::size_t backslash = FindSeparator(displayPath);
     if (backslash != std::string_view::npos) parts.relative = displayPath.substr(backslash + 1);
-    std::string_view name = displayPath.substr(0, displayPath.rfind('>'));
+    std::string_view name = displayPath.substr(0, FindLastCharacter(displayPath, '>'));
     name.remove_prefix(std::min(name.find_first_not_of('<'), name.size()));
     parts.depotName = name;
     return parts;

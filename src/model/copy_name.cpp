@@ -3,18 +3,16 @@
 #include <algorithm>
 #include <vector>
 
+#include "platform/code_page.h"
+
 namespace depot {
 namespace {
 
 constexpr char kCounter[] = " (%d)";
 
 std::vector<std::string_view> SplitAtParentheses(std::string_view name) {
-    std::vector<std::string_view> tokens;
-    for (std::size_t start = 0; start <= name.size();) {
-        const std::size_t end = std::min(name.find('(', start), name.size());
-        if (end > start) tokens.push_back(name.substr(start, end - start));
-        start = end + 1;
-    }
+    std::vector<std::string_view> tokens = SplitAtAny(name, "(");
+    std::erase(tokens, std::string_view());
     return tokens;
 }
 
@@ -28,20 +26,26 @@ bool IsPositiveNumber(std::string_view text) {
     return std::any_of(text.begin(), end, [](char digit) { return digit != '0'; });
 }
 
+std::string_view WithoutLastCharacter(std::string_view text) {
+    return text.empty() ? text : CutToBytes(text, text.size() - 1);
+}
+
 // Copies `format`, giving each two-character percent sequence to `replace`, which returns whether
 // it appended something for the letter.
 template <class Replace>
 std::string FormatPercents(std::string_view format, const Replace& replace) {
     std::string result;
-    for (std::size_t index = 0; index < format.size(); ++index) {
-        const bool sequence = format[index] == '%' && index + 1 < format.size();
+    for (std::size_t index = 0; index < format.size();) {
+        const std::size_t length = CharacterLength(format, index);
+        const bool sequence = length == 1 && format[index] == '%' && index + 1 < format.size();
         if (sequence && format[index + 1] == '%') {
             result.push_back('%');
-            ++index;
+            index += 2;
         } else if (sequence && replace(format[index + 1], result)) {
-            ++index;
+            index += 2;
         } else {
-            result.push_back(format[index]);
+            result.append(format, index, length);
+            index += length;
         }
     }
     return result;
@@ -55,7 +59,7 @@ CounterTemplate BuildCounterTemplate(std::string_view name) {
     if (tokens.size() < 2) return result;
     result.text = tokens.front();
     for (auto token = tokens.begin() + 1; token != tokens.end(); ++token) {
-        const std::size_t close = token->find(')');
+        const std::size_t close = FindCharacter(*token, ')');
         const bool counter = !result.hasCounter && close != std::string_view::npos && close > 0 &&
                              IsPositiveNumber(token->substr(0, close));
         result.text.append(counter ? "(%d" : "(");
@@ -83,7 +87,7 @@ std::string FormatTexts(std::string_view format, std::string_view first, std::st
 }
 
 std::string MakeDashCopyName(std::string_view name, int number, std::string_view format) {
-    const std::size_t dot = name.rfind('.');
+    const std::size_t dot = FindLastCharacter(name, '.');
     const std::string_view base = dot == std::string_view::npos ? "" : name.substr(0, dot);
     const std::string_view extension = name.substr(base.size());
     if (number < 2) return FormatTexts(format, base, extension);
@@ -100,13 +104,15 @@ std::string MakePrefixCopyName(std::string_view name, int number, std::string_vi
     if (counter.hasCounter) return FormatCounter(counter.text, std::max(number, 2));
     if (number == 1) return FormatTexts(format, "", name);
     // The blank before the first argument does not belong to the prefix.
-    const std::size_t percent = std::min(format.find('%'), format.size());
-    const std::string_view prefix = format.substr(0, percent == 0 ? 0 : percent - 1);
-    // A prefix that is not found counts as one character before the name.
-    const std::size_t end = std::min(name.find(prefix) + prefix.size(), name.size());
-    std::string result(name.substr(0, end));
+    const std::string_view prefix =
+        WithoutLastCharacter(format.substr(0, FindCharacter(format, '%')));
+    // A prefix that is not found counts as one byte before the name.
+    const std::size_t place = std::min(FindText(name, prefix) + prefix.size(), name.size());
+    const std::string_view front = CutToBytes(name, place);
+    const std::string_view rest = name.substr(front.size());
+    std::string result(front);
     result.append(FormatCounter(" (%d) ", number));
-    return result.append(name.substr(std::min(end + 1, name.size())));
+    return result.append(rest.empty() ? rest : rest.substr(CharacterLength(rest, 0)));
 }
 
 std::optional<std::string> FindFreeCopyName(

@@ -27,7 +27,7 @@ ULONG LDAPAPI MapToServerDown(ULONG) {
 
 // Without a folder the system would go looking for the library where others may put files.
 HMODULE LoadFrom(const std::string& path) {
-    return path.find('\\') == std::string::npos ? nullptr : LoadLibraryA(path.c_str());
+    return FindSeparator(path) == std::string::npos ? nullptr : LoadLibraryA(path.c_str());
 }
 
 // Loading and freeing the library for every connection would take longer than the connection: the

@@ -2,6 +2,7 @@
 
 #include <memory>
 
+#include "platform/code_page.h"
 #include "platform/user_notice.h"
 
 namespace depot {
@@ -44,8 +45,8 @@ void Deliver(const std::string& message, const char* title, std::string* text, H
 void FormatErrorText(DWORD error, const char* lead, const char* title, std::string* text,
                      HWND owner) {
     const std::string message = ComposeMessage(error, lead != nullptr ? lead : "");
-    Deliver(message.substr(0, kErrorTextBytes - 1), title != nullptr ? title : "Error", text,
-            owner);
+    Deliver(std::string(CutToBytes(message, kErrorTextBytes - 1)),
+            title != nullptr ? title : "Error", text, owner);
 }
 
 void ReportErrorText(DWORD error, const char* lead, const char* title, std::string* text) {

@@ -1,7 +1,9 @@
 #include "platform/macro_cache.h"
 
-#include <algorithm>
 #include <cstring>
+#include <string_view>
+
+#include "platform/code_page.h"
 
 namespace depot {
 namespace {
@@ -16,7 +18,8 @@ std::string SlotText(const MacroSlot& slot) {
 
 void FillSlot(MacroSlot& slot, const std::string& text) {
     std::memset(slot, 0, sizeof(slot));
-    std::memcpy(slot, text.data(), std::min(text.size(), sizeof(slot) - 1));
+    const std::string_view fits = CutToBytes(text, sizeof(slot) - 1);
+    std::memcpy(slot, fits.data(), fits.size());
 }
 
 MacroCacheHolder::MacroCacheHolder(std::uint32_t shared, const std::string& name)

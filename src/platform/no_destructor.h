@@ -11,7 +11,7 @@ template <class T>
 class NoDestructor {
 public:
     template <class... Arguments>
-    explicit NoDestructor(Arguments&&... arguments)
+    constexpr explicit NoDestructor(Arguments&&... arguments)
         : object_(std::forward<Arguments>(arguments)...) {}
     // Leaves the object alone.
     ~NoDestructor() {}

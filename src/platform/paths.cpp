@@ -1,10 +1,14 @@
 #include "platform/paths.h"
 
+#include "platform/code_page.h"
+
 namespace depot {
 namespace {
 
+constexpr char kSeparator = '\\';
+
 bool IsSeparator(char c) {
-    return c == '\\' || c == '/';
+    return c == kSeparator || c == '/';
 }
 
 bool IsDriveLetter(char c) {
@@ -13,8 +17,20 @@ bool IsDriveLetter(char c) {
 
 }  // namespace
 
+std::size_t FindSeparator(std::string_view path, std::size_t from) {
+    return FindCharacter(path, kSeparator, from);
+}
+
+std::size_t FindLastSeparator(std::string_view path, std::size_t end) {
+    return FindLastCharacter(path, kSeparator, end);
+}
+
+bool EndsInSeparator(std::string_view path) {
+    return EndsInCharacter(path, kSeparator);
+}
+
 std::string NamePart(std::string_view path) {
-    return std::string(path.substr(path.rfind('\\') + 1));
+    return std::string(path.substr(FindLastSeparator(path) + 1));
 }
 
 std::string FolderPart(std::string_view path) {
@@ -22,33 +38,39 @@ std::string FolderPart(std::string_view path) {
 }
 
 std::string FolderPrefix(std::string_view path) {
-    return std::string(path.substr(0, path.rfind('\\') + 1));
+    return std::string(path.substr(0, FindLastSeparator(path) + 1));
 }
 
 std::string CollapseBackslashes(std::string_view path) {
     std::string collapsed;
-    for (const char character : path) {
-        const bool doubled = character == '\\' && collapsed.size() > 1 && collapsed.back() == '\\';
-        if (!doubled) collapsed += character;
+    bool afterSeparator = false;
+    for (std::size_t at = 0; at < path.size();) {
+        const std::size_t length = CharacterLength(path, at);
+        const bool separator = length == 1 && path[at] == kSeparator;
+        const bool doubled = separator && afterSeparator && collapsed.size() > 1;
+        if (!doubled) collapsed.append(path, at, length);
+        afterSeparator = separator;
+        at += length;
     }
     return collapsed;
 }
 
 std::string ExtensionPart(std::string_view name) {
-    const std::size_t dot = name.rfind('.');
+    const std::size_t dot = FindLastCharacter(name, '.');
     return std::string(dot == std::string_view::npos ? name : name.substr(dot));
 }
 
 std::string JoinPath(std::string_view first, std::string_view second) {
-    if (first.empty() || second.find(':') != std::string_view::npos) return std::string(second);
+    if (first.empty() || FindCharacter(second, ':') != std::string_view::npos)
+        return std::string(second);
     std::string joined(first);
-    if (joined.back() != '\\') joined.push_back('\\');
-    if (second.starts_with('\\')) second.remove_prefix(1);
+    if (!EndsInSeparator(joined)) joined.push_back(kSeparator);
+    if (second.starts_with(kSeparator)) second.remove_prefix(1);
     return joined.append(second);
 }
 
 std::string RemoveTrailingBackslash(std::string_view path) {
-    if (path.ends_with('\\')) path.remove_suffix(1);
+    if (EndsInSeparator(path)) path.remove_suffix(1);
     return std::string(path);
 }
 
@@ -57,15 +79,15 @@ std::string ParentFolder(std::string_view path) {
 }
 
 std::string ParentFolderKeepSlash(std::string_view path) {
-    return std::string(path.substr(0, path.rfind('\\')));
+    return std::string(path.substr(0, FindLastSeparator(path)));
 }
 
 std::string StripExtension(std::string_view name) {
-    return std::string(name.substr(0, name.rfind('.')));
+    return std::string(name.substr(0, FindLastCharacter(name, '.')));
 }
 
 bool IsFileSystemPath(std::string_view path) {
-    return path.find(":\\") == 1 || path.starts_with("\\\\");
+    return path.find(":\\") == 1 ? IsCharacterStart(path, 1) : path.starts_with("\\\\");
 }
 
 bool IsAbsolutePath(std::string_view path) {

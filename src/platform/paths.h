@@ -9,6 +9,13 @@ namespace depot {
 // The longest path, its terminating NUL included, that a fixed path buffer of the system takes.
 inline constexpr std::size_t kMaxPathBytes = 260;
 
+// Return the position of the first separator at or after `from`, where a character begins, or of
+// the last one before `end`; npos when there is none. The one separator of narrow paths is the
+// backslash.
+std::size_t FindSeparator(std::string_view path, std::size_t from = 0);
+std::size_t FindLastSeparator(std::string_view path, std::size_t end = std::string_view::npos);
+bool EndsInSeparator(std::string_view path);
+
 // Returns the text after the last backslash, or the whole text when there is none.
 std::string NamePart(std::string_view path);
 

@@ -4,6 +4,7 @@
 #include <optional>
 #include <vector>
 
+#include "platform/code_page.h"
 #include "platform/handles.h"
 #include "platform/local_file.h"
 #include "platform/private_file.h"
@@ -35,7 +36,7 @@ UniqueHandle CreateNew(const std::string& path) {
 // A name in the same folder. It is as long as the "8.3" names that the longest folder path leaves
 // room for.
 std::string NameBeside(const std::string& path, DWORD number) {
-    const std::size_t separator = path.find_last_of("\\/:");
+    const std::size_t separator = FindLastAnyCharacter(path, "\\/:");
     const std::size_t folder = separator == std::string::npos ? 0 : separator + 1;
     char name[16] = {};
     std::snprintf(name, sizeof(name), "lda%04x.tmp", static_cast<unsigned>(number & 0xFFFF));

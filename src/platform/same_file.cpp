@@ -41,7 +41,7 @@ bool IsInsideFolder(const std::string& path, const std::string& folder) {
     if (!wanted) return false;
     std::string current = RemoveTrailingBackslash(FullPath(path));
     for (;;) {
-        const std::size_t end = current.rfind('\\');
+        const std::size_t end = FindLastSeparator(current);
         if (end == std::string::npos) return false;
         current.resize(end);
         // The root of a drive is a folder only with its backslash.

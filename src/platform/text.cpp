@@ -5,51 +5,100 @@
 namespace depot {
 namespace {
 
-constexpr CaseTable AsciiCaseTable() {
-    CaseTable table{};
-    for (int byte = 0; byte < 256; ++byte) {
-        const bool upper = byte >= 'A' && byte <= 'Z';
-        table[static_cast<std::size_t>(byte)] = static_cast<char>(upper ? byte - 'A' + 'a' : byte);
-    }
-    return table;
+constexpr std::size_t kNowhere = std::string_view::npos;
+
+bool HasOnlySingleBytes() {
+    return InstalledCodePage().kind == CodePageKind::kSingleByte;
 }
 
-CaseTable lowerCase = AsciiCaseTable();
+bool SameByte(const CaseTable& lower, char left, char right) {
+    return lower[static_cast<unsigned char>(left)] == lower[static_cast<unsigned char>(right)];
+}
 
-bool SameLetter(char left, char right) {
-    return LowerCase(left) == LowerCase(right);
+bool EqualBytes(std::string_view left, std::string_view right) {
+    if (left.size() != right.size()) return false;
+    const CaseTable& lower = InstalledCodePage().lower;
+    for (std::size_t at = 0; at < left.size(); ++at) {
+        if (!SameByte(lower, left[at], right[at])) return false;
+    }
+    return true;
+}
+
+// Returns how many bytes of the text equal `find` from `at` on, or nothing.
+std::optional<std::size_t> LengthOfMatch(std::string_view text, std::size_t at,
+                                         std::string_view find) {
+    const std::size_t start = at;
+    for (std::size_t next = 0; next < find.size();) {
+        if (at >= text.size()) return std::nullopt;
+        const Character one = FoldedCharacterAt(text, at);
+        const Character other = FoldedCharacterAt(find, next);
+        if (one.code != other.code) return std::nullopt;
+        at += one.length;
+        next += other.length;
+    }
+    return at - start;
+}
+
+std::optional<TextMatch> FindMatchInBytes(std::string_view text, std::string_view find,
+                                          std::size_t from) {
+    const CaseTable& lower = InstalledCodePage().lower;
+    const auto start = text.begin() + static_cast<std::ptrdiff_t>(from);
+    const auto found =
+        std::search(start, text.end(), find.begin(), find.end(),
+                    [&lower](char left, char right) { return SameByte(lower, left, right); });
+    if (found == text.end()) return std::nullopt;
+    return TextMatch{static_cast<std::size_t>(found - text.begin()), find.size()};
 }
 
 }  // namespace
 
-void InstallCaseTable(const CaseTable& lower) {
-    lowerCase = lower;
-}
-
 char LowerCase(char c) {
-    return lowerCase[static_cast<unsigned char>(c)];
+    return InstalledCodePage().lower[static_cast<unsigned char>(c)];
 }
 
 std::string ToLower(std::string_view text) {
-    std::string lower(text);
-    std::transform(lower.begin(), lower.end(), lower.begin(), LowerCase);
+    std::string lower;
+    if (HasOnlySingleBytes()) {
+        const CaseTable& table = InstalledCodePage().lower;
+        lower = text;
+        for (char& c : lower) c = table[static_cast<unsigned char>(c)];
+        return lower;
+    }
+    lower.reserve(text.size());
+    for (std::size_t at = 0; at < text.size(); at += CharacterLength(text, at)) {
+        AppendCharacter(lower, FoldedCharacterAt(text, at));
+    }
     return lower;
 }
 
 bool EqualsNoCase(std::string_view left, std::string_view right) {
-    return std::equal(left.begin(), left.end(), right.begin(), right.end(), SameLetter);
+    if (!HasOnlySingleBytes()) return LengthOfMatch(left, 0, right) == left.size();
+    return EqualBytes(left, right);
 }
 
 bool StartsWithNoCase(std::string_view text, std::string_view prefix) {
-    return EqualsNoCase(text.substr(0, prefix.size()), prefix);
+    if (!HasOnlySingleBytes()) return LengthOfMatch(text, 0, prefix).has_value();
+    return EqualBytes(text.substr(0, prefix.size()), prefix);
+}
+
+std::optional<std::size_t> PrefixLengthNoCase(std::string_view text, std::string_view prefix) {
+    if (!HasOnlySingleBytes()) return LengthOfMatch(text, 0, prefix);
+    return StartsWithNoCase(text, prefix) ? std::optional(prefix.size()) : std::nullopt;
+}
+
+std::optional<TextMatch> FindMatchNoCase(std::string_view text, std::string_view find,
+                                         std::size_t from) {
+    if (find.empty() || from >= text.size()) return std::nullopt;
+    if (HasOnlySingleBytes()) return FindMatchInBytes(text, find, from);
+    for (std::size_t at = from; at < text.size(); at += CharacterLength(text, at)) {
+        if (const auto length = LengthOfMatch(text, at, find)) return TextMatch{at, *length};
+    }
+    return std::nullopt;
 }
 
 std::size_t FindNoCase(std::string_view text, std::string_view find, std::size_t from) {
-    if (find.empty() || from >= text.size()) return std::string_view::npos;
-    const auto start = text.begin() + static_cast<std::ptrdiff_t>(from);
-    const auto found = std::search(start, text.end(), find.begin(), find.end(), SameLetter);
-    return found == text.end() ? std::string_view::npos
-                               : static_cast<std::size_t>(found - text.begin());
+    const std::optional<TextMatch> match = FindMatchNoCase(text, find, from);
+    return match ? match->start : kNowhere;
 }
 
 std::string ReplaceAllNoCase(std::string_view text, std::string_view find,
@@ -57,16 +106,16 @@ std::string ReplaceAllNoCase(std::string_view text, std::string_view find,
     if (EqualsNoCase(find, replacement)) return std::string(text);
     std::string result;
     std::size_t copied = 0;
-    for (std::size_t found; (found = FindNoCase(text, find, copied)) != std::string_view::npos;
-         copied = found + find.size()) {
-        result.append(text, copied, found - copied);
+    while (const std::optional<TextMatch> match = FindMatchNoCase(text, find, copied)) {
+        result.append(text, copied, match->start - copied);
         result.append(replacement);
+        copied = match->start + match->length;
     }
     return result.append(text.substr(copied));
 }
 
 std::string EnsureTrailingBackslash(std::string text) {
-    if (!text.empty() && text.back() != '\\') text.push_back('\\');
+    if (!text.empty() && !EndsInCharacter(text, '\\')) text.push_back('\\');
     return text;
 }
 
@@ -75,8 +124,9 @@ std::string_view UpToNul(std::string_view text) {
 }
 
 std::string_view TrimTrailingBlanks(std::string_view text) {
-    const std::size_t last = text.find_last_not_of(" \t\r\n\v\f");
-    return text.substr(0, last == std::string_view::npos ? 0 : last + 1);
+    std::size_t end = text.find_last_not_of(" \t\r\n\v\f") + 1;
+    if (!IsCharacterStart(text, end)) ++end;
+    return text.substr(0, end);
 }
 
 }  // namespace depot

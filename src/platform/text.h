@@ -1,30 +1,43 @@
 // Narrow-text helpers that compare and replace without regard to case.
 //
-// Texts are byte strings in the ANSI code page; they are compared byte by byte. Case is folded
-// through a table of 256 entries that starts as plain ASCII; on Windows the component installs the
-// table of the ANSI code page when it is loaded, so that accented letters fold as well.
+// Texts are characters of the ANSI code page and are compared character by character: a match never
+// begins or ends inside of one. Which letters are one in two cases is what the installed
+// description of the code page says (code_page.h).
 #pragma once
 
-#include <array>
+#include <optional>
 #include <string>
 #include <string_view>
 
+#include "platform/code_page.h"
+
 namespace depot {
 
-using CaseTable = std::array<char, 256>;
-
-// Makes `lower` the table by which texts are lower-cased: entry n is the lower case of byte n.
-// Called once, before any other thread uses the component.
-void InstallCaseTable(const CaseTable& lower);
-
+// Returns the lower case of a character that is a single byte; any other byte as it is.
 char LowerCase(char c);
+
+// Lower-cases the letters. Under UTF-8 that may change the length of the text.
 std::string ToLower(std::string_view text);
 
 bool EqualsNoCase(std::string_view left, std::string_view right);
 bool StartsWithNoCase(std::string_view text, std::string_view prefix);
 
-// Returns the position of the first occurrence of `find` at or after `from`, or npos. An empty
-// `find` is found nowhere.
+// Returns how many bytes of the text its beginning that equals `prefix` takes, which may be more or
+// fewer than the prefix has; nothing when the text begins otherwise.
+std::optional<std::size_t> PrefixLengthNoCase(std::string_view text, std::string_view prefix);
+
+// Where a text was found, and how many bytes it takes there.
+struct TextMatch {
+    std::size_t start;
+    std::size_t length;
+};
+
+// Finds the first occurrence of `find` at or after `from`, which is where a character begins. An
+// empty `find` is found nowhere.
+std::optional<TextMatch> FindMatchNoCase(std::string_view text, std::string_view find,
+                                         std::size_t from = 0);
+
+// The position alone, or npos.
 std::size_t FindNoCase(std::string_view text, std::string_view find, std::size_t from = 0);
 
 // Replaces every occurrence of `find`, in any letter case, by `replacement` as given; the search

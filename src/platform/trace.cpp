@@ -45,7 +45,7 @@ void WriteTraceLine(const std::string& line) {
 }
 
 std::string Printable(std::string_view text) {
-    std::string printable(text.substr(0, kSubjectLimit));
+    std::string printable(CutToBytes(text, kSubjectLimit));
     std::replace_if(
         printable.begin(), printable.end(),
         [](char character) { return static_cast<unsigned char>(character) < ' '; }, '?');

@@ -13,6 +13,17 @@ std::wstring Widen(UINT codePage, std::string_view text) {
     return wide;
 }
 
+std::optional<std::wstring> ExactWiden(UINT codePage, std::string_view text) {
+    if (text.empty()) return std::wstring();
+    std::wstring wide(text.size(), L'\0');
+    const int bytes = static_cast<int>(text.size());
+    const int length =
+        MultiByteToWideChar(codePage, MB_ERR_INVALID_CHARS, text.data(), bytes, wide.data(), bytes);
+    if (length == 0) return std::nullopt;
+    wide.resize(static_cast<std::size_t>(length));
+    return wide;
+}
+
 std::string Narrow(UINT codePage, std::wstring_view text) {
     const int length = static_cast<int>(text.size());
     const int bytes =
@@ -40,18 +51,43 @@ std::string AnsiFromWide(std::wstring_view text) {
     return Narrow(CP_ACP, text);
 }
 
+std::wstring WideFromCodePage(unsigned codePage, std::string_view text) {
+    return Widen(codePage, text);
+}
+
 std::optional<std::string> ExactAnsiFromWide(std::wstring_view text) {
-    const int length = static_cast<int>(text.size());
-    // A code page of several bytes has at most this many for one character.
+    return ExactFromWide(GetACP(), text);
+}
+
+std::optional<std::string> ExactFromWide(unsigned codePage, std::wstring_view text) {
+    if (text.empty()) return std::string();
+    // A code page of several bytes has at most this many for one UTF-16 unit.
     constexpr std::size_t kMostBytes = 4;
     std::string narrow(text.size() * kMostBytes, '\0');
-    BOOL lossy = FALSE;
-    const int bytes =
-        WideCharToMultiByte(CP_ACP, WC_NO_BEST_FIT_CHARS, text.data(), length, narrow.data(),
-                            static_cast<int>(narrow.size()), nullptr, &lossy);
-    if (lossy || (bytes == 0 && !text.empty())) return std::nullopt;
+    // With UTF-8 the system takes no flags, and does not report what it replaced.
+    const bool reports = codePage != CP_UTF8;
+    BOOL replaced = FALSE;
+    const int bytes = WideCharToMultiByte(
+        codePage, reports ? WC_NO_BEST_FIT_CHARS : 0, text.data(), static_cast<int>(text.size()),
+        narrow.data(), static_cast<int>(narrow.size()), nullptr, reports ? &replaced : nullptr);
     narrow.resize(static_cast<std::size_t>(bytes));
+    // Some pages hold two characters in one place without reporting it: the yen sign is 0x5C.
+    if (replaced || Widen(codePage, narrow) != text) return std::nullopt;
     return narrow;
+}
+
+std::optional<std::wstring> ExactWideFromAnsi(std::string_view text) {
+    return ExactWiden(CP_ACP, text);
+}
+
+std::optional<std::string> ExactAnsiFromUtf8(std::string_view text) {
+    const std::optional<std::wstring> wide = ExactWiden(CP_UTF8, text);
+    return wide ? ExactAnsiFromWide(*wide) : std::nullopt;
+}
+
+std::optional<std::string> ExactUtf8FromAnsi(std::string_view text) {
+    const std::optional<std::wstring> wide = ExactWiden(CP_ACP, text);
+    return wide ? std::optional(Utf8FromWide(*wide)) : std::nullopt;
 }
 
 }  // namespace depot

@@ -4,6 +4,8 @@
 
 #include <climits>
 
+#include "support/code_pages.h"
+
 namespace depot {
 namespace {
 
@@ -56,6 +58,12 @@ TEST(ChosenFileListTest, LengthOfATextOverSixtyFourKilobytesStartsAgain) {
     const std::string folder(70000, 'f');
     const std::string list = ChosenFileList({folder + "\\a"}, SHRT_MAX);
     EXPECT_EQ(folder + "\0a\0\0"s, list);
+}
+
+TEST(ChosenFileListTest, SecondBytesSeparateNothing) {
+    const test::CodePageScope scope(932);
+    EXPECT_EQ("<W>\\\x95\\\0\x8F\\.kra\0\0"s,
+              ChosenFileList({"<W>\\\x95\\\\\x8F\\.kra"}, SHRT_MAX));
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "support/code_pages.h"
 #include "support/random_text.h"
 
 #include <random>
@@ -154,9 +155,9 @@ TEST(IsSafeLocalNameTest, OrdinaryNamesAreSafe) {
 
 TEST(IsSafeLocalNameTest, NamesThatLeadElsewhereAreNot) {
     for (const char* name :
-         {"",        ".",     "..",       "a\\b",     "..\\a",  "a/b",     "c:a",  "a:stream",
-          "a\nb",    "a\x1f", "a\x7f",    "a*",       "a?",     "con",     "NUL",  "nul.krc",
-          "aux.a.b", "com1",  "LPT9.txt", "con .krc", "conin$", "com\xB9", "prn ", "a.",
+         {"",        ".",     "..",       "a\\b",     "..\\a",  "a/b",  "c:a",  "a:stream",
+          "a\nb",    "a\x1f", "a\x7f",    "a*",       "a?",     "con",  "NUL",  "nul.krc",
+          "aux.a.b", "com1",  "LPT9.txt", "con .krc", "conin$", "com0", "prn ", "a.",
           "a ",      "...",   "a\"",      "<a",       "a>",     "a|b"}) {
         EXPECT_FALSE(IsSafeLocalName(name)) << name;
     }
@@ -203,6 +204,75 @@ TEST(RandomNamesTest, NoNameMakesTheFunctionsGiveWhatTheyMustNot) {
         EXPECT_LE(key.size(), 229u);
         EXPECT_EQ(std::string::npos, key.find('\\'));
     }
+}
+
+TEST(PathToDNTest, SecondBytesSeparateNoNames) {
+    const test::CodePageScope scope(932);
+    EXPECT_EQ("CN=\x95\\.kra,CN=\x97\\\x92\xE8\x95\\,base",
+              PathToDN("base\\\x97\\\x92\xE8\x95\\\\\x95\\.kra", kDefaults));
+    EXPECT_EQ("CN=\x8F\\.kra,base",
+              PathToDN("base\\\x97\\\x92\xE8\x95\\\\..\\\x8F\\.kra", kDefaults));
+    EXPECT_EQ("CN=\x95\\..,base", PathToDN("base\\\x95\\..", kDefaults));
+}
+
+TEST(SplitFirstComponentTest, SecondByteIsNoPartOfAnAttribute) {
+    const test::CodePageScope scope(932);
+    EXPECT_EQ(std::nullopt, SplitFirstComponent("\x83"
+                                                "cn=a",
+                                                kDefaults));
+    EXPECT_EQ(
+        "\x83"
+        "c.kra",
+        SplitFirstComponent("cn=\x83"
+                            "c.kra",
+                            kDefaults)
+            ->name);
+}
+
+TEST(DecodeNonAsciiEscapesTest, SecondByteBeginsNoEscape) {
+    const test::CodePageScope scope(932);
+    const auto keep = [](std::string_view utf8) { return std::optional<std::string>(utf8); };
+    EXPECT_EQ("\x95\\C3\xC3\xA4", DecodeNonAsciiEscapes("\x95\\C3\\C3\\A4", keep));
+}
+
+TEST(IsSafeLocalNameTest, SecondBytesAreNoForbiddenCharacters) {
+    const test::CodePageScope scope(932);
+    // レポート.kra, 表.kra and a name that ends in 表.
+    EXPECT_TRUE(IsSafeLocalName("\x83\x8C\x83|\x81[\x83g.kra"));
+    EXPECT_TRUE(IsSafeLocalName("\x95\\.kra"));
+    EXPECT_TRUE(IsSafeLocalName("\x97\\\x92\xE8\x95\\"));
+    EXPECT_FALSE(IsSafeLocalName("\x83||"));
+    EXPECT_FALSE(IsSafeLocalName("\x95\\\\a"));
+}
+
+TEST(IsSafeLocalNameTest, BrokenCharactersMakeANameUnsafe) {
+    for (const unsigned page : {932u, 936u, 949u, 950u, 65001u}) {
+        SCOPED_TRACE(page);
+        const test::CodePageScope scope(page);
+        EXPECT_FALSE(IsSafeLocalName("a\xE3"));
+        EXPECT_TRUE(IsSafeLocalName("a"));
+    }
+}
+
+TEST(IsSafeLocalNameTest, SuperscriptsNumberDevicesWhereTheCodePageHasThem) {
+    const struct {
+        unsigned page;
+        const char* name;
+        bool safe;
+    } rows[] = {{1252, "com\xB9", false},   {1252, "LPT\xB3.txt", false},  {1252, "com\xB1", true},
+                {932, "com\xB9", true},     {65001, "com\xC2\xB9", false}, {65001, "comX", true},
+                {949, "com\xA9\xF6", false}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        const test::CodePageScope scope(row.page);
+        EXPECT_EQ(row.safe, IsSafeLocalName(row.name));
+    }
+}
+
+TEST(ServerKeyTest, CutHalvesNoCharacterAndSecondBytesStay) {
+    const test::CodePageScope scope(932);
+    EXPECT_EQ("\x95\\/a:1", ServerKey("\x95\\\\A", 1));
+    EXPECT_EQ(std::string(228, 'a'), ServerKey(std::string(228, 'a') + "\x95\\", 1));
 }
 
 }  // namespace

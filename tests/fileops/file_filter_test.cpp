@@ -5,6 +5,8 @@
 
 #include <algorithm>
 
+#include "support/code_pages.h"
+
 namespace depot {
 namespace {
 
@@ -126,6 +128,33 @@ TEST(SurvivorsTest, EveryListOfTenIsLikeRemovingOneByOne) {
 TEST(SurvivorsTest, AMillionItemsAreDoneAtOnce) {
     const std::vector<bool> stays = SurvivorsOfTypeFilter(std::vector<bool>(1'000'000, false));
     EXPECT_EQ(500'000, std::count(stays.begin(), stays.end(), true));
+}
+
+TEST(ListingRequestTest, SecondBytesSeparateNothing) {
+    const test::CodePageScope scope(932);
+    const ListingRequest request = MakeListingRequest("<W>\\\x95\\\\\x8F\\.KRA", "", "", false);
+    EXPECT_EQ("<W>\\\x95\\", request.folder);
+    EXPECT_EQ("\x8F\\.kra", request.filter);
+}
+
+TEST(PassesFilterTest, LettersCompareAsCharacters) {
+    const test::CodePageScope scope(932);
+    EXPECT_FALSE(
+        PassesFilter("x.\x83"
+                     "A",
+                     ".\x83"
+                     "a"));
+    EXPECT_FALSE(
+        PassesFilter("\x83"
+                     "a",
+                     "\x83\x83"
+                     "a"));
+    EXPECT_TRUE(PassesFilter("\x95\\.KRA", ".kra"));
+}
+
+TEST(PassesFilterTest, AccentedExtensionsPassInAnyCaseUnderUtf8) {
+    const test::CodePageScope scope(65001);
+    EXPECT_TRUE(PassesFilter("x.\xC3\x84", ".\xC3\xA4"));
 }
 
 }  // namespace

@@ -2,10 +2,11 @@
 
 #include <algorithm>
 
-#include "fuzz/fuzz_input.h"
+#include "fuzz/fuzz_code_page.h"
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     depot::test::FuzzInput input(data, size);
+    const depot::test::CodePageScope codePage(depot::test::ChosenCodePage(input));
     const auto bound = static_cast<std::int16_t>(input.Number() * 257);
     std::vector<std::string> paths;
     while (!input.Rest().empty()) {

@@ -1,10 +1,11 @@
-#include "fuzz/fuzz_input.h"
+#include "fuzz/fuzz_code_page.h"
 #include "model/copy_name.h"
 
 using namespace depot;
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     test::FuzzInput input(data, size);
+    const test::CodePageScope codePage(test::ChosenCodePage(input));
     const int number = input.Number() * 8421504;
     const std::string format = input.Line();
     const std::string name = input.Rest();

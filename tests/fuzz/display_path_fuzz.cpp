@@ -1,4 +1,4 @@
-#include "fuzz/fuzz_input.h"
+#include "fuzz/fuzz_code_page.h"
 #include "manager/display_path_text.h"
 #include "platform/paths.h"
 #include "platform/text.h"
@@ -7,6 +7,7 @@ using namespace depot;
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     test::FuzzInput input(data, size);
+    const test::CodePageScope codePage(test::ChosenCodePage(input));
     const std::string name = input.Line();
     const std::string replacement = input.Line();
     const std::string path = input.Rest();

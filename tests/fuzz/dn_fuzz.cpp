@@ -1,6 +1,6 @@
 #include "directory/dn.h"
 
-#include "fuzz/fuzz_input.h"
+#include "fuzz/fuzz_code_page.h"
 
 using namespace depot;
 
@@ -16,7 +16,8 @@ void TryNames(const std::string& name, const NamingAttributes& attributes) {
     }
     SplitFirstComponent(name, attributes);
     if (IsSafeLocalName(name)) {
-        test::Require(name.find_first_of("\\/:*?") == std::string::npos && name != "..");
+        test::Require(FindAnyCharacter(name, "\\/:*?") == std::string::npos && name != "..");
+        test::Require(!HasBrokenCharacters(name));
     }
 }
 
@@ -24,6 +25,7 @@ void TryNames(const std::string& name, const NamingAttributes& attributes) {
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     test::FuzzInput input(data, size);
+    const test::CodePageScope codePage(test::ChosenCodePage(input));
     NamingAttributes attributes;
     attributes.folder = input.Line();
     attributes.file = input.Line();

@@ -1,12 +1,13 @@
 #include <algorithm>
 
 #include "fileops/file_filter.h"
-#include "fuzz/fuzz_input.h"
+#include "fuzz/fuzz_code_page.h"
 
 using namespace depot;
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     test::FuzzInput input(data, size);
+    const test::CodePageScope codePage(test::ChosenCodePage(input));
     const std::string filter = input.Line();
     const std::string subPath = input.Line();
     const std::string path = input.Rest();

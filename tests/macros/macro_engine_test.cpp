@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "macros/fake_macro_system.h"
+#include "support/code_pages.h"
 
 namespace depot {
 namespace {
@@ -75,6 +76,12 @@ TEST(RunStepTest, MacroWithoutAValueStays) {
 
 TEST(RunStepTest, RewritingFollowsTheReplacement) {
     EXPECT_EQ("value!", AfterStep({"$A$", CountedValue, AppendMark}, "$A$"));
+}
+
+TEST(ReplaceEveryTest, SecondByteBeginsNoOccurrence) {
+    const test::CodePageScope scope(932);
+    EXPECT_EQ("\x83Program Files", Replaced("\x83Program Files", "Program Files", "x"));
+    EXPECT_EQ("\x83Px", Replaced("\x83PProgram Files", "Program Files", "x"));
 }
 
 }  // namespace

@@ -3,8 +3,8 @@
 #include <gtest/gtest.h>
 
 #include "manager/depot_world.h"
-#include "platform/ansi_case.h"
 #include "platform/text.h"
+#include "support/code_pages.h"
 #include "support/random_text.h"
 
 namespace depot {
@@ -227,7 +227,7 @@ TEST_F(DisplayPathTest, AGivenDepotIsUsedWithoutASearch) {
 }
 
 TEST_F(DisplayPathTest, AccentedNamesMatchInAnyCaseOfTheCodePage) {
-    InstallAnsiCaseTable();
+    const test::CodePageScope scope(GetACP());
     CDepot& depot = world_.Add("\xC9t\xE9", "\xC9t\xE9", "e");
     EXPECT_EQ(&depot, FindDepotHolding(depots_, "<\xE9T\xC9>\\a"));
     EXPECT_EQ(world_.folder.At("e\\a"), DisplayToStorage(depot, "<\xE9T\xC9>\\a"));

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "platform/text.h"
+#include "support/code_pages.h"
 #include "support/random_text.h"
 
 namespace depot {
@@ -146,6 +147,37 @@ TEST(SplitDisplayPathTest, RandomDisplayPathsComeApartAsTheyWerePutTogether) {
         ASSERT_TRUE(FolderDisplayPath(name, text).starts_with("<" + name + ">"));
         ASSERT_TRUE(FolderDisplayPath(name, text).ends_with('\\'));
     }
+}
+
+TEST(MatchesPrefixTest, DepotsOfDifferentCharactersStayApart) {
+    const test::CodePageScope scope(932);
+    // ア and ヂ, whose second bytes are A and a.
+    EXPECT_FALSE(
+        MatchesPrefix("<\x83"
+                      "A>\\x",
+                      DisplayPrefix("\x83"
+                                    "a")));
+    EXPECT_TRUE(
+        MatchesPrefix("<\x83"
+                      "A>\\X",
+                      DisplayPrefix("\x83"
+                                    "A")));
+    // 表 holds no separator: the bare name gets its own.
+    EXPECT_TRUE(MatchesPrefix("<\x95\\>", DisplayPrefix("\x95\\")));
+}
+
+TEST(MatchesPrefixTest, AccentedNamesMatchInAnyCaseUnderUtf8) {
+    const test::CodePageScope scope(65001);
+    EXPECT_TRUE(MatchesPrefix("<\xC3\x84>\\x", DisplayPrefix("\xC3\xA4")));
+}
+
+TEST(DisplayPathTextTest, SecondBytesSeparateNothing) {
+    const test::CodePageScope scope(932);
+    EXPECT_EQ("<W>\\\x95\\\\", FolderDisplayPath("W", "<W>\\\x95\\\\\x8F\\.kra"));
+    EXPECT_EQ("<W>\\", FolderDisplayPath("W", "<W>\x95\\"));
+    const DisplayPathParts parts = SplitDisplayPath("<\x95\\>\\\x8F\\\\x");
+    EXPECT_EQ("\x95\\", parts.depotName);
+    EXPECT_EQ("\x8F\\\\x", parts.relative);
 }
 
 }  // namespace

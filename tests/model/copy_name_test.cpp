@@ -4,6 +4,9 @@
 
 #include <random>
 
+#include "support/code_pages.h"
+#include "support/random_text.h"
+
 namespace depot {
 namespace {
 
@@ -165,6 +168,52 @@ TEST(FindFreeCopyNameTest, EachNameIsMadeFromTheOneBefore) {
                          return name != "Plan (4).kra";
                      });
     EXPECT_EQ("Plan (2).kra|Plan (2).kra|Plan (3).kra|Plan (4).kra|", asked);
+}
+
+TEST(MakeCopyNameTest, JapaneseNamesCountUpLikeOthers) {
+    const test::CodePageScope scope(932);
+    // コピー %s～ %s and %s - コピー%s, for 表.kra.
+    const std::string prefix = "\x83R\x83s\x81[ %s\x81` %s", dash = "%s - \x83R\x83s\x81[%s";
+    const std::string name = "\x95\\.kra", copy = "\x83R\x83s\x81[";
+    EXPECT_EQ(copy + " \x81` " + name + "|" + copy + " (2) \x81` " + name + "|" + copy +
+                  " (3) \x81` " + name + "|",
+              Sequence(name, 3, MakePrefixCopyName, prefix.c_str()));
+    EXPECT_EQ("\x95\\ - " + copy + ".kra|\x95\\ - " + copy + " (2).kra|",
+              Sequence(name, 2, MakeDashCopyName, dash.c_str()));
+}
+
+TEST(MakePrefixCopyNameTest, MissingPrefixHalvesNoCharacter) {
+    const test::CodePageScope scope(932);
+    // Three bytes before the number would end inside of the second character.
+    EXPECT_EQ("\x95\\ (2) \x95\\", MakePrefixCopyName("\x95\\\x95\\\x95\\", 2, kPrefix));
+    // A format without a blank before its first text loses a whole character.
+    EXPECT_EQ("a\x95\\ (2) ", MakePrefixCopyName("a\x95\\b", 2, "a\x95\\\x83R%s%s"));
+    EXPECT_EQ("a (2) b", MakePrefixCopyName("a\x95\\b", 2, "a\x95\\%s%s"));
+}
+
+TEST(MakeCopyNameTest, NoCharacterIsHalvedInAnyCodePage) {
+    for (const unsigned page : test::kCodePages) {
+        SCOPED_TRACE(page);
+        const test::CodePageScope scope(page);
+        test::RandomTexts random(page);
+        const std::vector<std::string> pieces = {test::Encoded(page, u"\u8868"),
+                                                 test::Encoded(page, u"\u00C4"),
+                                                 "a",
+                                                 ".",
+                                                 "(2)",
+                                                 "(",
+                                                 "%",
+                                                 "s",
+                                                 " ",
+                                                 "\\"};
+        for (int round = 0; round < 2000; ++round) {
+            const std::string name = random.Pieces(8, pieces), format = random.Pieces(8, pieces);
+            SCOPED_TRACE(testing::PrintToString(name) + " " + testing::PrintToString(format));
+            const int number = static_cast<int>(random.Below(4));
+            ASSERT_FALSE(HasBrokenCharacters(MakePrefixCopyName(name, number, format)));
+            ASSERT_FALSE(HasBrokenCharacters(MakeDashCopyName(name, number, format)));
+        }
+    }
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "support/box_watcher.h"
+#include "support/code_pages.h"
 #include "support/import_patch.h"
 #include "support/leak_counts.h"
 
@@ -103,6 +104,13 @@ TEST(ErrorTextTest, MessageIsCutToItsBound) {
     EXPECT_EQ(nearly + "\n" + SystemText(ERROR_FILE_NOT_FOUND).substr(0, 2),
               Formatted(ERROR_FILE_NOT_FOUND, nearly.c_str()));
     EXPECT_EQ(fit, Formatted(0, std::string(100000, 'x').c_str()));
+}
+
+TEST(ErrorTextTest, CutHalvesNoCharacter) {
+    const test::CodePageScope scope(932);
+    const std::string nearly(kErrorTextBytes - 2, 'x');
+    EXPECT_EQ(nearly, Formatted(0, (nearly + "\x95\\").c_str()));
+    EXPECT_EQ(nearly.substr(1) + "\x95\\", Formatted(0, (nearly.substr(1) + "\x95\\y").c_str()));
 }
 
 TEST(ErrorTextTest, TextIsReportedWithoutABox) {

@@ -4,6 +4,7 @@
 
 #include <cstring>
 
+#include "support/code_pages.h"
 #include "support/import_patch.h"
 #include "support/leak_counts.h"
 #include "support/mapped_memory.h"
@@ -37,6 +38,13 @@ TEST(MacroSlotTest, TextIsCutToTheSlotAndTheRestIsZero) {
     EXPECT_EQ(fit, SlotText(slot));
     EXPECT_EQ(fit + '\0', Filled(slot, fit + "y"));
     EXPECT_EQ(fit + '\0', Filled(slot, std::string(100000, 'x')));
+}
+
+TEST(MacroSlotTest, CutHalvesNoCharacter) {
+    MacroSlot slot;
+    const test::CodePageScope scope(65001);
+    const std::string nearly(517, 'x');
+    EXPECT_EQ(nearly + std::string(3, '\0'), Filled(slot, nearly + "\xE8\xA1\xA8"));
 }
 
 TEST(MacroSlotTest, TextWithoutNulEndsWithTheSlot) {

@@ -2,11 +2,14 @@
 
 #include <gtest/gtest.h>
 
+#include "platform/code_page.h"
+#include "support/code_pages.h"
 #include "support/random_text.h"
 
 namespace depot {
 namespace {
 
+using test::CodePageScope;
 using test::RandomTexts;
 
 struct Row {
@@ -149,6 +152,60 @@ TEST(IsAbsolutePathTest, DevicesAndHalfServersAreNotAbsolute) {
                              "\\\\?", "\\\\?\\", "\\\\?a\\b", "\\??\\C:\\a", "NUL"}) {
         SCOPED_TRACE(path);
         EXPECT_FALSE(IsAbsolutePath(path));
+    }
+}
+
+TEST(FindSeparatorTest, FirstAndLastAreFoundWithinBounds) {
+    EXPECT_EQ(2u, FindSeparator("C:\\a\\b"));
+    EXPECT_EQ(4u, FindSeparator("C:\\a\\b", 3));
+    EXPECT_EQ(4u, FindLastSeparator("C:\\a\\b"));
+    EXPECT_EQ(2u, FindLastSeparator("C:\\a\\b", 4));
+    EXPECT_TRUE(EndsInSeparator("C:\\"));
+    EXPECT_FALSE(EndsInSeparator("C:"));
+    EXPECT_FALSE(EndsInSeparator(""));
+}
+
+// C:\予定表\ソ.十, whose second bytes are backslashes.
+constexpr char kFolder[] = "C:\\\x97\\\x92\xE8\x95\\";
+constexpr char kName[] = "\x83\\.\x8F\\";
+
+TEST(PathsTest, SecondBytesSeparateNothing) {
+    const CodePageScope scope(932);
+    const std::string folder = kFolder, name = kName, path = folder + "\\" + name;
+    EXPECT_EQ(path, JoinPath(folder, name));
+    EXPECT_EQ(path, JoinPath(folder + "\\", "\\" + name));
+    EXPECT_EQ(name, NamePart(path));
+    EXPECT_EQ(folder, FolderPart(path));
+    EXPECT_EQ(folder + "\\", FolderPrefix(path));
+    EXPECT_EQ(folder, ParentFolder(path + "\\"));
+    EXPECT_EQ("C:", ParentFolder(folder));
+    EXPECT_EQ(".\x8F\\", ExtensionPart(path));
+    EXPECT_EQ(folder + "\\\x83\\", StripExtension(path));
+    EXPECT_EQ(folder, RemoveTrailingBackslash(folder));
+    EXPECT_EQ(folder, RemoveTrailingBackslash(folder + "\\"));
+    EXPECT_EQ(path, CollapseBackslashes(folder + "\\\\" + name));
+}
+
+TEST(CollapseBackslashesTest, OnlyTwoAtTheBeginningStay) {
+    ExpectRows(CollapseBackslashes, {{"\\\\server\\\\share", "\\\\server\\share"},
+                                     {"C:\\\\a\\\\\\b", "C:\\a\\b"},
+                                     {"\\\\\\a", "\\\\a"},
+                                     {"\\", "\\"},
+                                     {"", ""}});
+}
+
+TEST(PathsTest, RandomCharactersAreTakenApartAndPutTogetherAgain) {
+    const std::vector<std::string> pieces = {"\x95\\", "\x83|", "\xB1", "\\", ".", "a", ":"};
+    const CodePageScope scope(932);
+    RandomTexts random(0x5EED05);
+    for (int round = 0; round < 5000; ++round) {
+        const std::string path = random.Pieces(12, pieces);
+        SCOPED_TRACE(testing::PrintToString(path));
+        ASSERT_EQ(path, FolderPrefix(path) + NamePart(path));
+        ASSERT_FALSE(HasBrokenCharacters(FolderPart(path)) || HasBrokenCharacters(NamePart(path)));
+        ASSERT_FALSE(HasBrokenCharacters(ParentFolder(path)));
+        ASSERT_FALSE(HasBrokenCharacters(StripExtension(path)));
+        ASSERT_EQ(NamePart(path), NamePart(JoinPath("C:\\\x95\\", NamePart(path))));
     }
 }
 

@@ -2,11 +2,14 @@
 
 #include <gtest/gtest.h>
 
+#include "support/code_pages.h"
 #include "support/random_text.h"
 
 namespace depot {
 namespace {
 
+using test::CodePageScope;
+using test::Encoded;
 using test::RandomTexts;
 
 constexpr std::size_t kNowhere = std::string::npos;
@@ -22,7 +25,7 @@ std::string ReplacedStepByStep(std::string text, const std::string& find,
     return text;
 }
 
-TEST(LowerCaseTest, OnlyTheAsciiCapitalsChangeWithoutAnInstalledTable) {
+TEST(LowerCaseTest, OnlyTheAsciiCapitalsChangeWithoutAnInstalledCodePage) {
     for (int byte = 0; byte < 256; ++byte) {
         SCOPED_TRACE(byte);
         const bool capital = byte >= 'A' && byte <= 'Z';
@@ -31,24 +34,50 @@ TEST(LowerCaseTest, OnlyTheAsciiCapitalsChangeWithoutAnInstalledTable) {
     }
 }
 
-TEST(ToLowerTest, EveryByteIsLoweredOnItsOwn) {
+TEST(ToLowerTest, EveryCharacterIsLoweredOnItsOwn) {
     EXPECT_EQ("", ToLower(""));
     EXPECT_EQ("<work>\\sub\\\xC4 1[", ToLower("<WORK>\\Sub\\\xC4 1["));
     EXPECT_EQ(std::string("a\0b", 3), ToLower(std::string_view("A\0B", 3)));
 }
 
-TEST(InstallCaseTableTest, ComparisonsFoldByTheInstalledTable) {
-    CaseTable ascii{};
-    for (std::size_t byte = 0; byte < ascii.size(); ++byte) {
-        ascii[byte] = LowerCase(static_cast<char>(byte));
+TEST(ToLowerTest, SecondBytesStayAsTheyAre) {
+    const CodePageScope scope(932);
+    EXPECT_EQ(
+        "\x83\x41\x83\x5C"
+        "a\x82\x81\x95",
+        ToLower("\x83\x41\x83\x5C"
+                "A\x82\x60\x95"));
+}
+
+TEST(ToLowerTest, LettersMayTakeMoreOrFewerBytesUnderUtf8) {
+    const CodePageScope scope(65001);
+    EXPECT_EQ("\xC3\xA4\xE2\xB1\xA5\xC9\xAB", ToLower("\xC3\x84\xC8\xBA\xE2\xB1\xA2"));
+    EXPECT_EQ("\xE8\xA1\xF0\x9F\x98\x80\xC3", ToLower("\xE8\xA1\xF0\x9F\x98\x80\xC3"));
+}
+
+TEST(InstallCodePageTest, ComparisonsFoldByTheInstalledPage) {
+    {
+        const CodePageScope scope(1252);
+        EXPECT_TRUE(EqualsNoCase("\xC4", "\xE4"));
+        EXPECT_EQ("x\\", ReplaceAllNoCase("<\xE4>\\", "<\xC4>\\", "x\\"));
     }
-    CaseTable accents = ascii;
-    accents[0xC4] = '\xE4';
-    InstallCaseTable(accents);
-    EXPECT_TRUE(EqualsNoCase("\xC4", "\xE4"));
-    EXPECT_EQ("x\\", ReplaceAllNoCase("<\xE4>\\", "<\xC4>\\", "x\\"));
-    InstallCaseTable(ascii);
     EXPECT_FALSE(EqualsNoCase("\xC4", "\xE4"));
+}
+
+TEST(EqualsNoCaseTest, DifferentCharactersOfEqualBytesInOtherCaseStayApart) {
+    const CodePageScope scope(932);
+    EXPECT_FALSE(EqualsNoCase("<\x83\x41>\\", "<\x83\x61>\\"));
+    EXPECT_TRUE(EqualsNoCase("<\x82\x60>\\A", "<\x82\x81>\\a"));
+    EXPECT_FALSE(EqualsNoCase("\x95", "\x95\\"));
+}
+
+TEST(EqualsNoCaseTest, AccentedLettersAreOneNameUnderUtf8) {
+    const CodePageScope scope(65001);
+    EXPECT_TRUE(EqualsNoCase("\xC3\x84.kra", "\xC3\xA4.KRA"));
+    EXPECT_TRUE(EqualsNoCase("\xC8\xBA", "\xE2\xB1\xA5"));
+    // The composed letter and the letter with a combining accent are two names.
+    EXPECT_FALSE(EqualsNoCase("\xC3\xA4", "a\xCC\x88"));
+    EXPECT_FALSE(EqualsNoCase("\xC3", "\xE3"));
 }
 
 TEST(EqualsNoCaseTest, LengthAndEveryLetterCount) {
@@ -144,6 +173,69 @@ TEST(ReplaceAllNoCaseTest, TextsOfAHundredThousandCharactersAreReplacedWhole) {
     EXPECT_EQ(text, ReplaceAllNoCase(text, "<Home>\\", "C:\\h\\"));
 }
 
+TEST(PrefixLengthNoCaseTest, LengthIsThatOfTheTextsOwnBeginning) {
+    EXPECT_EQ(2u, PrefixLengthNoCase("ABc", "ab"));
+    EXPECT_EQ(std::nullopt, PrefixLengthNoCase("a", "ab"));
+    const CodePageScope scope(65001);
+    EXPECT_EQ(3u, PrefixLengthNoCase("\xE2\xB1\xA5x", "\xC8\xBA"));
+    EXPECT_EQ(2u, PrefixLengthNoCase("\xC8\xBAx", "\xE2\xB1\xA5"));
+}
+
+TEST(StartsWithNoCaseTest, PrefixNeverEndsInsideACharacter) {
+    const CodePageScope scope(932);
+    EXPECT_FALSE(StartsWithNoCase("a\x95\\b", "a\x95"));
+    EXPECT_TRUE(StartsWithNoCase("a\x95\\b", "A\x95\\"));
+}
+
+TEST(FindNoCaseTest, MatchesBeginWithCharacters) {
+    const CodePageScope scope(932);
+    EXPECT_EQ(kNowhere, FindNoCase("\x83"
+                                   "a",
+                                   "A"));
+    EXPECT_EQ(2u, FindNoCase("\x83"
+                             "aa",
+                             "A"));
+    EXPECT_EQ(kNowhere, FindNoCase("\x95\\", "\\"));
+}
+
+TEST(ReplaceAllNoCaseTest, WhatIsReplacedMayDifferInLengthFromWhatIsLookedFor) {
+    const CodePageScope scope(65001);
+    EXPECT_EQ("xyxz", ReplaceAllNoCase("\xE2\xB1\xA5y\xC8\xBAz", "\xC8\xBA", "x"));
+}
+
+TEST(ReplaceAllNoCaseTest, RandomCharactersAreReplacedAsTheyCompare) {
+    for (const unsigned page : test::kCodePages) {
+        SCOPED_TRACE(page);
+        const CodePageScope scope(page);
+        RandomTexts random(page);
+        const std::vector<std::string> pieces = {"\\",
+                                                 "A",
+                                                 "a",
+                                                 "\x83",
+                                                 "\x95",
+                                                 "\xC8",
+                                                 Encoded(page, u"\u8868"),
+                                                 Encoded(page, u"\u30A2"),
+                                                 Encoded(page, u"\u023A"),
+                                                 Encoded(page, u"\u2C65"),
+                                                 Encoded(page, u"\u00C4"),
+                                                 Encoded(page, u"\u00E4")};
+        for (int round = 0; round < 2000; ++round) {
+            const std::string text = random.Pieces(12, pieces);
+            const std::string find = random.Pieces(2, pieces);
+            SCOPED_TRACE(testing::PrintToString(text) + " " + testing::PrintToString(find));
+            ASSERT_EQ(ToLower(text), ToLower(ToLower(text)));
+            ASSERT_TRUE(EqualsNoCase(text, ToLower(text)));
+            const auto match = FindMatchNoCase(text, find);
+            ASSERT_EQ(match.has_value(), ReplaceAllNoCase(text, find, "xyz") != text);
+            if (!match) continue;
+            ASSERT_TRUE(IsCharacterStart(text, match->start));
+            ASSERT_TRUE(IsCharacterStart(text, match->start + match->length));
+            ASSERT_TRUE(EqualsNoCase(text.substr(match->start, match->length), find));
+        }
+    }
+}
+
 TEST(ReplaceAllNoCaseTest, RandomTextsGiveWhatTheRuleGivesStepByStep) {
     RandomTexts random(0x5EED01);
     for (int round = 0; round < 5000; ++round) {
@@ -174,6 +266,11 @@ TEST(EnsureTrailingBackslashTest, OnlyANonEmptyTextGetsOne) {
     EXPECT_EQ("a\\\\", EnsureTrailingBackslash("a\\\\"));
     EXPECT_EQ("\\", EnsureTrailingBackslash("\\"));
     EXPECT_EQ("a/\\", EnsureTrailingBackslash("a/"));
+}
+
+TEST(EnsureTrailingBackslashTest, SecondByteIsNoBackslash) {
+    const CodePageScope scope(932);
+    EXPECT_EQ("C:\\\x97\\\x92\xE8\x95\\\\", EnsureTrailingBackslash("C:\\\x97\\\x92\xE8\x95\\"));
 }
 
 TEST(UpToNulTest, RandomBytesNeverKeepANul) {

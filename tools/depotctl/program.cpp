@@ -7,7 +7,7 @@
 #include "host/language_settings.h"
 #include "manager/standard_folders.h"
 #include "model/localization.h"
-#include "platform/ansi_case.h"
+#include "platform/system_code_page.h"
 #include "platform/user_notice.h"
 
 namespace depot::ctl {
@@ -18,7 +18,7 @@ std::string lastNotice;
 }  // namespace
 
 Program::Program() {
-    InstallAnsiCaseTable();
+    InstallSystemCodePage();
     InstallLocalization({CurrentLanguageCode, ResourceText});
     InstallNoticeReceiver([](const std::string& text) { lastNotice = text; });
     // Only copies take their names from the texts; English ones serve without them.
