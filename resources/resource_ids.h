@@ -15,6 +15,7 @@
 #define IDS_OK 524
 #define IDS_CANCEL 525
 #define IDS_CREDENTIALS_INSTRUCTION 526
+#define IDS_CREDENTIALS_CHARACTERS 527
 
 // The dialog in which a file is chosen.
 #define IDS_BROWSE_OPEN 540

@@ -5,6 +5,7 @@
 #include "depotbrowser/prompt_ids.h"
 #include "depotbrowser/prompt_text.h"
 #include "platform/module_state.h"
+#include "platform/wide_text.h"
 #include "resource_ids.h"
 
 namespace depot {
@@ -34,6 +35,12 @@ int FieldToStartIn(const PromptFields& fields) {
     return fields.userName.empty() ? CONTROL_USER : CONTROL_PASSWORD;
 }
 
+// Moves to a field, selects its text and keeps the default button as it is.
+void StartIn(HWND window, int control) {
+    const HWND field = GetDlgItem(window, control);
+    SendMessageW(window, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(field), TRUE);
+}
+
 void Fill(HWND window, const PromptFields& fields) {
     SetWindowTextW(window, PromptText(IDS_CREDENTIALS_TITLE).c_str());
     for (const LabelledControl& label : kLabels) {
@@ -42,15 +49,29 @@ void Fill(HWND window, const PromptFields& fields) {
     SetDlgItemTextW(window, CONTROL_SERVER, fields.serverName.c_str());
     FillField(window, CONTROL_USER, fields.userName);
     FillField(window, CONTROL_PASSWORD, fields.password);
-    // Moving to a field this way selects its text and keeps the default button as it is.
-    const HWND start = GetDlgItem(window, FieldToStartIn(fields));
-    SendMessageW(window, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(start), TRUE);
+    StartIn(window, FieldToStartIn(fields));
+}
+
+// Returns the first field with a text that cannot be used, or 0.
+int UnusableField(const PromptFields& fields) {
+    if (!fields.onlyAnsi) return 0;
+    if (!ExactAnsiFromWide(fields.userName)) return CONTROL_USER;
+    return ExactAnsiFromWide(fields.password) ? 0 : CONTROL_PASSWORD;
+}
+
+// Explains in place what is wrong and has the user correct it.
+void Refuse(HWND window, int control) {
+    SetDlgItemTextW(window, CONTROL_INSTRUCTION, PromptText(IDS_CREDENTIALS_CHARACTERS).c_str());
+    MessageBeep(MB_ICONERROR);
+    StartIn(window, control);
 }
 
 void Confirm(HWND window, PromptFields& fields) {
-    std::wstring userName = TextOf(GetDlgItem(window, CONTROL_USER));
-    fields.password = TextOf(GetDlgItem(window, CONTROL_PASSWORD));
-    fields.userName = std::move(userName);
+    PromptFields typed = fields;
+    typed.userName = TextOf(GetDlgItem(window, CONTROL_USER));
+    typed.password = TextOf(GetDlgItem(window, CONTROL_PASSWORD));
+    if (const int control = UnusableField(typed)) return Refuse(window, control);
+    fields = std::move(typed);
     EndDialog(window, IDOK);
 }
 

@@ -11,6 +11,8 @@ struct PromptFields {
     std::wstring serverName;
     std::wstring userName;
     std::wstring password;
+    // Whoever asks can use only what the ANSI code page holds; other texts are refused in place.
+    bool onlyAnsi = false;
 };
 
 enum class PromptOutcome { kConfirmed, kCancelled, kNotShown };

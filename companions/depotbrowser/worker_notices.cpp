@@ -28,14 +28,13 @@ public:
         WorkerNotices* const worker = WorkerNotices::OfThisThread();
         if (worker == nullptr) return false;
         PromptFields fields = {WideFromAnsi(credentials.server), WideFromAnsi(credentials.userName),
-                               WideFromAnsi(credentials.password)};
+                               WideFromAnsi(credentials.password), true};
         const PromptOutcome outcome = worker->Mailbox().AskForCredentials(fields);
         if (outcome == PromptOutcome::kNotShown) throw WorkAbandoned();
-        const auto userName = ExactAnsiFromWide(fields.userName);
-        const auto password = ExactAnsiFromWide(fields.password);
-        if (outcome == PromptOutcome::kCancelled || !userName || !password) return false;
-        credentials.userName = *userName;
-        credentials.password = *password;
+        if (outcome == PromptOutcome::kCancelled) return false;
+        // The window confirms only what can be had exactly.
+        credentials.userName = ExactAnsiFromWide(fields.userName).value();
+        credentials.password = ExactAnsiFromWide(fields.password).value();
         return true;
     }
 };

@@ -1,4 +1,6 @@
 // Connecting, binding, asking for credentials and letting go.
+#include <algorithm>
+
 #include "directory/ldap_items.h"
 
 namespace depot {
@@ -7,11 +9,26 @@ namespace {
 // The client's own number for the longest time that sending a request may take.
 constexpr int kSendTimeoutOption = 0x42;
 
+// A day: nobody waits longer, and it is far from what a LONG holds in milliseconds.
+constexpr std::uint32_t kLongestLimit = 24 * 60 * 60;
+
 constexpr std::uint32_t kTlsFromTheStart = 2;
 
-// Why a connection failed, for whoever debugs it: users see the code's own message only.
-void Trace(const char* stage, std::uint32_t code) {
-    OutputDebugStringA((std::string(stage) + std::to_string(code) + "\n").c_str());
+// Returns the code. Why a connection failed is for whoever debugs it: users see the code's own
+// message only.
+std::uint32_t Traced(const char* stage, std::uint32_t code) {
+    if (code != LDAP_SUCCESS) {
+        OutputDebugStringA((std::string(stage) + std::to_string(code) + "\n").c_str());
+    }
+    return code;
+}
+
+bool IsComplete(const Credentials& credentials) {
+    return !credentials.userName.empty() && !credentials.password.empty();
+}
+
+bool IsSameLogOn(const Credentials& one, const Credentials& other) {
+    return one.userName == other.userName && one.password == other.password;
 }
 
 }  // namespace
@@ -23,24 +40,37 @@ int CLDAPItems::Connect(const std::string& host, const std::string& password,
         ReportError(LDAP_SERVER_DOWN, errorText);
         return 0;
     }
-    if (!OpenConnection(host, errorText)) return 0;
-    const std::uint32_t code = Bind(password, userName);
-    if (code != LDAP_SUCCESS) {
-        Trace("ldap_bind ", code);
-        ReportError(code, errorText);
-        return FinishFailedBind(password, userName, errorText);
-    }
-    SetSharedError(code);
-    failedCredentials_.reset();
-    connected_ = 1;
-    return 1;
+    Attempt attempt = {{host, userName, password}};
+    do {
+        const std::uint32_t opened = OpenConnection(attempt.credentials.server);
+        if (opened != LDAP_SUCCESS) {
+            ReportError(opened, errorText);
+            return Disconnect();
+        }
+        const std::uint32_t bound = Bind(attempt.credentials);
+        if (bound == LDAP_SUCCESS) return FinishBind();
+        // No credentials would help there.
+        if (BindsWithoutCredentials()) TurnPromptingOff();
+        ReportError(bound, errorText);
+    } while (FindOtherCredentials(attempt, errorText));
+    return 0;
 }
 
 int CLDAPItems::ConnectLocation(std::string* errorText) {
     return Connect(GetHost(), GetPassword(), GetUserName(), errorText);
 }
 
-bool CLDAPItems::OpenConnection(const std::string& host, std::string* errorText) {
+int CLDAPItems::ConnectQuietly() {
+    if (IsConnected()) return 1;
+    if (!IsUsable()) return Fail(LDAP_SERVER_DOWN, nullptr);
+    const Credentials known = KnownCredentials();
+    const Credentials own = {GetHost(), GetUserName(), GetPassword()};
+    lastError_ = OpenConnection(own.server);
+    if (lastError_ == LDAP_SUCCESS) lastError_ = Bind(IsComplete(known) ? known : own);
+    return lastError_ == LDAP_SUCCESS ? FinishBind() : Disconnect();
+}
+
+std::uint32_t CLDAPItems::OpenConnection(const std::string& host) {
     // Other code may still work on the handle of a bind that failed.
     if (handle_) replacedHandles_.push_back(std::move(handle_));
     char* const server = ClientText(host);
@@ -53,90 +83,97 @@ bool CLDAPItems::OpenConnection(const std::string& host, std::string* errorText)
         const std::uint32_t code = client_.LdapGetLastError();
         // The client gives no reason for an empty host name; without one the failure would be
         // silent.
-        FailStage("ldap_init ", code == LDAP_SUCCESS ? std::uint32_t{LDAP_SERVER_DOWN} : code,
-                  errorText);
-        return false;
+        return Traced("ldap_init ", code == LDAP_SUCCESS ? std::uint32_t{LDAP_SERVER_DOWN} : code);
     }
-    return SetOptions(errorText) && Secure(errorText);
+    std::uint32_t code = SetOptions();
+    if (code == LDAP_SUCCESS) code = ReachServer();
+    return code == LDAP_SUCCESS ? Secure() : code;
 }
 
-bool CLDAPItems::SetOptions(std::string* errorText) {
+std::uint32_t CLDAPItems::SetOptions() {
     ULONG version = location_->version;
     std::uint32_t code =
         client_.ldap_set_option(handle_.get(), LDAP_OPT_PROTOCOL_VERSION, &version);
-    if (code != LDAP_SUCCESS) {
-        FailStage("ldap_set_option PROTOCOL_VERSION ", code, errorText);
-        return false;
-    }
+    if (code != LDAP_SUCCESS) return Traced("ldap_set_option PROTOCOL_VERSION ", code);
     // A referral may lead from a secured server to one that is not.
     if (location_->security != 0) {
         code = client_.ldap_set_option(handle_.get(), LDAP_OPT_REFERRALS, LDAP_OPT_OFF);
-        if (code != LDAP_SUCCESS) {
-            FailStage("ldap_set_option REFERRALS ", code, errorText);
-            return false;
-        }
+        if (code != LDAP_SUCCESS) return Traced("ldap_set_option REFERRALS ", code);
     }
-    const std::uint32_t timeout = location_->connectTimeout;
-    // A server that accepts and then says nothing must not hold a call for ever. Clients that do
-    // not know one of these limits go without it.
-    ULONG seconds = timeout == 0 ? CDepotPath::kDefaultConnectTimeout : timeout;
+    // A server that accepts and then says nothing must not hold a call for ever, but a short
+    // timeout for connecting must not end a long search either. Clients that do not know one of
+    // these limits go without it.
+    ULONG seconds = std::clamp<ULONG>(location_->connectTimeout, CDepotPath::kDefaultConnectTimeout,
+                                      kLongestLimit);
     client_.ldap_set_option(handle_.get(), LDAP_OPT_TIMELIMIT, &seconds);
     client_.ldap_set_option(handle_.get(), kSendTimeoutOption, &seconds);
-    if (timeout == CDepotPath::kDefaultConnectTimeout) return true;
-    l_timeval limit = {static_cast<LONG>(timeout), 0};
-    code = client_.ldap_connect(handle_.get(), &limit);
-    if (code != LDAP_SUCCESS) FailStage("ldap_connect ", code, errorText);
-    return code == LDAP_SUCCESS;
+    return LDAP_SUCCESS;
 }
 
-bool CLDAPItems::Secure(std::string* errorText) {
+std::uint32_t CLDAPItems::ReachServer() {
+    const std::uint32_t timeout = location_->connectTimeout;
+    if (timeout == CDepotPath::kDefaultConnectTimeout) return LDAP_SUCCESS;
+    l_timeval limit = {static_cast<LONG>(std::min(timeout, kLongestLimit)), 0};
+    return Traced("ldap_connect ", client_.ldap_connect(handle_.get(), &limit));
+}
+
+std::uint32_t CLDAPItems::Secure() {
     // Settings of an unknown kind never end in an open connection.
-    if (location_->security == 0 || location_->security == kTlsFromTheStart) return true;
+    if (location_->security == 0 || location_->security == kTlsFromTheStart) return LDAP_SUCCESS;
     ULONG serverCode = LDAP_SUCCESS;
-    const std::uint32_t code =
-        client_.ldap_start_tls_s(handle_.get(), &serverCode, nullptr, nullptr, nullptr);
-    if (code != LDAP_SUCCESS) FailStage("ldap_start_tls ", code, errorText);
-    return code == LDAP_SUCCESS;
+    return Traced("ldap_start_tls ",
+                  client_.ldap_start_tls_s(handle_.get(), &serverCode, nullptr, nullptr, nullptr));
 }
 
-std::uint32_t CLDAPItems::Bind(const std::string& password, const std::string& userName) {
+std::uint32_t CLDAPItems::Bind(const Credentials& credentials) {
+    LDAP* const connection = handle_.get();
     std::uint32_t code = LDAP_SUCCESS;
     switch (location_->authentication) {
         case kAnonymousAuthentication:
-            code = client_.ldap_simple_bind_s(handle_.get(), nullptr, nullptr);
+            code = client_.ldap_simple_bind_s(connection, nullptr, nullptr);
             break;
         case kNegotiateAuthentication:
-            code = client_.ldap_bind_s(handle_.get(), nullptr, nullptr, LDAP_AUTH_NEGOTIATE);
+            code = client_.ldap_bind_s(connection, nullptr, nullptr, LDAP_AUTH_NEGOTIATE);
             break;
         default:
-            return client_.ldap_bind_s(handle_.get(), ClientText(userName), ClientText(password),
-                                       LDAP_AUTH_SIMPLE);
+            code = client_.ldap_bind_s(connection, ClientText(credentials.userName),
+                                       ClientText(credentials.password), LDAP_AUTH_SIMPLE);
     }
-    // No other credentials would help here.
-    if (code != LDAP_SUCCESS) TurnPromptingOff();
-    return code;
+    return Traced("ldap_bind ", code);
 }
 
-int CLDAPItems::FinishFailedBind(const std::string& password, const std::string& userName,
-                                 std::string* errorText) {
-    if (PromptingIsOff()) {
-        // To a simple bind this is the same as a user who cancelled.
-        const bool fixedCredentials = location_->authentication == kAnonymousAuthentication ||
-                                      location_->authentication == kNegotiateAuthentication;
-        if (!fixedCredentials) {
+bool CLDAPItems::BindsWithoutCredentials() const {
+    return location_->authentication == kAnonymousAuthentication ||
+           location_->authentication == kNegotiateAuthentication;
+}
+
+int CLDAPItems::FinishBind() {
+    SetSharedError(LDAP_SUCCESS);
+    connected_ = 1;
+    return 1;
+}
+
+bool CLDAPItems::FindOtherCredentials(Attempt& attempt, std::string* errorText) {
+    if (BindsWithoutCredentials()) return Disconnect() != 0;
+    switch (AskForCredentials(PromptUnlessOff(), &attempt)) {
+        case PromptResult::kCancelled:
+            ReportError(LDAP_USER_CANCELLED, errorText);
+            return false;
+        case PromptResult::kNobodyAsked:
+            // To a simple bind this is the same as a user who cancelled.
             Fail(LDAP_USER_CANCELLED, errorText);
-        }
-        return Disconnect();
+            return Disconnect() != 0;
+        case PromptResult::kNothingAsked:
+            // Nothing but the same failure would follow, again and again.
+            if (attempt.isUnasked) return Disconnect() != 0;
+            attempt.isUnasked = true;
+            break;
+        case PromptResult::kConfirmed:
+            attempt.isUnasked = false;
+            break;
     }
-    if (lastAttempt_) return Disconnect();
-    failedCredentials_ = {userName, password};
-    return PromptAndConnect(errorText);
-}
-
-int CLDAPItems::FailStage(const char* stage, std::uint32_t code, std::string* errorText) {
-    Trace(stage, code);
-    ReportError(code, errorText);
-    return Disconnect();
+    attempt.credentials = {GetHost(), GetUserName(), GetPassword()};
+    return true;
 }
 
 int CLDAPItems::Disconnect() {
@@ -153,32 +190,38 @@ int CLDAPItems::Close() {
 }
 
 int CLDAPItems::PromptAndConnect(std::string* errorText) {
-    if (PromptingIsOff()) return Fail(LDAP_USER_CANCELLED, errorText);
-    const PromptResult answer = AskForCredentials();
-    if (answer == PromptResult::kCancelled) {
-        ReportError(LDAP_USER_CANCELLED, errorText);
-        return 0;
+    switch (AskForCredentials(PromptUnlessOff(), nullptr)) {
+        case PromptResult::kCancelled:
+            ReportError(LDAP_USER_CANCELLED, errorText);
+            return 0;
+        case PromptResult::kNobodyAsked:
+            return Fail(LDAP_USER_CANCELLED, errorText);
+        default:
+            return ConnectLocation(errorText);
     }
-    // Where nothing was asked, nothing but the same failure would follow, again and again.
-    lastAttempt_ = answer == PromptResult::kNothingAsked &&
-                   failedCredentials_ == std::pair(GetUserName(), GetPassword());
-    const int result = ConnectLocation(errorText);
-    lastAttempt_ = false;
-    return result;
 }
 
 int CLDAPItems::PromptForCredentials() {
-    return AskForCredentials() == PromptResult::kCancelled ? 0 : 1;
+    const PromptResult answer = AskForCredentials(Prompt(), nullptr);
+    return answer == PromptResult::kNothingAsked || answer == PromptResult::kConfirmed ? 1 : 0;
 }
 
-CLDAPItems::PromptResult CLDAPItems::AskForCredentials() {
-    if (location_->authentication != kSimpleAuthentication) return PromptResult::kNothingAsked;
-    Credentials credentials = {GetHost(), GetUserName(), GetPassword()};
-    if (credentials.userName.empty()) credentials.userName = GetSharedUserName();
-    if (credentials.password.empty()) credentials.password = GetSharedPassword();
-    if (NothingToAsk(credentials)) return PromptResult::kNothingAsked;
-    CredentialsPrompt* const prompt = Prompt();
-    if (prompt == nullptr || !prompt->Show(credentials)) {
+CredentialsPrompt* CLDAPItems::PromptUnlessOff() {
+    return PromptingIsOff() ? nullptr : Prompt();
+}
+
+CLDAPItems::PromptResult CLDAPItems::AskForCredentials(CredentialsPrompt* prompt,
+                                                       const Attempt* failed) {
+    if (location_->authentication != kSimpleAuthentication) {
+        const bool mayRepeat = failed == nullptr || prompt != nullptr;
+        return mayRepeat ? PromptResult::kNothingAsked : PromptResult::kNobodyAsked;
+    }
+    Credentials credentials = KnownCredentials();
+    const std::optional<Credentials> untried = UntriedCredentials(credentials, failed);
+    if (untried || IsComplete(credentials)) KeepInRecord(untried.value_or(credentials));
+    if (untried) return PromptResult::kNothingAsked;
+    if (prompt == nullptr) return PromptResult::kNobodyAsked;
+    if (!prompt->Show(credentials)) {
         location_->password.clear();
         TurnPromptingOff();
         return PromptResult::kCancelled;
@@ -188,12 +231,35 @@ CLDAPItems::PromptResult CLDAPItems::AskForCredentials() {
     return PromptResult::kConfirmed;
 }
 
-bool CLDAPItems::NothingToAsk(const Credentials& credentials) {
-    if (credentials.userName.empty() || credentials.password.empty()) return false;
+Credentials CLDAPItems::KnownCredentials() {
+    Credentials known = {GetHost(), GetUserName(), GetPassword()};
+    if (known.userName.empty()) known.userName = GetSharedUserName();
+    if (known.password.empty()) known.password = GetSharedPassword();
+    return known;
+}
+
+void CLDAPItems::KeepInRecord(const Credentials& credentials) {
     location_->username = credentials.userName;
     location_->password = credentials.password;
+}
+
+std::optional<Credentials> CLDAPItems::UntriedCredentials(const Credentials& known,
+                                                          const Attempt* failed) {
+    if (!IsComplete(known) || ErrorIsRecorded()) return std::nullopt;
+    if (failed == nullptr) return known;
+    // Another process may have logged on, or failed, while the user read what went wrong here: that
+    // must neither keep the dialog away nor have the same credentials fail again.
+    if (failed->isUnasked) return std::nullopt;
+    const Credentials shared = {known.server, GetSharedUserName(), GetSharedPassword()};
+    for (const Credentials& candidate : {known, shared}) {
+        if (IsComplete(candidate) && !IsSameLogOn(candidate, failed->credentials)) return candidate;
+    }
+    return std::nullopt;
+}
+
+bool CLDAPItems::ErrorIsRecorded() {
     const DirectoryInfo* const info = info_.Access();
-    return info == nullptr || info->lastError == 0;
+    return info != nullptr && info->lastError != LDAP_SUCCESS;
 }
 
 }  // namespace depot

@@ -43,7 +43,8 @@ inline constexpr char kDefaultFileClass[] = "quillonFileBinary";
 inline constexpr char kDefaultContentsAttribute[] = "quillonFileContentsBinary";
 
 // Makes `prompt` the one that every connection asks for credentials from now on; it stays the
-// caller's. With null, as at the beginning, every prompt counts as cancelled.
+// caller's. With null, as at the beginning, nobody can be asked: what would have to be asked fails
+// as if prompting were off, which stays as it is for all other processes.
 void InstallCredentialsPrompt(CredentialsPrompt* prompt);
 
 // The directory access object of one location. Borrows the location's record, or owns a default one
@@ -61,13 +62,18 @@ public:
     CLDAPItems& operator=(const CLDAPItems&) = delete;
 
     // Connects to `host` and binds as the location says. A failure is shown in a message box; after
-    // a failed simple bind the user is asked for credentials, until the user gives up. Any other
-    // failure leaves the object unusable for good: each later attempt fails with code 81.
+    // a failed simple bind the user is asked for credentials, until the user gives up. Credentials
+    // that failed are not tried again unasked. Any other failure leaves the object unusable for
+    // good: each later attempt fails with code 81.
     int Connect(const std::string& host, const std::string& password, const std::string& userName,
                 std::string* errorText);
 
     // The same with the host and the credentials of the location's record.
     int ConnectLocation(std::string* errorText);
+
+    // The same as a probe does it: with what is known of the credentials, asking for nothing. A
+    // failure is not shown, is not recorded for other processes, and leaves the object unusable.
+    int ConnectQuietly();
 
     // Gives the connection up and leaves the object unusable. Always returns 0.
     int Disconnect();
@@ -76,13 +82,15 @@ public:
     // unbind.
     int Close();
 
-    // Asks for credentials and connects with them. Returns 0 with code 88 when the user cancels
-    // (with a message box) or when prompting is off for the server (without one).
+    // Asks for credentials, unless they are known and no error is recorded for the server, and
+    // connects with them. Returns 0 with code 88 when the user cancels (with a message box) or when
+    // there is something to ask while prompting is off for the server (without one).
     int PromptAndConnect(std::string* errorText);
 
     // Makes sure that user name and password of a simple location are known. Returns 1 to go on,
-    // also when nothing had to be asked, and 0 when the user cancelled. A cancelled prompt empties
-    // the record's password and turns prompting for the server off in every process.
+    // also when nothing had to be asked, and 0 when the user cancelled or nobody can be asked. Only
+    // the former empties the record's password and turns prompting for the server off in every
+    // process.
     int PromptForCredentials();
 
     // Stores the code as the last error and, unless it is 0, hands out its text and shows it.
@@ -193,23 +201,36 @@ public:
     void SetPrompt(CredentialsPrompt* prompt) { ownPrompt_ = prompt; }
 
 private:
-    enum class PromptResult { kCancelled, kNothingAsked, kConfirmed };
+    enum class PromptResult { kCancelled, kNobodyAsked, kNothingAsked, kConfirmed };
+    struct Attempt {
+        Credentials credentials;
+        bool isUnasked = false;  // follows a failed one without anything having been shown
+    };
     enum class FolderAddition { kFailed, kWasThere, kAdded };
 
     CredentialsPrompt* Prompt() const;
     UniqueLdap Own(LDAP* connection) const { return UniqueLdap(connection, {&client_}); }
-    bool OpenConnection(const std::string& host, std::string* errorText);
-    bool SetOptions(std::string* errorText);
-    bool Secure(std::string* errorText);
-    std::uint32_t Bind(const std::string& password, const std::string& userName);
-    int FinishFailedBind(const std::string& password, const std::string& userName,
-                         std::string* errorText);
-    int FailStage(const char* stage, std::uint32_t code, std::string* errorText);
+    CredentialsPrompt* PromptUnlessOff();
+    std::uint32_t OpenConnection(const std::string& host);
+    std::uint32_t SetOptions();
+    std::uint32_t ReachServer();
+    std::uint32_t Secure();
+    std::uint32_t Bind(const Credentials& credentials);
+    bool BindsWithoutCredentials() const;
+    int FinishBind();
+    // Returns whether `attempt` holds credentials to go on with.
+    bool FindOtherCredentials(Attempt& attempt, std::string* errorText);
     void SetSharedError(std::uint32_t code);
+    bool ErrorIsRecorded();
     bool PromptingIsOff();
     void TurnPromptingOff();
-    PromptResult AskForCredentials();
-    bool NothingToAsk(const Credentials& credentials);
+    // A null `prompt` stands for nobody who can be asked, a null `failed` for no bind so far.
+    PromptResult AskForCredentials(CredentialsPrompt* prompt, const Attempt* failed);
+    // The record's credentials, completed by those that processes share.
+    Credentials KnownCredentials();
+    void KeepInRecord(const Credentials& credentials);
+    // The credentials that can be tried without asking, if there are any.
+    std::optional<Credentials> UntriedCredentials(const Credentials& known, const Attempt* failed);
 
     std::uint32_t Search(const std::string& base, ULONG scope,
                          const std::vector<std::string>& attributes, UniqueLdapMessage& result);
@@ -246,9 +267,6 @@ private:
     std::optional<CredentialsPrompt*> ownPrompt_;
     std::uint32_t unsafeNames_ = 0;
     std::optional<bool> offersAssertions_;  // once the server was asked
-    // What the last failed bind tried; a prompt that changes nothing of it must not go on for ever.
-    std::optional<std::pair<std::string, std::string>> failedCredentials_;
-    bool lastAttempt_ = false;
     // After the table, through which they are unbound.
     std::vector<UniqueLdap> replacedHandles_;
     UniqueLdap handle_;

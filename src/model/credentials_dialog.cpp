@@ -1,5 +1,7 @@
 #include "model/credentials_dialog.h"
 
+#include "model/localization.h"
+#include "platform/user_notice.h"
 #include "platform/wide_text.h"
 #include "platform/win32.h"
 // After the Windows headers.
@@ -16,6 +18,11 @@ namespace {
 
 constexpr char kDialogProgId[] = "DepotBrowser.UserPasswordPromptDialog";
 constexpr LONG kConfirmed = 1;
+
+constexpr char kMessageTitle[] = "Quillon";
+constexpr unsigned kUnusableCharacters = 527;  // in the localized resources
+constexpr char kUnusableCharactersInEnglish[] =
+    "The user name or password contains characters that cannot be used here.";
 
 // Wherever the component offers to run: in this process, in another one or on another machine.
 constexpr DWORD kAnyContext =
@@ -52,12 +59,12 @@ bool SetText(IUserPasswordPromptDialog& dialog, TextSetter set, const std::strin
     return bstr && SUCCEEDED((dialog.*set)(bstr.get()));
 }
 
-std::optional<std::string> GetText(IUserPasswordPromptDialog& dialog, TextGetter get) {
+std::optional<std::wstring> GetText(IUserPasswordPromptDialog& dialog, TextGetter get) {
     BSTR given = nullptr;
     const HRESULT result = (dialog.*get)(&given);
     const UniqueBstr bstr(given);
     if (FAILED(result)) return std::nullopt;
-    return AnsiFromWide({given != nullptr ? given : L"", SysStringLen(given)});
+    return std::wstring(given != nullptr ? given : L"", SysStringLen(given));
 }
 
 bool Fill(IUserPasswordPromptDialog& dialog, const Credentials& credentials) {
@@ -71,17 +78,37 @@ bool IsConfirmed(IUserPasswordPromptDialog& dialog) {
     return SUCCEEDED(dialog.ShowModal(0, &result)) && result == kConfirmed;
 }
 
+enum class Reading { kDone, kFailed, kUnusable };
+
+// Takes over what was typed, both texts or none.
+Reading ReadBack(IUserPasswordPromptDialog& dialog, Credentials& credentials) {
+    const auto userName = GetText(dialog, &IUserPasswordPromptDialog::get_UserName);
+    const auto password = GetText(dialog, &IUserPasswordPromptDialog::get_Password);
+    if (!userName || !password) return Reading::kFailed;
+    // A text that is not exactly what was typed would only be refused by the server.
+    auto exactUserName = ExactAnsiFromWide(*userName), exactPassword = ExactAnsiFromWide(*password);
+    if (!exactUserName || !exactPassword) return Reading::kUnusable;
+    credentials.userName = *std::move(exactUserName);
+    credentials.password = *std::move(exactPassword);
+    return Reading::kDone;
+}
+
+void ExplainUnusableCharacters() {
+    ShowNotice(LocalizedText(kUnusableCharacters).value_or(kUnusableCharactersInEnglish),
+               kMessageTitle, nullptr);
+}
+
 }  // namespace
 
 bool CredentialsDialog::Show(Credentials& credentials) noexcept try {
     const UniqueDialog dialog = CreateDialogComponent();
-    if (!dialog || !Fill(*dialog, credentials) || !IsConfirmed(*dialog)) return false;
-    auto userName = GetText(*dialog, &IUserPasswordPromptDialog::get_UserName);
-    auto password = GetText(*dialog, &IUserPasswordPromptDialog::get_Password);
-    if (!userName || !password) return false;
-    credentials.userName = *std::move(userName);
-    credentials.password = *std::move(password);
-    return true;
+    if (!dialog || !Fill(*dialog, credentials)) return false;
+    while (IsConfirmed(*dialog)) {
+        const Reading reading = ReadBack(*dialog, credentials);
+        if (reading != Reading::kUnusable) return reading == Reading::kDone;
+        ExplainUnusableCharacters();
+    }
+    return false;
 } catch (...) {
     return false;
 }

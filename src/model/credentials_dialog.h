@@ -6,7 +6,8 @@
 namespace depot {
 
 // Shows the dialog component "DepotBrowser.UserPasswordPromptDialog". Where it is not registered or
-// cannot be created, the prompt counts as cancelled. No exception gets out.
+// cannot be created, the prompt counts as cancelled. What is typed and does not fit the ANSI code
+// page is explained in a message box, and the dialog is shown again. No exception gets out.
 //
 // REQUIRES: COM is initialised on the calling thread.
 class CredentialsDialog final : public CredentialsPrompt {

@@ -27,20 +27,11 @@ bool IsDirectory(const CDepotPath& location) {
     return location.type == kDirectoryLocation;
 }
 
-// Asks nobody: what the record leaves open is what was typed for the server before, in any process.
-bool ConnectToProbe(CLDAPItems& directory) {
-    std::string userName = directory.GetUserName(), password = directory.GetPassword();
-    if (userName.empty()) userName = directory.GetSharedUserName();
-    if (password.empty()) password = directory.GetSharedPassword();
-    const bool known = !userName.empty() && !password.empty();
-    return (known ? directory.Connect(directory.GetHost(), password, userName, nullptr)
-                  : directory.ConnectLocation(nullptr)) != 0;
-}
-
-// Connects, looks for the base alone, and lets go of the connection again.
+// Connects, looks for the base alone, and lets go of the connection again. The user is asked and
+// told nothing: the first use of the location does that.
 bool IsReachableDirectory(CDepotPath& location) {
     CLDAPItems directory(&location);
-    if (!ConnectToProbe(directory)) return false;
+    if (!directory.ConnectQuietly()) return false;
     const std::uint32_t code = directory.FindEntry(directory.PathToDN(ExpandedPath(location)));
     if (code == LDAP_INVALID_DN_SYNTAX) directory.ReportError(code);
     return code == LDAP_SUCCESS;

@@ -1,12 +1,13 @@
 // The prompt of the component over the real dialog, and over one that only takes notes.
 #include "model/credentials_dialog.h"
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include <deque>
 
 #include "depotbrowser/browser_library.h"
 #include "depotbrowser/dialog_user.h"
+#include "support/box_log.h"
 #include "support/failing_memory.h"
 #include "support/scratch.h"
 
@@ -72,6 +73,9 @@ class NotingDialog final : public IUserPasswordPromptDialog {
 public:
     std::vector<std::wstring> calls;
     LONG result = 1;
+    // What is typed first, and where the dialog is cancelled when it is shown for this time.
+    std::deque<std::wstring> userNames, passwords;
+    int cancelledShow = 0;
     HRESULT showing = S_OK;
     HRESULT reading = S_OK;
     LONG references = 0;
@@ -96,12 +100,16 @@ public:
     }
     STDMETHODIMP ShowModal(LONG window, LONG* out) noexcept override {
         calls.push_back(L"show " + std::to_wstring(window));
-        *out = result;
+        *out = ++shown_ == cancelledShow ? 0 : result;
         return showing;
     }
-    STDMETHODIMP get_UserName(BSTR* text) noexcept override { return Give(L"user", text); }
+    STDMETHODIMP get_UserName(BSTR* text) noexcept override {
+        return Give(L"user", userNames, text);
+    }
     STDMETHODIMP put_UserName(BSTR text) noexcept override { return Take(L"user", text); }
-    STDMETHODIMP get_Password(BSTR* text) noexcept override { return Give(L"password", text); }
+    STDMETHODIMP get_Password(BSTR* text) noexcept override {
+        return Give(L"password", passwords, text);
+    }
     STDMETHODIMP put_Password(BSTR text) noexcept override { return Take(L"password", text); }
     STDMETHODIMP put_ServerName(BSTR text) noexcept override { return Take(L"server", text); }
 
@@ -110,11 +118,18 @@ private:
         calls.push_back(L"set " + name + L"=" + std::wstring(text, SysStringLen(text)));
         return S_OK;
     }
-    HRESULT Give(const std::wstring& name, BSTR* text) {
+    HRESULT Give(const std::wstring& name, std::deque<std::wstring>& typed, BSTR* text) {
         calls.push_back(L"get " + name);
-        *text = SUCCEEDED(reading) ? SysAllocString((L"new " + name).c_str()) : nullptr;
+        std::wstring given = L"new " + name;
+        if (!typed.empty()) {
+            given = typed.front();
+            typed.pop_front();
+        }
+        *text = SUCCEEDED(reading) ? SysAllocString(given.c_str()) : nullptr;
         return reading;
     }
+
+    int shown_ = 0;
 };
 
 // Hands out one noting dialog.
@@ -189,6 +204,40 @@ TEST_F(NotedCredentialsDialogTest, TextsThatCannotBeReadCountAsCancelled) {
     EXPECT_EQ("mary", credentials_.userName);
     EXPECT_EQ("old", credentials_.password);
     EXPECT_EQ(0, dialog_.references);
+}
+
+TEST_F(NotedCredentialsDialogTest, TextThatTheCodePageCannotHoldIsExplainedAndAskedForAgain) {
+    const struct {
+        const wchar_t* userName;
+        const wchar_t* password;
+    } rows[] = {
+        {L"mary", L"\u65E5\u672C"},
+        {L"\u65E5\u672C", L"secret"},
+        {L"mary", L"\u0141\u00F3d\u017A"},  // whose letters have others that look alike
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(testing::PrintToString(std::pair(row.userName, row.password)));
+        const BoxLog boxes;
+        dialog_.userNames = {row.userName};
+        dialog_.passwords = {row.password};
+        dialog_.calls.clear();
+        EXPECT_TRUE(prompt_.Show(credentials_));
+        EXPECT_EQ("new user", credentials_.userName);
+        EXPECT_EQ("new password", credentials_.password);
+        EXPECT_EQ(2, std::count(dialog_.calls.begin(), dialog_.calls.end(), L"show 0"));
+        EXPECT_THAT(boxes.Texts(), testing::ElementsAre("The user name or password contains "
+                                                        "characters that cannot be used here."));
+    }
+}
+
+TEST_F(NotedCredentialsDialogTest, CancelAfterSuchATextLeavesTheTextsAsTheyWere) {
+    const BoxLog boxes;
+    dialog_.passwords = {L"\u65E5\u672C"};
+    dialog_.cancelledShow = 2;
+    EXPECT_FALSE(prompt_.Show(credentials_));
+    EXPECT_EQ("mary", credentials_.userName);
+    EXPECT_EQ("old", credentials_.password);
+    EXPECT_EQ(1u, boxes.Boxes().size());
 }
 
 TEST_F(NotedCredentialsDialogTest, EveryTextIsFreed) {

@@ -113,6 +113,7 @@ TEST_F(DialogAppearanceTest, TheTextsOfEveryLanguageFitTheirControls) {
         int edges;
     } rows[] = {
         {CONTROL_INSTRUCTION, IDS_CREDENTIALS_INSTRUCTION, true, 0},
+        {CONTROL_INSTRUCTION, IDS_CREDENTIALS_CHARACTERS, true, 0},
         {CONTROL_SERVER_LABEL, IDS_CREDENTIALS_SERVER, false, 0},
         {CONTROL_USER_LABEL, IDS_CREDENTIALS_USER, false, 0},
         {CONTROL_PASSWORD_LABEL, IDS_CREDENTIALS_PASSWORD, false, 0},

@@ -106,12 +106,28 @@ TEST_F(ConnectionTest, TheDefaultTimeoutMakesNoConnectCall) {
     }
 }
 
-TEST_F(ConnectionTest, EveryTimeLimitOfTheClientIsSet) {
-    for (const unsigned timeout : {0u, 7u, 120u}) {
-        SCOPED_TRACE(timeout);
+TEST_F(ConnectionTest, OperationsHaveAtLeastTwoMinutesAndNothingWaitsLongerThanADay) {
+    constexpr unsigned kDay = 86400;
+    const struct {
+        unsigned timeout;
+        LONG connecting;
+        ULONG operating;
+    } rows[] = {
+        {0, 0, 120},
+        {7, 7, 120},
+        {120, -1, 120},  // without a call
+        {121, 121, 121},
+        {kDay, kDay, kDay},
+        {kDay + 1, kDay, kDay},
+        {0x7FFFFFFF, kDay, kDay},
+        {0x80000000, kDay, kDay},
+        {0xFFFFFFFF, kDay, kDay},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.timeout);
         seen = {};
         CDepotPath location = server_.Location();
-        location.connectTimeout = timeout;
+        location.connectTimeout = row.timeout;
         CLDAPItems& items = Make(location);
         items.Client().ldap_set_option = [](LDAP*, int option, const void* value) -> ULONG {
             ULONG number = 0;
@@ -119,12 +135,26 @@ TEST_F(ConnectionTest, EveryTimeLimitOfTheClientIsSet) {
             seen.options.emplace_back(option, number);
             return LDAP_SUCCESS;
         };
-        items.Client().ldap_connect = [](LDAP*, l_timeval*) -> ULONG { return LDAP_SUCCESS; };
+        items.Client().ldap_connect = [](LDAP*, l_timeval* limit) -> ULONG {
+            seen.seconds = limit->tv_sec;
+            return LDAP_SUCCESS;
+        };
         items.ConnectLocation(&text_);
-        const ULONG seconds = timeout == 0 ? 120 : timeout;
-        EXPECT_THAT(seen.options,
-                    ElementsAre(std::pair(17, ULONG{3}), std::pair(LDAP_OPT_TIMELIMIT, seconds),
-                                std::pair(0x42, seconds)));
+        EXPECT_THAT(seen.options, ElementsAre(std::pair(17, ULONG{3}),
+                                              std::pair(LDAP_OPT_TIMELIMIT, row.operating),
+                                              std::pair(0x42, row.operating)));
+        EXPECT_EQ(row.connecting, seen.seconds);
+    }
+}
+
+TEST_F(ConnectionTest, SearchesSucceedWithATimeoutOfAnySize) {
+    for (const unsigned timeout : {1u, 0x7FFFFFFFu, 0x80000000u, 0xFFFFFFFFu}) {
+        SCOPED_TRACE(timeout);
+        CDepotPath location = server_.Location();
+        location.connectTimeout = timeout;
+        CLDAPItems& items = Make(location);
+        ASSERT_EQ(1, items.ConnectLocation(&text_));
+        EXPECT_EQ(0u, items.FindEntry(base_));
     }
 }
 

@@ -67,7 +67,7 @@ TEST_F(HandlesTest, ReopeningOneObjectLeavesTheHandleOfEachAccessOnly) {
 }
 
 TEST_F(HandlesTest, AnAbsentServerLeavesTheHandlesOfTheAccessesButTheLast) {
-    constexpr std::size_t kAccesses = 4;  // no prompts, the error, its text, prompts wanted?
+    constexpr std::size_t kAccesses = 3;  // no prompts, the error, its text
     CDepotPath location = server_.Location(base_);
     location.port = test::ClosedPort();
     location.authentication = kAnonymousAuthentication;
@@ -128,16 +128,15 @@ TEST_F(FaultHandlesTest, EveryFaultLeavesTheHandlesOfTheAccessesButTheLast) {
                  return LDAP_INAPPROPRIATE_AUTH;
              };
          },
-         1 + kReport + 1},  // no prompts, the report, prompts wanted?
+         1 + kReport},  // no prompts, the report
         {"no simple bind", kSimpleAuthentication,
          [](DirectoryClient& client) {
              client.ldap_bind_s = [](LDAP*, PCHAR, PCHAR, ULONG) -> ULONG {
                  return LDAP_INVALID_CREDENTIALS;
              };
          },
-         // The report, prompts wanted? twice, an error known?, no more prompts, the cancel's
-         // report.
-         kReport + 2 + 1 + 1 + kReport},
+         // The report, prompts wanted?, an error known?, no more prompts, the cancel's report.
+         kReport + 1 + 1 + 1 + kReport},
         {"no search", kSimpleAuthentication,
          [](DirectoryClient& client) {
              client.ldap_search_s = [](LDAP*, PCHAR, ULONG, PCHAR, PCHAR*, ULONG,

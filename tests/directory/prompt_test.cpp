@@ -1,11 +1,12 @@
+#include "directory/prompt_fixture.h"
 #include "support/child_process.h"
-#include "support/directory_fixture.h"
 
 namespace depot {
 namespace {
 
 using test::ForgetServer;
 using test::MessageFor;
+using test::PromptTest;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -24,37 +25,6 @@ int ConnectAnonymously(const test::Arguments& arguments) {
     return connected + 2 * static_cast<int>(prompt.shown.size());
 }
 const test::RoleRegistration connectAnonymously("connect-anonymously", &ConnectAnonymously);
-
-class PromptTest : public test::DirectoryFixture {
-protected:
-    CLDAPItems& Make(const std::string& userName, const std::string& password) {
-        CDepotPath location = server_.Location();
-        location.username = userName;
-        location.password = password;
-        return Make(location);
-    }
-    CLDAPItems& Make(const CDepotPath& location) {
-        location_ = location.Clone();
-        items_ = std::make_unique<CLDAPItems>(location_.get());
-        items_->SetPrompt(&prompt_);
-        return *items_;
-    }
-    // A block of this name cannot be had: the name belongs to another kind of object.
-    void TakeTheBlocksName() {
-        location_->host = "127.0.0.1.";
-        const std::string key = ServerKey(location_->host, location_->port);
-        event_.reset(
-            CreateEventA(nullptr, TRUE, FALSE, ("Quillon - Depot - LDAP Info - " + key).c_str()));
-        items_ = std::make_unique<CLDAPItems>(location_.get());
-        items_->SetPrompt(&prompt_);
-        ASSERT_EQ(nullptr, items_->SharedInfo().Access());
-        location_->host = "127.0.0.1";
-    }
-    DirectoryInfo& Info() { return *items_->SharedInfo().Access(); }
-
-    UniqueHandle event_;
-    std::string text_ = "junk";
-};
 
 TEST_F(PromptTest, OtherAuthenticationsNeverShowTheDialog) {
     for (const std::uint32_t kind :
@@ -148,25 +118,6 @@ TEST_F(PromptTest, ACancelledDialogEmptiesThePasswordAndTurnsPromptingOff) {
     EXPECT_EQ(1u, Info().noPrompt);
 }
 
-TEST_F(PromptTest, WithoutADialogThePromptCountsAsCancelled) {
-    CLDAPItems& items = Make("", "");
-    items.SetPrompt(nullptr);
-    EXPECT_EQ(0, items.PromptForCredentials());
-    EXPECT_EQ(1u, Info().noPrompt);
-}
-
-TEST_F(PromptTest, TheInstalledPromptServesEveryConnectionAsLongAsItIsInstalled) {
-    CDepotPath location = server_.Location();
-    location.password.clear();
-    CLDAPItems items(&location);
-    InstallCredentialsPrompt(&prompt_);
-    items.PromptForCredentials();
-    EXPECT_EQ(1u, prompt_.shown.size());
-    InstallCredentialsPrompt(nullptr);
-    EXPECT_EQ(0, items.PromptForCredentials());
-    EXPECT_EQ(1u, prompt_.shown.size());
-}
-
 TEST_F(PromptTest, TypedTextsAreCutToTheSharedFields) {
     CLDAPItems& items = Make("", "");
     items.SetUserName(std::string(259, 'u'));
@@ -228,25 +179,6 @@ TEST_F(PromptTest, AfterACancelNobodyIsAskedAgainForThatServer) {
     EXPECT_EQ(3u, boxes_.Boxes().size());
 }
 
-TEST_F(PromptTest, PromptAndConnectWithPromptingOffFailsWithoutABox) {
-    CLDAPItems& items = Make(test::kEditor, test::kEditorPassword);
-    Info().noPrompt = 1;
-    server_.Mark();
-    EXPECT_EQ(0, items.PromptAndConnect(&text_));
-    EXPECT_EQ(88u, items.LastError());
-    EXPECT_EQ(MessageFor(88), text_);
-    EXPECT_EQ(0u, Info().lastError);
-    EXPECT_THAT(boxes_.Boxes(), IsEmpty());
-    EXPECT_EQ("", server_.Log());
-}
-
-TEST_F(PromptTest, AnyNumberButZeroTurnsPromptingOff) {
-    CLDAPItems& items = Make(test::kEditor, "wrong");
-    Info().noPrompt = 2;
-    EXPECT_EQ(0, items.ConnectLocation(nullptr));
-    EXPECT_THAT(prompt_.shown, IsEmpty());
-}
-
 TEST_F(PromptTest, PromptAndConnectUsesKnownCredentialsUnasked) {
     CLDAPItems& items = Make(test::kEditor, test::kEditorPassword);
     EXPECT_EQ(1, items.PromptAndConnect(&text_));
@@ -271,18 +203,6 @@ TEST_F(PromptTest, ASecondFailureThatNoPromptCouldChangeIsFinal) {
     EXPECT_EQ(2, server_.Counts().binds);
     EXPECT_EQ(49u, items.LastError());
     EXPECT_FALSE(items.IsUsable());
-    EXPECT_THAT(prompt_.shown, IsEmpty());
-}
-
-TEST_F(PromptTest, WithoutASharedBlockTheSecondFailureIsFinal) {
-    Make(test::kEditor, "wrong");
-    TakeTheBlocksName();
-    server_.Mark();
-    EXPECT_EQ(0, items_->ConnectLocation(&text_));
-    EXPECT_EQ(2, server_.Counts().binds);
-    EXPECT_EQ(49u, items_->LastError());
-    EXPECT_EQ(MessageFor(49), text_);
-    EXPECT_FALSE(items_->IsUsable());
     EXPECT_THAT(prompt_.shown, IsEmpty());
 }
 

@@ -231,6 +231,19 @@ TEST_F(CredentialsTest, CancelInOneProcessCountsInEveryOther) {
     EXPECT_EQ("[S]\r\nK=old\r\n", Contents());
 }
 
+TEST_F(CredentialsTest, TypedCredentialsServeWhilePromptingIsOff) {
+    const RegisteredDialog dialog;
+    {
+        const DialogWatch watch({Type(kEditor, kEditorPassword)});
+        EXPECT_EQ(L"old", Value());
+    }
+    Shared().noPrompt = 1;
+    const DialogWatch nobody;
+    EXPECT_EQ(L"old", Value());
+    EXPECT_EQ(0, nobody.Shown());
+    EXPECT_THAT(boxes_.Boxes(), IsEmpty());
+}
+
 TEST_F(CredentialsTest, DialogThatIsNotRegisteredCountsAsCancelled) {
     const DialogWatch watch;
     EXPECT_EQ(L"(default)", Value());
@@ -293,6 +306,8 @@ TEST_F(CredentialsTest, NobodyIsAskedWhileTheComponentIsUnloaded) {
     EXPECT_EQ("[S]\r\nK=old\r\n", Contents());
     ASSERT_THAT(RecoveredFiles(), testing::SizeIs(1));
     EXPECT_EQ("[S]\r\nK=new\r\n", FileBytes(RecoveredFiles().front()));
+    // Other processes go on asking.
+    EXPECT_EQ(0u, Shared().noPrompt);
 }
 
 }  // namespace

@@ -1,4 +1,5 @@
 #include "model/depots.h"
+#include "model/local_mirror.h"
 #include "support/directory_fixture.h"
 #include "support/scratch.h"
 
@@ -97,7 +98,7 @@ TEST_F(LocationChoiceTest, AServerThatIsDownIsPassedOver) {
     CDepotPath& second = AddDirectory(base_, server_.Port());
     depot_.paths->GetActivePath();
     EXPECT_EQ(&second, depot_.paths->ChosenLocation());
-    EXPECT_THAT(boxes_.Texts(), ElementsAre(MessageFor(81)));
+    EXPECT_THAT(boxes_.Boxes(), IsEmpty());
 }
 
 TEST_F(LocationChoiceTest, AMissingBaseIsPassedOverSilently) {
@@ -180,6 +181,123 @@ TEST_F(LocationChoiceTest, ACopiedDepotMakesItsOwnConnection) {
 TEST_F(LocationChoiceTest, AnEmptyListHasNoConnection) {
     EXPECT_EQ(nullptr, depot_.DirectoryConnection());
     EXPECT_EQ("", depot_.paths->GetActivePath());
+}
+
+// The probe is the system's own affair: the user hears of a location from its first use.
+class UnseenProbeTest : public LocationChoiceTest {
+protected:
+    UnseenProbeTest() { InstallCredentialsPrompt(&prompt_); }
+    ~UnseenProbeTest() override { InstallCredentialsPrompt(nullptr); }
+
+    CDepotPath& AddUsersDirectory(const std::string& userName, const std::string& password,
+                                  unsigned port) {
+        CDepotPath& location = AddDirectory(base_, port);
+        location.authentication = kSimpleAuthentication;
+        location.username = userName;
+        location.password = password;
+        return location;
+    }
+    CDepotPath& AddUsersDirectory(const std::string& userName, const std::string& password) {
+        return AddUsersDirectory(userName, password, server_.Port());
+    }
+    void TypeElsewhere(const std::string& userName, const std::string& password) const {
+        CDepotPath location = server_.Location();
+        CLDAPItems other(&location);
+        other.SetUserName(userName);
+        other.SetPassword(password);
+    }
+    DirectoryInfo& Info(unsigned port) {
+        return *infos_
+                    .emplace_back(
+                        std::make_unique<DirectoryInfoBlock>(ServerKey("127.0.0.1", port)))
+                    ->Access();
+    }
+    // The location that was added is out of reach, which leaves no trace.
+    void ExpectPassedOver(unsigned port) {
+        CDepotPath& second = AddDirectory(base_, server_.Port());
+        depot_.paths->GetActivePath();
+        EXPECT_EQ(&second, depot_.paths->ChosenLocation());
+        EXPECT_THAT(boxes_.Boxes(), IsEmpty());
+        EXPECT_THAT(prompt_.shown, IsEmpty());
+        EXPECT_EQ(0u, Info(port).lastError);
+        EXPECT_EQ(0u, Info(port).noPrompt);
+    }
+    // The first use of the depot's only location, after the probe.
+    bool Use() {
+        depot_.paths->GetActivePath();
+        EXPECT_THAT(boxes_.Boxes(), IsEmpty());
+        EXPECT_THAT(prompt_.shown, IsEmpty());
+        const ConnectionScope connection(*depot_.DirectoryConnection(), nullptr);
+        return static_cast<bool>(connection);
+    }
+
+    std::vector<std::unique_ptr<DirectoryInfoBlock>> infos_;
+};
+
+TEST_F(UnseenProbeTest, WrongStoredPasswordIsPassedOver) {
+    AddUsersDirectory(test::kReader, "wrong");
+    ExpectPassedOver(server_.Port());
+}
+
+TEST_F(UnseenProbeTest, NameWithoutAPasswordIsPassedOver) {
+    AddUsersDirectory(test::kReader, "");
+    ExpectPassedOver(server_.Port());
+}
+
+TEST_F(UnseenProbeTest, ServerThatWantsNoAnonymousUsersIsPassedOver) {
+    DirectoryServer strict("global disallow bind_anon");
+    AddDirectory(base_, strict.Port());
+    ExpectPassedOver(strict.Port());
+}
+
+TEST_F(UnseenProbeTest, ServerThatIsDownIsPassedOver) {
+    const unsigned port = test::ClosedPort();
+    AddUsersDirectory(test::kReader, test::kReaderPassword, port);
+    ExpectPassedOver(port);
+    ForgetServer(port);
+}
+
+TEST_F(UnseenProbeTest, FirstUseOfAWrongStoredPasswordShowsOneBoxAndOnePrompt) {
+    AddUsersDirectory(test::kReader, "wrong");
+    prompt_.Type(test::kReader, test::kReaderPassword);
+    EXPECT_TRUE(Use());
+    EXPECT_THAT(boxes_.Texts(), ElementsAre(MessageFor(49)));
+    EXPECT_EQ(1u, prompt_.shown.size());
+}
+
+TEST_F(UnseenProbeTest, FirstUseOfAnOutdatedSharedPasswordShowsOneBoxAndOnePrompt) {
+    AddUsersDirectory("", "");
+    TypeElsewhere(test::kReader, "outdated");
+    prompt_.Type(test::kReader, test::kReaderPassword);
+    EXPECT_TRUE(Use());
+    EXPECT_THAT(boxes_.Texts(), ElementsAre(MessageFor(49)));
+    ASSERT_EQ(1u, prompt_.shown.size());
+    EXPECT_EQ("outdated", prompt_.shown[0].password);
+}
+
+TEST_F(UnseenProbeTest, FirstUseOfANameWithoutAPasswordShowsOnePrompt) {
+    AddUsersDirectory(test::kReader, "");
+    prompt_.Type(test::kReader, test::kReaderPassword);
+    EXPECT_TRUE(Use());
+    EXPECT_THAT(boxes_.Boxes(), IsEmpty());
+    EXPECT_EQ(1u, prompt_.shown.size());
+}
+
+TEST_F(UnseenProbeTest, FirstUseWithoutAnonymousBindsShowsOneBoxAndTurnsPromptingOff) {
+    DirectoryServer strict("global disallow bind_anon");
+    AddDirectory(base_, strict.Port());
+    EXPECT_FALSE(Use());
+    EXPECT_THAT(boxes_.Texts(), ElementsAre(MessageFor(48)));
+    EXPECT_THAT(prompt_.shown, IsEmpty());
+    EXPECT_EQ(1u, Info(strict.Port()).noPrompt);
+}
+
+TEST_F(UnseenProbeTest, CredentialsThatTheProbeKnowsServeTheFirstUseWhilePromptingIsOff) {
+    AddUsersDirectory("", "");
+    TypeElsewhere(test::kReader, test::kReaderPassword);
+    Info(server_.Port()).noPrompt = 1;
+    EXPECT_TRUE(Use());
+    EXPECT_THAT(prompt_.shown, IsEmpty());
 }
 
 // Two servers that hold the same data.

@@ -1,0 +1,39 @@
+// What the tests of prompts share.
+#pragma once
+
+#include "support/directory_fixture.h"
+
+namespace depot::test {
+
+class PromptTest : public DirectoryFixture {
+protected:
+    CLDAPItems& Make(const std::string& userName, const std::string& password) {
+        CDepotPath location = server_.Location();
+        location.username = userName;
+        location.password = password;
+        return Make(location);
+    }
+    CLDAPItems& Make(const CDepotPath& location) {
+        location_ = location.Clone();
+        items_ = std::make_unique<CLDAPItems>(location_.get());
+        items_->SetPrompt(&prompt_);
+        return *items_;
+    }
+    // A block of this name cannot be had: the name belongs to another kind of object.
+    void TakeTheBlocksName() {
+        location_->host = "127.0.0.1.";
+        const std::string key = ServerKey(location_->host, location_->port);
+        event_.reset(
+            CreateEventA(nullptr, TRUE, FALSE, ("Quillon - Depot - LDAP Info - " + key).c_str()));
+        items_ = std::make_unique<CLDAPItems>(location_.get());
+        items_->SetPrompt(&prompt_);
+        ASSERT_EQ(nullptr, items_->SharedInfo().Access());
+        location_->host = "127.0.0.1";
+    }
+    DirectoryInfo& Info() { return *items_->SharedInfo().Access(); }
+
+    UniqueHandle event_;
+    std::string text_ = "junk";
+};
+
+}  // namespace depot::test
