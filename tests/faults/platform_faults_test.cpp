@@ -82,11 +82,12 @@ private:
 };
 
 TEST_F(PlatformFaultsTest, SweepLosesNoEditOfAnAbandonedCopy) {
+    const std::string folder = AbandonedCopy::Folder();
     RunWithFaults({
         [] { AbandonedCopy(); },
-        [] {
+        [&] {
             try {
-                SweepAbandonedCopies(AbandonedCopy::Folder());
+                SweepAbandonedCopies(folder);
             } catch (const std::bad_alloc&) {
                 return;
             }
