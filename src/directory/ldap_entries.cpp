@@ -2,7 +2,7 @@
 #include <array>
 #include <cstring>
 
-#include "directory/assertion.h"
+#include "directory/assertion_control.h"
 #include "directory/client_support.h"
 #include "directory/ldap_items.h"
 #include "platform/text.h"
@@ -107,12 +107,6 @@ private:
     std::array<berval*, 2> values_ = {};
     LDAPModA change_ = {};
 };
-
-std::vector<std::uint8_t> AssertContents(const std::string& attribute, const FileBuffer& present) {
-    if (!present.bytes) return AssertAbsent(attribute);
-    return AssertEquals(attribute,
-                        {reinterpret_cast<const char*>(present.bytes.get()), present.length});
-}
 
 }  // namespace
 
@@ -240,19 +234,11 @@ std::uint32_t CLDAPItems::ReplaceUnchangedContents(const std::string& dn, const 
                                                    const FileBuffer& present) {
     if (!IsConnected() || present.length > kLargestCondition || !OffersAssertions())
         return ReplaceFileContents(dn, data, length);
-    std::string name = kAssertionControl;
-    std::vector<std::uint8_t> filter = AssertContents(ContentsAttribute(), present);
-    LDAPControlA assertion = {};
-    assertion.ldctl_oid = name.data();
-    assertion.ldctl_value = {static_cast<ULONG>(filter.size()),
-                             reinterpret_cast<char*>(filter.data())};
-    // A server that does not know the control after all must not leave the condition out.
-    assertion.ldctl_iscritical = TRUE;
-    LDAPControlA* controls[] = {&assertion, nullptr};
+    ContentsAssertion unchanged(ContentsAttribute(), present);
     depot::ContentsAttribute contents(ContentsAttribute(), data, length);
     LDAPModA* changes[] = {contents.Get(LDAP_MOD_REPLACE), nullptr};
-    return lastError_ =
-               client_.ldap_modify_ext_s(handle_.get(), ClientText(dn), changes, controls, nullptr);
+    return lastError_ = client_.ldap_modify_ext_s(handle_.get(), ClientText(dn), changes,
+                                                  unchanged.Controls(), nullptr);
 }
 
 int CLDAPItems::RenameEntry(const std::string& oldDN, const std::string& newDN,

@@ -178,6 +178,11 @@ public:
     // Deletes an entry that holds no others. Returns the directory's code.
     std::uint32_t RemoveEmptyEntry(const std::string& dn);
 
+    // Deletes a file entry only while its contents are what `present` says, with kContentsChanged
+    // as the code when they are not. The server tests and deletes in one request when it offers to;
+    // else this looks just before. Contents that the user may not see do not differ.
+    std::uint32_t RemoveUnchangedEntry(const std::string& dn, const FileBuffer& present);
+
     // The effective names of the location's schema.
     NamingAttributes NamingNames() const;
     std::string FolderClass() const;

@@ -4,6 +4,7 @@
 #include "manager/display_path.h"
 #include "manager/resolve_item.h"
 #include "model/depot_item.h"
+#include "model/working_copy_journal.h"
 #include "platform/paths.h"
 #include "platform/text.h"
 #include "platform/win32.h"
@@ -42,7 +43,7 @@ DepotFileContext::DepotFileContext(const std::string& path, CDepots& depots) {
 }
 
 DepotFileContext::~DepotFileContext() {
-    if (isWorkingCopy_) DeleteFileA(localPath.c_str());
+    if (isWorkingCopy_) DeleteWorkingCopy(localPath);
 }
 
 void DepotFileContext::Attach(CDepot* holder, const std::string& displayPath) {

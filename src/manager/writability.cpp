@@ -1,5 +1,7 @@
 #include "manager/writability.h"
 
+#include <algorithm>
+#include <atomic>
 #include <memory>
 #include <optional>
 
@@ -15,18 +17,38 @@ namespace {
 
 constexpr char kCaption[] = "Quillon";
 
+// A file that others test with comes and goes.
+constexpr int kMaxAttempts = 3;
+
 void Describe(DWORD error, const std::string& shownName, std::string* errorText) {
     if (errorText == nullptr) return;
     FormatErrorText(error, shownName.c_str(), kCaption, errorText, nullptr);
 }
 
-// In a folder that exists, nothing but an entry shows whether the user may add one.
+// Returns bytes that no other test adds, and nobody else.
+FileBuffer MakeProbe() {
+    static std::atomic<unsigned> count = 0;
+    FILETIME now = {};
+    GetSystemTimeAsFileTime(&now);
+    const std::string text =
+        "DepotIntr tests whether this place can be written: " + std::to_string(now.dwHighDateTime) +
+        "." + std::to_string(now.dwLowDateTime) + " " + std::to_string(GetCurrentProcessId()) +
+        " " + std::to_string(++count);
+    FileBuffer probe = {static_cast<std::uint32_t>(text.size()),
+                        std::make_unique<std::uint8_t[]>(text.size() + kFileBufferReserve)};
+    std::copy(text.begin(), text.end(), probe.bytes.get());
+    return probe;
+}
+
+// In a folder that exists, nothing but an entry shows whether the user may add one. What someone
+// stores under its name before it is deleted is not this test's any more.
 int TestNewEntry(CLDAPItems& directory, const std::string& dn, std::string* errorText) {
     std::string name;
     bool isFolder = false;
     directory.SplitEntryName(dn, name, isFolder);
-    const std::uint32_t code = directory.AddFileEntry(dn, name, nullptr, 0);
-    if (code == LDAP_SUCCESS) directory.RemoveEmptyEntry(dn);
+    const FileBuffer probe = MakeProbe();
+    const std::uint32_t code = directory.AddFileEntry(dn, name, probe.bytes.get(), probe.length);
+    if (code == LDAP_SUCCESS) directory.RemoveUnchangedEntry(dn, probe);
     if (code == LDAP_SUCCESS || code == LDAP_ALREADY_EXISTS) return 1;
     if (errorText != nullptr) *errorText = directory.ErrorText();
     return 0;
@@ -79,8 +101,26 @@ int TestEntry(CLDAPItems& directory, const std::string& dn, std::string* errorTe
     return created ? *created : TestNewEntry(directory, dn, errorText);
 }
 
-bool IsAbsent(const std::string& path) {
-    return GetFileAttributesA(path.c_str()) == INVALID_FILE_ATTRIBUTES;
+UniqueHandle OpenToWrite(const std::string& path, DWORD creation, DWORD flags) {
+    return OwnFile(CreateFileA(path.c_str(), GENERIC_WRITE, 0, nullptr, creation, flags, nullptr));
+}
+
+// Opens the file, or makes one that vanishes by itself: it is never deleted by its name, which may
+// be that of somebody else's file by then.
+UniqueHandle OpenProbe(const std::string& path, DWORD& error) {
+    for (int attempt = 1;; ++attempt) {
+        UniqueHandle made =
+            OpenToWrite(path, CREATE_NEW, FILE_ATTRIBUTE_NORMAL | FILE_FLAG_DELETE_ON_CLOSE);
+        const DWORD refusal = GetLastError();
+        if (made) return made;
+        UniqueHandle existing = OpenToWrite(path, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL);
+        error = GetLastError();
+        if (existing || error != ERROR_FILE_NOT_FOUND) return existing;
+        // Of a file that is not there, the reason why none can be made is what counts.
+        error = refusal;
+        const bool hasGone = refusal == ERROR_FILE_EXISTS;
+        if (!hasGone || attempt == kMaxAttempts) return nullptr;
+    }
 }
 
 int TestFile(const std::string& path, const std::string& shownName, std::string* errorText) {
@@ -88,18 +128,10 @@ int TestFile(const std::string& path, const std::string& shownName, std::string*
     const bool isFolder =
         attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
     const std::string probe = isFolder ? JoinPath(path, kProbeFileName) : path;
-    const bool absent = IsAbsent(probe);
-    UniqueHandle opened = OwnFile(CreateFileA(probe.c_str(), GENERIC_WRITE, 0, nullptr, OPEN_ALWAYS,
-                                              FILE_ATTRIBUTE_NORMAL, nullptr));
-    const DWORD error = GetLastError();
-    if (!opened) {
-        Describe(error, shownName, errorText);
-        return 0;
-    }
-    opened.reset();
-    // A file whose attributes could not be read is no absent one.
-    if (absent && error != ERROR_ALREADY_EXISTS) DeleteFileA(probe.c_str());
-    return 1;
+    DWORD error = ERROR_SUCCESS;
+    if (OpenProbe(probe, error)) return 1;
+    Describe(error, shownName, errorText);
+    return 0;
 }
 
 }  // namespace

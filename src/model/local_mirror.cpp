@@ -8,6 +8,7 @@
 #include "model/depot_paths.h"
 #include "model/fetched_file.h"
 #include "model/recovered_files.h"
+#include "model/working_copy_journal.h"
 #include "platform/error_text.h"
 #include "platform/local_file.h"
 #include "platform/paths.h"
@@ -29,14 +30,22 @@ Digest DigestOfContents(const FileBuffer& contents) {
     return DigestOf(contents.bytes.get(), contents.length);
 }
 
+WorkingCopySource SourceOf(CLDAPItems& directory, const std::string& dn) {
+    WorkingCopySource source = {{}, directory.SharedInfo().Key(), dn};
+    bool isFolder = false;
+    directory.SplitEntryName(dn, source.name, isFolder);
+    return source;
+}
+
 // Fetches one entry into a local file; one that cannot be fetched leaves an empty file.
-WorkingCopyOrigin FetchFile(CLDAPItems& directory, const std::string& dn,
+WorkingCopyOrigin FetchFile(CLDAPItems& directory, const WorkingCopySource& source,
                             const std::string& localPath) {
     FileBuffer contents;
-    const bool found = directory.ReadFileContents(dn, contents) != 0;
+    const bool found = directory.ReadFileContents(source.dn, contents) != 0;
     const std::uint32_t code = found ? std::uint32_t{LDAP_SUCCESS} : directory.LastError();
     const bool written = WriteLocalFile(localPath, contents.bytes.get(), contents.length);
     if (found && !written) return {LDAP_LOCAL_ERROR, std::nullopt};
+    NoteWorkingCopy(localPath, source, contents.bytes.get(), contents.length);
     if (!found || !DetectsConflicts(directory)) return {code, std::nullopt};
     return {code, DigestOfContents(contents)};
 }
@@ -46,7 +55,7 @@ class NewWorkingCopy {
 public:
     explicit NewWorkingCopy(std::string path) : path_(std::move(path)) {}
     ~NewWorkingCopy() {
-        if (!path_.empty()) DeleteFileA(path_.c_str());
+        if (!path_.empty()) DeleteWorkingCopy(path_);
     }
     NewWorkingCopy(const NewWorkingCopy&) = delete;
     NewWorkingCopy& operator=(const NewWorkingCopy&) = delete;
@@ -328,9 +337,12 @@ ConnectionScope::~ConnectionScope() {
 
 std::string FetchToLocal(CLDAPItems& directory, const std::string& dn, WorkingCopyOrigin* origin) {
     NewWorkingCopy copy(MakeTempFileName());
+    // Before anything waits for the server: users end programs that hang there.
+    const WorkingCopySource source = SourceOf(directory, dn);
+    NoteWorkingCopy(copy.Path(), source, nullptr, 0);
     const ConnectionScope connection(directory, nullptr);
     WorkingCopyOrigin fetched = {directory.LastError(), std::nullopt};
-    if (connection) fetched = FetchFile(directory, dn, copy.Path());
+    if (connection) fetched = FetchFile(directory, source, copy.Path());
     if (origin != nullptr) *origin = fetched;
     return connection ? copy.Release() : std::string();
 }
@@ -342,12 +354,17 @@ int ReleaseLocal(CLDAPItems& directory, const std::string& dn, const std::string
         return 0;
     }
     if (!writeBack) {
-        DeleteFileA(localPath.c_str());
+        DeleteWorkingCopy(localPath);
         return 1;
     }
     WriteBack work(directory, dn, localPath);
     const bool stored = work.Run(origin) == LDAP_SUCCESS;
-    if (!work.MustStay()) DeleteFileA(localPath.c_str());
+    // One that stays is left where the user is told that it is.
+    if (work.MustStay()) {
+        ForgetWorkingCopy(localPath);
+    } else {
+        DeleteWorkingCopy(localPath);
+    }
     // After the working copy is gone: nothing waits for the user.
     work.Report(errorText);
     return stored ? 1 : 0;

@@ -31,24 +31,60 @@ bool Identify(CurrentUser& user) {
     return GetTokenInformation(token.get(), TokenUser, user.bytes, size, &size) != FALSE;
 }
 
+// A description that gives everything to the user of the calling thread, who owns what is made with
+// it, and nothing to anyone else, whatever the folder grants. In buffers of a fixed size: some
+// callers must not lose what they made because memory runs out here.
+class PrivateDescription {
+public:
+    PrivateDescription() { built_ = Identify(user_) && Build(); }
+
+    // Null when the user cannot be told.
+    SECURITY_DESCRIPTOR* Get() { return built_ ? &descriptor_ : nullptr; }
+
+private:
+    bool Build() {
+        auto* const list = reinterpret_cast<ACL*>(bytes_);
+        return InitializeAcl(list, sizeof(bytes_), ACL_REVISION) &&
+               AddAccessAllowedAce(list, ACL_REVISION, FILE_ALL_ACCESS, user_.Sid()) &&
+               InitializeSecurityDescriptor(&descriptor_, SECURITY_DESCRIPTOR_REVISION) &&
+               SetSecurityDescriptorOwner(&descriptor_, user_.Sid(), FALSE) &&
+               SetSecurityDescriptorDacl(&descriptor_, TRUE, list, FALSE) &&
+               // Nothing of what the folder grants comes back.
+               SetSecurityDescriptorControl(&descriptor_, SE_DACL_PROTECTED, SE_DACL_PROTECTED);
+    }
+
+    CurrentUser user_ = {};
+    alignas(ACL) BYTE bytes_[sizeof(ACL) + sizeof(ACCESS_ALLOWED_ACE) + SECURITY_MAX_SID_SIZE] = {};
+    SECURITY_DESCRIPTOR descriptor_ = {};
+    bool built_ = false;
+};
+
 }  // namespace
 
-// In buffers of a fixed size: the caller has made the file already, and must not lose its name
-// because memory runs out here.
 void MakePrivate(const std::string& path) noexcept {
+    PrivateDescription description;
+    if (SECURITY_DESCRIPTOR* const rights = description.Get()) {
+        SetFileSecurityA(path.c_str(), DACL_SECURITY_INFORMATION, rights);
+    }
+}
+
+UniqueHandle CreatePrivateFile(const std::string& path, DWORD access, DWORD sharing) noexcept {
+    PrivateDescription description;
+    SECURITY_ATTRIBUTES rights = {sizeof(rights), description.Get(), FALSE};
+    if (rights.lpSecurityDescriptor == nullptr) return nullptr;
+    return OwnFile(CreateFileA(path.c_str(), access, sharing, &rights, CREATE_NEW,
+                               FILE_ATTRIBUTE_NORMAL, nullptr));
+}
+
+bool IsOwnedByUser(HANDLE file) noexcept {
+    alignas(SECURITY_DESCRIPTOR) BYTE bytes[sizeof(SECURITY_DESCRIPTOR) + SECURITY_MAX_SID_SIZE];
+    DWORD size = sizeof(bytes);
+    PSID owner = nullptr;
+    BOOL isDefault = FALSE;
     CurrentUser user = {};
-    if (!Identify(user)) return;
-    alignas(ACL) BYTE bytes[sizeof(ACL) + sizeof(ACCESS_ALLOWED_ACE) + SECURITY_MAX_SID_SIZE] = {};
-    auto* const list = reinterpret_cast<ACL*>(bytes);
-    SECURITY_DESCRIPTOR descriptor = {};
-    const bool built =
-        InitializeAcl(list, sizeof(bytes), ACL_REVISION) &&
-        AddAccessAllowedAce(list, ACL_REVISION, FILE_ALL_ACCESS, user.Sid()) &&
-        InitializeSecurityDescriptor(&descriptor, SECURITY_DESCRIPTOR_REVISION) &&
-        SetSecurityDescriptorDacl(&descriptor, TRUE, list, FALSE) &&
-        // Nothing of what the folder grants comes back.
-        SetSecurityDescriptorControl(&descriptor, SE_DACL_PROTECTED, SE_DACL_PROTECTED);
-    if (built) SetFileSecurityA(path.c_str(), DACL_SECURITY_INFORMATION, &descriptor);
+    return GetKernelObjectSecurity(file, OWNER_SECURITY_INFORMATION, bytes, size, &size) &&
+           GetSecurityDescriptorOwner(bytes, &owner, &isDefault) && owner != nullptr &&
+           Identify(user) && EqualSid(owner, user.Sid());
 }
 
 void CopyRights(const std::string& from, const std::string& to) {

@@ -3,11 +3,22 @@
 
 #include <string>
 
+#include "platform/handles.h"
+
 namespace depot {
 
 // Takes the file from everyone but the user of the calling thread, whatever its folder allows. A
 // file system that keeps no rights leaves it as it is.
 void MakePrivate(const std::string& path) noexcept;
+
+// Creates a file that does not exist yet, owned by the user of the calling thread and for nobody
+// else; null when there is one or none can be created. A file system that keeps no rights makes a
+// file like any other.
+UniqueHandle CreatePrivateFile(const std::string& path, DWORD access, DWORD sharing) noexcept;
+
+// Tells whether the user of the calling thread owns the file. Nobody can make a file that belongs
+// to somebody else. A file system that keeps no owners says no.
+bool IsOwnedByUser(HANDLE file) noexcept;
 
 // Gives a file the access list of another one, as far as both can be reached.
 void CopyRights(const std::string& from, const std::string& to);

@@ -5,6 +5,7 @@
 namespace depot {
 namespace {
 
+using test::DirectoryServer;
 using test::OperationCounts;
 
 class DirectoryWritabilityTest : public test::DepotFixture {
@@ -119,6 +120,105 @@ TEST_F(DirectoryWritabilityTest, NewFileInAnExistingFolderIsNotForReaders) {
     EXPECT_EQ(0, Test("x\\new.kra"));
     EXPECT_EQ(test::MessageFor(50), text_);
 }
+
+TEST_F(DirectoryWritabilityTest, ProbesBytesAreLikeNoOthers) {
+    server_.AddFolder("x", base_);
+    Choose();
+    static std::vector<std::string> added;
+    added.clear();
+    Directory().Client().ldap_add_s = [](LDAP*, PCHAR, LDAPModA* attributes[]) -> ULONG {
+        for (; *attributes != nullptr; ++attributes) {
+            if (((*attributes)->mod_op & LDAP_MOD_BVALUES) == 0) continue;
+            const berval& value = **(*attributes)->mod_vals.modv_bvals;
+            added.emplace_back(value.bv_val, value.bv_len);
+        }
+        return LDAP_BUSY;
+    };
+    Test("x\\new.kra");
+    Test("x\\new.kra");
+    ASSERT_EQ(2u, added.size());
+    EXPECT_NE(added[0], added[1]);
+    EXPECT_THAT(added[0], testing::StartsWith("DepotIntr tests whether"));
+}
+
+// A server that does not say which controls it knows, and one that cannot compare contents.
+constexpr char kSilentAboutControls[] =
+    "global access to dn.base=\"\" attrs=supportedControl by * none\n"
+    "global access to * by * write";
+constexpr char kWithoutComparison[] =
+    "no-schema\n"
+    "global attributetype ( 1.3.6.1.4.1.99999.1.1 NAME 'quillonFileContentsBinary' "
+    "SYNTAX 1.3.6.1.4.1.1466.115.121.1.40 SINGLE-VALUE )\n"
+    "global objectclass ( 1.3.6.1.4.1.99999.2.1 NAME 'quillonFolder' SUP top STRUCTURAL MUST cn )\n"
+    "global objectclass ( 1.3.6.1.4.1.99999.2.2 NAME 'quillonFileBinary' SUP top STRUCTURAL "
+    "MUST cn MAY quillonFileContentsBinary )";
+// One where an editor adds files but does not see what they hold.
+constexpr char kHidesContents[] =
+    "global access to attrs=quillonFileContentsBinary by * =awx\n"
+    "global access to * by * write";
+
+// The same on servers that test and delete in one request, and on others.
+class ProbeRemovalTest : public DirectoryWritabilityTest,
+                         public testing::WithParamInterface<const char*> {
+protected:
+    ProbeRemovalTest() : own_(GetParam()) {
+        Define(own_.Port(), test::kSuffix);
+        changed = this;
+    }
+
+    // Has someone do this as soon as the test has added an entry.
+    void AfterTheAddition(const std::string& ldif) {
+        change = ldif;
+        genuineAdd = Directory().Client().ldap_add_s;
+        Directory().Client().ldap_add_s = &AddThenChange;
+    }
+
+    static ULONG LDAPAPI AddThenChange(LDAP* connection, PCHAR dn, LDAPModA* attributes[]) {
+        const ULONG code = genuineAdd(connection, dn, attributes);
+        if (const std::string ldif = std::exchange(change, {}); !ldif.empty()) {
+            changed->own_.Apply(ldif);
+        }
+        return code;
+    }
+
+    static inline ProbeRemovalTest* changed = nullptr;
+    static inline std::string change;
+    static inline decltype(DirectoryClient::ldap_add_s) genuineAdd = nullptr;
+    const std::string entry_ = std::string("cn=new.kra,") + test::kSuffix;
+    DirectoryServer own_;
+};
+
+TEST_P(ProbeRemovalTest, ProbeIsRemoved) {
+    Choose();
+    EXPECT_EQ(1, Test("new.kra"));
+    EXPECT_FALSE(own_.Holds(entry_));
+}
+
+TEST_P(ProbeRemovalTest, FileThatSomebodyStoresMeanwhileStays) {
+    // Its contents are seen by nobody.
+    if (GetParam() == kHidesContents) return;
+    Choose();
+    AfterTheAddition("dn: " + entry_ +
+                     "\nchangetype: modify\nreplace: quillonFileContentsBinary\n"
+                     "quillonFileContentsBinary: theirs\n");
+    EXPECT_EQ(1, Test("new.kra"));
+    EXPECT_THAT(own_.Show(entry_), testing::HasSubstr("quillonFileContentsBinary"));
+}
+
+TEST_P(ProbeRemovalTest, FolderInWhichSomebodyStoresMeanwhileStays) {
+    Choose();
+    const std::string folder = std::string("cn=x,") + test::kSuffix;
+    AfterTheAddition("dn: cn=a.kra," + folder +
+                     "\nchangetype: add\nobjectClass: quillonFileBinary\ncn: a.kra\n"
+                     "quillonFileContentsBinary: theirs\n");
+    EXPECT_EQ(1, Test("x\\y\\z.kra"));
+    EXPECT_TRUE(own_.Holds("cn=a.kra," + folder));
+    EXPECT_FALSE(own_.Holds("cn=y," + folder));
+}
+
+INSTANTIATE_TEST_SUITE_P(Servers, ProbeRemovalTest,
+                         testing::Values("", kSilentAboutControls, kWithoutComparison,
+                                         kHidesContents));
 
 TEST_F(DirectoryWritabilityTest, UnreachableServerIsNotWritable) {
     Choose();

@@ -33,6 +33,9 @@
     FAULT(kFile, WritePrivateProfileStringA, FALSE, ERROR_DISK_FULL)                 \
     FAULT(kFile, SHFileOperationA, ERROR_ACCESS_DENIED, ERROR_ACCESS_DENIED)         \
     FAULT(kFile, GetFileInformationByHandle, FALSE, ERROR_ACCESS_DENIED)             \
+    FAULT(kFile, SetFileInformationByHandle, FALSE, ERROR_ACCESS_DENIED)             \
+    FAULT(kFile, GetKernelObjectSecurity, FALSE, ERROR_ACCESS_DENIED)                \
+    FAULT(kFile, GetFileSizeEx, FALSE, ERROR_READ_FAULT)                             \
     FAULT(kFile, GetShortPathNameA, 0, ERROR_ACCESS_DENIED)                          \
     FAULT(kFile, SetFileSecurityA, FALSE, ERROR_ACCESS_DENIED)                       \
     TAKES(kFile, SHGetSpecialFolderLocation, E_FAIL, ERROR_ACCESS_DENIED, kItemList) \
@@ -80,6 +83,7 @@
     FAULT(kDirectory, ldap_modify_ext_sA, LDAP_SERVER_DOWN, 0)                        \
     FAULT(kDirectory, ldap_start_tls_sA, LDAP_SERVER_DOWN, 0)                         \
     FAULT(kDirectory, ldap_delete_sA, LDAP_SERVER_DOWN, 0)                            \
+    FAULT(kDirectory, ldap_delete_ext_sA, LDAP_SERVER_DOWN, 0)                        \
     FAULT(kDirectory, ldap_rename_ext_sA, LDAP_SERVER_DOWN, 0)                        \
     FAULT(kDirectory, ldap_check_filterA, LDAP_NO_MEMORY, 0)                          \
     FAULT(kDirectory, ldap_first_entry, nullptr, LDAP_NO_MEMORY)                      \

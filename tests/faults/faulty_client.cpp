@@ -18,6 +18,11 @@ FaultyClientTest::FaultyClientTest() {
     items_ = std::make_unique<CLDAPItems>(location_.get());
     EXPECT_EQ(1, items_->ConnectLocation(nullptr));
     DefineDirectoryDepot(depots_, "Corp", server_.Port(), base_);
+    // From the first working copy on the component holds its journal, for good: also a test on a
+    // folder may come to have one, where memory for the definition of its depot runs out.
+    LONG_PTR handle = 0;
+    EXPECT_EQ(S_OK, api_->DPLoadFile(&handle, Text("<Corp>\\first.kra")));
+    EXPECT_EQ(S_OK, api_->DPUnInitialize(handle));
 }
 
 FaultyClientTest::Contents FaultyClientTest::Get(const std::string& displayPath) {

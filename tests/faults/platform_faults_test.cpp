@@ -6,7 +6,11 @@
 #include <new>
 
 #include "faults/fault_series.h"
+#include "model/abandoned_copies.h"
+#include "model/working_copy_record.h"
+#include "platform/checksum.h"
 #include "platform/low_memory.h"
+#include "platform/private_file.h"
 #include "platform/temp_file.h"
 #include "support/working_files.h"
 
@@ -42,6 +46,59 @@ TEST_F(PlatformFaultsTest, TemporaryFileIsThereOnlyWhereItsNameIsReturned) {
             } else {
                 EXPECT_THAT(WorkingCopies(), ElementsAre(name));
             }
+        },
+    });
+}
+
+// The working copy and the journal of a process that was ended.
+class AbandonedCopy {
+public:
+    AbandonedCopy() {
+        CleanWorkingFiles();
+        for (const std::string& path : FilesIn(Folder(), kWorkingCopyJournals)) {
+            DeleteFileA(path.c_str());
+        }
+        Write("lda1.tmp", kEdit, sizeof(kEdit) - 1);
+        const WorkingCopyRecordBytes record =
+            EncodeWorkingCopy({"lda1.tmp", "a.kra", "server:389", "cn=a.kra", 3, 0});
+        Write(WorkingCopyJournalName(1, 1), record.data(), record.size());
+    }
+
+    static std::string Folder() {
+        char folder[MAX_PATH] = {};
+        const DWORD length = GetTempPathA(sizeof(folder), folder);
+        return std::string(folder, length - 1);
+    }
+
+    static constexpr char kEdit[] = "[S]\r\nK=new\r\n";
+
+private:
+    static void Write(const std::string& name, const void* bytes, std::size_t length) {
+        const std::string path = Folder() + "\\" + name;
+        const UniqueHandle file = CreatePrivateFile(path, GENERIC_WRITE, 0);
+        DWORD written = 0;
+        WriteFile(file.get(), bytes, static_cast<DWORD>(length), &written, nullptr);
+    }
+};
+
+TEST_F(PlatformFaultsTest, SweepLosesNoEditOfAnAbandonedCopy) {
+    const std::string folder = AbandonedCopy::Folder();
+    RunWithFaults({
+        [] { AbandonedCopy(); },
+        [&] {
+            try {
+                SweepAbandonedCopies(folder);
+            } catch (const std::bad_alloc&) {
+                return;
+            }
+        },
+        [](std::optional<Fault> failing) {
+            std::vector<std::string> kept = RecoveredFiles();
+            const std::vector<std::string> copies = WorkingCopies();
+            EXPECT_TRUE(failing || copies.empty());
+            kept.insert(kept.end(), copies.begin(), copies.end());
+            ASSERT_FALSE(kept.empty());
+            for (const std::string& path : kept) EXPECT_EQ(AbandonedCopy::kEdit, FileBytes(path));
         },
     });
 }

@@ -4,6 +4,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cstring>
+#include <fstream>
+#include <utility>
+
 #include "model/depots.h"
 #include "platform/error_text.h"
 #include "platform/handles.h"
@@ -112,13 +116,13 @@ struct AskedFile {
     DWORD attributes;
     HANDLE model;
 };
-AskedFile askedFile;
+std::vector<AskedFile> askedFiles;
 DWORD refusal = 0;
 
 HANDLE WINAPI RefuseFile(const char* path, DWORD access, DWORD sharing,
                          SECURITY_ATTRIBUTES* security, DWORD creation, DWORD attributes,
                          HANDLE model) {
-    askedFile = {path, access, sharing, security, creation, attributes, model};
+    askedFiles.push_back({path, access, sharing, security, creation, attributes, model});
     SetLastError(refusal);
     return INVALID_HANDLE_VALUE;
 }
@@ -129,17 +133,76 @@ TEST_F(FolderWritabilityTest, EveryRefusalMeansNotWritable) {
     for (const DWORD error : {ERROR_ACCESS_DENIED, ERROR_FILE_EXISTS, ERROR_ALREADY_EXISTS,
                               ERROR_DISK_FULL, ERROR_WRITE_PROTECT}) {
         SCOPED_TRACE(error);
+        askedFiles.clear();
         refusal = error;
         EXPECT_EQ(0, Test(folder_.Path() + "\\"));
         EXPECT_EQ(TextOf(error, folder_.Path() + "\\"), text_);
     }
-    EXPECT_EQ(folder_.At("____Test____Writable____File___.twr"), askedFile.path);
-    EXPECT_EQ(DWORD{GENERIC_WRITE}, askedFile.access);
-    EXPECT_EQ(0u, askedFile.sharing);
-    EXPECT_EQ(nullptr, askedFile.security);
-    EXPECT_EQ(DWORD{OPEN_ALWAYS}, askedFile.creation);
-    EXPECT_EQ(DWORD{FILE_ATTRIBUTE_NORMAL}, askedFile.attributes);
-    EXPECT_EQ(nullptr, askedFile.model);
+    ASSERT_EQ(2u, askedFiles.size());
+    for (const AskedFile& asked : askedFiles) {
+        EXPECT_EQ(folder_.At("____Test____Writable____File___.twr"), asked.path);
+        EXPECT_EQ(DWORD{GENERIC_WRITE}, asked.access);
+        EXPECT_EQ(0u, asked.sharing);
+        EXPECT_EQ(nullptr, asked.security);
+        EXPECT_EQ(nullptr, asked.model);
+    }
+    EXPECT_EQ(DWORD{CREATE_NEW}, askedFiles[0].creation);
+    EXPECT_EQ(DWORD{FILE_ATTRIBUTE_NORMAL | FILE_FLAG_DELETE_ON_CLOSE}, askedFiles[0].attributes);
+    EXPECT_EQ(DWORD{OPEN_EXISTING}, askedFiles[1].creation);
+    EXPECT_EQ(DWORD{FILE_ATTRIBUTE_NORMAL}, askedFiles[1].attributes);
+}
+
+HANDLE WINAPI RefuseNewFile(const char* path, DWORD access, DWORD sharing,
+                            SECURITY_ATTRIBUTES* security, DWORD creation, DWORD attributes,
+                            HANDLE model) {
+    if (creation != OPEN_EXISTING) {
+        SetLastError(refusal);
+        return INVALID_HANDLE_VALUE;
+    }
+    return ::CreateFileW(std::wstring(path, path + std::strlen(path)).c_str(), access, sharing,
+                         security, creation, attributes, model);
+}
+
+TEST_F(FolderWritabilityTest, FileThatMayOnlyBeOpenedIsWritable) {
+    const std::string path = folder_.MakeFile("a.kra", "bytes");
+    const test::ImportPatch<OpenFile> opening("CreateFileA", &RefuseNewFile);
+    ASSERT_TRUE(opening.IsInPlace());
+    refusal = ERROR_ACCESS_DENIED;
+    EXPECT_EQ(1, Test(path));
+    // Of one that is not there, the reason why none can be made is told.
+    EXPECT_EQ(0, Test(folder_.At("new.kra")));
+    EXPECT_EQ(TextOf(ERROR_ACCESS_DENIED, folder_.At("new.kra")), text_);
+}
+
+TEST_F(FolderWritabilityTest, FileThatComesAndGoesIsTriedAFewTimes) {
+    const test::ImportPatch<OpenFile> opening("CreateFileA", &RefuseNewFile);
+    ASSERT_TRUE(opening.IsInPlace());
+    refusal = ERROR_FILE_EXISTS;
+    EXPECT_EQ(0, Test(folder_.At("new.kra")));
+    EXPECT_EQ(TextOf(ERROR_FILE_EXISTS, folder_.At("new.kra")), text_);
+}
+
+// The file that somebody stores as soon as the test has closed its own.
+std::string storedMeanwhile;
+decltype(&CloseHandle) genuineClose = nullptr;
+
+BOOL WINAPI CloseThenStore(HANDLE handle) {
+    const BOOL closed = genuineClose(handle);
+    if (const std::string path = std::exchange(storedMeanwhile, {}); !path.empty()) {
+        std::ofstream(path, std::ios::binary) << "theirs";
+    }
+    return closed;
+}
+
+TEST_F(FolderWritabilityTest, FileThatSomebodyStoresMeanwhileStays) {
+    for (const std::string& path : {folder_.At("new.kra"), folder_.At(kProbeFileName)}) {
+        const test::ImportPatch<decltype(&CloseHandle)> closing("CloseHandle", &CloseThenStore);
+        ASSERT_TRUE(closing.IsInPlace());
+        genuineClose = closing.Genuine();
+        storedMeanwhile = path;
+        EXPECT_EQ(1, Test(path.ends_with(".twr") ? folder_.Path() : path));
+        EXPECT_EQ("theirs", test::FileBytes(path));
+    }
 }
 
 // A depot whose root is one folder, tested through what is remembered of it.
