@@ -33,7 +33,7 @@ CDepots& DepotSession::Depots() {
 }
 
 void DepotSession::ShareUserFolder() {
-    FillSlot(Depots().GetReplacers()->Data()->userFolder, folders_.UserFolder());
+    Depots().ShareUserFolder(folders_.UserFolder());
 }
 
 void DepotSession::LoadFile(const std::string& path) {

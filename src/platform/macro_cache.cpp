@@ -3,10 +3,31 @@
 #include <algorithm>
 #include <cstring>
 
+#include "platform/win32.h"
+
 namespace depot {
 namespace {
 
 constexpr char kGenericBlockPrefix[] = "Quillon - Generic - Replacers - ";
+
+// One for all holders of this module: their views show one block at several addresses.
+SRWLOCK valuesLock = SRWLOCK_INIT;
+
+class ReadingScope {
+public:
+    ReadingScope() { AcquireSRWLockShared(&valuesLock); }
+    ~ReadingScope() { ReleaseSRWLockShared(&valuesLock); }
+    ReadingScope(const ReadingScope&) = delete;
+    ReadingScope& operator=(const ReadingScope&) = delete;
+};
+
+class WritingScope {
+public:
+    WritingScope() { AcquireSRWLockExclusive(&valuesLock); }
+    ~WritingScope() { ReleaseSRWLockExclusive(&valuesLock); }
+    WritingScope(const WritingScope&) = delete;
+    WritingScope& operator=(const WritingScope&) = delete;
+};
 
 }  // namespace
 
@@ -15,8 +36,9 @@ std::string SlotText(const MacroSlot& slot) {
 }
 
 void FillSlot(MacroSlot& slot, const std::string& text) {
-    std::memset(slot, 0, sizeof(slot));
-    std::memcpy(slot, text.data(), std::min(text.size(), sizeof(slot) - 1));
+    MacroSlot filled = {};
+    std::memcpy(filled, text.data(), std::min(text.size(), sizeof(filled) - 1));
+    if (std::strncmp(slot, filled, sizeof(slot)) != 0) std::memcpy(slot, filled, sizeof(slot));
 }
 
 MacroCacheHolder::MacroCacheHolder(std::uint32_t shared, const std::string& name)
@@ -25,6 +47,16 @@ MacroCacheHolder::MacroCacheHolder(std::uint32_t shared, const std::string& name
     const std::string blockName = name.empty() ? ProcessBlockName(kGenericBlockPrefix) : name;
     OpenSharedBlock(blockName.c_str(), sizeof(MacroValues), handle_, view_);
     if (view_) data_ = static_cast<MacroValues*>(view_.get());
+}
+
+MacroValues MacroCacheHolder::Copy() const {
+    const ReadingScope reading;
+    return *data_;
+}
+
+void MacroCacheHolder::Change(const std::function<void(MacroValues& values)>& change) {
+    const WritingScope writing;
+    change(*data_);
 }
 
 }  // namespace depot
