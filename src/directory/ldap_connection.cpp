@@ -152,6 +152,13 @@ int CLDAPItems::Close() {
     return client_.ldap_unbind_s(handle_.release()) == LDAP_SUCCESS ? 1 : 0;
 }
 
+bool CLDAPItems::LeaveConnections() {
+    bool any = handle_.release() != nullptr;
+    for (UniqueLdap& replaced : replacedHandles_) any = replaced.release() != nullptr || any;
+    connected_ = 0;
+    return any;
+}
+
 int CLDAPItems::PromptAndConnect(std::string* errorText) {
     if (PromptingIsOff()) return Fail(LDAP_USER_CANCELLED, errorText);
     const PromptResult answer = AskForCredentials();
@@ -180,7 +187,7 @@ CLDAPItems::PromptResult CLDAPItems::AskForCredentials() {
     CredentialsPrompt* const prompt = Prompt();
     if (prompt == nullptr || !prompt->Show(credentials)) {
         location_->password.clear();
-        TurnPromptingOff();
+        if (prompt == nullptr || prompt->CancelIsForAll()) TurnPromptingOff();
         return PromptResult::kCancelled;
     }
     SetUserName(credentials.userName);

@@ -4,6 +4,8 @@
 #include "manager/display_path.h"
 #include "manager/resolve_item.h"
 #include "model/depot_item.h"
+#include "model/kept_working_copy.h"
+#include "model/recovered_files.h"
 #include "platform/paths.h"
 #include "platform/text.h"
 #include "platform/win32.h"
@@ -73,6 +75,7 @@ void DepotFileContext::WriteString(const std::string& section, const std::string
                                    const std::string& value, const std::string* comparison) {
     changed = true;
     if (localPath.empty()) return;
+    if (isWorkingCopy_ && recoveredFolder_.empty()) recoveredFolder_ = RecoveredFolder();
     const bool removes = value.empty() || (comparison && EqualsNoCase(value, *comparison));
     WriteProfileValue(section.c_str(), key.c_str(), removes ? nullptr : value.c_str(),
                       localPath.c_str());
@@ -95,6 +98,14 @@ int DepotFileContext::Release() {
     isWorkingCopy_ = false;
     localPath.clear();
     return result;
+}
+
+void DepotFileContext::KeepLocally() noexcept try {
+    if (!isWorkingCopy_ || !changed) return;
+    isWorkingCopy_ = false;  // what cannot be kept elsewhere stays where it is
+    KeepWorkingCopy(localPath, NamePart(depotPath), recoveredFolder_);
+} catch (...) {
+    return;
 }
 
 }  // namespace depot

@@ -47,4 +47,10 @@ void DepotSession::ReleaseFile() {
     currentFile.reset();
 }
 
+bool DepotSession::Leave() noexcept {
+    if (currentFile) currentFile->KeepLocally();
+    currentFile.reset();
+    return depots_ && depots_->LeaveConnections();
+}
+
 }  // namespace depot

@@ -160,6 +160,11 @@ MacroCacheHolder& CDepots::OpenReplacers() {
     return *replacerCache;
 }
 
+bool CDepots::LeaveConnections() {
+    return std::count_if(begin(), end(), [](CDepot* depot) { return depot->LeaveConnections(); }) >
+           0;
+}
+
 std::string CDepots::GetUserDir(bool useCache) {
     if (!userDirOverride.empty() || !useCache) return userDirOverride;
     return SlotText(CopyReplacers().userFolder);

@@ -70,6 +70,9 @@ public:
     // it is that already nothing is written.
     void ShareUserFolder(const std::string& userDir);
 
+    // See CLDAPItems::LeaveConnections.
+    bool LeaveConnections();
+
     // Returns the user's folder: the override when there is one, else, with `useCache`, the one in
     // the macro cache, else nothing.
     std::string GetUserDir(bool useCache);
