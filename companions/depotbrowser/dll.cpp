@@ -11,6 +11,8 @@
 #include "host/language_settings.h"
 #include "model/localization.h"
 #include "platform/compiler.h"
+#include "platform/directory_client.h"
+#include "platform/directory_service.h"
 #include "platform/module_state.h"
 #include "platform/no_destructor.h"
 #include "platform/system_code_page.h"
@@ -62,13 +64,21 @@ BOOL Attach() noexcept try {
     return FALSE;
 }
 
+// Workers, which alone use these libraries, keep the DLL loaded.
+void Detach() {
+    AttachedModule().reset();
+    FreePromptTexts();
+    FreeDirectoryClient();
+    FreeDirectoryService();
+}
+
 }  // namespace
 }  // namespace depot
 
 DEPOT_ENTRY_POINT BOOL WINAPI DllMain(HINSTANCE, DWORD reason, void* processEnds) {
     if (reason == DLL_PROCESS_ATTACH) return depot::Attach();
     // While a process ends nothing may be touched that other libraries may already have given up.
-    if (reason == DLL_PROCESS_DETACH && processEnds == nullptr) depot::AttachedModule().reset();
+    if (reason == DLL_PROCESS_DETACH && processEnds == nullptr) depot::Detach();
     return TRUE;
 }
 

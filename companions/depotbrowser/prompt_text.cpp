@@ -1,10 +1,11 @@
 #include "depotbrowser/prompt_text.h"
 
+#include <atomic>
+
 #include "host/resource_library.h"
 #include "platform/directory_service.h"
-#include "platform/handles.h"
+#include "platform/kept_library.h"
 #include "platform/module_state.h"
-#include "platform/no_destructor.h"
 #include "platform/text.h"
 #include "platform/wide_text.h"
 
@@ -16,11 +17,16 @@ constexpr int kResourceCategory = 1;
 constexpr int kResourceItem = 3;
 
 // The library of the user's language, kept loaded once a dialog has been shown.
+KeptLibrary localized;
+std::atomic<bool> lookedFor = false;
+
 HMODULE LocalizedLibrary() {
-    static NoDestructor<UniqueModule> library(LoadResourceLibrary(
+    if (lookedFor) return localized.Get();
+    const HMODULE library = localized.Keep(LoadResourceLibrary(
         EnsureTrailingBackslash(GetStandardFolder(kResourceCategory, kResourceItem)) +
         kResourceLibraryName));
-    return library->get();
+    lookedFor = true;
+    return library;
 }
 
 }  // namespace
@@ -33,14 +39,18 @@ std::wstring LibraryText(HMODULE library, UINT id) {
 }
 
 std::wstring PromptText(UINT id) {
-    const HMODULE localized = LocalizedLibrary();
-    std::wstring text = localized ? LibraryText(localized, id) : std::wstring();
+    const HMODULE library = LocalizedLibrary();
+    std::wstring text = library != nullptr ? LibraryText(library, id) : std::wstring();
     return text.empty() ? LibraryText(OwnModule(), id) : text;
 }
 
 std::optional<std::string> PromptTextForNames(unsigned id) {
     const std::wstring text = PromptText(id);
     return text.empty() ? std::nullopt : ExactAnsiFromWide(text);
+}
+
+void FreePromptTexts() {
+    localized.Free();
 }
 
 }  // namespace depot

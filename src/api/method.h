@@ -5,6 +5,7 @@
 #include <string>
 
 #include "api/automation_text.h"
+#include "api/call_count.h"
 #include "api/session_table.h"
 #include "platform/compiler.h"
 #include "platform/module_state.h"
@@ -22,6 +23,7 @@ inline HRESULT ToResult(bool succeeded) {
 // returns whether the method succeeded. The trace names the method that calls, here and below.
 template <class Body>
 HRESULT RunMethod(const Body& body, const char* method = DEPOT_CALLER_NAME) noexcept {
+    const CallScope call;
     const TraceSpan span(method);
     HRESULT result = S_FALSE;
     try {

@@ -101,13 +101,30 @@ void SessionTable::Abandon(LONG_PTR handle) {
     Remove(handle);
 }
 
-void SessionTable::DestroyAll() {
-    std::unordered_map<LONG_PTR, Use> left;
-    {
-        const std::lock_guard guard(lock_);
-        left.swap(sessions_);
+SessionTable::~SessionTable() {
+    for (const auto& [handle, use] : sessions_) std::destroy_at(AsSession(handle));
+}
+
+bool SessionTable::EndThoseLeft(const std::function<bool()>& goesOn) {
+    for (const LONG_PTR handle : IdleHandles()) {
+        if (!goesOn()) break;
+        if (RemoveIdle(handle)) DestroyRemoved(handle);
     }
-    for (const auto& [handle, use] : left) DestroyRemoved(handle);
+    const std::lock_guard guard(lock_);
+    return sessions_.empty();
+}
+
+bool SessionTable::LeaveAll() noexcept {
+    const std::lock_guard guard(lock_);
+    bool quiet = true;
+    for (const auto& [handle, use] : sessions_) {
+        if (use.busy || AsSession(handle)->Leave()) quiet = false;
+        if (use.busy) continue;  // a call may still come back to it
+        std::destroy_at(AsSession(handle));
+        pool_.Free(AsSession(handle));
+    }
+    sessions_.clear();
+    return quiet;
 }
 
 bool SessionTable::IsLive(LONG_PTR handle) const {
@@ -133,6 +150,23 @@ LONG_PTR SessionTable::Remove(LONG_PTR handle) {
     if (found->second.busy) return 0;
     sessions_.erase(found);
     return live;
+}
+
+bool SessionTable::RemoveIdle(LONG_PTR handle) {
+    const std::lock_guard guard(lock_);
+    const auto found = sessions_.find(handle);
+    if (found == sessions_.end() || found->second.busy) return false;
+    sessions_.erase(found);
+    return true;
+}
+
+std::vector<LONG_PTR> SessionTable::IdleHandles() {
+    const std::lock_guard guard(lock_);
+    std::vector<LONG_PTR> handles;
+    for (const auto& [handle, use] : sessions_) {
+        if (!use.busy) handles.push_back(handle);
+    }
+    return handles;
 }
 
 void SessionTable::DestroyRemoved(LONG_PTR handle) {

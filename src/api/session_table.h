@@ -1,9 +1,11 @@
 // The sessions that clients hold handles to.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <unordered_map>
+#include <vector>
 
 #include "manager/depot_session.h"
 #include "platform/low_memory.h"
@@ -45,12 +47,19 @@ public:
     // Takes a session out of reach of every handle without ending it.
     void Abandon(LONG_PTR handle);
 
-    // Ends every session that clients left behind.
-    void DestroyAll();
+    // Ends the sessions that clients left behind, one after another as long as `goesOn` says so,
+    // but for those that a call is at work on. While one of them is written back, messages may run
+    // other calls: sessions that come meanwhile are left alone. Returns whether no session is left.
+    bool EndThoseLeft(const std::function<bool()>& goesOn);
+
+    // Ends all sessions while the library is being taken out of the process, where nothing may
+    // wait: nothing is stored, asked or shown, and changed working copies are kept among the
+    // recovered files. Returns whether nothing is at work any more: no call and no connection.
+    bool LeaveAll() noexcept;
 
     // For Instance only, which does not end before the DLL is taken out of the process.
     SessionTable() = default;
-    ~SessionTable() { DestroyAll(); }
+    ~SessionTable();
     SessionTable(const SessionTable&) = delete;
     SessionTable& operator=(const SessionTable&) = delete;
 
@@ -64,6 +73,8 @@ private:
     bool IsLive(LONG_PTR handle) const;
     LONG_PTR LiveHandle(LONG_PTR handle) const;
     LONG_PTR Remove(LONG_PTR handle);
+    bool RemoveIdle(LONG_PTR handle);
+    std::vector<LONG_PTR> IdleHandles();
     void DestroyRemoved(LONG_PTR handle);
 
     std::mutex lock_;

@@ -21,6 +21,9 @@ public:
     // Returns true when the user confirmed, with both texts replaced by what was typed; false, with
     // `credentials` as they were, when the user cancelled or nothing could be shown.
     virtual bool Show(Credentials& credentials) = 0;
+
+    // Whether a prompt that was cancelled turns prompting for the server off in every process.
+    virtual bool CancelIsForAll() const { return true; }
 };
 
 }  // namespace depot

@@ -189,6 +189,13 @@ int CLDAPItems::Close() {
     return client_.ldap_unbind_s(handle_.release()) == LDAP_SUCCESS ? 1 : 0;
 }
 
+bool CLDAPItems::LeaveConnections() {
+    bool any = handle_.release() != nullptr;
+    for (UniqueLdap& replaced : replacedHandles_) any = replaced.release() != nullptr || any;
+    connected_ = 0;
+    return any;
+}
+
 int CLDAPItems::PromptAndConnect(std::string* errorText) {
     switch (AskForCredentials(PromptUnlessOff(), nullptr)) {
         case PromptResult::kCancelled:
@@ -223,7 +230,7 @@ CLDAPItems::PromptResult CLDAPItems::AskForCredentials(CredentialsPrompt* prompt
     if (prompt == nullptr) return PromptResult::kNobodyAsked;
     if (!prompt->Show(credentials)) {
         location_->password.clear();
-        TurnPromptingOff();
+        if (prompt == nullptr || prompt->CancelIsForAll()) TurnPromptingOff();
         return PromptResult::kCancelled;
     }
     SetUserName(credentials.userName);

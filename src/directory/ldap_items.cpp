@@ -1,5 +1,7 @@
 #include "directory/ldap_items.h"
 
+#include <atomic>
+
 #include "platform/error_text.h"
 #include "platform/user_notice.h"
 
@@ -9,7 +11,7 @@ namespace {
 constexpr char kMessageTitle[] = "Quillon";
 constexpr char kErrorPrefix[] = "LDAP: ";
 
-CredentialsPrompt* installedPrompt = nullptr;
+std::atomic<CredentialsPrompt*> installedPrompt = nullptr;
 
 const std::string& OrDefault(const std::string& name, const std::string& defaultName) {
     return name.empty() ? defaultName : name;
@@ -29,8 +31,8 @@ std::string TextOf(const char (&field)[DirectoryInfo::kTextBytes]) {
 
 }  // namespace
 
-void InstallCredentialsPrompt(CredentialsPrompt* prompt) {
-    installedPrompt = prompt;
+CredentialsPrompt* InstallCredentialsPrompt(CredentialsPrompt* prompt) {
+    return installedPrompt.exchange(prompt);
 }
 
 CLDAPItems::CLDAPItems(CDepotPath* location)
@@ -42,7 +44,7 @@ CLDAPItems::CLDAPItems(CDepotPath* location)
 CLDAPItems::~CLDAPItems() = default;
 
 CredentialsPrompt* CLDAPItems::Prompt() const {
-    return ownPrompt_.value_or(installedPrompt);
+    return ownPrompt_.value_or(installedPrompt.load());
 }
 
 NamingAttributes CLDAPItems::NamingNames() const {

@@ -44,8 +44,8 @@ inline constexpr char kDefaultContentsAttribute[] = "quillonFileContentsBinary";
 
 // Makes `prompt` the one that every connection asks for credentials from now on; it stays the
 // caller's. With null, as at the beginning, nobody can be asked: what would have to be asked fails
-// as if prompting were off, which stays as it is for all other processes.
-void InstallCredentialsPrompt(CredentialsPrompt* prompt);
+// as if prompting were off, which stays as it is for all other processes. Returns the one before.
+CredentialsPrompt* InstallCredentialsPrompt(CredentialsPrompt* prompt);
 
 // The directory access object of one location. Borrows the location's record, or owns a default one
 // when it is given none; owns its connections. Used by one thread at a time.
@@ -81,6 +81,11 @@ public:
     // Ends the connection; the object can connect again. Returns 0 only when the client could not
     // unbind.
     int Close();
+
+    // Forgets the connection and the handles of failed binds without ending them, for a library
+    // that is being taken out of the process: ending one takes the network. Returns whether there
+    // were any.
+    bool LeaveConnections();
 
     // Asks for credentials, unless they are known and no error is recorded for the server, and
     // connects with them. Returns 0 with code 88 when the user cancels (with a message box) or when

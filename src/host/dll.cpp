@@ -1,11 +1,11 @@
 // The entry points of the DLL.
 #include <optional>
 
-#include "api/session_table.h"
-#include "directory/ldap_items.h"
 #include "host/app.h"
 #include "host/module.h"
+#include "host/unloading.h"
 #include "platform/compiler.h"
+#include "platform/directory_service.h"
 #include "platform/module_state.h"
 #include "platform/no_destructor.h"
 #include "platform/trace.h"
@@ -30,15 +30,14 @@ BOOL Attach() noexcept try {
 } catch (...) {
     // Without memory the system detaches the DLL at once and takes it out of the process again.
     AttachedModule().reset();
+    FreeDirectoryService();
     StopTrace();
     return FALSE;
 }
 
 void Detach() {
     if (!AttachedModule()) return;
-    // Nobody can be asked while a library is being unloaded.
-    InstallCredentialsPrompt(nullptr);
-    std::destroy_at(&SessionTable::Instance());
+    LeaveProcess();
     App().ExitInstance();
     AttachedModule().reset();
     StopTrace();
@@ -56,8 +55,7 @@ DEPOT_ENTRY_POINT BOOL WINAPI DllMain(HINSTANCE, DWORD reason, void* processEnds
 
 DEPOT_ENTRY_POINT HRESULT WINAPI DllCanUnloadNow() {
     const depot::ModuleStateScope scope;
-    const bool unused = depot::App().CanUnloadNow() == S_OK && depot::Module().GetLockCount() == 0;
-    return unused ? S_OK : S_FALSE;
+    return depot::App().CanUnloadNow() == S_OK && depot::PrepareUnloading() ? S_OK : S_FALSE;
 }
 
 DEPOT_ENTRY_POINT HRESULT WINAPI DllGetClassObject(REFCLSID classId, REFIID interfaceId,

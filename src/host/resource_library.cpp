@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "host/language_settings.h"
+#include "platform/kept_library.h"
 #include "platform/paths.h"
 #include "platform/wide_text.h"
 
@@ -11,18 +12,6 @@ namespace depot {
 namespace {
 
 std::atomic<HMODULE> resourceLibrary{nullptr};
-
-// Keeps the system from reporting a damaged library in a box of its own.
-class QuietLoadScope {
-public:
-    QuietLoadScope() { SetThreadErrorMode(SEM_FAILCRITICALERRORS, &previous_); }
-    ~QuietLoadScope() { SetThreadErrorMode(previous_, nullptr); }
-    QuietLoadScope(const QuietLoadScope&) = delete;
-    QuietLoadScope& operator=(const QuietLoadScope&) = delete;
-
-private:
-    DWORD previous_ = 0;
-};
 
 // Whole characters are converted here: in a double-byte code page the second byte of a character
 // may look like a capital letter.

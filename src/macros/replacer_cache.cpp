@@ -28,12 +28,13 @@ std::string ReplacerBlockName() {
 std::unique_ptr<MacroCacheHolder> OpenReplacerCache(const std::string& userDir,
                                                     const std::string& languageCode) {
     auto cache = std::make_unique<MacroCacheHolder>(1, ReplacerBlockName());
-    MacroValues& values = *cache->Data();
-    if (IsEmpty(values.userFolder)) {
-        FillSlot(values.organization, kOrganization);
-        FillSlot(values.userFolder, userDir);
-    }
-    if (IsEmpty(values.languageCode)) FillSlot(values.languageCode, languageCode);
+    cache->Change([&](MacroValues& values) {
+        if (IsEmpty(values.userFolder)) {
+            FillSlot(values.organization, kOrganization);
+            FillSlot(values.userFolder, userDir);
+        }
+        if (IsEmpty(values.languageCode)) FillSlot(values.languageCode, languageCode);
+    });
     return cache;
 }
 

@@ -5,6 +5,8 @@
 #include "manager/resolve_item.h"
 #include "model/depot_item.h"
 #include "model/working_copy_journal.h"
+#include "model/kept_working_copy.h"
+#include "model/recovered_files.h"
 #include "platform/paths.h"
 #include "platform/text.h"
 #include "platform/win32.h"
@@ -75,6 +77,7 @@ void DepotFileContext::WriteString(const std::string& section, const std::string
     changed = true;
     // The system would put any other file into its own folder or the process's current one.
     if (!IsAbsolutePath(localPath)) return;
+    if (isWorkingCopy_ && recoveredFolder_.empty()) recoveredFolder_ = RecoveredFolder();
     const bool removes = value.empty() || (comparison && EqualsNoCase(value, *comparison));
     WriteProfileValue(section.c_str(), key.c_str(), removes ? nullptr : value.c_str(),
                       localPath.c_str());
@@ -97,6 +100,14 @@ int DepotFileContext::Release() {
     isWorkingCopy_ = false;
     localPath.clear();
     return result;
+}
+
+void DepotFileContext::KeepLocally() noexcept try {
+    if (!isWorkingCopy_ || !changed) return;
+    isWorkingCopy_ = false;  // what cannot be kept elsewhere stays where it is
+    KeepWorkingCopy(localPath, NamePart(depotPath), recoveredFolder_);
+} catch (...) {
+    return;
 }
 
 }  // namespace depot

@@ -46,6 +46,11 @@ public:
     // can be let go of again; a changed working copy then stays even without that.
     int Release();
 
+    // Lets go of the local file while the library is being taken out of the process: a changed
+    // working copy is kept among the recovered files and not stored. No server is asked and nothing
+    // is shown.
+    void KeepLocally() noexcept;
+
     CDepot* depot = nullptr;  // null for a plain file; never owned
     std::string depotPath;    // the path by which clients name the file
     std::string localPath;    // the file that is read and written
@@ -56,6 +61,8 @@ private:
 
     WorkingCopyOrigin origin_;    // what the working copy was made from
     bool isWorkingCopy_ = false;  // whether the local file goes with this object
+    // Of a changed working copy; looked up while the shell can be asked.
+    std::string recoveredFolder_;
 };
 
 }  // namespace depot

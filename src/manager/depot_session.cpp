@@ -33,7 +33,7 @@ CDepots& DepotSession::Depots() {
 }
 
 void DepotSession::ShareUserFolder() {
-    FillSlot(Depots().GetReplacers()->Data()->userFolder, folders_.UserFolder());
+    Depots().ShareUserFolder(folders_.UserFolder());
 }
 
 void DepotSession::LoadFile(const std::string& path) {
@@ -45,6 +45,12 @@ void DepotSession::ReleaseFile() {
     if (!currentFile) return;
     currentFile->Release();
     currentFile.reset();
+}
+
+bool DepotSession::Leave() noexcept {
+    if (currentFile) currentFile->KeepLocally();
+    currentFile.reset();
+    return depots_ && depots_->LeaveConnections();
 }
 
 }  // namespace depot

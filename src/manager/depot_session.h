@@ -33,6 +33,11 @@ public:
     // Leaves the session without a current file.
     void ReleaseFile();
 
+    // Prepares the session for its end while the library is being taken out of the process, where
+    // nothing may wait: a changed working copy is kept among the recovered files, and connections
+    // are left to the system. Returns whether there were any.
+    bool Leave() noexcept;
+
     StandardFolders& Folders() { return folders_; }
 
     // Whether copies are named in the new style, "name - copy".

@@ -55,6 +55,9 @@ public:
     // to choose the location.
     CLDAPItems* DirectoryConnection();
 
+    // See CLDAPItems::LeaveConnections.
+    bool LeaveConnections() { return directory_ && directory_->LeaveConnections(); }
+
     std::string name;           // the registry subkey; empty for the built-in depot
     std::string displayName;    // the name shown to the user
     std::string icon;           // the icon location, as written in the registry

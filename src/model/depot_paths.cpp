@@ -113,7 +113,8 @@ std::string ExpandedPath(CDepotPath& location) {
     if (!location.locationText.empty() || location.path.empty()) return location.locationText;
     std::string text = location.path;
     if (CDepots* const depots = OwningList(location)) {
-        ExpandReplacers(depots->GetReplacers()->Data(), text);
+        const MacroValues values = depots->CopyReplacers();
+        ExpandReplacers(&values, text);
     }
     location.locationText = text;
     return text;

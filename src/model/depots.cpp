@@ -138,16 +138,36 @@ CDepot* CDepots::ChooseDefault() const {
 
 MacroCacheHolder* CDepots::GetReplacers() {
     const ReplacerLock lock;
+    return &OpenReplacers();
+}
+
+MacroValues CDepots::CopyReplacers() {
+    const ReplacerLock lock;
+    return OpenReplacers().Copy();
+}
+
+void CDepots::ShareUserFolder(const std::string& userDir) {
+    const ReplacerLock lock;
+    OpenReplacers().Change([&](MacroValues& values) { FillSlot(values.userFolder, userDir); });
+}
+
+// REQUIRES: the caller holds a ReplacerLock.
+MacroCacheHolder& CDepots::OpenReplacers() {
     if (!replacerCache) {
         replacerCache = OpenReplacerCache(GetUserDir(false), LanguageCode());
         ownsReplacerCache = true;
     }
-    return replacerCache.get();
+    return *replacerCache;
+}
+
+bool CDepots::LeaveConnections() {
+    return std::count_if(begin(), end(), [](CDepot* depot) { return depot->LeaveConnections(); }) >
+           0;
 }
 
 std::string CDepots::GetUserDir(bool useCache) {
     if (!userDirOverride.empty() || !useCache) return userDirOverride;
-    return SlotText(GetReplacers()->Data()->userFolder);
+    return SlotText(CopyReplacers().userFolder);
 }
 
 }  // namespace depot

@@ -62,6 +62,17 @@ public:
     // signals the event that serialises this among all processes. Never null.
     MacroCacheHolder* GetReplacers();
 
+    // Returns a copy of these values as they are at one moment, taken while the event is held: no
+    // module that takes the event is changing them.
+    MacroValues CopyReplacers();
+
+    // Makes `userDir` the user's folder that the path macros of the whole process expand to. Where
+    // it is that already nothing is written.
+    void ShareUserFolder(const std::string& userDir);
+
+    // See CLDAPItems::LeaveConnections.
+    bool LeaveConnections();
+
     // Returns the user's folder: the override when there is one, else, with `useCache`, the one in
     // the macro cache, else nothing.
     std::string GetUserDir(bool useCache);
@@ -84,6 +95,7 @@ private:
                   const std::string& language, const RootOfDepot& root);
     void AddDepotsBelow(const RegistryKey& key, HKEY rootKey, REGSAM viewFlags);
     void AddBuiltInDepot();
+    MacroCacheHolder& OpenReplacers();
     CDepot* ChooseDefault() const;
 
     PointerArray<CDepot> array_;

@@ -66,9 +66,17 @@ bool WriteAll(const UniqueHandle& file, const void* bytes, std::size_t length) {
 }  // namespace
 
 std::string KeepRecovered(const std::string& name, const void* bytes, std::size_t length) {
+    return KeepRecoveredIn(RecoveredFolder(), name, bytes, length);
+}
+
+std::string RecoveredFolder() {
     const std::string base = GetSpecialFolderPath(CSIDL_LOCAL_APPDATA);
-    if (base.empty()) return {};
-    const std::string folder = JoinPath(base, kRecoveredFolder);
+    return base.empty() ? base : JoinPath(base, kRecoveredFolder);
+}
+
+std::string KeepRecoveredIn(const std::string& folder, const std::string& name, const void* bytes,
+                            std::size_t length) {
+    if (folder.empty()) return {};
     EnsureLocalFolder(folder);
     const SplitName split = SplitForRecovery(name);
     std::string path;

@@ -15,4 +15,13 @@ inline constexpr char kRecoveredFolder[] = "Quillon\\Farrow\\Recovered";
 // bytes could be kept.
 std::string KeepRecovered(const std::string& name, const void* bytes, std::size_t length);
 
+// The full path of that folder, which may not exist yet; empty when the shell knows no place for
+// it.
+std::string RecoveredFolder();
+
+// KeepRecovered for those who must not ask the shell any more: `folder` is what RecoveredFolder
+// returned before.
+std::string KeepRecoveredIn(const std::string& folder, const std::string& name, const void* bytes,
+                            std::size_t length);
+
 }  // namespace depot

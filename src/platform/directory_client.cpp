@@ -1,7 +1,6 @@
 #include "platform/directory_client.h"
 
-#include <atomic>
-
+#include "platform/kept_library.h"
 #include "platform/paths.h"
 #include "platform/system_folder.h"
 #include "platform/trace.h"
@@ -25,18 +24,15 @@ ULONG LDAPAPI MapToServerDown(ULONG) {
     return ERROR_BAD_NET_RESP;
 }
 
-// Without a folder the system would go looking for the library where others may put files.
-HMODULE LoadFrom(const std::string& path) {
-    return FindSeparator(path) == std::string::npos ? nullptr : LoadLibraryA(path.c_str());
-}
-
 // Loading and freeing the library for every connection would take longer than the connection: the
-// system's own stays loaded as long as the process. What could not be loaded is tried again.
+// system's own stays loaded as long as this component. What could not be loaded is tried again.
+KeptLibrary systemClient;
+
 HMODULE Load(const std::string& path) {
-    static std::atomic<HMODULE> system = nullptr;
-    if (path != DirectoryClientPath()) return LoadFrom(path);
-    if (system.load() == nullptr) system = LoadFrom(path);
-    return system;
+    // Another library than the system's stays loaded as long as the process.
+    if (path != DirectoryClientPath()) return LoadLibraryAlone(path).release();
+    const HMODULE loaded = systemClient.Get();
+    return loaded != nullptr ? loaded : systemClient.Keep(LoadLibraryAlone(path));
 }
 
 }  // namespace
@@ -65,6 +61,10 @@ int BindDirectoryClient(DirectoryClient& client, const std::string& path) {
 #undef DEPOT_BIND_ENTRY
     if (IsTracing()) TraceRequests(client);
     return 1;
+}
+
+void FreeDirectoryClient() {
+    systemClient.Free();
 }
 
 }  // namespace depot

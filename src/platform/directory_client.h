@@ -109,7 +109,7 @@ struct DirectoryClient {
     DEPOT_DIRECTORY_CLIENT_ENTRIES(DEPOT_DECLARE_ENTRY)
 #undef DEPOT_DECLARE_ENTRY
 
-    HMODULE library = nullptr;  // not owned: one reference is kept for the life of the process
+    HMODULE library = nullptr;  // not owned: see FreeDirectoryClient
 };
 
 // The names that are looked up, in order.
@@ -126,6 +126,10 @@ std::string DirectoryClientPath();
 // Loads the library at `path` and binds the table. Returns 0, with every entry point failing, when
 // the library cannot be loaded; else 1, also when entry points are missing.
 int BindDirectoryClient(DirectoryClient& client, const std::string& path = DirectoryClientPath());
+
+// Gives back the one reference to the system's library that this module keeps from the first
+// binding on. REQUIRES: no table is used any more, and no connection is open.
+void FreeDirectoryClient();
 
 // The entry point that stands in for a missing one of type `Function`.
 template <class Function>

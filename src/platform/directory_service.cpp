@@ -1,9 +1,10 @@
 #include "platform/directory_service.h"
 
 #include <atomic>
+#include <utility>
 
 #include "platform/compiler.h"
-#include "platform/handles.h"
+#include "platform/kept_library.h"
 #include "platform/module_state.h"
 #include "platform/paths.h"
 #include "platform/system_folder.h"
@@ -17,36 +18,44 @@ constexpr char kLibrary[] = "qdirsvc.dll";
 
 using FolderLookup = int(__stdcall*)(int category, int item, char* buffer, unsigned size);
 
+// Stays loaded as long as this component; what could not be loaded for want of memory may be there
+// the next time.
+KeptLibrary service;
+std::atomic<FolderLookup> boundLookup = nullptr;
+
 UniqueModule LoadFrom(const std::string& folder) {
-    return UniqueModule(folder.empty() ? nullptr : LoadLibraryA((folder + kLibrary).c_str()));
+    return folder.empty() ? nullptr : LoadLibraryAlone(folder + kLibrary);
+}
+
+FolderLookup LookupOf(HMODULE library) {
+    return library == nullptr ? nullptr
+                              : FunctionCast<FolderLookup>(GetProcAddress(
+                                    library, MAKEINTRESOURCEA(kFolderLookupOrdinal)));
 }
 
 FolderLookup BindLookup() {
+    if (const FolderLookup bound = boundLookup) return bound;
     UniqueModule library = LoadFrom(OwnModuleFolder());
     if (!library) library = LoadFrom(SystemFolder());
-    if (!library) return nullptr;
-    const auto lookup = FunctionCast<FolderLookup>(
-        GetProcAddress(library.get(), MAKEINTRESOURCEA(kFolderLookupOrdinal)));
-    // The library stays loaded as long as the process: the bound entry point lives in it.
-    if (lookup != nullptr) static_cast<void>(library.release());
-    return lookup;
-}
-
-// What could not be loaded for want of memory may be there the next time.
-FolderLookup BoundLookup() {
-    static std::atomic<FolderLookup> bound = nullptr;
-    if (bound.load() == nullptr) bound = BindLookup();
-    return bound;
+    // One without the entry point is of no use.
+    if (LookupOf(library.get()) == nullptr) return nullptr;
+    boundLookup = LookupOf(service.Keep(std::move(library)));
+    return boundLookup;
 }
 
 }  // namespace
 
 std::string GetStandardFolder(int category, int item) {
-    const FolderLookup lookup = BoundLookup();
+    const FolderLookup lookup = BindLookup();
     if (lookup == nullptr) return {};
     char buffer[kMaxPathBytes] = {};
     lookup(category, item, buffer, sizeof(buffer));
     return std::string(UpToNul(std::string_view(buffer, sizeof(buffer))));
+}
+
+void FreeDirectoryService() {
+    boundLookup = nullptr;
+    service.Free();
 }
 
 }  // namespace depot

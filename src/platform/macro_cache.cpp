@@ -4,11 +4,31 @@
 #include <string_view>
 
 #include "platform/code_page.h"
+#include "platform/win32.h"
 
 namespace depot {
 namespace {
 
 constexpr char kGenericBlockPrefix[] = "Quillon - Generic - Replacers - ";
+
+// One for all holders of this module: their views show one block at several addresses.
+SRWLOCK valuesLock = SRWLOCK_INIT;
+
+class ReadingScope {
+public:
+    ReadingScope() { AcquireSRWLockShared(&valuesLock); }
+    ~ReadingScope() { ReleaseSRWLockShared(&valuesLock); }
+    ReadingScope(const ReadingScope&) = delete;
+    ReadingScope& operator=(const ReadingScope&) = delete;
+};
+
+class WritingScope {
+public:
+    WritingScope() { AcquireSRWLockExclusive(&valuesLock); }
+    ~WritingScope() { ReleaseSRWLockExclusive(&valuesLock); }
+    WritingScope(const WritingScope&) = delete;
+    WritingScope& operator=(const WritingScope&) = delete;
+};
 
 }  // namespace
 
@@ -17,9 +37,10 @@ std::string SlotText(const MacroSlot& slot) {
 }
 
 void FillSlot(MacroSlot& slot, const std::string& text) {
-    std::memset(slot, 0, sizeof(slot));
-    const std::string_view fits = CutToBytes(text, sizeof(slot) - 1);
-    std::memcpy(slot, fits.data(), fits.size());
+    MacroSlot filled = {};
+    const std::string_view fits = CutToBytes(text, sizeof(filled) - 1);
+    std::memcpy(filled, fits.data(), fits.size());
+    if (std::strncmp(slot, filled, sizeof(slot)) != 0) std::memcpy(slot, filled, sizeof(slot));
 }
 
 MacroCacheHolder::MacroCacheHolder(std::uint32_t shared, const std::string& name)
@@ -28,6 +49,16 @@ MacroCacheHolder::MacroCacheHolder(std::uint32_t shared, const std::string& name
     const std::string blockName = name.empty() ? ProcessBlockName(kGenericBlockPrefix) : name;
     OpenSharedBlock(blockName.c_str(), sizeof(MacroValues), handle_, view_);
     if (view_) data_ = static_cast<MacroValues*>(view_.get());
+}
+
+MacroValues MacroCacheHolder::Copy() const {
+    const ReadingScope reading;
+    return *data_;
+}
+
+void MacroCacheHolder::Change(const std::function<void(MacroValues& values)>& change) {
+    const WritingScope writing;
+    change(*data_);
 }
 
 }  // namespace depot

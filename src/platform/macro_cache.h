@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <string>
 
 #include "platform/shared_block.h"
@@ -36,7 +37,8 @@ static_assert(offsetof(MacroValues, transferUserName) == 3120);
 // Returns the text of a slot. It ends within the slot also when another module left no NUL there.
 std::string SlotText(const MacroSlot& slot);
 
-// Fills the slot with the text, cut to the slot, and with zeros after it.
+// Fills the slot with the text, cut to the slot, and with zeros after it. A slot that holds the
+// text already is not written, and one that is changed is empty at no moment in between.
 void FillSlot(MacroSlot& slot, const std::string& text);
 
 // Owns the values, or one view of the block that holds them. Neither copied nor moved: the values
@@ -50,8 +52,14 @@ public:
     MacroCacheHolder(const MacroCacheHolder&) = delete;
     MacroCacheHolder& operator=(const MacroCacheHolder&) = delete;
 
-    // The values in use; never null.
+    // The values in use; never null. Other threads may change them at any moment.
     MacroValues* Data() const { return data_; }
+
+    // Returns the values as they are between two changes of this module.
+    MacroValues Copy() const;
+
+    // Has `change` work on the values while no thread of this module copies or changes any.
+    void Change(const std::function<void(MacroValues& values)>& change);
 
 private:
     MacroValues inline_ = {};

@@ -1,7 +1,6 @@
 #include "platform/shared_block.h"
 
 #include <cstdio>
-#include <cstring>
 
 namespace depot {
 namespace {
@@ -20,9 +19,9 @@ int OpenSharedBlock(const char* name, std::uint32_t size, UniqueHandle& handle, 
     const bool existed = GetLastError() == ERROR_ALREADY_EXISTS;
     if (!handle) return 0;
     view.reset(MapViewOfFile(handle.get(), FILE_MAP_WRITE, 0, 0, size));
-    if (existed) return 0;
-    if (view) std::memset(view.get(), 0, size);
-    return 1;
+    // A new block comes from the system filled with zeros. Filling it once more here could wipe out
+    // what another module has stored in it since.
+    return existed ? 0 : 1;
 }
 
 void CloseSharedBlock(SharedBlockLink& link) {

@@ -10,12 +10,14 @@
 namespace depot {
 namespace {
 
+bool Yes() {
+    return true;
+}
+
 constexpr LONG_PTR kTwoGigabytes = LONG_PTR{0x7FFFFFFF} + 1;
 
 class SessionTableTest : public testing::Test {
 protected:
-    ~SessionTableTest() override { table_.DestroyAll(); }
-
     SessionTable table_;
 };
 
@@ -113,13 +115,64 @@ TEST_F(SessionTableTest, AbandonedSessionIsOutOfReachButNotDestroyed) {
     std::destroy_at(session);
 }
 
-TEST_F(SessionTableTest, DestroyAllEndsWhatIsLeft) {
+TEST_F(SessionTableTest, SessionsThatAreLeftEndAllTogether) {
+    EXPECT_TRUE(table_.EndThoseLeft(Yes));
     const LONG_PTR first = table_.Create();
     const LONG_PTR second = table_.Create();
-    table_.DestroyAll();
+    EXPECT_TRUE(table_.EndThoseLeft(Yes));
     EXPECT_EQ(nullptr, table_.Find(first));
     EXPECT_EQ(nullptr, table_.Find(second));
     EXPECT_NE(0, table_.Create());
+}
+
+TEST_F(SessionTableTest, SessionThatACallIsAtWorkOnIsNotEndedAsOneThatIsLeft) {
+    const LONG_PTR busy = table_.Create();
+    const LONG_PTR idle = table_.Create();
+    ASSERT_NE(nullptr, table_.Enter(busy));
+    EXPECT_FALSE(table_.EndThoseLeft(Yes));
+    EXPECT_EQ(nullptr, table_.Find(idle));
+    EXPECT_NE(nullptr, table_.Find(busy));
+    table_.Leave(busy);
+    EXPECT_TRUE(table_.EndThoseLeft(Yes));
+    EXPECT_EQ(nullptr, table_.Find(busy));
+}
+
+TEST_F(SessionTableTest, EndingOfWhatIsLeftStopsWhenItIsTold) {
+    table_.Create();
+    table_.Create();
+    int asked = 0;
+    EXPECT_FALSE(table_.EndThoseLeft([&] { return ++asked == 1; }));
+    EXPECT_EQ(2, asked);
+    asked = 0;
+    EXPECT_TRUE(table_.EndThoseLeft([&] { return ++asked == 1; })) << "one was left";
+    EXPECT_EQ(1, asked);
+}
+
+TEST_F(SessionTableTest, SessionThatComesMeanwhileIsNotEnded) {
+    table_.Create();
+    LONG_PTR added = 0;
+    EXPECT_FALSE(table_.EndThoseLeft([&] {
+        added = table_.Create();
+        return true;
+    }));
+    EXPECT_NE(nullptr, table_.Find(added));
+}
+
+TEST_F(SessionTableTest, LeftTableIsEmptyAndQuiet) {
+    const LONG_PTR handle = table_.Create();
+    EXPECT_TRUE(table_.LeaveAll());
+    EXPECT_EQ(nullptr, table_.Find(handle));
+    EXPECT_TRUE(table_.LeaveAll());
+}
+
+TEST_F(SessionTableTest, LeavingDoesNotTouchASessionThatACallIsAtWorkOn) {
+    const LONG_PTR handle = table_.Create();
+    DepotSession* const session = table_.Enter(handle);
+    session->selectedItemPath = "a text that is too long to be kept in place";
+    EXPECT_FALSE(table_.LeaveAll());
+    EXPECT_EQ("a text that is too long to be kept in place", session->selectedItemPath);
+    table_.Leave(handle);
+    std::destroy_at(session);
 }
 
 TEST_F(SessionTableTest, HandleOfAnEndedSessionIsNotReusedAtOnce) {

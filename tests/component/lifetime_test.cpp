@@ -61,7 +61,6 @@ TEST_F(LifetimeTest, SessionWithoutAnObjectDoesNotKeepTheDll) {
     ASSERT_EQ(S_OK, api->DPInitialize(&session));
     api.reset();
     EXPECT_EQ(S_OK, library_.CanUnloadNow());
-    library_.CreateApi()->DPUnInitialize(session);
 }
 
 TEST_F(LifetimeTest, FactoryIsTheSameForEveryCaller) {

@@ -44,6 +44,32 @@ TEST_F(HandlesTest, ConnectingListingReadingAndClosingLeaveNoneOpen) {
               }));
 }
 
+int unbinds = 0;
+
+ULONG LDAPAPI CountUnbind(LDAP* /*connection*/) {
+    ++unbinds;
+    return LDAP_SUCCESS;
+}
+
+TEST_F(HandlesTest, ConnectionThatIsLeftIsNeverUnbound) {
+    CDepotPath location = server_.Location(base_);
+    for (const bool isLeft : {true, false}) {
+        unbinds = 0;
+        {
+            CLDAPItems items(&location);
+            EXPECT_FALSE(items.LeaveConnections());
+            EXPECT_EQ(1, items.ConnectLocation(nullptr));
+            items.Client().ldap_unbind_s = &CountUnbind;
+            if (isLeft) {
+                EXPECT_TRUE(items.LeaveConnections());
+                EXPECT_FALSE(items.IsConnected());
+                EXPECT_FALSE(items.LeaveConnections());
+            }
+        }
+        EXPECT_EQ(isLeft ? 0 : 1, unbinds);
+    }
+}
+
 TEST_F(HandlesTest, ObjectsThatAreNeverClosedLeaveNoneOpen) {
     CDepotPath location = server_.Location(base_);
     EXPECT_EQ(0u, Leftover([&] {

@@ -198,22 +198,6 @@ TEST_F(DirectoryFilesTest, FlushOfAConflictRecoversTheEditAndShowsTheOtherVersio
     EXPECT_EQ(L"theirs", Read(session, L"S", L"K"));
 }
 
-TEST_F(DirectoryFilesTest, UnloadedDllWritesBackAndRemovesWorkingCopiesOfSessionsLeft) {
-    ScratchFolder folder;
-    {
-        const Library library(CopyComponent(folder, "qdirsvc.dll"));
-        const Com<IDepotIntrApi> api = library.CreateApi();
-        LONG_PTR left = 0;
-        LONG_PTR unchanged = 0;
-        ASSERT_EQ(S_OK, api->DPLoadFile(&left, Text(kFile)));
-        ASSERT_EQ(S_OK, api->DPLoadFile(&unchanged, Text(kFile)));
-        EXPECT_EQ(S_OK, api->DPSetProfileString(left, Text("S"), Text("K"), Text("new")));
-        EXPECT_THAT(WorkingCopies(), SizeIs(2));
-    }
-    EXPECT_THAT(WorkingCopies(), IsEmpty());
-    EXPECT_EQ(kNew, Contents());
-}
-
 TEST_F(DirectoryFilesTest, PathMethodsAnswerForADirectory) {
     Session session(*api_);
     OutText display, depotPath, fileSystem, byDefault;

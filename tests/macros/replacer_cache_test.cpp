@@ -2,8 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <cstring>
 #include <memory>
+#include <thread>
 #include <vector>
 
 #include "support/child_process.h"
@@ -122,6 +124,26 @@ TEST(ReplacerCacheTest, FillingReplacesWhatStoodInTheOrganization) {
     FillSlot(other.Data()->organization, "A much longer organization");
     const auto cache = OpenReplacerCache("", "");
     EXPECT_EQ("Quillon" + std::string(513, '\0'), std::string(cache->Data()->organization, 520));
+}
+
+TEST(ReplacerCacheTest, OpeningBesideAChangeOfTheUserFolderKeepsTheHostsOrganization) {
+    MacroCacheHolder host(1, ReplacerBlockName());
+    host.Change([](MacroValues& values) {
+        FillSlot(values.organization, "The host's");
+        FillSlot(values.userFolder, "C:\\Users\\a");
+    });
+    std::atomic<bool> ended = false;
+    std::thread changes([&] {
+        for (int round = 0; !ended; ++round) {
+            host.Change([&](MacroValues& values) {
+                FillSlot(values.userFolder, round % 2 == 0 ? "D:\\b" : "C:\\Users\\a");
+            });
+        }
+    });
+    for (int round = 0; round < 5'000; ++round) OpenReplacerCache("C:\\other", "deu");
+    ended = true;
+    changes.join();
+    EXPECT_EQ("The host's", SlotText(host.Data()->organization));
 }
 
 TEST(ReplacerCacheTest, UserFolderIsCutTo519Bytes) {

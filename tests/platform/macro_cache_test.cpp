@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <cstring>
+#include <thread>
 
 #include "support/code_pages.h"
 #include "support/import_patch.h"
@@ -53,6 +55,41 @@ TEST(MacroSlotTest, TextWithoutNulEndsWithTheSlot) {
     EXPECT_EQ(std::string(520, 'j'), SlotText(slot));
     slot[2] = '\0';
     EXPECT_EQ("jj", SlotText(slot));
+}
+
+TEST(MacroSlotTest, SlotThatHoldsTheTextIsNotWritten) {
+    MacroSlot slot;
+    Filled(slot, "C:\\Users\\a");
+    slot[sizeof(slot) - 1] = 'j';  // behind the text's end, where only a writer comes
+    FillSlot(slot, "C:\\Users\\a");
+    EXPECT_EQ('j', slot[sizeof(slot) - 1]);
+    FillSlot(slot, "C:\\Users\\b");
+    EXPECT_EQ('\0', slot[sizeof(slot) - 1]);
+}
+
+TEST(MacroSlotTest, SlotWhoseTextLacksItsNulIsFilledAnew) {
+    MacroSlot slot;
+    Filled(slot, std::string(519, 'x'));
+    slot[sizeof(slot) - 1] = 'j';
+    EXPECT_EQ(std::string(519, 'x') + 'j', std::string(slot, sizeof(slot)));
+    FillSlot(slot, std::string(600, 'x'));
+    EXPECT_EQ('\0', slot[sizeof(slot) - 1]);
+}
+
+TEST(MacroSlotTest, ChangedSlotIsEmptyAtNoMoment) {
+    MacroSlot slot;
+    Filled(slot, "C:\\Users\\a");
+    std::atomic<bool> ended = false;
+    std::thread writer([&] {
+        for (int round = 0; round < 2'000'000; ++round) {
+            FillSlot(slot, round % 2 == 0 ? "D:\\Profiles\\of\\b" : "C:\\Users\\a");
+        }
+        ended = true;
+    });
+    std::size_t empty = 0;
+    while (!ended) empty += *static_cast<volatile const char*>(slot) == '\0' ? 1 : 0;
+    writer.join();
+    EXPECT_EQ(0u, empty);
 }
 
 TEST(MacroCacheHolderTest, PrivateHolderNeverCreatesABlock) {
@@ -110,6 +147,29 @@ TEST(MacroCacheHolderTest, HolderWhoseBlockCannotBeMappedKeepsItsOwnValues) {
     ASSERT_NE(nullptr, holder.Data());
     EXPECT_TRUE(IsAllZero(*holder.Data()));
     FillSlot(holder.Data()->transferUserName, "mine");
+}
+
+TEST(MacroCacheHolderTest, CopyBesideChangesOfAnotherHolderIsWhole) {
+    const std::string shortText = "C:\\a";
+    const std::string longText(500, 'x');
+    MacroCacheHolder writing(1, kName);
+    const MacroCacheHolder reading(1, kName);
+    const auto store = [&](const std::string& text) {
+        writing.Change([&](MacroValues& values) { FillSlot(values.userFolder, text); });
+    };
+    store(shortText);
+    std::atomic<bool> ended = false;
+    std::thread writer([&] {
+        for (int round = 0; round < 500'000; ++round) store(round % 2 == 0 ? longText : shortText);
+        ended = true;
+    });
+    std::size_t mixed = 0;
+    while (!ended) {
+        const std::string text = SlotText(reading.Copy().userFolder);
+        if (text != shortText && text != longText) ++mixed;
+    }
+    writer.join();
+    EXPECT_EQ(0u, mixed);
 }
 
 TEST(MacroCacheHolderTest, BlockIsUnmappedAndClosedWithItsHolder) {

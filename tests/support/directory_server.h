@@ -67,7 +67,8 @@ public:
     // A listener that relays to this server, undisturbed at first.
     unsigned Relay();
     // Disturbs each later connection of a relay once the server has sent so many bytes: "close",
-    // "reset", "delay" or "not". Returns how many bytes the server has sent through it so far.
+    // "reset", "delay", "hold" (it stays open and says no more) or "not". Returns how many bytes
+    // the server has sent through it so far.
     unsigned Disturb(unsigned relay, const std::string& how, unsigned bytes = 0);
 
     // A folder in which no temporary file of that prefix can be made: all names are taken.

@@ -1,0 +1,139 @@
+// The end of the DLL in a process that lives on.
+#include "component/component.h"
+#include "component/scripted_dialog.h"
+#include "support/box_log.h"
+
+namespace depot::test {
+namespace {
+
+// A copy of the component that only this test loads.
+class UnloadingTest : public ComponentTest {
+protected:
+    // A session that its client forgets.
+    static LONG_PTR Forget(const Library& library) {
+        LONG_PTR session = 0;
+        EXPECT_EQ(S_OK, library.CreateApi()->DPInitialize(&session));
+        return session;
+    }
+    static bool IsLive(const Library& library, LONG_PTR session) {
+        return library.CreateApi()->DPSetSelItemPath(session, Text("x")) == S_OK;
+    }
+
+    ScratchFolder place_;
+    const std::string copy_ = CopyComponent(place_, "qdirsvc.dll");
+};
+
+TEST_F(UnloadingTest, SessionsLeftAreEndedBeforeTheDllSaysThatItCanGo) {
+    const Library library(copy_);
+    const LONG_PTR session = Forget(library);
+    EXPECT_TRUE(IsLive(library, session));
+    EXPECT_EQ(S_OK, library.CanUnloadNow());
+    EXPECT_FALSE(IsLive(library, session));
+    EXPECT_EQ(S_OK, library.CanUnloadNow());
+}
+
+TEST_F(UnloadingTest, SessionsStayAsLongAsTheDllCannotGo) {
+    const Library library(copy_);
+    const Com<IDepotIntrApi> api = library.CreateApi();
+    const LONG_PTR session = Forget(library);
+    EXPECT_EQ(S_FALSE, library.CanUnloadNow());
+    EXPECT_TRUE(IsLive(library, session));
+}
+
+TEST_F(UnloadingTest, CallAtWorkKeepsTheDllWithoutAnObject) {
+    ScriptedDialogs dialogs;
+    dialogs.result = 0;
+    const Library library(copy_);
+    Com<IDepotIntrApi> api = library.CreateApi();
+    LONG_PTR session = 0;
+    ASSERT_EQ(S_OK, api->DPInitialize(&session));
+    HRESULT meanwhile = E_FAIL;
+    dialogs.whileShown = [&] {
+        api.reset();
+        meanwhile = library.CanUnloadNow();
+    };
+    OutText path;
+    IDepotIntrApi* const caller = api.get();
+    EXPECT_EQ(S_FALSE, caller->DPBrowse(session, APP_SKEIN, PROMPT_OPEN, VARIANT_TRUE, VARIANT_TRUE,
+                                        0, 0, path));
+    EXPECT_EQ(S_FALSE, meanwhile);
+    EXPECT_TRUE(IsLive(library, session));
+    EXPECT_EQ(S_OK, library.CanUnloadNow());
+}
+
+TEST_F(UnloadingTest, DllWorksOnAfterItSaidThatItCanGo) {
+    const Library library(copy_);
+    Forget(library);
+    ASSERT_EQ(S_OK, library.CanUnloadNow());
+    const LONG_PTR session = Forget(library);
+    EXPECT_TRUE(IsLive(library, session));
+    EXPECT_EQ(S_OK, library.CanUnloadNow());
+}
+
+// The libraries that the component loads, and that are nobody else's in this program.
+class RoundsTest : public UnloadingTest {
+protected:
+    RoundsTest() {
+        depots_.Text("Gone", "Path1", "dc=test");
+        depots_.Dword("Gone", "Type1", 1);
+        depots_.Text("Gone", "Host1", "127.0.0.1");
+        depots_.Dword("Gone", "Port1", 1);
+        depots_.Text("Gone", "Authentication1", "Anonymous");
+    }
+
+    // Uses what the component loads: its directory service and the system's directory client.
+    void UseLibraries(const Library& library) {
+        const Com<IDepotIntrApi> api = library.CreateApi();
+        LONG_PTR session = 0;
+        EXPECT_EQ(S_OK, api->DPInitialize(&session));
+        EXPECT_EQ(S_FALSE, api->DPFileExists(session, Text("<Gone>\\a.kra")));
+        EXPECT_TRUE(IsLoaded("wldap32.dll"));
+        EXPECT_TRUE(IsLoaded(place_.At("qdirsvc.dll")));
+    }
+    void ExpectNoneIsLeft() {
+        EXPECT_FALSE(IsLoaded("wldap32.dll"));
+        EXPECT_FALSE(IsLoaded(place_.At("qdirsvc.dll")));
+        EXPECT_FALSE(IsLoaded(copy_));
+    }
+    static bool IsLoaded(const std::string& path) {
+        return GetModuleHandleA(path.c_str()) != nullptr;
+    }
+
+    BoxLog boxes_;
+};
+
+TEST_F(RoundsTest, LoadAndFreeLeaveNoLibrary) {
+    ASSERT_FALSE(IsLoaded("wldap32.dll"));
+    for (int round = 0; round < 5; ++round) {
+        UseLibraries(Library(copy_));
+        ExpectNoneIsLeft();
+    }
+}
+
+TEST_F(RoundsTest, LoadQuestionAndFreeLeaveNoLibrary) {
+    ASSERT_FALSE(IsLoaded("wldap32.dll"));
+    for (int round = 0; round < 5; ++round) {
+        {
+            const Library library(copy_);
+            UseLibraries(library);
+            EXPECT_EQ(S_OK, library.CanUnloadNow());
+        }
+        ExpectNoneIsLeft();
+    }
+}
+
+// The product's own library is not alone.
+TEST_F(ComponentTest, DirectoryServiceThatNeedsALibraryOfItsFolderServes) {
+    ScratchFolder place;
+    const std::string part = "depot_test_part.dll";
+    const std::string copy = CopyComponent(place, "dependent_service\\qdirsvc.dll");
+    ASSERT_TRUE(CopyFileA((ProgramFolder() + "dependent_service\\" + part).c_str(),
+                          place.At(part).c_str(), TRUE));
+    const Library library(copy);
+    LONG_PTR session = 0;
+    EXPECT_EQ(S_OK, library.CreateApi()->DPInitialize(&session));
+    EXPECT_EQ(S_OK, library.CanUnloadNow());
+}
+
+}  // namespace
+}  // namespace depot::test
