@@ -1,5 +1,6 @@
 // Listing, adding, rewriting, renaming and deleting single entries.
 #include <array>
+#include <chrono>
 #include <cstring>
 
 #include "directory/assertion.h"
@@ -108,6 +109,28 @@ private:
     LDAPModA change_ = {};
 };
 
+// The control that makes a request depend on a condition. The client reads it through Get.
+class Condition {
+public:
+    explicit Condition(std::vector<std::uint8_t> filter) : filter_(std::move(filter)) {}
+
+    LDAPControlA** Get() {
+        control_.ldctl_oid = name_.data();
+        control_.ldctl_value = {static_cast<ULONG>(filter_.size()),
+                                reinterpret_cast<char*>(filter_.data())};
+        // A server that does not know the control after all must not leave the condition out.
+        control_.ldctl_iscritical = TRUE;
+        controls_[0] = &control_;
+        return controls_.data();
+    }
+
+private:
+    std::string name_ = kAssertionControl;
+    std::vector<std::uint8_t> filter_;
+    LDAPControlA control_ = {};
+    std::array<LDAPControlA*, 2> controls_ = {};
+};
+
 std::vector<std::uint8_t> AssertContents(const std::string& attribute, const FileBuffer& present) {
     if (!present.bytes) return AssertAbsent(attribute);
     return AssertEquals(attribute,
@@ -146,10 +169,15 @@ std::uint32_t CLDAPItems::ListInPages(const ListingSearch& search, const std::st
                                       LdapItemList& items) {
     PagedSearch pages(client_, Paging(), handle_.get());
     if (!pages.IsOffered()) return LDAP_SIZELIMIT_EXCEEDED;
+    const auto end = std::chrono::steady_clock::now() + bounds_.listingTime;
     do {
         UniqueLdapMessage page;
         std::uint32_t code = pages.Next(search, page);
         if (code == LDAP_SUCCESS) code = AddChildren(page.get(), search.base, localBase, items);
+        if (code == LDAP_SUCCESS && items.Count() > bounds_.entries) code = LDAP_SIZELIMIT_EXCEEDED;
+        if (code == LDAP_SUCCESS && std::chrono::steady_clock::now() > end) {
+            code = LDAP_TIMELIMIT_EXCEEDED;
+        }
         if (code != LDAP_SUCCESS) {
             items.Clear();
             unsafeNames_ = 0;
@@ -240,19 +268,11 @@ std::uint32_t CLDAPItems::ReplaceUnchangedContents(const std::string& dn, const 
                                                    const FileBuffer& present) {
     if (!IsConnected() || present.length > kLargestCondition || !OffersAssertions())
         return ReplaceFileContents(dn, data, length);
-    std::string name = kAssertionControl;
-    std::vector<std::uint8_t> filter = AssertContents(ContentsAttribute(), present);
-    LDAPControlA assertion = {};
-    assertion.ldctl_oid = name.data();
-    assertion.ldctl_value = {static_cast<ULONG>(filter.size()),
-                             reinterpret_cast<char*>(filter.data())};
-    // A server that does not know the control after all must not leave the condition out.
-    assertion.ldctl_iscritical = TRUE;
-    LDAPControlA* controls[] = {&assertion, nullptr};
+    Condition condition(AssertContents(ContentsAttribute(), present));
     depot::ContentsAttribute contents(ContentsAttribute(), data, length);
     LDAPModA* changes[] = {contents.Get(LDAP_MOD_REPLACE), nullptr};
-    return lastError_ =
-               client_.ldap_modify_ext_s(handle_.get(), ClientText(dn), changes, controls, nullptr);
+    return lastError_ = client_.ldap_modify_ext_s(handle_.get(), ClientText(dn), changes,
+                                                  condition.Get(), nullptr);
 }
 
 int CLDAPItems::RenameEntry(const std::string& oldDN, const std::string& newDN,
@@ -275,6 +295,29 @@ std::uint32_t CLDAPItems::RemoveEmptyEntry(const std::string& dn) {
     lastError_ = IsConnected() ? client_.ldap_delete_s(handle_.get(), ClientText(dn))
                                : std::uint32_t{LDAP_SERVER_DOWN};
     return lastError_;
+}
+
+std::uint32_t CLDAPItems::ReadUnchanged(const std::string& dn, const Digest& contents,
+                                        FileBuffer& present) {
+    if (ReadFileContents(dn, present) == 0) return lastError_;
+    const bool same = present.bytes && DigestOf(present.bytes.get(), present.length) == contents;
+    return lastError_ = same ? std::uint32_t{LDAP_SUCCESS} : kContentsChanged;
+}
+
+std::uint32_t CLDAPItems::RemoveUnchangedEntry(const std::string& dn, const Digest& contents) {
+    FileBuffer present;
+    if (ReadUnchanged(dn, contents, present) != LDAP_SUCCESS) return lastError_;
+    if (present.length > kLargestCondition || !OffersAssertions()) return RemoveEmptyEntry(dn);
+    Condition condition(AssertContents(ContentsAttribute(), present));
+    lastError_ =
+        client_.ldap_delete_ext_s(handle_.get(), ClientText(dn), condition.Get(), nullptr);
+    if (lastError_ != kContentsChanged && lastError_ != LDAP_UNAVAILABLE_CRIT_EXTENSION) {
+        return lastError_;
+    }
+    // A server that cannot compare this attribute's values refuses as well: then the entry still
+    // holds the bytes, and looking just before the deletion must do.
+    const bool same = ReadUnchanged(dn, contents, present) == LDAP_SUCCESS;
+    return same ? RemoveEmptyEntry(dn) : lastError_;
 }
 
 }  // namespace depot

@@ -61,6 +61,7 @@ void TraceRequests(DirectoryClient& client) {
     DEPOT_TRACE_REQUEST(ldap_modify_ext_s)
     DEPOT_TRACE_REQUEST(ldap_rename_ext_s)
     DEPOT_TRACE_REQUEST(ldap_delete_s)
+    DEPOT_TRACE_REQUEST(ldap_delete_ext_s)
     DEPOT_TRACE_REQUEST(ldap_unbind_s)
 #undef DEPOT_TRACE_REQUEST
 }

@@ -80,6 +80,7 @@
     FAULT(kDirectory, ldap_modify_ext_sA, LDAP_SERVER_DOWN, 0)                        \
     FAULT(kDirectory, ldap_start_tls_sA, LDAP_SERVER_DOWN, 0)                         \
     FAULT(kDirectory, ldap_delete_sA, LDAP_SERVER_DOWN, 0)                            \
+    FAULT(kDirectory, ldap_delete_ext_sA, LDAP_SERVER_DOWN, 0)                        \
     FAULT(kDirectory, ldap_rename_ext_sA, LDAP_SERVER_DOWN, 0)                        \
     FAULT(kDirectory, ldap_check_filterA, LDAP_NO_MEMORY, 0)                          \
     FAULT(kDirectory, ldap_first_entry, nullptr, LDAP_NO_MEMORY)                      \
