@@ -1,5 +1,6 @@
 // Listing, adding, rewriting, renaming and deleting single entries.
 #include <array>
+#include <chrono>
 #include <cstring>
 
 #include "directory/assertion_control.h"
@@ -140,10 +141,15 @@ std::uint32_t CLDAPItems::ListInPages(const ListingSearch& search, const std::st
                                       LdapItemList& items) {
     PagedSearch pages(client_, Paging(), handle_.get());
     if (!pages.IsOffered()) return LDAP_SIZELIMIT_EXCEEDED;
+    const auto end = std::chrono::steady_clock::now() + bounds_.listingTime;
     do {
         UniqueLdapMessage page;
         std::uint32_t code = pages.Next(search, page);
         if (code == LDAP_SUCCESS) code = AddChildren(page.get(), search.base, localBase, items);
+        if (code == LDAP_SUCCESS && items.Count() > bounds_.entries) code = LDAP_SIZELIMIT_EXCEEDED;
+        if (code == LDAP_SUCCESS && std::chrono::steady_clock::now() > end) {
+            code = LDAP_TIMELIMIT_EXCEEDED;
+        }
         if (code != LDAP_SUCCESS) {
             items.Clear();
             unsafeNames_ = 0;

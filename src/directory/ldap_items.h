@@ -1,6 +1,7 @@
 // Access to one directory location: its connection, its entries and their contents.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -13,7 +14,9 @@
 #include "directory/ldap_handles.h"
 #include "directory/ldap_item.h"
 #include "directory/paged_search.h"
+#include "directory/tree_bounds.h"
 #include "platform/directory_client.h"
+#include "platform/digest.h"
 #include "platform/directory_info_block.h"
 
 namespace depot {
@@ -35,6 +38,11 @@ inline constexpr std::uint32_t kContentsChanged = 122;
 
 // Servers limit the size of a request, and a condition carries all bytes that it is about.
 inline constexpr std::uint32_t kLargestCondition = 1024 * 1024;
+
+// The identifiers by which servers tell entries apart whatever becomes of their names, in the order
+// of kIdentifierAttributes; empty where the server shows none.
+using EntryIdentifiers = std::array<std::string, 3>;
+inline constexpr const char* kIdentifierAttributes[] = {"entryUUID", "objectGUID", "nsUniqueId"};
 
 // The default names of a location's schema, for which an empty text in its record stands.
 inline constexpr char kDefaultNamingAttribute[] = "CN";
@@ -120,7 +128,8 @@ public:
     // be local names are then left out and counted.
     //
     // A listing above the server's size limit is repeated in pages where the server offers that;
-    // otherwise it fails with code 4. A listing that fails leaves `items` empty.
+    // otherwise it fails with code 4, and so does one that passes the bounds on trees. A listing
+    // that fails leaves `items` empty.
     int ListChildren(const std::string& baseDN, LdapItemList& items,
                      const std::string& localBase = {});
     // How many children the last listing with a local base left out.
@@ -148,8 +157,9 @@ public:
     // Renames an entry, or moves it when the parent differs.
     int RenameEntry(const std::string& oldDN, const std::string& newDN, std::string* errorText);
 
-    // Deletes an entry with everything below it, however deep that is. Returns 1 when the entry
-    // itself is gone. Entries that resist stay, with the folders above them, and all others go.
+    // Deletes an entry with everything below it. Returns 1 when the entry itself is gone. Entries
+    // that resist stay, with the folders above them, and all others are deleted, until a bound on
+    // trees is passed.
     int DeleteTree(const std::string& dn, std::string* errorText);
 
     // Turns "base DN\folder\file" into the DN of the entry.
@@ -166,6 +176,10 @@ public:
     // file, or whose classes cannot be seen, nothing is known.
     std::uint32_t FindKind(const std::string& dn, EntryKind& kind);
 
+    // Reads the identifiers of an entry. Returns the directory's code; LDAP_NO_SUCH_OBJECT for an
+    // entry that cannot be seen.
+    std::uint32_t ReadIdentifiers(const std::string& dn, EntryIdentifiers& identifiers);
+
     // Returns the name as it compares: in lower case, and without the blanks that mean nothing.
     std::string NormalDN(const std::string& dn) const;
 
@@ -180,6 +194,10 @@ public:
     int EnsureFolderPath(const std::string& dn, bool connect, std::string* errorText,
                          LdapItemList* added = nullptr);
 
+    // Makes sure that every folder above `dn` exists, whatever `dn` itself looks like. The folders
+    // that were added are appended to `added` as above. REQUIRES: the object is connected.
+    int EnsureFoldersAbove(const std::string& dn, std::string* errorText, LdapItemList* added);
+
     // Deletes an entry that holds no others. Returns the directory's code.
     std::uint32_t RemoveEmptyEntry(const std::string& dn);
 
@@ -187,6 +205,9 @@ public:
     // as the code when they are not. The server tests and deletes in one request when it offers to;
     // else this looks just before. Contents that the user may not see do not differ.
     std::uint32_t RemoveUnchangedEntry(const std::string& dn, const FileBuffer& present);
+    // The same for contents of which only the digest is known. The entry is read first; contents
+    // that the user may not see differ.
+    std::uint32_t RemoveUnchangedEntry(const std::string& dn, const Digest& contents);
 
     // The effective names of the location's schema.
     NamingAttributes NamingNames() const;
@@ -203,6 +224,8 @@ public:
     // Stores a failure as the last error and hands out its text, without showing it. Returns 0.
     int Fail(std::uint32_t code, std::string* errorText);
     DirectoryInfoBlock& SharedInfo() { return info_; }
+    // How much of a tree each operation looks at.
+    TreeBounds& Bounds() { return bounds_; }
     // The entry points through which this object calls the client.
     DirectoryClient& Client() { return client_; }
     // Those for listings in pages, bound on first need.
@@ -254,6 +277,9 @@ private:
     LDAPMessage* EntryNamed(LDAPMessage* result, const std::string& dn) const;
     bool HasValue(LDAPMessage* entry, const char* attribute, const char* wanted) const;
     bool OffersAssertions();
+    std::uint32_t ReadUnchanged(const std::string& dn, const Digest& contents, FileBuffer& present);
+    std::optional<std::uint32_t> RemoveOnCondition(const std::string& dn,
+                                                   const FileBuffer& present);
     std::optional<std::vector<std::string>> ExplodeDN(const std::string& dn,
                                                       std::uint32_t& code) const;
     int CreateMissingFolders(const std::string& dn, std::string* errorText, LdapItemList* added);
@@ -276,6 +302,7 @@ private:
     DirectoryInfoBlock info_;
     std::optional<CredentialsPrompt*> ownPrompt_;
     std::uint32_t unsafeNames_ = 0;
+    TreeBounds bounds_;
     std::optional<bool> offersAssertions_;  // once the server was asked
     // After the table, through which they are unbound.
     std::vector<UniqueLdap> replacedHandles_;

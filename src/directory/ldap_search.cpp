@@ -148,6 +148,27 @@ bool CLDAPItems::OffersAssertions() {
     return *offersAssertions_;
 }
 
+std::uint32_t CLDAPItems::ReadIdentifiers(const std::string& dn, EntryIdentifiers& identifiers) {
+    identifiers = {};
+    UniqueLdapMessage result;
+    const std::vector<std::string> names(std::begin(kIdentifierAttributes),
+                                         std::end(kIdentifierAttributes));
+    const std::uint32_t code = Search(dn, LDAP_SCOPE_BASE, names, result);
+    if (code != LDAP_SUCCESS) return code;
+    LDAPMessage* const entry = client_.ldap_first_entry(handle_.get(), result.get());
+    if (entry == nullptr) return LDAP_NO_SUCH_OBJECT;
+    AttributeWalk walk(client_, handle_.get(), entry);
+    for (; walk.Name(); walk.Next()) {
+        const UniqueLdapBytes values = walk.Bytes();
+        if (!values || *values == nullptr) continue;
+        for (std::size_t index = 0; index < names.size(); ++index) {
+            if (!EqualsNoCase(walk.Name(), names[index])) continue;
+            identifiers[index].assign((*values)->bv_val, (*values)->bv_len);
+        }
+    }
+    return LDAP_SUCCESS;
+}
+
 std::optional<std::vector<std::string>> CLDAPItems::ExplodeDN(const std::string& dn,
                                                               std::uint32_t& code) const {
     const UniqueLdapValues exploded(client_.ldap_explode_dn(ClientText(dn), 0), {&client_});
@@ -188,6 +209,17 @@ int CLDAPItems::EnsureFolderPath(const std::string& dn, bool connect, std::strin
     // Relied on by: existing clients, whose next operation connects for itself.
     if (connect) Close();
     return result;
+}
+
+int CLDAPItems::EnsureFoldersAbove(const std::string& dn, std::string* errorText,
+                                   LdapItemList* added) {
+    std::uint32_t code = LDAP_SUCCESS;
+    const auto components = ExplodeDN(dn, code);
+    if (!components) return Fail(code, errorText);
+    LdapItemList missing;
+    return FindMissingFolders(*components, 1, missing, errorText)
+               ? AddFolders(missing, errorText, added)
+               : 0;
 }
 
 int CLDAPItems::CreateMissingFolders(const std::string& dn, std::string* errorText,

@@ -7,22 +7,21 @@
 namespace depot {
 namespace {
 
-// Only a server that makes its tree up while it is asked sends longer names.
-constexpr std::size_t kLongestName = std::size_t{64} * 1024;
-
 // Goes down the folders that are not empty. A tree may be deeper than the stack: what is still to
 // be done stands in a list, by the components of the names, because the names of a deep tree
 // together would take much more room.
 class TreeDeletion {
 public:
-    TreeDeletion(CLDAPItems& directory, const std::string& dn) : directory_(directory), dn_(dn) {}
+    TreeDeletion(CLDAPItems& directory, const std::string& dn)
+        : directory_(directory), walk_(directory), dn_(dn) {}
 
     // Calls `onFailure` with the code of each file of the uppermost folder that resists. Returns
-    // the code of deleting the entry itself.
+    // the code of deleting the entry itself, or of the bound that the tree passes.
     template <class OnFailure>
     std::uint32_t Run(const OnFailure& onFailure) {
         Enter(onFailure);
         for (;;) {
+            if (walk_.IsOver()) return directory_.LastError();
             if (open_.back().folders.empty()) {
                 const std::uint32_t code = directory_.RemoveEmptyEntry(dn_);
                 if (open_.size() == 1) return code;
@@ -35,7 +34,6 @@ public:
                 dn_.erase(0, dn_.size() - open_.back().nameLength);
                 continue;
             }
-            if (dn_.size() > kLongestName) return LDAP_PARAM_ERROR;
             Enter([](std::uint32_t) {});
         }
     }
@@ -51,7 +49,7 @@ private:
     template <class OnFailure>
     void Enter(const OnFailure& onFailure) {
         LdapItemList children;
-        directory_.ListChildren(dn_, children);
+        walk_.List(dn_, static_cast<std::uint32_t>(open_.size()), children);
         OpenFolder folder = {dn_.size(), {}};
         for (const CLDAPItem* child : children) {
             std::string name;
@@ -82,6 +80,7 @@ private:
     }
 
     CLDAPItems& directory_;
+    TreeWalk walk_;
     std::string dn_;  // of the entry that is being worked on
     std::vector<OpenFolder> open_;
 };

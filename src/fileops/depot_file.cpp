@@ -6,6 +6,7 @@
 #include "fileops/transfer_source.h"
 #include "manager/display_path.h"
 #include "platform/error_text.h"
+#include "platform/local_file.h"
 #include "platform/paths.h"
 
 namespace depot {
@@ -59,6 +60,13 @@ int CopyInFileSystem(const std::string& source, const std::string& destination, 
     if (destination.size() >= kMaxPathBytes) error = ERROR_BUFFER_OVERFLOW;
     DescribeFailure(error, destination, errorText);
     return 0;
+}
+
+// The copy tells what was copied.
+void NoteLocalCopy(const std::string& source, const std::string& copy, CopiedSource& copied) {
+    if (const auto bytes = ReadLocalFile(copy)) {
+        copied.SetFile(source, bytes->data(), bytes->size());
+    }
 }
 
 // Tells whether what has this name may go into a folder under it.
@@ -125,7 +133,7 @@ int MoveFile(CDepot& depot, const std::string& source, const std::string& destin
 
 int CopyFile(CDepot& depot, const std::string& source, const std::string& destination,
              CDepot* destinationDepot, bool failIfExists, std::string* errorText,
-             const TransferWatcher& watcher, SourceFate fate) {
+             const TransferWatcher& watcher, SourceFate fate, CopiedSource* copied) {
     CLDAPItems* const sourceDirectory = DirectoryOf(depot, source);
     CLDAPItems* const targetDirectory =
         destinationDepot ? DirectoryOf(*destinationDepot, destination) : nullptr;
@@ -144,16 +152,18 @@ int CopyFile(CDepot& depot, const std::string& source, const std::string& destin
     constexpr ExistingEntries kReplace = ExistingEntries::kReplace;
     if (sourceDirectory && targetDirectory) {
         return CopyEntry(*sourceDirectory, from, *targetDirectory, to, kReplace, errorText, watcher,
-                         fate);
+                         fate, copied);
     }
     if (sourceDirectory) {
         return Download(*sourceDirectory, from, to, errorText, watcher,
-                        failIfExists ? ExistingEntries::kRefuse : kReplace, fate);
+                        failIfExists ? ExistingEntries::kRefuse : kReplace, fate, copied);
     }
     if (targetDirectory) {
-        return Upload(*targetDirectory, from, to, kReplace, errorText, watcher, fate);
+        return Upload(*targetDirectory, from, to, kReplace, errorText, watcher, fate, copied);
     }
-    return CopyInFileSystem(from, to, failIfExists, errorText, watcher);
+    if (CopyInFileSystem(from, to, failIfExists, errorText, watcher) == 0) return 0;
+    if (copied != nullptr) NoteLocalCopy(from, to, *copied);
+    return 1;
 }
 
 int CopyToFreeName(CDepot& depot, const std::string& source, const std::string& destination) {

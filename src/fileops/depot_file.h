@@ -5,6 +5,7 @@
 
 #include <string>
 
+#include "fileops/copied_source.h"
 #include "fileops/transfer_progress.h"
 #include "model/depot.h"
 
@@ -33,9 +34,11 @@ int MoveFile(CDepot& depot, const std::string& source, const std::string& destin
 //
 // `failIfExists` keeps existing local files; an entry that exists gets the new contents in every
 // case. A path of the file system is what it says, also when it comes with a directory depot.
+// `copied`, where one is given, receives what of the source has arrived.
 int CopyFile(CDepot& depot, const std::string& source, const std::string& destination,
              CDepot* destinationDepot, bool failIfExists, std::string* errorText,
-             const TransferWatcher& watcher = {}, SourceFate fate = SourceFate::kStays);
+             const TransferWatcher& watcher = {}, SourceFate fate = SourceFate::kStays,
+             CopiedSource* copied = nullptr);
 
 // Copies a file, or a tree of a directory, within its depot to a name that is free: what exists
 // there, or is made there meanwhile, makes the copy fail and stays.

@@ -48,12 +48,14 @@ std::uint32_t CopyThroughFolder(const EntryPair& pair, const LdapItemList& child
     const TransferWatcher fetching = [&](const TransferProgress& progress) {
         return !rules.watcher || rules.watcher({0, progress.filesInAll, 0});
     };
-    const TransferRules fetchRules = {ExistingEntries::kReplace, rules.fate, fetching, true};
+    const TransferRules fetchRules = {ExistingEntries::kReplace, rules.fate, fetching, rules.copied,
+                                      true};
     const std::uint32_t code =
         MissingAs(FetchTree(pair.source, pair.sourceDN, children, folder, fetchRules, unsafeNames),
                   LDAP_INVALID_DN_SYNTAX);
     if (code != LDAP_SUCCESS) return code;
-    return StoreTree(pair.destination, folder, pair.destinationDN, rules);
+    const TransferRules storeRules = {rules.existing, rules.fate, rules.watcher};
+    return StoreTree(pair.destination, folder, pair.destinationDN, storeRules);
 }
 
 // Copies a tree through a temporary local folder, which is gone afterwards in every case. Fails
@@ -79,6 +81,7 @@ std::uint32_t CopyContents(const EntryPair& pair, const FileBuffer& contents,
                            const TransferRules& rules) {
     // What was not seen takes the place of nothing.
     const bool seen = contents.bytes != nullptr;
+    rules.NoteSource(pair.sourceDN, contents.bytes.get(), contents.length);
     const std::uint32_t code =
         StoreContents(pair.destination, pair.destinationDN, contents.bytes.get(), contents.length,
                       seen ? rules.existing : ExistingEntries::kRefuse);
@@ -97,12 +100,23 @@ bool Overlaps(const EntryPair& pair, SourceFate fate) {
            (fate == SourceFate::kGoes && IsBelowEntry(names, pair.sourceDN, pair.destinationDN));
 }
 
-std::uint32_t CopyConnected(const EntryPair& pair, const TransferRules& rules,
+// Finds out whether a copy may be one onto or into itself through two connections, and what it may
+// replace then. Returns the directory's code.
+std::uint32_t RefuseItself(const EntryPair& pair, SourceFate fate, ExistingEntries& existing) {
+    if (!Overlaps(pair, fate)) return LDAP_SUCCESS;
+    const EntryIdentity identity = CompareEntry(pair.source, pair.destination, pair.sourceDN);
+    const bool goes = fate == SourceFate::kGoes;
+    // An entry that is there after all, out of this user's sight, may be the source.
+    if (goes && identity == EntryIdentity::kUnseen) existing = ExistingEntries::kRefuse;
+    const bool refused =
+        identity == EntryIdentity::kSame || (goes && identity == EntryIdentity::kUnknown);
+    return refused ? std::uint32_t{LDAP_PARAM_ERROR} : std::uint32_t{LDAP_SUCCESS};
+}
+
+std::uint32_t CopyConnected(const EntryPair& pair, TransferRules rules,
                             std::uint32_t& unsafeNames) {
-    if (Overlaps(pair, rules.fate) &&
-        IsSameDirectory(pair.source, pair.destination, pair.sourceDN)) {
-        return LDAP_PARAM_ERROR;
-    }
+    const std::uint32_t refused = RefuseItself(pair, rules.fate, rules.existing);
+    if (refused != LDAP_SUCCESS) return refused;
     SourceEntry source;
     const std::uint32_t code = ReadSource(pair.source, pair.sourceDN, rules.fate, source);
     if (code != LDAP_SUCCESS) return MissingAs(code, LDAP_PARAM_ERROR);
@@ -110,40 +124,69 @@ std::uint32_t CopyConnected(const EntryPair& pair, const TransferRules& rules,
                            : CopyContents(pair, source.contents, rules);
 }
 
-std::uint32_t MoveFolder(CLDAPItems& directory, const std::string& oldDN, const std::string& newDN,
-                         const LdapItemList& children, const TransferWatcher& watcher,
-                         std::uint32_t& unsafeNames) {
-    const EntryPair pair = {directory, oldDN, directory, newDN};
-    const TransferRules rules = {ExistingEntries::kRefuse, SourceFate::kGoes, watcher};
-    const std::uint32_t code = CopyTree(pair, children, rules, unsafeNames);
+// What a move tells besides its code.
+struct MoveReport {
+    std::uint32_t unsafeNames = 0;
+    Leftovers left;
+};
+
+std::uint32_t MoveFolder(const EntryPair& pair, const LdapItemList& children,
+                         const TransferWatcher& watcher, MoveReport& report) {
+    CopiedSource copied;
+    const TransferRules rules = {ExistingEntries::kRefuse, SourceFate::kGoes, watcher, &copied};
+    const std::uint32_t code = CopyTree(pair, children, rules, report.unsafeNames);
     if (code != LDAP_SUCCESS) return code;
-    return directory.DeleteTree(oldDN, nullptr) != 0 ? std::uint32_t{LDAP_SUCCESS}
-                                                     : directory.LastError();
+    report.left = RemoveCopiedEntries(pair.source, copied);
+    return report.left.code;
 }
 
-// Whether an entry that could not be renamed may be a folder with children after all, which the
-// dot in its name does not tell, or whose new parent has yet to be made.
-bool MayHoldChildren(std::uint32_t code) {
-    return code == LDAP_NOT_ALLOWED_ON_NONLEAF || code == LDAP_NO_SUCH_OBJECT;
-}
-
-std::uint32_t MoveConnected(CLDAPItems& directory, const std::string& oldDN,
-                            const std::string& newDN, const TransferWatcher& watcher,
-                            std::uint32_t& unsafeNames) {
-    LdapItemList children;
-    const bool listFirst =
-        !IsSameEntry(directory, oldDN, newDN) && LooksLikeFolder(directory, oldDN);
-    if (listFirst && directory.ListChildren(oldDN, children) == 0) return directory.LastError();
-    if (children.Count() == 0) {
-        if (directory.RenameEntry(oldDN, newDN, nullptr) != 0) return LDAP_SUCCESS;
-        const std::uint32_t code = directory.LastError();
-        if (listFirst || !MayHoldChildren(code)) return code;
-        directory.ListChildren(oldDN, children);
-        if (children.Count() == 0) return code;
+// The codes by which servers say that they do not rename a folder that holds entries, or nothing to
+// another parent, or not to that one. Whoever lacks a right, and a name that is taken or invalid,
+// gets another code, and no copy would change that.
+bool CannotRenameTree(std::uint32_t code) {
+    switch (code) {
+        case LDAP_NOT_ALLOWED_ON_NONLEAF:
+        case LDAP_UNWILLING_TO_PERFORM:
+        case LDAP_AFFECTS_MULTIPLE_DSAS:
+        case LDAP_PROTOCOL_ERROR:
+        case LDAP_OTHER:
+        case LDAP_NOT_SUPPORTED:  // the client's own, by the older version of the protocol
+            return true;
+        default:
+            return false;
     }
-    const std::uint32_t refused = RefuseFile(directory, oldDN);
+}
+
+std::uint32_t Rename(const EntryPair& pair) {
+    const bool renamed = pair.source.RenameEntry(pair.sourceDN, pair.destinationDN, nullptr) != 0;
+    return renamed ? std::uint32_t{LDAP_SUCCESS} : pair.source.LastError();
+}
+
+// Renames after making the folders above the new name. They are removed again where the rename is
+// refused for good.
+std::uint32_t RenameBelowNewFolders(const EntryPair& pair) {
+    LdapItemList added;
+    const bool made = pair.source.EnsureFoldersAbove(pair.destinationDN, nullptr, &added) != 0;
+    const std::uint32_t code = made ? Rename(pair) : pair.source.LastError();
+    if (code == LDAP_SUCCESS || CannotRenameTree(code)) return code;
+    for (std::size_t index = added.Count(); index > 0; --index) {
+        pair.source.RemoveEmptyEntry(added.At(index - 1).path);
+    }
+    return code;
+}
+
+std::uint32_t MoveConnected(const EntryPair& pair, const TransferWatcher& watcher,
+                            MoveReport& report) {
+    std::uint32_t code = Rename(pair);
+    // What is missing may be the new parent, which is made for a folder with children.
+    if (!CannotRenameTree(code) && code != LDAP_NO_SUCH_OBJECT) return code;
+    LdapItemList children;
+    if (pair.source.ListChildren(pair.sourceDN, children) == 0) return pair.source.LastError();
+    if (children.Count() == 0) return code;
+    const std::uint32_t refused = RefuseFile(pair.source, pair.sourceDN);
     if (refused != LDAP_SUCCESS) return refused;
-    return MoveFolder(directory, oldDN, newDN, children, watcher, unsafeNames);
+    if (code == LDAP_NO_SUCH_OBJECT) code = RenameBelowNewFolders(pair);
+    return CannotRenameTree(code) ? MoveFolder(pair, children, watcher, report) : code;
 }
 
 // Puts the number of entries that were left out into the error text.
@@ -151,32 +194,41 @@ void TellUnsafeNames(std::uint32_t unsafeNames, std::string* errorText) {
     if (unsafeNames > 0 && errorText != nullptr) *errorText = UnsafeNamesText(unsafeNames);
 }
 
+// Puts what stays of a source, and how much of it, into the error text.
+void TellLeftovers(const Leftovers& left, std::string* errorText) {
+    if (errorText != nullptr) *errorText = LeftoversText(left);
+}
+
 }  // namespace
 
 int Upload(CLDAPItems& directory, const std::string& localPath, const std::string& dn,
            ExistingEntries existing, std::string* errorText, const TransferWatcher& watcher,
-           SourceFate fate) {
+           SourceFate fate, CopiedSource* copied) {
     if (localPath.empty() || dn.empty()) return directory.Fail(LDAP_PARAM_ERROR, errorText);
     const ConnectionScope connection(directory, errorText);
     if (!connection) return 0;
-    const TransferRules rules = {existing, fate, watcher};
+    const TransferRules rules = {existing, fate, watcher, copied};
     if (IsLocalFolder(localPath)) {
         const std::string folder = RemoveTrailingBackslash(localPath);
         return Finish(directory, StoreTree(directory, folder, dn, rules), errorText);
     }
-    TransferProgress progress;
-    const std::uint32_t code = StoreFile(directory, {dn, localPath, false}, existing, progress);
-    if (code == LDAP_SUCCESS) NoteSingleFile(watcher, progress.bytesDone);
+    std::uint64_t bytesDone = 0;
+    const std::uint32_t code = StoreFile(directory, {dn, localPath, false}, existing,
+                                         [&](const void* bytes, std::size_t length) {
+                                             bytesDone = length;
+                                             rules.NoteSource(localPath, bytes, length);
+                                         });
+    if (code == LDAP_SUCCESS) NoteSingleFile(watcher, bytesDone);
     return Finish(directory, code, errorText);
 }
 
 int Download(CLDAPItems& directory, const std::string& dn, const std::string& localPath,
              std::string* errorText, const TransferWatcher& watcher, ExistingEntries existing,
-             SourceFate fate) {
+             SourceFate fate, CopiedSource* copied) {
     if (localPath.empty() || dn.empty()) return directory.Fail(LDAP_PARAM_ERROR, errorText);
     const ConnectionScope connection(directory, errorText);
     if (!connection) return 0;
-    const TransferRules rules = {existing, fate, watcher};
+    const TransferRules rules = {existing, fate, watcher, copied};
     std::uint32_t unsafeNames = 0;
     const std::uint32_t code = Fetch(directory, dn, localPath, rules, unsafeNames);
     const int result = Finish(directory, MissingAs(code, LDAP_INVALID_DN_SYNTAX), errorText);
@@ -186,7 +238,7 @@ int Download(CLDAPItems& directory, const std::string& dn, const std::string& lo
 
 int CopyEntry(CLDAPItems& source, const std::string& sourceDN, CLDAPItems& destination,
               const std::string& destinationDN, ExistingEntries existing, std::string* errorText,
-              const TransferWatcher& watcher, SourceFate fate) {
+              const TransferWatcher& watcher, SourceFate fate, CopiedSource* copied) {
     const EntryPair pair = {source, sourceDN, destination, destinationDN};
     const bool intoItself = &source == &destination && Overlaps(pair, fate);
     if (sourceDN.empty() || destinationDN.empty() || intoItself) {
@@ -200,7 +252,7 @@ int CopyEntry(CLDAPItems& source, const std::string& sourceDN, CLDAPItems& desti
         return 0;
     }
     std::uint32_t unsafeNames = 0;
-    const std::uint32_t code = CopyConnected(pair, {existing, fate, watcher}, unsafeNames);
+    const std::uint32_t code = CopyConnected(pair, {existing, fate, watcher, copied}, unsafeNames);
     const int result = Finish(source, code, errorText);
     TellUnsafeNames(unsafeNames, errorText);
     return result;
@@ -214,10 +266,11 @@ int MoveEntry(CLDAPItems& directory, const std::string& oldDN, const std::string
     }
     const ConnectionScope connection(directory, errorText);
     if (!connection) return 0;
-    std::uint32_t unsafeNames = 0;
-    const std::uint32_t code = MoveConnected(directory, oldDN, newDN, watcher, unsafeNames);
+    MoveReport report;
+    const std::uint32_t code = MoveConnected({directory, oldDN, directory, newDN}, watcher, report);
     const int result = Finish(directory, UnknownAsParameterError(code), errorText);
-    TellUnsafeNames(unsafeNames, errorText);
+    TellUnsafeNames(report.unsafeNames, errorText);
+    if (code != LDAP_SUCCESS && code == report.left.code) TellLeftovers(report.left, errorText);
     return result;
 }
 

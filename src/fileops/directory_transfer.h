@@ -5,6 +5,9 @@
 // connection's last error, with its message in the error text; what was transferred before it
 // stays.
 //
+// A source that is to be removed afterwards is noted in `copied`, where one is given, by which
+// RemoveCopiedEntries and RemoveCopiedFiles remove just what has arrived.
+//
 // Whether an entry is a file or a folder is what the directory says of it; the dot in its name only
 // decides what is looked for first.
 #pragma once
@@ -13,6 +16,7 @@
 #include <string>
 
 #include "directory/ldap_items.h"
+#include "fileops/copied_source.h"
 #include "fileops/transfer_progress.h"
 
 namespace depot {
@@ -27,7 +31,7 @@ enum class ExistingEntries {
 // holds under the entry.
 int Upload(CLDAPItems& directory, const std::string& localPath, const std::string& dn,
            ExistingEntries existing, std::string* errorText, const TransferWatcher& watcher = {},
-           SourceFate fate = SourceFate::kStays);
+           SourceFate fate = SourceFate::kStays, CopiedSource* copied = nullptr);
 
 // Writes a file entry to a local file, or a folder entry with its tree into a local folder. Fails
 // when there are entries whose names cannot be local names: all others are written first, unless
@@ -35,16 +39,19 @@ int Upload(CLDAPItems& directory, const std::string& localPath, const std::strin
 int Download(CLDAPItems& directory, const std::string& dn, const std::string& localPath,
              std::string* errorText, const TransferWatcher& watcher = {},
              ExistingEntries existing = ExistingEntries::kReplace,
-             SourceFate fate = SourceFate::kStays);
+             SourceFate fate = SourceFate::kStays, CopiedSource* copied = nullptr);
 
 // Copies an entry to another one, in the same directory or another; a folder entry with its tree.
 // An entry goes neither onto nor into itself, by whatever connections the two are named.
 int CopyEntry(CLDAPItems& source, const std::string& sourceDN, CLDAPItems& destination,
               const std::string& destinationDN, ExistingEntries existing, std::string* errorText,
-              const TransferWatcher& watcher = {}, SourceFate fate = SourceFate::kStays);
+              const TransferWatcher& watcher = {}, SourceFate fate = SourceFate::kStays, CopiedSource* copied = nullptr);
 
-// Renames an entry. A folder with children is copied first, and removed only when all of it
-// arrived; it goes neither into itself nor onto a folder above it.
+// Renames an entry with all below it in one request. The folders above the new name are made for a
+// folder that holds entries. Where the server does not rename such folders the tree is copied, and
+// then removed as far as it still holds what was copied: what others changed or added meanwhile
+// stays, is counted in the error text, and fails the call. A folder goes neither into itself nor
+// onto a folder above it.
 int MoveEntry(CLDAPItems& directory, const std::string& oldDN, const std::string& newDN,
               std::string* errorText, const TransferWatcher& watcher = {});
 

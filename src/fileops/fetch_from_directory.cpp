@@ -19,8 +19,7 @@ std::uint32_t WriteContents(const FileBuffer& contents, const std::string& path,
 }
 
 std::uint32_t FetchFile(CLDAPItems& directory, const TransferStep& step, const TransferRules& rules,
-                        TransferProgress& progress) {
-    FileBuffer contents;
+                        FileBuffer& contents) {
     if (directory.ReadFileContents(step.dn, contents) == 0) return directory.LastError();
     const bool mustBeSeen = rules.refusesUnseenBytes || rules.fate == SourceFate::kGoes;
     if (!contents.bytes && mustBeSeen) return LDAP_NO_SUCH_ATTRIBUTE;
@@ -29,7 +28,6 @@ std::uint32_t FetchFile(CLDAPItems& directory, const TransferStep& step, const T
         const std::uint32_t code = RefuseChildren(directory, step.dn);
         if (code != LDAP_SUCCESS) return code;
     }
-    progress.bytesDone += contents.length;
     return WriteContents(contents, step.localPath, rules.existing);
 }
 
@@ -51,13 +49,18 @@ std::uint32_t FetchTree(CLDAPItems& directory, const std::string& dn, const Ldap
     if (rules.existing == ExistingEntries::kRefuse && AnyLocalFileExists(plan)) {
         return LDAP_ALREADY_EXISTS;
     }
+    rules.NoteTree(plan, &TransferStep::dn);
     const std::uint32_t code = RunPlan(
         plan, rules.watcher,
         [](const TransferStep& step) -> std::uint32_t {
             return EnsureLocalFolder(step.localPath) ? LDAP_SUCCESS : LDAP_LOCAL_ERROR;
         },
         [&](const TransferStep& step, TransferProgress& progress) {
-            return FetchFile(directory, step, rules, progress);
+            FileBuffer contents;
+            const std::uint32_t fetched = FetchFile(directory, step, rules, contents);
+            progress.bytesDone += contents.length;
+            rules.NoteFile(plan, step, contents.bytes.get(), contents.length);
+            return fetched;
         });
     const bool incomplete = code == LDAP_SUCCESS && unsafeNames > 0;
     return incomplete ? std::uint32_t{LDAP_NAMING_VIOLATION} : code;
@@ -74,6 +77,7 @@ std::uint32_t Fetch(CLDAPItems& directory, const std::string& dn, const std::str
     if (rules.existing == ExistingEntries::kRefuse && PathMayExist(localPath)) {
         return LDAP_ALREADY_EXISTS;
     }
+    rules.NoteSource(dn, source.contents.bytes.get(), source.contents.length);
     code = WriteContents(source.contents, localPath, rules.existing);
     if (code == LDAP_SUCCESS) NoteSingleFile(rules.watcher, source.contents.length);
     return code;

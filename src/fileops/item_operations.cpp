@@ -61,18 +61,17 @@ private:
 
 // Copies an entry of a directory into a folder under its own name; empty when that fails.
 std::string CopyIntoFolder(const CDepotItem& item, const std::string& folder, SourceFate fate,
-                           std::string* errorText, const TransferWatcher& watcher) {
+                           std::string* errorText, const TransferWatcher& watcher,
+                           CopiedSource& copied) {
     if (folder.empty()) return {};
-    const bool copied = CopyFile(*item.depot, item.path, folder + "\\", nullptr, false, errorText,
-                                 watcher, fate) != 0;
-    return copied ? JoinPath(folder, NamePart(RemoveTrailingBackslash(item.path))) : std::string();
+    const bool done = CopyFile(*item.depot, item.path, folder + "\\", nullptr, false, errorText,
+                               watcher, fate, &copied) != 0;
+    return done ? JoinPath(folder, NamePart(RemoveTrailingBackslash(item.path))) : std::string();
 }
 
-int DeleteEntries(const CDepotItems& entries) {
-    for (std::size_t index = 0; index < entries.Count(); ++index) {
-        if (DeleteItem(*entries.At(index)) == 0) return 0;
-    }
-    return 1;
+int TellLeftovers(const Leftovers& left, std::string* errorText) {
+    if (errorText != nullptr) *errorText = LeftoversText(left);
+    return 0;
 }
 
 // The names under which the items of a list go to one target. A second one of a name would replace
@@ -103,7 +102,9 @@ int OperateOneByOne(const CDepotItems& items, const CDepotItem& target, UINT ope
         if (operation != FO_DELETE && !names.Take(item)) {
             return DirectoryOf(target)->Fail(LDAP_ALREADY_EXISTS, errorText);
         }
-        if (progress.IsStopped() || !connections.Hold(target.depot, target.path, nullptr) ||
+        const bool ready = operation == FO_DELETE ||
+                           connections.Hold(target.depot, target.path, nullptr);
+        if (progress.IsStopped() || !ready ||
             !connections.Hold(item.depot, item.path, nullptr) ||
             ItemOperation(item, &target, operation, window, errorText, progress.Next()) == 0) {
             return 0;
@@ -116,24 +117,38 @@ bool CanCopy(const CDepotItem& source, const CDepotItem* target) {
     return source.depot != nullptr && target != nullptr && !target->path.empty();
 }
 
-int DeleteMovedSource(const CDepotItem& item, HWND window) {
-    if (DirectoryOf(item)) return DeleteItem(item);
-    CDepotItems source;
-    source.Append(item.Clone());
-    return ShellOperation(source, nullptr, FO_DELETE, FOF_NOCONFIRMATION, window, nullptr);
+// Deletes a source whose copy has arrived. Returns 0 only when there was something to keep.
+int DeleteMovedEntry(CLDAPItems& directory, const CopiedSource& copied, std::string* errorText) {
+    const Leftovers left = RemoveCopiedEntries(directory, copied);
+    directory.SetLastError(left.code);
+    return left.changed ? TellLeftovers(left, errorText) : 1;
 }
 
-int MoveItem(const CDepotItem& item, const CDepotItem* target, HWND window,
+int DeleteMovedFile(const CDepotItem& item, const CopiedSource& copied, HWND window,
+                    std::string* errorText) {
+    if (!IsAsCopied(copied)) {
+        const Leftovers left = RemoveCopiedFiles(copied);
+        return left.changed ? TellLeftovers(left, errorText) : 1;
+    }
+    CDepotItems source;
+    source.Append(item.Clone());
+    ShellOperation(source, nullptr, FO_DELETE, FOF_NOCONFIRMATION, window, nullptr);
+    return 1;
+}
+
+int MoveItem(const CDepotItem& item, const CDepotItem* target, HWND window, std::string* errorText,
              const TransferWatcher& watcher) {
     if (!CanCopy(item, target) || HoldsRoot(*item.depot, item.path)) return 0;
     HeldConnections connections;
+    CopiedSource copied;
     if (!connections.Hold(target->depot, target->path, nullptr) ||
         !connections.Hold(item.depot, item.path, nullptr) ||
-        CopyItem(item, target, true, nullptr, watcher, SourceFate::kGoes) == 0) {
+        CopyItem(item, target, true, nullptr, watcher, SourceFate::kGoes, &copied) == 0) {
         return 0;
     }
-    DeleteMovedSource(item, window);
-    return 1;
+    CLDAPItems* const directory = DirectoryOf(item);
+    return directory ? DeleteMovedEntry(*directory, copied, errorText)
+                     : DeleteMovedFile(item, copied, window, errorText);
 }
 
 // Tells whether the shell would replace what it has just moved by another item of that name, and
@@ -177,6 +192,12 @@ bool AnyInDirectory(const CDepotItems& items, const CDepotItem* target) {
     return false;
 }
 
+// An entry that is to be deleted once the shell is done with its copy.
+struct FetchedEntry {
+    const CDepotItem* item;
+    CopiedSource copied;
+};
+
 // What a list comes to before the shell does it.
 struct ShellWork {
     explicit ShellWork(HWND window) : temporaryFolders(window) {}
@@ -185,7 +206,7 @@ struct ShellWork {
     HeldConnections connections;
     CDepotItems items;
     std::vector<std::string> copies;  // of the entries
-    CDepotItems entriesToRemove;
+    std::vector<FetchedEntry> entriesToRemove;
 };
 
 // Tells whether two items of a list that is moved have one name, and the second may be an entry's
@@ -218,23 +239,41 @@ bool Collect(const CDepotItems& items, bool removesSources, ShellWork& work, std
         if (progress.IsStopped() || !work.connections.Hold(item.depot, item.path, errorText)) {
             return false;
         }
-        const std::string copy =
-            CopyIntoFolder(item, work.temporaryFolders.Make(), fate, errorText, progress.Next());
+        FetchedEntry entry = {&item, {}};
+        const std::string copy = CopyIntoFolder(item, work.temporaryFolders.Make(), fate, errorText,
+                                                progress.Next(), entry.copied);
         if (copy.empty()) return false;
         if (!work.items.Append(PlainItem(copy))) return false;
         work.copies.push_back(copy);
-        if (removesSources && !work.entriesToRemove.Append(item.Clone())) return false;
+        if (removesSources) work.entriesToRemove.push_back(std::move(entry));
     }
     return !progress.IsStopped();
+}
+
+// Removes the entries of a list up to the first that cannot be removed. What is only deleted is
+// deleted with whatever it holds by now.
+int RemoveEntries(const ShellWork& work, UINT operation, std::string* errorText) {
+    for (const auto& [item, copied] : work.entriesToRemove) {
+        if (operation != FO_MOVE) {
+            if (DeleteItem(*item) == 0) return 0;
+            continue;
+        }
+        CLDAPItems& directory = *DirectoryOf(*item);
+        const Leftovers left = RemoveCopiedEntries(directory, copied);
+        directory.SetLastError(left.code);
+        if (left.code != LDAP_SUCCESS) return TellLeftovers(left, errorText);
+    }
+    return 1;
 }
 
 }  // namespace
 
 int CopyItem(const CDepotItem& source, const CDepotItem* target, bool failIfExists,
-             std::string* errorText, const TransferWatcher& watcher, SourceFate fate) {
+             std::string* errorText, const TransferWatcher& watcher, SourceFate fate,
+             CopiedSource* copied) {
     if (!CanCopy(source, target)) return 0;
     return CopyFile(*source.depot, source.path, target->path, target->depot, failIfExists,
-                    errorText, watcher, fate);
+                    errorText, watcher, fate, copied);
 }
 
 int DeleteItem(const CDepotItem& item) {
@@ -244,6 +283,8 @@ int DeleteItem(const CDepotItem& item) {
 int ShellOperation(const CDepotItems& items, const CDepotItem* target, UINT operation,
                    FILEOP_FLAGS flags, HWND window, std::string* errorText) {
     if (items.Count() == 0) return 1;
+    // A deletion takes no notice of a target, whatever that holds.
+    if (operation == FO_DELETE) target = nullptr;
     if (TakesRootAway(items, operation) || AnyInDirectory(items, target)) {
         SetLastError(ERROR_INVALID_PARAMETER);
         return FailShellOperation(errorText);
@@ -264,14 +305,14 @@ int ShellOperation(const CDepotItems& items, const CDepotItem* target, UINT oper
 }
 
 int ItemOperation(const CDepotItem& item, const CDepotItem* target, UINT operation, HWND window,
-                  std::string* /*errorText*/, const TransferWatcher& watcher) {
+                  std::string* errorText, const TransferWatcher& watcher) {
     switch (operation) {
         case FO_COPY:
             return CopyItem(item, target, true, nullptr, watcher);
         case FO_DELETE:
             return DeleteItem(item);
         case FO_MOVE:
-            return MoveItem(item, target, window, watcher);
+            return MoveItem(item, target, window, errorText, watcher);
         default:
             return 0;
     }
@@ -292,7 +333,7 @@ int ListOperation(const CDepotItems& items, const CDepotItem* target, UINT opera
     if (!Collect(items, removesSources, work, errorText, watcher)) return 0;
     const int result = ShellOperation(work.items, target, operation, flags, window, errorText);
     if (result == 0 || (operation == FO_MOVE && !AllCopiesLeft(work))) return 0;
-    return DeleteEntries(work.entriesToRemove);
+    return RemoveEntries(work, operation, errorText);
 }
 
 }  // namespace depot

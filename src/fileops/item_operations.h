@@ -3,6 +3,7 @@
 
 #include <string>
 
+#include "fileops/copied_source.h"
 #include "fileops/shell_operation.h"
 #include "fileops/transfer_progress.h"
 #include "model/depot_items.h"
@@ -13,7 +14,7 @@ namespace depot {
 // there is no target.
 int CopyItem(const CDepotItem& source, const CDepotItem* target, bool failIfExists,
              std::string* errorText, const TransferWatcher& watcher = {},
-             SourceFate fate = SourceFate::kStays);
+             SourceFate fate = SourceFate::kStays, CopiedSource* copied = nullptr);
 
 // Deletes an item; 0 when it has no depot.
 int DeleteItem(const CDepotItem& item);
@@ -27,10 +28,12 @@ int ShellOperation(const CDepotItems& items, const CDepotItem* target, UINT oper
 
 // Copies (FO_COPY), deletes (FO_DELETE) or moves (FO_MOVE) one item between any two stores. An
 // existing file is a failure, an existing entry of a directory gets the new contents; any other
-// operation is refused. A source is deleted only when everything it holds was copied.
+// operation is refused. A source is deleted only when everything it holds was copied, and only as
+// far as it still holds what was copied: what others changed or added meanwhile stays, is counted
+// in the error text, and fails the move.
 //
-// Kept: a move whose copy succeeded counts as done even when the source could not be deleted, and a
-// failed copy leaves the error text alone.
+// Kept: a move whose copy succeeded counts as done even when the system or the directory refuses to
+// delete the source, and a failed copy leaves the error text alone.
 // Relied on by: existing clients, which look at the target only.
 int ItemOperation(const CDepotItem& item, const CDepotItem* target, UINT operation, HWND window,
                   std::string* errorText, const TransferWatcher& watcher = {});
@@ -38,7 +41,8 @@ int ItemOperation(const CDepotItem& item, const CDepotItem* target, UINT operati
 // Does one operation on a list of items of any stores. With a target in a directory the items are
 // done one by one, up to the first failure. Otherwise the shell does them all at once; what comes
 // from a directory reaches it as a copy in a temporary folder, which is gone afterwards, and the
-// watcher hears of these copies. A list that is stopped fails between two files.
+// watcher hears of these copies. A list that is stopped fails between two files. A moved entry is
+// deleted as in ItemOperation. A deletion takes no notice of the target.
 int ListOperation(const CDepotItems& items, const CDepotItem* target, UINT operation,
                   FILEOP_FLAGS flags, HWND window, std::string* errorText,
                   const TransferWatcher& watcher = {});

@@ -52,10 +52,10 @@ std::uint32_t StoreContents(CLDAPItems& directory, const std::string& dn, const 
 }
 
 std::uint32_t StoreFile(CLDAPItems& directory, const TransferStep& step, ExistingEntries existing,
-                        TransferProgress& progress) {
+                        const NoteBytes& note) {
     const auto bytes = ReadLocalFile(step.localPath);
     if (!bytes) return LDAP_LOCAL_ERROR;
-    progress.bytesDone += bytes->size();
+    note(bytes->data(), bytes->size());
     return StoreContents(directory, step.dn, bytes->data(),
                          static_cast<std::uint32_t>(bytes->size()), existing);
 }
@@ -72,6 +72,7 @@ std::uint32_t StoreTree(CLDAPItems& directory, const std::string& folder, const 
         (refused && directory.FindEntry(dn) == LDAP_SUCCESS)) {
         return LDAP_ALREADY_EXISTS;
     }
+    rules.NoteTree(plan, &TransferStep::localPath);
     const std::uint32_t code = EnsureTop(directory, dn);
     if (code != LDAP_SUCCESS) return code;
     return RunPlan(
@@ -83,7 +84,11 @@ std::uint32_t StoreTree(CLDAPItems& directory, const std::string& folder, const 
             return added ? std::uint32_t{LDAP_SUCCESS} : directory.LastError();
         },
         [&](const TransferStep& step, TransferProgress& progress) {
-            return StoreFile(directory, step, rules.existing, progress);
+            return StoreFile(directory, step, rules.existing,
+                             [&](const void* bytes, std::size_t length) {
+                                 progress.bytesDone += length;
+                                 rules.NoteFile(plan, step, bytes, length);
+                             });
         });
 }
 

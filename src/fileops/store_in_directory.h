@@ -1,6 +1,7 @@
 // Storing files and trees in a directory that is connected. All return the directory's code.
 #pragma once
 
+#include <functional>
 #include <string>
 
 #include "fileops/transfer_rules.h"
@@ -11,9 +12,12 @@ namespace depot {
 std::uint32_t StoreContents(CLDAPItems& directory, const std::string& dn, const void* bytes,
                             std::uint32_t length, ExistingEntries existing);
 
-// Stores the local file of a step, and adds its bytes to the progress.
+// Is called with the bytes of a local file once they were read.
+using NoteBytes = std::function<void(const void* bytes, std::size_t length)>;
+
+// Stores the local file of a step.
 std::uint32_t StoreFile(CLDAPItems& directory, const TransferStep& step, ExistingEntries existing,
-                        TransferProgress& progress);
+                        const NoteBytes& note);
 
 // Stores a local folder with its tree as the entry.
 std::uint32_t StoreTree(CLDAPItems& directory, const std::string& folder, const std::string& dn,

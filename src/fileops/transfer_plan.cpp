@@ -4,15 +4,17 @@
 
 #include "directory/comparable_dn.h"
 #include "directory/local_listing.h"
+#include "directory/tree_bounds.h"
 #include "platform/paths.h"
 
 namespace depot {
 namespace {
 
-// Appends the steps for what a folder entry holds. The parent may not be one of the plan's own
-// steps, which move when the plan grows.
-void AddEntries(CLDAPItems& directory, const TransferStep& parent, const LdapItemList& children,
+// Appends the steps for what a folder entry holds.
+void AddEntries(CLDAPItems& directory, std::size_t parent, const LdapItemList& children,
                 TransferPlan& plan) {
+    // A copy: the steps move when the plan grows.
+    const TransferStep folder = plan.steps[parent];
     for (const CLDAPItem* child : children) {
         std::string name;
         bool nameOfFolder = false;
@@ -24,7 +26,8 @@ void AddEntries(CLDAPItems& directory, const TransferStep& parent, const LdapIte
         // What the entry is, not what its name looks like: a file without a dot and a folder with
         // one keep what they hold.
         const bool isFolder = child->isFolder != 0;
-        plan.steps.push_back({child->path, JoinPath(parent.localPath, name), isFolder});
+        plan.steps.push_back({child->path, JoinPath(folder.localPath, name), isFolder, parent,
+                              folder.depth + 1});
         if (!isFolder) ++plan.files;
     }
 }
@@ -54,8 +57,8 @@ std::optional<TransferPlan> PlanUpload(const CLDAPItems& directory, const std::s
         for (const CLDAPItem* child : children) {
             const bool isFolder = child->isFolder != 0;
             const std::string& attribute = isFolder ? naming.folder : naming.file;
-            plan.steps.push_back(
-                {EntryDN(attribute, NamePart(child->path), parent.dn), child->path, isFolder});
+            plan.steps.push_back({EntryDN(attribute, NamePart(child->path), parent.dn), child->path,
+                                  isFolder, next, parent.depth + 1});
             if (!isFolder) ++plan.files;
         }
     }
@@ -72,17 +75,26 @@ bool PlanDownload(CLDAPItems& directory, const std::string& dn, const std::strin
 
 bool PlanDownload(CLDAPItems& directory, const std::string& dn, const LdapItemList& children,
                   const std::string& folder, TransferPlan& plan) {
-    const TransferStep top = {dn, folder, true};
-    plan.steps.push_back(top);
-    AddEntries(directory, top, children, plan);
+    TreeWalk walk(directory);
+    plan.steps.push_back({dn, folder, true});
+    AddEntries(directory, 0, children, plan);
     for (std::size_t next = 1; next < plan.steps.size(); ++next) {
-        const TransferStep parent = plan.steps[next];
+        const TransferStep& parent = plan.steps[next];
         if (!parent.isFolder) continue;
         LdapItemList found;
-        if (directory.ListChildren(parent.dn, found) == 0) return false;
-        AddEntries(directory, parent, found, plan);
+        if (walk.List(parent.dn, parent.depth, found) != LDAP_SUCCESS) return false;
+        AddEntries(directory, next, found, plan);
     }
     return true;
+}
+
+CopiedSource SourceOf(const TransferPlan& plan, std::string TransferStep::*nameOf) {
+    CopiedSource source;
+    source.items.reserve(plan.steps.size());
+    for (const TransferStep& step : plan.steps) {
+        source.items.push_back({step.*nameOf, step.isFolder, step.parent});
+    }
+    return source;
 }
 
 }  // namespace depot

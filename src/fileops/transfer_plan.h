@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "directory/ldap_items.h"
+#include "fileops/copied_source.h"
 
 namespace depot {
 
@@ -14,6 +15,8 @@ struct TransferStep {
     std::string dn;
     std::string localPath;
     bool isFolder = false;
+    std::size_t parent = 0;   // the index of the step of the folder that holds it
+    std::uint32_t depth = 0;  // levels below the first step
 };
 
 // The steps in the order in which they are done: a folder before what it holds.
@@ -29,8 +32,12 @@ struct TransferPlan {
 std::optional<TransferPlan> PlanUpload(const CLDAPItems& directory, const std::string& folder,
                                        const std::string& dn);
 
+// What the source of a plan is, with nothing of it copied yet: `nameOf` chooses the DN or the local
+// path of each step.
+CopiedSource SourceOf(const TransferPlan& plan, std::string TransferStep::*nameOf);
+
 // Lists an entry's tree as it is to stand in `folder`. Returns false when a folder cannot be
-// listed. REQUIRES: the directory is connected.
+// listed, or when the tree passes the bounds on trees. REQUIRES: the directory is connected.
 bool PlanDownload(CLDAPItems& directory, const std::string& dn, const std::string& folder,
                   TransferPlan& plan);
 

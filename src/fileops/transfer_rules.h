@@ -1,6 +1,7 @@
 // How a transfer goes about its work, whichever way it goes.
 #pragma once
 
+#include "fileops/copied_source.h"
 #include "fileops/directory_transfer.h"
 #include "fileops/transfer_plan.h"
 
@@ -11,9 +12,27 @@ struct TransferRules {
     ExistingEntries existing;
     SourceFate fate;
     const TransferWatcher& watcher;
+    // Receives what is copied of a source that is to be removed; may be null.
+    CopiedSource* copied = nullptr;
     // Whether a file that shows no bytes ends the transfer. On its way through a local folder it
     // would look like an empty one, which may replace others.
     bool refusesUnseenBytes = false;
+
+    // Starts the list of what is copied of a tree.
+    void NoteTree(const TransferPlan& plan, std::string TransferStep::*nameOf) const {
+        if (copied != nullptr) *copied = SourceOf(plan, nameOf);
+    }
+    // Notes the bytes that were copied of a file of that plan.
+    void NoteFile(const TransferPlan& plan, const TransferStep& step, const void* bytes,
+                  std::size_t length) const {
+        if (copied == nullptr) return;
+        const auto index = static_cast<std::size_t>(&step - plan.steps.data());
+        copied->items[index].contents = DigestOf(bytes, length);
+    }
+    // Notes a source that is one file.
+    void NoteSource(const std::string& name, const void* bytes, std::size_t length) const {
+        if (copied != nullptr) copied->SetFile(name, bytes, length);
+    }
 };
 
 // Tells of a transfer that was of one file alone. There is nothing left to stop.

@@ -1,15 +1,10 @@
 #include "fileops/transfer_source.h"
 
-#include <cstring>
-
 #include "directory/comparable_dn.h"
 #include "platform/text.h"
 
 namespace depot {
 namespace {
-
-// By which servers tell entries apart whatever becomes of their names.
-constexpr char kEntryIdentifier[] = "entryUUID";
 
 std::uint32_t Read(CLDAPItems& directory, const std::string& dn, FileBuffer& contents) {
     const bool found = directory.ReadFileContents(dn, contents) != 0;
@@ -40,12 +35,6 @@ std::uint32_t ReadByClass(CLDAPItems& directory, const std::string& dn, SourceFa
     code = Read(directory, dn, source.contents);
     if (code != LDAP_SUCCESS || source.contents.bytes) return code;
     return fate == SourceFate::kGoes ? LDAP_NO_SUCH_ATTRIBUTE : LDAP_SUCCESS;
-}
-
-std::string Identifier(CLDAPItems& directory, const std::string& dn) {
-    FileBuffer value;
-    if (directory.ReadFileContents(dn, value, kEntryIdentifier) == 0 || !value.bytes) return {};
-    return std::string(reinterpret_cast<const char*>(value.bytes.get()), value.length);
 }
 
 }  // namespace
@@ -100,10 +89,24 @@ bool IsSameServer(const CLDAPItems& one, const CLDAPItems& other) {
                               one.Location().port == other.Location().port);
 }
 
-bool IsSameDirectory(CLDAPItems& one, CLDAPItems& other, const std::string& dn) {
-    if (IsSameServer(one, other)) return true;
-    const std::string identifier = Identifier(one, dn);
-    return !identifier.empty() && identifier == Identifier(other, dn);
+EntryIdentity CompareEntry(CLDAPItems& one, CLDAPItems& other, const std::string& dn) {
+    if (IsSameServer(one, other)) return EntryIdentity::kSame;
+    EntryIdentifiers first, second;
+    if (one.ReadIdentifiers(dn, first) != LDAP_SUCCESS) return EntryIdentity::kUnknown;
+    const std::uint32_t code = other.ReadIdentifiers(dn, second);
+    if (code == LDAP_NO_SUCH_OBJECT) return EntryIdentity::kUnseen;
+    if (code != LDAP_SUCCESS) return EntryIdentity::kUnknown;
+    for (std::size_t index = 0; index < first.size(); ++index) {
+        if (first[index].empty() || second[index].empty()) continue;
+        return first[index] == second[index] ? EntryIdentity::kSame : EntryIdentity::kOther;
+    }
+    return EntryIdentity::kUnknown;
+}
+
+bool IsSameDirectory(CLDAPItems& one, CLDAPItems& other, const std::string& dn, SourceFate fate) {
+    const EntryIdentity identity = CompareEntry(one, other, dn);
+    return identity == EntryIdentity::kSame ||
+           (identity == EntryIdentity::kUnknown && fate == SourceFate::kGoes);
 }
 
 }  // namespace depot

@@ -38,9 +38,21 @@ bool IsBelowEntry(const CLDAPItems& directory, const std::string& dn, const std:
 // Tells whether both are connections to one server, by host and port.
 bool IsSameServer(const CLDAPItems& one, const CLDAPItems& other);
 
-// Tells whether an entry of that name is the same one through both connections: two names of one
-// server, and two servers that replicate each other, show the same identifier.
-// REQUIRES: both are connected.
-bool IsSameDirectory(CLDAPItems& one, CLDAPItems& other, const std::string& dn);
+// What two connections show of the entry of one name.
+enum class EntryIdentity {
+    kSame,
+    kOther,
+    kUnseen,  // the second connection shows no entry of the name
+    kUnknown  // at least one of the two shows no identifier that the other one shows as well
+};
+
+// Compares the entry of that name through both connections: two names of one server, and two
+// servers that replicate each other, show the same identifier. REQUIRES: both are connected.
+EntryIdentity CompareEntry(CLDAPItems& one, CLDAPItems& other, const std::string& dn);
+
+// Tells whether an entry of that name counts as the same one through both connections. A source
+// that is to be removed does so, too, where that cannot be told. REQUIRES: both are connected.
+bool IsSameDirectory(CLDAPItems& one, CLDAPItems& other, const std::string& dn,
+                     SourceFate fate = SourceFate::kStays);
 
 }  // namespace depot

@@ -151,11 +151,4 @@ void RawDirectory::Delete(const std::string& dn) const {
     Require(List(dn).empty() && ldap_delete_sA(connection_, Raw(dn)) == LDAP_SUCCESS, "delete");
 }
 
-void RawDirectory::DeleteFolder(const std::string& folder) const {
-    for (const auto& [dn, isFolder] : List(folder)) {
-        Require(ldap_delete_sA(connection_, Raw(dn)) == LDAP_SUCCESS, "delete a file");
-    }
-    Require(ldap_delete_sA(connection_, Raw(folder)) == LDAP_SUCCESS, "delete a folder");
-}
-
 }  // namespace depot::bench

@@ -33,8 +33,6 @@ public:
     void Rename(const std::string& dn, const std::string& newName, const std::string& parent) const;
     // Looks for entries below this one first, as deleting a tree must.
     void Delete(const std::string& dn) const;
-    // Deletes a folder and the files in it.
-    void DeleteFolder(const std::string& folder) const;
 
 private:
     LDAPMessage* Search(const std::string& dn, ULONG scope, std::vector<char*> attributes) const;

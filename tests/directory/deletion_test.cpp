@@ -138,9 +138,36 @@ TEST_F(DeletionTest, OfATreeWithoutAnEndIsAFailure) {
     Connected().Client().ldap_delete_s = [](LDAP*, PCHAR) -> ULONG {
         return LDAP_NOT_ALLOWED_ON_NONLEAF;
     };
-    EXPECT_EQ(0, Connected().DeleteTree(base_, &text_));
-    EXPECT_EQ(89u, Connected().LastError());
-    EXPECT_EQ(MessageFor(89), text_);
+    const auto fails = [&](std::uint32_t code) {
+        EXPECT_EQ(0, Connected().DeleteTree(base_, &text_));
+        EXPECT_EQ(code, Connected().LastError());
+        EXPECT_EQ(MessageFor(code), text_);
+    };
+    fails(LDAP_SIZELIMIT_EXCEEDED);  // by the length of the names
+    Connected().Bounds().entries = 50;
+    fails(LDAP_SIZELIMIT_EXCEEDED);
+    Connected().Bounds().entries = 100'000;
+    Connected().Bounds().nameBytes = 100'000;
+    fails(LDAP_SIZELIMIT_EXCEEDED);
+    Connected().Bounds().listingTime = std::chrono::milliseconds(20);
+    Connected().Bounds().nameBytes = 1'000'000'000;
+    fails(LDAP_TIMELIMIT_EXCEEDED);
+}
+
+TEST_F(DeletionTest, OfATreeWithinTheBoundsIsDone) {
+    server_.AddFolder("tree", base_);
+    server_.AddFolder("sub", Dn("tree"));
+    server_.AddFile("a.krc", "cn=sub," + Dn("tree"), "x");
+    TreeBounds& bounds = Connected().Bounds();
+    for (const TreeBounds& tooSmall : {TreeBounds{.entries = 1}, TreeBounds{.depth = 1}}) {
+        bounds = tooSmall;
+        EXPECT_EQ(0, Connected().DeleteTree(Dn("tree"), &text_));
+        EXPECT_EQ(std::uint32_t{LDAP_SIZELIMIT_EXCEEDED}, Connected().LastError());
+        EXPECT_TRUE(server_.Holds("cn=a.krc,cn=sub," + Dn("tree")));
+    }
+    bounds = {.entries = 2, .depth = 2};
+    EXPECT_EQ(1, Connected().DeleteTree(Dn("tree"), &text_));
+    EXPECT_FALSE(server_.Holds(Dn("tree")));
 }
 
 }  // namespace

@@ -104,7 +104,9 @@ TEST_F(ClientMemoryTest, IsGivenBackByTransfersThatSucceed) {
     EXPECT_EQ(1, Download(Directory(), DN("cn=tree"), At("out"), &error_));
     EXPECT_EQ(1,
               CopyEntry(Directory(), DN("cn=tree"), Directory(), DN("cn=copy"), kReplace, &error_));
-    EXPECT_EQ(1, MoveEntry(Directory(), DN("cn=copy"), DN("cn=moved"), &error_));
+    EXPECT_EQ(1, MoveEntry(Directory(), DN("cn=copy"), DN("cn=other"), &error_));
+    RefuseTreeRenames(Directory());
+    EXPECT_EQ(1, MoveEntry(Directory(), DN("cn=other"), DN("cn=moved"), &error_));
     EXPECT_EQ(1, Download(Directory(), DN("cn=a.kra,cn=moved"), At("a.kra"), &error_, {}, kReplace,
                           SourceFate::kGoes));
     EXPECT_EQ(1, RemoveEntry(Directory(), DN("cn=moved"), &error_));

@@ -30,6 +30,25 @@ protected:
     std::string DN(const std::string& components) const { return components + "," + base_; }
     CLDAPItems& Directory() { return *work_->DirectoryConnection(); }
 
+    // Has the server refuse to rename folders that hold entries, as some do.
+    static void RefuseTreeRenames(CLDAPItems& directory) {
+        static const DirectoryClient genuine = directory.Client();
+        directory.Client().ldap_rename_ext_s =
+            [](LDAP* connection, const PCHAR dn, const PCHAR name, const PCHAR parent, INT deletes,
+               PLDAPControlA* server, PLDAPControlA* client) -> ULONG {
+            LDAPMessage* found = nullptr;
+            char filter[] = "(objectClass=*)", none[] = "1.1";
+            char* attributes[] = {none, nullptr};
+            genuine.ldap_search_s(connection, dn, LDAP_SCOPE_ONELEVEL, filter, attributes, 0,
+                                  &found);
+            const bool isLeaf = found == nullptr || genuine.ldap_count_entries(connection, found) == 0;
+            genuine.ldap_msgfree(found);
+            return isLeaf ? genuine.ldap_rename_ext_s(connection, dn, name, parent, deletes, server,
+                                                      client)
+                          : ULONG{LDAP_NOT_ALLOWED_ON_NONLEAF};
+        };
+    }
+
     // The contents of a file entry; the text "(missing)" when there is none.
     std::string Contents(const std::string& dn) {
         FileBuffer buffer;

@@ -67,6 +67,7 @@ TEST_F(ProgressTest, ATreeBetweenEntriesCountsWhatHasArrived) {
 
 TEST_F(ProgressTest, ATreeBetweenEntriesStopsAtEveryPlace) {
     const std::string tree = AddTree("tree");
+    RefuseTreeRenames(Directory());
     for (const std::size_t stopAt : {1u, 3u}) {
         EXPECT_EQ(0, MoveEntry(Directory(), tree, DN("cn=moved"), &error_, Watch(stopAt)));
         ExpectFailure(LDAP_USER_CANCELLED);

@@ -110,7 +110,8 @@ TEST_F(TransferEndsTest, ATreeWhoseTemporaryFolderStaysIsCopiedAndCountsAsFailed
     EXPECT_EQ(0, CopyEntry(Directory(), tree, Directory(), DN("cn=copy"), kReplace, &error_));
     EXPECT_EQ(std::uint32_t{LDAP_LOCAL_ERROR}, Directory().LastError());
     ExpectTree(DN("cn=copy"));
-    // A rename then keeps the old tree.
+    // A rename by copying then keeps the old tree.
+    RefuseTreeRenames(Directory());
     EXPECT_EQ(0, MoveEntry(Directory(), tree, DN("cn=moved"), &error_));
     EXPECT_EQ(std::uint32_t{LDAP_LOCAL_ERROR}, Directory().LastError());
     ExpectTree(tree);
@@ -121,6 +122,7 @@ TEST_F(TransferEndsTest, ATreeIsNotCopiedWithoutATemporaryFolder) {
     const TemporaryPlace place(At("none"));
     EXPECT_EQ(0, CopyEntry(Directory(), tree, Directory(), DN("cn=copy"), kReplace, &error_));
     EXPECT_EQ(std::uint32_t{LDAP_LOCAL_ERROR}, Directory().LastError());
+    RefuseTreeRenames(Directory());
     EXPECT_EQ(0, MoveEntry(Directory(), tree, DN("cn=moved"), &error_));
     ExpectTree(tree);
     EXPECT_FALSE(Holds(DN("cn=copy")));

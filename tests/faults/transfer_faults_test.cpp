@@ -97,6 +97,34 @@ protected:
         Connected().AddFileEntry("cn=b.kra,cn=sub," + dn, "b.kra", "2222", 4);
     }
 
+    // `prepare` runs before each move.
+    void MoveAFolder(const std::function<void()>& prepare) {
+        const std::string from = DN("cn=from");
+        const std::string to = DN("cn=to");
+        RunWithFaults({
+            [&] {
+                ForgetLastRun();
+                RemoveTree(to);
+                MakeEntries(from);
+            },
+            [&] {
+                result_ = Result([&] {
+                    prepare();
+                    return MoveEntry(Directory(), from, to, &error_);
+                });
+            },
+            [&](std::optional<Fault> failing) {
+                ExpectWholeFiles(TreeAt(to));
+                EXPECT_TRUE(TreeAt(from) == kTree || TreeAt(to) == kTree);
+                if (result_ != 0) {
+                    EXPECT_EQ(kTree, TreeAt(to));
+                }
+                EXPECT_TRUE(failing || result_ == 1);
+                ExpectNoTemporaryFolders(failing);
+            },
+        });
+    }
+
     static constexpr char kTree[] = "1111 2222";
     test::FaultLayer layer_{GetModuleHandleA(nullptr)};
     int result_ = 0;
@@ -149,25 +177,11 @@ TEST_F(TransferFaultsTest, DownloadOfATreeIsCompleteOrFails) {
 }
 
 TEST_F(TransferFaultsTest, MovedFolderIsCompleteUnderOneOfItsNames) {
-    const std::string from = DN("cn=from");
-    const std::string to = DN("cn=to");
-    RunWithFaults({
-        [&] {
-            ForgetLastRun();
-            RemoveTree(to);
-            MakeEntries(from);
-        },
-        [&] { result_ = Result([&] { return MoveEntry(Directory(), from, to, &error_); }); },
-        [&](std::optional<Fault> failing) {
-            ExpectWholeFiles(TreeAt(to));
-            EXPECT_TRUE(TreeAt(from) == kTree || TreeAt(to) == kTree);
-            if (result_ != 0) {
-                EXPECT_EQ(kTree, TreeAt(to));
-            }
-            EXPECT_TRUE(failing || result_ == 1);
-            ExpectNoTemporaryFolders(failing);
-        },
-    });
+    MoveAFolder([] {});
+}
+
+TEST_F(TransferFaultsTest, MovedFolderThatIsCopiedIsCompleteUnderOneOfItsNames) {
+    MoveAFolder([&] { RefuseTreeRenames(Directory()); });
 }
 
 TEST_F(TransferFaultsTest, CopyOfATreeIsCompleteOrFails) {

@@ -134,7 +134,7 @@ private:
             return;
         }
         const ConnectionScope from(source, nullptr), to(target, nullptr);
-        if (from && to && IsSameDirectory(source, target, source_)) {
+        if (from && to && IsSameDirectory(source, target, source_, fate_)) {
             Refuse(from_.Shown() + " cannot go into itself");
         }
     }

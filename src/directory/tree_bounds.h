@@ -1,0 +1,49 @@
+// Bounds on what is looked at of a server's tree: one that makes its tree up as it is asked would
+// hold a call for ever.
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <string>
+
+#include "directory/ldap_item.h"
+
+namespace depot {
+
+class CLDAPItems;
+
+// How much of a tree one operation looks at. No depot comes near these.
+struct TreeBounds {
+    std::uint64_t entries = 1'000'000;
+    std::uint64_t nameBytes = 256 * 1024 * 1024;  // the names of all entries together
+    std::size_t longestName = std::size_t{64} * 1024;
+    std::uint32_t depth = 1'000;  // levels below the uppermost folder
+    // What the listings alone may take together, however long the work on the entries takes.
+    std::chrono::steady_clock::duration listingTime = std::chrono::minutes(10);
+};
+
+// The listings of one operation on a tree. Borrows the directory.
+class TreeWalk {
+public:
+    explicit TreeWalk(CLDAPItems& directory) : directory_(directory) {}
+
+    // Lists the children of a folder so many levels below the uppermost one. Returns the
+    // directory's code, which is also its last error; `children` is empty then.
+    std::uint32_t List(const std::string& dn, std::uint32_t depth, LdapItemList& children);
+
+    // Whether a bound was passed: LDAP_SIZELIMIT_EXCEEDED or, for time, LDAP_TIMELIMIT_EXCEEDED was
+    // the code.
+    bool IsOver() const { return isOver_; }
+
+private:
+    std::uint32_t Count(std::uint32_t depth, LdapItemList& children);
+    std::uint32_t End(std::uint32_t code, LdapItemList& children);
+
+    CLDAPItems& directory_;
+    std::uint64_t entries_ = 0;
+    std::uint64_t nameBytes_ = 0;
+    std::chrono::steady_clock::duration listingTime_{};
+    bool isOver_ = false;
+};
+
+}  // namespace depot

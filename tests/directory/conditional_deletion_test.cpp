@@ -1,0 +1,90 @@
+// Deleting an entry only while it holds what it is believed to hold.
+#include "directory/entries_fixture.h"
+
+namespace depot {
+namespace {
+
+Digest DigestOfText(const std::string& text) {
+    return DigestOf(text.data(), text.size());
+}
+
+DirectoryClient genuine;
+
+class ConditionalDeletionTest : public test::EntriesTest {
+protected:
+    ConditionalDeletionTest() {
+        server_.AddFile("a.krc", base_, "old");
+        genuine = Connected().Client();
+    }
+    std::uint32_t Remove(const std::string& contents) {
+        return Connected().RemoveUnchangedEntry(Dn("a.krc"), DigestOfText(contents));
+    }
+};
+
+TEST_F(ConditionalDeletionTest, UnchangedEntryIsDeleted) {
+    EXPECT_EQ(0u, Remove("old"));
+    EXPECT_FALSE(server_.Holds(Dn("a.krc")));
+}
+
+TEST_F(ConditionalDeletionTest, ChangedEntryStays) {
+    EXPECT_EQ(kContentsChanged, Remove("other"));
+    EXPECT_EQ(kContentsChanged, Connected().LastError());
+    EXPECT_TRUE(server_.Holds(Dn("a.krc")));
+}
+
+TEST_F(ConditionalDeletionTest, FileWithoutBytesIsTheOneThatHoldsABlank) {
+    Connected().AddFileEntry(Dn("b.krc"), "b.krc", nullptr, 0);
+    EXPECT_EQ(0u, Connected().RemoveUnchangedEntry(Dn("b.krc"), DigestOfText(" ")));
+    EXPECT_FALSE(server_.Holds(Dn("b.krc")));
+}
+
+TEST_F(ConditionalDeletionTest, MissingEntryAndEntryThatIsNoFileTellTheirCodes) {
+    server_.AddFolder("sub", base_);
+    EXPECT_EQ(std::uint32_t{LDAP_NO_SUCH_OBJECT},
+              Connected().RemoveUnchangedEntry(Dn("none.krc"), DigestOfText("")));
+    EXPECT_EQ(kContentsChanged, Connected().RemoveUnchangedEntry(Dn("sub"), DigestOfText("")));
+    EXPECT_TRUE(server_.Holds(Dn("sub")));
+}
+
+// The change comes after the look, just before the deletion.
+TEST_F(ConditionalDeletionTest, ChangeAfterTheLookIsSeenByTheServer) {
+    static test::DirectoryServer* server;
+    static std::string dn;
+    server = &server_;
+    dn = Dn("a.krc");
+    Connected().Client().ldap_delete_ext_s = [](LDAP* connection, const PCHAR name,
+                                                PLDAPControlA* controls,
+                                                PLDAPControlA* clientControls) -> ULONG {
+        server->Apply("dn: " + dn + "\nchangetype: modify\nreplace: quillonFileContentsBinary\n"
+                      "quillonFileContentsBinary: new\n");
+        return genuine.ldap_delete_ext_s(connection, name, controls, clientControls);
+    };
+    EXPECT_EQ(kContentsChanged, Remove("old"));
+    EXPECT_TRUE(server_.Holds(Dn("a.krc")));
+}
+
+TEST_F(ConditionalDeletionTest, ServerThatCannotCompareDeletesWhatWasLookedAt) {
+    for (const ULONG code : {ULONG{kContentsChanged}, ULONG{LDAP_UNAVAILABLE_CRIT_EXTENSION}}) {
+        SCOPED_TRACE(code);
+        static ULONG answer;
+        answer = code;
+        Connected().Client().ldap_delete_ext_s = [](LDAP*, const PCHAR, PLDAPControlA*,
+                                                    PLDAPControlA*) -> ULONG { return answer; };
+        EXPECT_EQ(0u, Remove("old"));
+        EXPECT_FALSE(server_.Holds(Dn("a.krc")));
+        server_.AddFile("a.krc", base_, "old");
+    }
+}
+
+TEST_F(ConditionalDeletionTest, LargeContentsAreNoConditionOfTheRequest) {
+    const std::string bytes(kLargestCondition + 1, 'x');
+    Connected().ReplaceFileContents(Dn("a.krc"), bytes.data(),
+                                    static_cast<std::uint32_t>(bytes.size()));
+    Connected().Client().ldap_delete_ext_s = [](LDAP*, const PCHAR, PLDAPControlA*,
+                                                PLDAPControlA*) -> ULONG { return LDAP_BUSY; };
+    EXPECT_EQ(0u, Remove(bytes));
+    EXPECT_FALSE(server_.Holds(Dn("a.krc")));
+}
+
+}  // namespace
+}  // namespace depot
