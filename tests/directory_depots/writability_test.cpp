@@ -225,8 +225,8 @@ TEST_F(DirectoryWritabilityTest, UnreachableServerIsNotWritable) {
     server_.Stop();
     EXPECT_EQ(0, Test("a.kra"));
     server_.Continue();
-    // After the failed bind nobody answered the question for other credentials.
-    EXPECT_EQ(test::MessageFor(88), text_);
+    // Without a prompt nobody cancels: the reason is that of the failed bind.
+    EXPECT_EQ(test::MessageFor(81), text_);
 }
 
 TEST_F(DirectoryWritabilityTest, PathWithoutAConnectionIsNotWritable) {
