@@ -1,5 +1,6 @@
 #include "fileops/directory_transfer.h"
 
+#include "directory/local_listing.h"
 #include "fileops/fetch_from_directory.h"
 #include "fileops/shell_operation.h"
 #include "fileops/store_in_directory.h"
@@ -14,7 +15,10 @@ namespace depot {
 namespace {
 
 int Finish(CLDAPItems& directory, std::uint32_t code, std::string* errorText) {
-    return code == LDAP_SUCCESS ? 1 : directory.Fail(code, errorText);
+    if (code == LDAP_SUCCESS) return 1;
+    if (code != kSharedLocalNames) return directory.Fail(code, errorText);
+    if (errorText != nullptr) *errorText = kSharedNamesText;
+    return directory.Fail(LDAP_NAMING_VIOLATION, nullptr);
 }
 
 bool IsLocalFolder(const std::string& path) {
@@ -53,7 +57,8 @@ std::uint32_t CopyThroughFolder(const EntryPair& pair, const LdapItemList& child
         MissingAs(FetchTree(pair.source, pair.sourceDN, children, folder, fetchRules, unsafeNames),
                   LDAP_INVALID_DN_SYNTAX);
     if (code != LDAP_SUCCESS) return code;
-    return StoreTree(pair.destination, folder, pair.destinationDN, rules);
+    std::uint32_t links = 0;
+    return StoreTree(pair.destination, folder, pair.destinationDN, rules, links);
 }
 
 // Copies a tree through a temporary local folder, which is gone afterwards in every case. Fails
@@ -162,7 +167,11 @@ int Upload(CLDAPItems& directory, const std::string& localPath, const std::strin
     const TransferRules rules = {existing, fate, watcher};
     if (IsLocalFolder(localPath)) {
         const std::string folder = RemoveTrailingBackslash(localPath);
-        return Finish(directory, StoreTree(directory, folder, dn, rules), errorText);
+        std::uint32_t links = 0;
+        const int result =
+            Finish(directory, StoreTree(directory, folder, dn, rules, links), errorText);
+        if (links > 0 && errorText != nullptr) *errorText = LinksText(links);
+        return result;
     }
     TransferProgress progress;
     const std::uint32_t code = StoreFile(directory, {dn, localPath, false}, existing, progress);

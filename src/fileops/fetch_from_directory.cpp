@@ -33,10 +33,13 @@ std::uint32_t FetchFile(CLDAPItems& directory, const TransferStep& step, const T
     return WriteContents(contents, step.localPath, rules.existing);
 }
 
-bool AnyLocalFileExists(const TransferPlan& plan) {
-    return std::any_of(plan.steps.begin(), plan.steps.end(), [](const TransferStep& step) {
-        return !step.isFolder && PathMayExist(step.localPath);
-    });
+// Tells of each step whether it is a file that exists locally.
+std::vector<bool> LocalFiles(const TransferPlan& plan) {
+    std::vector<bool> found;
+    for (const TransferStep& step : plan.steps) {
+        found.push_back(!step.isFolder && PathMayExist(step.localPath));
+    }
+    return found;
 }
 
 }  // namespace
@@ -46,18 +49,24 @@ std::uint32_t FetchTree(CLDAPItems& directory, const std::string& dn, const Ldap
                         std::uint32_t& unsafeNames) {
     TransferPlan plan;
     if (!PlanDownload(directory, dn, children, folder, plan)) return directory.LastError();
+    if (plan.sharedNames > 0) return kSharedLocalNames;
     unsafeNames = plan.unsafeNames;
     if (unsafeNames > 0 && rules.fate == SourceFate::kGoes) return LDAP_NAMING_VIOLATION;
-    if (rules.existing == ExistingEntries::kRefuse && AnyLocalFileExists(plan)) {
-        return LDAP_ALREADY_EXISTS;
-    }
+    const std::vector<bool> localFiles = LocalFiles(plan);
+    const bool anyExists =
+        std::find(localFiles.begin(), localFiles.end(), true) != localFiles.end();
+    if (anyExists && rules.existing == ExistingEntries::kRefuse) return LDAP_ALREADY_EXISTS;
     const std::uint32_t code = RunPlan(
         plan, rules.watcher,
         [](const TransferStep& step) -> std::uint32_t {
             return EnsureLocalFolder(step.localPath) ? LDAP_SUCCESS : LDAP_LOCAL_ERROR;
         },
         [&](const TransferStep& step, TransferProgress& progress) {
-            return FetchFile(directory, step, rules, progress);
+            TransferRules fileRules = rules;
+            // A file that came since may be another one of the tree, by its short name.
+            const bool wasThere = localFiles[static_cast<std::size_t>(&step - plan.steps.data())];
+            if (!wasThere) fileRules.existing = ExistingEntries::kRefuse;
+            return FetchFile(directory, step, fileRules, progress);
         });
     const bool incomplete = code == LDAP_SUCCESS && unsafeNames > 0;
     return incomplete ? std::uint32_t{LDAP_NAMING_VIOLATION} : code;

@@ -15,8 +15,9 @@ std::uint32_t StoreContents(CLDAPItems& directory, const std::string& dn, const 
 std::uint32_t StoreFile(CLDAPItems& directory, const TransferStep& step, ExistingEntries existing,
                         TransferProgress& progress);
 
-// Stores a local folder with its tree as the entry.
+// Stores a local folder with its tree as the entry. Links to folders are counted; all else is
+// stored before the tree counts as failed, but nothing when it would be removed afterwards.
 std::uint32_t StoreTree(CLDAPItems& directory, const std::string& folder, const std::string& dn,
-                        const TransferRules& rules);
+                        const TransferRules& rules, std::uint32_t& links);
 
 }  // namespace depot

@@ -7,20 +7,23 @@ namespace depot {
 namespace {
 
 // Returns CSTR_LESS_THAN, CSTR_EQUAL or CSTR_GREATER_THAN.
-int Compare(const std::string& left, const std::string& right) {
-    const std::wstring wideLeft = WideFromAnsi(left), wideRight = WideFromAnsi(right);
-    return CompareStringOrdinal(wideLeft.data(), static_cast<int>(wideLeft.size()),
-                                wideRight.data(), static_cast<int>(wideRight.size()), TRUE);
+int Compare(const std::wstring& left, const std::wstring& right) {
+    return CompareStringOrdinal(left.data(), static_cast<int>(left.size()), right.data(),
+                                static_cast<int>(right.size()), TRUE);
 }
 
 }  // namespace
 
-bool FileNameLess::operator()(const std::string& left, const std::string& right) const {
-    return Compare(left, right) == CSTR_LESS_THAN;
+bool IsSameFileName(const std::string& left, const std::string& right) {
+    return Compare(WideFromAnsi(left), WideFromAnsi(right)) == CSTR_EQUAL;
 }
 
-bool IsSameFileName(const std::string& left, const std::string& right) {
-    return Compare(left, right) == CSTR_EQUAL;
+bool FileNameSet::Insert(const std::string& name) {
+    return names_.insert(WideFromAnsi(name)).second;
+}
+
+bool FileNameSet::Less::operator()(const std::wstring& left, const std::wstring& right) const {
+    return Compare(left, right) == CSTR_LESS_THAN;
 }
 
 }  // namespace depot

@@ -56,7 +56,15 @@ TEST_F(FileExistsTest, ADirectoryWithoutAServerHoldsNothing) {
     const test::BoxLog boxes;
     CDepot& directory = world_.AddAt("Dir", "Dir", "dc=farrow", kDirectoryLocation);
     EXPECT_EQ(0, FileExists(directory, "<Dir>\\a.kra"));
-    EXPECT_EQ(0, FileExists(directory, world_.folder.Path()));
+}
+
+TEST_F(FileExistsTest, PlainPathBesideADirectoryIsLookedForInTheFileSystem) {
+    const test::BoxLog boxes;
+    CDepot& directory = world_.AddAt("Dir", "Dir", "dc=farrow", kDirectoryLocation);
+    EXPECT_EQ(1, FileExists(directory, world_.folder.MakeFile("plain.kra", "")));
+    EXPECT_EQ(1, FileExists(directory, world_.folder.Path()));
+    EXPECT_EQ(0, FileExists(directory, world_.folder.At("none.kra")));
+    EXPECT_EQ(nullptr, directory.paths->ChosenLocation()) << "a server was asked";
 }
 
 class DepotFileTest : public testing::Test {
