@@ -65,6 +65,10 @@ bool IsSafeLocalName(std::string_view name);
 // for none.
 std::string UnsafeNamesText(std::uint32_t count);
 
+// What tells a user that two entries would become one local file.
+inline constexpr char kSharedNamesText[] =
+    "Several entries have one and the same name in the file system.";
+
 // Returns the key under which processes share what they know of a server: the host in lower case, a
 // colon and the port. It is cut to what the name of a system object can take.
 std::string ServerKey(std::string_view host, std::uint32_t port);

@@ -3,6 +3,7 @@
 #include <string_view>
 
 #include "platform/file_search.h"
+#include "platform/paths.h"
 #include "platform/text.h"
 
 namespace depot {
@@ -11,6 +12,13 @@ namespace {
 bool IsFolder(const std::string& path) {
     const DWORD attributes = GetFileAttributesA(path.c_str());
     return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+}
+
+bool IsLinkToFolder(const WIN32_FIND_DATAA& found) {
+    constexpr DWORD kLink = FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_REPARSE_POINT;
+    if ((found.dwFileAttributes & kLink) != kLink) return false;
+    // Some systems do not show what kind of reparse point it is.
+    return found.dwReserved0 == 0 || IsReparseTagNameSurrogate(found.dwReserved0);
 }
 
 bool IsDotName(std::string_view name) {
@@ -32,13 +40,23 @@ bool ForEachIn(const std::string& folder, Take take) {
 
 }  // namespace
 
+bool IsLinkToFolder(const std::string& path) {
+    WIN32_FIND_DATAA found = {};
+    return StartSearch(RemoveTrailingBackslash(path), found) && IsLinkToFolder(found);
+}
+
+std::string LinksText(std::uint32_t count) {
+    if (count == 0) return {};
+    const std::string links = count == 1 ? " link to a folder was" : " links to folders were";
+    return std::to_string(count) + links + " left out.";
+}
+
 void AddLocalFoldersBelow(const std::string& folder, LdapItemList& items) {
     const std::string base = EnsureTrailingBackslash(folder);
     ForEachIn(base, [&](const WIN32_FIND_DATAA& found) {
-        if ((found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0) return;
+        const bool isFolder = (found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+        if (!isFolder || IsLinkToFolder(found)) return;
         AddLocalPath(base + found.cFileName, items);
-        // A link may lead back to a folder above it.
-        if ((found.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0) return;
         AddLocalFoldersBelow(base + found.cFileName, items);
     });
 }
@@ -49,9 +67,8 @@ std::uint32_t AddLocalChildren(const std::string& folder, Subfolders subfolders,
     std::uint32_t leftOut = 0;
     const bool listed = ForEachIn(base, [&](const WIN32_FIND_DATAA& found) {
         const bool isFolder = (found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
-        // A link may lead back to a folder above it.
-        const bool isLink = (found.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
-        if (isFolder && isLink) ++leftOut;
+        const bool isLink = IsLinkToFolder(found);
+        if (isLink) ++leftOut;
         if (isFolder && (isLink || subfolders == Subfolders::kLeaveOut)) return;
         AddLocalPath(base + found.cFileName, items);
     });

@@ -8,7 +8,15 @@
 
 namespace depot {
 
-// Appends every folder below `folder`, each before the folders inside it.
+// Tells whether the path is a link to a folder, which may lead anywhere, also to a folder above it,
+// and is no part of the tree that it stands in. A folder whose files stand elsewhere until they are
+// wanted is none, though it carries a reparse point as well.
+bool IsLinkToFolder(const std::string& path);
+
+// Returns the text that tells a user how many links to folders were left out; empty for none.
+std::string LinksText(std::uint32_t count);
+
+// Appends every folder below `folder`, each before the folders inside it. Links are left out.
 void AddLocalFoldersBelow(const std::string& folder, LdapItemList& items);
 
 inline constexpr std::uint32_t kNotListed = 0xFFFFFFFF;

@@ -18,27 +18,32 @@ void DescribeFailure(DWORD error, const std::string& path, std::string* errorTex
     if (errorText != nullptr) FormatErrorText(error, path.c_str(), kCaption, errorText, nullptr);
 }
 
-// Fails as a wrong argument does in either store.
-int Refuse(CDepot& depot, const std::string& path, std::string* errorText) {
-    if (CLDAPItems* const directory = depot.DirectoryConnection()) {
-        directory->Fail(LDAP_PARAM_ERROR, errorText);
-    } else {
-        DescribeFailure(ERROR_INVALID_PARAMETER, path, errorText);
-    }
+// Fails as a wrong argument does in the file system.
+int RefuseLocally(const std::string& path, std::string* errorText) {
+    DescribeFailure(ERROR_INVALID_PARAMETER, path, errorText);
     SetLastError(ERROR_INVALID_PARAMETER);
     return 0;
 }
 
-int MoveInFileSystem(CDepot& depot, const std::string& source, const std::string& destination,
-                     HWND window, UINT operation, std::string* errorText) {
+// Fails as a wrong argument does in either store.
+int Refuse(CDepot& depot, const std::string& path, std::string* errorText) {
+    CLDAPItems* const directory = depot.DirectoryConnection();
+    if (directory == nullptr) return RefuseLocally(path, errorText);
+    directory->Fail(LDAP_PARAM_ERROR, errorText);
+    SetLastError(ERROR_INVALID_PARAMETER);
+    return 0;
+}
+
+int MoveInFileSystem(const std::string& source, const std::string& destination, HWND window,
+                     UINT operation, std::string* errorText) {
     if (!IsAbsolutePath(source) || !IsAbsolutePath(destination)) {
-        return Refuse(depot, destination, errorText);
+        return RefuseLocally(destination, errorText);
     }
     if (RunShellOperation(operation, {source}, &destination, kQuietFlags, window,
                           kShellSinglePathBytes)) {
         return 1;
     }
-    const DWORD error = LastErrorCode(depot);
+    const DWORD error = GetLastError();
     if (error != ERROR_SUCCESS) DescribeFailure(error, destination, errorText);
     return 0;
 }
@@ -91,6 +96,7 @@ bool IsDirectoryDepot(CDepot& depot) {
 }
 
 int FileExists(CDepot& depot, const std::string& path) {
+    if (IsBesideDirectory(depot, path)) return PathExists(path) ? 1 : 0;
     if (depot.paths->ActiveLocation() == nullptr) return 0;
     const std::string storage = DisplayToStorage(depot, path);
     if (CLDAPItems* const directory = depot.DirectoryConnection()) {
@@ -127,8 +133,7 @@ int MoveFile(CDepot& depot, const std::string& source, const std::string& destin
         }
         return MoveEntry(*directory, from, to, errorText, watcher);
     }
-    return MoveInFileSystem(depot, from, to, window, destinationDepot ? FO_MOVE : FO_RENAME,
-                            errorText);
+    return MoveInFileSystem(from, to, window, destinationDepot ? FO_MOVE : FO_RENAME, errorText);
 }
 
 int CopyFile(CDepot& depot, const std::string& source, const std::string& destination,

@@ -14,7 +14,8 @@ namespace depot {
 // Tells whether the depot is used through a directory.
 bool IsDirectoryDepot(CDepot& depot);
 
-// Tells whether the file or folder exists.
+// Tells whether the file or folder exists. A path of the file system is looked for there, also when
+// it comes with a directory depot.
 int FileExists(CDepot& depot, const std::string& path);
 
 // Deletes a file, or an entry of a directory with everything below it. The root of a depot is

@@ -1,5 +1,6 @@
 #include "fileops/directory_transfer.h"
 
+#include "directory/local_listing.h"
 #include "fileops/fetch_from_directory.h"
 #include "fileops/shell_operation.h"
 #include "fileops/store_in_directory.h"
@@ -14,7 +15,10 @@ namespace depot {
 namespace {
 
 int Finish(CLDAPItems& directory, std::uint32_t code, std::string* errorText) {
-    return code == LDAP_SUCCESS ? 1 : directory.Fail(code, errorText);
+    if (code == LDAP_SUCCESS) return 1;
+    if (code != kSharedLocalNames) return directory.Fail(code, errorText);
+    if (errorText != nullptr) *errorText = kSharedNamesText;
+    return directory.Fail(LDAP_NAMING_VIOLATION, nullptr);
 }
 
 bool IsLocalFolder(const std::string& path) {
@@ -55,7 +59,8 @@ std::uint32_t CopyThroughFolder(const EntryPair& pair, const LdapItemList& child
                   LDAP_INVALID_DN_SYNTAX);
     if (code != LDAP_SUCCESS) return code;
     const TransferRules storeRules = {rules.existing, rules.fate, rules.watcher};
-    return StoreTree(pair.destination, folder, pair.destinationDN, storeRules);
+    std::uint32_t links = 0;
+    return StoreTree(pair.destination, folder, pair.destinationDN, storeRules, links);
 }
 
 // Copies a tree through a temporary local folder, which is gone afterwards in every case. Fails
@@ -210,7 +215,11 @@ int Upload(CLDAPItems& directory, const std::string& localPath, const std::strin
     const TransferRules rules = {existing, fate, watcher, copied};
     if (IsLocalFolder(localPath)) {
         const std::string folder = RemoveTrailingBackslash(localPath);
-        return Finish(directory, StoreTree(directory, folder, dn, rules), errorText);
+        std::uint32_t links = 0;
+        const int result =
+            Finish(directory, StoreTree(directory, folder, dn, rules, links), errorText);
+        if (links > 0 && errorText != nullptr) *errorText = LinksText(links);
+        return result;
     }
     std::uint64_t bytesDone = 0;
     const std::uint32_t code = StoreFile(directory, {dn, localPath, false}, existing,

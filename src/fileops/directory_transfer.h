@@ -28,14 +28,16 @@ enum class ExistingEntries {
 };
 
 // Stores a local file in the entry, whose folders are created; a local folder with all that it
-// holds under the entry.
+// holds under the entry. Fails with LDAP_NOT_SUPPORTED when there are links to folders in it: all
+// else is stored first, unless the source is to go, and the error text tells how many there are.
 int Upload(CLDAPItems& directory, const std::string& localPath, const std::string& dn,
            ExistingEntries existing, std::string* errorText, const TransferWatcher& watcher = {},
            SourceFate fate = SourceFate::kStays, CopiedSource* copied = nullptr);
 
 // Writes a file entry to a local file, or a folder entry with its tree into a local folder. Fails
 // when there are entries whose names cannot be local names: all others are written first, unless
-// the source is to go, and the error text tells how many were left out.
+// the source is to go, and the error text tells how many were left out. Fails with
+// LDAP_NAMING_VIOLATION before anything is written when entries would become one local file.
 int Download(CLDAPItems& directory, const std::string& dn, const std::string& localPath,
              std::string* errorText, const TransferWatcher& watcher = {},
              ExistingEntries existing = ExistingEntries::kReplace,

@@ -31,10 +31,13 @@ std::uint32_t FetchFile(CLDAPItems& directory, const TransferStep& step, const T
     return WriteContents(contents, step.localPath, rules.existing);
 }
 
-bool AnyLocalFileExists(const TransferPlan& plan) {
-    return std::any_of(plan.steps.begin(), plan.steps.end(), [](const TransferStep& step) {
-        return !step.isFolder && PathMayExist(step.localPath);
-    });
+// Tells of each step whether it is a file that exists locally.
+std::vector<bool> LocalFiles(const TransferPlan& plan) {
+    std::vector<bool> found;
+    for (const TransferStep& step : plan.steps) {
+        found.push_back(!step.isFolder && PathMayExist(step.localPath));
+    }
+    return found;
 }
 
 }  // namespace
@@ -44,11 +47,13 @@ std::uint32_t FetchTree(CLDAPItems& directory, const std::string& dn, const Ldap
                         std::uint32_t& unsafeNames) {
     TransferPlan plan;
     if (!PlanDownload(directory, dn, children, folder, plan)) return directory.LastError();
+    if (plan.sharedNames > 0) return kSharedLocalNames;
     unsafeNames = plan.unsafeNames;
     if (unsafeNames > 0 && rules.fate == SourceFate::kGoes) return LDAP_NAMING_VIOLATION;
-    if (rules.existing == ExistingEntries::kRefuse && AnyLocalFileExists(plan)) {
-        return LDAP_ALREADY_EXISTS;
-    }
+    const std::vector<bool> localFiles = LocalFiles(plan);
+    const bool anyExists =
+        std::find(localFiles.begin(), localFiles.end(), true) != localFiles.end();
+    if (anyExists && rules.existing == ExistingEntries::kRefuse) return LDAP_ALREADY_EXISTS;
     rules.NoteTree(plan, &TransferStep::dn);
     const std::uint32_t code = RunPlan(
         plan, rules.watcher,
@@ -56,8 +61,12 @@ std::uint32_t FetchTree(CLDAPItems& directory, const std::string& dn, const Ldap
             return EnsureLocalFolder(step.localPath) ? LDAP_SUCCESS : LDAP_LOCAL_ERROR;
         },
         [&](const TransferStep& step, TransferProgress& progress) {
+            TransferRules fileRules = rules;
+            // A file that came since may be another one of the tree, by its short name.
+            const bool wasThere = localFiles[static_cast<std::size_t>(&step - plan.steps.data())];
+            if (!wasThere) fileRules.existing = ExistingEntries::kRefuse;
             FileBuffer contents;
-            const std::uint32_t fetched = FetchFile(directory, step, rules, contents);
+            const std::uint32_t fetched = FetchFile(directory, step, fileRules, contents);
             progress.bytesDone += contents.length;
             rules.NoteFile(plan, step, contents.bytes.get(), contents.length);
             return fetched;

@@ -10,7 +10,8 @@ namespace depot {
 
 // Writes a folder entry with its tree into a local folder. Entries whose names cannot be local ones
 // are counted; the others are all written before the tree counts as failed, but none when it would
-// be removed afterwards.
+// be removed afterwards. Of a tree with entries that would become one local file nothing is
+// written.
 std::uint32_t FetchTree(CLDAPItems& directory, const std::string& dn, const LdapItemList& children,
                         const std::string& folder, const TransferRules& rules,
                         std::uint32_t& unsafeNames);

@@ -11,6 +11,7 @@
 #include "fileops/list_progress.h"
 #include "model/depot_paths.h"
 #include "platform/error_text.h"
+#include "platform/file_names.h"
 #include "platform/paths.h"
 #include "platform/temp_file.h"
 #include "platform/text.h"
@@ -99,11 +100,11 @@ int OperateOneByOne(const CDepotItems& items, const CDepotItem& target, UINT ope
     TargetNames names(target.path.ends_with('\\'));
     for (std::size_t index = 0; index < items.Count(); ++index) {
         const CDepotItem& item = *items.At(index);
-        if (operation != FO_DELETE && !names.Take(item)) {
+        const bool deletes = operation == FO_DELETE;
+        if (!deletes && !names.Take(item)) {
             return DirectoryOf(target)->Fail(LDAP_ALREADY_EXISTS, errorText);
         }
-        const bool ready = operation == FO_DELETE ||
-                           connections.Hold(target.depot, target.path, nullptr);
+        const bool ready = deletes || connections.Hold(target.depot, target.path, nullptr);
         if (progress.IsStopped() || !ready ||
             !connections.Hold(item.depot, item.path, nullptr) ||
             ItemOperation(item, &target, operation, window, errorText, progress.Next()) == 0) {
@@ -200,8 +201,13 @@ struct FetchedEntry {
 
 // What a list comes to before the shell does it.
 struct ShellWork {
-    explicit ShellWork(HWND window) : temporaryFolders(window) {}
+    ShellWork(UINT wanted, HWND window)
+        : operation(wanted),
+          removesSources(wanted == FO_MOVE || wanted == FO_DELETE),
+          temporaryFolders(window) {}
 
+    const UINT operation;
+    const bool removesSources;
     TemporaryFolders temporaryFolders;
     HeldConnections connections;
     CDepotItems items;
@@ -209,14 +215,32 @@ struct ShellWork {
     std::vector<FetchedEntry> entriesToRemove;
 };
 
-// Tells whether two items of a list that is moved have one name, and the second may be an entry's
-// only copy when it replaces the first.
-bool AnyNameTwice(const CDepotItems& items) {
-    TargetNames names(true);
+// Fails when two items of a list with entries would get one name in the folder that it goes into,
+// where a shell that does not ask would replace the first by the second.
+bool RefuseNameTwice(const CDepotItems& items, UINT operation, FILEOP_FLAGS flags,
+                     std::string* errorText) {
+    const bool asks = operation == FO_COPY && (flags & FOF_NOCONFIRMATION) == 0;
+    const bool renames = operation == FO_COPY && (flags & FOF_RENAMEONCOLLISION) != 0;
+    if (operation == FO_DELETE || asks || renames) return false;
+    FileNameSet names;
+    bool isTwice = false;
+    CLDAPItems* directory = nullptr;
     for (std::size_t index = 0; index < items.Count(); ++index) {
-        if (!names.Take(*items.At(index))) return true;
+        const CDepotItem& item = *items.At(index);
+        isTwice |= !names.Insert(NamePart(RemoveTrailingBackslash(item.path)));
+        if (directory == nullptr) directory = DirectoryOf(item);
     }
-    return false;
+    if (!isTwice || directory == nullptr) return false;
+    directory->Fail(LDAP_NAMING_VIOLATION, nullptr);
+    if (errorText != nullptr) *errorText = kSharedNamesText;
+    return true;
+}
+
+// Tells whether the item is an entry that its name, or one below it, kept from being copied. It can
+// be deleted all the same.
+bool IsKeptByNames(const CDepotItem& item) {
+    return DirectoryOf(item)->LastError() == LDAP_NAMING_VIOLATION &&
+           !HoldsRoot(*item.depot, item.path);
 }
 
 // Some shells report a move as done that they left. What was moved is no longer where it was.
@@ -224,11 +248,31 @@ bool AllCopiesLeft(const ShellWork& work) {
     return std::none_of(work.copies.begin(), work.copies.end(), PathMayExist);
 }
 
+// Fetches an entry for the shell. For a deletion a name that no local file can have is no
+// hindrance: such an entry is removed without a copy.
+bool CollectEntry(const CDepotItem& item, ShellWork& work, std::string* errorText,
+                  const TransferWatcher& watcher) {
+    const SourceFate fate = work.removesSources ? SourceFate::kGoes : SourceFate::kStays;
+    std::string reason;
+    FetchedEntry entry = {&item, {}};
+    DirectoryOf(item)->SetLastError(LDAP_SUCCESS);
+    const std::string copy = CopyIntoFolder(item, work.temporaryFolders.Make(), fate, &reason,
+                                            watcher, entry.copied);
+    if (!copy.empty()) {
+        if (!work.items.Append(PlainItem(copy))) return false;
+        work.copies.push_back(copy);
+    } else if (work.operation != FO_DELETE || !IsKeptByNames(item)) {
+        if (errorText != nullptr && !reason.empty()) *errorText = reason;
+        return false;
+    }
+    if (work.removesSources) work.entriesToRemove.push_back(std::move(entry));
+    return true;
+}
+
 // Puts what the shell is to work on together. What cannot be fetched must not be removed, and the
 // others not half done.
-bool Collect(const CDepotItems& items, bool removesSources, ShellWork& work, std::string* errorText,
+bool Collect(const CDepotItems& items, ShellWork& work, std::string* errorText,
              const TransferWatcher& watcher) {
-    const SourceFate fate = removesSources ? SourceFate::kGoes : SourceFate::kStays;
     ListProgress progress(watcher, items.Count());
     for (std::size_t index = 0; index < items.Count(); ++index) {
         const CDepotItem& item = *items.At(index);
@@ -236,25 +280,19 @@ bool Collect(const CDepotItems& items, bool removesSources, ShellWork& work, std
             if (!work.items.Append(item.Clone())) return false;
             continue;
         }
-        if (progress.IsStopped() || !work.connections.Hold(item.depot, item.path, errorText)) {
+        if (progress.IsStopped() || !work.connections.Hold(item.depot, item.path, errorText) ||
+            !CollectEntry(item, work, errorText, progress.Next())) {
             return false;
         }
-        FetchedEntry entry = {&item, {}};
-        const std::string copy = CopyIntoFolder(item, work.temporaryFolders.Make(), fate, errorText,
-                                                progress.Next(), entry.copied);
-        if (copy.empty()) return false;
-        if (!work.items.Append(PlainItem(copy))) return false;
-        work.copies.push_back(copy);
-        if (removesSources) work.entriesToRemove.push_back(std::move(entry));
     }
     return !progress.IsStopped();
 }
 
 // Removes the entries of a list up to the first that cannot be removed. What is only deleted is
 // deleted with whatever it holds by now.
-int RemoveEntries(const ShellWork& work, UINT operation, std::string* errorText) {
+int RemoveEntries(const ShellWork& work, std::string* errorText) {
     for (const auto& [item, copied] : work.entriesToRemove) {
-        if (operation != FO_MOVE) {
+        if (work.operation != FO_MOVE) {
             if (DeleteItem(*item) == 0) return 0;
             continue;
         }
@@ -324,16 +362,12 @@ int ListOperation(const CDepotItems& items, const CDepotItem* target, UINT opera
     if (target != nullptr && DirectoryOf(*target)) {
         return OperateOneByOne(items, *target, operation, window, errorText, watcher);
     }
-    if (operation == FO_MOVE && AnyInDirectory(items, nullptr) && AnyNameTwice(items)) {
-        SetLastError(ERROR_ALREADY_EXISTS);
-        return FailShellOperation(errorText);
-    }
-    const bool removesSources = operation == FO_MOVE || operation == FO_DELETE;
-    ShellWork work(window);
-    if (!Collect(items, removesSources, work, errorText, watcher)) return 0;
+    if (RefuseNameTwice(items, operation, flags, errorText)) return 0;
+    ShellWork work(operation, window);
+    if (!Collect(items, work, errorText, watcher)) return 0;
     const int result = ShellOperation(work.items, target, operation, flags, window, errorText);
     if (result == 0 || (operation == FO_MOVE && !AllCopiesLeft(work))) return 0;
-    return RemoveEntries(work, operation, errorText);
+    return RemoveEntries(work, errorText);
 }
 
 }  // namespace depot

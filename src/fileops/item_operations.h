@@ -22,7 +22,7 @@ int DeleteItem(const CDepotItem& item);
 // Has the shell do one operation on all items of the list. An empty list succeeds. Items and
 // targets in directories are refused. The root of a depot is neither deleted nor moved nor renamed.
 // Items of one name are not moved together where the shell would not ask before it replaces the
-// first by the second.
+// first by the second. A deletion pays no regard to a target.
 int ShellOperation(const CDepotItems& items, const CDepotItem* target, UINT operation,
                    FILEOP_FLAGS flags, HWND window, std::string* errorText);
 
@@ -42,7 +42,10 @@ int ItemOperation(const CDepotItem& item, const CDepotItem* target, UINT operati
 // done one by one, up to the first failure. Otherwise the shell does them all at once; what comes
 // from a directory reaches it as a copy in a temporary folder, which is gone afterwards, and the
 // watcher hears of these copies. A list that is stopped fails between two files. A moved entry is
-// deleted as in ItemOperation. A deletion takes no notice of the target.
+// deleted as in ItemOperation, and a deletion takes no notice of the target. An entry whose name,
+// or one below it, no local file can have is deleted without a copy, and neither copied nor moved;
+// so are, with LDAP_NAMING_VIOLATION, items of one name where one is an entry and the shell would
+// not ask.
 int ListOperation(const CDepotItems& items, const CDepotItem* target, UINT operation,
                   FILEOP_FLAGS flags, HWND window, std::string* errorText,
                   const TransferWatcher& watcher = {});

@@ -42,6 +42,7 @@ std::string ShellPathList(const std::vector<std::string>& paths, std::size_t pat
 bool RunShellOperation(UINT operation, const std::vector<std::string>& sources,
                        const std::string* target, FILEOP_FLAGS flags, HWND window,
                        std::size_t pathBytes) {
+    if (operation == FO_DELETE) target = nullptr;
     const std::string from = ShellPathList(sources, pathBytes);
     const std::string to = target ? ShellPathList({*target}, pathBytes) : std::string();
     const bool intoItself =
@@ -61,6 +62,8 @@ bool RunShellOperation(UINT operation, const std::vector<std::string>& sources,
     request.pFrom = from.data();
     request.pTo = target ? to.data() : nullptr;
     request.fFlags = flags;
+    // The shell need not set it; what looked at the paths has.
+    SetLastError(ERROR_SUCCESS);
     return SHFileOperationA(&request) == 0 && !request.fAnyOperationsAborted;
 }
 

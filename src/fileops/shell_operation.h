@@ -28,8 +28,8 @@ std::string ShellPathList(const std::vector<std::string>& paths, std::size_t pat
 // sources, with a path that does not fit, or with an empty target, it fails without calling the
 // shell, which would take the process's current folder for an empty one. So it does when a source
 // would be copied or moved onto itself or a folder into itself, by whatever names the two go: some
-// shells would copy what they have just copied, and so on. The system's last error is that of the
-// shell.
+// shells would copy what they have just copied, and so on. A deletion has no target: one that is
+// given makes no difference. The system's last error is that of the shell, or 0.
 bool RunShellOperation(UINT operation, const std::vector<std::string>& sources,
                        const std::string* target, FILEOP_FLAGS flags, HWND window,
                        std::size_t pathBytes = kShellListPathBytes);

@@ -1,5 +1,6 @@
 #include "fileops/store_in_directory.h"
 
+#include "directory/local_listing.h"
 #include "fileops/transfer_source.h"
 #include "platform/local_file.h"
 #include "platform/paths.h"
@@ -61,11 +62,13 @@ std::uint32_t StoreFile(CLDAPItems& directory, const TransferStep& step, Existin
 }
 
 std::uint32_t StoreTree(CLDAPItems& directory, const std::string& folder, const std::string& dn,
-                        const TransferRules& rules) {
+                        const TransferRules& rules, std::uint32_t& links) {
     const std::optional<TransferPlan> listed = PlanUpload(directory, folder, dn);
     if (!listed) return LDAP_LOCAL_ERROR;
     const TransferPlan& plan = *listed;
-    if (plan.unseen > 0 && rules.fate == SourceFate::kGoes) return LDAP_LOCAL_ERROR;
+    const bool goes = rules.fate == SourceFate::kGoes;
+    links = plan.links + (goes && IsLinkToFolder(folder) ? 1 : 0);
+    if (links > 0 && goes) return LDAP_NOT_SUPPORTED;
     // No file of a tree replaces another one of it.
     const bool refused = rules.existing == ExistingEntries::kRefuse;
     if (plan.sharedNames > 0 || IsFileInTheWay(directory, plan) ||
@@ -73,9 +76,9 @@ std::uint32_t StoreTree(CLDAPItems& directory, const std::string& folder, const 
         return LDAP_ALREADY_EXISTS;
     }
     rules.NoteTree(plan, &TransferStep::localPath);
-    const std::uint32_t code = EnsureTop(directory, dn);
+    std::uint32_t code = EnsureTop(directory, dn);
     if (code != LDAP_SUCCESS) return code;
-    return RunPlan(
+    code = RunPlan(
         plan, rules.watcher,
         [&](const TransferStep& step) -> std::uint32_t {
             if (step.dn == dn) return LDAP_SUCCESS;
@@ -90,6 +93,7 @@ std::uint32_t StoreTree(CLDAPItems& directory, const std::string& folder, const 
                                  rules.NoteFile(plan, step, bytes, length);
                              });
         });
+    return code == LDAP_SUCCESS && links > 0 ? std::uint32_t{LDAP_NOT_SUPPORTED} : code;
 }
 
 }  // namespace depot

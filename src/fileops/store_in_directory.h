@@ -19,8 +19,9 @@ using NoteBytes = std::function<void(const void* bytes, std::size_t length)>;
 std::uint32_t StoreFile(CLDAPItems& directory, const TransferStep& step, ExistingEntries existing,
                         const NoteBytes& note);
 
-// Stores a local folder with its tree as the entry.
+// Stores a local folder with its tree as the entry. Links to folders are counted; all else is
+// stored before the tree counts as failed, but nothing when it would be removed afterwards.
 std::uint32_t StoreTree(CLDAPItems& directory, const std::string& folder, const std::string& dn,
-                        const TransferRules& rules);
+                        const TransferRules& rules, std::uint32_t& links);
 
 }  // namespace depot

@@ -1,10 +1,12 @@
 #include "fileops/transfer_plan.h"
 
+#include <algorithm>
 #include <set>
 
 #include "directory/comparable_dn.h"
 #include "directory/local_listing.h"
 #include "directory/tree_bounds.h"
+#include "platform/file_names.h"
 #include "platform/paths.h"
 
 namespace depot {
@@ -39,6 +41,15 @@ std::uint32_t CountSharedNames(const TransferPlan& plan) {
     return static_cast<std::uint32_t>(plan.steps.size() - names.size());
 }
 
+// Names that differ to a server may be the same to the file system, or become the same in the ANSI
+// code page.
+std::uint32_t CountSharedPaths(const TransferPlan& plan) {
+    FileNameSet paths;
+    return static_cast<std::uint32_t>(
+        std::count_if(plan.steps.begin(), plan.steps.end(),
+                      [&](const TransferStep& step) { return !paths.Insert(step.localPath); }));
+}
+
 }  // namespace
 
 std::optional<TransferPlan> PlanUpload(const CLDAPItems& directory, const std::string& folder,
@@ -53,7 +64,7 @@ std::optional<TransferPlan> PlanUpload(const CLDAPItems& directory, const std::s
         LdapItemList children;
         const std::uint32_t left = AddLocalChildren(parent.localPath, Subfolders::kTake, children);
         if (left == kNotListed) return std::nullopt;
-        plan.unseen += left;
+        plan.links += left;
         for (const CLDAPItem* child : children) {
             const bool isFolder = child->isFolder != 0;
             const std::string& attribute = isFolder ? naming.folder : naming.file;
@@ -85,6 +96,7 @@ bool PlanDownload(CLDAPItems& directory, const std::string& dn, const LdapItemLi
         if (walk.List(parent.dn, parent.depth, found) != LDAP_SUCCESS) return false;
         AddEntries(directory, next, found, plan);
     }
+    plan.sharedNames = CountSharedPaths(plan);
     return true;
 }
 

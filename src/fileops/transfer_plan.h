@@ -24,8 +24,8 @@ struct TransferPlan {
     std::vector<TransferStep> steps;
     std::uint32_t files = 0;
     std::uint32_t unsafeNames = 0;  // entries left out because of their names
-    std::uint32_t sharedNames = 0;  // local files and folders that would become one entry
-    std::uint32_t unseen = 0;       // links to local folders, which are left out
+    std::uint32_t sharedNames = 0;  // files and folders that would become one at the destination
+    std::uint32_t links = 0;        // links to local folders, which are left out
 };
 
 // Lists a local folder's tree as it is to stand under `dn`; nothing when a folder cannot be listed.

@@ -35,6 +35,10 @@ struct TransferRules {
     }
 };
 
+// The code, within this layer, of a tree with entries that would become one local file; it is
+// reported as LDAP_NAMING_VIOLATION. Outside of the directory's codes.
+inline constexpr std::uint32_t kSharedLocalNames = 0x10000;
+
 // Tells of a transfer that was of one file alone. There is nothing left to stop.
 inline void NoteSingleFile(const TransferWatcher& watcher, std::uint64_t bytes) {
     if (watcher) watcher({1, 1, bytes});

@@ -10,6 +10,7 @@
 #include "model/recovered_files.h"
 #include "model/working_copy_journal.h"
 #include "platform/error_text.h"
+#include "platform/file_names.h"
 #include "platform/local_file.h"
 #include "platform/paths.h"
 #include "platform/temp_file.h"
@@ -126,6 +127,8 @@ public:
     }
 
     std::uint32_t UnsafeNames() const { return unsafeNames_; }
+    // Whether a file took the place of another one of the subtree.
+    bool SharesNames() const { return sharesNames_; }
 
 private:
     void Note(std::uint32_t code) {
@@ -157,11 +160,17 @@ private:
         }
         Note(WriteFetchedFile(contents, JoinPath(localFolder_, file.name),
                               ExistingFile::kIsReplaced));
+        // The last file of a name stays, but the others are not passed over in silence.
+        if (names_.Insert(file.name)) return;
+        sharesNames_ = true;
+        Note(LDAP_NAMING_VIOLATION);
     }
 
     CLDAPItems& directory_;
     const std::string& localFolder_;
     std::vector<LocalChild> folders_;
+    FileNameSet names_;
+    bool sharesNames_ = false;
     std::uint32_t unsafeNames_ = 0;
     std::uint32_t code_ = LDAP_SUCCESS;
 };
@@ -390,6 +399,7 @@ int DownloadTree(CLDAPItems& directory, const std::string& dn, const std::string
     if (connect && !directory.IsConnected() && !OpenDirectory(directory, errorText)) return 0;
     TreeFetch fetch(directory, localFolder);
     const std::uint32_t code = fetch.Run(dn);
+    if (fetch.SharesNames() && errorText != nullptr) *errorText = kSharedNamesText;
     if (fetch.UnsafeNames() > 0 && errorText != nullptr) {
         *errorText = UnsafeNamesText(fetch.UnsafeNames());
     }

@@ -76,7 +76,8 @@ int UploadNewFile(CLDAPItems& directory, const std::string& localPath, const std
 // put there. A file that exists is replaced only by one that was read and written whole. What
 // cannot be listed, read or written is passed over, and makes the result 0 with the code of the
 // first such failure as the last error. Entries whose names must not become local names are left
-// out; `errorText`, where one is given, then says how many.
+// out; `errorText`, where one is given, then says how many. Where files of the subtree share a name
+// the last one stays, and the result is 0 with LDAP_NAMING_VIOLATION.
 //
 // Kept: every file lands in the folder itself, and the subfolders are created but stay empty.
 // Relied on by: existing clients, which look for all files in one place.

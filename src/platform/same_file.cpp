@@ -1,7 +1,9 @@
 #include "platform/same_file.h"
 
+#include <cstdint>
 #include <optional>
 
+#include "platform/file_names.h"
 #include "platform/full_path.h"
 #include "platform/handles.h"
 #include "platform/paths.h"
@@ -12,32 +14,53 @@ namespace {
 // What the system itself tells files apart by.
 struct FileIdentity {
     DWORD volume;
-    DWORD high;
-    DWORD low;
+    std::uint64_t number;
 
     friend bool operator==(const FileIdentity&, const FileIdentity&) = default;
 };
 
-std::optional<FileIdentity> IdentityOf(const std::string& path) {
+// File systems that tell their files apart by other means, or whose numbers do not fit, show the
+// same number for all: 0 or all ones.
+std::optional<FileIdentity> IdentityOf(HANDLE file) {
+    BY_HANDLE_FILE_INFORMATION facts = {};
+    if (!GetFileInformationByHandle(file, &facts)) return std::nullopt;
+    const std::uint64_t number = std::uint64_t{facts.nFileIndexHigh} << 32 | facts.nFileIndexLow;
+    if (number == 0 || number == ~std::uint64_t{0}) return std::nullopt;
+    return FileIdentity{facts.dwVolumeSerialNumber, number};
+}
+
+// A file or folder that exists.
+struct Place {
+    std::optional<FileIdentity> identity;  // nothing where the system shows none
+    std::string path;
+};
+
+std::optional<Place> PlaceAt(const std::string& path) {
     constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
     // Folders open only with the flag.
     const UniqueHandle file =
         OwnFile(CreateFileA(path.c_str(), FILE_READ_ATTRIBUTES, kShareAll, nullptr, OPEN_EXISTING,
                             FILE_FLAG_BACKUP_SEMANTICS, nullptr));
-    BY_HANDLE_FILE_INFORMATION facts = {};
-    if (!file || !GetFileInformationByHandle(file.get(), &facts)) return std::nullopt;
-    return FileIdentity{facts.dwVolumeSerialNumber, facts.nFileIndexHigh, facts.nFileIndexLow};
+    if (!file) return std::nullopt;
+    return Place{IdentityOf(file.get()), path};
+}
+
+bool AreSame(const Place& left, const Place& right) {
+    if (left.identity && right.identity) return left.identity == right.identity;
+    return IsSameFileName(RemoveTrailingBackslash(FullPath(left.path)),
+                          RemoveTrailingBackslash(FullPath(right.path)));
 }
 
 }  // namespace
 
 bool IsSameFile(const std::string& left, const std::string& right) {
-    const std::optional<FileIdentity> identity = IdentityOf(left);
-    return identity && identity == IdentityOf(right);
+    const std::optional<Place> place = PlaceAt(left);
+    const std::optional<Place> other = place ? PlaceAt(right) : std::nullopt;
+    return other && AreSame(*place, *other);
 }
 
 bool IsInsideFolder(const std::string& path, const std::string& folder) {
-    const std::optional<FileIdentity> wanted = IdentityOf(folder);
+    const std::optional<Place> wanted = PlaceAt(folder);
     if (!wanted) return false;
     std::string current = RemoveTrailingBackslash(FullPath(path));
     for (;;) {
@@ -45,7 +68,8 @@ bool IsInsideFolder(const std::string& path, const std::string& folder) {
         if (end == std::string::npos) return false;
         current.resize(end);
         // The root of a drive is a folder only with its backslash.
-        if (IdentityOf(current + "\\") == wanted) return true;
+        const std::optional<Place> above = PlaceAt(current + "\\");
+        if (above && AreSame(*above, *wanted)) return true;
     }
 }
 

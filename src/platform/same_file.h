@@ -1,5 +1,6 @@
 // Telling whether two paths name the same place, whatever they are spelled like: other letters,
-// other drives, links and relative parts make no difference.
+// other drives, links and relative parts make no difference. On volumes that show no identity of
+// their files the paths are compared, made absolute and in any letters.
 #pragma once
 
 #include <string>

@@ -1,5 +1,6 @@
 // The commands on a depot that is kept in a real directory.
 #include "depotctl/directory_tool.h"
+#include "support/folder_link.h"
 
 namespace depot::test {
 namespace {
@@ -53,6 +54,25 @@ TEST_F(DirectoryToolTest, TreeWithNamesThatNoFileCanHaveIsNotMoved) {
     EXPECT_TRUE(server_.Holds("cn=office.kre,cn=Sessions," + base_));
     EXPECT_EQ(1, RunTool({"cp", "-r", "<Dir>\\Sessions", "<Work>\\Copy"}).exitCode);
     EXPECT_THAT(FileBytes(folder_.At("work\\Copy\\office.kre")), HasSubstr("Name=mail"));
+}
+
+TEST_F(DirectoryToolTest, TreeWithALinkIsUploadedWithoutItAndNotMoved) {
+    folder_.MakeFolder("elsewhere");
+    folder_.MakeFile("elsewhere\\x.kre", "x");
+    folder_.MakeFolder("work\\tree");
+    folder_.MakeFile("work\\tree\\a.kre", "a");
+    const FolderLink link(folder_.At("work\\tree\\link"), folder_.At("elsewhere"));
+    const ToolRun moved = RunTool({"mv", "<Work>\\tree", "<Dir>\\moved"});
+    EXPECT_EQ(1, moved.exitCode);
+    EXPECT_THAT(moved.errors, HasSubstr("1 link to a folder was left out"));
+    EXPECT_FALSE(server_.Holds("cn=moved," + base_));
+    const ToolRun copied = RunTool({"cp", "-r", "<Work>\\tree", "<Dir>\\copied"});
+    EXPECT_EQ(1, copied.exitCode);
+    EXPECT_THAT(copied.errors, HasSubstr("1 link to a folder was left out"));
+    EXPECT_TRUE(server_.Holds("cn=a.kre,cn=copied," + base_));
+    EXPECT_FALSE(server_.Holds("cn=link,cn=copied," + base_));
+    EXPECT_EQ("x", FileBytes(folder_.At("work\\tree\\link\\x.kre")));
+    EXPECT_EQ("a", FileBytes(folder_.At("work\\tree\\a.kre")));
 }
 
 TEST_F(DirectoryToolTest, TreeGoesIntoItselfThroughNoSecondDepot) {

@@ -1,4 +1,5 @@
 #include "depotctl/tool.h"
+#include "support/folder_link.h"
 
 namespace depot::test {
 namespace {
@@ -81,6 +82,88 @@ TEST_F(FilesTest, MvOntoAFileIsRefusedUnlessForced) {
     EXPECT_EQ(0, RunTool({"mv", "-f", "<Work>\\a.kre", "<Team>\\taken.kre"}).exitCode);
     EXPECT_EQ("alpha", Bytes("team\\taken.kre"));
     EXPECT_FALSE(Holds("work\\a.kre"));
+}
+
+// A folder on another volume than the temporary files, removed at the end.
+class OtherVolume {
+public:
+    OtherVolume() : path_("Z:\\dev\\shm\\tst" + std::to_string(GetCurrentProcessId())) {
+        EXPECT_TRUE(CreateDirectoryA(path_.c_str(), nullptr)) << path_;
+    }
+    ~OtherVolume() { EXPECT_EQ(0, RunTool({"rm", "-r", path_}).exitCode); }
+    OtherVolume(const OtherVolume&) = delete;
+    OtherVolume& operator=(const OtherVolume&) = delete;
+
+    std::string At(const std::string& name) const { return path_ + "\\" + name; }
+
+private:
+    std::string path_;
+};
+
+TEST_F(FilesTest, MvToAnotherVolumeTakesTheWholeTree) {
+    const OtherVolume other;
+    SetFileAttributesA(folder_.At("work\\tree\\one.kre").c_str(), FILE_ATTRIBUTE_READONLY);
+    const ToolRun run = RunTool({"mv", "<Work>\\tree", other.At("tree")});
+    EXPECT_EQ(0, run.exitCode) << run.errors;
+    EXPECT_EQ("1", FileBytes(other.At("tree\\one.kre")));
+    EXPECT_EQ("2", FileBytes(other.At("tree\\inner\\two.kre")));
+    EXPECT_FALSE(Holds("work\\tree"));
+}
+
+class LinkedFilesTest : public FilesTest {
+protected:
+    LinkedFilesTest() { folder_.MakeFile("elsewhere\\three.kre", "3"); }
+    void ExpectSource() const {
+        EXPECT_EQ("1", Bytes("work\\tree\\one.kre"));
+        EXPECT_EQ("2", Bytes("work\\tree\\inner\\two.kre"));
+        EXPECT_EQ("3", Bytes("work\\tree\\inner\\link\\three.kre"));
+    }
+
+    const FolderLink link_{folder_.At("work\\tree\\inner\\link"), folder_.MakeFolder("elsewhere")};
+    const OtherVolume other_;
+};
+
+TEST_F(LinkedFilesTest, MvToAnotherVolumeLeavesATreeWithALinkWhereItIsAndTells) {
+    const ToolRun run = RunTool({"mv", "<Work>\\tree", other_.At("tree")});
+    EXPECT_EQ(1, run.exitCode);
+    EXPECT_THAT(run.errors, HasSubstr("1 link to a folder was left out"));
+    ExpectSource();
+    EXPECT_FALSE(Exists(other_.At("tree")));
+}
+
+TEST_F(LinkedFilesTest, MvToAnotherVolumeLeavesALinkWhereItIsAndTells) {
+    const ToolRun run = RunTool({"mv", "<Work>\\tree\\inner\\link", other_.At("moved")});
+    EXPECT_EQ(1, run.exitCode);
+    EXPECT_THAT(run.errors, HasSubstr("1 link to a folder was left out"));
+    ExpectSource();
+    EXPECT_FALSE(Exists(other_.At("moved")));
+}
+
+TEST_F(LinkedFilesTest, CpCopiesAllButALinkAndTells) {
+    const ToolRun run = RunTool({"cp", "-r", "<Work>\\tree", "<Team>\\"});
+    EXPECT_EQ(1, run.exitCode);
+    EXPECT_THAT(run.errors, HasSubstr("1 link to a folder was left out"));
+    EXPECT_EQ("1", Bytes("team\\tree\\one.kre"));
+    EXPECT_EQ("2", Bytes("team\\tree\\inner\\two.kre"));
+    EXPECT_FALSE(Holds("team\\tree\\inner\\link"));
+    ExpectSource();
+}
+
+TEST_F(LinkedFilesTest, RmDeletesAllButALinkAndTells) {
+    const ToolRun run = RunTool({"rm", "-r", "<Work>\\tree"});
+    EXPECT_EQ(1, run.exitCode);
+    EXPECT_THAT(run.errors, HasSubstr("1 link to a folder was left out"));
+    EXPECT_FALSE(Holds("work\\tree\\one.kre"));
+    EXPECT_FALSE(Holds("work\\tree\\inner\\two.kre"));
+    EXPECT_EQ("3", Bytes("work\\tree\\inner\\link\\three.kre"));
+    EXPECT_EQ("3", Bytes("elsewhere\\three.kre"));
+}
+
+TEST_F(LinkedFilesTest, RmOfALinkDeletesNothing) {
+    const ToolRun run = RunTool({"rm", "-r", "<Work>\\tree\\inner\\link"});
+    EXPECT_EQ(1, run.exitCode);
+    EXPECT_THAT(run.errors, HasSubstr("is a link to a folder"));
+    ExpectSource();
 }
 
 TEST_F(FilesTest, RmDeletesFilesAndWithRecursiveFolders) {

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "support/folder_link.h"
 #include "support/scratch.h"
 
 namespace depot {
@@ -43,6 +44,39 @@ TEST_F(LocalListingTest, ChildrenAreFilesAndOnRequestFolders) {
     items_.Clear();
     AddLocalChildren(folder_.Path(), Subfolders::kTake, items_);
     EXPECT_THAT(Found(), UnorderedElementsAre("file \\a.krc", "file \\plain", "folder \\b"));
+}
+
+// What a folder with a reparse point is by the tag that the system shows: a link, but for folders
+// whose files stand elsewhere until they are wanted.
+TEST_F(LocalListingTest, OnlyRealLinksAreLeftOutAndCounted) {
+    const std::string link = folder_.At("link");
+    const test::FolderLink made(link, folder_.At("b\\c"));
+    constexpr DWORD kCloud = 0x9000001A, kLinuxLink = 0xA000001D, kNotShown = 0;
+    for (const auto& [tag, isLink] : {std::pair<DWORD, bool>(kCloud, false),
+                                      {IO_REPARSE_TAG_MOUNT_POINT, true},
+                                      {IO_REPARSE_TAG_SYMLINK, true},
+                                      {kLinuxLink, true},
+                                      {kNotShown, true}}) {
+        SCOPED_TRACE(tag);
+        const test::ShownReparseTag shown(tag);
+        EXPECT_EQ(isLink, IsLinkToFolder(link));
+        EXPECT_EQ(isLink, IsLinkToFolder(link + "\\"));
+        items_.Clear();
+        EXPECT_EQ(isLink ? 1u : 0u, AddLocalChildren(folder_.Path(), Subfolders::kTake, items_));
+        EXPECT_EQ(isLink ? 3u : 4u, items_.Count());
+        items_.Clear();
+        AddLocalFoldersBelow(folder_.Path(), items_);
+        EXPECT_EQ(isLink ? 2u : 3u, items_.Count());
+    }
+    EXPECT_FALSE(IsLinkToFolder(folder_.At("b")));
+    EXPECT_FALSE(IsLinkToFolder(folder_.At("a.krc")));
+    EXPECT_FALSE(IsLinkToFolder(folder_.At("missing")));
+}
+
+TEST(LinksTextTest, SaysHowManyLinksWereLeftOut) {
+    EXPECT_EQ("", LinksText(0));
+    EXPECT_EQ("1 link to a folder was left out.", LinksText(1));
+    EXPECT_EQ("12 links to folders were left out.", LinksText(12));
 }
 
 TEST_F(LocalListingTest, APathCountsAsAFolderWhenItIsOne) {

@@ -132,7 +132,7 @@ TEST_F(DownloadTreeTest, ASubfolderThatCannotBeMadeIsReportedAndItsFilesCome) {
     EXPECT_EQ("a file", test::FileBytes(local_.At("sub")));
 }
 
-TEST_F(DownloadTreeTest, OfFilesOfOneNameInTheTreeTheLastOneInListOrderStays) {
+TEST_F(DownloadTreeTest, OfFilesOfOneNameInTheTreeTheLastOneInListOrderStaysAndItIsAFailure) {
     server_.AddFile("a.krc", base_, "top");
     server_.AddFolder("one", base_);
     server_.AddFile("a.krc", Dn("one"), "1");
@@ -141,7 +141,9 @@ TEST_F(DownloadTreeTest, OfFilesOfOneNameInTheTreeTheLastOneInListOrderStays) {
     server_.AddFile("a.krc", "cn=deep," + Dn("one"), "deep");
     server_.AddFile("b.krc", "cn=deep," + Dn("one"), "deep");
     server_.AddFile("b.krc", Dn("two"), "2");
-    EXPECT_EQ(1, DownloadTree(Connected(), base_, local_.Path(), false, &text_));
+    EXPECT_EQ(0, DownloadTree(Connected(), base_, local_.Path(), false, &text_));
+    EXPECT_EQ(std::uint32_t{LDAP_NAMING_VIOLATION}, Connected().LastError());
+    EXPECT_EQ(kSharedNamesText, text_);
     // Each folder with all that is below it comes before the next one.
     EXPECT_EQ("deep", test::FileBytes(local_.At("a.krc")));
     EXPECT_EQ("2", test::FileBytes(local_.At("b.krc")));

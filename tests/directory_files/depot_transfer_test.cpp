@@ -125,6 +125,52 @@ TEST_F(DepotTransferTest, RemovingEntriesStopsAtTheFirstThatResists) {
     EXPECT_TRUE(Holds(DN("cn=c.kra")));
 }
 
+TEST_F(DepotTransferTest, EntriesWithNamesThatNoLocalFileCanHaveAreDeletedInLists) {
+    AddHostileEntries(AddTree("tree"));
+    AddHostileEntries(base_);
+    server_.AddFile("a.kra", base_, "1");
+    Make("h\\a.kra", "1");
+    const int before = TemporaryFolders();
+    EXPECT_EQ(1, OnList({{"<Work>\\CON", work_},
+                         {"<Work>\\a.kra", work_},
+                         {"<Home>\\a.kra", &home_},
+                         {"<Work>\\C:x.kra", work_},
+                         {"<Work>\\tree", work_}},
+                        nullptr, FO_DELETE));
+    EXPECT_EQ("junk", error_);
+    for (const char* name : {"cn=CON", "cn=a.kra", "cn=C:x.kra", "cn=tree"}) {
+        EXPECT_FALSE(Holds(DN(name))) << name;
+    }
+    EXPECT_FALSE(Exists(At("h\\a.kra")));
+    EXPECT_EQ(before, TemporaryFolders());
+}
+
+TEST_F(DepotTransferTest, ListWithARootAndAnEntryOfAHostileNameDeletesNothing) {
+    server_.AddFile("CON", base_, "x");
+    EXPECT_EQ(0, OnList({{"<Work>\\CON", work_}, {"<Work>\\", work_}}, nullptr, FO_DELETE));
+    EXPECT_NE("junk", error_);
+    EXPECT_TRUE(Holds(DN("cn=CON")));
+}
+
+TEST_F(DepotTransferTest, TwoItemsOfOneNameAreNotCopiedFromADirectoryIntoOneFolder) {
+    server_.AddFile("a.kra", base_, "1");
+    server_.AddFolder("sub", base_);
+    server_.AddFile("A.kra", DN("cn=sub"), "2");
+    world_.folder.MakeFolder("h\\sub");
+    world_.folder.MakeFolder("h\\out");
+    Make("h\\sub\\A.kra", "3");
+    const CDepotItem target("<Home>\\out\\", &home_);
+    const CDepotItem entry("<Work>\\a.kra", work_);
+    for (const CDepotItem& second :
+         {CDepotItem("<Work>\\sub\\A.kra", work_), CDepotItem("<Home>\\sub\\A.kra", &home_)}) {
+        error_ = "junk";
+        EXPECT_EQ(0, OnList({CDepotItem(entry), CDepotItem(second)}, &target, FO_COPY));
+        EXPECT_EQ(std::uint32_t{LDAP_NAMING_VIOLATION}, Directory().LastError());
+        EXPECT_EQ(kSharedNamesText, error_);
+        EXPECT_FALSE(Exists(At("h\\out\\a.kra")));
+    }
+}
+
 TEST_F(DepotTransferTest, AListIntoADirectoryFolderStopsAtTheFirstFailure) {
     Make("h\\a.kra", "1");
     Make("h\\c.kra", "3");

@@ -38,6 +38,13 @@ protected:
         server_.AddFile("C:x.kra", dn, "x");
         server_.AddFile("CON", dn, "x");
     }
+    // Two files that are one in the ANSI code page, and so to the file system.
+    void AddFilesOfOneLocalName(const std::string& dn) {
+        server_.AddFile("L.kra", dn, "plain");
+        server_.Apply("dn: cn=\xC5\x81.kra," + dn +
+                      "\nobjectClass: quillonFileBinary\ncn:: xYEua3Jh\n"
+                      "quillonFileContentsBinary: stroke\n\n");
+    }
     // A file that is named like a folder, and a folder with a file that is named like a file.
     void AddUnusualNames(const std::string& dn) {
         server_.AddFile("README", dn, "3");

@@ -1,6 +1,9 @@
 #include "fileops/directory_transfer.h"
 
+#include "directory/local_listing.h"
 #include "directory_files/transfer_fixture.h"
+#include "platform/paths.h"
+#include "support/folder_link.h"
 
 namespace depot {
 namespace {
@@ -158,6 +161,75 @@ TEST_F(TransferTest, HostileNamesOfATreeThatIsToGoLetNothingBeFetched) {
                           SourceFate::kGoes));
     EXPECT_FALSE(Exists(At("out")));
     EXPECT_EQ(UnsafeNamesText(3), error_);
+}
+
+TEST_F(TransferTest, EntriesThatWouldBecomeOneLocalFileLetNothingBeFetched) {
+    const std::string tree = AddTree("tree");
+    AddFilesOfOneLocalName("cn=sub," + tree);
+    for (const SourceFate fate : {SourceFate::kStays, SourceFate::kGoes}) {
+        error_ = "junk";
+        EXPECT_EQ(0, Download(Directory(), tree, At("out"), &error_, {}, ExistingEntries::kReplace,
+                              fate));
+        EXPECT_EQ(std::uint32_t{LDAP_NAMING_VIOLATION}, Directory().LastError());
+        EXPECT_EQ(kSharedNamesText, error_);
+        EXPECT_FALSE(Exists(At("out")));
+    }
+}
+
+TEST_F(TransferTest, EntriesThatWouldBecomeOneLocalFileAreCopiedAndMovedNowhere) {
+    const std::string tree = AddTree("tree");
+    AddFilesOfOneLocalName(tree);
+    EXPECT_EQ(0, CopyEntry(Directory(), tree, Directory(), DN("cn=copy"), ExistingEntries::kReplace,
+                           &error_));
+    EXPECT_EQ(std::uint32_t{LDAP_NAMING_VIOLATION}, Directory().LastError());
+    EXPECT_EQ(kSharedNamesText, error_);
+    EXPECT_FALSE(Holds(DN("cn=copy")));
+}
+
+TEST_F(TransferTest, FileReplacesNoOtherOneOfItsTreeByItsShortName) {
+    const std::string longName = "a name that is not a short one.kra";
+    char shortPath[MAX_PATH] = {};
+    GetShortPathNameA(Make(longName, "").c_str(), shortPath, sizeof(shortPath));
+    const std::string shortName = NamePart(shortPath);
+    ASSERT_NE(longName, shortName);
+    server_.AddFolder("tree", base_);
+    server_.AddFile(longName, DN("cn=tree"), "long");
+    server_.AddFile(shortName, DN("cn=tree"), "short");
+    EXPECT_EQ(0, Download(Directory(), DN("cn=tree"), At("out"), &error_));
+    ExpectFailure(LDAP_ALREADY_EXISTS);
+    EXPECT_EQ("long", FileBytes(At("out\\" + longName)));
+}
+
+TEST_F(TransferTest, TreeWithALinkIsUploadedWithoutItWhichIsAFailure) {
+    const std::string tree = MakeTree();
+    world_.folder.MakeFolder("elsewhere");
+    Make("elsewhere\\c.kra", "3");
+    const test::FolderLink link(At("tree\\sub\\link"), At("elsewhere"));
+    EXPECT_EQ(0, Upload(Directory(), tree, DN("cn=tree"), ExistingEntries::kReplace, &error_));
+    EXPECT_EQ(std::uint32_t{LDAP_NOT_SUPPORTED}, Directory().LastError());
+    EXPECT_EQ(LinksText(1), error_);
+    ExpectTree(DN("cn=tree"));
+    EXPECT_FALSE(Holds(DN("cn=link,cn=sub,cn=tree")));
+    for (const std::string& source : {tree, At("tree\\sub\\link")}) {
+        error_ = "junk";
+        EXPECT_EQ(0, Upload(Directory(), source, DN("cn=moved"), ExistingEntries::kReplace, &error_,
+                            {}, SourceFate::kGoes));
+        EXPECT_EQ(LinksText(1), error_);
+        EXPECT_FALSE(Holds(DN("cn=moved")));
+    }
+    EXPECT_EQ("3", FileBytes(At("tree\\sub\\link\\c.kra")));
+}
+
+TEST_F(TransferTest, FolderOfACloudStorageIsUploadedWithItsTree) {
+    const std::string tree = MakeTree();
+    world_.folder.MakeFolder("elsewhere");
+    Make("elsewhere\\c.kra", "3");
+    const test::FolderLink cloud(At("tree\\cloud"), At("elsewhere"));
+    const test::ShownReparseTag shown(0x9000001A);
+    EXPECT_EQ(1, Upload(Directory(), tree, DN("cn=tree"), ExistingEntries::kReplace, &error_, {},
+                        SourceFate::kGoes));
+    EXPECT_EQ("3", Contents(DN("cn=c.kra,cn=cloud,cn=tree")));
+    EXPECT_EQ("junk", error_);
 }
 
 TEST_F(TransferTest, AFileEntryIsCopiedToANewPlaceWithItsParents) {

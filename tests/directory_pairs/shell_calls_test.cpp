@@ -25,6 +25,7 @@ struct ShellAnswer {
     BOOL aborted = FALSE;
     DWORD lastError = 0;
     bool refusesDeletions = false;
+    bool keepsLastError = false;
 };
 
 std::vector<ShellCall> calls;
@@ -45,7 +46,7 @@ int WINAPI RecordShell(SHFILEOPSTRUCTA* request) {
     if (answer.refusesDeletions && request->wFunc == FO_DELETE) return ERROR_ACCESS_DENIED;
     if (answer.isGenuine) return genuineShell(request);
     request->fAnyOperationsAborted = answer.aborted;
-    SetLastError(answer.lastError);
+    if (!answer.keepsLastError) SetLastError(answer.lastError);
     return answer.result;
 }
 
@@ -127,6 +128,28 @@ TEST_F(ShellCallsTest, AnyResultButZeroAndAnythingAbortedIsAFailureWithTheSystem
     EXPECT_EQ(1, rename());
     EXPECT_EQ(1, list());
     EXPECT_EQ("junk", error_);
+}
+
+TEST_F(ShellCallsTest, FailureTellsNothingThatIsNotItsOwn) {
+    const std::string plain = plain_.At("from\\a.kra"), target = plain_.At("from\\none\\b.kra");
+    plain_.MakeFile("from\\a.kra", "1");
+    Directory().SetLastError(LDAP_INSUFFICIENT_RIGHTS);
+    answer = {false, 5, FALSE, ERROR_ACCESS_DENIED};
+    EXPECT_EQ(0, MoveFile(*work_, plain, target, nullptr, nullptr, &error_));
+    EXPECT_EQ(Message(ERROR_ACCESS_DENIED, target.c_str()), error_);
+    // A shell that says nothing leaves what was there before.
+    answer.keepsLastError = true;
+    for (CDepot* const depot : {work_, &home_}) {
+        error_ = "junk";
+        SetLastError(ERROR_WRITE_PROTECT);
+        EXPECT_EQ(0, MoveFile(*depot, plain, target, nullptr, nullptr, &error_));
+        EXPECT_EQ("junk", error_);
+    }
+    SetLastError(ERROR_WRITE_PROTECT);
+    EXPECT_EQ(0, List(FO_COPY, {"<Home>\\from\\none.kra"}, "<Home>\\to\\"));
+    EXPECT_EQ("junk", error_);
+    EXPECT_EQ(0, MoveFile(*work_, plain, "bare.kra", nullptr, nullptr, &error_));
+    EXPECT_NE("junk", error_);
 }
 
 TEST_F(ShellCallsTest, MixedListIsOneCopyOfAllAndOneDeletionOfATemporaryFolder) {

@@ -6,6 +6,7 @@
 #include "platform/error_text.h"
 #include "support/box_log.h"
 #include "support/current_folder.h"
+#include "support/import_patch.h"
 
 namespace depot {
 namespace {
@@ -56,7 +57,15 @@ TEST_F(FileExistsTest, ADirectoryWithoutAServerHoldsNothing) {
     const test::BoxLog boxes;
     CDepot& directory = world_.AddAt("Dir", "Dir", "dc=farrow", kDirectoryLocation);
     EXPECT_EQ(0, FileExists(directory, "<Dir>\\a.kra"));
-    EXPECT_EQ(0, FileExists(directory, world_.folder.Path()));
+}
+
+TEST_F(FileExistsTest, PlainPathBesideADirectoryIsLookedForInTheFileSystem) {
+    const test::BoxLog boxes;
+    CDepot& directory = world_.AddAt("Dir", "Dir", "dc=farrow", kDirectoryLocation);
+    EXPECT_EQ(1, FileExists(directory, world_.folder.MakeFile("plain.kra", "")));
+    EXPECT_EQ(1, FileExists(directory, world_.folder.Path()));
+    EXPECT_EQ(0, FileExists(directory, world_.folder.At("none.kra")));
+    EXPECT_EQ(nullptr, directory.paths->ChosenLocation()) << "a server was asked";
 }
 
 class DepotFileTest : public testing::Test {
@@ -96,6 +105,23 @@ TEST_F(DepotFileTest, MoveFileWithoutADestinationDepotRenames) {
     EXPECT_FALSE(test::Exists(At("w\\a.kra")));
     EXPECT_EQ("1", test::FileBytes(At("w\\b.kra")));
     EXPECT_EQ("junk", error_);
+}
+
+BOOL WINAPI ShowNoFacts(HANDLE, BY_HANDLE_FILE_INFORMATION* facts) {
+    *facts = {};
+    return TRUE;
+}
+
+TEST_F(DepotFileTest, FilesAreRenamedAndMovedOnAVolumeThatShowsNoIdentities) {
+    const test::ImportPatch<BOOL(WINAPI*)(HANDLE, BY_HANDLE_FILE_INFORMATION*)> facts(
+        "GetFileInformationByHandle", &ShowNoFacts);
+    ASSERT_TRUE(facts.IsInPlace());
+    Make("w\\a.kra");
+    EXPECT_EQ(1, MoveFile(work_, "<Work>\\a.kra", "<Work>\\b.kra", nullptr, nullptr, &error_));
+    EXPECT_EQ(1, MoveFile(work_, "<Work>\\b.kra", "<Home>\\c.kra", nullptr, &home_, &error_));
+    EXPECT_EQ("1", test::FileBytes(At("h\\c.kra")));
+    EXPECT_EQ(0, MoveFile(home_, "<Home>\\c.kra", "<Home>\\C.kra", nullptr, &home_, &error_));
+    EXPECT_EQ("1", test::FileBytes(At("h\\c.kra")));
 }
 
 TEST_F(DepotFileTest, RenamingOntoAnExistingFileKeepsBothFiles) {

@@ -129,6 +129,29 @@ TEST_F(ItemOperationsTest, AListIsDeleted) {
     EXPECT_FALSE(Exists(At("w\\sub")));
 }
 
+TEST_F(ItemOperationsTest, DeletionOfAListPaysNoRegardToATarget) {
+    CDepot& directory = world_.AddAt("Dir", "Dir", "dc=farrow", kDirectoryLocation);
+    const CDepotItem targets[] = {{"<Work>\\sub", &work_},
+                                  {"<Work>\\sub\\a.kra", &work_},
+                                  {"<Work>\\sub\\a.kra\\below", &work_},
+                                  {"", &work_},
+                                  {"<Work>\\" + std::string(300, 'x'), &work_}};
+    world_.folder.MakeFolder("w\\sub");
+    for (const CDepotItem& target : targets) {
+        SCOPED_TRACE(target.path.substr(0, 40));
+        Make("w\\sub\\a.kra", "1");
+        EXPECT_EQ(1, OnList({"<Work>\\sub\\a.kra"}, &target, FO_DELETE));
+        EXPECT_FALSE(Exists(At("w\\sub\\a.kra")));
+    }
+    Make("w\\sub\\a.kra", "1");
+    const CDepotItem entry("<Dir>\\sub", &directory);
+    CDepotItems items;
+    items.Append(std::make_unique<CDepotItem>("<Work>\\sub", &work_));
+    EXPECT_EQ(1, ShellOperation(items, &entry, FO_DELETE, kQuietFlags, nullptr, &error_));
+    EXPECT_FALSE(Exists(At("w\\sub")));
+    EXPECT_EQ(kJunk, error_);
+}
+
 TEST_F(ItemOperationsTest, AnItemWithoutADepotIsNamedByItsPath) {
     const std::string source = Make("plain.kra", "1");
     CDepotItems items;

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "support/import_patch.h"
 #include "support/scratch.h"
 
 namespace depot {
@@ -63,6 +64,33 @@ TEST_F(SameFileTest, AFolderHoldsNeitherItselfNorItsNeighbours) {
     EXPECT_FALSE(IsInsideFolder(At("none\\x"), At("none")));
     EXPECT_FALSE(IsInsideFolder("", At("a")));
     EXPECT_FALSE(IsInsideFolder(At("a"), ""));
+}
+
+// The half of every file's number on a volume that shows no identities.
+DWORD shownHalf = 0;
+BOOL(WINAPI* genuineFacts)(HANDLE, BY_HANDLE_FILE_INFORMATION*) = nullptr;
+
+BOOL WINAPI ShowNoIdentity(HANDLE file, BY_HANDLE_FILE_INFORMATION* facts) {
+    if (!genuineFacts(file, facts)) return FALSE;
+    facts->nFileIndexHigh = facts->nFileIndexLow = shownHalf;
+    return TRUE;
+}
+
+TEST_F(SameFileTest, PlacesWhoseIdentityIsUnknownAreToldApartByTheirPaths) {
+    const test::ImportPatch<BOOL(WINAPI*)(HANDLE, BY_HANDLE_FILE_INFORMATION*)> facts(
+        "GetFileInformationByHandle", &ShowNoIdentity);
+    genuineFacts = facts.Genuine();
+    ASSERT_TRUE(facts.IsInPlace());
+    for (const DWORD half : {0ul, ~0ul}) {
+        SCOPED_TRACE(half);
+        shownHalf = half;
+        EXPECT_FALSE(IsSameFile(At("a\\f"), At("g")));
+        EXPECT_FALSE(IsSameFile(At("none"), At("none")));
+        EXPECT_FALSE(IsInsideFolder(At("ab\\x"), At("a")));
+        EXPECT_TRUE(IsSameFile(At("a\\f"), At("ab\\..\\A\\F")));
+        EXPECT_TRUE(IsSameFile(At("a\\"), At("a")));
+        EXPECT_TRUE(IsInsideFolder(At("ab\\..\\A\\b\\x"), At("a")));
+    }
 }
 
 }  // namespace

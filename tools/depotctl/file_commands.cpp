@@ -87,7 +87,6 @@ void Move(Program& program, const CopyOptions& options) {
     if (!RenameInPlace(from, to, kind, replaces)) {
         result = Transfer(program, from, kind, to,
                           replaces ? Existing::kReplace : Existing::kRefuse, SourceFate::kGoes);
-        Remove(from, kind);
     }
     AnswerTransfer(program, "moved", to, result);
 }

@@ -1,5 +1,7 @@
 #include "depotctl/removal.h"
 
+#include <algorithm>
+
 #include "depotctl/failure.h"
 #include "depotctl/progress.h"
 #include "depotctl/transfer.h"
@@ -41,9 +43,16 @@ private:
 
     void RemoveFiles() {
         std::vector<std::string> folders = {folder_.Storage()}, files;
+        // Its files are those of another place.
+        if (IsLinkToFolder(folders.front())) {
+            Refuse(folder_.Shown() + " is a link to a folder, which rmdir removes");
+        }
+        std::uint32_t links = 0;
         for (std::size_t next = 0; next < folders.size(); ++next) {
             LdapItemList children;
-            AddLocalChildren(folders[next], Subfolders::kTake, children);
+            const std::uint32_t found =
+                AddLocalChildren(folders[next], Subfolders::kTake, children);
+            if (found != kNotListed) links += found;
             for (const CLDAPItem* child : children) {
                 (child->isFolder != 0 ? folders : files).push_back(child->path);
             }
@@ -53,6 +62,16 @@ private:
             DeleteFileA(file.c_str());
             NoteFile();
         }
+        if (links > 0) KeepLinks(folders, links);
+    }
+
+    // Removes the folders but for those that hold links. Some systems would empty the folders that
+    // these lead to with the rest of the tree.
+    [[noreturn]] void KeepLinks(const std::vector<std::string>& folders,
+                                std::uint32_t links) const {
+        std::for_each(folders.rbegin(), folders.rend(),
+                      [](const std::string& folder) { RemoveDirectoryA(folder.c_str()); });
+        Refuse(folder_.Shown() + ": " + LinksText(links));
     }
 
     void NoteFile() {

@@ -2,6 +2,7 @@
 
 #include "depotctl/encoding.h"
 #include "depotctl/failure.h"
+#include "depotctl/local_tree.h"
 #include "depotctl/progress.h"
 #include "directory/local_listing.h"
 #include "fileops/depot_file.h"
@@ -100,13 +101,15 @@ private:
         depot::ctl::Fail(sourceFailed ? "read" : "write", failed, systemError, errorText_);
     }
 
+    [[noreturn]] void RefuseWith(const std::string& reason) const {
+        Refuse(from_.Shown() + ": " + Utf8FromAnsi(reason));
+    }
+
     void Fetch(CLDAPItems& directory, const std::string& folder) {
         if (Download(directory, source_, folder, &errorText_, progress_.Watcher(),
                      ExistingEntries::kReplace, fate_) == 0) {
-            // Entries whose names no file can have were left out.
-            if (directory.LastError() == LDAP_NAMING_VIOLATION) {
-                Refuse(from_.Shown() + ": " + Utf8FromAnsi(errorText_));
-            }
+            // The names of entries are not those of files.
+            if (directory.LastError() == LDAP_NAMING_VIOLATION) RefuseWith(errorText_);
             FailWith({});
         }
     }
@@ -116,6 +119,8 @@ private:
             existing_ == Existing::kRefuse ? ExistingEntries::kRefuse : ExistingEntries::kReplace;
         if (Upload(directory, folder, target_, existing, &errorText_, progress_.Watcher(), fate_) ==
             0) {
+            // Links to folders were left out.
+            if (directory.LastError() == LDAP_NOT_SUPPORTED) RefuseWith(errorText_);
             FailWith({});
         }
     }
@@ -151,54 +156,22 @@ private:
         Refuse("\"" + Utf8FromAnsi(step.localPath) + "\" is there already; --force replaces it");
     }
 
-    // The steps of a copy within the file system, a folder before what it holds. A step's entry
-    // name is the source's path.
-    TransferPlan LocalPlan() const {
-        TransferPlan plan;
-        plan.steps.push_back({source_, target_, true});
-        for (std::size_t next = 0; next < plan.steps.size(); ++next) {
-            const TransferStep parent = plan.steps[next];
-            if (!parent.isFolder) continue;
-            LdapItemList children;
-            if (AddLocalChildren(parent.dn, Subfolders::kTake, children) == kNotListed) {
-                Refuse("\"" + Utf8FromAnsi(parent.dn) + "\" cannot be listed");
-            }
-            for (const CLDAPItem* child : children) {
-                const bool isFolder = child->isFolder != 0;
-                plan.steps.push_back(
-                    {child->path, JoinPath(parent.localPath, NamePart(child->path)), isFolder});
-                if (!isFolder) ++plan.files;
-            }
-        }
-        return plan;
-    }
-
     void InFileSystem() {
-        const TransferPlan plan = LocalPlan();
+        LocalTree tree(source_, target_);
+        const bool goes = fate_ == SourceFate::kGoes;
+        const std::uint32_t links = tree.Links() + (goes && IsLinkToFolder(source_) ? 1 : 0);
+        if (goes && links > 0) RefuseWith(LinksText(links));
+        if (tree.SharesNames()) RefuseWith(kSharedNamesText);
         if (existing_ == Existing::kRefuse) {
-            for (const TransferStep& step : plan.steps) RefuseExistingFile(step);
+            for (const TransferStep& step : tree.Steps()) RefuseExistingFile(step);
         }
-        const TransferWatcher watcher = progress_.Watcher();
-        TransferProgress state;
-        state.filesInAll = plan.files;
-        for (const TransferStep& step : plan.steps) {
-            if (step.isFolder) {
-                if (!EnsureLocalFolder(step.localPath)) FailWith(step.localPath, GetLastError());
-                continue;
-            }
-            if (!CopyFileA(step.dn.c_str(), step.localPath.c_str(), FALSE)) {
-                FailWith(step.localPath, GetLastError());
-            }
-            ++state.filesDone;
-            state.bytesDone += FileSize(step.localPath);
-            if (!watcher(state) && state.filesDone < state.filesInAll) FailWith({});
+        const LocalFailure failure = tree.Copy(progress_.Watcher());
+        if (failure.code != ERROR_SUCCESS) FailWith(failure.path, failure.code);
+        if (goes && !tree.RemoveSource()) {
+            Refuse(from_.Shown() + " was copied whole, but what is in use there, or has changed " +
+                   "since, stays");
         }
-    }
-
-    static std::uint64_t FileSize(const std::string& path) {
-        WIN32_FILE_ATTRIBUTE_DATA data = {};
-        GetFileAttributesExA(path.c_str(), GetFileExInfoStandard, &data);
-        return static_cast<std::uint64_t>(data.nFileSizeHigh) << 32 | data.nFileSizeLow;
+        if (links > 0) RefuseWith(LinksText(links));
     }
 
     const Place& from_;
@@ -226,7 +199,12 @@ TransferResult Transfer(const Program& program, const Place& from, PlaceKind kin
     }
     RequireFittingName(to, kind);
     Work work(program, from, to, existing, fate);
-    return kind == PlaceKind::kFile ? work.File() : work.Tree();
+    const bool isTree = kind == PlaceKind::kFolder;
+    const TransferResult result = isTree ? work.Tree() : work.File();
+    // A local tree is gone by then, but for what came since it was listed.
+    const bool isLocal = from.Directory() == nullptr && to.Directory() == nullptr;
+    if (fate == SourceFate::kGoes && !(isTree && isLocal)) Remove(from, kind);
+    return result;
 }
 
 void Remove(const Place& place, PlaceKind kind) {

@@ -17,8 +17,9 @@ struct TransferResult {
 
 // Copies a file, or a folder with all below it, to the place `to`, with a progress bar on a
 // terminal. With kRefuse nothing is copied when a file is there already. Ends the command on a
-// failure and when the user interrupts it; what was copied by then stays. A source that is to be
-// removed afterwards must be copied whole.
+// failure and when the user interrupts it; what was copied by then stays. Links to folders are left
+// out of a tree: all else is copied before the command ends with their number. A source that is to
+// go is removed after it was copied, and must be copied whole: with links nothing is copied.
 TransferResult Transfer(const Program& program, const Place& from, PlaceKind kind, const Place& to,
                         Existing existing, SourceFate fate = SourceFate::kStays);
 

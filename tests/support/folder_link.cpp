@@ -1,0 +1,87 @@
+#include "support/folder_link.h"
+
+#include <gtest/gtest.h>
+
+#include <utility>
+
+#include "support/unix_path.h"
+
+namespace depot::test {
+namespace {
+
+DWORD shownTag = 0;
+HANDLE(WINAPI* genuineFirst)(LPCSTR, WIN32_FIND_DATAA*) = nullptr;
+BOOL(WINAPI* genuineNext)(HANDLE, WIN32_FIND_DATAA*) = nullptr;
+
+void ShowTag(WIN32_FIND_DATAA& found) {
+    if ((found.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0) found.dwReserved0 = shownTag;
+}
+
+HANDLE WINAPI FindFirstWithTag(LPCSTR pattern, WIN32_FIND_DATAA* found) {
+    const HANDLE search = genuineFirst(pattern, found);
+    if (search != INVALID_HANDLE_VALUE) ShowTag(*found);
+    return search;
+}
+
+BOOL WINAPI FindNextWithTag(HANDLE search, WIN32_FIND_DATAA* found) {
+    const BOOL more = genuineNext(search, found);
+    if (more) ShowTag(*found);
+    return more;
+}
+
+bool Exists(const std::string& path) {
+    return GetFileAttributesA(path.c_str()) != INVALID_FILE_ATTRIBUTES;
+}
+
+// The name of a link below Wine, which follows links.
+std::string UnixLink(const std::string& link) {
+    const std::size_t name = link.rfind('\\');
+    return UnixPath(link.substr(0, name)) + "/" + link.substr(name + 1);
+}
+
+// Runs a command below Wine, where links are made and removed, until the link is there or gone: the
+// command's end cannot be waited for.
+void RunBelow(const std::string& command, const std::string& link, bool isThere) {
+    std::string line = "/bin/sh -c \"" + command + "\"";
+    STARTUPINFOA start = {};
+    start.cb = sizeof(start);
+    PROCESS_INFORMATION process = {};
+    ASSERT_TRUE(CreateProcessA("Z:\\bin\\sh", line.data(), nullptr, nullptr, FALSE, 0, nullptr,
+                               nullptr, &start, &process));
+    CloseHandle(process.hThread);
+    CloseHandle(process.hProcess);
+    constexpr int kLongestWait = 60'000;
+    for (int waited = 0; waited < kLongestWait && Exists(link) != isThere; waited += 10) Sleep(10);
+}
+
+}  // namespace
+
+FolderLink::FolderLink(std::string link, const std::string& folder) : link_(std::move(link)) {
+    const std::string target = UnixPath(folder);
+    if (target.empty()) {
+        constexpr DWORD kToFolder = 1;
+        CreateSymbolicLinkA(link_.c_str(), folder.c_str(), kToFolder);
+    } else {
+        RunBelow("ln -s '" + target + "' '" + UnixLink(link_) + "'", link_, true);
+    }
+    constexpr DWORD kLink = FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_REPARSE_POINT;
+    EXPECT_EQ(kLink, GetFileAttributesA(link_.c_str()) & kLink) << link_;
+}
+
+FolderLink::~FolderLink() {
+    if (UnixPath(link_).empty()) {
+        RemoveDirectoryA(link_.c_str());
+    } else {
+        RunBelow("rm '" + UnixLink(link_) + "'", link_, false);
+    }
+}
+
+ShownReparseTag::ShownReparseTag(DWORD tag)
+    : first_("FindFirstFileA", &FindFirstWithTag), next_("FindNextFileA", &FindNextWithTag) {
+    EXPECT_TRUE(first_.IsInPlace() && next_.IsInPlace());
+    genuineFirst = first_.Genuine();
+    genuineNext = next_.Genuine();
+    shownTag = tag;
+}
+
+}  // namespace depot::test
