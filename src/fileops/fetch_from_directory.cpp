@@ -12,10 +12,11 @@ namespace depot {
 namespace {
 
 std::uint32_t WriteContents(const FileBuffer& contents, const std::string& path,
-                            ExistingEntries existing) {
-    const bool replaces = existing == ExistingEntries::kReplace;
+                            const TransferRules& rules) {
+    const bool replaces = rules.existing == ExistingEntries::kReplace;
     return WriteFetchedFile(contents, path,
-                            replaces ? ExistingFile::kIsReplaced : ExistingFile::kStays);
+                            replaces ? ExistingFile::kIsReplaced : ExistingFile::kStays,
+                            rules.fate == SourceFate::kGoes ? Flush::kNow : Flush::kLater);
 }
 
 std::uint32_t FetchFile(CLDAPItems& directory, const TransferStep& step, const TransferRules& rules,
@@ -30,7 +31,7 @@ std::uint32_t FetchFile(CLDAPItems& directory, const TransferStep& step, const T
         if (code != LDAP_SUCCESS) return code;
     }
     progress.bytesDone += contents.length;
-    return WriteContents(contents, step.localPath, rules.existing);
+    return WriteContents(contents, step.localPath, rules);
 }
 
 bool AnyLocalFileExists(const TransferPlan& plan) {
@@ -74,7 +75,7 @@ std::uint32_t Fetch(CLDAPItems& directory, const std::string& dn, const std::str
     if (rules.existing == ExistingEntries::kRefuse && PathMayExist(localPath)) {
         return LDAP_ALREADY_EXISTS;
     }
-    code = WriteContents(source.contents, localPath, rules.existing);
+    code = WriteContents(source.contents, localPath, rules);
     if (code == LDAP_SUCCESS) NoteSingleFile(rules.watcher, source.contents.length);
     return code;
 }
