@@ -10,16 +10,18 @@
 #include "platform/full_path.h"
 #include "platform/handles.h"
 #include "platform/paths.h"
+#include "platform/replace_file.h"
 #include "platform/same_file.h"
 #include "platform/text.h"
 
 namespace depot {
 namespace {
 
-// Opens the destination of a copy; null when it cannot be opened or must not exist and does.
+// Opens the destination of a copy; null when it cannot be opened or must not exist and does. What
+// an existing one holds stays until there is something to take its place.
 UniqueHandle OpenDestination(const std::string& path, bool failIfExists) {
     return OwnFile(CreateFileA(path.c_str(), GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ, nullptr,
-                               failIfExists ? CREATE_NEW : CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL,
+                               failIfExists ? CREATE_NEW : OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL,
                                nullptr));
 }
 
@@ -37,12 +39,6 @@ std::string SourceFile(DepotSession& session, const std::string& source) {
 bool NamesSameFile(const std::string& left, const std::string& right) {
     return !left.empty() &&
            (EqualsNoCase(FullPath(left), FullPath(right)) || IsSameFile(left, right));
-}
-
-bool WriteText(HANDLE file, const std::string& text) {
-    const auto bytes = static_cast<DWORD>(text.size());
-    DWORD written = 0;
-    return WriteFile(file, text.data(), bytes, &written, nullptr) && written == bytes;
 }
 
 }  // namespace
@@ -78,7 +74,8 @@ STDMETHODIMP CDepotIntrApi::DPCopyFileToLocalFS(LONG_PTR lDPIntr, BSTR* bstrSrcF
         const UniqueHandle destination = OpenDestination(path, vbFailIfExists == VARIANT_TRUE);
         if (!destination) return false;
         if (!source.empty()) session.LoadFile(source);
-        return WriteText(destination.get(), ReadWholeFile(session.currentFile->localPath));
+        const std::string text = ReadWholeFile(session.currentFile->localPath);
+        return WriteOverOpenFile(destination.get(), text.data(), text.size());
     });
 }
 

@@ -5,6 +5,7 @@
 
 #include "config/file_types.h"
 #include "config/profile_value.h"
+#include "platform/file_in_use.h"
 #include "platform/handles.h"
 #include "platform/text.h"
 #include "platform/win32.h"
@@ -45,10 +46,14 @@ std::uint32_t TerminalTypeOfSession(const std::string& path, INT defaultType) {
 }  // namespace
 
 int WriteProfileValue(const char* section, const char* key, const char* value, const char* file) {
-    if (!Fits(section) || !Fits(key) || !Fits(file)) return 0;
-    if (value == nullptr) return WritePrivateProfileStringA(section, key, nullptr, file);
-    const std::string quoted = QuoteProfileValue(value);
-    return Fits(quoted) ? WritePrivateProfileStringA(section, key, quoted.c_str(), file) : 0;
+    const bool named = Fits(section) && Fits(key) && Fits(file);
+    const std::string quoted = value != nullptr ? QuoteProfileValue(value) : std::string();
+    if (!named || !Fits(quoted)) {
+        SetLastError(kProfileTextTooLong);
+        return 0;
+    }
+    return WritePrivateProfileStringA(section, key, value != nullptr ? quoted.c_str() : nullptr,
+                                      file);
 }
 
 std::string ReadProfileString(const std::string& section, const std::string& key,
@@ -110,8 +115,12 @@ std::uint32_t GetTerminalType(const std::string& path, std::int32_t code) {
 }
 
 std::string ReadWholeFile(const std::string& path) {
-    const UniqueHandle file = OwnFile(CreateFileA(path.c_str(), GENERIC_READ, 0, nullptr,
-                                                  OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+    UniqueHandle file;
+    RetryWhileInUse(FileUse::kShared, [&] {
+        file = OwnFile(CreateFileA(path.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING,
+                                   FILE_ATTRIBUTE_NORMAL, nullptr));
+        return file != nullptr;
+    });
     if (!file) return {};
     std::string text;
     char block[kReadBlockBytes + 1] = {};

@@ -7,10 +7,16 @@
 #include <cstdint>
 #include <string>
 
+#include "platform/win32.h"
+
 namespace depot {
 
+// The last error of a write that never reached the system.
+inline constexpr DWORD kProfileTextTooLong = ERROR_BUFFER_OVERFLOW;
+
 // Writes one value so that reading it back gives the same text; a null value deletes the key.
-// Returns what WritePrivateProfileStringA returns: non-zero when the file was written.
+// Returns what WritePrivateProfileStringA returns, and leaves its last error: non-zero when the
+// file was written.
 int WriteProfileValue(const char* section, const char* key, const char* value, const char* file);
 
 // Returns what GetPrivateProfileStringA gives for a buffer of `size` characters: at most `size` - 1
@@ -26,7 +32,8 @@ std::uint32_t ReadProfileInt(const std::string& section, const std::string& key,
 // Returns the terminal type of a profile file of type `code`; 0 asks for the type of the path.
 std::uint32_t GetTerminalType(const std::string& path, std::int32_t code);
 
-// Returns the whole file as text, or an empty text when it cannot be opened.
+// Returns the whole file as text, or an empty text when it cannot be opened. A file that another
+// program holds is tried again for three seconds.
 //
 // Kept: the file is read in blocks of 519 bytes, and what follows a NUL in its block is lost.
 // Relied on by: copies of profile files, which are text by definition.

@@ -8,6 +8,7 @@
 #include "platform/error_text.h"
 #include "platform/local_file.h"
 #include "platform/paths.h"
+#include "platform/replace_file.h"
 
 namespace depot {
 namespace {
@@ -54,9 +55,18 @@ std::uint64_t FileSize(const std::string& path) {
     return static_cast<std::uint64_t>(data.nFileSizeHigh) << 32 | data.nFileSizeLow;
 }
 
-int CopyInFileSystem(const std::string& source, const std::string& destination, bool failIfExists,
-                     std::string* errorText, const TransferWatcher& watcher) {
-    if (CopyFileA(source.c_str(), destination.c_str(), failIfExists)) {
+// The system's own copy, which must be on the disk before its source goes.
+struct FileCopy {
+    const std::string& source;
+    const std::string& destination;
+    bool failIfExists;
+    SourceFate fate;
+};
+
+int CopyInFileSystem(const FileCopy& copy, std::string* errorText, const TransferWatcher& watcher) {
+    const std::string& destination = copy.destination;
+    if (CopyLocalFile(copy.source, destination, copy.failIfExists,
+                      copy.fate == SourceFate::kGoes ? Flush::kNow : Flush::kLater)) {
         if (watcher) watcher({1, 1, FileSize(destination)});
         return 1;
     }
@@ -166,7 +176,7 @@ int CopyFile(CDepot& depot, const std::string& source, const std::string& destin
     if (targetDirectory) {
         return Upload(*targetDirectory, from, to, kReplace, errorText, watcher, fate, copied);
     }
-    if (CopyInFileSystem(from, to, failIfExists, errorText, watcher) == 0) return 0;
+    if (CopyInFileSystem({from, to, failIfExists, fate}, errorText, watcher) == 0) return 0;
     if (copied != nullptr) NoteLocalCopy(from, to, *copied);
     return 1;
 }

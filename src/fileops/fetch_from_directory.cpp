@@ -12,10 +12,11 @@ namespace depot {
 namespace {
 
 std::uint32_t WriteContents(const FileBuffer& contents, const std::string& path,
-                            ExistingEntries existing) {
-    const bool replaces = existing == ExistingEntries::kReplace;
+                            const TransferRules& rules) {
+    const bool replaces = rules.existing == ExistingEntries::kReplace;
     return WriteFetchedFile(contents, path,
-                            replaces ? ExistingFile::kIsReplaced : ExistingFile::kStays);
+                            replaces ? ExistingFile::kIsReplaced : ExistingFile::kStays,
+                            rules.fate == SourceFate::kGoes ? Flush::kNow : Flush::kLater);
 }
 
 std::uint32_t FetchFile(CLDAPItems& directory, const TransferStep& step, const TransferRules& rules,
@@ -28,7 +29,7 @@ std::uint32_t FetchFile(CLDAPItems& directory, const TransferStep& step, const T
         const std::uint32_t code = RefuseChildren(directory, step.dn);
         if (code != LDAP_SUCCESS) return code;
     }
-    return WriteContents(contents, step.localPath, rules.existing);
+    return WriteContents(contents, step.localPath, rules);
 }
 
 // Tells of each step whether it is a file that exists locally.
@@ -87,7 +88,7 @@ std::uint32_t Fetch(CLDAPItems& directory, const std::string& dn, const std::str
         return LDAP_ALREADY_EXISTS;
     }
     rules.NoteSource(dn, source.contents.bytes.get(), source.contents.length);
-    code = WriteContents(source.contents, localPath, rules.existing);
+    code = WriteContents(source.contents, localPath, rules);
     if (code == LDAP_SUCCESS) NoteSingleFile(rules.watcher, source.contents.length);
     return code;
 }

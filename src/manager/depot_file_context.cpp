@@ -1,19 +1,26 @@
 #include "manager/depot_file_context.h"
 
+#include <utility>
+
 #include "config/profile_file.h"
 #include "manager/display_path.h"
 #include "manager/resolve_item.h"
 #include "model/depot_item.h"
-#include "model/working_copy_journal.h"
 #include "model/kept_working_copy.h"
 #include "model/recovered_files.h"
+#include "model/working_copy_journal.h"
+#include "platform/error_text.h"
+#include "platform/file_in_use.h"
 #include "platform/paths.h"
+#include "platform/private_file.h"
 #include "platform/text.h"
+#include "platform/user_notice.h"
 #include "platform/win32.h"
 
 namespace depot {
 namespace {
 
+constexpr char kMessageTitle[] = "Quillon";
 constexpr std::size_t kShortestPlainPath = 8;
 // No file has a longer path, and the system's profile functions need not survive one.
 constexpr std::size_t kLongestSystemPath = 32766;
@@ -79,8 +86,50 @@ void DepotFileContext::WriteString(const std::string& section, const std::string
     if (!IsAbsolutePath(localPath)) return;
     if (isWorkingCopy_ && recoveredFolder_.empty()) recoveredFolder_ = RecoveredFolder();
     const bool removes = value.empty() || (comparison && EqualsNoCase(value, *comparison));
-    WriteProfileValue(section.c_str(), key.c_str(), removes ? nullptr : value.c_str(),
-                      localPath.c_str());
+    ProfileEdit edit = {section, key, {}};
+    if (!removes) edit.value = value;
+    if (isWorkingCopy_) {
+        EditWorkingCopy(std::move(edit));
+    } else {
+        KeepWhatWasLost(EditProfile(edit, localPath));
+    }
+}
+
+void DepotFileContext::EditWorkingCopy(ProfileEdit edit) {
+    RefusedEdits& refused = origin_.refused;
+    const bool missing = !PathMayExist(localPath);
+    EditOutcome outcome;
+    const auto attempt = [&] {
+        outcome = EditProfile(edit, localPath);
+        SetLastError(outcome.error);
+        return outcome.error == ERROR_SUCCESS;
+    };
+    // Once a copy cannot be stored any more nothing is gained by waiting.
+    if (refused.error != ERROR_SUCCESS) {
+        attempt();
+    } else {
+        RetryWhileInUse(FileUse::kOwn, attempt);
+    }
+    if (missing) {
+        // What the system makes of it holds nothing but this edit.
+        MakePrivate(localPath);
+        if (outcome.error == ERROR_SUCCESS) outcome.error = ERROR_FILE_NOT_FOUND;
+    }
+    if (refused.error == ERROR_SUCCESS) refused.error = outcome.error;
+    if (refused.error == ERROR_SUCCESS) return;
+    if (outcome.lost && !refused.whole) refused.whole = std::move(outcome.lost);
+    refused.edits.push_back(std::move(edit));
+}
+
+void DepotFileContext::KeepWhatWasLost(const EditOutcome& outcome) const {
+    if (!outcome.lost) return;
+    const std::string kept =
+        KeepRecovered(NamePart(localPath), outcome.lost->data(), outcome.lost->size());
+    std::string text;
+    FormatErrorText(outcome.error, localPath.c_str(), kMessageTitle, &text, nullptr);
+    text = std::string(TrimTrailingBlanks(text));
+    if (!kept.empty()) text += "\n" + kept;
+    ShowNotice(text, kMessageTitle, nullptr);
 }
 
 bool DepotFileContext::IsInDirectory() const {

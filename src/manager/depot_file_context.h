@@ -33,8 +33,11 @@ public:
 
     // Writes a value so that it reads back exactly; an empty value, or one that equals `comparison`
     // without regard to case, deletes the key. The file counts as changed in every case, also when
-    // the system refuses the write, which is not reported. A local path that is not absolute is
-    // only read: nothing is written to it.
+    // the system refuses the write, which is not reported; a working copy is then never stored. A
+    // local path that is not absolute is only read: nothing is written to it.
+    //
+    // A file that the system cuts because the disk is full gets back what it held. Where even that
+    // fails its former bytes are kept among the recovered files, and a message box says so.
     void WriteString(const std::string& section, const std::string& key, const std::string& value,
                      const std::string* comparison = nullptr);
 
@@ -58,8 +61,10 @@ public:
 
 private:
     void Attach(CDepot* holder, const std::string& displayPath);
+    void EditWorkingCopy(ProfileEdit edit);
+    void KeepWhatWasLost(const EditOutcome& outcome) const;
 
-    WorkingCopyOrigin origin_;    // what the working copy was made from
+    WorkingCopyOrigin origin_;    // what the working copy was made from, and what it lacks
     bool isWorkingCopy_ = false;  // whether the local file goes with this object
     // Of a changed working copy; looked up while the shell can be asked.
     std::string recoveredFolder_;

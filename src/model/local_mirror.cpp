@@ -10,10 +10,12 @@
 #include "model/recovered_files.h"
 #include "model/working_copy_journal.h"
 #include "platform/error_text.h"
+#include "platform/file_in_use.h"
 #include "platform/file_names.h"
 #include "platform/local_file.h"
 #include "platform/paths.h"
 #include "platform/temp_file.h"
+#include "platform/text.h"
 #include "platform/user_notice.h"
 #include "platform/win32.h"
 
@@ -44,11 +46,19 @@ WorkingCopyOrigin FetchFile(CLDAPItems& directory, const WorkingCopySource& sour
     FileBuffer contents;
     const bool found = directory.ReadFileContents(source.dn, contents) != 0;
     const std::uint32_t code = found ? std::uint32_t{LDAP_SUCCESS} : directory.LastError();
-    const bool written = WriteLocalFile(localPath, contents.bytes.get(), contents.length);
-    if (found && !written) return {LDAP_LOCAL_ERROR, std::nullopt};
-    NoteWorkingCopy(localPath, source, contents.bytes.get(), contents.length);
-    if (!found || !DetectsConflicts(directory)) return {code, std::nullopt};
-    return {code, DigestOfContents(contents)};
+    // A scanner may be looking at the new file already.
+    const bool written = RetryWhileInUse(FileUse::kOwn, [&] {
+        return WriteLocalFile(localPath, contents.bytes.get(), contents.length);
+    });
+    WorkingCopyOrigin origin;
+    origin.code = found && !written ? std::uint32_t{LDAP_LOCAL_ERROR} : code;
+    if (!found || written) {
+        NoteWorkingCopy(localPath, source, contents.bytes.get(), contents.length);
+    }
+    if (origin.code == LDAP_SUCCESS && DetectsConflicts(directory)) {
+        origin.digest = DigestOfContents(contents);
+    }
+    return origin;
 }
 
 // A temporary file that is deleted unless it is handed out.
@@ -191,17 +201,20 @@ public:
     WriteBack(CLDAPItems& directory, const std::string& dn, const std::string& localPath)
         : directory_(directory), dn_(dn), localPath_(localPath) {}
 
-    // Returns the directory's code. `origin` is what the fetch of the working copy left.
+    // Returns the directory's code. `origin` is what the working copy was made from.
     std::uint32_t Run(const WorkingCopyOrigin& origin) {
-        bytes_ = ReadLocalFile(localPath_);
-        if (!bytes_) readError_ = GetLastError();
+        RetryWhileInUse(FileUse::kOwn, [&] {
+            bytes_ = ReadLocalFile(localPath_);
+            return bytes_.has_value();
+        });
+        localError_ = bytes_ ? origin.refused.error : GetLastError();
         reason_ = origin.code;
-        const std::uint32_t code = Store(origin);
-        // What cannot be read now may still hold the user's edit.
-        mustStay_ = !bytes_ && PathMayExist(localPath_);
+        // What cannot be read, or is not all that was written, replaces nothing.
+        const bool whole = bytes_ && localError_ == ERROR_SUCCESS;
+        const std::uint32_t code = whole ? Store(origin) : std::uint32_t{LDAP_LOCAL_ERROR};
         if (code == LDAP_SUCCESS) return code;
         reason_ = code;
-        KeepWorkingCopy();
+        KeepWorkingCopy(origin.refused);
         return code;
     }
 
@@ -229,7 +242,7 @@ private:
         if (DetectsConflicts(directory_)) return StoreUnlessChanged(origin.digest);
         // A missing entry has no bytes that could be lost.
         const bool complete = origin.code == LDAP_SUCCESS || origin.code == LDAP_NO_SUCH_OBJECT;
-        if (!bytes_ || !complete) {
+        if (!complete) {
             FileBuffer present;
             std::uint32_t code = Read(present);
             if (code == LDAP_SUCCESS) code = KeepEntry(present);
@@ -242,7 +255,6 @@ private:
     std::uint32_t StoreUnlessChanged(const std::optional<Digest>& fetched) {
         FileBuffer present;
         std::uint32_t code = ReadUnchanged(fetched, present);
-        if (code == LDAP_SUCCESS && !bytes_) code = KeepEntry(present);
         if (code != LDAP_SUCCESS) return code;
         code = directory_.ReplaceUnchangedContents(dn_, Data(), Length(), present);
         if (code != kContentsChanged && code != LDAP_UNAVAILABLE_CRIT_EXTENSION) return code;
@@ -259,11 +271,8 @@ private:
                                                     : kContentsChanged;
     }
 
-    const void* Data() const {
-        static constexpr std::uint8_t kNothing = 0;
-        return bytes_ ? bytes_->data() : &kNothing;
-    }
-    std::uint32_t Length() const { return static_cast<std::uint32_t>(bytes_ ? bytes_->size() : 0); }
+    const void* Data() const { return bytes_->data(); }
+    std::uint32_t Length() const { return static_cast<std::uint32_t>(bytes_->size()); }
 
     std::uint32_t Read(FileBuffer& present) {
         const bool found = directory_.ReadFileContents(dn_, present) != 0;
@@ -277,11 +286,15 @@ private:
         return kept_.empty() ? LDAP_LOCAL_ERROR : LDAP_SUCCESS;
     }
 
-    void KeepWorkingCopy() {
+    void KeepWorkingCopy(const RefusedEdits& refused) {
         std::string kept;
-        if (bytes_) kept = KeepRecovered(Name(), bytes_->data(), bytes_->size());
+        if (bytes_) {
+            kept = KeepRecoveredProfile(Name(), refused.whole ? *refused.whole : *bytes_,
+                                        refused.edits);
+        }
         mustStay_ = kept.empty() && PathMayExist(localPath_);
-        if (mustStay_) kept = localPath_;
+        // What is gone is named as well: its user has to know which edit it was.
+        if (mustStay_ || !bytes_) kept = localPath_;
         // In a conflict the entry stays, and what was kept of it tells nobody anything.
         if (!kept.empty() || reason_ == kContentsChanged) kept_ = std::move(kept);
     }
@@ -294,14 +307,16 @@ private:
     }
 
     std::string Reason() {
-        std::string text;
         if (reason_ != LDAP_SUCCESS) directory_.SetLastError(reason_);
         if (reason_ == kContentsChanged) return ConflictText();
-        if (reason_ == LDAP_SUCCESS) {
-            FormatErrorText(readError_, localPath_.c_str(), kMessageTitle, &text, nullptr);
-            return text;
-        }
-        return directory_.ErrorText();
+        return localError_ != ERROR_SUCCESS ? LocalErrorText() : directory_.ErrorText();
+    }
+
+    std::string LocalErrorText() {
+        const std::string lead = "The changes of \"" + Name() + "\" were not stored.";
+        std::string text;
+        FormatErrorText(localError_, lead.c_str(), kMessageTitle, &text, nullptr);
+        return std::string(TrimTrailingBlanks(text));
     }
 
     std::string ConflictText() {
@@ -313,7 +328,7 @@ private:
     const std::string& dn_;
     const std::string& localPath_;
     std::optional<std::vector<std::uint8_t>> bytes_;
-    DWORD readError_ = ERROR_SUCCESS;
+    DWORD localError_ = ERROR_SUCCESS;  // of the working copy itself
     std::uint32_t reason_ = LDAP_SUCCESS;
     std::string kept_;
     bool mustStay_ = false;
@@ -350,7 +365,8 @@ std::string FetchToLocal(CLDAPItems& directory, const std::string& dn, WorkingCo
     const WorkingCopySource source = SourceOf(directory, dn);
     NoteWorkingCopy(copy.Path(), source, nullptr, 0);
     const ConnectionScope connection(directory, nullptr);
-    WorkingCopyOrigin fetched = {directory.LastError(), std::nullopt};
+    WorkingCopyOrigin fetched;
+    fetched.code = directory.LastError();
     if (connection) fetched = FetchFile(directory, source, copy.Path());
     if (origin != nullptr) *origin = fetched;
     return connection ? copy.Release() : std::string();

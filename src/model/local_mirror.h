@@ -9,6 +9,7 @@
 #include <optional>
 #include <string>
 
+#include "config/profile_edit.h"
 #include "directory/ldap_items.h"
 #include "platform/digest.h"
 
@@ -34,13 +35,15 @@ private:
     bool open_ = false;
 };
 
-// What a working copy was made from.
+// What a working copy was made from, and what became of it since.
 struct WorkingCopyOrigin {
     // 0 when the local file held the entry's bytes, else the reason: the directory's code, or
     // LDAP_LOCAL_ERROR for a file that could not be written.
     std::uint32_t code = LDAP_SUCCESS;
     // The entry's bytes; only where the location wants conflicts detected and the fetch succeeded.
     std::optional<Digest> digest;
+    // What its user wrote and it does not hold.
+    RefusedEdits refused;
 };
 
 // Fetches an entry's bytes into a new temporary file, readable for the user alone as far as the
@@ -51,13 +54,15 @@ std::string FetchToLocal(CLDAPItems& directory, const std::string& dn,
 
 // Ends a working copy: stores its bytes in the entry when `writeBack` is set, and deletes it in
 // every case. Returns 1 when nothing had to be stored or all was. An empty path with `writeBack`
-// set is a parameter error, which is shown. `origin` is what the fetch left.
+// set is a parameter error, which is shown. `origin` is what the fetch left, and what writes added.
 //
 // No edit is lost. Bytes that cannot be stored are kept among the recovered files; where even that
-// fails the working copy stays, as does one that is there but cannot be read. The entry's present
-// bytes are kept there before a working copy that cannot be read, or that was fetched incompletely,
-// takes their place; when they cannot be kept the entry stays as it is. A message box tells of each
-// of these, and its text ends with the path of what was kept.
+// fails the working copy stays. A working copy that somebody else holds is waited for, for three
+// seconds; one that cannot be read even then, or is gone, leaves the entry as it is, and so does
+// one that does not hold all that its user wrote: that one is kept as one that cannot be stored,
+// with the edits that it lacks. The entry's present bytes are kept before those of a working copy
+// that was fetched incompletely take their place; when they cannot be kept the entry stays as it
+// is. A message box tells of each of these, and its text ends with the path of what was kept.
 //
 // Where the location wants conflicts detected, bytes that are not those of `origin` stay in the
 // entry, and the working copy is kept as one that cannot be stored.

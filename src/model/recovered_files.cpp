@@ -3,10 +3,12 @@
 #include <algorithm>
 
 #include "directory/dn.h"
+#include "platform/file_in_use.h"
 #include "platform/handles.h"
 #include "platform/known_folders.h"
 #include "platform/local_file.h"
 #include "platform/paths.h"
+#include "platform/replace_file.h"
 #include "platform/win32.h"
 // After the Windows headers.
 #include <shlobj.h>
@@ -83,11 +85,20 @@ std::string KeepRecoveredIn(const std::string& folder, const std::string& name, 
     UniqueHandle file =
         CreateNumbered(JoinPath(folder, split.stem) + " " + LocalTimeText(), split.extension, path);
     if (!file) return {};
-    const bool complete = WriteAll(file, bytes, length);
+    const bool complete = WriteAll(file, bytes, length) && FlushFileBuffers(file.get());
     file.reset();
     if (complete) return path;
-    DeleteFileA(path.c_str());
+    DeleteOwnFile(path);
     return {};
+}
+
+std::string KeepRecoveredProfile(const std::string& name, const std::vector<std::uint8_t>& bytes,
+                                 const std::vector<ProfileEdit>& edits) {
+    const std::string path = KeepRecovered(name, bytes.data(), bytes.size());
+    if (path.empty() || edits.empty()) return path;
+    for (const ProfileEdit& edit : edits) EditProfile(edit, path);
+    FlushLocalFile(path);
+    return path;
 }
 
 }  // namespace depot

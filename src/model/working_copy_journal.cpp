@@ -11,6 +11,7 @@
 #include "model/abandoned_copies.h"
 #include "model/working_copy_record.h"
 #include "platform/checksum.h"
+#include "platform/file_in_use.h"
 #include "platform/held_file.h"
 #include "platform/no_destructor.h"
 #include "platform/paths.h"
@@ -121,7 +122,7 @@ void ForgetWorkingCopy(const std::string& path) noexcept try {
 
 void DeleteWorkingCopy(const std::string& path) noexcept {
     ForgetWorkingCopy(path);
-    DeleteFileA(path.c_str());
+    DeleteOwnFile(path);
 }
 
 }  // namespace depot

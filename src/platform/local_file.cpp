@@ -41,6 +41,19 @@ std::optional<std::vector<std::uint8_t>> ReadLocalFile(const std::string& path) 
     return bytes;
 }
 
+std::optional<std::vector<std::uint8_t>> ReadOpenFile(HANDLE file) {
+    const DWORD length = GetFileSize(file, nullptr);
+    if (length == INVALID_FILE_SIZE || SetFilePointer(file, 0, nullptr, FILE_BEGIN) != 0) {
+        return std::nullopt;
+    }
+    std::vector<std::uint8_t> bytes(length);
+    DWORD read = 0;
+    if (length > 0 && !(ReadFile(file, bytes.data(), length, &read, nullptr) && read == length)) {
+        return std::nullopt;
+    }
+    return bytes;
+}
+
 bool WriteLocalFile(const std::string& path, const void* bytes, std::uint32_t length) {
     bool complete = false;
     {

@@ -6,10 +6,15 @@
 #include <string>
 #include <vector>
 
+#include "platform/win32.h"
+
 namespace depot {
 
 // Returns all bytes of the file; nothing when it cannot be opened or read to its end.
 std::optional<std::vector<std::uint8_t>> ReadLocalFile(const std::string& path);
+
+// The same for a file that is open for reading. Where its next byte is read changes.
+std::optional<std::vector<std::uint8_t>> ReadOpenFile(HANDLE file);
 
 // Writes the bytes to the file, which is created or truncated. Returns whether all of them were
 // written; a file that could be created but not filled is removed again.

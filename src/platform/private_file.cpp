@@ -31,6 +31,23 @@ bool Identify(CurrentUser& user) {
     return GetTokenInformation(token.get(), TokenUser, user.bytes, size, &size) != FALSE;
 }
 
+// Returns a part of the file's security descriptor; nothing when it cannot be read.
+std::vector<BYTE> SecurityOf(const std::string& path, SECURITY_INFORMATION part) {
+    DWORD size = 0;
+    GetFileSecurityA(path.c_str(), part, nullptr, 0, &size);
+    std::vector<BYTE> descriptor(size);
+    if (size == 0 || !GetFileSecurityA(path.c_str(), part, descriptor.data(), size, &size)) {
+        return {};
+    }
+    return descriptor;
+}
+
+PSID OwnerIn(std::vector<BYTE>& descriptor) {
+    PSID owner = nullptr;
+    BOOL defaulted = FALSE;
+    if (!descriptor.empty()) GetSecurityDescriptorOwner(descriptor.data(), &owner, &defaulted);
+    return owner;
+}
 // A description that gives everything to the user of the calling thread, who owns what is made with
 // it, and nothing to anyone else, whatever the folder grants. In buffers of a fixed size: some
 // callers must not lose what they made because memory runs out here.
@@ -87,14 +104,18 @@ bool IsOwnedByUser(HANDLE file) noexcept {
            Identify(user) && EqualSid(owner, user.Sid());
 }
 
+bool CopyOwner(const std::string& from, const std::string& to) {
+    std::vector<BYTE> wanted = SecurityOf(from, OWNER_SECURITY_INFORMATION);
+    std::vector<BYTE> present = SecurityOf(to, OWNER_SECURITY_INFORMATION);
+    const PSID owner = OwnerIn(wanted);
+    const PSID presentOwner = OwnerIn(present);
+    if (owner == nullptr || presentOwner == nullptr || EqualSid(owner, presentOwner)) return true;
+    return SetFileSecurityA(to.c_str(), OWNER_SECURITY_INFORMATION, wanted.data()) != FALSE;
+}
+
 void CopyRights(const std::string& from, const std::string& to) {
-    DWORD size = 0;
-    GetFileSecurityA(from.c_str(), DACL_SECURITY_INFORMATION, nullptr, 0, &size);
-    std::vector<BYTE> rights(size);
-    if (size > 0 &&
-        GetFileSecurityA(from.c_str(), DACL_SECURITY_INFORMATION, rights.data(), size, &size)) {
-        SetFileSecurityA(to.c_str(), DACL_SECURITY_INFORMATION, rights.data());
-    }
+    std::vector<BYTE> rights = SecurityOf(from, DACL_SECURITY_INFORMATION);
+    if (!rights.empty()) SetFileSecurityA(to.c_str(), DACL_SECURITY_INFORMATION, rights.data());
 }
 
 }  // namespace depot

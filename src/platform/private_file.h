@@ -19,6 +19,9 @@ UniqueHandle CreatePrivateFile(const std::string& path, DWORD access, DWORD shar
 // Tells whether the user of the calling thread owns the file. Nobody can make a file that belongs
 // to somebody else. A file system that keeps no owners says no.
 bool IsOwnedByUser(HANDLE file) noexcept;
+// Gives a file the owner of another one. Returns false when the system refuses it, which takes a
+// privilege where the owner is another user; a file system without owners refuses nothing.
+bool CopyOwner(const std::string& from, const std::string& to);
 
 // Gives a file the access list of another one, as far as both can be reached.
 void CopyRights(const std::string& from, const std::string& to);

@@ -5,10 +5,12 @@
 #include <vector>
 
 #include "platform/code_page.h"
+#include "platform/file_in_use.h"
 #include "platform/handles.h"
 #include "platform/local_file.h"
+#include "platform/paths.h"
 #include "platform/private_file.h"
-#include "platform/win32.h"
+#include "platform/same_file.h"
 
 namespace depot {
 namespace {
@@ -18,7 +20,7 @@ constexpr DWORD kMaxNames = 64;
 
 struct Contents {
     const void* bytes;
-    std::uint32_t length;
+    DWORD length;
 };
 
 bool WriteAll(HANDLE file, const Contents& contents) {
@@ -57,7 +59,7 @@ public:
     }
     ~FileBeside() {
         file_.reset();
-        if (exists_) DeleteFileA(path_.c_str());
+        if (exists_) DeleteOwnFile(path_);
     }
     FileBeside(const FileBeside&) = delete;
     FileBeside& operator=(const FileBeside&) = delete;
@@ -67,14 +69,36 @@ public:
     bool Write(const Contents& contents) {
         // What only the system's memory holds would be lost with the old file in a power cut.
         const bool written = WriteAll(file_.get(), contents) && FlushFileBuffers(file_.get());
+        const DWORD error = GetLastError();
         file_.reset();
+        SetLastError(error);
         return written;
     }
 
+    bool CopyFrom(const std::string& source) {
+        file_.reset();
+        if (!CopyFileA(source.c_str(), path_.c_str(), FALSE)) return false;
+        // The exchange takes no read-only file.
+        SetFileAttributesA(path_.c_str(), FILE_ATTRIBUTE_NORMAL);
+        return FlushLocalFile(path_);
+    }
+
+    // Takes the place only with everything that belongs to the file there.
     bool TakePlaceOf(const std::string& path) {
+        if (!CopyOwner(path, path_)) return false;
         CopyRights(path, path_);
-        exists_ = !MoveFileExA(path_.c_str(), path.c_str(), MOVEFILE_REPLACE_EXISTING);
-        return !exists_;
+        const std::string old = StripExtension(path_) + ".old";
+        if (GetFileAttributesA(old.c_str()) != INVALID_FILE_ATTRIBUTES) return false;
+        if (ReplaceFileA(path.c_str(), path_.c_str(), old.c_str(), 0, nullptr, nullptr)) {
+            exists_ = false;
+            DeleteOwnFile(old);
+            return true;
+        }
+        const DWORD error = GetLastError();
+        // The system may stop between its two renames.
+        MoveFileExA(old.c_str(), path.c_str(), 0);
+        SetLastError(error);
+        return false;
     }
 
 private:
@@ -88,55 +112,107 @@ bool WriteOver(HANDLE file, const Contents& contents) {
            SetEndOfFile(file);
 }
 
-// Writes over the file, and puts back what it held when that fails: that needs no more room.
-bool OverwriteInPlace(const std::string& path, const Contents& contents) {
-    const auto old = ReadLocalFile(path);
-    if (!old) return false;
-    constexpr DWORD kShared = FILE_SHARE_READ | FILE_SHARE_WRITE;
-    const UniqueHandle file = OwnFile(CreateFileA(path.c_str(), GENERIC_WRITE, kShared, nullptr,
-                                                  OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
-    if (!file) return false;
-    if (WriteOver(file.get(), contents)) {
-        SetFileAttributesA(path.c_str(), FILE_ATTRIBUTE_NORMAL);
-        return true;
-    }
-    WriteOver(file.get(), {old->data(), static_cast<std::uint32_t>(old->size())});
-    return false;
+// Files whose place another one can take: a folder and a read-only file are refused, and of a link
+// the file that it leads to is meant.
+bool IsOrdinary(DWORD attributes) {
+    constexpr DWORD kOthers =
+        FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_REPARSE_POINT;
+    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & kOthers) == 0;
+}
+
+// Tries again where somebody else has the file. The new bytes stay beside it meanwhile.
+bool Exchange(FileBeside* beside, const std::string& path, const Contents& contents) {
+    return RetryWhileInUse(FileUse::kShared, [&] {
+        return (beside != nullptr && beside->TakePlaceOf(path)) ||
+               WriteOverLocalFile(path, contents.bytes, contents.length);
+    });
 }
 
 bool ReplaceExisting(const std::string& path, const Contents& contents) {
     const DWORD attributes = GetFileAttributesA(path.c_str());
     constexpr DWORD kRefused = FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_READONLY;
     if (attributes == INVALID_FILE_ATTRIBUTES || (attributes & kRefused) != 0) return false;
-    // The file that a link leads to is meant, not the link.
-    if ((attributes & FILE_ATTRIBUTE_REPARSE_POINT) == 0) {
+    bool replaced = false;
+    if (IsOrdinary(attributes)) {
         FileBeside beside(path);
         // A disk that fails, or is full, is no place to write over a file.
         if (beside.Exists() && !beside.Write(contents)) return false;
-        if (beside.Exists() && beside.TakePlaceOf(path)) return true;
+        replaced = Exchange(beside.Exists() ? &beside : nullptr, path, contents);
+    } else {
+        replaced = Exchange(nullptr, path, contents);
     }
-    return OverwriteInPlace(path, contents);
+    if (replaced) SetFileAttributesA(path.c_str(), FILE_ATTRIBUTE_NORMAL);
+    return replaced;
+}
+
+// Copies onto an ordinary file. Returns nothing where only the system can do it.
+std::optional<bool> CopyOntoFile(const std::string& source, const std::string& path) {
+    if (!IsOrdinary(GetFileAttributesA(path.c_str())) || IsSameFile(source, path)) return {};
+    FileBeside beside(path);
+    if (!beside.Exists()) return {};
+    if (!beside.CopyFrom(source)) return false;
+    if (!beside.TakePlaceOf(path)) return {};
+    const DWORD attributes = GetFileAttributesA(source.c_str());
+    if (attributes != INVALID_FILE_ATTRIBUTES) SetFileAttributesA(path.c_str(), attributes);
+    return true;
 }
 
 }  // namespace
 
-FileCreation CreateLocalFile(const std::string& path, const void* bytes, std::uint32_t length) {
+FileCreation CreateLocalFile(const std::string& path, const void* bytes, std::uint32_t length,
+                             Flush flush) {
     UniqueHandle file = CreateNew(path);
     if (!file) {
         const DWORD error = GetLastError();
         const bool exists = error == ERROR_FILE_EXISTS || error == ERROR_ALREADY_EXISTS;
         return exists ? FileCreation::kExists : FileCreation::kFailed;
     }
-    const bool written = WriteAll(file.get(), {bytes, length});
+    const bool written = WriteAll(file.get(), {bytes, length}) &&
+                         (flush == Flush::kLater || FlushFileBuffers(file.get()));
     file.reset();
-    if (!written) DeleteFileA(path.c_str());
+    if (!written) DeleteOwnFile(path);
     return written ? FileCreation::kDone : FileCreation::kFailed;
 }
 
-bool ReplaceLocalFile(const std::string& path, const void* bytes, std::uint32_t length) {
-    const FileCreation creation = CreateLocalFile(path, bytes, length);
+bool ReplaceLocalFile(const std::string& path, const void* bytes, std::uint32_t length,
+                      Flush flush) {
+    const FileCreation creation = CreateLocalFile(path, bytes, length, flush);
     if (creation == FileCreation::kExists) return ReplaceExisting(path, {bytes, length});
     return creation == FileCreation::kDone;
+}
+
+bool CopyLocalFile(const std::string& source, const std::string& path, bool failIfExists,
+                   Flush flush) {
+    std::optional<bool> copied;
+    if (!failIfExists) copied = CopyOntoFile(source, path);
+    if (!copied) copied = CopyFileA(source.c_str(), path.c_str(), failIfExists) != FALSE;
+    return *copied && (flush == Flush::kLater || FlushLocalFile(path));
+}
+
+bool WriteOverLocalFile(const std::string& path, const void* bytes, std::size_t length) {
+    constexpr DWORD kShared = FILE_SHARE_READ | FILE_SHARE_WRITE;
+    const UniqueHandle file =
+        OwnFile(CreateFileA(path.c_str(), GENERIC_READ | GENERIC_WRITE, kShared, nullptr,
+                            OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+    return file && WriteOverOpenFile(file.get(), bytes, length);
+}
+
+bool WriteOverOpenFile(HANDLE file, const void* bytes, std::size_t length) {
+    const auto old = ReadOpenFile(file);
+    if (!old) return false;
+    if (WriteOver(file, {bytes, static_cast<DWORD>(length)}) && FlushFileBuffers(file)) return true;
+    const DWORD error = GetLastError();
+    // That needs no more room than there was.
+    WriteOver(file, {old->data(), static_cast<DWORD>(old->size())});
+    SetLastError(error);
+    return false;
+}
+
+bool FlushLocalFile(const std::string& path) {
+    constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+    const UniqueHandle file = OwnFile(CreateFileA(path.c_str(), GENERIC_WRITE, kShareAll, nullptr,
+                                                  OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+    return !file || FlushFileBuffers(file.get());
 }
 
 }  // namespace depot

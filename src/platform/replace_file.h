@@ -1,26 +1,52 @@
 // Writing whole files without ever losing what was there.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
+
+#include "platform/win32.h"
 
 namespace depot {
 
 enum class FileCreation { kDone, kExists, kFailed };
 
+// When a new file's bytes have to be on the disk itself: a copy whose source goes survives a power
+// cut only there.
+enum class Flush { kLater, kNow };
+
 // Writes the bytes to a new file with normal attributes; one that exists stays. A file that could
 // be created but not filled is removed again.
-FileCreation CreateLocalFile(const std::string& path, const void* bytes, std::uint32_t length);
+FileCreation CreateLocalFile(const std::string& path, const void* bytes, std::uint32_t length,
+                             Flush flush = Flush::kLater);
 
 // Gives the file these bytes and normal attributes; one that does not exist is created. Returns
 // whether all of them were written. When they could not be, because there is no room, the disk
-// fails, or others keep the file, it is as it was before, or still missing. Read-only files and
-// folders are refused.
+// fails, or others keep the file for more than three seconds, it is as it was before, or still
+// missing. Read-only files and folders are refused.
 //
 // The bytes are first written to a new file in the same folder, which then takes the old one's
-// place at once, with its rights: a process that ends half-way leaves the old file, and the new one
-// as "lda????.tmp". Only where the system refuses a second file or the exchange is the old one
-// written over, and put back when that fails.
-bool ReplaceLocalFile(const std::string& path, const void* bytes, std::uint32_t length);
+// place with all that belongs to the old one: its owner, access list, named streams, encryption. A
+// process that ends half-way leaves the old file, and the new one as "lda????.tmp". Only where the
+// system refuses a second file, or an exchange that loses nothing of this, is the old one written
+// over, and put back when that fails. Bytes that replace others are always flushed.
+bool ReplaceLocalFile(const std::string& path, const void* bytes, std::uint32_t length,
+                      Flush flush = Flush::kLater);
+
+// Copies a file as CopyFileA does, but onto an ordinary file in the way of ReplaceLocalFile.
+// Returns whether it was copied, and leaves the system's last error.
+bool CopyLocalFile(const std::string& source, const std::string& path, bool failIfExists,
+                   Flush flush = Flush::kLater);
+
+// Writes over an existing file without making another, and puts back what it held when that fails.
+// Returns whether it holds the bytes now; the last error is that of the failure.
+bool WriteOverLocalFile(const std::string& path, const void* bytes, std::size_t length);
+
+// The same for a file that is open for reading and writing.
+bool WriteOverOpenFile(HANDLE file, const void* bytes, std::size_t length);
+
+// Has the system write what it holds of the file to the disk. Returns false when the disk fails; a
+// file that cannot be opened for writing is left to the system.
+bool FlushLocalFile(const std::string& path);
 
 }  // namespace depot

@@ -3,6 +3,7 @@
 #include "platform/handles.h"
 #include "support/box_log.h"
 #include "support/current_folder.h"
+#include "support/import_patch.h"
 
 namespace depot::test {
 namespace {
@@ -361,6 +362,41 @@ TEST_F(MyDepotTest, ProfileIsPublishedBesideItself) {
     EXPECT_EQ(S_OK, api_->DPPublishSkesDepFiles(session_));
     EXPECT_EQ("1", FileBytes(root_ + "c.cfg"));
     EXPECT_EQ(Wide(root_) + L"c.cfg", Read(session_, L"Clients", L"C1"));
+}
+
+decltype(&WriteFile) realWrite = nullptr;
+int writesLeft = 0;
+
+// The write that fails takes half of its bytes.
+BOOL WINAPI FillDisk(HANDLE file, LPCVOID bytes, DWORD length, LPDWORD written, OVERLAPPED* other) {
+    if (writesLeft-- != 0) return realWrite(file, bytes, length, written, other);
+    realWrite(file, bytes, length / 2, written, other);
+    SetLastError(ERROR_DISK_FULL);
+    return FALSE;
+}
+
+TEST_F(FileMethodsTest, CopyToALocalFileThatDoesNotFitLeavesTheOldOne) {
+    Make("Work\\a.kra", "much longer than what was there before");
+    const std::string target = Make("old.kra", "old");
+    const ImportPatch<decltype(&WriteFile)> writing("WriteFile", &FillDisk,
+                                                    Library::Own().Module());
+    ASSERT_TRUE(writing.IsInPlace());
+    realWrite = writing.Genuine();
+    writesLeft = 0;
+    EXPECT_EQ(S_FALSE, CopyOut("<Work>\\a.kra", target, VARIANT_FALSE));
+    EXPECT_EQ(-2, writesLeft);
+    EXPECT_EQ("old", FileBytes(target));
+}
+
+TEST_F(FileMethodsTest, CopyToALocalFileKeepsWhatBelongsToTheOldOne) {
+    Make("Work\\a.kra", "new");
+    const std::string target = Make("old.kra", "old text");
+    const std::string other = folder_.At("other.kra");
+    ASSERT_TRUE(CreateHardLinkA(other.c_str(), target.c_str(), nullptr));
+    SetFileAttributesA(target.c_str(), FILE_ATTRIBUTE_HIDDEN);
+    EXPECT_EQ(S_OK, CopyOut("<Work>\\a.kra", target, VARIANT_FALSE));
+    EXPECT_EQ("new", FileBytes(other));
+    EXPECT_NE(0u, GetFileAttributesA(target.c_str()) & FILE_ATTRIBUTE_HIDDEN);
 }
 
 class DirectoryAloneTest : public ComponentTest {};

@@ -2,9 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <thread>
+
 #include "config/file_types.h"
 #include "platform/handles.h"
 #include "support/failing_memory.h"
+#include "support/full_disk.h"
 #include "support/random_text.h"
 #include "support/scratch.h"
 
@@ -315,6 +318,7 @@ TEST_F(ReadWholeFileTest, WhatCannotBeOpenedIsEmpty) {
 
 TEST_F(ReadWholeFileTest, AFileThatAnyoneElseHoldsOpenIsEmpty) {
     folder_.MakeFile("a.kra", "text");
+    const test::NoPauses pauses;
     for (const int sharing : {0, FILE_SHARE_READ, FILE_SHARE_READ | FILE_SHARE_WRITE}) {
         SCOPED_TRACE(sharing);
         const UniqueHandle holder = Hold(static_cast<DWORD>(sharing));
@@ -322,6 +326,17 @@ TEST_F(ReadWholeFileTest, AFileThatAnyoneElseHoldsOpenIsEmpty) {
         EXPECT_EQ("", ReadWholeFile(file_));
     }
     EXPECT_EQ("text", ReadWholeFile(file_));
+}
+
+TEST_F(ReadWholeFileTest, AFileThatAnyoneElseHoldsForAMomentIsRead) {
+    folder_.MakeFile("a.kra", "text");
+    UniqueHandle holder = Hold(FILE_SHARE_READ);
+    std::thread release([&] {
+        Sleep(300);
+        holder.reset();
+    });
+    EXPECT_EQ("text", ReadWholeFile(file_));
+    release.join();
 }
 
 TEST_F(ReadWholeFileTest, AFileOfFiftyMegabytesIsReadWhole) {

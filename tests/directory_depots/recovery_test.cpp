@@ -1,9 +1,11 @@
 #include "model/recovered_files.h"
 
+#include <thread>
+
 #include "directory_depots/depot_fixture.h"
 #include "platform/handles.h"
 #include "platform/paths.h"
-#include "support/import_patch.h"
+#include "support/full_disk.h"
 
 namespace depot {
 namespace {
@@ -53,6 +55,13 @@ protected:
         auto file = Load(name);
         file->WriteString("S", "K", "new");
         return file;
+    }
+
+    // Checks that one box says why, and names the path.
+    void ExpectTold(const std::string& path) {
+        ASSERT_THAT(boxes_.Texts(), SizeIs(1));
+        EXPECT_THAT(boxes_.Texts().front(), testing::HasSubstr("\"a.kra\""));
+        EXPECT_THAT(boxes_.Texts().front(), EndsWith("\n" + path));
     }
 };
 
@@ -114,33 +123,134 @@ TEST_F(RecoveryTest, SizeLimitOfTheServerLeavesTheBytesRecovered) {
     ExpectRecovered(large);
 }
 
-TEST_F(RecoveryTest, DeletedWorkingCopyHasTheEntrysBytesRecovered) {
+TEST_F(RecoveryTest, DeletedWorkingCopyLeavesTheEntry) {
     const auto file = LoadChanged();
-    ::DeleteFileA(file->localPath.c_str());
-    EXPECT_EQ(1, file->Release());
-    ExpectRecovered(kOld);
-    EXPECT_EQ(" ", Contents("a.kra"));
-}
-
-TEST_F(RecoveryTest, LockedWorkingCopyHasTheEntrysBytesRecovered) {
-    const auto file = LoadChanged();
-    {
-        const UniqueHandle lock(CreateFileA(file->localPath.c_str(), GENERIC_READ, 0, nullptr,
-                                            OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
-        ASSERT_TRUE(lock.get() != INVALID_HANDLE_VALUE);
-        EXPECT_EQ(1, file->Release());
-    }
-    ExpectRecovered(kOld);
-    EXPECT_EQ(" ", Contents("a.kra"));
-}
-
-TEST_F(RecoveryTest, UnreadableWorkingCopyLeavesTheEntryWhenItsBytesCannotBeRead) {
-    const auto file = LoadChanged();
-    ::DeleteFileA(file->localPath.c_str());
-    Directory().Client().ldap_search_s = &FailSearch;
+    const std::string localPath = file->localPath;
+    ::DeleteFileA(localPath.c_str());
+    const test::NoPauses pauses;
+    server_.Mark();
     EXPECT_EQ(0, file->Release());
+    // What is gone does not come back.
+    EXPECT_EQ(0, pauses.Count());
+    EXPECT_EQ("", server_.Log());
     EXPECT_EQ(kOld, Contents("a.kra"));
     EXPECT_THAT(RecoveredFiles(), IsEmpty());
+    ExpectTold(localPath);
+}
+
+TEST_F(RecoveryTest, WorkingCopyThatAWriteMakesAnewIsRecoveredAndLeavesTheEntry) {
+    server_.AddFile("b.kra", base_, "[S]\r\nK=old\r\nL=keep\r\n");
+    const auto file = Load("b.kra");
+    ::DeleteFileA(file->localPath.c_str());
+    file->WriteString("S", "K", "new");
+    EXPECT_EQ("new", file->ReadString("S", "K", "", 100));
+    EXPECT_EQ(0, file->Release());
+    ExpectRecovered(kNew);
+    EXPECT_EQ("[S]\r\nK=old\r\nL=keep\r\n", Contents("b.kra"));
+}
+
+// Somebody who holds a file as scanners do.
+class Holder {
+public:
+    explicit Holder(const std::string& path)
+        : file_(CreateFileA(path.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING,
+                            FILE_ATTRIBUTE_NORMAL, nullptr)) {
+        EXPECT_TRUE(file_.get() != INVALID_HANDLE_VALUE);
+    }
+    void LetGoAfter(DWORD milliseconds) {
+        thread_ = std::thread([this, milliseconds] {
+            Sleep(milliseconds);
+            file_.reset();
+        });
+    }
+    ~Holder() {
+        if (thread_.joinable()) thread_.join();
+    }
+    Holder(const Holder&) = delete;
+    Holder& operator=(const Holder&) = delete;
+
+private:
+    UniqueHandle file_;
+    std::thread thread_;
+};
+
+TEST_F(RecoveryTest, WorkingCopyHeldForAMomentIsStored) {
+    const auto file = LoadChanged();
+    const std::string localPath = file->localPath;
+    Holder holder(localPath);
+    holder.LetGoAfter(1500);
+    EXPECT_EQ(1, file->Release());
+    EXPECT_EQ(kNew, Contents("a.kra"));
+    EXPECT_FALSE(test::Exists(localPath));
+    EXPECT_THAT(RecoveredFiles(), IsEmpty());
+    EXPECT_THAT(boxes_.Boxes(), IsEmpty());
+}
+
+TEST_F(RecoveryTest, WorkingCopyHeldForGoodStaysAndLeavesTheEntry) {
+    const auto file = LoadChanged();
+    const std::string localPath = file->localPath;
+    {
+        const Holder holder(localPath);
+        const test::NoPauses pauses;
+        server_.Mark();
+        EXPECT_EQ(0, file->Release());
+        EXPECT_EQ(3000, (pauses.Count() + 1) * 50);
+        EXPECT_EQ("", server_.Log());
+    }
+    EXPECT_EQ(kOld, Contents("a.kra"));
+    EXPECT_EQ(kNew, FileBytes(localPath));
+    EXPECT_THAT(RecoveredFiles(), IsEmpty());
+    ExpectTold(localPath);
+}
+
+TEST_F(RecoveryTest, UnchangedWorkingCopyHeldForAMomentIsDeleted) {
+    const auto file = Load();
+    const std::string localPath = file->localPath;
+    Holder holder(localPath);
+    holder.LetGoAfter(300);
+    EXPECT_EQ(1, file->Release());
+    EXPECT_FALSE(test::Exists(localPath));
+}
+
+TEST_F(RecoveryTest, WriteToAWorkingCopyHeldForAMomentIsStored) {
+    const auto file = Load();
+    {
+        Holder holder(file->localPath);
+        holder.LetGoAfter(300);
+        file->WriteString("S", "K", "new");
+    }
+    EXPECT_EQ(1, file->Release());
+    EXPECT_EQ(kNew, Contents("a.kra"));
+}
+
+TEST_F(RecoveryTest, WritesToAWorkingCopyHeldForGoodWaitOnceAndAreRecovered) {
+    const auto file = Load();
+    {
+        const Holder holder(file->localPath);
+        const test::NoPauses pauses;
+        for (const char* value : {"one", "two", "new"}) file->WriteString("S", "K", value);
+        EXPECT_EQ(3000, (pauses.Count() + 1) * 50);
+    }
+    EXPECT_EQ(0, file->Release());
+    ExpectRecovered(kNew);
+    EXPECT_EQ(kOld, Contents("a.kra"));
+}
+
+int refusedCreations = 0;
+decltype(&_lcreat) realCreat = nullptr;
+
+HFILE WINAPI RefuseFirstCreations(LPCSTR path, int attributes) {
+    if (refusedCreations-- <= 0) return realCreat(path, attributes);
+    SetLastError(ERROR_SHARING_VIOLATION);
+    return HFILE_ERROR;
+}
+
+TEST_F(RecoveryTest, NewWorkingCopyThatIsLookedAtAtOnceIsFetched) {
+    const test::ImportPatch<decltype(&_lcreat)> creation("_lcreat", &RefuseFirstCreations);
+    ASSERT_TRUE(creation.IsInPlace());
+    realCreat = creation.Genuine();
+    refusedCreations = 3;
+    EXPECT_EQ("old", Load()->ReadString("S", "K", "", 100));
 }
 
 TEST_F(RecoveryTest, FailedFetchHasTheEntrysBytesRecoveredBeforeTheyAreReplaced) {
@@ -219,6 +329,23 @@ BOOL WINAPI WriteNothing(HANDLE, const void*, DWORD, DWORD* written, OVERLAPPED*
     *written = 0;
     SetLastError(ERROR_DISK_FULL);
     return FALSE;
+}
+
+BOOL WINAPI FailToFlush(HANDLE) {
+    SetLastError(ERROR_DISK_FULL);
+    return FALSE;
+}
+
+TEST_F(RecoveryTest, BytesThatDoNotReachTheDiskLeaveTheWorkingCopy) {
+    const auto file = LoadChanged();
+    const std::string localPath = file->localPath;
+    const test::ImportPatch<decltype(&FlushFileBuffers)> flush("FlushFileBuffers", &FailToFlush);
+    ASSERT_TRUE(flush.IsInPlace());
+    server_.Stop();
+    EXPECT_EQ(0, file->Release());
+    server_.Continue();
+    EXPECT_THAT(RecoveredFiles(), IsEmpty());
+    EXPECT_EQ(kNew, FileBytes(localPath));
 }
 
 TEST_F(RecoveryTest, BytesThatDoNotFitTheDiskLeaveNoFile) {

@@ -46,6 +46,11 @@ UINT WINAPI ReadNumber(LPCSTR section, LPCSTR key, INT defaultNumber, LPCSTR fil
     return static_cast<UINT>(defaultNumber);
 }
 
+// What waits for a file that never comes free would take three seconds for each fault.
+void WINAPI Pause(DWORD milliseconds) {
+    real<&Sleep>(IsWatched() ? 0 : milliseconds);
+}
+
 }  // namespace
 
 FARPROC FileStandIn(const char* name, FARPROC genuine) {
@@ -53,6 +58,7 @@ FARPROC FileStandIn(const char* name, FARPROC genuine) {
     DEPOT_STAND_IN(_lwrite, WriteToLegacyFile)
     DEPOT_STAND_IN(GetPrivateProfileStringA, ReadText)
     DEPOT_STAND_IN(GetPrivateProfileIntA, ReadNumber)
+    DEPOT_STAND_IN(Sleep, Pause)
     return nullptr;
 }
 

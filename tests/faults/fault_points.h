@@ -20,6 +20,9 @@
     FAULT(kFile, CopyFileA, FALSE, ERROR_DISK_FULL)                                  \
     FAULT(kFile, DeleteFileA, FALSE, ERROR_SHARING_VIOLATION)                        \
     FAULT(kFile, MoveFileExA, FALSE, ERROR_SHARING_VIOLATION)                        \
+    FAULT(kFile, ReplaceFileA, FALSE, ERROR_SHARING_VIOLATION)                       \
+    FAULT(kFile, FlushFileBuffers, FALSE, ERROR_DISK_FULL)                           \
+    FAULT(kFile, GetDiskFreeSpaceExA, FALSE, ERROR_ACCESS_DENIED)                    \
     FAULT(kFile, CreateDirectoryA, FALSE, ERROR_ACCESS_DENIED)                       \
     FAULT(kFile, RemoveDirectoryA, FALSE, ERROR_ACCESS_DENIED)                       \
     TAKES(kFile, FindFirstFileA, INVALID_HANDLE_VALUE, ERROR_ACCESS_DENIED, kSearch) \

@@ -8,8 +8,10 @@
 #include "support/box_log.h"
 #include "support/current_folder.h"
 #include "support/import_patch.h"
+#include "support/full_disk.h"
 #include "support/random_text.h"
 #include "support/unix_path.h"
+#include "support/working_files.h"
 
 namespace depot {
 namespace {
@@ -347,6 +349,53 @@ TEST_F(CurrentFileTest, ReleasingAFileInAFolderLeavesItAsItIs) {
     const std::string bytes = test::FileBytes(file_.localPath);
     file_.Release();
     EXPECT_EQ(bytes, test::FileBytes(file_.localPath));
+}
+
+constexpr char kProfile[] = "[S]\r\nA=1\r\nK=old\r\nZ=26\r\n";
+
+TEST_F(DepotFileContextTest, FileThatAFullDiskCutsGetsBackWhatItHeld) {
+    const std::string path = world_.folder.MakeFile("w\\a.kra", kProfile);
+    const test::BoxLog boxes;
+    DepotFileContext file("<Work>\\a.kra", world_.depots);
+    for (const auto answer : {test::CutWrite::kFails, test::CutWrite::kSucceeds}) {
+        const test::FullDisk full(path, answer);
+        file.WriteString("S", "K", "new");
+        EXPECT_EQ(kProfile, test::FileBytes(path));
+    }
+    EXPECT_EQ(1, file.Release());
+    EXPECT_TRUE(boxes.Boxes().empty());
+}
+
+// Lets the bytes of recovered files through.
+decltype(&WriteFile) realWrite = nullptr;
+int refusedWrites = 0;
+
+BOOL WINAPI RefuseFirstWrites(HANDLE file, LPCVOID bytes, DWORD length, LPDWORD written,
+                              OVERLAPPED* overlapped) {
+    if (refusedWrites-- <= 0) return realWrite(file, bytes, length, written, overlapped);
+    SetLastError(ERROR_DISK_FULL);
+    return FALSE;
+}
+
+TEST_F(DepotFileContextTest, BytesOfACutFileThatCannotBePutBackAreRecovered) {
+    const std::string path = world_.folder.MakeFile("w\\a.kra", kProfile);
+    const test::CleanWorkingFiles clean;
+    const test::BoxLog boxes;
+    DepotFileContext file("<Work>\\a.kra", world_.depots);
+    {
+        const test::FullDisk full(path, test::CutWrite::kFails);
+        const test::ImportPatch<decltype(&WriteFile)> writing("WriteFile", &RefuseFirstWrites);
+        ASSERT_TRUE(writing.IsInPlace());
+        realWrite = writing.Genuine();
+        refusedWrites = 2;
+        file.WriteString("S", "K", "new");
+    }
+    ASSERT_EQ(1u, test::RecoveredFiles().size());
+    const std::string kept = test::RecoveredFiles().front();
+    EXPECT_EQ(kProfile, test::FileBytes(kept));
+    ASSERT_EQ(1u, boxes.Texts().size());
+    EXPECT_TRUE(boxes.Texts().front().starts_with(path + "\n"));
+    EXPECT_TRUE(boxes.Texts().front().ends_with("\n" + kept)) << boxes.Texts().front();
 }
 
 }  // namespace

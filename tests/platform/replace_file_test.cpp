@@ -2,11 +2,15 @@
 
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <set>
+#include <thread>
 
 #include "platform/private_file.h"
-#include "support/import_patch.h"
+#include "support/full_disk.h"
 #include "support/scratch.h"
+// After the Windows headers.
+#include <sddl.h>
 
 namespace depot {
 namespace {
@@ -17,7 +21,7 @@ using test::FileBytes;
 using CreateFileCall = HANDLE(WINAPI*)(LPCSTR, DWORD, DWORD, SECURITY_ATTRIBUTES*, DWORD, DWORD,
                                        HANDLE);
 using WriteFileCall = BOOL(WINAPI*)(HANDLE, LPCVOID, DWORD, DWORD*, OVERLAPPED*);
-using MoveFileCall = BOOL(WINAPI*)(LPCSTR, LPCSTR, DWORD);
+using ReplaceFileCall = BOOL(WINAPI*)(LPCSTR, LPCSTR, LPCSTR, DWORD, LPVOID, LPVOID);
 
 CreateFileCall realCreate = nullptr;
 WriteFileCall realWrite = nullptr;
@@ -41,9 +45,71 @@ BOOL WINAPI FillDisk(HANDLE file, LPCVOID bytes, DWORD length, DWORD* written,
     return FALSE;
 }
 
-BOOL WINAPI RefuseMove(LPCSTR, LPCSTR, DWORD) {
+BOOL WINAPI RefuseExchange(LPCSTR, LPCSTR, LPCSTR, DWORD, LPVOID, LPVOID) {
     SetLastError(ERROR_ACCESS_DENIED);
     return FALSE;
+}
+
+// Leaves the old file under its other name, as the system does where its second rename fails.
+BOOL WINAPI StopHalfWay(LPCSTR path, LPCSTR, LPCSTR old, DWORD, LPVOID, LPVOID) {
+    MoveFileA(path, old);
+    SetLastError(ERROR_UNABLE_TO_MOVE_REPLACEMENT_2);
+    return FALSE;
+}
+
+ReplaceFileCall realExchange = nullptr;
+int exchanges = 0;
+
+// Everything that cannot be merged is to be a failure.
+BOOL WINAPI NoteExchange(LPCSTR path, LPCSTR replacement, LPCSTR old, DWORD flags, LPVOID exclude,
+                         LPVOID reserved) {
+    ++exchanges;
+    EXPECT_EQ(0u, flags);
+    return realExchange(path, replacement, old, flags, exclude, reserved);
+}
+
+int flushes = 0;
+decltype(&FlushFileBuffers) realFlush = nullptr;
+
+BOOL WINAPI NoteFlush(HANDLE file) {
+    ++flushes;
+    return realFlush(file);
+}
+
+BOOL WINAPI FailToFlush(HANDLE) {
+    SetLastError(ERROR_DISK_FULL);
+    return FALSE;
+}
+
+using GetSecurityCall = BOOL(WINAPI*)(LPCSTR, SECURITY_INFORMATION, PSECURITY_DESCRIPTOR, DWORD,
+                                      DWORD*);
+using SetSecurityCall = BOOL(WINAPI*)(LPCSTR, SECURITY_INFORMATION, PSECURITY_DESCRIPTOR);
+GetSecurityCall realGetSecurity = nullptr;
+SetSecurityCall realSetSecurity = nullptr;
+// The owner that the test's file has.
+constexpr char kOwner[] = "O:BA";
+std::string ownerWasGiven;
+bool ownerCanBeGiven = false;
+
+BOOL WINAPI AnswerOwner(LPCSTR path, SECURITY_INFORMATION part, PSECURITY_DESCRIPTOR descriptor,
+                        DWORD size, DWORD* needed) {
+    if (part != OWNER_SECURITY_INFORMATION || !std::string(path).ends_with("a.kra")) {
+        return realGetSecurity(path, part, descriptor, size, needed);
+    }
+    PSECURITY_DESCRIPTOR made = nullptr;
+    ULONG length = 0;
+    ConvertStringSecurityDescriptorToSecurityDescriptorA(kOwner, SDDL_REVISION_1, &made, &length);
+    *needed = length;
+    if (length <= size) std::memcpy(descriptor, made, length);
+    LocalFree(made);
+    return length <= size;
+}
+
+BOOL WINAPI GiveOwner(LPCSTR path, SECURITY_INFORMATION part, PSECURITY_DESCRIPTOR descriptor) {
+    if (part != OWNER_SECURITY_INFORMATION) return realSetSecurity(path, part, descriptor);
+    ownerWasGiven = path;
+    SetLastError(ERROR_INVALID_OWNER);
+    return ownerCanBeGiven;
 }
 
 class ReplaceFileTest : public testing::Test {
@@ -120,13 +186,124 @@ TEST_F(ReplaceFileTest, FoldersReadOnlyFilesAndImpossiblePlacesAreRefused) {
     EXPECT_EQ((std::set<std::string>{"a.kra", "folder"}), Names());
 }
 
-TEST_F(ReplaceFileTest, FileThatOthersOnlyReadWithoutSharingStays) {
+TEST_F(ReplaceFileTest, FileThatOthersHoldForGoodStays) {
     folder_.MakeFile("a.kra", "old");
     const HANDLE reader = CreateFileA(file_.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr,
                                       OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+    const test::NoPauses pauses;
     EXPECT_FALSE(Replace(file_, "x"));
+    EXPECT_EQ(3000, (pauses.Count() + 1) * 50);
     CloseHandle(reader);
     ExpectOnly("old");
+}
+
+TEST_F(ReplaceFileTest, FileThatOthersHoldForAMomentIsReplaced) {
+    folder_.MakeFile("a.kra", "old");
+    const HANDLE reader = CreateFileA(file_.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING,
+                                      FILE_ATTRIBUTE_NORMAL, nullptr);
+    std::thread release([reader] {
+        Sleep(300);
+        CloseHandle(reader);
+    });
+    EXPECT_TRUE(Replace(file_, "new"));
+    release.join();
+    ExpectOnly("new");
+}
+
+TEST_F(ReplaceFileTest, ExchangeKeepsWhatBelongsToTheOldFileOrFails) {
+    folder_.MakeFile("a.kra", "old");
+    const test::ImportPatch<ReplaceFileCall> noted("ReplaceFileA", &NoteExchange);
+    ASSERT_TRUE(noted.IsInPlace());
+    realExchange = noted.Genuine();
+    exchanges = 0;
+    EXPECT_TRUE(Replace(file_, "new"));
+    EXPECT_EQ(1, exchanges);
+    ExpectOnly("new");
+}
+
+TEST_F(ReplaceFileTest, ExchangeThatStopsHalfWayIsUndoneAndTheFileWrittenOver) {
+    folder_.MakeFile("a.kra", "much longer than afterwards");
+    const test::ImportPatch<ReplaceFileCall> stopped("ReplaceFileA", &StopHalfWay);
+    ASSERT_TRUE(stopped.IsInPlace());
+    EXPECT_TRUE(Replace(file_, "new"));
+    ExpectOnly("new");
+}
+
+TEST_F(ReplaceFileTest, FileOfAnotherOwnerKeepsItOrIsWrittenOver) {
+    const test::ImportPatch<GetSecurityCall> owner("GetFileSecurityA", &AnswerOwner);
+    const test::ImportPatch<SetSecurityCall> giving("SetFileSecurityA", &GiveOwner);
+    const test::ImportPatch<ReplaceFileCall> noted("ReplaceFileA", &NoteExchange);
+    ASSERT_TRUE(owner.IsInPlace() && giving.IsInPlace() && noted.IsInPlace());
+    realGetSecurity = owner.Genuine();
+    realSetSecurity = giving.Genuine();
+    realExchange = noted.Genuine();
+    for (const bool canBeGiven : {true, false}) {
+        folder_.MakeFile("a.kra", "old");
+        ownerCanBeGiven = canBeGiven;
+        exchanges = 0;
+        EXPECT_TRUE(Replace(file_, "new"));
+        EXPECT_TRUE(ownerWasGiven.ends_with(".tmp")) << ownerWasGiven;
+        EXPECT_EQ(canBeGiven ? 1 : 0, exchanges);
+        ExpectOnly("new");
+    }
+}
+
+TEST_F(ReplaceFileTest, NewFileIsFlushedWhereItsSourceGoes) {
+    const test::ImportPatch<decltype(&FlushFileBuffers)> noted("FlushFileBuffers", &NoteFlush);
+    ASSERT_TRUE(noted.IsInPlace());
+    realFlush = noted.Genuine();
+    flushes = 0;
+    EXPECT_EQ(FileCreation::kDone, CreateLocalFile(folder_.At("a"), "x", 1, Flush::kLater));
+    EXPECT_EQ(0, flushes);
+    EXPECT_EQ(FileCreation::kDone, CreateLocalFile(folder_.At("b"), "x", 1, Flush::kNow));
+    EXPECT_EQ(1, flushes);
+    EXPECT_TRUE(ReplaceLocalFile(folder_.At("c"), "x", 1, Flush::kNow));
+    EXPECT_EQ(2, flushes);
+    EXPECT_TRUE(CopyLocalFile(folder_.At("a"), folder_.At("d"), true, Flush::kLater));
+    EXPECT_EQ(2, flushes);
+    EXPECT_TRUE(CopyLocalFile(folder_.At("a"), folder_.At("e"), true, Flush::kNow));
+    EXPECT_EQ(3, flushes);
+}
+
+TEST_F(ReplaceFileTest, NewFileThatDoesNotReachTheDiskIsNoFile) {
+    const test::ImportPatch<decltype(&FlushFileBuffers)> failing("FlushFileBuffers", &FailToFlush);
+    ASSERT_TRUE(failing.IsInPlace());
+    EXPECT_EQ(FileCreation::kFailed, CreateLocalFile(file_, "x", 1, Flush::kNow));
+    EXPECT_FALSE(test::Exists(file_));
+}
+
+TEST_F(ReplaceFileTest, CopyOntoAnOrdinaryFileExchangesItAndTakesTheSourcesAttributes) {
+    folder_.MakeFile("source", "new");
+    SetFileAttributesA(folder_.At("source").c_str(), FILE_ATTRIBUTE_HIDDEN);
+    folder_.MakeFile("a.kra", "old");
+    const test::ImportPatch<ReplaceFileCall> noted("ReplaceFileA", &NoteExchange);
+    realExchange = noted.Genuine();
+    exchanges = 0;
+    EXPECT_FALSE(CopyLocalFile(folder_.At("source"), file_, true));
+    EXPECT_EQ(DWORD{ERROR_FILE_EXISTS}, GetLastError());
+    EXPECT_TRUE(CopyLocalFile(folder_.At("source"), file_, false));
+    EXPECT_EQ(1, exchanges);
+    EXPECT_EQ("new", FileBytes(file_));
+    EXPECT_NE(0u, GetFileAttributesA(file_.c_str()) & FILE_ATTRIBUTE_HIDDEN);
+    EXPECT_EQ((std::set<std::string>{"a.kra", "source"}), Names());
+}
+
+BOOL WINAPI CopyHalf(LPCSTR, LPCSTR path, BOOL) {
+    const HANDLE file = CreateFileA(path, GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr);
+    CloseHandle(file);
+    SetLastError(ERROR_DISK_FULL);
+    return FALSE;
+}
+
+TEST_F(ReplaceFileTest, CopyThatDoesNotFitLeavesTheOldFile) {
+    folder_.MakeFile("source", "new");
+    folder_.MakeFile("a.kra", "old");
+    const test::ImportPatch<decltype(&CopyFileA)> full("CopyFileA", &CopyHalf);
+    ASSERT_TRUE(full.IsInPlace());
+    EXPECT_FALSE(CopyLocalFile(folder_.At("source"), file_, false));
+    EXPECT_EQ(DWORD{ERROR_DISK_FULL}, GetLastError());
+    EXPECT_EQ("old", FileBytes(file_));
+    EXPECT_EQ((std::set<std::string>{"a.kra", "source"}), Names());
 }
 
 TEST_F(ReplaceFileTest, RightsOfTheOldFileStay) {
@@ -169,7 +346,7 @@ TEST_F(FullDiskTest, OldFileStaysAndANewOneIsRemoved) {
 
 TEST_F(FullDiskTest, FileThatIsWrittenOverIsPutBack) {
     folder_.MakeFile("a.kra", "old bytes");
-    const test::ImportPatch<MoveFileCall> refused("MoveFileExA", &RefuseMove);
+    const test::ImportPatch<ReplaceFileCall> refused("ReplaceFileA", &RefuseExchange);
     ASSERT_TRUE(refused.IsInPlace());
     for (const char* bytes : {"x", "much longer than before"}) {
         // The one beside it succeeds.
@@ -182,7 +359,7 @@ TEST_F(FullDiskTest, FileThatIsWrittenOverIsPutBack) {
 
 TEST_F(ReplaceFileTest, FileThatCannotBeExchangedIsWrittenOver) {
     folder_.MakeFile("a.kra", "much longer than afterwards");
-    const test::ImportPatch<MoveFileCall> refused("MoveFileExA", &RefuseMove);
+    const test::ImportPatch<ReplaceFileCall> refused("ReplaceFileA", &RefuseExchange);
     ASSERT_TRUE(refused.IsInPlace());
     EXPECT_TRUE(Replace(file_, "new"));
     ExpectOnly("new");

@@ -172,6 +172,13 @@ std::string DirectoryServer::CrowdedFolder(const std::string& prefix) {
     return path;
 }
 
+std::string DirectoryServer::SmallVolume() {
+    std::string path = Request("volume");
+    if (path.empty()) return path;
+    std::replace(path.begin(), path.end(), '/', '\\');
+    return "Z:" + path;
+}
+
 CDepotPath DirectoryServer::Location(const std::string& base) const {
     CDepotPath location(nullptr);
     location.type = kDirectoryLocation;

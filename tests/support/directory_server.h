@@ -74,6 +74,9 @@ public:
     // A folder in which no temporary file of that prefix can be made: all names are taken.
     std::string CrowdedFolder(const std::string& prefix);
 
+    // A new volume of 64 KB; empty where the system lets nobody have one.
+    std::string SmallVolume();
+
     // A record of a location with the editor's credentials.
     CDepotPath Location(const std::string& base = kSuffix) const;
 

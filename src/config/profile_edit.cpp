@@ -1,0 +1,82 @@
+#include "config/profile_edit.h"
+
+#include <string_view>
+
+#include "config/profile_file.h"
+#include "config/profile_text.h"
+#include "config/profile_value.h"
+#include "platform/file_in_use.h"
+#include "platform/local_file.h"
+#include "platform/paths.h"
+#include "platform/replace_file.h"
+
+namespace depot {
+namespace {
+
+using Bytes = std::vector<std::uint8_t>;
+
+// With more room than this no write cuts a file, and what the file held need not be remembered.
+constexpr ULONGLONG kAmpleRoom = 16 * 1024 * 1024;
+
+std::string_view TextOf(const Bytes& bytes) {
+    return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
+}
+
+bool HasAmpleRoom(const std::string& file) {
+    ULARGE_INTEGER room = {};
+    return GetDiskFreeSpaceExA(FolderPrefix(file).c_str(), &room, nullptr, nullptr) &&
+           room.QuadPart >= kAmpleRoom;
+}
+
+// Lines can be told apart only in text of one byte a letter.
+bool IsText(const Bytes& bytes) {
+    return TextOf(bytes).find('\0') == std::string_view::npos;
+}
+
+bool WasCut(const Bytes& before, const Bytes& after, const ProfileEdit& edit) {
+    return IsText(before) && LacksLines(TextOf(before), TextOf(after), edit.key);
+}
+
+// Whether the value stands in the text in the one way that can be looked for.
+bool HoldsValue(const Bytes& bytes, const ProfileEdit& edit) {
+    const bool isOneLine = edit.value && edit.value->find_first_of("\r\n") == std::string::npos &&
+                           edit.key.find_first_of("[=\r\n") == std::string::npos;
+    return !isOneLine || !IsText(bytes) ||
+           HasValueLine(TextOf(bytes), edit.key, QuoteProfileValue(*edit.value));
+}
+
+// Returns the error of the write.
+DWORD Write(const ProfileEdit& edit, const std::string& file) {
+    const char* const value = edit.value ? edit.value->c_str() : nullptr;
+    if (WriteProfileValue(edit.section.c_str(), edit.key.c_str(), value, file.c_str())) {
+        return ERROR_SUCCESS;
+    }
+    const DWORD error = GetLastError();
+    // There was nothing to remove.
+    const bool isDone = error == ERROR_FILE_NOT_FOUND && !edit.value;
+    if (isDone || error == kProfileTextTooLong) return ERROR_SUCCESS;
+    return error != ERROR_SUCCESS ? error : DWORD{ERROR_WRITE_FAULT};
+}
+
+}  // namespace
+
+EditOutcome EditProfile(const ProfileEdit& edit, const std::string& file) {
+    const bool hasRoom = HasAmpleRoom(file);
+    std::optional<Bytes> before;
+    if (!hasRoom) before = ReadLocalFile(file);
+    DWORD error = Write(edit, file);
+    if (error == ERROR_SUCCESS && hasRoom) return {};
+    const std::optional<Bytes> after = ReadLocalFile(file);
+    // Whoever had the file may have changed it; the system did not come to that.
+    const bool refused = IsInUse(FileUse::kOwn, error);
+    const bool cut = !refused && before && after && WasCut(*before, *after, edit);
+    if (error == ERROR_SUCCESS) {
+        if (!cut && (!after || HoldsValue(*after, edit))) return {};
+        error = ERROR_DISK_FULL;
+    }
+    // Where nothing is missing somebody else may have added something meanwhile.
+    if (!cut || WriteOverLocalFile(file, before->data(), before->size())) return {error, {}};
+    return {error, std::move(before)};
+}
+
+}  // namespace depot

@@ -1,0 +1,43 @@
+// Writing a value of a profile file so that a disk without room costs nothing that the file held.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/win32.h"
+
+namespace depot {
+
+// What a client wants a key to hold; no value deletes the key.
+struct ProfileEdit {
+    std::string section;
+    std::string key;
+    std::optional<std::string> value;
+};
+
+struct EditOutcome {
+    // Why the file does not hold the edit.
+    DWORD error = ERROR_SUCCESS;
+    // What the file held before, where it was cut and could not be put back.
+    std::optional<std::vector<std::uint8_t>> lost;
+};
+
+// Writes one value through the system's profile functions, which write the whole file again and cut
+// it where the disk is full; some systems call even that a success. A file that lost anything but
+// the old value is put back as it was.
+//
+// Texts that never reach the system (profile_file.h) are no failure of the file.
+EditOutcome EditProfile(const ProfileEdit& edit, const std::string& file);
+
+// What a client wrote to a working copy since the first write that the copy does not hold. Such a
+// copy is never whole again: what a later, successful write leaves still lacks the earlier one.
+struct RefusedEdits {
+    DWORD error = ERROR_SUCCESS;  // of the first one; without it there are none
+    std::vector<ProfileEdit> edits;
+    // What the copy last held whole, where the copy itself was cut.
+    std::optional<std::vector<std::uint8_t>> whole;
+};
+
+}  // namespace depot

@@ -1,0 +1,101 @@
+#include "config/profile_text.h"
+
+#include <string>
+
+#include "platform/text.h"
+
+namespace depot {
+namespace {
+
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+constexpr std::string_view kBlanks = " \t\v\f\r\n\x1A";
+
+std::string_view Trim(std::string_view text) {
+    const std::size_t first = text.find_first_not_of(kBlanks);
+    if (first == std::string_view::npos) return {};
+    return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
+}
+
+// A line as the system may write it: a section's name in brackets, or a name and a value.
+struct Line {
+    std::string_view name;
+    std::string_view value;
+
+    bool IsBlank() const { return name.empty() && value.empty(); }
+};
+
+Line ParseLine(std::string_view text) {
+    const std::string_view line = Trim(text);
+    // What follows a section's name is nothing.
+    if (line.starts_with('[')) return {line.substr(0, line.rfind(']')), {}};
+    const std::size_t sign = line.find('=');
+    if (sign == std::string_view::npos) return {line, {}};
+    return {Trim(line.substr(0, sign)), Trim(line.substr(sign + 1))};
+}
+
+// The lines of a text, one after the other.
+class Lines {
+public:
+    explicit Lines(std::string_view text) : rest_(text) {
+        if (rest_.starts_with(kByteOrderMark)) rest_.remove_prefix(kByteOrderMark.size());
+    }
+
+    bool Next(Line& line) {
+        if (rest_.empty()) return false;
+        const std::size_t end = rest_.find('\n');
+        line = ParseLine(rest_.substr(0, end));
+        rest_ = end == std::string_view::npos ? std::string_view() : rest_.substr(end + 1);
+        return true;
+    }
+
+private:
+    std::string_view rest_;
+};
+
+bool IsAscii(char letter) {
+    return static_cast<unsigned char>(letter) < 0x80;
+}
+
+bool EqualInAscii(std::string_view left, std::string_view right) {
+    auto a = left.begin();
+    auto b = right.begin();
+    for (;; ++a, ++b) {
+        while (a != left.end() && !IsAscii(*a)) ++a;
+        while (b != right.end() && !IsAscii(*b)) ++b;
+        if (a == left.end() || b == right.end()) return a == left.end() && b == right.end();
+        if (*a != *b) return false;
+    }
+}
+
+bool IsSameLine(const Line& left, const Line& right) {
+    return EqualInAscii(left.name, right.name) && EqualInAscii(left.value, right.value);
+}
+
+}  // namespace
+
+bool LacksLines(std::string_view before, std::string_view after, std::string_view key) {
+    const std::string name(Trim(key));
+    Lines left(after);
+    Lines wanted(before);
+    for (Line line; wanted.Next(line);) {
+        if (line.IsBlank() || EqualsNoCase(line.name, name)) continue;
+        Line present;
+        do {
+            if (!left.Next(present)) return true;
+        } while (!IsSameLine(line, present));
+    }
+    return false;
+}
+
+bool HasValueLine(std::string_view text, std::string_view key, std::string_view value) {
+    const Line wanted = {Trim(key), Trim(value)};
+    Lines lines(text);
+    for (Line line; lines.Next(line);) {
+        if (EqualsNoCase(line.name, wanted.name) && EqualInAscii(line.value, wanted.value)) {
+            return true;
+        }
+    }
+    return false;
+}
+
+}  // namespace depot
