@@ -1,6 +1,8 @@
 #include "config/profile_edit.h"
 
+#include <new>
 #include <string_view>
+#include <utility>
 
 #include "config/profile_file.h"
 #include "config/profile_text.h"
@@ -22,9 +24,9 @@ std::string_view TextOf(const Bytes& bytes) {
     return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
 }
 
-bool HasAmpleRoom(const std::string& file) {
+bool HasAmpleRoom(const std::string& folder) {
     ULARGE_INTEGER room = {};
-    return GetDiskFreeSpaceExA(FolderPrefix(file).c_str(), &room, nullptr, nullptr) &&
+    return GetDiskFreeSpaceExA(folder.c_str(), &room, nullptr, nullptr) &&
            room.QuadPart >= kAmpleRoom;
 }
 
@@ -58,25 +60,43 @@ DWORD Write(const ProfileEdit& edit, const std::string& file) {
     return error != ERROR_SUCCESS ? error : DWORD{ERROR_WRITE_FAULT};
 }
 
-}  // namespace
-
-EditOutcome EditProfile(const ProfileEdit& edit, const std::string& file) {
-    const bool hasRoom = HasAmpleRoom(file);
-    std::optional<Bytes> before;
-    if (!hasRoom) before = ReadLocalFile(file);
-    DWORD error = Write(edit, file);
-    if (error == ERROR_SUCCESS && hasRoom) return {};
-    const std::optional<Bytes> after = ReadLocalFile(file);
+// Returns whether the file lost what it held: where it cannot be looked at, a write that failed
+// half done is taken for one that cut it.
+bool IsCut(const std::optional<Bytes>& before, const std::optional<Bytes>& after,
+           const ProfileEdit& edit, DWORD error) {
     // Whoever had the file may have changed it; the system did not come to that.
-    const bool refused = IsInUse(FileUse::kOwn, error);
-    const bool cut = !refused && before && after && WasCut(*before, *after, edit);
+    if (!before || IsInUse(FileUse::kOwn, error)) return false;
+    return after ? WasCut(*before, *after, edit) : error != ERROR_SUCCESS;
+}
+
+// What became of the file by a write that returned `error`.
+EditOutcome Verify(const std::optional<Bytes>& before, const ProfileEdit& edit,
+                   const std::string& file, DWORD error) {
+    const std::optional<Bytes> after = ReadLocalFile(file);
+    const bool cut = IsCut(before, after, edit, error);
     if (error == ERROR_SUCCESS) {
         if (!cut && (!after || HoldsValue(*after, edit))) return {};
         error = ERROR_DISK_FULL;
     }
     // Where nothing is missing somebody else may have added something meanwhile.
     if (!cut || WriteOverLocalFile(file, before->data(), before->size())) return {error, {}};
-    return {error, std::move(before)};
+    return {error, before};
+}
+
+}  // namespace
+
+EditOutcome EditProfile(const ProfileEdit& edit, const std::string& file) {
+    const bool hasRoom = HasAmpleRoom(FolderPrefix(file));
+    std::optional<Bytes> before;
+    if (!hasRoom) before = ReadLocalFile(file);
+    const DWORD error = Write(edit, file);
+    if (error == ERROR_SUCCESS && hasRoom) return {};
+    try {
+        return Verify(before, edit, file, error);
+    } catch (const std::bad_alloc&) {
+        // Whatever the file holds now, its former bytes are the ones to keep.
+        return {ERROR_NOT_ENOUGH_MEMORY, std::move(before)};
+    }
 }
 
 }  // namespace depot

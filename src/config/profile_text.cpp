@@ -1,7 +1,5 @@
 #include "config/profile_text.h"
 
-#include <string>
-
 #include "platform/text.h"
 
 namespace depot {
@@ -74,7 +72,7 @@ bool IsSameLine(const Line& left, const Line& right) {
 }  // namespace
 
 bool LacksLines(std::string_view before, std::string_view after, std::string_view key) {
-    const std::string name(Trim(key));
+    const std::string_view name = Trim(key);
     Lines left(after);
     Lines wanted(before);
     for (Line line; wanted.Next(line);) {

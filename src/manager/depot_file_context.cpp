@@ -152,9 +152,13 @@ int DepotFileContext::Release() {
 }
 
 void DepotFileContext::KeepLocally() noexcept try {
-    if (!isWorkingCopy_ || !changed) return;
+    if (!isWorkingCopy_) return;
     isWorkingCopy_ = false;  // what cannot be kept elsewhere stays where it is
-    KeepWorkingCopy(localPath, NamePart(depotPath), recoveredFolder_);
+    if (changed) {
+        KeepWorkingCopy(localPath, NamePart(depotPath), recoveredFolder_, origin_.refused);
+    } else {
+        DropWorkingCopy(localPath);
+    }
 } catch (...) {
     return;
 }

@@ -289,8 +289,8 @@ private:
     void KeepWorkingCopy(const RefusedEdits& refused) {
         std::string kept;
         if (bytes_) {
-            kept = KeepRecoveredProfile(Name(), refused.whole ? *refused.whole : *bytes_,
-                                        refused.edits);
+            kept = KeepRecoveredProfile(RecoveredFolder(), Name(),
+                                        refused.whole ? *refused.whole : *bytes_, refused.edits);
         }
         mustStay_ = kept.empty() && PathMayExist(localPath_);
         // What is gone is named as well: its user has to know which edit it was.

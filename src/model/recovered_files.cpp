@@ -92,9 +92,10 @@ std::string KeepRecoveredIn(const std::string& folder, const std::string& name, 
     return {};
 }
 
-std::string KeepRecoveredProfile(const std::string& name, const std::vector<std::uint8_t>& bytes,
+std::string KeepRecoveredProfile(const std::string& folder, const std::string& name,
+                                 const std::vector<std::uint8_t>& bytes,
                                  const std::vector<ProfileEdit>& edits) {
-    const std::string path = KeepRecovered(name, bytes.data(), bytes.size());
+    const std::string path = KeepRecoveredIn(folder, name, bytes.data(), bytes.size());
     if (path.empty() || edits.empty()) return path;
     for (const ProfileEdit& edit : edits) EditProfile(edit, path);
     FlushLocalFile(path);

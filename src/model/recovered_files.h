@@ -26,9 +26,11 @@ std::string RecoveredFolder();
 // returned before.
 std::string KeepRecoveredIn(const std::string& folder, const std::string& name, const void* bytes,
                             std::size_t length);
+
 // Keeps a profile's bytes with edits that the profile itself could not take, as far as there is
 // room for them here.
-std::string KeepRecoveredProfile(const std::string& name, const std::vector<std::uint8_t>& bytes,
+std::string KeepRecoveredProfile(const std::string& folder, const std::string& name,
+                                 const std::vector<std::uint8_t>& bytes,
                                  const std::vector<ProfileEdit>& edits);
 
 }  // namespace depot
