@@ -4,8 +4,9 @@
 #pragma once
 
 // Names of copies of files.
-#define IDS_COPY_PREFIX_NAME 500  // %s: nothing; %s: the whole name. Text before the first %s is kept
-#define IDS_COPY_DASH_NAME 501    // %s: the name without its extension; %s: the extension
+#define IDS_COPY_PREFIX_NAME \
+    500                         // %s: nothing; %s: the whole name. Text before the first %s is kept
+#define IDS_COPY_DASH_NAME 501  // %s: the name without its extension; %s: the extension
 
 // The prompt for a user name and a password.
 #define IDS_CREDENTIALS_TITLE 520
@@ -43,16 +44,16 @@
 #define IDS_BROWSE_KICKOFF_FILE 562
 #define IDS_BROWSE_SESSION_FILE 563
 #define IDS_BROWSE_OTHER_FILE 564  // %s: the extension in capitals
-#define IDS_BROWSE_KILOBYTES 565  // %s: a number
+#define IDS_BROWSE_KILOBYTES 565   // %s: a number
 #define IDS_BROWSE_DEPOTS 566
 #define IDS_BROWSE_FILES 567
 #define IDS_BROWSE_EMPTY 568
 #define IDS_BROWSE_STOPPED 569
-#define IDS_BROWSE_NOT_FOUND 570  // %s: what was typed
-#define IDS_BROWSE_CANNOT_OPEN 571  // %s: the folder
-#define IDS_BROWSE_EXISTS 572  // %s: the name
-#define IDS_BROWSE_BAD_NAME 573  // %s: what was typed
-#define IDS_BROWSE_FAILED 574  // %s: the name of the file or folder
+#define IDS_BROWSE_NOT_FOUND 570               // %s: what was typed
+#define IDS_BROWSE_CANNOT_OPEN 571             // %s: the folder
+#define IDS_BROWSE_EXISTS 572                  // %s: the name
+#define IDS_BROWSE_BAD_NAME 573                // %s: what was typed
+#define IDS_BROWSE_FAILED 574                  // %s: the name of the file or folder
 #define IDS_BROWSE_CONFIRM_DELETE_SEVERAL 575  // %s: how many
 #define IDS_BROWSE_WORKING 576
 #define IDS_BROWSE_OUTSIDE 577  // %s: what was typed

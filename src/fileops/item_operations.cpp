@@ -105,8 +105,7 @@ int OperateOneByOne(const CDepotItems& items, const CDepotItem& target, UINT ope
             return DirectoryOf(target)->Fail(LDAP_ALREADY_EXISTS, errorText);
         }
         const bool ready = deletes || connections.Hold(target.depot, target.path, nullptr);
-        if (progress.IsStopped() || !ready ||
-            !connections.Hold(item.depot, item.path, nullptr) ||
+        if (progress.IsStopped() || !ready || !connections.Hold(item.depot, item.path, nullptr) ||
             ItemOperation(item, &target, operation, window, errorText, progress.Next()) == 0) {
             return 0;
         }
@@ -256,8 +255,8 @@ bool CollectEntry(const CDepotItem& item, ShellWork& work, std::string* errorTex
     std::string reason;
     FetchedEntry entry = {&item, {}};
     DirectoryOf(item)->SetLastError(LDAP_SUCCESS);
-    const std::string copy = CopyIntoFolder(item, work.temporaryFolders.Make(), fate, &reason,
-                                            watcher, entry.copied);
+    const std::string copy =
+        CopyIntoFolder(item, work.temporaryFolders.Make(), fate, &reason, watcher, entry.copied);
     if (!copy.empty()) {
         if (!work.items.Append(PlainItem(copy))) return false;
         work.copies.push_back(copy);
