@@ -63,7 +63,7 @@ std::uint32_t FetchTree(CLDAPItems& directory, const std::string& dn, const Ldap
         },
         [&](const TransferStep& step, TransferProgress& progress) {
             TransferRules fileRules = rules;
-            // A file that came since may be another one of the tree, by its short name.
+            // A file that came since may be another one of the tree, through a link in the target.
             const bool wasThere = localFiles[static_cast<std::size_t>(&step - plan.steps.data())];
             if (!wasThere) fileRules.existing = ExistingEntries::kRefuse;
             FileBuffer contents;

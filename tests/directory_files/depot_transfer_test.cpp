@@ -126,7 +126,7 @@ TEST_F(DepotTransferTest, RemovingEntriesStopsAtTheFirstThatResists) {
 }
 
 TEST_F(DepotTransferTest, EntriesWithNamesThatNoLocalFileCanHaveAreDeletedInLists) {
-    AddHostileEntries(AddTree("tree"));
+    server_.AddFile("CON", AddTree("tree"), "x");
     AddHostileEntries(base_);
     server_.AddFile("a.kra", base_, "1");
     Make("h\\a.kra", "1");

@@ -2,7 +2,6 @@
 
 #include "directory/local_listing.h"
 #include "directory_files/transfer_fixture.h"
-#include "platform/paths.h"
 #include "support/folder_link.h"
 
 namespace depot {
@@ -186,18 +185,14 @@ TEST_F(TransferTest, EntriesThatWouldBecomeOneLocalFileAreCopiedAndMovedNowhere)
     EXPECT_FALSE(Holds(DN("cn=copy")));
 }
 
-TEST_F(TransferTest, FileReplacesNoOtherOneOfItsTreeByItsShortName) {
-    const std::string longName = "a name that is not a short one.kra";
-    char shortPath[MAX_PATH] = {};
-    GetShortPathNameA(Make(longName, "").c_str(), shortPath, sizeof(shortPath));
-    const std::string shortName = NamePart(shortPath);
-    ASSERT_NE(longName, shortName);
-    server_.AddFolder("tree", base_);
-    server_.AddFile(longName, DN("cn=tree"), "long");
-    server_.AddFile(shortName, DN("cn=tree"), "short");
-    EXPECT_EQ(0, Download(Directory(), DN("cn=tree"), At("out"), &error_));
+TEST_F(TransferTest, FileReplacesNoOtherOneOfItsTreeThroughALinkInTheTarget) {
+    const std::string tree = AddTree("tree");
+    server_.AddFile("a.kra", "cn=sub," + tree, "another");
+    const std::string out = world_.folder.MakeFolder("out");
+    const test::FolderLink link(out + "\\sub", out);
+    EXPECT_EQ(0, Download(Directory(), tree, out, &error_));
     ExpectFailure(LDAP_ALREADY_EXISTS);
-    EXPECT_EQ("long", FileBytes(At("out\\" + longName)));
+    EXPECT_EQ("1", FileBytes(out + "\\a.kra"));
 }
 
 TEST_F(TransferTest, TreeWithALinkIsUploadedWithoutItWhichIsAFailure) {

@@ -212,4 +212,12 @@ void ForgetServer(unsigned port, const std::string& host) {
     if (DirectoryInfo* const info = block.Access()) *info = {};
 }
 
+void MakeUnixLink(const std::string& target, const std::string& link) {
+    Control("link\t" + target + "\t" + link + "\n");
+}
+
+void RemoveUnixLink(const std::string& link) {
+    Control("unlink\t" + link + "\n");
+}
+
 }  // namespace depot::test

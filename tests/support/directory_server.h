@@ -98,6 +98,11 @@ std::string NewFolder();
 // A port where nobody listens.
 unsigned ClosedPort();
 
+// Makes a symbolic link below Wine, which makes none itself, and removes it; all paths are those of
+// the system below.
+void MakeUnixLink(const std::string& target, const std::string& link);
+void RemoveUnixLink(const std::string& link);
+
 // Forgets what all processes know of a server.
 void ForgetServer(unsigned port, const std::string& host = "127.0.0.1");
 

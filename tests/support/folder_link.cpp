@@ -4,6 +4,7 @@
 
 #include <utility>
 
+#include "support/directory_server.h"
 #include "support/unix_path.h"
 
 namespace depot::test {
@@ -29,29 +30,10 @@ BOOL WINAPI FindNextWithTag(HANDLE search, WIN32_FIND_DATAA* found) {
     return more;
 }
 
-bool Exists(const std::string& path) {
-    return GetFileAttributesA(path.c_str()) != INVALID_FILE_ATTRIBUTES;
-}
-
 // The name of a link below Wine, which follows links.
 std::string UnixLink(const std::string& link) {
     const std::size_t name = link.rfind('\\');
     return UnixPath(link.substr(0, name)) + "/" + link.substr(name + 1);
-}
-
-// Runs a command below Wine, where links are made and removed, until the link is there or gone: the
-// command's end cannot be waited for.
-void RunBelow(const std::string& command, const std::string& link, bool isThere) {
-    std::string line = "/bin/sh -c \"" + command + "\"";
-    STARTUPINFOA start = {};
-    start.cb = sizeof(start);
-    PROCESS_INFORMATION process = {};
-    ASSERT_TRUE(CreateProcessA("Z:\\bin\\sh", line.data(), nullptr, nullptr, FALSE, 0, nullptr,
-                               nullptr, &start, &process));
-    CloseHandle(process.hThread);
-    CloseHandle(process.hProcess);
-    constexpr int kLongestWait = 60'000;
-    for (int waited = 0; waited < kLongestWait && Exists(link) != isThere; waited += 10) Sleep(10);
 }
 
 }  // namespace
@@ -62,7 +44,7 @@ FolderLink::FolderLink(std::string link, const std::string& folder) : link_(std:
         constexpr DWORD kToFolder = 1;
         CreateSymbolicLinkA(link_.c_str(), folder.c_str(), kToFolder);
     } else {
-        RunBelow("ln -s '" + target + "' '" + UnixLink(link_) + "'", link_, true);
+        MakeUnixLink(target, UnixLink(link_));
     }
     constexpr DWORD kLink = FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_REPARSE_POINT;
     EXPECT_EQ(kLink, GetFileAttributesA(link_.c_str()) & kLink) << link_;
@@ -72,7 +54,7 @@ FolderLink::~FolderLink() {
     if (UnixPath(link_).empty()) {
         RemoveDirectoryA(link_.c_str());
     } else {
-        RunBelow("rm '" + UnixLink(link_) + "'", link_, false);
+        RemoveUnixLink(UnixLink(link_));
     }
 }
 

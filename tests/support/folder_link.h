@@ -1,4 +1,4 @@
-// Links to folders, and what systems show of them.
+// Links to folders, and what systems show of them, for programs that run under tools/with-slapd.
 #pragma once
 
 #include <string>
