@@ -309,8 +309,7 @@ std::uint32_t CLDAPItems::RemoveUnchangedEntry(const std::string& dn, const Dige
     if (ReadUnchanged(dn, contents, present) != LDAP_SUCCESS) return lastError_;
     if (present.length > kLargestCondition || !OffersAssertions()) return RemoveEmptyEntry(dn);
     Condition condition(AssertContents(ContentsAttribute(), present));
-    lastError_ =
-        client_.ldap_delete_ext_s(handle_.get(), ClientText(dn), condition.Get(), nullptr);
+    lastError_ = client_.ldap_delete_ext_s(handle_.get(), ClientText(dn), condition.Get(), nullptr);
     if (lastError_ != kContentsChanged && lastError_ != LDAP_UNAVAILABLE_CRIT_EXTENSION) {
         return lastError_;
     }

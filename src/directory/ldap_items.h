@@ -15,8 +15,8 @@
 #include "directory/ldap_item.h"
 #include "directory/paged_search.h"
 #include "directory/tree_bounds.h"
-#include "platform/directory_client.h"
 #include "platform/digest.h"
+#include "platform/directory_client.h"
 #include "platform/directory_info_block.h"
 
 namespace depot {

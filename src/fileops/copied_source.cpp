@@ -97,7 +97,8 @@ bool IsAsCopied(const CopiedSource& copied) {
 }
 
 std::string LeftoversText(const Leftovers& left) {
-    const std::string files = Counted(left.files, "file"), folders = Counted(left.folders, "folder");
+    const std::string files = Counted(left.files, "file"),
+                      folders = Counted(left.folders, "folder");
     if (files.empty() && folders.empty()) return {};
     const char* const both = files.empty() || folders.empty() ? "" : " and ";
     const char* const stay = left.files + left.folders == 1 ? " stays" : " stay";

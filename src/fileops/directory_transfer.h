@@ -45,7 +45,8 @@ int Download(CLDAPItems& directory, const std::string& dn, const std::string& lo
 // An entry goes neither onto nor into itself, by whatever connections the two are named.
 int CopyEntry(CLDAPItems& source, const std::string& sourceDN, CLDAPItems& destination,
               const std::string& destinationDN, ExistingEntries existing, std::string* errorText,
-              const TransferWatcher& watcher = {}, SourceFate fate = SourceFate::kStays, CopiedSource* copied = nullptr);
+              const TransferWatcher& watcher = {}, SourceFate fate = SourceFate::kStays,
+              CopiedSource* copied = nullptr);
 
 // Renames an entry with all below it in one request. The folders above the new name are made for a
 // folder that holds entries. Where the server does not rename such folders the tree is copied, and

@@ -102,10 +102,9 @@ int OperateOneByOne(const CDepotItems& items, const CDepotItem& target, UINT ope
         if (operation != FO_DELETE && !names.Take(item)) {
             return DirectoryOf(target)->Fail(LDAP_ALREADY_EXISTS, errorText);
         }
-        const bool ready = operation == FO_DELETE ||
-                           connections.Hold(target.depot, target.path, nullptr);
-        if (progress.IsStopped() || !ready ||
-            !connections.Hold(item.depot, item.path, nullptr) ||
+        const bool ready =
+            operation == FO_DELETE || connections.Hold(target.depot, target.path, nullptr);
+        if (progress.IsStopped() || !ready || !connections.Hold(item.depot, item.path, nullptr) ||
             ItemOperation(item, &target, operation, window, errorText, progress.Next()) == 0) {
             return 0;
         }

@@ -26,8 +26,8 @@ void AddEntries(CLDAPItems& directory, std::size_t parent, const LdapItemList& c
         // What the entry is, not what its name looks like: a file without a dot and a folder with
         // one keep what they hold.
         const bool isFolder = child->isFolder != 0;
-        plan.steps.push_back({child->path, JoinPath(folder.localPath, name), isFolder, parent,
-                              folder.depth + 1});
+        plan.steps.push_back(
+            {child->path, JoinPath(folder.localPath, name), isFolder, parent, folder.depth + 1});
         if (!isFolder) ++plan.files;
     }
 }

@@ -246,8 +246,8 @@ void MeasureFolderRenames(Stores& stores, const std::string& local) {
         [&] {
             for (int call = 0; call < kRenames; ++call) {
                 const std::string next = stores.NewName();
-                Require(MoveFile(stores.corp, "<Corp>\\" + own, "<Corp>\\" + next, nullptr,
-                                 nullptr, nullptr) == 1,
+                Require(MoveFile(stores.corp, "<Corp>\\" + own, "<Corp>\\" + next, nullptr, nullptr,
+                                 nullptr) == 1,
                         "rename");
                 own = next;
             }

@@ -55,7 +55,8 @@ TEST_F(ConditionalDeletionTest, ChangeAfterTheLookIsSeenByTheServer) {
     Connected().Client().ldap_delete_ext_s = [](LDAP* connection, const PCHAR name,
                                                 PLDAPControlA* controls,
                                                 PLDAPControlA* clientControls) -> ULONG {
-        server->Apply("dn: " + dn + "\nchangetype: modify\nreplace: quillonFileContentsBinary\n"
+        server->Apply("dn: " + dn +
+                      "\nchangetype: modify\nreplace: quillonFileContentsBinary\n"
                       "quillonFileContentsBinary: new\n");
         return genuine.ldap_delete_ext_s(connection, name, controls, clientControls);
     };

@@ -41,7 +41,8 @@ protected:
             char* attributes[] = {none, nullptr};
             genuine.ldap_search_s(connection, dn, LDAP_SCOPE_ONELEVEL, filter, attributes, 0,
                                   &found);
-            const bool isLeaf = found == nullptr || genuine.ldap_count_entries(connection, found) == 0;
+            const bool isLeaf =
+                found == nullptr || genuine.ldap_count_entries(connection, found) == 0;
             genuine.ldap_msgfree(found);
             return isLeaf ? genuine.ldap_rename_ext_s(connection, dn, name, parent, deletes, server,
                                                       client)

@@ -128,9 +128,9 @@ TEST_F(RenameMeanwhileTest, EntryThatSomebodyElseDeletesIsNoFailure) {
 }
 
 TEST_F(RenameMeanwhileTest, TreeIsCopiedWhereTheServerCannotRenameIt) {
-    for (const ULONG code : {LDAP_NOT_ALLOWED_ON_NONLEAF, LDAP_UNWILLING_TO_PERFORM,
-                             LDAP_AFFECTS_MULTIPLE_DSAS, LDAP_PROTOCOL_ERROR, LDAP_OTHER,
-                             LDAP_NOT_SUPPORTED}) {
+    for (const ULONG code :
+         {LDAP_NOT_ALLOWED_ON_NONLEAF, LDAP_UNWILLING_TO_PERFORM, LDAP_AFFECTS_MULTIPLE_DSAS,
+          LDAP_PROTOCOL_ERROR, LDAP_OTHER, LDAP_NOT_SUPPORTED}) {
         SCOPED_TRACE(code);
         const std::string name = "tree" + std::to_string(code);
         directory_.MakeTree("from\\" + name);
@@ -143,9 +143,8 @@ TEST_F(RenameMeanwhileTest, TreeIsCopiedWhereTheServerCannotRenameIt) {
 
 TEST_F(RenameMeanwhileTest, TreeIsNotCopiedWhereTheServerRefusesForGood) {
     directory_.MakeTree("from\\tree");
-    for (const ULONG code :
-         {LDAP_INSUFFICIENT_RIGHTS, LDAP_ALREADY_EXISTS, LDAP_NAMING_VIOLATION, LDAP_BUSY,
-          LDAP_UNAVAILABLE, LDAP_SERVER_DOWN}) {
+    for (const ULONG code : {LDAP_INSUFFICIENT_RIGHTS, LDAP_ALREADY_EXISTS, LDAP_NAMING_VIOLATION,
+                             LDAP_BUSY, LDAP_UNAVAILABLE, LDAP_SERVER_DOWN}) {
         SCOPED_TRACE(code);
         RefuseRenames(code);
         EXPECT_EQ(0, Rename("from\\tree", "to\\tree"));
@@ -242,10 +241,8 @@ TEST_P(MoveMeanwhileTest, WhatChangesInATreeStaysAndFailsTheMove) {
                   Source().MakeFile("from\\tree\\new.kra", "added");
               }));
     EXPECT_EQ("Copied, but 1 file and 2 folders stay in the old place: changed meanwhile.", error_);
-    EXPECT_EQ(
-        (StoreContents{
-            {"new.kra", "added"}, {"sub", kFolderMark}, {"sub\\b.kra", "edited"}}),
-        Source().Contents("from\\tree"));
+    EXPECT_EQ((StoreContents{{"new.kra", "added"}, {"sub", kFolderMark}, {"sub\\b.kra", "edited"}}),
+              Source().Contents("from\\tree"));
     EXPECT_EQ(Store::Tree(), Target().Contents("to\\tree"));
 }
 

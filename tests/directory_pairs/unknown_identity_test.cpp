@@ -48,9 +48,10 @@ protected:
     }
     // Gives the file an identifier that is a plain attribute.
     void AddIdentifier(const std::string& name, const std::string& value) {
-        server_->Apply("dn: " + file_ + "\nchangetype: modify\nadd: objectClass\n"
-                       "objectClass: extensibleObject\n-\nadd: " + name + "\n" + name + ": " +
-                       value + "\n");
+        server_->Apply("dn: " + file_ +
+                       "\nchangetype: modify\nadd: objectClass\n"
+                       "objectClass: extensibleObject\n-\nadd: " +
+                       name + "\n" + name + ": " + value + "\n");
     }
 
     const std::string file_ = std::string("cn=a.kra,") + kSuffix;
@@ -122,7 +123,8 @@ TEST_F(UnknownIdentityTest, OtherIdentifiersAreThoseOfAnotherEntry) {
     DirectoryServer server(std::string(kOtherIdentifiers) + kHiddenIdentifier + kWriters);
     ForgetServer(server.Port());
     server.AddFile("a.kra", kSuffix, "other");
-    server.Apply("dn: " + file_ + "\nchangetype: modify\nadd: objectClass\n"
+    server.Apply("dn: " + file_ +
+                 "\nchangetype: modify\nadd: objectClass\n"
                  "objectClass: extensibleObject\n-\nadd: objectGUID\nobjectGUID: two\n");
     other_ = server.Location().Clone();
     second_ = std::make_unique<CLDAPItems>(other_.get());
