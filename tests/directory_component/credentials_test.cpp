@@ -302,7 +302,7 @@ TEST_F(CredentialsTest, NobodyIsAskedWhileTheComponentIsUnloaded) {
         server_.Continue();
     }
     EXPECT_EQ(1, watch.Shown());
-    EXPECT_THAT(notedBoxes, testing::Not(IsEmpty()));
+    EXPECT_THAT(notedBoxes, IsEmpty());
     EXPECT_EQ("[S]\r\nK=old\r\n", Contents());
     ASSERT_THAT(RecoveredFiles(), testing::SizeIs(1));
     EXPECT_EQ("[S]\r\nK=new\r\n", FileBytes(RecoveredFiles().front()));

@@ -342,15 +342,23 @@ TEST_F(AbandonedCopiesTest, CopyThatWasToldToStayIsNotSwept) {
     EXPECT_EQ(kNew, FileBytes(copy));
 }
 
+// Finds the record of one copy, which refers to `bytes`: copies of earlier tests that had to stay
+// may stand before it.
+std::optional<WorkingCopyRecord> FindRecord(const std::string& path, const std::string& journal,
+                                            WorkingCopyRecordBytes& bytes) {
+    for (std::size_t at = 0; at + bytes.size() <= journal.size(); at += bytes.size()) {
+        std::copy_n(journal.begin() + static_cast<std::ptrdiff_t>(at), bytes.size(), bytes.begin());
+        const auto record = DecodeWorkingCopy(bytes);
+        if (record && path.ends_with("\\" + std::string(record->file))) return record;
+    }
+    return std::nullopt;
+}
+
 TEST_F(AbandonedCopiesTest, JournalNamesTheEntryOfEachCopy) {
     const auto own = Load("a.kra");
-    const std::string held = OwnJournal();
     WorkingCopyRecordBytes bytes = {};
-    ASSERT_LE(bytes.size(), held.size());
-    std::copy_n(held.begin(), bytes.size(), bytes.begin());
-    const auto record = DecodeWorkingCopy(bytes);
+    const auto record = FindRecord(own->localPath, OwnJournal(), bytes);
     ASSERT_TRUE(record);
-    EXPECT_THAT(own->localPath, EndsWith("\\" + std::string(record->file)));
     EXPECT_EQ("a.kra", record->name);
     EXPECT_EQ("127.0.0.1:" + std::to_string(server_.Port()), record->server);
     EXPECT_EQ(ToLower(Dn("a.kra")), ToLower(record->dn));

@@ -101,6 +101,14 @@ TEST_F(DepotTransferTest, RemovingEntriesStopsAtTheFirstThatResists) {
         const bool resists = std::string(dn).find("=b.kra") != std::string::npos;
         return resists ? ULONG{LDAP_INSUFFICIENT_RIGHTS} : real.ldap_delete_s(connection, dn);
     };
+    // What was moved is deleted on a condition.
+    Directory().Client().ldap_delete_ext_s = [](LDAP* connection, const PCHAR dn,
+                                                PLDAPControlA* controls,
+                                                PLDAPControlA* clientControls) -> ULONG {
+        const bool resists = std::string(dn).find("=b.kra") != std::string::npos;
+        return resists ? ULONG{LDAP_INSUFFICIENT_RIGHTS}
+                       : real.ldap_delete_ext_s(connection, dn, controls, clientControls);
+    };
     world_.folder.MakeFolder("h\\out");
     const auto entries = [&](const char* name) {
         return CDepotItem(std::string("<Work>\\") + name, work_);

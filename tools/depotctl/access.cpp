@@ -146,9 +146,13 @@ std::optional<Problem> TryWriting(CDepotPath& location, const LogOnNames& names)
     const std::string base = items.PathToDN(ExpandedPath(location));
     const std::string dn = EntryDN(items.NamingNames().file, kProbeFileName, base);
     std::uint32_t code = items.AddFileEntry(dn, kProbeFileName, &kProbeByte, sizeof(kProbeByte));
-    // One that another attempt left behind is as good.
-    if (code == LDAP_ALREADY_EXISTS) code = LDAP_SUCCESS;
-    if (code == LDAP_SUCCESS) code = items.RemoveEmptyEntry(dn);
+    if (code == LDAP_SUCCESS || code == LDAP_ALREADY_EXISTS) {
+        FileBuffer probe = {sizeof(kProbeByte), std::make_unique<std::uint8_t[]>(1)};
+        probe.bytes[0] = kProbeByte;
+        code = items.RemoveUnchangedEntry(dn, probe);
+        // What another program has stored there by now shows as well that one can.
+        if (code == kContentsChanged) code = LDAP_SUCCESS;
+    }
     items.Close();
     if (code == LDAP_SUCCESS) return std::nullopt;
     return ProblemFor(code);

@@ -1,10 +1,13 @@
 #include "depotctl/transfer.h"
 
+#include <optional>
+
 #include "depotctl/encoding.h"
 #include "depotctl/failure.h"
 #include "depotctl/local_tree.h"
 #include "depotctl/progress.h"
 #include "directory/local_listing.h"
+#include "fileops/copied_source.h"
 #include "fileops/depot_file.h"
 #include "fileops/shell_operation.h"
 #include "fileops/transfer_plan.h"
@@ -54,8 +57,8 @@ public:
     TransferResult File() {
         const bool refuse = existing_ == Existing::kRefuse;
         Forget();
-        if (CopyFile(*from_.depot, from_.path, to_.path, to_.depot, refuse, &errorText_, {},
-                     fate_) == 0) {
+        if (CopyFile(*from_.depot, from_.path, to_.path, to_.depot, refuse, &errorText_, {}, fate_,
+                     &copied_) == 0) {
             FailWith({});
         }
         return {1, 0};
@@ -71,11 +74,22 @@ public:
             if (existing_ == Existing::kRefuse) RefuseExisting(*source);
             Fetch(*source, target_);
         } else if (target) {
-            Store(*target, source_);
+            Store(*target, source_, &copied_);
         } else {
             InFileSystem();
         }
         return {progress_.FilesDone(), progress_.BytesDone()};
+    }
+
+    // Removes what was copied, as far as it still is what was copied.
+    void RemoveSource() {
+        CLDAPItems* const directory = from_.Directory();
+        std::optional<ConnectionScope> connection;
+        if (directory) connection.emplace(*directory, &errorText_);
+        if (connection && !*connection) FailWith({});
+        const Leftovers left =
+            directory ? RemoveCopiedEntries(*directory, copied_) : RemoveCopiedFiles(copied_);
+        if (left.code != LDAP_SUCCESS) RefuseWith(LeftoversText(left));
     }
 
 private:
@@ -107,18 +121,18 @@ private:
 
     void Fetch(CLDAPItems& directory, const std::string& folder) {
         if (Download(directory, source_, folder, &errorText_, progress_.Watcher(),
-                     ExistingEntries::kReplace, fate_) == 0) {
+                     ExistingEntries::kReplace, fate_, &copied_) == 0) {
             // The names of entries are not those of files.
             if (directory.LastError() == LDAP_NAMING_VIOLATION) RefuseWith(errorText_);
             FailWith({});
         }
     }
 
-    void Store(CLDAPItems& directory, const std::string& folder) {
+    void Store(CLDAPItems& directory, const std::string& folder, CopiedSource* copied) {
         const ExistingEntries existing =
             existing_ == Existing::kRefuse ? ExistingEntries::kRefuse : ExistingEntries::kReplace;
-        if (Upload(directory, folder, target_, existing, &errorText_, progress_.Watcher(), fate_) ==
-            0) {
+        if (Upload(directory, folder, target_, existing, &errorText_, progress_.Watcher(), fate_,
+                   copied) == 0) {
             // Links to folders were left out.
             if (directory.LastError() == LDAP_NOT_SUPPORTED) RefuseWith(errorText_);
             FailWith({});
@@ -129,7 +143,7 @@ private:
         RefuseOneDirectory(source, target);
         const TemporaryFolder folder;
         Fetch(source, folder.Path());
-        Store(target, folder.Path());
+        Store(target, folder.Path(), nullptr);
     }
 
     // Two depots may lead to one place of one server.
@@ -180,6 +194,7 @@ private:
     const SourceFate fate_;
     const std::string source_;
     const std::string target_;
+    CopiedSource copied_;
     Progress progress_;
     std::string errorText_;
 };
@@ -203,7 +218,7 @@ TransferResult Transfer(const Program& program, const Place& from, PlaceKind kin
     const TransferResult result = isTree ? work.Tree() : work.File();
     // A local tree is gone by then, but for what came since it was listed.
     const bool isLocal = from.Directory() == nullptr && to.Directory() == nullptr;
-    if (fate == SourceFate::kGoes && !(isTree && isLocal)) Remove(from, kind);
+    if (fate == SourceFate::kGoes && !(isTree && isLocal)) work.RemoveSource();
     return result;
 }
 
