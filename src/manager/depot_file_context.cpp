@@ -81,18 +81,20 @@ std::uint32_t DepotFileContext::ReadInt(const std::string& section, const std::s
 
 void DepotFileContext::WriteString(const std::string& section, const std::string& key,
                                    const std::string& value, const std::string* comparison) {
-    changed = true;
-    // The system would put any other file into its own folder or the process's current one.
-    if (!IsAbsolutePath(localPath)) return;
-    if (isWorkingCopy_ && recoveredFolder_.empty()) recoveredFolder_ = RecoveredFolder();
     const bool removes = value.empty() || (comparison && EqualsNoCase(value, *comparison));
     ProfileEdit edit = {section, key, {}};
     if (!removes) edit.value = value;
+    if (isWorkingCopy_ && recoveredFolder_.empty()) recoveredFolder_ = RecoveredFolder();
     if (isWorkingCopy_) {
         EditWorkingCopy(std::move(edit));
-    } else {
-        KeepWhatWasLost(EditProfile(edit, localPath));
+        return;
     }
+    EditOutcome outcome;
+    // The system would put any other file into its own folder or the process's current one.
+    if (IsAbsolutePath(localPath)) outcome = EditProfile(edit, localPath);
+    // Where memory runs out before this, nothing was written.
+    changed = true;
+    KeepWhatWasLost(outcome);
 }
 
 void DepotFileContext::EditWorkingCopy(ProfileEdit edit) {
@@ -101,6 +103,7 @@ void DepotFileContext::EditWorkingCopy(ProfileEdit edit) {
     EditOutcome outcome;
     const auto attempt = [&] {
         outcome = EditProfile(edit, localPath);
+        changed = true;
         SetLastError(outcome.error);
         return outcome.error == ERROR_SUCCESS;
     };
