@@ -19,15 +19,12 @@ using Bytes = std::vector<std::uint8_t>;
 
 // With more room than this no write cuts a file, and what the file held need not be remembered.
 constexpr ULONGLONG kAmpleRoom = 16 * 1024 * 1024;
+// No disk fills that fast.
+constexpr ULONGLONG kPlenty = 64 * kAmpleRoom;
+constexpr ULONGLONG kPlentyMilliseconds = 1000;
 
 std::string_view TextOf(const Bytes& bytes) {
     return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
-}
-
-bool HasAmpleRoom(const std::string& folder) {
-    ULARGE_INTEGER room = {};
-    return GetDiskFreeSpaceExA(folder.c_str(), &room, nullptr, nullptr) &&
-           room.QuadPart >= kAmpleRoom;
 }
 
 // Lines can be told apart only in text of one byte a letter.
@@ -85,8 +82,17 @@ EditOutcome Verify(const std::optional<Bytes>& before, const ProfileEdit& edit,
 
 }  // namespace
 
-EditOutcome EditProfile(const ProfileEdit& edit, const std::string& file) {
-    const bool hasRoom = HasAmpleRoom(FolderPrefix(file));
+bool AmpleRoom::IsThere(const std::string& file) {
+    const ULONGLONG now = GetTickCount64();
+    if (now < plentyUntil_) return true;
+    ULARGE_INTEGER room = {};
+    if (!GetDiskFreeSpaceExA(FolderPrefix(file).c_str(), &room, nullptr, nullptr)) return false;
+    if (room.QuadPart >= kPlenty) plentyUntil_ = now + kPlentyMilliseconds;
+    return room.QuadPart >= kAmpleRoom;
+}
+
+EditOutcome EditProfile(const ProfileEdit& edit, const std::string& file, AmpleRoom& room) {
+    const bool hasRoom = room.IsThere(file);
     std::optional<Bytes> before;
     if (!hasRoom) before = ReadLocalFile(file);
     const DWORD error = Write(edit, file);

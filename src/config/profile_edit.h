@@ -24,12 +24,23 @@ struct EditOutcome {
     std::optional<std::vector<std::uint8_t>> lost;
 };
 
+// Whether the volume of a file has so much room that no write cuts the file. A look costs a tenth
+// of a write: where there is plenty it holds for a second.
+class AmpleRoom {
+public:
+    bool IsThere(const std::string& file);
+
+private:
+    ULONGLONG plentyUntil_ = 0;
+};
+
 // Writes one value through the system's profile functions, which write the whole file again and cut
 // it where the disk is full; some systems call even that a success. A file that lost anything but
 // the old value is put back as it was.
 //
-// Texts that never reach the system (profile_file.h) are no failure of the file.
-EditOutcome EditProfile(const ProfileEdit& edit, const std::string& file);
+// Texts that never reach the system (profile_file.h) are no failure of the file. `room` is that of
+// the file's earlier edits. Throws only before anything is written.
+EditOutcome EditProfile(const ProfileEdit& edit, const std::string& file, AmpleRoom& room);
 
 // What a client wrote to a working copy since the first write that the copy does not hold. Such a
 // copy is never whole again: what a later, successful write leaves still lacks the earlier one.

@@ -91,7 +91,7 @@ void DepotFileContext::WriteString(const std::string& section, const std::string
     }
     EditOutcome outcome;
     // The system would put any other file into its own folder or the process's current one.
-    if (IsAbsolutePath(localPath)) outcome = EditProfile(edit, localPath);
+    if (IsAbsolutePath(localPath)) outcome = EditProfile(edit, localPath, room_);
     // Where memory runs out before this, nothing was written.
     changed = true;
     KeepWhatWasLost(outcome);
@@ -102,7 +102,7 @@ void DepotFileContext::EditWorkingCopy(ProfileEdit edit) {
     const bool missing = !PathMayExist(localPath);
     EditOutcome outcome;
     const auto attempt = [&] {
-        outcome = EditProfile(edit, localPath);
+        outcome = EditProfile(edit, localPath, room_);
         changed = true;
         SetLastError(outcome.error);
         return outcome.error == ERROR_SUCCESS;

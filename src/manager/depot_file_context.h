@@ -66,6 +66,7 @@ private:
 
     WorkingCopyOrigin origin_;    // what the working copy was made from, and what it lacks
     bool isWorkingCopy_ = false;  // whether the local file goes with this object
+    AmpleRoom room_;              // for the local file
     // Of a changed working copy; looked up while the shell can be asked.
     std::string recoveredFolder_;
 };

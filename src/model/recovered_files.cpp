@@ -97,7 +97,8 @@ std::string KeepRecoveredProfile(const std::string& folder, const std::string& n
                                  const std::vector<ProfileEdit>& edits) {
     const std::string path = KeepRecoveredIn(folder, name, bytes.data(), bytes.size());
     if (path.empty() || edits.empty()) return path;
-    for (const ProfileEdit& edit : edits) EditProfile(edit, path);
+    AmpleRoom room;
+    for (const ProfileEdit& edit : edits) EditProfile(edit, path, room);
     FlushLocalFile(path);
     return path;
 }

@@ -18,7 +18,8 @@ protected:
     DWORD Edit(const char* value) {
         ProfileEdit edit = {"S", "K", {}};
         if (value != nullptr) edit.value = value;
-        outcome_ = EditProfile(edit, file_);
+        AmpleRoom room;
+        outcome_ = EditProfile(edit, file_, room);
         return outcome_.error;
     }
 
@@ -111,6 +112,59 @@ TEST_F(ProfileEditTest, TextsThatNeverReachTheSystemAreNoFailureOfTheFile) {
     const std::string huge(32'767, 'x');
     EXPECT_EQ(0u, Edit(huge.c_str()));
     EXPECT_EQ(kOld, FileBytes(file_));
+}
+
+// Answers with a room of its own, and counts the questions.
+class RoomProbe {
+public:
+    explicit RoomProbe(ULONGLONG bytes) {
+        EXPECT_TRUE(room_.IsInPlace());
+        bytes_ = bytes;
+        asked_ = 0;
+    }
+    static int Asked() { return asked_; }
+
+private:
+    static BOOL WINAPI Answer(LPCSTR, ULARGE_INTEGER* room, ULARGE_INTEGER*, ULARGE_INTEGER*) {
+        ++asked_;
+        room->QuadPart = bytes_;
+        return TRUE;
+    }
+
+    static inline ULONGLONG bytes_ = 0;
+    static inline int asked_ = 0;
+    const test::ImportPatch<decltype(&GetDiskFreeSpaceExA)> room_{"GetDiskFreeSpaceExA", &Answer};
+};
+
+ULONGLONG now = 0;
+
+ULONGLONG WINAPI StoppedClock() {
+    return now;
+}
+
+TEST(AmpleRoomTest, PlentyIsLookedAtOnceASecond) {
+    const test::ImportPatch<decltype(&GetTickCount64)> time("GetTickCount64", &StoppedClock);
+    const RoomProbe probe(4096ull * 1024 * 1024);
+    AmpleRoom room;
+    now = 1'000'000;
+    for (int count = 0; count < 3; ++count) EXPECT_TRUE(room.IsThere("C:\\a.kra"));
+    EXPECT_EQ(1, RoomProbe::Asked());
+    now += 1000;
+    EXPECT_TRUE(room.IsThere("C:\\a.kra"));
+    EXPECT_EQ(2, RoomProbe::Asked());
+}
+
+TEST(AmpleRoomTest, LittleRoomIsLookedAtEachTime) {
+    AmpleRoom room;
+    {
+        const RoomProbe probe(16ull * 1024 * 1024);
+        EXPECT_TRUE(room.IsThere("C:\\a.kra"));
+        EXPECT_TRUE(room.IsThere("C:\\a.kra"));
+        EXPECT_EQ(2, RoomProbe::Asked());
+    }
+    const RoomProbe probe(16ull * 1024 * 1024 - 1);
+    EXPECT_FALSE(room.IsThere("C:\\a.kra"));
+    EXPECT_EQ(1, RoomProbe::Asked());
 }
 
 }  // namespace

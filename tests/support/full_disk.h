@@ -21,7 +21,8 @@ public:
     FullDisk(const std::string& pathBegins, CutWrite answer) {
         begins_ = pathBegins;
         answer_ = answer;
-        EXPECT_TRUE(writing_.IsInPlace() && room_.IsInPlace());
+        EXPECT_TRUE(writing_.IsInPlace() && room_.IsInPlace() && time_.IsInPlace());
+        realTime_ = time_.Genuine();
         realWrite_ = writing_.Genuine();
         realRoom_ = room_.Genuine();
     }
@@ -50,13 +51,18 @@ private:
         return known;
     }
 
+    // What was seen of the room before is out of date.
+    static ULONGLONG WINAPI Later() { return realTime_() + 60 * 1000; }
+
     static inline std::string begins_;
     static inline CutWrite answer_ = CutWrite::kFails;
     static inline decltype(&WritePrivateProfileStringA) realWrite_ = nullptr;
     static inline decltype(&GetDiskFreeSpaceExA) realRoom_ = nullptr;
+    static inline decltype(&GetTickCount64) realTime_ = nullptr;
     const ImportPatch<decltype(&WritePrivateProfileStringA)> writing_{"WritePrivateProfileStringA",
                                                                       &Write};
     const ImportPatch<decltype(&GetDiskFreeSpaceExA)> room_{"GetDiskFreeSpaceExA", &Room};
+    const ImportPatch<decltype(&GetTickCount64)> time_{"GetTickCount64", &Later};
 };
 
 // While it lives, the pauses of its thread take no time; counts them.
