@@ -13,6 +13,7 @@
 #include "fileops/directory_transfer.h"
 #include "model/local_mirror.h"
 #include "platform/local_file.h"
+#include "platform/paths.h"
 #include "platform/temp_file.h"
 
 namespace depot::ctl {
@@ -35,7 +36,7 @@ struct ValueOptions {
 constexpr std::size_t kShortestPlainPath = 8;
 
 std::string LongEnough(std::string path) {
-    while (path.size() < kShortestPlainPath) path.insert(path.find('\\') + 1, ".\\");
+    while (path.size() < kShortestPlainPath) path.insert(FindSeparator(path) + 1, ".\\");
     return path;
 }
 
