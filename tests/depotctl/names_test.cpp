@@ -236,6 +236,21 @@ TEST_P(NamesTest, DepotsWhoseNamesDifferInASecondByteStayApart) {
     EXPECT_EQ(std::string(keys[1]) + "\n", RunTool({"get", other, "S", "K"}).output);
 }
 
+// What another program wrote in its code page stays byte for byte.
+TEST_P(NamesTest, ValueIsSetOnlyWhereTextOfAnotherCodePageStaysAsItIs) {
+    const std::string western = "[S]\r\nOther=\xE9\xFFz\r\nKey=1\r\n";
+    folder_.MakeFile("work\\plan.kra", western);
+    const ToolRun run = RunTool({"set", "<Work>\\plan.kra", "S", "Key", "2"});
+    if (CodePage() == 1252) {
+        EXPECT_EQ(0, run.exitCode) << run.errors;
+        EXPECT_THAT(FileBytes(folder_.At("work\\plan.kra")), HasSubstr("Other=\xE9\xFFz\r\n"));
+        return;
+    }
+    EXPECT_EQ(1, run.exitCode);
+    EXPECT_THAT(run.errors, HasSubstr("which writing a value would destroy"));
+    EXPECT_EQ(western, FileBytes(folder_.At("work\\plan.kra")));
+}
+
 TEST(ProgramNamesTest, ProgramDeclaresTheCodePageOfUtf8) {
     const UniqueModule program(
         LoadLibraryExA(ToolPath().c_str(), nullptr, LOAD_LIBRARY_AS_DATAFILE));
