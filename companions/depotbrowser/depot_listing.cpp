@@ -1,5 +1,7 @@
 #include "depotbrowser/depot_listing.h"
 
+#include <algorithm>
+
 #include "depotbrowser/worker_notices.h"
 #include "fileops/depot_file.h"
 #include "fileops/enumerate.h"
@@ -119,8 +121,9 @@ LocatedPath LocatePath(DepotSession& session, const std::string& path) {
     if (depot == nullptr) return located;
     const std::string display = StorageToDisplay(*depot, canonical);
     const std::string prefix = FolderPath(*depot, {});
-    if (!StartsWithNoCase(EnsureTrailingBackslash(display), prefix)) return located;
-    const std::string rest = display.size() > prefix.size() ? display.substr(prefix.size()) : "";
+    const auto length = PrefixLengthNoCase(EnsureTrailingBackslash(display), prefix);
+    if (!length) return located;
+    const std::string rest = display.substr(std::min(*length, display.size()));
     located.found = true;
     located.folder = {{depot->name, depot->rootKey}, FolderPrefix(rest)};
     located.name = rest.substr(located.folder.relative.size());

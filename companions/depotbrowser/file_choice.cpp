@@ -39,7 +39,7 @@ FileChoice::FileChoice(Parts parts) : parts_(std::move(parts)) {}
 
 void FileChoice::Begin(const std::wstring& path, const FolderRef& otherwise) {
     const auto narrow = ExactAnsiFromWide(path);
-    if (!narrow || narrow->find('\\') == std::string::npos) {
+    if (!narrow || FindSeparator(*narrow) == std::string::npos) {
         SetField(path);
         parts_.navigator.Open(otherwise);
         return;

@@ -17,6 +17,12 @@ bool IsControl(char c) {
     return static_cast<unsigned char>(c) < ' ';
 }
 
+// Tells whether one character of the name is the pattern's, which may stand for any.
+bool MatchesOne(std::string_view name, std::size_t at, std::string_view pattern, std::size_t p) {
+    return pattern[p] == '?' ||
+           FoldedCharacterAt(pattern, p).code == FoldedCharacterAt(name, at).code;
+}
+
 bool MatchesFrom(std::string_view name, std::string_view pattern) {
     // The last '*' takes one character more each time the rest does not fit.
     std::size_t star = std::string_view::npos, resume = 0, at = 0, p = 0;
@@ -24,13 +30,13 @@ bool MatchesFrom(std::string_view name, std::string_view pattern) {
         if (p < pattern.size() && pattern[p] == '*') {
             star = p++;
             resume = at;
-        } else if (p < pattern.size() &&
-                   (pattern[p] == '?' || LowerCase(pattern[p]) == LowerCase(name[at]))) {
-            ++p;
-            ++at;
+        } else if (p < pattern.size() && MatchesOne(name, at, pattern, p)) {
+            p += CharacterLength(pattern, p);
+            at += CharacterLength(name, at);
         } else if (star != std::string_view::npos) {
             p = star + 1;
-            at = ++resume;
+            resume += CharacterLength(name, resume);
+            at = resume;
         } else {
             return false;
         }
@@ -39,14 +45,9 @@ bool MatchesFrom(std::string_view name, std::string_view pattern) {
 }
 
 std::vector<std::string> SplitFolders(std::string_view path) {
-    std::vector<std::string> parts;
-    while (!path.empty()) {
-        const std::size_t end = path.find_first_of("\\/");
-        parts.emplace_back(path.substr(0, end));
-        if (end == std::string_view::npos) break;
-        path.remove_prefix(end + 1);
-    }
-    return parts;
+    const std::vector<std::string_view> parts = SplitAtAny(path, "\\/");
+    // Nothing stands behind a separator at the end.
+    return {parts.begin(), parts.back().empty() ? parts.end() - 1 : parts.end()};
 }
 
 }  // namespace
@@ -54,7 +55,7 @@ std::vector<std::string> SplitFolders(std::string_view path) {
 bool IsValidName(std::string_view name) {
     if (name.empty() || name.size() > kLongestName) return false;
     if (name.back() == '.' || name.back() == ' ') return false;
-    return name.find_first_of(kForbidden) == std::string_view::npos &&
+    return FindAnyCharacter(name, kForbidden) == std::string_view::npos &&
            std::none_of(name.begin(), name.end(), IsControl);
 }
 
@@ -92,7 +93,7 @@ RelativeTarget FollowPath(std::string_view folder, std::string_view path) {
     const bool fromRoot = path.starts_with(kSeparator) || path.starts_with('/');
     RelativeTarget target = {fromRoot ? std::string() : std::string(folder), {}};
     std::vector<std::string> parts = SplitFolders(path);
-    const bool namesFolder = path.ends_with(kSeparator) || path.ends_with('/') || parts.empty() ||
+    const bool namesFolder = EndsInSeparator(path) || path.ends_with('/') || parts.empty() ||
                              parts.back() == "." || parts.back() == "..";
     if (!namesFolder) {
         target.name = parts.back();

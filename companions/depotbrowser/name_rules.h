@@ -8,7 +8,7 @@
 
 namespace depot {
 
-// The longest name of a file or folder, in characters.
+// The longest name of a file or folder, in bytes of the code page, as paths are limited.
 inline constexpr std::size_t kLongestName = 255;
 
 // Tells whether a file or folder can have this name: it is not empty, not too long, consists of

@@ -9,7 +9,8 @@
 #include "platform/module_state.h"
 #include "platform/paths.h"
 #include "platform/registry_key.h"
-#include "platform/text.h"
+#include "platform/system_code_page.h"
+#include "platform/wide_text.h"
 
 namespace depot {
 namespace {
@@ -29,8 +30,8 @@ std::string ConfiguredFolder(const std::string& valueName) {
 
 // Creates every missing folder of the path.
 void CreateFolders(const std::string& path) {
-    for (std::size_t end = path.find('\\'); end != std::string::npos;
-         end = path.find('\\', end + 1)) {
+    for (std::size_t end = FindSeparator(path); end != std::string::npos;
+         end = FindSeparator(path, end + 1)) {
         CreateDirectoryA(path.substr(0, end).c_str(), nullptr);
     }
     CreateDirectoryA(path.c_str(), nullptr);
@@ -39,12 +40,15 @@ void CreateFolders(const std::string& path) {
 std::string UserFolder() {
     std::string folder = ConfiguredFolder("UserDir");
     if (!folder.empty()) return folder;
-    char documents[MAX_PATH] = {};
-    if (SHGetFolderPathA(nullptr, CSIDL_PERSONAL | CSIDL_FLAG_CREATE, nullptr, SHGFP_TYPE_CURRENT,
-                         documents) != S_OK) {
+    wchar_t wide[MAX_PATH] = {};
+    if (SHGetFolderPathW(nullptr, CSIDL_PERSONAL | CSIDL_FLAG_CREATE, nullptr, SHGFP_TYPE_CURRENT,
+                         wide) != S_OK) {
         return {};
     }
-    folder = JoinPath(documents, "") + kDefaultUserFolder;
+    // In a folder of another name the user's files would not be found again.
+    const auto documents = ExactAnsiFromWide(wide);
+    if (!documents) return {};
+    folder = JoinPath(*documents, "") + kDefaultUserFolder;
     CreateFolders(folder);
     return folder;
 }
@@ -55,6 +59,9 @@ std::string ResourceFolder() {
 }
 
 std::string FolderOf(int category, int item) {
+    // Whoever loads this library may do without the component, which knows the characters.
+    static const bool installed = (InstallSystemCodePage(), true);
+    static_cast<void>(installed);
     if (category == 18 && item == 0) return UserFolder();
     if (category == 1 && item == 3) return ResourceFolder();
     return {};

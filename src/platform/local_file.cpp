@@ -4,8 +4,6 @@
 #include "platform/paths.h"
 #include "platform/text.h"
 #include "platform/win32.h"
-// After the Windows headers.
-#include <imagehlp.h>
 
 namespace depot {
 namespace {
@@ -25,6 +23,15 @@ public:
 private:
     HFILE file_;
 };
+
+// Creates the folder and those above it that are missing; what is there already counts as created.
+bool MakeFolders(const std::string& path) {
+    if (CreateDirectoryA(path.c_str(), nullptr)) return true;
+    const DWORD error = GetLastError();
+    if (error != ERROR_PATH_NOT_FOUND) return error == ERROR_ALREADY_EXISTS;
+    const std::string parent = FolderPart(path);
+    return parent != path && MakeFolders(parent) && CreateDirectoryA(path.c_str(), nullptr);
+}
 
 }  // namespace
 
@@ -67,10 +74,9 @@ bool WriteLocalFile(const std::string& path, const void* bytes, std::uint32_t le
 }
 
 bool EnsureLocalFolder(const std::string& path) {
-    const std::string folder = EnsureTrailingBackslash(path);
-    // Some systems copy the path into a fixed buffer, or are content with a file of that name.
-    if (folder.size() >= kMaxPathBytes || !MakeSureDirectoryPathExists(folder.c_str()))
-        return false;
+    if (EnsureTrailingBackslash(path).size() >= kMaxPathBytes) return false;
+    if (!MakeFolders(RemoveTrailingBackslash(path))) return false;
+    // A file of that name is no folder.
     const DWORD attributes = GetFileAttributesA(path.c_str());
     return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
 }

@@ -8,6 +8,7 @@
 #include "depotbrowser/file_name_field.h"
 #include "depotbrowser/icon_location.h"
 #include "depotbrowser/name_rules.h"
+#include "support/code_pages.h"
 
 namespace depot::test {
 namespace {
@@ -266,6 +267,29 @@ TEST(BrowseLayoutTest, ALargerWindowGivesItsRoomToTreeAndList) {
     EXPECT_EQ(small.tree.height + 200, large.tree.height);
     EXPECT_GT(large.list.width, small.list.width);
     EXPECT_EQ(small.ok.width, large.ok.width);
+}
+
+// The second bytes of these are a separator, a bar and letters in the Japanese code page.
+TEST(NameRulesTest, SecondBytesAreNoSeparatorsBarsOrLetters) {
+    const CodePageScope japanese(932);
+    const std::string table = Encoded(932, u"\u8868"), report = Encoded(932, u"\u30EC\u30DD");
+    EXPECT_TRUE(IsValidName(table + ".kra"));
+    EXPECT_TRUE(IsValidName(report + ".kra"));
+    EXPECT_FALSE(IsValidName(table + "|"));
+    EXPECT_TRUE(MatchesPattern(table + ".KRA", "?.kra"));
+    EXPECT_TRUE(MatchesPattern(table + report, "*" + report));
+    EXPECT_FALSE(MatchesPattern(Encoded(932, u"\u30A2"), Encoded(932, u"\u30C2")));
+    EXPECT_EQ(table + "\\", FolderAbove(table + "\\" + report + "\\"));
+    EXPECT_EQ((std::vector<std::string>{table, report}), FolderNames(table + "\\" + report + "\\"));
+    const RelativeTarget target = FollowPath("", table + "/" + table);
+    EXPECT_EQ(table + "\\", target.folder);
+    EXPECT_EQ(table, target.name);
+}
+
+TEST(NameRulesTest, PatternsMatchLettersOfUtf8InEitherCase) {
+    const CodePageScope utf8(65001);
+    EXPECT_TRUE(MatchesPattern("B\xC3\x9CRO.kra", "b\xC3\xBCro.*"));
+    EXPECT_TRUE(MatchesPattern("\xF0\x9F\x98\x80.kra", "?.kra"));
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 
 #include "depotbrowser/browser_library.h"
 #include "depotbrowser/dialog_user.h"
+#include "platform/wide_text.h"
 #include "support/box_log.h"
 #include "support/failing_memory.h"
 #include "support/scratch.h"
@@ -65,6 +66,25 @@ TEST_F(CredentialsDialogTest, AComponentThatCannotBeLoadedCountsAsCancelled) {
                       "C:\\missing\\DepotBrowser.dll");
     EXPECT_FALSE(prompt_.Show(credentials_));
     EXPECT_EQ("old", credentials_.password);
+}
+
+using CredentialsLettersTest = CredentialsDialogTest;
+
+TEST_F(CredentialsLettersTest, LettersOfTheCodePageComeOutExactly) {
+    const std::wstring japanese = L"\u4E88\u5B9A\u8868";
+    const std::wstring typed = ExactAnsiFromWide(japanese) ? japanese : L"B\u00FCro";
+    const std::string narrow = ExactAnsiFromWide(typed).value();
+    credentials_.userName = narrow;
+    const DialogUser user(L"ldap.farrow.test", [&](const OpenDialog& dialog) {
+        EXPECT_EQ(typed, dialog.Text(CONTROL_USER));
+        dialog.WaitForFocus(CONTROL_PASSWORD);
+        dialog.Type(typed);
+        dialog.WaitForText(CONTROL_PASSWORD, typed);
+        dialog.Press(VK_RETURN);
+    });
+    EXPECT_TRUE(prompt_.Show(credentials_));
+    EXPECT_EQ(narrow, credentials_.userName);
+    EXPECT_EQ(narrow, credentials_.password);
 }
 
 // A dialog component that shows nothing, answers as told and notes what it is asked. It is on the

@@ -107,6 +107,7 @@ TEST_F(CheckTest, ValueBesideTheDepotsIsNamed) {
 }
 
 TEST_F(CheckTest, CharactersThatTheCodePageLacksAreNamed) {
+    const SystemCodePageScope systemCodePage;
     const std::wstring name = L"Software\\Quillon\\Farrow\\Depots\\Work";
     RegSetKeyValueW(HKEY_CURRENT_USER, name.c_str(), L"Icon", REG_SZ, L"\x0416.ico", 12);
     EXPECT_THAT(Definition(RunTool({"check", "--json", "Work"}).Json(), "Icon"),
@@ -114,6 +115,7 @@ TEST_F(CheckTest, CharactersThatTheCodePageLacksAreNamed) {
 }
 
 TEST_F(CheckTest, KeyThatTheCodePageLacksIsNoDepotAndIsNamed) {
+    const SystemCodePageScope systemCodePage;
     RegSetKeyValueW(HKEY_CURRENT_USER, L"Software\\Quillon\\Farrow\\Depots\\\x0416", L"Path1",
                     REG_SZ, L"C:\\x", 10);
     EXPECT_THAT(Definition(RunTool({"check", "--json", "\xD0\x96"}).Json(), "Key"),

@@ -108,6 +108,7 @@ TEST_F(ListTest, NamesBeyondAsciiComeOutAsUtf8) {
 }
 
 TEST_F(ListTest, NameThatTheCodePageLacksIsRefusedBeforeAnythingIsDone) {
+    const SystemCodePageScope systemCodePage;
     const ToolRun run = RunTool({"set", "--create", "<Team>\\\xD0\x96.kre", "S", "K", "V"});
     EXPECT_EQ(1, run.exitCode);
     EXPECT_THAT(run.errors, HasSubstr("code page 1252"));

@@ -16,7 +16,7 @@ std::string Only(const Findings& findings) {
 }
 
 std::string Folder(const std::string& path) {
-    return Only(CheckFolder("Path1", path, path, kMacros));
+    return Only(CheckFolder("Path1", {path, path, path.size()}, kMacros));
 }
 
 TEST(FolderCheckTest, FullPathsAreGood) {
@@ -61,14 +61,22 @@ TEST(FolderCheckTest, EveryBadRootIsNamed) {
 TEST(FolderCheckTest, PathThatIsTooLongForFilesIsNamed) {
     EXPECT_EQ("", Folder("C:\\" + std::string(196, 'x')));
     EXPECT_NE(std::string::npos, Folder("C:\\" + std::string(197, 'x')).find("leaves little room"));
-    EXPECT_NE(std::string::npos, Folder("C:\\" + std::string(256, 'x')).find("259 characters of"));
-    EXPECT_EQ("it has 260 characters; a path has at most 259",
-              Folder("C:\\" + std::string(257, 'x')));
+    EXPECT_NE(std::string::npos, Folder("C:\\" + std::string(256, 'x')).find("259 bytes of"));
+    EXPECT_EQ("it has 260 bytes; a path has at most 259", Folder("C:\\" + std::string(257, 'x')));
+}
+
+TEST(FolderCheckTest, LengthCountsInTheBytesOfTheCodePage) {
+    // A hundred Japanese characters, which take two bytes each in their code page.
+    std::string path = "C:\\";
+    for (int count = 0; count < 100; ++count) path += "\xE8\xA1\xA8";
+    EXPECT_NE(std::string::npos,
+              Only(CheckFolder("Path1", {path, path, 203}, kMacros)).find("it has 203 bytes of"));
+    EXPECT_EQ("", Only(CheckFolder("Path1", {path, path, 199}, kMacros)));
 }
 
 TEST(FolderCheckTest, MacrosThatStandAreNamed) {
     const auto expanded = [](const char* path) {
-        return Only(CheckFolder("Path1", "$X$", path, kMacros));
+        return Only(CheckFolder("Path1", {"$X$", path, std::string(path).size()}, kMacros));
     };
     EXPECT_EQ("$FATHOMEDIR$ has no value on this machine and stays as it stands",
               expanded("$FATHOMEDIR$\\x"));
@@ -83,9 +91,9 @@ TEST(FolderCheckTest, MacrosThatStandAreNamed) {
 
 TEST(FolderCheckTest, MacrosThatStandForNothingAreNamed) {
     EXPECT_EQ("it stands for nothing on this machine",
-              Only(CheckFolder("Path1", "$USERDIR$", "", kMacros)));
+              Only(CheckFolder("Path1", {"$USERDIR$", "", 0}, kMacros)));
     EXPECT_EQ("it begins with a macro that stands for nothing on this machine",
-              Only(CheckFolder("Path1", "$USERDIR$\\x", "\\x", kMacros)));
+              Only(CheckFolder("Path1", {"$USERDIR$\\x", "\\x", 2}, kMacros)));
 }
 
 TEST(FolderCheckTest, HasMacrosNeedsAWholeName) {
@@ -106,10 +114,10 @@ TEST(LocationCheckTest, RandomTextsAreAlwaysToldWithAdvice) {
     for (int round = 0; round < 20000; ++round) {
         const std::string text = round % 2 == 0 ? random.Pieces(12, pieces) : random.Bytes(20);
         const std::string other = random.Pieces(6, pieces);
-        for (const Findings& findings :
-             {CheckHost("Host1", text), CheckBase("Path1", text),
-              CheckFolder("Path1", text, other, kMacros), CheckFolder("Path1", text, text, kMacros),
-              CheckMacroNames("Path1", text, kMacros)}) {
+        for (const Findings& findings : {CheckHost("Host1", text), CheckBase("Path1", text),
+                                         CheckFolder("Path1", {text, other, other.size()}, kMacros),
+                                         CheckFolder("Path1", {text, text, text.size()}, kMacros),
+                                         CheckMacroNames("Path1", text, kMacros)}) {
             for (const Finding& finding : findings) {
                 EXPECT_FALSE(finding.text.empty()) << text;
                 EXPECT_FALSE(finding.advice.empty()) << text;

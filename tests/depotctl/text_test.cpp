@@ -9,6 +9,22 @@
 namespace depot::ctl {
 namespace {
 
+TEST(Utf8TextTest, AsciiIsFoundBetweenCharactersWhateverTheCodePage) {
+    // The second byte of the first character begins a double-byte character in some code pages.
+    const std::string path = "\xE8\xA1\xA8\xE4\xBA\x88\\x>";
+    EXPECT_EQ(6u, FindAscii(path, '\\'));
+    EXPECT_EQ(std::string::npos, FindAscii(path, '\\', 7));
+    EXPECT_EQ(8u, FindAnyAscii(path, "<>|"));
+    EXPECT_TRUE(EndsInAscii(path, '>'));
+    EXPECT_FALSE(EndsInAscii(path, '\\'));
+}
+
+TEST(Utf8TextTest, Utf16LengthCountsPairsTwice) {
+    EXPECT_EQ(0u, Utf16Length(""));
+    EXPECT_EQ(3u, Utf16Length("a\xC3\xBC\xE8\xA1\xA8"));
+    EXPECT_EQ(2u, Utf16Length("\xF0\x9F\x98\x80"));
+}
+
 TEST(Utf8TextTest, DisplayWidthCountsColumnsNotBytes) {
     EXPECT_EQ(0u, DisplayWidth(""));
     EXPECT_EQ(4u, DisplayWidth("B\xC3\xBCro"));

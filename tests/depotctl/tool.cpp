@@ -10,6 +10,9 @@ namespace depot::test {
 namespace {
 
 constexpr DWORD kPatience = 60000;
+constexpr char kProgram[] = "depotctl.exe";
+
+const char* programName = kProgram;
 
 // A pipe; the end that a child is to have is inherited.
 struct Pipe {
@@ -54,9 +57,8 @@ std::wstring Quoted(const std::wstring& argument) {
 // The program with all its streams redirected.
 class RunningTool {
 public:
-    explicit RunningTool(const std::vector<std::string>& arguments) {
-        std::wstring command = L"\"" + WideFromUtf8(ToolPath()) + L"\" ";
-        command += QuotedCommandLine(arguments);
+    explicit RunningTool(const std::wstring& arguments) {
+        std::wstring command = L"\"" + WideFromAnsi(ToolPath()) + L"\" " + arguments;
         STARTUPINFOW startup = {};
         startup.cb = sizeof(startup);
         startup.dwFlags = STARTF_USESTDHANDLES;
@@ -119,11 +121,27 @@ std::wstring QuotedCommandLine(const std::vector<std::string>& arguments) {
 std::string ToolPath() {
     char program[MAX_PATH] = {};
     GetModuleFileNameA(nullptr, program, sizeof(program));
-    return FolderPrefix(program) + "depotctl.exe";
+    return FolderPrefix(program) + programName;
+}
+
+SystemCodePageScope::SystemCodePageScope() {
+    programName = "depotctl_ansi.exe";
+}
+
+SystemCodePageScope::~SystemCodePageScope() {
+    programName = kProgram;
+}
+
+ToolRun RunToolWith(const std::vector<std::wstring>& arguments) {
+    std::wstring line;
+    for (const std::wstring& argument : arguments) line += Quoted(argument) + L" ";
+    RunningTool tool(line);
+    tool.input.write.reset();
+    return Finish(tool, SIZE_MAX);
 }
 
 ToolRun RunTool(const std::vector<std::string>& arguments, const std::string& input) {
-    RunningTool tool(arguments);
+    RunningTool tool(QuotedCommandLine(arguments));
     DWORD written = 0;
     WriteFile(tool.input.write.get(), input.data(), static_cast<DWORD>(input.size()), &written,
               nullptr);
@@ -132,7 +150,7 @@ ToolRun RunTool(const std::vector<std::string>& arguments, const std::string& in
 }
 
 ToolRun RunToolAndStopReading(const std::vector<std::string>& arguments, std::size_t bytes) {
-    RunningTool tool(arguments);
+    RunningTool tool(QuotedCommandLine(arguments));
     tool.input.write.reset();
     return Finish(tool, bytes);
 }

@@ -27,6 +27,9 @@ struct ToolRun {
 // its standard input.
 ToolRun RunTool(const std::vector<std::string>& arguments, const std::string& input = {});
 
+// The same with arguments that UTF-8 may not hold.
+ToolRun RunToolWith(const std::vector<std::wstring>& arguments);
+
 // Starts the program, reads `bytes` of its output, closes the pipe and waits for its end.
 ToolRun RunToolAndStopReading(const std::vector<std::string>& arguments, std::size_t bytes);
 
@@ -35,6 +38,16 @@ std::wstring QuotedCommandLine(const std::vector<std::string>& arguments);
 
 // The path of the program.
 std::string ToolPath();
+
+// While it lives, the program runs in the system's code page, as on a Windows that does not know
+// the one that the program asks for.
+class SystemCodePageScope {
+public:
+    SystemCodePageScope();
+    ~SystemCodePageScope();
+    SystemCodePageScope(const SystemCodePageScope&) = delete;
+    SystemCodePageScope& operator=(const SystemCodePageScope&) = delete;
+};
 
 // A world with two depots in folders: "Work", named "Travail", and "Team".
 class ToolTest : public testing::Test {

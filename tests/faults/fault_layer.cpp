@@ -9,7 +9,6 @@
 #include "platform/paging_client.h"
 #include "support/module_imports.h"
 // After the Windows headers.
-#include <imagehlp.h>
 #include <oleauto.h>
 #include <shellapi.h>
 #include <shlobj.h>

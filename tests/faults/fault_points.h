@@ -47,7 +47,6 @@
     FAULT(kFile, LoadTypeLibEx, TYPE_E_CANTLOADLIBRARY, 0)                           \
     FAULT(kFile, LoadLibraryA, nullptr, ERROR_NOT_ENOUGH_MEMORY)                     \
     FAULT(kFile, LoadLibraryExA, nullptr, ERROR_NOT_ENOUGH_MEMORY)                   \
-    FAULT(kFile, MakeSureDirectoryPathExists, FALSE, ERROR_ACCESS_DENIED)            \
     TAKES(kFile, _lopen, HFILE_ERROR, ERROR_ACCESS_DENIED, kLegacyFile)              \
     TAKES(kFile, _lcreat, HFILE_ERROR, ERROR_ACCESS_DENIED, kLegacyFile)             \
     FAULT(kFile, _lread, static_cast<UINT>(HFILE_ERROR), ERROR_READ_FAULT)           \

@@ -8,6 +8,17 @@
 
 namespace depot::test {
 
+namespace {
+
+// The library's paths take narrow text for UTF-8, whatever the code page is.
+std::filesystem::path WidePath(const std::string& narrow) {
+    wchar_t wide[MAX_PATH] = {};
+    MultiByteToWideChar(CP_ACP, 0, narrow.c_str(), -1, wide, MAX_PATH);
+    return wide;
+}
+
+}  // namespace
+
 ScratchFolder::ScratchFolder() {
     char temporary[MAX_PATH] = {};
     GetTempPathA(sizeof(temporary), temporary);
@@ -20,11 +31,11 @@ ScratchFolder::ScratchFolder() {
 
 ScratchFolder::~ScratchFolder() {
     std::error_code ignored;
-    std::filesystem::remove_all(path_, ignored);
+    std::filesystem::remove_all(WidePath(path_), ignored);
 }
 
 std::string ScratchFolder::MakeFolder(const std::string& name) const {
-    std::filesystem::create_directories(At(name));
+    std::filesystem::create_directories(WidePath(At(name)));
     return At(name);
 }
 

@@ -162,7 +162,7 @@ void ShowFile(const Program& program, const DefineOptions& options,
 
 // Other keys would be those of the depots together, or lie below a depot's.
 bool IsOneKey(const std::string& key) {
-    return !key.empty() && key.find('\\') == std::string::npos;
+    return !key.empty() && FindAscii(key, '\\') == std::string::npos;
 }
 
 RawDefinition Existing(const DefineOptions& options, Existence wanted) {

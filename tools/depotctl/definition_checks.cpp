@@ -5,6 +5,7 @@
 #include <set>
 
 #include "depotctl/known_values.h"
+#include "depotctl/utf8_text.h"
 
 namespace depot::ctl {
 namespace {
@@ -181,7 +182,7 @@ private:
         if (value.text.empty()) {
             Add(Wrong(value.name, "the name is empty, and users see it", "write a name"));
         }
-        if (value.text.find_first_of("<>\\") != std::string::npos) {
+        if (FindAnyAscii(value.text, "<>\\") != std::string::npos) {
             Add(Wrong(value.name, "<, > and \\ in a name break paths that are given by it",
                       "leave them out"));
         }
@@ -204,11 +205,11 @@ Findings CheckKey(const std::string& key) {
         findings.push_back(Wrong("Key", text, advice));
     };
     if (key.empty()) add("a key needs a name", "name it");
-    if (key.size() > 255) add("a key has at most 255 characters", "choose a shorter one");
-    if (key.find('\\') != std::string::npos) {
+    if (Utf16Length(key) > 255) add("a key has at most 255 characters", "choose a shorter one");
+    if (FindAscii(key, '\\') != std::string::npos) {
         add("a backslash would make a key below a key", "choose another one");
     }
-    if (key.find_first_of("<>") != std::string::npos) {
+    if (FindAnyAscii(key, "<>") != std::string::npos) {
         add("paths of a depot cannot be told apart with < or > in its key", "choose another one");
     }
     const auto isBlank = [](char c) { return c >= 0 && c <= ' '; };

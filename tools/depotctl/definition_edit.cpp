@@ -5,6 +5,7 @@
 
 #include "depotctl/known_values.h"
 #include "depotctl/location_checks.h"
+#include "depotctl/utf8_text.h"
 
 namespace depot::ctl {
 namespace {
@@ -18,9 +19,11 @@ bool CanBeWritten(const RawValue& value) {
 
 std::string Quoted(const std::string& text) {
     std::string quoted = "\"";
-    for (const char c : text) {
-        if (c == '"' || c == '\\') quoted.push_back('\\');
-        quoted.push_back(c);
+    for (std::size_t at = 0; at < text.size();) {
+        const std::size_t special = std::min(FindAnyAscii(text, "\"\\", at), text.size());
+        quoted.append(text, at, special - at);
+        if (special < text.size()) quoted.append(1, '\\').append(1, text[special]);
+        at = special + 1;
     }
     return quoted + "\"";
 }

@@ -51,7 +51,7 @@ std::wstring WideText(const std::vector<BYTE>& data, bool& terminated) {
 
 void SetText(RawValue& value, const std::wstring& text, bool terminated) {
     value.text = Utf8FromWide(text);
-    const std::optional<std::string> narrow = AnsiFromUtf8(value.text);
+    const std::optional<std::string> narrow = ExactAnsiFromUtf8(value.text);
     value.fitsCodePage = narrow.has_value();
     value.bytes = (narrow ? narrow->size() : text.size()) + (terminated ? 1 : 0);
 }
@@ -183,7 +183,7 @@ std::optional<RawDefinition> ReadDefinition(HKEY root, const std::string& key) {
 }
 
 Findings CheckStoredKey(const std::string& key) {
-    if (AnsiFromUtf8(key)) return {};
+    if (ExactAnsiFromUtf8(key)) return {};
     return {Wrong("Key", "it has characters that the system's code page does not have",
                   "choose another one")};
 }
@@ -230,7 +230,7 @@ std::string OwnerOf(HKEY root) {
 
 RawValue StoredText(std::string name, std::string text) {
     RawValue value = TextValue(std::move(name), std::move(text));
-    const std::optional<std::string> narrow = AnsiFromUtf8(value.text);
+    const std::optional<std::string> narrow = ExactAnsiFromUtf8(value.text);
     value.fitsCodePage = narrow.has_value();
     if (narrow) value.bytes = narrow->size() + 1;
     return value;

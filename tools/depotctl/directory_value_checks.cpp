@@ -53,6 +53,12 @@ private:
     bool Has(const char* value) const { return !Text(value).value_or("").empty(); }
     void Add(Finding finding) { findings_.push_back(std::move(finding)); }
 
+    // The length of the path in the code page, without its terminator.
+    std::size_t PathBytes() const {
+        const RawValue* const value = definition_.Find(Name("Path"));
+        return value != nullptr && value->bytes > 0 ? value->bytes - 1 : 0;
+    }
+
     void CheckFolderLocation(const std::string& path) {
         for (const KnownValue& known : KnownValues()) {
             if (known.scope != ValueScope::kDirectory) continue;
@@ -63,7 +69,7 @@ private:
         if (path.empty()) {
             Add(Wrong(Name("Path"), "it is empty", "write a folder's path"));
         } else if (!HasMacros(path)) {
-            const Findings folder = CheckFolder(Name("Path"), path, path, {});
+            const Findings folder = CheckFolder(Name("Path"), {path, path, PathBytes()}, {});
             findings_.insert(findings_.end(), folder.begin(), folder.end());
         }
     }

@@ -1,7 +1,6 @@
 // Texts between the tool, which speaks UTF-8, and the component, which works in the ANSI code page.
 #pragma once
 
-#include <optional>
 #include <string>
 #include <string_view>
 
@@ -9,10 +8,7 @@ namespace depot::ctl {
 
 std::string Utf8FromAnsi(std::string_view text);
 
-// Returns nothing for a text that the code page cannot hold as it stands.
-std::optional<std::string> AnsiFromUtf8(std::string_view text);
-
-// The same for what a user typed: such a text ends the command.
+// Ends the command for what a user typed and the code page cannot hold as it stands.
 std::string ToAnsi(std::string_view text);
 
 }  // namespace depot::ctl

@@ -1,5 +1,6 @@
 #include "depotctl/key_argument.h"
 
+#include "depotctl/utf8_text.h"
 #include "platform/wide_text.h"
 #include "platform/win32.h"
 
@@ -7,8 +8,8 @@ namespace depot::ctl {
 
 std::string KeyArgument(std::string key) {
     if (!key.starts_with('<')) return key;
-    if (key.ends_with('\\')) key.pop_back();
-    if (key.ends_with('>')) return key.substr(1, key.size() - 2);
+    if (EndsInAscii(key, '\\')) key.pop_back();
+    if (EndsInAscii(key, '>')) return key.substr(1, key.size() - 2);
     return key;
 }
 

@@ -9,8 +9,10 @@
 #include "depotctl/failure.h"
 #include "depotctl/places.h"
 #include "fileops/enumerate.h"
+#include "platform/file_search.h"
 #include "platform/paths.h"
 #include "platform/text.h"
+#include "platform/wide_text.h"
 
 namespace depot::ctl {
 namespace {
@@ -60,6 +62,20 @@ bool ShownBefore(const CDepotItem* left, const CDepotItem* right) {
     return ToLower(left->path) < ToLower(right->path);
 }
 
+// Counts the names in a folder of the file system that narrow text cannot hold: listings leave them
+// out, because no path could name them.
+std::uint32_t CountForeignNames(const std::string& folder) {
+    const std::wstring pattern = WideFromAnsi(JoinPath(folder, "*"));
+    WIN32_FIND_DATAW found = {};
+    const HANDLE opened = FindFirstFileW(pattern.c_str(), &found);
+    const UniqueFind search(opened == INVALID_HANDLE_VALUE ? nullptr : opened);
+    std::uint32_t count = 0;
+    for (bool more = search != nullptr; more; more = FindNextFileW(search.get(), &found) != 0) {
+        if (!ExactAnsiFromWide(found.cFileName)) ++count;
+    }
+    return count;
+}
+
 // Lists one folder after the other and collects the rows.
 class Lister {
 public:
@@ -80,7 +96,11 @@ public:
         }
         std::sort(sorted.begin(), sorted.end(), ShownBefore);
         for (const CDepotItem* item : sorted) Add(*item, folder, prefix);
+        foreignNames_ += directory ? directory->UnsafeNames() : CountForeignNames(folder.Storage());
     }
+
+    // How many names the listings left out.
+    std::uint32_t ForeignNames() const { return foreignNames_; }
 
 private:
     void Add(const CDepotItem& item, const Place& folder, const std::string& prefix) {
@@ -92,6 +112,7 @@ private:
     const ListOptions& options_;
     std::string filter_;
     Json& rows_;
+    std::uint32_t foreignNames_ = 0;
 };
 
 // The listing of a single file.
@@ -118,16 +139,33 @@ std::vector<Column> Columns(bool details) {
             {"changed", "CHANGED"}};
 }
 
+// The answer stays a list of what can be named; how much it lacks stands beside it.
+void ReportLeftOut(const Program& program, std::uint32_t count) {
+    const Json codePage = GetACP();
+    if (program.renderer.IsJson()) {
+        const Json report = {{"leftOut", count}, {"codePage", codePage}};
+        program.errors.Write(report.dump() + "\n");
+        return;
+    }
+    program.Complain(std::to_string(count) + (count == 1 ? " name has" : " names have") +
+                     " characters that code page " + codePage.dump() +
+                     " does not have and cannot be listed");
+}
+
 void List(Program& program, const ListOptions& options) {
     Places places(program);
     const Place place = options.path.empty() ? places.DefaultRoot() : places.Resolve(options.path);
     Json rows = Json::array();
+    std::uint32_t leftOut = 0;
     if (places.Require(place) == PlaceKind::kFile) {
         rows.push_back(FileRow(place));
     } else {
-        Lister(options, rows).List(place, {});
+        Lister lister(options, rows);
+        lister.List(place, {});
+        leftOut = lister.ForeignNames();
     }
     program.renderer.List(rows, Columns(options.details));
+    if (leftOut > 0) ReportLeftOut(program, leftOut);
 }
 
 }  // namespace

@@ -3,8 +3,12 @@
 #include <algorithm>
 #include <sstream>
 
+#include "depotctl/utf8_text.h"
+
 namespace depot::ctl {
 namespace {
+
+constexpr char kSeparator = '\\';
 
 bool IsLetter(char c) {
     return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
@@ -61,27 +65,42 @@ Finding StandingMacro(const std::string& subject, const std::string& name,
                  "docs/administration.md lists the macros");
 }
 
+bool HasDoubleBackslash(const std::string& path) {
+    std::size_t at = FindAscii(path, kSeparator);
+    while (at != std::string::npos) {
+        const std::size_t next = FindAscii(path, kSeparator, at + 1);
+        if (next == at + 1) return true;
+        at = next;
+    }
+    return false;
+}
+
+bool HasOuterBlank(const std::string& step) {
+    return !step.empty() && step != "." && step != ".." &&
+           (step.back() == ' ' || step.back() == '.' || step.front() == ' ');
+}
+
 // Checks what follows the drive or the share.
 void CheckSteps(const std::string& subject, const std::string& path, Findings& findings) {
     const auto add = [&](const char* text, const char* advice) {
         findings.push_back(Wrong(subject, text, advice));
     };
     const std::string rest = path.substr(2);
-    if (rest.find("\\\\") != std::string::npos) {
+    if (HasDoubleBackslash(rest)) {
         add("it has two backslashes in a row", "write one (they are doubled in .reg files only)");
     }
-    if (path.find('/') != std::string::npos) {
+    if (FindAscii(path, '/') != std::string::npos) {
         add("it has slashes, by which files are not found to lie in this depot",
             "write backslashes");
     }
-    if (rest.find_first_of("<>:\"|?*") != std::string::npos) {
+    if (FindAnyAscii(rest, "<>:\"|?*") != std::string::npos) {
         add("it has characters that no folder's name can have", "correct it");
     }
-    std::istringstream steps(rest);
     bool blank = false;
-    for (std::string step; std::getline(steps, step, '\\');) {
-        blank = blank || (!step.empty() && step != "." && step != ".." &&
-                          (step.back() == ' ' || step.back() == '.' || step.front() == ' '));
+    for (std::size_t at = 0; at < rest.size();) {
+        const std::size_t end = std::min(FindAscii(rest, kSeparator, at), rest.size());
+        blank = blank || HasOuterBlank(rest.substr(at, end - at));
+        at = end + 1;
     }
     if (blank) {
         add("one of its folders begins with a blank or ends with a blank or a dot", "correct it");
@@ -104,17 +123,17 @@ bool CheckBeginning(const std::string& subject, const std::string& raw, const st
                     "write a path, or set Type to 1 for a directory");
     }
     if (IsUnc(path)) {
-        const std::size_t share = path.find('\\', 2);
-        if (path.size() > 2 && path[2] == '\\') {
+        const std::size_t share = FindAscii(path, kSeparator, 2);
+        if (share == 2) {
             return fail("it begins with more than two backslashes", "write \\\\server\\share");
         }
-        if (share == std::string::npos || share + 1 == path.size() || share == 2) {
+        if (share == std::string::npos || share + 1 == path.size()) {
             return fail("it names a server without a share", "write \\\\server\\share\\folder");
         }
         return true;
     }
     if (StartsWithDrive(path)) {
-        if (path.size() == 2 || path[2] != '\\') {
+        if (FindAscii(path, kSeparator, 2) != 2) {
             return path.size() > 2 && path[2] == '/'
                        ? true
                        : fail("it depends on the current folder of the drive",
@@ -126,7 +145,7 @@ bool CheckBeginning(const std::string& subject, const std::string& raw, const st
         }
         return true;
     }
-    if (path.front() == '\\' && !raw.starts_with('\\')) {
+    if (path.starts_with(kSeparator) && !raw.starts_with(kSeparator)) {
         return fail("it begins with a macro that stands for nothing on this machine",
                     "give it a value, or use another macro");
     }
@@ -172,7 +191,8 @@ bool IsComponent(const std::string& part) {
 }
 
 bool HasEscape(const std::string& base) {
-    for (std::size_t at = base.find('\\'); at != std::string::npos; at = base.find('\\', at + 1)) {
+    for (std::size_t at = FindAscii(base, kSeparator); at != std::string::npos;
+         at = FindAscii(base, kSeparator, at + 1)) {
         const std::string next = base.substr(at + 1, 2);
         if (next.empty()) return false;
         if (std::string(",+\"<>;=#").find(next[0]) != std::string::npos) return true;
@@ -240,7 +260,7 @@ Findings CheckBase(const std::string& subject, const std::string& base) {
         return add("a backslash separates folders here and cannot escape a character",
                    "choose a base without such characters, or put the value in quotes");
     }
-    const std::vector<std::string> parts = Components(base.substr(0, base.find('\\')));
+    const std::vector<std::string> parts = Components(base.substr(0, FindAscii(base, kSeparator)));
     if (!std::all_of(parts.begin(), parts.end(), IsComponent)) {
         return add("it is no valid name of an entry",
                    "write attribute=value parts with commas between, such as cn=Profiles,dc=x");
@@ -248,19 +268,19 @@ Findings CheckBase(const std::string& subject, const std::string& base) {
     return findings;
 }
 
-Findings CheckFolder(const std::string& subject, const std::string& raw,
-                     const std::string& expanded, std::span<const std::string> macros) {
+Findings CheckFolder(const std::string& subject, const FolderPath& path,
+                     std::span<const std::string> macros) {
     constexpr std::size_t kLongestPath = 259;
     constexpr std::size_t kRoomForFiles = 60;
-    Findings findings = CheckMacros(subject, expanded, macros);
+    Findings findings = CheckMacros(subject, path.expanded, macros);
     if (!findings.empty()) return findings;
-    if (!CheckBeginning(subject, raw, expanded, findings)) return findings;
-    CheckSteps(subject, expanded, findings);
-    const std::string length = std::to_string(expanded.size()) + " characters";
-    if (expanded.size() > kLongestPath) {
+    if (!CheckBeginning(subject, path.raw, path.expanded, findings)) return findings;
+    CheckSteps(subject, path.expanded, findings);
+    const std::string length = std::to_string(path.bytes) + " bytes";
+    if (path.bytes > kLongestPath) {
         findings.push_back(Wrong(subject, "it has " + length + "; a path has at most 259",
                                  "choose a shorter one"));
-    } else if (expanded.size() > kLongestPath - kRoomForFiles) {
+    } else if (path.bytes > kLongestPath - kRoomForFiles) {
         findings.push_back(Remark(subject,
                                   "it has " + length +
                                       " of the 259 of a path, which leaves little "
@@ -306,7 +326,7 @@ bool HasMacros(const std::string& path) {
 }
 
 bool LooksLikeBase(const std::string& text) {
-    return IsComponent(Components(text.substr(0, text.find('\\'))).front()) &&
+    return IsComponent(Components(text.substr(0, FindAscii(text, kSeparator))).front()) &&
            !LooksLikeFolder(text);
 }
 

@@ -16,10 +16,17 @@ Findings CheckHost(const std::string& subject, const std::string& host);
 // backslashes.
 Findings CheckBase(const std::string& subject, const std::string& base);
 
-// What keeps an expanded path from being a location's folder. `raw` is the path before, `macros`
-// are the names of the path macros, dollar signs and all.
-Findings CheckFolder(const std::string& subject, const std::string& raw,
-                     const std::string& expanded, std::span<const std::string> macros);
+// A path before and after its macros were expanded, and how many bytes the latter takes in the code
+// page, in which the length of a path is limited.
+struct FolderPath {
+    std::string raw, expanded;
+    std::size_t bytes;
+};
+
+// What keeps an expanded path from being a location's folder. `macros` are the names of the path
+// macros, dollar signs and all.
+Findings CheckFolder(const std::string& subject, const FolderPath& path,
+                     std::span<const std::string> macros);
 
 // What an expanded path still holds of macros and environment variables.
 Findings CheckMacros(const std::string& subject, const std::string& expanded,

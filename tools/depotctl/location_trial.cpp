@@ -62,11 +62,12 @@ private:
     // Macros, and whether what they make is a folder or a base.
     bool CheckName() {
         const std::string raw = Utf8FromAnsi(location_.path);
-        const std::string expanded = Utf8FromAnsi(ExpandedPath(location_));
+        const std::string narrow = ExpandedPath(location_);
+        const std::string expanded = Utf8FromAnsi(narrow);
         const std::vector<std::string> macros = MacroNames();
         Findings found;
         if (location_.type != kDirectoryLocation) {
-            found = CheckFolder("macros", raw, expanded, macros);
+            found = CheckFolder("macros", {raw, expanded, narrow.size()}, macros);
         } else {
             found = CheckMacros("macros", expanded, macros);
             if (found.empty()) found = CheckBase("macros", expanded);

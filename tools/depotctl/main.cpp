@@ -26,6 +26,13 @@ struct ArgumentsFreer {
     void operator()(wchar_t** arguments) const { LocalFree(arguments); }
 };
 
+// A half of a character would name another file than the one that it was made of.
+std::string Utf8Argument(std::wstring_view wide) {
+    std::optional<std::string> argument = ExactFromWide(CP_UTF8, wide);
+    if (argument) return *std::move(argument);
+    Refuse("\"" + Utf8FromWide(wide) + "\" is no valid text: it has half of a character");
+}
+
 // The arguments in UTF-8, the last one first, as the parser takes them.
 std::vector<std::string> Arguments() {
     int count = 0;
@@ -33,7 +40,7 @@ std::vector<std::string> Arguments() {
         CommandLineToArgvW(GetCommandLineW(), &count));
     std::vector<std::string> arguments;
     for (int index = count - 1; index > 0; --index) {
-        arguments.push_back(Utf8FromWide(wide.get()[index]));
+        arguments.push_back(Utf8Argument(wide.get()[index]));
     }
     return arguments;
 }

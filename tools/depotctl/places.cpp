@@ -35,7 +35,8 @@ std::string WithBackslashes(std::string path) {
 // Paths are case-insensitive; a depot's name is shown as the depot spells it.
 std::string SpelledAs(const CDepot& depot, const std::string& path) {
     const std::string prefix = "<" + depot.name + ">";
-    return StartsWithNoCase(path, prefix) ? prefix + path.substr(prefix.size()) : path;
+    const auto length = PrefixLengthNoCase(path, prefix);
+    return length ? prefix + path.substr(*length) : path;
 }
 
 // What there is under an entry's name; a name without a naming attribute is the base's.
@@ -88,7 +89,7 @@ Place Places::Resolve(const std::string& utf8Path) {
     const std::string canonical = FriendlyToCanonical(depots, WithBackslashes(path));
     CDepot* const depot = FindDepotForPath(depots, canonical, PathForm::kDisplay, DepotName::kKey);
     if (depot != nullptr) return InDepot(*depot, canonical);
-    Refuse("no depot is named " + utf8Path.substr(0, utf8Path.find('>') + 1) +
+    Refuse("no depot is named " + utf8Path.substr(0, FindAscii(utf8Path, '>') + 1) +
            "; \"depotctl depots\" lists those there are");
 }
 

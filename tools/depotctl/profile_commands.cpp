@@ -13,7 +13,9 @@
 #include "fileops/directory_transfer.h"
 #include "model/local_mirror.h"
 #include "platform/local_file.h"
+#include "platform/paths.h"
 #include "platform/temp_file.h"
+#include "platform/wide_text.h"
 
 namespace depot::ctl {
 namespace {
@@ -35,7 +37,7 @@ struct ValueOptions {
 constexpr std::size_t kShortestPlainPath = 8;
 
 std::string LongEnough(std::string path) {
-    while (path.size() < kShortestPlainPath) path.insert(path.find('\\') + 1, ".\\");
+    while (path.size() < kShortestPlainPath) path.insert(FindSeparator(path) + 1, ".\\");
     return path;
 }
 
@@ -158,6 +160,17 @@ void Create(const Place& place) {
     if (created == 0) Fail("create", place, 0, errorText);
 }
 
+// The system writes a profile anew in the program's code page, which may be another one than that
+// of the applications: what is no text there would not come out as it was.
+void RequireText(const Place& place) {
+    const std::vector<std::uint8_t> bytes = Contents(place);
+    const std::string text(bytes.begin(), bytes.end());
+    const bool isWide = text.starts_with("\xFF\xFE");
+    if (isWide || ExactWideFromAnsi(text)) return;
+    Refuse(place.Shown() + " has text of another code page than " + std::to_string(GetACP()) +
+           ", which writing a value would destroy");
+}
+
 void Set(Program& program, const ValueOptions& options) {
     Places places(program);
     const Place place = places.Resolve(options.path);
@@ -165,7 +178,11 @@ void Set(Program& program, const ValueOptions& options) {
     if (kind == PlaceKind::kFolder) Refuse(place.Shown() + " is a folder");
     const std::string section = ToAnsi(options.section), key = ToAnsi(options.key);
     const std::string value = options.remove ? std::string() : ToAnsi(options.value);
-    if (kind == PlaceKind::kMissing) Create(place);
+    if (kind == PlaceKind::kMissing) {
+        Create(place);
+    } else {
+        RequireText(place);
+    }
     DepotFileContext& file = Load(program, place);
     file.WriteString(section, key, value);
     // The system's refusal to write is not reported: only reading the value tells.

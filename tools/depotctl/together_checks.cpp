@@ -1,6 +1,7 @@
 #include <algorithm>
 
 #include "depotctl/definition_checks.h"
+#include "depotctl/utf8_text.h"
 
 namespace depot::ctl {
 namespace {
@@ -14,7 +15,7 @@ std::string HiveOf(const DepotSummary& depot) {
 }
 
 std::string WithBackslash(const std::string& path) {
-    return path.ends_with('\\') ? path : path + "\\";
+    return EndsInAscii(path, '\\') ? path : path + "\\";
 }
 
 bool IsInside(const std::string& path, const std::string& folder) {

@@ -1,13 +1,14 @@
 #include "depotctl/transfer_target.h"
 
 #include "depotctl/failure.h"
+#include "depotctl/utf8_text.h"
 #include "platform/paths.h"
 
 namespace depot::ctl {
 namespace {
 
-bool NamesFolder(const std::string& path) {
-    return path.ends_with('\\') || path.ends_with('/') || path.ends_with('>');
+bool NamesFolder(const std::string& utf8Path) {
+    return EndsInAscii(utf8Path, '\\') || EndsInAscii(utf8Path, '/') || EndsInAscii(utf8Path, '>');
 }
 
 std::string SourceName(const Place& from) {

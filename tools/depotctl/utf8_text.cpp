@@ -67,6 +67,28 @@ bool IsControl(std::uint32_t code) {
 
 }  // namespace
 
+std::size_t FindAscii(std::string_view text, char character, std::size_t from) {
+    return text.find(character, from);
+}
+
+std::size_t FindAnyAscii(std::string_view text, std::string_view characters, std::size_t from) {
+    return text.find_first_of(characters, from);
+}
+
+bool EndsInAscii(std::string_view text, char character) {
+    return text.ends_with(character);
+}
+
+std::size_t Utf16Length(std::string_view text) {
+    std::size_t length = 0;
+    while (!text.empty()) {
+        const Character character = FirstOf(text);
+        length += character.code > 0xFFFF ? 2 : 1;
+        text.remove_prefix(character.bytes);
+    }
+    return length;
+}
+
 std::size_t DisplayWidth(std::string_view text) {
     std::size_t width = 0;
     while (!text.empty()) {

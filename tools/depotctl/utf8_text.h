@@ -1,4 +1,4 @@
-// UTF-8 texts as a terminal shows them: how wide they are and how they are cut.
+// UTF-8 texts: what stands in them, how wide a terminal shows them and how they are cut.
 #pragma once
 
 #include <cstddef>
@@ -6,6 +6,15 @@
 #include <string_view>
 
 namespace depot::ctl {
+
+// Look for ASCII characters in UTF-8, which no byte of a longer character is: the code page of
+// narrow texts does not matter here. Positions are those of bytes, npos when there is none.
+std::size_t FindAscii(std::string_view text, char character, std::size_t from = 0);
+std::size_t FindAnyAscii(std::string_view text, std::string_view characters, std::size_t from = 0);
+bool EndsInAscii(std::string_view text, char character);
+
+// Returns how many UTF-16 units the text takes.
+std::size_t Utf16Length(std::string_view text);
 
 // Returns how many columns the text takes: wide East Asian characters take two, combining marks
 // none. A byte that is not part of UTF-8 counts as one character.

@@ -1,0 +1,297 @@
+// Names in every code page that the program can run in.
+#include <algorithm>
+#include <optional>
+
+#include "depotctl/directory_tool.h"
+#include "platform/handles.h"
+#include "platform/wide_text.h"
+
+namespace depot::test {
+namespace {
+
+using testing::ElementsAreArray;
+using testing::HasSubstr;
+
+// Names of the languages of the product, and of others, in UTF-8. Some have second bytes in a code
+// page that are separators, bars or letters.
+constexpr const char* kNames[] = {
+    "plan.kra",
+    "B\u00FCro.kra",
+    "R\u00E9sum\u00E9.kra",
+    "A\u00F1o.kra",
+    "Citt\u00E0.kra",
+    "Relat\u00F3rio.kra",
+    "\u8868.kra",
+    "\u5341.kra",
+    "\u30BD.kra",
+    "\u30EC\u30DD\u30FC\u30C8.kra",
+    "\uBCF4\uACE0\uC11C.kra",
+    "\u62A5\u544A.kra",
+    "\u0130\u0131.kra",
+    "\u041F\u043B\u0430\u043D.kra",
+    "\U0001F600.kra",
+};
+constexpr char kJapaneseFolder[] = "\u4E88\u5B9A\u8868";
+constexpr char kWesternFolder[] = "B\u00FCro";
+
+// The program in the code page that it asks for, and in that of the system.
+enum class Runs { kAsDeclared, kInSystemCodePage };
+
+bool SystemHolds(const char* utf8) {
+    return ExactAnsiFromUtf8(utf8).has_value();
+}
+
+// The name of a depot and its folder, not all ASCII.
+std::string OwnName() {
+    return SystemHolds(kJapaneseFolder) ? kJapaneseFolder : kWesternFolder;
+}
+
+std::vector<std::string> Listed(const std::string& place) {
+    std::vector<std::string> names;
+    for (const auto& row : RunTool({"ls", "--json", place}).Json()) names.push_back(row["name"]);
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+std::vector<std::string> InOrder(std::vector<std::string> names) {
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+// What both kinds of depots are tested with.
+template <class World>
+class RunsInCodePage : public World, public testing::WithParamInterface<Runs> {
+protected:
+    RunsInCodePage() {
+        if (GetParam() == Runs::kInSystemCodePage) systemCodePage_.emplace();
+    }
+
+    unsigned CodePage() const { return systemCodePage_ ? GetACP() : CP_UTF8; }
+    bool Holds(const char* utf8) const { return CodePage() == CP_UTF8 || SystemHolds(utf8); }
+    std::vector<std::string> NamesOf(bool held) const {
+        std::vector<std::string> names;
+        for (const char* name : kNames) {
+            if (Holds(name) == held) names.emplace_back(name);
+        }
+        return names;
+    }
+
+private:
+    std::optional<SystemCodePageScope> systemCodePage_;
+};
+
+std::string NameOfRuns(const testing::TestParamInfo<Runs>& info) {
+    return info.param == Runs::kAsDeclared ? "AsDeclared" : "InSystemCodePage";
+}
+
+class NamesTest : public RunsInCodePage<ToolTest> {
+protected:
+    NamesTest() {
+        const std::string name = ExactAnsiFromUtf8(OwnName()).value();
+        DefineFolder(name, folder_.MakeFolder(name));
+    }
+
+    static std::string In(const std::string& name) { return "<" + OwnName() + ">\\" + name; }
+
+    std::wstring Stored(const std::string& name) const {
+        return WideFromAnsi(folder_.At(ExactAnsiFromUtf8(OwnName()).value())) + L"\\" +
+               WideFromUtf8(name);
+    }
+    bool IsStored(const std::string& name) const {
+        return GetFileAttributesW(Stored(name).c_str()) != INVALID_FILE_ATTRIBUTES;
+    }
+    void Store(const std::wstring& name) const {
+        const UniqueHandle file = OwnFile(CreateFileW((Stored({}) + name).c_str(), GENERIC_WRITE, 0,
+                                                      nullptr, CREATE_NEW, 0, nullptr));
+        ASSERT_NE(nullptr, file.get());
+    }
+};
+
+TEST_P(NamesTest, FilesAreMadeListedReadAndRemovedUnderTheirOwnNames) {
+    const std::vector<std::string> names = NamesOf(true);
+    for (const std::string& name : names) {
+        SCOPED_TRACE(name);
+        const ToolRun run = RunTool({"set", "--create", In(name), "Section", "Key", "Value"});
+        EXPECT_EQ(0, run.exitCode) << run.errors;
+        EXPECT_TRUE(IsStored(name));
+        EXPECT_EQ("Value\n", RunTool({"get", In(name), "Section", "Key"}).output);
+    }
+    EXPECT_THAT(Listed(In("")), ElementsAreArray(InOrder(names)));
+    for (std::size_t removed = 0; removed < names.size(); ++removed) {
+        EXPECT_EQ(0, RunTool({"rm", In(names[removed])}).exitCode) << names[removed];
+        for (std::size_t index = 0; index < names.size(); ++index) {
+            EXPECT_EQ(index > removed, IsStored(names[index])) << names[index];
+        }
+    }
+}
+
+TEST_P(NamesTest, FilesAreCopiedAndMovedUnderTheirOwnNames) {
+    for (const std::string& name : NamesOf(true)) {
+        SCOPED_TRACE(name);
+        RunTool({"set", "--create", In(name), "S", "K", name});
+        const std::string folder = "<Work>\\" + OwnName();
+        EXPECT_EQ(0, RunTool({"mkdir", "-p", folder}).exitCode);
+        const ToolRun copied = RunTool({"cp", In(name), folder + "\\"});
+        EXPECT_EQ("copied 1 file to " + folder + "\\" + name + "\n", copied.output)
+            << copied.errors;
+        EXPECT_EQ(0, RunTool({"mv", folder + "\\" + name, In("2" + name)}).exitCode);
+        EXPECT_TRUE(IsStored("2" + name));
+        EXPECT_EQ(0, RunTool({"rm", In(name), In("2" + name)}).exitCode);
+        EXPECT_EQ("", RunTool({"ls", folder}).output);
+    }
+}
+
+TEST_P(NamesTest, TreesAreCopiedAndRemovedWhole) {
+    const std::string folder = In(OwnName());
+    EXPECT_EQ(0, RunTool({"mkdir", folder}).exitCode);
+    for (const std::string& name : NamesOf(true)) {
+        EXPECT_EQ(0, RunTool({"set", "--create", folder + "\\" + name, "S", "K", "V"}).exitCode);
+    }
+    EXPECT_EQ(0, RunTool({"cp", "-r", folder, "<Work>\\copy"}).exitCode);
+    EXPECT_THAT(Listed("<Work>\\copy"), ElementsAreArray(InOrder(NamesOf(true))));
+    EXPECT_EQ(0, RunTool({"rm", "-r", folder}).exitCode);
+    EXPECT_EQ("", RunTool({"ls", In("")}).output);
+}
+
+TEST_P(NamesTest, DepotsAreShownAndFoundByNamesInTheirOwnLetters) {
+    const auto depots = RunTool({"depots", "--json", "--offline"}).Json();
+    std::vector<std::string> keys;
+    for (const auto& depot : depots) keys.push_back(depot["key"]);
+    EXPECT_THAT(keys, testing::Contains(OwnName()));
+    EXPECT_THAT(RunTool({"depots", "--offline"}).output, HasSubstr("<" + OwnName() + ">"));
+    const ToolRun checked = RunTool({"check", "--offline", OwnName()});
+    EXPECT_THAT(checked.output, HasSubstr(OwnName()));
+}
+
+TEST_P(NamesTest, NameThatTheCodePageLacksIsRefusedAndNothingIsTouched) {
+    for (const std::string& name : NamesOf(false)) {
+        SCOPED_TRACE(name);
+        for (const std::vector<std::string>& command :
+             {std::vector<std::string>{"set", "--create", In(name), "S", "K", "V"},
+              std::vector<std::string>{"mkdir", In(name)}, std::vector<std::string>{"ls", In(name)},
+              std::vector<std::string>{"rm", In(name)}}) {
+            const ToolRun run = RunTool(command);
+            EXPECT_EQ(1, run.exitCode);
+            EXPECT_THAT(run.errors, HasSubstr("code page " + std::to_string(CodePage())));
+        }
+    }
+    EXPECT_EQ("", RunTool({"ls", In("")}).output);
+}
+
+TEST_P(NamesTest, LookAlikeNameDoesNotReachTheFileThatItLooksLike) {
+    Store(L"A.kra");
+    // One looks like A; the others look like a separator.
+    for (const char* name : {"\u0100.kra", "x\uFF3CA.kra", "x\u2216A.kra",
+                             ".\u00A5"
+                             "A.kra"}) {
+        SCOPED_TRACE(name);
+        EXPECT_EQ(1, RunTool({"rm", In(name)}).exitCode);
+        EXPECT_TRUE(IsStored("A.kra"));
+    }
+}
+
+TEST_P(NamesTest, ArgumentWithHalfOfACharacterIsRefused) {
+    for (const std::wstring& half : {std::wstring(L"\xD83D"), std::wstring(L"\xDE00")}) {
+        const ToolRun run =
+            RunToolWith({L"set", L"--create", L"<Work>\\a" + half + L".kra", L"S", L"K", L"V"});
+        EXPECT_EQ(1, run.exitCode);
+        EXPECT_THAT(run.errors, HasSubstr("half of a character"));
+        EXPECT_EQ("", RunTool({"ls", "<Work>\\"}).output);
+    }
+}
+
+TEST_P(NamesTest, LsCountsTheNamesThatItCannotShow) {
+    std::uint32_t foreign = 0;
+    for (const char* name : kNames) {
+        Store(WideFromUtf8(name));
+        if (!Holds(name)) ++foreign;
+    }
+    const ToolRun text = RunTool({"ls", In("")});
+    const ToolRun json = RunTool({"ls", "--json", In("")});
+    EXPECT_EQ(0, text.exitCode);
+    EXPECT_EQ(0, json.exitCode);
+    if (foreign == 0) {
+        EXPECT_EQ("", text.errors);
+        EXPECT_EQ("", json.errors);
+        return;
+    }
+    EXPECT_THAT(text.errors, testing::StartsWith("depotctl: " + std::to_string(foreign) + " name"));
+    const auto report = nlohmann::json::parse(json.errors, nullptr, false);
+    EXPECT_EQ(foreign, report.value("leftOut", 0u)) << json.errors;
+    EXPECT_EQ(CodePage(), report.value("codePage", 0u));
+}
+
+TEST_P(NamesTest, DepotsWhoseNamesDifferInASecondByteStayApart) {
+    // In the Japanese code page the second bytes of the two are one letter in two cases.
+    const char* const keys[] = {"\u30A2", "\u30C2"};
+    if (!SystemHolds(keys[0])) return;
+    for (const char* key : keys) {
+        const std::string name = ExactAnsiFromUtf8(key).value();
+        DefineFolder(name, folder_.MakeFolder(name));
+        const std::string file = std::string("<") + key + ">\\x.kra";
+        EXPECT_EQ(0, RunTool({"set", "--create", file, "S", "K", key}).exitCode);
+    }
+    EXPECT_EQ(0, RunTool({"rm", std::string("<") + keys[0] + ">\\x.kra"}).exitCode);
+    const std::string other = std::string("<") + keys[1] + ">\\x.kra";
+    EXPECT_EQ(std::string(keys[1]) + "\n", RunTool({"get", other, "S", "K"}).output);
+}
+
+// What another program wrote in its code page stays byte for byte.
+TEST_P(NamesTest, ValueIsSetOnlyWhereTextOfAnotherCodePageStaysAsItIs) {
+    const std::string western = "[S]\r\nOther=\xE9\xFFz\r\nKey=1\r\n";
+    folder_.MakeFile("work\\plan.kra", western);
+    const ToolRun run = RunTool({"set", "<Work>\\plan.kra", "S", "Key", "2"});
+    if (CodePage() == 1252) {
+        EXPECT_EQ(0, run.exitCode) << run.errors;
+        EXPECT_THAT(FileBytes(folder_.At("work\\plan.kra")), HasSubstr("Other=\xE9\xFFz\r\n"));
+        return;
+    }
+    EXPECT_EQ(1, run.exitCode);
+    EXPECT_THAT(run.errors, HasSubstr("which writing a value would destroy"));
+    EXPECT_EQ(western, FileBytes(folder_.At("work\\plan.kra")));
+}
+
+TEST(ProgramNamesTest, ProgramDeclaresTheCodePageOfUtf8) {
+    const UniqueModule program(
+        LoadLibraryExA(ToolPath().c_str(), nullptr, LOAD_LIBRARY_AS_DATAFILE));
+    ASSERT_NE(nullptr, program.get());
+    const HRSRC resource =
+        FindResourceA(program.get(), CREATEPROCESS_MANIFEST_RESOURCE_ID, MAKEINTRESOURCEA(24));
+    ASSERT_NE(nullptr, resource);
+    const auto* const bytes =
+        static_cast<const char*>(LockResource(LoadResource(program.get(), resource)));
+    const std::string manifest(bytes, SizeofResource(program.get(), resource));
+    EXPECT_THAT(manifest,
+                HasSubstr("<activeCodePage "
+                          "xmlns=\"http://schemas.microsoft.com/SMI/2019/WindowsSettings\">UTF-8"
+                          "</activeCodePage>"));
+}
+
+class DirectoryNamesTest : public RunsInCodePage<DirectoryToolTest> {};
+
+TEST_P(DirectoryNamesTest, EntriesAreMadeListedReadAndRemovedUnderTheirOwnNames) {
+    const std::vector<std::string> names = NamesOf(true);
+    const std::string folder = "<Dir>\\" + OwnName();
+    EXPECT_EQ(0, RunTool({"mkdir", folder}).exitCode);
+    for (const std::string& name : names) {
+        SCOPED_TRACE(name);
+        const std::string entry = folder + "\\" + name;
+        const ToolRun run = RunTool({"set", "--create", entry, "Section", "Key", "Value"});
+        EXPECT_EQ(0, run.exitCode) << run.errors;
+        EXPECT_EQ("Value\n", RunTool({"get", entry, "Section", "Key"}).output);
+    }
+    EXPECT_THAT(Listed(folder), ElementsAreArray(InOrder(names)));
+    EXPECT_EQ(0, RunTool({"cp", "-r", folder, "<Work>\\"}).exitCode);
+    EXPECT_THAT(Listed("<Work>\\" + OwnName()), ElementsAreArray(InOrder(names)));
+    for (const std::string& name : names) {
+        EXPECT_EQ(0, RunTool({"rm", folder + "\\" + name}).exitCode) << name;
+    }
+    EXPECT_EQ("", RunTool({"ls", folder}).output);
+}
+
+constexpr Runs kRuns[] = {Runs::kAsDeclared, Runs::kInSystemCodePage};
+INSTANTIATE_TEST_SUITE_P(Runs, NamesTest, testing::ValuesIn(kRuns), NameOfRuns);
+INSTANTIATE_TEST_SUITE_P(Runs, DirectoryNamesTest, testing::ValuesIn(kRuns), NameOfRuns);
+
+}  // namespace
+}  // namespace depot::test
