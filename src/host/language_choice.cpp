@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <charconv>
 
+#include "platform/text.h"
+
 namespace depot {
 namespace {
 

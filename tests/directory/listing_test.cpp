@@ -1,5 +1,6 @@
 // Listing the children of a folder.
 #include "directory/entries_fixture.h"
+#include "platform/text.h"
 
 namespace depot {
 namespace {
@@ -61,6 +62,42 @@ TEST_F(ListingTest, WithALocalBaseLeavesOutNamesThatLeadElsewhere) {
     EXPECT_THAT(List("C:\\local"), ElementsAre("file C:\\local\\good.krc"));
     EXPECT_EQ(5u, Connected().UnsafeNames());
     EXPECT_EQ(6u, List().size());
+    EXPECT_EQ(0u, Connected().UnsafeNames());
+}
+
+TEST_F(ListingTest, NamesThatTheCodePageCannotHoldAreLeftOutAndCounted) {
+    server_.AddFile("A.krc", base_, "x");
+    for (const char* name : {"\xC4\x80.krc", "\xE8\xA1\xA8.krc", "\xEF\xBC\xA1.krc"}) {
+        server_.AddFile(name, base_, "x");
+    }
+    server_.AddFolder("\xE8\xA1\xA8", base_);
+    server_.AddFile("\xC3\xA4.krc", base_, "x");
+    EXPECT_THAT(List(), UnorderedElementsAre("file CN=A.krc," + base_, "file CN=\xE4.krc," + base_));
+    EXPECT_EQ(4u, Connected().UnsafeNames());
+}
+
+std::string entryName;
+
+TEST_F(ListingTest, BytesThatAreNoNameAreLeftOutAndCounted) {
+    server_.AddFile("a.krc", base_, "x");
+    DirectoryClient& client = Connected().Client();
+    client.ldap_get_values_len = [](LDAP*, LDAPMessage*, PCHAR attribute) -> berval** {
+        static std::string fileClass = "quillonFileBinary";
+        static berval value = {};
+        static berval* values[2] = {&value};
+        std::string& text = EqualsNoCase(attribute, "objectClass") ? fileClass : entryName;
+        value = {static_cast<ULONG>(text.size()), text.data()};
+        return values;
+    };
+    client.ldap_value_free_len = [](berval**) -> ULONG { return LDAP_SUCCESS; };
+    for (const std::string& name : {std::string("\xE4.krc"), std::string("a\xC3"),
+                                    std::string("\xED\xA0\x80.krc"), std::string("a\0b.krc", 7)}) {
+        entryName = name;
+        EXPECT_THAT(List(), IsEmpty());
+        EXPECT_EQ(1u, Connected().UnsafeNames());
+    }
+    entryName = "b.krc";
+    EXPECT_THAT(List(), ElementsAre("file CN=b.krc," + base_));
     EXPECT_EQ(0u, Connected().UnsafeNames());
 }
 
