@@ -48,8 +48,8 @@ STDMETHODIMP CDepotIntrApi::DPRenameFile(LONG_PTR lDPIntr, BSTR* bstrOldFileName
     return RunOnSession(lDPIntr, WithoutHandle::kFail, [&](DepotSession& session) {
         const std::string oldName = NameText(bstrOldFileName);
         CDepot* const depot = FindDepotHolding(session.Depots(), oldName);
-        return depot != nullptr && MoveFile(*depot, oldName, NameText(bstrNewFileName), nullptr,
-                                            nullptr, nullptr) != 0;
+        return depot != nullptr &&
+               MoveFile(*depot, oldName, NameText(bstrNewFileName), nullptr, nullptr, nullptr) != 0;
     });
 }
 

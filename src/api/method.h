@@ -20,7 +20,8 @@ inline HRESULT ToResult(bool succeeded) {
 }
 
 // Runs the body of a method in the DLL's own module state and lets no exception out. The body
-// returns whether the method succeeded; a name that is refused makes it fail. The trace names the method that calls, here and below.
+// returns whether the method succeeded; a name that is refused makes it fail. The trace names the
+// method that calls, here and below.
 template <class Body>
 HRESULT RunMethod(const Body& body, const char* method = DEPOT_CALLER_NAME) noexcept {
     const CallScope call;

@@ -42,8 +42,7 @@ std::uint32_t CountSharedNames(const TransferPlan& plan) {
     return static_cast<std::uint32_t>(plan.steps.size() - names.size());
 }
 
-// Names that differ to a server may be the same to the file system, or become the same in the ANSI
-// code page.
+// Names that differ to a server may be the same to the file system.
 std::uint32_t CountSharedPaths(const TransferPlan& plan) {
     FileNameSet paths;
     return static_cast<std::uint32_t>(

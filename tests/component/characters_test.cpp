@@ -58,8 +58,7 @@ protected:
     std::vector<std::wstring> List(const std::wstring& folder) {
         LONG_PTR handle = 0;
         LONG count = 0;
-        EXPECT_EQ(S_OK,
-                  api_->DPFindInit(&handle, Text(folder), Text(L".kra"), APP_SKEIN, &count));
+        EXPECT_EQ(S_OK, api_->DPFindInit(&handle, Text(folder), Text(L".kra"), APP_SKEIN, &count));
         std::vector<std::wstring> paths;
         for (LONG index = 0; index < count; ++index) {
             OutText path;
@@ -172,8 +171,7 @@ TEST_F(CharactersTest, NameThatTheCodePageCannotHoldIsRefusedByEveryMethod) {
                                                      Text(At(name)), VARIANT_FALSE));
         LONG_PTR handle = kJunkHandle;
         LONG count = 4711;
-        EXPECT_EQ(S_FALSE,
-                  api_->DPFindInit(&handle, Text(path), Text(L".kra"), APP_SKEIN, &count));
+        EXPECT_EQ(S_FALSE, api_->DPFindInit(&handle, Text(path), Text(L".kra"), APP_SKEIN, &count));
         EXPECT_EQ(0, handle);
         EXPECT_EQ(4711, count);
     }
@@ -215,6 +213,20 @@ TEST_F(CharactersTest, ValuesOfTheCodePageComeBack) {
                                                  Text(L" 'v' " + name)));
         EXPECT_EQ(L" 'v' " + name, Read(Client(), name.c_str(), (L"K" + name).c_str()));
         EXPECT_NE(std::string::npos, Bytes(L"v.kra").find(Narrowed(L"' 'v' " + name)));
+    }
+}
+
+TEST_F(CharactersTest, ValueThatIsCutLosesWholeCharacters) {
+    const ThreadLocale locale;
+    std::wstring value;
+    for (const std::wstring& name : names_.files) value += name.substr(0, name.size() - 4);
+    ASSERT_EQ(S_OK, Load(L"<Work>\\v.kra"));
+    ASSERT_EQ(S_OK, Set(value.c_str()));
+    for (ULONG size = 1; size <= 24; ++size) {
+        SCOPED_TRACE(size);
+        const std::wstring cut = Read(Client(), L"S", L"K", L"", size);
+        EXPECT_EQ(value.substr(0, cut.size()), cut);
+        EXPECT_LT(Narrowed(cut).size(), size);
     }
 }
 

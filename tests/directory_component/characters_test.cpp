@@ -37,8 +37,8 @@ protected:
     std::vector<std::wstring> List() {
         LONG_PTR handle = 0;
         LONG count = 0;
-        EXPECT_EQ(S_OK, api_->DPFindInit(&handle, Text(L"<Corp>\\"), Text(L".kra"), APP_SKEIN,
-                                         &count));
+        EXPECT_EQ(S_OK,
+                  api_->DPFindInit(&handle, Text(L"<Corp>\\"), Text(L".kra"), APP_SKEIN, &count));
         std::vector<std::wstring> paths;
         for (LONG index = 0; index < count; ++index) {
             OutText path;
@@ -104,8 +104,8 @@ TEST_F(DirectoryCharactersTest, EntriesThatCannotBeNamedAreLeftOutAndRefused) {
 }
 
 TEST_F(DirectoryCharactersTest, PublishedFilesArriveUnderTheirNames) {
-    std::string profile = "[Skein]\r\nCount=" + std::to_string(names_.files.size()) +
-                          "\r\n[Clients]\r\n";
+    std::string profile =
+        "[Skein]\r\nCount=" + std::to_string(names_.files.size()) + "\r\n[Clients]\r\n";
     const std::wstring source = Wide(folder_.Path()) + L"\\" + names_.folder;
     CreateDirectoryW(source.c_str(), nullptr);
     int number = 0;

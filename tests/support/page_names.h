@@ -31,19 +31,21 @@ inline PageNames NamesOfThisPage() {
         case CP_UTF8:
             // A folder of 100 characters in 200 bytes, and names that no other page holds together.
             return {std::wstring(100, L'\xE9'),
-                    {L"\x8868\xE4\x0416.kra", L"Pr\xFC"
-                                              L"fung gar\xE7on a\xF1o.kra",
+                    {L"\x8868\xE4\x0416.kra",
+                     L"Pr\xFC"
+                     L"fung gar\xE7on a\xF1o.kra",
                      L"\x043E\x0442\x0447\x0451\x0442.kra", L"\xBCF4\xACE0\xC11C.kra",
                      L"\x62A5\x544A \x5831\x544A.kra", L"\x30EC\x30DD\x30FC\x30C8.kra",
                      L"\xD83D\xDE00.kra", L"e\x0301.kra", L"x\xFF3Cy.kra"},
                     {L"\x30A2", L"\x30C2"},
                     {loneSurrogate}};
         default:
-            return {L"\xDC"
-                    L"berblick",
-                    {L"\xC4.kra", L"\xE9.kra", L"\x20AC \xDF.kra"},
-                    {L"\xC4", L"\xC5"},
-                    {L"\x0100.kra", L"\x8868.kra", L"\xFF21.kra", L"a\xFF3Cx.kra", loneSurrogate}};
+            return {
+                L"\xDC"
+                L"berblick",
+                {L"\xC4.kra", L"\xE9.kra", L"\x20AC \xDF.kra"},
+                {L"\xC4", L"\xC5"},
+                {L"\x0100.kra", L"\x8868.kra", L"\xFF21.kra", L"a\xFF3Cx.kra", loneSurrogate}};
     }
 }
 
