@@ -73,19 +73,19 @@ void BrowseDialog::AllowMultipleSelection() {
 }
 
 void BrowseDialog::SetInitialFileName(const std::string& path) {
-    if (dialog_) dialog_->put_InitialFileName(NewBstr(path).get());
+    if (dialog_) dialog_->put_InitialFileName(NewNameBstr(path).get());
 }
 
 std::string BrowseDialog::Run(ULONG helpTopic, const std::string& resourceFolder) {
     if (!dialog_) return {};
     if (helpTopic != 0) dialog_->put_HelpTopic(static_cast<LONG>(helpTopic));
-    if (!resourceFolder.empty()) dialog_->put_ResourceFolder(NewBstr(resourceFolder).get());
+    if (!resourceFolder.empty()) dialog_->put_ResourceFolder(NewNameBstr(resourceFolder).get());
     LONG result = 0;
     if (FAILED(dialog_->ShowModal(&result)) || result != kConfirmed) return {};
     BSTR path = nullptr;
     const HRESULT found = dialog_->get_ChosenPath(&path);
     const UniqueBstr owned(path);
-    return SUCCEEDED(found) ? NarrowText(&path) : std::string();
+    return SUCCEEDED(found) ? NameText(&path) : std::string();
 }
 
 std::vector<std::string> BrowseDialog::ChosenPaths() {
@@ -104,7 +104,7 @@ std::vector<std::string> BrowseDialog::ChosenPaths() {
         if (copied == E_OUTOFMEMORY) throw std::bad_alloc();
         if (FAILED(copied)) break;
         const UniqueBstr owned(text);
-        paths.push_back(NarrowText(&text));
+        paths.push_back(NameText(&text));
     }
     return paths;
 }

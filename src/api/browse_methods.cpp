@@ -70,7 +70,7 @@ STDMETHODIMP CDepotIntrApi::DPBrowse(LONG_PTR lDPIntr, APP_TYPE appType, BROWSE_
         const SessionForCall session(lDPIntr, WithoutHandle::kFail);
         if (chosen.empty() || !session) return false;
         session->LoadFile(chosen);
-        *bstrFilePath = NewBstr(session->currentFile->depotPath).release();
+        *bstrFilePath = NewNameBstr(session->currentFile->depotPath).release();
         return *bstrFilePath != nullptr;
     });
 }
@@ -95,7 +95,7 @@ STDMETHODIMP CDepotIntrApi::DPBrowseMultiSel(LONG_PTR lDPIntr, APP_TYPE appType,
         session->ReleaseFile();
         const std::optional<std::string> list = ListOfChosenFiles(dialog, first, nSize);
         outOfMemory = !list;
-        if (list) *bstrFileList = NewBstr(*list).release();
+        if (list) *bstrFileList = NewNameBstr(*list).release();
         return *bstrFileList != nullptr;
     });
     return outOfMemory ? E_FAIL : result;

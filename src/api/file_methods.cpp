@@ -46,16 +46,16 @@ bool NamesSameFile(const std::string& left, const std::string& right) {
 STDMETHODIMP CDepotIntrApi::DPRenameFile(LONG_PTR lDPIntr, BSTR* bstrOldFileName,
                                          BSTR* bstrNewFileName) noexcept {
     return RunOnSession(lDPIntr, WithoutHandle::kFail, [&](DepotSession& session) {
-        const std::string oldName = NarrowText(bstrOldFileName);
+        const std::string oldName = NameText(bstrOldFileName);
         CDepot* const depot = FindDepotHolding(session.Depots(), oldName);
-        return depot != nullptr && MoveFile(*depot, oldName, NarrowText(bstrNewFileName), nullptr,
-                                            nullptr, nullptr) != 0;
+        return depot != nullptr &&
+               MoveFile(*depot, oldName, NameText(bstrNewFileName), nullptr, nullptr, nullptr) != 0;
     });
 }
 
 STDMETHODIMP CDepotIntrApi::DPDeleteFile(LONG_PTR lDPIntr, BSTR* bstrFileName) noexcept {
     return RunOnSession(lDPIntr, WithoutHandle::kFail, [&](DepotSession& session) {
-        const std::string fileName = NarrowText(bstrFileName);
+        const std::string fileName = NameText(bstrFileName);
         CDepot* const depot = FindDepotHolding(session.Depots(), fileName);
         return depot != nullptr && DeleteFile(*depot, fileName) != 0;
     });
@@ -65,10 +65,10 @@ STDMETHODIMP CDepotIntrApi::DPCopyFileToLocalFS(LONG_PTR lDPIntr, BSTR* bstrSrcF
                                                 BSTR* bstrDstFileName,
                                                 VARIANT_BOOL vbFailIfExists) noexcept {
     return RunOnSession(lDPIntr, WithoutHandle::kFail, [&](DepotSession& session) {
-        const std::string source = NarrowText(bstrSrcFileName);
+        const std::string source = NameText(bstrSrcFileName);
         // Without a source there must be a current file; nothing is created for nothing.
         if (source.empty() && !session.currentFile) return false;
-        const std::string path = NarrowText(bstrDstFileName);
+        const std::string path = NameText(bstrDstFileName);
         // A file copied onto itself would be emptied before it is read.
         if (NamesSameFile(SourceFile(session, source), path)) return false;
         const UniqueHandle destination = OpenDestination(path, vbFailIfExists == VARIANT_TRUE);
@@ -86,8 +86,9 @@ STDMETHODIMP CDepotIntrApi::DPMakeCopyFromSrcFile(LONG_PTR lDPIntr, BSTR* bstrSr
     // Relied on by: existing clients that tell the two apart.
     return RunOnSession(lDPIntr, WithoutHandle::kFail, [&](DepotSession& session) {
         *bstrDstFile = nullptr;
-        const auto copy = MakeNumberedCopy(session, NarrowText(bstrSrcFile));
-        *bstrDstFile = NewBstr(copy.value_or("")).release();
+        const auto source = ExactName(bstrSrcFile);
+        const auto copy = source ? MakeNumberedCopy(session, *source) : std::nullopt;
+        *bstrDstFile = NewNameBstr(copy.value_or("")).release();
         return copy.has_value() && *bstrDstFile != nullptr;
     });
 }

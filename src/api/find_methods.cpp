@@ -20,10 +20,10 @@ STDMETHODIMP CDepotIntrApi::DPFindInit(LONG_PTR* plDPIntr, BSTR* bstrFilePath, B
         NewSession made(*plDPIntr);
         const SessionForCall session(made.Handle(), WithoutHandle::kFail);
         if (!session) return false;
-        const std::string path = NarrowText(bstrFilePath);
+        const std::string path = NameText(bstrFilePath);
         const CDepotItem folder(path, FindDepotHolding(session->Depots(), path));
         session->findResults = std::make_unique<CDepotItems>();
-        Enumerate(*session->findResults, &folder, NarrowText(bstrFileExt), {}, false);
+        Enumerate(*session->findResults, &folder, NameText(bstrFileExt), {}, false);
         KeepFileType(*session->findResults, *wanted);
         *nCount = static_cast<LONG>(session->findResults->Count());
         made.Keep();

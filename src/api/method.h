@@ -20,7 +20,8 @@ inline HRESULT ToResult(bool succeeded) {
 }
 
 // Runs the body of a method in the DLL's own module state and lets no exception out. The body
-// returns whether the method succeeded. The trace names the method that calls, here and below.
+// returns whether the method succeeded; a name that is refused makes it fail. The trace names the
+// method that calls, here and below.
 template <class Body>
 HRESULT RunMethod(const Body& body, const char* method = DEPOT_CALLER_NAME) noexcept {
     const CallScope call;
@@ -54,7 +55,7 @@ HRESULT RunOnSession(LONG_PTR handle, WithoutHandle withoutHandle, const Body& b
         method);
 }
 
-// Runs a body that makes a text. The output is null unless the body returns one.
+// Runs a body that makes a path or another name. The output is null unless the body returns one.
 template <class Body>
 HRESULT RunForText(LONG_PTR handle, WithoutHandle withoutHandle, BSTR* output, const Body& body,
                    const char* method = DEPOT_CALLER_NAME) noexcept {
@@ -64,7 +65,7 @@ HRESULT RunForText(LONG_PTR handle, WithoutHandle withoutHandle, BSTR* output, c
         handle, withoutHandle,
         [&](DepotSession& session) {
             const std::optional<std::string> text = body(session);
-            if (text) *output = NewBstr(*text).release();
+            if (text) *output = NewNameBstr(*text).release();
             return *output != nullptr;
         },
         method);

@@ -23,7 +23,7 @@ STDMETHODIMP CDepotIntrApi::DPGetDepotDisplayPath(LONG_PTR lDPIntr, BSTR* bstrFi
                                                   BSTR* bstrDspName) noexcept {
     return RunForText(lDPIntr, WithoutHandle::kMakeTemporary, bstrDspName,
                       [&](DepotSession& session) -> std::optional<std::string> {
-                          const std::string fileName = NarrowText(bstrFileName);
+                          const std::string fileName = NameText(bstrFileName);
                           const CDepot* const depot = FindDepotHolding(session.Depots(), fileName);
                           if (depot == nullptr) return std::nullopt;
                           return FolderDisplayPath(depot->displayName, fileName);
@@ -34,7 +34,7 @@ STDMETHODIMP CDepotIntrApi::DPGetPathFromDisplayName(LONG_PTR lDPIntr, BSTR* bst
                                                      BSTR* bstrDPPath) noexcept {
     return RunForText(lDPIntr, WithoutHandle::kMakeTemporary, bstrDPPath,
                       [&](DepotSession& session) -> std::optional<std::string> {
-                          const DisplayPathParts parts = SplitDisplayPath(NarrowText(bstrDspName));
+                          const DisplayPathParts parts = SplitDisplayPath(NameText(bstrDspName));
                           const CDepots& depots = session.Depots();
                           CDepot** const named =
                               std::find_if(depots.begin(), depots.end(), [&](const CDepot* depot) {
@@ -61,7 +61,7 @@ STDMETHODIMP CDepotIntrApi::DPPathConvertDPtoFS(BSTR* bstrDPFilePath,
                                                 BSTR* bstrFSFilePath) noexcept {
     return RunForText(0, WithoutHandle::kMakeTemporary, bstrFSFilePath,
                       [&](DepotSession& session) -> std::optional<std::string> {
-                          const DepotFileContext file(NarrowText(bstrDPFilePath), session.Depots());
+                          const DepotFileContext file(NameText(bstrDPFilePath), session.Depots());
                           // A working copy is no place to keep a path to.
                           if (file.IsInDirectory() || file.localPath.empty()) return std::nullopt;
                           return file.localPath;
@@ -70,7 +70,7 @@ STDMETHODIMP CDepotIntrApi::DPPathConvertDPtoFS(BSTR* bstrDPFilePath,
 
 STDMETHODIMP CDepotIntrApi::DPFileExists(LONG_PTR lDPIntr, BSTR* bstrFileName) noexcept {
     return RunOnSession(lDPIntr, WithoutHandle::kMakeTemporary, [&](DepotSession& session) {
-        const std::string fileName = NarrowText(bstrFileName);
+        const std::string fileName = NameText(bstrFileName);
         CDepot* const depot = FindDepotHolding(session.Depots(), fileName);
         return depot != nullptr && FileExists(*depot, fileName) != 0;
     });
@@ -78,7 +78,7 @@ STDMETHODIMP CDepotIntrApi::DPFileExists(LONG_PTR lDPIntr, BSTR* bstrFileName) n
 
 STDMETHODIMP CDepotIntrApi::DPIsPathWriteAble(LONG_PTR lDPIntr, BSTR* bstrFilePath) noexcept {
     return RunOnSession(lDPIntr, WithoutHandle::kFail, [&](DepotSession& session) {
-        const std::string path = NarrowText(bstrFilePath);
+        const std::string path = NameText(bstrFilePath);
         CDepot* const depot = FindDepotHolding(session.Depots(), path);
         return depot != nullptr && TestPathWritable(*depot, path, nullptr) != 0;
     });
@@ -86,7 +86,7 @@ STDMETHODIMP CDepotIntrApi::DPIsPathWriteAble(LONG_PTR lDPIntr, BSTR* bstrFilePa
 
 STDMETHODIMP CDepotIntrApi::DPSetSelItemPath(LONG_PTR lDPIntr, BSTR* bstrFilePath) noexcept {
     return RunOnSession(lDPIntr, WithoutHandle::kFail, [&](DepotSession& session) {
-        session.selectedItemPath = NarrowText(bstrFilePath);
+        session.selectedItemPath = NameText(bstrFilePath);
         return true;
     });
 }

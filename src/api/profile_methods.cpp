@@ -32,7 +32,14 @@ STDMETHODIMP CDepotIntrApi::DPLoadFile(LONG_PTR* plDPIntr, BSTR* bstrFileToLoad)
         }
         const SessionForCall session(*plDPIntr, WithoutHandle::kFail);
         if (!session) return false;
-        session->LoadFile(NarrowText(bstrFileToLoad));
+        if (const auto path = ExactName(bstrFileToLoad)) {
+            session->LoadFile(*path);
+        } else {
+            // Kept: any name is a success.
+            // Relied on by: clients that load first and look for values then. Without a current
+            // file these fail; the one before must not be taken for it.
+            session->ReleaseFile();
+        }
         if (made) made->Keep();
         return true;
     });

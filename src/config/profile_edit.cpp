@@ -11,6 +11,7 @@
 #include "platform/local_file.h"
 #include "platform/paths.h"
 #include "platform/replace_file.h"
+#include "platform/text.h"
 
 namespace depot {
 namespace {
@@ -39,7 +40,7 @@ bool WasCut(const Bytes& before, const Bytes& after, const ProfileEdit& edit) {
 // Whether the value stands in the text in the one way that can be looked for.
 bool HoldsValue(const Bytes& bytes, const ProfileEdit& edit) {
     const bool isOneLine = edit.value && edit.value->find_first_of("\r\n") == std::string::npos &&
-                           edit.key.find_first_of("[=\r\n") == std::string::npos;
+                           FindAnyCharacter(edit.key, "[=\r\n") == std::string::npos;
     return !isOneLine || !IsText(bytes) ||
            HasValueLine(TextOf(bytes), edit.key, QuoteProfileValue(*edit.value));
 }

@@ -6,7 +6,7 @@ namespace depot {
 namespace {
 
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
-constexpr std::string_view kBlanks = " \t\v\f\r\n\x1A";
+constexpr std::string_view kBlanks = " \t\v\f\r\n\032";
 
 std::string_view Trim(std::string_view text) {
     const std::size_t first = text.find_first_not_of(kBlanks);
@@ -25,7 +25,7 @@ struct Line {
 Line ParseLine(std::string_view text) {
     const std::string_view line = Trim(text);
     // What follows a section's name is nothing.
-    if (line.starts_with('[')) return {line.substr(0, line.rfind(']')), {}};
+    if (line.starts_with('[')) return {line.substr(0, FindLastCharacter(line, ']')), {}};
     const std::size_t sign = line.find('=');
     if (sign == std::string_view::npos) return {line, {}};
     return {Trim(line.substr(0, sign)), Trim(line.substr(sign + 1))};
@@ -50,18 +50,22 @@ private:
     std::string_view rest_;
 };
 
-bool IsAscii(char letter) {
-    return static_cast<unsigned char>(letter) < 0x80;
+// Returns the place of the next ASCII character at or after `at`, or the text's size.
+std::size_t NextAscii(std::string_view text, std::size_t at) {
+    while (at < text.size()) {
+        const Character character = CharacterAt(text, at);
+        if (character.code < 0x80) break;
+        at += character.length;
+    }
+    return at;
 }
 
 bool EqualInAscii(std::string_view left, std::string_view right) {
-    auto a = left.begin();
-    auto b = right.begin();
-    for (;; ++a, ++b) {
-        while (a != left.end() && !IsAscii(*a)) ++a;
-        while (b != right.end() && !IsAscii(*b)) ++b;
-        if (a == left.end() || b == right.end()) return a == left.end() && b == right.end();
-        if (*a != *b) return false;
+    for (std::size_t a = 0, b = 0;; ++a, ++b) {
+        a = NextAscii(left, a);
+        b = NextAscii(right, b);
+        if (a == left.size() || b == right.size()) return a == left.size() && b == right.size();
+        if (left[a] != right[b]) return false;
     }
 }
 

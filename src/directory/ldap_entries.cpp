@@ -7,6 +7,7 @@
 #include "directory/client_support.h"
 #include "directory/ldap_items.h"
 #include "platform/text.h"
+#include "platform/wide_text.h"
 
 namespace depot {
 namespace {
@@ -19,10 +20,16 @@ struct ChildFacts {
     std::string fileName;
     bool isFolder = false;
     bool isFile = false;
+    // Whether narrow texts cannot hold its name of the kind.
+    bool isUnsafeFolderName = false;
+    bool isUnsafeFileName = false;
     bool complete = true;  // whether the client had the memory to hand out all there is
 
-    bool IsNamedFolder() const { return isFolder && !folderName.empty(); }
-    bool IsNamedFile() const { return isFile && !fileName.empty(); }
+    bool IsUnsafe() const {
+        return (isFolder && isUnsafeFolderName) || (isFile && isUnsafeFileName);
+    }
+    bool IsNamedFolder() const { return isFolder && !folderName.empty() && !IsUnsafe(); }
+    bool IsNamedFile() const { return isFile && !fileName.empty() && !IsUnsafe(); }
 };
 
 // The names that tell a location's folders from its files.
@@ -31,16 +38,27 @@ struct Schema {
     std::string folderClass;
     std::string fileClass;
 
-    void Note(const char* attribute, const char* value, ChildFacts& facts) const {
+    void Note(const char* attribute, std::string_view value, ChildFacts& facts) const {
         if (EqualsNoCase(attribute, naming.folder)) {
-            facts.folderName = value;
-            if (naming.AreTheSame()) facts.fileName = value;
+            facts.folderName = Name(value, facts.isUnsafeFolderName);
+            if (!naming.AreTheSame()) return;
+            facts.fileName = facts.folderName;
+            facts.isUnsafeFileName = facts.isUnsafeFolderName;
         } else if (EqualsNoCase(attribute, naming.file)) {
-            facts.fileName = value;
+            facts.fileName = Name(value, facts.isUnsafeFileName);
         } else if (EqualsNoCase(attribute, kObjectClass)) {
             facts.isFolder = facts.isFolder || EqualsNoCase(value, folderClass);
             facts.isFile = facts.isFile || EqualsNoCase(value, fileClass);
         }
+    }
+
+private:
+    // The client would replace what the code page cannot hold by the name of another entry.
+    static std::string Name(std::string_view utf8, bool& isUnsafe) {
+        const bool hasNul = utf8.find('\0') != std::string_view::npos;
+        std::optional<std::string> name = hasNul ? std::nullopt : ExactAnsiFromUtf8(utf8);
+        if (!name) isUnsafe = true;
+        return std::move(name).value_or(std::string());
     }
 };
 
@@ -49,10 +67,10 @@ struct Schema {
 ChildFacts ReadFacts(AttributeWalk& walk, const Schema& schema) {
     ChildFacts facts;
     for (; walk.Name(); walk.Next()) {
-        const UniqueLdapValues values = walk.Texts();
+        const UniqueLdapBytes values = walk.Bytes();
         if (!values) facts.complete = facts.complete && !walk.RanOut();
-        for (char** value = values.get(); value != nullptr && *value != nullptr; ++value) {
-            schema.Note(walk.Name(), *value, facts);
+        for (berval** value = values.get(); value != nullptr && *value != nullptr; ++value) {
+            schema.Note(walk.Name(), {(*value)->bv_val, (*value)->bv_len}, facts);
             if (facts.IsNamedFolder() || facts.IsNamedFile()) return facts;
         }
     }
@@ -116,7 +134,7 @@ int CLDAPItems::ListChildren(const std::string& baseDN, LdapItemList& items,
     items.Clear();
     unsafeNames_ = 0;
     if (LacksAny(client_.ldap_first_entry, client_.ldap_next_entry, client_.ldap_first_attribute,
-                 client_.ldap_next_attribute, client_.ldap_get_values)) {
+                 client_.ldap_next_attribute, client_.ldap_get_values_len)) {
         return Fail(LDAP_SERVER_DOWN, nullptr);
     }
     // Contents stay where they are: they would be most of what a folder sends.
@@ -181,6 +199,10 @@ bool CLDAPItems::AddChild(LDAPMessage* entry, const std::string& baseDN,
     const Schema schema = {NamingNames(), FolderClass(), FileClass()};
     AttributeWalk walk(client_, handle_.get(), entry);
     const ChildFacts facts = ReadFacts(walk, schema);
+    if (facts.IsUnsafe()) {
+        ++unsafeNames_;
+        return true;
+    }
     const bool isFolder = facts.IsNamedFolder();
     if (!isFolder && !facts.IsNamedFile()) return facts.complete;
     const std::string& name = isFolder ? facts.folderName : facts.fileName;

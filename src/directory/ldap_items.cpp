@@ -3,6 +3,7 @@
 #include <atomic>
 
 #include "platform/error_text.h"
+#include "platform/text.h"
 #include "platform/user_notice.h"
 
 namespace depot {
@@ -19,7 +20,7 @@ const std::string& OrDefault(const std::string& name, const std::string& default
 
 // Copies what fits of the text; the field always ends in a NUL.
 void StoreText(char (&field)[DirectoryInfo::kTextBytes], const std::string& text) {
-    const std::size_t length = text.copy(field, sizeof(field) - 1);
+    const std::size_t length = CutToBytes(text, sizeof(field) - 1).copy(field, sizeof(field));
     field[length] = '\0';
 }
 

@@ -124,15 +124,16 @@ public:
     std::string GetPassword() const { return location_->password; }
 
     // Lists the children of a folder into `items`, which is emptied first; each child's path is its
-    // DN or, with a `localBase`, that folder's path joined with the child's name. Names that cannot
-    // be local names are then left out and counted.
+    // DN or, with a `localBase`, that folder's path joined with the child's name. What has a name
+    // that narrow texts do not hold exactly is left out and counted; with a `localBase` so are
+    // names that cannot be local names.
     //
     // A listing above the server's size limit is repeated in pages where the server offers that;
     // otherwise it fails with code 4, and so does one that passes the bounds on trees. A listing
     // that fails leaves `items` empty.
     int ListChildren(const std::string& baseDN, LdapItemList& items,
                      const std::string& localBase = {});
-    // How many children the last listing with a local base left out.
+    // How many children the last listing left out.
     std::uint32_t UnsafeNames() const { return unsafeNames_; }
 
     // Adds a folder entry; an entry that exists is left as it is and counts as success.

@@ -6,6 +6,7 @@
 #include "directory/client_support.h"
 #include "directory/ldap_items.h"
 #include "platform/text.h"
+#include "platform/wide_text.h"
 
 namespace depot {
 namespace {
@@ -24,19 +25,6 @@ void CopyValue(const berval& value, FileBuffer& buffer) {
     buffer.bytes = std::make_unique<std::uint8_t[]>(room);
     std::memcpy(buffer.bytes.get(), value.bv_val, value.bv_len);
     buffer.length = value.bv_len;
-}
-
-// Returns the text in the ANSI code page, or nothing when it is not UTF-8 or has no such form.
-std::optional<std::string> AnsiFromUtf8(std::string_view utf8) {
-    wchar_t wide[512];
-    char narrow[512];
-    const int units = MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, utf8.data(),
-                                          static_cast<int>(utf8.size()), wide, std::size(wide));
-    BOOL lossy = FALSE;
-    const int bytes = WideCharToMultiByte(CP_ACP, WC_NO_BEST_FIT_CHARS, wide, units, narrow,
-                                          std::size(narrow), nullptr, &lossy);
-    if (units == 0 || bytes == 0 || lossy) return std::nullopt;
-    return std::string(narrow, static_cast<std::size_t>(bytes));
 }
 
 }  // namespace
@@ -180,7 +168,7 @@ std::optional<std::vector<std::string>> CLDAPItems::ExplodeDN(const std::string&
     std::vector<std::string> components;
     for (char** component = exploded.get(); *component != nullptr; ++component) {
         // Some clients turn every letter beyond ASCII into escapes, others leave it.
-        components.push_back(DecodeNonAsciiEscapes(*component, &AnsiFromUtf8));
+        components.push_back(DecodeNonAsciiEscapes(*component, &ExactAnsiFromUtf8));
     }
     return components;
 }

@@ -25,30 +25,36 @@ bool IsDotName(std::string_view name) {
     return name == "." || name == "..";
 }
 
-// Calls `take` with every find in the folder but "." and "..". Returns whether all of it could be
-// listed.
+// Calls `take` with every find in the folder but "." and "..". Returns how many names were passed
+// over, or kNotListed when not all of it could be listed.
 template <class Take>
-bool ForEachIn(const std::string& folder, Take take) {
+std::uint32_t ForEachIn(const std::string& folder, Take take) {
     WIN32_FIND_DATAA found = {};
-    const UniqueFind search = StartSearch(EnsureTrailingBackslash(folder) + "*.*", found);
-    if (!search) return false;
-    do {
+    FileSearch search(EnsureTrailingBackslash(folder) + "*.*");
+    while (search.Next(found)) {
         if (!IsDotName(found.cFileName)) take(found);
-    } while (FindNextFileA(search.get(), &found));
-    return GetLastError() == ERROR_NO_MORE_FILES;
+    }
+    return search.IsComplete() ? search.UnsafeNames() : kNotListed;
 }
 
 }  // namespace
 
 bool IsLinkToFolder(const std::string& path) {
     WIN32_FIND_DATAA found = {};
-    return StartSearch(RemoveTrailingBackslash(path), found) && IsLinkToFolder(found);
+    return FileSearch(RemoveTrailingBackslash(path)).Next(found) && IsLinkToFolder(found);
 }
 
 std::string LinksText(std::uint32_t count) {
     if (count == 0) return {};
     const std::string links = count == 1 ? " link to a folder was" : " links to folders were";
     return std::to_string(count) + links + " left out.";
+}
+
+std::string UnsafeLocalNamesText(std::uint32_t count) {
+    if (count == 0) return {};
+    const std::string names = count == 1 ? " file or folder was" : " files and folders were";
+    return std::to_string(count) + names +
+           " left out: the system's code page cannot hold the name.";
 }
 
 void AddLocalFoldersBelow(const std::string& folder, LdapItemList& items) {
@@ -62,17 +68,19 @@ void AddLocalFoldersBelow(const std::string& folder, LdapItemList& items) {
 }
 
 std::uint32_t AddLocalChildren(const std::string& folder, Subfolders subfolders,
-                               LdapItemList& items) {
+                               LdapItemList& items, std::uint32_t* unsafeNames) {
     const std::string base = EnsureTrailingBackslash(folder);
-    std::uint32_t leftOut = 0;
-    const bool listed = ForEachIn(base, [&](const WIN32_FIND_DATAA& found) {
+    std::uint32_t links = 0;
+    const std::uint32_t unsafe = ForEachIn(base, [&](const WIN32_FIND_DATAA& found) {
         const bool isFolder = (found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
         const bool isLink = IsLinkToFolder(found);
-        if (isLink) ++leftOut;
+        if (isLink) ++links;
         if (isFolder && (isLink || subfolders == Subfolders::kLeaveOut)) return;
         AddLocalPath(base + found.cFileName, items);
     });
-    return listed ? leftOut : kNotListed;
+    if (unsafe == kNotListed) return kNotListed;
+    if (unsafeNames != nullptr) *unsafeNames = unsafe;
+    return links + unsafe;
 }
 
 void AddLocalPath(const std::string& path, LdapItemList& items) {

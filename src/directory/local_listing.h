@@ -13,10 +13,13 @@ namespace depot {
 // wanted is none, though it carries a reparse point as well.
 bool IsLinkToFolder(const std::string& path);
 
-// Returns the text that tells a user how many links to folders were left out; empty for none.
+// Return the texts that tell a user how many links to folders, and how many files and folders for
+// their names, were left out; empty for none.
 std::string LinksText(std::uint32_t count);
+std::string UnsafeLocalNamesText(std::uint32_t count);
 
-// Appends every folder below `folder`, each before the folders inside it. Links are left out.
+// Appends every folder below `folder`, each before the folders inside it. Links are left out, and
+// what has a name that the code page cannot hold.
 void AddLocalFoldersBelow(const std::string& folder, LdapItemList& items);
 
 inline constexpr std::uint32_t kNotListed = 0xFFFFFFFF;
@@ -24,10 +27,11 @@ inline constexpr std::uint32_t kNotListed = 0xFFFFFFFF;
 enum class Subfolders { kLeaveOut, kTake };
 
 // Appends what `folder` holds itself: its files and, when they are to be taken, its folders.
-// Returns how many links to folders were left out, or kNotListed when not all of the folder could
-// be listed.
+// Returns how many of its children were left out, or kNotListed when not all of the folder could be
+// listed: links to folders, and whatever has a name that the code page cannot hold. The latter are
+// also stored in `unsafeNames`.
 std::uint32_t AddLocalChildren(const std::string& folder, Subfolders subfolders,
-                               LdapItemList& items);
+                               LdapItemList& items, std::uint32_t* unsafeNames = nullptr);
 
 // Appends one path; it counts as a folder when the file system says so.
 void AddLocalPath(const std::string& path, LdapItemList& items);

@@ -153,7 +153,7 @@ int CopyFile(CDepot& depot, const std::string& source, const std::string& destin
     CLDAPItems* const targetDirectory =
         destinationDepot ? DirectoryOf(*destinationDepot, destination) : nullptr;
     std::string target = destination;
-    if (destination.ends_with('\\')) {
+    if (EndsInSeparator(destination)) {
         // A folder takes the copy under its own name.
         const std::string name = NamePart(RemoveTrailingBackslash(source));
         if (!IsFitForFolder(depot, source, name, sourceDirectory && targetDirectory)) {

@@ -59,8 +59,8 @@ std::uint32_t CopyThroughFolder(const EntryPair& pair, const LdapItemList& child
                   LDAP_INVALID_DN_SYNTAX);
     if (code != LDAP_SUCCESS) return code;
     const TransferRules storeRules = {rules.existing, rules.fate, rules.watcher};
-    std::uint32_t links = 0;
-    return StoreTree(pair.destination, folder, pair.destinationDN, storeRules, links);
+    LeftOut left;
+    return StoreTree(pair.destination, folder, pair.destinationDN, storeRules, left);
 }
 
 // Copies a tree through a temporary local folder, which is gone afterwards in every case. Fails
@@ -215,10 +215,11 @@ int Upload(CLDAPItems& directory, const std::string& localPath, const std::strin
     const TransferRules rules = {existing, fate, watcher, copied};
     if (IsLocalFolder(localPath)) {
         const std::string folder = RemoveTrailingBackslash(localPath);
-        std::uint32_t links = 0;
+        LeftOut left;
         const int result =
-            Finish(directory, StoreTree(directory, folder, dn, rules, links), errorText);
-        if (links > 0 && errorText != nullptr) *errorText = LinksText(links);
+            Finish(directory, StoreTree(directory, folder, dn, rules, left), errorText);
+        const std::string text = LeftOutText(left);
+        if (!text.empty() && errorText != nullptr) *errorText = text;
         return result;
     }
     std::uint64_t bytesDone = 0;

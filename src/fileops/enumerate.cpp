@@ -11,6 +11,7 @@
 #include "platform/file_search.h"
 #include "platform/paths.h"
 #include "platform/text.h"
+#include "platform/trace.h"
 
 namespace depot {
 namespace {
@@ -38,6 +39,12 @@ std::unique_ptr<CDepotItem> FolderItem(std::string path, CDepot& depot) {
     return item;
 }
 
+// Counts what a listing of a folder left out.
+void NoteUnsafeNames(CDepotItems& list, std::uint32_t count, const std::string& folder) {
+    list.unsafeNames += count;
+    if (count > 0) TraceCount("names left out", folder, count);
+}
+
 // Turns what a search in one folder finds into items.
 class FolderLister {
 public:
@@ -56,10 +63,11 @@ public:
         if (folder_.empty()) return 0;
         int added = 0;
         WIN32_FIND_DATAA found = {};
-        const UniqueFind search = StartSearch(JoinPath(folder_, "*.*"), found);
-        for (bool more = search != nullptr; more; more = FindNextFileA(search.get(), &found)) {
+        FileSearch search(JoinPath(folder_, "*.*"));
+        while (search.Next(found)) {
             if (!IsSelfOrParent(found.cFileName) && Add(found)) ++added;
         }
+        NoteUnsafeNames(list_, search.UnsafeNames(), folder_);
         return added;
     }
 
@@ -97,7 +105,7 @@ private:
 std::unique_ptr<WIN32_FIND_DATAA> EntryData(const std::string& name, DWORD attributes) {
     auto data = std::make_unique<WIN32_FIND_DATAA>();
     data->dwFileAttributes = attributes;
-    name.copy(data->cFileName, sizeof(data->cFileName) - 1);
+    CutToBytes(name, sizeof(data->cFileName) - 1).copy(data->cFileName, sizeof(data->cFileName));
     return data;
 }
 
@@ -136,6 +144,7 @@ void ListDirectory(CDepotItems& list, CDepot& depot, CLDAPItems& directory,
     LdapItemList entries;
     directory.ListChildren(DisplayToStorage(depot, request.folder), entries,
                            DisplayFolder(depot, request.folder));
+    NoteUnsafeNames(list, directory.UnsafeNames(), request.folder);
     for (const CLDAPItem* entry : entries) {
         const bool isFolder = entry->isFolder != 0;
         if (!isFolder && (foldersOnly || !PassesFilter(NamePart(entry->path), request.filter))) {

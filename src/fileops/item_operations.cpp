@@ -97,7 +97,7 @@ int OperateOneByOne(const CDepotItems& items, const CDepotItem& target, UINT ope
                     std::string* errorText, const TransferWatcher& watcher) {
     HeldConnections connections;
     ListProgress progress(watcher, items.Count());
-    TargetNames names(target.path.ends_with('\\'));
+    TargetNames names(EndsInSeparator(target.path));
     for (std::size_t index = 0; index < items.Count(); ++index) {
         const CDepotItem& item = *items.At(index);
         const bool deletes = operation == FO_DELETE;

@@ -61,14 +61,21 @@ std::uint32_t StoreFile(CLDAPItems& directory, const TransferStep& step, Existin
                          static_cast<std::uint32_t>(bytes->size()), existing);
 }
 
+std::string LeftOutText(const LeftOut& left) {
+    const std::string links = LinksText(left.links);
+    const std::string names = UnsafeLocalNamesText(left.unsafeNames);
+    return links.empty() || names.empty() ? links + names : links + "\n" + names;
+}
+
 std::uint32_t StoreTree(CLDAPItems& directory, const std::string& folder, const std::string& dn,
-                        const TransferRules& rules, std::uint32_t& links) {
+                        const TransferRules& rules, LeftOut& left) {
     const std::optional<TransferPlan> listed = PlanUpload(directory, folder, dn);
     if (!listed) return LDAP_LOCAL_ERROR;
     const TransferPlan& plan = *listed;
     const bool goes = rules.fate == SourceFate::kGoes;
-    links = plan.links + (goes && IsLinkToFolder(folder) ? 1 : 0);
-    if (links > 0 && goes) return LDAP_NOT_SUPPORTED;
+    left = {plan.links + (goes && IsLinkToFolder(folder) ? 1 : 0), plan.unsafeNames};
+    const bool isWhole = left.links == 0 && left.unsafeNames == 0;
+    if (!isWhole && goes) return LDAP_NOT_SUPPORTED;
     // No file of a tree replaces another one of it.
     const bool refused = rules.existing == ExistingEntries::kRefuse;
     if (plan.sharedNames > 0 || IsFileInTheWay(directory, plan) ||
@@ -93,7 +100,7 @@ std::uint32_t StoreTree(CLDAPItems& directory, const std::string& folder, const 
                                  rules.NoteFile(plan, step, bytes, length);
                              });
         });
-    return code == LDAP_SUCCESS && links > 0 ? std::uint32_t{LDAP_NOT_SUPPORTED} : code;
+    return code == LDAP_SUCCESS && !isWhole ? std::uint32_t{LDAP_NOT_SUPPORTED} : code;
 }
 
 }  // namespace depot

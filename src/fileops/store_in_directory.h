@@ -19,9 +19,18 @@ using NoteBytes = std::function<void(const void* bytes, std::size_t length)>;
 std::uint32_t StoreFile(CLDAPItems& directory, const TransferStep& step, ExistingEntries existing,
                         const NoteBytes& note);
 
-// Stores a local folder with its tree as the entry. Links to folders are counted; all else is
+// What of a local tree cannot be stored.
+struct LeftOut {
+    std::uint32_t links = 0;        // to folders
+    std::uint32_t unsafeNames = 0;  // which the code page cannot hold
+};
+
+// Returns what tells a user of it; empty for nothing.
+std::string LeftOutText(const LeftOut& left);
+
+// Stores a local folder with its tree as the entry. What has to be left out is counted; all else is
 // stored before the tree counts as failed, but nothing when it would be removed afterwards.
 std::uint32_t StoreTree(CLDAPItems& directory, const std::string& folder, const std::string& dn,
-                        const TransferRules& rules, std::uint32_t& links);
+                        const TransferRules& rules, LeftOut& left);
 
 }  // namespace depot

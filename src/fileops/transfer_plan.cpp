@@ -17,6 +17,7 @@ void AddEntries(CLDAPItems& directory, std::size_t parent, const LdapItemList& c
                 TransferPlan& plan) {
     // A copy: the steps move when the plan grows.
     const TransferStep folder = plan.steps[parent];
+    plan.unsafeNames += directory.UnsafeNames();
     for (const CLDAPItem* child : children) {
         std::string name;
         bool nameOfFolder = false;
@@ -41,8 +42,7 @@ std::uint32_t CountSharedNames(const TransferPlan& plan) {
     return static_cast<std::uint32_t>(plan.steps.size() - names.size());
 }
 
-// Names that differ to a server may be the same to the file system, or become the same in the ANSI
-// code page.
+// Names that differ to a server may be the same to the file system.
 std::uint32_t CountSharedPaths(const TransferPlan& plan) {
     FileNameSet paths;
     return static_cast<std::uint32_t>(
@@ -62,9 +62,12 @@ std::optional<TransferPlan> PlanUpload(const CLDAPItems& directory, const std::s
         const TransferStep parent = plan.steps[next];
         if (!parent.isFolder) continue;
         LdapItemList children;
-        const std::uint32_t left = AddLocalChildren(parent.localPath, Subfolders::kTake, children);
+        std::uint32_t unsafe = 0;
+        const std::uint32_t left =
+            AddLocalChildren(parent.localPath, Subfolders::kTake, children, &unsafe);
         if (left == kNotListed) return std::nullopt;
-        plan.links += left;
+        plan.unsafeNames += unsafe;
+        plan.links += left - unsafe;
         for (const CLDAPItem* child : children) {
             const bool isFolder = child->isFolder != 0;
             const std::string& attribute = isFolder ? naming.folder : naming.file;

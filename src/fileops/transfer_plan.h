@@ -23,7 +23,7 @@ struct TransferStep {
 struct TransferPlan {
     std::vector<TransferStep> steps;
     std::uint32_t files = 0;
-    std::uint32_t unsafeNames = 0;  // entries left out because of their names
+    std::uint32_t unsafeNames = 0;  // entries, files or folders left out because of their names
     std::uint32_t sharedNames = 0;  // files and folders that would become one at the destination
     std::uint32_t links = 0;        // links to local folders, which are left out
 };

@@ -43,7 +43,8 @@ std::uint32_t RefuseChildren(CLDAPItems& directory, const std::string& dn) {
     LdapItemList children;
     const std::uint32_t code = List(directory, dn, children);
     if (code != LDAP_SUCCESS) return code;
-    return children.Count() == 0 ? LDAP_SUCCESS : LDAP_NOT_ALLOWED_ON_NONLEAF;
+    const bool isLeaf = children.Count() == 0 && directory.UnsafeNames() == 0;
+    return isLeaf ? LDAP_SUCCESS : LDAP_NOT_ALLOWED_ON_NONLEAF;
 }
 
 std::uint32_t RefuseFile(CLDAPItems& directory, const std::string& dn) {

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <charconv>
 
+#include "platform/text.h"
+
 namespace depot {
 namespace {
 
@@ -90,7 +92,7 @@ std::uint32_t ChooseDottedLanguage(const LanguageSettings& settings, std::uint16
 
 std::optional<std::string> LanguageLibraryPath(std::string_view lowerCasePath,
                                                std::string_view dottedLanguage) {
-    lowerCasePath = lowerCasePath.substr(0, kPlainPathCharacters);
+    lowerCasePath = CutToBytes(lowerCasePath, kPlainPathCharacters);
     const std::size_t extension = lowerCasePath.find(kLibraryExtension);
     if (extension == std::string_view::npos) return std::nullopt;
     std::string path(lowerCasePath.substr(0, extension));

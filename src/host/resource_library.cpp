@@ -6,6 +6,7 @@
 #include "host/language_settings.h"
 #include "platform/kept_library.h"
 #include "platform/paths.h"
+#include "platform/text.h"
 #include "platform/wide_text.h"
 
 namespace depot {
@@ -13,17 +14,10 @@ namespace {
 
 std::atomic<HMODULE> resourceLibrary{nullptr};
 
-// Whole characters are converted here: in a double-byte code page the second byte of a character
-// may look like a capital letter.
-std::string LowerCasePath(std::string path) {
-    CharLowerBuffA(path.data(), static_cast<DWORD>(path.size()));
-    return path;
-}
-
 UniqueModule LoadVariant(const std::string& plainPath) {
     const std::string language = CurrentDottedLanguage();
     if (language.empty()) return nullptr;
-    const auto path = LanguageLibraryPath(LowerCasePath(plainPath), language);
+    const auto path = LanguageLibraryPath(ToLower(plainPath), language);
     return UniqueModule(path ? LoadLibraryA(path->c_str()) : nullptr);
 }
 

@@ -18,7 +18,7 @@ bool MatchesPrefix(std::string_view path, std::string_view prefix) {
 }
 
 std::string CompleteBareName(const std::string& path, const std::string& prefix) {
-    const bool bare = path.find('\\') == std::string::npos && MatchesPrefix(path, prefix);
+    const bool bare = FindSeparator(path) == std::string::npos && MatchesPrefix(path, prefix);
     return bare ? prefix : path;
 }
 

@@ -66,11 +66,10 @@ public:
 private:
     void FindJournals() {
         WIN32_FIND_DATAA found = {};
-        const UniqueFind search = StartSearch(JoinPath(folder_, kWorkingCopyJournals), found);
-        if (!search) return;
-        do {
+        FileSearch search(JoinPath(folder_, kWorkingCopyJournals));
+        while (abandoned_.size() < kMaxJournals && search.Next(found)) {
             if (IsWorkingCopyJournal(found.cFileName)) Claim(JoinPath(folder_, found.cFileName));
-        } while (abandoned_.size() < kMaxJournals && FindNextFileA(search.get(), &found));
+        }
     }
 
     // To hold a journal is to be the only one who deals with its copies.

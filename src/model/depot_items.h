@@ -1,6 +1,7 @@
 // A list of items found in depots.
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <string>
@@ -50,6 +51,8 @@ public:
     CDepotItem* At(std::size_t index) const { return array_.At(index); }
 
     bool ownsItems = true;
+    // How many files and folders listings left out because of their names.
+    std::uint32_t unsafeNames = 0;
 
 private:
     PointerArray<CDepotItem> array_;

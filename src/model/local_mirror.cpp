@@ -151,6 +151,7 @@ private:
     void Visit(const std::string& dn) {
         LdapItemList children;
         if (directory_.ListChildren(dn, children) == 0) Note(directory_.LastError());
+        unsafeNames_ += directory_.UnsafeNames();
         if (children.Count() > 0) EnsureFolder(localFolder_);
         std::vector<LocalChild> found = LocalChildren(directory_, children, unsafeNames_);
         for (const LocalChild& child : found) {

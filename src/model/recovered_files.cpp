@@ -9,6 +9,7 @@
 #include "platform/local_file.h"
 #include "platform/paths.h"
 #include "platform/replace_file.h"
+#include "platform/text.h"
 #include "platform/win32.h"
 // After the Windows headers.
 #include <shlobj.h>
@@ -31,9 +32,9 @@ SplitName SplitForRecovery(const std::string& name) {
     if (!IsSafeLocalName(name)) return {"file", {}};
     const std::size_t dot = name.rfind('.');
     if (dot == std::string::npos || dot == 0 || name.size() - dot > kLongestExtension) {
-        return {name.substr(0, kLongestStem), {}};
+        return {std::string(CutToBytes(name, kLongestStem)), {}};
     }
-    return {name.substr(0, std::min(dot, kLongestStem)), name.substr(dot)};
+    return {std::string(CutToBytes(name, std::min(dot, kLongestStem))), name.substr(dot)};
 }
 
 std::string LocalTimeText() {

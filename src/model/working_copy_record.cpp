@@ -68,8 +68,12 @@ std::uint64_t Seal(Bytes bytes) {
     return ChecksumOf(bytes.data(), kSeal.offset);
 }
 
+bool IsHexDigit(char c) {
+    return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'F') || (c >= 'a' && c <= 'f');
+}
+
 bool AreHexDigits(std::string_view text) {
-    return text.find_first_not_of("0123456789ABCDEFabcdef") == std::string_view::npos;
+    return std::all_of(text.begin(), text.end(), IsHexDigit);
 }
 
 std::string HexText(std::uint64_t number, std::size_t digits) {

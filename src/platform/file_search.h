@@ -1,6 +1,7 @@
 // Searches of the file system for names that match a pattern.
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <type_traits>
@@ -14,13 +15,30 @@ struct FindCloser {
 };
 using UniqueFind = std::unique_ptr<std::remove_pointer_t<HANDLE>, FindCloser>;
 
-// Starts a search and stores its first find; null when nothing is found. The next finds come from
-// FindNextFileA.
-inline UniqueFind StartSearch(const std::string& pattern, WIN32_FIND_DATAA& found) {
-    UniqueFind search(FindFirstFileA(pattern.c_str(), &found));
-    // What a failed call returns is no search, and must not be closed.
-    if (search.get() == INVALID_HANDLE_VALUE) static_cast<void>(search.release());
-    return search;
-}
+// One search. Only names that narrow texts hold exactly are handed out: any other would come back
+// as the name of another file, or of none.
+class FileSearch {
+public:
+    explicit FileSearch(const std::string& pattern);
+
+    // Stores the next find. Returns false at the end.
+    bool Next(WIN32_FIND_DATAA& found);
+
+    // How many finds were passed over for their names: the code page cannot hold them, or they
+    // have more bytes than a find has room for.
+    std::uint32_t UnsafeNames() const { return unsafeNames_; }
+
+    // Whether the search has ended, with all that there was.
+    bool IsComplete() const { return isComplete_; }
+
+private:
+    bool Advance();
+
+    WIN32_FIND_DATAW found_ = {};
+    UniqueFind search_;
+    bool isFirst_ = true;
+    bool isComplete_ = false;
+    std::uint32_t unsafeNames_ = 0;
+};
 
 }  // namespace depot

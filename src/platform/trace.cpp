@@ -108,6 +108,12 @@ std::string TraceSpan::ResultText(HRESULT result) {
     return text.data();
 }
 
+void TraceCount(const char* what, std::string_view subject, std::uint32_t count) {
+    if (!IsTracing()) return;
+    // The form of all lines.
+    TraceSpan(what, subject).EndWithCode(count);
+}
+
 // The traced operation keeps its last error and never fails for its trace.
 void TraceSpan::End(const std::string& result) const try {
     const DWORD lastError = GetLastError();

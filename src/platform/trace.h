@@ -1,6 +1,7 @@
 // The trace that support staff switch on: a line for every interface call and directory request.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -55,5 +56,8 @@ private:
     std::string_view subject_;
     LARGE_INTEGER start_ = {};
 };
+
+// Writes a line with a count and what is counted, where there is no result to wait for.
+void TraceCount(const char* what, std::string_view subject, std::uint32_t count);
 
 }  // namespace depot

@@ -1,5 +1,7 @@
 #include "platform/wide_text.h"
 
+#include <algorithm>
+
 #include "platform/win32.h"
 
 namespace depot {
@@ -60,7 +62,9 @@ std::optional<std::string> ExactAnsiFromWide(std::wstring_view text) {
 }
 
 std::optional<std::string> ExactFromWide(unsigned codePage, std::wstring_view text) {
-    if (text.empty()) return std::string();
+    // ASCII is the same in every code page.
+    const auto isAscii = [](wchar_t unit) { return unit < 0x80; };
+    if (std::all_of(text.begin(), text.end(), isAscii)) return {{text.begin(), text.end()}};
     // A code page of several bytes has at most this many for one UTF-16 unit.
     constexpr std::size_t kMostBytes = 4;
     std::string narrow(text.size() * kMostBytes, '\0');

@@ -48,6 +48,50 @@ TEST(NarrowTextTest, HugeTextIsConvertedWhole) {
     EXPECT_EQ(std::string(100000, 'x'), Narrowed(std::wstring(100000, L'x')));
 }
 
+std::optional<std::string> Exact(std::wstring_view text) {
+    const UniqueBstr owned(SysAllocStringLen(text.data(), static_cast<UINT>(text.size())));
+    BSTR raw = owned.get();
+    return ExactName(&raw);
+}
+
+TEST(ExactNameTest, IsTheNameInTheAnsiCodePageWhateverTheThreadsLanguage) {
+    const LCID before = GetThreadLocale();
+    ASSERT_TRUE(SetThreadLocale(MAKELCID(MAKELANGID(LANG_RUSSIAN, SUBLANG_DEFAULT), SORT_DEFAULT)));
+    const auto western = Exact(L"\x00E4\x20AC"), russian = Exact(L"\x0416");
+    const UniqueBstr wide = NewNameBstr("\xC6");
+    SetThreadLocale(before);
+    EXPECT_EQ("\xE4\x80", western);
+    EXPECT_EQ(std::nullopt, russian);
+    EXPECT_EQ(L"\x00C6", std::wstring(wide.get()));
+}
+
+TEST(ExactNameTest, NothingIsAnEmptyName) {
+    BSTR nothing = nullptr;
+    EXPECT_EQ("", ExactName(nullptr));
+    EXPECT_EQ("", ExactName(&nothing));
+    EXPECT_EQ("", Exact(L""));
+}
+
+TEST(ExactNameTest, NameThatWouldBecomeAnotherOneIsRefused) {
+    for (const std::wstring_view name :
+         {std::wstring_view(L"\x0100"), std::wstring_view(L"\xFF3C"), std::wstring_view(L"a\0b", 3),
+          std::wstring_view(L"\0a", 2), std::wstring_view(L"\xD83D", 1),
+          std::wstring_view(L"\x2216")}) {
+        EXPECT_EQ(std::nullopt, Exact(name));
+    }
+}
+
+TEST(ExactNameTest, NulsAtTheEndAreNoPartOfTheName) {
+    EXPECT_EQ("a", Exact(std::wstring_view(L"a\0\0", 3)));
+    EXPECT_EQ("", Exact(std::wstring_view(L"\0\0", 2)));
+}
+
+TEST(NameTextTest, RefusedNameIsThrown) {
+    const UniqueBstr owned(SysAllocString(L"\x0100"));
+    BSTR raw = owned.get();
+    EXPECT_THROW(NameText(&raw), RefusedName);
+}
+
 TEST(NewBstrTest, WholeTextIsConvertedEmbeddedNulsIncluded) {
     EXPECT_EQ(std::wstring(L"a\0b", 3), Widened(std::string("a\0b", 3)));
     EXPECT_EQ(L"\x00E4\x20AC", Widened("\xE4\x80"));

@@ -215,7 +215,7 @@ TEST_F(EntriesTest, AMissingEntryPointMakesItsOperationFailAsServerDown) {
     LdapItemList children;
     EXPECT_EQ(0, without(&DirectoryClient::ldap_first_entry).ListChildren(base_, children));
     EXPECT_EQ(81u, Connected().LastError());
-    EXPECT_EQ(0, without(&DirectoryClient::ldap_get_values).ListChildren(base_, children));
+    EXPECT_EQ(0, without(&DirectoryClient::ldap_get_values_len).ListChildren(base_, children));
     EXPECT_EQ(81u, Connected().LastError());
     EXPECT_EQ(0, without(&DirectoryClient::ldap_search_s).ListChildren(base_, children));
     EXPECT_EQ(81u, Connected().LastError());

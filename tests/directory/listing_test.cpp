@@ -1,5 +1,6 @@
 // Listing the children of a folder.
 #include "directory/entries_fixture.h"
+#include "platform/text.h"
 
 namespace depot {
 namespace {
@@ -64,6 +65,43 @@ TEST_F(ListingTest, WithALocalBaseLeavesOutNamesThatLeadElsewhere) {
     EXPECT_EQ(0u, Connected().UnsafeNames());
 }
 
+TEST_F(ListingTest, NamesThatTheCodePageCannotHoldAreLeftOutAndCounted) {
+    server_.AddFile("A.krc", base_, "x");
+    for (const char* name : {"\xC4\x80.krc", "\xE8\xA1\xA8.krc"}) {
+        server_.AddFile(name, base_, "x");
+    }
+    server_.AddFolder("\xE8\xA1\xA8", base_);
+    server_.AddFile("\xC3\xA4.krc", base_, "x");
+    EXPECT_THAT(List(),
+                UnorderedElementsAre("file CN=A.krc," + base_, "file CN=\xE4.krc," + base_));
+    EXPECT_EQ(3u, Connected().UnsafeNames());
+}
+
+std::string entryName;
+
+TEST_F(ListingTest, BytesThatAreNoNameAreLeftOutAndCounted) {
+    server_.AddFile("a.krc", base_, "x");
+    DirectoryClient& client = Connected().Client();
+    client.ldap_get_values_len = [](LDAP*, LDAPMessage*, PCHAR attribute) -> berval** {
+        static std::string fileClass = "quillonFileBinary";
+        static berval value = {};
+        static berval* values[2] = {&value};
+        std::string& text = EqualsNoCase(attribute, "objectClass") ? fileClass : entryName;
+        value = {static_cast<ULONG>(text.size()), text.data()};
+        return values;
+    };
+    client.ldap_value_free_len = [](berval**) -> ULONG { return LDAP_SUCCESS; };
+    for (const std::string& name : {std::string("\xE4.krc"), std::string("a\xC3"),
+                                    std::string("\xED\xA0\x80.krc"), std::string("a\0b.krc", 7)}) {
+        entryName = name;
+        EXPECT_THAT(List(), IsEmpty());
+        EXPECT_EQ(1u, Connected().UnsafeNames());
+    }
+    entryName = "b.krc";
+    EXPECT_THAT(List(), ElementsAre("file CN=b.krc," + base_));
+    EXPECT_EQ(0u, Connected().UnsafeNames());
+}
+
 TEST_F(ListingTest, AsksForTheNamesAndTheClassOnly) {
     server_.AddFile("a.krc", base_, "x");
     Connected();
@@ -125,14 +163,19 @@ protected:
         };
         client.ldap_next_attribute = [](LDAP*, LDAPMessage*, BerElement*) { return NextName(); };
         client.ldap_memfree = [](PCHAR) {};
-        client.ldap_get_values = [](LDAP*, LDAPMessage*, PCHAR) {
-            static std::vector<char*> values;
+        client.ldap_get_values_len = [](LDAP*, LDAPMessage*, PCHAR) {
+            static std::vector<berval> bytes;
+            static std::vector<berval*> values;
+            bytes.clear();
             values.clear();
-            for (std::string& value : attributes[next - 1].second) values.push_back(value.data());
+            for (std::string& value : attributes[next - 1].second) {
+                bytes.push_back({static_cast<ULONG>(value.size()), value.data()});
+            }
+            for (berval& value : bytes) values.push_back(&value);
             values.push_back(nullptr);
             return values.data();
         };
-        client.ldap_value_free = [](PCHAR*) -> ULONG { return 0; };
+        client.ldap_value_free_len = [](berval**) -> ULONG { return 0; };
     }
     std::vector<std::string> ListChild(const Attributes& child) {
         attributes = child;
@@ -173,6 +216,18 @@ TEST_F(ChildTest, OfNamesThatDifferIsNamedByThatOfItsKind) {
         ElementsAre("folder ou=folder," + base_));
     // Without the name of its kind it is not listed.
     EXPECT_THAT(ListChild({{"cn", {"file"}}, {"objectClass", {"quillonFolder"}}}), IsEmpty());
+}
+
+TEST_F(ChildTest, OneOfWhoseNamesCannotBeHeldIsLeftOutUnlessItIsOfTheOtherKind) {
+    const std::string bad = "\xE8\xA1\xA8.krc";
+    const std::vector<std::string> file = {"quillonFileBinary"};
+    EXPECT_THAT(ListChild({{"cn", {bad, "a.krc"}}, {"objectClass", file}}), IsEmpty());
+    EXPECT_EQ(1u, Connected().UnsafeNames());
+    EXPECT_THAT(ListChild({{"objectClass", file}, {"cn", {bad, "a.krc"}}}), IsEmpty());
+    EXPECT_EQ(1u, Connected().UnsafeNames());
+    Connected().Location().folderAttributeName = "ou";
+    EXPECT_THAT(ListChild({{"ou", {bad}}, {"cn", {"a.krc"}}, {"objectClass", file}}),
+                ElementsAre("file CN=a.krc," + base_));
 }
 
 TEST_F(ListingTest, WithItsOwnNamesUsesThem) {

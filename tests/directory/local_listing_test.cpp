@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "support/folder_link.h"
+#include "support/page_names.h"
 #include "support/scratch.h"
 
 namespace depot {
@@ -71,6 +72,28 @@ TEST_F(LocalListingTest, OnlyRealLinksAreLeftOutAndCounted) {
     EXPECT_FALSE(IsLinkToFolder(folder_.At("b")));
     EXPECT_FALSE(IsLinkToFolder(folder_.At("a.krc")));
     EXPECT_FALSE(IsLinkToFolder(folder_.At("missing")));
+}
+
+TEST_F(LocalListingTest, NamesThatTheCodePageCannotHoldAreLeftOutAndCounted) {
+    const std::wstring folder = WideFromAnsi(folder_.Path());
+    test::MakeWideFile(folder + L"\\\x0100.krc", "x");
+    test::MakeWideFile(folder + L"\\\xFF21.krc", "x");
+    CreateDirectoryW((folder + L"\\\x8868").c_str(), nullptr);
+    std::uint32_t unsafeNames = 0;
+    EXPECT_EQ(3u, AddLocalChildren(folder_.Path(), Subfolders::kTake, items_, &unsafeNames));
+    EXPECT_EQ(3u, unsafeNames);
+    EXPECT_THAT(Found(), UnorderedElementsAre("file \\a.krc", "file \\plain", "folder \\b"));
+    items_.Clear();
+    AddLocalFoldersBelow(folder_.Path(), items_);
+    EXPECT_THAT(Found(), ElementsAre("folder \\b", "folder \\b\\c"));
+}
+
+TEST(UnsafeLocalNamesTextTest, SaysHowManyWereLeftOut) {
+    EXPECT_EQ("", UnsafeLocalNamesText(0));
+    EXPECT_EQ("1 file or folder was left out: the system's code page cannot hold the name.",
+              UnsafeLocalNamesText(1));
+    EXPECT_EQ("12 files and folders were left out: the system's code page cannot hold the name.",
+              UnsafeLocalNamesText(12));
 }
 
 TEST(LinksTextTest, SaysHowManyLinksWereLeftOut) {

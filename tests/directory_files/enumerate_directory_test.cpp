@@ -147,13 +147,15 @@ TEST_F(EnumerateDirectoryTest, NamesLongerThanTheFindDataAreCutThereAndNotInTheP
     server_.AddFile("a.kra", base_, "x");
     DirectoryClient& client = Directory().Client();
     // Servers store longer names than the one of the tests.
-    client.ldap_get_values = [](LDAP*, LDAPMessage*, PCHAR attribute) -> PCHAR* {
-        static char fileClass[] = "quillonFileBinary";
-        static PCHAR values[2] = {};
-        values[0] = EqualsNoCase(attribute, "objectClass") ? fileClass : longName.data();
+    client.ldap_get_values_len = [](LDAP*, LDAPMessage*, PCHAR attribute) -> berval** {
+        static std::string fileClass = "quillonFileBinary";
+        static berval value = {};
+        static berval* values[2] = {&value};
+        std::string& text = EqualsNoCase(attribute, "objectClass") ? fileClass : longName;
+        value = {static_cast<ULONG>(text.size()), text.data()};
         return values;
     };
-    client.ldap_value_free = [](PCHAR*) -> ULONG { return LDAP_SUCCESS; };
+    client.ldap_value_free_len = [](berval**) -> ULONG { return LDAP_SUCCESS; };
     for (const std::size_t length : {255u, 259u, 260u, 300u}) {
         SCOPED_TRACE(length);
         longName = std::string(length - 4, 'n') + ".kra";
@@ -163,6 +165,14 @@ TEST_F(EnumerateDirectoryTest, NamesLongerThanTheFindDataAreCutThereAndNotInTheP
         EXPECT_EQ(longName.substr(0, MAX_PATH - 1), list_.At(0)->findData->cFileName);
         EXPECT_EQ(64u, list_.At(0)->fileType);
     }
+}
+
+TEST_F(EnumerateDirectoryTest, EntriesThatCannotBeNamedAreCountedInTheList) {
+    server_.AddFile("a.kra", base_, "x");
+    server_.AddFile("\xE8\xA1\xA8.kra", base_, "x");
+    server_.AddFile("nul.kra", base_, "x");
+    EXPECT_EQ(1, List("<Work>\\", ".kra"));
+    EXPECT_EQ(2u, list_.unsafeNames);
 }
 
 TEST_F(EnumerateDirectoryTest, AFolderDeletedBeforeItsListingListsNothing) {

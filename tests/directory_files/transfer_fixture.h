@@ -41,8 +41,8 @@ protected:
     // Two files that are one in the ANSI code page, and so to the file system.
     void AddFilesOfOneLocalName(const std::string& dn) {
         server_.AddFile("L.kra", dn, "plain");
-        server_.Apply("dn: cn=\xC5\x81.kra," + dn +
-                      "\nobjectClass: quillonFileBinary\ncn:: xYEua3Jh\n"
+        server_.Apply("dn: cn=other.kra," + dn +
+                      "\nobjectClass: quillonFileBinary\ncn: L.kra\ncn: other.kra\n"
                       "quillonFileContentsBinary: stroke\n\n");
     }
     // A file that is named like a folder, and a folder with a file that is named like a file.

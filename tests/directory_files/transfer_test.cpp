@@ -3,6 +3,7 @@
 #include "directory/local_listing.h"
 #include "directory_files/transfer_fixture.h"
 #include "support/folder_link.h"
+#include "support/page_names.h"
 
 namespace depot {
 namespace {
@@ -193,6 +194,34 @@ TEST_F(TransferTest, FileReplacesNoOtherOneOfItsTreeThroughALinkInTheTarget) {
     EXPECT_EQ(0, Download(Directory(), tree, out, &error_));
     ExpectFailure(LDAP_ALREADY_EXISTS);
     EXPECT_EQ("1", FileBytes(out + "\\a.kra"));
+}
+
+TEST_F(TransferTest, TreeWithAFileThatCannotBeNamedIsUploadedWithoutItWhichIsAFailure) {
+    const std::string tree = MakeTree();
+    const std::wstring unnamed = WideFromAnsi(tree) + L"\\sub\\\x8868.kra";
+    test::MakeWideFile(unnamed, "3");
+    EXPECT_EQ(0, Upload(Directory(), tree, DN("cn=tree"), ExistingEntries::kReplace, &error_));
+    EXPECT_EQ(std::uint32_t{LDAP_NOT_SUPPORTED}, Directory().LastError());
+    EXPECT_EQ(UnsafeLocalNamesText(1), error_);
+    ExpectTree(DN("cn=tree"));
+    error_ = "junk";
+    EXPECT_EQ(0, Upload(Directory(), tree, DN("cn=moved"), ExistingEntries::kReplace, &error_, {},
+                        SourceFate::kGoes));
+    EXPECT_EQ(UnsafeLocalNamesText(1), error_);
+    EXPECT_FALSE(Holds(DN("cn=moved")));
+    EXPECT_EQ("3", test::WideBytes(unnamed));
+}
+
+TEST_F(TransferTest, EntriesThatCannotBeNamedAreToldOfADownloadAndStay) {
+    server_.AddFolder("tree", base_);
+    server_.AddFile("a.kra", DN("cn=tree"), "1");
+    server_.AddFile("\xE8\xA1\xA8.kra", DN("cn=tree"), "2");
+    EXPECT_EQ(0, Download(Directory(), DN("cn=tree"), At("out"), &error_));
+    EXPECT_EQ(UnsafeNamesText(1), error_);
+    EXPECT_EQ("1", FileBytes(At("out\\a.kra")));
+    EXPECT_EQ(0, Download(Directory(), DN("cn=tree"), At("moved"), &error_, {},
+                          ExistingEntries::kReplace, SourceFate::kGoes));
+    EXPECT_FALSE(Exists(At("moved\\a.kra")));
 }
 
 TEST_F(TransferTest, TreeWithALinkIsUploadedWithoutItWhichIsAFailure) {

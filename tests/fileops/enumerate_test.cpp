@@ -3,7 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <cstring>
+#include <cwchar>
 #include <iterator>
 #include <vector>
 
@@ -11,7 +11,9 @@
 #include "fileops/allocation_count.h"
 #include "manager/depot_world.h"
 #include "platform/paths.h"
+#include "platform/trace.h"
 #include "support/import_patch.h"
+#include "support/page_names.h"
 
 namespace depot {
 namespace {
@@ -196,8 +198,8 @@ TEST_F(EnumerateTest, ItemsCarryTypeKindDepotAndFindData) {
 }
 
 // A file system that delivers names in an order of its own.
-BOOL WINAPI DeliverNext(HANDLE, WIN32_FIND_DATAA* found) {
-    static constexpr const char* kNames[] = {"b.kra", "c.kra", "a.kra"};
+BOOL WINAPI DeliverNext(HANDLE, WIN32_FIND_DATAW* found) {
+    static constexpr const wchar_t* kNames[] = {L"b.kra", L"c.kra", L"a.kra"};
     static std::size_t next = 0;
     if (next == std::size(kNames)) {
         next = 0;
@@ -209,13 +211,13 @@ BOOL WINAPI DeliverNext(HANDLE, WIN32_FIND_DATAA* found) {
     found->ftCreationTime.dwLowDateTime = 1;
     found->ftLastAccessTime.dwLowDateTime = 2;
     found->ftLastWriteTime.dwLowDateTime = 3;
-    std::strcpy(found->cFileName, kNames[next++]);
+    std::wcscpy(found->cFileName, kNames[next++]);
     return TRUE;
 }
 
 TEST_F(EnumerateTest, ItemsStandInTheOrderAndWithTheDataOfTheFileSystem) {
     Make("first.txt");
-    const test::ImportPatch<decltype(&FindNextFileA)> patch("FindNextFileA", &DeliverNext);
+    const test::ImportPatch<decltype(&FindNextFileW)> patch("FindNextFileW", &DeliverNext);
     ASSERT_TRUE(patch.IsInPlace());
     EXPECT_EQ(3, List("<Work>\\", ".kra"));
     EXPECT_THAT(Paths(), ElementsAre("<Work>\\b.kra", "<Work>\\c.kra", "<Work>\\a.kra"));
@@ -224,6 +226,24 @@ TEST_F(EnumerateTest, ItemsStandInTheOrderAndWithTheDataOfTheFileSystem) {
     EXPECT_EQ(1u, data.ftCreationTime.dwLowDateTime);
     EXPECT_EQ(2u, data.ftLastAccessTime.dwLowDateTime);
     EXPECT_EQ(3u, data.ftLastWriteTime.dwLowDateTime);
+}
+
+TEST_F(EnumerateTest, FilesThatCannotBeNamedAreCountedInTheListAndInTheTrace) {
+    Make("A.kra");
+    const std::wstring folder = WideFromAnsi(world_.folder.At("w")) + L"\\";
+    for (const wchar_t* name : {L"\x0100.kra", L"\xFF21.kra"}) {
+        test::MakeWideFile(folder + name, "x");
+    }
+    const std::string trace = world_.folder.At("trace.txt");
+    SetEnvironmentVariableA(kTraceVariable, trace.c_str());
+    StartTrace();
+    EXPECT_EQ(1, List("<Work>\\", ".kra"));
+    StopTrace();
+    SetEnvironmentVariableA(kTraceVariable, nullptr);
+    EXPECT_THAT(Paths(), ElementsAre("<Work>\\A.kra"));
+    EXPECT_EQ(2u, list_.unsafeNames);
+    EXPECT_THAT(test::FileBytes(trace), testing::AllOf(testing::HasSubstr(" names left out \""),
+                                                       testing::EndsWith(" ms 2\r\n")));
 }
 
 TEST_F(EnumerateTest, AnItemThatMemoryRunsOutForIsLeftOutAndNotCounted) {

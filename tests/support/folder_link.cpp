@@ -11,20 +11,20 @@ namespace depot::test {
 namespace {
 
 DWORD shownTag = 0;
-HANDLE(WINAPI* genuineFirst)(LPCSTR, WIN32_FIND_DATAA*) = nullptr;
-BOOL(WINAPI* genuineNext)(HANDLE, WIN32_FIND_DATAA*) = nullptr;
+HANDLE(WINAPI* genuineFirst)(LPCWSTR, WIN32_FIND_DATAW*) = nullptr;
+BOOL(WINAPI* genuineNext)(HANDLE, WIN32_FIND_DATAW*) = nullptr;
 
-void ShowTag(WIN32_FIND_DATAA& found) {
+void ShowTag(WIN32_FIND_DATAW& found) {
     if ((found.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0) found.dwReserved0 = shownTag;
 }
 
-HANDLE WINAPI FindFirstWithTag(LPCSTR pattern, WIN32_FIND_DATAA* found) {
+HANDLE WINAPI FindFirstWithTag(LPCWSTR pattern, WIN32_FIND_DATAW* found) {
     const HANDLE search = genuineFirst(pattern, found);
     if (search != INVALID_HANDLE_VALUE) ShowTag(*found);
     return search;
 }
 
-BOOL WINAPI FindNextWithTag(HANDLE search, WIN32_FIND_DATAA* found) {
+BOOL WINAPI FindNextWithTag(HANDLE search, WIN32_FIND_DATAW* found) {
     const BOOL more = genuineNext(search, found);
     if (more) ShowTag(*found);
     return more;
@@ -59,7 +59,7 @@ FolderLink::~FolderLink() {
 }
 
 ShownReparseTag::ShownReparseTag(DWORD tag)
-    : first_("FindFirstFileA", &FindFirstWithTag), next_("FindNextFileA", &FindNextWithTag) {
+    : first_("FindFirstFileW", &FindFirstWithTag), next_("FindNextFileW", &FindNextWithTag) {
     EXPECT_TRUE(first_.IsInPlace() && next_.IsInPlace());
     genuineFirst = first_.Genuine();
     genuineNext = next_.Genuine();

@@ -27,8 +27,8 @@ public:
     explicit ShownReparseTag(DWORD tag);
 
 private:
-    const ImportPatch<HANDLE(WINAPI*)(LPCSTR, WIN32_FIND_DATAA*)> first_;
-    const ImportPatch<BOOL(WINAPI*)(HANDLE, WIN32_FIND_DATAA*)> next_;
+    const ImportPatch<HANDLE(WINAPI*)(LPCWSTR, WIN32_FIND_DATAW*)> first_;
+    const ImportPatch<BOOL(WINAPI*)(HANDLE, WIN32_FIND_DATAW*)> next_;
 };
 
 }  // namespace depot::test

@@ -55,7 +55,7 @@ void FolderStore::MakeFile(const std::string& name, const std::string& bytes) {
 }
 
 void FolderStore::MakeFolder(const std::string& name) {
-    for (std::size_t end = name.find('\\');; end = name.find('\\', end + 1)) {
+    for (std::size_t end = FindSeparator(name);; end = FindSeparator(name, end + 1)) {
         CreateDirectoryA(At(name.substr(0, end)).c_str(), nullptr);
         if (end == std::string::npos) break;
     }
@@ -83,7 +83,7 @@ DirectoryStore::DirectoryStore(DirectoryServer& server, std::string base, std::s
 
 std::string DirectoryStore::DN(const std::string& name) const {
     if (name.empty()) return base_;
-    const std::size_t end = name.rfind('\\');
+    const std::size_t end = FindLastSeparator(name);
     if (end == std::string::npos) return "cn=" + name + "," + base_;
     return "cn=" + name.substr(end + 1) + "," + DN(name.substr(0, end));
 }

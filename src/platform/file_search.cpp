@@ -1,0 +1,69 @@
+#include "platform/file_search.h"
+
+#include <utility>
+
+#include "platform/wide_text.h"
+
+namespace depot {
+namespace {
+
+// Returns false when the field cannot hold the name exactly.
+template <std::size_t kUnits, std::size_t kBytes>
+bool StoreName(const wchar_t (&name)[kUnits], char (&field)[kBytes]) {
+    static_assert(kBytes >= kUnits);
+    // Most names are ASCII, which is the same in every code page.
+    std::size_t length = 0;
+    for (; name[length] != L'\0' && name[length] < 0x80; ++length) {
+        field[length] = static_cast<char>(name[length]);
+    }
+    if (name[length] != L'\0') {
+        const auto exact = ExactAnsiFromWide(name);
+        if (!exact || exact->size() >= kBytes) return false;
+        length = exact->copy(field, kBytes);
+    }
+    field[length] = '\0';
+    return true;
+}
+
+bool StoreFind(const WIN32_FIND_DATAW& found, WIN32_FIND_DATAA& narrow) {
+    if (!StoreName(found.cFileName, narrow.cFileName)) return false;
+    // The short name is an addition, which a file may lack.
+    if (!StoreName(found.cAlternateFileName, narrow.cAlternateFileName)) {
+        narrow.cAlternateFileName[0] = '\0';
+    }
+    narrow.dwFileAttributes = found.dwFileAttributes;
+    narrow.ftCreationTime = found.ftCreationTime;
+    narrow.ftLastAccessTime = found.ftLastAccessTime;
+    narrow.ftLastWriteTime = found.ftLastWriteTime;
+    narrow.nFileSizeHigh = found.nFileSizeHigh;
+    narrow.nFileSizeLow = found.nFileSizeLow;
+    narrow.dwReserved0 = found.dwReserved0;
+    narrow.dwReserved1 = found.dwReserved1;
+    return true;
+}
+
+}  // namespace
+
+FileSearch::FileSearch(const std::string& pattern)
+    : search_(FindFirstFileW(WideFromAnsi(pattern).c_str(), &found_)) {
+    // What a failed call returns is no search, and must not be closed.
+    if (search_.get() == INVALID_HANDLE_VALUE) static_cast<void>(search_.release());
+}
+
+bool FileSearch::Advance() {
+    if (!search_) return false;
+    if (std::exchange(isFirst_, false)) return true;
+    if (FindNextFileW(search_.get(), &found_)) return true;
+    isComplete_ = GetLastError() == ERROR_NO_MORE_FILES;
+    return false;
+}
+
+bool FileSearch::Next(WIN32_FIND_DATAA& found) {
+    while (Advance()) {
+        if (StoreFind(found_, found)) return true;
+        ++unsafeNames_;
+    }
+    return false;
+}
+
+}  // namespace depot

@@ -1,0 +1,250 @@
+// Names of many characters, in whatever ANSI code page the process runs in.
+#include <algorithm>
+
+#include "component/component.h"
+#include "support/box_log.h"
+#include "support/page_names.h"
+
+namespace depot::test {
+namespace {
+
+constexpr char kOld[] = "[S]\r\nK=old\r\n";
+constexpr char kNew[] = "[S]\r\nK=new\r\n";
+
+// Contents are converted by the code page of the thread's language, which in a Japanese process is
+// Japanese unless the user chose another one.
+class ThreadLocale {
+public:
+    ThreadLocale() {
+        const WORD language = GetACP() == 932 ? LANG_JAPANESE : LANG_ENGLISH;
+        SetThreadLocale(MAKELCID(MAKELANGID(language, SUBLANG_DEFAULT), SORT_DEFAULT));
+    }
+    ~ThreadLocale() { SetThreadLocale(before_); }
+    ThreadLocale(const ThreadLocale&) = delete;
+    ThreadLocale& operator=(const ThreadLocale&) = delete;
+
+private:
+    const LCID before_ = GetThreadLocale();
+};
+
+// A depot "Work" in a folder whose name has the characters of the code page.
+class CharactersTest : public ComponentTest {
+protected:
+    CharactersTest() { DefineWideDepot("Work", names_.folder); }
+
+    void DefineWideDepot(const std::string& name, const std::wstring& folder) {
+        const std::wstring root = Wide(folder_.Path()) + L"\\" + folder;
+        CreateDirectoryW(root.c_str(), nullptr);
+        depots_.Text(name, "Path1", Narrowed(root));
+    }
+    std::wstring At(const std::wstring& name) const {
+        return Wide(folder_.Path()) + L"\\" + names_.folder + L"\\" + name;
+    }
+    void Make(const std::wstring& name, const char* bytes = kOld) { MakeWideFile(At(name), bytes); }
+    std::string Bytes(const std::wstring& name) { return WideBytes(At(name)); }
+
+    Session& Client() {
+        if (!session_) session_.emplace(*api_);
+        return *session_;
+    }
+    HRESULT Load(const std::wstring& path) {
+        return api_->DPLoadFile(Client().Address(), Text(path));
+    }
+    HRESULT Set(const wchar_t* value) {
+        return api_->DPSetProfileString(Client(), Text(L"S"), Text(L"K"), Text(value));
+    }
+    std::wstring Get() { return Read(Client(), L"S", L"K"); }
+
+    std::vector<std::wstring> List(const std::wstring& folder) {
+        LONG_PTR handle = 0;
+        LONG count = 0;
+        EXPECT_EQ(S_OK, api_->DPFindInit(&handle, Text(folder), Text(L".kra"), APP_SKEIN, &count));
+        std::vector<std::wstring> paths;
+        for (LONG index = 0; index < count; ++index) {
+            OutText path;
+            EXPECT_EQ(S_OK, api_->DPFindNext(handle, index, path));
+            paths.push_back(path.Value());
+        }
+        EXPECT_EQ(S_OK, api_->DPUnInitialize(handle));
+        std::sort(paths.begin(), paths.end());
+        return paths;
+    }
+    std::vector<std::wstring> PathsOf(std::vector<std::wstring> files) {
+        for (std::wstring& file : files) file.insert(0, L"<Work>\\");
+        std::sort(files.begin(), files.end());
+        return files;
+    }
+
+    const PageNames names_ = NamesOfThisPage();
+    const BoxLog boxes_;
+    std::optional<Session> session_;
+};
+
+TEST_F(CharactersTest, ListingShowsEveryFileUnderItsName) {
+    for (const std::wstring& name : names_.files) Make(name);
+    EXPECT_EQ(PathsOf(names_.files), List(L"<Work>\\"));
+}
+
+TEST_F(CharactersTest, ValuesAreReadAndWrittenInTheFileOfThatName) {
+    for (const std::wstring& name : names_.files) Make(name);
+    for (const std::wstring& name : names_.files) {
+        SCOPED_TRACE(Narrowed(name));
+        const std::wstring path = L"<Work>\\" + name;
+        EXPECT_EQ(S_OK, Load(path));
+        EXPECT_EQ(L"old", Get());
+        EXPECT_EQ(S_OK, Set(L"new"));
+        EXPECT_EQ(kNew, Bytes(name));
+        EXPECT_EQ(S_OK, api_->DPFileExists(Client(), Text(path)));
+        EXPECT_EQ(S_OK, api_->DPIsPathWriteAble(Client(), Text(path)));
+        OutText local;
+        EXPECT_EQ(S_OK, api_->DPPathConvertDPtoFS(Text(path), local));
+        EXPECT_EQ(At(name), local.Value());
+    }
+}
+
+TEST_F(CharactersTest, NewFileIsMadeInTheDepotsFolder) {
+    EXPECT_EQ(S_OK, Load(L"<Work>\\x.kra"));
+    EXPECT_EQ(S_OK, Set(L"new"));
+    EXPECT_EQ(kNew, Bytes(L"x.kra"));
+}
+
+TEST_F(CharactersTest, RenameCopiesAndDeletionMeetTheFileOfThatNameOnly) {
+    for (const std::wstring& name : names_.files) Make(name);
+    for (const std::wstring& name : names_.files) {
+        SCOPED_TRACE(Narrowed(name));
+        const std::wstring path = L"<Work>\\" + name;
+        OutText copy;
+        EXPECT_EQ(S_OK, api_->DPMakeCopyFromSrcFile(Client(), Text(path), copy));
+        EXPECT_EQ(S_OK, api_->DPDeleteFile(Client(), Text(copy.Value())));
+        EXPECT_EQ(S_OK, api_->DPCopyFileToLocalFS(Client(), Text(path), Text(At(L"out.kra")),
+                                                  VARIANT_TRUE));
+        EXPECT_EQ(kOld, Bytes(L"out.kra"));
+        EXPECT_EQ(S_OK, api_->DPDeleteFile(Client(), Text(L"<Work>\\out.kra")));
+        EXPECT_EQ(S_OK, api_->DPRenameFile(Client(), Text(path), Text(L"<Work>\\y" + name)));
+        EXPECT_EQ("(missing)", Bytes(name));
+        EXPECT_EQ(kOld, Bytes(L"y" + name));
+        EXPECT_EQ(S_OK, api_->DPDeleteFile(Client(), Text(L"<Work>\\y" + name)));
+    }
+    EXPECT_EQ(PathsOf({}), List(L"<Work>\\"));
+}
+
+TEST_F(CharactersTest, DepotsWhoseNamesDifferAreTwo) {
+    for (const std::wstring& name : names_.depots) {
+        DefineWideDepot(Narrowed(name), name);
+        MakeWideFile(Wide(folder_.Path()) + L"\\" + name + L"\\a.kra", kOld);
+    }
+    const std::wstring second = L"<" + names_.depots[1] + L">\\a.kra";
+    EXPECT_EQ(S_OK, api_->DPDeleteFile(Client(), Text(L"<" + names_.depots[0] + L">\\a.kra")));
+    EXPECT_EQ(S_OK, api_->DPFileExists(Client(), Text(second)));
+    OutText display;
+    EXPECT_EQ(S_OK, api_->DPGetPathFromDisplayName(
+                        Client(), Text(L"<" + names_.depots[1] + L">\\a.kra"), display));
+    EXPECT_EQ(second, display.Value());
+}
+
+TEST_F(CharactersTest, NameThatTheCodePageCannotHoldIsRefusedByEveryMethod) {
+    std::vector<std::wstring> refused = names_.refused;
+    refused.push_back(std::wstring(L"A\0B.kra", 7));
+    const std::vector<std::wstring> decoys = {L"A.kra", L"A", L"_.kra", L"x.kra"};
+    for (const std::wstring& name : decoys) Make(name);
+    for (const std::wstring& name : refused) {
+        SCOPED_TRACE(testing::PrintToString(name));
+        const std::wstring path = L"<Work>\\" + name;
+        OutText text;
+        EXPECT_EQ(S_FALSE, api_->DPDeleteFile(Client(), Text(path)));
+        EXPECT_EQ(S_FALSE, api_->DPRenameFile(Client(), Text(path), Text(L"<Work>\\n.kra")));
+        EXPECT_EQ(S_FALSE, api_->DPRenameFile(Client(), Text(L"<Work>\\A.kra"), Text(path)));
+        EXPECT_EQ(S_FALSE, api_->DPFileExists(Client(), Text(path)));
+        EXPECT_EQ(S_FALSE, api_->DPIsPathWriteAble(Client(), Text(path)));
+        EXPECT_EQ(S_FALSE, api_->DPPathConvertDPtoFS(Text(path), text));
+        EXPECT_TRUE(text.IsNull());
+        EXPECT_EQ(S_FALSE, api_->DPGetDepotDisplayPath(Client(), Text(path), text));
+        EXPECT_TRUE(text.IsNull());
+        EXPECT_EQ(S_FALSE, api_->DPGetPathFromDisplayName(Client(), Text(path), text));
+        EXPECT_TRUE(text.IsNull());
+        EXPECT_EQ(S_FALSE, api_->DPSetSelItemPath(Client(), Text(path)));
+        EXPECT_EQ(S_FALSE, api_->DPMakeCopyFromSrcFile(Client(), Text(path), text));
+        EXPECT_EQ(L"", text.Value());
+        EXPECT_EQ(S_FALSE, api_->DPCopyFileToLocalFS(Client(), Text(path), Text(At(L"out.kra")),
+                                                     VARIANT_FALSE));
+        EXPECT_EQ(S_FALSE, api_->DPCopyFileToLocalFS(Client(), Text(L"<Work>\\A.kra"),
+                                                     Text(At(name)), VARIANT_FALSE));
+        LONG_PTR handle = kJunkHandle;
+        LONG count = 4711;
+        EXPECT_EQ(S_FALSE, api_->DPFindInit(&handle, Text(path), Text(L".kra"), APP_SKEIN, &count));
+        EXPECT_EQ(0, handle);
+        EXPECT_EQ(4711, count);
+    }
+    for (const std::wstring& name : decoys) EXPECT_EQ(kOld, Bytes(name));
+    EXPECT_EQ(PathsOf({L"A.kra", L"_.kra", L"x.kra"}), List(L"<Work>\\"));
+}
+
+TEST_F(CharactersTest, LoadOfSuchANameLeavesTheSessionWithoutACurrentFile) {
+    Make(L"A.kra");
+    for (const std::wstring& name : names_.refused) {
+        SCOPED_TRACE(testing::PrintToString(name));
+        ASSERT_EQ(S_OK, Load(L"<Work>\\A.kra"));
+        EXPECT_EQ(S_OK, Load(L"<Work>\\" + name));
+        EXPECT_EQ(S_FALSE, Set(L"new"));
+        EXPECT_EQ(L"(failed)", Get());
+        EXPECT_EQ(S_FALSE, api_->DPFlushFile(Client()));
+    }
+    EXPECT_EQ(kOld, Bytes(L"A.kra"));
+    EXPECT_EQ(PathsOf({L"A.kra"}), List(L"<Work>\\"));
+}
+
+TEST_F(CharactersTest, ListingLeavesOutFilesThatCannotBeNamed) {
+    Make(L"A.kra");
+    for (const std::wstring& name : names_.refused) Make(name);
+    EXPECT_EQ(PathsOf({L"A.kra"}), List(L"<Work>\\"));
+}
+
+TEST_F(CharactersTest, NulsBehindANameOnlyFillItUp) {
+    Make(L"A.kra");
+    EXPECT_EQ(S_OK, api_->DPFileExists(Client(), Text(std::wstring(L"<Work>\\A.kra\0\0", 14))));
+}
+
+TEST_F(CharactersTest, ValuesOfTheCodePageComeBack) {
+    const ThreadLocale locale;
+    ASSERT_EQ(S_OK, Load(L"<Work>\\v.kra"));
+    for (const std::wstring& name : names_.files) {
+        SCOPED_TRACE(Narrowed(name));
+        EXPECT_EQ(S_OK, api_->DPSetProfileString(Client(), Text(name), Text(L"K" + name),
+                                                 Text(L" 'v' " + name)));
+        EXPECT_EQ(L" 'v' " + name, Read(Client(), name.c_str(), (L"K" + name).c_str()));
+        EXPECT_NE(std::string::npos, Bytes(L"v.kra").find(Narrowed(L"' 'v' " + name)));
+    }
+}
+
+TEST_F(CharactersTest, ValueThatIsCutLosesWholeCharacters) {
+    const ThreadLocale locale;
+    std::wstring value;
+    for (const std::wstring& name : names_.files) value += name.substr(0, name.size() - 4);
+    ASSERT_EQ(S_OK, Load(L"<Work>\\v.kra"));
+    ASSERT_EQ(S_OK, Set(value.c_str()));
+    for (ULONG size = 1; size <= 24; ++size) {
+        SCOPED_TRACE(size);
+        const std::wstring cut = Read(Client(), L"S", L"K", L"", size);
+        EXPECT_EQ(value.substr(0, cut.size()), cut);
+        EXPECT_LT(Narrowed(cut).size(), size);
+    }
+}
+
+TEST_F(CharactersTest, FormsOfOneLetterAreTwoNames) {
+    if (GetACP() != CP_UTF8) return;
+    Make(L"\xE9.kra", kNew);
+    Make(L"e\x0301.kra");
+    EXPECT_EQ(S_OK, api_->DPDeleteFile(Client(), Text(L"<Work>\\\xE9.kra")));
+    EXPECT_EQ(PathsOf({L"e\x0301.kra"}), List(L"<Work>\\"));
+}
+
+TEST_F(CharactersTest, LettersOfBothCasesNameOneFile) {
+    const std::wstring upper = GetACP() == 932 ? L"\xFF21.kra" : L"\xC4.kra";
+    const std::wstring lower = GetACP() == 932 ? L"\xFF41.kra" : L"\xE4.kra";
+    DefineWideDepot(Narrowed(upper), L"letters");
+    MakeWideFile(Wide(folder_.Path()) + L"\\letters\\a.kra", kOld);
+    EXPECT_EQ(S_OK, api_->DPFileExists(Client(), Text(L"<" + lower + L">\\a.kra")));
+}
+
+}  // namespace
+}  // namespace depot::test
