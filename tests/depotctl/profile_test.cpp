@@ -32,6 +32,7 @@ TEST_F(ProfileTest, CatOfAFolderOrOfNothingIsRefused) {
 }
 
 TEST_F(ProfileTest, GetWritesTheValue) {
+    const SystemCodePageScope systemCodePage;
     EXPECT_EQ("mail\n", RunTool({"get", kProfile, "Host", "Name"}).output);
     EXPECT_EQ(
         "Gr\xC3\xB6\xC3\x9F"
@@ -56,6 +57,7 @@ TEST_F(ProfileTest, GetWithoutAKeyListsValues) {
 }
 
 TEST_F(ProfileTest, SetWritesAValueThatReadsBackExactly) {
+    const SystemCodePageScope systemCodePage;
     for (const std::string value : {"plain", "  blanks  ", "'quoted'", "\xC3\xBC\xE2\x82\xAC"}) {
         const ToolRun run = RunTool({"set", kProfile, "New", "Key", value});
         EXPECT_EQ(0, run.exitCode) << run.errors;
