@@ -9,6 +9,9 @@ constexpr char kProfile[] = "<Work>\\office.kre";
 
 class ProfileTest : public ToolTest {
 protected:
+    // The profile that is worked with has text of the system\'s code page.
+    const SystemCodePageScope systemCodePage_;
+
     ProfileTest() {
         folder_.MakeFile("work\\office.kre",
                          "[Host]\r\nName=mail\r\nPort=992\r\n[Screen]\r\nFont=Gr\xF6\xDF"
@@ -32,7 +35,6 @@ TEST_F(ProfileTest, CatOfAFolderOrOfNothingIsRefused) {
 }
 
 TEST_F(ProfileTest, GetWritesTheValue) {
-    const SystemCodePageScope systemCodePage;
     EXPECT_EQ("mail\n", RunTool({"get", kProfile, "Host", "Name"}).output);
     EXPECT_EQ(
         "Gr\xC3\xB6\xC3\x9F"
@@ -57,7 +59,6 @@ TEST_F(ProfileTest, GetWithoutAKeyListsValues) {
 }
 
 TEST_F(ProfileTest, SetWritesAValueThatReadsBackExactly) {
-    const SystemCodePageScope systemCodePage;
     for (const std::string value : {"plain", "  blanks  ", "'quoted'", "\xC3\xBC\xE2\x82\xAC"}) {
         const ToolRun run = RunTool({"set", kProfile, "New", "Key", value});
         EXPECT_EQ(0, run.exitCode) << run.errors;
