@@ -126,6 +126,7 @@ TEST_F(DefineTest, AddWritesEveryValue) {
 }
 
 TEST_F(DefineTest, MistakesAreRefusedOneALineAndNothingIsWritten) {
+    const SystemCodePageScope systemCodePage;
     const std::vector<std::vector<std::string>> mistakes = {
         {"depots", "add", "Bad"},
         {"depots", "add", "Bad", "--path", "relative"},

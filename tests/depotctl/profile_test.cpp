@@ -9,6 +9,9 @@ constexpr char kProfile[] = "<Work>\\office.kre";
 
 class ProfileTest : public ToolTest {
 protected:
+    // The profile that is worked with has text of the system\'s code page.
+    const SystemCodePageScope systemCodePage_;
+
     ProfileTest() {
         folder_.MakeFile("work\\office.kre",
                          "[Host]\r\nName=mail\r\nPort=992\r\n[Screen]\r\nFont=Gr\xF6\xDF"
