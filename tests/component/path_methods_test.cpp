@@ -185,9 +185,9 @@ TEST_F(FolderDepotsTest, HugeAndBrokenPathsAreAnswered) {
     EXPECT_EQ(L"(null)", ToFileSystem("<Work>\\" + huge));
     EXPECT_EQ(S_FALSE, api_->DPFileExists(0, Text(std::wstring_view(L"\0<Work>\\a", 9))));
     OutText path;
-    EXPECT_EQ(S_OK, api_->DPGetDepotDisplayPath(
-                        0, Text(std::wstring_view(L"<Work>\\a\\b\0\\c\\d", 15)), path));
-    EXPECT_EQ(L"<My Work>\\a\\", path.Value());
+    EXPECT_EQ(S_FALSE, api_->DPGetDepotDisplayPath(
+                           0, Text(std::wstring_view(L"<Work>\\a\\b\0\\c\\d", 15)), path));
+    EXPECT_TRUE(path.IsNull());
 }
 
 TEST_F(FolderDepotsTest, DirectoryDepotHasNoFileSystemPaths) {
