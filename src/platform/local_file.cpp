@@ -24,13 +24,14 @@ private:
     HFILE file_;
 };
 
-// Creates the folder and those above it that are missing; what is there already counts as created.
-bool MakeFolders(const std::string& path) {
-    if (CreateDirectoryA(path.c_str(), nullptr)) return true;
-    const DWORD error = GetLastError();
-    if (error != ERROR_PATH_NOT_FOUND) return error == ERROR_ALREADY_EXISTS;
+// Creates the folder and those above it that are missing, as far as that is possible: other
+// programs may do the same at this moment.
+void MakeFolders(const std::string& path) {
+    if (CreateDirectoryA(path.c_str(), nullptr) || GetLastError() != ERROR_PATH_NOT_FOUND) return;
     const std::string parent = FolderPart(path);
-    return parent != path && MakeFolders(parent) && CreateDirectoryA(path.c_str(), nullptr);
+    if (parent == path) return;
+    MakeFolders(parent);
+    CreateDirectoryA(path.c_str(), nullptr);
 }
 
 }  // namespace
@@ -75,7 +76,7 @@ bool WriteLocalFile(const std::string& path, const void* bytes, std::uint32_t le
 
 bool EnsureLocalFolder(const std::string& path) {
     if (EnsureTrailingBackslash(path).size() >= kMaxPathBytes) return false;
-    if (!MakeFolders(RemoveTrailingBackslash(path))) return false;
+    MakeFolders(RemoveTrailingBackslash(path));
     // A file of that name is no folder.
     const DWORD attributes = GetFileAttributesA(path.c_str());
     return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;

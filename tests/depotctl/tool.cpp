@@ -65,15 +65,27 @@ public:
         startup.hStdInput = input.read.get();
         startup.hStdOutput = output.write.get();
         startup.hStdError = errors.write.get();
-        PROCESS_INFORMATION created = {};
-        EXPECT_TRUE(CreateProcessW(nullptr, command.data(), nullptr, nullptr, TRUE, 0, nullptr,
-                                   nullptr, &startup, &created))
-            << "error " << GetLastError();
+        const PROCESS_INFORMATION created = Start(std::move(command), startup);
         const UniqueHandle thread(created.hThread);
         process_.reset(created.hProcess);
         input.read.reset();
         output.write.reset();
         errors.write.reset();
+    }
+
+    // Of some thousand processes the emulator does not come to start one, for reasons of its own.
+    static PROCESS_INFORMATION Start(std::wstring command, STARTUPINFOW& startup) {
+        PROCESS_INFORMATION created = {};
+        for (int attempt = 0; attempt < 5; ++attempt) {
+            if (CreateProcessW(nullptr, command.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr,
+                               &startup, &created)) {
+                return created;
+            }
+            if (GetLastError() != ERROR_INTERNAL_ERROR) break;
+            Sleep(200);
+        }
+        ADD_FAILURE() << "error " << GetLastError();
+        return created;
     }
 
     int ExitCode() const {

@@ -12,8 +12,10 @@ namespace {
 
 // The library's paths take narrow text for UTF-8, whatever the code page is.
 std::filesystem::path WidePath(const std::string& narrow) {
-    wchar_t wide[MAX_PATH] = {};
-    MultiByteToWideChar(CP_ACP, 0, narrow.c_str(), -1, wide, MAX_PATH);
+    const auto size = static_cast<int>(narrow.size());
+    std::wstring wide(narrow.size(), L'\0');
+    wide.resize(static_cast<std::size_t>(
+        MultiByteToWideChar(CP_ACP, 0, narrow.data(), size, wide.data(), size)));
     return wide;
 }
 
