@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <atomic>
 #include <memory>
+#include <new>
 #include <optional>
 
 #include "manager/display_path.h"
@@ -40,6 +41,13 @@ FileBuffer MakeProbe() {
     return probe;
 }
 
+// Without memory for the condition a probe of this moment is deleted without it.
+void RemoveProbe(CLDAPItems& directory, const std::string& dn, const FileBuffer& probe) try {
+    directory.RemoveUnchangedEntry(dn, probe);
+} catch (const std::bad_alloc&) {
+    directory.RemoveEmptyEntry(dn);
+}
+
 // In a folder that exists, nothing but an entry shows whether the user may add one. What someone
 // stores under its name before it is deleted is not this test's any more.
 int TestNewEntry(CLDAPItems& directory, const std::string& dn, std::string* errorText) {
@@ -48,7 +56,7 @@ int TestNewEntry(CLDAPItems& directory, const std::string& dn, std::string* erro
     directory.SplitEntryName(dn, name, isFolder);
     const FileBuffer probe = MakeProbe();
     const std::uint32_t code = directory.AddFileEntry(dn, name, probe.bytes.get(), probe.length);
-    if (code == LDAP_SUCCESS) directory.RemoveUnchangedEntry(dn, probe);
+    if (code == LDAP_SUCCESS) RemoveProbe(directory, dn, probe);
     if (code == LDAP_SUCCESS || code == LDAP_ALREADY_EXISTS) return 1;
     if (errorText != nullptr) *errorText = directory.ErrorText();
     return 0;
