@@ -25,6 +25,8 @@
     FAULT(kFile, GetDiskFreeSpaceExA, FALSE, ERROR_ACCESS_DENIED)                    \
     FAULT(kFile, CreateDirectoryA, FALSE, ERROR_ACCESS_DENIED)                       \
     FAULT(kFile, RemoveDirectoryA, FALSE, ERROR_ACCESS_DENIED)                       \
+    TAKES(kFile, FindFirstFileA, INVALID_HANDLE_VALUE, ERROR_ACCESS_DENIED, kSearch) \
+    FAULT(kFile, FindNextFileA, FALSE, ERROR_READ_FAULT)                             \
     TAKES(kFile, FindFirstFileW, INVALID_HANDLE_VALUE, ERROR_ACCESS_DENIED, kSearch) \
     FAULT(kFile, FindNextFileW, FALSE, ERROR_READ_FAULT)                             \
     RETURNS(FindClose, kSearch)                                                      \
