@@ -144,27 +144,56 @@ private:
     int names_ = 0;
 };
 
+// What a copy onto an existing file takes that keeps what belongs to it: the new bytes are written
+// beside it, flushed, and take its place.
+void CopyOnto(const std::string& source, const std::string& target) {
+    const std::string beside = target + ".new", old = target + ".old";
+    Require(CopyFileA(source.c_str(), beside.c_str(), FALSE), "copy");
+    {
+        const UniqueHandle file = OwnFile(CreateFileA(
+            beside.c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+            nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+        Require(FlushFileBuffers(file.get()), "flush");
+    }
+    Require(ReplaceFileA(target.c_str(), beside.c_str(), old.c_str(), 0, nullptr, nullptr),
+            "replace");
+    DeleteFileA(old.c_str());
+}
+
 void MeasureFolderCopies() {
-    PrintHeader("Folder to folder: against CopyFileA");
+    PrintHeader("Folder to folder: against CopyFileA, and onto existing files with an exchange");
     test::DepotWorld world;
     CDepot& work = world.Add("Work", "Work", "w");
     CDepot& home = world.Add("Home", "Home", "h");
     world.folder.MakeFile("w\\a.kra", std::string(kFileBytes, 'x'));
     world.folder.MakeFolder("raw");
     const std::string source = world.folder.At("w\\a.kra"), target = world.folder.At("raw\\a.kra");
+    const auto copy = [&] {
+        Require(CopyFile(work, "<Work>\\a.kra", "<Home>\\a.kra", &home, false, nullptr) == 1,
+                "copy");
+    };
+    const std::string copied = world.folder.At("h\\a.kra");
     Compare(
         Times("copy 10 KB between depots, ", kCopies), kGoal,
         [&] {
             for (int call = 0; call < kCopies; ++call) {
-                Require(
-                    CopyFile(work, "<Work>\\a.kra", "<Home>\\a.kra", &home, false, nullptr) == 1,
-                    "copy");
+                DeleteFileA(copied.c_str());
+                copy();
             }
         },
         [&] {
             for (int call = 0; call < kCopies; ++call) {
+                DeleteFileA(target.c_str());
                 Require(CopyFileA(source.c_str(), target.c_str(), FALSE), "copy");
             }
+        });
+    Compare(
+        Times("copy 10 KB onto an existing file, ", kCopies), kGoal,
+        [&] {
+            for (int call = 0; call < kCopies; ++call) copy();
+        },
+        [&] {
+            for (int call = 0; call < kCopies; ++call) CopyOnto(source, target);
         });
 }
 
