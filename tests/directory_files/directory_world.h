@@ -43,7 +43,7 @@ protected:
                                   &found);
             const bool isLeaf =
                 found == nullptr || genuine.ldap_count_entries(connection, found) == 0;
-            genuine.ldap_msgfree(found);
+            if (found != nullptr) genuine.ldap_msgfree(found);
             return isLeaf ? genuine.ldap_rename_ext_s(connection, dn, name, parent, deletes, server,
                                                       client)
                           : ULONG{LDAP_NOT_ALLOWED_ON_NONLEAF};
