@@ -49,9 +49,9 @@ public:
     // can be let go of again; a changed working copy then stays even without that.
     int Release();
 
-    // Lets go of the local file while the library is being taken out of the process: a changed
-    // working copy is kept among the recovered files and not stored. No server is asked and nothing
-    // is shown.
+    // Ends the local file while the library is being taken out of the process: a changed working
+    // copy is kept among the recovered files, with the edits that it refused, and not stored; any
+    // other is deleted. No server is asked, nothing is shown and no file is waited for.
     void KeepLocally() noexcept;
 
     CDepot* depot = nullptr;  // null for a plain file; never owned
