@@ -1,12 +1,17 @@
 // A first client in C++: the same as first.vbs, through the interface's virtual functions.
+//
+// first [PROFILE]: another profile than that of the samples is named as "<Depot>\Folder\file.kre".
 #include <DepotIntr.h>
+#include <shellapi.h>
 
+#include <cstdarg>
 #include <cstdio>
+#include <cwchar>
 #include <string>
 
 namespace {
 
-constexpr wchar_t kProfile[] = L"<Work>\\Sessions\\office.kre";
+constexpr wchar_t kSample[] = L"<Work>\\Sessions\\office.kre";
 
 // A BSTR that frees itself. Every text of the interface is passed by the address of a BSTR.
 class Text {
@@ -23,10 +28,37 @@ private:
     BSTR text_ = nullptr;
 };
 
+// Prints a line. Texts of the interface have every letter: a console shows them as they are, and a
+// file receives them in the ANSI code page.
+void Print(const wchar_t* format, ...) {
+    wchar_t text[1024] = {};
+    va_list values;
+    va_start(values, format);
+    const int length = std::vswprintf(text, 1024, format, values);
+    va_end(values);
+    if (length < 0) return;
+    const HANDLE output = GetStdHandle(STD_OUTPUT_HANDLE);
+    DWORD written = 0;
+    if (WriteConsoleW(output, text, static_cast<DWORD>(length), &written, nullptr)) return;
+    char bytes[4 * 1024];
+    const int size =
+        WideCharToMultiByte(CP_ACP, 0, text, length, bytes, sizeof(bytes), nullptr, nullptr);
+    WriteFile(output, bytes, static_cast<DWORD>(size), &written, nullptr);
+}
+
+// The program's first argument, or else the sample's profile.
+std::wstring ProfilePath() {
+    int count = 0;
+    wchar_t** const arguments = CommandLineToArgvW(GetCommandLineW(), &count);
+    std::wstring path = count > 1 ? arguments[1] : kSample;
+    LocalFree(arguments);
+    return path;
+}
+
 void Show(IDepotIntrApi* depots, LONG_PTR session, const wchar_t* section, const wchar_t* key) {
     Text sectionText(section), keyText(key), missing(L"(not set)"), value;
     depots->DPGetProfileString(session, &sectionText, &keyText, &missing, &value, 260);
-    std::wprintf(L"[%ls] %ls: {%ls}\n", section, key, value.get());
+    Print(L"[%ls] %ls: {%ls}\n", section, key, value.get());
 }
 
 void Write(IDepotIntrApi* depots, LONG_PTR session, const wchar_t* key, const wchar_t* value) {
@@ -39,11 +71,11 @@ int Run(IDepotIntrApi* depots) {
     // Every refusal is S_FALSE, so success is tested for, not failure.
     if (depots->DPInitialize(&session) != S_OK) return 1;
 
-    Text home, folder, profile(kProfile);
+    Text home, folder, profile(ProfilePath());
     depots->DPGetDefaultDPPath(session, &home);
-    std::wprintf(L"Default depot:  %ls\n", home.get());
+    Print(L"Default depot:  %ls\n", home.get());
     depots->DPPathConvertDPtoFS(&profile, &folder);
-    std::wprintf(L"Kept in:        %ls\n", folder.get());
+    Print(L"Kept in:        %ls\n", folder.get());
 
     depots->DPLoadFile(&session, &profile);
     Show(depots, session, L"PROFILE", L"Title");
@@ -53,7 +85,7 @@ int Run(IDepotIntrApi* depots) {
     Text host(L"Host"), port(L"Port");
     ULONG number = 0;
     depots->DPGetProfileInt(session, &host, &port, 23, &number);
-    std::wprintf(L"[Host] Port:    %lu\n", number);
+    Print(L"[Host] Port:    %lu\n", number);
 
     // What is written comes back exactly, leading blanks and quotes included.
     Write(depots, session, L"Indented", L"   three blanks before");
@@ -62,7 +94,7 @@ int Run(IDepotIntrApi* depots) {
     Show(depots, session, L"Notes", L"Quoted");
 
     depots->DPUnInitialize(session);
-    std::wprintf(L"Session ended.\n");
+    Print(L"Session ended.\n");
     return 0;
 }
 

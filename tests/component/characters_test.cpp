@@ -1,15 +1,8 @@
 // Names of many characters, in whatever ANSI code page the process runs in.
-#include <algorithm>
-
-#include "component/component.h"
-#include "support/box_log.h"
-#include "support/page_names.h"
+#include "component/characters_fixture.h"
 
 namespace depot::test {
 namespace {
-
-constexpr char kOld[] = "[S]\r\nK=old\r\n";
-constexpr char kNew[] = "[S]\r\nK=new\r\n";
 
 // Contents are converted by the code page of the thread's language, which in a Japanese process is
 // Japanese unless the user chose another one.
@@ -28,7 +21,7 @@ private:
 };
 
 // A depot "Work" in a folder whose name has the characters of the code page.
-class CharactersTest : public ComponentTest {
+class CharactersTest : public PageNamesTest {
 protected:
     CharactersTest() { DefineWideDepot("Work", names_.folder); }
 
@@ -40,13 +33,11 @@ protected:
     std::wstring At(const std::wstring& name) const {
         return Wide(folder_.Path()) + L"\\" + names_.folder + L"\\" + name;
     }
-    void Make(const std::wstring& name, const char* bytes = kOld) { MakeWideFile(At(name), bytes); }
+    void Make(const std::wstring& name, const char* bytes = kOldProfile) {
+        MakeWideFile(At(name), bytes);
+    }
     std::string Bytes(const std::wstring& name) { return WideBytes(At(name)); }
 
-    Session& Client() {
-        if (!session_) session_.emplace(*api_);
-        return *session_;
-    }
     HRESULT Load(const std::wstring& path) {
         return api_->DPLoadFile(Client().Address(), Text(path));
     }
@@ -55,29 +46,9 @@ protected:
     }
     std::wstring Get() { return Read(Client(), L"S", L"K"); }
 
-    std::vector<std::wstring> List(const std::wstring& folder) {
-        LONG_PTR handle = 0;
-        LONG count = 0;
-        EXPECT_EQ(S_OK, api_->DPFindInit(&handle, Text(folder), Text(L".kra"), APP_SKEIN, &count));
-        std::vector<std::wstring> paths;
-        for (LONG index = 0; index < count; ++index) {
-            OutText path;
-            EXPECT_EQ(S_OK, api_->DPFindNext(handle, index, path));
-            paths.push_back(path.Value());
-        }
-        EXPECT_EQ(S_OK, api_->DPUnInitialize(handle));
-        std::sort(paths.begin(), paths.end());
-        return paths;
+    static std::vector<std::wstring> PathsOf(const std::vector<std::wstring>& files) {
+        return PathsIn(L"<Work>\\", files);
     }
-    std::vector<std::wstring> PathsOf(std::vector<std::wstring> files) {
-        for (std::wstring& file : files) file.insert(0, L"<Work>\\");
-        std::sort(files.begin(), files.end());
-        return files;
-    }
-
-    const PageNames names_ = NamesOfThisPage();
-    const BoxLog boxes_;
-    std::optional<Session> session_;
 };
 
 TEST_F(CharactersTest, ListingShowsEveryFileUnderItsName) {
@@ -93,7 +64,7 @@ TEST_F(CharactersTest, ValuesAreReadAndWrittenInTheFileOfThatName) {
         EXPECT_EQ(S_OK, Load(path));
         EXPECT_EQ(L"old", Get());
         EXPECT_EQ(S_OK, Set(L"new"));
-        EXPECT_EQ(kNew, Bytes(name));
+        EXPECT_EQ(kNewProfile, Bytes(name));
         EXPECT_EQ(S_OK, api_->DPFileExists(Client(), Text(path)));
         EXPECT_EQ(S_OK, api_->DPIsPathWriteAble(Client(), Text(path)));
         OutText local;
@@ -105,7 +76,7 @@ TEST_F(CharactersTest, ValuesAreReadAndWrittenInTheFileOfThatName) {
 TEST_F(CharactersTest, NewFileIsMadeInTheDepotsFolder) {
     EXPECT_EQ(S_OK, Load(L"<Work>\\x.kra"));
     EXPECT_EQ(S_OK, Set(L"new"));
-    EXPECT_EQ(kNew, Bytes(L"x.kra"));
+    EXPECT_EQ(kNewProfile, Bytes(L"x.kra"));
 }
 
 TEST_F(CharactersTest, RenameCopiesAndDeletionMeetTheFileOfThatNameOnly) {
@@ -118,11 +89,11 @@ TEST_F(CharactersTest, RenameCopiesAndDeletionMeetTheFileOfThatNameOnly) {
         EXPECT_EQ(S_OK, api_->DPDeleteFile(Client(), Text(copy.Value())));
         EXPECT_EQ(S_OK, api_->DPCopyFileToLocalFS(Client(), Text(path), Text(At(L"out.kra")),
                                                   VARIANT_TRUE));
-        EXPECT_EQ(kOld, Bytes(L"out.kra"));
+        EXPECT_EQ(kOldProfile, Bytes(L"out.kra"));
         EXPECT_EQ(S_OK, api_->DPDeleteFile(Client(), Text(L"<Work>\\out.kra")));
         EXPECT_EQ(S_OK, api_->DPRenameFile(Client(), Text(path), Text(L"<Work>\\y" + name)));
         EXPECT_EQ("(missing)", Bytes(name));
-        EXPECT_EQ(kOld, Bytes(L"y" + name));
+        EXPECT_EQ(kOldProfile, Bytes(L"y" + name));
         EXPECT_EQ(S_OK, api_->DPDeleteFile(Client(), Text(L"<Work>\\y" + name)));
     }
     EXPECT_EQ(PathsOf({}), List(L"<Work>\\"));
@@ -131,7 +102,7 @@ TEST_F(CharactersTest, RenameCopiesAndDeletionMeetTheFileOfThatNameOnly) {
 TEST_F(CharactersTest, DepotsWhoseNamesDifferAreTwo) {
     for (const std::wstring& name : names_.depots) {
         DefineWideDepot(Narrowed(name), name);
-        MakeWideFile(Wide(folder_.Path()) + L"\\" + name + L"\\a.kra", kOld);
+        MakeWideFile(Wide(folder_.Path()) + L"\\" + name + L"\\a.kra", kOldProfile);
     }
     const std::wstring second = L"<" + names_.depots[1] + L">\\a.kra";
     EXPECT_EQ(S_OK, api_->DPDeleteFile(Client(), Text(L"<" + names_.depots[0] + L">\\a.kra")));
@@ -175,7 +146,7 @@ TEST_F(CharactersTest, NameThatTheCodePageCannotHoldIsRefusedByEveryMethod) {
         EXPECT_EQ(0, handle);
         EXPECT_EQ(4711, count);
     }
-    for (const std::wstring& name : decoys) EXPECT_EQ(kOld, Bytes(name));
+    for (const std::wstring& name : decoys) EXPECT_EQ(kOldProfile, Bytes(name));
     EXPECT_EQ(PathsOf({L"A.kra", L"_.kra", L"x.kra"}), List(L"<Work>\\"));
 }
 
@@ -189,7 +160,7 @@ TEST_F(CharactersTest, LoadOfSuchANameLeavesTheSessionWithoutACurrentFile) {
         EXPECT_EQ(L"(failed)", Get());
         EXPECT_EQ(S_FALSE, api_->DPFlushFile(Client()));
     }
-    EXPECT_EQ(kOld, Bytes(L"A.kra"));
+    EXPECT_EQ(kOldProfile, Bytes(L"A.kra"));
     EXPECT_EQ(PathsOf({L"A.kra"}), List(L"<Work>\\"));
 }
 
@@ -232,7 +203,7 @@ TEST_F(CharactersTest, ValueThatIsCutLosesWholeCharacters) {
 
 TEST_F(CharactersTest, FormsOfOneLetterAreTwoNames) {
     if (GetACP() != CP_UTF8) return;
-    Make(L"\xE9.kra", kNew);
+    Make(L"\xE9.kra", kNewProfile);
     Make(L"e\x0301.kra");
     EXPECT_EQ(S_OK, api_->DPDeleteFile(Client(), Text(L"<Work>\\\xE9.kra")));
     EXPECT_EQ(PathsOf({L"e\x0301.kra"}), List(L"<Work>\\"));
@@ -242,7 +213,7 @@ TEST_F(CharactersTest, LettersOfBothCasesNameOneFile) {
     const std::wstring upper = GetACP() == 932 ? L"\xFF21.kra" : L"\xC4.kra";
     const std::wstring lower = GetACP() == 932 ? L"\xFF41.kra" : L"\xE4.kra";
     DefineWideDepot(Narrowed(upper), L"letters");
-    MakeWideFile(Wide(folder_.Path()) + L"\\letters\\a.kra", kOld);
+    MakeWideFile(Wide(folder_.Path()) + L"\\letters\\a.kra", kOldProfile);
     EXPECT_EQ(S_OK, api_->DPFileExists(Client(), Text(L"<" + lower + L">\\a.kra")));
 }
 

@@ -1,6 +1,8 @@
 // Names of all letters that the code page has, in the browse dialog.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "depotbrowser/browse_fixture.h"
 #include "platform/wide_text.h"
 
@@ -41,12 +43,21 @@ protected:
 
     static void Edit(const OpenBrowser& browser, const std::wstring& row,
                      const std::wstring& name) {
-        const HWND list = browser.Control(CONTROL_LIST);
         browser.SelectRow(row);
         browser.Press(VK_F2);
+        TypeInPlace(browser, name);
+    }
+    static void TypeInPlace(const OpenBrowser& browser, const std::wstring& name) {
+        const HWND list = browser.Control(CONTROL_LIST);
         EXPECT_TRUE(Eventually([&] { return ListView_GetEditControl(list) != nullptr; }));
         browser.Type(name);
         browser.Press(VK_RETURN);
+    }
+    // As kNames has it, without the extension.
+    static Names HeldFolders() {
+        Names folders = HeldNames(true);
+        for (std::wstring& name : folders) name.resize(name.size() - 4);
+        return folders;
     }
 
     const std::wstring own_ = ExactAnsiFromWide(kJapanese) ? kJapanese : kWestern;
@@ -101,6 +112,55 @@ TEST_F(BrowseNamesTest, FileIsRenamedToANameInItsOwnLetters) {
         EXPECT_FALSE(IsThere(from));
         from = name;
     }
+}
+
+TEST_F(BrowseNamesTest, FoldersAreMadeByNamesInTheirOwnLettersAndOneIsEntered) {
+    MakeOwn(L"there.kra");
+    dialog_->put_Mode(27);
+    dialog_->put_FileType(64);
+    const Names folders = HeldFolders();
+    const std::wstring& last = folders.back();
+    EXPECT_EQ(1, Show([&](const OpenBrowser& browser) {
+                  browser.SelectDepot(own_);
+                  browser.WaitForRow(L"there.kra");
+                  for (const std::wstring& folder : folders) {
+                      browser.Click(CONTROL_NEW_FOLDER);
+                      TypeInPlace(browser, folder);
+                      browser.WaitForSelection({folder});
+                      EXPECT_TRUE(IsThere(folder));
+                  }
+                  for (const std::wstring& folder : folders) browser.WaitForRow(folder);
+                  browser.DoubleClickRow(last);
+                  browser.WaitForLocation(own_ + L"\\" + last);
+                  browser.TypeName(last + L".kra");
+                  browser.Press(VK_RETURN);
+              }));
+    EXPECT_EQ(Display(last + L"\\" + last + L".kra"), ChosenPath());
+    EXPECT_FALSE(IsThere(L"New folder"));
+}
+
+TEST_F(BrowseNamesTest, FileIsCopiedAndDeletedByItsOwnNameAlone) {
+    const Names names = HeldNames(true);
+    for (const std::wstring& name : names) MakeOwn(name);
+    Show([&](const OpenBrowser& browser) {
+        browser.SelectDepot(own_);
+        for (const std::wstring& name : names) {
+            const std::wstring copy = name.substr(0, name.size() - 4) + L" - copy.kra";
+            browser.SelectRow(name);
+            browser.Click(CONTROL_MAKE_COPY);
+            browser.WaitForSelection({copy});
+            browser.SelectRow(name);
+            browser.Press(VK_DELETE);
+            AnswerQuestion(L"delete \"" + name + L"\"?", IDYES);
+            EXPECT_TRUE(Eventually([&] {
+                const Names rows = browser.Rows();
+                return std::find(rows.begin(), rows.end(), name) == rows.end();
+            }));
+            EXPECT_FALSE(IsThere(name));
+            EXPECT_TRUE(IsThere(copy));
+        }
+        browser.Press(VK_ESCAPE);
+    });
 }
 
 TEST_F(BrowseNamesTest, NameThatTheCodePageLacksIsRefusedInPlace) {

@@ -56,8 +56,9 @@ Names OpenBrowser::Cells(int row) const {
 Names OpenBrowser::SelectedRows() const {
     const HWND list = Control(CONTROL_LIST);
     Names rows;
-    for (int row = ListView_GetNextItem(list, -1, LVNI_SELECTED); row >= 0;
-         row = ListView_GetNextItem(list, row, LVNI_SELECTED)) {
+    // A window that is gone answers 0 to everything.
+    for (int last = -1, row; (row = ListView_GetNextItem(list, last, LVNI_SELECTED)) > last;
+         last = row) {
         rows.push_back(CellText(list, row, 0));
     }
     return rows;

@@ -4,7 +4,9 @@
 #include <gtest/gtest.h>
 
 #include "platform/full_path.h"
+#include "platform/system_code_page.h"
 #include "platform/temp_file.h"
+#include "support/page_names.h"
 #include "support/scratch.h"
 
 namespace depot {
@@ -53,6 +55,56 @@ TEST_F(LocalFileTest, AFolderIsMadeWithThoseAboveIt) {
     EXPECT_FALSE(EnsureLocalFolder(folder_.At("file\\below")));
     EXPECT_FALSE(EnsureLocalFolder(folder_.At("file")));
     EXPECT_FALSE(EnsureLocalFolder(folder_.At(std::string(100'000, 'x'))));
+}
+
+// In whatever ANSI code page the process runs.
+class LocalFolderCharactersTest : public LocalFileTest {
+protected:
+    LocalFolderCharactersTest() { InstallSystemCodePage(); }
+    ~LocalFolderCharactersTest() override { InstallCodePage(before_); }
+
+    std::wstring At(const std::wstring& name) const {
+        return WideFromAnsi(folder_.Path()) + L"\\" + name;
+    }
+    // The names of what the folder holds, one a line, in their order.
+    std::wstring Names(const std::wstring& folder) const {
+        std::wstring names;
+        WIN32_FIND_DATAW found = {};
+        const HANDLE search = FindFirstFileW((At(folder) + L"\\*").c_str(), &found);
+        if (search == INVALID_HANDLE_VALUE) return L"(none)";
+        do {
+            if (found.cFileName[0] != L'.') names.append(found.cFileName).append(L"\n");
+        } while (FindNextFileW(search, &found));
+        FindClose(search);
+        return names;
+    }
+
+    const CodePage before_ = InstalledCodePage();
+    const test::PageNames page_ = test::NamesOfThisPage();
+};
+
+TEST_F(LocalFolderCharactersTest, FoldersAreMadeByTheirNamesAndNoOthers) {
+    for (const std::wstring& name : page_.files) {
+        const std::wstring top = L"t" + name;
+        SCOPED_TRACE(test::Narrowed(name));
+        for (const wchar_t* end : {L"", L"\\"}) {
+            EXPECT_TRUE(EnsureLocalFolder(
+                test::Narrowed(At(top + L"\\" + page_.subfolder + L"\\" + name + end))));
+        }
+        EXPECT_EQ(page_.subfolder + L"\n", Names(top));
+        EXPECT_EQ(name + L"\n", Names(top + L"\\" + page_.subfolder));
+        EXPECT_EQ(L"", Names(top + L"\\" + page_.subfolder + L"\\" + name));
+    }
+}
+
+TEST_F(LocalFolderCharactersTest, FileOfThatNameIsNoFolder) {
+    for (const std::wstring& name : page_.files) {
+        SCOPED_TRACE(test::Narrowed(name));
+        test::MakeWideFile(At(name), "x");
+        EXPECT_FALSE(EnsureLocalFolder(test::Narrowed(At(name))));
+        EXPECT_FALSE(EnsureLocalFolder(test::Narrowed(At(name + L"\\" + page_.subfolder))));
+        EXPECT_EQ("x", test::WideBytes(At(name)));
+    }
 }
 
 TEST(MakeTempFolderTest, EachFolderIsNewEmptyAndNamedDir) {

@@ -57,6 +57,11 @@ protected:
     }
 
     DWORD RunInto(const std::string& output, const std::string& script) {
+        return RunCommandInto(
+            output, "cscript.exe //nologo \"" + OwnModuleFolder() + "clients\\" + script + "\"");
+    }
+
+    DWORD RunCommandInto(const std::string& output, std::string command) {
         SECURITY_ATTRIBUTES inherited = {sizeof(inherited), nullptr, TRUE};
         const HANDLE opened = CreateFileA(output.c_str(), GENERIC_WRITE, FILE_SHARE_READ,
                                           &inherited, CREATE_ALWAYS, 0, nullptr);
@@ -67,15 +72,13 @@ protected:
         startup.dwFlags = STARTF_USESTDHANDLES;
         startup.hStdOutput = opened;
         startup.hStdError = opened;
-        std::string command =
-            "cscript.exe //nologo \"" + OwnModuleFolder() + "clients\\" + script + "\"";
         PROCESS_INFORMATION started = {};
         EXPECT_TRUE(CreateProcessA(nullptr, command.data(), nullptr, nullptr, TRUE, 0, nullptr,
                                    nullptr, &startup, &started));
         const UniqueHandle process(started.hProcess);
         const UniqueHandle thread(started.hThread);
         if (WaitForSingleObject(started.hProcess, kLongestRunMilliseconds) != WAIT_OBJECT_0) {
-            ADD_FAILURE() << script << " does not end";
+            ADD_FAILURE() << command << " does not end";
             TerminateProcess(started.hProcess, 1);
         }
         DWORD exitCode = 99;
