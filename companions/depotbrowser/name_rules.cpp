@@ -46,8 +46,10 @@ bool MatchesFrom(std::string_view name, std::string_view pattern) {
 
 std::vector<std::string> SplitFolders(std::string_view path) {
     const std::vector<std::string_view> parts = SplitAtAny(path, "\\/");
+    std::vector<std::string> folders(parts.begin(), parts.end());
     // Nothing stands behind a separator at the end.
-    return {parts.begin(), parts.back().empty() ? parts.end() - 1 : parts.end()};
+    if (folders.back().empty()) folders.pop_back();
+    return folders;
 }
 
 }  // namespace

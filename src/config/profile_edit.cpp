@@ -1,5 +1,6 @@
 #include "config/profile_edit.h"
 
+#include <algorithm>
 #include <new>
 #include <string_view>
 #include <utility>
@@ -12,6 +13,7 @@
 #include "platform/paths.h"
 #include "platform/replace_file.h"
 #include "platform/text.h"
+#include "platform/wide_text.h"
 
 namespace depot {
 namespace {
@@ -19,30 +21,39 @@ namespace {
 using Bytes = std::vector<std::uint8_t>;
 
 // With more room than this no write cuts a file, and what the file held need not be remembered.
-constexpr ULONGLONG kAmpleRoom = 16 * 1024 * 1024;
+constexpr ULONGLONG kAmpleRoom = ULONGLONG{16} * 1024 * 1024;
 // No disk fills that fast.
 constexpr ULONGLONG kPlenty = 64 * kAmpleRoom;
 constexpr ULONGLONG kPlentyMilliseconds = 1000;
 
-std::string_view TextOf(const Bytes& bytes) {
-    return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
+constexpr std::string_view kUtf16Mark = "\xFF\xFE";
+
+// Lines can be told apart only in narrow text.
+std::string TextOf(const Bytes& bytes) {
+    std::string text(bytes.begin(), bytes.end());
+    if (!text.starts_with(kUtf16Mark)) return text;
+    std::wstring wide((text.size() - kUtf16Mark.size()) / sizeof(wchar_t), L'\0');
+    std::copy_n(text.begin() + kUtf16Mark.size(), wide.size() * sizeof(wchar_t),
+                reinterpret_cast<char*>(wide.data()));
+    return AnsiFromWide(wide);
 }
 
-// Lines can be told apart only in text of one byte a letter.
-bool IsText(const Bytes& bytes) {
-    return TextOf(bytes).find('\0') == std::string_view::npos;
+bool IsText(std::string_view text) {
+    return text.find('\0') == std::string_view::npos;
 }
 
 bool WasCut(const Bytes& before, const Bytes& after, const ProfileEdit& edit) {
-    return IsText(before) && LacksLines(TextOf(before), TextOf(after), edit.key);
+    const std::string text = TextOf(before);
+    return IsText(text) && LacksLines(text, TextOf(after), edit.key);
 }
 
 // Whether the value stands in the text in the one way that can be looked for.
 bool HoldsValue(const Bytes& bytes, const ProfileEdit& edit) {
     const bool isOneLine = edit.value && edit.value->find_first_of("\r\n") == std::string::npos &&
                            FindAnyCharacter(edit.key, "[=\r\n") == std::string::npos;
-    return !isOneLine || !IsText(bytes) ||
-           HasValueLine(TextOf(bytes), edit.key, QuoteProfileValue(*edit.value));
+    const std::string text = TextOf(bytes);
+    return !isOneLine || !IsText(text) ||
+           HasValueLine(text, edit.key, QuoteProfileValue(*edit.value));
 }
 
 // Returns the error of the write.

@@ -15,7 +15,8 @@ class CLDAPItems;
 // How much of a tree one operation looks at. No depot comes near these.
 struct TreeBounds {
     std::uint64_t entries = 1'000'000;
-    std::uint64_t nameBytes = 256 * 1024 * 1024;  // the names of all entries together
+    std::uint64_t nameBytes =
+        std::uint64_t{256} * 1024 * 1024;  // the names of all entries together
     std::size_t longestName = std::size_t{64} * 1024;
     std::uint32_t depth = 1'000;  // levels below the uppermost folder
     // What the listings alone may take together, however long the work on the entries takes.

@@ -100,12 +100,11 @@ bool AsciiMayBeSecond() {
 // REQUIRES: the code lies above ASCII.
 void AppendUtf8(std::string& text, char32_t code) {
     const auto append = [&](char32_t byte) { text.push_back(static_cast<char>(byte)); };
-    int shift = code < 0x800 ? 6 : code < 0x10000 ? 12 : 18;
+    const unsigned continuations = code < 0x800 ? 1 : code < 0x10000 ? 2 : 3;
     constexpr char32_t kFirstBytes[] = {0xC0, 0xE0, 0xF0};
-    append(kFirstBytes[shift / 6 - 1] | code >> shift);
-    while (shift > 0) {
-        shift -= 6;
-        append(0x80 | (code >> shift & 0x3F));
+    append(kFirstBytes[continuations - 1] | code >> 6 * continuations);
+    for (unsigned left = continuations; left > 0; --left) {
+        append(0x80 | (code >> 6 * (left - 1) & 0x3F));
     }
 }
 

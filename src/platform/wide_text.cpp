@@ -84,6 +84,10 @@ std::optional<std::wstring> ExactWideFromAnsi(std::string_view text) {
     return ExactWiden(CP_ACP, text);
 }
 
+std::optional<std::wstring> ExactWideFromCodePage(unsigned codePage, std::string_view text) {
+    return ExactWiden(codePage, text);
+}
+
 std::optional<std::string> ExactAnsiFromUtf8(std::string_view text) {
     const std::optional<std::wstring> wide = ExactWiden(CP_UTF8, text);
     return wide ? ExactAnsiFromWide(*wide) : std::nullopt;

@@ -24,6 +24,7 @@ std::optional<std::string> ExactFromWide(unsigned codePage, std::wstring_view te
 // Return nothing for bytes that are no characters of the code page they are in, or that the other
 // one cannot hold exactly.
 std::optional<std::wstring> ExactWideFromAnsi(std::string_view text);
+std::optional<std::wstring> ExactWideFromCodePage(unsigned codePage, std::string_view text);
 std::optional<std::string> ExactAnsiFromUtf8(std::string_view text);
 std::optional<std::string> ExactUtf8FromAnsi(std::string_view text);
 

@@ -47,6 +47,17 @@ TEST_F(ProfileEditTest, CutFileGetsBackWhatItHeld) {
     }
 }
 
+TEST_F(ProfileEditTest, CutFileInUtf16GetsBackWhatItHeld) {
+    const std::wstring text = L"\xFEFF[S]\r\nA=\x8868\r\nK=old\r\nZ=26\r\n";
+    const std::string bytes(reinterpret_cast<const char*>(text.data()), 2 * text.size());
+    folder_.MakeFile("a.kra", bytes);
+    for (const CutWrite answer : {CutWrite::kFails, CutWrite::kSucceeds}) {
+        const FullDisk full(file_, answer);
+        EXPECT_EQ(DWORD{ERROR_DISK_FULL}, Edit("new"));
+        EXPECT_EQ(bytes, FileBytes(file_));
+    }
+}
+
 BOOL WINAPI RefuseToWrite(HANDLE, LPCVOID, DWORD, LPDWORD, OVERLAPPED*) {
     SetLastError(ERROR_DISK_FULL);
     return FALSE;

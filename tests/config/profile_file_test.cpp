@@ -6,6 +6,7 @@
 
 #include "config/file_types.h"
 #include "platform/handles.h"
+#include "support/code_pages.h"
 #include "support/failing_memory.h"
 #include "support/full_disk.h"
 #include "support/random_text.h"
@@ -62,6 +63,25 @@ TEST_F(ReadProfileStringTest, TextsThatTheSystemCannotCountNeverReachIt) {
     EXPECT_EQ(7u, ReadProfileInt(huge, "Key", 7, file_));
     EXPECT_EQ(7u, ReadProfileInt("Section", huge, 7, file_));
     EXPECT_EQ("default", ReadProfileString(fits, fits, "default", kAnySize, file_));
+}
+
+TEST_F(ReadProfileStringTest, CutDefaultsEndBehindWholeCharacters) {
+    const std::string huge(100'000, 'x');
+    const struct {
+        unsigned codePage;
+        std::string character;
+    } rows[] = {{932, "\x95\x5C"}, {65001, "\u8868"}, {65001, "\U0001F600"}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.character);
+        const test::CodePageScope page(row.codePage);
+        const std::string text = "a" + row.character;
+        const auto fits = static_cast<std::uint32_t>(text.size() + 1);
+        EXPECT_EQ(text, ReadProfileString(huge, "Key", text, fits, file_));
+        for (std::uint32_t size = 2; size < fits; ++size) {
+            EXPECT_EQ("a", ReadProfileString(huge, "Key", text, size, file_)) << size;
+        }
+        EXPECT_EQ("", ReadProfileString(huge, "Key", text, 1, file_));
+    }
 }
 
 TEST_F(WriteProfileValueTest, TextsThatTheSystemCannotCountAreNotWritten) {

@@ -1,10 +1,13 @@
 // Definitions written by hand, with every kind of mistake.
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
 
 #include "depotctl/definition_checks.h"
 #include "depotctl/known_values.h"
+#include "platform/text.h"
+#include "support/code_pages.h"
 #include "support/random_text.h"
 
 namespace depot::ctl {
@@ -335,7 +338,8 @@ TEST(DefinitionTest, RandomDefinitionsAreCheckedWhateverTheyHold) {
 
 std::string Together(const std::vector<DepotSummary>& depots) {
     std::string text;
-    for (const Findings& findings : CheckTogether(depots)) text += Show(findings) + "|";
+    for (const Findings& findings : CheckTogether(depots, EqualsNoCase))
+        text += Show(findings) + "|";
     return text;
 }
 
@@ -374,6 +378,25 @@ TEST(DefinitionTest, FoldersThatContainEachOtherAreRemarked) {
     EXPECT_NE(std::string::npos, roots("C:\\x", "C:\\x\\").find("its folder is that of <A>"));
     EXPECT_EQ("||", roots("C:\\x", "C:\\xy"));
     EXPECT_EQ("||", roots("", "C:\\x"));
+}
+
+TEST(DefinitionTest, NamesAndFoldersAreComparedByTheLettersOfTheCodePage) {
+    const test::CodePageScope utf8(65001);
+    const std::string work = "\u00C4rger", other = "\u00E4rger";
+    const auto together = [](const DepotSummary& first, const DepotSummary& second) {
+        return Together({first, second});
+    };
+    EXPECT_THAT(together({work, "a", true, false, {}}, {other, "b", false, false, {}}),
+                testing::HasSubstr("depot of the same key"));
+    EXPECT_THAT(together({"A", work, true, false, {}}, {"B", other, true, false, {}}),
+                testing::HasSubstr("which has the same name"));
+    EXPECT_THAT(together({"A", "a", true, false, {"C:\\" + work}},
+                         {"B", "b", true, false, {"C:\\" + other + "\\x"}}),
+                testing::HasSubstr("its folder lies in that of <A>"));
+    // The case of this letter takes another number of bytes.
+    EXPECT_THAT(together({"A", "a", true, false, {"C:\\\u023A"}},
+                         {"B", "b", true, false, {"C:\\\u2C65\\x"}}),
+                testing::HasSubstr("its folder lies in that of <A>"));
 }
 
 TEST(DefinitionTest, SecondDefaultIsNamed) {

@@ -236,19 +236,119 @@ TEST_P(NamesTest, DepotsWhoseNamesDifferInASecondByteStayApart) {
     EXPECT_EQ(std::string(keys[1]) + "\n", RunTool({"get", other, "S", "K"}).output);
 }
 
-// What another program wrote in its code page stays byte for byte.
-TEST_P(NamesTest, ValueIsSetOnlyWhereTextOfAnotherCodePageStaysAsItIs) {
-    const std::string western = "[S]\r\nOther=\xE9\xFFz\r\nKey=1\r\n";
-    folder_.MakeFile("work\\plan.kra", western);
-    const ToolRun run = RunTool({"set", "<Work>\\plan.kra", "S", "Key", "2"});
-    if (CodePage() == 1252) {
-        EXPECT_EQ(0, run.exitCode) << run.errors;
-        EXPECT_THAT(FileBytes(folder_.At("work\\plan.kra")), HasSubstr("Other=\xE9\xFFz\r\n"));
+// A letter and a word that the system's code page has, above ASCII.
+std::string OwnWord() {
+    return OwnName();
+}
+
+// A word that no ANSI code page but that of UTF-8 has.
+constexpr char kForeignWord[] = "\U0001F600";
+
+std::string InSystemCodePage(const std::string& utf8) {
+    return ExactFromWide(GetACP(), WideFromUtf8(utf8)).value();
+}
+
+TEST_P(NamesTest, ValuesOfApplicationsAreReadAndWrittenInTheirCodePage) {
+    const std::string own = InSystemCodePage(OwnWord());
+    const std::string head = "[" + own + "]\r\nA=" + own + "\r\n", tail = "Z=" + own + "\r\n";
+    folder_.MakeFile("work\\plan.kra", head + "Key=1\r\n" + tail);
+    const std::string plan = "<Work>\\plan.kra";
+    EXPECT_EQ(OwnWord() + "\n", RunTool({"get", plan, OwnWord(), "A"}).output);
+    EXPECT_EQ(OwnWord(), RunTool({"get", "--json", plan}).Json()[2]["value"]);
+    const ToolRun run = RunTool({"set", plan, OwnWord(), "Key", "2 " + OwnWord()});
+    EXPECT_EQ(0, run.exitCode) << run.errors;
+    EXPECT_EQ(head + "Key=2 " + own + "\r\n" + tail, FileBytes(folder_.At("work\\plan.kra")));
+    EXPECT_EQ(0, RunTool({"set", "--remove", plan, OwnWord(), "Key"}).exitCode);
+    EXPECT_EQ(head + tail, FileBytes(folder_.At("work\\plan.kra")));
+}
+
+TEST_P(NamesTest, AllBytesOfOtherValuesStay) {
+    std::string before = "[S]\r\n";
+    for (int first = 0x80; first < 0x100; ++first) {
+        before += "K" + std::to_string(first) + "=";
+        for (int second = 0x40; second < 0x100; ++second) {
+            before += {static_cast<char>(first), static_cast<char>(second)};
+        }
+        // Half of a character ends the line.
+        before += {'.', static_cast<char>(first), '\r', '\n'};
+    }
+    folder_.MakeFile("work\\all.kra", before + "Key=1\r\n");
+    const ToolRun run = RunTool({"set", "<Work>\\all.kra", "S", "Key", "2 " + OwnWord()});
+    EXPECT_EQ(0, run.exitCode) << run.errors;
+    EXPECT_EQ(before + "Key=2 " + InSystemCodePage(OwnWord()) + "\r\n",
+              FileBytes(folder_.At("work\\all.kra")));
+}
+
+TEST_P(NamesTest, ValueThatTheProfilesCodePageLacksIsRefusedAndTheProfileStays) {
+    const std::string plan = "<Work>\\plan.kra";
+    const std::string before = "[S]\r\nOther=" + InSystemCodePage(OwnWord()) + "\r\n";
+    folder_.MakeFile("work\\plan.kra", before);
+    const ToolRun run = RunTool({"set", plan, "S", "Key", kForeignWord});
+    if (GetACP() == CP_UTF8) {
+        EXPECT_EQ(std::string(kForeignWord) + "\n", RunTool({"get", plan, "S", "Key"}).output);
         return;
     }
     EXPECT_EQ(1, run.exitCode);
-    EXPECT_THAT(run.errors, HasSubstr("which writing a value would destroy"));
-    EXPECT_EQ(western, FileBytes(folder_.At("work\\plan.kra")));
+    EXPECT_THAT(run.errors, HasSubstr("code page " + std::to_string(GetACP()) + ", in which"));
+    EXPECT_EQ(before, FileBytes(folder_.At("work\\plan.kra")));
+}
+
+TEST_P(NamesTest, ProfilesInUnicodeStayInIt) {
+    const std::string word = std::string("\u00E4\u8868") + kForeignWord;
+    const auto wide = [](const std::string& utf8) {
+        const std::wstring text = WideFromUtf8(utf8);
+        return std::string(reinterpret_cast<const char*>(text.data()), 2 * text.size());
+    };
+    const auto text = [&](const std::string& value) {
+        return "[S]\r\nA=" + word + "\r\nKey=" + value + "\r\n";
+    };
+    const std::string marked = "\xEF\xBB\xBF", wideMark = "\xFF\xFE";
+    const struct {
+        std::string before, after;
+    } rows[] = {{text("1"), text(word)},
+                {marked + text("1"), marked + text(word)},
+                {wideMark + wide(text("1")), wideMark + wide(text(word))}};
+    for (const auto& row : rows) {
+        folder_.MakeFile("work\\plan.kra", row.before);
+        EXPECT_EQ(word + "\n", RunTool({"get", "<Work>\\plan.kra", "S", "A"}).output);
+        const ToolRun run = RunTool({"set", "<Work>\\plan.kra", "S", "Key", word});
+        EXPECT_EQ(0, run.exitCode) << run.errors;
+        EXPECT_EQ(row.after, FileBytes(folder_.At("work\\plan.kra")));
+    }
+}
+
+TEST_P(NamesTest, CodePageOfAnotherMachinesProfileCanBeGiven) {
+    const std::string plan = "<Work>\\plan.kra";
+    folder_.MakeFile("work\\plan.kra", "[S]\r\n\x95\x5C=\x83\x7C\r\n");
+    EXPECT_EQ("\u30DD\n", RunTool({"get", "--code-page", "932", plan, "S", "\u8868"}).output);
+    EXPECT_EQ(0, RunTool({"set", "--code-page=932", plan, "S", "\u8868", "\u5341"}).exitCode);
+    EXPECT_EQ("[S]\r\n\x95\x5C=\x8F\x5C\r\n", FileBytes(folder_.At("work\\plan.kra")));
+    for (const char* none :
+         {"0", "1", "1200", "65000", "50220", "54936", "x", "-1", "99999999999"}) {
+        EXPECT_EQ(2, RunTool({"get", std::string("--code-page=") + none, plan}).exitCode) << none;
+    }
+}
+
+TEST_P(NamesTest, PublishingFollowsAndKeepsTextOfApplications) {
+    // A file's name has to be one of the program's code page, too.
+    const std::string own = InSystemCodePage(OwnWord());
+    folder_.MakeFile(own + ".kre", "client");
+    const std::string profile = "[Skein]\r\nCount=1\r\nA=" + own + "\r\n[Clients]\r\nC1=";
+    folder_.MakeFile("team\\p.kra", profile + folder_.At(own + ".kre") + "\r\n");
+    const ToolRun run = RunTool({"publish", "--json", "<Team>\\p.kra"});
+    EXPECT_EQ(0, run.exitCode) << run.errors;
+    EXPECT_EQ("<Team>\\" + OwnWord() + ".kre", run.Json()[0]["entry"]);
+    EXPECT_EQ(profile + "<Team>\\" + own + ".kre\r\n", FileBytes(folder_.At("team\\p.kra")));
+    EXPECT_EQ("client", FileBytes(folder_.At("team\\" + own + ".kre")));
+}
+
+TEST_P(NamesTest, DepotsOfOneNameInTwoCasesAreOneName) {
+    const bool western = SystemHolds("\u00E4");
+    key_.Text("Work", "DisplayName.eng",
+              ExactAnsiFromUtf8(western ? "\u00E4" : "\uFF41").value_or("x"));
+    key_.Text("Team", "DisplayName.eng",
+              ExactAnsiFromUtf8(western ? "\u00C4" : "\uFF21").value_or("X"));
+    EXPECT_THAT(RunTool({"check", "--offline"}).output, HasSubstr("which has the same name"));
 }
 
 TEST(ProgramNamesTest, ProgramDeclaresTheCodePageOfUtf8) {
@@ -287,6 +387,18 @@ TEST_P(DirectoryNamesTest, EntriesAreMadeListedReadAndRemovedUnderTheirOwnNames)
         EXPECT_EQ(0, RunTool({"rm", folder + "\\" + name}).exitCode) << name;
     }
     EXPECT_EQ("", RunTool({"ls", folder}).output);
+}
+
+TEST_P(DirectoryNamesTest, ValuesOfApplicationsAreReadAndWrittenInTheirCodePage) {
+    const std::string own = ExactFromWide(GetACP(), WideFromUtf8(OwnName())).value();
+    const std::string head = "[S]\r\nA=" + own + "\x81\r\n";
+    server_.AddFile("plan.kra", "cn=Sessions," + base_, head + "Key=1\r\n");
+    const std::string plan = "<Dir>\\Sessions\\plan.kra";
+    EXPECT_EQ("1\n", RunTool({"get", plan, "S", "Key"}).output);
+    const ToolRun run = RunTool({"set", plan, "S", "Key", OwnName()});
+    EXPECT_EQ(0, run.exitCode) << run.errors;
+    EXPECT_EQ(head + "Key=" + own + "\r\n", RunTool({"cat", plan}).output);
+    EXPECT_EQ(OwnName() + "\n", RunTool({"get", plan, "S", "Key"}).output);
 }
 
 constexpr Runs kRuns[] = {Runs::kAsDeclared, Runs::kInSystemCodePage};

@@ -70,7 +70,7 @@ public:
         std::vector<CheckedDepot> checked;
         CDepots& depots = program_.Depots();
         for (CDepot* depot : depots) Take(*depot);
-        const std::vector<Findings> together = CheckTogether(summaries_);
+        const std::vector<Findings> together = CheckTogether(summaries_, IsSameName);
         for (std::size_t index = 0; index < depots.Count(); ++index) {
             CDepot& depot = *depots.At(index);
             if (IsWanted(Utf8FromAnsi(depot.name)))

@@ -8,6 +8,7 @@
 #include "depotctl/define_options.h"
 #include "depotctl/definition_edit.h"
 #include "depotctl/definition_store.h"
+#include "depotctl/encoding.h"
 #include "depotctl/failure.h"
 #include "depotctl/key_argument.h"
 #include "depotctl/location_checks.h"
@@ -130,7 +131,7 @@ Findings NotesOn(const RawDefinition& after, const DefineOptions& options) {
         if (!isIt) all.push_back(SummaryOf(stored.raw, stored.root == HKEY_CURRENT_USER));
     }
     all.push_back(SummaryOf(after, !options.forMachine));
-    const Findings together = CheckTogether(all).back();
+    const Findings together = CheckTogether(all, IsSameName).back();
     notes.insert(notes.end(), together.begin(), together.end());
     return notes;
 }

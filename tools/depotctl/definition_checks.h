@@ -2,7 +2,9 @@
 // folder and no server is tried.
 #pragma once
 
+#include <functional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "depotctl/definition.h"
@@ -27,8 +29,11 @@ struct DepotSummary {
     std::vector<std::string> roots;  // expanded; of folders only
 };
 
+// Tells whether two texts in UTF-8 are one name to the component.
+using SameText = std::function<bool(std::string_view, std::string_view)>;
+
 // Returns, for each depot in the order of the list, what stands in the way of others.
-std::vector<Findings> CheckTogether(const std::vector<DepotSummary>& depots);
+std::vector<Findings> CheckTogether(const std::vector<DepotSummary>& depots, const SameText& same);
 
 // Whether any of them is a problem, or worse.
 bool HasProblems(const Findings& findings);

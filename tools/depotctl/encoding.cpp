@@ -1,6 +1,7 @@
 #include "depotctl/encoding.h"
 
 #include "depotctl/failure.h"
+#include "platform/text.h"
 #include "platform/wide_text.h"
 #include "platform/win32.h"
 
@@ -15,6 +16,12 @@ std::string ToAnsi(std::string_view text) {
     if (narrow) return *std::move(narrow);
     Refuse("\"" + std::string(text) + "\" has characters that code page " +
            std::to_string(GetACP()) + ", in which profiles are named, does not have");
+}
+
+bool IsSameName(std::string_view left, std::string_view right) {
+    const auto narrowLeft = ExactAnsiFromUtf8(left), narrowRight = ExactAnsiFromUtf8(right);
+    if (!narrowLeft || !narrowRight) return left == right;
+    return EqualsNoCase(*narrowLeft, *narrowRight);
 }
 
 }  // namespace depot::ctl

@@ -3,11 +3,10 @@
 #include <algorithm>
 #include <memory>
 
-#include "config/profile_file.h"
 #include "depotctl/commands.h"
-#include "depotctl/encoding.h"
 #include "depotctl/failure.h"
 #include "depotctl/places.h"
+#include "depotctl/profile_copy.h"
 #include "depotctl/utf8_text.h"
 #include "fileops/depot_file.h"
 #include "fileops/directory_transfer.h"
@@ -15,15 +14,9 @@
 #include "platform/local_file.h"
 #include "platform/paths.h"
 #include "platform/temp_file.h"
-#include "platform/wide_text.h"
 
 namespace depot::ctl {
 namespace {
-
-// The longest value, and a list of sections or keys, that is asked for.
-constexpr DWORD kLongestValue = 65535;
-// What no profile holds as a value.
-constexpr char kAbsent[] = "\x01\x02";
 
 struct ValueOptions {
     std::string path, section, key, value;
@@ -31,6 +24,7 @@ struct ValueOptions {
     bool hasDefault = false;
     bool remove = false;
     bool create = false;
+    unsigned codePage = 0;  // found out by the profile's bytes
 };
 
 // A plain file of a shorter path would be taken for one of the default depot.
@@ -70,8 +64,10 @@ std::vector<std::uint8_t> Contents(const Place& place) {
 }
 
 // A terminal is shown characters, and never what would move its cursor.
-std::string TerminalText(const std::vector<std::uint8_t>& bytes) {
-    const std::string text = Utf8FromAnsi(std::string(bytes.begin(), bytes.end()));
+std::string TerminalText(const std::vector<std::uint8_t>& file) {
+    const std::string bytes(file.begin(), file.end());
+    const ProfileEncoding encoding = EncodingOf(bytes, 0).value_or(ProfileEncoding{});
+    const std::string text = ShownProfileText(encoding, ProfileText(encoding, bytes));
     std::string shown;
     for (std::size_t at = 0; at < text.size();) {
         const std::size_t end = std::min(text.find_first_of("\t\r\n", at), text.size());
@@ -94,33 +90,14 @@ void Cat(Program& program, const std::string& path) {
     }
 }
 
-// The sections of the profile, or the keys of one section; each text ends in a NUL.
-std::vector<std::string> Names(const DepotFileContext& file, const std::string* section) {
-    std::string list(kLongestValue, '\0');
-    const DWORD length =
-        GetPrivateProfileStringA(section ? section->c_str() : nullptr, nullptr, "", list.data(),
-                                 kLongestValue, file.localPath.c_str());
-    std::vector<std::string> names;
-    for (std::size_t at = 0; at < length;) {
-        names.emplace_back(list.c_str() + at);
-        at += names.back().size() + 1;
-    }
-    return names;
-}
-
-std::string Read(const DepotFileContext& file, const std::string& section, const std::string& key) {
-    return file.ReadString(section, key, {}, kLongestValue);
-}
-
-void ListValues(const Program& program, const DepotFileContext& file, const std::string& section) {
+void ListValues(const Program& program, const ProfileCopy& profile, const std::string& only) {
     Json rows = Json::array();
     const std::vector<std::string> sections =
-        section.empty() ? Names(file, nullptr) : std::vector<std::string>{section};
-    for (const std::string& name : sections) {
-        for (const std::string& key : Names(file, &name)) {
-            rows.push_back({{"section", Utf8FromAnsi(name)},
-                            {"key", Utf8FromAnsi(key)},
-                            {"value", Utf8FromAnsi(Read(file, name, key))}});
+        only.empty() ? profile.Sections() : std::vector<std::string>{only};
+    for (const std::string& section : sections) {
+        for (const std::string& key : profile.Keys(section)) {
+            const std::string value = profile.Find(section, key).value_or("");
+            rows.push_back({{"section", section}, {"key", key}, {"value", value}});
         }
     }
     program.renderer.List(rows, {{"section", "SECTION"}, {"key", "KEY"}, {"value", "VALUE"}});
@@ -130,20 +107,16 @@ void Get(Program& program, const ValueOptions& options) {
     Places places(program);
     const Place place = places.Resolve(options.path);
     RequireFile(places, place);
-    const std::string section = ToAnsi(options.section), key = ToAnsi(options.key);
-    const DepotFileContext& file = Load(program, place);
-    if (key.empty()) return ListValues(program, file, section);
-    std::string value = file.ReadString(section, key, kAbsent, kLongestValue);
-    if (value == kAbsent) {
-        if (!options.hasDefault) {
-            Refuse(place.Shown() + " has no value \"" + options.key + "\" in section \"" +
-                   options.section + "\"");
-        }
-        value = ToAnsi(options.defaultValue);
+    const ProfileCopy profile(place, Load(program, place).localPath, options.codePage);
+    if (options.key.empty()) return ListValues(program, profile, options.section);
+    const std::optional<std::string> found = profile.Find(options.section, options.key);
+    if (!found && !options.hasDefault) {
+        Refuse(place.Shown() + " has no value \"" + options.key + "\" in section \"" +
+               options.section + "\"");
     }
-    const std::string text = Utf8FromAnsi(value);
-    program.renderer.Answer({{"section", options.section}, {"key", options.key}, {"value", text}},
-                            text);
+    const std::string value = found.value_or(options.defaultValue);
+    program.renderer.Answer({{"section", options.section}, {"key", options.key}, {"value", value}},
+                            value);
 }
 
 // Makes an empty profile where there is none.
@@ -160,40 +133,40 @@ void Create(const Place& place) {
     if (created == 0) Fail("create", place, 0, errorText);
 }
 
-// The system writes a profile anew in the program's code page, which may be another one than that
-// of the applications: what is no text there would not come out as it was.
-void RequireText(const Place& place) {
-    const std::vector<std::uint8_t> bytes = Contents(place);
-    const std::string text(bytes.begin(), bytes.end());
-    const bool isWide = text.starts_with("\xFF\xFE");
-    if (isWide || ExactWideFromAnsi(text)) return;
-    Refuse(place.Shown() + " has text of another code page than " + std::to_string(GetACP()) +
-           ", which writing a value would destroy");
-}
-
 void Set(Program& program, const ValueOptions& options) {
     Places places(program);
     const Place place = places.Resolve(options.path);
     const PlaceKind kind = options.create ? places.KindOf(place) : places.Require(place);
     if (kind == PlaceKind::kFolder) Refuse(place.Shown() + " is a folder");
-    const std::string section = ToAnsi(options.section), key = ToAnsi(options.key);
-    const std::string value = options.remove ? std::string() : ToAnsi(options.value);
-    if (kind == PlaceKind::kMissing) {
-        Create(place);
-    } else {
-        RequireText(place);
-    }
+    if (kind == PlaceKind::kMissing) Create(place);
     DepotFileContext& file = Load(program, place);
-    file.WriteString(section, key, value);
-    // The system's refusal to write is not reported: only reading the value tells.
-    const bool written = Read(file, section, key) == value;
+    {
+        ProfileCopy profile(place, file.localPath, options.codePage);
+        profile.Write(options.section, options.key, options.remove ? "" : options.value);
+        profile.Store();
+    }
+    file.changed = true;
     const bool stored = file.Release() != 0;
     program.Session().currentFile.reset();
-    if (!written || !stored) Fail("write", place, 0, "the file cannot be written");
+    if (!stored) Fail("write", place, 0, "the file cannot be written");
     program.renderer.Answer({{"section", options.section},
                              {"key", options.key},
                              {"value", options.remove ? Json() : Json(options.value)}},
                             options.remove ? "removed" : "set");
+}
+
+void AddCodePage(CLI::App& command, ValueOptions& options) {
+    command
+        .add_option("--code-page", options.codePage,
+                    "The profile's code page, 65001 for UTF-8; found out by its bytes without it")
+        ->check([](const std::string& text) {
+            const bool isNumber =
+                !text.empty() && text.size() < 6 &&
+                std::all_of(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; });
+            return isNumber && CanHoldProfiles(static_cast<unsigned>(std::stoul(text)))
+                       ? std::string()
+                       : "no profile can be written in code page " + text;
+        });
 }
 
 }  // namespace
@@ -214,6 +187,7 @@ void AddProfileCommands(CLI::App& app, Program& program) {
     get->add_option("key", wanted->key, "The key in the section; all without it");
     CLI::Option* const defaultValue = get->add_option("--default", wanted->defaultValue,
                                                       "What to answer when there is no such value");
+    AddCodePage(*get, *wanted);
     get->footer(
         "Examples:\n  depotctl get \"<Work>\\Sessions\\office.kre\" Host Name\n"
         "  depotctl get --json \"<Work>\\Sessions\\office.kre\"");
@@ -230,6 +204,7 @@ void AddProfileCommands(CLI::App& app, Program& program) {
     CLI::Option* const value = set->add_option("value", change->value, "The new value");
     CLI::Option* const remove = set->add_flag("--remove", change->remove, "Remove the value");
     set->add_flag("--create", change->create, "Make the profile when there is none");
+    AddCodePage(*set, *change);
     set->footer(
         "Examples:\n  depotctl set \"<Work>\\Sessions\\office.kre\" Host Name mail.example.com\n"
         "  depotctl set --remove \"<Work>\\Sessions\\office.kre\" Host Port");

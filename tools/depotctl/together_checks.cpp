@@ -14,17 +14,24 @@ std::string HiveOf(const DepotSummary& depot) {
     return depot.isForUser ? "the user's" : "the machine's";
 }
 
-std::string WithBackslash(const std::string& path) {
-    return EndsInAscii(path, '\\') ? path : path + "\\";
+std::string_view WithoutBackslash(std::string_view path) {
+    return path.substr(0, path.size() - (EndsInAscii(path, '\\') ? 1 : 0));
 }
 
-bool IsInside(const std::string& path, const std::string& folder) {
-    const std::string inner = WithBackslash(path), outer = WithBackslash(folder);
-    return inner.size() >= outer.size() && SameName(inner.substr(0, outer.size()), outer);
+// The folder is the path's beginning up to one of its backslashes or its end.
+bool IsInside(std::string_view path, std::string_view folder, const SameText& same) {
+    path = WithoutBackslash(path);
+    folder = WithoutBackslash(folder);
+    for (std::size_t at = 0;; ++at) {
+        at = FindAscii(path, '\\', at);
+        if (same(path.substr(0, at), folder)) return true;
+        if (at == std::string_view::npos) return false;
+    }
 }
 
-void CompareKeys(const DepotSummary& first, const DepotSummary& second, Findings& ofSecond) {
-    if (!SameName(first.key, second.key)) return;
+void CompareKeys(const DepotSummary& first, const DepotSummary& second, const SameText& same,
+                 Findings& ofSecond) {
+    if (!same(first.key, second.key)) return;
     ofSecond.push_back(Wrong("Key",
                              HiveOf(first) +
                                  " depot of the same key stands before it, and every path by that "
@@ -33,9 +40,10 @@ void CompareKeys(const DepotSummary& first, const DepotSummary& second, Findings
 }
 
 // A path by a display name goes to the first depot that bears it; by a key it goes to the key's.
-void CompareNames(const DepotSummary& first, const DepotSummary& second, Findings& ofSecond) {
-    if (SameName(first.key, second.key)) return;
-    if (SameName(first.displayName, second.displayName)) {
+void CompareNames(const DepotSummary& first, const DepotSummary& second, const SameText& same,
+                  Findings& ofSecond) {
+    if (same(first.key, second.key)) return;
+    if (same(first.displayName, second.displayName)) {
         ofSecond.push_back(
             Wrong("DisplayName",
                   "users cannot tell it from " + Bracketed(first.key) + ", which has the same name",
@@ -44,7 +52,7 @@ void CompareNames(const DepotSummary& first, const DepotSummary& second, Finding
     }
     const DepotSummary* const pairs[][2] = {{&first, &second}, {&second, &first}};
     for (const auto& [named, keyed] : pairs) {
-        if (!SameName(named->displayName, keyed->key)) continue;
+        if (!same(named->displayName, keyed->key)) continue;
         ofSecond.push_back(Wrong("DisplayName",
                                  "the name of " + Bracketed(named->key) + " is the key of " +
                                      Bracketed(keyed->key) + "; paths by names go astray",
@@ -52,15 +60,16 @@ void CompareNames(const DepotSummary& first, const DepotSummary& second, Finding
     }
 }
 
-void CompareRoots(const DepotSummary& first, const DepotSummary& second, Findings& ofSecond) {
+void CompareRoots(const DepotSummary& first, const DepotSummary& second, const SameText& same,
+                  Findings& ofSecond) {
     for (const std::string& path : second.roots) {
         for (const std::string& other : first.roots) {
             if (path.empty() || other.empty()) continue;
-            const bool inside = IsInside(path, other);
-            if (!inside && !IsInside(other, path)) continue;
-            const bool same = inside && IsInside(other, path);
+            const bool inside = IsInside(path, other, same);
+            if (!inside && !IsInside(other, path, same)) continue;
+            const bool equal = inside && IsInside(other, path, same);
             ofSecond.push_back(Remark("Path",
-                                      std::string(same     ? "its folder is that of "
+                                      std::string(equal    ? "its folder is that of "
                                                   : inside ? "its folder lies in that of "
                                                            : "its folder holds that of ") +
                                           Bracketed(first.key) +
@@ -81,13 +90,13 @@ void CompareDefaults(const DepotSummary& first, const DepotSummary& second, Find
 
 }  // namespace
 
-std::vector<Findings> CheckTogether(const std::vector<DepotSummary>& depots) {
+std::vector<Findings> CheckTogether(const std::vector<DepotSummary>& depots, const SameText& same) {
     std::vector<Findings> all(depots.size());
     for (std::size_t later = 1; later < depots.size(); ++later) {
         for (std::size_t earlier = 0; earlier < later; ++earlier) {
-            CompareKeys(depots[earlier], depots[later], all[later]);
-            CompareNames(depots[earlier], depots[later], all[later]);
-            CompareRoots(depots[earlier], depots[later], all[later]);
+            CompareKeys(depots[earlier], depots[later], same, all[later]);
+            CompareNames(depots[earlier], depots[later], same, all[later]);
+            CompareRoots(depots[earlier], depots[later], same, all[later]);
         }
         const auto first =
             std::find_if(depots.begin(), depots.begin() + static_cast<std::ptrdiff_t>(later),

@@ -1,11 +1,13 @@
 // upload, download and publish
 #include <CLI/CLI.hpp>
 #include <memory>
+#include <utility>
 
 #include "depotctl/commands.h"
 #include "depotctl/encoding.h"
 #include "depotctl/failure.h"
 #include "depotctl/places.h"
+#include "depotctl/profile_copy.h"
 #include "depotctl/progress.h"
 #include "depotctl/transfer_target.h"
 #include "fileops/publish.h"
@@ -63,6 +65,61 @@ Json ClientRows(Places& places, const DepotFileContext& file,
     return rows;
 }
 
+// While it lives, the session's file is read and written in a copy.
+class CopyScope {
+public:
+    CopyScope(DepotFileContext& file, const ProfileCopy& copy)
+        : file_(file), path_(std::exchange(file.localPath, copy.Path())) {}
+    ~CopyScope() { file_.localPath = path_; }
+    CopyScope(const CopyScope&) = delete;
+    CopyScope& operator=(const CopyScope&) = delete;
+
+private:
+    DepotFileContext& file_;
+    const std::string path_;
+};
+
+// How many of the clients were published before the user stopped it.
+struct Published {
+    std::uint32_t done = 0, inAll = 0;
+    Json rows = Json::array();  // all clients, unless it was stopped
+
+    bool WasStopped() const { return done < inAll; }
+};
+
+Published PublishClients(Program& program, Places& places, DepotSession& session) {
+    const DepotFileContext& file = *session.currentFile;
+    std::vector<std::string> before;
+    const std::uint32_t count = std::min(file.ReadInt("Skein", "Count", 0), 10000u);
+    for (std::uint32_t number = 1; number <= count; ++number) {
+        before.push_back(Client(file, number));
+    }
+    Published published;
+    {
+        Progress progress(program.errors);
+        PublishDependentFiles(session, progress.Watcher());
+        if (progress.WasInterrupted()) {
+            published.done = progress.FilesDone();
+            published.inAll = progress.FilesInAll();
+        }
+    }
+    if (!published.WasStopped()) published.rows = ClientRows(places, file, before);
+    return published;
+}
+
+Published PublishInCopy(Program& program, Places& places, const Place& place) {
+    DepotSession& session = program.Session();
+    DepotFileContext& file = *session.currentFile;
+    const ProfileCopy copy(place, file.localPath, 0);
+    Published published;
+    {
+        const CopyScope scope(file, copy);
+        published = PublishClients(program, places, session);
+    }
+    if (file.changed) copy.Store();
+    return published;
+}
+
 void Publish(Program& program, const std::string& path) {
     Places places(program);
     const Place place = places.Resolve(path);
@@ -71,23 +128,14 @@ void Publish(Program& program, const std::string& path) {
     session.LoadFile(place.path);
     DepotFileContext& file = *session.currentFile;
     if (file.localPath.empty()) Fail("open", place);
-    std::vector<std::string> before;
-    const std::uint32_t count = std::min(file.ReadInt("Skein", "Count", 0), 10000u);
-    for (std::uint32_t number = 1; number <= count; ++number) {
-        before.push_back(Client(file, number));
-    }
-    {
-        Progress progress(program.errors);
-        PublishDependentFiles(session, progress.Watcher());
-        if (progress.WasInterrupted() && progress.FilesDone() < progress.FilesInAll()) {
-            file.Release();
-            Refuse("stopped after " + std::to_string(progress.FilesDone()) + " of " +
-                   std::to_string(progress.FilesInAll()) + " clients; the others are as they were");
-        }
-    }
-    const Json rows = ClientRows(places, file, before);
+    const Published published = PublishInCopy(program, places, place);
     if (file.Release() == 0) Fail("write", place);
     session.currentFile.reset();
+    if (published.WasStopped()) {
+        Refuse("stopped after " + std::to_string(published.done) + " of " +
+               std::to_string(published.inAll) + " clients; the others are as they were");
+    }
+    const Json& rows = published.rows;
     program.renderer.List(rows, {{"client", "CLIENT"}, {"entry", "ENTRY"}, {"present", "PRESENT"}});
     std::string missing;
     for (const Json& row : rows) {

@@ -1,0 +1,63 @@
+// A profile that is read and written as text, whatever code page it is in.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "depotctl/places.h"
+#include "depotctl/profile_encoding.h"
+#include "platform/handles.h"
+
+namespace depot::ctl {
+
+// A copy of a profile in UTF-16, which the system's profile functions read and write without any
+// code page. All that is not changed keeps its bytes, also those that are no characters.
+//
+// Texts come and go in UTF-8. What cannot be done ends the command.
+class ProfileCopy {
+public:
+    // Copies the file `path` of `place`; `codePage` is that of EncodingOf.
+    ProfileCopy(const Place& place, std::string path, unsigned codePage);
+    ~ProfileCopy();
+    ProfileCopy(const ProfileCopy&) = delete;
+    ProfileCopy& operator=(const ProfileCopy&) = delete;
+
+    // The sections, or the keys of one section.
+    std::vector<std::string> Sections() const;
+    std::vector<std::string> Keys(const std::string& section) const;
+
+    // Returns a value, or nothing when there is none.
+    std::optional<std::string> Find(const std::string& section, const std::string& key) const;
+
+    // Writes a value of the copy so that it reads back exactly; an empty value deletes the key.
+    void Write(const std::string& section, const std::string& key, const std::string& value);
+
+    // Gives the profile what its copy holds, unless another program changed it meanwhile. A file
+    // that cannot be written keeps what it held.
+    void Store() const;
+
+    // The path of the copy, for those who work with files.
+    const std::string& Path() const { return copy_; }
+
+private:
+    std::vector<std::wstring> Names(const wchar_t* section) const;
+    std::vector<std::string> Shown(const std::vector<std::wstring>& names) const;
+
+    // Returns the name of a section, or with `section` of a key in it, as the copy has it: bytes
+    // that are a second spelling of one character stand for themselves there.
+    std::wstring Spelled(const std::string& wanted, const wchar_t* section) const;
+
+    std::optional<std::wstring> Value(const std::wstring& section, const std::wstring& key) const;
+    void RequireCharacters(const std::string& text) const;
+    std::wstring Text() const;
+    [[noreturn]] void KeepAndFail(HANDLE profile, DWORD error) const;
+
+    const Place place_;
+    const std::string path_;
+    std::string original_;  // the profile's bytes
+    ProfileEncoding encoding_;
+    std::string copy_;
+};
+
+}  // namespace depot::ctl
