@@ -4,27 +4,30 @@
 
 namespace depot {
 
+std::uint32_t TreeBudget::Add(const Listing& listing) {
+    entries_ += listing.entries;
+    nameBytes_ += listing.nameBytes;
+    time_ += listing.time;
+    const bool isTooDeep = listing.depth >= bounds_.depth && listing.entries > 0;
+    const bool isTooLong = listing.firstName > bounds_.longestName;
+    if (isTooDeep || isTooLong || entries_ > bounds_.entries || nameBytes_ > bounds_.nameBytes) {
+        return LDAP_SIZELIMIT_EXCEEDED;
+    }
+    return time_ > bounds_.listingTime ? LDAP_TIMELIMIT_EXCEEDED : LDAP_SUCCESS;
+}
+
+BoundedWalk::BoundedWalk(EntryStore& entries) : entries_(entries), budget_(entries.Bounds()) {}
+
 Result BoundedWalk::List(const std::string& dn, std::uint32_t depth, LdapItemList& children) {
     const auto start = std::chrono::steady_clock::now();
     Result listed = entries_.List(dn, children);
-    listingTime_ += std::chrono::steady_clock::now() - start;
-    return listed ? Count(depth, children) : listed;
-}
-
-Result BoundedWalk::Count(std::uint32_t depth, LdapItemList& children) {
-    const TreeBounds& bounds = entries_.Bounds();
-    count_ += children.Count();
-    for (const CLDAPItem* child : children) nameBytes_ += child->path.size();
-    const bool isTooDeep = depth >= bounds.depth && children.Count() > 0;
-    const bool isTooLong = children.Count() > 0 && children.At(0).path.size() > bounds.longestName;
-    if (isTooDeep || isTooLong || count_ > bounds.entries || nameBytes_ > bounds.nameBytes) {
-        return End(LDAP_SIZELIMIT_EXCEEDED, children);
-    }
-    if (listingTime_ > bounds.listingTime) return End(LDAP_TIMELIMIT_EXCEEDED, children);
-    return {};
-}
-
-Result BoundedWalk::End(std::uint32_t code, LdapItemList& children) {
+    if (!listed) return listed;
+    TreeBudget::Listing listing = {.depth = depth, .entries = children.Count()};
+    listing.time = std::chrono::steady_clock::now() - start;
+    for (const CLDAPItem* child : children) listing.nameBytes += child->path.size();
+    if (children.Count() > 0) listing.firstName = children.At(0).path.size();
+    const std::uint32_t code = budget_.Add(listing);
+    if (code == LDAP_SUCCESS) return listed;
     isOver_ = true;
     children.Clear();
     return entries_.Connection().Outcome(code);

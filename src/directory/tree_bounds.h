@@ -23,10 +23,34 @@ struct TreeBounds {
     std::chrono::steady_clock::duration listingTime = std::chrono::minutes(10);
 };
 
+// What the listings of one operation on a tree came to so far. Borrows the bounds.
+class TreeBudget {
+public:
+    explicit TreeBudget(const TreeBounds& bounds) : bounds_(bounds) {}
+
+    // What one listing came to.
+    struct Listing {
+        std::uint32_t depth = 0;  // of the folder, below the uppermost one
+        std::size_t entries = 0;
+        std::uint64_t nameBytes = 0;
+        std::size_t firstName = 0;  // the length of the first name
+        std::chrono::steady_clock::duration time{};
+    };
+
+    // Adds a listing. Returns LDAP_SUCCESS, or the code of the bound that was passed.
+    std::uint32_t Add(const Listing& listing);
+
+private:
+    const TreeBounds& bounds_;
+    std::uint64_t entries_ = 0;
+    std::uint64_t nameBytes_ = 0;
+    std::chrono::steady_clock::duration time_{};
+};
+
 // The listings of one operation on a tree. Borrows the entries.
 class BoundedWalk {
 public:
-    explicit BoundedWalk(EntryStore& entries) : entries_(entries) {}
+    explicit BoundedWalk(EntryStore& entries);
 
     // Lists the children of a folder so many levels below the uppermost one. `children` is empty
     // where that fails.
@@ -37,13 +61,8 @@ public:
     bool IsOver() const { return isOver_; }
 
 private:
-    Result Count(std::uint32_t depth, LdapItemList& children);
-    Result End(std::uint32_t code, LdapItemList& children);
-
     EntryStore& entries_;
-    std::uint64_t count_ = 0;
-    std::uint64_t nameBytes_ = 0;
-    std::chrono::steady_clock::duration listingTime_{};
+    TreeBudget budget_;
     bool isOver_ = false;
 };
 
