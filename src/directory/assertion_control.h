@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "directory/assertion.h"
-#include "directory/ldap_items.h"
+#include "directory/entry_store.h"
 
 namespace depot {
 

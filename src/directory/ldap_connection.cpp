@@ -1,21 +1,30 @@
-// Connecting, binding, asking for credentials and letting go.
-#include <algorithm>
+// Connecting, binding, asking for credentials and closing.
+#include "directory/ldap_connection.h"
 
-#include "directory/ldap_items.h"
+#include <algorithm>
+#include <atomic>
+
+#include "platform/error_text.h"
+#include "platform/user_notice.h"
 
 namespace depot {
 namespace {
 
+constexpr char kMessageTitle[] = "Quillon";
+constexpr char kErrorPrefix[] = "LDAP: ";
+
+std::atomic<CredentialsPrompt*> installedPrompt = nullptr;
+
 // The client's own number for the longest time that sending a request may take.
 constexpr int kSendTimeoutOption = 0x42;
 
-// A day: nobody waits longer, and it is far from what a LONG holds in milliseconds.
+// A day: longer than any user waits, and far from what a LONG holds in milliseconds.
 constexpr std::uint32_t kLongestLimit = 24 * 60 * 60;
 
 constexpr std::uint32_t kTlsFromTheStart = 2;
 
-// Returns the code. Why a connection failed is for whoever debugs it: users see the code's own
-// message only.
+// Returns the code. The stage at which a connection failed goes to the debugger only: users see
+// the code's own message.
 std::uint32_t Traced(const char* stage, std::uint32_t code) {
     if (code != LDAP_SUCCESS) {
         OutputDebugStringA((std::string(stage) + std::to_string(code) + "\n").c_str());
@@ -23,62 +32,70 @@ std::uint32_t Traced(const char* stage, std::uint32_t code) {
     return code;
 }
 
-bool IsComplete(const Credentials& credentials) {
-    return !credentials.userName.empty() && !credentials.password.empty();
-}
-
-bool IsSameLogOn(const Credentials& one, const Credentials& other) {
-    return one.userName == other.userName && one.password == other.password;
-}
-
 }  // namespace
 
-int CLDAPItems::Connect(const std::string& host, const std::string& password,
-                        const std::string& userName, std::string* errorText) {
-    if (IsConnected()) return 1;
-    if (!IsUsable()) {
-        ReportError(LDAP_SERVER_DOWN, errorText);
-        return 0;
-    }
-    Attempt attempt = {{host, userName, password}};
+CredentialsPrompt* InstallCredentialsPrompt(CredentialsPrompt* prompt) {
+    return installedPrompt.exchange(prompt);
+}
+
+LdapConnection::LdapConnection(CDepotPath& location)
+    : location_(location), isBound_(BindDirectoryClient(client_) != 0), shared_(location) {}
+
+Result LdapConnection::Connect(const Credentials& credentials) {
+    if (IsConnected()) return {};
+    if (!IsUsable()) return Report(LDAP_SERVER_DOWN);
+    LogOnAttempt attempt = {credentials};
+    Result failure;
     do {
-        const std::uint32_t opened = OpenConnection(attempt.credentials.server);
+        const std::uint32_t opened = OpenHandle(attempt.credentials.server);
         if (opened != LDAP_SUCCESS) {
-            ReportError(opened, errorText);
-            return Disconnect();
+            failure = Report(opened);
+            Disconnect();
+            return failure;
         }
         const std::uint32_t bound = Bind(attempt.credentials);
-        if (bound == LDAP_SUCCESS) return FinishBind();
+        if (bound == LDAP_SUCCESS) {
+            FinishBind();
+            return {};
+        }
         // No credentials would help there.
-        if (BindsWithoutCredentials()) TurnPromptingOff();
-        ReportError(bound, errorText);
-    } while (FindOtherCredentials(attempt, errorText));
-    return 0;
+        if (BindsWithoutCredentials()) shared_.TurnPromptingOff();
+        failure = Report(bound);
+    } while (FindOtherCredentials(attempt, failure));
+    return failure;
 }
 
-int CLDAPItems::ConnectLocation(std::string* errorText) {
-    return Connect(GetHost(), GetPassword(), GetUserName(), errorText);
+Result LdapConnection::ConnectQuietly() {
+    if (IsConnected()) return {};
+    if (!IsUsable()) return Outcome(LDAP_SERVER_DOWN);
+    const Credentials known = shared_.Known();
+    const Credentials own = shared_.Own();
+    std::uint32_t code = OpenHandle(own.server);
+    if (code == LDAP_SUCCESS) code = Bind(IsComplete(known) ? known : own);
+    if (code == LDAP_SUCCESS) {
+        FinishBind();
+    } else {
+        Disconnect();
+    }
+    return Outcome(code);
 }
 
-int CLDAPItems::ConnectQuietly() {
-    if (IsConnected()) return 1;
-    if (!IsUsable()) return Fail(LDAP_SERVER_DOWN, nullptr);
-    const Credentials known = KnownCredentials();
-    const Credentials own = {GetHost(), GetUserName(), GetPassword()};
-    lastError_ = OpenConnection(own.server);
-    if (lastError_ == LDAP_SUCCESS) lastError_ = Bind(IsComplete(known) ? known : own);
-    return lastError_ == LDAP_SUCCESS ? FinishBind() : Disconnect();
+Result LdapConnection::Open() {
+    const bool asks =
+        location_.authentication == kSimpleAuthentication && !IsComplete(shared_.Own());
+    return asks ? PromptAndConnect() : Connect(shared_.Own());
 }
 
-std::uint32_t CLDAPItems::OpenConnection(const std::string& host) {
+std::uint32_t LdapConnection::OpenHandle(const std::string& host) {
     // Other code may still work on the handle of a bind that failed.
     if (handle_) replacedHandles_.push_back(std::move(handle_));
     char* const server = ClientText(host);
     // Some clients answer with the system's last error, which may be older than the call.
     ::SetLastError(ERROR_SUCCESS);
-    handle_ = Own(location_->security == kTlsFromTheStart
-                      ? client_.ldap_sslinit(server, location_->port, 1)
-                      : client_.ldap_init(server, location_->port));
+    LDAP* const opened = location_.security == kTlsFromTheStart
+                             ? client_.ldap_sslinit(server, location_.port, 1)
+                             : client_.ldap_init(server, location_.port);
+    handle_ = UniqueLdap(opened, {&client_});
     if (!handle_) {
         const std::uint32_t code = client_.LdapGetLastError();
         // The client gives no reason for an empty host name; without one the failure would be
@@ -90,45 +107,45 @@ std::uint32_t CLDAPItems::OpenConnection(const std::string& host) {
     return code == LDAP_SUCCESS ? Secure() : code;
 }
 
-std::uint32_t CLDAPItems::SetOptions() {
-    ULONG version = location_->version;
+std::uint32_t LdapConnection::SetOptions() {
+    ULONG version = location_.version;
     std::uint32_t code =
         client_.ldap_set_option(handle_.get(), LDAP_OPT_PROTOCOL_VERSION, &version);
     if (code != LDAP_SUCCESS) return Traced("ldap_set_option PROTOCOL_VERSION ", code);
     // A referral may lead from a secured server to one that is not.
-    if (location_->security != 0) {
+    if (location_.security != 0) {
         code = client_.ldap_set_option(handle_.get(), LDAP_OPT_REFERRALS, LDAP_OPT_OFF);
         if (code != LDAP_SUCCESS) return Traced("ldap_set_option REFERRALS ", code);
     }
     // A server that accepts and then says nothing must not hold a call for ever, but a short
     // timeout for connecting must not end a long search either. Clients that do not know one of
     // these limits go without it.
-    ULONG seconds = std::clamp<ULONG>(location_->connectTimeout, CDepotPath::kDefaultConnectTimeout,
+    ULONG seconds = std::clamp<ULONG>(location_.connectTimeout, CDepotPath::kDefaultConnectTimeout,
                                       kLongestLimit);
     client_.ldap_set_option(handle_.get(), LDAP_OPT_TIMELIMIT, &seconds);
     client_.ldap_set_option(handle_.get(), kSendTimeoutOption, &seconds);
     return LDAP_SUCCESS;
 }
 
-std::uint32_t CLDAPItems::ReachServer() {
-    const std::uint32_t timeout = location_->connectTimeout;
+std::uint32_t LdapConnection::ReachServer() {
+    const std::uint32_t timeout = location_.connectTimeout;
     if (timeout == CDepotPath::kDefaultConnectTimeout) return LDAP_SUCCESS;
     l_timeval limit = {static_cast<LONG>(std::min(timeout, kLongestLimit)), 0};
     return Traced("ldap_connect ", client_.ldap_connect(handle_.get(), &limit));
 }
 
-std::uint32_t CLDAPItems::Secure() {
+std::uint32_t LdapConnection::Secure() {
     // Settings of an unknown kind never end in an open connection.
-    if (location_->security == 0 || location_->security == kTlsFromTheStart) return LDAP_SUCCESS;
+    if (location_.security == 0 || location_.security == kTlsFromTheStart) return LDAP_SUCCESS;
     ULONG serverCode = LDAP_SUCCESS;
     return Traced("ldap_start_tls ",
                   client_.ldap_start_tls_s(handle_.get(), &serverCode, nullptr, nullptr, nullptr));
 }
 
-std::uint32_t CLDAPItems::Bind(const Credentials& credentials) {
+std::uint32_t LdapConnection::Bind(const Credentials& credentials) {
     LDAP* const connection = handle_.get();
     std::uint32_t code = LDAP_SUCCESS;
-    switch (location_->authentication) {
+    switch (location_.authentication) {
         case kAnonymousAuthentication:
             code = client_.ldap_simple_bind_s(connection, nullptr, nullptr);
             break;
@@ -142,131 +159,136 @@ std::uint32_t CLDAPItems::Bind(const Credentials& credentials) {
     return Traced("ldap_bind ", code);
 }
 
-bool CLDAPItems::BindsWithoutCredentials() const {
-    return location_->authentication == kAnonymousAuthentication ||
-           location_->authentication == kNegotiateAuthentication;
+bool LdapConnection::BindsWithoutCredentials() const {
+    return location_.authentication == kAnonymousAuthentication ||
+           location_.authentication == kNegotiateAuthentication;
 }
 
-int CLDAPItems::FinishBind() {
-    SetSharedError(LDAP_SUCCESS);
-    connected_ = 1;
-    return 1;
+void LdapConnection::FinishBind() {
+    shared_.SetLastError(LDAP_SUCCESS);
+    isConnected_ = true;
 }
 
-bool CLDAPItems::FindOtherCredentials(Attempt& attempt, std::string* errorText) {
-    if (BindsWithoutCredentials()) return Disconnect() != 0;
+bool LdapConnection::FindOtherCredentials(LogOnAttempt& attempt, Result& failure) {
+    if (BindsWithoutCredentials()) {
+        Disconnect();
+        return false;
+    }
     switch (AskForCredentials(PromptUnlessOff(), &attempt)) {
         case PromptResult::kCancelled:
-            ReportError(LDAP_USER_CANCELLED, errorText);
+            failure = Report(LDAP_USER_CANCELLED);
             return false;
         case PromptResult::kNobodyAsked:
             // To a simple bind this is the same as a user who cancelled.
-            Fail(LDAP_USER_CANCELLED, errorText);
-            return Disconnect() != 0;
+            failure = Outcome(LDAP_USER_CANCELLED);
+            Disconnect();
+            return false;
         case PromptResult::kNothingAsked:
             // Nothing but the same failure would follow, again and again.
-            if (attempt.isUnasked) return Disconnect() != 0;
+            if (attempt.isUnasked) {
+                Disconnect();
+                return false;
+            }
             attempt.isUnasked = true;
             break;
         case PromptResult::kConfirmed:
             attempt.isUnasked = false;
             break;
     }
-    attempt.credentials = {GetHost(), GetUserName(), GetPassword()};
+    attempt.credentials = shared_.Own();
     return true;
 }
 
-int CLDAPItems::Disconnect() {
+void LdapConnection::Disconnect() {
     handle_.reset();
-    connected_ = 0;
-    usable_ = 0;
-    return 0;
+    isConnected_ = false;
+    isUsable_ = false;
 }
 
-int CLDAPItems::Close() {
-    if (!IsConnected()) return 1;
-    connected_ = 0;
-    return client_.ldap_unbind_s(handle_.release()) == LDAP_SUCCESS ? 1 : 0;
+bool LdapConnection::Close() {
+    if (!IsConnected()) return true;
+    isConnected_ = false;
+    return client_.ldap_unbind_s(handle_.release()) == LDAP_SUCCESS;
 }
 
-bool CLDAPItems::LeaveConnections() {
+bool LdapConnection::Leave() {
     bool any = handle_.release() != nullptr;
     for (UniqueLdap& replaced : replacedHandles_) any = replaced.release() != nullptr || any;
-    connected_ = 0;
+    isConnected_ = false;
     return any;
 }
 
-int CLDAPItems::PromptAndConnect(std::string* errorText) {
+Result LdapConnection::PromptAndConnect() {
     switch (AskForCredentials(PromptUnlessOff(), nullptr)) {
         case PromptResult::kCancelled:
-            ReportError(LDAP_USER_CANCELLED, errorText);
-            return 0;
+            return Report(LDAP_USER_CANCELLED);
         case PromptResult::kNobodyAsked:
-            return Fail(LDAP_USER_CANCELLED, errorText);
+            return Outcome(LDAP_USER_CANCELLED);
         default:
-            return ConnectLocation(errorText);
+            return Connect(shared_.Own());
     }
 }
 
-int CLDAPItems::PromptForCredentials() {
+bool LdapConnection::PromptForCredentials() {
     const PromptResult answer = AskForCredentials(Prompt(), nullptr);
-    return answer == PromptResult::kNothingAsked || answer == PromptResult::kConfirmed ? 1 : 0;
+    return answer == PromptResult::kNothingAsked || answer == PromptResult::kConfirmed;
 }
 
-CredentialsPrompt* CLDAPItems::PromptUnlessOff() {
-    return PromptingIsOff() ? nullptr : Prompt();
+CredentialsPrompt* LdapConnection::Prompt() const {
+    return ownPrompt_.value_or(installedPrompt.load());
 }
 
-CLDAPItems::PromptResult CLDAPItems::AskForCredentials(CredentialsPrompt* prompt,
-                                                       const Attempt* failed) {
-    if (location_->authentication != kSimpleAuthentication) {
+CredentialsPrompt* LdapConnection::PromptUnlessOff() {
+    return shared_.PromptingIsOff() ? nullptr : Prompt();
+}
+
+LdapConnection::PromptResult LdapConnection::AskForCredentials(CredentialsPrompt* prompt,
+                                                               const LogOnAttempt* failed) {
+    if (location_.authentication != kSimpleAuthentication) {
         const bool mayRepeat = failed == nullptr || prompt != nullptr;
         return mayRepeat ? PromptResult::kNothingAsked : PromptResult::kNobodyAsked;
     }
-    Credentials credentials = KnownCredentials();
-    const std::optional<Credentials> untried = UntriedCredentials(credentials, failed);
-    if (untried || IsComplete(credentials)) KeepInRecord(untried.value_or(credentials));
+    Credentials credentials = shared_.Known();
+    const std::optional<Credentials> untried = shared_.Untried(credentials, failed);
+    if (untried || IsComplete(credentials)) shared_.KeepInRecord(untried.value_or(credentials));
     if (untried) return PromptResult::kNothingAsked;
     if (prompt == nullptr) return PromptResult::kNobodyAsked;
     if (!prompt->Show(credentials)) {
-        location_->password.clear();
-        if (prompt == nullptr || prompt->CancelIsForAll()) TurnPromptingOff();
+        location_.password.clear();
+        if (prompt->CancelIsForAll()) shared_.TurnPromptingOff();
         return PromptResult::kCancelled;
     }
-    SetUserName(credentials.userName);
-    SetPassword(credentials.password);
+    shared_.SetUserName(credentials.userName);
+    shared_.SetPassword(credentials.password);
     return PromptResult::kConfirmed;
 }
 
-Credentials CLDAPItems::KnownCredentials() {
-    Credentials known = {GetHost(), GetUserName(), GetPassword()};
-    if (known.userName.empty()) known.userName = GetSharedUserName();
-    if (known.password.empty()) known.password = GetSharedPassword();
-    return known;
+Result LdapConnection::Outcome(std::uint32_t code) {
+    if (code == LDAP_SUCCESS) return {};
+    return Error{ReasonOf(code), CodeKind::kDirectory, code, TextOf(shared_.SeenErrorOr(code))};
 }
 
-void CLDAPItems::KeepInRecord(const Credentials& credentials) {
-    location_->username = credentials.userName;
-    location_->password = credentials.password;
+Result LdapConnection::Report(std::uint32_t code) {
+    shared_.SetLastError(code);
+    if (code == LDAP_SUCCESS) return {};
+    Error error = {ReasonOf(code), CodeKind::kDirectory, code, Text(code)};
+    ShowNotice(error.text, kMessageTitle, nullptr);
+    return error;
 }
 
-std::optional<Credentials> CLDAPItems::UntriedCredentials(const Credentials& known,
-                                                          const Attempt* failed) {
-    if (!IsComplete(known) || ErrorIsRecorded()) return std::nullopt;
-    if (failed == nullptr) return known;
-    // Another process may have logged on, or failed, while the user read what went wrong here: that
-    // must neither keep the dialog away nor have the same credentials fail again.
-    if (failed->isUnasked) return std::nullopt;
-    const Credentials shared = {known.server, GetSharedUserName(), GetSharedPassword()};
-    for (const Credentials& candidate : {known, shared}) {
-        if (IsComplete(candidate) && !IsSameLogOn(candidate, failed->credentials)) return candidate;
-    }
-    return std::nullopt;
+std::string LdapConnection::Text(std::uint32_t code) {
+    return TextOf(shared_.LastErrorOr(code));
 }
 
-bool CLDAPItems::ErrorIsRecorded() {
-    const DirectoryInfo* const info = info_.Access();
-    return info != nullptr && info->lastError != LDAP_SUCCESS;
+std::string LdapConnection::TextOf(std::uint32_t code) const {
+    std::string text;
+    FormatErrorText(client_.LdapMapErrorToWin32(code), nullptr, kMessageTitle, &text, nullptr);
+    return text.empty() ? text : kErrorPrefix + text;
+}
+
+PagingClient& LdapConnection::Paging() {
+    if (!paging_) paging_.emplace(client_.library);
+    return *paging_;
 }
 
 }  // namespace depot

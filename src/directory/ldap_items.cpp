@@ -1,130 +1,151 @@
 #include "directory/ldap_items.h"
 
-#include <atomic>
-
-#include "platform/error_text.h"
-#include "platform/text.h"
-#include "platform/user_notice.h"
-
 namespace depot {
-namespace {
-
-constexpr char kMessageTitle[] = "Quillon";
-constexpr char kErrorPrefix[] = "LDAP: ";
-
-std::atomic<CredentialsPrompt*> installedPrompt = nullptr;
-
-const std::string& OrDefault(const std::string& name, const std::string& defaultName) {
-    return name.empty() ? defaultName : name;
-}
-
-// Copies what fits of the text; the field always ends in a NUL.
-void StoreText(char (&field)[DirectoryInfo::kTextBytes], const std::string& text) {
-    const std::size_t length = CutToBytes(text, sizeof(field) - 1).copy(field, sizeof(field));
-    field[length] = '\0';
-}
-
-std::string TextOf(const char (&field)[DirectoryInfo::kTextBytes]) {
-    // Another process may be writing: the terminator is not relied on.
-    const std::string_view bytes(field, sizeof(field));
-    return std::string(bytes.substr(0, bytes.find('\0')));
-}
-
-}  // namespace
-
-CredentialsPrompt* InstallCredentialsPrompt(CredentialsPrompt* prompt) {
-    return installedPrompt.exchange(prompt);
-}
 
 CLDAPItems::CLDAPItems(CDepotPath* location)
-    : clientBound_(static_cast<std::uint32_t>(BindDirectoryClient(client_))),
-      ownLocation_(location ? nullptr : std::make_unique<CDepotPath>(nullptr)),
-      location_(location ? location : ownLocation_.get()),
-      info_(ServerKey(location_->host, location_->port)) {}
+    : ownLocation_(location ? nullptr : std::make_unique<CDepotPath>(nullptr)),
+      location_(location ? *location : *ownLocation_),
+      connection_(location_),
+      schema_(location_, connection_.Client()),
+      entries_(connection_, schema_) {}
 
 CLDAPItems::~CLDAPItems() = default;
 
-CredentialsPrompt* CLDAPItems::Prompt() const {
-    return ownPrompt_.value_or(installedPrompt.load());
+int CLDAPItems::Connect(const std::string& host, const std::string& password,
+                        const std::string& userName, std::string* errorText) {
+    return AsFlag(connection_.Connect({host, userName, password}), errorText);
 }
 
-NamingAttributes CLDAPItems::NamingNames() const {
-    return {OrDefault(location_->folderAttributeName, kDefaultNamingAttribute),
-            OrDefault(location_->fileAttributeName, kDefaultNamingAttribute)};
+int CLDAPItems::ConnectLocation(std::string* errorText) {
+    return AsFlag(connection_.Connect(connection_.Shared().Own()), errorText);
 }
 
-std::string CLDAPItems::FolderClass() const {
-    return OrDefault(location_->folderObjectClass, kDefaultFolderClass);
+int CLDAPItems::ConnectQuietly() {
+    return AsCode(connection_.ConnectQuietly()) == LDAP_SUCCESS ? 1 : 0;
 }
 
-std::string CLDAPItems::FileClass() const {
-    return OrDefault(location_->fileObjectClass, kDefaultFileClass);
+int CLDAPItems::Disconnect() {
+    connection_.Disconnect();
+    return 0;
 }
 
-std::string CLDAPItems::ContentsAttribute() const {
-    return OrDefault(location_->fileContentsAttributeName, kDefaultContentsAttribute);
-}
-
-std::string CLDAPItems::PathToDN(const std::string& path) const {
-    return depot::PathToDN(path, NamingNames());
-}
-
-void CLDAPItems::SetUserName(const std::string& userName) {
-    location_->username = userName;
-    if (DirectoryInfo* const info = info_.Access()) StoreText(info->userName, userName);
-}
-
-void CLDAPItems::SetPassword(const std::string& password) {
-    location_->password = password;
-    if (DirectoryInfo* const info = info_.Access()) StoreText(info->password, password);
-}
-
-std::string CLDAPItems::GetSharedUserName() {
-    const DirectoryInfo* const info = info_.Access();
-    return info ? TextOf(info->userName) : std::string();
-}
-
-std::string CLDAPItems::GetSharedPassword() {
-    const DirectoryInfo* const info = info_.Access();
-    return info ? TextOf(info->password) : std::string();
-}
-
-bool CLDAPItems::PromptingIsOff() {
-    const DirectoryInfo* const info = info_.Access();
-    return info != nullptr && info->noPrompt != 0;
-}
-
-void CLDAPItems::TurnPromptingOff() {
-    if (DirectoryInfo* const info = info_.Access()) info->noPrompt = 1;
-}
-
-void CLDAPItems::SetSharedError(std::uint32_t code) {
-    if (DirectoryInfo* const info = info_.Access()) info->lastError = code;
-}
-
-std::string CLDAPItems::ErrorText() {
-    const DirectoryInfo* const info = info_.Access();
-    const std::uint32_t code = info && info->lastError != 0 ? info->lastError : lastError_;
-    std::string text;
-    FormatErrorText(client_.LdapMapErrorToWin32(code), nullptr, kMessageTitle, &text, nullptr);
-    return text.empty() ? text : kErrorPrefix + text;
+int CLDAPItems::PromptAndConnect(std::string* errorText) {
+    return AsFlag(connection_.PromptAndConnect(), errorText);
 }
 
 void CLDAPItems::ReportError(std::uint32_t code, std::string* errorText) {
-    SetSharedError(code);
     lastError_ = code;
-    if (code == LDAP_SUCCESS) return;
-    const std::string text = ErrorText();
-    if (errorText && !text.empty()) *errorText = text;
-    ShowNotice(text, kMessageTitle, nullptr);
+    AsFlag(connection_.Report(code), errorText);
+}
+
+int CLDAPItems::ListChildren(const std::string& baseDN, LdapItemList& items,
+                             const std::string& localBase) {
+    return AsFlag(entries_.List(baseDN, items, localBase), nullptr);
+}
+
+int CLDAPItems::AddFolderEntry(const std::string& dn, const std::string& name,
+                               std::string* errorText) {
+    bool added = false;
+    return AsFlagOfFolders(entries_.AddFolder(dn, name, added), added, errorText);
+}
+
+std::uint32_t CLDAPItems::AddFileEntry(const std::string& dn, const std::string& name,
+                                       const void* data, std::uint32_t length) {
+    return AsCode(entries_.AddFile(dn, name, data, length));
+}
+
+std::uint32_t CLDAPItems::ReplaceFileContents(const std::string& dn, const void* data,
+                                              std::uint32_t length) {
+    return AsCode(entries_.Replace(dn, data, length));
+}
+
+std::uint32_t CLDAPItems::ReplaceUnchangedContents(const std::string& dn, const void* data,
+                                                   std::uint32_t length,
+                                                   const FileBuffer& present) {
+    return AsCode(entries_.ReplaceUnchanged(dn, data, length, present));
+}
+
+int CLDAPItems::RenameEntry(const std::string& oldDN, const std::string& newDN,
+                            std::string* errorText) {
+    const Result renamed = entries_.Rename(oldDN, newDN);
+    AsCode(renamed);
+    return renamed.AsFlag(errorText);
+}
+
+int CLDAPItems::DeleteTree(const std::string& dn, std::string* errorText) {
+    Result resisted;
+    const Result removed = entries_.RemoveTree(dn, resisted);
+    resisted.AsFlag(errorText);
+    AsCode(removed);
+    return removed.AsFlag(errorText);
+}
+
+int CLDAPItems::SplitEntryName(const std::string& dn, std::string& name, bool& isFolder,
+                               FileExtension extension) const {
+    std::optional<EntryName> entry = schema_.SplitEntryName(dn, extension);
+    name = entry ? std::move(entry->name) : std::string();
+    isFolder = entry && entry->isFolder;
+    return entry ? 1 : 0;
+}
+
+int CLDAPItems::ReadFileContents(const std::string& dn, FileBuffer& buffer,
+                                 const char* attributeName) {
+    return AsFlag(entries_.Read(dn, buffer, attributeName), nullptr);
+}
+
+int CLDAPItems::EnsureFolderPath(const std::string& dn, bool connect, std::string* errorText,
+                                 LdapItemList* added) {
+    if (dn.empty()) return 0;
+    if (connect && !IsConnected() && PromptAndConnect(errorText) == 0) return 0;
+    LdapItemList own;
+    LdapItemList& list = added ? *added : own;
+    const std::size_t before = list.Count();
+    const Result ensured = entries_.EnsureFolders(dn, list);
+    // Kept: also a connection that was there before is not kept.
+    // Relied on by: existing clients, whose next operation connects for itself.
+    if (connect) Close();
+    return AsFlagOfFolders(ensured, list.Count() > before, errorText);
+}
+
+int CLDAPItems::EnsureFoldersAbove(const std::string& dn, std::string* errorText,
+                                   LdapItemList* added) {
+    const std::size_t before = added->Count();
+    const Result ensured = entries_.EnsureFoldersAbove(dn, *added);
+    return AsFlagOfFolders(ensured, added->Count() > before, errorText);
+}
+
+std::uint32_t CLDAPItems::FindKind(const std::string& dn, EntryKind& kind) {
+    return CodeOf(entries_.FindKind(dn, kind));
+}
+
+std::uint32_t CLDAPItems::ReadIdentifiers(const std::string& dn, EntryIdentifiers& identifiers) {
+    return CodeOf(entries_.ReadIdentifiers(dn, identifiers));
+}
+
+std::uint32_t CLDAPItems::RemoveEmptyEntry(const std::string& dn) {
+    return AsCode(entries_.Remove(dn));
+}
+
+std::uint32_t CLDAPItems::RemoveUnchangedEntry(const std::string& dn, const FileBuffer& present) {
+    return AsCode(entries_.RemoveUnchanged(dn, present));
+}
+
+std::uint32_t CLDAPItems::RemoveUnchangedEntry(const std::string& dn, const Digest& contents) {
+    return AsCode(entries_.RemoveUnchanged(dn, contents));
+}
+
+int CLDAPItems::AsFlag(const Result& result, std::string* errorText) {
+    if (!result) lastError_ = result.Why().code;
+    return result.AsFlag(errorText);
+}
+
+int CLDAPItems::AsFlagOfFolders(const Result& result, bool addedAny, std::string* errorText) {
+    if (addedAny) lastError_ = LDAP_SUCCESS;
+    return AsFlag(result, errorText);
 }
 
 int CLDAPItems::Fail(std::uint32_t code, std::string* errorText) {
-    lastError_ = code;
-    if (errorText == nullptr) return 0;
-    const std::string text = ErrorText();
-    if (!text.empty()) *errorText = text;
-    return 0;
+    return AsFlag(connection_.Outcome(code), errorText);
 }
 
 }  // namespace depot

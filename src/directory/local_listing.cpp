@@ -3,27 +3,12 @@
 #include <string_view>
 
 #include "platform/file_search.h"
+#include "platform/local_file.h"
 #include "platform/paths.h"
 #include "platform/text.h"
 
 namespace depot {
 namespace {
-
-bool IsFolder(const std::string& path) {
-    const DWORD attributes = GetFileAttributesA(path.c_str());
-    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
-}
-
-bool IsLinkToFolder(const WIN32_FIND_DATAA& found) {
-    constexpr DWORD kLink = FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_REPARSE_POINT;
-    if ((found.dwFileAttributes & kLink) != kLink) return false;
-    // Some systems do not show what kind of reparse point it is.
-    return found.dwReserved0 == 0 || IsReparseTagNameSurrogate(found.dwReserved0);
-}
-
-bool IsDotName(std::string_view name) {
-    return name == "." || name == "..";
-}
 
 // Calls `take` with every find in the folder but "." and "..". Returns how many names were passed
 // over, or kNotListed when not all of it could be listed.
@@ -32,7 +17,7 @@ std::uint32_t ForEachIn(const std::string& folder, Take take) {
     WIN32_FIND_DATAA found = {};
     FileSearch search(EnsureTrailingBackslash(folder) + "*.*");
     while (search.Next(found)) {
-        if (!IsDotName(found.cFileName)) take(found);
+        if (!IsDotName(found)) take(found);
     }
     return search.IsComplete() ? search.UnsafeNames() : kNotListed;
 }
@@ -84,7 +69,7 @@ std::uint32_t AddLocalChildren(const std::string& folder, Subfolders subfolders,
 }
 
 void AddLocalPath(const std::string& path, LdapItemList& items) {
-    items.Add(path, IsFolder(path));
+    items.Add(path, IsLocalFolder(path));
 }
 
 }  // namespace depot

@@ -9,7 +9,6 @@ namespace {
 
 constexpr char kPagingControl[] = "1.2.840.113556.1.4.319";
 constexpr char kOfferedControls[] = "supportedControl";
-constexpr char kAnyEntry[] = "(objectClass=*)";
 
 // A server may send pages without entries; one that sends nothing else would never end.
 constexpr int kMaxEmptyPages = 100;

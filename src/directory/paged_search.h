@@ -10,6 +10,9 @@
 
 namespace depot {
 
+// The filter that every entry passes.
+inline constexpr char kAnyEntry[] = "(objectClass=*)";
+
 // What is searched for: the entries right below a DN, with these attributes.
 struct ListingSearch {
     std::string base;

@@ -7,10 +7,11 @@
 #include <string>
 
 #include "directory/ldap_item.h"
+#include "platform/result.h"
 
 namespace depot {
 
-class CLDAPItems;
+class EntryStore;
 
 // How much of a tree one operation looks at. No depot comes near these.
 struct TreeBounds {
@@ -23,27 +24,46 @@ struct TreeBounds {
     std::chrono::steady_clock::duration listingTime = std::chrono::minutes(10);
 };
 
-// The listings of one operation on a tree. Borrows the directory.
-class TreeWalk {
+// What the listings of one operation on a tree came to so far. Borrows the bounds.
+class TreeBudget {
 public:
-    explicit TreeWalk(CLDAPItems& directory) : directory_(directory) {}
+    explicit TreeBudget(const TreeBounds& bounds) : bounds_(bounds) {}
 
-    // Lists the children of a folder so many levels below the uppermost one. Returns the
-    // directory's code, which is also its last error; `children` is empty then.
-    std::uint32_t List(const std::string& dn, std::uint32_t depth, LdapItemList& children);
+    // What one listing came to.
+    struct Listing {
+        std::uint32_t depth = 0;  // of the folder, below the uppermost one
+        std::size_t entries = 0;
+        std::uint64_t nameBytes = 0;
+        std::size_t firstName = 0;  // the length of the first name
+        std::chrono::steady_clock::duration time{};
+    };
+
+    // Adds a listing. Returns LDAP_SUCCESS, or the code of the bound that was passed.
+    std::uint32_t Add(const Listing& listing);
+
+private:
+    const TreeBounds& bounds_;
+    std::uint64_t entries_ = 0;
+    std::uint64_t nameBytes_ = 0;
+    std::chrono::steady_clock::duration time_{};
+};
+
+// The listings of one operation on a tree. Borrows the entries.
+class BoundedWalk {
+public:
+    explicit BoundedWalk(EntryStore& entries);
+
+    // Lists the children of a folder so many levels below the uppermost one. `children` is empty
+    // where that fails.
+    Result List(const std::string& dn, std::uint32_t depth, LdapItemList& children);
 
     // Whether a bound was passed: LDAP_SIZELIMIT_EXCEEDED or, for time, LDAP_TIMELIMIT_EXCEEDED was
     // the code.
     bool IsOver() const { return isOver_; }
 
 private:
-    std::uint32_t Count(std::uint32_t depth, LdapItemList& children);
-    std::uint32_t End(std::uint32_t code, LdapItemList& children);
-
-    CLDAPItems& directory_;
-    std::uint64_t entries_ = 0;
-    std::uint64_t nameBytes_ = 0;
-    std::chrono::steady_clock::duration listingTime_{};
+    EntryStore& entries_;
+    TreeBudget budget_;
     bool isOver_ = false;
 };
 

@@ -7,6 +7,7 @@
 #include "fileops/transfer_source.h"
 #include "model/depot_paths.h"
 #include "model/local_mirror.h"
+#include "platform/local_file.h"
 #include "platform/paths.h"
 #include "platform/temp_file.h"
 #include "platform/text.h"
@@ -19,11 +20,6 @@ int Finish(CLDAPItems& directory, std::uint32_t code, std::string* errorText) {
     if (code != kSharedLocalNames) return directory.Fail(code, errorText);
     if (errorText != nullptr) *errorText = kSharedNamesText;
     return directory.Fail(LDAP_NAMING_VIOLATION, nullptr);
-}
-
-bool IsLocalFolder(const std::string& path) {
-    const DWORD attributes = GetFileAttributesA(path.c_str());
-    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
 }
 
 // Codes for an entry that is not there, as each operation reports it.

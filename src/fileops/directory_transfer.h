@@ -21,12 +21,6 @@
 
 namespace depot {
 
-// What a transfer does with files that exist at the destination.
-enum class ExistingEntries {
-    kRefuse = 1,   // fails before anything is stored
-    kReplace = 2,  // replaces the contents of files
-};
-
 // Stores a local file in the entry, whose folders are created; a local folder with all that it
 // holds under the entry. Fails with LDAP_NOT_SUPPORTED when there are links to folders in it: all
 // else is stored first, unless the source is to go, and the error text tells how many there are.

@@ -5,8 +5,16 @@
 #include "manager/display_path.h"
 #include "platform/paths.h"
 #include "platform/same_file.h"
+#include "store/folder_store.h"
 
 namespace depot {
+
+StorePath PlaceOf(CDepot& depot, const std::string& path) {
+    if (IsBesideDirectory(depot, path)) return {&FolderStore::Instance(), path};
+    // The path first: it chooses the location.
+    std::string storage = DisplayToStorage(depot, path);
+    return {&depot.ActiveStore(), std::move(storage)};
+}
 
 CLDAPItems* DirectoryOf(CDepot& depot, const std::string& path) {
     return IsBesideDirectory(depot, path) ? nullptr : depot.DirectoryConnection();

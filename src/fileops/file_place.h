@@ -4,8 +4,13 @@
 #include <string>
 
 #include "model/depot.h"
+#include "store/store.h"
 
 namespace depot {
+
+// Returns the store that holds a path, and the storage path there. A path of the file system is the
+// file system's, also when it came with a directory depot because no other depot claimed it.
+StorePath PlaceOf(CDepot& depot, const std::string& path);
 
 // Returns the connection object of the directory that holds the path; null for a path of the file
 // system. Such a path may come with a directory depot, when no other depot claimed it.

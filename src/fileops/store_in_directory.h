@@ -19,13 +19,7 @@ using NoteBytes = std::function<void(const void* bytes, std::size_t length)>;
 std::uint32_t StoreFile(CLDAPItems& directory, const TransferStep& step, ExistingEntries existing,
                         const NoteBytes& note);
 
-// What of a local tree cannot be stored.
-struct LeftOut {
-    std::uint32_t links = 0;        // to folders
-    std::uint32_t unsafeNames = 0;  // which the code page cannot hold
-};
-
-// Returns what tells a user of it; empty for nothing.
+// Returns what tells a user of what cannot be stored; empty for nothing.
 std::string LeftOutText(const LeftOut& left);
 
 // Stores a local folder with its tree as the entry. What has to be left out is counted; all else is

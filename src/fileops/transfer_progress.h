@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <functional>
 
+#include "store/store.h"
+
 namespace depot {
 
 // How far an operation on files is. Of a list, an item that was not looked into yet counts as one
@@ -18,9 +20,5 @@ struct TransferProgress {
 // local disk; returns whether to go on. An operation that is stopped fails between two files, and
 // what was done by then stays.
 using TransferWatcher = std::function<bool(const TransferProgress& progress)>;
-
-// What becomes of a source. One that goes is removed after it was copied: whatever of it cannot be
-// seen to be whole makes the copy fail.
-enum class SourceFate { kStays, kGoes };
 
 }  // namespace depot

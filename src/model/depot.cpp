@@ -3,6 +3,8 @@
 #include <new>
 #include <optional>
 
+#include "store/folder_store.h"
+
 namespace depot {
 namespace {
 
@@ -105,10 +107,15 @@ CLDAPItems* CDepot::DirectoryConnection() {
     CDepotPath* const location = paths->ActiveLocation();
     if (location == nullptr || location->type != kDirectoryLocation) {
         directory_.reset();
-    } else if (!directory_ || &directory_->Location() != location) {
-        directory_ = std::make_unique<CLDAPItems>(location);
+    } else if (!directory_ || &directory_->items.Location() != location) {
+        directory_ = std::make_unique<Directory>(location);
     }
-    return directory_.get();
+    return directory_ ? &directory_->items : nullptr;
+}
+
+Store& CDepot::ActiveStore() {
+    if (DirectoryConnection() == nullptr) return FolderStore::Instance();
+    return directory_->store;
 }
 
 void CDepot::ReadLocations(const RegistryKey& key) {

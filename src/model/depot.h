@@ -10,6 +10,7 @@
 #include "model/depot_paths.h"
 #include "platform/registry_key.h"
 #include "platform/win32.h"
+#include "store/directory_store.h"
 
 namespace depot {
 
@@ -55,8 +56,12 @@ public:
     // to choose the location.
     CLDAPItems* DirectoryConnection();
 
+    // Returns the store that the depot's storage paths are paths of: that connection's, else the
+    // file system. It stays as long as the location is the active one.
+    Store& ActiveStore();
+
     // See CLDAPItems::LeaveConnections.
-    bool LeaveConnections() { return directory_ && directory_->LeaveConnections(); }
+    bool LeaveConnections() { return directory_ && directory_->items.LeaveConnections(); }
 
     std::string name;           // the registry subkey; empty for the built-in depot
     std::string displayName;    // the name shown to the user
@@ -72,9 +77,16 @@ public:
     CDepots* owner;                // never owned
 
 private:
+    // A directory, which borrows a record of `paths`, as clients use it and as a store.
+    struct Directory {
+        explicit Directory(CDepotPath* location) : items(location), store(items) {}
+        CLDAPItems items;
+        DirectoryStore store;
+    };
+
     void ReadLocations(const RegistryKey& key);
 
-    std::unique_ptr<CLDAPItems> directory_;  // borrows a record of `paths`
+    std::unique_ptr<Directory> directory_;
 };
 
 }  // namespace depot

@@ -6,6 +6,7 @@
 #include "macros/replacers.h"
 #include "model/depot.h"
 #include "model/depots.h"
+#include "platform/local_file.h"
 #include "platform/paths.h"
 #include "platform/text.h"
 
@@ -17,11 +18,6 @@ CDepots* OwningList(const CDepotPath& location) {
     const CDepotPaths* const paths = location.owner;
     return paths != nullptr && paths->owner != nullptr ? paths->owner->owner : nullptr;
 }
-
-// What the system says of a name that nothing has or can have.
-constexpr DWORD kAbsent[] = {ERROR_FILE_NOT_FOUND, ERROR_PATH_NOT_FOUND,
-                             ERROR_INVALID_DRIVE,  ERROR_INVALID_NAME,
-                             ERROR_BAD_PATHNAME,   ERROR_FILENAME_EXCED_RANGE};
 
 bool IsDirectory(const CDepotPath& location) {
     return location.type == kDirectoryLocation;
@@ -118,16 +114,6 @@ std::string ExpandedPath(CDepotPath& location) {
     }
     location.locationText = text;
     return text;
-}
-
-bool PathExists(const std::string& path) {
-    return GetFileAttributesA(path.c_str()) != INVALID_FILE_ATTRIBUTES;
-}
-
-bool PathMayExist(const std::string& path) {
-    if (PathExists(path)) return true;
-    const DWORD error = GetLastError();
-    return std::find(std::begin(kAbsent), std::end(kAbsent), error) == std::end(kAbsent);
 }
 
 }  // namespace depot

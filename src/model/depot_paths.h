@@ -5,6 +5,7 @@
 
 #include "config/depot_path.h"
 #include "model/owned_list.h"
+#include "platform/local_file.h"
 
 namespace depot {
 
@@ -66,11 +67,5 @@ private:
 // Returns the location's path with its macros expanded, kept in the record after the first time. A
 // location that belongs to no list of depots keeps its macros.
 std::string ExpandedPath(CDepotPath& location);
-
-// Tells whether a file or folder of that name exists, whatever may be done with it.
-bool PathExists(const std::string& path);
-
-// Tells whether it may exist: also when the system cannot tell at the moment.
-bool PathMayExist(const std::string& path);
 
 }  // namespace depot

@@ -338,26 +338,7 @@ private:
 }  // namespace
 
 bool OpenDirectory(CLDAPItems& directory, std::string* errorText) {
-    const bool simple = directory.Location().authentication == kSimpleAuthentication;
-    const bool unknown = directory.GetUserName().empty() || directory.GetPassword().empty();
-    return (simple && unknown ? directory.PromptAndConnect(errorText)
-                              : directory.ConnectLocation(errorText)) != 0;
-}
-
-ConnectionScope::ConnectionScope(CLDAPItems& directory, std::string* errorText)
-    : directory_(directory) {
-    open_ = directory_.IsConnected();
-    if (open_) return;
-    try {
-        open_ = opened_ = OpenDirectory(directory_, errorText);
-    } catch (...) {
-        directory_.Close();
-        throw;
-    }
-}
-
-ConnectionScope::~ConnectionScope() {
-    if (opened_) directory_.Close();
+    return directory.AsFlag(directory.Connection().Open(), errorText) != 0;
 }
 
 std::string FetchToLocal(CLDAPItems& directory, const std::string& dn, WorkingCopyOrigin* origin) {

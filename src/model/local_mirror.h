@@ -10,6 +10,7 @@
 #include <string>
 
 #include "config/profile_edit.h"
+#include "directory/connection_scope.h"
 #include "directory/ldap_items.h"
 #include "platform/digest.h"
 
@@ -17,23 +18,6 @@ namespace depot {
 
 // Connects to the location, asking for credentials where none are known or the known ones fail.
 bool OpenDirectory(CLDAPItems& directory, std::string* errorText);
-
-// Keeps a connection for the work of one operation: opened if there was none, and then closed
-// again.
-class ConnectionScope {
-public:
-    ConnectionScope(CLDAPItems& directory, std::string* errorText);
-    ~ConnectionScope();
-    ConnectionScope(const ConnectionScope&) = delete;
-    ConnectionScope& operator=(const ConnectionScope&) = delete;
-
-    explicit operator bool() const { return open_; }
-
-private:
-    CLDAPItems& directory_;
-    bool opened_ = false;
-    bool open_ = false;
-};
 
 // What a working copy was made from, and what became of it since.
 struct WorkingCopyOrigin {

@@ -41,6 +41,11 @@ public:
     // Relied on by: other processes, for which the block stays alive as long as this process runs.
     DirectoryInfo* Access();
 
+    // Returns the contents as the last access opened them; null when nothing is open.
+    const DirectoryInfo* Present() const {
+        return static_cast<const DirectoryInfo*>(link_.view.get());
+    }
+
     const std::string& Key() const { return link_.key; }
 
 private:

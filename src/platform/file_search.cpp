@@ -1,5 +1,6 @@
 #include "platform/file_search.h"
 
+#include <string_view>
 #include <utility>
 
 #include "platform/wide_text.h"
@@ -56,6 +57,18 @@ bool FileSearch::Advance() {
     if (FindNextFileW(search_.get(), &found_)) return true;
     isComplete_ = GetLastError() == ERROR_NO_MORE_FILES;
     return false;
+}
+
+bool IsDotName(const WIN32_FIND_DATAA& found) {
+    const std::string_view name = found.cFileName;
+    return name == "." || name == "..";
+}
+
+bool IsLinkToFolder(const WIN32_FIND_DATAA& found) {
+    constexpr DWORD kLink = FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_REPARSE_POINT;
+    if ((found.dwFileAttributes & kLink) != kLink) return false;
+    // Some systems do not show what kind of reparse point it is.
+    return found.dwReserved0 == 0 || IsReparseTagNameSurrogate(found.dwReserved0);
 }
 
 bool FileSearch::Next(WIN32_FIND_DATAA& found) {

@@ -41,4 +41,11 @@ private:
     std::uint32_t unsafeNames_ = 0;
 };
 
+// Tells whether the find is "." or "..".
+bool IsDotName(const WIN32_FIND_DATAA& found);
+
+// Tells whether the find is a link to a folder, which may lead anywhere. A folder whose files stand
+// elsewhere until they are wanted is none, though it carries a reparse point as well.
+bool IsLinkToFolder(const WIN32_FIND_DATAA& found);
+
 }  // namespace depot

@@ -1,5 +1,7 @@
 #include "platform/local_file.h"
 
+#include <algorithm>
+
 #include "platform/handles.h"
 #include "platform/paths.h"
 #include "platform/text.h"
@@ -24,6 +26,11 @@ private:
     HFILE file_;
 };
 
+// What the system says of a name that nothing has or can have.
+constexpr DWORD kAbsent[] = {ERROR_FILE_NOT_FOUND, ERROR_PATH_NOT_FOUND,
+                             ERROR_INVALID_DRIVE,  ERROR_INVALID_NAME,
+                             ERROR_BAD_PATHNAME,   ERROR_FILENAME_EXCED_RANGE};
+
 // Creates the folder and those above it that are missing, as far as that is possible: other
 // programs may do the same at this moment.
 void MakeFolders(const std::string& path) {
@@ -36,17 +43,39 @@ void MakeFolders(const std::string& path) {
 
 }  // namespace
 
-std::optional<std::vector<std::uint8_t>> ReadLocalFile(const std::string& path) {
+bool PathExists(const std::string& path) {
+    return GetFileAttributesA(path.c_str()) != INVALID_FILE_ATTRIBUTES;
+}
+
+bool PathMayExist(const std::string& path) {
+    if (PathExists(path)) return true;
+    const DWORD error = GetLastError();
+    return std::find(std::begin(kAbsent), std::end(kAbsent), error) == std::end(kAbsent);
+}
+
+bool IsLocalFolder(const std::string& path) {
+    const DWORD attributes = GetFileAttributesA(path.c_str());
+    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+}
+
+bool ReadLocalFile(const std::string& path,
+                   const std::function<std::uint8_t*(std::size_t length)>& makeRoom) {
     const LegacyFile file(_lopen(path.c_str(), OF_READ));
-    if (!file.IsOpen()) return std::nullopt;
+    if (!file.IsOpen()) return false;
     const LONG length = _llseek(file.Get(), 0, FILE_END);
-    if (length < 0 || _llseek(file.Get(), 0, FILE_BEGIN) != 0) return std::nullopt;
-    std::vector<std::uint8_t> bytes(static_cast<std::size_t>(length));
+    if (length < 0 || _llseek(file.Get(), 0, FILE_BEGIN) != 0) return false;
+    std::uint8_t* const room = makeRoom(static_cast<std::size_t>(length));
     const auto wanted = static_cast<UINT>(length);
-    if (wanted > 0 && _lread(file.Get(), bytes.data(), wanted) != wanted) {
-        return std::nullopt;
-    }
-    return bytes;
+    return wanted == 0 || _lread(file.Get(), room, wanted) == wanted;
+}
+
+std::optional<std::vector<std::uint8_t>> ReadLocalFile(const std::string& path) {
+    std::vector<std::uint8_t> bytes;
+    const bool whole = ReadLocalFile(path, [&](std::size_t length) {
+        bytes.resize(length);
+        return bytes.data();
+    });
+    return whole ? std::optional(std::move(bytes)) : std::nullopt;
 }
 
 std::optional<std::vector<std::uint8_t>> ReadOpenFile(HANDLE file) {
@@ -78,8 +107,7 @@ bool EnsureLocalFolder(const std::string& path) {
     if (EnsureTrailingBackslash(path).size() >= kMaxPathBytes) return false;
     MakeFolders(RemoveTrailingBackslash(path));
     // A file of that name is no folder.
-    const DWORD attributes = GetFileAttributesA(path.c_str());
-    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+    return IsLocalFolder(path);
 }
 
 }  // namespace depot

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -10,8 +11,21 @@
 
 namespace depot {
 
+// Tells whether a file or folder of that name exists, whatever may be done with it.
+bool PathExists(const std::string& path);
+
+// Tells whether it may exist: also when the system cannot tell at the moment.
+bool PathMayExist(const std::string& path);
+
+// Tells whether there is a folder of that name.
+bool IsLocalFolder(const std::string& path);
+
 // Returns all bytes of the file; nothing when it cannot be opened or read to its end.
 std::optional<std::vector<std::uint8_t>> ReadLocalFile(const std::string& path);
+
+// Reads all bytes into the room that `makeRoom` returns for that many; returns false as above.
+bool ReadLocalFile(const std::string& path,
+                   const std::function<std::uint8_t*(std::size_t length)>& makeRoom);
 
 // The same for a file that is open for reading. Where its next byte is read changes.
 std::optional<std::vector<std::uint8_t>> ReadOpenFile(HANDLE file);

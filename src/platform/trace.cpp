@@ -114,6 +114,14 @@ void TraceCount(const char* what, std::string_view subject, std::uint32_t count)
     TraceSpan(what, subject).EndWithCode(count);
 }
 
+void TraceLeftOut(std::string_view folder, std::string_view name, const char* reason) try {
+    if (!IsTracing()) return;
+    const std::string result = std::string(reason) + ", in \"" + Printable(folder) + '"';
+    TraceSpan("left out", name).EndWithText(result);
+} catch (...) {
+    return;
+}
+
 // The traced operation keeps its last error and never fails for its trace.
 void TraceSpan::End(const std::string& result) const try {
     const DWORD lastError = GetLastError();

@@ -46,6 +46,9 @@ public:
     void EndWithCode(ULONG code) const {
         if (operation_ != nullptr) End(std::to_string(code));
     }
+    void EndWithText(const std::string& text) const {
+        if (operation_ != nullptr) End(text);
+    }
 
 private:
     static std::string ResultText(HRESULT result);
@@ -59,5 +62,9 @@ private:
 
 // Writes a line with a count and what is counted, where there is no result to wait for.
 void TraceCount(const char* what, std::string_view subject, std::uint32_t count);
+
+// Writes a line for something that a listing of a folder leaves out, and why; `name` is its name as
+// far as it can be written.
+void TraceLeftOut(std::string_view folder, std::string_view name, const char* reason);
 
 }  // namespace depot

@@ -1,0 +1,32 @@
+// Connections for the work of one operation.
+#pragma once
+
+#include <string>
+
+#include "directory/ldap_connection.h"
+
+namespace depot {
+
+class CLDAPItems;
+
+// Keeps a connection for the work of one operation: opened if there was none, asking for
+// credentials where none are known or the known ones fail, and then closed again.
+class ConnectionScope {
+public:
+    explicit ConnectionScope(LdapConnection& connection);
+    // A failure becomes the object's last error; `errorText`, which may be null, receives the text.
+    ConnectionScope(CLDAPItems& directory, std::string* errorText);
+    ~ConnectionScope();
+    ConnectionScope(const ConnectionScope&) = delete;
+    ConnectionScope& operator=(const ConnectionScope&) = delete;
+
+    explicit operator bool() const { return outcome_.IsDone(); }
+    const Result& Outcome() const { return outcome_; }
+
+private:
+    LdapConnection& connection_;
+    bool opened_ = false;
+    Result outcome_;
+};
+
+}  // namespace depot

@@ -1,0 +1,170 @@
+// The entries of one directory location and their contents.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "directory/ldap_connection.h"
+#include "directory/ldap_item.h"
+#include "directory/location_schema.h"
+#include "directory/paged_search.h"
+#include "directory/tree_bounds.h"
+#include "platform/digest.h"
+#include "platform/result.h"
+
+namespace depot {
+
+// A file's bytes on their way between an entry and a local file, in a block with room for
+// kFileBufferReserve bytes more. Without bytes the pointer is null.
+struct FileBuffer {
+    std::uint32_t length = 0;
+    std::unique_ptr<std::uint8_t[]> bytes;
+};
+inline constexpr std::uint32_t kFileBufferReserve = 4;
+
+// What an entry is by its object classes; anything that is neither a folder nor a file of the
+// location's schema is another entry.
+enum class EntryKind { kOther, kFolder, kFile };
+
+// Servers limit the size of a request, and a condition carries all bytes that it is about.
+inline constexpr std::uint32_t kLargestCondition = 1024 * 1024;
+
+// The identifiers by which servers tell entries apart whatever becomes of their names, in the order
+// of kIdentifierAttributes; empty where the server shows none.
+using EntryIdentifiers = std::array<std::string, 3>;
+inline constexpr const char* kIdentifierAttributes[] = {"entryUUID", "objectGUID", "nsUniqueId"};
+
+// Finds, lists, reads and changes entries. Borrows the connection and the schema.
+//
+// A failure carries the directory's code and its text; without a connection, and without the client
+// library or an entry point, the code is LDAP_SERVER_DOWN.
+class EntryStore {
+public:
+    EntryStore(LdapConnection& connection, const LocationSchema& schema)
+        : connection_(connection), schema_(schema) {}
+    EntryStore(const EntryStore&) = delete;
+    EntryStore& operator=(const EntryStore&) = delete;
+
+    // Lists the children of a folder into `items`, which is emptied first; each child's path is its
+    // DN or, with a `localBase`, that folder's path joined with the child's name. What has a name
+    // that narrow texts do not hold exactly is left out and counted; with a `localBase` so are
+    // names that cannot be local names.
+    //
+    // A listing above the server's size limit is repeated in pages where the server offers that;
+    // otherwise it fails with LDAP_SIZELIMIT_EXCEEDED, and so does one that passes the bounds on
+    // trees. A listing that fails leaves `items` empty.
+    Result List(const std::string& baseDN, LdapItemList& items, const std::string& localBase = {});
+    // How many children the last listing left out.
+    std::uint32_t UnsafeNames() const { return unsafeNames_; }
+
+    // Asks whether the entry exists. An entry that is missing has no text: it is an answer.
+    Result Find(const std::string& dn);
+
+    // Asks what the entry is, as Find does. Of an entry that is both a folder and a file, or whose
+    // classes cannot be seen, nothing is known.
+    Result FindKind(const std::string& dn, EntryKind& kind);
+
+    // Reads the identifiers of an entry, as Find does.
+    Result ReadIdentifiers(const std::string& dn, EntryIdentifiers& identifiers);
+
+    // Reads the contents of the file entry, or the named attribute. An entry that could be searched
+    // and has no such value leaves `buffer` empty.
+    Result Read(const std::string& dn, FileBuffer& buffer, const char* attributeName = nullptr);
+
+    // Adds a folder entry; one that exists is left as it is, and `added` is false.
+    Result AddFolder(const std::string& dn, const std::string& name, bool& added);
+
+    // Add a file entry and replace a file entry's contents.
+    //
+    // Kept: a file without bytes is stored as a single blank.
+    // Relied on by: existing directories, in which an attribute value cannot be empty.
+    Result AddFile(const std::string& dn, const std::string& name, const void* data,
+                   std::uint32_t length);
+    Result Replace(const std::string& dn, const void* data, std::uint32_t length);
+
+    // Replaces the contents only while they are what `present` says, with kContentsChanged as the
+    // code when they are not. The server tests and replaces in one request when it offers to and
+    // `present` has no more than kLargestCondition bytes; else the caller, who has just read
+    // `present`, has tested, and whatever is stored in between is replaced.
+    Result ReplaceUnchanged(const std::string& dn, const void* data, std::uint32_t length,
+                            const FileBuffer& present);
+
+    // Renames an entry, or moves it when the parent differs.
+    Result Rename(const std::string& oldDN, const std::string& newDN);
+
+    // Deletes an entry that holds no others.
+    Result Remove(const std::string& dn);
+
+    // Deletes a file entry only while its contents are what `present` says, with kContentsChanged
+    // as the code when they are not. The server tests and deletes in one request when it offers to;
+    // else this looks just before. Contents that the user may not see do not differ.
+    Result RemoveUnchanged(const std::string& dn, const FileBuffer& present);
+    // The same for contents of which only the digest is known. The entry is read first; contents
+    // that the user may not see differ.
+    Result RemoveUnchanged(const std::string& dn, const Digest& contents);
+
+    // Deletes an entry with everything below it; done when the entry itself is gone. Entries that
+    // resist stay, with the folders above them, and all others are deleted, until a bound on trees
+    // is passed. `resisted` receives the failure of the last file of the entry itself that stays.
+    Result RemoveTree(const std::string& dn, Result& resisted);
+
+    // Makes sure that every folder above `dn`, and `dn` itself when it names a folder, exists. The
+    // folders that were added, also by a call that failed later, are appended to `added`, the
+    // uppermost first.
+    Result EnsureFolders(const std::string& dn, LdapItemList& added);
+
+    // The same for every folder above `dn`, whatever `dn` itself looks like.
+    Result EnsureFoldersAbove(const std::string& dn, LdapItemList& added);
+
+    LdapConnection& Connection() const { return connection_; }
+    const LocationSchema& Schema() const { return schema_; }
+    // How much of a tree each operation looks at.
+    TreeBounds& Bounds() { return bounds_; }
+
+private:
+    struct Listing;
+    class TreeDeletion;
+
+    const DirectoryClient& Client() const { return connection_.Client(); }
+    LDAP* Handle() const { return connection_.Handle(); }
+
+    // These return the directory's code.
+    std::uint32_t Search(const std::string& base, ULONG scope,
+                         const std::vector<std::string>& attributes, UniqueLdapMessage& result);
+    std::uint32_t FindCode(const std::string& dn);
+    std::uint32_t ListCode(const Listing& listing);
+    std::uint32_t ListInPages(const Listing& listing);
+    std::uint32_t AddChildren(LDAPMessage* result, const Listing& listing);
+    std::uint32_t ReadCode(const std::string& dn, FileBuffer& buffer, const std::string& wanted);
+    std::uint32_t ReadUnchanged(const std::string& dn, const Digest& contents, FileBuffer& present);
+    std::uint32_t AddFolderCode(const std::string& dn, const std::string& name, bool& added);
+    std::uint32_t RemoveCode(const std::string& dn);
+    std::uint32_t RemoveUnchangedCode(const std::string& dn, const FileBuffer& present);
+    std::uint32_t RemoveUnchangedCode(const std::string& dn, const Digest& contents);
+    std::optional<std::uint32_t> RemoveOnCondition(const std::string& dn,
+                                                   const FileBuffer& present);
+    std::uint32_t EnsureCode(const std::vector<std::string>& components, std::size_t first,
+                             LdapItemList& added);
+    std::uint32_t AddFolders(const LdapItemList& missing, LdapItemList& added);
+
+    // The same as the connection's, but without a text for an entry that is missing.
+    Result Answer(std::uint32_t code);
+
+    // Returns false when the client had no memory to say what the entry is.
+    bool AddChild(LDAPMessage* entry, const Listing& listing);
+    LDAPMessage* EntryNamed(LDAPMessage* result, const std::string& dn) const;
+    bool HasValue(LDAPMessage* entry, const char* attribute, const char* wanted) const;
+    bool OffersAssertions();
+
+    LdapConnection& connection_;
+    const LocationSchema& schema_;
+    std::uint32_t unsafeNames_ = 0;
+    TreeBounds bounds_;
+    std::optional<bool> offersAssertions_;  // once the server was asked
+};
+
+}  // namespace depot

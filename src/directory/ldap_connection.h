@@ -1,0 +1,124 @@
+// The connection to one location's server.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "config/depot_path.h"
+#include "directory/credentials_prompt.h"
+#include "directory/ldap_handles.h"
+#include "directory/ldap_result.h"
+#include "directory/shared_credentials.h"
+#include "platform/directory_client.h"
+#include "platform/paging_client.h"
+
+namespace depot {
+
+// Makes `prompt` the one that every connection asks for credentials from now on; it stays the
+// caller's. With null, as at the beginning, nobody can be asked: what would have to be asked fails
+// as if prompting were off, which stays as it is for all other processes. Returns the one before.
+CredentialsPrompt* InstallCredentialsPrompt(CredentialsPrompt* prompt);
+
+// The client's entry points and the handle of one location's server: how it is opened, bound and
+// ended, and how a failure is described. Borrows the location's record. Used by one thread at a
+// time.
+class LdapConnection {
+public:
+    explicit LdapConnection(CDepotPath& location);
+    LdapConnection(const LdapConnection&) = delete;
+    LdapConnection& operator=(const LdapConnection&) = delete;
+
+    // Connects to the server and binds as the location says. A failure is shown in a message box;
+    // after a failed simple bind the user is asked for credentials, until the user gives up.
+    // Credentials that failed are not tried again unasked. Any other failure leaves the connection
+    // unusable for good: each later attempt fails with LDAP_SERVER_DOWN.
+    Result Connect(const Credentials& credentials);
+
+    // The same with what is known of the credentials, as a probe does it: asking for nothing. A
+    // failure is not shown, is not recorded for other processes, and leaves the connection
+    // unusable.
+    Result ConnectQuietly();
+
+    // Asks for credentials, unless they are known and no error is recorded for the server, and
+    // connects with them. Fails with LDAP_USER_CANCELLED when the user cancels (with a message box)
+    // or when there is something to ask while prompting is off for the server (without one).
+    Result PromptAndConnect();
+
+    // Connects with the credentials of the location's record, or asks where it has none.
+    Result Open();
+
+    // Makes sure that user name and password of a simple location are known. Returns whether to go
+    // on, also when nothing had to be asked; false when the user cancelled or nobody can be asked.
+    // Only the former empties the record's password and turns prompting for the server off in every
+    // process.
+    bool PromptForCredentials();
+
+    // Gives the connection up and leaves it unusable.
+    void Disconnect();
+
+    // Ends the connection, which can be opened again. Returns false only when the client could not
+    // unbind.
+    bool Close();
+
+    // Drops the connection and the handles of failed binds without ending them, for a library that
+    // is being taken out of the process: ending one takes the network. Returns whether there were
+    // any.
+    bool Leave();
+
+    bool IsBound() const { return isBound_; }
+    bool IsConnected() const { return isConnected_; }
+    bool IsUsable() const { return isUsable_; }
+
+    // The code as a result, with the text that the last error which any process saw at this server
+    // has, else the code's own.
+    Result Outcome(std::uint32_t code);
+    // The same for a code that is recorded for all processes and, unless it is LDAP_SUCCESS, shown.
+    Result Report(std::uint32_t code);
+    // The text of such a result; empty where the system has none.
+    std::string Text(std::uint32_t code);
+
+    CDepotPath& Location() const { return location_; }
+    SharedCredentials& Shared() { return shared_; }
+    LDAP* Handle() const { return handle_.get(); }
+    // The entry points through which the client is called.
+    DirectoryClient& Client() { return client_; }
+    // Those for listings in pages, bound on first need.
+    PagingClient& Paging();
+    // Has this connection ask `prompt` and not the installed one.
+    void SetPrompt(CredentialsPrompt* prompt) { ownPrompt_ = prompt; }
+
+private:
+    enum class PromptResult { kCancelled, kNobodyAsked, kNothingAsked, kConfirmed };
+
+    CredentialsPrompt* Prompt() const;
+    CredentialsPrompt* PromptUnlessOff();
+    // A null `prompt` stands for nobody who can be asked, a null `failed` for no bind so far.
+    PromptResult AskForCredentials(CredentialsPrompt* prompt, const LogOnAttempt* failed);
+    // Returns whether `attempt` holds credentials to go on with; else `failure` says why it ends.
+    bool FindOtherCredentials(LogOnAttempt& attempt, Result& failure);
+
+    std::uint32_t OpenHandle(const std::string& host);
+    std::uint32_t SetOptions();
+    std::uint32_t ReachServer();
+    std::uint32_t Secure();
+    std::uint32_t Bind(const Credentials& credentials);
+    bool BindsWithoutCredentials() const;
+    void FinishBind();
+    std::string TextOf(std::uint32_t code) const;
+
+    CDepotPath& location_;
+    DirectoryClient client_;
+    std::optional<PagingClient> paging_;
+    bool isBound_ = false;
+    bool isConnected_ = false;
+    bool isUsable_ = true;
+    SharedCredentials shared_;
+    std::optional<CredentialsPrompt*> ownPrompt_;
+    // After the table, through which they are unbound.
+    std::vector<UniqueLdap> replacedHandles_;
+    UniqueLdap handle_;
+};
+
+}  // namespace depot

@@ -1,0 +1,63 @@
+// What is known of one location's server: by the location's record, and by all processes together.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "config/depot_path.h"
+#include "directory/credentials_prompt.h"
+#include "platform/directory_info_block.h"
+
+namespace depot {
+
+// A bind that failed.
+struct LogOnAttempt {
+    Credentials credentials;
+    bool isUnasked = false;  // follows a failed one without anything having been shown
+};
+
+// The user name and the password of a location, in its record and in the block that processes
+// share about its server, and the rest of that block: the last error that any process saw and
+// whether prompting is off. Borrows the record. Where the block cannot be had, it is as if it were
+// empty.
+class SharedCredentials {
+public:
+    explicit SharedCredentials(CDepotPath& location);
+
+    // Store a text in the location's record and, cut to its 260 bytes, in the shared block.
+    void SetUserName(const std::string& userName);
+    void SetPassword(const std::string& password);
+    // Return what is in the shared block.
+    std::string SharedUserName();
+    std::string SharedPassword();
+
+    // The record's own, and the same completed by what is in the shared block.
+    Credentials Own() const;
+    Credentials Known();
+    // Stores them in the record alone.
+    void KeepInRecord(const Credentials& credentials);
+    // Returns the credentials that can be tried without asking, if there are any; a null `failed`
+    // stands for no bind so far.
+    std::optional<Credentials> Untried(const Credentials& known, const LogOnAttempt* failed);
+
+    bool PromptingIsOff();
+    void TurnPromptingOff();
+
+    void SetLastError(std::uint32_t code);
+    // Returns the last error that any process saw, `code` where there is none.
+    std::uint32_t LastErrorOr(std::uint32_t code);
+    // The same from the view that is open already, where one is.
+    std::uint32_t SeenErrorOr(std::uint32_t code);
+
+    DirectoryInfoBlock& Block() { return info_; }
+
+private:
+    CDepotPath& location_;
+    DirectoryInfoBlock info_;
+};
+
+// Whether there are a user name and a password.
+bool IsComplete(const Credentials& credentials);
+
+}  // namespace depot

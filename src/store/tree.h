@@ -1,0 +1,19 @@
+// Walking the trees of a store.
+#pragma once
+
+#include "store/store.h"
+
+namespace depot {
+
+// Appends what a folder holds to `items`; `index` is the folder's own among the items of its tree.
+// Links and hostile names are left out: counted, and named in the trace.
+Result ListChildren(Store& store, const TreeItem& folder, std::size_t index,
+                    std::vector<TreeItem>& items, LeftOut& left);
+
+// Lists a folder with all below it. Fails when a folder cannot be listed, and when the tree passes
+// the store's bounds, with LDAP_SIZELIMIT_EXCEEDED or LDAP_TIMELIMIT_EXCEEDED as the code. Of
+// `known`, where it is given, the children of the top are taken, which are not listed again.
+// REQUIRES: the store is open.
+Result ListTree(Store& store, const std::string& top, Tree& tree, StoreSource* known = nullptr);
+
+}  // namespace depot
