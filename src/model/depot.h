@@ -72,6 +72,7 @@ public:
     CDepots* owner;                // never owned
 
 private:
+    void ReadOwnValues(const RegistryKey& key);
     void ReadLocations(const RegistryKey& key);
 
     std::unique_ptr<CLDAPItems> directory_;  // borrows a record of `paths`
