@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <charconv>
 
+#include "config/languages.h"
 #include "platform/text.h"
 
 namespace depot {
@@ -11,17 +12,6 @@ namespace {
 constexpr std::uint16_t kPrimaryLanguageMask = 0x3FF;
 constexpr std::string_view kBlanks = " \t";
 constexpr std::string_view kLibraryExtension = ".nls";
-
-struct LanguageRow {
-    std::uint16_t primaryLanguage;
-    std::string_view name;
-};
-
-// The first row also names every language that has no row.
-constexpr LanguageRow kLanguages[] = {
-    {0x00, "NOLANGUAGE"}, {0x09, "eng"}, {0x0C, "fra"}, {0x0A, "esp"},
-    {0x07, "deu"},        {0x10, "ita"}, {0x11, "jpn"}, {0x16, "prt"},
-};
 
 std::string_view TrimBlanks(std::string_view text) {
     const std::size_t first = text.find_first_not_of(kBlanks);
@@ -62,8 +52,8 @@ std::string_view LanguageNameOf(std::uint16_t languageId) {
     const auto primary = static_cast<std::uint16_t>(languageId & kPrimaryLanguageMask);
     const auto* const row =
         std::find_if(std::begin(kLanguages), std::end(kLanguages),
-                     [primary](const LanguageRow& r) { return r.primaryLanguage == primary; });
-    return row == std::end(kLanguages) ? kLanguages[0].name : row->name;
+                     [primary](const Language& r) { return r.primaryLanguage == primary; });
+    return row == std::end(kLanguages) ? "NOLANGUAGE" : row->code;
 }
 
 std::optional<std::string> ChooseLanguageName(const LanguageSettings& settings,

@@ -2,25 +2,26 @@
 
 #include <new>
 #include <optional>
+#include <string_view>
+
+#include "config/languages.h"
+#include "config/registry_values.h"
 
 #include "store/folder_store.h"
 
 namespace depot {
 namespace {
 
-// The languages tried, in this order, when the user's own is missing from a definition.
-constexpr const char* kFallbackLanguages[] = {"eng", "fra", "deu", "esp", "ita", "prt"};
-
-std::optional<std::string> ReadDisplayName(const RegistryKey& key, const std::string& language) {
-    return key.ReadString("DisplayName." + language);
+std::optional<std::string> ReadDisplayName(const RegistryKey& key, std::string_view language) {
+    return key.ReadString("DisplayName." + std::string(language));
 }
 
 std::string LocalizedName(const RegistryKey& key, const std::string& userLanguage,
                           const std::string& subkeyName) {
     std::optional<std::string> name = ReadDisplayName(key, userLanguage);
-    for (const char* language : kFallbackLanguages) {
+    for (const Language& language : kLanguages) {
         if (name) break;
-        name = ReadDisplayName(key, language);
+        if (language.servesOthers) name = ReadDisplayName(key, language.code);
     }
     return name.value_or(subkeyName);
 }
@@ -92,15 +93,9 @@ bool CDepot::ReadDefinition(const RegistryKey& listKey, const std::string& subke
     if (!key) return false;
     displayName = LocalizedName(*key, language, subkeyName);
     name = subkeyName;
-    if (const auto value = key->ReadDwordOr("DefaultDepot", 0)) isDefault = *value == 1;
-    if (const auto value = key->ReadDwordOr("OrderIndex", static_cast<DWORD>(kNoOrderIndex))) {
-        orderIndex = static_cast<std::int32_t>(*value);
-    }
-    if (const auto value = key->ReadDwordOr("Contains", 0)) contains = *value;
+    ReadOwnValues(*key);
     ReadLocations(*key);
-    if (paths->Count() == 0) return false;
-    if (const auto value = key->ReadString("Icon")) icon = *value;
-    return true;
+    return paths->Count() > 0;
 }
 
 CLDAPItems* CDepot::DirectoryConnection() {
@@ -116,6 +111,15 @@ CLDAPItems* CDepot::DirectoryConnection() {
 Store& CDepot::ActiveStore() {
     if (DirectoryConnection() == nullptr) return FolderStore::Instance();
     return directory_->store;
+}
+
+void CDepot::ReadOwnValues(const RegistryKey& key) {
+    DepotSettings settings = {isDefault, static_cast<std::uint32_t>(orderIndex), contains, icon};
+    ReadDepotValues(RegistryValues(key), settings);
+    isDefault = settings.defaultDepot == 1;
+    orderIndex = static_cast<std::int32_t>(settings.orderIndex);
+    contains = settings.contains;
+    icon = settings.icon;
 }
 
 void CDepot::ReadLocations(const RegistryKey& key) {

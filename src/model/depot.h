@@ -84,6 +84,7 @@ private:
         DirectoryStore store;
     };
 
+    void ReadOwnValues(const RegistryKey& key);
     void ReadLocations(const RegistryKey& key);
 
     std::unique_ptr<Directory> directory_;

@@ -8,9 +8,6 @@
 
 namespace depot::test {
 
-// The languages that there are texts in.
-inline constexpr const char* kLanguages[] = {"eng", "fra", "deu", "esp", "ita", "jpn", "prt"};
-
 LOGFONTW FontOf(HWND window);
 SIZE SizeOf(HWND window);
 

@@ -7,6 +7,7 @@
 #include "depotbrowser/browse_fixture.h"
 #include "host/locale_world.h"
 #include "support/child_process.h"
+#include "support/languages.h"
 // After the Windows headers.
 #include <shellapi.h>
 
@@ -124,12 +125,14 @@ protected:
 };
 
 TEST_F(BrowseLanguageTest, DepotsAreNamedInTheLanguageOfTheUser) {
-    for (const std::string language : kLanguages) {
+    for (const Language& one : kLanguages) {
+        const std::string language(one.code);
         depots_.Text("Work", "DisplayName." + language, "Work in " + language);
     }
-    for (const std::string language : kLanguages) {
+    for (const Language& one : kLanguages) {
+        const std::string language(one.code);
         SCOPED_TRACE(language);
-        world_.Configure(language, "eng fra deu esp ita jpn prt");
+        world_.Configure(language, AllLanguages());
         const std::wstring name = L"Work in " + std::wstring(language.begin(), language.end());
         EXPECT_EQ(0, Show([&](const OpenBrowser& browser) {
                       // The other depot has an English name alone.

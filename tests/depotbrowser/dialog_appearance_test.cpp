@@ -1,6 +1,7 @@
 // What the dialog looks like.
 #include <gtest/gtest.h>
 
+#include "config/languages.h"
 #include "depotbrowser/appearance.h"
 #include "depotbrowser/browser_library.h"
 #include "depotbrowser/dialog_user.h"
@@ -121,7 +122,8 @@ TEST_F(DialogAppearanceTest, TheTextsOfEveryLanguageFitTheirControls) {
         {IDCANCEL, IDS_CANCEL, false, kButtonEdges},
     };
     Show([&](const OpenDialog& dialog) {
-        for (const char* const language : kLanguages) {
+        for (const Language& one : kLanguages) {
+            const std::string language(one.code);
             for (const auto& row : rows) {
                 SCOPED_TRACE(testing::Message() << language << " text " << row.text);
                 const std::wstring text = TextIn(language, row.text);

@@ -10,6 +10,7 @@
 #include "platform/handles.h"
 #include "platform/module_state.h"
 #include "resource_ids.h"
+#include "support/languages.h"
 
 namespace depot {
 namespace {
@@ -31,6 +32,9 @@ constexpr ExpectedLanguage kExpected[] = {
     {"es", LANG_SPANISH, "esp"},    {"it", LANG_ITALIAN, "ita"}, {"ja", LANG_JAPANESE, "jpn"},
     {"pt", LANG_PORTUGUESE, "prt"}, {"pl", LANG_POLISH, "eng"},
 };
+
+// The list names every language's locale; CMakeLists.txt starts a run under each.
+static_assert(std::size(kExpected) == std::size(kLanguages) + 1);
 
 // The row of the locale that this run was started under; that of the user's own language when it
 // was not told.
@@ -100,7 +104,7 @@ protected:
 };
 
 TEST_F(ComponentLanguageTest, UserGetsTheLibraryOfTheLanguage) {
-    world_.machine.Text("", kAvailable, "prt jpn ita esp deu fra eng");
+    world_.machine.Text("", kAvailable, AllLanguages());
     world_.machine.Text("", kGlobalDefault, "eng");
     EXPECT_THAT(Probe(OwnModuleFolder()), ElementsAre(Loaded(Expected().name)));
 }
@@ -116,7 +120,7 @@ TEST_F(ComponentLanguageTest, UserWithoutSettingsGetsThePlainLibrary) {
 }
 
 TEST_F(ComponentLanguageTest, NamesOfCopiesCanBeWrittenInTheCodePageOfTheUser) {
-    world_.machine.Text("", kAvailable, "eng fra deu esp ita jpn prt");
+    world_.machine.Text("", kAvailable, AllLanguages());
     const UniqueModule library = LoadResourceLibrary(OwnModuleFolder() + "DepotIntr.NLS");
     SetResourceLibrary(library.get());
     const auto prefix = ResourceText(IDS_COPY_PREFIX_NAME);

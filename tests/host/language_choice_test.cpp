@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "config/languages.h"
+
 namespace depot {
 namespace {
 
@@ -56,7 +58,7 @@ TEST(LanguageNameTest, EveryOtherLanguageHasTheNameOfTheFirstRow) {
     for (std::uint16_t primary = 0; primary < 0x400; ++primary) {
         if (LanguageNameOf(primary) != "NOLANGUAGE") ++named;
     }
-    EXPECT_EQ(7, named);
+    EXPECT_EQ(std::ssize(kLanguages), named);
     EXPECT_EQ("NOLANGUAGE", LanguageNameOf(kPolish));
     // The tenth bit belongs to the primary language.
     EXPECT_EQ("NOLANGUAGE", LanguageNameOf(0x0209));

@@ -7,19 +7,20 @@
 #include <fstream>
 #include <string>
 
+#include "config/languages.h"
 #include "platform/win32.h"
 #include "support/box_at_load.h"
 
 namespace {
 
-constexpr const char* kLibraries[] = {
-    "depotintr.nls",     "depotintr.eng.nls", "depotintr.fra.nls", "depotintr.deu.nls",
-    "depotintr.esp.nls", "depotintr.ita.nls", "depotintr.jpn.nls", "depotintr.prt.nls",
-};
+void ReportLibrary(std::ofstream& report, const char* label, const std::string& name) {
+    if (GetModuleHandleA(name.c_str()) != nullptr) report << label << ' ' << name << '\n';
+}
 
 void ReportLibraries(std::ofstream& report, const char* label) {
-    for (const char* name : kLibraries) {
-        if (GetModuleHandleA(name) != nullptr) report << label << ' ' << name << '\n';
+    ReportLibrary(report, label, "depotintr.nls");
+    for (const depot::Language& language : depot::kLanguages) {
+        ReportLibrary(report, label, "depotintr." + std::string(language.code) + ".nls");
     }
 }
 

@@ -10,6 +10,7 @@
 #include "platform/module_state.h"
 #include "platform/wide_text.h"
 #include "resource_ids.h"
+#include "support/languages.h"
 
 namespace depot {
 namespace {
@@ -65,7 +66,7 @@ int Arguments(const std::wstring& text) {
     return arguments;
 }
 
-class ResourceTextsTest : public testing::TestWithParam<const char*> {
+class ResourceTextsTest : public testing::TestWithParam<std::string> {
 protected:
     static UniqueModule LoadNamed(const std::string& name) {
         return UniqueModule(LoadLibraryA((OwnModuleFolder() + name).c_str()));
@@ -117,11 +118,7 @@ TEST_P(ResourceTextsTest, DashNameKeepsTheNameInFrontAndTheExtensionLast) {
     EXPECT_EQ(std::wstring::npos, name.find_first_of(L"\\/:*?\"<>|"));
 }
 
-INSTANTIATE_TEST_SUITE_P(Libraries, ResourceTextsTest,
-                         testing::Values("DepotIntr.NLS", "depotintr.eng.nls", "depotintr.fra.nls",
-                                         "depotintr.deu.nls", "depotintr.esp.nls",
-                                         "depotintr.ita.nls", "depotintr.jpn.nls",
-                                         "depotintr.prt.nls"),
+INSTANTIATE_TEST_SUITE_P(Libraries, ResourceTextsTest, testing::ValuesIn(test::LanguageLibraries()),
                          [](const auto& parameter) {
                              std::string name = parameter.param;
                              std::replace(name.begin(), name.end(), '.', '_');
@@ -134,6 +131,7 @@ TEST(ResourceTranslationsTest, EachLanguageNamesCopiesInItsOwnWords) {
         {"depotintr.fra.nls", "Copie de a.kra"},  {"depotintr.deu.nls", "Kopie von a.kra"},
         {"depotintr.esp.nls", "Copia de a.kra"},  {"depotintr.ita.nls", "Copia di a.kra"},
         {"depotintr.jpn.nls", "コピー ～ a.kra"}, {"depotintr.prt.nls", "Cópia de a.kra"}};
+    EXPECT_EQ(std::size(kLanguages) + 1, std::size(rows));
     for (const auto& [file, expected] : rows) {
         SCOPED_TRACE(file);
         const UniqueModule library(LoadLibraryA((OwnModuleFolder() + file).c_str()));

@@ -1,6 +1,10 @@
 // What a depot's definition in the registry says.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <utility>
+
+#include "config/depot_values.h"
 #include "model/depots.h"
 #include "model/empty_depot.h"
 #include "support/scratch.h"
@@ -190,6 +194,23 @@ TEST_F(ReadDefinitionTest, ValuesOfOtherTypesResetWhatWasReadBefore) {
     EXPECT_FALSE(depot.isDefault);
     EXPECT_EQ(CDepot::kNoOrderIndex, depot.orderIndex);
     EXPECT_EQ(0u, depot.contains);
+}
+
+TEST(DepotValuesTest, DefaultNamesOfTheSchemaAreThoseThatTheDirectoryTakes) {
+    const std::pair<const char*, std::string> rows[] = {
+        {"FileAttributeName", kDefaultNamingAttribute},
+        {"FileObjectClass", kDefaultFileClass},
+        {"FolderAttributeName", kDefaultNamingAttribute},
+        {"FolderObjectClass", kDefaultFolderClass},
+        {"FileContentsAttributeName", kDefaultContentsAttribute}};
+    for (const auto& [name, expected] : rows) {
+        SCOPED_TRACE(name);
+        const auto value =
+            std::find_if(kDepotValues.begin(), kDepotValues.end(),
+                         [&](const DepotValue& one) { return one.name == std::string(name); });
+        ASSERT_NE(kDepotValues.end(), value);
+        EXPECT_EQ(expected, DefaultOf(*value));
+    }
 }
 
 TEST_F(ReadDefinitionTest, AGapEndsTheLocations) {

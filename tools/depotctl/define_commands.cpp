@@ -59,7 +59,7 @@ void AddGivenValues(const DefineOptions& options, const RawDefinition& before,
     const bool typed = isGiven("Type") || before.Find(Numbered("Type", options.location));
     for (const RawValue& value : options.ofLocation) {
         add(value);
-        if (value.name == "Host" && !typed) add(NumberValue("Type", 1));
+        if (value.name == "Host" && !typed) add(NumberValue("Type", kDirectoryLocation));
     }
     if (options.askPassword) add(StoredText("Password", AskPassword()));
 }

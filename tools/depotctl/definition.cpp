@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "depotctl/known_values.h"
+
 namespace depot::ctl {
 namespace {
 
@@ -9,9 +11,26 @@ char Lower(char c) {
     return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
 }
 
-bool IsReadByItsFirstBytes(std::string_view name) {
-    return SameName(name, "OrderIndex") || SameName(name, "DefaultDepot") ||
-           SameName(name, "Contains") || SameName(name.substr(0, 4), "Type");
+// A definition as what its values are read from, by the component's own rules.
+class DefinitionValues : public ValueSource {
+public:
+    explicit DefinitionValues(const RawDefinition& definition) : definition_(definition) {}
+
+    std::optional<std::string> Text(const std::string& name) const override {
+        return definition_.Text(name);
+    }
+    std::optional<std::uint32_t> Number(const std::string& name, ValueScope /*scope*/,
+                                        std::uint32_t /*standard*/) const override {
+        return definition_.Number(name);
+    }
+
+private:
+    const RawDefinition& definition_;
+};
+
+bool HasExactSize(std::string_view name) {
+    const auto parsed = ParseValueName(name);
+    return parsed && parsed->known->scope == ValueScope::kDirectory;
 }
 
 }  // namespace
@@ -49,7 +68,7 @@ std::optional<std::string> RawDefinition::Text(std::string_view name) const {
 std::optional<std::uint32_t> RawDefinition::Number(std::string_view name) const {
     const RawValue* const value = Find(name);
     if (value == nullptr || value->type != kRegistryNumber) return std::nullopt;
-    if (value->bytes != sizeof(value->number) && !IsReadByItsFirstBytes(name)) return std::nullopt;
+    if (value->bytes != sizeof(value->number) && HasExactSize(name)) return std::nullopt;
     return value->number;
 }
 
@@ -57,6 +76,16 @@ int RawDefinition::Locations() const {
     int count = 0;
     while (Text(Numbered("Path", count + 1))) ++count;
     return count;
+}
+
+LocationSettings RawDefinition::Location(int number) const {
+    const DefinitionValues source(*this);
+    LocationSettings settings;
+    ReadLocationValues(source, ValueScope::kLocation, number, settings);
+    if (settings.type == kDirectoryLocation) {
+        ReadLocationValues(source, ValueScope::kDirectory, number, settings);
+    }
+    return settings;
 }
 
 std::string Numbered(std::string_view name, int location) {

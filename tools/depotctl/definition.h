@@ -9,6 +9,8 @@
 #include <string_view>
 #include <vector>
 
+#include "config/depot_values.h"
+
 namespace depot::ctl {
 
 // The registry's own numbers for the types of its values.
@@ -53,8 +55,9 @@ struct RawDefinition {
     std::optional<std::string> Text(std::string_view name) const;
     std::optional<std::uint32_t> Number(std::string_view name) const;
 
-    // How many locations the component reads.
+    // How many locations the component reads, and what it reads of one.
     int Locations() const;
+    LocationSettings Location(int number) const;
 };
 
 // What is to become of a definition: values to be written and names of values to be removed.

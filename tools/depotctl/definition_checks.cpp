@@ -4,14 +4,12 @@
 #include <iterator>
 #include <set>
 
+#include "config/languages.h"
 #include "depotctl/known_values.h"
 #include "depotctl/utf8_text.h"
 
 namespace depot::ctl {
 namespace {
-
-// The languages whose display names serve users of all languages.
-constexpr const char* kFallbackLanguages[] = {"eng", "fra", "deu", "esp", "ita", "prt"};
 
 constexpr std::size_t kLongestText = kLongestTextBytes - 1;
 
@@ -73,8 +71,8 @@ private:
         if (name->location > locations_ && !SameName(name->known->name, "Path")) {
             return CheckHomeless(value, name->location);
         }
-        if (name->known->isNumber) return CheckNumber(value, *name->known);
-        CheckText(value, name->known->absent);
+        if (name->known->IsNumber()) return CheckNumber(value, *name->known);
+        CheckText(value, UnreadText(*name->known));
         if (name->location > locations_) CheckUnreadPath(value);
     }
 
@@ -101,19 +99,20 @@ private:
                   "number it " + Numbered("Path", locations_ + 1) + ", and its other values too"));
     }
 
-    void CheckNumber(const RawValue& value, const KnownValue& known) {
+    void CheckNumber(const RawValue& value, const DepotValue& known) {
         const auto number = definition_.Number(value.name);
         if (!number) {
             const std::string what = value.type == kRegistryNumber
                                          ? "a number of " + std::to_string(value.bytes) + " bytes"
                                          : TypeName(value.type);
-            return Add(Wrong(value.name, "it is " + what + " and ignored: " + known.absent,
+            return Add(Wrong(value.name, "it is " + what + " and ignored: " + UnreadText(known),
                              "write it as a REG_DWORD"));
         }
-        if (*number < known.lowest || *number > known.highest) {
-            Add(Wrong(value.name, std::to_string(*number) + " is out of range: " + known.outside,
-                      "write a number from " + std::to_string(known.lowest) + " to " +
-                          std::to_string(known.highest)));
+        const ValueForm& form = known.form;
+        if (*number < form.lowest || *number > form.highest) {
+            Add(Wrong(value.name, std::to_string(*number) + " is out of range: " + form.outside,
+                      "write a number from " + std::to_string(form.lowest) + " to " +
+                          std::to_string(form.highest)));
         }
         if (SameName(known.name, "OrderIndex") && *number == 0xFFFFFFFF) {
             Add(Remark(value.name, "this number stands for no place in the list"));
@@ -170,8 +169,9 @@ private:
     }
 
     static bool IsFallback(const std::string& language) {
-        return std::any_of(std::begin(kFallbackLanguages), std::end(kFallbackLanguages),
-                           [&](const char* code) { return SameName(code, language); });
+        return std::any_of(std::begin(kLanguages), std::end(kLanguages), [&](const Language& one) {
+            return one.servesOthers && SameName(one.code, language);
+        });
     }
 
     void CheckDisplayName(const RawValue& value, const std::string& language) {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdio>
 
+#include "config/languages.h"
 #include "depotctl/known_values.h"
 #include "depotctl/location_checks.h"
 #include "depotctl/utf8_text.h"
@@ -10,7 +11,6 @@
 namespace depot::ctl {
 namespace {
 
-constexpr const char* kLanguages[] = {"eng", "fra", "deu", "esp", "ita", "prt"};
 constexpr char kHeading[] = "Windows Registry Editor Version 5.00\r\n\r\n";
 
 bool CanBeWritten(const RawValue& value) {
@@ -83,17 +83,17 @@ Findings NewProblems(const RawDefinition* before, const RawDefinition& after) {
 
 DepotSummary SummaryOf(const RawDefinition& definition, bool isForUser) {
     DepotSummary summary = {definition.key, definition.key, isForUser, false, {}};
-    for (const char* language : kLanguages) {
-        const auto name = definition.Text(std::string("DisplayName.") + language);
-        if (!name) continue;
+    for (const Language& language : kLanguages) {
+        const auto name = definition.Text("DisplayName." + std::string(language.code));
+        if (!language.servesOthers || !name) continue;
         summary.displayName = *name;
         break;
     }
     summary.isDefault = definition.Number("DefaultDepot") == 1u;
     for (int location = 1; location <= definition.Locations(); ++location) {
-        if (definition.Number(Numbered("Type", location)) == 1u) continue;
-        const std::string path = definition.Text(Numbered("Path", location)).value_or("");
-        if (!HasMacros(path)) summary.roots.push_back(path);
+        const LocationSettings settings = definition.Location(location);
+        if (settings.type == kDirectoryLocation) continue;
+        if (!HasMacros(settings.path)) summary.roots.push_back(settings.path);
     }
     return summary;
 }

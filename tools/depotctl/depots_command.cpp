@@ -26,9 +26,8 @@ Json StateOf(const LocationState& state) {
 
 Json LocationJson(CDepotPath& location) {
     Json json;
-    const bool isDirectory = location.type == kDirectoryLocation;
-    json["type"] = isDirectory ? "directory" : "folder";
-    if (isDirectory) {
+    json["type"] = kTypeWords[location.type].word;
+    if (location.type == kDirectoryLocation) {
         json["host"] = Utf8FromAnsi(location.host);
         json["port"] = location.port;
     }

@@ -7,14 +7,8 @@
 namespace depot::ctl {
 namespace {
 
-constexpr std::uint32_t kDirectoryType = 1;
-constexpr std::uint32_t kAnonymous = 0, kSimple = 1;
 constexpr std::uint32_t kStartTls = 1, kTlsFromTheStart = 2;
-constexpr std::uint32_t kPort = 389, kTlsPort = 636;
-
-constexpr const char* kSchemaNames[] = {"FileAttributeName", "FileObjectClass",
-                                        "FolderAttributeName", "FolderObjectClass",
-                                        "FileContentsAttributeName"};
+constexpr std::uint32_t kTlsPort = 636;
 
 bool IsSchemaName(const std::string& name) {
     return std::all_of(name.begin(), name.end(), [](char c) {
@@ -27,30 +21,22 @@ bool IsSchemaName(const std::string& name) {
 class LocationChecker {
 public:
     LocationChecker(const RawDefinition& definition, int location)
-        : definition_(definition), location_(location) {}
+        : definition_(definition), number_(location), settings_(definition.Location(location)) {}
 
     Findings Run() {
-        const std::string path = Text("Path").value_or("");
-        if (Number("Type", 0) == kDirectoryType) {
-            if (!HasMacros(path)) findings_ = CheckBase(Name("Path"), path);
+        if (settings_.type == kDirectoryLocation) {
+            if (!HasMacros(settings_.path)) findings_ = CheckBase(Name("Path"), settings_.path);
             CheckServer();
             CheckLogOn();
             CheckSchemaNames();
         } else {
-            CheckFolderLocation(path);
+            CheckFolderLocation(settings_.path);
         }
         return std::move(findings_);
     }
 
 private:
-    std::string Name(const char* value) const { return Numbered(value, location_); }
-    std::optional<std::string> Text(const char* value) const {
-        return definition_.Text(Name(value));
-    }
-    std::uint32_t Number(const char* value, std::uint32_t absent) const {
-        return definition_.Number(Name(value)).value_or(absent);
-    }
-    bool Has(const char* value) const { return !Text(value).value_or("").empty(); }
+    std::string Name(const char* value) const { return Numbered(value, number_); }
     void Add(Finding finding) { findings_.push_back(std::move(finding)); }
 
     // The length of the path in the code page, without its terminator.
@@ -60,7 +46,7 @@ private:
     }
 
     void CheckFolderLocation(const std::string& path) {
-        for (const KnownValue& known : KnownValues()) {
+        for (const DepotValue& known : kDepotValues) {
             if (known.scope != ValueScope::kDirectory) continue;
             if (definition_.Find(Name(known.name)) == nullptr) continue;
             Add(Wrong(Name(known.name), "it is ignored: the location is a folder",
@@ -75,40 +61,38 @@ private:
     }
 
     void CheckServer() {
-        const Findings host = CheckHost(Name("Host"), Text("Host").value_or(""));
+        const Findings host = CheckHost(Name("Host"), settings_.host);
         findings_.insert(findings_.end(), host.begin(), host.end());
-        const std::uint32_t security = Number("Security", 0);
-        const std::uint32_t port = Number("Port", kPort);
-        if (security == kTlsFromTheStart && port == kPort) {
+        const bool secure = settings_.security == kTlsFromTheStart;
+        if (secure && settings_.port == LocationSettings::kDefaultPort) {
             Add(Wrong(Name("Port"),
                       "389 is the port of connections that are not secured from the "
                       "start, as Security = 2 wants it",
                       "set " + Name("Port") + " to 636, or " + Name("Security") + " to 1"));
         }
-        if (security != kTlsFromTheStart && port == kTlsPort) {
+        if (!secure && settings_.port == kTlsPort) {
             Add(Wrong(Name("Port"),
                       "636 is the port of connections that are secured from the start",
                       "set " + Name("Security") + " to 2, or " + Name("Port") + " to 389"));
         }
-        if (security == kStartTls && Number("Version", 3) == 2) {
+        if (settings_.security == kStartTls && settings_.version == 2) {
             Add(Wrong(Name("Version"), "version 2 has no StartTLS, which Security = 1 wants",
                       "set " + Name("Version") + " to 3"));
         }
     }
 
     void CheckLogOn() {
-        const std::uint32_t kind = Number("Authentication", kSimple);
-        const bool asksForNames = kind != kAnonymous && kind != 2;
+        const bool asksForNames = settings_.authentication != kAnonymousAuthentication &&
+                                  settings_.authentication != kNegotiateAuthentication;
         if (!asksForNames) return CheckUnusedCredentials();
-        if (Has("Password")) {
-            Add(Remark(Name("Password"), "everyone who can read the key can read the password",
-                       "leave it out; users are asked then"));
-            if (Number("Security", 0) == 0) {
-                Add(Remark(Name("Security"), "name and password cross the network in plain text",
-                           "set it to 1 (StartTLS) or 2 (LDAPS)"));
-            }
+        if (settings_.password.empty()) return;
+        Add(Remark(Name("Password"), "everyone who can read the key can read the password",
+                   "leave it out; users are asked then"));
+        if (settings_.security == 0) {
+            Add(Remark(Name("Security"), "name and password cross the network in plain text",
+                       "set it to 1 (StartTLS) or 2 (LDAPS)"));
         }
-        if (Has("Password") && !Has("Username")) {
+        if (settings_.username.empty()) {
             Add(Wrong(Name("Password"), "there is no " + Name("Username") + " for it",
                       "write it, or remove the password"));
         }
@@ -116,30 +100,35 @@ private:
 
     void CheckUnusedCredentials() {
         for (const char* value : {"Username", "Password"}) {
-            if (!Has(value)) continue;
+            if (Text(*FindValue(value)).empty()) continue;
             Add(Wrong(Name(value), "it is not used with this " + Name("Authentication"),
                       "set that to 1, or remove this"));
         }
     }
 
     void CheckSchemaNames() {
-        for (const char* value : kSchemaNames) {
-            if (IsSchemaName(Text(value).value_or(""))) continue;
-            Add(Wrong(Name(value), "it is no name that a schema can have",
+        for (const DepotValue& value : kDepotValues) {
+            if (value.form.kind != ValueKind::kSchemaName || IsSchemaName(Text(value))) continue;
+            Add(Wrong(Name(value.name), "it is no name that a schema can have",
                       "use letters, digits and hyphens"));
         }
-        const auto orDefault = [&](const char* value, const char* otherwise) {
-            return Has(value) ? *Text(value) : std::string(otherwise);
-        };
-        const std::string folder = orDefault("FolderObjectClass", "quillonFolder");
-        const std::string file = orDefault("FileObjectClass", "quillonFileBinary");
-        if (SameName(folder, file)) {
+        if (SameName(SchemaName("FolderObjectClass"), SchemaName("FileObjectClass"))) {
             Add(Remark(Name("FileObjectClass"), "files and folders are entries of one class"));
         }
     }
 
+    const std::string& Text(const DepotValue& value) const {
+        return settings_.*std::get<std::string LocationSettings::*>(value.member);
+    }
+
+    std::string SchemaName(const char* value) const {
+        const DepotValue& row = *FindValue(value);
+        return Text(row).empty() ? row.form.standard : Text(row);
+    }
+
     const RawDefinition& definition_;
-    const int location_;
+    const int number_;
+    const LocationSettings settings_;
     Findings findings_;
 };
 

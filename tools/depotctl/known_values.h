@@ -1,33 +1,25 @@
-// The values of a depot's definition that the component knows.
+// Names of values in a depot's definition: which ones the component asks for, and what was meant by
+// others.
 #pragma once
 
-#include <cstdint>
 #include <optional>
-#include <span>
 #include <string>
 #include <string_view>
 
+#include "config/depot_values.h"
+
 namespace depot::ctl {
 
-// Whose value it is: the depot's, any location's, or a directory location's only.
-enum class ValueScope { kDepot, kLocation, kDirectory };
+// Returns the row of a value by its name without a location's number, in any letter case; null
+// where there is none.
+const DepotValue* FindValue(std::string_view base);
 
-struct KnownValue {
-    const char* name;  // without a location's number
-    ValueScope scope;
-    bool isNumber;
-    std::uint32_t lowest, highest;  // of a number
-    const char* absent;             // what is taken when the value is not there
-    const char* outside;            // what another number counts as
-
-    bool IsNumbered() const { return scope != ValueScope::kDepot; }
-};
-
-std::span<const KnownValue> KnownValues();
+// What becomes of the depot when the value is missing or cannot be used, such as "389 is taken".
+std::string UnreadText(const DepotValue& value);
 
 // What a value's name says: which value it is, and of which location.
 struct ValueName {
-    const KnownValue* known = nullptr;
+    const DepotValue* known = nullptr;
     int location = 0;  // 0 for values of the depot
 };
 

@@ -1,0 +1,68 @@
+#include "config/depot_values.h"
+
+namespace depot {
+namespace {
+
+// What reading needs of a row: the component carries no more of the table than this.
+struct ValueToRead {
+    const char* name;
+    ValueScope scope;
+    ValueMember member;
+    bool isRequired;
+};
+
+constexpr auto kValuesToRead = [] {
+    std::array<ValueToRead, kDepotValues.size()> values{};
+    for (std::size_t at = 0; at < values.size(); ++at) {
+        const DepotValue& row = kDepotValues[at];
+        values[at] = {row.name, row.scope, row.member, row.form.isRequired};
+    }
+    return values;
+}();
+
+template <class Settings>
+bool Read(const ValueSource& source, ValueScope scope, const std::string& number,
+          Settings& settings) {
+    const Settings standard;
+    for (const ValueToRead& value : kValuesToRead) {
+        if (value.scope != scope) continue;
+        const std::string name = value.name + number;
+        if (const auto* const text = std::get_if<std::string Settings::*>(&value.member)) {
+            std::optional<std::string> found = source.Text(name);
+            if (!found && value.isRequired) return false;
+            if (found) settings.** text = *std::move(found);
+        } else if (const auto* const member =
+                       std::get_if<std::uint32_t Settings::*>(&value.member)) {
+            const auto found = source.Number(name, scope, standard.**member);
+            if (found) settings.** member = *found;
+        }
+    }
+    return true;
+}
+
+}  // namespace
+
+// Every member has its row. A loop takes a fraction of the instructions of so many assignments.
+LocationSettings& LocationSettings::operator=(const LocationSettings& other) {
+    if (this == &other) return *this;
+    for (const ValueToRead& value : kValuesToRead) {
+        if (const auto* const text = std::get_if<std::string LocationSettings::*>(&value.member)) {
+            this->** text = other.**text;
+        } else if (const auto* const number =
+                       std::get_if<std::uint32_t LocationSettings::*>(&value.member)) {
+            this->** number = other.**number;
+        }
+    }
+    return *this;
+}
+
+void ReadDepotValues(const ValueSource& source, DepotSettings& settings) {
+    Read(source, ValueScope::kDepot, {}, settings);
+}
+
+bool ReadLocationValues(const ValueSource& source, ValueScope scope, int location,
+                        LocationSettings& settings) {
+    return Read(source, scope, std::to_string(location), settings);
+}
+
+}  // namespace depot

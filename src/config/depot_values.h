@@ -1,0 +1,210 @@
+// The values of a depot's definition in the registry: what is kept of them, and a table with one
+// row a value, which reading, depotctl and its checks are made from. docs/administration.md is
+// compared with it.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <variant>
+
+namespace depot {
+
+enum LocationType : std::uint32_t { kFolderLocation = 0, kDirectoryLocation = 1 };
+
+enum AuthenticationKind : std::uint32_t {
+    kAnonymousAuthentication = 0,
+    kSimpleAuthentication = 1,  // and every value that has no name of its own
+    kNegotiateAuthentication = 2,
+};
+
+// What a depot's own values say.
+struct DepotSettings {
+    static constexpr std::uint32_t kNoOrderIndex = 0xFFFFFFFF;
+
+    std::uint32_t defaultDepot = 0;
+    std::uint32_t orderIndex = kNoOrderIndex;
+    std::uint32_t contains = 0;
+    std::string icon;
+};
+
+// What the values of one of its locations say.
+struct LocationSettings {
+    static constexpr std::uint32_t kDefaultPort = 389;
+    static constexpr std::uint32_t kDefaultVersion = 3;
+    static constexpr std::uint32_t kDefaultConnectTimeout = 120;
+
+    LocationSettings() = default;
+    LocationSettings(const LocationSettings&) = default;
+    LocationSettings& operator=(const LocationSettings& other);
+
+    std::uint32_t type = kFolderLocation;
+    std::string path;  // as written in the registry, macros and all
+    std::string host;
+    std::string username;
+    std::string password;  // as it stands in the registry, never encoded or decoded
+    // Empty names stand for the defaults that the directory layer knows.
+    std::string fileAttributeName;
+    std::string fileObjectClass;
+    std::string folderAttributeName;
+    std::string folderObjectClass;
+    std::string fileContentsAttributeName;
+    std::uint32_t port = kDefaultPort;
+    std::uint32_t authentication = kSimpleAuthentication;
+    std::uint32_t version = kDefaultVersion;
+    std::uint32_t connectTimeout = kDefaultConnectTimeout;  // seconds
+    std::uint32_t security = 0;  // 0 none, 1 StartTLS before the bind, 2 TLS from the start
+    // 1 when a write-back must not replace what someone else stored meanwhile
+    std::uint32_t detectConflicts = 0;
+};
+
+// Whose value it is: the depot's, any location's, or a directory location's only. The names of the
+// latter two are followed by the location's number.
+enum class ValueScope { kDepot, kLocation, kDirectory };
+
+// The member that keeps the value.
+using ValueMember =
+    std::variant<std::string DepotSettings::*, std::uint32_t DepotSettings::*,
+                 std::string LocationSettings::*, std::uint32_t LocationSettings::*>;
+
+enum class ValueKind { kText, kSchemaName, kNumber };
+
+// What a number is called: the first word stands for 0, the next for 1 and so on.
+struct ValueWord {
+    const char* word;     // on the command line
+    const char* meaning;  // for people
+};
+
+// What a value may be. Its texts complete the sentences of depotctl's checks.
+struct ValueForm {
+    ValueKind kind = ValueKind::kText;
+    const char* unread = nullptr;   // said of a missing value; null where its default is taken
+    const char* outside = nullptr;  // said of a number out of range
+    std::uint32_t lowest = 0, highest = 0xFFFFFFFF;
+    std::span<const ValueWord> words = {};
+    const char* standard = nullptr;  // the default where the member's own does not show it
+    bool isRequired = false;         // without it there is no such location
+};
+
+constexpr ValueForm Text(const char* unread) {
+    return {.unread = unread};
+}
+constexpr ValueForm RequiredText(const char* unread) {
+    return {.unread = unread, .isRequired = true};
+}
+constexpr ValueForm SchemaName(const char* standard) {
+    return {.kind = ValueKind::kSchemaName, .standard = standard};
+}
+constexpr ValueForm AnyNumber(const char* unread, const char* standard = nullptr) {
+    return {.kind = ValueKind::kNumber, .unread = unread, .standard = standard};
+}
+constexpr ValueForm Number(std::uint32_t lowest, std::uint32_t highest, const char* outside,
+                           const char* unread = nullptr) {
+    return {ValueKind::kNumber, unread, outside, lowest, highest};
+}
+constexpr ValueForm OneOf(std::span<const ValueWord> words, const char* outside,
+                          const char* unread = nullptr) {
+    const auto highest = static_cast<std::uint32_t>(words.size() - 1);
+    return {ValueKind::kNumber, unread, outside, 0, highest, words};
+}
+
+struct DepotValue {
+    const char* name;
+    ValueScope scope;
+    ValueMember member;
+    const char* option;  // of depotctl; null where the command line never holds the value
+    const char* meaning;
+    ValueForm form;
+
+    bool IsNumbered() const { return scope != ValueScope::kDepot; }
+    bool IsNumber() const { return form.kind == ValueKind::kNumber; }
+    // A number that is 0 or 1 and has no words for them.
+    bool IsSwitch() const { return form.highest == 1 && form.words.empty(); }
+};
+
+inline constexpr ValueWord kTypeWords[] = {{"folder", "a folder"},
+                                           {"directory", "an LDAP directory"}};
+inline constexpr ValueWord kAuthenticationWords[] = {{"anonymous", "anonymous"},
+                                                     {"simple", "a name and a password"},
+                                                     {"windows", "the Windows logon"}};
+inline constexpr ValueWord kSecurityWords[] = {
+    {"none", "nothing is secured"}, {"starttls", "StartTLS"}, {"ldaps", "LDAPS"}};
+
+// In the order in which they are read.
+inline constexpr auto kDepotValues = [] {
+    using enum ValueScope;
+    using Depot = DepotSettings;
+    using Location = LocationSettings;
+    return std::to_array<DepotValue>({
+        {"DefaultDepot", kDepot, &Depot::defaultDepot, "--default",
+         "Whether it is the default; the first such depot in the list wins, else the first of all",
+         Number(0, 1, "it is not the default", "it is not the default")},
+        {"OrderIndex", kDepot, &Depot::orderIndex, "--order",
+         "Its place in the list, ascending; depots without one follow",
+         AnyNumber("the depot has no place of its own in the list", "none")},
+        {"Contains", kDepot, &Depot::contains, "--contains", "The kinds of files in it, a bit each",
+         AnyNumber("it holds no kinds of its own")},
+        {"Icon", kDepot, &Depot::icon, "--icon", "Its icon's location", Text("it has no icon")},
+        {"Path", kLocation, &Location::path, "--path", "The folder, or the base in the directory",
+         RequiredText("there is no such location")},
+        {"Type", kLocation, &Location::type, "--type", "What the location is",
+         OneOf(kTypeWords, "the location is a folder", "the location is a folder")},
+        {"Host", kDirectory, &Location::host, "--host",
+         "The directory's server, or several with blanks between them", Text("no server is named")},
+        {"Username", kDirectory, &Location::username, "--username",
+         "Who logs on; users are asked for a missing one, or refused",
+         Text("users are asked for a name")},
+        {"Password", kDirectory, &Location::password, nullptr,
+         "The password; users are asked for a missing one, or refused",
+         Text("users are asked for a password")},
+        {"Port", kDirectory, &Location::port, "--port", "The server's port",
+         Number(1, 65535, "no server has such a port")},
+        {"Authentication", kDirectory, &Location::authentication, "--authentication",
+         "How users log on", OneOf(kAuthenticationWords, "it counts as 1 (a name and a password)")},
+        {"Version", kDirectory, &Location::version, "--protocol-version", "The protocol's version",
+         Number(2, 3, "there are the versions 2 and 3 only")},
+        {"ConnectTimeout", kDirectory, &Location::connectTimeout, "--connect-timeout",
+         "How long to wait for the connection, in seconds",
+         Number(1, 3600, "a second to an hour make sense", "120 seconds are taken")},
+        {"Security", kDirectory, &Location::security, "--security", "How the connection is secured",
+         OneOf(kSecurityWords, "it counts as 1 (StartTLS)")},
+        {"DetectConflicts", kDirectory, &Location::detectConflicts, "--detect-conflicts",
+         "Whether to keep what someone else stored meanwhile",
+         Number(0, 1, "there are 0 and 1 only", "0 is taken (the last writer wins)")},
+        {"FileAttributeName", kDirectory, &Location::fileAttributeName, "--file-attribute",
+         "What names a file's entry", SchemaName("CN")},
+        {"FileObjectClass", kDirectory, &Location::fileObjectClass, "--file-class",
+         "The class of a file's entry", SchemaName("quillonFileBinary")},
+        {"FolderAttributeName", kDirectory, &Location::folderAttributeName, "--folder-attribute",
+         "What names a folder's entry", SchemaName("CN")},
+        {"FolderObjectClass", kDirectory, &Location::folderObjectClass, "--folder-class",
+         "The class of a folder's entry", SchemaName("quillonFolder")},
+        {"FileContentsAttributeName", kDirectory, &Location::fileContentsAttributeName,
+         "--contents-attribute", "What holds a file's bytes",
+         SchemaName("quillonFileContentsBinary")},
+    });
+}();
+
+// Returns what a missing value counts as, such as "389" or "CN"; "none" where that is nothing.
+std::string DefaultOf(const DepotValue& value);
+
+// Where values are read from: a key of the registry, or what was read from one.
+class ValueSource {
+public:
+    virtual ~ValueSource() = default;
+    virtual std::optional<std::string> Text(const std::string& name) const = 0;
+    // `standard` is what the number counts as without a value.
+    virtual std::optional<std::uint32_t> Number(const std::string& name, ValueScope scope,
+                                                std::uint32_t standard) const = 0;
+};
+
+// Store what the source has of a depot's own values, and of the values of a scope of the location
+// with that number; the others stay as they are. The latter returns false, with nothing stored,
+// when there is no such location.
+void ReadDepotValues(const ValueSource& source, DepotSettings& settings);
+bool ReadLocationValues(const ValueSource& source, ValueScope scope, int location,
+                        LocationSettings& settings);
+
+}  // namespace depot
