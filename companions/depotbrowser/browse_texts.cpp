@@ -3,9 +3,9 @@
 #include "config/file_types.h"
 #include "depotbrowser/column_text.h"
 #include "depotbrowser/prompt_text.h"
-#include "host/resource_library.h"
 #include "platform/win32.h"
 #include "resource_ids.h"
+#include "texts/resource_library.h"
 
 namespace depot {
 namespace {

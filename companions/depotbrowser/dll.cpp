@@ -1,14 +1,13 @@
 // The entry points of the DLL, and the classes that it offers.
 #include <optional>
 
+#include "com/braced_text.h"
+#include "com/com_object.h"
 #include "depotbrowser/depot_browse_dialog.h"
 #include "depotbrowser/identifiers.h"
 #include "depotbrowser/prompt_text.h"
 #include "depotbrowser/user_password_prompt_dialog.h"
 #include "depotbrowser/worker_notices.h"
-#include "host/braced_text.h"
-#include "host/com_object.h"
-#include "host/language_settings.h"
 #include "model/localization.h"
 #include "platform/compiler.h"
 #include "platform/directory_client.h"
@@ -16,6 +15,7 @@
 #include "platform/module_state.h"
 #include "platform/no_destructor.h"
 #include "platform/system_code_page.h"
+#include "texts/language_settings.h"
 
 namespace depot {
 namespace {

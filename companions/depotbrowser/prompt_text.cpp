@@ -2,12 +2,12 @@
 
 #include <atomic>
 
-#include "host/resource_library.h"
 #include "platform/directory_service.h"
 #include "platform/kept_library.h"
 #include "platform/module_state.h"
 #include "platform/text.h"
 #include "platform/wide_text.h"
+#include "texts/resource_library.h"
 
 namespace depot {
 namespace {

@@ -1,7 +1,7 @@
 #include "host/module.h"
 
 #include "DepotIntr.h"
-#include "host/braced_text.h"
+#include "com/braced_text.h"
 #include "host/identifiers.h"
 
 namespace depot {

@@ -1,7 +1,7 @@
 // The classes that the DLL offers.
 #include "api/depot_intr_api.h"
 #include "api/dispatch_adapter.h"
-#include "host/com_object.h"
+#include "com/com_object.h"
 #include "host/module.h"
 
 namespace depot {

@@ -1,12 +1,12 @@
-#include "host/language_settings.h"
+#include "texts/language_settings.h"
 
 #include <gmock/gmock.h>
 
 #include <vector>
 
-#include "host/locale_world.h"
 #include "platform/module_state.h"
 #include "support/import_patch.h"
+#include "support/locale_world.h"
 
 namespace depot {
 namespace {

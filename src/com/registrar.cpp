@@ -1,4 +1,4 @@
-#include "host/registrar.h"
+#include "com/registrar.h"
 
 #include "platform/module_state.h"
 #include "platform/registry_key.h"

@@ -1,4 +1,4 @@
-#include "host/com_object.h"
+#include "com/com_object.h"
 
 #include <gtest/gtest.h>
 // After the Windows headers.

@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "host/registry_script.h"
+#include "com/registry_script.h"
 #include "platform/win32.h"
 
 namespace depot {

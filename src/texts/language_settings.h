@@ -3,8 +3,8 @@
 
 #include <string>
 
-#include "host/language_choice.h"
 #include "platform/win32.h"
+#include "texts/language_choice.h"
 
 namespace depot {
 

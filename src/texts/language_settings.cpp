@@ -1,4 +1,4 @@
-#include "host/language_settings.h"
+#include "texts/language_settings.h"
 
 #include <array>
 #include <optional>

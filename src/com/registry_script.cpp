@@ -1,4 +1,4 @@
-#include "host/registry_script.h"
+#include "com/registry_script.h"
 
 #include <algorithm>
 #include <charconv>

@@ -1,4 +1,4 @@
-#include "host/language_choice.h"
+#include "texts/language_choice.h"
 
 #include <gmock/gmock.h>
 

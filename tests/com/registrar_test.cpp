@@ -1,4 +1,4 @@
-#include "host/registrar.h"
+#include "com/registrar.h"
 
 #include <gtest/gtest.h>
 

@@ -9,7 +9,7 @@
 #include <memory>
 #include <new>
 
-#include "host/com_module.h"
+#include "com/com_module.h"
 #include "platform/win32.h"
 
 namespace depot {

@@ -1,4 +1,4 @@
-#include "host/class_factory.h"
+#include "com/class_factory.h"
 
 #include "platform/module_state.h"
 

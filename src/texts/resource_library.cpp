@@ -1,13 +1,13 @@
-#include "host/resource_library.h"
+#include "texts/resource_library.h"
 
 #include <atomic>
 #include <string_view>
 
-#include "host/language_settings.h"
 #include "platform/kept_library.h"
 #include "platform/paths.h"
 #include "platform/text.h"
 #include "platform/wide_text.h"
+#include "texts/language_settings.h"
 
 namespace depot {
 namespace {

@@ -1,10 +1,10 @@
-#include "host/com_module.h"
+#include "com/com_module.h"
 
 #include <string>
 #include <utility>
 
-#include "host/class_factory.h"
-#include "host/registrar.h"
+#include "com/class_factory.h"
+#include "com/registrar.h"
 #include "platform/module_state.h"
 #include "platform/wide_text.h"
 

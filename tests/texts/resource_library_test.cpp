@@ -1,23 +1,17 @@
-#include "host/resource_library.h"
+#include "texts/resource_library.h"
 
 #include <gmock/gmock.h>
 
-#include <fstream>
-
-#include "host/app.h"
-#include "host/locale_world.h"
-#include "model/depots.h"
-#include "model/localization.h"
 #include "platform/module_state.h"
 #include "resource_ids.h"
 #include "support/box_at_load.h"
+#include "support/library_folder.h"
+#include "support/locale_world.h"
 
 namespace depot {
 namespace {
 
 using namespace test;
-
-constexpr char kProductKey[] = "Software\\Quillon\\Farrow\\13.00\\Wharfside";
 
 std::string ModulePath(HMODULE module) {
     char path[MAX_PATH] = {};
@@ -25,20 +19,9 @@ std::string ModulePath(HMODULE module) {
     return path;
 }
 
-// A folder that offers the plain library and those of some languages.
 class ResourceLibraryTest : public testing::Test {
 protected:
     ~ResourceLibraryTest() override { SetResourceLibrary(nullptr); }
-
-    // Copies a file of the build's own folder under a new name.
-    void Offer(const std::string& name, const std::string& source) const {
-        ASSERT_TRUE(
-            CopyFileA((OwnModuleFolder() + source).c_str(), folder_.At(name).c_str(), FALSE));
-    }
-    void OfferAll() const {
-        Offer("DepotIntr.NLS", "DepotIntr.NLS");
-        for (const std::string name : {"depotintr.eng.nls", "depotintr.fra.nls"}) Offer(name, name);
-    }
 
     // Loads by the plain path; returns the name of what was loaded, or nothing.
     std::string Loaded() {
@@ -49,50 +32,50 @@ protected:
     }
 
     LocaleWorld world_;
-    ScratchFolder folder_;
+    LibraryFolder folder_;
     UniqueModule library_;
 };
 
 TEST_F(ResourceLibraryTest, ConfiguredLanguageLoadsItsLibrary) {
-    OfferAll();
+    folder_.OfferAll();
     world_.Configure("fra", "eng fra");
     EXPECT_EQ("depotintr.fra.nls", Loaded());
 }
 
 TEST_F(ResourceLibraryTest, EmptyListLoadsThePlainLibrary) {
-    OfferAll();
+    folder_.OfferAll();
     world_.Configure("fra", "");
     EXPECT_STRCASEEQ("DepotIntr.NLS", Loaded().c_str());
 }
 
 TEST_F(ResourceLibraryTest, NameInsideALongerWordLoadsItsLibrary) {
-    OfferAll();
+    folder_.OfferAll();
     world_.Configure("eng", "english");
     EXPECT_EQ("depotintr.eng.nls", Loaded());
 }
 
 TEST_F(ResourceLibraryTest, LanguageWithoutALibraryLoadsThePlainOne) {
-    OfferAll();
+    folder_.OfferAll();
     world_.Configure("deu", "eng deu");
     EXPECT_STRCASEEQ("DepotIntr.NLS", Loaded().c_str());
 }
 
 TEST_F(ResourceLibraryTest, LibraryThatIsNoDllIsPassedOver) {
-    OfferAll();
+    folder_.OfferAll();
     folder_.MakeFile("depotintr.fra.nls", "not a library");
     world_.Configure("fra", "eng fra");
     EXPECT_STRCASEEQ("DepotIntr.NLS", Loaded().c_str());
 }
 
 TEST_F(ResourceLibraryTest, EmptyLibraryFileIsPassedOver) {
-    OfferAll();
+    folder_.OfferAll();
     folder_.MakeFile("depotintr.fra.nls", "");
     world_.Configure("fra", "eng fra");
     EXPECT_STRCASEEQ("DepotIntr.NLS", Loaded().c_str());
 }
 
 TEST_F(ResourceLibraryTest, LanguageLibraryLoadsWithoutThePlainOne) {
-    Offer("depotintr.fra.nls", "depotintr.fra.nls");
+    folder_.Offer("depotintr.fra.nls", "depotintr.fra.nls");
     world_.Configure("fra", "fra");
     EXPECT_EQ("depotintr.fra.nls", Loaded());
 }
@@ -110,7 +93,7 @@ TEST_F(ResourceLibraryTest, UnknownFolderIsNotSearchedFor) {
 }
 
 TEST_F(ResourceLibraryTest, FolderInCapitalLettersIsFound) {
-    OfferAll();
+    folder_.OfferAll();
     world_.Configure("fra", "eng fra");
     std::string path = folder_.At("DEPOTINTR.NLS");
     CharUpperBuffA(path.data(), static_cast<DWORD>(path.size()));
@@ -120,7 +103,7 @@ TEST_F(ResourceLibraryTest, FolderInCapitalLettersIsFound) {
 }
 
 TEST_F(ResourceLibraryTest, TextsComeFromTheLibraryThatIsSet) {
-    OfferAll();
+    folder_.OfferAll();
     world_.Configure("fra", "eng fra");
     EXPECT_EQ("depotintr.fra.nls", Loaded());
     SetResourceLibrary(library_.get());
@@ -138,7 +121,7 @@ TEST_F(ResourceLibraryTest, TextsAreAbsentWithoutALibrary) {
 }
 
 TEST_F(ResourceLibraryTest, LibraryWithoutTheStringsHasNoTexts) {
-    Offer("DepotIntr.NLS", "qdirsvc.dll");
+    folder_.Offer("DepotIntr.NLS", "qdirsvc.dll");
     EXPECT_NE("", Loaded());
     SetResourceLibrary(library_.get());
     EXPECT_EQ(std::nullopt, ResourceText(IDS_COPY_PREFIX_NAME));
@@ -146,7 +129,7 @@ TEST_F(ResourceLibraryTest, LibraryWithoutTheStringsHasNoTexts) {
 }
 
 TEST_F(ResourceLibraryTest, NumberWithoutATextIsAbsent) {
-    OfferAll();
+    folder_.OfferAll();
     EXPECT_NE("", Loaded());
     SetResourceLibrary(library_.get());
     for (const unsigned id : {0U, 499U, 502U, 511U, 0xFFFFU}) {
@@ -156,7 +139,7 @@ TEST_F(ResourceLibraryTest, NumberWithoutATextIsAbsent) {
 
 TEST_F(ResourceLibraryTest, TextThatTheCodePageCannotHoldIsAbsent) {
     ASSERT_EQ(1252U, GetACP());
-    Offer("DepotIntr.NLS", "depotintr.jpn.nls");
+    folder_.Offer("DepotIntr.NLS", "depotintr.jpn.nls");
     EXPECT_NE("", Loaded());
     SetResourceLibrary(library_.get());
     EXPECT_EQ(std::nullopt, ResourceText(IDS_COPY_DASH_NAME));
@@ -177,65 +160,10 @@ TEST_F(ResourceLibraryTest, MissingLibraryIsToldInABox) {
 }
 
 TEST_F(ResourceLibraryTest, LoadedLibraryShowsNoBox) {
-    OfferAll();
+    folder_.OfferAll();
     BoxWatcher watcher("DepotIntr");
     EXPECT_NE(nullptr, LoadResourceLibraryOrTell(folder_.At("")));
     EXPECT_EQ(std::nullopt, watcher.Finish());
-}
-
-// The application object with its resources in a folder of the test's own.
-class ApplicationTest : public ResourceLibraryTest {
-protected:
-    ApplicationTest() { product_.Text("", "HomeDir64", folder_.Path()); }
-    ~ApplicationTest() override { InstallLocalization({}); }
-
-    ScratchKey product_{HKEY_CURRENT_USER, kProductKey};
-};
-
-TEST_F(ApplicationTest, StartLoadsTheLibraryOfTheResourceFolderAndEndFreesIt) {
-    OfferAll();
-    world_.Configure("fra", "eng fra");
-    CDepotIntrApp app;
-    EXPECT_TRUE(app.InitInstance());
-    EXPECT_EQ(GetModuleHandleA(folder_.At("depotintr.fra.nls").c_str()), ResourceLibrary());
-    EXPECT_NE(nullptr, ResourceLibrary());
-    EXPECT_EQ("%s - copie%s", LocalizedText(IDS_COPY_DASH_NAME));
-    EXPECT_EQ("fra", LanguageCode());
-    app.ExitInstance();
-    EXPECT_EQ(nullptr, ResourceLibrary());
-    EXPECT_EQ(nullptr, GetModuleHandleA("depotintr.fra.nls"));
-    EXPECT_EQ(std::nullopt, LocalizedText(IDS_COPY_DASH_NAME));
-}
-
-TEST_F(ApplicationTest, StartSucceedsWithoutResources) {
-    BoxWatcher watcher("DepotIntr");
-    CDepotIntrApp app;
-    EXPECT_TRUE(app.InitInstance());
-    EXPECT_TRUE(watcher.Finish().has_value());
-    EXPECT_EQ(std::nullopt, LocalizedText(IDS_COPY_DASH_NAME));
-    app.ExitInstance();
-}
-
-TEST_F(ApplicationTest, ChangedRegistryShowsInTheNextDepotList) {
-    constexpr char kDepots[] = "Software\\DepotTests\\Localized";
-    const ScratchKey depots(HKEY_CURRENT_USER, kDepots);
-    depots.Text("Team", "DisplayName.eng", "Team");
-    depots.Text("Team", "DisplayName.fra", "Equipe");
-    depots.Text("Team", "Path1", folder_.Path());
-    OfferAll();
-    world_.Configure("fra", "eng fra");
-    CDepotIntrApp app;
-    app.InitInstance();
-    EXPECT_EQ("Equipe", CDepots(kDepots, "").At(0)->displayName);
-    world_.user.Text("", kDefault, "eng");
-    EXPECT_EQ("Team", CDepots(kDepots, "").At(0)->displayName);
-    app.ExitInstance();
-}
-
-TEST(LocalizationTest, NothingInstalledMeansEnglishWithoutTexts) {
-    InstallLocalization({});
-    EXPECT_EQ("eng", LanguageCode());
-    EXPECT_EQ(std::nullopt, LocalizedText(IDS_COPY_DASH_NAME));
 }
 
 }  // namespace

@@ -3,8 +3,8 @@
 
 #include <string>
 
-#include "host/language_settings.h"
 #include "support/scratch.h"
+#include "texts/language_settings.h"
 
 namespace depot::test {
 

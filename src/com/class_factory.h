@@ -1,7 +1,7 @@
 // The factory of one class, which the module keeps once it was asked for.
 #pragma once
 
-#include "host/com_module.h"
+#include "com/com_module.h"
 #include "platform/win32.h"
 // After the Windows headers.
 #include <unknwn.h>
