@@ -21,14 +21,7 @@ STDMETHODIMP CComClassFactory::LockServer(BOOL lock) noexcept {
 }
 
 STDMETHODIMP CComObjectCached::QueryInterface(REFIID interfaceId, void** object) noexcept {
-    if (object == nullptr) return E_POINTER;
-    *object = nullptr;
-    if (!IsEqualIID(interfaceId, IID_IUnknown) && !IsEqualIID(interfaceId, IID_IClassFactory)) {
-        return E_NOINTERFACE;
-    }
-    *object = static_cast<IClassFactory*>(this);
-    AddRef();
-    return S_OK;
+    return GiveInterface(*this, {&IID_IUnknown, &IID_IClassFactory}, interfaceId, object);
 }
 
 STDMETHODIMP_(ULONG) CComObjectCached::AddRef() noexcept {

@@ -5,6 +5,7 @@
 
 #include "com/class_factory.h"
 #include "com/registrar.h"
+#include "com/type_library.h"
 #include "platform/module_state.h"
 #include "platform/wide_text.h"
 
@@ -27,13 +28,10 @@ private:
 };
 
 HRESULT RegisterTypeLibrary() noexcept try {
-    std::wstring path = OwnModulePath();
-    ITypeLib* library = nullptr;
-    HRESULT result = LoadTypeLibEx(path.c_str(), REGKIND_NONE, &library);
+    UniqueCom<ITypeLib> library;
+    const HRESULT result = OpenTypeLibrary(library);
     if (FAILED(result)) return result;
-    result = RegisterTypeLib(library, path.data(), nullptr);
-    library->Release();
-    return result;
+    return RegisterTypeLib(library.get(), OwnModulePath().data(), nullptr);
 } catch (...) {
     return E_OUTOFMEMORY;
 }
@@ -73,7 +71,7 @@ CComModule::~CComModule() {
         if (mapped.entry->terminate != nullptr) mapped.entry->terminate();
     }
     for (void (*terminate)() : terminations_) terminate();
-    if (interfaceTable_ != nullptr) interfaceTable_->Release();
+    interfaceTable_.reset();
     // Only now: what ends may still ask for its module.
     theModule = previous_;
 }
@@ -94,14 +92,16 @@ HRESULT CComModule::GetGITPtr(IGlobalInterfaceTable** table) noexcept {
     if (table == nullptr) return E_POINTER;
     *table = nullptr;
     const std::lock_guard guard(lock_);
-    if (interfaceTable_ == nullptr) {
-        const HRESULT created =
+    if (!interfaceTable_) {
+        void* created = nullptr;
+        const HRESULT result =
             CoCreateInstance(CLSID_StdGlobalInterfaceTable, nullptr, CLSCTX_INPROC_SERVER,
-                             IID_IGlobalInterfaceTable, reinterpret_cast<void**>(&interfaceTable_));
-        if (FAILED(created)) return created;
+                             IID_IGlobalInterfaceTable, &created);
+        if (FAILED(result)) return result;
+        interfaceTable_.reset(static_cast<IGlobalInterfaceTable*>(created));
     }
     interfaceTable_->AddRef();
-    *table = interfaceTable_;
+    *table = interfaceTable_.get();
     return S_OK;
 }
 

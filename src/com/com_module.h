@@ -8,6 +8,7 @@
 #include <span>
 #include <vector>
 
+#include "com/automation.h"
 #include "platform/win32.h"
 // After the Windows headers.
 #include <objidl.h>
@@ -83,7 +84,7 @@ private:
     CComModule* const previous_;  // the module again when this one is gone; never owned
     std::atomic<LONG> lockCount_{0};
     std::mutex lock_;
-    IGlobalInterfaceTable* interfaceTable_ = nullptr;
+    UniqueCom<IGlobalInterfaceTable> interfaceTable_;
     std::vector<MappedClass> classes_;
     std::vector<void (*)()> terminations_;
 };

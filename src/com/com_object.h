@@ -109,4 +109,18 @@ HRESULT CreateComObject(REFIID interfaceId, void** object, Arguments... argument
     return result;
 }
 
+// The row of a class that is made by these templates.
+template <class Class>
+constexpr ObjectMapEntry MappedAs(const CLSID& classId, WORD registryScript,
+                                  void (*terminate)() = nullptr) {
+    return {classId, registryScript,
+            [](REFIID interfaceId, void** object) {
+                return CreateComObject<CComObject<Class>>(interfaceId, object);
+            },
+            [](IUnknown* outer, void** object) {
+                return CreateComObject<CComAggObject<Class>>(IID_IUnknown, object, outer);
+            },
+            terminate};
+}
+
 }  // namespace depot

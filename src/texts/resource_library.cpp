@@ -48,14 +48,18 @@ HMODULE ResourceLibrary() {
     return resourceLibrary;
 }
 
-std::optional<std::string> ResourceText(unsigned id) {
-    const HMODULE library = resourceLibrary;
-    if (library == nullptr) return std::nullopt;
+std::wstring_view LibraryText(HMODULE library, unsigned id) {
+    // Without a library the system would look into the program.
+    if (library == nullptr) return {};
     const wchar_t* text = nullptr;
     // With no room for a copy the call gives the place of the text in the library and its length.
     const int length = LoadStringW(library, id, reinterpret_cast<wchar_t*>(&text), 0);
-    if (length <= 0) return std::nullopt;
-    return ExactAnsiFromWide({text, static_cast<std::size_t>(length)});
+    return {text, static_cast<std::size_t>(length > 0 ? length : 0)};
+}
+
+std::optional<std::string> ResourceText(unsigned id) {
+    const std::wstring_view text = LibraryText(resourceLibrary, id);
+    return text.empty() ? std::nullopt : ExactAnsiFromWide(text);
 }
 
 }  // namespace depot

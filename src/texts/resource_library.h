@@ -4,6 +4,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "platform/handles.h"
 #include "platform/win32.h"
@@ -27,6 +28,10 @@ void SetResourceLibrary(HMODULE library);
 
 // The library that texts and dialogs come from; null when none was loaded.
 HMODULE ResourceLibrary();
+
+// Returns a string of a library, for as long as it is loaded; empty without a library, and without
+// such a string.
+std::wstring_view LibraryText(HMODULE library, unsigned id);
 
 // Returns a string of the library that texts come from, in the ANSI code page; nothing without such
 // a library, without such a string, and for a string that the code page cannot hold, because names

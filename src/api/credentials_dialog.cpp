@@ -1,22 +1,15 @@
-#include "model/credentials_dialog.h"
+#include "api/credentials_dialog.h"
 
+#include "DepotBrowser.h"
+#include "com/automation.h"
 #include "model/localization.h"
 #include "platform/user_notice.h"
 #include "platform/wide_text.h"
-#include "platform/win32.h"
-// After the Windows headers.
-#include <oleauto.h>
-
-#include <memory>
-#include <optional>
-#include <type_traits>
-
-#include "DepotBrowser.h"
 
 namespace depot {
 namespace {
 
-constexpr char kDialogProgId[] = "DepotBrowser.UserPasswordPromptDialog";
+constexpr wchar_t kDialogProgId[] = L"DepotBrowser.UserPasswordPromptDialog";
 constexpr LONG kConfirmed = 1;
 
 constexpr char kMessageTitle[] = "Quillon";
@@ -24,47 +17,25 @@ constexpr unsigned kUnusableCharacters = 527;  // in the localized resources
 constexpr char kUnusableCharactersInEnglish[] =
     "The user name or password contains characters that cannot be used here.";
 
-// Wherever the component offers to run: in this process, in another one or on another machine.
-constexpr DWORD kAnyContext =
-    CLSCTX_INPROC_SERVER | CLSCTX_INPROC_HANDLER | CLSCTX_LOCAL_SERVER | CLSCTX_REMOTE_SERVER;
-static_assert(kAnyContext == 23);
-
-struct BstrFreer {
-    void operator()(BSTR text) const { SysFreeString(text); }
-};
-using UniqueBstr = std::unique_ptr<std::remove_pointer_t<BSTR>, BstrFreer>;
-
-struct DialogReleaser {
-    void operator()(IUserPasswordPromptDialog* dialog) const { dialog->Release(); }
-};
-using UniqueDialog = std::unique_ptr<IUserPasswordPromptDialog, DialogReleaser>;
-
-UniqueDialog CreateDialogComponent() {
+UniqueCom<IUserPasswordPromptDialog> CreateDialogComponent() {
     CLSID classId = {};
-    void* created = nullptr;
-    if (FAILED(CLSIDFromProgID(WideFromAnsi(kDialogProgId).c_str(), &classId)) ||
-        FAILED(CoCreateInstance(classId, nullptr, kAnyContext, IID_IUserPasswordPromptDialog,
-                                &created))) {
-        return nullptr;
-    }
-    return UniqueDialog(static_cast<IUserPasswordPromptDialog*>(created));
+    if (FAILED(CLSIDFromProgID(kDialogProgId, &classId))) return nullptr;
+    return CreateAnywhere<IUserPasswordPromptDialog>(classId, IID_IUserPasswordPromptDialog);
 }
 
 using TextSetter = HRESULT (STDMETHODCALLTYPE IUserPasswordPromptDialog::*)(BSTR text);
 using TextGetter = HRESULT (STDMETHODCALLTYPE IUserPasswordPromptDialog::*)(BSTR* text);
 
 bool SetText(IUserPasswordPromptDialog& dialog, TextSetter set, const std::string& text) {
-    const std::wstring wide = WideFromAnsi(text);
-    const UniqueBstr bstr(SysAllocStringLen(wide.data(), static_cast<UINT>(wide.size())));
+    const UniqueBstr bstr = NewNameBstr(text);
     return bstr && SUCCEEDED((dialog.*set)(bstr.get()));
 }
 
-std::optional<std::wstring> GetText(IUserPasswordPromptDialog& dialog, TextGetter get) {
+bool GetText(IUserPasswordPromptDialog& dialog, TextGetter get, UniqueBstr& text) {
     BSTR given = nullptr;
     const HRESULT result = (dialog.*get)(&given);
-    const UniqueBstr bstr(given);
-    if (FAILED(result)) return std::nullopt;
-    return std::wstring(given != nullptr ? given : L"", SysStringLen(given));
+    text.reset(given);
+    return SUCCEEDED(result);
 }
 
 bool Fill(IUserPasswordPromptDialog& dialog, const Credentials& credentials) {
@@ -82,11 +53,13 @@ enum class Reading { kDone, kFailed, kUnusable };
 
 // Takes over what was typed, both texts or none.
 Reading ReadBack(IUserPasswordPromptDialog& dialog, Credentials& credentials) {
-    const auto userName = GetText(dialog, &IUserPasswordPromptDialog::get_UserName);
-    const auto password = GetText(dialog, &IUserPasswordPromptDialog::get_Password);
-    if (!userName || !password) return Reading::kFailed;
+    UniqueBstr userName, password;
+    const bool hasName = GetText(dialog, &IUserPasswordPromptDialog::get_UserName, userName);
+    const bool hasPassword = GetText(dialog, &IUserPasswordPromptDialog::get_Password, password);
+    if (!hasName || !hasPassword) return Reading::kFailed;
     // A text that is not exactly what was typed would only be refused by the server.
-    auto exactUserName = ExactAnsiFromWide(*userName), exactPassword = ExactAnsiFromWide(*password);
+    auto exactUserName = ExactAnsiFromWide(WideText(userName.get()));
+    auto exactPassword = ExactAnsiFromWide(WideText(password.get()));
     if (!exactUserName || !exactPassword) return Reading::kUnusable;
     credentials.userName = *std::move(exactUserName);
     credentials.password = *std::move(exactPassword);
@@ -101,7 +74,7 @@ void ExplainUnusableCharacters() {
 }  // namespace
 
 bool CredentialsDialog::Show(Credentials& credentials) noexcept try {
-    const UniqueDialog dialog = CreateDialogComponent();
+    const UniqueCom<IUserPasswordPromptDialog> dialog = CreateDialogComponent();
     if (!dialog || !Fill(*dialog, credentials)) return false;
     while (IsConfirmed(*dialog)) {
         const Reading reading = ReadBack(*dialog, credentials);
