@@ -3,9 +3,9 @@
 #include "config/file_types.h"
 #include "depotbrowser/column_text.h"
 #include "depotbrowser/prompt_text.h"
-#include "host/resource_library.h"
 #include "platform/win32.h"
 #include "resource_ids.h"
+#include "texts/resource_library.h"
 
 namespace depot {
 namespace {
@@ -24,8 +24,8 @@ BrowseTexts::BrowseTexts(const std::string& folder)
       groupSeparator_(UserSetting(LOCALE_STHOUSAND)) {}
 
 std::wstring BrowseTexts::Text(UINT id) const {
-    std::wstring text = library_ ? LibraryText(library_.get(), id) : std::wstring();
-    return text.empty() ? PromptText(id) : text;
+    const std::wstring_view text = LibraryText(library_.get(), id);
+    return text.empty() ? PromptText(id) : std::wstring(text);
 }
 
 std::wstring BrowseTexts::Text(UINT id, const std::wstring& argument) const {

@@ -1,11 +1,11 @@
 #include "depotbrowser/browse_window.h"
 
+#include <functional>
 #include <utility>
 
 #include "depotbrowser/browse_ids.h"
 #include "depotbrowser/browse_window_parts.h"
 #include "depotbrowser/dialog_template.h"
-#include "depotbrowser/modal_loop.h"
 #include "depotbrowser/name_rules.h"
 #include "manager/depot_list.h"
 #include "platform/module_state.h"
@@ -19,6 +19,42 @@ void PrepareControlClasses() {
     const INITCOMMONCONTROLSEX request = {
         sizeof(request), ICC_LISTVIEW_CLASSES | ICC_TREEVIEW_CLASSES | ICC_PROGRESS_CLASS};
     InitCommonControlsEx(&request);
+}
+
+// Keeps the owner from being used, unless it could not be used before.
+class OwnerDisabled {
+public:
+    explicit OwnerDisabled(HWND owner)
+        : owner_(owner != nullptr && IsWindowEnabled(owner) ? owner : nullptr) {
+        if (owner_ != nullptr) EnableWindow(owner_, FALSE);
+    }
+    ~OwnerDisabled() {
+        if (owner_ != nullptr) EnableWindow(owner_, TRUE);
+    }
+    OwnerDisabled(const OwnerDisabled&) = delete;
+    OwnerDisabled& operator=(const OwnerDisabled&) = delete;
+
+private:
+    HWND owner_;
+};
+
+// Disables the owner, which may be null, shows the window and handles the thread's messages until
+// `ended` holds or the window is gone; then the owner is usable again. `translate` sees each
+// message first and returns whether it is done with it. A request to end the program is kept for
+// the caller's loop.
+void RunModally(HWND window, HWND owner, const std::function<bool()>& ended,
+                const std::function<bool(const MSG& message)>& translate) {
+    const OwnerDisabled disabled(owner);
+    ShowWindow(window, SW_SHOW);
+    MSG message = {};
+    while (!ended() && IsWindow(window)) {
+        const BOOL got = GetMessageW(&message, nullptr, 0, 0);
+        if (got == 0) PostQuitMessage(static_cast<int>(message.wParam));
+        if (got <= 0) return;
+        if (translate(message) || IsDialogMessageW(window, &message)) continue;
+        TranslateMessage(&message);
+        DispatchMessageW(&message);
+    }
 }
 
 }  // namespace

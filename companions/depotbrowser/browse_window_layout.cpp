@@ -1,13 +1,15 @@
 // How the browse dialog looks: its texts, its measures and the places of its controls.
 #include <algorithm>
+#include <optional>
 
 #include "config/file_types.h"
 #include "depotbrowser/browse_ids.h"
 #include "depotbrowser/browse_window.h"
 #include "depotbrowser/browse_window_parts.h"
 #include "depotbrowser/control_text.h"
+#include "depotbrowser/dialog_template.h"
 #include "depotbrowser/name_rules.h"
-#include "depotbrowser/window_size.h"
+#include "platform/registry_key.h"
 #include "platform/wide_text.h"
 #include "resource_ids.h"
 // After the Windows headers.
@@ -31,6 +33,33 @@ constexpr int kLeastTreeWidth = 80;
 
 constexpr int kCommandControls[] = {CONTROL_NEW_FOLDER, CONTROL_RENAME, CONTROL_MAKE_COPY,
                                     CONTROL_DELETE};
+
+// The user's key in which the dialog remembers its size, in units of 1/96 inch.
+constexpr char kBrowserKey[] = "Software\\Quillon\\Farrow\\13.00\\DepotBrowser";
+constexpr char kWidthValue[] = "Width";
+constexpr char kHeightValue[] = "Height";
+constexpr int kUnitsPerInch = 96;
+constexpr DWORD kLargestSide = 32000;
+
+int Pixels(DWORD units) {
+    return MulDiv(static_cast<int>(units), PixelsPerInch(), kUnitsPerInch);
+}
+
+// Returns the size in the pixels of this screen; nothing when none is remembered, or one that no
+// screen can have.
+std::optional<SIZE> RememberedSize() {
+    const auto key = RegistryKey::Open(HKEY_CURRENT_USER, kBrowserKey);
+    if (!key) return std::nullopt;
+    const auto width = key->ReadDword(kWidthValue);
+    const auto height = key->ReadDword(kHeightValue);
+    if (!width || !height || *width > kLargestSide || *height > kLargestSide) return std::nullopt;
+    return SIZE{Pixels(*width), Pixels(*height)};
+}
+
+void Remember(const char* name, int pixels) {
+    const auto units = static_cast<DWORD>(MulDiv(pixels, kUnitsPerInch, PixelsPerInch()));
+    RegSetKeyValueA(HKEY_CURRENT_USER, kBrowserKey, name, REG_DWORD, &units, sizeof(units));
+}
 
 struct CanvasReleaser {
     HWND window;
@@ -227,7 +256,8 @@ void BrowseWindow::KeepSize() const {
     placement.length = sizeof(placement);
     if (!GetWindowPlacement(window_, &placement)) return;
     const RECT& area = placement.rcNormalPosition;
-    RememberSize({area.right - area.left, area.bottom - area.top});
+    Remember(kWidthValue, area.right - area.left);
+    Remember(kHeightValue, area.bottom - area.top);
 }
 
 }  // namespace depot

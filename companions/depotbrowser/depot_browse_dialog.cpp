@@ -1,8 +1,6 @@
 #include "depotbrowser/depot_browse_dialog.h"
 
-#include <memory>
-#include <type_traits>
-
+#include "com/automation.h"
 #include "config/file_types.h"
 #include "platform/module_state.h"
 #include "platform/wide_text.h"
@@ -12,21 +10,6 @@ namespace {
 
 constexpr LONG kSaveKickoff = 23;
 constexpr LONG kSaveSkein = 27;
-
-struct ArrayDestroyer {
-    void operator()(SAFEARRAY* array) const { SafeArrayDestroy(array); }
-};
-using UniqueArray = std::unique_ptr<SAFEARRAY, ArrayDestroyer>;
-
-BSTR NewBstr(const std::string& text) {
-    const std::wstring wide = WideFromAnsi(text);
-    return SysAllocStringLen(wide.data(), static_cast<UINT>(wide.size()));
-}
-
-// A null BSTR is an empty text.
-std::wstring TextOf(BSTR text) {
-    return {text != nullptr ? text : L"", SysStringLen(text)};
-}
 
 }  // namespace
 
@@ -54,14 +37,14 @@ STDMETHODIMP CDepotBrowseDialog::put_Mode(LONG lMode) noexcept {
 
 STDMETHODIMP CDepotBrowseDialog::get_ChosenPath(BSTR* pbstrPath) noexcept try {
     if (pbstrPath == nullptr) return E_POINTER;
-    *pbstrPath = NewBstr(chosen_.empty() ? std::string() : chosen_.front());
+    *pbstrPath = NewNameBstr(chosen_.empty() ? std::string() : chosen_.front()).release();
     return *pbstrPath != nullptr ? S_OK : E_OUTOFMEMORY;
 } catch (...) {
     return E_OUTOFMEMORY;
 }
 
 STDMETHODIMP CDepotBrowseDialog::put_InitialFileName(BSTR bstrFileName) noexcept try {
-    settings_.initialFileName = TextOf(bstrFileName);
+    settings_.initialFileName = WideText(bstrFileName);
     return S_OK;
 } catch (...) {
     return E_OUTOFMEMORY;
@@ -70,27 +53,17 @@ STDMETHODIMP CDepotBrowseDialog::put_InitialFileName(BSTR bstrFileName) noexcept
 STDMETHODIMP CDepotBrowseDialog::get_ChosenPaths(SAFEARRAY** ppsaPaths) noexcept try {
     if (ppsaPaths == nullptr) return E_POINTER;
     *ppsaPaths = nullptr;
-    UniqueArray array(SafeArrayCreateVector(VT_BSTR, 0, static_cast<ULONG>(chosen_.size())));
+    UniqueSafeArray array(SafeArrayCreateVector(VT_BSTR, 0, static_cast<ULONG>(chosen_.size())));
     if (!array) return E_OUTOFMEMORY;
     auto* const texts = static_cast<BSTR*>(array->pvData);
     for (std::size_t index = 0; index < chosen_.size(); ++index) {
-        texts[index] = NewBstr(chosen_[index]);
+        texts[index] = NewNameBstr(chosen_[index]).release();
         if (texts[index] == nullptr) return E_OUTOFMEMORY;
     }
     *ppsaPaths = array.release();
     return S_OK;
 } catch (...) {
     return E_OUTOFMEMORY;
-}
-
-STDMETHODIMP CDepotBrowseDialog::put_AllowEditing(LONG lAllow) noexcept {
-    settings_.allowEditing = lAllow != 0;
-    return S_OK;
-}
-
-STDMETHODIMP CDepotBrowseDialog::put_AllowFileOperations(LONG lAllow) noexcept {
-    settings_.allowFileOperations = lAllow != 0;
-    return S_OK;
 }
 
 STDMETHODIMP CDepotBrowseDialog::put_FileType(LONG lFileType) noexcept try {
@@ -106,13 +79,8 @@ STDMETHODIMP CDepotBrowseDialog::put_SortColumn(LONG lColumn) noexcept {
     return S_OK;
 }
 
-STDMETHODIMP CDepotBrowseDialog::put_SortDescending(LONG lDescending) noexcept {
-    settings_.order.descending = lDescending != 0;
-    return S_OK;
-}
-
 STDMETHODIMP CDepotBrowseDialog::put_ResourceFolder(BSTR bstrFolder) noexcept try {
-    settings_.resourceFolder = ExactAnsiFromWide(TextOf(bstrFolder)).value_or(std::string());
+    settings_.resourceFolder = ExactAnsiFromWide(WideText(bstrFolder)).value_or(std::string());
     return S_OK;
 } catch (...) {
     return E_OUTOFMEMORY;
@@ -123,28 +91,8 @@ STDMETHODIMP CDepotBrowseDialog::put_HelpTopic(LONG lTopicID) noexcept {
     return S_OK;
 }
 
-STDMETHODIMP CDepotBrowseDialog::put_ShowFolderTree(LONG lShow) noexcept {
-    settings_.showFolderTree = lShow != 0;
-    return S_OK;
-}
-
-STDMETHODIMP CDepotBrowseDialog::put_AskBeforeOverwriting(LONG lAsk) noexcept {
-    settings_.askBeforeOverwriting = lAsk != 0;
-    return S_OK;
-}
-
-STDMETHODIMP CDepotBrowseDialog::put_RememberSize(LONG lRemember) noexcept {
-    settings_.rememberSize = lRemember != 0;
-    return S_OK;
-}
-
 STDMETHODIMP CDepotBrowseDialog::put_OwnerWindow(LONG lWindow) noexcept {
     settings_.owner = static_cast<HWND>(LongToHandle(lWindow));
-    return S_OK;
-}
-
-STDMETHODIMP CDepotBrowseDialog::put_AllowMultipleSelection(LONG lAllow) noexcept {
-    settings_.allowMultipleSelection = lAllow != 0;
     return S_OK;
 }
 

@@ -26,18 +26,32 @@ public:
     STDMETHODIMP get_ChosenPath(BSTR* pbstrPath) noexcept override;
     STDMETHODIMP put_InitialFileName(BSTR bstrFileName) noexcept override;
     STDMETHODIMP get_ChosenPaths(SAFEARRAY** ppsaPaths) noexcept override;
-    STDMETHODIMP put_AllowEditing(LONG lAllow) noexcept override;
-    STDMETHODIMP put_AllowFileOperations(LONG lAllow) noexcept override;
+    STDMETHODIMP put_AllowEditing(LONG lAllow) noexcept override {
+        return Switch(settings_.allowEditing, lAllow);
+    }
+    STDMETHODIMP put_AllowFileOperations(LONG lAllow) noexcept override {
+        return Switch(settings_.allowFileOperations, lAllow);
+    }
     STDMETHODIMP put_FileType(LONG lFileType) noexcept override;
     STDMETHODIMP put_SortColumn(LONG lColumn) noexcept override;
-    STDMETHODIMP put_SortDescending(LONG lDescending) noexcept override;
+    STDMETHODIMP put_SortDescending(LONG lDescending) noexcept override {
+        return Switch(settings_.order.descending, lDescending);
+    }
     STDMETHODIMP put_ResourceFolder(BSTR bstrFolder) noexcept override;
     STDMETHODIMP put_HelpTopic(LONG lTopicID) noexcept override;
-    STDMETHODIMP put_ShowFolderTree(LONG lShow) noexcept override;
-    STDMETHODIMP put_AskBeforeOverwriting(LONG lAsk) noexcept override;
-    STDMETHODIMP put_RememberSize(LONG lRemember) noexcept override;
+    STDMETHODIMP put_ShowFolderTree(LONG lShow) noexcept override {
+        return Switch(settings_.showFolderTree, lShow);
+    }
+    STDMETHODIMP put_AskBeforeOverwriting(LONG lAsk) noexcept override {
+        return Switch(settings_.askBeforeOverwriting, lAsk);
+    }
+    STDMETHODIMP put_RememberSize(LONG lRemember) noexcept override {
+        return Switch(settings_.rememberSize, lRemember);
+    }
     STDMETHODIMP put_OwnerWindow(LONG lWindow) noexcept override;
-    STDMETHODIMP put_AllowMultipleSelection(LONG lAllow) noexcept override;
+    STDMETHODIMP put_AllowMultipleSelection(LONG lAllow) noexcept override {
+        return Switch(settings_.allowMultipleSelection, lAllow);
+    }
 
     // Reserved: nothing happens.
     STDMETHODIMP Reserved8() noexcept override { return S_OK; }
@@ -62,6 +76,11 @@ protected:
     ~CDepotBrowseDialog() = default;
 
 private:
+    static HRESULT Switch(bool& setting, LONG value) {
+        setting = value != 0;
+        return S_OK;
+    }
+
     BrowseSettings settings_;
     std::vector<std::string> chosen_;
 };

@@ -4,7 +4,7 @@
 #include <mutex>
 #include <new>
 
-#include "host/com_object.h"
+#include "com/com_object.h"
 #include "platform/handles.h"
 #include "platform/win32.h"
 // After the Windows headers.

@@ -2,12 +2,12 @@
 
 #include <atomic>
 
-#include "host/resource_library.h"
 #include "platform/directory_service.h"
 #include "platform/kept_library.h"
 #include "platform/module_state.h"
 #include "platform/text.h"
 #include "platform/wide_text.h"
+#include "texts/resource_library.h"
 
 namespace depot {
 namespace {
@@ -31,17 +31,9 @@ HMODULE LocalizedLibrary() {
 
 }  // namespace
 
-std::wstring LibraryText(HMODULE library, UINT id) {
-    // With no room given, the call hands out the text in place, which has no terminating NUL.
-    const wchar_t* text = nullptr;
-    const int length = LoadStringW(library, id, reinterpret_cast<wchar_t*>(&text), 0);
-    return length > 0 ? std::wstring(text, static_cast<std::size_t>(length)) : std::wstring();
-}
-
 std::wstring PromptText(UINT id) {
-    const HMODULE library = LocalizedLibrary();
-    std::wstring text = library != nullptr ? LibraryText(library, id) : std::wstring();
-    return text.empty() ? LibraryText(OwnModule(), id) : text;
+    const std::wstring_view text = LibraryText(LocalizedLibrary(), id);
+    return std::wstring(text.empty() ? LibraryText(OwnModule(), id) : text);
 }
 
 std::optional<std::string> PromptTextForNames(unsigned id) {

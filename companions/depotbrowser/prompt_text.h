@@ -8,9 +8,6 @@
 
 namespace depot {
 
-// Returns the text with this number of one library; empty when it has none.
-std::wstring LibraryText(HMODULE library, UINT id);
-
 // Returns the text with this number in the user's language; empty when there is none.
 std::wstring PromptText(UINT id);
 

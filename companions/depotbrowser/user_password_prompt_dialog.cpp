@@ -1,21 +1,19 @@
 #include "depotbrowser/user_password_prompt_dialog.h"
 
+#include "com/automation.h"
 #include "platform/module_state.h"
-// After the Windows headers.
-#include <oleauto.h>
 
 namespace depot {
 namespace {
 
 HRESULT GiveText(const std::wstring& text, BSTR* output) {
     if (output == nullptr) return E_POINTER;
-    *output = SysAllocStringLen(text.data(), static_cast<UINT>(text.size()));
+    *output = NewWideBstr(text).release();
     return *output != nullptr ? S_OK : E_OUTOFMEMORY;
 }
 
-// A null BSTR is an empty text.
 HRESULT TakeText(BSTR text, std::wstring& field) noexcept try {
-    field.assign(text != nullptr ? text : L"", SysStringLen(text));
+    field = WideText(text);
     return S_OK;
 } catch (...) {
     return E_OUTOFMEMORY;

@@ -15,8 +15,7 @@ UINT ContentsCodePage() {
 }
 
 std::wstring_view WholeText(const BSTR* text) {
-    if (text == nullptr || *text == nullptr) return {};
-    return {*text, SysStringLen(*text)};
+    return text != nullptr ? WideText(*text) : std::wstring_view();
 }
 
 }  // namespace
@@ -50,11 +49,6 @@ std::optional<std::string> ExactName(const BSTR* text) {
     std::optional<std::string> exact = ExactAnsiFromWide(name);
     if (exact && HasBrokenCharacters(*exact)) return std::nullopt;
     return exact;
-}
-
-UniqueBstr NewNameBstr(const std::string& name) {
-    const std::wstring wide = WideFromAnsi(name);
-    return UniqueBstr(SysAllocStringLen(wide.data(), static_cast<UINT>(wide.size())));
 }
 
 std::string NameText(const BSTR* text) {

@@ -1,22 +1,13 @@
 // Converting between the texts of automation (BSTR) and the component's narrow texts.
 #pragma once
 
-#include <memory>
 #include <optional>
 #include <stdexcept>
 #include <string>
-#include <type_traits>
 
-#include "platform/win32.h"
-// After the Windows headers.
-#include <oleauto.h>
+#include "com/automation.h"
 
 namespace depot {
-
-struct BstrFreer {
-    void operator()(BSTR text) const { SysFreeString(text); }
-};
-using UniqueBstr = std::unique_ptr<std::remove_pointer_t<BSTR>, BstrFreer>;
 
 // Convert what stands in files: sections, keys and values. The code page is that of the calling
 // thread, or UTF-8 in a process whose ANSI code page that is. What it cannot hold is replaced.
@@ -27,13 +18,13 @@ using UniqueBstr = std::unique_ptr<std::remove_pointer_t<BSTR>, BstrFreer>;
 std::string NarrowText(const BSTR* text);
 UniqueBstr NewBstr(const std::string& text);
 
-// Convert what names a file, a folder or a depot, with the code page of the file system's calls.
+// Converts what names a file, a folder or a depot, with the code page of the file system's calls;
+// NewNameBstr is the way back.
 //
-// The first returns nothing for a name that the code page cannot hold exactly, that has a surrogate
+// Returns nothing for a name that the code page cannot hold exactly, that has a surrogate
 // without its pair, or a NUL with more text behind it: another file could bear the name that is
 // left of it. NULs at the end only fill the BSTR up.
 std::optional<std::string> ExactName(const BSTR* text);
-UniqueBstr NewNameBstr(const std::string& name);
 
 // Is thrown for such a name, for which the method that was given it fails.
 class RefusedName : public std::invalid_argument {

@@ -1,7 +1,6 @@
 #include "api/browse_dialog.h"
 
 #include <new>
-#include <type_traits>
 
 #include "api/automation_text.h"
 
@@ -9,16 +8,6 @@ namespace depot {
 namespace {
 
 constexpr LONG kConfirmed = 1;
-
-// Wherever the component offers to run: in this process, in another one or on another machine.
-constexpr DWORD kAnyContext =
-    CLSCTX_INPROC_SERVER | CLSCTX_INPROC_HANDLER | CLSCTX_LOCAL_SERVER | CLSCTX_REMOTE_SERVER;
-static_assert(kAnyContext == 0x17);
-
-struct SafeArrayDestroyer {
-    void operator()(SAFEARRAY* array) const { SafeArrayDestroy(array); }
-};
-using UniqueSafeArray = std::unique_ptr<SAFEARRAY, SafeArrayDestroyer>;
 
 bool IsListOfTexts(SAFEARRAY* array) {
     VARTYPE type = VT_EMPTY;
@@ -40,12 +29,8 @@ BrowseKind BrowseKindOf(APP_TYPE application, BROWSE_TYPE browseType) {
     return {};
 }
 
-BrowseDialog::BrowseDialog() {
-    void* created = nullptr;
-    if (SUCCEEDED(CoCreateInstance(CLSID_DepotBrowseDialog, nullptr, kAnyContext,
-                                   IID_IDepotBrowseDialog, &created))) {
-        dialog_.reset(static_cast<IDepotBrowseDialog*>(created));
-    }
+BrowseDialog::BrowseDialog()
+    : dialog_(CreateAnywhere<IDepotBrowseDialog>(CLSID_DepotBrowseDialog, IID_IDepotBrowseDialog)) {
 }
 
 void BrowseDialog::SetKind(const BrowseKind& kind) {
@@ -67,8 +52,7 @@ void BrowseDialog::SetKindAndOptions(const BrowseKind& kind, const BrowseOptions
 void BrowseDialog::AllowMultipleSelection() {
     void* extended = nullptr;
     if (FAILED(dialog_->QueryInterface(IID_IDepotBrowseDialog2, &extended))) return;
-    const std::unique_ptr<IDepotBrowseDialog2, Releaser> owned(
-        static_cast<IDepotBrowseDialog2*>(extended));
+    const UniqueCom<IDepotBrowseDialog2> owned(static_cast<IDepotBrowseDialog2*>(extended));
     owned->put_AllowMultipleSelection(1);
 }
 

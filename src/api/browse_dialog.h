@@ -1,12 +1,12 @@
 // The dialog in which the user chooses profile files: a dialog of another component.
 #pragma once
 
-#include <memory>
 #include <string>
 #include <vector>
 
 #include "DepotBrowser.h"
 #include "DepotIntr.h"
+#include "com/automation.h"
 #include "platform/win32.h"
 
 namespace depot {
@@ -48,14 +48,10 @@ public:
     std::vector<std::string> ChosenPaths();
 
 private:
-    struct Releaser {
-        void operator()(IDepotBrowseDialog* dialog) const { dialog->Release(); }
-    };
-
     // Dialogs that know only the first interface let the user choose one file.
     void AllowMultipleSelection();
 
-    std::unique_ptr<IDepotBrowseDialog, Releaser> dialog_;
+    UniqueCom<IDepotBrowseDialog> dialog_;
 };
 
 }  // namespace depot

@@ -6,15 +6,8 @@
 namespace depot {
 
 HRESULT CDepotIntrApi::InternalQueryInterface(REFIID interfaceId, void** object) {
-    if (object == nullptr) return E_POINTER;
-    *object = nullptr;
-    const bool known = IsEqualIID(interfaceId, IID_IUnknown) ||
-                       IsEqualIID(interfaceId, IID_IDispatch) ||
-                       IsEqualIID(interfaceId, IID_IDepotIntrApi);
-    if (!known) return E_NOINTERFACE;
-    *object = static_cast<IDepotIntrApi*>(this);
-    AddRef();
-    return S_OK;
+    return GiveInterface(*this, {&IID_IUnknown, &IID_IDispatch, &IID_IDepotIntrApi}, interfaceId,
+                         object);
 }
 
 STDMETHODIMP CDepotIntrApi::GetTypeInfoCount(UINT* count) noexcept {

@@ -5,6 +5,7 @@
 #include <limits>
 
 #include "api/dispatch_arguments.h"
+#include "com/type_library.h"
 #include "platform/module_state.h"
 #include "platform/no_destructor.h"
 
@@ -84,16 +85,11 @@ DispatchAdapter& DispatchAdapter::Instance() {
 HRESULT DispatchAdapter::Load() {
     const std::lock_guard guard(lock_);
     if (typeInfo_) return S_OK;
-    ITypeLib* opened = nullptr;
-    HRESULT result = LoadTypeLibEx(OwnModulePath().c_str(), REGKIND_NONE, &opened);
+    UniqueCom<ITypeInfo> typeInfo;
+    const HRESULT result = OpenTypeInfo(IID_IDepotIntrApi, typeInfo);
     if (FAILED(result)) return result;
-    const UniqueCom<ITypeLib> library(opened);
-    ITypeInfo* typeInfo = nullptr;
-    result = library->GetTypeInfoOfGuid(IID_IDepotIntrApi, &typeInfo);
-    if (FAILED(result)) return result;
-    UniqueCom<ITypeInfo> owned(typeInfo);
-    signatures_ = DescribeInterface(*owned);
-    typeInfo_ = std::move(owned);
+    signatures_ = DescribeInterface(*typeInfo);
+    typeInfo_ = std::move(typeInfo);
     return S_OK;
 }
 

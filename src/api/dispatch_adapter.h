@@ -1,22 +1,13 @@
 // Late binding: the type library's own dispatch, made safe for 64-bit handles and scripts.
 #pragma once
 
-#include <memory>
 #include <mutex>
 #include <vector>
 
 #include "DepotIntr.h"
-#include "platform/win32.h"
-// After the Windows headers.
-#include <oleauto.h>
+#include "com/automation.h"
 
 namespace depot {
-
-struct ComReleaser {
-    void operator()(IUnknown* object) const { object->Release(); }
-};
-template <class Interface>
-using UniqueCom = std::unique_ptr<Interface, ComReleaser>;
 
 // Serves IDispatch of IDepotIntrApi from the type library in the DLL's resources.
 //

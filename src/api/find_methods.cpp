@@ -1,13 +1,28 @@
 // The methods that list the files of a folder.
 #include <optional>
 
-#include "api/application_type.h"
 #include "api/depot_intr_api.h"
 #include "api/method.h"
+#include "config/file_types.h"
 #include "fileops/enumerate.h"
 #include "manager/display_path.h"
 
 namespace depot {
+namespace {
+
+// Returns the type of the application's own profiles, or nothing for an unknown application.
+std::optional<FileType> FileTypeOf(APP_TYPE application) {
+    switch (application) {
+        case APP_SKEIN:
+            return kSkeinProfile;
+        case APP_KICKOFF:
+            return kKickoffProfile;
+        default:
+            return std::nullopt;
+    }
+}
+
+}  // namespace
 
 STDMETHODIMP CDepotIntrApi::DPFindInit(LONG_PTR* plDPIntr, BSTR* bstrFilePath, BSTR* bstrFileExt,
                                        APP_TYPE appType, LONG* nCount) noexcept {

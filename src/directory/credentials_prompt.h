@@ -12,7 +12,7 @@ struct Credentials {
     std::string password;
 };
 
-// Implemented by the model layer and handed to the directory layer.
+// Implemented by whoever can show a dialog and handed to the directory layer.
 class CredentialsPrompt {
 public:
     virtual ~CredentialsPrompt() = default;

@@ -1,11 +1,11 @@
 #include "host/app.h"
 
 #include "directory/ldap_items.h"
-#include "host/language_settings.h"
-#include "host/resource_library.h"
 #include "manager/standard_folders.h"
 #include "model/localization.h"
 #include "platform/system_code_page.h"
+#include "texts/language_settings.h"
+#include "texts/resource_library.h"
 
 namespace depot {
 

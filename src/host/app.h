@@ -1,7 +1,7 @@
 // The application object: what happens when the DLL is loaded into a process and leaves it.
 #pragma once
 
-#include "model/credentials_dialog.h"
+#include "api/credentials_dialog.h"
 #include "platform/handles.h"
 #include "platform/win32.h"
 

@@ -1,7 +1,7 @@
 // The module object of this DLL.
 #pragma once
 
-#include "host/com_module.h"
+#include "com/com_module.h"
 
 namespace depot {
 

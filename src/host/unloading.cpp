@@ -4,10 +4,10 @@
 #include <memory>
 
 #include "api/call_count.h"
+#include "api/credentials_dialog.h"
 #include "api/session_table.h"
 #include "directory/ldap_items.h"
 #include "host/module.h"
-#include "model/credentials_dialog.h"
 #include "platform/directory_client.h"
 #include "platform/directory_service.h"
 #include "platform/no_destructor.h"

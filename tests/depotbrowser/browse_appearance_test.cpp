@@ -5,9 +5,9 @@
 
 #include "depotbrowser/appearance.h"
 #include "depotbrowser/browse_fixture.h"
-#include "host/locale_world.h"
 #include "support/child_process.h"
 #include "support/languages.h"
+#include "support/locale_world.h"
 // After the Windows headers.
 #include <shellapi.h>
 

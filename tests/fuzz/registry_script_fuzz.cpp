@@ -1,4 +1,4 @@
-#include "host/registry_script.h"
+#include "com/registry_script.h"
 
 #include "fuzz/fuzz_input.h"
 

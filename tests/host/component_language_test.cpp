@@ -5,12 +5,12 @@
 #include <sstream>
 #include <vector>
 
-#include "host/locale_world.h"
-#include "host/resource_library.h"
 #include "platform/handles.h"
 #include "platform/module_state.h"
 #include "resource_ids.h"
 #include "support/languages.h"
+#include "support/locale_world.h"
+#include "texts/resource_library.h"
 
 namespace depot {
 namespace {

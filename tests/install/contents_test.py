@@ -83,7 +83,7 @@ class SymbolsTest(unittest.TestCase):
         names = cross("nm", "-C", DIST / "bin/DepotIntr.debug")
         address = re.search(r"^([0-9a-f]+) T DllGetClassObject$", names, re.M)[1]
         place = cross("addr2line", "-e", DIST / "bin/DepotIntr.debug", address)
-        self.assertRegex(place, r"\bsrc/host/dll\.cpp:\d+")
+        self.assertRegex(place, r"\bsrc/com/entry_points\.cpp:\d+")
         self.assertIn(b"DllGetClassObject", (DIST / "bin/DepotIntr.pdb").read_bytes())
 
     def test_shipped_libraries_hold_no_symbols_and_no_paths(self):

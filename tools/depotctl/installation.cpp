@@ -1,14 +1,14 @@
 #include "depotctl/installation.h"
 
+#include "com/braced_text.h"
 #include "depotctl/encoding.h"
-#include "host/braced_text.h"
 #include "host/identifiers.h"
-#include "host/language_settings.h"
 #include "model/depot_paths.h"
 #include "platform/paths.h"
 #include "platform/registry_key.h"
 #include "platform/system_folder.h"
 #include "platform/text.h"
+#include "texts/language_settings.h"
 
 namespace depot::ctl {
 namespace {

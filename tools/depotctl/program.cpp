@@ -4,11 +4,11 @@
 
 #include "depotctl/encoding.h"
 #include "depotctl/utf8_text.h"
-#include "host/language_settings.h"
 #include "manager/standard_folders.h"
 #include "model/localization.h"
 #include "platform/system_code_page.h"
 #include "platform/user_notice.h"
+#include "texts/language_settings.h"
 
 namespace depot::ctl {
 namespace {

@@ -9,8 +9,8 @@
 
 #include "depotctl/renderer.h"
 #include "depotctl/terminal.h"
-#include "host/resource_library.h"
 #include "manager/depot_session.h"
+#include "texts/resource_library.h"
 
 namespace depot::ctl {
 

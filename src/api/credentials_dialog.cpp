@@ -1,0 +1,89 @@
+#include "api/credentials_dialog.h"
+
+#include "DepotBrowser.h"
+#include "com/automation.h"
+#include "model/localization.h"
+#include "platform/user_notice.h"
+#include "platform/wide_text.h"
+
+namespace depot {
+namespace {
+
+constexpr wchar_t kDialogProgId[] = L"DepotBrowser.UserPasswordPromptDialog";
+constexpr LONG kConfirmed = 1;
+
+constexpr char kMessageTitle[] = "Quillon";
+constexpr unsigned kUnusableCharacters = 527;  // in the localized resources
+constexpr char kUnusableCharactersInEnglish[] =
+    "The user name or password contains characters that cannot be used here.";
+
+UniqueCom<IUserPasswordPromptDialog> CreateDialogComponent() {
+    CLSID classId = {};
+    if (FAILED(CLSIDFromProgID(kDialogProgId, &classId))) return nullptr;
+    return CreateAnywhere<IUserPasswordPromptDialog>(classId, IID_IUserPasswordPromptDialog);
+}
+
+using TextSetter = HRESULT (STDMETHODCALLTYPE IUserPasswordPromptDialog::*)(BSTR text);
+using TextGetter = HRESULT (STDMETHODCALLTYPE IUserPasswordPromptDialog::*)(BSTR* text);
+
+bool SetText(IUserPasswordPromptDialog& dialog, TextSetter set, const std::string& text) {
+    const UniqueBstr bstr = NewNameBstr(text);
+    return bstr && SUCCEEDED((dialog.*set)(bstr.get()));
+}
+
+bool GetText(IUserPasswordPromptDialog& dialog, TextGetter get, UniqueBstr& text) {
+    BSTR given = nullptr;
+    const HRESULT result = (dialog.*get)(&given);
+    text.reset(given);
+    return SUCCEEDED(result);
+}
+
+bool Fill(IUserPasswordPromptDialog& dialog, const Credentials& credentials) {
+    return SetText(dialog, &IUserPasswordPromptDialog::put_ServerName, credentials.server) &&
+           SetText(dialog, &IUserPasswordPromptDialog::put_UserName, credentials.userName) &&
+           SetText(dialog, &IUserPasswordPromptDialog::put_Password, credentials.password);
+}
+
+bool IsConfirmed(IUserPasswordPromptDialog& dialog) {
+    LONG result = 0;
+    return SUCCEEDED(dialog.ShowModal(0, &result)) && result == kConfirmed;
+}
+
+enum class Reading { kDone, kFailed, kUnusable };
+
+// Takes over what was typed, both texts or none.
+Reading ReadBack(IUserPasswordPromptDialog& dialog, Credentials& credentials) {
+    UniqueBstr userName, password;
+    const bool hasName = GetText(dialog, &IUserPasswordPromptDialog::get_UserName, userName);
+    const bool hasPassword = GetText(dialog, &IUserPasswordPromptDialog::get_Password, password);
+    if (!hasName || !hasPassword) return Reading::kFailed;
+    // A text that is not exactly what was typed would only be refused by the server.
+    auto exactUserName = ExactAnsiFromWide(WideText(userName.get()));
+    auto exactPassword = ExactAnsiFromWide(WideText(password.get()));
+    if (!exactUserName || !exactPassword) return Reading::kUnusable;
+    credentials.userName = *std::move(exactUserName);
+    credentials.password = *std::move(exactPassword);
+    return Reading::kDone;
+}
+
+void ExplainUnusableCharacters() {
+    ShowNotice(LocalizedText(kUnusableCharacters).value_or(kUnusableCharactersInEnglish),
+               kMessageTitle, nullptr);
+}
+
+}  // namespace
+
+bool CredentialsDialog::Show(Credentials& credentials) noexcept try {
+    const UniqueCom<IUserPasswordPromptDialog> dialog = CreateDialogComponent();
+    if (!dialog || !Fill(*dialog, credentials)) return false;
+    while (IsConfirmed(*dialog)) {
+        const Reading reading = ReadBack(*dialog, credentials);
+        if (reading != Reading::kUnusable) return reading == Reading::kDone;
+        ExplainUnusableCharacters();
+    }
+    return false;
+} catch (...) {
+    return false;
+}
+
+}  // namespace depot

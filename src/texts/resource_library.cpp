@@ -1,0 +1,65 @@
+#include "texts/resource_library.h"
+
+#include <atomic>
+#include <string_view>
+
+#include "platform/kept_library.h"
+#include "platform/paths.h"
+#include "platform/text.h"
+#include "platform/wide_text.h"
+#include "texts/language_settings.h"
+
+namespace depot {
+namespace {
+
+std::atomic<HMODULE> resourceLibrary{nullptr};
+
+UniqueModule LoadVariant(const std::string& plainPath) {
+    const std::string language = CurrentDottedLanguage();
+    if (language.empty()) return nullptr;
+    const auto path = LanguageLibraryPath(ToLower(plainPath), language);
+    return UniqueModule(path ? LoadLibraryA(path->c_str()) : nullptr);
+}
+
+}  // namespace
+
+UniqueModule LoadResourceLibrary(const std::string& plainPath) {
+    if (!IsFileSystemPath(plainPath)) return nullptr;
+    const QuietLoadScope quiet;
+    UniqueModule library = LoadVariant(plainPath);
+    if (!library) library.reset(LoadLibraryA(plainPath.c_str()));
+    return library;
+}
+
+UniqueModule LoadResourceLibraryOrTell(const std::string& folder) {
+    UniqueModule library = LoadResourceLibrary(folder + kResourceLibraryName);
+    if (!library) {
+        MessageBoxA(nullptr, "Unable to load resource", "DepotIntr",
+                    MB_ICONHAND | MB_SYSTEMMODAL | MB_SETFOREGROUND);
+    }
+    return library;
+}
+
+void SetResourceLibrary(HMODULE library) {
+    resourceLibrary = library;
+}
+
+HMODULE ResourceLibrary() {
+    return resourceLibrary;
+}
+
+std::wstring_view LibraryText(HMODULE library, unsigned id) {
+    // Without a library the system would look into the program.
+    if (library == nullptr) return {};
+    const wchar_t* text = nullptr;
+    // With no room for a copy the call gives the place of the text in the library and its length.
+    const int length = LoadStringW(library, id, reinterpret_cast<wchar_t*>(&text), 0);
+    return {text, static_cast<std::size_t>(length > 0 ? length : 0)};
+}
+
+std::optional<std::string> ResourceText(unsigned id) {
+    const std::wstring_view text = LibraryText(resourceLibrary, id);
+    return text.empty() ? std::nullopt : ExactAnsiFromWide(text);
+}
+
+}  // namespace depot
