@@ -5,6 +5,7 @@
 #include "host/identifiers.h"
 #include "host/language_settings.h"
 #include "model/depot_paths.h"
+#include "platform/local_file.h"
 #include "platform/paths.h"
 #include "platform/registry_key.h"
 #include "platform/system_folder.h"
