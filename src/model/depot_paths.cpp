@@ -6,6 +6,7 @@
 #include "macros/replacers.h"
 #include "model/depot.h"
 #include "model/depots.h"
+#include "platform/local_file.h"
 #include "platform/paths.h"
 #include "platform/text.h"
 
@@ -18,23 +19,18 @@ CDepots* OwningList(const CDepotPath& location) {
     return paths != nullptr && paths->owner != nullptr ? paths->owner->owner : nullptr;
 }
 
-// What the system says of a name that nothing has or can have.
-constexpr DWORD kAbsent[] = {ERROR_FILE_NOT_FOUND, ERROR_PATH_NOT_FOUND,
-                             ERROR_INVALID_DRIVE,  ERROR_INVALID_NAME,
-                             ERROR_BAD_PATHNAME,   ERROR_FILENAME_EXCED_RANGE};
-
 bool IsDirectory(const CDepotPath& location) {
     return location.type == kDirectoryLocation;
 }
 
-// Connects, looks for the base alone, and lets go of the connection again. The user is asked and
-// told nothing: the first use of the location does that.
+// Connects, looks for the base alone, and closes the connection. Nothing is asked or shown: the
+// first use of the location does that.
 bool IsReachableDirectory(CDepotPath& location) {
     CLDAPItems directory(&location);
-    if (!directory.ConnectQuietly()) return false;
-    const std::uint32_t code = directory.FindEntry(directory.PathToDN(ExpandedPath(location)));
-    if (code == LDAP_INVALID_DN_SYNTAX) directory.ReportError(code);
-    return code == LDAP_SUCCESS;
+    if (!directory.Connection().ConnectQuietly()) return false;
+    const Result found = directory.Entries().Find(directory.PathToDN(ExpandedPath(location)));
+    if (CodeOf(found) == LDAP_INVALID_DN_SYNTAX) directory.ReportError(LDAP_INVALID_DN_SYNTAX);
+    return found.IsDone();
 }
 
 bool IsReachable(CDepotPath& location) {
@@ -52,7 +48,7 @@ void CDepotPaths::Copy(const CDepotPaths* other) {
     if (other == nullptr) return;
     const std::size_t before = Count();
     CopyElements(array_, other->array_);
-    // A clone starts with its source's owner, which may be gone before the clone is.
+    // A clone starts with its source's owner, which may be deleted before the clone is.
     for (std::size_t index = before; index < Count(); ++index) At(index)->owner = this;
 }
 
@@ -118,16 +114,6 @@ std::string ExpandedPath(CDepotPath& location) {
     }
     location.locationText = text;
     return text;
-}
-
-bool PathExists(const std::string& path) {
-    return GetFileAttributesA(path.c_str()) != INVALID_FILE_ATTRIBUTES;
-}
-
-bool PathMayExist(const std::string& path) {
-    if (PathExists(path)) return true;
-    const DWORD error = GetLastError();
-    return std::find(std::begin(kAbsent), std::end(kAbsent), error) == std::end(kAbsent);
 }
 
 }  // namespace depot
