@@ -2,11 +2,11 @@
 
 #include "depotbrowser/depot_listing.h"
 #include "depotbrowser/worker_notices.h"
+#include "directory/connection_scope.h"
 #include "fileops/depot_file.h"
 #include "fileops/item_operations.h"
 #include "fileops/numbered_copy.h"
 #include "manager/display_path.h"
-#include "model/local_mirror.h"
 #include "platform/error_text.h"
 #include "platform/paths.h"
 #include "platform/text.h"

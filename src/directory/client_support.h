@@ -5,7 +5,7 @@
 
 namespace depot {
 
-// Tells whether the library lacks one of these entry points.
+// Whether the library lacks one of these entry points.
 template <class... Functions>
 bool LacksAny(Functions... entryPoints) {
     return (IsMissing(entryPoints) || ...);

@@ -1,7 +1,5 @@
 #include "directory/dn.h"
 
-#include <algorithm>
-
 #include "platform/paths.h"
 #include "platform/text.h"
 
@@ -58,47 +56,6 @@ std::string EscapedRunAt(std::string_view text, std::size_t at) {
         bytes.push_back(*byte);
     }
     return bytes;
-}
-
-bool IsForbiddenInLocalName(char c) {
-    constexpr std::string_view kForbidden = "\\/:*?\"<>|";
-    return static_cast<unsigned char>(c) < ' ' || c == '\x7f' ||
-           kForbidden.find(c) != std::string_view::npos;
-}
-
-bool IsAllowedInLocalName(std::string_view name) {
-    for (std::size_t at = 0; at < name.size();) {
-        const Character character = CharacterAt(name, at);
-        if (character.broken) return false;
-        if (character.length == 1 && IsForbiddenInLocalName(name[at])) return false;
-        at += character.length;
-    }
-    return true;
-}
-
-// Returns the name as the system looks devices up: before the first dot, without blanks at its end.
-std::string_view DeviceStem(std::string_view name) {
-    std::string_view stem = name.substr(0, FindCharacter(name, '.'));
-    while (EndsInCharacter(stem, ' ')) stem.remove_suffix(1);
-    return stem;
-}
-
-bool IsNumberedDevice(std::string_view stem) {
-    const auto port = PrefixLengthNoCase(stem, "COM");
-    const auto length = port ? port : PrefixLengthNoCase(stem, "LPT");
-    if (!length) return false;
-    const std::string_view number = stem.substr(*length);
-    if (number.size() == 1 && number[0] >= '0' && number[0] <= '9') return true;
-    const std::vector<std::string>& digits = InstalledCodePage().deviceDigits;
-    return std::find(digits.begin(), digits.end(), number) != digits.end();
-}
-
-bool IsDeviceName(std::string_view name) {
-    constexpr const char* kDevices[] = {"CON", "PRN", "AUX", "NUL", "CONIN$", "CONOUT$", "CLOCK$"};
-    const std::string_view stem = DeviceStem(name);
-    return IsNumberedDevice(stem) ||
-           std::any_of(std::begin(kDevices), std::end(kDevices),
-                       [&](const char* device) { return EqualsNoCase(stem, device); });
 }
 
 }  // namespace
@@ -160,11 +117,6 @@ std::string DecodeNonAsciiEscapes(std::string_view component,
         at += length;
     }
     return decoded;
-}
-
-bool IsSafeLocalName(std::string_view name) {
-    if (name.empty() || EndsInCharacter(name, '.') || EndsInCharacter(name, ' ')) return false;
-    return IsAllowedInLocalName(name) && !IsDeviceName(name);
 }
 
 std::string UnsafeNamesText(std::uint32_t count) {

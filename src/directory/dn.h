@@ -1,6 +1,6 @@
 // Names of directory entries as text: nothing here asks a server or the client library.
 //
-// Names go into distinguished names as they are, without escapes.
+// Names are put into distinguished names as they are, without escapes.
 #pragma once
 
 #include <cstdint>
@@ -16,7 +16,7 @@ struct NamingAttributes {
     std::string folder;
     std::string file;
 
-    // With one attribute for both, the dot in a name tells files from folders.
+    // With one attribute for both, the dot in a name distinguishes files from folders.
     bool AreTheSame() const;
 };
 
@@ -57,15 +57,11 @@ std::string JoinComponents(const std::vector<std::string>& components, std::size
 std::string DecodeNonAsciiEscapes(std::string_view component,
                                   std::optional<std::string> (*convert)(std::string_view utf8));
 
-// Tells whether an entry's name may become the name of a local file or folder: it is neither empty
-// nor a dot name nor a device's, and holds no separator, wildcard or control character.
-bool IsSafeLocalName(std::string_view name);
-
-// Returns the text that tells a user how many entries were left out because of their names; empty
+// Returns the text for the user that so many entries were left out because of their names; empty
 // for none.
 std::string UnsafeNamesText(std::uint32_t count);
 
-// What tells a user that two entries would become one local file.
+// The text for the user that two entries would become one local file.
 inline constexpr char kSharedNamesText[] =
     "Several entries have one and the same name in the file system.";
 

@@ -62,7 +62,7 @@ std::uint32_t EntryStore::ReadUnchanged(const std::string& dn, const Digest& con
                                         FileBuffer& present) {
     const std::uint32_t code = ReadCode(dn, present, schema_.ContentsAttribute());
     if (code != LDAP_SUCCESS) return code;
-    const bool same = present.bytes && DigestOf(present.bytes.get(), present.length) == contents;
+    const bool same = present.bytes && DigestOf(present) == contents;
     return same ? std::uint32_t{LDAP_SUCCESS} : kContentsChanged;
 }
 

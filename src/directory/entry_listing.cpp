@@ -5,6 +5,7 @@
 
 #include "directory/client_support.h"
 #include "directory/entry_store.h"
+#include "platform/local_name.h"
 #include "platform/text.h"
 #include "platform/wide_text.h"
 
@@ -31,7 +32,7 @@ struct ChildFacts {
     bool IsNamedFile() const { return isFile && !fileName.empty() && !IsUnsafe(); }
 };
 
-// The names that tell a location's folders from its files.
+// The names by which a location's folders and files are known.
 struct ChildNames {
     NamingAttributes naming;
     std::string folderClass;
@@ -79,7 +80,7 @@ ChildFacts ReadFacts(AttributeWalk& walk, const ChildNames& names) {
 
 }  // namespace
 
-// One listing: what it looks for and where its finds go.
+// One listing: what it looks for and what receives its finds.
 struct EntryStore::Listing {
     const std::string& baseDN;
     const std::string& localBase;

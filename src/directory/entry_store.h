@@ -26,6 +26,10 @@ struct FileBuffer {
 };
 inline constexpr std::uint32_t kFileBufferReserve = 4;
 
+inline Digest DigestOf(const FileBuffer& buffer) {
+    return DigestOf(buffer.bytes.get(), buffer.length);
+}
+
 // What an entry is by its object classes; anything that is neither a folder nor a file of the
 // location's schema is another entry.
 enum class EntryKind { kOther, kFolder, kFile };
@@ -33,7 +37,7 @@ enum class EntryKind { kOther, kFolder, kFile };
 // Servers limit the size of a request, and a condition carries all bytes that it is about.
 inline constexpr std::uint32_t kLargestCondition = 1024 * 1024;
 
-// The identifiers by which servers tell entries apart whatever becomes of their names, in the order
+// The identifiers by which servers know entries whatever becomes of their names, in the order
 // of kIdentifierAttributes; empty where the server shows none.
 using EntryIdentifiers = std::array<std::string, 3>;
 inline constexpr const char* kIdentifierAttributes[] = {"entryUUID", "objectGUID", "nsUniqueId"};
@@ -107,9 +111,10 @@ public:
     // that the user may not see differ.
     Result RemoveUnchanged(const std::string& dn, const Digest& contents);
 
-    // Deletes an entry with everything below it; done when the entry itself is gone. Entries that
-    // resist stay, with the folders above them, and all others are deleted, until a bound on trees
-    // is passed. `resisted` receives the failure of the last file of the entry itself that stays.
+    // Deletes an entry with everything below it; done when the entry itself is deleted. Entries
+    // that resist stay, with the folders above them, and all others are deleted, until a bound on
+    // trees is passed. `resisted` receives the failure of the last file of the entry itself that
+    // stays.
     Result RemoveTree(const std::string& dn, Result& resisted);
 
     // Makes sure that every folder above `dn`, and `dn` itself when it names a folder, exists. The

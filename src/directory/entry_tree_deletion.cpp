@@ -37,7 +37,7 @@ public:
     std::uint32_t Resisted() const { return resisted_; }
 
 private:
-    // A folder whose files are gone already.
+    // A folder whose files are deleted already.
     struct OpenFolder {
         std::size_t nameLength;
         std::vector<std::string> folders;  // the first components of their names, the last first

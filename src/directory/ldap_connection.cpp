@@ -23,7 +23,7 @@ constexpr std::uint32_t kLongestLimit = 24 * 60 * 60;
 
 constexpr std::uint32_t kTlsFromTheStart = 2;
 
-// Returns the code. The stage at which a connection failed goes to the debugger only: users see
+// Returns the code. The stage at which a connection failed is shown to a debugger only: users see
 // the code's own message.
 std::uint32_t Traced(const char* stage, std::uint32_t code) {
     if (code != LDAP_SUCCESS) {
@@ -119,7 +119,7 @@ std::uint32_t LdapConnection::SetOptions() {
     }
     // A server that accepts and then says nothing must not hold a call for ever, but a short
     // timeout for connecting must not end a long search either. Clients that do not know one of
-    // these limits go without it.
+    // these limits do without it.
     ULONG seconds = std::clamp<ULONG>(location_.connectTimeout, CDepotPath::kDefaultConnectTimeout,
                                       kLongestLimit);
     client_.ldap_set_option(handle_.get(), LDAP_OPT_TIMELIMIT, &seconds);

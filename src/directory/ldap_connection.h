@@ -17,7 +17,7 @@
 namespace depot {
 
 // Makes `prompt` the one that every connection asks for credentials from now on; it stays the
-// caller's. With null, as at the beginning, nobody can be asked: what would have to be asked fails
+// caller's. With null, as at the beginning, no user can be asked: what would have to be asked fails
 // as if prompting were off, which stays as it is for all other processes. Returns the one before.
 CredentialsPrompt* InstallCredentialsPrompt(CredentialsPrompt* prompt);
 
@@ -50,7 +50,7 @@ public:
     Result Open();
 
     // Makes sure that user name and password of a simple location are known. Returns whether to go
-    // on, also when nothing had to be asked; false when the user cancelled or nobody can be asked.
+    // on, also when nothing had to be asked; false when the user cancelled or cannot be asked.
     // Only the former empties the record's password and turns prompting for the server off in every
     // process.
     bool PromptForCredentials();
@@ -94,7 +94,7 @@ private:
 
     CredentialsPrompt* Prompt() const;
     CredentialsPrompt* PromptUnlessOff();
-    // A null `prompt` stands for nobody who can be asked, a null `failed` for no bind so far.
+    // A null `prompt` stands for a user who cannot be asked, a null `failed` for no bind so far.
     PromptResult AskForCredentials(CredentialsPrompt* prompt, const LogOnAttempt* failed);
     // Returns whether `attempt` holds credentials to go on with; else `failure` says why it ends.
     bool FindOtherCredentials(LogOnAttempt& attempt, Result& failure);

@@ -18,6 +18,8 @@ public:
     CLDAPItem& operator=(const CLDAPItem&) = delete;
     ~CLDAPItem() = default;
 
+    // Contract: nothing here calls these two.
+    //
     // Returns a copy, or null when memory is exhausted.
     virtual std::unique_ptr<CLDAPItem> Clone() const;
 

@@ -96,13 +96,14 @@ int CLDAPItems::ReadFileContents(const std::string& dn, FileBuffer& buffer,
 int CLDAPItems::EnsureFolderPath(const std::string& dn, bool connect, std::string* errorText,
                                  LdapItemList* added) {
     if (dn.empty()) return 0;
-    if (connect && !IsConnected() && PromptAndConnect(errorText) == 0) return 0;
+    if (connect && !IsConnected() && AsFlag(connection_.PromptAndConnect(), errorText) == 0) {
+        return 0;
+    }
     LdapItemList own;
     LdapItemList& list = added ? *added : own;
     const std::size_t before = list.Count();
     const Result ensured = entries_.EnsureFolders(dn, list);
     // Kept: also a connection that was there before is not kept.
-    // Relied on by: existing clients, whose next operation connects for itself.
     if (connect) Close();
     return AsFlagOfFolders(ensured, list.Count() > before, errorText);
 }

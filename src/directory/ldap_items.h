@@ -34,12 +34,8 @@ public:
                 std::string* errorText);
     int ConnectLocation(std::string* errorText);
     int ConnectQuietly();
-    // Always returns 0.
-    int Disconnect();
     int Close() { return connection_.Close() ? 1 : 0; }
     bool LeaveConnections() { return connection_.Leave(); }
-    int PromptAndConnect(std::string* errorText);
-    int PromptForCredentials() { return connection_.PromptForCredentials() ? 1 : 0; }
 
     // Stores the code as the last error and, unless it is LDAP_SUCCESS, hands out its text and
     // shows it.
@@ -47,11 +43,18 @@ public:
     // The message for the last error that any process saw at this server, else for this object's.
     std::string ErrorText() { return connection_.Text(lastError_); }
 
-    void SetUserName(const std::string& userName) { connection_.Shared().SetUserName(userName); }
-    void SetPassword(const std::string& password) { connection_.Shared().SetPassword(password); }
     std::string GetSharedUserName() { return connection_.Shared().SharedUserName(); }
     std::string GetSharedPassword() { return connection_.Shared().SharedPassword(); }
     std::string GetHost() const { return location_.host; }
+
+    // Contract: nothing here calls these.
+    //
+    // Always returns 0.
+    int Disconnect();
+    int PromptAndConnect(std::string* errorText);
+    int PromptForCredentials() { return connection_.PromptForCredentials() ? 1 : 0; }
+    void SetUserName(const std::string& userName) { connection_.Shared().SetUserName(userName); }
+    void SetPassword(const std::string& password) { connection_.Shared().SetPassword(password); }
     std::string GetUserName() const { return location_.username; }
     std::string GetPassword() const { return location_.password; }
 

@@ -8,12 +8,12 @@
 
 namespace depot {
 
-// Tells whether the path is a link to a folder, which may lead anywhere, also to a folder above it,
+// Whether the path is a link to a folder, which may lead anywhere, also to a folder above it,
 // and is no part of the tree that it stands in. A folder whose files stand elsewhere until they are
 // wanted is none, though it carries a reparse point as well.
 bool IsLinkToFolder(const std::string& path);
 
-// Return the texts that tell a user how many links to folders, and how many files and folders for
+// Return the texts for the user that so many links to folders, and so many files and folders for
 // their names, were left out; empty for none.
 std::string LinksText(std::uint32_t count);
 std::string UnsafeLocalNamesText(std::uint32_t count);

@@ -32,11 +32,11 @@ public:
     bool IsOffered() const;
 
     // Fetches the next page. Returns the directory's code; a server that refuses pages after all is
-    // LDAP_SIZELIMIT_EXCEEDED, whatever it gives as its reason, and so is one that goes on without
-    // ever sending an entry.
+    // LDAP_SIZELIMIT_EXCEEDED, whatever it gives as its reason, and so is one that continues
+    // without ever sending an entry.
     std::uint32_t Next(const ListingSearch& search, UniqueLdapMessage& page);
 
-    // Tells whether there are pages behind the one that was fetched last.
+    // Whether there are pages behind the one that was fetched last.
     bool HasMore() const { return cookie_ && cookie_->bv_len > 0; }
 
 private:
@@ -46,7 +46,7 @@ private:
     const DirectoryClient& client_;
     const PagingClient& paging_;
     LDAP* connection_;
-    UniqueLdapValue cookie_;  // where the server goes on
+    UniqueLdapValue cookie_;  // where the server continues
     int emptyPages_ = 0;
 };
 

@@ -7,6 +7,7 @@
 #include "manager/display_path.h"
 #include "platform/error_text.h"
 #include "platform/local_file.h"
+#include "platform/local_name.h"
 #include "platform/paths.h"
 #include "platform/replace_file.h"
 

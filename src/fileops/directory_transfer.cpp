@@ -1,12 +1,12 @@
 #include "fileops/directory_transfer.h"
 
+#include "directory/connection_scope.h"
 #include "directory/local_listing.h"
 #include "fileops/fetch_from_directory.h"
 #include "fileops/shell_operation.h"
 #include "fileops/store_in_directory.h"
 #include "fileops/transfer_source.h"
 #include "model/depot_paths.h"
-#include "model/local_mirror.h"
 #include "platform/local_file.h"
 #include "platform/paths.h"
 #include "platform/temp_file.h"

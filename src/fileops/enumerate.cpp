@@ -4,10 +4,10 @@
 
 #include "config/file_types.h"
 #include "config/profile_file.h"
+#include "directory/connection_scope.h"
 #include "fileops/depot_file.h"
 #include "fileops/file_filter.h"
 #include "manager/display_path.h"
-#include "model/local_mirror.h"
 #include "platform/file_search.h"
 #include "platform/paths.h"
 #include "platform/text.h"

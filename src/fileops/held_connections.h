@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "directory/connection_scope.h"
 #include "model/depot.h"
-#include "model/local_mirror.h"
 
 namespace depot {
 

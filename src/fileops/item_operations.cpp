@@ -12,6 +12,7 @@
 #include "model/depot_paths.h"
 #include "platform/error_text.h"
 #include "platform/file_names.h"
+#include "platform/local_file.h"
 #include "platform/paths.h"
 #include "platform/temp_file.h"
 #include "platform/text.h"

@@ -7,6 +7,7 @@
 #include "directory/local_listing.h"
 #include "directory/tree_bounds.h"
 #include "platform/file_names.h"
+#include "platform/local_name.h"
 #include "platform/paths.h"
 
 namespace depot {

@@ -6,11 +6,11 @@
 #include "manager/display_path.h"
 #include "manager/resolve_item.h"
 #include "model/depot_item.h"
-#include "model/kept_working_copy.h"
 #include "model/recovered_files.h"
 #include "model/working_copy_journal.h"
 #include "platform/error_text.h"
 #include "platform/file_in_use.h"
+#include "platform/local_file.h"
 #include "platform/paths.h"
 #include "platform/private_file.h"
 #include "platform/text.h"
@@ -141,17 +141,17 @@ bool DepotFileContext::IsInDirectory() const {
     return location != nullptr && location->type == kDirectoryLocation;
 }
 
-int DepotFileContext::Release() {
+bool DepotFileContext::Release() {
     // Without memory for the write-back a changed copy stays: it holds the only edit.
     isWorkingCopy_ = isWorkingCopy_ && !changed;
     CLDAPItems* const directory = depot ? depot->DirectoryConnection() : nullptr;
     // What was written to a file of the file system is already in the file itself.
-    if (directory == nullptr) return 1;
+    if (directory == nullptr) return true;
     const std::string entry = DisplayToStorage(*depot, depotPath);
-    const int result = ReleaseLocal(*directory, entry, localPath, changed, nullptr, origin_);
+    const bool stored = ReleaseLocal(*directory, entry, localPath, changed, nullptr, origin_) != 0;
     isWorkingCopy_ = false;
     localPath.clear();
-    return result;
+    return stored;
 }
 
 void DepotFileContext::KeepLocally() noexcept try {

@@ -5,7 +5,7 @@
 #include <string>
 
 #include "model/depots.h"
-#include "model/local_mirror.h"
+#include "model/working_copy.h"
 
 namespace depot {
 
@@ -17,7 +17,6 @@ public:
     // of no depot; any other path belongs to the depot that claims it, else to the default depot.
     //
     // Kept: a plain file's path has at least 8 characters, unless the default depot is a directory.
-    // Relied on by: existing clients that name files of the default depot by very short paths.
     DepotFileContext(const std::string& path, CDepots& depots);
 
     // Removes a working copy that was not released, without storing it.
@@ -41,13 +40,13 @@ public:
     void WriteString(const std::string& section, const std::string& key, const std::string& value,
                      const std::string* comparison = nullptr);
 
-    // Tells whether the file lives in a directory, so that the local file is a working copy.
+    // Whether the file lies in a directory, so that the local file is a working copy.
     bool IsInDirectory() const;
 
-    // Lets go of the local file: a working copy is stored in its entry if it was changed, and
-    // deleted. Returns 0 when a change could not be stored. When memory runs out meanwhile the file
-    // can be let go of again; a changed working copy then stays even without that.
-    int Release();
+    // Ends the local file: a working copy is stored in its entry if it was changed, and deleted.
+    // Returns false when a change could not be stored. When memory runs out meanwhile the file can
+    // be released again; a changed working copy then stays even without that.
+    bool Release();
 
     // Ends the local file while the library is being taken out of the process: a changed working
     // copy is kept among the recovered files, with the edits that it refused, and not stored; any
@@ -65,7 +64,7 @@ private:
     void KeepWhatWasLost(const EditOutcome& outcome) const;
 
     WorkingCopyOrigin origin_;    // what the working copy was made from, and what it lacks
-    bool isWorkingCopy_ = false;  // whether the local file goes with this object
+    bool isWorkingCopy_ = false;  // whether the local file is deleted with this object
     AmpleRoom room_;              // for the local file
     // Of a changed working copy; looked up while the shell can be asked.
     std::string recoveredFolder_;

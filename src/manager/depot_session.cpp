@@ -21,7 +21,7 @@ DepotSession::~DepotSession() {
     try {
         ReleaseFile();
     } catch (...) {
-        // Without memory for the write-back the rest of the session still has to go.
+        // Without memory for the write-back the rest of the session still has to be deleted.
         currentFile.reset();
     }
     findResults.reset();

@@ -16,10 +16,10 @@ namespace depot {
 // one thread at a time; registry changes made while it lives are not seen by it.
 class DepotSession {
 public:
-    // Looks up the user's folder and, when there is one, loads the depots and tells the path
-    // macros.
+    // Looks up the user's folder and, when there is one, loads the depots and gives it to the
+    // path macros.
     DepotSession();
-    // Lets go of the current file first, then of everything else.
+    // Releases the current file first, then everything else.
     ~DepotSession();
     DepotSession(const DepotSession&) = delete;
     DepotSession& operator=(const DepotSession&) = delete;
@@ -27,7 +27,7 @@ public:
     // The depots of this session, loaded on first use.
     CDepots& Depots();
 
-    // Replaces the current file by the one that `path` names; the old one is let go of first.
+    // Replaces the current file by the one that `path` names; the old one is released first.
     void LoadFile(const std::string& path);
 
     // Leaves the session without a current file.

@@ -19,20 +19,19 @@ enum class DepotName { kKey, kDisplay };
 std::string BuildDisplayPath(CDepot& depot, const std::string& relative, PathForm form,
                              DepotName name);
 
-// Tells whether the path begins with the depot's prefix in the given form.
+// Whether the path begins with the depot's prefix in the given form.
 bool MatchesPath(CDepot& depot, const std::string& path, PathForm form, DepotName name);
 
 // Returns the storage path of a display path. A bare bracketed name stands for the root.
 //
 // Kept: every occurrence of the prefix is replaced, also later in the path.
-// Relied on by: existing clients that build paths by joining display paths.
 std::string DisplayToStorage(CDepot& depot, const std::string& displayPath);
 
 // Returns the display path of a storage path; a path that is not under the depot's root comes back
 // unchanged. Every occurrence of the root is replaced.
 std::string StorageToDisplay(CDepot& depot, const std::string& storagePath);
 
-// Tells whether the path is one of the file system and the depot a directory, which never holds it.
+// Whether the path is one of the file system and the depot a directory, which never holds it.
 // A depot that would have to ask a server for its place is not asked.
 bool IsBesideDirectory(CDepot& depot, const std::string& path);
 

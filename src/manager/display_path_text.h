@@ -9,7 +9,7 @@ namespace depot {
 // Returns "<name>\", the prefix of every display path of a depot of that name.
 std::string DisplayPrefix(std::string_view name);
 
-// Tells whether the path begins with the prefix, in any letter case. A path without any backslash
+// Whether the path begins with the prefix, in any letter case. A path without any backslash
 // counts as if it ended in one, so that a bare bracketed name matches. An empty prefix matches
 // nothing.
 bool MatchesPrefix(std::string_view path, std::string_view prefix);
@@ -22,7 +22,6 @@ std::string CompleteBareName(const std::string& path, const std::string& prefix)
 // the name's text from behind its last '>' to before its last backslash, and a backslash.
 //
 // Kept: a file-system name is treated the same way, so its whole folder ends up behind the name.
-// Relied on by: applications that only show the result.
 std::string FolderDisplayPath(std::string_view displayName, std::string_view fileName);
 
 // A display path taken apart: "<My Depot>\x\y" gives "My Depot" and "x\y".

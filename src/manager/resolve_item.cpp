@@ -3,6 +3,7 @@
 #include "config/file_types.h"
 #include "manager/depot_list.h"
 #include "manager/display_path.h"
+#include "platform/local_file.h"
 #include "platform/paths.h"
 #include "platform/text.h"
 

@@ -6,8 +6,8 @@
 #include <new>
 #include <optional>
 
+#include "directory/connection_scope.h"
 #include "manager/display_path.h"
-#include "model/local_mirror.h"
 #include "platform/error_text.h"
 #include "platform/handles.h"
 #include "platform/paths.h"
@@ -18,15 +18,16 @@ namespace {
 
 constexpr char kCaption[] = "Quillon";
 
-// A file that others test with comes and goes.
+// A file that others test with appears and is deleted again.
 constexpr int kMaxAttempts = 3;
 
-void Describe(DWORD error, const std::string& shownName, std::string* errorText) {
-    if (errorText == nullptr) return;
-    FormatErrorText(error, shownName.c_str(), kCaption, errorText, nullptr);
+Result Failure(DWORD code, const std::string& shownName) {
+    Error error = {Reason::kRefused, CodeKind::kSystem, code};
+    FormatErrorText(code, shownName.c_str(), kCaption, &error.text, nullptr);
+    return error;
 }
 
-// Returns bytes that no other test adds, and nobody else.
+// Returns bytes that nothing else adds.
 FileBuffer MakeProbe() {
     static std::atomic<unsigned> count = 0;
     FILETIME now = {};
@@ -42,34 +43,31 @@ FileBuffer MakeProbe() {
 }
 
 // Without memory for the condition a probe of this moment is deleted without it.
-void RemoveProbe(CLDAPItems& directory, const std::string& dn, const FileBuffer& probe) try {
-    directory.RemoveUnchangedEntry(dn, probe);
+void RemoveProbe(EntryStore& entries, const std::string& dn, const FileBuffer& probe) try {
+    static_cast<void>(entries.RemoveUnchanged(dn, probe));
 } catch (const std::bad_alloc&) {
-    directory.RemoveEmptyEntry(dn);
+    static_cast<void>(entries.Remove(dn));
 }
 
 // In a folder that exists, nothing but an entry shows whether the user may add one. What someone
 // stores under its name before it is deleted is not this test's any more.
-int TestNewEntry(CLDAPItems& directory, const std::string& dn, std::string* errorText) {
-    std::string name;
-    bool isFolder = false;
-    directory.SplitEntryName(dn, name, isFolder);
+Result TestNewEntry(EntryStore& entries, const std::string& dn) {
+    const std::optional<EntryName> name = entries.Schema().SplitEntryName(dn);
     const FileBuffer probe = MakeProbe();
-    const std::uint32_t code = directory.AddFileEntry(dn, name, probe.bytes.get(), probe.length);
-    if (code == LDAP_SUCCESS) RemoveProbe(directory, dn, probe);
-    if (code == LDAP_SUCCESS || code == LDAP_ALREADY_EXISTS) return 1;
-    if (errorText != nullptr) *errorText = directory.ErrorText();
-    return 0;
+    Result added =
+        entries.AddFile(dn, name ? name->name : std::string(), probe.bytes.get(), probe.length);
+    if (added) RemoveProbe(entries, dn, probe);
+    return added.Is(Reason::kExists) ? Result() : added;
 }
 
-// The folders that a test adds. They go with the object, from the bottom up; whatever someone else
-// put there meanwhile keeps its folder above it.
+// The folders that a test adds. They are deleted with the object, from the bottom up; whatever
+// someone else put there meanwhile keeps its folder above it.
 class AddedFolders {
 public:
-    explicit AddedFolders(CLDAPItems& directory) : directory_(directory) {}
+    explicit AddedFolders(EntryStore& entries) : entries_(entries) {}
     ~AddedFolders() {
         for (std::size_t index = list.Count(); index > 0; --index) {
-            directory_.RemoveEmptyEntry(list.At(index - 1).path);
+            static_cast<void>(entries_.Remove(list.At(index - 1).path));
         }
     }
     AddedFolders(const AddedFolders&) = delete;
@@ -78,35 +76,21 @@ public:
     LdapItemList list;
 
 private:
-    CLDAPItems& directory_;
+    EntryStore& entries_;
 };
 
-// Adds the folders that a place lacks, as saving there would, and removes them again. Nothing when
-// it lacks none.
-std::optional<int> TestMissingFolders(CLDAPItems& directory, const std::string& dn,
-                                      std::string* errorText) {
-    std::uint32_t failure = LDAP_SUCCESS;
+Result TestEntry(CLDAPItems& directory, const std::string& dn) {
+    const ConnectionScope connection(directory.Connection());
+    if (!connection) return connection.Outcome();
+    EntryStore& entries = directory.Entries();
+    if (entries.Find(dn)) return {};
     {
-        AddedFolders added(directory);
-        const int created = directory.EnsureFolderPath(dn, false, errorText, &added.list);
-        if (created != 0) return added.list.Count() > 0 ? std::optional(created) : std::nullopt;
-        failure = directory.LastError();
+        // The folders that a place lacks are added, as saving there would, and removed again.
+        AddedFolders added(entries);
+        Result ensured = entries.EnsureFolders(dn, added.list);
+        if (!ensured || added.list.Count() > 0) return ensured;
     }
-    directory.SetLastError(failure);
-    return 0;
-}
-
-int TestEntry(CLDAPItems& directory, const std::string& dn, std::string* errorText) {
-    const ConnectionScope connection(directory, errorText);
-    if (!connection) return 0;
-    const std::uint32_t found = directory.FindEntry(dn);
-    if (found == LDAP_SUCCESS) return 1;
-    if (found == LDAP_INVALID_DN_SYNTAX) {
-        directory.SetLastError(found);
-        if (errorText != nullptr) *errorText = directory.ErrorText();
-    }
-    const std::optional<int> created = TestMissingFolders(directory, dn, errorText);
-    return created ? *created : TestNewEntry(directory, dn, errorText);
+    return TestNewEntry(entries, dn);
 }
 
 UniqueHandle OpenToWrite(const std::string& path, DWORD creation, DWORD flags) {
@@ -114,7 +98,7 @@ UniqueHandle OpenToWrite(const std::string& path, DWORD creation, DWORD flags) {
 }
 
 // Opens the file, or makes one that vanishes by itself: it is never deleted by its name, which may
-// be that of somebody else's file by then.
+// be that of another file by then.
 UniqueHandle OpenProbe(const std::string& path, DWORD& error) {
     for (int attempt = 1;; ++attempt) {
         UniqueHandle made =
@@ -131,30 +115,24 @@ UniqueHandle OpenProbe(const std::string& path, DWORD& error) {
     }
 }
 
-int TestFile(const std::string& path, const std::string& shownName, std::string* errorText) {
+Result TestFile(const std::string& path, const std::string& shownName) {
+    if (!IsAbsolutePath(path)) return Failure(ERROR_INVALID_PARAMETER, shownName);
     const DWORD attributes = GetFileAttributesA(path.c_str());
     const bool isFolder =
         attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
     const std::string probe = isFolder ? JoinPath(path, kProbeFileName) : path;
     DWORD error = ERROR_SUCCESS;
-    if (OpenProbe(probe, error)) return 1;
-    Describe(error, shownName, errorText);
-    return 0;
+    return OpenProbe(probe, error) ? Result() : Failure(error, shownName);
 }
 
 }  // namespace
 
 int TestWritable(std::uint32_t storeType, const std::string& storagePath, CLDAPItems* connection,
                  std::string* errorText, const std::string& shownName) {
-    if (storeType == kDirectoryLocation) {
-        return connection ? TestEntry(*connection, storagePath, errorText) : 0;
+    if (storeType != kDirectoryLocation) {
+        return TestFile(storagePath, shownName.empty() ? storagePath : shownName).AsFlag(errorText);
     }
-    const std::string& shown = shownName.empty() ? storagePath : shownName;
-    if (!IsAbsolutePath(storagePath)) {
-        Describe(ERROR_INVALID_PARAMETER, shown, errorText);
-        return 0;
-    }
-    return TestFile(storagePath, shown, errorText);
+    return connection ? connection->AsFlag(TestEntry(*connection, storagePath), errorText) : 0;
 }
 
 int TestPathWritable(CDepot& depot, const std::string& path, std::string* errorText) {
@@ -174,7 +152,7 @@ int TestDepotWritable(CDepot& depot, const std::string& shownName, std::string* 
         const std::string place = directory ? directory->PathToDN(path) : path;
         location->indexSlot = TestWritable(location->type, place, directory, errorText, shown);
     } else if (location->indexSlot == 0) {
-        Describe(ERROR_ACCESS_DENIED, shown, errorText);
+        Failure(ERROR_ACCESS_DENIED, shown).AsFlag(errorText);
     }
     return location->indexSlot == 1 ? 1 : 0;
 }

@@ -22,8 +22,10 @@ int TestWritable(std::uint32_t storeType, const std::string& storagePath, CLDAPI
 // Tests the place that a display path names, each time anew.
 int TestPathWritable(CDepot& depot, const std::string& path, std::string* errorText);
 
-// Tells whether the depot's active location can be written. The first answer holds for the life of
-// the location; later failures give "access denied" as the reason.
+// Tests the depot's active location. The first answer holds for the life of the location; later
+// failures give "access denied" as the reason.
+//
+// Contract: nothing here calls it.
 int TestDepotWritable(CDepot& depot, const std::string& shownName, std::string* errorText);
 
 }  // namespace depot

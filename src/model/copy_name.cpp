@@ -20,7 +20,7 @@ bool IsDigit(char c) {
     return c >= '0' && c <= '9';
 }
 
-// Tells whether the leading digits of the text make a number of at least 1.
+// Whether the leading digits of the text make a number of at least 1.
 bool IsPositiveNumber(std::string_view text) {
     const auto end = std::find_if_not(text.begin(), text.end(), IsDigit);
     return std::any_of(text.begin(), end, [](char digit) { return digit != '0'; });

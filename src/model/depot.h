@@ -22,7 +22,7 @@ struct IconDestroyer {
 using UniqueIcon = std::unique_ptr<std::remove_pointer_t<HICON>, IconDestroyer>;
 
 // A named storage place for profile files, as the user sees it. Owns its locations and its icon;
-// belongs to the list it was made for, or to whoever cloned it.
+// belongs to the list it was made for, or to the caller that cloned it.
 class CDepot {
 public:
     static constexpr std::int32_t kNoOrderIndex = -1;
@@ -36,7 +36,7 @@ public:
     // Empties the depot again and gives it a fresh list of locations.
     //
     // Kept: the old list of locations is not freed.
-    // Relied on by: existing clients that still hold locations of the old list.
+    // Contract: nothing here calls it.
     virtual void Init(CDepots* owningList);
 
     // Returns a copy, or null when memory is exhausted.
@@ -60,8 +60,8 @@ public:
     // file system. It stays as long as the location is the active one.
     Store& ActiveStore();
 
-    // See CLDAPItems::LeaveConnections.
-    bool LeaveConnections() { return directory_ && directory_->items.LeaveConnections(); }
+    // See LdapConnection::Leave.
+    bool LeaveConnections() { return directory_ && directory_->items.Connection().Leave(); }
 
     std::string name;           // the registry subkey; empty for the built-in depot
     std::string displayName;    // the name shown to the user

@@ -26,7 +26,6 @@ public:
     // Copies all members; a null `other` changes nothing.
     //
     // Kept: a source without a find record leaves the target's record as it was.
-    // Relied on by: existing clients that refresh an item from a bare path.
     virtual void CopyFrom(const CDepotItem* other);
 
     std::string path;         // a display path

@@ -24,6 +24,8 @@ public:
     CDepotItems(const CDepotItems&) = delete;
     CDepotItems& operator=(const CDepotItems&) = delete;
 
+    // Contract: nothing here calls the virtual operations.
+    //
     // Appends an item for `path`, resolved among `depots`, or, when that is null, among a list that
     // this one loads from `keyPath` and keeps. Returns the item, or null when it was dropped.
     virtual CDepotItem* AddPath(const std::string& path, CDepots* depots,
@@ -44,7 +46,7 @@ public:
         return AddOwned(array_, std::move(item));
     }
 
-    // Deletes the items for which `keep`, asked once for each in list order, says no.
+    // Deletes the items for which `keep`, asked once for each in list order, returns false.
     void RemoveUnless(const std::function<bool(const CDepotItem& item)>& keep);
 
     std::size_t Count() const { return array_.Count(); }

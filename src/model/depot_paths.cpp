@@ -23,14 +23,14 @@ bool IsDirectory(const CDepotPath& location) {
     return location.type == kDirectoryLocation;
 }
 
-// Connects, looks for the base alone, and lets go of the connection again. The user is asked and
-// told nothing: the first use of the location does that.
+// Connects, looks for the base alone, and closes the connection. Nothing is asked or shown: the
+// first use of the location does that.
 bool IsReachableDirectory(CDepotPath& location) {
     CLDAPItems directory(&location);
-    if (!directory.ConnectQuietly()) return false;
-    const std::uint32_t code = directory.FindEntry(directory.PathToDN(ExpandedPath(location)));
-    if (code == LDAP_INVALID_DN_SYNTAX) directory.ReportError(code);
-    return code == LDAP_SUCCESS;
+    if (!directory.Connection().ConnectQuietly()) return false;
+    const Result found = directory.Entries().Find(directory.PathToDN(ExpandedPath(location)));
+    if (CodeOf(found) == LDAP_INVALID_DN_SYNTAX) directory.ReportError(LDAP_INVALID_DN_SYNTAX);
+    return found.IsDone();
 }
 
 bool IsReachable(CDepotPath& location) {
@@ -48,7 +48,7 @@ void CDepotPaths::Copy(const CDepotPaths* other) {
     if (other == nullptr) return;
     const std::size_t before = Count();
     CopyElements(array_, other->array_);
-    // A clone starts with its source's owner, which may be gone before the clone is.
+    // A clone starts with its source's owner, which may be deleted before the clone is.
     for (std::size_t index = before; index < Count(); ++index) At(index)->owner = this;
 }
 

@@ -21,6 +21,8 @@ public:
 
     // Appends a location, or a clone of it. An element that cannot be added is dropped silently and
     // stays the caller's.
+    //
+    // Contract: nothing here calls it.
     virtual void Add(CDepotPath* location, bool clone);
     // Appends clones of the other list's locations.
     virtual void Copy(const CDepotPaths* other);
@@ -45,10 +47,10 @@ public:
     // The chosen location, or null as long as nothing has asked for it: no server is contacted.
     CDepotPath* ChosenLocation() const { return activeLocation_; }
 
-    // Tells whether choosing the location would have to contact a directory server.
+    // Whether choosing the location would have to contact a directory server.
     bool ChoiceProbesDirectory() const;
 
-    // Tells whether the path may hold the root that GetActivePath gives, without contacting a
+    // Whether the path may hold the root that GetActivePath gives, without contacting a
     // server to find out. Once the choice is made, or can be made without a server, every path may.
     // Until then only one that holds the base of one of the locations may.
     bool MayHold(const std::string& path) const;

@@ -30,9 +30,13 @@ public:
     // stays the caller's.
     virtual void Add(CDepot* depot, bool clone);
     // Appends clones of the other list's depots.
+    //
+    // Contract: nothing here calls it.
     virtual void Copy(const CDepots* other);
     virtual void RemoveAll(bool deleteElements);
     // Takes a depot out and deletes it, also when it was not in the list.
+    //
+    // Contract: nothing here calls it.
     virtual void Remove(CDepot* depot);
 
     std::size_t Count() const { return array_.Count(); }
@@ -49,33 +53,34 @@ public:
     // the key could be opened, 0 when the path is empty or the key cannot be opened.
     int EnumerateDepotKeys(HKEY rootKey, const std::string& path, REGSAM extraAccess);
 
-    // Returns the depot with the smallest order index, the earliest of equals; null when no depot
-    // has one.
-    CDepot* LowestOrderDepot() const;
-
     // Puts the depots with an order index first, ascending, and keeps the order of equals and of
     // those without one.
     void SortByOrderIndex();
 
-    // Returns the values of the path macros, which all lists of the process share. The first call
-    // opens them and fills in what is still missing; every call, the first or not, takes and
-    // signals the event that serialises this among all processes. Never null.
-    MacroCacheHolder* GetReplacers();
-
-    // Returns a copy of these values as they are at one moment, taken while the event is held: no
-    // module that takes the event is changing them.
+    // Returns a copy of the values of the path macros as they are at one moment, taken while the
+    // event is held: no module that takes the event is changing them.
     MacroValues CopyReplacers();
 
     // Makes `userDir` the user's folder that the path macros of the whole process expand to. Where
     // it is that already nothing is written.
     void ShareUserFolder(const std::string& userDir);
 
-    // See CLDAPItems::LeaveConnections.
+    // See LdapConnection::Leave.
     bool LeaveConnections();
 
     // Returns the user's folder: the override when there is one, else, with `useCache`, the one in
     // the macro cache, else nothing.
     std::string GetUserDir(bool useCache);
+
+    // Contract: nothing here calls these two.
+    //
+    // Returns the depot with the smallest order index, the earliest of equals; null when no depot
+    // has one.
+    CDepot* LowestOrderDepot() const;
+    // Returns the values of the path macros, which all lists of the process share. The first call
+    // opens them and fills in what is still missing; every call, the first or not, takes and
+    // signals the event that serialises this among all processes. Never null.
+    MacroCacheHolder* GetReplacers();
 
     bool ownsItems = false;
     std::string keyPath;

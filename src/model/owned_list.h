@@ -51,7 +51,6 @@ void RemoveAllElements(PointerArray<T>& array, bool deleteElements) {
 // Takes the element out of the array, keeping the order of the rest, and deletes it.
 //
 // Kept: the element is deleted also when the array does not hold it.
-// Relied on by: existing clients that hand over elements they have already taken out.
 template <class T>
 void RemoveElement(PointerArray<T>& array, T* element) {
     if (element == nullptr) return;

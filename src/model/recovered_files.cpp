@@ -2,11 +2,11 @@
 
 #include <algorithm>
 
-#include "directory/dn.h"
 #include "platform/file_in_use.h"
 #include "platform/handles.h"
 #include "platform/known_folders.h"
 #include "platform/local_file.h"
+#include "platform/local_name.h"
 #include "platform/paths.h"
 #include "platform/replace_file.h"
 #include "platform/text.h"

@@ -1,6 +1,6 @@
 // The journal of this process's working copies: a file beside them that says which there are and
 // what they were made from. It is open as long as the process runs, so that another process can
-// tell the copies of a process that is gone from those in use.
+// distinguish the copies of a process that ended from those in use.
 #pragma once
 
 #include <cstddef>
@@ -23,7 +23,7 @@ struct WorkingCopySource {
 void NoteWorkingCopy(const std::string& path, const WorkingCopySource& source, const void* bytes,
                      std::size_t length) noexcept;
 
-// Takes a working copy out of the journal: it is gone, or it is to stay where it is.
+// Takes a working copy out of the journal: it is deleted, or it is to stay where it is.
 void ForgetWorkingCopy(const std::string& path) noexcept;
 
 // Takes a working copy out of the journal and deletes it. In this order: the name of a file that is

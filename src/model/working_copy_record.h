@@ -1,4 +1,4 @@
-// What a process notes of each of its working copies, so that another process can tell what to do
+// What a process notes of each of its working copies, so that another process knows what to do
 // with a copy that was left behind. Nothing here asks the system.
 #pragma once
 
@@ -28,10 +28,10 @@ struct WorkingCopyRecord {
 inline constexpr std::size_t kWorkingCopyRecordBytes = 1024;
 using WorkingCopyRecordBytes = std::array<std::uint8_t, kWorkingCopyRecordBytes>;
 
-// What stands in the place of a copy that is gone.
+// What stands in the place of a copy that is deleted.
 inline constexpr WorkingCopyRecordBytes kNoWorkingCopy = {};
 
-// Tells whether the name has the form that the system gives to working copies: "lda", up to four
+// Whether the name has the form that the system gives to working copies: "lda", up to four
 // hexadecimal digits, ".tmp".
 bool IsWorkingCopyName(std::string_view name);
 

@@ -24,7 +24,7 @@ namespace depot {
 // table. A member is named after its function without the trailing "A".
 //
 // Kept: "ldap_sasl_bindA" is looked up twice, into two slots that follow each other.
-// Relied on by: existing clients that count on the order of the table.
+// Contract: nothing here calls many of these; the table is bound whole.
 #define DEPOT_DIRECTORY_CLIENT_ENTRIES(ENTRY)                  \
     ENTRY(ldap_init, ldap_initA)                               \
     ENTRY(cldap_open, cldap_openA)                             \

@@ -23,6 +23,8 @@ void FormatErrorText(DWORD error, const char* lead, const char* title, std::stri
                      HWND owner);
 
 // The same without an owner window; a null `title` stands for "Quillon".
+//
+// Contract: nothing here calls it.
 void ReportErrorText(DWORD error, const char* lead, const char* title, std::string* text);
 
 }  // namespace depot

@@ -16,6 +16,8 @@ std::string MakeTempFolder();
 // Deletes the folder that holds `path`, with everything in it, for good. Returns 1 when all went,
 // else 0; the shell shows what went wrong. Nothing is deleted when the folder's path is empty or
 // does not fit the shell's list of paths.
+//
+// Contract: nothing here calls it.
 int DeleteContainingFolder(const std::string& path);
 
 }  // namespace depot

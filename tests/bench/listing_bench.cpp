@@ -6,9 +6,10 @@
 #include "bench/benches.h"
 #include "bench/comparison.h"
 #include "bench/raw_directory.h"
+#include "directory/connection_scope.h"
 #include "fileops/enumerate.h"
 #include "manager/depot_world.h"
-#include "model/local_mirror.h"
+#include "model/working_copy.h"
 #include "support/directory_server.h"
 #include "support/many_files.h"
 

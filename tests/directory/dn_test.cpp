@@ -146,24 +146,6 @@ TEST(DecodeNonAsciiEscapesTest, ARunThatCannotBeConvertedStays) {
     EXPECT_EQ("a\\FF\\FEb", DecodeNonAsciiEscapes("a\\FF\\FEb", refuse));
 }
 
-TEST(IsSafeLocalNameTest, OrdinaryNamesAreSafe) {
-    for (const char* name : {"a.krc", "Dir", "a b", "..a", ".a", "console", "com", "com10", "lpt",
-                             "nul_", "r\xE9sum\xE9.krc", "a,b", "{x}"}) {
-        EXPECT_TRUE(IsSafeLocalName(name)) << name;
-    }
-}
-
-TEST(IsSafeLocalNameTest, NamesThatLeadElsewhereAreNot) {
-    for (const char* name :
-         {"",        ".",     "..",       "a\\b",     "..\\a",  "a/b",  "c:a",  "a:stream",
-          "a\nb",    "a\x1f", "a\x7f",    "a*",       "a?",     "con",  "NUL",  "nul.krc",
-          "aux.a.b", "com1",  "LPT9.txt", "con .krc", "conin$", "com0", "prn ", "a.",
-          "a ",      "...",   "a\"",      "<a",       "a>",     "a|b"}) {
-        EXPECT_FALSE(IsSafeLocalName(name)) << name;
-    }
-    EXPECT_FALSE(IsSafeLocalName(std::string_view("a\0b", 3)));
-}
-
 TEST(UnsafeNamesTextTest, SaysHowManyEntriesWereLeftOut) {
     EXPECT_EQ("", UnsafeNamesText(0));
     EXPECT_EQ("1 entry was left out: the name cannot be the name of a local file.",
@@ -189,9 +171,6 @@ TEST(RandomNamesTest, NoNameMakesTheFunctionsGiveWhatTheyMustNot) {
     const NamingAttributes attributes = {"CN", "uid"};
     for (int round = 0; round < 5000; ++round) {
         const std::string name = random.Bytes(24);
-        if (IsSafeLocalName(name)) {
-            EXPECT_EQ(std::string::npos, name.find_first_of("\\/:*?\"<>|"));
-        }
         const auto entry = SplitFirstComponent(name, attributes, FileExtension::kStrip);
         if (entry) {
             EXPECT_LE(entry->name.size(), name.size());
@@ -233,40 +212,6 @@ TEST(DecodeNonAsciiEscapesTest, SecondByteBeginsNoEscape) {
     const test::CodePageScope scope(932);
     const auto keep = [](std::string_view utf8) { return std::optional<std::string>(utf8); };
     EXPECT_EQ("\x95\\C3\xC3\xA4", DecodeNonAsciiEscapes("\x95\\C3\\C3\\A4", keep));
-}
-
-TEST(IsSafeLocalNameTest, SecondBytesAreNoForbiddenCharacters) {
-    const test::CodePageScope scope(932);
-    // レポート.kra, 表.kra and a name that ends in 表.
-    EXPECT_TRUE(IsSafeLocalName("\x83\x8C\x83|\x81[\x83g.kra"));
-    EXPECT_TRUE(IsSafeLocalName("\x95\\.kra"));
-    EXPECT_TRUE(IsSafeLocalName("\x97\\\x92\xE8\x95\\"));
-    EXPECT_FALSE(IsSafeLocalName("\x83||"));
-    EXPECT_FALSE(IsSafeLocalName("\x95\\\\a"));
-}
-
-TEST(IsSafeLocalNameTest, BrokenCharactersMakeANameUnsafe) {
-    for (const unsigned page : {932u, 936u, 949u, 950u, 65001u}) {
-        SCOPED_TRACE(page);
-        const test::CodePageScope scope(page);
-        EXPECT_FALSE(IsSafeLocalName("a\xE3"));
-        EXPECT_TRUE(IsSafeLocalName("a"));
-    }
-}
-
-TEST(IsSafeLocalNameTest, SuperscriptsNumberDevicesWhereTheCodePageHasThem) {
-    const struct {
-        unsigned page;
-        const char* name;
-        bool safe;
-    } rows[] = {{1252, "com\xB9", false},   {1252, "LPT\xB3.txt", false},  {1252, "com\xB1", true},
-                {932, "com\xB9", true},     {65001, "com\xC2\xB9", false}, {65001, "comX", true},
-                {949, "com\xA9\xF6", false}};
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.name);
-        const test::CodePageScope scope(row.page);
-        EXPECT_EQ(row.safe, IsSafeLocalName(row.name));
-    }
 }
 
 TEST(ServerKeyTest, CutHalvesNoCharacterAndSecondBytesStay) {

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "manager/depot_file_context.h"
-#include "model/local_mirror.h"
+#include "model/working_copy.h"
 #include "support/directory_fixture.h"
 #include "support/scratch.h"
 #include "support/working_files.h"

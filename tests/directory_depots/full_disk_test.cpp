@@ -89,7 +89,7 @@ TEST_F(FullDiskTest, EditThatAFullVolumeCutsLeavesTheEntryAndIsRecoveredWhole) {
     }
     file->WriteString("S", "Key1", kLong);
     EXPECT_EQ("value number 799", file->ReadString("S", "Key799", "", 100));
-    EXPECT_EQ(0, file->Release());
+    EXPECT_FALSE(file->Release());
     ExpectKept(Profile(1, kLong));
 }
 
@@ -97,7 +97,7 @@ TEST_F(FullDiskTest, EditThatTheSystemFailsToWriteLeavesTheEntryAndIsRecoveredWh
     const auto file = Load();
     const test::FullDisk full(file->localPath, CutWrite::kFails);
     file->WriteString("S", "Key1", kLong);
-    EXPECT_EQ(0, file->Release());
+    EXPECT_FALSE(file->Release());
     ExpectKept(Profile(1, kLong));
     EXPECT_THAT(test::WorkingCopies(), IsEmpty());
 }
@@ -111,7 +111,7 @@ TEST_F(FullDiskTest, LaterEditsThatAreWrittenDoNotHaveTheCopyStored) {
     file->WriteString("S", "Key1", "short");
     file->WriteString("S", "Key1", "last");
     EXPECT_EQ("last", file->ReadString("S", "Key1", "", 100));
-    EXPECT_EQ(0, file->Release());
+    EXPECT_FALSE(file->Release());
     ExpectKept(Profile(1, "last"));
 }
 
@@ -120,11 +120,11 @@ TEST_F(FullDiskTest, NextWorkingCopyOfTheFileIsStoredAgain) {
         const auto file = Load();
         const test::FullDisk full(file->localPath, CutWrite::kFails);
         file->WriteString("S", "Key1", kLong);
-        EXPECT_EQ(0, file->Release());
+        EXPECT_FALSE(file->Release());
     }
     const auto file = Load();
     file->WriteString("S", "Key1", "new");
-    EXPECT_EQ(1, file->Release());
+    EXPECT_TRUE(file->Release());
     EXPECT_TRUE(Profile(1, "new") == Contents("a.kra"));
 }
 
@@ -142,7 +142,7 @@ TEST_F(FullDiskTest, CutCopyThatCannotBePutBackIsRecoveredWhole) {
         file->WriteString("S", "Key1", kLong);
     }
     file->WriteString("S", "Key2", "new");
-    EXPECT_EQ(0, file->Release());
+    EXPECT_FALSE(file->Release());
     std::string expected = Profile(1, kLong);
     const std::string old = Line(2, "value number 2");
     expected.replace(expected.find(old), old.size(), Line(2, "new"));
@@ -155,7 +155,7 @@ TEST_F(FullDiskTest, CopyStaysWhereNothingCanBeRecovered) {
     const test::FullDisk full(localPath, CutWrite::kFails);
     file->WriteString("S", "Key1", kLong);
     const test::ImportPatch<decltype(&WriteFile)> writing("WriteFile", &WriteNowhere);
-    EXPECT_EQ(0, file->Release());
+    EXPECT_FALSE(file->Release());
     EXPECT_TRUE(Profile() == Contents("a.kra"));
     EXPECT_TRUE(Profile() == FileBytes(localPath));
     EXPECT_THAT(RecoveredFiles(), IsEmpty());
@@ -170,7 +170,7 @@ TEST_F(FullDiskTest, FileThatCouldNotBeFetchedIsNotReplacedByItsEdit) {
     const auto file = Load();
     if (volume.empty()) ::DeleteFileA(file->localPath.c_str());
     file->WriteString("S", "Key1", "new");
-    EXPECT_EQ(0, file->Release());
+    EXPECT_FALSE(file->Release());
     EXPECT_TRUE(Profile() == Contents("a.kra"));
     EXPECT_FALSE(boxes_.Texts().empty());
 }

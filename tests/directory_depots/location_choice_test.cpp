@@ -1,5 +1,5 @@
+#include "directory/connection_scope.h"
 #include "model/depots.h"
-#include "model/local_mirror.h"
 #include "support/directory_fixture.h"
 #include "support/scratch.h"
 

@@ -1,5 +1,6 @@
 // Working copies and trees of a directory while memory runs out at each allocation in turn.
 #include "directory_depots/depot_fixture.h"
+#include "model/directory_trees.h"
 #include "support/failing_memory.h"
 
 namespace depot {

@@ -1,4 +1,5 @@
 #include "directory_depots/depot_fixture.h"
+#include "model/directory_trees.h"
 #include "platform/local_file.h"
 
 namespace depot {
@@ -35,7 +36,7 @@ TEST_F(WorkingCopyTest, NamesThatTheServerSpellsInItsOwnWayAreFetched) {
         const auto file = Load(name);
         EXPECT_EQ(kBytes, FileBytes(file->localPath));
         file->WriteString("S", "K", "new");
-        EXPECT_EQ(1, file->Release());
+        EXPECT_TRUE(file->Release());
         EXPECT_EQ("new", Load(name)->ReadString("S", "K", "", 100));
     }
     EXPECT_THAT(test::RecoveredFiles(), IsEmpty());
@@ -62,35 +63,11 @@ TEST_F(WorkingCopyTest, FileSystemPathStaysOneBesideADirectory) {
         EXPECT_EQ(path, file.localPath);
         EXPECT_FALSE(file.IsInDirectory());
         file.WriteString("S", "K", "v");
-        EXPECT_EQ(1, file.Release());
+        EXPECT_TRUE(file.Release());
     }
     EXPECT_EQ("", server_.Log());
     EXPECT_EQ("[S]\r\nK=v\r\n", FileBytes(path));
     EXPECT_THAT(test::RecoveredFiles(), IsEmpty());
-}
-
-TEST_F(WorkingCopyTest, UploadOnAnOpenConnectionLeavesItOpen) {
-    const test::ScratchFolder folder;
-    CLDAPItems& items = Connected();
-    EXPECT_EQ(1, UploadNewFile(items, folder.MakeFile("a.kra", kBytes), base_, false, nullptr));
-    EXPECT_TRUE(items.IsConnected());
-    EXPECT_EQ(kBytes, Contents("a.kra"));
-}
-
-TEST_F(WorkingCopyTest, UploadOfAFileThatCannotBeReadAddsABlank) {
-    const test::ScratchFolder folder;
-    EXPECT_EQ(1, UploadNewFile(Connected(), folder.At("none.kra"), base_, false, nullptr));
-    EXPECT_EQ(" ", Contents("none.kra"));
-}
-
-TEST_F(WorkingCopyTest, UploadWithoutAServerFails) {
-    const test::ScratchFolder folder;
-    CDepotPath location = server_.Location(base_);
-    location.port = test::ClosedPort();
-    location.authentication = kAnonymousAuthentication;
-    test::ForgetServer(location.port);
-    CLDAPItems items(&location);
-    EXPECT_EQ(0, UploadNewFile(items, folder.MakeFile("a.kra", kBytes), base_, true, nullptr));
 }
 
 TEST_F(WorkingCopyTest, TwentyMegabytesGoBothWays) {
@@ -102,7 +79,7 @@ TEST_F(WorkingCopyTest, TwentyMegabytesGoBothWays) {
     ASSERT_TRUE(
         WriteLocalFile(file->localPath, large.data(), static_cast<std::uint32_t>(large.size())));
     file->changed = true;
-    EXPECT_EQ(1, file->Release());
+    EXPECT_TRUE(file->Release());
     file = Load();
     EXPECT_TRUE(large == FileBytes(file->localPath));
 }
@@ -130,7 +107,7 @@ TEST_F(WorkingCopyTest, WriteBackIsOneBindAndOneModification) {
     const auto file = Load();
     file->WriteString("S", "K", "new");
     server_.Mark();
-    EXPECT_EQ(1, file->Release());
+    EXPECT_TRUE(file->Release());
     EXPECT_EQ((OperationCounts{.binds = 1, .modifications = 1}), server_.Counts());
     EXPECT_EQ("[S]\r\nK=new\r\n", Contents("a.kra"));
     EXPECT_THAT(test::WorkingCopies(), IsEmpty());
@@ -145,7 +122,7 @@ TEST_F(WorkingCopyTest, ReleaseOfAnUnchangedCopyContactsNoServer) {
     // Somebody else's bytes stay, too.
     ASSERT_TRUE(WriteLocalFile(file->localPath, "other", 5));
     server_.Mark();
-    EXPECT_EQ(1, file->Release());
+    EXPECT_TRUE(file->Release());
     EXPECT_EQ("", server_.Log());
     EXPECT_EQ("[S]\r\nK=old\r\n", Contents("a.kra"));
     EXPECT_THAT(test::WorkingCopies(), IsEmpty());
@@ -214,8 +191,8 @@ TEST_F(WorkingCopyTest, CopyGoesWithAContextThatWasNotReleased) {
 TEST_F(WorkingCopyTest, SecondReleaseHasNothingLeftToStore) {
     server_.AddFile("a.kra", base_, "x");
     const auto file = Load();
-    EXPECT_EQ(1, file->Release());
-    EXPECT_EQ(0, file->Release());
+    EXPECT_TRUE(file->Release());
+    EXPECT_FALSE(file->Release());
     EXPECT_THAT(boxes_.Boxes(), IsEmpty());
 }
 
@@ -265,83 +242,10 @@ TEST_F(WorkingCopyTest, FullTemporaryFolderGivesAFileWithoutValuesAndKeepsTheEnt
     EXPECT_THAT(boxes_.Boxes(), IsEmpty());
     // An edit has no place to go to, and its release says so.
     file->WriteString("S", "K", "new");
-    EXPECT_EQ(0, file->Release());
+    EXPECT_FALSE(file->Release());
     EXPECT_EQ(test::MessageFor(89), boxes_.Texts().back());
     EXPECT_EQ(kBytes, Contents("a.kra"));
     EXPECT_TRUE(test::Exists(full + "\\ldaffff.tmp"));
-}
-
-class TransferTest : public test::DepotFixture {
-protected:
-    test::ScratchFolder folder_;
-};
-
-TEST_F(TransferTest, DownloadedTreeLandsInOneFolderWithEmptySubfolders) {
-    server_.AddFolder("A", base_);
-    server_.AddFile("a1.kra", Dn("A"), "one");
-    server_.AddFolder("B", Dn("A"));
-    server_.AddFile("b1.kra", "cn=B," + Dn("A"), "two");
-    EXPECT_EQ(1, DownloadTree(Directory(), Dn("A"), folder_.At("local"), true));
-    EXPECT_EQ("one", FileBytes(folder_.At("local\\a1.kra")));
-    EXPECT_EQ("two", FileBytes(folder_.At("local\\b1.kra")));
-    EXPECT_TRUE(test::Exists(folder_.At("local\\B")));
-    EXPECT_FALSE(test::Exists(folder_.At("local\\B\\b1.kra")));
-    EXPECT_FALSE(Directory().IsConnected());
-}
-
-TEST_F(TransferTest, NewFileIsAddedUnderItsOwnName) {
-    const std::string path = folder_.MakeFile("new.kra", "bytes");
-    std::string text = "junk";
-    EXPECT_EQ(1, UploadNewFile(Directory(), path, base_, true, &text));
-    EXPECT_EQ("bytes", Contents("new.kra"));
-    EXPECT_FALSE(Directory().IsConnected());
-    EXPECT_EQ(0, UploadNewFile(Directory(), path, base_, true, &text));
-}
-
-TEST_F(TransferTest, UploadWithoutAPathOrAParentIsAParameterErrorWithoutABox) {
-    for (const bool hasPath : {false, true}) {
-        std::string text = "junk";
-        EXPECT_EQ(0, UploadNewFile(Directory(), hasPath ? folder_.MakeFile("n", "x") : "",
-                                   hasPath ? "" : base_, true, &text));
-        EXPECT_EQ(89u, Directory().LastError());
-        EXPECT_EQ(89u, Directory().SharedInfo().Access()->lastError);
-        EXPECT_EQ(test::MessageFor(89), text);
-        Directory().SharedInfo().Access()->lastError = 0;
-    }
-    EXPECT_THAT(boxes_.Boxes(), IsEmpty());
-}
-
-TEST_F(TransferTest, UploadOntoAnEntryThatExistsLeavesItAlone) {
-    const std::string path = folder_.MakeFile("new.kra", "bytes");
-    server_.AddFile("new.kra", base_, "old");
-    EXPECT_EQ(0, UploadNewFile(Directory(), path, base_, true, nullptr));
-    EXPECT_EQ(std::uint32_t{LDAP_ALREADY_EXISTS}, Directory().LastError());
-    EXPECT_EQ("old", Contents("new.kra"));
-}
-
-TEST_F(TransferTest, UploadOfAFileThatCannotBeReadAddsABlank) {
-    EXPECT_EQ(1, UploadNewFile(Directory(), folder_.At("none.kra"), base_, true, nullptr));
-    EXPECT_EQ(" ", Contents("none.kra"));
-}
-
-TEST_F(TransferTest, UploadWithoutTheConnectFlagNeedsAndKeepsAConnection) {
-    const std::string path = folder_.MakeFile("new.kra", "bytes");
-    EXPECT_EQ(0, UploadNewFile(Directory(), path, base_, false, nullptr));
-    EXPECT_EQ(std::uint32_t{LDAP_SERVER_DOWN}, Directory().LastError());
-    ASSERT_EQ(1, Directory().ConnectLocation(nullptr));
-    EXPECT_EQ(1, UploadNewFile(Directory(), path, base_, false, nullptr));
-    EXPECT_TRUE(Directory().IsConnected());
-    EXPECT_EQ("bytes", Contents("new.kra"));
-}
-
-TEST_F(TransferTest, UploadUnderAMissingParentOrToADeadServerFails) {
-    const std::string path = folder_.MakeFile("new.kra", "bytes");
-    EXPECT_EQ(0, UploadNewFile(Directory(), path, Dn("none"), true, nullptr));
-    EXPECT_EQ(std::uint32_t{LDAP_NO_SUCH_OBJECT}, Directory().LastError());
-    Define(test::ClosedPort(), base_);
-    std::string text = "junk";
-    EXPECT_EQ(0, UploadNewFile(Directory(), path, base_, true, &text));
-    EXPECT_NE("junk", text);
 }
 
 }  // namespace

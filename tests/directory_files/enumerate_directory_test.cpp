@@ -4,9 +4,10 @@
 
 #include "config/file_types.h"
 #include "config/profile_file.h"
+#include "directory/connection_scope.h"
 #include "directory_files/directory_world.h"
 #include "fileops/allocation_count.h"
-#include "model/local_mirror.h"
+#include "model/working_copy.h"
 #include "platform/paths.h"
 #include "platform/text.h"
 

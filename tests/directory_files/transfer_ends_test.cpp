@@ -1,8 +1,8 @@
 // How transfers begin and end: connections, temporary folders, servers that are away.
+#include "directory/connection_scope.h"
 #include "directory_files/transfer_fixture.h"
 #include "fileops/directory_transfer.h"
 #include "fileops/shell_operation.h"
-#include "model/local_mirror.h"
 #include "support/import_patch.h"
 
 namespace depot {

@@ -1,8 +1,8 @@
 // One entry through two connections, at servers that show less of it than others.
+#include "directory/connection_scope.h"
 #include "directory_pairs/pairs_fixture.h"
 #include "fileops/directory_transfer.h"
 #include "fileops/transfer_source.h"
-#include "model/local_mirror.h"
 
 namespace depot::test {
 namespace {

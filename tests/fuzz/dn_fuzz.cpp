@@ -1,6 +1,7 @@
 #include "directory/dn.h"
 
 #include "fuzz/fuzz_code_page.h"
+#include "platform/local_name.h"
 
 using namespace depot;
 

@@ -362,7 +362,7 @@ TEST_F(DepotFileContextTest, FileThatAFullDiskCutsGetsBackWhatItHeld) {
         file.WriteString("S", "K", "new");
         EXPECT_EQ(kProfile, test::FileBytes(path));
     }
-    EXPECT_EQ(1, file.Release());
+    EXPECT_TRUE(file.Release());
     EXPECT_TRUE(boxes.Boxes().empty());
 }
 

@@ -226,20 +226,5 @@ TEST_F(DepotPathsTest, APathOf260CharactersIsUsedAsItStands) {
     EXPECT_EQ(longest + "\\", paths_.GetActivePath());
 }
 
-TEST_F(DepotPathsTest, PathExistsForFilesAndFoldersOfAnyKind) {
-    EXPECT_TRUE(PathExists(folder_.Path()));
-    EXPECT_TRUE(PathExists(folder_.Path() + "\\"));
-    const std::string file = folder_.MakeFile("file", "");
-    EXPECT_TRUE(PathExists(file));
-    SetFileAttributesA(file.c_str(), FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_READONLY);
-    EXPECT_TRUE(PathExists(file));
-    SetFileAttributesA(file.c_str(), FILE_ATTRIBUTE_NORMAL);
-    for (const std::string& path : {std::string(), folder_.At("none"), folder_.At("none\\file"),
-                                    std::string("<Work>\\a"), std::string(100'000, 'x')}) {
-        SCOPED_TRACE(path.substr(0, 100));
-        EXPECT_FALSE(PathExists(path));
-    }
-}
-
 }  // namespace
 }  // namespace depot

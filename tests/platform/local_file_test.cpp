@@ -127,5 +127,20 @@ TEST(FullPathTest, IsAbsoluteWithoutDotNames) {
     EXPECT_TRUE(FullPath("c.kra").starts_with(current));
 }
 
+TEST_F(LocalFileTest, PathExistsForFilesAndFoldersOfAnyKind) {
+    EXPECT_TRUE(PathExists(folder_.Path()));
+    EXPECT_TRUE(PathExists(folder_.Path() + "\\"));
+    const std::string file = folder_.MakeFile("file", "");
+    EXPECT_TRUE(PathExists(file));
+    SetFileAttributesA(file.c_str(), FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_READONLY);
+    EXPECT_TRUE(PathExists(file));
+    SetFileAttributesA(file.c_str(), FILE_ATTRIBUTE_NORMAL);
+    for (const std::string& path : {std::string(), folder_.At("none"), folder_.At("none\\file"),
+                                    std::string("<Work>\\a"), std::string(100'000, 'x')}) {
+        SCOPED_TRACE(path.substr(0, 100));
+        EXPECT_FALSE(PathExists(path));
+    }
+}
+
 }  // namespace
 }  // namespace depot

@@ -6,6 +6,7 @@
 #include "depotctl/failure.h"
 #include "depotctl/terminal.h"
 #include "manager/writability.h"
+#include "platform/local_file.h"
 #include "platform/paths.h"
 
 namespace depot::ctl {

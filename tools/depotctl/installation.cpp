@@ -4,6 +4,7 @@
 #include "depotctl/encoding.h"
 #include "host/identifiers.h"
 #include "model/depot_paths.h"
+#include "platform/local_file.h"
 #include "platform/paths.h"
 #include "platform/registry_key.h"
 #include "platform/system_folder.h"

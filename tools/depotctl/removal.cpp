@@ -5,9 +5,9 @@
 #include "depotctl/failure.h"
 #include "depotctl/progress.h"
 #include "depotctl/transfer.h"
+#include "directory/connection_scope.h"
 #include "directory/local_listing.h"
 #include "fileops/transfer_plan.h"
-#include "model/local_mirror.h"
 
 namespace depot::ctl {
 namespace {

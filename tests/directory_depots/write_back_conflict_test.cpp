@@ -1,4 +1,5 @@
 // Write-backs that must not replace what someone else stored meanwhile.
+#include "directory/connection_scope.h"
 #include "directory_depots/depot_fixture.h"
 #include "platform/handles.h"
 #include "platform/local_file.h"
@@ -120,7 +121,7 @@ protected:
 
 TEST_P(AnyServerConflictTest, EntryThatNobodyChangedTakesTheEdit) {
     const auto file = LoadChanged();
-    EXPECT_EQ(1, file->Release());
+    EXPECT_TRUE(file->Release());
     EXPECT_EQ(kNew, Stored());
     EXPECT_THAT(RecoveredFiles(), IsEmpty());
     EXPECT_THAT(test::WorkingCopies(), IsEmpty());
@@ -130,7 +131,7 @@ TEST_P(AnyServerConflictTest, EntryThatNobodyChangedTakesTheEdit) {
 TEST_P(AnyServerConflictTest, EntryThatSomeoneChangedStaysAndTheEditIsRecovered) {
     const auto file = LoadChanged();
     Overwrite(kTheirs);
-    EXPECT_EQ(0, file->Release());
+    EXPECT_FALSE(file->Release());
     EXPECT_EQ(kTheirs, Stored());
     ExpectRecovered(kNew);
     ASSERT_EQ(1u, boxes_.Texts().size());
@@ -156,14 +157,14 @@ TEST_P(AnyServerConflictTest, SameBytesStoredAgainAreNoConflict) {
     const auto file = LoadChanged();
     Overwrite(kTheirs);
     Overwrite(kOld);
-    EXPECT_EQ(1, file->Release());
+    EXPECT_TRUE(file->Release());
     EXPECT_EQ(kNew, Stored());
 }
 
 TEST_P(AnyServerConflictTest, UnchangedCopyLeavesTheOtherVersionInSilence) {
     const auto file = Load();
     Overwrite(kTheirs);
-    EXPECT_EQ(1, file->Release());
+    EXPECT_TRUE(file->Release());
     EXPECT_EQ(kTheirs, Stored());
     EXPECT_THAT(RecoveredFiles(), IsEmpty());
     EXPECT_THAT(boxes_.Boxes(), IsEmpty());
@@ -173,18 +174,18 @@ TEST_P(AnyServerConflictTest, BytesOfAnyKindAreRecognised) {
     for (const std::string& bytes : {std::string(" "), std::string("*()\\\0\x01\xFF", 7),
                                      std::string(20 * 1024, 'b'), std::string(1024 * 1024, 'c')}) {
         Overwrite(bytes);
-        EXPECT_EQ(1, LoadChanged()->Release()) << bytes.size();
+        EXPECT_TRUE(LoadChanged()->Release()) << bytes.size();
         EXPECT_NE(bytes, Stored());
     }
     EXPECT_THAT(RecoveredFiles(), IsEmpty());
 }
 
 TEST_P(AnyServerConflictTest, EachWriteBackOfASessionIsTestedAnew) {
-    EXPECT_EQ(1, LoadChanged()->Release());
+    EXPECT_TRUE(LoadChanged()->Release());
     const auto file = Load();
     file->WriteString("S", "K", "again");
     Overwrite(kTheirs);
-    EXPECT_EQ(0, file->Release());
+    EXPECT_FALSE(file->Release());
     EXPECT_EQ(kTheirs, Stored());
     const auto next = Load();
     EXPECT_EQ("theirs", next->ReadString("S", "K", "", 100));
@@ -198,7 +199,7 @@ TEST_F(ConflictTest, VersionStoredJustBeforeTheChangeStaysWhereTheServerTests) {
     server_.AddFile("a.kra", base_, kOld);
     const auto file = LoadChanged();
     LetSomeoneStoreBetween();
-    EXPECT_EQ(0, file->Release());
+    EXPECT_FALSE(file->Release());
     EXPECT_EQ("theirs", Stored());
     ExpectRecovered(kNew);
 }
@@ -209,7 +210,7 @@ TEST_F(ConflictTest, VersionStoredJustBeforeTheChangeIsReplacedWhereTheServerDoe
     silent.AddFile("a.kra", test::kSuffix, kOld);
     const auto file = LoadChanged();
     LetSomeoneStoreBetween();
-    EXPECT_EQ(1, file->Release());
+    EXPECT_TRUE(file->Release());
     EXPECT_EQ(kNew, Stored());
 }
 
@@ -226,7 +227,7 @@ TEST_F(ConflictTest, VersionsOfUpToOneMegabyteAreTestedByTheServer) {
     for (const std::uint32_t size : {1024 * 1024, 1024 * 1024 + 1}) {
         conditional = 0;
         Overwrite(std::string(size, 'v'));
-        EXPECT_EQ(1, LoadChanged()->Release());
+        EXPECT_TRUE(LoadChanged()->Release());
         EXPECT_EQ(size == kLargestCondition ? 1 : 0, conditional);
     }
 }
@@ -235,12 +236,12 @@ TEST_F(ConflictTest, ServerIsAskedOnceWhatItOffers) {
     server_.AddFile("a.kra", base_, kOld);
     auto file = LoadChanged();
     server_.Mark();
-    EXPECT_EQ(1, file->Release());
+    EXPECT_TRUE(file->Release());
     EXPECT_EQ((OperationCounts{.binds = 1, .searches = 2, .modifications = 1}), server_.Counts());
     file = Load();
     file->WriteString("S", "K", "again");
     server_.Mark();
-    EXPECT_EQ(1, file->Release());
+    EXPECT_TRUE(file->Release());
     EXPECT_EQ((OperationCounts{.binds = 1, .searches = 1, .modifications = 1}), server_.Counts());
 }
 
@@ -251,7 +252,7 @@ TEST_F(ConflictTest, LastWriterWinsUnlessTheSettingIsOne) {
         const auto file = LoadChanged();
         Overwrite(kTheirs);
         server_.Mark();
-        EXPECT_EQ(1, file->Release());
+        EXPECT_TRUE(file->Release());
         EXPECT_EQ((OperationCounts{.binds = 1, .modifications = 1}), server_.Counts());
         EXPECT_EQ(kNew, Stored());
     }
@@ -260,7 +261,7 @@ TEST_F(ConflictTest, LastWriterWinsUnlessTheSettingIsOne) {
 TEST_F(ConflictTest, EntryThatAppearedMeanwhileStays) {
     const auto file = LoadChanged();
     server_.AddFile("a.kra", base_, kTheirs);
-    EXPECT_EQ(0, file->Release());
+    EXPECT_FALSE(file->Release());
     EXPECT_EQ(kTheirs, Stored());
     ExpectRecovered(kNew);
 }
@@ -269,7 +270,7 @@ TEST_F(ConflictTest, EntryThatIsGoneHasTheEditRecovered) {
     server_.AddFile("a.kra", base_, kOld);
     const auto file = LoadChanged();
     server_.Apply("dn: " + Entry() + "\nchangetype: delete\n");
-    EXPECT_EQ(0, file->Release());
+    EXPECT_FALSE(file->Release());
     ExpectRecovered(kNew);
     EXPECT_THAT(boxes_.Texts().back(), testing::StartsWith(test::MessageFor(32)));
 }
@@ -280,7 +281,7 @@ TEST_F(ConflictTest, DeletedWorkingCopyLeavesWhateverTheEntryHolds) {
         const auto file = LoadChanged();
         ::DeleteFileA(file->localPath.c_str());
         Overwrite(bytes);
-        EXPECT_EQ(0, file->Release());
+        EXPECT_FALSE(file->Release());
         EXPECT_EQ(bytes, Stored());
         EXPECT_THAT(RecoveredFiles(), IsEmpty());
     }
@@ -290,11 +291,11 @@ TEST_F(ConflictTest, AttributeThatTheServerCannotCompareIsComparedBeforeTheChang
     DirectoryServer server(kSchemaWithoutComparison);
     Use(server, test::kSuffix);
     server.AddFile("a.kra", folder_, kOld);
-    EXPECT_EQ(1, LoadChanged()->Release());
+    EXPECT_TRUE(LoadChanged()->Release());
     EXPECT_EQ(kNew, Stored());
     const auto file = LoadChanged();
     Overwrite(kTheirs);
-    EXPECT_EQ(0, file->Release());
+    EXPECT_FALSE(file->Release());
     EXPECT_EQ(kTheirs, Stored());
 }
 
@@ -304,14 +305,14 @@ TEST_F(ConflictTest, EntryWithoutContentsIsRecognised) {
     server.Apply("dn: " + Entry() + "\nobjectClass: quillonFileBinary\ncn: a.kra\n");
     const auto file = LoadChanged();
     EXPECT_EQ("(none)", Stored());
-    EXPECT_EQ(1, file->Release());
+    EXPECT_TRUE(file->Release());
     EXPECT_EQ(kNew, Stored());
 }
 
 TEST_F(ConflictTest, WithdrawnRightsStillHaveTheEditRecovered) {
     server_.AddFile("a.kra", base_, kOld);
     Define(server_.Port(), base_, test::kReader, test::kReaderPassword);
-    EXPECT_EQ(0, LoadChanged()->Release());
+    EXPECT_FALSE(LoadChanged()->Release());
     ExpectRecovered(kNew);
     EXPECT_THAT(boxes_.Texts().back(), testing::StartsWith(test::MessageFor(50)));
 }

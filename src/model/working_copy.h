@@ -1,5 +1,5 @@
 // Working copies of directory files: fetching an entry's bytes into a local file and storing them
-// again, and moving single files and trees between a directory and a local folder.
+// again.
 //
 // Each operation that opens the connection closes it again, so that no connection stays open while
 // a client thinks.
@@ -10,14 +10,10 @@
 #include <string>
 
 #include "config/profile_edit.h"
-#include "directory/connection_scope.h"
 #include "directory/ldap_items.h"
 #include "platform/digest.h"
 
 namespace depot {
-
-// Connects to the location, asking for credentials where none are known or the known ones fail.
-bool OpenDirectory(CLDAPItems& directory, std::string* errorText);
 
 // What a working copy was made from, and what became of it since.
 struct WorkingCopyOrigin {
@@ -41,12 +37,12 @@ std::string FetchToLocal(CLDAPItems& directory, const std::string& dn,
 // set is a parameter error, which is shown. `origin` is what the fetch left, and what writes added.
 //
 // No edit is lost. Bytes that cannot be stored are kept among the recovered files; where even that
-// fails the working copy stays. A working copy that somebody else holds is waited for, for three
+// fails the working copy stays. A working copy that another program holds is waited for, for three
 // seconds; one that cannot be read even then, or is gone, leaves the entry as it is, and so does
 // one that does not hold all that its user wrote: that one is kept as one that cannot be stored,
 // with the edits that it lacks. The entry's present bytes are kept before those of a working copy
 // that was fetched incompletely take their place; when they cannot be kept the entry stays as it
-// is. A message box tells of each of these, and its text ends with the path of what was kept.
+// is. A message box reports each of these, and its text ends with the path of what was kept.
 //
 // Where the location wants conflicts detected, bytes that are not those of `origin` stay in the
 // entry, and the working copy is kept as one that cannot be stored.
@@ -54,23 +50,19 @@ int ReleaseLocal(CLDAPItems& directory, const std::string& dn, const std::string
                  bool writeBack, std::string* errorText = nullptr,
                  const WorkingCopyOrigin& origin = {});
 
-// Adds a local file under a folder entry, under its own name; one that cannot be read counts as
-// empty. Returns 1 when the entry was added, else 0 with the directory's code as the last error; an
-// entry that exists is a failure. With `connect` the object connects first and is not connected
-// afterwards. `errorText` receives the message of a missing path or a failed connection.
-int UploadNewFile(CLDAPItems& directory, const std::string& localPath, const std::string& parentDN,
-                  bool connect, std::string* errorText);
+// What becomes of a working copy whose library is being taken out of the process: no server is
+// asked, nothing is shown, and no file is waited for.
 
-// Writes the files of a subtree into one local folder, which is created when there is anything to
-// put there. A file that exists is replaced only by one that was read and written whole. What
-// cannot be listed, read or written is passed over, and makes the result 0 with the code of the
-// first such failure as the last error. Entries whose names must not become local names are left
-// out; `errorText`, where one is given, then says how many. Where files of the subtree share a name
-// the last one stays, and the result is 0 with LDAP_NAMING_VIOLATION.
-//
-// Kept: every file lands in the folder itself, and the subfolders are created but stay empty.
-// Relied on by: existing clients, which look for all files in one place.
-int DownloadTree(CLDAPItems& directory, const std::string& dn, const std::string& localFolder,
-                 bool connect, std::string* errorText = nullptr);
+// Moves the working copy at `localPath`, with the edits that it refused, into `folder`, a
+// RecoveredFolder of before, under a name that is made of `name`. Where that fails the working copy
+// stays.
+void KeepWorkingCopy(const std::string& localPath, const std::string& name,
+                     const std::string& folder, const RefusedEdits& refused);
+
+// Deletes an unchanged working copy; the next process looks for those that stay.
+void DropWorkingCopy(const std::string& localPath) noexcept;
+
+// Whether the location wants nothing replaced but the bytes that were fetched.
+bool DetectsConflicts(const CDepotPath& location);
 
 }  // namespace depot

@@ -68,7 +68,7 @@ protected:
 TEST_F(RecoveryTest, ServerGoneBeforeTheReleaseLeavesTheBytesRecovered) {
     const auto file = LoadChanged();
     server_.Stop();
-    EXPECT_EQ(0, file->Release());
+    EXPECT_FALSE(file->Release());
     server_.Continue();
     ExpectRecovered(kNew);
     EXPECT_THAT(boxes_.Texts().back(), testing::StartsWith("LDAP: "));
@@ -81,7 +81,7 @@ TEST_F(RecoveryTest, ServerGoneDuringTheUploadLeavesTheBytesRecovered) {
     endingServer = &server_;
     realModify = Directory().Client().ldap_modify_s;
     Directory().Client().ldap_modify_s = &EndServerThenModify;
-    EXPECT_EQ(0, file->Release());
+    EXPECT_FALSE(file->Release());
     server_.Continue();
     ExpectRecovered(kNew);
     EXPECT_THAT(test::WorkingCopies(), IsEmpty());
@@ -89,7 +89,7 @@ TEST_F(RecoveryTest, ServerGoneDuringTheUploadLeavesTheBytesRecovered) {
 
 TEST_F(RecoveryTest, MissingRightsLeaveTheBytesRecovered) {
     Define(server_.Port(), base_, test::kReader, test::kReaderPassword);
-    EXPECT_EQ(0, LoadChanged()->Release());
+    EXPECT_FALSE(LoadChanged()->Release());
     ExpectRecovered(kNew);
     EXPECT_THAT(boxes_.Texts().back(), testing::StartsWith(test::MessageFor(50)));
     EXPECT_EQ(kOld, Contents("a.kra"));
@@ -98,7 +98,7 @@ TEST_F(RecoveryTest, MissingRightsLeaveTheBytesRecovered) {
 TEST_F(RecoveryTest, DeletedEntryLeavesTheBytesRecovered) {
     const auto file = LoadChanged();
     server_.Apply("dn: " + Dn("a.kra") + "\nchangetype: delete\n");
-    EXPECT_EQ(0, file->Release());
+    EXPECT_FALSE(file->Release());
     ExpectRecovered(kNew);
     EXPECT_THAT(boxes_.Texts().back(), testing::StartsWith(test::MessageFor(32)));
 }
@@ -106,7 +106,7 @@ TEST_F(RecoveryTest, DeletedEntryLeavesTheBytesRecovered) {
 TEST_F(RecoveryTest, EntryThatNeverWasLeavesTheBytesRecovered) {
     const auto file = LoadChanged("never.kra");
     EXPECT_EQ("new", file->ReadString("S", "K", "", 100));
-    EXPECT_EQ(0, file->Release());
+    EXPECT_FALSE(file->Release());
     ExpectRecovered(kNew);
 }
 
@@ -119,7 +119,7 @@ TEST_F(RecoveryTest, SizeLimitOfTheServerLeavesTheBytesRecovered) {
     file->WriteString("S", "K", "new");
     ASSERT_EQ(1, CopyFileA(test::ScratchFolder().MakeFile("large", large).c_str(),
                            file->localPath.c_str(), FALSE));
-    EXPECT_EQ(0, file->Release());
+    EXPECT_FALSE(file->Release());
     ExpectRecovered(large);
 }
 
@@ -129,7 +129,7 @@ TEST_F(RecoveryTest, DeletedWorkingCopyLeavesTheEntry) {
     ::DeleteFileA(localPath.c_str());
     const test::NoPauses pauses;
     server_.Mark();
-    EXPECT_EQ(0, file->Release());
+    EXPECT_FALSE(file->Release());
     // What is gone does not come back.
     EXPECT_EQ(0, pauses.Count());
     EXPECT_EQ("", server_.Log());
@@ -144,7 +144,7 @@ TEST_F(RecoveryTest, WorkingCopyThatAWriteMakesAnewIsRecoveredAndLeavesTheEntry)
     ::DeleteFileA(file->localPath.c_str());
     file->WriteString("S", "K", "new");
     EXPECT_EQ("new", file->ReadString("S", "K", "", 100));
-    EXPECT_EQ(0, file->Release());
+    EXPECT_FALSE(file->Release());
     ExpectRecovered(kNew);
     EXPECT_EQ("[S]\r\nK=old\r\nL=keep\r\n", Contents("b.kra"));
 }
@@ -179,7 +179,7 @@ TEST_F(RecoveryTest, WorkingCopyHeldForAMomentIsStored) {
     const std::string localPath = file->localPath;
     Holder holder(localPath);
     holder.LetGoAfter(1500);
-    EXPECT_EQ(1, file->Release());
+    EXPECT_TRUE(file->Release());
     EXPECT_EQ(kNew, Contents("a.kra"));
     EXPECT_FALSE(test::Exists(localPath));
     EXPECT_THAT(RecoveredFiles(), IsEmpty());
@@ -193,7 +193,7 @@ TEST_F(RecoveryTest, WorkingCopyHeldForGoodStaysAndLeavesTheEntry) {
         const Holder holder(localPath);
         const test::NoPauses pauses;
         server_.Mark();
-        EXPECT_EQ(0, file->Release());
+        EXPECT_FALSE(file->Release());
         EXPECT_EQ(3000, (pauses.Count() + 1) * 50);
         EXPECT_EQ("", server_.Log());
     }
@@ -208,7 +208,7 @@ TEST_F(RecoveryTest, UnchangedWorkingCopyHeldForAMomentIsDeleted) {
     const std::string localPath = file->localPath;
     Holder holder(localPath);
     holder.LetGoAfter(300);
-    EXPECT_EQ(1, file->Release());
+    EXPECT_TRUE(file->Release());
     EXPECT_FALSE(test::Exists(localPath));
 }
 
@@ -219,7 +219,7 @@ TEST_F(RecoveryTest, WriteToAWorkingCopyHeldForAMomentIsStored) {
         holder.LetGoAfter(300);
         file->WriteString("S", "K", "new");
     }
-    EXPECT_EQ(1, file->Release());
+    EXPECT_TRUE(file->Release());
     EXPECT_EQ(kNew, Contents("a.kra"));
 }
 
@@ -231,7 +231,7 @@ TEST_F(RecoveryTest, WritesToAWorkingCopyHeldForGoodWaitOnceAndAreRecovered) {
         for (const char* value : {"one", "two", "new"}) file->WriteString("S", "K", value);
         EXPECT_EQ(3000, (pauses.Count() + 1) * 50);
     }
-    EXPECT_EQ(0, file->Release());
+    EXPECT_FALSE(file->Release());
     ExpectRecovered(kNew);
     EXPECT_EQ(kOld, Contents("a.kra"));
 }
@@ -259,7 +259,7 @@ TEST_F(RecoveryTest, FailedFetchHasTheEntrysBytesRecoveredBeforeTheyAreReplaced)
     Directory().Client().ldap_search_s = &FailSearch;
     const auto file = LoadChanged();
     Directory().Client().ldap_search_s = realSearch;
-    EXPECT_EQ(1, file->Release());
+    EXPECT_TRUE(file->Release());
     ExpectRecovered(kOld);
     EXPECT_EQ(kNew, Contents("a.kra"));
 }
@@ -267,7 +267,7 @@ TEST_F(RecoveryTest, FailedFetchHasTheEntrysBytesRecoveredBeforeTheyAreReplaced)
 TEST_F(RecoveryTest, FailedFetchThatStillFailsLeavesTheEntryAndRecoversTheEdit) {
     Choose();
     Directory().Client().ldap_search_s = &FailSearch;
-    EXPECT_EQ(0, LoadChanged()->Release());
+    EXPECT_FALSE(LoadChanged()->Release());
     ExpectRecovered(kNew);
     EXPECT_EQ(kOld, Contents("a.kra"));
 }
@@ -275,7 +275,7 @@ TEST_F(RecoveryTest, FailedFetchThatStillFailsLeavesTheEntryAndRecoversTheEdit) 
 TEST_F(RecoveryTest, FailedFetchOfAnUnchangedFileLeavesEverything) {
     Choose();
     Directory().Client().ldap_search_s = &FailSearch;
-    EXPECT_EQ(1, Load()->Release());
+    EXPECT_TRUE(Load()->Release());
     EXPECT_THAT(RecoveredFiles(), IsEmpty());
     EXPECT_THAT(test::WorkingCopies(), IsEmpty());
     EXPECT_EQ(kOld, Contents("a.kra"));
@@ -295,7 +295,7 @@ TEST_F(RecoveryTest, WorkingCopyStaysWhenNothingCanBeRecovered) {
     const auto file = LoadChanged();
     const std::string localPath = file->localPath;
     server_.Stop();
-    EXPECT_EQ(0, file->Release());
+    EXPECT_FALSE(file->Release());
     server_.Continue();
     EXPECT_EQ(kNew, FileBytes(localPath));
     EXPECT_THAT(boxes_.Texts().back(), EndsWith(localPath));
@@ -342,7 +342,7 @@ TEST_F(RecoveryTest, BytesThatDoNotReachTheDiskLeaveTheWorkingCopy) {
     const test::ImportPatch<decltype(&FlushFileBuffers)> flush("FlushFileBuffers", &FailToFlush);
     ASSERT_TRUE(flush.IsInPlace());
     server_.Stop();
-    EXPECT_EQ(0, file->Release());
+    EXPECT_FALSE(file->Release());
     server_.Continue();
     EXPECT_THAT(RecoveredFiles(), IsEmpty());
     EXPECT_EQ(kNew, FileBytes(localPath));

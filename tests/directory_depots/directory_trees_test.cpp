@@ -1,10 +1,15 @@
-// Downloading a subtree into a local folder.
-#include "model/local_mirror.h"
-#include "support/directory_fixture.h"
-#include "support/scratch.h"
+// Adding a local file to a directory and downloading a subtree into a local folder.
+#include "model/directory_trees.h"
+
+#include "directory_depots/depot_fixture.h"
 
 namespace depot {
 namespace {
+
+using test::FileBytes;
+using testing::IsEmpty;
+
+constexpr char kBytes[] = "[S]\r\nK=v\r\n";
 
 // The searches that fail, by the name of their entry.
 std::string failing;
@@ -29,7 +34,7 @@ protected:
     std::string text_ = "junk";
 };
 
-TEST_F(DownloadTreeTest, AllFilesLandInTheFolderItselfAndNothingIsSaid) {
+TEST_F(DownloadTreeTest, AllFilesLandInTheFolderItselfAndNothingIsReported) {
     server_.AddFile("a.krc", base_, "one");
     server_.AddFolder("sub", base_);
     server_.AddFile("b.krc", Dn("sub"), "two");
@@ -59,7 +64,7 @@ TEST_F(DownloadTreeTest, WithoutAnErrorTextUnsafeNamesAreLeftOutSilently) {
     EXPECT_FALSE(test::Exists(local_.At("a")));
 }
 
-TEST_F(DownloadTreeTest, AnEmptyOrMissingFolderCreatesNothing) {
+TEST_F(DownloadTreeTest, EmptyOrMissingFolderCreatesNothing) {
     server_.AddFolder("empty", base_);
     EXPECT_EQ(1, DownloadTree(Connected(), Dn("empty"), local_.At("out"), false, &text_));
     EXPECT_FALSE(test::Exists(local_.At("out")));
@@ -69,7 +74,7 @@ TEST_F(DownloadTreeTest, AnEmptyOrMissingFolderCreatesNothing) {
     EXPECT_EQ("junk", text_);
 }
 
-TEST_F(DownloadTreeTest, AServerThatCannotBeReachedCreatesNothing) {
+TEST_F(DownloadTreeTest, ServerThatCannotBeReachedCreatesNothing) {
     const unsigned port = test::ClosedPort();
     test::ForgetServer(port);
     auto location = server_.Location(base_).Clone();
@@ -80,7 +85,7 @@ TEST_F(DownloadTreeTest, AServerThatCannotBeReachedCreatesNothing) {
     EXPECT_NE("junk", text_);
 }
 
-TEST_F(DownloadTreeTest, AFileThatCannotBeWrittenIsPassedOverAndReported) {
+TEST_F(DownloadTreeTest, FileThatCannotBeWrittenIsPassedOverAndReported) {
     server_.AddFile("a.krc", base_, "one");
     server_.AddFile("b.krc", base_, "two");
     local_.MakeFolder("a.krc");
@@ -89,7 +94,7 @@ TEST_F(DownloadTreeTest, AFileThatCannotBeWrittenIsPassedOverAndReported) {
     EXPECT_EQ("two", test::FileBytes(local_.At("b.krc")));
 }
 
-TEST_F(DownloadTreeTest, AFileThatCannotBeReadLeavesTheLocalOneAndIsReported) {
+TEST_F(DownloadTreeTest, FileThatCannotBeReadLeavesTheLocalOneAndIsReported) {
     server_.AddFile("a.krc", base_, "one");
     server_.AddFile("b.krc", base_, "two");
     for (const char* name : {"a.krc", "b.krc"}) local_.MakeFile(name, "old");
@@ -100,7 +105,7 @@ TEST_F(DownloadTreeTest, AFileThatCannotBeReadLeavesTheLocalOneAndIsReported) {
     EXPECT_EQ("two", test::FileBytes(local_.At("b.krc")));
 }
 
-TEST_F(DownloadTreeTest, AFileWhoseBytesCannotBeSeenReplacesNothing) {
+TEST_F(DownloadTreeTest, FileWhoseBytesCannotBeSeenReplacesNothing) {
     server_.AddFile("a.krc", base_, "one");
     server_.AddFile("b.krc", base_, "two");
     local_.MakeFile("a.krc", "old");
@@ -111,7 +116,7 @@ TEST_F(DownloadTreeTest, AFileWhoseBytesCannotBeSeenReplacesNothing) {
     EXPECT_EQ("", test::FileBytes(local_.At("b.krc")));
 }
 
-TEST_F(DownloadTreeTest, AFolderThatCannotBeListedIsPassedOverAndReported) {
+TEST_F(DownloadTreeTest, FolderThatCannotBeListedIsPassedOverAndReported) {
     server_.AddFolder("deep", base_);
     server_.AddFolder("sub", base_);
     server_.AddFile("b.krc", Dn("sub"), "two");
@@ -122,7 +127,7 @@ TEST_F(DownloadTreeTest, AFolderThatCannotBeListedIsPassedOverAndReported) {
     EXPECT_TRUE(test::Exists(local_.At("deep")));
 }
 
-TEST_F(DownloadTreeTest, ASubfolderThatCannotBeMadeIsReportedAndItsFilesCome) {
+TEST_F(DownloadTreeTest, SubfolderThatCannotBeMadeIsReportedAndItsFilesCome) {
     server_.AddFolder("sub", base_);
     server_.AddFile("b.krc", Dn("sub"), "two");
     local_.MakeFile("sub", "a file");
@@ -147,6 +152,105 @@ TEST_F(DownloadTreeTest, OfFilesOfOneNameInTheTreeTheLastOneInListOrderStaysAndI
     // Each folder with all that is below it comes before the next one.
     EXPECT_EQ("deep", test::FileBytes(local_.At("a.krc")));
     EXPECT_EQ("2", test::FileBytes(local_.At("b.krc")));
+}
+
+class DepotDownloadTreeTest : public test::DepotFixture {
+protected:
+    test::ScratchFolder folder_;
+};
+
+TEST_F(DepotDownloadTreeTest, DownloadedTreeLandsInOneFolderWithEmptySubfolders) {
+    server_.AddFolder("A", base_);
+    server_.AddFile("a1.kra", Dn("A"), "one");
+    server_.AddFolder("B", Dn("A"));
+    server_.AddFile("b1.kra", "cn=B," + Dn("A"), "two");
+    EXPECT_EQ(1, DownloadTree(Directory(), Dn("A"), folder_.At("local"), true));
+    EXPECT_EQ("one", FileBytes(folder_.At("local\\a1.kra")));
+    EXPECT_EQ("two", FileBytes(folder_.At("local\\b1.kra")));
+    EXPECT_TRUE(test::Exists(folder_.At("local\\B")));
+    EXPECT_FALSE(test::Exists(folder_.At("local\\B\\b1.kra")));
+    EXPECT_FALSE(Directory().IsConnected());
+}
+
+class UploadNewFileTest : public test::DepotFixture {
+protected:
+    test::ScratchFolder folder_;
+};
+
+TEST_F(UploadNewFileTest, NewFileIsAddedUnderItsOwnName) {
+    const std::string path = folder_.MakeFile("new.kra", "bytes");
+    std::string text = "junk";
+    EXPECT_EQ(1, UploadNewFile(Directory(), path, base_, true, &text));
+    EXPECT_EQ("bytes", Contents("new.kra"));
+    EXPECT_FALSE(Directory().IsConnected());
+    EXPECT_EQ(0, UploadNewFile(Directory(), path, base_, true, &text));
+}
+
+TEST_F(UploadNewFileTest, MissingPathOrParentIsAParameterErrorWithoutABox) {
+    for (const bool hasPath : {false, true}) {
+        std::string text = "junk";
+        EXPECT_EQ(0, UploadNewFile(Directory(), hasPath ? folder_.MakeFile("n", "x") : "",
+                                   hasPath ? "" : base_, true, &text));
+        EXPECT_EQ(89u, Directory().LastError());
+        EXPECT_EQ(89u, Directory().SharedInfo().Access()->lastError);
+        EXPECT_EQ(test::MessageFor(89), text);
+        Directory().SharedInfo().Access()->lastError = 0;
+    }
+    EXPECT_THAT(boxes_.Boxes(), IsEmpty());
+}
+
+TEST_F(UploadNewFileTest, EntryThatExistsIsLeftAlone) {
+    const std::string path = folder_.MakeFile("new.kra", "bytes");
+    server_.AddFile("new.kra", base_, "old");
+    EXPECT_EQ(0, UploadNewFile(Directory(), path, base_, true, nullptr));
+    EXPECT_EQ(std::uint32_t{LDAP_ALREADY_EXISTS}, Directory().LastError());
+    EXPECT_EQ("old", Contents("new.kra"));
+}
+
+TEST_F(UploadNewFileTest, FileThatCannotBeReadAddsABlank) {
+    EXPECT_EQ(1, UploadNewFile(Directory(), folder_.At("none.kra"), base_, true, nullptr));
+    EXPECT_EQ(" ", Contents("none.kra"));
+}
+
+TEST_F(UploadNewFileTest, WithoutTheConnectFlagItNeedsAndKeepsAConnection) {
+    const std::string path = folder_.MakeFile("new.kra", "bytes");
+    EXPECT_EQ(0, UploadNewFile(Directory(), path, base_, false, nullptr));
+    EXPECT_EQ(std::uint32_t{LDAP_SERVER_DOWN}, Directory().LastError());
+    ASSERT_EQ(1, Directory().ConnectLocation(nullptr));
+    EXPECT_EQ(1, UploadNewFile(Directory(), path, base_, false, nullptr));
+    EXPECT_TRUE(Directory().IsConnected());
+    EXPECT_EQ("bytes", Contents("new.kra"));
+}
+
+TEST_F(UploadNewFileTest, MissingParentOrDeadServerIsAFailure) {
+    const std::string path = folder_.MakeFile("new.kra", "bytes");
+    EXPECT_EQ(0, UploadNewFile(Directory(), path, Dn("none"), true, nullptr));
+    EXPECT_EQ(std::uint32_t{LDAP_NO_SUCH_OBJECT}, Directory().LastError());
+    Define(test::ClosedPort(), base_);
+    std::string text = "junk";
+    EXPECT_EQ(0, UploadNewFile(Directory(), path, base_, true, &text));
+    EXPECT_NE("junk", text);
+}
+
+TEST_F(UploadNewFileTest, OpenConnectionStaysOpen) {
+    CLDAPItems& items = Connected();
+    EXPECT_EQ(1, UploadNewFile(items, folder_.MakeFile("a.kra", kBytes), base_, false, nullptr));
+    EXPECT_TRUE(items.IsConnected());
+    EXPECT_EQ(kBytes, Contents("a.kra"));
+}
+
+TEST_F(UploadNewFileTest, FileThatCannotBeReadAddsABlankOnAnOpenConnection) {
+    EXPECT_EQ(1, UploadNewFile(Connected(), folder_.At("none.kra"), base_, false, nullptr));
+    EXPECT_EQ(" ", Contents("none.kra"));
+}
+
+TEST_F(UploadNewFileTest, ServerThatIsGoneIsAFailure) {
+    CDepotPath location = server_.Location(base_);
+    location.port = test::ClosedPort();
+    location.authentication = kAnonymousAuthentication;
+    test::ForgetServer(location.port);
+    CLDAPItems items(&location);
+    EXPECT_EQ(0, UploadNewFile(items, folder_.MakeFile("a.kra", kBytes), base_, true, nullptr));
 }
 
 }  // namespace

@@ -1,0 +1,164 @@
+#include "model/directory_trees.h"
+
+#include <optional>
+#include <utility>
+#include <vector>
+
+#include "model/fetched_file.h"
+#include "platform/file_names.h"
+#include "platform/local_file.h"
+#include "platform/local_name.h"
+#include "platform/paths.h"
+
+namespace depot {
+namespace {
+
+// Leaves the object unconnected on every way out, where that is wanted.
+class ClosingScope {
+public:
+    ClosingScope(LdapConnection& connection, bool closes)
+        : connection_(connection), closes_(closes) {}
+    ~ClosingScope() {
+        if (closes_) connection_.Close();
+    }
+    ClosingScope(const ClosingScope&) = delete;
+    ClosingScope& operator=(const ClosingScope&) = delete;
+
+private:
+    LdapConnection& connection_;
+    bool closes_;
+};
+
+struct LocalChild {
+    std::string dn;
+    std::string name;
+    bool isFolder = false;
+};
+
+// Leaves out entries that are neither kind, and counts those whose name must not become a local
+// one.
+std::vector<LocalChild> LocalChildren(const LocationSchema& schema, const LdapItemList& children,
+                                      std::uint32_t& unsafeNames) {
+    std::vector<LocalChild> found;
+    for (const CLDAPItem* child : children) {
+        std::optional<EntryName> entry = schema.SplitEntryName(child->path);
+        if (!entry) continue;
+        if (IsSafeLocalName(entry->name)) {
+            found.push_back({child->path, std::move(entry->name), entry->isFolder});
+        } else {
+            ++unsafeNames;
+        }
+    }
+    return found;
+}
+
+// Fetches the files of a subtree into one local folder. Going on after a failure, it remembers the
+// first one.
+class TreeFetch {
+public:
+    TreeFetch(EntryStore& entries, const std::string& localFolder)
+        : entries_(entries), localFolder_(localFolder) {}
+
+    // Returns the first failure. A server's tree may be deeper than the
+    // stack, so that what is left to do is kept in a list.
+    Result Run(const std::string& dn) {
+        Visit(dn);
+        while (!folders_.empty()) {
+            const LocalChild folder = std::move(folders_.back());
+            folders_.pop_back();
+            EnsureFolder(JoinPath(localFolder_, folder.name));
+            Visit(folder.dn);
+        }
+        return first_;
+    }
+
+    std::uint32_t UnsafeNames() const { return unsafeNames_; }
+    // Whether a file took the place of another one of the subtree.
+    bool SharesNames() const { return sharesNames_; }
+
+private:
+    void Note(Result result) {
+        if (first_) first_ = std::move(result);
+    }
+    void Note(std::uint32_t code) { Note(entries_.Connection().Outcome(code)); }
+    void EnsureFolder(const std::string& path) {
+        if (!EnsureLocalFolder(path)) Note(LDAP_LOCAL_ERROR);
+    }
+
+    void Visit(const std::string& dn) {
+        LdapItemList children;
+        Note(entries_.List(dn, children));
+        unsafeNames_ += entries_.UnsafeNames();
+        if (children.Count() > 0) EnsureFolder(localFolder_);
+        std::vector<LocalChild> found = LocalChildren(entries_.Schema(), children, unsafeNames_);
+        for (const LocalChild& child : found) {
+            if (!child.isFolder) FetchFile(child);
+        }
+        // The last one is taken first.
+        for (auto child = found.rbegin(); child != found.rend(); ++child) {
+            if (child->isFolder) folders_.push_back(std::move(*child));
+        }
+    }
+
+    void FetchFile(const LocalChild& file) {
+        FileBuffer contents;
+        if (Result read = entries_.Read(file.dn, contents); !read) {
+            Note(std::move(read));
+            return;
+        }
+        Note(WriteFetchedFile(contents, JoinPath(localFolder_, file.name),
+                              ExistingFile::kIsReplaced));
+        // The last file of a name stays, but the others are not passed over silently.
+        if (names_.Insert(file.name)) return;
+        sharesNames_ = true;
+        Note(LDAP_NAMING_VIOLATION);
+    }
+
+    EntryStore& entries_;
+    const std::string& localFolder_;
+    std::vector<LocalChild> folders_;
+    FileNameSet names_;
+    bool sharesNames_ = false;
+    std::uint32_t unsafeNames_ = 0;
+    Result first_;
+};
+
+// Connects where that is asked for and needed.
+Result OpenIf(bool connect, LdapConnection& connection) {
+    return connect && !connection.IsConnected() ? connection.Open() : Result();
+}
+
+}  // namespace
+
+int UploadNewFile(CLDAPItems& directory, const std::string& localPath, const std::string& parentDN,
+                  bool connect, std::string* errorText) {
+    LdapConnection& connection = directory.Connection();
+    if (localPath.empty() || parentDN.empty()) {
+        connection.Shared().SetLastError(LDAP_PARAM_ERROR);
+        return directory.Fail(LDAP_PARAM_ERROR, errorText);
+    }
+    const ClosingScope closing(connection, connect);
+    if (directory.AsFlag(OpenIf(connect, connection), errorText) == 0) return 0;
+    const std::string name = NamePart(localPath);
+    const std::vector<std::uint8_t> bytes =
+        ReadLocalFile(localPath).value_or(std::vector<std::uint8_t>());
+    const std::string dn = EntryDN(directory.Schema().NamingNames().file, name, parentDN);
+    const std::uint32_t code =
+        directory.AddFileEntry(dn, name, bytes.data(), static_cast<std::uint32_t>(bytes.size()));
+    return code == LDAP_SUCCESS ? 1 : 0;
+}
+
+int DownloadTree(CLDAPItems& directory, const std::string& dn, const std::string& localFolder,
+                 bool connect, std::string* errorText) {
+    const ClosingScope closing(directory.Connection(), connect);
+    if (directory.AsFlag(OpenIf(connect, directory.Connection()), errorText) == 0) return 0;
+    TreeFetch fetch(directory.Entries(), localFolder);
+    const Result fetched = fetch.Run(dn);
+    if (fetch.SharesNames() && errorText != nullptr) *errorText = kSharedNamesText;
+    if (fetch.UnsafeNames() > 0 && errorText != nullptr) {
+        *errorText = UnsafeNamesText(fetch.UnsafeNames());
+    }
+    return directory.AsFlag(fetched, nullptr);
+}
+
+}  // namespace depot

@@ -1,0 +1,180 @@
+// The way of a changed working copy back into its entry.
+#include <new>
+#include <vector>
+
+#include "directory/connection_scope.h"
+#include "model/depot_paths.h"
+#include "model/recovered_files.h"
+#include "model/working_copy.h"
+#include "model/working_copy_journal.h"
+#include "platform/error_text.h"
+#include "platform/file_in_use.h"
+#include "platform/local_file.h"
+#include "platform/text.h"
+#include "platform/user_notice.h"
+#include "platform/win32.h"
+
+namespace depot {
+namespace {
+
+constexpr char kMessageTitle[] = "Quillon";
+
+class WriteBack {
+public:
+    WriteBack(CLDAPItems& directory, const std::string& dn, const std::string& localPath)
+        : directory_(directory), entries_(directory.Entries()), dn_(dn), localPath_(localPath) {}
+
+    // `origin` is what the working copy was made from.
+    Result Run(const WorkingCopyOrigin& origin) {
+        RetryWhileInUse(FileUse::kOwn, [&] {
+            bytes_ = ReadLocalFile(localPath_);
+            return bytes_.has_value();
+        });
+        localError_ = bytes_ ? origin.refused.error : GetLastError();
+        reason_ = origin.code;
+        // What cannot be read, or is not all that was written, replaces nothing.
+        const bool whole = bytes_ && localError_ == ERROR_SUCCESS;
+        Result stored = whole ? Store(origin) : Failure(LDAP_LOCAL_ERROR);
+        if (stored) return stored;
+        reason_ = stored.Why().code;
+        KeepWorkingCopy(origin.refused);
+        return stored;
+    }
+
+    // Whether the only copy of the user's bytes is the working copy itself.
+    bool MustStay() const { return mustStay_; }
+
+    // Shows what was kept and returns the text; empty when nothing had to be. What was done stays
+    // done also when memory runs out here.
+    std::string Report() try {
+        if (kept_.empty() && reason_ != kContentsChanged) return {};
+        std::string text = Reason();
+        if (!text.empty() && !kept_.empty()) text += "\n";
+        text += kept_;
+        ShowNotice(text, kMessageTitle, nullptr);
+        return text;
+    } catch (const std::bad_alloc&) {
+        return {};
+    }
+
+private:
+    Result Failure(std::uint32_t code) { return directory_.Connection().Outcome(code); }
+
+    Result Store(const WorkingCopyOrigin& origin) {
+        // The connection reports its own failure, too.
+        const ConnectionScope connection(directory_.Connection());
+        if (!connection) return connection.Outcome();
+        if (DetectsConflicts(directory_.Location())) return StoreUnlessChanged(origin.digest);
+        // A missing entry has no bytes that could be lost.
+        const bool complete = origin.code == LDAP_SUCCESS || origin.code == LDAP_NO_SUCH_OBJECT;
+        if (!complete) {
+            if (Result kept = KeepEntry(); !kept) return kept;
+        }
+        return entries_.Replace(dn_, Data(), Length());
+    }
+
+    // Stores only over the very bytes that were fetched.
+    Result StoreUnlessChanged(const std::optional<Digest>& fetched) {
+        FileBuffer present;
+        if (Result read = ReadUnchanged(fetched, present); !read) return read;
+        Result stored = entries_.ReplaceUnchanged(dn_, Data(), Length(), present);
+        const std::uint32_t code = CodeOf(stored);
+        if (code != kContentsChanged && code != LDAP_UNAVAILABLE_CRIT_EXTENSION) return stored;
+        // A server that cannot compare this attribute's values refuses as well: then the entry
+        // still holds what was fetched, and looking just before the change must do.
+        if (Result read = ReadUnchanged(fetched, present); !read) return read;
+        return entries_.Replace(dn_, Data(), Length());
+    }
+
+    Result ReadUnchanged(const std::optional<Digest>& fetched, FileBuffer& present) {
+        Result read = entries_.Read(dn_, present);
+        return read && fetched != DigestOf(present) ? Failure(kContentsChanged) : read;
+    }
+
+    const void* Data() const { return bytes_->data(); }
+    std::uint32_t Length() const { return static_cast<std::uint32_t>(bytes_->size()); }
+
+    // Keeps what the entry holds now.
+    Result KeepEntry() {
+        FileBuffer present;
+        Result read = entries_.Read(dn_, present);
+        if (!read || present.length == 0) return read;
+        kept_ = KeepRecovered(Name(), present.bytes.get(), present.length);
+        return kept_.empty() ? Failure(LDAP_LOCAL_ERROR) : Result();
+    }
+
+    void KeepWorkingCopy(const RefusedEdits& refused) {
+        std::string kept;
+        if (bytes_) {
+            kept = KeepRecoveredProfile(RecoveredFolder(), Name(),
+                                        refused.whole ? *refused.whole : *bytes_, refused.edits);
+        }
+        mustStay_ = kept.empty() && PathMayExist(localPath_);
+        // What is gone is named as well: its user has to know which edit it was.
+        if (mustStay_ || !bytes_) kept = localPath_;
+        // In a conflict the entry stays, and what was kept of it is of no use to anyone.
+        if (!kept.empty() || reason_ == kContentsChanged) kept_ = std::move(kept);
+    }
+
+    std::string Name() const {
+        const std::optional<EntryName> entry = directory_.Schema().SplitEntryName(dn_);
+        return entry ? entry->name : std::string();
+    }
+
+    std::string Reason() {
+        if (reason_ != LDAP_SUCCESS) directory_.SetLastError(reason_);
+        if (reason_ == kContentsChanged) return ConflictText();
+        return localError_ != ERROR_SUCCESS ? LocalErrorText() : directory_.ErrorText();
+    }
+
+    std::string LocalErrorText() const {
+        const std::string lead = "The changes of \"" + Name() + "\" were not stored.";
+        std::string text;
+        FormatErrorText(localError_, lead.c_str(), kMessageTitle, &text, nullptr);
+        return std::string(TrimTrailingBlanks(text));
+    }
+
+    std::string ConflictText() const {
+        return "\"" + Name() + "\" was changed by someone else meanwhile. That version stays" +
+               (kept_.empty() ? "." : "; yours is kept here:");
+    }
+
+    CLDAPItems& directory_;
+    EntryStore& entries_;
+    const std::string& dn_;
+    const std::string& localPath_;
+    std::optional<std::vector<std::uint8_t>> bytes_;
+    DWORD localError_ = ERROR_SUCCESS;  // of the working copy itself
+    std::uint32_t reason_ = LDAP_SUCCESS;
+    std::string kept_;
+    bool mustStay_ = false;
+};
+
+}  // namespace
+
+int ReleaseLocal(CLDAPItems& directory, const std::string& dn, const std::string& localPath,
+                 bool writeBack, std::string* errorText, const WorkingCopyOrigin& origin) {
+    if (localPath.empty()) {
+        if (writeBack) directory.ReportError(LDAP_PARAM_ERROR, errorText);
+        return 0;
+    }
+    if (!writeBack) {
+        DeleteWorkingCopy(localPath);
+        return 1;
+    }
+    WriteBack work(directory, dn, localPath);
+    const Result stored = work.Run(origin);
+    directory.SetLastError(CodeOf(stored));
+    // One that stays is left where the message says that it is.
+    if (work.MustStay()) {
+        ForgetWorkingCopy(localPath);
+    } else {
+        DeleteWorkingCopy(localPath);
+    }
+    // After the working copy is deleted: nothing waits for the user.
+    std::string text = work.Report();
+    if (errorText != nullptr && !text.empty()) *errorText = std::move(text);
+    return stored ? 1 : 0;
+}
+
+}  // namespace depot
