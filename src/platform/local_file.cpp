@@ -41,11 +41,6 @@ void MakeFolders(const std::string& path) {
     CreateDirectoryA(path.c_str(), nullptr);
 }
 
-// What the system says of a name that nothing has or can have.
-constexpr DWORD kAbsent[] = {ERROR_FILE_NOT_FOUND, ERROR_PATH_NOT_FOUND,
-                             ERROR_INVALID_DRIVE,  ERROR_INVALID_NAME,
-                             ERROR_BAD_PATHNAME,   ERROR_FILENAME_EXCED_RANGE};
-
 }  // namespace
 
 bool PathExists(const std::string& path) {
@@ -106,16 +101,6 @@ bool WriteLocalFile(const std::string& path, const void* bytes, std::uint32_t le
     }
     if (!complete) DeleteFileA(path.c_str());
     return complete;
-}
-
-bool PathExists(const std::string& path) {
-    return GetFileAttributesA(path.c_str()) != INVALID_FILE_ATTRIBUTES;
-}
-
-bool PathMayExist(const std::string& path) {
-    if (PathExists(path)) return true;
-    const DWORD error = GetLastError();
-    return std::find(std::begin(kAbsent), std::end(kAbsent), error) == std::end(kAbsent);
 }
 
 bool EnsureLocalFolder(const std::string& path) {

@@ -11,13 +11,13 @@
 
 namespace depot {
 
-// Tells whether a file or folder of that name exists, whatever may be done with it.
+// Whether a file or folder of that name exists, whatever may be done with it.
 bool PathExists(const std::string& path);
 
-// Tells whether it may exist: also when the system cannot tell at the moment.
+// Whether it may exist: also when the system cannot tell at the moment.
 bool PathMayExist(const std::string& path);
 
-// Tells whether there is a folder of that name.
+// Whether there is a folder of that name.
 bool IsLocalFolder(const std::string& path);
 
 // Returns all bytes of the file; nothing when it cannot be opened or read to its end.
@@ -33,12 +33,6 @@ std::optional<std::vector<std::uint8_t>> ReadOpenFile(HANDLE file);
 // Writes the bytes to the file, which is created or truncated. Returns whether all of them were
 // written; a file that could be created but not filled is removed again.
 bool WriteLocalFile(const std::string& path, const void* bytes, std::uint32_t length);
-
-// Whether a file or folder of that name exists, whatever may be done with it.
-bool PathExists(const std::string& path);
-
-// Whether it may exist: also when the system cannot tell at the moment.
-bool PathMayExist(const std::string& path);
 
 // Makes sure that a folder and the folders above it exist.
 bool EnsureLocalFolder(const std::string& path);

@@ -8,6 +8,7 @@
 #include "platform/file_names.h"
 #include "platform/file_search.h"
 #include "platform/local_file.h"
+#include "platform/local_name.h"
 #include "platform/no_destructor.h"
 #include "platform/paths.h"
 #include "platform/replace_file.h"
