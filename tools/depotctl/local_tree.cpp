@@ -11,35 +11,35 @@ namespace depot::ctl {
 
 LocalTree::LocalTree(const std::string& source, const std::string& target) {
     FileNameSet targets;
-    plan_.steps.push_back({source, target, true});
+    steps_.push_back({source, target, true});
     // The list grows while it is walked: each folder's children come behind it.
-    for (std::size_t next = 0; next < plan_.steps.size(); ++next) {
-        const TransferStep parent = plan_.steps[next];
+    for (std::size_t next = 0; next < steps_.size(); ++next) {
+        const TransferStep parent = steps_[next];
         if (!parent.isFolder) continue;
         LdapItemList children;
-        const std::uint32_t links = AddLocalChildren(parent.dn, Subfolders::kTake, children);
-        if (links == kNotListed) Refuse("\"" + Utf8FromAnsi(parent.dn) + "\" cannot be listed");
-        plan_.links += links;
+        const std::uint32_t links = AddLocalChildren(parent.source, Subfolders::kTake, children);
+        if (links == kNotListed) Refuse("\"" + Utf8FromAnsi(parent.source) + "\" cannot be listed");
+        links_ += links;
         for (const CLDAPItem* child : children) {
             const bool isFolder = child->isFolder != 0;
-            const std::string path = JoinPath(parent.localPath, NamePart(child->path));
-            plan_.steps.push_back({child->path, path, isFolder});
-            if (!isFolder) ++plan_.files;
-            if (!targets.Insert(path)) ++plan_.sharedNames;
+            const std::string path = JoinPath(parent.target, NamePart(child->path));
+            steps_.push_back({child->path, path, isFolder});
+            if (!isFolder) ++files_;
+            if (!targets.Insert(path)) sharesNames_ = true;
         }
     }
 }
 
 LocalFailure LocalTree::Copy(const TransferWatcher& watcher) {
     TransferProgress state;
-    state.filesInAll = plan_.files;
-    for (const TransferStep& step : plan_.steps) {
+    state.filesInAll = files_;
+    for (const TransferStep& step : steps_) {
         // Before the copy: a change meanwhile shows afterwards.
-        stamps_.push_back(StampOf(step.dn));
+        stamps_.push_back(StampOf(step.source));
         const bool done = step.isFolder
-                              ? EnsureLocalFolder(step.localPath)
-                              : CopyFileA(step.dn.c_str(), step.localPath.c_str(), FALSE) != FALSE;
-        if (!done) return {step.localPath, GetLastError()};
+                              ? EnsureLocalFolder(step.target)
+                              : CopyFileA(step.source.c_str(), step.target.c_str(), FALSE) != FALSE;
+        if (!done) return {step.target, GetLastError()};
         if (step.isFolder) continue;
         ++state.filesDone;
         state.bytesDone += stamps_.back().size;
@@ -51,9 +51,9 @@ LocalFailure LocalTree::Copy(const TransferWatcher& watcher) {
 bool LocalTree::RemoveSource() const {
     bool gone = true;
     // What a folder holds comes behind it.
-    for (std::size_t index = plan_.steps.size(); index-- > 0;) {
-        const TransferStep& step = plan_.steps[index];
-        const bool isAsCopied = step.isFolder || StampOf(step.dn) == stamps_[index];
+    for (std::size_t index = steps_.size(); index-- > 0;) {
+        const TransferStep& step = steps_[index];
+        const bool isAsCopied = step.isFolder || StampOf(step.source) == stamps_[index];
         if (!isAsCopied || !Remove(step)) gone = false;
     }
     return gone;
@@ -69,7 +69,7 @@ LocalTree::Stamp LocalTree::StampOf(const std::string& path) {
 
 bool LocalTree::Remove(const TransferStep& step) {
     const auto remove = step.isFolder ? RemoveDirectoryA : DeleteFileA;
-    const char* const path = step.dn.c_str();
+    const char* const path = step.source.c_str();
     if (remove(path)) return true;
     // What may only be read goes, too: a copied file may only be read, either.
     return SetFileAttributesA(path, FILE_ATTRIBUTE_NORMAL) && remove(path);

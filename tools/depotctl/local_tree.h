@@ -4,11 +4,17 @@
 #include <string>
 #include <vector>
 
-#include "fileops/transfer_plan.h"
 #include "fileops/transfer_progress.h"
 #include "platform/win32.h"
 
 namespace depot::ctl {
+
+// One file or folder on its way.
+struct TransferStep {
+    std::string source;
+    std::string target;
+    bool isFolder = false;
+};
 
 // Where a copy ended, and why; the code is ERROR_SUCCESS for one that did not.
 struct LocalFailure {
@@ -23,11 +29,11 @@ public:
     // Ends the command when a folder cannot be listed.
     LocalTree(const std::string& source, const std::string& target);
 
-    // A step's entry name is the source's path.
-    const std::vector<TransferStep>& Steps() const { return plan_.steps; }
-    std::uint32_t Links() const { return plan_.links; }
+    // A folder before what it holds.
+    const std::vector<TransferStep>& Steps() const { return steps_; }
+    std::uint32_t Links() const { return links_; }
     // Whether files or folders would become one at the target.
-    bool SharesNames() const { return plan_.sharedNames > 0; }
+    bool SharesNames() const { return sharesNames_; }
 
     // Copies everything; files that exist are replaced. Stops at the first failure, and with
     // ERROR_CANCELLED and no path when the watcher wants it to.
@@ -48,7 +54,10 @@ private:
     static Stamp StampOf(const std::string& path);
     static bool Remove(const TransferStep& step);
 
-    TransferPlan plan_;
+    std::vector<TransferStep> steps_;
+    std::uint32_t files_ = 0;
+    std::uint32_t links_ = 0;
+    bool sharesNames_ = false;
     std::vector<Stamp> stamps_;  // one for each step
 };
 

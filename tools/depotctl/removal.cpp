@@ -7,7 +7,8 @@
 #include "depotctl/transfer.h"
 #include "directory/connection_scope.h"
 #include "directory/local_listing.h"
-#include "fileops/transfer_plan.h"
+#include "fileops/file_place.h"
+#include "store/tree.h"
 
 namespace depot::ctl {
 namespace {
@@ -18,8 +19,8 @@ public:
         : folder_(folder), progress_(program.errors) {}
 
     void Run() {
-        if (CLDAPItems* const directory = folder_.Directory()) {
-            RemoveEntries(*directory);
+        if (folder_.Directory() != nullptr) {
+            RemoveEntries();
         } else {
             RemoveFiles();
         }
@@ -28,15 +29,16 @@ public:
     }
 
 private:
-    void RemoveEntries(CLDAPItems& directory) {
-        const ConnectionScope connection(directory, nullptr);
-        TransferPlan plan;
+    void RemoveEntries() {
+        const StorePath place = PlaceOf(*folder_.depot, folder_.path);
+        const StoreScope scope(*place.store);
+        Tree tree;
         // What cannot be listed is told by the deletion of the whole.
-        if (!connection || !PlanDownload(directory, folder_.Storage(), "x", plan)) return;
-        state_.filesInAll = plan.files;
-        for (const TransferStep& step : plan.steps) {
-            if (step.isFolder) continue;
-            directory.RemoveEmptyEntry(step.dn);
+        if (!scope || !ListTree(*place.store, place.path, tree)) return;
+        state_.filesInAll = tree.files;
+        for (const TreeItem& item : tree.items) {
+            if (item.isFolder) continue;
+            static_cast<void>(place.store->Remove(item.path, ItemKind::kFile));
             NoteFile();
         }
     }

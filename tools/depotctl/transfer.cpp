@@ -9,14 +9,16 @@
 #include "directory/connection_scope.h"
 #include "directory/local_listing.h"
 #include "fileops/copied_source.h"
+#include "fileops/copy.h"
 #include "fileops/depot_file.h"
+#include "fileops/directory_transfer.h"
+#include "fileops/file_place.h"
 #include "fileops/shell_operation.h"
-#include "fileops/transfer_plan.h"
-#include "fileops/transfer_source.h"
 #include "platform/local_file.h"
 #include "platform/paths.h"
 #include "platform/temp_file.h"
 #include "platform/text.h"
+#include "store/tree.h"
 
 namespace depot::ctl {
 namespace {
@@ -57,10 +59,9 @@ public:
     TransferResult File() {
         const bool refuse = existing_ == Existing::kRefuse;
         Forget();
-        if (CopyFile(*from_.depot, from_.path, to_.path, to_.depot, refuse, &errorText_, {}, fate_,
-                     &copied_) == 0) {
-            FailWith({});
-        }
+        const Result copied = CopyDepotFile(
+            {*from_.depot, from_.path, to_.path, to_.depot, refuse, {}, fate_, &copied_});
+        if (copied.AsFlag(&errorText_) == 0) FailWith({});
         return {1, 0};
     }
 
@@ -71,7 +72,7 @@ public:
         if (source && target) {
             BetweenDirectories(*source, *target);
         } else if (source) {
-            if (existing_ == Existing::kRefuse) RefuseExisting(*source);
+            if (existing_ == Existing::kRefuse) RefuseExisting();
             Fetch(*source, target_);
         } else if (target) {
             Store(*target, source_, &copied_);
@@ -83,13 +84,11 @@ public:
 
     // Removes what was copied, as far as it still is what was copied.
     void RemoveSource() {
-        CLDAPItems* const directory = from_.Directory();
-        std::optional<ConnectionScope> connection;
-        if (directory) connection.emplace(*directory, &errorText_);
-        if (connection && !*connection) FailWith({});
-        const Leftovers left =
-            directory ? RemoveCopiedEntries(*directory, copied_) : RemoveCopiedFiles(copied_);
-        if (left.code != LDAP_SUCCESS) RefuseWith(LeftoversText(left));
+        depot::Store& store = *PlaceOf(*from_.depot, from_.path).store;
+        const StoreScope scope(store);
+        if (scope.Outcome().AsFlag(&errorText_) == 0) FailWith({});
+        const Leftovers left = RemoveCopied(store, copied_);
+        if (!left.why) RefuseWith(LeftoversText(left));
     }
 
 private:
@@ -140,34 +139,40 @@ private:
     }
 
     void BetweenDirectories(CLDAPItems& source, CLDAPItems& target) {
-        RefuseOneDirectory(source, target);
+        RefuseOneDirectory();
         const TemporaryFolder folder;
         Fetch(source, folder.Path());
         Store(target, folder.Path(), nullptr);
     }
 
     // Two depots may lead to one place of one server.
-    void RefuseOneDirectory(CLDAPItems& source, CLDAPItems& target) const {
-        if (!IsSameEntry(source, target_, source_) && !IsBelowEntry(source, target_, source_) &&
-            !IsBelowEntry(source, source_, target_)) {
-            return;
-        }
-        const ConnectionScope from(source, nullptr), to(target, nullptr);
-        if (from && to && IsSameDirectory(source, target, source_, fate_)) {
+    void RefuseOneDirectory() const {
+        const StorePath from = PlaceOf(*from_.depot, from_.path);
+        const StorePath to = PlaceOf(*to_.depot, to_.path);
+        // A tree goes onto no folder above it, either.
+        if (!Overlaps(from, to, SourceFate::kGoes)) return;
+        const StoreScope source(*from.store), target(*to.store);
+        if (source && target && IsSameItem(from, to, fate_)) {
             Refuse(from_.Shown() + " cannot go into itself");
         }
     }
 
-    void RefuseExisting(CLDAPItems& directory) const {
-        const ConnectionScope connection(directory, nullptr);
-        TransferPlan plan;
-        if (!connection || !PlanDownload(directory, source_, target_, plan)) FailWith({});
-        for (const TransferStep& step : plan.steps) RefuseExistingFile(step);
+    void RefuseExisting() const {
+        const StorePath from = PlaceOf(*from_.depot, from_.path);
+        const StoreScope scope(*from.store);
+        depot::Tree tree;
+        if (!scope || !ListTree(*from.store, from.path, tree)) FailWith({});
+        std::vector<std::string> paths = {target_};
+        for (std::size_t index = 1; index < tree.items.size(); ++index) {
+            const TreeItem& item = tree.items[index];
+            paths.push_back(JoinPath(paths[item.parent], item.name));
+            RefuseExistingFile({item.path, paths.back(), item.isFolder});
+        }
     }
 
     void RefuseExistingFile(const TransferStep& step) const {
-        if (step.isFolder || !PathExists(step.localPath)) return;
-        Refuse("\"" + Utf8FromAnsi(step.localPath) + "\" is there already; --force replaces it");
+        if (step.isFolder || !PathExists(step.target)) return;
+        Refuse("\"" + Utf8FromAnsi(step.target) + "\" is there already; --force replaces it");
     }
 
     void InFileSystem() {
