@@ -5,9 +5,8 @@
 #pragma once
 
 #include <cstdint>
-#include <optional>
+#include <memory>
 #include <string>
-#include <utility>
 
 namespace depot {
 
@@ -41,7 +40,12 @@ class [[nodiscard]] Result {
 public:
     Result() = default;
     // Not explicit: a failing operation returns its error.
-    Result(Error error) : error_(std::move(error)) {}
+    Result(Error error);
+    Result(const Result& other);
+    Result(Result&&) noexcept = default;
+    Result& operator=(const Result& other);
+    Result& operator=(Result&&) noexcept = default;
+    ~Result() = default;
 
     bool IsDone() const { return !error_; }
     explicit operator bool() const { return IsDone(); }
@@ -51,17 +55,14 @@ public:
     bool Is(Reason reason) const { return error_ && error_->reason == reason; }
 
     // The text for the user; empty when the operation was done.
-    std::string Text() const { return error_ ? error_->text : std::string(); }
+    std::string Text() const;
 
     // What operations of a given signature return: 1 or 0, with the text of a failure, unless it
     // is empty, in `errorText`, which may be null.
-    int AsFlag(std::string* errorText) const {
-        if (error_ && errorText != nullptr && !error_->text.empty()) *errorText = error_->text;
-        return IsDone() ? 1 : 0;
-    }
+    int AsFlag(std::string* errorText) const;
 
 private:
-    std::optional<Error> error_;
+    std::unique_ptr<Error> error_;  // null when the operation was done
 };
 
 }  // namespace depot
