@@ -4,6 +4,7 @@
 #include <set>
 
 #include "directory/dn.h"
+#include "platform/local_name.h"
 #include "platform/paths.h"
 #include "platform/text.h"
 #include "store/tree.h"
