@@ -2,10 +2,11 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 
 #include "depotctl/interrupt.h"
 #include "depotctl/terminal.h"
-#include "fileops/directory_transfer.h"
+#include "fileops/transfer_progress.h"
 
 namespace depot::ctl {
 
@@ -27,7 +28,12 @@ public:
     std::uint32_t FilesInAll() const { return before_.filesInAll + last_.filesInAll; }
     std::uint64_t BytesDone() const { return before_.bytesDone + last_.bytesDone; }
 
-    bool WasInterrupted() const { return InterruptScope::WasInterrupted(); }
+    static bool WasInterrupted() { return InterruptScope::WasInterrupted(); }
+
+    // Returns how far the work was when the user stopped it, followed by `rest`, which says of what
+    // and what stays; empty when it was not stopped. The second one ends the command with it.
+    std::string StoppedText(const std::string& rest) const;
+    void RefuseWhenStopped(const std::string& rest) const;
 
 private:
     bool Note(const TransferProgress& state);

@@ -9,6 +9,7 @@
 #include "directory/local_listing.h"
 #include "fileops/copied_source.h"
 #include "fileops/depot_file.h"
+#include "fileops/directory_transfer.h"
 #include "fileops/shell_operation.h"
 #include "fileops/transfer_plan.h"
 #include "fileops/transfer_source.h"
@@ -24,6 +25,10 @@ namespace {
 // A program without windows shows neither progress nor errors in windows.
 constexpr FILEOP_FLAGS kSilent =
     FOF_NOCONFIRMATION | FOF_NOCONFIRMMKDIR | FOF_NOERRORUI | FOF_SILENT;
+
+CLDAPItems* DirectoryAt(const Place& place) {
+    return place.depot->DirectoryConnection();
+}
 
 // A temporary folder, gone at the end.
 class TemporaryFolder {
@@ -44,18 +49,18 @@ private:
 // The work of one transfer.
 class Work {
 public:
-    Work(const Program& program, const Place& from, const Place& to, Existing existing,
-         SourceFate fate)
+    Work(const Program& program, const Place& from, const Place& to,
+         const depot::ctl::TransferRules& rules)
         : from_(from),
           to_(to),
-          existing_(existing),
-          fate_(fate),
-          source_(from.Storage()),
-          target_(to.Storage()),
+          existing_(rules.existing),
+          fate_(rules.fate),
+          source_(from.Stored().path),
+          target_(to.Stored().path),
           progress_(program.errors) {}
 
     TransferResult File() {
-        const bool refuse = existing_ == Existing::kRefuse;
+        const bool refuse = existing_ == ExistingEntries::kRefuse;
         Forget();
         if (CopyFile(*from_.depot, from_.path, to_.path, to_.depot, refuse, &errorText_, {}, fate_,
                      &copied_) == 0) {
@@ -65,13 +70,13 @@ public:
     }
 
     TransferResult Tree() {
-        CLDAPItems* const source = from_.Directory();
-        CLDAPItems* const target = to_.Directory();
+        CLDAPItems* const source = DirectoryAt(from_);
+        CLDAPItems* const target = DirectoryAt(to_);
         Forget();
         if (source && target) {
             BetweenDirectories(*source, *target);
         } else if (source) {
-            if (existing_ == Existing::kRefuse) RefuseExisting(*source);
+            if (existing_ == ExistingEntries::kRefuse) RefuseExisting(*source);
             Fetch(*source, target_);
         } else if (target) {
             Store(*target, source_, &copied_);
@@ -83,7 +88,7 @@ public:
 
     // Removes what was copied, as far as it still is what was copied.
     void RemoveSource() {
-        CLDAPItems* const directory = from_.Directory();
+        CLDAPItems* const directory = DirectoryAt(from_);
         std::optional<ConnectionScope> connection;
         if (directory) connection.emplace(*directory, &errorText_);
         if (connection && !*connection) FailWith({});
@@ -96,19 +101,15 @@ private:
     // What an earlier operation left says nothing about this one.
     void Forget() const {
         for (const Place* place : {&from_, &to_}) {
-            if (CLDAPItems* const directory = place->Directory()) {
+            if (CLDAPItems* const directory = DirectoryAt(*place)) {
                 directory->SetLastError(LDAP_SUCCESS);
             }
         }
     }
 
     [[noreturn]] void FailWith(const std::string& path, DWORD systemError = 0) const {
-        if (progress_.WasInterrupted()) {
-            Refuse("stopped after " + std::to_string(progress_.FilesDone()) + " of " +
-                   std::to_string(progress_.FilesInAll()) +
-                   " files; what was transferred by then stays");
-        }
-        const CLDAPItems* const source = from_.Directory();
+        progress_.RefuseWhenStopped("files; what was transferred by then stays");
+        const CLDAPItems* const source = DirectoryAt(from_);
         const bool sourceFailed = source && source->LastError() != LDAP_SUCCESS;
         Place failed = sourceFailed ? from_ : to_;
         if (!path.empty()) failed.path = path;
@@ -129,9 +130,7 @@ private:
     }
 
     void Store(CLDAPItems& directory, const std::string& folder, CopiedSource* copied) {
-        const ExistingEntries existing =
-            existing_ == Existing::kRefuse ? ExistingEntries::kRefuse : ExistingEntries::kReplace;
-        if (Upload(directory, folder, target_, existing, &errorText_, progress_.Watcher(), fate_,
+        if (Upload(directory, folder, target_, existing_, &errorText_, progress_.Watcher(), fate_,
                    copied) == 0) {
             // Links to folders were left out.
             if (directory.LastError() == LDAP_NOT_SUPPORTED) RefuseWith(errorText_);
@@ -176,7 +175,7 @@ private:
         const std::uint32_t links = tree.Links() + (goes && IsLinkToFolder(source_) ? 1 : 0);
         if (goes && links > 0) RefuseWith(LinksText(links));
         if (tree.SharesNames()) RefuseWith(kSharedNamesText);
-        if (existing_ == Existing::kRefuse) {
+        if (existing_ == ExistingEntries::kRefuse) {
             for (const TransferStep& step : tree.Steps()) RefuseExistingFile(step);
         }
         const LocalFailure failure = tree.Copy(progress_.Watcher());
@@ -190,7 +189,7 @@ private:
 
     const Place& from_;
     const Place& to_;
-    const Existing existing_;
+    const ExistingEntries existing_;
     const SourceFate fate_;
     const std::string source_;
     const std::string target_;
@@ -207,37 +206,44 @@ bool IsSameOrInside(const Place& place, const Place& folder) {
 
 }  // namespace
 
-TransferResult Transfer(const Program& program, const Place& from, PlaceKind kind, const Place& to,
-                        Existing existing, SourceFate fate) {
+TransferResult Transfer(const Program& program, const Place& from, const Place& to,
+                        const TransferRules& rules) {
     if (IsSameOrInside(to, from)) {
         Refuse(from.Shown() + " cannot go into itself");
     }
-    RequireFittingName(to, kind);
-    Work work(program, from, to, existing, fate);
-    const bool isTree = kind == PlaceKind::kFolder;
+    RequireFittingName(to, rules.kind);
+    Work work(program, from, to, rules);
+    const bool isTree = rules.kind == ItemKind::kFolder;
     const TransferResult result = isTree ? work.Tree() : work.File();
     // A local tree is gone by then, but for what came since it was listed.
-    const bool isLocal = from.Directory() == nullptr && to.Directory() == nullptr;
-    if (fate == SourceFate::kGoes && !(isTree && isLocal)) work.RemoveSource();
+    const bool isLocal = DirectoryAt(from) == nullptr && DirectoryAt(to) == nullptr;
+    if (rules.fate == SourceFate::kGoes && !(isTree && isLocal)) work.RemoveSource();
     return result;
 }
 
-void Remove(const Place& place, PlaceKind kind) {
-    const bool localFolder = kind == PlaceKind::kFolder && place.Directory() == nullptr;
-    const bool removed =
-        localFolder ? RunShellOperation(FO_DELETE, {place.Storage()}, nullptr, kSilent, nullptr)
-                    : DeleteFile(*place.depot, place.path) != 0;
-    if (!removed) Fail("remove", place, place.Directory() ? 0 : GetLastError());
+void Remove(const Place& place, ItemKind kind) {
+    const OpenedPlace at(place, "remove");
+    const auto local = at.store.LocalPath(at.path);
+    // The shell removes folders also with what no text can name.
+    if (local && kind == ItemKind::kFolder) {
+        if (RunShellOperation(FO_DELETE, {*local}, nullptr, kSilent, nullptr)) return;
+        Fail("remove", place, GetLastError());
+    }
+    const Result removed = at.store.RemoveTree(at.path);
+    if (!removed) Fail("remove", place, removed.Why());
 }
 
-void RequireFittingName(const Place& place, PlaceKind kind) {
-    const CLDAPItems* const directory = place.Directory();
-    if (directory == nullptr || !directory->NamingNames().AreTheSame() || IsRoot(place)) return;
-    const bool hasDot = NamePart(place.path).find('.') != std::string::npos;
-    if (kind == PlaceKind::kFile && !hasDot) {
+void RequireFittingName(const Place& place, ItemKind kind) {
+    const StorePath stored = place.Stored();
+    // Where files and folders are named alike, the dot alone tells them apart.
+    const bool namesAlike =
+        !stored.store->LocalPath(stored.path) &&
+        stored.store->ChildPath({}, "x", true) == stored.store->ChildPath({}, "x", false);
+    if (!namesAlike || IsRoot(place)) return;
+    if (kind == ItemKind::kFile && !HasDot(place)) {
         Refuse(place.Shown() + ": in this directory a name without a dot is a folder's");
     }
-    if (kind == PlaceKind::kFolder && hasDot) {
+    if (kind == ItemKind::kFolder && HasDot(place)) {
         Refuse(place.Shown() + ": in this directory a name with a dot is a file's");
     }
 }
