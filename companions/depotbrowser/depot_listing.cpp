@@ -87,8 +87,8 @@ Listing ListFolder(DepotSession& session, const FolderRef& folder) {
     Enumerate(items, &item, kEveryFile, {}, false);
     const StorePath place = PlaceOf(*depot, listing.folderPath);
     const bool hasDetails = place.store->LocalPath(place.path).has_value();
-    for (std::size_t index = 0; index < items.Count(); ++index) {
-        listing.entries.push_back(EntryOf(*items.At(index), hasDetails));
+    for (const CDepotItem* found : items) {
+        listing.entries.push_back(EntryOf(*found, hasDetails));
     }
     if (items.Count() == 0) listing.reason = ReasonForNothing(*depot, place);
     listing.succeeded = listing.reason.empty();

@@ -6,6 +6,7 @@
 #include "directory/client_support.h"
 #include "directory/entry_store.h"
 #include "platform/text.h"
+#include "platform/trace.h"
 #include "platform/wide_text.h"
 
 namespace depot {
@@ -151,15 +152,26 @@ std::uint32_t EntryStore::AddChildren(LDAPMessage* result, const Listing& listin
     return all ? LDAP_SUCCESS : LDAP_NO_MEMORY;
 }
 
+void EntryStore::TraceLeftOutEntry(LDAPMessage* entry, const Listing& listing,
+                                   const char* reason) const {
+    if (!IsTracing() || IsMissing(Client().ldap_get_dn)) return;
+    const UniqueLdapText dn(Client().ldap_get_dn(Handle(), entry), {&Client()});
+    TraceLeftOut(listing.baseDN, dn ? dn.get() : "", reason);
+}
+
 bool EntryStore::AddChild(LDAPMessage* entry, const Listing& listing) {
     AttributeWalk walk(Client(), Handle(), entry);
     const ChildFacts facts = ReadFacts(walk, listing.names);
     if (facts.IsUnsafe()) {
         ++unsafeNames_;
+        TraceLeftOutEntry(entry, listing, "a name that the code page cannot hold");
         return true;
     }
     const bool isFolder = facts.IsNamedFolder();
-    if (!isFolder && !facts.IsNamedFile()) return facts.complete;
+    if (!isFolder && !facts.IsNamedFile()) {
+        TraceLeftOutEntry(entry, listing, "neither a folder nor a file");
+        return facts.complete;
+    }
     const std::string& name = isFolder ? facts.folderName : facts.fileName;
     if (listing.localBase.empty()) {
         const NamingAttributes& naming = listing.names.naming;

@@ -156,6 +156,7 @@ private:
 
     // Returns false when the client had no memory to say what the entry is.
     bool AddChild(LDAPMessage* entry, const Listing& listing);
+    void TraceLeftOutEntry(LDAPMessage* entry, const Listing& listing, const char* reason) const;
     LDAPMessage* EntryNamed(LDAPMessage* result, const std::string& dn) const;
     bool HasValue(LDAPMessage* entry, const char* attribute, const char* wanted) const;
     bool OffersAssertions();

@@ -1,62 +1,9 @@
 #include "fileops/copied_source.h"
 
-#include "directory/local_listing.h"
-#include "model/depot_paths.h"
-#include "platform/local_file.h"
+#include "store/tree.h"
 
 namespace depot {
 namespace {
-
-bool IsChange(std::uint32_t code) {
-    return code == kContentsChanged || code == LDAP_NOT_ALLOWED_ON_NONLEAF;
-}
-
-// Whether each further request would fail, perhaps only after a long wait.
-bool IsServerGone(std::uint32_t code) {
-    return code == LDAP_SERVER_DOWN || code == LDAP_TIMEOUT || code == LDAP_CONNECT_ERROR;
-}
-
-// Removes each item by `remove`, which returns a directory's code, from the bottom up.
-template <class Remove>
-Leftovers RemoveCopied(const CopiedSource& copied, const Remove& remove) {
-    Leftovers left;
-    // A folder that holds what stayed stays for that reason alone, and needs no request.
-    std::vector<bool> isHeld(copied.items.size());
-    bool goesOn = true;
-    for (std::size_t index = copied.items.size(); index-- > 0;) {
-        const CopiedItem& item = copied.items[index];
-        if (goesOn && !isHeld[index]) {
-            const std::uint32_t code = remove(item);
-            if (code == LDAP_SUCCESS || code == LDAP_NO_SUCH_OBJECT) continue;
-            if (left.code == LDAP_SUCCESS) left.code = code;
-            left.changed = left.changed || IsChange(code);
-            goesOn = !IsServerGone(code);
-        }
-        ++(item.isFolder ? left.folders : left.files);
-        isHeld[item.parent] = true;
-    }
-    return left;
-}
-
-std::uint32_t CompareLocalFile(const CopiedItem& file) {
-    if (!PathMayExist(file.name)) return LDAP_NO_SUCH_OBJECT;
-    const auto bytes = ReadLocalFile(file.name);
-    if (!bytes) return LDAP_LOCAL_ERROR;
-    const bool same = file.contents == DigestOf(bytes->data(), bytes->size());
-    return same ? std::uint32_t{LDAP_SUCCESS} : kContentsChanged;
-}
-
-std::uint32_t RemoveLocalItem(const CopiedItem& item) {
-    if (item.isFolder) {
-        if (RemoveDirectoryA(item.name.c_str())) return LDAP_SUCCESS;
-        const DWORD error = GetLastError();
-        if (error == ERROR_DIR_NOT_EMPTY) return LDAP_NOT_ALLOWED_ON_NONLEAF;
-        return PathMayExist(item.name) ? LDAP_LOCAL_ERROR : LDAP_NO_SUCH_OBJECT;
-    }
-    const std::uint32_t code = CompareLocalFile(item);
-    if (code != LDAP_SUCCESS) return code;
-    return DeleteFileA(item.name.c_str()) ? LDAP_SUCCESS : LDAP_LOCAL_ERROR;
-}
 
 // Returns "1 file", "2 files" or nothing.
 std::string Counted(std::uint32_t count, const char* what) {
@@ -64,34 +11,66 @@ std::string Counted(std::uint32_t count, const char* what) {
     return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
 }
 
+Result RemoveItem(Store& store, const CopiedItem& item) {
+    if (item.isFolder) return store.Remove(item.path, ItemKind::kFolder);
+    if (item.contents) return store.RemoveUnchanged(item.path, *item.contents);
+    return Error{Reason::kChanged, CodeKind::kDirectory, kContentsChanged};
+}
+
+bool HoldsCopiedFile(Store& store, const CopiedItem& item) {
+    FileBuffer present;
+    return store.ReadFile(item.path, SourceFate::kStays, present) &&
+           item.contents == DigestOf(present.bytes.get(), present.length);
+}
+
+bool HoldsCopiedFolder(Store& store, const CopiedItem& item, std::size_t children) {
+    std::vector<TreeItem> present;
+    LeftOut left;
+    return ListChildren(store, {{}, item.path, true}, 0, present, left) && left.IsNothing() &&
+           present.size() == children;
+}
+
 }  // namespace
 
-Leftovers RemoveCopiedEntries(CLDAPItems& directory, const CopiedSource& copied) {
-    return RemoveCopied(copied, [&](const CopiedItem& item) {
-        if (item.isFolder) return directory.RemoveEmptyEntry(item.name);
-        return item.contents ? directory.RemoveUnchangedEntry(item.name, *item.contents)
-                             : kContentsChanged;
-    });
+void CopiedSource::SetTree(const Tree& tree) {
+    items.clear();
+    items.reserve(tree.items.size());
+    for (const TreeItem& item : tree.items) {
+        items.push_back({item.path, item.isFolder, item.parent});
+    }
 }
 
-Leftovers RemoveCopiedFiles(const CopiedSource& copied) {
-    return RemoveCopied(copied, &RemoveLocalItem);
+Leftovers RemoveCopied(Store& store, const CopiedSource& copied) {
+    Leftovers left;
+    // A folder that holds what stayed stays for that reason alone, and needs no request.
+    std::vector<bool> isHeld(copied.items.size());
+    bool goesOn = true;
+    for (std::size_t index = copied.items.size(); index-- > 0;) {
+        const CopiedItem& item = copied.items[index];
+        if (goesOn && !isHeld[index]) {
+            Result removed = RemoveItem(store, item);
+            if (removed || removed.Is(Reason::kMissing)) continue;
+            left.changed |= removed.Is(Reason::kChanged) || removed.Is(Reason::kNotEmpty);
+            // Each further request would fail, perhaps only after a long wait.
+            goesOn = !removed.Is(Reason::kUnreachable);
+            if (left.why) left.why = std::move(removed);
+        }
+        ++(item.isFolder ? left.folders : left.files);
+        isHeld[item.parent] = true;
+    }
+    return left;
 }
 
-bool IsAsCopied(const CopiedSource& copied) {
+bool IsAsCopied(Store& store, const CopiedSource& copied) {
     std::vector<std::size_t> children(copied.items.size());
     for (std::size_t index = 1; index < copied.items.size(); ++index) {
         ++children[copied.items[index].parent];
     }
     for (std::size_t index = 0; index < copied.items.size(); ++index) {
         const CopiedItem& item = copied.items[index];
-        if (!item.isFolder) {
-            if (CompareLocalFile(item) != LDAP_SUCCESS) return false;
-            continue;
-        }
-        LdapItemList present;
-        const std::uint32_t left = AddLocalChildren(item.name, Subfolders::kTake, present);
-        if (left != 0 || present.Count() != children[index]) return false;
+        const bool same = item.isFolder ? HoldsCopiedFolder(store, item, children[index])
+                                        : HoldsCopiedFile(store, item);
+        if (!same) return false;
     }
     return true;
 }
@@ -104,6 +83,13 @@ std::string LeftoversText(const Leftovers& left) {
     const char* const stay = left.files + left.folders == 1 ? " stays" : " stay";
     const char* const reason = left.changed ? "changed meanwhile" : "not to be deleted";
     return "Copied, but " + files + both + folders + stay + " in the old place: " + reason + ".";
+}
+
+Result LeftoversResult(const Leftovers& left) {
+    if (left.why) return {};
+    Error error = left.why.Why();
+    error.text = LeftoversText(left);
+    return error;
 }
 
 }  // namespace depot

@@ -6,13 +6,13 @@
 #include <string>
 #include <vector>
 
-#include "directory/ldap_items.h"
+#include "store/store.h"
 
 namespace depot {
 
-// One file or folder of a source: its DN or its local path, and the digest of a file's bytes.
+// One file or folder of a source, by its path in its store, and the digest of a file's bytes.
 struct CopiedItem {
-    std::string name;
+    std::string path;
     bool isFolder = false;
     std::size_t parent = 0;  // the index of the folder that holds it; the first one's is its own
     std::optional<Digest> contents = std::nullopt;  // nothing until the bytes were copied
@@ -22,35 +22,37 @@ struct CopiedItem {
 struct CopiedSource {
     std::vector<CopiedItem> items;
 
-    // Makes the source the file of this name, with these bytes.
-    void SetFile(const std::string& name, const void* bytes, std::size_t length) {
-        items = {{name, false, 0, DigestOf(bytes, length)}};
+    // Makes the source the file of this path, with these bytes.
+    void SetFile(const std::string& path, const FileBuffer& contents) {
+        items = {{path, false, 0, DigestOf(contents.bytes.get(), contents.length)}};
     }
+    // Makes the source this tree, of which nothing was copied yet.
+    void SetTree(const Tree& tree);
 };
 
 // What a removal has left of a source.
 struct Leftovers {
     std::uint32_t files = 0;
     std::uint32_t folders = 0;
-    // Why the first of them stayed; kContentsChanged for a file with other bytes than were copied,
-    // LDAP_NOT_ALLOWED_ON_NONLEAF for a folder that holds more than was copied.
-    std::uint32_t code = LDAP_SUCCESS;
+    // Why the first of them stayed; kChanged for a file with other bytes than were copied,
+    // kNotEmpty for a folder that holds more than was copied.
+    Result why{};
     // Whether any of them stayed because somebody else changed it meanwhile.
     bool changed = false;
 };
 
-// Deletes what was copied as far as it still holds what was copied: a changed file and an entry
+// Removes what was copied as far as it still holds what was copied: a changed file and an entry
 // that appeared meanwhile stay, with the folders above them. What is gone already counts as
-// deleted. REQUIRES: the directory is connected.
-Leftovers RemoveCopiedEntries(CLDAPItems& directory, const CopiedSource& copied);
+// removed. REQUIRES: the store is open.
+Leftovers RemoveCopied(Store& store, const CopiedSource& copied);
 
-// The same for local files and folders.
-Leftovers RemoveCopiedFiles(const CopiedSource& copied);
-
-// Tells whether the local files and folders hold exactly what was copied.
-bool IsAsCopied(const CopiedSource& copied);
+// Tells whether the source holds exactly what was copied. REQUIRES: the store is open.
+bool IsAsCopied(Store& store, const CopiedSource& copied);
 
 // Returns the text that tells a user what stays; empty for nothing.
 std::string LeftoversText(const Leftovers& left);
+
+// The failure of a move whose source stays in part; nothing where all of it is gone.
+Result LeftoversResult(const Leftovers& left);
 
 }  // namespace depot

@@ -1,101 +1,56 @@
 #include "fileops/depot_file.h"
 
+#include "fileops/copy.h"
 #include "fileops/directory_transfer.h"
 #include "fileops/file_place.h"
+#include "fileops/outcome.h"
 #include "fileops/shell_operation.h"
-#include "fileops/transfer_source.h"
 #include "manager/display_path.h"
-#include "platform/error_text.h"
-#include "platform/local_file.h"
 #include "platform/paths.h"
-#include "platform/replace_file.h"
+#include "store/folder_store.h"
 
 namespace depot {
 namespace {
 
-constexpr char kCaption[] = "Quillon";
-
-void DescribeFailure(DWORD error, const std::string& path, std::string* errorText) {
-    if (errorText != nullptr) FormatErrorText(error, path.c_str(), kCaption, errorText, nullptr);
-}
-
-// Fails as a wrong argument does in the file system.
-int RefuseLocally(const std::string& path, std::string* errorText) {
-    DescribeFailure(ERROR_INVALID_PARAMETER, path, errorText);
+// Fails as a wrong argument does in the depot's store.
+Result Refuse(CDepot& depot, const std::string& path) {
+    Error error = depot.ActiveStore().Keep(SystemError(ERROR_INVALID_PARAMETER, path));
     SetLastError(ERROR_INVALID_PARAMETER);
-    return 0;
+    return error;
 }
 
-// Fails as a wrong argument does in either store.
-int Refuse(CDepot& depot, const std::string& path, std::string* errorText) {
-    CLDAPItems* const directory = depot.DirectoryConnection();
-    if (directory == nullptr) return RefuseLocally(path, errorText);
-    directory->Fail(LDAP_PARAM_ERROR, errorText);
-    SetLastError(ERROR_INVALID_PARAMETER);
-    return 0;
-}
-
-int MoveInFileSystem(const std::string& source, const std::string& destination, HWND window,
-                     UINT operation, std::string* errorText) {
-    if (!IsAbsolutePath(source) || !IsAbsolutePath(destination)) {
-        return RefuseLocally(destination, errorText);
+Result MoveByShell(PathPair paths, HWND window, UINT operation) {
+    const FolderStore& store = FolderStore::Instance();
+    if (!store.CheckTarget(paths.from) || !store.CheckTarget(paths.to)) {
+        return SystemError(ERROR_INVALID_PARAMETER, paths.to);
     }
-    if (RunShellOperation(operation, {source}, &destination, kQuietFlags, window,
+    if (RunShellOperation(operation, {paths.from}, &paths.to, kQuietFlags, window,
                           kShellSinglePathBytes)) {
-        return 1;
+        return {};
     }
     const DWORD error = GetLastError();
-    if (error != ERROR_SUCCESS) DescribeFailure(error, destination, errorText);
-    return 0;
-}
-
-std::uint64_t FileSize(const std::string& path) {
-    WIN32_FILE_ATTRIBUTE_DATA data = {};
-    if (!GetFileAttributesExA(path.c_str(), GetFileExInfoStandard, &data)) return 0;
-    return static_cast<std::uint64_t>(data.nFileSizeHigh) << 32 | data.nFileSizeLow;
-}
-
-// The system's own copy, which must be on the disk before its source goes.
-struct FileCopy {
-    const std::string& source;
-    const std::string& destination;
-    bool failIfExists;
-    SourceFate fate;
-};
-
-int CopyInFileSystem(const FileCopy& copy, std::string* errorText, const TransferWatcher& watcher) {
-    const std::string& destination = copy.destination;
-    if (CopyLocalFile(copy.source, destination, copy.failIfExists,
-                      copy.fate == SourceFate::kGoes ? Flush::kNow : Flush::kLater)) {
-        if (watcher) watcher({1, 1, FileSize(destination)});
-        return 1;
-    }
-    DWORD error = GetLastError();
-    // The system calls a path that is too long "not found", which helps nobody.
-    if (destination.size() >= kMaxPathBytes) error = ERROR_BUFFER_OVERFLOW;
-    DescribeFailure(error, destination, errorText);
-    return 0;
-}
-
-// The copy tells what was copied.
-void NoteLocalCopy(const std::string& source, const std::string& copy, CopiedSource& copied) {
-    if (const auto bytes = ReadLocalFile(copy)) {
-        copied.SetFile(source, bytes->data(), bytes->size());
-    }
+    // The shell need not say why.
+    return error == ERROR_SUCCESS ? Error{} : SystemError(error, paths.to);
 }
 
 // Tells whether what has this name may go into a folder under it.
-bool IsFitForFolder(CDepot& depot, const std::string& source, const std::string& name,
-                    bool staysInDirectories) {
-    if (!staysInDirectories) return IsSafeLocalName(name);
-    return !name.empty() && name != "." && name != ".." && !HoldsRoot(depot, source);
+bool IsFitForFolder(const FileCopy& copy, const CopyRequest& request, const std::string& name) {
+    const bool betweenEntries = request.from.store->LocalPath({}) == std::nullopt &&
+                                request.to.store->LocalPath({}) == std::nullopt;
+    return request.from.store->CanHold(name) && request.to.store->CanHold(name) &&
+           !(betweenEntries && HoldsRoot(copy.depot, copy.source));
 }
 
-int RefuseName(CLDAPItems* directory, std::string* errorText) {
-    if (directory != nullptr) directory->SetLastError(LDAP_NAMING_VIOLATION);
-    if (errorText != nullptr) *errorText = UnsafeNamesText(1);
+Result RefuseName(const CopyRequest& request) {
+    const Result refused = ReportedCopy(
+        request,
+        {Error{Reason::kBadName, CodeKind::kDirectory, LDAP_NAMING_VIOLATION, UnsafeNamesText(1)}});
     SetLastError(ERROR_INVALID_NAME);
-    return 0;
+    return refused;
+}
+
+StorePath TargetOf(CDepot* depot, const std::string& path) {
+    return depot ? PlaceOf(*depot, path) : StorePath{&FolderStore::Instance(), path};
 }
 
 }  // namespace
@@ -106,86 +61,76 @@ bool IsDirectoryDepot(CDepot& depot) {
 }
 
 int FileExists(CDepot& depot, const std::string& path) {
-    if (IsBesideDirectory(depot, path)) return PathExists(path) ? 1 : 0;
-    if (depot.paths->ActiveLocation() == nullptr) return 0;
-    const std::string storage = DisplayToStorage(depot, path);
-    if (CLDAPItems* const directory = depot.DirectoryConnection()) {
-        return EntryExists(*directory, storage, nullptr);
-    }
-    return PathExists(storage) ? 1 : 0;
+    // A depot without a location has no place, not even the process's current folder.
+    if (!IsBesideDirectory(depot, path) && depot.paths->ActiveLocation() == nullptr) return 0;
+    const StorePath place = PlaceOf(depot, path);
+    const StoreScope scope(*place.store);
+    if (!scope) return 0;
+    ItemKind kind = ItemKind::kMissing;
+    const Result looked = place.store->Look(place.path, kind);
+    return looked && kind != ItemKind::kMissing ? 1 : 0;
 }
 
 int DeleteFile(CDepot& depot, const std::string& path) {
-    const std::string storage = StorageOf(depot, path);
-    if (CLDAPItems* const directory = DirectoryOf(depot, path)) {
-        return HoldsRoot(depot, path) ? Refuse(depot, path, nullptr)
-                                      : RemoveEntry(*directory, storage, nullptr);
+    const StorePath place = PlaceOf(depot, path);
+    if (place.store->LocalPath(place.path)) {
+        if (!place.store->CheckTarget(place.path)) return Refuse(depot, path).AsFlag(nullptr);
+        return place.store->Remove(place.path, ItemKind::kFile).AsFlag(nullptr);
     }
-    if (!IsAbsolutePath(storage)) return Refuse(depot, path, nullptr);
-    return DeleteFileA(storage.c_str()) ? 1 : 0;
+    if (HoldsRoot(depot, path)) return Refuse(depot, path).AsFlag(nullptr);
+    const StoreScope scope(*place.store);
+    return scope ? place.store->RemoveTree(place.path).AsFlag(nullptr) : 0;
 }
 
 int MoveFile(CDepot& depot, const std::string& source, const std::string& destination, HWND window,
              CDepot* destinationDepot, std::string* errorText, const TransferWatcher& watcher) {
-    CDepot& target = destinationDepot ? *destinationDepot : depot;
-    const bool fromDirectory = DirectoryOf(depot, source) != nullptr;
+    const StorePath from = PlaceOf(depot, source);
+    const StorePath to = PlaceOf(destinationDepot ? *destinationDepot : depot, destination);
     // Each store moves within itself only: the shell would take an entry's name for a file of the
     // process's current folder.
-    if (HoldsRoot(depot, source) ||
-        fromDirectory != (DirectoryOf(target, destination) != nullptr)) {
-        return Refuse(depot, destination, errorText);
+    if (HoldsRoot(depot, source) || from.store->Space() != to.store->Space()) {
+        return Refuse(depot, destination).AsFlag(errorText);
     }
-    const std::string from = StorageOf(depot, source);
-    const std::string to = StorageOf(target, destination);
-    if (CLDAPItems* const directory = DirectoryOf(depot, source)) {
-        if (!IsSameServer(*directory, *DirectoryOf(target, destination))) {
-            return Refuse(depot, destination, errorText);
-        }
-        return MoveEntry(*directory, from, to, errorText, watcher);
+    if (!from.store->LocalPath(from.path)) {
+        return MoveEntry(*from.store, {from.path, to.path}, errorText, watcher);
     }
-    return MoveInFileSystem(from, to, window, destinationDepot ? FO_MOVE : FO_RENAME, errorText);
+    const UINT operation = destinationDepot ? FO_MOVE : FO_RENAME;
+    return MoveByShell({from.path, to.path}, window, operation).AsFlag(errorText);
+}
+
+Result CopyDepotFile(const FileCopy& copy) {
+    CopyRequest request = {PlaceOf(copy.depot, copy.source),
+                           TargetOf(copy.destinationDepot, copy.destination)};
+    if (EndsInSeparator(copy.destination)) {
+        // A folder takes the copy under its own name.
+        const std::string name = NamePart(RemoveTrailingBackslash(copy.source));
+        if (!IsFitForFolder(copy, request, name)) return RefuseName(request);
+        request.to = TargetOf(copy.destinationDepot, copy.destination + name);
+    }
+    if (!request.to.store->CheckTarget(request.to.path)) {
+        return Refuse(copy.depot, request.to.path);
+    }
+    // An entry that exists gets the new contents in every case.
+    const bool keepsExisting = copy.failIfExists && request.to.store->LocalPath({});
+    if (keepsExisting) request.existing = ExistingEntries::kRefuse;
+    request.fate = copy.fate;
+    request.watcher = copy.watcher;
+    request.copied = copy.copied;
+    return ReportedCopy(request, depot::Copy(request));
 }
 
 int CopyFile(CDepot& depot, const std::string& source, const std::string& destination,
              CDepot* destinationDepot, bool failIfExists, std::string* errorText,
-             const TransferWatcher& watcher, SourceFate fate, CopiedSource* copied) {
-    CLDAPItems* const sourceDirectory = DirectoryOf(depot, source);
-    CLDAPItems* const targetDirectory =
-        destinationDepot ? DirectoryOf(*destinationDepot, destination) : nullptr;
-    std::string target = destination;
-    if (EndsInSeparator(destination)) {
-        // A folder takes the copy under its own name.
-        const std::string name = NamePart(RemoveTrailingBackslash(source));
-        if (!IsFitForFolder(depot, source, name, sourceDirectory && targetDirectory)) {
-            return RefuseName(sourceDirectory ? sourceDirectory : targetDirectory, errorText);
-        }
-        target += name;
-    }
-    const std::string from = StorageOf(depot, source);
-    const std::string to = destinationDepot ? StorageOf(*destinationDepot, target) : target;
-    if (!targetDirectory && !IsAbsolutePath(to)) return Refuse(depot, to, errorText);
-    constexpr ExistingEntries kReplace = ExistingEntries::kReplace;
-    if (sourceDirectory && targetDirectory) {
-        return CopyEntry(*sourceDirectory, from, *targetDirectory, to, kReplace, errorText, watcher,
-                         fate, copied);
-    }
-    if (sourceDirectory) {
-        return Download(*sourceDirectory, from, to, errorText, watcher,
-                        failIfExists ? ExistingEntries::kRefuse : kReplace, fate, copied);
-    }
-    if (targetDirectory) {
-        return Upload(*targetDirectory, from, to, kReplace, errorText, watcher, fate, copied);
-    }
-    if (CopyInFileSystem({from, to, failIfExists, fate}, errorText, watcher) == 0) return 0;
-    if (copied != nullptr) NoteLocalCopy(from, to, *copied);
-    return 1;
+             const TransferWatcher& watcher) {
+    return CopyDepotFile({depot, source, destination, destinationDepot, failIfExists, watcher})
+        .AsFlag(errorText);
 }
 
-int CopyToFreeName(CDepot& depot, const std::string& source, const std::string& destination) {
-    CLDAPItems* const directory = DirectoryOf(depot, source);
-    if (directory == nullptr) return CopyFile(depot, source, destination, &depot, true, nullptr);
-    return CopyEntry(*directory, StorageOf(depot, source), *directory,
-                     StorageOf(depot, destination), ExistingEntries::kRefuse, nullptr);
+Result CopyToFreeName(CDepot& depot, const std::string& source, const std::string& destination) {
+    const CopyRequest request = {PlaceOf(depot, source), PlaceOf(depot, destination),
+                                 ExistingEntries::kRefuse};
+    if (!request.to.store->CheckTarget(request.to.path)) return Refuse(depot, request.to.path);
+    return ReportedCopy(request, depot::Copy(request));
 }
 
 DWORD LastErrorCode(CDepot& depot) {

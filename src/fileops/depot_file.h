@@ -35,15 +35,26 @@ int MoveFile(CDepot& depot, const std::string& source, const std::string& destin
 //
 // `failIfExists` keeps existing local files; an entry that exists gets the new contents in every
 // case. A path of the file system is what it says, also when it comes with a directory depot.
-// `copied`, where one is given, receives what of the source has arrived.
 int CopyFile(CDepot& depot, const std::string& source, const std::string& destination,
              CDepot* destinationDepot, bool failIfExists, std::string* errorText,
-             const TransferWatcher& watcher = {}, SourceFate fate = SourceFate::kStays,
-             CopiedSource* copied = nullptr);
+             const TransferWatcher& watcher = {});
+
+// What CopyFile does, with all that it can be told.
+struct FileCopy {
+    CDepot& depot;
+    const std::string& source;
+    const std::string& destination;
+    CDepot* destinationDepot = nullptr;
+    bool failIfExists = false;
+    TransferWatcher watcher{};
+    SourceFate fate = SourceFate::kStays;
+    CopiedSource* copied = nullptr;  // receives what of the source has arrived
+};
+Result CopyDepotFile(const FileCopy& copy);
 
 // Copies a file, or a tree of a directory, within its depot to a name that is free: what exists
 // there, or is made there meanwhile, makes the copy fail and stays.
-int CopyToFreeName(CDepot& depot, const std::string& source, const std::string& destination);
+Result CopyToFreeName(CDepot& depot, const std::string& source, const std::string& destination);
 
 // Returns the Windows error code of the last failed operation on the depot.
 DWORD LastErrorCode(CDepot& depot);

@@ -7,22 +7,13 @@
 #include "fileops/depot_file.h"
 #include "fileops/file_filter.h"
 #include "manager/display_path.h"
-#include "model/local_mirror.h"
-#include "platform/file_search.h"
 #include "platform/paths.h"
 #include "platform/text.h"
 #include "platform/trace.h"
+#include "store/tree.h"
 
 namespace depot {
 namespace {
-
-bool IsSelfOrParent(const char* name) {
-    return name[0] == '.' && (name[1] == '\0' || (name[1] == '.' && name[2] == '\0'));
-}
-
-bool IsFolder(const WIN32_FIND_DATAA& found) {
-    return (found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
-}
 
 // Appends what `make` returns. An item that memory runs out for is left out.
 template <class Make>
@@ -39,13 +30,43 @@ std::unique_ptr<CDepotItem> FolderItem(std::string path, CDepot& depot) {
     return item;
 }
 
-// Counts what a listing of a folder left out.
-void NoteUnsafeNames(CDepotItems& list, std::uint32_t count, const std::string& folder) {
-    list.unsafeNames += count;
-    if (count > 0) TraceCount("names left out", folder, count);
+std::unique_ptr<CDepotItem> FileItem(std::string path, CDepot& depot, const StoreItem& file) {
+    auto item = std::make_unique<CDepotItem>(std::move(path), &depot);
+    // A file that the system does not reach is not fetched. The two types whose files would be read
+    // are read under their display path, which is no file; the number of every other type is fixed.
+    const std::string& readable = file.details ? file.path : item->path;
+    const std::int32_t type = DetectFileType(readable);
+    item->fileType = static_cast<std::uint32_t>(type);
+    if (file.details || type != kUnknownFileType) item->kindFlags = GetTerminalType(readable, type);
+    return item;
 }
 
-// Turns what a search in one folder finds into items.
+// Returns the find data of a child that has neither times nor a size.
+std::unique_ptr<WIN32_FIND_DATAA> EntryData(const StoreItem& item) {
+    auto data = std::make_unique<WIN32_FIND_DATAA>();
+    data->dwFileAttributes = item.isFolder ? FILE_ATTRIBUTE_DIRECTORY : 0;
+    CutToBytes(item.name, sizeof(data->cFileName) - 1)
+        .copy(data->cFileName, sizeof(data->cFileName));
+    return data;
+}
+
+// Returns the display path of a folder with a trailing backslash. That of a local folder is made
+// from its storage path; any other keeps its spelling, but for the depot's name in it.
+std::string DisplayFolder(CDepot& depot, const std::string& folder, const StorePath& place) {
+    if (const auto local = place.store->LocalPath(place.path)) {
+        std::string display = CollapseBackslashes(StorageToDisplay(depot, JoinPath(*local, "x")));
+        display.pop_back();
+        return display;
+    }
+    const std::string prefix = BuildDisplayPath(depot, {}, PathForm::kDisplay, DepotName::kKey);
+    std::string display = StorageToDisplay(depot, EnsureTrailingBackslash(folder));
+    if (MatchesPath(depot, display, PathForm::kDisplay, DepotName::kKey)) {
+        display.replace(0, prefix.size(), prefix);
+    }
+    return RemoveTrailingBackslash(display) + "\\";
+}
+
+// Turns what a folder holds into items.
 class FolderLister {
 public:
     FolderLister(CDepotItems& list, CDepot& depot, const ListingRequest& request, bool foldersOnly)
@@ -53,42 +74,45 @@ public:
           depot_(depot),
           filter_(request.filter),
           foldersOnly_(foldersOnly),
-          folder_(DisplayToStorage(depot, request.folder)),
-          displayFolder_(CollapseBackslashes(StorageToDisplay(depot, JoinPath(folder_, "x")))) {
-        displayFolder_.pop_back();
-    }
+          place_(FolderPlace(depot, request.folder)),
+          displayFolder_(DisplayFolder(depot, request.folder, place_)) {}
 
+    // Returns how many items were appended.
     int List() {
+        const StoreScope scope(*place_.store);
         // A depot without a root lists nothing, least of all the current directory.
-        if (folder_.empty()) return 0;
-        int added = 0;
-        WIN32_FIND_DATAA found = {};
-        FileSearch search(JoinPath(folder_, "*.*"));
-        while (search.Next(found)) {
-            if (!IsSelfOrParent(found.cFileName) && Add(found)) ++added;
-        }
-        NoteUnsafeNames(list_, search.UnsafeNames(), folder_);
-        return added;
+        if (!scope || place_.path.empty()) return 0;
+        LeftOut left;
+        // What was found before a failure stays.
+        static_cast<void>(place_.store->List(
+            place_.path, [&](const StoreItem& item) { Take(item, left); }, left));
+        list_.unsafeNames += left.unsafeNames;
+        if (left.unsafeNames > 0) TraceCount("names left out", place_.path, left.unsafeNames);
+        return added_;
     }
 
 private:
-    bool Add(const WIN32_FIND_DATAA& found) {
-        const bool folder = IsFolder(found);
-        if (!folder && (foldersOnly_ || !PassesFilter(found.cFileName, filter_))) return false;
-        return AppendItem(list_, [&] {
-            const std::string path = displayFolder_ + found.cFileName;
-            auto item = folder ? FolderItem(path, depot_)
-                               : FileItem(path, JoinPath(folder_, found.cFileName));
-            item->findData = std::make_unique<WIN32_FIND_DATAA>(found);
-            return item;
-        });
+    static StorePath FolderPlace(CDepot& depot, const std::string& folder) {
+        std::string path = DisplayToStorage(depot, folder);
+        return {&depot.ActiveStore(), std::move(path)};
     }
 
-    std::unique_ptr<CDepotItem> FileItem(std::string path, const std::string& full) {
-        auto item = std::make_unique<CDepotItem>(std::move(path), &depot_);
-        const std::int32_t type = DetectFileType(full);
-        item->fileType = static_cast<std::uint32_t>(type);
-        item->kindFlags = GetTerminalType(full, type);
+    void Take(const StoreItem& item, LeftOut& left) {
+        if (item.isHostile) {
+            ++left.unsafeNames;
+            TraceLeftOut(place_.path, item.name, kHostileName);
+        } else if ((item.isFolder || (!foldersOnly_ && PassesFilter(item.name, filter_))) &&
+                   AppendItem(list_, [&] { return ItemFor(item); })) {
+            ++added_;
+        }
+    }
+
+    std::unique_ptr<CDepotItem> ItemFor(const StoreItem& found) {
+        std::string path = displayFolder_ + found.name;
+        auto item = found.isFolder ? FolderItem(std::move(path), depot_)
+                                   : FileItem(std::move(path), depot_, found);
+        item->findData =
+            found.details ? std::make_unique<WIN32_FIND_DATAA>(*found.details) : EntryData(found);
         return item;
     }
 
@@ -96,66 +120,11 @@ private:
     CDepot& depot_;
     const std::string& filter_;
     const bool foldersOnly_;
-    const std::string folder_;
-    // Every entry's display path begins with it: converting the folder once is enough.
-    std::string displayFolder_;
+    const StorePath place_;
+    // Every child's display path begins with it: converting the folder once is enough.
+    const std::string displayFolder_;
+    int added_ = 0;
 };
-
-// What a listing tells of an entry, which has neither times nor a size.
-std::unique_ptr<WIN32_FIND_DATAA> EntryData(const std::string& name, DWORD attributes) {
-    auto data = std::make_unique<WIN32_FIND_DATAA>();
-    data->dwFileAttributes = attributes;
-    CutToBytes(name, sizeof(data->cFileName) - 1).copy(data->cFileName, sizeof(data->cFileName));
-    return data;
-}
-
-std::unique_ptr<CDepotItem> FolderEntryItem(const std::string& path, CDepot& depot) {
-    auto item = FolderItem(path, depot);
-    item->findData = EntryData(NamePart(path), FILE_ATTRIBUTE_DIRECTORY);
-    return item;
-}
-
-std::unique_ptr<CDepotItem> FileEntryItem(const std::string& path, CDepot& depot) {
-    auto item = std::make_unique<CDepotItem>(path, &depot);
-    const std::int32_t type = DetectFileType(path);
-    item->fileType = static_cast<std::uint32_t>(type);
-    // No file is fetched. The two types whose files would be read are read under their display
-    // path, which is no file; the number of every other type is fixed.
-    if (type != kUnknownFileType) item->kindFlags = GetTerminalType(path, type);
-    item->findData = EntryData(NamePart(path), 0);
-    return item;
-}
-
-// Returns the display path of a folder of a directory without a trailing backslash, the depot's
-// name in it spelled as the depot spells it.
-std::string DisplayFolder(CDepot& depot, const std::string& folder) {
-    const std::string prefix = BuildDisplayPath(depot, {}, PathForm::kDisplay, DepotName::kKey);
-    std::string display = StorageToDisplay(depot, EnsureTrailingBackslash(folder));
-    if (MatchesPath(depot, display, PathForm::kDisplay, DepotName::kKey)) {
-        display.replace(0, prefix.size(), prefix);
-    }
-    return RemoveTrailingBackslash(display);
-}
-
-void ListDirectory(CDepotItems& list, CDepot& depot, CLDAPItems& directory,
-                   const ListingRequest& request, bool foldersOnly) {
-    const ConnectionScope connection(directory, nullptr);
-    if (!connection) return;
-    LdapItemList entries;
-    directory.ListChildren(DisplayToStorage(depot, request.folder), entries,
-                           DisplayFolder(depot, request.folder));
-    NoteUnsafeNames(list, directory.UnsafeNames(), request.folder);
-    for (const CLDAPItem* entry : entries) {
-        const bool isFolder = entry->isFolder != 0;
-        if (!isFolder && (foldersOnly || !PassesFilter(NamePart(entry->path), request.filter))) {
-            continue;
-        }
-        AppendItem(list, [&] {
-            return isFolder ? FolderEntryItem(entry->path, depot)
-                            : FileEntryItem(entry->path, depot);
-        });
-    }
-}
 
 }  // namespace
 
@@ -166,11 +135,8 @@ int Enumerate(CDepotItems& list, const CDepotItem* folderItem, const std::string
         MakeListingRequest(folderItem->path, filter, subPath, foldersOnly);
     if (request.folder.empty()) return 0;
     CDepot& depot = *folderItem->depot;
-    if (!IsDirectoryDepot(depot)) return FolderLister(list, depot, request, foldersOnly).List();
-    if (CLDAPItems* const directory = depot.DirectoryConnection()) {
-        ListDirectory(list, depot, *directory, request, foldersOnly);
-    }
-    return static_cast<int>(list.Count());
+    const int added = FolderLister(list, depot, request, foldersOnly).List();
+    return IsDirectoryDepot(depot) ? static_cast<int>(list.Count()) : added;
 }
 
 void KeepFileType(CDepotItems& list, std::int32_t wantedType) {

@@ -4,14 +4,15 @@
 #include <memory>
 #include <set>
 
-#include "directory/comparable_dn.h"
+#include "fileops/copied_source.h"
 #include "fileops/depot_file.h"
 #include "fileops/file_place.h"
-#include "fileops/held_connections.h"
 #include "fileops/list_progress.h"
-#include "model/depot_paths.h"
+#include "fileops/open_stores.h"
+#include "fileops/outcome.h"
 #include "platform/error_text.h"
 #include "platform/file_names.h"
+#include "platform/local_file.h"
 #include "platform/paths.h"
 #include "platform/temp_file.h"
 #include "platform/text.h"
@@ -21,17 +22,20 @@ namespace {
 
 constexpr char kCaption[] = "Quillon";
 
-// Returns the directory that holds the item; null for an item of the file system.
-CLDAPItems* DirectoryOf(const CDepotItem& item) {
-    return item.depot ? DirectoryOf(*item.depot, item.path) : nullptr;
+// Tells whether the shell can work on what is there.
+bool IsInReach(const StorePath& place) {
+    return place.store->LocalPath(place.path).has_value();
 }
-
-std::string StoragePath(const CDepotItem& item) {
-    return item.depot ? StorageOf(*item.depot, item.path) : item.path;
+bool IsInReach(const CDepotItem& item) {
+    return IsInReach(PlaceOf(item));
 }
 
 std::unique_ptr<CDepotItem> PlainItem(const std::string& path) {
     return std::make_unique<CDepotItem>(path, nullptr);
+}
+
+std::string NameOf(const CDepotItem& item) {
+    return NamePart(RemoveTrailingBackslash(item.path));
 }
 
 // Removes the temporary folders that an operation needed, whatever became of it.
@@ -60,52 +64,23 @@ private:
     std::vector<std::string> folders_;
 };
 
-// Copies an entry of a directory into a folder under its own name; empty when that fails.
-std::string CopyIntoFolder(const CDepotItem& item, const std::string& folder, SourceFate fate,
-                           std::string* errorText, const TransferWatcher& watcher,
-                           CopiedSource& copied) {
-    if (folder.empty()) return {};
-    const bool done = CopyFile(*item.depot, item.path, folder + "\\", nullptr, false, errorText,
-                               watcher, fate, &copied) != 0;
-    return done ? JoinPath(folder, NamePart(RemoveTrailingBackslash(item.path))) : std::string();
-}
-
-int TellLeftovers(const Leftovers& left, std::string* errorText) {
-    if (errorText != nullptr) *errorText = LeftoversText(left);
-    return 0;
-}
-
-// The names under which the items of a list go to one target. A second one of a name would replace
-// what has just arrived.
-class TargetNames {
-public:
-    explicit TargetNames(bool isFolder) : isFolder_(isFolder) {}
-
-    // Returns false when an earlier item has the name already.
-    bool Take(const CDepotItem& item) {
-        // Where the target is no folder, every item goes to the same name.
-        const std::string name = NamePart(RemoveTrailingBackslash(item.path));
-        return names_.insert(isFolder_ ? ComparableDN(name) : std::string()).second;
-    }
-
-private:
-    const bool isFolder_;
-    std::set<std::string> names_;
-};
-
 int OperateOneByOne(const CDepotItems& items, const CDepotItem& target, UINT operation, HWND window,
                     std::string* errorText, const TransferWatcher& watcher) {
-    HeldConnections connections;
+    const StorePath place = PlaceOf(target);
+    const bool deletes = operation == FO_DELETE;
+    const bool isFolder = EndsInSeparator(target.path);
+    OpenStores stores;
     ListProgress progress(watcher, items.Count());
-    TargetNames names(EndsInSeparator(target.path));
+    // A second item of a name would replace what has just arrived.
+    const TakePath isNewName = place.store->UniquePaths();
     for (std::size_t index = 0; index < items.Count(); ++index) {
         const CDepotItem& item = *items.At(index);
-        const bool deletes = operation == FO_DELETE;
-        if (!deletes && !names.Take(item)) {
-            return DirectoryOf(target)->Fail(LDAP_ALREADY_EXISTS, errorText);
+        // Where the target is no folder, every item gets the same name.
+        if (!deletes && !isNewName(isFolder ? NameOf(item) : std::string())) {
+            return Report(*place.store, Error{Reason::kExists}, errorText);
         }
-        const bool ready = deletes || connections.Hold(target.depot, target.path, nullptr);
-        if (progress.IsStopped() || !ready || !connections.Hold(item.depot, item.path, nullptr) ||
+        const bool ready = deletes || stores.Hold(place);
+        if (progress.IsStopped() || !ready || !stores.Hold(PlaceOf(item)) ||
             ItemOperation(item, &target, operation, window, errorText, progress.Next()) == 0) {
             return 0;
         }
@@ -117,38 +92,39 @@ bool CanCopy(const CDepotItem& source, const CDepotItem* target) {
     return source.depot != nullptr && target != nullptr && !target->path.empty();
 }
 
-// Deletes a source whose copy has arrived. Returns 0 only when there was something to keep.
-int DeleteMovedEntry(CLDAPItems& directory, const CopiedSource& copied, std::string* errorText) {
-    const Leftovers left = RemoveCopiedEntries(directory, copied);
-    directory.SetLastError(left.code);
-    return left.changed ? TellLeftovers(left, errorText) : 1;
+// Copies an item to the target's path in the target's depot.
+Result CopyTo(const CDepotItem& source, const CDepotItem& target, const TransferWatcher& watcher,
+              CopiedSource* copied) {
+    return CopyDepotFile({*source.depot, source.path, target.path, target.depot, true, watcher,
+                          copied ? SourceFate::kGoes : SourceFate::kStays, copied});
 }
 
-int DeleteMovedFile(const CDepotItem& item, const CopiedSource& copied, HWND window,
-                    std::string* errorText) {
-    if (!IsAsCopied(copied)) {
-        const Leftovers left = RemoveCopiedFiles(copied);
-        return left.changed ? TellLeftovers(left, errorText) : 1;
+// Deletes a source whose copy has arrived. Returns 0 only when there was something to keep.
+int DeleteMoved(const CDepotItem& item, const CopiedSource& copied, HWND window,
+                std::string* errorText) {
+    const StorePath place = PlaceOf(item);
+    if (IsInReach(place) && IsAsCopied(*place.store, copied)) {
+        CDepotItems source;
+        source.Append(item.Clone());
+        ShellOperation(source, nullptr, FO_DELETE, FOF_NOCONFIRMATION, window, nullptr);
+        return 1;
     }
-    CDepotItems source;
-    source.Append(item.Clone());
-    ShellOperation(source, nullptr, FO_DELETE, FOF_NOCONFIRMATION, window, nullptr);
-    return 1;
+    const Leftovers left = RemoveCopied(*place.store, copied);
+    const int result =
+        Report(*place.store, LeftoversResult(left), left.changed ? errorText : nullptr);
+    return left.changed ? result : 1;
 }
 
 int MoveItem(const CDepotItem& item, const CDepotItem* target, HWND window, std::string* errorText,
              const TransferWatcher& watcher) {
     if (!CanCopy(item, target) || HoldsRoot(*item.depot, item.path)) return 0;
-    HeldConnections connections;
+    OpenStores stores;
     CopiedSource copied;
-    if (!connections.Hold(target->depot, target->path, nullptr) ||
-        !connections.Hold(item.depot, item.path, nullptr) ||
-        CopyItem(item, target, true, nullptr, watcher, SourceFate::kGoes, &copied) == 0) {
+    if (!stores.Hold(PlaceOf(*target)) || !stores.Hold(PlaceOf(item)) ||
+        !CopyTo(item, *target, watcher, &copied)) {
         return 0;
     }
-    CLDAPItems* const directory = DirectoryOf(item);
-    return directory ? DeleteMovedEntry(*directory, copied, errorText)
-                     : DeleteMovedFile(item, copied, window, errorText);
+    return DeleteMoved(item, copied, window, errorText);
 }
 
 // Tells whether the shell would replace what it has just moved by another item of that name, and
@@ -184,12 +160,10 @@ bool TakesRootAway(const CDepotItems& items, UINT operation) {
 }
 
 // Tells whether the shell would take the name of an entry for a path.
-bool AnyInDirectory(const CDepotItems& items, const CDepotItem* target) {
-    if (target != nullptr && DirectoryOf(*target)) return true;
-    for (std::size_t index = 0; index < items.Count(); ++index) {
-        if (DirectoryOf(*items.At(index))) return true;
-    }
-    return false;
+bool AnyOutOfReach(const CDepotItems& items, const CDepotItem* target) {
+    if (target != nullptr && !IsInReach(*target)) return true;
+    return !std::all_of(items.begin(), items.end(),
+                        [](const CDepotItem* item) { return IsInReach(*item); });
 }
 
 // An entry that is to be deleted once the shell is done with its copy.
@@ -208,7 +182,7 @@ struct ShellWork {
     const UINT operation;
     const bool removesSources;
     TemporaryFolders temporaryFolders;
-    HeldConnections connections;
+    OpenStores stores;
     CDepotItems items;
     std::vector<std::string> copies;  // of the entries
     std::vector<FetchedEntry> entriesToRemove;
@@ -223,23 +197,23 @@ bool RefuseNameTwice(const CDepotItems& items, UINT operation, FILEOP_FLAGS flag
     if (operation == FO_DELETE || asks || renames) return false;
     FileNameSet names;
     bool isTwice = false;
-    CLDAPItems* directory = nullptr;
-    for (std::size_t index = 0; index < items.Count(); ++index) {
-        const CDepotItem& item = *items.At(index);
-        isTwice |= !names.Insert(NamePart(RemoveTrailingBackslash(item.path)));
-        if (directory == nullptr) directory = DirectoryOf(item);
+    const CDepotItem* entry = nullptr;
+    for (const CDepotItem* item : items) {
+        isTwice |= !names.Insert(NameOf(*item));
+        if (entry == nullptr && !IsInReach(*item)) entry = item;
     }
-    if (!isTwice || directory == nullptr) return false;
-    directory->Fail(LDAP_NAMING_VIOLATION, nullptr);
-    if (errorText != nullptr) *errorText = kSharedNamesText;
+    if (!isTwice || entry == nullptr) return false;
+    Report(
+        *PlaceOf(*entry).store,
+        Error{Reason::kSharedName, CodeKind::kDirectory, LDAP_NAMING_VIOLATION, kSharedNamesText},
+        errorText);
     return true;
 }
 
 // Tells whether the item is an entry that its name, or one below it, kept from being copied. It can
 // be deleted all the same.
-bool IsKeptByNames(const CDepotItem& item) {
-    return DirectoryOf(item)->LastError() == LDAP_NAMING_VIOLATION &&
-           !HoldsRoot(*item.depot, item.path);
+bool IsKeptByNames(const CDepotItem& item, const Result& copied) {
+    return CodeOf(copied) == LDAP_NAMING_VIOLATION && !HoldsRoot(*item.depot, item.path);
 }
 
 // Some shells report a move as done that they left. What was moved is no longer where it was.
@@ -249,42 +223,38 @@ bool AllCopiesLeft(const ShellWork& work) {
 
 // Fetches an entry for the shell. For a deletion a name that no local file can have is no
 // hindrance: such an entry is removed without a copy.
-bool CollectEntry(const CDepotItem& item, ShellWork& work, std::string* errorText,
-                  const TransferWatcher& watcher) {
-    const SourceFate fate = work.removesSources ? SourceFate::kGoes : SourceFate::kStays;
-    std::string reason;
+Result CollectEntry(const CDepotItem& item, ShellWork& work, const TransferWatcher& watcher) {
     FetchedEntry entry = {&item, {}};
-    DirectoryOf(item)->SetLastError(LDAP_SUCCESS);
-    const std::string copy =
-        CopyIntoFolder(item, work.temporaryFolders.Make(), fate, &reason, watcher, entry.copied);
-    if (!copy.empty()) {
-        if (!work.items.Append(PlainItem(copy))) return false;
-        work.copies.push_back(copy);
-    } else if (work.operation != FO_DELETE || !IsKeptByNames(item)) {
-        if (errorText != nullptr && !reason.empty()) *errorText = reason;
-        return false;
+    const std::string folder = work.temporaryFolders.Make();
+    if (folder.empty()) return Error{};
+    const Result fetched = CopyDepotFile(
+        {*item.depot, item.path, folder + "\\", nullptr, false, watcher,
+         work.removesSources ? SourceFate::kGoes : SourceFate::kStays, &entry.copied});
+    if (fetched) {
+        work.copies.push_back(JoinPath(folder, NameOf(item)));
+        if (!work.items.Append(PlainItem(work.copies.back()))) return Error{};
+    } else if (work.operation != FO_DELETE || !IsKeptByNames(item, fetched)) {
+        return fetched;
     }
     if (work.removesSources) work.entriesToRemove.push_back(std::move(entry));
-    return true;
+    return {};
 }
 
 // Puts what the shell is to work on together. What cannot be fetched must not be removed, and the
 // others not half done.
-bool Collect(const CDepotItems& items, ShellWork& work, std::string* errorText,
-             const TransferWatcher& watcher) {
+Result Collect(const CDepotItems& items, ShellWork& work, const TransferWatcher& watcher) {
     ListProgress progress(watcher, items.Count());
-    for (std::size_t index = 0; index < items.Count(); ++index) {
-        const CDepotItem& item = *items.At(index);
-        if (!DirectoryOf(item)) {
-            if (!work.items.Append(item.Clone())) return false;
+    for (const CDepotItem* item : items) {
+        if (IsInReach(*item)) {
+            if (!work.items.Append(item->Clone())) return Error{};
             continue;
         }
-        if (progress.IsStopped() || !work.connections.Hold(item.depot, item.path, errorText) ||
-            !CollectEntry(item, work, errorText, progress.Next())) {
-            return false;
-        }
+        if (progress.IsStopped()) return Error{};
+        Result ready = work.stores.Hold(PlaceOf(*item));
+        if (ready) ready = CollectEntry(*item, work, progress.Next());
+        if (!ready) return ready;
     }
-    return !progress.IsStopped();
+    return progress.IsStopped() ? Result(Error{}) : Result();
 }
 
 // Removes the entries of a list up to the first that cannot be removed. What is only deleted is
@@ -295,10 +265,8 @@ int RemoveEntries(const ShellWork& work, std::string* errorText) {
             if (DeleteItem(*item) == 0) return 0;
             continue;
         }
-        CLDAPItems& directory = *DirectoryOf(*item);
-        const Leftovers left = RemoveCopiedEntries(directory, copied);
-        directory.SetLastError(left.code);
-        if (left.code != LDAP_SUCCESS) return TellLeftovers(left, errorText);
+        Store& store = *PlaceOf(*item).store;
+        if (Report(store, LeftoversResult(RemoveCopied(store, copied)), errorText) == 0) return 0;
     }
     return 1;
 }
@@ -306,11 +274,10 @@ int RemoveEntries(const ShellWork& work, std::string* errorText) {
 }  // namespace
 
 int CopyItem(const CDepotItem& source, const CDepotItem* target, bool failIfExists,
-             std::string* errorText, const TransferWatcher& watcher, SourceFate fate,
-             CopiedSource* copied) {
+             std::string* errorText, const TransferWatcher& watcher) {
     if (!CanCopy(source, target)) return 0;
     return CopyFile(*source.depot, source.path, target->path, target->depot, failIfExists,
-                    errorText, watcher, fate, copied);
+                    errorText, watcher);
 }
 
 int DeleteItem(const CDepotItem& item) {
@@ -322,19 +289,17 @@ int ShellOperation(const CDepotItems& items, const CDepotItem* target, UINT oper
     if (items.Count() == 0) return 1;
     // A deletion takes no notice of a target, whatever that holds.
     if (operation == FO_DELETE) target = nullptr;
-    if (TakesRootAway(items, operation) || AnyInDirectory(items, target)) {
+    if (TakesRootAway(items, operation) || AnyOutOfReach(items, target)) {
         SetLastError(ERROR_INVALID_PARAMETER);
         return FailShellOperation(errorText);
     }
     std::vector<std::string> sources;
-    for (std::size_t index = 0; index < items.Count(); ++index) {
-        sources.push_back(StoragePath(*items.At(index)));
-    }
+    for (const CDepotItem* item : items) sources.push_back(PlaceOf(*item).path);
     if (ReplacesMovedItems(sources, operation, flags)) {
         SetLastError(ERROR_ALREADY_EXISTS);
         return FailShellOperation(errorText);
     }
-    const std::string destination = target ? StoragePath(*target) : std::string();
+    const std::string destination = target ? PlaceOf(*target).path : std::string();
     if (RunShellOperation(operation, sources, target ? &destination : nullptr, flags, window)) {
         return 1;
     }
@@ -358,12 +323,13 @@ int ItemOperation(const CDepotItem& item, const CDepotItem* target, UINT operati
 int ListOperation(const CDepotItems& items, const CDepotItem* target, UINT operation,
                   FILEOP_FLAGS flags, HWND window, std::string* errorText,
                   const TransferWatcher& watcher) {
-    if (target != nullptr && DirectoryOf(*target)) {
+    if (target != nullptr && !IsInReach(*target)) {
         return OperateOneByOne(items, *target, operation, window, errorText, watcher);
     }
     if (RefuseNameTwice(items, operation, flags, errorText)) return 0;
     ShellWork work(operation, window);
-    if (!Collect(items, work, errorText, watcher)) return 0;
+    const Result collected = Collect(items, work, watcher);
+    if (!collected) return collected.AsFlag(errorText);
     const int result = ShellOperation(work.items, target, operation, flags, window, errorText);
     if (result == 0 || (operation == FO_MOVE && !AllCopiesLeft(work))) return 0;
     return RemoveEntries(work, errorText);

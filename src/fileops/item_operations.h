@@ -3,7 +3,6 @@
 
 #include <string>
 
-#include "fileops/copied_source.h"
 #include "fileops/shell_operation.h"
 #include "fileops/transfer_progress.h"
 #include "model/depot_items.h"
@@ -13,8 +12,7 @@ namespace depot {
 // Copies an item to the target's path in the target's depot. 0 when the source has no depot or
 // there is no target.
 int CopyItem(const CDepotItem& source, const CDepotItem* target, bool failIfExists,
-             std::string* errorText, const TransferWatcher& watcher = {},
-             SourceFate fate = SourceFate::kStays, CopiedSource* copied = nullptr);
+             std::string* errorText, const TransferWatcher& watcher = {});
 
 // Deletes an item; 0 when it has no depot.
 int DeleteItem(const CDepotItem& item);

@@ -1,7 +1,8 @@
 #include "fileops/numbered_copy.h"
 
 #include "fileops/depot_file.h"
-#include "fileops/held_connections.h"
+#include "fileops/file_place.h"
+#include "fileops/open_stores.h"
 #include "manager/display_path.h"
 #include "model/localization.h"
 #include "platform/paths.h"
@@ -20,14 +21,14 @@ std::string FormatOf(CopyNameStyle style) {
 std::optional<std::string> CopyNextToItself(CDepot& depot, const std::string& source,
                                             CopyNameStyle style) {
     const std::string folder = FolderPrefix(source);
-    HeldConnections connections;
-    if (!connections.Hold(&depot, folder, nullptr)) return std::nullopt;
+    OpenStores stores;
+    if (!stores.Hold(PlaceOf(depot, folder))) return std::nullopt;
     const auto name = FindFreeCopyName(
         NamePart(source), style, FormatOf(style),
         [&](const std::string& taken) { return FileExists(depot, folder + taken) != 0; });
     if (!name) return std::nullopt;
     const std::string copy = folder + *name;
-    if (CopyToFreeName(depot, source, copy) == 0) return std::nullopt;
+    if (!CopyToFreeName(depot, source, copy)) return std::nullopt;
     return copy;
 }
 

@@ -2,8 +2,9 @@
 
 #include <algorithm>
 
-#include "fileops/held_connections.h"
+#include "fileops/file_place.h"
 #include "fileops/item_operations.h"
+#include "fileops/open_stores.h"
 #include "manager/resolve_item.h"
 #include "platform/paths.h"
 #include "platform/text.h"
@@ -54,10 +55,7 @@ private:
         ResolveItem(session_.Depots(), source, *item);
         CDepotItem target;
         if (!folder.empty()) ResolveItem(session_.Depots(), folder, target);
-        if (!connections_.Hold(item->depot, item->path, nullptr) ||
-            !connections_.Hold(target.depot, target.path, nullptr)) {
-            return;
-        }
+        if (!stores_.Hold(PlaceOf(*item)) || !stores_.Hold(PlaceOf(target))) return;
         sources.Append(std::move(item));
         ListOperation(sources, &target, FO_COPY, kQuietFlags, nullptr, nullptr);
     }
@@ -65,7 +63,7 @@ private:
     DepotSession& session_;
     DepotFileContext& file_;
     const std::string targetFolder_;
-    HeldConnections connections_;
+    OpenStores stores_;
 };
 
 }  // namespace

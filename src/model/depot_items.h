@@ -49,6 +49,8 @@ public:
 
     std::size_t Count() const { return array_.Count(); }
     CDepotItem* At(std::size_t index) const { return array_.At(index); }
+    CDepotItem* const* begin() const { return array_.begin(); }
+    CDepotItem* const* end() const { return array_.end(); }
 
     bool ownsItems = true;
     // How many files and folders listings left out because of their names.

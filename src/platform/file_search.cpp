@@ -3,6 +3,8 @@
 #include <string_view>
 #include <utility>
 
+#include "platform/paths.h"
+#include "platform/trace.h"
 #include "platform/wide_text.h"
 
 namespace depot {
@@ -46,7 +48,8 @@ bool StoreFind(const WIN32_FIND_DATAW& found, WIN32_FIND_DATAA& narrow) {
 }  // namespace
 
 FileSearch::FileSearch(const std::string& pattern)
-    : search_(FindFirstFileW(WideFromAnsi(pattern).c_str(), &found_)) {
+    : pattern_(IsTracing() ? pattern : std::string()),
+      search_(FindFirstFileW(WideFromAnsi(pattern).c_str(), &found_)) {
     // What a failed call returns is no search, and must not be closed.
     if (search_.get() == INVALID_HANDLE_VALUE) static_cast<void>(search_.release());
 }
@@ -71,10 +74,17 @@ bool IsLinkToFolder(const WIN32_FIND_DATAA& found) {
     return found.dwReserved0 == 0 || IsReparseTagNameSurrogate(found.dwReserved0);
 }
 
+void FileSearch::TraceUnsafeName() const {
+    if (!IsTracing()) return;
+    TraceLeftOut(FolderPart(pattern_), AnsiFromWide(found_.cFileName),
+                 "a name that the code page cannot hold");
+}
+
 bool FileSearch::Next(WIN32_FIND_DATAA& found) {
     while (Advance()) {
         if (StoreFind(found_, found)) return true;
         ++unsafeNames_;
+        TraceUnsafeName();
     }
     return false;
 }

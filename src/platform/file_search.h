@@ -33,7 +33,9 @@ public:
 
 private:
     bool Advance();
+    void TraceUnsafeName() const;
 
+    const std::string pattern_;  // while the trace is on
     WIN32_FIND_DATAW found_ = {};
     UniqueFind search_;
     bool isFirst_ = true;

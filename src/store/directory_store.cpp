@@ -100,8 +100,8 @@ TakePath DirectoryStore::UniquePaths() const {
     };
 }
 
-Result DirectoryStore::CheckTarget(const std::string& path) const {
-    return path.empty() ? Of(LDAP_PARAM_ERROR) : Result();
+Result DirectoryStore::CheckTarget(const std::string& /*path*/) const {
+    return {};
 }
 
 std::string DirectoryStore::Space() const {
@@ -275,7 +275,8 @@ Result DirectoryStore::MakeFolder(const std::string& path, FoldersAbove above) {
     return !made || LooksLikeFolder(path) ? std::move(made) : AddFolder(path);
 }
 
-std::optional<Result> DirectoryStore::CopyFile(PathPair /*paths*/, WriteRules /*rules*/) {
+std::optional<Result> DirectoryStore::CopyFile(PathPair /*paths*/, WriteRules /*rules*/,
+                                               std::uint64_t& /*bytes*/) {
     return std::nullopt;
 }
 

@@ -42,7 +42,7 @@ public:
     Result WriteFile(const std::string& path, const FileBuffer& contents,
                      WriteRules rules) override;
     Result MakeFolder(const std::string& path, FoldersAbove above) override;
-    std::optional<Result> CopyFile(PathPair paths, WriteRules rules) override;
+    std::optional<Result> CopyFile(PathPair paths, WriteRules rules, std::uint64_t& bytes) override;
     // Makes the folders above the new name for a folder that holds entries.
     Result Rename(PathPair paths, ExistingEntries existing, StoreSource& source) override;
     Result Remove(const std::string& path, ItemKind kind) override;

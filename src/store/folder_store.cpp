@@ -44,6 +44,14 @@ Result Done(bool done, const std::string& path) {
     return done ? Result() : SystemError(GetLastError(), path);
 }
 
+// The failure of reading or writing as such: what the system says in it of other files, or of the
+// call, means nothing to whoever asked for this one.
+Error Failure(const std::string& path) {
+    Error error = SystemError(GetLastError(), path);
+    if (error.reason != Reason::kMissing) error.reason = Reason::kRefused;
+    return error;
+}
+
 Flush FlushFor(SourceFate fate) {
     return fate == SourceFate::kGoes ? Flush::kNow : Flush::kLater;
 }
@@ -56,6 +64,12 @@ void Describe(const WIN32_FIND_DATAA& found, std::size_t baseLength, StoreItem& 
     item.isFolder = (found.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
     item.isLink = IsLinkToFolder(found);
     item.details = &found;
+}
+
+std::uint64_t SizeOf(const std::string& path) {
+    WIN32_FILE_ATTRIBUTE_DATA data = {};
+    if (!GetFileAttributesExA(path.c_str(), GetFileExInfoStandard, &data)) return 0;
+    return static_cast<std::uint64_t>(data.nFileSizeHigh) << 32 | data.nFileSizeLow;
 }
 
 TreeBounds NoBounds() {
@@ -169,7 +183,7 @@ Result FolderStore::ReadFile(const std::string& path, SourceFate /*fate*/, FileB
     });
     if (read) return {};
     contents = {};
-    return SystemError(GetLastError(), path);
+    return Failure(path);
 }
 
 Result FolderStore::ReadSource(const std::string& path, SourceFate fate, StoreSource& source) {
@@ -211,7 +225,8 @@ Result FolderStore::WriteFile(const std::string& path, const FileBuffer& content
     const std::uint8_t* const bytes = contents.bytes.get();
     const Flush flush = FlushFor(rules.fate);
     if (rules.existing == ExistingEntries::kReplace) {
-        return Done(ReplaceLocalFile(path, bytes, contents.length, flush), path);
+        const bool replaced = ReplaceLocalFile(path, bytes, contents.length, flush);
+        return replaced ? Result() : Failure(path);
     }
     switch (CreateLocalFile(path, bytes, contents.length, flush)) {
         case FileCreation::kDone:
@@ -219,17 +234,21 @@ Result FolderStore::WriteFile(const std::string& path, const FileBuffer& content
         case FileCreation::kExists:
             return SystemError(ERROR_FILE_EXISTS, path);
         default:
-            return SystemError(GetLastError(), path);
+            return Failure(path);
     }
 }
 
 Result FolderStore::MakeFolder(const std::string& path, FoldersAbove /*above*/) {
-    return Done(EnsureLocalFolder(path), path);
+    return EnsureLocalFolder(path) ? Result() : Failure(path);
 }
 
-std::optional<Result> FolderStore::CopyFile(PathPair paths, WriteRules rules) {
+std::optional<Result> FolderStore::CopyFile(PathPair paths, WriteRules rules,
+                                            std::uint64_t& bytes) {
     const bool failsIfExists = rules.existing == ExistingEntries::kRefuse;
-    if (CopyLocalFile(paths.from, paths.to, failsIfExists, FlushFor(rules.fate))) return Result();
+    if (CopyLocalFile(paths.from, paths.to, failsIfExists, FlushFor(rules.fate))) {
+        bytes = SizeOf(paths.to);
+        return Result();
+    }
     const DWORD error = GetLastError();
     // The system calls a path that is too long "not found", which helps nobody.
     const bool isTooLong = paths.to.size() >= kMaxPathBytes;

@@ -141,7 +141,7 @@ public:
     // Returns the path by which the shell and the system's own calls reach what is stored; nothing
     // where they cannot.
     virtual std::optional<std::string> LocalPath(const std::string& path) const = 0;
-    // Whether nothing can be written there, by the path alone; the reason is kInvalid.
+    // Fails with kInvalid for a path that names no place of its own, whatever is stored.
     virtual Result CheckTarget(const std::string& path) const = 0;
     // Returns what the paths of this store are relative to: stores of one space name the same by
     // the same path.
@@ -178,8 +178,9 @@ public:
                              WriteRules rules) = 0;
     // Makes sure that a folder exists. One that is there is left as it is.
     virtual Result MakeFolder(const std::string& path, FoldersAbove above) = 0;
-    // Copies a file by the store's own means; nothing where it has none.
-    virtual std::optional<Result> CopyFile(PathPair paths, WriteRules rules) = 0;
+    // Copies a file, of so many bytes, by the store's own means; nothing where it has none.
+    virtual std::optional<Result> CopyFile(PathPair paths, WriteRules rules,
+                                           std::uint64_t& bytes) = 0;
     // Gives a file or folder another name, or another folder above it. A folder that the store
     // would have to copy for that fails with kNotEmpty, and `source` is what it holds.
     virtual Result Rename(PathPair paths, ExistingEntries existing, StoreSource& source) = 0;

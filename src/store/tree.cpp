@@ -9,8 +9,8 @@ namespace {
 
 // Returns why an item is no part of a tree; null for one that is.
 const char* ReasonToLeaveOut(const StoreItem& item) {
-    if (item.isLink) return "a link to a folder";
-    return item.isHostile ? "a name that no local file can have" : nullptr;
+    if (item.isLink) return kFolderLink;
+    return item.isHostile ? kHostileName : nullptr;
 }
 
 std::uint32_t CountAdded(const std::vector<TreeItem>& items, std::size_t first, TreeBudget& budget,

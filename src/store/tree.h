@@ -5,6 +5,10 @@
 
 namespace depot {
 
+// Why the trace says that something is left out.
+inline constexpr char kHostileName[] = "a name that no local file can have";
+inline constexpr char kFolderLink[] = "a link to a folder";
+
 // Appends what a folder holds to `items`; `index` is the folder's own among the items of its tree.
 // Links and hostile names are left out: counted, and named in the trace.
 Result ListChildren(Store& store, const TreeItem& folder, std::size_t index,

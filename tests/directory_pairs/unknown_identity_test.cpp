@@ -1,8 +1,8 @@
 // One entry through two connections, at servers that show less of it than others.
 #include "directory_pairs/pairs_fixture.h"
+#include "fileops/copy.h"
 #include "fileops/directory_transfer.h"
-#include "fileops/transfer_source.h"
-#include "model/local_mirror.h"
+#include "store/directory_store.h"
 
 namespace depot::test {
 namespace {
@@ -42,9 +42,10 @@ protected:
     int Copy(const std::string& from, const std::string& to, SourceFate fate) {
         return CopyEntry(*first_, from, *second_, to, ExistingEntries::kReplace, &error_, {}, fate);
     }
-    EntryIdentity Compare(const std::string& dn) {
-        const ConnectionScope first(*first_, nullptr), second(*second_, nullptr);
-        return CompareEntry(*first_, *second_, dn);
+    ItemIdentity Compare(const std::string& dn) {
+        depot::DirectoryStore one(*first_), other(*second_);
+        const StoreScope first(one), second(other);
+        return CompareItem(one, other, dn);
     }
     // Gives the file an identifier that is a plain attribute.
     void AddIdentifier(const std::string& name, const std::string& value) {
@@ -65,7 +66,7 @@ protected:
 
 TEST_F(UnknownIdentityTest, EntryIsNotMovedOntoOrIntoWhatMayBeItself) {
     Start(std::string(kHiddenIdentifier) + kWriters);
-    EXPECT_EQ(EntryIdentity::kUnknown, Compare(file_));
+    EXPECT_EQ(ItemIdentity::kUnknown, Compare(file_));
     for (const auto& [from, to] :
          {std::pair(file_, file_), std::pair(tree_, tree_), std::pair(tree_, "cn=x," + tree_),
           std::pair("cn=b.kra," + tree_, tree_)}) {
@@ -111,7 +112,7 @@ TEST_F(UnknownIdentityTest, IdentifiersOfOtherServersAreKnown) {
         SCOPED_TRACE(name);
         Start(std::string(kOtherIdentifiers) + kHiddenIdentifier + kWriters);
         AddIdentifier(name, "0123456789abcdef");
-        EXPECT_EQ(EntryIdentity::kSame, Compare(file_));
+        EXPECT_EQ(ItemIdentity::kSame, Compare(file_));
         EXPECT_EQ(0, Copy(file_, file_, SourceFate::kStays));
         EXPECT_EQ(std::uint32_t{LDAP_PARAM_ERROR}, first_->LastError());
     }
@@ -128,7 +129,7 @@ TEST_F(UnknownIdentityTest, OtherIdentifiersAreThoseOfAnotherEntry) {
                  "objectClass: extensibleObject\n-\nadd: objectGUID\nobjectGUID: two\n");
     other_ = server.Location().Clone();
     second_ = std::make_unique<CLDAPItems>(other_.get());
-    EXPECT_EQ(EntryIdentity::kOther, Compare(file_));
+    EXPECT_EQ(ItemIdentity::kOther, Compare(file_));
     EXPECT_EQ(1, Copy(file_, file_, SourceFate::kGoes));
     EXPECT_THAT(server.Show(file_), testing::HasSubstr("quillonFileContentsBinary: 1\n"));
 }
@@ -137,7 +138,7 @@ TEST_F(UnknownIdentityTest, MoveThroughAUserWhoSeesNothingReplacesNothing) {
     Start(std::string(kHiddenIdentifier) + kBlindWriter);
     other_->username = kReader;
     other_->password = kReaderPassword;
-    EXPECT_EQ(EntryIdentity::kUnseen, Compare(file_));
+    EXPECT_EQ(ItemIdentity::kUnseen, Compare(file_));
     EXPECT_EQ(0, Copy(file_, file_, SourceFate::kGoes));
     EXPECT_EQ(std::uint32_t{LDAP_ALREADY_EXISTS}, first_->LastError());
     EXPECT_TRUE(server_->Holds(file_));

@@ -5,6 +5,7 @@
 #include "platform/wide_text.h"
 #include "store/directory_store.h"
 #include "store/folder_store.h"
+#include "store/tree.h"
 #include "support/directory_fixture.h"
 #include "support/import_patch.h"
 #include "support/memory_store.h"
@@ -43,6 +44,9 @@ public:
         const std::wstring name = WideFromAnsi(Root()) + L"\\\u0416\u5b57.kra";
         CloseHandle(CreateFileW(name.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, 0, nullptr));
         return {0, 1};
+    }
+    std::vector<std::string> ReasonsToLeaveOut() const override {
+        return {"a name that the code page cannot hold"};
     }
 
 private:
@@ -86,7 +90,14 @@ public:
         SharedServer().Apply("dn: cn=\xd0\x96\xe5\xad\x97.kra," + base_ +
                              "\nobjectClass: quillonFileBinary\ncn: \xd0\x96\xe5\xad\x97.kra\n"
                              "quillonFileContentsBinary: x\n\n");
+        // Of neither class: left out, but nothing that would be missed.
+        SharedServer().Apply("dn: cn=role.kra," + base_ +
+                             "\nobjectClass: organizationalRole\ncn: role.kra\n\n");
         return {0, 2};
+    }
+    std::vector<std::string> ReasonsToLeaveOut() const override {
+        return {"a name that the code page cannot hold", kHostileName,
+                "neither a folder nor a file"};
     }
 
 private:
@@ -110,6 +121,7 @@ public:
         store_.AddLink("root\\link");
         return {1, 0};
     }
+    std::vector<std::string> ReasonsToLeaveOut() const override { return {kFolderLink}; }
 
 private:
     MemoryStore store_;

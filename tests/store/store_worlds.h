@@ -30,8 +30,8 @@ public:
     virtual void RefuseWrites() = 0;
     // Adds something that a listing of the folder leaves out, and returns how much that is.
     virtual LeftOut AddWhatIsLeftOut() = 0;
-    // Whether files of one name in other letters are one.
-    virtual bool IgnoresCase() const { return true; }
+    // What the trace says of each of these.
+    virtual std::vector<std::string> ReasonsToLeaveOut() const = 0;
 };
 
 struct WorldKind {

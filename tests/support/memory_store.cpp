@@ -88,8 +88,8 @@ TakePath MemoryStore::UniquePaths() const {
     };
 }
 
-Result MemoryStore::CheckTarget(const std::string& path) const {
-    return path.empty() ? Result(Failure(Reason::kInvalid, path)) : Result();
+Result MemoryStore::CheckTarget(const std::string& /*path*/) const {
+    return {};
 }
 
 Result MemoryStore::Look(const std::string& path, ItemKind& kind) {
@@ -193,7 +193,8 @@ Result MemoryStore::MakeFolder(const std::string& path, FoldersAbove above) {
     return {};
 }
 
-std::optional<Result> MemoryStore::CopyFile(PathPair /*paths*/, WriteRules /*rules*/) {
+std::optional<Result> MemoryStore::CopyFile(PathPair /*paths*/, WriteRules /*rules*/,
+                                            std::uint64_t& /*bytes*/) {
     return std::nullopt;
 }
 

@@ -51,7 +51,7 @@ public:
     Result WriteFile(const std::string& path, const FileBuffer& contents,
                      WriteRules rules) override;
     Result MakeFolder(const std::string& path, FoldersAbove above) override;
-    std::optional<Result> CopyFile(PathPair paths, WriteRules rules) override;
+    std::optional<Result> CopyFile(PathPair paths, WriteRules rules, std::uint64_t& bytes) override;
     Result Rename(PathPair paths, ExistingEntries existing, StoreSource& source) override;
     Result Remove(const std::string& path, ItemKind kind) override;
     Result RemoveUnchanged(const std::string& path, const Digest& contents) override;

@@ -7,7 +7,7 @@
 #include "depotctl/removal.h"
 #include "depotctl/transfer.h"
 #include "depotctl/transfer_target.h"
-#include "fileops/depot_file.h"
+#include "fileops/copy.h"
 #include "fileops/numbered_copy.h"
 #include "platform/text.h"
 
@@ -36,13 +36,6 @@ void Copy(Program& program, const TransferOptions& options) {
     AnswerTransfer(program, "copied", to, Transfer(program, from, to, {kind, options.Existing()}));
 }
 
-Result RenameEntry(const Place& from, const Place& to) {
-    std::string errorText;
-    from.ForgetFailure();
-    if (MoveFile(*from.depot, from.path, to.path, nullptr, nullptr, &errorText) != 0) return {};
-    return Error{Reason::kRefused, CodeKind::kDirectory, from.LastCode(), errorText};
-}
-
 // Renames within a store; false when that cannot be done without copying.
 bool RenameInPlace(const Place& from, const Place& to, ItemKind kind, ExistingEntries existing) {
     const OpenedPlace source(from, "move"), target(to, "move");
@@ -54,7 +47,7 @@ bool RenameInPlace(const Place& from, const Place& to, ItemKind kind, ExistingEn
     const PathPair paths = {source.path, target.path};
     StoreSource held;
     const Result renamed =
-        isLocal ? source.store.Rename(paths, existing, held) : RenameEntry(from, to);
+        isLocal ? source.store.Rename(paths, existing, held) : depot::Move(source.store, paths, {});
     if (renamed) return true;
     const Error& why = renamed.Why();
     if (isLocal && why.code == ERROR_NOT_SAME_DEVICE) return false;

@@ -72,10 +72,7 @@ public:
         folder.ForgetFailure();
         Enumerate(items, &request, filter_, {}, options_.foldersOnly);
         if (folder.LastCode() != LDAP_SUCCESS) Fail("list", folder);
-        std::vector<const CDepotItem*> sorted;
-        for (std::size_t index = 0; index < items.Count(); ++index) {
-            sorted.push_back(items.At(index));
-        }
+        std::vector<const CDepotItem*> sorted(items.begin(), items.end());
         std::sort(sorted.begin(), sorted.end(), ShownBefore);
         for (const CDepotItem* item : sorted) Add(*item, folder, prefix);
         foreignNames_ += items.unsafeNames;

@@ -33,12 +33,6 @@ void Progress::RefuseWhenStopped(const std::string& rest) const {
 }
 
 bool Progress::Note(const TransferProgress& state) {
-    // A count that begins anew is that of another transfer of the same work.
-    if (state.filesDone < last_.filesDone) {
-        before_.filesDone += last_.filesDone;
-        before_.filesInAll += last_.filesInAll;
-        before_.bytesDone += last_.bytesDone;
-    }
     last_ = state;
     const std::uint64_t now = GetTickCount64();
     if (stream_.IsTerminal() && now - drawn_ >= kMillisecondsBetweenBars) {

@@ -23,10 +23,10 @@ public:
         return [this](const TransferProgress& state) { return Note(state); };
     }
 
-    // The counts so far, over all transfers that were watched.
-    std::uint32_t FilesDone() const { return before_.filesDone + last_.filesDone; }
-    std::uint32_t FilesInAll() const { return before_.filesInAll + last_.filesInAll; }
-    std::uint64_t BytesDone() const { return before_.bytesDone + last_.bytesDone; }
+    // The counts so far.
+    std::uint32_t FilesDone() const { return last_.filesDone; }
+    std::uint32_t FilesInAll() const { return last_.filesInAll; }
+    std::uint64_t BytesDone() const { return last_.bytesDone; }
 
     static bool WasInterrupted() { return InterruptScope::WasInterrupted(); }
 
@@ -44,7 +44,7 @@ private:
     std::uint64_t start_;
     std::uint64_t drawn_ = 0;
     std::size_t shown_ = 0;  // the columns of the bar on the screen
-    TransferProgress before_, last_;
+    TransferProgress last_;
 };
 
 }  // namespace depot::ctl

@@ -1,0 +1,311 @@
+#include "fileops/copy.h"
+
+#include "fileops/shell_operation.h"
+#include "platform/temp_file.h"
+#include "store/folder_store.h"
+#include "store/tree.h"
+
+namespace depot {
+namespace {
+
+bool IsLocal(const StorePath& place) {
+    return place.store->LocalPath(place.path).has_value();
+}
+
+Error SystemFailure(Reason reason, DWORD code) {
+    return {reason, CodeKind::kSystem, code};
+}
+
+Error UnseenBytes() {
+    return {Reason::kUnseen, CodeKind::kDirectory, LDAP_NO_SUCH_ATTRIBUTE};
+}
+
+// What a copy may be to its own source, and what it may replace then.
+Result RefuseItself(const CopyRequest& request, ExistingEntries& existing) {
+    if (IsLocal(request.from) != IsLocal(request.to) ||
+        !Overlaps(request.from, request.to, request.fate)) {
+        return {};
+    }
+    const bool goes = request.fate == SourceFate::kGoes;
+    const ItemIdentity identity =
+        CompareItem(*request.from.store, *request.to.store, request.from.path);
+    // An entry that is there after all, out of this user's sight, may be the source.
+    if (goes && identity == ItemIdentity::kUnseen) existing = ExistingEntries::kRefuse;
+    const bool refused =
+        identity == ItemIdentity::kSame || (goes && identity == ItemIdentity::kUnknown);
+    return refused ? SystemFailure(Reason::kInvalid, ERROR_INVALID_PARAMETER) : Result();
+}
+
+// Writes what was read of a file. What was not seen takes the place of nothing.
+Result WriteSeen(const StorePath& to, const FileBuffer& contents, WriteRules rules) {
+    const bool seen = contents.bytes != nullptr;
+    if (!seen) rules.existing = ExistingEntries::kRefuse;
+    Result written = to.store->WriteFile(to.path, contents, rules);
+    return !seen && written.Is(Reason::kExists) ? UnseenBytes() : std::move(written);
+}
+
+CopyOutcome CopyFileContents(const CopyRequest& request, const FileBuffer& contents) {
+    std::vector<PlannedItem> target = {{request.to.path, false}};
+    Result written = request.to.store->Prepare(target, request.existing);
+    if (!written) return {std::move(written), CopyStage::kTarget};
+    if (request.copied) request.copied->SetFile(request.from.path, contents);
+    written = WriteSeen(request.to, contents, {request.existing, request.fate});
+    // There is nothing left to stop.
+    if (written && request.watcher) request.watcher({1, 1, contents.length});
+    return {std::move(written), CopyStage::kTarget};
+}
+
+// A copy by the store's own means; nothing where it has none.
+std::optional<CopyOutcome> CopyByItsOwnMeans(const CopyRequest& request) {
+    Store& store = *request.to.store;
+    if (request.from.store != &store) return std::nullopt;
+    std::uint64_t bytes = 0;
+    std::optional<Result> copied = store.CopyFile({request.from.path, request.to.path},
+                                                  {request.existing, request.fate}, bytes);
+    if (!copied) return std::nullopt;
+    if (!*copied) return CopyOutcome{std::move(*copied), CopyStage::kTarget};
+    if (request.watcher) request.watcher({1, 1, bytes});
+    FileBuffer contents;
+    // The copy shows what was copied.
+    if (request.copied && store.ReadFile(request.to.path, SourceFate::kStays, contents)) {
+        request.copied->SetFile(request.from.path, contents);
+    }
+    return CopyOutcome{};
+}
+
+// The way of a tree from one store straight into another.
+class TreeCopy {
+public:
+    TreeCopy(const CopyRequest& request, bool refusesUnseenBytes)
+        : request_(request), refusesUnseenBytes_(refusesUnseenBytes) {}
+
+    CopyOutcome Run(StoreSource& source) {
+        Result result = Plan(source);
+        if (result) result = CopyItems();
+        if (result && !tree_.left.IsNothing()) result = Incomplete();
+        return {std::move(result), stage_, false};
+    }
+
+private:
+    Result Plan(StoreSource& source) {
+        stage_ = CopyStage::kTree;
+        Result listed = ListTree(*request_.from.store, request_.from.path, tree_, &source);
+        if (!listed) return listed;
+        const bool isWhole = tree_.left.IsNothing();
+        if (!isWhole && request_.fate == SourceFate::kGoes) return Incomplete();
+        for (const TreeItem& item : tree_.items) {
+            const bool isTop = targets_.empty();
+            targets_.push_back(
+                {isTop ? request_.to.path
+                       : Target().ChildPath(targets_[item.parent].path, item.name, item.isFolder),
+                 item.isFolder});
+        }
+        stage_ = CopyStage::kTarget;
+        return Target().Prepare(targets_, request_.existing);
+    }
+
+    Result CopyItems() {
+        if (request_.copied) request_.copied->SetTree(tree_);
+        progress_.filesInAll = tree_.files;
+        for (std::size_t index = 0; index < tree_.items.size(); ++index) {
+            Result done = tree_.items[index].isFolder ? MakeFolder(index) : CopyFile(index);
+            if (!done) return done;
+        }
+        return {};
+    }
+
+    Result MakeFolder(std::size_t index) {
+        stage_ = CopyStage::kTarget;
+        return Target().MakeFolder(targets_[index].path,
+                                   index == 0 ? FoldersAbove::kAreMade : FoldersAbove::kExist);
+    }
+
+    Result CopyFile(std::size_t index) {
+        if (request_.from.store == &Target()) {
+            if (auto copied = CopyByItsOwnMeans(index)) return *std::move(copied);
+        }
+        FileBuffer contents;
+        stage_ = CopyStage::kTree;
+        Result done =
+            request_.from.store->ReadFile(tree_.items[index].path, request_.fate, contents);
+        if (!done) return done;
+        if (!contents.bytes && refusesUnseenBytes_) return UnseenBytes();
+        if (request_.copied) {
+            request_.copied->items[index].contents =
+                DigestOf(contents.bytes.get(), contents.length);
+        }
+        stage_ = CopyStage::kTarget;
+        // A file that came since may be another one of the tree, through a link in the target.
+        const ExistingEntries existing =
+            targets_[index].mayReplace ? ExistingEntries::kReplace : ExistingEntries::kRefuse;
+        done = WriteSeen({&Target(), targets_[index].path}, contents, {existing, request_.fate});
+        return done ? NoteFile(contents.length) : std::move(done);
+    }
+
+    // As above, for a file of the tree.
+    std::optional<Result> CopyByItsOwnMeans(std::size_t index) {
+        CopiedSource copied;
+        TransferProgress single;
+        CopyRequest file = request_;
+        file.from.path = tree_.items[index].path;
+        file.to.path = targets_[index].path;
+        file.watcher = [&](const TransferProgress& progress) {
+            single = progress;
+            return true;
+        };
+        file.copied = request_.copied ? &copied : nullptr;
+        std::optional<CopyOutcome> outcome = depot::CopyByItsOwnMeans(file);
+        if (!outcome) return std::nullopt;
+        stage_ = CopyStage::kTarget;
+        if (!outcome->result) return std::move(outcome->result);
+        if (!copied.items.empty()) {
+            request_.copied->items[index].contents = copied.items.front().contents;
+        }
+        return NoteFile(single.bytesDone);
+    }
+
+    Result NoteFile(std::uint64_t bytes) {
+        ++progress_.filesDone;
+        progress_.bytesDone += bytes;
+        const bool more = progress_.filesDone < progress_.filesInAll;
+        const bool stopped = request_.watcher && !request_.watcher(progress_) && more;
+        return stopped ? SystemFailure(Reason::kStopped, ERROR_CANCELLED) : Result();
+    }
+
+    Result Incomplete() const { return request_.from.store->IncompleteError(tree_.left); }
+    Store& Target() const { return *request_.to.store; }
+
+    const CopyRequest& request_;
+    const bool refusesUnseenBytes_;
+    Tree tree_;
+    std::vector<PlannedItem> targets_;  // one for each item of the tree
+    TransferProgress progress_;
+    CopyStage stage_ = CopyStage::kTree;
+};
+
+CopyOutcome CopyTreeThrough(const std::string& folder, const CopyRequest& request,
+                            StoreSource& source) {
+    CopyRequest fetching = request;
+    fetching.to = {&FolderStore::Instance(), folder};
+    fetching.existing = ExistingEntries::kReplace;
+    // A file counts once it has arrived; until then the copy can be stopped all the same.
+    fetching.watcher = [&](const TransferProgress& progress) {
+        return !request.watcher || request.watcher({0, progress.filesInAll, 0});
+    };
+    // In the folder a file that shows no bytes would look like an empty one, which may replace
+    // others.
+    CopyOutcome outcome = TreeCopy(fetching, true).Run(source);
+    if (!outcome.result) return outcome;
+    CopyRequest storing = request;
+    storing.from = fetching.to;
+    storing.copied = nullptr;
+    StoreSource local;
+    outcome.result = storing.from.store->ReadSource(folder, request.fate, local);
+    return outcome.result ? TreeCopy(storing, false).Run(local) : std::move(outcome);
+}
+
+// Copies a tree through a temporary local folder. Fails before anything is stored when an entry
+// would have to be left out.
+CopyOutcome CopyTreeThroughFolder(const CopyRequest& request, StoreSource& source) {
+    std::vector<std::string> folders(1);
+    std::string& folder = folders.front();
+    folder = MakeTempFolder();
+    CopyOutcome outcome = {SystemFailure(Reason::kRefused, GetLastError()), CopyStage::kTarget,
+                           false};
+    if (folder.empty()) return outcome;
+    try {
+        outcome = CopyTreeThrough(folder, request, source);
+    } catch (...) {
+        RemoveFoldersQuietly(folders, nullptr);
+        throw;
+    }
+    const bool removed = RemoveFoldersQuietly(folders, nullptr);
+    if (outcome.result && !removed) {
+        outcome.result = SystemFailure(Reason::kRefused, GetLastError());
+    }
+    return outcome;
+}
+
+CopyOutcome CopyTree(const CopyRequest& request, StoreSource& source) {
+    const bool isInReach = IsLocal(request.from) || IsLocal(request.to);
+    return isInReach ? TreeCopy(request, false).Run(source)
+                     : CopyTreeThroughFolder(request, source);
+}
+
+CopyOutcome CopyOpened(CopyRequest request) {
+    Result result = RefuseItself(request, request.existing);
+    if (!result) return {std::move(result), CopyStage::kSource};
+    StoreSource source;
+    result = request.from.store->ReadSource(request.from.path, request.fate, source);
+    if (!result) return {std::move(result), CopyStage::kSource};
+    return source.isFolder ? CopyTree(request, source) : CopyFileContents(request, source.contents);
+}
+
+}  // namespace
+
+CopyOutcome Copy(const CopyRequest& request) {
+    std::optional<CopyOutcome> own = CopyByItsOwnMeans(request);
+    return own ? *std::move(own) : CopyWhole(request);
+}
+
+CopyOutcome CopyWhole(const CopyRequest& request) {
+    const bool isItself =
+        request.from.store == request.to.store && Overlaps(request.from, request.to, request.fate);
+    if (request.from.path.empty() || request.to.path.empty() || isItself) {
+        return {SystemFailure(Reason::kInvalid, ERROR_INVALID_PARAMETER)};
+    }
+    const StoreScope source(*request.from.store);
+    if (!source) return {source.Outcome()};
+    const StoreScope target(*request.to.store);
+    return target ? CopyOpened(request) : CopyOutcome{target.Outcome()};
+}
+
+Result Move(Store& store, PathPair paths, const TransferWatcher& watcher) {
+    if (paths.from.empty() || paths.to.empty() || store.IsInside(paths.to, paths.from) ||
+        store.IsInside(paths.from, paths.to)) {
+        return SystemFailure(Reason::kInvalid, ERROR_INVALID_PARAMETER);
+    }
+    const StoreScope scope(store);
+    if (!scope) return scope.Outcome();
+    StoreSource held;
+    Result renamed = store.Rename(paths, ExistingEntries::kRefuse, held);
+    if (!renamed.Is(Reason::kNotEmpty)) return renamed;
+    CopiedSource copied;
+    const CopyRequest request = {{&store, paths.from},
+                                 {&store, paths.to},
+                                 ExistingEntries::kRefuse,
+                                 SourceFate::kGoes,
+                                 watcher,
+                                 &copied};
+    CopyOutcome outcome = CopyTree(request, held);
+    return outcome.result ? LeftoversResult(RemoveCopied(store, copied))
+                          : std::move(outcome.result);
+}
+
+ItemIdentity CompareItem(Store& one, Store& other, const std::string& path) {
+    if (one.Space() == other.Space()) return ItemIdentity::kSame;
+    ItemIdentifiers first, second;
+    if (!one.ReadIdentifiers(path, first)) return ItemIdentity::kUnknown;
+    const Result seen = other.ReadIdentifiers(path, second);
+    if (seen.Is(Reason::kMissing)) return ItemIdentity::kUnseen;
+    if (!seen) return ItemIdentity::kUnknown;
+    for (std::size_t index = 0; index < first.size(); ++index) {
+        if (first[index].empty() || second[index].empty()) continue;
+        return first[index] == second[index] ? ItemIdentity::kSame : ItemIdentity::kOther;
+    }
+    return ItemIdentity::kUnknown;
+}
+
+bool Overlaps(const StorePath& from, const StorePath& to, SourceFate fate) {
+    const Store& names = *from.store;
+    return names.IsSame(to.path, from.path) || names.IsInside(to.path, from.path) ||
+           (fate == SourceFate::kGoes && names.IsInside(from.path, to.path));
+}
+
+bool IsSameItem(const StorePath& from, const StorePath& to, SourceFate fate) {
+    const ItemIdentity identity = CompareItem(*from.store, *to.store, from.path);
+    return identity == ItemIdentity::kSame ||
+           (identity == ItemIdentity::kUnknown && fate == SourceFate::kGoes);
+}
+
+}  // namespace depot

@@ -1,0 +1,72 @@
+// Copying and moving files and trees, from any store to any other.
+#pragma once
+
+#include "fileops/copied_source.h"
+#include "fileops/transfer_progress.h"
+#include "store/store.h"
+
+namespace depot {
+
+struct CopyRequest {
+    StorePath from;
+    StorePath to;
+    ExistingEntries existing = ExistingEntries::kReplace;
+    SourceFate fate = SourceFate::kStays;
+    TransferWatcher watcher{};
+    // Receives what of the source has arrived, by which RemoveCopied removes it; may be null.
+    CopiedSource* copied = nullptr;
+};
+
+// At what a copy ended.
+enum class CopyStage : std::uint8_t {
+    kOpening,  // a store
+    kSource,   // finding out what the source is
+    kTree,     // reading what it holds
+    kTarget,   // writing
+};
+
+struct CopyOutcome {
+    Result result{};
+    CopyStage stage = CopyStage::kOpening;
+    bool isFile = true;  // the source is one file
+};
+
+// Copies a file, or a folder with all that it holds. Whatever has to be left out of a tree, links
+// and names, makes the copy fail with kIncomplete: all else is copied before, but nothing when the
+// source is to go. What goes onto or into itself is refused with kInvalid, by whatever stores the
+// two are named.
+//
+// Within a store that copies files by its own means the source is one file. A tree between two
+// stores that the system does not reach passes through a temporary local folder, which is gone
+// afterwards. A failure leaves what was copied until then.
+CopyOutcome Copy(const CopyRequest& request);
+
+// The same where the source may be a folder also within a store that copies files by its own means.
+CopyOutcome CopyWhole(const CopyRequest& request);
+
+// Gives a file or folder another name in its store, or another folder above it. Where the store
+// does not rename folders that hold others the tree is copied, and then removed as far as it still
+// holds what was copied. A folder goes neither into itself nor onto a folder above it.
+Result Move(Store& store, PathPair paths, const TransferWatcher& watcher);
+
+// What two stores show of the item of one path.
+enum class ItemIdentity : std::uint8_t {
+    kSame,
+    kOther,
+    kUnseen,  // the second store shows no item of the path
+    kUnknown  // at least one of the two shows no identifier that the other one shows as well
+};
+
+// Compares the item of that path in both stores: two names of one server, and two servers that
+// replicate each other, show the same identifier. REQUIRES: both are open.
+ItemIdentity CompareItem(Store& one, Store& other, const std::string& path);
+
+// Tells whether the names alone say that the target is the source, lies in it or, for a source that
+// goes, is a folder above it, which is to hold what is removed with the source.
+bool Overlaps(const StorePath& from, const StorePath& to, SourceFate fate);
+
+// Tells whether an item of the source's path counts as the same one in both stores. A source that
+// is to be removed does so, too, where that cannot be known. REQUIRES: both are open.
+bool IsSameItem(const StorePath& from, const StorePath& to, SourceFate fate);
+
+}  // namespace depot
