@@ -3,8 +3,8 @@
 #include <algorithm>
 
 #include "depotbrowser/worker_notices.h"
-#include "fileops/depot_file.h"
 #include "fileops/enumerate.h"
+#include "fileops/file_place.h"
 #include "manager/display_path.h"
 #include "manager/writability.h"
 #include "platform/error_text.h"
@@ -39,24 +39,17 @@ BrowseEntry EntryOf(const CDepotItem& item, bool hasDetails) {
     return entry;
 }
 
-std::string SystemText(DWORD error) {
-    std::string text;
-    FormatErrorText(error, nullptr, nullptr, &text, nullptr);
-    return std::string(TrimTrailingBlanks(text));
-}
-
 // Returns why nothing was listed; empty when the folder is there and has nothing in it.
-std::string ReasonForNothing(CDepot& depot, const std::string& folderPath) {
+std::string ReasonForNothing(CDepot& depot, const StorePath& folder) {
     const std::string notice = TakeLastNotice();
-    if (CLDAPItems* const directory = depot.DirectoryConnection()) {
-        if (directory->LastError() == LDAP_SUCCESS) return {};
-        const std::string text = directory->ErrorText();
+    const auto local = folder.store->LocalPath(folder.path);
+    if (!local) {
+        const std::string text = DirectoryReason(depot);
         return text.empty() ? notice : text;
     }
-    const std::string storage = DisplayToStorage(depot, folderPath);
-    if (storage.empty()) return SystemText(ERROR_PATH_NOT_FOUND);
-    if (GetFileAttributesA(storage.c_str()) != INVALID_FILE_ATTRIBUTES) return {};
-    return SystemText(GetLastError());
+    if (local->empty()) return SystemText(ERROR_PATH_NOT_FOUND);
+    const bool isThere = GetFileAttributesA(local->c_str()) != INVALID_FILE_ATTRIBUTES;
+    return isThere ? std::string() : SystemText(GetLastError());
 }
 
 std::string FolderPath(CDepot& depot, const std::string& relative) {
@@ -64,6 +57,24 @@ std::string FolderPath(CDepot& depot, const std::string& relative) {
 }
 
 }  // namespace
+
+std::string SystemText(DWORD error) {
+    std::string text;
+    FormatErrorText(error, nullptr, nullptr, &text, nullptr);
+    return std::string(TrimTrailingBlanks(text));
+}
+
+std::string DirectoryReason(CDepot& depot) {
+    CLDAPItems* const directory = depot.DirectoryConnection();
+    const bool failed = directory != nullptr && directory->LastError() != LDAP_SUCCESS;
+    return failed ? directory->ErrorText() : std::string();
+}
+
+std::string ReasonOf(const Result& result) {
+    const Error& why = result.Why();
+    const bool hasSystemCode = why.kind == CodeKind::kSystem && why.code != ERROR_SUCCESS;
+    return hasSystemCode ? SystemText(why.code) : why.text;
+}
 
 Listing ListFolder(DepotSession& session, const FolderRef& folder) {
     Listing listing;
@@ -74,12 +85,12 @@ Listing ListFolder(DepotSession& session, const FolderRef& folder) {
     const CDepotItem item(listing.folderPath, depot);
     CDepotItems items;
     Enumerate(items, &item, kEveryFile, {}, false);
-    const bool hasDetails = !IsDirectoryDepot(*depot);
-    listing.entries.reserve(items.Count());
-    for (std::size_t index = 0; index < items.Count(); ++index) {
-        listing.entries.push_back(EntryOf(*items.At(index), hasDetails));
+    const StorePath place = PlaceOf(*depot, listing.folderPath);
+    const bool hasDetails = place.store->LocalPath(place.path).has_value();
+    for (const CDepotItem* found : items) {
+        listing.entries.push_back(EntryOf(*found, hasDetails));
     }
-    if (items.Count() == 0) listing.reason = ReasonForNothing(*depot, listing.folderPath);
+    if (items.Count() == 0) listing.reason = ReasonForNothing(*depot, place);
     listing.succeeded = listing.reason.empty();
     return listing;
 }

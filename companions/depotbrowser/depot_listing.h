@@ -7,8 +7,15 @@
 #include "depotbrowser/browse_entry.h"
 #include "depotbrowser/depot_place.h"
 #include "manager/depot_session.h"
+#include "platform/result.h"
 
 namespace depot {
+
+// The system's words for its code; why the last request to a depot's directory failed, empty for
+// the file system; and why an operation did, without the path that it was about.
+std::string SystemText(DWORD error);
+std::string DirectoryReason(CDepot& depot);
+std::string ReasonOf(const Result& result);
 
 // What a folder holds.
 struct Listing {

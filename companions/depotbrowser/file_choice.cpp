@@ -72,9 +72,7 @@ std::string FileChoice::DefaultExtension() const {
 void FileChoice::Accept() {
     const std::wstring field = Field();
     std::vector<const BrowseEntry*> files = parts_.list.Selected();
-    files.erase(std::remove_if(files.begin(), files.end(),
-                               [](const BrowseEntry* entry) { return entry->isFolder; }),
-                files.end());
+    std::erase_if(files, [](const BrowseEntry* entry) { return entry->isFolder; });
     if (!files.empty() && field == selectionField_) return AcceptSelected(files);
     const std::vector<TypedName> names = ParseFileNames(field);
     if (names.empty()) return SetField({});

@@ -103,9 +103,7 @@ void FolderNavigator::OpenAbove() {
 
 void FolderNavigator::Stop() {
     ++*newest_;
-    workers_.erase(std::remove_if(workers_.begin(), workers_.end(),
-                                  [&](const Placed& placed) { return placed.depot == busyDepot_; }),
-                   workers_.end());
+    std::erase_if(workers_, [&](const Placed& placed) { return placed.depot == busyDepot_; });
     parts_.status.ShowMessage(parts_.texts.Text(IDS_BROWSE_STOPPED));
     parts_.changed();
 }

@@ -244,7 +244,11 @@ CopyOutcome CopyOpened(CopyRequest request) {
 }  // namespace
 
 CopyOutcome Copy(const CopyRequest& request) {
-    if (std::optional<CopyOutcome> own = CopyByItsOwnMeans(request)) return *std::move(own);
+    std::optional<CopyOutcome> own = CopyByItsOwnMeans(request);
+    return own ? *std::move(own) : CopyWhole(request);
+}
+
+CopyOutcome CopyWhole(const CopyRequest& request) {
     const bool isItself =
         request.from.store == request.to.store && Overlaps(request.from, request.to, request.fate);
     if (request.from.path.empty() || request.to.path.empty() || isItself) {

@@ -41,6 +41,9 @@ struct CopyOutcome {
 // afterwards. A failure leaves what was copied until then.
 CopyOutcome Copy(const CopyRequest& request);
 
+// The same where the source may be a folder also within a store that copies files by its own means.
+CopyOutcome CopyWhole(const CopyRequest& request);
+
 // Gives a file or folder another name in its store, or another folder above it. Where the store
 // does not rename folders that hold others the tree is copied, and then removed as far as it still
 // holds what was copied. A folder goes neither into itself nor onto a folder above it.

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "depotctl/definition.h"
 #include "depotctl/encoding.h"
 #include "depotctl/failure.h"
 #include "depotctl/terminal.h"
@@ -14,10 +15,6 @@ namespace {
 
 constexpr int kAttempts = 3;
 constexpr char kProbeByte = ' ';
-
-bool IsDirectory(const CDepotPath& location) {
-    return location.type == kDirectoryLocation;
-}
 
 bool IsSimple(const CDepotPath& location) {
     return location.authentication != kAnonymousAuthentication &&

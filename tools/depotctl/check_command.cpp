@@ -1,8 +1,7 @@
 // check: what is wrong with depots, and what to do about it.
-#include <CLI/CLI.hpp>
 #include <algorithm>
-#include <memory>
 
+#include "depotctl/command_line.h"
 #include "depotctl/commands.h"
 #include "depotctl/definition_checks.h"
 #include "depotctl/definition_store.h"
@@ -96,8 +95,9 @@ private:
                                 {}};
         for (std::size_t index = 0; index < depot.paths->Count(); ++index) {
             CDepotPath& location = *depot.paths->At(index);
-            if (location.type == kDirectoryLocation) continue;
-            summary.roots.push_back(Utf8FromAnsi(ExpandedPath(location)));
+            if (!IsDirectory(location)) {
+                summary.roots.push_back(Utf8FromAnsi(ExpandedPath(location)));
+            }
         }
         summaries_.push_back(std::move(summary));
     }
@@ -117,8 +117,7 @@ private:
             checked.definition.push_back(
                 Wrong("Key", "it may not be read", "grant users the right to read it"));
         } else {
-            const Findings found = CheckDefinition(raw);
-            checked.definition.insert(checked.definition.end(), found.begin(), found.end());
+            Append(checked.definition, CheckDefinition(raw));
         }
         return checked;
     }
@@ -131,7 +130,7 @@ private:
                 checked = Check(stored);
             }
         }
-        checked.definition.insert(checked.definition.end(), together.begin(), together.end());
+        Append(checked.definition, together);
         for (std::size_t index = 0; index < depot.paths->Count(); ++index) {
             CDepotPath& location = *depot.paths->At(index);
             checked.locations.push_back(
@@ -142,10 +141,8 @@ private:
     }
 
     static std::string Title(const CDepotPath& location, std::size_t number) {
-        const std::string title = "location " + std::to_string(number) + ", ";
-        if (location.type != kDirectoryLocation)
-            return title + "a folder: " + Utf8FromAnsi(location.path);
-        return title + "a directory: " + Utf8FromAnsi(location.path);
+        return "location " + std::to_string(number) + ", a " + kTypeWords[location.type].word +
+               ": " + Utf8FromAnsi(location.path);
     }
 
     Program& program_;
@@ -172,8 +169,7 @@ public:
     void AddDepot(const CheckedDepot& depot) {
         Findings findings = depot.definition;
         if (!HasProblems(findings)) {
-            findings.insert(findings.begin(),
-                            {State::kGood, "definition", DefinitionText(depot), {}});
+            findings.insert(findings.begin(), Good("definition", DefinitionText(depot)));
         }
         const std::string name = depot.key.empty() ? "the built-in depot" : "<" + depot.key + ">";
         Add(name + ", defined for " + depot.owner, findings);
@@ -213,10 +209,6 @@ private:
         return std::to_string(depot.values) + " values, all of them in order";
     }
 
-    static std::string Counted(std::size_t count, const std::string& noun) {
-        return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
-    }
-
     std::string Others() const {
         return problems_ == 0 ? "" : ", " + Counted(problems_, "problem") + " found";
     }
@@ -253,18 +245,15 @@ void Check(Program& program, const CheckOptions& options) {
 }  // namespace
 
 void AddCheckCommand(CLI::App& app, Program& program) {
-    const auto options = std::make_shared<CheckOptions>();
-    CLI::App* const command = app.add_subcommand(
-        "check", "Go through the installation and the depots step by step and say what is wrong");
-    command->add_option("key", options->key, "The key of one depot; all without it");
-    command->add_flag("--offline", options->offline,
-                      "Only what is defined; no folder or server is tried");
-    command->footer(
-        "Examples:\n  depotctl check\n  depotctl check Company\n  depotctl check --json");
-    command->callback([&program, options] {
-        options->key = KeyArgument(options->key);
-        program.command = [&program, options] { Check(program, *options); };
-    });
+    const auto [command, options] = AddCommand<CheckOptions>(
+        app, program,
+        {"check", "Go through the installation and the depots step by step and say what is wrong",
+         "Examples:\n  depotctl check\n  depotctl check Company\n  depotctl check --json"},
+        Check);
+    command.add_option("key", options.key, "The key of one depot; all without it")
+        ->transform(KeyArgument);
+    command.add_flag("--offline", options.offline,
+                     "Only what is defined; no folder or server is tried");
 }
 
 }  // namespace depot::ctl

@@ -1,10 +1,9 @@
 // depots add, set and remove: definitions in the registry.
 #include "depotctl/define_commands.h"
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
-#include <memory>
 
+#include "depotctl/command_line.h"
 #include "depotctl/define_options.h"
 #include "depotctl/definition_edit.h"
 #include "depotctl/definition_store.h"
@@ -86,9 +85,7 @@ Findings UnknownMacros(const RawDefinition& definition) {
     Findings findings;
     for (int location = 1; location <= definition.Locations(); ++location) {
         const std::string name = Numbered("Path", location);
-        const Findings found =
-            CheckMacroNames(name, definition.Text(name).value_or(""), MacroNames());
-        findings.insert(findings.end(), found.begin(), found.end());
+        Append(findings, CheckMacroNames(name, definition.Text(name).value_or(""), MacroNames()));
     }
     return findings;
 }
@@ -131,8 +128,7 @@ Findings NotesOn(const RawDefinition& after, const DefineOptions& options) {
         if (!isIt) all.push_back(SummaryOf(stored.raw, stored.root == HKEY_CURRENT_USER));
     }
     all.push_back(SummaryOf(after, !options.forMachine));
-    const Findings together = CheckTogether(all, IsSameName).back();
-    notes.insert(notes.end(), together.begin(), together.end());
+    Append(notes, CheckTogether(all, IsSameName).back());
     return notes;
 }
 
@@ -179,8 +175,9 @@ RawDefinition Existing(const DefineOptions& options, Existence wanted) {
     return found ? *std::move(found) : RawDefinition{options.key, {}};
 }
 
-void Define(const Program& program, const DefineOptions& options, Existence wanted) {
-    const bool isNew = wanted == Existence::kNew;
+template <Existence wanted>
+void Define(const Program& program, const DefineOptions& options) {
+    constexpr bool isNew = wanted == Existence::kNew;
     if (isNew) RequireGoodKey(program, options.key);
     const RawDefinition before = Existing(options, wanted);
     const DefinitionChange change = ChangeOf(options, before);
@@ -199,53 +196,32 @@ void RemoveOne(const Program& program, const DefineOptions& options) {
     Tell(program, options, "removed", {});
 }
 
-using Options = std::shared_ptr<DefineOptions>;
-
-CLI::App* AddCommand(CLI::App& depots, Program& program, const Options& options, const char* name,
-                     const char* help, void (*run)(const Program&, const DefineOptions&)) {
-    CLI::App* const command = depots.add_subcommand(name, help);
-    AddPlaceOptions(*command, *options);
-    // Holds the options as long as the command line lives, which writes into them.
-    command->callback([&program, options, run] {
-        options->key = KeyArgument(options->key);
-        program.command = [&program, options, run] { run(program, *options); };
-    });
-    return command;
-}
-
-void Add(const Program& program, const DefineOptions& options) {
-    Define(program, options, Existence::kNew);
-}
-
-void Set(const Program& program, const DefineOptions& options) {
-    Define(program, options, Existence::kThere);
-}
-
 }  // namespace
 
 void AddDefineCommands(CLI::App& depots, Program& program) {
-    const auto added = std::make_shared<DefineOptions>();
-    CLI::App* const add = AddCommand(depots, program, added, "add", "Define a depot", Add);
-    AddValueOptions(*add, *added);
-    add->footer(
-        "Examples:\n  depotctl depots add Work --path $USERDIR$\\Profiles --name Work "
-        "--name deu=Arbeit\n"
-        "  depotctl depots add Company --machine --path cn=Profiles,dc=example,dc=com "
-        "--host ldap.example.com --security starttls --dry-run > company.reg");
-
-    const auto changed = std::make_shared<DefineOptions>();
-    CLI::App* const set =
-        AddCommand(depots, program, changed, "set", "Change a depot's definition", Set);
-    AddValueOptions(*set, *changed);
-    AddRemovalOptions(*set, *changed);
-    set->footer(
-        "Examples:\n  depotctl depots set Work --order 1 --default\n"
-        "  depotctl depots set Company --location 2 --path cn=Profiles,dc=example,dc=com "
-        "--host replica\n  depotctl depots set Work --unset Icon");
-
-    AddCommand(depots, program, std::make_shared<DefineOptions>(), "remove",
-               "Remove a depot's definition, not its files", RemoveOne)
-        ->footer("Example:\n  depotctl depots remove Work");
+    const auto add = AddCommand<DefineOptions>(
+        depots, program,
+        {"add", "Define a depot",
+         "Examples:\n  depotctl depots add Work --path $USERDIR$\\Profiles --name Work "
+         "--name deu=Arbeit\n"
+         "  depotctl depots add Company --machine --path cn=Profiles,dc=example,dc=com "
+         "--host ldap.example.com --security starttls --dry-run > company.reg"},
+        Define<Existence::kNew>);
+    const auto set = AddCommand<DefineOptions>(
+        depots, program,
+        {"set", "Change a depot's definition",
+         "Examples:\n  depotctl depots set Work --order 1 --default\n"
+         "  depotctl depots set Company --location 2 --path cn=Profiles,dc=example,dc=com "
+         "--host replica\n  depotctl depots set Work --unset Icon"},
+        Define<Existence::kThere>);
+    const auto remove =
+        AddCommand<DefineOptions>(depots, program,
+                                  {"remove", "Remove a depot's definition, not its files",
+                                   "Example:\n  depotctl depots remove Work"},
+                                  RemoveOne);
+    for (const auto& command : {add, set, remove}) AddPlaceOptions(command.app, command.options);
+    for (const auto& command : {add, set}) AddValueOptions(command.app, command.options);
+    AddRemovalOptions(set.app, set.options);
 }
 
 }  // namespace depot::ctl

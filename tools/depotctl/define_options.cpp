@@ -6,6 +6,7 @@
 #include <span>
 
 #include "depotctl/definition_store.h"
+#include "depotctl/key_argument.h"
 
 namespace depot::ctl {
 namespace {
@@ -16,20 +17,14 @@ struct OptionTarget {
     std::vector<RawValue>& values;
 };
 
-void AddText(const OptionTarget& target, const DepotValue& value) {
-    target.command.add_option_function<std::string>(
+// A text or a number, of which `make` makes the value.
+template <class Given>
+void AddGiven(const OptionTarget& target, const DepotValue& value,
+              RawValue (*make)(std::string name, Given given)) {
+    target.command.add_option_function<Given>(
         value.option,
-        [&values = target.values, name = value.name](const std::string& text) {
-            values.push_back(StoredText(name, text));
-        },
-        value.meaning);
-}
-
-void AddNumber(const OptionTarget& target, const DepotValue& value) {
-    target.command.add_option_function<std::uint32_t>(
-        value.option,
-        [&values = target.values, name = value.name](const std::uint32_t& number) {
-            values.push_back(NumberValue(name, number));
+        [&values = target.values, name = value.name, make](const Given& given) {
+            values.push_back(make(name, given));
         },
         value.meaning);
 }
@@ -67,10 +62,10 @@ void AddSwitch(const OptionTarget& target, const DepotValue& value) {
 }
 
 void AddValue(const OptionTarget& target, const DepotValue& value) {
-    if (!value.IsNumber()) return AddText(target, value);
+    if (!value.IsNumber()) return AddGiven(target, value, StoredText);
     if (!value.form.words.empty()) return AddChoice(target, value);
     if (value.IsSwitch()) return AddSwitch(target, value);
-    AddNumber(target, value);
+    AddGiven(target, value, NumberValue);
 }
 
 // "deu=Arbeit" is a German name, "Work" an English one.
@@ -83,7 +78,7 @@ RawValue DisplayName(const std::string& text) {
 }  // namespace
 
 void AddPlaceOptions(CLI::App& command, DefineOptions& options) {
-    command.add_option("key", options.key, "The depot's key")->required();
+    command.add_option("key", options.key, "The depot's key")->required()->transform(KeyArgument);
     command.add_flag("--machine", options.forMachine, "For all users of the machine");
     command.add_flag("--dry-run", options.dryRun, "Print a .reg file and change nothing");
 }

@@ -2,14 +2,11 @@
 
 #include <algorithm>
 
+#include "depotctl/ascii.h"
 #include "depotctl/known_values.h"
 
 namespace depot::ctl {
 namespace {
-
-char Lower(char c) {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
 
 // A definition as what its values are read from, by the component's own rules.
 class DefinitionValues : public ValueSource {
@@ -82,7 +79,7 @@ LocationSettings RawDefinition::Location(int number) const {
     const DefinitionValues source(*this);
     LocationSettings settings;
     ReadLocationValues(source, ValueScope::kLocation, number, settings);
-    if (settings.type == kDirectoryLocation) {
+    if (IsDirectory(settings)) {
         ReadLocationValues(source, ValueScope::kDirectory, number, settings);
     }
     return settings;
@@ -94,7 +91,7 @@ std::string Numbered(std::string_view name, int location) {
 
 bool SameName(std::string_view left, std::string_view right) {
     return std::equal(left.begin(), left.end(), right.begin(), right.end(),
-                      [](char a, char b) { return Lower(a) == Lower(b); });
+                      [](char a, char b) { return LowerAscii(a) == LowerAscii(b); });
 }
 
 }  // namespace depot::ctl

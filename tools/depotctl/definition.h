@@ -66,6 +66,11 @@ struct DefinitionChange {
     std::vector<std::string> removed;
 };
 
+// Tells whether a location is one of a directory.
+inline bool IsDirectory(const LocationSettings& location) {
+    return location.type == kDirectoryLocation;
+}
+
 // Returns "Path3" for "Path" and 3.
 std::string Numbered(std::string_view name, int location);
 
@@ -82,12 +87,20 @@ struct Finding {
 };
 using Findings = std::vector<Finding>;
 
+inline Finding Good(std::string subject, std::string text) {
+    return {State::kGood, std::move(subject), std::move(text), {}};
+}
+
 inline Finding Wrong(std::string subject, std::string text, std::string advice) {
     return {State::kProblem, std::move(subject), std::move(text), std::move(advice)};
 }
 
 inline Finding Remark(std::string subject, std::string text, std::string advice = {}) {
     return {State::kNote, std::move(subject), std::move(text), std::move(advice)};
+}
+
+inline void Append(Findings& findings, const Findings& more) {
+    findings.insert(findings.end(), more.begin(), more.end());
 }
 
 // Letters of ASCII only: the names that are compared have no others.

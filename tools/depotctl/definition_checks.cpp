@@ -5,6 +5,7 @@
 #include <set>
 
 #include "config/languages.h"
+#include "depotctl/ascii.h"
 #include "depotctl/known_values.h"
 #include "depotctl/utf8_text.h"
 
@@ -32,9 +33,7 @@ std::string TypeName(std::uint32_t type) {
 }
 
 bool IsLanguage(const std::string& code) {
-    return code.size() == 3 && std::all_of(code.begin(), code.end(), [](char c) {
-               return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
-           });
+    return code.size() == 3 && std::all_of(code.begin(), code.end(), IsLetter);
 }
 
 // Collects the findings of one definition.
@@ -44,12 +43,12 @@ public:
         : definition_(definition), locations_(definition.Locations()) {}
 
     Findings Run() {
-        Append(CheckKey(definition_.key));
+        findings_ = CheckKey(definition_.key);
         for (const RawValue& value : definition_.values) CheckValue(value);
         CheckExistence();
         CheckNames();
         for (int location = 1; location <= locations_; ++location) {
-            Append(CheckLocation(definition_, location));
+            Append(findings_, CheckLocation(definition_, location));
         }
         if (definition_.hasSubkeys) {
             Add(Wrong("Key", "keys below this one are never read",
@@ -60,9 +59,6 @@ public:
 
 private:
     void Add(Finding finding) { findings_.push_back(std::move(finding)); }
-    void Append(Findings more) {
-        std::move(more.begin(), more.end(), std::back_inserter(findings_));
-    }
 
     void CheckValue(const RawValue& value) {
         if (DisplayLanguage(value.name)) return CheckText(value, "this name is not shown");

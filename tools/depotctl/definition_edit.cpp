@@ -35,11 +35,6 @@ std::string ValueLine(const RawValue& value) {
     return Quoted(value.name) + "=dword:" + number + "\r\n";
 }
 
-void AppendUnit(std::string& bytes, std::uint32_t unit) {
-    bytes.push_back(static_cast<char>(unit & 0xFF));
-    bytes.push_back(static_cast<char>(unit >> 8 & 0xFF));
-}
-
 }  // namespace
 
 RawDefinition Changed(RawDefinition definition, const DefinitionChange& change) {
@@ -92,8 +87,9 @@ DepotSummary SummaryOf(const RawDefinition& definition, bool isForUser) {
     summary.isDefault = definition.Number("DefaultDepot") == 1u;
     for (int location = 1; location <= definition.Locations(); ++location) {
         const LocationSettings settings = definition.Location(location);
-        if (settings.type == kDirectoryLocation) continue;
-        if (!HasMacros(settings.path)) summary.roots.push_back(settings.path);
+        if (!IsDirectory(settings) && !HasMacros(settings.path)) {
+            summary.roots.push_back(settings.path);
+        }
     }
     return summary;
 }
@@ -113,20 +109,9 @@ std::string RegistryFile(const std::string& keyPath, const DefinitionChange* cha
 
 std::string RegistryFileBytes(const std::string& text) {
     std::string bytes = "\xFF\xFE";
-    for (std::size_t at = 0; at < text.size();) {
-        const auto lead = static_cast<unsigned char>(text[at]);
-        const std::size_t length = lead < 0x80 ? 1 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
-        std::uint32_t code = length == 1 ? lead : lead & (0xFFu >> (length + 1));
-        for (std::size_t next = 1; next < length && at + next < text.size(); ++next) {
-            code = code << 6 | (static_cast<unsigned char>(text[at + next]) & 0x3Fu);
-        }
-        at += length;
-        if (code < 0x10000) {
-            AppendUnit(bytes, code);
-        } else {
-            AppendUnit(bytes, 0xD800 + ((code - 0x10000) >> 10));
-            AppendUnit(bytes, 0xDC00 + ((code - 0x10000) & 0x3FF));
-        }
+    for (const char16_t unit : Utf16(text)) {
+        bytes.push_back(static_cast<char>(unit & 0xFF));
+        bytes.push_back(static_cast<char>(unit >> 8));
     }
     return bytes;
 }

@@ -5,6 +5,7 @@
 #include "depotctl/access.h"
 #include "depotctl/commands.h"
 #include "depotctl/define_commands.h"
+#include "depotctl/definition.h"
 #include "depotctl/encoding.h"
 #include "depotctl/program.h"
 #include "depotctl/utf8_text.h"
@@ -27,7 +28,7 @@ Json StateOf(const LocationState& state) {
 Json LocationJson(CDepotPath& location) {
     Json json;
     json["type"] = kTypeWords[location.type].word;
-    if (location.type == kDirectoryLocation) {
+    if (IsDirectory(location)) {
         json["host"] = Utf8FromAnsi(location.host);
         json["port"] = location.port;
     }

@@ -96,26 +96,26 @@ std::string DirectoryProbe::BaseDN() const {
     return names_.PathToDN(ExpandedPath(location_));
 }
 
-std::optional<Problem> DirectoryProbe::FindBase() {
-    char all[] = "(objectClass=*)", none[] = "1.1";
-    char* attributes[] = {none, nullptr};
+DirectoryProbe::Answer DirectoryProbe::Search(const std::string& dn, ULONG scope,
+                                              const std::string& attribute) {
+    char all[] = "(objectClass=*)";
+    char* attributes[] = {ClientText(attribute), nullptr};
     LDAPMessage* found = nullptr;
+    const std::uint32_t code =
+        client_.ldap_search_s(session_.get(), ClientText(dn), scope, all, attributes, 0, &found);
+    return {code, UniqueLdapMessage(found, {&client_})};
+}
+
+std::optional<Problem> DirectoryProbe::FindBase() {
     const std::string base = BaseDN();
-    const std::uint32_t code = client_.ldap_search_s(session_.get(), ClientText(base),
-                                                     LDAP_SCOPE_BASE, all, attributes, 0, &found);
-    const UniqueLdapMessage owner(found, {&client_});
+    const std::uint32_t code = Search(base, LDAP_SCOPE_BASE, "1.1").code;
     if (code != LDAP_NO_SUCH_OBJECT) return UnlessDone(code);
     return Problem{"the base \"" + Utf8FromAnsi(base) + "\" is not there, or may not be seen",
                    "create the entry, correct Path, or grant the right to read it", code, false};
 }
 
 std::optional<Problem> DirectoryProbe::ListBase(bool& inPages) {
-    char all[] = "(objectClass=*)", none[] = "1.1";
-    char* attributes[] = {none, nullptr};
-    LDAPMessage* found = nullptr;
-    const std::uint32_t code = client_.ldap_search_s(
-        session_.get(), ClientText(BaseDN()), LDAP_SCOPE_ONELEVEL, all, attributes, 0, &found);
-    const UniqueLdapMessage owner(found, {&client_});
+    const std::uint32_t code = Search(BaseDN(), LDAP_SCOPE_ONELEVEL, "1.1").code;
     inPages = code == LDAP_SIZELIMIT_EXCEEDED;
     return UnlessDone(inPages ? ListBaseInPages() : code);
 }
@@ -132,20 +132,16 @@ std::uint32_t DirectoryProbe::ListBaseInPages() {
     return code;
 }
 
-std::vector<std::string> DirectoryProbe::Values(const std::string& dn, const char* attribute) {
-    char all[] = "(objectClass=*)";
-    std::string name = attribute;
-    char* attributes[] = {name.data(), nullptr};
-    LDAPMessage* found = nullptr;
-    const std::uint32_t code = client_.ldap_search_s(session_.get(), ClientText(dn),
-                                                     LDAP_SCOPE_BASE, all, attributes, 0, &found);
-    const UniqueLdapMessage owner(found, {&client_});
+std::vector<std::string> DirectoryProbe::Values(const std::string& dn,
+                                                const std::string& attribute) {
+    const Answer answer = Search(dn, LDAP_SCOPE_BASE, attribute);
     std::vector<std::string> texts;
-    LDAPMessage* const entry =
-        code == LDAP_SUCCESS ? client_.ldap_first_entry(session_.get(), found) : nullptr;
+    LDAPMessage* const entry = answer.code == LDAP_SUCCESS
+                                   ? client_.ldap_first_entry(session_.get(), answer.message.get())
+                                   : nullptr;
     if (entry == nullptr) return texts;
-    const UniqueLdapValues values(client_.ldap_get_values(session_.get(), entry, name.data()),
-                                  {&client_});
+    const UniqueLdapValues values(
+        client_.ldap_get_values(session_.get(), entry, ClientText(attribute)), {&client_});
     for (char** value = values.get(); value != nullptr && *value != nullptr; ++value) {
         texts.emplace_back(*value);
     }

@@ -56,7 +56,14 @@ private:
     std::optional<Problem> Secure();
     std::uint32_t Bind(const std::string& userName, const std::string& password);
     std::uint32_t ListBaseInPages();
-    std::vector<std::string> Values(const std::string& dn, const char* attribute);
+    std::vector<std::string> Values(const std::string& dn, const std::string& attribute);
+
+    struct Answer {
+        std::uint32_t code;
+        UniqueLdapMessage message;
+    };
+    // Searches for all entries of that scope.
+    Answer Search(const std::string& dn, ULONG scope, const std::string& attribute);
 
     CDepotPath& location_;
     CLDAPItems names_;  // never connected

@@ -1,5 +1,6 @@
 #include <algorithm>
 
+#include "depotctl/ascii.h"
 #include "depotctl/definition_checks.h"
 #include "depotctl/known_values.h"
 #include "depotctl/location_checks.h"
@@ -10,13 +11,6 @@ namespace {
 constexpr std::uint32_t kStartTls = 1, kTlsFromTheStart = 2;
 constexpr std::uint32_t kTlsPort = 636;
 
-bool IsSchemaName(const std::string& name) {
-    return std::all_of(name.begin(), name.end(), [](char c) {
-        return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
-               c == '-' || c == '.';
-    });
-}
-
 // Collects what the values of one location say together.
 class LocationChecker {
 public:
@@ -24,7 +18,7 @@ public:
         : definition_(definition), number_(location), settings_(definition.Location(location)) {}
 
     Findings Run() {
-        if (settings_.type == kDirectoryLocation) {
+        if (IsDirectory(settings_)) {
             if (!HasMacros(settings_.path)) findings_ = CheckBase(Name("Path"), settings_.path);
             CheckServer();
             CheckLogOn();
@@ -55,14 +49,12 @@ private:
         if (path.empty()) {
             Add(Wrong(Name("Path"), "it is empty", "write a folder's path"));
         } else if (!HasMacros(path)) {
-            const Findings folder = CheckFolder(Name("Path"), {path, path, PathBytes()}, {});
-            findings_.insert(findings_.end(), folder.begin(), folder.end());
+            Append(findings_, CheckFolder(Name("Path"), {path, path, PathBytes()}, {}));
         }
     }
 
     void CheckServer() {
-        const Findings host = CheckHost(Name("Host"), settings_.host);
-        findings_.insert(findings_.end(), host.begin(), host.end());
+        Append(findings_, CheckHost(Name("Host"), settings_.host));
         const bool secure = settings_.security == kTlsFromTheStart;
         if (secure && settings_.port == LocationSettings::kDefaultPort) {
             Add(Wrong(Name("Port"),
@@ -108,7 +100,8 @@ private:
 
     void CheckSchemaNames() {
         for (const DepotValue& value : kDepotValues) {
-            if (value.form.kind != ValueKind::kSchemaName || IsSchemaName(Text(value))) continue;
+            if (value.form.kind != ValueKind::kSchemaName || HasSchemaCharacters(Text(value)))
+                continue;
             Add(Wrong(Name(value.name), "it is no name that a schema can have",
                       "use letters, digits and hyphens"));
         }

@@ -18,10 +18,6 @@ constexpr char kRepair[] =
     "install the package again (msiexec /i ... REINSTALL=ALL), or run "
     "regsvr32 DepotIntr.dll";
 
-Finding Good(const char* subject, std::string text) {
-    return {State::kGood, subject, std::move(text), {}};
-}
-
 std::string ClassesValue(const std::string& path) {
     const auto key = RegistryKey::Open(HKEY_CLASSES_ROOT, path);
     return key ? key->ReadString("", MAX_PATH).value_or("") : "";

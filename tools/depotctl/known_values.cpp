@@ -3,16 +3,13 @@
 #include <algorithm>
 #include <vector>
 
+#include "depotctl/ascii.h"
 #include "depotctl/definition.h"
 
 namespace depot::ctl {
 namespace {
 
 constexpr std::string_view kDisplayName = "DisplayName.";
-
-bool IsDigit(char c) {
-    return c >= '0' && c <= '9';
-}
 
 struct NameParts {
     std::string_view base, digits;

@@ -1,9 +1,8 @@
 // ls
-#include <CLI/CLI.hpp>
 #include <algorithm>
-#include <memory>
 
 #include "config/file_types.h"
+#include "depotctl/command_line.h"
 #include "depotctl/commands.h"
 #include "depotctl/encoding.h"
 #include "depotctl/failure.h"
@@ -12,7 +11,6 @@
 #include "platform/file_search.h"
 #include "platform/paths.h"
 #include "platform/text.h"
-#include "platform/wide_text.h"
 
 namespace depot::ctl {
 namespace {
@@ -62,20 +60,6 @@ bool ShownBefore(const CDepotItem* left, const CDepotItem* right) {
     return ToLower(left->path) < ToLower(right->path);
 }
 
-// Counts the names in a folder of the file system that narrow text cannot hold: listings leave them
-// out, because no path could name them.
-std::uint32_t CountForeignNames(const std::string& folder) {
-    const std::wstring pattern = WideFromAnsi(JoinPath(folder, "*"));
-    WIN32_FIND_DATAW found = {};
-    const HANDLE opened = FindFirstFileW(pattern.c_str(), &found);
-    const UniqueFind search(opened == INVALID_HANDLE_VALUE ? nullptr : opened);
-    std::uint32_t count = 0;
-    for (bool more = search != nullptr; more; more = FindNextFileW(search.get(), &found) != 0) {
-        if (!ExactAnsiFromWide(found.cFileName)) ++count;
-    }
-    return count;
-}
-
 // Lists one folder after the other and collects the rows.
 class Lister {
 public:
@@ -85,18 +69,13 @@ public:
     void List(const Place& folder, const std::string& prefix) {
         CDepotItems items;
         const CDepotItem request(folder.path, folder.depot);
-        CLDAPItems* const directory = folder.Directory();
-        if (directory != nullptr) directory->SetLastError(LDAP_SUCCESS);
-        const bool foldersOnly = options_.foldersOnly;
-        Enumerate(items, &request, filter_, {}, foldersOnly);
-        if (directory != nullptr && directory->LastError() != LDAP_SUCCESS) Fail("list", folder);
-        std::vector<const CDepotItem*> sorted;
-        for (std::size_t index = 0; index < items.Count(); ++index) {
-            sorted.push_back(items.At(index));
-        }
+        folder.ForgetFailure();
+        Enumerate(items, &request, filter_, {}, options_.foldersOnly);
+        if (folder.LastCode() != LDAP_SUCCESS) Fail("list", folder);
+        std::vector<const CDepotItem*> sorted(items.begin(), items.end());
         std::sort(sorted.begin(), sorted.end(), ShownBefore);
         for (const CDepotItem* item : sorted) Add(*item, folder, prefix);
-        foreignNames_ += directory ? directory->UnsafeNames() : CountForeignNames(folder.Storage());
+        foreignNames_ += items.unsafeNames;
     }
 
     // How many names the listings left out.
@@ -119,13 +98,10 @@ private:
 Json FileRow(const Place& place) {
     CDepotItem item(place.path, place.depot);
     item.fileType = static_cast<std::uint32_t>(DetectFileType(place.path));
-    WIN32_FILE_ATTRIBUTE_DATA data = {};
-    if (place.Directory() == nullptr &&
-        GetFileAttributesExA(place.Storage().c_str(), GetFileExInfoStandard, &data)) {
+    const StorePath stored = place.Stored();
+    if (const auto local = stored.store->LocalPath(stored.path)) {
         item.findData = std::make_unique<WIN32_FIND_DATAA>();
-        item.findData->ftLastWriteTime = data.ftLastWriteTime;
-        item.findData->nFileSizeHigh = data.nFileSizeHigh;
-        item.findData->nFileSizeLow = data.nFileSizeLow;
+        FileSearch(*local).Next(*item.findData);
     }
     return ItemRow(item, NamePart(place.path));
 }
@@ -157,7 +133,7 @@ void List(Program& program, const ListOptions& options) {
     const Place place = options.path.empty() ? places.DefaultRoot() : places.Resolve(options.path);
     Json rows = Json::array();
     std::uint32_t leftOut = 0;
-    if (places.Require(place) == PlaceKind::kFile) {
+    if (places.Require(place) == ItemKind::kFile) {
         rows.push_back(FileRow(place));
     } else {
         Lister lister(options, rows);
@@ -171,24 +147,22 @@ void List(Program& program, const ListOptions& options) {
 }  // namespace
 
 void AddListCommand(CLI::App& app, Program& program) {
-    const auto options = std::make_shared<ListOptions>();
-    CLI::App* const command = app.add_subcommand("ls", "List a folder of a depot, or any folder");
-    command->add_option("path", options->path, "The folder; the default depot's root without it")
+    const auto [command, options] =
+        AddCommand<ListOptions>(app, program,
+                                {"ls", "List a folder of a depot, or any folder",
+                                 "Examples:\n  depotctl ls \"<Work>\\Sessions\"\n"
+                                 "  depotctl ls -l --filter .kre;.kra \"<Work>\\\"\n"
+                                 "  depotctl ls --json -r \"<Team>\\\""},
+                                List);
+    command.add_option("path", options.path, "The folder; the default depot's root without it")
         ->check(CLI::Validator(
             [](const std::string& text) { return text.empty() ? "it is empty" : std::string(); },
             {}));
-    command->add_flag("-l,--long", options->details, "Types, sizes and times, too");
-    command->add_flag("-r,--recursive", options->recursive, "The folders below it, too");
-    command->add_flag("--folders", options->foldersOnly, "Folders only");
-    command->add_option("--filter", options->filter,
-                        "Only files whose extensions occur in this text, such as .kre;.kra");
-    command->footer(
-        "Examples:\n  depotctl ls \"<Work>\\Sessions\"\n"
-        "  depotctl ls -l --filter .kre;.kra \"<Work>\\\"\n"
-        "  depotctl ls --json -r \"<Team>\\\"");
-    command->callback([&program, options] {
-        program.command = [&program, options] { List(program, *options); };
-    });
+    command.add_flag("-l,--long", options.details, "Types, sizes and times, too");
+    command.add_flag("-r,--recursive", options.recursive, "The folders below it, too");
+    command.add_flag("--folders", options.foldersOnly, "Folders only");
+    command.add_option("--filter", options.filter,
+                       "Only files whose extensions occur in this text, such as .kre;.kra");
 }
 
 }  // namespace depot::ctl

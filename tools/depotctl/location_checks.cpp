@@ -3,24 +3,13 @@
 #include <algorithm>
 #include <sstream>
 
+#include "depotctl/ascii.h"
 #include "depotctl/utf8_text.h"
 
 namespace depot::ctl {
 namespace {
 
 constexpr char kSeparator = '\\';
-
-bool IsLetter(char c) {
-    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
-}
-
-bool IsDigit(char c) {
-    return c >= '0' && c <= '9';
-}
-
-bool IsHexDigit(char c) {
-    return IsDigit(c) || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F');
-}
 
 bool StartsWithDrive(const std::string& path) {
     return path.size() >= 2 && IsLetter(path[0]) && path[1] == ':';
@@ -36,18 +25,17 @@ bool BelongsToName(char c, char mark) {
            (mark == '%' && (c == '(' || c == ')'));
 }
 
-// What stands between `mark`s and could be a name, marks and all, from `at` on.
-std::string MarkedName(const std::string& text, char mark, std::size_t& at) {
-    for (at = text.find(mark, at); at != std::string::npos; ++at, at = text.find(mark, at)) {
+// Everything between `mark`s that could be a name, marks and all.
+std::vector<std::string> MarkedNames(const std::string& text, char mark) {
+    std::vector<std::string> names;
+    for (std::size_t at = text.find(mark); at != std::string::npos; at = text.find(mark, at)) {
         std::size_t end = at + 1;
         while (end < text.size() && BelongsToName(text[end], mark)) ++end;
-        if (end > at + 1 && end < text.size() && text[end] == mark) {
-            std::string name = text.substr(at, end + 1 - at);
-            at = end + 1;
-            return name;
-        }
+        const bool isName = end > at + 1 && end < text.size() && text[end] == mark;
+        if (isName) names.push_back(text.substr(at, end + 1 - at));
+        at = isName ? end + 1 : at + 1;
     }
-    return {};
+    return names;
 }
 
 Finding StandingMacro(const std::string& subject, const std::string& name,
@@ -179,9 +167,7 @@ std::string Trimmed(const std::string& text) {
 }
 
 bool IsAttribute(const std::string& name) {
-    return !name.empty() && std::all_of(name.begin(), name.end(), [](char c) {
-        return IsLetter(c) || IsDigit(c) || c == '-' || c == '.';
-    });
+    return !name.empty() && HasSchemaCharacters(name);
 }
 
 bool IsComponent(const std::string& part) {
@@ -218,9 +204,7 @@ void CheckOneHost(const std::string& subject, const std::string& host, Findings&
     const std::string name = host.substr(0, hasPort ? colon : host.size());
     if (hasPort) {
         const std::string port = host.substr(colon + 1);
-        const bool digits =
-            !port.empty() && port.size() < 6 && std::all_of(port.begin(), port.end(), IsDigit);
-        if (!digits || std::stoi(port) == 0 || std::stoi(port) > 65535) {
+        if (!IsShortNumber(port) || std::stoi(port) == 0 || std::stoi(port) > 65535) {
             add("has no port behind the colon", "write a number from 1 to 65535, or set Port");
         }
     }
@@ -293,14 +277,10 @@ Findings CheckFolder(const std::string& subject, const FolderPath& path,
 Findings CheckMacros(const std::string& subject, const std::string& expanded,
                      std::span<const std::string> macros) {
     Findings findings;
-    std::size_t at = 0;
-    for (std::string name = MarkedName(expanded, '$', at); !name.empty();
-         name = MarkedName(expanded, '$', at)) {
+    for (const std::string& name : MarkedNames(expanded, '$')) {
         findings.push_back(StandingMacro(subject, name, macros));
     }
-    at = 0;
-    for (std::string name = MarkedName(expanded, '%', at); !name.empty();
-         name = MarkedName(expanded, '%', at)) {
+    for (const std::string& name : MarkedNames(expanded, '%')) {
         findings.push_back(Wrong(subject, "the environment variable " + name + " is not set",
                                  "set it, or use a macro"));
     }
@@ -310,9 +290,7 @@ Findings CheckMacros(const std::string& subject, const std::string& expanded,
 Findings CheckMacroNames(const std::string& subject, const std::string& path,
                          std::span<const std::string> macros) {
     Findings findings;
-    std::size_t at = 0;
-    for (std::string name = MarkedName(path, '$', at); !name.empty();
-         name = MarkedName(path, '$', at)) {
+    for (const std::string& name : MarkedNames(path, '$')) {
         if (std::find(macros.begin(), macros.end(), name) == macros.end()) {
             findings.push_back(StandingMacro(subject, name, macros));
         }
@@ -321,8 +299,7 @@ Findings CheckMacroNames(const std::string& subject, const std::string& path,
 }
 
 bool HasMacros(const std::string& path) {
-    std::size_t dollar = 0, percent = 0;
-    return !MarkedName(path, '$', dollar).empty() || !MarkedName(path, '%', percent).empty();
+    return !MarkedNames(path, '$').empty() || !MarkedNames(path, '%').empty();
 }
 
 bool LooksLikeBase(const std::string& text) {

@@ -1,9 +1,11 @@
 #include "depotctl/location_trial.h"
 
 #include "depotctl/access.h"
+#include "depotctl/definition_checks.h"
 #include "depotctl/encoding.h"
 #include "depotctl/location_checks.h"
 #include "depotctl/macro_names.h"
+#include "platform/local_file.h"
 
 namespace depot::ctl {
 namespace {
@@ -28,28 +30,21 @@ std::string LogOnText(const CDepotPath& location, const LogOnNames& names) {
     }
 }
 
-// A file where a folder is named.
-bool IsFile(const std::string& path) {
-    const DWORD attributes = GetFileAttributesA(path.c_str());
-    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) == 0;
-}
-
 class Stages {
 public:
     Stages(CDepotPath& location, Trial trial) : location_(location), trial_(trial) {}
 
     Findings Run() {
-        if (location_.type == kDirectoryLocation) {
-            if (CheckName() && trial_ == Trial::kOnline) TryDirectory();
-        } else {
-            if (CheckName() && trial_ == Trial::kOnline) TryPath();
-        }
+        const bool isDirectory = IsDirectory(location_);
+        const bool goesOn = CheckName() && trial_ == Trial::kOnline;
+        if (goesOn && isDirectory) TryDirectory();
+        if (goesOn && !isDirectory) TryPath();
         return std::move(findings_);
     }
 
 private:
     void Good(const char* step, const std::string& text) {
-        findings_.push_back({State::kGood, step, text, {}});
+        findings_.push_back(ctl::Good(step, text));
     }
     // Returns whether there is no problem.
     bool Pass(const char* step, const std::optional<Problem>& problem) {
@@ -66,7 +61,7 @@ private:
         const std::string expanded = Utf8FromAnsi(narrow);
         const std::vector<std::string> macros = MacroNames();
         Findings found;
-        if (location_.type != kDirectoryLocation) {
+        if (!IsDirectory(location_)) {
             found = CheckFolder("macros", {raw, expanded, narrow.size()}, macros);
         } else {
             found = CheckMacros("macros", expanded, macros);
@@ -75,7 +70,7 @@ private:
         // What is wrong with the text as it stands was told of its definition.
         const bool told = raw == expanded && !HasMacros(raw);
         if (!told) findings_ = found;
-        const bool usable = !BlocksTrial(found);
+        const bool usable = !HasProblems(found);
         if (told && !usable) {
             findings_.push_back(
                 Remark("macros", "the path is wrong, as told above; it is not tried"));
@@ -86,17 +81,11 @@ private:
         return usable;
     }
 
-    static bool BlocksTrial(const Findings& findings) {
-        for (const Finding& finding : findings) {
-            if (finding.state == State::kProblem) return true;
-        }
-        return false;
-    }
-
     void TryPath() {
         const std::string folder = ExpandedPath(location_);
         if (!Pass("folder", TryFolder(folder))) return;
-        if (IsFile(folder)) {
+        // A file where a folder is named.
+        if (!IsLocalFolder(folder)) {
             findings_.push_back(Wrong("folder", "it is a file", "correct Path"));
             return;
         }

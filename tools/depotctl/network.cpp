@@ -30,11 +30,11 @@ public:
     Socket(const Socket&) = delete;
     Socket& operator=(const Socket&) = delete;
 
-    // Returns 0 or the reason.
-    int Connect(const addrinfo& address, std::uint32_t seconds) const {
+    // Returns the code of the failure; nothing when there is a connection.
+    std::optional<int> Connect(const addrinfo& address, std::uint32_t seconds) const {
         u_long nonBlocking = 1;
         ioctlsocket(socket_, static_cast<long>(FIONBIO), &nonBlocking);
-        if (connect(socket_, address.ai_addr, static_cast<int>(address.ai_addrlen)) == 0) return 0;
+        if (connect(socket_, address.ai_addr, static_cast<int>(address.ai_addrlen)) == 0) return {};
         if (WSAGetLastError() != WSAEWOULDBLOCK) return WSAGetLastError();
         fd_set writable, failed;
         FD_ZERO(&writable);
@@ -46,7 +46,7 @@ public:
         int error = 0;
         int size = sizeof(error);
         getsockopt(socket_, SOL_SOCKET, SO_ERROR, reinterpret_cast<char*>(&error), &size);
-        return error;
+        return error == 0 ? std::nullopt : std::optional(error);
     }
 
 private:
@@ -79,12 +79,11 @@ std::optional<std::string> TryHost(const std::string& host, const std::string& p
         return "the name \"" + Utf8FromAnsi(host) + "\" cannot be resolved";
     }
     const Addresses addresses(found);
-    int error = WSAHOST_NOT_FOUND;
-    for (const addrinfo* address = found; address != nullptr; address = address->ai_next) {
+    std::optional<int> error = WSAHOST_NOT_FOUND;
+    for (const addrinfo* address = found; error && address != nullptr; address = address->ai_next) {
         error = Socket(*address).Connect(*address, seconds);
-        if (error == 0) return std::nullopt;
     }
-    return Words(error, place, seconds);
+    return error ? std::optional(Words(*error, place, seconds)) : std::nullopt;
 }
 
 }  // namespace

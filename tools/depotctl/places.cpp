@@ -5,7 +5,6 @@
 #include "depotctl/encoding.h"
 #include "depotctl/failure.h"
 #include "depotctl/utf8_text.h"
-#include "directory/connection_scope.h"
 #include "manager/depot_list.h"
 #include "manager/display_path.h"
 #include "platform/error_text.h"
@@ -39,22 +38,6 @@ std::string SpelledAs(const CDepot& depot, const std::string& path) {
     return length ? prefix + path.substr(*length) : path;
 }
 
-// What there is under an entry's name; a name without a naming attribute is the base's.
-PlaceKind EntryKind(CLDAPItems& directory, const std::string& dn, const Place& place) {
-    const ConnectionScope connection(directory, nullptr);
-    if (!connection) Fail("reach", place);
-    const std::uint32_t code = directory.FindEntry(dn);
-    if (code == LDAP_NO_SUCH_OBJECT) return PlaceKind::kMissing;
-    if (code != LDAP_SUCCESS) {
-        directory.SetLastError(code);
-        Fail("look at", place);
-    }
-    std::string name;
-    bool isFolder = false;
-    const bool named = directory.SplitEntryName(dn, name, isFolder) != 0;
-    return named && !isFolder ? PlaceKind::kFile : PlaceKind::kFolder;
-}
-
 std::string SystemWords(DWORD error) {
     std::string text;
     FormatErrorText(error, nullptr, nullptr, &text, nullptr);
@@ -63,16 +46,26 @@ std::string SystemWords(DWORD error) {
 
 }  // namespace
 
-std::string Place::Storage() const {
-    return DisplayToStorage(*depot, path);
-}
-
 std::string Place::Utf8() const {
     return Utf8FromAnsi(path);
 }
 
 std::string Place::Shown() const {
     return "\"" + Utf8() + "\"";
+}
+
+std::uint32_t Place::LastCode() const {
+    const CLDAPItems* const directory = depot->DirectoryConnection();
+    return directory ? directory->LastError() : std::uint32_t{LDAP_SUCCESS};
+}
+
+void Place::ForgetFailure() const {
+    depot->ActiveStore().Keep({Reason::kRefused, CodeKind::kDirectory, LDAP_SUCCESS});
+}
+
+OpenedPlace::OpenedPlace(const Place& place, const char* action, StorePath stored)
+    : store(*stored.store), path(std::move(stored.path)), scope_(store) {
+    if (!scope_) Fail(action, place, scope_.Outcome().Why());
 }
 
 Places::Places(Program& program) : program_(program), local_(nullptr) {
@@ -114,46 +107,65 @@ Place Places::DefaultRoot() {
     return InDepot(*depot, root);
 }
 
-PlaceKind Places::KindOf(const Place& place) const {
-    const std::string storage = place.Storage();
-    if (CLDAPItems* const directory = place.Directory()) {
-        return EntryKind(*directory, storage, place);
-    }
-    const DWORD attributes = GetFileAttributesA(storage.c_str());
-    if (attributes == INVALID_FILE_ATTRIBUTES) return PlaceKind::kMissing;
-    return (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0 ? PlaceKind::kFolder : PlaceKind::kFile;
+ItemKind Places::KindOf(const Place& place) const {
+    const OpenedPlace at(place, "reach");
+    ItemKind kind = ItemKind::kMissing;
+    const Result looked = at.store.Look(at.path, kind);
+    if (!looked) Fail("look at", place, looked.Why());
+    if (kind != ItemKind::kOther) return kind;
+    return !IsRoot(place) && HasDot(place) ? ItemKind::kFile : ItemKind::kFolder;
 }
 
-PlaceKind Places::Require(const Place& place) const {
-    const PlaceKind kind = KindOf(place);
-    if (kind == PlaceKind::kMissing) Refuse(place.Shown() + " is not there");
+ItemKind Places::Require(const Place& place) const {
+    const ItemKind kind = KindOf(place);
+    if (kind == ItemKind::kMissing) Refuse(place.Shown() + " is not there");
     return kind;
+}
+
+Place Places::ResolveFile(const std::string& utf8Path) {
+    const Place place = Resolve(utf8Path);
+    if (Require(place) == ItemKind::kFolder) Refuse(place.Shown() + " is a folder");
+    return place;
 }
 
 Place Child(const Place& folder, const std::string& name) {
     return {folder.depot, JoinPath(RemoveTrailingBackslash(folder.path), name), folder.isPlain};
 }
 
+Place ParentOf(const Place& place) {
+    return {place.depot, FolderPrefix(place.path), place.isPlain};
+}
+
 bool IsRoot(const Place& place) {
     return EndsRoot(place.path);
 }
 
-void Fail(const std::string& action, const Place& place, DWORD systemError,
-          const std::string& errorText) {
-    const CLDAPItems* const directory = place.Directory();
-    const std::uint32_t code = directory ? directory->LastError() : 0;
+bool HasDot(const Place& place) {
+    return NamePart(place.path).find('.') != std::string::npos;
+}
+
+void Fail(const std::string& action, const Place& place, const Error& why) {
+    const bool isDirectory = why.kind == CodeKind::kDirectory && why.code != LDAP_SUCCESS;
     std::string reason;
-    if (code != 0) {
-        reason = WordsFor(code).text;
-    } else if (systemError != 0) {
-        reason = SystemWords(systemError);
+    if (isDirectory) {
+        reason = WordsFor(why.code).text;
     } else {
-        reason = OneLine(Utf8FromAnsi(errorText));
+        reason = why.code != 0 ? SystemWords(why.code) : OneLine(Utf8FromAnsi(why.text));
     }
     const std::string notice = Program::TakeNotice();
     if (reason.empty()) reason = notice.empty() ? "the system refused it" : notice;
-    throw CommandFailure(MeansUnreachable(code) ? ExitCode::kUnreachable : ExitCode::kRefused,
+    const bool unreachable = isDirectory && MeansUnreachable(why.code);
+    throw CommandFailure(unreachable ? ExitCode::kUnreachable : ExitCode::kRefused,
                          "cannot " + action + " " + place.Shown() + ": " + reason);
+}
+
+void Fail(const std::string& action, const Place& place, DWORD systemError,
+          const std::string& errorText) {
+    const std::uint32_t code = place.LastCode();
+    const bool isDirectory = code != LDAP_SUCCESS;
+    Fail(action, place,
+         Error{Reason::kRefused, isDirectory ? CodeKind::kDirectory : CodeKind::kSystem,
+               isDirectory ? code : systemError, errorText});
 }
 
 }  // namespace depot::ctl

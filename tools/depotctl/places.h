@@ -5,11 +5,10 @@
 #include <string>
 
 #include "depotctl/program.h"
+#include "fileops/file_place.h"
 #include "model/depots.h"
 
 namespace depot::ctl {
-
-enum class PlaceKind { kMissing, kFile, kFolder };
 
 // A file or folder with the depot that holds it. A place outside of all depots belongs to a depot
 // without a name, whose display paths are plain paths, so that every operation works on it.
@@ -18,10 +17,29 @@ struct Place {
     std::string path;         // without a trailing backslash, unless it is a root
     bool isPlain = false;     // outside of all depots
 
-    CLDAPItems* Directory() const { return depot->DirectoryConnection(); }
-    std::string Storage() const;
+    StorePath Stored() const { return PlaceOf(*depot, path); }
     std::string Shown() const;  // in UTF-8, quoted for a message
     std::string Utf8() const;
+
+    // The code of the last failure in a directory, 0 elsewhere, for operations that return none.
+    std::uint32_t LastCode() const;
+    void ForgetFailure() const;
+};
+
+// The store that holds a place, open as long as the object lives. Ends the command when it cannot
+// be opened.
+class OpenedPlace {
+public:
+    OpenedPlace(const Place& place, const char* action)
+        : OpenedPlace(place, action, place.Stored()) {}
+
+    Store& store;
+    const std::string path;
+
+private:
+    OpenedPlace(const Place& place, const char* action, StorePath stored);
+
+    const StoreScope scope_;
 };
 
 // Finds out what paths stand for.
@@ -37,11 +55,14 @@ public:
     // The root of the default depot.
     Place DefaultRoot();
 
-    // What there is at the place.
-    PlaceKind KindOf(const Place& place) const;
+    // What there is at the place: nothing, a file or a folder.
+    ItemKind KindOf(const Place& place) const;
 
-    // The same place, which must be there.
-    PlaceKind Require(const Place& place) const;
+    // The same of a place where something must be.
+    ItemKind Require(const Place& place) const;
+
+    // A path that must lead to a file.
+    Place ResolveFile(const std::string& utf8Path);
 
 private:
     Place InDepot(CDepot& depot, const std::string& path);
@@ -55,11 +76,20 @@ private:
 // The place of that name in a folder.
 Place Child(const Place& folder, const std::string& name);
 
+// The folder that holds the place.
+Place ParentOf(const Place& place);
+
 // Tells whether the place is the root of its depot or of a drive.
 bool IsRoot(const Place& place);
 
-// Ends the command because an operation on the place failed: with the directory's reason, else with
-// `systemError`, else with what the component told.
+// Tells whether the place's name has a dot.
+bool HasDot(const Place& place);
+
+// Ends the command because an operation on the place failed.
+[[noreturn]] void Fail(const std::string& action, const Place& place, const Error& why);
+
+// The same for an operation that returns no error: with the directory's reason, else with
+// `systemError`, else with the text or what the component told.
 [[noreturn]] void Fail(const std::string& action, const Place& place, DWORD systemError = 0,
                        const std::string& errorText = {});
 

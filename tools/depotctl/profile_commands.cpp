@@ -1,19 +1,15 @@
 // cat, get and set
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <memory>
 
+#include "depotctl/ascii.h"
+#include "depotctl/command_line.h"
 #include "depotctl/commands.h"
 #include "depotctl/failure.h"
 #include "depotctl/places.h"
 #include "depotctl/profile_copy.h"
 #include "depotctl/utf8_text.h"
-#include "directory/connection_scope.h"
-#include "fileops/depot_file.h"
-#include "fileops/directory_transfer.h"
-#include "platform/local_file.h"
 #include "platform/paths.h"
-#include "platform/temp_file.h"
 
 namespace depot::ctl {
 namespace {
@@ -43,29 +39,8 @@ DepotFileContext& Load(Program& program, const Place& place) {
     return *session.currentFile;
 }
 
-void RequireFile(const Places& places, const Place& place) {
-    if (places.Require(place) == PlaceKind::kFolder) Refuse(place.Shown() + " is a folder");
-}
-
-std::vector<std::uint8_t> Contents(const Place& place) {
-    if (CLDAPItems* const directory = place.Directory()) {
-        const ConnectionScope connection(*directory, nullptr);
-        FileBuffer buffer;
-        if (!connection || directory->ReadFileContents(place.Storage(), buffer) == 0) {
-            Fail("read", place);
-        }
-        std::vector<std::uint8_t> bytes(buffer.length);
-        std::copy_n(buffer.bytes.get(), buffer.length, bytes.begin());
-        return bytes;
-    }
-    const auto bytes = ReadLocalFile(place.Storage());
-    if (!bytes) Fail("read", place, GetLastError());
-    return *bytes;
-}
-
 // A terminal is shown characters, and never what would move its cursor.
-std::string TerminalText(const std::vector<std::uint8_t>& file) {
-    const std::string bytes(file.begin(), file.end());
+std::string TerminalText(const std::string& bytes) {
     const ProfileEncoding encoding = EncodingOf(bytes, 0).value_or(ProfileEncoding{});
     const std::string text = ShownProfileText(encoding, ProfileText(encoding, bytes));
     std::string shown;
@@ -80,13 +55,15 @@ std::string TerminalText(const std::vector<std::uint8_t>& file) {
 
 void Cat(Program& program, const std::string& path) {
     Places places(program);
-    const Place place = places.Resolve(path);
-    RequireFile(places, place);
-    const std::vector<std::uint8_t> bytes = Contents(place);
+    const Place place = places.ResolveFile(path);
+    const OpenedPlace at(place, "read");
+    FileBuffer file;
+    const Result read = at.store.ReadFile(at.path, SourceFate::kStays, file);
+    if (!read) Fail("read", place, read.Why());
     if (program.output.IsTerminal()) {
-        program.output.Write(TerminalText(bytes));
+        program.output.Write(TerminalText({file.bytes.get(), file.bytes.get() + file.length}));
     } else {
-        program.output.WriteBytes(bytes.data(), bytes.size());
+        program.output.WriteBytes(file.bytes.get(), file.length);
     }
 }
 
@@ -105,8 +82,7 @@ void ListValues(const Program& program, const ProfileCopy& profile, const std::s
 
 void Get(Program& program, const ValueOptions& options) {
     Places places(program);
-    const Place place = places.Resolve(options.path);
-    RequireFile(places, place);
+    const Place place = places.ResolveFile(options.path);
     const ProfileCopy profile(place, Load(program, place).localPath, options.codePage);
     if (options.key.empty()) return ListValues(program, profile, options.section);
     const std::optional<std::string> found = profile.Find(options.section, options.key);
@@ -121,24 +97,19 @@ void Get(Program& program, const ValueOptions& options) {
 
 // Makes an empty profile where there is none.
 void Create(const Place& place) {
-    const std::string empty = MakeTempFileName();
-    std::string errorText;
-    CDepot nowhere(nullptr);
-    CLDAPItems* const directory = place.Directory();
+    const OpenedPlace at(place, "create");
+    const FileBuffer empty = {0, std::make_unique<std::uint8_t[]>(1)};
     // Someone else may have made it meanwhile: it must not be emptied.
-    const int created =
-        directory ? Upload(*directory, empty, place.Storage(), ExistingEntries::kRefuse, &errorText)
-                  : CopyFile(nowhere, empty, place.path, place.depot, true, &errorText);
-    DeleteFileA(empty.c_str());
-    if (created == 0) Fail("create", place, 0, errorText);
+    const Result created = at.store.WriteFile(at.path, empty, {ExistingEntries::kRefuse});
+    if (!created) Fail("create", place, created.Why());
 }
 
 void Set(Program& program, const ValueOptions& options) {
     Places places(program);
     const Place place = places.Resolve(options.path);
-    const PlaceKind kind = options.create ? places.KindOf(place) : places.Require(place);
-    if (kind == PlaceKind::kFolder) Refuse(place.Shown() + " is a folder");
-    if (kind == PlaceKind::kMissing) Create(place);
+    const ItemKind kind = options.create ? places.KindOf(place) : places.Require(place);
+    if (kind == ItemKind::kFolder) Refuse(place.Shown() + " is a folder");
+    if (kind == ItemKind::kMissing) Create(place);
     DepotFileContext& file = Load(program, place);
     {
         ProfileCopy profile(place, file.localPath, options.codePage);
@@ -160,10 +131,7 @@ void AddCodePage(CLI::App& command, ValueOptions& options) {
         .add_option("--code-page", options.codePage,
                     "The profile's code page, 65001 for UTF-8; found out by its bytes without it")
         ->check([](const std::string& text) {
-            const bool isNumber =
-                !text.empty() && text.size() < 6 &&
-                std::all_of(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; });
-            return isNumber && CanHoldProfiles(static_cast<unsigned>(std::stoul(text)))
+            return IsShortNumber(text) && CanHoldProfiles(static_cast<unsigned>(std::stoul(text)))
                        ? std::string()
                        : "no profile can be written in code page " + text;
         });
@@ -172,47 +140,45 @@ void AddCodePage(CLI::App& command, ValueOptions& options) {
 }  // namespace
 
 void AddProfileCommands(CLI::App& app, Program& program) {
-    const auto path = std::make_shared<std::string>();
-    CLI::App* const cat = app.add_subcommand(
-        "cat", "Write a file's bytes to the output (a terminal is shown its text)");
-    cat->add_option("path", *path, "The file")->required();
-    cat->footer("Example:\n  depotctl cat \"<Work>\\Sessions\\office.kre\" > office.kre");
-    cat->callback(
-        [&program, path] { program.command = [&program, path] { Cat(program, *path); }; });
+    AddPathCommand(
+        app, program,
+        {"cat", "Write a file's bytes to the output (a terminal is shown its text)",
+         "Example:\n  depotctl cat \"<Work>\\Sessions\\office.kre\" > office.kre", "The file"},
+        Cat);
 
-    const auto wanted = std::make_shared<ValueOptions>();
-    CLI::App* const get = app.add_subcommand("get", "Read values of a profile");
-    get->add_option("path", wanted->path, "The profile")->required();
-    get->add_option("section", wanted->section, "Its section; all without it");
-    get->add_option("key", wanted->key, "The key in the section; all without it");
-    CLI::Option* const defaultValue = get->add_option("--default", wanted->defaultValue,
-                                                      "What to answer when there is no such value");
-    AddCodePage(*get, *wanted);
-    get->footer(
-        "Examples:\n  depotctl get \"<Work>\\Sessions\\office.kre\" Host Name\n"
-        "  depotctl get --json \"<Work>\\Sessions\\office.kre\"");
-    get->callback([&program, wanted, defaultValue] {
-        wanted->hasDefault = defaultValue->count() > 0;
-        program.command = [&program, wanted] { Get(program, *wanted); };
-    });
+    const auto get = AddCommand<ValueOptions>(
+        app, program,
+        {"get", "Read values of a profile",
+         "Examples:\n  depotctl get \"<Work>\\Sessions\\office.kre\" Host Name\n"
+         "  depotctl get --json \"<Work>\\Sessions\\office.kre\""},
+        Get);
+    ValueOptions& wanted = get.options;
+    get.app.add_option("path", wanted.path, "The profile")->required();
+    get.app.add_option("section", wanted.section, "Its section; all without it");
+    get.app.add_option("key", wanted.key, "The key in the section; all without it");
+    get.app
+        .add_option("--default", wanted.defaultValue, "What to answer when there is no such value")
+        ->each([&wanted](const std::string& /*text*/) { wanted.hasDefault = true; });
+    AddCodePage(get.app, wanted);
 
-    const auto change = std::make_shared<ValueOptions>();
-    CLI::App* const set = app.add_subcommand("set", "Write a value of a profile, or remove it");
-    set->add_option("path", change->path, "The profile")->required();
-    set->add_option("section", change->section, "Its section")->required();
-    set->add_option("key", change->key, "The key in the section")->required();
-    CLI::Option* const value = set->add_option("value", change->value, "The new value");
-    CLI::Option* const remove = set->add_flag("--remove", change->remove, "Remove the value");
-    set->add_flag("--create", change->create, "Make the profile when there is none");
-    AddCodePage(*set, *change);
-    set->footer(
-        "Examples:\n  depotctl set \"<Work>\\Sessions\\office.kre\" Host Name mail.example.com\n"
-        "  depotctl set --remove \"<Work>\\Sessions\\office.kre\" Host Port");
-    set->callback([&program, change, value, remove] {
-        if ((value->count() > 0) == (remove->count() > 0)) {
+    const auto set = AddCommand<ValueOptions>(
+        app, program,
+        {"set", "Write a value of a profile, or remove it",
+         "Examples:\n  depotctl set \"<Work>\\Sessions\\office.kre\" Host Name mail.example.com\n"
+         "  depotctl set --remove \"<Work>\\Sessions\\office.kre\" Host Port"},
+        Set);
+    ValueOptions& change = set.options;
+    set.app.add_option("path", change.path, "The profile")->required();
+    set.app.add_option("section", change.section, "Its section")->required();
+    set.app.add_option("key", change.key, "The key in the section")->required();
+    CLI::Option* const value = set.app.add_option("value", change.value, "The new value");
+    set.app.add_flag("--remove", change.remove, "Remove the value");
+    set.app.add_flag("--create", change.create, "Make the profile when there is none");
+    AddCodePage(set.app, change);
+    set.app.parse_complete_callback([&change, value] {
+        if ((value->count() > 0) == change.remove) {
             throw CLI::ValidationError("set", "either a value or --remove is required");
         }
-        program.command = [&program, change] { Set(program, *change); };
     });
 }
 

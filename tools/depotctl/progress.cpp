@@ -21,13 +21,18 @@ Progress::~Progress() {
     }
 }
 
+std::string Progress::StoppedText(const std::string& rest) const {
+    if (!WasInterrupted() || FilesDone() >= FilesInAll()) return {};
+    return "stopped after " + std::to_string(FilesDone()) + " of " + std::to_string(FilesInAll()) +
+           " " + rest;
+}
+
+void Progress::RefuseWhenStopped(const std::string& rest) const {
+    const std::string text = StoppedText(rest);
+    if (!text.empty()) Refuse(text);
+}
+
 bool Progress::Note(const TransferProgress& state) {
-    // A count that begins anew is that of another transfer of the same work.
-    if (state.filesDone < last_.filesDone) {
-        before_.filesDone += last_.filesDone;
-        before_.filesInAll += last_.filesInAll;
-        before_.bytesDone += last_.bytesDone;
-    }
     last_ = state;
     const std::uint64_t now = GetTickCount64();
     if (stream_.IsTerminal() && now - drawn_ >= kMillisecondsBetweenBars) {

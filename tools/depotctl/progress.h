@@ -2,10 +2,11 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 
 #include "depotctl/interrupt.h"
 #include "depotctl/terminal.h"
-#include "fileops/directory_transfer.h"
+#include "fileops/transfer_progress.h"
 
 namespace depot::ctl {
 
@@ -22,12 +23,17 @@ public:
         return [this](const TransferProgress& state) { return Note(state); };
     }
 
-    // The counts so far, over all transfers that were watched.
-    std::uint32_t FilesDone() const { return before_.filesDone + last_.filesDone; }
-    std::uint32_t FilesInAll() const { return before_.filesInAll + last_.filesInAll; }
-    std::uint64_t BytesDone() const { return before_.bytesDone + last_.bytesDone; }
+    // The counts so far.
+    std::uint32_t FilesDone() const { return last_.filesDone; }
+    std::uint32_t FilesInAll() const { return last_.filesInAll; }
+    std::uint64_t BytesDone() const { return last_.bytesDone; }
 
-    bool WasInterrupted() const { return InterruptScope::WasInterrupted(); }
+    static bool WasInterrupted() { return InterruptScope::WasInterrupted(); }
+
+    // Returns how far the work was when the user stopped it, followed by `rest`, which says of what
+    // and what stays; empty when it was not stopped. The second one ends the command with it.
+    std::string StoppedText(const std::string& rest) const;
+    void RefuseWhenStopped(const std::string& rest) const;
 
 private:
     bool Note(const TransferProgress& state);
@@ -38,7 +44,7 @@ private:
     std::uint64_t start_;
     std::uint64_t drawn_ = 0;
     std::size_t shown_ = 0;  // the columns of the bar on the screen
-    TransferProgress before_, last_;
+    TransferProgress last_;
 };
 
 }  // namespace depot::ctl

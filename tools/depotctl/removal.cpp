@@ -1,13 +1,9 @@
 #include "depotctl/removal.h"
 
-#include <algorithm>
-
 #include "depotctl/failure.h"
 #include "depotctl/progress.h"
 #include "depotctl/transfer.h"
-#include "directory/connection_scope.h"
 #include "directory/local_listing.h"
-#include "fileops/file_place.h"
 #include "store/tree.h"
 
 namespace depot::ctl {
@@ -16,76 +12,49 @@ namespace {
 class Removal {
 public:
     Removal(const Program& program, const Place& folder)
-        : folder_(folder), progress_(program.errors) {}
+        : folder_(folder), at_(folder, "remove"), progress_(program.errors) {}
 
     void Run() {
-        if (folder_.Directory() != nullptr) {
-            RemoveEntries();
-        } else {
-            RemoveFiles();
+        const auto local = at_.store.LocalPath(at_.path);
+        // Its files are those of another place.
+        if (local && IsLinkToFolder(*local)) {
+            Refuse(folder_.Shown() + " is a link to a folder, which rmdir removes");
         }
+        const Result listed = ListTree(at_.store, at_.path, tree_);
+        // There may be links in what was not listed.
+        if (!listed && local) Fail("remove", folder_, listed.Why());
+        if (listed) RemoveFiles();
+        if (tree_.left.links > 0) KeepLinks();
         // The folders, and whatever could not be deleted by itself.
-        Remove(folder_, PlaceKind::kFolder);
+        Remove(folder_, ItemKind::kFolder);
     }
 
 private:
-    void RemoveEntries() {
-        const StorePath place = PlaceOf(*folder_.depot, folder_.path);
-        const StoreScope scope(*place.store);
-        Tree tree;
-        // What cannot be listed is told by the deletion of the whole.
-        if (!scope || !ListTree(*place.store, place.path, tree)) return;
-        state_.filesInAll = tree.files;
-        for (const TreeItem& item : tree.items) {
-            if (item.isFolder) continue;
-            static_cast<void>(place.store->Remove(item.path, ItemKind::kFile));
-            NoteFile();
-        }
-    }
-
     void RemoveFiles() {
-        std::vector<std::string> folders = {folder_.Storage()}, files;
-        // Its files are those of another place.
-        if (IsLinkToFolder(folders.front())) {
-            Refuse(folder_.Shown() + " is a link to a folder, which rmdir removes");
+        TransferProgress state;
+        state.filesInAll = tree_.files;
+        for (const TreeItem& item : tree_.items) {
+            if (item.isFolder) continue;
+            static_cast<void>(at_.store.Remove(item.path, ItemKind::kFile));
+            ++state.filesDone;
+            const bool goesOn = progress_.Watcher()(state) || state.filesDone == state.filesInAll;
+            if (!goesOn) progress_.RefuseWhenStopped("files; the others stay");
         }
-        std::uint32_t links = 0;
-        for (std::size_t next = 0; next < folders.size(); ++next) {
-            LdapItemList children;
-            const std::uint32_t found =
-                AddLocalChildren(folders[next], Subfolders::kTake, children);
-            if (found != kNotListed) links += found;
-            for (const CLDAPItem* child : children) {
-                (child->isFolder != 0 ? folders : files).push_back(child->path);
-            }
-        }
-        state_.filesInAll = static_cast<std::uint32_t>(files.size());
-        for (const std::string& file : files) {
-            DeleteFileA(file.c_str());
-            NoteFile();
-        }
-        if (links > 0) KeepLinks(folders, links);
     }
 
     // Removes the folders but for those that hold links. Some systems would empty the folders that
     // these lead to with the rest of the tree.
-    [[noreturn]] void KeepLinks(const std::vector<std::string>& folders,
-                                std::uint32_t links) const {
-        std::for_each(folders.rbegin(), folders.rend(),
-                      [](const std::string& folder) { RemoveDirectoryA(folder.c_str()); });
-        Refuse(folder_.Shown() + ": " + LinksText(links));
-    }
-
-    void NoteFile() {
-        ++state_.filesDone;
-        if (progress_.Watcher()(state_) || state_.filesDone == state_.filesInAll) return;
-        Refuse("stopped after " + std::to_string(state_.filesDone) + " of " +
-               std::to_string(state_.filesInAll) + " files; the others stay");
+    [[noreturn]] void KeepLinks() const {
+        for (auto item = tree_.items.rbegin(); item != tree_.items.rend(); ++item) {
+            if (item->isFolder) static_cast<void>(at_.store.Remove(item->path, ItemKind::kFolder));
+        }
+        Refuse(folder_.Shown() + ": " + LinksText(tree_.left.links));
     }
 
     const Place& folder_;
+    const OpenedPlace at_;
     Progress progress_;
-    TransferProgress state_;
+    Tree tree_;
 };
 
 }  // namespace

@@ -1,22 +1,12 @@
 #include "depotctl/transfer.h"
 
-#include <optional>
-
 #include "depotctl/encoding.h"
 #include "depotctl/failure.h"
-#include "depotctl/local_tree.h"
 #include "depotctl/progress.h"
-#include "directory/connection_scope.h"
-#include "directory/local_listing.h"
-#include "fileops/copied_source.h"
 #include "fileops/copy.h"
-#include "fileops/depot_file.h"
-#include "fileops/directory_transfer.h"
-#include "fileops/file_place.h"
 #include "fileops/shell_operation.h"
 #include "platform/local_file.h"
 #include "platform/paths.h"
-#include "platform/temp_file.h"
 #include "platform/text.h"
 #include "store/tree.h"
 
@@ -27,181 +17,98 @@ namespace {
 constexpr FILEOP_FLAGS kSilent =
     FOF_NOCONFIRMATION | FOF_NOCONFIRMMKDIR | FOF_NOERRORUI | FOF_SILENT;
 
-// A temporary folder, gone at the end.
-class TemporaryFolder {
-public:
-    TemporaryFolder() : path_(MakeTempFolder()) {
-        if (path_.empty()) Refuse("no temporary folder can be made");
-    }
-    ~TemporaryFolder() { RunShellOperation(FO_DELETE, {path_}, nullptr, kSilent, nullptr); }
-    TemporaryFolder(const TemporaryFolder&) = delete;
-    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
-
-    const std::string& Path() const { return path_; }
-
-private:
-    std::string path_;
-};
+bool IsLocal(const OpenedPlace& place) {
+    return place.store.LocalPath(place.path).has_value();
+}
 
 // The work of one transfer.
 class Work {
 public:
-    Work(const Program& program, const Place& from, const Place& to, Existing existing,
-         SourceFate fate)
+    Work(const Program& program, const Place& from, const Place& to, const TransferRules& rules)
         : from_(from),
           to_(to),
-          existing_(existing),
-          fate_(fate),
-          source_(from.Storage()),
-          target_(to.Storage()),
+          rules_(rules),
+          source_(from, "read"),
+          target_(to, "write"),
           progress_(program.errors) {}
 
     TransferResult File() {
-        const bool refuse = existing_ == Existing::kRefuse;
-        Forget();
-        const Result copied = CopyDepotFile(
-            {*from_.depot, from_.path, to_.path, to_.depot, refuse, {}, fate_, &copied_});
-        if (copied.AsFlag(&errorText_) == 0) FailWith({});
+        Take(Copy(Request({})));
         return {1, 0};
     }
 
     TransferResult Tree() {
-        CLDAPItems* const source = from_.Directory();
-        CLDAPItems* const target = to_.Directory();
-        Forget();
-        if (source && target) {
-            BetweenDirectories(*source, *target);
-        } else if (source) {
-            if (existing_ == Existing::kRefuse) RefuseExisting();
-            Fetch(*source, target_);
-        } else if (target) {
-            Store(*target, source_, &copied_);
-        } else {
-            InFileSystem();
-        }
+        if (rules_.existing == ExistingEntries::kRefuse && IsLocal(target_)) RefuseExisting();
+        Take(CopyWhole(Request(progress_.Watcher())));
         return {progress_.FilesDone(), progress_.BytesDone()};
     }
 
     // Removes what was copied, as far as it still is what was copied.
     void RemoveSource() {
-        depot::Store& store = *PlaceOf(*from_.depot, from_.path).store;
-        const StoreScope scope(store);
-        if (scope.Outcome().AsFlag(&errorText_) == 0) FailWith({});
-        const Leftovers left = RemoveCopied(store, copied_);
+        if (IsLocal(source_)) AllowRemoval();
+        const Leftovers left = RemoveCopied(source_.store, copied_);
         if (!left.why) RefuseWith(LeftoversText(left));
     }
 
 private:
-    // What an earlier operation left says nothing about this one.
-    void Forget() const {
-        for (const Place* place : {&from_, &to_}) {
-            if (CLDAPItems* const directory = place->Directory()) {
-                directory->SetLastError(LDAP_SUCCESS);
-            }
-        }
+    CopyRequest Request(TransferWatcher watcher) {
+        return {{&source_.store, source_.path},
+                {&target_.store, target_.path},
+                rules_.existing,
+                rules_.fate,
+                std::move(watcher),
+                &copied_};
     }
 
-    [[noreturn]] void FailWith(const std::string& path, DWORD systemError = 0) const {
-        if (progress_.WasInterrupted()) {
-            Refuse("stopped after " + std::to_string(progress_.FilesDone()) + " of " +
-                   std::to_string(progress_.FilesInAll()) +
-                   " files; what was transferred by then stays");
+    // Ends the command unless everything was copied.
+    void Take(const CopyOutcome& outcome) const {
+        if (outcome.result) return;
+        progress_.RefuseWhenStopped("files; what was transferred by then stays");
+        const Error& why = outcome.result.Why();
+        if (why.reason == Reason::kIncomplete || why.reason == Reason::kSharedName) {
+            RefuseWith(why.text);
         }
-        const CLDAPItems* const source = from_.Directory();
-        const bool sourceFailed = source && source->LastError() != LDAP_SUCCESS;
-        Place failed = sourceFailed ? from_ : to_;
-        if (!path.empty()) failed.path = path;
-        depot::ctl::Fail(sourceFailed ? "read" : "write", failed, systemError, errorText_);
+        if (why.reason == Reason::kInvalid) Refuse(from_.Shown() + " cannot go into itself");
+        const bool writing = outcome.stage == CopyStage::kTarget;
+        Error shown = why;
+        // The text names the file of the tree as well.
+        if (why.kind == CodeKind::kSystem && !why.text.empty()) shown.code = 0;
+        Fail(writing ? "write" : "read", writing ? to_ : from_, shown);
     }
 
     [[noreturn]] void RefuseWith(const std::string& reason) const {
         Refuse(from_.Shown() + ": " + Utf8FromAnsi(reason));
     }
 
-    void Fetch(CLDAPItems& directory, const std::string& folder) {
-        if (Download(directory, source_, folder, &errorText_, progress_.Watcher(),
-                     ExistingEntries::kReplace, fate_, &copied_) == 0) {
-            // The names of entries are not those of files.
-            if (directory.LastError() == LDAP_NAMING_VIOLATION) RefuseWith(errorText_);
-            FailWith({});
-        }
-    }
-
-    void Store(CLDAPItems& directory, const std::string& folder, CopiedSource* copied) {
-        const ExistingEntries existing =
-            existing_ == Existing::kRefuse ? ExistingEntries::kRefuse : ExistingEntries::kReplace;
-        if (Upload(directory, folder, target_, existing, &errorText_, progress_.Watcher(), fate_,
-                   copied) == 0) {
-            // Links to folders were left out.
-            if (directory.LastError() == LDAP_NOT_SUPPORTED) RefuseWith(errorText_);
-            FailWith({});
-        }
-    }
-
-    void BetweenDirectories(CLDAPItems& source, CLDAPItems& target) {
-        RefuseOneDirectory();
-        const TemporaryFolder folder;
-        Fetch(source, folder.Path());
-        Store(target, folder.Path(), nullptr);
-    }
-
-    // Two depots may lead to one place of one server.
-    void RefuseOneDirectory() const {
-        const StorePath from = PlaceOf(*from_.depot, from_.path);
-        const StorePath to = PlaceOf(*to_.depot, to_.path);
-        // A tree goes onto no folder above it, either.
-        if (!Overlaps(from, to, SourceFate::kGoes)) return;
-        const StoreScope source(*from.store), target(*to.store);
-        if (source && target && IsSameItem(from, to, fate_)) {
-            Refuse(from_.Shown() + " cannot go into itself");
-        }
-    }
-
     void RefuseExisting() const {
-        const StorePath from = PlaceOf(*from_.depot, from_.path);
-        const StoreScope scope(*from.store);
         depot::Tree tree;
-        if (!scope || !ListTree(*from.store, from.path, tree)) FailWith({});
-        std::vector<std::string> paths = {target_};
+        const Result listed = ListTree(source_.store, source_.path, tree);
+        if (!listed) Fail("read", from_, listed.Why());
+        std::vector<std::string> paths = {target_.path};
         for (std::size_t index = 1; index < tree.items.size(); ++index) {
             const TreeItem& item = tree.items[index];
-            paths.push_back(JoinPath(paths[item.parent], item.name));
-            RefuseExistingFile({item.path, paths.back(), item.isFolder});
+            paths.push_back(target_.store.ChildPath(paths[item.parent], item.name, item.isFolder));
+            if (item.isFolder || !PathExists(paths.back())) continue;
+            Refuse("\"" + Utf8FromAnsi(paths.back()) + "\" is there already; --force replaces it");
         }
     }
 
-    void RefuseExistingFile(const TransferStep& step) const {
-        if (step.isFolder || !PathExists(step.target)) return;
-        Refuse("\"" + Utf8FromAnsi(step.target) + "\" is there already; --force replaces it");
-    }
-
-    void InFileSystem() {
-        LocalTree tree(source_, target_);
-        const bool goes = fate_ == SourceFate::kGoes;
-        const std::uint32_t links = tree.Links() + (goes && IsLinkToFolder(source_) ? 1 : 0);
-        if (goes && links > 0) RefuseWith(LinksText(links));
-        if (tree.SharesNames()) RefuseWith(kSharedNamesText);
-        if (existing_ == Existing::kRefuse) {
-            for (const TransferStep& step : tree.Steps()) RefuseExistingFile(step);
+    // What may only be read goes, too: a copied file may only be read, either.
+    void AllowRemoval() const {
+        for (const CopiedItem& item : copied_.items) {
+            const DWORD attributes = GetFileAttributesA(item.path.c_str());
+            if (attributes == INVALID_FILE_ATTRIBUTES) continue;
+            SetFileAttributesA(item.path.c_str(), attributes & ~DWORD{FILE_ATTRIBUTE_READONLY});
         }
-        const LocalFailure failure = tree.Copy(progress_.Watcher());
-        if (failure.code != ERROR_SUCCESS) FailWith(failure.path, failure.code);
-        if (goes && !tree.RemoveSource()) {
-            Refuse(from_.Shown() + " was copied whole, but what is in use there, or has changed " +
-                   "since, stays");
-        }
-        if (links > 0) RefuseWith(LinksText(links));
     }
 
     const Place& from_;
     const Place& to_;
-    const Existing existing_;
-    const SourceFate fate_;
-    const std::string source_;
-    const std::string target_;
+    const TransferRules rules_;
+    const OpenedPlace source_;
+    const OpenedPlace target_;
     CopiedSource copied_;
     Progress progress_;
-    std::string errorText_;
 };
 
 bool IsSameOrInside(const Place& place, const Place& folder) {
@@ -212,37 +119,41 @@ bool IsSameOrInside(const Place& place, const Place& folder) {
 
 }  // namespace
 
-TransferResult Transfer(const Program& program, const Place& from, PlaceKind kind, const Place& to,
-                        Existing existing, SourceFate fate) {
+TransferResult Transfer(const Program& program, const Place& from, const Place& to,
+                        const TransferRules& rules) {
     if (IsSameOrInside(to, from)) {
         Refuse(from.Shown() + " cannot go into itself");
     }
-    RequireFittingName(to, kind);
-    Work work(program, from, to, existing, fate);
-    const bool isTree = kind == PlaceKind::kFolder;
-    const TransferResult result = isTree ? work.Tree() : work.File();
-    // A local tree is gone by then, but for what came since it was listed.
-    const bool isLocal = from.Directory() == nullptr && to.Directory() == nullptr;
-    if (fate == SourceFate::kGoes && !(isTree && isLocal)) work.RemoveSource();
+    RequireFittingName(to, rules.kind);
+    Work work(program, from, to, rules);
+    const TransferResult result = rules.kind == ItemKind::kFolder ? work.Tree() : work.File();
+    if (rules.fate == SourceFate::kGoes) work.RemoveSource();
     return result;
 }
 
-void Remove(const Place& place, PlaceKind kind) {
-    const bool localFolder = kind == PlaceKind::kFolder && place.Directory() == nullptr;
-    const bool removed =
-        localFolder ? RunShellOperation(FO_DELETE, {place.Storage()}, nullptr, kSilent, nullptr)
-                    : DeleteFile(*place.depot, place.path) != 0;
-    if (!removed) Fail("remove", place, place.Directory() ? 0 : GetLastError());
+void Remove(const Place& place, ItemKind kind) {
+    const OpenedPlace at(place, "remove");
+    const auto local = at.store.LocalPath(at.path);
+    // The shell removes folders also with what no text can name.
+    if (local && kind == ItemKind::kFolder) {
+        if (RunShellOperation(FO_DELETE, {*local}, nullptr, kSilent, nullptr)) return;
+        Fail("remove", place, GetLastError());
+    }
+    const Result removed = at.store.RemoveTree(at.path);
+    if (!removed) Fail("remove", place, removed.Why());
 }
 
-void RequireFittingName(const Place& place, PlaceKind kind) {
-    const CLDAPItems* const directory = place.Directory();
-    if (directory == nullptr || !directory->NamingNames().AreTheSame() || IsRoot(place)) return;
-    const bool hasDot = NamePart(place.path).find('.') != std::string::npos;
-    if (kind == PlaceKind::kFile && !hasDot) {
+void RequireFittingName(const Place& place, ItemKind kind) {
+    const StorePath stored = place.Stored();
+    // Where files and folders are named alike, the dot alone tells them apart.
+    const bool namesAlike =
+        !stored.store->LocalPath(stored.path) &&
+        stored.store->ChildPath({}, "x", true) == stored.store->ChildPath({}, "x", false);
+    if (!namesAlike || IsRoot(place)) return;
+    if (kind == ItemKind::kFile && !HasDot(place)) {
         Refuse(place.Shown() + ": in this directory a name without a dot is a folder's");
     }
-    if (kind == PlaceKind::kFolder && hasDot) {
+    if (kind == ItemKind::kFolder && HasDot(place)) {
         Refuse(place.Shown() + ": in this directory a name with a dot is a file's");
     }
 }

@@ -4,11 +4,14 @@
 #include <cstdint>
 
 #include "depotctl/places.h"
-#include "fileops/transfer_progress.h"
 
 namespace depot::ctl {
 
-enum class Existing { kRefuse, kReplace };
+struct TransferRules {
+    ItemKind kind;  // the source's
+    ExistingEntries existing;
+    SourceFate fate = SourceFate::kStays;
+};
 
 struct TransferResult {
     std::uint32_t files = 0;
@@ -20,13 +23,13 @@ struct TransferResult {
 // failure and when the user interrupts it; what was copied by then stays. Links to folders are left
 // out of a tree: all else is copied before the command ends with their number. A source that is to
 // go is removed after it was copied, and must be copied whole: with links nothing is copied.
-TransferResult Transfer(const Program& program, const Place& from, PlaceKind kind, const Place& to,
-                        Existing existing, SourceFate fate = SourceFate::kStays);
+TransferResult Transfer(const Program& program, const Place& from, const Place& to,
+                        const TransferRules& rules);
 
 // Deletes a file or a whole folder for good.
-void Remove(const Place& place, PlaceKind kind);
+void Remove(const Place& place, ItemKind kind);
 
 // Refuses a name that in a directory would turn a file into a folder or the other way round.
-void RequireFittingName(const Place& place, PlaceKind kind);
+void RequireFittingName(const Place& place, ItemKind kind);
 
 }  // namespace depot::ctl

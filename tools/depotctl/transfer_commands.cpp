@@ -1,8 +1,7 @@
 // upload, download and publish
-#include <CLI/CLI.hpp>
-#include <memory>
 #include <utility>
 
+#include "depotctl/command_line.h"
 #include "depotctl/commands.h"
 #include "depotctl/encoding.h"
 #include "depotctl/failure.h"
@@ -16,11 +15,6 @@
 namespace depot::ctl {
 namespace {
 
-struct TransferOptions {
-    std::string from, to;
-    bool force = false;
-};
-
 enum class Direction { kUp, kDown };
 
 void RequireSides(const Place& from, const Place& to, Direction direction) {
@@ -30,16 +24,16 @@ void RequireSides(const Place& from, const Place& to, Direction direction) {
     if (remote.isPlain) Refuse(remote.Shown() + " is in no depot");
 }
 
-void Run(Program& program, const TransferOptions& options, Direction direction) {
+template <Direction direction>
+void Run(Program& program, const TransferOptions& options) {
     Places places(program);
     const Place from = places.Resolve(options.from);
-    const PlaceKind kind = places.Require(from);
+    const ItemKind kind = places.Require(from);
     const Place to = TargetOf(places, from, options.to);
     RequireSides(from, to, direction);
     RequireFree(places, kind, to, options.force);
-    AnswerTransfer(
-        program, direction == Direction::kUp ? "uploaded" : "downloaded", to,
-        Transfer(program, from, kind, to, options.force ? Existing::kReplace : Existing::kRefuse));
+    AnswerTransfer(program, direction == Direction::kUp ? "uploaded" : "downloaded", to,
+                   Transfer(program, from, to, {kind, options.Existing()}));
 }
 
 constexpr std::uint32_t kEntryBytes = 260;
@@ -59,7 +53,7 @@ Json ClientRows(Places& places, const DepotFileContext& file,
         const std::string path = Utf8FromAnsi(entry);
         row["present"] = resource ? Json()
                                   : Json(!entry.empty() &&
-                                         places.KindOf(places.Resolve(path)) == PlaceKind::kFile);
+                                         places.KindOf(places.Resolve(path)) == ItemKind::kFile);
         rows.push_back(std::move(row));
     }
     return rows;
@@ -79,12 +73,9 @@ private:
     const std::string path_;
 };
 
-// How many of the clients were published before the user stopped it.
 struct Published {
-    std::uint32_t done = 0, inAll = 0;
+    std::string stopped;        // how far it was when the user stopped it
     Json rows = Json::array();  // all clients, unless it was stopped
-
-    bool WasStopped() const { return done < inAll; }
 };
 
 Published PublishClients(Program& program, Places& places, DepotSession& session) {
@@ -98,12 +89,9 @@ Published PublishClients(Program& program, Places& places, DepotSession& session
     {
         Progress progress(program.errors);
         PublishDependentFiles(session, progress.Watcher());
-        if (progress.WasInterrupted()) {
-            published.done = progress.FilesDone();
-            published.inAll = progress.FilesInAll();
-        }
+        published.stopped = progress.StoppedText("clients; the others are as they were");
     }
-    if (!published.WasStopped()) published.rows = ClientRows(places, file, before);
+    if (published.stopped.empty()) published.rows = ClientRows(places, file, before);
     return published;
 }
 
@@ -122,8 +110,7 @@ Published PublishInCopy(Program& program, Places& places, const Place& place) {
 
 void Publish(Program& program, const std::string& path) {
     Places places(program);
-    const Place place = places.Resolve(path);
-    if (places.Require(place) == PlaceKind::kFolder) Refuse(place.Shown() + " is a folder");
+    const Place place = places.ResolveFile(path);
     DepotSession& session = program.Session();
     session.LoadFile(place.path);
     DepotFileContext& file = *session.currentFile;
@@ -131,10 +118,7 @@ void Publish(Program& program, const std::string& path) {
     const Published published = PublishInCopy(program, places, place);
     if (file.Release() == 0) Fail("write", place);
     session.currentFile.reset();
-    if (published.WasStopped()) {
-        Refuse("stopped after " + std::to_string(published.done) + " of " +
-               std::to_string(published.inAll) + " clients; the others are as they were");
-    }
+    if (!published.stopped.empty()) Refuse(published.stopped);
     const Json& rows = published.rows;
     program.renderer.List(rows, {{"client", "CLIENT"}, {"entry", "ENTRY"}, {"present", "PRESENT"}});
     std::string missing;
@@ -144,37 +128,27 @@ void Publish(Program& program, const std::string& path) {
     if (!missing.empty()) Refuse("these files could not be copied:" + missing);
 }
 
-void AddTransfer(CLI::App& app, Program& program, Direction direction) {
-    const bool up = direction == Direction::kUp;
-    const auto options = std::make_shared<TransferOptions>();
-    CLI::App* const command = app.add_subcommand(
-        up ? "upload" : "download", up ? "Copy a local file or tree into a depot"
-                                       : "Copy a file or tree of a depot to a local folder");
-    command->add_option("from", options->from, up ? "The local file or folder" : "What is fetched")
-        ->required();
-    command->add_option("to", options->to, "Its new path, or the folder that it goes into")
-        ->required();
-    command->add_flag("-f,--force", options->force, "Replace files that are there");
-    command->footer(up ? "Example:\n  depotctl upload C:\\Profiles \"<Company>\\\""
-                       : "Example:\n  depotctl download \"<Company>\\Profiles\" C:\\Backup");
-    command->callback([&program, options, direction] {
-        program.command = [&program, options, direction] { Run(program, *options, direction); };
-    });
-}
-
 }  // namespace
 
 void AddTransferCommands(CLI::App& app, Program& program) {
-    AddTransfer(app, program, Direction::kUp);
-    AddTransfer(app, program, Direction::kDown);
-
-    const auto path = std::make_shared<std::string>();
-    CLI::App* const publish =
-        app.add_subcommand("publish", "Copy the files that a Skein profile depends on beside it");
-    publish->add_option("path", *path, "The profile in its depot")->required();
-    publish->footer("Example:\n  depotctl publish \"<Team>\\counter.kra\"");
-    publish->callback(
-        [&program, path] { program.command = [&program, path] { Publish(program, *path); }; });
+    const auto up = AddTransferCommand(
+        app, program,
+        {"upload", "Copy a local file or tree into a depot",
+         "Example:\n  depotctl upload C:\\Profiles \"<Company>\\\"", "The local file or folder"},
+        Run<Direction::kUp>);
+    const auto down = AddTransferCommand(
+        app, program,
+        {"download", "Copy a file or tree of a depot to a local folder",
+         "Example:\n  depotctl download \"<Company>\\Profiles\" C:\\Backup", "What is fetched"},
+        Run<Direction::kDown>);
+    for (const auto& command : {up, down}) {
+        command.app.add_flag("-f,--force", command.options.force, "Replace files that are there");
+    }
+    AddPathCommand(
+        app, program,
+        {"publish", "Copy the files that a Skein profile depends on beside it",
+         "Example:\n  depotctl publish \"<Team>\\counter.kra\"", "The profile in its depot"},
+        Publish);
 }
 
 }  // namespace depot::ctl

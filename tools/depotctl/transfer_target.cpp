@@ -19,34 +19,31 @@ std::string SourceName(const Place& from) {
 }  // namespace
 
 Place TargetOf(Places& places, const Place& from, const std::string& to) {
-    Place named = places.Resolve(to);
-    const PlaceKind kind = places.KindOf(named);
-    if (kind == PlaceKind::kFolder) return Child(named, SourceName(from));
+    const Place named = places.Resolve(to);
+    if (places.KindOf(named) == ItemKind::kFolder) return Child(named, SourceName(from));
     if (NamesFolder(to)) Refuse("the folder " + named.Shown() + " is not there");
-    Place parent = named;
-    parent.path = FolderPrefix(named.path);
-    if (places.KindOf(parent) != PlaceKind::kFolder) {
+    const Place parent = ParentOf(named);
+    if (places.KindOf(parent) != ItemKind::kFolder) {
         Refuse("the folder " + parent.Shown() + " is not there");
     }
     return named;
 }
 
-void RequireFree(const Places& places, PlaceKind kind, const Place& to, bool force) {
-    const PlaceKind there = places.KindOf(to);
-    if (there == PlaceKind::kMissing) return;
+void RequireFree(const Places& places, ItemKind kind, const Place& to, bool force) {
+    const ItemKind there = places.KindOf(to);
+    if (there == ItemKind::kMissing) return;
     if (there != kind) {
         Refuse(to.Shown() + " is there already, as a " +
-               (there == PlaceKind::kFolder ? "folder" : "file"));
+               (there == ItemKind::kFolder ? "folder" : "file"));
     }
-    if (kind == PlaceKind::kFile && !force) {
+    if (kind == ItemKind::kFile && !force) {
         Refuse(to.Shown() + " is there already; --force replaces it");
     }
 }
 
 void AnswerTransfer(const Program& program, const char* verb, const Place& to,
                     const TransferResult& result) {
-    const std::string files =
-        std::to_string(result.files) + (result.files == 1 ? " file" : " files");
+    const std::string files = Counted(result.files, "file");
     program.renderer.Answer({{verb, to.Utf8()}, {"files", result.files}},
                             std::string(verb) + " " + files + " to " + to.Utf8());
 }

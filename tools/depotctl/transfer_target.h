@@ -12,7 +12,7 @@ namespace depot::ctl {
 Place TargetOf(Places& places, const Place& from, const std::string& to);
 
 // Refuses a target that is there: a file unless it may be replaced, and another kind in any case.
-void RequireFree(const Places& places, PlaceKind kind, const Place& to, bool force);
+void RequireFree(const Places& places, ItemKind kind, const Place& to, bool force);
 
 void AnswerTransfer(const Program& program, const char* verb, const Place& to,
                     const TransferResult& result);

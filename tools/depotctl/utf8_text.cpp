@@ -12,6 +12,9 @@ constexpr char kEllipsis[] = "\xE2\x80\xA6";
 struct Character {
     std::uint32_t code = 0;
     std::size_t bytes = 1;
+
+    // A byte that is not part of UTF-8.
+    bool IsBroken() const { return bytes == 1 && code >= 0x80; }
 };
 
 struct Range {
@@ -56,6 +59,16 @@ Character FirstOf(std::string_view text) {
     return {code, length};
 }
 
+// Calls `visit` with each character and its bytes.
+template <class Visit>
+void ForEachCharacter(std::string_view text, const Visit& visit) {
+    while (!text.empty()) {
+        const Character character = FirstOf(text);
+        visit(character, text.substr(0, character.bytes));
+        text.remove_prefix(character.bytes);
+    }
+}
+
 std::size_t WidthOf(std::uint32_t code) {
     if (IsIn(kCombining, code)) return 0;
     return IsIn(kWide, code) ? 2 : 1;
@@ -79,23 +92,28 @@ bool EndsInAscii(std::string_view text, char character) {
     return text.ends_with(character);
 }
 
+std::u16string Utf16(std::string_view text) {
+    std::u16string units;
+    ForEachCharacter(text, [&](const Character& character, std::string_view /*bytes*/) {
+        // The rest of a character that was cut.
+        if (character.IsBroken() && character.code < 0xC0) return;
+        const std::uint32_t above = character.code - 0x10000;
+        if (character.code > 0xFFFF) units.push_back(static_cast<char16_t>(0xD800 + (above >> 10)));
+        units.push_back(static_cast<char16_t>(character.code > 0xFFFF ? 0xDC00 + (above & 0x3FF)
+                                                                      : character.code));
+    });
+    return units;
+}
+
 std::size_t Utf16Length(std::string_view text) {
-    std::size_t length = 0;
-    while (!text.empty()) {
-        const Character character = FirstOf(text);
-        length += character.code > 0xFFFF ? 2 : 1;
-        text.remove_prefix(character.bytes);
-    }
-    return length;
+    return Utf16(text).size();
 }
 
 std::size_t DisplayWidth(std::string_view text) {
     std::size_t width = 0;
-    while (!text.empty()) {
-        const Character character = FirstOf(text);
+    ForEachCharacter(text, [&](const Character& character, std::string_view /*bytes*/) {
         width += WidthOf(character.code);
-        text.remove_prefix(character.bytes);
-    }
+    });
     return width;
 }
 
@@ -114,35 +132,30 @@ std::string CutToWidth(std::string_view text, std::size_t width) {
 
 std::string Printable(std::string_view text) {
     std::string result;
-    while (!text.empty()) {
-        const Character character = FirstOf(text);
-        const bool broken = character.bytes == 1 && character.code >= 0x80;
-        if (broken || IsControl(character.code)) {
-            result.push_back('?');
-        } else {
-            result.append(text.substr(0, character.bytes));
-        }
-        text.remove_prefix(character.bytes);
-    }
+    ForEachCharacter(text, [&](const Character& character, std::string_view bytes) {
+        result += character.IsBroken() || IsControl(character.code) ? "?" : bytes;
+    });
     return result;
 }
 
 std::string OneLine(std::string_view text) {
     std::string result;
     bool gap = false;
-    while (!text.empty()) {
-        const Character character = FirstOf(text);
-        const bool broken = character.bytes == 1 && character.code >= 0x80;
+    ForEachCharacter(text, [&](const Character& character, std::string_view bytes) {
+        const bool broken = character.IsBroken();
         if (character.code == ' ' || (!broken && IsControl(character.code))) {
             gap = !result.empty();
-        } else {
-            if (gap) result.push_back(' ');
-            gap = false;
-            result.append(broken ? "?" : text.substr(0, character.bytes));
+            return;
         }
-        text.remove_prefix(character.bytes);
-    }
+        if (gap) result.push_back(' ');
+        gap = false;
+        result.append(broken ? "?" : bytes);
+    });
     return result;
+}
+
+std::string Counted(std::size_t count, const std::string& noun) {
+    return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
 }
 
 std::string Wrapped(std::string_view text, std::size_t width, std::size_t indent) {
@@ -162,14 +175,12 @@ std::string Wrapped(std::string_view text, std::size_t width, std::size_t indent
             breakLine();
             word.remove_prefix(word.starts_with(' ') ? 1 : 0);
         }
-        while (!word.empty()) {
-            const Character character = FirstOf(word);
+        ForEachCharacter(word, [&](const Character& character, std::string_view bytes) {
             const std::size_t wide = WidthOf(character.code);
             if (column > indent && column + wide > width) breakLine();
-            result.append(word.substr(0, character.bytes));
+            result.append(bytes);
             column += wide;
-            word.remove_prefix(character.bytes);
-        }
+        });
     }
     return result;
 }

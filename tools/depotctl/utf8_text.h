@@ -13,7 +13,8 @@ std::size_t FindAscii(std::string_view text, char character, std::size_t from = 
 std::size_t FindAnyAscii(std::string_view text, std::string_view characters, std::size_t from = 0);
 bool EndsInAscii(std::string_view text, char character);
 
-// Returns how many UTF-16 units the text takes.
+// Returns the text in UTF-16, and how many units it takes there.
+std::u16string Utf16(std::string_view text);
 std::size_t Utf16Length(std::string_view text);
 
 // Returns how many columns the text takes: wide East Asian characters take two, combining marks
@@ -31,6 +32,9 @@ std::string Printable(std::string_view text);
 // Returns the text on one line: each run of blanks, line ends and other controls becomes one blank,
 // none at the ends.
 std::string OneLine(std::string_view text);
+
+// Returns "1 file", "2 files".
+std::string Counted(std::size_t count, const std::string& noun);
 
 // Breaks a text between words into lines of at most `width` columns, all but the first behind
 // `indent` blanks; a word that is wider stands in parts. A width of 0 breaks nothing.

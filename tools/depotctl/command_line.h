@@ -1,0 +1,71 @@
+// Adding commands to the command line.
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <memory>
+#include <string>
+
+#include "depotctl/program.h"
+#include "store/store.h"
+
+namespace depot::ctl {
+
+struct CommandText {
+    const char* name;
+    const char* help;
+    const char* footer;
+    const char* argument = nullptr;  // what its first or only argument is
+};
+
+// A command and what its command line writes into, both as long as the command line lives.
+template <class Options>
+struct NewCommand {
+    CLI::App& app;
+    Options& options;
+};
+
+// Adds a command. Given on the command line, it leaves `run(program, options)` as the program's
+// work.
+template <class Options, class Run>
+NewCommand<Options> AddCommand(CLI::App& parent, Program& program, const CommandText& text,
+                               Run run) {
+    const auto options = std::make_shared<Options>();
+    CLI::App* const command = parent.add_subcommand(text.name, text.help);
+    command->footer(text.footer);
+    command->callback([&program, options, run] {
+        program.command = [&program, options, run] { run(program, *options); };
+    });
+    return {*command, *options};
+}
+
+// Adds a command whose only argument is a path.
+template <class Run>
+void AddPathCommand(CLI::App& parent, Program& program, const CommandText& text, Run run) {
+    const auto [command, path] = AddCommand<std::string>(parent, program, text, run);
+    command.add_option("path", path, text.argument)->required();
+}
+
+// What the command line of a copy or a move says.
+struct TransferOptions {
+    std::string from, to;
+    bool recursive = false;
+    bool force = false;
+
+    ExistingEntries Existing() const {
+        return force ? ExistingEntries::kReplace : ExistingEntries::kRefuse;
+    }
+};
+
+// Adds a command that copies or moves.
+template <class Run>
+NewCommand<TransferOptions> AddTransferCommand(CLI::App& parent, Program& program,
+                                               const CommandText& text, Run run) {
+    const auto command = AddCommand<TransferOptions>(parent, program, text, run);
+    command.app.add_option("from", command.options.from, text.argument)->required();
+    command.app
+        .add_option("to", command.options.to, "Its new path, or the folder that it goes into")
+        ->required();
+    return command;
+}
+
+}  // namespace depot::ctl
