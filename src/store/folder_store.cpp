@@ -239,8 +239,13 @@ Result FolderStore::WriteFile(const std::string& path, const FileBuffer& content
     }
 }
 
-Result FolderStore::MakeFolder(const std::string& path, FoldersAbove /*above*/) {
-    return EnsureLocalFolder(path) ? Result() : Failure(path);
+Result FolderStore::MakeFolder(const std::string& path, FoldersAbove above) {
+    if (above == FoldersAbove::kAreMade) return EnsureLocalFolder(path) ? Result() : Failure(path);
+    // A folder above it that is gone meanwhile stays gone.
+    if (CreateDirectoryA(path.c_str(), nullptr)) return Result();
+    const DWORD error = GetLastError();
+    return error == ERROR_ALREADY_EXISTS && IsLocalFolder(path) ? Result()
+                                                                : Result(SystemError(error, path));
 }
 
 std::optional<Result> FolderStore::CopyFile(PathPair paths, WriteRules rules,

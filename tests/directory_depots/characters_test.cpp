@@ -2,6 +2,7 @@
 #include "directory_depots/depot_fixture.h"
 #include "manager/display_path.h"
 #include "manager/writability.h"
+#include "model/directory_trees.h"
 #include "platform/paths.h"
 #include "platform/system_code_page.h"
 #include "support/page_names.h"

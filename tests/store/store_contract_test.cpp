@@ -148,6 +148,13 @@ TEST_P(StoreContractTest, FoldersAreMadeWithThoseAboveThem) {
     EXPECT_THAT(Names(deep), ElementsAre("a.kra"));
 }
 
+TEST_P(StoreContractTest, FolderIsNotMadeWhereTheOneAboveItIsGone) {
+    const std::string gone = At("gone", true);
+    EXPECT_THAT(store_.MakeFolder(In(gone, "sub", true), FoldersAbove::kExist),
+                FailsAs(Reason::kMissing));
+    EXPECT_EQ(ItemKind::kMissing, KindOf(gone));
+}
+
 TEST_P(StoreContractTest, OnlyWhatHoldsNothingIsRemoved) {
     const std::string folder = AddFolder(At("sub", true));
     const std::string file = AddFile(In(folder, "a.kra"), "1");
