@@ -242,10 +242,11 @@ Result FolderStore::WriteFile(const std::string& path, const FileBuffer& content
 Result FolderStore::MakeFolder(const std::string& path, FoldersAbove above) {
     if (above == FoldersAbove::kAreMade) return EnsureLocalFolder(path) ? Result() : Failure(path);
     // A folder above it that is gone meanwhile stays gone.
-    if (CreateDirectoryA(path.c_str(), nullptr)) return Result();
+    if (CreateDirectoryA(path.c_str(), nullptr)) return {};
     const DWORD error = GetLastError();
-    return error == ERROR_ALREADY_EXISTS && IsLocalFolder(path) ? Result()
-                                                                : Result(SystemError(error, path));
+    if (IsLocalFolder(path)) return {};
+    SetLastError(error);
+    return Failure(path);
 }
 
 std::optional<Result> FolderStore::CopyFile(PathPair paths, WriteRules rules,
