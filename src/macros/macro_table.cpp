@@ -3,6 +3,7 @@
 #include "macros/application_values.h"
 #include "macros/product_values.h"
 #include "macros/system_values.h"
+#include "platform/code_page.h"
 
 namespace depot {
 namespace {
@@ -60,6 +61,8 @@ std::span<const MacroStep> MacroTable() {
 
 void ExpandMacros(const MacroContext& context, std::string& text) {
     if (text.find('%') != std::string::npos) text = context.system.ExpandEnvironment(text);
+    // Most paths hold none; every macro's name begins with this.
+    if (FindCharacter(text, '$') == std::string::npos) return;
     for (const MacroStep& step : kSteps) RunStep(step, context, text);
 }
 

@@ -93,6 +93,11 @@ TEST_F(MacroTableTest, StepsStandInTheOrderThatDefinitionsRelyOn) {
 }
 
 // One search a row is the table's structure: the rows are counted above, and none is entered here.
+TEST_F(MacroTableTest, EachMacroBeginsWithTheCharacterThatIsLookedForFirst) {
+    for (const MacroStep& step : MacroTable())
+        EXPECT_TRUE(step.macro.starts_with('$')) << step.macro;
+}
+
 TEST_F(MacroTableTest, TextWithoutMacrosAsksTheMachineForNothing) {
     ExpectAll({{"", ""}, {"C:\\plain\\path", "C:\\plain\\path"}, {"$NOSUCH$", "$NOSUCH$"}});
     EXPECT_EQ(0, system_.systemCalls);
