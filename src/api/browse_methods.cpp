@@ -27,7 +27,6 @@ BrowseOptions OptionsOf(VARIANT_BOOL edit, VARIANT_BOOL fileOperations, LONG_PTR
     BrowseOptions options;
     options.ownerWindow = ownerWindow;
     // Kept: any other value than VARIANT_TRUE switches off, 1 too.
-    // Relied on by: callers that pass 1 and must not suddenly offer editing.
     options.allowEditing = edit == VARIANT_TRUE;
     options.allowFileOperations = fileOperations == VARIANT_TRUE;
     return options;
@@ -59,7 +58,6 @@ STDMETHODIMP CDepotIntrApi::DPBrowse(LONG_PTR lDPIntr, APP_TYPE appType, BROWSE_
         const BrowseKind kind = BrowseKindOf(appType, browseType);
         BrowseDialog dialog;
         // Kept: a dialog that saves gets the initial name, and neither owner nor options.
-        // Relied on by: callers whose "save as" has always offered file operations.
         if (browseType == PROMPT_SAVEAS) {
             dialog.SetKind(kind);
             dialog.SetInitialFileName(texts->selectedItemPath);

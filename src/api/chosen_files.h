@@ -15,8 +15,6 @@ namespace depot {
 // the list, unwritten.
 //
 // Kept: the length is counted in 16 bits and wraps.
-// Relied on by: callers with lists beyond 32,767 characters, who pass the size as a negative number
-// and are given the names that they always were.
 std::string ChosenFileList(const std::vector<std::string>& paths, std::int16_t size);
 
 }  // namespace depot

@@ -43,7 +43,6 @@ STDMETHODIMP CDepotIntrApi::DPInitialize(LONG_PTR* plDPIntr) noexcept {
         if (session == nullptr) return false;
         if (session->Folders().UserFolder().empty()) {
             // Kept: the session that was built is not destroyed.
-            // Relied on by: existing clients, which stop using the component after this failure.
             sessions.Abandon(made.Handle());
             return false;
         }

@@ -83,7 +83,6 @@ STDMETHODIMP CDepotIntrApi::DPMakeCopyFromSrcFile(LONG_PTR lDPIntr, BSTR* bstrSr
                                                   BSTR* bstrDstFile) noexcept {
     if (bstrDstFile == nullptr) return RefuseMethod();
     // Kept: without a session the output stays as it was, and a failed copy gives an empty text.
-    // Relied on by: existing clients that tell the two apart.
     return RunOnSession(lDPIntr, WithoutHandle::kFail, [&](DepotSession& session) {
         *bstrDstFile = nullptr;
         const auto source = ExactName(bstrSrcFile);

@@ -29,7 +29,6 @@ public:
     // Gives every member its default, with `owningPaths` as the owner.
     //
     // Kept: the path stays as it was.
-    // Relied on by: existing clients that reset a location's settings without moving it.
     virtual void Reset(CDepotPaths* owningPaths);
 
     // Returns a copy, or null when memory is exhausted.
@@ -38,7 +37,6 @@ public:
     // Copies every member of `other` but the handle slot; a null `other` changes nothing.
     //
     // Kept: the target's handle slot stays.
-    // Relied on by: holders of a run-time handle, which belongs to one record alone.
     virtual void CopyFrom(const CDepotPath* other);
 
     // Reads the values that carry `index` (1-based) in their names. Returns 1, or 0 with the record

@@ -19,7 +19,6 @@ inline constexpr std::uint32_t kFolderKind = 64;
 //
 // Returns the number of items appended for a folder of the file system.
 // Kept: for a folder of a directory it returns the count of the whole list.
-// Relied on by: installed applications, which empty the list before they list.
 int Enumerate(CDepotItems& list, const CDepotItem* folderItem, const std::string& filter,
               const std::string& subPath, bool foldersOnly);
 

@@ -23,7 +23,6 @@ ListingRequest MakeListingRequest(std::string_view path, std::string_view filter
 // the files whose extension, dot included, occurs in it.
 //
 // Kept: a name without a '.' is its own extension.
-// Relied on by: applications that list such files by their whole names.
 bool PassesFilter(std::string_view name, std::string_view filter);
 
 // Tells for each listed file whether it stays when only those of one type are wanted: `wanted` says
@@ -31,7 +30,6 @@ bool PassesFilter(std::string_view name, std::string_view filter);
 //
 // Kept: the file behind a removed one is not looked at, so of two neighbours of a wrong type the
 // second stays.
-// Relied on by: installed applications, which know their folders' counts this way.
 std::vector<bool> SurvivorsOfTypeFilter(const std::vector<bool>& wanted);
 
 }  // namespace depot

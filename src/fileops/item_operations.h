@@ -32,7 +32,6 @@ int ShellOperation(const CDepotItems& items, const CDepotItem* target, UINT oper
 //
 // Kept: a move whose copy succeeded counts as done even when the system or the directory refuses to
 // delete the source, and a failed copy leaves the error text alone.
-// Relied on by: existing clients, which look at the target only.
 int ItemOperation(const CDepotItem& item, const CDepotItem* target, UINT operation, HWND window,
                   std::string* errorText, const TransferWatcher& watcher = {});
 

@@ -18,7 +18,6 @@ namespace depot {
 // keep what they say.
 //
 // Kept: an entry is rewritten also when its file could not be copied.
-// Relied on by: profiles whose files arrive by another way.
 void PublishDependentFiles(DepotSession& session, const TransferWatcher& watcher = {});
 
 }  // namespace depot

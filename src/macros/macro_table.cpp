@@ -25,7 +25,6 @@ constexpr MacroStep kSteps[] = {
     {"$X86SUBDIR$", SubfolderX86},
     {"$APPDIR_SHORTNAME$", ApplicationShortFolder},
     // Kept: this macro is known but never replaced.
-    // Relied on by: existing definitions that carry it through to their readers.
     {"$WHARFHOMEDIR$", LeftStanding},
     {"$SYSDIR$", SystemFolder},
     {"$WINDRIVE$", WindowsDrive},
@@ -46,7 +45,6 @@ constexpr MacroStep kSteps[] = {
     {"$MYDOCUMENTS$", DocumentsFolder},
     // Kept: a second step for a macro that has had its step. It finds what an earlier value brought
     // in, above all a 32-bit application folder that holds the macro itself.
-    // Relied on by: hosts without 32-bit parts, which derive that folder from their own.
     {"$APPDIRX86$", ApplicationFolder, MoveProgramFilesToX86},
     {"$FTPUSERNAME$", TransferUserName},
     {"$WINDOWSMEDIADIR$", SystemSoundFolder},

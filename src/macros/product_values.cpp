@@ -32,7 +32,6 @@ constexpr const char* kHomeFolderKeys[] = {
     "Software\\Quillon\\Farrow\\7.11\\Wharfside",
     "Software\\Quillon\\Farrow\\7.10\\Wharfside",
     // Kept: two names run together, so that neither of the two keys is searched.
-    // Relied on by: machines that still carry home folders of retired products there.
     "Software\\Quillon\\Farrow\\7.00\\WharfsideSoftware\\Quillon\\Farrow\\13.00\\Security",
     "Software\\Quillon\\Farrow\\12.00\\Security",
     "Software\\Quillon\\Farrow\\11.00\\Security",

@@ -16,7 +16,6 @@ std::string GetShellFolder(MacroSystem& system, const std::string& name, bool al
 //
 // Kept: a value that cannot be read gives the drive of Windows, for all users also when the folder
 // beside the start menu exists already.
-// Relied on by: existing definitions, which put an absolute path after the macro.
 std::string GetAppDataFolder(MacroSystem& system, bool allUsers);
 
 }  // namespace depot

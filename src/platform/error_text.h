@@ -18,7 +18,6 @@ inline constexpr std::size_t kErrorTextBytes = 1300;
 // A code that the system cannot describe adds nothing; neither lead nor code is "Unknown Error".
 //
 // Kept: an empty message is shown, too.
-// Relied on by: existing clients, for which a failed operation is never silent.
 void FormatErrorText(DWORD error, const char* lead, const char* title, std::string* text,
                      HWND owner);
 
