@@ -95,6 +95,24 @@ TEST_F(ProfileTest, SetOfAFileThatCannotBeWrittenIsRefused) {
     EXPECT_EQ("mail\n", RunTool({"get", kProfile, "Host", "Name"}).output);
 }
 
+TEST_F(ProfileTest, SetOfAValueOfTwoLinesIsRefusedAndTheProfileStays) {
+    const std::string before = FileBytes(folder_.At("work\\office.kre"));
+    const ToolRun run = RunTool({"set", kProfile, "Host", "Name", "one\ntwo"});
+    EXPECT_EQ(1, run.exitCode);
+    EXPECT_THAT(run.errors, HasSubstr("would not read back"));
+    EXPECT_EQ(before, FileBytes(folder_.At("work\\office.kre")));
+}
+
+TEST_F(ProfileTest, Utf16InTheOtherOrderIsRefused) {
+    const std::string swapped("\xFE\xFF\0[\0S\0]", 8);
+    folder_.MakeFile("work\\office.kre", swapped);
+    EXPECT_EQ(1, RunTool({"get", kProfile, "S", "K"}).exitCode);
+    const ToolRun run = RunTool({"set", kProfile, "S", "K", "V"});
+    EXPECT_EQ(1, run.exitCode);
+    EXPECT_THAT(run.errors, HasSubstr("is no text that applications read as a profile"));
+    EXPECT_EQ(swapped, FileBytes(folder_.At("work\\office.kre")));
+}
+
 TEST_F(ProfileTest, PlainProfilesAreReadAndWrittenToo) {
     const std::string path = folder_.MakeFile("plain.kre", "[A]\r\nB=C\r\n");
     EXPECT_EQ("C\n", RunTool({"get", path, "A", "B"}).output);

@@ -69,13 +69,8 @@ void Cat(Program& program, const std::string& path) {
 
 void ListValues(const Program& program, const ProfileCopy& profile, const std::string& only) {
     Json rows = Json::array();
-    const std::vector<std::string> sections =
-        only.empty() ? profile.Sections() : std::vector<std::string>{only};
-    for (const std::string& section : sections) {
-        for (const std::string& key : profile.Keys(section)) {
-            const std::string value = profile.Find(section, key).value_or("");
-            rows.push_back({{"section", section}, {"key", key}, {"value", value}});
-        }
+    for (const auto& [section, key, value] : profile.Rows(only)) {
+        rows.push_back({{"section", section}, {"key", key}, {"value", value}});
     }
     program.renderer.List(rows, {{"section", "SECTION"}, {"key", "KEY"}, {"value", "VALUE"}});
 }

@@ -86,25 +86,28 @@ std::vector<std::wstring> ProfileCopy::Names(const wchar_t* section) const {
     return names;
 }
 
-std::vector<std::string> ProfileCopy::Shown(const std::vector<std::wstring>& names) const {
-    std::vector<std::string> shown;
-    for (const std::wstring& name : names) shown.push_back(ShownProfileText(encoding_, name));
-    return shown;
+std::string ProfileCopy::Shown(const std::wstring& text) const {
+    return ShownProfileText(encoding_, text);
 }
 
 std::wstring ProfileCopy::Spelled(const std::string& wanted, const wchar_t* section) const {
     for (const std::wstring& name : Names(section)) {
-        if (SameKey(ShownProfileText(encoding_, name), wanted)) return name;
+        if (SameKey(Shown(name), wanted)) return name;
     }
     return WideFromUtf8(wanted);
 }
 
-std::vector<std::string> ProfileCopy::Sections() const {
-    return Shown(Names(nullptr));
-}
-
-std::vector<std::string> ProfileCopy::Keys(const std::string& section) const {
-    return Shown(Names(Spelled(section, nullptr).c_str()));
+std::vector<ProfileRow> ProfileCopy::Rows(const std::string& only) const {
+    const std::vector<std::wstring> sections =
+        only.empty() ? Names(nullptr) : std::vector{Spelled(only, nullptr)};
+    std::vector<ProfileRow> rows;
+    for (const std::wstring& section : sections) {
+        for (const std::wstring& key : Names(section.c_str())) {
+            rows.push_back({only.empty() ? Shown(section) : only, Shown(key),
+                            Shown(Value(section, key).value_or(L""))});
+        }
+    }
+    return rows;
 }
 
 std::optional<std::wstring> ProfileCopy::Value(const std::wstring& section,
@@ -120,7 +123,7 @@ std::optional<std::string> ProfileCopy::Find(const std::string& section,
                                              const std::string& key) const {
     const std::wstring spelled = Spelled(section, nullptr);
     const auto value = Value(spelled, Spelled(key, spelled.c_str()));
-    return value ? std::optional(ShownProfileText(encoding_, *value)) : std::nullopt;
+    return value ? std::optional(Shown(*value)) : std::nullopt;
 }
 
 void ProfileCopy::RequireCharacters(const std::string& text) const {

@@ -11,6 +11,11 @@
 
 namespace depot::ctl {
 
+// A value and where it stands.
+struct ProfileRow {
+    std::string section, key, value;
+};
+
 // A copy of a profile in UTF-16, which the system's profile functions read and write without any
 // code page. All that is not changed keeps its bytes, also those that are no characters.
 //
@@ -23,9 +28,8 @@ public:
     ProfileCopy(const ProfileCopy&) = delete;
     ProfileCopy& operator=(const ProfileCopy&) = delete;
 
-    // The sections, or the keys of one section.
-    std::vector<std::string> Sections() const;
-    std::vector<std::string> Keys(const std::string& section) const;
+    // Returns every value, or those of one section where `only` names it.
+    std::vector<ProfileRow> Rows(const std::string& only) const;
 
     // Returns a value, or nothing when there is none.
     std::optional<std::string> Find(const std::string& section, const std::string& key) const;
@@ -42,7 +46,7 @@ public:
 
 private:
     std::vector<std::wstring> Names(const wchar_t* section) const;
-    std::vector<std::string> Shown(const std::vector<std::wstring>& names) const;
+    std::string Shown(const std::wstring& text) const;
 
     // Returns the name of a section, or with `section` of a key in it, as the copy has it: bytes
     // that are a second spelling of one character stand for themselves there.

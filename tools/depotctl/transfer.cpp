@@ -57,7 +57,8 @@ private:
                 rules_.existing,
                 rules_.fate,
                 std::move(watcher),
-                &copied_};
+                // Only a removal asks for it: it reads each local copy once more.
+                rules_.fate == SourceFate::kGoes ? &copied_ : nullptr};
     }
 
     // Ends the command unless everything was copied.
