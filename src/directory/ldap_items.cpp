@@ -108,23 +108,8 @@ int CLDAPItems::EnsureFolderPath(const std::string& dn, bool connect, std::strin
     return AsFlagOfFolders(ensured, list.Count() > before, errorText);
 }
 
-int CLDAPItems::EnsureFoldersAbove(const std::string& dn, std::string* errorText,
-                                   LdapItemList* added) {
-    const std::size_t before = added->Count();
-    const Result ensured = entries_.EnsureFoldersAbove(dn, *added);
-    return AsFlagOfFolders(ensured, added->Count() > before, errorText);
-}
-
-std::uint32_t CLDAPItems::FindKind(const std::string& dn, EntryKind& kind) {
-    return CodeOf(entries_.FindKind(dn, kind));
-}
-
 std::uint32_t CLDAPItems::ReadIdentifiers(const std::string& dn, EntryIdentifiers& identifiers) {
     return CodeOf(entries_.ReadIdentifiers(dn, identifiers));
-}
-
-std::uint32_t CLDAPItems::RemoveEmptyEntry(const std::string& dn) {
-    return AsCode(entries_.Remove(dn));
 }
 
 std::uint32_t CLDAPItems::RemoveUnchangedEntry(const std::string& dn, const FileBuffer& present) {

@@ -93,11 +93,7 @@ public:
     std::uint32_t ReplaceUnchangedContents(const std::string& dn, const void* data,
                                            std::uint32_t length, const FileBuffer& present);
     std::uint32_t FindEntry(const std::string& dn) { return CodeOf(entries_.Find(dn)); }
-    std::uint32_t FindKind(const std::string& dn, EntryKind& kind);
     std::uint32_t ReadIdentifiers(const std::string& dn, EntryIdentifiers& identifiers);
-    std::string NormalDN(const std::string& dn) const { return schema_.NormalDN(dn); }
-    int EnsureFoldersAbove(const std::string& dn, std::string* errorText, LdapItemList* added);
-    std::uint32_t RemoveEmptyEntry(const std::string& dn);
     std::uint32_t RemoveUnchangedEntry(const std::string& dn, const FileBuffer& present);
     std::uint32_t RemoveUnchangedEntry(const std::string& dn, const Digest& contents);
     NamingAttributes NamingNames() const { return schema_.NamingNames(); }
@@ -124,23 +120,6 @@ private:
     LocationSchema schema_;
     EntryStore entries_;
     std::uint32_t lastError_ = 0;
-};
-
-// BoundedWalk for callers that do not use the parts yet: the code is also the last error.
-class TreeWalk {
-public:
-    explicit TreeWalk(CLDAPItems& directory) : directory_(directory), walk_(directory.Entries()) {}
-
-    std::uint32_t List(const std::string& dn, std::uint32_t depth, LdapItemList& children) {
-        const Result listed = walk_.List(dn, depth, children);
-        directory_.AsFlag(listed, nullptr);
-        return CodeOf(listed);
-    }
-    bool IsOver() const { return walk_.IsOver(); }
-
-private:
-    CLDAPItems& directory_;
-    BoundedWalk walk_;
 };
 
 }  // namespace depot

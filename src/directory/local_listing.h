@@ -18,6 +18,9 @@ bool IsLinkToFolder(const std::string& path);
 std::string LinksText(std::uint32_t count);
 std::string UnsafeLocalNamesText(std::uint32_t count);
 
+// Contract: nothing here calls the three listings that follow; trees are walked through their
+// store.
+
 // Appends every folder below `folder`, each before the folders inside it. Links are left out, and
 // what has a name that the code page cannot hold.
 void AddLocalFoldersBelow(const std::string& folder, LdapItemList& items);

@@ -302,10 +302,4 @@ bool Overlaps(const StorePath& from, const StorePath& to, SourceFate fate) {
            (fate == SourceFate::kGoes && names.IsInside(from.path, to.path));
 }
 
-bool IsSameItem(const StorePath& from, const StorePath& to, SourceFate fate) {
-    const ItemIdentity identity = CompareItem(*from.store, *to.store, from.path);
-    return identity == ItemIdentity::kSame ||
-           (identity == ItemIdentity::kUnknown && fate == SourceFate::kGoes);
-}
-
 }  // namespace depot

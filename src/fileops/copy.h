@@ -61,12 +61,8 @@ enum class ItemIdentity : std::uint8_t {
 // replicate each other, show the same identifier. REQUIRES: both are open.
 ItemIdentity CompareItem(Store& one, Store& other, const std::string& path);
 
-// Tells whether the names alone say that the target is the source, lies in it or, for a source that
+// Whether the names alone say that the target is the source, lies in it or, for a source that
 // goes, is a folder above it, which is to hold what is removed with the source.
 bool Overlaps(const StorePath& from, const StorePath& to, SourceFate fate);
-
-// Tells whether an item of the source's path counts as the same one in both stores. A source that
-// is to be removed does so, too, where that cannot be known. REQUIRES: both are open.
-bool IsSameItem(const StorePath& from, const StorePath& to, SourceFate fate);
 
 }  // namespace depot

@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-#include "directory/ldap_items.h"
+#include "directory/entry_store.h"
 #include "directory/tree_bounds.h"
 #include "platform/digest.h"
 #include "platform/result.h"
