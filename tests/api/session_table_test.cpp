@@ -92,7 +92,7 @@ TEST_F(SessionTableTest, SessionIsTakenForOneCallAtATime) {
     table_.Leave(handle + 1);
 }
 
-TEST_F(SessionTableTest, SessionThatIsEndedDuringACallGoesWhenTheCallLeaves) {
+TEST_F(SessionTableTest, SessionThatIsEndedDuringACallIsDestroyedWhenTheCallReturns) {
     const LONG_PTR handle = table_.Create();
     DepotSession* const session = table_.Enter(handle);
     ASSERT_NE(nullptr, session);
@@ -137,7 +137,7 @@ TEST_F(SessionTableTest, SessionThatACallIsAtWorkOnIsNotEndedAsOneThatIsLeft) {
     EXPECT_EQ(nullptr, table_.Find(busy));
 }
 
-TEST_F(SessionTableTest, EndingOfWhatIsLeftStopsWhenItIsTold) {
+TEST_F(SessionTableTest, EndingOfWhatIsLeftStopsOnRequest) {
     table_.Create();
     table_.Create();
     int asked = 0;

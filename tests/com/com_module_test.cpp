@@ -158,7 +158,7 @@ TEST_F(ComModuleTest, InterfaceTableThatCannotBeMadeIsReportedAndTriedAgain) {
     EXPECT_EQ(&noted, table);
 }
 
-TEST_F(ComModuleTest, ClassesGoFirstThenWhatWasRegisteredAndThenTheInterfaceTable) {
+TEST_F(ComModuleTest, ClassesAreReleasedFirstThenWhatWasRegisteredAndThenTheInterfaceTable) {
     NotedInterfaceTable noted;
     {
         CComModule module(kIdentity);
@@ -174,7 +174,7 @@ TEST_F(ComModuleTest, ClassesGoFirstThenWhatWasRegisteredAndThenTheInterfaceTabl
     EXPECT_EQ(0u, noted.references);
 }
 
-TEST_F(ComModuleTest, TableThatNobodyAskedForIsNotMadeAtTheEnd) {
+TEST_F(ComModuleTest, TableThatWasNeverUsedIsNotMadeAtTheEnd) {
     const NotedInterfaceTable noted;
     { const CComModule module(kIdentity); }
     EXPECT_THAT(endings, ElementsAre("first class", "last class"));

@@ -86,7 +86,7 @@ RegistryScriptKey RandomKey(test::RandomTexts& random, int depth) {
     return key;
 }
 
-TEST(RegistryScriptTest, AnEmptyScriptHasNoRoots) {
+TEST(RegistryScriptTest, EmptyScriptHasNoRoots) {
     for (const char* script : {"", " \t\r\n"}) {
         const Roots roots = Parse(script);
         ASSERT_TRUE(roots.has_value());
@@ -140,7 +140,7 @@ TEST(RegistryScriptTest, BlanksMayBeLeftOutAroundPunctuation) {
     ASSERT_EQ(1u, key.keys.size());
 }
 
-TEST(RegistryScriptTest, ADoubledQuoteStandsForOne) {
+TEST(RegistryScriptTest, DoubledQuoteStandsForOne) {
     EXPECT_EQ("it's", ParseOne("'it''s'").name);
     EXPECT_EQ("'", ParseOne("''''").name);
     EXPECT_EQ("", TextOf(ParseOne("K = s ''").defaultValue));
@@ -178,7 +178,7 @@ TEST(RegistryScriptTest, TwoPercentSignsStandForOne) {
     EXPECT_EQ("%APPID%", TextOf(ParseOne("K = s '%%APPID%%'").defaultValue));
 }
 
-TEST(RegistryScriptTest, AnUnknownOrUnfinishedReplacementIsAnError) {
+TEST(RegistryScriptTest, UnknownOrUnfinishedReplacementIsAnError) {
     for (const char* script : {"HKCR { '%NONE%' }", "HKCR { '%APPID' }", "HKCR { A = s '%' }",
                                "HKCR { A = s '%appid%' }", "%X%", "HKCR { val A% = s 'x' }"}) {
         SCOPED_TRACE(script);

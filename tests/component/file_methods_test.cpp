@@ -110,7 +110,7 @@ TEST_F(FileMethodsTest, CopyOutLeavesAnExistingFileWhenItIsToFail) {
     EXPECT_EQ("old", FileBytes(target));
 }
 
-TEST_F(FileMethodsTest, ARefusedCopyOutKeepsTheCurrentFile) {
+TEST_F(FileMethodsTest, RefusedCopyOutKeepsTheCurrentFile) {
     Make("Work\\a.kra", "[S]\r\nK=a\r\n");
     Make("Work\\b.kra", "[S]\r\nK=b\r\n");
     ASSERT_EQ(S_OK, api_->DPLoadFile(session_.Address(), Text("<Work>\\a.kra")));
@@ -171,7 +171,7 @@ TEST_F(FileMethodsTest, CopyOutLosesWhatFollowsANulInItsBlock) {
     EXPECT_EQ("onenext", FileBytes(folder_.At("out.kra")));
 }
 
-TEST_F(FileMethodsTest, ACopyTakesTheFirstFreeName) {
+TEST_F(FileMethodsTest, CopyTakesTheFirstFreeName) {
     Make("Work\\a.kra", "1");
     const std::wstring first = MakeCopy("<Work>\\a.kra");
     const std::wstring second = MakeCopy("<Work>\\a.kra");
@@ -181,14 +181,14 @@ TEST_F(FileMethodsTest, ACopyTakesTheFirstFreeName) {
     EXPECT_EQ("1", FileBytes(folder_.At("Work\\a - copy (2).kra")));
 }
 
-TEST_F(FileMethodsTest, ACopyKeepsTheFolderAsItWasWritten) {
+TEST_F(FileMethodsTest, CopyKeepsTheFolderAsItWasWritten) {
     folder_.MakeFolder("Work\\Sub");
     Make("Work\\Sub\\a.kra", "1");
     EXPECT_EQ(L"<WORK>\\sUB\\a - copy.kra", MakeCopy("<WORK>\\sUB\\a.kra"));
     EXPECT_EQ("1", FileBytes(folder_.At("Work\\Sub\\a - copy.kra")));
 }
 
-TEST_F(FileMethodsTest, AFailedCopyGivesAnEmptyText) {
+TEST_F(FileMethodsTest, FailedCopyGivesAnEmptyText) {
     Make("plain.kra", "1");
     for (const std::string& source :
          {std::string("<None>\\a.kra"), std::string("<Work>\\no.kra"), std::string("a.kra"),
@@ -220,7 +220,7 @@ TEST_F(PublishTest, ClientsAreCopiedAndTheListPointsAtTheCopies) {
     EXPECT_EQ(L"1", Read(session_, L"Server", L"Other"));
 }
 
-TEST_F(PublishTest, AClientOfADepotIsCopiedFromIt) {
+TEST_F(PublishTest, ClientOfADepotIsCopiedFromIt) {
     DefineDepot("Home");
     const Session fresh(*api_);
     Make("Home\\c1.cfg", "one");
@@ -232,20 +232,20 @@ TEST_F(PublishTest, AClientOfADepotIsCopiedFromIt) {
     EXPECT_EQ(L"<Work>\\c1.cfg", Read(fresh, L"Clients", L"C1"));
 }
 
-TEST_F(PublishTest, AnEntryIsRewrittenAlsoWhenItsFileIsMissing) {
+TEST_F(PublishTest, EntryIsRewrittenAlsoWhenItsFileIsMissing) {
     Publish("[Skein]\r\nCount=1\r\n[Clients]\r\nC1=" + folder_.At("none.cfg") + "\r\n");
     EXPECT_EQ(L"<Work>\\none.cfg", Client(L"C1"));
     EXPECT_FALSE(Exists(folder_.At("Work\\none.cfg")));
 }
 
-TEST_F(PublishTest, AnEntryOfOneLetterGivesAnEmptyName) {
+TEST_F(PublishTest, EntryOfOneLetterGivesAnEmptyName) {
     Publish("[Skein]\r\nCount=2\r\n[Clients]\r\nC1=u\r\nC2=U:x.cfg\r\n");
     EXPECT_EQ(L"(default)", Client(L"C1"));
     // Only the small letter stands for the resource folder.
     EXPECT_EQ(L"<Work>\\U:x.cfg", Client(L"C2"));
 }
 
-TEST_F(PublishTest, WithoutClientsOnlyTheServerEntryGoes) {
+TEST_F(PublishTest, WithoutClientsOnlyTheServerEntryIsWritten) {
     for (const char* count : {"0", "-1", "-2000000000"}) {
         SCOPED_TRACE(count);
         Publish(std::string("[Skein]\r\nCount=") + count +
@@ -255,12 +255,12 @@ TEST_F(PublishTest, WithoutClientsOnlyTheServerEntryGoes) {
     }
 }
 
-TEST_F(PublishTest, AProfileThatCountsNoClientsHasNone) {
+TEST_F(PublishTest, ProfileThatCountsNoClientsHasNone) {
     Publish("[Clients]\r\nC1=x.cfg\r\n");
     EXPECT_EQ(L"x.cfg", Client(L"C1"));
 }
 
-TEST_F(PublishTest, AnEmptyServerEntryStays) {
+TEST_F(PublishTest, EmptyServerEntryStays) {
     const std::string profile = "[Server]\r\nConfiguration File=\r\nOther=1\r\n";
     Publish(profile);
     EXPECT_EQ(profile, FileBytes(folder_.At("Work\\p.kra")));

@@ -43,7 +43,7 @@ protected:
     FindMethodsTest() { DefineDepot("Work"); }
 };
 
-TEST_F(FindMethodsTest, AFoldersProfilesAreHandedOutByIndexInAnyOrder) {
+TEST_F(FindMethodsTest, FoldersProfilesAreHandedOutByIndexInAnyOrder) {
     folder_.MakeFile("Work\\a.kra", "");
     folder_.MakeFile("Work\\b.kra", "");
     folder_.MakeFile("Work\\c.krv", "");
@@ -57,7 +57,7 @@ TEST_F(FindMethodsTest, AFoldersProfilesAreHandedOutByIndexInAnyOrder) {
     EXPECT_EQ(first, found.At(0));
 }
 
-TEST_F(FindMethodsTest, AnIndexOutsideTheListIsRefused) {
+TEST_F(FindMethodsTest, IndexOutsideTheListIsRefused) {
     folder_.MakeFile("Work\\a.kra", "");
     Listing found(*api_, "<Work>\\", ".kra");
     ASSERT_EQ(1, found.count);
@@ -67,7 +67,7 @@ TEST_F(FindMethodsTest, AnIndexOutsideTheListIsRefused) {
     }
 }
 
-TEST_F(FindMethodsTest, ThePathMayHoldTheFilter) {
+TEST_F(FindMethodsTest, PathMayHoldTheFilter) {
     folder_.MakeFile("Work\\a.kra", "");
     folder_.MakeFile("Work\\b.krv", "");
     Listing found(*api_, "<Work>\\*.kra", "");
@@ -86,7 +86,7 @@ TEST_F(FindMethodsTest, BareNameOfADepotListsItsRoot) {
     }
 }
 
-TEST_F(FindMethodsTest, TheApplicationChoosesTheFileType) {
+TEST_F(FindMethodsTest, ApplicationChoosesTheFileType) {
     folder_.MakeFile("Work\\a.krv", "");
     Listing kickoff(*api_, "<Work>\\", ".*", APP_KICKOFF);
     EXPECT_EQ(1, kickoff.count);
@@ -132,7 +132,7 @@ TEST_F(FindMethodsTest, EachListingIsASessionOfItsOwn) {
     EXPECT_EQ(2, second.count);
 }
 
-TEST_F(FindMethodsTest, ASessionThatIsPassedInIsNeitherUsedNorEnded) {
+TEST_F(FindMethodsTest, SessionThatIsPassedInIsNeitherUsedNorEnded) {
     const Session session(*api_);
     LONG_PTR handle = session;
     LONG count = 0;
@@ -142,7 +142,7 @@ TEST_F(FindMethodsTest, ASessionThatIsPassedInIsNeitherUsedNorEnded) {
     EXPECT_EQ(S_OK, api_->DPSetSelItemPath(session, Text("x")));
 }
 
-TEST_F(FindMethodsTest, ASessionWithoutAListingHasNothing) {
+TEST_F(FindMethodsTest, SessionWithoutAListingHasNothing) {
     const Session session(*api_);
     OutText path;
     EXPECT_EQ(S_FALSE, api_->DPFindNext(session, 0, path));

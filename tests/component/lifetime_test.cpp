@@ -140,7 +140,7 @@ TEST_F(UnloadTest, SessionsLeftBehindDoNotDisturbTheUnloading) {
     EXPECT_EQ(nullptr, GetModuleHandleA(copy.c_str()));
 }
 
-TEST_F(UnloadTest, SessionsTypeLibraryAndFactoryGoWithTheLibrary) {
+TEST_F(UnloadTest, SessionsTypeLibraryAndFactoryAreReleasedWithTheLibrary) {
     const std::string copy = CopyComponent(folder_, "qdirsvc.dll");
     const auto use = [&](bool endsSession) {
         const Library library(copy);

@@ -23,7 +23,7 @@ protected:
     const std::string copy_ = CopyComponent(place_, "qdirsvc.dll");
 };
 
-TEST_F(UnloadingTest, SessionsLeftAreEndedBeforeTheDllSaysThatItCanGo) {
+TEST_F(UnloadingTest, SessionsLeftAreEndedBeforeTheDllReportsThatItCanUnload) {
     const Library library(copy_);
     const LONG_PTR session = Forget(library);
     EXPECT_TRUE(IsLive(library, session));
@@ -61,7 +61,7 @@ TEST_F(UnloadingTest, CallAtWorkKeepsTheDllWithoutAnObject) {
     EXPECT_EQ(S_OK, library.CanUnloadNow());
 }
 
-TEST_F(UnloadingTest, DllWorksOnAfterItSaidThatItCanGo) {
+TEST_F(UnloadingTest, DllWorksOnAfterItReportedThatItCanUnload) {
     const Library library(copy_);
     Forget(library);
     ASSERT_EQ(S_OK, library.CanUnloadNow());

@@ -37,7 +37,7 @@ void ExpectDefaults(const CDepotPath& location, const CDepotPaths* owner) {
     EXPECT_EQ(-1, location.indexSlot);
 }
 
-TEST(DepotPathTest, ANewLocationHasTheDefaults) {
+TEST(DepotPathTest, NewLocationHasTheDefaults) {
     const CDepotPath location(kOwner);
     EXPECT_EQ("", location.path);
     ExpectDefaults(location, kOwner);
@@ -74,7 +74,7 @@ TEST(DepotPathTest, CopyFromNullOrItselfChangesNothing) {
     EXPECT_EQ(kHandle, location.handleSlot);
 }
 
-TEST(DepotPathTest, ACloneHasEverythingButTheHandleSlot) {
+TEST(DepotPathTest, CloneHasEverythingButTheHandleSlot) {
     CDepotPath source(kOwner);
     FillWithJunk(source);
     const std::unique_ptr<CDepotPath> clone = source.Clone();
@@ -103,7 +103,7 @@ TEST(DepotPathTest, VirtualOperationsStandInTheirOrder) {
     EXPECT_EQ(4u, test::VirtualSlot(&CDepotPath::CopyFrom));
 }
 
-TEST(DepotPathTest, ACloneWithoutMemoryIsNull) {
+TEST(DepotPathTest, CloneWithoutMemoryIsNull) {
     CDepotPath source(kOwner);
     FillWithJunk(source);
     source.path = source.host = source.locationText = std::string(100, 'x');

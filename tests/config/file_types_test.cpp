@@ -32,14 +32,14 @@ TEST(ExtensionForTypeTest, CodesOutsideTheTableHaveNone) {
     }
 }
 
-TEST(GetExtensionTest, TheExtensionBeginsAtTheLastDot) {
+TEST(GetExtensionTest, ExtensionBeginsAtTheLastDot) {
     EXPECT_EQ(".kra", GetExtension("a.kra"));
     EXPECT_EQ(".gz", GetExtension("x.tar.gz"));
     EXPECT_EQ(".", GetExtension("a."));
     EXPECT_EQ("", GetExtension(""));
 }
 
-TEST(GetExtensionTest, ANameWithoutADotIsReturnedWhole) {
+TEST(GetExtensionTest, NameWithoutADotIsReturnedWhole) {
     EXPECT_EQ("office", GetExtension("office"));
     EXPECT_EQ("<Work>\\office", GetExtension("<Work>\\office"));
 }
@@ -79,12 +79,12 @@ TEST(DetectFileTypeTest, PathsShorterThanFiveCharactersAreNotRecognised) {
     EXPECT_EQ(0, DetectFileType(""));
 }
 
-TEST(DetectFileTypeTest, APathWithoutADotIsNotRecognised) {
+TEST(DetectFileTypeTest, PathWithoutADotIsNotRecognised) {
     EXPECT_EQ(0, DetectFileType("kre-kra"));
     EXPECT_EQ(0, DetectFileType("akrcf"));
 }
 
-TEST(DetectFileTypeTest, TheFlagHasNoEffect) {
+TEST(DetectFileTypeTest, FlagHasNoEffect) {
     for (const std::int32_t flag : {0, 1, -1, 64}) {
         EXPECT_EQ(64, DetectFileType("a.kra", flag));
         EXPECT_EQ(0, DetectFileType("a.krc", flag));

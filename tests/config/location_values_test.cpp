@@ -48,7 +48,7 @@ protected:
     CDepotPath location_{kOwner};
 };
 
-TEST_F(LoadFromRegistryTest, AMissingPathLeavesTheRecordUntouched) {
+TEST_F(LoadFromRegistryTest, MissingPathLeavesTheRecordUntouched) {
     WriteDirectory("2");
     FillWithJunk(location_);
     EXPECT_EQ(0, Load());
@@ -57,7 +57,7 @@ TEST_F(LoadFromRegistryTest, AMissingPathLeavesTheRecordUntouched) {
     EXPECT_EQ(kHandle, location_.handleSlot);
 }
 
-TEST_F(LoadFromRegistryTest, APathAloneIsAFolderWithDefaults) {
+TEST_F(LoadFromRegistryTest, PathAloneIsAFolderWithDefaults) {
     key_.Text("", "Path1", "$USERDIR$\\Profiles");
     EXPECT_EQ(1, Load());
     EXPECT_EQ("$USERDIR$\\Profiles", location_.path);
@@ -66,7 +66,7 @@ TEST_F(LoadFromRegistryTest, APathAloneIsAFolderWithDefaults) {
     EXPECT_EQ(kOwner, location_.owner);
 }
 
-TEST_F(LoadFromRegistryTest, ANewPathEmptiesTheLocationText) {
+TEST_F(LoadFromRegistryTest, NewPathEmptiesTheLocationText) {
     key_.Text("", "Path1", "C:\\new");
     location_.locationText = "C:\\old\\";
     EXPECT_EQ(1, Load());
@@ -116,7 +116,7 @@ TEST_F(LoadFromRegistryTest, OnlyValuesOfTheAskedNumberAreRead) {
     EXPECT_EQ(0, Load(-1));
 }
 
-TEST_F(LoadFromRegistryTest, AnUnknownTypeGivesAFolderWhoseDirectoryValuesAreNotRead) {
+TEST_F(LoadFromRegistryTest, UnknownTypeGivesAFolderWhoseDirectoryValuesAreNotRead) {
     for (const DWORD type : {2u, 7u, 0x80000000u, 0xFFFFFFFFu}) {
         SCOPED_TRACE(type);
         WriteDirectory("1");
@@ -127,7 +127,7 @@ TEST_F(LoadFromRegistryTest, AnUnknownTypeGivesAFolderWhoseDirectoryValuesAreNot
     }
 }
 
-TEST_F(LoadFromRegistryTest, AFoldersDirectoryValuesAreNotRead) {
+TEST_F(LoadFromRegistryTest, FoldersDirectoryValuesAreNotRead) {
     WriteDirectory("1");
     key_.Dword("", "Type1", 0);
     EXPECT_EQ(1, Load());
@@ -135,7 +135,7 @@ TEST_F(LoadFromRegistryTest, AFoldersDirectoryValuesAreNotRead) {
     ExpectDirectoryDefaults(location_);
 }
 
-TEST_F(LoadFromRegistryTest, ATypeOfAnotherRegistryTypeIsIgnored) {
+TEST_F(LoadFromRegistryTest, TypeOfAnotherRegistryTypeIsIgnored) {
     WriteDirectory("1");
     key_.Text("", "Type1", "1");
     EXPECT_EQ(1, Load());
@@ -145,7 +145,7 @@ TEST_F(LoadFromRegistryTest, ATypeOfAnotherRegistryTypeIsIgnored) {
     EXPECT_EQ(0u, location_.type);
 }
 
-TEST_F(LoadFromRegistryTest, TheSizeOfATypeIsNotChecked) {
+TEST_F(LoadFromRegistryTest, SizeOfATypeIsNotChecked) {
     WriteDirectory("1");
     for (const std::string& data : {std::string("\x01", 1), std::string("\x01\0", 2),
                                     std::string("\x01\0\0\0\x05\0\0\0", 8)}) {
@@ -186,7 +186,7 @@ TEST_F(LoadFromRegistryTest, NumbersOfAWrongTypeOrSizeKeepTheirDefaults) {
     }
 }
 
-TEST_F(LoadFromRegistryTest, AnUnknownAuthenticationIsStoredAsRead) {
+TEST_F(LoadFromRegistryTest, UnknownAuthenticationIsStoredAsRead) {
     WriteDirectory("1");
     key_.Dword("", "Authentication1", 3);
     EXPECT_EQ(1, Load());
@@ -209,7 +209,7 @@ TEST_F(LoadFromRegistryTest, TextsAreTakenWhateverTheirRegistryType) {
     EXPECT_EQ("abcd", location_.password);
 }
 
-TEST_F(LoadFromRegistryTest, APathTakesAtMost261Bytes) {
+TEST_F(LoadFromRegistryTest, PathTakesAtMost261Bytes) {
     for (const std::size_t length : {258u, 259u, 260u}) {
         SCOPED_TRACE(length);
         key_.Text("", "Path1", std::string(length, 'p'));
@@ -252,7 +252,7 @@ TEST_F(LoadFromRegistryTest, TextsOverTheLimitCountAsAbsent) {
     EXPECT_EQ(636u, location_.port);
 }
 
-TEST_F(LoadFromRegistryTest, AMissingTypeLeavesTheRecordsOwn) {
+TEST_F(LoadFromRegistryTest, MissingTypeLeavesTheRecordsOwn) {
     WriteDirectory("1");
     RegDeleteKeyValueA(HKEY_CURRENT_USER, kKey, "Type1");
     location_.type = kDirectoryLocation;
@@ -261,7 +261,7 @@ TEST_F(LoadFromRegistryTest, AMissingTypeLeavesTheRecordsOwn) {
     EXPECT_EQ("server", location_.host);
 }
 
-TEST_F(LoadFromRegistryTest, AMissingTypeDoesNotLeaveAnUnknownOne) {
+TEST_F(LoadFromRegistryTest, MissingTypeDoesNotLeaveAnUnknownOne) {
     WriteDirectory("1");
     RegDeleteKeyValueA(HKEY_CURRENT_USER, kKey, "Type1");
     location_.type = 7;
@@ -325,20 +325,20 @@ TEST_F(LoadFromRegistryTest, ValuesAreQueriedInTheirOrderAndOnlyAsFarAsNeeded) {
     EXPECT_EQ((std::vector<std::string>{"Path1", "Type1"}), queried);
 }
 
-TEST_F(LoadFromRegistryTest, AnEmptyPathIsALocationAllTheSame) {
+TEST_F(LoadFromRegistryTest, EmptyPathIsALocationAllTheSame) {
     key_.Text("", "Path1", "");
     location_.path = "before";
     EXPECT_EQ(1, Load());
     EXPECT_EQ("", location_.path);
 }
 
-TEST_F(LoadFromRegistryTest, APathEndsAtItsFirstNul) {
+TEST_F(LoadFromRegistryTest, PathEndsAtItsFirstNul) {
     key_.Raw("", "Path1", REG_SZ, std::string("C:\\a\0b", 7));
     EXPECT_EQ(1, Load());
     EXPECT_EQ("C:\\a", location_.path);
 }
 
-TEST_F(LoadFromRegistryTest, ADeletedKeyHasNoLocations) {
+TEST_F(LoadFromRegistryTest, DeletedKeyHasNoLocations) {
     WriteDirectory("1");
     const RegistryKey key = RegistryKey::Open(HKEY_CURRENT_USER, kKey).value();
     RegDeleteTreeA(HKEY_CURRENT_USER, kKey);

@@ -113,20 +113,20 @@ TEST_F(WriteProfileValueTest, EnclosingQuotesAreStoredBetweenAFurtherPair) {
     EXPECT_EQ("'value'", Read("Key"));
 }
 
-TEST_F(WriteProfileValueTest, AnEmptyValueIsStoredAndANullValueDeletesTheKey) {
+TEST_F(WriteProfileValueTest, EmptyValueIsStoredAndANullValueDeletesTheKey) {
     EXPECT_NE(0, Write(""));
     EXPECT_EQ("", Read("Key"));
     EXPECT_NE(0, Write(nullptr));
     EXPECT_EQ("default", Read("Key"));
 }
 
-TEST_F(WriteProfileValueTest, AWriteThatIsRefusedGivesZero) {
+TEST_F(WriteProfileValueTest, WriteThatIsRefusedGivesZero) {
     EXPECT_EQ(0, WriteProfileValue("Section", "Key", "v", folder_.At("none\\a.kra").c_str()));
     EXPECT_EQ(0, WriteProfileValue("Section", "Key", "v", folder_.Path().c_str()));
     EXPECT_EQ(0, WriteProfileValue("Section", "Key", nullptr, folder_.Path().c_str()));
 }
 
-TEST_F(WriteProfileValueTest, AFileHeldByAnotherReaderKeepsItsBytes) {
+TEST_F(WriteProfileValueTest, FileHeldByAnotherReaderKeepsItsBytes) {
     folder_.MakeFile("a.kra", "[Section]\r\nKey=old\r\n");
     {
         const UniqueHandle holder = Hold(FILE_SHARE_READ);
@@ -149,13 +149,13 @@ TEST_F(WriteProfileValueTest, RandomValuesComeBackExactly) {
     }
 }
 
-TEST_F(WriteProfileValueTest, ALongValueIsWrittenWhole) {
+TEST_F(WriteProfileValueTest, LongValueIsWrittenWhole) {
     const std::string value = " " + std::string(10'000, 'x') + " ";
     EXPECT_NE(0, Write(value.c_str()));
     EXPECT_EQ(value, Read("Key", 0xFFFFFFFF));
 }
 
-TEST_F(WriteProfileValueTest, AValueThatCannotBeQuotedForWantOfMemoryIsNotWritten) {
+TEST_F(WriteProfileValueTest, ValueThatCannotBeQuotedForWantOfMemoryIsNotWritten) {
     Write("old");
     const std::string value = " " + std::string(100, 'x');
     {
@@ -186,18 +186,18 @@ TEST_F(ReadProfileStringTest, WhatIsMissingGivesTheDefault) {
     EXPECT_EQ("default", ReadProfileString("Section", "Key", "default", kAnySize, ""));
 }
 
-TEST_F(ReadProfileStringTest, AnEmptyDefaultGivesAnEmptyText) {
+TEST_F(ReadProfileStringTest, EmptyDefaultGivesAnEmptyText) {
     EXPECT_EQ("", ReadProfileString("Section", "Key", "", kAnySize, file_));
 }
 
-TEST_F(ReadProfileStringTest, AFileThatIsLockedGivesTheDefault) {
+TEST_F(ReadProfileStringTest, FileThatIsLockedGivesTheDefault) {
     folder_.MakeFile("a.kra", "[Section]\r\nKey=old\r\n");
     const UniqueHandle holder = Hold(0);
     ASSERT_TRUE(holder);
     EXPECT_EQ("default", Read("Key"));
 }
 
-TEST_F(ReadProfileStringTest, AValueIsCutToOneLessThanTheSize) {
+TEST_F(ReadProfileStringTest, ValueIsCutToOneLessThanTheSize) {
     folder_.MakeFile("a.kra", "[Section]\r\nKey=sixsix\r\n");
     const struct {
         std::uint32_t size;
@@ -211,7 +211,7 @@ TEST_F(ReadProfileStringTest, AValueIsCutToOneLessThanTheSize) {
     }
 }
 
-TEST_F(ReadProfileStringTest, ADefaultIsCutAsWell) {
+TEST_F(ReadProfileStringTest, DefaultIsCutAsWell) {
     EXPECT_EQ("def", Read("Key", 4));
     EXPECT_EQ("", Read("Key", 1));
     EXPECT_EQ("", Read("Key", 0));
@@ -242,7 +242,7 @@ TEST_F(ReadProfileStringTest, FilesWithoutFinalOrWindowsLineEndsAreRead) {
     }
 }
 
-TEST_F(ReadProfileStringTest, AFileWithoutAnyLineEndsGivesTheDefault) {
+TEST_F(ReadProfileStringTest, FileWithoutAnyLineEndsGivesTheDefault) {
     folder_.MakeFile("a.kra", std::string(100'000, 'x'));
     EXPECT_EQ("default", Read("Key"));
     folder_.MakeFile("a.kra", "[Section]");
@@ -258,7 +258,7 @@ TEST_F(ReadProfileStringTest, BytesAboveAsciiComeBackAsTheyAre) {
     EXPECT_EQ(high + "x", Read("Key"));
 }
 
-TEST_F(ReadProfileStringTest, AValueFarInsideAFiftyMegabyteFileIsFound) {
+TEST_F(ReadProfileStringTest, ValueFarInsideAFiftyMegabyteFileIsFound) {
     std::string bytes = "[Filler]\r\n";
     const std::string line = "Line=" + std::string(5000, 'x') + "\r\n";
     while (bytes.size() < 50u * 1024 * 1024) bytes += line;
@@ -285,7 +285,7 @@ TEST_F(GetTerminalTypeTest, EveryCodeHasItsNumber) {
     }
 }
 
-TEST_F(GetTerminalTypeTest, ASessionWithoutAProfileSectionHasItsKindsDefault) {
+TEST_F(GetTerminalTypeTest, SessionWithoutAProfileSectionHasItsKindsDefault) {
     folder_.MakeFile("a.kra", "[Other]\r\nSession Terminal Type=5\r\n");
     EXPECT_EQ(1u, GetTerminalType(file_, 1));
     EXPECT_EQ(8u, GetTerminalType(file_, 19));
@@ -293,7 +293,7 @@ TEST_F(GetTerminalTypeTest, ASessionWithoutAProfileSectionHasItsKindsDefault) {
     EXPECT_EQ(8u, GetTerminalType(folder_.At("none.kre"), 19));
 }
 
-TEST_F(GetTerminalTypeTest, ASessionsOwnNumberIsRead) {
+TEST_F(GetTerminalTypeTest, SessionsOwnNumberIsRead) {
     folder_.MakeFile("a.kra", "[PROFILE]\r\nSession Terminal Type=5\r\n");
     EXPECT_EQ(5u, GetTerminalType(file_, 1));
     EXPECT_EQ(5u, GetTerminalType(file_, 19));
@@ -336,7 +336,7 @@ TEST_F(ReadWholeFileTest, WhatCannotBeOpenedIsEmpty) {
     EXPECT_EQ("", ReadWholeFile(""));
 }
 
-TEST_F(ReadWholeFileTest, AFileThatAnyoneElseHoldsOpenIsEmpty) {
+TEST_F(ReadWholeFileTest, FileThatAnyoneElseHoldsOpenIsEmpty) {
     folder_.MakeFile("a.kra", "text");
     const test::NoPauses pauses;
     for (const int sharing : {0, FILE_SHARE_READ, FILE_SHARE_READ | FILE_SHARE_WRITE}) {
@@ -348,7 +348,7 @@ TEST_F(ReadWholeFileTest, AFileThatAnyoneElseHoldsOpenIsEmpty) {
     EXPECT_EQ("text", ReadWholeFile(file_));
 }
 
-TEST_F(ReadWholeFileTest, AFileThatAnyoneElseHoldsForAMomentIsRead) {
+TEST_F(ReadWholeFileTest, FileThatAnyoneElseHoldsForAMomentIsRead) {
     folder_.MakeFile("a.kra", "text");
     UniqueHandle holder = Hold(FILE_SHARE_READ);
     std::thread release([&] {
@@ -359,7 +359,7 @@ TEST_F(ReadWholeFileTest, AFileThatAnyoneElseHoldsForAMomentIsRead) {
     release.join();
 }
 
-TEST_F(ReadWholeFileTest, AFileOfFiftyMegabytesIsReadWhole) {
+TEST_F(ReadWholeFileTest, FileOfFiftyMegabytesIsReadWhole) {
     std::string bytes;
     const std::string line = std::string(1000, 'x') + "\r\n";
     while (bytes.size() < 50u * 1024 * 1024) bytes += line;

@@ -79,7 +79,7 @@ TEST_F(BrowseClassTest, BeforeAChoiceThereIsNoPath) {
     EXPECT_EQ(Names{}, ChosenPaths());
 }
 
-TEST_F(BrowseClassTest, F1AndTheHelpButtonTellTheOwner) {
+TEST_F(BrowseClassTest, F1AndTheHelpButtonNotifyTheOwner) {
     const Owner owner;
     dialog_->put_OwnerWindow(owner.Handle());
     dialog_->put_HelpTopic(4711);
@@ -110,7 +110,7 @@ TEST_F(BrowseClassTest, WithoutATopicThereIsNoHelp) {
     EXPECT_EQ(0, Owner::topic);
 }
 
-TEST_F(BrowseClassTest, AnOwnerThatIsGoneDoesNotKeepTheDialogAway) {
+TEST_F(BrowseClassTest, OwnerThatIsGoneDoesNotKeepTheDialogAway) {
     LONG gone = 0;
     {
         const Owner owner;
@@ -120,13 +120,13 @@ TEST_F(BrowseClassTest, AnOwnerThatIsGoneDoesNotKeepTheDialogAway) {
     EXPECT_EQ(0, Show([](const OpenBrowser& browser) { browser.Press(VK_ESCAPE); }));
 }
 
-TEST_F(BrowseClassTest, AnOwnerThatGoesWhileTheDialogIsOpenCancels) {
+TEST_F(BrowseClassTest, OwnerThatIsDestroyedWhileTheDialogIsOpenCancels) {
     const Owner owner;
     dialog_->put_OwnerWindow(owner.Handle());
     EXPECT_EQ(0, Show([&](const OpenBrowser&) { PostMessageW(owner.Get(), WM_CLOSE, 0, 0); }));
 }
 
-TEST_F(BrowseClassTest, TheSizeIsRememberedUnlessTheClientDoesNotWantIt) {
+TEST_F(BrowseClassTest, SizeIsRememberedUnlessTheClientDoesNotWantIt) {
     const ScratchKey size(HKEY_CURRENT_USER, kBrowserKey);
     const auto widthShown = [this] {
         LONG width = 0;
@@ -149,7 +149,7 @@ TEST_F(BrowseClassTest, TheSizeIsRememberedUnlessTheClientDoesNotWantIt) {
     EXPECT_EQ(first, widthShown());
 }
 
-TEST_F(BrowseClassTest, ARememberedSizeThatNoScreenHasIsMadeToFit) {
+TEST_F(BrowseClassTest, RememberedSizeThatNoScreenHasIsMadeToFit) {
     const ScratchKey size(HKEY_CURRENT_USER, kBrowserKey);
     for (const DWORD side : {1u, 30000u, 0xFFFFFFFFu}) {
         size.Dword("", "Width", side);

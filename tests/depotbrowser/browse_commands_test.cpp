@@ -47,7 +47,7 @@ TEST_F(BrowseCommandsTest, EscapeLeavesTheNameAndTheDialogAsTheyAre) {
     EXPECT_TRUE(Exists(At("old.kra")));
 }
 
-TEST_F(BrowseCommandsTest, ANameThatIsTakenOrCannotBeIsRefusedInPlace) {
+TEST_F(BrowseCommandsTest, NameThatIsTakenOrCannotBeIsRefusedInPlace) {
     MakeFile("a.kra");
     MakeFile("b.kra");
     Show([&](const OpenBrowser& browser) {
@@ -111,7 +111,7 @@ TEST_F(BrowseCommandsTest, MakeACopyNamesAndSelectsTheCopy) {
     EXPECT_EQ("bytes", FileBytes(At("a - copy.kra")));
 }
 
-TEST_F(BrowseCommandsTest, ANewFolderIsMadeAndItsNameCanBeTyped) {
+TEST_F(BrowseCommandsTest, NewFolderIsMadeAndItsNameCanBeTyped) {
     MakeFile("New folder\\inner.kra");
     Show([&](const OpenBrowser& browser) {
         browser.WaitForRow(L"New folder");

@@ -21,7 +21,7 @@ TEST_F(BrowseOpenTest, DepotsStandInTheirOrderWithTheDefaultOneSelected) {
               }));
 }
 
-TEST_F(BrowseOpenTest, ANameThatIsTypedIsChosenAsDisplayPath) {
+TEST_F(BrowseOpenTest, NameThatIsTypedIsChosenAsDisplayPath) {
     MakeFile("plan.kra");
     EXPECT_EQ(1, Show([](const OpenBrowser& browser) {
                   browser.WaitForRow(L"plan.kra");
@@ -32,7 +32,7 @@ TEST_F(BrowseOpenTest, ANameThatIsTypedIsChosenAsDisplayPath) {
     EXPECT_EQ((Names{L"<Work>\\plan.kra"}), ChosenPaths());
 }
 
-TEST_F(BrowseOpenTest, ADoubleClickOpensAFolderAndThenChoosesAFile) {
+TEST_F(BrowseOpenTest, DoubleClickOpensAFolderAndThenChoosesAFile) {
     MakeFile("Sessions\\one.kra");
     EXPECT_EQ(1, Show([](const OpenBrowser& browser) {
                   browser.DoubleClickRow(L"Sessions");
@@ -55,7 +55,7 @@ TEST_F(BrowseOpenTest, EscapeCancelsAndForgetsAnEarlierChoice) {
     EXPECT_EQ(Names{}, ChosenPaths());
 }
 
-TEST_F(BrowseOpenTest, ASelectedFileStandsInTheNameFieldAndOpenChoosesIt) {
+TEST_F(BrowseOpenTest, SelectedFileStandsInTheNameFieldAndOpenChoosesIt) {
     MakeFile("a.kra");
     MakeFile("b.kra");
     EXPECT_EQ(1, Show([](const OpenBrowser& browser) {
@@ -115,7 +115,7 @@ TEST_F(BrowseOpenTest, ControlASelectsAllFilesWhereSeveralAreAllowed) {
               }));
 }
 
-TEST_F(BrowseOpenTest, AFileTypeShowsItsFilesAndAllFilesOnDemand) {
+TEST_F(BrowseOpenTest, FileTypeShowsItsFilesAndAllFilesOnDemand) {
     MakeFile("a.kra");
     MakeFile("b.krv");
     MakeFile("c.txt");
@@ -131,7 +131,7 @@ TEST_F(BrowseOpenTest, AFileTypeShowsItsFilesAndAllFilesOnDemand) {
               }));
 }
 
-TEST_F(BrowseOpenTest, ANameWithoutExtensionFindsTheFileOfTheType) {
+TEST_F(BrowseOpenTest, NameWithoutExtensionFindsTheFileOfTheType) {
     MakeFile("plan.krv");
     dialog_->put_FileType(62);
     EXPECT_EQ(1, Show([](const OpenBrowser& browser) {
@@ -142,7 +142,7 @@ TEST_F(BrowseOpenTest, ANameWithoutExtensionFindsTheFileOfTheType) {
     EXPECT_EQ(L"<Work>\\plan.krv", ChosenPath());
 }
 
-TEST_F(BrowseOpenTest, APatternShowsTheFilesThatMatch) {
+TEST_F(BrowseOpenTest, PatternShowsTheFilesThatMatch) {
     for (const char* const name : {"a1.kra", "a2.kra", "b1.kra"}) MakeFile(name);
     EXPECT_EQ(0, Show([](const OpenBrowser& browser) {
                   browser.WaitForRow(L"b1.kra");
@@ -153,7 +153,7 @@ TEST_F(BrowseOpenTest, APatternShowsTheFilesThatMatch) {
               }));
 }
 
-TEST_F(BrowseOpenTest, AMissingFileIsToldInPlace) {
+TEST_F(BrowseOpenTest, MissingFileIsReportedInPlace) {
     EXPECT_EQ(0, Show([](const OpenBrowser& browser) {
                   browser.WaitForMessage(L"nothing to show");
                   browser.TypeName(L"missing.kra");
@@ -179,7 +179,7 @@ TEST_F(BrowseOpenTest, WholePathsOfAnyKindLeadToTheirFile) {
     }
 }
 
-TEST_F(BrowseOpenTest, APathOutsideTheDepotsIsToldInPlace) {
+TEST_F(BrowseOpenTest, PathOutsideTheDepotsIsReportedInPlace) {
     EXPECT_EQ(0, Show([](const OpenBrowser& browser) {
                   browser.TypeName(L"C:\\windows\\win.ini");
                   browser.Press(VK_RETURN);
@@ -206,7 +206,7 @@ TEST_F(BrowseOpenTest, RelativePathsLeadDownAndUp) {
     EXPECT_EQ(L"<Work>\\top.kra", ChosenPath());
 }
 
-TEST_F(BrowseOpenTest, TheKeyboardAloneLeadsThroughFolders) {
+TEST_F(BrowseOpenTest, KeyboardAloneLeadsThroughFolders) {
     MakeFile("Sessions\\one.kra");
     MakeFile("top.kra");
     EXPECT_EQ(1, Show([](const OpenBrowser& browser) {
@@ -258,7 +258,7 @@ TEST_F(BrowseOpenTest, HeadersSortUpAndDownAndKeepFoldersFirst) {
               }));
 }
 
-TEST_F(BrowseOpenTest, TheClientsOrderIsTheFirstOne) {
+TEST_F(BrowseOpenTest, ClientsOrderIsTheFirstOne) {
     MakeFile("a.kra", std::string(5000, 'x'));
     MakeFile("b.kra", std::string(100, 'x'));
     dialog_->put_SortColumn(2);
@@ -273,7 +273,7 @@ TEST_F(BrowseOpenTest, TheClientsOrderIsTheFirstOne) {
               }));
 }
 
-TEST_F(BrowseOpenTest, AFilesRowTellsTypeSizeAndDate) {
+TEST_F(BrowseOpenTest, FilesRowReportsTypeSizeAndDate) {
     MakeFile("a.kra", std::string(1025, 'x'));
     EXPECT_EQ(0, Show([](const OpenBrowser& browser) {
                   browser.WaitForRows({L"a.kra"});
@@ -297,7 +297,7 @@ TEST_F(BrowseOpenTest, F5ShowsWhatIsNewAndKeepsTheSelection) {
               }));
 }
 
-TEST_F(BrowseOpenTest, AnInitialFileNameOpensItsFolder) {
+TEST_F(BrowseOpenTest, InitialFileNameOpensItsFolder) {
     MakeFile("Sessions\\one.kra");
     dialog_->put_InitialFileName(Bstr(L"<Work>\\Sessions\\one.kra").Get());
     EXPECT_EQ(1, Show([](const OpenBrowser& browser) {
@@ -319,7 +319,7 @@ TEST_F(BrowseOpenTest, NamesOf255CharactersAreShownAndChosen) {
     EXPECT_EQ(L"<Team>\\" + std::wstring(longName.begin(), longName.end()), ChosenPath());
 }
 
-TEST_F(BrowseOpenTest, ADepotWhoseFolderIsGoneIsToldInPlaceAndOthersStayUsable) {
+TEST_F(BrowseOpenTest, DepotWhoseFolderIsGoneIsReportedInPlaceAndOthersStayUsable) {
     folder_.MakeFile("Team\\a.kra", "");
     RemoveDirectoryA(folder_.At("Work").c_str());
     EXPECT_EQ(1, Show([](const OpenBrowser& browser) {

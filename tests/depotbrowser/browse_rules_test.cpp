@@ -50,7 +50,7 @@ TEST(EntryOrderTest, EqualsAreOrderedByNameInBothDirections) {
     EXPECT_EQ(L"xyabc", Sorted(Column::kType, true));
 }
 
-TEST(EntryOrderTest, AClickTurnsTheOwnOrderRoundAndStartsAnotherUpwards) {
+TEST(EntryOrderTest, ClickTurnsTheOwnOrderRoundAndStartsAnotherUpwards) {
     const EntryOrder once = OrderAfterClick({Column::kName, false}, Column::kName);
     EXPECT_TRUE(once.descending);
     EXPECT_FALSE(OrderAfterClick(once, Column::kName).descending);
@@ -59,7 +59,7 @@ TEST(EntryOrderTest, AClickTurnsTheOwnOrderRoundAndStartsAnotherUpwards) {
     EXPECT_FALSE(other.descending);
 }
 
-TEST(EntryOrderTest, ANumberWithoutAColumnIsTheNames) {
+TEST(EntryOrderTest, NumberWithoutAColumnIsTheNames) {
     EXPECT_EQ(Column::kDate, ColumnOf(3));
     for (const long number : {-1L, 0L, 4L, 1000L}) EXPECT_EQ(Column::kName, ColumnOf(number));
 }
@@ -129,7 +129,7 @@ TEST(NameRulesTest, PatternsMatchInAnyLetterCase) {
     EXPECT_FALSE(IsPattern("a.kra"));
 }
 
-TEST(NameRulesTest, TheDefaultExtensionIsAddedWhereNoneOfAProfileStands) {
+TEST(NameRulesTest, DefaultExtensionIsAddedWhereNoneOfAProfileStands) {
     EXPECT_EQ("a.kra", WithDefaultExtension("a", ".kra"));
     EXPECT_EQ("a.v2.kra", WithDefaultExtension("a.v2", ".kra"));
     EXPECT_EQ("a.KRV", WithDefaultExtension("a.KRV", ".kra"));
@@ -138,7 +138,7 @@ TEST(NameRulesTest, TheDefaultExtensionIsAddedWhereNoneOfAProfileStands) {
     EXPECT_EQ("", WithDefaultExtension("", ".kra"));
 }
 
-TEST(NameRulesTest, ATypesPatternIsItsExtensions) {
+TEST(NameRulesTest, TypesPatternIsItsExtensions) {
     EXPECT_EQ("*.krv", PatternOfType(62));
     EXPECT_EQ("*.kra", PatternOfType(64));
     EXPECT_EQ("*.*", PatternOfType(0));
@@ -190,7 +190,7 @@ TEST(ColumnTextTest, NumbersAndLabelsAreWrittenForPeople) {
     EXPECT_EQ(L"plain", FillIn(L"plain", L"x"));
 }
 
-TEST(IconLocationTest, TheNumberBehindTheLastCommaIsTheIndex) {
+TEST(IconLocationTest, NumberBehindTheLastCommaIsTheIndex) {
     const struct {
         const char* location;
         const char* file;
@@ -259,7 +259,7 @@ TEST(BrowseLayoutTest, NothingOverlapsOrLeavesTheWindowFromTheSmallestSizeUp) {
     }
 }
 
-TEST(BrowseLayoutTest, ALargerWindowGivesItsRoomToTreeAndList) {
+TEST(BrowseLayoutTest, LargerWindowGivesItsRoomToTreeAndList) {
     const Box least = MinimumSize(Metrics());
     const BrowseLayout small = ComputeLayout(least.width, least.height, Metrics());
     const BrowseLayout large = ComputeLayout(least.width + 300, least.height + 200, Metrics());

@@ -23,7 +23,7 @@ protected:
     }
 };
 
-TEST_F(BrowseSaveTest, ANewNameGetsTheExtensionOfTheType) {
+TEST_F(BrowseSaveTest, NewNameGetsTheExtensionOfTheType) {
     MakeFile("there.kra");
     EXPECT_EQ(1, Show([](const OpenBrowser& browser) {
                   EXPECT_EQ(L"Save As", browser.Text(0));
@@ -34,13 +34,13 @@ TEST_F(BrowseSaveTest, ANewNameGetsTheExtensionOfTheType) {
     EXPECT_FALSE(Exists(At("new.kra")));
 }
 
-TEST_F(BrowseSaveTest, AQuotedNameIsTakenAsItStands) {
+TEST_F(BrowseSaveTest, QuotedNameIsTakenAsItStands) {
     MakeFile("there.kra");
     EXPECT_EQ(1, Show([](const OpenBrowser& browser) { Save(browser, L"\"new.txt\""); }));
     EXPECT_EQ(L"<Work>\\new.txt", ChosenPath());
 }
 
-TEST_F(BrowseSaveTest, AnExistingFileIsChosenOnlyAfterAYes) {
+TEST_F(BrowseSaveTest, ExistingFileIsChosenOnlyAfterAYes) {
     MakeFile("there.kra");
     EXPECT_EQ(1, Show([](const OpenBrowser& browser) {
                   Save(browser, L"there");
@@ -59,7 +59,7 @@ TEST_F(BrowseSaveTest, NothingIsAskedWhereTheClientDoesNotWantIt) {
     EXPECT_EQ(L"<Work>\\there.kra", ChosenPath());
 }
 
-TEST_F(BrowseSaveTest, TheInitialNameStandsInTheFieldAndItsFolderIsOpen) {
+TEST_F(BrowseSaveTest, InitialNameStandsInTheFieldAndItsFolderIsOpen) {
     MakeFile("Sessions\\there.kra");
     const std::string plain = At("Sessions\\mine.kra");
     for (const std::wstring& path :
@@ -75,7 +75,7 @@ TEST_F(BrowseSaveTest, TheInitialNameStandsInTheFieldAndItsFolderIsOpen) {
     }
 }
 
-TEST_F(BrowseSaveTest, APlaceThatCannotBeWrittenIsRefusedWithTheReason) {
+TEST_F(BrowseSaveTest, PlaceThatCannotBeWrittenIsRefusedWithTheReason) {
     MakeFile("there.kra");
     const UniqueHandle held = OwnFile(
         CreateFileA(At("there.kra").c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr));
@@ -100,7 +100,7 @@ TEST_F(BrowseSaveTest, NamesThatNoFileCanHaveAreRefused) {
               }));
 }
 
-TEST_F(BrowseSaveTest, ANameOf255CharactersIsAccepted) {
+TEST_F(BrowseSaveTest, NameOf255CharactersIsAccepted) {
     // Deeper down no path of the file system has room for it.
     depots_.Text("Work", "Path1", "C:\\");
     EXPECT_EQ(1, Show([](const OpenBrowser& browser) {
@@ -111,7 +111,7 @@ TEST_F(BrowseSaveTest, ANameOf255CharactersIsAccepted) {
     EXPECT_EQ(L"<Work>\\" + std::wstring(251, L'x') + L".kra", ChosenPath());
 }
 
-TEST_F(BrowseSaveTest, APathThatIsTooLongIsRefusedInPlace) {
+TEST_F(BrowseSaveTest, PathThatIsTooLongIsRefusedInPlace) {
     MakeFile("there.kra");
     EXPECT_EQ(0, Show([](const OpenBrowser& browser) {
                   Save(browser, std::wstring(251, L'x'));
@@ -120,7 +120,7 @@ TEST_F(BrowseSaveTest, APathThatIsTooLongIsRefusedInPlace) {
               }));
 }
 
-TEST_F(BrowseSaveTest, TheNameOfAFolderOpensIt) {
+TEST_F(BrowseSaveTest, NameOfAFolderOpensIt) {
     MakeFile("there.kra");
     MakeFile("Sub\\inner.kra");
     EXPECT_EQ(0, Show([](const OpenBrowser& browser) {

@@ -73,7 +73,7 @@ TEST_F(BrowseSlowTest, ClosingDoesNotWaitForAWorkerAndKeepsTheLibraryLoaded) {
     EXPECT_EQ(S_FALSE, library_.CanUnloadNow());
 }
 
-TEST_F(BrowseSlowTest, AServerThatHangsUpIsToldInPlace) {
+TEST_F(BrowseSlowTest, ServerThatHangsUpIsReportedInPlace) {
     EXPECT_EQ(0, Show([this](const OpenBrowser& browser) {
                   EXPECT_TRUE(server_.Accept());
                   server_.HangUp();

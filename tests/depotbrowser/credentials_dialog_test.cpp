@@ -53,14 +53,14 @@ TEST_F(CredentialsDialogTest, CancellingLeavesTheTextsAsTheyWere) {
     EXPECT_EQ("old", credentials_.password);
 }
 
-TEST_F(CredentialsDialogTest, AComponentThatIsNotRegisteredCountsAsCancelled) {
+TEST_F(CredentialsDialogTest, ComponentThatIsNotRegisteredCountsAsCancelled) {
     ASSERT_EQ(S_OK, library_.Unregister());
     EXPECT_FALSE(prompt_.Show(credentials_));
     EXPECT_EQ("mary", credentials_.userName);
     EXPECT_EQ("old", credentials_.password);
 }
 
-TEST_F(CredentialsDialogTest, AComponentThatCannotBeLoadedCountsAsCancelled) {
+TEST_F(CredentialsDialogTest, ComponentThatCannotBeLoadedCountsAsCancelled) {
     WriteRegistryText(HKEY_CLASSES_ROOT,
                       "CLSID\\{C1432487-51DA-4834-B781-ED0E69DC9002}\\InprocServer32", "",
                       "C:\\missing\\DepotBrowser.dll");
@@ -186,7 +186,7 @@ protected:
     DWORD cookie_ = 0;
 };
 
-TEST_F(NotedCredentialsDialogTest, TheDialogIsFilledShownAndReadInThisOrder) {
+TEST_F(NotedCredentialsDialogTest, DialogIsFilledShownAndReadInThisOrder) {
     EXPECT_TRUE(prompt_.Show(credentials_));
     const std::vector<std::wstring> expected = {L"set server=ldap.farrow.test",
                                                 L"set user=mary",
@@ -211,7 +211,7 @@ TEST_F(NotedCredentialsDialogTest, AnyResultButOneIsACancel) {
     }
 }
 
-TEST_F(NotedCredentialsDialogTest, ADialogThatFailsCountsAsCancelled) {
+TEST_F(NotedCredentialsDialogTest, DialogThatFailsCountsAsCancelled) {
     dialog_.showing = E_FAIL;
     EXPECT_FALSE(prompt_.Show(credentials_));
     EXPECT_EQ("mary", credentials_.userName);

@@ -73,7 +73,7 @@ TEST_F(DialogAppearanceTest, OkIsTheDefaultButton) {
     });
 }
 
-TEST_F(DialogAppearanceTest, AServerNameIsShownAsItIsAndCutWithDotsWhenItIsLong) {
+TEST_F(DialogAppearanceTest, ServerNameIsShownAsItIsAndCutWithDotsWhenItIsLong) {
     server_ = L"a&b." + std::wstring(500, L'x') + L".test";
     Show([&](const OpenDialog& dialog) {
         EXPECT_EQ(server_, dialog.Text(CONTROL_SERVER));
@@ -95,7 +95,7 @@ TEST_F(DialogAppearanceTest, ControlsUseTheSystemsMessageFont) {
     });
 }
 
-TEST_F(DialogAppearanceTest, ALargerMessageFontMakesTheDialogLarger) {
+TEST_F(DialogAppearanceTest, LargerMessageFontMakesTheDialogLarger) {
     SIZE before = {};
     Show([&](const OpenDialog& dialog) { before = SizeOf(dialog.Window()); });
     const LargerMessageFont font;
@@ -105,7 +105,7 @@ TEST_F(DialogAppearanceTest, ALargerMessageFontMakesTheDialogLarger) {
     EXPECT_GT(after.cy, before.cy * 3 / 2);
 }
 
-TEST_F(DialogAppearanceTest, TheTextsOfEveryLanguageFitTheirControls) {
+TEST_F(DialogAppearanceTest, TextsOfEveryLanguageFitTheirControls) {
     constexpr int kButtonEdges = 8;
     const struct {
         int control;

@@ -91,7 +91,7 @@ TEST_F(RegistrationTest, RegisterAndUnregisterLeaveTheThreadLocaleAsItWas) {
     SetThreadLocale(previous);
 }
 
-TEST_F(RegistrationTest, TheLibraryExportsItsFourEntryPointsOnly) {
+TEST_F(RegistrationTest, LibraryExportsItsFourEntryPointsOnly) {
     for (const char* const name :
          {"DllCanUnloadNow", "DllGetClassObject", "DllRegisterServer", "DllUnregisterServer"}) {
         EXPECT_NE(nullptr, GetProcAddress(library_.Module(), name)) << name;
@@ -99,7 +99,7 @@ TEST_F(RegistrationTest, TheLibraryExportsItsFourEntryPointsOnly) {
     EXPECT_EQ(4u, library_.ExportCount());
 }
 
-TEST_F(RegistrationTest, TheManifestAsksForTheThemedControls) {
+TEST_F(RegistrationTest, ManifestAsksForTheThemedControls) {
     const HRSRC found = FindResourceW(library_.Module(), MAKEINTRESOURCEW(2),
                                       reinterpret_cast<LPCWSTR>(RT_MANIFEST));
     ASSERT_NE(nullptr, found);
@@ -117,7 +117,7 @@ TEST_F(RegistrationTest, OtherClassesAreNotAvailable) {
     EXPECT_EQ(nullptr, object);
 }
 
-TEST_F(RegistrationTest, AnObjectOrAServerLockKeepsTheLibraryLoaded) {
+TEST_F(RegistrationTest, ObjectOrAServerLockKeepsTheLibraryLoaded) {
     EXPECT_EQ(S_OK, library_.CanUnloadNow());
     auto dialog = CreateDialogObject();
     EXPECT_EQ(S_FALSE, library_.CanUnloadNow());

@@ -34,7 +34,7 @@ std::wstring NameOf(ITypeInfo& typeInfo, MEMBERID id) {
     return name.Text();
 }
 
-TEST_F(TypeLibraryTest, TheInterfaceIsDual) {
+TEST_F(TypeLibraryTest, InterfaceIsDual) {
     const auto typeInfo = OpenInterface();
     TYPEATTR* attributes = nullptr;
     ASSERT_EQ(S_OK, typeInfo->GetTypeAttr(&attributes));
@@ -67,7 +67,7 @@ std::vector<Operation> OperationsInSlotOrder(ITypeInfo& typeInfo) {
     return operations;
 }
 
-TEST_F(TypeLibraryTest, TheSixOperationsStandInTheirSlots) {
+TEST_F(TypeLibraryTest, SixOperationsStandInTheirSlots) {
     const struct {
         const wchar_t* name;
         INVOKEKIND kind;
@@ -85,7 +85,7 @@ TEST_F(TypeLibraryTest, TheSixOperationsStandInTheirSlots) {
     }
 }
 
-TEST_F(TypeLibraryTest, TheBrowseOperationsStandInTheirSlots) {
+TEST_F(TypeLibraryTest, BrowseOperationsStandInTheirSlots) {
     const std::map<std::size_t, std::wstring> expected = {
         {7, L"ShowModal"},
         {9, L"Mode"},
@@ -114,7 +114,7 @@ TEST_F(TypeLibraryTest, TheBrowseOperationsStandInTheirSlots) {
     }
 }
 
-TEST_F(TypeLibraryTest, TheBrowseDialogIsFoundUnderBothOfItsInterfaces) {
+TEST_F(TypeLibraryTest, BrowseDialogIsFoundUnderBothOfItsInterfaces) {
     const auto dialog = CreateBrowseObject();
     void* first = nullptr;
     ASSERT_EQ(S_OK, dialog->QueryInterface(IID_IDepotBrowseDialog, &first));
@@ -131,7 +131,7 @@ HRESULT CallSlot(IUnknown* object, std::size_t slot, Arguments... arguments) {
     return reinterpret_cast<SlotCall>(table[slot])(object, arguments...);
 }
 
-TEST_F(TypeLibraryTest, TheSlotsDoWhatTheirOrderSays) {
+TEST_F(TypeLibraryTest, SlotsDoWhatTheirOrderStates) {
     const auto dialog = CreateDialogObject();
     EXPECT_EQ(S_OK, CallSlot(dialog.get(), 9, Bstr(L"mary").Get()));
     EXPECT_EQ(S_OK, CallSlot(dialog.get(), 11, Bstr(L"secret").Get()));
@@ -174,7 +174,7 @@ TEST_F(TypeLibraryTest, ScriptsSetAndReadTextsByName) {
     VariantClear(&result);
 }
 
-TEST_F(TypeLibraryTest, TheObjectOffersOneTypeDescription) {
+TEST_F(TypeLibraryTest, ObjectOffersOneTypeDescription) {
     const auto dialog = CreateDialogObject();
     UINT count = 99;
     EXPECT_EQ(S_OK, dialog->GetTypeInfoCount(&count));

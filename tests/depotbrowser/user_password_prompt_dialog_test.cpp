@@ -166,7 +166,7 @@ TEST_F(UserPasswordPromptDialogTest, TextsOfAnyScriptSurvive) {
     EXPECT_EQ(password, PasswordOf(*dialog_));
 }
 
-TEST_F(UserPasswordPromptDialogTest, AFieldTakesAsManyCharactersAsAreKeptAndNoMore) {
+TEST_F(UserPasswordPromptDialogTest, FieldTakesAsManyCharactersAsAreKeptAndNoMore) {
     const std::wstring most(259, L'x');
     Prepare(L"", L"");
     EXPECT_EQ(1, Show([&](const OpenDialog& dialog) {
@@ -193,7 +193,7 @@ TEST_F(UserPasswordPromptDialogTest, LongTextsThatWereSetComeBackWhole) {
     EXPECT_EQ(password, PasswordOf(*dialog_));
 }
 
-TEST_F(UserPasswordPromptDialogTest, ADialogCanBeShownAgain) {
+TEST_F(UserPasswordPromptDialogTest, DialogCanBeShownAgain) {
     Prepare(L"mary", L"");
     for (const wchar_t* const password : {L"first", L"second"}) {
         EXPECT_EQ(1, Show([password](const OpenDialog& dialog) {
@@ -243,7 +243,7 @@ TEST_F(UserPasswordPromptDialogTest, NullOutputsAreRefused) {
     EXPECT_EQ(E_POINTER, dialog_->get_Password(nullptr));
 }
 
-TEST_F(UserPasswordPromptDialogTest, ANullTextIsAnEmptyOne) {
+TEST_F(UserPasswordPromptDialogTest, NullTextIsAnEmptyOne) {
     Prepare(L"mary", L"secret");
     EXPECT_EQ(S_OK, dialog_->put_UserName(nullptr));
     EXPECT_EQ(S_OK, dialog_->put_Password(nullptr));
@@ -271,7 +271,7 @@ private:
     HWND window_;
 };
 
-TEST_F(UserPasswordPromptDialogTest, TheOwnerIsDisabledWhileTheDialogIsOpen) {
+TEST_F(UserPasswordPromptDialogTest, OwnerIsDisabledWhileTheDialogIsOpen) {
     const OwnerWindow owner;
     Prepare(L"", L"");
     Show(
@@ -295,7 +295,7 @@ TEST_F(UserPasswordPromptDialogTest, WithoutAnOwnerTheThreadsActiveWindowIsTaken
     EXPECT_TRUE(IsWindowEnabled(active.Get()));
 }
 
-TEST_F(UserPasswordPromptDialogTest, AnOwnerThatIsGoneDoesNotKeepTheDialogAway) {
+TEST_F(UserPasswordPromptDialogTest, OwnerThatIsGoneDoesNotKeepTheDialogAway) {
     const OwnerWindow owner;
     owner.Destroy();
     Prepare(L"mary", L"");
@@ -307,7 +307,7 @@ TEST_F(UserPasswordPromptDialogTest, AnOwnerThatIsGoneDoesNotKeepTheDialogAway) 
                      owner.Get()));
 }
 
-TEST_F(UserPasswordPromptDialogTest, AnOwnerThatGoesWhileTheDialogIsOpenCancels) {
+TEST_F(UserPasswordPromptDialogTest, OwnerThatIsDestroyedWhileTheDialogIsOpenCancels) {
     const OwnerWindow owner;
     Prepare(L"mary", L"old");
     // Its own thread alone may destroy a window; the static control does so when it is closed.

@@ -92,7 +92,7 @@ TEST_F(CheckDirectoryTest, NamesThatTheSchemaLacksAreNamed) {
     EXPECT_EQ("problem: the server does not know noSuchAttribute", Step("schema"));
 }
 
-TEST_F(CheckDirectoryTest, SizeLimitIsToldWithOrWithoutPages) {
+TEST_F(CheckDirectoryTest, SizeLimitIsReportedWithOrWithoutPages) {
     const struct {
         const char *settings, *step;
     } rows[] = {
@@ -111,7 +111,7 @@ TEST_F(CheckDirectoryTest, SizeLimitIsToldWithOrWithoutPages) {
     }
 }
 
-TEST_F(CheckDirectoryTest, SecuredConnectionsAreTold) {
+TEST_F(CheckDirectoryTest, SecuredConnectionsAreReported) {
     key_.Dword("Dir", "Security1", 1);
     EXPECT_THAT(Step("log-on"), HasSubstr("the connection cannot be secured with StartTLS"));
     EXPECT_NE(0, run_.exitCode);

@@ -61,7 +61,7 @@ TEST_F(CheckTest, KeysAreTakenInAnyCaseAndInBrackets) {
     EXPECT_EQ("depotctl: no depot is defined under the key \"Nobody\"\n", run.errors);
 }
 
-TEST_F(CheckTest, ProblemsAreToldWithAdviceAndExitCodeOne) {
+TEST_F(CheckTest, ProblemsAreReportedWithAdviceAndExitCodeOne) {
     key_.Text("Work", "Hots1", "server");
     const ToolRun run = RunTool({"check", "Work"});
     EXPECT_EQ(1, run.exitCode);

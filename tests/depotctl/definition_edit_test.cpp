@@ -54,7 +54,7 @@ TEST(DefinitionEditTest, NewProblemsAreThoseThatTheChangeMakes) {
     EXPECT_EQ(1u, NewProblems(nullptr, before).size());
 }
 
-TEST(DefinitionEditTest, SummaryTellsNameDefaultAndFolders) {
+TEST(DefinitionEditTest, SummaryReportsNameDefaultAndFolders) {
     RawDefinition definition = Three();
     definition.values.push_back(TextValue("DisplayName.deu", "Arbeit"));
     definition.values.push_back(TextValue("DisplayName.fra", "Travail"));

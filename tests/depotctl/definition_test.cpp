@@ -176,7 +176,7 @@ TEST(DefinitionTest, TypeThatIsATextMakesDirectoryValuesIgnored) {
                          "a folder"));
 }
 
-TEST(DefinitionTest, NumbersOutOfRangeTellWhatTheyCountAs) {
+TEST(DefinitionTest, NumbersOutOfRangeReportWhatTheyCountAs) {
     const struct {
         const char* name;
         std::uint32_t number;

@@ -75,7 +75,7 @@ TEST_F(DirectoryToolTest, TreeWithALinkIsUploadedWithoutItAndNotMoved) {
     EXPECT_EQ("a", FileBytes(folder_.At("work\\tree\\a.kre")));
 }
 
-TEST_F(DirectoryToolTest, TreeGoesIntoItselfThroughNoSecondDepot) {
+TEST_F(DirectoryToolTest, TreeMovesIntoItselfThroughNoSecondDepot) {
     DefineDirectory("Same", server_.Port());
     for (const char* target : {"<Same>\\Sessions\\x", "<Same>\\SESSIONS\\x"}) {
         const ToolRun run = RunTool({"mv", "<Dir>\\Sessions", target});
@@ -116,7 +116,7 @@ TEST_F(DirectoryToolTest, SecondLocationIsUsedWhenTheFirstDoesNotAnswer) {
     EXPECT_EQ("second", RunTool({"cat", "<Dir>\\s.kre"}).output);
 }
 
-TEST_F(DirectoryToolTest, WrongPasswordIsRefusedAndNobodyIsAskedWithoutATerminal) {
+TEST_F(DirectoryToolTest, WrongPasswordIsRefusedAndNoPromptAppearsWithoutATerminal) {
     key_.Text("Dir", "Password1", "wrong");
     const ToolRun run = RunTool({"ls", "<Dir>\\"});
     EXPECT_EQ(1, run.exitCode);

@@ -123,7 +123,7 @@ protected:
     const OtherVolume other_;
 };
 
-TEST_F(LinkedFilesTest, MvToAnotherVolumeLeavesATreeWithALinkWhereItIsAndTells) {
+TEST_F(LinkedFilesTest, MvToAnotherVolumeLeavesATreeWithALinkWhereItIsAndReportsIt) {
     const ToolRun run = RunTool({"mv", "<Work>\\tree", other_.At("tree")});
     EXPECT_EQ(1, run.exitCode);
     EXPECT_THAT(run.errors, HasSubstr("1 link to a folder was left out"));
@@ -131,7 +131,7 @@ TEST_F(LinkedFilesTest, MvToAnotherVolumeLeavesATreeWithALinkWhereItIsAndTells) 
     EXPECT_FALSE(Exists(other_.At("tree")));
 }
 
-TEST_F(LinkedFilesTest, MvToAnotherVolumeLeavesALinkWhereItIsAndTells) {
+TEST_F(LinkedFilesTest, MvToAnotherVolumeLeavesALinkWhereItIsAndReportsIt) {
     const ToolRun run = RunTool({"mv", "<Work>\\tree\\inner\\link", other_.At("moved")});
     EXPECT_EQ(1, run.exitCode);
     EXPECT_THAT(run.errors, HasSubstr("1 link to a folder was left out"));
@@ -139,7 +139,7 @@ TEST_F(LinkedFilesTest, MvToAnotherVolumeLeavesALinkWhereItIsAndTells) {
     EXPECT_FALSE(Exists(other_.At("moved")));
 }
 
-TEST_F(LinkedFilesTest, CpCopiesAllButALinkAndTells) {
+TEST_F(LinkedFilesTest, CpCopiesAllButALinkAndReportsIt) {
     const ToolRun run = RunTool({"cp", "-r", "<Work>\\tree", "<Team>\\"});
     EXPECT_EQ(1, run.exitCode);
     EXPECT_THAT(run.errors, HasSubstr("1 link to a folder was left out"));
@@ -149,7 +149,7 @@ TEST_F(LinkedFilesTest, CpCopiesAllButALinkAndTells) {
     ExpectSource();
 }
 
-TEST_F(LinkedFilesTest, RmDeletesAllButALinkAndTells) {
+TEST_F(LinkedFilesTest, RmDeletesAllButALinkAndReportsIt) {
     const ToolRun run = RunTool({"rm", "-r", "<Work>\\tree"});
     EXPECT_EQ(1, run.exitCode);
     EXPECT_THAT(run.errors, HasSubstr("1 link to a folder was left out"));
@@ -207,7 +207,7 @@ TEST_F(FilesTest, UploadAndDownloadTakeTreesIntoAndOutOfADepot) {
     EXPECT_EQ(1, RunTool({"download", folder_.At("local"), folder_.At("other")}).exitCode);
 }
 
-TEST_F(FilesTest, PublishCopiesClientsBesideTheProfileAndTellsWhatIsMissing) {
+TEST_F(FilesTest, PublishCopiesClientsBesideTheProfileAndReportsWhatIsMissing) {
     const std::string client = folder_.MakeFile("c1.kre", "client");
     const std::string profile = "[Skein]\r\nCount=2\r\n[Clients]\r\nC1=" + client + "\r\nC2=";
     folder_.MakeFile("team\\p.kra", profile + "u:c2.cfg\r\n[Server]\r\nConfiguration File=x\r\n");

@@ -73,7 +73,7 @@ TEST_F(ListTest, LsRecursiveNamesFilesBelowTheirFolders) {
                 ElementsAre("Sessions", "Sessions\\office.kre", "a.kra", "b.kre", "notes.txt"));
 }
 
-TEST_F(ListTest, LsLongTellsTypesSizesAndTimes) {
+TEST_F(ListTest, LsLongReportsTypesSizesAndTimes) {
     const ToolRun run = RunTool({"ls", "-l", "<Work>\\b.kre"});
     EXPECT_THAT(run.output, HasSubstr("NAME   KIND  TYPE  SIZE  CHANGED"));
     EXPECT_THAT(run.output, testing::ContainsRegex("b.kre  file     1     5  20"));
@@ -116,7 +116,7 @@ TEST_F(ListTest, NameThatTheCodePageLacksIsRefusedBeforeAnythingIsDone) {
     EXPECT_EQ("", RunTool({"ls", "<Team>\\"}).output);
 }
 
-TEST_F(ListTest, LsOfTenThousandFilesListsThemAllAndEndsQuietlyWhenNobodyReadsOn) {
+TEST_F(ListTest, LsOfTenThousandFilesListsThemAllAndEndsQuietlyOnAClosedPipe) {
     for (int folder = 0; folder < 20; ++folder) {
         const std::string name = "team\\d" + std::to_string(folder);
         folder_.MakeFolder(name);
@@ -131,7 +131,7 @@ TEST_F(ListTest, LsOfTenThousandFilesListsThemAllAndEndsQuietlyWhenNobodyReadsOn
     EXPECT_EQ("", cut.errors);
 }
 
-TEST_F(ListTest, WrongUsageIsToldInOneLineWithExitCodeTwo) {
+TEST_F(ListTest, WrongUsageIsReportedInOneLineWithExitCodeTwo) {
     const std::vector<std::vector<std::string>> mistakes = {
         {}, {"nonsense"}, {"ls", "--nonsense"}, {"ls", "a", "b"}, {"get"}, {"ls", ""}};
     for (const auto& arguments : mistakes) {
@@ -165,7 +165,7 @@ TEST_F(ListTest, HelpOfTheCommandsBelowDepotsHasExamples) {
     }
 }
 
-TEST_F(ListTest, DepotsTellsKeysNamesOrderDefaultAndLocations) {
+TEST_F(ListTest, DepotsReportsKeysNamesOrderDefaultAndLocations) {
     key_.Text("Team", "Path1", folder_.At("gone"));
     key_.Text("Team", "Path2", folder_.At("team"));
     key_.Dword("Team", "DefaultDepot", 1);

@@ -106,7 +106,7 @@ TEST(FolderCheckTest, HasMacrosNeedsAWholeName) {
 }
 
 // Whatever stands in the registry, it is told in texts with advice.
-TEST(LocationCheckTest, RandomTextsAreAlwaysToldWithAdvice) {
+TEST(LocationCheckTest, RandomTextsAreAlwaysReportedWithAdvice) {
     test::RandomTexts random(7);
     const std::vector<std::string> pieces = {"\\", "/",   ":",  "C:",  "$", "%",
                                              "a",  "dc=", ",",  "=",   " ", ".",

@@ -126,7 +126,7 @@ TEST(ProgressLineTest, SizeTextUsesTheUnitThatFits) {
     EXPECT_EQ("2048.0 TB", SizeText(2048ull << 40));
 }
 
-TEST(ProgressLineTest, LineTellsCountsBytesAndRateBehindABar) {
+TEST(ProgressLineTest, LineReportsCountsBytesAndRateBehindABar) {
     const ProgressState half = {12, 24, 2048, 2.0};
     EXPECT_EQ("[##########          ] 12/24 files  2.0 KB  1.0 KB/s", ProgressLine(half, 52));
     EXPECT_EQ("[                              ] 0/1 file  0 B", ProgressLine({0, 1, 0, 0}, 80));

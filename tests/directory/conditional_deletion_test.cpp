@@ -38,7 +38,7 @@ TEST_F(ConditionalDeletionTest, FileWithoutBytesIsTheOneThatHoldsABlank) {
     EXPECT_FALSE(server_.Holds(Dn("b.krc")));
 }
 
-TEST_F(ConditionalDeletionTest, MissingEntryAndEntryThatIsNoFileTellTheirCodes) {
+TEST_F(ConditionalDeletionTest, MissingEntryAndEntryThatIsNoFileReportTheirCodes) {
     server_.AddFolder("sub", base_);
     EXPECT_EQ(std::uint32_t{LDAP_NO_SUCH_OBJECT},
               Connected().RemoveUnchangedEntry(Dn("none.krc"), DigestOfText("")));

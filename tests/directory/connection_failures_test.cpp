@@ -22,7 +22,7 @@ protected:
     }
 };
 
-TEST_F(ConnectionFailuresTest, AnAbsentServerIsReportedOnceAndTheObjectStaysUnusable) {
+TEST_F(ConnectionFailuresTest, AbsentServerIsReportedOnceAndTheObjectStaysUnusable) {
     CLDAPItems& items = Make(WithoutServer());
     EXPECT_EQ(0, items.ConnectLocation(&text_));
     EXPECT_EQ(81u, items.LastError());
@@ -38,7 +38,7 @@ TEST_F(ConnectionFailuresTest, AnAbsentServerIsReportedOnceAndTheObjectStaysUnus
     EXPECT_FALSE(items.IsConnected());
 }
 
-TEST_F(ConnectionFailuresTest, AFailedAnonymousBindTurnsPromptingOff) {
+TEST_F(ConnectionFailuresTest, FailedAnonymousBindTurnsPromptingOff) {
     CLDAPItems& items = Make(WithoutServer());
     EXPECT_EQ(0, items.ConnectLocation(nullptr));
     EXPECT_EQ(1u, Info().noPrompt);
@@ -57,7 +57,7 @@ TEST_F(ConnectionFailuresTest, AfterAnAnonymousFailureASimpleBindFailsWithoutAPr
     EXPECT_THAT(boxes_.Texts(), ElementsAre(MessageFor(49)));
 }
 
-TEST_F(ConnectionFailuresTest, AnUnusableObjectFailsAtOnceWithItsOwnBox) {
+TEST_F(ConnectionFailuresTest, UnusableObjectFailsAtOnceWithItsOwnBox) {
     CDepotPath location = Anonymous();
     CLDAPItems& items = Make(location);
     items.Client().ldap_init = [](PCHAR, ULONG) -> LDAP* { return nullptr; };
@@ -76,7 +76,7 @@ TEST_F(ConnectionFailuresTest, AnUnusableObjectFailsAtOnceWithItsOwnBox) {
     EXPECT_THAT(boxes_.Texts(), ElementsAre(MessageFor(90), MessageFor(81)));
 }
 
-TEST_F(ConnectionFailuresTest, AnEmptyHostIsAServerThatIsDown) {
+TEST_F(ConnectionFailuresTest, EmptyHostIsAServerThatIsDown) {
     CDepotPath location = Anonymous();
     location.host.clear();
     CLDAPItems& items = Make(location);
@@ -86,7 +86,7 @@ TEST_F(ConnectionFailuresTest, AnEmptyHostIsAServerThatIsDown) {
     EXPECT_EQ(1u, boxes_.Boxes().size());
 }
 
-TEST_F(ConnectionFailuresTest, AProtocolVersionThatIsRefusedEndsTheConnection) {
+TEST_F(ConnectionFailuresTest, ProtocolVersionThatIsRefusedEndsTheConnection) {
     CLDAPItems& items = Make(server_.Location());
     items.Client().ldap_set_option = [](LDAP*, int, const void*) -> ULONG {
         return LDAP_PARAM_ERROR;
@@ -99,7 +99,7 @@ TEST_F(ConnectionFailuresTest, AProtocolVersionThatIsRefusedEndsTheConnection) {
     EXPECT_EQ(1, seen.calls);
 }
 
-TEST_F(ConnectionFailuresTest, ASecuredConnectionThatWouldFollowReferralsIsEnded) {
+TEST_F(ConnectionFailuresTest, SecuredConnectionThatWouldFollowReferralsIsEnded) {
     CDepotPath location = server_.Location();
     location.security = 1;
     CLDAPItems& items = Make(location);
@@ -110,7 +110,7 @@ TEST_F(ConnectionFailuresTest, ASecuredConnectionThatWouldFollowReferralsIsEnded
     ExpectEnded(items, 89);
 }
 
-TEST_F(ConnectionFailuresTest, AConnectCallThatFailsEndsTheConnection) {
+TEST_F(ConnectionFailuresTest, ConnectCallThatFailsEndsTheConnection) {
     CDepotPath location = server_.Location();
     location.connectTimeout = 3;
     CLDAPItems& items = Make(location);
@@ -142,7 +142,7 @@ TEST_F(ConnectionFailuresTest, CloseReportsAFailedUnbind) {
     EXPECT_TRUE(items.IsUsable());
 }
 
-TEST_F(ConnectionFailuresTest, AMissingLibraryMakesEveryOperationFailAsServerDown) {
+TEST_F(ConnectionFailuresTest, MissingLibraryMakesEveryOperationFailAsServerDown) {
     CLDAPItems& items = Make(Anonymous());
     EXPECT_EQ(0, BindDirectoryClient(items.Client(), "C:\\no-such-folder\\wldap32.dll"));
     EXPECT_EQ(0, items.ConnectLocation(&text_));
@@ -189,7 +189,7 @@ TEST_F(ConnectionFailuresTest, ReportingSuccessShowsNothing) {
     EXPECT_EQ(1u, boxes_.Boxes().size());
 }
 
-TEST_F(ConnectionFailuresTest, ACodeWithoutAMessageLeavesTheTextAlone) {
+TEST_F(ConnectionFailuresTest, CodeWithoutAMessageLeavesTheTextAlone) {
     CLDAPItems& items = Make(server_.Location());
     items.Client().LdapMapErrorToWin32 = [](ULONG) -> ULONG { return 0xDEAD0001; };
     items.ReportError(80, &text_);
@@ -197,7 +197,7 @@ TEST_F(ConnectionFailuresTest, ACodeWithoutAMessageLeavesTheTextAlone) {
     EXPECT_THAT(boxes_.Texts(), ElementsAre(""));
 }
 
-TEST_F(ConnectionFailuresTest, AServerThatStopsAfterTheBindIsDownForEachOperation) {
+TEST_F(ConnectionFailuresTest, ServerThatStopsAfterTheBindIsDownForEachOperation) {
     test::DirectoryServer mine;
     ForgetServer(mine.Port());
     CLDAPItems& items = Make(mine.Location());

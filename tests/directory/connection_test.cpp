@@ -11,7 +11,7 @@ using test::seen;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-TEST_F(ConnectionTest, ANewObjectIsUsableAndNotConnected) {
+TEST_F(ConnectionTest, NewObjectIsUsableAndNotConnected) {
     CLDAPItems& items = Make(server_.Location());
     EXPECT_TRUE(items.IsBound());
     EXPECT_TRUE(items.IsUsable());
@@ -26,7 +26,7 @@ TEST_F(ConnectionTest, WithoutARecordTheObjectOwnsADefaultOne) {
     EXPECT_EQ(":389", items.SharedInfo().Key());
 }
 
-TEST_F(ConnectionTest, TheBlockKeyIsMadeOfTheServer) {
+TEST_F(ConnectionTest, BlockKeyIsMadeOfTheServer) {
     CDepotPath location = server_.Location();
     location.host = "LocalHost";
     EXPECT_EQ("localhost:" + std::to_string(location.port), Make(location).SharedInfo().Key());
@@ -70,7 +70,7 @@ TEST_F(ConnectionTest, ProtocolVersionIsTheRecords) {
     EXPECT_THAT(seen.options, testing::Contains(std::pair(17, ULONG{2})));
 }
 
-TEST_F(ConnectionTest, ASecondConnectOfAConnectedObjectDoesNotTouchTheServer) {
+TEST_F(ConnectionTest, SecondConnectOfAConnectedObjectDoesNotTouchTheServer) {
     CLDAPItems& items = Make(server_.Location());
     ASSERT_EQ(1, items.ConnectLocation(&text_));
     server_.Mark();
@@ -78,14 +78,14 @@ TEST_F(ConnectionTest, ASecondConnectOfAConnectedObjectDoesNotTouchTheServer) {
     EXPECT_EQ(test::OperationCounts(), server_.Counts());
 }
 
-TEST_F(ConnectionTest, ASuccessfulBindClearsTheServersLastError) {
+TEST_F(ConnectionTest, SuccessfulBindClearsTheServersLastError) {
     CLDAPItems& items = Make(server_.Location());
     Info().lastError = 49;
     EXPECT_EQ(1, items.ConnectLocation(&text_));
     EXPECT_EQ(0u, Info().lastError);
 }
 
-TEST_F(ConnectionTest, TheDefaultTimeoutMakesNoConnectCall) {
+TEST_F(ConnectionTest, DefaultTimeoutMakesNoConnectCall) {
     const auto spy = [](LDAP* connection, l_timeval* limit) -> ULONG {
         ++seen.calls;
         seen.seconds = limit->tv_sec;
@@ -158,7 +158,7 @@ TEST_F(ConnectionTest, SearchesSucceedWithATimeoutOfAnySize) {
     }
 }
 
-TEST_F(ConnectionTest, AClientThatDoesNotKnowTheLimitsConnectsAllTheSame) {
+TEST_F(ConnectionTest, ClientThatDoesNotKnowTheLimitsConnectsAllTheSame) {
     CLDAPItems& items = Make(server_.Location());
     items.Client().ldap_set_option = [](LDAP* connection, int option, const void* value) -> ULONG {
         return option == LDAP_OPT_PROTOCOL_VERSION

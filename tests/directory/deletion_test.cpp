@@ -65,7 +65,7 @@ TEST_F(DeletionTest, LeavesAFolderThatHoldsOtherEntries) {
     EXPECT_TRUE(server_.Holds("cn=p," + Dn("tree")));
 }
 
-TEST_F(DeletionTest, GoesOnBehindAChildThatCannotBeDeleted) {
+TEST_F(DeletionTest, ContinuesBehindAChildThatCannotBeDeleted) {
     server_.AddFolder("tree", base_);
     for (const char* name : {"a.krc", "b.krc", "c.krc"}) server_.AddFile(name, Dn("tree"), "x");
     for (const char* name : {"d", "e", "f"}) {
@@ -92,7 +92,7 @@ TEST_F(DeletionTest, GoesOnBehindAChildThatCannotBeDeleted) {
     EXPECT_EQ(MessageFor(66), text_);
 }
 
-TEST_F(DeletionTest, FailureOfAFileIsToldAlsoWhenTheFolderItselfGoes) {
+TEST_F(DeletionTest, FailureOfAFileIsReportedAlsoWhenTheFolderItselfIsDeleted) {
     server_.AddFolder("tree", base_);
     server_.AddFile("a.krc", Dn("tree"), "x");
     static DirectoryClient genuine;

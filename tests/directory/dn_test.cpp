@@ -60,7 +60,7 @@ TEST(PathToDNTest, ParentStepsNeverTakeTheBaseAway) {
     EXPECT_EQ("CN=..,", PathToDN("\\..", kDefaults));
 }
 
-TEST(PathToDNTest, TheDotChoosesTheAttributeAlsoWhereTheAttributesDiffer) {
+TEST(PathToDNTest, DotChoosesTheAttributeAlsoWhereTheAttributesDiffer) {
     EXPECT_EQ("UID=a.krc,OU=sub,base", PathToDN("base\\sub\\a.krc", kDifferent));
     EXPECT_EQ("UID=v1.2,base", PathToDN("base\\v1.2", kDifferent));
 }
@@ -76,7 +76,7 @@ TEST(PathToDNTest, AnyTextEndsInAText) {
     }
 }
 
-TEST(SplitFirstComponentTest, WithOneAttributeTheDotTellsFilesFromFolders) {
+TEST(SplitFirstComponentTest, WithOneAttributeTheDotDistinguishesFilesFromFolders) {
     const auto file = SplitFirstComponent("CN=report.krc", kDefaults);
     ASSERT_TRUE(file);
     EXPECT_EQ("report.krc", file->name);
@@ -87,7 +87,7 @@ TEST(SplitFirstComponentTest, WithOneAttributeTheDotTellsFilesFromFolders) {
     EXPECT_TRUE(folder->isFolder);
 }
 
-TEST(SplitFirstComponentTest, AFolderWithADotInItsNameIsReadAsAFile) {
+TEST(SplitFirstComponentTest, FolderWithADotInItsNameIsReadAsAFile) {
     EXPECT_FALSE(SplitFirstComponent("CN=v1.2", kDefaults)->isFolder);
 }
 
@@ -109,7 +109,7 @@ TEST(SplitFirstComponentTest, AnotherAttributeIsNoEntry) {
     EXPECT_FALSE(SplitFirstComponent("", kDefaults));
 }
 
-TEST(SplitFirstComponentTest, TheExtensionGoesOnlyFromFilesAndOnlyWhenAsked) {
+TEST(SplitFirstComponentTest, ExtensionIsRemovedOnlyFromFilesAndOnlyOnRequest) {
     const auto stripped = [](const char* component, const NamingAttributes& attributes) {
         return SplitFirstComponent(component, attributes, FileExtension::kStrip)->name;
     };
@@ -141,12 +141,12 @@ TEST(DecodeNonAsciiEscapesTest, OnlyRunsAboveAsciiAreConverted) {
     EXPECT_EQ("", DecodeNonAsciiEscapes("", convert));
 }
 
-TEST(DecodeNonAsciiEscapesTest, ARunThatCannotBeConvertedStays) {
+TEST(DecodeNonAsciiEscapesTest, RunThatCannotBeConvertedStays) {
     const auto refuse = [](std::string_view) { return std::optional<std::string>(); };
     EXPECT_EQ("a\\FF\\FEb", DecodeNonAsciiEscapes("a\\FF\\FEb", refuse));
 }
 
-TEST(UnsafeNamesTextTest, SaysHowManyEntriesWereLeftOut) {
+TEST(UnsafeNamesTextTest, ReportsHowManyEntriesWereLeftOut) {
     EXPECT_EQ("", UnsafeNamesText(0));
     EXPECT_EQ("1 entry was left out: the name cannot be the name of a local file.",
               UnsafeNamesText(1));

@@ -52,7 +52,7 @@ TEST_F(EntriesTest, AddedFilesHoldTheirBytes) {
     EXPECT_THAT(entry, HasSubstr("cn: a.krc\n"));
 }
 
-TEST_F(EntriesTest, AZeroLengthFileIsReadBackAsOneBlank) {
+TEST_F(EntriesTest, ZeroLengthFileIsReadBackAsOneBlank) {
     EXPECT_EQ(0u, Connected().AddFileEntry(Dn("a.krc"), "a.krc", nullptr, 0));
     EXPECT_EQ(" ", Contents(Dn("a.krc")));
     EXPECT_EQ(0u, Connected().ReplaceFileContents(Dn("a.krc"), "text", 4));
@@ -134,7 +134,7 @@ TEST_F(EntriesTest, RenamingToANewParentMovesTheEntry) {
     EXPECT_FALSE(server_.Holds(Dn("a.krc")));
 }
 
-TEST_F(EntriesTest, RenamingFailuresKeepTheEntryAndTellTheReason) {
+TEST_F(EntriesTest, RenamingFailuresKeepTheEntryAndReportTheReason) {
     server_.AddFile("a.krc", base_, "a");
     server_.AddFile("b.krc", base_, "b");
     EXPECT_EQ(0, Connected().RenameEntry(Dn("a.krc"), Dn("b.krc"), &text_));
@@ -150,7 +150,7 @@ TEST_F(EntriesTest, RenamingFailuresKeepTheEntryAndTellTheReason) {
     EXPECT_THAT(boxes_.Boxes(), IsEmpty());
 }
 
-TEST_F(EntriesTest, AReaderMayNotWriteAndTheReasonIsTold) {
+TEST_F(EntriesTest, ReaderMayNotWriteAndTheReasonIsReported) {
     server_.AddFile("a.krc", base_, "x");
     CDepotPath location = server_.Location(base_);
     location.username = test::kReader;
@@ -175,7 +175,7 @@ TEST_F(EntriesTest, PathsAreMappedWithTheLocationsNames) {
     EXPECT_EQ("uid=a.krc,ou=sub," + base_, Connected().PathToDN(base_ + "\\sub\\a.krc"));
 }
 
-TEST_F(EntriesTest, SplittingTellsTheNameAndTheKind) {
+TEST_F(EntriesTest, SplittingReportsTheNameAndTheKind) {
     std::string name = "junk";
     bool isFolder = true;
     EXPECT_EQ(1, Connected().SplitEntryName("CN=report.krc," + base_, name, isFolder,
@@ -202,7 +202,7 @@ TEST_F(EntriesTest, WithoutAConnectionEveryOperationFailsAsServerDown) {
     EXPECT_EQ(81u, items.FindEntry(base_));
 }
 
-TEST_F(EntriesTest, AMissingEntryPointMakesItsOperationFailAsServerDown) {
+TEST_F(EntriesTest, MissingEntryPointMakesItsOperationFailAsServerDown) {
     DirectoryClient genuine;
     BindDirectoryClient(genuine);
     const auto without = [&](auto member) -> CLDAPItems& {

@@ -39,7 +39,7 @@ protected:
     std::string text_ = "junk";
 };
 
-TEST_F(FaultsTest, AConnectionThatClosesInTheMiddleOfALargeValueIsDown) {
+TEST_F(FaultsTest, ConnectionThatClosesInTheMiddleOfALargeValueIsDown) {
     DirectoryServer server;
     server.AddFile("big.krc", test::kSuffix, "x");
     const std::string bytes(10 * 1024 * 1024, 'b');
@@ -57,7 +57,7 @@ TEST_F(FaultsTest, AConnectionThatClosesInTheMiddleOfALargeValueIsDown) {
     EXPECT_THAT(boxes_.Boxes(), IsEmpty());
 }
 
-TEST_F(FaultsTest, AServerThatStopsBetweenListingAndReadingIsDown) {
+TEST_F(FaultsTest, ServerThatStopsBetweenListingAndReadingIsDown) {
     DirectoryServer server;
     server.AddFile("a.krc", test::kSuffix, "x");
     CLDAPItems& items = Connect(server.Location());
@@ -86,7 +86,7 @@ TEST_F(FaultsTest, AfterARestartANewConnectionWorks) {
     EXPECT_EQ(1u, buffer.length);
 }
 
-TEST_F(FaultsTest, AListingOverTheServersSizeLimitFailsWithItsCode) {
+TEST_F(FaultsTest, ListingOverTheServersSizeLimitFailsWithItsCode) {
     DirectoryServer server("database limits users size=3");
     server.Apply(Files(5, test::kSuffix));
     CLDAPItems& items = Connect(server.Location());
@@ -99,7 +99,7 @@ TEST_F(FaultsTest, AListingOverTheServersSizeLimitFailsWithItsCode) {
     EXPECT_THAT(boxes_.Boxes(), IsEmpty());
 }
 
-TEST_F(FaultsTest, ASearchOverTheServersTimeLimitFailsWithItsCode) {
+TEST_F(FaultsTest, SearchOverTheServersTimeLimitFailsWithItsCode) {
     // The server answers searches of this entry as it does once the time is over.
     DirectoryServer server(
         "global moduleload retcode\ndatabase overlay retcode\n"
@@ -140,7 +140,7 @@ TEST_F(FaultsTest, EntriesWithoutTheNamingAttributeAreLeftOut) {
     EXPECT_THAT(boxes_.Boxes(), IsEmpty());
 }
 
-TEST_F(FaultsTest, AReferralEndsInTheServersCode) {
+TEST_F(FaultsTest, ReferralEndsInTheServersCode) {
     DirectoryServer server;
     server.Apply("dn: " + Dn("elsewhere") +
                  "\nobjectClass: referral\nobjectClass: extensibleObject\n"
@@ -166,7 +166,7 @@ TEST_F(FaultsTest, WithoutTheSchemaAddingFailsWithTheServersCode) {
     EXPECT_THAT(boxes_.Boxes(), IsEmpty());
 }
 
-TEST_F(FaultsTest, AServerThatRefusesTheProtocolVersionFailsTheBind) {
+TEST_F(FaultsTest, ServerThatRefusesTheProtocolVersionFailsTheBind) {
     DirectoryServer server("global disallow bind_simple");
     CDepotPath location = server.Location();
     location.authentication = kAnonymousAuthentication;
@@ -179,7 +179,7 @@ TEST_F(FaultsTest, AServerThatRefusesTheProtocolVersionFailsTheBind) {
     EXPECT_EQ(1u, boxes_.Boxes().size());
 }
 
-TEST_F(FaultsTest, AServerThatForbidsAnonymousAccessIsReportedOnce) {
+TEST_F(FaultsTest, ServerThatForbidsAnonymousAccessIsReportedOnce) {
     DirectoryServer server("global disallow bind_anon");
     CDepotPath location = server.Location();
     location.authentication = kAnonymousAuthentication;
@@ -192,7 +192,7 @@ TEST_F(FaultsTest, AServerThatForbidsAnonymousAccessIsReportedOnce) {
     EXPECT_THAT(boxes_.Texts(), ElementsAre(MessageFor(48)));
 }
 
-TEST_F(FaultsTest, AFailureOfAnyCallOfTheConnectionLeavesNoHandleOpen) {
+TEST_F(FaultsTest, FailureOfAnyCallOfTheConnectionLeavesNoHandleOpen) {
     static DirectoryClient genuine;
     static int open;
     static int left;

@@ -21,7 +21,7 @@ protected:
     }
 };
 
-TEST_F(HandlesTest, AnOpenConnectionIsSeenByTheCount) {
+TEST_F(HandlesTest, OpenConnectionIsSeenByTheCount) {
     const std::size_t before = test::CountOpenHandles();
     Connected();
     EXPECT_GT(test::CountOpenHandles(), before);
@@ -92,7 +92,7 @@ TEST_F(HandlesTest, ReopeningOneObjectLeavesTheHandleOfEachAccessOnly) {
               }));
 }
 
-TEST_F(HandlesTest, AnAbsentServerLeavesTheHandlesOfTheAccessesButTheLast) {
+TEST_F(HandlesTest, AbsentServerLeavesTheHandlesOfTheAccessesButTheLast) {
     constexpr std::size_t kAccesses = 3;  // no prompts, the error, its text
     CDepotPath location = server_.Location(base_);
     location.port = test::ClosedPort();

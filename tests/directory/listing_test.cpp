@@ -24,13 +24,13 @@ protected:
     }
 };
 
-TEST_F(ListingTest, TellsFoldersAndFilesByTheirClass) {
+TEST_F(ListingTest, DistinguishesFoldersAndFilesByTheirClass) {
     server_.AddFolder("v1.2", base_);
     server_.AddFile("plain", base_, "x");
     EXPECT_THAT(List(), UnorderedElementsAre("folder CN=v1.2," + base_, "file CN=plain," + base_));
 }
 
-TEST_F(ListingTest, AnEmptyFolderSucceedsWithNothing) {
+TEST_F(ListingTest, EmptyFolderSucceedsWithNothing) {
     EXPECT_THAT(List(), IsEmpty());
 }
 
@@ -193,7 +193,7 @@ TEST_F(ChildTest, IsNamedByTheValueThatCompletesIt) {
                 ElementsAre("file CN=two.krc," + base_));
 }
 
-TEST_F(ChildTest, OfBothClassesIsWhatItsFirstClassSaysWhenTheNameIsKnown) {
+TEST_F(ChildTest, OfBothClassesTheFirstCountsWhenTheNameIsKnown) {
     EXPECT_THAT(ListChild({{"CN", {"a"}}, {"objectClass", {"quillonFolder", "quillonFileBinary"}}}),
                 ElementsAre("folder CN=a," + base_));
     EXPECT_THAT(ListChild({{"CN", {"a"}}, {"objectClass", {"quillonFileBinary", "quillonFolder"}}}),
@@ -253,7 +253,7 @@ TEST_F(ListingTest, WithItsOwnNamesUsesThem) {
     EXPECT_THAT(server_.Log(), HasSubstr("SRCH attr=ou objectClass uid\n"));
 }
 
-TEST_F(ListingTest, AMissingFolderFailsAndEmptiesTheList) {
+TEST_F(ListingTest, MissingFolderFailsAndEmptiesTheList) {
     LdapItemList items;
     items.Add("junk", true);
     EXPECT_EQ(0, Connected().ListChildren(Dn("missing"), items));

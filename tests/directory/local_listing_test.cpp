@@ -88,7 +88,7 @@ TEST_F(LocalListingTest, NamesThatTheCodePageCannotHoldAreLeftOutAndCounted) {
     EXPECT_THAT(Found(), ElementsAre("folder \\b", "folder \\b\\c"));
 }
 
-TEST(UnsafeLocalNamesTextTest, SaysHowManyWereLeftOut) {
+TEST(UnsafeLocalNamesTextTest, ReportsHowManyWereLeftOut) {
     EXPECT_EQ("", UnsafeLocalNamesText(0));
     EXPECT_EQ("1 file or folder was left out: the system's code page cannot hold the name.",
               UnsafeLocalNamesText(1));
@@ -96,20 +96,20 @@ TEST(UnsafeLocalNamesTextTest, SaysHowManyWereLeftOut) {
               UnsafeLocalNamesText(12));
 }
 
-TEST(LinksTextTest, SaysHowManyLinksWereLeftOut) {
+TEST(LinksTextTest, ReportsHowManyLinksWereLeftOut) {
     EXPECT_EQ("", LinksText(0));
     EXPECT_EQ("1 link to a folder was left out.", LinksText(1));
     EXPECT_EQ("12 links to folders were left out.", LinksText(12));
 }
 
-TEST_F(LocalListingTest, APathCountsAsAFolderWhenItIsOne) {
+TEST_F(LocalListingTest, PathCountsAsAFolderWhenItIsOne) {
     AddLocalPath(folder_.At("b"), items_);
     AddLocalPath(folder_.At("a.krc"), items_);
     AddLocalPath(folder_.At("missing"), items_);
     EXPECT_THAT(Found(), ElementsAre("folder \\b", "file \\a.krc", "file \\missing"));
 }
 
-TEST_F(LocalListingTest, AMissingFolderAddsNothing) {
+TEST_F(LocalListingTest, MissingFolderAddsNothing) {
     AddLocalFoldersBelow(folder_.At("missing"), items_);
     AddLocalChildren(folder_.At("missing"), Subfolders::kTake, items_);
     EXPECT_EQ(0u, items_.Count());

@@ -71,7 +71,7 @@ protected:
     int files_ = 0;
 };
 
-TEST_F(PagedListingTest, AListingAtTheLimitIsOneSearchAndAboveItComesInPages) {
+TEST_F(PagedListingTest, ListingAtTheLimitIsOneSearchAndAboveItComesInPages) {
     Start(kPaging);
     AddFiles(500);
     EXPECT_EQ(1, List());
@@ -85,7 +85,7 @@ TEST_F(PagedListingTest, AListingAtTheLimitIsOneSearchAndAboveItComesInPages) {
     EXPECT_THAT(boxes_.Boxes(), IsEmpty());
 }
 
-TEST_F(PagedListingTest, APageThatIsExactlyFullIsTheLastOne) {
+TEST_F(PagedListingTest, PageThatIsExactlyFullIsTheLastOne) {
     Start(kPaging);
     AddFiles(1000);
     EXPECT_EQ(1, List());
@@ -104,7 +104,7 @@ TEST_F(PagedListingTest, NamesThatCannotBeLocalAreCountedOverAllPages) {
     EXPECT_EQ("<Work>\\f0.krc", children_.At(0).path);
 }
 
-TEST_F(PagedListingTest, AServerThatGivesNoPagesEndsInItsSizeLimit) {
+TEST_F(PagedListingTest, ServerThatGivesNoPagesEndsInItsSizeLimit) {
     Start("database limits * size.soft=3 size.hard=3 size.prtotal=disabled");
     AddFiles(5);
     ExpectRefused();
@@ -112,13 +112,13 @@ TEST_F(PagedListingTest, AServerThatGivesNoPagesEndsInItsSizeLimit) {
     EXPECT_THAT(boxes_.Boxes(), IsEmpty());
 }
 
-TEST_F(PagedListingTest, AServerThatLimitsAllPagesTogetherEndsInItsSizeLimit) {
+TEST_F(PagedListingTest, ServerThatLimitsAllPagesTogetherEndsInItsSizeLimit) {
     Start("database limits * size.soft=3 size.hard=3 size.prtotal=600");
     AddFiles(601);
     ExpectRefused();
 }
 
-TEST_F(PagedListingTest, AServerThatDoesNotOfferPagesIsNotAskedForThem) {
+TEST_F(PagedListingTest, ServerThatDoesNotOfferPagesIsNotAskedForThem) {
     Start(kPaging);
     AddFiles(501);
     items_->Client().ldap_get_values = [](LDAP* connection, LDAPMessage* entry,
@@ -133,7 +133,7 @@ TEST_F(PagedListingTest, AServerThatDoesNotOfferPagesIsNotAskedForThem) {
     EXPECT_EQ((OperationCounts{.searches = 2}), server_->Counts());
 }
 
-TEST_F(PagedListingTest, AServerThatDoesNotSayWhatItOffersIsNotAskedForPages) {
+TEST_F(PagedListingTest, ServerThatDoesNotSayWhatItOffersIsNotAskedForPages) {
     Start(kPaging);
     AddFiles(501);
     items_->Client().ldap_search_s = [](LDAP* connection, PCHAR base, ULONG scope, PCHAR filter,
@@ -147,7 +147,7 @@ TEST_F(PagedListingTest, AServerThatDoesNotSayWhatItOffersIsNotAskedForPages) {
     EXPECT_EQ((OperationCounts{.searches = 1}), server_->Counts());
 }
 
-TEST_F(PagedListingTest, AClientThatCannotAskForPagesEndsInTheSizeLimit) {
+TEST_F(PagedListingTest, ClientThatCannotAskForPagesEndsInTheSizeLimit) {
     Start(kPaging);
     AddFiles(501);
     items_->Paging().ldap_parse_page_control = PagingClient().ldap_parse_page_control;
@@ -156,7 +156,7 @@ TEST_F(PagedListingTest, AClientThatCannotAskForPagesEndsInTheSizeLimit) {
     EXPECT_EQ((OperationCounts{.searches = 1}), server_->Counts());
 }
 
-TEST_F(PagedListingTest, AFirstPageThatIsRefusedInAnyWayEndsInTheSizeLimit) {
+TEST_F(PagedListingTest, FirstPageThatIsRefusedInAnyWayEndsInTheSizeLimit) {
     Start(kPaging);
     AddFiles(501);
     items_->Paging().ldap_search_ext_s =
@@ -165,7 +165,7 @@ TEST_F(PagedListingTest, AFirstPageThatIsRefusedInAnyWayEndsInTheSizeLimit) {
     ExpectRefused();
 }
 
-TEST_F(PagedListingTest, AServerThatGoesBetweenTwoPagesIsDownAndLeavesNoHalfListing) {
+TEST_F(PagedListingTest, ServerThatStopsBetweenTwoPagesIsDownAndLeavesNoHalfListing) {
     Start(kPaging);
     AddFiles(501);
     stopping = server_.get();
@@ -184,7 +184,7 @@ TEST_F(PagedListingTest, AServerThatGoesBetweenTwoPagesIsDownAndLeavesNoHalfList
     server_->Continue();
 }
 
-TEST_F(PagedListingTest, AFolderThatIsDeletedBetweenTwoPagesLeavesNoHalfListing) {
+TEST_F(PagedListingTest, FolderThatIsDeletedBetweenTwoPagesLeavesNoHalfListing) {
     Start(kPaging);
     AddFiles(501);
     static std::unique_ptr<CLDAPItems> other;
@@ -235,7 +235,7 @@ TEST_F(PagedListingTest, PagesThatNeverHoldAnEntryEnd) {
     EXPECT_EQ(101, calls);
 }
 
-TEST_F(PagedListingTest, TheTreeOfALargeFolderIsDeleted) {
+TEST_F(PagedListingTest, TreeOfALargeFolderIsDeleted) {
     Start(kPaging);
     AddFiles(501);
     EXPECT_EQ(1, items_->DeleteTree(folder_, nullptr));

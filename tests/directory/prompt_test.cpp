@@ -57,7 +57,7 @@ TEST_F(PromptTest, SharedCredentialsFillAnEmptyRecord) {
     EXPECT_EQ("shared word", items.GetPassword());
 }
 
-TEST_F(PromptTest, TheRecordsCredentialsGoBeforeTheSharedOnes) {
+TEST_F(PromptTest, RecordsCredentialsPrecedeTheSharedOnes) {
     Make("", "").SetUserName("shared name");
     items_->SetPassword("shared word");
     CLDAPItems& items = Make("anna", "");
@@ -66,7 +66,7 @@ TEST_F(PromptTest, TheRecordsCredentialsGoBeforeTheSharedOnes) {
     EXPECT_EQ("shared word", items.GetPassword());
 }
 
-TEST_F(PromptTest, ARecordedErrorOpensTheDialogFilledWithWhatIsKnown) {
+TEST_F(PromptTest, RecordedErrorOpensTheDialogFilledWithWhatIsKnown) {
     CLDAPItems& items = Make("anna", "secret");
     Info().lastError = 49;
     prompt_.Type("berta", "new secret");
@@ -77,7 +77,7 @@ TEST_F(PromptTest, ARecordedErrorOpensTheDialogFilledWithWhatIsKnown) {
     EXPECT_EQ("secret", prompt_.shown[0].password);
 }
 
-TEST_F(PromptTest, ARecordedErrorOpensTheDialogFilledWithSharedCredentials) {
+TEST_F(PromptTest, RecordedErrorOpensTheDialogFilledWithSharedCredentials) {
     CLDAPItems& items = Make("", "");
     items.SetUserName("anna");
     items.SetPassword("secret");
@@ -98,7 +98,7 @@ TEST_F(PromptTest, MissingCredentialsOpenTheDialogAlsoWithoutAnError) {
     EXPECT_EQ(2u, prompt_.shown.size());
 }
 
-TEST_F(PromptTest, AConfirmedDialogIsKeptInTheRecordAndInTheSharedBlock) {
+TEST_F(PromptTest, ConfirmedDialogIsKeptInTheRecordAndInTheSharedBlock) {
     CLDAPItems& items = Make("", "");
     prompt_.Type("berta", "new secret");
     EXPECT_EQ(1, items.PromptForCredentials());
@@ -109,7 +109,7 @@ TEST_F(PromptTest, AConfirmedDialogIsKeptInTheRecordAndInTheSharedBlock) {
     EXPECT_EQ(0u, Info().noPrompt);
 }
 
-TEST_F(PromptTest, ACancelledDialogEmptiesThePasswordAndTurnsPromptingOff) {
+TEST_F(PromptTest, CancelledDialogEmptiesThePasswordAndTurnsPromptingOff) {
     CLDAPItems& items = Make("anna", "secret");
     Info().lastError = 49;
     EXPECT_EQ(0, items.PromptForCredentials());
@@ -131,7 +131,7 @@ TEST_F(PromptTest, TypedTextsAreCutToTheSharedFields) {
     EXPECT_EQ(std::string(259, 'p'), items.GetSharedPassword());
 }
 
-TEST_F(PromptTest, AFieldWithoutATerminatorIsReadWithinItsBounds) {
+TEST_F(PromptTest, FieldWithoutATerminatorIsReadWithinItsBounds) {
     CLDAPItems& items = Make("", "");
     std::fill_n(Info().userName, sizeof(DirectoryInfo::userName), 'x');
     std::fill_n(Info().password, sizeof(DirectoryInfo::password), 'y');
@@ -139,7 +139,7 @@ TEST_F(PromptTest, AFieldWithoutATerminatorIsReadWithinItsBounds) {
     EXPECT_EQ(std::string(260, 'y'), items.GetSharedPassword());
 }
 
-TEST_F(PromptTest, AWrongPasswordIsAskedForUntilItIsRight) {
+TEST_F(PromptTest, WrongPasswordIsAskedForUntilItIsRight) {
     CLDAPItems& items = Make(test::kEditor, "wrong");
     prompt_.Type(test::kEditor, "wrong again");
     prompt_.Type(test::kEditor, test::kEditorPassword);
@@ -154,7 +154,7 @@ TEST_F(PromptTest, AWrongPasswordIsAskedForUntilItIsRight) {
     EXPECT_EQ(test::kEditorPassword, items.GetSharedPassword());
 }
 
-TEST_F(PromptTest, ACancelledPromptIsReportedAsCancelled) {
+TEST_F(PromptTest, CancelledPromptIsReportedAsCancelled) {
     CLDAPItems& items = Make(test::kEditor, "wrong");
     EXPECT_EQ(0, items.ConnectLocation(&text_));
     EXPECT_EQ(88u, items.LastError());
@@ -170,7 +170,7 @@ TEST_F(PromptTest, ACancelledPromptIsReportedAsCancelled) {
     EXPECT_TRUE(box.hasErrorIcon);
 }
 
-TEST_F(PromptTest, AfterACancelNobodyIsAskedAgainForThatServer) {
+TEST_F(PromptTest, AfterACancelNoPromptAppearsAgainForThatServer) {
     Make(test::kEditor, "wrong").ConnectLocation(nullptr);
     CLDAPItems& items = Make(test::kEditor, "wrong");
     EXPECT_EQ(0, items.ConnectLocation(&text_));
@@ -193,7 +193,7 @@ TEST_F(PromptTest, WhatOneLocationLearnsServesTheOthersOfItsServer) {
     EXPECT_EQ(1u, prompt_.shown.size());
 }
 
-TEST_F(PromptTest, ASecondFailureThatNoPromptCouldChangeIsFinal) {
+TEST_F(PromptTest, SecondFailureThatNoPromptCouldChangeIsFinal) {
     CDepotPath location = server_.Location();
     location.authentication = 5;
     location.password = "wrong";
@@ -220,7 +220,7 @@ TEST_F(PromptTest, WithoutASharedBlockTheRecordStillServes) {
     EXPECT_EQ(1, items_->ConnectLocation(&text_));
 }
 
-TEST_F(PromptTest, AnAnonymousBindThatSucceedsInAnotherProcessAsksNobodyAndChangesNothing) {
+TEST_F(PromptTest, AnonymousBindThatSucceedsInAnotherProcessShowsNoPromptAndChangesNothing) {
     CLDAPItems& items = Make(test::kEditor, "wrong");
     EXPECT_EQ(0u, Info().noPrompt);
     const test::ChildProcess other("connect-anonymously", {std::to_string(server_.Port())});
@@ -233,7 +233,7 @@ TEST_F(PromptTest, AnAnonymousBindThatSucceedsInAnotherProcessAsksNobodyAndChang
     EXPECT_EQ(1u, prompt_.shown.size());
 }
 
-TEST_F(PromptTest, AnAnonymousBindThatFailsInAnotherProcessEndsPromptingHere) {
+TEST_F(PromptTest, AnonymousBindThatFailsInAnotherProcessEndsPromptingHere) {
     test::DirectoryServer server("global disallow bind_anon");
     CDepotPath location = server.Location();
     location.password = "wrong";
@@ -249,7 +249,7 @@ TEST_F(PromptTest, AnAnonymousBindThatFailsInAnotherProcessEndsPromptingHere) {
     EXPECT_THAT(boxes_.Texts(), ElementsAre(MessageFor(49)));
 }
 
-TEST_F(PromptTest, AServerThatIsDownIsAskedForLikeAWrongPassword) {
+TEST_F(PromptTest, ServerThatIsDownIsAskedForLikeAWrongPassword) {
     CDepotPath location = server_.Location();
     location.port = test::ClosedPort();
     ForgetServer(location.port);

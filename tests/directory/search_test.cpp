@@ -64,7 +64,7 @@ TEST_F(SearchTest, FindingGivesTheDirectorysCode) {
     EXPECT_EQ(34u, Connected().FindEntry("not a name"));
 }
 
-TEST_F(SearchTest, ABaseWithMoreEntriesThanTheServersLimitIsFound) {
+TEST_F(SearchTest, BaseWithMoreEntriesThanTheServersLimitIsFound) {
     std::string entries;
     for (int index = 0; index < 700; ++index) {
         const std::string name = "f" + std::to_string(index) + ".krc";

@@ -63,13 +63,13 @@ TEST_F(SecurityTest, LdapsSecuresTheSessionFromItsStart) {
     EXPECT_EQ(0u, items.FindEntry(test::kSuffix));
 }
 
-TEST_F(SecurityTest, AnUnknownSettingIsTakenAsStartTls) {
+TEST_F(SecurityTest, UnknownSettingIsTakenAsStartTls) {
     TlsServer().Mark();
     EXPECT_EQ(1, Make(3, TlsServer().Port()).ConnectLocation(&text_));
     EXPECT_THAT(TlsServer().Log(), HasSubstr("TLS established"));
 }
 
-TEST_F(SecurityTest, AServerThatRefusesStartTlsIsNotBoundTo) {
+TEST_F(SecurityTest, ServerThatRefusesStartTlsIsNotBoundTo) {
     DirectoryServer plain;
     CLDAPItems& items = Make(1, plain.Port());
     plain.Mark();
@@ -80,14 +80,14 @@ TEST_F(SecurityTest, AServerThatRefusesStartTlsIsNotBoundTo) {
     EXPECT_EQ(1u, boxes_.Boxes().size());
 }
 
-TEST_F(SecurityTest, AnAbsentServerIsReportedOnceWithLdaps) {
+TEST_F(SecurityTest, AbsentServerIsReportedOnceWithLdaps) {
     CLDAPItems& items = Make(2, test::ClosedPort());
     EXPECT_EQ(0, items.ConnectLocation(&text_));
     EXPECT_EQ(81u, items.LastError());
     EXPECT_EQ(1u, boxes_.Boxes().size());
 }
 
-TEST_F(SecurityTest, ACertificateThatTheClientRefusesEndsTheConnection) {
+TEST_F(SecurityTest, CertificateThatTheClientRefusesEndsTheConnection) {
     CLDAPItems& items = Make(1, TlsServer().Port());
     items.Client().ldap_start_tls_s = [](LDAP*, PULONG, LDAPMessage**, PLDAPControlA*,
                                          PLDAPControlA*) -> ULONG { return LDAP_CONNECT_ERROR; };
@@ -100,7 +100,7 @@ TEST_F(SecurityTest, ACertificateThatTheClientRefusesEndsTheConnection) {
     EXPECT_EQ(0, TlsServer().Counts().binds);
 }
 
-TEST_F(SecurityTest, AClientWithoutTlsFailsAsServerDown) {
+TEST_F(SecurityTest, ClientWithoutTlsFailsAsServerDown) {
     for (const std::uint32_t security : {1u, 2u}) {
         CLDAPItems& items = Make(security, TlsServer().Port());
         items.Client().ldap_start_tls_s = DirectoryClient().ldap_start_tls_s;

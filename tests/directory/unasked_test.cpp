@@ -136,7 +136,7 @@ TEST_F(UnaskedTest, KnownCredentialsAreUsedWhilePromptingIsOff) {
     EXPECT_THAT(boxes_.Boxes(), IsEmpty());
 }
 
-TEST_F(UnaskedTest, ALocationThatNeedsNoCredentialsConnectsWhilePromptingIsOff) {
+TEST_F(UnaskedTest, LocationThatNeedsNoCredentialsConnectsWhilePromptingIsOff) {
     CDepotPath location = server_.Location();
     location.authentication = kAnonymousAuthentication;
     CLDAPItems& items = Make(location);
@@ -178,7 +178,7 @@ TEST_F(UnaskedTest, AnyNumberButZeroTurnsPromptingOff) {
     EXPECT_THAT(prompt_.shown, IsEmpty());
 }
 
-TEST_F(UnaskedTest, WithoutAPromptNobodyIsAskedAndPromptingStaysOnForOthers) {
+TEST_F(UnaskedTest, WithoutAPromptNoneAppearsAndPromptingStaysOnForOthers) {
     CLDAPItems& items = Make("anna", "");
     items.SetPrompt(nullptr);
     EXPECT_EQ(0, items.PromptForCredentials());
@@ -202,7 +202,7 @@ TEST_F(UnaskedTest, WithoutAPromptAFailedBindEndsTheConnectionAndPromptingStaysO
     EXPECT_THAT(boxes_.Texts(), ElementsAre(MessageFor(49)));
 }
 
-TEST_F(UnaskedTest, TheInstalledPromptServesEveryConnectionAsLongAsItIsInstalled) {
+TEST_F(UnaskedTest, InstalledPromptServesEveryConnectionAsLongAsItIsInstalled) {
     CDepotPath location = server_.Location();
     location.password.clear();
     CLDAPItems items(&location);

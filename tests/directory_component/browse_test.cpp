@@ -132,7 +132,7 @@ TEST_F(BrowseDirectoryTest, SavingBeginsWithTheSelectedItemAndOffersFileOperatio
     EXPECT_FALSE(Holds("new.kra"));
 }
 
-TEST_F(BrowseDirectoryTest, TheOtherApplicationsFilesAreOpenedAndSavedToo) {
+TEST_F(BrowseDirectoryTest, OtherApplicationsFilesAreOpenedAndSavedToo) {
     server_.AddFile("c.krk", base_, "[S]\r\nK=of c\r\n");
     for (const BROWSE_TYPE type : {PROMPT_OPEN, PROMPT_SAVEAS}) {
         Session session(*api_);

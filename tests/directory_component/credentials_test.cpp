@@ -207,7 +207,7 @@ TEST_F(CredentialsTest, WrongPasswordIsAskedForAgainUntilItIsRight) {
     EXPECT_EQ(0u, Shared().lastError);
 }
 
-TEST_F(CredentialsTest, CancelledDialogGivesAFileWithoutValuesAndNobodyIsAskedAgain) {
+TEST_F(CredentialsTest, CancelledDialogGivesAFileWithoutValuesAndNoSecondPrompt) {
     const RegisteredDialog dialog;
     const DialogWatch watch({Cancel()});
     EXPECT_EQ(L"(default)", Value());
@@ -255,7 +255,7 @@ TEST_F(CredentialsTest, DialogThatIsNotRegisteredCountsAsCancelled) {
     EXPECT_THAT(boxes_.Texts(), ElementsAre(MessageFor(88)));
 }
 
-TEST_F(CredentialsTest, DialogIsFilledWithWhatTheLocationSays) {
+TEST_F(CredentialsTest, DialogIsFilledFromTheLocation) {
     depots_.Text("Corp", "Username1", kEditor);
     depots_.Text("Corp", "Password1", "outdated");
     const RegisteredDialog dialog;
@@ -276,7 +276,7 @@ int WINAPI NoteBox(HWND, LPCSTR text, LPCSTR, UINT) {
     return IDOK;
 }
 
-TEST_F(CredentialsTest, NobodyIsAskedWhileTheComponentIsUnloaded) {
+TEST_F(CredentialsTest, NoPromptAppearsWhileTheComponentIsUnloaded) {
     notedBoxes.clear();
     const RegisteredDialog dialog;
     const std::string guest = "cn=guest," + std::string(kSuffix);

@@ -70,7 +70,7 @@ TEST_F(DirectoryFilesTest, ValuesAreReadWrittenAndFlushed) {
     EXPECT_THAT(boxes_.Texts(), IsEmpty());
 }
 
-TEST_F(DirectoryFilesTest, TheRootOfTheDepotIsNotDeleted) {
+TEST_F(DirectoryFilesTest, RootOfTheDepotIsNotDeleted) {
     Session session(*api_);
     for (const char* path : {"<Corp>\\", "<Corp>\\Sessions\\.."}) {
         EXPECT_EQ(S_FALSE, api_->DPDeleteFile(session, Text(path)));

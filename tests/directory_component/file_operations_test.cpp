@@ -114,7 +114,7 @@ TEST_P(FileOperationsTest, DeletedFileIsGoneAndNothingElse) {
     EXPECT_EQ("2", store_.Bytes("b.kra"));
 }
 
-TEST_P(FileOperationsTest, DeletedFolderOfADirectoryGoesWithAllThatItHolds) {
+TEST_P(FileOperationsTest, DeletedFolderOfADirectoryTakesAllThatItHolds) {
     store_.MakeTree("tree");
     EXPECT_EQ(InDirectory() ? S_OK : S_FALSE, Delete(Path("tree")));
     EXPECT_EQ(InDirectory() ? StoreContents() : Store::Tree(), store_.Contents("tree"));

@@ -61,7 +61,7 @@ protected:
     CleanWorkingFiles clean_;
 };
 
-TEST_F(NestedCallsTest, SessionThatEndsWhileABoxIsOpenGoesWhenItsCallReturns) {
+TEST_F(NestedCallsTest, SessionThatEndsWhileABoxIsOpenIsDestroyedWhenItsCallReturns) {
     HRESULT nested = E_FAIL;
     const ClientWindow window([&] { nested = api_->DPUnInitialize(session_); });
     api_->DPFlushFile(session_);

@@ -44,7 +44,7 @@ TEST_P(PublishStoresTest, ClientsOfEveryStoreAreCopiedBesideTheProfile) {
     EXPECT_EQ("three", FileBytes(plain));
 }
 
-TEST_P(PublishStoresTest, ProfileReachesADirectoryOnlyWhenItIsFlushedOrLetGoOf) {
+TEST_P(PublishStoresTest, ProfileReachesADirectoryOnlyWhenItIsFlushedOrReleased) {
     Publish(1, "C1=u:c.cfg\r\n");
     const auto isStored = [&] {
         return store_.Bytes("Sub\\p.kra").find("C1=c.cfg\r\n") != std::string::npos;
@@ -145,7 +145,7 @@ TEST_P(PublishStoresTest, PublishedProfilePublishedAgainStaysAsItIs) {
     EXPECT_EQ(before, store_.Contents());
 }
 
-TEST_P(PublishStoresTest, WithoutClientsOnlyTheServersEntryGoes) {
+TEST_P(PublishStoresTest, WithoutClientsOnlyTheServersEntryIsWritten) {
     for (const int count : {0, -1, -2'000'000'000}) {
         SCOPED_TRACE(count);
         Publish(count, "C1=x.cfg\r\n");

@@ -239,7 +239,7 @@ BOOL WINAPI ShowNoOwner(HANDLE, SECURITY_INFORMATION, PSECURITY_DESCRIPTOR, DWOR
     return FALSE;
 }
 
-TEST_F(AbandonedCopiesTest, JournalOfNobodyKnownIsNotBelieved) {
+TEST_F(AbandonedCopiesTest, JournalOfAnUnknownProcessIsNotBelieved) {
     const std::string copy = MakeTemp("lda1.tmp", kNew);
     const std::string journal = MakeJournal(RecordOf("lda1.tmp", kOld));
     const test::ImportPatch<decltype(&GetKernelObjectSecurity)> owners("GetKernelObjectSecurity",
@@ -334,7 +334,7 @@ TEST_F(AbandonedCopiesTest, CopyThatCannotBeRecoveredStaysForTheNextTime) {
     EXPECT_THAT(Journals(), IsEmpty());
 }
 
-TEST_F(AbandonedCopiesTest, CopyThatWasToldToStayIsNotSwept) {
+TEST_F(AbandonedCopiesTest, CopyThatIsToStayIsNotSwept) {
     const std::string copy = MakeTemp("lda1.tmp", kNew);
     NoteWorkingCopy(copy, {"a.kra", "server:389", "cn=a.kra"}, kOld, sizeof(kOld) - 1);
     ForgetWorkingCopy(copy);

@@ -38,14 +38,14 @@ protected:
     CDepot depot_{nullptr};
 };
 
-TEST_F(LocationChoiceTest, AReachableDirectoryIsChosen) {
+TEST_F(LocationChoiceTest, ReachableDirectoryIsChosen) {
     CDepotPath& location = AddDirectory(base_, server_.Port());
     EXPECT_EQ(base_ + "\\", depot_.paths->GetActivePath());
     EXPECT_EQ(&location, depot_.paths->ChosenLocation());
     EXPECT_THAT(boxes_.Boxes(), IsEmpty());
 }
 
-TEST_F(LocationChoiceTest, TheProbeIsOneBindAndOneSearchOfTheBaseAlone) {
+TEST_F(LocationChoiceTest, ProbeIsOneBindAndOneSearchOfTheBaseAlone) {
     server_.AddFile("a.krc", base_, "x");
     AddDirectory(base_, server_.Port());
     server_.Mark();
@@ -57,7 +57,7 @@ TEST_F(LocationChoiceTest, TheProbeIsOneBindAndOneSearchOfTheBaseAlone) {
     EXPECT_TRUE(server_.WaitForLog("UNBIND"));
 }
 
-TEST_F(LocationChoiceTest, TheProbeNamesWhoeverWasNamedForTheServerBefore) {
+TEST_F(LocationChoiceTest, ProbeNamesWhoeverWasNamedForTheServerBefore) {
     CDepotPath& location = AddDirectory(base_, server_.Port());
     location.authentication = kSimpleAuthentication;
     location.username.clear();
@@ -73,7 +73,7 @@ TEST_F(LocationChoiceTest, TheProbeNamesWhoeverWasNamedForTheServerBefore) {
     EXPECT_THAT(boxes_.Boxes(), IsEmpty());
 }
 
-TEST_F(LocationChoiceTest, TheProbeAsksNobodyWhenNobodyIsKnown) {
+TEST_F(LocationChoiceTest, ProbeShowsNoPromptWithoutKnownCredentials) {
     CDepotPath& location = AddDirectory(base_, server_.Port());
     location.authentication = kSimpleAuthentication;
     location.username.clear();
@@ -84,7 +84,7 @@ TEST_F(LocationChoiceTest, TheProbeAsksNobodyWhenNobodyIsKnown) {
     EXPECT_THAT(boxes_.Boxes(), IsEmpty());
 }
 
-TEST_F(LocationChoiceTest, TheChoiceIsMadeOnce) {
+TEST_F(LocationChoiceTest, ChoiceIsMadeOnce) {
     AddDirectory(base_, server_.Port());
     depot_.paths->GetActivePath();
     server_.Mark();
@@ -93,7 +93,7 @@ TEST_F(LocationChoiceTest, TheChoiceIsMadeOnce) {
     EXPECT_EQ("", server_.Log());
 }
 
-TEST_F(LocationChoiceTest, AServerThatIsDownIsPassedOver) {
+TEST_F(LocationChoiceTest, ServerThatIsDownIsPassedOver) {
     AddDirectory(base_, test::ClosedPort());
     CDepotPath& second = AddDirectory(base_, server_.Port());
     depot_.paths->GetActivePath();
@@ -101,7 +101,7 @@ TEST_F(LocationChoiceTest, AServerThatIsDownIsPassedOver) {
     EXPECT_THAT(boxes_.Boxes(), IsEmpty());
 }
 
-TEST_F(LocationChoiceTest, AMissingBaseIsPassedOverSilently) {
+TEST_F(LocationChoiceTest, MissingBaseIsPassedOverSilently) {
     AddDirectory("cn=missing," + base_, server_.Port());
     CDepotPath& second = AddDirectory(base_, server_.Port());
     depot_.paths->GetActivePath();
@@ -109,7 +109,7 @@ TEST_F(LocationChoiceTest, AMissingBaseIsPassedOverSilently) {
     EXPECT_THAT(boxes_.Boxes(), IsEmpty());
 }
 
-TEST_F(LocationChoiceTest, AnInvalidBaseIsReportedAndPassedOver) {
+TEST_F(LocationChoiceTest, InvalidBaseIsReportedAndPassedOver) {
     AddDirectory("not a name", server_.Port());
     CDepotPath& second = AddDirectory(base_, server_.Port());
     depot_.paths->GetActivePath();
@@ -124,7 +124,7 @@ TEST_F(LocationChoiceTest, WithoutAnyReachableLocationTheFirstIsChosen) {
     EXPECT_EQ(&first, depot_.paths->ChosenLocation());
 }
 
-TEST_F(LocationChoiceTest, AFolderBeforeTheDirectoryKeepsTheServerUncontacted) {
+TEST_F(LocationChoiceTest, FolderBeforeTheDirectoryKeepsTheServerUncontacted) {
     const test::ScratchFolder folder;
     AddFolder(folder.Path());
     AddDirectory(base_, server_.Port());
@@ -135,7 +135,7 @@ TEST_F(LocationChoiceTest, AFolderBeforeTheDirectoryKeepsTheServerUncontacted) {
     EXPECT_EQ(nullptr, depot_.DirectoryConnection());
 }
 
-TEST_F(LocationChoiceTest, AMissingFolderBeforeTheDirectoryProbesTheServer) {
+TEST_F(LocationChoiceTest, MissingFolderBeforeTheDirectoryProbesTheServer) {
     AddFolder("C:\\no such folder");
     CDepotPath& second = AddDirectory(base_, server_.Port());
     EXPECT_TRUE(depot_.paths->ChoiceProbesDirectory());
@@ -144,7 +144,7 @@ TEST_F(LocationChoiceTest, AMissingFolderBeforeTheDirectoryProbesTheServer) {
     EXPECT_FALSE(depot_.paths->ChoiceProbesDirectory());
 }
 
-TEST_F(LocationChoiceTest, ABaseWithSevenHundredEntriesIsFoundUnderTheDefaultLimit) {
+TEST_F(LocationChoiceTest, BaseWithSevenHundredEntriesIsFoundUnderTheDefaultLimit) {
     std::string entries;
     for (int index = 0; index < 700; ++index) {
         const std::string name = "f" + std::to_string(index);
@@ -158,7 +158,7 @@ TEST_F(LocationChoiceTest, ABaseWithSevenHundredEntriesIsFoundUnderTheDefaultLim
     EXPECT_EQ(&second, depot_.paths->ChosenLocation());
 }
 
-TEST_F(LocationChoiceTest, TheDepotsConnectionIsMadeOnceAndForTheActiveLocation) {
+TEST_F(LocationChoiceTest, DepotsConnectionIsMadeOnceAndForTheActiveLocation) {
     AddDirectory("cn=missing," + base_, server_.Port());
     CDepotPath& second = AddDirectory(base_, server_.Port());
     CLDAPItems* const connection = depot_.DirectoryConnection();
@@ -168,7 +168,7 @@ TEST_F(LocationChoiceTest, TheDepotsConnectionIsMadeOnceAndForTheActiveLocation)
     EXPECT_EQ(connection, depot_.DirectoryConnection());
 }
 
-TEST_F(LocationChoiceTest, ACopiedDepotMakesItsOwnConnection) {
+TEST_F(LocationChoiceTest, CopiedDepotMakesItsOwnConnection) {
     AddDirectory(base_, server_.Port());
     CLDAPItems* const connection = depot_.DirectoryConnection();
     const std::unique_ptr<CDepot> copy = depot_.Clone();
@@ -178,7 +178,7 @@ TEST_F(LocationChoiceTest, ACopiedDepotMakesItsOwnConnection) {
     EXPECT_EQ(depot_.paths->At(0), &depot_.DirectoryConnection()->Location());
 }
 
-TEST_F(LocationChoiceTest, AnEmptyListHasNoConnection) {
+TEST_F(LocationChoiceTest, EmptyListHasNoConnection) {
     EXPECT_EQ(nullptr, depot_.DirectoryConnection());
     EXPECT_EQ("", depot_.paths->GetActivePath());
 }

@@ -34,25 +34,25 @@ protected:
     CDepot* work_ = nullptr;
 };
 
-TEST_F(MappingTest, ADisplayPathBecomesTheNameOfItsEntry) {
+TEST_F(MappingTest, DisplayPathBecomesTheNameOfItsEntry) {
     EXPECT_EQ("CN=a.krc,CN=sub," + base_, DisplayToStorage(*work_, "<Work>\\sub\\a.krc"));
     EXPECT_EQ(base_, DisplayToStorage(*work_, "<Work>\\"));
     EXPECT_EQ("CN=sub," + base_, DisplayToStorage(*work_, "<WORK>\\sub\\"));
 }
 
-TEST_F(MappingTest, TheStorageFormOfABuiltPathIsTheNameOfItsEntry) {
+TEST_F(MappingTest, StorageFormOfABuiltPathIsTheNameOfItsEntry) {
     EXPECT_EQ("CN=Profile," + base_,
               BuildDisplayPath(*work_, "Profile", PathForm::kStorage, DepotName::kKey));
     EXPECT_EQ("CN=Profile," + base_, ProfileFolder(*work_, PathForm::kStorage));
     EXPECT_EQ("<Work>\\Profile", ProfileFolder(*work_, PathForm::kDisplay));
 }
 
-TEST_F(MappingTest, ABuiltDisplayPathContactsNoServer) {
+TEST_F(MappingTest, BuiltDisplayPathContactsNoServer) {
     EXPECT_EQ("<Work>\\a", BuildDisplayPath(*work_, "a", PathForm::kDisplay, DepotName::kKey));
     EXPECT_EQ("", server_.Log());
 }
 
-TEST_F(MappingTest, AStoragePathGoesBackWithoutMapping) {
+TEST_F(MappingTest, StoragePathIsReturnedWithoutMapping) {
     Choose();
     EXPECT_EQ("<Work>\\sub\\a.krc", StorageToDisplay(*work_, base_ + "\\sub\\a.krc"));
     EXPECT_EQ("CN=a.krc," + base_, StorageToDisplay(*work_, "CN=a.krc," + base_));
@@ -64,7 +64,7 @@ TEST_F(MappingTest, MappingItselfIsDoneWithoutTheServer) {
     EXPECT_EQ("", server_.Log());
 }
 
-TEST_F(MappingTest, AFileSystemPathNeverMakesADepotConnect) {
+TEST_F(MappingTest, FileSystemPathNeverMakesADepotConnect) {
     const test::ScratchFolder folder;
     for (const std::string& path :
          {folder.MakeFile("a.krc", "x"), std::string("C:\\no such file.krc"),
@@ -86,7 +86,7 @@ TEST_F(MappingTest, AFileSystemPathNeverMakesADepotConnect) {
     EXPECT_EQ(nullptr, work_->paths->ChosenLocation());
 }
 
-TEST_F(MappingTest, AFileOfTheFolderThatStandsInForADeadServerIsTheDepots) {
+TEST_F(MappingTest, FileOfTheFolderThatStandsInForADeadServerIsTheDepots) {
     const test::ScratchFolder folder;
     const std::string file = folder.MakeFile("a.krc", "x");
     key_.Text("Work", "Path1", "dc=nowhere");
@@ -122,13 +122,13 @@ TEST_F(MappingTest, OnceChosenEveryTextIsComparedWithoutTheServer) {
     EXPECT_EQ("", server_.Log());
 }
 
-TEST_F(MappingTest, ALooseNameIsPlacedInTheProfileFolder) {
+TEST_F(MappingTest, LooseNameIsPlacedInTheProfileFolder) {
     CDepotItem item;
     ResolveItem(*depots_, "office.kra", item, LoosePaths::kPlace);
     EXPECT_EQ("CN=office.kra,CN=Profile," + base_, DisplayToStorage(*work_, item.path));
 }
 
-TEST_F(MappingTest, AFolderLocationIsNotMapped) {
+TEST_F(MappingTest, FolderLocationIsNotMapped) {
     const test::ScratchFolder folder;
     key_.Text("Work", "Path1", folder.Path());
     key_.Dword("Work", "Type1", kFolderLocation);

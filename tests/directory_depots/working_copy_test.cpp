@@ -70,7 +70,7 @@ TEST_F(WorkingCopyTest, FileSystemPathStaysOneBesideADirectory) {
     EXPECT_THAT(test::RecoveredFiles(), IsEmpty());
 }
 
-TEST_F(WorkingCopyTest, TwentyMegabytesGoBothWays) {
+TEST_F(WorkingCopyTest, TwentyMegabytesPassBothWays) {
     test::DirectoryServer server("global sockbuf_max_incoming_auth 67108864");
     server.AddFile("a.kra", test::kSuffix, "x");
     Define(server.Port(), test::kSuffix);
@@ -176,7 +176,7 @@ TEST_F(WorkingCopyTest, OpenConnectionStaysOpenOverFetchAndRelease) {
     EXPECT_FALSE(test::Exists(copy));
 }
 
-TEST_F(WorkingCopyTest, CopyGoesWithAContextThatWasNotReleased) {
+TEST_F(WorkingCopyTest, CopyIsDeletedWithAContextThatWasNotReleased) {
     server_.AddFile("a.kra", base_, "x");
     Choose();
     {

@@ -84,7 +84,7 @@ TEST_F(DirectoryWritabilityTest, FailedCreationKeepsItsLastError) {
     EXPECT_EQ(std::uint32_t{LDAP_PARAM_ERROR}, Directory().LastError());
 }
 
-TEST_F(DirectoryWritabilityTest, InvalidNameIsToldAndNotWritable) {
+TEST_F(DirectoryWritabilityTest, InvalidNameIsReportedAndNotWritable) {
     Choose();
     EXPECT_EQ(0, TestWritable(kDirectoryLocation, "not a name", &Directory(), &text_));
     EXPECT_EQ(test::MessageFor(34), text_);

@@ -119,7 +119,7 @@ protected:
     std::unique_ptr<DirectoryServer> silent_;
 };
 
-TEST_P(AnyServerConflictTest, EntryThatNobodyChangedTakesTheEdit) {
+TEST_P(AnyServerConflictTest, UnchangedEntryTakesTheEdit) {
     const auto file = LoadChanged();
     EXPECT_TRUE(file->Release());
     EXPECT_EQ(kNew, Stored());

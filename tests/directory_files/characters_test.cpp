@@ -118,7 +118,7 @@ protected:
     std::uint32_t unsafeNames_ = 0;
 };
 
-TEST_F(TransferCharactersTest, FilesGoUpAndComeDownUnderTheirNames) {
+TEST_F(TransferCharactersTest, FilesAreUploadedAndDownloadedUnderTheirNames) {
     for (const std::wstring& name : page_.files) {
         SCOPED_TRACE(Narrowed(name));
         MakeLocal(name);
@@ -132,7 +132,7 @@ TEST_F(TransferCharactersTest, FilesGoUpAndComeDownUnderTheirNames) {
     EXPECT_EQ(page_.files.size(), CountBelow(base_));
 }
 
-TEST_F(TransferCharactersTest, TreeGoesUpAndComesDownWhole) {
+TEST_F(TransferCharactersTest, TreeIsUploadedAndDownloadedWhole) {
     EXPECT_EQ(1,
               Upload(Directory(), MakeLocalTree(), FolderDN(), ExistingEntries::kRefuse, &error_))
         << error_;

@@ -33,7 +33,7 @@ protected:
     }
 };
 
-TEST_F(DepotTransferTest, AFileTravelsThroughEveryPairOfStores) {
+TEST_F(DepotTransferTest, FileTravelsThroughEveryPairOfStores) {
     Make("h\\a.kra", "1");
     EXPECT_EQ(1, CopyFile(home_, "<Home>\\a.kra", "<Work>\\a.kra", work_, true, &error_));
     EXPECT_EQ(1, CopyFile(*work_, "<Work>\\a.kra", "<Work>\\b.kra", work_, true, &error_));
@@ -50,13 +50,13 @@ TEST_F(DepotTransferTest, AFileTravelsThroughEveryPairOfStores) {
     EXPECT_EQ(0, DeleteFile(*work_, "<Work>\\d.kra"));
 }
 
-TEST_F(DepotTransferTest, TheLastErrorCodeIsThatOfTheDirectory) {
+TEST_F(DepotTransferTest, LastErrorCodeIsThatOfTheDirectory) {
     EXPECT_EQ(0, CopyFile(*work_, "<Work>\\no.kra", At("x"), nullptr, true, &error_));
     EXPECT_EQ(Directory().Client().LdapMapErrorToWin32(LDAP_INVALID_DN_SYNTAX),
               LastErrorCode(*work_));
 }
 
-TEST_F(DepotTransferTest, AMixedListIsCopiedToAFolderAndLeavesNoTemporaryFolder) {
+TEST_F(DepotTransferTest, MixedListIsCopiedToAFolderAndLeavesNoTemporaryFolder) {
     Make("h\\a.kra", "1");
     Make("h\\b.kra", "2");
     server_.AddFile("c.kra", base_, "3");
@@ -73,7 +73,7 @@ TEST_F(DepotTransferTest, AMixedListIsCopiedToAFolderAndLeavesNoTemporaryFolder)
     EXPECT_EQ("3", Contents(DN("cn=c.kra")));
 }
 
-TEST_F(DepotTransferTest, TemporaryFoldersGoAlsoWhenTheShellFails) {
+TEST_F(DepotTransferTest, TemporaryFoldersAreDeletedAlsoWhenTheShellFails) {
     server_.AddFile("c.kra", base_, "3");
     const int before = TemporaryFolders();
     const CDepotItem nowhere;
@@ -82,7 +82,7 @@ TEST_F(DepotTransferTest, TemporaryFoldersGoAlsoWhenTheShellFails) {
     EXPECT_EQ("3", Contents(DN("cn=c.kra")));
 }
 
-TEST_F(DepotTransferTest, AnEntryIsMovedToAFolderAndDeleted) {
+TEST_F(DepotTransferTest, EntryIsMovedToAFolderAndDeleted) {
     server_.AddFile("c.kra", base_, "3");
     server_.AddFile("d.kra", base_, "4");
     const CDepotItem target("<Home>\\out.kra", &home_);
@@ -179,7 +179,7 @@ TEST_F(DepotTransferTest, TwoItemsOfOneNameAreNotCopiedFromADirectoryIntoOneFold
     }
 }
 
-TEST_F(DepotTransferTest, AListIntoADirectoryFolderStopsAtTheFirstFailure) {
+TEST_F(DepotTransferTest, ListIntoADirectoryFolderStopsAtTheFirstFailure) {
     Make("h\\a.kra", "1");
     Make("h\\c.kra", "3");
     const CDepotItem target("<Work>\\sub\\", work_);
@@ -192,7 +192,7 @@ TEST_F(DepotTransferTest, AListIntoADirectoryFolderStopsAtTheFirstFailure) {
     EXPECT_TRUE(Exists(At("h\\c.kra")));
 }
 
-TEST_F(DepotTransferTest, AnItemThatExistsInTheDirectoryGetsTheNewContents) {
+TEST_F(DepotTransferTest, ItemThatExistsInTheDirectoryGetsTheNewContents) {
     Make("h\\a.kra", "new");
     Make("h\\b.kra", "newer");
     server_.AddFile("a.kra", base_, "old");
@@ -205,7 +205,7 @@ TEST_F(DepotTransferTest, AnItemThatExistsInTheDirectoryGetsTheNewContents) {
     EXPECT_EQ("junk", error_);
 }
 
-TEST_F(DepotTransferTest, AnEntryThatIsMovedOntoItselfStays) {
+TEST_F(DepotTransferTest, EntryThatIsMovedOntoItselfStays) {
     server_.AddFile("a.kra", base_, "1");
     AddTree("tree");
     for (const char* name : {"<Work>\\a.kra", "<Work>\\tree", "<WORK>\\TREE"}) {
@@ -218,7 +218,7 @@ TEST_F(DepotTransferTest, AnEntryThatIsMovedOntoItselfStays) {
     ExpectTree(DN("cn=tree"));
 }
 
-TEST_F(DepotTransferTest, AnExistingLocalFileIsReplacedOnlyWhenThatIsAllowed) {
+TEST_F(DepotTransferTest, ExistingLocalFileIsReplacedOnlyWhenThatIsAllowed) {
     server_.AddFile("a.kra", base_, "new");
     const std::string file = Make("h\\a.kra", "old");
     EXPECT_EQ(0, CopyFile(*work_, "<Work>\\a.kra", "<Home>\\a.kra", &home_, true, &error_));
@@ -229,7 +229,7 @@ TEST_F(DepotTransferTest, AnExistingLocalFileIsReplacedOnlyWhenThatIsAllowed) {
     EXPECT_EQ("new", FileBytes(file));
 }
 
-TEST_F(DepotTransferTest, ATreeThatWouldReplaceALocalFileFetchesNothing) {
+TEST_F(DepotTransferTest, TreeThatWouldReplaceALocalFileFetchesNothing) {
     AddTree("tree");
     world_.folder.MakeFolder("h\\out\\sub");
     Make("h\\out\\sub\\b.kra", "old");
@@ -273,7 +273,7 @@ TEST_F(DepotTransferTest, TwoEntriesOfOneNameAreNotMovedIntoOneFolder) {
 }
 
 // Some shells merge the two folders, others leave both and say that they have moved one.
-TEST_F(DepotTransferTest, ATreeThatIsMovedOntoAFolderOfItsNameIsNeverLost) {
+TEST_F(DepotTransferTest, TreeThatIsMovedOntoAFolderOfItsNameIsNeverLost) {
     const std::string tree = AddTree("tree");
     world_.folder.MakeFolder("h\\tree");
     Make("h\\tree\\other.kra", "3");
@@ -297,14 +297,14 @@ protected:
     }
 };
 
-TEST_F(KeptSourceTest, ATreeWithNamesThatNoLocalFileCanHave) {
+TEST_F(KeptSourceTest, TreeWithNamesThatNoLocalFileCanHave) {
     AddHostileEntries(AddTree("tree"));
     ExpectKept("<Work>\\tree", "<Home>\\out", &home_);
     EXPECT_EQ(UnsafeNamesText(3), error_);
     EXPECT_FALSE(Exists(At("h\\out")));
 }
 
-TEST_F(KeptSourceTest, AnEntryWhoseOwnNameNoLocalFileCanHave) {
+TEST_F(KeptSourceTest, EntryWhoseOwnNameNoLocalFileCanHave) {
     AddHostileEntries(base_);
     const int before = TemporaryFolders();
     for (const char* name : {"<Work>\\CON", "<Work>\\C:x.kra", "<Work>\\..", "<Work>\\"}) {
@@ -314,13 +314,13 @@ TEST_F(KeptSourceTest, AnEntryWhoseOwnNameNoLocalFileCanHave) {
     EXPECT_EQ(before, TemporaryFolders());
 }
 
-TEST_F(KeptSourceTest, AnEntryThatHoldsMoreThanIsCopied) {
+TEST_F(KeptSourceTest, EntryThatHoldsMoreThanIsCopied) {
     server_.AddFile("a.kra", base_, "1");
     server_.AddFile("b.kra", DN("cn=a.kra"), "2");
     ExpectKept("<Work>\\a.kra", "<Home>\\out.kra", &home_);
 }
 
-TEST_F(KeptSourceTest, ATreeThatWouldGoOntoTheFolderAboveIt) {
+TEST_F(KeptSourceTest, TreeThatWouldMoveOntoTheFolderAboveIt) {
     const std::string tree = AddTree("tree");
     server_.AddFolder("tree", tree);
     server_.AddFile("c.kra", "cn=tree," + tree, "3");
@@ -368,7 +368,7 @@ private:
     HANDLE file_;
 };
 
-TEST_F(DepotTransferTest, ASourceThatIsOpenElsewhereIsNeitherCopiedNorMoved) {
+TEST_F(DepotTransferTest, SourceThatIsOpenElsewhereIsNeitherCopiedNorMoved) {
     const std::string source = Make("h\\a.kra", "1");
     const Locked locked(source);
     for (const UINT operation : {FO_COPY, FO_MOVE}) {
@@ -383,7 +383,7 @@ TEST_F(DepotTransferTest, ASourceThatIsOpenElsewhereIsNeitherCopiedNorMoved) {
     EXPECT_FALSE(Holds(DN("cn=a.kra")));
 }
 
-TEST_F(DepotTransferTest, ATreeWithAFileThatIsOpenElsewhereIsNotMoved) {
+TEST_F(DepotTransferTest, TreeWithAFileThatIsOpenElsewhereIsNotMoved) {
     world_.folder.MakeFolder("h\\tree");
     Make("h\\tree\\a.kra", "1");
     const std::string open = Make("h\\tree\\b.kra", "2");
@@ -396,7 +396,7 @@ TEST_F(DepotTransferTest, ATreeWithAFileThatIsOpenElsewhereIsNotMoved) {
     EXPECT_EQ("2", FileBytes(open));
 }
 
-TEST_F(DepotTransferTest, ADestinationThatIsOpenElsewhereKeepsTheEntry) {
+TEST_F(DepotTransferTest, DestinationThatIsOpenElsewhereKeepsTheEntry) {
     server_.AddFile("a.kra", base_, "1");
     const std::string destination = Make("h\\a.kra", "old");
     {

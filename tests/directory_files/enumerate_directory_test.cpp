@@ -82,7 +82,7 @@ TEST_F(EnumerateDirectoryTest, FoldersOnlyLeavesEveryFileOut) {
     EXPECT_THAT(Paths(), ElementsAre("<Work>\\sub"));
 }
 
-TEST_F(EnumerateDirectoryTest, TheCountIsThatOfTheWholeList) {
+TEST_F(EnumerateDirectoryTest, CountIsThatOfTheWholeList) {
     server_.AddFile("a.kra", base_, "x");
     server_.AddFile("b.kra", base_, "x");
     EXPECT_EQ(2, List("<Work>\\", ".*"));
@@ -91,7 +91,7 @@ TEST_F(EnumerateDirectoryTest, TheCountIsThatOfTheWholeList) {
     EXPECT_EQ(4u, list_.Count());
 }
 
-TEST_F(EnumerateDirectoryTest, AMissingFolderListsNothingAndKeepsItsCode) {
+TEST_F(EnumerateDirectoryTest, MissingFolderListsNothingAndKeepsItsCode) {
     EXPECT_EQ(0, List("<Work>\\missing", ".*"));
     EXPECT_EQ(LDAP_NO_SUCH_OBJECT, static_cast<int>(Directory().LastError()));
     EXPECT_THAT(boxes_.Boxes(), IsEmpty());
@@ -135,7 +135,7 @@ TEST_F(EnumerateDirectoryTest, NamesThatHoldADepotsPrefixAreLeftOutAndFormatsAre
     EXPECT_THAT(Paths(), UnorderedElementsAre("<Work>\\100%s%n%99999d.kra", "<Work>\\%.kra"));
 }
 
-TEST_F(EnumerateDirectoryTest, ANameThatHoldsTheDepotsRootStaysAsItIs) {
+TEST_F(EnumerateDirectoryTest, NameThatHoldsTheDepotsRootStaysAsItIs) {
     const std::string name = "of " + base_ + ".kra";
     AddEscaped(name, "of " + ReplaceAllNoCase(base_, ",", "\\,") + ".kra");
     EXPECT_EQ(1, List("<Work>\\", ".kra"));
@@ -176,7 +176,7 @@ TEST_F(EnumerateDirectoryTest, EntriesThatCannotBeNamedAreCountedInTheList) {
     EXPECT_EQ(2u, list_.unsafeNames);
 }
 
-TEST_F(EnumerateDirectoryTest, AFolderDeletedBeforeItsListingListsNothing) {
+TEST_F(EnumerateDirectoryTest, FolderDeletedBeforeItsListingListsNothing) {
     server_.AddFolder("sub", base_);
     server_.AddFile("a.kra", DN("cn=sub"), "x");
     EXPECT_EQ(1, List("<Work>\\sub", ".kra"));
@@ -231,7 +231,7 @@ TEST_F(EnumerateDirectoryTest, EveryTypeIsClassifiedAsByFetchingTheFile) {
     EXPECT_TRUE(sawSession);
 }
 
-TEST_F(EnumerateDirectoryTest, AnItemThatMemoryRunsOutForIsLeftOut) {
+TEST_F(EnumerateDirectoryTest, ItemThatMemoryRunsOutForIsLeftOut) {
     server_.AddFile("a.kra", base_, "x");
     server_.AddFolder("sub", base_);
     server_.AddFile("c.kra", base_, "x");
@@ -245,7 +245,7 @@ TEST_F(EnumerateDirectoryTest, AnItemThatMemoryRunsOutForIsLeftOut) {
     EXPECT_FALSE(counts.contains(1));
 }
 
-TEST_F(EnumerateDirectoryTest, AServerThatIsDownListsNothing) {
+TEST_F(EnumerateDirectoryTest, ServerThatIsDownListsNothing) {
     test::DirectoryServer gone;
     CDepot depot(&world_.depots);
     depot.name = "Gone";

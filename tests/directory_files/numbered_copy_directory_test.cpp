@@ -39,7 +39,7 @@ protected:
     }
 };
 
-TEST_F(NumberedEntryTest, TheFirstFreeNumberIsUsed) {
+TEST_F(NumberedEntryTest, FirstFreeNumberIsUsed) {
     server_.AddFile("a.kra", base_, "1");
     EXPECT_EQ("<Work>\\a - copy.kra", Copy("<Work>\\a.kra"));
     EXPECT_EQ("<Work>\\a - copy (2).kra", Copy("<Work>\\a.kra"));
@@ -64,7 +64,7 @@ TEST_F(NumberedEntryTest, WhatSomebodyElseStoresInTheCopyOfAFolderStays) {
     ExpectTree(tree);
 }
 
-TEST_F(NumberedEntryTest, AFileThatSomebodyElseMakesInAFolderMeanwhileStays) {
+TEST_F(NumberedEntryTest, FileThatSomebodyElseMakesInAFolderMeanwhileStays) {
     Make("h\\a.kra", "1");
     const test::ImportPatch<decltype(realCopy)> patch("CopyFileA", &InterferingCopy);
     ASSERT_TRUE(patch.IsInPlace());

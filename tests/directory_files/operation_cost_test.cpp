@@ -43,7 +43,7 @@ protected:
     }
 };
 
-TEST_F(OperationCostTest, ANumberedCopyIsOneBindHoweverManyNamesAreTaken) {
+TEST_F(OperationCostTest, NumberedCopyIsOneBindHoweverManyNamesAreTaken) {
     for (const char* name : {"a.kra", "a - copy.kra", "a - copy (2).kra"}) {
         server_.AddFile(name, base_, "1");
     }
@@ -54,7 +54,7 @@ TEST_F(OperationCostTest, ANumberedCopyIsOneBindHoweverManyNamesAreTaken) {
     EXPECT_EQ("1", Contents(DN("cn=a - copy (3).kra")));
 }
 
-TEST_F(OperationCostTest, AListIntoADirectoryIsOneBindAndAnAdditionForEachFile) {
+TEST_F(OperationCostTest, ListIntoADirectoryIsOneBindAndAnAdditionForEachFile) {
     Make("h\\a.kra", "1");
     Make("h\\b.kra", "2");
     const CDepotItem target("<Work>\\", work_);
@@ -63,7 +63,7 @@ TEST_F(OperationCostTest, AListIntoADirectoryIsOneBindAndAnAdditionForEachFile) 
     EXPECT_FALSE(Directory().IsConnected());
 }
 
-TEST_F(OperationCostTest, AListOutOfADirectoryIsOneBind) {
+TEST_F(OperationCostTest, ListOutOfADirectoryIsOneBind) {
     server_.AddFile("a.kra", base_, "1");
     server_.AddFile("b.kra", base_, "2");
     world_.folder.MakeFolder("h\\out");
@@ -77,7 +77,7 @@ TEST_F(OperationCostTest, AListOutOfADirectoryIsOneBind) {
     EXPECT_EQ(2, Counts().deletions);
 }
 
-TEST_F(OperationCostTest, AListWithinADirectoryIsOneBind) {
+TEST_F(OperationCostTest, ListWithinADirectoryIsOneBind) {
     server_.AddFile("a.kra", base_, "1");
     server_.AddFile("b.kra", base_, "2");
     const CDepotItem target("<Work>\\sub\\", work_);
@@ -88,7 +88,7 @@ TEST_F(OperationCostTest, AListWithinADirectoryIsOneBind) {
     EXPECT_EQ("2", Contents(DN("cn=b.kra,cn=sub")));
 }
 
-TEST_F(OperationCostTest, AMoveOfOneEntryIsOneBind) {
+TEST_F(OperationCostTest, MoveOfOneEntryIsOneBind) {
     server_.AddFile("a.kra", base_, "1");
     const CDepotItem target("<Home>\\a.kra", &home_);
     server_.Mark();
@@ -113,7 +113,7 @@ TEST_F(OperationCostTest, NoSearchResultGrowsWithTheTargetFolder) {
     EXPECT_GT(Counts().searches, 0);
 }
 
-TEST_F(OperationCostTest, ATreeIntoAFullFolderFindsNoMoreThanItsOwnEntries) {
+TEST_F(OperationCostTest, TreeIntoAFullFolderFindsNoMoreThanItsOwnEntries) {
     FillTarget(base_, 60);
     const std::string tree = AddTree("tree");
     server_.Mark();

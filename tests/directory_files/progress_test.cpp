@@ -32,7 +32,7 @@ protected:
     Seen seen_;
 };
 
-TEST_F(ProgressTest, ASingleFileIsToldOnceInEveryPairOfStores) {
+TEST_F(ProgressTest, SingleFileIsReportedOnceInEveryPairOfStores) {
     Make("h\\a.kra", "bytes");
     const TransferWatcher watcher = Watch();
     EXPECT_EQ(1, CopyFile(home_, "<Home>\\a.kra", "<Work>\\a.kra", work_, true, &error_, watcher));
@@ -43,7 +43,7 @@ TEST_F(ProgressTest, ASingleFileIsToldOnceInEveryPairOfStores) {
     EXPECT_EQ(Seen(4, "1/1 5"), seen_);
 }
 
-TEST_F(ProgressTest, AFileThatFailsIsNotTold) {
+TEST_F(ProgressTest, FileThatFailsIsNotReported) {
     EXPECT_EQ(0, CopyFile(home_, "<Home>\\no", "<Work>\\a.kra", work_, true, &error_, Watch()));
     EXPECT_EQ(0, CopyFile(*work_, "<Work>\\no.kra", At("x"), nullptr, true, &error_, Watch()));
     EXPECT_EQ(Seen(), seen_);
@@ -58,14 +58,14 @@ TEST_F(ProgressTest, StoppingAfterTheOnlyFileChangesNothing) {
     EXPECT_FALSE(Exists(At("h\\a.kra")));
 }
 
-TEST_F(ProgressTest, ATreeBetweenEntriesCountsWhatHasArrived) {
+TEST_F(ProgressTest, TreeBetweenEntriesCountsWhatHasArrived) {
     const std::string tree = AddTree("tree");
     EXPECT_EQ(1, CopyEntry(Directory(), tree, Directory(), DN("cn=copy"), ExistingEntries::kReplace,
                            &error_, Watch()));
     EXPECT_EQ((Seen{"0/2 0", "0/2 0", "1/2 1", "2/2 2"}), seen_);
 }
 
-TEST_F(ProgressTest, ATreeBetweenEntriesStopsAtEveryPlace) {
+TEST_F(ProgressTest, TreeBetweenEntriesStopsAtEveryPlace) {
     const std::string tree = AddTree("tree");
     RefuseTreeRenames(Directory());
     for (const std::size_t stopAt : {1u, 3u}) {
@@ -77,7 +77,7 @@ TEST_F(ProgressTest, ATreeBetweenEntriesStopsAtEveryPlace) {
     }
 }
 
-TEST_F(ProgressTest, AListAddsUpItsItems) {
+TEST_F(ProgressTest, ListAddsUpItsItems) {
     MakeTree();
     world_.folder.MakeFolder("h\\tree");
     Make("h\\tree\\a.kra", "12");
@@ -89,7 +89,7 @@ TEST_F(ProgressTest, AListAddsUpItsItems) {
     EXPECT_EQ((Seen{"1/3 2", "2/3 5", "3/3 9"}), seen_);
 }
 
-TEST_F(ProgressTest, AListIntoADirectoryStopsBetweenTwoFiles) {
+TEST_F(ProgressTest, ListIntoADirectoryStopsBetweenTwoFiles) {
     for (const char* name : {"a", "b", "c"}) Make(std::string("h\\") + name + ".kra", name);
     const CDepotItem target("<Work>\\", work_);
     EXPECT_EQ(
@@ -102,7 +102,7 @@ TEST_F(ProgressTest, AListIntoADirectoryStopsBetweenTwoFiles) {
     EXPECT_TRUE(Exists(At("h\\c.kra")));
 }
 
-TEST_F(ProgressTest, AListOutOfADirectoryThatIsStoppedTakesNothingAway) {
+TEST_F(ProgressTest, ListOutOfADirectoryThatIsStoppedTakesNothingAway) {
     server_.AddFile("a.kra", base_, "1");
     server_.AddFile("b.kra", base_, "2");
     const std::string out = world_.folder.MakeFolder("h\\out");

@@ -75,7 +75,7 @@ TEST_F(PublishDirectoryTest, EntriesArePublishedWithinTheDirectoryOverOneBind) {
     EXPECT_EQ("(missing)", Published("c2.cfg"));
 }
 
-TEST_F(PublishDirectoryTest, AWatcherEndsTheWorkBetweenTwoClients) {
+TEST_F(PublishDirectoryTest, WatcherEndsTheWorkBetweenTwoClients) {
     const std::string two = Make("c2.cfg", "two");
     AddProfile("C1=" + Make("c1.cfg", "one") + "\r\nC2=" + two + "\r\n");
     DepotSession session;
@@ -93,7 +93,7 @@ TEST_F(PublishDirectoryTest, AWatcherEndsTheWorkBetweenTwoClients) {
     session.currentFile->changed = false;
 }
 
-TEST_F(PublishDirectoryTest, TheChangedListReachesTheDirectoryWhenTheFileIsLetGoOf) {
+TEST_F(PublishDirectoryTest, ChangedListReachesTheDirectoryWhenTheFileIsReleased) {
     AddProfile("C1=" + Make("c1.cfg", "one") + "\r\nC2=u\r\n");
     DepotSession session;
     session.LoadFile("<Corp>\\Sessions\\p.kra");
@@ -107,7 +107,7 @@ TEST_F(PublishDirectoryTest, TheChangedListReachesTheDirectoryWhenTheFileIsLetGo
     EXPECT_EQ(std::string::npos, after.find("Configuration File"));
 }
 
-TEST_F(PublishDirectoryTest, ADirectoryThatCannotBeReachedIsReportedOnce) {
+TEST_F(PublishDirectoryTest, DirectoryThatCannotBeReachedIsReportedOnce) {
     AddProfile("C1=" + Make("c1.cfg", "1") + "\r\nC2=" + Make("c2.cfg", "2") + "\r\n");
     DepotSession session;
     session.LoadFile("<Corp>\\Sessions\\p.kra");

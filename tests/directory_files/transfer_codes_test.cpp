@@ -27,7 +27,7 @@ protected:
     std::unique_ptr<CLDAPItems> elsewhere_;
 };
 
-TEST_F(TransferCodesTest, AMissingSourceOfACopyIsAParameterError) {
+TEST_F(TransferCodesTest, MissingSourceOfACopyIsAParameterError) {
     for (const char* name : {"cn=none.kra", "cn=none", "cn=none,cn=nowhere"}) {
         SCOPED_TRACE(name);
         error_ = "junk";
@@ -38,7 +38,7 @@ TEST_F(TransferCodesTest, AMissingSourceOfACopyIsAParameterError) {
     }
 }
 
-TEST_F(TransferCodesTest, AMissingSourceOfARenameIsAParameterError) {
+TEST_F(TransferCodesTest, MissingSourceOfARenameIsAParameterError) {
     for (const char* name : {"cn=none.kra", "cn=none", "cn=none,cn=nowhere"}) {
         SCOPED_TRACE(name);
         error_ = "junk";
@@ -47,7 +47,7 @@ TEST_F(TransferCodesTest, AMissingSourceOfARenameIsAParameterError) {
     }
 }
 
-TEST_F(TransferCodesTest, ANewNameThatIsNoneIsAParameterError) {
+TEST_F(TransferCodesTest, NewNameThatIsNoneIsAParameterError) {
     const std::string tree = AddTree("tree");
     server_.AddFile("a.kra", base_, "1");
     server_.AddFolder("empty", base_);
@@ -61,7 +61,7 @@ TEST_F(TransferCodesTest, ANewNameThatIsNoneIsAParameterError) {
     ExpectTree(tree);
 }
 
-TEST_F(TransferCodesTest, ADestinationThatCannotBeMadeIsAParameterError) {
+TEST_F(TransferCodesTest, DestinationThatCannotBeMadeIsAParameterError) {
     server_.AddFile("a.kra", base_, "1");
     EXPECT_EQ(0, CopyEntry(Directory(), DN("cn=a.kra"), Directory(), "cn=x.kra,dc=elsewhere",
                            kReplace, &error_));
@@ -71,7 +71,7 @@ TEST_F(TransferCodesTest, ADestinationThatCannotBeMadeIsAParameterError) {
     ExpectTree(DN("cn=tree"));
 }
 
-TEST_F(TransferCodesTest, AFolderThatCannotBeListedIsNotCopied) {
+TEST_F(TransferCodesTest, FolderThatCannotBeListedIsNotCopied) {
     const std::string tree = AddTree("tree");
     RefuseTreeRenames(Directory());
     Directory().Client().ldap_search_s = [](LDAP*, PCHAR, ULONG, PCHAR, PCHAR*, ULONG,
@@ -82,7 +82,7 @@ TEST_F(TransferCodesTest, AFolderThatCannotBeListedIsNotCopied) {
     ExpectTree(tree);
 }
 
-TEST_F(TransferCodesTest, AnEntryGoesOntoOrIntoItselfThroughNoConnection) {
+TEST_F(TransferCodesTest, EntryMovesOntoOrIntoItselfThroughNoConnection) {
     const std::string tree = AddTree("tree");
     server_.AddFile("a.kra", base_, "1");
     for (CLDAPItems* other : {&Directory(), &Elsewhere()}) {
@@ -99,7 +99,7 @@ TEST_F(TransferCodesTest, AnEntryGoesOntoOrIntoItselfThroughNoConnection) {
     ExpectTree(tree);
 }
 
-TEST_F(TransferCodesTest, TheSameNameAtAnotherServerIsAnotherEntry) {
+TEST_F(TransferCodesTest, SameNameAtAnotherServerIsAnotherEntry) {
     test::DirectoryServer other;
     test::ForgetServer(other.Port());
     const std::string dn = std::string("cn=a.kra,") + test::kSuffix;
@@ -111,7 +111,7 @@ TEST_F(TransferCodesTest, TheSameNameAtAnotherServerIsAnotherEntry) {
     server_.Apply("dn: " + dn + "\nchangetype: delete\n");
 }
 
-TEST_F(TransferCodesTest, AServerThatCannotBeReachedLeavesItsCodeWithTheSource) {
+TEST_F(TransferCodesTest, ServerThatCannotBeReachedLeavesItsCodeWithTheSource) {
     server_.AddFile("a.kra", base_, "1");
     const unsigned port = test::ClosedPort();
     test::ForgetServer(port);
@@ -138,7 +138,7 @@ TEST_F(TransferCodesTest, LocalNamesThatWouldBecomeOneEntryAreNotUploaded) {
 // What must not be taken away.
 class DepotRootTest : public TransferCodesTest {};
 
-TEST_F(DepotRootTest, TheRootOfADirectoryDepotIsNotDeleted) {
+TEST_F(DepotRootTest, RootOfADirectoryDepotIsNotDeleted) {
     const std::string tree = AddTree("tree");
     for (const std::string& path :
          {std::string("<Work>\\"), std::string("<WORK>\\"), std::string("<Work>\\tree\\.."), base_,
@@ -154,7 +154,7 @@ TEST_F(DepotRootTest, TheRootOfADirectoryDepotIsNotDeleted) {
     EXPECT_FALSE(Holds(tree));
 }
 
-TEST_F(DepotRootTest, TheRootOfADirectoryDepotIsNotMoved) {
+TEST_F(DepotRootTest, RootOfADirectoryDepotIsNotMoved) {
     const std::string tree = AddTree("tree");
     const CDepotItem target("<Home>\\out", &home_);
     CDepotItems items;
@@ -171,7 +171,7 @@ TEST_F(DepotRootTest, TheRootOfADirectoryDepotIsNotMoved) {
     EXPECT_FALSE(test::Exists(At("h\\out")));
 }
 
-TEST_F(DepotRootTest, APlainPathBesideADirectoryDepotIsAFileOfItsOwn) {
+TEST_F(DepotRootTest, PlainPathBesideADirectoryDepotIsAFileOfItsOwn) {
     const std::string file = Make("plain.kra", "1");
     const CDepotItem target("<Work>\\", work_);
     EXPECT_EQ(1, CopyFile(*work_, file, "<Work>\\", work_, true, &error_));
@@ -185,7 +185,7 @@ TEST_F(DepotRootTest, APlainPathBesideADirectoryDepotIsAFileOfItsOwn) {
     EXPECT_FALSE(test::Exists(At("copy.kra")));
 }
 
-TEST_F(DepotRootTest, ARefusedMoveTellsItsReason) {
+TEST_F(DepotRootTest, RefusedMoveReportsItsReason) {
     AddTree("tree");
     Make("h\\a.kra", "1");
     const auto text = [](DWORD error, const std::string& path) {
@@ -218,7 +218,7 @@ TEST_F(DepotRootTest, ARefusedMoveTellsItsReason) {
     EXPECT_TRUE(test::Exists(At("h\\a.kra")));
 }
 
-TEST_F(DepotRootTest, TheShellNeverTakesAnEntryForAPath) {
+TEST_F(DepotRootTest, ShellNeverTakesAnEntryForAPath) {
     Make("h\\a.kra", "1");
     server_.AddFile("b.kra", base_, "2");
     const CDepotItem target("<Work>\\a.kra", work_), folder("<Home>\\", &home_);

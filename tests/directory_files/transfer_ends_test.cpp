@@ -52,14 +52,14 @@ protected:
     }
 };
 
-TEST_F(TransferEndsTest, EveryOperationConnectsForItselfAndLetsGoAgain) {
+TEST_F(TransferEndsTest, EveryOperationConnectsForItselfAndReleasesItsConnection) {
     EXPECT_EQ(6, RunAll(Directory(), base_));
     EXPECT_FALSE(Directory().IsConnected());
     EXPECT_EQ(6, Counts().binds);
     EXPECT_EQ("junk", error_);
 }
 
-TEST_F(TransferEndsTest, OperationsThatFailLetGoOfTheirConnection) {
+TEST_F(TransferEndsTest, OperationsThatFailReleaseTheirConnection) {
     const std::string none = DN("cn=none");
     const auto failed = [&](int result) {
         EXPECT_EQ(0, result);
@@ -73,7 +73,7 @@ TEST_F(TransferEndsTest, OperationsThatFailLetGoOfTheirConnection) {
     failed(RemoveEntry(Directory(), none, &error_));
 }
 
-TEST_F(TransferEndsTest, AConnectionThatWasThereBeforeStays) {
+TEST_F(TransferEndsTest, ConnectionThatWasThereBeforeStays) {
     const ConnectionScope connection(Directory(), nullptr);
     server_.Mark();
     EXPECT_EQ(6, RunAll(Directory(), base_));
@@ -82,7 +82,7 @@ TEST_F(TransferEndsTest, AConnectionThatWasThereBeforeStays) {
     EXPECT_EQ(0, Counts().binds);
 }
 
-TEST_F(TransferEndsTest, AServerThatCannotBeReachedFailsEveryOperationAndChangesNothing) {
+TEST_F(TransferEndsTest, ServerThatCannotBeReachedFailsEveryOperationAndChangesNothing) {
     auto location = server_.Location(base_).Clone();
     location->port = test::ClosedPort();
     test::ForgetServer(location->port);
@@ -93,7 +93,7 @@ TEST_F(TransferEndsTest, AServerThatCannotBeReachedFailsEveryOperationAndChanges
     EXPECT_EQ("old", FileBytes(back));
 }
 
-TEST_F(TransferEndsTest, AnEntryThatIsNotThereTellsItsCode) {
+TEST_F(TransferEndsTest, EntryThatIsNotThereReportsItsCode) {
     EXPECT_EQ(0, EntryExists(Directory(), DN("cn=none"), &error_));
     ExpectFailure(LDAP_NO_SUCH_OBJECT);
     error_ = "junk";
@@ -101,7 +101,7 @@ TEST_F(TransferEndsTest, AnEntryThatIsNotThereTellsItsCode) {
     ExpectFailure(LDAP_NO_SUCH_OBJECT);
 }
 
-TEST_F(TransferEndsTest, ATreeWhoseTemporaryFolderStaysIsCopiedAndCountsAsFailed) {
+TEST_F(TransferEndsTest, TreeWhoseTemporaryFolderStaysIsCopiedAndCountsAsFailed) {
     const std::string tree = AddTree("tree");
     const std::string temporary = world_.folder.MakeFolder("temporary");
     const TemporaryPlace place(temporary);
@@ -117,7 +117,7 @@ TEST_F(TransferEndsTest, ATreeWhoseTemporaryFolderStaysIsCopiedAndCountsAsFailed
     ExpectTree(tree);
 }
 
-TEST_F(TransferEndsTest, ATreeIsNotCopiedWithoutATemporaryFolder) {
+TEST_F(TransferEndsTest, TreeIsNotCopiedWithoutATemporaryFolder) {
     const std::string tree = AddTree("tree");
     const TemporaryPlace place(At("none"));
     EXPECT_EQ(0, CopyEntry(Directory(), tree, Directory(), DN("cn=copy"), kReplace, &error_));
@@ -129,7 +129,7 @@ TEST_F(TransferEndsTest, ATreeIsNotCopiedWithoutATemporaryFolder) {
     EXPECT_FALSE(Holds(DN("cn=moved")));
 }
 
-TEST_F(TransferEndsTest, ADownloadedTreeTakesFoldersThatAreThereAlready) {
+TEST_F(TransferEndsTest, DownloadedTreeTakesFoldersThatAreThereAlready) {
     const std::string tree = AddTree("tree");
     world_.folder.MakeFolder("out\\sub");
     Make("out\\sub\\other.kra", "stays");
@@ -138,7 +138,7 @@ TEST_F(TransferEndsTest, ADownloadedTreeTakesFoldersThatAreThereAlready) {
     EXPECT_EQ("stays", FileBytes(At("out\\sub\\other.kra")));
 }
 
-TEST_F(TransferEndsTest, ATreeWhoseFolderIsAFileIsNotDownloaded) {
+TEST_F(TransferEndsTest, TreeWhoseFolderIsAFileIsNotDownloaded) {
     const std::string tree = AddTree("tree");
     world_.folder.MakeFolder("out");
     Make("out\\sub", "a file");

@@ -33,7 +33,7 @@ TEST_F(TransferTest, EmptyTextsAreParameterErrors) {
     EXPECT_EQ("", server_.Log());
 }
 
-TEST_F(TransferTest, AFileIsUploadedWithItsMissingFolders) {
+TEST_F(TransferTest, FileIsUploadedWithItsMissingFolders) {
     const std::string file = Make("a.kra", "bytes");
     EXPECT_EQ(1, Upload(Directory(), file, DN("cn=a.kra,cn=deep,cn=new"), ExistingEntries::kReplace,
                         &error_));
@@ -42,13 +42,13 @@ TEST_F(TransferTest, AFileIsUploadedWithItsMissingFolders) {
     EXPECT_EQ("junk", error_);
 }
 
-TEST_F(TransferTest, ANewFileCostsOneBindAndOneAddition) {
+TEST_F(TransferTest, NewFileCostsOneBindAndOneAddition) {
     const std::string file = Make("a.kra", "bytes");
     Upload(Directory(), file, DN("cn=a.kra"), ExistingEntries::kReplace, &error_);
     EXPECT_EQ((OperationCounts{.binds = 1, .adds = 1}), Counts());
 }
 
-TEST_F(TransferTest, AnExistingEntryIsReplacedOrRefused) {
+TEST_F(TransferTest, ExistingEntryIsReplacedOrRefused) {
     server_.AddFile("a.kra", base_, "old");
     const std::string file = Make("a.kra", "new");
     EXPECT_EQ(0, Upload(Directory(), file, DN("cn=a.kra"), ExistingEntries::kRefuse, &error_));
@@ -58,14 +58,14 @@ TEST_F(TransferTest, AnExistingEntryIsReplacedOrRefused) {
     EXPECT_EQ("new", Contents(DN("cn=a.kra")));
 }
 
-TEST_F(TransferTest, AMissingLocalFileIsNotUploaded) {
+TEST_F(TransferTest, MissingLocalFileIsNotUploaded) {
     EXPECT_EQ(
         0, Upload(Directory(), At("none.kra"), DN("cn=a.kra"), ExistingEntries::kReplace, &error_));
     EXPECT_EQ(std::uint32_t{LDAP_LOCAL_ERROR}, Directory().LastError());
     EXPECT_FALSE(Holds(DN("cn=a.kra")));
 }
 
-TEST_F(TransferTest, ATreeIsUploadedWithItsStructureOverOneBind) {
+TEST_F(TransferTest, TreeIsUploadedWithItsStructureOverOneBind) {
     const std::string tree = MakeTree();
     EXPECT_EQ(1, Upload(Directory(), tree, DN("cn=tree"), ExistingEntries::kReplace, &error_));
     EXPECT_EQ(1, Counts().binds);
@@ -73,7 +73,7 @@ TEST_F(TransferTest, ATreeIsUploadedWithItsStructureOverOneBind) {
     ExpectTree(DN("cn=tree"));
 }
 
-TEST_F(TransferTest, ATreeThatWouldReplaceAFileIsRefusedBeforeAnythingIsStored) {
+TEST_F(TransferTest, TreeThatWouldReplaceAFileIsRefusedBeforeAnythingIsStored) {
     const std::string tree = MakeTree();
     server_.AddFolder("tree", base_);
     server_.AddFolder("sub", DN("cn=tree"));
@@ -86,7 +86,7 @@ TEST_F(TransferTest, ATreeThatWouldReplaceAFileIsRefusedBeforeAnythingIsStored) 
     ExpectTree(DN("cn=tree"));
 }
 
-TEST_F(TransferTest, TheWatcherSeesEachFileAndStopsBetweenTwo) {
+TEST_F(TransferTest, WatcherSeesEachFileAndStopsBetweenTwo) {
     const std::string tree = MakeTree();
     std::vector<TransferProgress> seen;
     const auto watch = [&](bool goOn) {
@@ -109,7 +109,7 @@ TEST_F(TransferTest, TheWatcherSeesEachFileAndStopsBetweenTwo) {
     EXPECT_FALSE(Holds(DN("cn=b.kra,cn=sub,cn=two")));
 }
 
-TEST_F(TransferTest, AFileIsDownloadedOverOneBindAndOneSearch) {
+TEST_F(TransferTest, FileIsDownloadedOverOneBindAndOneSearch) {
     server_.AddFile("a.kra", base_, std::string("\0\xff", 2));
     server_.Mark();
     const std::string file = Make("a.kra", "much longer than that");
@@ -118,7 +118,7 @@ TEST_F(TransferTest, AFileIsDownloadedOverOneBindAndOneSearch) {
     EXPECT_EQ(std::string("\0\xff", 2), FileBytes(file));
 }
 
-TEST_F(TransferTest, AMissingEntryIsNotDownloaded) {
+TEST_F(TransferTest, MissingEntryIsNotDownloaded) {
     for (const char* name : {"cn=none.kra", "cn=none"}) {
         SCOPED_TRACE(name);
         EXPECT_EQ(0, Download(Directory(), DN(name), At("out"), &error_));
@@ -127,12 +127,12 @@ TEST_F(TransferTest, AMissingEntryIsNotDownloaded) {
     }
 }
 
-TEST_F(TransferTest, ADownloadToAnImpossiblePlaceFails) {
+TEST_F(TransferTest, DownloadToAnImpossiblePlaceFails) {
     server_.AddFile("a.kra", base_, "1");
     EXPECT_EQ(0, Download(Directory(), DN("cn=a.kra"), At("none\\a.kra"), &error_));
 }
 
-TEST_F(TransferTest, ATreeIsDownloadedWithItsStructureOverOneBind) {
+TEST_F(TransferTest, TreeIsDownloadedWithItsStructureOverOneBind) {
     const std::string tree = AddTree("tree");
     server_.Mark();
     EXPECT_EQ(1, Download(Directory(), tree, At("out"), &error_));
@@ -154,7 +154,7 @@ TEST_F(TransferTest, HostileNamesNeverLeaveTheTargetFolderAndAreAFailure) {
     EXPECT_FALSE(Exists(At("deep\\x.kra")));
 }
 
-TEST_F(TransferTest, HostileNamesOfATreeThatIsToGoLetNothingBeFetched) {
+TEST_F(TransferTest, HostileNamesOfATreeToBeMovedLetNothingBeFetched) {
     const std::string tree = AddTree("tree");
     AddHostileEntries(tree);
     EXPECT_EQ(0, Download(Directory(), tree, At("out"), &error_, {}, ExistingEntries::kReplace,
@@ -212,7 +212,7 @@ TEST_F(TransferTest, TreeWithAFileThatCannotBeNamedIsUploadedWithoutItWhichIsAFa
     EXPECT_EQ("3", test::WideBytes(unnamed));
 }
 
-TEST_F(TransferTest, EntriesThatCannotBeNamedAreToldOfADownloadAndStay) {
+TEST_F(TransferTest, EntriesThatCannotBeNamedAreReportedOfADownloadAndStay) {
     server_.AddFolder("tree", base_);
     server_.AddFile("a.kra", DN("cn=tree"), "1");
     server_.AddFile("\xE8\xA1\xA8.kra", DN("cn=tree"), "2");
@@ -256,7 +256,7 @@ TEST_F(TransferTest, FolderOfACloudStorageIsUploadedWithItsTree) {
     EXPECT_EQ("junk", error_);
 }
 
-TEST_F(TransferTest, AFileEntryIsCopiedToANewPlaceWithItsParents) {
+TEST_F(TransferTest, FileEntryIsCopiedToANewPlaceWithItsParents) {
     server_.AddFile("a.kra", base_, "1");
     EXPECT_EQ(1, CopyEntry(Directory(), DN("cn=a.kra"), Directory(), DN("cn=b.kra,cn=new"),
                            ExistingEntries::kReplace, &error_));
@@ -292,7 +292,7 @@ TEST_F(TransferTest, CopyingAMissingEntryFails) {
     EXPECT_FALSE(Holds(DN("cn=copy")));
 }
 
-TEST_F(TransferTest, AFolderEntryIsCopiedWithItsTree) {
+TEST_F(TransferTest, FolderEntryIsCopiedWithItsTree) {
     const std::string tree = AddTree("tree");
     server_.Mark();
     EXPECT_EQ(1, CopyEntry(Directory(), tree, Directory(), DN("cn=copy"), ExistingEntries::kReplace,
@@ -302,7 +302,7 @@ TEST_F(TransferTest, AFolderEntryIsCopiedWithItsTree) {
     ExpectTree(tree);
 }
 
-TEST_F(TransferTest, AFileEntryIsRenamedInPlace) {
+TEST_F(TransferTest, FileEntryIsRenamedInPlace) {
     server_.AddFile("a.kra", base_, "1");
     server_.Mark();
     EXPECT_EQ(1, MoveEntry(Directory(), DN("cn=a.kra"), DN("cn=b.kra"), &error_));
@@ -311,7 +311,7 @@ TEST_F(TransferTest, AFileEntryIsRenamedInPlace) {
     EXPECT_FALSE(Holds(DN("cn=a.kra")));
 }
 
-TEST_F(TransferTest, AnEmptyFolderIsRenamedInPlace) {
+TEST_F(TransferTest, EmptyFolderIsRenamedInPlace) {
     server_.AddFolder("old", base_);
     server_.Mark();
     EXPECT_EQ(1, MoveEntry(Directory(), DN("cn=old"), DN("cn=new"), &error_));
@@ -320,7 +320,7 @@ TEST_F(TransferTest, AnEmptyFolderIsRenamedInPlace) {
     EXPECT_FALSE(Holds(DN("cn=old")));
 }
 
-TEST_F(TransferTest, AFolderWithChildrenIsRenamedWithAllOfThem) {
+TEST_F(TransferTest, FolderWithChildrenIsRenamedWithAllOfThem) {
     const std::string tree = AddTree("tree");
     server_.Mark();
     EXPECT_EQ(1, MoveEntry(Directory(), tree, DN("cn=moved,cn=below"), &error_));
@@ -340,7 +340,7 @@ TEST_F(TransferTest, RenamingAFolderOntoFilesOfItsNamesKeepsTheOldTree) {
     ExpectTree(tree);
 }
 
-TEST_F(TransferTest, AFolderWhoseNamesCannotAllBeCopiedKeepsItsTree) {
+TEST_F(TransferTest, FolderWhoseNamesCannotAllBeCopiedKeepsItsTree) {
     const std::string tree = AddTree("tree");
     server_.AddFile("CON", tree, "x");
     RefuseTreeRenames(Directory());
@@ -349,7 +349,7 @@ TEST_F(TransferTest, AFolderWhoseNamesCannotAllBeCopiedKeepsItsTree) {
     EXPECT_FALSE(Holds(DN("cn=moved")));
 }
 
-TEST_F(TransferTest, AFolderThatTheServerRenamesKeepsEntriesOfEveryName) {
+TEST_F(TransferTest, FolderThatTheServerRenamesKeepsEntriesOfEveryName) {
     const std::string tree = AddTree("tree");
     server_.AddFile("CON", tree, "x");
     EXPECT_EQ(1, MoveEntry(Directory(), tree, DN("cn=moved"), &error_));
@@ -357,7 +357,7 @@ TEST_F(TransferTest, AFolderThatTheServerRenamesKeepsEntriesOfEveryName) {
     EXPECT_EQ("x", Contents(DN("cn=CON,cn=moved")));
 }
 
-TEST_F(TransferTest, AFolderCannotGoIntoItself) {
+TEST_F(TransferTest, FolderCannotMoveIntoItself) {
     const std::string tree = AddTree("tree");
     server_.Mark();
     EXPECT_EQ(0, MoveEntry(Directory(), tree, "cn=x,cn=sub," + tree, &error_));
@@ -381,7 +381,7 @@ TEST_F(TransferTest, FilesWithoutADotAndFoldersWithOneKeepWhatTheyHoldInATree) {
     EXPECT_FALSE(Holds(tree));
 }
 
-TEST_F(TransferTest, AFileWithoutADotIsTransferredAsAFile) {
+TEST_F(TransferTest, FileWithoutADotIsTransferredAsAFile) {
     AddUnusualNames(base_);
     server_.Mark();
     EXPECT_EQ(1, Download(Directory(), DN("cn=README"), At("README"), &error_));
@@ -394,7 +394,7 @@ TEST_F(TransferTest, AFileWithoutADotIsTransferredAsAFile) {
     EXPECT_EQ("3", Contents(DN("cn=NEWS")));
 }
 
-TEST_F(TransferTest, AFolderWithADotIsTransferredWithItsTree) {
+TEST_F(TransferTest, FolderWithADotIsTransferredWithItsTree) {
     AddUnusualNames(base_);
     EXPECT_EQ(1, Download(Directory(), DN("cn=v1.2"), At("v1.2"), &error_));
     EXPECT_EQ("4", FileBytes(At("v1.2\\c.kra")));
@@ -406,7 +406,7 @@ TEST_F(TransferTest, AFolderWithADotIsTransferredWithItsTree) {
     EXPECT_FALSE(Holds(DN("cn=v1.2")));
 }
 
-TEST_F(TransferTest, AnEmptyFolderStaysAFolderWhateverItsName) {
+TEST_F(TransferTest, EmptyFolderStaysAFolderWhateverItsName) {
     for (const char* name : {"empty", "v2.0"}) {
         SCOPED_TRACE(name);
         server_.AddFolder(name, base_);
@@ -434,7 +434,7 @@ TEST_F(TransferTest, WhatCannotBeSeenToBeWholeDoesNotGo) {
     EXPECT_EQ(1, Download(Directory(), DN("cn=a.kra"), At("out"), &error_));
 }
 
-TEST_F(TransferTest, AFileWithoutADotThatHoldsEntriesDoesNotGo) {
+TEST_F(TransferTest, FileWithoutADotThatHoldsEntriesDoesNotGo) {
     server_.AddFolder("tree", base_);
     server_.AddFile("README", DN("cn=tree"), "1");
     server_.AddFile("b.kra", DN("cn=README,cn=tree"), "2");
@@ -462,7 +462,7 @@ TEST_F(TransferTest, AnotherSpellingOfItsOwnNameIsTheEntryItself) {
     EXPECT_TRUE(server_.Holds(DN("cn=a b.kra")));
 }
 
-TEST_F(TransferTest, AFileWhoseBytesCannotBeSeenIsCopiedEmptyAndDoesNotGo) {
+TEST_F(TransferTest, FileWhoseBytesCannotBeSeenIsCopiedEmptyAndDoesNotGo) {
     server_.AddFile("a.kra", base_, "1");
     server_.AddFolder("tree", base_);
     server_.AddFile("b.kra", DN("cn=tree"), "2");
@@ -485,7 +485,7 @@ TEST_F(TransferTest, EntriesAreFoundAndRemovedWithWhatIsBelow) {
     EXPECT_EQ(0, RemoveEntry(Directory(), tree, nullptr));
 }
 
-TEST_F(TransferTest, AReaderStoresNothing) {
+TEST_F(TransferTest, ReaderStoresNothing) {
     work_->paths->At(0)->username = test::kReader;
     work_->paths->At(0)->password = test::kReaderPassword;
     const std::string file = Make("a.kra", "1");

@@ -75,7 +75,7 @@ TEST_P(PairTest, MovedFolderWithADotAndFileWithoutOneKeepWhatTheyHold) {
     EXPECT_EQ(StoreContents(), Source().Contents("from"));
 }
 
-TEST_P(PairTest, CopyGoesIntoAFolderUnderItsOwnName) {
+TEST_P(PairTest, CopyIntoAFolderKeepsItsName) {
     Source().MakeFile("from\\a.kra", "1");
     EXPECT_EQ(1, Copy(From("a.kra"), To(""), true));
     EXPECT_EQ("1", Target().Bytes("to\\a.kra"));

@@ -68,7 +68,7 @@ TEST_P(RenameTest, MissingSourceAndEmptyNamesAreRefused) {
     EXPECT_EQ(before, Place().Contents());
 }
 
-TEST_P(RenameTest, NothingGoesIntoItself) {
+TEST_P(RenameTest, NothingMovesIntoItself) {
     Place().MakeTree("from\\tree");
     ExpectRefused("from\\tree", "from\\tree\\sub\\tree");
     ExpectRefused("from\\tree", "from\\tree\\new");

@@ -130,7 +130,7 @@ TEST_F(ShellCallsTest, AnyResultButZeroAndAnythingAbortedIsAFailureWithTheSystem
     EXPECT_EQ("junk", error_);
 }
 
-TEST_F(ShellCallsTest, FailureTellsNothingThatIsNotItsOwn) {
+TEST_F(ShellCallsTest, FailureReportsNothingThatIsNotItsOwn) {
     const std::string plain = plain_.At("from\\a.kra"), target = plain_.At("from\\none\\b.kra");
     plain_.MakeFile("from\\a.kra", "1");
     Directory().SetLastError(LDAP_INSUFFICIENT_RIGHTS);
@@ -176,7 +176,7 @@ TEST_F(ShellCallsTest, MixedListIsOneCopyOfAllAndOneDeletionOfATemporaryFolder) 
     EXPECT_FALSE(Exists(calls[1].sources[0]));
 }
 
-TEST_F(ShellCallsTest, AllTemporaryFoldersGoWithOneDeletionAlsoAfterAFailure) {
+TEST_F(ShellCallsTest, AllTemporaryFoldersAreDeletedAtOnceAlsoAfterAFailure) {
     directory_.MakeFile("from\\a.kra", "1");
     directory_.MakeFile("from\\b.kra", "2");
     for (const UINT operation : {FO_COPY, FO_MOVE, FO_DELETE}) {

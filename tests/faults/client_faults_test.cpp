@@ -253,7 +253,7 @@ TEST_P(ClientFaultsTest, RenameLeavesTheFileUnderOneOfItsNames) {
     });
 }
 
-TEST_P(ClientFaultsTest, DeletionSaysWhetherTheFileIsGone) {
+TEST_P(ClientFaultsTest, DeletionReportsWhetherTheFileIsGone) {
     const std::string path = Path("office.kra");
     bool deleted = false;
     RunWithFaults({

@@ -56,7 +56,7 @@ TEST_F(CopyTest, TreeIsCopiedWithinTheFileSystemAndNotedFileByFile) {
     EXPECT_FALSE(test::Exists(folder_.At("tree")));
 }
 
-TEST_F(CopyTest, TreeGoesNeitherOntoNorIntoItself) {
+TEST_F(CopyTest, TreeMovesNeitherOntoNorIntoItself) {
     const StorePath tree = MakeTree();
     for (const char* target : {"tree", "TREE", "tree\\sub\\again"}) {
         SCOPED_TRACE(target);

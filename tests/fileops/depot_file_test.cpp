@@ -40,19 +40,19 @@ TEST_F(FileExistsTest, AnythingElseDoesNot) {
     }
 }
 
-TEST_F(FileExistsTest, ADepotWhoseRootIsMissingHoldsNothing) {
+TEST_F(FileExistsTest, DepotWhoseRootIsMissingHoldsNothing) {
     CDepot& gone = world_.AddAt("Gone", "Gone", world_.folder.At("none"));
     EXPECT_EQ(0, FileExists(gone, "<Gone>\\a.kra"));
     EXPECT_EQ(0, FileExists(gone, "<Gone>\\"));
 }
 
-TEST_F(FileExistsTest, ADepotWithoutLocationsHoldsNothing) {
+TEST_F(FileExistsTest, DepotWithoutLocationsHoldsNothing) {
     CDepot empty(nullptr);
     empty.name = "Empty";
     EXPECT_EQ(0, FileExists(empty, world_.folder.Path()));
 }
 
-TEST_F(FileExistsTest, ADirectoryWithoutAServerHoldsNothing) {
+TEST_F(FileExistsTest, DirectoryWithoutAServerHoldsNothing) {
     // The missing server is reported in a box.
     const test::BoxLog boxes;
     CDepot& directory = world_.AddAt("Dir", "Dir", "dc=farrow", kDirectoryLocation);
@@ -181,7 +181,7 @@ TEST_F(DepotFileTest, MoveFileWithADestinationDepotMovesThere) {
     EXPECT_EQ("1", test::FileBytes(At("h\\b.kra")));
 }
 
-TEST_F(DepotFileTest, CopyFileGoesIntoAnotherDepotOrToAPlainPath) {
+TEST_F(DepotFileTest, CopyFileWritesIntoAnotherDepotOrToAPlainPath) {
     Make("w\\a.kra");
     EXPECT_EQ(1, CopyFile(work_, "<Work>\\a.kra", "<Home>\\b.kra", &home_, true, &error_));
     EXPECT_EQ("1", test::FileBytes(At("h\\b.kra")));
@@ -213,14 +213,14 @@ TEST_F(DepotFileTest, CopyingAFileOntoItselfKeepsIt) {
     EXPECT_EQ("1", test::FileBytes(At("w\\a.kra")));
 }
 
-TEST_F(DepotFileTest, TheLastErrorCodeIsTheSystems) {
+TEST_F(DepotFileTest, LastErrorCodeIsTheSystems) {
     SetLastError(ERROR_WRITE_PROTECT);
     EXPECT_EQ(DWORD{ERROR_WRITE_PROTECT}, LastErrorCode(work_));
     EXPECT_EQ(0, DeleteFile(work_, "<Work>\\no.kra"));
     EXPECT_EQ(DWORD{ERROR_FILE_NOT_FOUND}, LastErrorCode(work_));
 }
 
-TEST_F(DepotFileTest, AFailureWithoutAnErrorTextIsTheSame) {
+TEST_F(DepotFileTest, FailureWithoutAnErrorTextIsTheSame) {
     Make("w\\a.kra");
     Make("w\\b.kra", "2");
     EXPECT_EQ(0, CopyFile(work_, "<Work>\\a.kra", At("w\\b.kra"), nullptr, true, nullptr));
@@ -228,7 +228,7 @@ TEST_F(DepotFileTest, AFailureWithoutAnErrorTextIsTheSame) {
     EXPECT_EQ("2", test::FileBytes(At("w\\b.kra")));
 }
 
-TEST_F(DepotFileTest, ADestinationOf260CharactersIsReportedAsTooLong) {
+TEST_F(DepotFileTest, DestinationOf260CharactersIsReportedAsTooLong) {
     Make("w\\a.kra");
     const std::string start = At("missing\\");
     for (const std::size_t length : {259u, 260u, 261u}) {

@@ -54,7 +54,7 @@ protected:
     CDepotItems list_;
 };
 
-TEST_F(EnumerateTest, ARequestWithAPatternListsTheRootsFoldersAndMatchingFiles) {
+TEST_F(EnumerateTest, RequestWithAPatternListsTheRootsFoldersAndMatchingFiles) {
     Make("a.kra");
     Make("b.krv");
     Make("sub\\c.kra");
@@ -62,7 +62,7 @@ TEST_F(EnumerateTest, ARequestWithAPatternListsTheRootsFoldersAndMatchingFiles) 
     EXPECT_THAT(Paths(), UnorderedElementsAre("<Work>\\sub", "<Work>\\a.kra"));
 }
 
-TEST_F(EnumerateTest, ARequestWithAPatternListsASubfolder) {
+TEST_F(EnumerateTest, RequestWithAPatternListsASubfolder) {
     Make("a.kra");
     Make("sub\\c.KRA");
     EXPECT_EQ(1, List("<WORK>\\sub\\*.kra", ""));
@@ -80,7 +80,7 @@ TEST_F(EnumerateTest, StarDotStarIsNotEveryFile) {
     EXPECT_THAT(Paths(), UnorderedElementsAre("<Work>\\a.kra", "<Work>\\README", "<Work>\\sub"));
 }
 
-TEST_F(EnumerateTest, ANameWithoutADotPassesAFilterThatHoldsIt) {
+TEST_F(EnumerateTest, NameWithoutADotPassesAFilterThatHoldsIt) {
     Make("README");
     Make("OTHER");
     EXPECT_EQ(1, List("<Work>\\", "readme;.kra"));
@@ -109,13 +109,13 @@ TEST_F(EnumerateTest, FoldersOnlyLeavesEveryFileOutWhateverTheFilter) {
     }
 }
 
-TEST_F(EnumerateTest, ASubPathIsJoined) {
+TEST_F(EnumerateTest, SubPathIsJoined) {
     Make("A\\B\\c.kra");
     EXPECT_EQ(1, List("<Work>\\A", ".*", "B"));
     EXPECT_THAT(Paths(), ElementsAre("<Work>\\A\\B\\c.kra"));
 }
 
-TEST_F(EnumerateTest, TheCountIsThatOfTheItemsAdded) {
+TEST_F(EnumerateTest, CountIsThatOfTheItemsAdded) {
     Make("a.kra");
     Make("b.kra");
     EXPECT_EQ(2, List("<Work>\\", ".*"));
@@ -148,7 +148,7 @@ TEST_F(EnumerateTest, DoubledBackslashesOfARequestAreNotHandedOn) {
     }
 }
 
-TEST_F(EnumerateTest, ADepotWithoutARootListsNothing) {
+TEST_F(EnumerateTest, DepotWithoutARootListsNothing) {
     CDepot& rootless = world_.AddAt("Rootless", "Rootless", "");
     const CDepotItem root("<Rootless>\\", &rootless);
     EXPECT_EQ(0, Enumerate(list_, &root, ".*", {}, false));
@@ -165,7 +165,7 @@ TEST_F(EnumerateTest, DisplayPathsHoldNoDoubledBackslash) {
     }
 }
 
-TEST_F(EnumerateTest, AFolderNamedByItsStoragePathIsListedUnderDisplayPaths) {
+TEST_F(EnumerateTest, FolderNamedByItsStoragePathIsListedUnderDisplayPaths) {
     Make("sub\\c.kra");
     EXPECT_EQ(1, List(world_.folder.At("w\\sub"), ".*"));
     EXPECT_THAT(Paths(), ElementsAre("<Work>\\sub\\c.kra"));
@@ -246,7 +246,7 @@ TEST_F(EnumerateTest, FilesThatCannotBeNamedAreCountedInTheListAndInTheTrace) {
                                                        testing::EndsWith(" ms 2\r\n")));
 }
 
-TEST_F(EnumerateTest, AnItemThatMemoryRunsOutForIsLeftOutAndNotCounted) {
+TEST_F(EnumerateTest, ItemThatMemoryRunsOutForIsLeftOutAndNotCounted) {
     Make("a.kra");
     Make("sub\\b.kra");
     Make("c.kra");
@@ -277,7 +277,7 @@ protected:
     CDepotItems list_;
 };
 
-TEST_F(KeepFileTypeTest, TheSecondOfTwoNeighboursOfAWrongTypeStays) {
+TEST_F(KeepFileTypeTest, SecondOfTwoNeighboursOfAWrongTypeStays) {
     for (const char* path : {"<W>\\1.krv", "<W>\\2.krv", "<W>\\3.kra"}) Add(path);
     KeepFileType(list_, kSkeinProfile);
     ASSERT_EQ(2u, list_.Count());
@@ -285,7 +285,7 @@ TEST_F(KeepFileTypeTest, TheSecondOfTwoNeighboursOfAWrongTypeStays) {
     EXPECT_EQ("<W>\\3.kra", list_.At(1)->path);
 }
 
-TEST_F(KeepFileTypeTest, TheTypeIsThatOfThePath) {
+TEST_F(KeepFileTypeTest, TypeIsThatOfThePath) {
     for (const char* path : {"<W>\\sub", "<W>\\3.kra", "<W>\\4.krv"}) Add(path);
     KeepFileType(list_, kKickoffProfile);
     ASSERT_EQ(2u, list_.Count());
@@ -293,7 +293,7 @@ TEST_F(KeepFileTypeTest, TheTypeIsThatOfThePath) {
     EXPECT_EQ("<W>\\4.krv", list_.At(1)->path);
 }
 
-TEST_F(KeepFileTypeTest, AnEmptyListStaysEmpty) {
+TEST_F(KeepFileTypeTest, EmptyListStaysEmpty) {
     KeepFileType(list_, kSkeinProfile);
     EXPECT_EQ(0u, list_.Count());
 }

@@ -84,7 +84,7 @@ TEST(PassesFilterTest, OnlyTheExactTextPassesEveryFile) {
     }
 }
 
-TEST(PassesFilterTest, ANameWithoutADotIsItsOwnExtension) {
+TEST(PassesFilterTest, NameWithoutADotIsItsOwnExtension) {
     EXPECT_TRUE(PassesFilter("README", "readme;.kra"));
     EXPECT_TRUE(PassesFilter("READ", "readme;.kra"));
     EXPECT_FALSE(PassesFilter("README", "*.kra"));
@@ -104,7 +104,7 @@ std::vector<bool> RemoveOneByOne(const std::vector<bool>& wanted) {
     return stays;
 }
 
-TEST(SurvivorsTest, TheNeighbourOfARemovedOneStays) {
+TEST(SurvivorsTest, NeighbourOfARemovedOneStays) {
     EXPECT_THAT(SurvivorsOfTypeFilter({false, false, true}), ElementsAre(false, true, true));
     EXPECT_THAT(SurvivorsOfTypeFilter({false, true, false}), ElementsAre(false, true, false));
     EXPECT_THAT(SurvivorsOfTypeFilter({false, false, false, false}),
@@ -125,7 +125,7 @@ TEST(SurvivorsTest, EveryListOfTenIsLikeRemovingOneByOne) {
     }
 }
 
-TEST(SurvivorsTest, AMillionItemsAreDoneAtOnce) {
+TEST(SurvivorsTest, MillionItemsAreDoneAtOnce) {
     const std::vector<bool> stays = SurvivorsOfTypeFilter(std::vector<bool>(1'000'000, false));
     EXPECT_EQ(500'000, std::count(stays.begin(), stays.end(), true));
 }

@@ -47,7 +47,7 @@ TEST_F(ItemOperationsTest, CopyingAnItemKeepsTheSource) {
     EXPECT_TRUE(Exists(At("w\\a.kra")));
 }
 
-TEST_F(ItemOperationsTest, AnExistingTargetIsAFailureThatLeavesTheErrorTextAlone) {
+TEST_F(ItemOperationsTest, ExistingTargetIsAFailureThatLeavesTheErrorTextAlone) {
     Make("w\\a.kra", "1");
     Make("h\\b.kra", "old");
     for (const UINT operation : {FO_COPY, FO_MOVE}) {
@@ -65,7 +65,7 @@ TEST_F(ItemOperationsTest, MovingAnItemRemovesTheSource) {
     EXPECT_FALSE(Exists(At("w\\a.kra")));
 }
 
-TEST_F(ItemOperationsTest, AMoveWhoseDeleteFailsStillSucceeds) {
+TEST_F(ItemOperationsTest, MoveWhoseDeleteFailsStillSucceeds) {
     const std::string source = Make("w\\a.kra", "1");
     const HANDLE reader = CreateFileA(source.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr,
                                       OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
@@ -104,14 +104,14 @@ TEST_F(ItemOperationsTest, WithoutADepotOrATargetNothingIsDone) {
     EXPECT_TRUE(Exists(source));
 }
 
-TEST_F(ItemOperationsTest, ACopyIntoAFolderKeepsItsName) {
+TEST_F(ItemOperationsTest, CopyIntoAFolderKeepsItsName) {
     Make("w\\a.kra", "1");
     const CDepotItem folder("<Home>\\", &home_);
     EXPECT_EQ(1, OnItem("<Work>\\a.kra", &folder, FO_COPY));
     EXPECT_EQ("1", FileBytes(At("h\\a.kra")));
 }
 
-TEST_F(ItemOperationsTest, AListIsCopiedIntoAFolder) {
+TEST_F(ItemOperationsTest, ListIsCopiedIntoAFolder) {
     Make("w\\a.kra", "1");
     Make("w\\b.kra", "2");
     const CDepotItem folder("<Home>\\", &home_);
@@ -121,7 +121,7 @@ TEST_F(ItemOperationsTest, AListIsCopiedIntoAFolder) {
     EXPECT_EQ(kJunk, error_);
 }
 
-TEST_F(ItemOperationsTest, AListIsDeleted) {
+TEST_F(ItemOperationsTest, ListIsDeleted) {
     Make("w\\a.kra", "1");
     world_.folder.MakeFolder("w\\sub");
     EXPECT_EQ(1, OnList({"<Work>\\a.kra", "<Work>\\sub"}, nullptr, FO_DELETE));
@@ -152,7 +152,7 @@ TEST_F(ItemOperationsTest, DeletionOfAListPaysNoRegardToATarget) {
     EXPECT_EQ(kJunk, error_);
 }
 
-TEST_F(ItemOperationsTest, AnItemWithoutADepotIsNamedByItsPath) {
+TEST_F(ItemOperationsTest, ItemWithoutADepotIsNamedByItsPath) {
     const std::string source = Make("plain.kra", "1");
     CDepotItems items;
     items.Append(std::make_unique<CDepotItem>(source, nullptr));
@@ -160,12 +160,12 @@ TEST_F(ItemOperationsTest, AnItemWithoutADepotIsNamedByItsPath) {
     EXPECT_EQ("1", FileBytes(At("h\\b.kra")));
 }
 
-TEST_F(ItemOperationsTest, AnEmptyListSucceeds) {
+TEST_F(ItemOperationsTest, EmptyListSucceeds) {
     EXPECT_EQ(1, OnList({}, &target_, FO_COPY));
     EXPECT_EQ(1, OnList({}, nullptr, FO_DELETE));
 }
 
-TEST_F(ItemOperationsTest, AListWithAnEmptyTargetFailsAndSaysWhy) {
+TEST_F(ItemOperationsTest, ListWithAnEmptyTargetFailsAndReportsWhy) {
     Make("w\\only-here.kra", "1");
     const CDepotItem nowhere;
     EXPECT_EQ(0, OnList({"<Work>\\only-here.kra"}, &nowhere, FO_COPY));
@@ -173,11 +173,11 @@ TEST_F(ItemOperationsTest, AListWithAnEmptyTargetFailsAndSaysWhy) {
     EXPECT_NE(kJunk, error_);
 }
 
-TEST_F(ItemOperationsTest, AListWithAMissingSourceFails) {
+TEST_F(ItemOperationsTest, ListWithAMissingSourceFails) {
     EXPECT_EQ(0, OnList({"<Work>\\none.kra"}, nullptr, FO_DELETE));
 }
 
-TEST_F(ItemOperationsTest, AFolderGoesIntoItselfThroughNoDepot) {
+TEST_F(ItemOperationsTest, FolderMovesIntoItselfThroughNoDepot) {
     world_.folder.MakeFolder("w\\tree\\sub");
     Make("w\\tree\\a.kra", "1");
     CDepot& same = world_.AddAt("Same", "Same", At("h\\..\\w"));
@@ -195,7 +195,7 @@ TEST_F(ItemOperationsTest, AFolderGoesIntoItselfThroughNoDepot) {
     EXPECT_FALSE(Exists(At("w\\tree\\sub\\tree")));
 }
 
-TEST_F(ItemOperationsTest, TheRootOfADepotStaysWhereItIs) {
+TEST_F(ItemOperationsTest, RootOfADepotStaysWhereItIs) {
     Make("w\\a.kra", "1");
     const CDepotItem target("<Home>\\out", &home_);
     for (const std::string& path :
@@ -214,7 +214,7 @@ TEST_F(ItemOperationsTest, TheRootOfADepotStaysWhereItIs) {
     EXPECT_FALSE(Exists(At("renamed")));
 }
 
-TEST_F(ItemOperationsTest, TheFilesOfARootAreCopiedWithIt) {
+TEST_F(ItemOperationsTest, FilesOfARootAreCopiedWithIt) {
     Make("w\\a.kra", "1");
     const CDepotItem target("<Home>\\out", &home_);
     EXPECT_EQ(1, OnList({"<Work>\\"}, &target, FO_COPY));

@@ -74,7 +74,7 @@ TEST_F(LargeListingTest, WorkGrowsAsTheNumberOfFilesDoes) {
     }
 }
 
-TEST_F(LargeListingTest, AFileTakesAFewAllocationsWhateverTheFolderHolds) {
+TEST_F(LargeListingTest, FileTakesAFewAllocationsWhateverTheFolderHolds) {
     const AllocationCount work = WorkFor(2'000, kSkeinProfile);
     EXPECT_LE(work.calls, 2'000u * 12);
     // The find data alone is 320 bytes.
@@ -109,7 +109,7 @@ TEST_F(LargeListingTest, NamesThatHoldADepotsNameOrAFormatAreListedAsTheyAre) {
 
 // The folder comes and goes with its files while it is listed: each listing is what was there at
 // some moment.
-TEST_F(LargeListingTest, AFolderDeletedDuringItsListingEndsTheListing) {
+TEST_F(LargeListingTest, FolderDeletedDuringItsListingEndsTheListing) {
     const std::string folder = world_.folder.At("w\\sub");
     std::atomic<bool> done{false};
     std::thread changer([&] {

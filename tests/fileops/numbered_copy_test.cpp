@@ -45,7 +45,7 @@ TEST_F(NumberedCopyTest, NamesThatLookLikeFormatsAreCopied) {
     }
 }
 
-TEST_F(NumberedCopyTest, TheFirstFreeNumberIsUsed) {
+TEST_F(NumberedCopyTest, FirstFreeNumberIsUsed) {
     folder_.MakeFile("Work\\a.kra", "1");
     DepotSession session;
     for (int count = 0; count < 5; ++count) MakeNumberedCopy(session, "<Work>\\a.kra");
@@ -73,7 +73,7 @@ TEST_F(NumberedCopyTest, OnlyTheFirstOfTwoDepotsOfOneKeyIsTried) {
     EXPECT_FALSE(Exists(folder_.At("Workshop\\a - copy.kra")));
 }
 
-TEST_F(NumberedCopyTest, TheOldStylePutsTheNumberInFront) {
+TEST_F(NumberedCopyTest, OldStylePutsTheNumberInFront) {
     folder_.MakeFile("Work\\a.kra", "1");
     DepotSession session;
     for (const char* copy :
@@ -84,7 +84,7 @@ TEST_F(NumberedCopyTest, TheOldStylePutsTheNumberInFront) {
     EXPECT_EQ("1", FileBytes(folder_.At("Work\\Copy (3) of a.kra")));
 }
 
-TEST_F(NumberedCopyTest, TheFormatsComeFromTheUsersLanguage) {
+TEST_F(NumberedCopyTest, FormatsComeFromTheUsersLanguage) {
     InstallLocalization({nullptr, [](unsigned id) -> std::optional<std::string> {
                              if (id == 500) return "Kopie %svon %s";
                              if (id == 501) return "%s - Kopie%s";
@@ -101,7 +101,7 @@ TEST_F(NumberedCopyTest, TheFormatsComeFromTheUsersLanguage) {
     InstallLocalization({});
 }
 
-TEST_F(NumberedCopyTest, TheFolderKeepsTheLettersOfTheSource) {
+TEST_F(NumberedCopyTest, FolderKeepsTheLettersOfTheSource) {
     folder_.MakeFile("Work\\a.kra", "1");
     DepotSession session;
     EXPECT_EQ("<WORK>\\A - copy.KRA", MakeNumberedCopy(session, "<WORK>\\A.KRA"));

@@ -18,7 +18,7 @@ TEST(ShellPathListTest, EachPathEndsInANulAndTheListInAnother) {
     EXPECT_EQ("\0"s, ShellPathList({}, 10));
 }
 
-TEST(ShellPathListTest, APathFitsWithItsNulAndNotWithOneByteMore) {
+TEST(ShellPathListTest, PathFitsWithItsNulAndNotWithOneByteMore) {
     for (const std::size_t limit : {kShellListPathBytes, kShellSinglePathBytes}) {
         SCOPED_TRACE(limit);
         EXPECT_EQ(limit + 1, ShellPathList({std::string(limit - 1, 'x')}, limit).size());
@@ -27,13 +27,13 @@ TEST(ShellPathListTest, APathFitsWithItsNulAndNotWithOneByteMore) {
     }
 }
 
-TEST(ShellPathListTest, APatternSpoilsTheList) {
+TEST(ShellPathListTest, PatternSpoilsTheList) {
     for (const char* pattern : {"C:\\x\\*", "C:\\x\\a?.kra"}) {
         EXPECT_EQ("", ShellPathList({"C:\\x\\a", pattern}, 100));
     }
 }
 
-TEST(ShellPathListTest, AnEmptyPathSpoilsTheList) {
+TEST(ShellPathListTest, EmptyPathSpoilsTheList) {
     EXPECT_EQ("", ShellPathList({"a", "", "b"}, 10));
 }
 
@@ -60,7 +60,7 @@ TEST_F(RunShellOperationTest, DeletesFilesAndFolders) {
     EXPECT_FALSE(Exists(sub));
 }
 
-TEST_F(RunShellOperationTest, OnlyADeletionGoesWithoutATarget) {
+TEST_F(RunShellOperationTest, OnlyADeletionNeedsNoTarget) {
     const std::string file = folder_.MakeFile("a.kra", "1");
     for (const UINT operation : {UINT{FO_COPY}, UINT{FO_MOVE}, UINT{FO_RENAME}}) {
         EXPECT_FALSE(RunShellOperation(operation, {file}, nullptr, kQuietFlags, nullptr));
@@ -69,12 +69,12 @@ TEST_F(RunShellOperationTest, OnlyADeletionGoesWithoutATarget) {
     EXPECT_TRUE(test::Exists(file));
 }
 
-TEST_F(RunShellOperationTest, AMissingSourceFails) {
+TEST_F(RunShellOperationTest, MissingSourceFails) {
     const std::string target = folder_.At("b");
     EXPECT_FALSE(RunShellOperation(FO_RENAME, {folder_.At("none")}, &target, kQuietFlags, nullptr));
 }
 
-TEST_F(RunShellOperationTest, NothingGoesIntoTheCurrentFolderOrOutOfIt) {
+TEST_F(RunShellOperationTest, NothingMovesIntoTheCurrentFolderOrOutOfIt) {
     const std::string file = folder_.MakeFile("a.kra", "1");
     const std::string now = folder_.MakeFolder("now");
     const std::string there = folder_.MakeFile("now\\there.kra", "2");
@@ -93,7 +93,7 @@ TEST_F(RunShellOperationTest, NothingGoesIntoTheCurrentFolderOrOutOfIt) {
     EXPECT_EQ("2", FileBytes(there));
 }
 
-TEST_F(RunShellOperationTest, AnEmptyTargetTouchesNothingInTheCurrentFolder) {
+TEST_F(RunShellOperationTest, EmptyTargetTouchesNothingInTheCurrentFolder) {
     const std::string a = folder_.MakeFile("only-here.kra", "1"), empty;
     SetLastError(ERROR_SUCCESS);
     EXPECT_FALSE(RunShellOperation(FO_COPY, {a}, &empty, kQuietFlags, nullptr));

@@ -141,7 +141,7 @@ TEST_F(ComponentLanguageTest, ComponentWithoutTheDirectoryServiceLoadsAfterABox)
     EXPECT_THAT(Probe(scratch_.At("")), ElementsAre("box Unable to load resource"));
 }
 
-TEST_F(ComponentLanguageTest, DamagedLibraryIsToldInABox) {
+TEST_F(ComponentLanguageTest, DamagedLibraryIsReportedInABox) {
     Copy({"DepotIntr.dll", "qdirsvc.dll"});
     scratch_.MakeFile("DepotIntr.NLS", "not a library");
     EXPECT_THAT(Probe(scratch_.At("")), ElementsAre("box Unable to load resource"));

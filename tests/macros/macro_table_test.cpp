@@ -304,12 +304,12 @@ TEST_F(MacroTableTest, ValuesAreExpandedByLaterStepsOnly) {
     EXPECT_EQ("C:\\Users\\a $SYSDIR$", Expand("$ORGANIZATION$"));
 }
 
-TEST_F(MacroTableTest, ProductUserFolderIsEmptyWhenNobodyHasOne) {
+TEST_F(MacroTableTest, ProductUserFolderIsEmptyWhenNoProcessHasOne) {
     EXPECT_EQ("\\x", Expand("$FATUSERDIR$\\x"));
     EXPECT_EQ(18u, system_.keysRead.size());
 }
 
-TEST_F(MacroTableTest, ProductHomeFolderStaysWhenNobodyHasOne) {
+TEST_F(MacroTableTest, ProductHomeFolderStaysWhenNoProcessHasOne) {
     EXPECT_EQ("$FATHOMEDIR$\\x", Expand("$FATHOMEDIR$\\x"));
     EXPECT_EQ(44u, system_.keysRead.size());
     EXPECT_EQ("C:\\Program Files\\Farrow\\x", Expand("$FATORTHINHOMEDIR$\\x"));

@@ -78,7 +78,7 @@ TEST_F(ProductValuesTest, RunTogetherKeysAreNotSearchedByThemselves) {
     EXPECT_EQ(std::nullopt, HomeFolder());
 }
 
-TEST_F(ProductValuesTest, EmptyValueLetsTheSearchGoOn) {
+TEST_F(ProductValuesTest, EmptyValueLetsTheSearchContinue) {
     system_.Store(Hive::kCurrentUser, Key("13.00", "Wharfside"), "UserDir", "");
     system_.registry[{Hive::kLocalMachine, Key("13.00", "Wharfside")}];
     system_.Store(Hive::kCurrentUser, Key("12.00", "Wharfside"), "UserDir", "C:\\twelve");

@@ -262,7 +262,7 @@ TEST(ReplacerLockTest, ThisProcessWaitsForAnotherOne) {
     EXPECT_EQ(0, holder.ExitCode());
 }
 
-TEST(ReplacerLockTest, HolderThatWasKilledAloneHoldsNobodyUp) {
+TEST(ReplacerLockTest, HolderThatWasKilledAloneBlocksNoOther) {
     const test::Signal ready(kReady);
     const test::ChildProcess holder("hold-lock");
     ASSERT_TRUE(ready.Wait());

@@ -33,7 +33,7 @@ protected:
     CDepot& home_ = world_.Add("Home", "Maison", "h");
 };
 
-TEST_F(DepotFileContextTest, AnEmptyPathLeavesTheContextEmpty) {
+TEST_F(DepotFileContextTest, EmptyPathLeavesTheContextEmpty) {
     const DepotFileContext file("", world_.depots);
     EXPECT_EQ(nullptr, file.depot);
     EXPECT_EQ("", file.depotPath);
@@ -42,7 +42,7 @@ TEST_F(DepotFileContextTest, AnEmptyPathLeavesTheContextEmpty) {
     EXPECT_FALSE(file.IsInDirectory());
 }
 
-TEST_F(DepotFileContextTest, ADisplayPathIsReadFromItsDepotsFolder) {
+TEST_F(DepotFileContextTest, DisplayPathIsReadFromItsDepotsFolder) {
     const DepotFileContext file("<work>\\sub\\a.kra", world_.depots);
     EXPECT_EQ(&work_, file.depot);
     EXPECT_EQ("<work>\\sub\\a.kra", file.depotPath);
@@ -51,7 +51,7 @@ TEST_F(DepotFileContextTest, ADisplayPathIsReadFromItsDepotsFolder) {
     EXPECT_FALSE(file.IsInDirectory());
 }
 
-TEST_F(DepotFileContextTest, AStoragePathUnderARootBelongsToItsDepot) {
+TEST_F(DepotFileContextTest, StoragePathUnderARootBelongsToItsDepot) {
     const std::string path = world_.folder.MakeFile("w\\a.kra", "x");
     const DepotFileContext file(path, world_.depots);
     EXPECT_EQ(&work_, file.depot);
@@ -59,7 +59,7 @@ TEST_F(DepotFileContextTest, AStoragePathUnderARootBelongsToItsDepot) {
     EXPECT_EQ(path, file.localPath);
 }
 
-TEST_F(DepotFileContextTest, AnExistingFileUnderTheDefaultRootBelongsToTheDefaultDepot) {
+TEST_F(DepotFileContextTest, ExistingFileUnderTheDefaultRootBelongsToTheDefaultDepot) {
     const std::string path = world_.folder.MakeFile("h\\a.kra", "x");
     const DepotFileContext file(path, world_.depots);
     EXPECT_EQ(&home_, file.depot);
@@ -67,7 +67,7 @@ TEST_F(DepotFileContextTest, AnExistingFileUnderTheDefaultRootBelongsToTheDefaul
     EXPECT_EQ(path, file.localPath);
 }
 
-TEST_F(DepotFileContextTest, AnExistingFileOutsideEveryRootIsAPlainFile) {
+TEST_F(DepotFileContextTest, ExistingFileOutsideEveryRootIsAPlainFile) {
     const std::string path = world_.folder.MakeFile("plain.ini", "x");
     const DepotFileContext file(path, world_.depots);
     EXPECT_EQ(nullptr, file.depot);
@@ -76,7 +76,7 @@ TEST_F(DepotFileContextTest, AnExistingFileOutsideEveryRootIsAPlainFile) {
     EXPECT_FALSE(file.IsInDirectory());
 }
 
-TEST_F(DepotFileContextTest, AnExistingFileWhosePathBeginsWithTwoBackslashesIsAPlainFile) {
+TEST_F(DepotFileContextTest, ExistingFileWhosePathBeginsWithTwoBackslashesIsAPlainFile) {
     const std::string path = test::NetworkPath(world_.folder.MakeFile("plain.ini", "[a]\nb=1\n"));
     ASSERT_TRUE(path.starts_with("\\\\"));
     ASSERT_EQ(std::string::npos, path.find(":\\"));
@@ -89,11 +89,11 @@ TEST_F(DepotFileContextTest, AnExistingFileWhosePathBeginsWithTwoBackslashesIsAP
     EXPECT_EQ(&home_, missing.depot);
 }
 
-TEST_F(DepotFileContextTest, AnExistingFolderIsAPlainFileToo) {
+TEST_F(DepotFileContextTest, ExistingFolderIsAPlainFileToo) {
     EXPECT_EQ(nullptr, DepotFileContext(world_.folder.Path(), world_.depots).depot);
 }
 
-TEST_F(DepotFileContextTest, AMissingFileOutsideEveryRootBelongsToTheDefaultDepot) {
+TEST_F(DepotFileContextTest, MissingFileOutsideEveryRootBelongsToTheDefaultDepot) {
     const std::string path = world_.folder.At("none.ini");
     const DepotFileContext file(path, world_.depots);
     EXPECT_EQ(&home_, file.depot);
@@ -101,7 +101,7 @@ TEST_F(DepotFileContextTest, AMissingFileOutsideEveryRootBelongsToTheDefaultDepo
     EXPECT_EQ(path, file.localPath);
 }
 
-TEST_F(DepotFileContextTest, APlainFilesPathHasAtLeastEightCharacters) {
+TEST_F(DepotFileContextTest, PlainFilesPathHasAtLeastEightCharacters) {
     const std::string eight = MakeRootFile("C:\\a.ini");
     const std::string seven = MakeRootFile("C:\\a.in");
     EXPECT_EQ(nullptr, DepotFileContext(eight, world_.depots).depot);
@@ -131,7 +131,7 @@ TEST_F(DepotFileContextTest, OnlyAnAbsolutePathThatExistsIsAPlainFile) {
     }
 }
 
-TEST_F(DepotFileContextTest, ARelativePathIsNoPlainFileEvenWhenItExists) {
+TEST_F(DepotFileContextTest, RelativePathIsNoPlainFileEvenWhenItExists) {
     world_.folder.MakeFile("relative.ini", "x");
     const test::CurrentFolder current(world_.folder.Path());
     const DepotFileContext file("relative.ini", world_.depots);
@@ -147,7 +147,7 @@ TEST_F(DepotFileContextTest, BlanksBehindAPlainFilesPathDoNotHideIt) {
     EXPECT_EQ(path + "  ", file.localPath);
 }
 
-TEST_F(DepotFileContextTest, AFileUnderTheUnnamedDepotsRootIsAPlainFile) {
+TEST_F(DepotFileContextTest, FileUnderTheUnnamedDepotsRootIsAPlainFile) {
     test::DepotWorld world;
     world.Add("", "My Depot", "m");
     const std::string path = world.folder.MakeFile("m\\a.kra", "x");
@@ -156,7 +156,7 @@ TEST_F(DepotFileContextTest, AFileUnderTheUnnamedDepotsRootIsAPlainFile) {
     EXPECT_EQ(path, file.localPath);
 }
 
-TEST_F(DepotFileContextTest, AListWithoutDepotsGivesNoLocalFileForADisplayPath) {
+TEST_F(DepotFileContextTest, ListWithoutDepotsGivesNoLocalFileForADisplayPath) {
     CDepots empty;
     const DepotFileContext file("<Work>\\a.kra", empty);
     EXPECT_EQ(nullptr, file.depot);
@@ -164,7 +164,7 @@ TEST_F(DepotFileContextTest, AListWithoutDepotsGivesNoLocalFileForADisplayPath) 
     EXPECT_EQ("", file.localPath);
 }
 
-TEST_F(DepotFileContextTest, AFileInADirectoryWithoutAServerHasNoLocalFile) {
+TEST_F(DepotFileContextTest, FileInADirectoryWithoutAServerHasNoLocalFile) {
     // The missing server is reported in a box.
     const test::BoxLog boxes;
     CDepot& directory = world_.AddAt("Dir", "Dir", "dc=farrow", kDirectoryLocation);
@@ -223,7 +223,7 @@ TEST_F(DepotFileContextTest, BareNameWritesNoFileOfTheSystemsFolder) {
     ::DeleteFileA(file.c_str());
 }
 
-TEST_F(DepotFileContextTest, APathThatNoFileCanHaveHasNoLocalFile) {
+TEST_F(DepotFileContextTest, PathThatNoFileCanHaveHasNoLocalFile) {
     const std::string path(100'000, 'x');
     const DepotFileContext file(path, world_.depots);
     EXPECT_EQ(&home_, file.depot);
@@ -256,19 +256,19 @@ TEST_F(CurrentFileTest, WrittenValuesAreReadBackExactly) {
     }
 }
 
-TEST_F(CurrentFileTest, AValueThatBeginsWithABlankIsStoredBetweenSingleQuotes) {
+TEST_F(CurrentFileTest, ValueThatBeginsWithABlankIsStoredBetweenSingleQuotes) {
     Write("Key", " a");
     EXPECT_EQ("[Section]\r\nKey=' a'\r\n", test::FileBytes(file_.localPath));
 }
 
-TEST_F(CurrentFileTest, AnEmptyValueRemovesTheKey) {
+TEST_F(CurrentFileTest, EmptyValueRemovesTheKey) {
     Write("Key", "v");
     Write("Key", "");
     EXPECT_EQ("default", Read("Key"));
     EXPECT_EQ(std::string::npos, test::FileBytes(file_.localPath).find("Key"));
 }
 
-TEST_F(CurrentFileTest, AValueThatEqualsTheComparisonRemovesTheKey) {
+TEST_F(CurrentFileTest, ValueThatEqualsTheComparisonRemovesTheKey) {
     Write("Key", "v");
     const std::string comparison = "Standard";
     file_.WriteString("Section", "Key", "other", &comparison);
@@ -291,20 +291,20 @@ TEST_F(CurrentFileTest, EveryWriteMarksTheFileAsChanged) {
     EXPECT_TRUE(file_.changed);
 }
 
-TEST_F(CurrentFileTest, AReadDoesNotMarkTheFileAsChanged) {
+TEST_F(CurrentFileTest, ReadDoesNotMarkTheFileAsChanged) {
     Read("Key");
     file_.ReadInt("Section", "Key", 1);
     EXPECT_FALSE(file_.changed);
 }
 
-TEST_F(CurrentFileTest, AWriteWithoutALocalFileOnlyMarksTheContext) {
+TEST_F(CurrentFileTest, WriteWithoutALocalFileOnlyMarksTheContext) {
     DepotFileContext empty("", world_.depots);
     empty.WriteString("Section", "Key", "v");
     EXPECT_TRUE(empty.changed);
     EXPECT_EQ("default", empty.ReadString("Section", "Key", "default", 100));
 }
 
-TEST_F(CurrentFileTest, ARefusedWriteIsNotReportedAndLosesNothing) {
+TEST_F(CurrentFileTest, RefusedWriteIsNotReportedAndLosesNothing) {
     world_.folder.MakeFile("w\\a.kra", "[Section]\r\nKey=old\r\n");
     const UniqueHandle holder(CreateFileA(file_.localPath.c_str(), GENERIC_READ, FILE_SHARE_READ,
                                           nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
@@ -313,7 +313,7 @@ TEST_F(CurrentFileTest, ARefusedWriteIsNotReportedAndLosesNothing) {
     EXPECT_EQ("old", Read("Key"));
 }
 
-TEST_F(CurrentFileTest, AFolderInPlaceOfTheFileGivesDefaults) {
+TEST_F(CurrentFileTest, FolderInPlaceOfTheFileGivesDefaults) {
     world_.folder.MakeFolder("w\\a.kra");
     EXPECT_EQ("default", Read("Key"));
     EXPECT_EQ(7u, file_.ReadInt("Section", "Key", 7));
@@ -321,7 +321,7 @@ TEST_F(CurrentFileTest, AFolderInPlaceOfTheFileGivesDefaults) {
     EXPECT_EQ("default", Read("Key"));
 }
 
-TEST_F(CurrentFileTest, AValueIsCutToTheSize) {
+TEST_F(CurrentFileTest, ValueIsCutToTheSize) {
     Write("Key", "sixsix");
     EXPECT_EQ("", Read("Key", 0));
     EXPECT_EQ("", Read("Key", 1));

@@ -32,18 +32,18 @@ protected:
     CDepot& third_ = world_.AddAt("Third", "Third", "C:\\3");
 };
 
-TEST(LoadDepotListTest, TheKeyIsTheSameInBothHives) {
+TEST(LoadDepotListTest, KeyIsTheSameInBothHives) {
     EXPECT_STREQ("Software\\Quillon\\Farrow\\Depots", kDepotsKey);
 }
 
-TEST(LoadDepotListTest, AnEmptyKeyPathLeavesAnEmptyListThatBorrows) {
+TEST(LoadDepotListTest, EmptyKeyPathLeavesAnEmptyListThatBorrows) {
     CDepots depots;
     LoadDepotList(depots, "");
     EXPECT_EQ(0u, depots.Count());
     EXPECT_FALSE(depots.ownsItems);
 }
 
-TEST(LoadDepotListTest, TheDepotsBelowTheKeyAreLoadedAndOwned) {
+TEST(LoadDepotListTest, DepotsBelowTheKeyAreLoadedAndOwned) {
     const test::ScratchKey key(HKEY_CURRENT_USER, kKey);
     key.Text("Work", "Path1", "C:\\work");
     CDepots depots;
@@ -55,13 +55,13 @@ TEST(LoadDepotListTest, TheDepotsBelowTheKeyAreLoadedAndOwned) {
     EXPECT_EQ(kKey, depots.keyPath);
 }
 
-TEST_F(FilteredViewTest, AMaskOfZeroTakesEveryDepot) {
+TEST_F(FilteredViewTest, MaskOfZeroTakesEveryDepot) {
     const CDepots& view = GetFilteredView(depots_, 0, true);
     EXPECT_THAT(Elements(view), ElementsAre(&first_, &second_, &third_));
     EXPECT_FALSE(view.ownsItems);
 }
 
-TEST_F(FilteredViewTest, ADepotThatSharesABitWithTheMaskIsLeftOut) {
+TEST_F(FilteredViewTest, DepotThatSharesABitWithTheMaskIsLeftOut) {
     EXPECT_THAT(Elements(GetFilteredView(depots_, 2, true)), ElementsAre(&first_, &third_));
     EXPECT_THAT(Elements(GetFilteredView(depots_, 0x80000000, true)),
                 ElementsAre(&first_, &second_));
@@ -70,7 +70,7 @@ TEST_F(FilteredViewTest, ADepotThatSharesABitWithTheMaskIsLeftOut) {
     EXPECT_THAT(Elements(GetFilteredView(depots_, 0xFFFFFFFF, true)), ElementsAre(&first_));
 }
 
-TEST_F(FilteredViewTest, AViewIsBuiltOnceAndThenOnlyWhenAsked) {
+TEST_F(FilteredViewTest, ViewIsBuiltOnceAndThenOnlyWhenAsked) {
     EXPECT_THAT(Elements(GetFilteredView(depots_, 2, false)), ElementsAre(&first_, &third_));
     EXPECT_THAT(Elements(GetFilteredView(depots_, 0, false)), ElementsAre(&first_, &third_));
     EXPECT_EQ(&GetFilteredView(depots_, 0, true), &GetFilteredView(depots_, 2, false));
@@ -84,7 +84,7 @@ TEST_F(FilteredViewTest, RemovingADepotTakesItAloneOutOfTheView) {
     EXPECT_THAT(Elements(GetFilteredView(depots_, 0, false)), ElementsAre(&second_, &third_));
 }
 
-TEST_F(FilteredViewTest, TheDefaultDepotIsTheListsOwnWhenTheMaskLeavesItIn) {
+TEST_F(FilteredViewTest, DefaultDepotIsTheListsOwnWhenTheMaskLeavesItIn) {
     EXPECT_EQ(&second_, GetDefaultDepot(depots_, 0));
     EXPECT_EQ(&second_, GetDefaultDepot(depots_, 1));
 }
@@ -95,7 +95,7 @@ TEST_F(FilteredViewTest, WithoutTheListsOwnTheFirstOfTheViewIsTheDefault) {
     EXPECT_EQ(&third_, GetDefaultDepot(depots_, 4));
 }
 
-TEST_F(FilteredViewTest, AMaskThatLeavesOutEveryDepotGivesNoDefault) {
+TEST_F(FilteredViewTest, MaskThatLeavesOutEveryDepotGivesNoDefault) {
     first_.contains = 1;
     EXPECT_EQ(nullptr, GetDefaultDepot(depots_, 0xFFFFFFFF));
     EXPECT_EQ(&second_, GetDefaultDepot(depots_, 0));

@@ -30,7 +30,7 @@ protected:
     test::ScratchKey machine_{HKEY_LOCAL_MACHINE, "Software\\Quillon\\Farrow"};
 };
 
-TEST_F(DepotSessionTest, ANewSessionHasNoFileNoResultsAndNoSelection) {
+TEST_F(DepotSessionTest, NewSessionHasNoFileNoResultsAndNoSelection) {
     const DepotSession session;
     EXPECT_FALSE(session.currentFile);
     EXPECT_FALSE(session.findResults);
@@ -122,7 +122,7 @@ TEST_F(DepotSessionTest, LoadingAFileReplacesTheCurrentOne) {
     EXPECT_EQ("[S]\r\nK=v\r\n", test::FileBytes(folder_.At("w\\a.kra")));
 }
 
-TEST_F(DepotSessionTest, AMissingOrEmptyFileIsLoadedAllTheSame) {
+TEST_F(DepotSessionTest, MissingOrEmptyFileIsLoadedAllTheSame) {
     DefineWork();
     DepotSession session;
     session.LoadFile("<Work>\\none.kra");
@@ -133,7 +133,7 @@ TEST_F(DepotSessionTest, AMissingOrEmptyFileIsLoadedAllTheSame) {
     EXPECT_EQ("", session.currentFile->localPath);
 }
 
-TEST_F(DepotSessionTest, AReleasedFileLeavesTheSessionWithoutOne) {
+TEST_F(DepotSessionTest, ReleasedFileLeavesTheSessionWithoutOne) {
     DefineWork();
     DepotSession session;
     session.ReleaseFile();
@@ -142,7 +142,7 @@ TEST_F(DepotSessionTest, AReleasedFileLeavesTheSessionWithoutOne) {
     EXPECT_FALSE(session.currentFile);
 }
 
-TEST_F(DepotSessionTest, TheEndOfASessionLeavesNothing) {
+TEST_F(DepotSessionTest, EndOfASessionLeavesNothing) {
     DefineWork();
     EXPECT_EQ(0u, test::CountLeftovers([] {
                   DepotSession session;
@@ -164,7 +164,7 @@ TEST_F(DepotSessionTest, SessionsAreIndependentOfOneAnother) {
     EXPECT_NE(&first.Depots(), &second.Depots());
 }
 
-TEST_F(DepotSessionTest, AThousandDepotsAreLoaded) {
+TEST_F(DepotSessionTest, ThousandDepotsAreLoaded) {
     for (int number = 0; number < 1000; ++number) {
         product_.Text("Depots\\D" + std::to_string(number), "Path1", folder_.At("w"));
     }
@@ -174,7 +174,7 @@ TEST_F(DepotSessionTest, AThousandDepotsAreLoaded) {
     EXPECT_EQ("D999", session.currentFile->depot->name);
 }
 
-TEST_F(DepotSessionTest, TheDepotKeyIsOnlyRead) {
+TEST_F(DepotSessionTest, DepotKeyIsOnlyRead) {
     { DepotSession session; }
     EXPECT_FALSE(RegistryKey::Open(HKEY_CURRENT_USER, kDepotsKey));
     EXPECT_FALSE(RegistryKey::Open(HKEY_LOCAL_MACHINE, kDepotsKey));

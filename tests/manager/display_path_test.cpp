@@ -41,12 +41,12 @@ TEST_F(DisplayPathTest, BuildingTheStorageFormUsesTheRoot) {
     }
 }
 
-TEST_F(DisplayPathTest, APrefixInsideTheRelativePathIsReplacedToo) {
+TEST_F(DisplayPathTest, PrefixInsideTheRelativePathIsReplacedToo) {
     EXPECT_EQ(root_ + "a\\" + root_ + "b",
               BuildDisplayPath(work_, "a\\<WORK>\\b", PathForm::kStorage, DepotName::kKey));
 }
 
-TEST_F(UnnamedDepotTest, ADepotWithoutAKeyNameAlwaysBuildsTheStorageForm) {
+TEST_F(UnnamedDepotTest, DepotWithoutAKeyNameAlwaysBuildsTheStorageForm) {
     for (const PathForm form : {PathForm::kDisplay, PathForm::kStorage}) {
         for (const DepotName name : {DepotName::kKey, DepotName::kDisplay}) {
             EXPECT_EQ(root_ + "a", BuildDisplayPath(depot_, "a", form, name));
@@ -72,7 +72,7 @@ TEST_F(UnnamedDepotTest, ItIsFoundByItsRootOnly) {
     EXPECT_EQ(nullptr, FindDepotHolding(world_.depots, "<>\\a"));
 }
 
-TEST_F(UnnamedDepotTest, AnEmptyRootHoldsNoPath) {
+TEST_F(UnnamedDepotTest, EmptyRootHoldsNoPath) {
     test::DepotWorld empty;
     CDepot& depot = empty.AddAt("", "My Depot", "");
     EXPECT_EQ("a", BuildDisplayPath(depot, "a", PathForm::kDisplay, DepotName::kKey));
@@ -158,7 +158,7 @@ TEST_F(DisplayPathTest, RandomRelativePathsSurviveTheRoundTrip) {
     }
 }
 
-TEST_F(DisplayPathTest, TheProfileFolderHasBothForms) {
+TEST_F(DisplayPathTest, ProfileFolderHasBothForms) {
     EXPECT_EQ("", work_.profileFolder);
     EXPECT_EQ(root_ + "Profile", ProfileFolder(work_, PathForm::kStorage));
     EXPECT_EQ("<Work>\\Profile", ProfileFolder(work_, PathForm::kDisplay));
@@ -171,7 +171,7 @@ TEST_F(UnnamedDepotTest, ItsProfileFolderIsAStoragePath) {
     EXPECT_EQ(root_ + "Profile", ProfileFolder(depot_, PathForm::kDisplay));
 }
 
-TEST_F(DisplayPathTest, TheFirstMatchingDepotInListOrderIsFound) {
+TEST_F(DisplayPathTest, FirstMatchingDepotInListOrderIsFound) {
     world_.Add("Work", "Autre", "w2");
     EXPECT_EQ(&work_, FindDepotForPath(depots_, "<work>\\a", PathForm::kDisplay, DepotName::kKey));
     EXPECT_EQ(&home_, FindDepotForPath(depots_, "<home>", PathForm::kDisplay, DepotName::kKey));
@@ -183,13 +183,13 @@ TEST_F(DisplayPathTest, TheFirstMatchingDepotInListOrderIsFound) {
               FindDepotForPath(CDepots(), "<Work>\\a", PathForm::kDisplay, DepotName::kKey));
 }
 
-TEST_F(DisplayPathTest, ADepotInsideAnotherOnesRootYieldsToTheEarlierDepot) {
+TEST_F(DisplayPathTest, DepotInsideAnotherOnesRootYieldsToTheEarlierDepot) {
     CDepot& inner = world_.Add("Inner", "Inner", "w\\inner");
     EXPECT_EQ(&work_, FindDepotHolding(depots_, root_ + "inner\\a"));
     EXPECT_EQ(&inner, FindDepotHolding(depots_, "<Inner>\\a"));
 }
 
-TEST_F(DisplayPathTest, TheDisplayFormOfALaterDepotComesBeforeTheStorageFormOfAnEarlierOne) {
+TEST_F(DisplayPathTest, DisplayFormOfALaterDepotComesBeforeTheStorageFormOfAnEarlierOne) {
     CDepot& odd = world_.AddAt("Odd", "Odd", "<Home>");
     EXPECT_EQ(&home_, FindDepotHolding(depots_, "<Home>\\a"));
     EXPECT_EQ(&odd, FindDepotForPath(depots_, "<Home>\\a", PathForm::kStorage, DepotName::kKey));
@@ -203,7 +203,7 @@ TEST_F(DisplayPathTest, OutsideEveryRootNoDepotHoldsAPath) {
     }
 }
 
-TEST_F(DisplayPathTest, AFriendlyPathBecomesTheCanonicalOne) {
+TEST_F(DisplayPathTest, FriendlyPathBecomesTheCanonicalOne) {
     EXPECT_EQ("<Work>\\a", FriendlyToCanonical(depots_, "<Travail>\\a"));
     EXPECT_EQ("<Work>\\a", FriendlyToCanonical(depots_, "<TRAVAIL>\\a"));
     EXPECT_EQ("<Home>\\a\\<Home>\\b", FriendlyToCanonical(depots_, "<Maison>\\a\\<maison>\\b"));
@@ -216,11 +216,11 @@ TEST_F(DisplayPathTest, OtherPathsStayAsTheyAreInTheFriendlyForm) {
     }
 }
 
-TEST_F(DisplayPathTest, ABareFriendlyNameHasNothingToReplace) {
+TEST_F(DisplayPathTest, BareFriendlyNameHasNothingToReplace) {
     EXPECT_EQ("<Travail>", FriendlyToCanonical(depots_, "<Travail>"));
 }
 
-TEST_F(DisplayPathTest, AGivenDepotIsUsedWithoutASearch) {
+TEST_F(DisplayPathTest, GivenDepotIsUsedWithoutASearch) {
     EXPECT_EQ("<Work>\\a", FriendlyToCanonical(depots_, "<Travail>\\a", &work_));
     EXPECT_EQ("<Maison>\\a", FriendlyToCanonical(depots_, "<Maison>\\a", &work_));
     EXPECT_EQ("x\\<Work>\\a", FriendlyToCanonical(depots_, "x\\<travail>\\a", &work_));
@@ -233,7 +233,7 @@ TEST_F(DisplayPathTest, AccentedNamesMatchInAnyCaseOfTheCodePage) {
     EXPECT_EQ(world_.folder.At("e\\a"), DisplayToStorage(depot, "<\xE9T\xC9>\\a"));
 }
 
-TEST_F(DisplayPathTest, AThousandDepotsAreSearchedToTheLast) {
+TEST_F(DisplayPathTest, ThousandDepotsAreSearchedToTheLast) {
     for (int number = 0; number < 1000; ++number) {
         world_.AddAt("D" + std::to_string(number), "N" + std::to_string(number), "C:\\none");
     }

@@ -9,7 +9,7 @@
 namespace depot {
 namespace {
 
-TEST(DisplayPrefixTest, TheNameStandsInAngleBracketsBeforeABackslash) {
+TEST(DisplayPrefixTest, NameStandsInAngleBracketsBeforeABackslash) {
     EXPECT_EQ("<Work>\\", DisplayPrefix("Work"));
     EXPECT_EQ("<My Depot>\\", DisplayPrefix("My Depot"));
     EXPECT_EQ("<>\\", DisplayPrefix(""));
@@ -61,19 +61,19 @@ TEST(CompleteBareNameTest, OtherPathsStayAsTheyAre) {
     EXPECT_EQ("C:\\Work", CompleteBareName("C:\\Work", "C:\\Work\\"));
 }
 
-TEST(MatchesPrefixTest, AnEmptyPrefixMatchesNothing) {
+TEST(MatchesPrefixTest, EmptyPrefixMatchesNothing) {
     EXPECT_FALSE(MatchesPrefix("", ""));
     EXPECT_FALSE(MatchesPrefix("<Work>\\a", ""));
 }
 
-TEST(MatchesPrefixTest, AStorageRootIsAPrefixLikeAnyOther) {
+TEST(MatchesPrefixTest, StorageRootIsAPrefixLikeAnyOther) {
     EXPECT_TRUE(MatchesPrefix("c:\\WORK\\a.txt", "C:\\Work\\"));
     EXPECT_FALSE(MatchesPrefix("C:\\Work", "C:\\Work\\"));
     EXPECT_FALSE(MatchesPrefix("C:\\Workshop\\a.txt", "C:\\Work\\"));
     EXPECT_TRUE(MatchesPrefix("C:", "C:\\"));
 }
 
-TEST(MatchesPrefixTest, ATextBehindANulCounts) {
+TEST(MatchesPrefixTest, TextBehindANulCounts) {
     EXPECT_TRUE(MatchesPrefix(std::string_view("<Work>\\a\0b", 10), "<Work>\\"));
     EXPECT_FALSE(MatchesPrefix(std::string_view("<Wo\0rk>\\a", 9), "<Work>\\"));
 }
@@ -86,7 +86,7 @@ TEST(MatchesPrefixTest, PathsOfAHundredThousandCharactersAreCompared) {
     EXPECT_TRUE(MatchesPrefix("<" + tail + ">", "<" + tail + ">\\"));
 }
 
-TEST(MatchesPrefixTest, RandomPathsMatchWhatTheRuleSays) {
+TEST(MatchesPrefixTest, RandomPathsMatchTheRule) {
     test::RandomTexts random(0x5EED30);
     const std::vector<std::string> pieces = {"<",  ">", "\\", "Work", "WORK", "work>",
                                              "<W", "o", "rk", ".",    "a"};
@@ -101,7 +101,7 @@ TEST(MatchesPrefixTest, RandomPathsMatchWhatTheRuleSays) {
     }
 }
 
-TEST(FolderDisplayPathTest, TheFolderFollowsTheDisplayName) {
+TEST(FolderDisplayPathTest, FolderFollowsTheDisplayName) {
     EXPECT_EQ("<Travail>\\sub\\", FolderDisplayPath("Travail", "<Work>\\sub\\a.kra"));
     EXPECT_EQ("<Travail>\\", FolderDisplayPath("Travail", "<Work>\\a.kra"));
     EXPECT_EQ("<Travail>\\", FolderDisplayPath("Travail", "a.kra"));

@@ -38,7 +38,7 @@ protected:
     std::string text_;
 };
 
-TEST_F(FolderWritabilityTest, FolderIsTestedByAProbeFileThatGoesAgain) {
+TEST_F(FolderWritabilityTest, FolderIsTestedByAProbeFileThatIsDeletedAgain) {
     EXPECT_EQ(1, Test(folder_.Path()));
     EXPECT_THAT(test::FilesIn(folder_.Path(), "*"), IsEmpty());
     EXPECT_EQ("junk", text_);
@@ -174,7 +174,7 @@ TEST_F(FolderWritabilityTest, FileThatMayOnlyBeOpenedIsWritable) {
     EXPECT_EQ(TextOf(ERROR_ACCESS_DENIED, folder_.At("new.kra")), text_);
 }
 
-TEST_F(FolderWritabilityTest, FileThatComesAndGoesIsTriedAFewTimes) {
+TEST_F(FolderWritabilityTest, FileThatAppearsAndDisappearsIsTriedAFewTimes) {
     const test::ImportPatch<OpenFile> opening("CreateFileA", &RefuseNewFile);
     ASSERT_TRUE(opening.IsInPlace());
     refusal = ERROR_FILE_EXISTS;
@@ -239,7 +239,7 @@ TEST_F(CachedWritabilityTest, FirstFailureShowsTheGivenName) {
     EXPECT_EQ(TextOf(ERROR_PATH_NOT_FOUND, "Shown"), text_);
 }
 
-TEST_F(CachedWritabilityTest, WritableHoldsWhenTheFolderGoes) {
+TEST_F(CachedWritabilityTest, WritableHoldsWhenTheFolderIsDeleted) {
     const std::string root = folder_.MakeFolder("root");
     CDepot& depot = DepotAt(root);
     text_ = "junk";
@@ -251,7 +251,7 @@ TEST_F(CachedWritabilityTest, WritableHoldsWhenTheFolderGoes) {
     EXPECT_EQ("junk", text_);
 }
 
-TEST_F(CachedWritabilityTest, ExactFormNeitherAsksNorTellsTheCache) {
+TEST_F(CachedWritabilityTest, ExactFormNeitherReadsNorWritesTheCache) {
     const std::string root = folder_.MakeFolder("root");
     CDepot& depot = DepotAt(root);
     EXPECT_EQ(1, TestPathWritable(depot, "<Work>\\", nullptr));

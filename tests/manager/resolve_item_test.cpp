@@ -25,13 +25,13 @@ protected:
     CDepot& home_ = world_.Add("Home", "Maison", "h");
 };
 
-TEST_F(ResolveItemTest, ADisplayPathStaysAsItIs) {
+TEST_F(ResolveItemTest, DisplayPathStaysAsItIs) {
     const CDepotItem item = Resolve("<WORK>\\sub\\a.txt");
     EXPECT_EQ("<WORK>\\sub\\a.txt", item.path);
     EXPECT_EQ(&work_, item.depot);
 }
 
-TEST_F(ResolveItemTest, AStoragePathUnderARootIsFiledUnderItsDepot) {
+TEST_F(ResolveItemTest, StoragePathUnderARootIsFiledUnderItsDepot) {
     const CDepotItem item = Resolve(world_.folder.At("w\\a.txt"));
     EXPECT_EQ("<Work>\\a.txt", item.path);
     EXPECT_EQ(&work_, item.depot);
@@ -61,7 +61,7 @@ TEST_F(ResolveItemTest, DisplayNamesCountOnlyInTheFriendlyForm) {
     EXPECT_EQ("<Work>\\a", Resolve("<Work>\\a", LoosePaths::kKeep, FriendlyNames::kTranslate).path);
 }
 
-TEST_F(ResolveItemTest, AListWithoutDepotsGivesTheTextAndNoDepot) {
+TEST_F(ResolveItemTest, ListWithoutDepotsGivesTheTextAndNoDepot) {
     CDepots empty;
     CDepotItem item("junk", &work_);
     ResolveItem(empty, "<Work>\\a ", item, LoosePaths::kPlace);
@@ -77,7 +77,7 @@ TEST_F(ResolveItemTest, LoosePathsArePlacedOnlyWhenAsked) {
     EXPECT_EQ("<Work>\\office", Resolve("<Work>\\office", LoosePaths::kPlace).path);
 }
 
-TEST_F(ResolveItemTest, AHundredThousandCharactersAreResolved) {
+TEST_F(ResolveItemTest, HundredThousandCharactersAreResolved) {
     const std::string tail(100'000, 'x');
     EXPECT_EQ("<Work>\\" + tail, Resolve("<Work>\\" + tail).path);
     EXPECT_EQ(tail, Resolve(tail).path);
@@ -108,32 +108,32 @@ protected:
     CDepot& depot_ = world_.Add("Work", "Travail", "w");
 };
 
-TEST_F(PlaceLoosePathTest, AProfileThatIsInTheFolderIsFound) {
+TEST_F(PlaceLoosePathTest, ProfileThatIsInTheFolderIsFound) {
     world_.folder.MakeFolder("w\\Profile");
     world_.folder.MakeFile("w\\Profile\\office.kra", "x");
     EXPECT_EQ("<Work>\\Profile\\office.kra", Place("office.kra"));
     EXPECT_EQ("<Work>\\Profile\\OFFICE.KRA", Place("OFFICE.KRA"));
 }
 
-TEST_F(PlaceLoosePathTest, AMissingProfileStaysInTheFolderWithItsExtension) {
+TEST_F(PlaceLoosePathTest, MissingProfileStaysInTheFolderWithItsExtension) {
     world_.folder.MakeFolder("w\\Profile");
     EXPECT_EQ("<Work>\\Profile\\office.kra", Place("office.kra"));
     EXPECT_EQ("<Work>\\Profile\\office.krc", Place("office.krc"));
 }
 
-TEST_F(PlaceLoosePathTest, ASubfolderNamedAfterTheExtensionTakesTheName) {
+TEST_F(PlaceLoosePathTest, SubfolderNamedAfterTheExtensionTakesTheName) {
     world_.folder.MakeFolder("w\\Profile\\kra");
     EXPECT_EQ("<Work>\\Profile\\kra\\abc.kre", Place("abc.kra"));
     EXPECT_EQ("<Work>\\Profile\\abc.krs", Place("abc.krs"));
 }
 
-TEST_F(PlaceLoosePathTest, AnExistingProfileComesBeforeTheSubfolder) {
+TEST_F(PlaceLoosePathTest, ExistingProfileComesBeforeTheSubfolder) {
     world_.folder.MakeFolder("w\\Profile\\kra");
     world_.folder.MakeFile("w\\Profile\\abc.kra", "x");
     EXPECT_EQ("<Work>\\Profile\\abc.kra", Place("abc.kra"));
 }
 
-TEST_F(PlaceLoosePathTest, TheSubfolderServesUnknownExtensionsToo) {
+TEST_F(PlaceLoosePathTest, SubfolderServesUnknownExtensionsToo) {
     world_.folder.MakeFolder("w\\Profile\\txt");
     world_.folder.MakeFile("w\\Profile\\a.txt", "x");
     EXPECT_EQ("<Work>\\Profile\\txt\\a.kre", Place("a.txt"));
@@ -145,13 +145,13 @@ TEST_F(PlaceLoosePathTest, OnlyTheTextBehindTheLastDotIsTheExtension) {
     EXPECT_EQ("<Work>\\Profile\\kra\\a.krs", Place("a.krs.kra"));
 }
 
-TEST_F(PlaceLoosePathTest, ANameWithoutAKnownExtensionGetsTheDefaultOne) {
+TEST_F(PlaceLoosePathTest, NameWithoutAKnownExtensionGetsTheDefaultOne) {
     EXPECT_EQ("<Work>\\Profile\\office.kre", Place("office"));
     EXPECT_EQ("<Work>\\Profile\\office.txt.kre", Place("office.txt"));
     EXPECT_EQ("<Work>\\Profile\\sub\\office.kre", Place("sub\\office"));
 }
 
-TEST_F(PlaceLoosePathTest, AnAbsolutePathJoinsToItself) {
+TEST_F(PlaceLoosePathTest, AbsolutePathJoinsToItself) {
     EXPECT_EQ("D:\\a\\office.kra", Place("D:\\a\\office.kra"));
     EXPECT_EQ("D:\\a\\office", Place("D:\\a\\office"));
     EXPECT_EQ("D:\\a\\office.txt", Place("D:\\a\\office.txt"));
@@ -159,7 +159,7 @@ TEST_F(PlaceLoosePathTest, AnAbsolutePathJoinsToItself) {
     EXPECT_EQ("\\\\server\\share\\office.kra", Place("\\\\server\\share\\office.kra"));
 }
 
-TEST_F(PlaceLoosePathTest, AnEmptyOrBlankTextStaysEmpty) {
+TEST_F(PlaceLoosePathTest, EmptyOrBlankTextStaysEmpty) {
     EXPECT_EQ("", Place(""));
     EXPECT_EQ("", Place(" \t "));
 }
@@ -168,7 +168,7 @@ TEST_F(PlaceLoosePathTest, WhiteSpaceAtTheEndIsRemovedFirst) {
     EXPECT_EQ("<Work>\\Profile\\office.kra", Place("office.kra  "));
 }
 
-TEST_F(PlaceLoosePathTest, ADepotWithoutAKeyNameGivesStoragePaths) {
+TEST_F(PlaceLoosePathTest, DepotWithoutAKeyNameGivesStoragePaths) {
     test::DepotWorld world;
     CDepot& depot = world.Add("", "My Depot", "m");
     EXPECT_EQ(world.folder.At("m\\Profile\\office.kre"), PlaceLoosePath(depot, "office"));

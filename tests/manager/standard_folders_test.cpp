@@ -17,21 +17,21 @@ protected:
     StandardFolders folders_;
 };
 
-TEST_F(StandardFoldersTest, AMissingBackslashIsAppended) {
+TEST_F(StandardFoldersTest, MissingBackslashIsAppended) {
     user_.Text("", "UserDir", "C:\\User");
     user_.Text("", "HomeDir64", "C:\\Home");
     EXPECT_EQ("C:\\User\\", folders_.UserFolder());
     EXPECT_EQ("C:\\Home\\", folders_.ResourceFolder());
 }
 
-TEST_F(StandardFoldersTest, APresentBackslashIsNotDoubled) {
+TEST_F(StandardFoldersTest, PresentBackslashIsNotDoubled) {
     user_.Text("", "UserDir", "C:\\User\\");
     user_.Text("", "HomeDir64", "C:\\");
     EXPECT_EQ("C:\\User\\", folders_.UserFolder());
     EXPECT_EQ("C:\\", folders_.ResourceFolder());
 }
 
-TEST_F(StandardFoldersTest, AFolderIsKeptOnceItIsKnown) {
+TEST_F(StandardFoldersTest, FolderIsKeptOnceItIsKnown) {
     user_.Text("", "UserDir", "C:\\User");
     user_.Text("", "HomeDir64", "C:\\Home");
     folders_.UserFolder();
@@ -43,7 +43,7 @@ TEST_F(StandardFoldersTest, AFolderIsKeptOnceItIsKnown) {
     EXPECT_EQ("C:\\Other\\", StandardFolders().UserFolder());
 }
 
-TEST_F(StandardFoldersTest, AnEmptyAnswerStaysEmptyAndIsAskedForAgain) {
+TEST_F(StandardFoldersTest, EmptyAnswerStaysEmptyAndIsAskedForAgain) {
     // A path that fits the registry but not the lookup's 260 characters has no answer.
     user_.Text("", "UserDir", std::string(260, 'x'));
     user_.Text("", "HomeDir64", std::string(260, 'x'));
@@ -55,13 +55,13 @@ TEST_F(StandardFoldersTest, AnEmptyAnswerStaysEmptyAndIsAskedForAgain) {
     EXPECT_EQ("C:\\Home\\", folders_.ResourceFolder());
 }
 
-TEST_F(StandardFoldersTest, TheLongestAnswerGetsItsBackslash) {
+TEST_F(StandardFoldersTest, LongestAnswerGetsItsBackslash) {
     const std::string longest = "C:\\" + std::string(256, 'x');
     user_.Text("", "UserDir", longest);
     EXPECT_EQ(longest + "\\", folders_.UserFolder());
 }
 
-TEST_F(StandardFoldersTest, TheResourceFolderIsTheLibrarysWithoutConfiguration) {
+TEST_F(StandardFoldersTest, ResourceFolderIsTheLibrarysWithoutConfiguration) {
     EXPECT_EQ(OwnModuleFolder(), folders_.ResourceFolder());
 }
 

@@ -144,7 +144,7 @@ TEST(MakeCopyNameTest, NoNameOrFormatMakesItReadOutside) {
     }
 }
 
-TEST(FindFreeCopyNameTest, TheSearchEndsAfterTenThousandNames) {
+TEST(FindFreeCopyNameTest, SearchEndsAfterTenThousandNames) {
     for (const CopyNameStyle style : {CopyNameStyle::kDash, CopyNameStyle::kPrefix}) {
         const char* const format = style == CopyNameStyle::kDash ? kDash : kPrefix;
         int asked = 0;

@@ -35,13 +35,13 @@ protected:
     test::ScratchKey key_{HKEY_CURRENT_USER, kKey};
 };
 
-TEST_F(ReadDefinitionTest, AMissingSubkeyIsNoDepot) {
+TEST_F(ReadDefinitionTest, MissingSubkeyIsNoDepot) {
     CDepot depot(nullptr);
     EXPECT_FALSE(Read(depot));
     ExpectEmpty(depot, nullptr);
 }
 
-TEST_F(ReadDefinitionTest, APathAloneMakesADepotWithDefaults) {
+TEST_F(ReadDefinitionTest, PathAloneMakesADepotWithDefaults) {
     key_.Text("Work", "Path1", "C:\\work");
     CDepot depot(nullptr);
     EXPECT_TRUE(Read(depot));
@@ -72,7 +72,7 @@ TEST_F(ReadDefinitionTest, EveryValueIsRead) {
     EXPECT_EQ(0x80000001u, depot.contains);
 }
 
-TEST_F(ReadDefinitionTest, TheUsersLanguageComesFirst) {
+TEST_F(ReadDefinitionTest, UsersLanguageComesFirst) {
     key_.Text("Work", "Path1", "C:\\work");
     key_.Text("Work", "DisplayName.eng", "Work in English");
     key_.Text("Work", "DisplayName.deu", "Arbeit");
@@ -94,20 +94,20 @@ TEST_F(ReadDefinitionTest, AnotherLanguageServesInAFixedOrder) {
     }
 }
 
-TEST_F(ReadDefinitionTest, AFrenchNameServesAGermanUser) {
+TEST_F(ReadDefinitionTest, FrenchNameServesAGermanUser) {
     key_.Text("Work", "Path1", "C:\\work");
     key_.Text("Work", "DisplayName.fra", "Travail");
     EXPECT_EQ("Travail", DisplayName("deu"));
 }
 
-TEST_F(ReadDefinitionTest, APresentButEmptyNameIsTaken) {
+TEST_F(ReadDefinitionTest, PresentButEmptyNameIsTaken) {
     key_.Text("Work", "Path1", "C:\\work");
     key_.Text("Work", "DisplayName.deu", "");
     key_.Text("Work", "DisplayName.eng", "Work in English");
     EXPECT_EQ("", DisplayName("deu"));
 }
 
-TEST_F(ReadDefinitionTest, ANameOver261BytesCountsAsMissing) {
+TEST_F(ReadDefinitionTest, NameOver261BytesCountsAsMissing) {
     key_.Text("Work", "Path1", "C:\\work");
     key_.Text("Work", "DisplayName.eng", std::string(260, 'n'));
     EXPECT_EQ(std::string(260, 'n'), DisplayName("eng"));
@@ -117,7 +117,7 @@ TEST_F(ReadDefinitionTest, ANameOver261BytesCountsAsMissing) {
     EXPECT_EQ("Travail", DisplayName("eng"));
 }
 
-TEST_F(ReadDefinitionTest, AnIconOver261BytesCountsAsMissing) {
+TEST_F(ReadDefinitionTest, IconOver261BytesCountsAsMissing) {
     key_.Text("Work", "Path1", "C:\\work");
     for (const std::size_t length : {260u, 261u}) {
         SCOPED_TRACE(length);
@@ -213,7 +213,7 @@ TEST(DepotValuesTest, DefaultNamesOfTheSchemaAreThoseThatTheDirectoryTakes) {
     }
 }
 
-TEST_F(ReadDefinitionTest, AGapEndsTheLocations) {
+TEST_F(ReadDefinitionTest, GapEndsTheLocations) {
     for (const char* name : {"Path1", "Path2", "Path4"}) key_.Text("Work", name, name);
     CDepot depot(nullptr);
     EXPECT_TRUE(Read(depot));
@@ -222,7 +222,7 @@ TEST_F(ReadDefinitionTest, AGapEndsTheLocations) {
     EXPECT_EQ("Path2", depot.paths->At(1)->path);
 }
 
-TEST_F(ReadDefinitionTest, ADefinitionWithoutAFirstLocationIsNoDepot) {
+TEST_F(ReadDefinitionTest, DefinitionWithoutAFirstLocationIsNoDepot) {
     key_.Text("Work", "Path2", "C:\\work");
     key_.Text("Work", "Path0", "C:\\work");
     key_.Text("Work", "Path", "C:\\work");
@@ -244,7 +244,7 @@ TEST_F(ReadDefinitionTest, ManyLocationsAreReadInTheOrderOfTheirNumbers) {
     }
 }
 
-TEST_F(ReadDefinitionTest, TheRegistryViewOfTheDepotIsUsed) {
+TEST_F(ReadDefinitionTest, RegistryViewOfTheDepotIsUsed) {
     constexpr char kViewKey[] = "Software\\DepotTests\\View";
     const test::ScratchKey narrow(HKEY_LOCAL_MACHINE, "Software\\Wow6432Node\\DepotTests\\View");
     const test::ScratchKey wide(HKEY_LOCAL_MACHINE, kViewKey);

@@ -25,7 +25,7 @@ CDepotItem MakeItem(DWORD size) {
     return item;
 }
 
-TEST(DepotItemTest, ANewItemIsEmpty) {
+TEST(DepotItemTest, NewItemIsEmpty) {
     const CDepotItem item;
     EXPECT_EQ("", item.path);
     EXPECT_EQ(nullptr, item.depot);
@@ -34,11 +34,11 @@ TEST(DepotItemTest, ANewItemIsEmpty) {
     EXPECT_FALSE(item.findData);
 }
 
-TEST(DepotItemTest, TheFindRecordIsTheSystemsOf320Bytes) {
+TEST(DepotItemTest, FindRecordIsTheSystemsOf320Bytes) {
     EXPECT_EQ(320u, sizeof(*CDepotItem().findData));
 }
 
-TEST(DepotItemTest, ACloneHasAFindRecordOfItsOwn) {
+TEST(DepotItemTest, CloneHasAFindRecordOfItsOwn) {
     const CDepotItem item = MakeItem(11);
     const std::unique_ptr<CDepotItem> clone = item.Clone();
     ASSERT_TRUE(clone);
@@ -56,7 +56,7 @@ TEST(DepotItemTest, VirtualOperationsStandInTheirOrder) {
     EXPECT_EQ(1u, test::VirtualSlot(&CDepotItem::CopyFrom));
 }
 
-TEST(DepotItemTest, ACloneWithoutMemoryIsNull) {
+TEST(DepotItemTest, CloneWithoutMemoryIsNull) {
     CDepotItem item = MakeItem(11);
     item.path = std::string(100, 'x');
     test::ExpectNullCloneWithoutMemory(item);
@@ -80,7 +80,7 @@ TEST(DepotItemTest, CopyFromFillsTheTargetsOwnFindRecord) {
     EXPECT_EQ(11u, target.findData->nFileSizeLow);
 }
 
-TEST(DepotItemTest, ASourceWithoutAFindRecordLeavesTheTargetsRecord) {
+TEST(DepotItemTest, SourceWithoutAFindRecordLeavesTheTargetsRecord) {
     const CDepotItem source("<Home>\\b", nullptr);
     CDepotItem target = MakeItem(22);
     target.CopyFrom(&source);

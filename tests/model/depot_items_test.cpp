@@ -23,7 +23,7 @@ protected:
     CDepotItems items_;
 };
 
-TEST_F(DepotItemsTest, ANewListIsEmptyAndOwnsItsItems) {
+TEST_F(DepotItemsTest, NewListIsEmptyAndOwnsItsItems) {
     EXPECT_EQ(0u, items_.Count());
     EXPECT_TRUE(items_.ownsItems);
 }

@@ -41,7 +41,7 @@ protected:
     CDepotPaths paths_{nullptr};
 };
 
-TEST_F(DepotPathsTest, ANewListIsEmptyOwnsItsItemsAndHasNoPath) {
+TEST_F(DepotPathsTest, NewListIsEmptyOwnsItsItemsAndHasNoPath) {
     EXPECT_EQ(0u, paths_.Count());
     EXPECT_TRUE(paths_.ownsItems);
     EXPECT_EQ("", paths_.GetActivePath());
@@ -49,7 +49,7 @@ TEST_F(DepotPathsTest, ANewListIsEmptyOwnsItsItemsAndHasNoPath) {
     EXPECT_EQ(nullptr, paths_.ChosenLocation());
 }
 
-TEST_F(DepotPathsTest, TheListDeletesWhatItOwns) {
+TEST_F(DepotPathsTest, ListDeletesWhatItOwns) {
     {
         CDepotPaths owning(nullptr);
         owning.Append(std::make_unique<CountedLocation>(&owning));
@@ -121,7 +121,7 @@ TEST_F(DepotPathsTest, RemoveAllDeletesOnlyWhenAsked) {
     EXPECT_EQ(1, alive);
 }
 
-TEST_F(DepotPathsTest, TheFirstExistingFolderIsChosen) {
+TEST_F(DepotPathsTest, FirstExistingFolderIsChosen) {
     Append(folder_.At("none"));
     CDepotPath* const second = Append(folder_.MakeFolder("there"));
     Append(folder_.MakeFolder("also"));
@@ -144,7 +144,7 @@ TEST_F(DepotPathsTest, AnyTypeButThatOfADirectoryIsAFolder) {
     EXPECT_EQ(odd, paths_.ActiveLocation());
 }
 
-TEST_F(DepotPathsTest, ARemovedChoiceIsForgottenAndAnotherOneKept) {
+TEST_F(DepotPathsTest, RemovedChoiceIsForgottenAndAnotherOneKept) {
     CDepotPath* const first = Append(folder_.MakeFolder("first"));
     CDepotPath* const second = Append(folder_.MakeFolder("second"));
     CDepotPath* const third = Append(folder_.MakeFolder("third"));
@@ -157,7 +157,7 @@ TEST_F(DepotPathsTest, ARemovedChoiceIsForgottenAndAnotherOneKept) {
     EXPECT_EQ(second, paths_.ChosenLocation());
 }
 
-TEST_F(DepotPathsTest, TheChoiceIsNotRevisited) {
+TEST_F(DepotPathsTest, ChoiceIsNotRevisited) {
     Append(folder_.At("first"));
     Append(folder_.MakeFolder("second"));
     EXPECT_EQ(folder_.At("second\\"), paths_.GetActivePath());
@@ -168,7 +168,7 @@ TEST_F(DepotPathsTest, TheChoiceIsNotRevisited) {
     EXPECT_EQ(folder_.At("second\\"), paths_.GetActivePath());
 }
 
-TEST_F(DepotPathsTest, AChoiceBetweenMissingFoldersIsNotRevisitedEither) {
+TEST_F(DepotPathsTest, ChoiceBetweenMissingFoldersIsNotRevisitedEither) {
     Append(folder_.At("first"));
     Append(folder_.At("second"));
     EXPECT_EQ(folder_.At("first\\"), paths_.GetActivePath());
@@ -182,20 +182,20 @@ TEST_F(DepotPathsTest, OnlyAMissingBackslashIsAppended) {
     EXPECT_EQ(folder_.At("there\\"), paths_.GetActivePath());
 }
 
-TEST_F(DepotPathsTest, AFileCountsAsExisting) {
+TEST_F(DepotPathsTest, FileCountsAsExisting) {
     Append(folder_.At("none"));
     Append(folder_.MakeFile("file", "x"));
     EXPECT_EQ(folder_.At("file\\"), paths_.GetActivePath());
 }
 
-TEST_F(DepotPathsTest, AnEmptyPathStaysEmpty) {
+TEST_F(DepotPathsTest, EmptyPathStaysEmpty) {
     Append("");
     EXPECT_EQ("", paths_.GetActivePath());
     EXPECT_EQ("", paths_.GetActivePath());
     EXPECT_EQ(paths_.At(0), paths_.ActiveLocation());
 }
 
-TEST_F(DepotPathsTest, ADirectoryWithoutAServerIsPassedOver) {
+TEST_F(DepotPathsTest, DirectoryWithoutAServerIsPassedOver) {
     // The missing server is reported in a box.
     const test::BoxLog boxes;
     Append("dc=farrow", kDirectoryLocation);
@@ -203,7 +203,7 @@ TEST_F(DepotPathsTest, ADirectoryWithoutAServerIsPassedOver) {
     EXPECT_EQ(folder, paths_.ActiveLocation());
 }
 
-TEST_F(DepotPathsTest, AnEmptiedListForgetsItsChoice) {
+TEST_F(DepotPathsTest, EmptiedListForgetsItsChoice) {
     Append(folder_.MakeFolder("first"));
     EXPECT_EQ(folder_.At("first\\"), paths_.GetActivePath());
     paths_.RemoveAll(true);
@@ -212,7 +212,7 @@ TEST_F(DepotPathsTest, AnEmptiedListForgetsItsChoice) {
     EXPECT_EQ(folder_.At("second\\"), paths_.GetActivePath());
 }
 
-TEST_F(DepotPathsTest, TheExpandedPathIsKeptInTheRecord) {
+TEST_F(DepotPathsTest, ExpandedPathIsKeptInTheRecord) {
     CDepotPath* const location = Append("C:\\plain");
     EXPECT_EQ("C:\\plain", ExpandedPath(*location));
     EXPECT_EQ("C:\\plain", location->locationText);
@@ -220,7 +220,7 @@ TEST_F(DepotPathsTest, TheExpandedPathIsKeptInTheRecord) {
     EXPECT_EQ("C:\\plain", ExpandedPath(*location));
 }
 
-TEST_F(DepotPathsTest, APathOf260CharactersIsUsedAsItStands) {
+TEST_F(DepotPathsTest, PathOf260CharactersIsUsedAsItStands) {
     const std::string longest = "C:\\" + std::string(257, 'x');
     Append(longest);
     EXPECT_EQ(longest + "\\", paths_.GetActivePath());

@@ -77,7 +77,7 @@ void ExpectJunk(const CDepot& depot, const CDepots* owner) {
     EXPECT_EQ(&depot, depot.paths->owner);
 }
 
-TEST(DepotTest, ANewDepotIsEmpty) {
+TEST(DepotTest, NewDepotIsEmpty) {
     CDepots owner;
     const CDepot depot(&owner);
     ExpectEmpty(depot, &owner);
@@ -99,7 +99,7 @@ TEST(DepotTest, InitEmptiesTheDepotAndDoesNotFreeTheOldLocations) {
     EXPECT_TRUE(deleted);
 }
 
-TEST(DepotTest, ACloneHasLocationsAndAnIconOfItsOwn) {
+TEST(DepotTest, CloneHasLocationsAndAnIconOfItsOwn) {
     CDepots owner;
     CDepot depot(&owner);
     FillWithJunk(depot);
@@ -149,7 +149,7 @@ TEST(DepotTest, CopyFromNullOrItselfChangesNothing) {
     EXPECT_EQ(icon, depot.iconHandle.get());
 }
 
-TEST(DepotTest, TheIconGoesWithTheDepot) {
+TEST(DepotTest, IconIsDestroyedWithTheDepot) {
     HICON icon = nullptr;
     {
         CDepot depot(nullptr);

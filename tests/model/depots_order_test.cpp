@@ -29,7 +29,7 @@ TEST_F(DepotsOrderTest, EqualOrderIndexesKeepTheOrderOfLoading) {
     EXPECT_THAT(Names(CDepots(kKey)), ElementsAre("Lowest", "Zeal", "First", "Plain"));
 }
 
-TEST_F(DepotsOrderTest, AnOrderIndexIsSignedAndMinusOneIsNone) {
+TEST_F(DepotsOrderTest, OrderIndexIsSignedAndMinusOneIsNone) {
     Define(user_, "A", 0xFFFFFFFF);
     Define(user_, "B", 0);
     Define(user_, "C", 0xFFFFFFFE);
@@ -38,14 +38,14 @@ TEST_F(DepotsOrderTest, AnOrderIndexIsSignedAndMinusOneIsNone) {
     EXPECT_THAT(Names(CDepots(kKey)), ElementsAre("D", "C", "B", "E", "A"));
 }
 
-TEST_F(DepotsOrderTest, AnOrderIndexStoredAsATextCountsAsNone) {
+TEST_F(DepotsOrderTest, OrderIndexStoredAsATextCountsAsNone) {
     Define(user_, "A");
     user_.Text("A", "OrderIndex", "0");
     Define(user_, "B", 9);
     EXPECT_THAT(Names(CDepots(kKey)), ElementsAre("B", "A"));
 }
 
-TEST_F(DepotsOrderTest, TheFirstDefaultInSortedOrderWins) {
+TEST_F(DepotsOrderTest, FirstDefaultInSortedOrderWins) {
     Define(user_, "A", 5);
     Define(user_, "B", 2);
     Define(user_, "C", 1);
@@ -74,7 +74,7 @@ TEST_F(ListOrderTest, LowestOrderDepotIsTheEarliestOfTheSmallest) {
     EXPECT_EQ(negative, depots_.LowestOrderDepot());
 }
 
-TEST_F(ListOrderTest, AListWithoutAnyOrderIndexKeepsItsOrder) {
+TEST_F(ListOrderTest, ListWithoutAnyOrderIndexKeepsItsOrder) {
     for (const char* name : {"c", "a", "b"}) Append(name);
     depots_.SortByOrderIndex();
     EXPECT_THAT(Names(depots_), ElementsAre("c", "a", "b"));

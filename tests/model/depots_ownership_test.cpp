@@ -14,7 +14,7 @@ static_assert(std::has_virtual_destructor_v<CDepots>);
 
 using DepotsOwnershipTest = test::DepotListFixture;
 
-TEST_F(DepotsOwnershipTest, TheListDeletesWhatItOwns) {
+TEST_F(DepotsOwnershipTest, ListDeletesWhatItOwns) {
     Append("a");
     Append("b");
     EXPECT_EQ(2, alive);
@@ -49,7 +49,7 @@ TEST_F(DepotsOwnershipTest, VirtualOperationsStandInTheirOrder) {
     EXPECT_EQ(5u, test::VirtualSlot(&CDepots::Remove));
 }
 
-TEST_F(DepotsOwnershipTest, AListThatIsLoadedUsedAndCopiedLeavesNothing) {
+TEST_F(DepotsOwnershipTest, ListThatIsLoadedUsedAndCopiedLeavesNothing) {
     for (const char* name : {"A", "B", "C"}) Define(user_, name, 5);
     EXPECT_EQ(0u, test::CountLeftovers([] {
                   CDepots depots(kKey);
@@ -91,7 +91,7 @@ TEST_F(DepotsOwnershipTest, CopyAppendsClonesWithTheSameOwner) {
     EXPECT_THAT(Names(copy), ElementsAre("a", "b", "a"));
 }
 
-TEST_F(DepotsOwnershipTest, TheUserFolderIsTheOverride) {
+TEST_F(DepotsOwnershipTest, UserFolderIsTheOverride) {
     EXPECT_EQ("", depots_.GetUserDir(false));
     EXPECT_EQ("", depots_.GetUserDir(true));
     depots_.userDirOverride = "C:\\u\\";

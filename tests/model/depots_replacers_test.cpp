@@ -32,7 +32,7 @@ bool BlockExists() {
            nullptr;
 }
 
-TEST_F(DepotsReplacersTest, CacheIsMadeOnFirstUseAndGoesWithTheList) {
+TEST_F(DepotsReplacersTest, CacheIsMadeOnFirstUseAndReleasedWithTheList) {
     {
         CDepots depots;
         EXPECT_EQ(nullptr, depots.replacerCache);

@@ -21,7 +21,7 @@ TEST_F(DepotsTest, NoDefinitionsGiveTheBuiltInDepotAsDefault) {
     EXPECT_FALSE(depots.hasConfiguredDepots);
 }
 
-TEST_F(DepotsTest, TheBuiltInDepotHasOneEmptyLocationWithoutAUserFolder) {
+TEST_F(DepotsTest, BuiltInDepotHasOneEmptyLocationWithoutAUserFolder) {
     const CDepots depots(kKey);
     ASSERT_EQ(1u, depots.At(0)->paths->Count());
     EXPECT_EQ("", depots.At(0)->paths->At(0)->path);
@@ -30,7 +30,7 @@ TEST_F(DepotsTest, TheBuiltInDepotHasOneEmptyLocationWithoutAUserFolder) {
     EXPECT_EQ("", depots.At(0)->paths->GetActivePath());
 }
 
-TEST_F(DepotsTest, TheBuiltInDepotLiesInTheParentOfTheUserFolder) {
+TEST_F(DepotsTest, BuiltInDepotLiesInTheParentOfTheUserFolder) {
     const struct {
         const char* userDir;
         const char* path;
@@ -47,7 +47,7 @@ TEST_F(DepotsTest, TheBuiltInDepotLiesInTheParentOfTheUserFolder) {
     }
 }
 
-TEST_F(DepotsTest, AKeyWithoutUsableDefinitionsGivesTheBuiltInDepot) {
+TEST_F(DepotsTest, KeyWithoutUsableDefinitionsGivesTheBuiltInDepot) {
     user_.Text("", "Path1", "C:\\not a depot");
     user_.Text("Empty", "Icon", "a.ico");
     user_.Text("Second", "Path2", "C:\\work");
@@ -65,14 +65,14 @@ TEST_F(DepotsTest, ConfiguredDepotsLeaveNoRoomForTheBuiltInOne) {
     EXPECT_TRUE(depots.ownsItems);
 }
 
-TEST_F(DepotsTest, AnEmptyKeyPathGivesAnEmptyListThatBorrows) {
+TEST_F(DepotsTest, EmptyKeyPathGivesAnEmptyListThatBorrows) {
     const CDepots depots("");
     EXPECT_EQ(0u, depots.Count());
     EXPECT_FALSE(depots.ownsItems);
     EXPECT_EQ(nullptr, depots.defaultDepot);
 }
 
-TEST_F(DepotsTest, TheUsersDepotsComeBeforeTheMachinesAndNothingIsMerged) {
+TEST_F(DepotsTest, UsersDepotsComeBeforeTheMachinesAndNothingIsMerged) {
     Define(machine_, "Work");
     Define(machine_, "Able");
     Define(user_, "Work");
@@ -101,7 +101,7 @@ TEST_F(DepotsTest, LoadingAgainReplacesEverything) {
     EXPECT_TRUE(depots.hasConfiguredDepots);
 }
 
-TEST_F(DepotsTest, EnumerateTellsWhetherTheKeyCouldBeOpened) {
+TEST_F(DepotsTest, EnumerateReportsWhetherTheKeyCouldBeOpened) {
     CDepots depots;
     depots.ownsItems = true;
     EXPECT_EQ(0, depots.EnumerateDepotKeys(HKEY_CURRENT_USER, kKey, 0));
@@ -128,7 +128,7 @@ TEST_F(DepotsTest, EnumerateUsesTheExtraAccessForKeyAndSubkeys) {
     EXPECT_EQ(REGSAM{KEY_WOW64_64KEY}, depots.At(1)->registryViewFlags);
 }
 
-TEST_F(DepotsTest, TheLanguageOfTheUserInterfaceChoosesTheDisplayName) {
+TEST_F(DepotsTest, LanguageOfTheUserInterfaceChoosesTheDisplayName) {
     Define(user_, "Work");
     user_.Text("Work", "DisplayName.fra", "Travail");
     user_.Text("Work", "DisplayName.deu", "Arbeit");

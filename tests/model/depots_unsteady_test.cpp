@@ -25,7 +25,7 @@ void ExpectSound(const CDepots& depots) {
     EXPECT_EQ(depots.hasConfiguredDepots, depots.At(0)->name != "");
 }
 
-TEST_F(UnsteadyDepotsTest, ASubkeyThatCannotBeOpenedIsSkipped) {
+TEST_F(UnsteadyDepotsTest, SubkeyThatCannotBeOpenedIsSkipped) {
     Define(user_, "A");
     Define(user_, "C");
     // A link to a key that does not exist is listed, but cannot be opened.
@@ -46,7 +46,7 @@ TEST_F(UnsteadyDepotsTest, ASubkeyThatCannotBeOpenedIsSkipped) {
     RegCloseKey(link);
 }
 
-TEST_F(UnsteadyDepotsTest, AKeyDeletedRightAfterItWasOpenedEndsTheEnumeration) {
+TEST_F(UnsteadyDepotsTest, KeyDeletedRightAfterItWasOpenedEndsTheEnumeration) {
     Define(user_, "Work");
     // The language is asked for between the opening of the key and its enumeration.
     InstallLocalization({[] {
@@ -58,7 +58,7 @@ TEST_F(UnsteadyDepotsTest, AKeyDeletedRightAfterItWasOpenedEndsTheEnumeration) {
     ExpectSound(depots);
 }
 
-TEST_F(UnsteadyDepotsTest, AKeyDeletedByAnotherThreadMeanwhileLeavesASoundList) {
+TEST_F(UnsteadyDepotsTest, KeyDeletedByAnotherThreadMeanwhileLeavesASoundList) {
     for (int round = 0; round < 20; ++round) {
         SCOPED_TRACE(round);
         for (int number = 0; number < 60; ++number) {
@@ -90,7 +90,7 @@ TEST_F(UnsteadyDepotsTest, WithoutMemoryDepotsAreDroppedAndTheRestIsSound) {
     EXPECT_EQ(0u, run.left);
 }
 
-TEST_F(UnsteadyDepotsTest, AThousandDepotsAreLoadedAndSorted) {
+TEST_F(UnsteadyDepotsTest, ThousandDepotsAreLoadedAndSorted) {
     for (int number = 0; number < 1000; ++number) {
         Define(user_, "D" + std::to_string(number), static_cast<DWORD>(999 - number));
     }
@@ -102,7 +102,7 @@ TEST_F(UnsteadyDepotsTest, AThousandDepotsAreLoadedAndSorted) {
     EXPECT_EQ("D999", depots.defaultDepot->name);
 }
 
-TEST_F(UnsteadyDepotsTest, ASubkeyNameOf255CharactersIsADepot) {
+TEST_F(UnsteadyDepotsTest, SubkeyNameOf255CharactersIsADepot) {
     const std::string longest(255, 'n');
     test::CreateRegistryKey(HKEY_CURRENT_USER, kKey);
     HKEY parent = nullptr;

@@ -5,7 +5,7 @@
 namespace depot {
 namespace {
 
-TEST(LocalizationTest, TheLanguageIsEnglishUntilASourceIsInstalled) {
+TEST(LocalizationTest, LanguageIsEnglishUntilASourceIsInstalled) {
     InstallLocalization({});
     EXPECT_EQ("eng", LanguageCode());
     InstallLocalization({[] { return std::string("deu"); }});

@@ -17,7 +17,7 @@ TEST(ChecksumTest, IsTheSameInEveryBuild) {
     EXPECT_EQ(0x7A5DDBB3CFBC73D7u, Of("123456789"));
 }
 
-TEST(ChecksumTest, TellsEveryChangeOfOneBit) {
+TEST(ChecksumTest, DetectsEveryChangeOfOneBit) {
     const std::string text = "[S]\r\nK=a value of some length\r\n";
     std::set<std::uint64_t> seen = {Of(text)};
     for (std::size_t bit = 0; bit < text.size() * 8; ++bit) {
@@ -27,14 +27,14 @@ TEST(ChecksumTest, TellsEveryChangeOfOneBit) {
     }
 }
 
-TEST(ChecksumTest, TellsLengthsOfEqualBytesApart) {
+TEST(ChecksumTest, DistinguishesLengthsOfEqualBytes) {
     std::set<std::uint64_t> seen;
     for (std::size_t length = 0; length < 100; ++length) {
         EXPECT_TRUE(seen.insert(Of(std::string(length, '\0'))).second) << length;
     }
 }
 
-TEST(ChecksumTest, TellsTheOrderOfWords) {
+TEST(ChecksumTest, DetectsTheOrderOfWords) {
     EXPECT_NE(Of("12345678abcdefgh"), Of("abcdefgh12345678"));
 }
 

@@ -108,14 +108,14 @@ TEST(DirectoryClientTest, EachSlotHoldsTheEntryPointOfItsName) {
     EXPECT_EQ(client.library, slots[kCount]);
 }
 
-TEST(DirectoryClientTest, TheDoubledNameFillsTwoSlotsWithOneEntryPoint) {
+TEST(DirectoryClientTest, DoubledNameFillsTwoSlotsWithOneEntryPoint) {
     DirectoryClient client;
     BindDirectoryClient(client);
     EXPECT_EQ(client.ldap_sasl_bind, client.ldap_sasl_bind_again);
     EXPECT_FALSE(IsMissing(client.ldap_sasl_bind));
 }
 
-TEST(DirectoryClientTest, TheLibraryComesFromTheSystemFolder) {
+TEST(DirectoryClientTest, LibraryComesFromTheSystemFolder) {
     EXPECT_EQ(SystemFolder() + "wldap32.dll", DirectoryClientPath());
     DirectoryClient client;
     BindDirectoryClient(client);
@@ -124,7 +124,7 @@ TEST(DirectoryClientTest, TheLibraryComesFromTheSystemFolder) {
     EXPECT_STRCASEEQ(DirectoryClientPath().c_str(), path);
 }
 
-TEST(DirectoryClientTest, AMissingLibraryLeavesNoSlotNull) {
+TEST(DirectoryClientTest, MissingLibraryLeavesNoSlotNull) {
     const test::ScratchFolder folder;
     DirectoryClient client;
     EXPECT_EQ(0, BindDirectoryClient(client, folder.At("wldap32.dll")));
@@ -144,7 +144,7 @@ TEST(DirectoryClientTest, AMissingLibraryLeavesNoSlotNull) {
     EXPECT_EQ(DWORD{ERROR_BAD_NET_RESP}, client.LdapMapErrorToWin32(81));
 }
 
-TEST(DirectoryClientTest, ALibraryWithoutTheEntryPointsBindsAllTheSame) {
+TEST(DirectoryClientTest, LibraryWithoutTheEntryPointsBindsAllTheSame) {
     DirectoryClient client;
     EXPECT_EQ(1, BindDirectoryClient(client, SystemFolder() + "version.dll"));
     EXPECT_NE(nullptr, client.library);

@@ -95,7 +95,7 @@ TEST(DirectoryInfoBlockTest, EachAccessAddsOneViewAndOnlyTheLastIsUnmapped) {
     EXPECT_EQ(4u, views.size());
 }
 
-TEST(DirectoryInfoBlockTest, BlockThatWasAccessedOnceGoesWithItsHolder) {
+TEST(DirectoryInfoBlockTest, BlockThatWasAccessedOnceIsReleasedWithItsHolder) {
     static_cast<void>(DirectoryInfoBlock("server-e").Access());
     EXPECT_FALSE(BlockExists("server-e"));
 }

@@ -75,7 +75,7 @@ TEST_F(DirectoryServiceTest, UnknownFoldersAreEmpty) {
     EXPECT_EQ("", GetStandardFolder(-1, -1));
 }
 
-TEST_F(DirectoryServiceTest, TheBufferTakes260Characters) {
+TEST_F(DirectoryServiceTest, BufferTakes260Characters) {
     const std::string longest = "C:\\" + std::string(256, 'x');
     user_.Text("", "UserDir", longest);
     EXPECT_EQ(longest, GetStandardFolder(18, 0));
@@ -83,7 +83,7 @@ TEST_F(DirectoryServiceTest, TheBufferTakes260Characters) {
     EXPECT_EQ("", GetStandardFolder(18, 0));
 }
 
-TEST_F(DirectoryServiceTest, TheLibraryIsBoundOncePerProcess) {
+TEST_F(DirectoryServiceTest, LibraryIsBoundOncePerProcess) {
     char expected[MAX_PATH] = {};
     const DWORD length = GetEnvironmentVariableA(kExpectedFolder, expected, sizeof(expected));
     const std::string folder = length > 0 ? std::string(expected) : OwnModuleFolder();
@@ -91,7 +91,7 @@ TEST_F(DirectoryServiceTest, TheLibraryIsBoundOncePerProcess) {
     EXPECT_EQ(folder == "none" ? "" : folder, GetStandardFolder(1, 3));
 }
 
-TEST_F(DirectoryServiceTest, ALibraryInTheCurrentFolderIsNotUsed) {
+TEST_F(DirectoryServiceTest, LibraryInTheCurrentFolderIsNotUsed) {
     const test::ScratchFolder program;
     const test::ScratchFolder current;
     ASSERT_TRUE(CopyFileA(OwnProgram().c_str(), program.At("lone.exe").c_str(), TRUE));
@@ -102,7 +102,7 @@ TEST_F(DirectoryServiceTest, ALibraryInTheCurrentFolderIsNotUsed) {
         << "must be able to fail";
 }
 
-TEST_F(DirectoryServiceTest, ALibraryInTheOwnFolderComesFirst) {
+TEST_F(DirectoryServiceTest, LibraryInTheOwnFolderComesFirst) {
     const test::ScratchFolder program;
     ASSERT_TRUE(CopyFileA(OwnProgram().c_str(), program.At("lone.exe").c_str(), TRUE));
     ASSERT_TRUE(
@@ -110,7 +110,7 @@ TEST_F(DirectoryServiceTest, ALibraryInTheOwnFolderComesFirst) {
     EXPECT_EQ(0u, RunChild(program.At("lone.exe"), "C:\\", program.Path() + "\\"));
 }
 
-TEST_F(DirectoryServiceTest, ALibraryInTheSystemFolderServesAsASecondChoice) {
+TEST_F(DirectoryServiceTest, LibraryInTheSystemFolderServesAsASecondChoice) {
     const test::ScratchFolder program;
     ASSERT_TRUE(CopyFileA(OwnProgram().c_str(), program.At("lone.exe").c_str(), TRUE));
     const std::string library = SystemFolder() + "qdirsvc.dll";
@@ -119,14 +119,14 @@ TEST_F(DirectoryServiceTest, ALibraryInTheSystemFolderServesAsASecondChoice) {
     ::DeleteFileA(library.c_str());
 }
 
-TEST_F(DirectoryServiceTest, AFileThatIsNoLibraryCountsAsMissing) {
+TEST_F(DirectoryServiceTest, FileThatIsNoLibraryCountsAsMissing) {
     const test::ScratchFolder program;
     ASSERT_TRUE(CopyFileA(OwnProgram().c_str(), program.At("lone.exe").c_str(), TRUE));
     program.MakeFile("qdirsvc.dll", "no library");
     EXPECT_EQ(0u, RunChild(program.At("lone.exe"), "C:\\", "none"));
 }
 
-TEST_F(DirectoryServiceTest, ALibraryWithoutTheOrdinalGivesEmptyTexts) {
+TEST_F(DirectoryServiceTest, LibraryWithoutTheOrdinalGivesEmptyTexts) {
     const test::ScratchFolder program;
     ASSERT_TRUE(CopyFileA(OwnProgram().c_str(), program.At("lone.exe").c_str(), TRUE));
     // A library of the system that exports few names and no ordinal 34.

@@ -65,7 +65,7 @@ TEST(FileInUseTest, OtherFailuresAreFinalAtOnce) {
     EXPECT_EQ(0, pauses.Count());
 }
 
-TEST(FileInUseTest, FileIsDeletedOnceNobodyHasItOpen) {
+TEST(FileInUseTest, FileIsDeletedOnceItsLastHandleIsClosed) {
     const test::ScratchFolder folder;
     const std::string path = folder.MakeFile("a.tmp", "x");
     EXPECT_TRUE(DeleteOwnFile(path));

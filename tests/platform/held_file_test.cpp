@@ -20,7 +20,7 @@ protected:
     const std::string path_ = folder_.MakeFile("a.kra", "bytes");
 };
 
-TEST_F(HeldFileTest, MissingFileIsToldByItsError) {
+TEST_F(HeldFileTest, MissingFileIsReportedByItsError) {
     const HeldFile file(folder_.At("none"));
     EXPECT_FALSE(file);
     EXPECT_EQ(DWORD{ERROR_FILE_NOT_FOUND}, file.Error());

@@ -44,7 +44,7 @@ TEST_F(LocalFileTest, WritingCreatesOrTruncates) {
     EXPECT_FALSE(WriteLocalFile("", "x", 1));
 }
 
-TEST_F(LocalFileTest, AFolderIsMadeWithThoseAboveIt) {
+TEST_F(LocalFileTest, FolderIsMadeWithThoseAboveIt) {
     for (const char* name : {"a\\b\\c", "d\\e\\"}) {
         SCOPED_TRACE(name);
         EXPECT_TRUE(EnsureLocalFolder(folder_.At(name)));

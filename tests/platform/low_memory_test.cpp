@@ -19,7 +19,7 @@ std::uintptr_t Address(const void* block) {
     return reinterpret_cast<std::uintptr_t>(block);
 }
 
-TEST(AllocateLowTest, TheBlockIsZeroedAndLiesBelowTwoGigabytes) {
+TEST(AllocateLowTest, BlockIsZeroedAndLiesBelowTwoGigabytes) {
     for (const std::size_t bytes : {std::size_t{1}, std::size_t{0x10000}, std::size_t{0x123456}}) {
         SCOPED_TRACE(bytes);
         const UniqueVirtualBlock block = AllocateLow(bytes);
@@ -41,7 +41,7 @@ TEST(AllocateLowTest, BlocksDoNotOverlap) {
     }
 }
 
-TEST(AllocateLowTest, ABlockThatDoesNotFitBelowTwoGigabytesLiesAnywhere) {
+TEST(AllocateLowTest, BlockThatDoesNotFitBelowTwoGigabytesLiesAnywhere) {
     const UniqueVirtualBlock block = AllocateLow(kTwoGigabytes);
     ASSERT_TRUE(block);
     char* const start = static_cast<char*>(block.get());
@@ -54,7 +54,7 @@ TEST(AllocateLowTest, MoreThanTheSystemHasGivesNull) {
     EXPECT_FALSE(AllocateLow(std::size_t{1} << 50));
 }
 
-TEST(AllocateLowTest, TheBlockIsReleasedWithItsOwner) {
+TEST(AllocateLowTest, BlockIsReleasedWithItsOwner) {
     UniqueVirtualBlock block = AllocateLow(0x10000);
     const void* const address = block.get();
     ASSERT_TRUE(test::IsMapped(address));
@@ -82,7 +82,7 @@ TEST(LowMemoryPoolTest, SlotsAreLowAlignedAndApart) {
     }
 }
 
-TEST(LowMemoryPoolTest, ASlotMayFillAWholeBlock) {
+TEST(LowMemoryPoolTest, SlotMayFillAWholeBlock) {
     LowMemoryPool pool(LowMemoryPool::kBlockBytes);
     void* const first = pool.Allocate();
     void* const second = pool.Allocate();
@@ -92,7 +92,7 @@ TEST(LowMemoryPoolTest, ASlotMayFillAWholeBlock) {
     std::fill_n(static_cast<char*>(second), LowMemoryPool::kBlockBytes, 'x');
 }
 
-TEST(LowMemoryPoolTest, AFreedSlotIsUsedAgainAsLateAsPossible) {
+TEST(LowMemoryPoolTest, FreedSlotIsUsedAgainAsLateAsPossible) {
     LowMemoryPool pool(64);
     void* const stale = pool.Allocate();
     pool.Free(stale);
@@ -140,7 +140,7 @@ TEST(LowMemoryPoolTest, FreedSlotsAreUsedAgainInTheOrderOfTheirFreeing) {
     EXPECT_TRUE(std::equal(first, again.end(), slots.begin()));
 }
 
-TEST(LowMemoryPoolTest, ABlockThatCannotBeKeptIsNeitherHandedOutNorLeft) {
+TEST(LowMemoryPoolTest, BlockThatCannotBeKeptIsNeitherHandedOutNorLeft) {
     // The list of blocks grows with the first, the second and the third block.
     for (int failing = 1; failing <= 3; ++failing) {
         SCOPED_TRACE(failing);

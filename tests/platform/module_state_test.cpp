@@ -17,11 +17,11 @@ HANDLE CurrentContext() {
     return context;
 }
 
-TEST(OwnModuleTest, TheModuleIsTheOneThatTheCodeIsLinkedInto) {
+TEST(OwnModuleTest, ModuleIsTheOneThatTheCodeIsLinkedInto) {
     EXPECT_EQ(GetModuleHandleA(nullptr), OwnModule());
 }
 
-TEST(OwnModuleTest, ThePathIsTheFileOfTheModule) {
+TEST(OwnModuleTest, PathIsTheFileOfTheModule) {
     wchar_t expected[MAX_PATH] = {};
     ASSERT_NE(0u, GetModuleFileNameW(nullptr, expected, MAX_PATH));
     EXPECT_EQ(expected, OwnModulePath());
@@ -36,7 +36,7 @@ DWORD WINAPI GiveLongPath(HMODULE, wchar_t* path, DWORD room) {
     return length < longPath.size() ? room : length;
 }
 
-TEST(OwnModuleTest, ALongPathIsGivenWhole) {
+TEST(OwnModuleTest, LongPathIsGivenWhole) {
     const test::ImportPatch<decltype(&GetModuleFileNameW)> naming("GetModuleFileNameW",
                                                                   &GiveLongPath);
     ASSERT_TRUE(naming.IsInPlace());
@@ -48,21 +48,21 @@ DWORD WINAPI FillTheRoom(HMODULE, char* path, DWORD room) {
     return room;
 }
 
-TEST(OwnModuleTest, APathThatIsTooLongHasNoFolder) {
+TEST(OwnModuleTest, PathThatIsTooLongHasNoFolder) {
     const test::ImportPatch<decltype(&GetModuleFileNameA)> naming("GetModuleFileNameA",
                                                                   &FillTheRoom);
     ASSERT_TRUE(naming.IsInPlace());
     EXPECT_EQ("", OwnModuleFolder());
 }
 
-TEST(OwnModuleTest, TheFolderEndsInABackslash) {
+TEST(OwnModuleTest, FolderEndsInABackslash) {
     char path[MAX_PATH] = {};
     ASSERT_NE(0u, GetModuleFileNameA(nullptr, path, sizeof(path)));
     EXPECT_EQ(std::string(path), OwnModuleFolder() + "platform_test.exe");
     EXPECT_TRUE(OwnModuleFolder().ends_with('\\'));
 }
 
-TEST(ModuleStateScopeTest, AModuleWithoutAManifestLeavesTheCallersContext) {
+TEST(ModuleStateScopeTest, ModuleWithoutAManifestLeavesTheCallersContext) {
     const HANDLE before = CurrentContext();
     {
         const ModuleStateScope outer;

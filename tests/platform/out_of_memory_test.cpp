@@ -73,7 +73,7 @@ TEST(OutOfMemoryTest, TemporaryFileThatCannotBeNamedIsNotLeft) {
     EXPECT_TRUE(test::WorkingCopies().empty());
 }
 
-TEST(OutOfMemoryTest, TraceThatCannotBeWrittenLetsTheOperationGoOn) {
+TEST(OutOfMemoryTest, TraceThatCannotBeWrittenLetsTheOperationContinue) {
     const test::ScratchFolder folder;
     SetEnvironmentVariableA(kTraceVariable, folder.At("trace.txt").c_str());
     StartTrace();

@@ -13,7 +13,7 @@ HMODULE ClientLibrary() {
     return client.library;
 }
 
-TEST(PagingClientTest, TheSystemsLibraryHasEveryEntryPoint) {
+TEST(PagingClientTest, SystemsLibraryHasEveryEntryPoint) {
     const PagingClient paging(ClientLibrary());
     EXPECT_TRUE(paging.IsComplete());
 }

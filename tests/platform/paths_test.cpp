@@ -25,7 +25,7 @@ void ExpectRows(Operation operation, const Row (&rows)[count]) {
     }
 }
 
-TEST(NamePartTest, TheNameFollowsTheLastBackslash) {
+TEST(NamePartTest, NameFollowsTheLastBackslash) {
     ExpectRows(NamePart, {{"C:\\a\\b.kra", "b.kra"},
                           {"b.kra", "b.kra"},
                           {"C:\\a\\", ""},
@@ -34,7 +34,7 @@ TEST(NamePartTest, TheNameFollowsTheLastBackslash) {
                           {"\\", ""}});
 }
 
-TEST(FolderPartTest, TheFolderEndsBeforeTheLastBackslash) {
+TEST(FolderPartTest, FolderEndsBeforeTheLastBackslash) {
     ExpectRows(FolderPart, {{"C:\\a\\b.kra", "C:\\a"},
                             {"b.kra", "b.kra"},
                             {"C:\\a\\", "C:\\a"},
@@ -42,7 +42,7 @@ TEST(FolderPartTest, TheFolderEndsBeforeTheLastBackslash) {
                             {"\\", ""}});
 }
 
-TEST(FolderPrefixTest, ThePrefixKeepsItsBackslash) {
+TEST(FolderPrefixTest, PrefixKeepsItsBackslash) {
     ExpectRows(FolderPrefix, {{"C:\\a\\b.kra", "C:\\a\\"},
                               {"b.kra", ""},
                               {"C:\\a\\", "C:\\a\\"},
@@ -50,7 +50,7 @@ TEST(FolderPrefixTest, ThePrefixKeepsItsBackslash) {
                               {"\\", "\\"}});
 }
 
-TEST(ExtensionPartTest, TheExtensionBeginsAtTheLastDot) {
+TEST(ExtensionPartTest, ExtensionBeginsAtTheLastDot) {
     ExpectRows(ExtensionPart, {{"a.kra", ".kra"},
                                {"x.tar.gz", ".gz"},
                                {"name", "name"},
@@ -69,12 +69,12 @@ TEST(JoinPathTest, OneBackslashStandsBetweenTheParts) {
     EXPECT_EQ("C:\\a\\b\\c.kra", JoinPath("C:\\a", "b\\c.kra"));
 }
 
-TEST(JoinPathTest, ASecondPartWithADriveColonIsKeptAsItIs) {
+TEST(JoinPathTest, SecondPartWithADriveColonIsKeptAsItIs) {
     EXPECT_EQ("D:\\b", JoinPath("C:\\a", "D:\\b"));
     EXPECT_EQ("D:b", JoinPath("C:\\a", "D:b"));
 }
 
-TEST(JoinPathTest, AnEmptyFirstPartGivesTheSecond) {
+TEST(JoinPathTest, EmptyFirstPartGivesTheSecond) {
     EXPECT_EQ("b", JoinPath("", "b"));
     EXPECT_EQ("\\b", JoinPath("", "\\b"));
     EXPECT_EQ("", JoinPath("", ""));
@@ -86,7 +86,7 @@ TEST(RemoveTrailingBackslashTest, OnlyOneIsRemoved) {
         {{"C:\\a\\", "C:\\a"}, {"C:\\a\\\\", "C:\\a\\"}, {"C:\\a", "C:\\a"}, {"\\", ""}, {"", ""}});
 }
 
-TEST(ParentFolderTest, ATrailingBackslashDoesNotCount) {
+TEST(ParentFolderTest, TrailingBackslashDoesNotCount) {
     ExpectRows(ParentFolder, {{"C:\\a\\b\\", "C:\\a"},
                               {"C:\\a\\b", "C:\\a"},
                               {"C:\\a", "C:"},
@@ -97,7 +97,7 @@ TEST(ParentFolderTest, ATrailingBackslashDoesNotCount) {
                               {"", ""}});
 }
 
-TEST(ParentFolderKeepSlashTest, APathThatEndsInABackslashLosesOnlyThatOne) {
+TEST(ParentFolderKeepSlashTest, PathThatEndsInABackslashLosesOnlyThatOne) {
     ExpectRows(ParentFolderKeepSlash, {{"C:\\a\\b\\", "C:\\a\\b"},
                                        {"C:\\a\\b", "C:\\a"},
                                        {"C:\\a\\b\\\\", "C:\\a\\b\\"},
@@ -106,7 +106,7 @@ TEST(ParentFolderKeepSlashTest, APathThatEndsInABackslashLosesOnlyThatOne) {
                                        {"", ""}});
 }
 
-TEST(StripExtensionTest, OnlyTheLastExtensionGoes) {
+TEST(StripExtensionTest, OnlyTheLastExtensionIsRemoved) {
     ExpectRows(StripExtension,
                {{"x.tar.gz", "x.tar"}, {"x", "x"}, {"x.", "x"}, {".kra", ""}, {"", ""}});
 }

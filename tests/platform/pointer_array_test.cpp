@@ -22,14 +22,14 @@ std::vector<int*> Elements(const Array& array) {
     return std::vector<int*>(array.begin(), array.end());
 }
 
-TEST(PointerArrayTest, ANewArrayIsEmptyAndTakesNoRoom) {
+TEST(PointerArrayTest, NewArrayIsEmptyAndTakesNoRoom) {
     const PointerArray<int> array;
     EXPECT_EQ(0u, array.Count());
     EXPECT_EQ(0u, array.Capacity());
     EXPECT_EQ(array.begin(), array.end());
 }
 
-TEST(PointerArrayTest, TheCapacityDoublesFromOne) {
+TEST(PointerArrayTest, CapacityDoublesFromOne) {
     PointerArray<int> array;
     const std::size_t capacities[] = {1, 2, 4, 4, 8, 8, 8, 8, 16};
     for (std::size_t index = 0; index < std::size(capacities); ++index) {
@@ -42,7 +42,7 @@ TEST(PointerArrayTest, TheCapacityDoublesFromOne) {
     EXPECT_EQ(&numbers[0], array.At(0));
 }
 
-TEST(PointerArrayTest, AGrowthBeyondTheLimitDropsTheNewElement) {
+TEST(PointerArrayTest, GrowthBeyondTheLimitDropsTheNewElement) {
     PointerArray<int, 4> exact;
     PointerArray<int, 7> between;
     for (int index = 0; index < 4; ++index) {
@@ -57,7 +57,7 @@ TEST(PointerArrayTest, AGrowthBeyondTheLimitDropsTheNewElement) {
     EXPECT_EQ(4u, between.Capacity());
 }
 
-TEST(PointerArrayTest, AFullArrayTakesAnElementAgainAfterARemoval) {
+TEST(PointerArrayTest, FullArrayTakesAnElementAgainAfterARemoval) {
     PointerArray<int, 2> array;
     EXPECT_TRUE(array.Add(&numbers[0]));
     EXPECT_TRUE(array.Add(&numbers[1]));
@@ -77,14 +77,14 @@ TEST(PointerArrayTest, AddingOneOfItsOwnSlotsThrowsEFail) {
     EXPECT_EQ((std::vector<int*>{&numbers[0], &numbers[1]}), Elements(array));
 }
 
-TEST(PointerArrayTest, ACopyOfAnElementMayBeAdded) {
+TEST(PointerArrayTest, CopyOfAnElementMayBeAdded) {
     PointerArray<int> array;
     array.Add(&numbers[0]);
     EXPECT_TRUE(array.Add(array.At(0)));
     EXPECT_EQ((std::vector<int*>{&numbers[0], &numbers[0]}), Elements(array));
 }
 
-TEST(PointerArrayTest, ANullPointerIsAnElement) {
+TEST(PointerArrayTest, NullPointerIsAnElement) {
     PointerArray<int> array;
     EXPECT_TRUE(array.Add(nullptr));
     EXPECT_TRUE(array.Add(&numbers[0]));

@@ -54,7 +54,7 @@ TEST_F(QdirsvcTest, OnlyOrdinal34IsExported) {
     EXPECT_EQ(nullptr, GetProcAddress(library_.get(), MAKEINTRESOURCEA(35)));
 }
 
-TEST_F(QdirsvcTest, TheUserFolderIsTheCurrentUsersBeforeTheMachines) {
+TEST_F(QdirsvcTest, UserFolderIsTheCurrentUsersBeforeTheMachines) {
     machine_.Text("", "UserDir", "C:\\Machine");
     EXPECT_EQ("C:\\Machine", Ask(18, 0));
     user_.Text("", "UserDir", "C:\\User\\");
@@ -62,13 +62,13 @@ TEST_F(QdirsvcTest, TheUserFolderIsTheCurrentUsersBeforeTheMachines) {
     EXPECT_EQ(1, result_);
 }
 
-TEST_F(QdirsvcTest, AnEmptyUserFolderCountsAsMissing) {
+TEST_F(QdirsvcTest, EmptyUserFolderCountsAsMissing) {
     user_.Text("", "UserDir", "");
     machine_.Text("", "UserDir", "C:\\Machine");
     EXPECT_EQ("C:\\Machine", Ask(18, 0));
 }
 
-TEST_F(QdirsvcTest, AConfiguredUserFolderIsNotCreated) {
+TEST_F(QdirsvcTest, ConfiguredUserFolderIsNotCreated) {
     const test::ScratchFolder scratch;
     user_.Text("", "UserDir", scratch.At("none"));
     EXPECT_EQ(scratch.At("none"), Ask(18, 0));
@@ -84,7 +84,7 @@ TEST_F(QdirsvcTest, WithoutAnyUserFolderOneIsCreatedBelowTheDocuments) {
     EXPECT_EQ(expected, Ask(18, 0));
 }
 
-TEST_F(QdirsvcTest, TheResourceFolderIsTheCurrentUsersBeforeTheMachines) {
+TEST_F(QdirsvcTest, ResourceFolderIsTheCurrentUsersBeforeTheMachines) {
     machine_.Text("", "HomeDir64", "C:\\Machine");
     EXPECT_EQ("C:\\Machine", Ask(1, 3));
     user_.Text("", "HomeDir64", "C:\\User");
@@ -108,7 +108,7 @@ TEST_F(QdirsvcTest, EveryOtherPairIsEmpty) {
     }
 }
 
-TEST_F(QdirsvcTest, APathThatJustFitsIsWrittenAndOneTooLongIsNot) {
+TEST_F(QdirsvcTest, PathThatJustFitsIsWrittenAndOneTooLongIsNot) {
     user_.Text("", "UserDir", "C:\\Users\\a");
     EXPECT_EQ("C:\\Users\\a", Ask(18, 0, 11));
     EXPECT_EQ("", Ask(18, 0, 10));
@@ -116,7 +116,7 @@ TEST_F(QdirsvcTest, APathThatJustFitsIsWrittenAndOneTooLongIsNot) {
     EXPECT_EQ("", Ask(18, 0, 1));
 }
 
-TEST_F(QdirsvcTest, ABufferOfNoSizeIsLeftAlone) {
+TEST_F(QdirsvcTest, BufferOfNoSizeIsLeftAlone) {
     user_.Text("", "UserDir", "C:\\Users\\a");
     Ask(18, 0, 0);
     EXPECT_EQ('#', buffer_[0]);
@@ -124,7 +124,7 @@ TEST_F(QdirsvcTest, ABufferOfNoSizeIsLeftAlone) {
     EXPECT_EQ(0, lookup_(18, 0, nullptr, 260));
 }
 
-TEST_F(QdirsvcTest, APathOver260CharactersCountsAsMissing) {
+TEST_F(QdirsvcTest, PathOver260CharactersCountsAsMissing) {
     machine_.Text("", "UserDir", "C:\\Machine");
     user_.Text("", "UserDir", std::string(300, 'x'));
     EXPECT_EQ("C:\\Machine", Ask(18, 0));
@@ -134,7 +134,7 @@ TEST_F(QdirsvcTest, APathOver260CharactersCountsAsMissing) {
     EXPECT_EQ("", Ask(18, 0, 259));
 }
 
-TEST_F(QdirsvcTest, AFolderOfAWrongTypeIsTakenAsItsBytes) {
+TEST_F(QdirsvcTest, FolderOfAWrongTypeIsTakenAsItsBytes) {
     user_.Raw("", "UserDir", REG_BINARY, "C:\\Bytes");
     EXPECT_EQ("C:\\Bytes", Ask(18, 0));
 }

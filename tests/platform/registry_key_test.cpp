@@ -220,7 +220,7 @@ TEST_F(RegistryKeyTest, SubkeyAtOfADeletedKeyReportsAnError) {
     EXPECT_FALSE(key.OpenSubkey("Home"));
 }
 
-TEST_F(RegistryKeyTest, AMovedKeyStaysOpen) {
+TEST_F(RegistryKeyTest, MovedKeyStaysOpen) {
     key_.Text("", "Value", "text");
     RegistryKey key = Open();
     const RegistryKey moved = std::move(key);

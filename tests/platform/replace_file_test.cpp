@@ -248,7 +248,7 @@ TEST_F(ReplaceFileTest, FileOfAnotherOwnerKeepsItOrIsWrittenOver) {
     }
 }
 
-TEST_F(ReplaceFileTest, NewFileIsFlushedWhereItsSourceGoes) {
+TEST_F(ReplaceFileTest, NewFileIsFlushedWhereItsSourceIsDeleted) {
     const test::ImportPatch<decltype(&FlushFileBuffers)> noted("FlushFileBuffers", &NoteFlush);
     ASSERT_TRUE(noted.IsInPlace());
     realFlush = noted.Genuine();

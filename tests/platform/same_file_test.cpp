@@ -37,7 +37,7 @@ TEST_F(SameFileTest, TwoPlacesOrNoneAreNotTheSame) {
     EXPECT_FALSE(IsSameFile("", ""));
 }
 
-TEST_F(SameFileTest, AFileThatIsOpenElsewhereIsStillRecognised) {
+TEST_F(SameFileTest, FileThatIsOpenElsewhereIsStillRecognised) {
     const HANDLE open = CreateFileA(At("g").c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr,
                                     OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
     ASSERT_NE(INVALID_HANDLE_VALUE, open);
@@ -45,7 +45,7 @@ TEST_F(SameFileTest, AFileThatIsOpenElsewhereIsStillRecognised) {
     CloseHandle(open);
 }
 
-TEST_F(SameFileTest, AFolderHoldsWhatLiesBelowItAtAnyDepth) {
+TEST_F(SameFileTest, FolderHoldsWhatLiesBelowItAtAnyDepth) {
     for (const char* path : {"a\\f", "a\\new", "a\\b", "a\\b\\c\\", "A\\B\\none\\at\\all",
                              "a\\b\\c\\x", "ab\\..\\a\\new"}) {
         SCOPED_TRACE(path);
@@ -56,7 +56,7 @@ TEST_F(SameFileTest, AFolderHoldsWhatLiesBelowItAtAnyDepth) {
     EXPECT_TRUE(IsInsideFolder(At("a"), drive));
 }
 
-TEST_F(SameFileTest, AFolderHoldsNeitherItselfNorItsNeighbours) {
+TEST_F(SameFileTest, FolderHoldsNeitherItselfNorItsNeighbours) {
     for (const char* path : {"a", "a\\", "ab", "ab\\x", "g", "none", "a\\..\\ab\\x"}) {
         SCOPED_TRACE(path);
         EXPECT_FALSE(IsInsideFolder(At(path), At("a")));
@@ -76,7 +76,7 @@ BOOL WINAPI ShowNoIdentity(HANDLE file, BY_HANDLE_FILE_INFORMATION* facts) {
     return TRUE;
 }
 
-TEST_F(SameFileTest, PlacesWhoseIdentityIsUnknownAreToldApartByTheirPaths) {
+TEST_F(SameFileTest, PlacesWhoseIdentityIsUnknownAreDistinguishedByTheirPaths) {
     const test::ImportPatch<BOOL(WINAPI*)(HANDLE, BY_HANDLE_FILE_INFORMATION*)> facts(
         "GetFileInformationByHandle", &ShowNoIdentity);
     genuineFacts = facts.Genuine();

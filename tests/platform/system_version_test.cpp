@@ -5,7 +5,7 @@
 namespace depot {
 namespace {
 
-TEST(SystemVersionTest, TheRecordIsWhatTheSystemReports) {
+TEST(SystemVersionTest, RecordIsWhatTheSystemReports) {
     OSVERSIONINFOA expected = {};
     expected.dwOSVersionInfoSize = 148;
     ASSERT_TRUE(GetVersionExA(&expected));

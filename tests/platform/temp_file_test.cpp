@@ -206,12 +206,12 @@ TEST_F(ShellDeletionTest, ShellIsAskedToDeleteForGoodAndToShowItsErrors) {
     EXPECT_EQ("C:\\a" + std::string(258, '\0'), askedPaths);
 }
 
-TEST_F(ShellDeletionTest, AnAbortedDeletionFails) {
+TEST_F(ShellDeletionTest, AbortedDeletionFails) {
     shellAborts = true;
     EXPECT_EQ(0, DeleteContainingFolder("C:\\a\\b"));
 }
 
-TEST(DeleteContainingFolderTest, FolderGoesWithAllThatIsInIt) {
+TEST(DeleteContainingFolderTest, FolderIsDeletedWithAllThatIsInIt) {
     const test::ScratchFolder folder;
     const std::string file = folder.MakeFile("keep.txt", "x");
     folder.MakeFolder("doomed\\below");
@@ -247,7 +247,7 @@ TEST(DeleteContainingFolderTest, EmptyPathDeletesNothing) {
     EXPECT_EQ(0, DeleteContainingFolder("\\"));
 }
 
-TEST(DeleteContainingFolderTest, FolderOfTheGreatestLengthGoesAndALongerPathIsRefused) {
+TEST(DeleteContainingFolderTest, FolderOfTheGreatestLengthIsTakenAndALongerPathIsRefused) {
     const test::ScratchFolder parent;
     const std::string fit = MakeFolderOfLength(parent, 260);
     ASSERT_EQ(260u, fit.size());

@@ -101,7 +101,7 @@ TEST(EqualsNoCaseTest, TextsBehindANulCount) {
     EXPECT_TRUE(EqualsNoCase(std::string_view("a\0b", 3), std::string_view("A\0B", 3)));
 }
 
-TEST(StartsWithNoCaseTest, ATextShorterThanThePrefixDoesNotStartWithIt) {
+TEST(StartsWithNoCaseTest, TextShorterThanThePrefixDoesNotStartWithIt) {
     EXPECT_TRUE(StartsWithNoCase("<WORK>\\a", "<Work>\\"));
     EXPECT_TRUE(StartsWithNoCase("<work>\\", "<Work>\\"));
     EXPECT_FALSE(StartsWithNoCase("<work>", "<Work>\\"));
@@ -109,7 +109,7 @@ TEST(StartsWithNoCaseTest, ATextShorterThanThePrefixDoesNotStartWithIt) {
     EXPECT_TRUE(StartsWithNoCase("anything", ""));
 }
 
-TEST(FindNoCaseTest, TheFirstOccurrenceFromTheStartPositionIsFound) {
+TEST(FindNoCaseTest, FirstOccurrenceFromTheStartPositionIsFound) {
     EXPECT_EQ(0u, FindNoCase("AbcABC", "abc"));
     EXPECT_EQ(3u, FindNoCase("AbcABC", "abc", 1));
     EXPECT_EQ(3u, FindNoCase("AbcABC", "abc", 3));
@@ -131,7 +131,7 @@ TEST(ReplaceAllNoCaseTest, EveryOccurrenceInAnyCaseIsReplaced) {
               ReplaceAllNoCase("<Work>\\sub\\<work>\\b", "<WORK>\\", "C:\\w\\"));
 }
 
-TEST(ReplaceAllNoCaseTest, TheReplacementIsInsertedAsGiven) {
+TEST(ReplaceAllNoCaseTest, ReplacementIsInsertedAsGiven) {
     EXPECT_EQ("x$&\\1%sX", ReplaceAllNoCase("xAX", "a", "$&\\1%s"));
 }
 
@@ -148,7 +148,7 @@ TEST(ReplaceAllNoCaseTest, OverlappingOccurrencesAreTakenFromTheLeft) {
     EXPECT_EQ("xa", ReplaceAllNoCase("aaa", "aa", "x"));
 }
 
-TEST(ReplaceAllNoCaseTest, AnEmptyReplacementRemoves) {
+TEST(ReplaceAllNoCaseTest, EmptyReplacementRemoves) {
     EXPECT_EQ("b\\c", ReplaceAllNoCase("<a>\\b\\<A>\\c", "<a>\\", ""));
 }
 
@@ -283,14 +283,14 @@ TEST(UpToNulTest, RandomBytesNeverKeepANul) {
     }
 }
 
-TEST(UpToNulTest, TheTextEndsBeforeItsFirstNul) {
+TEST(UpToNulTest, TextEndsBeforeItsFirstNul) {
     EXPECT_EQ("ab", UpToNul(std::string_view("ab\0cd\0", 6)));
     EXPECT_EQ("", UpToNul(std::string_view("\0ab", 3)));
     EXPECT_EQ("ab", UpToNul("ab"));
     EXPECT_EQ("", UpToNul(""));
 }
 
-TEST(TrimTrailingBlanksTest, OnlyWhiteSpaceAtTheEndGoes) {
+TEST(TrimTrailingBlanksTest, OnlyWhiteSpaceAtTheEndIsRemoved) {
     EXPECT_EQ(" a b", TrimTrailingBlanks(" a b \t\r\n\v\f"));
     EXPECT_EQ("", TrimTrailingBlanks(" \t "));
     EXPECT_EQ("", TrimTrailingBlanks(""));

@@ -44,7 +44,7 @@ TEST_F(UserNoticeTest, ShowNoticeWithReceiverHandsOverTheTextWithoutABox) {
     EXPECT_TRUE(boxes_.Boxes().empty());
 }
 
-TEST_F(UserNoticeTest, ErrorTextThatNobodyTakesGoesToTheReceiver) {
+TEST_F(UserNoticeTest, ErrorTextThatIsNotTakenReachesTheReceiver) {
     Receive();
     FormatErrorText(0, "It failed", nullptr, nullptr, nullptr);
     EXPECT_EQ(std::vector<std::string>{"It failed"}, Received());

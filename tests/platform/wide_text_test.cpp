@@ -16,7 +16,7 @@ TEST(WideTextTest, Utf8TextsComeBackAsTheyWere) {
     EXPECT_EQ(2u, WideFromUtf8("\xF0\x9F\x98\x80").size());
 }
 
-TEST(WideTextTest, ANulInsideTheTextIsKept) {
+TEST(WideTextTest, NulInsideTheTextIsKept) {
     EXPECT_EQ(std::wstring(L"a\0b", 3), WideFromUtf8(std::string_view("a\0b", 3)));
     EXPECT_EQ(std::string("a\0b", 3), Utf8FromWide(std::wstring_view(L"a\0b", 3)));
 }

@@ -232,7 +232,7 @@ TEST_P(StoreContractTest, FolderIsRenamedOrHandedOutToBeCopied) {
     EXPECT_EQ("1", Bytes(In(folder, "a.kra")));
 }
 
-TEST_P(StoreContractTest, PreparationSaysWhatMayBeReplaced) {
+TEST_P(StoreContractTest, PreparationReportsWhatMayBeReplaced) {
     AddFile(At("a.kra"), "1");
     std::vector<PlannedItem> items = {
         {world_->Root(), true}, {At("a.kra"), false}, {At("sub", true), true}};

@@ -12,7 +12,7 @@ protected:
     const std::string folder_ = AddFolder(At("sub", true));
 };
 
-TEST_P(StoreFaultsTest, EveryOperationSaysThatThePlaceStoppedAnswering) {
+TEST_P(StoreFaultsTest, EveryOperationReportsThatThePlaceStoppedAnswering) {
     const auto gone = FailsAs(world_->BreakOff());
     LeftOut left;
     FileBuffer buffer;

@@ -86,7 +86,7 @@ TEST(LanguageChoiceTest, UsersMethodIgnoresTheConfiguredLanguage) {
     EXPECT_EQ("fra", ChooseLanguageName({"0", "deu", "fra deu", {}}, kPolish));
 }
 
-TEST(LanguageChoiceTest, LanguageWithoutANameGoesThroughAllFallbacks) {
+TEST(LanguageChoiceTest, LanguageWithoutANameTakesAllFallbacks) {
     EXPECT_EQ("NOLANGUAGE", ChooseLanguageName(OfTheUser("eng NOLANGUAGE deu", "deu"), kPolish));
     EXPECT_EQ("deu", ChooseLanguageName(OfTheUser("eng deu", "deu"), kPolish));
     EXPECT_EQ("eng", ChooseLanguageName(OfTheUser("eng deu", "esp"), kPolish));

@@ -146,7 +146,7 @@ TEST_F(ResourceLibraryTest, TextThatTheCodePageCannotHoldIsAbsent) {
     EXPECT_EQ("OK", ResourceText(IDS_OK));
 }
 
-TEST_F(ResourceLibraryTest, MissingLibraryIsToldInABox) {
+TEST_F(ResourceLibraryTest, MissingLibraryIsReportedInABox) {
     BoxWatcher watcher("DepotIntr");
     EXPECT_EQ(nullptr, LoadResourceLibraryOrTell(folder_.At("")));
     const auto box = watcher.Finish();

@@ -91,7 +91,7 @@ TEST_P(ResourceTextsTest, EveryTextIsThereAndTakesItsArguments) {
     }
 }
 
-TEST_P(ResourceTextsTest, NoTextHasANumberThatNobodyKnows) {
+TEST_P(ResourceTextsTest, NoTextHasAnUnknownNumber) {
     ASSERT_TRUE(library_);
     std::set<unsigned> known;
     for (const TextRow& row : Rows()) known.insert(row.id);
