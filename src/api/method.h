@@ -7,6 +7,7 @@
 #include "api/automation_text.h"
 #include "api/call_count.h"
 #include "api/session_table.h"
+#include "directory/call_connections.h"
 #include "platform/compiler.h"
 #include "platform/module_state.h"
 #include "platform/trace.h"
@@ -29,6 +30,7 @@ HRESULT RunMethod(const Body& body, const char* method = DEPOT_CALLER_NAME) noex
     HRESULT result = S_FALSE;
     try {
         const ModuleStateScope scope;
+        const CallConnections connections;
         result = ToResult(body());
     } catch (...) {
         result = S_FALSE;

@@ -58,6 +58,8 @@ struct LocationSettings {
     std::uint32_t security = 0;  // 0 none, 1 StartTLS before the bind, 2 TLS from the start
     // 1 when a write-back must not replace what someone else stored meanwhile
     std::uint32_t detectConflicts = 0;
+    // How long a session keeps an idle connection, in seconds; 0 for not at all
+    std::uint32_t keepConnection = 0;
 };
 
 // Whose value it is: the depot's, any location's, or a directory location's only. The names of the
@@ -173,6 +175,9 @@ inline constexpr auto kDepotValues = [] {
         {"DetectConflicts", kDirectory, &Location::detectConflicts, "--detect-conflicts",
          "Whether to keep what someone else stored meanwhile",
          Number(0, 1, "there are 0 and 1 only", "0 is taken (the last writer wins)")},
+        {"KeepConnection", kDirectory, &Location::keepConnection, "--keep-connection",
+         "How long a session keeps an idle connection, in seconds",
+         Number(0, 3600, "it is kept for 3600 seconds", "none is kept")},
         {"FileAttributeName", kDirectory, &Location::fileAttributeName, "--file-attribute",
          "What names a file's entry", SchemaName("CN")},
         {"FileObjectClass", kDirectory, &Location::fileObjectClass, "--file-class",

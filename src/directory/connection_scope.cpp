@@ -4,16 +4,8 @@
 
 namespace depot {
 
-ConnectionScope::ConnectionScope(LdapConnection& connection) : connection_(connection) {
-    if (connection_.IsConnected()) return;
-    try {
-        outcome_ = connection_.Open();
-    } catch (...) {
-        connection_.Close();
-        throw;
-    }
-    opened_ = outcome_.IsDone();
-}
+ConnectionScope::ConnectionScope(LdapConnection& connection)
+    : connection_(connection), outcome_(connection.Acquire(taken_)) {}
 
 ConnectionScope::ConnectionScope(CLDAPItems& directory, std::string* errorText)
     : ConnectionScope(directory.Connection()) {
@@ -21,7 +13,7 @@ ConnectionScope::ConnectionScope(CLDAPItems& directory, std::string* errorText)
 }
 
 ConnectionScope::~ConnectionScope() {
-    if (opened_) connection_.Close();
+    if (taken_) connection_.Release();
 }
 
 }  // namespace depot

@@ -10,7 +10,7 @@ namespace depot {
 class CLDAPItems;
 
 // Keeps a connection for the work of one operation: opened if there was none, asking for
-// credentials where none are known or the known ones fail, and then closed again.
+// credentials where none are known or the known ones fail, and then released.
 class ConnectionScope {
 public:
     explicit ConnectionScope(LdapConnection& connection);
@@ -25,7 +25,7 @@ public:
 
 private:
     LdapConnection& connection_;
-    bool opened_ = false;
+    bool taken_ = false;
     Result outcome_;
 };
 

@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "directory/assertion_control.h"
+#include "directory/entry_batches.h"
 #include "directory/entry_store.h"
 
 namespace depot {
@@ -29,6 +30,24 @@ private:
     std::string value_;
     std::array<char*, 2> values_ = {};
     LDAPModA change_ = {};
+};
+
+// The attributes of a folder or, with contents, of a file that is to be added.
+class NewEntry {
+public:
+    NewEntry(std::string nameAttribute, const std::string& name, std::string className)
+        : naming_(std::move(nameAttribute), name),
+          objectClass_(kObjectClass, std::move(className)) {}
+
+    LDAPModA** Attributes(LDAPModA* contents = nullptr) {
+        attributes_ = {naming_.Get(), objectClass_.Get(), contents, nullptr};
+        return attributes_.data();
+    }
+
+private:
+    TextAttribute naming_;
+    TextAttribute objectClass_;
+    std::array<LDAPModA*, 4> attributes_ = {};
 };
 
 // The contents of a file, to be added or to replace others. The bytes are copied.
@@ -71,29 +90,103 @@ std::uint32_t EntryStore::AddFolderCode(const std::string& dn, const std::string
     const std::uint32_t found = FindCode(dn);
     if (found == LDAP_INVALID_DN_SYNTAX || found == LDAP_SUCCESS) return found;
     if (!connection_.IsConnected()) return LDAP_SERVER_DOWN;
-    TextAttribute naming(schema_.NamingNames().folder, name);
-    TextAttribute objectClass(kObjectClass, schema_.FolderClass());
-    LDAPModA* attributes[] = {naming.Get(), objectClass.Get(), nullptr};
-    const std::uint32_t code = Client().ldap_add_s(Handle(), ClientText(dn), attributes);
+    NewEntry folder(schema_.NamingNames().folder, name, schema_.FolderClass());
+    const std::uint32_t code = Client().ldap_add_s(Handle(), ClientText(dn), folder.Attributes());
     added = code == LDAP_SUCCESS;
     return code;
 }
 
 Result EntryStore::AddFile(const std::string& dn, const std::string& name, const void* data,
                            std::uint32_t length) {
-    if (!connection_.IsConnected()) return connection_.Outcome(LDAP_SERVER_DOWN);
-    TextAttribute naming(schema_.NamingNames().file, name);
-    TextAttribute objectClass(kObjectClass, schema_.FileClass());
+    if (const auto gone = Unusable()) return connection_.Outcome(*gone);
+    NewEntry file(schema_.NamingNames().file, name, schema_.FileClass());
     Contents contents(schema_.ContentsAttribute(), data, length);
-    LDAPModA* attributes[] = {naming.Get(), objectClass.Get(), contents.Get(LDAP_MOD_ADD), nullptr};
-    return connection_.Outcome(Client().ldap_add_s(Handle(), ClientText(dn), attributes));
+    return connection_.Outcome(
+        Client().ldap_add_s(Handle(), ClientText(dn), file.Attributes(contents.Get(LDAP_MOD_ADD))));
 }
 
 Result EntryStore::Replace(const std::string& dn, const void* data, std::uint32_t length) {
     if (!connection_.IsConnected()) return connection_.Outcome(LDAP_SERVER_DOWN);
+    const bool isUnproven = connection_.TakeUnproven();
     Contents contents(schema_.ContentsAttribute(), data, length);
     LDAPModA* changes[] = {contents.Get(LDAP_MOD_REPLACE), nullptr};
-    return connection_.Outcome(Client().ldap_modify_s(Handle(), ClientText(dn), changes));
+    std::uint32_t code = Client().ldap_modify_s(Handle(), ClientText(dn), changes);
+    // The same bytes may be stored twice.
+    if (isUnproven && IsOfALostConnection(code) && connection_.Replace()) {
+        code = Client().ldap_modify_s(Handle(), ClientText(dn), changes);
+    }
+    return connection_.Outcome(code);
+}
+
+std::optional<std::uint32_t> EntryStore::Unusable() {
+    if (!connection_.IsConnected()) return LDAP_SERVER_DOWN;
+    const std::uint32_t code = Prove();
+    return code == LDAP_SUCCESS ? std::nullopt : std::optional(code);
+}
+
+void EntryStore::AddFilesTogether(std::span<ContentsWrite> files) {
+    const std::string naming = schema_.NamingNames().file;
+    Together(
+        files.size(),
+        [&](RequestBatch& batch, std::size_t index) {
+            const ContentsWrite& file = files[index];
+            NewEntry entry(naming, file.name, schema_.FileClass());
+            Contents contents(schema_.ContentsAttribute(), file.contents->bytes.get(),
+                              file.contents->length);
+            batch.Add(file.dn, entry.Attributes(contents.Get(LDAP_MOD_ADD)));
+        },
+        [&](std::size_t index, std::uint32_t code, LDAPMessage*) {
+            files[index].result = connection_.Outcome(code);
+        },
+        [&](std::size_t index) {
+            ContentsWrite& file = files[index];
+            file.result =
+                AddFile(file.dn, file.name, file.contents->bytes.get(), file.contents->length);
+        });
+}
+
+void EntryStore::ReplaceTogether(std::span<ContentsWrite> files) {
+    Together(
+        files.size(),
+        [&](RequestBatch& batch, std::size_t index) {
+            const ContentsWrite& file = files[index];
+            Contents contents(schema_.ContentsAttribute(), file.contents->bytes.get(),
+                              file.contents->length);
+            LDAPModA* changes[] = {contents.Get(LDAP_MOD_REPLACE), nullptr};
+            batch.Modify(file.dn, changes);
+        },
+        [&](std::size_t index, std::uint32_t code, LDAPMessage*) {
+            files[index].result = connection_.Outcome(code);
+        },
+        [&](std::size_t index) {
+            ContentsWrite& file = files[index];
+            file.result = Replace(file.dn, file.contents->bytes.get(), file.contents->length);
+        });
+}
+
+void EntryStore::AddFoldersTogether(std::span<FolderAddition> folders) {
+    const std::string naming = schema_.NamingNames().folder;
+    std::vector<std::size_t> refused;
+    const auto alone = [&](std::size_t index) {
+        bool added = false;
+        folders[index].result = AddFolder(folders[index].dn, folders[index].name, added);
+    };
+    Together(
+        folders.size(),
+        [&](RequestBatch& batch, std::size_t index) {
+            NewEntry entry(naming, folders[index].name, schema_.FolderClass());
+            batch.Add(folders[index].dn, entry.Attributes());
+        },
+        [&](std::size_t index, std::uint32_t code, LDAPMessage*) {
+            const bool isThere = code == LDAP_SUCCESS || code == LDAP_ALREADY_EXISTS;
+            folders[index].result = connection_.Outcome(isThere ? std::uint32_t{LDAP_SUCCESS} : code);
+            if (!isThere) refused.push_back(index);
+        },
+        alone);
+    // Whoever may not add a folder may still use one that exists.
+    for (const std::size_t index : refused) {
+        if (!folders[index].result.Is(Reason::kUnreachable)) alone(index);
+    }
 }
 
 Result EntryStore::ReplaceUnchanged(const std::string& dn, const void* data, std::uint32_t length,
@@ -111,7 +204,7 @@ Result EntryStore::Rename(const std::string& oldDN, const std::string& newDN) {
     const ExplodedDN exploded = schema_.Explode(newDN);
     if (exploded.code != LDAP_SUCCESS) return connection_.Outcome(exploded.code);
     if (exploded.components.empty()) return connection_.Outcome(LDAP_INVALID_DN_SYNTAX);
-    if (!connection_.IsConnected()) return connection_.Outcome(LDAP_SERVER_DOWN);
+    if (const auto gone = Unusable()) return connection_.Outcome(*gone);
     constexpr INT kDeleteOldName = 1;
     const std::string parent = JoinComponents(exploded.components, 1);
     return connection_.Outcome(Client().ldap_rename_ext_s(
@@ -124,8 +217,8 @@ Result EntryStore::Remove(const std::string& dn) {
 }
 
 std::uint32_t EntryStore::RemoveCode(const std::string& dn) {
-    return connection_.IsConnected() ? Client().ldap_delete_s(Handle(), ClientText(dn))
-                                     : std::uint32_t{LDAP_SERVER_DOWN};
+    if (const auto gone = Unusable()) return *gone;
+    return Client().ldap_delete_s(Handle(), ClientText(dn));
 }
 
 }  // namespace depot

@@ -3,6 +3,7 @@
 #include <optional>
 
 #include "directory/assertion_control.h"
+#include "directory/entry_batches.h"
 #include "directory/entry_store.h"
 
 namespace depot {
@@ -12,6 +13,11 @@ bool IsAnother(const FileBuffer& seen, const FileBuffer& present) {
     return seen.bytes != nullptr &&
            !std::equal(seen.bytes.get(), seen.bytes.get() + seen.length, present.bytes.get(),
                        present.bytes.get() + present.length);
+}
+
+// A server that cannot compare this attribute's values refuses as one does whose entry changed.
+bool SaysWhetherItIsUnchanged(std::uint32_t code) {
+    return code != kContentsChanged && code != LDAP_UNAVAILABLE_CRIT_EXTENSION;
 }
 
 }  // namespace
@@ -24,9 +30,60 @@ std::optional<std::uint32_t> EntryStore::RemoveOnCondition(const std::string& dn
     ContentsAssertion unchanged(schema_.ContentsAttribute(), present);
     const std::uint32_t code =
         Client().ldap_delete_ext_s(Handle(), ClientText(dn), unchanged.Controls(), nullptr);
-    // A server that cannot compare this attribute's values refuses as well.
-    const bool answered = code != kContentsChanged && code != LDAP_UNAVAILABLE_CRIT_EXTENSION;
-    return answered ? std::optional(code) : std::nullopt;
+    return SaysWhetherItIsUnchanged(code) ? std::optional(code) : std::nullopt;
+}
+
+void EntryStore::RemoveTogether(std::span<Removal> removals) {
+    std::vector<Removal*> conditional;
+    std::vector<Removal*> plain;
+    for (Removal& removal : removals) {
+        (removal.contents ? conditional : plain).push_back(&removal);
+    }
+    Together(
+        plain.size(),
+        [&](RequestBatch& batch, std::size_t index) { batch.Delete(plain[index]->dn); },
+        [&](std::size_t index, std::uint32_t code, LDAPMessage*) {
+            plain[index]->result = connection_.Outcome(code);
+        },
+        [&](std::size_t index) { plain[index]->result = Remove(plain[index]->dn); });
+    if (!conditional.empty()) RemoveUnchangedTogether(conditional);
+}
+
+// Reads all, and then deletes those that are unchanged on that condition; whatever the server
+// answers to it that does not settle the matter is looked at by itself.
+void EntryStore::RemoveUnchangedTogether(std::span<Removal*> removals) {
+    std::vector<ContentsRead> reads;
+    reads.reserve(removals.size());
+    for (const Removal* removal : removals) reads.push_back({removal->dn});
+    ReadTogether(reads);
+    std::vector<std::size_t> unchanged, unsettled;
+    for (std::size_t index = 0; index < removals.size(); ++index) {
+        const FileBuffer& seen = reads[index].contents;
+        Removal& removal = *removals[index];
+        removal.result = std::move(reads[index].result);
+        if (!removal.result) continue;
+        if (!seen.bytes || DigestOf(seen) != *removal.contents) {
+            removal.result = connection_.Outcome(kContentsChanged);
+        } else {
+            const bool fits = seen.length <= kLargestCondition && OffersAssertions();
+            (fits ? unchanged : unsettled).push_back(index);
+        }
+    }
+    Together(
+        unchanged.size(),
+        [&](RequestBatch& batch, std::size_t at) {
+            const FileBuffer& present = reads[unchanged[at]].contents;
+            ContentsAssertion condition(schema_.ContentsAttribute(), present);
+            batch.Delete(removals[unchanged[at]]->dn, condition.Controls());
+        },
+        [&](std::size_t at, std::uint32_t code, LDAPMessage*) {
+            removals[unchanged[at]]->result = connection_.Outcome(code);
+            if (!SaysWhetherItIsUnchanged(code)) unsettled.push_back(unchanged[at]);
+        },
+        [&](std::size_t at) { unsettled.push_back(unchanged[at]); });
+    for (const std::size_t index : unsettled) {
+        removals[index]->result = RemoveUnchanged(removals[index]->dn, *removals[index]->contents);
+    }
 }
 
 Result EntryStore::RemoveUnchanged(const std::string& dn, const FileBuffer& present) {

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "directory/client_support.h"
+#include "directory/entry_batches.h"
 #include "directory/entry_store.h"
 #include "platform/local_name.h"
 #include "platform/text.h"
@@ -100,11 +101,7 @@ Result EntryStore::List(const std::string& baseDN, LdapItemList& items,
                         const std::string& localBase) {
     items.Clear();
     unsafeNames_ = 0;
-    const std::uint32_t code =
-        ListCode({baseDN,
-                  localBase,
-                  {schema_.NamingNames(), schema_.FolderClass(), schema_.FileClass()},
-                  items});
+    const std::uint32_t code = ListCode(ListingOf(baseDN, localBase, items));
     if (code != LDAP_SUCCESS) {
         // Half a listing would be taken for a whole one.
         items.Clear();
@@ -113,12 +110,45 @@ Result EntryStore::List(const std::string& baseDN, LdapItemList& items,
     return connection_.Outcome(code);
 }
 
+EntryStore::Listing EntryStore::ListingOf(const std::string& baseDN, const std::string& localBase,
+                                          LdapItemList& items) const {
+    return {baseDN,
+            localBase,
+            {schema_.NamingNames(), schema_.FolderClass(), schema_.FileClass()},
+            items};
+}
+
+void EntryStore::ListTogether(std::span<FolderListing> listings) {
+    const auto alone = [&](std::size_t index) {
+        FolderListing& folder = listings[index];
+        folder.result = List(folder.dn, folder.items);
+        folder.unsafeNames = unsafeNames_;
+    };
+    const std::vector<std::string> attributes =
+        ListingOf({}, {}, listings.front().items).Attributes();
+    std::vector<std::size_t> limited;
+    Together(
+        listings.size(),
+        [&](RequestBatch& batch, std::size_t index) {
+            batch.Search(listings[index].dn, LDAP_SCOPE_ONELEVEL, attributes);
+        },
+        [&](std::size_t index, std::uint32_t code, LDAPMessage* found) {
+            FolderListing& folder = listings[index];
+            unsafeNames_ = 0;
+            if (code == LDAP_SUCCESS) {
+                code = AddChildren(found, ListingOf(folder.dn, {}, folder.items));
+            }
+            if (code == LDAP_SIZELIMIT_EXCEEDED) limited.push_back(index);
+            if (code != LDAP_SUCCESS) folder.items.Clear();
+            folder.unsafeNames = code == LDAP_SUCCESS ? unsafeNames_ : 0;
+            folder.result = connection_.Outcome(code);
+        },
+        alone);
+    for (const std::size_t index : limited) alone(index);
+}
+
 std::uint32_t EntryStore::ListCode(const Listing& listing) {
-    const DirectoryClient& client = Client();
-    if (LacksAny(client.ldap_first_entry, client.ldap_next_entry, client.ldap_first_attribute,
-                 client.ldap_next_attribute, client.ldap_get_values_len)) {
-        return LDAP_SERVER_DOWN;
-    }
+    if (!CanRead()) return LDAP_SERVER_DOWN;
     UniqueLdapMessage result;
     std::uint32_t code = Search(listing.baseDN, LDAP_SCOPE_ONELEVEL, listing.Attributes(), result);
     if (code == LDAP_SUCCESS) code = AddChildren(result.get(), listing);

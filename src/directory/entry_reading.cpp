@@ -4,6 +4,7 @@
 
 #include "directory/assertion.h"
 #include "directory/client_support.h"
+#include "directory/entry_batches.h"
 #include "directory/entry_store.h"
 #include "platform/text.h"
 
@@ -28,6 +29,12 @@ void CopyValue(const berval& value, FileBuffer& buffer) {
 
 }  // namespace
 
+// Whether a connection that was kept is no use any more: it is gone, or its log-on is.
+bool EntryStore::IsOfALostConnection(std::uint32_t code) {
+    return code == LDAP_SERVER_DOWN || code == LDAP_CONNECT_ERROR || code == LDAP_TIMEOUT ||
+           code == LDAP_INVALID_CREDENTIALS;
+}
+
 Result EntryStore::Answer(std::uint32_t code) {
     if (code != LDAP_NO_SUCH_OBJECT) return connection_.Outcome(code);
     return Error{ReasonOf(code), CodeKind::kDirectory, code};
@@ -36,6 +43,22 @@ Result EntryStore::Answer(std::uint32_t code) {
 std::uint32_t EntryStore::Search(const std::string& base, ULONG scope,
                                  const std::vector<std::string>& attributes,
                                  UniqueLdapMessage& result) {
+    const bool isUnproven = connection_.TakeUnproven();
+    const std::uint32_t code = SearchOnce(base, scope, attributes, result);
+    if (!isUnproven || !IsOfALostConnection(code) || !connection_.Replace()) return code;
+    return SearchOnce(base, scope, attributes, result);
+}
+
+std::uint32_t EntryStore::Prove() {
+    if (!connection_.TakeUnproven()) return LDAP_SUCCESS;
+    UniqueLdapMessage result;
+    const std::uint32_t code = SearchOnce(kServerEntry, LDAP_SCOPE_BASE, {kNoAttributes}, result);
+    return IsOfALostConnection(code) ? CodeOf(connection_.Replace()) : std::uint32_t{LDAP_SUCCESS};
+}
+
+std::uint32_t EntryStore::SearchOnce(const std::string& base, ULONG scope,
+                                     const std::vector<std::string>& attributes,
+                                     UniqueLdapMessage& result) {
     if (!connection_.IsConnected()) return LDAP_SERVER_DOWN;
     std::vector<char*> names;
     names.reserve(attributes.size() + 1);
@@ -64,13 +87,32 @@ Result EntryStore::FindKind(const std::string& dn, EntryKind& kind) {
     kind = EntryKind::kOther;
     UniqueLdapMessage result;
     const std::uint32_t code = Search(dn, LDAP_SCOPE_BASE, {kObjectClass}, result);
-    if (code != LDAP_SUCCESS) return Answer(code);
-    LDAPMessage* const entry = Client().ldap_first_entry(Handle(), result.get());
-    if (entry == nullptr) return {};
+    if (code == LDAP_SUCCESS) kind = KindIn(result.get());
+    return Answer(code);
+}
+
+EntryKind EntryStore::KindIn(LDAPMessage* result) const {
+    LDAPMessage* const entry = Client().ldap_first_entry(Handle(), result);
+    if (entry == nullptr) return EntryKind::kOther;
     const bool isFolder = HasValue(entry, kObjectClass, schema_.FolderClass().c_str());
     const bool isFile = HasValue(entry, kObjectClass, schema_.FileClass().c_str());
-    if (isFolder != isFile) kind = isFolder ? EntryKind::kFolder : EntryKind::kFile;
-    return {};
+    if (isFolder == isFile) return EntryKind::kOther;
+    return isFolder ? EntryKind::kFolder : EntryKind::kFile;
+}
+
+void EntryStore::FindKindsTogether(std::span<KindLookup> lookups) {
+    Together(
+        lookups.size(),
+        [&](RequestBatch& batch, std::size_t index) {
+            batch.Search(lookups[index].dn, LDAP_SCOPE_BASE, {kObjectClass});
+        },
+        [&](std::size_t index, std::uint32_t code, LDAPMessage* found) {
+            lookups[index].kind = code == LDAP_SUCCESS ? KindIn(found) : EntryKind::kOther;
+            lookups[index].result = Answer(code);
+        },
+        [&](std::size_t index) {
+            lookups[index].result = FindKind(lookups[index].dn, lookups[index].kind);
+        });
 }
 
 Result EntryStore::ReadIdentifiers(const std::string& dn, EntryIdentifiers& identifiers) {
@@ -108,25 +150,33 @@ Result EntryStore::Read(const std::string& dn, FileBuffer& buffer, const char* a
         ReadCode(dn, buffer, attributeName ? attributeName : schema_.ContentsAttribute()));
 }
 
+bool EntryStore::CanRead() const {
+    const DirectoryClient& client = Client();
+    return !LacksAny(client.ldap_first_entry, client.ldap_next_entry, client.ldap_get_dn,
+                     client.ldap_first_attribute, client.ldap_next_attribute,
+                     client.ldap_get_values_len);
+}
+
 std::uint32_t EntryStore::ReadCode(const std::string& dn, FileBuffer& buffer,
                                    const std::string& wanted) {
     buffer = {};
-    const DirectoryClient& client = Client();
-    if (LacksAny(client.ldap_first_entry, client.ldap_next_entry, client.ldap_get_dn,
-                 client.ldap_first_attribute, client.ldap_next_attribute,
-                 client.ldap_get_values_len)) {
-        return LDAP_SERVER_DOWN;
-    }
+    if (!CanRead()) return LDAP_SERVER_DOWN;
     UniqueLdapMessage result;
     const std::uint32_t code = Search(dn, LDAP_SCOPE_BASE, {wanted}, result);
-    if (code != LDAP_SUCCESS) return code;
+    return code == LDAP_SUCCESS ? TakeContents(result.get(), dn, wanted, buffer) : code;
+}
+
+// Takes the value out of what a search for the entry has found.
+std::uint32_t EntryStore::TakeContents(LDAPMessage* result, const std::string& dn,
+                                       const std::string& wanted, FileBuffer& buffer) const {
+    const DirectoryClient& client = Client();
     // The search finds one entry at most. A server may spell its name in another way than the
     // caller, with other blanks or escapes: taking it for missing would lose what it holds.
-    LDAPMessage* const named = EntryNamed(result.get(), dn);
-    LDAPMessage* const entry = named ? named : client.ldap_first_entry(Handle(), result.get());
+    LDAPMessage* const named = EntryNamed(result, dn);
+    LDAPMessage* const entry = named ? named : client.ldap_first_entry(Handle(), result);
     if (entry == nullptr) {
         // Without memory the client hands out nothing although there is something.
-        const bool none = client.ldap_count_entries(Handle(), result.get()) == 0;
+        const bool none = client.ldap_count_entries(Handle(), result) == 0;
         return none ? LDAP_SUCCESS : LDAP_NO_MEMORY;
     }
     AttributeWalk walk(client, Handle(), entry);
@@ -139,6 +189,29 @@ std::uint32_t EntryStore::ReadCode(const std::string& dn, FileBuffer& buffer,
         return LDAP_SUCCESS;
     }
     return walk.RanOut() ? LDAP_NO_MEMORY : LDAP_SUCCESS;
+}
+
+void EntryStore::ReadTogether(std::span<ContentsRead> reads) {
+    const std::string wanted = schema_.ContentsAttribute();
+    Together(
+        reads.size(),
+        [&](RequestBatch& batch, std::size_t index) {
+            batch.Search(reads[index].dn, LDAP_SCOPE_BASE, {wanted});
+        },
+        [&](std::size_t index, std::uint32_t code, LDAPMessage* found) {
+            ContentsRead& read = reads[index];
+            read.contents = {};
+            if (code == LDAP_SUCCESS) code = TakeContents(found, read.dn, wanted, read.contents);
+            read.result = connection_.Outcome(code);
+        },
+        [&](std::size_t index) {
+            reads[index].result = Read(reads[index].dn, reads[index].contents);
+        });
+}
+
+std::size_t EntryStore::Window() const {
+    const bool isPossible = !takesOneAtATime_ && CanRead() && RequestBatch::IsPossible(Client());
+    return isPossible ? kWindow : 1;
 }
 
 bool EntryStore::HasValue(LDAPMessage* entry, const char* attribute, const char* wanted) const {

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -41,6 +42,41 @@ inline constexpr std::uint32_t kLargestCondition = 1024 * 1024;
 // of kIdentifierAttributes; empty where the server shows none.
 using EntryIdentifiers = std::array<std::string, 3>;
 inline constexpr const char* kIdentifierAttributes[] = {"entryUUID", "objectGUID", "nsUniqueId"};
+
+// Parts of work on several entries whose requests are under way together. Each names its entry and
+// receives its own result.
+struct ContentsRead {
+    std::string dn;
+    FileBuffer contents{};
+    Result result{};
+};
+struct KindLookup {
+    std::string dn;
+    EntryKind kind = EntryKind::kOther;
+    Result result{};
+};
+struct FolderListing {
+    std::string dn;
+    LdapItemList items{};
+    std::uint32_t unsafeNames = 0;
+    Result result{};
+};
+struct FolderAddition {
+    std::string dn;
+    std::string name;
+    Result result{};
+};
+struct ContentsWrite {
+    std::string dn;
+    std::string name;                      // for an entry that is added
+    const FileBuffer* contents = nullptr;  // never owned
+    Result result{};
+};
+struct Removal {
+    std::string dn;
+    std::optional<Digest> contents{};  // for a file that is deleted only while it holds these
+    Result result{};
+};
 
 // Finds, lists, reads and changes entries. Borrows the connection and the schema.
 //
@@ -125,6 +161,22 @@ public:
     // The same for every folder above `dn`, whatever `dn` itself looks like.
     Result EnsureFoldersAbove(const std::string& dn, LdapItemList& added);
 
+    // The same work on several entries at once, as if each was done by itself: all requests are
+    // sent before the first answer is awaited, at most Window() of them. The server may do the
+    // work in any order. Where it takes one request at a time, they are sent one after another.
+    void ReadTogether(std::span<ContentsRead> reads);
+    void FindKindsTogether(std::span<KindLookup> lookups);
+    // A listing above a limit of the server is repeated by itself, as List does.
+    void ListTogether(std::span<FolderListing> listings);
+    void AddFoldersTogether(std::span<FolderAddition> folders);
+    void AddFilesTogether(std::span<ContentsWrite> files);
+    void ReplaceTogether(std::span<ContentsWrite> files);
+    void RemoveTogether(std::span<Removal> removals);
+
+    // How many requests are sent together; 1 where server or client take no more.
+    std::size_t Window() const;
+    static constexpr std::size_t kWindow = 32;
+
     LdapConnection& Connection() const { return connection_; }
     const LocationSchema& Schema() const { return schema_; }
     // How much of a tree each operation looks at.
@@ -134,17 +186,36 @@ private:
     struct Listing;
     class TreeDeletion;
 
+    // How the requests of one kind are sent, answered, and made one by one.
+    template <class Send, class Take, class Alone>
+    void Together(std::size_t count, const Send& send, const Take& take, const Alone& alone);
+
     const DirectoryClient& Client() const { return connection_.Client(); }
     LDAP* Handle() const { return connection_.Handle(); }
 
     // These return the directory's code.
     std::uint32_t Search(const std::string& base, ULONG scope,
                          const std::vector<std::string>& attributes, UniqueLdapMessage& result);
+    std::uint32_t SearchOnce(const std::string& base, ULONG scope,
+                             const std::vector<std::string>& attributes, UniqueLdapMessage& result);
+    // Makes sure that a connection which was kept for long is there before anything is changed
+    // that cannot be changed twice.
+    std::uint32_t Prove();
+    // Returns why nothing can be changed; nothing where it can.
+    std::optional<std::uint32_t> Unusable();
     std::uint32_t FindCode(const std::string& dn);
+    EntryKind KindIn(LDAPMessage* result) const;
+    Listing ListingOf(const std::string& baseDN, const std::string& localBase,
+                      LdapItemList& items) const;
     std::uint32_t ListCode(const Listing& listing);
     std::uint32_t ListInPages(const Listing& listing);
     std::uint32_t AddChildren(LDAPMessage* result, const Listing& listing);
     std::uint32_t ReadCode(const std::string& dn, FileBuffer& buffer, const std::string& wanted);
+    // Whether the client has all that lists and reads what a search has found.
+    bool CanRead() const;
+    std::uint32_t TakeContents(LDAPMessage* result, const std::string& dn,
+                               const std::string& wanted, FileBuffer& buffer) const;
+    void RemoveUnchangedTogether(std::span<Removal*> removals);
     std::uint32_t ReadUnchanged(const std::string& dn, const Digest& contents, FileBuffer& present);
     std::uint32_t AddFolderCode(const std::string& dn, const std::string& name, bool& added);
     std::uint32_t RemoveCode(const std::string& dn);
@@ -155,6 +226,8 @@ private:
     std::uint32_t EnsureCode(const std::vector<std::string>& components, std::size_t first,
                              LdapItemList& added);
     std::uint32_t AddFolders(const LdapItemList& missing, LdapItemList& added);
+
+    static bool IsOfALostConnection(std::uint32_t code);
 
     // The same as the connection's, but without a text for an entry that is missing.
     Result Answer(std::uint32_t code);
@@ -168,6 +241,7 @@ private:
 
     LdapConnection& connection_;
     const LocationSchema& schema_;
+    bool takesOneAtATime_ = false;  // as the server has shown
     std::uint32_t unsafeNames_ = 0;
     TreeBounds bounds_;
     std::optional<bool> offersAssertions_;  // once the server was asked

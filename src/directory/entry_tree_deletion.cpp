@@ -1,86 +1,132 @@
 // Deleting an entry with everything below it.
 #include <algorithm>
+#include <chrono>
 #include <utility>
 
 #include "directory/entry_store.h"
 
 namespace depot {
 
-// Goes down the folders that are not empty. A tree may be deeper than the stack: what is still to
-// be done stands in a list, by the components of the names, because the names of a deep tree
-// together would take much more room.
+// Lists the tree level by level, and deletes what it holds from the bottom up.
 class EntryStore::TreeDeletion {
 public:
     TreeDeletion(EntryStore& entries, const std::string& dn)
-        : entries_(entries), walk_(entries), dn_(dn) {}
+        : entries_(entries), budget_(entries.Bounds()) {
+        items_.push_back({dn, true, 0, 0});
+    }
 
     // Fails as the deletion of the entry itself does, or with the bound that the tree passes.
     Result Run() {
-        for (bool entering = true;;) {
-            const Result listed = entering ? Enter() : Result();
-            if (walk_.IsOver()) return listed;
-            if (open_.back().folders.empty()) {
-                const std::uint32_t code = entries_.RemoveCode(dn_);
-                if (open_.size() == 1) return entries_.connection_.Outcome(code);
-                Leave();
-                entering = false;
-                continue;
-            }
-            TakeNextFolder();
-            // An empty folder is deleted at once; only one that still has entries is looked into.
-            entering = entries_.RemoveCode(dn_) != LDAP_SUCCESS;
-            if (!entering) dn_.erase(0, dn_.size() - open_.back().nameLength);
+        std::uint32_t passed = LDAP_SUCCESS;
+        for (std::size_t next = 0; next < items_.size() && passed == LDAP_SUCCESS;) {
+            passed = ListSome(next);
         }
+        RemoveAll();
+        return passed == LDAP_SUCCESS ? std::move(top_) : entries_.connection_.Outcome(passed);
     }
 
     // The code of the last file of the uppermost folder that resisted.
     std::uint32_t Resisted() const { return resisted_; }
 
 private:
-    // A folder whose files are deleted already.
-    struct OpenFolder {
-        std::size_t nameLength;
-        std::vector<std::string> folders;  // the first components of their names, the last first
+    struct Item {
+        std::string dn;
+        bool isFolder;
+        std::size_t parent;  // the index of the folder that holds it; the top's is its own
+        std::uint32_t depth;
+        bool isHeld = false;  // whether something in it stays
     };
 
-    // Deletes the files of the folder `dn_` and remembers its folders. Returns how listing it
-    // ended.
-    Result Enter() {
-        LdapItemList children;
-        Result listed = walk_.List(dn_, static_cast<std::uint32_t>(open_.size()), children);
-        OpenFolder folder = {dn_.size(), {}};
+    // Lists the folders from `next` on, as many as one window takes, and moves it behind them.
+    // Returns the code of the bound that was passed.
+    std::uint32_t ListSome(std::size_t& next) {
+        std::vector<FolderListing> folders;
+        std::vector<std::size_t> indexes;
+        for (; next < items_.size() && folders.size() < entries_.Window(); ++next) {
+            if (!items_[next].isFolder) continue;
+            folders.push_back({items_[next].dn});
+            indexes.push_back(next);
+        }
+        if (folders.empty()) return LDAP_SUCCESS;
+        const auto start = std::chrono::steady_clock::now();
+        entries_.ListTogether(folders);
+        TreeBudget::Listing listing;
+        listing.time = std::chrono::steady_clock::now() - start;
+        for (std::size_t at = 0; at < folders.size(); ++at) {
+            // What cannot be listed shows by its deletion whether it holds anything.
+            const std::uint32_t code = AddChildren(folders[at].items, indexes[at], listing);
+            if (code != LDAP_SUCCESS) return code;
+            listing.time = {};
+        }
+        return LDAP_SUCCESS;
+    }
+
+    std::uint32_t AddChildren(const LdapItemList& children, std::size_t folder,
+                              TreeBudget::Listing listing) {
+        listing.depth = items_[folder].depth;
+        listing.entries = children.Count();
+        for (const CLDAPItem* child : children) listing.nameBytes += child->path.size();
+        if (children.Count() > 0) listing.firstName = children.At(0).path.size();
+        const std::uint32_t code = budget_.Add(listing);
+        if (code != LDAP_SUCCESS) return code;
         for (const CLDAPItem* child : children) {
             const std::optional<EntryName> name = entries_.schema_.SplitEntryName(child->path);
             if (!name) continue;
             // A folder's name may hold a dot.
-            if (name->isFolder || child->isFolder) {
-                folder.folders.push_back(
-                    child->path.substr(0, child->path.size() - dn_.size() - 1));
-                continue;
-            }
-            const std::uint32_t code = entries_.RemoveCode(child->path);
-            if (code != LDAP_SUCCESS && open_.empty()) resisted_ = code;
+            const bool isFolder = name->isFolder || child->isFolder != 0;
+            items_.push_back({child->path, isFolder, folder, listing.depth + 1});
         }
-        std::reverse(folder.folders.begin(), folder.folders.end());
-        open_.push_back(std::move(folder));
-        return listed;
+        return LDAP_SUCCESS;
     }
 
-    void TakeNextFolder() {
-        std::vector<std::string>& folders = open_.back().folders;
-        dn_.insert(0, folders.back() + ",");
-        folders.pop_back();
+    void RemoveAll() {
+        for (std::size_t left = items_.size(); left > 0;) {
+            std::vector<Removal> removals;
+            std::vector<std::size_t> indexes;
+            // No folder is sent together with what it holds.
+            std::size_t highestParent = 0;
+            while (left > 0 && removals.size() < entries_.Window()) {
+                const std::size_t index = left - 1;
+                if (!removals.empty() && index <= highestParent) break;
+                --left;
+                if (items_[index].isHeld && index > 0) {
+                    Keep(index);
+                    continue;
+                }
+                highestParent = std::max(highestParent, items_[index].parent);
+                removals.push_back({items_[index].dn});
+                indexes.push_back(index);
+            }
+            entries_.RemoveTogether(removals);
+            for (std::size_t at = 0; at < removals.size(); ++at) {
+                if (removals[at].result.Is(Reason::kUnreachable)) {
+                    top_ = std::move(removals[at].result);
+                    return;
+                }
+                Note(indexes[at], std::move(removals[at].result));
+            }
+        }
     }
 
-    void Leave() {
-        open_.pop_back();
-        dn_.erase(0, dn_.size() - open_.back().nameLength);
+    void Note(std::size_t index, Result removed) {
+        if (index == 0) {
+            top_ = std::move(removed);
+            return;
+        }
+        if (removed) return;
+        const Item& item = items_[index];
+        if (!item.isFolder && item.parent == 0 && resisted_ == LDAP_SUCCESS) {
+            resisted_ = CodeOf(removed);
+        }
+        Keep(index);
     }
+
+    void Keep(std::size_t index) { items_[items_[index].parent].isHeld = true; }
 
     EntryStore& entries_;
-    BoundedWalk walk_;
-    std::string dn_;  // of the entry that is being worked on
-    std::vector<OpenFolder> open_;
+    TreeBudget budget_;
+    std::vector<Item> items_;  // a folder before what it holds
+    Result top_;
     std::uint32_t resisted_ = LDAP_SUCCESS;
 };
 

@@ -41,7 +41,64 @@ CredentialsPrompt* InstallCredentialsPrompt(CredentialsPrompt* prompt) {
 LdapConnection::LdapConnection(CDepotPath& location)
     : location_(location), isBound_(BindDirectoryClient(client_) != 0), shared_(location) {}
 
+LdapConnection::~LdapConnection() {
+    TakeFromKept();
+    LeaveCall();
+}
+
+Result LdapConnection::Acquire(bool& taken) {
+    taken = false;
+    if (isInUse_) return {};
+    const bool wasKept = isKept_;
+    TakeFromKept();
+    if (isConnected_ && (logOn_ != PresentLogOn() || !IsStillOpen())) Close();
+    isUnproven_ = isConnected_ && wasKept;
+    Result outcome;
+    try {
+        if (!isConnected_) outcome = Open();
+    } catch (...) {
+        Close();
+        throw;
+    }
+    taken = isInUse_ = outcome.IsDone();
+    return outcome;
+}
+
+void LdapConnection::Release() {
+    isInUse_ = false;
+    JoinCall();
+    if (call_ == nullptr) Close();
+}
+
+// A server that has ended the connection has said so; nothing else can be waiting to be read.
+bool LdapConnection::IsStillOpen() const {
+    if (IsMissing(client_.ldap_result)) return true;
+    l_timeval none = {0, 0};
+    LDAPMessage* message = nullptr;
+    const ULONG kind =
+        client_.ldap_result(handle_.get(), LDAP_RES_ANY, LDAP_MSG_ONE, &none, &message);
+    const UniqueLdapMessage unexpected(message, {&client_});
+    return kind == 0;
+}
+
+Result LdapConnection::Replace() {
+    if (isConnected_) Close();
+    const Result replaced = ConnectQuietly();
+    if (replaced) return {};
+    // The next use connects anew, and says what is wrong.
+    isUsable_ = true;
+    return Outcome(LDAP_SERVER_DOWN);
+}
+
+LdapConnection::LogOn LdapConnection::PresentLogOn() const {
+    const std::string credentials = location_.username + '\0' + location_.password;
+    return {location_.host,    DigestOf(credentials.data(), credentials.size()),
+            location_.port,    location_.authentication,
+            location_.version, location_.security};
+}
+
 Result LdapConnection::Connect(const Credentials& credentials) {
+    TakeFromKept();
     if (IsConnected()) return {};
     if (!IsUsable()) return Report(LDAP_SERVER_DOWN);
     LogOnAttempt attempt = {credentials};
@@ -120,11 +177,15 @@ std::uint32_t LdapConnection::SetOptions() {
     // A server that accepts and then says nothing must not hold a call for ever, but a short
     // timeout for connecting must not end a long search either. Clients that do not know one of
     // these limits do without it.
-    ULONG seconds = std::clamp<ULONG>(location_.connectTimeout, CDepotPath::kDefaultConnectTimeout,
-                                      kLongestLimit);
+    ULONG seconds = AnswerLimit();
     client_.ldap_set_option(handle_.get(), LDAP_OPT_TIMELIMIT, &seconds);
     client_.ldap_set_option(handle_.get(), kSendTimeoutOption, &seconds);
     return LDAP_SUCCESS;
+}
+
+ULONG LdapConnection::AnswerLimit() const {
+    return std::clamp<ULONG>(location_.connectTimeout, CDepotPath::kDefaultConnectTimeout,
+                             kLongestLimit);
 }
 
 std::uint32_t LdapConnection::ReachServer() {
@@ -167,6 +228,7 @@ bool LdapConnection::BindsWithoutCredentials() const {
 void LdapConnection::FinishBind() {
     shared_.SetLastError(LDAP_SUCCESS);
     isConnected_ = true;
+    logOn_ = PresentLogOn();
 }
 
 bool LdapConnection::FindOtherCredentials(LogOnAttempt& attempt, Result& failure) {
@@ -206,12 +268,19 @@ void LdapConnection::Disconnect() {
 }
 
 bool LdapConnection::Close() {
+    TakeFromKept();
+    return CloseHandle();
+}
+
+bool LdapConnection::CloseHandle() {
     if (!IsConnected()) return true;
     isConnected_ = false;
     return client_.ldap_unbind_s(handle_.release()) == LDAP_SUCCESS;
 }
 
 bool LdapConnection::Leave() {
+    TakeFromKept();
+    LeaveCall();
     bool any = handle_.release() != nullptr;
     for (UniqueLdap& replaced : replacedHandles_) any = replaced.release() != nullptr || any;
     isConnected_ = false;

@@ -1,16 +1,20 @@
 // The connection to one location's server.
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "config/depot_path.h"
+#include "directory/call_connections.h"
 #include "directory/credentials_prompt.h"
 #include "directory/ldap_handles.h"
 #include "directory/ldap_result.h"
 #include "directory/shared_credentials.h"
+#include "platform/digest.h"
 #include "platform/directory_client.h"
 #include "platform/paging_client.h"
 
@@ -26,7 +30,11 @@ CredentialsPrompt* InstallCredentialsPrompt(CredentialsPrompt* prompt);
 // time.
 class LdapConnection {
 public:
+    // No connection is kept for longer, in seconds.
+    static constexpr std::uint32_t kLongestKeptConnection = 3600;
+
     explicit LdapConnection(CDepotPath& location);
+    ~LdapConnection();
     LdapConnection(const LdapConnection&) = delete;
     LdapConnection& operator=(const LdapConnection&) = delete;
 
@@ -48,6 +56,21 @@ public:
 
     // Connects with the credentials of the location's record, or asks where it has none.
     Result Open();
+
+    // Takes the connection for one operation: the open one where there is one, unless it was left
+    // for longer than it may be kept or for another log-on, else one that Open makes. `taken` is
+    // whether Release is due afterwards; it is not inside another operation.
+    Result Acquire(bool& taken);
+    // Ends the operation. The connection stays open until the call of the interface ends, or is
+    // closed at once where there is none.
+    void Release();
+
+    // Whether nothing was asked since a connection that was kept between calls was taken again: it
+    // may turn out to be gone. Cleared by asking.
+    bool TakeUnproven() { return std::exchange(isUnproven_, false); }
+    // Replaces a connection that turned out to be gone, without showing anything. Fails with
+    // LDAP_SERVER_DOWN where that is not possible.
+    Result Replace();
 
     // Makes sure that user name and password of a simple location are known. Returns whether to go
     // on, also when nothing had to be asked; false when the user cancelled or cannot be asked.
@@ -86,10 +109,31 @@ public:
     DirectoryClient& Client() { return client_; }
     // Those for listings in pages, bound on first need.
     PagingClient& Paging();
+    // How long the answer to a request may take, in seconds.
+    ULONG AnswerLimit() const;
     // Has this connection ask `prompt` and not the installed one.
     void SetPrompt(CredentialsPrompt* prompt) { ownPrompt_ = prompt; }
 
 private:
+    friend class CallConnections;
+    friend void CloseExpiredConnections();
+
+    // What a connection was opened with.
+    struct LogOn {
+        std::string server;
+        Digest credentials;
+        std::uint32_t port = 0, authentication = 0, version = 0, security = 0;
+        friend bool operator==(const LogOn&, const LogOn&) = default;
+    };
+
+    void JoinCall();
+    void LeaveCall();
+    void EndCall();
+    void TakeFromKept();
+    bool CloseHandle();
+    bool IsStillOpen() const;
+    LogOn PresentLogOn() const;
+
     enum class PromptResult { kCancelled, kNobodyAsked, kNothingAsked, kConfirmed };
 
     CredentialsPrompt* Prompt() const;
@@ -114,6 +158,14 @@ private:
     bool isBound_ = false;
     bool isConnected_ = false;
     bool isUsable_ = true;
+    bool isInUse_ = false;     // by an operation
+    bool isUnproven_ = false;  // see TakeUnproven
+    bool isKept_ = false;      // among the connections that are kept between calls
+    LogOn logOn_;              // of the open connection
+    CallConnections* call_ = nullptr;
+    LdapConnection* nextOfCall_ = nullptr;
+    LdapConnection* nextKept_ = nullptr;
+    std::chrono::steady_clock::time_point keptUntil_;
     SharedCredentials shared_;
     std::optional<CredentialsPrompt*> ownPrompt_;
     // After the table, through which they are unbound.

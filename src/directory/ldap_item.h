@@ -36,6 +36,7 @@ class LdapItemList {
 public:
     LdapItemList() = default;
     ~LdapItemList() { Clear(); }
+    LdapItemList(LdapItemList&& other) noexcept { array_.Swap(other.array_); }
     LdapItemList(const LdapItemList&) = delete;
     LdapItemList& operator=(const LdapItemList&) = delete;
 

@@ -4,14 +4,8 @@
 
 #include <chrono>
 #include <cstdint>
-#include <string>
-
-#include "directory/ldap_item.h"
-#include "platform/result.h"
 
 namespace depot {
-
-class EntryStore;
 
 // How much of a tree one operation looks at. No depot comes near these.
 struct TreeBounds {
@@ -46,25 +40,6 @@ private:
     std::uint64_t entries_ = 0;
     std::uint64_t nameBytes_ = 0;
     std::chrono::steady_clock::duration time_{};
-};
-
-// The listings of one operation on a tree. Borrows the entries.
-class BoundedWalk {
-public:
-    explicit BoundedWalk(EntryStore& entries);
-
-    // Lists the children of a folder so many levels below the uppermost one. `children` is empty
-    // where that fails.
-    Result List(const std::string& dn, std::uint32_t depth, LdapItemList& children);
-
-    // Whether a bound was passed: LDAP_SIZELIMIT_EXCEEDED or, for time, LDAP_TIMELIMIT_EXCEEDED was
-    // the code.
-    bool IsOver() const { return isOver_; }
-
-private:
-    EntryStore& entries_;
-    TreeBudget budget_;
-    bool isOver_ = false;
 };
 
 }  // namespace depot

@@ -1,5 +1,7 @@
 #include "fileops/copied_source.h"
 
+#include <algorithm>
+
 #include "store/tree.h"
 
 namespace depot {
@@ -11,11 +13,77 @@ std::string Counted(std::uint32_t count, const char* what) {
     return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
 }
 
-Result RemoveItem(Store& store, const CopiedItem& item) {
-    if (item.isFolder) return store.Remove(item.path, ItemKind::kFolder);
-    if (item.contents) return store.RemoveUnchanged(item.path, *item.contents);
-    return Error{Reason::kChanged, CodeKind::kDirectory, kContentsChanged};
-}
+// How many bytes a store compares at once before it removes files.
+constexpr std::uint64_t kBytesAtOnce = 1024 * 1024;
+
+// The removal of what was copied, from the bottom up.
+class Removals {
+public:
+    Removals(Store& store, const CopiedSource& copied)
+        : store_(store), items_(copied.items), isHeld_(copied.items.size()) {}
+
+    Leftovers Run() {
+        for (std::size_t left = items_.size(); left > 0;) {
+            std::vector<ItemToRemove> removals;
+            std::vector<std::size_t> indexes;
+            Choose(left, removals, indexes);
+            if (!goesOn_) {
+                for (const std::size_t index : indexes) Keep(index);
+                continue;
+            }
+            store_.RemoveItems(removals);
+            for (std::size_t at = 0; at < removals.size(); ++at) {
+                Note(indexes[at], std::move(removals[at].result));
+            }
+        }
+        return std::move(leftovers_);
+    }
+
+private:
+    // Chooses the items before `left` that are removed together: no folder with what it holds.
+    void Choose(std::size_t& left, std::vector<ItemToRemove>& removals,
+                std::vector<std::size_t>& indexes) {
+        std::uint64_t bytes = 0;
+        std::size_t highestParent = 0;
+        while (left > 0 && removals.size() < store_.Window() && bytes < kBytesAtOnce) {
+            const CopiedItem& item = items_[left - 1];
+            if (!removals.empty() && left - 1 <= highestParent) return;
+            --left;
+            // A folder that holds what stayed stays for that reason alone, and needs no request.
+            if (isHeld_[left]) {
+                Keep(left);
+            } else if (!item.isFolder && !item.contents) {
+                Note(left, Error{Reason::kChanged, CodeKind::kDirectory, kContentsChanged});
+            } else {
+                removals.push_back({item.path, item.isFolder ? ItemKind::kFolder : ItemKind::kFile,
+                                    item.contents});
+                indexes.push_back(left);
+                bytes += item.length;
+                highestParent = std::max(highestParent, item.parent);
+            }
+        }
+    }
+
+    void Note(std::size_t index, Result removed) {
+        if (removed || removed.Is(Reason::kMissing)) return;
+        leftovers_.changed |= removed.Is(Reason::kChanged) || removed.Is(Reason::kNotEmpty);
+        // Each further request would fail, perhaps only after a long wait.
+        goesOn_ = goesOn_ && !removed.Is(Reason::kUnreachable);
+        if (leftovers_.why) leftovers_.why = std::move(removed);
+        Keep(index);
+    }
+
+    void Keep(std::size_t index) {
+        ++(items_[index].isFolder ? leftovers_.folders : leftovers_.files);
+        isHeld_[items_[index].parent] = true;
+    }
+
+    Store& store_;
+    const std::vector<CopiedItem>& items_;
+    std::vector<bool> isHeld_;
+    Leftovers leftovers_;
+    bool goesOn_ = true;
+};
 
 bool HoldsCopiedFile(Store& store, const CopiedItem& item) {
     FileBuffer present;
@@ -41,24 +109,7 @@ void CopiedSource::SetTree(const Tree& tree) {
 }
 
 Leftovers RemoveCopied(Store& store, const CopiedSource& copied) {
-    Leftovers left;
-    // A folder that holds what stayed stays for that reason alone, and needs no request.
-    std::vector<bool> isHeld(copied.items.size());
-    bool goesOn = true;
-    for (std::size_t index = copied.items.size(); index-- > 0;) {
-        const CopiedItem& item = copied.items[index];
-        if (goesOn && !isHeld[index]) {
-            Result removed = RemoveItem(store, item);
-            if (removed || removed.Is(Reason::kMissing)) continue;
-            left.changed |= removed.Is(Reason::kChanged) || removed.Is(Reason::kNotEmpty);
-            // Each further request would fail, perhaps only after a long wait.
-            goesOn = !removed.Is(Reason::kUnreachable);
-            if (left.why) left.why = std::move(removed);
-        }
-        ++(item.isFolder ? left.folders : left.files);
-        isHeld[item.parent] = true;
-    }
-    return left;
+    return Removals(store, copied).Run();
 }
 
 bool IsAsCopied(Store& store, const CopiedSource& copied) {

@@ -16,6 +16,12 @@ struct CopiedItem {
     bool isFolder = false;
     std::size_t parent = 0;  // the index of the folder that holds it; the first one's is its own
     std::optional<Digest> contents = std::nullopt;  // nothing until the bytes were copied
+    std::uint32_t length = 0;                       // of these
+
+    void SetContents(const FileBuffer& copied) {
+        contents = DigestOf(copied);
+        length = copied.length;
+    }
 };
 
 // The items of a source, a folder before what it holds.
@@ -24,7 +30,8 @@ struct CopiedSource {
 
     // Makes the source the file of this path, with these bytes.
     void SetFile(const std::string& path, const FileBuffer& contents) {
-        items = {{path, false, 0, DigestOf(contents.bytes.get(), contents.length)}};
+        items = {{path}};
+        items.front().SetContents(contents);
     }
     // Makes the source this tree, of which nothing was copied yet.
     void SetTree(const Tree& tree);

@@ -1,5 +1,7 @@
 #include "fileops/copy.h"
 
+#include <algorithm>
+
 #include "fileops/shell_operation.h"
 #include "platform/temp_file.h"
 #include "store/folder_store.h"
@@ -7,6 +9,10 @@
 
 namespace depot {
 namespace {
+
+// How many bytes of small files are held at once; a larger one is held alone.
+constexpr std::uint64_t kBytesAtOnce = 1024 * 1024;
+constexpr std::size_t kFirstReads = 8;
 
 bool IsLocal(const StorePath& place) {
     return place.store->LocalPath(place.path).has_value();
@@ -107,39 +113,118 @@ private:
     Result CopyItems() {
         if (request_.copied) request_.copied->SetTree(tree_);
         progress_.filesInAll = tree_.files;
-        for (std::size_t index = 0; index < tree_.items.size(); ++index) {
-            Result done = tree_.items[index].isFolder ? MakeFolder(index) : CopyFile(index);
+        for (std::size_t index = 0; index < tree_.items.size();) {
+            Result done = tree_.items[index].isFolder ? MakeFolders(index) : CopyFiles(index);
             if (!done) return done;
         }
         return {};
     }
 
-    Result MakeFolder(std::size_t index) {
+    // Makes the folders from `index` on that come one after another and do not hold each other, as
+    // many as the target makes at once, and moves it behind them.
+    Result MakeFolders(std::size_t& index) {
         stage_ = CopyStage::kTarget;
-        return Target().MakeFolder(targets_[index].path,
-                                   index == 0 ? FoldersAbove::kAreMade : FoldersAbove::kExist);
+        const std::size_t first = index;
+        if (index++ == 0) return Target().MakeFolder(targets_[0].path, FoldersAbove::kAreMade);
+        std::vector<FolderToMake> folders = {{targets_[first].path}};
+        for (; index < tree_.items.size() && folders.size() < Target().Window(); ++index) {
+            const TreeItem& item = tree_.items[index];
+            if (!item.isFolder || item.parent >= first) break;
+            folders.push_back({targets_[index].path});
+        }
+        Target().MakeFolders(folders);
+        for (FolderToMake& folder : folders) {
+            if (!folder.result) return std::move(folder.result);
+        }
+        return {};
     }
 
-    Result CopyFile(std::size_t index) {
+    // Copies the files from `index` on that come one after another, as many as the stores take at
+    // once and memory should hold, and moves it behind them.
+    Result CopyFiles(std::size_t& index) {
         if (request_.from.store == &Target()) {
-            if (auto copied = CopyByItsOwnMeans(index)) return *std::move(copied);
+            if (auto copied = CopyByItsOwnMeans(index)) {
+                ++index;
+                return *std::move(copied);
+            }
         }
-        FileBuffer contents;
-        stage_ = CopyStage::kTree;
-        Result done =
-            request_.from.store->ReadFile(tree_.items[index].path, request_.fate, contents);
-        if (!done) return done;
-        if (!contents.bytes && refusesUnseenBytes_) return UnseenBytes();
-        if (request_.copied) {
-            request_.copied->items[index].contents =
-                DigestOf(contents.bytes.get(), contents.length);
+        const std::size_t first = index;
+        std::vector<FileToRead> files;
+        Result read = ReadSome(index, files);
+        Result written = WriteSome(first, files);
+        if (!written) return written;
+        if (!read) stage_ = CopyStage::kTree;
+        return read;
+    }
+
+    // Reads files, one after another or one window of them, until one cannot be read, which is left
+    // out of `files`.
+    Result ReadSome(std::size_t& index, std::vector<FileToRead>& files) {
+        Store& source = *request_.from.store;
+        const std::size_t window = std::min(source.Window(), readWindow_);
+        const std::size_t most = source.Window() > 1 ? window : Target().Window();
+        std::uint64_t bytes = 0;
+        while (files.size() < most && bytes < kBytesAtOnce && HasFile(index)) {
+            std::vector<FileToRead> some;
+            for (; some.size() < window && HasFile(index); ++index) {
+                some.push_back({tree_.items[index].path});
+            }
+            source.ReadFiles(some, request_.fate);
+            for (FileToRead& file : some) {
+                Result read = std::move(file.result);
+                if (read && !file.contents.bytes && refusesUnseenBytes_) read = UnseenBytes();
+                if (!read) return read;
+                bytes += file.contents.length;
+                files.push_back(std::move(file));
+            }
         }
+        AdaptReadWindow(files.size(), bytes);
+        return {};
+    }
+
+    bool HasFile(std::size_t index) const {
+        return index < tree_.items.size() && !tree_.items[index].isFolder;
+    }
+
+    // So many more files as the last ones let expect to fit.
+    void AdaptReadWindow(std::size_t files, std::uint64_t bytes) {
+        const std::uint64_t fitting = kBytesAtOnce * files / std::max<std::uint64_t>(bytes, 1);
+        readWindow_ = static_cast<std::size_t>(
+            std::clamp<std::uint64_t>(fitting, 1, request_.from.store->Window()));
+    }
+
+    Result WriteSome(std::size_t first, const std::vector<FileToRead>& files) {
+        std::vector<FileToWrite> writes;
+        for (std::size_t at = 0; at < files.size(); ++at) {
+            const FileBuffer& contents = files[at].contents;
+            if (request_.copied) {
+                request_.copied->items[first + at].SetContents(contents);
+            }
+            // A file that came since may be another one of the tree, through a link in the target.
+            // What was not seen takes the place of nothing.
+            const bool mayReplace = targets_[first + at].mayReplace && contents.bytes != nullptr;
+            const WriteRules rules = {
+                mayReplace ? ExistingEntries::kReplace : ExistingEntries::kRefuse, request_.fate};
+            writes.push_back({targets_[first + at].path, &contents, rules});
+        }
+        for (std::size_t at = 0; at < writes.size();) {
+            const std::size_t some = std::min(Target().Window(), writes.size() - at);
+            Target().WriteFiles(std::span(writes).subspan(at, some));
+            for (const std::size_t end = at + some; at < end; ++at) {
+                Result done = NoteWrite(writes[at]);
+                if (!done) return done;
+            }
+        }
+        return {};
+    }
+
+    Result NoteWrite(FileToWrite& file) {
         stage_ = CopyStage::kTarget;
-        // A file that came since may be another one of the tree, through a link in the target.
-        const ExistingEntries existing =
-            targets_[index].mayReplace ? ExistingEntries::kReplace : ExistingEntries::kRefuse;
-        done = WriteSeen({&Target(), targets_[index].path}, contents, {existing, request_.fate});
-        return done ? NoteFile(contents.length) : std::move(done);
+        if (!file.result) {
+            const bool unseen = !file.contents->bytes && file.result.Is(Reason::kExists);
+            return unseen ? UnseenBytes() : std::move(file.result);
+        }
+        return NoteFile(file.contents->length);
     }
 
     // As above, for a file of the tree.
@@ -181,6 +266,8 @@ private:
     std::vector<PlannedItem> targets_;  // one for each item of the tree
     TransferProgress progress_;
     CopyStage stage_ = CopyStage::kTree;
+    // How many files are read at once; how large they are shows only then.
+    std::size_t readWindow_ = kFirstReads;
 };
 
 CopyOutcome CopyTreeThrough(const std::string& folder, const CopyRequest& request,

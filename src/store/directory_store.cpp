@@ -1,5 +1,6 @@
 #include "store/directory_store.h"
 
+#include <algorithm>
 #include <memory>
 #include <set>
 
@@ -60,16 +61,7 @@ Result DirectoryStore::Changed(Result result) const {
 }
 
 Result DirectoryStore::Open(bool& opened) {
-    opened = false;
-    if (directory_.IsConnected()) return {};
-    try {
-        Result outcome = Looked(directory_.Connection().Open());
-        opened = outcome.IsDone();
-        return outcome;
-    } catch (...) {
-        directory_.Close();
-        throw;
-    }
+    return Looked(directory_.Connection().Acquire(opened));
 }
 
 std::string DirectoryStore::PathOf(const std::string& path) const {
@@ -124,6 +116,12 @@ Result DirectoryStore::List(const std::string& folder, const TakeItem& take, Lef
     LdapItemList children;
     Result listed = Looked(Entries().List(folder, children));
     left.unsafeNames += Entries().UnsafeNames();
+    HandOut(children, folder, take);
+    return listed;
+}
+
+void DirectoryStore::HandOut(const LdapItemList& children, const std::string& folder,
+                             const TakeItem& take) const {
     StoreItem item;
     for (const CLDAPItem* child : children) {
         item.path = child->path;
@@ -132,7 +130,6 @@ Result DirectoryStore::List(const std::string& folder, const TakeItem& take, Lef
         item.isHostile = !IsSafeLocalName(item.name);
         take(item);
     }
-    return listed;
 }
 
 Result DirectoryStore::ReadFile(const std::string& path, SourceFate fate, FileBuffer& contents) {
@@ -217,15 +214,18 @@ Error DirectoryStore::IncompleteError(const LeftOut& left) const {
 // Whether a file has one of the names that folders are to have. What was stored below it would be
 // in nobody's sight.
 bool DirectoryStore::IsFileInTheWay(const std::vector<PlannedItem>& items) {
+    std::vector<KindLookup> lookups;
     for (const PlannedItem& item : items) {
-        if (!item.isFolder) continue;
-        EntryKind kind = EntryKind::kOther;
-        const Result looked = Entries().FindKind(item.path, kind);
-        if (looked && kind == EntryKind::kFile) return true;
-        // Under an entry that does not exist nothing else does.
-        if (!looked && &item == &items.front()) return false;
+        if (item.isFolder) lookups.push_back({item.path});
     }
-    return false;
+    if (lookups.empty()) return false;
+    const std::span<KindLookup> all = lookups;
+    Entries().FindKindsTogether(all.first(1));
+    // Under an entry that does not exist nothing else does.
+    if (all.front().result) Entries().FindKindsTogether(all.subspan(1));
+    return std::any_of(all.begin(), all.end(), [](const KindLookup& lookup) {
+        return lookup.result && lookup.kind == EntryKind::kFile;
+    });
 }
 
 Result DirectoryStore::Prepare(std::vector<PlannedItem>& items, ExistingEntries existing) {

@@ -14,7 +14,7 @@ public:
 
     // Connects and binds, and asks for credentials where none are known or the known ones fail.
     Result Open(bool& opened) override;
-    void Close() override { directory_.Close(); }
+    void Close() override { directory_.Connection().Release(); }
 
     std::string PathOf(const std::string& path) const override;
     std::string ChildPath(const std::string& folder, const std::string& name,
@@ -49,6 +49,13 @@ public:
     Result RemoveUnchanged(const std::string& path, const Digest& contents) override;
     Result RemoveTree(const std::string& path) override;
 
+    std::size_t Window() const override { return Entries().Window(); }
+    void ReadFiles(std::span<FileToRead> files, SourceFate fate) override;
+    void WriteFiles(std::span<FileToWrite> files) override;
+    void MakeFolders(std::span<FolderToMake> folders) override;
+    void ListFolders(std::span<FolderToList> folders) override;
+    void RemoveItems(std::span<ItemToRemove> items) override;
+
     Error Keep(Error error) override;
 
 private:
@@ -60,6 +67,8 @@ private:
     Result Looked(Result result) const;
     Result Changed(Result result) const;
 
+    void HandOut(const LdapItemList& children, const std::string& folder,
+                 const TakeItem& take) const;
     bool LooksLikeFolder(const std::string& path) const;
     Result RefuseChildren(const std::string& path);
     Result RefuseFile(const std::string& path);

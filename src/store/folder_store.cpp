@@ -89,7 +89,7 @@ std::string LeftOutText(const LeftOut& left) {
 }
 
 // Removes everything from the bottom up. Returns the first failure.
-Result RemoveItems(FolderStore& store, const Tree& tree) {
+Result RemoveListed(FolderStore& store, const Tree& tree) {
     Result first;
     for (std::size_t index = tree.items.size(); index-- > 0;) {
         const TreeItem& item = tree.items[index];
@@ -292,7 +292,7 @@ Result FolderStore::RemoveTree(const std::string& path) {
     Tree tree;
     Result listed = ListTree(*this, path, tree);
     if (!listed) return listed;
-    return RemoveItems(*this, tree);
+    return RemoveListed(*this, tree);
 }
 
 Error FolderStore::Keep(Error error) {

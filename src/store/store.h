@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <functional>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -91,6 +92,35 @@ struct WriteRules {
     ExistingEntries existing = ExistingEntries::kReplace;
     // The bytes must be where a power cut does not reach them before the operation ends.
     SourceFate fate = SourceFate::kStays;
+};
+
+// Parts of work that a store does on several items at once. Each receives its own result.
+struct FileToRead {
+    std::string path;
+    FileBuffer contents{};
+    Result result{};
+};
+struct FileToWrite {
+    std::string path;
+    const FileBuffer* contents = nullptr;  // never owned
+    WriteRules rules{};
+    Result result{};
+};
+struct FolderToMake {
+    std::string path;
+    Result result{};
+};
+struct FolderToList {
+    std::string path;
+    std::vector<TreeItem> children{};  // without their places in a tree
+    LeftOut left{};
+    Result result{};
+};
+struct ItemToRemove {
+    std::string path;
+    ItemKind kind = ItemKind::kFile;
+    std::optional<Digest> contents{};  // of a file that is removed only while it holds these
+    Result result{};
 };
 
 // Where a file is and where it is to be in the same store.
@@ -191,6 +221,19 @@ public:
     // Removes a file or folder with everything below it, and goes on after what resists. Links are
     // not followed.
     virtual Result RemoveTree(const std::string& path) = 0;
+
+    // Several at once.
+
+    // How many items the operations below are given at most: a store that is far away has the
+    // requests of so many under way together. They do what those above do for each item, in any
+    // order, so that no item may depend on another one; where this is 1 they are given one.
+    virtual std::size_t Window() const { return 1; }
+    virtual void ReadFiles(std::span<FileToRead> files, SourceFate fate);
+    virtual void WriteFiles(std::span<FileToWrite> files);
+    // In folders that exist.
+    virtual void MakeFolders(std::span<FolderToMake> folders);
+    virtual void ListFolders(std::span<FolderToList> folders);
+    virtual void RemoveItems(std::span<ItemToRemove> items);
 
     // Makes a failure the last one that the store's clients can ask for, in the store's own codes,
     // and returns it so.

@@ -13,21 +13,83 @@ const char* ReasonToLeaveOut(const StoreItem& item) {
     return item.isHostile ? kHostileName : nullptr;
 }
 
-std::uint32_t CountAdded(const std::vector<TreeItem>& items, std::size_t first, TreeBudget& budget,
-                         TreeBudget::Listing listing) {
-    listing.entries = items.size() - first;
-    for (std::size_t index = first; index < items.size(); ++index) {
-        listing.nameBytes += items[index].path.size();
+// The listing of one tree.
+class TreeListing {
+public:
+    TreeListing(Store& store, Tree& tree) : store_(store), tree_(tree), budget_(store.Bounds()) {}
+
+    // Takes what is known of the top.
+    void TakeKnown(StoreSource& known) {
+        TreeBudget::Listing ignored;
+        static_cast<void>(Append(0, known.children, known.left, ignored));
+        next_ = 1;
     }
-    if (listing.entries > 0) listing.firstName = items[first].path.size();
-    return budget.Add(listing);
-}
+
+    // The list grows while it is walked: each folder's children come behind it.
+    Result Run() {
+        while (next_ < tree_.items.size()) {
+            Result listed = ListSome();
+            if (!listed) return listed;
+        }
+        return {};
+    }
+
+private:
+    // Lists the folders that come next, as many as the store lists at once.
+    Result ListSome() {
+        std::vector<FolderToList> folders;
+        std::vector<std::size_t> indexes;
+        for (; next_ < tree_.items.size() && folders.size() < store_.Window(); ++next_) {
+            if (!tree_.items[next_].isFolder) continue;
+            folders.push_back({tree_.items[next_].path});
+            indexes.push_back(next_);
+        }
+        if (folders.empty()) return {};
+        TreeBudget::Listing listing;
+        const auto start = std::chrono::steady_clock::now();
+        store_.ListFolders(folders);
+        listing.time = std::chrono::steady_clock::now() - start;
+        for (std::size_t at = 0; at < folders.size(); ++at) {
+            FolderToList& folder = folders[at];
+            if (!folder.result) return std::move(folder.result);
+            const std::uint32_t code = Append(indexes[at], folder.children, folder.left, listing);
+            if (code != LDAP_SUCCESS) {
+                return store_.Keep({Reason::kRefused, CodeKind::kDirectory, code});
+            }
+            listing.time = {};
+        }
+        return {};
+    }
+
+    // Returns the code of the bound that was passed.
+    std::uint32_t Append(std::size_t folder, std::vector<TreeItem>& children, const LeftOut& left,
+                         TreeBudget::Listing listing) {
+        listing.depth = tree_.items[folder].depth;
+        listing.entries = children.size();
+        if (!children.empty()) listing.firstName = children.front().path.size();
+        for (TreeItem& child : children) {
+            listing.nameBytes += child.path.size();
+            if (!child.isFolder) ++tree_.files;
+            child.parent = folder;
+            child.depth = listing.depth + 1;
+            tree_.items.push_back(std::move(child));
+        }
+        tree_.left.links += left.links;
+        tree_.left.unsafeNames += left.unsafeNames;
+        return budget_.Add(listing);
+    }
+
+    Store& store_;
+    Tree& tree_;
+    TreeBudget budget_;
+    std::size_t next_ = 0;  // the first item that was not looked at
+};
 
 }  // namespace
 
-Result ListChildren(Store& store, const TreeItem& folder, std::size_t index,
-                    std::vector<TreeItem>& items, LeftOut& left) {
-    const auto take = [&](const StoreItem& item) {
+TakeItem TakeChildren(const TreeItem& folder, std::size_t index, std::vector<TreeItem>& items,
+                      LeftOut& left) {
+    return [&folder, index, &items, &left](const StoreItem& item) {
         if (const char* const reason = ReasonToLeaveOut(item)) {
             ++(item.isLink ? left.links : left.unsafeNames);
             TraceLeftOut(folder.path, item.name, reason);
@@ -35,36 +97,49 @@ Result ListChildren(Store& store, const TreeItem& folder, std::size_t index,
         }
         items.push_back({item.name, item.path, item.isFolder, index, folder.depth + 1});
     };
-    return store.List(folder.path, take, left);
+}
+
+Result ListChildren(Store& store, const TreeItem& folder, std::size_t index,
+                    std::vector<TreeItem>& items, LeftOut& left) {
+    return store.List(folder.path, TakeChildren(folder, index, items, left), left);
 }
 
 Result ListTree(Store& store, const std::string& top, Tree& tree, StoreSource* known) {
-    TreeBudget budget(store.Bounds());
     tree = {};
     tree.items.push_back({{}, top, true});
-    if (known != nullptr) {
-        tree.left = known->left;
-        for (TreeItem& child : known->children) tree.items.push_back(std::move(child));
+    TreeListing listing(store, tree);
+    if (known != nullptr) listing.TakeKnown(*known);
+    return listing.Run();
+}
+
+// What stores do that have one request under way at a time.
+
+void Store::ReadFiles(std::span<FileToRead> files, SourceFate fate) {
+    for (FileToRead& file : files) file.result = ReadFile(file.path, fate, file.contents);
+}
+
+void Store::WriteFiles(std::span<FileToWrite> files) {
+    for (FileToWrite& file : files) file.result = WriteFile(file.path, *file.contents, file.rules);
+}
+
+void Store::MakeFolders(std::span<FolderToMake> folders) {
+    for (FolderToMake& folder : folders) {
+        folder.result = MakeFolder(folder.path, FoldersAbove::kExist);
     }
-    // The list grows while it is walked: each folder's children come behind it.
-    for (std::size_t next = 0; next < tree.items.size(); ++next) {
-        // A copy: the items move when the list grows.
-        const TreeItem folder = tree.items[next];
-        if (!folder.isFolder) ++tree.files;
-        if (!folder.isFolder || (next == 0 && known != nullptr)) continue;
-        const std::size_t first = tree.items.size();
-        const auto start = std::chrono::steady_clock::now();
-        Result listed = ListChildren(store, folder, next, tree.items, tree.left);
-        if (!listed) return listed;
-        TreeBudget::Listing listing;
-        listing.depth = folder.depth;
-        listing.time = std::chrono::steady_clock::now() - start;
-        const std::uint32_t code = CountAdded(tree.items, first, budget, listing);
-        if (code != LDAP_SUCCESS) {
-            return store.Keep({Reason::kRefused, CodeKind::kDirectory, code});
-        }
+}
+
+void Store::ListFolders(std::span<FolderToList> folders) {
+    for (FolderToList& folder : folders) {
+        folder.result =
+            ListChildren(*this, {{}, folder.path, true}, 0, folder.children, folder.left);
     }
-    return {};
+}
+
+void Store::RemoveItems(std::span<ItemToRemove> items) {
+    for (ItemToRemove& item : items) {
+        item.result = item.contents ? RemoveUnchanged(item.path, *item.contents)
+                                    : Remove(item.path, item.kind);
+    }
 }
 
 }  // namespace depot

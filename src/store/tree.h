@@ -14,6 +14,10 @@ inline constexpr char kFolderLink[] = "a link to a folder";
 Result ListChildren(Store& store, const TreeItem& folder, std::size_t index,
                     std::vector<TreeItem>& items, LeftOut& left);
 
+// Returns what takes the children of a listing so.
+TakeItem TakeChildren(const TreeItem& folder, std::size_t index, std::vector<TreeItem>& items,
+                      LeftOut& left);
+
 // Lists a folder with all below it. Fails when a folder cannot be listed, and when the tree passes
 // the store's bounds, with LDAP_SIZELIMIT_EXCEEDED or LDAP_TIMELIMIT_EXCEEDED as the code. Of
 // `known`, where it is given, the children of the top are taken, which are not listed again.

@@ -1,0 +1,128 @@
+#include "directory/call_connections.h"
+
+#include <algorithm>
+#include <mutex>
+#include <utility>
+
+#include "directory/ldap_connection.h"
+#include "platform/no_destructor.h"
+#include "platform/win32.h"
+
+namespace depot {
+namespace {
+
+// A slot of the system's: unlike a variable of the thread it needs no memory when it is first used.
+class ScopeSlot {
+public:
+    ScopeSlot() : index_(TlsAlloc()) {}
+    ~ScopeSlot() {
+        if (index_ != TLS_OUT_OF_INDEXES) TlsFree(index_);
+    }
+    ScopeSlot(const ScopeSlot&) = delete;
+    ScopeSlot& operator=(const ScopeSlot&) = delete;
+
+    CallConnections* Get() const {
+        // The system's call clears the last error.
+        const DWORD error = GetLastError();
+        void* const scope = index_ == TLS_OUT_OF_INDEXES ? nullptr : TlsGetValue(index_);
+        SetLastError(error);
+        return static_cast<CallConnections*>(scope);
+    }
+    void Set(CallConnections* scope) const {
+        if (index_ != TLS_OUT_OF_INDEXES) TlsSetValue(index_, scope);
+    }
+
+private:
+    const DWORD index_;
+};
+
+ScopeSlot scopeSlot;
+
+// The connections that are kept open between calls, of all sessions. Whoever uses one takes it out
+// first; expired ones are closed here by whatever thread comes along.
+struct KeptConnections {
+    std::mutex lock;
+    LdapConnection* first = nullptr;
+};
+
+KeptConnections& Kept() {
+    static NoDestructor<KeptConnections> kept;
+    return *kept;
+}
+
+}  // namespace
+
+CallConnections::CallConnections() : outer_(Current()) {
+    scopeSlot.Set(this);
+}
+
+CallConnections::~CallConnections() {
+    scopeSlot.Set(outer_);
+    while (first_ != nullptr) {
+        LdapConnection& connection = *first_;
+        connection.LeaveCall();
+        connection.EndCall();
+    }
+    CloseExpiredConnections();
+}
+
+CallConnections* CallConnections::Current() {
+    return scopeSlot.Get();
+}
+
+void LdapConnection::JoinCall() {
+    if (call_ != nullptr) return;
+    call_ = CallConnections::Current();
+    if (call_ != nullptr) nextOfCall_ = std::exchange(call_->first_, this);
+}
+
+void LdapConnection::LeaveCall() {
+    if (call_ == nullptr) return;
+    LdapConnection** link = &call_->first_;
+    while (*link != this) link = &(*link)->nextOfCall_;
+    *link = nextOfCall_;
+    call_ = nullptr;
+}
+
+void LdapConnection::EndCall() {
+    if (!isConnected_ || isInUse_) return;
+    if (location_.keepConnection == 0) {
+        Close();
+        return;
+    }
+    KeptConnections& kept = Kept();
+    const std::lock_guard guard(kept.lock);
+    keptUntil_ = std::chrono::steady_clock::now() +
+                 std::chrono::seconds(std::min(location_.keepConnection, kLongestKeptConnection));
+    nextKept_ = std::exchange(kept.first, this);
+    isKept_ = true;
+}
+
+void LdapConnection::TakeFromKept() {
+    // Only the session's own thread sets it.
+    if (!isKept_) return;
+    KeptConnections& kept = Kept();
+    const std::lock_guard guard(kept.lock);
+    isKept_ = false;
+    LdapConnection** link = &kept.first;
+    while (*link != nullptr && *link != this) link = &(*link)->nextKept_;
+    // One that is not there any more has expired, and is closed.
+    if (*link != nullptr) *link = nextKept_;
+}
+
+void CloseExpiredConnections() {
+    KeptConnections& kept = Kept();
+    const std::lock_guard guard(kept.lock);
+    const auto now = std::chrono::steady_clock::now();
+    for (LdapConnection** link = &kept.first; *link != nullptr;) {
+        LdapConnection& connection = **link;
+        if (connection.keptUntil_ > now) {
+            link = &connection.nextKept_;
+            continue;
+        }
+        *link = connection.nextKept_;
+        connection.CloseHandle();
+    }
+}
+
+}  // namespace depot

@@ -1,0 +1,52 @@
+// Requests that are under way together on one connection.
+#pragma once
+
+#include <cstdint>
+#include <deque>
+#include <string>
+#include <vector>
+
+#include "directory/ldap_connection.h"
+#include "directory/ldap_handles.h"
+
+namespace depot {
+
+// Sends requests without awaiting the answers to those before. The server may work on them in any
+// order: what has to be there before something else is sent in an earlier batch. Answers are handed
+// out in the order of sending; what is not awaited is abandoned with the object. Borrows the
+// connection.
+class RequestBatch {
+public:
+    explicit RequestBatch(LdapConnection& connection) : connection_(connection) {}
+    ~RequestBatch();
+    RequestBatch(const RequestBatch&) = delete;
+    RequestBatch& operator=(const RequestBatch&) = delete;
+
+    // Whether the client can do this at all.
+    static bool IsPossible(const DirectoryClient& client);
+
+    // What a request is given is the caller's, and is not needed once it is sent.
+    void Search(const std::string& base, ULONG scope, const std::vector<std::string>& attributes);
+    void Add(const std::string& dn, LDAPModA** attributes);
+    void Modify(const std::string& dn, LDAPModA** changes);
+    void Delete(const std::string& dn, LDAPControlA** conditions = nullptr);
+
+    // Awaits the answer to the next request. Returns the directory's code of the request; `answer`
+    // is what a search has found.
+    std::uint32_t Await(UniqueLdapMessage& answer);
+
+private:
+    struct Request {
+        std::uint32_t refused = 0;  // why it could not be sent
+        ULONG id = 0;
+    };
+
+    void Note(std::uint32_t refused, ULONG id) { requests_.push_back({refused, id}); }
+    std::uint32_t Failure() const;
+
+    LdapConnection& connection_;
+    std::deque<Request> requests_;  // those not yet awaited
+    bool isBroken_ = false;         // whether nothing more is to be awaited
+};
+
+}  // namespace depot
