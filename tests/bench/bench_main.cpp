@@ -26,6 +26,7 @@ const std::vector<Group>& Groups() {
         {"working-copies", MeasureWorkingCopies},
         {"listings", [](IDepotIntrApi*) { MeasureListings(); }},
         {"transfers", [](IDepotIntrApi*) { MeasureTransfers(); }},
+        {"round-trips", MeasureRoundTrips},
     };
     return groups;
 }

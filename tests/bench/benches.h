@@ -30,4 +30,7 @@ void MeasureListings();
 // Copying, moving and renaming files and trees within and between stores.
 void MeasureTransfers();
 
+// What operations wait for when the server is far away.
+void MeasureRoundTrips(IDepotIntrApi* api);
+
 }  // namespace depot::bench

@@ -96,6 +96,22 @@ void PrintGrowth(const std::string& name, const Minima& smaller, const Minima& l
     std::fflush(stdout);
 }
 
+void PrintTripsHeader(const std::string& title) {
+    CurrentGroup() = title.substr(0, title.find(':'));
+    std::printf("\n%s\n%-44s %8s %8s %8s %8s %6s\n", title.c_str(), "operation", "counted",
+                "0.5 ms", "10 ms", "50 ms", "goal");
+}
+
+void PrintTrips(const TripRow& row) {
+    std::printf("%-44s %8d", row.name.c_str(), row.counted);
+    for (const double trips : row.elapsed) std::printf(" %8.1f", trips);
+    std::printf(" %6.0f\n", row.goal);
+    std::fflush(stdout);
+    // Nothing but the line counts at the longest round trip.
+    Rows().push_back(
+        {CurrentGroup(), row.name, static_cast<double>(row.counted), row.elapsed.back(), row.goal});
+}
+
 void PrintSummary() {
     std::printf("\nAll ratios\n%-18s %-44s %7s %7s %6s\n", "group", "operation", "min x", "med x",
                 "goal");

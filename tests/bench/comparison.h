@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <functional>
 #include <string>
+#include <vector>
 
 namespace depot::bench {
 
@@ -32,7 +33,18 @@ void PrintGrowth(const std::string& name, const Minima& smaller, const Minima& l
 
 void PrintHeader(const std::string& title);
 
-// Prints the ratios of every comparison so far in one table, and how many miss their goals.
+// What an operation waits for over a slow line.
+struct TripRow {
+    std::string name;
+    double goal;  // the most round trips that count as good
+    int counted;
+    std::vector<double> elapsed;  // the time in round trips, one for each length of a round trip
+};
+void PrintTripsHeader(const std::string& title);
+void PrintTrips(const TripRow& row);
+
+// Prints the ratios of every comparison and the round trips so far in one table, and how many miss
+// their goals.
 void PrintSummary();
 
 // The bytes of all blocks that are allocated from this process's heaps, with what the heaps add to
