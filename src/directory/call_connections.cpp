@@ -85,7 +85,7 @@ void LdapConnection::LeaveCall() {
 }
 
 void LdapConnection::EndCall() {
-    if (!isConnected_ || isInUse_) return;
+    if (!isConnected_ || !isIdle_) return;
     if (location_.keepConnection == 0) {
         Close();
         return;

@@ -48,11 +48,12 @@ LdapConnection::~LdapConnection() {
 
 Result LdapConnection::Acquire(bool& taken) {
     taken = false;
-    if (isInUse_) return {};
+    if (isConnected_ && !isIdle_) return {};
     const bool wasKept = isKept_;
     TakeFromKept();
     if (isConnected_ && (logOn_ != PresentLogOn() || !IsStillOpen())) Close();
     isUnproven_ = isConnected_ && wasKept;
+    isIdle_ = false;
     Result outcome;
     try {
         if (!isConnected_) outcome = Open();
@@ -60,12 +61,13 @@ Result LdapConnection::Acquire(bool& taken) {
         Close();
         throw;
     }
-    taken = isInUse_ = outcome.IsDone();
+    taken = outcome.IsDone();
     return outcome;
 }
 
 void LdapConnection::Release() {
-    isInUse_ = false;
+    if (!isConnected_) return;
+    isIdle_ = true;
     JoinCall();
     if (call_ == nullptr) Close();
 }
@@ -99,6 +101,7 @@ LdapConnection::LogOn LdapConnection::PresentLogOn() const {
 
 Result LdapConnection::Connect(const Credentials& credentials) {
     TakeFromKept();
+    isIdle_ = false;
     if (IsConnected()) return {};
     if (!IsUsable()) return Report(LDAP_SERVER_DOWN);
     LogOnAttempt attempt = {credentials};
@@ -138,9 +141,11 @@ Result LdapConnection::ConnectQuietly() {
 }
 
 Result LdapConnection::Open() {
-    const bool asks =
-        location_.authentication == kSimpleAuthentication && !IsComplete(shared_.Own());
-    return asks ? PromptAndConnect() : Connect(shared_.Own());
+    return OpensUnasked() ? Connect(shared_.Own()) : PromptAndConnect();
+}
+
+bool LdapConnection::OpensUnasked() const {
+    return location_.authentication != kSimpleAuthentication || IsComplete(shared_.Own());
 }
 
 std::uint32_t LdapConnection::OpenHandle(const std::string& host) {
@@ -273,6 +278,7 @@ bool LdapConnection::Close() {
 }
 
 bool LdapConnection::CloseHandle() {
+    isIdle_ = false;
     if (!IsConnected()) return true;
     isConnected_ = false;
     return client_.ldap_unbind_s(handle_.release()) == LDAP_SUCCESS;

@@ -57,9 +57,10 @@ public:
     // Connects with the credentials of the location's record, or asks where it has none.
     Result Open();
 
-    // Takes the connection for one operation: the open one where there is one, unless it was left
-    // for longer than it may be kept or for another log-on, else one that Open makes. `taken` is
-    // whether Release is due afterwards; it is not inside another operation.
+    // Takes the connection for one operation: the one that an earlier operation left, unless the
+    // server has ended it or the record names another log-on since, else one that Open makes.
+    // `taken` is whether Release is due afterwards: it is not inside another operation, nor for a
+    // connection that the caller has opened.
     Result Acquire(bool& taken);
     // Ends the operation. The connection stays open until the call of the interface ends, or is
     // closed at once where there is none.
@@ -71,6 +72,9 @@ public:
     // Replaces a connection that turned out to be gone, without showing anything. Fails with
     // LDAP_SERVER_DOWN where that is not possible.
     Result Replace();
+
+    // Whether Open binds as ConnectQuietly does, without asking anything.
+    bool OpensUnasked() const;
 
     // Makes sure that user name and password of a simple location are known. Returns whether to go
     // on, also when nothing had to be asked; false when the user cancelled or cannot be asked.
@@ -158,7 +162,7 @@ private:
     bool isBound_ = false;
     bool isConnected_ = false;
     bool isUsable_ = true;
-    bool isInUse_ = false;     // by an operation
+    bool isIdle_ = false;      // open, and left by one operation for the next
     bool isUnproven_ = false;  // see TakeUnproven
     bool isKept_ = false;      // among the connections that are kept between calls
     LogOn logOn_;              // of the open connection

@@ -102,10 +102,12 @@ CLDAPItems* CDepot::DirectoryConnection() {
     CDepotPath* const location = paths->ActiveLocation();
     if (location == nullptr || location->type != kDirectoryLocation) {
         directory_.reset();
-    } else if (!directory_ || &directory_->items.Location() != location) {
-        directory_ = std::make_unique<Directory>(location);
+    } else if (!directory_ || &directory_->items->Location() != location) {
+        std::unique_ptr<CLDAPItems> known = paths->TakeDirectory();
+        if (!known) known = std::make_unique<CLDAPItems>(location);
+        directory_ = std::make_unique<Directory>(std::move(known));
     }
-    return directory_ ? &directory_->items : nullptr;
+    return directory_ ? directory_->items.get() : nullptr;
 }
 
 Store& CDepot::ActiveStore() {

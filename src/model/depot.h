@@ -61,7 +61,7 @@ public:
     Store& ActiveStore();
 
     // See LdapConnection::Leave.
-    bool LeaveConnections() { return directory_ && directory_->items.Connection().Leave(); }
+    bool LeaveConnections() { return directory_ && directory_->items->Connection().Leave(); }
 
     std::string name;           // the registry subkey; empty for the built-in depot
     std::string displayName;    // the name shown to the user
@@ -79,8 +79,9 @@ public:
 private:
     // A directory, which borrows a record of `paths`, as clients use it and as a store.
     struct Directory {
-        explicit Directory(CDepotPath* location) : items(location), store(items) {}
-        CLDAPItems items;
+        explicit Directory(std::unique_ptr<CLDAPItems> owned)
+            : items(std::move(owned)), store(*items) {}
+        std::unique_ptr<CLDAPItems> items;
         DirectoryStore store;
     };
 

@@ -23,22 +23,58 @@ bool IsDirectory(const CDepotPath& location) {
     return location.type == kDirectoryLocation;
 }
 
-// Connects, looks for the base alone, and closes the connection. Nothing is asked or shown: the
-// first use of the location does that.
-bool IsReachableDirectory(CDepotPath& location) {
-    CLDAPItems directory(&location);
-    if (!directory.Connection().ConnectQuietly()) return false;
-    const Result found = directory.Entries().Find(directory.PathToDN(ExpandedPath(location)));
-    if (CodeOf(found) == LDAP_INVALID_DN_SYNTAX) directory.ReportError(LDAP_INVALID_DN_SYNTAX);
-    return found.IsDone();
+// Whether a directory that is a depot's only location needs to be asked nothing to be chosen. A
+// log-on that is still to be completed is tried quietly before a user is asked for it, and a base
+// that no server takes for a name is reported.
+bool IsChosenUnasked(CDepotPath& location) {
+    const CLDAPItems directory(&location);
+    const bool needsLogOn = location.authentication == kSimpleAuthentication &&
+                            (location.username.empty() || location.password.empty());
+    return !needsLogOn &&
+           directory.Schema().Explode(directory.PathToDN(ExpandedPath(location))).code ==
+               LDAP_SUCCESS;
 }
 
-bool IsReachable(CDepotPath& location) {
+}  // namespace
+
+CDepotPaths::CDepotPaths(CDepot* owningDepot) : owner(owningDepot) {}
+
+CDepotPaths::~CDepotPaths() {
+    directory_.reset();
+    RemoveAllElements(array_, ownsItems);
+}
+
+// Connects and looks for the base alone. Nothing is asked or shown: the first use of the location
+// does that. A connection that the first use would make alike stays open for it as long as the call
+// lasts.
+bool CDepotPaths::IsReachableDirectory(CDepotPath& location) {
+    auto directory = std::make_unique<CLDAPItems>(&location);
+    LdapConnection& connection = directory->Connection();
+    if (!connection.ConnectQuietly()) return false;
+    const Result found = directory->Entries().Find(directory->PathToDN(ExpandedPath(location)));
+    if (CodeOf(found) == LDAP_INVALID_DN_SYNTAX) directory->ReportError(LDAP_INVALID_DN_SYNTAX);
+    if (!found) return false;
+    if (connection.OpensUnasked()) {
+        connection.Release();
+        directory_ = std::move(directory);
+    }
+    return true;
+}
+
+bool CDepotPaths::IsReachable(CDepotPath& location) {
     return IsDirectory(location) ? IsReachableDirectory(location)
                                  : PathExists(ExpandedPath(location));
 }
 
-}  // namespace
+std::unique_ptr<CLDAPItems> CDepotPaths::TakeDirectory() {
+    return std::move(directory_);
+}
+
+void CDepotPaths::Forget() {
+    activeLocation_ = nullptr;
+    activePath_.clear();
+    directory_.reset();
+}
 
 void CDepotPaths::Add(CDepotPath* location, bool clone) {
     AddElement(array_, location, clone);
@@ -53,16 +89,12 @@ void CDepotPaths::Copy(const CDepotPaths* other) {
 }
 
 void CDepotPaths::RemoveAll(bool deleteElements) {
-    activeLocation_ = nullptr;
-    activePath_.clear();
+    Forget();
     RemoveAllElements(array_, deleteElements);
 }
 
 void CDepotPaths::Remove(CDepotPath* location) {
-    if (location == activeLocation_) {
-        activeLocation_ = nullptr;
-        activePath_.clear();
-    }
+    if (location == activeLocation_) Forget();
     RemoveElement(array_, location);
 }
 
@@ -83,8 +115,13 @@ CDepotPath* CDepotPaths::ActiveLocation() {
 
 void CDepotPaths::ChooseLocation() {
     if (activeLocation_ != nullptr || Count() == 0) return;
-    CDepotPath** const reachable = std::find_if(
-        array_.begin(), array_.end(), [](CDepotPath* location) { return IsReachable(*location); });
+    if (Count() == 1 && IsDirectory(*At(0)) && IsChosenUnasked(*At(0))) {
+        activeLocation_ = At(0);
+        return;
+    }
+    CDepotPath** const reachable =
+        std::find_if(array_.begin(), array_.end(),
+                     [this](CDepotPath* location) { return IsReachable(*location); });
     activeLocation_ = reachable == array_.end() ? At(0) : *reachable;
 }
 

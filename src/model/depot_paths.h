@@ -10,12 +10,13 @@
 namespace depot {
 
 class CDepot;
+class CLDAPItems;
 
 // The locations of one depot in the order of their numbers. Owns them; its depot owns the list.
 class CDepotPaths final {
 public:
-    explicit CDepotPaths(CDepot* owningDepot) : owner(owningDepot) {}
-    ~CDepotPaths() { RemoveAllElements(array_, ownsItems); }
+    explicit CDepotPaths(CDepot* owningDepot);
+    ~CDepotPaths();
     CDepotPaths(const CDepotPaths&) = delete;
     CDepotPaths& operator=(const CDepotPaths&) = delete;
 
@@ -38,11 +39,16 @@ public:
 
     // Returns the path through which the depot is used, with a trailing backslash: the expanded
     // path of the first location that can be reached, or of the first one when none can. Empty when
-    // there is no location or its path is empty. The choice is made once and never revisited.
+    // there is no location or its path is empty. The choice is made once and never revisited. A
+    // directory that is the only location is not asked whether it can be reached.
     std::string GetActivePath();
 
     // Returns the location whose path GetActivePath gives, or null for an empty list.
     CDepotPath* ActiveLocation();
+
+    // Hands out the directory through which the location was found to be reachable, with its
+    // connection where that may serve on; null where there is none.
+    std::unique_ptr<CLDAPItems> TakeDirectory();
 
     // The chosen location, or null as long as nothing has asked for it: no server is contacted.
     CDepotPath* ChosenLocation() const { return activeLocation_; }
@@ -60,10 +66,14 @@ public:
 
 private:
     void ChooseLocation();
+    bool IsReachable(CDepotPath& location);
+    bool IsReachableDirectory(CDepotPath& location);
+    void Forget();
 
     PointerArray<CDepotPath> array_;
     std::string activePath_;
     CDepotPath* activeLocation_ = nullptr;
+    std::unique_ptr<CLDAPItems> directory_;  // of the chosen location
 };
 
 // Returns the location's path with its macros expanded, kept in the record after the first time. A

@@ -35,6 +35,12 @@ void CountMessages(DirectoryClient& client) {
         Out(balance.messages, *result);
         return code;
     };
+    client.ldap_result = [](LDAP* connection, ULONG id, ULONG all, l_timeval* limit,
+                            LDAPMessage** result) -> ULONG {
+        const ULONG kind = real.ldap_result(connection, id, all, limit, result);
+        Out(balance.messages, *result);
+        return kind;
+    };
     client.ldap_msgfree = [](LDAPMessage* message) -> ULONG {
         return real.ldap_msgfree(Back(balance.messages, message));
     };

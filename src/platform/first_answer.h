@@ -1,0 +1,21 @@
+// Choosing among several places without waiting for dead ones one after another.
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <functional>
+#include <optional>
+#include <vector>
+
+namespace depot {
+
+// Runs the attempts on threads of their own, the first one at once, and the next whenever those
+// before have all failed or none has answered for `patience`. Returns the first attempt, in their
+// order, of those that have succeeded when one does; nothing when all fail. Attempts that have not
+// answered by then are left to end by themselves: what they use has to be theirs. They keep the
+// library loaded, and what they throw is a failure. Where no thread can be had an attempt runs on
+// this one.
+std::optional<std::size_t> FirstAnswer(std::vector<std::function<bool()>> attempts,
+                                       std::chrono::milliseconds patience);
+
+}  // namespace depot

@@ -1,0 +1,205 @@
+// Requests of work on several entries that are under way together: what comes of each, however the
+// server answers them and wherever the connection ends.
+#include <gmock/gmock.h>
+
+#include "directory/connection_scope.h"
+#include "directory/entries_fixture.h"
+#include "support/relay.h"
+
+namespace depot {
+namespace {
+
+using testing::Each;
+using testing::HasSubstr;
+
+constexpr std::size_t kMany = EntryStore::kWindow + 8;
+
+FileBuffer BufferOf(const std::string& text) {
+    FileBuffer buffer = {static_cast<std::uint32_t>(text.size()),
+                         std::make_unique<std::uint8_t[]>(text.size() + kFileBufferReserve)};
+    std::copy(text.begin(), text.end(), buffer.bytes.get());
+    return buffer;
+}
+
+std::string TextOf(const FileBuffer& buffer) {
+    return buffer.bytes ? std::string(reinterpret_cast<const char*>(buffer.bytes.get()),
+                                      buffer.length)
+                        : "(none)";
+}
+
+class TogetherTest : public test::EntriesTest {
+protected:
+    TogetherTest() {
+        location_ = server_.Location(base_).Clone();
+        location_->port = relay_.Port();
+        test::ForgetServer(relay_.Port());
+        items_ = std::make_unique<CLDAPItems>(location_.get());
+        EXPECT_EQ(1, items_->ConnectLocation(nullptr));
+    }
+
+    EntryStore& Entries() { return items_->Entries(); }
+    static std::string Name(std::size_t number) { return "f" + std::to_string(number) + ".kra"; }
+
+    void AddMany() {
+        for (std::size_t number = 0; number < kMany; ++number) {
+            server_.AddFile(Name(number), base_, std::to_string(number));
+        }
+    }
+    std::vector<ContentsRead> Reads() const {
+        std::vector<ContentsRead> reads;
+        for (std::size_t number = 0; number < kMany; ++number) reads.push_back({Dn(Name(number))});
+        return reads;
+    }
+    // Each file's contents are its number.
+    std::vector<ContentsWrite> Writes() {
+        for (std::size_t number = 0; number < kMany; ++number) {
+            buffers_.push_back(BufferOf(std::to_string(number)));
+        }
+        std::vector<ContentsWrite> writes;
+        for (std::size_t number = 0; number < kMany; ++number) {
+            writes.push_back({Dn(Name(number)), Name(number), &buffers_[number]});
+        }
+        return writes;
+    }
+    static void ExpectAllRead(const std::vector<ContentsRead>& reads) {
+        for (std::size_t number = 0; number < reads.size(); ++number) {
+            EXPECT_TRUE(reads[number].result.IsDone()) << number;
+            EXPECT_EQ(std::to_string(number), TextOf(reads[number].contents));
+        }
+    }
+
+    test::Relay relay_{server_.Port()};
+    std::vector<FileBuffer> buffers_;
+};
+
+TEST_F(TogetherTest, WindowOfReadsIsOneRoundTrip) {
+    AddMany();
+    std::vector<ContentsRead> reads = Reads();
+    relay_.HoldBack(std::chrono::milliseconds(5));
+    relay_.Mark();
+    Entries().ReadTogether(reads);
+    const test::RelayCounts counts = relay_.Counts();
+    ExpectAllRead(reads);
+    EXPECT_EQ(static_cast<int>(kMany), counts.requests);
+    EXPECT_EQ(EntryStore::kWindow, counts.mostUnderWay);
+    EXPECT_EQ(2, counts.roundTrips);
+}
+
+TEST_F(TogetherTest, AnswersInAnotherOrderBelongToTheirRequests) {
+    AddMany();
+    std::vector<ContentsRead> reads = Reads();
+    relay_.Disturb({.reversedAnswers = EntryStore::kWindow / 4});
+    Entries().ReadTogether(reads);
+    ExpectAllRead(reads);
+}
+
+TEST_F(TogetherTest, LateAnswerHoldsUpNothingButItself) {
+    AddMany();
+    std::vector<ContentsRead> reads = Reads();
+    relay_.Disturb({.lateAnswer = 3, .lateness = std::chrono::milliseconds(300)});
+    Entries().ReadTogether(reads);
+    ExpectAllRead(reads);
+}
+
+TEST_F(TogetherTest, MissingEntryFailsByItself) {
+    AddMany();
+    std::vector<ContentsRead> reads = Reads();
+    reads[5].dn = Dn("missing.kra");
+    Entries().ReadTogether(reads);
+    EXPECT_EQ(std::uint32_t{LDAP_NO_SUCH_OBJECT}, CodeOf(reads[5].result));
+    EXPECT_TRUE(reads[6].result.IsDone());
+}
+
+TEST_F(TogetherTest, ServerThatTakesOneRequestAtATimeIsServedSo) {
+    AddMany();
+    for (const int code : {LDAP_BUSY, LDAP_UNWILLING_TO_PERFORM, LDAP_ADMIN_LIMIT_EXCEEDED}) {
+        SCOPED_TRACE(code);
+        relay_.Disturb({.limitUnderWay = 1, .codeOverLimit = code});
+        std::vector<ContentsRead> reads = Reads();
+        Entries().ReadTogether(reads);
+        ExpectAllRead(reads);
+        EXPECT_EQ(1u, Entries().Window());
+    }
+}
+
+TEST_F(TogetherTest, FilesAreAddedReplacedAndRemoved) {
+    std::vector<ContentsWrite> writes = Writes();
+    Entries().AddFilesTogether(writes);
+    for (const ContentsWrite& write : writes) EXPECT_TRUE(write.result.IsDone());
+    Entries().AddFilesTogether(writes);
+    for (const ContentsWrite& write : writes) EXPECT_TRUE(write.result.Is(Reason::kExists));
+    buffers_[7] = BufferOf("new");
+    Entries().ReplaceTogether(writes);
+    EXPECT_EQ("new", Contents(Dn(Name(7))));
+    EXPECT_EQ("8", Contents(Dn(Name(8))));
+    std::vector<Removal> removals;
+    for (std::size_t number = 0; number < kMany; ++number) {
+        removals.push_back({Dn(Name(number)), DigestOf(buffers_[number])});
+    }
+    removals[8].contents = DigestOf(buffers_[9]);
+    Entries().RemoveTogether(removals);
+    EXPECT_EQ(kContentsChanged, CodeOf(removals[8].result));
+    EXPECT_EQ("8", Contents(Dn(Name(8))));
+    removals[8].result = {};
+    for (const Removal& removal : removals) EXPECT_TRUE(removal.result.IsDone());
+    EXPECT_FALSE(server_.Holds(Dn(Name(7))));
+}
+
+TEST_F(TogetherTest, FolderThatExistsIsLeftAsItIs) {
+    server_.AddFolder("d1", base_);
+    std::vector<FolderAddition> folders = {{Dn("d0"), "d0"}, {Dn("d1"), "d1"}, {Dn("d2"), "d2"}};
+    Entries().AddFoldersTogether(folders);
+    for (const FolderAddition& folder : folders) EXPECT_TRUE(folder.result.IsDone()) << folder.dn;
+    EXPECT_TRUE(server_.Holds(Dn("d2")));
+}
+
+TEST_F(TogetherTest, ListingsHaveTheirOwnChildren) {
+    for (const char* folder : {"d0", "d1", "d2"}) {
+        server_.AddFolder(folder, base_);
+        server_.AddFile(std::string(folder) + ".kra", Dn(folder), "x");
+    }
+    std::vector<FolderListing> listings(4);
+    listings[0].dn = Dn("d0");
+    listings[1].dn = Dn("missing");
+    listings[2].dn = Dn("d2");
+    listings[3].dn = Dn("d1");
+    Entries().ListTogether(listings);
+    EXPECT_EQ(std::uint32_t{LDAP_NO_SUCH_OBJECT}, CodeOf(listings[1].result));
+    EXPECT_EQ(0u, listings[1].items.Count());
+    ASSERT_EQ(1u, listings[2].items.Count());
+    EXPECT_THAT(listings[2].items.At(0).path, HasSubstr("d2.kra,cn=d2"));
+    ASSERT_EQ(1u, listings[3].items.Count());
+    EXPECT_THAT(listings[3].items.At(0).path, HasSubstr("d1.kra,cn=d1"));
+}
+
+// The server may have stored a file whose answer was lost, but none that is reported as done is
+// missing, and none has other contents.
+TEST_F(TogetherTest, ConnectionThatEndsAtAnyRequestLosesNoFileThatWasDone) {
+    std::vector<ContentsWrite> writes = Writes();
+    for (int position = 1; position <= static_cast<int>(EntryStore::kWindow); position += 3) {
+        for (const bool before : {false, true}) {
+            SCOPED_TRACE(position);
+            relay_.Disturb({.dropBeforeRequest = before ? position : 0,
+                            .dropAfterRequest = before ? 0 : position});
+            Entries().AddFilesTogether(writes);
+            relay_.Disturb({});
+            items_->Close();
+            ASSERT_EQ(1, items_->ConnectLocation(nullptr));
+            std::vector<ContentsRead> reads = Reads();
+            Entries().ReadTogether(reads);
+            std::size_t lost = 0;
+            for (std::size_t number = 0; number < kMany; ++number) {
+                if (writes[number].result) {
+                    EXPECT_EQ(std::to_string(number), TextOf(reads[number].contents)) << number;
+                } else {
+                    lost += writes[number].result.Is(Reason::kUnreachable) ? 1 : 0;
+                }
+                if (reads[number].result) EXPECT_TRUE(Entries().Remove(reads[number].dn).IsDone());
+            }
+            EXPECT_GT(lost, 0u);
+        }
+    }
+}
+
+}  // namespace
+}  // namespace depot
