@@ -1,15 +1,10 @@
 #include "fileops/copied_source.h"
 
+#include "platform/text.h"
 #include "store/tree.h"
 
 namespace depot {
 namespace {
-
-// Returns "1 file", "2 files" or nothing.
-std::string Counted(std::uint32_t count, const char* what) {
-    if (count == 0) return {};
-    return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
-}
 
 Result RemoveItem(Store& store, const CopiedItem& item) {
     if (item.isFolder) return store.Remove(item.path, ItemKind::kFolder);
@@ -76,13 +71,14 @@ bool IsAsCopied(Store& store, const CopiedSource& copied) {
 }
 
 std::string LeftoversText(const Leftovers& left) {
-    const std::string files = Counted(left.files, "file"),
-                      folders = Counted(left.folders, "folder");
+    const std::string files = CountText(left.files, "file", "files");
+    const std::string folders = CountText(left.folders, "folder", "folders");
     if (files.empty() && folders.empty()) return {};
     const char* const both = files.empty() || folders.empty() ? "" : " and ";
     const char* const stay = left.files + left.folders == 1 ? " stays" : " stay";
     const char* const reason = left.changed ? "changed meanwhile" : "not to be deleted";
-    return "Copied, but " + files + both + folders + stay + " in the old place: " + reason + ".";
+    return Concatenate(
+        {"Copied, but ", files, both, folders, stay, " in the old place: ", reason, "."});
 }
 
 Result LeftoversResult(const Leftovers& left) {

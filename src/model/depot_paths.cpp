@@ -19,10 +19,6 @@ CDepots* OwningList(const CDepotPath& location) {
     return paths != nullptr && paths->owner != nullptr ? paths->owner->owner : nullptr;
 }
 
-bool IsDirectory(const CDepotPath& location) {
-    return location.type == kDirectoryLocation;
-}
-
 // Connects, looks for the base alone, and closes the connection. Nothing is asked or shown: the
 // first use of the location does that.
 bool IsReachableDirectory(CDepotPath& location) {
@@ -34,8 +30,8 @@ bool IsReachableDirectory(CDepotPath& location) {
 }
 
 bool IsReachable(CDepotPath& location) {
-    return IsDirectory(location) ? IsReachableDirectory(location)
-                                 : PathExists(ExpandedPath(location));
+    return location.IsDirectory() ? IsReachableDirectory(location)
+                                  : PathExists(ExpandedPath(location));
 }
 
 }  // namespace
@@ -92,9 +88,9 @@ bool CDepotPaths::ChoiceProbesDirectory() const {
     if (activeLocation_ != nullptr) return false;
     CDepotPath** const decisive =
         std::find_if(array_.begin(), array_.end(), [](CDepotPath* location) {
-            return IsDirectory(*location) || PathExists(ExpandedPath(*location));
+            return location->IsDirectory() || PathExists(ExpandedPath(*location));
         });
-    return decisive != array_.end() && IsDirectory(**decisive);
+    return decisive != array_.end() && (*decisive)->IsDirectory();
 }
 
 bool CDepotPaths::MayHold(const std::string& path) const {
