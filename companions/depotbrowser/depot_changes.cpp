@@ -3,7 +3,6 @@
 #include "depotbrowser/depot_listing.h"
 #include "depotbrowser/worker_notices.h"
 #include "fileops/depot_file.h"
-#include "fileops/file_place.h"
 #include "fileops/item_operations.h"
 #include "fileops/numbered_copy.h"
 #include "manager/display_path.h"

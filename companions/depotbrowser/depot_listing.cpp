@@ -4,7 +4,6 @@
 
 #include "depotbrowser/worker_notices.h"
 #include "fileops/enumerate.h"
-#include "fileops/file_place.h"
 #include "manager/display_path.h"
 #include "manager/writability.h"
 #include "platform/error_text.h"

@@ -27,12 +27,12 @@ HRESULT ReadHandle(VARIANT& argument, LONGLONG& handle) {
     return S_OK;
 }
 
-// Tells whether a reference leads nowhere.
+// Whether a reference leads nowhere.
 bool IsDangling(const VARIANT& argument) {
     return (V_VT(&argument) & VT_BYREF) != 0 && V_BYREF(&argument) == nullptr;
 }
 
-// Tells whether a handle that the method puts out can be stored in the client's variable.
+// Whether a handle that the method puts out can be stored in the client's variable.
 bool TakesHandle(const VARIANT& argument) {
     switch (V_VT(&argument)) {
         case VT_VARIANT | VT_BYREF:
@@ -169,7 +169,7 @@ void DispatchArguments::StoreHandle(UINT argument) {
     }
 }
 
-// What the client's variable held goes with the slot.
+// What the client's variable held is released with the slot.
 void DispatchArguments::StoreText(UINT argument) {
     VARIANT& text = *slots_[argument].text.get();
     VARIANT& given = given_.rgvarg[argument];

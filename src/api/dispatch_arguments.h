@@ -28,8 +28,8 @@ class DispatchArguments {
 public:
     DispatchArguments(const DispatchAdapter::Signature& signature, const DISPPARAMS& given);
 
-    // Fills the slots from the client's arguments. On failure `wrongArgument`, when given, tells
-    // which of them could not be converted.
+    // Fills the slots from the client's arguments. On failure `wrongArgument`, when given, is
+    // the one that could not be converted.
     HRESULT Prepare(UINT* wrongArgument);
 
     // The arguments to pass on; valid as long as this object.

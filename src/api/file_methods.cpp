@@ -32,8 +32,9 @@ std::string SourceFile(DepotSession& session, const std::string& source) {
     if (IsFileSystemPath(source)) return source;
     CDepotItem item;
     ResolveItem(session.Depots(), source, item);
-    if (item.depot == nullptr || IsDirectoryDepot(*item.depot)) return {};
-    return DisplayToStorage(*item.depot, item.path);
+    if (item.depot == nullptr) return {};
+    const StorePath place = PlaceOf(item);
+    return place.store->LocalPath(place.path).value_or("");
 }
 
 bool NamesSameFile(const std::string& left, const std::string& right) {

@@ -63,7 +63,8 @@ STDMETHODIMP CDepotIntrApi::DPPathConvertDPtoFS(BSTR* bstrDPFilePath,
                       [&](DepotSession& session) -> std::optional<std::string> {
                           const DepotFileContext file(NameText(bstrDPFilePath), session.Depots());
                           // A working copy is no place to keep a path to.
-                          if (file.IsInDirectory() || file.localPath.empty()) return std::nullopt;
+                          if (file.NeedsWorkingCopy() || file.localPath.empty())
+                              return std::nullopt;
                           return file.localPath;
                       });
 }

@@ -82,7 +82,7 @@ STDMETHODIMP CDepotIntrApi::DPSetProfileString(LONG_PTR lDPIntr, BSTR* bstrSectN
 
 STDMETHODIMP CDepotIntrApi::DPFlushFile(LONG_PTR lDPIntr) noexcept {
     return RunOnCurrentFile(lDPIntr, [](DepotSession& session) {
-        if (session.currentFile->IsInDirectory()) {
+        if (session.currentFile->NeedsWorkingCopy()) {
             const std::string path = session.currentFile->depotPath;
             session.LoadFile(path);
         }

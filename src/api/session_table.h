@@ -37,7 +37,7 @@ public:
     // Returns the live handle that `handle` stands for, or 0.
     LONG_PTR Widen(LONG_PTR handle);
 
-    // Tells whether the handle is 0, foreign bits aside.
+    // Whether the handle is 0, foreign bits aside.
     bool IsZero(LONG_PTR handle);
 
     // Ends the session of a live handle, at once or, when a call is at work on it, as soon as that

@@ -24,10 +24,10 @@ struct ObjectMapEntry {
     WORD registryScript;  // the resource that registers the class
     HRESULT (*create)(REFIID interfaceId, void** object);
     HRESULT (*createAggregate)(IUnknown* outer, void** object);
-    void (*terminate)();  // run when the module goes; may be null
+    void (*terminate)();  // run when the module ends; may be null
 };
 
-// What tells one server from another.
+// What distinguishes one server from another.
 struct ModuleIdentity {
     const char* appId;        // the application identifier in braces
     const GUID& typeLibrary;  // version 1.0, in the DLL's resources
@@ -53,12 +53,16 @@ public:
 
     // Hands out the process's Global Interface Table with an added reference; E_POINTER for a null
     // output.
+    //
+    // Contract: nothing here calls it.
     virtual HRESULT GetGITPtr(IGlobalInterfaceTable** table) noexcept;
 
     // Gives the registrar the replacement APPID, the application identifier in braces.
     virtual HRESULT AddCommonRGSReplacements(CRegistrar& registrar) noexcept;
 
-    // Has `terminate` run when the module goes.
+    // Has `terminate` run when the module ends.
+    //
+    // Contract: nothing here calls it.
     void AddTermination(void (*terminate)());
 
     // Returns the factory of a class; CLASS_E_CLASSNOTAVAILABLE for any other identifier.

@@ -27,7 +27,7 @@ public:
         return rest_.empty();
     }
 
-    // Tells whether the next token is the given punctuation, and takes it if so.
+    // Whether the next token is the given punctuation, and takes it if so.
     bool Take(char punctuation) {
         if (AtEnd() || rest_.front() != punctuation) return false;
         rest_.remove_prefix(1);

@@ -43,9 +43,10 @@ int CDepotPath::LoadFromRegistry(const RegistryKey& key, int index) {
     const RegistryValues values(key);
     if (!ReadLocationValues(values, ValueScope::kLocation, index, *this)) return 0;
     locationText.clear();
-    if (type > kDirectoryLocation) type = kFolderLocation;
-    if (type == kDirectoryLocation) {
+    if (IsDirectory()) {
         ReadLocationValues(values, ValueScope::kDirectory, index, *this);
+    } else {
+        type = kFolderLocation;
     }
     return 1;
 }

@@ -13,6 +13,8 @@ namespace depot {
 class CDepotPaths;
 
 // The names of the authentication kinds, in the order of their numbers.
+//
+// Contract: nothing here uses them.
 inline constexpr const char* kAuthenticationNames[] = {"Anonymous", "Simple", "GSSAPI/Windows"};
 
 // A storage location: a folder of the file system, or a subtree of an LDAP directory with all that
@@ -29,6 +31,7 @@ public:
     // Gives every member its default, with `owningPaths` as the owner.
     //
     // Kept: the path stays as it was.
+    // Contract: nothing here calls it.
     virtual void Reset(CDepotPaths* owningPaths);
 
     // Returns a copy, or null when memory is exhausted.

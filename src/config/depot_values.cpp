@@ -1,5 +1,7 @@
 #include "config/depot_values.h"
 
+#include "platform/text.h"
+
 namespace depot {
 namespace {
 
@@ -62,7 +64,7 @@ void ReadDepotValues(const ValueSource& source, DepotSettings& settings) {
 
 bool ReadLocationValues(const ValueSource& source, ValueScope scope, int location,
                         LocationSettings& settings) {
-    return Read(source, scope, std::to_string(location), settings);
+    return Read(source, scope, NumberText(static_cast<std::uint32_t>(location)), settings);
 }
 
 }  // namespace depot

@@ -40,6 +40,9 @@ struct LocationSettings {
     LocationSettings(const LocationSettings&) = default;
     LocationSettings& operator=(const LocationSettings& other);
 
+    // What a location is stands here alone; else ask the store of its depot.
+    bool IsDirectory() const { return type == kDirectoryLocation; }
+
     std::uint32_t type = kFolderLocation;
     std::string path;  // as written in the registry, macros and all
     std::string host;

@@ -29,7 +29,7 @@ std::string GetExtension(std::string_view name);
 // Relied on by: listings, which show such files without a type.
 std::int32_t DetectFileType(std::string_view path, std::int32_t flag = 0);
 
-// Tells whether "." followed by `extension` is one of the table's extensions.
+// Whether "." followed by `extension` is one of the table's extensions.
 bool IsProfileExtension(std::string_view extension);
 
 }  // namespace depot

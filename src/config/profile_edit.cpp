@@ -28,7 +28,7 @@ constexpr ULONGLONG kPlentyMilliseconds = 1000;
 
 constexpr std::string_view kUtf16Mark = "\xFF\xFE";
 
-// Lines can be told apart only in narrow text.
+// Lines can be distinguished only in narrow text.
 std::string TextOf(const Bytes& bytes) {
     std::string text(bytes.begin(), bytes.end());
     if (!text.starts_with(kUtf16Mark)) return text;

@@ -1,5 +1,6 @@
 // Apart from reading, so that the component does not carry it.
 #include "config/depot_values.h"
+#include "platform/text.h"
 
 namespace depot {
 namespace {
@@ -9,7 +10,7 @@ std::string Shown(const std::string& text) {
 }
 
 std::string Shown(std::uint32_t number) {
-    return std::to_string(number);
+    return NumberText(number);
 }
 
 }  // namespace

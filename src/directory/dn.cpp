@@ -65,7 +65,7 @@ bool NamingAttributes::AreTheSame() const {
 }
 
 std::string EntryDN(std::string_view attribute, std::string_view name, std::string_view parent) {
-    return std::string(attribute).append("=").append(name).append(",").append(parent);
+    return Concatenate({attribute, "=", name, ",", parent});
 }
 
 std::string PathToDN(std::string_view path, const NamingAttributes& attributes) {
@@ -85,11 +85,11 @@ std::string PathToDN(std::string_view path, const NamingAttributes& attributes) 
 std::optional<EntryName> SplitFirstComponent(std::string_view component,
                                              const NamingAttributes& attributes,
                                              FileExtension extension) {
-    std::optional<std::string> name = WithoutPrefix(component, attributes.file + "=");
+    std::optional<std::string> name = WithoutPrefix(component, Concatenate({attributes.file, "="}));
     bool isFolder =
         name && attributes.AreTheSame() && FindCharacter(*name, '.') == std::string::npos;
     if (!name) {
-        name = WithoutPrefix(component, attributes.folder + "=");
+        name = WithoutPrefix(component, Concatenate({attributes.folder, "="}));
         isFolder = true;
     }
     if (!name) return std::nullopt;
@@ -121,16 +121,15 @@ std::string DecodeNonAsciiEscapes(std::string_view component,
 
 std::string UnsafeNamesText(std::uint32_t count) {
     if (count == 0) return {};
-    const std::string entries = count == 1 ? " entry was" : " entries were";
-    return std::to_string(count) + entries +
-           " left out: the name cannot be the name of a local file.";
+    return Concatenate({CountText(count, "entry was", "entries were"),
+                        " left out: the name cannot be the name of a local file."});
 }
 
 std::string ServerKey(std::string_view host, std::uint32_t port) {
     // An object's name has at most 259 characters, 30 of which precede the key; a backslash in it
     // would stand for a folder of objects.
     constexpr std::size_t kLongestKey = 259 - 30;
-    const std::string key = ToLower(host).append(":").append(std::to_string(port));
+    const std::string key = Concatenate({ToLower(host), ":", NumberText(port)});
     return ReplaceAllNoCase(CutToBytes(key, kLongestKey), "\\", "/");
 }
 

@@ -59,25 +59,18 @@ std::uint32_t CLDAPItems::ReplaceFileContents(const std::string& dn, const void*
     return AsCode(entries_.Replace(dn, data, length));
 }
 
-std::uint32_t CLDAPItems::ReplaceUnchangedContents(const std::string& dn, const void* data,
-                                                   std::uint32_t length,
-                                                   const FileBuffer& present) {
-    return AsCode(entries_.ReplaceUnchanged(dn, data, length, present));
-}
-
 int CLDAPItems::RenameEntry(const std::string& oldDN, const std::string& newDN,
                             std::string* errorText) {
-    const Result renamed = entries_.Rename(oldDN, newDN);
-    AsCode(renamed);
-    return renamed.AsFlag(errorText);
+    lastError_ = LDAP_SUCCESS;
+    return AsFlag(entries_.Rename(oldDN, newDN), errorText);
 }
 
 int CLDAPItems::DeleteTree(const std::string& dn, std::string* errorText) {
     Result resisted;
     const Result removed = entries_.RemoveTree(dn, resisted);
     resisted.AsFlag(errorText);
-    AsCode(removed);
-    return removed.AsFlag(errorText);
+    lastError_ = LDAP_SUCCESS;
+    return AsFlag(removed, errorText);
 }
 
 int CLDAPItems::SplitEntryName(const std::string& dn, std::string& name, bool& isFolder,
@@ -108,18 +101,6 @@ int CLDAPItems::EnsureFolderPath(const std::string& dn, bool connect, std::strin
     return AsFlagOfFolders(ensured, list.Count() > before, errorText);
 }
 
-std::uint32_t CLDAPItems::ReadIdentifiers(const std::string& dn, EntryIdentifiers& identifiers) {
-    return CodeOf(entries_.ReadIdentifiers(dn, identifiers));
-}
-
-std::uint32_t CLDAPItems::RemoveUnchangedEntry(const std::string& dn, const FileBuffer& present) {
-    return AsCode(entries_.RemoveUnchanged(dn, present));
-}
-
-std::uint32_t CLDAPItems::RemoveUnchangedEntry(const std::string& dn, const Digest& contents) {
-    return AsCode(entries_.RemoveUnchanged(dn, contents));
-}
-
 int CLDAPItems::AsFlag(const Result& result, std::string* errorText) {
     if (!result) lastError_ = result.Why().code;
     return result.AsFlag(errorText);
@@ -128,10 +109,6 @@ int CLDAPItems::AsFlag(const Result& result, std::string* errorText) {
 int CLDAPItems::AsFlagOfFolders(const Result& result, bool addedAny, std::string* errorText) {
     if (addedAny) lastError_ = LDAP_SUCCESS;
     return AsFlag(result, errorText);
-}
-
-int CLDAPItems::Fail(std::uint32_t code, std::string* errorText) {
-    return AsFlag(connection_.Outcome(code), errorText);
 }
 
 }  // namespace depot

@@ -35,7 +35,6 @@ public:
     int ConnectLocation(std::string* errorText);
     int ConnectQuietly();
     int Close() { return connection_.Close() ? 1 : 0; }
-    bool LeaveConnections() { return connection_.Leave(); }
 
     // Stores the code as the last error and, unless it is LDAP_SUCCESS, hands out its text and
     // shows it.
@@ -85,28 +84,10 @@ public:
     bool IsUsable() const { return connection_.IsUsable(); }
     std::uint32_t LastError() const { return lastError_; }
     void SetLastError(std::uint32_t code) { lastError_ = code; }
-    // Returns the result as 1 or 0; a failure becomes the last error.
-    int AsFlag(const Result& result, std::string* errorText);
-
-    // What follows is that of the parts, for callers that do not use these yet.
-    std::uint32_t UnsafeNames() const { return entries_.UnsafeNames(); }
-    std::uint32_t ReplaceUnchangedContents(const std::string& dn, const void* data,
-                                           std::uint32_t length, const FileBuffer& present);
-    std::uint32_t FindEntry(const std::string& dn) { return CodeOf(entries_.Find(dn)); }
-    std::uint32_t ReadIdentifiers(const std::string& dn, EntryIdentifiers& identifiers);
-    std::uint32_t RemoveUnchangedEntry(const std::string& dn, const FileBuffer& present);
-    std::uint32_t RemoveUnchangedEntry(const std::string& dn, const Digest& contents);
-    NamingAttributes NamingNames() const { return schema_.NamingNames(); }
-    std::string FolderClass() const { return schema_.FolderClass(); }
-    std::string FileClass() const { return schema_.FileClass(); }
-    std::string ContentsAttribute() const { return schema_.ContentsAttribute(); }
-    // Stores a failure as the last error and hands out its text, without showing it. Returns 0.
-    int Fail(std::uint32_t code, std::string* errorText);
-    DirectoryInfoBlock& SharedInfo() { return connection_.Shared().Block(); }
     TreeBounds& Bounds() { return entries_.Bounds(); }
     DirectoryClient& Client() { return connection_.Client(); }
-    PagingClient& Paging() { return connection_.Paging(); }
-    void SetPrompt(CredentialsPrompt* prompt) { connection_.SetPrompt(prompt); }
+    // Returns the result as 1 or 0; a failure becomes the last error.
+    int AsFlag(const Result& result, std::string* errorText);
 
 private:
     // Returns the result's code, which becomes the last error.

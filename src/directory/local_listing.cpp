@@ -24,24 +24,6 @@ std::uint32_t ForEachIn(const std::string& folder, Take take) {
 
 }  // namespace
 
-bool IsLinkToFolder(const std::string& path) {
-    WIN32_FIND_DATAA found = {};
-    return FileSearch(RemoveTrailingBackslash(path)).Next(found) && IsLinkToFolder(found);
-}
-
-std::string LinksText(std::uint32_t count) {
-    if (count == 0) return {};
-    const std::string links = count == 1 ? " link to a folder was" : " links to folders were";
-    return std::to_string(count) + links + " left out.";
-}
-
-std::string UnsafeLocalNamesText(std::uint32_t count) {
-    if (count == 0) return {};
-    const std::string names = count == 1 ? " file or folder was" : " files and folders were";
-    return std::to_string(count) + names +
-           " left out: the system's code page cannot hold the name.";
-}
-
 void AddLocalFoldersBelow(const std::string& folder, LdapItemList& items) {
     const std::string base = EnsureTrailingBackslash(folder);
     ForEachIn(base, [&](const WIN32_FIND_DATAA& found) {

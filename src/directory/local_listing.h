@@ -8,18 +8,7 @@
 
 namespace depot {
 
-// Whether the path is a link to a folder, which may lead anywhere, also to a folder above it,
-// and is no part of the tree that it stands in. A folder whose files stand elsewhere until they are
-// wanted is none, though it carries a reparse point as well.
-bool IsLinkToFolder(const std::string& path);
-
-// Return the texts for the user that so many links to folders, and so many files and folders for
-// their names, were left out; empty for none.
-std::string LinksText(std::uint32_t count);
-std::string UnsafeLocalNamesText(std::uint32_t count);
-
-// Contract: nothing here calls the three listings that follow; trees are walked through their
-// store.
+// Contract: nothing here calls these; trees are walked through their store.
 
 // Appends every folder below `folder`, each before the folders inside it. Links are left out, and
 // what has a name that the code page cannot hold.

@@ -2,16 +2,11 @@
 
 #include <algorithm>
 
+#include "platform/text.h"
 #include "store/tree.h"
 
 namespace depot {
 namespace {
-
-// Returns "1 file", "2 files" or nothing.
-std::string Counted(std::uint32_t count, const char* what) {
-    if (count == 0) return {};
-    return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
-}
 
 // How many bytes a store compares at once before it removes files.
 constexpr std::uint64_t kBytesAtOnce = 1024 * 1024;
@@ -127,13 +122,14 @@ bool IsAsCopied(Store& store, const CopiedSource& copied) {
 }
 
 std::string LeftoversText(const Leftovers& left) {
-    const std::string files = Counted(left.files, "file"),
-                      folders = Counted(left.folders, "folder");
+    const std::string files = CountText(left.files, "file", "files");
+    const std::string folders = CountText(left.folders, "folder", "folders");
     if (files.empty() && folders.empty()) return {};
     const char* const both = files.empty() || folders.empty() ? "" : " and ";
     const char* const stay = left.files + left.folders == 1 ? " stays" : " stay";
     const char* const reason = left.changed ? "changed meanwhile" : "not to be deleted";
-    return "Copied, but " + files + both + folders + stay + " in the old place: " + reason + ".";
+    return Concatenate(
+        {"Copied, but ", files, both, folders, stay, " in the old place: ", reason, "."});
 }
 
 Result LeftoversResult(const Leftovers& left) {

@@ -53,10 +53,10 @@ struct Leftovers {
 // removed. REQUIRES: the store is open.
 Leftovers RemoveCopied(Store& store, const CopiedSource& copied);
 
-// Tells whether the source holds exactly what was copied. REQUIRES: the store is open.
+// Whether the source holds exactly what was copied. REQUIRES: the store is open.
 bool IsAsCopied(Store& store, const CopiedSource& copied);
 
-// Returns the text that tells a user what stays; empty for nothing.
+// Returns the text for the user about what stays; empty for nothing.
 std::string LeftoversText(const Leftovers& left);
 
 // The failure of a move whose source stays in part; nothing where all of it is gone.

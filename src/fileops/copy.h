@@ -33,7 +33,7 @@ struct CopyOutcome {
 
 // Copies a file, or a folder with all that it holds. Whatever has to be left out of a tree, links
 // and names, makes the copy fail with kIncomplete: all else is copied before, but nothing when the
-// source is to go. What goes onto or into itself is refused with kInvalid, by whatever stores the
+// source is to go. A copy onto or into itself is refused with kInvalid, by whatever stores the
 // two are named.
 //
 // Within a store that copies files by its own means the source is one file. A tree between two
@@ -46,7 +46,7 @@ CopyOutcome CopyWhole(const CopyRequest& request);
 
 // Gives a file or folder another name in its store, or another folder above it. Where the store
 // does not rename folders that hold others the tree is copied, and then removed as far as it still
-// holds what was copied. A folder goes neither into itself nor onto a folder above it.
+// holds what was copied. A folder is moved neither into itself nor onto a folder above it.
 Result Move(Store& store, PathPair paths, const TransferWatcher& watcher);
 
 // What two stores show of the item of one path.
@@ -62,7 +62,7 @@ enum class ItemIdentity : std::uint8_t {
 ItemIdentity CompareItem(Store& one, Store& other, const std::string& path);
 
 // Whether the names alone say that the target is the source, lies in it or, for a source that
-// goes, is a folder above it, which is to hold what is removed with the source.
+// is moved, is a folder above it, which is to hold what is removed with the source.
 bool Overlaps(const StorePath& from, const StorePath& to, SourceFate fate);
 
 }  // namespace depot

@@ -2,7 +2,6 @@
 
 #include "fileops/copy.h"
 #include "fileops/directory_transfer.h"
-#include "fileops/file_place.h"
 #include "fileops/outcome.h"
 #include "fileops/shell_operation.h"
 #include "manager/display_path.h"
@@ -24,16 +23,12 @@ Result MoveByShell(PathPair paths, HWND window, UINT operation) {
     if (!store.CheckTarget(paths.from) || !store.CheckTarget(paths.to)) {
         return SystemError(ERROR_INVALID_PARAMETER, paths.to);
     }
-    if (RunShellOperation(operation, {paths.from}, &paths.to, kQuietFlags, window,
-                          kShellSinglePathBytes)) {
-        return {};
-    }
-    const DWORD error = GetLastError();
-    // The shell need not say why.
-    return error == ERROR_SUCCESS ? Error{} : SystemError(error, paths.to);
+    const bool done = RunShellOperation(
+        {operation, {paths.from}, &paths.to, kQuietFlags, window, kShellSinglePathBytes});
+    return done ? Result() : ShellError(paths.to);
 }
 
-// Tells whether what has this name may go into a folder under it.
+// Whether what has this name may go into a folder under it.
 bool IsFitForFolder(const FileCopy& copy, const CopyRequest& request, const std::string& name) {
     const bool betweenEntries = request.from.store->LocalPath({}) == std::nullopt &&
                                 request.to.store->LocalPath({}) == std::nullopt;
@@ -55,14 +50,9 @@ StorePath TargetOf(CDepot* depot, const std::string& path) {
 
 }  // namespace
 
-bool IsDirectoryDepot(CDepot& depot) {
-    const CDepotPath* const location = depot.paths->ActiveLocation();
-    return location != nullptr && location->type == kDirectoryLocation;
-}
-
 int FileExists(CDepot& depot, const std::string& path) {
     // A depot without a location has no place, not even the process's current folder.
-    if (!IsBesideDirectory(depot, path) && depot.paths->ActiveLocation() == nullptr) return 0;
+    if (depot.paths->Count() == 0) return 0;
     const StorePath place = PlaceOf(depot, path);
     const StoreScope scope(*place.store);
     if (!scope) return 0;
@@ -71,31 +61,39 @@ int FileExists(CDepot& depot, const std::string& path) {
     return looked && kind != ItemKind::kMissing ? 1 : 0;
 }
 
-int DeleteFile(CDepot& depot, const std::string& path) {
+Result DeleteDepotFile(CDepot& depot, const std::string& path) {
     const StorePath place = PlaceOf(depot, path);
     if (place.store->LocalPath(place.path)) {
-        if (!place.store->CheckTarget(place.path)) return Refuse(depot, path).AsFlag(nullptr);
-        return place.store->Remove(place.path, ItemKind::kFile).AsFlag(nullptr);
+        if (!place.store->CheckTarget(place.path)) return Refuse(depot, path);
+        return place.store->Remove(place.path, ItemKind::kFile);
     }
-    if (HoldsRoot(depot, path)) return Refuse(depot, path).AsFlag(nullptr);
+    if (HoldsRoot(depot, path)) return Refuse(depot, path);
     const StoreScope scope(*place.store);
-    return scope ? place.store->RemoveTree(place.path).AsFlag(nullptr) : 0;
+    return scope ? place.store->RemoveTree(place.path) : scope.Outcome();
+}
+
+int DeleteFile(CDepot& depot, const std::string& path) {
+    return DeleteDepotFile(depot, path).AsFlag(nullptr);
+}
+
+Result MoveDepotFile(const FileMove& move) {
+    const StorePath from = PlaceOf(move.depot, move.source);
+    const StorePath to =
+        PlaceOf(move.destinationDepot ? *move.destinationDepot : move.depot, move.destination);
+    // Each store moves within itself only: the shell would take an entry's name for a file of the
+    // process's current folder.
+    if (HoldsRoot(move.depot, move.source) || from.store->Space() != to.store->Space()) {
+        return Refuse(move.depot, move.destination);
+    }
+    const PathPair paths = {from.path, to.path};
+    if (!from.store->LocalPath(from.path)) return MoveWithin(*from.store, paths, move.watcher);
+    return MoveByShell(paths, move.window, move.destinationDepot ? FO_MOVE : FO_RENAME);
 }
 
 int MoveFile(CDepot& depot, const std::string& source, const std::string& destination, HWND window,
              CDepot* destinationDepot, std::string* errorText, const TransferWatcher& watcher) {
-    const StorePath from = PlaceOf(depot, source);
-    const StorePath to = PlaceOf(destinationDepot ? *destinationDepot : depot, destination);
-    // Each store moves within itself only: the shell would take an entry's name for a file of the
-    // process's current folder.
-    if (HoldsRoot(depot, source) || from.store->Space() != to.store->Space()) {
-        return Refuse(depot, destination).AsFlag(errorText);
-    }
-    if (!from.store->LocalPath(from.path)) {
-        return MoveEntry(*from.store, {from.path, to.path}, errorText, watcher);
-    }
-    const UINT operation = destinationDepot ? FO_MOVE : FO_RENAME;
-    return MoveByShell({from.path, to.path}, window, operation).AsFlag(errorText);
+    return MoveDepotFile({depot, source, destination, destinationDepot, window, watcher})
+        .AsFlag(errorText);
 }
 
 Result CopyDepotFile(const FileCopy& copy) {

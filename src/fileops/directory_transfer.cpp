@@ -10,8 +10,8 @@
 namespace depot {
 namespace {
 
-int CopyAndReport(const CopyRequest& request, std::string* errorText) {
-    return ReportedCopy(request, Copy(request)).AsFlag(errorText);
+Result CopyAndReport(const CopyRequest& request) {
+    return ReportedCopy(request, Copy(request));
 }
 
 // What a rename reports for an entry that it cannot look up.
@@ -29,18 +29,26 @@ int Upload(CLDAPItems& directory, const std::string& localPath, const std::strin
            ExistingEntries existing, std::string* errorText, const TransferWatcher& watcher,
            SourceFate fate, CopiedSource* copied) {
     DirectoryStore store(directory);
-    return CopyAndReport(
-        {{&FolderStore::Instance(), localPath}, {&store, dn}, existing, fate, watcher, copied},
-        errorText);
+    return CopyAndReport({{&FolderStore::Instance(), localPath},
+                          {&store, dn},
+                          existing,
+                          fate,
+                          watcher,
+                          copied})
+        .AsFlag(errorText);
 }
 
 int Download(CLDAPItems& directory, const std::string& dn, const std::string& localPath,
              std::string* errorText, const TransferWatcher& watcher, ExistingEntries existing,
              SourceFate fate, CopiedSource* copied) {
     DirectoryStore store(directory);
-    return CopyAndReport(
-        {{&store, dn}, {&FolderStore::Instance(), localPath}, existing, fate, watcher, copied},
-        errorText);
+    return CopyAndReport({{&store, dn},
+                          {&FolderStore::Instance(), localPath},
+                          existing,
+                          fate,
+                          watcher,
+                          copied})
+        .AsFlag(errorText);
 }
 
 int CopyEntry(CLDAPItems& source, const std::string& sourceDN, CLDAPItems& destination,
@@ -50,26 +58,27 @@ int CopyEntry(CLDAPItems& source, const std::string& sourceDN, CLDAPItems& desti
     // One directory is one store, in which a copy onto itself is seen before anything is asked.
     Store& target = &source == &destination ? from : to;
     return CopyAndReport(
-        {{&from, sourceDN}, {&target, destinationDN}, existing, fate, watcher, copied}, errorText);
+               {{&from, sourceDN}, {&target, destinationDN}, existing, fate, watcher, copied})
+        .AsFlag(errorText);
 }
 
 int MoveEntry(CLDAPItems& directory, const std::string& oldDN, const std::string& newDN,
               std::string* errorText, const TransferWatcher& watcher) {
     DirectoryStore store(directory);
-    return MoveEntry(store, {oldDN, newDN}, errorText, watcher);
+    return MoveWithin(store, {oldDN, newDN}, watcher).AsFlag(errorText);
 }
 
-int MoveEntry(Store& store, PathPair paths, std::string* errorText,
-              const TransferWatcher& watcher) {
-    const Result moved = Move(store, paths, watcher);
-    return moved ? 1 : Report(store, UnknownAsParameterError(moved.Why()), errorText);
+Result MoveWithin(Store& store, PathPair paths, const TransferWatcher& watcher) {
+    Result moved = Move(store, paths, watcher);
+    return moved ? std::move(moved) : store.Keep(UnknownAsParameterError(moved.Why()));
 }
 
 int EntryExists(CLDAPItems& directory, const std::string& dn, std::string* errorText) {
     const ConnectionScope connection(directory, errorText);
     if (!connection) return 0;
-    const std::uint32_t code = directory.FindEntry(dn);
-    return code == LDAP_SUCCESS ? 1 : directory.Fail(code, errorText);
+    // An entry that is missing has no text of its own.
+    const std::uint32_t code = CodeOf(directory.Entries().Find(dn));
+    return directory.AsFlag(directory.Connection().Outcome(code), errorText);
 }
 
 int RemoveEntry(CLDAPItems& directory, const std::string& dn, std::string* errorText) {

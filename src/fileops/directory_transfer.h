@@ -40,11 +40,10 @@ int CopyEntry(CLDAPItems& source, const std::string& sourceDN, CLDAPItems& desti
 // stays of the old tree is counted in the error text, and fails the call.
 int MoveEntry(CLDAPItems& directory, const std::string& oldDN, const std::string& newDN,
               std::string* errorText, const TransferWatcher& watcher = {});
-// The same through a store that is kept.
-int MoveEntry(Store& store, PathPair paths, std::string* errorText,
-              const TransferWatcher& watcher = {});
+// The same within a store that is kept.
+Result MoveWithin(Store& store, PathPair paths, const TransferWatcher& watcher);
 
-// Tells whether the entry exists.
+// Returns 1 when the entry exists.
 int EntryExists(CLDAPItems& directory, const std::string& dn, std::string* errorText);
 
 // Deletes an entry with everything below it.

@@ -4,7 +4,6 @@
 
 #include "config/file_types.h"
 #include "config/profile_file.h"
-#include "fileops/depot_file.h"
 #include "fileops/file_filter.h"
 #include "manager/display_path.h"
 #include "platform/paths.h"
@@ -78,7 +77,7 @@ public:
           displayFolder_(DisplayFolder(depot, request.folder, place_)) {}
 
     // Returns how many items were appended.
-    int List() {
+    std::size_t List() {
         const StoreScope scope(*place_.store);
         // A depot without a root lists nothing, least of all the current directory.
         if (!scope || place_.path.empty()) return 0;
@@ -90,6 +89,8 @@ public:
         if (left.unsafeNames > 0) TraceCount("names left out", place_.path, left.unsafeNames);
         return added_;
     }
+
+    bool IsLocal() const { return place_.store->LocalPath(place_.path).has_value(); }
 
 private:
     static StorePath FolderPlace(CDepot& depot, const std::string& folder) {
@@ -123,7 +124,7 @@ private:
     const StorePath place_;
     // Every child's display path begins with it: converting the folder once is enough.
     const std::string displayFolder_;
-    int added_ = 0;
+    std::size_t added_ = 0;
 };
 
 }  // namespace
@@ -135,8 +136,9 @@ int Enumerate(CDepotItems& list, const CDepotItem* folderItem, const std::string
         MakeListingRequest(folderItem->path, filter, subPath, foldersOnly);
     if (request.folder.empty()) return 0;
     CDepot& depot = *folderItem->depot;
-    const int added = FolderLister(list, depot, request, foldersOnly).List();
-    return IsDirectoryDepot(depot) ? static_cast<int>(list.Count()) : added;
+    FolderLister lister(list, depot, request, foldersOnly);
+    const std::size_t added = lister.List();
+    return static_cast<int>(lister.IsLocal() ? added : list.Count());
 }
 
 void KeepFileType(CDepotItems& list, std::int32_t wantedType) {

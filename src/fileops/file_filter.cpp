@@ -15,7 +15,7 @@ ListingRequest MakeListingRequest(std::string_view path, std::string_view filter
     const bool filterInPath = !foldersOnly && filter.empty();
     ListingRequest request;
     request.filter = filterInPath ? ToLower(NamePart(path)) : ToLower(filter);
-    request.folder = filterInPath ? FolderPart(path) : std::string(path);
+    request.folder = filterInPath ? ParentFolderKeepSlash(path) : std::string(path);
     if (filterInPath && FindSeparator(request.folder) == std::string::npos) {
         request.folder = EnsureTrailingBackslash(request.folder);
     }

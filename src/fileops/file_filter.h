@@ -19,7 +19,7 @@ struct ListingRequest {
 ListingRequest MakeListingRequest(std::string_view path, std::string_view filter,
                                   std::string_view subPath, bool foldersOnly);
 
-// Tells whether a file passes a lower-case filter: ".*" passes every file; any other text passes
+// Whether a file passes a lower-case filter: ".*" passes every file; any other text passes
 // the files whose extension, dot included, occurs in it.
 //
 // Kept: a name without a '.' is its own extension.

@@ -6,23 +6,21 @@
 
 #include "fileops/copied_source.h"
 #include "fileops/depot_file.h"
-#include "fileops/file_place.h"
 #include "fileops/list_progress.h"
 #include "fileops/open_stores.h"
 #include "fileops/outcome.h"
-#include "platform/error_text.h"
+#include "manager/display_path.h"
 #include "platform/file_names.h"
 #include "platform/local_file.h"
 #include "platform/paths.h"
 #include "platform/temp_file.h"
 #include "platform/text.h"
+#include "store/folder_store.h"
 
 namespace depot {
 namespace {
 
-constexpr char kCaption[] = "Quillon";
-
-// Tells whether the shell can work on what is there.
+// Whether the shell can work on what is there.
 bool IsInReach(const StorePath& place) {
     return place.store->LocalPath(place.path).has_value();
 }
@@ -64,30 +62,6 @@ private:
     std::vector<std::string> folders_;
 };
 
-int OperateOneByOne(const CDepotItems& items, const CDepotItem& target, UINT operation, HWND window,
-                    std::string* errorText, const TransferWatcher& watcher) {
-    const StorePath place = PlaceOf(target);
-    const bool deletes = operation == FO_DELETE;
-    const bool isFolder = EndsInSeparator(target.path);
-    OpenStores stores;
-    ListProgress progress(watcher, items.Count());
-    // A second item of a name would replace what has just arrived.
-    const TakePath isNewName = place.store->UniquePaths();
-    for (std::size_t index = 0; index < items.Count(); ++index) {
-        const CDepotItem& item = *items.At(index);
-        // Where the target is no folder, every item gets the same name.
-        if (!deletes && !isNewName(isFolder ? NameOf(item) : std::string())) {
-            return Report(*place.store, Error{Reason::kExists}, errorText);
-        }
-        const bool ready = deletes || stores.Hold(place);
-        if (progress.IsStopped() || !ready || !stores.Hold(PlaceOf(item)) ||
-            ItemOperation(item, &target, operation, window, errorText, progress.Next()) == 0) {
-            return 0;
-        }
-    }
-    return 1;
-}
-
 bool CanCopy(const CDepotItem& source, const CDepotItem* target) {
     return source.depot != nullptr && target != nullptr && !target->path.empty();
 }
@@ -99,36 +73,88 @@ Result CopyTo(const CDepotItem& source, const CDepotItem& target, const Transfer
                           copied ? SourceFate::kGoes : SourceFate::kStays, copied});
 }
 
-// Deletes a source whose copy has arrived. Returns 0 only when there was something to keep.
-int DeleteMoved(const CDepotItem& item, const CopiedSource& copied, HWND window,
-                std::string* errorText) {
+// What a list, or one item of it, comes to.
+struct ItemWork {
+    const CDepotItem* target;  // null for none
+    UINT operation;
+    FILEOP_FLAGS flags;
+    HWND window;
+};
+
+// A copy or a deletion that fails leaves the text of the caller alone.
+Result WithoutText(Result result) {
+    if (result) return result;
+    Error error = result.Why();
+    error.text.clear();
+    return error;
+}
+
+// Has the shell do the work on all items.
+Result RunShellOnItems(const CDepotItems& items, const ItemWork& work);
+
+// Deletes a source whose copy has arrived. Fails only when there was something to keep.
+Result DeleteMoved(const CDepotItem& item, const CopiedSource& copied, HWND window) {
     const StorePath place = PlaceOf(item);
     if (IsInReach(place) && IsAsCopied(*place.store, copied)) {
         CDepotItems source;
         source.Append(item.Clone());
-        ShellOperation(source, nullptr, FO_DELETE, FOF_NOCONFIRMATION, window, nullptr);
-        return 1;
+        static_cast<void>(
+            RunShellOnItems(source, {nullptr, FO_DELETE, FOF_NOCONFIRMATION, window}));
+        return {};
     }
     const Leftovers left = RemoveCopied(*place.store, copied);
-    const int result =
-        Report(*place.store, LeftoversResult(left), left.changed ? errorText : nullptr);
-    return left.changed ? result : 1;
+    Result removed = Reported(*place.store, LeftoversResult(left));
+    return left.changed ? std::move(removed) : Result();
 }
 
-int MoveItem(const CDepotItem& item, const CDepotItem* target, HWND window, std::string* errorText,
-             const TransferWatcher& watcher) {
-    if (!CanCopy(item, target) || HoldsRoot(*item.depot, item.path)) return 0;
+Result MoveItem(const CDepotItem& item, const ItemWork& work, const TransferWatcher& watcher) {
+    if (!CanCopy(item, work.target) || HoldsRoot(*item.depot, item.path)) return Error();
     OpenStores stores;
     CopiedSource copied;
-    if (!stores.Hold(PlaceOf(*target)) || !stores.Hold(PlaceOf(item)) ||
-        !CopyTo(item, *target, watcher, &copied)) {
-        return 0;
-    }
-    return DeleteMoved(item, copied, window, errorText);
+    Result arrived = stores.Hold(PlaceOf(*work.target));
+    if (arrived) arrived = stores.Hold(PlaceOf(item));
+    if (arrived) arrived = CopyTo(item, *work.target, watcher, &copied);
+    return arrived ? DeleteMoved(item, copied, work.window) : WithoutText(std::move(arrived));
 }
 
-// Tells whether the shell would replace what it has just moved by another item of that name, and
-// would not ask.
+Result OperateOnItem(const CDepotItem& item, const ItemWork& work, const TransferWatcher& watcher) {
+    switch (work.operation) {
+        case FO_COPY:
+            if (!CanCopy(item, work.target)) return Error();
+            return WithoutText(CopyTo(item, *work.target, watcher, nullptr));
+        case FO_DELETE:
+            return item.depot ? WithoutText(DeleteDepotFile(*item.depot, item.path)) : Error();
+        case FO_MOVE:
+            return MoveItem(item, work, watcher);
+        default:
+            return Error();
+    }
+}
+
+Result OperateOneByOne(const CDepotItems& items, const ItemWork& work,
+                       const TransferWatcher& watcher) {
+    const StorePath place = PlaceOf(*work.target);
+    const bool deletes = work.operation == FO_DELETE;
+    const bool isFolder = EndsInSeparator(work.target->path);
+    OpenStores stores;
+    ListProgress progress(watcher, items.Count());
+    // A second item of a name would replace what has just arrived.
+    const TakePath isNewName = place.store->UniquePaths();
+    for (const CDepotItem* item : items) {
+        // Where the target is no folder, every item gets the same name.
+        if (!deletes && !isNewName(isFolder ? NameOf(*item) : std::string())) {
+            return Reported(*place.store, Error(Reason::kExists));
+        }
+        const bool ready = deletes || stores.Hold(place);
+        if (progress.IsStopped() || !ready || !stores.Hold(PlaceOf(*item))) return Error();
+        Result done = OperateOnItem(*item, work, progress.Next());
+        if (!done) return done;
+    }
+    return {};
+}
+
+// Whether the shell would replace what it has just moved by another item of that name, and would
+// not ask.
 bool ReplacesMovedItems(const std::vector<std::string>& sources, UINT operation,
                         FILEOP_FLAGS flags) {
     constexpr FILEOP_FLAGS kHasOtherNames = FOF_RENAMEONCOLLISION | FOF_MULTIDESTFILES;
@@ -140,16 +166,7 @@ bool ReplacesMovedItems(const std::vector<std::string>& sources, UINT operation,
     });
 }
 
-// Puts the system's last error into the error text.
-int FailShellOperation(std::string* errorText) {
-    const DWORD error = GetLastError();
-    if (errorText != nullptr && error != ERROR_SUCCESS) {
-        FormatErrorText(error, nullptr, kCaption, errorText, nullptr);
-    }
-    return 0;
-}
-
-// Tells whether the operation would take a depot's root away.
+// Whether the operation would take a depot's root away.
 bool TakesRootAway(const CDepotItems& items, UINT operation) {
     if (operation == FO_COPY) return false;
     for (std::size_t index = 0; index < items.Count(); ++index) {
@@ -159,11 +176,28 @@ bool TakesRootAway(const CDepotItems& items, UINT operation) {
     return false;
 }
 
-// Tells whether the shell would take the name of an entry for a path.
+// Whether the shell would take the name of an entry for a path.
 bool AnyOutOfReach(const CDepotItems& items, const CDepotItem* target) {
     if (target != nullptr && !IsInReach(*target)) return true;
     return !std::all_of(items.begin(), items.end(),
                         [](const CDepotItem* item) { return IsInReach(*item); });
+}
+
+Result RunShellOnItems(const CDepotItems& items, const ItemWork& work) {
+    if (items.Count() == 0) return {};
+    // A deletion pays no regard to a target, whatever that holds.
+    const CDepotItem* const target = work.operation == FO_DELETE ? nullptr : work.target;
+    if (TakesRootAway(items, work.operation) || AnyOutOfReach(items, target)) {
+        return SystemError(ERROR_INVALID_PARAMETER, {});
+    }
+    ShellRequest request = {work.operation, {}, nullptr, work.flags, work.window};
+    for (const CDepotItem* item : items) request.sources.push_back(PlaceOf(*item).path);
+    if (ReplacesMovedItems(request.sources, work.operation, work.flags)) {
+        return SystemError(ERROR_ALREADY_EXISTS, {});
+    }
+    const std::string destination = target ? PlaceOf(*target).path : std::string();
+    if (target) request.target = &destination;
+    return RunShellOperation(request) ? Result() : ShellError({});
 }
 
 // An entry that is to be deleted once the shell is done with its copy.
@@ -188,13 +222,13 @@ struct ShellWork {
     std::vector<FetchedEntry> entriesToRemove;
 };
 
-// Fails when two items of a list with entries would get one name in the folder that it goes into,
+// Fails when two items of a list with entries would get one name in the folder that takes it,
 // where a shell that does not ask would replace the first by the second.
-bool RefuseNameTwice(const CDepotItems& items, UINT operation, FILEOP_FLAGS flags,
-                     std::string* errorText) {
-    const bool asks = operation == FO_COPY && (flags & FOF_NOCONFIRMATION) == 0;
-    const bool renames = operation == FO_COPY && (flags & FOF_RENAMEONCOLLISION) != 0;
-    if (operation == FO_DELETE || asks || renames) return false;
+Result RefuseNameTwice(const CDepotItems& items, const ItemWork& work) {
+    const bool copies = work.operation == FO_COPY;
+    const bool asks = copies && (work.flags & FOF_NOCONFIRMATION) == 0;
+    const bool renames = copies && (work.flags & FOF_RENAMEONCOLLISION) != 0;
+    if (work.operation == FO_DELETE || asks || renames) return {};
     FileNameSet names;
     bool isTwice = false;
     const CDepotItem* entry = nullptr;
@@ -202,16 +236,13 @@ bool RefuseNameTwice(const CDepotItems& items, UINT operation, FILEOP_FLAGS flag
         isTwice |= !names.Insert(NameOf(*item));
         if (entry == nullptr && !IsInReach(*item)) entry = item;
     }
-    if (!isTwice || entry == nullptr) return false;
-    Report(
-        *PlaceOf(*entry).store,
-        Error{Reason::kSharedName, CodeKind::kDirectory, LDAP_NAMING_VIOLATION, kSharedNamesText},
-        errorText);
-    return true;
+    if (!isTwice || entry == nullptr) return {};
+    return PlaceOf(*entry).store->Keep(
+        {Reason::kSharedName, CodeKind::kDirectory, LDAP_NAMING_VIOLATION, kSharedNamesText});
 }
 
-// Tells whether the item is an entry that its name, or one below it, kept from being copied. It can
-// be deleted all the same.
+// Whether the item is an entry that its name, or one below it, kept from being copied. It can be
+// deleted all the same.
 bool IsKeptByNames(const CDepotItem& item, const Result& copied) {
     return CodeOf(copied) == LDAP_NAMING_VIOLATION && !HoldsRoot(*item.depot, item.path);
 }
@@ -226,13 +257,13 @@ bool AllCopiesLeft(const ShellWork& work) {
 Result CollectEntry(const CDepotItem& item, ShellWork& work, const TransferWatcher& watcher) {
     FetchedEntry entry = {&item, {}};
     const std::string folder = work.temporaryFolders.Make();
-    if (folder.empty()) return Error{};
+    if (folder.empty()) return Error();
     const Result fetched = CopyDepotFile(
         {*item.depot, item.path, folder + "\\", nullptr, false, watcher,
          work.removesSources ? SourceFate::kGoes : SourceFate::kStays, &entry.copied});
     if (fetched) {
         work.copies.push_back(JoinPath(folder, NameOf(item)));
-        if (!work.items.Append(PlainItem(work.copies.back()))) return Error{};
+        if (!work.items.Append(PlainItem(work.copies.back()))) return Error();
     } else if (work.operation != FO_DELETE || !IsKeptByNames(item, fetched)) {
         return fetched;
     }
@@ -246,29 +277,43 @@ Result Collect(const CDepotItems& items, ShellWork& work, const TransferWatcher&
     ListProgress progress(watcher, items.Count());
     for (const CDepotItem* item : items) {
         if (IsInReach(*item)) {
-            if (!work.items.Append(item->Clone())) return Error{};
+            if (!work.items.Append(item->Clone())) return Error();
             continue;
         }
-        if (progress.IsStopped()) return Error{};
+        if (progress.IsStopped()) return Error();
         Result ready = work.stores.Hold(PlaceOf(*item));
         if (ready) ready = CollectEntry(*item, work, progress.Next());
         if (!ready) return ready;
     }
-    return progress.IsStopped() ? Result(Error{}) : Result();
+    return progress.IsStopped() ? Error() : Result();
 }
 
 // Removes the entries of a list up to the first that cannot be removed. What is only deleted is
 // deleted with whatever it holds by now.
-int RemoveEntries(const ShellWork& work, std::string* errorText) {
+Result RemoveEntries(const ShellWork& work) {
     for (const auto& [item, copied] : work.entriesToRemove) {
-        if (work.operation != FO_MOVE) {
-            if (DeleteItem(*item) == 0) return 0;
-            continue;
-        }
         Store& store = *PlaceOf(*item).store;
-        if (Report(store, LeftoversResult(RemoveCopied(store, copied)), errorText) == 0) return 0;
+        Result removed = work.operation == FO_MOVE
+                             ? Reported(store, LeftoversResult(RemoveCopied(store, copied)))
+                             : WithoutText(DeleteDepotFile(*item->depot, item->path));
+        if (!removed) return removed;
     }
-    return 1;
+    return {};
+}
+
+Result OperateOnList(const CDepotItems& items, const ItemWork& wanted,
+                     const TransferWatcher& watcher) {
+    if (wanted.target != nullptr && !IsInReach(*wanted.target)) {
+        return OperateOneByOne(items, wanted, watcher);
+    }
+    Result done = RefuseNameTwice(items, wanted);
+    if (!done) return done;
+    ShellWork work(wanted.operation, wanted.window);
+    done = Collect(items, work, watcher);
+    if (done) done = RunShellOnItems(work.items, wanted);
+    if (!done) return done;
+    if (wanted.operation == FO_MOVE && !AllCopiesLeft(work)) return Error();
+    return RemoveEntries(work);
 }
 
 }  // namespace
@@ -286,53 +331,18 @@ int DeleteItem(const CDepotItem& item) {
 
 int ShellOperation(const CDepotItems& items, const CDepotItem* target, UINT operation,
                    FILEOP_FLAGS flags, HWND window, std::string* errorText) {
-    if (items.Count() == 0) return 1;
-    // A deletion takes no notice of a target, whatever that holds.
-    if (operation == FO_DELETE) target = nullptr;
-    if (TakesRootAway(items, operation) || AnyOutOfReach(items, target)) {
-        SetLastError(ERROR_INVALID_PARAMETER);
-        return FailShellOperation(errorText);
-    }
-    std::vector<std::string> sources;
-    for (const CDepotItem* item : items) sources.push_back(PlaceOf(*item).path);
-    if (ReplacesMovedItems(sources, operation, flags)) {
-        SetLastError(ERROR_ALREADY_EXISTS);
-        return FailShellOperation(errorText);
-    }
-    const std::string destination = target ? PlaceOf(*target).path : std::string();
-    if (RunShellOperation(operation, sources, target ? &destination : nullptr, flags, window)) {
-        return 1;
-    }
-    return FailShellOperation(errorText);
+    return RunShellOnItems(items, {target, operation, flags, window}).AsFlag(errorText);
 }
 
 int ItemOperation(const CDepotItem& item, const CDepotItem* target, UINT operation, HWND window,
                   std::string* errorText, const TransferWatcher& watcher) {
-    switch (operation) {
-        case FO_COPY:
-            return CopyItem(item, target, true, nullptr, watcher);
-        case FO_DELETE:
-            return DeleteItem(item);
-        case FO_MOVE:
-            return MoveItem(item, target, window, errorText, watcher);
-        default:
-            return 0;
-    }
+    return OperateOnItem(item, {target, operation, 0, window}, watcher).AsFlag(errorText);
 }
 
 int ListOperation(const CDepotItems& items, const CDepotItem* target, UINT operation,
                   FILEOP_FLAGS flags, HWND window, std::string* errorText,
                   const TransferWatcher& watcher) {
-    if (target != nullptr && !IsInReach(*target)) {
-        return OperateOneByOne(items, *target, operation, window, errorText, watcher);
-    }
-    if (RefuseNameTwice(items, operation, flags, errorText)) return 0;
-    ShellWork work(operation, window);
-    const Result collected = Collect(items, work, watcher);
-    if (!collected) return collected.AsFlag(errorText);
-    const int result = ShellOperation(work.items, target, operation, flags, window, errorText);
-    if (result == 0 || (operation == FO_MOVE && !AllCopiesLeft(work))) return 0;
-    return RemoveEntries(work, errorText);
+    return OperateOnList(items, {target, operation, flags, window}, watcher).AsFlag(errorText);
 }
 
 }  // namespace depot

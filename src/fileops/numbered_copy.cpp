@@ -1,7 +1,6 @@
 #include "fileops/numbered_copy.h"
 
 #include "fileops/depot_file.h"
-#include "fileops/file_place.h"
 #include "fileops/open_stores.h"
 #include "manager/display_path.h"
 #include "model/localization.h"

@@ -32,8 +32,8 @@ std::uint32_t ReportedCode(const CopyRequest& request, const CopyOutcome& outcom
 
 }  // namespace
 
-int Report(Store& store, const Result& result, std::string* errorText) {
-    return result ? 1 : Result(store.Keep(result.Why())).AsFlag(errorText);
+Result Reported(Store& store, Result result) {
+    return result ? std::move(result) : store.Keep(result.Why());
 }
 
 Result ReportedCopy(const CopyRequest& request, const CopyOutcome& outcome) {

@@ -1,16 +1,13 @@
 // How operations of given signatures report what they came to.
 #pragma once
 
-#include <string>
-
 #include "fileops/copy.h"
 #include "store/store.h"
 
 namespace depot {
 
-// Returns 1, or 0 after making the failure the store's last one; its text goes into `errorText`,
-// which may be null.
-int Report(Store& store, const Result& result, std::string* errorText);
+// The result, whose failure becomes the store's last one.
+Result Reported(Store& store, Result result);
 
 // The failure of a copy in the codes that callers know, as the last one of the source's store, or
 // of the target's where only that has codes of its own.

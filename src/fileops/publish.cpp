@@ -2,9 +2,9 @@
 
 #include <algorithm>
 
-#include "fileops/file_place.h"
 #include "fileops/item_operations.h"
 #include "fileops/open_stores.h"
+#include "manager/display_path.h"
 #include "manager/resolve_item.h"
 #include "platform/paths.h"
 #include "platform/text.h"
@@ -75,7 +75,8 @@ void PublishDependentFiles(DepotSession& session, const TransferWatcher& watcher
     const auto listed = static_cast<std::int32_t>(file.ReadInt("Skein", "Count", 0));
     const std::int32_t count = std::clamp(listed, 0, kMaxClients);
     for (std::int32_t number = 1; number <= count; ++number) {
-        publishing.PublishClient("C" + std::to_string(number));
+        publishing.PublishClient(
+            Concatenate({"C", NumberText(static_cast<std::uint32_t>(number))}));
         const TransferProgress progress = {static_cast<std::uint32_t>(number),
                                            static_cast<std::uint32_t>(count), 0};
         if (watcher && !watcher(progress) && number < count) return;

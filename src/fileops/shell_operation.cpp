@@ -5,11 +5,12 @@
 
 #include "platform/paths.h"
 #include "platform/same_file.h"
+#include "store/folder_store.h"
 
 namespace depot {
 namespace {
 
-// Tells whether the operation would put the source into itself.
+// Whether the operation would put the source into itself.
 bool GoesIntoItself(UINT operation, const std::string& source, const std::string& target) {
     if (IsInsideFolder(target, source)) return true;
     // A file or folder may be renamed to its own name in other letters.
@@ -18,7 +19,7 @@ bool GoesIntoItself(UINT operation, const std::string& source, const std::string
             IsSameFile(source, JoinPath(target, NamePart(RemoveTrailingBackslash(source)))));
 }
 
-// Tells whether the shell would write, move or delete below the process's current folder or drive.
+// Whether the shell would write, move or delete below the process's current folder or drive.
 bool ChangesCurrentFolder(UINT operation, const std::vector<std::string>& sources,
                           const std::string* target) {
     if (target != nullptr && !IsAbsolutePath(*target)) return true;
@@ -39,12 +40,12 @@ std::string ShellPathList(const std::vector<std::string>& paths, std::size_t pat
     return list;
 }
 
-bool RunShellOperation(UINT operation, const std::vector<std::string>& sources,
-                       const std::string* target, FILEOP_FLAGS flags, HWND window,
-                       std::size_t pathBytes) {
-    if (operation == FO_DELETE) target = nullptr;
-    const std::string from = ShellPathList(sources, pathBytes);
-    const std::string to = target ? ShellPathList({*target}, pathBytes) : std::string();
+bool RunShellOperation(const ShellRequest& request) {
+    const UINT operation = request.operation;
+    const std::vector<std::string>& sources = request.sources;
+    const std::string* const target = operation == FO_DELETE ? nullptr : request.target;
+    const std::string from = ShellPathList(sources, request.pathBytes);
+    const std::string to = target ? ShellPathList({*target}, request.pathBytes) : std::string();
     const bool intoItself =
         target && std::any_of(sources.begin(), sources.end(), [&](const std::string& source) {
             return GoesIntoItself(operation, source, *target);
@@ -56,22 +57,27 @@ bool RunShellOperation(UINT operation, const std::vector<std::string>& sources,
         SetLastError(ERROR_INVALID_PARAMETER);
         return false;
     }
-    SHFILEOPSTRUCTA request = {};
-    request.hwnd = window;
-    request.wFunc = operation;
-    request.pFrom = from.data();
-    request.pTo = target ? to.data() : nullptr;
-    request.fFlags = flags;
+    SHFILEOPSTRUCTA call = {};
+    call.hwnd = request.window;
+    call.wFunc = operation;
+    call.pFrom = from.data();
+    call.pTo = target ? to.data() : nullptr;
+    call.fFlags = request.flags;
     // The shell need not set it; what looked at the paths has.
     SetLastError(ERROR_SUCCESS);
-    return SHFileOperationA(&request) == 0 && !request.fAnyOperationsAborted;
+    return SHFileOperationA(&call) == 0 && !call.fAnyOperationsAborted;
+}
+
+Error ShellError(const std::string& path) {
+    const DWORD error = GetLastError();
+    return error == ERROR_SUCCESS ? Error() : SystemError(error, path);
 }
 
 bool RemoveFoldersQuietly(const std::vector<std::string>& folders, HWND window) noexcept {
     // What unwound up to here has given memory back: a second attempt may have it.
     for (int attempt = 0; attempt < 2; ++attempt) {
         try {
-            return RunShellOperation(FO_DELETE, folders, nullptr, FOF_NOCONFIRMATION, window);
+            return RunShellOperation({FO_DELETE, folders, nullptr, FOF_NOCONFIRMATION, window});
         } catch (const std::bad_alloc&) {
             continue;
         }

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/result.h"
 #include "platform/win32.h"
 // After the Windows headers.
 #include <shellapi.h>
@@ -23,16 +24,27 @@ inline constexpr std::size_t kShellSinglePathBytes = 520;
 // other files than the caller meant.
 std::string ShellPathList(const std::vector<std::string>& paths, std::size_t pathBytes);
 
-// Has the shell do `operation` (FO_COPY, FO_MOVE, FO_DELETE or FO_RENAME) on the sources; `target`
-// is null for none. Succeeds when the shell reports success and nothing was aborted. Without
-// sources, with a path that does not fit, or with an empty target, it fails without calling the
-// shell, which would take the process's current folder for an empty one. So it does when a source
-// would be copied or moved onto itself or a folder into itself, by whatever names the two go: some
-// shells would copy what they have just copied, and so on. A deletion has no target: one that is
-// given makes no difference. The system's last error is that of the shell, or 0.
-bool RunShellOperation(UINT operation, const std::vector<std::string>& sources,
-                       const std::string* target, FILEOP_FLAGS flags, HWND window,
-                       std::size_t pathBytes = kShellListPathBytes);
+struct ShellRequest {
+    UINT operation;  // FO_COPY, FO_MOVE, FO_DELETE or FO_RENAME
+    std::vector<std::string> sources;
+    const std::string* target = nullptr;  // null for none
+    FILEOP_FLAGS flags = 0;
+    HWND window = nullptr;  // owns what the shell shows; may be null
+    std::size_t pathBytes = kShellListPathBytes;
+};
+
+// Has the shell do one operation on the sources. Succeeds when the shell reports success and
+// nothing was aborted. Without sources, with a path that does not fit, or with an empty target, it
+// fails without calling the shell, which would take the process's current folder for an empty one.
+// So it does when a source would be copied or moved onto itself or a folder into itself, by
+// whatever names the two go: some shells would copy what they have just copied, and so on. A
+// deletion has no target: one that is given makes no difference. The system's last error is that of
+// the shell, or 0.
+bool RunShellOperation(const ShellRequest& request);
+
+// Returns the failure of the operation before, with the system's text led by `path`; without code
+// and text where the shell did not say why.
+Error ShellError(const std::string& path);
 
 // Removes folders with all that they hold, as a destructor may do it. Returns whether they are
 // gone.

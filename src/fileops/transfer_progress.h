@@ -1,4 +1,4 @@
-// What a transfer tells while it runs, and what it is told about its source.
+// What a transfer reports while it runs.
 #pragma once
 
 #include <cstdint>

@@ -1,6 +1,7 @@
 #include "macros/application_values.h"
 
 #include "platform/paths.h"
+#include "platform/text.h"
 
 namespace depot {
 namespace {
@@ -15,7 +16,7 @@ std::string FolderSlot(const MacroContext& context, Slot slot) {
 // Returns the language code after a dot, with `end` after it; empty without a language code.
 std::string LanguageWithDot(const MacroContext& context, const char* end) {
     const std::string code = context.system.SlotText(Slot::kLanguageCode);
-    return code.empty() ? code : "." + code + end;
+    return code.empty() ? code : Concatenate({".", code, end});
 }
 
 }  // namespace

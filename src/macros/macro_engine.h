@@ -31,7 +31,7 @@ struct MacroStep {
     void (*rewrite)(const MacroContext& context, std::string& text) = nullptr;
 };
 
-// Replaces every occurrence of `find`, in exactly this spelling, and goes on after the inserted
+// Replaces every occurrence of `find`, in exactly this spelling, and continues after the inserted
 // text. Does nothing when the result would be longer than kMaxExpandedBytes.
 // REQUIRES: `find` is not empty.
 void ReplaceEvery(std::string& text, std::string_view find, std::string_view replacement);

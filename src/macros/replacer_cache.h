@@ -13,12 +13,12 @@ namespace depot {
 inline constexpr char kReplacerEventName[] = "Quillon - Depot - Replacers";
 
 // How long a caller waits for the others. What the lock guards takes microseconds; only a process
-// that died while it held the event makes anyone wait that long, and then nobody can signal it.
+// that died while it held the event makes anyone wait that long, and then no process can signal it.
 inline constexpr DWORD kReplacerWaitMilliseconds = 5000;
 
-// Holds the event while it lives: whoever creates it goes on, whoever finds it existing waits until
-// it is signalled. Without an event, and when the wait takes too long, it goes on unlocked. Signals
-// the event at the end.
+// Holds the event while it lives: whoever creates it continues, whoever finds it existing waits
+// until it is signalled. Without an event, and when the wait takes too long, it continues unlocked.
+// Signals the event at the end.
 class ReplacerLock {
 public:
     ReplacerLock();

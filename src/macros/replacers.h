@@ -8,8 +8,8 @@
 namespace depot {
 
 // Replaces the macros of the text, such as $USERDIR$, by their values; those that the application
-// knows come from `values`, that may be null and then are all empty. A macro without a value goes
-// or stays, as its kind demands; nothing fails.
+// knows come from `values`, that may be null and then are all empty. A macro without a value
+// is removed or stays, as its kind demands; nothing fails.
 void ExpandReplacers(const MacroValues* values, std::string& text);
 
 }  // namespace depot

@@ -32,18 +32,14 @@ bool IsPlainFile(const std::string& path, const CDepotItem& item, const CDepots&
            PathExists(std::string(TrimTrailingBlanks(path)));
 }
 
-// A directory has no place for a path of the file system, whether or not a file is there already.
-bool IsNoDepotsFile(const std::string& path, const CDepotItem& item) {
-    return item.depot != nullptr && IsBesideDirectory(*item.depot, path);
-}
-
 }  // namespace
 
 DepotFileContext::DepotFileContext(const std::string& path, CDepots& depots) {
     if (path.empty()) return;
     CDepotItem item;
     ResolveItem(depots, path, item);
-    if (IsPlainFile(path, item, depots) || IsNoDepotsFile(path, item)) {
+    // Some depots have no place for a path of the file system, whether or not a file is there.
+    if (IsPlainFile(path, item, depots) || (item.depot && !OwnPlaceOf(*item.depot, path))) {
         depotPath = path;
         if (path.size() <= kLongestSystemPath) localPath = path;
     } else {
@@ -60,12 +56,16 @@ void DepotFileContext::Attach(CDepot* holder, const std::string& displayPath) {
     depotPath = displayPath;
     if (depot == nullptr) return;
     std::string path = DisplayToStorage(*depot, depotPath);
-    if (CLDAPItems* const directory = depot->DirectoryConnection()) {
+    if (CLDAPItems* const directory = Directory()) {
         localPath = FetchToLocal(*directory, path, &origin_);
         isWorkingCopy_ = !localPath.empty();
     } else if (path.size() <= kLongestSystemPath) {
         localPath = std::move(path);
     }
+}
+
+CLDAPItems* DepotFileContext::Directory() const {
+    return depot ? depot->DirectoryConnection() : nullptr;
 }
 
 std::string DepotFileContext::ReadString(const std::string& section, const std::string& key,
@@ -135,16 +135,10 @@ void DepotFileContext::KeepWhatWasLost(const EditOutcome& outcome) const {
     ShowNotice(text, kMessageTitle, nullptr);
 }
 
-bool DepotFileContext::IsInDirectory() const {
-    if (depot == nullptr) return false;
-    const CDepotPath* const location = depot->paths->ActiveLocation();
-    return location != nullptr && location->type == kDirectoryLocation;
-}
-
 bool DepotFileContext::Release() {
     // Without memory for the write-back a changed copy stays: it holds the only edit.
     isWorkingCopy_ = isWorkingCopy_ && !changed;
-    CLDAPItems* const directory = depot ? depot->DirectoryConnection() : nullptr;
+    CLDAPItems* const directory = Directory();
     // What was written to a file of the file system is already in the file itself.
     if (directory == nullptr) return true;
     const std::string entry = DisplayToStorage(*depot, depotPath);

@@ -40,8 +40,9 @@ public:
     void WriteString(const std::string& section, const std::string& key, const std::string& value,
                      const std::string* comparison = nullptr);
 
-    // Whether the file lies in a directory, so that the local file is a working copy.
-    bool IsInDirectory() const;
+    // Whether the depot keeps the file where the system does not reach it: the local file is then a
+    // working copy, or missing where none could be made.
+    bool NeedsWorkingCopy() const { return Directory() != nullptr; }
 
     // Ends the local file: a working copy is stored in its entry if it was changed, and deleted.
     // Returns false when a change could not be stored. When memory runs out meanwhile the file can
@@ -60,6 +61,8 @@ public:
 
 private:
     void Attach(CDepot* holder, const std::string& displayPath);
+    // The directory that working copies come from; null for a file that is read where it is.
+    CLDAPItems* Directory() const;
     void EditWorkingCopy(ProfileEdit edit);
     void KeepWhatWasLost(const EditOutcome& outcome) const;
 

@@ -5,6 +5,7 @@
 #include "manager/display_path_text.h"
 #include "platform/paths.h"
 #include "platform/text.h"
+#include "store/folder_store.h"
 
 namespace depot {
 namespace {
@@ -13,11 +14,11 @@ std::string StorageRoot(CDepot& depot) {
     return depot.paths->GetActivePath();
 }
 
-// Turns the path of an entry of a directory depot into the entry's name; a folder depot's path
-// stays as it is.
-std::string MapToEntry(CDepot& depot, std::string path) {
-    const CLDAPItems* const directory = depot.DirectoryConnection();
-    return directory ? directory->PathToDN(path) : std::move(path);
+// Returns the path with the prefix replaced by the depot's root, as the depot's store names it.
+std::string PutUnderRoot(CDepot& depot, const std::string& path, const std::string& prefix) {
+    // The root first: it chooses the location.
+    const std::string placed = ReplaceAllNoCase(path, prefix, StorageRoot(depot));
+    return depot.ActiveStore().PathOf(placed);
 }
 
 }  // namespace
@@ -28,7 +29,7 @@ std::string BuildDisplayPath(CDepot& depot, const std::string& relative, PathFor
         DisplayPrefix(name == DepotName::kDisplay ? depot.displayName : depot.name);
     std::string path = prefix + relative;
     if (form == PathForm::kDisplay && !depot.name.empty()) return path;
-    return MapToEntry(depot, ReplaceAllNoCase(path, prefix, StorageRoot(depot)));
+    return PutUnderRoot(depot, path, prefix);
 }
 
 bool MatchesPath(CDepot& depot, const std::string& path, PathForm form, DepotName name) {
@@ -37,8 +38,7 @@ bool MatchesPath(CDepot& depot, const std::string& path, PathForm form, DepotNam
 
 std::string DisplayToStorage(CDepot& depot, const std::string& displayPath) {
     const std::string prefix = BuildDisplayPath(depot, {}, PathForm::kDisplay, DepotName::kKey);
-    const std::string path = CompleteBareName(displayPath, prefix);
-    return MapToEntry(depot, ReplaceAllNoCase(path, prefix, StorageRoot(depot)));
+    return PutUnderRoot(depot, CompleteBareName(displayPath, prefix), prefix);
 }
 
 std::string StorageToDisplay(CDepot& depot, const std::string& storagePath) {
@@ -58,11 +58,31 @@ std::string ProfileFolder(CDepot& depot, PathForm form) {
     return depot.profileFolder;
 }
 
-bool IsBesideDirectory(CDepot& depot, const std::string& path) {
-    if (!IsFileSystemPath(path)) return false;
-    if (depot.paths->ChoiceProbesDirectory()) return true;
-    const CDepotPath* const location = depot.paths->ActiveLocation();
-    return location != nullptr && location->type == kDirectoryLocation;
+std::optional<StorePath> OwnPlaceOf(CDepot& depot, const std::string& path) {
+    const bool isBeside = IsFileSystemPath(path) && (depot.paths->ChoiceProbesDirectory() ||
+                                                     !depot.ActiveStore().LocalPath(path));
+    if (isBeside) return std::nullopt;
+    // The path first: it chooses the location.
+    std::string storage = DisplayToStorage(depot, path);
+    return StorePath{&depot.ActiveStore(), std::move(storage)};
+}
+
+StorePath PlaceOf(CDepot& depot, const std::string& path) {
+    std::optional<StorePath> own = OwnPlaceOf(depot, path);
+    return own ? *std::move(own) : StorePath{&FolderStore::Instance(), path};
+}
+
+StorePath PlaceOf(const CDepotItem& item) {
+    if (item.depot) return PlaceOf(*item.depot, item.path);
+    return {&FolderStore::Instance(), item.path};
+}
+
+bool HoldsRoot(CDepot& depot, const std::string& path) {
+    const std::optional<StorePath> place = OwnPlaceOf(depot, path);
+    if (!place) return false;
+    const std::string root = BuildDisplayPath(depot, {}, PathForm::kStorage, DepotName::kKey);
+    return !root.empty() &&
+           (place->store->IsSame(place->path, root) || place->store->IsInside(root, place->path));
 }
 
 CDepot* FindDepotForPath(const CDepots& depots, const std::string& path, PathForm form,

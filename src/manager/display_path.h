@@ -5,9 +5,12 @@
 // A storage path is what becomes of it when the prefix is replaced by the depot's root.
 #pragma once
 
+#include <optional>
 #include <string>
 
+#include "model/depot_item.h"
 #include "model/depots.h"
+#include "store/store.h"
 
 namespace depot {
 
@@ -31,9 +34,20 @@ std::string DisplayToStorage(CDepot& depot, const std::string& displayPath);
 // unchanged. Every occurrence of the root is replaced.
 std::string StorageToDisplay(CDepot& depot, const std::string& storagePath);
 
-// Whether the path is one of the file system and the depot a directory, which never holds it.
-// A depot that would have to ask a server for its place is not asked.
-bool IsBesideDirectory(CDepot& depot, const std::string& path);
+// Returns the depot's own store, and the storage path there, of a path that came with the depot;
+// nothing for a path of the file system that no depot claimed, where the depot keeps its files
+// elsewhere. A depot that would have to ask a server for its place is not asked.
+std::optional<StorePath> OwnPlaceOf(CDepot& depot, const std::string& path);
+
+// Returns the store that holds a path, and the storage path there: the depot's own, else the file
+// system.
+StorePath PlaceOf(CDepot& depot, const std::string& path);
+
+// The same for an item; one of no depot is the file system's.
+StorePath PlaceOf(const CDepotItem& item);
+
+// Whether the path is the depot's root, or a folder that holds the root.
+bool HoldsRoot(CDepot& depot, const std::string& path);
 
 // Returns the depot's "Profile" folder in the given form.
 std::string ProfileFolder(CDepot& depot, PathForm form);

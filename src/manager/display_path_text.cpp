@@ -8,7 +8,7 @@
 namespace depot {
 
 std::string DisplayPrefix(std::string_view name) {
-    return std::string("<").append(name).append(">\\");
+    return Concatenate({"<", name, ">\\"});
 }
 
 bool MatchesPrefix(std::string_view path, std::string_view prefix) {
@@ -25,9 +25,9 @@ std::string CompleteBareName(const std::string& path, const std::string& prefix)
 std::string FolderDisplayPath(std::string_view displayName, std::string_view fileName) {
     const std::string_view relative = fileName.substr(FindLastCharacter(fileName, '>') + 1);
     const std::size_t backslash = FindLastSeparator(relative);
-    std::string path = std::string("<").append(displayName).append(">");
-    if (backslash != std::string_view::npos) path.append(relative, 0, backslash);
-    return EnsureTrailingBackslash(path);
+    const std::string_view folder =
+        backslash == std::string_view::npos ? std::string_view() : relative.substr(0, backslash);
+    return EnsureTrailingBackslash(Concatenate({"<", displayName, ">", folder}));
 }
 
 DisplayPathParts SplitDisplayPath(std::string_view displayPath) {

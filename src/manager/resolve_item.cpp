@@ -25,8 +25,8 @@ std::string FindInProfileFolder(const std::string& folder, const std::string& te
         if (PathExists(candidate)) return candidate;
     }
     const std::string extension = text.substr(dot + 1);
-    const bool hasSubfolder = PathExists(folder + "\\" + extension);
-    return hasSubfolder ? extension + "\\" + text.substr(0, dot) : text;
+    const bool hasSubfolder = PathExists(Concatenate({folder, "\\", extension}));
+    return hasSubfolder ? Concatenate({extension, "\\", text.substr(0, dot)}) : text;
 }
 
 }  // namespace

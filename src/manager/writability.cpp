@@ -11,6 +11,7 @@
 #include "platform/error_text.h"
 #include "platform/handles.h"
 #include "platform/paths.h"
+#include "platform/text.h"
 #include "platform/win32.h"
 
 namespace depot {
@@ -32,10 +33,10 @@ FileBuffer MakeProbe() {
     static std::atomic<unsigned> count = 0;
     FILETIME now = {};
     GetSystemTimeAsFileTime(&now);
-    const std::string text =
-        "DepotIntr tests whether this place can be written: " + std::to_string(now.dwHighDateTime) +
-        "." + std::to_string(now.dwLowDateTime) + " " + std::to_string(GetCurrentProcessId()) +
-        " " + std::to_string(++count);
+    const std::string text = Concatenate(
+        {"DepotIntr tests whether this place can be written: ", NumberText(now.dwHighDateTime), ".",
+         NumberText(now.dwLowDateTime), " ", NumberText(GetCurrentProcessId()), " ",
+         NumberText(++count)});
     FileBuffer probe = {static_cast<std::uint32_t>(text.size()),
                         std::make_unique<std::uint8_t[]>(text.size() + kFileBufferReserve)};
     std::copy(text.begin(), text.end(), probe.bytes.get());
@@ -125,6 +126,14 @@ Result TestFile(const std::string& path, const std::string& shownName) {
     return OpenProbe(probe, error) ? Result() : Failure(error, shownName);
 }
 
+// Tests a place of the depot's store.
+Result TestPlace(CDepot& depot, const std::string& storagePath, const std::string& shownName) {
+    CLDAPItems* const directory = depot.DirectoryConnection();
+    if (directory == nullptr) return TestFile(storagePath, shownName);
+    Result tested = TestEntry(*directory, storagePath);
+    return tested ? std::move(tested) : depot.ActiveStore().Keep(tested.Why());
+}
+
 }  // namespace
 
 int TestWritable(std::uint32_t storeType, const std::string& storagePath, CLDAPItems* connection,
@@ -137,9 +146,7 @@ int TestWritable(std::uint32_t storeType, const std::string& storagePath, CLDAPI
 
 int TestPathWritable(CDepot& depot, const std::string& path, std::string* errorText) {
     const std::string storage = DisplayToStorage(depot, path);
-    const CDepotPath* const location = depot.paths->ActiveLocation();
-    if (location == nullptr) return 0;
-    return TestWritable(location->type, storage, depot.DirectoryConnection(), errorText);
+    return depot.paths->Count() > 0 ? TestPlace(depot, storage, storage).AsFlag(errorText) : 0;
 }
 
 int TestDepotWritable(CDepot& depot, const std::string& shownName, std::string* errorText) {
@@ -148,9 +155,8 @@ int TestDepotWritable(CDepot& depot, const std::string& shownName, std::string* 
     const std::string path = ExpandedPath(*location);
     const std::string& shown = shownName.empty() ? path : shownName;
     if (location->indexSlot == CDepotPath::kWritabilityUnknown) {
-        CLDAPItems* const directory = depot.DirectoryConnection();
-        const std::string place = directory ? directory->PathToDN(path) : path;
-        location->indexSlot = TestWritable(location->type, place, directory, errorText, shown);
+        const std::string place = depot.ActiveStore().PathOf(path);
+        location->indexSlot = TestPlace(depot, place, shown).AsFlag(errorText);
     } else if (location->indexSlot == 0) {
         Failure(ERROR_ACCESS_DENIED, shown).AsFlag(errorText);
     }

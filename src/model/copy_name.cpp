@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "platform/code_page.h"
+#include "platform/text.h"
 
 namespace depot {
 namespace {
@@ -93,7 +94,7 @@ std::string MakeDashCopyName(std::string_view name, int number, std::string_view
     if (number < 2) return FormatTexts(format, base, extension);
     CounterTemplate counter = BuildCounterTemplate(base);
     if (counter.text.empty()) {
-        return std::string(base).append(FormatCounter(kCounter, number)).append(extension);
+        return Concatenate({base, FormatCounter(kCounter, number), extension});
     }
     if (!counter.hasCounter) counter.text.append(kCounter);
     return FormatCounter(counter.text, number).append(extension);

@@ -6,14 +6,14 @@
 
 #include "config/languages.h"
 #include "config/registry_values.h"
-
+#include "platform/text.h"
 #include "store/folder_store.h"
 
 namespace depot {
 namespace {
 
 std::optional<std::string> ReadDisplayName(const RegistryKey& key, std::string_view language) {
-    return key.ReadString("DisplayName." + std::string(language));
+    return key.ReadString(Concatenate({"DisplayName.", language}));
 }
 
 std::string LocalizedName(const RegistryKey& key, const std::string& userLanguage,
@@ -100,7 +100,7 @@ bool CDepot::ReadDefinition(const RegistryKey& listKey, const std::string& subke
 
 CLDAPItems* CDepot::DirectoryConnection() {
     CDepotPath* const location = paths->ActiveLocation();
-    if (location == nullptr || location->type != kDirectoryLocation) {
+    if (location == nullptr || !location->IsDirectory()) {
         directory_.reset();
     } else if (!directory_ || &directory_->items->Location() != location) {
         std::unique_ptr<CLDAPItems> known = paths->TakeDirectory();

@@ -19,10 +19,6 @@ CDepots* OwningList(const CDepotPath& location) {
     return paths != nullptr && paths->owner != nullptr ? paths->owner->owner : nullptr;
 }
 
-bool IsDirectory(const CDepotPath& location) {
-    return location.type == kDirectoryLocation;
-}
-
 // Whether a directory that is a depot's only location needs to be asked nothing to be chosen. A
 // log-on that is still to be completed is tried quietly before a user is asked for it, and a base
 // that no server takes for a name is reported.
@@ -62,8 +58,8 @@ bool CDepotPaths::IsReachableDirectory(CDepotPath& location) {
 }
 
 bool CDepotPaths::IsReachable(CDepotPath& location) {
-    return IsDirectory(location) ? IsReachableDirectory(location)
-                                 : PathExists(ExpandedPath(location));
+    return location.IsDirectory() ? IsReachableDirectory(location)
+                                  : PathExists(ExpandedPath(location));
 }
 
 std::unique_ptr<CLDAPItems> CDepotPaths::TakeDirectory() {
@@ -115,7 +111,7 @@ CDepotPath* CDepotPaths::ActiveLocation() {
 
 void CDepotPaths::ChooseLocation() {
     if (activeLocation_ != nullptr || Count() == 0) return;
-    if (Count() == 1 && IsDirectory(*At(0)) && IsChosenUnasked(*At(0))) {
+    if (Count() == 1 && At(0)->IsDirectory() && IsChosenUnasked(*At(0))) {
         activeLocation_ = At(0);
         return;
     }
@@ -129,9 +125,9 @@ bool CDepotPaths::ChoiceProbesDirectory() const {
     if (activeLocation_ != nullptr) return false;
     CDepotPath** const decisive =
         std::find_if(array_.begin(), array_.end(), [](CDepotPath* location) {
-            return IsDirectory(*location) || PathExists(ExpandedPath(*location));
+            return location->IsDirectory() || PathExists(ExpandedPath(*location));
         });
-    return decisive != array_.end() && IsDirectory(**decisive);
+    return decisive != array_.end() && (*decisive)->IsDirectory();
 }
 
 bool CDepotPaths::MayHold(const std::string& path) const {

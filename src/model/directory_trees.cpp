@@ -4,29 +4,33 @@
 #include <utility>
 #include <vector>
 
-#include "model/fetched_file.h"
 #include "platform/file_names.h"
 #include "platform/local_file.h"
 #include "platform/local_name.h"
 #include "platform/paths.h"
+#include "store/folder_store.h"
 
 namespace depot {
 namespace {
 
-// Leaves the object unconnected on every way out, where that is wanted.
-class ClosingScope {
+// Where that is wanted, connects, and leaves the object unconnected on every way out.
+class WantedConnection {
 public:
-    ClosingScope(LdapConnection& connection, bool closes)
-        : connection_(connection), closes_(closes) {}
-    ~ClosingScope() {
-        if (closes_) connection_.Close();
+    WantedConnection(LdapConnection& connection, bool isWanted)
+        : connection_(connection), isWanted_(isWanted) {}
+    ~WantedConnection() {
+        if (isWanted_) connection_.Close();
     }
-    ClosingScope(const ClosingScope&) = delete;
-    ClosingScope& operator=(const ClosingScope&) = delete;
+    WantedConnection(const WantedConnection&) = delete;
+    WantedConnection& operator=(const WantedConnection&) = delete;
+
+    Result Open() {
+        return isWanted_ && !connection_.IsConnected() ? connection_.Open() : Result();
+    }
 
 private:
     LdapConnection& connection_;
-    bool closes_;
+    bool isWanted_;
 };
 
 struct LocalChild {
@@ -100,14 +104,22 @@ private:
         }
     }
 
+    // Returns the directory's code. What was not seen takes the place of nothing.
+    static std::uint32_t WriteLocally(const FileBuffer& contents, const std::string& path) {
+        const ExistingEntries existing =
+            contents.bytes ? ExistingEntries::kReplace : ExistingEntries::kRefuse;
+        const Result written = FolderStore::Instance().WriteFile(path, contents, {existing});
+        if (written) return LDAP_SUCCESS;
+        return written.Is(Reason::kExists) ? LDAP_NO_SUCH_ATTRIBUTE : LDAP_LOCAL_ERROR;
+    }
+
     void FetchFile(const LocalChild& file) {
         FileBuffer contents;
         if (Result read = entries_.Read(file.dn, contents); !read) {
             Note(std::move(read));
             return;
         }
-        Note(WriteFetchedFile(contents, JoinPath(localFolder_, file.name),
-                              ExistingFile::kIsReplaced));
+        Note(WriteLocally(contents, JoinPath(localFolder_, file.name)));
         // The last file of a name stays, but the others are not passed over silently.
         if (names_.Insert(file.name)) return;
         sharesNames_ = true;
@@ -123,22 +135,16 @@ private:
     Result first_;
 };
 
-// Connects where that is asked for and needed.
-Result OpenIf(bool connect, LdapConnection& connection) {
-    return connect && !connection.IsConnected() ? connection.Open() : Result();
-}
-
 }  // namespace
 
 int UploadNewFile(CLDAPItems& directory, const std::string& localPath, const std::string& parentDN,
                   bool connect, std::string* errorText) {
-    LdapConnection& connection = directory.Connection();
     if (localPath.empty() || parentDN.empty()) {
-        connection.Shared().SetLastError(LDAP_PARAM_ERROR);
-        return directory.Fail(LDAP_PARAM_ERROR, errorText);
+        directory.Connection().Shared().SetLastError(LDAP_PARAM_ERROR);
+        return directory.AsFlag(directory.Connection().Outcome(LDAP_PARAM_ERROR), errorText);
     }
-    const ClosingScope closing(connection, connect);
-    if (directory.AsFlag(OpenIf(connect, connection), errorText) == 0) return 0;
+    WantedConnection connection(directory.Connection(), connect);
+    if (directory.AsFlag(connection.Open(), errorText) == 0) return 0;
     const std::string name = NamePart(localPath);
     const std::vector<std::uint8_t> bytes =
         ReadLocalFile(localPath).value_or(std::vector<std::uint8_t>());
@@ -150,8 +156,8 @@ int UploadNewFile(CLDAPItems& directory, const std::string& localPath, const std
 
 int DownloadTree(CLDAPItems& directory, const std::string& dn, const std::string& localFolder,
                  bool connect, std::string* errorText) {
-    const ClosingScope closing(directory.Connection(), connect);
-    if (directory.AsFlag(OpenIf(connect, directory.Connection()), errorText) == 0) return 0;
+    WantedConnection connection(directory.Connection(), connect);
+    if (directory.AsFlag(connection.Open(), errorText) == 0) return 0;
     TreeFetch fetch(directory.Entries(), localFolder);
     const Result fetched = fetch.Run(dn);
     if (fetch.SharesNames() && errorText != nullptr) *errorText = kSharedNamesText;

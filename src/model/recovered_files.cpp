@@ -49,8 +49,7 @@ std::string LocalTimeText() {
 // Creates the first file of the numbered names that does not exist; null when none can be created.
 UniqueHandle CreateNumbered(const std::string& head, const std::string& tail, std::string& path) {
     for (int number = 1; number <= kMaxNumbers; ++number) {
-        path = head;
-        path.append(" (").append(std::to_string(number)).append(")").append(tail);
+        path = Concatenate({head, " (", NumberText(static_cast<unsigned>(number)), ")", tail});
         const HANDLE file = CreateFileA(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
                                         FILE_ATTRIBUTE_NORMAL, nullptr);
         if (file != INVALID_HANDLE_VALUE) return UniqueHandle(file);
@@ -83,8 +82,8 @@ std::string KeepRecoveredIn(const std::string& folder, const std::string& name, 
     EnsureLocalFolder(folder);
     const SplitName split = SplitForRecovery(name);
     std::string path;
-    UniqueHandle file =
-        CreateNumbered(JoinPath(folder, split.stem) + " " + LocalTimeText(), split.extension, path);
+    const std::string head = Concatenate({JoinPath(folder, split.stem), " ", LocalTimeText()});
+    UniqueHandle file = CreateNumbered(head, split.extension, path);
     if (!file) return {};
     const bool complete = WriteAll(file, bytes, length) && FlushFileBuffers(file.get());
     file.reset();

@@ -17,7 +17,7 @@ constexpr std::uint32_t kDetect = 1;
 
 WorkingCopySource SourceOf(CLDAPItems& directory, const std::string& dn) {
     const std::optional<EntryName> entry = directory.Schema().SplitEntryName(dn);
-    return {entry ? entry->name : std::string(), directory.SharedInfo().Key(), dn};
+    return {entry ? entry->name : std::string(), directory.Connection().Shared().Block().Key(), dn};
 }
 
 // Fetches one entry into a local file; one that cannot be fetched leaves an empty file.
@@ -73,7 +73,7 @@ std::string FetchToLocal(CLDAPItems& directory, const std::string& dn, WorkingCo
     WorkingCopyOrigin fetched;
     fetched.code = CodeOf(connection.Outcome());
     if (connection) fetched = FetchFile(directory, source, copy.Path());
-    if (origin != nullptr) *origin = fetched;
+    if (origin != nullptr) *origin = std::move(fetched);
     return connection ? copy.Release() : std::string();
 }
 

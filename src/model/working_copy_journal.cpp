@@ -44,7 +44,7 @@ public:
         if (!IsWorkingCopyName(file)) return;
         record.file = file;
         const std::lock_guard guard(lock_);
-        if (!OpenIn(FolderPart(path))) return;
+        if (!OpenIn(ParentFolderKeepSlash(path))) return;
         const std::size_t slot = SlotOf(file);
         if (slot == kMaxWorkingCopyRecords) return;
         if (slot == files_.size()) files_.emplace_back();
@@ -109,7 +109,7 @@ void NoteWorkingCopy(const std::string& path, const WorkingCopySource& source, c
                      std::size_t length) noexcept try {
     Journal::Instance().Note(
         path, {{}, source.name, source.server, source.dn, length, ChecksumOf(bytes, length)});
-    if (!path.empty()) SweepOnce(FolderPart(path));
+    if (!path.empty()) SweepOnce(ParentFolderKeepSlash(path));
 } catch (const std::exception&) {
     return;
 }

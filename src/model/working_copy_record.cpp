@@ -94,9 +94,8 @@ bool IsWorkingCopyName(std::string_view name) {
 }
 
 std::string WorkingCopyJournalName(std::uint32_t process, std::uint64_t time) {
-    std::string name(kJournalPrefix);
-    name.append(HexText(process, kProcessDigits)).append("-");
-    return name.append(HexText(time, kTimeDigits)).append(kJournalExtension);
+    return Concatenate({kJournalPrefix, HexText(process, kProcessDigits), "-",
+                        HexText(time, kTimeDigits), kJournalExtension});
 }
 
 bool IsWorkingCopyJournal(std::string_view name) {

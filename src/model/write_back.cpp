@@ -128,15 +128,16 @@ private:
     }
 
     std::string LocalErrorText() const {
-        const std::string lead = "The changes of \"" + Name() + "\" were not stored.";
+        const std::string lead = Concatenate({"The changes of \"", Name(), "\" were not stored."});
         std::string text;
         FormatErrorText(localError_, lead.c_str(), kMessageTitle, &text, nullptr);
         return std::string(TrimTrailingBlanks(text));
     }
 
     std::string ConflictText() const {
-        return "\"" + Name() + "\" was changed by someone else meanwhile. That version stays" +
-               (kept_.empty() ? "." : "; yours is kept here:");
+        return Concatenate({"\"", Name(),
+                            "\" was changed by someone else meanwhile. That version stays",
+                            kept_.empty() ? "." : "; yours is kept here:"});
     }
 
     CLDAPItems& directory_;

@@ -88,10 +88,10 @@ inline std::size_t CharacterLength(std::string_view text, std::size_t at) {
 // Appends a character of that code and length.
 void AppendCharacter(std::string& text, const Character& character);
 
-// Tells whether a character begins at `at`; the end of a text counts as a beginning.
+// Whether a character begins at `at`; the end of a text counts as a beginning.
 bool IsCharacterStart(std::string_view text, std::size_t at);
 
-// Tells whether the text holds a lone lead byte or bytes that are not UTF-8.
+// Whether the text holds a lone lead byte or bytes that are not UTF-8.
 bool HasBrokenCharacters(std::string_view text);
 
 // Return the position of the first such character at or after `from`, which is where a character

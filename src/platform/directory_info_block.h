@@ -34,7 +34,7 @@ public:
     DirectoryInfoBlock& operator=(const DirectoryInfoBlock&) = delete;
 
     // Opens the block afresh and returns its contents, shared with all processes; null when it
-    // cannot be had. The result stays valid until this object goes.
+    // cannot be had. The result stays valid until this object is destroyed.
     //
     // Kept: each access adds one handle and one view to the process, and only the last pair is
     // closed with this object.

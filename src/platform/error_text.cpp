@@ -3,6 +3,7 @@
 #include <memory>
 
 #include "platform/code_page.h"
+#include "platform/text.h"
 #include "platform/user_notice.h"
 
 namespace depot {
@@ -29,7 +30,7 @@ std::string ComposeMessage(DWORD error, const std::string& lead) {
     if (error == 0) return lead.empty() ? "Unknown Error" : lead;
     const UniqueLocalText systemText = SystemText(error);
     if (!systemText) return lead;
-    return lead + (lead.empty() ? "" : "\n") + systemText.get();
+    return Concatenate({lead, lead.empty() ? "" : "\n", systemText.get()});
 }
 
 void Deliver(const std::string& message, const char* title, std::string* text, HWND owner) {

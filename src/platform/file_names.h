@@ -6,7 +6,7 @@
 
 namespace depot {
 
-// Tells whether both names or paths, in the ANSI code page, are one to a file system.
+// Whether both names or paths, in the ANSI code page, are one to a file system.
 bool IsSameFileName(const std::string& left, const std::string& right);
 
 // Names or paths of files, each once.

@@ -76,7 +76,7 @@ bool IsLinkToFolder(const WIN32_FIND_DATAA& found) {
 
 void FileSearch::TraceUnsafeName() const {
     if (!IsTracing()) return;
-    TraceLeftOut(FolderPart(pattern_), AnsiFromWide(found_.cFileName),
+    TraceLeftOut(ParentFolderKeepSlash(pattern_), AnsiFromWide(found_.cFileName),
                  "a name that the code page cannot hold");
 }
 
@@ -87,6 +87,11 @@ bool FileSearch::Next(WIN32_FIND_DATAA& found) {
         TraceUnsafeName();
     }
     return false;
+}
+
+bool IsLinkToFolder(const std::string& path) {
+    WIN32_FIND_DATAA found = {};
+    return FileSearch(RemoveTrailingBackslash(path)).Next(found) && IsLinkToFolder(found);
 }
 
 }  // namespace depot

@@ -43,11 +43,15 @@ private:
     std::uint32_t unsafeNames_ = 0;
 };
 
-// Tells whether the find is "." or "..".
+// Whether the find is "." or "..".
 bool IsDotName(const WIN32_FIND_DATAA& found);
 
-// Tells whether the find is a link to a folder, which may lead anywhere. A folder whose files stand
+// Whether the find is a link to a folder, which may lead anywhere. A folder whose files stand
 // elsewhere until they are wanted is none, though it carries a reparse point as well.
 bool IsLinkToFolder(const WIN32_FIND_DATAA& found);
+
+// The same for a path. Such a link is no part of the tree that it stands in: it may lead to a
+// folder above it.
+bool IsLinkToFolder(const std::string& path);
 
 }  // namespace depot

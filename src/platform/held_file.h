@@ -1,4 +1,4 @@
-// Existing files that are looked at and removed while nobody else can reach them.
+// Existing files that are looked at and removed while no other program can reach them.
 #pragma once
 
 #include <cstdint>
@@ -44,7 +44,8 @@ private:
 // Writes bytes to a place in an open file; returns whether all of them were written.
 bool WriteAt(HANDLE file, std::size_t offset, std::span<const std::uint8_t> bytes);
 
-// Decides whether an open file vanishes once nobody has it open any more, however that comes about.
+// Decides whether an open file vanishes once no program has it open any more, however that comes
+// about.
 bool VanishesWhenClosed(HANDLE file, bool vanishes);
 
 }  // namespace depot

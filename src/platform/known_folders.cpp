@@ -6,6 +6,7 @@
 
 #include "platform/paths.h"
 #include "platform/registry_key.h"
+#include "platform/text.h"
 
 namespace depot {
 namespace {
@@ -19,7 +20,8 @@ using UniqueItemList = std::unique_ptr<ITEMIDLIST, ItemListFreer>;
 constexpr const char* kSoundEvents[] = {"SystemExclamation", "SystemStart"};
 
 std::string SoundFileOf(const std::string& event) {
-    const std::string path = "AppEvents\\Schemes\\Apps\\.Default\\" + event + "\\.Default";
+    const std::string path =
+        Concatenate({"AppEvents\\Schemes\\Apps\\.Default\\", event, "\\.Default"});
     const auto key = RegistryKey::Open(HKEY_CURRENT_USER, path, KEY_QUERY_VALUE);
     return key ? key->ReadString("", kMaxPathBytes).value_or("") : std::string();
 }

@@ -35,7 +35,7 @@ constexpr DWORD kAbsent[] = {ERROR_FILE_NOT_FOUND, ERROR_PATH_NOT_FOUND,
 // programs may do the same at this moment.
 void MakeFolders(const std::string& path) {
     if (CreateDirectoryA(path.c_str(), nullptr) || GetLastError() != ERROR_PATH_NOT_FOUND) return;
-    const std::string parent = FolderPart(path);
+    const std::string parent = ParentFolderKeepSlash(path);
     if (parent == path) return;
     MakeFolders(parent);
     CreateDirectoryA(path.c_str(), nullptr);

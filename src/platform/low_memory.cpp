@@ -53,7 +53,7 @@ bool LowMemoryPool::AddBlock() try {
     UniqueVirtualBlock block = AllocateLow(kBlockBytes);
     if (!block) return false;
     char* const start = static_cast<char*>(block.get());
-    // Before its slots are free to be taken: a block that cannot be kept goes again.
+    // Before its slots are free to be taken: a block that cannot be kept is freed again.
     blocks_.push_back(std::move(block));
     const bool low = reinterpret_cast<std::uintptr_t>(start) < kTwoGigabytes;
     for (std::size_t offset = 0; offset + slotBytes_ <= kBlockBytes; offset += slotBytes_) {

@@ -1,4 +1,4 @@
-// Objects that live until the process or the DLL goes, without running code at its exit.
+// Objects that live until the process or the DLL ends, without running code at its exit.
 #pragma once
 
 #include <utility>

@@ -24,7 +24,7 @@ namespace depot {
     ENTRY(ldap_controls_free, ldap_controls_freeA)
 
 // The bound entry points. No member is ever null: an entry point that is missing is answered by a
-// function that fails with code 81. Tests replace single members.
+// function that fails with LDAP_SERVER_DOWN. Tests replace single members.
 struct PagingClient {
     // Nothing is bound.
     PagingClient();
@@ -36,7 +36,7 @@ struct PagingClient {
     DEPOT_PAGING_CLIENT_ENTRIES(DEPOT_DECLARE_ENTRY)
 #undef DEPOT_DECLARE_ENTRY
 
-    // Tells whether every entry point is there.
+    // Whether every entry point is there.
     bool IsComplete() const;
 };
 

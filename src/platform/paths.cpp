@@ -33,10 +33,6 @@ std::string NamePart(std::string_view path) {
     return std::string(path.substr(FindLastSeparator(path) + 1));
 }
 
-std::string FolderPart(std::string_view path) {
-    return ParentFolderKeepSlash(path);
-}
-
 std::string FolderPrefix(std::string_view path) {
     return std::string(path.substr(0, FindLastSeparator(path) + 1));
 }

@@ -19,9 +19,6 @@ bool EndsInSeparator(std::string_view path);
 // Returns the text after the last backslash, or the whole text when there is none.
 std::string NamePart(std::string_view path);
 
-// Returns the text before the last backslash, or the whole text when there is none.
-std::string FolderPart(std::string_view path);
-
 // Returns the path up to and including its last backslash, or nothing when there is none.
 std::string FolderPrefix(std::string_view path);
 
@@ -49,10 +46,10 @@ std::string ParentFolderKeepSlash(std::string_view path);
 // Removes the text from the last '.' on, if there is one.
 std::string StripExtension(std::string_view name);
 
-// Tells whether the text names a place in the file system by itself: with a drive or as a UNC path.
+// Whether the text names a place in the file system by itself: with a drive or as a UNC path.
 bool IsFileSystemPath(std::string_view path);
 
-// Tells whether the path names the same place whatever the process's current folder and drive are:
+// Whether the path names the same place whatever the process's current folder and drive are:
 // it begins with a drive and a separator, with a server, or with "\\?\". A device ("\\.\NUL") is
 // no place for a file. What writes, moves or deletes asks this before it touches anything.
 bool IsAbsolutePath(std::string_view path);

@@ -55,7 +55,7 @@ class PrivateDescription {
 public:
     PrivateDescription() { built_ = Identify(user_) && Build(); }
 
-    // Null when the user cannot be told.
+    // Null when the user is unknown.
     SECURITY_DESCRIPTOR* Get() { return built_ ? &descriptor_ : nullptr; }
 
 private:

@@ -11,13 +11,13 @@ namespace depot {
 // file system that keeps no rights leaves it as it is.
 void MakePrivate(const std::string& path) noexcept;
 
-// Creates a file that does not exist yet, owned by the user of the calling thread and for nobody
-// else; null when there is one or none can be created. A file system that keeps no rights makes a
+// Creates a file that does not exist yet, owned by the user of the calling thread and for no
+// other; null when there is one or none can be created. A file system that keeps no rights makes a
 // file like any other.
 UniqueHandle CreatePrivateFile(const std::string& path, DWORD access, DWORD sharing) noexcept;
 
-// Tells whether the user of the calling thread owns the file. Nobody can make a file that belongs
-// to somebody else. A file system that keeps no owners says no.
+// Whether the user of the calling thread owns the file. No user can make a file that belongs
+// to another one. A file system that keeps no owners says no.
 bool IsOwnedByUser(HANDLE file) noexcept;
 // Gives a file the owner of another one. Returns false when the system refuses it, which takes a
 // privilege where the owner is another user; a file system without owners refuses nothing.

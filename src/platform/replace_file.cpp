@@ -1,6 +1,5 @@
 #include "platform/replace_file.h"
 
-#include <cstdio>
 #include <optional>
 #include <vector>
 
@@ -41,7 +40,7 @@ std::string NameBeside(const std::string& path, DWORD number) {
     const std::size_t separator = FindLastAnyCharacter(path, "\\/:");
     const std::size_t folder = separator == std::string::npos ? 0 : separator + 1;
     char name[16] = {};
-    std::snprintf(name, sizeof(name), "lda%04x.tmp", static_cast<unsigned>(number & 0xFFFF));
+    wsprintfA(name, "lda%04x.tmp", static_cast<unsigned>(number & 0xFFFF));
     return path.substr(0, folder) + name;
 }
 

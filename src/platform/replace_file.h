@@ -11,8 +11,8 @@ namespace depot {
 
 enum class FileCreation { kDone, kExists, kFailed };
 
-// When a new file's bytes have to be on the disk itself: a copy whose source goes survives a power
-// cut only there.
+// When a new file's bytes have to be on the disk itself: a copy whose source is removed survives
+// a power cut only there.
 enum class Flush { kLater, kNow };
 
 // Writes the bytes to a new file with normal attributes; one that exists stays. A file that could

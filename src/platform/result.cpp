@@ -3,21 +3,28 @@
 #include <utility>
 
 namespace depot {
-namespace {
 
-std::unique_ptr<Error> CopyOf(const std::unique_ptr<Error>& error) {
-    return error ? std::make_unique<Error>(*error) : nullptr;
+Error::Error(Reason why) : reason(why) {}
+
+Error::Error(Reason why, CodeKind whose, std::uint32_t number, std::string message)
+    : reason(why), kind(whose), code(number), text(std::move(message)) {}
+
+Error::Error(const Error& other) = default;
+Error::Error(Error&& other) noexcept = default;
+Error& Error::operator=(const Error& other) = default;
+Error& Error::operator=(Error&& other) noexcept = default;
+Error::~Error() = default;
+
+void ErrorDeleter::operator()(Error* error) const {
+    delete error;
 }
 
-}  // namespace
+Result::Result(Error error) : error_(new Error(std::move(error))) {}
 
-Result::Result(Error error) : error_(std::make_unique<Error>(std::move(error))) {}
-
-Result::Result(const Result& other) : error_(CopyOf(other.error_)) {}
+Result::Result(const Result& other) : error_(other.error_ ? new Error(*other.error_) : nullptr) {}
 
 Result& Result::operator=(const Result& other) {
-    error_ = CopyOf(other.error_);
-    return *this;
+    return *this = Result(other);
 }
 
 std::string Result::Text() const {

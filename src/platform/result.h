@@ -28,11 +28,25 @@ enum class Reason : std::uint8_t {
 // Whose number a code is.
 enum class CodeKind : std::uint8_t { kSystem, kDirectory };
 
+// What failed. Its members that the compiler would make are in the source: failures are rare, and
+// their clean-up would stand at every call.
 struct Error {
-    Reason reason = Reason::kRefused;
+    explicit Error(Reason why = Reason::kRefused);
+    Error(Reason why, CodeKind whose, std::uint32_t number, std::string message = {});
+    Error(const Error& other);
+    Error(Error&& other) noexcept;
+    Error& operator=(const Error& other);
+    Error& operator=(Error&& other) noexcept;
+    ~Error();
+
+    Reason reason;
     CodeKind kind = CodeKind::kSystem;
     std::uint32_t code = 0;
-    std::string text{};  // for the user, in the ANSI code page; may be empty
+    std::string text;  // for the user, in the ANSI code page; may be empty
+};
+
+struct ErrorDeleter {
+    void operator()(Error* error) const;
 };
 
 // Must be looked at. A result that is not a failure is done.
@@ -62,7 +76,7 @@ public:
     int AsFlag(std::string* errorText) const;
 
 private:
-    std::unique_ptr<Error> error_;  // null when the operation was done
+    std::unique_ptr<Error, ErrorDeleter> error_;  // null when the operation was done
 };
 
 }  // namespace depot

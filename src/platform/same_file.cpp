@@ -11,7 +11,7 @@
 namespace depot {
 namespace {
 
-// What the system itself tells files apart by.
+// What the system itself distinguishes files by.
 struct FileIdentity {
     DWORD volume;
     std::uint64_t number;
@@ -19,7 +19,7 @@ struct FileIdentity {
     friend bool operator==(const FileIdentity&, const FileIdentity&) = default;
 };
 
-// File systems that tell their files apart by other means, or whose numbers do not fit, show the
+// File systems that distinguish their files by other means, or whose numbers do not fit, show the
 // same number for all: 0 or all ones.
 std::optional<FileIdentity> IdentityOf(HANDLE file) {
     BY_HANDLE_FILE_INFORMATION facts = {};

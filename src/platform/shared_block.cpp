@@ -1,6 +1,6 @@
 #include "platform/shared_block.h"
 
-#include <cstdio>
+#include "platform/text.h"
 
 namespace depot {
 namespace {
@@ -32,8 +32,8 @@ void CloseSharedBlock(SharedBlockLink& link) {
 
 std::string ProcessBlockName(std::string_view prefix, DWORD processId) {
     char number[16];
-    std::snprintf(number, sizeof(number), "0x%08ld", static_cast<long>(processId));
-    return std::string(prefix) + number;
+    wsprintfA(number, "0x%08ld", static_cast<long>(processId));
+    return Concatenate({prefix, number});
 }
 
 }  // namespace depot

@@ -1,7 +1,7 @@
 // Named blocks of memory that the processes of one logon session share.
 //
 // The blocks live in the paging file. They carry no lock: they hold small fixed-size fields, and
-// the last writer wins. A block's name goes with the last handle to it.
+// the last writer wins. A block's name ends with the last handle to it.
 #pragma once
 
 #include <cstdint>

@@ -26,7 +26,7 @@ std::string MakeTempFile(const char* prefix) {
     char folder[kMaxPathBytes] = {};
     const DWORD length = GetTempPathA(sizeof(folder), folder);
     if (length == 0 || length >= sizeof(folder)) return {};
-    // Reserved before the file is there: nobody could remove it if memory ran out afterwards.
+    // Reserved before the file is there: it could not be removed if memory ran out afterwards.
     std::string name(MAX_PATH, '\0');
     SetLastError(ERROR_SUCCESS);
     if (GetTempFileNameA(folder, prefix, 0, name.data()) == 0) return {};

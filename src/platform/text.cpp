@@ -114,6 +114,24 @@ std::string ReplaceAllNoCase(std::string_view text, std::string_view find,
     return result.append(text.substr(copied));
 }
 
+std::string Concatenate(std::initializer_list<std::string_view> texts) {
+    std::size_t length = 0;
+    for (const std::string_view text : texts) length += text.size();
+    std::string whole;
+    whole.reserve(length);
+    for (const std::string_view text : texts) whole.append(text);
+    return whole;
+}
+
+std::string NumberText(std::uint64_t number) {
+    return std::to_string(number);
+}
+
+std::string CountText(std::uint64_t number, std::string_view one, std::string_view several) {
+    if (number == 0) return {};
+    return Concatenate({NumberText(number), " ", number == 1 ? one : several});
+}
+
 std::string EnsureTrailingBackslash(std::string text) {
     if (!text.empty() && !EndsInCharacter(text, '\\')) text.push_back('\\');
     return text;

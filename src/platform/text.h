@@ -5,6 +5,8 @@
 // description of the code page says (code_page.h).
 #pragma once
 
+#include <cstdint>
+#include <initializer_list>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -45,6 +47,15 @@ std::size_t FindNoCase(std::string_view text, std::string_view find, std::size_t
 // when `find` and `replacement` differ at most in case.
 std::string ReplaceAllNoCase(std::string_view text, std::string_view find,
                              std::string_view replacement);
+
+// Returns the texts one after another.
+std::string Concatenate(std::initializer_list<std::string_view> texts);
+
+// Returns the number in decimal digits.
+std::string NumberText(std::uint64_t number);
+
+// Returns the number and what is counted, such as "1 file" and "2 files"; empty for 0.
+std::string CountText(std::uint64_t number, std::string_view one, std::string_view several);
 
 // Appends one backslash to a text that is not empty and does not end in one.
 std::string EnsureTrailingBackslash(std::string text);

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdio>
+#include <cstdint>
 
 #include "platform/handles.h"
 #include "platform/text.h"
@@ -52,13 +52,13 @@ std::string Printable(std::string_view text) {
     return printable;
 }
 
-double MillisecondsSince(const LARGE_INTEGER& start) {
+std::uint64_t MicrosecondsSince(const LARGE_INTEGER& start) {
     LARGE_INTEGER now = {};
     LARGE_INTEGER frequency = {};
     QueryPerformanceCounter(&now);
     QueryPerformanceFrequency(&frequency);
-    const auto ticks = static_cast<double>(now.QuadPart - start.QuadPart);
-    return ticks * 1000.0 / static_cast<double>(frequency.QuadPart);
+    const LONGLONG ticks = now.QuadPart - start.QuadPart;
+    return static_cast<std::uint64_t>(ticks * 1'000'000 / frequency.QuadPart);
 }
 
 // Time, process and thread.
@@ -66,17 +66,18 @@ std::string LinePrefix() {
     SYSTEMTIME now = {};
     GetLocalTime(&now);
     std::array<char, 80> prefix = {};
-    std::snprintf(prefix.data(), prefix.size(), "%04u-%02u-%02u %02u:%02u:%02u.%03u %lu:%lu ",
-                  unsigned{now.wYear}, unsigned{now.wMonth}, unsigned{now.wDay},
-                  unsigned{now.wHour}, unsigned{now.wMinute}, unsigned{now.wSecond},
-                  unsigned{now.wMilliseconds}, GetCurrentProcessId(), GetCurrentThreadId());
+    // The system's own: the language's would bring floating point along.
+    wsprintfA(prefix.data(), "%04u-%02u-%02u %02u:%02u:%02u.%03u %lu:%lu ", unsigned{now.wYear},
+              unsigned{now.wMonth}, unsigned{now.wDay}, unsigned{now.wHour}, unsigned{now.wMinute},
+              unsigned{now.wSecond}, unsigned{now.wMilliseconds}, GetCurrentProcessId(),
+              GetCurrentThreadId());
     return prefix.data();
 }
 
-std::string DurationText(double milliseconds) {
-    std::array<char, 40> text = {};
-    std::snprintf(text.data(), text.size(), " %.3f ms ", milliseconds);
-    return text.data();
+std::string DurationText(std::uint64_t microseconds) {
+    std::array<char, 8> fraction = {};
+    wsprintfA(fraction.data(), ".%03u", static_cast<unsigned>(microseconds % 1000));
+    return Concatenate({" ", NumberText(microseconds / 1000), fraction.data(), " ms "});
 }
 
 }  // namespace
@@ -104,7 +105,7 @@ std::string TraceSpan::ResultText(HRESULT result) {
     if (result == S_OK) return "S_OK";
     if (result == S_FALSE) return "S_FALSE";
     std::array<char, 16> text = {};
-    std::snprintf(text.data(), text.size(), "0x%08lX", static_cast<unsigned long>(result));
+    wsprintfA(text.data(), "0x%08lX", static_cast<unsigned long>(result));
     return text.data();
 }
 
@@ -116,18 +117,23 @@ void TraceCount(const char* what, std::string_view subject, std::uint32_t count)
 
 void TraceLeftOut(std::string_view folder, std::string_view name, const char* reason) try {
     if (!IsTracing()) return;
-    const std::string result = std::string(reason) + ", in \"" + Printable(folder) + '"';
-    TraceSpan("left out", name).EndWithText(result);
+    TraceSpan("left out", name)
+        .EndWithText(Concatenate({reason, ", in \"", Printable(folder), "\""}));
 } catch (...) {
     return;
+}
+
+void TraceSpan::EndWithNumber(ULONG number) const {
+    End(NumberText(number));
 }
 
 // The traced operation keeps its last error and never fails for its trace.
 void TraceSpan::End(const std::string& result) const try {
     const DWORD lastError = GetLastError();
-    std::string line = LinePrefix() + operation_;
-    if (!subject_.empty()) line += " \"" + Printable(subject_) + '"';
-    WriteTraceLine(line + DurationText(MillisecondsSince(start_)) + result + "\r\n");
+    const std::string subject =
+        subject_.empty() ? std::string() : Concatenate({" \"", Printable(subject_), "\""});
+    WriteTraceLine(Concatenate({LinePrefix(), operation_, subject,
+                                DurationText(MicrosecondsSince(start_)), result, "\r\n"}));
     SetLastError(lastError);
 } catch (...) {
     return;

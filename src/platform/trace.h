@@ -44,7 +44,7 @@ public:
         if (operation_ != nullptr) End(ResultText(result));
     }
     void EndWithCode(ULONG code) const {
-        if (operation_ != nullptr) End(std::to_string(code));
+        if (operation_ != nullptr) EndWithNumber(code);
     }
     void EndWithText(const std::string& text) const {
         if (operation_ != nullptr) End(text);
@@ -53,6 +53,7 @@ public:
 private:
     static std::string ResultText(HRESULT result);
     void Begin(const char* operation, std::string_view subject);
+    void EndWithNumber(ULONG number) const;
     void End(const std::string& result) const;
 
     const char* operation_ = nullptr;  // null while nothing is traced

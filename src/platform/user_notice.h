@@ -1,4 +1,4 @@
-// Failures that the user is told of whatever the caller does with them.
+// Failures that are shown to the user whatever the caller does with them.
 #pragma once
 
 #include <string>

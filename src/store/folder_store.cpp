@@ -3,7 +3,6 @@
 #include <limits>
 #include <memory>
 
-#include "directory/local_listing.h"
 #include "platform/error_text.h"
 #include "platform/file_names.h"
 #include "platform/file_search.h"
@@ -85,7 +84,7 @@ TreeBounds NoBounds() {
 std::string LeftOutText(const LeftOut& left) {
     const std::string links = LinksText(left.links);
     const std::string names = UnsafeLocalNamesText(left.unsafeNames);
-    return links.empty() || names.empty() ? links + names : links + "\n" + names;
+    return Concatenate({links, links.empty() || names.empty() ? "" : "\n", names});
 }
 
 // Removes everything from the bottom up. Returns the first failure.
@@ -107,6 +106,18 @@ Error SystemError(DWORD code, const std::string& path) {
     FormatErrorText(code, path.c_str(), kCaption, &error.text, nullptr);
     SetLastError(code);
     return error;
+}
+
+std::string LinksText(std::uint32_t count) {
+    if (count == 0) return {};
+    return Concatenate(
+        {CountText(count, "link to a folder was", "links to folders were"), " left out."});
+}
+
+std::string UnsafeLocalNamesText(std::uint32_t count) {
+    if (count == 0) return {};
+    return Concatenate({CountText(count, "file or folder was", "files and folders were"),
+                        " left out: the system's code page cannot hold the name."});
 }
 
 FolderStore& FolderStore::Instance() {
@@ -257,7 +268,7 @@ std::optional<Result> FolderStore::CopyFile(PathPair paths, WriteRules rules,
         return Result();
     }
     const DWORD error = GetLastError();
-    // The system calls a path that is too long "not found", which helps nobody.
+    // The system calls a path that is too long "not found", which helps no user.
     const bool isTooLong = paths.to.size() >= kMaxPathBytes;
     Error failure = SystemError(isTooLong ? ERROR_BUFFER_OVERFLOW : error, paths.to);
     failure.code = error;
@@ -280,8 +291,8 @@ Result FolderStore::RemoveUnchanged(const std::string& path, const Digest& conte
     FileBuffer present;
     Result read = ReadFile(path, SourceFate::kStays, present);
     if (!read) return read;
-    if (DigestOf(present.bytes.get(), present.length) != contents) {
-        return Error{Reason::kChanged, CodeKind::kDirectory, kContentsChanged, {}};
+    if (DigestOf(present) != contents) {
+        return Error{Reason::kChanged, CodeKind::kDirectory, kContentsChanged};
     }
     return Remove(path, ItemKind::kFile);
 }

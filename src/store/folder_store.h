@@ -47,6 +47,11 @@ public:
     Error Keep(Error error) override;
 };
 
+// Return the texts for the user that so many links to folders, and so many files and folders for
+// their names, were left out; empty for none.
+std::string LinksText(std::uint32_t count);
+std::string UnsafeLocalNamesText(std::uint32_t count);
+
 // Returns the failure of a system call on a path, with the system's text, and leaves its code as
 // the thread's last error.
 Error SystemError(DWORD code, const std::string& path);

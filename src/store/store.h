@@ -1,7 +1,7 @@
 // A place that keeps files in folders: a file system, a directory, or memory in tests.
 //
 // Whatever works on files works on this interface; what kind of store it is, nothing else asks. To
-// find the store that holds a path of a depot: fileops/file_place.h.
+// find the store that holds a path of a depot: manager/display_path.h.
 #pragma once
 
 #include <array>
@@ -30,7 +30,7 @@ enum class ExistingEntries {
     kReplace = 2,  // replaces the contents of files
 };
 
-// What becomes of a source. One that goes is removed after it was copied: whatever of it cannot be
+// What becomes of a source. That of a move is removed after it was copied: whatever of it cannot be
 // seen to be whole makes the copy fail.
 enum class SourceFate { kStays, kGoes };
 
@@ -129,7 +129,7 @@ struct PathPair {
     const std::string& to;
 };
 
-// The identifiers by which a store tells items apart whatever becomes of their names; empty where
+// The identifiers by which a store distinguishes items whatever becomes of their names; empty where
 // it shows none.
 using ItemIdentifiers = EntryIdentifiers;
 
@@ -218,8 +218,8 @@ public:
     virtual Result Remove(const std::string& path, ItemKind kind) = 0;
     // Removes a file only while it holds these bytes: kChanged else.
     virtual Result RemoveUnchanged(const std::string& path, const Digest& contents) = 0;
-    // Removes a file or folder with everything below it, and goes on after what resists. Links are
-    // not followed.
+    // Removes a file or folder with everything below it, and continues after what resists. Links
+    // are not followed.
     virtual Result RemoveTree(const std::string& path) = 0;
 
     // Several at once.

@@ -23,7 +23,7 @@ struct LanguageSettings {
 inline constexpr std::uint32_t kLanguageFound = 0;
 inline constexpr std::uint32_t kNoLanguage = 1627;
 
-// Tells whether the search method asks for the configured language and not the user's own: it is
+// Whether the search method asks for the configured language and not the user's own: it is
 // the decimal number 1, which blanks may surround. Any other text, or none, asks for the user's.
 bool UsesConfiguredLanguage(const std::optional<std::string>& searchMethod);
 

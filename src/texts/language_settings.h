@@ -20,8 +20,8 @@ inline constexpr DWORD kLanguageTextBytes = 260;
 // alone. A value of more than kLanguageTextBytes counts as absent.
 LanguageSettings ReadLanguageSettings();
 
-// Returns the language of the user's interface as `systemLibrary` tells it, or the user's format
-// language on a system whose library does not tell it.
+// Returns the language of the user's interface as `systemLibrary` reports it, or the user's format
+// language on a system whose library does not report it.
 LANGID UserLanguageId(HMODULE systemLibrary = GetModuleHandleA("kernel32.dll"));
 
 // Returns the language code of the user interface, such as "eng", as the registry and the system

@@ -19,8 +19,8 @@ inline constexpr char kResourceLibraryName[] = "DepotIntr.NLS";
 // looking for the library in folders that others may write to.
 UniqueModule LoadResourceLibrary(const std::string& plainPath);
 
-// Loads the library as above from `folder`, which ends in a backslash. Tells the user in a message
-// box when nothing could be loaded.
+// Loads the library as above from `folder`, which ends in a backslash. A message box reports that
+// nothing could be loaded.
 UniqueModule LoadResourceLibraryOrTell(const std::string& folder);
 
 // Makes `library`, which the caller keeps loaded, the one that texts come from; null for none.

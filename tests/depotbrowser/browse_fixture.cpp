@@ -45,7 +45,7 @@ std::string BrowseTest::DefineDepot(const std::string& key, const std::string& n
 void BrowseTest::MakeFileIn(const std::string& depot, const std::string& name,
                             const std::string& bytes) const {
     const std::string path = depot + "\\" + name;
-    folder_.MakeFolder(FolderPart(path));
+    folder_.MakeFolder(ParentFolderKeepSlash(path));
     folder_.MakeFile(path, bytes);
 }
 

@@ -17,7 +17,7 @@ protected:
         genuine = Connected().Client();
     }
     std::uint32_t Remove(const std::string& contents) {
-        return Connected().RemoveUnchangedEntry(Dn("a.krc"), DigestOfText(contents));
+        return CodeOf(Connected().Entries().RemoveUnchanged(Dn("a.krc"), DigestOfText(contents)));
     }
 };
 
@@ -28,21 +28,21 @@ TEST_F(ConditionalDeletionTest, UnchangedEntryIsDeleted) {
 
 TEST_F(ConditionalDeletionTest, ChangedEntryStays) {
     EXPECT_EQ(kContentsChanged, Remove("other"));
-    EXPECT_EQ(kContentsChanged, Connected().LastError());
     EXPECT_TRUE(server_.Holds(Dn("a.krc")));
 }
 
 TEST_F(ConditionalDeletionTest, FileWithoutBytesIsTheOneThatHoldsABlank) {
     Connected().AddFileEntry(Dn("b.krc"), "b.krc", nullptr, 0);
-    EXPECT_EQ(0u, Connected().RemoveUnchangedEntry(Dn("b.krc"), DigestOfText(" ")));
+    EXPECT_EQ(0u, CodeOf(Connected().Entries().RemoveUnchanged(Dn("b.krc"), DigestOfText(" "))));
     EXPECT_FALSE(server_.Holds(Dn("b.krc")));
 }
 
 TEST_F(ConditionalDeletionTest, MissingEntryAndEntryThatIsNoFileReportTheirCodes) {
     server_.AddFolder("sub", base_);
     EXPECT_EQ(std::uint32_t{LDAP_NO_SUCH_OBJECT},
-              Connected().RemoveUnchangedEntry(Dn("none.krc"), DigestOfText("")));
-    EXPECT_EQ(kContentsChanged, Connected().RemoveUnchangedEntry(Dn("sub"), DigestOfText("")));
+              CodeOf(Connected().Entries().RemoveUnchanged(Dn("none.krc"), DigestOfText(""))));
+    EXPECT_EQ(kContentsChanged,
+              CodeOf(Connected().Entries().RemoveUnchanged(Dn("sub"), DigestOfText(""))));
     EXPECT_TRUE(server_.Holds(Dn("sub")));
 }
 

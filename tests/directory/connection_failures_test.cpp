@@ -203,7 +203,7 @@ TEST_F(ConnectionFailuresTest, ServerThatStopsAfterTheBindIsDownForEachOperation
     CLDAPItems& items = Make(mine.Location());
     ASSERT_EQ(1, items.ConnectLocation(&text_));
     mine.Stop();
-    EXPECT_EQ(81u, items.FindEntry(test::kSuffix));
+    EXPECT_EQ(81u, CodeOf(items.Entries().Find(test::kSuffix)));
     FileBuffer buffer;
     EXPECT_EQ(0, items.ReadFileContents("cn=a.krc,dc=farrow,dc=test", buffer));
     EXPECT_EQ(81u, items.LastError());

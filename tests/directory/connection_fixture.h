@@ -27,7 +27,7 @@ protected:
     CLDAPItems& Make(const CDepotPath& location) {
         location_ = location.Clone();
         items_ = std::make_unique<CLDAPItems>(location_.get());
-        items_->SetPrompt(&prompt_);
+        items_->Connection().SetPrompt(&prompt_);
         return *items_;
     }
     CDepotPath Anonymous() const {
@@ -41,7 +41,7 @@ protected:
         ForgetServer(location.port);
         return location;
     }
-    DirectoryInfo& Info() { return *items_->SharedInfo().Access(); }
+    DirectoryInfo& Info() { return *items_->Connection().Shared().Block().Access(); }
 
     std::string text_ = "junk";
 };

@@ -23,13 +23,14 @@ TEST_F(ConnectionTest, WithoutARecordTheObjectOwnsADefaultOne) {
     CLDAPItems items(nullptr);
     EXPECT_EQ(389u, items.Location().port);
     EXPECT_EQ(nullptr, items.Location().owner);
-    EXPECT_EQ(":389", items.SharedInfo().Key());
+    EXPECT_EQ(":389", items.Connection().Shared().Block().Key());
 }
 
 TEST_F(ConnectionTest, BlockKeyIsMadeOfTheServer) {
     CDepotPath location = server_.Location();
     location.host = "LocalHost";
-    EXPECT_EQ("localhost:" + std::to_string(location.port), Make(location).SharedInfo().Key());
+    EXPECT_EQ("localhost:" + std::to_string(location.port),
+              Make(location).Connection().Shared().Block().Key());
 }
 
 TEST_F(ConnectionTest, SimpleAuthenticationBindsWithTheGivenCredentials) {
@@ -154,7 +155,7 @@ TEST_F(ConnectionTest, SearchesSucceedWithATimeoutOfAnySize) {
         location.connectTimeout = timeout;
         CLDAPItems& items = Make(location);
         ASSERT_EQ(1, items.ConnectLocation(&text_));
-        EXPECT_EQ(0u, items.FindEntry(base_));
+        EXPECT_EQ(0u, CodeOf(items.Entries().Find(base_)));
     }
 }
 
@@ -182,7 +183,7 @@ TEST_F(ConnectionTest, NegotiateBindsAsTheCurrentUser) {
     EXPECT_EQ(1, seen.calls);
     EXPECT_EQ(0x486u, seen.method);
     EXPECT_EQ(0u, Info().noPrompt);
-    EXPECT_EQ(0u, items.FindEntry(base_));
+    EXPECT_EQ(0u, CodeOf(items.Entries().Find(base_)));
 }
 
 TEST_F(ConnectionTest, DisconnectLeavesAnUnusableObject) {

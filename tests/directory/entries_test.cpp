@@ -199,7 +199,7 @@ TEST_F(EntriesTest, WithoutAConnectionEveryOperationFailsAsServerDown) {
     EXPECT_EQ(MessageFor(81), text_);
     EXPECT_EQ(0, items.RenameEntry(Dn("a"), Dn("b"), nullptr));
     EXPECT_EQ(0, items.DeleteTree(Dn("a"), nullptr));
-    EXPECT_EQ(81u, items.FindEntry(base_));
+    EXPECT_EQ(81u, CodeOf(items.Entries().Find(base_)));
 }
 
 TEST_F(EntriesTest, MissingEntryPointMakesItsOperationFailAsServerDown) {

@@ -95,7 +95,7 @@ TEST_F(FaultsTest, ListingOverTheServersSizeLimitFailsWithItsCode) {
     EXPECT_EQ(4u, items.LastError());
     EXPECT_EQ(MessageFor(4), items.ErrorText());
     // Looking for one entry stays within any limit.
-    EXPECT_EQ(0u, items.FindEntry(test::kSuffix));
+    EXPECT_EQ(0u, CodeOf(items.Entries().Find(test::kSuffix)));
     EXPECT_THAT(boxes_.Boxes(), IsEmpty());
 }
 
@@ -117,9 +117,9 @@ TEST_F(FaultsTest, SearchOverTheServersTimeLimitFailsWithItsCode) {
     items.SetLastError(0);
     EXPECT_EQ(0, items.ReadFileContents(dn, buffer));
     EXPECT_EQ(3u, items.LastError());
-    EXPECT_EQ(3u, items.FindEntry(dn));
+    EXPECT_EQ(3u, CodeOf(items.Entries().Find(dn)));
     // The connection itself goes on.
-    EXPECT_EQ(0u, items.FindEntry(test::kSuffix));
+    EXPECT_EQ(0u, CodeOf(items.Entries().Find(test::kSuffix)));
     EXPECT_THAT(boxes_.Boxes(), IsEmpty());
 }
 
@@ -149,7 +149,7 @@ TEST_F(FaultsTest, ReferralEndsInTheServersCode) {
     FileBuffer buffer;
     EXPECT_EQ(0, items.ReadFileContents(Dn("elsewhere"), buffer));
     EXPECT_NE(0u, items.LastError());
-    EXPECT_NE(0u, items.FindEntry("cn=a.krc," + Dn("elsewhere")));
+    EXPECT_NE(0u, CodeOf(items.Entries().Find("cn=a.krc," + Dn("elsewhere"))));
     LdapItemList children;
     EXPECT_EQ(1, items.ListChildren(test::kSuffix, children));
     EXPECT_EQ(0u, children.Count());
@@ -188,7 +188,7 @@ TEST_F(FaultsTest, ServerThatForbidsAnonymousAccessIsReportedOnce) {
     items_ = std::make_unique<CLDAPItems>(location_.get());
     EXPECT_EQ(0, items_->ConnectLocation(&text_));
     EXPECT_EQ(48u, items_->LastError());
-    EXPECT_EQ(1u, items_->SharedInfo().Access()->noPrompt);
+    EXPECT_EQ(1u, items_->Connection().Shared().Block().Access()->noPrompt);
     EXPECT_THAT(boxes_.Texts(), ElementsAre(MessageFor(48)));
 }
 

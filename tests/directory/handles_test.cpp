@@ -57,13 +57,13 @@ TEST_F(HandlesTest, ConnectionThatIsLeftIsNeverUnbound) {
         unbinds = 0;
         {
             CLDAPItems items(&location);
-            EXPECT_FALSE(items.LeaveConnections());
+            EXPECT_FALSE(items.Connection().Leave());
             EXPECT_EQ(1, items.ConnectLocation(nullptr));
             items.Client().ldap_unbind_s = &CountUnbind;
             if (isLeft) {
-                EXPECT_TRUE(items.LeaveConnections());
+                EXPECT_TRUE(items.Connection().Leave());
                 EXPECT_FALSE(items.IsConnected());
-                EXPECT_FALSE(items.LeaveConnections());
+                EXPECT_FALSE(items.Connection().Leave());
             }
         }
         EXPECT_EQ(isLeft ? 0 : 1, unbinds);
@@ -121,7 +121,7 @@ protected:
     void Work(const Fault& fault, CDepotPath& location) {
         test::ForgetServer(location.port);
         CLDAPItems items(&location);
-        items.SetPrompt(&prompt_);
+        items.Connection().SetPrompt(&prompt_);
         fault.cause(items.Client());
         items.ConnectLocation(nullptr);
         LdapItemList children;

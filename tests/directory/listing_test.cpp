@@ -51,7 +51,7 @@ TEST_F(ListingTest, WithALocalBaseGivesLocalPaths) {
     server_.AddFile("a.krc", base_, "x");
     EXPECT_THAT(List("C:\\local"),
                 UnorderedElementsAre("folder C:\\local\\sub", "file C:\\local\\a.krc"));
-    EXPECT_EQ(0u, Connected().UnsafeNames());
+    EXPECT_EQ(0u, Connected().Entries().UnsafeNames());
 }
 
 TEST_F(ListingTest, WithALocalBaseLeavesOutNamesThatLeadElsewhere) {
@@ -60,9 +60,9 @@ TEST_F(ListingTest, WithALocalBaseLeavesOutNamesThatLeadElsewhere) {
     }
     server_.AddFile("good.krc", base_, "x");
     EXPECT_THAT(List("C:\\local"), ElementsAre("file C:\\local\\good.krc"));
-    EXPECT_EQ(5u, Connected().UnsafeNames());
+    EXPECT_EQ(5u, Connected().Entries().UnsafeNames());
     EXPECT_EQ(6u, List().size());
-    EXPECT_EQ(0u, Connected().UnsafeNames());
+    EXPECT_EQ(0u, Connected().Entries().UnsafeNames());
 }
 
 TEST_F(ListingTest, NamesThatTheCodePageCannotHoldAreLeftOutAndCounted) {
@@ -74,7 +74,7 @@ TEST_F(ListingTest, NamesThatTheCodePageCannotHoldAreLeftOutAndCounted) {
     server_.AddFile("\xC3\xA4.krc", base_, "x");
     EXPECT_THAT(List(),
                 UnorderedElementsAre("file CN=A.krc," + base_, "file CN=\xE4.krc," + base_));
-    EXPECT_EQ(3u, Connected().UnsafeNames());
+    EXPECT_EQ(3u, Connected().Entries().UnsafeNames());
 }
 
 std::string entryName;
@@ -95,11 +95,11 @@ TEST_F(ListingTest, BytesThatAreNoNameAreLeftOutAndCounted) {
                                     std::string("\xED\xA0\x80.krc"), std::string("a\0b.krc", 7)}) {
         entryName = name;
         EXPECT_THAT(List(), IsEmpty());
-        EXPECT_EQ(1u, Connected().UnsafeNames());
+        EXPECT_EQ(1u, Connected().Entries().UnsafeNames());
     }
     entryName = "b.krc";
     EXPECT_THAT(List(), ElementsAre("file CN=b.krc," + base_));
-    EXPECT_EQ(0u, Connected().UnsafeNames());
+    EXPECT_EQ(0u, Connected().Entries().UnsafeNames());
 }
 
 TEST_F(ListingTest, AsksForTheNamesAndTheClassOnly) {
@@ -222,9 +222,9 @@ TEST_F(ChildTest, OneOfWhoseNamesCannotBeHeldIsLeftOutUnlessItIsOfTheOtherKind) 
     const std::string bad = "\xE8\xA1\xA8.krc";
     const std::vector<std::string> file = {"quillonFileBinary"};
     EXPECT_THAT(ListChild({{"cn", {bad, "a.krc"}}, {"objectClass", file}}), IsEmpty());
-    EXPECT_EQ(1u, Connected().UnsafeNames());
+    EXPECT_EQ(1u, Connected().Entries().UnsafeNames());
     EXPECT_THAT(ListChild({{"objectClass", file}, {"cn", {bad, "a.krc"}}}), IsEmpty());
-    EXPECT_EQ(1u, Connected().UnsafeNames());
+    EXPECT_EQ(1u, Connected().Entries().UnsafeNames());
     Connected().Location().folderAttributeName = "ou";
     EXPECT_THAT(ListChild({{"ou", {bad}}, {"cn", {"a.krc"}}, {"objectClass", file}}),
                 ElementsAre("file CN=a.krc," + base_));

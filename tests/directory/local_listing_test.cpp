@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "platform/file_search.h"
 #include "support/folder_link.h"
 #include "support/page_names.h"
 #include "support/scratch.h"
@@ -86,20 +87,6 @@ TEST_F(LocalListingTest, NamesThatTheCodePageCannotHoldAreLeftOutAndCounted) {
     items_.Clear();
     AddLocalFoldersBelow(folder_.Path(), items_);
     EXPECT_THAT(Found(), ElementsAre("folder \\b", "folder \\b\\c"));
-}
-
-TEST(UnsafeLocalNamesTextTest, ReportsHowManyWereLeftOut) {
-    EXPECT_EQ("", UnsafeLocalNamesText(0));
-    EXPECT_EQ("1 file or folder was left out: the system's code page cannot hold the name.",
-              UnsafeLocalNamesText(1));
-    EXPECT_EQ("12 files and folders were left out: the system's code page cannot hold the name.",
-              UnsafeLocalNamesText(12));
-}
-
-TEST(LinksTextTest, ReportsHowManyLinksWereLeftOut) {
-    EXPECT_EQ("", LinksText(0));
-    EXPECT_EQ("1 link to a folder was left out.", LinksText(1));
-    EXPECT_EQ("12 links to folders were left out.", LinksText(12));
 }
 
 TEST_F(LocalListingTest, PathCountsAsAFolderWhenItIsOne) {

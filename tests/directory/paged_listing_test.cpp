@@ -100,7 +100,7 @@ TEST_F(PagedListingTest, NamesThatCannotBeLocalAreCountedOverAllPages) {
     server_->AddFile("CON", folder_, "x");
     EXPECT_EQ(1, items_->ListChildren(folder_, children_, "<Work>"));
     EXPECT_EQ(501u, children_.Count());
-    EXPECT_EQ(1u, items_->UnsafeNames());
+    EXPECT_EQ(1u, items_->Entries().UnsafeNames());
     EXPECT_EQ("<Work>\\f0.krc", children_.At(0).path);
 }
 
@@ -150,8 +150,8 @@ TEST_F(PagedListingTest, ServerThatDoesNotSayWhatItOffersIsNotAskedForPages) {
 TEST_F(PagedListingTest, ClientThatCannotAskForPagesEndsInTheSizeLimit) {
     Start(kPaging);
     AddFiles(501);
-    items_->Paging().ldap_parse_page_control = PagingClient().ldap_parse_page_control;
-    EXPECT_FALSE(items_->Paging().IsComplete());
+    items_->Connection().Paging().ldap_parse_page_control = PagingClient().ldap_parse_page_control;
+    EXPECT_FALSE(items_->Connection().Paging().IsComplete());
     ExpectRefused();
     EXPECT_EQ((OperationCounts{.searches = 1}), server_->Counts());
 }
@@ -159,7 +159,7 @@ TEST_F(PagedListingTest, ClientThatCannotAskForPagesEndsInTheSizeLimit) {
 TEST_F(PagedListingTest, FirstPageThatIsRefusedInAnyWayEndsInTheSizeLimit) {
     Start(kPaging);
     AddFiles(501);
-    items_->Paging().ldap_search_ext_s =
+    items_->Connection().Paging().ldap_search_ext_s =
         [](LDAP*, const PCHAR, ULONG, const PCHAR, PCHAR[], ULONG, PLDAPControlA*, PLDAPControlA*,
            l_timeval*, ULONG, LDAPMessage**) -> ULONG { return LDAP_INSUFFICIENT_RIGHTS; };
     ExpectRefused();
@@ -169,7 +169,7 @@ TEST_F(PagedListingTest, ServerThatStopsBetweenTwoPagesIsDownAndLeavesNoHalfList
     Start(kPaging);
     AddFiles(501);
     stopping = server_.get();
-    items_->Paging().ldap_search_ext_s =
+    items_->Connection().Paging().ldap_search_ext_s =
         [](LDAP* connection, const PCHAR base, ULONG scope, const PCHAR filter, PCHAR attributes[],
            ULONG typesOnly, PLDAPControlA* server, PLDAPControlA* client, l_timeval* timeout,
            ULONG limit, LDAPMessage** result) -> ULONG {
@@ -190,7 +190,7 @@ TEST_F(PagedListingTest, FolderThatIsDeletedBetweenTwoPagesLeavesNoHalfListing) 
     static std::unique_ptr<CLDAPItems> other;
     other = std::make_unique<CLDAPItems>(location_.get());
     ASSERT_EQ(1, other->ConnectLocation(nullptr));
-    items_->Paging().ldap_search_ext_s =
+    items_->Connection().Paging().ldap_search_ext_s =
         [](LDAP* connection, const PCHAR base, ULONG scope, const PCHAR filter, PCHAR attributes[],
            ULONG typesOnly, PLDAPControlA* server, PLDAPControlA* client, l_timeval* timeout,
            ULONG limit, LDAPMessage** result) -> ULONG {
@@ -209,7 +209,7 @@ TEST_F(PagedListingTest, FolderThatIsDeletedBetweenTwoPagesLeavesNoHalfListing) 
 TEST_F(PagedListingTest, PagesThatNeverHoldAnEntryEnd) {
     Start("database limits * size.soft=1 size.hard=1 size.prtotal=unlimited");
     AddFiles(2);
-    PagingClient& paging = items_->Paging();
+    PagingClient& paging = items_->Connection().Paging();
     static berval cookie = {1, const_cast<PCHAR>("c")};
     // Always the first page of an empty folder, and always the promise of more.
     paging.ldap_create_page_control = [](PLDAP connection, ULONG entries, berval*, UCHAR critical,
@@ -239,7 +239,7 @@ TEST_F(PagedListingTest, TreeOfALargeFolderIsDeleted) {
     Start(kPaging);
     AddFiles(501);
     EXPECT_EQ(1, items_->DeleteTree(folder_, nullptr));
-    EXPECT_EQ(std::uint32_t{LDAP_NO_SUCH_OBJECT}, items_->FindEntry(folder_));
+    EXPECT_EQ(std::uint32_t{LDAP_NO_SUCH_OBJECT}, CodeOf(items_->Entries().Find(folder_)));
 }
 
 }  // namespace

@@ -16,7 +16,7 @@ protected:
     CLDAPItems& Make(const CDepotPath& location) {
         location_ = location.Clone();
         items_ = std::make_unique<CLDAPItems>(location_.get());
-        items_->SetPrompt(&prompt_);
+        items_->Connection().SetPrompt(&prompt_);
         return *items_;
     }
     // A block of this name cannot be had: the name belongs to another kind of object.
@@ -26,11 +26,11 @@ protected:
         event_.reset(
             CreateEventA(nullptr, TRUE, FALSE, ("Quillon - Depot - LDAP Info - " + key).c_str()));
         items_ = std::make_unique<CLDAPItems>(location_.get());
-        items_->SetPrompt(&prompt_);
-        ASSERT_EQ(nullptr, items_->SharedInfo().Access());
+        items_->Connection().SetPrompt(&prompt_);
+        ASSERT_EQ(nullptr, items_->Connection().Shared().Block().Access());
         location_->host = "127.0.0.1";
     }
-    DirectoryInfo& Info() { return *items_->SharedInfo().Access(); }
+    DirectoryInfo& Info() { return *items_->Connection().Shared().Block().Access(); }
 
     UniqueHandle event_;
     std::string text_ = "junk";

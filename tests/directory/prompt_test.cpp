@@ -20,7 +20,7 @@ int ConnectAnonymously(const test::Arguments& arguments) {
     location.port = static_cast<std::uint32_t>(std::stoul(arguments.at(0)));
     location.authentication = kAnonymousAuthentication;
     CLDAPItems items(&location);
-    items.SetPrompt(&prompt);
+    items.Connection().SetPrompt(&prompt);
     const int connected = items.ConnectLocation(nullptr);
     return connected + 2 * static_cast<int>(prompt.shown.size());
 }

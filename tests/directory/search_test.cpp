@@ -30,7 +30,7 @@ TEST_F(SearchTest, FindingAnEntryAsksForItAloneAndForNoAttributes) {
     server_.AddFile("a.krc", base_, "x");
     Connected();
     server_.Mark();
-    EXPECT_EQ(0u, Connected().FindEntry(base_));
+    EXPECT_EQ(0u, CodeOf(Connected().Entries().Find(base_)));
     const std::string log = server_.Log();
     EXPECT_THAT(log, HasSubstr("SRCH base=\"" + base_ + "\" scope=0"));
     EXPECT_THAT(log, HasSubstr("SRCH attr=1.1\n"));
@@ -45,7 +45,7 @@ TEST_F(SearchTest, EverySearchUsesTheFilterForAnyEntry) {
     FileBuffer buffer;
     EXPECT_EQ(1, Connected().ListChildren(base_, items));
     EXPECT_EQ(1, Connected().ReadFileContents(Dn("a.krc"), buffer));
-    EXPECT_EQ(0u, Connected().FindEntry(base_));
+    EXPECT_EQ(0u, CodeOf(Connected().Entries().Find(base_)));
     EXPECT_EQ(1, Connected().AddFolderEntry(Dn("sub"), "sub", nullptr));
     EXPECT_EQ(1, Connected().EnsureFolderPath("cn=b.krc,cn=deep," + Dn("sub"), false, nullptr));
     const std::string log = server_.Log();
@@ -60,8 +60,8 @@ TEST_F(SearchTest, EverySearchUsesTheFilterForAnyEntry) {
 }
 
 TEST_F(SearchTest, FindingGivesTheDirectorysCode) {
-    EXPECT_EQ(32u, Connected().FindEntry(Dn("missing")));
-    EXPECT_EQ(34u, Connected().FindEntry("not a name"));
+    EXPECT_EQ(32u, CodeOf(Connected().Entries().Find(Dn("missing"))));
+    EXPECT_EQ(34u, CodeOf(Connected().Entries().Find("not a name")));
 }
 
 TEST_F(SearchTest, BaseWithMoreEntriesThanTheServersLimitIsFound) {
@@ -72,7 +72,7 @@ TEST_F(SearchTest, BaseWithMoreEntriesThanTheServersLimitIsFound) {
                    "\nquillonFileContentsBinary: x\n\n";
     }
     server_.Apply(entries);
-    EXPECT_EQ(0u, Connected().FindEntry(base_));
+    EXPECT_EQ(0u, CodeOf(Connected().Entries().Find(base_)));
     LdapItemList children;
     EXPECT_EQ(0, Connected().ListChildren(base_, children));
     EXPECT_EQ(4u, Connected().LastError());

@@ -50,7 +50,7 @@ TEST_F(SecurityTest, StartTlsSecuresTheSessionBeforeTheBind) {
     const std::string log = TlsServer().Log();
     EXPECT_THAT(log, HasSubstr("STARTTLS"));
     EXPECT_LT(log.find("TLS established"), log.find("BIND dn="));
-    EXPECT_EQ(0u, items.FindEntry(test::kSuffix));
+    EXPECT_EQ(0u, CodeOf(items.Entries().Find(test::kSuffix)));
 }
 
 TEST_F(SecurityTest, LdapsSecuresTheSessionFromItsStart) {
@@ -60,7 +60,7 @@ TEST_F(SecurityTest, LdapsSecuresTheSessionFromItsStart) {
     const std::string log = TlsServer().Log();
     EXPECT_THAT(log, Not(HasSubstr("STARTTLS")));
     EXPECT_LT(log.find("TLS established"), log.find("BIND dn="));
-    EXPECT_EQ(0u, items.FindEntry(test::kSuffix));
+    EXPECT_EQ(0u, CodeOf(items.Entries().Find(test::kSuffix)));
 }
 
 TEST_F(SecurityTest, UnknownSettingIsTakenAsStartTls) {

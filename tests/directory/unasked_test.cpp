@@ -49,7 +49,7 @@ protected:
         CLDAPItems other(&location);
         other.SetUserName(userName);
         other.SetPassword(password);
-        other.SharedInfo().Access()->lastError = 0;
+        other.Connection().Shared().Block().Access()->lastError = 0;
     }
 };
 
@@ -180,7 +180,7 @@ TEST_F(UnaskedTest, AnyNumberButZeroTurnsPromptingOff) {
 
 TEST_F(UnaskedTest, WithoutAPromptNoneAppearsAndPromptingStaysOnForOthers) {
     CLDAPItems& items = Make("anna", "");
-    items.SetPrompt(nullptr);
+    items.Connection().SetPrompt(nullptr);
     EXPECT_EQ(0, items.PromptForCredentials());
     EXPECT_EQ(0, items.PromptAndConnect(&text_));
     EXPECT_EQ(88u, items.LastError());
@@ -191,7 +191,7 @@ TEST_F(UnaskedTest, WithoutAPromptNoneAppearsAndPromptingStaysOnForOthers) {
 
 TEST_F(UnaskedTest, WithoutAPromptAFailedBindEndsTheConnectionAndPromptingStaysOnForOthers) {
     CLDAPItems& items = Make(test::kEditor, "wrong");
-    items.SetPrompt(nullptr);
+    items.Connection().SetPrompt(nullptr);
     server_.Mark();
     EXPECT_EQ(0, items.ConnectLocation(&text_));
     EXPECT_EQ(1, server_.Counts().binds);
@@ -213,7 +213,7 @@ TEST_F(UnaskedTest, InstalledPromptServesEveryConnectionAsLongAsItIsInstalled) {
     InstallCredentialsPrompt(nullptr);
     EXPECT_EQ(0, items.PromptForCredentials());
     EXPECT_EQ(1u, prompt_.shown.size());
-    EXPECT_EQ(0u, items.SharedInfo().Access()->noPrompt);
+    EXPECT_EQ(0u, items.Connection().Shared().Block().Access()->noPrompt);
 }
 
 // A probe is answered by what is known, and leaves no trace of a failure.

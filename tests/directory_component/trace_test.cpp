@@ -60,9 +60,10 @@ TEST_F(DirectoryTraceTest, ConditionalWriteLeavesALineWithoutEitherVersion) {
     const std::string text = "the second secret";
     const auto length = static_cast<std::uint32_t>(text.size());
     EXPECT_EQ(ULONG{LDAP_SUCCESS},
-              items.ReplaceUnchangedContents(dn, text.data(), length, present));
+              CodeOf(items.Entries().ReplaceUnchanged(dn, text.data(), length, present)));
     EXPECT_THAT(Written(), HasSubstr(" ldap_modify_ext_s \"" + dn + "\" "));
-    EXPECT_EQ(kContentsChanged, items.ReplaceUnchangedContents(dn, text.data(), length, present));
+    EXPECT_EQ(kContentsChanged,
+              CodeOf(items.Entries().ReplaceUnchanged(dn, text.data(), length, present)));
     EXPECT_THAT(Written(), HasSubstr(" ms 122\r\n"));
     EXPECT_THAT(Written(), Not(HasSubstr("secret")));
 }

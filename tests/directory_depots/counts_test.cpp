@@ -40,7 +40,7 @@ TEST_F(OperationCountsTest, ListingIsOneBindAndOneSearchWhateverTheFolderHolds) 
 }
 
 TEST_F(OperationCountsTest, AskingForAnEntryIsOneBindAndOneSearch) {
-    EXPECT_EQ(32u, Connected().FindEntry("cn=missing," + base_));
+    EXPECT_EQ(32u, CodeOf(Connected().Entries().Find("cn=missing," + base_)));
     EXPECT_EQ((OperationCounts{.binds = 1, .searches = 1}), server_.Counts());
 }
 

@@ -192,9 +192,9 @@ TEST_F(UploadNewFileTest, MissingPathOrParentIsAParameterErrorWithoutABox) {
         EXPECT_EQ(0, UploadNewFile(Directory(), hasPath ? folder_.MakeFile("n", "x") : "",
                                    hasPath ? "" : base_, true, &text));
         EXPECT_EQ(89u, Directory().LastError());
-        EXPECT_EQ(89u, Directory().SharedInfo().Access()->lastError);
+        EXPECT_EQ(89u, Directory().Connection().Shared().Block().Access()->lastError);
         EXPECT_EQ(test::MessageFor(89), text);
-        Directory().SharedInfo().Access()->lastError = 0;
+        Directory().Connection().Shared().Block().Access()->lastError = 0;
     }
     EXPECT_THAT(boxes_.Boxes(), IsEmpty());
 }

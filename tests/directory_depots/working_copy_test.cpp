@@ -61,7 +61,7 @@ TEST_F(WorkingCopyTest, FileSystemPathStaysOneBesideADirectory) {
         DepotFileContext file(path, *depots_);
         EXPECT_EQ(path, file.depotPath);
         EXPECT_EQ(path, file.localPath);
-        EXPECT_FALSE(file.IsInDirectory());
+        EXPECT_FALSE(file.NeedsWorkingCopy());
         file.WriteString("S", "K", "v");
         EXPECT_TRUE(file.Release());
     }
@@ -200,7 +200,7 @@ TEST_F(WorkingCopyTest, ReleaseOfNoPathWithAChangeShowsTheParameterError) {
     std::string text = "junk";
     EXPECT_EQ(0, ReleaseLocal(Directory(), Dn("a.kra"), "", true, &text));
     EXPECT_EQ(89u, Directory().LastError());
-    EXPECT_EQ(89u, Directory().SharedInfo().Access()->lastError);
+    EXPECT_EQ(89u, Directory().Connection().Shared().Block().Access()->lastError);
     EXPECT_EQ(test::MessageFor(89), text);
     ASSERT_THAT(boxes_.Texts(), SizeIs(1));
     EXPECT_EQ(test::MessageFor(89), boxes_.Texts().front());

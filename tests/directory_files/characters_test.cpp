@@ -1,12 +1,12 @@
 // Transfers and listings of names of many characters, in whatever ANSI code page the process runs
 // in.
-#include "directory/local_listing.h"
 #include "directory_files/transfer_fixture.h"
 #include "fileops/depot_file.h"
 #include "fileops/directory_transfer.h"
 #include "fileops/enumerate.h"
 #include "fileops/numbered_copy.h"
 #include "platform/system_code_page.h"
+#include "store/folder_store.h"
 #include "support/page_names.h"
 
 namespace depot {

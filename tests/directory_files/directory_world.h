@@ -56,7 +56,9 @@ protected:
         if (Connected().ReadFileContents(dn, buffer) == 0) return "(missing)";
         return std::string(reinterpret_cast<const char*>(buffer.bytes.get()), buffer.length);
     }
-    bool Holds(const std::string& dn) { return Connected().FindEntry(dn) == LDAP_SUCCESS; }
+    bool Holds(const std::string& dn) {
+        return CodeOf(Connected().Entries().Find(dn)) == LDAP_SUCCESS;
+    }
 
     DepotWorld world_;
     CDepot* work_ = nullptr;

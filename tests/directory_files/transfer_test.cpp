@@ -1,7 +1,7 @@
 #include "fileops/directory_transfer.h"
 
-#include "directory/local_listing.h"
 #include "directory_files/transfer_fixture.h"
+#include "store/folder_store.h"
 #include "support/folder_link.h"
 #include "support/page_names.h"
 

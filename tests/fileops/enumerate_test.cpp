@@ -31,7 +31,7 @@ protected:
     }
     void Make(const std::string& name) {
         if (name.find('\\') != std::string::npos) {
-            world_.folder.MakeFolder("w\\" + FolderPart(name));
+            world_.folder.MakeFolder("w\\" + ParentFolderKeepSlash(name));
         }
         world_.folder.MakeFile("w\\" + name, "x");
     }

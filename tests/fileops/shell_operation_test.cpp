@@ -46,7 +46,7 @@ protected:
 TEST_F(RunShellOperationTest, CopiesSeveralFilesIntoAFolder) {
     const std::string a = folder_.MakeFile("a", "1"), b = folder_.MakeFile("b", "2");
     const std::string target = folder_.MakeFolder("to");
-    EXPECT_TRUE(RunShellOperation(FO_COPY, {a, b}, &target, kQuietFlags, nullptr));
+    EXPECT_TRUE(RunShellOperation({FO_COPY, {a, b}, &target, kQuietFlags, nullptr}));
     EXPECT_EQ("1", FileBytes(folder_.At("to\\a")));
     EXPECT_EQ("2", FileBytes(folder_.At("to\\b")));
     EXPECT_TRUE(Exists(a));
@@ -55,7 +55,7 @@ TEST_F(RunShellOperationTest, CopiesSeveralFilesIntoAFolder) {
 TEST_F(RunShellOperationTest, DeletesFilesAndFolders) {
     const std::string a = folder_.MakeFile("a", "1"), sub = folder_.MakeFolder("sub");
     folder_.MakeFile("sub\\b", "2");
-    EXPECT_TRUE(RunShellOperation(FO_DELETE, {a, sub}, nullptr, FOF_NOCONFIRMATION, nullptr));
+    EXPECT_TRUE(RunShellOperation({FO_DELETE, {a, sub}, nullptr, FOF_NOCONFIRMATION, nullptr}));
     EXPECT_FALSE(Exists(a));
     EXPECT_FALSE(Exists(sub));
 }
@@ -63,7 +63,7 @@ TEST_F(RunShellOperationTest, DeletesFilesAndFolders) {
 TEST_F(RunShellOperationTest, OnlyADeletionNeedsNoTarget) {
     const std::string file = folder_.MakeFile("a.kra", "1");
     for (const UINT operation : {UINT{FO_COPY}, UINT{FO_MOVE}, UINT{FO_RENAME}}) {
-        EXPECT_FALSE(RunShellOperation(operation, {file}, nullptr, kQuietFlags, nullptr));
+        EXPECT_FALSE(RunShellOperation({operation, {file}, nullptr, kQuietFlags, nullptr}));
         EXPECT_EQ(DWORD{ERROR_INVALID_PARAMETER}, GetLastError());
     }
     EXPECT_TRUE(test::Exists(file));
@@ -71,7 +71,8 @@ TEST_F(RunShellOperationTest, OnlyADeletionNeedsNoTarget) {
 
 TEST_F(RunShellOperationTest, MissingSourceFails) {
     const std::string target = folder_.At("b");
-    EXPECT_FALSE(RunShellOperation(FO_RENAME, {folder_.At("none")}, &target, kQuietFlags, nullptr));
+    EXPECT_FALSE(
+        RunShellOperation({FO_RENAME, {folder_.At("none")}, &target, kQuietFlags, nullptr}));
 }
 
 TEST_F(RunShellOperationTest, NothingMovesIntoTheCurrentFolderOrOutOfIt) {
@@ -83,12 +84,13 @@ TEST_F(RunShellOperationTest, NothingMovesIntoTheCurrentFolderOrOutOfIt) {
     for (const std::string relative : {"x.kra", ".\\x.kra", "..\\x.kra", "\\depot-test-x.kra"}) {
         for (const UINT operation : {UINT{FO_COPY}, UINT{FO_MOVE}, UINT{FO_RENAME}}) {
             SCOPED_TRACE(relative + " " + std::to_string(operation));
-            EXPECT_FALSE(RunShellOperation(operation, {file}, &relative, kQuietFlags, nullptr));
+            EXPECT_FALSE(RunShellOperation({operation, {file}, &relative, kQuietFlags, nullptr}));
             EXPECT_EQ(DWORD{ERROR_INVALID_PARAMETER}, GetLastError());
         }
     }
-    EXPECT_FALSE(RunShellOperation(FO_MOVE, {"there.kra"}, &target, kQuietFlags, nullptr));
-    EXPECT_FALSE(RunShellOperation(FO_DELETE, {file, "there.kra"}, nullptr, kQuietFlags, nullptr));
+    EXPECT_FALSE(RunShellOperation({FO_MOVE, {"there.kra"}, &target, kQuietFlags, nullptr}));
+    EXPECT_FALSE(
+        RunShellOperation({FO_DELETE, {file, "there.kra"}, nullptr, kQuietFlags, nullptr}));
     EXPECT_EQ("1", FileBytes(file));
     EXPECT_EQ("2", FileBytes(there));
 }
@@ -96,11 +98,11 @@ TEST_F(RunShellOperationTest, NothingMovesIntoTheCurrentFolderOrOutOfIt) {
 TEST_F(RunShellOperationTest, EmptyTargetTouchesNothingInTheCurrentFolder) {
     const std::string a = folder_.MakeFile("only-here.kra", "1"), empty;
     SetLastError(ERROR_SUCCESS);
-    EXPECT_FALSE(RunShellOperation(FO_COPY, {a}, &empty, kQuietFlags, nullptr));
+    EXPECT_FALSE(RunShellOperation({FO_COPY, {a}, &empty, kQuietFlags, nullptr}));
     EXPECT_EQ(static_cast<DWORD>(ERROR_INVALID_PARAMETER), GetLastError());
     EXPECT_FALSE(Exists("only-here.kra"));
-    EXPECT_FALSE(RunShellOperation(FO_DELETE, {}, nullptr, FOF_NOCONFIRMATION, nullptr));
-    EXPECT_FALSE(RunShellOperation(FO_DELETE, {a, ""}, nullptr, FOF_NOCONFIRMATION, nullptr));
+    EXPECT_FALSE(RunShellOperation({FO_DELETE, {}, nullptr, FOF_NOCONFIRMATION, nullptr}));
+    EXPECT_FALSE(RunShellOperation({FO_DELETE, {a, ""}, nullptr, FOF_NOCONFIRMATION, nullptr}));
     EXPECT_TRUE(Exists(a));
 }
 

@@ -39,7 +39,7 @@ TEST_F(DepotFileContextTest, EmptyPathLeavesTheContextEmpty) {
     EXPECT_EQ("", file.depotPath);
     EXPECT_EQ("", file.localPath);
     EXPECT_FALSE(file.changed);
-    EXPECT_FALSE(file.IsInDirectory());
+    EXPECT_FALSE(file.NeedsWorkingCopy());
 }
 
 TEST_F(DepotFileContextTest, DisplayPathIsReadFromItsDepotsFolder) {
@@ -48,7 +48,7 @@ TEST_F(DepotFileContextTest, DisplayPathIsReadFromItsDepotsFolder) {
     EXPECT_EQ("<work>\\sub\\a.kra", file.depotPath);
     EXPECT_EQ(world_.folder.At("w\\sub\\a.kra"), file.localPath);
     EXPECT_FALSE(file.changed);
-    EXPECT_FALSE(file.IsInDirectory());
+    EXPECT_FALSE(file.NeedsWorkingCopy());
 }
 
 TEST_F(DepotFileContextTest, StoragePathUnderARootBelongsToItsDepot) {
@@ -73,7 +73,7 @@ TEST_F(DepotFileContextTest, ExistingFileOutsideEveryRootIsAPlainFile) {
     EXPECT_EQ(nullptr, file.depot);
     EXPECT_EQ(path, file.depotPath);
     EXPECT_EQ(path, file.localPath);
-    EXPECT_FALSE(file.IsInDirectory());
+    EXPECT_FALSE(file.NeedsWorkingCopy());
 }
 
 TEST_F(DepotFileContextTest, ExistingFileWhosePathBeginsWithTwoBackslashesIsAPlainFile) {
@@ -172,7 +172,7 @@ TEST_F(DepotFileContextTest, FileInADirectoryWithoutAServerHasNoLocalFile) {
     EXPECT_EQ(&directory, file.depot);
     EXPECT_EQ("<Dir>\\a.kra", file.depotPath);
     EXPECT_EQ("", file.localPath);
-    EXPECT_TRUE(file.IsInDirectory());
+    EXPECT_TRUE(file.NeedsWorkingCopy());
     EXPECT_EQ("default", file.ReadString("S", "K", "default", 100));
     file.WriteString("S", "K", "v");
     EXPECT_TRUE(file.changed);

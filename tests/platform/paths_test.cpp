@@ -34,14 +34,6 @@ TEST(NamePartTest, NameFollowsTheLastBackslash) {
                           {"\\", ""}});
 }
 
-TEST(FolderPartTest, FolderEndsBeforeTheLastBackslash) {
-    ExpectRows(FolderPart, {{"C:\\a\\b.kra", "C:\\a"},
-                            {"b.kra", "b.kra"},
-                            {"C:\\a\\", "C:\\a"},
-                            {"", ""},
-                            {"\\", ""}});
-}
-
 TEST(FolderPrefixTest, PrefixKeepsItsBackslash) {
     ExpectRows(FolderPrefix, {{"C:\\a\\b.kra", "C:\\a\\"},
                               {"b.kra", ""},
@@ -99,6 +91,8 @@ TEST(ParentFolderTest, TrailingBackslashDoesNotCount) {
 
 TEST(ParentFolderKeepSlashTest, PathThatEndsInABackslashLosesOnlyThatOne) {
     ExpectRows(ParentFolderKeepSlash, {{"C:\\a\\b\\", "C:\\a\\b"},
+                                       {"C:\\a\\b.kra", "C:\\a"},
+                                       {"b.kra", "b.kra"},
                                        {"C:\\a\\b", "C:\\a"},
                                        {"C:\\a\\b\\\\", "C:\\a\\b\\"},
                                        {"a", "a"},
@@ -175,7 +169,7 @@ TEST(PathsTest, SecondBytesSeparateNothing) {
     EXPECT_EQ(path, JoinPath(folder, name));
     EXPECT_EQ(path, JoinPath(folder + "\\", "\\" + name));
     EXPECT_EQ(name, NamePart(path));
-    EXPECT_EQ(folder, FolderPart(path));
+    EXPECT_EQ(folder, ParentFolderKeepSlash(path));
     EXPECT_EQ(folder + "\\", FolderPrefix(path));
     EXPECT_EQ(folder, ParentFolder(path + "\\"));
     EXPECT_EQ("C:", ParentFolder(folder));
@@ -202,7 +196,8 @@ TEST(PathsTest, RandomCharactersAreTakenApartAndPutTogetherAgain) {
         const std::string path = random.Pieces(12, pieces);
         SCOPED_TRACE(testing::PrintToString(path));
         ASSERT_EQ(path, FolderPrefix(path) + NamePart(path));
-        ASSERT_FALSE(HasBrokenCharacters(FolderPart(path)) || HasBrokenCharacters(NamePart(path)));
+        ASSERT_FALSE(HasBrokenCharacters(ParentFolderKeepSlash(path)) ||
+                     HasBrokenCharacters(NamePart(path)));
         ASSERT_FALSE(HasBrokenCharacters(ParentFolder(path)));
         ASSERT_FALSE(HasBrokenCharacters(StripExtension(path)));
         ASSERT_EQ(NamePart(path), NamePart(JoinPath("C:\\\x95\\", NamePart(path))));
@@ -215,7 +210,6 @@ TEST(PathsTest, RandomPathsAreTakenApartAndPutTogetherAgain) {
         const std::string path = random.Text(16, "ab.\\:");
         SCOPED_TRACE(path);
         ASSERT_EQ(path, FolderPrefix(path) + NamePart(path));
-        ASSERT_EQ(FolderPart(path), ParentFolderKeepSlash(path));
         ASSERT_EQ(ParentFolder(path), ParentFolderKeepSlash(RemoveTrailingBackslash(path)));
         if (path.find('.') != std::string::npos) {
             ASSERT_EQ(path, StripExtension(path) + ExtensionPart(path));
@@ -224,7 +218,7 @@ TEST(PathsTest, RandomPathsAreTakenApartAndPutTogetherAgain) {
             ASSERT_EQ(path, ExtensionPart(path));
         }
         if (path.find('\\') != std::string::npos) {
-            ASSERT_EQ(path, FolderPart(path) + "\\" + NamePart(path));
+            ASSERT_EQ(path, ParentFolderKeepSlash(path) + "\\" + NamePart(path));
         }
     }
 }
@@ -237,7 +231,7 @@ TEST(PathsTest, RandomJoinsAreUndoneByTakingTheFolderOff) {
         SCOPED_TRACE(folder + " | " + name);
         const std::string joined = JoinPath(folder, name);
         ASSERT_EQ(name, NamePart(joined));
-        ASSERT_EQ(RemoveTrailingBackslash(folder), FolderPart(joined));
+        ASSERT_EQ(RemoveTrailingBackslash(folder), ParentFolderKeepSlash(joined));
         ASSERT_EQ(joined, JoinPath("D:\\other", joined));
     }
 }

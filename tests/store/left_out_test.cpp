@@ -1,5 +1,6 @@
 // What the trace says of each entry that a listing leaves out.
 #include "platform/trace.h"
+#include "store/folder_store.h"
 #include "store/store_worlds.h"
 #include "store/tree.h"
 #include "support/memory_store.h"
@@ -45,6 +46,20 @@ TEST_P(LeftOutTest, EachEntryHasALineWithItsReasonAndItsFolder) {
 }
 
 INSTANTIATE_TEST_SUITE_P(All, LeftOutTest, EveryStore(), StoreName);
+
+TEST(UnsafeLocalNamesTextTest, ReportsHowManyWereLeftOut) {
+    EXPECT_EQ("", UnsafeLocalNamesText(0));
+    EXPECT_EQ("1 file or folder was left out: the system's code page cannot hold the name.",
+              UnsafeLocalNamesText(1));
+    EXPECT_EQ("12 files and folders were left out: the system's code page cannot hold the name.",
+              UnsafeLocalNamesText(12));
+}
+
+TEST(LinksTextTest, ReportsHowManyLinksWereLeftOut) {
+    EXPECT_EQ("", LinksText(0));
+    EXPECT_EQ("1 link to a folder was left out.", LinksText(1));
+    EXPECT_EQ("12 links to folders were left out.", LinksText(12));
+}
 
 }  // namespace
 }  // namespace depot::test

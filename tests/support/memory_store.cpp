@@ -171,7 +171,7 @@ Result MemoryStore::WriteFile(const std::string& path, const FileBuffer& content
     if (present && (rules.existing == ExistingEntries::kRefuse || !present->bytes)) {
         return Failure(Reason::kExists, path);
     }
-    if (!IsFolder(FolderPart(path))) return Failure(Reason::kMissing, path);
+    if (!IsFolder(ParentFolderKeepSlash(path))) return Failure(Reason::kMissing, path);
     if (room_ && contents.length > *room_) return Failure(Reason::kRefused, path);
     if (room_) *room_ -= contents.length;
     items_[Key(path)] = {present ? present->path : path, BytesOf(contents)};
@@ -184,7 +184,7 @@ Result MemoryStore::MakeFolder(const std::string& path, FoldersAbove above) {
     if (IsFolder(path)) return {};
     if (Find(path)) return Failure(Reason::kExists, path);
     if (!CanHold(NamePart(path))) return Failure(Reason::kBadName, path);
-    const std::string parent = FolderPart(path);
+    const std::string parent = ParentFolderKeepSlash(path);
     if (above == FoldersAbove::kAreMade && !Find(parent)) {
         Result made = MakeFolder(parent, above);
         if (!made) return made;
@@ -208,7 +208,7 @@ Result MemoryStore::Rename(PathPair paths, ExistingEntries existing, StoreSource
     if (isTaken && existing == ExistingEntries::kRefuse) {
         return Failure(Reason::kExists, paths.to);
     }
-    if (!IsFolder(FolderPart(paths.to))) return Failure(Reason::kMissing, paths.to);
+    if (!IsFolder(ParentFolderKeepSlash(paths.to))) return Failure(Reason::kMissing, paths.to);
     if (!item->bytes && !IsEmpty(paths.from)) {
         Result read = ReadSource(paths.from, SourceFate::kGoes, source);
         return read ? Result(Failure(Reason::kNotEmpty, paths.from)) : std::move(read);

@@ -110,7 +110,7 @@ std::string DirectoryStore::Bytes(const std::string& name) {
 }
 
 bool DirectoryStore::Holds(const std::string& name) {
-    return Items().FindEntry(DN(name)) == LDAP_SUCCESS;
+    return CodeOf(Items().Entries().Find(DN(name))) == LDAP_SUCCESS;
 }
 
 StoreContents DirectoryStore::Contents(const std::string& folder) {
@@ -136,7 +136,8 @@ void DirectoryStore::AddContents(const std::string& dn, const std::string& path,
 }
 
 CLDAPItems& DirectoryStore::Items() {
-    const bool answers = items_->IsConnected() && items_->FindEntry(base_) == LDAP_SUCCESS;
+    const bool answers =
+        items_->IsConnected() && CodeOf(items_->Entries().Find(base_)) == LDAP_SUCCESS;
     if (!answers) {
         items_ = std::make_unique<CLDAPItems>(location_.get());
         EXPECT_EQ(1, items_->ConnectLocation(nullptr));

@@ -142,12 +142,12 @@ std::optional<Problem> TryWriting(CDepotPath& location, const LogOnNames& names)
     CLDAPItems items(known.get());
     if (items.ConnectLocation(nullptr) == 0) return ProblemFor(items.LastError());
     const std::string base = items.PathToDN(ExpandedPath(location));
-    const std::string dn = EntryDN(items.NamingNames().file, kProbeFileName, base);
+    const std::string dn = EntryDN(items.Schema().NamingNames().file, kProbeFileName, base);
     std::uint32_t code = items.AddFileEntry(dn, kProbeFileName, &kProbeByte, sizeof(kProbeByte));
     if (code == LDAP_SUCCESS || code == LDAP_ALREADY_EXISTS) {
         FileBuffer probe = {sizeof(kProbeByte), std::make_unique<std::uint8_t[]>(1)};
         probe.bytes[0] = kProbeByte;
-        code = items.RemoveUnchangedEntry(dn, probe);
+        code = CodeOf(items.Entries().RemoveUnchanged(dn, probe));
         // What another program has stored there by now shows as well that one can.
         if (code == kContentsChanged) code = LDAP_SUCCESS;
     }

@@ -155,11 +155,12 @@ std::optional<std::vector<std::string>> DirectoryProbe::MissingFromSchema() {
     const std::vector<std::string> attributes = Values(subentry.front(), "attributeTypes");
     if (classes.empty() || attributes.empty()) return std::nullopt;
     std::vector<std::string> missing;
-    for (const std::string& name : {names_.FolderClass(), names_.FileClass()}) {
+    for (const std::string& name : {names_.Schema().FolderClass(), names_.Schema().FileClass()}) {
         if (!Defines(classes, name)) missing.push_back(Utf8FromAnsi(name));
     }
     for (const std::string& name :
-         {names_.NamingNames().folder, names_.NamingNames().file, names_.ContentsAttribute()}) {
+         {names_.Schema().NamingNames().folder, names_.Schema().NamingNames().file,
+          names_.Schema().ContentsAttribute()}) {
         if (!Defines(attributes, name)) missing.push_back(Utf8FromAnsi(name));
     }
     return missing;

@@ -5,7 +5,7 @@
 #include <string>
 
 #include "depotctl/program.h"
-#include "fileops/file_place.h"
+#include "manager/display_path.h"
 #include "model/depots.h"
 
 namespace depot::ctl {

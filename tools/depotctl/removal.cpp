@@ -3,7 +3,8 @@
 #include "depotctl/failure.h"
 #include "depotctl/progress.h"
 #include "depotctl/transfer.h"
-#include "directory/local_listing.h"
+#include "platform/file_search.h"
+#include "store/folder_store.h"
 #include "store/tree.h"
 
 namespace depot::ctl {

@@ -137,7 +137,7 @@ void Remove(const Place& place, ItemKind kind) {
     const auto local = at.store.LocalPath(at.path);
     // The shell removes folders also with what no text can name.
     if (local && kind == ItemKind::kFolder) {
-        if (RunShellOperation(FO_DELETE, {*local}, nullptr, kSilent, nullptr)) return;
+        if (RunShellOperation({FO_DELETE, {*local}, nullptr, kSilent, nullptr})) return;
         Fail("remove", place, GetLastError());
     }
     const Result removed = at.store.RemoveTree(at.path);
