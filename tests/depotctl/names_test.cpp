@@ -342,6 +342,22 @@ TEST_P(NamesTest, PublishingFollowsAndKeepsTextOfApplications) {
     EXPECT_EQ("client", FileBytes(folder_.At("team\\" + own + ".kre")));
 }
 
+TEST_P(NamesTest, PublishingInAFolderThatTheProfilesCodePageLacksCopiesNothing) {
+    if (!Holds(kForeignWord) || GetACP() == CP_UTF8) return;
+    folder_.MakeFile("c1.kre", "client");
+    const std::string profile = "[Skein]\r\nCount=1\r\nA=" + InSystemCodePage(OwnWord()) +
+                                "\r\n[Clients]\r\nC1=" + folder_.At("c1.kre") + "\r\n";
+    folder_.MakeFile("team\\p.kra", profile);
+    const std::string folder = In(kForeignWord);
+    RunTool({"mkdir", folder});
+    RunTool({"cp", "<Team>\\p.kra", folder});
+    const ToolRun run = RunTool({"publish", folder + "\\p.kra"});
+    EXPECT_EQ(1, run.exitCode);
+    EXPECT_THAT(run.errors, HasSubstr("code page " + std::to_string(GetACP()) + ", in which"));
+    EXPECT_THAT(Listed(folder), ElementsAreArray({"p.kra"}));
+    EXPECT_EQ(profile, RunTool({"cat", folder + "\\p.kra"}).output);
+}
+
 TEST_P(NamesTest, DepotsOfOneNameInTwoCasesAreOneName) {
     const bool western = SystemHolds("\u00E4");
     key_.Text("Work", "DisplayName.eng",
