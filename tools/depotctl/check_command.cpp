@@ -8,7 +8,6 @@
 #include "depotctl/encoding.h"
 #include "depotctl/failure.h"
 #include "depotctl/installation.h"
-#include "depotctl/key_argument.h"
 #include "depotctl/location_trial.h"
 #include "depotctl/program.h"
 #include "depotctl/utf8_text.h"

@@ -1,17 +1,14 @@
 // depots add, set and remove: definitions in the registry.
-#include "depotctl/define_commands.h"
-
 #include <algorithm>
 
 #include "depotctl/command_line.h"
+#include "depotctl/commands.h"
 #include "depotctl/define_options.h"
 #include "depotctl/definition_edit.h"
 #include "depotctl/definition_store.h"
 #include "depotctl/encoding.h"
 #include "depotctl/failure.h"
-#include "depotctl/key_argument.h"
 #include "depotctl/location_checks.h"
-#include "depotctl/macro_names.h"
 #include "depotctl/program.h"
 #include "depotctl/utf8_text.h"
 #include "manager/depot_list.h"
@@ -85,7 +82,7 @@ Findings UnknownMacros(const RawDefinition& definition) {
     Findings findings;
     for (int location = 1; location <= definition.Locations(); ++location) {
         const std::string name = Numbered("Path", location);
-        Append(findings, CheckMacroNames(name, definition.Text(name).value_or(""), MacroNames()));
+        Append(findings, CheckMacroNames(name, definition.Text(name).value_or("")));
     }
     return findings;
 }

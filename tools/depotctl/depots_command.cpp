@@ -4,7 +4,6 @@
 
 #include "depotctl/access.h"
 #include "depotctl/commands.h"
-#include "depotctl/define_commands.h"
 #include "depotctl/definition.h"
 #include "depotctl/encoding.h"
 #include "depotctl/program.h"

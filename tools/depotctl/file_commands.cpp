@@ -6,7 +6,6 @@
 #include "depotctl/places.h"
 #include "depotctl/removal.h"
 #include "depotctl/transfer.h"
-#include "depotctl/transfer_target.h"
 #include "fileops/copy.h"
 #include "fileops/numbered_copy.h"
 #include "platform/text.h"
@@ -87,11 +86,7 @@ void RemoveAll(Program& program, const RemoveOptions& options) {
     }
     Json removed = Json::array();
     for (const auto& [place, kind] : all) {
-        if (kind == ItemKind::kFolder) {
-            RemoveTree(program, place);
-        } else {
-            Remove(place, kind);
-        }
+        Remove(program, place, kind);
         removed.push_back(place.Utf8());
     }
     const std::string count = std::to_string(all.size());

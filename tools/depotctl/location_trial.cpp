@@ -4,7 +4,6 @@
 #include "depotctl/definition_checks.h"
 #include "depotctl/encoding.h"
 #include "depotctl/location_checks.h"
-#include "depotctl/macro_names.h"
 #include "platform/local_file.h"
 
 namespace depot::ctl {
@@ -59,12 +58,11 @@ private:
         const std::string raw = Utf8FromAnsi(location_.path);
         const std::string narrow = ExpandedPath(location_);
         const std::string expanded = Utf8FromAnsi(narrow);
-        const std::vector<std::string> macros = MacroNames();
         Findings found;
         if (!IsDirectory(location_)) {
-            found = CheckFolder("macros", {raw, expanded, narrow.size()}, macros);
+            found = CheckFolder("macros", {raw, expanded, narrow.size()});
         } else {
-            found = CheckMacros("macros", expanded, macros);
+            found = CheckMacros("macros", expanded);
             if (found.empty()) found = CheckBase("macros", expanded);
         }
         // What is wrong with the text as it stands was told of its definition.

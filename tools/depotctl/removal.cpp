@@ -2,12 +2,27 @@
 
 #include "depotctl/failure.h"
 #include "depotctl/progress.h"
-#include "depotctl/transfer.h"
 #include "directory/local_listing.h"
+#include "fileops/shell_operation.h"
 #include "store/tree.h"
 
 namespace depot::ctl {
 namespace {
+
+// A program without windows shows neither progress nor errors in windows.
+constexpr FILEOP_FLAGS kSilent =
+    FOF_NOCONFIRMATION | FOF_NOCONFIRMMKDIR | FOF_NOERRORUI | FOF_SILENT;
+
+void RemoveWhole(const OpenedPlace& at, const Place& place, ItemKind kind) {
+    const auto local = at.store.LocalPath(at.path);
+    // The shell removes folders also with what no text can name.
+    if (local && kind == ItemKind::kFolder) {
+        if (RunShellOperation(FO_DELETE, {*local}, nullptr, kSilent, nullptr)) return;
+        Fail("remove", place, GetLastError());
+    }
+    const Result removed = at.store.RemoveTree(at.path);
+    if (!removed) Fail("remove", place, removed.Why());
+}
 
 class Removal {
 public:
@@ -26,7 +41,7 @@ public:
         if (listed) RemoveFiles();
         if (tree_.left.links > 0) KeepLinks();
         // The folders, and whatever could not be deleted by itself.
-        Remove(folder_, ItemKind::kFolder);
+        RemoveWhole(at_, folder_, ItemKind::kFolder);
     }
 
 private:
@@ -59,8 +74,9 @@ private:
 
 }  // namespace
 
-void RemoveTree(const Program& program, const Place& folder) {
-    Removal(program, folder).Run();
+void Remove(const Program& program, const Place& place, ItemKind kind) {
+    if (kind == ItemKind::kFolder) return Removal(program, place).Run();
+    RemoveWhole(OpenedPlace(place, "remove"), place, kind);
 }
 
 }  // namespace depot::ctl

@@ -3,8 +3,8 @@
 #include "depotctl/encoding.h"
 #include "depotctl/failure.h"
 #include "depotctl/progress.h"
+#include "depotctl/utf8_text.h"
 #include "fileops/copy.h"
-#include "fileops/shell_operation.h"
 #include "platform/local_file.h"
 #include "platform/paths.h"
 #include "platform/text.h"
@@ -12,10 +12,6 @@
 
 namespace depot::ctl {
 namespace {
-
-// A program without windows shows neither progress nor errors in windows.
-constexpr FILEOP_FLAGS kSilent =
-    FOF_NOCONFIRMATION | FOF_NOCONFIRMMKDIR | FOF_NOERRORUI | FOF_SILENT;
 
 bool IsLocal(const OpenedPlace& place) {
     return place.store.LocalPath(place.path).has_value();
@@ -112,6 +108,15 @@ private:
     Progress progress_;
 };
 
+bool NamesFolder(const std::string& utf8Path) {
+    return EndsInAscii(utf8Path, '\\') || EndsInAscii(utf8Path, '/') || EndsInAscii(utf8Path, '>');
+}
+
+std::string SourceName(const Place& from) {
+    if (IsRoot(from)) Refuse(from.Shown() + " has no name of its own; name the target in full");
+    return NamePart(from.path);
+}
+
 bool IsSameOrInside(const Place& place, const Place& folder) {
     if (place.depot != folder.depot) return false;
     return StartsWithNoCase(EnsureTrailingBackslash(place.path),
@@ -132,18 +137,6 @@ TransferResult Transfer(const Program& program, const Place& from, const Place& 
     return result;
 }
 
-void Remove(const Place& place, ItemKind kind) {
-    const OpenedPlace at(place, "remove");
-    const auto local = at.store.LocalPath(at.path);
-    // The shell removes folders also with what no text can name.
-    if (local && kind == ItemKind::kFolder) {
-        if (RunShellOperation(FO_DELETE, {*local}, nullptr, kSilent, nullptr)) return;
-        Fail("remove", place, GetLastError());
-    }
-    const Result removed = at.store.RemoveTree(at.path);
-    if (!removed) Fail("remove", place, removed.Why());
-}
-
 void RequireFittingName(const Place& place, ItemKind kind) {
     const StorePath stored = place.Stored();
     // Where files and folders are named alike, the dot alone tells them apart.
@@ -157,6 +150,36 @@ void RequireFittingName(const Place& place, ItemKind kind) {
     if (kind == ItemKind::kFolder && HasDot(place)) {
         Refuse(place.Shown() + ": in this directory a name with a dot is a file's");
     }
+}
+
+Place TargetOf(Places& places, const Place& from, const std::string& to) {
+    const Place named = places.Resolve(to);
+    if (places.KindOf(named) == ItemKind::kFolder) return Child(named, SourceName(from));
+    if (NamesFolder(to)) Refuse("the folder " + named.Shown() + " is not there");
+    const Place parent = ParentOf(named);
+    if (places.KindOf(parent) != ItemKind::kFolder) {
+        Refuse("the folder " + parent.Shown() + " is not there");
+    }
+    return named;
+}
+
+void RequireFree(const Places& places, ItemKind kind, const Place& to, bool force) {
+    const ItemKind there = places.KindOf(to);
+    if (there == ItemKind::kMissing) return;
+    if (there != kind) {
+        Refuse(to.Shown() + " is there already, as a " +
+               (there == ItemKind::kFolder ? "folder" : "file"));
+    }
+    if (kind == ItemKind::kFile && !force) {
+        Refuse(to.Shown() + " is there already; --force replaces it");
+    }
+}
+
+void AnswerTransfer(const Program& program, const char* verb, const Place& to,
+                    const TransferResult& result) {
+    const std::string files = Counted(result.files, "file");
+    program.renderer.Answer({{verb, to.Utf8()}, {"files", result.files}},
+                            std::string(verb) + " " + files + " to " + to.Utf8());
 }
 
 }  // namespace depot::ctl

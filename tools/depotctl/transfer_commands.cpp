@@ -8,7 +8,7 @@
 #include "depotctl/places.h"
 #include "depotctl/profile_copy.h"
 #include "depotctl/progress.h"
-#include "depotctl/transfer_target.h"
+#include "depotctl/transfer.h"
 #include "fileops/publish.h"
 #include "platform/paths.h"
 
