@@ -12,7 +12,6 @@
 namespace depot::test {
 namespace {
 
-using ctl::ExitCode;
 using testing::HasSubstr;
 
 constexpr char kBefore[] = "[Host]\r\nName=mail\r\nPort=992\r\n";

@@ -129,8 +129,8 @@ Findings NotesOn(const RawDefinition& after, const DefineOptions& options) {
     return notes;
 }
 
-void Tell(const Program& program, const DefineOptions& options, const char* done,
-          const Findings& notes) {
+void Report(const Program& program, const DefineOptions& options, const char* done,
+            const Findings& notes) {
     Json json = {{done, options.key}, {"definedFor", OwnerOf(RootOf(options))}};
     json["notes"] = Json::array();
     std::string text =
@@ -183,14 +183,14 @@ void Define(const Program& program, const DefineOptions& options) {
     if (options.dryRun) return ShowFile(program, options, &change);
     const Findings notes = NotesOn(after, options);
     WriteDefinition(RootOf(options), options.key, change);
-    Tell(program, options, isNew ? "added" : "changed", notes);
+    Report(program, options, isNew ? "added" : "changed", notes);
 }
 
 void RemoveOne(const Program& program, const DefineOptions& options) {
     Existing(options, Existence::kThere);
     if (options.dryRun) return ShowFile(program, options, nullptr);
     RemoveDefinition(RootOf(options), options.key);
-    Tell(program, options, "removed", {});
+    Report(program, options, "removed", {});
 }
 
 }  // namespace

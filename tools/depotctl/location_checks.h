@@ -31,10 +31,10 @@ Findings CheckMacros(const std::string& subject, const std::string& expanded);
 // The macros of a path, not yet expanded, that there are not.
 Findings CheckMacroNames(const std::string& subject, const std::string& path);
 
-// Tells whether a path holds anything to expand.
+// Returns whether a path holds anything to expand.
 bool HasMacros(const std::string& path);
 
-// Tells whether a text looks like a distinguished name, and like a path of the file system.
+// Return whether a text looks like a distinguished name, and like a path of the file system.
 bool LooksLikeBase(const std::string& text);
 bool LooksLikeFolder(const std::string& text);
 

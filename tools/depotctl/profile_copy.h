@@ -19,7 +19,7 @@ struct ProfileRow {
 // A copy of a profile in UTF-16, which the system's profile functions read and write without any
 // code page. All that is not changed keeps its bytes, also those that are no characters.
 //
-// Texts come and go in UTF-8. What cannot be done ends the command.
+// Texts are given and returned in UTF-8. What cannot be done ends the command.
 class ProfileCopy {
 public:
     // Copies the file `path` of `place`; `codePage` is that of EncodingOf.

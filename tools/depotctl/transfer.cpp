@@ -34,7 +34,6 @@ public:
     }
 
     TransferResult Tree() {
-        if (rules_.existing == ExistingEntries::kRefuse && IsLocal(target_)) RefuseExisting();
         Take(CopyWhole(Request(progress_.Watcher())));
         return {progress_.FilesDone(), progress_.BytesDone()};
     }
@@ -65,6 +64,7 @@ private:
         if (why.reason == Reason::kIncomplete || why.reason == Reason::kSharedName) {
             RefuseWith(why.text);
         }
+        if (why.reason == Reason::kExists && IsLocal(target_)) RefuseExisting();
         if (why.reason == Reason::kInvalid) Refuse(from_.Shown() + " cannot go into itself");
         const bool writing = outcome.stage == CopyStage::kTarget;
         Error shown = why;
@@ -77,6 +77,7 @@ private:
         Refuse(from_.Shown() + ": " + Utf8FromAnsi(reason));
     }
 
+    // Names the file of a tree that is there already.
     void RefuseExisting() const {
         depot::Tree tree;
         const Result listed = ListTree(source_.store, source_.path, tree);
@@ -90,7 +91,7 @@ private:
         }
     }
 
-    // What may only be read goes, too: a copied file may only be read, either.
+    // Read-only files are moved as well: the copies are read-only, too.
     void AllowRemoval() const {
         for (const CopiedItem& item : copied_.items) {
             const DWORD attributes = GetFileAttributesA(item.path.c_str());
@@ -139,7 +140,7 @@ TransferResult Transfer(const Program& program, const Place& from, const Place& 
 
 void RequireFittingName(const Place& place, ItemKind kind) {
     const StorePath stored = place.Stored();
-    // Where files and folders are named alike, the dot alone tells them apart.
+    // Where files and folders are named alike, the dot alone distinguishes them.
     const bool namesAlike =
         !stored.store->LocalPath(stored.path) &&
         stored.store->ChildPath({}, "x", true) == stored.store->ChildPath({}, "x", false);

@@ -23,7 +23,7 @@ struct TransferResult {
 // terminal. With kRefuse nothing is copied when a file is there already. Ends the command on a
 // failure and when the user interrupts it; what was copied by then stays. Links to folders are left
 // out of a tree: all else is copied before the command ends with their number. A source that is to
-// go is removed after it was copied, and must be copied whole: with links nothing is copied.
+// be moved is removed after it was copied, and must be copied whole: with links nothing is copied.
 TransferResult Transfer(const Program& program, const Place& from, const Place& to,
                         const TransferRules& rules);
 

@@ -152,19 +152,16 @@ void Publish(Program& program, const std::string& path) {
 }  // namespace
 
 void AddTransferCommands(CLI::App& app, Program& program) {
-    const auto up = AddTransferCommand(
+    AddTransferCommand(
         app, program,
         {"upload", "Copy a local file or tree into a depot",
          "Example:\n  depotctl upload C:\\Profiles \"<Company>\\\"", "The local file or folder"},
         Run<Direction::kUp>);
-    const auto down = AddTransferCommand(
+    AddTransferCommand(
         app, program,
         {"download", "Copy a file or tree of a depot to a local folder",
          "Example:\n  depotctl download \"<Company>\\Profiles\" C:\\Backup", "What is fetched"},
         Run<Direction::kDown>);
-    for (const auto& command : {up, down}) {
-        command.app.add_flag("-f,--force", command.options.force, "Replace files that are there");
-    }
     AddPathCommand(
         app, program,
         {"publish", "Copy the files that a Skein profile depends on beside it",
