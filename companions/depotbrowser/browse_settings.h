@@ -1,4 +1,4 @@
-// What a client asks of the browse dialog and what it is told.
+// What a client asks of the browse dialog and what it receives.
 #pragma once
 
 #include <cstdint>
@@ -32,7 +32,7 @@ struct BrowseSettings {
 enum class BrowseOutcome { kConfirmed, kCancelled, kNotShown };
 
 // Shows the dialog modally and waits for the user. The owner, if any, is disabled meanwhile; it may
-// go away while the window is open, which cancels. `chosen` receives the display paths that the
+// be closed while the window is open, which cancels. `chosen` receives the display paths that the
 // user confirmed.
 BrowseOutcome ShowBrowseWindow(const BrowseSettings& settings, std::vector<std::string>& chosen);
 

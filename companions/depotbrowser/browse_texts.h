@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "depotbrowser/browse_entry.h"
+#include "depotbrowser/entry_order.h"
 #include "platform/handles.h"
 
 namespace depot {

@@ -39,7 +39,7 @@ private:
 };
 
 // Disables the owner, which may be null, shows the window and handles the thread's messages until
-// `ended` holds or the window is gone; then the owner is usable again. `translate` sees each
+// `ended` holds or the window is closed; then the owner is usable again. `translate` sees each
 // message first and returns whether it is done with it. A request to end the program is kept for
 // the caller's loop.
 void RunModally(HWND window, HWND owner, const std::function<bool()>& ended,
@@ -87,7 +87,7 @@ BrowseOutcome BrowseWindow::Show(std::vector<std::string>& chosen) {
         [this](const MSG& message) { return TranslateKey(message); });
     mailbox_->Close();
     chosen = std::move(chosen_);
-    // Without an outcome the window went with its owner.
+    // Without an outcome the window was closed with its owner.
     return outcome_.value_or(BrowseOutcome::kCancelled);
 }
 
@@ -160,7 +160,7 @@ INT_PTR BrowseWindow::HandleMessage(UINT message, WPARAM first, LPARAM second) {
         case WindowMailbox::kPromptMessage:
             return Answer(WindowMailbox::AnswerPrompt(window_, second));
         case WM_DESTROY:
-            WindowGoes();
+            WindowCloses();
             return TRUE;
         default:
             return FALSE;
@@ -208,8 +208,8 @@ INT_PTR BrowseWindow::HandleCommand(int control, int notification) {
 }
 
 INT_PTR BrowseWindow::HandleNotify(const NMHDR& header) {
-    // Controls speak while they are being made and while they go.
-    if (!parts_ || going_) return FALSE;
+    // Controls notify while they are being made and while they are destroyed.
+    if (!parts_ || closing_) return FALSE;
     if (header.hwndFrom == parts_->list.Control()) return HandleListNotify(header);
     if (header.hwndFrom != parts_->tree.Control()) return FALSE;
     if (header.code == TVN_KEYDOWN) {
@@ -329,9 +329,9 @@ void BrowseWindow::AskForHelp() const {
                        settings_.helpTopic);
 }
 
-void BrowseWindow::WindowGoes() {
+void BrowseWindow::WindowCloses() {
     KeepSize();
-    going_ = true;
+    closing_ = true;
     mailbox_->Close();
     // The loop finds out with its next message.
     PostThreadMessageW(GetCurrentThreadId(), WM_NULL, 0, 0);

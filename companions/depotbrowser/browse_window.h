@@ -62,7 +62,7 @@ private:
     void OpenSelectedFolder(const BrowseEntry& entry);
     void SelectAll() const;
     void AskForHelp() const;
-    void WindowGoes();
+    void WindowCloses();
     void Finish(BrowseOutcome outcome, std::vector<std::string> paths = {});
 
     HWND Control(int control) const { return GetDlgItem(window_, control); }
@@ -73,7 +73,7 @@ private:
     std::shared_ptr<WindowMailbox> mailbox_ = std::make_shared<WindowMailbox>();
     std::unique_ptr<Parts> parts_;
     LayoutMetrics metrics_;
-    bool going_ = false;
+    bool closing_ = false;
     std::optional<BrowseOutcome> outcome_;
     std::vector<std::string> chosen_;
 };

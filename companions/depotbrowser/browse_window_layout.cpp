@@ -6,7 +6,6 @@
 #include "depotbrowser/browse_ids.h"
 #include "depotbrowser/browse_window.h"
 #include "depotbrowser/browse_window_parts.h"
-#include "depotbrowser/control_text.h"
 #include "depotbrowser/dialog_template.h"
 #include "depotbrowser/name_rules.h"
 #include "platform/registry_key.h"
@@ -61,12 +60,6 @@ void Remember(const char* name, int pixels) {
     RegSetKeyValueA(HKEY_CURRENT_USER, kBrowserKey, name, REG_DWORD, &units, sizeof(units));
 }
 
-struct CanvasReleaser {
-    HWND window;
-    void operator()(HDC canvas) const { ReleaseDC(window, canvas); }
-};
-using UniqueCanvas = std::unique_ptr<std::remove_pointer_t<HDC>, CanvasReleaser>;
-
 SIZE TextSize(HWND control, const std::wstring& text) {
     const UniqueCanvas canvas(GetDC(control), {control});
     const auto font = reinterpret_cast<HFONT>(SendMessageW(control, WM_GETFONT, 0, 0));
@@ -84,10 +77,15 @@ RECT WorkAreaAround(HWND window) {
     return monitor.rcWork;
 }
 
+// A side of a window or of the screen.
+struct Side {
+    LONG start, end;
+};
+
 // Where a side of that length begins so that it is in the middle of the other and on the screen.
-int Centred(LONG length, LONG otherStart, LONG otherEnd, LONG screenStart, LONG screenEnd) {
-    const LONG start = (otherStart + otherEnd - length) / 2;
-    return static_cast<int>(std::max(screenStart, std::min(start, screenEnd - length)));
+int Centred(LONG length, Side other, Side screen) {
+    const LONG start = (other.start + other.end - length) / 2;
+    return static_cast<int>(std::max(screen.start, std::min(start, screen.end - length)));
 }
 
 }  // namespace
@@ -116,7 +114,7 @@ void BrowseWindow::FillTexts() const {
     SetWindowTextW(window_, texts_.Text(title).c_str());
 }
 
-// The texts that a screen reader says for controls that show none of their own.
+// The texts that a screen reader reads for controls that show none of their own.
 void BrowseWindow::SetAccessibleNames() const {
     SetDlgItemTextW(window_, CONTROL_LIST, texts_.Text(IDS_BROWSE_FILES).c_str());
     SetDlgItemTextW(window_, CONTROL_PROGRESS, texts_.Text(IDS_BROWSE_LOADING).c_str());
@@ -244,10 +242,9 @@ void BrowseWindow::PlaceWindow() const {
     if (settings_.owner != nullptr && !IsIconic(settings_.owner)) {
         GetWindowRect(settings_.owner, &over);
     }
-    SetWindowPos(
-        window_, nullptr, Centred(size.cx, over.left, over.right, screen.left, screen.right),
-        Centred(size.cy, over.top, over.bottom, screen.top, screen.bottom),
-        static_cast<int>(size.cx), static_cast<int>(size.cy), SWP_NOZORDER | SWP_NOACTIVATE);
+    const int x = Centred(size.cx, {over.left, over.right}, {screen.left, screen.right});
+    const int y = Centred(size.cy, {over.top, over.bottom}, {screen.top, screen.bottom});
+    MoveTo(window_, {x, y, static_cast<int>(size.cx), static_cast<int>(size.cy)});
 }
 
 void BrowseWindow::KeepSize() const {

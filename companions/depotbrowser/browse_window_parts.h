@@ -16,18 +16,18 @@ struct BrowseWindow::Parts {
           status(window.window_),
           navigator({tree, list, status, window.texts_, window.mailbox_,
                      [&window] { window.FolderChanged(); }}),
-          commands({window.window_, window.settings_.OffersCommands(), navigator, list, tree,
-                    status, window.texts_}),
-          choice({window.window_, window.settings_, navigator, list, status, window.texts_,
-                  [&window](std::vector<std::string> paths) {
-                      window.Finish(BrowseOutcome::kConfirmed, std::move(paths));
-                  }}) {}
+          shared{window.window_, window.settings_, navigator, list, status, window.texts_},
+          commands(shared),
+          choice(shared, [&window](std::vector<std::string> paths) {
+              window.Finish(BrowseOutcome::kConfirmed, std::move(paths));
+          }) {}
 
     BrowseIcons icons;
     FolderTree tree;
     FileList list;
     StatusLine status;
     FolderNavigator navigator;
+    const BrowseParts shared;
     FileCommands commands;
     FileChoice choice;
 };

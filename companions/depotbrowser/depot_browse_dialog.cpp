@@ -67,7 +67,7 @@ STDMETHODIMP CDepotBrowseDialog::get_ChosenPaths(SAFEARRAY** ppsaPaths) noexcept
 }
 
 STDMETHODIMP CDepotBrowseDialog::put_FileType(LONG lFileType) noexcept try {
-    // A type without an extension cannot be told from any other.
+    // A type without an extension cannot be distinguished from any other.
     settings_.fileType = ExtensionForType(lFileType).empty() ? 0 : lFileType;
     return S_OK;
 } catch (...) {

@@ -12,7 +12,7 @@
 namespace depot {
 namespace {
 
-// The shell tells nothing itself: the window does.
+// The shell shows nothing itself: the window does.
 constexpr FILEOP_FLAGS kSilentDelete = FOF_NOCONFIRMATION | FOF_SILENT | FOF_NOERRORUI;
 
 constexpr int kMostFolderNumbers = 1000;

@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "depotbrowser/browse_entry.h"
 #include "depotbrowser/depot_place.h"
+#include "depotbrowser/entry_order.h"
 #include "manager/depot_session.h"
 #include "platform/result.h"
 

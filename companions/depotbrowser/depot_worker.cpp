@@ -40,7 +40,7 @@ private:
 struct DepotWorker::State {
     explicit State(std::shared_ptr<WindowMailbox> window) : mailbox(std::move(window)) {}
 
-    // Returns the next job, waiting for one; nothing when the worker was let go of.
+    // Returns the next job, waiting for one; nothing once the worker's object has ended.
     Job Next() {
         for (;;) {
             {
@@ -68,21 +68,15 @@ struct DepotWorker::State {
     bool ended = false;
 };
 
-namespace {
-
 // What a new thread is given. The thread owns it.
-template <class State>
-struct ThreadStart {
+struct DepotWorker::Start {
     std::shared_ptr<State> state;
     HMODULE library = nullptr;
 };
 
-}  // namespace
-
 DepotWorker::DepotWorker(std::shared_ptr<WindowMailbox> mailbox)
     : state_(std::make_shared<State>(std::move(mailbox))) {
-    auto start = std::make_unique<ThreadStart<State>>();
-    *start = {state_, KeepLibraryLoaded()};
+    auto start = std::make_unique<Start>(Start{state_, KeepLibraryLoaded()});
     const UniqueHandle thread(CreateThread(nullptr, 0, Run, start.get(), 0, nullptr));
     if (!thread) {
         FreeLibrary(start->library);
@@ -112,13 +106,12 @@ void DepotWorker::Add(Job job) {
 DWORD WINAPI DepotWorker::Run(void* parameter) {
     HMODULE library = nullptr;
     {
-        const std::unique_ptr<ThreadStart<State>> start(
-            static_cast<ThreadStart<State>*>(parameter));
+        const std::unique_ptr<Start> start(static_cast<Start*>(parameter));
         library = start->library;
         const ModuleLock lock;
         DoJobs(start->state);
     }
-    // This code may be gone with its library: the thread must not come back to it.
+    // This code may be unloaded with its library: the thread must not return to it.
     FreeLibraryAndExitThread(library, 0);
 }
 
@@ -134,7 +127,7 @@ void DepotWorker::DoJobs(const std::shared_ptr<State>& state) {
             try {
                 job(session, reply);
             } catch (const WorkAbandoned&) {
-                // The window is gone, and with it whoever waits for the result.
+                // The window is closed: nothing waits for the result.
             }
         }
     } catch (const std::bad_alloc&) {

@@ -13,8 +13,8 @@
 namespace depot {
 
 // Does jobs one after another on a thread of its own, with a session and thus a list of depots that
-// no other thread uses. Whoever lets go of it does not wait: the job at work is left to itself, its
-// result dropped, and the library stays loaded until the thread has ended.
+// no other thread uses. Its end does not wait for the thread: the result of the job at work is
+// dropped, and the library stays loaded until the thread has ended.
 class DepotWorker {
 public:
     explicit DepotWorker(std::shared_ptr<WindowMailbox> mailbox);
@@ -23,8 +23,8 @@ public:
     DepotWorker& operator=(const DepotWorker&) = delete;
 
     // Has `work` done with the worker's session, and then `done` called with its result on the
-    // window's thread, unless the worker was let go of meanwhile. Work that ends in an exception
-    // has the result that its type starts with, a failure without a reason.
+    // window's thread, unless the worker's object has ended meanwhile. Work that ends in an
+    // exception has the result that its type starts with, a failure without a reason.
     template <class Work, class Done>
     void Post(Work work, Done done) {
         Add([work = std::move(work), done = std::move(done)](DepotSession& session,
@@ -41,6 +41,7 @@ public:
 
 private:
     struct State;
+    struct Start;
     using Reply = std::function<void(WindowMailbox::Delivery delivery)>;
     using Job = std::function<void(DepotSession& session, const Reply& reply)>;
 

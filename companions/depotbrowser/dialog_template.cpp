@@ -1,8 +1,6 @@
 #include "depotbrowser/dialog_template.h"
 
 #include <cstdlib>
-#include <memory>
-#include <type_traits>
 
 namespace depot {
 namespace {
@@ -34,15 +32,10 @@ std::size_t Aligned(std::size_t position) {
     return position + position % 2;
 }
 
-struct ScreenReleaser {
-    void operator()(HDC screen) const { ReleaseDC(nullptr, screen); }
-};
-using UniqueScreen = std::unique_ptr<std::remove_pointer_t<HDC>, ScreenReleaser>;
-
 }  // namespace
 
 int PixelsPerInch() {
-    const UniqueScreen screen(GetDC(nullptr));
+    const UniqueCanvas screen(GetDC(nullptr), {nullptr});
     return GetDeviceCaps(screen.get(), LOGPIXELSY);
 }
 
@@ -81,6 +74,13 @@ DialogTemplate LoadDialogTemplate(HMODULE module, WORD dialog) {
     if (loaded == nullptr) return {};
     const auto* const words = static_cast<const WORD*>(LockResource(loaded));
     return WithFont({words, SizeofResource(module, found) / sizeof(WORD)}, SystemMessageFont());
+}
+
+std::wstring TextOf(HWND control) {
+    std::wstring text(static_cast<std::size_t>(GetWindowTextLengthW(control)) + 1, L'\0');
+    const int length = GetWindowTextW(control, text.data(), static_cast<int>(text.size()));
+    text.resize(static_cast<std::size_t>(length));
+    return text;
 }
 
 }  // namespace depot

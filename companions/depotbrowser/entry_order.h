@@ -1,14 +1,25 @@
-// The order of the rows in the list of files.
+// The rows of the list of files, and their order.
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <string>
 #include <vector>
 
-#include "depotbrowser/browse_entry.h"
-
 namespace depot {
+
+// A file or folder as it was listed. Entries of a directory have neither a size nor a date.
+struct BrowseEntry {
+    std::string name;        // as paths spell it
+    std::wstring shownName;  // the same for the screen
+    bool isFolder = false;
+    std::int32_t fileType = 0;
+    bool hasDetails = false;  // whether size and date are known
+    std::uint64_t size = 0;
+    std::uint64_t date = 0;  // in the file system's units of 100 nanoseconds
+    std::wstring typeName;
+};
 
 // The columns from the left, as clients number them.
 enum class Column { kName, kType, kSize, kDate };

@@ -4,7 +4,7 @@
 
 #include "config/file_types.h"
 #include "depotbrowser/browse_ids.h"
-#include "depotbrowser/control_text.h"
+#include "depotbrowser/dialog_template.h"
 #include "depotbrowser/name_rules.h"
 #include "platform/paths.h"
 #include "platform/wide_text.h"
@@ -35,8 +35,6 @@ ExaminedName ExamineTarget(DepotSession& session, const FolderRef& folder, const
 
 }  // namespace
 
-FileChoice::FileChoice(Parts parts) : parts_(std::move(parts)) {}
-
 void FileChoice::Begin(const std::wstring& path, const FolderRef& otherwise) {
     const auto narrow = ExactAnsiFromWide(path);
     if (!narrow || FindSeparator(*narrow) == std::string::npos) {
@@ -49,7 +47,7 @@ void FileChoice::Begin(const std::wstring& path, const FolderRef& otherwise) {
         IDS_BROWSE_LOADING,
         [path = *narrow](DepotSession& session) { return LocatePath(session, path); },
         [this, otherwise](const LocatedPath& located) {
-            // The user may have gone elsewhere meanwhile.
+            // The user may have opened another folder meanwhile.
             if (parts_.navigator.Current()) return;
             parts_.navigator.Open(located.found ? located.folder : otherwise);
         });
@@ -90,7 +88,7 @@ void FileChoice::AcceptSelected(const std::vector<const BrowseEntry*>& files) {
     for (const BrowseEntry* file : files) {
         paths.push_back(parts_.navigator.FolderPath() + file->name);
     }
-    parts_.finish(std::move(paths));
+    finish_(std::move(paths));
 }
 
 void FileChoice::AcceptSeveral(const std::vector<TypedName>& names) {
@@ -101,7 +99,7 @@ void FileChoice::AcceptSeveral(const std::vector<TypedName>& names) {
         if (entry == nullptr || entry->isFolder) return Refuse(IDS_BROWSE_NOT_FOUND, typed.text);
         paths.push_back(parts_.navigator.FolderPath() + entry->name);
     }
-    parts_.finish(std::move(paths));
+    finish_(std::move(paths));
 }
 
 void FileChoice::AcceptOne(const TypedName& typed) {
@@ -148,7 +146,7 @@ void FileChoice::FinishOpen(const FolderRef& folder, const std::string& name,
                             const ExaminedName& found) {
     switch (found.kind) {
         case NameKind::kFile:
-            return parts_.finish({found.path});
+            return finish_({found.path});
         case NameKind::kFolder:
             return OpenFolder(folder, name);
         case NameKind::kAbsent:
@@ -177,7 +175,7 @@ void FileChoice::FinishSave(const FolderRef& folder, const std::string& name,
         !ConfirmOverwriting(name)) {
         return;
     }
-    parts_.finish({found.path});
+    finish_({found.path});
 }
 
 void FileChoice::OpenFolder(const FolderRef& folder, const std::string& name) {
@@ -195,7 +193,7 @@ bool FileChoice::ConfirmOverwriting(const std::string& name) const {
 
 void FileChoice::Refuse(UINT text, const std::wstring& argument, const std::string& reason) {
     parts_.status.ShowError(WithReason(parts_.texts.Text(text, argument), reason));
-    // The user goes on where the mistake is.
+    // The user continues where the mistake is.
     const HWND field = GetDlgItem(parts_.dialog, CONTROL_NAME);
     SendMessageW(parts_.dialog, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(field), TRUE);
 }

@@ -3,27 +3,20 @@
 
 #include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
-#include "depotbrowser/browse_settings.h"
 #include "depotbrowser/file_name_field.h"
 #include "depotbrowser/folder_navigator.h"
 
 namespace depot {
 
-// Understands the file name field. Borrows the parts of the window.
+// Understands the file name field. `finish` receives the paths that are chosen.
 class FileChoice {
 public:
-    struct Parts {
-        HWND dialog;
-        const BrowseSettings& settings;
-        FolderNavigator& navigator;
-        FileList& list;
-        StatusLine& status;
-        const BrowseTexts& texts;
-        std::function<void(std::vector<std::string> paths)> finish;
-    };
-    explicit FileChoice(Parts parts);
+    using Finish = std::function<void(std::vector<std::string> paths)>;
+    FileChoice(const BrowseParts& parts, Finish finish)
+        : parts_(parts), finish_(std::move(finish)) {}
 
     // Opens the folder of a path and puts its name into the field; a mere name stays in the field
     // and `otherwise` is opened.
@@ -33,7 +26,7 @@ public:
     void SelectionChanged();
 
     // Acts on the field as the default button does: opens a folder, applies a pattern, or ends the
-    // dialog with the chosen files. What cannot be is told in place.
+    // dialog with the chosen files. What cannot be is reported in place.
     void Accept();
 
     // The extension that names without one are given.
@@ -55,7 +48,8 @@ private:
     std::wstring Field() const;
     void SetField(const std::wstring& text) const;
 
-    Parts parts_;
+    const BrowseParts parts_;
+    const Finish finish_;
     std::wstring selectionField_;  // what the field holds as long as it shows the selection
 };
 

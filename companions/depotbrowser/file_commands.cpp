@@ -25,7 +25,7 @@ bool AllAreFiles(const std::vector<const BrowseEntry*>& entries) {
 }  // namespace
 
 bool FileCommands::CanChange() const {
-    return parts_.offered && parts_.navigator.IsLoaded();
+    return parts_.settings.OffersCommands() && parts_.navigator.IsLoaded();
 }
 
 bool FileCommands::CanRename() const {
@@ -114,7 +114,7 @@ bool FileCommands::ConfirmDeletion(const std::vector<const BrowseEntry*>& entrie
 }
 
 void FileCommands::UpdateButtons() const {
-    if (!parts_.offered) return;
+    if (!parts_.settings.OffersCommands()) return;
     const auto selected = parts_.list.Selected();
     const bool some = CanChange() && !selected.empty();
     const struct {

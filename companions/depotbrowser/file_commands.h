@@ -6,20 +6,10 @@
 
 namespace depot {
 
-// Rename, delete, make a copy and new folder. Borrows the parts of the window; none of it can be
-// used unless `offered`.
+// Rename, delete, make a copy and new folder. None of it can be used unless the settings offer it.
 class FileCommands {
 public:
-    struct Parts {
-        HWND dialog;
-        bool offered;
-        FolderNavigator& navigator;
-        FileList& list;
-        FolderTree& tree;
-        StatusLine& status;
-        const BrowseTexts& texts;
-    };
-    explicit FileCommands(Parts parts) : parts_(parts) {}
+    explicit FileCommands(const BrowseParts& parts) : parts_(parts) {}
 
     void NewFolder();
     void Rename() const;
@@ -41,7 +31,7 @@ private:
     template <class Change>
     void Run(Change change, bool editsName = false);
 
-    Parts parts_;
+    const BrowseParts parts_;
 };
 
 }  // namespace depot

@@ -5,7 +5,6 @@
 #include <string>
 #include <vector>
 
-#include "depotbrowser/browse_entry.h"
 #include "depotbrowser/browse_icons.h"
 #include "depotbrowser/browse_texts.h"
 #include "depotbrowser/entry_order.h"
@@ -42,7 +41,7 @@ public:
     void EditName() const;
     bool IsEditing() const;
 
-    // Handles what the control asks and tells; nothing when the dialog has to.
+    // Handles what the control asks and reports; nothing when the dialog has to.
     std::optional<LRESULT> HandleNotify(const NMHDR& header);
 
     HWND Control() const { return control_; }

@@ -9,6 +9,7 @@
 #include <utility>
 #include <vector>
 
+#include "depotbrowser/browse_settings.h"
 #include "depotbrowser/browse_texts.h"
 #include "depotbrowser/depot_listing.h"
 #include "depotbrowser/depot_worker.h"
@@ -35,7 +36,7 @@ public:
     // What happens once a folder is loaded.
     struct AfterLoading {
         std::string select;          // the entry that is selected; empty for none
-        std::wstring error;          // a failure to tell, of what was done before
+        std::wstring error;          // a failure to show, of what was done before
         std::function<void()> then;  // called last; may be null
     };
 
@@ -92,6 +93,16 @@ private:
     DepotRef busyDepot_;
     // The number of the work that began last, which workers look at: outdated work is left out.
     std::shared_ptr<std::atomic<unsigned>> newest_ = std::make_shared<std::atomic<unsigned>>(0);
+};
+
+// What the user's choices and changes work with: parts of the window, all borrowed.
+struct BrowseParts {
+    HWND dialog;
+    const BrowseSettings& settings;
+    FolderNavigator& navigator;
+    FileList& list;
+    StatusLine& status;
+    const BrowseTexts& texts;
 };
 
 // The text of a failure followed, where one is known, by its reason.

@@ -30,14 +30,14 @@ public:
     // Selects a folder without reporting it. Folders on the way that are not known yet are added.
     void Select(const FolderRef& folder);
 
-    // Tells which folders one holds. Those that stay keep what is known of them. `known` is false
+    // Sets which folders one holds. Those that stay keep what is known of them. `known` is false
     // when they could not be found out: the folder then can be opened again.
     void SetFolders(const FolderRef& folder, const std::vector<std::string>& names, bool known);
 
     // Returns a folder's names as the user sees them, from the depot's name down.
     std::wstring ShownPath(const FolderRef& folder) const;
 
-    // Handles what the control tells the dialog; nothing when it is not of interest.
+    // Handles what the control reports to the dialog; nothing when it is not of interest.
     std::optional<LRESULT> HandleNotify(const NMHDR& header);
 
     HWND Control() const { return control_; }

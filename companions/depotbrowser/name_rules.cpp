@@ -17,7 +17,7 @@ bool IsControl(char c) {
     return static_cast<unsigned char>(c) < ' ';
 }
 
-// Tells whether one character of the name is the pattern's, which may stand for any.
+// Returns whether one character of the name is the pattern's, which may stand for any.
 bool MatchesOne(std::string_view name, std::size_t at, std::string_view pattern, std::size_t p) {
     return pattern[p] == '?' ||
            FoldedCharacterAt(pattern, p).code == FoldedCharacterAt(name, at).code;
@@ -42,14 +42,6 @@ bool MatchesFrom(std::string_view name, std::string_view pattern) {
         }
     }
     return pattern.find_first_not_of('*', p) == std::string_view::npos;
-}
-
-std::vector<std::string> SplitFolders(std::string_view path) {
-    const std::vector<std::string_view> parts = SplitAtAny(path, "\\/");
-    std::vector<std::string> folders(parts.begin(), parts.end());
-    // Nothing stands behind a separator at the end.
-    if (folders.back().empty()) folders.pop_back();
-    return folders;
 }
 
 }  // namespace
@@ -88,13 +80,17 @@ std::string FolderAbove(std::string_view folder) {
 }
 
 std::vector<std::string> FolderNames(std::string_view folder) {
-    return SplitFolders(folder);
+    const std::vector<std::string_view> parts = SplitAtAny(folder, "\\/");
+    std::vector<std::string> folders(parts.begin(), parts.end());
+    // Nothing stands behind a separator at the end.
+    if (folders.back().empty()) folders.pop_back();
+    return folders;
 }
 
 RelativeTarget FollowPath(std::string_view folder, std::string_view path) {
     const bool fromRoot = path.starts_with(kSeparator) || path.starts_with('/');
     RelativeTarget target = {fromRoot ? std::string() : std::string(folder), {}};
-    std::vector<std::string> parts = SplitFolders(path);
+    std::vector<std::string> parts = FolderNames(path);
     const bool namesFolder = EndsInSeparator(path) || path.ends_with('/') || parts.empty() ||
                              parts.back() == "." || parts.back() == "..";
     if (!namesFolder) {

@@ -11,15 +11,15 @@ namespace depot {
 // The longest name of a file or folder, in bytes of the code page, as paths are limited.
 inline constexpr std::size_t kLongestName = 255;
 
-// Tells whether a file or folder can have this name: it is not empty, not too long, consists of
+// Returns whether a file or folder can have this name: it is not empty, not too long, consists of
 // more than dots, ends in neither a blank nor a dot, and holds none of the characters that separate
 // paths or stand for others.
 bool IsValidName(std::string_view name);
 
-// Tells whether the text is a pattern such as "*.kra".
+// Returns whether the text is a pattern such as "*.kra".
 bool IsPattern(std::string_view text);
 
-// Tells whether the name matches a pattern in any letter case: '*' stands for any characters, '?'
+// Returns whether the name matches a pattern in any letter case: '*' stands for any characters, '?'
 // for one. "*.*" matches every name.
 bool MatchesPattern(std::string_view name, std::string_view pattern);
 

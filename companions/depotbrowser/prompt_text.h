@@ -15,7 +15,7 @@ std::wstring PromptText(UINT id);
 // of files are made from some of them.
 std::optional<std::string> PromptTextForNames(unsigned id);
 
-// Gives the library of the user's language back. REQUIRES: no text is asked for any more.
+// Releases the library of the user's language. REQUIRES: no text is asked for any more.
 void FreePromptTexts();
 
 }  // namespace depot

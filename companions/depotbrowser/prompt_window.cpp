@@ -1,6 +1,5 @@
 #include "depotbrowser/prompt_window.h"
 
-#include "depotbrowser/control_text.h"
 #include "depotbrowser/dialog_template.h"
 #include "depotbrowser/prompt_ids.h"
 #include "depotbrowser/prompt_text.h"
@@ -102,7 +101,7 @@ PromptOutcome ShowPromptWindow(HWND owner, PromptFields& fields) {
         DialogBoxIndirectParamW(OwnModule(), reinterpret_cast<const DLGTEMPLATE*>(dialog.data()),
                                 owner, HandleMessage, reinterpret_cast<LPARAM>(&fields));
     if (result == IDOK) return PromptOutcome::kConfirmed;
-    // Zero: the window went with its owner.
+    // Zero: the window was closed with its owner.
     return result == -1 ? PromptOutcome::kNotShown : PromptOutcome::kCancelled;
 }
 

@@ -22,7 +22,7 @@ enum class PromptOutcome { kConfirmed, kCancelled, kNotShown };
 inline constexpr int kPromptFieldLimit = 259;
 
 // Shows the fields modally and waits for the user. The owner, if any, is disabled meanwhile; it may
-// go away while the window is open, which cancels. `fields` change only when the user confirms.
+// be closed while the window is open, which cancels. `fields` change only when the user confirms.
 PromptOutcome ShowPromptWindow(HWND owner, PromptFields& fields);
 
 }  // namespace depot

@@ -48,7 +48,7 @@ void StatusLine::TimerElapsed() {
 void StatusLine::SetBusy(bool busy) {
     if (busy == busy_) return;
     busy_ = busy;
-    // The focus must not stay on a button that goes.
+    // The focus must not stay on a button that is hidden.
     if (!busy && GetFocus() == stop_) {
         SendMessageW(dialog_, WM_NEXTDLGCTL,
                      reinterpret_cast<WPARAM>(GetDlgItem(dialog_, CONTROL_LIST)), TRUE);

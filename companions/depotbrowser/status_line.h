@@ -1,4 +1,4 @@
-// The line of the dialog that tells what goes on and what went wrong.
+// The line of the dialog that shows what is being done and what failed.
 #pragma once
 
 #include <string>

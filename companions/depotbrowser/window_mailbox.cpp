@@ -5,7 +5,7 @@
 namespace depot {
 namespace {
 
-// Answers of the window. One that is gone answers every message with 0.
+// Answers of the window. A closed one answers every message with 0.
 constexpr LRESULT kCancelled = 1;
 constexpr LRESULT kConfirmed = 2;
 
@@ -65,7 +65,7 @@ PromptOutcome WindowMailbox::AskForCredentials(PromptFields& fields) {
 LRESULT WindowMailbox::AnswerPrompt(HWND window, LPARAM parameter) {
     auto& fields = *reinterpret_cast<PromptFields*>(parameter);
     const PromptOutcome outcome = ShowPromptWindow(window, fields);
-    if (!IsWindow(window)) return 0;  // it went together with the prompt: nobody cancelled
+    if (!IsWindow(window)) return 0;  // it was closed with the prompt, which was not cancelled
     return outcome == PromptOutcome::kConfirmed ? kConfirmed : kCancelled;
 }
 

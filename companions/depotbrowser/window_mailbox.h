@@ -16,7 +16,7 @@ class WindowMailbox {
 public:
     using Delivery = std::function<void()>;
 
-    // The messages by which the window is told to act, each answered by the operation named.
+    // The messages by which the window is made to act, each answered by the operation named.
     static constexpr UINT kDeliverMessage = WM_APP + 1;  // Deliver
     static constexpr UINT kPromptMessage = WM_APP + 2;   // AnswerPrompt, with its parameter
 
@@ -26,7 +26,7 @@ public:
 
     // From any thread.
     void Send(Delivery delivery);
-    // Has the window ask the user, and waits for the answer; kNotShown when the window is gone.
+    // Has the window ask the user, and waits for the answer; kNotShown when the window is closed.
     PromptOutcome AskForCredentials(PromptFields& fields);
 
     // On the window's thread.

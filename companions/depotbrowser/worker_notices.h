@@ -9,11 +9,12 @@
 
 namespace depot {
 
-// Thrown out of work that waits for an answer of a window that is gone. A prompt that nobody saw
+// Thrown out of work that waits for an answer of a closed window. A prompt that was not seen
 // must not count as cancelled: no process would ask for that server again.
 struct WorkAbandoned {};
 
-// While it lives, the errors of this thread are collected here and its prompts go to the window.
+// While it lives, the errors of this thread are collected here and its prompts are passed to the
+// window.
 class WorkerNotices {
 public:
     explicit WorkerNotices(WindowMailbox& mailbox);

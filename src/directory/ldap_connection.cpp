@@ -72,6 +72,13 @@ void LdapConnection::Release() {
     if (call_ == nullptr) Close();
 }
 
+void LdapConnection::Adopt(LdapConnection& other) {
+    Close();
+    handle_ = UniqueLdap(other.handle_.release(), {&client_});
+    isConnected_ = std::exchange(other.isConnected_, false);
+    logOn_ = PresentLogOn();
+}
+
 // A server that has ended the connection has said so; nothing else can be waiting to be read.
 bool LdapConnection::IsStillOpen() const {
     if (IsMissing(client_.ldap_result)) return true;

@@ -73,6 +73,9 @@ public:
     // LDAP_SERVER_DOWN where that is not possible.
     Result Replace();
 
+    // Takes the open connection of another object, which was made for a copy of this one's record.
+    void Adopt(LdapConnection& other);
+
     // Whether Open binds as ConnectQuietly does, without asking anything.
     bool OpensUnasked() const;
 

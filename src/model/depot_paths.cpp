@@ -1,11 +1,16 @@
 #include "model/depot_paths.h"
 
 #include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <new>
+#include <vector>
 
 #include "directory/ldap_items.h"
 #include "macros/replacers.h"
 #include "model/depot.h"
 #include "model/depots.h"
+#include "platform/first_answer.h"
 #include "platform/local_file.h"
 #include "platform/paths.h"
 #include "platform/text.h"
@@ -19,6 +24,9 @@ CDepots* OwningList(const CDepotPath& location) {
     return paths != nullptr && paths->owner != nullptr ? paths->owner->owner : nullptr;
 }
 
+// How long a location that does not answer holds up the next one.
+constexpr std::chrono::seconds kPatience(2);
+
 // Whether a directory that is a depot's only location needs to be asked nothing to be chosen. A
 // log-on that is still to be completed is tried quietly before a user is asked for it, and a base
 // that no server takes for a name is reported.
@@ -31,6 +39,57 @@ bool IsChosenUnasked(CDepotPath& location) {
                LDAP_SUCCESS;
 }
 
+// The look whether one location can be reached, which may run on a thread of its own. Nothing is
+// asked or shown: the first use of the location does that.
+class LocationProbe {
+public:
+    explicit LocationProbe(CDepotPath& location) : path_(ExpandedPath(location)) {
+        record_ = location.Clone();
+        if (!record_) throw std::bad_alloc();
+        record_->owner = nullptr;
+    }
+
+    bool Run() { return record_->IsDirectory() ? FindBase() : PathExists(path_); }
+
+    // Whether waiting for the answer may take long.
+    bool MayWait() const { return record_->IsDirectory() || path_.starts_with("\\\\"); }
+
+    // What Run has found.
+    bool HasInvalidBase() const { return hasInvalidBase_; }
+    // Returns the directory with its connection, for the location itself; null where the first use
+    // would bind in another way, or for a folder.
+    std::unique_ptr<CLDAPItems> Directory(CDepotPath& location) {
+        if (!directory_ || !directory_->Connection().OpensUnasked()) return nullptr;
+        auto own = std::make_unique<CLDAPItems>(&location);
+        own->Connection().Adopt(directory_->Connection());
+        return own;
+    }
+
+private:
+    // Looks for the base alone.
+    bool FindBase() {
+        directory_ = std::make_unique<CLDAPItems>(record_.get());
+        if (!directory_->Connection().ConnectQuietly()) return false;
+        const Result found = directory_->Entries().Find(directory_->PathToDN(path_));
+        hasInvalidBase_ = CodeOf(found) == LDAP_INVALID_DN_SYNTAX;
+        if (!found) directory_->Close();
+        return found.IsDone();
+    }
+
+    const std::string path_;
+    std::unique_ptr<CDepotPath> record_;
+    std::unique_ptr<CLDAPItems> directory_;
+    std::atomic<bool> hasInvalidBase_ = false;
+};
+
+// A thread of its own would not act for the user for whom this one does.
+bool ActsForAnotherUser() {
+    HANDLE token = nullptr;
+    if (!OpenThreadToken(GetCurrentThread(), TOKEN_QUERY, TRUE, &token)) return false;
+    CloseHandle(token);
+    return true;
+}
+
 }  // namespace
 
 CDepotPaths::CDepotPaths(CDepot* owningDepot) : owner(owningDepot) {}
@@ -38,28 +97,6 @@ CDepotPaths::CDepotPaths(CDepot* owningDepot) : owner(owningDepot) {}
 CDepotPaths::~CDepotPaths() {
     directory_.reset();
     RemoveAllElements(array_, ownsItems);
-}
-
-// Connects and looks for the base alone. Nothing is asked or shown: the first use of the location
-// does that. A connection that the first use would make alike stays open for it as long as the call
-// lasts.
-bool CDepotPaths::IsReachableDirectory(CDepotPath& location) {
-    auto directory = std::make_unique<CLDAPItems>(&location);
-    LdapConnection& connection = directory->Connection();
-    if (!connection.ConnectQuietly()) return false;
-    const Result found = directory->Entries().Find(directory->PathToDN(ExpandedPath(location)));
-    if (CodeOf(found) == LDAP_INVALID_DN_SYNTAX) directory->ReportError(LDAP_INVALID_DN_SYNTAX);
-    if (!found) return false;
-    if (connection.OpensUnasked()) {
-        connection.Release();
-        directory_ = std::move(directory);
-    }
-    return true;
-}
-
-bool CDepotPaths::IsReachable(CDepotPath& location) {
-    return location.IsDirectory() ? IsReachableDirectory(location)
-                                  : PathExists(ExpandedPath(location));
 }
 
 std::unique_ptr<CLDAPItems> CDepotPaths::TakeDirectory() {
@@ -115,10 +152,40 @@ void CDepotPaths::ChooseLocation() {
         activeLocation_ = At(0);
         return;
     }
-    CDepotPath** const reachable =
-        std::find_if(array_.begin(), array_.end(),
-                     [this](CDepotPath* location) { return IsReachable(*location); });
-    activeLocation_ = reachable == array_.end() ? At(0) : *reachable;
+    activeLocation_ = At(FindReachable().value_or(0));
+}
+
+// Locations whose answer is at hand are looked at one after another; from the first on that may
+// let wait for it, they do not wait for each other.
+std::optional<std::size_t> CDepotPaths::FindReachable() {
+    std::vector<std::shared_ptr<LocationProbe>> probes;
+    const bool isAlone = Count() == 1 || ActsForAnotherUser();
+    const auto mayWait = [&] { return !isAlone && probes.back()->MayWait(); };
+    std::optional<std::size_t> found;
+    std::size_t first = 0;
+    for (; first < Count() && !found; ++first) {
+        probes.push_back(std::make_shared<LocationProbe>(*At(first)));
+        if (mayWait()) break;
+        if (probes[first]->Run()) found = first;
+    }
+    if (!found) {
+        while (probes.size() < Count()) {
+            probes.push_back(std::make_shared<LocationProbe>(*At(probes.size())));
+        }
+        std::vector<std::function<bool()>> attempts;
+        for (std::size_t index = first; index < Count(); ++index) {
+            attempts.push_back([probe = probes[index]] { return probe->Run(); });
+        }
+        found = FirstAnswer(std::move(attempts), kPatience);
+        if (found) *found += first;
+    }
+    for (std::size_t index = 0; index < found.value_or(probes.size()); ++index) {
+        if (!probes[index]->HasInvalidBase()) continue;
+        CLDAPItems(At(index)).ReportError(LDAP_INVALID_DN_SYNTAX);
+    }
+    if (found) directory_ = probes[*found]->Directory(*At(*found));
+    if (directory_) directory_->Connection().Release();
+    return found;
 }
 
 bool CDepotPaths::ChoiceProbesDirectory() const {

@@ -1,6 +1,8 @@
 // The storage locations of one depot, and the choice of the one through which it is used.
 #pragma once
 
+#include <memory>
+#include <optional>
 #include <string>
 
 #include "config/depot_path.h"
@@ -38,8 +40,9 @@ public:
     CDepotPath* At(std::size_t index) const { return array_.At(index); }
 
     // Returns the path through which the depot is used, with a trailing backslash: the expanded
-    // path of the first location that can be reached, or of the first one when none can. Empty when
-    // there is no location or its path is empty. The choice is made once and never revisited. A
+    // path of the first location that can be reached, or of the first one when none can. One that has
+    // not answered for two seconds holds the next ones up no longer. Empty when there is no location
+    // or its path is empty. The choice is made once and never revisited. A
     // directory that is the only location is not asked whether it can be reached.
     std::string GetActivePath();
 
@@ -66,8 +69,7 @@ public:
 
 private:
     void ChooseLocation();
-    bool IsReachable(CDepotPath& location);
-    bool IsReachableDirectory(CDepotPath& location);
+    std::optional<std::size_t> FindReachable();
     void Forget();
 
     PointerArray<CDepotPath> array_;

@@ -87,7 +87,7 @@ TEST_F(BrowseIconsTest, FoldersHaveOneIconInListAndTreeAndFilesAnother) {
     MakeFile("Sessions\\one.kra");
     MakeFile("a.kra");
     MakeFile("b.kra");
-    EXPECT_EQ(0, Show([](const OpenBrowser& browser) {
+    EXPECT_EQ(kNotConfirmed, Show([](const OpenBrowser& browser) {
                   browser.WaitForRows({L"Sessions", L"a.kra", L"b.kra"});
                   const std::vector<DWORD> folder = PixelsOfRow(browser, 0);
                   EXPECT_EQ(folder, PixelsOfFolder(browser));
@@ -102,7 +102,7 @@ TEST_F(BrowseIconsTest, DepotsHaveTheIconOfTheirDefinition) {
     ASSERT_NE(PixelsOfIcon(kIconLibrary, 3), PixelsOfIcon(kIconLibrary, 4));
     depots_.Text("Work", "Icon", "shell32.dll,3");
     depots_.Text("Team", "Icon", "%SystemRoot%\\system32\\shell32.dll, 4");
-    EXPECT_EQ(0, Show([](const OpenBrowser& browser) {
+    EXPECT_EQ(kNotConfirmed, Show([](const OpenBrowser& browser) {
                   EXPECT_EQ(PixelsOfIcon(kIconLibrary, 3), PixelsOfDepot(browser, 0));
                   EXPECT_EQ(PixelsOfIcon(kIconLibrary, 4), PixelsOfDepot(browser, 1));
                   browser.Press(VK_ESCAPE);
@@ -111,7 +111,7 @@ TEST_F(BrowseIconsTest, DepotsHaveTheIconOfTheirDefinition) {
 
 TEST_F(BrowseIconsTest, DepotsWhoseIconIsMissingShareThatOfAVolume) {
     depots_.Text("Team", "Icon", folder_.At("missing.ico") + ",2");
-    EXPECT_EQ(0, Show([](const OpenBrowser& browser) {
+    EXPECT_EQ(kNotConfirmed, Show([](const OpenBrowser& browser) {
                   const std::vector<DWORD> volume = PixelsOfIcon(kIconLibrary, 8);
                   EXPECT_EQ(volume, PixelsOfDepot(browser, 0));
                   EXPECT_EQ(volume, PixelsOfDepot(browser, 1));
@@ -134,7 +134,7 @@ TEST_F(BrowseLanguageTest, DepotsAreNamedInTheLanguageOfTheUser) {
         SCOPED_TRACE(language);
         world_.Configure(language, AllLanguages());
         const std::wstring name = L"Work in " + std::wstring(language.begin(), language.end());
-        EXPECT_EQ(0, Show([&](const OpenBrowser& browser) {
+        EXPECT_EQ(kNotConfirmed, Show([&](const OpenBrowser& browser) {
                       // The other depot has an English name alone.
                       EXPECT_EQ((Names{name, L"Team profiles"}), browser.Depots());
                       browser.WaitForLocation(name);
@@ -145,7 +145,7 @@ TEST_F(BrowseLanguageTest, DepotsAreNamedInTheLanguageOfTheUser) {
 
 TEST_F(BrowseLanguageTest, DepotWithoutAnyNameIsNamedByItsKey) {
     RegDeleteKeyValueA(depots_.Root(), (depots_.Path() + "\\Team").c_str(), "DisplayName.eng");
-    EXPECT_EQ(0, Show([](const OpenBrowser& browser) {
+    EXPECT_EQ(kNotConfirmed, Show([](const OpenBrowser& browser) {
                   EXPECT_EQ((Names{L"Work profiles", L"Team"}), browser.Depots());
                   browser.Press(VK_ESCAPE);
               }));
@@ -203,7 +203,7 @@ TEST_F(BrowseFontTest, LargerMessageFontMakesControlsLargerAndKeepsThemApart) {
     EXPECT_GT(after.cy, before.cy * 3 / 2);
 }
 
-// Shows the dialog in a process that goes by the screen's own resolution. The exit code is the
+// Shows the dialog in a process that uses the screen's own resolution. The exit code is the
 // height of a button, or 0 when the layout is not good.
 int ShowAtOwnResolution(const Arguments&) {
     SetProcessDPIAware();

@@ -12,7 +12,7 @@ namespace {
 
 constexpr char kBrowserKey[] = "Software\\Quillon\\Farrow\\13.00\\DepotBrowser";
 
-// A window that can own the dialog, and what it was told of help.
+// A window that can own the dialog, and the requests for help that it received.
 class Owner {
 public:
     Owner()
@@ -68,7 +68,7 @@ TEST_F(BrowseClassTest, NullOutputsAreRefusedAndNullTextsAreEmpty) {
     EXPECT_EQ(E_POINTER, dialog_->get_ChosenPaths(nullptr));
     EXPECT_EQ(S_OK, dialog_->put_InitialFileName(nullptr));
     EXPECT_EQ(S_OK, dialog_->put_ResourceFolder(nullptr));
-    EXPECT_EQ(0, Show([](const OpenBrowser& browser) {
+    EXPECT_EQ(kNotConfirmed, Show([](const OpenBrowser& browser) {
                   EXPECT_EQ(L"", browser.Text(CONTROL_NAME));
                   browser.Press(VK_ESCAPE);
               }));
@@ -111,19 +111,20 @@ TEST_F(BrowseClassTest, WithoutATopicThereIsNoHelp) {
 }
 
 TEST_F(BrowseClassTest, OwnerThatIsGoneDoesNotKeepTheDialogAway) {
-    LONG gone = 0;
+    LONG closed = 0;
     {
         const Owner owner;
-        gone = owner.Handle();
+        closed = owner.Handle();
     }
-    dialog_->put_OwnerWindow(gone);
-    EXPECT_EQ(0, Show([](const OpenBrowser& browser) { browser.Press(VK_ESCAPE); }));
+    dialog_->put_OwnerWindow(closed);
+    EXPECT_EQ(kNotConfirmed, Show([](const OpenBrowser& browser) { browser.Press(VK_ESCAPE); }));
 }
 
 TEST_F(BrowseClassTest, OwnerThatIsDestroyedWhileTheDialogIsOpenCancels) {
     const Owner owner;
     dialog_->put_OwnerWindow(owner.Handle());
-    EXPECT_EQ(0, Show([&](const OpenBrowser&) { PostMessageW(owner.Get(), WM_CLOSE, 0, 0); }));
+    EXPECT_EQ(kNotConfirmed,
+              Show([&](const OpenBrowser&) { PostMessageW(owner.Get(), WM_CLOSE, 0, 0); }));
 }
 
 TEST_F(BrowseClassTest, SizeIsRememberedUnlessTheClientDoesNotWantIt) {
@@ -184,7 +185,7 @@ TEST_F(BrowseClassTest, TwoDialogsAtOnceKeepTheirChoicesApart) {
         inner->get_ChosenPath(path.Receive());
         innerChoice = path.Text();
     };
-    EXPECT_EQ(1, Show([&](const OpenBrowser& browser) {
+    EXPECT_EQ(kConfirmed, Show([&](const OpenBrowser& browser) {
                   browser.WaitForRow(L"one.kra");
                   std::thread(showInner).join();
                   SetForegroundWindow(browser.Window());

@@ -68,7 +68,7 @@ TEST_F(BrowseNamesTest, FilesAreShownTypedAndChosenByTheirOwnNames) {
     for (const std::wstring& name : names) MakeOwn(name);
     for (const std::wstring& name : names) {
         SCOPED_TRACE(testing::PrintToString(name));
-        EXPECT_EQ(1, Show([&](const OpenBrowser& browser) {
+        EXPECT_EQ(kConfirmed, Show([&](const OpenBrowser& browser) {
                       browser.SelectDepot(own_);
                       for (const std::wstring& row : names) browser.WaitForRow(row);
                       EXPECT_EQ(own_, browser.Text(CONTROL_LOCATION));
@@ -86,7 +86,7 @@ TEST_F(BrowseNamesTest, FileIsSavedInAFolderByItsOwnName) {
     for (const std::wstring& name : HeldNames(true)) {
         SCOPED_TRACE(testing::PrintToString(name));
         dialog_->put_InitialFileName(Bstr(Display(own_ + L"\\" + name)).Get());
-        EXPECT_EQ(1, Show([&](const OpenBrowser& browser) {
+        EXPECT_EQ(kConfirmed, Show([&](const OpenBrowser& browser) {
                       browser.WaitForRow(L"there.kra");
                       EXPECT_EQ(name, browser.Text(CONTROL_NAME));
                       EXPECT_EQ(own_ + L"\\" + own_, browser.Text(CONTROL_LOCATION));
@@ -120,7 +120,7 @@ TEST_F(BrowseNamesTest, FoldersAreMadeByNamesInTheirOwnLettersAndOneIsEntered) {
     dialog_->put_FileType(64);
     const Names folders = HeldFolders();
     const std::wstring& last = folders.back();
-    EXPECT_EQ(1, Show([&](const OpenBrowser& browser) {
+    EXPECT_EQ(kConfirmed, Show([&](const OpenBrowser& browser) {
                   browser.SelectDepot(own_);
                   browser.WaitForRow(L"there.kra");
                   for (const std::wstring& folder : folders) {
@@ -169,7 +169,7 @@ TEST_F(BrowseNamesTest, NameThatTheCodePageLacksIsRefusedInPlace) {
     for (const std::wstring& name : HeldNames(false)) {
         SCOPED_TRACE(testing::PrintToString(name));
         const std::wstring refusal = L"\"" + name + L"\" is not a valid name.";
-        EXPECT_EQ(0, Show([&](const OpenBrowser& browser) {
+        EXPECT_EQ(kNotConfirmed, Show([&](const OpenBrowser& browser) {
                       browser.SelectDepot(own_);
                       browser.WaitForRow(L"plan.kra");
                       browser.TypeName(name);

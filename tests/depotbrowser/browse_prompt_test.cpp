@@ -25,7 +25,7 @@ protected:
     DirectoryInfo& Shared() { return *block_.Access(); }
     void Forget() { Shared() = {}; }
 
-    // The prompt that comes after `previous`, which is gone by then.
+    // The prompt that comes after `previous`, which is closed by then.
     static OpenDialog WaitForPrompt(HWND previous = nullptr) {
         HWND window = nullptr;
         EXPECT_TRUE(Eventually([&] {
@@ -47,7 +47,7 @@ TEST_F(BrowsePromptTest, TextThatTheCodePageCannotHoldIsRefusedInPlace) {
     const std::wstring refusal =
         L"The user name or password contains characters that cannot be used here.";
     const std::wstring foreign = L"\u65E5\u672C";
-    EXPECT_EQ(0, Show([&](const OpenBrowser& browser) {
+    EXPECT_EQ(kNotConfirmed, Show([&](const OpenBrowser& browser) {
                   browser.SelectDepot(L"Corporate");
                   const OpenDialog prompt = WaitForPrompt();
                   Replace(prompt, CONTROL_USER, foreign);

@@ -25,7 +25,7 @@ protected:
 
 TEST_F(BrowseSaveTest, NewNameGetsTheExtensionOfTheType) {
     MakeFile("there.kra");
-    EXPECT_EQ(1, Show([](const OpenBrowser& browser) {
+    EXPECT_EQ(kConfirmed, Show([](const OpenBrowser& browser) {
                   EXPECT_EQ(L"Save As", browser.Text(0));
                   EXPECT_EQ(L"Save", browser.Text(IDOK));
                   Save(browser, L"new");
@@ -36,13 +36,13 @@ TEST_F(BrowseSaveTest, NewNameGetsTheExtensionOfTheType) {
 
 TEST_F(BrowseSaveTest, QuotedNameIsTakenAsItStands) {
     MakeFile("there.kra");
-    EXPECT_EQ(1, Show([](const OpenBrowser& browser) { Save(browser, L"\"new.txt\""); }));
+    EXPECT_EQ(kConfirmed, Show([](const OpenBrowser& browser) { Save(browser, L"\"new.txt\""); }));
     EXPECT_EQ(L"<Work>\\new.txt", ChosenPath());
 }
 
 TEST_F(BrowseSaveTest, ExistingFileIsChosenOnlyAfterAYes) {
     MakeFile("there.kra");
-    EXPECT_EQ(1, Show([](const OpenBrowser& browser) {
+    EXPECT_EQ(kConfirmed, Show([](const OpenBrowser& browser) {
                   Save(browser, L"there");
                   AnswerQuestion(L"\"there.kra\" already exists", IDNO);
                   EXPECT_TRUE(IsWindow(browser.Window()));
@@ -55,7 +55,7 @@ TEST_F(BrowseSaveTest, ExistingFileIsChosenOnlyAfterAYes) {
 TEST_F(BrowseSaveTest, NothingIsAskedWhereTheClientDoesNotWantIt) {
     MakeFile("there.kra");
     dialog_->put_AskBeforeOverwriting(0);
-    EXPECT_EQ(1, Show([](const OpenBrowser& browser) { Save(browser, L"there.kra"); }));
+    EXPECT_EQ(kConfirmed, Show([](const OpenBrowser& browser) { Save(browser, L"there.kra"); }));
     EXPECT_EQ(L"<Work>\\there.kra", ChosenPath());
 }
 
@@ -65,7 +65,7 @@ TEST_F(BrowseSaveTest, InitialNameStandsInTheFieldAndItsFolderIsOpen) {
     for (const std::wstring& path :
          {std::wstring(L"<Work>\\Sessions\\mine.kra"), std::wstring(plain.begin(), plain.end())}) {
         dialog_->put_InitialFileName(Bstr(path).Get());
-        EXPECT_EQ(1, Show([](const OpenBrowser& browser) {
+        EXPECT_EQ(kConfirmed, Show([](const OpenBrowser& browser) {
                       browser.WaitForRow(L"there.kra");
                       EXPECT_EQ(L"mine.kra", browser.Text(CONTROL_NAME));
                       EXPECT_EQ(L"Work profiles\\Sessions", browser.Text(CONTROL_LOCATION));
@@ -79,7 +79,7 @@ TEST_F(BrowseSaveTest, PlaceThatCannotBeWrittenIsRefusedWithTheReason) {
     MakeFile("there.kra");
     const UniqueHandle held = OwnFile(
         CreateFileA(At("there.kra").c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr));
-    EXPECT_EQ(0, Show([](const OpenBrowser& browser) {
+    EXPECT_EQ(kNotConfirmed, Show([](const OpenBrowser& browser) {
                   Save(browser, L"there.kra");
                   browser.WaitForMessage(L"permission to write to \"<Work>\\there.kra\".\n");
                   browser.WaitForFocus(CONTROL_NAME);
@@ -89,7 +89,7 @@ TEST_F(BrowseSaveTest, PlaceThatCannotBeWrittenIsRefusedWithTheReason) {
 
 TEST_F(BrowseSaveTest, NamesThatNoFileCanHaveAreRefused) {
     MakeFile("there.kra");
-    EXPECT_EQ(0, Show([](const OpenBrowser& browser) {
+    EXPECT_EQ(kNotConfirmed, Show([](const OpenBrowser& browser) {
                   Save(browser, L"a|b");
                   browser.WaitForMessage(L"\"a|b\" is not a valid name.");
                   Save(browser, std::wstring(252, L'n'));
@@ -103,7 +103,7 @@ TEST_F(BrowseSaveTest, NamesThatNoFileCanHaveAreRefused) {
 TEST_F(BrowseSaveTest, NameOf255CharactersIsAccepted) {
     // Deeper down no path of the file system has room for it.
     depots_.Text("Work", "Path1", "C:\\");
-    EXPECT_EQ(1, Show([](const OpenBrowser& browser) {
+    EXPECT_EQ(kConfirmed, Show([](const OpenBrowser& browser) {
                   browser.WaitForRow(L"windows");
                   browser.TypeName(std::wstring(251, L'x'));
                   browser.Press(VK_RETURN);
@@ -113,7 +113,7 @@ TEST_F(BrowseSaveTest, NameOf255CharactersIsAccepted) {
 
 TEST_F(BrowseSaveTest, PathThatIsTooLongIsRefusedInPlace) {
     MakeFile("there.kra");
-    EXPECT_EQ(0, Show([](const OpenBrowser& browser) {
+    EXPECT_EQ(kNotConfirmed, Show([](const OpenBrowser& browser) {
                   Save(browser, std::wstring(251, L'x'));
                   browser.WaitForMessage(L"permission to write");
                   browser.Press(VK_ESCAPE);
@@ -123,7 +123,7 @@ TEST_F(BrowseSaveTest, PathThatIsTooLongIsRefusedInPlace) {
 TEST_F(BrowseSaveTest, NameOfAFolderOpensIt) {
     MakeFile("there.kra");
     MakeFile("Sub\\inner.kra");
-    EXPECT_EQ(0, Show([](const OpenBrowser& browser) {
+    EXPECT_EQ(kNotConfirmed, Show([](const OpenBrowser& browser) {
                   Save(browser, L"Sub");
                   browser.WaitForRows({L"inner.kra"});
                   browser.Press(VK_ESCAPE);

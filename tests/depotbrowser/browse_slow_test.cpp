@@ -23,7 +23,7 @@ protected:
         MakeFile("a.kra");
     }
 
-    // The workers let go of the library once the server hangs up.
+    // The workers release the library once the server closes the connection.
     ~BrowseSlowTest() override {
         server_.HangUp();
         EXPECT_TRUE(Eventually([this] {
@@ -36,7 +36,7 @@ protected:
 };
 
 TEST_F(BrowseSlowTest, OtherDepotsStayUsableWhileAServerDoesNotAnswer) {
-    EXPECT_EQ(1, Show([this](const OpenBrowser& browser) {
+    EXPECT_EQ(kConfirmed, Show([this](const OpenBrowser& browser) {
                   EXPECT_TRUE(server_.Accept());
                   browser.WaitForMessage(L"Loading");
                   EXPECT_TRUE(browser.IsShown(CONTROL_PROGRESS));
@@ -49,7 +49,7 @@ TEST_F(BrowseSlowTest, OtherDepotsStayUsableWhileAServerDoesNotAnswer) {
 }
 
 TEST_F(BrowseSlowTest, StopEndsTheWaitAndF5TriesAgain) {
-    EXPECT_EQ(0, Show([this](const OpenBrowser& browser) {
+    EXPECT_EQ(kNotConfirmed, Show([this](const OpenBrowser& browser) {
                   EXPECT_TRUE(server_.Accept());
                   browser.WaitForMessage(L"Loading");
                   browser.Click(CONTROL_STOP);
@@ -63,7 +63,7 @@ TEST_F(BrowseSlowTest, StopEndsTheWaitAndF5TriesAgain) {
 
 TEST_F(BrowseSlowTest, ClosingDoesNotWaitForAWorkerAndKeepsTheLibraryLoaded) {
     DWORD closed = 0;
-    EXPECT_EQ(0, Show([&](const OpenBrowser& browser) {
+    EXPECT_EQ(kNotConfirmed, Show([&](const OpenBrowser& browser) {
                   EXPECT_TRUE(server_.Accept());
                   browser.WaitForMessage(L"Loading");
                   closed = GetTickCount();
@@ -74,7 +74,7 @@ TEST_F(BrowseSlowTest, ClosingDoesNotWaitForAWorkerAndKeepsTheLibraryLoaded) {
 }
 
 TEST_F(BrowseSlowTest, ServerThatHangsUpIsReportedInPlace) {
-    EXPECT_EQ(0, Show([this](const OpenBrowser& browser) {
+    EXPECT_EQ(kNotConfirmed, Show([this](const OpenBrowser& browser) {
                   EXPECT_TRUE(server_.Accept());
                   server_.HangUp();
                   browser.WaitForMessage(L"\"Dead server\" cannot be opened.\n");
@@ -91,7 +91,7 @@ TEST_F(BrowseManyTest, TenThousandFilesStayResponsive) {
             OwnFile(CreateFileA(At("file" + std::to_string(index) + ".kra").c_str(), GENERIC_WRITE,
                                 0, nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr));
     }
-    EXPECT_EQ(1, Show([](const OpenBrowser& browser) {
+    EXPECT_EQ(kConfirmed, Show([](const OpenBrowser& browser) {
                   const HWND list = browser.Control(CONTROL_LIST);
                   EXPECT_TRUE(Eventually([&] { return ListView_GetItemCount(list) == kFiles; }));
                   const DWORD start = GetTickCount();

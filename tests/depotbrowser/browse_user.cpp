@@ -56,7 +56,7 @@ Names OpenBrowser::Cells(int row) const {
 Names OpenBrowser::SelectedRows() const {
     const HWND list = Control(CONTROL_LIST);
     Names rows;
-    // A window that is gone answers 0 to everything.
+    // A closed window answers 0 to everything.
     for (int last = -1, row; (row = ListView_GetNextItem(list, last, LVNI_SELECTED)) > last;
          last = row) {
         rows.push_back(CellText(list, row, 0));

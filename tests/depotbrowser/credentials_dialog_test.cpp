@@ -87,8 +87,8 @@ TEST_F(CredentialsLettersTest, LettersOfTheCodePageComeOutExactly) {
     EXPECT_EQ(narrow, credentials_.password);
 }
 
-// A dialog component that shows nothing, answers as told and notes what it is asked. It is on the
-// stack of the test: references are not counted.
+// A dialog component that shows nothing, answers as it is set up and notes what it is asked. It is
+// on the stack of the test: references are not counted.
 class NotingDialog final : public IUserPasswordPromptDialog {
 public:
     std::vector<std::wstring> calls;

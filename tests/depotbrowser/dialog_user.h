@@ -13,6 +13,10 @@
 
 namespace depot::test {
 
+// What the dialogs return of the user's answer.
+inline constexpr LONG kConfirmed = 1;
+inline constexpr LONG kNotConfirmed = 0;
+
 // Waits until the condition holds, for five seconds at most. Returns whether it holds.
 bool Eventually(const std::function<bool()>& condition);
 
@@ -46,14 +50,14 @@ private:
 };
 
 // Waits on a thread of its own for the dialog that shows this server, or another one, then acts.
-// Made before the call that shows the dialog, gone after it. A dialog that the script leaves open
-// is a failure and is cancelled; when that does not help either, the program ends: no test ever
-// hangs.
+// Made before the call that shows the dialog, removed after it. A dialog that the script leaves
+// open is a failure and is cancelled; when that does not help either, the program ends: no test
+// ever hangs.
 class DialogUser {
 public:
     using Script = std::function<void(const OpenDialog& dialog)>;
 
-    // Tells a dialog from all other windows of the program.
+    // Distinguishes a dialog from all other windows of the program.
     using Recognises = std::function<bool(HWND window)>;
 
     DialogUser(std::wstring server, Script script);

@@ -8,7 +8,7 @@
 
 namespace depot::test {
 
-// Listens on a free port of this machine. When it ends, whoever waits for it is told.
+// Listens on a free port of this machine. When it ends, its clients' connections are closed.
 class SilentServer {
 public:
     SilentServer();

@@ -31,7 +31,7 @@ protected:
 
 TEST_F(UserPasswordPromptDialogTest, EnterConfirmsWhatWasTyped) {
     Prepare(L"", L"");
-    EXPECT_EQ(1, Show([](const OpenDialog& dialog) {
+    EXPECT_EQ(kConfirmed, Show([](const OpenDialog& dialog) {
                   dialog.Type(L"cn=mary");
                   dialog.WaitForText(CONTROL_USER, L"cn=mary");
                   dialog.Press(VK_TAB);
@@ -46,7 +46,7 @@ TEST_F(UserPasswordPromptDialogTest, EnterConfirmsWhatWasTyped) {
 
 TEST_F(UserPasswordPromptDialogTest, EscapeCancelsAndKeepsTheTextsThatWereSet) {
     Prepare(L"mary", L"old");
-    EXPECT_EQ(0, Show([](const OpenDialog& dialog) {
+    EXPECT_EQ(kNotConfirmed, Show([](const OpenDialog& dialog) {
                   dialog.Type(L"new");
                   dialog.WaitForText(CONTROL_PASSWORD, L"new");
                   dialog.Press(VK_ESCAPE);
@@ -57,7 +57,7 @@ TEST_F(UserPasswordPromptDialogTest, EscapeCancelsAndKeepsTheTextsThatWereSet) {
 
 TEST_F(UserPasswordPromptDialogTest, ClosingTheWindowCancels) {
     Prepare(L"", L"");
-    EXPECT_EQ(0, Show([](const OpenDialog& dialog) { dialog.Press(VK_F4, VK_MENU); }));
+    EXPECT_EQ(kNotConfirmed, Show([](const OpenDialog& dialog) { dialog.Press(VK_F4, VK_MENU); }));
 }
 
 TEST_F(UserPasswordPromptDialogTest, TabVisitsFieldsThenButtonsAndStartsAgain) {
@@ -84,7 +84,7 @@ TEST_F(UserPasswordPromptDialogTest, ShiftTabVisitsThemBackwards) {
 
 TEST_F(UserPasswordPromptDialogTest, EnterOnCancelCancels) {
     Prepare(L"mary", L"old");
-    EXPECT_EQ(0, Show([](const OpenDialog& dialog) {
+    EXPECT_EQ(kNotConfirmed, Show([](const OpenDialog& dialog) {
                   dialog.WaitForFocus(CONTROL_PASSWORD);
                   dialog.Press(VK_TAB);
                   dialog.WaitForFocus(IDOK);
@@ -96,7 +96,7 @@ TEST_F(UserPasswordPromptDialogTest, EnterOnCancelCancels) {
 
 TEST_F(UserPasswordPromptDialogTest, SpaceOnOkConfirms) {
     Prepare(L"mary", L"old");
-    EXPECT_EQ(1, Show([](const OpenDialog& dialog) {
+    EXPECT_EQ(kConfirmed, Show([](const OpenDialog& dialog) {
                   dialog.WaitForFocus(CONTROL_PASSWORD);
                   dialog.Press(VK_TAB);
                   dialog.WaitForFocus(IDOK);
@@ -139,7 +139,7 @@ TEST_F(UserPasswordPromptDialogTest, FocusStartsOnTheFirstEmptyFieldElseOnThePas
 
 TEST_F(UserPasswordPromptDialogTest, TypingReplacesAFilledPassword) {
     Prepare(L"mary", L"wrong");
-    EXPECT_EQ(1, Show([](const OpenDialog& dialog) {
+    EXPECT_EQ(kConfirmed, Show([](const OpenDialog& dialog) {
                   dialog.WaitForFocus(CONTROL_PASSWORD);
                   dialog.Type(L"right");
                   dialog.WaitForText(CONTROL_PASSWORD, L"right");
@@ -153,7 +153,7 @@ TEST_F(UserPasswordPromptDialogTest, TextsOfAnyScriptSurvive) {
     const std::wstring password = L"\u00FC\u00DF\u20AC\U0001F511";
     server_ = L"\u0441\u0435\u0440\u0432\u0435\u0440 & co";
     Prepare(L"", L"");
-    EXPECT_EQ(1, Show([&](const OpenDialog& dialog) {
+    EXPECT_EQ(kConfirmed, Show([&](const OpenDialog& dialog) {
                   dialog.Type(userName);
                   dialog.WaitForText(CONTROL_USER, userName);
                   dialog.Press(VK_TAB);
@@ -169,7 +169,7 @@ TEST_F(UserPasswordPromptDialogTest, TextsOfAnyScriptSurvive) {
 TEST_F(UserPasswordPromptDialogTest, FieldTakesAsManyCharactersAsAreKeptAndNoMore) {
     const std::wstring most(259, L'x');
     Prepare(L"", L"");
-    EXPECT_EQ(1, Show([&](const OpenDialog& dialog) {
+    EXPECT_EQ(kConfirmed, Show([&](const OpenDialog& dialog) {
                   dialog.Type(most);
                   dialog.WaitForText(CONTROL_USER, most);
                   dialog.Type(L"y");
@@ -188,7 +188,7 @@ TEST_F(UserPasswordPromptDialogTest, LongTextsThatWereSetComeBackWhole) {
     const std::wstring password(3000, L'p');
     server_ = std::wstring(3000, L's');
     Prepare(userName, password);
-    EXPECT_EQ(1, Show([](const OpenDialog& dialog) { dialog.Press(VK_RETURN); }));
+    EXPECT_EQ(kConfirmed, Show([](const OpenDialog& dialog) { dialog.Press(VK_RETURN); }));
     EXPECT_EQ(userName, UserNameOf(*dialog_));
     EXPECT_EQ(password, PasswordOf(*dialog_));
 }
@@ -196,7 +196,7 @@ TEST_F(UserPasswordPromptDialogTest, LongTextsThatWereSetComeBackWhole) {
 TEST_F(UserPasswordPromptDialogTest, DialogCanBeShownAgain) {
     Prepare(L"mary", L"");
     for (const wchar_t* const password : {L"first", L"second"}) {
-        EXPECT_EQ(1, Show([password](const OpenDialog& dialog) {
+        EXPECT_EQ(kConfirmed, Show([password](const OpenDialog& dialog) {
                       dialog.WaitForFocus(CONTROL_PASSWORD);
                       dialog.Type(password);
                       dialog.WaitForText(CONTROL_PASSWORD, password);
@@ -223,7 +223,7 @@ TEST_F(UserPasswordPromptDialogTest, TwoDialogsAtOnceKeepTheirTextsApart) {
         EXPECT_EQ(S_OK, inner->ShowModal(0, &innerResult));
         innerPassword = PasswordOf(*inner);
     };
-    EXPECT_EQ(1, Show([&](const OpenDialog& dialog) {
+    EXPECT_EQ(kConfirmed, Show([&](const OpenDialog& dialog) {
                   dialog.WaitForFocus(CONTROL_PASSWORD);
                   std::thread(showInner).join();
                   EXPECT_EQ(L"", dialog.Text(CONTROL_PASSWORD));
@@ -232,7 +232,7 @@ TEST_F(UserPasswordPromptDialogTest, TwoDialogsAtOnceKeepTheirTextsApart) {
                   dialog.WaitForText(CONTROL_PASSWORD, L"one");
                   dialog.Press(VK_RETURN);
               }));
-    EXPECT_EQ(1, innerResult);
+    EXPECT_EQ(kConfirmed, innerResult);
     EXPECT_EQ(L"two", innerPassword);
     EXPECT_EQ(L"one", PasswordOf(*dialog_));
 }
@@ -299,20 +299,21 @@ TEST_F(UserPasswordPromptDialogTest, OwnerThatIsGoneDoesNotKeepTheDialogAway) {
     const OwnerWindow owner;
     owner.Destroy();
     Prepare(L"mary", L"");
-    EXPECT_EQ(1, Show(
-                     [](const OpenDialog& dialog) {
-                         EXPECT_EQ(nullptr, GetWindow(dialog.Window(), GW_OWNER));
-                         dialog.Press(VK_RETURN);
-                     },
-                     owner.Get()));
+    EXPECT_EQ(kConfirmed, Show(
+                              [](const OpenDialog& dialog) {
+                                  EXPECT_EQ(nullptr, GetWindow(dialog.Window(), GW_OWNER));
+                                  dialog.Press(VK_RETURN);
+                              },
+                              owner.Get()));
 }
 
 TEST_F(UserPasswordPromptDialogTest, OwnerThatIsDestroyedWhileTheDialogIsOpenCancels) {
     const OwnerWindow owner;
     Prepare(L"mary", L"old");
     // Its own thread alone may destroy a window; the static control does so when it is closed.
-    EXPECT_EQ(0, Show([&](const OpenDialog&) { PostMessageW(owner.Get(), WM_CLOSE, 0, 0); },
-                      owner.Get()));
+    EXPECT_EQ(
+        kNotConfirmed,
+        Show([&](const OpenDialog&) { PostMessageW(owner.Get(), WM_CLOSE, 0, 0); }, owner.Get()));
     EXPECT_EQ(L"old", PasswordOf(*dialog_));
 }
 

@@ -1,4 +1,4 @@
-// What check says of depots in a real directory.
+// What check reports of depots in a real directory.
 #include "depotctl/directory_tool.h"
 
 namespace depot::test {
@@ -8,7 +8,7 @@ using testing::HasSubstr;
 using testing::Not;
 using testing::StartsWith;
 
-class CheckDirectoryTest : public DirectoryToolTest {
+class CheckDirectoryTest : public ToolTest {
 protected:
     // Checks a depot; the last run is kept.
     std::string Step(const std::string& name, const std::string& key = "Dir") {
@@ -28,25 +28,26 @@ protected:
         key_.Text("Dir", "Path1", base);
     }
 
+    DirectoryDepot dir_{key_};
     ToolRun run_;
 };
 
 TEST_F(CheckDirectoryTest, DirectoryInOrderPassesEveryStep) {
     EXPECT_THAT(Step("server"), StartsWith("ok: 127.0.0.1:"));
-    EXPECT_EQ(0, run_.exitCode) << run_.output << run_.errors;
+    EXPECT_EQ(ExitCode::kDone, run_.exitCode) << run_.output << run_.errors;
     EXPECT_EQ("ok: not secured, as cn=editor,dc=farrow,dc=test", Step("log-on"));
-    EXPECT_EQ("ok: " + base_, Step("base"));
+    EXPECT_EQ("ok: " + dir_.base, Step("base"));
     EXPECT_EQ("ok: all classes and attributes are there", Step("schema"));
     EXPECT_EQ("ok: reading and writing", Step("rights"));
     EXPECT_EQ("ok: the base is listed in one go", Step("limits"));
     EXPECT_THAT(run_.output + run_.errors, Not(HasSubstr(kEditorPassword)));
-    EXPECT_FALSE(server_.Holds("cn=____Test____Writable____File___.twr," + base_));
+    EXPECT_FALSE(dir_.server.Holds("cn=____Test____Writable____File___.twr," + dir_.base));
 }
 
 TEST_F(CheckDirectoryTest, ServerThatDoesNotAnswerIsUnreachable) {
     key_.Dword("Dir", "Port1", ClosedPort());
     EXPECT_THAT(Step("server"), HasSubstr("unreachable: nobody answers at 127.0.0.1"));
-    EXPECT_EQ(3, run_.exitCode);
+    EXPECT_EQ(ExitCode::kUnreachable, run_.exitCode);
     EXPECT_EQ("depotctl: 1 location cannot be reached\n", run_.errors);
     EXPECT_EQ("", Step("log-on")) << "nothing is tried behind it";
 }
@@ -54,7 +55,7 @@ TEST_F(CheckDirectoryTest, ServerThatDoesNotAnswerIsUnreachable) {
 TEST_F(CheckDirectoryTest, WrongPasswordIsAProblemOfTheLogOn) {
     key_.Text("Dir", "Password1", "wrong");
     EXPECT_EQ("problem: the user name or the password is wrong (LDAP 49)", Step("log-on"));
-    EXPECT_EQ(1, run_.exitCode);
+    EXPECT_EQ(ExitCode::kRefused, run_.exitCode);
     EXPECT_EQ("", Step("base"));
     key_.Text("Dir", "Password1", "");
     key_.Text("Dir", "Username1", "");
@@ -62,12 +63,12 @@ TEST_F(CheckDirectoryTest, WrongPasswordIsAProblemOfTheLogOn) {
 }
 
 TEST_F(CheckDirectoryTest, MissingBaseIsNamed) {
-    key_.Text("Dir", "Path1", "cn=Nowhere," + base_);
-    EXPECT_EQ("problem: the base \"cn=Nowhere," + base_ + "\" is not there, or may not be seen",
+    key_.Text("Dir", "Path1", "cn=Nowhere," + dir_.base);
+    EXPECT_EQ("problem: the base \"cn=Nowhere," + dir_.base + "\" is not there, or may not be seen",
               Step("base"));
     key_.Text("Dir", "Path1", "Nowhere");
     EXPECT_THAT(Step("macros"), StartsWith("note: the path is wrong"));
-    EXPECT_EQ(1, run_.exitCode);
+    EXPECT_EQ(ExitCode::kRefused, run_.exitCode);
     EXPECT_EQ("", Step("server"));
 }
 
@@ -75,7 +76,7 @@ TEST_F(CheckDirectoryTest, ReaderReadsOnlyWhichIsNoProblem) {
     key_.Text("Dir", "Username1", kReader);
     key_.Text("Dir", "Password1", kReaderPassword);
     EXPECT_THAT(Step("rights"), StartsWith("note: reading only: "));
-    EXPECT_EQ(0, run_.exitCode) << run_.errors;
+    EXPECT_EQ(ExitCode::kDone, run_.exitCode) << run_.errors;
 }
 
 TEST_F(CheckDirectoryTest, MissingSchemaIsNamed) {
@@ -83,7 +84,7 @@ TEST_F(CheckDirectoryTest, MissingSchemaIsNamed) {
     UseServer(server, kSuffix);
     EXPECT_THAT(Step("schema"), HasSubstr("the server does not know quillonFolder, "
                                           "quillonFileBinary, quillonFileContentsBinary"));
-    EXPECT_EQ(1, run_.exitCode);
+    EXPECT_EQ(ExitCode::kRefused, run_.exitCode);
     EXPECT_THAT(Step("rights"), StartsWith("problem: "));
 }
 
@@ -114,7 +115,7 @@ TEST_F(CheckDirectoryTest, SizeLimitIsReportedWithOrWithoutPages) {
 TEST_F(CheckDirectoryTest, SecuredConnectionsAreReported) {
     key_.Dword("Dir", "Security1", 1);
     EXPECT_THAT(Step("log-on"), HasSubstr("the connection cannot be secured with StartTLS"));
-    EXPECT_NE(0, run_.exitCode);
+    EXPECT_NE(ExitCode::kDone, run_.exitCode);
 }
 
 }  // namespace

@@ -62,14 +62,14 @@ void TestConsole::Start(const std::vector<std::string>& arguments, HANDLE output
     process_.reset(created.hProcess);
 }
 
-int TestConsole::Finish() const {
+ctl::ExitCode TestConsole::Finish() const {
     DWORD code = 0;
     if (WaitForSingleObject(process_.get(), kPatience) != WAIT_OBJECT_0) {
         ADD_FAILURE() << "depotctl does not end:\n" << Screen();
         TerminateProcess(process_.get(), 99);
     }
     GetExitCodeProcess(process_.get(), &code);
-    return static_cast<int>(code);
+    return ctl::ExitCode{static_cast<int>(code)};
 }
 
 std::vector<std::string> TestConsole::Lines() const {

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "depotctl/failure.h"
 #include "platform/handles.h"
 
 namespace depot::test {
@@ -20,9 +21,9 @@ public:
     void Start(const std::vector<std::string>& arguments, HANDLE output = nullptr);
 
     // Waits for the end of what was started, and returns its exit code.
-    int Finish() const;
+    ctl::ExitCode Finish() const;
 
-    int Run(const std::vector<std::string>& arguments) {
+    ctl::ExitCode Run(const std::vector<std::string>& arguments) {
         Start(arguments);
         return Finish();
     }

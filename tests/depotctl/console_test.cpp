@@ -56,7 +56,7 @@ TEST_F(ConsoleTest, TablesFitFortyColumns) {
     folder_.MakeFile("work\\a rather long name of a session profile.kre", "12345");
     folder_.MakeFile("work\\b.kre", "");
     TestConsole console(40);
-    EXPECT_EQ(0, console.Run({"ls", "-l", "<Work>\\"}));
+    EXPECT_EQ(ExitCode::kDone, console.Run({"ls", "-l", "<Work>\\"}));
     const auto lines = console.Lines();
     ASSERT_EQ(3u, lines.size()) << "a line that is too wide would take two\n" << console.Screen();
     EXPECT_THAT(lines[1], HasSubstr("\xE2\x80\xA6"));
@@ -66,7 +66,7 @@ TEST_F(ConsoleTest, TablesFitFortyColumns) {
 TEST_F(ConsoleTest, ChecksAreWrappedBetweenWordsAtFortyColumns) {
     key_.Text("Work", "Hots1", "x");
     TestConsole console(40);
-    EXPECT_EQ(1, console.Run({"check", "--offline", "Work"}));
+    EXPECT_EQ(ExitCode::kRefused, console.Run({"check", "--offline", "Work"}));
     EXPECT_THAT(console.Screen(), HasSubstr("\n  problem      Hots1: there is no value\n"
                                             "               of this name; it is\n"
                                             "               ignored\n"
@@ -80,7 +80,7 @@ TEST_F(ConsoleTest, NamesBeyondAsciiAreShownAsCharacters) {
         "ro \x80.kre",
         "");
     TestConsole console(80);
-    EXPECT_EQ(0, console.Run({"ls", "<Team>\\"}));
+    EXPECT_EQ(ExitCode::kDone, console.Run({"ls", "<Team>\\"}));
     EXPECT_THAT(console.Screen(), HasSubstr("\nB\xC3\xBCro \xE2\x82\xAC.kre  file\n"));
 }
 
@@ -91,7 +91,7 @@ TEST_F(ConsoleTest, PasswordIsAskedForTwiceAndNeverShown) {
     console.Type(L"top-secret\r");
     ASSERT_TRUE(console.WaitFor("Once more:"));
     console.Type(L"top-secret\r");
-    EXPECT_EQ(0, console.Finish());
+    EXPECT_EQ(ExitCode::kDone, console.Finish());
     EXPECT_THAT(console.Screen(), Not(HasSubstr("secret")));
     EXPECT_EQ("top-secret", Text("Dir", "Password1"));
 }
@@ -103,7 +103,7 @@ TEST_F(ConsoleTest, PasswordsThatDifferAreRefused) {
     console.Type(L"one\r");
     ASSERT_TRUE(console.WaitFor("Once more:"));
     console.Type(L"two\r");
-    EXPECT_EQ(1, console.Finish());
+    EXPECT_EQ(ExitCode::kRefused, console.Finish());
     EXPECT_THAT(console.Screen(), HasSubstr("the two passwords differ"));
     EXPECT_EQ("(no key)", Text("Dir", "Password1"));
 }
@@ -122,7 +122,7 @@ TEST_F(ConsoleTest, PromptStaysOnTheScreenWhileTheOutputIsRedirected) {
     console.Type(L"secret\r");
     ASSERT_TRUE(console.WaitFor("Once more:"));
     console.Type(L"secret\r");
-    EXPECT_EQ(0, console.Finish());
+    EXPECT_EQ(ExitCode::kDone, console.Finish());
     file.reset();
     EXPECT_THAT(FileBytes(path), testing::StartsWith("\xFF\xFE"));
     EXPECT_THAT(console.Screen(), Not(HasSubstr("Windows Registry Editor")));
@@ -130,7 +130,7 @@ TEST_F(ConsoleTest, PromptStaysOnTheScreenWhileTheOutputIsRedirected) {
 
 TEST_F(ConsoleTest, FileOfADryRunIsReadableOnATerminal) {
     TestConsole console(80);
-    EXPECT_EQ(0, console.Run({"depots", "remove", "Work", "--dry-run"}));
+    EXPECT_EQ(ExitCode::kDone, console.Run({"depots", "remove", "Work", "--dry-run"}));
     EXPECT_THAT(console.Screen(), HasSubstr("[-HKEY_CURRENT_USER\\Software\\Quillon\\Farrow\\"
                                             "Depots\\Work]\n"));
 }
@@ -142,7 +142,7 @@ TEST_F(ConsoleTest, CtrlCStopsALongTransferBetweenTwoFiles) {
     console.Start({"cp", "-r", "<Work>\\tree", "<Team>\\"});
     EXPECT_TRUE(console.WaitFor("/1500 files")) << console.Screen();
     TestConsole::PressCtrlC();
-    EXPECT_EQ(1, console.Finish());
+    EXPECT_EQ(ExitCode::kRefused, console.Finish());
     std::string broken;
     const int whole = WholeFiles(broken);
     EXPECT_EQ("", broken);
@@ -153,7 +153,7 @@ TEST_F(ConsoleTest, CtrlCStopsALongTransferBetweenTwoFiles) {
     for (const std::string& line : console.Lines()) said += line;
     said.erase(std::remove(said.begin(), said.end(), ' '), said.end());
     EXPECT_THAT(said, HasSubstr("stoppedafter" + std::to_string(whole) + "of1500files"));
-    EXPECT_THAT(console.Screen(), Not(HasSubstr("[#"))) << "the bar is gone";
+    EXPECT_THAT(console.Screen(), Not(HasSubstr("[#"))) << "the bar is wiped";
 }
 
 TEST_F(ConsoleTest, CtrlCStopsALongRemovalBetweenTwoFiles) {
@@ -163,11 +163,11 @@ TEST_F(ConsoleTest, CtrlCStopsALongRemovalBetweenTwoFiles) {
     console.Start({"rm", "-r", "<Work>\\tree"});
     EXPECT_TRUE(console.WaitFor("/5000 files")) << console.Screen();
     TestConsole::PressCtrlC();
-    EXPECT_EQ(1, console.Finish());
+    EXPECT_EQ(ExitCode::kRefused, console.Finish());
     EXPECT_THAT(console.Screen(), HasSubstr("of 5000 files; the others stay"));
     EXPECT_TRUE(Exists(folder_.At("work\\tree")));
-    EXPECT_THAT(console.Screen(), Not(HasSubstr("[#"))) << "the bar is gone";
-    EXPECT_EQ(0, console.Run({"rm", "-r", "<Work>\\tree"}));
+    EXPECT_THAT(console.Screen(), Not(HasSubstr("[#"))) << "the bar is wiped";
+    EXPECT_EQ(ExitCode::kDone, console.Run({"rm", "-r", "<Work>\\tree"}));
     EXPECT_FALSE(Exists(folder_.At("work\\tree")));
 }
 
@@ -176,7 +176,7 @@ TEST_F(ConsoleTest, ProgressIsShownInOneLineAndGoneAtTheEnd) {
     TestConsole console(40);
     console.Start({"cp", "-r", "<Work>\\tree", "<Team>\\"});
     EXPECT_TRUE(console.WaitFor("/600 files"));
-    EXPECT_EQ(0, console.Finish());
+    EXPECT_EQ(ExitCode::kDone, console.Finish());
     EXPECT_EQ("copied 600 files to <Team>\\tree\n", console.Screen());
 }
 
@@ -185,7 +185,7 @@ TEST_F(ConsoleTest, LongListingReachesTheEndOfTheScreen) {
         folder_.MakeFile("team\\f" + std::to_string(1000 + number) + ".kre", "");
     }
     TestConsole console(40);
-    EXPECT_EQ(0, console.Run({"ls", "<Team>\\"}));
+    EXPECT_EQ(ExitCode::kDone, console.Run({"ls", "<Team>\\"}));
     EXPECT_EQ(401u, console.Lines().size());
     EXPECT_EQ("f1399.kre  file", console.Lines().back());
 }

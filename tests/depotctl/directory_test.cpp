@@ -11,24 +11,26 @@ TEST_F(DirectoryToolTest, EntriesAreListedReadAndWritten) {
     EXPECT_THAT(RunTool({"ls", "-r", "<Dir>\\"}).output, HasSubstr("Sessions\\office.kre"));
     EXPECT_EQ("[Host]\r\nName=mail\r\n", RunTool({"cat", "<Dir>\\Sessions\\office.kre"}).output);
     EXPECT_EQ("mail\n", RunTool({"get", "<Dir>\\Sessions\\office.kre", "Host", "Name"}).output);
-    EXPECT_EQ(0, RunTool({"set", "<Dir>\\Sessions\\office.kre", "Host", "Name", "x"}).exitCode);
+    EXPECT_EQ(ExitCode::kDone,
+              RunTool({"set", "<Dir>\\Sessions\\office.kre", "Host", "Name", "x"}).exitCode);
     EXPECT_EQ("x\n", RunTool({"get", "<Dir>\\Sessions\\office.kre", "Host", "Name"}).output);
-    EXPECT_EQ(1, RunTool({"ls", "<Dir>\\Nowhere"}).exitCode);
+    EXPECT_EQ(ExitCode::kRefused, RunTool({"ls", "<Dir>\\Nowhere"}).exitCode);
 }
 
 TEST_F(DirectoryToolTest, EntriesAreCopiedMovedAndRemoved) {
-    EXPECT_EQ(0, RunTool({"mkdir", "<Dir>\\New"}).exitCode);
-    EXPECT_EQ(0, RunTool({"cp", "<Dir>\\Sessions\\office.kre", "<Dir>\\New"}).exitCode);
-    EXPECT_EQ(0, RunTool({"mv", "<Dir>\\New\\office.kre", "<Work>\\"}).exitCode);
+    EXPECT_EQ(ExitCode::kDone, RunTool({"mkdir", "<Dir>\\New"}).exitCode);
+    EXPECT_EQ(ExitCode::kDone,
+              RunTool({"cp", "<Dir>\\Sessions\\office.kre", "<Dir>\\New"}).exitCode);
+    EXPECT_EQ(ExitCode::kDone, RunTool({"mv", "<Dir>\\New\\office.kre", "<Work>\\"}).exitCode);
     EXPECT_THAT(FileBytes(folder_.At("work\\office.kre")), HasSubstr("Name=mail"));
     EXPECT_EQ("", RunTool({"ls", "<Dir>\\New"}).output);
-    EXPECT_EQ(0, RunTool({"mv", "<Dir>\\Sessions", "<Dir>\\Moved"}).exitCode);
-    EXPECT_TRUE(server_.Holds("cn=office.kre,cn=Moved," + base_));
+    EXPECT_EQ(ExitCode::kDone, RunTool({"mv", "<Dir>\\Sessions", "<Dir>\\Moved"}).exitCode);
+    EXPECT_TRUE(dir_.server.Holds("cn=office.kre,cn=Moved," + dir_.base));
     EXPECT_EQ("<Dir>\\Moved\\office - copy.kre\n",
               RunTool({"copy-name", "<Dir>\\Moved\\office.kre"}).output);
-    EXPECT_EQ(1, RunTool({"rm", "<Dir>\\Moved"}).exitCode);
-    EXPECT_EQ(0, RunTool({"rm", "-r", "<Dir>\\Moved"}).exitCode);
-    EXPECT_FALSE(server_.Holds("cn=Moved," + base_));
+    EXPECT_EQ(ExitCode::kRefused, RunTool({"rm", "<Dir>\\Moved"}).exitCode);
+    EXPECT_EQ(ExitCode::kDone, RunTool({"rm", "-r", "<Dir>\\Moved"}).exitCode);
+    EXPECT_FALSE(dir_.server.Holds("cn=Moved," + dir_.base));
 }
 
 TEST_F(DirectoryToolTest, TreesAreUploadedAndDownloaded) {
@@ -39,20 +41,22 @@ TEST_F(DirectoryToolTest, TreesAreUploadedAndDownloaded) {
     const ToolRun up = RunTool({"upload", folder_.At("tree"), "<Dir>\\"});
     EXPECT_EQ("uploaded 20 files to <Dir>\\tree\n", up.output);
     EXPECT_EQ("", up.errors) << "no bar without a terminal";
-    EXPECT_EQ(1, RunTool({"upload", folder_.At("tree"), "<Dir>\\"}).exitCode);
-    EXPECT_EQ(0, RunTool({"upload", "-f", folder_.At("tree"), "<Dir>\\"}).exitCode);
-    EXPECT_EQ(0, RunTool({"download", "<Dir>\\tree", folder_.At("back")}).exitCode);
+    EXPECT_EQ(ExitCode::kRefused, RunTool({"upload", folder_.At("tree"), "<Dir>\\"}).exitCode);
+    EXPECT_EQ(ExitCode::kDone, RunTool({"upload", "-f", folder_.At("tree"), "<Dir>\\"}).exitCode);
+    EXPECT_EQ(ExitCode::kDone, RunTool({"download", "<Dir>\\tree", folder_.At("back")}).exitCode);
     EXPECT_EQ("x", FileBytes(folder_.At("back\\inner\\f19.kre")));
-    EXPECT_EQ(1, RunTool({"download", "<Dir>\\tree\\inner", folder_.At("back")}).exitCode);
+    EXPECT_EQ(ExitCode::kRefused,
+              RunTool({"download", "<Dir>\\tree\\inner", folder_.At("back")}).exitCode);
 }
 
 TEST_F(DirectoryToolTest, TreeWithNamesThatNoFileCanHaveIsNotMoved) {
-    server_.AddFile("CON", "cn=Sessions," + base_, "x");
+    dir_.server.AddFile("CON", "cn=Sessions," + dir_.base, "x");
     const ToolRun run = RunTool({"mv", "<Dir>\\Sessions", "<Work>\\Sessions"});
-    EXPECT_EQ(1, run.exitCode);
+    EXPECT_EQ(ExitCode::kRefused, run.exitCode);
     EXPECT_THAT(run.errors, HasSubstr("1 entry was left out"));
-    EXPECT_TRUE(server_.Holds("cn=office.kre,cn=Sessions," + base_));
-    EXPECT_EQ(1, RunTool({"cp", "-r", "<Dir>\\Sessions", "<Work>\\Copy"}).exitCode);
+    EXPECT_TRUE(dir_.server.Holds("cn=office.kre,cn=Sessions," + dir_.base));
+    EXPECT_EQ(ExitCode::kRefused,
+              RunTool({"cp", "-r", "<Dir>\\Sessions", "<Work>\\Copy"}).exitCode);
     EXPECT_THAT(FileBytes(folder_.At("work\\Copy\\office.kre")), HasSubstr("Name=mail"));
 }
 
@@ -63,43 +67,44 @@ TEST_F(DirectoryToolTest, TreeWithALinkIsUploadedWithoutItAndNotMoved) {
     folder_.MakeFile("work\\tree\\a.kre", "a");
     const FolderLink link(folder_.At("work\\tree\\link"), folder_.At("elsewhere"));
     const ToolRun moved = RunTool({"mv", "<Work>\\tree", "<Dir>\\moved"});
-    EXPECT_EQ(1, moved.exitCode);
+    EXPECT_EQ(ExitCode::kRefused, moved.exitCode);
     EXPECT_THAT(moved.errors, HasSubstr("1 link to a folder was left out"));
-    EXPECT_FALSE(server_.Holds("cn=moved," + base_));
+    EXPECT_FALSE(dir_.server.Holds("cn=moved," + dir_.base));
     const ToolRun copied = RunTool({"cp", "-r", "<Work>\\tree", "<Dir>\\copied"});
-    EXPECT_EQ(1, copied.exitCode);
+    EXPECT_EQ(ExitCode::kRefused, copied.exitCode);
     EXPECT_THAT(copied.errors, HasSubstr("1 link to a folder was left out"));
-    EXPECT_TRUE(server_.Holds("cn=a.kre,cn=copied," + base_));
-    EXPECT_FALSE(server_.Holds("cn=link,cn=copied," + base_));
+    EXPECT_TRUE(dir_.server.Holds("cn=a.kre,cn=copied," + dir_.base));
+    EXPECT_FALSE(dir_.server.Holds("cn=link,cn=copied," + dir_.base));
     EXPECT_EQ("x", FileBytes(folder_.At("work\\tree\\link\\x.kre")));
     EXPECT_EQ("a", FileBytes(folder_.At("work\\tree\\a.kre")));
 }
 
 TEST_F(DirectoryToolTest, TreeMovesIntoItselfThroughNoSecondDepot) {
-    DefineDirectory("Same", server_.Port());
+    dir_.Define("Same");
     for (const char* target : {"<Same>\\Sessions\\x", "<Same>\\SESSIONS\\x"}) {
         const ToolRun run = RunTool({"mv", "<Dir>\\Sessions", target});
-        EXPECT_EQ(1, run.exitCode);
+        EXPECT_EQ(ExitCode::kRefused, run.exitCode);
         EXPECT_THAT(run.errors, HasSubstr("cannot go into itself"));
     }
-    EXPECT_TRUE(server_.Holds("cn=office.kre,cn=Sessions," + base_));
+    EXPECT_TRUE(dir_.server.Holds("cn=office.kre,cn=Sessions," + dir_.base));
 }
 
 TEST_F(DirectoryToolTest, NamesThatWouldChangeTheirKindAreRefused) {
-    EXPECT_EQ(1, RunTool({"mkdir", "<Dir>\\a.b"}).exitCode);
+    EXPECT_EQ(ExitCode::kRefused, RunTool({"mkdir", "<Dir>\\a.b"}).exitCode);
     folder_.MakeFile("README", "x");
     const ToolRun run = RunTool({"upload", folder_.At("README"), "<Dir>\\"});
-    EXPECT_EQ(1, run.exitCode);
+    EXPECT_EQ(ExitCode::kRefused, run.exitCode);
     EXPECT_THAT(run.errors, HasSubstr("a name without a dot is a folder's"));
 }
 
 TEST_F(DirectoryToolTest, ServerThatDoesNotAnswerGivesExitCodeThree) {
-    DefineDirectory("Dead", ClosedPort());
+    dir_.Define("Dead");
+    key_.Dword("Dead", "Port1", ClosedPort());
     const std::vector<std::vector<std::string>> commands = {
         {"ls", "<Dead>\\"}, {"cat", "<Dead>\\a.kre"}, {"cp", "<Dead>\\a.kre", "<Work>\\"}};
     for (const auto& arguments : commands) {
         const ToolRun run = RunTool(arguments);
-        EXPECT_EQ(3, run.exitCode);
+        EXPECT_EQ(ExitCode::kUnreachable, run.exitCode);
         EXPECT_THAT(run.errors, HasSubstr("depot Dead: nobody answers at 127.0.0.1"));
         EXPECT_EQ(run.errors.size() - 1, run.errors.find('\n'));
     }
@@ -110,7 +115,8 @@ TEST_F(DirectoryToolTest, ServerThatDoesNotAnswerGivesExitCodeThree) {
 }
 
 TEST_F(DirectoryToolTest, SecondLocationIsUsedWhenTheFirstDoesNotAnswer) {
-    DefineDirectory("Dir", ClosedPort());
+    dir_.Define("Dir");
+    key_.Dword("Dir", "Port1", ClosedPort());
     key_.Text("Dir", "Path2", folder_.MakeFolder("second"));
     folder_.MakeFile("second\\s.kre", "second");
     EXPECT_EQ("second", RunTool({"cat", "<Dir>\\s.kre"}).output);
@@ -119,22 +125,22 @@ TEST_F(DirectoryToolTest, SecondLocationIsUsedWhenTheFirstDoesNotAnswer) {
 TEST_F(DirectoryToolTest, WrongPasswordIsRefusedAndNoPromptAppearsWithoutATerminal) {
     key_.Text("Dir", "Password1", "wrong");
     const ToolRun run = RunTool({"ls", "<Dir>\\"});
-    EXPECT_EQ(1, run.exitCode);
+    EXPECT_EQ(ExitCode::kRefused, run.exitCode);
     EXPECT_THAT(run.errors, HasSubstr("the user name or the password is wrong"));
     key_.Text("Dir", "Username1", "");
     EXPECT_THAT(RunTool({"ls", "<Dir>\\"}).errors, HasSubstr("none are stored"));
     // Other programs may still ask.
     key_.Text("Dir", "Username1", kEditor);
     key_.Text("Dir", "Password1", kEditorPassword);
-    EXPECT_EQ(0, RunTool({"ls", "<Dir>\\"}).exitCode);
+    EXPECT_EQ(ExitCode::kDone, RunTool({"ls", "<Dir>\\"}).exitCode);
 }
 
 TEST_F(DirectoryToolTest, ReaderMayReadButWritingIsRefused) {
     key_.Text("Dir", "Username1", kReader);
     key_.Text("Dir", "Password1", kReaderPassword);
-    EXPECT_EQ(0, RunTool({"ls", "<Dir>\\"}).exitCode);
+    EXPECT_EQ(ExitCode::kDone, RunTool({"ls", "<Dir>\\"}).exitCode);
     const ToolRun run = RunTool({"mkdir", "<Dir>\\New"});
-    EXPECT_EQ(1, run.exitCode);
+    EXPECT_EQ(ExitCode::kRefused, run.exitCode);
     const auto depots = RunTool({"depots", "--json"}).Json();
     for (const auto& depot : depots) {
         EXPECT_EQ(depot["key"] != "Dir", depot["locations"][0]["writable"].get<bool>());

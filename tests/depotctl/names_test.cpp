@@ -58,12 +58,11 @@ std::vector<std::string> InOrder(std::vector<std::string> names) {
     return names;
 }
 
-// What both kinds of depots are tested with.
-template <class World>
-class RunsInCodePage : public World, public testing::WithParamInterface<Runs> {
-protected:
-    RunsInCodePage() {
-        if (GetParam() == Runs::kInSystemCodePage) systemCodePage_.emplace();
+// The program as the runs of one test start it.
+class ProgramRuns {
+public:
+    explicit ProgramRuns(Runs runs) {
+        if (runs == Runs::kInSystemCodePage) systemCodePage_.emplace();
     }
 
     unsigned CodePage() const { return systemCodePage_ ? GetACP() : CP_UTF8; }
@@ -84,7 +83,7 @@ std::string NameOfRuns(const testing::TestParamInfo<Runs>& info) {
     return info.param == Runs::kAsDeclared ? "AsDeclared" : "InSystemCodePage";
 }
 
-class NamesTest : public RunsInCodePage<ToolTest> {
+class NamesTest : public ToolTest, public testing::WithParamInterface<Runs> {
 protected:
     NamesTest() {
         const std::string name = ExactAnsiFromUtf8(OwnName()).value();
@@ -105,20 +104,22 @@ protected:
                                                       nullptr, CREATE_NEW, 0, nullptr));
         ASSERT_NE(nullptr, file.get());
     }
+
+    const ProgramRuns runs_{GetParam()};
 };
 
 TEST_P(NamesTest, FilesAreMadeListedReadAndRemovedUnderTheirOwnNames) {
-    const std::vector<std::string> names = NamesOf(true);
+    const std::vector<std::string> names = runs_.NamesOf(true);
     for (const std::string& name : names) {
         SCOPED_TRACE(name);
         const ToolRun run = RunTool({"set", "--create", In(name), "Section", "Key", "Value"});
-        EXPECT_EQ(0, run.exitCode) << run.errors;
+        EXPECT_EQ(ExitCode::kDone, run.exitCode) << run.errors;
         EXPECT_TRUE(IsStored(name));
         EXPECT_EQ("Value\n", RunTool({"get", In(name), "Section", "Key"}).output);
     }
     EXPECT_THAT(Listed(In("")), ElementsAreArray(InOrder(names)));
     for (std::size_t removed = 0; removed < names.size(); ++removed) {
-        EXPECT_EQ(0, RunTool({"rm", In(names[removed])}).exitCode) << names[removed];
+        EXPECT_EQ(ExitCode::kDone, RunTool({"rm", In(names[removed])}).exitCode) << names[removed];
         for (std::size_t index = 0; index < names.size(); ++index) {
             EXPECT_EQ(index > removed, IsStored(names[index])) << names[index];
         }
@@ -126,30 +127,31 @@ TEST_P(NamesTest, FilesAreMadeListedReadAndRemovedUnderTheirOwnNames) {
 }
 
 TEST_P(NamesTest, FilesAreCopiedAndMovedUnderTheirOwnNames) {
-    for (const std::string& name : NamesOf(true)) {
+    for (const std::string& name : runs_.NamesOf(true)) {
         SCOPED_TRACE(name);
         RunTool({"set", "--create", In(name), "S", "K", name});
         const std::string folder = "<Work>\\" + OwnName();
-        EXPECT_EQ(0, RunTool({"mkdir", "-p", folder}).exitCode);
+        EXPECT_EQ(ExitCode::kDone, RunTool({"mkdir", "-p", folder}).exitCode);
         const ToolRun copied = RunTool({"cp", In(name), folder + "\\"});
         EXPECT_EQ("copied 1 file to " + folder + "\\" + name + "\n", copied.output)
             << copied.errors;
-        EXPECT_EQ(0, RunTool({"mv", folder + "\\" + name, In("2" + name)}).exitCode);
+        EXPECT_EQ(ExitCode::kDone, RunTool({"mv", folder + "\\" + name, In("2" + name)}).exitCode);
         EXPECT_TRUE(IsStored("2" + name));
-        EXPECT_EQ(0, RunTool({"rm", In(name), In("2" + name)}).exitCode);
+        EXPECT_EQ(ExitCode::kDone, RunTool({"rm", In(name), In("2" + name)}).exitCode);
         EXPECT_EQ("", RunTool({"ls", folder}).output);
     }
 }
 
 TEST_P(NamesTest, TreesAreCopiedAndRemovedWhole) {
     const std::string folder = In(OwnName());
-    EXPECT_EQ(0, RunTool({"mkdir", folder}).exitCode);
-    for (const std::string& name : NamesOf(true)) {
-        EXPECT_EQ(0, RunTool({"set", "--create", folder + "\\" + name, "S", "K", "V"}).exitCode);
+    EXPECT_EQ(ExitCode::kDone, RunTool({"mkdir", folder}).exitCode);
+    for (const std::string& name : runs_.NamesOf(true)) {
+        EXPECT_EQ(ExitCode::kDone,
+                  RunTool({"set", "--create", folder + "\\" + name, "S", "K", "V"}).exitCode);
     }
-    EXPECT_EQ(0, RunTool({"cp", "-r", folder, "<Work>\\copy"}).exitCode);
-    EXPECT_THAT(Listed("<Work>\\copy"), ElementsAreArray(InOrder(NamesOf(true))));
-    EXPECT_EQ(0, RunTool({"rm", "-r", folder}).exitCode);
+    EXPECT_EQ(ExitCode::kDone, RunTool({"cp", "-r", folder, "<Work>\\copy"}).exitCode);
+    EXPECT_THAT(Listed("<Work>\\copy"), ElementsAreArray(InOrder(runs_.NamesOf(true))));
+    EXPECT_EQ(ExitCode::kDone, RunTool({"rm", "-r", folder}).exitCode);
     EXPECT_EQ("", RunTool({"ls", In("")}).output);
 }
 
@@ -164,15 +166,15 @@ TEST_P(NamesTest, DepotsAreShownAndFoundByNamesInTheirOwnLetters) {
 }
 
 TEST_P(NamesTest, NameThatTheCodePageLacksIsRefusedAndNothingIsTouched) {
-    for (const std::string& name : NamesOf(false)) {
+    for (const std::string& name : runs_.NamesOf(false)) {
         SCOPED_TRACE(name);
         for (const std::vector<std::string>& command :
              {std::vector<std::string>{"set", "--create", In(name), "S", "K", "V"},
               std::vector<std::string>{"mkdir", In(name)}, std::vector<std::string>{"ls", In(name)},
               std::vector<std::string>{"rm", In(name)}}) {
             const ToolRun run = RunTool(command);
-            EXPECT_EQ(1, run.exitCode);
-            EXPECT_THAT(run.errors, HasSubstr("code page " + std::to_string(CodePage())));
+            EXPECT_EQ(ExitCode::kRefused, run.exitCode);
+            EXPECT_THAT(run.errors, HasSubstr("code page " + std::to_string(runs_.CodePage())));
         }
     }
     EXPECT_EQ("", RunTool({"ls", In("")}).output);
@@ -185,7 +187,7 @@ TEST_P(NamesTest, LookAlikeNameDoesNotReachTheFileThatItLooksLike) {
                              ".\u00A5"
                              "A.kra"}) {
         SCOPED_TRACE(name);
-        EXPECT_EQ(1, RunTool({"rm", In(name)}).exitCode);
+        EXPECT_EQ(ExitCode::kRefused, RunTool({"rm", In(name)}).exitCode);
         EXPECT_TRUE(IsStored("A.kra"));
     }
 }
@@ -194,7 +196,7 @@ TEST_P(NamesTest, ArgumentWithHalfOfACharacterIsRefused) {
     for (const std::wstring& half : {std::wstring(L"\xD83D"), std::wstring(L"\xDE00")}) {
         const ToolRun run =
             RunToolWith({L"set", L"--create", L"<Work>\\a" + half + L".kra", L"S", L"K", L"V"});
-        EXPECT_EQ(1, run.exitCode);
+        EXPECT_EQ(ExitCode::kRefused, run.exitCode);
         EXPECT_THAT(run.errors, HasSubstr("half of a character"));
         EXPECT_EQ("", RunTool({"ls", "<Work>\\"}).output);
     }
@@ -204,12 +206,12 @@ TEST_P(NamesTest, LsCountsTheNamesThatItCannotShow) {
     std::uint32_t foreign = 0;
     for (const char* name : kNames) {
         Store(WideFromUtf8(name));
-        if (!Holds(name)) ++foreign;
+        if (!runs_.Holds(name)) ++foreign;
     }
     const ToolRun text = RunTool({"ls", In("")});
     const ToolRun json = RunTool({"ls", "--json", In("")});
-    EXPECT_EQ(0, text.exitCode);
-    EXPECT_EQ(0, json.exitCode);
+    EXPECT_EQ(ExitCode::kDone, text.exitCode);
+    EXPECT_EQ(ExitCode::kDone, json.exitCode);
     if (foreign == 0) {
         EXPECT_EQ("", text.errors);
         EXPECT_EQ("", json.errors);
@@ -218,7 +220,7 @@ TEST_P(NamesTest, LsCountsTheNamesThatItCannotShow) {
     EXPECT_THAT(text.errors, testing::StartsWith("depotctl: " + std::to_string(foreign) + " name"));
     const auto report = nlohmann::json::parse(json.errors, nullptr, false);
     EXPECT_EQ(foreign, report.value("leftOut", 0u)) << json.errors;
-    EXPECT_EQ(CodePage(), report.value("codePage", 0u));
+    EXPECT_EQ(runs_.CodePage(), report.value("codePage", 0u));
 }
 
 TEST_P(NamesTest, DepotsWhoseNamesDifferInASecondByteStayApart) {
@@ -229,9 +231,9 @@ TEST_P(NamesTest, DepotsWhoseNamesDifferInASecondByteStayApart) {
         const std::string name = ExactAnsiFromUtf8(key).value();
         DefineFolder(name, folder_.MakeFolder(name));
         const std::string file = std::string("<") + key + ">\\x.kra";
-        EXPECT_EQ(0, RunTool({"set", "--create", file, "S", "K", key}).exitCode);
+        EXPECT_EQ(ExitCode::kDone, RunTool({"set", "--create", file, "S", "K", key}).exitCode);
     }
-    EXPECT_EQ(0, RunTool({"rm", std::string("<") + keys[0] + ">\\x.kra"}).exitCode);
+    EXPECT_EQ(ExitCode::kDone, RunTool({"rm", std::string("<") + keys[0] + ">\\x.kra"}).exitCode);
     const std::string other = std::string("<") + keys[1] + ">\\x.kra";
     EXPECT_EQ(std::string(keys[1]) + "\n", RunTool({"get", other, "S", "K"}).output);
 }
@@ -256,9 +258,9 @@ TEST_P(NamesTest, ValuesOfApplicationsAreReadAndWrittenInTheirCodePage) {
     EXPECT_EQ(OwnWord() + "\n", RunTool({"get", plan, OwnWord(), "A"}).output);
     EXPECT_EQ(OwnWord(), RunTool({"get", "--json", plan}).Json()[2]["value"]);
     const ToolRun run = RunTool({"set", plan, OwnWord(), "Key", "2 " + OwnWord()});
-    EXPECT_EQ(0, run.exitCode) << run.errors;
+    EXPECT_EQ(ExitCode::kDone, run.exitCode) << run.errors;
     EXPECT_EQ(head + "Key=2 " + own + "\r\n" + tail, FileBytes(folder_.At("work\\plan.kra")));
-    EXPECT_EQ(0, RunTool({"set", "--remove", plan, OwnWord(), "Key"}).exitCode);
+    EXPECT_EQ(ExitCode::kDone, RunTool({"set", "--remove", plan, OwnWord(), "Key"}).exitCode);
     EXPECT_EQ(head + tail, FileBytes(folder_.At("work\\plan.kra")));
 }
 
@@ -274,7 +276,7 @@ TEST_P(NamesTest, AllBytesOfOtherValuesStay) {
     }
     folder_.MakeFile("work\\all.kra", before + "Key=1\r\n");
     const ToolRun run = RunTool({"set", "<Work>\\all.kra", "S", "Key", "2 " + OwnWord()});
-    EXPECT_EQ(0, run.exitCode) << run.errors;
+    EXPECT_EQ(ExitCode::kDone, run.exitCode) << run.errors;
     EXPECT_EQ(before + "Key=2 " + InSystemCodePage(OwnWord()) + "\r\n",
               FileBytes(folder_.At("work\\all.kra")));
 }
@@ -288,7 +290,7 @@ TEST_P(NamesTest, ValueThatTheProfilesCodePageLacksIsRefusedAndTheProfileStays) 
         EXPECT_EQ(std::string(kForeignWord) + "\n", RunTool({"get", plan, "S", "Key"}).output);
         return;
     }
-    EXPECT_EQ(1, run.exitCode);
+    EXPECT_EQ(ExitCode::kRefused, run.exitCode);
     EXPECT_THAT(run.errors, HasSubstr("code page " + std::to_string(GetACP()) + ", in which"));
     EXPECT_EQ(before, FileBytes(folder_.At("work\\plan.kra")));
 }
@@ -312,7 +314,7 @@ TEST_P(NamesTest, ProfilesInUnicodeStayInIt) {
         folder_.MakeFile("work\\plan.kra", row.before);
         EXPECT_EQ(word + "\n", RunTool({"get", "<Work>\\plan.kra", "S", "A"}).output);
         const ToolRun run = RunTool({"set", "<Work>\\plan.kra", "S", "Key", word});
-        EXPECT_EQ(0, run.exitCode) << run.errors;
+        EXPECT_EQ(ExitCode::kDone, run.exitCode) << run.errors;
         EXPECT_EQ(row.after, FileBytes(folder_.At("work\\plan.kra")));
     }
 }
@@ -321,11 +323,14 @@ TEST_P(NamesTest, CodePageOfAnotherMachinesProfileCanBeGiven) {
     const std::string plan = "<Work>\\plan.kra";
     folder_.MakeFile("work\\plan.kra", "[S]\r\n\x95\x5C=\x83\x7C\r\n");
     EXPECT_EQ("\u30DD\n", RunTool({"get", "--code-page", "932", plan, "S", "\u8868"}).output);
-    EXPECT_EQ(0, RunTool({"set", "--code-page=932", plan, "S", "\u8868", "\u5341"}).exitCode);
+    EXPECT_EQ(ExitCode::kDone,
+              RunTool({"set", "--code-page=932", plan, "S", "\u8868", "\u5341"}).exitCode);
     EXPECT_EQ("[S]\r\n\x95\x5C=\x8F\x5C\r\n", FileBytes(folder_.At("work\\plan.kra")));
     for (const char* none :
          {"0", "1", "1200", "65000", "50220", "54936", "x", "-1", "99999999999"}) {
-        EXPECT_EQ(2, RunTool({"get", std::string("--code-page=") + none, plan}).exitCode) << none;
+        EXPECT_EQ(ExitCode::kUsage,
+                  RunTool({"get", std::string("--code-page=") + none, plan}).exitCode)
+            << none;
     }
 }
 
@@ -336,10 +341,26 @@ TEST_P(NamesTest, PublishingFollowsAndKeepsTextOfApplications) {
     const std::string profile = "[Skein]\r\nCount=1\r\nA=" + own + "\r\n[Clients]\r\nC1=";
     folder_.MakeFile("team\\p.kra", profile + folder_.At(own + ".kre") + "\r\n");
     const ToolRun run = RunTool({"publish", "--json", "<Team>\\p.kra"});
-    EXPECT_EQ(0, run.exitCode) << run.errors;
+    EXPECT_EQ(ExitCode::kDone, run.exitCode) << run.errors;
     EXPECT_EQ("<Team>\\" + OwnWord() + ".kre", run.Json()[0]["entry"]);
     EXPECT_EQ(profile + "<Team>\\" + own + ".kre\r\n", FileBytes(folder_.At("team\\p.kra")));
     EXPECT_EQ("client", FileBytes(folder_.At("team\\" + own + ".kre")));
+}
+
+TEST_P(NamesTest, PublishingInAFolderThatTheProfilesCodePageLacksCopiesNothing) {
+    if (!runs_.Holds(kForeignWord) || GetACP() == CP_UTF8) return;
+    folder_.MakeFile("c1.kre", "client");
+    const std::string profile = "[Skein]\r\nCount=1\r\nA=" + InSystemCodePage(OwnWord()) +
+                                "\r\n[Clients]\r\nC1=" + folder_.At("c1.kre") + "\r\n";
+    folder_.MakeFile("team\\p.kra", profile);
+    const std::string folder = In(kForeignWord);
+    RunTool({"mkdir", folder});
+    RunTool({"cp", "<Team>\\p.kra", folder});
+    const ToolRun run = RunTool({"publish", folder + "\\p.kra"});
+    EXPECT_EQ(ExitCode::kRefused, run.exitCode);
+    EXPECT_THAT(run.errors, HasSubstr("code page " + std::to_string(GetACP()) + ", in which"));
+    EXPECT_THAT(Listed(folder), ElementsAreArray({"p.kra"}));
+    EXPECT_EQ(profile, RunTool({"cat", folder + "\\p.kra"}).output);
 }
 
 TEST_P(NamesTest, DepotsOfOneNameInTwoCasesAreOneName) {
@@ -367,24 +388,28 @@ TEST(ProgramNamesTest, ProgramDeclaresTheCodePageOfUtf8) {
                           "</activeCodePage>"));
 }
 
-class DirectoryNamesTest : public RunsInCodePage<DirectoryToolTest> {};
+class DirectoryNamesTest : public ToolTest, public testing::WithParamInterface<Runs> {
+protected:
+    DirectoryDepot dir_{key_};
+    const ProgramRuns runs_{GetParam()};
+};
 
 TEST_P(DirectoryNamesTest, EntriesAreMadeListedReadAndRemovedUnderTheirOwnNames) {
-    const std::vector<std::string> names = NamesOf(true);
+    const std::vector<std::string> names = runs_.NamesOf(true);
     const std::string folder = "<Dir>\\" + OwnName();
-    EXPECT_EQ(0, RunTool({"mkdir", folder}).exitCode);
+    EXPECT_EQ(ExitCode::kDone, RunTool({"mkdir", folder}).exitCode);
     for (const std::string& name : names) {
         SCOPED_TRACE(name);
         const std::string entry = folder + "\\" + name;
         const ToolRun run = RunTool({"set", "--create", entry, "Section", "Key", "Value"});
-        EXPECT_EQ(0, run.exitCode) << run.errors;
+        EXPECT_EQ(ExitCode::kDone, run.exitCode) << run.errors;
         EXPECT_EQ("Value\n", RunTool({"get", entry, "Section", "Key"}).output);
     }
     EXPECT_THAT(Listed(folder), ElementsAreArray(InOrder(names)));
-    EXPECT_EQ(0, RunTool({"cp", "-r", folder, "<Work>\\"}).exitCode);
+    EXPECT_EQ(ExitCode::kDone, RunTool({"cp", "-r", folder, "<Work>\\"}).exitCode);
     EXPECT_THAT(Listed("<Work>\\" + OwnName()), ElementsAreArray(InOrder(names)));
     for (const std::string& name : names) {
-        EXPECT_EQ(0, RunTool({"rm", folder + "\\" + name}).exitCode) << name;
+        EXPECT_EQ(ExitCode::kDone, RunTool({"rm", folder + "\\" + name}).exitCode) << name;
     }
     EXPECT_EQ("", RunTool({"ls", folder}).output);
 }
@@ -392,11 +417,11 @@ TEST_P(DirectoryNamesTest, EntriesAreMadeListedReadAndRemovedUnderTheirOwnNames)
 TEST_P(DirectoryNamesTest, ValuesOfApplicationsAreReadAndWrittenInTheirCodePage) {
     const std::string own = ExactFromWide(GetACP(), WideFromUtf8(OwnName())).value();
     const std::string head = "[S]\r\nA=" + own + "\x81\r\n";
-    server_.AddFile("plan.kra", "cn=Sessions," + base_, head + "Key=1\r\n");
+    dir_.server.AddFile("plan.kra", "cn=Sessions," + dir_.base, head + "Key=1\r\n");
     const std::string plan = "<Dir>\\Sessions\\plan.kra";
     EXPECT_EQ("1\n", RunTool({"get", plan, "S", "Key"}).output);
     const ToolRun run = RunTool({"set", plan, "S", "Key", OwnName()});
-    EXPECT_EQ(0, run.exitCode) << run.errors;
+    EXPECT_EQ(ExitCode::kDone, run.exitCode) << run.errors;
     EXPECT_EQ(head + "Key=" + own + "\r\n", RunTool({"cat", plan}).output);
     EXPECT_EQ(OwnName() + "\n", RunTool({"get", plan, "S", "Key"}).output);
 }

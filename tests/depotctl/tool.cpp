@@ -88,14 +88,14 @@ public:
         return created;
     }
 
-    int ExitCode() const {
+    ctl::ExitCode ExitCode() const {
         DWORD code = 0;
         if (WaitForSingleObject(process_.get(), kPatience) != WAIT_OBJECT_0) {
             ADD_FAILURE() << "depotctl does not end";
             TerminateProcess(process_.get(), 99);
         }
         GetExitCodeProcess(process_.get(), &code);
-        return static_cast<int>(code);
+        return ctl::ExitCode{static_cast<int>(code)};
     }
 
     Pipe input{Pipe::ChildEnd::kRead};

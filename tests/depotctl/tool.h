@@ -1,4 +1,4 @@
-// depotctl as its users run it: a process of its own, whose output goes through pipes.
+// depotctl as its users run it: a process of its own, whose output is read through pipes.
 #pragma once
 
 #include <gmock/gmock.h>
@@ -8,14 +8,25 @@
 #include <string>
 #include <vector>
 
+#include "depotctl/failure.h"
 #include "manager/depot_list.h"
 #include "support/scratch.h"
 
+namespace depot::ctl {
+
+inline void PrintTo(ExitCode code, std::ostream* out) {
+    *out << "exit code " << static_cast<int>(code);
+}
+
+}  // namespace depot::ctl
+
 namespace depot::test {
+
+using ctl::ExitCode;
 
 // What one run left. Texts are in UTF-8.
 struct ToolRun {
-    int exitCode = -1;
+    ExitCode exitCode{-1};
     std::string output;
     std::string errors;
 
@@ -62,6 +73,10 @@ protected:
     void DefineFolder(const std::string& name, const std::string& path) const {
         key_.Text(name, "Path1", path);
     }
+
+    // Whether a file or folder is in the test's folder, and the bytes of a file there.
+    bool Holds(const std::string& name) const { return Exists(folder_.At(name)); }
+    std::string Bytes(const std::string& name) const { return FileBytes(folder_.At(name)); }
 
     ScratchKey key_{HKEY_CURRENT_USER, kDepotsKey};
     ScratchFolder folder_;

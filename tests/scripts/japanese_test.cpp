@@ -67,7 +67,7 @@ protected:
     static std::wstring Script() {
         return Decoded(CP_UTF8, FileBytes(OwnModuleFolder() + "clients\\plan.vbs"));
     }
-    // Runs the script of these bytes, or another one that is told where they are.
+    // Runs the script of these bytes, or another one that is given their place.
     WideLines RunScript(const std::string& bytes, const std::string& runner = {}) {
         const std::string script = "\"" + folder_.MakeFile("plan.vbs", bytes) + "\"";
         const std::string output = folder_.At("output.txt");

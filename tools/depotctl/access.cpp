@@ -14,7 +14,6 @@ namespace depot::ctl {
 namespace {
 
 constexpr int kAttempts = 3;
-constexpr char kProbeByte = ' ';
 
 bool IsSimple(const CDepotPath& location) {
     return location.authentication != kAnonymousAuthentication &&
@@ -140,20 +139,14 @@ std::optional<Problem> TryWriting(CDepotPath& location, const LogOnNames& names)
     known->username = names.userName;
     known->password = names.password;
     CLDAPItems items(known.get());
-    if (items.ConnectLocation(nullptr) == 0) return ProblemFor(items.LastError());
     const std::string base = items.PathToDN(ExpandedPath(location));
     const std::string dn = EntryDN(items.Schema().NamingNames().file, kProbeFileName, base);
-    std::uint32_t code = items.AddFileEntry(dn, kProbeFileName, &kProbeByte, sizeof(kProbeByte));
-    if (code == LDAP_SUCCESS || code == LDAP_ALREADY_EXISTS) {
-        FileBuffer probe = {sizeof(kProbeByte), std::make_unique<std::uint8_t[]>(1)};
-        probe.bytes[0] = kProbeByte;
-        code = CodeOf(items.Entries().RemoveUnchanged(dn, probe));
-        // What another program has stored there by now shows as well that one can.
-        if (code == kContentsChanged) code = LDAP_SUCCESS;
-    }
+    std::string text;
+    const bool isWritable = items.ConnectLocation(&text) != 0 &&
+                            TestWritable(kDirectoryLocation, dn, &items, &text) != 0;
     items.Close();
-    if (code == LDAP_SUCCESS) return std::nullopt;
-    return ProblemFor(code);
+    if (isWritable) return std::nullopt;
+    return ProblemFor(items.LastError());
 }
 
 void OpenDepot(CDepot& depot) {
@@ -163,7 +156,7 @@ void OpenDepot(CDepot& depot) {
         const std::optional<Problem> problem = Open(*location);
         if (!problem) return;
         if (paths.Count() == 1) {
-            // A missing folder is told by the operation that needs it, or made by it.
+            // A missing folder is reported by the operation that needs it, or made by it.
             if (IsDirectory(*location) || problem->isUnreachable) FailToOpen(depot, *problem);
             return;
         }

@@ -21,10 +21,10 @@ struct LogOnNames {
     std::string password;
 };
 
-// The location's own credentials, else those that another process was told last for the server.
+// The location's own credentials, else those that another process was given last for the server.
 LogOnNames KnownCredentials(CDepotPath& location, CLDAPItems& items);
 
-// Tells whether a user has to be asked before the location's server can be logged on to.
+// Returns whether a user has to be asked before the location's server can be logged on to.
 bool NeedsCredentials(const CDepotPath& location, const LogOnNames& names);
 
 // Logs on with these names, and, where they are missing or refused, with what a user at a terminal

@@ -8,7 +8,6 @@
 #include "depotctl/encoding.h"
 #include "depotctl/failure.h"
 #include "depotctl/installation.h"
-#include "depotctl/key_argument.h"
 #include "depotctl/location_trial.h"
 #include "depotctl/program.h"
 #include "depotctl/utf8_text.h"
@@ -23,16 +22,8 @@ struct CheckOptions {
 };
 
 const char* StateName(State state) {
-    switch (state) {
-        case State::kGood:
-            return "ok";
-        case State::kNote:
-            return "note";
-        case State::kProblem:
-            return "problem";
-        default:
-            return "unreachable";
-    }
+    constexpr const char* kNames[] = {"ok", "note", "problem", "unreachable"};
+    return kNames[static_cast<std::size_t>(state)];
 }
 
 Json StepsJson(const Findings& findings) {

@@ -56,15 +56,16 @@ struct TransferOptions {
     }
 };
 
-// Adds a command that copies or moves.
+// Adds a command that copies or moves, and replaces files only with --force.
 template <class Run>
 NewCommand<TransferOptions> AddTransferCommand(CLI::App& parent, Program& program,
                                                const CommandText& text, Run run) {
     const auto command = AddCommand<TransferOptions>(parent, program, text, run);
     command.app.add_option("from", command.options.from, text.argument)->required();
     command.app
-        .add_option("to", command.options.to, "Its new path, or the folder that it goes into")
+        .add_option("to", command.options.to, "Its new path, or the folder that receives it")
         ->required();
+    command.app.add_flag("-f,--force", command.options.force, "Replace files that are there");
     return command;
 }
 

@@ -10,11 +10,12 @@ namespace depot::ctl {
 
 class Program;
 
-void AddListCommand(CLI::App& app, Program& program);       // ls
-void AddProfileCommands(CLI::App& app, Program& program);   // cat, get, set
-void AddFileCommands(CLI::App& app, Program& program);      // cp, mv, rm, mkdir, copy-name
-void AddTransferCommands(CLI::App& app, Program& program);  // upload, download, publish
-void AddDepotsCommand(CLI::App& app, Program& program);     // depots
-void AddCheckCommand(CLI::App& app, Program& program);      // check
+void AddListCommand(CLI::App& app, Program& program);        // ls
+void AddProfileCommands(CLI::App& app, Program& program);    // cat, get, set
+void AddFileCommands(CLI::App& app, Program& program);       // cp, mv, rm, mkdir, copy-name
+void AddTransferCommands(CLI::App& app, Program& program);   // upload, download, publish
+void AddDepotsCommand(CLI::App& app, Program& program);      // depots
+void AddDefineCommands(CLI::App& depots, Program& program);  // depots add, set, remove
+void AddCheckCommand(CLI::App& app, Program& program);       // check
 
 }  // namespace depot::ctl

@@ -1,17 +1,14 @@
 // depots add, set and remove: definitions in the registry.
-#include "depotctl/define_commands.h"
-
 #include <algorithm>
 
 #include "depotctl/command_line.h"
+#include "depotctl/commands.h"
 #include "depotctl/define_options.h"
 #include "depotctl/definition_edit.h"
 #include "depotctl/definition_store.h"
 #include "depotctl/encoding.h"
 #include "depotctl/failure.h"
-#include "depotctl/key_argument.h"
 #include "depotctl/location_checks.h"
-#include "depotctl/macro_names.h"
 #include "depotctl/program.h"
 #include "depotctl/utf8_text.h"
 #include "manager/depot_list.h"
@@ -85,7 +82,7 @@ Findings UnknownMacros(const RawDefinition& definition) {
     Findings findings;
     for (int location = 1; location <= definition.Locations(); ++location) {
         const std::string name = Numbered("Path", location);
-        Append(findings, CheckMacroNames(name, definition.Text(name).value_or(""), MacroNames()));
+        Append(findings, CheckMacroNames(name, definition.Text(name).value_or("")));
     }
     return findings;
 }
@@ -132,8 +129,8 @@ Findings NotesOn(const RawDefinition& after, const DefineOptions& options) {
     return notes;
 }
 
-void Tell(const Program& program, const DefineOptions& options, const char* done,
-          const Findings& notes) {
+void Report(const Program& program, const DefineOptions& options, const char* done,
+            const Findings& notes) {
     Json json = {{done, options.key}, {"definedFor", OwnerOf(RootOf(options))}};
     json["notes"] = Json::array();
     std::string text =
@@ -186,14 +183,14 @@ void Define(const Program& program, const DefineOptions& options) {
     if (options.dryRun) return ShowFile(program, options, &change);
     const Findings notes = NotesOn(after, options);
     WriteDefinition(RootOf(options), options.key, change);
-    Tell(program, options, isNew ? "added" : "changed", notes);
+    Report(program, options, isNew ? "added" : "changed", notes);
 }
 
 void RemoveOne(const Program& program, const DefineOptions& options) {
     Existing(options, Existence::kThere);
     if (options.dryRun) return ShowFile(program, options, nullptr);
     RemoveDefinition(RootOf(options), options.key);
-    Tell(program, options, "removed", {});
+    Report(program, options, "removed", {});
 }
 
 }  // namespace

@@ -6,7 +6,7 @@
 #include <span>
 
 #include "depotctl/definition_store.h"
-#include "depotctl/key_argument.h"
+#include "depotctl/encoding.h"
 
 namespace depot::ctl {
 namespace {

@@ -66,7 +66,7 @@ struct DefinitionChange {
     std::vector<std::string> removed;
 };
 
-// Tells whether a location is one of a directory.
+// Returns whether a location is one of a directory.
 inline bool IsDirectory(const LocationSettings& location) {
     return location.type == kDirectoryLocation;
 }

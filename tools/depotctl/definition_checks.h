@@ -29,7 +29,7 @@ struct DepotSummary {
     std::vector<std::string> roots;  // expanded; of folders only
 };
 
-// Tells whether two texts in UTF-8 are one name to the component.
+// Returns whether two texts in UTF-8 are one name to the component.
 using SameText = std::function<bool(std::string_view, std::string_view)>;
 
 // Returns, for each depot in the order of the list, what stands in the way of others.

@@ -18,7 +18,7 @@ std::optional<DefinitionChange> WithoutLocation(const RawDefinition& definition,
 // The problems of a definition that the one which it was made from does not have; null for none.
 Findings NewProblems(const RawDefinition* before, const RawDefinition& after);
 
-// A definition beside the others, as far as its values alone tell.
+// A definition beside the others, as far as its values alone show.
 DepotSummary SummaryOf(const RawDefinition& definition, bool isForUser);
 
 // The contents of a .reg file that makes the change below `keyPath`, which begins with the hive's

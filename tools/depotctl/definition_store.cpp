@@ -39,7 +39,7 @@ bool IsTextual(DWORD type) {
     return type == REG_SZ || type == REG_EXPAND_SZ || type == REG_MULTI_SZ;
 }
 
-// Returns the text without the NULs at its end; `terminated` tells whether there were any.
+// Returns the text without the NULs at its end; `terminated` is whether there were any.
 std::wstring WideText(const std::vector<BYTE>& data, bool& terminated) {
     std::wstring text(data.size() / sizeof(wchar_t), L'\0');
     std::memcpy(text.data(), data.data(), text.size() * sizeof(wchar_t));

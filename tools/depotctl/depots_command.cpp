@@ -4,7 +4,6 @@
 
 #include "depotctl/access.h"
 #include "depotctl/commands.h"
-#include "depotctl/define_commands.h"
 #include "depotctl/definition.h"
 #include "depotctl/encoding.h"
 #include "depotctl/program.h"
@@ -13,21 +12,18 @@
 namespace depot::ctl {
 namespace {
 
+// What stands for the owner of the depot that no registry key defines.
+constexpr char kBuiltIn[] = "nobody";
+
 Json StateOf(const LocationState& state) {
-    Json json;
-    json["reachable"] = !state.problem;
-    json["writable"] = !state.problem && !state.writingProblem;
-    if (state.problem) {
-        json["problem"] = state.problem->text;
-    } else if (state.writingProblem) {
-        json["problem"] = state.writingProblem->text;
-    }
+    const std::optional<Problem>& why = state.problem ? state.problem : state.writingProblem;
+    Json json = {{"reachable", !state.problem}, {"writable", !why}};
+    if (why) json["problem"] = why->text;
     return json;
 }
 
 Json LocationJson(CDepotPath& location) {
-    Json json;
-    json["type"] = kTypeWords[location.type].word;
+    Json json = {{"type", kTypeWords[location.type].word}};
     if (IsDirectory(location)) {
         json["host"] = Utf8FromAnsi(location.host);
         json["port"] = location.port;
@@ -61,19 +57,18 @@ Json LocationsJson(CDepot& depot, bool offline) {
 }
 
 Json DepotJson(CDepot& depot, const CDepots& depots, bool offline) {
-    Json json;
-    json["key"] = Utf8FromAnsi(depot.name);
-    json["displayName"] = Utf8FromAnsi(depot.displayName);
-    json["default"] = &depot == depots.defaultDepot;
-    json["order"] = depot.orderIndex == CDepot::kNoOrderIndex ? Json() : Json(depot.orderIndex);
-    json["contains"] = depot.contains;
-    json["icon"] = Utf8FromAnsi(depot.icon);
-    const bool builtIn = depot.name.empty();
-    json["definedFor"] = builtIn                              ? "nobody"
-                         : depot.rootKey == HKEY_CURRENT_USER ? "user"
-                                                              : "machine";
-    json["locations"] = LocationsJson(depot, offline);
-    return json;
+    const bool ordered = depot.orderIndex != CDepot::kNoOrderIndex;
+    const bool forUser = depot.rootKey == HKEY_CURRENT_USER;
+    return {{"key", Utf8FromAnsi(depot.name)},
+            {"displayName", Utf8FromAnsi(depot.displayName)},
+            {"default", &depot == depots.defaultDepot},
+            {"order", ordered ? Json(depot.orderIndex) : Json()},
+            {"contains", depot.contains},
+            {"icon", Utf8FromAnsi(depot.icon)},
+            {"definedFor", depot.name.empty() ? kBuiltIn
+                           : forUser          ? "user"
+                                              : "machine"},
+            {"locations", LocationsJson(depot, offline)}};
 }
 
 std::string Text(const Json& value) {
@@ -110,7 +105,7 @@ std::string DepotText(const Json& depot) {
     if (depot["default"] == true) text += ", default";
     if (!depot["order"].is_null()) text += ", order " + depot["order"].dump();
     if (depot["contains"] != 0) text += ", contains " + depot["contains"].dump();
-    text += depot["definedFor"] == "nobody" ? ", built in"
+    text += depot["definedFor"] == kBuiltIn ? ", built in"
                                             : ", defined for the " + Text(depot["definedFor"]);
     text += "\n";
     std::size_t number = 0;

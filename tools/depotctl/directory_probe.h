@@ -1,7 +1,7 @@
-// Trying a directory location step by step, so that a failure tells at which step it happened.
+// Trying a directory location step by step, so that a failure names its step.
 //
 // The component's own connection shows boxes, asks for passwords and lets other processes know of
-// its failures. Someone who only looks must do none of this.
+// its failures. A program that only looks must do none of this.
 #pragma once
 
 #include <cstdint>
@@ -38,12 +38,12 @@ public:
 
     std::optional<Problem> FindBase();
 
-    // Lists the base as the component does. `inPages` tells whether the server's size limit makes
+    // Lists the base as the component does. `inPages` is whether the server's size limit makes
     // that a listing in pages.
     std::optional<Problem> ListBase(bool& inPages);
 
     // The names of the location's classes and attributes that the server's schema does not define;
-    // nothing when the server does not tell its schema.
+    // nothing when the server does not show its schema.
     std::optional<std::vector<std::string>> MissingFromSchema();
 
     // The location's base as an entry's name.

@@ -49,7 +49,7 @@ private:
         if (path.empty()) {
             Add(Wrong(Name("Path"), "it is empty", "write a folder's path"));
         } else if (!HasMacros(path)) {
-            Append(findings_, CheckFolder(Name("Path"), {path, path, PathBytes()}, {}));
+            Append(findings_, CheckFolder(Name("Path"), {path, path, PathBytes()}));
         }
     }
 

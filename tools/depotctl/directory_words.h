@@ -15,7 +15,7 @@ struct DirectoryWords {
 // Returns the words for a code other than 0; the text ends with the code's number.
 DirectoryWords WordsFor(std::uint32_t code);
 
-// Tells whether the code says that no server answered.
+// Returns whether the code says that no server answered.
 bool MeansUnreachable(std::uint32_t code);
 
 }  // namespace depot::ctl

@@ -1,4 +1,4 @@
-// How a command fails, and what its caller learns from it.
+// How a command fails, and what its caller receives.
 #pragma once
 
 #include <exception>
@@ -27,7 +27,7 @@ private:
     throw CommandFailure(ExitCode::kRefused, message);
 }
 
-// Thrown when nobody reads the output any more: there is nothing left to do, and nothing to tell.
+// Thrown when the output has no reader any more: there is nothing left to do or to report.
 struct OutputClosed {};
 
 }  // namespace depot::ctl

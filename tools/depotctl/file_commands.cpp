@@ -6,7 +6,6 @@
 #include "depotctl/places.h"
 #include "depotctl/removal.h"
 #include "depotctl/transfer.h"
-#include "depotctl/transfer_target.h"
 #include "fileops/copy.h"
 #include "fileops/numbered_copy.h"
 #include "platform/text.h"
@@ -87,11 +86,7 @@ void RemoveAll(Program& program, const RemoveOptions& options) {
     }
     Json removed = Json::array();
     for (const auto& [place, kind] : all) {
-        if (kind == ItemKind::kFolder) {
-            RemoveTree(program, place);
-        } else {
-            Remove(place, kind);
-        }
+        Remove(program, place, kind);
         removed.push_back(place.Utf8());
     }
     const std::string count = std::to_string(all.size());
@@ -137,16 +132,13 @@ void AddFileCommands(CLI::App& app, Program& program) {
          "What is copied"},
         Copy);
     copy.app.add_flag("-r,--recursive", copy.options.recursive, "Copy a folder with all below it");
-    copy.app.add_flag("-f,--force", copy.options.force, "Replace files that are there");
 
-    const auto move =
-        AddTransferCommand(app, program,
-                           {"mv", "Move or rename a file or a folder",
-                            "Examples:\n  depotctl mv \"<Work>\\old.kre\" \"<Work>\\new.kre\"\n"
-                            "  depotctl mv \"<Work>\\Sessions\" \"<Archive>\\\"",
-                            "What is moved"},
-                           Move);
-    move.app.add_flag("-f,--force", move.options.force, "Replace a file that is there");
+    AddTransferCommand(app, program,
+                       {"mv", "Move or rename a file or a folder",
+                        "Examples:\n  depotctl mv \"<Work>\\old.kre\" \"<Work>\\new.kre\"\n"
+                        "  depotctl mv \"<Work>\\Sessions\" \"<Archive>\\\"",
+                        "What is moved"},
+                       Move);
 
     const auto remove = AddCommand<RemoveOptions>(app, program,
                                                   {"rm", "Delete files and folders for good",

@@ -5,6 +5,7 @@
 
 #include "depotctl/ascii.h"
 #include "depotctl/utf8_text.h"
+#include "macros/macro_table.h"
 
 namespace depot::ctl {
 namespace {
@@ -38,9 +39,9 @@ std::vector<std::string> MarkedNames(const std::string& text, char mark) {
     return names;
 }
 
-Finding StandingMacro(const std::string& subject, const std::string& name,
-                      std::span<const std::string> macros) {
-    for (const std::string& macro : macros) {
+Finding StandingMacro(const std::string& subject, const std::string& name) {
+    for (const MacroStep& step : MacroTable()) {
+        const std::string macro(step.macro);
         if (macro == name) {
             return Wrong(subject, name + " has no value on this machine and stays as it stands",
                          "install what gives it a value, or use another macro");
@@ -252,11 +253,10 @@ Findings CheckBase(const std::string& subject, const std::string& base) {
     return findings;
 }
 
-Findings CheckFolder(const std::string& subject, const FolderPath& path,
-                     std::span<const std::string> macros) {
+Findings CheckFolder(const std::string& subject, const FolderPath& path) {
     constexpr std::size_t kLongestPath = 259;
     constexpr std::size_t kRoomForFiles = 60;
-    Findings findings = CheckMacros(subject, path.expanded, macros);
+    Findings findings = CheckMacros(subject, path.expanded);
     if (!findings.empty()) return findings;
     if (!CheckBeginning(subject, path.raw, path.expanded, findings)) return findings;
     CheckSteps(subject, path.expanded, findings);
@@ -274,11 +274,10 @@ Findings CheckFolder(const std::string& subject, const FolderPath& path,
     return findings;
 }
 
-Findings CheckMacros(const std::string& subject, const std::string& expanded,
-                     std::span<const std::string> macros) {
+Findings CheckMacros(const std::string& subject, const std::string& expanded) {
     Findings findings;
     for (const std::string& name : MarkedNames(expanded, '$')) {
-        findings.push_back(StandingMacro(subject, name, macros));
+        findings.push_back(StandingMacro(subject, name));
     }
     for (const std::string& name : MarkedNames(expanded, '%')) {
         findings.push_back(Wrong(subject, "the environment variable " + name + " is not set",
@@ -287,13 +286,13 @@ Findings CheckMacros(const std::string& subject, const std::string& expanded,
     return findings;
 }
 
-Findings CheckMacroNames(const std::string& subject, const std::string& path,
-                         std::span<const std::string> macros) {
+Findings CheckMacroNames(const std::string& subject, const std::string& path) {
+    const auto macros = MacroTable();
     Findings findings;
     for (const std::string& name : MarkedNames(path, '$')) {
-        if (std::find(macros.begin(), macros.end(), name) == macros.end()) {
-            findings.push_back(StandingMacro(subject, name, macros));
-        }
+        const bool isKnown = std::any_of(macros.begin(), macros.end(),
+                                         [&](const MacroStep& step) { return step.macro == name; });
+        if (!isKnown) findings.push_back(StandingMacro(subject, name));
     }
     return findings;
 }

@@ -1,7 +1,6 @@
 // The mistakes of what a location names: folders, servers and bases, as texts.
 #pragma once
 
-#include <span>
 #include <string>
 
 #include "depotctl/definition.h"
@@ -23,23 +22,19 @@ struct FolderPath {
     std::size_t bytes;
 };
 
-// What keeps an expanded path from being a location's folder. `macros` are the names of the path
-// macros, dollar signs and all.
-Findings CheckFolder(const std::string& subject, const FolderPath& path,
-                     std::span<const std::string> macros);
+// What keeps an expanded path from being a location's folder.
+Findings CheckFolder(const std::string& subject, const FolderPath& path);
 
 // What an expanded path still holds of macros and environment variables.
-Findings CheckMacros(const std::string& subject, const std::string& expanded,
-                     std::span<const std::string> macros);
+Findings CheckMacros(const std::string& subject, const std::string& expanded);
 
 // The macros of a path, not yet expanded, that there are not.
-Findings CheckMacroNames(const std::string& subject, const std::string& path,
-                         std::span<const std::string> macros);
+Findings CheckMacroNames(const std::string& subject, const std::string& path);
 
-// Tells whether a path holds anything to expand.
+// Returns whether a path holds anything to expand.
 bool HasMacros(const std::string& path);
 
-// Tells whether a text looks like a distinguished name, and like a path of the file system.
+// Return whether a text looks like a distinguished name, and like a path of the file system.
 bool LooksLikeBase(const std::string& text);
 bool LooksLikeFolder(const std::string& text);
 

@@ -4,7 +4,6 @@
 #include "depotctl/definition_checks.h"
 #include "depotctl/encoding.h"
 #include "depotctl/location_checks.h"
-#include "depotctl/macro_names.h"
 #include "platform/local_file.h"
 
 namespace depot::ctl {
@@ -59,19 +58,18 @@ private:
         const std::string raw = Utf8FromAnsi(location_.path);
         const std::string narrow = ExpandedPath(location_);
         const std::string expanded = Utf8FromAnsi(narrow);
-        const std::vector<std::string> macros = MacroNames();
         Findings found;
         if (!IsDirectory(location_)) {
-            found = CheckFolder("macros", {raw, expanded, narrow.size()}, macros);
+            found = CheckFolder("macros", {raw, expanded, narrow.size()});
         } else {
-            found = CheckMacros("macros", expanded, macros);
+            found = CheckMacros("macros", expanded);
             if (found.empty()) found = CheckBase("macros", expanded);
         }
-        // What is wrong with the text as it stands was told of its definition.
-        const bool told = raw == expanded && !HasMacros(raw);
-        if (!told) findings_ = found;
+        // What is wrong with the text as it stands was reported for its definition.
+        const bool isReported = raw == expanded && !HasMacros(raw);
+        if (!isReported) findings_ = found;
         const bool usable = !HasProblems(found);
-        if (told && !usable) {
+        if (isReported && !usable) {
             findings_.push_back(
                 Remark("macros", "the path is wrong, as told above; it is not tried"));
         }
@@ -90,7 +88,7 @@ private:
             return;
         }
         Good("folder", "it is there");
-        TellRights(TryWritingFolder(folder), false);
+        ReportRights(TryWritingFolder(folder), false);
     }
 
     void TryDirectory() {
@@ -103,12 +101,12 @@ private:
         Good("log-on", LogOnText(location_, names));
         if (!Pass("base", probe.FindBase())) return;
         Good("base", Utf8FromAnsi(probe.BaseDN()));
-        TellSchema(probe);
-        TellRights(TryWriting(location_, names), true);
-        TellLimits(probe);
+        ReportSchema(probe);
+        ReportRights(TryWriting(location_, names), true);
+        ReportLimits(probe);
     }
 
-    void TellSchema(DirectoryProbe& probe) {
+    void ReportSchema(DirectoryProbe& probe) {
         const auto missing = probe.MissingFromSchema();
         if (!missing) {
             findings_.push_back(Remark("schema", "the server does not tell its schema"));
@@ -121,7 +119,7 @@ private:
     }
 
     // A depot that users only read from is in order.
-    void TellRights(const std::optional<Problem>& problem, bool isDirectory) {
+    void ReportRights(const std::optional<Problem>& problem, bool isDirectory) {
         if (!problem) return Good("rights", "reading and writing");
         if (isDirectory && problem->code != LDAP_INSUFFICIENT_RIGHTS) {
             Pass("rights", problem);
@@ -130,7 +128,7 @@ private:
         findings_.push_back(Remark("rights", "reading only: " + problem->text, problem->advice));
     }
 
-    void TellLimits(DirectoryProbe& probe) {
+    void ReportLimits(DirectoryProbe& probe) {
         bool inPages = false;
         if (!Pass("limits", probe.ListBase(inPages))) return;
         Good("limits", inPages ? "the base is listed in pages, as the server's size limit wants it"

@@ -8,7 +8,7 @@ namespace depot::ctl {
 
 enum class Trial { kOffline, kOnline };
 
-// Goes as far as the location lets it; the last finding tells why it ends, or that nothing is in
+// Tries as much as the location allows; the last finding says why it ends, or that nothing is in
 // the way. Asks at a terminal for credentials that a server wants. Nothing is left behind.
 Findings TryStepByStep(CDepotPath& location, Trial trial);
 

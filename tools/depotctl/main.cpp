@@ -95,7 +95,7 @@ ExitCode RunAndComplain() {
         program.Complain(failure.what());
         return failure.Code();
     } catch (const OutputClosed&) {
-        // Whoever stopped reading has what it wanted.
+        // The reader stopped when it had what it wanted.
         return ExitCode::kDone;
     } catch (const std::exception& failure) {
         program.Complain(failure.what());

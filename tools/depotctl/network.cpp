@@ -36,11 +36,7 @@ public:
         ioctlsocket(socket_, static_cast<long>(FIONBIO), &nonBlocking);
         if (connect(socket_, address.ai_addr, static_cast<int>(address.ai_addrlen)) == 0) return {};
         if (WSAGetLastError() != WSAEWOULDBLOCK) return WSAGetLastError();
-        fd_set writable, failed;
-        FD_ZERO(&writable);
-        FD_ZERO(&failed);
-        writable.fd_count = failed.fd_count = 1;
-        writable.fd_array[0] = failed.fd_array[0] = socket_;
+        fd_set writable = {1, {socket_}}, failed = writable;
         timeval limit = {static_cast<long>(seconds), 0};
         if (select(0, nullptr, &writable, &failed, &limit) == 0) return WSAETIMEDOUT;
         int error = 0;

@@ -23,14 +23,6 @@ std::string Trimmed(const std::string& path) {
     return EndsRoot(path) ? path : RemoveTrailingBackslash(path);
 }
 
-// No name of a file holds a slash.
-std::string WithBackslashes(std::string path) {
-    for (char& c : path) {
-        if (c == '/') c = '\\';
-    }
-    return path;
-}
-
 // Paths are case-insensitive; a depot's name is shown as the depot spells it.
 std::string SpelledAs(const CDepot& depot, const std::string& path) {
     const std::string prefix = "<" + depot.name + ">";
@@ -63,8 +55,8 @@ void Place::ForgetFailure() const {
     depot->ActiveStore().Keep({Reason::kRefused, CodeKind::kDirectory, LDAP_SUCCESS});
 }
 
-OpenedPlace::OpenedPlace(const Place& place, const char* action, StorePath stored)
-    : store(*stored.store), path(std::move(stored.path)), scope_(store) {
+OpenedPlace::OpenedPlace(const Place& place, const char* action, const StorePath& stored)
+    : store(*stored.store), path(stored.path), scope_(store) {
     if (!scope_) Fail(action, place, scope_.Outcome().Why());
 }
 
@@ -79,7 +71,9 @@ Place Places::Resolve(const std::string& utf8Path) {
     if (path.empty()) throw CommandFailure(ExitCode::kUsage, "a path is empty");
     if (!path.starts_with('<')) return Plain(path);
     CDepots& depots = program_.Depots();
-    const std::string canonical = FriendlyToCanonical(depots, WithBackslashes(path));
+    // No name of a file holds a slash.
+    const std::string spelled = ReplaceAllNoCase(path, "/", "\\");
+    const std::string canonical = FriendlyToCanonical(depots, spelled);
     CDepot* const depot = FindDepotForPath(depots, canonical, PathForm::kDisplay, DepotName::kKey);
     if (depot != nullptr) return InDepot(*depot, canonical);
     Refuse("no depot is named " + utf8Path.substr(0, FindAscii(utf8Path, '>') + 1) +

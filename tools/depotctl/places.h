@@ -37,7 +37,7 @@ public:
     const std::string path;
 
 private:
-    OpenedPlace(const Place& place, const char* action, StorePath stored);
+    OpenedPlace(const Place& place, const char* action, const StorePath& stored);
 
     const StoreScope scope_;
 };
@@ -79,17 +79,17 @@ Place Child(const Place& folder, const std::string& name);
 // The folder that holds the place.
 Place ParentOf(const Place& place);
 
-// Tells whether the place is the root of its depot or of a drive.
+// Returns whether the place is the root of its depot or of a drive.
 bool IsRoot(const Place& place);
 
-// Tells whether the place's name has a dot.
+// Returns whether the place's name has a dot.
 bool HasDot(const Place& place);
 
 // Ends the command because an operation on the place failed.
 [[noreturn]] void Fail(const std::string& action, const Place& place, const Error& why);
 
 // The same for an operation that returns no error: with the directory's reason, else with
-// `systemError`, else with the text or what the component told.
+// `systemError`, else with the text or what the component reported.
 [[noreturn]] void Fail(const std::string& action, const Place& place, DWORD systemError = 0,
                        const std::string& errorText = {});
 

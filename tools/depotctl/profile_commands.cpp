@@ -16,8 +16,7 @@ namespace {
 
 struct ValueOptions {
     std::string path, section, key, value;
-    std::string defaultValue;
-    bool hasDefault = false;
+    std::optional<std::string> defaultValue;
     bool remove = false;
     bool create = false;
     unsigned codePage = 0;  // found out by the profile's bytes
@@ -81,13 +80,13 @@ void Get(Program& program, const ValueOptions& options) {
     const ProfileCopy profile(place, Load(program, place).localPath, options.codePage);
     if (options.key.empty()) return ListValues(program, profile, options.section);
     const std::optional<std::string> found = profile.Find(options.section, options.key);
-    if (!found && !options.hasDefault) {
+    const std::optional<std::string>& answer = found ? found : options.defaultValue;
+    if (!answer) {
         Refuse(place.Shown() + " has no value \"" + options.key + "\" in section \"" +
                options.section + "\"");
     }
-    const std::string value = found.value_or(options.defaultValue);
-    program.renderer.Answer({{"section", options.section}, {"key", options.key}, {"value", value}},
-                            value);
+    program.renderer.Answer(
+        {{"section", options.section}, {"key", options.key}, {"value", *answer}}, *answer);
 }
 
 // Makes an empty profile where there is none.
@@ -151,9 +150,8 @@ void AddProfileCommands(CLI::App& app, Program& program) {
     get.app.add_option("path", wanted.path, "The profile")->required();
     get.app.add_option("section", wanted.section, "Its section; all without it");
     get.app.add_option("key", wanted.key, "The key in the section; all without it");
-    get.app
-        .add_option("--default", wanted.defaultValue, "What to answer when there is no such value")
-        ->each([&wanted](const std::string& /*text*/) { wanted.hasDefault = true; });
+    get.app.add_option("--default", wanted.defaultValue,
+                       "What to answer when there is no such value");
     AddCodePage(get.app, wanted);
 
     const auto set = AddCommand<ValueOptions>(

@@ -5,8 +5,8 @@
 
 #include "config/profile_text.h"
 #include "config/profile_value.h"
+#include "depotctl/encoding.h"
 #include "depotctl/failure.h"
-#include "depotctl/key_argument.h"
 #include "model/recovered_files.h"
 #include "platform/file_in_use.h"
 #include "platform/local_file.h"

@@ -19,7 +19,7 @@ struct ProfileRow {
 // A copy of a profile in UTF-16, which the system's profile functions read and write without any
 // code page. All that is not changed keeps its bytes, also those that are no characters.
 //
-// Texts come and go in UTF-8. What cannot be done ends the command.
+// Texts are given and returned in UTF-8. What cannot be done ends the command.
 class ProfileCopy {
 public:
     // Copies the file `path` of `place`; `codePage` is that of EncodingOf.
@@ -37,6 +37,9 @@ public:
     // Writes a value of the copy so that it reads back exactly; an empty value deletes the key.
     void Write(const std::string& section, const std::string& key, const std::string& value);
 
+    // Refuses a text that the profile cannot hold.
+    void RequireCharacters(const std::string& text) const;
+
     // Gives the profile what its copy holds, unless another program changed it meanwhile. A file
     // that cannot be written keeps what it held.
     void Store() const;
@@ -53,7 +56,6 @@ private:
     std::wstring Spelled(const std::string& wanted, const wchar_t* section) const;
 
     std::optional<std::wstring> Value(const std::wstring& section, const std::wstring& key) const;
-    void RequireCharacters(const std::string& text) const;
     std::wstring Text() const;
     [[noreturn]] void KeepAndFail(HANDLE profile, DWORD error) const;
 

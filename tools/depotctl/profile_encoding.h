@@ -22,8 +22,8 @@ struct ProfileEncoding {
 // Returns the machine's ANSI code page.
 unsigned SystemCodePage();
 
-// Tells whether a profile can be written in the code page: one of single or double bytes that holds
-// ASCII, or UTF-8.
+// Returns whether a profile can be written in the code page: one of single or double bytes that
+// holds ASCII, or UTF-8.
 bool CanHoldProfiles(unsigned codePage);
 
 // Returns the encoding of a profile: what its mark says, else `codePage`, else, with 0 for that,

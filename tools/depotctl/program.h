@@ -14,7 +14,7 @@
 
 namespace depot::ctl {
 
-// The streams, the session with its depots, and what the component told meanwhile.
+// The streams, the session with its depots, and what the component reported meanwhile.
 class Program {
 public:
     Program();
@@ -26,7 +26,8 @@ public:
     DepotSession& Session();
     CDepots& Depots() { return Session().Depots(); }
 
-    // Returns what the component last told its user, in UTF-8 and on one line, and forgets it.
+    // Returns what the component last reported to its user, in UTF-8 and on one line, and forgets
+    // it.
     static std::string TakeNotice();
 
     // One line on standard error.

@@ -1,6 +1,7 @@
 #include "depotctl/progress.h"
 
 #include <algorithm>
+#include <atomic>
 
 #include "depotctl/failure.h"
 #include "depotctl/progress_line.h"
@@ -10,19 +11,41 @@ namespace {
 
 constexpr std::uint64_t kMillisecondsBetweenBars = 100;
 
+// Set by the system's own thread.
+std::atomic<bool> interrupted = false;
+
+BOOL WINAPI NoteInterrupt(DWORD event) {
+    if (event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT) return FALSE;
+    interrupted = true;
+    return TRUE;
+}
+
 }  // namespace
+
+InterruptScope::InterruptScope() {
+    interrupted = false;
+    SetConsoleCtrlHandler(&NoteInterrupt, TRUE);
+}
+
+InterruptScope::~InterruptScope() {
+    SetConsoleCtrlHandler(&NoteInterrupt, FALSE);
+}
+
+bool InterruptScope::WasInterrupted() {
+    return interrupted;
+}
 
 Progress::~Progress() {
     if (shown_ == 0) return;
     try {
         stream_.Write("\r" + std::string(shown_, ' ') + "\r");
     } catch (const OutputClosed&) {
-        // A terminal that is gone needs no clean line.
+        // A closed terminal needs no clean line.
     }
 }
 
 std::string Progress::StoppedText(const std::string& rest) const {
-    if (!WasInterrupted() || FilesDone() >= FilesInAll()) return {};
+    if (!InterruptScope::WasInterrupted() || FilesDone() >= FilesInAll()) return {};
     return "stopped after " + std::to_string(FilesDone()) + " of " + std::to_string(FilesInAll()) +
            " " + rest;
 }
@@ -39,7 +62,7 @@ bool Progress::Note(const TransferProgress& state) {
         drawn_ = now;
         Draw();
     }
-    return !WasInterrupted();
+    return !InterruptScope::WasInterrupted();
 }
 
 void Progress::Draw() {

@@ -4,13 +4,24 @@
 #include <cstdint>
 #include <string>
 
-#include "depotctl/interrupt.h"
 #include "depotctl/terminal.h"
 #include "fileops/transfer_progress.h"
 
 namespace depot::ctl {
 
-// Follows one transfer. Its bar goes to `stream` when that is a terminal, and is gone at the end.
+// While one of these lives, Ctrl+C and Ctrl+Break are noted and do not end the program.
+class InterruptScope {
+public:
+    InterruptScope();
+    ~InterruptScope();
+    InterruptScope(const InterruptScope&) = delete;
+    InterruptScope& operator=(const InterruptScope&) = delete;
+
+    // Whether the user pressed one of them meanwhile.
+    static bool WasInterrupted();
+};
+
+// Follows one transfer. Its bar is drawn on `stream` when that is a terminal, and wiped at the end.
 class Progress {
 public:
     explicit Progress(const OutputStream& stream) : stream_(stream), start_(GetTickCount64()) {}
@@ -27,8 +38,6 @@ public:
     std::uint32_t FilesDone() const { return last_.filesDone; }
     std::uint32_t FilesInAll() const { return last_.filesInAll; }
     std::uint64_t BytesDone() const { return last_.bytesDone; }
-
-    static bool WasInterrupted() { return InterruptScope::WasInterrupted(); }
 
     // Returns how far the work was when the user stopped it, followed by `rest`, which says of what
     // and what stays; empty when it was not stopped. The second one ends the command with it.

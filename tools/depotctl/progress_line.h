@@ -1,4 +1,4 @@
-// One line that tells how far a long piece of work is.
+// One line that shows how far a long piece of work is.
 #pragma once
 
 #include <cstddef>

@@ -2,13 +2,28 @@
 
 #include "depotctl/failure.h"
 #include "depotctl/progress.h"
-#include "depotctl/transfer.h"
+#include "fileops/shell_operation.h"
 #include "platform/file_search.h"
 #include "store/folder_store.h"
 #include "store/tree.h"
 
 namespace depot::ctl {
 namespace {
+
+// A program without windows shows neither progress nor errors in windows.
+constexpr FILEOP_FLAGS kSilent =
+    FOF_NOCONFIRMATION | FOF_NOCONFIRMMKDIR | FOF_NOERRORUI | FOF_SILENT;
+
+void RemoveWhole(const OpenedPlace& at, const Place& place, ItemKind kind) {
+    const auto local = at.store.LocalPath(at.path);
+    // The shell removes folders also with what no text can name.
+    if (local && kind == ItemKind::kFolder) {
+        if (RunShellOperation({FO_DELETE, {*local}, nullptr, kSilent})) return;
+        Fail("remove", place, GetLastError());
+    }
+    const Result removed = at.store.RemoveTree(at.path);
+    if (!removed) Fail("remove", place, removed.Why());
+}
 
 class Removal {
 public:
@@ -27,17 +42,24 @@ public:
         if (listed) RemoveFiles();
         if (tree_.left.links > 0) KeepLinks();
         // The folders, and whatever could not be deleted by itself.
-        Remove(folder_, ItemKind::kFolder);
+        RemoveWhole(at_, folder_, ItemKind::kFolder);
     }
 
 private:
     void RemoveFiles() {
         TransferProgress state;
         state.filesInAll = tree_.files;
+        std::vector<ItemToRemove> some;
         for (const TreeItem& item : tree_.items) {
             if (item.isFolder) continue;
-            static_cast<void>(at_.store.Remove(item.path, ItemKind::kFile));
-            ++state.filesDone;
+            some.push_back({item.path});
+            if (some.size() < at_.store.Window() &&
+                state.filesDone + some.size() < state.filesInAll) {
+                continue;
+            }
+            at_.store.RemoveItems(some);
+            state.filesDone += static_cast<std::uint32_t>(some.size());
+            some.clear();
             const bool goesOn = progress_.Watcher()(state) || state.filesDone == state.filesInAll;
             if (!goesOn) progress_.RefuseWhenStopped("files; the others stay");
         }
@@ -60,8 +82,9 @@ private:
 
 }  // namespace
 
-void RemoveTree(const Program& program, const Place& folder) {
-    Removal(program, folder).Run();
+void Remove(const Program& program, const Place& place, ItemKind kind) {
+    if (kind == ItemKind::kFolder) return Removal(program, place).Run();
+    RemoveWhole(OpenedPlace(place, "remove"), place, kind);
 }
 
 }  // namespace depot::ctl

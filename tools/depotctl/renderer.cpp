@@ -17,16 +17,6 @@ std::string JsonText(const Json& value) {
     return value.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
 }
 
-std::string Indented(const std::string& text, std::size_t indent) {
-    std::string result;
-    for (std::size_t at = 0; at < text.size();) {
-        const std::size_t end = text.find('\n', at) + 1;
-        result.append(indent, ' ').append(text, at, end - at);
-        at = end;
-    }
-    return result;
-}
-
 }  // namespace
 
 void Renderer::List(const Json& rows, const std::vector<Column>& columns) const {
@@ -41,8 +31,7 @@ void Renderer::Answer(const Json& value, const std::string& text) const {
     stream_.Write(json_ ? JsonText(value) : text.ends_with('\n') ? text : text + "\n");
 }
 
-std::string Renderer::TableText(const Json& rows, const std::vector<Column>& columns,
-                                std::size_t indent) const {
+std::string Renderer::TableText(const Json& rows, const std::vector<Column>& columns) const {
     std::vector<TableRow> cells(1);
     std::vector<Align> alignment;
     for (const Column& column : columns) {
@@ -55,9 +44,7 @@ std::string Renderer::TableText(const Json& rows, const std::vector<Column>& col
     }
     // The last column of a terminal's line would make it begin another one.
     const std::size_t terminal = stream_.Columns();
-    const std::size_t width = terminal > indent + 1 ? terminal - indent - 1 : 0;
-    const std::string text = LayoutTable(cells, alignment, width);
-    return indent == 0 ? text : Indented(text, indent);
+    return LayoutTable(cells, alignment, terminal > 1 ? terminal - 1 : 0);
 }
 
 }  // namespace depot::ctl

@@ -33,11 +33,9 @@ public:
     // One answer: a value as it is, or its text, a line or more.
     void Answer(const Json& value, const std::string& text) const;
 
-    // A heading, a table or a block of lines of an answer that has several; no JSON is written.
-    std::string TableText(const Json& rows, const std::vector<Column>& columns,
-                          std::size_t indent = 0) const;
-
 private:
+    std::string TableText(const Json& rows, const std::vector<Column>& columns) const;
+
     const OutputStream& stream_;
     bool json_ = false;
 };

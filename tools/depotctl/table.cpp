@@ -9,7 +9,7 @@ namespace depot::ctl {
 namespace {
 
 constexpr std::size_t kGap = 2;
-// A column with less room tells nothing.
+// A column with less room shows nothing useful.
 constexpr std::size_t kNarrowest = 6;
 
 std::vector<std::size_t> NaturalWidths(const std::vector<TableRow>& rows, std::size_t columns) {

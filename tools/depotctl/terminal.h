@@ -21,7 +21,7 @@ public:
     // The columns of the terminal's window; 0 for anything else.
     std::size_t Columns() const;
 
-    // Writes a text in UTF-8. Throws OutputClosed when nobody reads any more.
+    // Writes a text in UTF-8. Throws OutputClosed when the output has no reader any more.
     void Write(std::string_view text) const;
 
     // Writes bytes as they are, also to a terminal.
@@ -33,7 +33,7 @@ private:
 };
 
 // Reads a line from the terminal without showing what is typed; nothing without a terminal or when
-// the user gives up. The prompt goes to the terminal, whatever the output is redirected to.
+// the user gives up. The prompt is written to the terminal, whatever the output is redirected to.
 std::optional<std::string> AskHidden(const std::string& prompt);
 
 // The same, shown while it is typed.

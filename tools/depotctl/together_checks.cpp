@@ -39,7 +39,7 @@ void CompareKeys(const DepotSummary& first, const DepotSummary& second, const Sa
                              "remove one of them, or give it another key"));
 }
 
-// A path by a display name goes to the first depot that bears it; by a key it goes to the key's.
+// A path by a display name leads to the first depot of that name; by a key it leads to the key's.
 void CompareNames(const DepotSummary& first, const DepotSummary& second, const SameText& same,
                   Findings& ofSecond) {
     if (same(first.key, second.key)) return;

@@ -3,8 +3,8 @@
 #include "depotctl/encoding.h"
 #include "depotctl/failure.h"
 #include "depotctl/progress.h"
+#include "depotctl/utf8_text.h"
 #include "fileops/copy.h"
-#include "fileops/shell_operation.h"
 #include "platform/local_file.h"
 #include "platform/paths.h"
 #include "platform/text.h"
@@ -12,10 +12,6 @@
 
 namespace depot::ctl {
 namespace {
-
-// A program without windows shows neither progress nor errors in windows.
-constexpr FILEOP_FLAGS kSilent =
-    FOF_NOCONFIRMATION | FOF_NOCONFIRMMKDIR | FOF_NOERRORUI | FOF_SILENT;
 
 bool IsLocal(const OpenedPlace& place) {
     return place.store.LocalPath(place.path).has_value();
@@ -38,7 +34,6 @@ public:
     }
 
     TransferResult Tree() {
-        if (rules_.existing == ExistingEntries::kRefuse && IsLocal(target_)) RefuseExisting();
         Take(CopyWhole(Request(progress_.Watcher())));
         return {progress_.FilesDone(), progress_.BytesDone()};
     }
@@ -69,6 +64,7 @@ private:
         if (why.reason == Reason::kIncomplete || why.reason == Reason::kSharedName) {
             RefuseWith(why.text);
         }
+        if (why.reason == Reason::kExists && IsLocal(target_)) RefuseExisting();
         if (why.reason == Reason::kInvalid) Refuse(from_.Shown() + " cannot go into itself");
         const bool writing = outcome.stage == CopyStage::kTarget;
         Error shown = why;
@@ -81,6 +77,7 @@ private:
         Refuse(from_.Shown() + ": " + Utf8FromAnsi(reason));
     }
 
+    // Names the file of a tree that is there already.
     void RefuseExisting() const {
         depot::Tree tree;
         const Result listed = ListTree(source_.store, source_.path, tree);
@@ -94,7 +91,7 @@ private:
         }
     }
 
-    // What may only be read goes, too: a copied file may only be read, either.
+    // Read-only files are moved as well: the copies are read-only, too.
     void AllowRemoval() const {
         for (const CopiedItem& item : copied_.items) {
             const DWORD attributes = GetFileAttributesA(item.path.c_str());
@@ -111,6 +108,15 @@ private:
     CopiedSource copied_;
     Progress progress_;
 };
+
+bool NamesFolder(const std::string& utf8Path) {
+    return EndsInAscii(utf8Path, '\\') || EndsInAscii(utf8Path, '/') || EndsInAscii(utf8Path, '>');
+}
+
+std::string SourceName(const Place& from) {
+    if (IsRoot(from)) Refuse(from.Shown() + " has no name of its own; name the target in full");
+    return NamePart(from.path);
+}
 
 bool IsSameOrInside(const Place& place, const Place& folder) {
     if (place.depot != folder.depot) return false;
@@ -132,21 +138,9 @@ TransferResult Transfer(const Program& program, const Place& from, const Place& 
     return result;
 }
 
-void Remove(const Place& place, ItemKind kind) {
-    const OpenedPlace at(place, "remove");
-    const auto local = at.store.LocalPath(at.path);
-    // The shell removes folders also with what no text can name.
-    if (local && kind == ItemKind::kFolder) {
-        if (RunShellOperation({FO_DELETE, {*local}, nullptr, kSilent, nullptr})) return;
-        Fail("remove", place, GetLastError());
-    }
-    const Result removed = at.store.RemoveTree(at.path);
-    if (!removed) Fail("remove", place, removed.Why());
-}
-
 void RequireFittingName(const Place& place, ItemKind kind) {
     const StorePath stored = place.Stored();
-    // Where files and folders are named alike, the dot alone tells them apart.
+    // Where files and folders are named alike, the dot alone distinguishes them.
     const bool namesAlike =
         !stored.store->LocalPath(stored.path) &&
         stored.store->ChildPath({}, "x", true) == stored.store->ChildPath({}, "x", false);
@@ -157,6 +151,36 @@ void RequireFittingName(const Place& place, ItemKind kind) {
     if (kind == ItemKind::kFolder && HasDot(place)) {
         Refuse(place.Shown() + ": in this directory a name with a dot is a file's");
     }
+}
+
+Place TargetOf(Places& places, const Place& from, const std::string& to) {
+    const Place named = places.Resolve(to);
+    if (places.KindOf(named) == ItemKind::kFolder) return Child(named, SourceName(from));
+    if (NamesFolder(to)) Refuse("the folder " + named.Shown() + " is not there");
+    const Place parent = ParentOf(named);
+    if (places.KindOf(parent) != ItemKind::kFolder) {
+        Refuse("the folder " + parent.Shown() + " is not there");
+    }
+    return named;
+}
+
+void RequireFree(const Places& places, ItemKind kind, const Place& to, bool force) {
+    const ItemKind there = places.KindOf(to);
+    if (there == ItemKind::kMissing) return;
+    if (there != kind) {
+        Refuse(to.Shown() + " is there already, as a " +
+               (there == ItemKind::kFolder ? "folder" : "file"));
+    }
+    if (kind == ItemKind::kFile && !force) {
+        Refuse(to.Shown() + " is there already; --force replaces it");
+    }
+}
+
+void AnswerTransfer(const Program& program, const char* verb, const Place& to,
+                    const TransferResult& result) {
+    const std::string files = Counted(result.files, "file");
+    program.renderer.Answer({{verb, to.Utf8()}, {"files", result.files}},
+                            std::string(verb) + " " + files + " to " + to.Utf8());
 }
 
 }  // namespace depot::ctl

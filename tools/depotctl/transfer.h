@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 
 #include "depotctl/places.h"
 
@@ -22,14 +23,21 @@ struct TransferResult {
 // terminal. With kRefuse nothing is copied when a file is there already. Ends the command on a
 // failure and when the user interrupts it; what was copied by then stays. Links to folders are left
 // out of a tree: all else is copied before the command ends with their number. A source that is to
-// go is removed after it was copied, and must be copied whole: with links nothing is copied.
+// be moved is removed after it was copied, and must be copied whole: with links nothing is copied.
 TransferResult Transfer(const Program& program, const Place& from, const Place& to,
                         const TransferRules& rules);
 
-// Deletes a file or a whole folder for good.
-void Remove(const Place& place, ItemKind kind);
-
 // Refuses a name that in a directory would turn a file into a folder or the other way round.
 void RequireFittingName(const Place& place, ItemKind kind);
+
+// The place that `to` names for a copy of `from`: a folder that is there, or a path that ends in a
+// separator, takes it under its own name. The folder above must be there.
+Place TargetOf(Places& places, const Place& from, const std::string& to);
+
+// Refuses a target that is there: a file unless it may be replaced, and another kind in any case.
+void RequireFree(const Places& places, ItemKind kind, const Place& to, bool force);
+
+void AnswerTransfer(const Program& program, const char* verb, const Place& to,
+                    const TransferResult& result);
 
 }  // namespace depot::ctl

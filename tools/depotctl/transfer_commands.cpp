@@ -8,9 +8,9 @@
 #include "depotctl/places.h"
 #include "depotctl/profile_copy.h"
 #include "depotctl/progress.h"
-#include "depotctl/transfer_target.h"
+#include "depotctl/transfer.h"
 #include "fileops/publish.h"
-#include "platform/text.h"
+#include "platform/paths.h"
 
 namespace depot::ctl {
 namespace {
@@ -37,9 +37,14 @@ void Run(Program& program, const TransferOptions& options) {
 }
 
 constexpr std::uint32_t kEntryBytes = 260;
+constexpr std::uint32_t kMostClients = 10000;
 
 std::string Client(const DepotFileContext& file, std::uint32_t number) {
     return file.ReadString("Clients", "C" + std::to_string(number), {}, kEntryBytes);
+}
+
+bool IsResource(const std::string& client) {
+    return client.starts_with('u');
 }
 
 // What became of each client: its new entry, and whether the file is there.
@@ -48,12 +53,12 @@ Json ClientRows(Places& places, const DepotFileContext& file,
     Json rows = Json::array();
     for (std::size_t index = 0; index < before.size(); ++index) {
         const std::string entry = Client(file, static_cast<std::uint32_t>(index + 1));
-        const bool resource = before[index].starts_with('u');
         Json row = {{"client", Utf8FromAnsi(before[index])}, {"entry", Utf8FromAnsi(entry)}};
         const std::string path = Utf8FromAnsi(entry);
-        row["present"] = resource ? Json()
-                                  : Json(!entry.empty() &&
-                                         places.KindOf(places.Resolve(path)) == ItemKind::kFile);
+        row["present"] =
+            IsResource(before[index])
+                ? Json()
+                : Json(!entry.empty() && places.KindOf(places.Resolve(path)) == ItemKind::kFile);
         rows.push_back(std::move(row));
     }
     return rows;
@@ -78,31 +83,47 @@ struct Published {
     Json rows = Json::array();  // all clients, unless it was stopped
 };
 
-Published PublishClients(Program& program, Places& places, DepotSession& session) {
-    const DepotFileContext& file = *session.currentFile;
-    std::vector<std::string> before;
-    const std::uint32_t count = std::min(file.ReadInt("Skein", "Count", 0), 10000u);
+std::vector<std::string> ClientsOf(const DepotFileContext& file) {
+    std::vector<std::string> clients;
+    const std::uint32_t count = std::min(file.ReadInt("Skein", "Count", 0), kMostClients);
     for (std::uint32_t number = 1; number <= count; ++number) {
-        before.push_back(Client(file, number));
+        clients.push_back(Client(file, number));
     }
+    return clients;
+}
+
+// Refuses entries that the profile cannot hold before anything is copied for them.
+void RequireEntries(const ProfileCopy& profile, const Place& place,
+                    const std::vector<std::string>& clients) {
+    const std::string folder = FolderPrefix(place.path);
+    for (const std::string& client : clients) {
+        if (!IsResource(client)) profile.RequireCharacters(Utf8FromAnsi(folder + NamePart(client)));
+    }
+}
+
+Published PublishClients(Program& program, Places& places, const std::vector<std::string>& before) {
+    DepotSession& session = program.Session();
     Published published;
     {
         Progress progress(program.errors);
         PublishDependentFiles(session, progress.Watcher());
         published.stopped = progress.StoppedText("clients; the others are as they were");
     }
-    if (published.stopped.empty()) published.rows = ClientRows(places, file, before);
+    if (published.stopped.empty()) {
+        published.rows = ClientRows(places, *session.currentFile, before);
+    }
     return published;
 }
 
 Published PublishInCopy(Program& program, Places& places, const Place& place) {
-    DepotSession& session = program.Session();
-    DepotFileContext& file = *session.currentFile;
+    DepotFileContext& file = *program.Session().currentFile;
     const ProfileCopy copy(place, file.localPath, 0);
     Published published;
     {
         const CopyScope scope(file, copy);
-        published = PublishClients(program, places, session);
+        const std::vector<std::string> clients = ClientsOf(file);
+        RequireEntries(copy, place, clients);
+        published = PublishClients(program, places, clients);
     }
     if (file.changed) copy.Store();
     return published;
@@ -131,19 +152,16 @@ void Publish(Program& program, const std::string& path) {
 }  // namespace
 
 void AddTransferCommands(CLI::App& app, Program& program) {
-    const auto up = AddTransferCommand(
+    AddTransferCommand(
         app, program,
         {"upload", "Copy a local file or tree into a depot",
          "Example:\n  depotctl upload C:\\Profiles \"<Company>\\\"", "The local file or folder"},
         Run<Direction::kUp>);
-    const auto down = AddTransferCommand(
+    AddTransferCommand(
         app, program,
         {"download", "Copy a file or tree of a depot to a local folder",
          "Example:\n  depotctl download \"<Company>\\Profiles\" C:\\Backup", "What is fetched"},
         Run<Direction::kDown>);
-    for (const auto& command : {up, down}) {
-        command.app.add_flag("-f,--force", command.options.force, "Replace files that are there");
-    }
     AddPathCommand(
         app, program,
         {"publish", "Copy the files that a Skein profile depends on beside it",

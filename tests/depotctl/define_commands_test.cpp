@@ -98,17 +98,17 @@ const std::vector<std::string> DefineTest::kCompany = {"depots",
 
 TEST_F(DefineTest, AddWritesAFolderDepotThatWorksAtOnce) {
     const ToolRun run = RunTool({"depots", "add", "New", "--path", folder_.MakeFolder("new")});
-    EXPECT_EQ(0, run.exitCode) << run.errors;
+    EXPECT_EQ(ExitCode::kDone, run.exitCode) << run.errors;
     EXPECT_THAT(run.output, HasSubstr("added <New> for the user\n"));
     EXPECT_EQ(folder_.At("new"), Text("New", "Path1"));
     EXPECT_EQ(1u, Values("New").size());
-    EXPECT_EQ(0, RunTool({"ls", "<New>\\"}).exitCode);
-    EXPECT_EQ(0, RunTool({"check", "New"}).exitCode);
+    EXPECT_EQ(ExitCode::kDone, RunTool({"ls", "<New>\\"}).exitCode);
+    EXPECT_EQ(ExitCode::kDone, RunTool({"check", "New"}).exitCode);
 }
 
 TEST_F(DefineTest, AddWritesEveryValue) {
     const ToolRun run = RunTool(kCompany);
-    ASSERT_EQ(0, run.exitCode) << run.errors;
+    ASSERT_EQ(ExitCode::kDone, run.exitCode) << run.errors;
     EXPECT_EQ("B\xFCro \"1\"", Text("Company", "DisplayName.eng"));
     EXPECT_EQ("Firma", Text("Company", "DisplayName.deu"));
     EXPECT_EQ("ldap.example.com backup:1389", Text("Company", "Host1"));
@@ -147,7 +147,7 @@ TEST_F(DefineTest, MistakesAreRefusedOneALineAndNothingIsWritten) {
         {"depots", "add", "", "--path", "C:\\x"}};
     for (const auto& arguments : mistakes) {
         const ToolRun run = RunTool(arguments);
-        EXPECT_EQ(1, run.exitCode) << testing::PrintToString(arguments);
+        EXPECT_EQ(ExitCode::kRefused, run.exitCode) << testing::PrintToString(arguments);
         EXPECT_THAT(run.errors, testing::EndsWith("depotctl: nothing was written\n"));
         EXPECT_EQ("", run.output);
     }
@@ -165,47 +165,54 @@ TEST_F(DefineTest, WrongUsageGivesExitCodeTwo) {
         {"depots", "add", "X", "--password", "secret"},
         {"depots", "remove"}};
     for (const auto& arguments : mistakes) {
-        EXPECT_EQ(2, RunTool(arguments).exitCode) << testing::PrintToString(arguments);
+        EXPECT_EQ(ExitCode::kUsage, RunTool(arguments).exitCode)
+            << testing::PrintToString(arguments);
     }
 }
 
 TEST_F(DefineTest, AddOfADepotThatIsThereAndSetOfOneThatIsNotAreRefused) {
-    EXPECT_EQ(1, RunTool({"depots", "add", "work", "--path", "C:\\x"}).exitCode);
+    EXPECT_EQ(ExitCode::kRefused, RunTool({"depots", "add", "work", "--path", "C:\\x"}).exitCode);
     EXPECT_EQ(folder_.At("work"), Text("Work", "Path1"));
-    EXPECT_EQ(1, RunTool({"depots", "set", "Nobody", "--order", "1"}).exitCode);
-    EXPECT_EQ(1, RunTool({"depots", "remove", "Nobody"}).exitCode);
-    EXPECT_EQ("(no key)", Text("Nobody", "OrderIndex"));
+    EXPECT_EQ(ExitCode::kRefused, RunTool({"depots", "set", "Unknown", "--order", "1"}).exitCode);
+    EXPECT_EQ(ExitCode::kRefused, RunTool({"depots", "remove", "Unknown"}).exitCode);
+    EXPECT_EQ("(no key)", Text("Unknown", "OrderIndex"));
 }
 
 TEST_F(DefineTest, SetChangesOnlyWhatIsGiven) {
-    EXPECT_EQ(0, RunTool({"depots", "set", "<Work>", "--order", "9", "--no-default"}).exitCode);
+    EXPECT_EQ(ExitCode::kDone,
+              RunTool({"depots", "set", "<Work>", "--order", "9", "--no-default"}).exitCode);
     EXPECT_EQ(9, Number("Work", "OrderIndex"));
     EXPECT_EQ(0, Number("Work", "DefaultDepot"));
     EXPECT_EQ("Travail", Text("Work", "DisplayName.eng"));
-    EXPECT_EQ(0, RunTool({"depots", "set", "Work", "--unset", "orderindex"}).exitCode);
+    EXPECT_EQ(ExitCode::kDone,
+              RunTool({"depots", "set", "Work", "--unset", "orderindex"}).exitCode);
     EXPECT_EQ(-1, Number("Work", "OrderIndex"));
-    EXPECT_EQ(1, RunTool({"depots", "set", "Work", "--unset", "OrderIndex"}).exitCode);
-    EXPECT_EQ(1, RunTool({"depots", "set", "Work", "--unset", "Path1"}).exitCode);
+    EXPECT_EQ(ExitCode::kRefused,
+              RunTool({"depots", "set", "Work", "--unset", "OrderIndex"}).exitCode);
+    EXPECT_EQ(ExitCode::kRefused, RunTool({"depots", "set", "Work", "--unset", "Path1"}).exitCode);
     EXPECT_EQ(folder_.At("work"), Text("Work", "Path1"));
 }
 
 TEST_F(DefineTest, SetAddsAndRemovesLocations) {
     const std::vector<std::string> second = {"depots", "set",  "Work",   "--location", "2",
                                              "--path", "dc=x", "--host", "server"};
-    EXPECT_EQ(0, RunTool(second).exitCode);
+    EXPECT_EQ(ExitCode::kDone, RunTool(second).exitCode);
     EXPECT_EQ(1, Number("Work", "Type2"));
-    EXPECT_EQ(0, RunTool({"depots", "set", "Work", "--remove-location", "1"}).exitCode);
+    EXPECT_EQ(ExitCode::kDone,
+              RunTool({"depots", "set", "Work", "--remove-location", "1"}).exitCode);
     EXPECT_EQ("dc=x", Text("Work", "Path1"));
     EXPECT_EQ("server", Text("Work", "Host1"));
     EXPECT_EQ("(absent)", Text("Work", "Path2"));
-    EXPECT_EQ(1, RunTool({"depots", "set", "Work", "--remove-location", "1"}).exitCode);
-    EXPECT_EQ(1, RunTool({"depots", "set", "Work", "--remove-location", "5"}).exitCode);
+    EXPECT_EQ(ExitCode::kRefused,
+              RunTool({"depots", "set", "Work", "--remove-location", "1"}).exitCode);
+    EXPECT_EQ(ExitCode::kRefused,
+              RunTool({"depots", "set", "Work", "--remove-location", "5"}).exitCode);
     EXPECT_EQ("dc=x", Text("Work", "Path1"));
 }
 
 TEST_F(DefineTest, SetOfADefinitionWithOldMistakesIsDone) {
     key_.Text("Work", "Hots1", "x");
-    EXPECT_EQ(0, RunTool({"depots", "set", "Work", "--order", "2"}).exitCode);
+    EXPECT_EQ(ExitCode::kDone, RunTool({"depots", "set", "Work", "--order", "2"}).exitCode);
     EXPECT_EQ(2, Number("Work", "OrderIndex"));
 }
 
@@ -220,7 +227,8 @@ TEST_F(DefineTest, RemoveTakesTheDefinitionAndLeavesTheFiles) {
 TEST_F(DefineTest, KeysThatWouldReachOtherKeysAreRefused) {
     for (const char* command : {"remove", "set"}) {
         for (const char* key : {"", "<>", "Work\\", "Work\\Inner", "..", "\\"}) {
-            EXPECT_EQ(1, RunTool({"depots", command, key}).exitCode) << command << " " << key;
+            EXPECT_EQ(ExitCode::kRefused, RunTool({"depots", command, key}).exitCode)
+                << command << " " << key;
         }
     }
     EXPECT_NE("(no key)", Text("Work", "Path1"));
@@ -228,17 +236,18 @@ TEST_F(DefineTest, KeysThatWouldReachOtherKeysAreRefused) {
 
 TEST_F(DefineTest, MachineDefinesForAllUsers) {
     const ScratchKey machine(HKEY_LOCAL_MACHINE, kDepotsKey);
-    EXPECT_EQ(0, RunTool({"depots", "add", "All", "--machine", "--path", "C:\\all"}).exitCode);
+    EXPECT_EQ(ExitCode::kDone,
+              RunTool({"depots", "add", "All", "--machine", "--path", "C:\\all"}).exitCode);
     EXPECT_EQ(1u, ValuesOf(HKEY_LOCAL_MACHINE, Depot("All")).size());
     EXPECT_EQ("(no key)", Text("All", "Path1"));
-    EXPECT_EQ(1, RunTool({"depots", "remove", "All"}).exitCode);
-    EXPECT_EQ(0, RunTool({"depots", "remove", "All", "--machine"}).exitCode);
+    EXPECT_EQ(ExitCode::kRefused, RunTool({"depots", "remove", "All"}).exitCode);
+    EXPECT_EQ(ExitCode::kDone, RunTool({"depots", "remove", "All", "--machine"}).exitCode);
     EXPECT_EQ(0u, ValuesOf(HKEY_LOCAL_MACHINE, Depot("All")).size());
 }
 
 TEST_F(DefineTest, NamesThatLeadToAnotherDepotAreNoted) {
     const ToolRun run = RunTool({"depots", "add", "New", "--path", "C:\\n", "--name", "Team"});
-    EXPECT_EQ(0, run.exitCode);
+    EXPECT_EQ(ExitCode::kDone, run.exitCode);
     EXPECT_THAT(run.output, HasSubstr("note: DisplayName: "));
 }
 
@@ -247,25 +256,25 @@ TEST_F(DefineTest, PasswordComesFromRedirectedInputAndIsNeverShown) {
                                           "dc=x",   "--host",        "server", "--username",
                                           "cn=a",   "--ask-password"};
     const ToolRun run = RunTool(arguments, "s\xC3\xBC \"secret\"\r\nmore\r\n");
-    EXPECT_EQ(0, run.exitCode) << run.errors;
+    EXPECT_EQ(ExitCode::kDone, run.exitCode) << run.errors;
     EXPECT_EQ("s\xFC \"secret\"", Text("Dir", "Password1"));
     EXPECT_THAT(run.output + run.errors, Not(HasSubstr("secret")));
     EXPECT_THAT(run.output, HasSubstr("everyone who can read the key"));
     arguments[2] = "Other";
-    EXPECT_EQ(1, RunTool(arguments).exitCode);
+    EXPECT_EQ(ExitCode::kRefused, RunTool(arguments).exitCode);
     EXPECT_EQ("(no key)", Text("Other", "Path1"));
 }
 
 // What an import of the printed file makes is what the command itself would have written.
 TEST_F(DefineTest, DryRunPrintsAFileWhoseImportMakesTheSameValues) {
-    ASSERT_EQ(0, RunTool(kCompany).exitCode);
+    ASSERT_EQ(ExitCode::kDone, RunTool(kCompany).exitCode);
     const std::set<std::string> written = Values("Company");
-    ASSERT_EQ(0, RunTool({"depots", "remove", "Company"}).exitCode);
+    ASSERT_EQ(ExitCode::kDone, RunTool({"depots", "remove", "Company"}).exitCode);
 
     std::vector<std::string> dry = kCompany;
     dry.push_back("--dry-run");
     const ToolRun run = RunTool(dry);
-    EXPECT_EQ(0, run.exitCode) << run.errors;
+    EXPECT_EQ(ExitCode::kDone, run.exitCode) << run.errors;
     EXPECT_EQ("(no key)", Text("Company", "Path1"));
     EXPECT_THAT(run.output, testing::StartsWith("\xFF\xFE"
                                                 "W"));
@@ -292,12 +301,13 @@ TEST_F(DefineTest, DryRunOfAKeyWithBracketsAndQuotesIsImportedToo) {
 TEST_F(DefineTest, DepotIsDefinedCheckedFilledAndRead) {
     const std::string old = folder_.MakeFile("office.kre", "[Host]\r\nName=mail\r\n");
     SetEnvironmentVariableA("PLACE", folder_.Path().c_str());
-    EXPECT_EQ(0, RunTool({"depots", "add", "First", "--path", "%PLACE%\\first"}).exitCode);
-    EXPECT_EQ(1, RunTool({"check", "First"}).exitCode);
-    EXPECT_EQ(0, RunTool({"mkdir", "<First>\\Sessions", "-p"}).exitCode);
-    EXPECT_EQ(0, RunTool({"upload", old, "<First>\\Sessions"}).exitCode);
+    EXPECT_EQ(ExitCode::kDone,
+              RunTool({"depots", "add", "First", "--path", "%PLACE%\\first"}).exitCode);
+    EXPECT_EQ(ExitCode::kRefused, RunTool({"check", "First"}).exitCode);
+    EXPECT_EQ(ExitCode::kDone, RunTool({"mkdir", "<First>\\Sessions", "-p"}).exitCode);
+    EXPECT_EQ(ExitCode::kDone, RunTool({"upload", old, "<First>\\Sessions"}).exitCode);
     EXPECT_EQ("mail\n", RunTool({"get", "<First>\\Sessions\\office.kre", "Host", "Name"}).output);
-    EXPECT_EQ(0, RunTool({"check", "First"}).exitCode);
+    EXPECT_EQ(ExitCode::kDone, RunTool({"check", "First"}).exitCode);
     SetEnvironmentVariableA("PLACE", nullptr);
 }
 

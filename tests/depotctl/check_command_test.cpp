@@ -9,28 +9,29 @@ namespace {
 using testing::HasSubstr;
 using testing::Not;
 
-class CheckTest : public ToolTest {
-protected:
-    // The state of a step, with its text behind a colon; of a depot's definition or of one of its
-    // locations. Empty when there is no such step.
-    static std::string StepIn(const nlohmann::json& steps, const std::string& name) {
-        for (const auto& step : steps) {
-            if (step["step"] != name) continue;
-            return step["state"].get<std::string>() + ": " + step["text"].get<std::string>();
-        }
-        return {};
+// Returns the state of a step, with its text behind a colon; of a depot's definition or of one of
+// its locations. Empty when there is no such step.
+std::string StepIn(const nlohmann::json& steps, const std::string& name) {
+    for (const auto& step : steps) {
+        if (step["step"] != name) continue;
+        return step["state"].get<std::string>() + ": " + step["text"].get<std::string>();
     }
-    static std::string Definition(const nlohmann::json& answer, const std::string& step) {
-        return StepIn(answer["depots"][0]["definition"], step);
-    }
-    static std::string Location(const nlohmann::json& answer, const std::string& step) {
-        return StepIn(answer["depots"][0]["locations"][0]["steps"], step);
-    }
-};
+    return {};
+}
+
+std::string Definition(const nlohmann::json& answer, const std::string& step) {
+    return StepIn(answer["depots"][0]["definition"], step);
+}
+
+std::string Location(const nlohmann::json& answer, const std::string& step) {
+    return StepIn(answer["depots"][0]["locations"][0]["steps"], step);
+}
+
+class CheckTest : public ToolTest {};
 
 TEST_F(CheckTest, DepotsInOrderPassEveryStep) {
     const ToolRun run = RunTool({"check", "--json", "Work"});
-    EXPECT_EQ(0, run.exitCode) << run.output << run.errors;
+    EXPECT_EQ(ExitCode::kDone, run.exitCode) << run.output << run.errors;
     const auto answer = run.Json();
     ASSERT_EQ(1u, answer["depots"].size());
     EXPECT_EQ("Work", answer["depots"][0]["key"]);
@@ -56,15 +57,15 @@ TEST_F(CheckTest, KeysAreTakenInAnyCaseAndInBrackets) {
     for (const char* key : {"work", "<Work>", "<WORK>\\"}) {
         EXPECT_EQ("Work", RunTool({"check", "--json", key}).Json()["depots"][0]["key"]) << key;
     }
-    const ToolRun run = RunTool({"check", "Nobody"});
-    EXPECT_EQ(1, run.exitCode);
-    EXPECT_EQ("depotctl: no depot is defined under the key \"Nobody\"\n", run.errors);
+    const ToolRun run = RunTool({"check", "Unknown"});
+    EXPECT_EQ(ExitCode::kRefused, run.exitCode);
+    EXPECT_EQ("depotctl: no depot is defined under the key \"Unknown\"\n", run.errors);
 }
 
 TEST_F(CheckTest, ProblemsAreReportedWithAdviceAndExitCodeOne) {
     key_.Text("Work", "Hots1", "server");
     const ToolRun run = RunTool({"check", "Work"});
-    EXPECT_EQ(1, run.exitCode);
+    EXPECT_EQ(ExitCode::kRefused, run.exitCode);
     EXPECT_EQ("depotctl: 1 problem found\n", run.errors);
     EXPECT_THAT(run.output,
                 HasSubstr("  problem      Hots1: there is no value of this name; it is ignored\n"
@@ -80,7 +81,7 @@ TEST_F(CheckTest, EveryKindOfMistakeInTheRegistryIsRead) {
     key_.Text("Bad", "DisplayName.fra", std::string(261, 'x'));
     key_.Text("Bad\\Inner", "Path1", "C:\\x");
     const ToolRun run = RunTool({"check", "--json", "Bad"});
-    EXPECT_EQ(1, run.exitCode);
+    EXPECT_EQ(ExitCode::kRefused, run.exitCode);
     const auto answer = run.Json();
     EXPECT_THAT(Definition(answer, "Port1"), HasSubstr("ignored"));
     EXPECT_THAT(Definition(answer, "OrderIndex"), HasSubstr("a long number (REG_QWORD)"));
@@ -94,7 +95,7 @@ TEST_F(CheckTest, EveryKindOfMistakeInTheRegistryIsRead) {
 TEST_F(CheckTest, KeysThatAreNoDepotsAreChecked) {
     key_.Text("Empty", "DisplayName.eng", "x");
     const ToolRun run = RunTool({"check", "--json", "Empty"});
-    EXPECT_EQ(1, run.exitCode);
+    EXPECT_EQ(ExitCode::kRefused, run.exitCode);
     EXPECT_EQ("problem: this is no depot: it has no Path1", Definition(run.Json(), "Path1"));
     EXPECT_EQ(3u, RunTool({"check", "--json"}).Json()["depots"].size());
 }
@@ -124,23 +125,23 @@ TEST_F(CheckTest, KeyThatTheCodePageLacksIsNoDepotAndIsNamed) {
 }
 
 TEST_F(CheckTest, ReaderThatStopsEarlyEndsItQuietly) {
-    key_.Text("Work", "Hots1", "a problem, of which nobody wants to know");
+    key_.Text("Work", "Hots1", "a problem that is not asked for");
     const ToolRun run = RunToolAndStopReading({"check"}, 0);
-    EXPECT_EQ(0, run.exitCode);
+    EXPECT_EQ(ExitCode::kDone, run.exitCode);
     EXPECT_EQ("", run.errors);
 }
 
 TEST_F(CheckTest, MissingFolderIsAProblemAndAMissingServerUnreachable) {
-    DefineFolder("Work", folder_.At("gone"));
+    DefineFolder("Work", folder_.At("missing"));
     const ToolRun missing = RunTool({"check", "--json", "Work"});
-    EXPECT_EQ(1, missing.exitCode);
+    EXPECT_EQ(ExitCode::kRefused, missing.exitCode);
     EXPECT_THAT(Location(missing.Json(), "folder"), testing::StartsWith("problem: the folder"));
     DefineFolder("Work", folder_.MakeFile("file.kre", ""));
     EXPECT_EQ("problem: it is a file",
               Location(RunTool({"check", "--json", "Work"}).Json(), "folder"));
     DefineFolder("Work", "\\\\no-such-server\\share\\folder");
     const ToolRun unreachable = RunTool({"check", "--json", "Work"});
-    EXPECT_EQ(3, unreachable.exitCode);
+    EXPECT_EQ(ExitCode::kUnreachable, unreachable.exitCode);
     EXPECT_EQ("depotctl: 1 location cannot be reached\n", unreachable.errors);
 }
 
@@ -162,9 +163,9 @@ TEST_F(CheckTest, MacrosAreExpandedAndThoseThatStandNamed) {
 }
 
 TEST_F(CheckTest, OfflineTriesNothing) {
-    DefineFolder("Work", folder_.At("gone"));
+    DefineFolder("Work", folder_.At("missing"));
     const ToolRun run = RunTool({"check", "--offline", "--json", "Work"});
-    EXPECT_EQ(0, run.exitCode) << run.errors;
+    EXPECT_EQ(ExitCode::kDone, run.exitCode) << run.errors;
     EXPECT_EQ("", Location(run.Json(), "folder"));
 }
 
@@ -214,7 +215,7 @@ TEST_F(CheckTest, PasswordsAreNeverShown) {
 }
 
 // The keys by which the component is known, as an installation leaves them.
-class CheckInstallationTest : public CheckTest {
+class CheckInstallationTest : public ToolTest {
 protected:
     static std::string OwnFolder() { return ToolPath().substr(0, ToolPath().rfind('\\') + 1); }
 
@@ -244,11 +245,12 @@ TEST_F(CheckInstallationTest, WholeInstallationIsInOrder) {
 }
 
 TEST_F(CheckInstallationTest, RegisteredLibraryThatIsNotThereIsAProblem) {
-    Register("C:\\gone\\DepotIntr.dll");
+    Register("C:\\missing\\DepotIntr.dll");
     EXPECT_EQ(
-        "problem: the component is registered as \"C:\\gone\\DepotIntr.dll\", which is not there",
+        "problem: the component is registered as \"C:\\missing\\DepotIntr.dll\", which is not "
+        "there",
         Installed("registration"));
-    EXPECT_EQ(1, RunTool({"check"}).exitCode);
+    EXPECT_EQ(ExitCode::kRefused, RunTool({"check"}).exitCode);
 }
 
 TEST_F(CheckInstallationTest, HalfARegistrationIsAProblem) {

@@ -1,4 +1,4 @@
-// What is wrong with paths, servers and bases, told from their texts.
+// What is wrong with paths, servers and bases, as texts.
 #include "depotctl/location_checks.h"
 
 #include <gtest/gtest.h>
@@ -8,15 +8,13 @@
 namespace depot::ctl {
 namespace {
 
-const std::vector<std::string> kMacros = {"$USERDIR$", "$FATHOMEDIR$", "$ALLUSER-DESKTOP$"};
-
 std::string Only(const Findings& findings) {
     EXPECT_LE(findings.size(), 1u);
     return findings.empty() ? "" : findings.front().text;
 }
 
 std::string Folder(const std::string& path) {
-    return Only(CheckFolder("Path1", {path, path, path.size()}, kMacros));
+    return Only(CheckFolder("Path1", {path, path, path.size()}));
 }
 
 TEST(FolderCheckTest, FullPathsAreGood) {
@@ -70,13 +68,13 @@ TEST(FolderCheckTest, LengthCountsInTheBytesOfTheCodePage) {
     std::string path = "C:\\";
     for (int count = 0; count < 100; ++count) path += "\xE8\xA1\xA8";
     EXPECT_NE(std::string::npos,
-              Only(CheckFolder("Path1", {path, path, 203}, kMacros)).find("it has 203 bytes of"));
-    EXPECT_EQ("", Only(CheckFolder("Path1", {path, path, 199}, kMacros)));
+              Only(CheckFolder("Path1", {path, path, 203})).find("it has 203 bytes of"));
+    EXPECT_EQ("", Only(CheckFolder("Path1", {path, path, 199})));
 }
 
 TEST(FolderCheckTest, MacrosThatStandAreNamed) {
     const auto expanded = [](const char* path) {
-        return Only(CheckFolder("Path1", {"$X$", path, std::string(path).size()}, kMacros));
+        return Only(CheckFolder("Path1", {"$X$", path, std::string(path).size()}));
     };
     EXPECT_EQ("$FATHOMEDIR$ has no value on this machine and stays as it stands",
               expanded("$FATHOMEDIR$\\x"));
@@ -86,14 +84,14 @@ TEST(FolderCheckTest, MacrosThatStandAreNamed) {
     EXPECT_EQ("$ALLUSER-DESKTOP$ has no value on this machine and stays as it stands",
               expanded("$ALLUSER-DESKTOP$"));
     EXPECT_EQ("", expanded("C:\\a$\\b$c"));
-    EXPECT_EQ(2u, CheckMacros("Path1", "$A$$B$", kMacros).size());
+    EXPECT_EQ(2u, CheckMacros("Path1", "$A$$B$").size());
 }
 
 TEST(FolderCheckTest, MacrosThatStandForNothingAreNamed) {
     EXPECT_EQ("it stands for nothing on this machine",
-              Only(CheckFolder("Path1", {"$USERDIR$", "", 0}, kMacros)));
+              Only(CheckFolder("Path1", {"$USERDIR$", "", 0})));
     EXPECT_EQ("it begins with a macro that stands for nothing on this machine",
-              Only(CheckFolder("Path1", {"$USERDIR$\\x", "\\x", 2}, kMacros)));
+              Only(CheckFolder("Path1", {"$USERDIR$\\x", "\\x", 2})));
 }
 
 TEST(FolderCheckTest, HasMacrosNeedsAWholeName) {
@@ -105,7 +103,7 @@ TEST(FolderCheckTest, HasMacrosNeedsAWholeName) {
     EXPECT_FALSE(HasMacros("$A(B)$"));
 }
 
-// Whatever stands in the registry, it is told in texts with advice.
+// Whatever stands in the registry is reported in texts with advice.
 TEST(LocationCheckTest, RandomTextsAreAlwaysReportedWithAdvice) {
     test::RandomTexts random(7);
     const std::vector<std::string> pieces = {"\\", "/",   ":",  "C:",  "$", "%",
@@ -114,10 +112,10 @@ TEST(LocationCheckTest, RandomTextsAreAlwaysReportedWithAdvice) {
     for (int round = 0; round < 20000; ++round) {
         const std::string text = round % 2 == 0 ? random.Pieces(12, pieces) : random.Bytes(20);
         const std::string other = random.Pieces(6, pieces);
-        for (const Findings& findings : {CheckHost("Host1", text), CheckBase("Path1", text),
-                                         CheckFolder("Path1", {text, other, other.size()}, kMacros),
-                                         CheckFolder("Path1", {text, text, text.size()}, kMacros),
-                                         CheckMacroNames("Path1", text, kMacros)}) {
+        for (const Findings& findings :
+             {CheckHost("Host1", text), CheckBase("Path1", text),
+              CheckFolder("Path1", {text, other, other.size()}),
+              CheckFolder("Path1", {text, text, text.size()}), CheckMacroNames("Path1", text)}) {
             for (const Finding& finding : findings) {
                 EXPECT_FALSE(finding.text.empty()) << text;
                 EXPECT_FALSE(finding.advice.empty()) << text;
