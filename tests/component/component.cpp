@@ -2,13 +2,13 @@
 
 #include "platform/compiler.h"
 #include "platform/module_state.h"
-#include "support/box_at_load.h"
+#include "support/box_log.h"
 
 namespace depot::test {
 
 Library::Library(const std::string& path) {
     // A copy without resources tells so in a box.
-    const BoxWatcher boxes("DepotIntr");
+    const BoxLog boxes;
     module_ = LoadLibraryA(path.c_str());
     EXPECT_NE(nullptr, module_) << path << " does not load: error " << GetLastError();
 }

@@ -6,10 +6,10 @@
 #include "config/profile_file.h"
 #include "directory/connection_scope.h"
 #include "directory_files/directory_world.h"
-#include "fileops/allocation_count.h"
 #include "model/working_copy.h"
 #include "platform/paths.h"
 #include "platform/text.h"
+#include "support/allocation_count.h"
 
 namespace depot {
 namespace {
