@@ -1,8 +1,12 @@
 // Deleting an entry only while it holds what it is believed to hold.
-#include "directory/entries_fixture.h"
+#include "support/directory_fixture.h"
+#include "support/results.h"
 
 namespace depot {
 namespace {
+
+using test::Fails;
+using test::IsDone;
 
 Digest DigestOfText(const std::string& text) {
     return DigestOf(text.data(), text.size());
@@ -10,7 +14,7 @@ Digest DigestOfText(const std::string& text) {
 
 DirectoryClient genuine;
 
-class ConditionalDeletionTest : public test::EntriesTest {
+class ConditionalDeletionTest : public test::DirectoryFixture {
 protected:
     ConditionalDeletionTest() {
         server_.AddFile("a.krc", base_, "old");
@@ -34,14 +38,14 @@ TEST_F(ConditionalDeletionTest, ChangedEntryStays) {
 
 TEST_F(ConditionalDeletionTest, FileWithoutBytesIsTheOneThatHoldsABlank) {
     Connected().AddFileEntry(Dn("b.krc"), "b.krc", nullptr, 0);
-    EXPECT_EQ(0u, Connected().RemoveUnchangedEntry(Dn("b.krc"), DigestOfText(" ")));
+    EXPECT_THAT(Connected().RemoveUnchangedEntry(Dn("b.krc"), DigestOfText(" ")), IsDone());
     EXPECT_FALSE(server_.Holds(Dn("b.krc")));
 }
 
 TEST_F(ConditionalDeletionTest, MissingEntryAndEntryThatIsNoFileReportTheirCodes) {
     server_.AddFolder("sub", base_);
-    EXPECT_EQ(std::uint32_t{LDAP_NO_SUCH_OBJECT},
-              Connected().RemoveUnchangedEntry(Dn("none.krc"), DigestOfText("")));
+    EXPECT_THAT(Connected().RemoveUnchangedEntry(Dn("none.krc"), DigestOfText("")),
+                Fails(LDAP_NO_SUCH_OBJECT));
     EXPECT_EQ(kContentsChanged, Connected().RemoveUnchangedEntry(Dn("sub"), DigestOfText("")));
     EXPECT_TRUE(server_.Holds(Dn("sub")));
 }

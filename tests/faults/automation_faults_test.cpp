@@ -3,6 +3,7 @@
 
 #include "component/late_calls.h"
 #include "faults/fault_series.h"
+#include "support/results.h"
 
 namespace depot::test {
 namespace {
@@ -32,7 +33,7 @@ protected:
 TEST_F(AutomationFaultsTest, RegistrationIsCompleteOrFails) {
     HRESULT result = S_FALSE;
     RunWithFaults({
-        .prepare = [] { EXPECT_EQ(S_OK, Library::Own().Unregister()); },
+        .prepare = [] { EXPECT_THAT(Library::Own().Unregister(), IsOk()); },
         .operate = [&] { result = Library::Own().Register(); },
         .verify =
             [&](std::optional<Fault> failing) {
@@ -48,7 +49,7 @@ TEST_F(AutomationFaultsTest, RegistrationIsCompleteOrFails) {
 TEST_F(AutomationFaultsTest, UnregistrationLeavesNothingOrFails) {
     HRESULT result = S_FALSE;
     RunWithFaults({
-        .prepare = [] { EXPECT_EQ(S_OK, Library::Own().Register()); },
+        .prepare = [] { EXPECT_THAT(Library::Own().Register(), IsOk()); },
         .operate = [&] { result = Library::Own().Unregister(); },
         .verify =
             [&](std::optional<Fault> failing) {
@@ -102,7 +103,7 @@ TEST_F(AutomationFaultsTest, CallsByNameGiveTheValueOrFail) {
                 Invoke(read, {handle, L"S", L"K", L"-", Variant::Reference(value), 99}, {});
                 FaultLayer::Stop();
                 text = value.Text();
-                EXPECT_EQ(S_OK, Invoke(end, {handle}, {}));
+                EXPECT_THAT(Invoke(end, {handle}, {}), IsOk());
             },
         .verify =
             [&](std::optional<Fault> failing) {

@@ -1,6 +1,7 @@
 // The methods of the interface while system calls fail: each answers, nothing of the user's is
 // lost, and nothing stays held.
 #include "faults/faulty_client.h"
+#include "support/results.h"
 
 namespace depot::test {
 namespace {
@@ -12,7 +13,7 @@ using testing::IsEmpty;
 // What a client makes of a file that could not be fetched.
 constexpr char kNewAlone[] = "[S]\r\nK=new\r\n";
 
-class ClientFaultsTest : public StoreFaultsTest {};
+using ClientFaultsTest = StoreFaultsTest;
 
 TEST_P(ClientFaultsTest, LoadWriteAndFlushLoseNothing) {
     const std::string path = Path("office.kra");
@@ -349,7 +350,7 @@ TEST_F(FaultyClientTest, DirectoryClientThatCouldNotBeLoadedIsLoadedTheNextTime)
         api->DPLoadFile(&handle, Text("<Corp>\\office.kra"));
         api->DPGetProfileString(handle, Text("S"), Text("K"), Text("-"), value, 99);
         FaultLayer::Stop();
-        EXPECT_EQ(S_OK, api->DPUnInitialize(handle));
+        EXPECT_THAT(api->DPUnInitialize(handle), IsOk());
         return value.Value();
     };
     FaultLayer::Fail(FaultKind::kFile, 1, 1 << 20);

@@ -1,33 +1,37 @@
 // Transfers between the stores while system calls fail: what is moved is never lost, a success is
 // complete, and no file stands half-written under its name.
-#include "directory_files/transfer_fixture.h"
+#include "directory_files/directory_world.h"
 #include "faults/fault_series.h"
 #include "fileops/directory_transfer.h"
 #include "fileops/enumerate.h"
 #include "fileops/item_operations.h"
+#include "support/results.h"
 #include "support/working_files.h"
 
 namespace depot {
 namespace {
 
 using test::Exists;
+using test::Fails;
 using test::Fault;
 using test::FaultKind;
 using test::FileBytes;
+using test::kDone;
+using test::kFailed;
 using test::RunWithFaults;
 using testing::IsEmpty;
 
 // The calls of this program itself fail, so that the layer is there for the operation alone.
-class TransferFaultsTest : public test::TransferTest {
+class TransferFaultsTest : public test::DirectoryWorldTest {
 protected:
     // The result of an operation; one that memory ran out for has failed.
     template <class Operation>
     int Result(const Operation& operation) {
-        int result = 0;
+        int result = kFailed;
         try {
             result = operation();
         } catch (const std::bad_alloc&) {
-            result = 0;
+            result = kFailed;
         }
         ForgetConnection();
         return result;
@@ -119,10 +123,10 @@ protected:
                 [&](std::optional<Fault> failing) {
                     ExpectWholeFiles(TreeAt(to));
                     EXPECT_TRUE(TreeAt(from) == kTree || TreeAt(to) == kTree);
-                    if (result_ != 0) {
+                    if (result_ == kDone) {
                         EXPECT_EQ(kTree, TreeAt(to));
                     }
-                    EXPECT_TRUE(failing || result_ == 1);
+                    EXPECT_TRUE(failing || result_ == kDone);
                     ExpectNoTemporaryFolders(failing);
                 },
         });
@@ -130,7 +134,7 @@ protected:
 
     static constexpr char kTree[] = "1111 2222";
     test::FaultLayer layer_{GetModuleHandleA(nullptr)};
-    int result_ = 0;
+    int result_ = kFailed;
 };
 
 TEST_F(TransferFaultsTest, UploadOfATreeIsCompleteOrFails) {
@@ -152,10 +156,10 @@ TEST_F(TransferFaultsTest, UploadOfATreeIsCompleteOrFails) {
             [&](std::optional<Fault> failing) {
                 EXPECT_EQ(kTree, LocalTreeAt(folder));
                 ExpectWholeFiles(TreeAt(dn));
-                if (result_ != 0) {
+                if (result_ == kDone) {
                     EXPECT_EQ(kTree, TreeAt(dn));
                 }
-                EXPECT_TRUE(failing || result_ == 1);
+                EXPECT_TRUE(failing || result_ == kDone);
             },
     });
 }
@@ -178,10 +182,10 @@ TEST_F(TransferFaultsTest, DownloadOfATreeIsCompleteOrFails) {
                 EXPECT_EQ(kTree, TreeAt(dn));
                 // What cannot be written can often not be removed either.
                 if (failing != FaultKind::kFile || !failing->onwards) ExpectWholeFiles(tree);
-                if (result_ != 0) {
+                if (result_ == kDone) {
                     EXPECT_EQ(kTree, tree);
                 }
-                EXPECT_TRUE(failing || result_ == 1);
+                EXPECT_TRUE(failing || result_ == kDone);
             },
     });
 }
@@ -215,10 +219,10 @@ TEST_F(TransferFaultsTest, CopyOfATreeIsCompleteOrFails) {
             [&](std::optional<Fault> failing) {
                 EXPECT_EQ(kTree, TreeAt(from));
                 ExpectWholeFiles(TreeAt(to));
-                if (result_ != 0) {
+                if (result_ == kDone) {
                     EXPECT_EQ(kTree, TreeAt(to));
                 }
-                EXPECT_TRUE(failing || result_ == 1);
+                EXPECT_TRUE(failing || result_ == kDone);
                 ExpectNoTemporaryFolders(failing);
             },
     });
@@ -245,10 +249,10 @@ TEST_F(TransferFaultsTest, FileMovedIntoTheDirectoryIsInOneOfTheStores) {
             [&](std::optional<Fault> failing) {
                 EXPECT_TRUE(LocalFile(source) == "3333" || Contents(dn) == "3333");
                 EXPECT_THAT(Contents(dn), testing::AnyOf("3333", "(missing)"));
-                if (result_ != 0) {
+                if (result_ == kDone) {
                     EXPECT_EQ("3333", Contents(dn));
                 }
-                EXPECT_TRUE(failing || (result_ == 1 && !Exists(source)));
+                EXPECT_TRUE(failing || (result_ == kDone && !Exists(source)));
             },
     });
 }
@@ -269,7 +273,7 @@ TEST_F(TransferFaultsTest, FileMovedOutOfTheDirectoryIsInOneOfTheStores) {
             [&] {
                 result_ = Result([&] {
                     CDepotItems items;
-                    if (!items.Append(item.Clone())) return 0;
+                    if (!items.Append(item.Clone())) return kFailed;
                     return ListOperation(items, &place, FO_MOVE, kQuietFlags, nullptr, &error_);
                 });
             },
@@ -277,7 +281,7 @@ TEST_F(TransferFaultsTest, FileMovedOutOfTheDirectoryIsInOneOfTheStores) {
             [&](std::optional<Fault> failing) {
                 EXPECT_TRUE(LocalFile(target) == "3333" || Contents(dn) == "3333");
                 EXPECT_THAT(LocalFile(target), testing::AnyOf("3333", "(missing)"));
-                EXPECT_TRUE(failing || (result_ == 1 && !Holds(dn)));
+                EXPECT_TRUE(failing || (result_ == kDone && !Holds(dn)));
                 ExpectNoTemporaryFolders(failing);
             },
     });
@@ -298,7 +302,7 @@ TEST_F(TransferFaultsTest, FileIsNotMovedOutOfTheDirectoryOntoAnother) {
             },
         .verify =
             [&](std::optional<Fault>) {
-                EXPECT_EQ(0, result_);
+                EXPECT_THAT(result_, Fails());
                 EXPECT_EQ("other", LocalFile(target));
                 EXPECT_EQ("3333", Contents(dn));
             },
@@ -327,10 +331,10 @@ TEST_F(TransferFaultsTest, FileMovedBetweenFoldersIsInOneOfThem) {
             [&](std::optional<Fault> failing) {
                 EXPECT_TRUE(LocalFile(source) == "3333" || LocalFile(target) == "3333");
                 EXPECT_THAT(LocalFile(target), testing::AnyOf("3333", "(missing)"));
-                if (result_ != 0) {
+                if (result_ == kDone) {
                     EXPECT_EQ("3333", LocalFile(target));
                 }
-                EXPECT_TRUE(failing || (result_ == 1 && !Exists(source)));
+                EXPECT_TRUE(failing || (result_ == kDone && !Exists(source)));
             },
     });
 }
@@ -352,7 +356,7 @@ TEST_F(TransferFaultsTest, TreeMovedBetweenFoldersIsInOneOfThem) {
                 result_ = Result([&] {
                     CDepotItems items;
                     if (!items.Append(std::make_unique<CDepotItem>("<Home>\\tree", &home_)))
-                        return 0;
+                        return kFailed;
                     return ListOperation(items, &place, FO_MOVE, kQuietFlags, nullptr, &error_);
                 });
             },
@@ -360,8 +364,8 @@ TEST_F(TransferFaultsTest, TreeMovedBetweenFoldersIsInOneOfThem) {
             [&](std::optional<Fault> failing) {
                 const std::string target = LocalTreeAt(At("s\\tree"));
                 ExpectWholeFiles(target);
-                EXPECT_EQ(kTree, result_ != 0 ? target : LocalTreeAt(At("h\\tree")));
-                EXPECT_TRUE(failing || (result_ == 1 && !Exists(At("h\\tree"))));
+                EXPECT_EQ(kTree, result_ == kDone ? target : LocalTreeAt(At("h\\tree")));
+                EXPECT_TRUE(failing || (result_ == kDone && !Exists(At("h\\tree"))));
             },
     });
 }
