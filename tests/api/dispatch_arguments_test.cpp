@@ -3,9 +3,13 @@
 #include <gtest/gtest.h>
 
 #include "support/leak_counts.h"
+#include "support/results.h"
 
 namespace depot {
 namespace {
+
+using test::Fails;
+using test::IsOk;
 
 using Parameter = DispatchAdapter::Parameter;
 
@@ -50,7 +54,7 @@ private:
 
 TEST(DispatchArgumentsTest, HandleByValueLosesTheForeignUpperHalfOfItsVariant) {
     OneArgument call(kHandleIn, Value(VT_I4, 0x1234567800000010));
-    ASSERT_EQ(S_OK, call.Prepare());
+    ASSERT_THAT(call.Prepare(), IsOk());
     EXPECT_EQ(VT_I4, V_VT(&call.Passed()));
     EXPECT_EQ(0x10, V_I8(&call.Passed()));
 }
@@ -58,36 +62,36 @@ TEST(DispatchArgumentsTest, HandleByValueLosesTheForeignUpperHalfOfItsVariant) {
 TEST(DispatchArgumentsTest, ReferencesToNothingAreRefusedBeforeTheyAreFollowed) {
     for (const Parameter& parameter : {kHandleIn, kHandleInOut, kTextIn, kTextOut, kOther}) {
         OneArgument call(parameter, Reference(VT_VARIANT, nullptr));
-        EXPECT_EQ(DISP_E_TYPEMISMATCH, call.Prepare());
+        EXPECT_THAT(call.Prepare(), Fails(DISP_E_TYPEMISMATCH));
         EXPECT_EQ(0u, call.WrongArgument());
     }
     OneArgument handle(kHandleInOut, Reference(VT_I4, nullptr));
-    EXPECT_EQ(DISP_E_TYPEMISMATCH, handle.Prepare());
+    EXPECT_THAT(handle.Prepare(), Fails(DISP_E_TYPEMISMATCH));
     for (const VARTYPE type : {VT_BSTR, VT_I4}) {
         VARIANT inner = Reference(type, nullptr);
         for (const Parameter& parameter : {kHandleIn, kHandleInOut, kTextIn, kTextOut}) {
             OneArgument call(parameter, Reference(VT_VARIANT, &inner));
-            EXPECT_EQ(DISP_E_TYPEMISMATCH, call.Prepare());
+            EXPECT_THAT(call.Prepare(), Fails(DISP_E_TYPEMISMATCH));
         }
     }
 }
 
 TEST(DispatchArgumentsTest, LongWithItsHighestBitIsNoNegativeHandle) {
     OneArgument call(kHandleIn, Value(VT_I4, 0x80000000));
-    ASSERT_EQ(S_OK, call.Prepare());
+    ASSERT_THAT(call.Prepare(), IsOk());
     EXPECT_EQ(0x80000000, V_I8(&call.Passed()));
 }
 
 TEST(DispatchArgumentsTest, WholeHandleIsPassedInFullWidth) {
     OneArgument call(kHandleIn, Value(VT_I8, 0x1234567800000010));
-    ASSERT_EQ(S_OK, call.Prepare());
+    ASSERT_THAT(call.Prepare(), IsOk());
     EXPECT_EQ(0x1234567800000010, V_I8(&call.Passed()));
 }
 
 TEST(DispatchArgumentsTest, HandleVariableIsReplacedByOneOfPointerSize) {
     LONG variables[] = {0x10, 0x22222222};
     OneArgument call(kHandleInOut, Reference(VT_I4, variables));
-    ASSERT_EQ(S_OK, call.Prepare());
+    ASSERT_THAT(call.Prepare(), IsOk());
     ASSERT_EQ(VT_I4 | VT_BYREF, V_VT(&call.Passed()));
     auto* const slot = static_cast<LONGLONG*>(V_BYREF(&call.Passed()));
     EXPECT_EQ(0x10, *slot);
@@ -100,7 +104,7 @@ TEST(DispatchArgumentsTest, HandleVariableIsReplacedByOneOfPointerSize) {
 TEST(DispatchArgumentsTest, HandleAboveTwoGigabytesBecomesEightBytesInAScriptVariable) {
     VARIANT variable = Value(VT_EMPTY, 0);
     OneArgument call(kHandleInOut, Reference(VT_VARIANT, &variable));
-    ASSERT_EQ(S_OK, call.Prepare());
+    ASSERT_THAT(call.Prepare(), IsOk());
     *static_cast<LONGLONG*>(V_BYREF(&call.Passed())) = 0x1234567800000010;
     call.StoreOutputs();
     EXPECT_EQ(VT_I8, V_VT(&variable));
@@ -110,13 +114,13 @@ TEST(DispatchArgumentsTest, HandleAboveTwoGigabytesBecomesEightBytesInAScriptVar
 TEST(DispatchArgumentsTest, VariableTooNarrowForAHandleIsRefused) {
     SHORT variable = 0;
     OneArgument call(kHandleInOut, Reference(VT_I2, &variable));
-    EXPECT_EQ(DISP_E_TYPEMISMATCH, call.Prepare());
+    EXPECT_THAT(call.Prepare(), Fails(DISP_E_TYPEMISMATCH));
     EXPECT_EQ(0u, call.WrongArgument());
 }
 
 TEST(DispatchArgumentsTest, ValueForAHandleToBeSetIsReadAndNotStored) {
     OneArgument call(kHandleInOut, Value(VT_I4, 0x10));
-    ASSERT_EQ(S_OK, call.Prepare());
+    ASSERT_THAT(call.Prepare(), IsOk());
     EXPECT_EQ(0x10, *static_cast<LONGLONG*>(V_BYREF(&call.Passed())));
     call.StoreOutputs();
 }
@@ -124,7 +128,7 @@ TEST(DispatchArgumentsTest, ValueForAHandleToBeSetIsReadAndNotStored) {
 TEST(DispatchArgumentsTest, TextVariableIsPassedOnAsItIs) {
     BSTR variable = nullptr;
     OneArgument call(kTextIn, Reference(VT_BSTR, &variable));
-    ASSERT_EQ(S_OK, call.Prepare());
+    ASSERT_THAT(call.Prepare(), IsOk());
     EXPECT_EQ(&variable, V_BSTRREF(&call.Passed()));
 }
 
@@ -133,7 +137,7 @@ TEST(DispatchArgumentsTest, OutputTextReplacesTheFormerOneOfATextVariable) {
     const BSTR former = variable;
     {
         OneArgument call(kTextOut, Reference(VT_BSTR, &variable));
-        ASSERT_EQ(S_OK, call.Prepare());
+        ASSERT_THAT(call.Prepare(), IsOk());
         ASSERT_NE(&variable, V_BSTRREF(&call.Passed()));
         EXPECT_EQ(nullptr, *V_BSTRREF(&call.Passed()));
         *V_BSTRREF(&call.Passed()) = SysAllocString(L"text");
@@ -148,7 +152,7 @@ TEST(DispatchArgumentsTest, OutputTextThatIsNotStoredIsReleased) {
     BSTR variable = SysAllocString(L"a former text");
     EXPECT_EQ(0u, test::CountLeftovers([&] {
                   OneArgument call(kTextOut, Reference(VT_BSTR, &variable));
-                  ASSERT_EQ(S_OK, call.Prepare());
+                  ASSERT_THAT(call.Prepare(), IsOk());
                   *V_BSTRREF(&call.Passed()) = SysAllocString(L"text");
               }));
     EXPECT_STREQ(L"a former text", variable);
@@ -158,7 +162,7 @@ TEST(DispatchArgumentsTest, OutputTextThatIsNotStoredIsReleased) {
 TEST(DispatchArgumentsTest, MissingTextVariableIsPassedOnAsItIs) {
     for (const Parameter& parameter : {kTextIn, kTextOut}) {
         OneArgument call(parameter, Reference(VT_BSTR, nullptr));
-        ASSERT_EQ(S_OK, call.Prepare());
+        ASSERT_THAT(call.Prepare(), IsOk());
         EXPECT_EQ(nullptr, V_BSTRREF(&call.Passed()));
         call.StoreOutputs();
     }
@@ -166,7 +170,7 @@ TEST(DispatchArgumentsTest, MissingTextVariableIsPassedOnAsItIs) {
 
 TEST(DispatchArgumentsTest, NumberForATextIsConverted) {
     OneArgument call(kTextIn, Value(VT_I4, 42));
-    ASSERT_EQ(S_OK, call.Prepare());
+    ASSERT_THAT(call.Prepare(), IsOk());
     ASSERT_EQ(VT_BSTR | VT_BYREF, V_VT(&call.Passed()));
     EXPECT_STREQ(L"42", *V_BSTRREF(&call.Passed()));
 }
@@ -174,7 +178,7 @@ TEST(DispatchArgumentsTest, NumberForATextIsConverted) {
 TEST(DispatchArgumentsTest, OutputTextReplacesTheValueOfAScriptVariable) {
     VARIANT variable = Value(VT_I4, 42);
     OneArgument call(kTextOut, Reference(VT_VARIANT, &variable));
-    ASSERT_EQ(S_OK, call.Prepare());
+    ASSERT_THAT(call.Prepare(), IsOk());
     EXPECT_EQ(nullptr, *V_BSTRREF(&call.Passed()));
     *V_BSTRREF(&call.Passed()) = SysAllocString(L"text");
     call.StoreOutputs();
@@ -185,7 +189,7 @@ TEST(DispatchArgumentsTest, OutputTextReplacesTheValueOfAScriptVariable) {
 
 TEST(DispatchArgumentsTest, OtherParametersArePassedOnAsTheyAre) {
     OneArgument call(kOther, Value(VT_NULL, 0x1234567800000010));
-    ASSERT_EQ(S_OK, call.Prepare());
+    ASSERT_THAT(call.Prepare(), IsOk());
     EXPECT_EQ(VT_NULL, V_VT(&call.Passed()));
     EXPECT_EQ(0x1234567800000010, V_I8(&call.Passed()));
 }
@@ -196,7 +200,7 @@ TEST(DispatchArgumentsTest, NamedArgumentsAreMatchedByTheirIdentifiers) {
     DISPID names[] = {1};
     DISPPARAMS given = {values, names, 2, 1};
     DispatchArguments arguments(signature, given);
-    ASSERT_EQ(S_OK, arguments.Prepare(nullptr));
+    ASSERT_THAT(arguments.Prepare(nullptr), IsOk());
     EXPECT_EQ(0x10, V_I8(&arguments.Parameters()->rgvarg[0]));
     EXPECT_EQ(0x1234567800000020, V_I8(&arguments.Parameters()->rgvarg[1]));
 }
@@ -208,7 +212,7 @@ TEST(DispatchArgumentsTest, UnknownNamesArePassedOnAsTheyAre) {
         DISPID names[] = {unknown};
         DISPPARAMS given = {values, names, 1, 1};
         DispatchArguments arguments(signature, given);
-        ASSERT_EQ(S_OK, arguments.Prepare(nullptr));
+        ASSERT_THAT(arguments.Prepare(nullptr), IsOk());
         EXPECT_EQ(VT_NULL, V_VT(&arguments.Parameters()->rgvarg[0]));
     }
 }

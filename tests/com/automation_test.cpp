@@ -3,9 +3,13 @@
 #include <gtest/gtest.h>
 
 #include "com/type_library.h"
+#include "support/results.h"
 
 namespace depot {
 namespace {
+
+using test::Fails;
+using test::IsOk;
 
 // Counts its references and lives on the stack.
 class Sample final : public IUnknown {
@@ -24,7 +28,7 @@ TEST(GiveInterfaceTest, EachKnownInterfaceIsPutOutWithAReference) {
     ULONG references = 1;
     for (const IID& id : {IID_IUnknown, IID_IDispatch}) {
         void* object = nullptr;
-        EXPECT_EQ(S_OK, sample.QueryInterface(id, &object));
+        EXPECT_THAT(sample.QueryInterface(id, &object), IsOk());
         EXPECT_EQ(static_cast<IUnknown*>(&sample), object);
         EXPECT_EQ(++references, sample.references);
     }
@@ -33,14 +37,14 @@ TEST(GiveInterfaceTest, EachKnownInterfaceIsPutOutWithAReference) {
 TEST(GiveInterfaceTest, UnknownInterfaceIsRefusedWithANullOutput) {
     Sample sample;
     void* object = &object;
-    EXPECT_EQ(E_NOINTERFACE, sample.QueryInterface(IID_ITypeInfo, &object));
+    EXPECT_THAT(sample.QueryInterface(IID_ITypeInfo, &object), Fails(E_NOINTERFACE));
     EXPECT_EQ(nullptr, object);
     EXPECT_EQ(1u, sample.references);
 }
 
 TEST(GiveInterfaceTest, MissingOutputIsRefused) {
     Sample sample;
-    EXPECT_EQ(E_POINTER, sample.QueryInterface(IID_IUnknown, nullptr));
+    EXPECT_THAT(sample.QueryInterface(IID_IUnknown, nullptr), Fails(E_POINTER));
     EXPECT_EQ(1u, sample.references);
 }
 
@@ -65,10 +69,10 @@ TEST(CreateAnywhereTest, ClassThatIsNotRegisteredMakesNothing) {
 
 TEST(OpenTypeInfoTest, ModuleWithoutATypeLibraryPutsNothingOut) {
     UniqueCom<ITypeLib> library;
-    EXPECT_TRUE(FAILED(OpenTypeLibrary(library)));
+    EXPECT_THAT(OpenTypeLibrary(library), Fails());
     EXPECT_EQ(nullptr, library);
     UniqueCom<ITypeInfo> typeInfo;
-    EXPECT_TRUE(FAILED(OpenTypeInfo(IID_IUnknown, typeInfo)));
+    EXPECT_THAT(OpenTypeInfo(IID_IUnknown, typeInfo), Fails());
     EXPECT_EQ(nullptr, typeInfo);
 }
 

@@ -2,8 +2,13 @@
 
 #include <gtest/gtest.h>
 
+#include "support/results.h"
+
 namespace depot {
 namespace {
+
+using test::Fails;
+using test::IsOk;
 
 // What the factory asked its class to make.
 int plainObjects = 0;
@@ -35,28 +40,29 @@ protected:
 
 TEST_F(ClassFactoryTest, PlainCreationMakesAnObject) {
     void* object = nullptr;
-    EXPECT_EQ(S_OK, factory_.CreateInstance(nullptr, IID_IDispatch, &object));
+    EXPECT_THAT(factory_.CreateInstance(nullptr, IID_IDispatch, &object), IsOk());
     EXPECT_EQ(1, plainObjects);
     EXPECT_EQ(&plainObjects, object);
 }
 
 TEST_F(ClassFactoryTest, CreationWithAnOuterObjectMakesAnAggregate) {
     void* object = nullptr;
-    EXPECT_EQ(S_OK, factory_.CreateInstance(&factory_, IID_IUnknown, &object));
+    EXPECT_THAT(factory_.CreateInstance(&factory_, IID_IUnknown, &object), IsOk());
     EXPECT_EQ(0, plainObjects);
     EXPECT_EQ(static_cast<IUnknown*>(&factory_), outerOfAggregate);
 }
 
 TEST_F(ClassFactoryTest, AggregateUnderAnotherInterfaceIsRefused) {
     void* object = &object;
-    EXPECT_EQ(CLASS_E_NOAGGREGATION, factory_.CreateInstance(&factory_, IID_IDispatch, &object));
+    EXPECT_THAT(factory_.CreateInstance(&factory_, IID_IDispatch, &object),
+                Fails(CLASS_E_NOAGGREGATION));
     EXPECT_EQ(nullptr, object);
     EXPECT_EQ(nullptr, outerOfAggregate);
 }
 
 TEST_F(ClassFactoryTest, MissingOutputsAreRefused) {
-    EXPECT_EQ(E_POINTER, factory_.CreateInstance(nullptr, IID_IUnknown, nullptr));
-    EXPECT_EQ(E_POINTER, factory_.QueryInterface(IID_IUnknown, nullptr));
+    EXPECT_THAT(factory_.CreateInstance(nullptr, IID_IUnknown, nullptr), Fails(E_POINTER));
+    EXPECT_THAT(factory_.QueryInterface(IID_IUnknown, nullptr), Fails(E_POINTER));
     EXPECT_EQ(0, plainObjects);
 }
 
@@ -71,23 +77,23 @@ TEST_F(ClassFactoryTest, FirstReferenceLocksTheModuleAndTheLastUnlocksIt) {
 }
 
 TEST_F(ClassFactoryTest, ServerLocksAreCountedOneByOne) {
-    EXPECT_EQ(S_OK, factory_.LockServer(TRUE));
-    EXPECT_EQ(S_OK, factory_.LockServer(TRUE));
+    EXPECT_THAT(factory_.LockServer(TRUE), IsOk());
+    EXPECT_THAT(factory_.LockServer(TRUE), IsOk());
     EXPECT_EQ(locksBefore_ + 2, Module().GetLockCount());
-    EXPECT_EQ(S_OK, factory_.LockServer(FALSE));
-    EXPECT_EQ(S_OK, factory_.LockServer(FALSE));
+    EXPECT_THAT(factory_.LockServer(FALSE), IsOk());
+    EXPECT_THAT(factory_.LockServer(FALSE), IsOk());
     EXPECT_EQ(locksBefore_, Module().GetLockCount());
 }
 
 TEST_F(ClassFactoryTest, OwnInterfacesAreReturnedWithAReference) {
     for (const IID& id : {IID_IUnknown, IID_IClassFactory}) {
         void* found = nullptr;
-        ASSERT_EQ(S_OK, factory_.QueryInterface(id, &found));
+        ASSERT_THAT(factory_.QueryInterface(id, &found), IsOk());
         EXPECT_EQ(static_cast<IClassFactory*>(&factory_), found);
         EXPECT_EQ(0u, factory_.Release());
     }
     void* other = &other;
-    EXPECT_EQ(E_NOINTERFACE, factory_.QueryInterface(IID_IDispatch, &other));
+    EXPECT_THAT(factory_.QueryInterface(IID_IDispatch, &other), Fails(E_NOINTERFACE));
     EXPECT_EQ(nullptr, other);
 }
 

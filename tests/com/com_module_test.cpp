@@ -10,10 +10,13 @@
 
 #include "com/registrar.h"
 #include "support/import_patch.h"
+#include "support/results.h"
 
 namespace depot {
 namespace {
 
+using test::Fails;
+using test::IsOk;
 using testing::ElementsAre;
 
 // What went with a module, in its order.
@@ -116,19 +119,19 @@ TEST_F(ComModuleTest, InterfaceTableIsHandedOutWithAnAddedReference) {
     CComModule module(kIdentity);
     IGlobalInterfaceTable* first = nullptr;
     IGlobalInterfaceTable* second = nullptr;
-    ASSERT_EQ(S_OK, module.GetGITPtr(&first));
-    ASSERT_EQ(S_OK, module.GetGITPtr(&second));
+    ASSERT_THAT(module.GetGITPtr(&first), IsOk());
+    ASSERT_THAT(module.GetGITPtr(&second), IsOk());
     EXPECT_NE(nullptr, first);
     EXPECT_EQ(first, second);
     second->Release();
     first->Release();
-    ASSERT_EQ(S_OK, module.GetGITPtr(&first));
+    ASSERT_THAT(module.GetGITPtr(&first), IsOk());
     first->Release();
 }
 
 TEST_F(ComModuleTest, InterfaceTableWithoutAnOutputIsRefused) {
     CComModule module(kIdentity);
-    EXPECT_EQ(E_POINTER, module.GetGITPtr(nullptr));
+    EXPECT_THAT(module.GetGITPtr(nullptr), Fails(E_POINTER));
 }
 
 TEST_F(ComModuleTest, InterfaceTableIsMadeOnceInTheProcess) {
@@ -137,7 +140,7 @@ TEST_F(ComModuleTest, InterfaceTableIsMadeOnceInTheProcess) {
     EXPECT_EQ(0, noted.creations);
     IGlobalInterfaceTable* table = nullptr;
     for (ULONG count = 1; count <= 3; ++count) {
-        ASSERT_EQ(S_OK, module.GetGITPtr(&table));
+        ASSERT_THAT(module.GetGITPtr(&table), IsOk());
         EXPECT_EQ(&noted, table);
         EXPECT_EQ(1, noted.creations);
         // The module's own and those that were handed out.
@@ -151,10 +154,10 @@ TEST_F(ComModuleTest, InterfaceTableThatCannotBeMadeIsReportedAndTriedAgain) {
     CComModule module(kIdentity);
     noted.result = REGDB_E_CLASSNOTREG;
     IGlobalInterfaceTable* table = &noted;
-    EXPECT_EQ(REGDB_E_CLASSNOTREG, module.GetGITPtr(&table));
+    EXPECT_THAT(module.GetGITPtr(&table), Fails(REGDB_E_CLASSNOTREG));
     EXPECT_EQ(nullptr, table);
     noted.result = S_OK;
-    EXPECT_EQ(S_OK, module.GetGITPtr(&table));
+    EXPECT_THAT(module.GetGITPtr(&table), IsOk());
     EXPECT_EQ(&noted, table);
 }
 
@@ -165,7 +168,7 @@ TEST_F(ComModuleTest, ClassesAreReleasedFirstThenWhatWasRegisteredAndThenTheInte
         module.AddTermination([] { endings.push_back("registered first"); });
         module.AddTermination([] { endings.push_back("registered last"); });
         IGlobalInterfaceTable* table = nullptr;
-        ASSERT_EQ(S_OK, module.GetGITPtr(&table));
+        ASSERT_THAT(module.GetGITPtr(&table), IsOk());
         table->Release();
         EXPECT_THAT(endings, ElementsAre());
     }

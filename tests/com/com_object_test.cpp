@@ -4,8 +4,13 @@
 // After the Windows headers.
 #include <unknwn.h>
 
+#include "support/results.h"
+
 namespace depot {
 namespace {
+
+using test::Fails;
+using test::IsOk;
 
 int liveObjects = 0;
 
@@ -53,8 +58,9 @@ protected:
 
 TEST_F(ComObjectTest, ObjectLivesAndLocksTheModuleUntilItsLastRelease) {
     IClassFactory* object = nullptr;
-    ASSERT_EQ(S_OK, CreateComObject<CComObject<Sample>>(IID_IClassFactory,
-                                                        reinterpret_cast<void**>(&object)));
+    ASSERT_THAT(
+        CreateComObject<CComObject<Sample>>(IID_IClassFactory, reinterpret_cast<void**>(&object)),
+        IsOk());
     EXPECT_EQ(1, liveObjects);
     EXPECT_EQ(locksBefore_ + 1, Module().GetLockCount());
     EXPECT_EQ(2u, object->AddRef());
@@ -67,7 +73,7 @@ TEST_F(ComObjectTest, ObjectLivesAndLocksTheModuleUntilItsLastRelease) {
 
 TEST_F(ComObjectTest, CreationUnderAMissingInterfaceLeavesNothing) {
     void* object = &object;
-    EXPECT_EQ(E_NOINTERFACE, CreateComObject<CComObject<Sample>>(IID_IDispatch, &object));
+    EXPECT_THAT(CreateComObject<CComObject<Sample>>(IID_IDispatch, &object), Fails(E_NOINTERFACE));
     EXPECT_EQ(nullptr, object);
     EXPECT_EQ(0, liveObjects);
     EXPECT_EQ(locksBefore_, Module().GetLockCount());
@@ -76,11 +82,13 @@ TEST_F(ComObjectTest, CreationUnderAMissingInterfaceLeavesNothing) {
 TEST_F(ComObjectTest, AggregateCountsItselfAndItsInterfacesCountTheOuterObject) {
     Outer outer;
     IUnknown* inner = nullptr;
-    ASSERT_EQ(S_OK, CreateComObject<CComAggObject<Sample>>(
-                        IID_IUnknown, reinterpret_cast<void**>(&inner), &outer));
+    ASSERT_THAT(CreateComObject<CComAggObject<Sample>>(IID_IUnknown,
+                                                       reinterpret_cast<void**>(&inner), &outer),
+                IsOk());
     EXPECT_EQ(1u, outer.references);
     IClassFactory* contained = nullptr;
-    ASSERT_EQ(S_OK, inner->QueryInterface(IID_IClassFactory, reinterpret_cast<void**>(&contained)));
+    ASSERT_THAT(inner->QueryInterface(IID_IClassFactory, reinterpret_cast<void**>(&contained)),
+                IsOk());
     EXPECT_EQ(2u, outer.references);
     EXPECT_EQ(3u, contained->AddRef());
     EXPECT_EQ(2u, contained->Release());
@@ -95,7 +103,7 @@ TEST_F(ComObjectTest, ContainedObjectAsksTheOuterObject) {
     Outer outer;
     CComContainedObject<Sample> contained(&outer);
     void* found = &found;
-    EXPECT_EQ(E_NOINTERFACE, contained.QueryInterface(IID_IClassFactory, &found));
+    EXPECT_THAT(contained.QueryInterface(IID_IClassFactory, &found), Fails(E_NOINTERFACE));
     EXPECT_TRUE(IsEqualIID(IID_IClassFactory, outer.asked));
     EXPECT_EQ(nullptr, found);
 }
@@ -103,9 +111,10 @@ TEST_F(ComObjectTest, ContainedObjectAsksTheOuterObject) {
 TEST_F(ComObjectTest, AggregateWithoutAnOutputIsRefused) {
     Outer outer;
     IUnknown* inner = nullptr;
-    ASSERT_EQ(S_OK, CreateComObject<CComAggObject<Sample>>(
-                        IID_IUnknown, reinterpret_cast<void**>(&inner), &outer));
-    EXPECT_EQ(E_POINTER, inner->QueryInterface(IID_IUnknown, nullptr));
+    ASSERT_THAT(CreateComObject<CComAggObject<Sample>>(IID_IUnknown,
+                                                       reinterpret_cast<void**>(&inner), &outer),
+                IsOk());
+    EXPECT_THAT(inner->QueryInterface(IID_IUnknown, nullptr), Fails(E_POINTER));
     inner->Release();
 }
 

@@ -3,10 +3,14 @@
 #include <gtest/gtest.h>
 
 #include "platform/registry_key.h"
+#include "support/results.h"
 #include "support/scratch.h"
 
 namespace depot {
 namespace {
+
+using test::Fails;
+using test::IsOk;
 
 constexpr char kKey[] = "Software\\DepotTests\\Registrar";
 
@@ -18,7 +22,7 @@ constexpr WORD kMissingScript = 299;
 
 class RegistrarTest : public testing::Test {
 protected:
-    RegistrarTest() { EXPECT_EQ(S_OK, registrar_.AddReplacement("NAME", "it's {here} %")); }
+    RegistrarTest() { EXPECT_THAT(registrar_.AddReplacement("NAME", "it's {here} %"), IsOk()); }
 
     static std::optional<RegistryKey> Open(const std::string& below = {}) {
         return RegistryKey::Open(HKEY_CURRENT_USER, below.empty() ? kKey : kKey + ("\\" + below));
@@ -34,7 +38,7 @@ protected:
 };
 
 TEST_F(RegistrarTest, RegisteringWritesKeysAndValues) {
-    ASSERT_EQ(S_OK, registrar_.Register(kScript));
+    ASSERT_THAT(registrar_.Register(kScript), IsOk());
     EXPECT_EQ("text", Text("Plain", ""));
     EXPECT_EQ("it's {here} %", Text("Plain", "Named"));
     EXPECT_EQ(4294967295u, Open("Plain")->ReadDword("Number"));
@@ -46,16 +50,16 @@ TEST_F(RegistrarTest, RegisteringWritesKeysAndValues) {
 TEST_F(RegistrarTest, ForceRemoveEmptiesTheKeyFirst) {
     scratch_.Text("Fresh\\Old", "", "old");
     scratch_.Text("Plain\\Old", "", "old");
-    ASSERT_EQ(S_OK, registrar_.Register(kScript));
+    ASSERT_THAT(registrar_.Register(kScript), IsOk());
     EXPECT_FALSE(Open("Fresh\\Old").has_value());
     EXPECT_EQ("new", Text("Fresh", ""));
     EXPECT_TRUE(Open("Plain\\Old").has_value());
 }
 
 TEST_F(RegistrarTest, UnregisteringKeepsKeysThatMustStay) {
-    ASSERT_EQ(S_OK, registrar_.Register(kScript));
+    ASSERT_THAT(registrar_.Register(kScript), IsOk());
     scratch_.Text("Kept\\Foreign", "", "x");
-    ASSERT_EQ(S_OK, registrar_.Unregister(kScript));
+    ASSERT_THAT(registrar_.Unregister(kScript), IsOk());
     EXPECT_FALSE(Open("Plain").has_value());
     EXPECT_FALSE(Open("Fresh").has_value());
     EXPECT_FALSE(Open("Kept\\Inner").has_value());
@@ -63,21 +67,23 @@ TEST_F(RegistrarTest, UnregisteringKeepsKeysThatMustStay) {
 }
 
 TEST_F(RegistrarTest, UnregisteringWhatIsNotThereSucceeds) {
-    EXPECT_EQ(S_OK, registrar_.Unregister(kScript));
+    EXPECT_THAT(registrar_.Unregister(kScript), IsOk());
     EXPECT_FALSE(Open().has_value());
 }
 
 TEST_F(RegistrarTest, MissingReplacementWritesNothing) {
-    EXPECT_EQ(HRESULT_FROM_WIN32(ERROR_INVALID_DATA), CRegistrar().Register(kScript));
+    EXPECT_THAT(CRegistrar().Register(kScript), Fails(HRESULT_FROM_WIN32(ERROR_INVALID_DATA)));
     EXPECT_FALSE(Open().has_value());
 }
 
 TEST_F(RegistrarTest, ScriptThatCannotBeRunIsReported) {
-    EXPECT_EQ(HRESULT_FROM_WIN32(ERROR_RESOURCE_NAME_NOT_FOUND),
-              registrar_.Register(kMissingScript));
-    EXPECT_EQ(HRESULT_FROM_WIN32(ERROR_INVALID_DATA), registrar_.Register(kBrokenScript));
-    EXPECT_EQ(HRESULT_FROM_WIN32(ERROR_INVALID_DATA), registrar_.Register(kForeignRootScript));
-    EXPECT_EQ(HRESULT_FROM_WIN32(ERROR_INVALID_DATA), registrar_.Unregister(kForeignRootScript));
+    EXPECT_THAT(registrar_.Register(kMissingScript),
+                Fails(HRESULT_FROM_WIN32(ERROR_RESOURCE_NAME_NOT_FOUND)));
+    EXPECT_THAT(registrar_.Register(kBrokenScript), Fails(HRESULT_FROM_WIN32(ERROR_INVALID_DATA)));
+    EXPECT_THAT(registrar_.Register(kForeignRootScript),
+                Fails(HRESULT_FROM_WIN32(ERROR_INVALID_DATA)));
+    EXPECT_THAT(registrar_.Unregister(kForeignRootScript),
+                Fails(HRESULT_FROM_WIN32(ERROR_INVALID_DATA)));
 }
 
 TEST_F(RegistrarTest, KeyThatCannotBeWrittenIsReported) {
@@ -86,7 +92,8 @@ TEST_F(RegistrarTest, KeyThatCannotBeWrittenIsReported) {
               RegCreateKeyExA(HKEY_CURRENT_USER, kKey, 0, nullptr, REG_OPTION_VOLATILE,
                               KEY_ALL_ACCESS, nullptr, &key, nullptr));
     const UniqueHkey owned(key);
-    EXPECT_EQ(HRESULT_FROM_WIN32(ERROR_CHILD_MUST_BE_VOLATILE), registrar_.Register(kScript));
+    EXPECT_THAT(registrar_.Register(kScript),
+                Fails(HRESULT_FROM_WIN32(ERROR_CHILD_MUST_BE_VOLATILE)));
 }
 
 }  // namespace

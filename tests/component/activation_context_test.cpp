@@ -1,6 +1,7 @@
 // The activation context during calls and after them.
 #include "component/component.h"
 #include "support/import_patch.h"
+#include "support/results.h"
 
 namespace depot::test {
 namespace {
@@ -54,29 +55,29 @@ TEST_F(ActivationContextTest, SuccessfulMethodsRestoreTheContext) {
     folder_.MakeFile("A\\a.kra", "");
     Session session(*api_);
     ExpectOwnContext();
-    EXPECT_EQ(S_OK, api_->DPLoadFile(session.Address(), Text("<A>\\a.kra")));
+    EXPECT_THAT(api_->DPLoadFile(session.Address(), Text("<A>\\a.kra")), IsOk());
     ExpectOwnContext();
-    EXPECT_EQ(S_OK, api_->DPSetProfileString(session, Text("S"), Text("K"), Text("1")));
+    EXPECT_THAT(api_->DPSetProfileString(session, Text("S"), Text("K"), Text("1")), IsOk());
     ExpectOwnContext();
     EXPECT_EQ(L"1", Read(session, L"S", L"K"));
     ExpectOwnContext();
     ULONG number = 0;
-    EXPECT_EQ(S_OK, api_->DPGetProfileInt(session, Text("S"), Text("K"), 0, &number));
+    EXPECT_THAT(api_->DPGetProfileInt(session, Text("S"), Text("K"), 0, &number), IsOk());
     ExpectOwnContext();
-    EXPECT_EQ(S_OK, api_->DPFlushFile(session));
+    EXPECT_THAT(api_->DPFlushFile(session), IsOk());
     ExpectOwnContext();
-    EXPECT_EQ(S_OK, api_->DPFileExists(session, Text("<A>\\a.kra")));
+    EXPECT_THAT(api_->DPFileExists(session, Text("<A>\\a.kra")), IsOk());
     ExpectOwnContext();
     OutText path;
-    EXPECT_EQ(S_OK, api_->DPGetDefaultDPPath(session, path));
+    EXPECT_THAT(api_->DPGetDefaultDPPath(session, path), IsOk());
     ExpectOwnContext();
-    EXPECT_EQ(S_OK, api_->DPPathConvertDPtoFS(Text("<A>\\a.kra"), path));
+    EXPECT_THAT(api_->DPPathConvertDPtoFS(Text("<A>\\a.kra"), path), IsOk());
     ExpectOwnContext();
-    EXPECT_EQ(S_OK, api_->DPGetDepotDisplayPath(session, Text("<A>\\a.kra"), path));
+    EXPECT_THAT(api_->DPGetDepotDisplayPath(session, Text("<A>\\a.kra"), path), IsOk());
     ExpectOwnContext();
-    EXPECT_EQ(S_OK, api_->DPGetPathFromDisplayName(session, Text("<Depot A>\\"), path));
+    EXPECT_THAT(api_->DPGetPathFromDisplayName(session, Text("<Depot A>\\"), path), IsOk());
     ExpectOwnContext();
-    EXPECT_EQ(S_OK, api_->DPSetSelItemPath(session, Text("<A>\\a.kra")));
+    EXPECT_THAT(api_->DPSetSelItemPath(session, Text("<A>\\a.kra")), IsOk());
     ExpectOwnContext();
 }
 
@@ -86,21 +87,23 @@ TEST_F(ActivationContextTest, FileMethodsRestoreTheContext) {
     Session session(*api_);
     LONG count = 0;
     OutText text;
-    EXPECT_EQ(S_OK,
-              api_->DPFindInit(session.Address(), Text("<A>\\*.kra"), Text(""), APP_SKEIN, &count));
+    EXPECT_THAT(
+        api_->DPFindInit(session.Address(), Text("<A>\\*.kra"), Text(""), APP_SKEIN, &count),
+        IsOk());
     ExpectOwnContext();
     api_->DPFindNext(session, 0, text);
     ExpectOwnContext();
-    EXPECT_EQ(S_OK, api_->DPIsPathWriteAble(session, Text("<A>\\")));
+    EXPECT_THAT(api_->DPIsPathWriteAble(session, Text("<A>\\")), IsOk());
     ExpectOwnContext();
-    EXPECT_EQ(S_OK, api_->DPMakeCopyFromSrcFile(session, Text("<A>\\a.kra"), text));
+    EXPECT_THAT(api_->DPMakeCopyFromSrcFile(session, Text("<A>\\a.kra"), text), IsOk());
     ExpectOwnContext();
     Text local((folder_.Path() + "\\local.kra").c_str());
-    EXPECT_EQ(S_OK, api_->DPCopyFileToLocalFS(session, Text("<A>\\a.kra"), local, VARIANT_FALSE));
+    EXPECT_THAT(api_->DPCopyFileToLocalFS(session, Text("<A>\\a.kra"), local, VARIANT_FALSE),
+                IsOk());
     ExpectOwnContext();
-    EXPECT_EQ(S_OK, api_->DPRenameFile(session, Text("<A>\\a.kra"), Text("<A>\\b.kra")));
+    EXPECT_THAT(api_->DPRenameFile(session, Text("<A>\\a.kra"), Text("<A>\\b.kra")), IsOk());
     ExpectOwnContext();
-    EXPECT_EQ(S_OK, api_->DPDeleteFile(session, Text("<A>\\b.kra")));
+    EXPECT_THAT(api_->DPDeleteFile(session, Text("<A>\\b.kra")), IsOk());
     ExpectOwnContext();
     api_->DPPublishSkesDepFiles(session);
     ExpectOwnContext();
@@ -111,16 +114,17 @@ TEST_F(ActivationContextTest, FileMethodsRestoreTheContext) {
 
 TEST_F(ActivationContextTest, TypeDescriptionAndFactoryRestoreTheContext) {
     UINT count = 0;
-    EXPECT_EQ(S_OK, api_->GetTypeInfoCount(&count));
+    EXPECT_THAT(api_->GetTypeInfoCount(&count), IsOk());
     ITypeInfo* typeInfo = nullptr;
-    EXPECT_EQ(S_OK, api_->GetTypeInfo(0, 0, &typeInfo));
+    EXPECT_THAT(api_->GetTypeInfo(0, 0, &typeInfo), IsOk());
     typeInfo->Release();
     void* object = nullptr;
-    ASSERT_EQ(S_OK, Library::Own().GetClassObject(CLSID_DepotIntrApi, IID_IClassFactory, &object));
+    ASSERT_THAT(Library::Own().GetClassObject(CLSID_DepotIntrApi, IID_IClassFactory, &object),
+                IsOk());
     const Com<IClassFactory> factory(static_cast<IClassFactory*>(object));
-    EXPECT_EQ(E_NOINTERFACE, factory->CreateInstance(nullptr, IID_IClassFactory, &object));
-    EXPECT_EQ(S_OK, factory->LockServer(TRUE));
-    EXPECT_EQ(S_OK, factory->LockServer(FALSE));
+    EXPECT_THAT(factory->CreateInstance(nullptr, IID_IClassFactory, &object), Fails(E_NOINTERFACE));
+    EXPECT_THAT(factory->LockServer(TRUE), IsOk());
+    EXPECT_THAT(factory->LockServer(FALSE), IsOk());
     ExpectOwnContext();
 }
 
@@ -128,27 +132,29 @@ TEST_F(ActivationContextTest, FailingMethodsRestoreTheContext) {
     LONG_PTR handle = 1;
     OutText text;
     ULONG number = 0;
-    EXPECT_EQ(S_FALSE, api_->DPInitialize(nullptr));
-    EXPECT_EQ(S_FALSE, api_->DPLoadFile(&handle, Text("<A>\\a.kra")));
-    EXPECT_EQ(S_FALSE, api_->DPGetProfileString(1, Text("S"), Text("K"), Text("D"), text, 10));
-    EXPECT_EQ(S_FALSE, api_->DPGetProfileInt(1, Text("S"), Text("K"), 0, &number));
-    EXPECT_EQ(S_FALSE, api_->DPSetProfileString(1, Text("S"), Text("K"), Text("V")));
-    EXPECT_EQ(S_FALSE, api_->DPFlushFile(0));
-    EXPECT_EQ(S_FALSE, api_->DPFileExists(0, Text("<Nowhere>\\a.kra")));
-    EXPECT_EQ(S_FALSE, api_->DPGetDepotDisplayPath(0, Text("<Nowhere>\\a.kra"), text));
-    EXPECT_EQ(S_FALSE, api_->DPGetPathFromDisplayName(0, Text("<Nowhere>\\a.kra"), text));
-    EXPECT_EQ(S_FALSE, api_->DPPathConvertDPtoFS(Text(), text));
-    EXPECT_EQ(S_FALSE, api_->DPSetSelItemPath(0, Text("x")));
-    EXPECT_EQ(S_OK, api_->DPUnInitialize(1));
+    EXPECT_THAT(api_->DPInitialize(nullptr), IsRefused());
+    EXPECT_THAT(api_->DPLoadFile(&handle, Text("<A>\\a.kra")), IsRefused());
+    EXPECT_THAT(api_->DPGetProfileString(1, Text("S"), Text("K"), Text("D"), text, 10),
+                IsRefused());
+    EXPECT_THAT(api_->DPGetProfileInt(1, Text("S"), Text("K"), 0, &number), IsRefused());
+    EXPECT_THAT(api_->DPSetProfileString(1, Text("S"), Text("K"), Text("V")), IsRefused());
+    EXPECT_THAT(api_->DPFlushFile(0), IsRefused());
+    EXPECT_THAT(api_->DPFileExists(0, Text("<Nowhere>\\a.kra")), IsRefused());
+    EXPECT_THAT(api_->DPGetDepotDisplayPath(0, Text("<Nowhere>\\a.kra"), text), IsRefused());
+    EXPECT_THAT(api_->DPGetPathFromDisplayName(0, Text("<Nowhere>\\a.kra"), text), IsRefused());
+    EXPECT_THAT(api_->DPPathConvertDPtoFS(Text(), text), IsRefused());
+    EXPECT_THAT(api_->DPSetSelItemPath(0, Text("x")), IsRefused());
+    EXPECT_THAT(api_->DPUnInitialize(1), IsOk());
     ExpectOwnContext();
 }
 
 TEST_F(ActivationContextTest, EntryPointsRestoreTheContext) {
     const Library& library = Library::Own();
     void* object = nullptr;
-    EXPECT_EQ(S_FALSE, library.CanUnloadNow());
-    EXPECT_EQ(CLASS_E_CLASSNOTAVAILABLE, library.GetClassObject(GUID_NULL, IID_IUnknown, &object));
-    EXPECT_EQ(S_OK, library.Register());
+    EXPECT_THAT(library.CanUnloadNow(), IsRefused());
+    EXPECT_THAT(library.GetClassObject(GUID_NULL, IID_IUnknown, &object),
+                Fails(CLASS_E_CLASSNOTAVAILABLE));
+    EXPECT_THAT(library.Register(), IsOk());
     ExpectOwnContext();
     ScratchKey empty(HKEY_CURRENT_USER, "Software\\DepotTests\\Gone");
     CreateRegistryKey(HKEY_CURRENT_USER, empty.Path());
@@ -157,8 +163,8 @@ TEST_F(ActivationContextTest, EntryPointsRestoreTheContext) {
     ASSERT_EQ(ERROR_SUCCESS, RegOverridePredefKey(HKEY_CLASSES_ROOT, gone));
     RegCloseKey(gone);
     ASSERT_EQ(ERROR_SUCCESS, RegDeleteKeyA(HKEY_CURRENT_USER, empty.Path().c_str()));
-    EXPECT_TRUE(FAILED(library.Register()));
-    EXPECT_TRUE(FAILED(library.Unregister()));
+    EXPECT_THAT(library.Register(), Fails());
+    EXPECT_THAT(library.Unregister(), Fails());
     RegOverridePredefKey(HKEY_CLASSES_ROOT, nullptr);
     ExpectOwnContext();
 }
@@ -166,13 +172,14 @@ TEST_F(ActivationContextTest, EntryPointsRestoreTheContext) {
 TEST_F(ActivationContextTest, LateBoundCallsRestoreTheContext) {
     DISPPARAMS none = {};
     VARIANT result = {};
-    EXPECT_EQ(S_OK, api_->Invoke(1, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD, &none, &result,
-                                 nullptr, nullptr));
+    EXPECT_THAT(api_->Invoke(1, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD, &none, &result,
+                             nullptr, nullptr),
+                IsOk());
     ExpectOwnContext();
-    EXPECT_EQ(S_OK, api_->DPUnInitialize(V_I4(&result)));
-    EXPECT_EQ(DISP_E_MEMBERNOTFOUND,
-              api_->Invoke(99, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD, &none, nullptr,
-                           nullptr, nullptr));
+    EXPECT_THAT(api_->DPUnInitialize(V_I4(&result)), IsOk());
+    EXPECT_THAT(api_->Invoke(99, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD, &none, nullptr,
+                             nullptr, nullptr),
+                Fails(DISP_E_MEMBERNOTFOUND));
     ExpectOwnContext();
 }
 
@@ -185,7 +192,7 @@ protected:
 
 TEST_F(OwnContextTest, ContextOfTheDllIsCurrentDuringAMethod) {
     OutText path;
-    ASSERT_EQ(S_OK, probed_->DPGetPathFromDisplayName(0, Text("<My Depot>\\"), path));
+    ASSERT_THAT(probed_->DPGetPathFromDisplayName(0, Text("<My Depot>\\"), path), IsOk());
     EXPECT_EQ(L"C:\\CommonControls6\\", path.Value());
     ExpectOwnContext();
 }
@@ -275,7 +282,8 @@ protected:
 
     Com<IClassFactory> Factory() const {
         void* object = nullptr;
-        EXPECT_EQ(S_OK, library_.GetClassObject(CLSID_DepotIntrApi, IID_IClassFactory, &object));
+        EXPECT_THAT(library_.GetClassObject(CLSID_DepotIntrApi, IID_IClassFactory, &object),
+                    IsOk());
         return Com<IClassFactory>(static_cast<IClassFactory*>(object));
     }
 

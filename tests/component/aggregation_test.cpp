@@ -1,5 +1,6 @@
 // The object as a part of another object.
 #include "component/component.h"
+#include "support/results.h"
 
 namespace depot::test {
 namespace {
@@ -29,14 +30,16 @@ class AggregationTest : public ComponentTest {
 protected:
     AggregationTest() {
         IUnknown* inner = nullptr;
-        EXPECT_EQ(S_OK, CoCreateInstance(CLSID_DepotIntrApi, &outer_, CLSCTX_INPROC_SERVER,
-                                         IID_IUnknown, reinterpret_cast<void**>(&inner)));
+        EXPECT_THAT(CoCreateInstance(CLSID_DepotIntrApi, &outer_, CLSCTX_INPROC_SERVER,
+                                     IID_IUnknown, reinterpret_cast<void**>(&inner)),
+                    IsOk());
         outer_.inner.reset(inner);
     }
 
     IDepotIntrApi* AskForApi() {
         IDepotIntrApi* api = nullptr;
-        EXPECT_EQ(S_OK, outer_.QueryInterface(IID_IDepotIntrApi, reinterpret_cast<void**>(&api)));
+        EXPECT_THAT(outer_.QueryInterface(IID_IDepotIntrApi, reinterpret_cast<void**>(&api)),
+                    IsOk());
         return api;
     }
 
@@ -57,7 +60,7 @@ TEST_F(AggregationTest, InterfaceAsksTheOuterObjectForOthers) {
     const Com<IDepotIntrApi> api(AskForApi());
     const int queries = outer_.queries;
     IUnknown* identity = nullptr;
-    ASSERT_EQ(S_OK, api->QueryInterface(IID_IUnknown, reinterpret_cast<void**>(&identity)));
+    ASSERT_THAT(api->QueryInterface(IID_IUnknown, reinterpret_cast<void**>(&identity)), IsOk());
     const Com<IUnknown> owned(identity);
     EXPECT_EQ(&outer_, identity);
     EXPECT_EQ(queries + 1, outer_.queries);
@@ -65,16 +68,17 @@ TEST_F(AggregationTest, InterfaceAsksTheOuterObjectForOthers) {
 
 TEST_F(AggregationTest, InnerUnknownKeepsItsOwnCountAndIdentity) {
     IUnknown* same = nullptr;
-    ASSERT_EQ(S_OK, outer_.inner->QueryInterface(IID_IUnknown, reinterpret_cast<void**>(&same)));
+    ASSERT_THAT(outer_.inner->QueryInterface(IID_IUnknown, reinterpret_cast<void**>(&same)),
+                IsOk());
     EXPECT_EQ(outer_.inner.get(), same);
     EXPECT_EQ(1u, same->Release());
     EXPECT_EQ(1u, outer_.references);
-    EXPECT_EQ(E_POINTER, outer_.inner->QueryInterface(IID_IUnknown, nullptr));
+    EXPECT_THAT(outer_.inner->QueryInterface(IID_IUnknown, nullptr), Fails(E_POINTER));
 }
 
 TEST_F(AggregationTest, InnerUnknownRefusesForeignInterfaces) {
     void* other = &other;
-    EXPECT_EQ(E_NOINTERFACE, outer_.inner->QueryInterface(IID_IClassFactory, &other));
+    EXPECT_THAT(outer_.inner->QueryInterface(IID_IClassFactory, &other), Fails(E_NOINTERFACE));
     EXPECT_EQ(nullptr, other);
 }
 
@@ -82,31 +86,34 @@ TEST_F(AggregationTest, MethodsWorkThroughTheAggregate) {
     const Com<IDepotIntrApi> api(AskForApi());
     const Session session(*api);
     OutText path;
-    EXPECT_EQ(S_OK, api->DPGetPathFromDisplayName(session, Text("<My Depot>\\"), path));
+    EXPECT_THAT(api->DPGetPathFromDisplayName(session, Text("<My Depot>\\"), path), IsOk());
     EXPECT_EQ(Wide(folder_.At("Farrow\\")), path.Value());
 }
 
 TEST_F(AggregationTest, AggregateKeepsTheDllUntilItsInnerUnknownIsReleased) {
     const Library library(CopyComponent(folder_));
     IClassFactory* factory = nullptr;
-    ASSERT_EQ(S_OK, library.GetClassObject(CLSID_DepotIntrApi, IID_IClassFactory,
-                                           reinterpret_cast<void**>(&factory)));
+    ASSERT_THAT(library.GetClassObject(CLSID_DepotIntrApi, IID_IClassFactory,
+                                       reinterpret_cast<void**>(&factory)),
+                IsOk());
     IUnknown* inner = nullptr;
-    EXPECT_EQ(S_OK,
-              factory->CreateInstance(&outer_, IID_IUnknown, reinterpret_cast<void**>(&inner)));
+    EXPECT_THAT(factory->CreateInstance(&outer_, IID_IUnknown, reinterpret_cast<void**>(&inner)),
+                IsOk());
     factory->Release();
-    EXPECT_EQ(S_FALSE, library.CanUnloadNow());
+    EXPECT_THAT(library.CanUnloadNow(), IsRefused());
     inner->Release();
-    EXPECT_EQ(S_OK, library.CanUnloadNow());
+    EXPECT_THAT(library.CanUnloadNow(), IsOk());
 }
 
 TEST_F(AggregationTest, AggregateCanOnlyBeAskedForItsUnknown) {
     IClassFactory* factory = nullptr;
-    ASSERT_EQ(S_OK, Library::Own().GetClassObject(CLSID_DepotIntrApi, IID_IClassFactory,
-                                                  reinterpret_cast<void**>(&factory)));
+    ASSERT_THAT(Library::Own().GetClassObject(CLSID_DepotIntrApi, IID_IClassFactory,
+                                              reinterpret_cast<void**>(&factory)),
+                IsOk());
     const Com<IClassFactory> owned(factory);
     void* object = &object;
-    EXPECT_EQ(CLASS_E_NOAGGREGATION, factory->CreateInstance(&outer_, IID_IDepotIntrApi, &object));
+    EXPECT_THAT(factory->CreateInstance(&outer_, IID_IDepotIntrApi, &object),
+                Fails(CLASS_E_NOAGGREGATION));
     EXPECT_EQ(nullptr, object);
     EXPECT_EQ(1u, outer_.references);
 }

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "component/component.h"
+#include "support/results.h"
 
 namespace depot::test {
 namespace {
@@ -23,20 +24,20 @@ void OpenAndEndSessions(int rounds, std::set<LONG_PTR>& live, std::mutex& lock) 
     const Com<IDepotIntrApi> api = CreateApi();
     for (int round = 0; round < rounds; ++round) {
         LONG_PTR handle = kJunkHandle;
-        EXPECT_EQ(S_OK, api->DPInitialize(&handle));
+        EXPECT_THAT(api->DPInitialize(&handle), IsOk());
         {
             const std::lock_guard guard(lock);
             EXPECT_TRUE(live.insert(handle).second) << "one handle was given to two clients";
         }
-        EXPECT_EQ(S_OK, api->DPLoadFile(&handle, Text("<A>\\a.kra")));
+        EXPECT_THAT(api->DPLoadFile(&handle, Text("<A>\\a.kra")), IsOk());
         ULONG value = 0;
-        EXPECT_EQ(S_OK, api->DPGetProfileInt(handle, Text("S"), Text("K"), 5, &value));
+        EXPECT_THAT(api->DPGetProfileInt(handle, Text("S"), Text("K"), 5, &value), IsOk());
         EXPECT_EQ(1u, value);
         {
             const std::lock_guard guard(lock);
             live.erase(handle);
         }
-        EXPECT_EQ(S_OK, api->DPUnInitialize(handle));
+        EXPECT_THAT(api->DPUnInitialize(handle), IsOk());
     }
 }
 
@@ -59,10 +60,11 @@ TEST_F(ApartmentsTest, FirstLateBoundCallsOfSeveralApartmentsAgree) {
             const Com<IDepotIntrApi> api = CreateApi();
             DISPPARAMS none = {};
             VARIANT handle = {};
-            EXPECT_EQ(S_OK, api->Invoke(1, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD, &none,
-                                        &handle, nullptr, nullptr));
+            EXPECT_THAT(api->Invoke(1, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD, &none,
+                                    &handle, nullptr, nullptr),
+                        IsOk());
             EXPECT_EQ(VT_I4, V_VT(&handle));
-            EXPECT_EQ(S_OK, api->DPUnInitialize(V_I4(&handle)));
+            EXPECT_THAT(api->DPUnInitialize(V_I4(&handle)), IsOk());
         });
     }
     for (std::thread& client : clients) client.join();
@@ -86,17 +88,17 @@ protected:
 TEST_F(MarshalledClientTest, SessionWorksFromBeginningToEnd) {
     RunMarshalled([](IDepotIntrApi& api) {
         LONG_PTR handle = 0;
-        ASSERT_EQ(S_OK, api.DPInitialize(&handle));
+        ASSERT_THAT(api.DPInitialize(&handle), IsOk());
         EXPECT_GT(handle, 0);
-        ASSERT_EQ(S_OK, api.DPLoadFile(&handle, Text("<A>\\a.kra")));
+        ASSERT_THAT(api.DPLoadFile(&handle, Text("<A>\\a.kra")), IsOk());
         OutText value;
         BSTR* const output = value;
         *output = nullptr;  // the marshaller may read it
-        EXPECT_EQ(S_OK,
-                  api.DPGetProfileString(handle, Text("S"), Text("K"), Text("D"), output, 100));
+        EXPECT_THAT(api.DPGetProfileString(handle, Text("S"), Text("K"), Text("D"), output, 100),
+                    IsOk());
         EXPECT_EQ(L"1", value.Value());
-        EXPECT_EQ(S_OK, api.DPUnInitialize(handle));
-        EXPECT_EQ(S_FALSE, api.DPFlushFile(handle));
+        EXPECT_THAT(api.DPUnInitialize(handle), IsOk());
+        EXPECT_THAT(api.DPFlushFile(handle), IsRefused());
     });
 }
 
@@ -104,10 +106,10 @@ TEST_F(MarshalledClientTest, LoadingWithHandleZeroMakesASession) {
     RunMarshalled([](IDepotIntrApi& api) {
         for (int count = 0; count < 10; ++count) {
             LONG_PTR handle = 0;
-            ASSERT_EQ(S_OK, api.DPLoadFile(&handle, Text("<A>\\a.kra")));
+            ASSERT_THAT(api.DPLoadFile(&handle, Text("<A>\\a.kra")), IsOk());
             EXPECT_GT(handle, 0);
-            EXPECT_EQ(S_OK, api.DPFlushFile(handle));
-            EXPECT_EQ(S_OK, api.DPUnInitialize(handle));
+            EXPECT_THAT(api.DPFlushFile(handle), IsOk());
+            EXPECT_THAT(api.DPUnInitialize(handle), IsOk());
         }
     });
 }
@@ -115,11 +117,11 @@ TEST_F(MarshalledClientTest, LoadingWithHandleZeroMakesASession) {
 TEST_F(MarshalledClientTest, EndedHandleIsRefused) {
     RunMarshalled([](IDepotIntrApi& api) {
         LONG_PTR handle = 0;
-        ASSERT_EQ(S_OK, api.DPInitialize(&handle));
-        ASSERT_EQ(S_OK, api.DPUnInitialize(handle));
-        EXPECT_EQ(S_FALSE, api.DPSetSelItemPath(handle, Text("x")));
+        ASSERT_THAT(api.DPInitialize(&handle), IsOk());
+        ASSERT_THAT(api.DPUnInitialize(handle), IsOk());
+        EXPECT_THAT(api.DPSetSelItemPath(handle, Text("x")), IsRefused());
         LONG_PTR again = handle;
-        EXPECT_EQ(S_FALSE, api.DPLoadFile(&again, Text("<A>\\a.kra")));
+        EXPECT_THAT(api.DPLoadFile(&again, Text("<A>\\a.kra")), IsRefused());
     });
 }
 

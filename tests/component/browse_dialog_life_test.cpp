@@ -6,6 +6,7 @@
 #include "component/scripted_dialog.h"
 #include "support/import_patch.h"
 #include "support/leak_counts.h"
+#include "support/results.h"
 
 namespace depot::test {
 namespace {
@@ -70,9 +71,9 @@ TEST_F(BrowseDialogLifeTest, TextsAndArraysOfTheDialogAreFreed) {
     const Session session(*api_);
     EXPECT_EQ(0u, CountLeftovers([&] {
                   OutText text;
-                  EXPECT_EQ(S_OK, Browse(*api_, session, text, PROMPT_OPEN));
-                  EXPECT_EQ(S_OK, Browse(*api_, session, text, PROMPT_SAVEAS));
-                  EXPECT_EQ(S_OK, BrowseMany(*api_, session, text));
+                  EXPECT_THAT(Browse(*api_, session, text, PROMPT_OPEN), IsOk());
+                  EXPECT_THAT(Browse(*api_, session, text, PROMPT_SAVEAS), IsOk());
+                  EXPECT_THAT(BrowseMany(*api_, session, text), IsOk());
                   dialogs_.calls.clear();
               }));
 }
@@ -83,18 +84,18 @@ TEST_F(BrowseDialogLifeTest, TextOfAFailedAnswerIsFreedToo) {
     const Session session(*api_);
     EXPECT_EQ(0u, CountLeftovers([&] {
                   OutText text;
-                  EXPECT_EQ(S_FALSE, Browse(*api_, session, text, PROMPT_OPEN));
+                  EXPECT_THAT(Browse(*api_, session, text, PROMPT_OPEN), IsRefused());
                   dialogs_.calls.clear();
               }));
 }
 
 TEST_F(BrowseDialogLifeTest, SessionThatEndsWhileFilesAreChosenGetsNoList) {
     LONG_PTR handle = 0;
-    ASSERT_EQ(S_OK, api_->DPInitialize(&handle));
+    ASSERT_THAT(api_->DPInitialize(&handle), IsOk());
     dialogs_.chosenPath = L"<Work>\\a.kre";
-    dialogs_.whileShown = [&] { EXPECT_EQ(S_OK, api_->DPUnInitialize(handle)); };
+    dialogs_.whileShown = [&] { EXPECT_THAT(api_->DPUnInitialize(handle), IsOk()); };
     OutText list;
-    EXPECT_EQ(S_FALSE, BrowseMany(*api_, handle, list));
+    EXPECT_THAT(BrowseMany(*api_, handle, list), IsRefused());
     EXPECT_TRUE(list.IsNull());
 }
 
@@ -103,7 +104,7 @@ TEST_F(BrowseDialogLifeTest, ResourceFolderThatIsNotKnownIsNotPassed) {
     const Library library(CopyComponent(folder_));
     const Com<IDepotIntrApi> lonely = library.CreateApi();
     LONG_PTR session = 0;
-    ASSERT_EQ(S_OK, lonely->DPLoadFile(&session, Text("<Work>\\a.kre")));
+    ASSERT_THAT(lonely->DPLoadFile(&session, Text("<Work>\\a.kre")), IsOk());
     OutText text;
     Browse(*lonely, session, text, PROMPT_OPEN);
     Browse(*lonely, session, text, PROMPT_SAVEAS);
@@ -112,7 +113,7 @@ TEST_F(BrowseDialogLifeTest, ResourceFolderThatIsNotKnownIsNotPassed) {
     for (const std::string& call : dialogs_.calls) {
         EXPECT_FALSE(call.starts_with("ResourceFolder")) << call;
     }
-    EXPECT_EQ(S_OK, lonely->DPUnInitialize(session));
+    EXPECT_THAT(lonely->DPUnInitialize(session), IsOk());
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 
 #include "component/component.h"
 #include "component/scripted_dialog.h"
+#include "support/results.h"
 
 namespace depot::test {
 namespace {
@@ -121,7 +122,7 @@ TEST_F(BrowseMethodsTest, EditingIsOffForAnyOtherValueThanVariantTrue) {
 }
 
 TEST_F(BrowseMethodsTest, SaveAsGetsTheInitialNameButNeitherOwnerNorOptions) {
-    ASSERT_EQ(S_OK, api_->DPSetSelItemPath(session_, Text("<Work>\\a.kre")));
+    ASSERT_THAT(api_->DPSetSelItemPath(session_, Text("<Work>\\a.kre")), IsOk());
     dialogs_.result = 0;
     OutText path;
     api_->DPBrowse(session_, APP_SKEIN, PROMPT_SAVEAS, VARIANT_FALSE, VARIANT_FALSE, 77, 4711,
@@ -163,10 +164,10 @@ TEST_F(BrowseMethodsTest, EmptyResourceFolderIsNotPassed) {
 }
 
 TEST_F(BrowseMethodsTest, ChosenFileBecomesTheCurrentFile) {
-    ASSERT_EQ(S_OK, api_->DPLoadFile(session_.Address(), Text("<Work>\\a.kre")));
+    ASSERT_THAT(api_->DPLoadFile(session_.Address(), Text("<Work>\\a.kre")), IsOk());
     dialogs_.chosenPath = L"<Work>\\b.kre";
     OutText path;
-    EXPECT_EQ(S_OK, Browse(session_, path));
+    EXPECT_THAT(Browse(session_, path), IsOk());
     EXPECT_EQ(L"<Work>\\b.kre", path.Value());
     EXPECT_EQ(L"of b", Read(session_, L"S", L"K"));
 }
@@ -176,7 +177,7 @@ TEST_F(BrowseMethodsTest, ChosenPlainFileIsReturnedAsItIs) {
     folder_.MakeFile("Elsewhere\\b.kre", "[S]\nK=of b\n");
     dialogs_.chosenPath = Wide(folder_.Path() + "\\Elsewhere\\b.kre");
     OutText path;
-    EXPECT_EQ(S_OK, Browse(session_, path, APP_KICKOFF, PROMPT_SAVEAS));
+    EXPECT_THAT(Browse(session_, path, APP_KICKOFF, PROMPT_SAVEAS), IsOk());
     EXPECT_EQ(dialogs_.chosenPath, path.Value());
     EXPECT_EQ(L"of b", Read(session_, L"S", L"K"));
 }
@@ -184,19 +185,19 @@ TEST_F(BrowseMethodsTest, ChosenPlainFileIsReturnedAsItIs) {
 TEST_F(BrowseMethodsTest, ChosenPathInADepotsFolderIsReturnedByItsDepotPath) {
     dialogs_.chosenPath = Wide(folder_.Path() + "\\Work\\b.kre");
     OutText path;
-    EXPECT_EQ(S_OK, Browse(session_, path));
+    EXPECT_THAT(Browse(session_, path), IsOk());
     EXPECT_EQ(L"<Work>\\b.kre", path.Value());
 }
 
 TEST_F(BrowseMethodsTest, CancelledDialogKeepsTheCurrentFile) {
-    ASSERT_EQ(S_OK, api_->DPLoadFile(session_.Address(), Text("<Work>\\a.kre")));
+    ASSERT_THAT(api_->DPLoadFile(session_.Address(), Text("<Work>\\a.kre")), IsOk());
     dialogs_.chosenPath = L"<Work>\\b.kre";
     for (const LONG result : {0, 2, -1}) {
         dialogs_.result = result;
         OutText text;
-        EXPECT_EQ(S_FALSE, Browse(session_, text)) << result;
+        EXPECT_THAT(Browse(session_, text), IsRefused()) << result;
         EXPECT_TRUE(text.IsNull());
-        EXPECT_EQ(S_FALSE, BrowseMany(session_, text)) << result;
+        EXPECT_THAT(BrowseMany(session_, text), IsRefused()) << result;
         EXPECT_TRUE(text.IsNull());
     }
     EXPECT_FALSE(Asked("get ChosenPath"));
@@ -204,22 +205,22 @@ TEST_F(BrowseMethodsTest, CancelledDialogKeepsTheCurrentFile) {
 }
 
 TEST_F(BrowseMethodsTest, DialogThatFailsChoosesNothing) {
-    ASSERT_EQ(S_OK, api_->DPLoadFile(session_.Address(), Text("<Work>\\a.kre")));
+    ASSERT_THAT(api_->DPLoadFile(session_.Address(), Text("<Work>\\a.kre")), IsOk());
     dialogs_.chosenPath = L"<Work>\\b.kre";
     OutText text;
     dialogs_.showResult = E_FAIL;
-    EXPECT_EQ(S_FALSE, Browse(session_, text));
+    EXPECT_THAT(Browse(session_, text), IsRefused());
     dialogs_.showResult = S_OK;
     dialogs_.pathResult = E_FAIL;
-    EXPECT_EQ(S_FALSE, Browse(session_, text));
+    EXPECT_THAT(Browse(session_, text), IsRefused());
     EXPECT_EQ(L"of a", Read(session_, L"S", L"K"));
 }
 
 TEST_F(BrowseMethodsTest, ConfirmedDialogWithoutAPathChoosesNothing) {
-    ASSERT_EQ(S_OK, api_->DPLoadFile(session_.Address(), Text("<Work>\\a.kre")));
+    ASSERT_THAT(api_->DPLoadFile(session_.Address(), Text("<Work>\\a.kre")), IsOk());
     OutText text;
-    EXPECT_EQ(S_FALSE, Browse(session_, text));
-    EXPECT_EQ(S_FALSE, BrowseMany(session_, text));
+    EXPECT_THAT(Browse(session_, text), IsRefused());
+    EXPECT_THAT(BrowseMany(session_, text), IsRefused());
     EXPECT_EQ(L"of a", Read(session_, L"S", L"K"));
 }
 
@@ -227,25 +228,26 @@ TEST_F(BrowseMethodsTest, HandleZeroAndStaleHandlesShowNoDialog) {
     dialogs_.chosenPath = L"<Work>\\b.kre";
     for (const LONG_PTR handle : {LONG_PTR{0}, kJunkHandle}) {
         OutText text;
-        EXPECT_EQ(S_FALSE, Browse(handle, text));
+        EXPECT_THAT(Browse(handle, text), IsRefused());
         EXPECT_TRUE(text.IsNull());
-        EXPECT_EQ(S_FALSE, BrowseMany(handle, text));
+        EXPECT_THAT(BrowseMany(handle, text), IsRefused());
         EXPECT_TRUE(text.IsNull());
     }
     EXPECT_EQ(Calls{}, dialogs_.calls);
 }
 
 TEST_F(BrowseMethodsTest, MissingOutputIsRefused) {
-    EXPECT_EQ(S_FALSE, api_->DPBrowse(session_, APP_SKEIN, PROMPT_OPEN, kYes, kYes, 0, 0, nullptr));
-    EXPECT_EQ(S_FALSE,
-              api_->DPBrowseMultiSel(session_, APP_SKEIN, kYes, kYes, 0, 0, nullptr, 1000));
+    EXPECT_THAT(api_->DPBrowse(session_, APP_SKEIN, PROMPT_OPEN, kYes, kYes, 0, 0, nullptr),
+                IsRefused());
+    EXPECT_THAT(api_->DPBrowseMultiSel(session_, APP_SKEIN, kYes, kYes, 0, 0, nullptr, 1000),
+                IsRefused());
 }
 
 TEST_F(BrowseMethodsTest, SeveralFilesAreListedWithTheFirstOneTwice) {
     dialogs_.chosenPath = L"C:\\p\\a.kra";
     dialogs_.chosenPaths = [] { return NewTexts({L"C:\\p\\a.kra", L"C:\\p\\b.kra"}); };
     OutText list;
-    EXPECT_EQ(S_OK, BrowseMany(session_, list));
+    EXPECT_THAT(BrowseMany(session_, list), IsOk());
     EXPECT_EQ(L"C:\\p\0a.kra\0a.kra\0b.kra\0\0"s, list.Value());
     EXPECT_TRUE(Asked("AllowMultipleSelection 1"));
 }
@@ -254,7 +256,7 @@ TEST_F(BrowseMethodsTest, DialogOfTheFirstInterfaceAloneServesForSeveralFiles) {
     dialogs_.extended = false;
     dialogs_.chosenPath = L"C:\\p\\a.kra";
     OutText list;
-    EXPECT_EQ(S_OK, BrowseMany(session_, list));
+    EXPECT_THAT(BrowseMany(session_, list), IsOk());
     EXPECT_EQ(L"C:\\p\0a.kra\0\0"s, list.Value());
     EXPECT_EQ(Calls{}, AskedAbout({"AllowMultiple"}));
     EXPECT_EQ(0, dialogs_.living);
@@ -273,7 +275,7 @@ TEST_F(BrowseMethodsTest, ListThatCannotBeReadAddsNothing) {
     dialogs_.chosenPath = L"C:\\p\\a.kra";
     dialogs_.pathsResult = E_FAIL;
     OutText list;
-    EXPECT_EQ(S_OK, BrowseMany(session_, list));
+    EXPECT_THAT(BrowseMany(session_, list), IsOk());
     EXPECT_EQ(L"C:\\p\0a.kra\0\0"s, list.Value());
 }
 
@@ -281,9 +283,9 @@ TEST_F(BrowseMethodsTest, SmallSizeReturnsOnlyTheNamesThatFit) {
     dialogs_.chosenPath = L"C:\\p\\a.kra";
     dialogs_.chosenPaths = [] { return NewTexts({L"C:\\p\\b.kra"}); };
     OutText list;
-    EXPECT_EQ(S_OK, BrowseMany(session_, list, 17));
+    EXPECT_THAT(BrowseMany(session_, list, 17), IsOk());
     EXPECT_EQ(L"C:\\p\0a.kra\0\0"s, list.Value());
-    EXPECT_EQ(S_OK, BrowseMany(session_, list, 11));
+    EXPECT_THAT(BrowseMany(session_, list, 11), IsOk());
     EXPECT_EQ(L"C:\\p\0\0"s, list.Value());
 }
 
@@ -294,7 +296,7 @@ TEST_F(BrowseMethodsTest, ArraysMayStartAtAnyIndexAndHoldNullTexts) {
         return array;
     };
     OutText list;
-    EXPECT_EQ(S_OK, BrowseMany(session_, list));
+    EXPECT_THAT(BrowseMany(session_, list), IsOk());
     EXPECT_EQ(L"C:\\p\0a.kra\0b.kra\0\0c.kra\0\0"s, list.Value());
 }
 
@@ -302,62 +304,63 @@ TEST_F(BrowseMethodsTest, ArraysOfAnotherKindAddNothing) {
     dialogs_.chosenPath = L"C:\\p\\a.kra";
     const std::wstring firstAlone = L"C:\\p\0a.kra\0\0"s;
     OutText list;
-    EXPECT_EQ(S_OK, BrowseMany(session_, list));
+    EXPECT_THAT(BrowseMany(session_, list), IsOk());
     EXPECT_EQ(firstAlone, list.Value());
     dialogs_.chosenPaths = [] { return SafeArrayCreateVector(VT_I4, 0, 3); };
-    EXPECT_EQ(S_OK, BrowseMany(session_, list));
+    EXPECT_THAT(BrowseMany(session_, list), IsOk());
     EXPECT_EQ(firstAlone, list.Value());
     dialogs_.chosenPaths = [] {
         SAFEARRAYBOUND bounds[2] = {{2, 0}, {2, 0}};
         return SafeArrayCreate(VT_BSTR, 2, bounds);
     };
-    EXPECT_EQ(S_OK, BrowseMany(session_, list));
+    EXPECT_THAT(BrowseMany(session_, list), IsOk());
     EXPECT_EQ(firstAlone, list.Value());
 }
 
 TEST_F(BrowseMethodsTest, ChoosingSeveralFilesLeavesTheSessionWithoutAFile) {
-    ASSERT_EQ(S_OK, api_->DPLoadFile(session_.Address(), Text("<Work>\\a.kre")));
+    ASSERT_THAT(api_->DPLoadFile(session_.Address(), Text("<Work>\\a.kre")), IsOk());
     dialogs_.chosenPath = L"<Work>\\b.kre";
     OutText list;
-    EXPECT_EQ(S_OK, BrowseMany(session_, list));
+    EXPECT_THAT(BrowseMany(session_, list), IsOk());
     EXPECT_EQ(L"(failed)", Read(session_, L"S", L"K"));
-    EXPECT_EQ(S_OK, api_->DPLoadFile(session_.Address(), Text("<Work>\\b.kre")));
+    EXPECT_THAT(api_->DPLoadFile(session_.Address(), Text("<Work>\\b.kre")), IsOk());
     EXPECT_EQ(L"of b", Read(session_, L"S", L"K"));
 }
 
 TEST_F(BrowseMethodsTest, SessionThatEndsWhileTheUserChoosesIsNotUsedAnyMore) {
     LONG_PTR handle = 0;
-    ASSERT_EQ(S_OK, api_->DPInitialize(&handle));
+    ASSERT_THAT(api_->DPInitialize(&handle), IsOk());
     dialogs_.chosenPath = L"<Work>\\b.kre";
     dialogs_.whileShown = [&] { api_->DPUnInitialize(handle); };
     OutText text;
-    EXPECT_EQ(S_FALSE, Browse(handle, text));
+    EXPECT_THAT(Browse(handle, text), IsRefused());
     EXPECT_TRUE(text.IsNull());
 }
 
 TEST_F(BrowseMethodsTest, LongAndHostilePathsAreCarriedWhole) {
     dialogs_.chosenPath = L"C:\\" + std::wstring(100000, L'x') + L"\\%s%n.kra";
     OutText list;
-    EXPECT_EQ(S_OK, BrowseMany(session_, list, SHRT_MAX));
+    EXPECT_THAT(BrowseMany(session_, list, SHRT_MAX), IsOk());
     EXPECT_EQ(100003U, list.Value().find(L'\0'));
     OutText path;
-    EXPECT_EQ(S_OK, Browse(session_, path));
+    EXPECT_THAT(Browse(session_, path), IsOk());
 }
 
-class WithoutDialogTest : public ComponentTest {};
+using WithoutDialogTest = ComponentTest;
 
 TEST_F(WithoutDialogTest, BothMethodsChooseNothing) {
     DefineDepot("Work");
     folder_.MakeFile("Work\\a.kre", "[S]\nK=of a\n");
     Session session(*api_);
-    ASSERT_EQ(S_OK, api_->DPLoadFile(session.Address(), Text("<Work>\\a.kre")));
+    ASSERT_THAT(api_->DPLoadFile(session.Address(), Text("<Work>\\a.kre")), IsOk());
     for (const BROWSE_TYPE type : {PROMPT_OPEN, PROMPT_SAVEAS}) {
         OutText path;
-        EXPECT_EQ(S_FALSE, api_->DPBrowse(session, APP_SKEIN, type, kYes, kYes, 0, 0, path));
+        EXPECT_THAT(api_->DPBrowse(session, APP_SKEIN, type, kYes, kYes, 0, 0, path), IsRefused());
         EXPECT_TRUE(path.IsNull());
     }
     OutText list;
-    EXPECT_EQ(S_FALSE, api_->DPBrowseMultiSel(session, APP_SKEIN, kYes, kYes, 0, 0, list, 1000));
+    EXPECT_THAT(api_->DPBrowseMultiSel(session, APP_SKEIN, kYes, kYes, 0, 0, list, 1000),
+                IsRefused());
     EXPECT_TRUE(list.IsNull());
     EXPECT_EQ(L"of a", Read(session, L"S", L"K"));
 }

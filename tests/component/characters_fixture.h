@@ -9,6 +9,7 @@
 #include "component/component.h"
 #include "support/box_log.h"
 #include "support/page_names.h"
+#include "support/results.h"
 
 namespace depot::test {
 
@@ -27,14 +28,15 @@ protected:
     std::vector<std::wstring> List(const std::wstring& folder) {
         LONG_PTR handle = 0;
         LONG count = 0;
-        EXPECT_EQ(S_OK, api_->DPFindInit(&handle, Text(folder), Text(L".kra"), APP_SKEIN, &count));
+        EXPECT_THAT(api_->DPFindInit(&handle, Text(folder), Text(L".kra"), APP_SKEIN, &count),
+                    IsOk());
         std::vector<std::wstring> paths;
         for (LONG index = 0; index < count; ++index) {
             OutText path;
-            EXPECT_EQ(S_OK, api_->DPFindNext(handle, index, path));
+            EXPECT_THAT(api_->DPFindNext(handle, index, path), IsOk());
             paths.push_back(path.Value());
         }
-        EXPECT_EQ(S_OK, api_->DPUnInitialize(handle));
+        EXPECT_THAT(api_->DPUnInitialize(handle), IsOk());
         std::sort(paths.begin(), paths.end());
         return paths;
     }

@@ -1,5 +1,6 @@
 // Names of many characters, in whatever ANSI code page the process runs in.
 #include "component/characters_fixture.h"
+#include "support/results.h"
 
 namespace depot::test {
 namespace {
@@ -61,21 +62,21 @@ TEST_F(CharactersTest, ValuesAreReadAndWrittenInTheFileOfThatName) {
     for (const std::wstring& name : names_.files) {
         SCOPED_TRACE(Narrowed(name));
         const std::wstring path = L"<Work>\\" + name;
-        EXPECT_EQ(S_OK, Load(path));
+        EXPECT_THAT(Load(path), IsOk());
         EXPECT_EQ(L"old", Get());
-        EXPECT_EQ(S_OK, Set(L"new"));
+        EXPECT_THAT(Set(L"new"), IsOk());
         EXPECT_EQ(kNewProfile, Bytes(name));
-        EXPECT_EQ(S_OK, api_->DPFileExists(Client(), Text(path)));
-        EXPECT_EQ(S_OK, api_->DPIsPathWriteAble(Client(), Text(path)));
+        EXPECT_THAT(api_->DPFileExists(Client(), Text(path)), IsOk());
+        EXPECT_THAT(api_->DPIsPathWriteAble(Client(), Text(path)), IsOk());
         OutText local;
-        EXPECT_EQ(S_OK, api_->DPPathConvertDPtoFS(Text(path), local));
+        EXPECT_THAT(api_->DPPathConvertDPtoFS(Text(path), local), IsOk());
         EXPECT_EQ(At(name), local.Value());
     }
 }
 
 TEST_F(CharactersTest, NewFileIsMadeInTheDepotsFolder) {
-    EXPECT_EQ(S_OK, Load(L"<Work>\\x.kra"));
-    EXPECT_EQ(S_OK, Set(L"new"));
+    EXPECT_THAT(Load(L"<Work>\\x.kra"), IsOk());
+    EXPECT_THAT(Set(L"new"), IsOk());
     EXPECT_EQ(kNewProfile, Bytes(L"x.kra"));
 }
 
@@ -85,16 +86,17 @@ TEST_F(CharactersTest, RenameCopiesAndDeletionMeetTheFileOfThatNameOnly) {
         SCOPED_TRACE(Narrowed(name));
         const std::wstring path = L"<Work>\\" + name;
         OutText copy;
-        EXPECT_EQ(S_OK, api_->DPMakeCopyFromSrcFile(Client(), Text(path), copy));
-        EXPECT_EQ(S_OK, api_->DPDeleteFile(Client(), Text(copy.Value())));
-        EXPECT_EQ(S_OK, api_->DPCopyFileToLocalFS(Client(), Text(path), Text(At(L"out.kra")),
-                                                  VARIANT_TRUE));
+        EXPECT_THAT(api_->DPMakeCopyFromSrcFile(Client(), Text(path), copy), IsOk());
+        EXPECT_THAT(api_->DPDeleteFile(Client(), Text(copy.Value())), IsOk());
+        EXPECT_THAT(
+            api_->DPCopyFileToLocalFS(Client(), Text(path), Text(At(L"out.kra")), VARIANT_TRUE),
+            IsOk());
         EXPECT_EQ(kOldProfile, Bytes(L"out.kra"));
-        EXPECT_EQ(S_OK, api_->DPDeleteFile(Client(), Text(L"<Work>\\out.kra")));
-        EXPECT_EQ(S_OK, api_->DPRenameFile(Client(), Text(path), Text(L"<Work>\\y" + name)));
+        EXPECT_THAT(api_->DPDeleteFile(Client(), Text(L"<Work>\\out.kra")), IsOk());
+        EXPECT_THAT(api_->DPRenameFile(Client(), Text(path), Text(L"<Work>\\y" + name)), IsOk());
         EXPECT_EQ("(missing)", Bytes(name));
         EXPECT_EQ(kOldProfile, Bytes(L"y" + name));
-        EXPECT_EQ(S_OK, api_->DPDeleteFile(Client(), Text(L"<Work>\\y" + name)));
+        EXPECT_THAT(api_->DPDeleteFile(Client(), Text(L"<Work>\\y" + name)), IsOk());
     }
     EXPECT_EQ(PathsOf({}), List(L"<Work>\\"));
 }
@@ -105,11 +107,12 @@ TEST_F(CharactersTest, DepotsWhoseNamesDifferAreTwo) {
         MakeWideFile(Wide(folder_.Path()) + L"\\" + name + L"\\a.kra", kOldProfile);
     }
     const std::wstring second = L"<" + names_.depots[1] + L">\\a.kra";
-    EXPECT_EQ(S_OK, api_->DPDeleteFile(Client(), Text(L"<" + names_.depots[0] + L">\\a.kra")));
-    EXPECT_EQ(S_OK, api_->DPFileExists(Client(), Text(second)));
+    EXPECT_THAT(api_->DPDeleteFile(Client(), Text(L"<" + names_.depots[0] + L">\\a.kra")), IsOk());
+    EXPECT_THAT(api_->DPFileExists(Client(), Text(second)), IsOk());
     OutText display;
-    EXPECT_EQ(S_OK, api_->DPGetPathFromDisplayName(
-                        Client(), Text(L"<" + names_.depots[1] + L">\\a.kra"), display));
+    EXPECT_THAT(api_->DPGetPathFromDisplayName(
+                    Client(), Text(L"<" + names_.depots[1] + L">\\a.kra"), display),
+                IsOk());
     EXPECT_EQ(second, display.Value());
 }
 
@@ -122,27 +125,30 @@ TEST_F(CharactersTest, NameThatTheCodePageCannotHoldIsRefusedByEveryMethod) {
         SCOPED_TRACE(testing::PrintToString(name));
         const std::wstring path = L"<Work>\\" + name;
         OutText text;
-        EXPECT_EQ(S_FALSE, api_->DPDeleteFile(Client(), Text(path)));
-        EXPECT_EQ(S_FALSE, api_->DPRenameFile(Client(), Text(path), Text(L"<Work>\\n.kra")));
-        EXPECT_EQ(S_FALSE, api_->DPRenameFile(Client(), Text(L"<Work>\\A.kra"), Text(path)));
-        EXPECT_EQ(S_FALSE, api_->DPFileExists(Client(), Text(path)));
-        EXPECT_EQ(S_FALSE, api_->DPIsPathWriteAble(Client(), Text(path)));
-        EXPECT_EQ(S_FALSE, api_->DPPathConvertDPtoFS(Text(path), text));
+        EXPECT_THAT(api_->DPDeleteFile(Client(), Text(path)), IsRefused());
+        EXPECT_THAT(api_->DPRenameFile(Client(), Text(path), Text(L"<Work>\\n.kra")), IsRefused());
+        EXPECT_THAT(api_->DPRenameFile(Client(), Text(L"<Work>\\A.kra"), Text(path)), IsRefused());
+        EXPECT_THAT(api_->DPFileExists(Client(), Text(path)), IsRefused());
+        EXPECT_THAT(api_->DPIsPathWriteAble(Client(), Text(path)), IsRefused());
+        EXPECT_THAT(api_->DPPathConvertDPtoFS(Text(path), text), IsRefused());
         EXPECT_TRUE(text.IsNull());
-        EXPECT_EQ(S_FALSE, api_->DPGetDepotDisplayPath(Client(), Text(path), text));
+        EXPECT_THAT(api_->DPGetDepotDisplayPath(Client(), Text(path), text), IsRefused());
         EXPECT_TRUE(text.IsNull());
-        EXPECT_EQ(S_FALSE, api_->DPGetPathFromDisplayName(Client(), Text(path), text));
+        EXPECT_THAT(api_->DPGetPathFromDisplayName(Client(), Text(path), text), IsRefused());
         EXPECT_TRUE(text.IsNull());
-        EXPECT_EQ(S_FALSE, api_->DPSetSelItemPath(Client(), Text(path)));
-        EXPECT_EQ(S_FALSE, api_->DPMakeCopyFromSrcFile(Client(), Text(path), text));
+        EXPECT_THAT(api_->DPSetSelItemPath(Client(), Text(path)), IsRefused());
+        EXPECT_THAT(api_->DPMakeCopyFromSrcFile(Client(), Text(path), text), IsRefused());
         EXPECT_EQ(L"", text.Value());
-        EXPECT_EQ(S_FALSE, api_->DPCopyFileToLocalFS(Client(), Text(path), Text(At(L"out.kra")),
-                                                     VARIANT_FALSE));
-        EXPECT_EQ(S_FALSE, api_->DPCopyFileToLocalFS(Client(), Text(L"<Work>\\A.kra"),
-                                                     Text(At(name)), VARIANT_FALSE));
+        EXPECT_THAT(
+            api_->DPCopyFileToLocalFS(Client(), Text(path), Text(At(L"out.kra")), VARIANT_FALSE),
+            IsRefused());
+        EXPECT_THAT(api_->DPCopyFileToLocalFS(Client(), Text(L"<Work>\\A.kra"), Text(At(name)),
+                                              VARIANT_FALSE),
+                    IsRefused());
         LONG_PTR handle = kJunkHandle;
         LONG count = 4711;
-        EXPECT_EQ(S_FALSE, api_->DPFindInit(&handle, Text(path), Text(L".kra"), APP_SKEIN, &count));
+        EXPECT_THAT(api_->DPFindInit(&handle, Text(path), Text(L".kra"), APP_SKEIN, &count),
+                    IsRefused());
         EXPECT_EQ(0, handle);
         EXPECT_EQ(4711, count);
     }
@@ -154,11 +160,11 @@ TEST_F(CharactersTest, LoadOfSuchANameLeavesTheSessionWithoutACurrentFile) {
     Make(L"A.kra");
     for (const std::wstring& name : names_.refused) {
         SCOPED_TRACE(testing::PrintToString(name));
-        ASSERT_EQ(S_OK, Load(L"<Work>\\A.kra"));
-        EXPECT_EQ(S_OK, Load(L"<Work>\\" + name));
-        EXPECT_EQ(S_FALSE, Set(L"new"));
+        ASSERT_THAT(Load(L"<Work>\\A.kra"), IsOk());
+        EXPECT_THAT(Load(L"<Work>\\" + name), IsOk());
+        EXPECT_THAT(Set(L"new"), IsRefused());
         EXPECT_EQ(L"(failed)", Get());
-        EXPECT_EQ(S_FALSE, api_->DPFlushFile(Client()));
+        EXPECT_THAT(api_->DPFlushFile(Client()), IsRefused());
     }
     EXPECT_EQ(kOldProfile, Bytes(L"A.kra"));
     EXPECT_EQ(PathsOf({L"A.kra"}), List(L"<Work>\\"));
@@ -172,16 +178,17 @@ TEST_F(CharactersTest, ListingLeavesOutFilesThatCannotBeNamed) {
 
 TEST_F(CharactersTest, NulsBehindANameOnlyFillItUp) {
     Make(L"A.kra");
-    EXPECT_EQ(S_OK, api_->DPFileExists(Client(), Text(std::wstring(L"<Work>\\A.kra\0\0", 14))));
+    EXPECT_THAT(api_->DPFileExists(Client(), Text(std::wstring(L"<Work>\\A.kra\0\0", 14))), IsOk());
 }
 
 TEST_F(CharactersTest, ValuesOfTheCodePageComeBack) {
     const ThreadLocale locale;
-    ASSERT_EQ(S_OK, Load(L"<Work>\\v.kra"));
+    ASSERT_THAT(Load(L"<Work>\\v.kra"), IsOk());
     for (const std::wstring& name : names_.files) {
         SCOPED_TRACE(Narrowed(name));
-        EXPECT_EQ(S_OK, api_->DPSetProfileString(Client(), Text(name), Text(L"K" + name),
-                                                 Text(L" 'v' " + name)));
+        EXPECT_THAT(api_->DPSetProfileString(Client(), Text(name), Text(L"K" + name),
+                                             Text(L" 'v' " + name)),
+                    IsOk());
         EXPECT_EQ(L" 'v' " + name, Read(Client(), name.c_str(), (L"K" + name).c_str()));
         EXPECT_NE(std::string::npos, Bytes(L"v.kra").find(Narrowed(L"' 'v' " + name)));
     }
@@ -191,8 +198,8 @@ TEST_F(CharactersTest, ValueThatIsCutLosesWholeCharacters) {
     const ThreadLocale locale;
     std::wstring value;
     for (const std::wstring& name : names_.files) value += name.substr(0, name.size() - 4);
-    ASSERT_EQ(S_OK, Load(L"<Work>\\v.kra"));
-    ASSERT_EQ(S_OK, Set(value.c_str()));
+    ASSERT_THAT(Load(L"<Work>\\v.kra"), IsOk());
+    ASSERT_THAT(Set(value.c_str()), IsOk());
     for (ULONG size = 1; size <= 24; ++size) {
         SCOPED_TRACE(size);
         const std::wstring cut = Read(Client(), L"S", L"K", L"", size);
@@ -205,7 +212,7 @@ TEST_F(CharactersTest, FormsOfOneLetterAreTwoNames) {
     if (GetACP() != CP_UTF8) return;
     Make(L"\xE9.kra", kNewProfile);
     Make(L"e\x0301.kra");
-    EXPECT_EQ(S_OK, api_->DPDeleteFile(Client(), Text(L"<Work>\\\xE9.kra")));
+    EXPECT_THAT(api_->DPDeleteFile(Client(), Text(L"<Work>\\\xE9.kra")), IsOk());
     EXPECT_EQ(PathsOf({L"e\x0301.kra"}), List(L"<Work>\\"));
 }
 
@@ -214,7 +221,7 @@ TEST_F(CharactersTest, LettersOfBothCasesNameOneFile) {
     const std::wstring lower = GetACP() == 932 ? L"\xFF41.kra" : L"\xE4.kra";
     DefineWideDepot(Narrowed(upper), L"letters");
     MakeWideFile(Wide(folder_.Path()) + L"\\letters\\a.kra", kOldProfile);
-    EXPECT_EQ(S_OK, api_->DPFileExists(Client(), Text(L"<" + lower + L">\\a.kra")));
+    EXPECT_THAT(api_->DPFileExists(Client(), Text(L"<" + lower + L">\\a.kra")), IsOk());
 }
 
 }  // namespace

@@ -2,13 +2,14 @@
 
 #include "platform/compiler.h"
 #include "platform/module_state.h"
-#include "support/box_at_load.h"
+#include "support/box_log.h"
+#include "support/results.h"
 
 namespace depot::test {
 
 Library::Library(const std::string& path) {
     // A copy without resources tells so in a box.
-    const BoxWatcher boxes("DepotIntr");
+    const BoxLog boxes;
     module_ = LoadLibraryA(path.c_str());
     EXPECT_NE(nullptr, module_) << path << " does not load: error " << GetLastError();
 }
@@ -43,12 +44,12 @@ Com<IDepotIntrApi> Library::CreateApi() const {
     IClassFactory* factory = nullptr;
     const HRESULT found =
         GetClassObject(CLSID_DepotIntrApi, IID_IClassFactory, reinterpret_cast<void**>(&factory));
-    EXPECT_EQ(S_OK, found);
+    EXPECT_THAT(found, IsOk());
     if (FAILED(found)) return nullptr;
     const Com<IClassFactory> owned(factory);
     IDepotIntrApi* api = nullptr;
-    EXPECT_EQ(S_OK,
-              factory->CreateInstance(nullptr, IID_IDepotIntrApi, reinterpret_cast<void**>(&api)));
+    EXPECT_THAT(factory->CreateInstance(nullptr, IID_IDepotIntrApi, reinterpret_cast<void**>(&api)),
+                IsOk());
     return Com<IDepotIntrApi>(api);
 }
 
@@ -72,13 +73,14 @@ std::wstring Wide(const std::string& text) {
 
 Com<IDepotIntrApi> CreateApi() {
     IDepotIntrApi* api = nullptr;
-    EXPECT_EQ(S_OK, CoCreateInstance(CLSID_DepotIntrApi, nullptr, CLSCTX_INPROC_SERVER,
-                                     IID_IDepotIntrApi, reinterpret_cast<void**>(&api)));
+    EXPECT_THAT(CoCreateInstance(CLSID_DepotIntrApi, nullptr, CLSCTX_INPROC_SERVER,
+                                 IID_IDepotIntrApi, reinterpret_cast<void**>(&api)),
+                IsOk());
     return Com<IDepotIntrApi>(api);
 }
 
 ComponentTest::ComponentTest() {
-    EXPECT_EQ(S_OK, Library::Own().Register());
+    EXPECT_THAT(Library::Own().Register(), IsOk());
     product_.Text("", "UserDir", folder_.MakeFolder("Farrow\\User"));
     api_ = CreateApi();
 }

@@ -14,6 +14,8 @@
 // After the Windows headers.
 #include <oleauto.h>
 
+#include "support/results.h"
+
 namespace depot::test {
 
 struct ComReleaser {
@@ -124,9 +126,9 @@ public:
 class Session {
 public:
     explicit Session(IDepotIntrApi& api) : api_(api) {
-        EXPECT_EQ(S_OK, api_.DPInitialize(&handle_));
+        EXPECT_THAT(api_.DPInitialize(&handle_), IsOk());
     }
-    ~Session() { EXPECT_EQ(S_OK, api_.DPUnInitialize(handle_)); }
+    ~Session() { EXPECT_THAT(api_.DPUnInitialize(handle_), IsOk()); }
     Session(const Session&) = delete;
     Session& operator=(const Session&) = delete;
 

@@ -4,6 +4,7 @@
 #include "support/box_log.h"
 #include "support/current_folder.h"
 #include "support/import_patch.h"
+#include "support/results.h"
 
 namespace depot::test {
 namespace {
@@ -31,7 +32,7 @@ protected:
 
 TEST_F(FileMethodsTest, RenameGivesAFileItsNewName) {
     Make("Work\\a.kra", "1");
-    EXPECT_EQ(S_OK, api_->DPRenameFile(session_, Text("<Work>\\a.kra"), Text("<Work>\\b.kra")));
+    EXPECT_THAT(api_->DPRenameFile(session_, Text("<Work>\\a.kra"), Text("<Work>\\b.kra")), IsOk());
     EXPECT_FALSE(Exists(folder_.At("Work\\a.kra")));
     EXPECT_EQ("1", FileBytes(folder_.At("Work\\b.kra")));
 }
@@ -46,7 +47,7 @@ TEST_F(FileMethodsTest, RenameRefusesWhatItCannotDo) {
         {"<Work>\\a.kra", "bare.kra"},      {plain.c_str(), "<Work>\\c.kra"}};
     for (const auto& row : cases) {
         SCOPED_TRACE(row[0]);
-        EXPECT_EQ(S_FALSE, api_->DPRenameFile(session_, Text(row[0]), Text(row[1])));
+        EXPECT_THAT(api_->DPRenameFile(session_, Text(row[0]), Text(row[1])), IsRefused());
     }
     EXPECT_EQ("1", FileBytes(folder_.At("Work\\a.kra")));
     EXPECT_EQ("2", FileBytes(folder_.At("Work\\b.kra")));
@@ -62,43 +63,44 @@ TEST_F(FileMethodsTest, RenameNeverMovesAFileIntoTheCurrentFolderOrDrive) {
           std::string("\\depot-test-x.kra"), file.substr(0, 2) + "d.kra", std::string("sub/b.kra"),
           std::string("bare.kra")}) {
         SCOPED_TRACE(place);
-        EXPECT_EQ(S_FALSE, api_->DPRenameFile(session_, Text("<Work>\\a.kra"), Text(place)));
+        EXPECT_THAT(api_->DPRenameFile(session_, Text("<Work>\\a.kra"), Text(place)), IsRefused());
         EXPECT_FALSE(Exists(place));
     }
     EXPECT_EQ("1", FileBytes(file));
-    EXPECT_EQ(S_OK, api_->DPRenameFile(session_, Text("<Work>\\a.kra"), Text(root_ + "\\b.kra")));
+    EXPECT_THAT(api_->DPRenameFile(session_, Text("<Work>\\a.kra"), Text(root_ + "\\b.kra")),
+                IsOk());
     EXPECT_EQ("1", FileBytes(folder_.At("Work\\b.kra")));
 }
 
 TEST_F(FileMethodsTest, CopyOutTakesADestinationInTheCurrentFolder) {
     Make("Work\\a.kra", "1");
     const CurrentFolder current(folder_.MakeFolder("now"));
-    EXPECT_EQ(S_OK, CopyOut("<Work>\\a.kra", "out.kra", VARIANT_TRUE));
+    EXPECT_THAT(CopyOut("<Work>\\a.kra", "out.kra", VARIANT_TRUE), IsOk());
     EXPECT_EQ("1", FileBytes(folder_.At("now\\out.kra")));
 }
 
 TEST_F(FileMethodsTest, BareNameOfADepotIsNeitherDeletedNorRenamed) {
     Make("Work\\a.kra", "1");
-    EXPECT_EQ(S_FALSE, api_->DPDeleteFile(session_, Text("<Work>")));
-    EXPECT_EQ(S_FALSE, api_->DPRenameFile(session_, Text("<Work>"), Text("<Work>\\sub")));
-    EXPECT_EQ(S_FALSE, api_->DPRenameFile(session_, Text("<Work>\\a.kra"), Text("<Work>")));
+    EXPECT_THAT(api_->DPDeleteFile(session_, Text("<Work>")), IsRefused());
+    EXPECT_THAT(api_->DPRenameFile(session_, Text("<Work>"), Text("<Work>\\sub")), IsRefused());
+    EXPECT_THAT(api_->DPRenameFile(session_, Text("<Work>\\a.kra"), Text("<Work>")), IsRefused());
     EXPECT_EQ("1", FileBytes(folder_.At("Work\\a.kra")));
 }
 
 TEST_F(FileMethodsTest, DeleteRemovesAFileOfADepotOnly) {
     Make("Work\\a.kra", "1");
     const std::string plain = Make("plain.kra", "2");
-    EXPECT_EQ(S_OK, api_->DPDeleteFile(session_, Text("<Work>\\a.kra")));
+    EXPECT_THAT(api_->DPDeleteFile(session_, Text("<Work>\\a.kra")), IsOk());
     EXPECT_FALSE(Exists(folder_.At("Work\\a.kra")));
-    EXPECT_EQ(S_FALSE, api_->DPDeleteFile(session_, Text("<Work>\\a.kra")));
-    EXPECT_EQ(S_FALSE, api_->DPDeleteFile(session_, Text("<None>\\a.kra")));
-    EXPECT_EQ(S_FALSE, api_->DPDeleteFile(session_, Text(plain)));
+    EXPECT_THAT(api_->DPDeleteFile(session_, Text("<Work>\\a.kra")), IsRefused());
+    EXPECT_THAT(api_->DPDeleteFile(session_, Text("<None>\\a.kra")), IsRefused());
+    EXPECT_THAT(api_->DPDeleteFile(session_, Text(plain)), IsRefused());
     EXPECT_TRUE(Exists(plain));
 }
 
 TEST_F(FileMethodsTest, CopyOutWritesTheSourcesTextAndMakesItTheCurrentFile) {
     Make("Work\\a.kra", "[S]\r\nK=1\r\n");
-    EXPECT_EQ(S_OK, CopyOut("<Work>\\a.kra", folder_.At("out.kra"), VARIANT_TRUE));
+    EXPECT_THAT(CopyOut("<Work>\\a.kra", folder_.At("out.kra"), VARIANT_TRUE), IsOk());
     EXPECT_EQ("[S]\r\nK=1\r\n", FileBytes(folder_.At("out.kra")));
     EXPECT_EQ(L"1", Read(session_, L"S", L"K"));
 }
@@ -106,15 +108,15 @@ TEST_F(FileMethodsTest, CopyOutWritesTheSourcesTextAndMakesItTheCurrentFile) {
 TEST_F(FileMethodsTest, CopyOutLeavesAnExistingFileWhenItIsToFail) {
     Make("Work\\a.kra", "new");
     const std::string target = Make("out.kra", "old");
-    EXPECT_EQ(S_FALSE, CopyOut("<Work>\\a.kra", target, VARIANT_TRUE));
+    EXPECT_THAT(CopyOut("<Work>\\a.kra", target, VARIANT_TRUE), IsRefused());
     EXPECT_EQ("old", FileBytes(target));
 }
 
 TEST_F(FileMethodsTest, RefusedCopyOutKeepsTheCurrentFile) {
     Make("Work\\a.kra", "[S]\r\nK=a\r\n");
     Make("Work\\b.kra", "[S]\r\nK=b\r\n");
-    ASSERT_EQ(S_OK, api_->DPLoadFile(session_.Address(), Text("<Work>\\a.kra")));
-    EXPECT_EQ(S_FALSE, CopyOut("<Work>\\b.kra", Make("out.kra", "old"), VARIANT_TRUE));
+    ASSERT_THAT(api_->DPLoadFile(session_.Address(), Text("<Work>\\a.kra")), IsOk());
+    EXPECT_THAT(CopyOut("<Work>\\b.kra", Make("out.kra", "old"), VARIANT_TRUE), IsRefused());
     EXPECT_EQ(L"a", Read(session_, L"S", L"K"));
 }
 
@@ -125,7 +127,7 @@ TEST_F(FileMethodsTest, CopyOutWritesBesideAReader) {
         OwnFile(CreateFileA(target.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE,
                             nullptr, OPEN_EXISTING, 0, nullptr));
     ASSERT_TRUE(reader);
-    EXPECT_EQ(S_OK, CopyOut("<Work>\\a.kra", target, VARIANT_FALSE));
+    EXPECT_THAT(CopyOut("<Work>\\a.kra", target, VARIANT_FALSE), IsOk());
     EXPECT_EQ("new", FileBytes(target));
 }
 
@@ -134,40 +136,40 @@ TEST_F(FileMethodsTest, CopyOutTakesOneForFalse) {
     for (const VARIANT_BOOL overwrite : {VARIANT_BOOL{1}, VARIANT_FALSE}) {
         SCOPED_TRACE(overwrite);
         const std::string target = Make("out.kra", "much older text");
-        EXPECT_EQ(S_OK, CopyOut("<Work>\\a.kra", target, overwrite));
+        EXPECT_THAT(CopyOut("<Work>\\a.kra", target, overwrite), IsOk());
         EXPECT_EQ("new", FileBytes(target));
     }
 }
 
 TEST_F(FileMethodsTest, CopyOutWithoutASourceCopiesTheCurrentFile) {
-    EXPECT_EQ(S_FALSE, CopyOut("", folder_.At("none.kra"), VARIANT_FALSE));
+    EXPECT_THAT(CopyOut("", folder_.At("none.kra"), VARIANT_FALSE), IsRefused());
     EXPECT_FALSE(Exists(folder_.At("none.kra")));
     const std::string file = Make("Work\\a.kra", "[S]\r\nK=1\r\n");
-    ASSERT_EQ(S_OK, api_->DPLoadFile(session_.Address(), Text("<Work>\\a.kra")));
-    EXPECT_EQ(S_OK, CopyOut("", folder_.At("out.kra"), VARIANT_FALSE));
+    ASSERT_THAT(api_->DPLoadFile(session_.Address(), Text("<Work>\\a.kra")), IsOk());
+    EXPECT_THAT(CopyOut("", folder_.At("out.kra"), VARIANT_FALSE), IsOk());
     EXPECT_EQ(FileBytes(file), FileBytes(folder_.At("out.kra")));
 }
 
 TEST_F(FileMethodsTest, CopyOutOfAMissingSourceMakesAnEmptyFile) {
-    EXPECT_EQ(S_OK, CopyOut("<Work>\\none.kra", folder_.At("out.kra"), VARIANT_TRUE));
+    EXPECT_THAT(CopyOut("<Work>\\none.kra", folder_.At("out.kra"), VARIANT_TRUE), IsOk());
     EXPECT_EQ("", FileBytes(folder_.At("out.kra")));
 }
 
 TEST_F(FileMethodsTest, CopyOutToAnImpossiblePlaceFails) {
     Make("Work\\a.kra", "1");
-    EXPECT_EQ(S_FALSE, CopyOut("<Work>\\a.kra", folder_.At("no\\out.kra"), VARIANT_FALSE));
-    EXPECT_EQ(S_FALSE, CopyOut("<Work>\\a.kra", "", VARIANT_FALSE));
+    EXPECT_THAT(CopyOut("<Work>\\a.kra", folder_.At("no\\out.kra"), VARIANT_FALSE), IsRefused());
+    EXPECT_THAT(CopyOut("<Work>\\a.kra", "", VARIANT_FALSE), IsRefused());
 }
 
 TEST_F(FileMethodsTest, CopyOutOntoTheSourceItselfKeepsIt) {
     const std::string file = Make("Work\\a.kra", "1");
-    EXPECT_EQ(S_FALSE, CopyOut("<Work>\\a.kra", file, VARIANT_FALSE));
+    EXPECT_THAT(CopyOut("<Work>\\a.kra", file, VARIANT_FALSE), IsRefused());
     EXPECT_EQ("1", FileBytes(file));
 }
 
 TEST_F(FileMethodsTest, CopyOutLosesWhatFollowsANulInItsBlock) {
     Make("Work\\a.kra", std::string("one\0two", 7) + std::string(512, 'x') + "next");
-    EXPECT_EQ(S_OK, CopyOut("<Work>\\a.kra", folder_.At("out.kra"), VARIANT_FALSE));
+    EXPECT_THAT(CopyOut("<Work>\\a.kra", folder_.At("out.kra"), VARIANT_FALSE), IsOk());
     EXPECT_EQ("onenext", FileBytes(folder_.At("out.kra")));
 }
 
@@ -203,8 +205,8 @@ class PublishTest : public FileMethodsTest {
 protected:
     void Publish(const std::string& profile) {
         Make("Work\\p.kra", profile);
-        ASSERT_EQ(S_OK, api_->DPLoadFile(session_.Address(), Text("<Work>\\p.kra")));
-        EXPECT_EQ(S_OK, api_->DPPublishSkesDepFiles(session_));
+        ASSERT_THAT(api_->DPLoadFile(session_.Address(), Text("<Work>\\p.kra")), IsOk());
+        EXPECT_THAT(api_->DPPublishSkesDepFiles(session_), IsOk());
     }
     std::wstring Client(const wchar_t* key) { return Read(session_, L"Clients", key); }
 };
@@ -226,8 +228,8 @@ TEST_F(PublishTest, ClientOfADepotIsCopiedFromIt) {
     Make("Home\\c1.cfg", "one");
     Make("Work\\p.kra", "[Skein]\r\nCount=1\r\n[Clients]\r\nC1=<Home>\\c1.cfg\r\n");
     LONG_PTR handle = fresh;
-    ASSERT_EQ(S_OK, api_->DPLoadFile(&handle, Text("<Work>\\p.kra")));
-    EXPECT_EQ(S_OK, api_->DPPublishSkesDepFiles(fresh));
+    ASSERT_THAT(api_->DPLoadFile(&handle, Text("<Work>\\p.kra")), IsOk());
+    EXPECT_THAT(api_->DPPublishSkesDepFiles(fresh), IsOk());
     EXPECT_EQ("one", FileBytes(folder_.At("Work\\c1.cfg")));
     EXPECT_EQ(L"<Work>\\c1.cfg", Read(fresh, L"Clients", L"C1"));
 }
@@ -282,9 +284,9 @@ TEST_F(PublishTest, ProfileOfTheCurrentFolderIsLeftAsItIs) {
     for (const std::string& path : {std::string("sub\\p.kra"), std::string(".\\sub\\p.kra"),
                                     profile.substr(0, 2) + "sub\\p.kra"}) {
         SCOPED_TRACE(path);
-        ASSERT_EQ(S_OK, api_->DPLoadFile(session_.Address(), Text(path)));
+        ASSERT_THAT(api_->DPLoadFile(session_.Address(), Text(path)), IsOk());
         EXPECT_EQ(Wide(client), Client(L"C1"));
-        EXPECT_EQ(S_OK, api_->DPPublishSkesDepFiles(session_));
+        EXPECT_THAT(api_->DPPublishSkesDepFiles(session_), IsOk());
         EXPECT_FALSE(Exists(folder_.At("now\\sub\\c1.cfg")));
         EXPECT_EQ(text, FileBytes(profile));
     }
@@ -301,9 +303,9 @@ TEST_F(PublishTest, ProfileLoadedByABareNameCopiesNothingIntoTheCurrentFolder) {
     WritePrivateProfileStringA("Skein", "Count", "1", profile.c_str());
     WritePrivateProfileStringA("Clients", "C1", client.c_str(), profile.c_str());
     const std::string text = FileBytes(profile);
-    EXPECT_EQ(S_OK, api_->DPLoadFile(session_.Address(), Text(name)));
+    EXPECT_THAT(api_->DPLoadFile(session_.Address(), Text(name)), IsOk());
     EXPECT_EQ(Wide(client), Client(L"C1"));
-    EXPECT_EQ(S_OK, api_->DPPublishSkesDepFiles(session_));
+    EXPECT_THAT(api_->DPPublishSkesDepFiles(session_), IsOk());
     EXPECT_FALSE(Exists(folder_.At("now\\" + name)));
     EXPECT_FALSE(Exists(folder_.At("now\\c1.cfg")));
     EXPECT_EQ(text, FileBytes(profile));
@@ -311,8 +313,8 @@ TEST_F(PublishTest, ProfileLoadedByABareNameCopiesNothingIntoTheCurrentFolder) {
 }
 
 TEST_F(PublishTest, WithoutACurrentFileThereIsNothingToDo) {
-    EXPECT_EQ(S_OK, api_->DPPublishSkesDepFiles(session_));
-    EXPECT_EQ(S_FALSE, api_->DPPublishSkesDepFiles(0));
+    EXPECT_THAT(api_->DPPublishSkesDepFiles(session_), IsOk());
+    EXPECT_THAT(api_->DPPublishSkesDepFiles(0), IsRefused());
 }
 
 // A machine on which nothing is configured: the only depot is "My Depot", the folder that holds the
@@ -327,7 +329,7 @@ TEST_F(MyDepotTest, FileIsCopiedBesideItselfUnderItsOwnPath) {
     const std::string file = folder_.MakeFile("Farrow\\a.kra", "1");
     for (const wchar_t* name : {L"a - copy.kra", L"a - copy (2).kra"}) {
         OutText copy;
-        EXPECT_EQ(S_OK, api_->DPMakeCopyFromSrcFile(session_, Text(file), copy));
+        EXPECT_THAT(api_->DPMakeCopyFromSrcFile(session_, Text(file), copy), IsOk());
         EXPECT_EQ(Wide(root_) + name, copy.Value());
     }
     EXPECT_EQ("1", FileBytes(root_ + "a - copy (2).kra"));
@@ -340,7 +342,7 @@ TEST_F(MyDepotTest, FileIsNotCopiedByTheDepotsNameOrFromElsewhere) {
                                       std::string("a.kra"), outside}) {
         SCOPED_TRACE(source);
         OutText copy;
-        EXPECT_EQ(S_FALSE, api_->DPMakeCopyFromSrcFile(session_, Text(source), copy));
+        EXPECT_THAT(api_->DPMakeCopyFromSrcFile(session_, Text(source), copy), IsRefused());
         EXPECT_EQ(L"", copy.Value());
     }
     EXPECT_FALSE(Exists(root_ + "a - copy.kra"));
@@ -348,9 +350,9 @@ TEST_F(MyDepotTest, FileIsNotCopiedByTheDepotsNameOrFromElsewhere) {
 
 TEST_F(MyDepotTest, FileIsRenamedAndDeletedByItsOwnPath) {
     const std::string file = folder_.MakeFile("Farrow\\a.kra", "1");
-    EXPECT_EQ(S_OK, api_->DPRenameFile(session_, Text(file), Text(root_ + "b.kra")));
+    EXPECT_THAT(api_->DPRenameFile(session_, Text(file), Text(root_ + "b.kra")), IsOk());
     EXPECT_EQ("1", FileBytes(root_ + "b.kra"));
-    EXPECT_EQ(S_OK, api_->DPDeleteFile(session_, Text(root_ + "b.kra")));
+    EXPECT_THAT(api_->DPDeleteFile(session_, Text(root_ + "b.kra")), IsOk());
     EXPECT_FALSE(Exists(root_ + "b.kra"));
 }
 
@@ -358,8 +360,8 @@ TEST_F(MyDepotTest, ProfileIsPublishedBesideItself) {
     const std::string client = folder_.MakeFile("c.cfg", "1");
     const std::string file = folder_.MakeFile(
         "Farrow\\p.kra", "[Skein]\r\nCount=1\r\n[Clients]\r\nC1=" + client + "\r\n");
-    ASSERT_EQ(S_OK, api_->DPLoadFile(session_.Address(), Text(file)));
-    EXPECT_EQ(S_OK, api_->DPPublishSkesDepFiles(session_));
+    ASSERT_THAT(api_->DPLoadFile(session_.Address(), Text(file)), IsOk());
+    EXPECT_THAT(api_->DPPublishSkesDepFiles(session_), IsOk());
     EXPECT_EQ("1", FileBytes(root_ + "c.cfg"));
     EXPECT_EQ(Wide(root_) + L"c.cfg", Read(session_, L"Clients", L"C1"));
 }
@@ -383,7 +385,7 @@ TEST_F(FileMethodsTest, CopyToALocalFileThatDoesNotFitLeavesTheOldOne) {
     ASSERT_TRUE(writing.IsInPlace());
     realWrite = writing.Genuine();
     writesLeft = 0;
-    EXPECT_EQ(S_FALSE, CopyOut("<Work>\\a.kra", target, VARIANT_FALSE));
+    EXPECT_THAT(CopyOut("<Work>\\a.kra", target, VARIANT_FALSE), IsRefused());
     EXPECT_EQ(-2, writesLeft);
     EXPECT_EQ("old", FileBytes(target));
 }
@@ -394,12 +396,12 @@ TEST_F(FileMethodsTest, CopyToALocalFileKeepsWhatBelongsToTheOldOne) {
     const std::string other = folder_.At("other.kra");
     ASSERT_TRUE(CreateHardLinkA(other.c_str(), target.c_str(), nullptr));
     SetFileAttributesA(target.c_str(), FILE_ATTRIBUTE_HIDDEN);
-    EXPECT_EQ(S_OK, CopyOut("<Work>\\a.kra", target, VARIANT_FALSE));
+    EXPECT_THAT(CopyOut("<Work>\\a.kra", target, VARIANT_FALSE), IsOk());
     EXPECT_EQ("new", FileBytes(other));
     EXPECT_NE(0u, GetFileAttributesA(target.c_str()) & FILE_ATTRIBUTE_HIDDEN);
 }
 
-class DirectoryAloneTest : public ComponentTest {};
+using DirectoryAloneTest = ComponentTest;
 
 TEST_F(DirectoryAloneTest, PlainFileIsNotEmptiedByACopyOntoItself) {
     depots_.Text("Corp", "Path1", "dc=farrow,dc=test");
@@ -411,7 +413,8 @@ TEST_F(DirectoryAloneTest, PlainFileIsNotEmptiedByACopyOntoItself) {
     const BoxLog boxes;
     const Session session(*api_);
     const std::string plain = folder_.At("plain.kre");
-    EXPECT_EQ(S_FALSE, api_->DPCopyFileToLocalFS(session, Text(plain), Text(plain), VARIANT_FALSE));
+    EXPECT_THAT(api_->DPCopyFileToLocalFS(session, Text(plain), Text(plain), VARIANT_FALSE),
+                IsRefused());
     WIN32_FILE_ATTRIBUTE_DATA data = {};
     ASSERT_TRUE(GetFileAttributesExA(plain.c_str(), GetFileExInfoStandard, &data));
     EXPECT_EQ(8U, data.nFileSizeLow);

@@ -3,6 +3,7 @@
 #include <climits>
 
 #include "component/component.h"
+#include "support/results.h"
 
 namespace depot::test {
 namespace {
@@ -16,7 +17,7 @@ public:
     }
     ~Listing() {
         if (handle != 0) {
-            EXPECT_EQ(S_OK, api_.DPUnInitialize(handle));
+            EXPECT_THAT(api_.DPUnInitialize(handle), IsOk());
         }
     }
     Listing(const Listing&) = delete;
@@ -48,7 +49,7 @@ TEST_F(FindMethodsTest, FoldersProfilesAreHandedOutByIndexInAnyOrder) {
     folder_.MakeFile("Work\\b.kra", "");
     folder_.MakeFile("Work\\c.krv", "");
     Listing found(*api_, "<Work>\\", ".kra");
-    ASSERT_EQ(S_OK, found.result);
+    ASSERT_THAT(found.result, IsOk());
     ASSERT_EQ(2, found.count);
     const std::wstring first = found.At(0), second = found.At(1);
     EXPECT_EQ(L"<Work>\\a.kra", std::min(first, second));
@@ -80,7 +81,7 @@ TEST_F(FindMethodsTest, BareNameOfADepotListsItsRoot) {
     for (const char* path : {"<Work>", "<WORK>"}) {
         SCOPED_TRACE(path);
         Listing found(*api_, path, ".kra");
-        EXPECT_EQ(S_OK, found.result);
+        EXPECT_THAT(found.result, IsOk());
         EXPECT_EQ(1, found.count);
         EXPECT_EQ(L"<Work>\\a.kra", found.At(0));
     }
@@ -105,7 +106,7 @@ TEST_F(FindMethodsTest, AnyOtherApplicationIsRefusedWithoutASession) {
     for (const int type : {0, 3, -1}) {
         SCOPED_TRACE(type);
         Listing found(*api_, "<Work>\\", ".*", static_cast<APP_TYPE>(type));
-        EXPECT_EQ(S_FALSE, found.result);
+        EXPECT_THAT(found.result, IsRefused());
         EXPECT_EQ(0, found.handle);
         EXPECT_EQ(4711, found.count);
     }
@@ -115,7 +116,7 @@ TEST_F(FindMethodsTest, NothingFoundIsASuccess) {
     for (const char* path : {"<Work>\\", "<Work>\\none", "<None>\\", "", "*.kra"}) {
         SCOPED_TRACE(path);
         Listing found(*api_, path, ".kra");
-        EXPECT_EQ(S_OK, found.result);
+        EXPECT_THAT(found.result, IsOk());
         EXPECT_EQ(0, found.count);
         EXPECT_EQ(L"(failed)", found.At(0));
     }
@@ -136,16 +137,16 @@ TEST_F(FindMethodsTest, SessionThatIsPassedInIsNeitherUsedNorEnded) {
     const Session session(*api_);
     LONG_PTR handle = session;
     LONG count = 0;
-    ASSERT_EQ(S_OK, api_->DPFindInit(&handle, Text("<Work>\\"), Text(".*"), APP_SKEIN, &count));
+    ASSERT_THAT(api_->DPFindInit(&handle, Text("<Work>\\"), Text(".*"), APP_SKEIN, &count), IsOk());
     EXPECT_NE(session, handle);
-    EXPECT_EQ(S_OK, api_->DPUnInitialize(handle));
-    EXPECT_EQ(S_OK, api_->DPSetSelItemPath(session, Text("x")));
+    EXPECT_THAT(api_->DPUnInitialize(handle), IsOk());
+    EXPECT_THAT(api_->DPSetSelItemPath(session, Text("x")), IsOk());
 }
 
 TEST_F(FindMethodsTest, SessionWithoutAListingHasNothing) {
     const Session session(*api_);
     OutText path;
-    EXPECT_EQ(S_FALSE, api_->DPFindNext(session, 0, path));
+    EXPECT_THAT(api_->DPFindNext(session, 0, path), IsRefused());
     EXPECT_TRUE(path.IsNull());
 }
 

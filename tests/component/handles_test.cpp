@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "component/component.h"
+#include "support/results.h"
 
 namespace depot::test {
 namespace {
@@ -125,12 +126,12 @@ protected:
         SCOPED_TRACE("handle " + std::to_string(handle));
         for (const Method& method : kSessionMethods) {
             SCOPED_TRACE(method.name);
-            EXPECT_EQ(S_FALSE, method.call(*api_, handle));
+            EXPECT_THAT(method.call(*api_, handle), IsRefused());
         }
         if (handle == 0) return;
         for (const Method& method : kTemporaryMethods) {
             SCOPED_TRACE(method.name);
-            EXPECT_EQ(S_FALSE, method.call(*api_, handle));
+            EXPECT_THAT(method.call(*api_, handle), IsRefused());
         }
     }
 
@@ -151,26 +152,26 @@ TEST_F(HandlesTest, InventedHandlesAreRefused) {
           live - 1, live + 8, (live + 8) | (LONG_PTR{1} << 32),
           std::numeric_limits<LONG_PTR>::min() + 1}) {
         ExpectRefused(handle);
-        EXPECT_EQ(S_OK, api_->DPUnInitialize(handle));
+        EXPECT_THAT(api_->DPUnInitialize(handle), IsOk());
     }
     ExpectFileIntact();
-    EXPECT_EQ(S_OK, api_->DPSetSelItemPath(live, Text("still alive")));
+    EXPECT_THAT(api_->DPSetSelItemPath(live, Text("still alive")), IsOk());
 }
 
 TEST_F(HandlesTest, EndedHandleIsRefusedAndEndsWithoutHarmAgain) {
     LONG_PTR handle = 0;
-    ASSERT_EQ(S_OK, api_->DPLoadFile(&handle, Text(file_)));
-    ASSERT_EQ(S_OK, api_->DPUnInitialize(handle));
+    ASSERT_THAT(api_->DPLoadFile(&handle, Text(file_)), IsOk());
+    ASSERT_THAT(api_->DPUnInitialize(handle), IsOk());
     ExpectRefused(handle);
-    EXPECT_EQ(S_OK, api_->DPUnInitialize(handle));
-    EXPECT_EQ(S_OK, api_->DPUnInitialize(handle));
+    EXPECT_THAT(api_->DPUnInitialize(handle), IsOk());
+    EXPECT_THAT(api_->DPUnInitialize(handle), IsOk());
     ExpectFileIntact();
 }
 
 TEST_F(HandlesTest, EndedHandleIsNotGivenToTheNextSession) {
     LONG_PTR ended = kJunkHandle;
-    ASSERT_EQ(S_OK, api_->DPInitialize(&ended));
-    ASSERT_EQ(S_OK, api_->DPUnInitialize(ended));
+    ASSERT_THAT(api_->DPInitialize(&ended), IsOk());
+    ASSERT_THAT(api_->DPUnInitialize(ended), IsOk());
     for (int count = 0; count < 100; ++count) {
         const Session next(*api_);
         EXPECT_NE(ended, next);
@@ -179,17 +180,17 @@ TEST_F(HandlesTest, EndedHandleIsNotGivenToTheNextSession) {
 
 TEST_F(HandlesTest, EndingHandleZeroSucceedsAndDoesNothing) {
     const Session live(*api_);
-    EXPECT_EQ(S_OK, api_->DPUnInitialize(0));
-    EXPECT_EQ(S_OK, api_->DPSetSelItemPath(live, Text("still alive")));
+    EXPECT_THAT(api_->DPUnInitialize(0), IsOk());
+    EXPECT_THAT(api_->DPSetSelItemPath(live, Text("still alive")), IsOk());
 }
 
 TEST_F(HandlesTest, LoadingWithAHandleThatNamesNoSessionIsRefused) {
     LONG_PTR ended = kJunkHandle;
-    ASSERT_EQ(S_OK, api_->DPInitialize(&ended));
-    ASSERT_EQ(S_OK, api_->DPUnInitialize(ended));
+    ASSERT_THAT(api_->DPInitialize(&ended), IsOk());
+    ASSERT_THAT(api_->DPUnInitialize(ended), IsOk());
     for (const LONG_PTR given : {ended, LONG_PTR{1}, kJunkHandle}) {
         LONG_PTR handle = given;
-        EXPECT_EQ(S_FALSE, api_->DPLoadFile(&handle, Text(file_)));
+        EXPECT_THAT(api_->DPLoadFile(&handle, Text(file_)), IsRefused());
         EXPECT_EQ(0, handle);
     }
 }
@@ -197,7 +198,7 @@ TEST_F(HandlesTest, LoadingWithAHandleThatNamesNoSessionIsRefused) {
 TEST_F(HandlesTest, LoadingTakesAHandleWhoseUpperHalfIsForeign) {
     Session session(*api_);
     LONG_PTR handle = session | (LONG_PTR{0x12345678} << 32);
-    EXPECT_EQ(S_OK, api_->DPLoadFile(&handle, Text(file_)));
+    EXPECT_THAT(api_->DPLoadFile(&handle, Text(file_)), IsOk());
     EXPECT_EQ(session, handle);
     EXPECT_EQ(L"1", Read(session, L"S", L"K"));
 }
@@ -206,76 +207,81 @@ TEST_F(HandlesTest, EveryMethodTakesAHandleWhoseUpperHalfIsForeign) {
     for (const LONG_PTR foreign : {LONG_PTR{0x12345678}, LONG_PTR{-1}, LONG_PTR{1}}) {
         SCOPED_TRACE(foreign);
         LONG_PTR made = 0;
-        ASSERT_EQ(S_OK, api_->DPLoadFile(&made, Text(file_)));
+        ASSERT_THAT(api_->DPLoadFile(&made, Text(file_)), IsOk());
         const LONG_PTR handle = made | (foreign << 32);
         OutText path;
-        EXPECT_EQ(S_OK, api_->DPGetDepotDisplayPath(handle, Text("<A>\\a.kra"), path));
-        EXPECT_EQ(S_OK, api_->DPGetPathFromDisplayName(handle, Text("<Depot A>\\a.kra"), path));
-        EXPECT_EQ(S_OK, api_->DPGetDefaultDPPath(handle, path));
-        EXPECT_EQ(S_OK, api_->DPFileExists(handle, Text("<A>\\a.kra")));
-        EXPECT_EQ(S_OK, api_->DPSetProfileString(handle, Text("S"), Text("L"), Text("2")));
+        EXPECT_THAT(api_->DPGetDepotDisplayPath(handle, Text("<A>\\a.kra"), path), IsOk());
+        EXPECT_THAT(api_->DPGetPathFromDisplayName(handle, Text("<Depot A>\\a.kra"), path), IsOk());
+        EXPECT_THAT(api_->DPGetDefaultDPPath(handle, path), IsOk());
+        EXPECT_THAT(api_->DPFileExists(handle, Text("<A>\\a.kra")), IsOk());
+        EXPECT_THAT(api_->DPSetProfileString(handle, Text("S"), Text("L"), Text("2")), IsOk());
         EXPECT_EQ(L"2", Read(handle, L"S", L"L"));
         ULONG number = 0;
-        EXPECT_EQ(S_OK, api_->DPGetProfileInt(handle, Text("S"), Text("L"), 5, &number));
-        EXPECT_EQ(S_OK, api_->DPFlushFile(handle));
-        EXPECT_EQ(S_OK, api_->DPPublishSkesDepFiles(handle));
-        EXPECT_EQ(S_OK, api_->DPIsPathWriteAble(handle, Text("<A>\\")));
-        EXPECT_EQ(S_OK, api_->DPSetSelItemPath(handle, Text("x")));
+        EXPECT_THAT(api_->DPGetProfileInt(handle, Text("S"), Text("L"), 5, &number), IsOk());
+        EXPECT_THAT(api_->DPFlushFile(handle), IsOk());
+        EXPECT_THAT(api_->DPPublishSkesDepFiles(handle), IsOk());
+        EXPECT_THAT(api_->DPIsPathWriteAble(handle, Text("<A>\\")), IsOk());
+        EXPECT_THAT(api_->DPSetSelItemPath(handle, Text("x")), IsOk());
         OutText copy;
-        EXPECT_EQ(S_OK, api_->DPMakeCopyFromSrcFile(handle, Text("<A>\\a.kra"), copy));
-        EXPECT_EQ(S_OK, api_->DPRenameFile(handle, Text("<A>\\a - copy.kra"), Text("<A>\\b.kra")));
-        EXPECT_EQ(S_OK, api_->DPDeleteFile(handle, Text("<A>\\b.kra")));
-        EXPECT_EQ(S_OK, api_->DPCopyFileToLocalFS(handle, Text("<A>\\a.kra"),
-                                                  Text(folder_.At("out.kra")), VARIANT_FALSE));
-        EXPECT_EQ(S_OK, api_->DPUnInitialize(handle));
-        EXPECT_EQ(S_FALSE, api_->DPSetSelItemPath(made, Text("x"))) << "the session was not ended";
+        EXPECT_THAT(api_->DPMakeCopyFromSrcFile(handle, Text("<A>\\a.kra"), copy), IsOk());
+        EXPECT_THAT(api_->DPRenameFile(handle, Text("<A>\\a - copy.kra"), Text("<A>\\b.kra")),
+                    IsOk());
+        EXPECT_THAT(api_->DPDeleteFile(handle, Text("<A>\\b.kra")), IsOk());
+        EXPECT_THAT(api_->DPCopyFileToLocalFS(handle, Text("<A>\\a.kra"),
+                                              Text(folder_.At("out.kra")), VARIANT_FALSE),
+                    IsOk());
+        EXPECT_THAT(api_->DPUnInitialize(handle), IsOk());
+        EXPECT_THAT(api_->DPSetSelItemPath(made, Text("x")), IsRefused())
+            << "the session was not ended";
     }
 }
 
 TEST_F(HandlesTest, ListingTakesAHandleWhoseUpperHalfIsForeign) {
     LONG_PTR list = 0;
     LONG count = 0;
-    ASSERT_EQ(S_OK, api_->DPFindInit(&list, Text("<A>\\"), Text(".kra"), APP_SKEIN, &count));
+    ASSERT_THAT(api_->DPFindInit(&list, Text("<A>\\"), Text(".kra"), APP_SKEIN, &count), IsOk());
     OutText found;
-    EXPECT_EQ(S_OK, api_->DPFindNext(list | (LONG_PTR{7} << 32), 0, found));
+    EXPECT_THAT(api_->DPFindNext(list | (LONG_PTR{7} << 32), 0, found), IsOk());
     EXPECT_EQ(L"<A>\\a.kra", found.Value());
-    EXPECT_EQ(S_OK, api_->DPUnInitialize(list | (LONG_PTR{7} << 32)));
+    EXPECT_THAT(api_->DPUnInitialize(list | (LONG_PTR{7} << 32)), IsOk());
 }
 
 TEST_F(HandlesTest, ZeroWhoseUpperHalfIsForeignIsHandleZero) {
     const LONG_PTR zero = LONG_PTR{0x12345678} << 32;
     for (const Method& method : kSessionMethods) {
         SCOPED_TRACE(method.name);
-        EXPECT_EQ(S_FALSE, method.call(*api_, zero));
+        EXPECT_THAT(method.call(*api_, zero), IsRefused());
     }
     OutText path;
-    EXPECT_EQ(S_OK, api_->DPGetDepotDisplayPath(zero, Text("<A>\\a.kra"), path));
-    EXPECT_EQ(S_OK, api_->DPFileExists(zero, Text("<A>\\a.kra")));
-    EXPECT_EQ(S_OK, api_->DPGetPathFromDisplayName(zero, Text("<Depot A>\\a.kra"), path));
-    EXPECT_EQ(S_OK, api_->DPGetDefaultDPPath(zero, path));
-    EXPECT_EQ(S_OK, api_->DPUnInitialize(zero));
+    EXPECT_THAT(api_->DPGetDepotDisplayPath(zero, Text("<A>\\a.kra"), path), IsOk());
+    EXPECT_THAT(api_->DPFileExists(zero, Text("<A>\\a.kra")), IsOk());
+    EXPECT_THAT(api_->DPGetPathFromDisplayName(zero, Text("<Depot A>\\a.kra"), path), IsOk());
+    EXPECT_THAT(api_->DPGetDefaultDPPath(zero, path), IsOk());
+    EXPECT_THAT(api_->DPUnInitialize(zero), IsOk());
     ExpectFileIntact();
 }
 
 TEST_F(HandlesTest, MissingOutputsAreRefused) {
     Session session(*api_);
-    ASSERT_EQ(S_OK, api_->DPLoadFile(session.Address(), Text(file_)));
-    EXPECT_EQ(S_FALSE, api_->DPInitialize(nullptr));
-    EXPECT_EQ(S_FALSE, api_->DPLoadFile(nullptr, Text(file_)));
-    EXPECT_EQ(S_FALSE,
-              api_->DPGetProfileString(session, Text("S"), Text("K"), Text("D"), nullptr, 100));
-    EXPECT_EQ(S_FALSE, api_->DPGetProfileInt(session, Text("S"), Text("K"), 5, nullptr));
-    EXPECT_EQ(S_FALSE, api_->DPGetDepotDisplayPath(session, Text("<A>\\a.kra"), nullptr));
-    EXPECT_EQ(S_FALSE, api_->DPGetPathFromDisplayName(session, Text("<Depot A>\\a"), nullptr));
-    EXPECT_EQ(S_FALSE, api_->DPGetDefaultDPPath(session, nullptr));
-    EXPECT_EQ(S_FALSE, api_->DPPathConvertDPtoFS(Text("<A>\\a.kra"), nullptr));
-    EXPECT_EQ(S_FALSE, api_->DPBrowse(session, APP_SKEIN, PROMPT_OPEN, 0, 0, 0, 0, nullptr));
-    EXPECT_EQ(S_FALSE, api_->DPBrowseMultiSel(session, APP_SKEIN, 0, 0, 0, 0, nullptr, 0));
-    EXPECT_EQ(S_FALSE, api_->DPFindNext(session, 0, nullptr));
-    EXPECT_EQ(S_FALSE, api_->DPMakeCopyFromSrcFile(session, Text("<A>\\a.kra"), nullptr));
+    ASSERT_THAT(api_->DPLoadFile(session.Address(), Text(file_)), IsOk());
+    EXPECT_THAT(api_->DPInitialize(nullptr), IsRefused());
+    EXPECT_THAT(api_->DPLoadFile(nullptr, Text(file_)), IsRefused());
+    EXPECT_THAT(api_->DPGetProfileString(session, Text("S"), Text("K"), Text("D"), nullptr, 100),
+                IsRefused());
+    EXPECT_THAT(api_->DPGetProfileInt(session, Text("S"), Text("K"), 5, nullptr), IsRefused());
+    EXPECT_THAT(api_->DPGetDepotDisplayPath(session, Text("<A>\\a.kra"), nullptr), IsRefused());
+    EXPECT_THAT(api_->DPGetPathFromDisplayName(session, Text("<Depot A>\\a"), nullptr),
+                IsRefused());
+    EXPECT_THAT(api_->DPGetDefaultDPPath(session, nullptr), IsRefused());
+    EXPECT_THAT(api_->DPPathConvertDPtoFS(Text("<A>\\a.kra"), nullptr), IsRefused());
+    EXPECT_THAT(api_->DPBrowse(session, APP_SKEIN, PROMPT_OPEN, 0, 0, 0, 0, nullptr), IsRefused());
+    EXPECT_THAT(api_->DPBrowseMultiSel(session, APP_SKEIN, 0, 0, 0, 0, nullptr, 0), IsRefused());
+    EXPECT_THAT(api_->DPFindNext(session, 0, nullptr), IsRefused());
+    EXPECT_THAT(api_->DPMakeCopyFromSrcFile(session, Text("<A>\\a.kra"), nullptr), IsRefused());
     LONG_PTR none = 0;
-    EXPECT_EQ(S_FALSE, api_->DPFindInit(nullptr, Text("<A>\\"), Text(""), APP_SKEIN, nullptr));
-    EXPECT_EQ(S_FALSE, api_->DPFindInit(&none, Text("<A>\\"), Text(""), APP_SKEIN, nullptr));
+    EXPECT_THAT(api_->DPFindInit(nullptr, Text("<A>\\"), Text(""), APP_SKEIN, nullptr),
+                IsRefused());
+    EXPECT_THAT(api_->DPFindInit(&none, Text("<A>\\"), Text(""), APP_SKEIN, nullptr), IsRefused());
 }
 
 // An input pointer that is null and one to a null BSTR both stand for the empty text.
@@ -292,48 +298,49 @@ INSTANTIATE_TEST_SUITE_P(, NullInputsTest, testing::Bool(), [](const auto& param
 
 TEST_P(NullInputsTest, DefaultCountsAsEmpty) {
     Session session(*api_);
-    ASSERT_EQ(S_OK, api_->DPLoadFile(session.Address(), Text(file_)));
+    ASSERT_THAT(api_->DPLoadFile(session.Address(), Text(file_)), IsOk());
     OutText value;
-    EXPECT_EQ(S_OK,
-              api_->DPGetProfileString(session, Text("S"), Text("Absent"), Null(), value, 100));
+    EXPECT_THAT(api_->DPGetProfileString(session, Text("S"), Text("Absent"), Null(), value, 100),
+                IsOk());
     EXPECT_EQ(L"", value.Value());
     EXPECT_FALSE(value.IsNull());
 }
 
 TEST_P(NullInputsTest, SectionAndKeyNeverListNames) {
     Session session(*api_);
-    ASSERT_EQ(S_OK, api_->DPLoadFile(session.Address(), Text(file_)));
+    ASSERT_THAT(api_->DPLoadFile(session.Address(), Text(file_)), IsOk());
     OutText keys;
-    EXPECT_EQ(S_OK, api_->DPGetProfileString(session, Text("S"), Null(), Text("D"), keys, 100));
+    EXPECT_THAT(api_->DPGetProfileString(session, Text("S"), Null(), Text("D"), keys, 100), IsOk());
     EXPECT_EQ(L"D", keys.Value());
     OutText sections;
-    EXPECT_EQ(S_OK, api_->DPGetProfileString(session, Null(), Null(), Text("D"), sections, 100));
+    EXPECT_THAT(api_->DPGetProfileString(session, Null(), Null(), Text("D"), sections, 100),
+                IsOk());
     EXPECT_EQ(L"D", sections.Value());
     ULONG number = 4711;
-    EXPECT_EQ(S_OK, api_->DPGetProfileInt(session, Text("S"), Null(), 7, &number));
+    EXPECT_THAT(api_->DPGetProfileInt(session, Text("S"), Null(), 7, &number), IsOk());
     EXPECT_EQ(7u, number);
 }
 
 TEST_P(NullInputsTest, ValueCountsAsEmptyAndDeletesTheKey) {
     Session session(*api_);
-    ASSERT_EQ(S_OK, api_->DPLoadFile(session.Address(), Text(file_)));
-    EXPECT_EQ(S_OK, api_->DPSetProfileString(session, Text("S"), Text("K"), Null()));
+    ASSERT_THAT(api_->DPLoadFile(session.Address(), Text(file_)), IsOk());
+    EXPECT_THAT(api_->DPSetProfileString(session, Text("S"), Text("K"), Null()), IsOk());
     EXPECT_EQ(L"(default)", Read(session, L"S", L"K"));
 }
 
 TEST_P(NullInputsTest, PathsCountAsEmpty) {
     Session session(*api_);
-    EXPECT_EQ(S_OK, api_->DPLoadFile(session.Address(), Null()));
+    EXPECT_THAT(api_->DPLoadFile(session.Address(), Null()), IsOk());
     EXPECT_EQ(L"(default)", Read(session, L"S", L"K"));
-    EXPECT_EQ(S_OK, api_->DPSetProfileString(session, Text("S"), Text("K"), Text("lost")));
-    EXPECT_EQ(S_OK, api_->DPSetSelItemPath(session, Null()));
-    EXPECT_EQ(S_FALSE, api_->DPFileExists(session, Null()));
+    EXPECT_THAT(api_->DPSetProfileString(session, Text("S"), Text("K"), Text("lost")), IsOk());
+    EXPECT_THAT(api_->DPSetSelItemPath(session, Null()), IsOk());
+    EXPECT_THAT(api_->DPFileExists(session, Null()), IsRefused());
     OutText path;
-    EXPECT_EQ(S_FALSE, api_->DPGetDepotDisplayPath(session, Null(), path));
+    EXPECT_THAT(api_->DPGetDepotDisplayPath(session, Null(), path), IsRefused());
     EXPECT_TRUE(path.IsNull());
-    EXPECT_EQ(S_FALSE, api_->DPGetPathFromDisplayName(session, Null(), path));
+    EXPECT_THAT(api_->DPGetPathFromDisplayName(session, Null(), path), IsRefused());
     EXPECT_TRUE(path.IsNull());
-    EXPECT_EQ(S_FALSE, api_->DPPathConvertDPtoFS(Null(), path));
+    EXPECT_THAT(api_->DPPathConvertDPtoFS(Null(), path), IsRefused());
     EXPECT_TRUE(path.IsNull());
     ExpectFileIntact();
 }
@@ -343,10 +350,10 @@ TEST_P(NullInputsTest, LaterMethodsDoNotCrash) {
     OutText text;
     LONG_PTR found = 0;
     LONG count = 0;
-    EXPECT_EQ(S_FALSE, api_->DPRenameFile(session, Null(), Null()));
-    EXPECT_EQ(S_FALSE, api_->DPDeleteFile(session, Null()));
-    EXPECT_EQ(S_FALSE, api_->DPIsPathWriteAble(session, Null()));
-    EXPECT_EQ(S_FALSE, api_->DPMakeCopyFromSrcFile(session, Null(), text));
+    EXPECT_THAT(api_->DPRenameFile(session, Null(), Null()), IsRefused());
+    EXPECT_THAT(api_->DPDeleteFile(session, Null()), IsRefused());
+    EXPECT_THAT(api_->DPIsPathWriteAble(session, Null()), IsRefused());
+    EXPECT_THAT(api_->DPMakeCopyFromSrcFile(session, Null(), text), IsRefused());
     api_->DPCopyFileToLocalFS(session, Null(), Null(), VARIANT_FALSE);
     api_->DPFindInit(&found, Null(), Null(), APP_SKEIN, &count);
     api_->DPUnInitialize(found);

@@ -1,6 +1,7 @@
 // Handles and arguments of late-bound calls.
 #include "component/late_calls.h"
 #include "support/failing_memory.h"
+#include "support/results.h"
 
 namespace depot::test {
 namespace {
@@ -9,7 +10,7 @@ class LateHandlesTest : public LateBoundTest {
 protected:
     LateHandlesTest() {
         folder_.MakeFile("A\\a.kra", "[S]\r\nK=1\r\n");
-        EXPECT_EQ(S_OK, api_->DPLoadFile(session_.Address(), Text("<A>\\a.kra")));
+        EXPECT_THAT(api_->DPLoadFile(session_.Address(), Text("<A>\\a.kra")), IsOk());
     }
 
     LONG Handle() const { return static_cast<LONG>(session_); }
@@ -17,7 +18,7 @@ protected:
     // Reads a number with the handle given in some form. The result of a refused call is 0.
     LONG ReadWith(const Variant& handle) {
         Variant result;
-        EXPECT_EQ(S_OK, Call(L"DPGetProfileInt", {handle, L"S", L"K", 5}, &result));
+        EXPECT_THAT(Call(L"DPGetProfileInt", {handle, L"S", L"K", 5}, &result), IsOk());
         return result.Number();
     }
 
@@ -27,11 +28,11 @@ protected:
 
 TEST_F(LateHandlesTest, InitializingReturnsALong) {
     Variant handle;
-    ASSERT_EQ(S_OK, Call(L"DPInitialize", {}, &handle));
+    ASSERT_THAT(Call(L"DPInitialize", {}, &handle), IsOk());
     EXPECT_GT(handle.Number(), 0);
-    EXPECT_EQ(S_OK, api_->DPSetSelItemPath(handle.Number(), Text("x")));
-    EXPECT_EQ(S_OK, Call(L"DPUnInitialize", {handle}));
-    EXPECT_EQ(S_FALSE, api_->DPSetSelItemPath(handle.Number(), Text("x")));
+    EXPECT_THAT(api_->DPSetSelItemPath(handle.Number(), Text("x")), IsOk());
+    EXPECT_THAT(Call(L"DPUnInitialize", {handle}), IsOk());
+    EXPECT_THAT(api_->DPSetSelItemPath(handle.Number(), Text("x")), IsRefused());
 }
 
 TEST_F(LateHandlesTest, HandleByValueIsTakenInEveryNumericType) {
@@ -67,26 +68,28 @@ TEST_F(LateHandlesTest, EmptyAndZeroAreHandleZero) {
     EXPECT_EQ(0, ReadWith(Variant()));
     EXPECT_EQ(0, ReadWith(0));
     EXPECT_EQ(0, ReadWith(Variant::Raw(VT_I2, 0)));
-    EXPECT_EQ(S_OK, Call(L"DPUnInitialize", {Variant()}));
+    EXPECT_THAT(Call(L"DPUnInitialize", {Variant()}), IsOk());
 }
 
 TEST_F(LateHandlesTest, TextThatIsNoNumberIsNoHandle) {
-    EXPECT_EQ(DISP_E_TYPEMISMATCH, Call(L"DPGetProfileInt", {L"abc", L"S", L"K", 5}));
+    EXPECT_THAT(Call(L"DPGetProfileInt", {L"abc", L"S", L"K", 5}), Fails(DISP_E_TYPEMISMATCH));
     EXPECT_EQ(3u, wrongArgument_);
 }
 
 TEST_F(LateHandlesTest, LoadingStoresANewHandleBetweenIntactNeighbours) {
     LONG variables[] = {0x11111111, 0, 0x22222222};
-    ASSERT_EQ(S_OK, Call(L"DPLoadFile", {Variant::Reference(VT_I4, &variables[1]), L"<A>\\a.kra"}));
+    ASSERT_THAT(Call(L"DPLoadFile", {Variant::Reference(VT_I4, &variables[1]), L"<A>\\a.kra"}),
+                IsOk());
     EXPECT_EQ(0x11111111, variables[0]);
     EXPECT_GT(variables[1], 0);
     EXPECT_EQ(0x22222222, variables[2]);
-    EXPECT_EQ(S_OK, api_->DPUnInitialize(variables[1]));
+    EXPECT_THAT(api_->DPUnInitialize(variables[1]), IsOk());
 }
 
 TEST_F(LateHandlesTest, LoadingKeepsAGivenHandleAndItsNeighbours) {
     LONG variables[] = {0x11111111, Handle(), 0x22222222};
-    ASSERT_EQ(S_OK, Call(L"DPLoadFile", {Variant::Reference(VT_I4, &variables[1]), L"<A>\\a.kra"}));
+    ASSERT_THAT(Call(L"DPLoadFile", {Variant::Reference(VT_I4, &variables[1]), L"<A>\\a.kra"}),
+                IsOk());
     EXPECT_EQ(0x11111111, variables[0]);
     EXPECT_EQ(Handle(), variables[1]);
     EXPECT_EQ(0x22222222, variables[2]);
@@ -95,42 +98,44 @@ TEST_F(LateHandlesTest, LoadingKeepsAGivenHandleAndItsNeighbours) {
 TEST_F(LateHandlesTest, EveryVariableThatIsWideEnoughTakesANewHandle) {
     for (const VARTYPE type : {VT_I4, VT_UI4, VT_INT, VT_UINT}) {
         LONG variables[] = {0, 0x22222222};
-        ASSERT_EQ(S_OK, Call(L"DPLoadFile", {Variant::Reference(type, variables), L"<A>\\a.kra"}));
+        ASSERT_THAT(Call(L"DPLoadFile", {Variant::Reference(type, variables), L"<A>\\a.kra"}),
+                    IsOk());
         EXPECT_EQ(0x22222222, variables[1]);
-        EXPECT_EQ(S_OK, api_->DPFlushFile(variables[0]));
-        EXPECT_EQ(S_OK, api_->DPUnInitialize(variables[0]));
+        EXPECT_THAT(api_->DPFlushFile(variables[0]), IsOk());
+        EXPECT_THAT(api_->DPUnInitialize(variables[0]), IsOk());
     }
     for (const VARTYPE type : {VT_I8, VT_UI8}) {
         LONGLONG handle = 0;
-        ASSERT_EQ(S_OK, Call(L"DPLoadFile", {Variant::Reference(type, &handle), L"<A>\\a.kra"}));
-        EXPECT_EQ(S_OK, api_->DPFlushFile(handle));
-        EXPECT_EQ(S_OK, api_->DPUnInitialize(handle));
+        ASSERT_THAT(Call(L"DPLoadFile", {Variant::Reference(type, &handle), L"<A>\\a.kra"}),
+                    IsOk());
+        EXPECT_THAT(api_->DPFlushFile(handle), IsOk());
+        EXPECT_THAT(api_->DPUnInitialize(handle), IsOk());
     }
 }
 
 TEST_F(LateHandlesTest, EmptyScriptVariableBecomesALong) {
     Variant variable;
-    ASSERT_EQ(S_OK, Call(L"DPLoadFile", {Variant::Reference(variable), L"<A>\\a.kra"}));
-    EXPECT_EQ(S_OK, api_->DPFlushFile(variable.Number()));
-    EXPECT_EQ(S_OK, api_->DPUnInitialize(variable.Number()));
+    ASSERT_THAT(Call(L"DPLoadFile", {Variant::Reference(variable), L"<A>\\a.kra"}), IsOk());
+    EXPECT_THAT(api_->DPFlushFile(variable.Number()), IsOk());
+    EXPECT_THAT(api_->DPUnInitialize(variable.Number()), IsOk());
 }
 
 TEST_F(LateHandlesTest, ScriptVariableKeepsItsHandle) {
     Variant variable(Handle());
-    ASSERT_EQ(S_OK, Call(L"DPLoadFile", {Variant::Reference(variable), L"<A>\\a.kra"}));
+    ASSERT_THAT(Call(L"DPLoadFile", {Variant::Reference(variable), L"<A>\\a.kra"}), IsOk());
     EXPECT_EQ(Handle(), variable.Number());
 }
 
 TEST_F(LateHandlesTest, HandleToBeSetMayBeGivenByValue) {
-    ASSERT_EQ(S_OK, Call(L"DPLoadFile", {Handle(), L"<A>\\other.kra"}));
+    ASSERT_THAT(Call(L"DPLoadFile", {Handle(), L"<A>\\other.kra"}), IsOk());
     EXPECT_EQ(L"(default)", Read(session_, L"S", L"K"));
 }
 
 TEST_F(LateHandlesTest, NarrowVariableIsRefusedAndLeftAlone) {
     for (const VARTYPE type : {VT_I2, VT_UI1, VT_BOOL, VT_R8, VT_BSTR}) {
         LONGLONG variables[] = {0, 0x2222222222222222};
-        EXPECT_EQ(DISP_E_TYPEMISMATCH,
-                  Call(L"DPLoadFile", {Variant::Reference(type, variables), L"<A>\\a.kra"}))
+        EXPECT_THAT(Call(L"DPLoadFile", {Variant::Reference(type, variables), L"<A>\\a.kra"}),
+                    Fails(DISP_E_TYPEMISMATCH))
             << type;
         EXPECT_EQ(1u, wrongArgument_);
         EXPECT_EQ(0, variables[0]);
@@ -138,7 +143,7 @@ TEST_F(LateHandlesTest, NarrowVariableIsRefusedAndLeftAlone) {
     }
 }
 
-class LateCallsTest : public LateHandlesTest {};
+using LateCallsTest = LateHandlesTest;
 
 TEST_F(LateCallsTest, NamesAreFoundInAnyCase) {
     EXPECT_EQ(1, IdOf(L"DPInitialize"));
@@ -150,48 +155,51 @@ TEST_F(LateCallsTest, UnknownNamesAndIdentifiersAreRefused) {
     std::wstring name = L"DPNothing";
     LPOLESTR names[] = {name.data()};
     DISPID id = 4711;
-    EXPECT_EQ(DISP_E_UNKNOWNNAME,
-              api_->GetIDsOfNames(IID_NULL, names, 1, LOCALE_USER_DEFAULT, &id));
-    EXPECT_EQ(E_POINTER, api_->GetIDsOfNames(IID_NULL, nullptr, 1, LOCALE_USER_DEFAULT, &id));
-    EXPECT_EQ(E_POINTER, api_->GetIDsOfNames(IID_NULL, names, 1, LOCALE_USER_DEFAULT, nullptr));
+    EXPECT_THAT(api_->GetIDsOfNames(IID_NULL, names, 1, LOCALE_USER_DEFAULT, &id),
+                Fails(DISP_E_UNKNOWNNAME));
+    EXPECT_THAT(api_->GetIDsOfNames(IID_NULL, nullptr, 1, LOCALE_USER_DEFAULT, &id),
+                Fails(E_POINTER));
+    EXPECT_THAT(api_->GetIDsOfNames(IID_NULL, names, 1, LOCALE_USER_DEFAULT, nullptr),
+                Fails(E_POINTER));
     for (const DISPID unknown : {0, 24, -1, 4711}) {
-        EXPECT_EQ(DISP_E_MEMBERNOTFOUND, Invoke(unknown, {}, {})) << unknown;
+        EXPECT_THAT(Invoke(unknown, {}, {}), Fails(DISP_E_MEMBERNOTFOUND)) << unknown;
     }
 }
 
 TEST_F(LateCallsTest, MissingParametersAreRefused) {
-    EXPECT_EQ(E_POINTER, api_->Invoke(1, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD, nullptr,
-                                      nullptr, nullptr, nullptr));
+    EXPECT_THAT(api_->Invoke(1, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD, nullptr, nullptr,
+                             nullptr, nullptr),
+                Fails(E_POINTER));
 }
 
 TEST_F(LateCallsTest, WrongNumberOfArgumentsIsRefused) {
     Variant result;
-    EXPECT_EQ(DISP_E_BADPARAMCOUNT, Call(L"DPUnInitialize", {Handle(), 1}));
-    EXPECT_TRUE(FAILED(Call(L"DPUnInitialize", {})));
-    EXPECT_TRUE(FAILED(Call(L"DPGetProfileInt", {Handle(), L"S", L"K"}, &result)));
-    EXPECT_EQ(DISP_E_BADPARAMCOUNT,
-              Call(L"DPGetProfileInt", {Handle(), L"S", L"K", 5, 6, 7}, &result));
-    EXPECT_EQ(S_OK, api_->DPFlushFile(session_)) << "the session was ended";
+    EXPECT_THAT(Call(L"DPUnInitialize", {Handle(), 1}), Fails(DISP_E_BADPARAMCOUNT));
+    EXPECT_THAT(Call(L"DPUnInitialize", {}), Fails());
+    EXPECT_THAT(Call(L"DPGetProfileInt", {Handle(), L"S", L"K"}, &result), Fails());
+    EXPECT_THAT(Call(L"DPGetProfileInt", {Handle(), L"S", L"K", 5, 6, 7}, &result),
+                Fails(DISP_E_BADPARAMCOUNT));
+    EXPECT_THAT(api_->DPFlushFile(session_), IsOk()) << "the session was ended";
 }
 
 TEST_F(LateCallsTest, ArgumentsMayAllBeNamed) {
     Variant result;
-    EXPECT_EQ(S_OK, Invoke(6, {5, L"K", L"S", Handle()}, {3, 2, 1, 0}, &result));
+    EXPECT_THAT(Invoke(6, {5, L"K", L"S", Handle()}, {3, 2, 1, 0}, &result), IsOk());
     EXPECT_EQ(1, result.Number());
 }
 
 TEST_F(LateCallsTest, NamedArgumentsFollowPositionalOnes) {
     Variant result;
-    EXPECT_EQ(S_OK, Invoke(6, {Handle(), L"S", 5, L"K"}, {3, 2}, &result));
+    EXPECT_THAT(Invoke(6, {Handle(), L"S", 5, L"K"}, {3, 2}, &result), IsOk());
     EXPECT_EQ(1, result.Number());
 }
 
 TEST_F(LateCallsTest, NamedHandleVariableIsSet) {
     LONG variables[] = {0, 0x22222222};
-    EXPECT_EQ(S_OK, Invoke(4, {L"<A>\\a.kra", Variant::Reference(VT_I4, variables)}, {1, 0}));
+    EXPECT_THAT(Invoke(4, {L"<A>\\a.kra", Variant::Reference(VT_I4, variables)}, {1, 0}), IsOk());
     EXPECT_GT(variables[0], 0);
     EXPECT_EQ(0x22222222, variables[1]);
-    EXPECT_EQ(S_OK, api_->DPUnInitialize(variables[0]));
+    EXPECT_THAT(api_->DPUnInitialize(variables[0]), IsOk());
 }
 
 TEST_F(LateCallsTest, ParameterNamesAreFoundForNamedArguments) {
@@ -200,7 +208,7 @@ TEST_F(LateCallsTest, ParameterNamesAreFoundForNamedArguments) {
     std::wstring last = L"nDefVal";
     LPOLESTR names[] = {method.data(), first.data(), last.data()};
     DISPID ids[] = {-1, -1, -1};
-    EXPECT_EQ(S_OK, api_->GetIDsOfNames(IID_NULL, names, 3, LOCALE_USER_DEFAULT, ids));
+    EXPECT_THAT(api_->GetIDsOfNames(IID_NULL, names, 3, LOCALE_USER_DEFAULT, ids), IsOk());
     EXPECT_EQ(6, ids[0]);
     EXPECT_EQ(0, ids[1]);
     EXPECT_EQ(3, ids[2]);

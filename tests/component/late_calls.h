@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "component/component.h"
+#include "support/results.h"
 
 namespace depot::test {
 
@@ -87,7 +88,8 @@ protected:
         std::wstring text(name);
         LPOLESTR names[] = {text.data()};
         DISPID id = DISPID_UNKNOWN;
-        EXPECT_EQ(S_OK, api_->GetIDsOfNames(IID_NULL, names, 1, LOCALE_USER_DEFAULT, &id)) << name;
+        EXPECT_THAT(api_->GetIDsOfNames(IID_NULL, names, 1, LOCALE_USER_DEFAULT, &id), IsOk())
+            << name;
         return id;
     }
 

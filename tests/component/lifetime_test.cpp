@@ -1,6 +1,7 @@
 // What keeps the DLL loaded, and who gets its class factory.
 #include "component/component.h"
 #include "support/leak_counts.h"
+#include "support/results.h"
 
 namespace depot::test {
 namespace {
@@ -11,8 +12,9 @@ class LifetimeTest : public testing::Test {
 protected:
     Com<IClassFactory> Factory() const {
         IClassFactory* factory = nullptr;
-        EXPECT_EQ(S_OK, library_.GetClassObject(CLSID_DepotIntrApi, IID_IClassFactory,
-                                                reinterpret_cast<void**>(&factory)));
+        EXPECT_THAT(library_.GetClassObject(CLSID_DepotIntrApi, IID_IClassFactory,
+                                            reinterpret_cast<void**>(&factory)),
+                    IsOk());
         return Com<IClassFactory>(factory);
     }
 
@@ -22,45 +24,45 @@ protected:
 };
 
 TEST_F(LifetimeTest, DllCanBeUnloadedWhenNothingIsInUse) {
-    EXPECT_EQ(S_OK, library_.CanUnloadNow());
+    EXPECT_THAT(library_.CanUnloadNow(), IsOk());
 }
 
 TEST_F(LifetimeTest, LiveObjectKeepsTheDllUntilItsLastRelease) {
     Com<IDepotIntrApi> first = library_.CreateApi();
     Com<IDepotIntrApi> second = library_.CreateApi();
-    EXPECT_EQ(S_FALSE, library_.CanUnloadNow());
+    EXPECT_THAT(library_.CanUnloadNow(), IsRefused());
     first.reset();
-    EXPECT_EQ(S_FALSE, library_.CanUnloadNow());
+    EXPECT_THAT(library_.CanUnloadNow(), IsRefused());
     second->AddRef();
     EXPECT_EQ(1u, second->Release());
-    EXPECT_EQ(S_FALSE, library_.CanUnloadNow());
+    EXPECT_THAT(library_.CanUnloadNow(), IsRefused());
     second.reset();
-    EXPECT_EQ(S_OK, library_.CanUnloadNow());
+    EXPECT_THAT(library_.CanUnloadNow(), IsOk());
 }
 
 TEST_F(LifetimeTest, ServerLockKeepsTheDllAfterTheFactoryIsReleased) {
-    ASSERT_EQ(S_OK, Factory()->LockServer(TRUE));
-    ASSERT_EQ(S_OK, Factory()->LockServer(TRUE));
-    EXPECT_EQ(S_FALSE, library_.CanUnloadNow());
-    ASSERT_EQ(S_OK, Factory()->LockServer(FALSE));
-    EXPECT_EQ(S_FALSE, library_.CanUnloadNow());
-    ASSERT_EQ(S_OK, Factory()->LockServer(FALSE));
-    EXPECT_EQ(S_OK, library_.CanUnloadNow());
+    ASSERT_THAT(Factory()->LockServer(TRUE), IsOk());
+    ASSERT_THAT(Factory()->LockServer(TRUE), IsOk());
+    EXPECT_THAT(library_.CanUnloadNow(), IsRefused());
+    ASSERT_THAT(Factory()->LockServer(FALSE), IsOk());
+    EXPECT_THAT(library_.CanUnloadNow(), IsRefused());
+    ASSERT_THAT(Factory()->LockServer(FALSE), IsOk());
+    EXPECT_THAT(library_.CanUnloadNow(), IsOk());
 }
 
 TEST_F(LifetimeTest, FactoryHeldByAClientKeepsTheDll) {
     Com<IClassFactory> factory = Factory();
-    EXPECT_EQ(S_FALSE, library_.CanUnloadNow());
+    EXPECT_THAT(library_.CanUnloadNow(), IsRefused());
     factory.reset();
-    EXPECT_EQ(S_OK, library_.CanUnloadNow());
+    EXPECT_THAT(library_.CanUnloadNow(), IsOk());
 }
 
 TEST_F(LifetimeTest, SessionWithoutAnObjectDoesNotKeepTheDll) {
     Com<IDepotIntrApi> api = library_.CreateApi();
     LONG_PTR session = 0;
-    ASSERT_EQ(S_OK, api->DPInitialize(&session));
+    ASSERT_THAT(api->DPInitialize(&session), IsOk());
     api.reset();
-    EXPECT_EQ(S_OK, library_.CanUnloadNow());
+    EXPECT_THAT(library_.CanUnloadNow(), IsOk());
 }
 
 TEST_F(LifetimeTest, FactoryIsTheSameForEveryCaller) {
@@ -72,59 +74,61 @@ TEST_F(LifetimeTest, FactoryIsTheSameForEveryCaller) {
 TEST_F(LifetimeTest, FactoryAnswersItsOwnInterfacesOnly) {
     const Com<IClassFactory> factory = Factory();
     IUnknown* same = nullptr;
-    ASSERT_EQ(S_OK, factory->QueryInterface(IID_IUnknown, reinterpret_cast<void**>(&same)));
+    ASSERT_THAT(factory->QueryInterface(IID_IUnknown, reinterpret_cast<void**>(&same)), IsOk());
     const Com<IUnknown> owned(same);
     void* other = &same;
-    EXPECT_EQ(E_NOINTERFACE, factory->QueryInterface(IID_IDispatch, &other));
+    EXPECT_THAT(factory->QueryInterface(IID_IDispatch, &other), Fails(E_NOINTERFACE));
     EXPECT_EQ(nullptr, other);
-    EXPECT_EQ(E_POINTER, factory->QueryInterface(IID_IUnknown, nullptr));
+    EXPECT_THAT(factory->QueryInterface(IID_IUnknown, nullptr), Fails(E_POINTER));
 }
 
 TEST_F(LifetimeTest, UnknownClassIsNotAvailable) {
     for (const GUID& other : {IID_IDepotIntrApi, LIBID_DepotIntrLib, GUID_NULL}) {
         void* object = &object;
-        EXPECT_EQ(CLASS_E_CLASSNOTAVAILABLE,
-                  library_.GetClassObject(other, IID_IClassFactory, &object));
+        EXPECT_THAT(library_.GetClassObject(other, IID_IClassFactory, &object),
+                    Fails(CLASS_E_CLASSNOTAVAILABLE));
         EXPECT_EQ(nullptr, object);
     }
-    EXPECT_EQ(S_OK, library_.CanUnloadNow());
+    EXPECT_THAT(library_.CanUnloadNow(), IsOk());
 }
 
 TEST_F(LifetimeTest, ClassObjectWithoutAnOutputIsRefused) {
-    EXPECT_EQ(E_POINTER, library_.GetClassObject(CLSID_DepotIntrApi, IID_IClassFactory, nullptr));
+    EXPECT_THAT(library_.GetClassObject(CLSID_DepotIntrApi, IID_IClassFactory, nullptr),
+                Fails(E_POINTER));
 }
 
 TEST_F(LifetimeTest, ClassObjectUnderAForeignInterfaceIsRefused) {
     void* object = &object;
-    EXPECT_EQ(E_NOINTERFACE,
-              library_.GetClassObject(CLSID_DepotIntrApi, IID_IDepotIntrApi, &object));
+    EXPECT_THAT(library_.GetClassObject(CLSID_DepotIntrApi, IID_IDepotIntrApi, &object),
+                Fails(E_NOINTERFACE));
     EXPECT_EQ(nullptr, object);
-    EXPECT_EQ(S_OK, library_.CanUnloadNow());
+    EXPECT_THAT(library_.CanUnloadNow(), IsOk());
 }
 
 TEST_F(LifetimeTest, CreationUnderAForeignInterfaceLeavesNoObject) {
     void* object = &object;
-    EXPECT_EQ(E_NOINTERFACE, Factory()->CreateInstance(nullptr, IID_IClassFactory, &object));
+    EXPECT_THAT(Factory()->CreateInstance(nullptr, IID_IClassFactory, &object),
+                Fails(E_NOINTERFACE));
     EXPECT_EQ(nullptr, object);
-    EXPECT_EQ(E_POINTER, Factory()->CreateInstance(nullptr, IID_IUnknown, nullptr));
-    EXPECT_EQ(S_OK, library_.CanUnloadNow());
+    EXPECT_THAT(Factory()->CreateInstance(nullptr, IID_IUnknown, nullptr), Fails(E_POINTER));
+    EXPECT_THAT(library_.CanUnloadNow(), IsOk());
 }
 
 TEST_F(LifetimeTest, ObjectHasItsThreeInterfacesOnly) {
     const Com<IDepotIntrApi> api = library_.CreateApi();
     for (const IID& id : {IID_IUnknown, IID_IDispatch, IID_IDepotIntrApi}) {
         IUnknown* found = nullptr;
-        ASSERT_EQ(S_OK, api->QueryInterface(id, reinterpret_cast<void**>(&found)));
+        ASSERT_THAT(api->QueryInterface(id, reinterpret_cast<void**>(&found)), IsOk());
         EXPECT_EQ(static_cast<IUnknown*>(api.get()), found);
         found->Release();
     }
     void* other = &other;
-    EXPECT_EQ(E_NOINTERFACE, api->QueryInterface(IID_IClassFactory, &other));
+    EXPECT_THAT(api->QueryInterface(IID_IClassFactory, &other), Fails(E_NOINTERFACE));
     EXPECT_EQ(nullptr, other);
-    EXPECT_EQ(E_POINTER, api->QueryInterface(IID_IUnknown, nullptr));
+    EXPECT_THAT(api->QueryInterface(IID_IUnknown, nullptr), Fails(E_POINTER));
 }
 
-class UnloadTest : public ComponentTest {};
+using UnloadTest = ComponentTest;
 
 TEST_F(UnloadTest, SessionsLeftBehindDoNotDisturbTheUnloading) {
     const std::string copy = CopyComponent(folder_, "qdirsvc.dll");
@@ -133,9 +137,9 @@ TEST_F(UnloadTest, SessionsLeftBehindDoNotDisturbTheUnloading) {
         ASSERT_NE(Library::Own().Module(), library.Module());
         const Com<IDepotIntrApi> api = library.CreateApi();
         LONG_PTR session = 0;
-        ASSERT_EQ(S_OK, api->DPLoadFile(&session, Text(folder_.At("a.kra"))));
+        ASSERT_THAT(api->DPLoadFile(&session, Text(folder_.At("a.kra"))), IsOk());
         OutText path;
-        EXPECT_EQ(S_FALSE, api->DPGetDefaultDPPath(session, path));
+        EXPECT_THAT(api->DPGetDefaultDPPath(session, path), IsRefused());
     }
     EXPECT_EQ(nullptr, GetModuleHandleA(copy.c_str()));
 }
@@ -146,12 +150,12 @@ TEST_F(UnloadTest, SessionsTypeLibraryAndFactoryAreReleasedWithTheLibrary) {
         const Library library(copy);
         const Com<IDepotIntrApi> api = library.CreateApi();
         LONG_PTR session = 0;
-        EXPECT_EQ(S_OK, api->DPLoadFile(&session, Text(folder_.At("a.kra"))));
+        EXPECT_THAT(api->DPLoadFile(&session, Text(folder_.At("a.kra"))), IsOk());
         ITypeInfo* type = nullptr;
-        EXPECT_EQ(S_OK, api->GetTypeInfo(0, LOCALE_USER_DEFAULT, &type));
+        EXPECT_THAT(api->GetTypeInfo(0, LOCALE_USER_DEFAULT, &type), IsOk());
         type->Release();
         if (!endsSession) return;
-        EXPECT_EQ(S_OK, api->DPUnInitialize(session));
+        EXPECT_THAT(api->DPUnInitialize(session), IsOk());
     };
     constexpr int kRounds = 10;
     // What the loader and the runtime keep of a library that was only loaded.

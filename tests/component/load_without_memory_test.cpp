@@ -3,7 +3,7 @@
 
 #include "component/component.h"
 #include "platform/compiler.h"
-#include "support/box_at_load.h"
+#include "support/box_log.h"
 
 namespace depot::test {
 namespace {
@@ -102,7 +102,7 @@ TEST(LoadWithoutMemoryTest, ComponentIsLoadedWholeOrNotAtAll) {
     const ScratchFolder folder;
     const std::string copy = CopyComponent(folder, "qdirsvc.dll");
     // Without its resources it tells so in a box.
-    const BoxWatcher boxes("DepotIntr");
+    const BoxLog boxes;
     const int asked = AllocationsOfALoad(copy);
     // The last ones are the component's own; the first the runtime cannot do without.
     constexpr int kOwn = 12;

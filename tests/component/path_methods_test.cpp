@@ -3,6 +3,7 @@
 
 #include "component/component.h"
 #include "support/box_log.h"
+#include "support/results.h"
 
 namespace depot::test {
 namespace {
@@ -112,11 +113,11 @@ TEST_F(FolderDepotsTest, DepotPathIsConvertedToTheFileSystem) {
 
 TEST_F(FolderDepotsTest, BareNameOfADepotStandsForItsRoot) {
     const Session session(*api_);
-    EXPECT_EQ(S_OK, api_->DPFileExists(0, Text("<Work>")));
-    EXPECT_EQ(S_OK, api_->DPFileExists(0, Text("<WORK>")));
-    EXPECT_EQ(S_FALSE, api_->DPFileExists(0, Text("<Nobody>")));
-    EXPECT_EQ(S_OK, api_->DPIsPathWriteAble(session, Text("<Work>")));
-    EXPECT_EQ(S_FALSE, api_->DPIsPathWriteAble(session, Text("<Nobody>")));
+    EXPECT_THAT(api_->DPFileExists(0, Text("<Work>")), IsOk());
+    EXPECT_THAT(api_->DPFileExists(0, Text("<WORK>")), IsOk());
+    EXPECT_THAT(api_->DPFileExists(0, Text("<Nobody>")), IsRefused());
+    EXPECT_THAT(api_->DPIsPathWriteAble(session, Text("<Work>")), IsOk());
+    EXPECT_THAT(api_->DPIsPathWriteAble(session, Text("<Nobody>")), IsRefused());
     EXPECT_EQ(Wide(work_) + L"\\", ToFileSystem("<Work>"));
     EXPECT_EQ(ToFileSystem("<Work>\\"), ToFileSystem("<Work>"));
 }
@@ -132,9 +133,9 @@ TEST_F(FolderDepotsTest, EmptyPathIsNotConverted) {
 }
 
 TEST_F(FolderDepotsTest, ExistingFilesAreFoundInBothForms) {
-    EXPECT_EQ(S_OK, api_->DPFileExists(0, Text("<Work>\\Sessions\\office.kre")));
-    EXPECT_EQ(S_OK, api_->DPFileExists(0, Text("<work>\\SESSIONS\\OFFICE.KRE")));
-    EXPECT_EQ(S_OK, api_->DPFileExists(0, Text(work_ + "\\Sessions\\office.kre")));
+    EXPECT_THAT(api_->DPFileExists(0, Text("<Work>\\Sessions\\office.kre")), IsOk());
+    EXPECT_THAT(api_->DPFileExists(0, Text("<work>\\SESSIONS\\OFFICE.KRE")), IsOk());
+    EXPECT_THAT(api_->DPFileExists(0, Text(work_ + "\\Sessions\\office.kre")), IsOk());
 }
 
 TEST_F(FolderDepotsTest, MissingFilesAndPathsOutsideEveryDepotDoNotExist) {
@@ -142,7 +143,7 @@ TEST_F(FolderDepotsTest, MissingFilesAndPathsOutsideEveryDepotDoNotExist) {
     for (const std::string& name :
          {std::string("<Work>\\office.kre"), std::string("<Team>\\Sessions\\office.kre"),
           std::string("<Nobody>\\a.kra"), outside, std::string("office.kre"), std::string()}) {
-        EXPECT_EQ(S_FALSE, api_->DPFileExists(0, Text(name))) << name;
+        EXPECT_THAT(api_->DPFileExists(0, Text(name)), IsRefused()) << name;
     }
 }
 
@@ -164,15 +165,15 @@ TEST_F(FolderDepotsTest, ConvertedPathsLeadBack) {
     EXPECT_EQ(L"<Work>\\Sessions\\office.kre", depotPath);
     const std::string narrow(depotPath.begin(), depotPath.end());
     EXPECT_EQ(L"<My Work>\\Sessions\\", DisplayPath(0, narrow));
-    EXPECT_EQ(S_OK, api_->DPFileExists(0, Text(narrow)));
+    EXPECT_THAT(api_->DPFileExists(0, Text(narrow)), IsOk());
 }
 
 TEST_F(FolderDepotsTest, SelectedItemIsTakenAsItIs) {
     const Session session(*api_);
     for (const char* path : {"<Work>\\a.kra", "no such place", ""}) {
-        EXPECT_EQ(S_OK, api_->DPSetSelItemPath(session, Text(path)));
+        EXPECT_THAT(api_->DPSetSelItemPath(session, Text(path)), IsOk());
     }
-    EXPECT_EQ(S_FALSE, api_->DPSetSelItemPath(0, Text("<Work>\\a.kra")));
+    EXPECT_THAT(api_->DPSetSelItemPath(0, Text("<Work>\\a.kra")), IsRefused());
 }
 
 TEST_F(FolderDepotsTest, HugeAndBrokenPathsAreAnswered) {
@@ -181,12 +182,13 @@ TEST_F(FolderDepotsTest, HugeAndBrokenPathsAreAnswered) {
     EXPECT_EQ(L"<My Work>\\", DisplayPath(0, "<Work>\\" + huge));
     EXPECT_EQ(L"(null)", FromDisplayName(0, huge));
     EXPECT_EQ(L"<Work>\\" + Wide(huge), FromDisplayName(0, "<My Work>\\" + huge));
-    EXPECT_EQ(S_FALSE, api_->DPFileExists(0, Text("<Work>\\" + huge)));
+    EXPECT_THAT(api_->DPFileExists(0, Text("<Work>\\" + huge)), IsRefused());
     EXPECT_EQ(L"(null)", ToFileSystem("<Work>\\" + huge));
-    EXPECT_EQ(S_FALSE, api_->DPFileExists(0, Text(std::wstring_view(L"\0<Work>\\a", 9))));
+    EXPECT_THAT(api_->DPFileExists(0, Text(std::wstring_view(L"\0<Work>\\a", 9))), IsRefused());
     OutText path;
-    EXPECT_EQ(S_FALSE, api_->DPGetDepotDisplayPath(
-                           0, Text(std::wstring_view(L"<Work>\\a\\b\0\\c\\d", 15)), path));
+    EXPECT_THAT(
+        api_->DPGetDepotDisplayPath(0, Text(std::wstring_view(L"<Work>\\a\\b\0\\c\\d", 15)), path),
+        IsRefused());
     EXPECT_TRUE(path.IsNull());
 }
 
@@ -197,7 +199,7 @@ TEST_F(FolderDepotsTest, DirectoryDepotHasNoFileSystemPaths) {
     depots_.Dword("Remote", "Type1", 1);
     depots_.Text("Remote", "Host1", "127.0.0.1");
     EXPECT_EQ(L"(null)", ToFileSystem("<Remote>\\a.kra"));
-    EXPECT_EQ(S_FALSE, api_->DPFileExists(0, Text("<Remote>\\a.kra")));
+    EXPECT_THAT(api_->DPFileExists(0, Text("<Remote>\\a.kra")), IsRefused());
     EXPECT_EQ(L"<Remote>\\", DisplayPath(0, "<Remote>\\a.kra"));
 }
 
@@ -219,8 +221,8 @@ TEST_F(BuiltInDepotTest, WithoutADefinedDepotThereIsNoDefaultPath) {
 
 TEST_F(BuiltInDepotTest, FilesBelowTheRootAreFoundByTheirPath) {
     const std::string file = folder_.MakeFile("Farrow\\a.kra", "[S]\r\nK=1\r\n");
-    EXPECT_EQ(S_OK, api_->DPFileExists(0, Text(file)));
-    EXPECT_EQ(S_FALSE, api_->DPFileExists(0, Text(root_ + "missing.kra")));
+    EXPECT_THAT(api_->DPFileExists(0, Text(file)), IsOk());
+    EXPECT_THAT(api_->DPFileExists(0, Text(root_ + "missing.kra")), IsRefused());
     EXPECT_EQ(Wide(file), ToFileSystem(file));
 }
 
@@ -236,8 +238,8 @@ TEST_F(BuiltInDepotTest, DisplayPathAlwaysEndsInABackslash) {
 
 TEST_F(BuiltInDepotTest, ValuesAreWrittenBelowTheRoot) {
     Session session(*api_);
-    ASSERT_EQ(S_OK, api_->DPLoadFile(session.Address(), Text(root_ + "new.kra")));
-    EXPECT_EQ(S_OK, api_->DPSetProfileString(session, Text("S"), Text("K"), Text(" 1")));
+    ASSERT_THAT(api_->DPLoadFile(session.Address(), Text(root_ + "new.kra")), IsOk());
+    EXPECT_THAT(api_->DPSetProfileString(session, Text("S"), Text("K"), Text(" 1")), IsOk());
     EXPECT_EQ(L" 1", Read(session, L"S", L"K"));
     EXPECT_EQ("[S]\r\nK=' 1'\r\n", FileBytes(root_ + "new.kra"));
 }

@@ -4,6 +4,7 @@
 #include "component/component.h"
 #include "platform/registry_key.h"
 #include "support/failing_memory.h"
+#include "support/results.h"
 
 namespace depot::test {
 namespace {
@@ -95,13 +96,13 @@ protected:
 };
 
 TEST_F(RegistrationTest, ApplicationKeysAreWritten) {
-    ASSERT_EQ(S_OK, library_.Register());
+    ASSERT_THAT(library_.Register(), IsOk());
     EXPECT_EQ((Content{{"", "DepotIntr"}}), At(kAppIdKey));
     EXPECT_EQ((Content{{"AppID", kAppIdText}}), At("AppID\\DepotIntr.DLL"));
 }
 
 TEST_F(RegistrationTest, ProgIdsAreWritten) {
-    ASSERT_EQ(S_OK, library_.Register());
+    ASSERT_THAT(library_.Register(), IsOk());
     EXPECT_EQ((Content{{"", "DepotIntrApi Class"}, {"CLSID\\", ""}}),
               At("DepotIntr.DepotIntrApi.1"));
     EXPECT_EQ((Content{{"", kClassText}}), At("DepotIntr.DepotIntrApi.1\\CLSID"));
@@ -112,7 +113,7 @@ TEST_F(RegistrationTest, ProgIdsAreWritten) {
 }
 
 TEST_F(RegistrationTest, ClassKeyIsWritten) {
-    ASSERT_EQ(S_OK, library_.Register());
+    ASSERT_THAT(library_.Register(), IsOk());
     const std::string key = kClassKey;
     EXPECT_EQ((Content{{"", "DepotIntrApi Class"},
                        {"AppID", kAppIdText},
@@ -131,7 +132,7 @@ TEST_F(RegistrationTest, ClassKeyIsWritten) {
 }
 
 TEST_F(RegistrationTest, TypeLibraryIsWritten) {
-    ASSERT_EQ(S_OK, library_.Register());
+    ASSERT_THAT(library_.Register(), IsOk());
     const std::string key = kLibraryKey;
     EXPECT_EQ("DepotIntr 1.0 Type Library", At(key + "\\1.0")[""]);
     EXPECT_EQ(ProgramFolder() + "DepotIntr.dll", At(key + "\\1.0\\0\\win64")[""]);
@@ -142,26 +143,26 @@ TEST_F(RegistrationTest, ClassAndProgrammableKeysAreEmptiedFirst) {
     Open(std::string(kClassKey) + "\\Stale");
     Open(std::string(kClassKey) + "\\Programmable\\Stale");
     Open("DepotIntr.DepotIntrApi\\Kept");
-    ASSERT_EQ(S_OK, library_.Register());
+    ASSERT_THAT(library_.Register(), IsOk());
     EXPECT_FALSE(Has(std::string(kClassKey) + "\\Stale"));
     EXPECT_FALSE(Has(std::string(kClassKey) + "\\Programmable\\Stale"));
     EXPECT_TRUE(Has("DepotIntr.DepotIntrApi\\Kept"));
 }
 
 TEST_F(RegistrationTest, RegisteringTwiceChangesNothing) {
-    ASSERT_EQ(S_OK, library_.Register());
+    ASSERT_THAT(library_.Register(), IsOk());
     const Content first = At(kClassKey);
-    ASSERT_EQ(S_OK, library_.Register());
+    ASSERT_THAT(library_.Register(), IsOk());
     EXPECT_EQ(first, At(kClassKey));
     EXPECT_EQ((Content{{"", "DepotIntr"}}), At(kAppIdKey));
 }
 
 TEST_F(RegistrationTest, UnregisteringRemovesWhatWasWrittenAndKeepsTheParents) {
-    ASSERT_EQ(S_OK, library_.Register());
+    ASSERT_THAT(library_.Register(), IsOk());
     Open("CLSID\\{Other}");
     Open("AppID\\{Other}");
     Open("DepotIntr.Other");
-    ASSERT_EQ(S_OK, library_.Unregister());
+    ASSERT_THAT(library_.Unregister(), IsOk());
     for (const char* gone :
          {kClassKey, kAppIdKey, kLibraryKey, kInterfaceKey, "AppID\\DepotIntr.DLL",
           "DepotIntr.DepotIntrApi", "DepotIntr.DepotIntrApi.1"}) {
@@ -173,34 +174,34 @@ TEST_F(RegistrationTest, UnregisteringRemovesWhatWasWrittenAndKeepsTheParents) {
 }
 
 TEST_F(RegistrationTest, EmptyParentsStayAfterUnregistering) {
-    ASSERT_EQ(S_OK, library_.Register());
-    ASSERT_EQ(S_OK, library_.Unregister());
+    ASSERT_THAT(library_.Register(), IsOk());
+    ASSERT_THAT(library_.Unregister(), IsOk());
     EXPECT_TRUE(Has("CLSID"));
     EXPECT_TRUE(Has("AppID"));
 }
 
 TEST_F(RegistrationTest, UnregisteringTwiceSucceeds) {
-    ASSERT_EQ(S_OK, library_.Register());
-    ASSERT_EQ(S_OK, library_.Unregister());
-    EXPECT_EQ(S_OK, library_.Unregister());
+    ASSERT_THAT(library_.Register(), IsOk());
+    ASSERT_THAT(library_.Unregister(), IsOk());
+    EXPECT_THAT(library_.Unregister(), IsOk());
     EXPECT_FALSE(Has(kClassKey));
 }
 
 TEST_F(RegistrationTest, UnregisteringWithoutARegistrationSucceeds) {
-    EXPECT_EQ(S_OK, library_.Unregister());
+    EXPECT_THAT(library_.Unregister(), IsOk());
     EXPECT_FALSE(Has("CLSID"));
 }
 
 TEST_F(RegistrationTest, FailingApplicationScriptStopsTheRegistration) {
     Deny("AppID");
-    EXPECT_EQ(HRESULT_FROM_WIN32(ERROR_CHILD_MUST_BE_VOLATILE), library_.Register());
+    EXPECT_THAT(library_.Register(), Fails(HRESULT_FROM_WIN32(ERROR_CHILD_MUST_BE_VOLATILE)));
     EXPECT_FALSE(Has("DepotIntr.DepotIntrApi"));
     EXPECT_FALSE(Has(kLibraryKey));
 }
 
 TEST_F(RegistrationTest, FailingClassScriptStopsTheRegistration) {
     Deny("DepotIntr.DepotIntrApi.1");
-    EXPECT_EQ(HRESULT_FROM_WIN32(ERROR_CHILD_MUST_BE_VOLATILE), library_.Register());
+    EXPECT_THAT(library_.Register(), Fails(HRESULT_FROM_WIN32(ERROR_CHILD_MUST_BE_VOLATILE)));
     EXPECT_TRUE(Has(kAppIdKey));
     EXPECT_FALSE(Has(kClassKey));
     EXPECT_FALSE(Has(kLibraryKey));
@@ -208,7 +209,7 @@ TEST_F(RegistrationTest, FailingClassScriptStopsTheRegistration) {
 
 TEST_F(RegistrationTest, FailingTypeLibraryIsReported) {
     Deny("TypeLib");
-    EXPECT_TRUE(FAILED(library_.Register()));
+    EXPECT_THAT(library_.Register(), Fails());
     EXPECT_TRUE(Has(kClassKey));
 }
 
@@ -232,40 +233,40 @@ private:
 };
 
 TEST_F(RegistrationTest, ClassThatCannotBeRemovedKeepsTypeLibraryAndApplication) {
-    ASSERT_EQ(S_OK, library_.Register());
+    ASSERT_THAT(library_.Register(), IsOk());
     {
         const LastingKey lasting(Wide(kClassText));
-        EXPECT_EQ(HRESULT_FROM_WIN32(ERROR_ACCESS_DENIED), library_.Unregister());
+        EXPECT_THAT(library_.Unregister(), Fails(HRESULT_FROM_WIN32(ERROR_ACCESS_DENIED)));
     }
     for (const char* kept :
          {kClassKey, kLibraryKey, kInterfaceKey, kAppIdKey, "AppID\\DepotIntr.DLL"}) {
         EXPECT_TRUE(Has(kept)) << kept;
     }
-    EXPECT_EQ(S_OK, library_.Unregister());
+    EXPECT_THAT(library_.Unregister(), IsOk());
 }
 
 TEST_F(RegistrationTest, TypeLibraryThatCannotBeRemovedIsReportedAndKeepsTheApplication) {
-    ASSERT_EQ(S_OK, library_.Register());
+    ASSERT_THAT(library_.Register(), IsOk());
     {
         const ImportPatch<decltype(&UnRegisterTypeLib)> refusing(
             "UnRegisterTypeLib",
             [](REFGUID, WORD, WORD, LCID, SYSKIND) { return TYPE_E_REGISTRYACCESS; },
             library_.Module());
         ASSERT_TRUE(refusing.IsInPlace());
-        EXPECT_EQ(TYPE_E_REGISTRYACCESS, library_.Unregister());
+        EXPECT_THAT(library_.Unregister(), Fails(TYPE_E_REGISTRYACCESS));
     }
     EXPECT_FALSE(Has(kClassKey));
     for (const char* kept : {kLibraryKey, kAppIdKey, "AppID\\DepotIntr.DLL"}) {
         EXPECT_TRUE(Has(kept)) << kept;
     }
-    EXPECT_EQ(S_OK, library_.Unregister());
+    EXPECT_THAT(library_.Unregister(), IsOk());
     EXPECT_FALSE(Has(kAppIdKey));
 }
 
 TEST_F(RegistrationTest, ApplicationThatCannotBeRemovedIsReportedLast) {
-    ASSERT_EQ(S_OK, library_.Register());
+    ASSERT_THAT(library_.Register(), IsOk());
     const LastingKey lasting(Wide(kAppIdText));
-    EXPECT_EQ(HRESULT_FROM_WIN32(ERROR_ACCESS_DENIED), library_.Unregister());
+    EXPECT_THAT(library_.Unregister(), Fails(HRESULT_FROM_WIN32(ERROR_ACCESS_DENIED)));
     for (const char* gone : {kClassKey, kLibraryKey, kInterfaceKey}) {
         EXPECT_FALSE(Has(gone)) << gone;
     }
@@ -284,9 +285,9 @@ protected:
 
 TEST_F(RegistrationLocaleTest, SuccessRestoresTheThreadLocale) {
     ASSERT_EQ(kFrench, GetThreadLocale());
-    ASSERT_EQ(S_OK, library_.Register());
+    ASSERT_THAT(library_.Register(), IsOk());
     EXPECT_EQ(kFrench, GetThreadLocale());
-    ASSERT_EQ(S_OK, library_.Unregister());
+    ASSERT_THAT(library_.Unregister(), IsOk());
     EXPECT_EQ(kFrench, GetThreadLocale());
 }
 
@@ -296,14 +297,14 @@ TEST_F(RegistrationLocaleTest, FailureOfAnyStepRestoresTheThreadLocale) {
         RegDeleteTreeA(HKEY_CURRENT_USER, classes_.Path().c_str());
         Redirect(Open(""));
         Deny(denied);
-        EXPECT_TRUE(FAILED(library_.Register()));
+        EXPECT_THAT(library_.Register(), Fails());
         EXPECT_EQ(kFrench, GetThreadLocale());
     }
 }
 
 TEST_F(RegistrationLocaleTest, FailingRemovalRestoresTheThreadLocale) {
     RegDeleteTreeA(HKEY_CURRENT_USER, classes_.Path().c_str());
-    EXPECT_TRUE(FAILED(library_.Unregister()));
+    EXPECT_THAT(library_.Unregister(), Fails());
     EXPECT_EQ(kFrench, GetThreadLocale());
 }
 
@@ -350,7 +351,7 @@ TEST_F(Regsvr32Test, RegisteredClassIsFoundByBothNames) {
     ASSERT_EQ(0u, Run(""));
     for (const wchar_t* name : {L"DepotIntr.DepotIntrApi", L"DepotIntr.DepotIntrApi.1"}) {
         CLSID found = {};
-        EXPECT_EQ(S_OK, CLSIDFromProgID(name, &found));
+        EXPECT_THAT(CLSIDFromProgID(name, &found), IsOk());
         EXPECT_TRUE(IsEqualCLSID(CLSID_DepotIntrApi, found));
     }
     EXPECT_NE(nullptr, CreateApi());
@@ -360,7 +361,7 @@ TEST_F(Regsvr32Test, UnregisteredClassIsGone) {
     ASSERT_EQ(0u, Run(""));
     ASSERT_EQ(0u, Run("/u"));
     CLSID found = {};
-    EXPECT_TRUE(FAILED(CLSIDFromProgID(L"DepotIntr.DepotIntrApi", &found)));
+    EXPECT_THAT(CLSIDFromProgID(L"DepotIntr.DepotIntrApi", &found), Fails());
     EXPECT_TRUE(KeyExists(HKEY_CLASSES_ROOT, "CLSID"));
     EXPECT_TRUE(KeyExists(HKEY_CLASSES_ROOT, "AppID"));
     ASSERT_EQ(0u, Run(""));

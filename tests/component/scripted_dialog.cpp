@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "support/results.h"
+
 namespace depot::test {
 namespace {
 
@@ -150,8 +152,9 @@ private:
 
 ScriptedDialogs::ScriptedDialogs() {
     auto* const factory = new ScriptedFactory(*this);
-    EXPECT_EQ(S_OK, CoRegisterClassObject(CLSID_DepotBrowseDialog, factory, CLSCTX_INPROC_SERVER,
-                                          REGCLS_MULTIPLEUSE, &registration_));
+    EXPECT_THAT(CoRegisterClassObject(CLSID_DepotBrowseDialog, factory, CLSCTX_INPROC_SERVER,
+                                      REGCLS_MULTIPLEUSE, &registration_),
+                IsOk());
     factory->Release();
 }
 
@@ -167,7 +170,7 @@ SAFEARRAY* NewTexts(const std::vector<std::wstring>& texts, LONG first) {
         const std::wstring& text = texts[static_cast<std::size_t>(index)];
         LONG place = first + index;
         const BSTR copy = SysAllocStringLen(text.data(), static_cast<UINT>(text.size()));
-        EXPECT_EQ(S_OK, SafeArrayPutElement(array, &place, copy));
+        EXPECT_THAT(SafeArrayPutElement(array, &place, copy), IsOk());
         SysFreeString(copy);
     }
     return array;

@@ -1,6 +1,7 @@
 // Sessions that a method makes while memory runs out: the client has one, or there is none.
 #include "component/component.h"
 #include "support/failing_memory.h"
+#include "support/results.h"
 
 namespace depot::test {
 namespace {
@@ -22,7 +23,7 @@ protected:
             const HRESULT result = call(handle);
             EXPECT_EQ(result == S_OK, handle != 0);
             refused_ += result == S_FALSE ? 1 : 0;
-            EXPECT_EQ(S_OK, fresh_->DPUnInitialize(handle));
+            EXPECT_THAT(fresh_->DPUnInitialize(handle), IsOk());
         };
         FailEachAllocation(checked, library_.Module());
         return LeftBehind([&] { FailEachAllocation(checked, library_.Module()); });
@@ -56,7 +57,7 @@ TEST_F(SessionsMemoryTest, InitializingHandsOutNoSessionWhenItFails) {
 
 TEST_F(SessionsMemoryTest, LoadingThatFailsLeavesAGivenSessionWithItsClient) {
     LONG_PTR given = 0;
-    ASSERT_EQ(S_OK, fresh_->DPInitialize(&given));
+    ASSERT_THAT(fresh_->DPInitialize(&given), IsOk());
     int refused = 0;
     FailEachAllocation(
         [&] {
@@ -66,8 +67,8 @@ TEST_F(SessionsMemoryTest, LoadingThatFailsLeavesAGivenSessionWithItsClient) {
         },
         library_.Module());
     EXPECT_LT(0, refused);
-    EXPECT_EQ(S_OK, fresh_->DPSetSelItemPath(given, Text("still alive")));
-    EXPECT_EQ(S_OK, fresh_->DPUnInitialize(given));
+    EXPECT_THAT(fresh_->DPSetSelItemPath(given, Text("still alive")), IsOk());
+    EXPECT_THAT(fresh_->DPUnInitialize(given), IsOk());
 }
 
 }  // namespace

@@ -5,11 +5,12 @@
 #include "component/component.h"
 #include "support/import_patch.h"
 #include "support/leak_counts.h"
+#include "support/results.h"
 
 namespace depot::test {
 namespace {
 
-class SessionsTest : public ComponentTest {};
+using SessionsTest = ComponentTest;
 
 TEST_F(SessionsTest, HandleLiesBelowTwoGigabytes) {
     std::vector<std::unique_ptr<Session>> sessions;
@@ -27,26 +28,28 @@ TEST_F(SessionsTest, SessionServesEveryObjectOfTheClass) {
     Session session(*api_);
     const Com<IDepotIntrApi> other = CreateApi();
     const std::string file = folder_.MakeFile("a.kra", "[S]\r\nK=1\r\n");
-    ASSERT_EQ(S_OK, other->DPLoadFile(session.Address(), Text(file)));
+    ASSERT_THAT(other->DPLoadFile(session.Address(), Text(file)), IsOk());
     EXPECT_EQ(L"1", Read(session, L"S", L"K"));
 }
 
 TEST_F(SessionsTest, SessionSurvivesTheObjectThatMadeIt) {
     Com<IDepotIntrApi> other = CreateApi();
     LONG_PTR handle = kJunkHandle;
-    ASSERT_EQ(S_OK, other->DPInitialize(&handle));
+    ASSERT_THAT(other->DPInitialize(&handle), IsOk());
     other.reset();
-    EXPECT_EQ(S_OK, api_->DPSetSelItemPath(handle, Text("x")));
-    EXPECT_EQ(S_OK, api_->DPUnInitialize(handle));
+    EXPECT_THAT(api_->DPSetSelItemPath(handle, Text("x")), IsOk());
+    EXPECT_THAT(api_->DPUnInitialize(handle), IsOk());
 }
 
 TEST_F(SessionsTest, SessionsAreIndependent) {
     Session first(*api_);
     Session second(*api_);
-    ASSERT_EQ(S_OK,
-              api_->DPLoadFile(first.Address(), Text(folder_.MakeFile("1.kra", "[S]\r\nK=1\r\n"))));
-    ASSERT_EQ(S_OK, api_->DPLoadFile(second.Address(),
-                                     Text(folder_.MakeFile("2.kra", "[S]\r\nK=2\r\n"))));
+    ASSERT_THAT(
+        api_->DPLoadFile(first.Address(), Text(folder_.MakeFile("1.kra", "[S]\r\nK=1\r\n"))),
+        IsOk());
+    ASSERT_THAT(
+        api_->DPLoadFile(second.Address(), Text(folder_.MakeFile("2.kra", "[S]\r\nK=2\r\n"))),
+        IsOk());
     EXPECT_EQ(L"1", Read(first, L"S", L"K"));
     EXPECT_EQ(L"2", Read(second, L"S", L"K"));
 }
@@ -54,30 +57,30 @@ TEST_F(SessionsTest, SessionsAreIndependent) {
 TEST_F(SessionsTest, NewSessionHasNoCurrentFile) {
     const Session session(*api_);
     OutText value;
-    EXPECT_EQ(S_FALSE,
-              api_->DPGetProfileString(session, Text("S"), Text("K"), Text("D"), value, 100));
+    EXPECT_THAT(api_->DPGetProfileString(session, Text("S"), Text("K"), Text("D"), value, 100),
+                IsRefused());
     EXPECT_TRUE(value.IsNull());
     ULONG number = 4711;
-    EXPECT_EQ(S_FALSE, api_->DPGetProfileInt(session, Text("S"), Text("K"), 5, &number));
+    EXPECT_THAT(api_->DPGetProfileInt(session, Text("S"), Text("K"), 5, &number), IsRefused());
     EXPECT_EQ(4711u, number);
-    EXPECT_EQ(S_FALSE, api_->DPSetProfileString(session, Text("S"), Text("K"), Text("V")));
-    EXPECT_EQ(S_FALSE, api_->DPFlushFile(session));
+    EXPECT_THAT(api_->DPSetProfileString(session, Text("S"), Text("K"), Text("V")), IsRefused());
+    EXPECT_THAT(api_->DPFlushFile(session), IsRefused());
 }
 
 TEST_F(SessionsTest, LoadingWithHandleZeroMakesAUsableSession) {
     const std::string file = folder_.MakeFile("a.kra", "[S]\r\nK=1\r\n");
     LONG_PTR handle = 0;
-    ASSERT_EQ(S_OK, api_->DPLoadFile(&handle, Text(file)));
+    ASSERT_THAT(api_->DPLoadFile(&handle, Text(file)), IsOk());
     EXPECT_GT(handle, 0);
     EXPECT_LE(handle, 0x7FFFFFFF);
     EXPECT_EQ(L"1", Read(handle, L"S", L"K"));
-    EXPECT_EQ(S_OK, api_->DPUnInitialize(handle));
+    EXPECT_THAT(api_->DPUnInitialize(handle), IsOk());
 }
 
 TEST_F(SessionsTest, LoadingKeepsTheSessionItIsGiven) {
     Session session(*api_);
     LONG_PTR handle = session;
-    ASSERT_EQ(S_OK, api_->DPLoadFile(&handle, Text(folder_.At("a.kra"))));
+    ASSERT_THAT(api_->DPLoadFile(&handle, Text(folder_.At("a.kra"))), IsOk());
     EXPECT_EQ(session, handle);
 }
 
@@ -86,10 +89,10 @@ TEST_F(SessionsTest, RunningSessionDoesNotSeeNewDepots) {
     const Session session(*api_);
     DefineDepot("New");
     OutText path;
-    EXPECT_EQ(S_FALSE, api_->DPGetPathFromDisplayName(session, Text("<New>\\a.kra"), path));
+    EXPECT_THAT(api_->DPGetPathFromDisplayName(session, Text("<New>\\a.kra"), path), IsRefused());
     EXPECT_TRUE(path.IsNull());
     const Session next(*api_);
-    EXPECT_EQ(S_OK, api_->DPGetPathFromDisplayName(next, Text("<New>\\a.kra"), path));
+    EXPECT_THAT(api_->DPGetPathFromDisplayName(next, Text("<New>\\a.kra"), path), IsOk());
     EXPECT_EQ(L"<New>\\a.kra", path.Value());
 }
 
@@ -99,15 +102,15 @@ TEST_F(SessionsTest, ThousandDepotsAreAllReachable) {
     }
     folder_.MakeFile("a.kra", "");
     const Session session(*api_);
-    EXPECT_EQ(S_OK, api_->DPFileExists(session, Text("<Depot0>\\a.kra")));
-    EXPECT_EQ(S_OK, api_->DPFileExists(session, Text("<Depot999>\\a.kra")));
+    EXPECT_THAT(api_->DPFileExists(session, Text("<Depot0>\\a.kra")), IsOk());
+    EXPECT_THAT(api_->DPFileExists(session, Text("<Depot999>\\a.kra")), IsOk());
 }
 
 TEST_F(SessionsTest, UserFolderIsLookedUpForEachSession) {
     product_.Text("", "UserDir", folder_.MakeFolder("Other\\Place\\User"));
     const Session session(*api_);
     OutText path;
-    ASSERT_EQ(S_OK, api_->DPGetPathFromDisplayName(session, Text("<My Depot>\\"), path));
+    ASSERT_THAT(api_->DPGetPathFromDisplayName(session, Text("<My Depot>\\"), path), IsOk());
     EXPECT_EQ(Wide(folder_.At("Other\\Place\\")), path.Value());
 }
 
@@ -132,7 +135,7 @@ protected:
 TEST_F(NoUserFolderTest, InitializingFailsWithHandleZero) {
     for (int count = 0; count < 3; ++count) {
         LONG_PTR handle = kJunkHandle;
-        EXPECT_EQ(S_FALSE, lonely_->DPInitialize(&handle));
+        EXPECT_THAT(lonely_->DPInitialize(&handle), IsRefused());
         EXPECT_EQ(0, handle);
     }
 }
@@ -140,7 +143,7 @@ TEST_F(NoUserFolderTest, InitializingFailsWithHandleZero) {
 TEST_F(NoUserFolderTest, FailedInitializingLeavesNoHandlesAndTheDllFreeToGo) {
     const auto fail = [&] {
         LONG_PTR handle = kJunkHandle;
-        EXPECT_EQ(S_FALSE, lonely_->DPInitialize(&handle));
+        EXPECT_THAT(lonely_->DPInitialize(&handle), IsRefused());
     };
     for (int round = 0; round < 5; ++round) fail();
     const std::size_t handles = CountOpenHandles();
@@ -153,11 +156,11 @@ TEST_F(NoUserFolderTest, FailedInitializingLeavesNoHandlesAndTheDllFreeToGo) {
     // And they hold nobody up.
     const std::string file = folder_.MakeFile("a.kra", "[S]\r\nK=1\r\n");
     LONG_PTR session = 0;
-    ASSERT_EQ(S_OK, lonely_->DPLoadFile(&session, Text(file)));
-    EXPECT_EQ(S_OK, lonely_->DPUnInitialize(session));
-    EXPECT_EQ(S_FALSE, library_.CanUnloadNow());
+    ASSERT_THAT(lonely_->DPLoadFile(&session, Text(file)), IsOk());
+    EXPECT_THAT(lonely_->DPUnInitialize(session), IsOk());
+    EXPECT_THAT(library_.CanUnloadNow(), IsRefused());
     lonely_.reset();
-    EXPECT_EQ(S_OK, library_.CanUnloadNow());
+    EXPECT_THAT(library_.CanUnloadNow(), IsOk());
 }
 
 // Counts the blocks of address space that a library takes.
@@ -204,17 +207,17 @@ TEST_F(NoUserFolderTest, WithoutMemoryThereIsNoSession) {
     const AddressSpaceLog log(library_);
     log.refuses = true;
     LONG_PTR handle = kJunkHandle;
-    EXPECT_EQ(S_FALSE, lonely_->DPInitialize(&handle));
+    EXPECT_THAT(lonely_->DPInitialize(&handle), IsRefused());
     EXPECT_EQ(0, handle);
     EXPECT_EQ(0, LoadNothing());
     LONG count = 0;
     handle = kJunkHandle;
-    EXPECT_EQ(S_FALSE, lonely_->DPFindInit(&handle, Text(), Text(), APP_SKEIN, &count));
+    EXPECT_THAT(lonely_->DPFindInit(&handle, Text(), Text(), APP_SKEIN, &count), IsRefused());
     EXPECT_EQ(0, handle);
     log.refuses = false;
     handle = LoadNothing();
     EXPECT_NE(0, handle);
-    EXPECT_EQ(S_OK, lonely_->DPUnInitialize(handle));
+    EXPECT_THAT(lonely_->DPUnInitialize(handle), IsOk());
 }
 
 TEST_F(NoUserFolderTest, DirectoryServiceIsNotTakenFromTheCurrentFolder) {
@@ -222,7 +225,7 @@ TEST_F(NoUserFolderTest, DirectoryServiceIsNotTakenFromTheCurrentFolder) {
     GetCurrentDirectoryA(sizeof(before), before);
     ASSERT_TRUE(SetCurrentDirectoryA(ProgramFolder().c_str()));
     LONG_PTR handle = kJunkHandle;
-    EXPECT_EQ(S_FALSE, lonely_->DPInitialize(&handle));
+    EXPECT_THAT(lonely_->DPInitialize(&handle), IsRefused());
     EXPECT_EQ(0, handle);
     SetCurrentDirectoryA(before);
 }
@@ -230,19 +233,19 @@ TEST_F(NoUserFolderTest, DirectoryServiceIsNotTakenFromTheCurrentFolder) {
 TEST_F(NoUserFolderTest, LoadingStillMakesAUsableSession) {
     const std::string file = folder_.MakeFile("a.kra", "[S]\r\nK=1\r\n");
     LONG_PTR handle = 0;
-    ASSERT_EQ(S_OK, lonely_->DPLoadFile(&handle, Text(file)));
+    ASSERT_THAT(lonely_->DPLoadFile(&handle, Text(file)), IsOk());
     ULONG value = 0;
-    EXPECT_EQ(S_OK, lonely_->DPGetProfileInt(handle, Text("S"), Text("K"), 5, &value));
+    EXPECT_THAT(lonely_->DPGetProfileInt(handle, Text("S"), Text("K"), 5, &value), IsOk());
     EXPECT_EQ(1u, value);
-    EXPECT_EQ(S_OK, lonely_->DPUnInitialize(handle));
+    EXPECT_THAT(lonely_->DPUnInitialize(handle), IsOk());
 }
 
 TEST_F(NoUserFolderTest, ConfiguredDepotsAreStillFound) {
     DefineDepot("A");
     folder_.MakeFile("A\\a.kra", "");
-    EXPECT_EQ(S_OK, lonely_->DPFileExists(0, Text("<A>\\a.kra")));
+    EXPECT_THAT(lonely_->DPFileExists(0, Text("<A>\\a.kra")), IsOk());
     OutText path;
-    EXPECT_EQ(S_OK, lonely_->DPGetDefaultDPPath(0, path));
+    EXPECT_THAT(lonely_->DPGetDefaultDPPath(0, path), IsOk());
     EXPECT_EQ(L"<A>\\", path.Value());
 }
 
@@ -264,27 +267,28 @@ TEST_F(LeftoversTest, TemporarySessionsLeaveNothing) {
     EXPECT_EQ(
         0u, CountLeftovers([&] {
             OutText path;
-            EXPECT_EQ(S_OK, api_->DPFileExists(0, Text("<A>\\a.kra")));
-            EXPECT_EQ(S_FALSE, api_->DPFileExists(0, Text("<B>\\a.kra")));
-            EXPECT_EQ(S_OK, api_->DPGetDepotDisplayPath(0, Text("<A>\\a.kra"), path));
-            EXPECT_EQ(S_FALSE, api_->DPGetDepotDisplayPath(0, Text("<B>\\a.kra"), path));
-            EXPECT_EQ(S_OK, api_->DPGetPathFromDisplayName(0, Text("<Depot A>\\a.kra"), path));
-            EXPECT_EQ(S_FALSE, api_->DPGetPathFromDisplayName(0, Text("<Depot B>\\a.kra"), path));
-            EXPECT_EQ(S_OK, api_->DPGetDefaultDPPath(0, path));
-            EXPECT_EQ(S_OK, api_->DPPathConvertDPtoFS(Text("<A>\\a.kra"), path));
-            EXPECT_EQ(S_FALSE, api_->DPPathConvertDPtoFS(Text(), path));
+            EXPECT_THAT(api_->DPFileExists(0, Text("<A>\\a.kra")), IsOk());
+            EXPECT_THAT(api_->DPFileExists(0, Text("<B>\\a.kra")), IsRefused());
+            EXPECT_THAT(api_->DPGetDepotDisplayPath(0, Text("<A>\\a.kra"), path), IsOk());
+            EXPECT_THAT(api_->DPGetDepotDisplayPath(0, Text("<B>\\a.kra"), path), IsRefused());
+            EXPECT_THAT(api_->DPGetPathFromDisplayName(0, Text("<Depot A>\\a.kra"), path), IsOk());
+            EXPECT_THAT(api_->DPGetPathFromDisplayName(0, Text("<Depot B>\\a.kra"), path),
+                        IsRefused());
+            EXPECT_THAT(api_->DPGetDefaultDPPath(0, path), IsOk());
+            EXPECT_THAT(api_->DPPathConvertDPtoFS(Text("<A>\\a.kra"), path), IsOk());
+            EXPECT_THAT(api_->DPPathConvertDPtoFS(Text(), path), IsRefused());
         }));
 }
 
 TEST_F(LeftoversTest, EndedSessionsLeaveNothing) {
     EXPECT_EQ(0u, CountLeftovers([&] {
                   Session session(*api_);
-                  EXPECT_EQ(S_OK, api_->DPLoadFile(session.Address(), Text("<A>\\a.kra")));
-                  EXPECT_EQ(S_OK, api_->DPLoadFile(session.Address(), Text("<A>\\b.kra")));
-                  EXPECT_EQ(S_OK,
-                            api_->DPSetSelItemPath(session, Text("<A>\\a long enough path.kra")));
+                  EXPECT_THAT(api_->DPLoadFile(session.Address(), Text("<A>\\a.kra")), IsOk());
+                  EXPECT_THAT(api_->DPLoadFile(session.Address(), Text("<A>\\b.kra")), IsOk());
+                  EXPECT_THAT(api_->DPSetSelItemPath(session, Text("<A>\\a long enough path.kra")),
+                              IsOk());
                   EXPECT_EQ(L"(default)", Read(session, L"S", L"K"));
-                  EXPECT_EQ(S_OK, api_->DPFlushFile(session));
+                  EXPECT_THAT(api_->DPFlushFile(session), IsOk());
               }));
 }
 
@@ -295,8 +299,9 @@ TEST_F(LeftoversTest, ObjectsAndLateBoundCallsLeaveNothing) {
                   V_VT(&argument) = VT_I4;
                   DISPPARAMS parameters = {&argument, nullptr, 1, 0};
                   VARIANT result = {};
-                  EXPECT_EQ(S_OK, api->Invoke(20, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD,
-                                              &parameters, &result, nullptr, nullptr));
+                  EXPECT_THAT(api->Invoke(20, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD,
+                                          &parameters, &result, nullptr, nullptr),
+                              IsOk());
                   EXPECT_EQ(VT_BSTR, V_VT(&result));
                   VariantClear(&result);
               }));

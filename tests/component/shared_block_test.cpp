@@ -4,6 +4,7 @@
 #include "component/component.h"
 #include "macros/replacer_cache.h"
 #include "support/import_patch.h"
+#include "support/results.h"
 
 namespace depot::test {
 namespace {
@@ -80,9 +81,9 @@ TEST_F(SharedMacrosTest, ThousandCallsWithoutAHandleDoNotWriteTheBlock) {
     ASSERT_TRUE(writes.IsInPlace());
     for (int round = 0; round < 500; ++round) {
         OutText path;
-        ASSERT_EQ(S_OK, api_->DPPathConvertDPtoFS(Text("<Work>\\a.kra"), path));
+        ASSERT_THAT(api_->DPPathConvertDPtoFS(Text("<Work>\\a.kra"), path), IsOk());
         ASSERT_EQ(Wide(user_ + "Work\\a.kra"), path.Value());
-        ASSERT_EQ(S_OK, api_->DPFileExists(0, Text("<Work>\\a.kra")));
+        ASSERT_THAT(api_->DPFileExists(0, Text("<Work>\\a.kra")), IsOk());
     }
     EXPECT_EQ(0, BlockWrites::count);
     EXPECT_LE(1000, BlockWrites::views);
@@ -91,8 +92,8 @@ TEST_F(SharedMacrosTest, ThousandCallsWithoutAHandleDoNotWriteTheBlock) {
 TEST_F(SharedMacrosTest, CallOfAnotherUserWritesTheBlockOnce) {
     FillSlot(cache_.Data()->userFolder, "C:\\someone else");
     const BlockWrites writes;
-    EXPECT_EQ(S_OK, api_->DPFileExists(0, Text("<Work>\\a.kra")));
-    EXPECT_EQ(S_OK, api_->DPFileExists(0, Text("<Work>\\a.kra")));
+    EXPECT_THAT(api_->DPFileExists(0, Text("<Work>\\a.kra")), IsOk());
+    EXPECT_THAT(api_->DPFileExists(0, Text("<Work>\\a.kra")), IsOk());
     EXPECT_EQ(1, BlockWrites::count);
     EXPECT_EQ(user_, SlotText(cache_.Data()->userFolder));
     EXPECT_EQ("The host's", SlotText(cache_.Data()->organization));

@@ -1,5 +1,6 @@
 // Unusual roots, keys and path lengths, as clients meet them.
 #include "component/component.h"
+#include "support/results.h"
 
 namespace depot::test {
 namespace {
@@ -14,12 +15,13 @@ protected:
     std::wstring WriteAndRead(const std::string& path, const wchar_t* value) {
         {
             Session writer(*api_);
-            EXPECT_EQ(S_OK, api_->DPLoadFile(writer.Address(), Text(path)));
-            EXPECT_EQ(S_OK, api_->DPSetProfileString(writer, Text("S"), Text("K"), Text(value)));
-            EXPECT_EQ(S_OK, api_->DPFlushFile(writer));
+            EXPECT_THAT(api_->DPLoadFile(writer.Address(), Text(path)), IsOk());
+            EXPECT_THAT(api_->DPSetProfileString(writer, Text("S"), Text("K"), Text(value)),
+                        IsOk());
+            EXPECT_THAT(api_->DPFlushFile(writer), IsOk());
         }
         Session reader(*api_);
-        EXPECT_EQ(S_OK, api_->DPLoadFile(reader.Address(), Text(path)));
+        EXPECT_THAT(api_->DPLoadFile(reader.Address(), Text(path)), IsOk());
         return Read(reader, L"S", L"K");
     }
 
@@ -30,7 +32,7 @@ TEST_F(StrangeDepotsTest, RootWithTwoBackslashesHoldsFiles) {
     Define("Twice", folder_.MakeFolder("twice") + "\\\\");
     EXPECT_EQ(L"1", WriteAndRead("<Twice>\\a.kra", L"1"));
     EXPECT_TRUE(Exists(folder_.At("twice\\a.kra")));
-    EXPECT_EQ(S_OK, Found("<Twice>\\a.kra"));
+    EXPECT_THAT(Found("<Twice>\\a.kra"), IsOk());
 }
 
 TEST_F(StrangeDepotsTest, DriveRootHoldsFiles) {
@@ -46,9 +48,9 @@ TEST_F(StrangeDepotsTest, RelativeRootFollowsTheCurrentFolder) {
     folder_.MakeFile("sub\\a.kra", "");
     char before[MAX_PATH] = {};
     GetCurrentDirectoryA(sizeof(before), before);
-    EXPECT_EQ(S_FALSE, Found("<Here>\\a.kra"));
+    EXPECT_THAT(Found("<Here>\\a.kra"), IsRefused());
     ASSERT_TRUE(SetCurrentDirectoryA(folder_.Path().c_str()));
-    EXPECT_EQ(S_OK, Found("<Here>\\a.kra"));
+    EXPECT_THAT(Found("<Here>\\a.kra"), IsOk());
     SetCurrentDirectoryA(before);
 }
 
@@ -57,10 +59,10 @@ TEST_F(StrangeDepotsTest, EmptyRootAndUnreachableShareHoldNothing) {
     Define("Share", "\\\\127.0.0.1\\no-such-share");
     for (const char* path : {"<Empty>\\no-such-folder\\a.kra", "<Share>\\a.kra"}) {
         SCOPED_TRACE(path);
-        EXPECT_EQ(S_FALSE, Found(path));
+        EXPECT_THAT(Found(path), IsRefused());
         Session session(*api_);
-        EXPECT_EQ(S_FALSE, api_->DPIsPathWriteAble(session, Text(path)));
-        EXPECT_EQ(S_OK, api_->DPLoadFile(session.Address(), Text(path)));
+        EXPECT_THAT(api_->DPIsPathWriteAble(session, Text(path)), IsRefused());
+        EXPECT_THAT(api_->DPLoadFile(session.Address(), Text(path)), IsOk());
         EXPECT_EQ(L"(default)", Read(session, L"S", L"K"));
     }
 }
@@ -87,16 +89,17 @@ TEST_F(StrangeDepotsTest, DisplayPathsOfEveryLengthAreAnswered) {
         SCOPED_TRACE(length);
         const std::string path = "<Work>\\" + std::string(length - 11, 'x') + ".kra";
         ASSERT_EQ(length, path.size());
-        EXPECT_EQ(S_FALSE, Found(path));
+        EXPECT_THAT(Found(path), IsRefused());
         Session session(*api_);
         OutText display, depotPath;
-        EXPECT_EQ(S_OK, api_->DPGetDepotDisplayPath(session, Text(path), display));
+        EXPECT_THAT(api_->DPGetDepotDisplayPath(session, Text(path), display), IsOk());
         EXPECT_EQ(L"<My Work>\\", display.Value());
-        EXPECT_EQ(S_OK, api_->DPGetPathFromDisplayName(
-                            session, Text("<My Work>\\" + path.substr(7)), depotPath));
+        EXPECT_THAT(api_->DPGetPathFromDisplayName(session, Text("<My Work>\\" + path.substr(7)),
+                                                   depotPath),
+                    IsOk());
         EXPECT_EQ(Wide(path), depotPath.Value());
-        EXPECT_EQ(S_FALSE, api_->DPIsPathWriteAble(session, Text(path)));
-        EXPECT_EQ(S_OK, api_->DPLoadFile(session.Address(), Text(path)));
+        EXPECT_THAT(api_->DPIsPathWriteAble(session, Text(path)), IsRefused());
+        EXPECT_THAT(api_->DPLoadFile(session.Address(), Text(path)), IsOk());
         EXPECT_EQ(L"(default)", Read(session, L"S", L"K"));
     }
 }

@@ -4,6 +4,7 @@
 #include "component/component.h"
 #include "platform/local_file.h"
 #include "platform/trace.h"
+#include "support/results.h"
 
 namespace depot::test {
 namespace {
@@ -33,13 +34,14 @@ TEST_F(ComponentTraceTest, EveryCallLeavesALineWithItsResult) {
         const Library traced(CopyComponent(folder_, "qdirsvc.dll"));
         const Com<IDepotIntrApi> api = traced.CreateApi();
         Session session(*api);
-        EXPECT_EQ(S_OK, api->DPLoadFile(session.Address(), Text("<Work>\\a.kre")));
+        EXPECT_THAT(api->DPLoadFile(session.Address(), Text("<Work>\\a.kre")), IsOk());
         OutText value;
-        EXPECT_EQ(S_OK, api->DPGetProfileString(session, Text("S"), Text("K"), Text("other"), value,
-                                                100));
-        EXPECT_EQ(S_FALSE, api->DPFileExists(session, Text("<Work>\\missing.kre")));
-        EXPECT_EQ(S_FALSE, api->DPGetDefaultDPPath(session, nullptr));
-        EXPECT_EQ(S_FALSE, api->DPFindInit(nullptr, nullptr, nullptr, APP_SKEIN, nullptr));
+        EXPECT_THAT(
+            api->DPGetProfileString(session, Text("S"), Text("K"), Text("other"), value, 100),
+            IsOk());
+        EXPECT_THAT(api->DPFileExists(session, Text("<Work>\\missing.kre")), IsRefused());
+        EXPECT_THAT(api->DPGetDefaultDPPath(session, nullptr), IsRefused());
+        EXPECT_THAT(api->DPFindInit(nullptr, nullptr, nullptr, APP_SKEIN, nullptr), IsRefused());
     }
     const std::string written = Written();
     for (const char* line :

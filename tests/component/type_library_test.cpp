@@ -3,6 +3,7 @@
 
 #include "component/component.h"
 #include "platform/text.h"
+#include "support/results.h"
 
 namespace depot::test {
 namespace {
@@ -55,19 +56,19 @@ std::wstring TakeText(BSTR text) {
 
 std::wstring NameOf(ITypeInfo& type, MEMBERID member = MEMBERID_NIL) {
     BSTR name = nullptr;
-    EXPECT_EQ(S_OK, type.GetDocumentation(member, &name, nullptr, nullptr, nullptr));
+    EXPECT_THAT(type.GetDocumentation(member, &name, nullptr, nullptr, nullptr), IsOk());
     return TakeText(name);
 }
 
 std::wstring HelpOf(ITypeInfo& type, MEMBERID member = MEMBERID_NIL) {
     BSTR help = nullptr;
-    EXPECT_EQ(S_OK, type.GetDocumentation(member, nullptr, &help, nullptr, nullptr));
+    EXPECT_THAT(type.GetDocumentation(member, nullptr, &help, nullptr, nullptr), IsOk());
     return TakeText(help);
 }
 
 std::wstring ReferencedName(ITypeInfo& type, HREFTYPE reference) {
     ITypeInfo* found = nullptr;
-    EXPECT_EQ(S_OK, type.GetRefTypeInfo(reference, &found));
+    EXPECT_THAT(type.GetRefTypeInfo(reference, &found), IsOk());
     return NameOf(*Com<ITypeInfo>(found));
 }
 
@@ -110,7 +111,7 @@ std::wstring FlagsText(USHORT flags) {
 std::wstring MethodText(ITypeInfo& type, const FUNCDESC& function) {
     BSTR names[20] = {};
     UINT count = 0;
-    EXPECT_EQ(S_OK, type.GetNames(function.memid, names, 20, &count));
+    EXPECT_THAT(type.GetNames(function.memid, names, 20, &count), IsOk());
     EXPECT_EQ(static_cast<UINT>(function.cParams) + 1, count);
     std::wstring text = TakeText(names[0]) + L"(";
     for (SHORT index = 0; index < function.cParams; ++index) {
@@ -127,14 +128,15 @@ protected:
     // Nothing is registered for this: the library is read from the DLL.
     TypeLibraryTest() {
         ITypeLib* library = nullptr;
-        EXPECT_EQ(S_OK, LoadTypeLibEx(Wide(ProgramFolder() + "DepotIntr.dll").c_str(), REGKIND_NONE,
-                                      &library));
+        EXPECT_THAT(
+            LoadTypeLibEx(Wide(ProgramFolder() + "DepotIntr.dll").c_str(), REGKIND_NONE, &library),
+            IsOk());
         library_.reset(library);
     }
 
     Com<ITypeInfo> Find(REFGUID id) const {
         ITypeInfo* found = nullptr;
-        EXPECT_EQ(S_OK, library_->GetTypeInfoOfGuid(id, &found));
+        EXPECT_THAT(library_->GetTypeInfoOfGuid(id, &found), IsOk());
         return Com<ITypeInfo>(found);
     }
 
@@ -143,7 +145,7 @@ protected:
         ITypeInfo* found = nullptr;
         MEMBERID member = 0;
         USHORT count = 1;
-        EXPECT_EQ(S_OK, library_->FindName(text.data(), 0, &found, &member, &count));
+        EXPECT_THAT(library_->FindName(text.data(), 0, &found, &member, &count), IsOk());
         EXPECT_EQ(1, count) << "no type of this name";
         return Com<ITypeInfo>(found);
     }
@@ -152,15 +154,15 @@ protected:
     Com<ITypeInfo> Vtable() const {
         const Com<ITypeInfo> dispatch = Find(IID_IDepotIntrApi);
         HREFTYPE reference = 0;
-        EXPECT_EQ(S_OK, dispatch->GetRefTypeOfImplType(static_cast<UINT>(-1), &reference));
+        EXPECT_THAT(dispatch->GetRefTypeOfImplType(static_cast<UINT>(-1), &reference), IsOk());
         ITypeInfo* vtable = nullptr;
-        EXPECT_EQ(S_OK, dispatch->GetRefTypeInfo(reference, &vtable));
+        EXPECT_THAT(dispatch->GetRefTypeInfo(reference, &vtable), IsOk());
         return Com<ITypeInfo>(vtable);
     }
 
     static TYPEATTR Attributes(ITypeInfo& type) {
         TYPEATTR* attributes = nullptr;
-        EXPECT_EQ(S_OK, type.GetTypeAttr(&attributes));
+        EXPECT_THAT(type.GetTypeAttr(&attributes), IsOk());
         const TYPEATTR copy = *attributes;
         type.ReleaseTypeAttr(attributes);
         return copy;
@@ -172,7 +174,7 @@ protected:
         ASSERT_EQ(values.size(), Attributes(*type).cVars);
         for (UINT index = 0; index < values.size(); ++index) {
             VARDESC* variable = nullptr;
-            ASSERT_EQ(S_OK, type->GetVarDesc(index, &variable));
+            ASSERT_THAT(type->GetVarDesc(index, &variable), IsOk());
             EXPECT_EQ(values[index].first, NameOf(*type, variable->memid));
             EXPECT_EQ(values[index].second, V_I4(variable->lpvarValue));
             type->ReleaseVarDesc(variable);
@@ -185,11 +187,11 @@ protected:
 TEST_F(TypeLibraryTest, LibraryHasItsNameVersionAndHelp) {
     BSTR name = nullptr;
     BSTR help = nullptr;
-    ASSERT_EQ(S_OK, library_->GetDocumentation(-1, &name, &help, nullptr, nullptr));
+    ASSERT_THAT(library_->GetDocumentation(-1, &name, &help, nullptr, nullptr), IsOk());
     EXPECT_EQ(L"DepotIntrLib", TakeText(name));
     EXPECT_EQ(L"DepotIntr 1.0 Type Library", TakeText(help));
     TLIBATTR* attributes = nullptr;
-    ASSERT_EQ(S_OK, library_->GetLibAttr(&attributes));
+    ASSERT_THAT(library_->GetLibAttr(&attributes), IsOk());
     EXPECT_TRUE(IsEqualGUID(LIBID_DepotIntrLib, attributes->guid));
     EXPECT_EQ(1, attributes->wMajorVerNum);
     EXPECT_EQ(0, attributes->wMinorVerNum);
@@ -226,7 +228,7 @@ TEST_F(TypeLibraryTest, InterfaceIsDualAutomationAndNonextensible) {
 TEST_F(TypeLibraryTest, InterfaceDerivesFromIDispatch) {
     const Com<ITypeInfo> vtable = Vtable();
     HREFTYPE reference = 0;
-    ASSERT_EQ(S_OK, vtable->GetRefTypeOfImplType(0, &reference));
+    ASSERT_THAT(vtable->GetRefTypeOfImplType(0, &reference), IsOk());
     EXPECT_EQ(L"IDispatch", ReferencedName(*vtable, reference));
 }
 
@@ -235,7 +237,7 @@ TEST_F(TypeLibraryTest, MethodsHaveTheirSlotsIdentifiersAndParameters) {
     ASSERT_EQ(std::size(kMethods), Attributes(*vtable).cFuncs);
     for (UINT index = 0; index < std::size(kMethods); ++index) {
         FUNCDESC* function = nullptr;
-        ASSERT_EQ(S_OK, vtable->GetFuncDesc(index, &function));
+        ASSERT_THAT(vtable->GetFuncDesc(index, &function), IsOk());
         EXPECT_EQ(kMethods[index], MethodText(*vtable, *function));
         EXPECT_EQ(static_cast<MEMBERID>(index + 1), function->memid);
         // Three slots of IUnknown and four of IDispatch come first.
@@ -257,30 +259,30 @@ TEST_F(TypeLibraryTest, CoclassOffersTheInterfaceByDefault) {
     EXPECT_NE(0, Attributes(*coclass).wTypeFlags & TYPEFLAG_FCANCREATE);
     ASSERT_EQ(1, Attributes(*coclass).cImplTypes);
     INT flags = 0;
-    ASSERT_EQ(S_OK, coclass->GetImplTypeFlags(0, &flags));
+    ASSERT_THAT(coclass->GetImplTypeFlags(0, &flags), IsOk());
     EXPECT_EQ(IMPLTYPEFLAG_FDEFAULT, flags);
     HREFTYPE reference = 0;
-    ASSERT_EQ(S_OK, coclass->GetRefTypeOfImplType(0, &reference));
+    ASSERT_THAT(coclass->GetRefTypeOfImplType(0, &reference), IsOk());
     EXPECT_EQ(L"IDepotIntrApi", ReferencedName(*coclass, reference));
 }
 
-class GetTypeInfoTest : public ComponentTest {};
+using GetTypeInfoTest = ComponentTest;
 
 TEST_F(GetTypeInfoTest, ObjectDescribesItselfWithTheLibrary) {
     UINT count = 99;
-    ASSERT_EQ(S_OK, api_->GetTypeInfoCount(&count));
+    ASSERT_THAT(api_->GetTypeInfoCount(&count), IsOk());
     EXPECT_EQ(1u, count);
     ITypeInfo* type = nullptr;
-    ASSERT_EQ(S_OK, api_->GetTypeInfo(0, LOCALE_USER_DEFAULT, &type));
+    ASSERT_THAT(api_->GetTypeInfo(0, LOCALE_USER_DEFAULT, &type), IsOk());
     EXPECT_EQ(L"IDepotIntrApi", NameOf(*Com<ITypeInfo>(type)));
 }
 
 TEST_F(GetTypeInfoTest, OtherIndexesAndMissingOutputsAreRefused) {
     ITypeInfo* type = reinterpret_cast<ITypeInfo*>(this);
-    EXPECT_EQ(DISP_E_BADINDEX, api_->GetTypeInfo(1, LOCALE_USER_DEFAULT, &type));
+    EXPECT_THAT(api_->GetTypeInfo(1, LOCALE_USER_DEFAULT, &type), Fails(DISP_E_BADINDEX));
     EXPECT_EQ(nullptr, type);
-    EXPECT_EQ(E_POINTER, api_->GetTypeInfo(0, LOCALE_USER_DEFAULT, nullptr));
-    EXPECT_EQ(E_POINTER, api_->GetTypeInfoCount(nullptr));
+    EXPECT_THAT(api_->GetTypeInfo(0, LOCALE_USER_DEFAULT, nullptr), Fails(E_POINTER));
+    EXPECT_THAT(api_->GetTypeInfoCount(nullptr), Fails(E_POINTER));
 }
 
 }  // namespace

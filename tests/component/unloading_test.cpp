@@ -2,6 +2,7 @@
 #include "component/component.h"
 #include "component/scripted_dialog.h"
 #include "support/box_log.h"
+#include "support/results.h"
 
 namespace depot::test {
 namespace {
@@ -12,7 +13,7 @@ protected:
     // A session that its client forgets.
     static LONG_PTR Forget(const Library& library) {
         LONG_PTR session = 0;
-        EXPECT_EQ(S_OK, library.CreateApi()->DPInitialize(&session));
+        EXPECT_THAT(library.CreateApi()->DPInitialize(&session), IsOk());
         return session;
     }
     static bool IsLive(const Library& library, LONG_PTR session) {
@@ -27,16 +28,16 @@ TEST_F(UnloadingTest, SessionsLeftAreEndedBeforeTheDllReportsThatItCanUnload) {
     const Library library(copy_);
     const LONG_PTR session = Forget(library);
     EXPECT_TRUE(IsLive(library, session));
-    EXPECT_EQ(S_OK, library.CanUnloadNow());
+    EXPECT_THAT(library.CanUnloadNow(), IsOk());
     EXPECT_FALSE(IsLive(library, session));
-    EXPECT_EQ(S_OK, library.CanUnloadNow());
+    EXPECT_THAT(library.CanUnloadNow(), IsOk());
 }
 
 TEST_F(UnloadingTest, SessionsStayAsLongAsTheDllCannotGo) {
     const Library library(copy_);
     const Com<IDepotIntrApi> api = library.CreateApi();
     const LONG_PTR session = Forget(library);
-    EXPECT_EQ(S_FALSE, library.CanUnloadNow());
+    EXPECT_THAT(library.CanUnloadNow(), IsRefused());
     EXPECT_TRUE(IsLive(library, session));
 }
 
@@ -46,7 +47,7 @@ TEST_F(UnloadingTest, CallAtWorkKeepsTheDllWithoutAnObject) {
     const Library library(copy_);
     Com<IDepotIntrApi> api = library.CreateApi();
     LONG_PTR session = 0;
-    ASSERT_EQ(S_OK, api->DPInitialize(&session));
+    ASSERT_THAT(api->DPInitialize(&session), IsOk());
     HRESULT meanwhile = E_FAIL;
     dialogs.whileShown = [&] {
         api.reset();
@@ -54,20 +55,21 @@ TEST_F(UnloadingTest, CallAtWorkKeepsTheDllWithoutAnObject) {
     };
     OutText path;
     IDepotIntrApi* const caller = api.get();
-    EXPECT_EQ(S_FALSE, caller->DPBrowse(session, APP_SKEIN, PROMPT_OPEN, VARIANT_TRUE, VARIANT_TRUE,
-                                        0, 0, path));
-    EXPECT_EQ(S_FALSE, meanwhile);
+    EXPECT_THAT(
+        caller->DPBrowse(session, APP_SKEIN, PROMPT_OPEN, VARIANT_TRUE, VARIANT_TRUE, 0, 0, path),
+        IsRefused());
+    EXPECT_THAT(meanwhile, IsRefused());
     EXPECT_TRUE(IsLive(library, session));
-    EXPECT_EQ(S_OK, library.CanUnloadNow());
+    EXPECT_THAT(library.CanUnloadNow(), IsOk());
 }
 
 TEST_F(UnloadingTest, DllWorksOnAfterItReportedThatItCanUnload) {
     const Library library(copy_);
     Forget(library);
-    ASSERT_EQ(S_OK, library.CanUnloadNow());
+    ASSERT_THAT(library.CanUnloadNow(), IsOk());
     const LONG_PTR session = Forget(library);
     EXPECT_TRUE(IsLive(library, session));
-    EXPECT_EQ(S_OK, library.CanUnloadNow());
+    EXPECT_THAT(library.CanUnloadNow(), IsOk());
 }
 
 // The libraries that the component loads, and that are nobody else's in this program.
@@ -85,8 +87,8 @@ protected:
     void UseLibraries(const Library& library) {
         const Com<IDepotIntrApi> api = library.CreateApi();
         LONG_PTR session = 0;
-        EXPECT_EQ(S_OK, api->DPInitialize(&session));
-        EXPECT_EQ(S_FALSE, api->DPFileExists(session, Text("<Gone>\\a.kra")));
+        EXPECT_THAT(api->DPInitialize(&session), IsOk());
+        EXPECT_THAT(api->DPFileExists(session, Text("<Gone>\\a.kra")), IsRefused());
         EXPECT_TRUE(IsLoaded("wldap32.dll"));
         EXPECT_TRUE(IsLoaded(place_.At("qdirsvc.dll")));
     }
@@ -116,7 +118,7 @@ TEST_F(RoundsTest, LoadQuestionAndFreeLeaveNoLibrary) {
         {
             const Library library(copy_);
             UseLibraries(library);
-            EXPECT_EQ(S_OK, library.CanUnloadNow());
+            EXPECT_THAT(library.CanUnloadNow(), IsOk());
         }
         ExpectNoneIsLeft();
     }
@@ -131,8 +133,8 @@ TEST_F(ComponentTest, DirectoryServiceThatNeedsALibraryOfItsFolderServes) {
                           place.At(part).c_str(), TRUE));
     const Library library(copy);
     LONG_PTR session = 0;
-    EXPECT_EQ(S_OK, library.CreateApi()->DPInitialize(&session));
-    EXPECT_EQ(S_OK, library.CanUnloadNow());
+    EXPECT_THAT(library.CreateApi()->DPInitialize(&session), IsOk());
+    EXPECT_THAT(library.CanUnloadNow(), IsOk());
 }
 
 }  // namespace

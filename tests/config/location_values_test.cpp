@@ -3,6 +3,7 @@
 
 #include "config/location_records.h"
 #include "support/import_patch.h"
+#include "support/results.h"
 #include "support/scratch.h"
 
 namespace depot {
@@ -10,7 +11,9 @@ namespace {
 
 using test::ExpectDirectoryDefaults;
 using test::ExpectJunk;
+using test::Fails;
 using test::FillWithJunk;
+using test::IsDone;
 using test::kHandle;
 using test::kOwner;
 
@@ -51,7 +54,7 @@ protected:
 TEST_F(LoadFromRegistryTest, MissingPathLeavesTheRecordUntouched) {
     WriteDirectory("2");
     FillWithJunk(location_);
-    EXPECT_EQ(0, Load());
+    EXPECT_THAT(Load(), Fails());
     ExpectJunk(location_);
     EXPECT_EQ(kOwner, location_.owner);
     EXPECT_EQ(kHandle, location_.handleSlot);
@@ -59,7 +62,7 @@ TEST_F(LoadFromRegistryTest, MissingPathLeavesTheRecordUntouched) {
 
 TEST_F(LoadFromRegistryTest, PathAloneIsAFolderWithDefaults) {
     key_.Text("", "Path1", "$USERDIR$\\Profiles");
-    EXPECT_EQ(1, Load());
+    EXPECT_THAT(Load(), IsDone());
     EXPECT_EQ("$USERDIR$\\Profiles", location_.path);
     EXPECT_EQ(0u, location_.type);
     ExpectDirectoryDefaults(location_);
@@ -69,13 +72,13 @@ TEST_F(LoadFromRegistryTest, PathAloneIsAFolderWithDefaults) {
 TEST_F(LoadFromRegistryTest, NewPathEmptiesTheLocationText) {
     key_.Text("", "Path1", "C:\\new");
     location_.locationText = "C:\\old\\";
-    EXPECT_EQ(1, Load());
+    EXPECT_THAT(Load(), IsDone());
     EXPECT_EQ("", location_.locationText);
 }
 
 TEST_F(LoadFromRegistryTest, EverySettingOfADirectoryIsRead) {
     WriteDirectory("1");
-    EXPECT_EQ(1, Load());
+    EXPECT_THAT(Load(), IsDone());
     EXPECT_EQ(1u, location_.type);
     EXPECT_EQ("dc=farrow", location_.path);
     EXPECT_EQ("server", location_.host);
@@ -97,7 +100,7 @@ TEST_F(LoadFromRegistryTest, EverySettingOfADirectoryIsRead) {
 TEST_F(LoadFromRegistryTest, MissingSettingsOfADirectoryKeepTheirDefaults) {
     key_.Text("", "Path1", "dc=farrow");
     key_.Dword("", "Type1", 1);
-    EXPECT_EQ(1, Load());
+    EXPECT_THAT(Load(), IsDone());
     EXPECT_EQ(1u, location_.type);
     ExpectDirectoryDefaults(location_);
 }
@@ -105,15 +108,15 @@ TEST_F(LoadFromRegistryTest, MissingSettingsOfADirectoryKeepTheirDefaults) {
 TEST_F(LoadFromRegistryTest, OnlyValuesOfTheAskedNumberAreRead) {
     WriteDirectory("12");
     key_.Text("", "Path1", "C:\\one");
-    EXPECT_EQ(1, Load(1));
+    EXPECT_THAT(Load(1), IsDone());
     EXPECT_EQ("C:\\one", location_.path);
     ExpectDirectoryDefaults(location_);
-    EXPECT_EQ(1, Load(12));
+    EXPECT_THAT(Load(12), IsDone());
     EXPECT_EQ("dc=farrow", location_.path);
     EXPECT_EQ(636u, location_.port);
-    EXPECT_EQ(0, Load(2));
-    EXPECT_EQ(0, Load(0));
-    EXPECT_EQ(0, Load(-1));
+    EXPECT_THAT(Load(2), Fails());
+    EXPECT_THAT(Load(0), Fails());
+    EXPECT_THAT(Load(-1), Fails());
 }
 
 TEST_F(LoadFromRegistryTest, UnknownTypeGivesAFolderWhoseDirectoryValuesAreNotRead) {
@@ -121,7 +124,7 @@ TEST_F(LoadFromRegistryTest, UnknownTypeGivesAFolderWhoseDirectoryValuesAreNotRe
         SCOPED_TRACE(type);
         WriteDirectory("1");
         key_.Dword("", "Type1", type);
-        EXPECT_EQ(1, Load());
+        EXPECT_THAT(Load(), IsDone());
         EXPECT_EQ(0u, location_.type);
         ExpectDirectoryDefaults(location_);
     }
@@ -130,7 +133,7 @@ TEST_F(LoadFromRegistryTest, UnknownTypeGivesAFolderWhoseDirectoryValuesAreNotRe
 TEST_F(LoadFromRegistryTest, FoldersDirectoryValuesAreNotRead) {
     WriteDirectory("1");
     key_.Dword("", "Type1", 0);
-    EXPECT_EQ(1, Load());
+    EXPECT_THAT(Load(), IsDone());
     EXPECT_EQ("dc=farrow", location_.path);
     ExpectDirectoryDefaults(location_);
 }
@@ -138,10 +141,10 @@ TEST_F(LoadFromRegistryTest, FoldersDirectoryValuesAreNotRead) {
 TEST_F(LoadFromRegistryTest, TypeOfAnotherRegistryTypeIsIgnored) {
     WriteDirectory("1");
     key_.Text("", "Type1", "1");
-    EXPECT_EQ(1, Load());
+    EXPECT_THAT(Load(), IsDone());
     EXPECT_EQ(0u, location_.type);
     key_.Raw("", "Type1", REG_BINARY, std::string("\x01\0\0\0", 4));
-    EXPECT_EQ(1, Load());
+    EXPECT_THAT(Load(), IsDone());
     EXPECT_EQ(0u, location_.type);
 }
 
@@ -152,7 +155,8 @@ TEST_F(LoadFromRegistryTest, SizeOfATypeIsNotChecked) {
         SCOPED_TRACE(data.size());
         CDepotPath location(kOwner);
         key_.Raw("", "Type1", REG_DWORD, data);
-        EXPECT_EQ(1, location.LoadFromRegistry(*RegistryKey::Open(HKEY_CURRENT_USER, kKey), 1));
+        EXPECT_THAT(location.LoadFromRegistry(*RegistryKey::Open(HKEY_CURRENT_USER, kKey), 1),
+                    IsDone());
         EXPECT_EQ(1u, location.type);
         EXPECT_EQ("server", location.host);
     }
@@ -175,7 +179,8 @@ TEST_F(LoadFromRegistryTest, NumbersOfAWrongTypeOrSizeKeepTheirDefaults) {
             key_.Raw("", name, row.type, row.data);
         }
         CDepotPath location(kOwner);
-        EXPECT_EQ(1, location.LoadFromRegistry(*RegistryKey::Open(HKEY_CURRENT_USER, kKey), 1));
+        EXPECT_THAT(location.LoadFromRegistry(*RegistryKey::Open(HKEY_CURRENT_USER, kKey), 1),
+                    IsDone());
         EXPECT_EQ(389u, location.port);
         EXPECT_EQ(1u, location.authentication);
         EXPECT_EQ(3u, location.version);
@@ -189,10 +194,10 @@ TEST_F(LoadFromRegistryTest, NumbersOfAWrongTypeOrSizeKeepTheirDefaults) {
 TEST_F(LoadFromRegistryTest, UnknownAuthenticationIsStoredAsRead) {
     WriteDirectory("1");
     key_.Dword("", "Authentication1", 3);
-    EXPECT_EQ(1, Load());
+    EXPECT_THAT(Load(), IsDone());
     EXPECT_EQ(3u, location_.authentication);
     key_.Dword("", "Authentication1", 0xFFFFFFFF);
-    EXPECT_EQ(1, Load());
+    EXPECT_THAT(Load(), IsDone());
     EXPECT_EQ(0xFFFFFFFFu, location_.authentication);
 }
 
@@ -202,7 +207,7 @@ TEST_F(LoadFromRegistryTest, TextsAreTakenWhateverTheirRegistryType) {
     key_.Raw("", "Host1", REG_BINARY, "bytes");
     key_.Raw("", "Username1", REG_MULTI_SZ, std::string("one\0two\0\0", 9));
     key_.Raw("", "Password1", REG_DWORD, "abcd");
-    EXPECT_EQ(1, Load());
+    EXPECT_THAT(Load(), IsDone());
     EXPECT_EQ("%TEMP%\\a", location_.path);
     EXPECT_EQ("bytes", location_.host);
     EXPECT_EQ("one", location_.username);
@@ -213,13 +218,13 @@ TEST_F(LoadFromRegistryTest, PathTakesAtMost261Bytes) {
     for (const std::size_t length : {258u, 259u, 260u}) {
         SCOPED_TRACE(length);
         key_.Text("", "Path1", std::string(length, 'p'));
-        EXPECT_EQ(1, Load());
+        EXPECT_THAT(Load(), IsDone());
         EXPECT_EQ(std::string(length, 'p'), location_.path);
     }
     for (const std::size_t length : {261u, 300u}) {
         SCOPED_TRACE(length);
         key_.Text("", "Path1", std::string(length, 'q'));
-        EXPECT_EQ(0, Load());
+        EXPECT_THAT(Load(), Fails());
         EXPECT_EQ(std::string(260, 'p'), location_.path);
     }
 }
@@ -241,13 +246,13 @@ TEST_F(LoadFromRegistryTest, TextsOverTheLimitCountAsAbsent) {
     WriteDirectory("1");
     const std::string fit(260, 'x');
     for (const auto& text : kTexts) key_.Text("", text.value, fit);
-    EXPECT_EQ(1, Load());
+    EXPECT_THAT(Load(), IsDone());
     for (const auto& text : kTexts) EXPECT_EQ(fit, location_.*text.member) << text.value;
     for (const auto& text : kTexts) {
         key_.Text("", text.value, fit + "y");
         location_.*text.member = "before";
     }
-    EXPECT_EQ(1, Load());
+    EXPECT_THAT(Load(), IsDone());
     for (const auto& text : kTexts) EXPECT_EQ("before", location_.*text.member) << text.value;
     EXPECT_EQ(636u, location_.port);
 }
@@ -256,7 +261,7 @@ TEST_F(LoadFromRegistryTest, MissingTypeLeavesTheRecordsOwn) {
     WriteDirectory("1");
     RegDeleteKeyValueA(HKEY_CURRENT_USER, kKey, "Type1");
     location_.type = kDirectoryLocation;
-    EXPECT_EQ(1, Load());
+    EXPECT_THAT(Load(), IsDone());
     EXPECT_EQ(1u, location_.type);
     EXPECT_EQ("server", location_.host);
 }
@@ -265,7 +270,7 @@ TEST_F(LoadFromRegistryTest, MissingTypeDoesNotLeaveAnUnknownOne) {
     WriteDirectory("1");
     RegDeleteKeyValueA(HKEY_CURRENT_USER, kKey, "Type1");
     location_.type = 7;
-    EXPECT_EQ(1, Load());
+    EXPECT_THAT(Load(), IsDone());
     EXPECT_EQ(0u, location_.type);
     ExpectDirectoryDefaults(location_);
 }
@@ -276,7 +281,7 @@ TEST_F(LoadFromRegistryTest, MissingAndUnusableNumbersLeaveTheRecordsOwn) {
     key_.Text("", "Port1", "636");
     location_.port = 10;
     location_.connectTimeout = 13;
-    EXPECT_EQ(1, Load());
+    EXPECT_THAT(Load(), IsDone());
     EXPECT_EQ(10u, location_.port);
     EXPECT_EQ(13u, location_.connectTimeout);
 }
@@ -298,10 +303,10 @@ TEST_F(LoadFromRegistryTest, ValuesAreQueriedInTheirOrderAndOnlyAsFarAsNeeded) {
     ASSERT_TRUE(querying.IsInPlace());
     queryValue = querying.Genuine();
     queried.clear();
-    EXPECT_EQ(0, Load(2));
+    EXPECT_THAT(Load(2), Fails());
     EXPECT_EQ(std::vector<std::string>{"Path2"}, queried);
     queried.clear();
-    EXPECT_EQ(1, Load());
+    EXPECT_THAT(Load(), IsDone());
     const std::vector<std::string> expected = {"Path1",
                                                "Type1",
                                                "Host1",
@@ -321,20 +326,20 @@ TEST_F(LoadFromRegistryTest, ValuesAreQueriedInTheirOrderAndOnlyAsFarAsNeeded) {
     EXPECT_EQ(expected, queried);
     key_.Dword("", "Type1", 0);
     queried.clear();
-    EXPECT_EQ(1, Load());
+    EXPECT_THAT(Load(), IsDone());
     EXPECT_EQ((std::vector<std::string>{"Path1", "Type1"}), queried);
 }
 
 TEST_F(LoadFromRegistryTest, EmptyPathIsALocationAllTheSame) {
     key_.Text("", "Path1", "");
     location_.path = "before";
-    EXPECT_EQ(1, Load());
+    EXPECT_THAT(Load(), IsDone());
     EXPECT_EQ("", location_.path);
 }
 
 TEST_F(LoadFromRegistryTest, PathEndsAtItsFirstNul) {
     key_.Raw("", "Path1", REG_SZ, std::string("C:\\a\0b", 7));
-    EXPECT_EQ(1, Load());
+    EXPECT_THAT(Load(), IsDone());
     EXPECT_EQ("C:\\a", location_.path);
 }
 
@@ -342,7 +347,7 @@ TEST_F(LoadFromRegistryTest, DeletedKeyHasNoLocations) {
     WriteDirectory("1");
     const RegistryKey key = RegistryKey::Open(HKEY_CURRENT_USER, kKey).value();
     RegDeleteTreeA(HKEY_CURRENT_USER, kKey);
-    EXPECT_EQ(0, location_.LoadFromRegistry(key, 1));
+    EXPECT_THAT(location_.LoadFromRegistry(key, 1), Fails());
     EXPECT_EQ("", location_.path);
 }
 

@@ -10,10 +10,14 @@
 #include "support/failing_memory.h"
 #include "support/full_disk.h"
 #include "support/random_text.h"
+#include "support/results.h"
 #include "support/scratch.h"
 
 namespace depot {
 namespace {
+
+using test::Fails;
+using test::IsDone;
 
 constexpr std::uint32_t kAnySize = 4096;
 
@@ -43,10 +47,10 @@ using GetTerminalTypeTest = ProfileFileTest;
 using ReadWholeFileTest = ProfileFileTest;
 
 TEST_F(WriteProfileValueTest, BlanksAtAnEndAreStoredBetweenSingleQuotes) {
-    EXPECT_NE(0, Write(" value"));
+    EXPECT_THAT(Write(" value"), IsDone());
     EXPECT_EQ("[Section]\r\nKey=' value'\r\n", test::FileBytes(file_));
     EXPECT_EQ(" value", Read("Key"));
-    EXPECT_NE(0, Write("value "));
+    EXPECT_THAT(Write("value "), IsDone());
     EXPECT_EQ("[Section]\r\nKey='value '\r\n", test::FileBytes(file_));
     EXPECT_EQ("value ", Read("Key"));
 }
@@ -88,16 +92,16 @@ TEST_F(WriteProfileValueTest, TextsThatTheSystemCannotCountAreNotWritten) {
     const std::string huge(32'767, 'x');
     Write("1");
     const std::string before = test::FileBytes(file_);
-    EXPECT_EQ(0, WriteProfileValue(huge.c_str(), "Key", "2", file_.c_str()));
-    EXPECT_EQ(0, WriteProfileValue("Section", huge.c_str(), "2", file_.c_str()));
-    EXPECT_EQ(0, Write(huge.c_str()));
+    EXPECT_THAT(WriteProfileValue(huge.c_str(), "Key", "2", file_.c_str()), Fails());
+    EXPECT_THAT(WriteProfileValue("Section", huge.c_str(), "2", file_.c_str()), Fails());
+    EXPECT_THAT(Write(huge.c_str()), Fails());
     EXPECT_EQ(before, test::FileBytes(file_));
 }
 
 TEST_F(ProfileFileTest, PathsThatTheSystemCannotCountNameNoFile) {
     for (const std::size_t size : {32'767u, 40'000u, 100'000u}) {
         const std::string path = "C:\\" + std::string(size - 7, 'x') + ".kre";
-        EXPECT_EQ(0, WriteProfileValue("Section", "Key", "2", path.c_str()));
+        EXPECT_THAT(WriteProfileValue("Section", "Key", "2", path.c_str()), Fails());
         EXPECT_EQ("default", ReadProfileString("Section", "Key", "default", kAnySize, path));
         EXPECT_EQ(7u, ReadProfileInt("Section", "Key", 7, path));
         EXPECT_EQ(1u, GetTerminalType(path, kSessionProfile));
@@ -114,23 +118,24 @@ TEST_F(WriteProfileValueTest, EnclosingQuotesAreStoredBetweenAFurtherPair) {
 }
 
 TEST_F(WriteProfileValueTest, EmptyValueIsStoredAndANullValueDeletesTheKey) {
-    EXPECT_NE(0, Write(""));
+    EXPECT_THAT(Write(""), IsDone());
     EXPECT_EQ("", Read("Key"));
-    EXPECT_NE(0, Write(nullptr));
+    EXPECT_THAT(Write(nullptr), IsDone());
     EXPECT_EQ("default", Read("Key"));
 }
 
 TEST_F(WriteProfileValueTest, WriteThatIsRefusedGivesZero) {
-    EXPECT_EQ(0, WriteProfileValue("Section", "Key", "v", folder_.At("none\\a.kra").c_str()));
-    EXPECT_EQ(0, WriteProfileValue("Section", "Key", "v", folder_.Path().c_str()));
-    EXPECT_EQ(0, WriteProfileValue("Section", "Key", nullptr, folder_.Path().c_str()));
+    EXPECT_THAT(WriteProfileValue("Section", "Key", "v", folder_.At("none\\a.kra").c_str()),
+                Fails());
+    EXPECT_THAT(WriteProfileValue("Section", "Key", "v", folder_.Path().c_str()), Fails());
+    EXPECT_THAT(WriteProfileValue("Section", "Key", nullptr, folder_.Path().c_str()), Fails());
 }
 
 TEST_F(WriteProfileValueTest, FileHeldByAnotherReaderKeepsItsBytes) {
     folder_.MakeFile("a.kra", "[Section]\r\nKey=old\r\n");
     {
         const UniqueHandle holder = Hold(FILE_SHARE_READ);
-        EXPECT_EQ(0, Write("new"));
+        EXPECT_THAT(Write("new"), Fails());
         EXPECT_EQ("old", Read("Key"));
     }
     EXPECT_EQ("[Section]\r\nKey=old\r\n", test::FileBytes(file_));
@@ -143,7 +148,7 @@ TEST_F(WriteProfileValueTest, RandomValuesComeBackExactly) {
         for (const std::string& text : {value, value.substr(1)}) {
             if (text.empty()) continue;
             SCOPED_TRACE(text);
-            ASSERT_NE(0, Write(text.c_str()));
+            ASSERT_THAT(Write(text.c_str()), IsDone());
             ASSERT_EQ(text, Read("Key"));
         }
     }
@@ -151,7 +156,7 @@ TEST_F(WriteProfileValueTest, RandomValuesComeBackExactly) {
 
 TEST_F(WriteProfileValueTest, LongValueIsWrittenWhole) {
     const std::string value = " " + std::string(10'000, 'x') + " ";
-    EXPECT_NE(0, Write(value.c_str()));
+    EXPECT_THAT(Write(value.c_str()), IsDone());
     EXPECT_EQ(value, Read("Key", 0xFFFFFFFF));
 }
 

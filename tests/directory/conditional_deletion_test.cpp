@@ -1,8 +1,12 @@
 // Deleting an entry only while it holds what it is believed to hold.
-#include "directory/entries_fixture.h"
+#include "support/directory_fixture.h"
+#include "support/results.h"
 
 namespace depot {
 namespace {
+
+using test::Fails;
+using test::IsDone;
 
 Digest DigestOfText(const std::string& text) {
     return DigestOf(text.data(), text.size());
@@ -10,7 +14,7 @@ Digest DigestOfText(const std::string& text) {
 
 DirectoryClient genuine;
 
-class ConditionalDeletionTest : public test::EntriesTest {
+class ConditionalDeletionTest : public test::DirectoryFixture {
 protected:
     ConditionalDeletionTest() {
         server_.AddFile("a.krc", base_, "old");
@@ -28,19 +32,21 @@ TEST_F(ConditionalDeletionTest, UnchangedEntryIsDeleted) {
 
 TEST_F(ConditionalDeletionTest, ChangedEntryStays) {
     EXPECT_EQ(kContentsChanged, Remove("other"));
+    EXPECT_EQ(kContentsChanged, Connected().LastError());
     EXPECT_TRUE(server_.Holds(Dn("a.krc")));
 }
 
 TEST_F(ConditionalDeletionTest, FileWithoutBytesIsTheOneThatHoldsABlank) {
     Connected().AddFileEntry(Dn("b.krc"), "b.krc", nullptr, 0);
-    EXPECT_EQ(0u, CodeOf(Connected().Entries().RemoveUnchanged(Dn("b.krc"), DigestOfText(" "))));
+    EXPECT_THAT(CodeOf(Connected().Entries().RemoveUnchanged(Dn("b.krc"), DigestOfText(" "))),
+                IsDone());
     EXPECT_FALSE(server_.Holds(Dn("b.krc")));
 }
 
 TEST_F(ConditionalDeletionTest, MissingEntryAndEntryThatIsNoFileReportTheirCodes) {
     server_.AddFolder("sub", base_);
-    EXPECT_EQ(std::uint32_t{LDAP_NO_SUCH_OBJECT},
-              CodeOf(Connected().Entries().RemoveUnchanged(Dn("none.krc"), DigestOfText(""))));
+    EXPECT_THAT(CodeOf(Connected().Entries().RemoveUnchanged(Dn("none.krc"), DigestOfText(""))),
+                Fails(LDAP_NO_SUCH_OBJECT));
     EXPECT_EQ(kContentsChanged,
               CodeOf(Connected().Entries().RemoveUnchanged(Dn("sub"), DigestOfText(""))));
     EXPECT_TRUE(server_.Holds(Dn("sub")));

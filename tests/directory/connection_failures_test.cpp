@@ -1,11 +1,15 @@
 // Connections that cannot be made, and what is told of them.
 #include "directory/connection_fixture.h"
+#include "support/results.h"
 
 namespace depot {
 namespace {
 
+using test::Fails;
 using test::ForgetServer;
 using test::genuine;
+using test::IsCode;
+using test::IsDone;
 using test::MessageFor;
 using test::seen;
 using testing::ElementsAre;
@@ -15,7 +19,7 @@ class ConnectionFailuresTest : public test::ConnectionTest {
 protected:
     // A connection that fails in this way is told once, and the object is of no more use.
     void ExpectEnded(CLDAPItems& items, std::uint32_t code) {
-        EXPECT_EQ(0, items.ConnectLocation(&text_));
+        EXPECT_THAT(items.ConnectLocation(&text_), Fails());
         EXPECT_EQ(code, items.LastError());
         EXPECT_FALSE(items.IsUsable());
         EXPECT_THAT(boxes_.Texts(), ElementsAre(MessageFor(code)));
@@ -24,9 +28,9 @@ protected:
 
 TEST_F(ConnectionFailuresTest, AbsentServerIsReportedOnceAndTheObjectStaysUnusable) {
     CLDAPItems& items = Make(WithoutServer());
-    EXPECT_EQ(0, items.ConnectLocation(&text_));
-    EXPECT_EQ(81u, items.LastError());
-    EXPECT_EQ(81u, Info().lastError);
+    EXPECT_THAT(items.ConnectLocation(&text_), Fails());
+    EXPECT_THAT(items.LastError(), IsCode(LDAP_SERVER_DOWN));
+    EXPECT_THAT(Info().lastError, IsCode(LDAP_SERVER_DOWN));
     EXPECT_EQ(MessageFor(81), text_);
     ASSERT_EQ(1u, boxes_.Boxes().size());
     const test::ShownBox box = boxes_.Boxes()[0];
@@ -40,7 +44,7 @@ TEST_F(ConnectionFailuresTest, AbsentServerIsReportedOnceAndTheObjectStaysUnusab
 
 TEST_F(ConnectionFailuresTest, FailedAnonymousBindTurnsPromptingOff) {
     CLDAPItems& items = Make(WithoutServer());
-    EXPECT_EQ(0, items.ConnectLocation(nullptr));
+    EXPECT_THAT(items.ConnectLocation(nullptr), Fails());
     EXPECT_EQ(1u, Info().noPrompt);
     EXPECT_THAT(prompt_.shown, IsEmpty());
 }
@@ -50,8 +54,8 @@ TEST_F(ConnectionFailuresTest, AfterAnAnonymousFailureASimpleBindFailsWithoutAPr
     location.password = "wrong";
     CLDAPItems& items = Make(location);
     Info().noPrompt = 1;
-    EXPECT_EQ(0, items.ConnectLocation(&text_));
-    EXPECT_EQ(88u, items.LastError());
+    EXPECT_THAT(items.ConnectLocation(&text_), Fails());
+    EXPECT_THAT(items.LastError(), IsCode(LDAP_USER_CANCELLED));
     EXPECT_FALSE(items.IsUsable());
     EXPECT_THAT(prompt_.shown, IsEmpty());
     EXPECT_THAT(boxes_.Texts(), ElementsAre(MessageFor(49)));
@@ -62,15 +66,15 @@ TEST_F(ConnectionFailuresTest, UnusableObjectFailsAtOnceWithItsOwnBox) {
     CLDAPItems& items = Make(location);
     items.Client().ldap_init = [](PCHAR, ULONG) -> LDAP* { return nullptr; };
     items.Client().LdapGetLastError = []() -> ULONG { return LDAP_NO_MEMORY; };
-    EXPECT_EQ(0, items.ConnectLocation(&text_));
-    EXPECT_EQ(90u, items.LastError());
+    EXPECT_THAT(items.ConnectLocation(&text_), Fails());
+    EXPECT_THAT(items.LastError(), IsCode(LDAP_NO_MEMORY));
     EXPECT_FALSE(items.IsUsable());
     items.Client() = genuine;
     server_.Mark();
     text_ = "junk";
-    EXPECT_EQ(0, items.ConnectLocation(&text_));
-    EXPECT_EQ(81u, items.LastError());
-    EXPECT_EQ(81u, Info().lastError);
+    EXPECT_THAT(items.ConnectLocation(&text_), Fails());
+    EXPECT_THAT(items.LastError(), IsCode(LDAP_SERVER_DOWN));
+    EXPECT_THAT(Info().lastError, IsCode(LDAP_SERVER_DOWN));
     EXPECT_EQ(MessageFor(81), text_);
     EXPECT_EQ("", server_.Log());
     EXPECT_THAT(boxes_.Texts(), ElementsAre(MessageFor(90), MessageFor(81)));
@@ -81,8 +85,8 @@ TEST_F(ConnectionFailuresTest, EmptyHostIsAServerThatIsDown) {
     location.host.clear();
     CLDAPItems& items = Make(location);
     items.Client().ldap_init = [](PCHAR, ULONG) -> LDAP* { return nullptr; };
-    EXPECT_EQ(0, items.ConnectLocation(&text_));
-    EXPECT_EQ(81u, items.LastError());
+    EXPECT_THAT(items.ConnectLocation(&text_), Fails());
+    EXPECT_THAT(items.LastError(), IsCode(LDAP_SERVER_DOWN));
     EXPECT_EQ(1u, boxes_.Boxes().size());
 }
 
@@ -122,8 +126,8 @@ TEST_F(ConnectionFailuresTest, NegotiateFailsCleanlyAgainstAServerWithoutIt) {
     CDepotPath location = server_.Location();
     location.authentication = kNegotiateAuthentication;
     CLDAPItems& items = Make(location);
-    EXPECT_EQ(0, items.ConnectLocation(&text_));
-    EXPECT_NE(0u, items.LastError());
+    EXPECT_THAT(items.ConnectLocation(&text_), Fails());
+    EXPECT_THAT(items.LastError(), testing::Not(IsCode(LDAP_SUCCESS)));
     EXPECT_EQ(1u, Info().noPrompt);
     EXPECT_EQ(1u, boxes_.Boxes().size());
     EXPECT_FALSE(items.IsUsable());
@@ -132,22 +136,22 @@ TEST_F(ConnectionFailuresTest, NegotiateFailsCleanlyAgainstAServerWithoutIt) {
 
 TEST_F(ConnectionFailuresTest, CloseReportsAFailedUnbind) {
     CLDAPItems& items = Make(server_.Location());
-    ASSERT_EQ(1, items.ConnectLocation(&text_));
+    ASSERT_THAT(items.ConnectLocation(&text_), IsDone());
     items.Client().ldap_unbind_s = [](LDAP* connection) -> ULONG {
         genuine.ldap_unbind_s(connection);
         return LDAP_LOCAL_ERROR;
     };
-    EXPECT_EQ(0, items.Close());
+    EXPECT_THAT(items.Close(), Fails());
     EXPECT_FALSE(items.IsConnected());
     EXPECT_TRUE(items.IsUsable());
 }
 
 TEST_F(ConnectionFailuresTest, MissingLibraryMakesEveryOperationFailAsServerDown) {
     CLDAPItems& items = Make(Anonymous());
-    EXPECT_EQ(0, BindDirectoryClient(items.Client(), "C:\\no-such-folder\\wldap32.dll"));
-    EXPECT_EQ(0, items.ConnectLocation(&text_));
-    EXPECT_EQ(81u, items.LastError());
-    EXPECT_EQ(81u, Info().lastError);
+    EXPECT_THAT(BindDirectoryClient(items.Client(), "C:\\no-such-folder\\wldap32.dll"), Fails());
+    EXPECT_THAT(items.ConnectLocation(&text_), Fails());
+    EXPECT_THAT(items.LastError(), IsCode(LDAP_SERVER_DOWN));
+    EXPECT_THAT(Info().lastError, IsCode(LDAP_SERVER_DOWN));
     EXPECT_EQ(MessageFor(81), text_);
     EXPECT_THAT(boxes_.Texts(), ElementsAre(MessageFor(81)));
 }
@@ -156,8 +160,8 @@ TEST_F(ConnectionFailuresTest, MissingEntryPointsOfTheConnectionFailAsServerDown
     const auto fails = [&](auto member, const CDepotPath& location) {
         CLDAPItems& items = Make(location);
         items.Client().*member = DirectoryClient().*member;
-        EXPECT_EQ(0, items.ConnectLocation(&text_));
-        EXPECT_EQ(81u, Info().lastError);
+        EXPECT_THAT(items.ConnectLocation(&text_), Fails());
+        EXPECT_THAT(Info().lastError, IsCode(LDAP_SERVER_DOWN));
         ForgetServer(server_.Port());
     };
     CDepotPath timed = Anonymous();
@@ -185,7 +189,7 @@ TEST_F(ConnectionFailuresTest, ReportingSuccessShowsNothing) {
     items.ReportError(34, &text_);
     EXPECT_EQ(MessageFor(34), text_);
     items.ReportError(0, &text_);
-    EXPECT_EQ(0u, Info().lastError);
+    EXPECT_THAT(Info().lastError, IsCode(LDAP_SUCCESS));
     EXPECT_EQ(1u, boxes_.Boxes().size());
 }
 
@@ -201,18 +205,19 @@ TEST_F(ConnectionFailuresTest, ServerThatStopsAfterTheBindIsDownForEachOperation
     test::DirectoryServer mine;
     ForgetServer(mine.Port());
     CLDAPItems& items = Make(mine.Location());
-    ASSERT_EQ(1, items.ConnectLocation(&text_));
+    ASSERT_THAT(items.ConnectLocation(&text_), IsDone());
     mine.Stop();
-    EXPECT_EQ(81u, CodeOf(items.Entries().Find(test::kSuffix)));
+    EXPECT_THAT(CodeOf(items.Entries().Find(test::kSuffix)), Fails(LDAP_SERVER_DOWN));
     FileBuffer buffer;
-    EXPECT_EQ(0, items.ReadFileContents("cn=a.krc,dc=farrow,dc=test", buffer));
-    EXPECT_EQ(81u, items.LastError());
+    EXPECT_THAT(items.ReadFileContents("cn=a.krc,dc=farrow,dc=test", buffer), Fails());
+    EXPECT_THAT(items.LastError(), IsCode(LDAP_SERVER_DOWN));
     LdapItemList children;
-    EXPECT_EQ(0, items.ListChildren(test::kSuffix, children));
-    EXPECT_EQ(81u, items.LastError());
-    EXPECT_EQ(81u, items.AddFileEntry("cn=a.krc,dc=farrow,dc=test", "a.krc", "x", 1));
-    EXPECT_EQ(0, items.DeleteTree("cn=a.krc,dc=farrow,dc=test", nullptr));
-    EXPECT_EQ(81u, items.LastError());
+    EXPECT_THAT(items.ListChildren(test::kSuffix, children), Fails());
+    EXPECT_THAT(items.LastError(), IsCode(LDAP_SERVER_DOWN));
+    EXPECT_THAT(items.AddFileEntry("cn=a.krc,dc=farrow,dc=test", "a.krc", "x", 1),
+                Fails(LDAP_SERVER_DOWN));
+    EXPECT_THAT(items.DeleteTree("cn=a.krc,dc=farrow,dc=test", nullptr), Fails());
+    EXPECT_THAT(items.LastError(), IsCode(LDAP_SERVER_DOWN));
     mine.Continue();
     EXPECT_THAT(boxes_.Boxes(), IsEmpty());
 }

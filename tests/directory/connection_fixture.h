@@ -42,8 +42,6 @@ protected:
         return location;
     }
     DirectoryInfo& Info() { return *items_->Connection().Shared().Block().Access(); }
-
-    std::string text_ = "junk";
 };
 
 }  // namespace depot::test

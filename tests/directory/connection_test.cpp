@@ -1,12 +1,16 @@
 #include <cstring>
 
 #include "directory/connection_fixture.h"
+#include "support/results.h"
 
 namespace depot {
 namespace {
 
 using test::ConnectionTest;
+using test::Fails;
 using test::genuine;
+using test::IsCode;
+using test::IsDone;
 using test::seen;
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -16,7 +20,7 @@ TEST_F(ConnectionTest, NewObjectIsUsableAndNotConnected) {
     EXPECT_TRUE(items.IsBound());
     EXPECT_TRUE(items.IsUsable());
     EXPECT_FALSE(items.IsConnected());
-    EXPECT_EQ(0u, items.LastError());
+    EXPECT_THAT(items.LastError(), IsCode(LDAP_SUCCESS));
 }
 
 TEST_F(ConnectionTest, WithoutARecordTheObjectOwnsADefaultOne) {
@@ -36,7 +40,7 @@ TEST_F(ConnectionTest, BlockKeyIsMadeOfTheServer) {
 TEST_F(ConnectionTest, SimpleAuthenticationBindsWithTheGivenCredentials) {
     CLDAPItems& items = Make(server_.Location());
     server_.Mark();
-    EXPECT_EQ(1, items.Connect("127.0.0.1", test::kReaderPassword, test::kReader, &text_));
+    EXPECT_THAT(items.Connect("127.0.0.1", test::kReaderPassword, test::kReader, &text_), IsDone());
     EXPECT_TRUE(items.IsConnected());
     EXPECT_EQ("junk", text_);
     EXPECT_THAT(server_.Log(), testing::HasSubstr("BIND dn=\"cn=reader,dc=farrow,dc=test\""));
@@ -47,13 +51,13 @@ TEST_F(ConnectionTest, AnyOtherAuthenticationNumberBindsAsSimple) {
     CDepotPath location = server_.Location();
     location.authentication = 5;
     server_.Mark();
-    EXPECT_EQ(1, Make(location).ConnectLocation(&text_));
+    EXPECT_THAT(Make(location).ConnectLocation(&text_), IsDone());
     EXPECT_THAT(server_.Log(), testing::HasSubstr("BIND dn=\"cn=editor,dc=farrow,dc=test\""));
 }
 
 TEST_F(ConnectionTest, AnonymousAuthenticationBindsWithoutAName) {
     server_.Mark();
-    EXPECT_EQ(1, Make(Anonymous()).ConnectLocation(&text_));
+    EXPECT_THAT(Make(Anonymous()).ConnectLocation(&text_), IsDone());
     EXPECT_THAT(server_.Log(), testing::HasSubstr("BIND dn=\"\" method=128"));
 }
 
@@ -67,23 +71,23 @@ TEST_F(ConnectionTest, ProtocolVersionIsTheRecords) {
         seen.options.emplace_back(option, number);
         return genuine.ldap_set_option(connection, option, value);
     };
-    EXPECT_EQ(1, items.ConnectLocation(&text_));
+    EXPECT_THAT(items.ConnectLocation(&text_), IsDone());
     EXPECT_THAT(seen.options, testing::Contains(std::pair(17, ULONG{2})));
 }
 
 TEST_F(ConnectionTest, SecondConnectOfAConnectedObjectDoesNotTouchTheServer) {
     CLDAPItems& items = Make(server_.Location());
-    ASSERT_EQ(1, items.ConnectLocation(&text_));
+    ASSERT_THAT(items.ConnectLocation(&text_), IsDone());
     server_.Mark();
-    EXPECT_EQ(1, items.ConnectLocation(&text_));
+    EXPECT_THAT(items.ConnectLocation(&text_), IsDone());
     EXPECT_EQ(test::OperationCounts(), server_.Counts());
 }
 
 TEST_F(ConnectionTest, SuccessfulBindClearsTheServersLastError) {
     CLDAPItems& items = Make(server_.Location());
     Info().lastError = 49;
-    EXPECT_EQ(1, items.ConnectLocation(&text_));
-    EXPECT_EQ(0u, Info().lastError);
+    EXPECT_THAT(items.ConnectLocation(&text_), IsDone());
+    EXPECT_THAT(Info().lastError, IsCode(LDAP_SUCCESS));
 }
 
 TEST_F(ConnectionTest, DefaultTimeoutMakesNoConnectCall) {
@@ -100,7 +104,7 @@ TEST_F(ConnectionTest, DefaultTimeoutMakesNoConnectCall) {
         location.connectTimeout = timeout;
         CLDAPItems& items = Make(location);
         items.Client().ldap_connect = spy;
-        EXPECT_EQ(1, items.ConnectLocation(&text_));
+        EXPECT_THAT(items.ConnectLocation(&text_), IsDone());
         EXPECT_EQ(timeout == 120 ? 0 : 1, seen.calls);
         EXPECT_EQ(timeout == 120 ? -1 : static_cast<LONG>(timeout), seen.seconds);
         EXPECT_EQ(timeout == 120 ? -1 : 0, seen.microseconds);
@@ -154,8 +158,8 @@ TEST_F(ConnectionTest, SearchesSucceedWithATimeoutOfAnySize) {
         CDepotPath location = server_.Location();
         location.connectTimeout = timeout;
         CLDAPItems& items = Make(location);
-        ASSERT_EQ(1, items.ConnectLocation(&text_));
-        EXPECT_EQ(0u, CodeOf(items.Entries().Find(base_)));
+        ASSERT_THAT(items.ConnectLocation(&text_), IsDone());
+        EXPECT_THAT(CodeOf(items.Entries().Find(base_)), IsDone());
     }
 }
 
@@ -166,7 +170,7 @@ TEST_F(ConnectionTest, ClientThatDoesNotKnowTheLimitsConnectsAllTheSame) {
                    ? genuine.ldap_set_option(connection, option, value)
                    : ULONG{LDAP_NOT_SUPPORTED};
     };
-    EXPECT_EQ(1, items.ConnectLocation(&text_));
+    EXPECT_THAT(items.ConnectLocation(&text_), IsDone());
 }
 
 TEST_F(ConnectionTest, NegotiateBindsAsTheCurrentUser) {
@@ -179,32 +183,32 @@ TEST_F(ConnectionTest, NegotiateBindsAsTheCurrentUser) {
         seen.method = method;
         return genuine.ldap_simple_bind_s(connection, nullptr, nullptr);
     };
-    EXPECT_EQ(1, items.ConnectLocation(&text_));
+    EXPECT_THAT(items.ConnectLocation(&text_), IsDone());
     EXPECT_EQ(1, seen.calls);
     EXPECT_EQ(0x486u, seen.method);
     EXPECT_EQ(0u, Info().noPrompt);
-    EXPECT_EQ(0u, CodeOf(items.Entries().Find(base_)));
+    EXPECT_THAT(CodeOf(items.Entries().Find(base_)), IsDone());
 }
 
 TEST_F(ConnectionTest, DisconnectLeavesAnUnusableObject) {
     CLDAPItems& items = Make(server_.Location());
-    ASSERT_EQ(1, items.ConnectLocation(&text_));
-    EXPECT_EQ(0, items.Disconnect());
+    ASSERT_THAT(items.ConnectLocation(&text_), IsDone());
+    EXPECT_THAT(items.Disconnect(), Fails());
     EXPECT_FALSE(items.IsUsable());
     EXPECT_FALSE(items.IsConnected());
-    EXPECT_EQ(0, items.Disconnect());
+    EXPECT_THAT(items.Disconnect(), Fails());
 }
 
 TEST_F(ConnectionTest, CloseLeavesAnObjectThatCanConnectAgain) {
     CLDAPItems& items = Make(server_.Location());
-    EXPECT_EQ(1, items.Close());
-    ASSERT_EQ(1, items.ConnectLocation(&text_));
+    EXPECT_THAT(items.Close(), IsDone());
+    ASSERT_THAT(items.ConnectLocation(&text_), IsDone());
     server_.Mark();
-    EXPECT_EQ(1, items.Close());
+    EXPECT_THAT(items.Close(), IsDone());
     EXPECT_FALSE(items.IsConnected());
     EXPECT_TRUE(items.IsUsable());
     EXPECT_TRUE(server_.WaitForLog("UNBIND"));
-    EXPECT_EQ(1, items.ConnectLocation(&text_));
+    EXPECT_THAT(items.ConnectLocation(&text_), IsDone());
 }
 
 TEST_F(ConnectionTest, EveryHandleIsUnboundWithTheObject) {
@@ -224,7 +228,7 @@ TEST_F(ConnectionTest, EveryHandleIsUnboundWithTheObject) {
         };
         prompt_.Type(test::kEditor, "wrong again");
         prompt_.Type(test::kEditor, test::kEditorPassword);
-        EXPECT_EQ(1, items.ConnectLocation(&text_));
+        EXPECT_THAT(items.ConnectLocation(&text_), IsDone());
         // The handles of the two failed binds are kept as long as the object.
         EXPECT_EQ(3, open);
         items_.reset();

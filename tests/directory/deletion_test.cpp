@@ -1,18 +1,22 @@
 // Deleting entries with what is below them.
-#include "directory/entries_fixture.h"
+#include "support/directory_fixture.h"
+#include "support/results.h"
 
 namespace depot {
 namespace {
 
+using test::Fails;
+using test::IsCode;
+using test::IsDone;
 using test::MessageFor;
-using testing::UnorderedElementsAre;
 using testing::HasSubstr;
+using testing::UnorderedElementsAre;
 
-using DeletionTest = test::EntriesTest;
+using DeletionTest = test::DirectoryFixture;
 
 TEST_F(DeletionTest, OfAFileIsDone) {
     server_.AddFile("a.krc", base_, "x");
-    EXPECT_EQ(1, Connected().DeleteTree(Dn("a.krc"), &text_));
+    EXPECT_THAT(Connected().DeleteTree(Dn("a.krc"), &text_), IsDone());
     EXPECT_FALSE(server_.Holds(Dn("a.krc")));
     EXPECT_EQ("junk", text_);
 }
@@ -25,7 +29,7 @@ TEST_F(DeletionTest, OfAFolderTakesEachFolderAfterWhatItHolds) {
     server_.AddFile("a.krc", Dn("tree"), "a");
     Connected();
     server_.Mark();
-    EXPECT_EQ(1, Connected().DeleteTree(Dn("tree"), &text_));
+    EXPECT_THAT(Connected().DeleteTree(Dn("tree"), &text_), IsDone());
     const std::string log = server_.Log();
     EXPECT_EQ(3, server_.Counts().searches);
     std::vector<std::string> deleted;
@@ -45,15 +49,15 @@ TEST_F(DeletionTest, OfAFolderTakesEachFolderAfterWhatItHolds) {
 }
 
 TEST_F(DeletionTest, OfNothingIsAParameterError) {
-    EXPECT_EQ(0, Connected().DeleteTree("", &text_));
-    EXPECT_EQ(89u, Connected().LastError());
+    EXPECT_THAT(Connected().DeleteTree("", &text_), Fails());
+    EXPECT_THAT(Connected().LastError(), IsCode(LDAP_PARAM_ERROR));
     EXPECT_EQ(MessageFor(89), text_);
-    EXPECT_EQ(0, Connected().DeleteTree("", nullptr));
+    EXPECT_THAT(Connected().DeleteTree("", nullptr), Fails());
 }
 
 TEST_F(DeletionTest, OfAMissingEntryFails) {
-    EXPECT_EQ(0, Connected().DeleteTree(Dn("missing"), &text_));
-    EXPECT_EQ(32u, Connected().LastError());
+    EXPECT_THAT(Connected().DeleteTree(Dn("missing"), &text_), Fails());
+    EXPECT_THAT(Connected().LastError(), IsCode(LDAP_NO_SUCH_OBJECT));
     EXPECT_EQ(MessageFor(32), text_);
 }
 
@@ -61,8 +65,8 @@ TEST_F(DeletionTest, LeavesAFolderThatHoldsOtherEntries) {
     server_.AddFolder("tree", base_);
     server_.AddFile("a.krc", Dn("tree"), "a");
     server_.Apply("dn: cn=p," + Dn("tree") + "\nobjectClass: person\ncn: p\nsn: p\n");
-    EXPECT_EQ(0, Connected().DeleteTree(Dn("tree"), &text_));
-    EXPECT_EQ(66u, Connected().LastError());
+    EXPECT_THAT(Connected().DeleteTree(Dn("tree"), &text_), Fails());
+    EXPECT_THAT(Connected().LastError(), IsCode(LDAP_NOT_ALLOWED_ON_NONLEAF));
     EXPECT_FALSE(server_.Holds("cn=a.krc," + Dn("tree")));
     EXPECT_TRUE(server_.Holds("cn=p," + Dn("tree")));
 }
@@ -84,7 +88,7 @@ TEST_F(DeletionTest, ContinuesBehindAChildThatCannotBeDeleted) {
         return resists ? ULONG{LDAP_INSUFFICIENT_RIGHTS}
                        : genuine.ldap_delete_ext(connection, dn, conditions, controls, id);
     };
-    EXPECT_EQ(0, Connected().DeleteTree(Dn("tree"), &text_));
+    EXPECT_THAT(Connected().DeleteTree(Dn("tree"), &text_), Fails());
     const std::string left = server_.Show(Dn("tree"), "sub", "1.1");
     EXPECT_THAT(left, HasSubstr("cn=b.krc,"));
     EXPECT_THAT(left, HasSubstr("cn=e,"));
@@ -92,7 +96,7 @@ TEST_F(DeletionTest, ContinuesBehindAChildThatCannotBeDeleted) {
         EXPECT_THAT(left, testing::Not(HasSubstr(std::string("cn=") + name + ","))) << name;
     }
     // The tree itself still holds two; the failure of the file was told before.
-    EXPECT_EQ(66u, Connected().LastError());
+    EXPECT_THAT(Connected().LastError(), IsCode(LDAP_NOT_ALLOWED_ON_NONLEAF));
     EXPECT_EQ(MessageFor(66), text_);
 }
 
@@ -106,7 +110,7 @@ TEST_F(DeletionTest, FailureOfAFileIsReportedAlsoWhenTheFolderItselfIsDeleted) {
         const ULONG code = genuine.ldap_delete_s(connection, dn);
         return std::string(dn).starts_with("CN=a.krc,") ? ULONG{LDAP_BUSY} : code;
     };
-    EXPECT_EQ(1, Connected().DeleteTree(Dn("tree"), &text_));
+    EXPECT_THAT(Connected().DeleteTree(Dn("tree"), &text_), IsDone());
     EXPECT_EQ(MessageFor(LDAP_BUSY).empty() ? "junk" : MessageFor(LDAP_BUSY), text_);
     EXPECT_FALSE(server_.Holds(Dn("tree")));
 }
@@ -121,7 +125,7 @@ TEST_F(DeletionTest, OfATreeDeeperThanAnyStackLeavesNothing) {
     server_.Apply(tree);
     server_.AddFile("a.krc", dn, "x");
     ASSERT_TRUE(server_.Holds(dn));
-    EXPECT_EQ(1, Connected().DeleteTree(Dn("d"), &text_));
+    EXPECT_THAT(Connected().DeleteTree(Dn("d"), &text_), IsDone());
     EXPECT_FALSE(server_.Holds(Dn("d")));
     EXPECT_EQ("junk", text_);
 }
@@ -143,7 +147,7 @@ TEST_F(DeletionTest, OfATreeWithoutAnEndIsAFailure) {
         return LDAP_NOT_ALLOWED_ON_NONLEAF;
     };
     const auto fails = [&](std::uint32_t code) {
-        EXPECT_EQ(0, Connected().DeleteTree(base_, &text_));
+        EXPECT_THAT(Connected().DeleteTree(base_, &text_), Fails());
         EXPECT_EQ(code, Connected().LastError());
         EXPECT_EQ(MessageFor(code), text_);
     };
@@ -165,12 +169,12 @@ TEST_F(DeletionTest, OfATreeWithinTheBoundsIsDone) {
     TreeBounds& bounds = Connected().Bounds();
     for (const TreeBounds& tooSmall : {TreeBounds{.entries = 1}, TreeBounds{.depth = 1}}) {
         bounds = tooSmall;
-        EXPECT_EQ(0, Connected().DeleteTree(Dn("tree"), &text_));
-        EXPECT_EQ(std::uint32_t{LDAP_SIZELIMIT_EXCEEDED}, Connected().LastError());
+        EXPECT_THAT(Connected().DeleteTree(Dn("tree"), &text_), Fails());
+        EXPECT_THAT(Connected().LastError(), IsCode(LDAP_SIZELIMIT_EXCEEDED));
         EXPECT_TRUE(server_.Holds("cn=a.krc,cn=sub," + Dn("tree")));
     }
     bounds = {.entries = 2, .depth = 2};
-    EXPECT_EQ(1, Connected().DeleteTree(Dn("tree"), &text_));
+    EXPECT_THAT(Connected().DeleteTree(Dn("tree"), &text_), IsDone());
     EXPECT_FALSE(server_.Holds(Dn("tree")));
 }
 

@@ -1,10 +1,14 @@
 #include "support/directory_fixture.h"
+#include "support/results.h"
 
 namespace depot {
 namespace {
 
 using test::DirectoryServer;
+using test::Fails;
 using test::ForgetServer;
+using test::IsCode;
+using test::IsDone;
 using test::MessageFor;
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -16,7 +20,7 @@ protected:
         ForgetServer(location.port);
         location_ = location.Clone();
         items_ = std::make_unique<CLDAPItems>(location_.get());
-        EXPECT_EQ(1, items_->ConnectLocation(nullptr));
+        EXPECT_THAT(items_->ConnectLocation(nullptr), IsDone());
         return *items_;
     }
 
@@ -44,14 +48,15 @@ TEST_F(FaultsTest, ConnectionThatClosesInTheMiddleOfALargeValueIsDown) {
     server.AddFile("big.krc", test::kSuffix, "x");
     const std::string bytes(10 * 1024 * 1024, 'b');
     CLDAPItems& writer = Connect(server.Location());
-    ASSERT_EQ(0u, writer.ReplaceFileContents(Dn("big.krc"), bytes.data(),
-                                             static_cast<std::uint32_t>(bytes.size())));
+    ASSERT_THAT(writer.ReplaceFileContents(Dn("big.krc"), bytes.data(),
+                                           static_cast<std::uint32_t>(bytes.size())),
+                IsDone());
     CDepotPath location = server.Location();
     location.port = server.CutAfter(5 * 1024 * 1024);
     CLDAPItems& reader = Connect(location);
     FileBuffer buffer;
-    EXPECT_EQ(0, reader.ReadFileContents(Dn("big.krc"), buffer));
-    EXPECT_EQ(81u, reader.LastError());
+    EXPECT_THAT(reader.ReadFileContents(Dn("big.krc"), buffer), Fails());
+    EXPECT_THAT(reader.LastError(), IsCode(LDAP_SERVER_DOWN));
     EXPECT_EQ(0u, buffer.length);
     EXPECT_EQ(MessageFor(81), reader.ErrorText());
     EXPECT_THAT(boxes_.Boxes(), IsEmpty());
@@ -62,12 +67,12 @@ TEST_F(FaultsTest, ServerThatStopsBetweenListingAndReadingIsDown) {
     server.AddFile("a.krc", test::kSuffix, "x");
     CLDAPItems& items = Connect(server.Location());
     LdapItemList children;
-    ASSERT_EQ(1, items.ListChildren(test::kSuffix, children));
+    ASSERT_THAT(items.ListChildren(test::kSuffix, children), IsDone());
     ASSERT_EQ(1u, children.Count());
     server.Stop();
     FileBuffer buffer;
-    EXPECT_EQ(0, items.ReadFileContents(children.At(0).path, buffer));
-    EXPECT_EQ(81u, items.LastError());
+    EXPECT_THAT(items.ReadFileContents(children.At(0).path, buffer), Fails());
+    EXPECT_THAT(items.LastError(), IsCode(LDAP_SERVER_DOWN));
     EXPECT_THAT(boxes_.Boxes(), IsEmpty());
     server.Continue();
 }
@@ -79,10 +84,10 @@ TEST_F(FaultsTest, AfterARestartANewConnectionWorks) {
     server.Stop();
     server.Continue();
     FileBuffer buffer;
-    EXPECT_EQ(0, items.ReadFileContents(Dn("a.krc"), buffer));
+    EXPECT_THAT(items.ReadFileContents(Dn("a.krc"), buffer), Fails());
     items.Close();
-    EXPECT_EQ(1, items.ConnectLocation(nullptr));
-    EXPECT_EQ(1, items.ReadFileContents(Dn("a.krc"), buffer));
+    EXPECT_THAT(items.ConnectLocation(nullptr), IsDone());
+    EXPECT_THAT(items.ReadFileContents(Dn("a.krc"), buffer), IsDone());
     EXPECT_EQ(1u, buffer.length);
 }
 
@@ -91,11 +96,11 @@ TEST_F(FaultsTest, ListingOverTheServersSizeLimitFailsWithItsCode) {
     server.Apply(Files(5, test::kSuffix));
     CLDAPItems& items = Connect(server.Location());
     LdapItemList children;
-    EXPECT_EQ(0, items.ListChildren(test::kSuffix, children));
-    EXPECT_EQ(4u, items.LastError());
+    EXPECT_THAT(items.ListChildren(test::kSuffix, children), Fails());
+    EXPECT_THAT(items.LastError(), IsCode(LDAP_SIZELIMIT_EXCEEDED));
     EXPECT_EQ(MessageFor(4), items.ErrorText());
     // Looking for one entry stays within any limit.
-    EXPECT_EQ(0u, CodeOf(items.Entries().Find(test::kSuffix)));
+    EXPECT_THAT(CodeOf(items.Entries().Find(test::kSuffix)), IsDone());
     EXPECT_THAT(boxes_.Boxes(), IsEmpty());
 }
 
@@ -109,17 +114,17 @@ TEST_F(FaultsTest, SearchOverTheServersTimeLimitFailsWithItsCode) {
     CLDAPItems& items = Connect(server.Location());
     LdapItemList children;
     children.Add("junk", true);
-    EXPECT_EQ(0, items.ListChildren(dn, children));
+    EXPECT_THAT(items.ListChildren(dn, children), Fails());
     EXPECT_EQ(0u, children.Count());
-    EXPECT_EQ(3u, items.LastError());
+    EXPECT_THAT(items.LastError(), IsCode(LDAP_TIMELIMIT_EXCEEDED));
     EXPECT_EQ(MessageFor(3), items.ErrorText());
     FileBuffer buffer;
     items.SetLastError(0);
-    EXPECT_EQ(0, items.ReadFileContents(dn, buffer));
-    EXPECT_EQ(3u, items.LastError());
-    EXPECT_EQ(3u, CodeOf(items.Entries().Find(dn)));
+    EXPECT_THAT(items.ReadFileContents(dn, buffer), Fails());
+    EXPECT_THAT(items.LastError(), IsCode(LDAP_TIMELIMIT_EXCEEDED));
+    EXPECT_THAT(CodeOf(items.Entries().Find(dn)), Fails(LDAP_TIMELIMIT_EXCEEDED));
     // The connection itself goes on.
-    EXPECT_EQ(0u, CodeOf(items.Entries().Find(test::kSuffix)));
+    EXPECT_THAT(CodeOf(items.Entries().Find(test::kSuffix)), IsDone());
     EXPECT_THAT(boxes_.Boxes(), IsEmpty());
 }
 
@@ -134,7 +139,7 @@ TEST_F(FaultsTest, EntriesWithoutTheNamingAttributeAreLeftOut) {
     location.fileObjectClass = "account";
     CLDAPItems& items = Connect(location);
     LdapItemList children;
-    EXPECT_EQ(1, items.ListChildren(test::kSuffix, children));
+    EXPECT_THAT(items.ListChildren(test::kSuffix, children), IsDone());
     ASSERT_EQ(1u, children.Count());
     EXPECT_EQ("CN=named," + std::string(test::kSuffix), children.At(0).path);
     EXPECT_THAT(boxes_.Boxes(), IsEmpty());
@@ -147,11 +152,11 @@ TEST_F(FaultsTest, ReferralEndsInTheServersCode) {
                  "cn: elsewhere\nref: ldap://127.0.0.1:1/dc=elsewhere\n");
     CLDAPItems& items = Connect(server.Location());
     FileBuffer buffer;
-    EXPECT_EQ(0, items.ReadFileContents(Dn("elsewhere"), buffer));
-    EXPECT_NE(0u, items.LastError());
-    EXPECT_NE(0u, CodeOf(items.Entries().Find("cn=a.krc," + Dn("elsewhere"))));
+    EXPECT_THAT(items.ReadFileContents(Dn("elsewhere"), buffer), Fails());
+    EXPECT_THAT(items.LastError(), testing::Not(IsCode(LDAP_SUCCESS)));
+    EXPECT_THAT(CodeOf(items.Entries().Find("cn=a.krc," + Dn("elsewhere"))), Fails());
     LdapItemList children;
-    EXPECT_EQ(1, items.ListChildren(test::kSuffix, children));
+    EXPECT_THAT(items.ListChildren(test::kSuffix, children), IsDone());
     EXPECT_EQ(0u, children.Count());
     EXPECT_THAT(boxes_.Boxes(), IsEmpty());
 }
@@ -159,10 +164,10 @@ TEST_F(FaultsTest, ReferralEndsInTheServersCode) {
 TEST_F(FaultsTest, WithoutTheSchemaAddingFailsWithTheServersCode) {
     DirectoryServer server("no-schema");
     CLDAPItems& items = Connect(server.Location());
-    EXPECT_EQ(0, items.AddFolderEntry(Dn("sub"), "sub", &text_));
-    EXPECT_EQ(21u, items.LastError());
+    EXPECT_THAT(items.AddFolderEntry(Dn("sub"), "sub", &text_), Fails());
+    EXPECT_THAT(items.LastError(), IsCode(LDAP_INVALID_SYNTAX));
     EXPECT_EQ(MessageFor(21).empty() ? "junk" : MessageFor(21), text_);
-    EXPECT_NE(0u, items.AddFileEntry(Dn("a.krc"), "a.krc", "x", 1));
+    EXPECT_THAT(items.AddFileEntry(Dn("a.krc"), "a.krc", "x", 1), Fails());
     EXPECT_THAT(boxes_.Boxes(), IsEmpty());
 }
 
@@ -174,8 +179,8 @@ TEST_F(FaultsTest, ServerThatRefusesTheProtocolVersionFailsTheBind) {
     location_ = location.Clone();
     items_ = std::make_unique<CLDAPItems>(location_.get());
     location_->version = 9;
-    EXPECT_EQ(0, items_->ConnectLocation(&text_));
-    EXPECT_NE(0u, items_->LastError());
+    EXPECT_THAT(items_->ConnectLocation(&text_), Fails());
+    EXPECT_THAT(items_->LastError(), testing::Not(IsCode(LDAP_SUCCESS)));
     EXPECT_EQ(1u, boxes_.Boxes().size());
 }
 
@@ -186,8 +191,8 @@ TEST_F(FaultsTest, ServerThatForbidsAnonymousAccessIsReportedOnce) {
     ForgetServer(location.port);
     location_ = location.Clone();
     items_ = std::make_unique<CLDAPItems>(location_.get());
-    EXPECT_EQ(0, items_->ConnectLocation(&text_));
-    EXPECT_EQ(48u, items_->LastError());
+    EXPECT_THAT(items_->ConnectLocation(&text_), Fails());
+    EXPECT_THAT(items_->LastError(), IsCode(LDAP_INAPPROPRIATE_AUTH));
     EXPECT_EQ(1u, items_->Connection().Shared().Block().Access()->noPrompt);
     EXPECT_THAT(boxes_.Texts(), ElementsAre(MessageFor(48)));
 }

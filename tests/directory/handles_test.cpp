@@ -1,9 +1,13 @@
 // The system handles that working with a directory leaves open.
 #include "support/directory_fixture.h"
 #include "support/leak_counts.h"
+#include "support/results.h"
 
 namespace depot {
 namespace {
+
+using test::Fails;
+using test::IsDone;
 
 class HandlesTest : public test::DirectoryFixture {
 protected:
@@ -33,14 +37,14 @@ TEST_F(HandlesTest, ConnectingListingReadingAndClosingLeaveNoneOpen) {
     CDepotPath location = server_.Location(base_);
     EXPECT_EQ(0u, Leftover([&] {
                   CLDAPItems items(&location);
-                  EXPECT_EQ(1, items.ConnectLocation(nullptr));
+                  EXPECT_THAT(items.ConnectLocation(nullptr), IsDone());
                   LdapItemList children;
-                  EXPECT_EQ(1, items.ListChildren(base_, children));
+                  EXPECT_THAT(items.ListChildren(base_, children), IsDone());
                   EXPECT_EQ(2u, children.Count());
                   FileBuffer buffer;
-                  EXPECT_EQ(1, items.ReadFileContents("cn=a.krc," + base_, buffer));
+                  EXPECT_THAT(items.ReadFileContents("cn=a.krc," + base_, buffer), IsDone());
                   EXPECT_EQ(4u, buffer.length);
-                  EXPECT_EQ(1, items.Close());
+                  EXPECT_THAT(items.Close(), IsDone());
               }));
 }
 
@@ -58,7 +62,7 @@ TEST_F(HandlesTest, ConnectionThatIsLeftIsNeverUnbound) {
         {
             CLDAPItems items(&location);
             EXPECT_FALSE(items.Connection().Leave());
-            EXPECT_EQ(1, items.ConnectLocation(nullptr));
+            EXPECT_THAT(items.ConnectLocation(nullptr), IsDone());
             items.Client().ldap_unbind_s = &CountUnbind;
             if (isLeft) {
                 EXPECT_TRUE(items.Connection().Leave());
@@ -74,9 +78,9 @@ TEST_F(HandlesTest, ObjectsThatAreNeverClosedLeaveNoneOpen) {
     CDepotPath location = server_.Location(base_);
     EXPECT_EQ(0u, Leftover([&] {
                   CLDAPItems items(&location);
-                  EXPECT_EQ(1, items.ConnectLocation(nullptr));
+                  EXPECT_THAT(items.ConnectLocation(nullptr), IsDone());
                   FileBuffer buffer;
-                  EXPECT_EQ(0, items.ReadFileContents("cn=missing," + base_, buffer));
+                  EXPECT_THAT(items.ReadFileContents("cn=missing," + base_, buffer), Fails());
               }));
 }
 
@@ -87,8 +91,8 @@ TEST_F(HandlesTest, ReopeningOneObjectLeavesTheHandleOfEachAccessOnly) {
     CDepotPath location = server_.Location(base_);
     CLDAPItems items(&location);
     EXPECT_EQ(kRounds * kAccesses, Leftover([&] {
-                  EXPECT_EQ(1, items.ConnectLocation(nullptr));
-                  EXPECT_EQ(1, items.Close());
+                  EXPECT_THAT(items.ConnectLocation(nullptr), IsDone());
+                  EXPECT_THAT(items.Close(), IsDone());
               }));
 }
 
@@ -99,7 +103,7 @@ TEST_F(HandlesTest, AbsentServerLeavesTheHandlesOfTheAccessesButTheLast) {
     location.authentication = kAnonymousAuthentication;
     const std::size_t leftover = Leftover([&] {
         CLDAPItems items(&location);
-        EXPECT_EQ(0, items.ConnectLocation(nullptr));
+        EXPECT_THAT(items.ConnectLocation(nullptr), Fails());
     });
     // The message boxes may add a handle or two of their own, but none for each of them.
     EXPECT_GE(leftover, kRounds * (kAccesses - 1));
@@ -205,10 +209,10 @@ TEST_F(FaultHandlesTest, ServerThatStopsBetweenTheCallsLeavesNoneOpen) {
     CDepotPath location = server.Location();
     EXPECT_EQ(0u, Leftover([&] {
                   CLDAPItems items(&location);
-                  ASSERT_EQ(1, items.ConnectLocation(nullptr));
+                  ASSERT_THAT(items.ConnectLocation(nullptr), IsDone());
                   server.Stop();
                   LdapItemList children;
-                  EXPECT_EQ(0, items.ListChildren(test::kSuffix, children));
+                  EXPECT_THAT(items.ListChildren(test::kSuffix, children), Fails());
                   items.Close();
                   server.Continue();
               }));

@@ -123,7 +123,7 @@ TEST_F(KeptConnectionTest, FirstChangeOnALostConnectionIsMadeOnce) {
 TEST_F(KeptConnectionTest, OtherCredentialsGetTheirOwnConnection) {
     location_->keepConnection = 60;
     ReadInACall();
-    items_->SetPrompt(&prompt_);
+    items_->Connection().SetPrompt(&prompt_);
     location_->password += "x";
     const CallConnections call;
     const ConnectionScope scope(items_->Connection());

@@ -1,22 +1,26 @@
 // Listing the children of a folder.
-#include "directory/entries_fixture.h"
 #include "platform/text.h"
+#include "support/directory_fixture.h"
+#include "support/results.h"
 
 namespace depot {
 namespace {
 
+using test::Fails;
+using test::IsCode;
+using test::IsDone;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::UnorderedElementsAre;
 
-class ListingTest : public test::EntriesTest {
+class ListingTest : public test::DirectoryFixture {
 protected:
     std::vector<std::string> List(const std::string& localBase = {}) {
         std::vector<std::string> children;
         LdapItemList items;
         items.Add("junk", true);
-        EXPECT_EQ(1, Connected().ListChildren(base_, items, localBase));
+        EXPECT_THAT(Connected().ListChildren(base_, items, localBase), IsDone());
         for (const CLDAPItem* item : items) {
             children.push_back((item->isFolder ? "folder " : "file ") + item->path);
         }
@@ -240,10 +244,10 @@ TEST_F(ListingTest, WithItsOwnNamesUsesThem) {
     location.fileAttributeName = "uid";
     location.fileObjectClass = "account";
     CLDAPItems items(&location);
-    ASSERT_EQ(1, items.ConnectLocation(nullptr));
+    ASSERT_THAT(items.ConnectLocation(nullptr), IsDone());
     server_.Mark();
     LdapItemList children;
-    EXPECT_EQ(1, items.ListChildren(base_, children));
+    EXPECT_THAT(items.ListChildren(base_, children), IsDone());
     ASSERT_EQ(2u, children.Count());
     const std::size_t folder = children.At(0).isFolder == 1 ? 0 : 1;
     EXPECT_EQ("ou=Dir," + base_, children.At(folder).path);
@@ -256,9 +260,9 @@ TEST_F(ListingTest, WithItsOwnNamesUsesThem) {
 TEST_F(ListingTest, MissingFolderFailsAndEmptiesTheList) {
     LdapItemList items;
     items.Add("junk", true);
-    EXPECT_EQ(0, Connected().ListChildren(Dn("missing"), items));
+    EXPECT_THAT(Connected().ListChildren(Dn("missing"), items), Fails());
     EXPECT_EQ(0u, items.Count());
-    EXPECT_EQ(32u, Connected().LastError());
+    EXPECT_THAT(Connected().LastError(), IsCode(LDAP_NO_SUCH_OBJECT));
 }
 
 TEST_F(ListingTest, NamesBeyondAsciiSurviveTheWayThere) {
@@ -267,7 +271,8 @@ TEST_F(ListingTest, NamesBeyondAsciiSurviveTheWayThere) {
     EXPECT_EQ("x", Contents("CN=r\xE9sum\xE9.krc," + base_));
     std::string name;
     bool isFolder = true;
-    EXPECT_EQ(1, Connected().SplitEntryName("CN=r\xE9sum\xE9.krc," + base_, name, isFolder));
+    EXPECT_THAT(Connected().SplitEntryName("CN=r\xE9sum\xE9.krc," + base_, name, isFolder),
+                IsDone());
     EXPECT_EQ("r\xE9sum\xE9.krc", name);
     EXPECT_FALSE(isFolder);
 }

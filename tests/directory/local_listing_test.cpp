@@ -3,14 +3,17 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "platform/directory_client.h"
 #include "platform/file_search.h"
 #include "support/folder_link.h"
 #include "support/page_names.h"
+#include "support/results.h"
 #include "support/scratch.h"
 
 namespace depot {
 namespace {
 
+using test::Fails;
 using testing::ElementsAre;
 using testing::UnorderedElementsAre;
 
@@ -81,7 +84,8 @@ TEST_F(LocalListingTest, NamesThatTheCodePageCannotHoldAreLeftOutAndCounted) {
     test::MakeWideFile(folder + L"\\\xFF21.krc", "x");
     CreateDirectoryW((folder + L"\\\x8868").c_str(), nullptr);
     std::uint32_t unsafeNames = 0;
-    EXPECT_EQ(3u, AddLocalChildren(folder_.Path(), Subfolders::kTake, items_, &unsafeNames));
+    EXPECT_THAT(AddLocalChildren(folder_.Path(), Subfolders::kTake, items_, &unsafeNames),
+                Fails(LDAP_TIMELIMIT_EXCEEDED));
     EXPECT_EQ(3u, unsafeNames);
     EXPECT_THAT(Found(), UnorderedElementsAre("file \\a.krc", "file \\plain", "folder \\b"));
     items_.Clear();

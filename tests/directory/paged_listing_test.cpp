@@ -2,12 +2,16 @@
 #include <set>
 
 #include "support/directory_fixture.h"
+#include "support/results.h"
 
 namespace depot {
 namespace {
 
 using test::DirectoryServer;
+using test::Fails;
 using test::ForgetServer;
+using test::IsCode;
+using test::IsDone;
 using test::OperationCounts;
 using testing::IsEmpty;
 using testing::SizeIs;
@@ -34,7 +38,7 @@ protected:
         ForgetServer(server_->Port());
         location_ = server_->Location().Clone();
         items_ = std::make_unique<CLDAPItems>(location_.get());
-        ASSERT_EQ(1, items_->ConnectLocation(nullptr));
+        ASSERT_THAT(items_->ConnectLocation(nullptr), IsDone());
         server_->AddFolder("list", test::kSuffix);
     }
     // Adds so many files with running numbers to the folder.
@@ -57,8 +61,8 @@ protected:
     int List() { return items_->ListChildren(folder_, children_); }
     void ExpectRefused() {
         children_.Add("junk", true);
-        EXPECT_EQ(0, List());
-        EXPECT_EQ(std::uint32_t{LDAP_SIZELIMIT_EXCEEDED}, items_->LastError());
+        EXPECT_THAT(List(), Fails());
+        EXPECT_THAT(items_->LastError(), IsCode(LDAP_SIZELIMIT_EXCEEDED));
         EXPECT_EQ(0u, children_.Count());
     }
 
@@ -74,11 +78,11 @@ protected:
 TEST_F(PagedListingTest, ListingAtTheLimitIsOneSearchAndAboveItComesInPages) {
     Start(kPaging);
     AddFiles(500);
-    EXPECT_EQ(1, List());
+    EXPECT_THAT(List(), IsDone());
     EXPECT_EQ(500u, children_.Count());
     EXPECT_EQ((OperationCounts{.searches = 1}), server_->Counts());
     AddFiles(1);
-    EXPECT_EQ(1, List());
+    EXPECT_THAT(List(), IsDone());
     EXPECT_THAT(Found(), SizeIs(501));
     // The refused search, what the server offers, and two pages.
     EXPECT_EQ((OperationCounts{.searches = 4}), server_->Counts());
@@ -88,7 +92,7 @@ TEST_F(PagedListingTest, ListingAtTheLimitIsOneSearchAndAboveItComesInPages) {
 TEST_F(PagedListingTest, PageThatIsExactlyFullIsTheLastOne) {
     Start(kPaging);
     AddFiles(1000);
-    EXPECT_EQ(1, List());
+    EXPECT_THAT(List(), IsDone());
     EXPECT_EQ(1000u, children_.Count());
     EXPECT_THAT(Found(), SizeIs(1000));
     EXPECT_TRUE(Found().contains("CN=f999.krc," + folder_));
@@ -98,7 +102,7 @@ TEST_F(PagedListingTest, NamesThatCannotBeLocalAreCountedOverAllPages) {
     Start("database limits * size.soft=1 size.hard=1 size.prtotal=unlimited");
     AddFiles(501);
     server_->AddFile("CON", folder_, "x");
-    EXPECT_EQ(1, items_->ListChildren(folder_, children_, "<Work>"));
+    EXPECT_THAT(items_->ListChildren(folder_, children_, "<Work>"), IsDone());
     EXPECT_EQ(501u, children_.Count());
     EXPECT_EQ(1u, items_->Entries().UnsafeNames());
     EXPECT_EQ("<Work>\\f0.krc", children_.At(0).path);
@@ -177,8 +181,8 @@ TEST_F(PagedListingTest, ServerThatStopsBetweenTwoPagesIsDownAndLeavesNoHalfList
         return genuinePaging.ldap_search_ext_s(connection, base, scope, filter, attributes,
                                                typesOnly, server, client, timeout, limit, result);
     };
-    EXPECT_EQ(0, List());
-    EXPECT_EQ(std::uint32_t{LDAP_SERVER_DOWN}, items_->LastError());
+    EXPECT_THAT(List(), Fails());
+    EXPECT_THAT(items_->LastError(), IsCode(LDAP_SERVER_DOWN));
     EXPECT_EQ(0u, children_.Count());
     EXPECT_EQ(2, calls);
     server_->Continue();
@@ -189,19 +193,19 @@ TEST_F(PagedListingTest, FolderThatIsDeletedBetweenTwoPagesLeavesNoHalfListing) 
     AddFiles(501);
     static std::unique_ptr<CLDAPItems> other;
     other = std::make_unique<CLDAPItems>(location_.get());
-    ASSERT_EQ(1, other->ConnectLocation(nullptr));
+    ASSERT_THAT(other->ConnectLocation(nullptr), IsDone());
     items_->Connection().Paging().ldap_search_ext_s =
         [](LDAP* connection, const PCHAR base, ULONG scope, const PCHAR filter, PCHAR attributes[],
            ULONG typesOnly, PLDAPControlA* server, PLDAPControlA* client, l_timeval* timeout,
            ULONG limit, LDAPMessage** result) -> ULONG {
         if (++calls == 2) {
-            EXPECT_EQ(1, other->DeleteTree(base, nullptr));
+            EXPECT_THAT(other->DeleteTree(base, nullptr), IsDone());
         }
         return genuinePaging.ldap_search_ext_s(connection, base, scope, filter, attributes,
                                                typesOnly, server, client, timeout, limit, result);
     };
-    EXPECT_EQ(0, List());
-    EXPECT_EQ(std::uint32_t{LDAP_NO_SUCH_OBJECT}, items_->LastError());
+    EXPECT_THAT(List(), Fails());
+    EXPECT_THAT(items_->LastError(), IsCode(LDAP_NO_SUCH_OBJECT));
     EXPECT_EQ(0u, children_.Count());
     other.reset();
 }
@@ -238,8 +242,8 @@ TEST_F(PagedListingTest, PagesThatNeverHoldAnEntryEnd) {
 TEST_F(PagedListingTest, TreeOfALargeFolderIsDeleted) {
     Start(kPaging);
     AddFiles(501);
-    EXPECT_EQ(1, items_->DeleteTree(folder_, nullptr));
-    EXPECT_EQ(std::uint32_t{LDAP_NO_SUCH_OBJECT}, CodeOf(items_->Entries().Find(folder_)));
+    EXPECT_THAT(items_->DeleteTree(folder_, nullptr), IsDone());
+    EXPECT_THAT(CodeOf(items_->Entries().Find(folder_)), Fails(LDAP_NO_SUCH_OBJECT));
 }
 
 }  // namespace

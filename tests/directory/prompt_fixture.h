@@ -33,7 +33,6 @@ protected:
     DirectoryInfo& Info() { return *items_->Connection().Shared().Block().Access(); }
 
     UniqueHandle event_;
-    std::string text_ = "junk";
 };
 
 }  // namespace depot::test

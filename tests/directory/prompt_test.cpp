@@ -1,10 +1,14 @@
 #include "directory/prompt_fixture.h"
 #include "support/child_process.h"
+#include "support/results.h"
 
 namespace depot {
 namespace {
 
+using test::Fails;
 using test::ForgetServer;
+using test::IsCode;
+using test::IsDone;
 using test::MessageFor;
 using test::PromptTest;
 using testing::ElementsAre;
@@ -34,14 +38,14 @@ TEST_F(PromptTest, OtherAuthenticationsNeverShowTheDialog) {
         location.username.clear();
         CLDAPItems& items = Make(location);
         Info().lastError = 49;
-        EXPECT_EQ(1, items.PromptForCredentials());
+        EXPECT_THAT(items.PromptForCredentials(), IsDone());
     }
     EXPECT_THAT(prompt_.shown, IsEmpty());
 }
 
 TEST_F(PromptTest, KnownCredentialsWithoutARecordedErrorAreUsedAsTheyAre) {
     CLDAPItems& items = Make("anna", "secret");
-    EXPECT_EQ(1, items.PromptForCredentials());
+    EXPECT_THAT(items.PromptForCredentials(), IsDone());
     EXPECT_THAT(prompt_.shown, IsEmpty());
     EXPECT_EQ("anna", items.GetUserName());
     EXPECT_EQ("secret", items.GetPassword());
@@ -51,7 +55,7 @@ TEST_F(PromptTest, SharedCredentialsFillAnEmptyRecord) {
     Make("", "").SetUserName("shared name");
     items_->SetPassword("shared word");
     CLDAPItems& items = Make("", "");
-    EXPECT_EQ(1, items.PromptForCredentials());
+    EXPECT_THAT(items.PromptForCredentials(), IsDone());
     EXPECT_THAT(prompt_.shown, IsEmpty());
     EXPECT_EQ("shared name", items.GetUserName());
     EXPECT_EQ("shared word", items.GetPassword());
@@ -61,7 +65,7 @@ TEST_F(PromptTest, RecordsCredentialsPrecedeTheSharedOnes) {
     Make("", "").SetUserName("shared name");
     items_->SetPassword("shared word");
     CLDAPItems& items = Make("anna", "");
-    EXPECT_EQ(1, items.PromptForCredentials());
+    EXPECT_THAT(items.PromptForCredentials(), IsDone());
     EXPECT_EQ("anna", items.GetUserName());
     EXPECT_EQ("shared word", items.GetPassword());
 }
@@ -70,7 +74,7 @@ TEST_F(PromptTest, RecordedErrorOpensTheDialogFilledWithWhatIsKnown) {
     CLDAPItems& items = Make("anna", "secret");
     Info().lastError = 49;
     prompt_.Type("berta", "new secret");
-    EXPECT_EQ(1, items.PromptForCredentials());
+    EXPECT_THAT(items.PromptForCredentials(), IsDone());
     ASSERT_EQ(1u, prompt_.shown.size());
     EXPECT_EQ("127.0.0.1", prompt_.shown[0].server);
     EXPECT_EQ("anna", prompt_.shown[0].userName);
@@ -85,7 +89,7 @@ TEST_F(PromptTest, RecordedErrorOpensTheDialogFilledWithSharedCredentials) {
     items.Location().password.clear();
     Info().lastError = 49;
     prompt_.Type("berta", "new secret");
-    EXPECT_EQ(1, items.PromptForCredentials());
+    EXPECT_THAT(items.PromptForCredentials(), IsDone());
     ASSERT_EQ(1u, prompt_.shown.size());
     EXPECT_EQ("anna", prompt_.shown[0].userName);
     EXPECT_EQ("secret", prompt_.shown[0].password);
@@ -101,7 +105,7 @@ TEST_F(PromptTest, MissingCredentialsOpenTheDialogAlsoWithoutAnError) {
 TEST_F(PromptTest, ConfirmedDialogIsKeptInTheRecordAndInTheSharedBlock) {
     CLDAPItems& items = Make("", "");
     prompt_.Type("berta", "new secret");
-    EXPECT_EQ(1, items.PromptForCredentials());
+    EXPECT_THAT(items.PromptForCredentials(), IsDone());
     EXPECT_EQ("berta", items.GetUserName());
     EXPECT_EQ("new secret", items.GetPassword());
     EXPECT_EQ("berta", items.GetSharedUserName());
@@ -112,7 +116,7 @@ TEST_F(PromptTest, ConfirmedDialogIsKeptInTheRecordAndInTheSharedBlock) {
 TEST_F(PromptTest, CancelledDialogEmptiesThePasswordAndTurnsPromptingOff) {
     CLDAPItems& items = Make("anna", "secret");
     Info().lastError = 49;
-    EXPECT_EQ(0, items.PromptForCredentials());
+    EXPECT_THAT(items.PromptForCredentials(), Fails());
     EXPECT_EQ("anna", items.GetUserName());
     EXPECT_EQ("", items.GetPassword());
     EXPECT_EQ(1u, Info().noPrompt);
@@ -125,7 +129,7 @@ TEST_F(PromptTest, TypedTextsAreCutToTheSharedFields) {
     EXPECT_EQ(std::string(259, 'u'), items.GetSharedUserName());
     EXPECT_EQ(std::string(259, 'p'), items.GetSharedPassword());
     EXPECT_EQ(std::string(260, 'p'), items.GetPassword());
-    EXPECT_EQ(0u, Info().lastError);
+    EXPECT_THAT(Info().lastError, IsCode(LDAP_SUCCESS));
     items.SetUserName("short");
     EXPECT_EQ("short", items.GetSharedUserName());
     EXPECT_EQ(std::string(259, 'p'), items.GetSharedPassword());
@@ -144,21 +148,21 @@ TEST_F(PromptTest, WrongPasswordIsAskedForUntilItIsRight) {
     prompt_.Type(test::kEditor, "wrong again");
     prompt_.Type(test::kEditor, test::kEditorPassword);
     server_.Mark();
-    EXPECT_EQ(1, items.ConnectLocation(&text_));
+    EXPECT_THAT(items.ConnectLocation(&text_), IsDone());
     EXPECT_TRUE(items.IsConnected());
     EXPECT_EQ(2u, prompt_.shown.size());
     EXPECT_EQ("wrong again", prompt_.shown[1].password);
     EXPECT_EQ(3, server_.Counts().binds);
     EXPECT_THAT(boxes_.Texts(), ElementsAre(MessageFor(49), MessageFor(49)));
-    EXPECT_EQ(0u, Info().lastError);
+    EXPECT_THAT(Info().lastError, IsCode(LDAP_SUCCESS));
     EXPECT_EQ(test::kEditorPassword, items.GetSharedPassword());
 }
 
 TEST_F(PromptTest, CancelledPromptIsReportedAsCancelled) {
     CLDAPItems& items = Make(test::kEditor, "wrong");
-    EXPECT_EQ(0, items.ConnectLocation(&text_));
-    EXPECT_EQ(88u, items.LastError());
-    EXPECT_EQ(88u, Info().lastError);
+    EXPECT_THAT(items.ConnectLocation(&text_), Fails());
+    EXPECT_THAT(items.LastError(), IsCode(LDAP_USER_CANCELLED));
+    EXPECT_THAT(Info().lastError, IsCode(LDAP_USER_CANCELLED));
     EXPECT_EQ(MessageFor(88), text_);
     EXPECT_EQ(1u, Info().noPrompt);
     EXPECT_EQ("", items.GetPassword());
@@ -173,23 +177,23 @@ TEST_F(PromptTest, CancelledPromptIsReportedAsCancelled) {
 TEST_F(PromptTest, AfterACancelNoPromptAppearsAgainForThatServer) {
     Make(test::kEditor, "wrong").ConnectLocation(nullptr);
     CLDAPItems& items = Make(test::kEditor, "wrong");
-    EXPECT_EQ(0, items.ConnectLocation(&text_));
-    EXPECT_EQ(88u, items.LastError());
+    EXPECT_THAT(items.ConnectLocation(&text_), Fails());
+    EXPECT_THAT(items.LastError(), IsCode(LDAP_USER_CANCELLED));
     EXPECT_EQ(1u, prompt_.shown.size());
     EXPECT_EQ(3u, boxes_.Boxes().size());
 }
 
 TEST_F(PromptTest, PromptAndConnectUsesKnownCredentialsUnasked) {
     CLDAPItems& items = Make(test::kEditor, test::kEditorPassword);
-    EXPECT_EQ(1, items.PromptAndConnect(&text_));
+    EXPECT_THAT(items.PromptAndConnect(&text_), IsDone());
     EXPECT_THAT(prompt_.shown, IsEmpty());
 }
 
 TEST_F(PromptTest, WhatOneLocationLearnsServesTheOthersOfItsServer) {
     prompt_.Type(test::kEditor, test::kEditorPassword);
-    ASSERT_EQ(1, Make("", "").PromptAndConnect(nullptr));
+    ASSERT_THAT(Make("", "").PromptAndConnect(nullptr), IsDone());
     CLDAPItems& other = Make("", "");
-    EXPECT_EQ(1, other.PromptAndConnect(nullptr));
+    EXPECT_THAT(other.PromptAndConnect(nullptr), IsDone());
     EXPECT_EQ(1u, prompt_.shown.size());
 }
 
@@ -199,9 +203,9 @@ TEST_F(PromptTest, SecondFailureThatNoPromptCouldChangeIsFinal) {
     location.password = "wrong";
     CLDAPItems& items = Make(location);
     server_.Mark();
-    EXPECT_EQ(0, items.ConnectLocation(&text_));
+    EXPECT_THAT(items.ConnectLocation(&text_), Fails());
     EXPECT_EQ(2, server_.Counts().binds);
-    EXPECT_EQ(49u, items.LastError());
+    EXPECT_THAT(items.LastError(), IsCode(LDAP_INVALID_CREDENTIALS));
     EXPECT_FALSE(items.IsUsable());
     EXPECT_THAT(prompt_.shown, IsEmpty());
 }
@@ -217,7 +221,7 @@ TEST_F(PromptTest, WithoutASharedBlockTheRecordStillServes) {
     EXPECT_EQ("", items_->GetSharedPassword());
     items_->SetUserName(test::kEditor);
     items_->SetPassword(test::kEditorPassword);
-    EXPECT_EQ(1, items_->ConnectLocation(&text_));
+    EXPECT_THAT(items_->ConnectLocation(&text_), IsDone());
 }
 
 TEST_F(PromptTest, AnonymousBindThatSucceedsInAnotherProcessShowsNoPromptAndChangesNothing) {
@@ -226,10 +230,10 @@ TEST_F(PromptTest, AnonymousBindThatSucceedsInAnotherProcessShowsNoPromptAndChan
     const test::ChildProcess other("connect-anonymously", {std::to_string(server_.Port())});
     EXPECT_EQ(1, other.ExitCode());
     EXPECT_EQ(0u, Info().noPrompt);
-    EXPECT_EQ(0u, Info().lastError);
+    EXPECT_THAT(Info().lastError, IsCode(LDAP_SUCCESS));
     // A wrong password is still asked about here.
     prompt_.Type(test::kEditor, test::kEditorPassword);
-    EXPECT_EQ(1, items.ConnectLocation(&text_));
+    EXPECT_THAT(items.ConnectLocation(&text_), IsDone());
     EXPECT_EQ(1u, prompt_.shown.size());
 }
 
@@ -243,8 +247,8 @@ TEST_F(PromptTest, AnonymousBindThatFailsInAnotherProcessEndsPromptingHere) {
     const test::ChildProcess other("connect-anonymously", {std::to_string(server.Port())});
     EXPECT_EQ(0, other.ExitCode());
     EXPECT_EQ(1u, Info().noPrompt);
-    EXPECT_EQ(0, items.ConnectLocation(&text_));
-    EXPECT_EQ(88u, items.LastError());
+    EXPECT_THAT(items.ConnectLocation(&text_), Fails());
+    EXPECT_THAT(items.LastError(), IsCode(LDAP_USER_CANCELLED));
     EXPECT_THAT(prompt_.shown, IsEmpty());
     EXPECT_THAT(boxes_.Texts(), ElementsAre(MessageFor(49)));
 }
@@ -255,8 +259,8 @@ TEST_F(PromptTest, ServerThatIsDownIsAskedForLikeAWrongPassword) {
     ForgetServer(location.port);
     CLDAPItems& items = Make(location);
     prompt_.Type(test::kEditor, test::kEditorPassword);
-    EXPECT_EQ(0, items.ConnectLocation(&text_));
-    EXPECT_EQ(88u, items.LastError());
+    EXPECT_THAT(items.ConnectLocation(&text_), Fails());
+    EXPECT_THAT(items.LastError(), IsCode(LDAP_USER_CANCELLED));
     EXPECT_EQ(2u, prompt_.shown.size());
     EXPECT_THAT(boxes_.Texts(), ElementsAre(MessageFor(81), MessageFor(81), MessageFor(88)));
 }

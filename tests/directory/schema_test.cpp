@@ -1,23 +1,27 @@
 // The schema as administrators load it into a server that is running.
 #include "support/directory_fixture.h"
+#include "support/results.h"
 
 namespace depot {
 namespace {
+
+using test::IsDone;
 
 TEST(SchemaTest, LoadedIntoALiveConfigurationServesFoldersAndFiles) {
     test::DirectoryServer server("live-schema");
     test::ForgetServer(server.Port());
     CDepotPath location = server.Location();
     CLDAPItems items(&location);
-    ASSERT_EQ(1, items.ConnectLocation(nullptr));
+    ASSERT_THAT(items.ConnectLocation(nullptr), IsDone());
     const std::string folder = std::string("cn=sub,") + test::kSuffix;
     const std::string file = "cn=a.krc," + folder;
     const std::string bytes("\x80\0text", 6);
-    EXPECT_EQ(1, items.AddFolderEntry(folder, "sub", nullptr));
-    EXPECT_EQ(0u, items.AddFileEntry(file, "a.krc", bytes.data(),
-                                     static_cast<std::uint32_t>(bytes.size())));
+    EXPECT_THAT(items.AddFolderEntry(folder, "sub", nullptr), IsDone());
+    EXPECT_THAT(
+        items.AddFileEntry(file, "a.krc", bytes.data(), static_cast<std::uint32_t>(bytes.size())),
+        IsDone());
     FileBuffer buffer;
-    EXPECT_EQ(1, items.ReadFileContents(file, buffer));
+    EXPECT_THAT(items.ReadFileContents(file, buffer), IsDone());
     EXPECT_EQ(bytes, std::string(reinterpret_cast<const char*>(buffer.bytes.get()), buffer.length));
 }
 

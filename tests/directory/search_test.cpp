@@ -1,9 +1,13 @@
 #include "support/directory_fixture.h"
+#include "support/results.h"
 
 namespace depot {
 namespace {
 
+using test::Fails;
 using test::ForgetServer;
+using test::IsCode;
+using test::IsDone;
 using test::MessageFor;
 using testing::HasSubstr;
 using testing::IsEmpty;
@@ -11,8 +15,6 @@ using testing::Not;
 
 class SearchTest : public test::DirectoryFixture {
 protected:
-    std::string Dn(const std::string& name) const { return "cn=" + name + "," + base_; }
-
     static std::string Text(const FileBuffer& buffer) {
         return std::string(reinterpret_cast<const char*>(buffer.bytes.get()), buffer.length);
     }
@@ -22,15 +24,13 @@ protected:
         buffer.bytes = std::make_unique<std::uint8_t[]>(3);
         return buffer;
     }
-
-    std::string text_ = "junk";
 };
 
 TEST_F(SearchTest, FindingAnEntryAsksForItAloneAndForNoAttributes) {
     server_.AddFile("a.krc", base_, "x");
     Connected();
     server_.Mark();
-    EXPECT_EQ(0u, CodeOf(Connected().Entries().Find(base_)));
+    EXPECT_THAT(CodeOf(Connected().Entries().Find(base_)), IsDone());
     const std::string log = server_.Log();
     EXPECT_THAT(log, HasSubstr("SRCH base=\"" + base_ + "\" scope=0"));
     EXPECT_THAT(log, HasSubstr("SRCH attr=1.1\n"));
@@ -43,11 +43,12 @@ TEST_F(SearchTest, EverySearchUsesTheFilterForAnyEntry) {
     server_.Mark();
     LdapItemList items;
     FileBuffer buffer;
-    EXPECT_EQ(1, Connected().ListChildren(base_, items));
-    EXPECT_EQ(1, Connected().ReadFileContents(Dn("a.krc"), buffer));
-    EXPECT_EQ(0u, CodeOf(Connected().Entries().Find(base_)));
-    EXPECT_EQ(1, Connected().AddFolderEntry(Dn("sub"), "sub", nullptr));
-    EXPECT_EQ(1, Connected().EnsureFolderPath("cn=b.krc,cn=deep," + Dn("sub"), false, nullptr));
+    EXPECT_THAT(Connected().ListChildren(base_, items), IsDone());
+    EXPECT_THAT(Connected().ReadFileContents(Dn("a.krc"), buffer), IsDone());
+    EXPECT_THAT(CodeOf(Connected().Entries().Find(base_)), IsDone());
+    EXPECT_THAT(Connected().AddFolderEntry(Dn("sub"), "sub", nullptr), IsDone());
+    EXPECT_THAT(Connected().EnsureFolderPath("cn=b.krc,cn=deep," + Dn("sub"), false, nullptr),
+                IsDone());
     const std::string log = server_.Log();
     int filters = 0;
     constexpr std::string_view kFilter = " filter=\"(objectClass=*)\"\n";
@@ -60,8 +61,8 @@ TEST_F(SearchTest, EverySearchUsesTheFilterForAnyEntry) {
 }
 
 TEST_F(SearchTest, FindingGivesTheDirectorysCode) {
-    EXPECT_EQ(32u, CodeOf(Connected().Entries().Find(Dn("missing"))));
-    EXPECT_EQ(34u, CodeOf(Connected().Entries().Find("not a name")));
+    EXPECT_THAT(CodeOf(Connected().Entries().Find(Dn("missing"))), Fails(LDAP_NO_SUCH_OBJECT));
+    EXPECT_THAT(CodeOf(Connected().Entries().Find("not a name")), Fails(LDAP_INVALID_DN_SYNTAX));
 }
 
 TEST_F(SearchTest, BaseWithMoreEntriesThanTheServersLimitIsFound) {
@@ -72,10 +73,10 @@ TEST_F(SearchTest, BaseWithMoreEntriesThanTheServersLimitIsFound) {
                    "\nquillonFileContentsBinary: x\n\n";
     }
     server_.Apply(entries);
-    EXPECT_EQ(0u, CodeOf(Connected().Entries().Find(base_)));
+    EXPECT_THAT(CodeOf(Connected().Entries().Find(base_)), IsDone());
     LdapItemList children;
-    EXPECT_EQ(0, Connected().ListChildren(base_, children));
-    EXPECT_EQ(4u, Connected().LastError());
+    EXPECT_THAT(Connected().ListChildren(base_, children), Fails());
+    EXPECT_THAT(Connected().LastError(), IsCode(LDAP_SIZELIMIT_EXCEEDED));
 }
 
 TEST_F(SearchTest, ReadingAsksForTheEntryAndItsContentsOnly) {
@@ -83,7 +84,7 @@ TEST_F(SearchTest, ReadingAsksForTheEntryAndItsContentsOnly) {
     Connected();
     server_.Mark();
     FileBuffer buffer = Junk();
-    EXPECT_EQ(1, Connected().ReadFileContents(Dn("a.krc"), buffer));
+    EXPECT_THAT(Connected().ReadFileContents(Dn("a.krc"), buffer), IsDone());
     EXPECT_EQ("bytes", Text(buffer));
     const std::string log = server_.Log();
     EXPECT_THAT(log, HasSubstr("scope=0"));
@@ -94,32 +95,32 @@ TEST_F(SearchTest, ReadingAsksForTheEntryAndItsContentsOnly) {
 TEST_F(SearchTest, ReadingMatchesADnOfAnotherLetterCase) {
     server_.AddFile("Report.krc", base_, "bytes");
     FileBuffer buffer;
-    EXPECT_EQ(1, Connected().ReadFileContents("CN=REPORT.KRC," + base_, buffer));
+    EXPECT_THAT(Connected().ReadFileContents("CN=REPORT.KRC," + base_, buffer), IsDone());
     EXPECT_EQ("bytes", Text(buffer));
 }
 
 TEST_F(SearchTest, ReadingAnotherAttributeTakesThatOne) {
     server_.Apply("dn: " + Dn("sub") + "\nobjectClass: quillonFolder\ncn: sub\ndescription: d\n");
     FileBuffer buffer;
-    EXPECT_EQ(1, Connected().ReadFileContents(Dn("sub"), buffer, "DESCRIPTION"));
+    EXPECT_THAT(Connected().ReadFileContents(Dn("sub"), buffer, "DESCRIPTION"), IsDone());
     EXPECT_EQ("d", Text(buffer));
 }
 
 TEST_F(SearchTest, ReadingAnEntryWithoutContentsGivesAnEmptyBuffer) {
     server_.AddFolder("sub", base_);
     FileBuffer buffer = Junk();
-    EXPECT_EQ(1, Connected().ReadFileContents(Dn("sub"), buffer));
+    EXPECT_THAT(Connected().ReadFileContents(Dn("sub"), buffer), IsDone());
     EXPECT_EQ(0u, buffer.length);
     EXPECT_EQ(nullptr, buffer.bytes);
 }
 
 TEST_F(SearchTest, ReadingAMissingEntryFails) {
     FileBuffer buffer = Junk();
-    EXPECT_EQ(0, Connected().ReadFileContents(Dn("missing.krc"), buffer));
-    EXPECT_EQ(32u, Connected().LastError());
+    EXPECT_THAT(Connected().ReadFileContents(Dn("missing.krc"), buffer), Fails());
+    EXPECT_THAT(Connected().LastError(), IsCode(LDAP_NO_SUCH_OBJECT));
     EXPECT_EQ(0u, buffer.length);
-    EXPECT_EQ(0, Connected().ReadFileContents("not a name", buffer));
-    EXPECT_EQ(34u, Connected().LastError());
+    EXPECT_THAT(Connected().ReadFileContents("not a name", buffer), Fails());
+    EXPECT_THAT(Connected().LastError(), IsCode(LDAP_INVALID_DN_SYNTAX));
     EXPECT_THAT(boxes_.Boxes(), IsEmpty());
 }
 
@@ -127,7 +128,8 @@ TEST_F(SearchTest, EnsuringAFilesPathCreatesItsMissingFolderOnly) {
     server_.AddFolder("root", base_);
     Connected();
     server_.Mark();
-    EXPECT_EQ(1, Connected().EnsureFolderPath("CN=a.krc,CN=sub," + Dn("root"), false, &text_));
+    EXPECT_THAT(Connected().EnsureFolderPath("CN=a.krc,CN=sub," + Dn("root"), false, &text_),
+                IsDone());
     EXPECT_EQ(1, server_.Counts().adds);
     EXPECT_TRUE(server_.Holds("cn=sub," + Dn("root")));
     EXPECT_FALSE(server_.Holds("cn=a.krc,cn=sub," + Dn("root")));
@@ -138,7 +140,8 @@ TEST_F(SearchTest, EnsuringAFilesPathCreatesItsMissingFolderOnly) {
 TEST_F(SearchTest, EnsuringAPathCreatesTheUpperFolderFirst) {
     Connected();
     server_.Mark();
-    EXPECT_EQ(1, Connected().EnsureFolderPath("CN=a.krc,CN=sub,CN=root," + base_, false, &text_));
+    EXPECT_THAT(Connected().EnsureFolderPath("CN=a.krc,CN=sub,CN=root," + base_, false, &text_),
+                IsDone());
     const std::string log = server_.Log();
     const std::size_t root = log.find("ADD dn=\"cn=root,");
     const std::size_t sub = log.find("ADD dn=\"cn=sub,");
@@ -149,22 +152,22 @@ TEST_F(SearchTest, EnsuringAPathCreatesTheUpperFolderFirst) {
 }
 
 TEST_F(SearchTest, EnsuringAFoldersPathIncludesTheFolder) {
-    EXPECT_EQ(1, Connected().EnsureFolderPath("CN=sub," + base_, false, &text_));
+    EXPECT_THAT(Connected().EnsureFolderPath("CN=sub," + base_, false, &text_), IsDone());
     EXPECT_TRUE(server_.Holds(Dn("sub")));
 }
 
 TEST_F(SearchTest, EnsuringAnExistingPathAsksOnce) {
     Connected();
     server_.Mark();
-    EXPECT_EQ(1, Connected().EnsureFolderPath("CN=a.krc," + base_, false, &text_));
+    EXPECT_THAT(Connected().EnsureFolderPath("CN=a.krc," + base_, false, &text_), IsDone());
     EXPECT_EQ((test::OperationCounts{.searches = 1}), server_.Counts());
     EXPECT_THAT(server_.Log(), Not(HasSubstr("scope=2")));
 }
 
 TEST_F(SearchTest, EnsuringAPathBeyondAsciiCreatesItsFolders) {
-    EXPECT_EQ(1, Connected().EnsureFolderPath("CN=\xE9t\xE9," + base_, false, &text_));
+    EXPECT_THAT(Connected().EnsureFolderPath("CN=\xE9t\xE9," + base_, false, &text_), IsDone());
     LdapItemList children;
-    EXPECT_EQ(1, Connected().ListChildren(base_, children));
+    EXPECT_THAT(Connected().ListChildren(base_, children), IsDone());
     ASSERT_EQ(1u, children.Count());
     EXPECT_EQ("CN=\xE9t\xE9," + base_, children.At(0).path);
 }
@@ -173,13 +176,13 @@ TEST_F(SearchTest, EnsuringWithConnectLeavesTheObjectDisconnected) {
     location_ = server_.Location(base_).Clone();
     items_ = std::make_unique<CLDAPItems>(location_.get());
     server_.Mark();
-    EXPECT_EQ(1, items_->EnsureFolderPath("CN=sub," + base_, true, &text_));
+    EXPECT_THAT(items_->EnsureFolderPath("CN=sub," + base_, true, &text_), IsDone());
     EXPECT_FALSE(items_->IsConnected());
     EXPECT_TRUE(items_->IsUsable());
     EXPECT_EQ(1, server_.Counts().binds);
     EXPECT_TRUE(server_.Holds(Dn("sub")));
-    ASSERT_EQ(1, items_->ConnectLocation(nullptr));
-    EXPECT_EQ(1, items_->EnsureFolderPath("CN=sub," + base_, true, &text_));
+    ASSERT_THAT(items_->ConnectLocation(nullptr), IsDone());
+    EXPECT_THAT(items_->EnsureFolderPath("CN=sub," + base_, true, &text_), IsDone());
     EXPECT_FALSE(items_->IsConnected());
 }
 
@@ -187,33 +190,33 @@ TEST_F(SearchTest, EnsuringWithConnectFailsWhenTheUserCancels) {
     location_ = server_.Location(base_).Clone();
     location_->password.clear();
     items_ = std::make_unique<CLDAPItems>(location_.get());
-    EXPECT_EQ(0, items_->EnsureFolderPath("CN=sub," + base_, true, &text_));
-    EXPECT_EQ(88u, items_->LastError());
+    EXPECT_THAT(items_->EnsureFolderPath("CN=sub," + base_, true, &text_), Fails());
+    EXPECT_THAT(items_->LastError(), IsCode(LDAP_USER_CANCELLED));
     EXPECT_EQ(MessageFor(88), text_);
     EXPECT_FALSE(server_.Holds(Dn("sub")));
 }
 
 TEST_F(SearchTest, EnsuringNothingFails) {
-    EXPECT_EQ(0, Connected().EnsureFolderPath("", true, &text_));
+    EXPECT_THAT(Connected().EnsureFolderPath("", true, &text_), Fails());
     EXPECT_TRUE(Connected().IsConnected());
 }
 
 TEST_F(SearchTest, EnsuringAnInvalidNameFails) {
-    EXPECT_EQ(0, Connected().EnsureFolderPath("not a name", false, &text_));
-    EXPECT_EQ(34u, Connected().LastError());
+    EXPECT_THAT(Connected().EnsureFolderPath("not a name", false, &text_), Fails());
+    EXPECT_THAT(Connected().LastError(), IsCode(LDAP_INVALID_DN_SYNTAX));
     EXPECT_EQ(MessageFor(34), text_);
 }
 
 TEST_F(SearchTest, EnsuringAPathThatTheServerRefusesToReadFails) {
     // The client takes this name apart, the server does not know its attribute.
-    EXPECT_EQ(0, Connected().EnsureFolderPath("nosuchattribute=a," + base_, false, &text_));
-    EXPECT_EQ(34u, Connected().LastError());
+    EXPECT_THAT(Connected().EnsureFolderPath("nosuchattribute=a," + base_, false, &text_), Fails());
+    EXPECT_THAT(Connected().LastError(), IsCode(LDAP_INVALID_DN_SYNTAX));
     EXPECT_EQ(MessageFor(34), text_);
 }
 
 TEST_F(SearchTest, EnsuringAFolderOfAnotherKindFailsOnItsName) {
-    EXPECT_EQ(0, Connected().EnsureFolderPath("CN=a.krc,ou=other," + base_, false, &text_));
-    EXPECT_EQ(34u, Connected().LastError());
+    EXPECT_THAT(Connected().EnsureFolderPath("CN=a.krc,ou=other," + base_, false, &text_), Fails());
+    EXPECT_THAT(Connected().LastError(), IsCode(LDAP_INVALID_DN_SYNTAX));
     EXPECT_EQ(MessageFor(34), text_);
     EXPECT_THAT(server_.Show(base_, "one", "1.1"), "");
 }
@@ -223,9 +226,9 @@ TEST_F(SearchTest, EnsuringAFolderThatCannotBeAddedIsAParameterError) {
     location_->username = test::kReader;
     location_->password = test::kReaderPassword;
     items_ = std::make_unique<CLDAPItems>(location_.get());
-    ASSERT_EQ(1, items_->ConnectLocation(nullptr));
-    EXPECT_EQ(0, items_->EnsureFolderPath("CN=sub," + base_, false, &text_));
-    EXPECT_EQ(89u, items_->LastError());
+    ASSERT_THAT(items_->ConnectLocation(nullptr), IsDone());
+    EXPECT_THAT(items_->EnsureFolderPath("CN=sub," + base_, false, &text_), Fails());
+    EXPECT_THAT(items_->LastError(), IsCode(LDAP_PARAM_ERROR));
     EXPECT_EQ(MessageFor(89), text_);
     EXPECT_THAT(boxes_.Boxes(), IsEmpty());
 }

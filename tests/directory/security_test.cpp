@@ -1,10 +1,14 @@
 #include "support/directory_fixture.h"
+#include "support/results.h"
 
 namespace depot {
 namespace {
 
 using test::DirectoryServer;
+using test::Fails;
 using test::ForgetServer;
+using test::IsCode;
+using test::IsDone;
 using test::MessageFor;
 using testing::ElementsAre;
 using testing::HasSubstr;
@@ -46,21 +50,21 @@ TEST_F(SecurityTest, WithoutTheSettingTheSessionIsOpen) {
 TEST_F(SecurityTest, StartTlsSecuresTheSessionBeforeTheBind) {
     TlsServer().Mark();
     CLDAPItems& items = Make(1, TlsServer().Port());
-    EXPECT_EQ(1, items.ConnectLocation(&text_));
+    EXPECT_THAT(items.ConnectLocation(&text_), IsDone());
     const std::string log = TlsServer().Log();
     EXPECT_THAT(log, HasSubstr("STARTTLS"));
     EXPECT_LT(log.find("TLS established"), log.find("BIND dn="));
-    EXPECT_EQ(0u, CodeOf(items.Entries().Find(test::kSuffix)));
+    EXPECT_THAT(CodeOf(items.Entries().Find(test::kSuffix)), IsDone());
 }
 
 TEST_F(SecurityTest, LdapsSecuresTheSessionFromItsStart) {
     TlsServer().Mark();
     CLDAPItems& items = Make(2, TlsServer().TlsPort());
-    EXPECT_EQ(1, items.ConnectLocation(&text_));
+    EXPECT_THAT(items.ConnectLocation(&text_), IsDone());
     const std::string log = TlsServer().Log();
     EXPECT_THAT(log, Not(HasSubstr("STARTTLS")));
     EXPECT_LT(log.find("TLS established"), log.find("BIND dn="));
-    EXPECT_EQ(0u, CodeOf(items.Entries().Find(test::kSuffix)));
+    EXPECT_THAT(CodeOf(items.Entries().Find(test::kSuffix)), IsDone());
 }
 
 TEST_F(SecurityTest, UnknownSettingIsTakenAsStartTls) {
@@ -73,8 +77,8 @@ TEST_F(SecurityTest, ServerThatRefusesStartTlsIsNotBoundTo) {
     DirectoryServer plain;
     CLDAPItems& items = Make(1, plain.Port());
     plain.Mark();
-    EXPECT_EQ(0, items.ConnectLocation(&text_));
-    EXPECT_NE(0u, items.LastError());
+    EXPECT_THAT(items.ConnectLocation(&text_), Fails());
+    EXPECT_THAT(items.LastError(), testing::Not(IsCode(LDAP_SUCCESS)));
     EXPECT_FALSE(items.IsUsable());
     EXPECT_EQ(0, plain.Counts().binds);
     EXPECT_EQ(1u, boxes_.Boxes().size());
@@ -82,8 +86,8 @@ TEST_F(SecurityTest, ServerThatRefusesStartTlsIsNotBoundTo) {
 
 TEST_F(SecurityTest, AbsentServerIsReportedOnceWithLdaps) {
     CLDAPItems& items = Make(2, test::ClosedPort());
-    EXPECT_EQ(0, items.ConnectLocation(&text_));
-    EXPECT_EQ(81u, items.LastError());
+    EXPECT_THAT(items.ConnectLocation(&text_), Fails());
+    EXPECT_THAT(items.LastError(), IsCode(LDAP_SERVER_DOWN));
     EXPECT_EQ(1u, boxes_.Boxes().size());
 }
 
@@ -92,8 +96,8 @@ TEST_F(SecurityTest, CertificateThatTheClientRefusesEndsTheConnection) {
     items.Client().ldap_start_tls_s = [](LDAP*, PULONG, LDAPMessage**, PLDAPControlA*,
                                          PLDAPControlA*) -> ULONG { return LDAP_CONNECT_ERROR; };
     TlsServer().Mark();
-    EXPECT_EQ(0, items.ConnectLocation(&text_));
-    EXPECT_EQ(91u, items.LastError());
+    EXPECT_THAT(items.ConnectLocation(&text_), Fails());
+    EXPECT_THAT(items.LastError(), IsCode(LDAP_CONNECT_ERROR));
     EXPECT_EQ(MessageFor(91), text_);
     EXPECT_THAT(boxes_.Texts(), ElementsAre(MessageFor(91)));
     EXPECT_FALSE(items.IsUsable());
@@ -105,8 +109,8 @@ TEST_F(SecurityTest, ClientWithoutTlsFailsAsServerDown) {
         CLDAPItems& items = Make(security, TlsServer().Port());
         items.Client().ldap_start_tls_s = DirectoryClient().ldap_start_tls_s;
         items.Client().ldap_sslinit = DirectoryClient().ldap_sslinit;
-        EXPECT_EQ(0, items.ConnectLocation(&text_));
-        EXPECT_EQ(81u, items.LastError());
+        EXPECT_THAT(items.ConnectLocation(&text_), Fails());
+        EXPECT_THAT(items.LastError(), IsCode(LDAP_SERVER_DOWN));
     }
 }
 

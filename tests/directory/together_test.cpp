@@ -22,9 +22,9 @@ FileBuffer BufferOf(const std::string& text) {
 }
 
 std::string TextOf(const FileBuffer& buffer) {
-    return buffer.bytes ? std::string(reinterpret_cast<const char*>(buffer.bytes.get()),
-                                      buffer.length)
-                        : "(none)";
+    return buffer.bytes
+               ? std::string(reinterpret_cast<const char*>(buffer.bytes.get()), buffer.length)
+               : "(none)";
 }
 
 class TogetherTest : public test::EntriesTest {

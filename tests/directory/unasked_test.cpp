@@ -3,11 +3,15 @@
 
 #include "directory/prompt_fixture.h"
 #include "platform/user_notice.h"
+#include "support/results.h"
 
 namespace depot {
 namespace {
 
+using test::Fails;
 using test::ForgetServer;
+using test::IsCode;
+using test::IsDone;
 using test::MessageFor;
 using test::PromptTest;
 using testing::ElementsAre;
@@ -41,7 +45,7 @@ protected:
     void LogOnElsewhere() const {
         CDepotPath location = server_.Location();
         CLDAPItems other(&location);
-        EXPECT_EQ(1, other.ConnectLocation(nullptr));
+        EXPECT_THAT(other.ConnectLocation(nullptr), IsDone());
     }
     // Somebody types these into a prompt elsewhere; nobody has tried them yet.
     void TypeElsewhere(const std::string& userName, const std::string& password) const {
@@ -58,7 +62,7 @@ TEST_F(UnaskedTest, WrongPasswordIsAskedForAlsoWhenSomebodyLogsOnWhileItsMessage
     prompt_.Type(test::kReader, "wrong again");
     prompt_.Type(test::kReader, test::kReaderPassword);
     const WhileMessagesAreOpen elsewhere([this] { LogOnElsewhere(); });
-    EXPECT_EQ(1, items.ConnectLocation(&text_));
+    EXPECT_THAT(items.ConnectLocation(&text_), IsDone());
     ASSERT_EQ(2u, prompt_.shown.size());
     EXPECT_EQ("wrong", prompt_.shown[0].password);
     EXPECT_EQ("wrong again", prompt_.shown[1].password);
@@ -69,9 +73,9 @@ TEST_F(UnaskedTest, WrongPasswordIsAskedForAlsoWhenSomebodyLogsOnWhileItsMessage
 TEST_F(UnaskedTest, CancelAfterSuchALogOnIsACancel) {
     CLDAPItems& items = Make(test::kReader, "wrong");
     const WhileMessagesAreOpen elsewhere([this] { LogOnElsewhere(); });
-    EXPECT_EQ(0, items.ConnectLocation(&text_));
+    EXPECT_THAT(items.ConnectLocation(&text_), Fails());
     EXPECT_EQ(1u, prompt_.shown.size());
-    EXPECT_EQ(88u, items.LastError());
+    EXPECT_THAT(items.LastError(), IsCode(LDAP_USER_CANCELLED));
     EXPECT_EQ(1u, Info().noPrompt);
     EXPECT_TRUE(items.IsUsable());
 }
@@ -80,7 +84,7 @@ TEST_F(UnaskedTest, CredentialsTypedElsewhereMeanwhileAreTriedBeforeTheUserIsAsk
     CLDAPItems& items = Make(test::kReader, "wrong");
     const WhileMessagesAreOpen elsewhere(
         [this] { TypeElsewhere(test::kEditor, test::kEditorPassword); });
-    EXPECT_EQ(1, items.ConnectLocation(&text_));
+    EXPECT_THAT(items.ConnectLocation(&text_), IsDone());
     EXPECT_THAT(prompt_.shown, IsEmpty());
     EXPECT_EQ(test::kEditor, items.GetUserName());
     EXPECT_THAT(elsewhere.Texts(), ElementsAre(MessageFor(49)));
@@ -92,7 +96,7 @@ TEST_F(UnaskedTest, SecondFailureInARowThatNothingWasAskedForShowsThePrompt) {
     int round = 0;
     const WhileMessagesAreOpen elsewhere(
         [&] { TypeElsewhere(test::kReader, "wrong " + std::to_string(++round)); });
-    EXPECT_EQ(1, items.ConnectLocation(&text_));
+    EXPECT_THAT(items.ConnectLocation(&text_), IsDone());
     ASSERT_EQ(1u, prompt_.shown.size());
     EXPECT_EQ("wrong 1", prompt_.shown[0].password);
     EXPECT_EQ(2, round);
@@ -103,7 +107,7 @@ TEST_F(UnaskedTest, SharedCredentialsThatFailAreAskedFor) {
     CLDAPItems& items = Make("", "");
     prompt_.Type(test::kReader, test::kReaderPassword);
     const WhileMessagesAreOpen elsewhere([this] { LogOnElsewhere(); });
-    EXPECT_EQ(1, items.PromptAndConnect(&text_));
+    EXPECT_THAT(items.PromptAndConnect(&text_), IsDone());
     ASSERT_EQ(1u, prompt_.shown.size());
     EXPECT_EQ("outdated", prompt_.shown[0].password);
     EXPECT_THAT(elsewhere.Texts(), ElementsAre(MessageFor(49)));
@@ -114,7 +118,7 @@ TEST_F(UnaskedTest, WithoutASharedBlockAWrongPasswordIsAskedFor) {
     TakeTheBlocksName();
     prompt_.Type(test::kEditor, test::kEditorPassword);
     server_.Mark();
-    EXPECT_EQ(1, items_->ConnectLocation(&text_));
+    EXPECT_THAT(items_->ConnectLocation(&text_), IsDone());
     EXPECT_EQ(1u, prompt_.shown.size());
     EXPECT_EQ(2, server_.Counts().binds);
 }
@@ -129,7 +133,7 @@ TEST_F(UnaskedTest, KnownCredentialsAreUsedWhilePromptingIsOff) {
         SCOPED_TRACE(testing::Message() << row.userName << "/" << row.password);
         CLDAPItems& items = Make(row.userName, row.password);
         Info().noPrompt = 1;
-        EXPECT_EQ(1, items.PromptAndConnect(&text_));
+        EXPECT_THAT(items.PromptAndConnect(&text_), IsDone());
         EXPECT_EQ(1u, Info().noPrompt);
     }
     EXPECT_THAT(prompt_.shown, IsEmpty());
@@ -141,7 +145,7 @@ TEST_F(UnaskedTest, LocationThatNeedsNoCredentialsConnectsWhilePromptingIsOff) {
     location.authentication = kAnonymousAuthentication;
     CLDAPItems& items = Make(location);
     Info().noPrompt = 1;
-    EXPECT_EQ(1, items.PromptAndConnect(&text_));
+    EXPECT_THAT(items.PromptAndConnect(&text_), IsDone());
 }
 
 TEST_F(UnaskedTest, WhatWouldHaveToBeAskedFailsWithoutABoxWhilePromptingIsOff) {
@@ -155,8 +159,8 @@ TEST_F(UnaskedTest, WhatWouldHaveToBeAskedFailsWithoutABoxWhilePromptingIsOff) {
         Info().noPrompt = 1;
         Info().lastError = row.recorded;
         server_.Mark();
-        EXPECT_EQ(0, items.PromptAndConnect(&text_));
-        EXPECT_EQ(88u, items.LastError());
+        EXPECT_THAT(items.PromptAndConnect(&text_), Fails());
+        EXPECT_THAT(items.LastError(), IsCode(LDAP_USER_CANCELLED));
         EXPECT_EQ(row.recorded, Info().lastError);
         EXPECT_EQ("", server_.Log());
     }
@@ -167,24 +171,24 @@ TEST_F(UnaskedTest, WhatWouldHaveToBeAskedFailsWithoutABoxWhilePromptingIsOff) {
 TEST_F(UnaskedTest, PromptAndConnectWithPromptingOffHandsOutTheReason) {
     CLDAPItems& items = Make(test::kEditor, "");
     Info().noPrompt = 1;
-    EXPECT_EQ(0, items.PromptAndConnect(&text_));
+    EXPECT_THAT(items.PromptAndConnect(&text_), Fails());
     EXPECT_EQ(MessageFor(88), text_);
 }
 
 TEST_F(UnaskedTest, AnyNumberButZeroTurnsPromptingOff) {
     CLDAPItems& items = Make(test::kEditor, "wrong");
     Info().noPrompt = 2;
-    EXPECT_EQ(0, items.ConnectLocation(nullptr));
+    EXPECT_THAT(items.ConnectLocation(nullptr), Fails());
     EXPECT_THAT(prompt_.shown, IsEmpty());
 }
 
 TEST_F(UnaskedTest, WithoutAPromptNoneAppearsAndPromptingStaysOnForOthers) {
     CLDAPItems& items = Make("anna", "");
     items.Connection().SetPrompt(nullptr);
-    EXPECT_EQ(0, items.PromptForCredentials());
-    EXPECT_EQ(0, items.PromptAndConnect(&text_));
-    EXPECT_EQ(88u, items.LastError());
-    EXPECT_EQ(0u, Info().lastError);
+    EXPECT_THAT(items.PromptForCredentials(), Fails());
+    EXPECT_THAT(items.PromptAndConnect(&text_), Fails());
+    EXPECT_THAT(items.LastError(), IsCode(LDAP_USER_CANCELLED));
+    EXPECT_THAT(Info().lastError, IsCode(LDAP_SUCCESS));
     EXPECT_EQ(0u, Info().noPrompt);
     EXPECT_THAT(boxes_.Boxes(), IsEmpty());
 }
@@ -193,9 +197,9 @@ TEST_F(UnaskedTest, WithoutAPromptAFailedBindEndsTheConnectionAndPromptingStaysO
     CLDAPItems& items = Make(test::kEditor, "wrong");
     items.Connection().SetPrompt(nullptr);
     server_.Mark();
-    EXPECT_EQ(0, items.ConnectLocation(&text_));
+    EXPECT_THAT(items.ConnectLocation(&text_), Fails());
     EXPECT_EQ(1, server_.Counts().binds);
-    EXPECT_EQ(88u, items.LastError());
+    EXPECT_THAT(items.LastError(), IsCode(LDAP_USER_CANCELLED));
     EXPECT_EQ("wrong", items.GetPassword());
     EXPECT_FALSE(items.IsUsable());
     EXPECT_EQ(0u, Info().noPrompt);
@@ -211,7 +215,7 @@ TEST_F(UnaskedTest, InstalledPromptServesEveryConnectionAsLongAsItIsInstalled) {
     EXPECT_EQ(1u, prompt_.shown.size());
     ForgetServer(location.port);
     InstallCredentialsPrompt(nullptr);
-    EXPECT_EQ(0, items.PromptForCredentials());
+    EXPECT_THAT(items.PromptForCredentials(), Fails());
     EXPECT_EQ(1u, prompt_.shown.size());
     EXPECT_EQ(0u, items.Connection().Shared().Block().Access()->noPrompt);
 }
@@ -220,10 +224,10 @@ TEST_F(UnaskedTest, InstalledPromptServesEveryConnectionAsLongAsItIsInstalled) {
 class QuietConnectionTest : public PromptTest {
 protected:
     void ExpectQuietFailure(CLDAPItems& items, std::uint32_t code) {
-        EXPECT_EQ(0, items.ConnectQuietly());
+        EXPECT_THAT(items.ConnectQuietly(), Fails());
         EXPECT_EQ(code, items.LastError());
         EXPECT_FALSE(items.IsUsable());
-        EXPECT_EQ(0u, Info().lastError);
+        EXPECT_THAT(Info().lastError, IsCode(LDAP_SUCCESS));
         EXPECT_EQ(0u, Info().noPrompt);
         EXPECT_THAT(prompt_.shown, IsEmpty());
         EXPECT_THAT(boxes_.Boxes(), IsEmpty());
@@ -243,8 +247,8 @@ TEST_F(QuietConnectionTest, EveryOtherFailureIsUnseenToo) {
     items->Client().ldap_init = [](PCHAR, ULONG) -> LDAP* { return nullptr; };
     items->Client().LdapGetLastError = []() -> ULONG { return LDAP_NO_MEMORY; };
     ExpectQuietFailure(*items, 90);
-    EXPECT_EQ(0, items->ConnectQuietly());
-    EXPECT_EQ(81u, items->LastError());
+    EXPECT_THAT(items->ConnectQuietly(), Fails());
+    EXPECT_THAT(items->LastError(), IsCode(LDAP_SERVER_DOWN));
     items = &Make(location);
     items->Client().ldap_connect = [](LDAP*, l_timeval*) -> ULONG { return LDAP_TIMEOUT; };
     ExpectQuietFailure(*items, 85);
@@ -263,14 +267,14 @@ TEST_F(QuietConnectionTest, SuccessClearsTheServersLastErrorAndLeavesTheRecordAl
     items.Location().password.clear();
     Info().lastError = 49;
     server_.Mark();
-    EXPECT_EQ(1, items.ConnectQuietly());
+    EXPECT_THAT(items.ConnectQuietly(), IsDone());
     EXPECT_TRUE(items.IsConnected());
     EXPECT_THAT(server_.Log(), testing::HasSubstr("BIND dn=\"cn=reader,dc=farrow,dc=test\""));
-    EXPECT_EQ(0u, Info().lastError);
+    EXPECT_THAT(Info().lastError, IsCode(LDAP_SUCCESS));
     EXPECT_EQ("", items.GetUserName());
     EXPECT_EQ("", items.GetPassword());
     server_.Mark();
-    EXPECT_EQ(1, items.ConnectQuietly());
+    EXPECT_THAT(items.ConnectQuietly(), IsDone());
     EXPECT_EQ(test::OperationCounts(), server_.Counts());
 }
 

@@ -4,6 +4,7 @@
 #include "directory_component/registered_dialog.h"
 #include "support/component_depots.h"
 #include "support/directory_fixture.h"
+#include "support/results.h"
 #include "support/working_files.h"
 
 namespace depot::test {
@@ -50,74 +51,83 @@ protected:
 TEST_F(BrowseDirectoryTest, FileThatIsChosenBecomesTheCurrentFile) {
     Session session(*api_);
     OutText path;
-    EXPECT_EQ(S_OK, Browse(session, path, [](const OpenBrowser& browser) {
-                  browser.WaitForRows({L"a.kra", L"b.kra"});
-                  browser.DoubleClickRow(L"b.kra");
-              }));
+    EXPECT_THAT(Browse(session, path,
+                       [](const OpenBrowser& browser) {
+                           browser.WaitForRows({L"a.kra", L"b.kra"});
+                           browser.DoubleClickRow(L"b.kra");
+                       }),
+                IsOk());
     EXPECT_EQ(L"<Corp>\\b.kra", path.Value());
     EXPECT_EQ(L"of b", Read(session, L"S", L"K"));
 }
 
 TEST_F(BrowseDirectoryTest, CancelledDialogKeepsTheCurrentFile) {
     Session session(*api_);
-    ASSERT_EQ(S_OK, api_->DPLoadFile(session.Address(), Text("<Corp>\\a.kra")));
+    ASSERT_THAT(api_->DPLoadFile(session.Address(), Text("<Corp>\\a.kra")), IsOk());
     OutText path;
-    EXPECT_EQ(S_FALSE, Browse(session, path, [](const OpenBrowser& browser) {
-                  browser.WaitForRows({L"a.kra", L"b.kra"});
-                  browser.Press(VK_ESCAPE);
-              }));
+    EXPECT_THAT(Browse(session, path,
+                       [](const OpenBrowser& browser) {
+                           browser.WaitForRows({L"a.kra", L"b.kra"});
+                           browser.Press(VK_ESCAPE);
+                       }),
+                IsRefused());
     EXPECT_TRUE(path.IsNull());
     EXPECT_EQ(L"of a", Read(session, L"S", L"K"));
 }
 
 TEST_F(BrowseDirectoryTest, ChangedFileIsStoredWhenAnotherIsChosen) {
     Session session(*api_);
-    ASSERT_EQ(S_OK, api_->DPLoadFile(session.Address(), Text("<Corp>\\a.kra")));
-    ASSERT_EQ(S_OK, api_->DPSetProfileString(session, Text("S"), Text("K"), Text("changed")));
+    ASSERT_THAT(api_->DPLoadFile(session.Address(), Text("<Corp>\\a.kra")), IsOk());
+    ASSERT_THAT(api_->DPSetProfileString(session, Text("S"), Text("K"), Text("changed")), IsOk());
     OutText path;
-    EXPECT_EQ(S_OK, Browse(session, path, [](const OpenBrowser& browser) {
-                  browser.WaitForRow(L"b.kra");
-                  browser.DoubleClickRow(L"b.kra");
-              }));
+    EXPECT_THAT(Browse(session, path,
+                       [](const OpenBrowser& browser) {
+                           browser.WaitForRow(L"b.kra");
+                           browser.DoubleClickRow(L"b.kra");
+                       }),
+                IsOk());
     OutText copy;
     Session other(*api_);
-    ASSERT_EQ(S_OK, api_->DPLoadFile(other.Address(), Text("<Corp>\\a.kra")));
+    ASSERT_THAT(api_->DPLoadFile(other.Address(), Text("<Corp>\\a.kra")), IsOk());
     EXPECT_EQ(L"changed", Read(other, L"S", L"K"));
 }
 
 TEST_F(BrowseDirectoryTest, ChangedFileThatIsChosenAgainIsStoredBeforeItIsFetched) {
     Session session(*api_);
-    ASSERT_EQ(S_OK, api_->DPLoadFile(session.Address(), Text("<Corp>\\a.kra")));
-    ASSERT_EQ(S_OK, api_->DPSetProfileString(session, Text("S"), Text("K"), Text("changed")));
+    ASSERT_THAT(api_->DPLoadFile(session.Address(), Text("<Corp>\\a.kra")), IsOk());
+    ASSERT_THAT(api_->DPSetProfileString(session, Text("S"), Text("K"), Text("changed")), IsOk());
     OutText path;
-    EXPECT_EQ(S_OK, Browse(session, path,
-                           [](const OpenBrowser& browser) { browser.DoubleClickRow(L"a.kra"); }));
+    EXPECT_THAT(
+        Browse(session, path, [](const OpenBrowser& browser) { browser.DoubleClickRow(L"a.kra"); }),
+        IsOk());
     EXPECT_EQ(L"<Corp>\\a.kra", path.Value());
     EXPECT_EQ(L"changed", Read(session, L"S", L"K"));
 }
 
 TEST_F(BrowseDirectoryTest, SeveralChosenFilesStoreTheCurrentOneAndLeaveNone) {
     Session session(*api_);
-    ASSERT_EQ(S_OK, api_->DPLoadFile(session.Address(), Text("<Corp>\\a.kra")));
-    ASSERT_EQ(S_OK, api_->DPSetProfileString(session, Text("S"), Text("K"), Text("changed")));
+    ASSERT_THAT(api_->DPLoadFile(session.Address(), Text("<Corp>\\a.kra")), IsOk());
+    ASSERT_THAT(api_->DPSetProfileString(session, Text("S"), Text("K"), Text("changed")), IsOk());
     OutText list;
-    EXPECT_EQ(S_OK, BrowseMany(session, list, [](const OpenBrowser& browser) {
-                  browser.WaitForRow(L"b.kra");
-                  browser.Focus(CONTROL_LIST);
-                  browser.Press('A', VK_CONTROL);
-                  browser.WaitForSelection({L"a.kra", L"b.kra"});
-                  browser.Click(IDOK);
-              }));
+    EXPECT_THAT(BrowseMany(session, list,
+                           [](const OpenBrowser& browser) {
+                               browser.WaitForRow(L"b.kra");
+                               browser.Focus(CONTROL_LIST);
+                               browser.Press('A', VK_CONTROL);
+                               browser.WaitForSelection({L"a.kra", L"b.kra"});
+                               browser.Click(IDOK);
+                           }),
+                IsOk());
     EXPECT_EQ(L"<Corp>\0a.kra\0a.kra\0b.kra\0\0"s, list.Value());
     EXPECT_EQ(L"(failed)", Read(session, L"S", L"K"));
     Session other(*api_);
-    ASSERT_EQ(S_OK, api_->DPLoadFile(other.Address(), Text("<Corp>\\a.kra")));
+    ASSERT_THAT(api_->DPLoadFile(other.Address(), Text("<Corp>\\a.kra")), IsOk());
     EXPECT_EQ(L"changed", Read(other, L"S", L"K"));
 }
 
 TEST_F(BrowseDirectoryTest, SavingBeginsWithTheSelectedItemAndOffersFileOperationsAnyway) {
     Session session(*api_);
-    ASSERT_EQ(S_OK, api_->DPSetSelItemPath(session, Text("<Corp>\\new.kra")));
+    ASSERT_THAT(api_->DPSetSelItemPath(session, Text("<Corp>\\new.kra")), IsOk());
     const DialogUser user = Play([](const OpenBrowser& browser) {
         browser.WaitForRows({L"a.kra", L"b.kra"});
         EXPECT_TRUE(browser.IsShown(CONTROL_RENAME));
@@ -125,8 +135,9 @@ TEST_F(BrowseDirectoryTest, SavingBeginsWithTheSelectedItemAndOffersFileOperatio
         browser.Click(IDOK);
     });
     OutText path;
-    EXPECT_EQ(S_OK, api_->DPBrowse(session, APP_SKEIN, PROMPT_SAVEAS, VARIANT_FALSE, VARIANT_FALSE,
-                                   0, 4711, path));
+    EXPECT_THAT(api_->DPBrowse(session, APP_SKEIN, PROMPT_SAVEAS, VARIANT_FALSE, VARIANT_FALSE, 0,
+                               4711, path),
+                IsOk());
     EXPECT_EQ(L"<Corp>\\new.kra", path.Value());
     // Nothing is stored before something is written.
     EXPECT_FALSE(Holds("new.kra"));
@@ -141,7 +152,8 @@ TEST_F(BrowseDirectoryTest, OtherApplicationsFilesAreOpenedAndSavedToo) {
             browser.Press(VK_ESCAPE);
         });
         OutText path;
-        EXPECT_EQ(S_FALSE, api_->DPBrowse(session, APP_KICKOFF, type, kYes, kYes, 0, 0, path));
+        EXPECT_THAT(api_->DPBrowse(session, APP_KICKOFF, type, kYes, kYes, 0, 0, path),
+                    IsRefused());
         EXPECT_TRUE(path.IsNull());
     }
 }

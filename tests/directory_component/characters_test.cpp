@@ -2,6 +2,7 @@
 #include "component/characters_fixture.h"
 #include "directory_component/stores_fixture.h"
 #include "platform/system_code_page.h"
+#include "support/results.h"
 
 namespace depot::test {
 namespace {
@@ -29,7 +30,7 @@ protected:
     const std::string parent_ = NewFolder();
     const std::string base_ = "cn=" + Narrowed(names_.folder) + "," + parent_;
     const CleanWorkingFiles clean_;
-    std::optional<DirectoryStore> corp_;
+    std::optional<DirectoryTestFolder> corp_;
 };
 
 TEST_F(DirectoryCharactersTest, ListingShowsEveryFileUnderItsName) {
@@ -42,19 +43,19 @@ TEST_F(DirectoryCharactersTest, ValuesCopiesRenameAndDeletionMeetTheFileOfThatNa
     for (const std::wstring& name : names_.files) {
         SCOPED_TRACE(Narrowed(name));
         const std::wstring path = L"<Corp>\\" + name;
-        EXPECT_EQ(S_OK, api_->DPFileExists(Client(), Text(path)));
-        ASSERT_EQ(S_OK, api_->DPLoadFile(Client().Address(), Text(path)));
+        EXPECT_THAT(api_->DPFileExists(Client(), Text(path)), IsOk());
+        ASSERT_THAT(api_->DPLoadFile(Client().Address(), Text(path)), IsOk());
         EXPECT_EQ(L"old", Read(Client(), L"S", L"K"));
-        EXPECT_EQ(S_OK, api_->DPSetProfileString(Client(), Text("S"), Text("K"), Text("new")));
-        EXPECT_EQ(S_OK, api_->DPFlushFile(Client()));
+        EXPECT_THAT(api_->DPSetProfileString(Client(), Text("S"), Text("K"), Text("new")), IsOk());
+        EXPECT_THAT(api_->DPFlushFile(Client()), IsOk());
         EXPECT_EQ(kNewProfile, Bytes(name));
         OutText copy;
-        EXPECT_EQ(S_OK, api_->DPMakeCopyFromSrcFile(Client(), Text(path), copy));
-        EXPECT_EQ(S_OK, api_->DPDeleteFile(Client(), Text(copy.Value())));
-        EXPECT_EQ(S_OK, api_->DPRenameFile(Client(), Text(path), Text(L"<Corp>\\y" + name)));
+        EXPECT_THAT(api_->DPMakeCopyFromSrcFile(Client(), Text(path), copy), IsOk());
+        EXPECT_THAT(api_->DPDeleteFile(Client(), Text(copy.Value())), IsOk());
+        EXPECT_THAT(api_->DPRenameFile(Client(), Text(path), Text(L"<Corp>\\y" + name)), IsOk());
         EXPECT_EQ(kMissing, Bytes(name));
         EXPECT_EQ(kNewProfile, Bytes(L"y" + name));
-        EXPECT_EQ(S_OK, api_->DPDeleteFile(Client(), Text(L"<Corp>\\y" + name)));
+        EXPECT_THAT(api_->DPDeleteFile(Client(), Text(L"<Corp>\\y" + name)), IsOk());
     }
     EXPECT_EQ(std::vector<std::wstring>(), List(L"<Corp>\\"));
 }
@@ -64,7 +65,7 @@ TEST_F(DirectoryCharactersTest, EntriesThatCannotBeNamedAreLeftOutAndRefused) {
     for (const std::wstring& name : names_.refused) {
         // No server takes the one; the other is A to a server.
         if (name[0] != 0xD83D && name[0] != 0xFF21) MakeEntry(name);
-        EXPECT_EQ(S_FALSE, api_->DPDeleteFile(Client(), Text(L"<Corp>\\" + name)));
+        EXPECT_THAT(api_->DPDeleteFile(Client(), Text(L"<Corp>\\" + name)), IsRefused());
     }
     EXPECT_EQ(std::vector<std::wstring>{L"<Corp>\\A.kra"}, List(L"<Corp>\\"));
     EXPECT_EQ(kOldProfile, Bytes(L"A.kra"));
@@ -81,8 +82,8 @@ TEST_F(DirectoryCharactersTest, PublishedFilesArriveUnderTheirNames) {
         profile += "C" + std::to_string(++number) + "=" + Narrowed(source + L"\\" + name) + "\r\n";
     }
     corp_->MakeFile("p.kra", profile);
-    ASSERT_EQ(S_OK, api_->DPLoadFile(Client().Address(), Text(L"<Corp>\\p.kra")));
-    EXPECT_EQ(S_OK, api_->DPPublishSkesDepFiles(Client()));
+    ASSERT_THAT(api_->DPLoadFile(Client().Address(), Text(L"<Corp>\\p.kra")), IsOk());
+    EXPECT_THAT(api_->DPPublishSkesDepFiles(Client()), IsOk());
     for (const std::wstring& name : names_.files)
         EXPECT_EQ(kOldProfile, Bytes(name)) << Narrowed(name);
 }

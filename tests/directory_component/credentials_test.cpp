@@ -9,7 +9,8 @@
 #include "support/component_depots.h"
 #include "support/directory_fixture.h"
 #include "support/import_patch.h"
-#include "support/stores.h"
+#include "support/results.h"
+#include "support/test_folders.h"
 #include "support/working_files.h"
 
 namespace depot::test {
@@ -112,11 +113,12 @@ DialogUser::Script Cancel() {
 
 std::wstring ReadFileThrough(IDepotIntrApi& api, const std::string& path) {
     LONG_PTR session = 0;
-    EXPECT_EQ(S_OK, api.DPLoadFile(&session, Text(path)));
+    EXPECT_THAT(api.DPLoadFile(&session, Text(path)), IsOk());
     OutText value;
-    EXPECT_EQ(S_OK,
-              api.DPGetProfileString(session, Text("S"), Text("K"), Text("(default)"), value, 100));
-    EXPECT_EQ(S_OK, api.DPUnInitialize(session));
+    EXPECT_THAT(
+        api.DPGetProfileString(session, Text("S"), Text("K"), Text("(default)"), value, 100),
+        IsOk());
+    EXPECT_THAT(api.DPUnInitialize(session), IsOk());
     return value.Value();
 }
 
@@ -146,7 +148,7 @@ protected:
     // Reads the file in a session of its own.
     std::wstring Value(const std::string& path = kFile) { return ReadFileThrough(*api_, path); }
 
-    std::string Contents() { return DirectoryStore(server_, base_, {}).Bytes("office.kra"); }
+    std::string Contents() { return DirectoryTestFolder(server_, base_, {}).Bytes("office.kra"); }
 
     DirectoryInfo& Shared() { return *block_.Access(); }
 
@@ -180,8 +182,8 @@ TEST_F(CredentialsTest, TypedCredentialsAreThoseThatAFileIsStoredWith) {
     const DialogWatch watch({Type(kEditor, kEditorPassword)});
     {
         Session session(*api_);
-        EXPECT_EQ(S_OK, api_->DPLoadFile(session.Address(), Text(kFile)));
-        EXPECT_EQ(S_OK, api_->DPSetProfileString(session, Text("S"), Text("K"), Text("new")));
+        EXPECT_THAT(api_->DPLoadFile(session.Address(), Text(kFile)), IsOk());
+        EXPECT_THAT(api_->DPSetProfileString(session, Text("S"), Text("K"), Text("new")), IsOk());
         server_.Mark();
     }
     EXPECT_EQ("[S]\r\nK=new\r\n", Contents());
@@ -204,7 +206,7 @@ TEST_F(CredentialsTest, WrongPasswordIsAskedForAgainUntilItIsRight) {
     EXPECT_EQ(L"old", Value());
     EXPECT_EQ(2, watch.Shown());
     EXPECT_THAT(boxes_.Texts(), ElementsAre(MessageFor(49)));
-    EXPECT_EQ(0u, Shared().lastError);
+    EXPECT_THAT(Shared().lastError, IsCode(LDAP_SUCCESS));
 }
 
 TEST_F(CredentialsTest, CancelledDialogGivesAFileWithoutValuesAndNoSecondPrompt) {
@@ -213,7 +215,7 @@ TEST_F(CredentialsTest, CancelledDialogGivesAFileWithoutValuesAndNoSecondPrompt)
     EXPECT_EQ(L"(default)", Value());
     EXPECT_EQ(1, watch.Shown());
     EXPECT_EQ(1u, Shared().noPrompt);
-    EXPECT_EQ(88u, Shared().lastError);
+    EXPECT_THAT(Shared().lastError, IsCode(LDAP_USER_CANCELLED));
     EXPECT_THAT(boxes_.Texts(), ElementsAre(MessageFor(88)));
     EXPECT_EQ(L"(default)", Value());
     EXPECT_EQ(1, watch.Shown());
@@ -249,7 +251,7 @@ TEST_F(CredentialsTest, DialogThatIsNotRegisteredCountsAsCancelled) {
     EXPECT_EQ(L"(default)", Value());
     EXPECT_EQ(0, watch.Shown());
     EXPECT_EQ(1u, Shared().noPrompt);
-    EXPECT_EQ(88u, Shared().lastError);
+    EXPECT_THAT(Shared().lastError, IsCode(LDAP_USER_CANCELLED));
     EXPECT_THAT(boxes_.Texts(), ElementsAre(MessageFor(88)));
     EXPECT_EQ(L"(default)", Value());
     EXPECT_THAT(boxes_.Texts(), ElementsAre(MessageFor(88)));
@@ -293,8 +295,8 @@ TEST_F(CredentialsTest, NoPromptAppearsWhileTheComponentIsUnloaded) {
                               .release());
         const Com<IDepotIntrApi> api = library.CreateApi();
         LONG_PTR left = 0;
-        ASSERT_EQ(S_OK, api->DPLoadFile(&left, Text(kFile)));
-        EXPECT_EQ(S_OK, api->DPSetProfileString(left, Text("S"), Text("K"), Text("new")));
+        ASSERT_THAT(api->DPLoadFile(&left, Text(kFile)), IsOk());
+        EXPECT_THAT(api->DPSetProfileString(left, Text("S"), Text("K"), Text("new")), IsOk());
         // The session has to log on once more, and what was typed is wrong by now.
         server_.Apply("dn: " + guest +
                       "\nchangetype: modify\nreplace: userPassword\nuserPassword: two\n");

@@ -3,7 +3,8 @@
 #include "platform/handles.h"
 #include "support/component_depots.h"
 #include "support/directory_fixture.h"
-#include "support/stores.h"
+#include "support/results.h"
+#include "support/test_folders.h"
 #include "support/working_files.h"
 
 namespace depot::test {
@@ -28,14 +29,14 @@ protected:
 
     // What the entry holds, read through a connection of the test's own.
     std::string Contents() {
-        return DirectoryStore(server_, base_, {}).Bytes("Sessions\\office.kra");
+        return DirectoryTestFolder(server_, base_, {}).Bytes("Sessions\\office.kra");
     }
 
     void Load(Session& session, const std::string& path = kFile) {
-        ASSERT_EQ(S_OK, api_->DPLoadFile(session.Address(), Text(path)));
+        ASSERT_THAT(api_->DPLoadFile(session.Address(), Text(path)), IsOk());
     }
     void Change(LONG_PTR session, const wchar_t* value = L"new") {
-        EXPECT_EQ(S_OK, api_->DPSetProfileString(session, Text("S"), Text("K"), Text(value)));
+        EXPECT_THAT(api_->DPSetProfileString(session, Text("S"), Text("K"), Text(value)), IsOk());
     }
 
     void ExpectRecovered(const std::string& bytes) {
@@ -62,7 +63,7 @@ TEST_F(DirectoryFilesTest, ValuesAreReadWrittenAndFlushed) {
     Change(session);
     EXPECT_EQ(L"new", Read(session, L"S", L"K"));
     EXPECT_EQ(kOld, Contents());
-    EXPECT_EQ(S_OK, api_->DPFlushFile(session));
+    EXPECT_THAT(api_->DPFlushFile(session), IsOk());
     EXPECT_EQ(kNew, Contents());
     EXPECT_EQ(L"new", Read(session, L"S", L"K"));
     EXPECT_THAT(WorkingCopies(), SizeIs(1));
@@ -73,7 +74,7 @@ TEST_F(DirectoryFilesTest, ValuesAreReadWrittenAndFlushed) {
 TEST_F(DirectoryFilesTest, RootOfTheDepotIsNotDeleted) {
     Session session(*api_);
     for (const char* path : {"<Corp>\\", "<Corp>\\Sessions\\.."}) {
-        EXPECT_EQ(S_FALSE, api_->DPDeleteFile(session, Text(path)));
+        EXPECT_THAT(api_->DPDeleteFile(session, Text(path)), IsRefused());
     }
     EXPECT_EQ(kOld, Contents());
 }
@@ -107,11 +108,11 @@ TEST_F(DirectoryFilesTest, LoadFlushAndEndCostWhatTheyNeed) {
         EXPECT_EQ((OperationCounts{.binds = 1, .searches = 1}), server_.Counts());
         Change(session);
         server_.Mark();
-        EXPECT_EQ(S_OK, api_->DPFlushFile(session));
+        EXPECT_THAT(api_->DPFlushFile(session), IsOk());
         EXPECT_EQ((OperationCounts{.binds = 2, .searches = 1, .modifications = 1}),
                   server_.Counts());
         server_.Mark();
-        EXPECT_EQ(S_OK, api_->DPFileExists(session, Text(kFile)));
+        EXPECT_THAT(api_->DPFileExists(session, Text(kFile)), IsOk());
         EXPECT_EQ((OperationCounts{.binds = 1, .searches = 1}), server_.Counts());
         Change(session, L"other");
         server_.Mark();
@@ -124,14 +125,15 @@ TEST_F(DirectoryFilesTest, LateBoundClientEditsTheFile) {
     const auto call = [&](const wchar_t* name, std::vector<Variant> arguments, Variant& result) {
         DISPID id = 0;
         LPOLESTR names = const_cast<LPOLESTR>(name);
-        EXPECT_EQ(S_OK, object.GetIDsOfNames(IID_NULL, &names, 1, LOCALE_USER_DEFAULT, &id));
+        EXPECT_THAT(object.GetIDsOfNames(IID_NULL, &names, 1, LOCALE_USER_DEFAULT, &id), IsOk());
         std::vector<VARIANT> reversed;
         for (auto it = arguments.rbegin(); it != arguments.rend(); ++it) {
             reversed.push_back(*it->get());
         }
         DISPPARAMS parameters = {reversed.data(), nullptr, static_cast<UINT>(reversed.size()), 0};
-        EXPECT_EQ(S_OK, object.Invoke(id, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD,
-                                      &parameters, result.get(), nullptr, nullptr));
+        EXPECT_THAT(object.Invoke(id, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD, &parameters,
+                                  result.get(), nullptr, nullptr),
+                    IsOk());
     };
     Variant handle, loaded, none, value;
     call(L"DPInitialize", {}, handle);
@@ -149,7 +151,7 @@ TEST_F(DirectoryFilesTest, ServerGoneBeforeAFlushLeavesTheBytesRecovered) {
     Load(session);
     Change(session);
     server_.Stop();
-    EXPECT_EQ(S_OK, api_->DPFlushFile(session));
+    EXPECT_THAT(api_->DPFlushFile(session), IsOk());
     server_.Continue();
     ASSERT_THAT(RecoveredFiles(), SizeIs(1));
     EXPECT_EQ(kNew, FileBytes(RecoveredFiles().front()));
@@ -190,9 +192,9 @@ TEST_F(DirectoryFilesTest, FlushOfAConflictRecoversTheEditAndShowsTheOtherVersio
     Load(session);
     Load(someoneElse);
     Change(someoneElse, L"theirs");
-    EXPECT_EQ(S_OK, api_->DPFlushFile(someoneElse));
+    EXPECT_THAT(api_->DPFlushFile(someoneElse), IsOk());
     Change(session);
-    EXPECT_EQ(S_OK, api_->DPFlushFile(session));
+    EXPECT_THAT(api_->DPFlushFile(session), IsOk());
     EXPECT_EQ("[S]\r\nK=theirs\r\n", Contents());
     ExpectRecovered(kNew);
     EXPECT_EQ(L"theirs", Read(session, L"S", L"K"));
@@ -201,18 +203,19 @@ TEST_F(DirectoryFilesTest, FlushOfAConflictRecoversTheEditAndShowsTheOtherVersio
 TEST_F(DirectoryFilesTest, PathMethodsAnswerForADirectory) {
     Session session(*api_);
     OutText display, depotPath, fileSystem, byDefault;
-    EXPECT_EQ(S_OK, api_->DPGetDepotDisplayPath(session, Text(kFile), display));
+    EXPECT_THAT(api_->DPGetDepotDisplayPath(session, Text(kFile), display), IsOk());
     EXPECT_EQ(L"<Company>\\Sessions\\", display.Value());
-    EXPECT_EQ(S_OK, api_->DPGetPathFromDisplayName(session, Text("<company>\\Sessions\\office.kra"),
-                                                   depotPath));
+    EXPECT_THAT(
+        api_->DPGetPathFromDisplayName(session, Text("<company>\\Sessions\\office.kra"), depotPath),
+        IsOk());
     EXPECT_EQ(Wide(kFile), depotPath.Value());
-    EXPECT_EQ(S_FALSE, api_->DPPathConvertDPtoFS(Text(kFile), fileSystem));
+    EXPECT_THAT(api_->DPPathConvertDPtoFS(Text(kFile), fileSystem), IsRefused());
     EXPECT_TRUE(fileSystem.IsNull());
     EXPECT_THAT(WorkingCopies(), IsEmpty());
-    EXPECT_EQ(S_OK, api_->DPFileExists(0, Text(kFile)));
-    EXPECT_EQ(S_FALSE, api_->DPFileExists(0, Text("<Corp>\\Sessions\\none.kra")));
+    EXPECT_THAT(api_->DPFileExists(0, Text(kFile)), IsOk());
+    EXPECT_THAT(api_->DPFileExists(0, Text("<Corp>\\Sessions\\none.kra")), IsRefused());
     depots_.Dword("Corp", "DefaultDepot", 1);
-    EXPECT_EQ(S_OK, api_->DPGetDefaultDPPath(0, byDefault));
+    EXPECT_THAT(api_->DPGetDefaultDPPath(0, byDefault), IsOk());
     EXPECT_EQ(L"<Corp>\\", byDefault.Value());
     EXPECT_THAT(boxes_.Texts(), IsEmpty());
 }
@@ -225,7 +228,7 @@ TEST_F(DirectoryFilesTest, ShortPathOfAFileIsThatFilesBesideADefaultDepotInADire
                                             CREATE_ALWAYS, FILE_FLAG_DELETE_ON_CLOSE, nullptr));
         ASSERT_TRUE(file);
         OutText converted;
-        EXPECT_EQ(S_OK, api_->DPPathConvertDPtoFS(Text(path), converted));
+        EXPECT_THAT(api_->DPPathConvertDPtoFS(Text(path), converted), IsOk());
         EXPECT_EQ(Wide(path), converted.Value());
     }
     EXPECT_THAT(WorkingCopies(), IsEmpty());
@@ -234,25 +237,25 @@ TEST_F(DirectoryFilesTest, ShortPathOfAFileIsThatFilesBesideADefaultDepotInADire
 TEST_F(DirectoryFilesTest, BracketedNameOfNoDepotIsNotConvertedWhereTheDefaultIsADirectory) {
     depots_.Dword("Corp", "DefaultDepot", 1);
     OutText converted;
-    EXPECT_EQ(S_FALSE, api_->DPPathConvertDPtoFS(Text("<Nowhere>\\office.kra"), converted));
+    EXPECT_THAT(api_->DPPathConvertDPtoFS(Text("<Nowhere>\\office.kra"), converted), IsRefused());
     EXPECT_TRUE(converted.IsNull());
     EXPECT_THAT(WorkingCopies(), IsEmpty());
 }
 
 TEST_F(DirectoryFilesTest, WritabilityIsFoundByTryingAndLeavesNothing) {
     Session session(*api_);
-    EXPECT_EQ(S_OK, api_->DPIsPathWriteAble(session, Text(kFile)));
-    EXPECT_EQ(S_OK, api_->DPIsPathWriteAble(session, Text("<Corp>\\x\\y\\new.kra")));
+    EXPECT_THAT(api_->DPIsPathWriteAble(session, Text(kFile)), IsOk());
+    EXPECT_THAT(api_->DPIsPathWriteAble(session, Text("<Corp>\\x\\y\\new.kra")), IsOk());
     EXPECT_FALSE(server_.Holds("cn=x," + base_));
-    EXPECT_EQ(S_FALSE, api_->DPIsPathWriteAble(0, Text(kFile)));
-    EXPECT_EQ(S_FALSE, api_->DPIsPathWriteAble(session, Text("<Nobody>\\a.kra")));
+    EXPECT_THAT(api_->DPIsPathWriteAble(0, Text(kFile)), IsRefused());
+    EXPECT_THAT(api_->DPIsPathWriteAble(session, Text("<Nobody>\\a.kra")), IsRefused());
     EXPECT_EQ(kOld, Contents());
 }
 
 TEST_F(DirectoryFilesTest, ReaderCannotWriteAMissingPlace) {
     DefineDirectoryDepot(depots_, "Corp", server_.Port(), base_, kReader, kReaderPassword);
     Session session(*api_);
-    EXPECT_EQ(S_FALSE, api_->DPIsPathWriteAble(session, Text("<Corp>\\x\\new.kra")));
+    EXPECT_THAT(api_->DPIsPathWriteAble(session, Text("<Corp>\\x\\new.kra")), IsRefused());
     EXPECT_FALSE(server_.Holds("cn=x," + base_));
 }
 
@@ -284,14 +287,14 @@ TEST_F(DirectoryFilesTest, IdleSessionKeepsNoConnectionAndEachCallBindsOnceAtMos
     EXPECT_EQ(L"old", Read(session, L"S", L"K"));
     Change(session);
     expectClosed("values", 0);
-    EXPECT_EQ(S_OK, api_->DPFlushFile(session));
+    EXPECT_THAT(api_->DPFlushFile(session), IsOk());
     expectClosed("flush: a write-back and a load", 2);
-    EXPECT_EQ(S_OK, api_->DPFileExists(session, Text(kFile)));
+    EXPECT_THAT(api_->DPFileExists(session, Text(kFile)), IsOk());
     expectClosed("exists", 1);
-    EXPECT_EQ(S_OK, api_->DPIsPathWriteAble(session, Text("<Corp>\\x\\y\\new.kra")));
+    EXPECT_THAT(api_->DPIsPathWriteAble(session, Text("<Corp>\\x\\y\\new.kra")), IsOk());
     expectClosed("writable", 1);
     OutText display;
-    EXPECT_EQ(S_OK, api_->DPGetDepotDisplayPath(session, Text(kFile), display));
+    EXPECT_THAT(api_->DPGetDepotDisplayPath(session, Text(kFile), display), IsOk());
     expectClosed("display path", 0);
 }
 
@@ -302,7 +305,7 @@ TEST_F(DirectoryFilesTest, LongPathsAreAnswered) {
         ASSERT_EQ(length, path.size());
         Load(session, path);
         EXPECT_EQ(L"(default)", Read(session, L"S", L"K")) << length;
-        EXPECT_EQ(S_FALSE, api_->DPFileExists(session, Text(path))) << length;
+        EXPECT_THAT(api_->DPFileExists(session, Text(path)), IsRefused()) << length;
     }
 }
 

@@ -5,6 +5,7 @@
 
 #include "directory_component/stores_fixture.h"
 #include "support/current_folder.h"
+#include "support/results.h"
 
 namespace depot::test {
 namespace {
@@ -16,7 +17,7 @@ protected:
     void ExpectNotRenamed(const std::string& from, const std::string& to) {
         SCOPED_TRACE(from + " to " + to);
         const StoreContents before = store_.Contents();
-        EXPECT_EQ(S_FALSE, Rename(from, to));
+        EXPECT_THAT(Rename(from, to), IsRefused());
         EXPECT_EQ(before, store_.Contents());
     }
     // Makes a numbered copy and returns its path.
@@ -33,15 +34,15 @@ protected:
 
 TEST_P(FileOperationsTest, RenamedFileHasItsNewNameAndPlace) {
     store_.MakeFile("a.kra", "1");
-    EXPECT_EQ(S_OK, Rename(Path("a.kra"), Path("b.kra")));
-    EXPECT_EQ(S_OK, Rename(Path("b.kra"), Path("Sub\\c.kra")));
+    EXPECT_THAT(Rename(Path("a.kra"), Path("b.kra")), IsOk());
+    EXPECT_THAT(Rename(Path("b.kra"), Path("Sub\\c.kra")), IsOk());
     EXPECT_EQ((StoreContents{{"Sub", kFolderMark}, {"Sub\\c.kra", "1"}}), store_.Contents());
 }
 
 TEST_P(FileOperationsTest, RenamedTreeKeepsItsShape) {
     store_.MakeTree("tree");
-    EXPECT_EQ(S_OK, Rename(Path("tree"), Path("Sub\\tree")));
-    EXPECT_EQ(Store::Tree(), store_.Contents("Sub\\tree"));
+    EXPECT_THAT(Rename(Path("tree"), Path("Sub\\tree")), IsOk());
+    EXPECT_EQ(TestFolder::Tree(), store_.Contents("Sub\\tree"));
     EXPECT_FALSE(store_.Holds("tree"));
 }
 
@@ -58,7 +59,7 @@ TEST_P(FileOperationsTest, RenameRefusesWhatItCannotDo) {
     ExpectNotRenamed(Path("tree"), Path("tree\\sub\\tree"));
     ExpectNotRenamed(Path("tree"), Path("tree\\new"));
     ExpectNotRenamed(Path(""), Path("Sub\\all"));
-    EXPECT_EQ(S_FALSE, api_->DPRenameFile(0, Text(Path("a.kra")), Text(Path("c.kra"))));
+    EXPECT_THAT(api_->DPRenameFile(0, Text(Path("a.kra")), Text(Path("c.kra"))), IsRefused());
 }
 
 TEST_P(FileOperationsTest, RenameNeverLeadsIntoTheCurrentFolder) {
@@ -80,19 +81,19 @@ TEST_P(FileOperationsTest, BareNameOfTheDepotStandsForItsRoot) {
     const std::string bare = root.substr(0, root.size() - 1);
     LONG_PTR list = 0;
     LONG count = 0;
-    ASSERT_EQ(S_OK, api_->DPFindInit(&list, Text(bare), Text(".kra"), APP_SKEIN, &count));
+    ASSERT_THAT(api_->DPFindInit(&list, Text(bare), Text(".kra"), APP_SKEIN, &count), IsOk());
     std::vector<std::wstring> found;
     for (LONG index = 0; index < count; ++index) {
         OutText path;
-        EXPECT_EQ(S_OK, api_->DPFindNext(list, index, path));
+        EXPECT_THAT(api_->DPFindNext(list, index, path), IsOk());
         found.push_back(path.Value());
     }
-    EXPECT_EQ(S_OK, api_->DPUnInitialize(list));
+    EXPECT_THAT(api_->DPUnInitialize(list), IsOk());
     EXPECT_THAT(found, testing::Contains(WidePath("a.kra")));
-    EXPECT_EQ(S_OK, api_->DPFileExists(Client(), Text(bare)));
-    EXPECT_EQ(S_OK, api_->DPIsPathWriteAble(Client(), Text(bare)));
+    EXPECT_THAT(api_->DPFileExists(Client(), Text(bare)), IsOk());
+    EXPECT_THAT(api_->DPIsPathWriteAble(Client(), Text(bare)), IsOk());
     const StoreContents before = store_.Contents();
-    EXPECT_EQ(S_FALSE, Delete(bare));
+    EXPECT_THAT(Delete(bare), IsRefused());
     EXPECT_EQ(before, store_.Contents());
     ExpectNotRenamed(bare, Path("Sub\\all"));
     ExpectNotRenamed(Path("a.kra"), bare);
@@ -101,23 +102,23 @@ TEST_P(FileOperationsTest, BareNameOfTheDepotStandsForItsRoot) {
 TEST_P(FileOperationsTest, DeletedFileIsGoneAndNothingElse) {
     store_.MakeFile("a.kra", "1");
     store_.MakeFile("b.kra", "2");
-    EXPECT_EQ(S_OK, Delete(Path("a.kra")));
-    EXPECT_EQ(S_FALSE, Delete(Path("a.kra")));
+    EXPECT_THAT(Delete(Path("a.kra")), IsOk());
+    EXPECT_THAT(Delete(Path("a.kra")), IsRefused());
     const StoreContents before = store_.Contents();
     for (const std::string& path : {Path(""), Path("none.kra"), std::string("<Nowhere>\\b.kra"),
                                     std::string("b.kra"), std::string()}) {
         SCOPED_TRACE(path);
-        EXPECT_EQ(S_FALSE, Delete(path));
+        EXPECT_THAT(Delete(path), IsRefused());
         EXPECT_EQ(before, store_.Contents());
     }
-    EXPECT_EQ(S_FALSE, api_->DPDeleteFile(0, Text(Path("b.kra"))));
+    EXPECT_THAT(api_->DPDeleteFile(0, Text(Path("b.kra"))), IsRefused());
     EXPECT_EQ("2", store_.Bytes("b.kra"));
 }
 
 TEST_P(FileOperationsTest, DeletedFolderOfADirectoryTakesAllThatItHolds) {
     store_.MakeTree("tree");
     EXPECT_EQ(InDirectory() ? S_OK : S_FALSE, Delete(Path("tree")));
-    EXPECT_EQ(InDirectory() ? StoreContents() : Store::Tree(), store_.Contents("tree"));
+    EXPECT_EQ(InDirectory() ? StoreContents() : TestFolder::Tree(), store_.Contents("tree"));
 }
 
 TEST_P(FileOperationsTest, NumberedCopyTakesTheFirstFreeName) {
@@ -151,7 +152,7 @@ TEST_P(FileOperationsTest, NumberedCopyOfAnyNameIsACopy) {
         EXPECT_EQ(2u, there.size());
         for (const auto& [path, bytes] : there) {
             EXPECT_EQ("1", bytes) << path;
-            EXPECT_EQ(S_OK, Delete(Path("Sub\\" + path))) << path;
+            EXPECT_THAT(Delete(Path("Sub\\" + path)), IsOk()) << path;
         }
     }
 }
@@ -165,13 +166,13 @@ TEST_P(FileOperationsTest, NumberedCopyOfNothingGivesAnEmptyText) {
     }
     EXPECT_EQ(before, store_.Contents());
     OutText untouched;
-    EXPECT_EQ(S_FALSE, api_->DPMakeCopyFromSrcFile(0, Text(Path("a.kra")), untouched));
+    EXPECT_THAT(api_->DPMakeCopyFromSrcFile(0, Text(Path("a.kra")), untouched), IsRefused());
     EXPECT_TRUE(untouched.IsUntouched());
 }
 
 TEST_P(FileOperationsTest, CopyOutWritesTheSourcesTextAndMakesItTheCurrentFile) {
     store_.MakeFile("a.kra", kProfile);
-    EXPECT_EQ(S_OK, CopyOut(Path("a.kra"), folder_.At("out.kra"), VARIANT_TRUE));
+    EXPECT_THAT(CopyOut(Path("a.kra"), folder_.At("out.kra"), VARIANT_TRUE), IsOk());
     EXPECT_EQ(kProfile, FileBytes(folder_.At("out.kra")));
     EXPECT_EQ(L"1", Value(L"S", L"K"));
 }
@@ -179,14 +180,14 @@ TEST_P(FileOperationsTest, CopyOutWritesTheSourcesTextAndMakesItTheCurrentFile) 
 TEST_P(FileOperationsTest, CopyOutFailsOnAnExistingFileWhenAskedToAndOneIsNotAsking) {
     store_.MakeFile("a.kra", kProfile);
     const std::string target = folder_.MakeFile("out.kra", "much older than that");
-    EXPECT_EQ(S_FALSE, CopyOut(Path("a.kra"), target, VARIANT_TRUE));
+    EXPECT_THAT(CopyOut(Path("a.kra"), target, VARIANT_TRUE), IsRefused());
     EXPECT_EQ("much older than that", FileBytes(target));
-    EXPECT_EQ(S_OK, CopyOut(Path("a.kra"), target, VARIANT_BOOL{1}));
+    EXPECT_THAT(CopyOut(Path("a.kra"), target, VARIANT_BOOL{1}), IsOk());
     EXPECT_EQ(kProfile, FileBytes(target));
 }
 
 TEST_P(FileOperationsTest, CopyOutOfAMissingSourceMakesAnEmptyFile) {
-    EXPECT_EQ(S_OK, CopyOut(Path("none.kra"), folder_.At("out.kra"), VARIANT_TRUE));
+    EXPECT_THAT(CopyOut(Path("none.kra"), folder_.At("out.kra"), VARIANT_TRUE), IsOk());
     EXPECT_EQ("", FileBytes(folder_.At("out.kra")));
 }
 
@@ -194,12 +195,12 @@ TEST_P(FileOperationsTest, CopyOutStoresTheChangedFileBeforeIt) {
     store_.MakeFile("a.kra", kProfile);
     store_.MakeFile("b.kra", "[S]\r\nK=b\r\n");
     Load(Path("a.kra"));
-    EXPECT_EQ(S_OK, api_->DPSetProfileString(Client(), Text("S"), Text("K"), Text("2")));
-    EXPECT_EQ(S_OK, CopyOut(Path("b.kra"), folder_.At("out.kra")));
+    EXPECT_THAT(api_->DPSetProfileString(Client(), Text("S"), Text("K"), Text("2")), IsOk());
+    EXPECT_THAT(CopyOut(Path("b.kra"), folder_.At("out.kra")), IsOk());
     EXPECT_EQ("[S]\r\nK=2\r\n", store_.Bytes("a.kra"));
     EXPECT_EQ(L"b", Value(L"S", L"K"));
     // Without a source the current file is copied.
-    EXPECT_EQ(S_OK, CopyOut("", folder_.At("again.kra")));
+    EXPECT_THAT(CopyOut("", folder_.At("again.kra")), IsOk());
     EXPECT_EQ("[S]\r\nK=b\r\n", FileBytes(folder_.At("again.kra")));
 }
 
@@ -208,7 +209,7 @@ TEST_P(FileOperationsTest, CopyOutToAFileOpenElsewhereFails) {
     const std::string target = folder_.MakeFile("out.kra", "old");
     const HANDLE reader = CreateFileA(target.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING,
                                       FILE_ATTRIBUTE_NORMAL, nullptr);
-    EXPECT_EQ(S_FALSE, CopyOut(Path("a.kra"), target));
+    EXPECT_THAT(CopyOut(Path("a.kra"), target), IsRefused());
     CloseHandle(reader);
     EXPECT_EQ("old", FileBytes(target));
 }
@@ -218,17 +219,18 @@ TEST_P(FileOperationsTest, ListingFindsTheFilesOfOneTypeAndKeepsEverySecondOther
     const auto list = [&](const std::string& folder, const char* extensions, APP_TYPE type) {
         LONG_PTR handle = 0;
         LONG count = -1;
-        EXPECT_EQ(S_OK, api_->DPFindInit(&handle, Text(folder), Text(extensions), type, &count));
+        EXPECT_THAT(api_->DPFindInit(&handle, Text(folder), Text(extensions), type, &count),
+                    IsOk());
         std::vector<std::wstring> found;
         for (LONG index = 0; index < count; ++index) {
             OutText path;
-            EXPECT_EQ(S_OK, api_->DPFindNext(handle, index, path));
+            EXPECT_THAT(api_->DPFindNext(handle, index, path), IsOk());
             found.push_back(path.Value());
         }
         OutText none;
-        EXPECT_EQ(S_FALSE, api_->DPFindNext(handle, count, none));
+        EXPECT_THAT(api_->DPFindNext(handle, count, none), IsRefused());
         EXPECT_TRUE(none.IsNull());
-        EXPECT_EQ(S_OK, api_->DPUnInitialize(handle));
+        EXPECT_THAT(api_->DPUnInitialize(handle), IsOk());
         return found;
     };
     const auto skeins = list(Path(""), ".kra", APP_SKEIN);
@@ -237,7 +239,7 @@ TEST_P(FileOperationsTest, ListingFindsTheFilesOfOneTypeAndKeepsEverySecondOther
     EXPECT_THAT(kickoffs, testing::IsSupersetOf({WidePath("a.krv"), WidePath("b.krv")}));
     EXPECT_TRUE(list(Path("Sub"), ".kra", APP_SKEIN).empty());
     EXPECT_TRUE(list("<Nowhere>\\x", ".kra", APP_SKEIN).empty());
-    EXPECT_EQ(S_OK, Delete(Path("c.kra")));
+    EXPECT_THAT(Delete(Path("c.kra")), IsOk());
     EXPECT_THAT(list(Path(""), ".kra", APP_SKEIN),
                 testing::Not(testing::Contains(WidePath("c.kra"))));
 }

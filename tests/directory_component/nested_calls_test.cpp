@@ -3,6 +3,7 @@
 #include "component/component.h"
 #include "support/component_depots.h"
 #include "support/directory_fixture.h"
+#include "support/results.h"
 #include "support/working_files.h"
 
 namespace depot::test {
@@ -50,8 +51,8 @@ protected:
     NestedCallsTest() {
         DefineDirectoryDepot(depots_, "Corp", server_.Port(), kSuffix);
         server_.AddFile("a.kra", kSuffix, "[S]\r\nK=old\r\n");
-        EXPECT_EQ(S_OK, api_->DPLoadFile(&session_, Text("<Corp>\\a.kra")));
-        EXPECT_EQ(S_OK, api_->DPSetProfileString(session_, Text("S"), Text("K"), Text("new")));
+        EXPECT_THAT(api_->DPLoadFile(&session_, Text("<Corp>\\a.kra")), IsOk());
+        EXPECT_THAT(api_->DPSetProfileString(session_, Text("S"), Text("K"), Text("new")), IsOk());
         server_.Stop();
     }
 
@@ -66,8 +67,8 @@ TEST_F(NestedCallsTest, SessionThatEndsWhileABoxIsOpenIsDestroyedWhenItsCallRetu
     const ClientWindow window([&] { nested = api_->DPUnInitialize(session_); });
     api_->DPFlushFile(session_);
     EXPECT_EQ(1, window.Acted());
-    EXPECT_EQ(S_OK, nested);
-    EXPECT_EQ(S_FALSE, api_->DPFlushFile(session_));
+    EXPECT_THAT(nested, IsOk());
+    EXPECT_THAT(api_->DPFlushFile(session_), IsRefused());
     // The edit was kept, once.
     EXPECT_THAT(RecoveredFiles(), SizeIs(1));
     EXPECT_THAT(WorkingCopies(), IsEmpty());
@@ -82,12 +83,12 @@ TEST_F(NestedCallsTest, OtherCallsOnTheBusySessionFailAndLeaveItAlone) {
     });
     api_->DPFlushFile(session_);
     EXPECT_EQ(1, window.Acted());
-    EXPECT_EQ(S_FALSE, load);
+    EXPECT_THAT(load, IsRefused());
     EXPECT_EQ(session_, loading);
-    EXPECT_EQ(S_FALSE, write);
+    EXPECT_THAT(write, IsRefused());
     ASSERT_THAT(RecoveredFiles(), SizeIs(1));
     EXPECT_EQ("[S]\r\nK=new\r\n", FileBytes(RecoveredFiles().front()));
-    EXPECT_EQ(S_OK, api_->DPUnInitialize(session_));
+    EXPECT_THAT(api_->DPUnInitialize(session_), IsOk());
 }
 
 TEST_F(NestedCallsTest, OtherSessionsWorkMeanwhile) {
@@ -96,13 +97,13 @@ TEST_F(NestedCallsTest, OtherSessionsWorkMeanwhile) {
     std::wstring value;
     const ClientWindow window([&] {
         Session other(*api_);
-        EXPECT_EQ(S_OK, api_->DPLoadFile(other.Address(), Text("<Local>\\x.kra")));
+        EXPECT_THAT(api_->DPLoadFile(other.Address(), Text("<Local>\\x.kra")), IsOk());
         value = Read(other, L"S", L"K");
     });
     api_->DPFlushFile(session_);
     EXPECT_EQ(1, window.Acted());
     EXPECT_EQ(L"local", value);
-    EXPECT_EQ(S_OK, api_->DPUnInitialize(session_));
+    EXPECT_THAT(api_->DPUnInitialize(session_), IsOk());
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 #include <chrono>
 
 #include "directory_component/stores_fixture.h"
+#include "support/results.h"
 
 namespace depot::test {
 namespace {
@@ -19,7 +20,7 @@ protected:
     }
     void Publish(int count, const std::string& clients) {
         LoadProfile(count, clients);
-        EXPECT_EQ(S_OK, api_->DPPublishSkesDepFiles(Client()));
+        EXPECT_THAT(api_->DPPublishSkesDepFiles(Client()), IsOk());
     }
     std::wstring Entry(const wchar_t* key) { return Value(L"Clients", key); }
     void ExpectOnlyTheProfile() { EXPECT_EQ(1u, store_.Contents("Sub").size()); }
@@ -50,7 +51,7 @@ TEST_P(PublishStoresTest, ProfileReachesADirectoryOnlyWhenItIsFlushedOrReleased)
         return store_.Bytes("Sub\\p.kra").find("C1=c.cfg\r\n") != std::string::npos;
     };
     EXPECT_EQ(!InDirectory(), isStored());
-    EXPECT_EQ(S_OK, api_->DPFlushFile(Client()));
+    EXPECT_THAT(api_->DPFlushFile(Client()), IsOk());
     EXPECT_TRUE(isStored());
     EXPECT_EQ(std::string::npos, store_.Bytes("Sub\\p.kra").find("Configuration File"));
     EXPECT_EQ(L"c.cfg", Entry(L"C1"));
@@ -89,7 +90,7 @@ TEST_P(PublishStoresTest, EntriesAreReadUpTo259Characters) {
     const std::string name259(259 - folder.size() - 1, 'n');
     const std::string path259 = folder + "\\" + name259;
     ASSERT_EQ(259u, path259.size());
-    FolderStore(folder, {}).MakeFile(name259, "259");
+    LocalTestFolder(folder, {}).MakeFile(name259, "259");
     // The second one is cut by one character, to a file that is there or is not.
     for (const bool cutNameExists : {true, false}) {
         SCOPED_TRACE(cutNameExists);
@@ -118,9 +119,9 @@ TEST_P(PublishStoresTest, NamesThatLookLikeFormatsAreCopied) {
 
 TEST_P(PublishStoresTest, EntriesWithHostileNamesNeverBecomeLocalFiles) {
     for (const char* name : {"CON", "C:x.cfg", "a?.cfg"}) server_.AddFile(name, base_, "x");
-    const StoreContents before = FolderStore(folder_.Path(), {}).Contents();
+    const StoreContents before = LocalTestFolder(folder_.Path(), {}).Contents();
     Publish(3, "C1=<Corp>\\CON\r\nC2=<Corp>\\C:x.cfg\r\nC3=<Corp>\\a?.cfg\r\n");
-    StoreContents after = FolderStore(folder_.Path(), {}).Contents();
+    StoreContents after = LocalTestFolder(folder_.Path(), {}).Contents();
     after.erase("Work\\Sub\\p.kra");
     EXPECT_EQ(before, after);
     // Within a directory such a name is one like any other.
@@ -138,10 +139,10 @@ TEST_P(PublishStoresTest, PublishingAgainBringsTheCopiesUpToDate) {
 TEST_P(PublishStoresTest, PublishedProfilePublishedAgainStaysAsItIs) {
     const std::string client = folder_.MakeFile("c.cfg", "one");
     Publish(1, "C1=" + client + "\r\n");
-    EXPECT_EQ(S_OK, api_->DPFlushFile(Client()));
+    EXPECT_THAT(api_->DPFlushFile(Client()), IsOk());
     const StoreContents before = store_.Contents();
-    EXPECT_EQ(S_OK, api_->DPPublishSkesDepFiles(Client()));
-    EXPECT_EQ(S_OK, api_->DPFlushFile(Client()));
+    EXPECT_THAT(api_->DPPublishSkesDepFiles(Client()), IsOk());
+    EXPECT_THAT(api_->DPFlushFile(Client()), IsOk());
     EXPECT_EQ(before, store_.Contents());
 }
 
@@ -167,7 +168,7 @@ TEST_P(PublishStoresTest, TwoThousandMillionClientsEndAtTenThousand) {
                                       OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
     ASSERT_NE(INVALID_HANDLE_VALUE, reader);
     const auto start = std::chrono::steady_clock::now();
-    EXPECT_EQ(S_OK, api_->DPPublishSkesDepFiles(Client()));
+    EXPECT_THAT(api_->DPPublishSkesDepFiles(Client()), IsOk());
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::minutes(1));
     CloseHandle(reader);
     EXPECT_EQ("1", store_.Bytes("Sub\\last.cfg"));
@@ -176,7 +177,7 @@ TEST_P(PublishStoresTest, TwoThousandMillionClientsEndAtTenThousand) {
 
 TEST_P(PublishStoresTest, WithoutASessionNothingIsDone) {
     LoadProfile(1, "C1=u:c.cfg\r\n");
-    EXPECT_EQ(S_FALSE, api_->DPPublishSkesDepFiles(0));
+    EXPECT_THAT(api_->DPPublishSkesDepFiles(0), IsRefused());
     EXPECT_EQ(L"u:c.cfg", Entry(L"C1"));
 }
 

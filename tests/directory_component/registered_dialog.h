@@ -5,6 +5,7 @@
 
 #include "platform/compiler.h"
 #include "platform/handles.h"
+#include "support/results.h"
 
 namespace depot::test {
 
@@ -20,7 +21,7 @@ private:
     void Call(const char* name) const {
         const auto call = FunctionCast<HRESULT(WINAPI*)()>(GetProcAddress(module_.get(), name));
         ASSERT_NE(nullptr, call);
-        EXPECT_EQ(S_OK, call());
+        EXPECT_THAT(call(), IsOk());
     }
     UniqueModule module_;
 };

@@ -10,7 +10,7 @@
 #include "manager/depot_list.h"
 #include "support/box_log.h"
 #include "support/component_depots.h"
-#include "support/stores.h"
+#include "support/test_folders.h"
 #include "support/working_files.h"
 
 namespace depot::test {
@@ -104,7 +104,7 @@ protected:
                 folders == 1 ? folder : folder + "\\d" + std::to_string(number % folders);
             if (folders > 1 && number < folders) corp_.MakeFolder(within);
             const std::string name = "f" + std::to_string(number) + ".kra";
-            ldif += "dn: " + corp_.DN(within + "\\" + name) +
+            ldif += "dn: " + corp_.At(within + "\\" + name) +
                     "\nobjectClass: quillonFileBinary\ncn: " + name +
                     "\nquillonFileContentsBinary: " + std::string(1024, 'x') + "\n\n";
         }
@@ -134,7 +134,7 @@ protected:
     DirectoryServer& server_ = SharedServer();
     const std::string base_ = NewFolder();
     Relay relay_{server_.Port()};
-    DirectoryStore corp_{server_, base_, "<Corp>\\"};
+    DirectoryTestFolder corp_{server_, base_, "<Corp>\\"};
     const BoxLog boxes_;
     const CleanWorkingFiles clean_;
     std::optional<Session> session_;

@@ -6,7 +6,8 @@
 #include "component/component.h"
 #include "support/box_log.h"
 #include "support/component_depots.h"
-#include "support/stores.h"
+#include "support/results.h"
+#include "support/test_folders.h"
 #include "support/working_files.h"
 
 namespace depot::test {
@@ -38,7 +39,7 @@ protected:
         return *session_;
     }
     void Load(const std::string& path) {
-        ASSERT_EQ(S_OK, api_->DPLoadFile(Client().Address(), Text(path)));
+        ASSERT_THAT(api_->DPLoadFile(Client().Address(), Text(path)), IsOk());
     }
     std::wstring Value(const wchar_t* section, const wchar_t* key) {
         return Read(Client(), section, key);
@@ -52,9 +53,9 @@ protected:
     const std::string base_ = NewFolder();
     const BoxLog boxes_;
     const CleanWorkingFiles clean_;
-    FolderStore work_{folder_.At("Work"), "<Work>\\"};
-    DirectoryStore corp_{server_, base_, "<Corp>\\"};
-    Store& store_ = InDirectory() ? static_cast<Store&>(corp_) : work_;
+    LocalTestFolder work_{folder_.At("Work"), "<Work>\\"};
+    DirectoryTestFolder corp_{server_, base_, "<Corp>\\"};
+    TestFolder& store_ = InDirectory() ? static_cast<TestFolder&>(corp_) : work_;
     std::optional<Session> session_;
 };
 

@@ -2,6 +2,7 @@
 #include "platform/trace.h"
 #include "platform/local_file.h"
 #include "support/directory_fixture.h"
+#include "support/results.h"
 #include "support/scratch.h"
 
 namespace depot::test {
@@ -36,10 +37,10 @@ TEST_F(DirectoryTraceTest, EveryRequestLeavesALineWithoutPasswordOrValue) {
     server_.AddFile("office.kra", base_, "a secret");
     auto location = server_.Location(base_).Clone();
     CLDAPItems items(location.get());
-    ASSERT_EQ(1, items.ConnectLocation(nullptr));
+    ASSERT_THAT(items.ConnectLocation(nullptr), IsDone());
     FileBuffer buffer;
-    EXPECT_EQ(1, items.ReadFileContents("cn=office.kra," + base_, buffer));
-    EXPECT_EQ(0, items.ReadFileContents("cn=missing.kra," + base_, buffer));
+    EXPECT_THAT(items.ReadFileContents("cn=office.kra," + base_, buffer), IsDone());
+    EXPECT_THAT(items.ReadFileContents("cn=missing.kra," + base_, buffer), Fails());
     const std::string written = Written();
     EXPECT_THAT(written, HasSubstr(" ldap_bind_s \"" + std::string(kEditor) + "\" "));
     EXPECT_THAT(written, HasSubstr(" ldap_search_s \"cn=office.kra," + base_ + "\" "));
@@ -54,9 +55,9 @@ TEST_F(DirectoryTraceTest, ConditionalWriteLeavesALineWithoutEitherVersion) {
     server_.AddFile("office.kra", base_, "the first secret");
     auto location = server_.Location(base_).Clone();
     CLDAPItems items(location.get());
-    ASSERT_EQ(1, items.ConnectLocation(nullptr));
+    ASSERT_THAT(items.ConnectLocation(nullptr), IsDone());
     FileBuffer present;
-    ASSERT_EQ(1, items.ReadFileContents(dn, present));
+    ASSERT_THAT(items.ReadFileContents(dn, present), IsDone());
     const std::string text = "the second secret";
     const auto length = static_cast<std::uint32_t>(text.size());
     EXPECT_EQ(ULONG{LDAP_SUCCESS},
@@ -80,9 +81,9 @@ TEST_F(DirectoryTraceTest, EveryPageOfAListingLeavesALine) {
     server.Apply(ldif);
     auto location = server.Location().Clone();
     CLDAPItems items(location.get());
-    ASSERT_EQ(1, items.ConnectLocation(nullptr));
+    ASSERT_THAT(items.ConnectLocation(nullptr), IsDone());
     LdapItemList children;
-    EXPECT_EQ(1, items.ListChildren(kSuffix, children));
+    EXPECT_THAT(items.ListChildren(kSuffix, children), IsDone());
     const std::string written = Written();
     const std::string page = std::string(" ldap_search_ext_s \"") + kSuffix + "\" ";
     const std::size_t first = written.find(page);

@@ -3,7 +3,8 @@
 #include "support/component_depots.h"
 #include "support/directory_fixture.h"
 #include "support/import_patch.h"
-#include "support/stores.h"
+#include "support/results.h"
+#include "support/test_folders.h"
 #include "support/working_files.h"
 
 namespace depot::test {
@@ -55,9 +56,10 @@ protected:
     LONG_PTR Forget(const std::string& name, bool changed) {
         const Com<IDepotIntrApi> api = library_->CreateApi();
         LONG_PTR session = 0;
-        EXPECT_EQ(S_OK, api->DPLoadFile(&session, Text("<Corp>\\" + name)));
+        EXPECT_THAT(api->DPLoadFile(&session, Text("<Corp>\\" + name)), IsOk());
         if (changed) {
-            EXPECT_EQ(S_OK, api->DPSetProfileString(session, Text("S"), Text("K"), Text("new")));
+            EXPECT_THAT(api->DPSetProfileString(session, Text("S"), Text("K"), Text("new")),
+                        IsOk());
         }
         return session;
     }
@@ -65,7 +67,7 @@ protected:
         return library_->CreateApi()->DPSetSelItemPath(session, Text("x")) == S_OK;
     }
     std::string Contents(const std::string& name) {
-        return DirectoryStore(server_, base_, {}).Bytes(name);
+        return DirectoryTestFolder(server_, base_, {}).Bytes(name);
     }
     // Frees the library without a question. Returns how long that took.
     ULONGLONG Free() {
@@ -91,7 +93,7 @@ TEST_F(DirectoryUnloadingTest, AskedDllStoresTheChangedFilesOfSessionsLeft) {
     Forget("a.kra", true);
     Forget("b.kra", false);
     EXPECT_THAT(WorkingCopies(), SizeIs(2));
-    EXPECT_EQ(S_OK, library_->CanUnloadNow());
+    EXPECT_THAT(library_->CanUnloadNow(), IsOk());
     EXPECT_EQ(kNew, Contents("a.kra"));
     EXPECT_EQ(kOld, Contents("b.kra"));
     EXPECT_THAT(WorkingCopies(), IsEmpty());
@@ -148,7 +150,7 @@ TEST_F(DirectoryUnloadingTest, AskedDllThatCannotAskTheUserDoesNotTurnPromptingO
     // The bind fails, and there is no dialog to ask for other credentials.
     server_.Disturb(relay_, "close");
     const BoxesOf boxes(*library_);
-    EXPECT_EQ(S_OK, library_->CanUnloadNow());
+    EXPECT_THAT(library_->CanUnloadNow(), IsOk());
     EXPECT_EQ(0u, Info().noPrompt);
     ASSERT_THAT(RecoveredFiles(), SizeIs(1));
     EXPECT_EQ(kNew, FileBytes(RecoveredFiles().front()));
@@ -168,38 +170,38 @@ protected:
 TEST_F(QuestionTest, QuestionThatIsBeingAnsweredMakesAnotherOneANo) {
     HRESULT inside = E_FAIL;
     whileShown = [&] { inside = library_->CanUnloadNow(); };
-    EXPECT_EQ(S_OK, library_->CanUnloadNow());
-    EXPECT_EQ(S_FALSE, inside);
+    EXPECT_THAT(library_->CanUnloadNow(), IsOk());
+    EXPECT_THAT(inside, IsRefused());
     EXPECT_THAT(RecoveredFiles(), SizeIs(1));
 }
 
 TEST_F(QuestionTest, ObjectThatIsMadeMeanwhileMakesTheAnswerANo) {
     Com<IDepotIntrApi> api;
     whileShown = [&] { api = library_->CreateApi(); };
-    EXPECT_EQ(S_FALSE, library_->CanUnloadNow());
+    EXPECT_THAT(library_->CanUnloadNow(), IsRefused());
     whileShown = nullptr;
     api.reset();
-    EXPECT_EQ(S_OK, library_->CanUnloadNow());
+    EXPECT_THAT(library_->CanUnloadNow(), IsOk());
 }
 
 TEST_F(QuestionTest, SessionThatIsMadeMeanwhileIsLeftAliveAndMakesTheAnswerANo) {
     LONG_PTR session = 0;
     whileShown = [&] {
         if (session == 0) {
-            EXPECT_EQ(S_OK, library_->CreateApi()->DPInitialize(&session));
+            EXPECT_THAT(library_->CreateApi()->DPInitialize(&session), IsOk());
         }
     };
-    EXPECT_EQ(S_FALSE, library_->CanUnloadNow());
+    EXPECT_THAT(library_->CanUnloadNow(), IsRefused());
     whileShown = nullptr;
     EXPECT_TRUE(IsLive(session));
-    EXPECT_EQ(S_OK, library_->CanUnloadNow());
+    EXPECT_THAT(library_->CanUnloadNow(), IsOk());
     EXPECT_FALSE(IsLive(session));
 }
 
 TEST_F(QuestionTest, RepeatedQuestionShowsNothingAgain) {
-    EXPECT_EQ(S_OK, library_->CanUnloadNow());
+    EXPECT_THAT(library_->CanUnloadNow(), IsOk());
     const int shown = boxesShown;
-    for (int round = 0; round < 1000; ++round) EXPECT_EQ(S_OK, library_->CanUnloadNow());
+    for (int round = 0; round < 1000; ++round) EXPECT_THAT(library_->CanUnloadNow(), IsOk());
     EXPECT_EQ(shown, boxesShown);
     EXPECT_THAT(RecoveredFiles(), SizeIs(1));
 }

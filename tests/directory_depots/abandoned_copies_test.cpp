@@ -152,7 +152,7 @@ TEST_F(AbandonedCopiesTest, ChangedCopyIsRecoveredAndUnchangedOneDeleted) {
     EXPECT_THAT(test::WorkingCopies(), IsEmpty());
     EXPECT_THAT(Journals(), IsEmpty());
     EXPECT_THAT(boxes_.Boxes(), IsEmpty());
-    EXPECT_EQ(kOld, Contents("a.kra"));
+    EXPECT_EQ(kOld, Stored("a.kra"));
 }
 
 TEST_F(AbandonedCopiesTest, NextProcessThatLoadsAFileSweeps) {

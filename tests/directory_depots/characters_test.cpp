@@ -6,10 +6,14 @@
 #include "platform/paths.h"
 #include "platform/system_code_page.h"
 #include "support/page_names.h"
+#include "support/results.h"
 
 namespace depot {
 namespace {
 
+using test::Fails;
+using test::IsDone;
+using test::kYes;
 using test::MakeWideFile;
 using test::Narrowed;
 using test::WideBytes;
@@ -49,7 +53,8 @@ protected:
     }
     std::string Stored(const std::wstring& name) {
         FileBuffer buffer;
-        EXPECT_EQ(1, Connected().ReadFileContents(Entry(name) + "," + SubfolderDN(), buffer));
+        EXPECT_THAT(Connected().ReadFileContents(Entry(name) + "," + SubfolderDN(), buffer),
+                    IsDone());
         return std::string(reinterpret_cast<const char*>(buffer.bytes.get()), buffer.length);
     }
     // A path in the depot, below the subfolder.
@@ -91,7 +96,7 @@ TEST_F(DepotCharactersTest, EditThatCannotBeStoredIsRecoveredUnderItsName) {
         const test::CleanWorkingFiles clean;
         const auto file = Load(Below(name));
         file->WriteString("S", "K", "new");
-        ASSERT_EQ(1, Connected().DeleteTree(Entry(name) + "," + SubfolderDN(), nullptr));
+        ASSERT_THAT(Connected().DeleteTree(Entry(name) + "," + SubfolderDN(), nullptr), IsDone());
         EXPECT_EQ(0, file->Release());
         ExpectRecovered(kNew);
         const std::vector<std::string> files = test::RecoveredFiles();
@@ -121,7 +126,7 @@ TEST_F(DepotCharactersTest, PlacesAreTestedAndLeftAsTheyWere) {
         SCOPED_TRACE(Narrowed(name));
         for (const std::wstring& place :
              {name, L"n" + name, page_.subfolder + L"\\" + page_.folder + L"\\" + name}) {
-            EXPECT_EQ(1, TestPathWritable(*work_, "<Work>\\" + Below(place), &error_));
+            EXPECT_EQ(kYes, TestPathWritable(*work_, "<Work>\\" + Below(place), &error_));
         }
     }
     EXPECT_EQ(before, server_.Show(Utf8Of(Root()), "sub"));
@@ -133,18 +138,19 @@ TEST_F(DepotCharactersTest, NewFilesAreAddedUnderTheirOwnNames) {
         SCOPED_TRACE(Narrowed(name));
         const std::string dn = Entry(name) + "," + SubfolderDN();
         MakeWideFile(Local(name), kOld);
-        EXPECT_EQ(1,
-                  UploadNewFile(Directory(), Narrowed(Local(name)), SubfolderDN(), true, &error_));
+        EXPECT_THAT(UploadNewFile(Directory(), Narrowed(Local(name)), SubfolderDN(), true, &error_),
+                    IsDone());
         EXPECT_THAT(server_.Show(Utf8Of(dn)), HasSubstr("quillonFileContentsBinary"));
-        EXPECT_EQ(0,
-                  UploadNewFile(Directory(), Narrowed(Local(name)), SubfolderDN(), true, &error_));
+        EXPECT_THAT(UploadNewFile(Directory(), Narrowed(Local(name)), SubfolderDN(), true, &error_),
+                    Fails());
         EXPECT_EQ(kOld, Stored(name));
     }
 }
 
 TEST_F(DepotCharactersTest, TreeIsDownloadedIntoOneFolderUnderItsNames) {
     AddFiles();
-    EXPECT_EQ(1, DownloadTree(Connected(), Root(), Narrowed(Local(page_.folder)), false, &error_));
+    EXPECT_THAT(DownloadTree(Connected(), Root(), Narrowed(Local(page_.folder)), false, &error_),
+                IsDone());
     EXPECT_EQ("junk", error_);
     for (const std::wstring& name : page_.files) {
         EXPECT_EQ(kOld, WideBytes(Local(page_.folder + L"\\" + name))) << Narrowed(name);

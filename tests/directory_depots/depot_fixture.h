@@ -40,14 +40,8 @@ protected:
         return std::make_unique<DepotFileContext>("<Work>\\" + name, *depots_);
     }
 
-    std::string Dn(const std::string& name) const { return "cn=" + name + "," + base_; }
-
-    // What an entry holds, read through a connection of the test's own.
-    std::string Contents(const std::string& name) {
-        FileBuffer buffer;
-        EXPECT_EQ(1, Connected().ReadFileContents(Dn(name), buffer));
-        return std::string(reinterpret_cast<const char*>(buffer.bytes.get()), buffer.length);
-    }
+    // What a file holds, read through a connection of the test's own.
+    std::string Stored(const std::string& name) { return Contents(Dn(name)); }
 
     CLDAPItems& Directory() { return *work_->DirectoryConnection(); }
 

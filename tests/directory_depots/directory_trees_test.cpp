@@ -2,11 +2,15 @@
 #include "model/directory_trees.h"
 
 #include "directory_depots/depot_fixture.h"
+#include "support/results.h"
 
 namespace depot {
 namespace {
 
+using test::Fails;
 using test::FileBytes;
+using test::IsCode;
+using test::IsDone;
 using testing::IsEmpty;
 
 constexpr char kBytes[] = "[S]\r\nK=v\r\n";
@@ -28,17 +32,15 @@ protected:
                                       result);
         };
     }
-    std::string Dn(const std::string& name) const { return "cn=" + name + "," + base_; }
 
     test::ScratchFolder local_;
-    std::string text_ = "junk";
 };
 
 TEST_F(DownloadTreeTest, AllFilesLandInTheFolderItselfAndNothingIsReported) {
     server_.AddFile("a.krc", base_, "one");
     server_.AddFolder("sub", base_);
     server_.AddFile("b.krc", Dn("sub"), "two");
-    EXPECT_EQ(1, DownloadTree(Connected(), base_, local_.Path(), false, &text_));
+    EXPECT_THAT(DownloadTree(Connected(), base_, local_.Path(), false, &text_), IsDone());
     EXPECT_EQ("one", test::FileBytes(local_.At("a.krc")));
     EXPECT_EQ("two", test::FileBytes(local_.At("b.krc")));
     EXPECT_TRUE(test::Exists(local_.At("sub")));
@@ -51,7 +53,7 @@ TEST_F(DownloadTreeTest, NamesThatLeadElsewhereAreLeftOutAndCountedAtEveryDepth)
     server_.AddFile("good.krc", base_, "x");
     server_.AddFolder("sub", base_);
     server_.AddFile("c/d.krc", Dn("sub"), "x");
-    EXPECT_EQ(1, DownloadTree(Connected(), base_, local_.Path(), false, &text_));
+    EXPECT_THAT(DownloadTree(Connected(), base_, local_.Path(), false, &text_), IsDone());
     EXPECT_EQ(UnsafeNamesText(2), text_);
     EXPECT_TRUE(test::Exists(local_.At("good.krc")));
     EXPECT_FALSE(test::Exists(local_.At("a")));
@@ -60,16 +62,16 @@ TEST_F(DownloadTreeTest, NamesThatLeadElsewhereAreLeftOutAndCountedAtEveryDepth)
 
 TEST_F(DownloadTreeTest, WithoutAnErrorTextUnsafeNamesAreLeftOutSilently) {
     server_.AddFile("a:b.krc", base_, "x");
-    EXPECT_EQ(1, DownloadTree(Connected(), base_, local_.Path(), false));
+    EXPECT_THAT(DownloadTree(Connected(), base_, local_.Path(), false), IsDone());
     EXPECT_FALSE(test::Exists(local_.At("a")));
 }
 
 TEST_F(DownloadTreeTest, EmptyOrMissingFolderCreatesNothing) {
     server_.AddFolder("empty", base_);
-    EXPECT_EQ(1, DownloadTree(Connected(), Dn("empty"), local_.At("out"), false, &text_));
+    EXPECT_THAT(DownloadTree(Connected(), Dn("empty"), local_.At("out"), false, &text_), IsDone());
     EXPECT_FALSE(test::Exists(local_.At("out")));
-    EXPECT_EQ(0, DownloadTree(Connected(), Dn("none"), local_.At("out"), false, &text_));
-    EXPECT_EQ(std::uint32_t{LDAP_NO_SUCH_OBJECT}, Connected().LastError());
+    EXPECT_THAT(DownloadTree(Connected(), Dn("none"), local_.At("out"), false, &text_), Fails());
+    EXPECT_THAT(Connected().LastError(), IsCode(LDAP_NO_SUCH_OBJECT));
     EXPECT_FALSE(test::Exists(local_.At("out")));
     EXPECT_EQ("junk", text_);
 }
@@ -80,7 +82,7 @@ TEST_F(DownloadTreeTest, ServerThatCannotBeReachedCreatesNothing) {
     auto location = server_.Location(base_).Clone();
     location->port = port;
     CLDAPItems items(location.get());
-    EXPECT_EQ(0, DownloadTree(items, base_, local_.At("out"), true, &text_));
+    EXPECT_THAT(DownloadTree(items, base_, local_.At("out"), true, &text_), Fails());
     EXPECT_FALSE(test::Exists(local_.At("out")));
     EXPECT_NE("junk", text_);
 }
@@ -89,8 +91,8 @@ TEST_F(DownloadTreeTest, FileThatCannotBeWrittenIsPassedOverAndReported) {
     server_.AddFile("a.krc", base_, "one");
     server_.AddFile("b.krc", base_, "two");
     local_.MakeFolder("a.krc");
-    EXPECT_EQ(0, DownloadTree(Connected(), base_, local_.Path(), false, &text_));
-    EXPECT_EQ(std::uint32_t{LDAP_LOCAL_ERROR}, Connected().LastError());
+    EXPECT_THAT(DownloadTree(Connected(), base_, local_.Path(), false, &text_), Fails());
+    EXPECT_THAT(Connected().LastError(), IsCode(LDAP_LOCAL_ERROR));
     EXPECT_EQ("two", test::FileBytes(local_.At("b.krc")));
 }
 
@@ -99,8 +101,8 @@ TEST_F(DownloadTreeTest, FileThatCannotBeReadLeavesTheLocalOneAndIsReported) {
     server_.AddFile("b.krc", base_, "two");
     for (const char* name : {"a.krc", "b.krc"}) local_.MakeFile(name, "old");
     FailSearchesFor("a.krc");
-    EXPECT_EQ(0, DownloadTree(Connected(), base_, local_.Path(), false, &text_));
-    EXPECT_EQ(std::uint32_t{LDAP_BUSY}, Connected().LastError());
+    EXPECT_THAT(DownloadTree(Connected(), base_, local_.Path(), false, &text_), Fails());
+    EXPECT_THAT(Connected().LastError(), IsCode(LDAP_BUSY));
     EXPECT_EQ("old", test::FileBytes(local_.At("a.krc")));
     EXPECT_EQ("two", test::FileBytes(local_.At("b.krc")));
 }
@@ -110,8 +112,8 @@ TEST_F(DownloadTreeTest, FileWhoseBytesCannotBeSeenReplacesNothing) {
     server_.AddFile("b.krc", base_, "two");
     local_.MakeFile("a.krc", "old");
     Connected().Location().fileContentsAttributeName = "description";
-    EXPECT_EQ(0, DownloadTree(Connected(), base_, local_.Path(), false, &text_));
-    EXPECT_EQ(std::uint32_t{LDAP_NO_SUCH_ATTRIBUTE}, Connected().LastError());
+    EXPECT_THAT(DownloadTree(Connected(), base_, local_.Path(), false, &text_), Fails());
+    EXPECT_THAT(Connected().LastError(), IsCode(LDAP_NO_SUCH_ATTRIBUTE));
     EXPECT_EQ("old", test::FileBytes(local_.At("a.krc")));
     EXPECT_EQ("", test::FileBytes(local_.At("b.krc")));
 }
@@ -121,8 +123,8 @@ TEST_F(DownloadTreeTest, FolderThatCannotBeListedIsPassedOverAndReported) {
     server_.AddFolder("sub", base_);
     server_.AddFile("b.krc", Dn("sub"), "two");
     FailSearchesFor("deep");
-    EXPECT_EQ(0, DownloadTree(Connected(), base_, local_.Path(), false, &text_));
-    EXPECT_EQ(std::uint32_t{LDAP_BUSY}, Connected().LastError());
+    EXPECT_THAT(DownloadTree(Connected(), base_, local_.Path(), false, &text_), Fails());
+    EXPECT_THAT(Connected().LastError(), IsCode(LDAP_BUSY));
     EXPECT_EQ("two", test::FileBytes(local_.At("b.krc")));
     EXPECT_TRUE(test::Exists(local_.At("deep")));
 }
@@ -131,8 +133,8 @@ TEST_F(DownloadTreeTest, SubfolderThatCannotBeMadeIsReportedAndItsFilesCome) {
     server_.AddFolder("sub", base_);
     server_.AddFile("b.krc", Dn("sub"), "two");
     local_.MakeFile("sub", "a file");
-    EXPECT_EQ(0, DownloadTree(Connected(), base_, local_.Path(), false, &text_));
-    EXPECT_EQ(std::uint32_t{LDAP_LOCAL_ERROR}, Connected().LastError());
+    EXPECT_THAT(DownloadTree(Connected(), base_, local_.Path(), false, &text_), Fails());
+    EXPECT_THAT(Connected().LastError(), IsCode(LDAP_LOCAL_ERROR));
     EXPECT_EQ("two", test::FileBytes(local_.At("b.krc")));
     EXPECT_EQ("a file", test::FileBytes(local_.At("sub")));
 }
@@ -146,8 +148,8 @@ TEST_F(DownloadTreeTest, OfFilesOfOneNameInTheTreeTheLastOneInListOrderStaysAndI
     server_.AddFile("a.krc", "cn=deep," + Dn("one"), "deep");
     server_.AddFile("b.krc", "cn=deep," + Dn("one"), "deep");
     server_.AddFile("b.krc", Dn("two"), "2");
-    EXPECT_EQ(0, DownloadTree(Connected(), base_, local_.Path(), false, &text_));
-    EXPECT_EQ(std::uint32_t{LDAP_NAMING_VIOLATION}, Connected().LastError());
+    EXPECT_THAT(DownloadTree(Connected(), base_, local_.Path(), false, &text_), Fails());
+    EXPECT_THAT(Connected().LastError(), IsCode(LDAP_NAMING_VIOLATION));
     EXPECT_EQ(kSharedNamesText, text_);
     // Each folder with all that is below it comes before the next one.
     EXPECT_EQ("deep", test::FileBytes(local_.At("a.krc")));
@@ -164,7 +166,7 @@ TEST_F(DepotDownloadTreeTest, DownloadedTreeLandsInOneFolderWithEmptySubfolders)
     server_.AddFile("a1.kra", Dn("A"), "one");
     server_.AddFolder("B", Dn("A"));
     server_.AddFile("b1.kra", "cn=B," + Dn("A"), "two");
-    EXPECT_EQ(1, DownloadTree(Directory(), Dn("A"), folder_.At("local"), true));
+    EXPECT_THAT(DownloadTree(Directory(), Dn("A"), folder_.At("local"), true), IsDone());
     EXPECT_EQ("one", FileBytes(folder_.At("local\\a1.kra")));
     EXPECT_EQ("two", FileBytes(folder_.At("local\\b1.kra")));
     EXPECT_TRUE(test::Exists(folder_.At("local\\B")));
@@ -180,19 +182,21 @@ protected:
 TEST_F(UploadNewFileTest, NewFileIsAddedUnderItsOwnName) {
     const std::string path = folder_.MakeFile("new.kra", "bytes");
     std::string text = "junk";
-    EXPECT_EQ(1, UploadNewFile(Directory(), path, base_, true, &text));
-    EXPECT_EQ("bytes", Contents("new.kra"));
+    EXPECT_THAT(UploadNewFile(Directory(), path, base_, true, &text), IsDone());
+    EXPECT_EQ("bytes", Stored("new.kra"));
     EXPECT_FALSE(Directory().IsConnected());
-    EXPECT_EQ(0, UploadNewFile(Directory(), path, base_, true, &text));
+    EXPECT_THAT(UploadNewFile(Directory(), path, base_, true, &text), Fails());
 }
 
 TEST_F(UploadNewFileTest, MissingPathOrParentIsAParameterErrorWithoutABox) {
     for (const bool hasPath : {false, true}) {
         std::string text = "junk";
-        EXPECT_EQ(0, UploadNewFile(Directory(), hasPath ? folder_.MakeFile("n", "x") : "",
-                                   hasPath ? "" : base_, true, &text));
-        EXPECT_EQ(89u, Directory().LastError());
-        EXPECT_EQ(89u, Directory().Connection().Shared().Block().Access()->lastError);
+        EXPECT_THAT(UploadNewFile(Directory(), hasPath ? folder_.MakeFile("n", "x") : "",
+                                  hasPath ? "" : base_, true, &text),
+                    Fails());
+        EXPECT_THAT(Directory().LastError(), IsCode(LDAP_PARAM_ERROR));
+        EXPECT_THAT(Directory().Connection().Shared().Block().Access()->lastError,
+                    IsCode(LDAP_PARAM_ERROR));
         EXPECT_EQ(test::MessageFor(89), text);
         Directory().Connection().Shared().Block().Access()->lastError = 0;
     }
@@ -202,46 +206,48 @@ TEST_F(UploadNewFileTest, MissingPathOrParentIsAParameterErrorWithoutABox) {
 TEST_F(UploadNewFileTest, EntryThatExistsIsLeftAlone) {
     const std::string path = folder_.MakeFile("new.kra", "bytes");
     server_.AddFile("new.kra", base_, "old");
-    EXPECT_EQ(0, UploadNewFile(Directory(), path, base_, true, nullptr));
-    EXPECT_EQ(std::uint32_t{LDAP_ALREADY_EXISTS}, Directory().LastError());
-    EXPECT_EQ("old", Contents("new.kra"));
+    EXPECT_THAT(UploadNewFile(Directory(), path, base_, true, nullptr), Fails());
+    EXPECT_THAT(Directory().LastError(), IsCode(LDAP_ALREADY_EXISTS));
+    EXPECT_EQ("old", Stored("new.kra"));
 }
 
 TEST_F(UploadNewFileTest, FileThatCannotBeReadAddsABlank) {
-    EXPECT_EQ(1, UploadNewFile(Directory(), folder_.At("none.kra"), base_, true, nullptr));
-    EXPECT_EQ(" ", Contents("none.kra"));
+    EXPECT_THAT(UploadNewFile(Directory(), folder_.At("none.kra"), base_, true, nullptr), IsDone());
+    EXPECT_EQ(" ", Stored("none.kra"));
 }
 
 TEST_F(UploadNewFileTest, WithoutTheConnectFlagItNeedsAndKeepsAConnection) {
     const std::string path = folder_.MakeFile("new.kra", "bytes");
-    EXPECT_EQ(0, UploadNewFile(Directory(), path, base_, false, nullptr));
-    EXPECT_EQ(std::uint32_t{LDAP_SERVER_DOWN}, Directory().LastError());
-    ASSERT_EQ(1, Directory().ConnectLocation(nullptr));
-    EXPECT_EQ(1, UploadNewFile(Directory(), path, base_, false, nullptr));
+    EXPECT_THAT(UploadNewFile(Directory(), path, base_, false, nullptr), Fails());
+    EXPECT_THAT(Directory().LastError(), IsCode(LDAP_SERVER_DOWN));
+    ASSERT_THAT(Directory().ConnectLocation(nullptr), IsDone());
+    EXPECT_THAT(UploadNewFile(Directory(), path, base_, false, nullptr), IsDone());
     EXPECT_TRUE(Directory().IsConnected());
-    EXPECT_EQ("bytes", Contents("new.kra"));
+    EXPECT_EQ("bytes", Stored("new.kra"));
 }
 
 TEST_F(UploadNewFileTest, MissingParentOrDeadServerIsAFailure) {
     const std::string path = folder_.MakeFile("new.kra", "bytes");
-    EXPECT_EQ(0, UploadNewFile(Directory(), path, Dn("none"), true, nullptr));
-    EXPECT_EQ(std::uint32_t{LDAP_NO_SUCH_OBJECT}, Directory().LastError());
+    EXPECT_THAT(UploadNewFile(Directory(), path, Dn("none"), true, nullptr), Fails());
+    EXPECT_THAT(Directory().LastError(), IsCode(LDAP_NO_SUCH_OBJECT));
     Define(test::ClosedPort(), base_);
     std::string text = "junk";
-    EXPECT_EQ(0, UploadNewFile(Directory(), path, base_, true, &text));
+    EXPECT_THAT(UploadNewFile(Directory(), path, base_, true, &text), Fails());
     EXPECT_NE("junk", text);
 }
 
 TEST_F(UploadNewFileTest, OpenConnectionStaysOpen) {
     CLDAPItems& items = Connected();
-    EXPECT_EQ(1, UploadNewFile(items, folder_.MakeFile("a.kra", kBytes), base_, false, nullptr));
+    EXPECT_THAT(UploadNewFile(items, folder_.MakeFile("a.kra", kBytes), base_, false, nullptr),
+                IsDone());
     EXPECT_TRUE(items.IsConnected());
-    EXPECT_EQ(kBytes, Contents("a.kra"));
+    EXPECT_EQ(kBytes, Stored("a.kra"));
 }
 
 TEST_F(UploadNewFileTest, FileThatCannotBeReadAddsABlankOnAnOpenConnection) {
-    EXPECT_EQ(1, UploadNewFile(Connected(), folder_.At("none.kra"), base_, false, nullptr));
-    EXPECT_EQ(" ", Contents("none.kra"));
+    EXPECT_THAT(UploadNewFile(Connected(), folder_.At("none.kra"), base_, false, nullptr),
+                IsDone());
+    EXPECT_EQ(" ", Stored("none.kra"));
 }
 
 TEST_F(UploadNewFileTest, ServerThatIsGoneIsAFailure) {
@@ -250,7 +256,8 @@ TEST_F(UploadNewFileTest, ServerThatIsGoneIsAFailure) {
     location.authentication = kAnonymousAuthentication;
     test::ForgetServer(location.port);
     CLDAPItems items(&location);
-    EXPECT_EQ(0, UploadNewFile(items, folder_.MakeFile("a.kra", kBytes), base_, true, nullptr));
+    EXPECT_THAT(UploadNewFile(items, folder_.MakeFile("a.kra", kBytes), base_, true, nullptr),
+                Fails());
 }
 
 }  // namespace

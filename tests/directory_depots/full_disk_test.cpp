@@ -67,7 +67,7 @@ protected:
     }
 
     void ExpectKept(const std::string& text) {
-        EXPECT_TRUE(Profile() == Contents("a.kra"));
+        EXPECT_TRUE(Profile() == Stored("a.kra"));
         ASSERT_THAT(RecoveredFiles(), SizeIs(1));
         EXPECT_TRUE(text == FileBytes(RecoveredFiles().front()));
         ASSERT_THAT(boxes_.Texts(), SizeIs(1));
@@ -125,7 +125,7 @@ TEST_F(FullDiskTest, NextWorkingCopyOfTheFileIsStoredAgain) {
     const auto file = Load();
     file->WriteString("S", "Key1", "new");
     EXPECT_TRUE(file->Release());
-    EXPECT_TRUE(Profile(1, "new") == Contents("a.kra"));
+    EXPECT_TRUE(Profile(1, "new") == Stored("a.kra"));
 }
 
 BOOL WINAPI WriteNowhere(HANDLE, LPCVOID, DWORD, LPDWORD, OVERLAPPED*) {
@@ -156,7 +156,7 @@ TEST_F(FullDiskTest, CopyStaysWhereNothingCanBeRecovered) {
     file->WriteString("S", "Key1", kLong);
     const test::ImportPatch<decltype(&WriteFile)> writing("WriteFile", &WriteNowhere);
     EXPECT_FALSE(file->Release());
-    EXPECT_TRUE(Profile() == Contents("a.kra"));
+    EXPECT_TRUE(Profile() == Stored("a.kra"));
     EXPECT_TRUE(Profile() == FileBytes(localPath));
     EXPECT_THAT(RecoveredFiles(), IsEmpty());
     ASSERT_THAT(boxes_.Texts(), SizeIs(1));
@@ -171,7 +171,7 @@ TEST_F(FullDiskTest, FileThatCouldNotBeFetchedIsNotReplacedByItsEdit) {
     if (volume.empty()) ::DeleteFileA(file->localPath.c_str());
     file->WriteString("S", "Key1", "new");
     EXPECT_FALSE(file->Release());
-    EXPECT_TRUE(Profile() == Contents("a.kra"));
+    EXPECT_TRUE(Profile() == Stored("a.kra"));
     EXPECT_FALSE(boxes_.Texts().empty());
 }
 

@@ -2,12 +2,14 @@
 #include "directory_depots/depot_fixture.h"
 #include "model/directory_trees.h"
 #include "support/failing_memory.h"
+#include "support/results.h"
 
 namespace depot {
 namespace {
 
 using test::FailingMemory;
 using test::FileBytes;
+using test::IsDone;
 using testing::IsEmpty;
 
 constexpr char kOld[] = "[S]\r\nK=old\r\n";
@@ -43,7 +45,7 @@ protected:
         std::vector<std::string> found;
         for (const std::string& path : test::WorkingCopies()) found.push_back(FileBytes(path));
         for (const std::string& path : test::RecoveredFiles()) found.push_back(FileBytes(path));
-        if (server_.Holds(Dn("a.kra"))) found.push_back(Contents("a.kra"));
+        if (server_.Holds(Dn("a.kra"))) found.push_back(Stored("a.kra"));
         return found;
     }
 
@@ -58,7 +60,7 @@ TEST_F(DirectoryMemoryTest, EditIsNeverLostByAReleaseThatRunsOutOfMemory) {
     bool ranOut = true;
     for (int failing = 1; ranOut && failing < kManyAllocations; ++failing) {
         SCOPED_TRACE(failing);
-        ASSERT_EQ(0u, Connected().ReplaceFileContents(Dn("a.kra"), kOld, sizeof(kOld) - 1));
+        ASSERT_THAT(Connected().ReplaceFileContents(Dn("a.kra"), kOld, sizeof(kOld) - 1), IsDone());
         ranOut = ReleaseWithout(failing);
         ASSERT_THAT(PlacesOfBytes(), testing::Contains(kNew));
         RemoveFiles();
@@ -127,7 +129,7 @@ TEST_F(DirectoryMemoryTest, UploadThatRunsOutOfMemoryStaysUnconnected) {
             RunWithout(failing, [&] { UploadNewFile(Directory(), path, base_, true, nullptr); });
         ASSERT_FALSE(Directory().IsConnected());
         if (!server_.Holds(Dn("new.kra"))) continue;
-        ASSERT_EQ(kNew, Contents("new.kra"));
+        ASSERT_EQ(kNew, Stored("new.kra"));
         server_.Apply("dn: " + Dn("new.kra") + "\nchangetype: delete\n");
     }
     EXPECT_FALSE(ranOut);

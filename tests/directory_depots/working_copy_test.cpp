@@ -1,11 +1,15 @@
 #include "directory_depots/depot_fixture.h"
 #include "model/directory_trees.h"
 #include "platform/local_file.h"
+#include "support/results.h"
 
 namespace depot {
 namespace {
 
+using test::Fails;
 using test::FileBytes;
+using test::IsCode;
+using test::IsDone;
 using test::OperationCounts;
 using testing::IsEmpty;
 using testing::SizeIs;
@@ -20,8 +24,9 @@ TEST_F(WorkingCopyTest, FetchedCopyHoldsTheEntrysBytesExactly) {
         static int number = 0;
         const std::string name = "f" + std::to_string(++number) + ".kra";
         server_.AddFile(name, base_, "x");
-        ASSERT_EQ(0u, Connected().ReplaceFileContents(Dn(name), bytes.data(),
-                                                      static_cast<std::uint32_t>(bytes.size())));
+        ASSERT_THAT(Connected().ReplaceFileContents(Dn(name), bytes.data(),
+                                                    static_cast<std::uint32_t>(bytes.size())),
+                    IsDone());
         const auto file = Load(name);
         EXPECT_TRUE(bytes == FileBytes(file->localPath)) << bytes.size();
     }
@@ -31,8 +36,8 @@ TEST_F(WorkingCopyTest, NamesThatTheServerSpellsInItsOwnWayAreFetched) {
     const test::ScratchFolder folder;
     for (const char* name : {"b\xFCro.kra", "a b.kra", "a=b.kra"}) {
         SCOPED_TRACE(name);
-        ASSERT_EQ(1,
-                  UploadNewFile(Directory(), folder.MakeFile(name, kBytes), base_, true, nullptr));
+        ASSERT_THAT(UploadNewFile(Directory(), folder.MakeFile(name, kBytes), base_, true, nullptr),
+                    IsDone());
         const auto file = Load(name);
         EXPECT_EQ(kBytes, FileBytes(file->localPath));
         file->WriteString("S", "K", "new");
@@ -109,7 +114,7 @@ TEST_F(WorkingCopyTest, WriteBackIsOneBindAndOneModification) {
     server_.Mark();
     EXPECT_TRUE(file->Release());
     EXPECT_EQ((OperationCounts{.binds = 1, .modifications = 1}), server_.Counts());
-    EXPECT_EQ("[S]\r\nK=new\r\n", Contents("a.kra"));
+    EXPECT_EQ("[S]\r\nK=new\r\n", Stored("a.kra"));
     EXPECT_THAT(test::WorkingCopies(), IsEmpty());
     EXPECT_THAT(test::RecoveredFiles(), IsEmpty());
     EXPECT_THAT(boxes_.Boxes(), IsEmpty());
@@ -124,7 +129,7 @@ TEST_F(WorkingCopyTest, ReleaseOfAnUnchangedCopyContactsNoServer) {
     server_.Mark();
     EXPECT_TRUE(file->Release());
     EXPECT_EQ("", server_.Log());
-    EXPECT_EQ("[S]\r\nK=old\r\n", Contents("a.kra"));
+    EXPECT_EQ("[S]\r\nK=old\r\n", Stored("a.kra"));
     EXPECT_THAT(test::WorkingCopies(), IsEmpty());
 }
 
@@ -165,12 +170,12 @@ TEST_F(WorkingCopyTest, FetchWithoutAServerLeavesNoFile) {
 TEST_F(WorkingCopyTest, OpenConnectionStaysOpenOverFetchAndRelease) {
     server_.AddFile("a.kra", base_, kBytes);
     Choose();
-    ASSERT_EQ(1, Directory().ConnectLocation(nullptr));
+    ASSERT_THAT(Directory().ConnectLocation(nullptr), IsDone());
     server_.Mark();
     const std::string copy = FetchToLocal(Directory(), Dn("a.kra"));
     EXPECT_EQ(kBytes, FileBytes(copy));
     EXPECT_TRUE(Directory().IsConnected());
-    EXPECT_EQ(1, ReleaseLocal(Directory(), Dn("a.kra"), copy, true));
+    EXPECT_THAT(ReleaseLocal(Directory(), Dn("a.kra"), copy, true), IsDone());
     EXPECT_TRUE(Directory().IsConnected());
     EXPECT_EQ((OperationCounts{.searches = 1, .modifications = 1}), server_.Counts());
     EXPECT_FALSE(test::Exists(copy));
@@ -185,7 +190,7 @@ TEST_F(WorkingCopyTest, CopyIsDeletedWithAContextThatWasNotReleased) {
         file->WriteString("S", "K", "v");
     }
     EXPECT_THAT(test::WorkingCopies(), IsEmpty());
-    EXPECT_EQ("x", Contents("a.kra"));
+    EXPECT_EQ("x", Stored("a.kra"));
 }
 
 TEST_F(WorkingCopyTest, SecondReleaseHasNothingLeftToStore) {
@@ -198,9 +203,10 @@ TEST_F(WorkingCopyTest, SecondReleaseHasNothingLeftToStore) {
 
 TEST_F(WorkingCopyTest, ReleaseOfNoPathWithAChangeShowsTheParameterError) {
     std::string text = "junk";
-    EXPECT_EQ(0, ReleaseLocal(Directory(), Dn("a.kra"), "", true, &text));
-    EXPECT_EQ(89u, Directory().LastError());
-    EXPECT_EQ(89u, Directory().Connection().Shared().Block().Access()->lastError);
+    EXPECT_THAT(ReleaseLocal(Directory(), Dn("a.kra"), "", true, &text), Fails());
+    EXPECT_THAT(Directory().LastError(), IsCode(LDAP_PARAM_ERROR));
+    EXPECT_THAT(Directory().Connection().Shared().Block().Access()->lastError,
+                IsCode(LDAP_PARAM_ERROR));
     EXPECT_EQ(test::MessageFor(89), text);
     ASSERT_THAT(boxes_.Texts(), SizeIs(1));
     EXPECT_EQ(test::MessageFor(89), boxes_.Texts().front());
@@ -210,7 +216,7 @@ TEST_F(WorkingCopyTest, ReleaseOfNoPathWithAChangeShowsTheParameterError) {
 
 TEST_F(WorkingCopyTest, ReleaseOfNoPathWithoutAChangeIsSilent) {
     std::string text = "junk";
-    EXPECT_EQ(0, ReleaseLocal(Directory(), Dn("a.kra"), "", false, &text));
+    EXPECT_THAT(ReleaseLocal(Directory(), Dn("a.kra"), "", false, &text), Fails());
     EXPECT_EQ("junk", text);
     EXPECT_THAT(boxes_.Boxes(), IsEmpty());
 }
@@ -225,7 +231,7 @@ TEST_F(WorkingCopyTest, NoTemporaryFolderGivesAFileWithoutValues) {
     SetEnvironmentVariableA("TMP", before);
     EXPECT_EQ("", file->localPath);
     EXPECT_EQ("default", file->ReadString("S", "K", "default", 100));
-    EXPECT_EQ("[S]\r\nK=v\r\n", Contents("a.kra"));
+    EXPECT_EQ("[S]\r\nK=v\r\n", Stored("a.kra"));
 }
 
 TEST_F(WorkingCopyTest, FullTemporaryFolderGivesAFileWithoutValuesAndKeepsTheEntry) {
@@ -244,7 +250,7 @@ TEST_F(WorkingCopyTest, FullTemporaryFolderGivesAFileWithoutValuesAndKeepsTheEnt
     file->WriteString("S", "K", "new");
     EXPECT_FALSE(file->Release());
     EXPECT_EQ(test::MessageFor(89), boxes_.Texts().back());
-    EXPECT_EQ(kBytes, Contents("a.kra"));
+    EXPECT_EQ(kBytes, Stored("a.kra"));
     EXPECT_TRUE(test::Exists(full + "\\ldaffff.tmp"));
 }
 

@@ -1,11 +1,16 @@
 #include "manager/writability.h"
 
 #include "directory_depots/depot_fixture.h"
+#include "support/results.h"
 
 namespace depot {
 namespace {
 
 using test::DirectoryServer;
+using test::IsCode;
+using test::IsDone;
+using test::kNo;
+using test::kYes;
 using test::OperationCounts;
 
 class DirectoryWritabilityTest : public test::DepotFixture {
@@ -14,22 +19,20 @@ protected:
         text_ = "junk";
         return TestPathWritable(*work_, "<Work>\\" + path, &text_);
     }
-
-    std::string text_;
 };
 
 TEST_F(DirectoryWritabilityTest, ExistingEntryIsWritableAndStays) {
     server_.AddFile("a.kra", base_, "x");
     Choose();
-    EXPECT_EQ(1, Test("a.kra"));
+    EXPECT_EQ(kYes, Test("a.kra"));
     EXPECT_EQ((OperationCounts{.binds = 1, .searches = 1}), server_.Counts());
-    EXPECT_EQ("x", Contents("a.kra"));
+    EXPECT_EQ("x", Stored("a.kra"));
     EXPECT_FALSE(Directory().IsConnected());
 }
 
 TEST_F(DirectoryWritabilityTest, MissingPlaceIsCreatedAndRemovedWithItsParents) {
     Choose();
-    EXPECT_EQ(1, Test("x\\y\\z.kra"));
+    EXPECT_EQ(kYes, Test("x\\y\\z.kra"));
     const OperationCounts counts = server_.Counts();
     EXPECT_EQ(2, counts.adds);
     EXPECT_EQ(2, counts.deletions);
@@ -40,9 +43,9 @@ TEST_F(DirectoryWritabilityTest, MissingPlaceIsCreatedAndRemovedWithItsParents) 
 
 TEST_F(DirectoryWritabilityTest, OpenConnectionIsUsedAndStaysOpen) {
     Choose();
-    ASSERT_EQ(1, Directory().ConnectLocation(nullptr));
+    ASSERT_THAT(Directory().ConnectLocation(nullptr), IsDone());
     server_.Mark();
-    EXPECT_EQ(1, Test("x"));
+    EXPECT_EQ(kYes, Test("x"));
     EXPECT_EQ(0, server_.Counts().binds);
     EXPECT_TRUE(Directory().IsConnected());
 }
@@ -50,7 +53,7 @@ TEST_F(DirectoryWritabilityTest, OpenConnectionIsUsedAndStaysOpen) {
 TEST_F(DirectoryWritabilityTest, ExistingParentsStay) {
     server_.AddFolder("x", base_);
     Choose();
-    EXPECT_EQ(1, Test("x\\y\\z.kra"));
+    EXPECT_EQ(kYes, Test("x\\y\\z.kra"));
     EXPECT_TRUE(server_.Holds(Dn("x")));
     EXPECT_FALSE(server_.Holds("cn=y," + Dn("x")));
 }
@@ -58,7 +61,7 @@ TEST_F(DirectoryWritabilityTest, ExistingParentsStay) {
 TEST_F(DirectoryWritabilityTest, PlaceThatCannotBeCreatedIsNotWritable) {
     Define(server_.Port(), base_, test::kReader, test::kReaderPassword);
     Choose();
-    EXPECT_EQ(0, Test("x\\y.kra"));
+    EXPECT_EQ(kNo, Test("x\\y.kra"));
     EXPECT_FALSE(server_.Holds(Dn("x")));
     EXPECT_NE("junk", text_);
 }
@@ -71,8 +74,8 @@ TEST_F(DirectoryWritabilityTest, EntryThatCannotBeSeenStays) {
     server_.AddFolder("seen", base_);
     Choose();
     Directory().Client().ldap_search_s = &FindNothing;
-    EXPECT_EQ(0, Test("seen"));
-    EXPECT_EQ(0, Test("seen\\below"));
+    EXPECT_EQ(kNo, Test("seen"));
+    EXPECT_EQ(kNo, Test("seen\\below"));
     EXPECT_TRUE(server_.Holds(Dn("seen")));
     EXPECT_EQ(0, server_.Counts().deletions);
 }
@@ -80,22 +83,22 @@ TEST_F(DirectoryWritabilityTest, EntryThatCannotBeSeenStays) {
 TEST_F(DirectoryWritabilityTest, FailedCreationKeepsItsLastError) {
     Define(server_.Port(), base_, test::kReader, test::kReaderPassword);
     Choose();
-    EXPECT_EQ(0, Test("x\\y.kra"));
-    EXPECT_EQ(std::uint32_t{LDAP_PARAM_ERROR}, Directory().LastError());
+    EXPECT_EQ(kNo, Test("x\\y.kra"));
+    EXPECT_THAT(Directory().LastError(), IsCode(LDAP_PARAM_ERROR));
 }
 
 TEST_F(DirectoryWritabilityTest, InvalidNameIsReportedAndNotWritable) {
     Choose();
-    EXPECT_EQ(0, TestWritable(kDirectoryLocation, "not a name", &Directory(), &text_));
+    EXPECT_EQ(kNo, TestWritable(kDirectoryLocation, "not a name", &Directory(), &text_));
     EXPECT_EQ(test::MessageFor(34), text_);
 }
 
 TEST_F(DirectoryWritabilityTest, CachedRefusalIsAccessDenied) {
     Define(server_.Port(), "cn=missing," + base_, test::kReader, test::kReaderPassword);
     Choose();
-    EXPECT_EQ(0, TestDepotWritable(*work_, "Shown", &text_));
+    EXPECT_EQ(kNo, TestDepotWritable(*work_, "Shown", &text_));
     server_.Mark();
-    EXPECT_EQ(0, TestDepotWritable(*work_, "Shown", &text_));
+    EXPECT_EQ(kNo, TestDepotWritable(*work_, "Shown", &text_));
     EXPECT_EQ("", server_.Log());
     std::string denied;
     FormatErrorText(ERROR_ACCESS_DENIED, "Shown", "Quillon", &denied, nullptr);
@@ -105,7 +108,7 @@ TEST_F(DirectoryWritabilityTest, CachedRefusalIsAccessDenied) {
 TEST_F(DirectoryWritabilityTest, NewFileInAnExistingFolderIsTriedAndRemoved) {
     server_.AddFolder("x", base_);
     Choose();
-    EXPECT_EQ(1, Test("x\\new.kra"));
+    EXPECT_EQ(kYes, Test("x\\new.kra"));
     EXPECT_EQ(1, server_.Counts().adds);
     EXPECT_EQ(1, server_.Counts().deletions);
     EXPECT_FALSE(server_.Holds("cn=new.kra," + Dn("x")));
@@ -117,7 +120,7 @@ TEST_F(DirectoryWritabilityTest, NewFileInAnExistingFolderIsNotForReaders) {
     server_.AddFolder("x", base_);
     Define(server_.Port(), base_, test::kReader, test::kReaderPassword);
     Choose();
-    EXPECT_EQ(0, Test("x\\new.kra"));
+    EXPECT_EQ(kNo, Test("x\\new.kra"));
     EXPECT_EQ(test::MessageFor(50), text_);
 }
 
@@ -190,7 +193,7 @@ protected:
 
 TEST_P(ProbeRemovalTest, ProbeIsRemoved) {
     Choose();
-    EXPECT_EQ(1, Test("new.kra"));
+    EXPECT_EQ(kYes, Test("new.kra"));
     EXPECT_FALSE(own_.Holds(entry_));
 }
 
@@ -201,7 +204,7 @@ TEST_P(ProbeRemovalTest, FileThatSomebodyStoresMeanwhileStays) {
     AfterTheAddition("dn: " + entry_ +
                      "\nchangetype: modify\nreplace: quillonFileContentsBinary\n"
                      "quillonFileContentsBinary: theirs\n");
-    EXPECT_EQ(1, Test("new.kra"));
+    EXPECT_EQ(kYes, Test("new.kra"));
     EXPECT_THAT(own_.Show(entry_), testing::HasSubstr("quillonFileContentsBinary"));
 }
 
@@ -211,7 +214,7 @@ TEST_P(ProbeRemovalTest, FolderInWhichSomebodyStoresMeanwhileStays) {
     AfterTheAddition("dn: cn=a.kra," + folder +
                      "\nchangetype: add\nobjectClass: quillonFileBinary\ncn: a.kra\n"
                      "quillonFileContentsBinary: theirs\n");
-    EXPECT_EQ(1, Test("x\\y\\z.kra"));
+    EXPECT_EQ(kYes, Test("x\\y\\z.kra"));
     EXPECT_TRUE(own_.Holds("cn=a.kra," + folder));
     EXPECT_FALSE(own_.Holds("cn=y," + folder));
 }
@@ -223,31 +226,31 @@ INSTANTIATE_TEST_SUITE_P(Servers, ProbeRemovalTest,
 TEST_F(DirectoryWritabilityTest, UnreachableServerIsNotWritable) {
     Choose();
     server_.Stop();
-    EXPECT_EQ(0, Test("a.kra"));
+    EXPECT_EQ(kNo, Test("a.kra"));
     server_.Continue();
     // Without a prompt nobody cancels: the reason is that of the failed bind.
     EXPECT_EQ(test::MessageFor(81), text_);
 }
 
 TEST_F(DirectoryWritabilityTest, PathWithoutAConnectionIsNotWritable) {
-    EXPECT_EQ(0, TestWritable(kDirectoryLocation, base_, nullptr, nullptr));
+    EXPECT_EQ(kNo, TestWritable(kDirectoryLocation, base_, nullptr, nullptr));
 }
 
 TEST_F(DirectoryWritabilityTest, ExactFormAsksEachTime) {
     server_.AddFile("a.kra", base_, "x");
     Choose();
-    EXPECT_EQ(1, Test("a.kra"));
+    EXPECT_EQ(kYes, Test("a.kra"));
     server_.Mark();
-    EXPECT_EQ(1, Test("a.kra"));
+    EXPECT_EQ(kYes, Test("a.kra"));
     EXPECT_EQ(1, server_.Counts().searches);
 }
 
 TEST_F(DirectoryWritabilityTest, CachedFormAsksOnce) {
     Choose();
-    EXPECT_EQ(1, TestDepotWritable(*work_, {}, &text_));
+    EXPECT_EQ(kYes, TestDepotWritable(*work_, {}, &text_));
     EXPECT_EQ((OperationCounts{.binds = 1, .searches = 1}), server_.Counts());
     server_.Mark();
-    EXPECT_EQ(1, TestDepotWritable(*work_, {}, &text_));
+    EXPECT_EQ(kYes, TestDepotWritable(*work_, {}, &text_));
     EXPECT_EQ("", server_.Log());
 }
 

@@ -4,12 +4,15 @@
 #include "platform/handles.h"
 #include "platform/local_file.h"
 #include "platform/paths.h"
+#include "support/results.h"
 
 namespace depot {
 namespace {
 
 using test::DirectoryServer;
+using test::Fails;
 using test::FileBytes;
+using test::IsDone;
 using test::OperationCounts;
 using test::RecoveredFiles;
 using testing::HasSubstr;
@@ -80,14 +83,15 @@ protected:
 
     void Overwrite(const std::string& bytes) {
         const ConnectionScope connection(Directory(), nullptr);
-        EXPECT_EQ(0u, Directory().ReplaceFileContents(Entry(), bytes.data(),
-                                                      static_cast<std::uint32_t>(bytes.size())));
+        EXPECT_THAT(Directory().ReplaceFileContents(Entry(), bytes.data(),
+                                                    static_cast<std::uint32_t>(bytes.size())),
+                    IsDone());
     }
 
     std::string Stored() {
         FileBuffer buffer;
         const ConnectionScope connection(Directory(), nullptr);
-        EXPECT_EQ(1, Directory().ReadFileContents(Entry(), buffer));
+        EXPECT_THAT(Directory().ReadFileContents(Entry(), buffer), IsDone());
         return buffer.bytes
                    ? std::string(reinterpret_cast<const char*>(buffer.bytes.get()), buffer.length)
                    : "(none)";
@@ -147,7 +151,7 @@ TEST_P(AnyServerConflictTest, ErrorTextOfAConflictEndsWithThePath) {
     const std::string copy = FetchToLocal(Directory(), Entry(), &origin);
     Overwrite(kTheirs);
     std::string text = "junk";
-    EXPECT_EQ(0, ReleaseLocal(Directory(), Entry(), copy, true, &text, origin));
+    EXPECT_THAT(ReleaseLocal(Directory(), Entry(), copy, true, &text, origin), Fails());
     ASSERT_EQ(1u, RecoveredFiles().size());
     EXPECT_THAT(text, testing::EndsWith("\n" + RecoveredFiles().front()));
     EXPECT_EQ(boxes_.Texts().back(), text);

@@ -73,7 +73,7 @@ TEST_F(RecoveryTest, ServerGoneBeforeTheReleaseLeavesTheBytesRecovered) {
     ExpectRecovered(kNew);
     EXPECT_THAT(boxes_.Texts().back(), testing::StartsWith("LDAP: "));
     EXPECT_THAT(test::WorkingCopies(), IsEmpty());
-    EXPECT_EQ(kOld, Contents("a.kra"));
+    EXPECT_EQ(kOld, Stored("a.kra"));
 }
 
 TEST_F(RecoveryTest, ServerGoneDuringTheUploadLeavesTheBytesRecovered) {
@@ -92,7 +92,7 @@ TEST_F(RecoveryTest, MissingRightsLeaveTheBytesRecovered) {
     EXPECT_FALSE(LoadChanged()->Release());
     ExpectRecovered(kNew);
     EXPECT_THAT(boxes_.Texts().back(), testing::StartsWith(test::MessageFor(50)));
-    EXPECT_EQ(kOld, Contents("a.kra"));
+    EXPECT_EQ(kOld, Stored("a.kra"));
 }
 
 TEST_F(RecoveryTest, DeletedEntryLeavesTheBytesRecovered) {
@@ -133,7 +133,7 @@ TEST_F(RecoveryTest, DeletedWorkingCopyLeavesTheEntry) {
     // What is gone does not come back.
     EXPECT_EQ(0, pauses.Count());
     EXPECT_EQ("", server_.Log());
-    EXPECT_EQ(kOld, Contents("a.kra"));
+    EXPECT_EQ(kOld, Stored("a.kra"));
     EXPECT_THAT(RecoveredFiles(), IsEmpty());
     ExpectTold(localPath);
 }
@@ -146,7 +146,7 @@ TEST_F(RecoveryTest, WorkingCopyThatAWriteMakesAnewIsRecoveredAndLeavesTheEntry)
     EXPECT_EQ("new", file->ReadString("S", "K", "", 100));
     EXPECT_FALSE(file->Release());
     ExpectRecovered(kNew);
-    EXPECT_EQ("[S]\r\nK=old\r\nL=keep\r\n", Contents("b.kra"));
+    EXPECT_EQ("[S]\r\nK=old\r\nL=keep\r\n", Stored("b.kra"));
 }
 
 // Somebody who holds a file as scanners do.
@@ -180,7 +180,7 @@ TEST_F(RecoveryTest, WorkingCopyHeldForAMomentIsStored) {
     Holder holder(localPath);
     holder.LetGoAfter(1500);
     EXPECT_TRUE(file->Release());
-    EXPECT_EQ(kNew, Contents("a.kra"));
+    EXPECT_EQ(kNew, Stored("a.kra"));
     EXPECT_FALSE(test::Exists(localPath));
     EXPECT_THAT(RecoveredFiles(), IsEmpty());
     EXPECT_THAT(boxes_.Boxes(), IsEmpty());
@@ -197,7 +197,7 @@ TEST_F(RecoveryTest, WorkingCopyHeldForGoodStaysAndLeavesTheEntry) {
         EXPECT_EQ(3000, (pauses.Count() + 1) * 50);
         EXPECT_EQ("", server_.Log());
     }
-    EXPECT_EQ(kOld, Contents("a.kra"));
+    EXPECT_EQ(kOld, Stored("a.kra"));
     EXPECT_EQ(kNew, FileBytes(localPath));
     EXPECT_THAT(RecoveredFiles(), IsEmpty());
     ExpectTold(localPath);
@@ -220,7 +220,7 @@ TEST_F(RecoveryTest, WriteToAWorkingCopyHeldForAMomentIsStored) {
         file->WriteString("S", "K", "new");
     }
     EXPECT_TRUE(file->Release());
-    EXPECT_EQ(kNew, Contents("a.kra"));
+    EXPECT_EQ(kNew, Stored("a.kra"));
 }
 
 TEST_F(RecoveryTest, WritesToAWorkingCopyHeldForGoodWaitOnceAndAreRecovered) {
@@ -233,7 +233,7 @@ TEST_F(RecoveryTest, WritesToAWorkingCopyHeldForGoodWaitOnceAndAreRecovered) {
     }
     EXPECT_FALSE(file->Release());
     ExpectRecovered(kNew);
-    EXPECT_EQ(kOld, Contents("a.kra"));
+    EXPECT_EQ(kOld, Stored("a.kra"));
 }
 
 int refusedCreations = 0;
@@ -261,7 +261,7 @@ TEST_F(RecoveryTest, FailedFetchHasTheEntrysBytesRecoveredBeforeTheyAreReplaced)
     Directory().Client().ldap_search_s = realSearch;
     EXPECT_TRUE(file->Release());
     ExpectRecovered(kOld);
-    EXPECT_EQ(kNew, Contents("a.kra"));
+    EXPECT_EQ(kNew, Stored("a.kra"));
 }
 
 TEST_F(RecoveryTest, FailedFetchThatStillFailsLeavesTheEntryAndRecoversTheEdit) {
@@ -269,7 +269,7 @@ TEST_F(RecoveryTest, FailedFetchThatStillFailsLeavesTheEntryAndRecoversTheEdit) 
     Directory().Client().ldap_search_s = &FailSearch;
     EXPECT_FALSE(LoadChanged()->Release());
     ExpectRecovered(kNew);
-    EXPECT_EQ(kOld, Contents("a.kra"));
+    EXPECT_EQ(kOld, Stored("a.kra"));
 }
 
 TEST_F(RecoveryTest, FailedFetchOfAnUnchangedFileLeavesEverything) {
@@ -278,7 +278,7 @@ TEST_F(RecoveryTest, FailedFetchOfAnUnchangedFileLeavesEverything) {
     EXPECT_TRUE(Load()->Release());
     EXPECT_THAT(RecoveredFiles(), IsEmpty());
     EXPECT_THAT(test::WorkingCopies(), IsEmpty());
-    EXPECT_EQ(kOld, Contents("a.kra"));
+    EXPECT_EQ(kOld, Stored("a.kra"));
 }
 
 TEST_F(RecoveryTest, WorkingCopyStaysWhenNothingCanBeRecovered) {

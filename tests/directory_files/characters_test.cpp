@@ -1,6 +1,6 @@
 // Transfers and listings of names of many characters, in whatever ANSI code page the process runs
 // in.
-#include "directory_files/transfer_fixture.h"
+#include "directory_files/directory_world.h"
 #include "fileops/depot_file.h"
 #include "fileops/directory_transfer.h"
 #include "fileops/enumerate.h"
@@ -8,10 +8,14 @@
 #include "platform/system_code_page.h"
 #include "store/folder_store.h"
 #include "support/page_names.h"
+#include "support/results.h"
 
 namespace depot {
 namespace {
 
+using test::Fails;
+using test::IsDone;
+using test::kNo;
 using test::MakeWideFile;
 using test::Narrowed;
 using test::WideBytes;
@@ -21,7 +25,7 @@ using testing::UnorderedElementsAreArray;
 
 // Each file holds its own name in UTF-8. What the directory holds is written and looked at by
 // another program, which knows nothing of code pages.
-class TransferCharactersTest : public test::TransferTest {
+class TransferCharactersTest : public test::DirectoryWorldTest {
 protected:
     TransferCharactersTest() { InstallSystemCodePage(); }
 
@@ -122,23 +126,24 @@ TEST_F(TransferCharactersTest, FilesAreUploadedAndDownloadedUnderTheirNames) {
     for (const std::wstring& name : page_.files) {
         SCOPED_TRACE(Narrowed(name));
         MakeLocal(name);
-        EXPECT_EQ(1, Upload(Directory(), Narrowed(Local(name)), DN(Entry(name)),
-                            ExistingEntries::kRefuse, &error_));
+        EXPECT_THAT(Upload(Directory(), Narrowed(Local(name)), DN(Entry(name)),
+                           ExistingEntries::kRefuse, &error_),
+                    IsDone());
         EXPECT_THAT(server_.Show(Utf8Of(DN(Entry(name)))), HasSubstr("quillonFileContentsBinary"));
         const std::wstring back = Local(L"b" + name);
-        EXPECT_EQ(1, Download(Directory(), DN(Entry(name)), Narrowed(back), &error_));
+        EXPECT_THAT(Download(Directory(), DN(Entry(name)), Narrowed(back), &error_), IsDone());
         EXPECT_EQ(Utf8FromWide(name), WideBytes(back));
     }
     EXPECT_EQ(page_.files.size(), CountBelow(base_));
 }
 
 TEST_F(TransferCharactersTest, TreeIsUploadedAndDownloadedWhole) {
-    EXPECT_EQ(1,
-              Upload(Directory(), MakeLocalTree(), FolderDN(), ExistingEntries::kRefuse, &error_))
+    EXPECT_THAT(Upload(Directory(), MakeLocalTree(), FolderDN(), ExistingEntries::kRefuse, &error_),
+                IsDone())
         << error_;
     ExpectEntryTree(FolderDN());
-    EXPECT_EQ(1,
-              Download(Directory(), FolderDN(), Narrowed(Local(L"x" + page_.subfolder)), &error_))
+    EXPECT_THAT(Download(Directory(), FolderDN(), Narrowed(Local(L"x" + page_.subfolder)), &error_),
+                IsDone())
         << error_;
     ExpectLocalTree(L"x" + page_.subfolder);
 }
@@ -146,7 +151,8 @@ TEST_F(TransferCharactersTest, TreeIsUploadedAndDownloadedWhole) {
 TEST_F(TransferCharactersTest, TreeOfAnotherClientComesDownWhole) {
     AddEntryTree();
     const std::wstring out = page_.subfolder + L"\\" + page_.subfolder;
-    EXPECT_EQ(1, Download(Directory(), FolderDN(), Narrowed(Local(out)), &error_)) << error_;
+    EXPECT_THAT(Download(Directory(), FolderDN(), Narrowed(Local(out)), &error_), IsDone())
+        << error_;
     ExpectLocalTree(out);
 }
 
@@ -155,15 +161,16 @@ TEST_F(TransferCharactersTest, EntriesAreCopiedRenamedAndDeletedAloneByTheirName
     std::size_t left = page_.files.size();
     for (const std::wstring& name : page_.files) {
         SCOPED_TRACE(Narrowed(name));
-        EXPECT_EQ(1, CopyEntry(Directory(), DN(Entry(name)), Directory(), DN(Entry(L"c" + name)),
-                               ExistingEntries::kRefuse, &error_));
-        EXPECT_EQ(1,
-                  MoveEntry(Directory(), DN(Entry(L"c" + name)), DN(Entry(L"m" + name)), &error_));
+        EXPECT_THAT(CopyEntry(Directory(), DN(Entry(name)), Directory(), DN(Entry(L"c" + name)),
+                              ExistingEntries::kRefuse, &error_),
+                    IsDone());
+        EXPECT_THAT(MoveEntry(Directory(), DN(Entry(L"c" + name)), DN(Entry(L"m" + name)), &error_),
+                    IsDone());
         EXPECT_EQ(Utf8FromWide(name), Contents(DN(Entry(L"m" + name))));
         EXPECT_EQ(Utf8FromWide(name), Contents(DN(Entry(name))));
-        EXPECT_EQ(1, RemoveEntry(Directory(), DN(Entry(name)), &error_));
-        EXPECT_EQ(0, EntryExists(Directory(), DN(Entry(name)), &error_));
-        EXPECT_EQ(1, RemoveEntry(Directory(), DN(Entry(L"m" + name)), &error_));
+        EXPECT_THAT(RemoveEntry(Directory(), DN(Entry(name)), &error_), IsDone());
+        EXPECT_EQ(kNo, EntryExists(Directory(), DN(Entry(name)), &error_));
+        EXPECT_THAT(RemoveEntry(Directory(), DN(Entry(L"m" + name)), &error_), IsDone());
         EXPECT_EQ(--left, CountBelow(base_));
     }
 }
@@ -171,13 +178,14 @@ TEST_F(TransferCharactersTest, EntriesAreCopiedRenamedAndDeletedAloneByTheirName
 TEST_F(TransferCharactersTest, TreeIsCopiedRenamedAndDeletedWhole) {
     AddEntryTree();
     const std::string copy = DN(Entry(page_.subfolder));
-    EXPECT_EQ(1, CopyEntry(Directory(), FolderDN(), Directory(), copy, ExistingEntries::kRefuse,
-                           &error_));
+    EXPECT_THAT(
+        CopyEntry(Directory(), FolderDN(), Directory(), copy, ExistingEntries::kRefuse, &error_),
+        IsDone());
     ExpectEntryTree(copy);
     const std::string moved = DN(Entry(L"m" + page_.folder));
-    EXPECT_EQ(1, MoveEntry(Directory(), copy, moved, &error_));
+    EXPECT_THAT(MoveEntry(Directory(), copy, moved, &error_), IsDone());
     ExpectEntryTree(moved);
-    EXPECT_EQ(1, RemoveEntry(Directory(), moved, &error_));
+    EXPECT_THAT(RemoveEntry(Directory(), moved, &error_), IsDone());
     ExpectEntryTree(FolderDN());
     EXPECT_EQ(CountOfTree() + 1, CountBelow(base_));
 }
@@ -186,7 +194,7 @@ TEST_F(TransferCharactersTest, TreeIsRenamedWholeByAServerThatRenamesOnlyLeaves)
     AddEntryTree();
     RefuseTreeRenames(Directory());
     const std::string moved = DN(Entry(L"m" + page_.folder));
-    EXPECT_EQ(1, MoveEntry(Directory(), FolderDN(), moved, &error_)) << error_;
+    EXPECT_THAT(MoveEntry(Directory(), FolderDN(), moved, &error_), IsDone()) << error_;
     ExpectEntryTree(moved);
     EXPECT_EQ(CountOfTree() + 1, CountBelow(base_));
 }
@@ -240,7 +248,7 @@ TEST_F(TransferCharactersTest, LocalFilesThatCannotBeNamedAreCountedAndStay) {
     const std::string tree = MakeLocalTree();
     const std::wstring unnamed = page_.folder + L"\\" + page_.subfolder + L"\\" + Unnameable()[0];
     MakeLocal(unnamed);
-    EXPECT_EQ(0, Upload(Directory(), tree, FolderDN(), ExistingEntries::kRefuse, &error_));
+    EXPECT_THAT(Upload(Directory(), tree, FolderDN(), ExistingEntries::kRefuse, &error_), Fails());
     EXPECT_EQ(UnsafeLocalNamesText(1), error_);
     ExpectEntryTree(FolderDN());
     EXPECT_EQ(Utf8FromWide(Unnameable()[0]), WideBytes(Local(unnamed)));

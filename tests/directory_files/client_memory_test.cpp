@@ -1,9 +1,14 @@
 // Whatever the client library hands out is given back, however a transfer ends.
-#include "directory_files/transfer_fixture.h"
+#include "directory_files/directory_world.h"
 #include "fileops/directory_transfer.h"
+#include "support/results.h"
 
 namespace depot {
 namespace {
+
+using test::Fails;
+using test::IsDone;
+using test::kNo;
 
 constexpr ExistingEntries kReplace = ExistingEntries::kReplace;
 
@@ -85,7 +90,7 @@ void CountValues(DirectoryClient& client) {
     };
 }
 
-class ClientMemoryTest : public test::TransferTest {
+class ClientMemoryTest : public test::DirectoryWorldTest {
 protected:
     ClientMemoryTest() {
         DirectoryClient& client = Directory().Client();
@@ -106,28 +111,32 @@ protected:
 };
 
 TEST_F(ClientMemoryTest, IsGivenBackByTransfersThatSucceed) {
-    EXPECT_EQ(1, Upload(Directory(), MakeTree(), DN("cn=tree"), kReplace, &error_));
-    EXPECT_EQ(1, Download(Directory(), DN("cn=tree"), At("out"), &error_));
-    EXPECT_EQ(1,
-              CopyEntry(Directory(), DN("cn=tree"), Directory(), DN("cn=copy"), kReplace, &error_));
-    EXPECT_EQ(1, MoveEntry(Directory(), DN("cn=copy"), DN("cn=other"), &error_));
+    EXPECT_THAT(Upload(Directory(), MakeTree(), DN("cn=tree"), kReplace, &error_), IsDone());
+    EXPECT_THAT(Download(Directory(), DN("cn=tree"), At("out"), &error_), IsDone());
+    EXPECT_THAT(
+        CopyEntry(Directory(), DN("cn=tree"), Directory(), DN("cn=copy"), kReplace, &error_),
+        IsDone());
+    EXPECT_THAT(MoveEntry(Directory(), DN("cn=copy"), DN("cn=other"), &error_), IsDone());
     RefuseTreeRenames(Directory());
-    EXPECT_EQ(1, MoveEntry(Directory(), DN("cn=other"), DN("cn=moved"), &error_));
-    EXPECT_EQ(1, Download(Directory(), DN("cn=a.kra,cn=moved"), At("a.kra"), &error_, {}, kReplace,
-                          SourceFate::kGoes));
-    EXPECT_EQ(1, RemoveEntry(Directory(), DN("cn=moved"), &error_));
+    EXPECT_THAT(MoveEntry(Directory(), DN("cn=other"), DN("cn=moved"), &error_), IsDone());
+    EXPECT_THAT(Download(Directory(), DN("cn=a.kra,cn=moved"), At("a.kra"), &error_, {}, kReplace,
+                         SourceFate::kGoes),
+                IsDone());
+    EXPECT_THAT(RemoveEntry(Directory(), DN("cn=moved"), &error_), IsDone());
 }
 
 TEST_F(ClientMemoryTest, IsGivenBackByTransfersThatFail) {
     const std::string tree = AddTree("tree");
     AddHostileEntries(tree);
-    EXPECT_EQ(0, Download(Directory(), tree, At("out"), &error_));
-    EXPECT_EQ(0, Download(Directory(), DN("cn=none"), At("x"), &error_));
-    EXPECT_EQ(0, CopyEntry(Directory(), tree, Directory(), DN("cn=copy"), kReplace, &error_));
-    EXPECT_EQ(0, CopyEntry(Directory(), tree, Directory(), "cn=x," + tree, kReplace, &error_));
-    EXPECT_EQ(0, MoveEntry(Directory(), tree, "no name", &error_));
-    EXPECT_EQ(0, Upload(Directory(), At("none"), DN("cn=b.kra"), kReplace, &error_));
-    EXPECT_EQ(0, EntryExists(Directory(), DN("cn=none"), &error_));
+    EXPECT_THAT(Download(Directory(), tree, At("out"), &error_), Fails());
+    EXPECT_THAT(Download(Directory(), DN("cn=none"), At("x"), &error_), Fails());
+    EXPECT_THAT(CopyEntry(Directory(), tree, Directory(), DN("cn=copy"), kReplace, &error_),
+                Fails());
+    EXPECT_THAT(CopyEntry(Directory(), tree, Directory(), "cn=x," + tree, kReplace, &error_),
+                Fails());
+    EXPECT_THAT(MoveEntry(Directory(), tree, "no name", &error_), Fails());
+    EXPECT_THAT(Upload(Directory(), At("none"), DN("cn=b.kra"), kReplace, &error_), Fails());
+    EXPECT_EQ(kNo, EntryExists(Directory(), DN("cn=none"), &error_));
 }
 
 }  // namespace

@@ -1,21 +1,35 @@
-#include "directory_files/transfer_fixture.h"
+#include "directory_files/directory_world.h"
 #include "fileops/depot_file.h"
 #include "fileops/item_operations.h"
+#include "support/results.h"
 
 namespace depot {
 namespace {
 
 using test::Exists;
+using test::Fails;
 using test::FileBytes;
+using test::IsCode;
+using test::IsDone;
+using test::kNo;
+using test::kYes;
 
 // Transfers between depots, named by display paths.
-class DepotTransferTest : public test::TransferTest {
+class DepotTransferTest : public test::DirectoryWorldTest {
 protected:
     int OnList(std::initializer_list<CDepotItem> sources, const CDepotItem* target,
                UINT operation) {
         CDepotItems items;
         for (const CDepotItem& source : sources) items.Append(source.Clone());
         return ListOperation(items, target, operation, kQuietFlags, nullptr, &error_);
+    }
+    void ExpectKept(const char* name, const char* target, CDepot* targetDepot) {
+        SCOPED_TRACE(name);
+        const std::string before = server_.Show(base_, "sub");
+        const CDepotItem item(name, work_), place(target, targetDepot);
+        EXPECT_THAT(OnList({CDepotItem(item)}, &place, FO_MOVE), Fails());
+        EXPECT_THAT(ItemOperation(item, &place, FO_MOVE, nullptr, &error_), Fails());
+        EXPECT_EQ(before, server_.Show(base_, "sub"));
     }
     // The temporary folders that exist now.
     static int TemporaryFolders() {
@@ -35,23 +49,26 @@ protected:
 
 TEST_F(DepotTransferTest, FileTravelsThroughEveryPairOfStores) {
     Make("h\\a.kra", "1");
-    EXPECT_EQ(1, CopyFile(home_, "<Home>\\a.kra", "<Work>\\a.kra", work_, true, &error_));
-    EXPECT_EQ(1, CopyFile(*work_, "<Work>\\a.kra", "<Work>\\b.kra", work_, true, &error_));
-    EXPECT_EQ(1, CopyFile(*work_, "<Work>\\b.kra", "<Home>\\c.kra", &home_, true, &error_));
-    EXPECT_EQ(1, CopyFile(*work_, "<Work>\\b.kra", At("plain.kra"), nullptr, true, &error_));
-    EXPECT_EQ(1, CopyFile(*work_, "<Work>\\b.kra", "<Work>\\sub\\", work_, true, &error_));
+    EXPECT_THAT(CopyFile(home_, "<Home>\\a.kra", "<Work>\\a.kra", work_, true, &error_), IsDone());
+    EXPECT_THAT(CopyFile(*work_, "<Work>\\a.kra", "<Work>\\b.kra", work_, true, &error_), IsDone());
+    EXPECT_THAT(CopyFile(*work_, "<Work>\\b.kra", "<Home>\\c.kra", &home_, true, &error_),
+                IsDone());
+    EXPECT_THAT(CopyFile(*work_, "<Work>\\b.kra", At("plain.kra"), nullptr, true, &error_),
+                IsDone());
+    EXPECT_THAT(CopyFile(*work_, "<Work>\\b.kra", "<Work>\\sub\\", work_, true, &error_), IsDone());
     EXPECT_EQ("1", FileBytes(At("h\\c.kra")));
     EXPECT_EQ("1", FileBytes(At("plain.kra")));
     EXPECT_EQ("1", Contents(DN("cn=b.kra,cn=sub")));
-    EXPECT_EQ(1, FileExists(*work_, "<Work>\\b.kra"));
-    EXPECT_EQ(1, MoveFile(*work_, "<Work>\\b.kra", "<Work>\\d.kra", nullptr, nullptr, nullptr));
-    EXPECT_EQ(0, FileExists(*work_, "<Work>\\b.kra"));
-    EXPECT_NE(0, DeleteFile(*work_, "<Work>\\d.kra"));
-    EXPECT_EQ(0, DeleteFile(*work_, "<Work>\\d.kra"));
+    EXPECT_EQ(kYes, FileExists(*work_, "<Work>\\b.kra"));
+    EXPECT_THAT(MoveFile(*work_, "<Work>\\b.kra", "<Work>\\d.kra", nullptr, nullptr, nullptr),
+                IsDone());
+    EXPECT_EQ(kNo, FileExists(*work_, "<Work>\\b.kra"));
+    EXPECT_THAT(DeleteFile(*work_, "<Work>\\d.kra"), IsDone());
+    EXPECT_THAT(DeleteFile(*work_, "<Work>\\d.kra"), Fails());
 }
 
 TEST_F(DepotTransferTest, LastErrorCodeIsThatOfTheDirectory) {
-    EXPECT_EQ(0, CopyFile(*work_, "<Work>\\no.kra", At("x"), nullptr, true, &error_));
+    EXPECT_THAT(CopyFile(*work_, "<Work>\\no.kra", At("x"), nullptr, true, &error_), Fails());
     EXPECT_EQ(Directory().Client().LdapMapErrorToWin32(LDAP_INVALID_DN_SYNTAX),
               LastErrorCode(*work_));
 }
@@ -63,9 +80,10 @@ TEST_F(DepotTransferTest, MixedListIsCopiedToAFolderAndLeavesNoTemporaryFolder) 
     const std::string out = world_.folder.MakeFolder("h\\out");
     const CDepotItem target("<Home>\\out", &home_);
     const int before = TemporaryFolders();
-    EXPECT_EQ(
-        1, OnList({{"<Home>\\a.kra", &home_}, {"<Home>\\b.kra", &home_}, {"<Work>\\c.kra", work_}},
-                  &target, FO_COPY));
+    EXPECT_THAT(
+        OnList({{"<Home>\\a.kra", &home_}, {"<Home>\\b.kra", &home_}, {"<Work>\\c.kra", work_}},
+               &target, FO_COPY),
+        IsDone());
     EXPECT_EQ("1", FileBytes(out + "\\a.kra"));
     EXPECT_EQ("2", FileBytes(out + "\\b.kra"));
     EXPECT_EQ("3", FileBytes(out + "\\c.kra"));
@@ -77,7 +95,7 @@ TEST_F(DepotTransferTest, TemporaryFoldersAreDeletedAlsoWhenTheShellFails) {
     server_.AddFile("c.kra", base_, "3");
     const int before = TemporaryFolders();
     const CDepotItem nowhere;
-    EXPECT_EQ(0, OnList({{"<Work>\\c.kra", work_}}, &nowhere, FO_MOVE));
+    EXPECT_THAT(OnList({{"<Work>\\c.kra", work_}}, &nowhere, FO_MOVE), Fails());
     EXPECT_EQ(before, TemporaryFolders());
     EXPECT_EQ("3", Contents(DN("cn=c.kra")));
 }
@@ -86,10 +104,10 @@ TEST_F(DepotTransferTest, EntryIsMovedToAFolderAndDeleted) {
     server_.AddFile("c.kra", base_, "3");
     server_.AddFile("d.kra", base_, "4");
     const CDepotItem target("<Home>\\out.kra", &home_);
-    EXPECT_EQ(1, OnList({{"<Work>\\c.kra", work_}}, &target, FO_MOVE));
+    EXPECT_THAT(OnList({{"<Work>\\c.kra", work_}}, &target, FO_MOVE), IsDone());
     EXPECT_EQ("3", FileBytes(At("h\\out.kra")));
     EXPECT_FALSE(Holds(DN("cn=c.kra")));
-    EXPECT_EQ(1, OnList({{"<Work>\\d.kra", work_}}, nullptr, FO_DELETE));
+    EXPECT_THAT(OnList({{"<Work>\\d.kra", work_}}, nullptr, FO_DELETE), IsDone());
     EXPECT_FALSE(Holds(DN("cn=d.kra")));
 }
 
@@ -113,20 +131,21 @@ TEST_F(DepotTransferTest, RemovingEntriesStopsAtTheFirstThatResists) {
     const auto entries = [&](const char* name) {
         return CDepotItem(std::string("<Work>\\") + name, work_);
     };
-    EXPECT_EQ(0,
-              OnList({entries("a.kra"), entries("b.kra"), entries("c.kra")}, nullptr, FO_DELETE));
+    EXPECT_THAT(OnList({entries("a.kra"), entries("b.kra"), entries("c.kra")}, nullptr, FO_DELETE),
+                Fails());
     EXPECT_FALSE(Holds(DN("cn=a.kra")));
     EXPECT_TRUE(Holds(DN("cn=b.kra")));
     EXPECT_TRUE(Holds(DN("cn=c.kra")));
-    EXPECT_EQ(std::uint32_t{LDAP_INSUFFICIENT_RIGHTS}, Directory().LastError());
+    EXPECT_THAT(Directory().LastError(), IsCode(LDAP_INSUFFICIENT_RIGHTS));
     EXPECT_EQ("junk", error_);
     // What was moved already stays where it has arrived. Some shells move several items only
     // together with a folder.
     const CDepotItem target("<Home>\\out", &home_);
     world_.folder.MakeFolder("h\\dir");
     Make("h\\dir\\d.kra", "4");
-    EXPECT_EQ(0, OnList({entries("b.kra"), entries("c.kra"), CDepotItem("<Home>\\dir", &home_)},
-                        &target, FO_MOVE));
+    EXPECT_THAT(OnList({entries("b.kra"), entries("c.kra"), CDepotItem("<Home>\\dir", &home_)},
+                       &target, FO_MOVE),
+                Fails());
     EXPECT_EQ("b.kra", FileBytes(At("h\\out\\b.kra")));
     EXPECT_EQ("c.kra", FileBytes(At("h\\out\\c.kra")));
     EXPECT_TRUE(Holds(DN("cn=b.kra")));
@@ -139,12 +158,13 @@ TEST_F(DepotTransferTest, EntriesWithNamesThatNoLocalFileCanHaveAreDeletedInList
     server_.AddFile("a.kra", base_, "1");
     Make("h\\a.kra", "1");
     const int before = TemporaryFolders();
-    EXPECT_EQ(1, OnList({{"<Work>\\CON", work_},
-                         {"<Work>\\a.kra", work_},
-                         {"<Home>\\a.kra", &home_},
-                         {"<Work>\\C:x.kra", work_},
-                         {"<Work>\\tree", work_}},
-                        nullptr, FO_DELETE));
+    EXPECT_THAT(OnList({{"<Work>\\CON", work_},
+                        {"<Work>\\a.kra", work_},
+                        {"<Home>\\a.kra", &home_},
+                        {"<Work>\\C:x.kra", work_},
+                        {"<Work>\\tree", work_}},
+                       nullptr, FO_DELETE),
+                IsDone());
     EXPECT_EQ("junk", error_);
     for (const char* name : {"cn=CON", "cn=a.kra", "cn=C:x.kra", "cn=tree"}) {
         EXPECT_FALSE(Holds(DN(name))) << name;
@@ -155,7 +175,7 @@ TEST_F(DepotTransferTest, EntriesWithNamesThatNoLocalFileCanHaveAreDeletedInList
 
 TEST_F(DepotTransferTest, ListWithARootAndAnEntryOfAHostileNameDeletesNothing) {
     server_.AddFile("CON", base_, "x");
-    EXPECT_EQ(0, OnList({{"<Work>\\CON", work_}, {"<Work>\\", work_}}, nullptr, FO_DELETE));
+    EXPECT_THAT(OnList({{"<Work>\\CON", work_}, {"<Work>\\", work_}}, nullptr, FO_DELETE), Fails());
     EXPECT_NE("junk", error_);
     EXPECT_TRUE(Holds(DN("cn=CON")));
 }
@@ -172,8 +192,8 @@ TEST_F(DepotTransferTest, TwoItemsOfOneNameAreNotCopiedFromADirectoryIntoOneFold
     for (const CDepotItem& second :
          {CDepotItem("<Work>\\sub\\A.kra", work_), CDepotItem("<Home>\\sub\\A.kra", &home_)}) {
         error_ = "junk";
-        EXPECT_EQ(0, OnList({CDepotItem(entry), CDepotItem(second)}, &target, FO_COPY));
-        EXPECT_EQ(std::uint32_t{LDAP_NAMING_VIOLATION}, Directory().LastError());
+        EXPECT_THAT(OnList({CDepotItem(entry), CDepotItem(second)}, &target, FO_COPY), Fails());
+        EXPECT_THAT(Directory().LastError(), IsCode(LDAP_NAMING_VIOLATION));
         EXPECT_EQ(kSharedNamesText, error_);
         EXPECT_FALSE(Exists(At("h\\out\\a.kra")));
     }
@@ -183,9 +203,10 @@ TEST_F(DepotTransferTest, ListIntoADirectoryFolderStopsAtTheFirstFailure) {
     Make("h\\a.kra", "1");
     Make("h\\c.kra", "3");
     const CDepotItem target("<Work>\\sub\\", work_);
-    EXPECT_EQ(
-        0, OnList({{"<Home>\\a.kra", &home_}, {"<Home>\\b.kra", &home_}, {"<Home>\\c.kra", &home_}},
-                  &target, FO_MOVE));
+    EXPECT_THAT(
+        OnList({{"<Home>\\a.kra", &home_}, {"<Home>\\b.kra", &home_}, {"<Home>\\c.kra", &home_}},
+               &target, FO_MOVE),
+        Fails());
     EXPECT_EQ("1", Contents(DN("cn=a.kra,cn=sub")));
     EXPECT_FALSE(Exists(At("h\\a.kra")));
     EXPECT_FALSE(Holds(DN("cn=c.kra,cn=sub")));
@@ -197,9 +218,9 @@ TEST_F(DepotTransferTest, ItemThatExistsInTheDirectoryGetsTheNewContents) {
     Make("h\\b.kra", "newer");
     server_.AddFile("a.kra", base_, "old");
     const CDepotItem target("<Work>\\a.kra", work_);
-    EXPECT_EQ(1, OnList({{"<Home>\\a.kra", &home_}}, &target, FO_COPY));
+    EXPECT_THAT(OnList({{"<Home>\\a.kra", &home_}}, &target, FO_COPY), IsDone());
     EXPECT_EQ("new", Contents(DN("cn=a.kra")));
-    EXPECT_EQ(1, OnList({{"<Home>\\b.kra", &home_}}, &target, FO_MOVE));
+    EXPECT_THAT(OnList({{"<Home>\\b.kra", &home_}}, &target, FO_MOVE), IsDone());
     EXPECT_EQ("newer", Contents(DN("cn=a.kra")));
     EXPECT_FALSE(Exists(At("h\\b.kra")));
     EXPECT_EQ("junk", error_);
@@ -211,8 +232,8 @@ TEST_F(DepotTransferTest, EntryThatIsMovedOntoItselfStays) {
     for (const char* name : {"<Work>\\a.kra", "<Work>\\tree", "<WORK>\\TREE"}) {
         SCOPED_TRACE(name);
         const CDepotItem target(name, work_);
-        EXPECT_EQ(0, OnList({CDepotItem(target)}, &target, FO_MOVE));
-        EXPECT_EQ(0, OnList({CDepotItem(target)}, &target, FO_COPY));
+        EXPECT_THAT(OnList({CDepotItem(target)}, &target, FO_MOVE), Fails());
+        EXPECT_THAT(OnList({CDepotItem(target)}, &target, FO_COPY), Fails());
     }
     EXPECT_EQ("1", Contents(DN("cn=a.kra")));
     ExpectTree(DN("cn=tree"));
@@ -221,11 +242,11 @@ TEST_F(DepotTransferTest, EntryThatIsMovedOntoItselfStays) {
 TEST_F(DepotTransferTest, ExistingLocalFileIsReplacedOnlyWhenThatIsAllowed) {
     server_.AddFile("a.kra", base_, "new");
     const std::string file = Make("h\\a.kra", "old");
-    EXPECT_EQ(0, CopyFile(*work_, "<Work>\\a.kra", "<Home>\\a.kra", &home_, true, &error_));
+    EXPECT_THAT(CopyFile(*work_, "<Work>\\a.kra", "<Home>\\a.kra", &home_, true, &error_), Fails());
     ExpectFailure(LDAP_ALREADY_EXISTS);
-    EXPECT_EQ(0, CopyFile(*work_, "<Work>\\a.kra", file, nullptr, true, &error_));
+    EXPECT_THAT(CopyFile(*work_, "<Work>\\a.kra", file, nullptr, true, &error_), Fails());
     EXPECT_EQ("old", FileBytes(file));
-    EXPECT_EQ(1, CopyFile(*work_, "<Work>\\a.kra", file, nullptr, false, &error_));
+    EXPECT_THAT(CopyFile(*work_, "<Work>\\a.kra", file, nullptr, false, &error_), IsDone());
     EXPECT_EQ("new", FileBytes(file));
 }
 
@@ -233,7 +254,7 @@ TEST_F(DepotTransferTest, TreeThatWouldReplaceALocalFileFetchesNothing) {
     AddTree("tree");
     world_.folder.MakeFolder("h\\out\\sub");
     Make("h\\out\\sub\\b.kra", "old");
-    EXPECT_EQ(0, CopyFile(*work_, "<Work>\\tree", "<Home>\\out", &home_, true, &error_));
+    EXPECT_THAT(CopyFile(*work_, "<Work>\\tree", "<Home>\\out", &home_, true, &error_), Fails());
     ExpectFailure(LDAP_ALREADY_EXISTS);
     EXPECT_EQ("old", FileBytes(At("h\\out\\sub\\b.kra")));
     EXPECT_FALSE(Exists(At("h\\out\\a.kra")));
@@ -246,8 +267,9 @@ TEST_F(DepotTransferTest, TwoItemsOfAListNeverBecomeOneEntry) {
     for (const char* path : {"<Work>\\", "<Work>\\one.kra"}) {
         SCOPED_TRACE(path);
         const CDepotItem target(path, work_);
-        EXPECT_EQ(0, OnList({{"<Home>\\a.kra", &home_}, {"<Home>\\sub\\A.kra", &home_}}, &target,
-                            FO_MOVE));
+        EXPECT_THAT(
+            OnList({{"<Home>\\a.kra", &home_}, {"<Home>\\sub\\A.kra", &home_}}, &target, FO_MOVE),
+            Fails());
         ExpectFailure(LDAP_ALREADY_EXISTS);
         error_ = "junk";
         EXPECT_EQ("2", FileBytes(At("h\\sub\\A.kra")));
@@ -262,13 +284,14 @@ TEST_F(DepotTransferTest, TwoEntriesOfOneNameAreNotMovedIntoOneFolder) {
     server_.AddFolder("sub", base_);
     server_.AddFile("a.kra", DN("cn=sub"), "2");
     const CDepotItem target("<Home>\\", &home_);
-    EXPECT_EQ(0,
-              OnList({{"<Work>\\a.kra", work_}, {"<Work>\\sub\\a.kra", work_}}, &target, FO_MOVE));
+    EXPECT_THAT(OnList({{"<Work>\\a.kra", work_}, {"<Work>\\sub\\a.kra", work_}}, &target, FO_MOVE),
+                Fails());
     EXPECT_NE("junk", error_);
     EXPECT_EQ("1", Contents(DN("cn=a.kra")));
     EXPECT_EQ("2", Contents(DN("cn=a.kra,cn=sub")));
-    EXPECT_EQ(
-        1, OnList({{"<Work>\\a.kra", work_}, {"<Work>\\sub\\a.kra", work_}}, nullptr, FO_DELETE));
+    EXPECT_THAT(
+        OnList({{"<Work>\\a.kra", work_}, {"<Work>\\sub\\a.kra", work_}}, nullptr, FO_DELETE),
+        IsDone());
     EXPECT_FALSE(Holds(DN("cn=a.kra,cn=sub")));
 }
 
@@ -285,17 +308,7 @@ TEST_F(DepotTransferTest, TreeThatIsMovedOntoAFolderOfItsNameIsNeverLost) {
 }
 
 // Moves that must leave their sources alone.
-class KeptSourceTest : public DepotTransferTest {
-protected:
-    void ExpectKept(const char* name, const char* target, CDepot* targetDepot) {
-        SCOPED_TRACE(name);
-        const std::string before = server_.Show(base_, "sub");
-        const CDepotItem item(name, work_), place(target, targetDepot);
-        EXPECT_EQ(0, OnList({CDepotItem(item)}, &place, FO_MOVE));
-        EXPECT_EQ(0, ItemOperation(item, &place, FO_MOVE, nullptr, &error_));
-        EXPECT_EQ(before, server_.Show(base_, "sub"));
-    }
-};
+using KeptSourceTest = DepotTransferTest;
 
 TEST_F(KeptSourceTest, TreeWithNamesThatNoLocalFileCanHave) {
     AddHostileEntries(AddTree("tree"));
@@ -325,14 +338,15 @@ TEST_F(KeptSourceTest, TreeThatWouldMoveOntoTheFolderAboveIt) {
     server_.AddFolder("tree", tree);
     server_.AddFile("c.kra", "cn=tree," + tree, "3");
     ExpectKept("<Work>\\tree\\tree", "<Work>\\tree", work_);
-    EXPECT_EQ(0, MoveFile(*work_, "<Work>\\tree", "<Work>\\", nullptr, nullptr, &error_));
+    EXPECT_THAT(MoveFile(*work_, "<Work>\\tree", "<Work>\\", nullptr, nullptr, &error_), Fails());
     ExpectTree(tree);
 }
 
 TEST_F(DepotTransferTest, FilesWithoutADotAndFoldersWithOneAreMovedWhole) {
     AddUnusualNames(base_);
     const CDepotItem folder("<Home>\\", &home_);
-    EXPECT_EQ(1, OnList({{"<Work>\\v1.2", work_}, {"<Work>\\README", work_}}, &folder, FO_MOVE));
+    EXPECT_THAT(OnList({{"<Work>\\v1.2", work_}, {"<Work>\\README", work_}}, &folder, FO_MOVE),
+                IsDone());
     EXPECT_EQ("3", FileBytes(At("h\\README")));
     EXPECT_EQ("4", FileBytes(At("h\\v1.2\\c.kra")));
     EXPECT_FALSE(Holds(DN("cn=README")));
@@ -343,8 +357,9 @@ TEST_F(DepotTransferTest, FilesWithoutADotAndFoldersWithOneAreMovedWholeOneByOne
     AddUnusualNames(base_);
     for (const char* name : {"README", "v1.2"}) {
         const CDepotItem target(std::string("<Home>\\") + name, &home_);
-        EXPECT_EQ(1, ItemOperation({std::string("<Work>\\") + name, work_}, &target, FO_MOVE,
-                                   nullptr, &error_));
+        EXPECT_THAT(ItemOperation({std::string("<Work>\\") + name, work_}, &target, FO_MOVE,
+                                  nullptr, &error_),
+                    IsDone());
     }
     EXPECT_EQ("3", FileBytes(At("h\\README")));
     EXPECT_EQ("4", FileBytes(At("h\\v1.2\\c.kra")));
@@ -374,8 +389,9 @@ TEST_F(DepotTransferTest, SourceThatIsOpenElsewhereIsNeitherCopiedNorMoved) {
     for (const UINT operation : {FO_COPY, FO_MOVE}) {
         const CDepotItem entry("<Work>\\a.kra", work_), file("<Home>\\b.kra", &home_);
         for (const CDepotItem* target : {&entry, &file}) {
-            EXPECT_EQ(
-                0, ItemOperation({"<Home>\\a.kra", &home_}, target, operation, nullptr, nullptr));
+            EXPECT_THAT(
+                ItemOperation({"<Home>\\a.kra", &home_}, target, operation, nullptr, nullptr),
+                Fails());
         }
     }
     EXPECT_TRUE(Exists(source));
@@ -390,7 +406,8 @@ TEST_F(DepotTransferTest, TreeWithAFileThatIsOpenElsewhereIsNotMoved) {
     const CDepotItem target("<Work>\\tree", work_);
     {
         const Locked locked(open);
-        EXPECT_EQ(0, ItemOperation({"<Home>\\tree", &home_}, &target, FO_MOVE, nullptr, nullptr));
+        EXPECT_THAT(ItemOperation({"<Home>\\tree", &home_}, &target, FO_MOVE, nullptr, nullptr),
+                    Fails());
     }
     EXPECT_EQ("1", FileBytes(At("h\\tree\\a.kra")));
     EXPECT_EQ("2", FileBytes(open));
@@ -401,8 +418,9 @@ TEST_F(DepotTransferTest, DestinationThatIsOpenElsewhereKeepsTheEntry) {
     const std::string destination = Make("h\\a.kra", "old");
     {
         const Locked locked(destination);
-        EXPECT_EQ(0, CopyFile(*work_, "<Work>\\a.kra", destination, nullptr, false, &error_));
-        EXPECT_EQ(std::uint32_t{LDAP_LOCAL_ERROR}, Directory().LastError());
+        EXPECT_THAT(CopyFile(*work_, "<Work>\\a.kra", destination, nullptr, false, &error_),
+                    Fails());
+        EXPECT_THAT(Directory().LastError(), IsCode(LDAP_LOCAL_ERROR));
     }
     EXPECT_EQ("old", FileBytes(destination));
     EXPECT_TRUE(Holds(DN("cn=a.kra")));

@@ -6,14 +6,17 @@
 #include "config/profile_file.h"
 #include "directory/connection_scope.h"
 #include "directory_files/directory_world.h"
-#include "fileops/allocation_count.h"
 #include "model/working_copy.h"
 #include "platform/paths.h"
 #include "platform/text.h"
+#include "support/allocation_count.h"
+#include "support/results.h"
 
 namespace depot {
 namespace {
 
+using test::IsCode;
+using test::IsDone;
 using test::OperationCounts;
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -93,7 +96,7 @@ TEST_F(EnumerateDirectoryTest, CountIsThatOfTheWholeList) {
 
 TEST_F(EnumerateDirectoryTest, MissingFolderListsNothingAndKeepsItsCode) {
     EXPECT_EQ(0, List("<Work>\\missing", ".*"));
-    EXPECT_EQ(LDAP_NO_SUCH_OBJECT, static_cast<int>(Directory().LastError()));
+    EXPECT_THAT(Directory().LastError(), IsCode(LDAP_NO_SUCH_OBJECT));
     EXPECT_THAT(boxes_.Boxes(), IsEmpty());
 }
 
@@ -180,10 +183,10 @@ TEST_F(EnumerateDirectoryTest, FolderDeletedBeforeItsListingListsNothing) {
     server_.AddFolder("sub", base_);
     server_.AddFile("a.kra", DN("cn=sub"), "x");
     EXPECT_EQ(1, List("<Work>\\sub", ".kra"));
-    ASSERT_EQ(1, Connected().DeleteTree(DN("cn=sub"), nullptr));
+    ASSERT_THAT(Connected().DeleteTree(DN("cn=sub"), nullptr), IsDone());
     list_.RemoveAll(true);
     EXPECT_EQ(0, List("<Work>\\sub", ".kra"));
-    EXPECT_EQ(std::uint32_t{LDAP_NO_SUCH_OBJECT}, Directory().LastError());
+    EXPECT_THAT(Directory().LastError(), IsCode(LDAP_NO_SUCH_OBJECT));
 }
 
 TEST_F(EnumerateDirectoryTest, IsOneBindAndOneOneLevelSearchWhateverTheFolderHolds) {
@@ -307,7 +310,7 @@ TEST_F(EnumerateLargeDirectoryTest, ServerThatPagesListsTwoThousandFiveHundredEn
 TEST_F(EnumerateLargeDirectoryTest, ServerThatLimitsAndDoesNotPageListsNothingAndKeepsItsCode) {
     Start("database limits * size.soft=500 size.hard=500 size.prtotal=disabled", 10000);
     EXPECT_EQ(0, List());
-    EXPECT_EQ(std::uint32_t{LDAP_SIZELIMIT_EXCEEDED}, depot_.DirectoryConnection()->LastError());
+    EXPECT_THAT(depot_.DirectoryConnection()->LastError(), IsCode(LDAP_SIZELIMIT_EXCEEDED));
     EXPECT_FALSE(depot_.DirectoryConnection()->IsConnected());
     EXPECT_THAT(boxes_.Boxes(), IsEmpty());
     // What else the list holds stays.

@@ -1,26 +1,19 @@
 // Local files and entries that stay when what was to take their place does not come whole.
-#include "directory_files/transfer_fixture.h"
+#include "directory_files/directory_world.h"
 #include "fileops/directory_transfer.h"
-#include "support/import_patch.h"
+#include "support/half_writes.h"
+#include "support/results.h"
 
 namespace depot {
 namespace {
 
 using test::Exists;
+using test::Fails;
 using test::FileBytes;
+using test::IsCode;
+using test::IsDone;
 
-using WriteFileCall = BOOL(WINAPI*)(HANDLE, LPCVOID, DWORD, DWORD*, OVERLAPPED*);
-
-WriteFileCall realWrite = nullptr;
-
-BOOL WINAPI WriteHalf(HANDLE file, LPCVOID bytes, DWORD length, DWORD* written,
-                      OVERLAPPED* overlapped) {
-    realWrite(file, bytes, length / 2, written, overlapped);
-    SetLastError(ERROR_DISK_FULL);
-    return FALSE;
-}
-
-class KeptFilesTest : public test::TransferTest {
+class KeptFilesTest : public test::DirectoryWorldTest {
 protected:
     KeptFilesTest() { server_.AddFile("a.kra", base_, "new bytes"); }
 
@@ -42,7 +35,7 @@ protected:
 };
 
 TEST_F(KeptFilesTest, DownloadedFileHasNormalAttributesAndNothingStandsBesideIt) {
-    EXPECT_EQ(1, Fetch(file_));
+    EXPECT_THAT(Fetch(file_), IsDone());
     EXPECT_EQ("new bytes", FileBytes(file_));
     EXPECT_EQ(0u, GetFileAttributesA(file_.c_str()) &
                       ~DWORD{FILE_ATTRIBUTE_NORMAL | FILE_ATTRIBUTE_ARCHIVE});
@@ -50,13 +43,11 @@ TEST_F(KeptFilesTest, DownloadedFileHasNormalAttributesAndNothingStandsBesideIt)
 }
 
 TEST_F(KeptFilesTest, FullDiskLeavesTheOldFileAndNoNewOne) {
-    const test::ImportPatch<WriteFileCall> full("WriteFile", &WriteHalf);
-    ASSERT_TRUE(full.IsInPlace());
-    realWrite = full.Genuine();
-    EXPECT_EQ(0, Fetch(file_));
-    EXPECT_EQ(std::uint32_t{LDAP_LOCAL_ERROR}, Directory().LastError());
+    const test::HalfWrites full;
+    EXPECT_THAT(Fetch(file_), Fails());
+    EXPECT_THAT(Directory().LastError(), IsCode(LDAP_LOCAL_ERROR));
     EXPECT_EQ("old", FileBytes(file_));
-    EXPECT_EQ(0, Fetch(At("h\\b.kra")));
+    EXPECT_THAT(Fetch(At("h\\b.kra")), Fails());
     EXPECT_FALSE(Exists(At("h\\b.kra")));
     ExpectNoOtherFiles(At("h"), 1);
 }
@@ -65,17 +56,17 @@ TEST_F(KeptFilesTest, FailedReadLeavesTheOldFile) {
     Directory().Client().ldap_get_values_len = [](LDAP*, LDAPMessage*, PCHAR) -> berval** {
         return nullptr;
     };
-    EXPECT_EQ(0, Fetch(file_));
+    EXPECT_THAT(Fetch(file_), Fails());
     ExpectFailure(LDAP_NO_MEMORY);
     EXPECT_EQ("old", FileBytes(file_));
 }
 
 TEST_F(KeptFilesTest, BytesThatCannotBeSeenReplaceNoLocalFile) {
     work_->paths->At(0)->fileContentsAttributeName = "description";
-    EXPECT_EQ(0, Fetch(file_));
+    EXPECT_THAT(Fetch(file_), Fails());
     ExpectFailure(LDAP_NO_SUCH_ATTRIBUTE);
     EXPECT_EQ("old", FileBytes(file_));
-    EXPECT_EQ(1, Fetch(At("h\\b.kra")));
+    EXPECT_THAT(Fetch(At("h\\b.kra")), IsDone());
     EXPECT_EQ("", FileBytes(At("h\\b.kra")));
 }
 
@@ -84,8 +75,9 @@ TEST_F(KeptFilesTest, BytesThatCannotBeSeenReplaceNoEntry) {
     server_.AddFile("b.kra", base_, "old");
     work_->paths->At(0)->fileContentsAttributeName = "description";
     const auto refused = [&](const std::string& from, const std::string& to) {
-        EXPECT_EQ(
-            0, CopyEntry(Directory(), from, Connected(), to, ExistingEntries::kReplace, &error_));
+        EXPECT_THAT(
+            CopyEntry(Directory(), from, Connected(), to, ExistingEntries::kReplace, &error_),
+            Fails());
         ExpectFailure(LDAP_NO_SUCH_ATTRIBUTE);
     };
     refused(DN("cn=a.kra"), DN("cn=b.kra"));
@@ -104,8 +96,9 @@ TEST_F(KeptFilesTest, FileThatComesMeanwhileIsNotReplacedWhereThatIsRefused) {
         }
         return true;
     };
-    EXPECT_EQ(
-        0, Download(Directory(), tree, At("h\\out"), &error_, watcher, ExistingEntries::kRefuse));
+    EXPECT_THAT(
+        Download(Directory(), tree, At("h\\out"), &error_, watcher, ExistingEntries::kRefuse),
+        Fails());
     ExpectFailure(LDAP_ALREADY_EXISTS);
     EXPECT_EQ("theirs", FileBytes(At("h\\out\\sub\\b.kra")));
     EXPECT_EQ("1", FileBytes(At("h\\out\\a.kra")));

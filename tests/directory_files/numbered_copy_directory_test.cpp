@@ -1,5 +1,5 @@
 // Numbered copies in a directory, also when somebody else takes their names meanwhile.
-#include "directory_files/transfer_fixture.h"
+#include "directory_files/directory_world.h"
 #include "fileops/numbered_copy.h"
 #include "support/import_patch.h"
 
@@ -21,7 +21,7 @@ BOOL WINAPI InterferingCopy(LPCSTR source, LPCSTR target, BOOL failIfExists) {
     return realCopy(source, target, failIfExists);
 }
 
-class NumberedEntryTest : public test::TransferTest {
+class NumberedEntryTest : public test::DirectoryWorldTest {
 protected:
     NumberedEntryTest() {
         real = Directory().Client();

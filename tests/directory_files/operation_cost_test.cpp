@@ -1,17 +1,19 @@
 // What operations on several files cost the server, read from its own log.
 #include <algorithm>
 
-#include "directory_files/transfer_fixture.h"
+#include "directory_files/directory_world.h"
 #include "fileops/depot_file.h"
 #include "fileops/item_operations.h"
 #include "fileops/numbered_copy.h"
+#include "support/results.h"
 
 namespace depot {
 namespace {
 
+using test::IsDone;
 using test::OperationCounts;
 
-class OperationCostTest : public test::TransferTest {
+class OperationCostTest : public test::DirectoryWorldTest {
 protected:
     int OnList(const std::vector<std::string>& sources, CDepot* depot, const CDepotItem* target,
                UINT operation) {
@@ -58,7 +60,7 @@ TEST_F(OperationCostTest, ListIntoADirectoryIsOneBindAndAnAdditionForEachFile) {
     Make("h\\a.kra", "1");
     Make("h\\b.kra", "2");
     const CDepotItem target("<Work>\\", work_);
-    EXPECT_EQ(1, OnList({"<Home>\\a.kra", "<Home>\\b.kra"}, &home_, &target, FO_COPY));
+    EXPECT_THAT(OnList({"<Home>\\a.kra", "<Home>\\b.kra"}, &home_, &target, FO_COPY), IsDone());
     EXPECT_EQ((OperationCounts{.binds = 1, .adds = 2}), Counts());
     EXPECT_FALSE(Directory().IsConnected());
 }
@@ -69,10 +71,10 @@ TEST_F(OperationCostTest, ListOutOfADirectoryIsOneBind) {
     world_.folder.MakeFolder("h\\out");
     const CDepotItem target("<Home>\\out", &home_);
     server_.Mark();
-    EXPECT_EQ(1, OnList({"<Work>\\a.kra", "<Work>\\b.kra"}, work_, &target, FO_COPY));
+    EXPECT_THAT(OnList({"<Work>\\a.kra", "<Work>\\b.kra"}, work_, &target, FO_COPY), IsDone());
     EXPECT_EQ((OperationCounts{.binds = 1, .searches = 2}), Counts());
     server_.Mark();
-    EXPECT_EQ(1, OnList({"<Work>\\a.kra", "<Work>\\b.kra"}, work_, nullptr, FO_DELETE));
+    EXPECT_THAT(OnList({"<Work>\\a.kra", "<Work>\\b.kra"}, work_, nullptr, FO_DELETE), IsDone());
     EXPECT_EQ(1, Counts().binds);
     EXPECT_EQ(2, Counts().deletions);
 }
@@ -82,7 +84,7 @@ TEST_F(OperationCostTest, ListWithinADirectoryIsOneBind) {
     server_.AddFile("b.kra", base_, "2");
     const CDepotItem target("<Work>\\sub\\", work_);
     server_.Mark();
-    EXPECT_EQ(1, OnList({"<Work>\\a.kra", "<Work>\\b.kra"}, work_, &target, FO_MOVE));
+    EXPECT_THAT(OnList({"<Work>\\a.kra", "<Work>\\b.kra"}, work_, &target, FO_MOVE), IsDone());
     EXPECT_EQ(1, Counts().binds);
     EXPECT_EQ(2, Counts().deletions);
     EXPECT_EQ("2", Contents(DN("cn=b.kra,cn=sub")));
@@ -92,7 +94,8 @@ TEST_F(OperationCostTest, MoveOfOneEntryIsOneBind) {
     server_.AddFile("a.kra", base_, "1");
     const CDepotItem target("<Home>\\a.kra", &home_);
     server_.Mark();
-    EXPECT_EQ(1, ItemOperation({"<Work>\\a.kra", work_}, &target, FO_MOVE, nullptr, nullptr));
+    EXPECT_THAT(ItemOperation({"<Work>\\a.kra", work_}, &target, FO_MOVE, nullptr, nullptr),
+                IsDone());
     EXPECT_EQ(1, Counts().binds);
     EXPECT_EQ(1, Counts().deletions);
 }
@@ -103,11 +106,14 @@ TEST_F(OperationCostTest, NoSearchResultGrowsWithTheTargetFolder) {
     const std::string file = Make("h\\a.kra", "1");
     const CDepotItem target("<Work>\\", work_);
     server_.Mark();
-    EXPECT_EQ(1, OnList({"<Home>\\a.kra"}, &home_, &target, FO_COPY));
-    EXPECT_EQ(1, CopyFile(home_, "<Home>\\a.kra", "<Work>\\other1.kra", work_, false, &error_));
-    EXPECT_EQ(1, CopyFile(*work_, "<Work>\\a.kra", "<Work>\\other2.kra", work_, false, &error_));
-    EXPECT_EQ(1,
-              MoveFile(*work_, "<Work>\\other2.kra", "<Work>\\new.kra", nullptr, nullptr, &error_));
+    EXPECT_THAT(OnList({"<Home>\\a.kra"}, &home_, &target, FO_COPY), IsDone());
+    EXPECT_THAT(CopyFile(home_, "<Home>\\a.kra", "<Work>\\other1.kra", work_, false, &error_),
+                IsDone());
+    EXPECT_THAT(CopyFile(*work_, "<Work>\\a.kra", "<Work>\\other2.kra", work_, false, &error_),
+                IsDone());
+    EXPECT_THAT(
+        MoveFile(*work_, "<Work>\\other2.kra", "<Work>\\new.kra", nullptr, nullptr, &error_),
+        IsDone());
     EXPECT_TRUE(MakeNumberedCopy(world_.depots, "<Work>\\a.kra", CopyNameStyle::kDash));
     EXPECT_LE(LargestResult(), 1);
     EXPECT_GT(Counts().searches, 0);
@@ -117,7 +123,8 @@ TEST_F(OperationCostTest, TreeIntoAFullFolderFindsNoMoreThanItsOwnEntries) {
     FillTarget(base_, 60);
     const std::string tree = AddTree("tree");
     server_.Mark();
-    EXPECT_EQ(1, MoveFile(*work_, "<Work>\\tree", "<Work>\\moved", nullptr, nullptr, &error_));
+    EXPECT_THAT(MoveFile(*work_, "<Work>\\tree", "<Work>\\moved", nullptr, nullptr, &error_),
+                IsDone());
     EXPECT_LE(LargestResult(), 2);
     EXPECT_EQ(1, Counts().binds);
     ExpectTree(DN("cn=moved"));

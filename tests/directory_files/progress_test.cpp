@@ -1,16 +1,19 @@
 // What watchers hear of operations, and how they stop them.
-#include "directory_files/transfer_fixture.h"
+#include "directory_files/directory_world.h"
 #include "fileops/depot_file.h"
 #include "fileops/directory_transfer.h"
 #include "fileops/item_operations.h"
+#include "support/results.h"
 
 namespace depot {
 namespace {
 
 using test::Exists;
+using test::Fails;
+using test::IsDone;
 using Seen = std::vector<std::string>;
 
-class ProgressTest : public test::TransferTest {
+class ProgressTest : public test::DirectoryWorldTest {
 protected:
     // Notes each call as "done/all bytes", and stops at the call of that number.
     TransferWatcher Watch(std::size_t stopAt = 100) {
@@ -35,33 +38,40 @@ protected:
 TEST_F(ProgressTest, SingleFileIsReportedOnceInEveryPairOfStores) {
     Make("h\\a.kra", "bytes");
     const TransferWatcher watcher = Watch();
-    EXPECT_EQ(1, CopyFile(home_, "<Home>\\a.kra", "<Work>\\a.kra", work_, true, &error_, watcher));
-    EXPECT_EQ(1, CopyFile(*work_, "<Work>\\a.kra", "<Work>\\b.kra", work_, true, &error_, watcher));
-    EXPECT_EQ(1,
-              CopyFile(*work_, "<Work>\\b.kra", "<Home>\\b.kra", &home_, true, &error_, watcher));
-    EXPECT_EQ(1, CopyFile(home_, "<Home>\\b.kra", "<Home>\\c.kra", &home_, true, &error_, watcher));
+    EXPECT_THAT(CopyFile(home_, "<Home>\\a.kra", "<Work>\\a.kra", work_, true, &error_, watcher),
+                IsDone());
+    EXPECT_THAT(CopyFile(*work_, "<Work>\\a.kra", "<Work>\\b.kra", work_, true, &error_, watcher),
+                IsDone());
+    EXPECT_THAT(CopyFile(*work_, "<Work>\\b.kra", "<Home>\\b.kra", &home_, true, &error_, watcher),
+                IsDone());
+    EXPECT_THAT(CopyFile(home_, "<Home>\\b.kra", "<Home>\\c.kra", &home_, true, &error_, watcher),
+                IsDone());
     EXPECT_EQ(Seen(4, "1/1 5"), seen_);
 }
 
 TEST_F(ProgressTest, FileThatFailsIsNotReported) {
-    EXPECT_EQ(0, CopyFile(home_, "<Home>\\no", "<Work>\\a.kra", work_, true, &error_, Watch()));
-    EXPECT_EQ(0, CopyFile(*work_, "<Work>\\no.kra", At("x"), nullptr, true, &error_, Watch()));
+    EXPECT_THAT(CopyFile(home_, "<Home>\\no", "<Work>\\a.kra", work_, true, &error_, Watch()),
+                Fails());
+    EXPECT_THAT(CopyFile(*work_, "<Work>\\no.kra", At("x"), nullptr, true, &error_, Watch()),
+                Fails());
     EXPECT_EQ(Seen(), seen_);
 }
 
 TEST_F(ProgressTest, StoppingAfterTheOnlyFileChangesNothing) {
     Make("h\\a.kra", "bytes");
     const CDepotItem target("<Work>\\a.kra", work_);
-    EXPECT_EQ(
-        1, ItemOperation({"<Home>\\a.kra", &home_}, &target, FO_MOVE, nullptr, nullptr, Watch(1)));
+    EXPECT_THAT(
+        ItemOperation({"<Home>\\a.kra", &home_}, &target, FO_MOVE, nullptr, nullptr, Watch(1)),
+        IsDone());
     EXPECT_EQ(Seen{"1/1 5"}, seen_);
     EXPECT_FALSE(Exists(At("h\\a.kra")));
 }
 
 TEST_F(ProgressTest, TreeBetweenEntriesCountsWhatHasArrived) {
     const std::string tree = AddTree("tree");
-    EXPECT_EQ(1, CopyEntry(Directory(), tree, Directory(), DN("cn=copy"), ExistingEntries::kReplace,
-                           &error_, Watch()));
+    EXPECT_THAT(CopyEntry(Directory(), tree, Directory(), DN("cn=copy"), ExistingEntries::kReplace,
+                          &error_, Watch()),
+                IsDone());
     EXPECT_EQ((Seen{"0/2 0", "0/2 0", "1/2 1", "2/2 2"}), seen_);
 }
 
@@ -69,7 +79,7 @@ TEST_F(ProgressTest, TreeBetweenEntriesStopsAtEveryPlace) {
     const std::string tree = AddTree("tree");
     RefuseTreeRenames(Directory());
     for (const std::size_t stopAt : {1u, 3u}) {
-        EXPECT_EQ(0, MoveEntry(Directory(), tree, DN("cn=moved"), &error_, Watch(stopAt)));
+        EXPECT_THAT(MoveEntry(Directory(), tree, DN("cn=moved"), &error_, Watch(stopAt)), Fails());
         ExpectFailure(LDAP_USER_CANCELLED);
         EXPECT_EQ(stopAt, seen_.size());
         ExpectTree(tree);
@@ -84,17 +94,19 @@ TEST_F(ProgressTest, ListAddsUpItsItems) {
     Make("h\\tree\\b.kra", "345");
     Make("h\\c.kra", "6789");
     const CDepotItem target("<Work>\\", work_);
-    EXPECT_EQ(1, OnList({{"<Home>\\tree", &home_}, {"<Home>\\c.kra", &home_}}, &target, FO_COPY,
-                        Watch()));
+    EXPECT_THAT(
+        OnList({{"<Home>\\tree", &home_}, {"<Home>\\c.kra", &home_}}, &target, FO_COPY, Watch()),
+        IsDone());
     EXPECT_EQ((Seen{"1/3 2", "2/3 5", "3/3 9"}), seen_);
 }
 
 TEST_F(ProgressTest, ListIntoADirectoryStopsBetweenTwoFiles) {
     for (const char* name : {"a", "b", "c"}) Make(std::string("h\\") + name + ".kra", name);
     const CDepotItem target("<Work>\\", work_);
-    EXPECT_EQ(
-        0, OnList({{"<Home>\\a.kra", &home_}, {"<Home>\\b.kra", &home_}, {"<Home>\\c.kra", &home_}},
-                  &target, FO_MOVE, Watch(2)));
+    EXPECT_THAT(
+        OnList({{"<Home>\\a.kra", &home_}, {"<Home>\\b.kra", &home_}, {"<Home>\\c.kra", &home_}},
+               &target, FO_MOVE, Watch(2)),
+        Fails());
     EXPECT_EQ((Seen{"1/3 1", "2/3 2"}), seen_);
     EXPECT_EQ("b", Contents(DN("cn=b.kra")));
     EXPECT_FALSE(Exists(At("h\\b.kra")));
@@ -108,8 +120,9 @@ TEST_F(ProgressTest, ListOutOfADirectoryThatIsStoppedTakesNothingAway) {
     const std::string out = world_.folder.MakeFolder("h\\out");
     const CDepotItem target("<Home>\\out", &home_);
     for (const std::size_t stopAt : {1u, 2u}) {
-        EXPECT_EQ(0, OnList({{"<Work>\\a.kra", work_}, {"<Work>\\b.kra", work_}}, &target, FO_MOVE,
-                            Watch(stopAt)));
+        EXPECT_THAT(OnList({{"<Work>\\a.kra", work_}, {"<Work>\\b.kra", work_}}, &target, FO_MOVE,
+                           Watch(stopAt)),
+                    Fails());
         EXPECT_EQ(stopAt, seen_.size());
         EXPECT_FALSE(Exists(out + "\\a.kra"));
         EXPECT_TRUE(Holds(DN("cn=a.kra")));

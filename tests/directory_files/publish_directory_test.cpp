@@ -1,7 +1,7 @@
 // Publishing into a depot in a directory, and numbered copies by a session.
 #include "fileops/publish.h"
 
-#include "directory_files/transfer_fixture.h"
+#include "directory_files/directory_world.h"
 
 namespace depot {
 namespace {
@@ -10,7 +10,7 @@ using test::FileBytes;
 using test::OperationCounts;
 
 // A session whose only depot, and so the default one, is in a directory.
-class PublishDirectoryTest : public test::TransferTest {
+class PublishDirectoryTest : public test::DirectoryWorldTest {
 protected:
     PublishDirectoryTest() {
         product_.Text("", "UserDir", world_.folder.MakeFolder("Farrow\\User"));

@@ -1,17 +1,21 @@
 // The codes that transfers leave, and what they refuse before they begin.
-#include "directory_files/transfer_fixture.h"
+#include "directory_files/directory_world.h"
 #include "fileops/depot_file.h"
 #include "fileops/directory_transfer.h"
 #include "fileops/item_operations.h"
+#include "support/results.h"
 
 namespace depot {
 namespace {
 
 constexpr ExistingEntries kReplace = ExistingEntries::kReplace;
 
+using test::Fails;
+using test::IsCode;
+using test::IsDone;
 using test::MessageFor;
 
-class TransferCodesTest : public test::TransferTest {
+class TransferCodesTest : public test::DirectoryWorldTest {
 protected:
     // Another connection to the same place, which goes by another name.
     CLDAPItems& Elsewhere() {
@@ -31,8 +35,9 @@ TEST_F(TransferCodesTest, MissingSourceOfACopyIsAParameterError) {
     for (const char* name : {"cn=none.kra", "cn=none", "cn=none,cn=nowhere"}) {
         SCOPED_TRACE(name);
         error_ = "junk";
-        EXPECT_EQ(0,
-                  CopyEntry(Directory(), DN(name), Directory(), DN("cn=b.kra"), kReplace, &error_));
+        EXPECT_THAT(
+            CopyEntry(Directory(), DN(name), Directory(), DN("cn=b.kra"), kReplace, &error_),
+            Fails());
         ExpectFailure(LDAP_PARAM_ERROR);
         EXPECT_FALSE(Holds(DN("cn=b.kra")));
     }
@@ -42,7 +47,7 @@ TEST_F(TransferCodesTest, MissingSourceOfARenameIsAParameterError) {
     for (const char* name : {"cn=none.kra", "cn=none", "cn=none,cn=nowhere"}) {
         SCOPED_TRACE(name);
         error_ = "junk";
-        EXPECT_EQ(0, MoveEntry(Directory(), DN(name), DN("cn=b.kra"), &error_));
+        EXPECT_THAT(MoveEntry(Directory(), DN(name), DN("cn=b.kra"), &error_), Fails());
         ExpectFailure(LDAP_PARAM_ERROR);
     }
 }
@@ -54,7 +59,7 @@ TEST_F(TransferCodesTest, NewNameThatIsNoneIsAParameterError) {
     for (const std::string& name : {tree, DN("cn=a.kra"), DN("cn=empty")}) {
         SCOPED_TRACE(name);
         error_ = "junk";
-        EXPECT_EQ(0, MoveEntry(Directory(), name, "no name at all", &error_));
+        EXPECT_THAT(MoveEntry(Directory(), name, "no name at all", &error_), Fails());
         ExpectFailure(LDAP_PARAM_ERROR);
         EXPECT_TRUE(Holds(name));
     }
@@ -63,10 +68,11 @@ TEST_F(TransferCodesTest, NewNameThatIsNoneIsAParameterError) {
 
 TEST_F(TransferCodesTest, DestinationThatCannotBeMadeIsAParameterError) {
     server_.AddFile("a.kra", base_, "1");
-    EXPECT_EQ(0, CopyEntry(Directory(), DN("cn=a.kra"), Directory(), "cn=x.kra,dc=elsewhere",
-                           kReplace, &error_));
+    EXPECT_THAT(CopyEntry(Directory(), DN("cn=a.kra"), Directory(), "cn=x.kra,dc=elsewhere",
+                          kReplace, &error_),
+                Fails());
     ExpectFailure(LDAP_PARAM_ERROR);
-    EXPECT_EQ(0, MoveEntry(Directory(), AddTree("tree"), "cn=x,dc=elsewhere", &error_));
+    EXPECT_THAT(MoveEntry(Directory(), AddTree("tree"), "cn=x,dc=elsewhere", &error_), Fails());
     ExpectFailure(LDAP_PARAM_ERROR);
     ExpectTree(DN("cn=tree"));
 }
@@ -76,7 +82,7 @@ TEST_F(TransferCodesTest, FolderThatCannotBeListedIsNotCopied) {
     RefuseTreeRenames(Directory());
     Directory().Client().ldap_search_s = [](LDAP*, PCHAR, ULONG, PCHAR, PCHAR*, ULONG,
                                             LDAPMessage**) -> ULONG { return LDAP_BUSY; };
-    EXPECT_EQ(0, MoveEntry(Directory(), tree, DN("cn=moved"), &error_));
+    EXPECT_THAT(MoveEntry(Directory(), tree, DN("cn=moved"), &error_), Fails());
     ExpectFailure(LDAP_BUSY);
     EXPECT_FALSE(Holds(DN("cn=moved")));
     ExpectTree(tree);
@@ -91,7 +97,7 @@ TEST_F(TransferCodesTest, EntryMovesOntoOrIntoItselfThroughNoConnection) {
               std::pair(tree, DN("cn=sub , CN=Tree")), std::pair(DN("cn=a.kra"), DN("cn=A.KRA"))}) {
             SCOPED_TRACE(to);
             error_ = "junk";
-            EXPECT_EQ(0, CopyEntry(Directory(), from, *other, to, kReplace, &error_));
+            EXPECT_THAT(CopyEntry(Directory(), from, *other, to, kReplace, &error_), Fails());
             ExpectFailure(LDAP_PARAM_ERROR);
         }
     }
@@ -106,7 +112,7 @@ TEST_F(TransferCodesTest, SameNameAtAnotherServerIsAnotherEntry) {
     server_.AddFile("a.kra", test::kSuffix, "1");
     const auto location = other.Location().Clone();
     CLDAPItems items(location.get());
-    EXPECT_EQ(1, CopyEntry(Directory(), dn, items, dn, kReplace, &error_));
+    EXPECT_THAT(CopyEntry(Directory(), dn, items, dn, kReplace, &error_), IsDone());
     EXPECT_TRUE(other.Holds(dn));
     server_.Apply("dn: " + dn + "\nchangetype: delete\n");
 }
@@ -118,8 +124,9 @@ TEST_F(TransferCodesTest, ServerThatCannotBeReachedLeavesItsCodeWithTheSource) {
     otherLocation_ = server_.Location(base_).Clone();
     otherLocation_->port = port;
     CLDAPItems items(otherLocation_.get());
-    EXPECT_EQ(0, CopyEntry(Directory(), DN("cn=a.kra"), items, DN("cn=b.kra"), kReplace, &error_));
-    EXPECT_NE(0u, Directory().LastError());
+    EXPECT_THAT(CopyEntry(Directory(), DN("cn=a.kra"), items, DN("cn=b.kra"), kReplace, &error_),
+                Fails());
+    EXPECT_THAT(Directory().LastError(), testing::Not(IsCode(LDAP_SUCCESS)));
     EXPECT_NE("junk", error_);
 }
 
@@ -128,15 +135,16 @@ TEST_F(TransferCodesTest, LocalNamesThatWouldBecomeOneEntryAreNotUploaded) {
     Make("h\\tree\\a b.kra", "1");
     Make("h\\tree\\a  b.kra", "2");
     const CDepotItem target("<Work>\\tree", work_);
-    EXPECT_EQ(0, ItemOperation({"<Home>\\tree", &home_}, &target, FO_MOVE, nullptr, nullptr));
-    EXPECT_EQ(std::uint32_t{LDAP_ALREADY_EXISTS}, Directory().LastError());
+    EXPECT_THAT(ItemOperation({"<Home>\\tree", &home_}, &target, FO_MOVE, nullptr, nullptr),
+                Fails());
+    EXPECT_THAT(Directory().LastError(), IsCode(LDAP_ALREADY_EXISTS));
     EXPECT_FALSE(Holds(DN("cn=tree")));
     EXPECT_EQ("1", test::FileBytes(At("h\\tree\\a b.kra")));
     EXPECT_EQ("2", test::FileBytes(At("h\\tree\\a  b.kra")));
 }
 
 // What must not be taken away.
-class DepotRootTest : public TransferCodesTest {};
+using DepotRootTest = TransferCodesTest;
 
 TEST_F(DepotRootTest, RootOfADirectoryDepotIsNotDeleted) {
     const std::string tree = AddTree("tree");
@@ -145,12 +153,12 @@ TEST_F(DepotRootTest, RootOfADirectoryDepotIsNotDeleted) {
           base_ + "\\", std::string(test::kSuffix)}) {
         SCOPED_TRACE(path);
         Directory().SetLastError(0);
-        EXPECT_EQ(0, DeleteFile(*work_, path));
-        EXPECT_EQ(std::uint32_t{LDAP_PARAM_ERROR}, Directory().LastError());
-        EXPECT_EQ(0, ItemOperation({path, work_}, nullptr, FO_DELETE, nullptr, nullptr));
+        EXPECT_THAT(DeleteFile(*work_, path), Fails());
+        EXPECT_THAT(Directory().LastError(), IsCode(LDAP_PARAM_ERROR));
+        EXPECT_THAT(ItemOperation({path, work_}, nullptr, FO_DELETE, nullptr, nullptr), Fails());
     }
     ExpectTree(tree);
-    EXPECT_NE(0, DeleteFile(*work_, "<Work>\\tree\\"));
+    EXPECT_THAT(DeleteFile(*work_, "<Work>\\tree\\"), IsDone());
     EXPECT_FALSE(Holds(tree));
 }
 
@@ -160,13 +168,14 @@ TEST_F(DepotRootTest, RootOfADirectoryDepotIsNotMoved) {
     CDepotItems items;
     items.Append(std::make_unique<CDepotItem>("<Work>\\", work_));
     for (const UINT operation : {FO_MOVE, FO_DELETE}) {
-        EXPECT_EQ(0, ListOperation(items, operation == FO_MOVE ? &target : nullptr, operation,
-                                   kQuietFlags, nullptr, nullptr));
+        EXPECT_THAT(ListOperation(items, operation == FO_MOVE ? &target : nullptr, operation,
+                                  kQuietFlags, nullptr, nullptr),
+                    Fails());
     }
-    EXPECT_EQ(0, ItemOperation(*items.At(0), &target, FO_MOVE, nullptr, nullptr));
-    EXPECT_EQ(0, MoveFile(*work_, "<Work>\\", "<Work>\\x", nullptr, nullptr, nullptr));
+    EXPECT_THAT(ItemOperation(*items.At(0), &target, FO_MOVE, nullptr, nullptr), Fails());
+    EXPECT_THAT(MoveFile(*work_, "<Work>\\", "<Work>\\x", nullptr, nullptr, nullptr), Fails());
     const std::string beside = std::string("cn=beside,") + test::kSuffix;
-    EXPECT_EQ(0, MoveFile(*work_, "<Work>\\", beside, nullptr, nullptr, nullptr));
+    EXPECT_THAT(MoveFile(*work_, "<Work>\\", beside, nullptr, nullptr, nullptr), Fails());
     ExpectTree(tree);
     EXPECT_FALSE(test::Exists(At("h\\out")));
 }
@@ -174,14 +183,15 @@ TEST_F(DepotRootTest, RootOfADirectoryDepotIsNotMoved) {
 TEST_F(DepotRootTest, PlainPathBesideADirectoryDepotIsAFileOfItsOwn) {
     const std::string file = Make("plain.kra", "1");
     const CDepotItem target("<Work>\\", work_);
-    EXPECT_EQ(1, CopyFile(*work_, file, "<Work>\\", work_, true, &error_));
+    EXPECT_THAT(CopyFile(*work_, file, "<Work>\\", work_, true, &error_), IsDone());
     EXPECT_EQ("1", Contents(DN("cn=plain.kra")));
-    EXPECT_EQ(1, CopyFile(*work_, file, At("copy.kra"), work_, true, &error_));
+    EXPECT_THAT(CopyFile(*work_, file, At("copy.kra"), work_, true, &error_), IsDone());
     EXPECT_EQ("1", test::FileBytes(At("copy.kra")));
-    EXPECT_EQ(1, ItemOperation({file, work_}, &target, FO_MOVE, nullptr, nullptr));
+    EXPECT_THAT(ItemOperation({file, work_}, &target, FO_MOVE, nullptr, nullptr), IsDone());
     EXPECT_FALSE(test::Exists(file));
     EXPECT_EQ("1", Contents(DN("cn=plain.kra")));
-    EXPECT_EQ(1, ItemOperation({At("copy.kra"), work_}, nullptr, FO_DELETE, nullptr, nullptr));
+    EXPECT_THAT(ItemOperation({At("copy.kra"), work_}, nullptr, FO_DELETE, nullptr, nullptr),
+                IsDone());
     EXPECT_FALSE(test::Exists(At("copy.kra")));
 }
 
@@ -196,7 +206,7 @@ TEST_F(DepotRootTest, RefusedMoveReportsItsReason) {
     const auto refused = [&](CDepot& depot, const std::string& from, const std::string& to,
                              CDepot* target) {
         error_ = "junk";
-        EXPECT_EQ(0, MoveFile(depot, from, to, nullptr, target, &error_));
+        EXPECT_THAT(MoveFile(depot, from, to, nullptr, target, &error_), Fails());
         return error_;
     };
     // Roots, another kind of store, another server, no folder at all.
@@ -226,11 +236,15 @@ TEST_F(DepotRootTest, ShellNeverTakesAnEntryForAPath) {
     files.Append(std::make_unique<CDepotItem>("<Home>\\a.kra", &home_));
     entries.Append(std::make_unique<CDepotItem>("<Work>\\b.kra", work_));
     for (const UINT operation : {FO_COPY, FO_MOVE}) {
-        EXPECT_EQ(0, ShellOperation(files, &target, operation, kQuietFlags, nullptr, nullptr));
-        EXPECT_EQ(0, ShellOperation(entries, &folder, operation, kQuietFlags, nullptr, nullptr));
+        EXPECT_THAT(ShellOperation(files, &target, operation, kQuietFlags, nullptr, nullptr),
+                    Fails());
+        EXPECT_THAT(ShellOperation(entries, &folder, operation, kQuietFlags, nullptr, nullptr),
+                    Fails());
     }
-    EXPECT_EQ(0, MoveFile(home_, "<Home>\\a.kra", "<Work>\\a.kra", nullptr, work_, nullptr));
-    EXPECT_EQ(0, MoveFile(*work_, "<Work>\\b.kra", "<Home>\\b.kra", nullptr, &home_, nullptr));
+    EXPECT_THAT(MoveFile(home_, "<Home>\\a.kra", "<Work>\\a.kra", nullptr, work_, nullptr),
+                Fails());
+    EXPECT_THAT(MoveFile(*work_, "<Work>\\b.kra", "<Home>\\b.kra", nullptr, &home_, nullptr),
+                Fails());
     EXPECT_TRUE(test::Exists(At("h\\a.kra")));
     EXPECT_FALSE(test::Exists(DN("cn=a.kra")));
     EXPECT_TRUE(Holds(DN("cn=b.kra")));

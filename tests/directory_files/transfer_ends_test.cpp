@@ -1,14 +1,19 @@
 // How transfers begin and end: connections, temporary folders, servers that are away.
 #include "directory/connection_scope.h"
-#include "directory_files/transfer_fixture.h"
+#include "directory_files/directory_world.h"
 #include "fileops/directory_transfer.h"
 #include "fileops/shell_operation.h"
 #include "support/import_patch.h"
+#include "support/results.h"
 
 namespace depot {
 namespace {
 
+using test::Fails;
 using test::FileBytes;
+using test::IsCode;
+using test::IsDone;
+using test::kNo;
 
 constexpr ExistingEntries kReplace = ExistingEntries::kReplace;
 
@@ -37,7 +42,7 @@ private:
     char before_[MAX_PATH + 1] = {};
 };
 
-class TransferEndsTest : public test::TransferTest {
+class TransferEndsTest : public test::DirectoryWorldTest {
 protected:
     // Every operation once, each of which finds its source; returns how many succeeded.
     int RunAll(CLDAPItems& directory, const std::string& base) {
@@ -62,7 +67,7 @@ TEST_F(TransferEndsTest, EveryOperationConnectsForItselfAndReleasesItsConnection
 TEST_F(TransferEndsTest, OperationsThatFailReleaseTheirConnection) {
     const std::string none = DN("cn=none");
     const auto failed = [&](int result) {
-        EXPECT_EQ(0, result);
+        EXPECT_THAT(result, Fails());
         EXPECT_FALSE(Directory().IsConnected());
     };
     failed(Upload(Directory(), At("none"), DN("cn=a.kra"), kReplace, &error_));
@@ -77,7 +82,7 @@ TEST_F(TransferEndsTest, ConnectionThatWasThereBeforeStays) {
     const ConnectionScope connection(Directory(), nullptr);
     server_.Mark();
     EXPECT_EQ(6, RunAll(Directory(), base_));
-    EXPECT_EQ(0, Download(Directory(), DN("cn=none"), At("x"), &error_));
+    EXPECT_THAT(Download(Directory(), DN("cn=none"), At("x"), &error_), Fails());
     EXPECT_TRUE(Directory().IsConnected());
     EXPECT_EQ(0, Counts().binds);
 }
@@ -94,10 +99,10 @@ TEST_F(TransferEndsTest, ServerThatCannotBeReachedFailsEveryOperationAndChangesN
 }
 
 TEST_F(TransferEndsTest, EntryThatIsNotThereReportsItsCode) {
-    EXPECT_EQ(0, EntryExists(Directory(), DN("cn=none"), &error_));
+    EXPECT_EQ(kNo, EntryExists(Directory(), DN("cn=none"), &error_));
     ExpectFailure(LDAP_NO_SUCH_OBJECT);
     error_ = "junk";
-    EXPECT_EQ(0, RemoveEntry(Directory(), DN("cn=none"), &error_));
+    EXPECT_THAT(RemoveEntry(Directory(), DN("cn=none"), &error_), Fails());
     ExpectFailure(LDAP_NO_SUCH_OBJECT);
 }
 
@@ -107,23 +112,25 @@ TEST_F(TransferEndsTest, TreeWhoseTemporaryFolderStaysIsCopiedAndCountsAsFailed)
     const TemporaryPlace place(temporary);
     const test::ImportPatch<ShellCall> refused("SHFileOperationA", &RefuseShell);
     ASSERT_TRUE(refused.IsInPlace());
-    EXPECT_EQ(0, CopyEntry(Directory(), tree, Directory(), DN("cn=copy"), kReplace, &error_));
-    EXPECT_EQ(std::uint32_t{LDAP_LOCAL_ERROR}, Directory().LastError());
+    EXPECT_THAT(CopyEntry(Directory(), tree, Directory(), DN("cn=copy"), kReplace, &error_),
+                Fails());
+    EXPECT_THAT(Directory().LastError(), IsCode(LDAP_LOCAL_ERROR));
     ExpectTree(DN("cn=copy"));
     // A rename by copying then keeps the old tree.
     RefuseTreeRenames(Directory());
-    EXPECT_EQ(0, MoveEntry(Directory(), tree, DN("cn=moved"), &error_));
-    EXPECT_EQ(std::uint32_t{LDAP_LOCAL_ERROR}, Directory().LastError());
+    EXPECT_THAT(MoveEntry(Directory(), tree, DN("cn=moved"), &error_), Fails());
+    EXPECT_THAT(Directory().LastError(), IsCode(LDAP_LOCAL_ERROR));
     ExpectTree(tree);
 }
 
 TEST_F(TransferEndsTest, TreeIsNotCopiedWithoutATemporaryFolder) {
     const std::string tree = AddTree("tree");
     const TemporaryPlace place(At("none"));
-    EXPECT_EQ(0, CopyEntry(Directory(), tree, Directory(), DN("cn=copy"), kReplace, &error_));
-    EXPECT_EQ(std::uint32_t{LDAP_LOCAL_ERROR}, Directory().LastError());
+    EXPECT_THAT(CopyEntry(Directory(), tree, Directory(), DN("cn=copy"), kReplace, &error_),
+                Fails());
+    EXPECT_THAT(Directory().LastError(), IsCode(LDAP_LOCAL_ERROR));
     RefuseTreeRenames(Directory());
-    EXPECT_EQ(0, MoveEntry(Directory(), tree, DN("cn=moved"), &error_));
+    EXPECT_THAT(MoveEntry(Directory(), tree, DN("cn=moved"), &error_), Fails());
     ExpectTree(tree);
     EXPECT_FALSE(Holds(DN("cn=copy")));
     EXPECT_FALSE(Holds(DN("cn=moved")));
@@ -133,7 +140,7 @@ TEST_F(TransferEndsTest, DownloadedTreeTakesFoldersThatAreThereAlready) {
     const std::string tree = AddTree("tree");
     world_.folder.MakeFolder("out\\sub");
     Make("out\\sub\\other.kra", "stays");
-    EXPECT_EQ(1, Download(Directory(), tree, At("out"), &error_));
+    EXPECT_THAT(Download(Directory(), tree, At("out"), &error_), IsDone());
     EXPECT_EQ("2", FileBytes(At("out\\sub\\b.kra")));
     EXPECT_EQ("stays", FileBytes(At("out\\sub\\other.kra")));
 }
@@ -142,8 +149,8 @@ TEST_F(TransferEndsTest, TreeWhoseFolderIsAFileIsNotDownloaded) {
     const std::string tree = AddTree("tree");
     world_.folder.MakeFolder("out");
     Make("out\\sub", "a file");
-    EXPECT_EQ(0, Download(Directory(), tree, At("out"), &error_));
-    EXPECT_EQ(std::uint32_t{LDAP_LOCAL_ERROR}, Directory().LastError());
+    EXPECT_THAT(Download(Directory(), tree, At("out"), &error_), Fails());
+    EXPECT_THAT(Directory().LastError(), IsCode(LDAP_LOCAL_ERROR));
     EXPECT_EQ("a file", FileBytes(At("out\\sub")));
 }
 

@@ -1,23 +1,29 @@
 #include "fileops/directory_transfer.h"
 
-#include "directory_files/transfer_fixture.h"
+#include "directory_files/directory_world.h"
 #include "store/folder_store.h"
 #include "support/folder_link.h"
 #include "support/page_names.h"
+#include "support/results.h"
 
 namespace depot {
 namespace {
 
 using test::Exists;
+using test::Fails;
 using test::FileBytes;
+using test::IsCode;
+using test::IsDone;
+using test::kNo;
+using test::kYes;
 using test::OperationCounts;
-using test::TransferTest;
+using TransferTest = test::DirectoryWorldTest;
 
 TEST_F(TransferTest, EmptyTextsAreParameterErrors) {
     const std::string dn = DN("cn=a.kra");
     CLDAPItems& directory = Directory();
     const auto refused = [&](int result) {
-        EXPECT_EQ(0, result);
+        EXPECT_THAT(result, Fails());
         ExpectFailure(LDAP_PARAM_ERROR);
         directory.SetLastError(0);
         error_ = "junk";
@@ -35,8 +41,9 @@ TEST_F(TransferTest, EmptyTextsAreParameterErrors) {
 
 TEST_F(TransferTest, FileIsUploadedWithItsMissingFolders) {
     const std::string file = Make("a.kra", "bytes");
-    EXPECT_EQ(1, Upload(Directory(), file, DN("cn=a.kra,cn=deep,cn=new"), ExistingEntries::kReplace,
-                        &error_));
+    EXPECT_THAT(Upload(Directory(), file, DN("cn=a.kra,cn=deep,cn=new"), ExistingEntries::kReplace,
+                       &error_),
+                IsDone());
     EXPECT_FALSE(Directory().IsConnected());
     EXPECT_EQ("bytes", Contents(DN("cn=a.kra,cn=deep,cn=new")));
     EXPECT_EQ("junk", error_);
@@ -51,23 +58,27 @@ TEST_F(TransferTest, NewFileCostsOneBindAndOneAddition) {
 TEST_F(TransferTest, ExistingEntryIsReplacedOrRefused) {
     server_.AddFile("a.kra", base_, "old");
     const std::string file = Make("a.kra", "new");
-    EXPECT_EQ(0, Upload(Directory(), file, DN("cn=a.kra"), ExistingEntries::kRefuse, &error_));
+    EXPECT_THAT(Upload(Directory(), file, DN("cn=a.kra"), ExistingEntries::kRefuse, &error_),
+                Fails());
     ExpectFailure(LDAP_ALREADY_EXISTS);
     EXPECT_EQ("old", Contents(DN("cn=a.kra")));
-    EXPECT_EQ(1, Upload(Directory(), file, DN("cn=a.kra"), ExistingEntries::kReplace, &error_));
+    EXPECT_THAT(Upload(Directory(), file, DN("cn=a.kra"), ExistingEntries::kReplace, &error_),
+                IsDone());
     EXPECT_EQ("new", Contents(DN("cn=a.kra")));
 }
 
 TEST_F(TransferTest, MissingLocalFileIsNotUploaded) {
-    EXPECT_EQ(
-        0, Upload(Directory(), At("none.kra"), DN("cn=a.kra"), ExistingEntries::kReplace, &error_));
-    EXPECT_EQ(std::uint32_t{LDAP_LOCAL_ERROR}, Directory().LastError());
+    EXPECT_THAT(
+        Upload(Directory(), At("none.kra"), DN("cn=a.kra"), ExistingEntries::kReplace, &error_),
+        Fails());
+    EXPECT_THAT(Directory().LastError(), IsCode(LDAP_LOCAL_ERROR));
     EXPECT_FALSE(Holds(DN("cn=a.kra")));
 }
 
 TEST_F(TransferTest, TreeIsUploadedWithItsStructureOverOneBind) {
     const std::string tree = MakeTree();
-    EXPECT_EQ(1, Upload(Directory(), tree, DN("cn=tree"), ExistingEntries::kReplace, &error_));
+    EXPECT_THAT(Upload(Directory(), tree, DN("cn=tree"), ExistingEntries::kReplace, &error_),
+                IsDone());
     EXPECT_EQ(1, Counts().binds);
     EXPECT_EQ(4, Counts().adds);
     ExpectTree(DN("cn=tree"));
@@ -78,11 +89,13 @@ TEST_F(TransferTest, TreeThatWouldReplaceAFileIsRefusedBeforeAnythingIsStored) {
     server_.AddFolder("tree", base_);
     server_.AddFolder("sub", DN("cn=tree"));
     server_.AddFile("b.kra", DN("cn=sub,cn=tree"), "old");
-    EXPECT_EQ(0, Upload(Directory(), tree, DN("cn=tree"), ExistingEntries::kRefuse, &error_));
+    EXPECT_THAT(Upload(Directory(), tree, DN("cn=tree"), ExistingEntries::kRefuse, &error_),
+                Fails());
     ExpectFailure(LDAP_ALREADY_EXISTS);
     EXPECT_FALSE(Holds(DN("cn=a.kra,cn=tree")));
     EXPECT_EQ("old", Contents(DN("cn=b.kra,cn=sub,cn=tree")));
-    EXPECT_EQ(1, Upload(Directory(), tree, DN("cn=tree"), ExistingEntries::kReplace, &error_));
+    EXPECT_THAT(Upload(Directory(), tree, DN("cn=tree"), ExistingEntries::kReplace, &error_),
+                IsDone());
     ExpectTree(DN("cn=tree"));
 }
 
@@ -95,15 +108,17 @@ TEST_F(TransferTest, WatcherSeesEachFileAndStopsBetweenTwo) {
             return goOn;
         };
     };
-    EXPECT_EQ(1, Upload(Directory(), tree, DN("cn=one"), ExistingEntries::kReplace, &error_,
-                        watch(true)));
+    EXPECT_THAT(
+        Upload(Directory(), tree, DN("cn=one"), ExistingEntries::kReplace, &error_, watch(true)),
+        IsDone());
     ASSERT_EQ(2u, seen.size());
     EXPECT_EQ(2u, seen[1].filesDone);
     EXPECT_EQ(2u, seen[1].filesInAll);
     EXPECT_EQ(2u, seen[1].bytesDone);
     seen.clear();
-    EXPECT_EQ(0, Upload(Directory(), tree, DN("cn=two"), ExistingEntries::kReplace, &error_,
-                        watch(false)));
+    EXPECT_THAT(
+        Upload(Directory(), tree, DN("cn=two"), ExistingEntries::kReplace, &error_, watch(false)),
+        Fails());
     EXPECT_EQ(1u, seen.size());
     EXPECT_EQ("1", Contents(DN("cn=a.kra,cn=two")));
     EXPECT_FALSE(Holds(DN("cn=b.kra,cn=sub,cn=two")));
@@ -113,7 +128,7 @@ TEST_F(TransferTest, FileIsDownloadedOverOneBindAndOneSearch) {
     server_.AddFile("a.kra", base_, std::string("\0\xff", 2));
     server_.Mark();
     const std::string file = Make("a.kra", "much longer than that");
-    EXPECT_EQ(1, Download(Directory(), DN("cn=a.kra"), file, &error_));
+    EXPECT_THAT(Download(Directory(), DN("cn=a.kra"), file, &error_), IsDone());
     EXPECT_EQ((OperationCounts{.binds = 1, .searches = 1}), Counts());
     EXPECT_EQ(std::string("\0\xff", 2), FileBytes(file));
 }
@@ -121,7 +136,7 @@ TEST_F(TransferTest, FileIsDownloadedOverOneBindAndOneSearch) {
 TEST_F(TransferTest, MissingEntryIsNotDownloaded) {
     for (const char* name : {"cn=none.kra", "cn=none"}) {
         SCOPED_TRACE(name);
-        EXPECT_EQ(0, Download(Directory(), DN(name), At("out"), &error_));
+        EXPECT_THAT(Download(Directory(), DN(name), At("out"), &error_), Fails());
         ExpectFailure(LDAP_INVALID_DN_SYNTAX);
         EXPECT_FALSE(Exists(At("out")));
     }
@@ -129,13 +144,13 @@ TEST_F(TransferTest, MissingEntryIsNotDownloaded) {
 
 TEST_F(TransferTest, DownloadToAnImpossiblePlaceFails) {
     server_.AddFile("a.kra", base_, "1");
-    EXPECT_EQ(0, Download(Directory(), DN("cn=a.kra"), At("none\\a.kra"), &error_));
+    EXPECT_THAT(Download(Directory(), DN("cn=a.kra"), At("none\\a.kra"), &error_), Fails());
 }
 
 TEST_F(TransferTest, TreeIsDownloadedWithItsStructureOverOneBind) {
     const std::string tree = AddTree("tree");
     server_.Mark();
-    EXPECT_EQ(1, Download(Directory(), tree, At("out"), &error_));
+    EXPECT_THAT(Download(Directory(), tree, At("out"), &error_), IsDone());
     // One listing for each folder, one search for each file.
     EXPECT_EQ((OperationCounts{.binds = 1, .searches = 4}), Counts());
     EXPECT_EQ("1", FileBytes(At("out\\a.kra")));
@@ -145,8 +160,8 @@ TEST_F(TransferTest, TreeIsDownloadedWithItsStructureOverOneBind) {
 TEST_F(TransferTest, HostileNamesNeverLeaveTheTargetFolderAndAreAFailure) {
     const std::string tree = AddTree("tree");
     AddHostileEntries(tree);
-    EXPECT_EQ(0, Download(Directory(), tree, At("deep\\out"), &error_));
-    EXPECT_EQ(std::uint32_t{LDAP_NAMING_VIOLATION}, Directory().LastError());
+    EXPECT_THAT(Download(Directory(), tree, At("deep\\out"), &error_), Fails());
+    EXPECT_THAT(Directory().LastError(), IsCode(LDAP_NAMING_VIOLATION));
     EXPECT_EQ("1", FileBytes(At("deep\\out\\a.kra")));
     EXPECT_EQ("2", FileBytes(At("deep\\out\\sub\\b.kra")));
     EXPECT_EQ(UnsafeNamesText(3), error_);
@@ -157,8 +172,9 @@ TEST_F(TransferTest, HostileNamesNeverLeaveTheTargetFolderAndAreAFailure) {
 TEST_F(TransferTest, HostileNamesOfATreeToBeMovedLetNothingBeFetched) {
     const std::string tree = AddTree("tree");
     AddHostileEntries(tree);
-    EXPECT_EQ(0, Download(Directory(), tree, At("out"), &error_, {}, ExistingEntries::kReplace,
-                          SourceFate::kGoes));
+    EXPECT_THAT(Download(Directory(), tree, At("out"), &error_, {}, ExistingEntries::kReplace,
+                         SourceFate::kGoes),
+                Fails());
     EXPECT_FALSE(Exists(At("out")));
     EXPECT_EQ(UnsafeNamesText(3), error_);
 }
@@ -168,9 +184,10 @@ TEST_F(TransferTest, EntriesThatWouldBecomeOneLocalFileLetNothingBeFetched) {
     AddFilesOfOneLocalName("cn=sub," + tree);
     for (const SourceFate fate : {SourceFate::kStays, SourceFate::kGoes}) {
         error_ = "junk";
-        EXPECT_EQ(0, Download(Directory(), tree, At("out"), &error_, {}, ExistingEntries::kReplace,
-                              fate));
-        EXPECT_EQ(std::uint32_t{LDAP_NAMING_VIOLATION}, Directory().LastError());
+        EXPECT_THAT(
+            Download(Directory(), tree, At("out"), &error_, {}, ExistingEntries::kReplace, fate),
+            Fails());
+        EXPECT_THAT(Directory().LastError(), IsCode(LDAP_NAMING_VIOLATION));
         EXPECT_EQ(kSharedNamesText, error_);
         EXPECT_FALSE(Exists(At("out")));
     }
@@ -179,9 +196,10 @@ TEST_F(TransferTest, EntriesThatWouldBecomeOneLocalFileLetNothingBeFetched) {
 TEST_F(TransferTest, EntriesThatWouldBecomeOneLocalFileAreCopiedAndMovedNowhere) {
     const std::string tree = AddTree("tree");
     AddFilesOfOneLocalName(tree);
-    EXPECT_EQ(0, CopyEntry(Directory(), tree, Directory(), DN("cn=copy"), ExistingEntries::kReplace,
-                           &error_));
-    EXPECT_EQ(std::uint32_t{LDAP_NAMING_VIOLATION}, Directory().LastError());
+    EXPECT_THAT(CopyEntry(Directory(), tree, Directory(), DN("cn=copy"), ExistingEntries::kReplace,
+                          &error_),
+                Fails());
+    EXPECT_THAT(Directory().LastError(), IsCode(LDAP_NAMING_VIOLATION));
     EXPECT_EQ(kSharedNamesText, error_);
     EXPECT_FALSE(Holds(DN("cn=copy")));
 }
@@ -191,7 +209,7 @@ TEST_F(TransferTest, FileReplacesNoOtherOneOfItsTreeThroughALinkInTheTarget) {
     server_.AddFile("a.kra", "cn=sub," + tree, "another");
     const std::string out = world_.folder.MakeFolder("out");
     const test::FolderLink link(out + "\\sub", out);
-    EXPECT_EQ(0, Download(Directory(), tree, out, &error_));
+    EXPECT_THAT(Download(Directory(), tree, out, &error_), Fails());
     ExpectFailure(LDAP_ALREADY_EXISTS);
     EXPECT_EQ("1", FileBytes(out + "\\a.kra"));
 }
@@ -200,13 +218,15 @@ TEST_F(TransferTest, TreeWithAFileThatCannotBeNamedIsUploadedWithoutItWhichIsAFa
     const std::string tree = MakeTree();
     const std::wstring unnamed = WideFromAnsi(tree) + L"\\sub\\\x8868.kra";
     test::MakeWideFile(unnamed, "3");
-    EXPECT_EQ(0, Upload(Directory(), tree, DN("cn=tree"), ExistingEntries::kReplace, &error_));
-    EXPECT_EQ(std::uint32_t{LDAP_NOT_SUPPORTED}, Directory().LastError());
+    EXPECT_THAT(Upload(Directory(), tree, DN("cn=tree"), ExistingEntries::kReplace, &error_),
+                Fails());
+    EXPECT_THAT(Directory().LastError(), IsCode(LDAP_NOT_SUPPORTED));
     EXPECT_EQ(UnsafeLocalNamesText(1), error_);
     ExpectTree(DN("cn=tree"));
     error_ = "junk";
-    EXPECT_EQ(0, Upload(Directory(), tree, DN("cn=moved"), ExistingEntries::kReplace, &error_, {},
-                        SourceFate::kGoes));
+    EXPECT_THAT(Upload(Directory(), tree, DN("cn=moved"), ExistingEntries::kReplace, &error_, {},
+                       SourceFate::kGoes),
+                Fails());
     EXPECT_EQ(UnsafeLocalNamesText(1), error_);
     EXPECT_FALSE(Holds(DN("cn=moved")));
     EXPECT_EQ("3", test::WideBytes(unnamed));
@@ -216,11 +236,12 @@ TEST_F(TransferTest, EntriesThatCannotBeNamedAreReportedOfADownloadAndStay) {
     server_.AddFolder("tree", base_);
     server_.AddFile("a.kra", DN("cn=tree"), "1");
     server_.AddFile("\xE8\xA1\xA8.kra", DN("cn=tree"), "2");
-    EXPECT_EQ(0, Download(Directory(), DN("cn=tree"), At("out"), &error_));
+    EXPECT_THAT(Download(Directory(), DN("cn=tree"), At("out"), &error_), Fails());
     EXPECT_EQ(UnsafeNamesText(1), error_);
     EXPECT_EQ("1", FileBytes(At("out\\a.kra")));
-    EXPECT_EQ(0, Download(Directory(), DN("cn=tree"), At("moved"), &error_, {},
-                          ExistingEntries::kReplace, SourceFate::kGoes));
+    EXPECT_THAT(Download(Directory(), DN("cn=tree"), At("moved"), &error_, {},
+                         ExistingEntries::kReplace, SourceFate::kGoes),
+                Fails());
     EXPECT_FALSE(Exists(At("moved\\a.kra")));
 }
 
@@ -229,15 +250,17 @@ TEST_F(TransferTest, TreeWithALinkIsUploadedWithoutItWhichIsAFailure) {
     world_.folder.MakeFolder("elsewhere");
     Make("elsewhere\\c.kra", "3");
     const test::FolderLink link(At("tree\\sub\\link"), At("elsewhere"));
-    EXPECT_EQ(0, Upload(Directory(), tree, DN("cn=tree"), ExistingEntries::kReplace, &error_));
-    EXPECT_EQ(std::uint32_t{LDAP_NOT_SUPPORTED}, Directory().LastError());
+    EXPECT_THAT(Upload(Directory(), tree, DN("cn=tree"), ExistingEntries::kReplace, &error_),
+                Fails());
+    EXPECT_THAT(Directory().LastError(), IsCode(LDAP_NOT_SUPPORTED));
     EXPECT_EQ(LinksText(1), error_);
     ExpectTree(DN("cn=tree"));
     EXPECT_FALSE(Holds(DN("cn=link,cn=sub,cn=tree")));
     for (const std::string& source : {tree, At("tree\\sub\\link")}) {
         error_ = "junk";
-        EXPECT_EQ(0, Upload(Directory(), source, DN("cn=moved"), ExistingEntries::kReplace, &error_,
-                            {}, SourceFate::kGoes));
+        EXPECT_THAT(Upload(Directory(), source, DN("cn=moved"), ExistingEntries::kReplace, &error_,
+                           {}, SourceFate::kGoes),
+                    Fails());
         EXPECT_EQ(LinksText(1), error_);
         EXPECT_FALSE(Holds(DN("cn=moved")));
     }
@@ -250,16 +273,18 @@ TEST_F(TransferTest, FolderOfACloudStorageIsUploadedWithItsTree) {
     Make("elsewhere\\c.kra", "3");
     const test::FolderLink cloud(At("tree\\cloud"), At("elsewhere"));
     const test::ShownReparseTag shown(0x9000001A);
-    EXPECT_EQ(1, Upload(Directory(), tree, DN("cn=tree"), ExistingEntries::kReplace, &error_, {},
-                        SourceFate::kGoes));
+    EXPECT_THAT(Upload(Directory(), tree, DN("cn=tree"), ExistingEntries::kReplace, &error_, {},
+                       SourceFate::kGoes),
+                IsDone());
     EXPECT_EQ("3", Contents(DN("cn=c.kra,cn=cloud,cn=tree")));
     EXPECT_EQ("junk", error_);
 }
 
 TEST_F(TransferTest, FileEntryIsCopiedToANewPlaceWithItsParents) {
     server_.AddFile("a.kra", base_, "1");
-    EXPECT_EQ(1, CopyEntry(Directory(), DN("cn=a.kra"), Directory(), DN("cn=b.kra,cn=new"),
-                           ExistingEntries::kReplace, &error_));
+    EXPECT_THAT(CopyEntry(Directory(), DN("cn=a.kra"), Directory(), DN("cn=b.kra,cn=new"),
+                          ExistingEntries::kReplace, &error_),
+                IsDone());
     EXPECT_EQ("1", Contents(DN("cn=b.kra,cn=new")));
     EXPECT_EQ("1", Contents(DN("cn=a.kra")));
 }
@@ -275,28 +300,33 @@ TEST_F(TransferTest, CopyingAFileEntryIsOneBindOneSearchAndOneAddition) {
 TEST_F(TransferTest, CopyingOntoAnExistingEntryReplacesItsContents) {
     server_.AddFile("a.kra", base_, "1");
     server_.AddFile("b.kra", base_, "old");
-    EXPECT_EQ(0, CopyEntry(Directory(), DN("cn=a.kra"), Directory(), DN("cn=b.kra"),
-                           ExistingEntries::kRefuse, &error_));
+    EXPECT_THAT(CopyEntry(Directory(), DN("cn=a.kra"), Directory(), DN("cn=b.kra"),
+                          ExistingEntries::kRefuse, &error_),
+                Fails());
     EXPECT_EQ("old", Contents(DN("cn=b.kra")));
-    EXPECT_EQ(1, CopyEntry(Directory(), DN("cn=a.kra"), Directory(), DN("cn=b.kra"),
-                           ExistingEntries::kReplace, &error_));
+    EXPECT_THAT(CopyEntry(Directory(), DN("cn=a.kra"), Directory(), DN("cn=b.kra"),
+                          ExistingEntries::kReplace, &error_),
+                IsDone());
     EXPECT_EQ("1", Contents(DN("cn=b.kra")));
 }
 
 TEST_F(TransferTest, CopyingAMissingEntryFails) {
-    EXPECT_EQ(0, CopyEntry(Directory(), DN("cn=none.kra"), Directory(), DN("cn=b.kra"),
-                           ExistingEntries::kReplace, &error_));
+    EXPECT_THAT(CopyEntry(Directory(), DN("cn=none.kra"), Directory(), DN("cn=b.kra"),
+                          ExistingEntries::kReplace, &error_),
+                Fails());
     ExpectFailure(LDAP_PARAM_ERROR);
-    EXPECT_EQ(0, CopyEntry(Directory(), DN("cn=none"), Directory(), DN("cn=copy"),
-                           ExistingEntries::kReplace, &error_));
+    EXPECT_THAT(CopyEntry(Directory(), DN("cn=none"), Directory(), DN("cn=copy"),
+                          ExistingEntries::kReplace, &error_),
+                Fails());
     EXPECT_FALSE(Holds(DN("cn=copy")));
 }
 
 TEST_F(TransferTest, FolderEntryIsCopiedWithItsTree) {
     const std::string tree = AddTree("tree");
     server_.Mark();
-    EXPECT_EQ(1, CopyEntry(Directory(), tree, Directory(), DN("cn=copy"), ExistingEntries::kReplace,
-                           &error_));
+    EXPECT_THAT(CopyEntry(Directory(), tree, Directory(), DN("cn=copy"), ExistingEntries::kReplace,
+                          &error_),
+                IsDone());
     EXPECT_EQ(1, Counts().binds);
     ExpectTree(DN("cn=copy"));
     ExpectTree(tree);
@@ -305,7 +335,7 @@ TEST_F(TransferTest, FolderEntryIsCopiedWithItsTree) {
 TEST_F(TransferTest, FileEntryIsRenamedInPlace) {
     server_.AddFile("a.kra", base_, "1");
     server_.Mark();
-    EXPECT_EQ(1, MoveEntry(Directory(), DN("cn=a.kra"), DN("cn=b.kra"), &error_));
+    EXPECT_THAT(MoveEntry(Directory(), DN("cn=a.kra"), DN("cn=b.kra"), &error_), IsDone());
     EXPECT_EQ((OperationCounts{.binds = 1, .renames = 1}), Counts());
     EXPECT_EQ("1", Contents(DN("cn=b.kra")));
     EXPECT_FALSE(Holds(DN("cn=a.kra")));
@@ -314,7 +344,7 @@ TEST_F(TransferTest, FileEntryIsRenamedInPlace) {
 TEST_F(TransferTest, EmptyFolderIsRenamedInPlace) {
     server_.AddFolder("old", base_);
     server_.Mark();
-    EXPECT_EQ(1, MoveEntry(Directory(), DN("cn=old"), DN("cn=new"), &error_));
+    EXPECT_THAT(MoveEntry(Directory(), DN("cn=old"), DN("cn=new"), &error_), IsDone());
     EXPECT_EQ((OperationCounts{.binds = 1, .renames = 1}), Counts());
     EXPECT_TRUE(Holds(DN("cn=new")));
     EXPECT_FALSE(Holds(DN("cn=old")));
@@ -323,7 +353,7 @@ TEST_F(TransferTest, EmptyFolderIsRenamedInPlace) {
 TEST_F(TransferTest, FolderWithChildrenIsRenamedWithAllOfThem) {
     const std::string tree = AddTree("tree");
     server_.Mark();
-    EXPECT_EQ(1, MoveEntry(Directory(), tree, DN("cn=moved,cn=below"), &error_));
+    EXPECT_THAT(MoveEntry(Directory(), tree, DN("cn=moved,cn=below"), &error_), IsDone());
     EXPECT_EQ(1, Counts().binds);
     ExpectTree(DN("cn=moved,cn=below"));
     EXPECT_FALSE(Holds(tree));
@@ -333,7 +363,7 @@ TEST_F(TransferTest, RenamingAFolderOntoFilesOfItsNamesKeepsTheOldTree) {
     const std::string tree = AddTree("tree");
     server_.AddFolder("taken", base_);
     server_.AddFile("a.kra", DN("cn=taken"), "old");
-    EXPECT_EQ(0, MoveEntry(Directory(), tree, DN("cn=taken"), &error_));
+    EXPECT_THAT(MoveEntry(Directory(), tree, DN("cn=taken"), &error_), Fails());
     ExpectFailure(LDAP_ALREADY_EXISTS);
     EXPECT_EQ("old", Contents(DN("cn=a.kra,cn=taken")));
     EXPECT_FALSE(Holds(DN("cn=sub,cn=taken")));
@@ -344,7 +374,7 @@ TEST_F(TransferTest, FolderWhoseNamesCannotAllBeCopiedKeepsItsTree) {
     const std::string tree = AddTree("tree");
     server_.AddFile("CON", tree, "x");
     RefuseTreeRenames(Directory());
-    EXPECT_EQ(0, MoveEntry(Directory(), tree, DN("cn=moved"), &error_));
+    EXPECT_THAT(MoveEntry(Directory(), tree, DN("cn=moved"), &error_), Fails());
     ExpectTree(tree);
     EXPECT_FALSE(Holds(DN("cn=moved")));
 }
@@ -352,7 +382,7 @@ TEST_F(TransferTest, FolderWhoseNamesCannotAllBeCopiedKeepsItsTree) {
 TEST_F(TransferTest, FolderThatTheServerRenamesKeepsEntriesOfEveryName) {
     const std::string tree = AddTree("tree");
     server_.AddFile("CON", tree, "x");
-    EXPECT_EQ(1, MoveEntry(Directory(), tree, DN("cn=moved"), &error_));
+    EXPECT_THAT(MoveEntry(Directory(), tree, DN("cn=moved"), &error_), IsDone());
     ExpectTree(DN("cn=moved"));
     EXPECT_EQ("x", Contents(DN("cn=CON,cn=moved")));
 }
@@ -360,10 +390,11 @@ TEST_F(TransferTest, FolderThatTheServerRenamesKeepsEntriesOfEveryName) {
 TEST_F(TransferTest, FolderCannotMoveIntoItself) {
     const std::string tree = AddTree("tree");
     server_.Mark();
-    EXPECT_EQ(0, MoveEntry(Directory(), tree, "cn=x,cn=sub," + tree, &error_));
+    EXPECT_THAT(MoveEntry(Directory(), tree, "cn=x,cn=sub," + tree, &error_), Fails());
     ExpectFailure(LDAP_PARAM_ERROR);
-    EXPECT_EQ(0, CopyEntry(Directory(), tree, Directory(), "cn=x," + tree,
-                           ExistingEntries::kReplace, &error_));
+    EXPECT_THAT(CopyEntry(Directory(), tree, Directory(), "cn=x," + tree, ExistingEntries::kReplace,
+                          &error_),
+                Fails());
     EXPECT_EQ("", server_.Log());
     ExpectTree(tree);
 }
@@ -371,10 +402,10 @@ TEST_F(TransferTest, FolderCannotMoveIntoItself) {
 TEST_F(TransferTest, FilesWithoutADotAndFoldersWithOneKeepWhatTheyHoldInATree) {
     const std::string tree = AddTree("tree");
     AddUnusualNames(tree);
-    EXPECT_EQ(1, Download(Directory(), tree, At("out"), &error_));
+    EXPECT_THAT(Download(Directory(), tree, At("out"), &error_), IsDone());
     EXPECT_EQ("3", FileBytes(At("out\\README")));
     EXPECT_EQ("4", FileBytes(At("out\\v1.2\\c.kra")));
-    EXPECT_EQ(1, MoveEntry(Directory(), tree, DN("cn=moved"), &error_));
+    EXPECT_THAT(MoveEntry(Directory(), tree, DN("cn=moved"), &error_), IsDone());
     ExpectTree(DN("cn=moved"));
     EXPECT_EQ("3", Contents(DN("cn=README,cn=moved")));
     EXPECT_EQ("4", Contents(DN("cn=c.kra,cn=v1.2,cn=moved")));
@@ -384,24 +415,26 @@ TEST_F(TransferTest, FilesWithoutADotAndFoldersWithOneKeepWhatTheyHoldInATree) {
 TEST_F(TransferTest, FileWithoutADotIsTransferredAsAFile) {
     AddUnusualNames(base_);
     server_.Mark();
-    EXPECT_EQ(1, Download(Directory(), DN("cn=README"), At("README"), &error_));
+    EXPECT_THAT(Download(Directory(), DN("cn=README"), At("README"), &error_), IsDone());
     EXPECT_EQ(1, Counts().binds);
     EXPECT_EQ("3", FileBytes(At("README")));
-    EXPECT_EQ(1, CopyEntry(Directory(), DN("cn=README"), Directory(), DN("cn=LICENSE"),
-                           ExistingEntries::kReplace, &error_));
+    EXPECT_THAT(CopyEntry(Directory(), DN("cn=README"), Directory(), DN("cn=LICENSE"),
+                          ExistingEntries::kReplace, &error_),
+                IsDone());
     EXPECT_EQ("3", Contents(DN("cn=LICENSE")));
-    EXPECT_EQ(1, MoveEntry(Directory(), DN("cn=README"), DN("cn=NEWS"), &error_));
+    EXPECT_THAT(MoveEntry(Directory(), DN("cn=README"), DN("cn=NEWS"), &error_), IsDone());
     EXPECT_EQ("3", Contents(DN("cn=NEWS")));
 }
 
 TEST_F(TransferTest, FolderWithADotIsTransferredWithItsTree) {
     AddUnusualNames(base_);
-    EXPECT_EQ(1, Download(Directory(), DN("cn=v1.2"), At("v1.2"), &error_));
+    EXPECT_THAT(Download(Directory(), DN("cn=v1.2"), At("v1.2"), &error_), IsDone());
     EXPECT_EQ("4", FileBytes(At("v1.2\\c.kra")));
-    EXPECT_EQ(1, CopyEntry(Directory(), DN("cn=v1.2"), Directory(), DN("cn=v1.3"),
-                           ExistingEntries::kReplace, &error_));
+    EXPECT_THAT(CopyEntry(Directory(), DN("cn=v1.2"), Directory(), DN("cn=v1.3"),
+                          ExistingEntries::kReplace, &error_),
+                IsDone());
     EXPECT_EQ("4", Contents(DN("cn=c.kra,cn=v1.3")));
-    EXPECT_EQ(1, MoveEntry(Directory(), DN("cn=v1.2"), DN("cn=v1.4,cn=new"), &error_));
+    EXPECT_THAT(MoveEntry(Directory(), DN("cn=v1.2"), DN("cn=v1.4,cn=new"), &error_), IsDone());
     EXPECT_EQ("4", Contents(DN("cn=c.kra,cn=v1.4,cn=new")));
     EXPECT_FALSE(Holds(DN("cn=v1.2")));
 }
@@ -410,7 +443,8 @@ TEST_F(TransferTest, EmptyFolderStaysAFolderWhateverItsName) {
     for (const char* name : {"empty", "v2.0"}) {
         SCOPED_TRACE(name);
         server_.AddFolder(name, base_);
-        EXPECT_EQ(1, Download(Directory(), DN(std::string("cn=") + name), At(name), &error_));
+        EXPECT_THAT(Download(Directory(), DN(std::string("cn=") + name), At(name), &error_),
+                    IsDone());
         EXPECT_TRUE(GetFileAttributesA(At(name).c_str()) & FILE_ATTRIBUTE_DIRECTORY);
     }
 }
@@ -424,14 +458,16 @@ TEST_F(TransferTest, WhatCannotBeSeenToBeWholeDoesNotGo) {
          {std::pair("cn=a.kra", std::uint32_t{LDAP_NOT_ALLOWED_ON_NONLEAF}),
           std::pair("cn=bob", std::uint32_t{LDAP_OBJECT_CLASS_VIOLATION})}) {
         SCOPED_TRACE(name);
-        EXPECT_EQ(0, Download(Directory(), DN(name), At("out"), &error_, {},
-                              ExistingEntries::kReplace, SourceFate::kGoes));
+        EXPECT_THAT(Download(Directory(), DN(name), At("out"), &error_, {},
+                             ExistingEntries::kReplace, SourceFate::kGoes),
+                    Fails());
         EXPECT_EQ(code, Directory().LastError());
-        EXPECT_EQ(0, CopyEntry(Directory(), DN(name), Directory(), DN("cn=x"),
-                               ExistingEntries::kReplace, &error_, {}, SourceFate::kGoes));
+        EXPECT_THAT(CopyEntry(Directory(), DN(name), Directory(), DN("cn=x"),
+                              ExistingEntries::kReplace, &error_, {}, SourceFate::kGoes),
+                    Fails());
         EXPECT_FALSE(Exists(At("out")));
     }
-    EXPECT_EQ(1, Download(Directory(), DN("cn=a.kra"), At("out"), &error_));
+    EXPECT_THAT(Download(Directory(), DN("cn=a.kra"), At("out"), &error_), IsDone());
 }
 
 TEST_F(TransferTest, FileWithoutADotThatHoldsEntriesDoesNotGo) {
@@ -440,13 +476,14 @@ TEST_F(TransferTest, FileWithoutADotThatHoldsEntriesDoesNotGo) {
     server_.AddFile("b.kra", DN("cn=README,cn=tree"), "2");
     for (const char* name : {"cn=tree", "cn=README,cn=tree"}) {
         SCOPED_TRACE(name);
-        EXPECT_EQ(0, Download(Directory(), DN(name), At("out"), &error_, {},
-                              ExistingEntries::kReplace, SourceFate::kGoes));
-        EXPECT_EQ(std::uint32_t{LDAP_NOT_ALLOWED_ON_NONLEAF}, Directory().LastError());
+        EXPECT_THAT(Download(Directory(), DN(name), At("out"), &error_, {},
+                             ExistingEntries::kReplace, SourceFate::kGoes),
+                    Fails());
+        EXPECT_THAT(Directory().LastError(), IsCode(LDAP_NOT_ALLOWED_ON_NONLEAF));
     }
     RefuseTreeRenames(Directory());
-    EXPECT_EQ(0, MoveEntry(Directory(), DN("cn=README,cn=tree"), DN("cn=moved"), &error_));
-    EXPECT_EQ(std::uint32_t{LDAP_NOT_ALLOWED_ON_NONLEAF}, Directory().LastError());
+    EXPECT_THAT(MoveEntry(Directory(), DN("cn=README,cn=tree"), DN("cn=moved"), &error_), Fails());
+    EXPECT_THAT(Directory().LastError(), IsCode(LDAP_NOT_ALLOWED_ON_NONLEAF));
     EXPECT_TRUE(server_.Holds(DN("cn=b.kra,cn=README,cn=tree")));
 }
 
@@ -469,27 +506,29 @@ TEST_F(TransferTest, FileWhoseBytesCannotBeSeenIsCopiedEmptyAndDoesNotGo) {
     work_->paths->At(0)->fileContentsAttributeName = "description";
     for (const char* name : {"cn=a.kra", "cn=tree"}) {
         SCOPED_TRACE(name);
-        EXPECT_EQ(0, Download(Directory(), DN(name), At("out"), &error_, {},
-                              ExistingEntries::kReplace, SourceFate::kGoes));
+        EXPECT_THAT(Download(Directory(), DN(name), At("out"), &error_, {},
+                             ExistingEntries::kReplace, SourceFate::kGoes),
+                    Fails());
         ExpectFailure(LDAP_NO_SUCH_ATTRIBUTE);
     }
-    EXPECT_EQ(1, Download(Directory(), DN("cn=a.kra"), At("copy"), &error_));
+    EXPECT_THAT(Download(Directory(), DN("cn=a.kra"), At("copy"), &error_), IsDone());
     EXPECT_EQ("", FileBytes(At("copy")));
 }
 
 TEST_F(TransferTest, EntriesAreFoundAndRemovedWithWhatIsBelow) {
     const std::string tree = AddTree("tree");
-    EXPECT_EQ(1, EntryExists(Directory(), tree, nullptr));
-    EXPECT_EQ(1, RemoveEntry(Directory(), tree, nullptr));
-    EXPECT_EQ(0, EntryExists(Directory(), tree, &error_));
-    EXPECT_EQ(0, RemoveEntry(Directory(), tree, nullptr));
+    EXPECT_EQ(kYes, EntryExists(Directory(), tree, nullptr));
+    EXPECT_THAT(RemoveEntry(Directory(), tree, nullptr), IsDone());
+    EXPECT_EQ(kNo, EntryExists(Directory(), tree, &error_));
+    EXPECT_THAT(RemoveEntry(Directory(), tree, nullptr), Fails());
 }
 
 TEST_F(TransferTest, ReaderStoresNothing) {
     work_->paths->At(0)->username = test::kReader;
     work_->paths->At(0)->password = test::kReaderPassword;
     const std::string file = Make("a.kra", "1");
-    EXPECT_EQ(0, Upload(Directory(), file, DN("cn=a.kra"), ExistingEntries::kReplace, &error_));
+    EXPECT_THAT(Upload(Directory(), file, DN("cn=a.kra"), ExistingEntries::kReplace, &error_),
+                Fails());
     EXPECT_NE("junk", error_);
     EXPECT_FALSE(Holds(DN("cn=a.kra")));
 }

@@ -1,6 +1,7 @@
 // Transfers whose server goes away in the middle.
 #include "directory_pairs/pairs_fixture.h"
 #include "fileops/directory_transfer.h"
+#include "support/results.h"
 #include "support/working_files.h"
 
 namespace depot::test {
@@ -27,7 +28,7 @@ protected:
         const DWORD length = GetTempPathA(sizeof(folder), folder);
         return FilesIn(std::string(folder, length - 1), "Dir*");
     }
-    void MakeMany(Store& store, const std::string& folder) {
+    void MakeMany(TestFolder& store, const std::string& folder) {
         for (int number = 0; number < kFiles; ++number) {
             store.MakeFile(folder + "\\" + NameOf(number), BytesOf(NameOf(number)));
         }
@@ -37,18 +38,18 @@ protected:
         std::string ldif;
         for (int number = 0; number < kFiles; ++number) {
             const std::string name = NameOf(number);
-            ldif += "dn: " + directory_.DN("from\\many\\" + name) +
+            ldif += "dn: " + directory_.At("from\\many\\" + name) +
                     "\nobjectClass: quillonFileBinary\ncn: " + name +
                     "\nquillonFileContentsBinary: " + BytesOf(name) + "\n\n";
         }
         directory_.MakeFolder("from\\many");
         server_.Apply(ldif);
     }
-    static bool IsComplete(Store& store, const std::string& folder) {
+    static bool IsComplete(TestFolder& store, const std::string& folder) {
         return CountWhole(store, folder) == kFiles;
     }
     // How many files arrived, each of them whole.
-    static int CountWhole(Store& store, const std::string& folder) {
+    static int CountWhole(TestFolder& store, const std::string& folder) {
         const StoreContents contents = store.Contents(folder);
         for (const auto& [name, bytes] : contents) EXPECT_EQ(BytesOf(name), bytes) << name;
         return static_cast<int>(contents.size());
@@ -89,18 +90,19 @@ TEST_F(BrokenTransferTest, ServerThatStopsAtFile100OfAnUploadHasTheFilesBefore) 
         if (progress.filesDone == 100) server.Stop();
         return true;
     };
-    EXPECT_EQ(0, Upload(directory, folder_.At("from\\many"), std::string("cn=many,") + kSuffix,
-                        ExistingEntries::kReplace, &error_, stop));
+    EXPECT_THAT(Upload(directory, folder_.At("from\\many"), std::string("cn=many,") + kSuffix,
+                       ExistingEntries::kReplace, &error_, stop),
+                Fails());
     EXPECT_NE("junk", error_);
     server.Continue();
-    DirectoryStore stored(server, kSuffix, {});
+    DirectoryTestFolder stored(server, kSuffix, {});
     EXPECT_EQ(100, CountWhole(stored, "many"));
     EXPECT_TRUE(IsComplete(folder_, "from\\many"));
 }
 
 TEST_F(BrokenTransferTest, ServerThatStopsAtFile100OfADownloadLeavesTheFilesBefore) {
     DirectoryServer server;
-    DirectoryStore stored(server, kSuffix, {});
+    DirectoryTestFolder stored(server, kSuffix, {});
     MakeMany(stored, "many");
     auto location = server.Location().Clone();
     ForgetServer(server.Port());
@@ -109,7 +111,8 @@ TEST_F(BrokenTransferTest, ServerThatStopsAtFile100OfADownloadLeavesTheFilesBefo
         if (progress.filesDone == 100) server.Stop();
         return true;
     };
-    EXPECT_EQ(0, Download(directory, stored.DN("many"), folder_.At("to\\many"), &error_, stop));
+    EXPECT_THAT(Download(directory, stored.At("many"), folder_.At("to\\many"), &error_, stop),
+                Fails());
     EXPECT_NE("junk", error_);
     server.Continue();
     EXPECT_EQ(100, CountWhole(folder_, "to\\many"));
@@ -120,7 +123,7 @@ TEST_F(BrokenTransferTest, TreeOnItsWayIntoADirectoryStaysWhereItWas) {
     MakeMany(folder_, "from\\many");
     AddCutDepot(100 * kAnswerBytes);
     for (const UINT operation : {FO_COPY, FO_MOVE}) {
-        EXPECT_EQ(0, OnList(operation, {"<Home>\\from\\many"}, "<Cut>\\to\\"));
+        EXPECT_THAT(OnList(operation, {"<Home>\\from\\many"}, "<Cut>\\to\\"), Fails());
         const int arrived = CountWhole(directory_, "to\\many");
         EXPECT_LT(0, arrived);
         EXPECT_GT(kFiles, arrived);
@@ -135,7 +138,7 @@ TEST_F(BrokenTransferTest, ListOnItsWayIntoADirectoryLosesNoFile) {
     for (int number = 0; number < kFiles; ++number) {
         sources.push_back("<Home>\\from\\many\\" + NameOf(number));
     }
-    EXPECT_EQ(0, OnList(FO_MOVE, sources, "<Cut>\\to\\"));
+    EXPECT_THAT(OnList(FO_MOVE, sources, "<Cut>\\to\\"), Fails());
     const int arrived = CountWhole(directory_, "to");
     EXPECT_LT(0, arrived);
     EXPECT_LE(kFiles, arrived + CountWhole(folder_, "from\\many"));
@@ -147,10 +150,11 @@ TEST_F(BrokenTransferTest, TreeOnItsWayOutOfADirectoryStaysWhereItWas) {
     const StoreContents before = folder_.Contents();
     for (const UINT operation : {FO_COPY, FO_MOVE}) {
         // A list reaches a folder only when all of it was fetched.
-        EXPECT_EQ(0, OnList(operation, {"<Cut>\\from\\many"}, "<Home>\\to\\"));
+        EXPECT_THAT(OnList(operation, {"<Cut>\\from\\many"}, "<Home>\\to\\"), Fails());
         EXPECT_EQ(before, folder_.Contents());
-        EXPECT_EQ(0, OnItem(operation, "<Cut>\\from\\many",
-                            plain_.Path("to\\many" + std::to_string(operation))));
+        EXPECT_THAT(OnItem(operation, "<Cut>\\from\\many",
+                           plain_.Path("to\\many" + std::to_string(operation))),
+                    Fails());
         const int arrived = CountWhole(plain_, "to\\many" + std::to_string(operation));
         EXPECT_LT(0, arrived);
         EXPECT_GT(kFiles, arrived);
@@ -162,9 +166,9 @@ TEST_F(BrokenTransferTest, TreeBetweenTwoDirectoriesStaysWhereItWas) {
     MakeManyEntries();
     AddCutDepot(100 * kAnswerBytes);
     for (const UINT operation : {FO_COPY, FO_MOVE}) {
-        EXPECT_EQ(0, OnList(operation, {"<Work>\\from\\many"}, "<Cut>\\to\\"));
+        EXPECT_THAT(OnList(operation, {"<Work>\\from\\many"}, "<Cut>\\to\\"), Fails());
         EXPECT_GT(kFiles, CountWhole(directory_, "to\\many"));
-        EXPECT_EQ(0, OnList(operation, {"<Cut>\\from\\many"}, "<Work>\\other\\"));
+        EXPECT_THAT(OnList(operation, {"<Cut>\\from\\many"}, "<Work>\\other\\"), Fails());
         EXPECT_FALSE(directory_.Holds("other\\many"));
     }
     EXPECT_TRUE(IsComplete(directory_, "from\\many"));
@@ -186,8 +190,9 @@ TEST_F(BrokenTransferTest, RenamedFolderIsWholeOnOneSide) {
         EXPECT_TRUE(arrived == kFiles || left == kFiles) << arrived << " " << left;
         EXPECT_EQ(done != 0, arrived == kFiles && left == 0);
         world_.depots.Remove(&cut);
-        ASSERT_NE(
-            0, DeleteFile(*work_, "<Work>\\from\\many") + DeleteFile(*work_, "<Work>\\to\\many"));
+        ASSERT_THAT(
+            DeleteFile(*work_, "<Work>\\from\\many") + DeleteFile(*work_, "<Work>\\to\\many"),
+            IsDone());
     }
 }
 

@@ -1,6 +1,7 @@
 // Renames and moves of what another client changes at the same time.
 #include "directory_pairs/pairs_fixture.h"
 #include "fileops/directory_transfer.h"
+#include "support/results.h"
 
 namespace depot::test {
 namespace {
@@ -54,7 +55,7 @@ protected:
     void MakeManyEntries() {
         std::string ldif;
         for (int number = 0; number < kFiles; ++number) {
-            ldif += "dn: " + directory_.DN("from\\many\\" + NameOf(number)) +
+            ldif += "dn: " + directory_.At("from\\many\\" + NameOf(number)) +
                     "\nobjectClass: quillonFileBinary\ncn: " + NameOf(number) +
                     "\nquillonFileContentsBinary: " + NameOf(number) + "\n\n";
         }
@@ -81,7 +82,7 @@ TEST_F(RenameMeanwhileTest, EditAndAdditionComeAlongWithAFolderThatTheServerRena
     MakeManyEntries();
     ChangeBoth();
     Directory().Client().ldap_rename_ext_s = &RenameAfterOther;
-    EXPECT_EQ(1, Rename("from\\many", "to\\many"));
+    EXPECT_THAT(Rename("from\\many", "to\\many"), IsDone());
     StoreContents expected = ManyFiles();
     expected["f7.kra"] = "edited";
     expected["new.kra"] = "added";
@@ -94,7 +95,7 @@ TEST_F(RenameMeanwhileTest, EditAndAdditionStayWhereAFolderIsCopied) {
     ChangeBoth();
     RefuseRenames(LDAP_NOT_ALLOWED_ON_NONLEAF);
     Directory().Client().ldap_add_s = &AddAfterOther;
-    EXPECT_EQ(0, Rename("from\\many", "to\\many"));
+    EXPECT_THAT(Rename("from\\many", "to\\many"), Fails());
     EXPECT_EQ(kContentsChanged, Directory().LastError());
     EXPECT_EQ("Copied, but 1 file and 1 folder stay in the old place: changed meanwhile.", error_);
     EXPECT_EQ((StoreContents{{"f7.kra", "edited"}, {"new.kra", "added"}}),
@@ -107,24 +108,24 @@ TEST_F(RenameMeanwhileTest, EntryThatAppearsInACopiedFolderKeepsIt) {
     RefuseRenames(LDAP_UNWILLING_TO_PERFORM);
     otherClient = [this] { directory_.MakeFile("from\\tree\\sub\\new.kra", "added"); };
     Directory().Client().ldap_add_s = &AddAfterOther;
-    EXPECT_EQ(0, Rename("from\\tree", "to\\tree"));
-    EXPECT_EQ(std::uint32_t{LDAP_NOT_ALLOWED_ON_NONLEAF}, Directory().LastError());
+    EXPECT_THAT(Rename("from\\tree", "to\\tree"), Fails());
+    EXPECT_THAT(Directory().LastError(), IsCode(LDAP_NOT_ALLOWED_ON_NONLEAF));
     EXPECT_EQ("Copied, but 2 folders stay in the old place: changed meanwhile.", error_);
     EXPECT_EQ((StoreContents{{"sub", kFolderMark}, {"sub\\new.kra", "added"}}),
               directory_.Contents("from\\tree"));
-    EXPECT_EQ(Store::Tree(), directory_.Contents("to\\tree"));
+    EXPECT_EQ(TestFolder::Tree(), directory_.Contents("to\\tree"));
 }
 
 TEST_F(RenameMeanwhileTest, EntryThatSomebodyElseDeletesIsNoFailure) {
     directory_.MakeTree("from\\tree");
     RefuseRenames(LDAP_NOT_ALLOWED_ON_NONLEAF);
     otherClient = [this] {
-        server_.Apply("dn: " + directory_.DN("from\\tree\\a.kra") + "\nchangetype: delete\n");
+        server_.Apply("dn: " + directory_.At("from\\tree\\a.kra") + "\nchangetype: delete\n");
     };
     Directory().Client().ldap_add_s = &AddAfterOther;
-    EXPECT_EQ(1, Rename("from\\tree", "to\\tree"));
+    EXPECT_THAT(Rename("from\\tree", "to\\tree"), IsDone());
     EXPECT_FALSE(directory_.Holds("from\\tree"));
-    EXPECT_EQ(Store::Tree(), directory_.Contents("to\\tree"));
+    EXPECT_EQ(TestFolder::Tree(), directory_.Contents("to\\tree"));
 }
 
 TEST_F(RenameMeanwhileTest, TreeIsCopiedWhereTheServerCannotRenameIt) {
@@ -135,9 +136,9 @@ TEST_F(RenameMeanwhileTest, TreeIsCopiedWhereTheServerCannotRenameIt) {
         const std::string name = "tree" + std::to_string(code);
         directory_.MakeTree("from\\" + name);
         RefuseRenames(code);
-        EXPECT_EQ(1, Rename("from\\" + name, "to\\" + name));
+        EXPECT_THAT(Rename("from\\" + name, "to\\" + name), IsDone());
         EXPECT_FALSE(directory_.Holds("from\\" + name));
-        EXPECT_EQ(Store::Tree(), directory_.Contents("to\\" + name));
+        EXPECT_EQ(TestFolder::Tree(), directory_.Contents("to\\" + name));
     }
 }
 
@@ -147,10 +148,10 @@ TEST_F(RenameMeanwhileTest, TreeIsNotCopiedWhereTheServerRefusesForGood) {
                              LDAP_BUSY, LDAP_UNAVAILABLE, LDAP_SERVER_DOWN}) {
         SCOPED_TRACE(code);
         RefuseRenames(code);
-        EXPECT_EQ(0, Rename("from\\tree", "to\\tree"));
+        EXPECT_THAT(Rename("from\\tree", "to\\tree"), Fails());
         EXPECT_EQ(code, Directory().LastError());
     }
-    EXPECT_EQ(Store::Tree(), directory_.Contents("from\\tree"));
+    EXPECT_EQ(TestFolder::Tree(), directory_.Contents("from\\tree"));
     EXPECT_FALSE(directory_.Holds("to\\tree"));
 }
 
@@ -162,28 +163,28 @@ TEST_F(RenameMeanwhileTest, FoldersMadeForARenameThatIsRefusedAreRemoved) {
                                                 PLDAPControlA*, PLDAPControlA*) -> ULONG {
         return ++calls == 1 ? LDAP_NO_SUCH_OBJECT : LDAP_INSUFFICIENT_RIGHTS;
     };
-    EXPECT_EQ(0, Rename("from\\tree", "to\\new\\v1.2\\tree"));
+    EXPECT_THAT(Rename("from\\tree", "to\\new\\v1.2\\tree"), Fails());
     EXPECT_EQ(2, calls);
-    EXPECT_EQ(std::uint32_t{LDAP_INSUFFICIENT_RIGHTS}, Directory().LastError());
+    EXPECT_THAT(Directory().LastError(), IsCode(LDAP_INSUFFICIENT_RIGHTS));
     EXPECT_EQ(StoreContents(), directory_.Contents("to"));
-    EXPECT_EQ(Store::Tree(), directory_.Contents("from\\tree"));
+    EXPECT_EQ(TestFolder::Tree(), directory_.Contents("from\\tree"));
 }
 
 TEST_F(RenameMeanwhileTest, FolderWithChildrenCostsOneRename) {
     directory_.MakeTree("from\\tree");
     server_.Mark();
-    EXPECT_EQ(1, Rename("from\\tree", "to\\tree"));
+    EXPECT_THAT(Rename("from\\tree", "to\\tree"), IsDone());
     EXPECT_EQ((OperationCounts{.binds = 1, .renames = 1}), server_.Counts());
-    EXPECT_EQ(Store::Tree(), directory_.Contents("to\\tree"));
+    EXPECT_EQ(TestFolder::Tree(), directory_.Contents("to\\tree"));
 }
 
 TEST_F(RenameMeanwhileTest, FoldersAboveTheNewNameAreMadeForAFolderWithChildren) {
     directory_.MakeTree("from\\tree");
-    EXPECT_EQ(1, Rename("from\\tree", "to\\new\\v1.2\\tree"));
+    EXPECT_THAT(Rename("from\\tree", "to\\new\\v1.2\\tree"), IsDone());
     EXPECT_FALSE(directory_.Holds("from\\tree"));
-    EXPECT_EQ(Store::Tree(), directory_.Contents("to\\new\\v1.2\\tree"));
+    EXPECT_EQ(TestFolder::Tree(), directory_.Contents("to\\new\\v1.2\\tree"));
     directory_.MakeFolder("from\\empty");
-    EXPECT_EQ(0, Rename("from\\empty", "to\\other\\empty"));
+    EXPECT_THAT(Rename("from\\empty", "to\\other\\empty"), Fails());
     EXPECT_FALSE(directory_.Holds("to\\other"));
 }
 
@@ -192,7 +193,7 @@ TEST_F(RenameMeanwhileTest, TreeWithoutAnEndIsNotCopied) {
     RefuseRenames(LDAP_NOT_ALLOWED_ON_NONLEAF);
     // The server lists what the top holds again below each folder.
     static std::string tree;
-    tree = directory_.DN("from\\tree");
+    tree = directory_.At("from\\tree");
     Directory().Client().ldap_search_s = [](LDAP* connection, PCHAR base, ULONG scope, PCHAR filter,
                                             PCHAR* attributes, ULONG typesOnly,
                                             LDAPMessage** result) -> ULONG {
@@ -201,13 +202,13 @@ TEST_F(RenameMeanwhileTest, TreeWithoutAnEndIsNotCopied) {
                                      result);
     };
     Directory().Bounds().entries = 1'000;
-    EXPECT_EQ(0, Rename("from\\tree", "to\\tree"));
-    EXPECT_EQ(std::uint32_t{LDAP_SIZELIMIT_EXCEEDED}, Directory().LastError());
+    EXPECT_THAT(Rename("from\\tree", "to\\tree"), Fails());
+    EXPECT_THAT(Directory().LastError(), IsCode(LDAP_SIZELIMIT_EXCEEDED));
     Directory().Bounds() = {};
     Directory().Bounds().listingTime = {};
-    EXPECT_EQ(0, Rename("from\\tree", "to\\tree"));
-    EXPECT_EQ(std::uint32_t{LDAP_TIMELIMIT_EXCEEDED}, Directory().LastError());
-    EXPECT_EQ(Store::Tree(), directory_.Contents("from\\tree"));
+    EXPECT_THAT(Rename("from\\tree", "to\\tree"), Fails());
+    EXPECT_THAT(Directory().LastError(), IsCode(LDAP_TIMELIMIT_EXCEEDED));
+    EXPECT_EQ(TestFolder::Tree(), directory_.Contents("from\\tree"));
     EXPECT_FALSE(directory_.Holds("to\\tree"));
 }
 
@@ -227,7 +228,7 @@ protected:
 
 TEST_P(MoveMeanwhileTest, FileThatChangesStaysAndFailsTheMove) {
     Source().MakeFile("from\\a.kra", "1");
-    EXPECT_EQ(0, Move("a.kra", [&] { Source().MakeFile("from\\a.kra", "edited"); }));
+    EXPECT_THAT(Move("a.kra", [&] { Source().MakeFile("from\\a.kra", "edited"); }), Fails());
     EXPECT_EQ("Copied, but 1 file stays in the old place: changed meanwhile.", error_);
     EXPECT_EQ("edited", Source().Bytes("from\\a.kra"));
     EXPECT_EQ("1", Target().Bytes("to\\a.kra"));
@@ -236,28 +237,30 @@ TEST_P(MoveMeanwhileTest, FileThatChangesStaysAndFailsTheMove) {
 TEST_P(MoveMeanwhileTest, WhatChangesInATreeStaysAndFailsTheMove) {
     if (!MovesTrees()) return;
     Source().MakeTree("from\\tree");
-    EXPECT_EQ(0, Move("tree", [&] {
-                  Source().MakeFile("from\\tree\\sub\\b.kra", "edited");
-                  Source().MakeFile("from\\tree\\new.kra", "added");
-              }));
+    EXPECT_THAT(Move("tree",
+                     [&] {
+                         Source().MakeFile("from\\tree\\sub\\b.kra", "edited");
+                         Source().MakeFile("from\\tree\\new.kra", "added");
+                     }),
+                Fails());
     EXPECT_EQ("Copied, but 1 file and 2 folders stay in the old place: changed meanwhile.", error_);
     EXPECT_EQ((StoreContents{{"new.kra", "added"}, {"sub", kFolderMark}, {"sub\\b.kra", "edited"}}),
               Source().Contents("from\\tree"));
-    EXPECT_EQ(Store::Tree(), Target().Contents("to\\tree"));
+    EXPECT_EQ(TestFolder::Tree(), Target().Contents("to\\tree"));
 }
 
 TEST_P(MoveMeanwhileTest, UnchangedTreeLeavesNothing) {
     if (!MovesTrees()) return;
     Source().MakeTree("from\\tree");
-    EXPECT_EQ(1, Move("tree", [] {}));
+    EXPECT_THAT(Move("tree", [] {}), IsDone());
     EXPECT_EQ("junk", error_);
     EXPECT_FALSE(Source().Holds("from\\tree"));
-    EXPECT_EQ(Store::Tree(), Target().Contents("to\\tree"));
+    EXPECT_EQ(TestFolder::Tree(), Target().Contents("to\\tree"));
 }
 
 TEST_P(MoveMeanwhileTest, DeletionWhoseTargetHoldsTheItemDeletesIt) {
     Source().MakeFile("from\\a.kra", "1");
-    EXPECT_EQ(1, OnList(FO_DELETE, {From("a.kra")}, Source().Path("from\\")));
+    EXPECT_THAT(OnList(FO_DELETE, {From("a.kra")}, Source().Path("from\\")), IsDone());
     EXPECT_FALSE(Source().Holds("from\\a.kra"));
 }
 
@@ -268,11 +271,12 @@ TEST_F(PairWorldTest, EntryThatChangesWhileItsListIsMovedStays) {
     CDepotItems items;
     items.Append(Item("<Work>\\from\\a.kra").Clone());
     const CDepotItem to = Item("<Home>\\to");
-    EXPECT_EQ(0, ListOperation(items, &to, FO_MOVE, kQuietFlags, nullptr, &error_,
-                               [&](const TransferProgress&) {
-                                   directory_.MakeFile("from\\a.kra", "edited");
-                                   return true;
-                               }));
+    EXPECT_THAT(ListOperation(items, &to, FO_MOVE, kQuietFlags, nullptr, &error_,
+                              [&](const TransferProgress&) {
+                                  directory_.MakeFile("from\\a.kra", "edited");
+                                  return true;
+                              }),
+                Fails());
     EXPECT_THAT(error_, HasSubstr("1 file stays"));
     EXPECT_EQ("edited", directory_.Bytes("from\\a.kra"));
     EXPECT_EQ("1", folder_.Bytes("to\\a.kra"));

@@ -4,6 +4,7 @@
 #include "directory_pairs/pairs_fixture.h"
 #include "platform/system_code_page.h"
 #include "support/page_names.h"
+#include "support/results.h"
 
 namespace depot::test {
 namespace {
@@ -18,20 +19,18 @@ protected:
     // A file that narrow texts cannot name.
     void MakeUnnamed(const std::wstring& name) {
         if (FromDirectory()) {
-            server_.AddFile(Utf8FromWide(name), Utf8FromWide(WideFromAnsi(directory_.DN("from"))),
+            server_.AddFile(Utf8FromWide(name), Utf8FromWide(WideFromAnsi(directory_.At("from"))),
                             "x");
         } else {
-            MakeWideFile(WideFromAnsi(static_cast<FolderStore&>(Source()).At("from\\")) + name,
-                         "x");
+            MakeWideFile(WideFromAnsi(Source().At("from\\")) + name, "x");
         }
     }
 
     bool HoldsUnnamed(const std::wstring& name) {
         if (!FromDirectory()) {
-            return WideBytes(WideFromAnsi(static_cast<FolderStore&>(Source()).At("from\\")) +
-                             name) == "x";
+            return WideBytes(WideFromAnsi(Source().At("from\\")) + name) == "x";
         }
-        return server_.Show(Utf8FromWide(WideFromAnsi(directory_.DN("from"))), "one", "cn")
+        return server_.Show(Utf8FromWide(WideFromAnsi(directory_.At("from"))), "one", "cn")
                    .find("cn:: ") != std::string::npos;
     }
 
@@ -56,14 +55,14 @@ TEST_P(PairCharactersTest, CopiesMovesAndTreesArriveUnderTheirNames) {
         SCOPED_TRACE(name);
         Source().MakeFile("from\\" + name, name);
         Source().MakeFile("from\\" + pageFolder_ + "\\" + name, name);
-        EXPECT_EQ(1, Copy(From(name), To(name), true)) << error_;
+        EXPECT_THAT(Copy(From(name), To(name), true), IsDone()) << error_;
         EXPECT_EQ(name, Target().Bytes("to\\" + name));
-        EXPECT_EQ(1, OnItem(FO_MOVE, From(name), To("m" + name))) << error_;
+        EXPECT_THAT(OnItem(FO_MOVE, From(name), To("m" + name)), IsDone()) << error_;
         EXPECT_EQ(name, Target().Bytes("to\\m" + name));
         EXPECT_FALSE(Source().Holds("from\\" + name));
         expected[name] = expected["m" + name] = expected[pageFolder_ + "\\" + name] = name;
     }
-    EXPECT_EQ(1, OnList(FO_MOVE, {From(pageFolder_)}, To(""))) << error_;
+    EXPECT_THAT(OnList(FO_MOVE, {From(pageFolder_)}, To("")), IsDone()) << error_;
     EXPECT_EQ(expected, Target().Contents("to"));
     EXPECT_EQ(StoreContents(), Source().Contents("from"));
 }
@@ -78,8 +77,8 @@ TEST_P(PairCharactersTest, MovesOfTreesLoseNoFileThatCannotBeNamed) {
     const int movedItem = OnItem(FO_MOVE, tree, To("item"));
     const int movedList = OnList(FO_MOVE, {tree}, To(""));
     if (FromDirectory() || ToDirectory()) {
-        EXPECT_EQ(0, movedItem);
-        EXPECT_EQ(0, movedList);
+        EXPECT_THAT(movedItem, Fails());
+        EXPECT_THAT(movedList, Fails());
         EXPECT_TRUE(HoldsUnnamed(name));
     } else {
         // The shell moves what a folder holds, whatever its name.

@@ -1,5 +1,6 @@
 // Operations whose source and target are one place, by whatever names the two go.
 #include "directory_pairs/pairs_fixture.h"
+#include "support/results.h"
 
 namespace depot::test {
 namespace {
@@ -43,10 +44,10 @@ protected:
         world_.depots.Add(twin.release(), false);
     }
 
-    Store& Place() {
+    TestFolder& Place() {
         const Name name = GetParam().first;
         if (name == Name::kPlain) return plain_;
-        return name < Name::kDirectory ? static_cast<Store&>(folder_) : directory_;
+        return name < Name::kDirectory ? static_cast<TestFolder&>(folder_) : directory_;
     }
 
     std::string PathBy(Name name, const std::string& path) {
@@ -80,13 +81,13 @@ TEST_P(ItselfTest, FileOntoItselfStays) {
     const StoreContents before = Place().Contents();
     for (const char* target : {"from\\a.kra", "from\\"}) {
         SCOPED_TRACE(target);
-        EXPECT_EQ(0, Copy(From("from\\a.kra"), To(target), true));
+        EXPECT_THAT(Copy(From("from\\a.kra"), To(target), true), Fails());
         // Replacing a file by itself may count as done.
         Copy(From("from\\a.kra"), To(target), false);
         EXPECT_EQ(before, Place().Contents());
         for (const UINT operation : {FO_COPY, FO_MOVE}) {
-            EXPECT_EQ(0, OnItem(operation, From("from\\a.kra"), To(target)));
-            EXPECT_EQ(0, OnList(operation, {From("from\\a.kra")}, To(target)));
+            EXPECT_THAT(OnItem(operation, From("from\\a.kra"), To(target)), Fails());
+            EXPECT_THAT(OnList(operation, {From("from\\a.kra")}, To(target)), Fails());
         }
         EXPECT_EQ(before, Place().Contents());
     }
@@ -99,8 +100,8 @@ TEST_P(ItselfTest, TreeOntoOrIntoItselfStays) {
          {"from\\tree", "from\\", "from\\tree\\", "from\\tree\\sub\\", "from\\tree\\new"}) {
         SCOPED_TRACE(target);
         for (const UINT operation : {FO_COPY, FO_MOVE}) {
-            EXPECT_EQ(0, OnItem(operation, From("from\\tree"), To(target)));
-            EXPECT_EQ(0, OnList(operation, {From("from\\tree")}, To(target)));
+            EXPECT_THAT(OnItem(operation, From("from\\tree"), To(target)), Fails());
+            EXPECT_THAT(OnList(operation, {From("from\\tree")}, To(target)), Fails());
         }
         ASSERT_EQ(before, Place().Contents());
     }

@@ -1,5 +1,6 @@
 // A tree of many files and folders, on its way through every kind of store.
 #include "directory_pairs/pairs_fixture.h"
+#include "support/results.h"
 
 namespace depot::test {
 namespace {
@@ -21,11 +22,12 @@ TEST_F(LargeTreeTest, TwoThousandFilesThirtyFoldersDeepArriveWhole) {
     }
     const StoreContents tree = folder_.Contents("from\\tree");
     ASSERT_EQ(static_cast<std::size_t>(kFiles + kDepth), tree.size());
-    EXPECT_EQ(1, OnList(FO_COPY, {"<Home>\\from\\tree"}, "<Work>\\to\\"));
-    EXPECT_EQ(
-        1, MoveFile(*work_, "<Work>\\to\\tree", "<Work>\\from\\tree", nullptr, nullptr, &error_));
+    EXPECT_THAT(OnList(FO_COPY, {"<Home>\\from\\tree"}, "<Work>\\to\\"), IsDone());
+    EXPECT_THAT(
+        MoveFile(*work_, "<Work>\\to\\tree", "<Work>\\from\\tree", nullptr, nullptr, &error_),
+        IsDone());
     EXPECT_FALSE(directory_.Holds("to\\tree"));
-    EXPECT_EQ(1, OnList(FO_MOVE, {"<Work>\\from\\tree"}, plain_.Path("to\\")));
+    EXPECT_THAT(OnList(FO_MOVE, {"<Work>\\from\\tree"}, plain_.Path("to\\")), IsDone());
     EXPECT_FALSE(directory_.Holds("from\\tree"));
     EXPECT_EQ(tree, plain_.Contents("to\\tree"));
 }

@@ -9,7 +9,8 @@
 #include "fileops/depot_file.h"
 #include "fileops/item_operations.h"
 #include "manager/resolve_item.h"
-#include "support/stores.h"
+#include "support/results.h"
+#include "support/test_folders.h"
 
 namespace depot::test {
 
@@ -63,7 +64,7 @@ protected:
         }
     }
 
-    Store& StoreOf(StoreKind kind) {
+    TestFolder& StoreOf(StoreKind kind) {
         if (kind == StoreKind::kDirectory) return directory_;
         return kind == StoreKind::kFolder ? folder_ : plain_;
     }
@@ -89,16 +90,15 @@ protected:
         return ListOperation(items, &to, operation, kQuietFlags, nullptr, &error_);
     }
 
-    FolderStore plain_{world_.folder.MakeFolder("p"), world_.folder.At("p") + "\\"};
-    FolderStore folder_{world_.folder.At("h"), "<Home>\\"};
-    DirectoryStore directory_{server_, base_, "<Work>\\"};
-    std::string error_ = "junk";
+    LocalTestFolder plain_{world_.folder.MakeFolder("p"), world_.folder.At("p") + "\\"};
+    LocalTestFolder folder_{world_.folder.At("h"), "<Home>\\"};
+    DirectoryTestFolder directory_{server_, base_, "<Work>\\"};
 };
 
 class PairTest : public PairWorldTest, public testing::WithParamInterface<StorePair> {
 protected:
-    Store& Source() { return StoreOf(GetParam().from); }
-    Store& Target() { return StoreOf(GetParam().to); }
+    TestFolder& Source() { return StoreOf(GetParam().from); }
+    TestFolder& Target() { return StoreOf(GetParam().to); }
     bool FromDirectory() const { return GetParam().from == StoreKind::kDirectory; }
     bool ToDirectory() const { return GetParam().to == StoreKind::kDirectory; }
     std::string From(const std::string& name) { return Source().Path("from\\" + name); }
@@ -108,7 +108,7 @@ protected:
     template <class Operation>
     void ExpectRefused(const Operation& operation) {
         const StoreContents source = Source().Contents(), target = Target().Contents();
-        EXPECT_EQ(0, operation());
+        EXPECT_THAT(operation(), Fails());
         EXPECT_EQ(source, Source().Contents());
         EXPECT_EQ(target, Target().Contents());
     }

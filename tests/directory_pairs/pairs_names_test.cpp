@@ -1,11 +1,12 @@
 // Names of every kind and length, between every two kinds of store.
 #include "directory/dn.h"
 #include "directory_pairs/pairs_fixture.h"
+#include "support/results.h"
 
 namespace depot::test {
 namespace {
 
-class PairNamesTest : public PairTest {};
+using PairNamesTest = PairTest;
 
 TEST_P(PairNamesTest, NamesThatLookLikeFormatsAndCountersArrive) {
     for (const std::string name :
@@ -13,8 +14,8 @@ TEST_P(PairNamesTest, NamesThatLookLikeFormatsAndCountersArrive) {
         SCOPED_TRACE(name);
         Target().MakeFolder("to\\moved");
         Source().MakeFile("from\\" + name, "1");
-        EXPECT_EQ(1, Copy(From(name), To(name), true));
-        EXPECT_EQ(1, OnList(FO_MOVE, {From(name)}, To("moved\\")));
+        EXPECT_THAT(Copy(From(name), To(name), true), IsDone());
+        EXPECT_THAT(OnList(FO_MOVE, {From(name)}, To("moved\\")), IsDone());
         EXPECT_EQ("1", Target().Bytes("to\\" + name));
         EXPECT_EQ("1", Target().Bytes("to\\moved\\" + name));
         EXPECT_FALSE(Source().Holds("from\\" + name));
@@ -23,8 +24,7 @@ TEST_P(PairNamesTest, NamesThatLookLikeFormatsAndCountersArrive) {
 
 // The length is that of the path in the file system, or that of the display path.
 TEST_P(PairNamesTest, LongPathsArriveWholeOrNotAtAll) {
-    const std::size_t root = ToDirectory() ? Target().Path("").size()
-                                           : static_cast<FolderStore&>(Target()).At("").size();
+    const std::size_t root = ToDirectory() ? Target().Path("").size() : Target().At("").size();
     for (const std::size_t length : {259, 260, 261}) {
         SCOPED_TRACE(length);
         std::string folder = "to";
@@ -47,7 +47,7 @@ TEST_P(PairNamesTest, LongPathsArriveWholeOrNotAtAll) {
 TEST_P(PairNamesTest, LongTargetFoldersOfListsAreTakenUpTo260Characters) {
     if (ToDirectory()) return;
     Source().MakeFile("from\\a.kra", "1");
-    const std::size_t root = static_cast<FolderStore&>(Target()).At("").size();
+    const std::size_t root = Target().At("").size();
     for (const std::size_t length : {259, 260, 261}) {
         SCOPED_TRACE(length);
         std::string name = "to\\" + std::string(100, 'd');
@@ -67,17 +67,17 @@ INSTANTIATE_TEST_SUITE_P(EveryPair, PairNamesTest, testing::ValuesIn(EveryPair()
 class HostileNamesTest : public PairTest {
 protected:
     HostileNamesTest() {
-        server_.Apply("dn: cn=..\\5C..\\5Cx.kra," + directory_.DN("from") +
+        server_.Apply("dn: cn=..\\5C..\\5Cx.kra," + directory_.At("from") +
                       "\nobjectClass: quillonFileBinary\ncn: ..\\..\\x.kra\n"
                       "quillonFileContentsBinary: x\n\n");
         for (const char* name : {"C:x.kra", "CON", "nul.kra", "a?.kra", "ends with dot."}) {
-            server_.AddFile(name, directory_.DN("from"), "x");
+            server_.AddFile(name, directory_.At("from"), "x");
         }
         directory_.MakeFile("from\\good.kra", "1");
         before_ = All();
     }
     // Everything in the file system that a hostile name could reach.
-    StoreContents All() { return FolderStore(world_.folder.Path(), {}).Contents({}); }
+    StoreContents All() { return LocalTestFolder(world_.folder.Path(), {}).Contents({}); }
 
     StoreContents before_;
 };
@@ -88,10 +88,10 @@ TEST_P(HostileNamesTest, SingleEntryNeverBecomesALocalFile) {
          {"..\\..\\x.kra", "C:x.kra", "CON", "nul.kra", "a?.kra", "ends with dot."}) {
         SCOPED_TRACE(name);
         for (const UINT operation : {FO_COPY, FO_MOVE}) {
-            EXPECT_EQ(0, OnItem(operation, From(name), To("")));
-            EXPECT_EQ(0, OnList(operation, {From(name)}, To("")));
+            EXPECT_THAT(OnItem(operation, From(name), To("")), Fails());
+            EXPECT_THAT(OnList(operation, {From(name)}, To("")), Fails());
         }
-        EXPECT_EQ(0, Copy(From(name), To(""), false));
+        EXPECT_THAT(Copy(From(name), To(""), false), Fails());
     }
     EXPECT_EQ(before_, All());
     EXPECT_EQ(entries, directory_.Contents());

@@ -1,5 +1,6 @@
 // What arrives, what is refused and what stays, between every two kinds of store.
 #include "directory_pairs/pairs_fixture.h"
+#include "support/results.h"
 
 namespace depot::test {
 namespace {
@@ -15,9 +16,9 @@ std::string ManyBytes() {
 TEST_P(PairTest, CopiedFileArrivesWholeAndItsSourceStays) {
     const std::string bytes = ManyBytes();
     Source().MakeFile("from\\a.kra", bytes);
-    EXPECT_EQ(1, Copy(From("a.kra"), To("b.kra"), true));
-    EXPECT_EQ(1, OnItem(FO_COPY, From("a.kra"), To("c.kra")));
-    EXPECT_EQ(1, OnList(FO_COPY, {From("a.kra")}, To("")));
+    EXPECT_THAT(Copy(From("a.kra"), To("b.kra"), true), IsDone());
+    EXPECT_THAT(OnItem(FO_COPY, From("a.kra"), To("c.kra")), IsDone());
+    EXPECT_THAT(OnList(FO_COPY, {From("a.kra")}, To("")), IsDone());
     EXPECT_EQ((StoreContents{{"a.kra", bytes}, {"b.kra", bytes}, {"c.kra", bytes}}),
               Target().Contents("to"));
     EXPECT_EQ(bytes, Source().Bytes("from\\a.kra"));
@@ -28,8 +29,8 @@ TEST_P(PairTest, MovedFileArrivesWholeAndItsSourceIsGone) {
     const std::string bytes = ManyBytes();
     Source().MakeFile("from\\a.kra", bytes);
     Source().MakeFile("from\\b.kra", "2");
-    EXPECT_EQ(1, OnItem(FO_MOVE, From("a.kra"), To("new.kra")));
-    EXPECT_EQ(1, OnList(FO_MOVE, {From("b.kra")}, To("")));
+    EXPECT_THAT(OnItem(FO_MOVE, From("a.kra"), To("new.kra")), IsDone());
+    EXPECT_THAT(OnList(FO_MOVE, {From("b.kra")}, To("")), IsDone());
     EXPECT_EQ((StoreContents{{"b.kra", "2"}, {"new.kra", bytes}}), Target().Contents("to"));
     EXPECT_EQ(StoreContents(), Source().Contents("from"));
 }
@@ -42,22 +43,22 @@ TEST_P(PairTest, ListArrivesTogether) {
         sources.push_back(From(name));
         expected[name] = name;
     }
-    EXPECT_EQ(1, OnList(FO_COPY, sources, To("")));
+    EXPECT_THAT(OnList(FO_COPY, sources, To("")), IsDone());
     EXPECT_EQ(expected, Target().Contents("to"));
     EXPECT_EQ(expected, Source().Contents("from"));
 }
 
 TEST_P(PairTest, CopiedTreeArrivesWithItsShape) {
     Source().MakeTree("from\\tree");
-    EXPECT_EQ(1, OnList(FO_COPY, {From("tree")}, To("")));
-    EXPECT_EQ(Store::Tree(), Target().Contents("to\\tree"));
-    EXPECT_EQ(Store::Tree(), Source().Contents("from\\tree"));
+    EXPECT_THAT(OnList(FO_COPY, {From("tree")}, To("")), IsDone());
+    EXPECT_EQ(TestFolder::Tree(), Target().Contents("to\\tree"));
+    EXPECT_EQ(TestFolder::Tree(), Source().Contents("from\\tree"));
 }
 
 TEST_P(PairTest, MovedTreeArrivesWithItsShapeAndItsSourceIsGone) {
     Source().MakeTree("from\\tree");
-    EXPECT_EQ(1, OnList(FO_MOVE, {From("tree")}, To("")));
-    EXPECT_EQ(Store::Tree(), Target().Contents("to\\tree"));
+    EXPECT_THAT(OnList(FO_MOVE, {From("tree")}, To("")), IsDone());
+    EXPECT_EQ(TestFolder::Tree(), Target().Contents("to\\tree"));
     EXPECT_EQ(StoreContents(), Source().Contents("from"));
 }
 
@@ -65,8 +66,8 @@ TEST_P(PairTest, MovedTreeArrivesWithItsShapeAndItsSourceIsGone) {
 TEST_P(PairTest, MovedFolderWithADotAndFileWithoutOneKeepWhatTheyHold) {
     Source().MakeFile("from\\v1.2\\sub\\d.kra", "5");
     Source().MakeFile("from\\README", "1");
-    EXPECT_EQ(1, OnList(FO_MOVE, {From("v1.2")}, To("")));
-    EXPECT_EQ(1, OnList(FO_MOVE, {From("README")}, To("")));
+    EXPECT_THAT(OnList(FO_MOVE, {From("v1.2")}, To("")), IsDone());
+    EXPECT_THAT(OnList(FO_MOVE, {From("README")}, To("")), IsDone());
     EXPECT_EQ((StoreContents{{"README", "1"},
                              {"v1.2", kFolderMark},
                              {"v1.2\\sub", kFolderMark},
@@ -77,7 +78,7 @@ TEST_P(PairTest, MovedFolderWithADotAndFileWithoutOneKeepWhatTheyHold) {
 
 TEST_P(PairTest, CopyIntoAFolderKeepsItsName) {
     Source().MakeFile("from\\a.kra", "1");
-    EXPECT_EQ(1, Copy(From("a.kra"), To(""), true));
+    EXPECT_THAT(Copy(From("a.kra"), To(""), true), IsDone());
     EXPECT_EQ("1", Target().Bytes("to\\a.kra"));
 }
 
@@ -93,7 +94,7 @@ TEST_P(PairTest, ExistingEntryIsReplacedAndAnExistingFileOnlyWhenThatIsAllowed) 
             ExpectRefused([&] { return OnItem(operation, From("a.kra"), To("")); });
         }
     }
-    EXPECT_EQ(1, Copy(From("a.kra"), To("a.kra"), ToDirectory()));
+    EXPECT_THAT(Copy(From("a.kra"), To("a.kra"), ToDirectory()), IsDone());
     EXPECT_EQ("new", Target().Bytes("to\\a.kra"));
     EXPECT_EQ("new", Source().Bytes("from\\a.kra"));
 }
@@ -101,7 +102,7 @@ TEST_P(PairTest, ExistingEntryIsReplacedAndAnExistingFileOnlyWhenThatIsAllowed) 
 TEST_P(PairTest, ListReplacesWhatExists) {
     Source().MakeFile("from\\a.kra", "new");
     Target().MakeFile("to\\a.kra", "much older");
-    EXPECT_EQ(1, OnList(FO_COPY, {From("a.kra")}, To("")));
+    EXPECT_THAT(OnList(FO_COPY, {From("a.kra")}, To("")), IsDone());
     EXPECT_EQ("new", Target().Bytes("to\\a.kra"));
     EXPECT_EQ("new", Source().Bytes("from\\a.kra"));
 }
@@ -118,8 +119,8 @@ TEST_P(PairTest, TreeIntoATreeOfItsNameReplacesTheFilesOfItsNames) {
     Source().MakeTree("from\\tree");
     Target().MakeFile("to\\tree\\sub\\b.kra", "old");
     Target().MakeFile("to\\tree\\other.kra", "stays");
-    EXPECT_EQ(1, OnList(FO_MOVE, {From("tree")}, To("")));
-    StoreContents expected = Store::Tree();
+    EXPECT_THAT(OnList(FO_MOVE, {From("tree")}, To("")), IsDone());
+    StoreContents expected = TestFolder::Tree();
     expected["other.kra"] = "stays";
     EXPECT_EQ(expected, Target().Contents("to\\tree"));
 }
@@ -146,7 +147,7 @@ TEST_P(PairTest, FileInTheWayOfATreeCostsNothingOfTheTree) {
         }
         OnList(operation, {From("tree")}, To(""));
         const bool done = !Source().Holds("from\\tree\\a.kra");
-        EXPECT_EQ(Store::Tree(),
+        EXPECT_EQ(TestFolder::Tree(),
                   done ? Target().Contents("to\\tree") : Source().Contents("from\\tree"));
     }
 }
@@ -163,12 +164,12 @@ TEST_P(PairTest, TargetOpenElsewhereStays) {
     if (ToDirectory()) return;
     Source().MakeFile("from\\a.kra", "new");
     Target().MakeFile("to\\a.kra", "old");
-    const std::string target = static_cast<FolderStore&>(Target()).At("to\\a.kra");
+    const std::string target = Target().At("to\\a.kra");
     for (const bool failIfExists : {true, false}) {
         const OpenElsewhere reader(target, FILE_SHARE_READ);
-        EXPECT_EQ(0, Copy(From("a.kra"), To("a.kra"), failIfExists));
+        EXPECT_THAT(Copy(From("a.kra"), To("a.kra"), failIfExists), Fails());
         for (const UINT operation : kCopyAndMove) {
-            EXPECT_EQ(0, OnItem(operation, From("a.kra"), To("a.kra")));
+            EXPECT_THAT(OnItem(operation, From("a.kra"), To("a.kra")), Fails());
             OnList(operation, {From("a.kra")}, To(""));
         }
     }
@@ -180,10 +181,10 @@ TEST_P(PairTest, SourceOpenElsewhereStays) {
     if (FromDirectory()) return;
     Source().MakeFile("from\\a.kra", "1");
     {
-        const OpenElsewhere owner(static_cast<FolderStore&>(Source()).At("from\\a.kra"), 0);
-        EXPECT_EQ(0, Copy(From("a.kra"), To("a.kra"), false));
+        const OpenElsewhere owner(Source().At("from\\a.kra"), 0);
+        EXPECT_THAT(Copy(From("a.kra"), To("a.kra"), false), Fails());
         for (const UINT operation : kCopyAndMove) {
-            EXPECT_EQ(0, OnItem(operation, From("a.kra"), To("a.kra")));
+            EXPECT_THAT(OnItem(operation, From("a.kra"), To("a.kra")), Fails());
         }
     }
     EXPECT_EQ(StoreContents(), Target().Contents("to"));
@@ -204,13 +205,12 @@ TEST_P(PairTest, MovedItemWhoseSourceIsHeldByAReaderCountsAsDone) {
         if (ToDirectory()) return;
         work_->paths->At(0)->username = kReader;
         work_->paths->At(0)->password = kReaderPassword;
-        EXPECT_EQ(1, OnItem(FO_MOVE, From("a.kra"), To("b.kra")));
+        EXPECT_THAT(OnItem(FO_MOVE, From("a.kra"), To("b.kra")), IsDone());
         // A list says so.
-        EXPECT_EQ(0, OnList(FO_MOVE, {From("a.kra")}, To("")));
+        EXPECT_THAT(OnList(FO_MOVE, {From("a.kra")}, To("")), Fails());
     } else {
-        const OpenElsewhere reader(static_cast<FolderStore&>(Source()).At("from\\a.kra"),
-                                   FILE_SHARE_READ);
-        EXPECT_EQ(1, OnItem(FO_MOVE, From("a.kra"), To("b.kra")));
+        const OpenElsewhere reader(Source().At("from\\a.kra"), FILE_SHARE_READ);
+        EXPECT_THAT(OnItem(FO_MOVE, From("a.kra"), To("b.kra")), IsDone());
     }
     EXPECT_EQ("1", Target().Bytes("to\\b.kra"));
     EXPECT_EQ("1", Source().Bytes("from\\a.kra"));

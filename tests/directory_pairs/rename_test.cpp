@@ -1,12 +1,13 @@
 // Renaming within a depot, of either kind.
 #include "directory_pairs/pairs_fixture.h"
+#include "support/results.h"
 
 namespace depot::test {
 namespace {
 
 class RenameTest : public PairWorldTest, public testing::WithParamInterface<StoreKind> {
 protected:
-    Store& Place() { return StoreOf(GetParam()); }
+    TestFolder& Place() { return StoreOf(GetParam()); }
     bool InDirectory() const { return GetParam() == StoreKind::kDirectory; }
     int Rename(const std::string& from, const std::string& to) {
         CDepot& depot = InDirectory() ? *work_ : home_;
@@ -15,31 +16,31 @@ protected:
     void ExpectRefused(const std::string& from, const std::string& to) {
         SCOPED_TRACE(from + " to " + to);
         const StoreContents before = Place().Contents();
-        EXPECT_EQ(0, Rename(from, to));
+        EXPECT_THAT(Rename(from, to), Fails());
         EXPECT_EQ(before, Place().Contents());
     }
 };
 
 TEST_P(RenameTest, FileGetsItsNewName) {
     Place().MakeFile("from\\a.kra", "1");
-    EXPECT_EQ(1, Rename("from\\a.kra", "from\\b.kra"));
-    EXPECT_EQ(1, Rename("from\\b.kra", "to\\c.kra"));
+    EXPECT_THAT(Rename("from\\a.kra", "from\\b.kra"), IsDone());
+    EXPECT_THAT(Rename("from\\b.kra", "to\\c.kra"), IsDone());
     EXPECT_EQ(StoreContents(), Place().Contents("from"));
     EXPECT_EQ((StoreContents{{"c.kra", "1"}}), Place().Contents("to"));
 }
 
 TEST_P(RenameTest, TreeKeepsItsShape) {
     Place().MakeTree("from\\tree");
-    EXPECT_EQ(1, Rename("from\\tree", "from\\other"));
+    EXPECT_THAT(Rename("from\\tree", "from\\other"), IsDone());
     EXPECT_FALSE(Place().Holds("from\\tree"));
-    EXPECT_EQ(Store::Tree(), Place().Contents("from\\other"));
+    EXPECT_EQ(TestFolder::Tree(), Place().Contents("from\\other"));
 }
 
 TEST_P(RenameTest, FolderWithADotAndFileWithoutOneKeepWhatTheyHold) {
     Place().MakeFile("from\\v1.2\\sub\\d.kra", "5");
     Place().MakeFile("from\\README", "1");
-    EXPECT_EQ(1, Rename("from\\v1.2", "from\\v1.3"));
-    EXPECT_EQ(1, Rename("from\\README", "from\\LICENCE"));
+    EXPECT_THAT(Rename("from\\v1.2", "from\\v1.3"), IsDone());
+    EXPECT_THAT(Rename("from\\README", "from\\LICENCE"), IsDone());
     EXPECT_EQ((StoreContents{{"LICENCE", "1"},
                              {"v1.3", kFolderMark},
                              {"v1.3\\sub", kFolderMark},
@@ -63,8 +64,10 @@ TEST_P(RenameTest, MissingSourceAndEmptyNamesAreRefused) {
     ExpectRefused("from\\none", "from\\b");
     const StoreContents before = Place().Contents();
     CDepot& depot = InDirectory() ? *work_ : home_;
-    EXPECT_EQ(0, MoveFile(depot, Place().Path("from\\a.kra"), "", nullptr, nullptr, &error_));
-    EXPECT_EQ(0, MoveFile(depot, "", Place().Path("from\\b.kra"), nullptr, nullptr, &error_));
+    EXPECT_THAT(MoveFile(depot, Place().Path("from\\a.kra"), "", nullptr, nullptr, &error_),
+                Fails());
+    EXPECT_THAT(MoveFile(depot, "", Place().Path("from\\b.kra"), nullptr, nullptr, &error_),
+                Fails());
     EXPECT_EQ(before, Place().Contents());
 }
 
@@ -90,10 +93,10 @@ TEST_P(RenameTest, LettersOfANameChange) {
     if (!InDirectory()) return;
     Place().MakeFile("from\\a.kra", "1");
     Place().MakeTree("from\\tree");
-    EXPECT_EQ(1, Rename("from\\a.kra", "from\\A.KRA"));
-    EXPECT_EQ(1, Rename("from\\tree", "from\\TREE"));
+    EXPECT_THAT(Rename("from\\a.kra", "from\\A.KRA"), IsDone());
+    EXPECT_THAT(Rename("from\\tree", "from\\TREE"), IsDone());
     EXPECT_EQ("1", Place().Contents("from")["A.KRA"]);
-    EXPECT_EQ(Store::Tree(), Place().Contents("from\\TREE"));
+    EXPECT_EQ(TestFolder::Tree(), Place().Contents("from\\TREE"));
 }
 
 TEST_P(RenameTest, NamesOfEveryKindAreTaken) {
@@ -101,9 +104,9 @@ TEST_P(RenameTest, NamesOfEveryKindAreTaken) {
                              "(99999999999).kra", "a (3) (4).kra"}) {
         SCOPED_TRACE(name);
         Place().MakeFile("from\\a.kra", "1");
-        EXPECT_EQ(1, Rename("from\\a.kra", std::string("from\\") + name));
+        EXPECT_THAT(Rename("from\\a.kra", std::string("from\\") + name), IsDone());
         EXPECT_EQ((StoreContents{{name, "1"}}), Place().Contents("from"));
-        EXPECT_EQ(1, Rename(std::string("from\\") + name, std::string("to\\") + name));
+        EXPECT_THAT(Rename(std::string("from\\") + name, std::string("to\\") + name), IsDone());
     }
 }
 
@@ -142,7 +145,7 @@ TEST_F(PairWorldTest, MoveIntoAnotherDepotNeverLandsInTheCurrentFolder) {
     MoveFile(*work_, "<Work>\\from\\b.kra", "<Home>\\to\\b.kra", nullptr, &home_, &error_);
     EXPECT_TRUE(folder_.Bytes("from\\a.kra") == "1" || directory_.Bytes("to\\a.kra") == "1");
     EXPECT_TRUE(directory_.Bytes("from\\b.kra") == "2" || folder_.Bytes("to\\b.kra") == "2");
-    EXPECT_FALSE(Exists(directory_.DN("to\\a.kra")));
+    EXPECT_FALSE(Exists(directory_.At("to\\a.kra")));
 }
 
 }  // namespace

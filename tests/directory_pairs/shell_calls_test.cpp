@@ -3,6 +3,7 @@
 #include "fileops/publish.h"
 #include "platform/error_text.h"
 #include "support/import_patch.h"
+#include "support/results.h"
 
 namespace depot::test {
 namespace {
@@ -79,8 +80,9 @@ protected:
 
 TEST_F(ShellCallsTest, RenamingIsAQuietRename) {
     folder_.MakeFile("from\\a.kra", "1");
-    EXPECT_EQ(1, MoveFile(home_, "<Home>\\from\\a.kra", "<Home>\\from\\b.kra", window_, nullptr,
-                          &error_));
+    EXPECT_THAT(
+        MoveFile(home_, "<Home>\\from\\a.kra", "<Home>\\from\\b.kra", window_, nullptr, &error_),
+        IsDone());
     ASSERT_EQ(1u, calls.size());
     EXPECT_EQ(UINT{FO_RENAME}, calls[0].operation);
     EXPECT_EQ(0x0210, calls[0].flags);
@@ -91,8 +93,9 @@ TEST_F(ShellCallsTest, RenamingIsAQuietRename) {
 
 TEST_F(ShellCallsTest, MovingIntoADepotIsAQuietMove) {
     folder_.MakeFile("from\\a.kra", "1");
-    EXPECT_EQ(
-        1, MoveFile(home_, "<Home>\\from\\a.kra", "<Home>\\to\\b.kra", nullptr, &home_, &error_));
+    EXPECT_THAT(
+        MoveFile(home_, "<Home>\\from\\a.kra", "<Home>\\to\\b.kra", nullptr, &home_, &error_),
+        IsDone());
     ASSERT_EQ(1u, calls.size());
     EXPECT_EQ(UINT{FO_MOVE}, calls[0].operation);
     EXPECT_EQ(0x0210, calls[0].flags);
@@ -114,19 +117,19 @@ TEST_F(ShellCallsTest, AnyResultButZeroAndAnythingAbortedIsAFailureWithTheSystem
                                        ShellAnswer{false, -1, FALSE, ERROR_ACCESS_DENIED},
                                        ShellAnswer{false, 0, TRUE, ERROR_ACCESS_DENIED}}) {
         answer = failure;
-        EXPECT_EQ(0, rename());
+        EXPECT_THAT(rename(), Fails());
         EXPECT_EQ(Message(ERROR_ACCESS_DENIED, Storage("from\\b.kra").c_str()), error_);
-        EXPECT_EQ(0, list());
+        EXPECT_THAT(list(), Fails());
         EXPECT_EQ(Message(ERROR_ACCESS_DENIED, nullptr), error_);
     }
     answer = {false, 5, FALSE, 0};
-    EXPECT_EQ(0, rename());
+    EXPECT_THAT(rename(), Fails());
     EXPECT_EQ("junk", error_);
-    EXPECT_EQ(0, list());
+    EXPECT_THAT(list(), Fails());
     EXPECT_EQ("junk", error_);
     answer = {false, 0, FALSE, ERROR_ACCESS_DENIED};
-    EXPECT_EQ(1, rename());
-    EXPECT_EQ(1, list());
+    EXPECT_THAT(rename(), IsDone());
+    EXPECT_THAT(list(), IsDone());
     EXPECT_EQ("junk", error_);
 }
 
@@ -135,20 +138,20 @@ TEST_F(ShellCallsTest, FailureReportsNothingThatIsNotItsOwn) {
     plain_.MakeFile("from\\a.kra", "1");
     Directory().SetLastError(LDAP_INSUFFICIENT_RIGHTS);
     answer = {false, 5, FALSE, ERROR_ACCESS_DENIED};
-    EXPECT_EQ(0, MoveFile(*work_, plain, target, nullptr, nullptr, &error_));
+    EXPECT_THAT(MoveFile(*work_, plain, target, nullptr, nullptr, &error_), Fails());
     EXPECT_EQ(Message(ERROR_ACCESS_DENIED, target.c_str()), error_);
     // A shell that says nothing leaves what was there before.
     answer.keepsLastError = true;
     for (CDepot* const depot : {work_, &home_}) {
         error_ = "junk";
         SetLastError(ERROR_WRITE_PROTECT);
-        EXPECT_EQ(0, MoveFile(*depot, plain, target, nullptr, nullptr, &error_));
+        EXPECT_THAT(MoveFile(*depot, plain, target, nullptr, nullptr, &error_), Fails());
         EXPECT_EQ("junk", error_);
     }
     SetLastError(ERROR_WRITE_PROTECT);
-    EXPECT_EQ(0, List(FO_COPY, {"<Home>\\from\\none.kra"}, "<Home>\\to\\"));
+    EXPECT_THAT(List(FO_COPY, {"<Home>\\from\\none.kra"}, "<Home>\\to\\"), Fails());
     EXPECT_EQ("junk", error_);
-    EXPECT_EQ(0, MoveFile(*work_, plain, "bare.kra", nullptr, nullptr, &error_));
+    EXPECT_THAT(MoveFile(*work_, plain, "bare.kra", nullptr, nullptr, &error_), Fails());
     EXPECT_NE("junk", error_);
 }
 
@@ -156,9 +159,9 @@ TEST_F(ShellCallsTest, MixedListIsOneCopyOfAllAndOneDeletionOfATemporaryFolder) 
     folder_.MakeFile("from\\a.kra", "1");
     folder_.MakeFile("from\\b.kra", "2");
     directory_.MakeFile("from\\c.kra", "3");
-    EXPECT_EQ(1,
-              List(FO_COPY, {"<Home>\\from\\a.kra", "<Work>\\from\\c.kra", "<Home>\\from\\b.kra"},
-                   "<Home>\\to\\"));
+    EXPECT_THAT(List(FO_COPY, {"<Home>\\from\\a.kra", "<Work>\\from\\c.kra", "<Home>\\from\\b.kra"},
+                     "<Home>\\to\\"),
+                IsDone());
     ASSERT_EQ(2u, calls.size());
     EXPECT_EQ(UINT{FO_COPY}, calls[0].operation);
     EXPECT_EQ(0x0614, calls[0].flags);
@@ -182,8 +185,8 @@ TEST_F(ShellCallsTest, AllTemporaryFoldersAreDeletedAtOnceAlsoAfterAFailure) {
     for (const UINT operation : {FO_COPY, FO_MOVE, FO_DELETE}) {
         calls.clear();
         answer = {false, 5, FALSE, 0};
-        EXPECT_EQ(0,
-                  List(operation, {"<Work>\\from\\a.kra", "<Work>\\from\\b.kra"}, "<Home>\\to\\"));
+        EXPECT_THAT(List(operation, {"<Work>\\from\\a.kra", "<Work>\\from\\b.kra"}, "<Home>\\to\\"),
+                    Fails());
         ASSERT_EQ(2u, calls.size());
         EXPECT_EQ(operation, calls[0].operation);
         EXPECT_EQ(UINT{FO_DELETE}, calls[1].operation);
@@ -198,8 +201,8 @@ TEST_F(ShellCallsTest, TemporaryFolderThatStaysChangesNothingElse) {
     directory_.MakeFile("from\\a.kra", "1");
     directory_.MakeFile("from\\b.kra", "2");
     answer.refusesDeletions = true;
-    EXPECT_EQ(1, List(FO_COPY, {"<Work>\\from\\a.kra"}, "<Home>\\to\\"));
-    EXPECT_EQ(1, List(FO_MOVE, {"<Work>\\from\\b.kra"}, "<Home>\\to\\"));
+    EXPECT_THAT(List(FO_COPY, {"<Work>\\from\\a.kra"}, "<Home>\\to\\"), IsDone());
+    EXPECT_THAT(List(FO_MOVE, {"<Work>\\from\\b.kra"}, "<Home>\\to\\"), IsDone());
     EXPECT_EQ("junk", error_);
     EXPECT_EQ((StoreContents{{"a.kra", "1"}, {"b.kra", "2"}}), folder_.Contents("to"));
     EXPECT_FALSE(directory_.Holds("from\\b.kra"));
@@ -214,7 +217,7 @@ TEST_F(ShellCallsTest, TemporaryFolderThatStaysChangesNothingElse) {
 TEST_F(ShellCallsTest, EntriesStayWhenTheShellCallsAMoveDoneAndLeavesTheirCopies) {
     directory_.MakeFile("from\\a.kra", "1");
     answer = {false, 0, FALSE, 0};
-    EXPECT_EQ(0, List(FO_MOVE, {"<Work>\\from\\a.kra"}, "<Home>\\to\\"));
+    EXPECT_THAT(List(FO_MOVE, {"<Work>\\from\\a.kra"}, "<Home>\\to\\"), Fails());
     EXPECT_EQ("1", directory_.Bytes("from\\a.kra"));
 }
 
@@ -224,14 +227,15 @@ TEST_F(ShellCallsTest, ListIntoADirectoryNeverCallsTheShell) {
     for (const UINT operation : {FO_COPY, FO_RENAME}) {
         List(operation, {"<Home>\\from\\a.kra", "<Work>\\from\\b.kra"}, "<Work>\\to\\");
     }
-    EXPECT_EQ(1, List(FO_MOVE, {"<Work>\\from\\b.kra"}, "<Work>\\to\\moved\\"));
+    EXPECT_THAT(List(FO_MOVE, {"<Work>\\from\\b.kra"}, "<Work>\\to\\moved\\"), IsDone());
     EXPECT_THAT(calls, IsEmpty());
 }
 
 TEST_F(ShellCallsTest, MovedSourceIsDeletedByTheShellWithItsWindow) {
     folder_.MakeFile("from\\a.kra", "1");
     const CDepotItem target = Item("<Work>\\to\\a.kra");
-    EXPECT_EQ(1, ItemOperation(Item("<Home>\\from\\a.kra"), &target, FO_MOVE, window_, &error_));
+    EXPECT_THAT(ItemOperation(Item("<Home>\\from\\a.kra"), &target, FO_MOVE, window_, &error_),
+                IsDone());
     ASSERT_EQ(1u, calls.size());
     EXPECT_EQ(UINT{FO_DELETE}, calls[0].operation);
     EXPECT_EQ(FOF_NOCONFIRMATION, calls[0].flags);
@@ -243,7 +247,7 @@ TEST_F(ShellCallsTest, MovedSourceIsDeletedByTheShellWithItsWindow) {
 TEST_F(ShellCallsTest, MoveCountsAsDoneWhenTheShellCannotDeleteTheSource) {
     folder_.MakeFile("from\\a.kra", "1");
     answer = {false, 5, FALSE, ERROR_ACCESS_DENIED};
-    EXPECT_EQ(1, OnItem(FO_MOVE, "<Home>\\from\\a.kra", "<Work>\\to\\a.kra"));
+    EXPECT_THAT(OnItem(FO_MOVE, "<Home>\\from\\a.kra", "<Work>\\to\\a.kra"), IsDone());
     EXPECT_EQ("1", directory_.Bytes("to\\a.kra"));
     EXPECT_EQ("1", folder_.Bytes("from\\a.kra"));
     EXPECT_EQ("junk", error_);
@@ -256,7 +260,7 @@ TEST_F(ShellCallsTest, FilesOfOneNameAreNotMovedTogetherWhenTheShellMayNotAsk) {
     folder_.MakeFile("from\\other\\A.kra", "2");
     folder_.MakeFile("from\\dir\\b.kra", "3");
     const StoreContents before = folder_.Contents();
-    EXPECT_EQ(0, OnList(FO_MOVE, sources, "<Home>\\to"));
+    EXPECT_THAT(OnList(FO_MOVE, sources, "<Home>\\to"), Fails());
     EXPECT_EQ(Message(ERROR_ALREADY_EXISTS, nullptr), error_);
     EXPECT_THAT(calls, IsEmpty());
     EXPECT_EQ(before, folder_.Contents());
@@ -274,7 +278,7 @@ TEST_F(ShellCallsTest, FilesOfOneNameReachAShellThatReplacesNothingUnasked) {
                                            {FO_MOVE, FOF_NOCONFIRMATION | FOF_RENAMEONCOLLISION}}) {
         calls.clear();
         const CDepotItem* const target = operation == FO_DELETE ? nullptr : &to;
-        EXPECT_EQ(1, ListOperation(items, target, operation, flags, nullptr, &error_));
+        EXPECT_THAT(ListOperation(items, target, operation, flags, nullptr, &error_), IsDone());
         ASSERT_EQ(1u, calls.size());
         EXPECT_EQ(2u, calls[0].sources.size());
     }
@@ -284,12 +288,13 @@ TEST_F(ShellCallsTest, NothingThatHasNoPlaceReachesTheShell) {
     folder_.MakeFile("from\\a.kra", "1");
     const CDepotItem nowhere;
     CDepotItems items;
-    EXPECT_EQ(1, ListOperation(items, &nowhere, FO_COPY, kQuietFlags, nullptr, &error_));
+    EXPECT_THAT(ListOperation(items, &nowhere, FO_COPY, kQuietFlags, nullptr, &error_), IsDone());
     items.Append(Item("<Home>\\from\\a.kra").Clone());
-    EXPECT_EQ(0, ListOperation(items, &nowhere, FO_COPY, kQuietFlags, nullptr, &error_));
-    EXPECT_EQ(0, MoveFile(home_, "<Home>\\from\\a.kra", "", nullptr, nullptr, &error_));
-    EXPECT_EQ(0, List(FO_COPY, {"<Home>\\from\\a.kra"},
-                      "<Home>\\" + std::string(261 - Storage("").size(), 'x')));
+    EXPECT_THAT(ListOperation(items, &nowhere, FO_COPY, kQuietFlags, nullptr, &error_), Fails());
+    EXPECT_THAT(MoveFile(home_, "<Home>\\from\\a.kra", "", nullptr, nullptr, &error_), Fails());
+    EXPECT_THAT(List(FO_COPY, {"<Home>\\from\\a.kra"},
+                     "<Home>\\" + std::string(261 - Storage("").size(), 'x')),
+                Fails());
     EXPECT_THAT(calls, IsEmpty());
 }
 

@@ -3,6 +3,7 @@
 #include "fileops/copy.h"
 #include "fileops/directory_transfer.h"
 #include "store/directory_store.h"
+#include "support/results.h"
 
 namespace depot::test {
 namespace {
@@ -43,7 +44,7 @@ protected:
         return CopyEntry(*first_, from, *second_, to, ExistingEntries::kReplace, &error_, {}, fate);
     }
     ItemIdentity Compare(const std::string& dn) {
-        depot::DirectoryStore one(*first_), other(*second_);
+        DirectoryStore one(*first_), other(*second_);
         const StoreScope first(one), second(other);
         return CompareItem(one, other, dn);
     }
@@ -71,13 +72,13 @@ TEST_F(UnknownIdentityTest, EntryIsNotMovedOntoOrIntoWhatMayBeItself) {
          {std::pair(file_, file_), std::pair(tree_, tree_), std::pair(tree_, "cn=x," + tree_),
           std::pair("cn=b.kra," + tree_, tree_)}) {
         SCOPED_TRACE(from + " to " + to);
-        EXPECT_EQ(0, Copy(from, to, SourceFate::kGoes));
-        EXPECT_EQ(std::uint32_t{LDAP_PARAM_ERROR}, first_->LastError());
+        EXPECT_THAT(Copy(from, to, SourceFate::kGoes), Fails());
+        EXPECT_THAT(first_->LastError(), IsCode(LDAP_PARAM_ERROR));
         EXPECT_TRUE(server_->Holds(from));
     }
     EXPECT_FALSE(server_->Holds("cn=x," + tree_));
     // Names that differ are no reason.
-    EXPECT_EQ(1, Copy(file_, "cn=c.kra," + tree_, SourceFate::kGoes));
+    EXPECT_THAT(Copy(file_, "cn=c.kra," + tree_, SourceFate::kGoes), IsDone());
 }
 
 TEST_F(UnknownIdentityTest, CopyOntoWhatMayBeItselfDestroysNothing) {
@@ -103,7 +104,7 @@ TEST_F(UnknownIdentityTest, MovedItemStaysWhereItIs) {
         world.depots.Add(depot.release(), false);
     }
     const CDepotItem from("<Work>\\a.kra", depots[0]), to("<Twin>\\a.kra", depots[1]);
-    EXPECT_EQ(0, ItemOperation(from, &to, FO_MOVE, nullptr, &error_));
+    EXPECT_THAT(ItemOperation(from, &to, FO_MOVE, nullptr, &error_), Fails());
     EXPECT_TRUE(server_->Holds(file_));
 }
 
@@ -113,8 +114,8 @@ TEST_F(UnknownIdentityTest, IdentifiersOfOtherServersAreKnown) {
         Start(std::string(kOtherIdentifiers) + kHiddenIdentifier + kWriters);
         AddIdentifier(name, "0123456789abcdef");
         EXPECT_EQ(ItemIdentity::kSame, Compare(file_));
-        EXPECT_EQ(0, Copy(file_, file_, SourceFate::kStays));
-        EXPECT_EQ(std::uint32_t{LDAP_PARAM_ERROR}, first_->LastError());
+        EXPECT_THAT(Copy(file_, file_, SourceFate::kStays), Fails());
+        EXPECT_THAT(first_->LastError(), IsCode(LDAP_PARAM_ERROR));
     }
 }
 
@@ -130,7 +131,7 @@ TEST_F(UnknownIdentityTest, OtherIdentifiersAreThoseOfAnotherEntry) {
     other_ = server.Location().Clone();
     second_ = std::make_unique<CLDAPItems>(other_.get());
     EXPECT_EQ(ItemIdentity::kOther, Compare(file_));
-    EXPECT_EQ(1, Copy(file_, file_, SourceFate::kGoes));
+    EXPECT_THAT(Copy(file_, file_, SourceFate::kGoes), IsDone());
     EXPECT_THAT(server.Show(file_), testing::HasSubstr("quillonFileContentsBinary: 1\n"));
 }
 
@@ -139,8 +140,8 @@ TEST_F(UnknownIdentityTest, MoveThroughAUserWhoSeesNothingReplacesNothing) {
     other_->username = kReader;
     other_->password = kReaderPassword;
     EXPECT_EQ(ItemIdentity::kUnseen, Compare(file_));
-    EXPECT_EQ(0, Copy(file_, file_, SourceFate::kGoes));
-    EXPECT_EQ(std::uint32_t{LDAP_ALREADY_EXISTS}, first_->LastError());
+    EXPECT_THAT(Copy(file_, file_, SourceFate::kGoes), Fails());
+    EXPECT_THAT(first_->LastError(), IsCode(LDAP_ALREADY_EXISTS));
     EXPECT_TRUE(server_->Holds(file_));
 }
 

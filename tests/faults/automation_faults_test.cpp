@@ -3,6 +3,7 @@
 
 #include "component/late_calls.h"
 #include "faults/fault_series.h"
+#include "support/results.h"
 
 namespace depot::test {
 namespace {
@@ -32,29 +33,32 @@ protected:
 TEST_F(AutomationFaultsTest, RegistrationIsCompleteOrFails) {
     HRESULT result = S_FALSE;
     RunWithFaults({
-        [] { EXPECT_EQ(S_OK, Library::Own().Unregister()); },
-        [&] { result = Library::Own().Register(); },
-        [&](std::optional<Fault> failing) {
-            EXPECT_EQ(locale_, GetThreadLocale());
-            EXPECT_TRUE(result == S_OK || (failing && FAILED(result))) << std::hex << result;
-            if (result != S_OK) return;
-            for (const char* const key : kRegisteredKeys) EXPECT_TRUE(IsRegistered(key)) << key;
-            EXPECT_NE(nullptr, test::CreateApi());
-        },
+        .prepare = [] { EXPECT_THAT(Library::Own().Unregister(), IsOk()); },
+        .operate = [&] { result = Library::Own().Register(); },
+        .verify =
+            [&](std::optional<Fault> failing) {
+                EXPECT_EQ(locale_, GetThreadLocale());
+                EXPECT_TRUE(result == S_OK || (failing && FAILED(result))) << std::hex << result;
+                if (result != S_OK) return;
+                for (const char* const key : kRegisteredKeys) EXPECT_TRUE(IsRegistered(key)) << key;
+                EXPECT_NE(nullptr, test::CreateApi());
+            },
     });
 }
 
 TEST_F(AutomationFaultsTest, UnregistrationLeavesNothingOrFails) {
     HRESULT result = S_FALSE;
     RunWithFaults({
-        [] { EXPECT_EQ(S_OK, Library::Own().Register()); },
-        [&] { result = Library::Own().Unregister(); },
-        [&](std::optional<Fault> failing) {
-            EXPECT_EQ(locale_, GetThreadLocale());
-            EXPECT_TRUE(result == S_OK || (failing && FAILED(result))) << std::hex << result;
-            if (result != S_OK) return;
-            for (const char* const key : kRegisteredKeys) EXPECT_FALSE(IsRegistered(key)) << key;
-        },
+        .prepare = [] { EXPECT_THAT(Library::Own().Register(), IsOk()); },
+        .operate = [&] { result = Library::Own().Unregister(); },
+        .verify =
+            [&](std::optional<Fault> failing) {
+                EXPECT_EQ(locale_, GetThreadLocale());
+                EXPECT_TRUE(result == S_OK || (failing && FAILED(result))) << std::hex << result;
+                if (result != S_OK) return;
+                for (const char* const key : kRegisteredKeys)
+                    EXPECT_FALSE(IsRegistered(key)) << key;
+            },
     });
 }
 
@@ -62,20 +66,23 @@ TEST_F(AutomationFaultsTest, ObjectIsMadeOrItsCreationFails) {
     HRESULT result = S_FALSE;
     bool made = false;
     RunWithFaults({
-        [&] { made = false; },
-        [&] {
-            void* created = nullptr;
-            result = Library::Own().GetClassObject(CLSID_DepotIntrApi, IID_IClassFactory, &created);
-            const Com<IClassFactory> factory(static_cast<IClassFactory*>(created));
-            if (!factory) return;
-            created = nullptr;
-            result = factory->CreateInstance(nullptr, IID_IDepotIntrApi, &created);
-            made = Com<IUnknown>(static_cast<IUnknown*>(created)) != nullptr;
-        },
-        [&](std::optional<Fault> failing) {
-            EXPECT_EQ(made, result == S_OK);
-            EXPECT_TRUE(made || (failing && FAILED(result))) << std::hex << result;
-        },
+        .prepare = [&] { made = false; },
+        .operate =
+            [&] {
+                void* created = nullptr;
+                result =
+                    Library::Own().GetClassObject(CLSID_DepotIntrApi, IID_IClassFactory, &created);
+                const Com<IClassFactory> factory(static_cast<IClassFactory*>(created));
+                if (!factory) return;
+                created = nullptr;
+                result = factory->CreateInstance(nullptr, IID_IDepotIntrApi, &created);
+                made = Com<IUnknown>(static_cast<IUnknown*>(created)) != nullptr;
+            },
+        .verify =
+            [&](std::optional<Fault> failing) {
+                EXPECT_EQ(made, result == S_OK);
+                EXPECT_TRUE(made || (failing && FAILED(result))) << std::hex << result;
+            },
     });
 }
 
@@ -87,20 +94,22 @@ TEST_F(AutomationFaultsTest, CallsByNameGiveTheValueOrFail) {
     const DISPID end = IdOf(L"DPUnInitialize");
     std::wstring text;
     RunWithFaults({
-        [&] { text = L"-"; },
-        [&] {
-            Variant handle(0);
-            Variant value(L"-");
-            Invoke(load, {Variant::Reference(handle), Variant(L"<Work>\\office.kra")}, {});
-            Invoke(read, {handle, L"S", L"K", L"-", Variant::Reference(value), 99}, {});
-            FaultLayer::Stop();
-            text = value.Text();
-            EXPECT_EQ(S_OK, Invoke(end, {handle}, {}));
-        },
-        [&](std::optional<Fault> failing) {
-            EXPECT_THAT(text, AnyOf(L"old", L"-", L""));
-            EXPECT_TRUE(failing || text == L"old");
-        },
+        .prepare = [&] { text = L"-"; },
+        .operate =
+            [&] {
+                Variant handle(0);
+                Variant value(L"-");
+                Invoke(load, {Variant::Reference(handle), Variant(L"<Work>\\office.kra")}, {});
+                Invoke(read, {handle, L"S", L"K", L"-", Variant::Reference(value), 99}, {});
+                FaultLayer::Stop();
+                text = value.Text();
+                EXPECT_THAT(Invoke(end, {handle}, {}), IsOk());
+            },
+        .verify =
+            [&](std::optional<Fault> failing) {
+                EXPECT_THAT(text, AnyOf(L"old", L"-", L""));
+                EXPECT_TRUE(failing || text == L"old");
+            },
     });
 }
 

@@ -45,17 +45,19 @@ TEST_P(BrowseFaultsTest, ChosenFileIsLoadedOrTheMethodFails) {
         EXPECT_EQ(loaded ? Wide(chosen_) : L"(null)", path.Value());
     };
     RunWithFaults({
-        [&] { Prepare(); },
-        [&] {
-            browse(PROMPT_SAVEAS);
-            browse(PROMPT_OPEN);
-            EXPECT_THAT(ReadValue(handle_), AnyOf(L"new", L"old", L"-", L"(null)"));
-            End(handle_);
-        },
-        [&](std::optional<Fault> failing) {
-            EXPECT_TRUE(failing || loaded);
-            ExpectEditKept();
-        },
+        .prepare = [&] { Prepare(); },
+        .operate =
+            [&] {
+                browse(PROMPT_SAVEAS);
+                browse(PROMPT_OPEN);
+                EXPECT_THAT(ReadValue(handle_), AnyOf(L"new", L"old", L"-", L"(null)"));
+                End(handle_);
+            },
+        .verify =
+            [&](std::optional<Fault> failing) {
+                EXPECT_TRUE(failing || loaded);
+                ExpectEditKept();
+            },
     });
 }
 
@@ -67,23 +69,25 @@ TEST_P(BrowseFaultsTest, ListOfChosenFilesIsWholeOrTheMethodFails) {
     HRESULT result = S_FALSE;
     bool ranOut = false;
     RunWithFaults({
-                      [&] { Prepare(); },
-                      [&] {
-                          OutText list;
-                          result = api_->DPBrowseMultiSel(handle_, APP_SKEIN, kYes, kYes, 0, 0,
-                                                          list, 1000);
-                          EXPECT_EQ(result == S_OK ? whole : L"(null)", list.Value());
-                          End(handle_);
-                      },
-                      [&](std::optional<Fault> failing) {
-                          EXPECT_THAT(result, AnyOf(S_OK, S_FALSE, E_FAIL));
-                          EXPECT_TRUE(failing || result == S_OK);
-                          if (result == E_FAIL) {
-                              EXPECT_TRUE(failing == FaultKind::kMemory);
-                              ranOut = true;
-                          }
-                          ExpectEditKept();
-                      },
+                      .prepare = [&] { Prepare(); },
+                      .operate =
+                          [&] {
+                              OutText list;
+                              result = api_->DPBrowseMultiSel(handle_, APP_SKEIN, kYes, kYes, 0, 0,
+                                                              list, 1000);
+                              EXPECT_EQ(result == S_OK ? whole : L"(null)", list.Value());
+                              End(handle_);
+                          },
+                      .verify =
+                          [&](std::optional<Fault> failing) {
+                              EXPECT_THAT(result, AnyOf(S_OK, S_FALSE, E_FAIL));
+                              EXPECT_TRUE(failing || result == S_OK);
+                              if (result == E_FAIL) {
+                                  EXPECT_TRUE(failing == FaultKind::kMemory);
+                                  ranOut = true;
+                              }
+                              ExpectEditKept();
+                          },
                   },
                   kManyRuns);
     EXPECT_TRUE(ranOut);

@@ -1,6 +1,7 @@
 // The methods of the interface while system calls fail: each answers, nothing of the user's is
 // lost, and nothing stays held.
 #include "faults/faulty_client.h"
+#include "support/results.h"
 
 namespace depot::test {
 namespace {
@@ -12,41 +13,44 @@ using testing::IsEmpty;
 // What a client makes of a file that could not be fetched.
 constexpr char kNewAlone[] = "[S]\r\nK=new\r\n";
 
-class ClientFaultsTest : public StoreFaultsTest {};
+using ClientFaultsTest = StoreFaultsTest;
 
 TEST_P(ClientFaultsTest, LoadWriteAndFlushLoseNothing) {
     const std::string path = Path("office.kra");
     bool written = false;
     RunWithFaults(
         {
-            [&] {
-                Forget();
-                Put(path, kOld);
-            },
-            [&] {
-                written = false;
-                const LONG_PTR handle = Load(path);
-                if (handle == 0) return;
-                EXPECT_THAT(ReadValue(handle), AnyOf(L"old", L"-", L"(null)"));
-                Succeeded(api_->DPSetProfileString(handle, Text("S"), Text("K"), Text("new")));
-                written = ReadValue(handle) == L"new";
-                Succeeded(api_->DPFlushFile(handle));
-                ReadValue(handle);
-                End(handle);
-            },
-            [&](std::optional<Fault> failing) {
-                const std::string stored = Get(path).value_or("(missing)");
-                if (!failing) {
-                    EXPECT_EQ(kNew, stored);
-                }
-                EXPECT_THAT(stored, AnyOf(kOld, kNew, kNewAlone));
-                const std::string everywhere = stored + Kept();
-                EXPECT_THAT(everywhere, HasSubstr("L=keep"));
-                if (failing != FaultKind::kFile) ExpectNoNeedlessCopies(stored + Recovered());
-                if (written) {
-                    EXPECT_THAT(everywhere, HasSubstr("K=new"));
-                }
-            },
+            .prepare =
+                [&] {
+                    Forget();
+                    Put(path, kOld);
+                },
+            .operate =
+                [&] {
+                    written = false;
+                    const LONG_PTR handle = Load(path);
+                    if (handle == 0) return;
+                    EXPECT_THAT(ReadValue(handle), AnyOf(L"old", L"-", L"(null)"));
+                    Succeeded(api_->DPSetProfileString(handle, Text("S"), Text("K"), Text("new")));
+                    written = ReadValue(handle) == L"new";
+                    Succeeded(api_->DPFlushFile(handle));
+                    ReadValue(handle);
+                    End(handle);
+                },
+            .verify =
+                [&](std::optional<Fault> failing) {
+                    const std::string stored = Get(path).value_or("(missing)");
+                    if (!failing) {
+                        EXPECT_EQ(kNew, stored);
+                    }
+                    EXPECT_THAT(stored, AnyOf(kOld, kNew, kNewAlone));
+                    const std::string everywhere = stored + Kept();
+                    EXPECT_THAT(everywhere, HasSubstr("L=keep"));
+                    if (failing != FaultKind::kFile) ExpectNoNeedlessCopies(stored + Recovered());
+                    if (written) {
+                        EXPECT_THAT(everywhere, HasSubstr("K=new"));
+                    }
+                },
         },
         kManyRuns);
 }
@@ -55,22 +59,24 @@ TEST_P(ClientFaultsTest, EndOfTheSessionLosesNothing) {
     const std::string path = Path("office.kra");
     LONG_PTR handle = 0;
     RunWithFaults({
-                      [&] {
-                          Forget();
-                          Put(path, kOld);
-                          handle = LoadEdited(path);
-                      },
-                      [&] { End(handle); },
-                      [&](std::optional<Fault> failing) {
-                          const std::string stored = Get(path).value_or("(missing)");
-                          if (!failing) {
-                              EXPECT_EQ(kNew, stored);
-                          }
-                          EXPECT_THAT(stored, AnyOf(kOld, kNew));
-                          EXPECT_THAT(stored + Kept(), HasSubstr("K=new"));
-                          if (failing != FaultKind::kFile)
-                              ExpectNoNeedlessCopies(stored + Recovered());
-                      },
+                      .prepare =
+                          [&] {
+                              Forget();
+                              Put(path, kOld);
+                              handle = LoadEdited(path);
+                          },
+                      .operate = [&] { End(handle); },
+                      .verify =
+                          [&](std::optional<Fault> failing) {
+                              const std::string stored = Get(path).value_or("(missing)");
+                              if (!failing) {
+                                  EXPECT_EQ(kNew, stored);
+                              }
+                              EXPECT_THAT(stored, AnyOf(kOld, kNew));
+                              EXPECT_THAT(stored + Kept(), HasSubstr("K=new"));
+                              if (failing != FaultKind::kFile)
+                                  ExpectNoNeedlessCopies(stored + Recovered());
+                          },
                   },
                   kManyRuns);
 }
@@ -80,27 +86,30 @@ TEST_P(ClientFaultsTest, FlushThatFailsLosesNothingAndLeavesTheSessionUsable) {
     LONG_PTR handle = 0;
     bool flushed = false;
     RunWithFaults({
-        [&] {
-            Forget();
-            Put(path, kOld);
-            handle = LoadEdited(path);
-        },
-        [&] {
-            flushed = Succeeded(api_->DPFlushFile(handle));
-            FaultLayer::Stop();
-            EXPECT_THAT(ReadValue(handle), AnyOf(L"new", L"old", L"-", L"(null)"));
-            End(handle);
-        },
-        [&](std::optional<Fault> failing) {
-            const std::string stored = Get(path).value_or("(missing)");
-            EXPECT_THAT(stored, AnyOf(kOld, kNew));
-            EXPECT_THAT(stored + Kept(), HasSubstr("K=new"));
-            if (failing != FaultKind::kFile) ExpectNoNeedlessCopies(stored + Recovered());
-            if (!failing) {
-                EXPECT_TRUE(flushed);
-                EXPECT_EQ(kNew, stored);
-            }
-        },
+        .prepare =
+            [&] {
+                Forget();
+                Put(path, kOld);
+                handle = LoadEdited(path);
+            },
+        .operate =
+            [&] {
+                flushed = Succeeded(api_->DPFlushFile(handle));
+                FaultLayer::Stop();
+                EXPECT_THAT(ReadValue(handle), AnyOf(L"new", L"old", L"-", L"(null)"));
+                End(handle);
+            },
+        .verify =
+            [&](std::optional<Fault> failing) {
+                const std::string stored = Get(path).value_or("(missing)");
+                EXPECT_THAT(stored, AnyOf(kOld, kNew));
+                EXPECT_THAT(stored + Kept(), HasSubstr("K=new"));
+                if (failing != FaultKind::kFile) ExpectNoNeedlessCopies(stored + Recovered());
+                if (!failing) {
+                    EXPECT_TRUE(flushed);
+                    EXPECT_EQ(kNew, stored);
+                }
+            },
     });
 }
 
@@ -108,28 +117,31 @@ TEST_P(ClientFaultsTest, ListingsHoldOnlyWhatIsThere) {
     for (const char* const name : {"a.kra", "b.kra", "c.kra"}) Put(Path("list\\") + name, "x");
     std::vector<std::wstring> found;
     RunWithFaults({
-        [&] { Forget(); },
-        [&] {
-            found.clear();
-            LONG_PTR handle = 0;
-            LONG count = 0;
-            Succeeded(
-                api_->DPFindInit(&handle, Text(Path("list\\")), Text(".kra"), APP_SKEIN, &count));
-            for (LONG index = 0; handle != 0 && index < count; ++index) {
-                OutText name;
-                if (Succeeded(api_->DPFindNext(handle, index, name))) found.push_back(name.Value());
-            }
-            if (handle != 0) End(handle);
-        },
-        [&](std::optional<Fault> failing) {
-            if (!failing) {
-                EXPECT_EQ(3u, found.size());
-            }
-            for (const std::wstring& name : found) {
-                EXPECT_THAT(name, AnyOf(Wide(Path("list\\a.kra")), Wide(Path("list\\b.kra")),
-                                        Wide(Path("list\\c.kra"))));
-            }
-        },
+        .prepare = [&] { Forget(); },
+        .operate =
+            [&] {
+                found.clear();
+                LONG_PTR handle = 0;
+                LONG count = 0;
+                Succeeded(api_->DPFindInit(&handle, Text(Path("list\\")), Text(".kra"), APP_SKEIN,
+                                           &count));
+                for (LONG index = 0; handle != 0 && index < count; ++index) {
+                    OutText name;
+                    if (Succeeded(api_->DPFindNext(handle, index, name)))
+                        found.push_back(name.Value());
+                }
+                if (handle != 0) End(handle);
+            },
+        .verify =
+            [&](std::optional<Fault> failing) {
+                if (!failing) {
+                    EXPECT_EQ(3u, found.size());
+                }
+                for (const std::wstring& name : found) {
+                    EXPECT_THAT(name, AnyOf(Wide(Path("list\\a.kra")), Wide(Path("list\\b.kra")),
+                                            Wide(Path("list\\c.kra"))));
+                }
+            },
     });
 }
 
@@ -139,30 +151,33 @@ TEST_P(ClientFaultsTest, CopyToALocalFileLeavesTheSourceAlone) {
     Put(path, kOld);
     bool copied = false;
     RunWithFaults({
-        [&] {
-            Forget();
-            DeleteFileA(copy.c_str());
-        },
-        [&] {
-            LONG_PTR handle = 0;
-            copied = false;
-            if (Succeeded(api_->DPInitialize(&handle))) {
-                copied = Succeeded(
-                    api_->DPCopyFileToLocalFS(handle, Text(path), Text(copy), VARIANT_TRUE));
-                End(handle);
-            }
-        },
-        [&](std::optional<Fault> failing) {
-            EXPECT_EQ(kOld, Get(path).value_or("(missing)"));
-            if (!failing) {
-                EXPECT_EQ(kOld, FileBytes(copy));
-            }
-            // A source that cannot be read is copied as an empty file.
-            if (copied) {
-                EXPECT_THAT(FileBytes(copy), AnyOf(kOld, ""));
-            }
-            EXPECT_THAT(RecoveredFiles(), IsEmpty());
-        },
+        .prepare =
+            [&] {
+                Forget();
+                DeleteFileA(copy.c_str());
+            },
+        .operate =
+            [&] {
+                LONG_PTR handle = 0;
+                copied = false;
+                if (Succeeded(api_->DPInitialize(&handle))) {
+                    copied = Succeeded(
+                        api_->DPCopyFileToLocalFS(handle, Text(path), Text(copy), VARIANT_TRUE));
+                    End(handle);
+                }
+            },
+        .verify =
+            [&](std::optional<Fault> failing) {
+                EXPECT_EQ(kOld, Get(path).value_or("(missing)"));
+                if (!failing) {
+                    EXPECT_EQ(kOld, FileBytes(copy));
+                }
+                // A source that cannot be read is copied as an empty file.
+                if (copied) {
+                    EXPECT_THAT(FileBytes(copy), AnyOf(kOld, ""));
+                }
+                EXPECT_THAT(RecoveredFiles(), IsEmpty());
+            },
     });
 }
 
@@ -173,31 +188,34 @@ TEST_P(ClientFaultsTest, NumberedCopyIsWholeOrNotThere) {
     bool copied = false;
     std::wstring name;
     RunWithFaults({
-        [&] {
-            Forget();
-            Remove(copy);
-            Remove(Path("office - copy (2).kra"));
-        },
-        [&] {
-            LONG_PTR handle = 0;
-            copied = false;
-            if (Succeeded(api_->DPInitialize(&handle))) {
-                OutText made;
-                copied = Succeeded(api_->DPMakeCopyFromSrcFile(handle, Text(path), made));
-                name = made.Value();
-                End(handle);
-            }
-        },
-        [&](std::optional<Fault> failing) {
-            EXPECT_EQ(kOld, Get(path).value_or("(missing)"));
-            EXPECT_EQ(kOld, Get(copy).value_or(kOld));
-            if (!failing) {
-                EXPECT_EQ(Wide(copy), name);
-            }
-            if (copied) {
-                EXPECT_EQ(kOld, Get(std::string(name.begin(), name.end())));
-            }
-        },
+        .prepare =
+            [&] {
+                Forget();
+                Remove(copy);
+                Remove(Path("office - copy (2).kra"));
+            },
+        .operate =
+            [&] {
+                LONG_PTR handle = 0;
+                copied = false;
+                if (Succeeded(api_->DPInitialize(&handle))) {
+                    OutText made;
+                    copied = Succeeded(api_->DPMakeCopyFromSrcFile(handle, Text(path), made));
+                    name = made.Value();
+                    End(handle);
+                }
+            },
+        .verify =
+            [&](std::optional<Fault> failing) {
+                EXPECT_EQ(kOld, Get(path).value_or("(missing)"));
+                EXPECT_EQ(kOld, Get(copy).value_or(kOld));
+                if (!failing) {
+                    EXPECT_EQ(Wide(copy), name);
+                }
+                if (copied) {
+                    EXPECT_EQ(kOld, Get(std::string(name.begin(), name.end())));
+                }
+            },
     });
 }
 
@@ -208,21 +226,24 @@ TEST_P(ClientFaultsTest, NumberedCopyReplacesNoFile) {
     Put(path, kOld);
     Put(first, "first");
     RunWithFaults({
-                      [&] {
-                          Forget();
-                          Remove(second);
-                      },
-                      [&] {
-                          LONG_PTR handle = 0;
-                          if (!Succeeded(api_->DPInitialize(&handle))) return;
-                          OutText made;
-                          Succeeded(api_->DPMakeCopyFromSrcFile(handle, Text(path), made));
-                          End(handle);
-                      },
-                      [&](std::optional<Fault> failing) {
-                          EXPECT_EQ("first", Get(first));
-                          EXPECT_EQ(kOld, Get(second).value_or(failing ? kOld : "(missing)"));
-                      },
+                      .prepare =
+                          [&] {
+                              Forget();
+                              Remove(second);
+                          },
+                      .operate =
+                          [&] {
+                              LONG_PTR handle = 0;
+                              if (!Succeeded(api_->DPInitialize(&handle))) return;
+                              OutText made;
+                              Succeeded(api_->DPMakeCopyFromSrcFile(handle, Text(path), made));
+                              End(handle);
+                          },
+                      .verify =
+                          [&](std::optional<Fault> failing) {
+                              EXPECT_EQ("first", Get(first));
+                              EXPECT_EQ(kOld, Get(second).value_or(failing ? kOld : "(missing)"));
+                          },
                   },
                   kManyRuns);
 }
@@ -232,24 +253,27 @@ TEST_P(ClientFaultsTest, RenameLeavesTheFileUnderOneOfItsNames) {
     const std::string other = Path("other.kra");
     bool renamed = false;
     RunWithFaults({
-        [&] {
-            Forget();
-            Remove(other);
-            Put(path, kOld);
-        },
-        [&] {
-            LONG_PTR handle = 0;
-            renamed = false;
-            if (Succeeded(api_->DPInitialize(&handle))) {
-                renamed = Succeeded(api_->DPRenameFile(handle, Text(path), Text(other)));
-                End(handle);
-            }
-        },
-        [&](std::optional<Fault> failing) {
-            EXPECT_NE(Get(path).has_value(), Get(other).has_value());
-            EXPECT_EQ(kOld, Get(renamed ? other : path));
-            EXPECT_TRUE(failing || renamed);
-        },
+        .prepare =
+            [&] {
+                Forget();
+                Remove(other);
+                Put(path, kOld);
+            },
+        .operate =
+            [&] {
+                LONG_PTR handle = 0;
+                renamed = false;
+                if (Succeeded(api_->DPInitialize(&handle))) {
+                    renamed = Succeeded(api_->DPRenameFile(handle, Text(path), Text(other)));
+                    End(handle);
+                }
+            },
+        .verify =
+            [&](std::optional<Fault> failing) {
+                EXPECT_NE(Get(path).has_value(), Get(other).has_value());
+                EXPECT_EQ(kOld, Get(renamed ? other : path));
+                EXPECT_TRUE(failing || renamed);
+            },
     });
 }
 
@@ -257,22 +281,25 @@ TEST_P(ClientFaultsTest, DeletionReportsWhetherTheFileIsGone) {
     const std::string path = Path("office.kra");
     bool deleted = false;
     RunWithFaults({
-        [&] {
-            Forget();
-            Put(path, kOld);
-        },
-        [&] {
-            LONG_PTR handle = 0;
-            deleted = false;
-            if (Succeeded(api_->DPInitialize(&handle))) {
-                deleted = Succeeded(api_->DPDeleteFile(handle, Text(path)));
-                End(handle);
-            }
-        },
-        [&](std::optional<Fault> failing) {
-            EXPECT_EQ(deleted ? std::nullopt : Contents(kOld), Get(path));
-            EXPECT_TRUE(failing || deleted);
-        },
+        .prepare =
+            [&] {
+                Forget();
+                Put(path, kOld);
+            },
+        .operate =
+            [&] {
+                LONG_PTR handle = 0;
+                deleted = false;
+                if (Succeeded(api_->DPInitialize(&handle))) {
+                    deleted = Succeeded(api_->DPDeleteFile(handle, Text(path)));
+                    End(handle);
+                }
+            },
+        .verify =
+            [&](std::optional<Fault> failing) {
+                EXPECT_EQ(deleted ? std::nullopt : Contents(kOld), Get(path));
+                EXPECT_TRUE(failing || deleted);
+            },
     });
 }
 
@@ -284,27 +311,30 @@ TEST_P(ClientFaultsTest, PublishingLeavesTheClientsAloneAndTheirCopiesWhole) {
     Put(source, kOld);
     bool published = false;
     RunWithFaults({
-        [&] {
-            Forget();
-            Remove(copy);
-            Put(profile, text);
-        },
-        [&] {
-            published = false;
-            const LONG_PTR handle = Load(profile);
-            if (handle == 0) return;
-            published = Succeeded(api_->DPPublishSkesDepFiles(handle));
-            End(handle);
-        },
-        [&](std::optional<Fault> failing) {
-            EXPECT_EQ(kOld, Get(source).value_or("(missing)"));
-            EXPECT_EQ(kOld, Get(copy).value_or(kOld));
-            if (!failing) {
-                EXPECT_EQ(kOld, Get(copy).value_or("(missing)"));
-            }
-            EXPECT_THAT(Get(profile).value_or("(missing)") + Kept(), HasSubstr("Count=1"));
-            EXPECT_TRUE(failing || published);
-        },
+        .prepare =
+            [&] {
+                Forget();
+                Remove(copy);
+                Put(profile, text);
+            },
+        .operate =
+            [&] {
+                published = false;
+                const LONG_PTR handle = Load(profile);
+                if (handle == 0) return;
+                published = Succeeded(api_->DPPublishSkesDepFiles(handle));
+                End(handle);
+            },
+        .verify =
+            [&](std::optional<Fault> failing) {
+                EXPECT_EQ(kOld, Get(source).value_or("(missing)"));
+                EXPECT_EQ(kOld, Get(copy).value_or(kOld));
+                if (!failing) {
+                    EXPECT_EQ(kOld, Get(copy).value_or("(missing)"));
+                }
+                EXPECT_THAT(Get(profile).value_or("(missing)") + Kept(), HasSubstr("Count=1"));
+                EXPECT_TRUE(failing || published);
+            },
     });
 }
 
@@ -320,7 +350,7 @@ TEST_F(FaultyClientTest, DirectoryClientThatCouldNotBeLoadedIsLoadedTheNextTime)
         api->DPLoadFile(&handle, Text("<Corp>\\office.kra"));
         api->DPGetProfileString(handle, Text("S"), Text("K"), Text("-"), value, 99);
         FaultLayer::Stop();
-        EXPECT_EQ(S_OK, api->DPUnInitialize(handle));
+        EXPECT_THAT(api->DPUnInitialize(handle), IsOk());
         return value.Value();
     };
     FaultLayer::Fail(FaultKind::kFile, 1, 1 << 20);

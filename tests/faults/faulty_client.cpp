@@ -1,4 +1,5 @@
 #include "faults/faulty_client.h"
+#include "support/results.h"
 
 namespace depot::test {
 namespace {
@@ -16,13 +17,13 @@ FaultyClientTest::FaultyClientTest() {
     ForgetServer(server_.Port());
     location_ = server_.Location(base_).Clone();
     items_ = std::make_unique<CLDAPItems>(location_.get());
-    EXPECT_EQ(1, items_->ConnectLocation(nullptr));
+    EXPECT_THAT(items_->ConnectLocation(nullptr), IsDone());
     DefineDirectoryDepot(depots_, "Corp", server_.Port(), base_);
     // From the first working copy on the component holds its journal, for good: also a test on a
     // folder may come to have one, where memory for the definition of its depot runs out.
     LONG_PTR handle = 0;
-    EXPECT_EQ(S_OK, api_->DPLoadFile(&handle, Text("<Corp>\\first.kra")));
-    EXPECT_EQ(S_OK, api_->DPUnInitialize(handle));
+    EXPECT_THAT(api_->DPLoadFile(&handle, Text("<Corp>\\first.kra")), IsOk());
+    EXPECT_THAT(api_->DPUnInitialize(handle), IsOk());
 }
 
 FaultyClientTest::Contents FaultyClientTest::Get(const std::string& displayPath) {
@@ -33,7 +34,7 @@ FaultyClientTest::Contents FaultyClientTest::Get(const std::string& displayPath)
     const std::string path = base_ + "\\" + displayPath.substr(kCorp.size());
     FileBuffer buffer;
     if (items_->ReadFileContents(items_->PathToDN(path), buffer) == 0) {
-        EXPECT_EQ(LDAP_NO_SUCH_OBJECT, static_cast<int>(items_->LastError()));
+        EXPECT_THAT(items_->LastError(), IsCode(LDAP_NO_SUCH_OBJECT));
         return std::nullopt;
     }
     return std::string(reinterpret_cast<const char*>(buffer.bytes.get()), buffer.length);
@@ -49,9 +50,9 @@ void FaultyClientTest::Put(const std::string& displayPath, const std::string& by
     const auto length = static_cast<std::uint32_t>(bytes.size());
     const std::string dn = items_->PathToDN(base_ + "\\" + displayPath.substr(kCorp.size()));
     const std::string name = displayPath.substr(displayPath.rfind('\\') + 1);
-    EXPECT_EQ(1, items_->EnsureFolderPath(dn, false, nullptr));
+    EXPECT_THAT(items_->EnsureFolderPath(dn, false, nullptr), IsDone());
     if (items_->ReplaceFileContents(dn, bytes.data(), length) == LDAP_SUCCESS) return;
-    EXPECT_EQ(0u, items_->AddFileEntry(dn, name, bytes.data(), length));
+    EXPECT_THAT(items_->AddFileEntry(dn, name, bytes.data(), length), IsDone());
 }
 
 void FaultyClientTest::Remove(const std::string& displayPath) {
@@ -82,7 +83,7 @@ LONG_PTR StoreFaultsTest::Load(const std::string& path) {
 
 LONG_PTR StoreFaultsTest::LoadEdited(const std::string& path) {
     const LONG_PTR handle = Load(path);
-    EXPECT_EQ(S_OK, api_->DPSetProfileString(handle, Text("S"), Text("K"), Text("new")));
+    EXPECT_THAT(api_->DPSetProfileString(handle, Text("S"), Text("K"), Text("new")), IsOk());
     return handle;
 }
 

@@ -7,6 +7,7 @@
 #include "faults/fault_layer.h"
 #include "faults/fault_series.h"
 #include "support/component_depots.h"
+#include "support/results.h"
 #include "support/working_files.h"
 
 namespace depot::test {
@@ -60,7 +61,7 @@ protected:
     LONG_PTR Load(const std::string& path);
     // A session whose file holds an edit that is not stored yet.
     LONG_PTR LoadEdited(const std::string& path);
-    void End(LONG_PTR handle) { EXPECT_EQ(S_OK, api_->DPUnInitialize(handle)); }
+    void End(LONG_PTR handle) { EXPECT_THAT(api_->DPUnInitialize(handle), IsOk()); }
     std::wstring ReadValue(LONG_PTR handle);
 };
 

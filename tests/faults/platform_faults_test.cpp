@@ -28,25 +28,28 @@ protected:
 TEST_F(PlatformFaultsTest, TemporaryFileIsThereOnlyWhereItsNameIsReturned) {
     std::string name;
     RunWithFaults({
-        [&] {
-            name = {};
-            CleanWorkingFiles();
-        },
-        [&] {
-            try {
-                name = MakeTempFileName();
-            } catch (const std::bad_alloc&) {
+        .prepare =
+            [&] {
                 name = {};
-            }
-        },
-        [&](std::optional<Fault> failing) {
-            EXPECT_TRUE(failing || !name.empty());
-            if (name.empty()) {
-                EXPECT_THAT(WorkingCopies(), IsEmpty());
-            } else {
-                EXPECT_THAT(WorkingCopies(), ElementsAre(name));
-            }
-        },
+                CleanWorkingFiles();
+            },
+        .operate =
+            [&] {
+                try {
+                    name = MakeTempFileName();
+                } catch (const std::bad_alloc&) {
+                    name = {};
+                }
+            },
+        .verify =
+            [&](std::optional<Fault> failing) {
+                EXPECT_TRUE(failing || !name.empty());
+                if (name.empty()) {
+                    EXPECT_THAT(WorkingCopies(), IsEmpty());
+                } else {
+                    EXPECT_THAT(WorkingCopies(), ElementsAre(name));
+                }
+            },
     });
 }
 
@@ -84,28 +87,30 @@ private:
 TEST_F(PlatformFaultsTest, SweepLosesNoEditOfAnAbandonedCopy) {
     const std::string folder = AbandonedCopy::Folder();
     RunWithFaults({
-        [] { AbandonedCopy(); },
-        [&] {
-            try {
-                SweepAbandonedCopies(folder);
-            } catch (const std::bad_alloc&) {
-                return;
-            }
-        },
-        [](std::optional<Fault> failing) {
-            std::vector<std::string> kept = RecoveredFiles();
-            const std::vector<std::string> copies = WorkingCopies();
-            EXPECT_TRUE(failing || copies.empty());
-            kept.insert(kept.end(), copies.begin(), copies.end());
-            ASSERT_FALSE(kept.empty());
-            // What could not be written whole may stay beside it where nothing can be deleted.
-            const auto holdsEdit = [](const std::string& path) {
-                return FileBytes(path) == AbandonedCopy::kEdit;
-            };
-            EXPECT_TRUE(std::any_of(kept.begin(), kept.end(), holdsEdit));
-            EXPECT_TRUE(std::all_of(copies.begin(), copies.end(), holdsEdit));
-            EXPECT_TRUE(failing || std::all_of(kept.begin(), kept.end(), holdsEdit));
-        },
+        .prepare = [] { AbandonedCopy(); },
+        .operate =
+            [&] {
+                try {
+                    SweepAbandonedCopies(folder);
+                } catch (const std::bad_alloc&) {
+                    return;
+                }
+            },
+        .verify =
+            [](std::optional<Fault> failing) {
+                std::vector<std::string> kept = RecoveredFiles();
+                const std::vector<std::string> copies = WorkingCopies();
+                EXPECT_TRUE(failing || copies.empty());
+                kept.insert(kept.end(), copies.begin(), copies.end());
+                ASSERT_FALSE(kept.empty());
+                // What could not be written whole may stay beside it where nothing can be deleted.
+                const auto holdsEdit = [](const std::string& path) {
+                    return FileBytes(path) == AbandonedCopy::kEdit;
+                };
+                EXPECT_TRUE(std::any_of(kept.begin(), kept.end(), holdsEdit));
+                EXPECT_TRUE(std::all_of(copies.begin(), copies.end(), holdsEdit));
+                EXPECT_TRUE(failing || std::all_of(kept.begin(), kept.end(), holdsEdit));
+            },
     });
 }
 
@@ -123,27 +128,29 @@ TEST_F(PlatformFaultsTest, SlotsOfAPoolAreItsOwnAndApart) {
         }
     };
     RunWithFaults({
-        [&] { count = 0; },
-        [&] {
-            LowMemoryPool pool(kSlotBytes);
-            for (std::size_t& used = count; used < slots.size();) {
-                slots[used] = take(pool);
-                if (slots[used] == nullptr && (slots[used] = take(pool)) == nullptr) break;
-                *slots[used] = used;
-                ++used;
-            }
-            for (std::size_t number = 0; number < count; ++number) {
-                apart = apart && *slots[number] == number;
-                pool.Free(slots[number]);
-            }
-        },
-        [&](std::optional<Fault> failing) {
-            EXPECT_TRUE(apart);
-            // One failed call costs nothing but itself.
-            if (!failing || !failing->onwards) {
-                EXPECT_EQ(slots.size(), count);
-            }
-        },
+        .prepare = [&] { count = 0; },
+        .operate =
+            [&] {
+                LowMemoryPool pool(kSlotBytes);
+                for (std::size_t& used = count; used < slots.size();) {
+                    slots[used] = take(pool);
+                    if (slots[used] == nullptr && (slots[used] = take(pool)) == nullptr) break;
+                    *slots[used] = used;
+                    ++used;
+                }
+                for (std::size_t number = 0; number < count; ++number) {
+                    apart = apart && *slots[number] == number;
+                    pool.Free(slots[number]);
+                }
+            },
+        .verify =
+            [&](std::optional<Fault> failing) {
+                EXPECT_TRUE(apart);
+                // One failed call costs nothing but itself.
+                if (!failing || !failing->onwards) {
+                    EXPECT_EQ(slots.size(), count);
+                }
+            },
     });
 }
 

@@ -5,6 +5,7 @@
 #include "component/component.h"
 #include "support/box_log.h"
 #include "support/component_depots.h"
+#include "support/results.h"
 #include "support/working_files.h"
 
 namespace depot::test {
@@ -28,8 +29,8 @@ protected:
         location_ = server_.Location(base_).Clone();
         items_ = std::make_unique<CLDAPItems>(location_.get());
         ForgetServer(server_.Port());
-        EXPECT_EQ(1, items_->ConnectLocation(nullptr));
-        EXPECT_EQ(0u, items_->AddFileEntry(dn_, "office.kra", kOld, sizeof(kOld) - 1));
+        EXPECT_THAT(items_->ConnectLocation(nullptr), IsDone());
+        EXPECT_THAT(items_->AddFileEntry(dn_, "office.kra", kOld, sizeof(kOld) - 1), IsDone());
     }
 
     // Positions in what the server sends in one connection: in, between and behind its answers.
@@ -43,12 +44,13 @@ protected:
     }
 
     void Store(const std::string& bytes) {
-        EXPECT_EQ(0u, items_->ReplaceFileContents(dn_, bytes.data(),
-                                                  static_cast<std::uint32_t>(bytes.size())));
+        EXPECT_THAT(items_->ReplaceFileContents(dn_, bytes.data(),
+                                                static_cast<std::uint32_t>(bytes.size())),
+                    IsDone());
     }
     std::string Stored() {
         FileBuffer buffer;
-        EXPECT_EQ(1, items_->ReadFileContents(dn_, buffer));
+        EXPECT_THAT(items_->ReadFileContents(dn_, buffer), IsDone());
         return std::string(reinterpret_cast<const char*>(buffer.bytes.get()), buffer.length);
     }
     static std::string Recovered() {
@@ -75,13 +77,13 @@ protected:
         return handle;
     }
     void Write(LONG_PTR handle) {
-        EXPECT_EQ(S_OK, api_->DPSetProfileString(handle, Text("S"), Text("K"), Text("new")));
+        EXPECT_THAT(api_->DPSetProfileString(handle, Text("S"), Text("K"), Text("new")), IsOk());
     }
     // A new session works as if nothing had happened.
     void ExpectNextSessionWorks(const wchar_t* value) {
         const LONG_PTR handle = Load();
         EXPECT_EQ(value, Read(handle, L"S", L"K"));
-        EXPECT_EQ(S_OK, api_->DPUnInitialize(handle));
+        EXPECT_THAT(api_->DPUnInitialize(handle), IsOk());
     }
 
     DirectoryServer& server_ = SharedServer();
@@ -104,7 +106,7 @@ TEST_P(ServerFaultsTest, BindOrFetchThatBreaksNeverCostsWhatTheEntryHolds) {
         InTime([&] { handle = Load(); });
         EXPECT_THAT(Read(handle, L"S", L"K"), AnyOf(L"old", L"(default)"));
         Heal();
-        InTime([&] { EXPECT_EQ(S_OK, api_->DPUnInitialize(handle)); });
+        InTime([&] { EXPECT_THAT(api_->DPUnInitialize(handle), IsOk()); });
         EXPECT_EQ(kOld, Stored());
         ExpectNextSessionWorks(L"old");
     }
@@ -120,7 +122,7 @@ TEST_P(ServerFaultsTest, EditOfAFileWhoseFetchBrokeKeepsBothVersions) {
         Write(handle);
         Heal();
         const bool written = Read(handle, L"S", L"K") == L"new";
-        InTime([&] { EXPECT_EQ(S_OK, api_->DPUnInitialize(handle)); });
+        InTime([&] { EXPECT_THAT(api_->DPUnInitialize(handle), IsOk()); });
         const std::string kept = Stored() + Recovered();
         EXPECT_THAT(kept, HasSubstr("L=keep"));
         if (written) {
@@ -143,7 +145,7 @@ TEST_P(ServerFaultsTest, EditIsKeptWhenTheAnswerToItsStorageBreaks) {
             EXPECT_TRUE(result == S_OK || result == S_FALSE) << result;
         });
         Heal();
-        InTime([&] { EXPECT_EQ(S_OK, api_->DPUnInitialize(handle)); });
+        InTime([&] { EXPECT_THAT(api_->DPUnInitialize(handle), IsOk()); });
         const std::string stored = Stored();
         EXPECT_THAT(stored, AnyOf(kOld, "[S]\r\nK=new\r\nL=keep\r\n"));
         EXPECT_THAT(stored + Recovered(), HasSubstr("K=new"));
@@ -170,7 +172,7 @@ TEST_P(ServerFaultsTest, LargeValueIsFetchedWholeOrNotAtAll) {
         for (const std::string& path : WorkingCopies()) {
             EXPECT_THAT(FileBytes(path).size(), AnyOf(0u, large.size()));
         }
-        EXPECT_EQ(S_OK, api_->DPUnInitialize(handle));
+        EXPECT_THAT(api_->DPUnInitialize(handle), IsOk());
         EXPECT_TRUE(Stored() == large);
     }
     ExpectNextSessionWorks(L"old");
@@ -178,14 +180,15 @@ TEST_P(ServerFaultsTest, LargeValueIsFetchedWholeOrNotAtAll) {
 
 TEST_P(ServerFaultsTest, BrokenListingIsNeverTakenForAWholeOne) {
     for (const char* const name : {"b.kra", "c.kra"}) {
-        EXPECT_EQ(0u, items_->AddFileEntry("cn=" + std::string(name) + "," + base_, name, "x", 1));
+        EXPECT_THAT(items_->AddFileEntry("cn=" + std::string(name) + "," + base_, name, "x", 1),
+                    IsDone());
     }
     const auto list = [&] {
         LONG_PTR handle = 0;
         LONG count = -1;
         InTime(
             [&] { api_->DPFindInit(&handle, Text("<Corp>\\"), Text(".kra"), APP_SKEIN, &count); });
-        EXPECT_EQ(S_OK, api_->DPUnInitialize(handle));
+        EXPECT_THAT(api_->DPUnInitialize(handle), IsOk());
         return count;
     };
     for (unsigned position = 0; position < 400; position += 19) {

@@ -1,33 +1,37 @@
 // Transfers between the stores while system calls fail: what is moved is never lost, a success is
 // complete, and no file stands half-written under its name.
-#include "directory_files/transfer_fixture.h"
+#include "directory_files/directory_world.h"
 #include "faults/fault_series.h"
 #include "fileops/directory_transfer.h"
 #include "fileops/enumerate.h"
 #include "fileops/item_operations.h"
+#include "support/results.h"
 #include "support/working_files.h"
 
 namespace depot {
 namespace {
 
 using test::Exists;
+using test::Fails;
 using test::Fault;
 using test::FaultKind;
 using test::FileBytes;
+using test::kDone;
+using test::kFailed;
 using test::RunWithFaults;
 using testing::IsEmpty;
 
 // The calls of this program itself fail, so that the layer is there for the operation alone.
-class TransferFaultsTest : public test::TransferTest {
+class TransferFaultsTest : public test::DirectoryWorldTest {
 protected:
     // The result of an operation; one that memory ran out for has failed.
     template <class Operation>
     int Result(const Operation& operation) {
-        int result = 0;
+        int result = kFailed;
         try {
             result = operation();
         } catch (const std::bad_alloc&) {
-            result = 0;
+            result = kFailed;
         }
         ForgetConnection();
         return result;
@@ -102,54 +106,61 @@ protected:
         const std::string from = DN("cn=from");
         const std::string to = DN("cn=to");
         RunWithFaults({
-            [&] {
-                ForgetLastRun();
-                RemoveTree(to);
-                MakeEntries(from);
-            },
-            [&] {
-                result_ = Result([&] {
-                    prepare();
-                    return MoveEntry(Directory(), from, to, &error_);
-                });
-            },
-            [&](std::optional<Fault> failing) {
-                ExpectWholeFiles(TreeAt(to));
-                EXPECT_TRUE(TreeAt(from) == kTree || TreeAt(to) == kTree);
-                if (result_ != 0) {
-                    EXPECT_EQ(kTree, TreeAt(to));
-                }
-                EXPECT_TRUE(failing || result_ == 1);
-                ExpectNoTemporaryFolders(failing);
-            },
+            .prepare =
+                [&] {
+                    ForgetLastRun();
+                    RemoveTree(to);
+                    MakeEntries(from);
+                },
+            .operate =
+                [&] {
+                    result_ = Result([&] {
+                        prepare();
+                        return MoveEntry(Directory(), from, to, &error_);
+                    });
+                },
+            .verify =
+                [&](std::optional<Fault> failing) {
+                    ExpectWholeFiles(TreeAt(to));
+                    EXPECT_TRUE(TreeAt(from) == kTree || TreeAt(to) == kTree);
+                    if (result_ == kDone) {
+                        EXPECT_EQ(kTree, TreeAt(to));
+                    }
+                    EXPECT_TRUE(failing || result_ == kDone);
+                    ExpectNoTemporaryFolders(failing);
+                },
         });
     }
 
     static constexpr char kTree[] = "1111 2222";
     test::FaultLayer layer_{GetModuleHandleA(nullptr)};
-    int result_ = 0;
+    int result_ = kFailed;
 };
 
 TEST_F(TransferFaultsTest, UploadOfATreeIsCompleteOrFails) {
     const std::string folder = MakeLocalTree();
     const std::string dn = DN("cn=up");
     RunWithFaults({
-        [&] {
-            ForgetLastRun();
-            RemoveTree(dn);
-        },
-        [&] {
-            result_ = Result(
-                [&] { return Upload(Directory(), folder, dn, ExistingEntries::kRefuse, &error_); });
-        },
-        [&](std::optional<Fault> failing) {
-            EXPECT_EQ(kTree, LocalTreeAt(folder));
-            ExpectWholeFiles(TreeAt(dn));
-            if (result_ != 0) {
-                EXPECT_EQ(kTree, TreeAt(dn));
-            }
-            EXPECT_TRUE(failing || result_ == 1);
-        },
+        .prepare =
+            [&] {
+                ForgetLastRun();
+                RemoveTree(dn);
+            },
+        .operate =
+            [&] {
+                result_ = Result([&] {
+                    return Upload(Directory(), folder, dn, ExistingEntries::kRefuse, &error_);
+                });
+            },
+        .verify =
+            [&](std::optional<Fault> failing) {
+                EXPECT_EQ(kTree, LocalTreeAt(folder));
+                ExpectWholeFiles(TreeAt(dn));
+                if (result_ == kDone) {
+                    EXPECT_EQ(kTree, TreeAt(dn));
+                }
+                EXPECT_TRUE(failing || result_ == kDone);
+            },
     });
 }
 
@@ -158,21 +169,24 @@ TEST_F(TransferFaultsTest, DownloadOfATreeIsCompleteOrFails) {
     const std::string folder = At("down");
     MakeEntries(dn);
     RunWithFaults({
-        [&] {
-            ForgetLastRun();
-            RemoveFolder(folder);
-        },
-        [&] { result_ = Result([&] { return Download(Directory(), dn, folder, &error_); }); },
-        [&](std::optional<Fault> failing) {
-            const std::string tree = LocalTreeAt(folder);
-            EXPECT_EQ(kTree, TreeAt(dn));
-            // What cannot be written can often not be removed either.
-            if (failing != FaultKind::kFile || !failing->onwards) ExpectWholeFiles(tree);
-            if (result_ != 0) {
-                EXPECT_EQ(kTree, tree);
-            }
-            EXPECT_TRUE(failing || result_ == 1);
-        },
+        .prepare =
+            [&] {
+                ForgetLastRun();
+                RemoveFolder(folder);
+            },
+        .operate =
+            [&] { result_ = Result([&] { return Download(Directory(), dn, folder, &error_); }); },
+        .verify =
+            [&](std::optional<Fault> failing) {
+                const std::string tree = LocalTreeAt(folder);
+                EXPECT_EQ(kTree, TreeAt(dn));
+                // What cannot be written can often not be removed either.
+                if (failing != FaultKind::kFile || !failing->onwards) ExpectWholeFiles(tree);
+                if (result_ == kDone) {
+                    EXPECT_EQ(kTree, tree);
+                }
+                EXPECT_TRUE(failing || result_ == kDone);
+            },
     });
 }
 
@@ -189,25 +203,28 @@ TEST_F(TransferFaultsTest, CopyOfATreeIsCompleteOrFails) {
     const std::string to = DN("cn=to");
     MakeEntries(from);
     RunWithFaults({
-        [&] {
-            ForgetLastRun();
-            RemoveTree(to);
-        },
-        [&] {
-            result_ = Result([&] {
-                return CopyEntry(Directory(), from, Directory(), to, ExistingEntries::kRefuse,
-                                 &error_);
-            });
-        },
-        [&](std::optional<Fault> failing) {
-            EXPECT_EQ(kTree, TreeAt(from));
-            ExpectWholeFiles(TreeAt(to));
-            if (result_ != 0) {
-                EXPECT_EQ(kTree, TreeAt(to));
-            }
-            EXPECT_TRUE(failing || result_ == 1);
-            ExpectNoTemporaryFolders(failing);
-        },
+        .prepare =
+            [&] {
+                ForgetLastRun();
+                RemoveTree(to);
+            },
+        .operate =
+            [&] {
+                result_ = Result([&] {
+                    return CopyEntry(Directory(), from, Directory(), to, ExistingEntries::kRefuse,
+                                     &error_);
+                });
+            },
+        .verify =
+            [&](std::optional<Fault> failing) {
+                EXPECT_EQ(kTree, TreeAt(from));
+                ExpectWholeFiles(TreeAt(to));
+                if (result_ == kDone) {
+                    EXPECT_EQ(kTree, TreeAt(to));
+                }
+                EXPECT_TRUE(failing || result_ == kDone);
+                ExpectNoTemporaryFolders(failing);
+            },
     });
 }
 
@@ -217,23 +234,26 @@ TEST_F(TransferFaultsTest, FileMovedIntoTheDirectoryIsInOneOfTheStores) {
     const CDepotItem item("<Home>\\m.kra", &home_);
     const CDepotItem target("<Work>\\m.kra", work_);
     RunWithFaults({
-        [&] {
-            ForgetLastRun();
-            Make("h\\m.kra", "3333");
-            RemoveTree(dn);
-        },
-        [&] {
-            result_ =
-                Result([&] { return ItemOperation(item, &target, FO_MOVE, nullptr, &error_); });
-        },
-        [&](std::optional<Fault> failing) {
-            EXPECT_TRUE(LocalFile(source) == "3333" || Contents(dn) == "3333");
-            EXPECT_THAT(Contents(dn), testing::AnyOf("3333", "(missing)"));
-            if (result_ != 0) {
-                EXPECT_EQ("3333", Contents(dn));
-            }
-            EXPECT_TRUE(failing || (result_ == 1 && !Exists(source)));
-        },
+        .prepare =
+            [&] {
+                ForgetLastRun();
+                Make("h\\m.kra", "3333");
+                RemoveTree(dn);
+            },
+        .operate =
+            [&] {
+                result_ =
+                    Result([&] { return ItemOperation(item, &target, FO_MOVE, nullptr, &error_); });
+            },
+        .verify =
+            [&](std::optional<Fault> failing) {
+                EXPECT_TRUE(LocalFile(source) == "3333" || Contents(dn) == "3333");
+                EXPECT_THAT(Contents(dn), testing::AnyOf("3333", "(missing)"));
+                if (result_ == kDone) {
+                    EXPECT_EQ("3333", Contents(dn));
+                }
+                EXPECT_TRUE(failing || (result_ == kDone && !Exists(source)));
+            },
     });
 }
 
@@ -243,24 +263,27 @@ TEST_F(TransferFaultsTest, FileMovedOutOfTheDirectoryIsInOneOfTheStores) {
     const CDepotItem item("<Work>\\m.kra", work_);
     const CDepotItem place("<Home>\\", &home_);
     RunWithFaults({
-        [&] {
-            ForgetLastRun();
-            DeleteFileA(target.c_str());
-            Connected().AddFileEntry(dn, "m.kra", "3333", 4);
-        },
-        [&] {
-            result_ = Result([&] {
-                CDepotItems items;
-                if (!items.Append(item.Clone())) return 0;
-                return ListOperation(items, &place, FO_MOVE, kQuietFlags, nullptr, &error_);
-            });
-        },
-        [&](std::optional<Fault> failing) {
-            EXPECT_TRUE(LocalFile(target) == "3333" || Contents(dn) == "3333");
-            EXPECT_THAT(LocalFile(target), testing::AnyOf("3333", "(missing)"));
-            EXPECT_TRUE(failing || (result_ == 1 && !Holds(dn)));
-            ExpectNoTemporaryFolders(failing);
-        },
+        .prepare =
+            [&] {
+                ForgetLastRun();
+                DeleteFileA(target.c_str());
+                Connected().AddFileEntry(dn, "m.kra", "3333", 4);
+            },
+        .operate =
+            [&] {
+                result_ = Result([&] {
+                    CDepotItems items;
+                    if (!items.Append(item.Clone())) return kFailed;
+                    return ListOperation(items, &place, FO_MOVE, kQuietFlags, nullptr, &error_);
+                });
+            },
+        .verify =
+            [&](std::optional<Fault> failing) {
+                EXPECT_TRUE(LocalFile(target) == "3333" || Contents(dn) == "3333");
+                EXPECT_THAT(LocalFile(target), testing::AnyOf("3333", "(missing)"));
+                EXPECT_TRUE(failing || (result_ == kDone && !Holds(dn)));
+                ExpectNoTemporaryFolders(failing);
+            },
     });
 }
 
@@ -271,16 +294,18 @@ TEST_F(TransferFaultsTest, FileIsNotMovedOutOfTheDirectoryOntoAnother) {
     const CDepotItem place("<Home>\\", &home_);
     Connected().AddFileEntry(dn, "m.kra", "3333", 4);
     RunWithFaults({
-        [&] { ForgetLastRun(); },
-        [&] {
-            result_ =
-                Result([&] { return ItemOperation(item, &place, FO_MOVE, nullptr, &error_); });
-        },
-        [&](std::optional<Fault>) {
-            EXPECT_EQ(0, result_);
-            EXPECT_EQ("other", LocalFile(target));
-            EXPECT_EQ("3333", Contents(dn));
-        },
+        .prepare = [&] { ForgetLastRun(); },
+        .operate =
+            [&] {
+                result_ =
+                    Result([&] { return ItemOperation(item, &place, FO_MOVE, nullptr, &error_); });
+            },
+        .verify =
+            [&](std::optional<Fault>) {
+                EXPECT_THAT(result_, Fails());
+                EXPECT_EQ("other", LocalFile(target));
+                EXPECT_EQ("3333", Contents(dn));
+            },
     });
 }
 
@@ -291,23 +316,26 @@ TEST_F(TransferFaultsTest, FileMovedBetweenFoldersIsInOneOfThem) {
     const CDepotItem item("<Home>\\m.kra", &home_);
     const CDepotItem place("<Store>\\", &store);
     RunWithFaults({
-        [&] {
-            ForgetLastRun();
-            DeleteFileA(target.c_str());
-            Make("h\\m.kra", "3333");
-        },
-        [&] {
-            result_ =
-                Result([&] { return ItemOperation(item, &place, FO_MOVE, nullptr, &error_); });
-        },
-        [&](std::optional<Fault> failing) {
-            EXPECT_TRUE(LocalFile(source) == "3333" || LocalFile(target) == "3333");
-            EXPECT_THAT(LocalFile(target), testing::AnyOf("3333", "(missing)"));
-            if (result_ != 0) {
-                EXPECT_EQ("3333", LocalFile(target));
-            }
-            EXPECT_TRUE(failing || (result_ == 1 && !Exists(source)));
-        },
+        .prepare =
+            [&] {
+                ForgetLastRun();
+                DeleteFileA(target.c_str());
+                Make("h\\m.kra", "3333");
+            },
+        .operate =
+            [&] {
+                result_ =
+                    Result([&] { return ItemOperation(item, &place, FO_MOVE, nullptr, &error_); });
+            },
+        .verify =
+            [&](std::optional<Fault> failing) {
+                EXPECT_TRUE(LocalFile(source) == "3333" || LocalFile(target) == "3333");
+                EXPECT_THAT(LocalFile(target), testing::AnyOf("3333", "(missing)"));
+                if (result_ == kDone) {
+                    EXPECT_EQ("3333", LocalFile(target));
+                }
+                EXPECT_TRUE(failing || (result_ == kDone && !Exists(source)));
+            },
     });
 }
 
@@ -315,26 +343,30 @@ TEST_F(TransferFaultsTest, TreeMovedBetweenFoldersIsInOneOfThem) {
     CDepot& store = world_.Add("Store", "Store", "s");
     const CDepotItem place("<Store>\\", &store);
     RunWithFaults({
-        [&] {
-            ForgetLastRun();
-            RemoveFolder(At("s\\tree"));
-            world_.folder.MakeFolder("h\\tree\\sub");
-            Make("h\\tree\\a.kra", "1111");
-            Make("h\\tree\\sub\\b.kra", "2222");
-        },
-        [&] {
-            result_ = Result([&] {
-                CDepotItems items;
-                if (!items.Append(std::make_unique<CDepotItem>("<Home>\\tree", &home_))) return 0;
-                return ListOperation(items, &place, FO_MOVE, kQuietFlags, nullptr, &error_);
-            });
-        },
-        [&](std::optional<Fault> failing) {
-            const std::string target = LocalTreeAt(At("s\\tree"));
-            ExpectWholeFiles(target);
-            EXPECT_EQ(kTree, result_ != 0 ? target : LocalTreeAt(At("h\\tree")));
-            EXPECT_TRUE(failing || (result_ == 1 && !Exists(At("h\\tree"))));
-        },
+        .prepare =
+            [&] {
+                ForgetLastRun();
+                RemoveFolder(At("s\\tree"));
+                world_.folder.MakeFolder("h\\tree\\sub");
+                Make("h\\tree\\a.kra", "1111");
+                Make("h\\tree\\sub\\b.kra", "2222");
+            },
+        .operate =
+            [&] {
+                result_ = Result([&] {
+                    CDepotItems items;
+                    if (!items.Append(std::make_unique<CDepotItem>("<Home>\\tree", &home_)))
+                        return kFailed;
+                    return ListOperation(items, &place, FO_MOVE, kQuietFlags, nullptr, &error_);
+                });
+            },
+        .verify =
+            [&](std::optional<Fault> failing) {
+                const std::string target = LocalTreeAt(At("s\\tree"));
+                ExpectWholeFiles(target);
+                EXPECT_EQ(kTree, result_ == kDone ? target : LocalTreeAt(At("h\\tree")));
+                EXPECT_TRUE(failing || (result_ == kDone && !Exists(At("h\\tree"))));
+            },
     });
 }
 

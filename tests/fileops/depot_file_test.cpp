@@ -7,9 +7,15 @@
 #include "support/box_log.h"
 #include "support/current_folder.h"
 #include "support/import_patch.h"
+#include "support/results.h"
 
 namespace depot {
 namespace {
+
+using test::Fails;
+using test::IsDone;
+using test::kNo;
+using test::kYes;
 
 class FileExistsTest : public testing::Test {
 protected:
@@ -24,9 +30,9 @@ TEST_F(FileExistsTest, FilesAndFoldersOfTheDepotExist) {
     for (const char* path : {"<Work>\\a.kra", "<WORK>\\A.KRA", "<Work>\\sub", "<Work>\\sub\\",
                              "<Work>\\sub\\b.kra", "<Work>\\"}) {
         SCOPED_TRACE(path);
-        EXPECT_EQ(1, FileExists(work_, path));
+        EXPECT_EQ(kYes, FileExists(work_, path));
     }
-    EXPECT_EQ(1, FileExists(work_, world_.folder.At("w\\a.kra")));
+    EXPECT_EQ(kYes, FileExists(work_, world_.folder.At("w\\a.kra")));
 }
 
 TEST_F(FileExistsTest, AnythingElseDoesNot) {
@@ -36,35 +42,35 @@ TEST_F(FileExistsTest, AnythingElseDoesNot) {
           std::string("<Work>\\a.kra\\b"), std::string("<Travail>\\a.kra"),
           std::string("<None>\\a.kra"), "<Work>\\" + std::string(100'000, 'x')}) {
         SCOPED_TRACE(path.substr(0, 100));
-        EXPECT_EQ(0, FileExists(work_, path));
+        EXPECT_EQ(kNo, FileExists(work_, path));
     }
 }
 
 TEST_F(FileExistsTest, DepotWhoseRootIsMissingHoldsNothing) {
     CDepot& gone = world_.AddAt("Gone", "Gone", world_.folder.At("none"));
-    EXPECT_EQ(0, FileExists(gone, "<Gone>\\a.kra"));
-    EXPECT_EQ(0, FileExists(gone, "<Gone>\\"));
+    EXPECT_EQ(kNo, FileExists(gone, "<Gone>\\a.kra"));
+    EXPECT_EQ(kNo, FileExists(gone, "<Gone>\\"));
 }
 
 TEST_F(FileExistsTest, DepotWithoutLocationsHoldsNothing) {
     CDepot empty(nullptr);
     empty.name = "Empty";
-    EXPECT_EQ(0, FileExists(empty, world_.folder.Path()));
+    EXPECT_EQ(kNo, FileExists(empty, world_.folder.Path()));
 }
 
 TEST_F(FileExistsTest, DirectoryWithoutAServerHoldsNothing) {
     // The missing server is reported in a box.
     const test::BoxLog boxes;
     CDepot& directory = world_.AddAt("Dir", "Dir", "dc=farrow", kDirectoryLocation);
-    EXPECT_EQ(0, FileExists(directory, "<Dir>\\a.kra"));
+    EXPECT_EQ(kNo, FileExists(directory, "<Dir>\\a.kra"));
 }
 
 TEST_F(FileExistsTest, PlainPathBesideADirectoryIsLookedForInTheFileSystem) {
     const test::BoxLog boxes;
     CDepot& directory = world_.AddAt("Dir", "Dir", "dc=farrow", kDirectoryLocation);
-    EXPECT_EQ(1, FileExists(directory, world_.folder.MakeFile("plain.kra", "")));
-    EXPECT_EQ(1, FileExists(directory, world_.folder.Path()));
-    EXPECT_EQ(0, FileExists(directory, world_.folder.At("none.kra")));
+    EXPECT_EQ(kYes, FileExists(directory, world_.folder.MakeFile("plain.kra", "")));
+    EXPECT_EQ(kYes, FileExists(directory, world_.folder.Path()));
+    EXPECT_EQ(kNo, FileExists(directory, world_.folder.At("none.kra")));
     EXPECT_EQ(nullptr, directory.paths->ChosenLocation()) << "a server was asked";
 }
 
@@ -91,17 +97,18 @@ protected:
 TEST_F(DepotFileTest, DeleteFileRemovesAFileOnly) {
     Make("w\\a.kra");
     world_.folder.MakeFolder("w\\sub");
-    EXPECT_NE(0, DeleteFile(work_, "<Work>\\a.kra"));
+    EXPECT_THAT(DeleteFile(work_, "<Work>\\a.kra"), IsDone());
     EXPECT_FALSE(test::Exists(At("w\\a.kra")));
-    EXPECT_EQ(0, DeleteFile(work_, "<Work>\\a.kra"));
-    EXPECT_EQ(0, DeleteFile(work_, "<Work>\\sub"));
-    EXPECT_EQ(0, DeleteFile(work_, ""));
+    EXPECT_THAT(DeleteFile(work_, "<Work>\\a.kra"), Fails());
+    EXPECT_THAT(DeleteFile(work_, "<Work>\\sub"), Fails());
+    EXPECT_THAT(DeleteFile(work_, ""), Fails());
     EXPECT_TRUE(test::Exists(At("w\\sub")));
 }
 
 TEST_F(DepotFileTest, MoveFileWithoutADestinationDepotRenames) {
     Make("w\\a.kra");
-    EXPECT_EQ(1, MoveFile(work_, "<Work>\\a.kra", "<Work>\\b.kra", nullptr, nullptr, &error_));
+    EXPECT_THAT(MoveFile(work_, "<Work>\\a.kra", "<Work>\\b.kra", nullptr, nullptr, &error_),
+                IsDone());
     EXPECT_FALSE(test::Exists(At("w\\a.kra")));
     EXPECT_EQ("1", test::FileBytes(At("w\\b.kra")));
     EXPECT_EQ("junk", error_);
@@ -117,25 +124,29 @@ TEST_F(DepotFileTest, FilesAreRenamedAndMovedOnAVolumeThatShowsNoIdentities) {
         "GetFileInformationByHandle", &ShowNoFacts);
     ASSERT_TRUE(facts.IsInPlace());
     Make("w\\a.kra");
-    EXPECT_EQ(1, MoveFile(work_, "<Work>\\a.kra", "<Work>\\b.kra", nullptr, nullptr, &error_));
-    EXPECT_EQ(1, MoveFile(work_, "<Work>\\b.kra", "<Home>\\c.kra", nullptr, &home_, &error_));
+    EXPECT_THAT(MoveFile(work_, "<Work>\\a.kra", "<Work>\\b.kra", nullptr, nullptr, &error_),
+                IsDone());
+    EXPECT_THAT(MoveFile(work_, "<Work>\\b.kra", "<Home>\\c.kra", nullptr, &home_, &error_),
+                IsDone());
     EXPECT_EQ("1", test::FileBytes(At("h\\c.kra")));
-    EXPECT_EQ(0, MoveFile(home_, "<Home>\\c.kra", "<Home>\\C.kra", nullptr, &home_, &error_));
+    EXPECT_THAT(MoveFile(home_, "<Home>\\c.kra", "<Home>\\C.kra", nullptr, &home_, &error_),
+                Fails());
     EXPECT_EQ("1", test::FileBytes(At("h\\c.kra")));
 }
 
 TEST_F(DepotFileTest, RenamingOntoAnExistingFileKeepsBothFiles) {
     Make("w\\a.kra");
     Make("w\\b.kra", "2");
-    EXPECT_EQ(0, MoveFile(work_, "<Work>\\a.kra", "<Work>\\b.kra", nullptr, nullptr, &error_));
+    EXPECT_THAT(MoveFile(work_, "<Work>\\a.kra", "<Work>\\b.kra", nullptr, nullptr, &error_),
+                Fails());
     EXPECT_EQ("1", test::FileBytes(At("w\\a.kra")));
     EXPECT_EQ("2", test::FileBytes(At("w\\b.kra")));
 }
 
 TEST_F(DepotFileTest, RenamingWhatIsNotThereOrToNothingFails) {
     Make("w\\a.kra");
-    EXPECT_EQ(0, MoveFile(work_, "<Work>\\no", "<Work>\\b.kra", nullptr, nullptr, nullptr));
-    EXPECT_EQ(0, MoveFile(work_, "<Work>\\a.kra", "", nullptr, nullptr, &error_));
+    EXPECT_THAT(MoveFile(work_, "<Work>\\no", "<Work>\\b.kra", nullptr, nullptr, nullptr), Fails());
+    EXPECT_THAT(MoveFile(work_, "<Work>\\a.kra", "", nullptr, nullptr, &error_), Fails());
     EXPECT_TRUE(test::Exists(At("w\\a.kra")));
 }
 
@@ -150,9 +161,9 @@ TEST_F(DepotFileTest, PathsOfTheCurrentFolderOrDriveAreNeverWritten) {
           "\\\\.\\" + At("b.kra")}) {
         SCOPED_TRACE(place);
         for (CDepot* const target : {static_cast<CDepot*>(nullptr), &home_}) {
-            EXPECT_EQ(0, MoveFile(work_, "<Work>\\a.kra", place, nullptr, target, &error_));
+            EXPECT_THAT(MoveFile(work_, "<Work>\\a.kra", place, nullptr, target, &error_), Fails());
             EXPECT_EQ(Message(ERROR_INVALID_PARAMETER, place), error_);
-            EXPECT_EQ(0, CopyFile(work_, "<Work>\\a.kra", place, target, false, &error_));
+            EXPECT_THAT(CopyFile(work_, "<Work>\\a.kra", place, target, false, &error_), Fails());
             EXPECT_EQ(Message(ERROR_INVALID_PARAMETER, place), error_);
         }
         EXPECT_FALSE(test::Exists(place));
@@ -165,27 +176,30 @@ TEST_F(DepotFileTest, DepotWhoseRootIsRelativeKeepsWhatItHolds) {
     const std::string file = Make("now\\sub\\a.kra");
     const test::CurrentFolder current(At("now"));
     CDepot& relative = world_.AddAt("Rel", "Rel", "sub");
-    EXPECT_EQ(1, FileExists(relative, "<Rel>\\a.kra"));
-    EXPECT_EQ(0, DeleteFile(relative, "<Rel>\\a.kra"));
-    EXPECT_EQ(0, MoveFile(relative, "<Rel>\\a.kra", At("b.kra"), nullptr, nullptr, &error_));
-    EXPECT_EQ(0, CopyFile(relative, "<Rel>\\a.kra", "<Rel>\\b.kra", &relative, true, &error_));
+    EXPECT_EQ(kYes, FileExists(relative, "<Rel>\\a.kra"));
+    EXPECT_THAT(DeleteFile(relative, "<Rel>\\a.kra"), Fails());
+    EXPECT_THAT(MoveFile(relative, "<Rel>\\a.kra", At("b.kra"), nullptr, nullptr, &error_),
+                Fails());
+    EXPECT_THAT(CopyFile(relative, "<Rel>\\a.kra", "<Rel>\\b.kra", &relative, true, &error_),
+                Fails());
     EXPECT_EQ("1", test::FileBytes(file));
     EXPECT_FALSE(test::Exists(At("now\\sub\\b.kra")));
-    EXPECT_EQ(1, CopyFile(relative, "<Rel>\\a.kra", At("c.kra"), nullptr, true, &error_));
+    EXPECT_THAT(CopyFile(relative, "<Rel>\\a.kra", At("c.kra"), nullptr, true, &error_), IsDone());
 }
 
 TEST_F(DepotFileTest, MoveFileWithADestinationDepotMovesThere) {
     Make("w\\a.kra");
-    EXPECT_EQ(1, MoveFile(work_, "<Work>\\a.kra", "<Home>\\b.kra", nullptr, &home_, &error_));
+    EXPECT_THAT(MoveFile(work_, "<Work>\\a.kra", "<Home>\\b.kra", nullptr, &home_, &error_),
+                IsDone());
     EXPECT_FALSE(test::Exists(At("w\\a.kra")));
     EXPECT_EQ("1", test::FileBytes(At("h\\b.kra")));
 }
 
 TEST_F(DepotFileTest, CopyFileWritesIntoAnotherDepotOrToAPlainPath) {
     Make("w\\a.kra");
-    EXPECT_EQ(1, CopyFile(work_, "<Work>\\a.kra", "<Home>\\b.kra", &home_, true, &error_));
+    EXPECT_THAT(CopyFile(work_, "<Work>\\a.kra", "<Home>\\b.kra", &home_, true, &error_), IsDone());
     EXPECT_EQ("1", test::FileBytes(At("h\\b.kra")));
-    EXPECT_EQ(1, CopyFile(work_, "<Work>\\a.kra", At("c.kra"), nullptr, true, &error_));
+    EXPECT_THAT(CopyFile(work_, "<Work>\\a.kra", At("c.kra"), nullptr, true, &error_), IsDone());
     EXPECT_EQ("1", test::FileBytes(At("c.kra")));
     EXPECT_TRUE(test::Exists(At("w\\a.kra")));
     EXPECT_EQ("junk", error_);
@@ -193,17 +207,17 @@ TEST_F(DepotFileTest, CopyFileWritesIntoAnotherDepotOrToAPlainPath) {
 
 TEST_F(DepotFileTest, CopyFileIntoAFolderKeepsTheName) {
     Make("w\\a.kra");
-    EXPECT_EQ(1, CopyFile(work_, "<Work>\\a.kra", "<Home>\\", &home_, true, nullptr));
+    EXPECT_THAT(CopyFile(work_, "<Work>\\a.kra", "<Home>\\", &home_, true, nullptr), IsDone());
     EXPECT_EQ("1", test::FileBytes(At("h\\a.kra")));
 }
 
 TEST_F(DepotFileTest, CopyFileOntoAnExistingFileFailsWithTheSystemsTextOrReplacesIt) {
     Make("w\\a.kra");
     const std::string target = Make("old.kra", "old");
-    EXPECT_EQ(0, CopyFile(work_, "<Work>\\a.kra", target, nullptr, true, &error_));
+    EXPECT_THAT(CopyFile(work_, "<Work>\\a.kra", target, nullptr, true, &error_), Fails());
     EXPECT_EQ(Message(ERROR_FILE_EXISTS, target), error_);
     EXPECT_EQ("old", test::FileBytes(target));
-    EXPECT_EQ(1, CopyFile(work_, "<Work>\\a.kra", target, nullptr, false, &error_));
+    EXPECT_THAT(CopyFile(work_, "<Work>\\a.kra", target, nullptr, false, &error_), IsDone());
     EXPECT_EQ("1", test::FileBytes(target));
 }
 
@@ -216,15 +230,15 @@ TEST_F(DepotFileTest, CopyingAFileOntoItselfKeepsIt) {
 TEST_F(DepotFileTest, LastErrorCodeIsTheSystems) {
     SetLastError(ERROR_WRITE_PROTECT);
     EXPECT_EQ(DWORD{ERROR_WRITE_PROTECT}, LastErrorCode(work_));
-    EXPECT_EQ(0, DeleteFile(work_, "<Work>\\no.kra"));
+    EXPECT_THAT(DeleteFile(work_, "<Work>\\no.kra"), Fails());
     EXPECT_EQ(DWORD{ERROR_FILE_NOT_FOUND}, LastErrorCode(work_));
 }
 
 TEST_F(DepotFileTest, FailureWithoutAnErrorTextIsTheSame) {
     Make("w\\a.kra");
     Make("w\\b.kra", "2");
-    EXPECT_EQ(0, CopyFile(work_, "<Work>\\a.kra", At("w\\b.kra"), nullptr, true, nullptr));
-    EXPECT_EQ(0, MoveFile(work_, "<Work>\\no", "<Work>\\c.kra", nullptr, nullptr, nullptr));
+    EXPECT_THAT(CopyFile(work_, "<Work>\\a.kra", At("w\\b.kra"), nullptr, true, nullptr), Fails());
+    EXPECT_THAT(MoveFile(work_, "<Work>\\no", "<Work>\\c.kra", nullptr, nullptr, nullptr), Fails());
     EXPECT_EQ("2", test::FileBytes(At("w\\b.kra")));
 }
 
@@ -234,7 +248,7 @@ TEST_F(DepotFileTest, DestinationOf260CharactersIsReportedAsTooLong) {
     for (const std::size_t length : {259u, 260u, 261u}) {
         SCOPED_TRACE(length);
         const std::string target = start + std::string(length - start.size(), 'x');
-        EXPECT_EQ(0, CopyFile(work_, "<Work>\\a.kra", target, nullptr, true, &error_));
+        EXPECT_THAT(CopyFile(work_, "<Work>\\a.kra", target, nullptr, true, &error_), Fails());
         const std::string tooLong = Message(ERROR_BUFFER_OVERFLOW, target);
         if (length < 260) {
             EXPECT_NE(tooLong, error_);

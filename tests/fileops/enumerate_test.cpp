@@ -8,10 +8,10 @@
 #include <vector>
 
 #include "config/file_types.h"
-#include "fileops/allocation_count.h"
 #include "manager/depot_world.h"
 #include "platform/paths.h"
 #include "platform/trace.h"
+#include "support/allocation_count.h"
 #include "support/import_patch.h"
 #include "support/page_names.h"
 

@@ -5,12 +5,15 @@
 #include "fileops/depot_file.h"
 #include "manager/depot_world.h"
 #include "support/box_log.h"
+#include "support/results.h"
 
 namespace depot {
 namespace {
 
 using test::Exists;
+using test::Fails;
 using test::FileBytes;
+using test::IsDone;
 
 constexpr char kJunk[] = "junk";
 
@@ -42,7 +45,7 @@ protected:
 
 TEST_F(ItemOperationsTest, CopyingAnItemKeepsTheSource) {
     Make("w\\a.kra", "1");
-    EXPECT_EQ(1, OnItem("<Work>\\a.kra", &target_, FO_COPY));
+    EXPECT_THAT(OnItem("<Work>\\a.kra", &target_, FO_COPY), IsDone());
     EXPECT_EQ("1", FileBytes(At("h\\b.kra")));
     EXPECT_TRUE(Exists(At("w\\a.kra")));
 }
@@ -51,7 +54,7 @@ TEST_F(ItemOperationsTest, ExistingTargetIsAFailureThatLeavesTheErrorTextAlone) 
     Make("w\\a.kra", "1");
     Make("h\\b.kra", "old");
     for (const UINT operation : {FO_COPY, FO_MOVE}) {
-        EXPECT_EQ(0, OnItem("<Work>\\a.kra", &target_, operation));
+        EXPECT_THAT(OnItem("<Work>\\a.kra", &target_, operation), Fails());
         EXPECT_EQ("old", FileBytes(At("h\\b.kra")));
         EXPECT_TRUE(Exists(At("w\\a.kra")));
         EXPECT_EQ(kJunk, error_);
@@ -60,7 +63,7 @@ TEST_F(ItemOperationsTest, ExistingTargetIsAFailureThatLeavesTheErrorTextAlone) 
 
 TEST_F(ItemOperationsTest, MovingAnItemRemovesTheSource) {
     Make("w\\a.kra", "1");
-    EXPECT_EQ(1, OnItem("<Work>\\a.kra", &target_, FO_MOVE));
+    EXPECT_THAT(OnItem("<Work>\\a.kra", &target_, FO_MOVE), IsDone());
     EXPECT_EQ("1", FileBytes(At("h\\b.kra")));
     EXPECT_FALSE(Exists(At("w\\a.kra")));
 }
@@ -70,7 +73,7 @@ TEST_F(ItemOperationsTest, MoveWhoseDeleteFailsStillSucceeds) {
     const HANDLE reader = CreateFileA(source.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr,
                                       OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
     ASSERT_NE(INVALID_HANDLE_VALUE, reader);
-    EXPECT_EQ(1, OnItem("<Work>\\a.kra", &target_, FO_MOVE));
+    EXPECT_THAT(OnItem("<Work>\\a.kra", &target_, FO_MOVE), IsDone());
     CloseHandle(reader);
     EXPECT_TRUE(Exists(source));
     EXPECT_EQ("1", FileBytes(At("h\\b.kra")));
@@ -78,15 +81,15 @@ TEST_F(ItemOperationsTest, MoveWhoseDeleteFailsStillSucceeds) {
 
 TEST_F(ItemOperationsTest, DeletingAnItemNeedsNoTarget) {
     Make("w\\a.kra", "1");
-    EXPECT_EQ(1, OnItem("<Work>\\a.kra", nullptr, FO_DELETE));
+    EXPECT_THAT(OnItem("<Work>\\a.kra", nullptr, FO_DELETE), IsDone());
     EXPECT_FALSE(Exists(At("w\\a.kra")));
-    EXPECT_EQ(0, OnItem("<Work>\\a.kra", nullptr, FO_DELETE));
+    EXPECT_THAT(OnItem("<Work>\\a.kra", nullptr, FO_DELETE), Fails());
 }
 
 TEST_F(ItemOperationsTest, AnyOtherOperationIsRefused) {
     Make("w\\a.kra", "1");
     for (const UINT operation : {0u, static_cast<UINT>(FO_RENAME), 5u}) {
-        EXPECT_EQ(0, OnItem("<Work>\\a.kra", &target_, operation));
+        EXPECT_THAT(OnItem("<Work>\\a.kra", &target_, operation), Fails());
     }
     EXPECT_TRUE(Exists(At("w\\a.kra")));
     EXPECT_FALSE(Exists(At("h\\b.kra")));
@@ -96,18 +99,18 @@ TEST_F(ItemOperationsTest, WithoutADepotOrATargetNothingIsDone) {
     const std::string source = Make("w\\a.kra", "1");
     const CDepotItem homeless(source, nullptr);
     const CDepotItem nowhere("", &home_);
-    EXPECT_EQ(0, CopyItem(homeless, &target_, true, nullptr));
-    EXPECT_EQ(0, DeleteItem(homeless));
-    EXPECT_EQ(0, OnItem("<Work>\\a.kra", nullptr, FO_COPY));
-    EXPECT_EQ(0, OnItem("<Work>\\a.kra", &nowhere, FO_COPY));
-    EXPECT_EQ(0, OnItem("<Work>\\a.kra", nullptr, FO_MOVE));
+    EXPECT_THAT(CopyItem(homeless, &target_, true, nullptr), Fails());
+    EXPECT_THAT(DeleteItem(homeless), Fails());
+    EXPECT_THAT(OnItem("<Work>\\a.kra", nullptr, FO_COPY), Fails());
+    EXPECT_THAT(OnItem("<Work>\\a.kra", &nowhere, FO_COPY), Fails());
+    EXPECT_THAT(OnItem("<Work>\\a.kra", nullptr, FO_MOVE), Fails());
     EXPECT_TRUE(Exists(source));
 }
 
 TEST_F(ItemOperationsTest, CopyIntoAFolderKeepsItsName) {
     Make("w\\a.kra", "1");
     const CDepotItem folder("<Home>\\", &home_);
-    EXPECT_EQ(1, OnItem("<Work>\\a.kra", &folder, FO_COPY));
+    EXPECT_THAT(OnItem("<Work>\\a.kra", &folder, FO_COPY), IsDone());
     EXPECT_EQ("1", FileBytes(At("h\\a.kra")));
 }
 
@@ -115,7 +118,7 @@ TEST_F(ItemOperationsTest, ListIsCopiedIntoAFolder) {
     Make("w\\a.kra", "1");
     Make("w\\b.kra", "2");
     const CDepotItem folder("<Home>\\", &home_);
-    EXPECT_EQ(1, OnList({"<Work>\\a.kra", "<Work>\\b.kra"}, &folder, FO_COPY));
+    EXPECT_THAT(OnList({"<Work>\\a.kra", "<Work>\\b.kra"}, &folder, FO_COPY), IsDone());
     EXPECT_EQ("1", FileBytes(At("h\\a.kra")));
     EXPECT_EQ("2", FileBytes(At("h\\b.kra")));
     EXPECT_EQ(kJunk, error_);
@@ -124,7 +127,7 @@ TEST_F(ItemOperationsTest, ListIsCopiedIntoAFolder) {
 TEST_F(ItemOperationsTest, ListIsDeleted) {
     Make("w\\a.kra", "1");
     world_.folder.MakeFolder("w\\sub");
-    EXPECT_EQ(1, OnList({"<Work>\\a.kra", "<Work>\\sub"}, nullptr, FO_DELETE));
+    EXPECT_THAT(OnList({"<Work>\\a.kra", "<Work>\\sub"}, nullptr, FO_DELETE), IsDone());
     EXPECT_FALSE(Exists(At("w\\a.kra")));
     EXPECT_FALSE(Exists(At("w\\sub")));
 }
@@ -140,14 +143,14 @@ TEST_F(ItemOperationsTest, DeletionOfAListPaysNoRegardToATarget) {
     for (const CDepotItem& target : targets) {
         SCOPED_TRACE(target.path.substr(0, 40));
         Make("w\\sub\\a.kra", "1");
-        EXPECT_EQ(1, OnList({"<Work>\\sub\\a.kra"}, &target, FO_DELETE));
+        EXPECT_THAT(OnList({"<Work>\\sub\\a.kra"}, &target, FO_DELETE), IsDone());
         EXPECT_FALSE(Exists(At("w\\sub\\a.kra")));
     }
     Make("w\\sub\\a.kra", "1");
     const CDepotItem entry("<Dir>\\sub", &directory);
     CDepotItems items;
     items.Append(std::make_unique<CDepotItem>("<Work>\\sub", &work_));
-    EXPECT_EQ(1, ShellOperation(items, &entry, FO_DELETE, kQuietFlags, nullptr, &error_));
+    EXPECT_THAT(ShellOperation(items, &entry, FO_DELETE, kQuietFlags, nullptr, &error_), IsDone());
     EXPECT_FALSE(Exists(At("w\\sub")));
     EXPECT_EQ(kJunk, error_);
 }
@@ -156,25 +159,25 @@ TEST_F(ItemOperationsTest, ItemWithoutADepotIsNamedByItsPath) {
     const std::string source = Make("plain.kra", "1");
     CDepotItems items;
     items.Append(std::make_unique<CDepotItem>(source, nullptr));
-    EXPECT_EQ(1, ShellOperation(items, &target_, FO_COPY, kQuietFlags, nullptr, &error_));
+    EXPECT_THAT(ShellOperation(items, &target_, FO_COPY, kQuietFlags, nullptr, &error_), IsDone());
     EXPECT_EQ("1", FileBytes(At("h\\b.kra")));
 }
 
 TEST_F(ItemOperationsTest, EmptyListSucceeds) {
-    EXPECT_EQ(1, OnList({}, &target_, FO_COPY));
-    EXPECT_EQ(1, OnList({}, nullptr, FO_DELETE));
+    EXPECT_THAT(OnList({}, &target_, FO_COPY), IsDone());
+    EXPECT_THAT(OnList({}, nullptr, FO_DELETE), IsDone());
 }
 
 TEST_F(ItemOperationsTest, ListWithAnEmptyTargetFailsAndReportsWhy) {
     Make("w\\only-here.kra", "1");
     const CDepotItem nowhere;
-    EXPECT_EQ(0, OnList({"<Work>\\only-here.kra"}, &nowhere, FO_COPY));
+    EXPECT_THAT(OnList({"<Work>\\only-here.kra"}, &nowhere, FO_COPY), Fails());
     EXPECT_FALSE(Exists("only-here.kra"));
     EXPECT_NE(kJunk, error_);
 }
 
 TEST_F(ItemOperationsTest, ListWithAMissingSourceFails) {
-    EXPECT_EQ(0, OnList({"<Work>\\none.kra"}, nullptr, FO_DELETE));
+    EXPECT_THAT(OnList({"<Work>\\none.kra"}, nullptr, FO_DELETE), Fails());
 }
 
 TEST_F(ItemOperationsTest, FolderMovesIntoItselfThroughNoDepot) {
@@ -186,7 +189,7 @@ TEST_F(ItemOperationsTest, FolderMovesIntoItselfThroughNoDepot) {
         SCOPED_TRACE(path);
         const CDepotItem target(path, &same);
         for (const UINT operation : {FO_COPY, FO_MOVE}) {
-            EXPECT_EQ(0, OnList({"<Work>\\tree"}, &target, operation));
+            EXPECT_THAT(OnList({"<Work>\\tree"}, &target, operation), Fails());
         }
     }
     EXPECT_EQ("1", FileBytes(At("w\\tree\\a.kra")));
@@ -203,11 +206,11 @@ TEST_F(ItemOperationsTest, RootOfADepotStaysWhereItIs) {
           At("w\\"), world_.folder.Path()}) {
         SCOPED_TRACE(path);
         error_ = kJunk;
-        EXPECT_EQ(0, OnList({path.c_str()}, nullptr, FO_DELETE));
+        EXPECT_THAT(OnList({path.c_str()}, nullptr, FO_DELETE), Fails());
         EXPECT_NE(kJunk, error_);
-        EXPECT_EQ(0, OnList({path.c_str()}, &target, FO_MOVE));
-        EXPECT_EQ(0, OnItem(path.c_str(), &target, FO_MOVE));
-        EXPECT_EQ(0, MoveFile(work_, path, At("renamed"), nullptr, nullptr, nullptr));
+        EXPECT_THAT(OnList({path.c_str()}, &target, FO_MOVE), Fails());
+        EXPECT_THAT(OnItem(path.c_str(), &target, FO_MOVE), Fails());
+        EXPECT_THAT(MoveFile(work_, path, At("renamed"), nullptr, nullptr, nullptr), Fails());
     }
     EXPECT_EQ("1", FileBytes(At("w\\a.kra")));
     EXPECT_FALSE(Exists(At("h\\out")));
@@ -217,7 +220,7 @@ TEST_F(ItemOperationsTest, RootOfADepotStaysWhereItIs) {
 TEST_F(ItemOperationsTest, FilesOfARootAreCopiedWithIt) {
     Make("w\\a.kra", "1");
     const CDepotItem target("<Home>\\out", &home_);
-    EXPECT_EQ(1, OnList({"<Work>\\"}, &target, FO_COPY));
+    EXPECT_THAT(OnList({"<Work>\\"}, &target, FO_COPY), IsDone());
     EXPECT_TRUE(Exists(At("h\\out")));
 }
 

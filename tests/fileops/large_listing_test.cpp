@@ -7,9 +7,9 @@
 #include <thread>
 
 #include "config/file_types.h"
-#include "fileops/allocation_count.h"
 #include "fileops/enumerate.h"
 #include "manager/depot_world.h"
+#include "support/allocation_count.h"
 #include "support/many_files.h"
 
 namespace depot {

@@ -5,7 +5,7 @@
 #include "model/depots.h"
 #include "model/localization.h"
 #include "resource_ids.h"
-#include "support/box_at_load.h"
+#include "support/box_log.h"
 #include "support/library_folder.h"
 #include "support/locale_world.h"
 #include "texts/resource_library.h"
@@ -47,10 +47,11 @@ TEST_F(ApplicationTest, StartLoadsTheLibraryOfTheResourceFolderAndEndFreesIt) {
 }
 
 TEST_F(ApplicationTest, StartSucceedsWithoutResources) {
-    BoxWatcher watcher("DepotIntr");
+    const BoxLog boxes;
     CDepotIntrApp app;
     EXPECT_TRUE(app.InitInstance());
-    EXPECT_TRUE(watcher.Finish().has_value());
+    ASSERT_EQ(1u, boxes.Boxes().size());
+    EXPECT_EQ("DepotIntr", boxes.Boxes().front().caption);
     EXPECT_EQ(std::nullopt, LocalizedText(IDS_COPY_DASH_NAME));
     app.ExitInstance();
 }

@@ -3,13 +3,13 @@
 //
 //   loaded <name>       a resource library that is in the process afterwards
 //   kept <name>         a resource library that is still there when the component is gone
-//   box <text>          a message box that came up meanwhile
+//   box <text>          each message box that came up meanwhile
 #include <fstream>
 #include <string>
 
 #include "config/languages.h"
 #include "platform/win32.h"
-#include "support/box_at_load.h"
+#include "support/box_log.h"
 
 namespace {
 
@@ -29,7 +29,7 @@ void ReportLibraries(std::ofstream& report, const char* label) {
 int main(int argc, char** argv) {
     if (argc != 3) return 2;
     std::ofstream report(argv[2], std::ios::binary);
-    depot::test::BoxWatcher watcher("DepotIntr");
+    const depot::test::BoxLog boxes;
     const HMODULE component = LoadLibraryA(argv[1]);
     if (component == nullptr) return 3;
     ReportLibraries(report, "loaded");
@@ -37,6 +37,6 @@ int main(int argc, char** argv) {
     ReportLibraries(report, "kept");
     // The process ends with the component loaded, as most clients do.
     if (LoadLibraryA(argv[1]) == nullptr) return 4;
-    if (const auto box = watcher.Finish()) report << "box " << box->text << '\n';
+    for (const std::string& text : boxes.Texts()) report << "box " << text << '\n';
     return 0;
 }

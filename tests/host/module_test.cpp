@@ -5,20 +5,25 @@
 #include "DepotIntr.h"
 #include "api/depot_intr_api.h"
 #include "support/failing_memory.h"
+#include "support/results.h"
 
 namespace depot {
 namespace {
 
+using test::Fails;
+using test::IsOk;
+
 TEST(ModuleTest, OnlyItsOwnClassIsFound) {
     CDepotIntrModule module;
     void* object = &object;
-    EXPECT_EQ(CLASS_E_CLASSNOTAVAILABLE,
-              module.GetClassObject(IID_IDepotIntrApi, IID_IUnknown, &object));
+    EXPECT_THAT(module.GetClassObject(IID_IDepotIntrApi, IID_IUnknown, &object),
+                Fails(CLASS_E_CLASSNOTAVAILABLE));
     EXPECT_EQ(nullptr, object);
-    EXPECT_EQ(E_POINTER, module.GetClassObject(CLSID_DepotIntrApi, IID_IUnknown, nullptr));
+    EXPECT_THAT(module.GetClassObject(CLSID_DepotIntrApi, IID_IUnknown, nullptr), Fails(E_POINTER));
     IUnknown* factory = nullptr;
-    ASSERT_EQ(S_OK, module.GetClassObject(CLSID_DepotIntrApi, IID_IUnknown,
-                                          reinterpret_cast<void**>(&factory)));
+    ASSERT_THAT(
+        module.GetClassObject(CLSID_DepotIntrApi, IID_IUnknown, reinterpret_cast<void**>(&factory)),
+        IsOk());
     EXPECT_NE(nullptr, factory);
     factory->Release();
 }

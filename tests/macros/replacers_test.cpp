@@ -13,8 +13,12 @@
 // After the Windows headers.
 #include <shlobj.h>
 
+#include "support/results.h"
+
 namespace depot {
 namespace {
+
+using test::IsOk;
 
 constexpr char kFarrow[] = "Software\\Quillon\\Farrow";
 constexpr char kWharfside[] = "13.00\\Wharfside";
@@ -96,7 +100,7 @@ TEST_F(ReplacersTest, ShellFoldersAreThoseOfTheRegistry) {
 
 TEST_F(ReplacersTest, DocumentsAreTheUsersAsTheShellGivesThem) {
     ITEMIDLIST* list = nullptr;
-    ASSERT_EQ(S_OK, SHGetSpecialFolderLocation(nullptr, 5, &list));
+    ASSERT_THAT(SHGetSpecialFolderLocation(nullptr, 5, &list), IsOk());
     char path[MAX_PATH] = {};
     ASSERT_TRUE(SHGetPathFromIDListA(list, path));
     ILFree(list);

@@ -13,12 +13,15 @@
 #include "platform/handles.h"
 #include "support/current_folder.h"
 #include "support/import_patch.h"
+#include "support/results.h"
 #include "support/scratch.h"
 #include "support/working_files.h"
 
 namespace depot {
 namespace {
 
+using test::kNo;
+using test::kYes;
 using testing::IsEmpty;
 
 class FolderWritabilityTest : public testing::Test {
@@ -39,7 +42,7 @@ protected:
 };
 
 TEST_F(FolderWritabilityTest, FolderIsTestedByAProbeFileThatIsDeletedAgain) {
-    EXPECT_EQ(1, Test(folder_.Path()));
+    EXPECT_EQ(kYes, Test(folder_.Path()));
     EXPECT_THAT(test::FilesIn(folder_.Path(), "*"), IsEmpty());
     EXPECT_EQ("junk", text_);
 }
@@ -51,7 +54,7 @@ TEST_F(FolderWritabilityTest, PlaceOfTheCurrentFolderOrDriveIsNotTried) {
     for (const std::string& path : {std::string("sub"), std::string("new.kra"), std::string(".\\"),
                                     drive + "new.kra", drive, std::string()}) {
         SCOPED_TRACE(path);
-        EXPECT_EQ(0, Test(path, "Shown"));
+        EXPECT_EQ(kNo, Test(path, "Shown"));
         EXPECT_EQ(TextOf(ERROR_INVALID_PARAMETER, "Shown"), text_);
     }
 }
@@ -61,28 +64,28 @@ TEST_F(FolderWritabilityTest, ProbeFileIsWhatTheFolderIsTestedBy) {
     {
         const UniqueHandle lock(CreateFileA(probe.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING,
                                             FILE_ATTRIBUTE_NORMAL, nullptr));
-        EXPECT_EQ(0, Test(folder_.Path()));
+        EXPECT_EQ(kNo, Test(folder_.Path()));
         EXPECT_EQ(TextOf(ERROR_SHARING_VIOLATION, folder_.Path()), text_);
     }
-    EXPECT_EQ(1, Test(folder_.Path()));
+    EXPECT_EQ(kYes, Test(folder_.Path()));
     EXPECT_EQ("mine", test::FileBytes(probe));
 }
 
 TEST_F(FolderWritabilityTest, MissingFileIsCreatedAndDeletedAgain) {
-    EXPECT_EQ(1, Test(folder_.At("new.kra")));
+    EXPECT_EQ(kYes, Test(folder_.At("new.kra")));
     EXPECT_FALSE(test::Exists(folder_.At("new.kra")));
 }
 
 TEST_F(FolderWritabilityTest, ExistingFileKeepsItsBytes) {
     const std::string path = folder_.MakeFile("a.kra", "bytes");
-    EXPECT_EQ(1, Test(path));
+    EXPECT_EQ(kYes, Test(path));
     EXPECT_EQ("bytes", test::FileBytes(path));
 }
 
 TEST_F(FolderWritabilityTest, MissingParentFailsWithItsText) {
-    EXPECT_EQ(0, Test(folder_.At("none\\a.kra")));
+    EXPECT_EQ(kNo, Test(folder_.At("none\\a.kra")));
     EXPECT_EQ(TextOf(ERROR_PATH_NOT_FOUND, folder_.At("none\\a.kra")), text_);
-    EXPECT_EQ(0, Test(folder_.At("none\\a.kra"), "Shown"));
+    EXPECT_EQ(kNo, Test(folder_.At("none\\a.kra"), "Shown"));
     EXPECT_EQ(TextOf(ERROR_PATH_NOT_FOUND, "Shown"), text_);
 }
 
@@ -90,7 +93,7 @@ TEST_F(FolderWritabilityTest, FileHeldWithoutSharingFailsWithItsText) {
     const std::string path = folder_.MakeFile("a.kra", "x");
     const UniqueHandle lock(CreateFileA(path.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING,
                                         FILE_ATTRIBUTE_NORMAL, nullptr));
-    EXPECT_EQ(0, Test(path));
+    EXPECT_EQ(kNo, Test(path));
     EXPECT_EQ(TextOf(ERROR_SHARING_VIOLATION, path), text_);
 }
 
@@ -100,7 +103,7 @@ TEST_F(FolderWritabilityTest, FileThatAnyoneElseReadsIsNotWritable) {
                                           FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
                                           OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
     ASSERT_TRUE(reader);
-    EXPECT_EQ(0, Test(path));
+    EXPECT_EQ(kNo, Test(path));
     EXPECT_EQ(TextOf(ERROR_SHARING_VIOLATION, path), text_);
 }
 
@@ -135,7 +138,7 @@ TEST_F(FolderWritabilityTest, EveryRefusalMeansNotWritable) {
         SCOPED_TRACE(error);
         askedFiles.clear();
         refusal = error;
-        EXPECT_EQ(0, Test(folder_.Path() + "\\"));
+        EXPECT_EQ(kNo, Test(folder_.Path() + "\\"));
         EXPECT_EQ(TextOf(error, folder_.Path() + "\\"), text_);
     }
     ASSERT_EQ(2u, askedFiles.size());
@@ -168,9 +171,9 @@ TEST_F(FolderWritabilityTest, FileThatMayOnlyBeOpenedIsWritable) {
     const test::ImportPatch<OpenFile> opening("CreateFileA", &RefuseNewFile);
     ASSERT_TRUE(opening.IsInPlace());
     refusal = ERROR_ACCESS_DENIED;
-    EXPECT_EQ(1, Test(path));
+    EXPECT_EQ(kYes, Test(path));
     // Of one that is not there, the reason why none can be made is told.
-    EXPECT_EQ(0, Test(folder_.At("new.kra")));
+    EXPECT_EQ(kNo, Test(folder_.At("new.kra")));
     EXPECT_EQ(TextOf(ERROR_ACCESS_DENIED, folder_.At("new.kra")), text_);
 }
 
@@ -178,7 +181,7 @@ TEST_F(FolderWritabilityTest, FileThatAppearsAndDisappearsIsTriedAFewTimes) {
     const test::ImportPatch<OpenFile> opening("CreateFileA", &RefuseNewFile);
     ASSERT_TRUE(opening.IsInPlace());
     refusal = ERROR_FILE_EXISTS;
-    EXPECT_EQ(0, Test(folder_.At("new.kra")));
+    EXPECT_EQ(kNo, Test(folder_.At("new.kra")));
     EXPECT_EQ(TextOf(ERROR_FILE_EXISTS, folder_.At("new.kra")), text_);
 }
 
@@ -200,7 +203,7 @@ TEST_F(FolderWritabilityTest, FileThatSomebodyStoresMeanwhileStays) {
         ASSERT_TRUE(closing.IsInPlace());
         genuineClose = closing.Genuine();
         storedMeanwhile = path;
-        EXPECT_EQ(1, Test(path.ends_with(".twr") ? folder_.Path() : path));
+        EXPECT_EQ(kYes, Test(path.ends_with(".twr") ? folder_.Path() : path));
         EXPECT_EQ("theirs", test::FileBytes(path));
     }
 }
@@ -223,19 +226,19 @@ protected:
 TEST_F(CachedWritabilityTest, LaterFailuresAreAccessDenied) {
     const std::string root = folder_.At("none\\later");
     CDepot& depot = DepotAt(root);
-    EXPECT_EQ(0, TestDepotWritable(depot, {}, &text_));
+    EXPECT_EQ(kNo, TestDepotWritable(depot, {}, &text_));
     EXPECT_EQ(TextOf(ERROR_PATH_NOT_FOUND, root), text_);
     folder_.MakeFolder("none\\later");
-    EXPECT_EQ(0, TestDepotWritable(depot, {}, &text_));
+    EXPECT_EQ(kNo, TestDepotWritable(depot, {}, &text_));
     EXPECT_EQ(TextOf(ERROR_ACCESS_DENIED, root), text_);
-    EXPECT_EQ(0, TestDepotWritable(depot, "Shown", &text_));
+    EXPECT_EQ(kNo, TestDepotWritable(depot, "Shown", &text_));
     EXPECT_EQ(TextOf(ERROR_ACCESS_DENIED, "Shown"), text_);
-    EXPECT_EQ(0, TestDepotWritable(depot, "Shown", nullptr));
-    EXPECT_EQ(1, TestPathWritable(depot, "<Work>\\", nullptr));
+    EXPECT_EQ(kNo, TestDepotWritable(depot, "Shown", nullptr));
+    EXPECT_EQ(kYes, TestPathWritable(depot, "<Work>\\", nullptr));
 }
 
 TEST_F(CachedWritabilityTest, FirstFailureShowsTheGivenName) {
-    EXPECT_EQ(0, TestDepotWritable(DepotAt(folder_.At("none\\x")), "Shown", &text_));
+    EXPECT_EQ(kNo, TestDepotWritable(DepotAt(folder_.At("none\\x")), "Shown", &text_));
     EXPECT_EQ(TextOf(ERROR_PATH_NOT_FOUND, "Shown"), text_);
 }
 
@@ -244,21 +247,21 @@ TEST_F(CachedWritabilityTest, WritableHoldsWhenTheFolderIsDeleted) {
     CDepot& depot = DepotAt(root);
     text_ = "junk";
     EXPECT_EQ(CDepotPath::kWritabilityUnknown, depot.paths->At(0)->indexSlot);
-    EXPECT_EQ(1, TestDepotWritable(depot, {}, &text_));
+    EXPECT_EQ(kYes, TestDepotWritable(depot, {}, &text_));
     EXPECT_EQ(1, depot.paths->At(0)->indexSlot);
     ASSERT_TRUE(RemoveDirectoryA(root.c_str()));
-    EXPECT_EQ(1, TestDepotWritable(depot, {}, &text_));
+    EXPECT_EQ(kYes, TestDepotWritable(depot, {}, &text_));
     EXPECT_EQ("junk", text_);
 }
 
 TEST_F(CachedWritabilityTest, ExactFormNeitherReadsNorWritesTheCache) {
     const std::string root = folder_.MakeFolder("root");
     CDepot& depot = DepotAt(root);
-    EXPECT_EQ(1, TestPathWritable(depot, "<Work>\\", nullptr));
+    EXPECT_EQ(kYes, TestPathWritable(depot, "<Work>\\", nullptr));
     EXPECT_EQ(CDepotPath::kWritabilityUnknown, depot.paths->At(0)->indexSlot);
     depot.paths->At(0)->indexSlot = 0;
-    EXPECT_EQ(1, TestPathWritable(depot, "<Work>\\a.kra", nullptr));
-    EXPECT_EQ(0, TestDepotWritable(depot, {}, nullptr));
+    EXPECT_EQ(kYes, TestPathWritable(depot, "<Work>\\a.kra", nullptr));
+    EXPECT_EQ(kNo, TestDepotWritable(depot, {}, nullptr));
 }
 
 }  // namespace

@@ -2,10 +2,13 @@
 #include "model/depots.h"
 
 #include "model/depots_fixture.h"
+#include "support/results.h"
 
 namespace depot {
 namespace {
 
+using test::Fails;
+using test::IsDone;
 using test::Names;
 using testing::ElementsAre;
 
@@ -104,14 +107,14 @@ TEST_F(DepotsTest, LoadingAgainReplacesEverything) {
 TEST_F(DepotsTest, EnumerateReportsWhetherTheKeyCouldBeOpened) {
     CDepots depots;
     depots.ownsItems = true;
-    EXPECT_EQ(0, depots.EnumerateDepotKeys(HKEY_CURRENT_USER, kKey, 0));
-    EXPECT_EQ(0, depots.EnumerateDepotKeys(HKEY_CURRENT_USER, "", 0));
+    EXPECT_THAT(depots.EnumerateDepotKeys(HKEY_CURRENT_USER, kKey, 0), Fails());
+    EXPECT_THAT(depots.EnumerateDepotKeys(HKEY_CURRENT_USER, "", 0), Fails());
     test::CreateRegistryKey(HKEY_CURRENT_USER, kKey);
-    EXPECT_EQ(1, depots.EnumerateDepotKeys(HKEY_CURRENT_USER, kKey, 0));
+    EXPECT_THAT(depots.EnumerateDepotKeys(HKEY_CURRENT_USER, kKey, 0), IsDone());
     EXPECT_EQ(0u, depots.Count());
     Define(user_, "Work");
-    EXPECT_EQ(1, depots.EnumerateDepotKeys(HKEY_CURRENT_USER, kKey, 0));
-    EXPECT_EQ(1, depots.EnumerateDepotKeys(HKEY_CURRENT_USER, kKey, 0));
+    EXPECT_THAT(depots.EnumerateDepotKeys(HKEY_CURRENT_USER, kKey, 0), IsDone());
+    EXPECT_THAT(depots.EnumerateDepotKeys(HKEY_CURRENT_USER, kKey, 0), IsDone());
     EXPECT_THAT(Names(depots), ElementsAre("Work", "Work"));
 }
 
@@ -121,8 +124,8 @@ TEST_F(DepotsTest, EnumerateUsesTheExtraAccessForKeyAndSubkeys) {
     Define(machine_, "Wide");
     CDepots depots;
     depots.ownsItems = true;
-    EXPECT_EQ(1, depots.EnumerateDepotKeys(HKEY_LOCAL_MACHINE, kKey, KEY_WOW64_32KEY));
-    EXPECT_EQ(1, depots.EnumerateDepotKeys(HKEY_LOCAL_MACHINE, kKey, KEY_WOW64_64KEY));
+    EXPECT_THAT(depots.EnumerateDepotKeys(HKEY_LOCAL_MACHINE, kKey, KEY_WOW64_32KEY), IsDone());
+    EXPECT_THAT(depots.EnumerateDepotKeys(HKEY_LOCAL_MACHINE, kKey, KEY_WOW64_64KEY), IsDone());
     ASSERT_THAT(Names(depots), ElementsAre("Narrow", "Wide"));
     EXPECT_EQ(REGSAM{KEY_WOW64_32KEY}, depots.At(0)->registryViewFlags);
     EXPECT_EQ(REGSAM{KEY_WOW64_64KEY}, depots.At(1)->registryViewFlags);

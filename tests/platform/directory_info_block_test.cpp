@@ -5,12 +5,16 @@
 #include <cstring>
 #include <vector>
 
+#include "platform/directory_client.h"
 #include "support/child_process.h"
 #include "support/leak_counts.h"
 #include "support/mapped_memory.h"
+#include "support/results.h"
 
 namespace depot {
 namespace {
+
+using test::IsCode;
 
 constexpr char kPrefix[] = "Quillon - Depot - LDAP Info - ";
 constexpr std::size_t kBlockBytes = 528;
@@ -54,7 +58,7 @@ TEST(DirectoryInfoBlockTest, FirstAccessGivesAnEmptyBlock) {
     ASSERT_NE(nullptr, info);
     EXPECT_STREQ("", info->userName);
     EXPECT_STREQ("", info->password);
-    EXPECT_EQ(0u, info->lastError);
+    EXPECT_THAT(info->lastError, IsCode(LDAP_SUCCESS));
     EXPECT_EQ(0u, info->noPrompt);
 }
 
@@ -63,9 +67,9 @@ TEST(DirectoryInfoBlockTest, LaterAccessSeesWhatAnEarlierOneStored) {
     DirectoryInfoBlock other("server-c");
     DirectoryInfoBlock elsewhere("server-C");
     block.Access()->lastError = 81;
-    EXPECT_EQ(81u, block.Access()->lastError);
-    EXPECT_EQ(81u, other.Access()->lastError);
-    EXPECT_EQ(0u, elsewhere.Access()->lastError);
+    EXPECT_THAT(block.Access()->lastError, IsCode(LDAP_SERVER_DOWN));
+    EXPECT_THAT(other.Access()->lastError, IsCode(LDAP_SERVER_DOWN));
+    EXPECT_THAT(elsewhere.Access()->lastError, IsCode(LDAP_SUCCESS));
 }
 
 TEST(DirectoryInfoBlockTest, EachAccessAddsOneHandleAndOnlyTheLastIsClosed) {
@@ -112,7 +116,7 @@ TEST(DirectoryInfoBlockTest, EarlierResultStaysReadableAfterLaterAccesses) {
     DirectoryInfoBlock block("server-f");
     const DirectoryInfo* const early = block.Access();
     block.Access()->lastError = 32;
-    EXPECT_EQ(32u, early->lastError);
+    EXPECT_THAT(early->lastError, IsCode(LDAP_NO_SUCH_OBJECT));
 }
 
 TEST(DirectoryInfoBlockTest, AnotherProcessFindsTheFieldsAtTheirOffsets) {

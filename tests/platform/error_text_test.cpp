@@ -1,8 +1,10 @@
 #include "platform/error_text.h"
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
-#include "support/box_watcher.h"
+#include <functional>
+
+#include "support/box_log.h"
 #include "support/code_pages.h"
 #include "support/import_patch.h"
 #include "support/leak_counts.h"
@@ -114,51 +116,53 @@ TEST(ErrorTextTest, CutHalvesNoCharacter) {
 }
 
 TEST(ErrorTextTest, TextIsReportedWithoutABox) {
+    const test::BoxLog boxes;
     std::string text = kJunk;
-    const test::BoxContents box = test::WatchBox(
-        "Quillon", [&] { ReportErrorText(ERROR_ACCESS_DENIED, "Lead", nullptr, &text); });
-    EXPECT_FALSE(box.appeared);
+    ReportErrorText(ERROR_ACCESS_DENIED, "Lead", nullptr, &text);
+    EXPECT_THAT(boxes.Texts(), testing::IsEmpty());
     EXPECT_EQ("Lead\n" + SystemText(ERROR_ACCESS_DENIED), text);
 }
 
+// The only box that a call shows.
+test::ShownBox BoxOf(const std::function<void()>& call) {
+    const test::BoxLog boxes;
+    call();
+    EXPECT_EQ(1u, boxes.Boxes().size());
+    return boxes.Boxes().empty() ? test::ShownBox{} : boxes.Boxes().front();
+}
+
 TEST(ErrorBoxTest, MessageIsShownWithTheErrorIconAndOneButton) {
-    const test::BoxContents box =
-        test::WatchBox("Caption", [] { FormatErrorText(0, "Lead", "Caption", nullptr, nullptr); });
-    ASSERT_TRUE(box.appeared);
+    const auto box = BoxOf([] { FormatErrorText(0, "Lead", "Caption", nullptr, nullptr); });
+    EXPECT_EQ("Caption", box.caption);
     EXPECT_EQ("Lead", box.text);
-    EXPECT_EQ(LoadIconA(nullptr, IDI_ERROR), box.icon);
+    EXPECT_TRUE(box.hasErrorIcon);
     EXPECT_EQ(1, box.buttons);
     EXPECT_EQ(nullptr, box.owner);
 }
 
 TEST(ErrorBoxTest, CaptionsDifferWhenNoneIsGiven) {
-    EXPECT_TRUE(test::WatchBox("Error", [] {
-                    FormatErrorText(0, "Lead", nullptr, nullptr, nullptr);
-                }).appeared);
-    EXPECT_TRUE(
-        test::WatchBox("Quillon", [] { ReportErrorText(0, "Lead", nullptr, nullptr); }).appeared);
-    const test::BoxContents titled =
-        test::WatchBox("Mine", [] { ReportErrorText(0, "Lead", "Mine", nullptr); });
-    EXPECT_TRUE(titled.appeared);
+    const auto formatted = [] { FormatErrorText(0, "Lead", nullptr, nullptr, nullptr); };
+    EXPECT_EQ("Error", BoxOf(formatted).caption);
+    EXPECT_EQ("Quillon", BoxOf([] { ReportErrorText(0, "Lead", nullptr, nullptr); }).caption);
+    const auto titled = BoxOf([] { ReportErrorText(0, "Lead", "Mine", nullptr); });
+    EXPECT_EQ("Mine", titled.caption);
     EXPECT_EQ(nullptr, titled.owner);
-    EXPECT_EQ(LoadIconA(nullptr, IDI_ERROR), titled.icon);
+    EXPECT_TRUE(titled.hasErrorIcon);
 }
 
 TEST(ErrorBoxTest, BoxBelongsToTheOwnerItIsGiven) {
     const HWND owner = CreateWindowA("STATIC", "owner", WS_OVERLAPPED, 0, 0, 10, 10, nullptr,
                                      nullptr, nullptr, nullptr);
     ASSERT_NE(nullptr, owner);
-    const test::BoxContents box =
-        test::WatchBox("Owned", [&] { FormatErrorText(0, "Lead", "Owned", nullptr, owner); });
+    const auto box = BoxOf([&] { FormatErrorText(0, "Lead", "Owned", nullptr, owner); });
     DestroyWindow(owner);
-    ASSERT_TRUE(box.appeared);
+    EXPECT_EQ("Owned", box.caption);
     EXPECT_EQ(owner, box.owner);
 }
 
 TEST(ErrorBoxTest, EmptyMessageIsShownToo) {
-    const test::BoxContents box =
-        test::WatchBox("Empty", [] { ReportErrorText(kCodeWithoutText, "", "Empty", nullptr); });
-    ASSERT_TRUE(box.appeared);
+    const auto box = BoxOf([] { ReportErrorText(kCodeWithoutText, "", "Empty", nullptr); });
+    EXPECT_EQ("Empty", box.caption);
     EXPECT_EQ("", box.text);
 }
 

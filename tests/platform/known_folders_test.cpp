@@ -5,10 +5,13 @@
 
 #include "support/hive_override.h"
 #include "support/leak_counts.h"
+#include "support/results.h"
 #include "support/scratch.h"
 
 namespace depot {
 namespace {
+
+using test::IsOk;
 
 constexpr char kScheme[] = "AppEvents\\Schemes\\Apps\\.Default";
 constexpr char kExclamation[] = "SystemExclamation\\.Default";
@@ -24,7 +27,7 @@ protected:
 std::string ShellsPath(int folder) {
     char path[MAX_PATH] = {};
     ITEMIDLIST* list = nullptr;
-    EXPECT_EQ(S_OK, SHGetSpecialFolderLocation(nullptr, folder, &list));
+    EXPECT_THAT(SHGetSpecialFolderLocation(nullptr, folder, &list), IsOk());
     EXPECT_TRUE(SHGetPathFromIDListA(list, path));
     ILFree(list);
     return path;

@@ -3,13 +3,16 @@
 #include <gtest/gtest.h>
 
 #include "platform/traced_client.h"
+#include "support/results.h"
 
 namespace depot {
 namespace {
 
+using test::IsDone;
+
 HMODULE ClientLibrary() {
     DirectoryClient client;
-    EXPECT_EQ(1, BindDirectoryClient(client));
+    EXPECT_THAT(BindDirectoryClient(client), IsDone());
     return client.library;
 }
 

@@ -7,10 +7,14 @@
 #include "platform/compiler.h"
 #include "platform/handles.h"
 #include "platform/module_state.h"
+#include "support/results.h"
 #include "support/scratch.h"
 
 namespace depot {
 namespace {
+
+using test::Fails;
+using test::IsDone;
 
 constexpr char kProductKey[] = "Software\\Quillon\\Farrow\\13.00\\Wharfside";
 
@@ -59,7 +63,7 @@ TEST_F(QdirsvcTest, UserFolderIsTheCurrentUsersBeforeTheMachines) {
     EXPECT_EQ("C:\\Machine", Ask(18, 0));
     user_.Text("", "UserDir", "C:\\User\\");
     EXPECT_EQ("C:\\User\\", Ask(18, 0));
-    EXPECT_EQ(1, result_);
+    EXPECT_THAT(result_, IsDone());
 }
 
 TEST_F(QdirsvcTest, EmptyUserFolderCountsAsMissing) {
@@ -89,7 +93,7 @@ TEST_F(QdirsvcTest, ResourceFolderIsTheCurrentUsersBeforeTheMachines) {
     EXPECT_EQ("C:\\Machine", Ask(1, 3));
     user_.Text("", "HomeDir64", "C:\\User");
     EXPECT_EQ("C:\\User", Ask(1, 3));
-    EXPECT_EQ(1, result_);
+    EXPECT_THAT(result_, IsDone());
 }
 
 TEST_F(QdirsvcTest, WithoutAnyResourceFolderItIsTheLibrarysOwn) {
@@ -104,7 +108,7 @@ TEST_F(QdirsvcTest, EveryOtherPairIsEmpty) {
     for (const auto& pair : pairs) {
         SCOPED_TRACE(testing::Message() << pair[0] << ", " << pair[1]);
         EXPECT_EQ("", Ask(pair[0], pair[1]));
-        EXPECT_EQ(0, result_);
+        EXPECT_THAT(result_, Fails());
     }
 }
 
@@ -112,7 +116,7 @@ TEST_F(QdirsvcTest, PathThatJustFitsIsWrittenAndOneTooLongIsNot) {
     user_.Text("", "UserDir", "C:\\Users\\a");
     EXPECT_EQ("C:\\Users\\a", Ask(18, 0, 11));
     EXPECT_EQ("", Ask(18, 0, 10));
-    EXPECT_EQ(0, result_);
+    EXPECT_THAT(result_, Fails());
     EXPECT_EQ("", Ask(18, 0, 1));
 }
 
@@ -120,8 +124,8 @@ TEST_F(QdirsvcTest, BufferOfNoSizeIsLeftAlone) {
     user_.Text("", "UserDir", "C:\\Users\\a");
     Ask(18, 0, 0);
     EXPECT_EQ('#', buffer_[0]);
-    EXPECT_EQ(0, result_);
-    EXPECT_EQ(0, lookup_(18, 0, nullptr, 260));
+    EXPECT_THAT(result_, Fails());
+    EXPECT_THAT(lookup_(18, 0, nullptr, 260), Fails());
 }
 
 TEST_F(QdirsvcTest, PathOver260CharactersCountsAsMissing) {

@@ -8,9 +8,13 @@
 #include "support/import_patch.h"
 #include "support/leak_counts.h"
 #include "support/mapped_memory.h"
+#include "support/results.h"
 
 namespace depot {
 namespace {
+
+using test::Fails;
+using test::IsDone;
 
 constexpr char kName[] = "DepotTests - Shared block";
 constexpr std::uint32_t kSize = 528;
@@ -32,7 +36,7 @@ int Open(SharedBlockLink& link, const char* name, std::uint32_t size = kSize) {
 
 void ExpectNothingOpened(const char* name, std::uint32_t size) {
     SharedBlockLink link;
-    EXPECT_EQ(0, Open(link, name, size));
+    EXPECT_THAT(Open(link, name, size), Fails());
     EXPECT_EQ(nullptr, link.handle);
     EXPECT_EQ(nullptr, link.view);
 }
@@ -61,7 +65,7 @@ const test::RoleRegistration countUp("count-up", CountUp);
 TEST(SharedBlockTest, NewBlockIsZeroFilledEveryTime) {
     for (int round = 0; round < 2; ++round) {
         SharedBlockLink link;
-        ASSERT_EQ(1, Open(link, kName));
+        ASSERT_THAT(Open(link, kName), IsDone());
         ASSERT_NE(nullptr, link.handle);
         ASSERT_NE(nullptr, link.view);
         EXPECT_EQ(std::string(kSize, '\0'), std::string(Bytes(link), kSize));
@@ -72,9 +76,9 @@ TEST(SharedBlockTest, NewBlockIsZeroFilledEveryTime) {
 TEST(SharedBlockTest, ExistingBlockKeepsItsContents) {
     SharedBlockLink first;
     SharedBlockLink second;
-    ASSERT_EQ(1, Open(first, kName));
+    ASSERT_THAT(Open(first, kName), IsDone());
     std::strcpy(Bytes(first), kJunk);
-    EXPECT_EQ(0, Open(second, kName));
+    EXPECT_THAT(Open(second, kName), Fails());
     ASSERT_NE(nullptr, second.view);
     EXPECT_STREQ(kJunk, Bytes(second));
     Bytes(second)[0] = 'J';
@@ -86,7 +90,7 @@ TEST(SharedBlockTest, UnnamedBlockIsTheProcesssOwn) {
     for (const char* unnamed : {static_cast<const char*>(nullptr), ""}) {
         SharedBlockLink link;
         EXPECT_FALSE(BlockExists(name));
-        EXPECT_EQ(1, Open(link, unnamed));
+        EXPECT_THAT(Open(link, unnamed), IsDone());
         EXPECT_TRUE(BlockExists(name));
     }
 }
@@ -110,15 +114,15 @@ TEST(SharedBlockTest, BlockThatCannotBeHadGivesNulls) {
 TEST(SharedBlockTest, ExistingBlockThatIsTooSmallGivesNoView) {
     SharedBlockLink small;
     SharedBlockLink large;
-    ASSERT_EQ(1, Open(small, kName, 16));
-    EXPECT_EQ(0, Open(large, kName, 0x10000));
+    ASSERT_THAT(Open(small, kName, 16), IsDone());
+    EXPECT_THAT(Open(large, kName, 0x10000), Fails());
     EXPECT_NE(nullptr, large.handle);
     EXPECT_EQ(nullptr, large.view);
 }
 
 TEST(SharedBlockTest, ClosingEndsTheBlockAndMayBeRepeated) {
     SharedBlockLink link;
-    ASSERT_EQ(1, Open(link, kName));
+    ASSERT_THAT(Open(link, kName), IsDone());
     link.key = "key";
     for (int round = 0; round < 2; ++round) {
         CloseSharedBlock(link);
@@ -132,7 +136,7 @@ TEST(SharedBlockTest, ClosingEndsTheBlockAndMayBeRepeated) {
 TEST(SharedBlockTest, ClosingUnmapsTheViewAndReleasesTheHandle) {
     const std::size_t handles = test::CountOpenHandles();
     SharedBlockLink link;
-    ASSERT_EQ(1, OpenSharedBlock(kName, kSize, link.handle, link.view));
+    ASSERT_THAT(OpenSharedBlock(kName, kSize, link.handle, link.view), IsDone());
     const void* const view = link.view.get();
     ASSERT_TRUE(test::IsMapped(view));
     EXPECT_EQ(handles + 1, test::CountOpenHandles());
@@ -143,9 +147,9 @@ TEST(SharedBlockTest, ClosingUnmapsTheViewAndReleasesTheHandle) {
 
 TEST(SharedBlockTest, OpeningReleasesWhatTheOutputsHeld) {
     SharedBlockLink link;
-    ASSERT_EQ(1, OpenSharedBlock(kName, kSize, link.handle, link.view));
+    ASSERT_THAT(OpenSharedBlock(kName, kSize, link.handle, link.view), IsDone());
     const void* const old = link.view.get();
-    EXPECT_EQ(0, OpenSharedBlock("with\\backslash", kSize, link.handle, link.view));
+    EXPECT_THAT(OpenSharedBlock("with\\backslash", kSize, link.handle, link.view), Fails());
     EXPECT_FALSE(test::IsMapped(old));
     EXPECT_FALSE(BlockExists(kName));
 }
@@ -196,7 +200,7 @@ TEST(SharedBlockTest, BlocksLieInThePagingFileWithDefaultSecurity) {
     createMapping = creating.Genuine();
     mapView = mapping.Genuine();
     SharedBlockLink link;
-    ASSERT_EQ(1, OpenSharedBlock(kName, kSize, link.handle, link.view));
+    ASSERT_THAT(OpenSharedBlock(kName, kSize, link.handle, link.view), IsDone());
     EXPECT_EQ(INVALID_HANDLE_VALUE, asked.file);
     EXPECT_EQ(nullptr, asked.security);
     EXPECT_EQ(DWORD{PAGE_READWRITE}, asked.protection);
@@ -210,14 +214,14 @@ TEST(SharedBlockTest, BlocksLieInThePagingFileWithDefaultSecurity) {
 TEST(SharedBlockTest, NewBlockThatCannotBeMappedIsStillNew) {
     const test::ImportPatch<MapView> mapping("MapViewOfFile", &MapNothing);
     SharedBlockLink link;
-    EXPECT_EQ(1, OpenSharedBlock(kName, kSize, link.handle, link.view));
+    EXPECT_THAT(OpenSharedBlock(kName, kSize, link.handle, link.view), IsDone());
     EXPECT_NE(nullptr, link.handle);
     EXPECT_EQ(nullptr, link.view);
 }
 
 TEST(SharedBlockTest, AnotherProcessReadsAndWritesTheSameBlock) {
     SharedBlockLink link;
-    ASSERT_EQ(1, Open(link, kName));
+    ASSERT_THAT(Open(link, kName), IsDone());
     *Bytes(link) = 41;
     EXPECT_EQ(41, test::ChildProcess("count-up", {kName}).ExitCode());
     EXPECT_EQ(42, *Bytes(link));

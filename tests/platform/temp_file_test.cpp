@@ -13,8 +13,13 @@
 // After the Windows headers.
 #include <shellapi.h>
 
+#include "support/results.h"
+
 namespace depot {
 namespace {
+
+using test::Fails;
+using test::IsDone;
 
 // Sends temporary files into a folder while it lives.
 class TemporaryFolder {
@@ -198,7 +203,7 @@ protected:
 };
 
 TEST_F(ShellDeletionTest, ShellIsAskedToDeleteForGoodAndToShowItsErrors) {
-    EXPECT_EQ(1, DeleteContainingFolder("C:\\a\\b"));
+    EXPECT_THAT(DeleteContainingFolder("C:\\a\\b"), IsDone());
     EXPECT_EQ(3u, askedOperation.wFunc);
     EXPECT_EQ(0x10, askedOperation.fFlags);
     EXPECT_EQ(nullptr, askedOperation.hwnd);
@@ -208,7 +213,7 @@ TEST_F(ShellDeletionTest, ShellIsAskedToDeleteForGoodAndToShowItsErrors) {
 
 TEST_F(ShellDeletionTest, AbortedDeletionFails) {
     shellAborts = true;
-    EXPECT_EQ(0, DeleteContainingFolder("C:\\a\\b"));
+    EXPECT_THAT(DeleteContainingFolder("C:\\a\\b"), Fails());
 }
 
 TEST(DeleteContainingFolderTest, FolderIsDeletedWithAllThatIsInIt) {
@@ -217,7 +222,7 @@ TEST(DeleteContainingFolderTest, FolderIsDeletedWithAllThatIsInIt) {
     folder.MakeFolder("doomed\\below");
     folder.MakeFile("doomed\\below\\other.txt", "x");
     const std::string named = folder.MakeFile("doomed\\a.txt", "x");
-    EXPECT_EQ(1, DeleteContainingFolder(named));
+    EXPECT_THAT(DeleteContainingFolder(named), IsDone());
     EXPECT_FALSE(test::Exists(folder.At("doomed")));
     EXPECT_TRUE(test::Exists(file));
 }
@@ -225,26 +230,26 @@ TEST(DeleteContainingFolderTest, FolderIsDeletedWithAllThatIsInIt) {
 TEST(DeleteContainingFolderTest, NamedFileNeedNotExist) {
     const test::ScratchFolder folder;
     folder.MakeFolder("doomed");
-    EXPECT_EQ(1, DeleteContainingFolder(folder.At("doomed\\nothing")));
+    EXPECT_THAT(DeleteContainingFolder(folder.At("doomed\\nothing")), IsDone());
     EXPECT_FALSE(test::Exists(folder.At("doomed")));
 }
 
 TEST(DeleteContainingFolderTest, TrailingBackslashMeansTheFolderAbove) {
     const test::ScratchFolder folder;
     folder.MakeFolder("above\\below");
-    EXPECT_EQ(1, DeleteContainingFolder(folder.At("above\\below\\")));
+    EXPECT_THAT(DeleteContainingFolder(folder.At("above\\below\\")), IsDone());
     EXPECT_FALSE(test::Exists(folder.At("above")));
     EXPECT_TRUE(test::Exists(folder.Path()));
 }
 
 TEST(DeleteContainingFolderTest, MissingFolderFails) {
     const test::ScratchFolder folder;
-    EXPECT_EQ(0, DeleteContainingFolder(folder.At("missing\\a.txt")));
+    EXPECT_THAT(DeleteContainingFolder(folder.At("missing\\a.txt")), Fails());
 }
 
 TEST(DeleteContainingFolderTest, EmptyPathDeletesNothing) {
-    EXPECT_EQ(0, DeleteContainingFolder(""));
-    EXPECT_EQ(0, DeleteContainingFolder("\\"));
+    EXPECT_THAT(DeleteContainingFolder(""), Fails());
+    EXPECT_THAT(DeleteContainingFolder("\\"), Fails());
 }
 
 TEST(DeleteContainingFolderTest, FolderOfTheGreatestLengthIsTakenAndALongerPathIsRefused) {
@@ -252,9 +257,9 @@ TEST(DeleteContainingFolderTest, FolderOfTheGreatestLengthIsTakenAndALongerPathI
     const std::string fit = MakeFolderOfLength(parent, 260);
     ASSERT_EQ(260u, fit.size());
     // Cut to 260 characters, the longer path would name the other folder.
-    EXPECT_EQ(0, DeleteContainingFolder(fit + "f\\a.txt"));
+    EXPECT_THAT(DeleteContainingFolder(fit + "f\\a.txt"), Fails());
     EXPECT_TRUE(test::Exists(fit));
-    EXPECT_EQ(1, DeleteContainingFolder(fit + "\\a.txt"));
+    EXPECT_THAT(DeleteContainingFolder(fit + "\\a.txt"), IsDone());
     EXPECT_FALSE(test::Exists(fit));
 }
 

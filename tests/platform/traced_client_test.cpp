@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 
 #include "platform/trace.h"
+#include "support/results.h"
 #include "support/scratch.h"
 
 namespace depot::test {
@@ -53,8 +54,8 @@ protected:
 TEST_F(TracedClientTest, RequestIsPassedOnAndTracedWithItsNameAndCode) {
     char name[] = "cn=ann,dc=farrow";
     char secret[] = "s3cret";
-    EXPECT_EQ(ULONG{LDAP_INVALID_CREDENTIALS},
-              client_.ldap_simple_bind_s(kConnection, name, secret));
+    EXPECT_THAT(client_.ldap_simple_bind_s(kConnection, name, secret),
+                Fails(LDAP_INVALID_CREDENTIALS));
     EXPECT_EQ(kConnection, received.connection);
     EXPECT_EQ(name, received.name);
     EXPECT_EQ(secret, received.secret);
@@ -65,7 +66,7 @@ TEST_F(TracedClientTest, RequestIsPassedOnAndTracedWithItsNameAndCode) {
 }
 
 TEST_F(TracedClientTest, RequestWithoutANameIsTracedWithoutASubject) {
-    EXPECT_EQ(ULONG{LDAP_SUCCESS}, client_.ldap_delete_s(kConnection, nullptr));
+    EXPECT_THAT(client_.ldap_delete_s(kConnection, nullptr), IsDone());
     EXPECT_EQ("(null)", received.name);
     EXPECT_THAT(FileBytes(path_), testing::ContainsRegex(" ldap_delete_s \\d+\\.\\d+ ms 0\r\n"));
 }

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "soak/hammer.h"
+#include "support/results.h"
 
 namespace depot::test {
 namespace {
@@ -52,8 +53,9 @@ TEST_F(ApartmentsHammerTest, EightApartmentsReadWhatTheyWrote) {
     for (int number = 0; number < kApartments; ++number) {
         const std::string name = "a" + std::to_string(number) + ".kra";
         folder_.MakeFile("Farrow\\User\\Work\\" + name, filling);
-        ASSERT_EQ(0u, items_->AddFileEntry("cn=" + name + "," + base_, name, filling.data(),
-                                           static_cast<std::uint32_t>(filling.size())));
+        ASSERT_THAT(items_->AddFileEntry("cn=" + name + "," + base_, name, filling.data(),
+                                         static_cast<std::uint32_t>(filling.size())),
+                    IsDone());
     }
     std::vector<std::string> complaints(kApartments, "not run");
     std::vector<std::thread> clients;

@@ -1,6 +1,7 @@
 // Several processes at once on one depot: every file stays whole.
 #include "soak/hammer.h"
 #include "support/child_process.h"
+#include "support/results.h"
 
 namespace depot::test {
 namespace {
@@ -33,12 +34,13 @@ class ProcessesTest : public HammerTest {
 protected:
     void Add(const std::string& name) {
         const std::string filling = Filling();
-        EXPECT_EQ(0u, items_->AddFileEntry("cn=" + name + "," + base_, name, filling.data(),
-                                           static_cast<std::uint32_t>(filling.size())));
+        EXPECT_THAT(items_->AddFileEntry("cn=" + name + "," + base_, name, filling.data(),
+                                         static_cast<std::uint32_t>(filling.size())),
+                    IsDone());
     }
     std::string Entry(const std::string& name) {
         FileBuffer buffer;
-        EXPECT_EQ(1, items_->ReadFileContents("cn=" + name + "," + base_, buffer));
+        EXPECT_THAT(items_->ReadFileContents("cn=" + name + "," + base_, buffer), IsDone());
         return std::string(reinterpret_cast<const char*>(buffer.bytes.get()), buffer.length);
     }
     // The filling is all there, and each of the ten values once.

@@ -5,6 +5,7 @@
 #include "faults/fault_layer.h"
 #include "soak/hammer.h"
 #include "support/leak_counts.h"
+#include "support/results.h"
 
 namespace depot::test {
 namespace {
@@ -52,8 +53,9 @@ TEST_P(SessionsSoakTest, SessionsLeaveNothingBehind) {
         folder_.MakeFile("Work\\office.kra", Filling());
     } else {
         const std::string filling = Filling();
-        ASSERT_EQ(0u, items_->AddFileEntry("cn=office.kra," + base_, "office.kra", filling.data(),
-                                           static_cast<std::uint32_t>(filling.size())));
+        ASSERT_THAT(items_->AddFileEntry("cn=office.kra," + base_, "office.kra", filling.data(),
+                                         static_cast<std::uint32_t>(filling.size())),
+                    IsDone());
     }
     int round = 0;
     for (; round < kWarmUp; ++round) ASSERT_EQ("", RunSession(*api_, path, round));

@@ -55,7 +55,7 @@ TEST_P(StoreContractTest, ListingOfWhatIsMissingFails) {
     int count = 0;
     EXPECT_THAT(store_.List(
                     At("none", true), [&](const StoreItem&) { ++count; }, left),
-                FailsAs(Reason::kMissing));
+                FailsFor(Reason::kMissing));
     EXPECT_EQ(0, count);
 }
 
@@ -88,14 +88,14 @@ TEST_P(StoreContractTest, WrittenBytesAreReadBack) {
 TEST_P(StoreContractTest, ReadingWhatIsMissingFailsAndLeavesNoBytes) {
     FileBuffer buffer = {3, std::make_unique<std::uint8_t[]>(7)};
     EXPECT_THAT(store_.ReadFile(At("none.kra"), SourceFate::kStays, buffer),
-                FailsAs(Reason::kMissing));
+                FailsFor(Reason::kMissing));
     EXPECT_EQ(nullptr, buffer.bytes);
     EXPECT_EQ(0u, buffer.length);
 }
 
 TEST_P(StoreContractTest, FileThatIsToStayStays) {
     const std::string file = AddFile(At("a.kra"), "1");
-    EXPECT_THAT(Write(file, "2", kRefuse), FailsAs(Reason::kExists));
+    EXPECT_THAT(Write(file, "2", kRefuse), FailsFor(Reason::kExists));
     EXPECT_EQ("1", Bytes(file));
     EXPECT_THAT(Names(world_->Root()), ElementsAre("a.kra"));
 }
@@ -112,9 +112,9 @@ TEST_P(StoreContractTest, FileIsNoFolder) {
 TEST_P(StoreContractTest, RefusedWriteLeavesTheOldContentsAndNoNewFile) {
     const std::string file = AddFile(At("a.kra"), "old bytes");
     world_->RefuseWrites();
-    EXPECT_THAT(Write(file, "new bytes", kReplace), FailsAs(Reason::kRefused));
+    EXPECT_THAT(Write(file, "new bytes", kReplace), FailsFor(Reason::kRefused));
     EXPECT_EQ("old bytes", Bytes(file));
-    EXPECT_THAT(Write(At("b.kra"), "new bytes", kRefuse), FailsAs(Reason::kRefused));
+    EXPECT_THAT(Write(At("b.kra"), "new bytes", kRefuse), FailsFor(Reason::kRefused));
     EXPECT_THAT(Names(world_->Root()), ElementsAre("a.kra"));
 }
 
@@ -133,7 +133,7 @@ TEST_P(StoreContractTest, SourceIsAFileWithItsBytesOrAFolderWithItsChildren) {
         EXPECT_EQ("b.kra", tree.children.front().name);
         EXPECT_FALSE(tree.children.front().isFolder);
         StoreSource missing;
-        EXPECT_THAT(store_.ReadSource(At("none.kra"), fate, missing), FailsAs(Reason::kMissing));
+        EXPECT_THAT(store_.ReadSource(At("none.kra"), fate, missing), FailsFor(Reason::kMissing));
     }
 }
 
@@ -151,29 +151,29 @@ TEST_P(StoreContractTest, FoldersAreMadeWithThoseAboveThem) {
 TEST_P(StoreContractTest, FolderIsNotMadeWhereTheOneAboveItIsGone) {
     const std::string gone = At("gone", true);
     EXPECT_THAT(store_.MakeFolder(In(gone, "sub", true), FoldersAbove::kExist),
-                FailsAs(Reason::kMissing));
+                FailsFor(Reason::kMissing));
     EXPECT_EQ(ItemKind::kMissing, KindOf(gone));
 }
 
 TEST_P(StoreContractTest, OnlyWhatHoldsNothingIsRemoved) {
     const std::string folder = AddFolder(At("sub", true));
     const std::string file = AddFile(In(folder, "a.kra"), "1");
-    EXPECT_THAT(store_.Remove(folder, ItemKind::kFolder), FailsAs(Reason::kNotEmpty));
+    EXPECT_THAT(store_.Remove(folder, ItemKind::kFolder), FailsFor(Reason::kNotEmpty));
     EXPECT_EQ("1", Bytes(file));
     EXPECT_THAT(store_.Remove(file, ItemKind::kFile), IsDone());
     EXPECT_THAT(store_.Remove(folder, ItemKind::kFolder), IsDone());
     EXPECT_THAT(Names(world_->Root()), IsEmpty());
-    EXPECT_THAT(store_.Remove(file, ItemKind::kFile), FailsAs(Reason::kMissing));
-    EXPECT_THAT(store_.Remove(folder, ItemKind::kFolder), FailsAs(Reason::kMissing));
+    EXPECT_THAT(store_.Remove(file, ItemKind::kFile), FailsFor(Reason::kMissing));
+    EXPECT_THAT(store_.Remove(folder, ItemKind::kFolder), FailsFor(Reason::kMissing));
 }
 
 TEST_P(StoreContractTest, ChangedFileIsNotRemoved) {
     const std::string file = AddFile(At("a.kra"), "1");
-    EXPECT_THAT(store_.RemoveUnchanged(file, DigestOf("2", 1)), FailsAs(Reason::kChanged));
+    EXPECT_THAT(store_.RemoveUnchanged(file, DigestOf("2", 1)), FailsFor(Reason::kChanged));
     EXPECT_EQ("1", Bytes(file));
     EXPECT_THAT(store_.RemoveUnchanged(file, DigestOf("1", 1)), IsDone());
     EXPECT_EQ(ItemKind::kMissing, KindOf(file));
-    EXPECT_THAT(store_.RemoveUnchanged(file, DigestOf("1", 1)), FailsAs(Reason::kMissing));
+    EXPECT_THAT(store_.RemoveUnchanged(file, DigestOf("1", 1)), FailsFor(Reason::kMissing));
 }
 
 TEST_P(StoreContractTest, TreeIsRemovedWithAllBelowIt) {
@@ -185,7 +185,7 @@ TEST_P(StoreContractTest, TreeIsRemovedWithAllBelowIt) {
     EXPECT_THAT(store_.RemoveTree(tree), IsDone());
     EXPECT_THAT(Names(world_->Root()), ElementsAre("c.kra"));
     EXPECT_THAT(store_.RemoveTree(At("c.kra")), IsDone());
-    EXPECT_THAT(store_.RemoveTree(tree), FailsAs(Reason::kMissing));
+    EXPECT_THAT(store_.RemoveTree(tree), FailsFor(Reason::kMissing));
 }
 
 TEST_P(StoreContractTest, FileIsRenamedAndMoved) {
@@ -195,7 +195,7 @@ TEST_P(StoreContractTest, FileIsRenamedAndMoved) {
     EXPECT_THAT(Rename(At("b.kra"), In(folder, "c.kra")), IsDone());
     EXPECT_EQ("1", Bytes(In(folder, "c.kra")));
     EXPECT_THAT(Names(world_->Root()), ElementsAre("sub\\"));
-    EXPECT_THAT(Rename(file, At("d.kra")), FailsAs(Reason::kMissing));
+    EXPECT_THAT(Rename(file, At("d.kra")), FailsFor(Reason::kMissing));
 }
 
 TEST_P(StoreContractTest, NameInOtherLettersIsANewName) {
@@ -209,7 +209,7 @@ TEST_P(StoreContractTest, NameInOtherLettersIsANewName) {
 TEST_P(StoreContractTest, RenameReplacesNothing) {
     const std::string file = AddFile(At("a.kra"), "1");
     const std::string other = AddFile(At("b.kra"), "2");
-    EXPECT_THAT(Rename(file, other), FailsAs(Reason::kExists));
+    EXPECT_THAT(Rename(file, other), FailsFor(Reason::kExists));
     EXPECT_EQ("1", Bytes(file));
     EXPECT_EQ("2", Bytes(other));
 }
@@ -226,7 +226,7 @@ TEST_P(StoreContractTest, FolderIsRenamedOrHandedOutToBeCopied) {
         EXPECT_EQ(ItemKind::kMissing, KindOf(folder));
         return;
     }
-    EXPECT_THAT(renamed, FailsAs(Reason::kNotEmpty));
+    EXPECT_THAT(renamed, FailsFor(Reason::kNotEmpty));
     EXPECT_TRUE(held.isFolder);
     ASSERT_EQ(1u, held.children.size());
     EXPECT_EQ("1", Bytes(In(folder, "a.kra")));
@@ -239,7 +239,7 @@ TEST_P(StoreContractTest, PreparationReportsWhatMayBeReplaced) {
     EXPECT_THAT(Prepare(items, kReplace), IsDone());
     EXPECT_TRUE(items[1].mayReplace);
     EXPECT_FALSE(items[2].mayReplace);
-    EXPECT_THAT(Prepare(items, kRefuse), FailsAs(Reason::kExists));
+    EXPECT_THAT(Prepare(items, kRefuse), FailsFor(Reason::kExists));
     EXPECT_EQ("1", Bytes(At("a.kra")));
 }
 
@@ -247,7 +247,7 @@ TEST_P(StoreContractTest, PlacesThatAreOneAreNotPrepared) {
     std::vector<PlannedItem> items = {
         {world_->Root(), true}, {At("a.kra"), false}, {At("A.KRA"), false}};
     EXPECT_THAT(Prepare(items, kReplace),
-                testing::AnyOf(FailsAs(Reason::kSharedName), FailsAs(Reason::kExists)));
+                testing::AnyOf(FailsFor(Reason::kSharedName), FailsFor(Reason::kExists)));
 }
 
 TEST_P(StoreContractTest, PathsCompareWithoutRegardToLetterCase) {

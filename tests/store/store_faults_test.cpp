@@ -13,7 +13,7 @@ protected:
 };
 
 TEST_P(StoreFaultsTest, EveryOperationReportsThatThePlaceStoppedAnswering) {
-    const auto gone = FailsAs(world_->BreakOff());
+    const auto gone = FailsFor(world_->BreakOff());
     LeftOut left;
     FileBuffer buffer;
     StoreSource source, held;

@@ -7,23 +7,12 @@
 #include "store/folder_store.h"
 #include "store/tree.h"
 #include "support/directory_fixture.h"
-#include "support/import_patch.h"
+#include "support/half_writes.h"
 #include "support/memory_store.h"
 #include "support/scratch.h"
 
 namespace depot::test {
 namespace {
-
-using WriteFileCall = BOOL(WINAPI*)(HANDLE, LPCVOID, DWORD, DWORD*, OVERLAPPED*);
-
-WriteFileCall realWrite = nullptr;
-
-BOOL WINAPI WriteHalf(HANDLE file, LPCVOID bytes, DWORD length, DWORD* written,
-                      OVERLAPPED* overlapped) {
-    realWrite(file, bytes, length / 2, written, overlapped);
-    SetLastError(ERROR_DISK_FULL);
-    return FALSE;
-}
 
 class FolderWorld : public StoreWorld {
 public:
@@ -35,11 +24,7 @@ public:
         EXPECT_TRUE(MoveFileA(gone.c_str(), folder_.At("gone").c_str()));
         return Reason::kMissing;
     }
-    void RefuseWrites() override {
-        full_ = std::make_unique<ImportPatch<WriteFileCall>>("WriteFile", &WriteHalf);
-        EXPECT_TRUE(full_->IsInPlace());
-        realWrite = full_->Genuine();
-    }
+    void RefuseWrites() override { full_ = std::make_unique<HalfWrites>(); }
     LeftOut AddWhatIsLeftOut() override {
         const std::wstring name = WideFromAnsi(Root()) + L"\\\u0416\u5b57.kra";
         CloseHandle(CreateFileW(name.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, 0, nullptr));
@@ -52,7 +37,7 @@ public:
 private:
     ScratchFolder folder_;
     std::string root_ = folder_.MakeFolder("root");
-    std::unique_ptr<ImportPatch<WriteFileCall>> full_;
+    std::unique_ptr<HalfWrites> full_;
 };
 
 class DirectoryWorld : public StoreWorld {

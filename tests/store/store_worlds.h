@@ -9,6 +9,7 @@
 #include <string>
 
 #include "store/store.h"
+#include "support/results.h"
 
 namespace depot::test {
 
@@ -42,19 +43,6 @@ extern const WorldKind kWorlds[3];
 
 inline void PrintTo(const WorldKind& kind, std::ostream* stream) {
     *stream << kind.name;
-}
-
-// A result that is done, and one that failed for a reason; both print the code and the text.
-MATCHER(IsDone, "") {
-    if (arg) return true;
-    *result_listener << "code " << arg.Why().code << ": " << arg.Why().text;
-    return false;
-}
-MATCHER_P(FailsAs, reason, "") {
-    if (arg) return false;
-    *result_listener << "reason " << static_cast<int>(arg.Why().reason) << ", code "
-                     << arg.Why().code << ": " << arg.Why().text;
-    return arg.Why().reason == reason;
 }
 
 // A test of one kind of store, which is open.

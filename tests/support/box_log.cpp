@@ -22,6 +22,29 @@ BOOL CALLBACK Collect(HWND window, LPARAM found) {
     return TRUE;
 }
 
+BOOL CALLBACK CountButton(HWND window, LPARAM count) {
+    char className[16] = {};
+    GetClassNameA(window, className, sizeof(className));
+    if (std::string(className) == "Button") ++*reinterpret_cast<int*>(count);
+    return TRUE;
+}
+
+ShownBox Describe(HWND window, HICON errorIcon) {
+    char caption[256] = {};
+    char text[4096] = {};
+    GetWindowTextA(window, caption, sizeof(caption));
+    GetDlgItemTextA(window, kTextControl, text, sizeof(text));
+    ShownBox box{.caption = caption, .text = text};
+    const auto icon =
+        reinterpret_cast<HICON>(SendDlgItemMessageA(window, kIconControl, STM_GETICON, 0, 0));
+    box.hasErrorIcon = icon != nullptr && icon == errorIcon;
+    box.isTopmost = (GetWindowLongPtrA(window, GWL_EXSTYLE) & WS_EX_TOPMOST) != 0;
+    box.isForeground = GetForegroundWindow() == window;
+    box.owner = GetWindow(window, GW_OWNER);
+    EnumChildWindows(window, &CountButton, reinterpret_cast<LPARAM>(&box.buttons));
+    return box;
+}
+
 }  // namespace
 
 BoxLog::BoxLog() : thread_([this] { Watch(); }) {
@@ -35,31 +58,29 @@ BoxLog::~BoxLog() {
 }
 
 void BoxLog::Watch() {
+    // Neither connecting to the desktop nor finding an icon is possible while another thread is
+    // loading a library.
     GetDesktopWindow();
+    const HICON errorIcon = LoadIconA(nullptr, IDI_ERROR);
     running_ = true;
     std::vector<HWND> confirmed;
     while (!ending_) {
         std::vector<HWND> shown;
         EnumWindows(&Collect, reinterpret_cast<LPARAM>(&shown));
         for (const HWND box : shown) {
-            if (std::find(confirmed.begin(), confirmed.end(), box) == confirmed.end()) Confirm(box);
+            if (std::find(confirmed.begin(), confirmed.end(), box) != confirmed.end()) continue;
+            Confirm(box, errorIcon);
         }
         confirmed = shown;
         Sleep(2);
     }
 }
 
-void BoxLog::Confirm(HWND box) {
-    char caption[256] = {};
-    char text[2048] = {};
-    GetWindowTextA(box, caption, sizeof(caption));
-    GetDlgItemTextA(box, kTextControl, text, sizeof(text));
-    const auto icon =
-        reinterpret_cast<HICON>(SendDlgItemMessageA(box, kIconControl, STM_GETICON, 0, 0));
+void BoxLog::Confirm(HWND box, HICON errorIcon) {
+    const ShownBox shown = Describe(box, errorIcon);
     {
         const std::lock_guard lock(mutex_);
-        boxes_.push_back({caption, text, icon != nullptr && icon == LoadIconA(nullptr, IDI_ERROR),
-                          GetWindow(box, GW_OWNER)});
+        boxes_.push_back(shown);
     }
     PostMessageA(box, WM_COMMAND, IDOK, 0);
 }

@@ -16,10 +16,14 @@ struct ShownBox {
     std::string caption;
     std::string text;
     bool hasErrorIcon = false;
+    bool isTopmost = false;
+    bool isForeground = false;
     HWND owner = nullptr;
+    int buttons = 0;
 };
 
-// Watches from its construction to its end: no test hangs on a box.
+// Watches from its construction to its end: no test hangs on a box. It is watching already when the
+// constructor returns, so that boxes shown while a library is loaded are seen, too.
 class BoxLog {
 public:
     BoxLog();
@@ -33,7 +37,7 @@ public:
 
 private:
     void Watch();
-    void Confirm(HWND box);
+    void Confirm(HWND box, HICON errorIcon);
 
     mutable std::mutex mutex_;
     std::vector<ShownBox> boxes_;

@@ -10,6 +10,7 @@
 #include "platform/error_text.h"
 #include "support/box_log.h"
 #include "support/directory_server.h"
+#include "support/results.h"
 #include "support/scripted_prompt.h"
 
 namespace depot::test {
@@ -33,9 +34,21 @@ protected:
         if (!items_) {
             location_ = server_.Location(base_).Clone();
             items_ = std::make_unique<CLDAPItems>(location_.get());
-            EXPECT_EQ(1, items_->ConnectLocation(nullptr));
+            EXPECT_THAT(items_->ConnectLocation(nullptr), IsDone());
         }
         return *items_;
+    }
+
+    // The name of an entry of the folder.
+    std::string Dn(const std::string& name) const { return "cn=" + name + "," + base_; }
+    // What a file holds; "(missing)" when there is none.
+    std::string Contents(const std::string& dn) {
+        FileBuffer buffer;
+        if (Connected().ReadFileContents(dn, buffer) == kFailed) return "(missing)";
+        return std::string(reinterpret_cast<const char*>(buffer.bytes.get()), buffer.length);
+    }
+    bool Holds(const std::string& dn) {
+        return CodeOf(Connected().Entries().Find(dn)) == LDAP_SUCCESS;
     }
 
     DirectoryServer& server_ = SharedServer();
@@ -44,6 +57,7 @@ protected:
     ScriptedPrompt prompt_;
     std::unique_ptr<CDepotPath> location_;
     std::unique_ptr<CLDAPItems> items_;
+    std::string text_ = "junk";
 };
 
 }  // namespace depot::test

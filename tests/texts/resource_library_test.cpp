@@ -4,7 +4,7 @@
 
 #include "platform/module_state.h"
 #include "resource_ids.h"
-#include "support/box_at_load.h"
+#include "support/box_log.h"
 #include "support/library_folder.h"
 #include "support/locale_world.h"
 
@@ -147,23 +147,23 @@ TEST_F(ResourceLibraryTest, TextThatTheCodePageCannotHoldIsAbsent) {
 }
 
 TEST_F(ResourceLibraryTest, MissingLibraryIsReportedInABox) {
-    BoxWatcher watcher("DepotIntr");
+    const BoxLog boxes;
     EXPECT_EQ(nullptr, LoadResourceLibraryOrTell(folder_.At("")));
-    const auto box = watcher.Finish();
-    ASSERT_TRUE(box.has_value());
-    EXPECT_EQ(1, watcher.Count());
-    EXPECT_EQ("Unable to load resource", box->text);
-    EXPECT_TRUE(box->hasHandIcon);
-    EXPECT_TRUE(box->isTopmost);
-    EXPECT_TRUE(box->isForeground);
-    EXPECT_FALSE(box->hasOwner);
+    const std::vector<ShownBox> shown = boxes.Boxes();
+    ASSERT_EQ(1u, shown.size());
+    EXPECT_EQ("DepotIntr", shown[0].caption);
+    EXPECT_EQ("Unable to load resource", shown[0].text);
+    EXPECT_TRUE(shown[0].hasErrorIcon);
+    EXPECT_TRUE(shown[0].isTopmost);
+    EXPECT_TRUE(shown[0].isForeground);
+    EXPECT_EQ(nullptr, shown[0].owner);
 }
 
 TEST_F(ResourceLibraryTest, LoadedLibraryShowsNoBox) {
     folder_.OfferAll();
-    BoxWatcher watcher("DepotIntr");
+    const BoxLog boxes;
     EXPECT_NE(nullptr, LoadResourceLibraryOrTell(folder_.At("")));
-    EXPECT_EQ(std::nullopt, watcher.Finish());
+    EXPECT_THAT(boxes.Texts(), testing::IsEmpty());
 }
 
 }  // namespace
