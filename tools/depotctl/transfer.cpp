@@ -154,7 +154,7 @@ void RequireFittingName(const Place& place, ItemKind kind) {
 }
 
 Place TargetOf(Places& places, const Place& from, const std::string& to) {
-    const Place named = places.Resolve(to);
+    Place named = places.Resolve(to);
     if (places.KindOf(named) == ItemKind::kFolder) return Child(named, SourceName(from));
     if (NamesFolder(to)) Refuse("the folder " + named.Shown() + " is not there");
     const Place parent = ParentOf(named);
