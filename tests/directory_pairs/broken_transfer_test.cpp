@@ -190,9 +190,8 @@ TEST_F(BrokenTransferTest, RenamedFolderIsWholeOnOneSide) {
         EXPECT_TRUE(arrived == kFiles || left == kFiles) << arrived << " " << left;
         EXPECT_EQ(done != 0, arrived == kFiles && left == 0);
         world_.depots.Remove(&cut);
-        ASSERT_THAT(
-            DeleteFile(*work_, "<Work>\\from\\many") + DeleteFile(*work_, "<Work>\\to\\many"),
-            IsDone());
+        ASSERT_NE(
+            0, DeleteFile(*work_, "<Work>\\from\\many") + DeleteFile(*work_, "<Work>\\to\\many"));
     }
 }
 

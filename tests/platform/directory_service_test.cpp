@@ -35,7 +35,7 @@ std::string SystemFolder() {
 DWORD RunChild(const std::string& program, const std::string& currentFolder,
                const std::string& expected) {
     SetEnvironmentVariableA(kExpectedFolder, expected.c_str());
-    std::string line = "\"" + program + "\" --gtest_filter=*TheLibraryIsBoundOncePerProcess";
+    std::string line = "\"" + program + "\" --gtest_filter=*.LibraryIsBoundOncePerProcess";
     STARTUPINFOA start = {};
     start.cb = sizeof(start);
     start.dwFlags = STARTF_USESTDHANDLES;  // the child says nothing

@@ -5,6 +5,7 @@
 #include "platform/paths.h"
 #include "store/folder_store.h"
 #include "support/results.h"
+#include "support/scratch.h"
 
 namespace depot::test {
 
@@ -63,7 +64,11 @@ void TestFolder::AddContents(const std::string& folder, const std::string& path,
         At(folder), [&](const StoreItem& child) { children.push_back(child); }, left);
     for (const StoreItem& child : children) {
         const std::string name = folder.empty() ? child.name : folder + "\\" + child.name;
-        contents[path + child.name] = child.isFolder ? kFolderMark : Bytes(name);
+        // Files whose paths are too long for the product are looked at, too.
+        const std::optional<std::string> local = Reach().LocalPath(At(name));
+        contents[path + child.name] = child.isFolder ? kFolderMark
+                                      : local        ? FileBytes(*local)
+                                                     : Bytes(name);
         if (child.isFolder) AddContents(name, path + child.name + "\\", contents);
     }
 }
