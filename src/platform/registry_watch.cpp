@@ -1,5 +1,7 @@
 #include "platform/registry_watch.h"
 
+#include <algorithm>
+
 #include "platform/paths.h"
 
 namespace depot {
@@ -33,26 +35,43 @@ std::vector<std::string> KeysOnTheWay(const std::string& path) {
 }  // namespace
 
 bool RegistryWatch::Add(HKEY root, const std::string& path) {
-    if (!event_) return false;
-    bool isWatched = false;
+    bool isReported = false;
     for (const std::string& key : KeysOnTheWay(path)) {
-        const Outcome outcome = Watch(root, key, key == path);
-        // The key above notices when a missing one comes.
-        if (outcome != Outcome::kWatched) return outcome == Outcome::kMissing && isWatched;
-        isWatched = true;
+        const bool isLast = key == path;
+        const Outcome outcome =
+            !isLast && IsWatched(root, key) ? Outcome::kWatched : Watch(root, key, isLast);
+        // The key above reports when a missing one comes.
+        if (outcome != Outcome::kWatched) return outcome == Outcome::kMissing && isReported;
+        isReported = true;
     }
     return true;
 }
 
+bool RegistryWatch::IsWatched(HKEY root, const std::string& path) const {
+    return std::any_of(keys_.begin(), keys_.end(), [&](const Watched& watched) {
+        return watched.root == root && watched.path == path;
+    });
+}
+
 RegistryWatch::Outcome RegistryWatch::Watch(HKEY root, const std::string& path,
                                             bool everythingBelow) {
+    if (keys_.size() == MAXIMUM_WAIT_OBJECTS) return Outcome::kRefused;
     HKEY opened = nullptr;
     const LSTATUS status = RegOpenKeyExA(root, path.c_str(), 0, KEY_NOTIFY, &opened);
     UniqueHkey key(status == ERROR_SUCCESS ? opened : nullptr);
     if (status == ERROR_FILE_NOT_FOUND || status == ERROR_PATH_NOT_FOUND) return Outcome::kMissing;
-    if (!key || !Notify(key.get(), event_.get(), everythingBelow)) return Outcome::kRefused;
-    keys_.push_back(std::move(key));
+    UniqueHandle event(CreateEventA(nullptr, TRUE, FALSE, nullptr));
+    if (!key || !event || !Notify(key.get(), event.get(), everythingBelow)) {
+        return Outcome::kRefused;
+    }
+    events_.push_back(event.get());
+    keys_.push_back({root, path, std::move(event), std::move(key)});
     return Outcome::kWatched;
+}
+
+bool RegistryWatch::HasChanged() const {
+    return WaitForMultipleObjects(static_cast<DWORD>(events_.size()), events_.data(), FALSE, 0) !=
+           WAIT_TIMEOUT;
 }
 
 HiveMark MarkOf(HKEY hive) {

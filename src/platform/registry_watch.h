@@ -14,22 +14,29 @@ namespace depot {
 // wait that does not wait.
 class RegistryWatch {
 public:
-    RegistryWatch() : event_(CreateEventA(nullptr, TRUE, FALSE, nullptr)) {}
-
     // Watches root\path with everything below it, and every key on the way to it for being removed,
     // renamed and made anew; of a path that does not exist, what there is of it. Returns whether no
     // change can come unnoticed. What is read is to be read afterwards.
     bool Add(HKEY root, const std::string& path);
 
-    // Whether anything has changed since it was added. A watch without its event says so, too.
-    bool HasChanged() const { return WaitForSingleObject(event_.get(), 0) != WAIT_TIMEOUT; }
+    // Whether anything has changed since it was added. A watch of nothing says so, too.
+    bool HasChanged() const;
 
 private:
+    struct Watched {
+        HKEY root;
+        std::string path;
+        UniqueHandle event;  // outlives the key
+        UniqueHkey key;
+    };
     enum class Outcome { kWatched, kMissing, kRefused };
     Outcome Watch(HKEY root, const std::string& path, bool everythingBelow);
+    bool IsWatched(HKEY root, const std::string& path) const;
 
-    UniqueHandle event_;
-    std::vector<UniqueHkey> keys_;
+    // Each key has an event of its own: whoever asks for a report resets the event for it, also one
+    // that has just been signalled for another key.
+    std::vector<Watched> keys_;
+    std::vector<HANDLE> events_;
 };
 
 // Tells one redirection of a hive from another: where RegOverridePredefKey leads elsewhere, another

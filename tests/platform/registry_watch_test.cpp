@@ -113,6 +113,20 @@ TEST_F(RegistryWatchTest, SeveralKeysShareOneWatch) {
     EXPECT_TRUE(watch.HasChanged());
 }
 
+// The system forgets what an event was signalled for when it is given for another key.
+TEST_F(RegistryWatchTest, ChangeBetweenTwoAdditionsIsReported) {
+    RegistryWatch watch;
+    ASSERT_TRUE(watch.Add(HKEY_CURRENT_USER, kWatched));
+    Write(Below("A"), "1");
+    ASSERT_TRUE(watch.Add(HKEY_LOCAL_MACHINE, kWatched));
+    ASSERT_TRUE(watch.Add(HKEY_CURRENT_USER, std::string(kTop) + "\\Other"));
+    EXPECT_TRUE(watch.HasChanged());
+}
+
+TEST_F(RegistryWatchTest, WatchOfNothingHasChanged) {
+    EXPECT_TRUE(RegistryWatch().HasChanged());
+}
+
 TEST_F(RegistryWatchTest, HandlesAreGivenBack) {
     EXPECT_EQ(0u, test::CountLeftovers([] {
                   RegistryWatch watch;
