@@ -23,7 +23,7 @@ std::vector<ShownDepot> ShownDepots(const CDepots& depots) {
 }
 
 CDepot* FindDepot(const CDepots& depots, const DepotRef& ref) {
-    CDepot** const found = std::find_if(depots.begin(), depots.end(), [&](const CDepot* depot) {
+    const auto found = std::find_if(depots.begin(), depots.end(), [&](const CDepot* depot) {
         return depot->rootKey == ref.rootKey && EqualsNoCase(depot->name, ref.name);
     });
     return found == depots.end() ? nullptr : *found;

@@ -36,7 +36,7 @@ STDMETHODIMP CDepotIntrApi::DPGetPathFromDisplayName(LONG_PTR lDPIntr, BSTR* bst
                       [&](DepotSession& session) -> std::optional<std::string> {
                           const DisplayPathParts parts = SplitDisplayPath(NameText(bstrDspName));
                           const CDepots& depots = session.Depots();
-                          CDepot** const named =
+                          const auto named =
                               std::find_if(depots.begin(), depots.end(), [&](const CDepot* depot) {
                                   return EqualsNoCase(depot->displayName, parts.depotName);
                               });

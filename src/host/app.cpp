@@ -11,7 +11,8 @@ namespace depot {
 
 BOOL CDepotIntrApp::InitInstance() {
     InstallSystemCodePage();
-    InstallLocalization({CurrentLanguageCode, ResourceText});
+    InstallLocalization(
+        {CurrentLanguageCode, ResourceText, kLocaleKey, [] { return unsigned{UserLanguageId()}; }});
     InstallCredentialsPrompt(&credentialsDialog_);
     // Kept: the library stays usable without its texts.
     // Relied on by: installations whose resource files were removed or damaged.

@@ -8,6 +8,7 @@
 #include "api/session_table.h"
 #include "directory/ldap_items.h"
 #include "host/module.h"
+#include "model/shared_definitions.h"
 #include "platform/directory_client.h"
 #include "platform/directory_service.h"
 #include "platform/no_destructor.h"
@@ -78,6 +79,7 @@ void LeaveProcess() noexcept {
     // What is still at work needs its memory and its libraries.
     if (!sessions.LeaveAll() || CallScope::Count() > 0) return;
     std::destroy_at(&sessions);
+    FreeSharedDefinitions();
     FreeDirectoryClient();
     FreeDirectoryService();
 }

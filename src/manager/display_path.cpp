@@ -10,6 +10,10 @@
 namespace depot {
 namespace {
 
+std::string NamePrefix(const CDepot& depot, DepotName name) {
+    return DisplayPrefix(name == DepotName::kDisplay ? depot.displayName : depot.name);
+}
+
 std::string StorageRoot(CDepot& depot) {
     return depot.paths->GetActivePath();
 }
@@ -25,8 +29,7 @@ std::string PutUnderRoot(CDepot& depot, const std::string& path, const std::stri
 
 std::string BuildDisplayPath(CDepot& depot, const std::string& relative, PathForm form,
                              DepotName name) {
-    const std::string prefix =
-        DisplayPrefix(name == DepotName::kDisplay ? depot.displayName : depot.name);
+    const std::string prefix = NamePrefix(depot, name);
     std::string path = prefix + relative;
     if (form == PathForm::kDisplay && !depot.name.empty()) return path;
     return PutUnderRoot(depot, path, prefix);
@@ -87,16 +90,21 @@ bool HoldsRoot(CDepot& depot, const std::string& path) {
 
 CDepot* FindDepotForPath(const CDepots& depots, const std::string& path, PathForm form,
                          DepotName name) {
-    CDepot** const found = std::find_if(depots.begin(), depots.end(), [&](CDepot* depot) {
-        return MatchesPath(*depot, path, form, name);
-    });
-    return found == depots.end() ? nullptr : *found;
+    for (std::size_t index = 0; index < depots.Count(); ++index) {
+        const CDepot& definition = depots.DefinitionAt(index);
+        // What the names alone decide takes no copies of the depots before the one that is meant.
+        const bool isNamed = form == PathForm::kDisplay && !definition.name.empty();
+        const bool matches = isNamed ? MatchesPrefix(path, NamePrefix(definition, name))
+                                     : MatchesPath(*depots.At(index), path, form, name);
+        if (matches) return depots.At(index);
+    }
+    return nullptr;
 }
 
 CDepot* FindDepotHolding(const CDepots& depots, const std::string& path) {
     CDepot* const named = FindDepotForPath(depots, path, PathForm::kDisplay, DepotName::kKey);
     if (named != nullptr) return named;
-    CDepot** const found = std::find_if(depots.begin(), depots.end(), [&](CDepot* depot) {
+    const auto found = std::find_if(depots.begin(), depots.end(), [&](CDepot* depot) {
         return depot->paths->MayHold(path) &&
                MatchesPath(*depot, path, PathForm::kStorage, DepotName::kKey);
     });

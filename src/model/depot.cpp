@@ -129,6 +129,7 @@ void CDepot::ReadLocations(const RegistryKey& key) {
         auto location = std::make_unique<CDepotPath>(paths.get());
         if (location->LoadFromRegistry(key, index) == 0) return;
         paths->Append(std::move(location));
+        if (paths->Count() != static_cast<std::size_t>(index)) wasReadWhole_ = false;
     }
 }
 

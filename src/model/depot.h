@@ -51,6 +51,9 @@ public:
     bool ReadDefinition(const RegistryKey& listKey, const std::string& subkeyName,
                         const std::string& language);
 
+    // Whether memory sufficed for all locations that ReadDefinition found.
+    bool WasReadWhole() const { return wasReadWhole_; }
+
     // Returns the depot's connection object, made on first need for the active location and kept as
     // long as that location; null when the active location is a folder. No server is contacted but
     // to choose the location.
@@ -89,6 +92,7 @@ private:
     void ReadLocations(const RegistryKey& key);
 
     std::unique_ptr<Directory> directory_;
+    bool wasReadWhole_ = true;
 };
 
 }  // namespace depot

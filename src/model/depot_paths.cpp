@@ -11,6 +11,7 @@
 #include "model/depot.h"
 #include "model/depots.h"
 #include "platform/first_answer.h"
+#include "platform/impersonation.h"
 #include "platform/local_file.h"
 #include "platform/paths.h"
 #include "platform/text.h"
@@ -82,14 +83,6 @@ private:
     std::atomic<bool> hasInvalidBase_ = false;
 };
 
-// A thread of its own would not act for the user for whom this one does.
-bool ActsForAnotherUser() {
-    HANDLE token = nullptr;
-    if (!OpenThreadToken(GetCurrentThread(), TOKEN_QUERY, TRUE, &token)) return false;
-    CloseHandle(token);
-    return true;
-}
-
 }  // namespace
 
 CDepotPaths::CDepotPaths(CDepot* owningDepot) : owner(owningDepot) {}
@@ -159,7 +152,8 @@ void CDepotPaths::ChooseLocation() {
 // let wait for it, they do not wait for each other.
 std::optional<std::size_t> CDepotPaths::FindReachable() {
     std::vector<std::shared_ptr<LocationProbe>> probes;
-    const bool isAlone = Count() == 1 || ActsForAnotherUser();
+    // A thread of its own would not act for the user for whom this one does.
+    const bool isAlone = Count() == 1 || IsImpersonating();
     const auto mayWait = [&] { return !isAlone && probes.back()->MayWait(); };
     std::optional<std::size_t> found;
     std::size_t first = 0;

@@ -4,6 +4,7 @@
 
 #include "macros/replacer_cache.h"
 #include "model/localization.h"
+#include "model/shared_definitions.h"
 #include "platform/paths.h"
 
 namespace depot {
@@ -50,16 +51,20 @@ void CDepots::Add(CDepot* depot, bool clone) {
 }
 
 void CDepots::Copy(const CDepots* other) {
-    if (other != nullptr) CopyElements(array_, other->array_);
+    if (other == nullptr) return;
+    other->MakeAllOwn();
+    CopyElements(array_, other->array_);
 }
 
 void CDepots::RemoveAll(bool deleteElements) {
     defaultDepot = nullptr;
     if (filteredView) filteredView->RemoveAll(false);
     RemoveAllElements(array_, deleteElements);
+    definitions_.reset();
 }
 
 void CDepots::Remove(CDepot* depot) {
+    MakeAllOwn();
     if (depot == defaultDepot) defaultDepot = nullptr;
     if (filteredView) filteredView->array_.Remove(depot);
     RemoveElement(array_, depot);
@@ -68,14 +73,51 @@ void CDepots::Remove(CDepot* depot) {
 void CDepots::Load(const std::string& path) {
     keyPath = path;
     CDepots::RemoveAll(true);
+    if (!TakeDefinitions(SharedDefinitions(keyPath))) ReadDefinitions();
+    hasConfiguredDepots = Count() > 0;
+    if (!hasConfiguredDepots) AddBuiltInDepot();
+    defaultDepot = ChooseDefault();
+}
+
+void CDepots::ReadDefinitions() {
+    SharedReading reading(keyPath);
+    leftOut_ = false;
     EnumerateDepotKeys(HKEY_CURRENT_USER, keyPath, 0);
     if (EnumerateDepotKeys(HKEY_LOCAL_MACHINE, keyPath, 0) == 0) {
         EnumerateDepotKeys(HKEY_LOCAL_MACHINE, keyPath, KEY_WOW64_64KEY);
     }
     SortByOrderIndex();
-    hasConfiguredDepots = Count() > 0;
-    if (!hasConfiguredDepots) AddBuiltInDepot();
-    defaultDepot = ChooseDefault();
+    if (!leftOut_) reading.Share(*this);
+}
+
+// Returns whether there are definitions, and memory for a place for each.
+bool CDepots::TakeDefinitions(std::shared_ptr<const DepotDefinitions> definitions) {
+    if (!definitions) return false;
+    CDepot* const unused = nullptr;
+    for (std::size_t index = 0; index < definitions->depots.Count(); ++index) {
+        if (array_.Add(unused)) continue;
+        array_.Clear();
+        return false;
+    }
+    definitions_ = std::move(definitions);
+    return true;
+}
+
+CDepot* CDepots::MakeOwn(std::size_t index) const {
+    std::unique_ptr<CDepot> depot = definitions_->depots.At(index)->Clone();
+    if (!depot) throw std::bad_alloc();
+    // What a list holds is never const.
+    depot->owner = const_cast<CDepots*>(this);
+    return array_.begin()[index] = depot.release();
+}
+
+void CDepots::MakeAllOwn() const {
+    for (std::size_t index = 0; index < Count(); ++index) At(index);
+}
+
+const CDepot& CDepots::DefinitionAt(std::size_t index) const {
+    const CDepot* const own = array_.At(index);
+    return own != nullptr ? *own : *definitions_->depots.At(index);
 }
 
 int CDepots::EnumerateDepotKeys(HKEY rootKey, const std::string& path, REGSAM extraAccess) {
@@ -107,17 +149,21 @@ void CDepots::AddDepot(const RegistryKey& key, const std::string& subkeyName,
     auto depot = std::make_unique<CDepot>(this);
     depot->rootKey = root.key;
     depot->registryViewFlags = root.viewFlags;
-    if (depot->ReadDefinition(key, subkeyName, language)) AddOwned(array_, std::move(depot));
+    const bool isDepot = depot->ReadDefinition(key, subkeyName, language);
+    if (!depot->WasReadWhole()) leftOut_ = true;
+    if (isDepot && AddOwned(array_, std::move(depot)) == nullptr) leftOut_ = true;
 } catch (const std::bad_alloc&) {
+    leftOut_ = true;
 }
 
 CDepot* CDepots::LowestOrderDepot() const {
-    CDepot** const lowest = std::min_element(begin(), end(), OrderedBefore);
+    const Iterator lowest = std::min_element(begin(), end(), OrderedBefore);
     return lowest == end() || !HasOrderIndex(*lowest) ? nullptr : *lowest;
 }
 
 void CDepots::SortByOrderIndex() {
-    std::stable_sort(begin(), end(), OrderedBefore);
+    MakeAllOwn();
+    std::stable_sort(array_.begin(), array_.end(), OrderedBefore);
 }
 
 void CDepots::AddBuiltInDepot() {
@@ -130,9 +176,9 @@ void CDepots::AddBuiltInDepot() {
 }
 
 CDepot* CDepots::ChooseDefault() const {
-    CDepot** const chosen =
-        std::find_if(begin(), end(), [](const CDepot* depot) { return depot->isDefault; });
-    if (chosen != end()) return *chosen;
+    for (std::size_t index = 0; index < Count(); ++index) {
+        if (DefinitionAt(index).isDefault) return At(index);
+    }
     return Count() > 0 ? At(0) : nullptr;
 }
 
@@ -148,21 +194,29 @@ MacroValues CDepots::CopyReplacers() {
 
 void CDepots::ShareUserFolder(const std::string& userDir) {
     const ReplacerLock lock;
+    // The language that was looked up with the definitions is that of this moment.
+    if (definitions_) OpenReplacers(definitions_->language);
     OpenReplacers().Change([&](MacroValues& values) { FillSlot(values.userFolder, userDir); });
 }
 
 // REQUIRES: the caller holds a ReplacerLock.
 MacroCacheHolder& CDepots::OpenReplacers() {
+    return replacerCache ? *replacerCache : OpenReplacers(LanguageCode());
+}
+
+// REQUIRES: the caller holds a ReplacerLock.
+MacroCacheHolder& CDepots::OpenReplacers(const std::string& language) {
     if (!replacerCache) {
-        replacerCache = OpenReplacerCache(GetUserDir(false), LanguageCode());
+        replacerCache = OpenReplacerCache(GetUserDir(false), language);
         ownsReplacerCache = true;
     }
     return *replacerCache;
 }
 
 bool CDepots::LeaveConnections() {
-    return std::count_if(begin(), end(), [](CDepot* depot) { return depot->LeaveConnections(); }) >
-           0;
+    return std::count_if(array_.begin(), array_.end(), [](CDepot* depot) {
+               return depot != nullptr && depot->LeaveConnections();
+           }) > 0;
 }
 
 std::string CDepots::GetUserDir(bool useCache) {

@@ -1,6 +1,8 @@
 // The list of all depots.
 #pragma once
 
+#include <cstddef>
+#include <iterator>
 #include <memory>
 #include <string>
 
@@ -11,10 +13,39 @@
 
 namespace depot {
 
+struct DepotDefinitions;
+
 // The depots that the registry defines below one key, or, without a key, a list that borrows depots
 // of another. Owns its depots only in the first case (`ownsItems`).
+//
+// A list that is loaded while the definitions are shared has its own copy of each depot from when
+// that is first used; until then it needs next to nothing.
 class CDepots {
 public:
+    // Goes through the depots of a list, which has its own copy of each that it comes to.
+    class Iterator {
+    public:
+        using iterator_category = std::forward_iterator_tag;
+        using value_type = CDepot*;
+        using difference_type = std::ptrdiff_t;
+        using pointer = CDepot* const*;
+        using reference = CDepot*;
+
+        Iterator() = default;
+        Iterator(const CDepots* list, std::size_t index) : list_(list), index_(index) {}
+        CDepot* operator*() const { return list_->At(index_); }
+        Iterator& operator++() {
+            ++index_;
+            return *this;
+        }
+        Iterator operator++(int) { return {list_, index_++}; }
+        friend bool operator==(const Iterator&, const Iterator&) = default;
+
+    private:
+        const CDepots* list_ = nullptr;
+        std::size_t index_ = 0;
+    };
+
     // Makes an empty list that borrows its depots.
     CDepots() = default;
 
@@ -40,9 +71,16 @@ public:
     virtual void Remove(CDepot* depot);
 
     std::size_t Count() const { return array_.Count(); }
-    CDepot* At(std::size_t index) const { return array_.At(index); }
-    CDepot** begin() const { return array_.begin(); }
-    CDepot** end() const { return array_.end(); }
+    CDepot* At(std::size_t index) const {
+        CDepot* const depot = array_.At(index);
+        return depot != nullptr ? depot : MakeOwn(index);
+    }
+    Iterator begin() const { return {this, 0}; }
+    Iterator end() const { return {this, Count()}; }
+
+    // Returns what a depot of the list is defined as, which may still be shared: to look for a
+    // depot without making copies of those before it.
+    const CDepot& DefinitionAt(std::size_t index) const;
 
     // Empties the list and reads it anew: the current user's depots, then the machine's, ordered by
     // their order index; when there are none, the built-in depot "My Depot". Sets the default
@@ -62,7 +100,7 @@ public:
     MacroValues CopyReplacers();
 
     // Makes `userDir` the user's folder that the path macros of the whole process expand to. Where
-    // it is that already nothing is written.
+    // it is that already nothing is written. For a list that has just been loaded.
     void ShareUserFolder(const std::string& userDir);
 
     // See LdapConnection::Leave.
@@ -96,14 +134,22 @@ private:
         HKEY key;
         REGSAM viewFlags;
     };
+    void ReadDefinitions();
+    bool TakeDefinitions(std::shared_ptr<const DepotDefinitions> definitions);
+    CDepot* MakeOwn(std::size_t index) const;
+    void MakeAllOwn() const;
     void AddDepot(const RegistryKey& key, const std::string& subkeyName,
                   const std::string& language, const RootOfDepot& root);
     void AddDepotsBelow(const RegistryKey& key, HKEY rootKey, REGSAM viewFlags);
     void AddBuiltInDepot();
     MacroCacheHolder& OpenReplacers();
+    MacroCacheHolder& OpenReplacers(const std::string& language);
     CDepot* ChooseDefault() const;
 
-    PointerArray<CDepot> array_;
+    // Null where `definitions_` has, at the same index, a depot that was not used yet.
+    mutable PointerArray<CDepot> array_;
+    std::shared_ptr<const DepotDefinitions> definitions_;
+    bool leftOut_ = false;  // whether memory ran out for anything while the list was read
 };
 
 }  // namespace depot

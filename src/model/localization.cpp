@@ -15,6 +15,13 @@ std::string LanguageCode() {
     return installed.languageCode ? installed.languageCode() : "eng";
 }
 
+std::optional<LanguageOrigin> OriginOfLanguage() {
+    if (installed.settingsKey == nullptr || installed.systemLanguage == nullptr) {
+        return std::nullopt;
+    }
+    return LanguageOrigin{installed.settingsKey, installed.systemLanguage()};
+}
+
 std::optional<std::string> LocalizedText(unsigned id) {
     return installed.text ? installed.text(id) : std::nullopt;
 }

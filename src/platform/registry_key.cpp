@@ -1,15 +1,32 @@
 #include "platform/registry_key.h"
 
+#include <atomic>
 #include <cstring>
 #include <string_view>
 
 #include "platform/text.h"
 
 namespace depot {
+namespace {
+
+std::atomic<unsigned> failures = 0;
+
+// Returns whether the call succeeded, and counts it otherwise unless there is nothing to be had.
+bool Succeeded(LSTATUS status) {
+    if (status == ERROR_SUCCESS) return true;
+    if (status != ERROR_FILE_NOT_FOUND && status != ERROR_MORE_DATA) ++failures;
+    return false;
+}
+
+}  // namespace
+
+unsigned RegistryFailures() {
+    return failures;
+}
 
 std::optional<RegistryKey> RegistryKey::Open(HKEY root, const std::string& path, REGSAM access) {
     HKEY key = nullptr;
-    if (RegOpenKeyExA(root, path.c_str(), 0, access, &key) != ERROR_SUCCESS) return std::nullopt;
+    if (!Succeeded(RegOpenKeyExA(root, path.c_str(), 0, access, &key))) return std::nullopt;
     return RegistryKey(UniqueHkey(key));
 }
 
@@ -20,8 +37,8 @@ std::optional<RegistryKey> RegistryKey::OpenSubkey(const std::string& path, REGS
 std::optional<std::string> RegistryKey::ReadString(const std::string& name, DWORD maxBytes) const {
     std::string text(maxBytes, '\0');
     DWORD size = maxBytes;
-    if (RegQueryValueExA(key_.get(), name.c_str(), nullptr, nullptr,
-                         reinterpret_cast<BYTE*>(text.data()), &size) != ERROR_SUCCESS) {
+    if (!Succeeded(RegQueryValueExA(key_.get(), name.c_str(), nullptr, nullptr,
+                                    reinterpret_cast<BYTE*>(text.data()), &size))) {
         return std::nullopt;
     }
     // The registry stores a terminator only if the writer supplied one.
@@ -34,7 +51,7 @@ std::optional<DWORD> RegistryKey::ReadDword(const std::string& name) const {
     DWORD size = sizeof(value);
     const LSTATUS status = RegQueryValueExA(key_.get(), name.c_str(), nullptr, &type,
                                             reinterpret_cast<BYTE*>(&value), &size);
-    if (status != ERROR_SUCCESS || type != REG_DWORD || size != sizeof(value)) return std::nullopt;
+    if (!Succeeded(status) || type != REG_DWORD || size != sizeof(value)) return std::nullopt;
     return value;
 }
 
@@ -52,7 +69,7 @@ std::optional<DWORD> RegistryKey::ReadFirstFourBytes(const std::string& name,
     DWORD type = REG_NONE;
     DWORD size = sizeof(data);
     const LSTATUS status = RegQueryValueExA(key_.get(), name.c_str(), nullptr, &type, data, &size);
-    if (status != ERROR_SUCCESS) return std::nullopt;
+    if (!Succeeded(status)) return std::nullopt;
     if (type != REG_DWORD) return ofOtherTypes;
     DWORD value = 0;
     std::memcpy(&value, data, sizeof(value));
@@ -65,7 +82,8 @@ SubkeyName RegistryKey::SubkeyAt(DWORD index) const {
     SubkeyName subkey;
     subkey.status =
         RegEnumKeyExA(key_.get(), index, name, &length, nullptr, nullptr, nullptr, nullptr);
-    if (subkey.status == ERROR_SUCCESS) subkey.name.assign(name, length);
+    if (subkey.status == ERROR_NO_MORE_ITEMS) return subkey;
+    if (Succeeded(subkey.status)) subkey.name.assign(name, length);
     return subkey;
 }
 

@@ -18,6 +18,10 @@ using UniqueHkey = std::unique_ptr<std::remove_pointer_t<HKEY>, HkeyCloser>;
 // The bytes, a terminating NUL included, that a depot's texts and key names may take.
 inline constexpr DWORD kRegistryTextBytes = 261;
 
+// How often reading the registry failed for another reason than that there is nothing, or too much
+// of it: what was read meanwhile, on any thread, may be incomplete.
+unsigned RegistryFailures();
+
 // The outcome of asking a key for its next subkey.
 struct SubkeyName {
     LSTATUS status = ERROR_NO_MORE_ITEMS;

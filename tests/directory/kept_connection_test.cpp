@@ -4,13 +4,13 @@
 
 #include "directory/call_connections.h"
 #include "directory/connection_scope.h"
-#include "directory/entries_fixture.h"
+#include "support/directory_fixture.h"
 #include "support/relay.h"
 
 namespace depot {
 namespace {
 
-class KeptConnectionTest : public test::EntriesTest {
+class KeptConnectionTest : public test::DirectoryFixture {
 protected:
     KeptConnectionTest() {
         location_ = server_.Location(base_).Clone();

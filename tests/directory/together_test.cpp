@@ -3,7 +3,7 @@
 #include <gmock/gmock.h>
 
 #include "directory/connection_scope.h"
-#include "directory/entries_fixture.h"
+#include "support/directory_fixture.h"
 #include "support/relay.h"
 
 namespace depot {
@@ -27,7 +27,7 @@ std::string TextOf(const FileBuffer& buffer) {
                : "(none)";
 }
 
-class TogetherTest : public test::EntriesTest {
+class TogetherTest : public test::DirectoryFixture {
 protected:
     TogetherTest() {
         location_ = server_.Location(base_).Clone();

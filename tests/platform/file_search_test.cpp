@@ -47,7 +47,7 @@ TEST_F(FileSearchTest, NameOfTheCodePageIsHandedOutExactlyAndAnyOtherCounted) {
     }
     FileSearch search(folder_.At("*"));
     EXPECT_THAT(Names(search), UnorderedElementsAre(".", "..", "A.kra", "\xE4.kra"));
-    EXPECT_EQ(3u, search.Entries().UnsafeNames());
+    EXPECT_EQ(3u, search.UnsafeNames());
     EXPECT_TRUE(search.IsComplete());
 }
 
@@ -55,7 +55,7 @@ TEST_F(FileSearchTest, NothingIsFoundWhereThereIsNothing) {
     FileSearch search(folder_.At("missing\\*"));
     EXPECT_THAT(Names(search), IsEmpty());
     EXPECT_FALSE(search.IsComplete());
-    EXPECT_EQ(0u, search.Entries().UnsafeNames());
+    EXPECT_EQ(0u, search.UnsafeNames());
 }
 
 }  // namespace
