@@ -24,9 +24,9 @@ std::shared_ptr<const DepotDefinitions> SharedDefinitions(const std::string& pat
 
 // A reading of all definitions whose result may be shared. It begins before anything is read.
 //
-// The first reading of a process is not shared, so that a process with one session pays nothing for
-// later ones. Neither is one during which anything failed or changed, nor one where the system does
-// not report changes.
+// The first reading of a process, and the first after a change, is not shared: whoever needs one
+// list only pays nothing for later ones. Neither is one during which anything failed or changed,
+// nor one where the system does not report changes.
 class SharedReading {
 public:
     explicit SharedReading(const std::string& path);

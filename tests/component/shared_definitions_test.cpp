@@ -62,7 +62,7 @@ TEST_F(SharedDefinitionsTest, ChangesOfAnotherProgramAreInTheNextSession) {
         ASSERT_TRUE(Await(done));
         ASSERT_EQ(Expected(number), Place());
         // Some changes find definitions that are shared, some those that have just been read.
-        for (int again = 0; again < number % 3; ++again) ASSERT_EQ(Expected(number), Place());
+        for (int again = 0; again < number % 4; ++again) ASSERT_EQ(Expected(number), Place());
     }
     EXPECT_EQ(0, other.ExitCode());
 }
@@ -70,8 +70,7 @@ TEST_F(SharedDefinitionsTest, ChangesOfAnotherProgramAreInTheNextSession) {
 TEST_F(SharedDefinitionsTest, ChangesOfThisProgramAreInTheNextSession) {
     for (int number = 1; number <= kChanges; ++number) {
         depots_.Text("Moving", "Path1", Root(number));
-        ASSERT_EQ(Expected(number), Place());
-        ASSERT_EQ(Expected(number), Place());
+        for (int again = 0; again < 4; ++again) ASSERT_EQ(Expected(number), Place());
     }
 }
 
@@ -133,8 +132,8 @@ TEST_F(SharedDefinitionsTest, LibraryThatIsUnloadedLeavesNothingThatWasShared) {
             },
             10);
     };
-    const std::size_t without = leftBy(1);
-    EXPECT_GE(without + 10, leftBy(3));
+    const std::size_t without = leftBy(0);
+    EXPECT_GT(without + 10, leftBy(3));
 }
 
 }  // namespace

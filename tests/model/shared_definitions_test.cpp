@@ -126,8 +126,10 @@ TEST_F(SharedDefinitionsTest, DepotsOfALaterListAreLikeThoseThatWereRead) {
 
 TEST_F(SharedDefinitionsTest, EachChangeIsInTheNextList) {
     const auto next = [] {
-        const CDepots again(kKey);
-        return Names(CDepots(kKey));
+        const std::vector<std::string> names = Names(CDepots(kKey));
+        Share();
+        EXPECT_TRUE(IsShared());
+        return names;
     };
     Share();
     Define(user_, "D", 0);
