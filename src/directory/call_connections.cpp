@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "directory/ldap_connection.h"
+#include "platform/lock.h"
 #include "platform/no_destructor.h"
 #include "platform/win32.h"
 
@@ -41,7 +42,7 @@ ScopeSlot scopeSlot;
 // The connections that are kept open between calls, of all sessions. Whoever uses one takes it out
 // first; expired ones are closed here by whatever thread comes along.
 struct KeptConnections {
-    std::mutex lock;
+    Lock lock;
     LdapConnection* first = nullptr;
 };
 

@@ -179,7 +179,8 @@ void EntryStore::AddFoldersTogether(std::span<FolderAddition> folders) {
         },
         [&](std::size_t index, std::uint32_t code, LDAPMessage*) {
             const bool isThere = code == LDAP_SUCCESS || code == LDAP_ALREADY_EXISTS;
-            folders[index].result = connection_.Outcome(isThere ? std::uint32_t{LDAP_SUCCESS} : code);
+            folders[index].result =
+                connection_.Outcome(isThere ? std::uint32_t{LDAP_SUCCESS} : code);
             if (!isThere) refused.push_back(index);
         },
         alone);

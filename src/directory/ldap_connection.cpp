@@ -82,12 +82,16 @@ void LdapConnection::Adopt(LdapConnection& other) {
 // A server that has ended the connection has said so; nothing else can be waiting to be read.
 bool LdapConnection::IsStillOpen() const {
     if (IsMissing(client_.ldap_result)) return true;
-    l_timeval none = {0, 0};
-    LDAPMessage* message = nullptr;
-    const ULONG kind =
-        client_.ldap_result(handle_.get(), LDAP_RES_ANY, LDAP_MSG_ONE, &none, &message);
-    const UniqueLdapMessage unexpected(message, {&client_});
-    return kind == 0;
+    const auto isQuiet = [&](ULONG id) {
+        l_timeval none = {0, 0};
+        LDAPMessage* message = nullptr;
+        const ULONG kind = client_.ldap_result(handle_.get(), id, LDAP_MSG_ONE, &none, &message);
+        const UniqueLdapMessage unexpected(message, {&client_});
+        return kind == 0;
+    };
+    // Some clients look for the messages of one number only; none that is asked for has this one.
+    constexpr ULONG kNoRequest = 0;
+    return isQuiet(static_cast<ULONG>(LDAP_RES_ANY)) || isQuiet(kNoRequest);
 }
 
 Result LdapConnection::Replace() {

@@ -89,7 +89,7 @@ std::uint32_t RequestBatch::Await(UniqueLdapMessage& answer) {
 
 std::uint32_t RequestBatch::Failure() const {
     const std::uint32_t code = connection_.Client().LdapGetLastError();
-    return code == LDAP_SUCCESS ? std::uint32_t{LDAP_SERVER_DOWN} : code;
+    return code == LDAP_NO_MEMORY ? code : std::uint32_t{LDAP_SERVER_DOWN};
 }
 
 }  // namespace depot

@@ -1,28 +1,15 @@
 #include "model/shared_definitions.h"
 
+#include <mutex>
 #include <new>
 #include <utility>
 
 #include "model/localization.h"
 #include "platform/impersonation.h"
+#include "platform/lock.h"
 #include "platform/no_destructor.h"
 
 namespace depot {
-namespace {
-
-class LockScope {
-public:
-    explicit LockScope(SRWLOCK& lock) : lock_(lock) { AcquireSRWLockExclusive(&lock_); }
-    ~LockScope() { ReleaseSRWLockExclusive(&lock_); }
-    LockScope(const LockScope&) = delete;
-    LockScope& operator=(const LockScope&) = delete;
-
-private:
-    SRWLOCK& lock_;
-};
-
-}  // namespace
-
 // What is shared, of all threads.
 class DefinitionsKeeper {
 public:
@@ -36,7 +23,7 @@ public:
     Definitions Find(const std::string& path, unsigned systemLanguage) {
         // Outlives the lock: a long list takes long to delete.
         Definitions outdated;
-        const LockScope guard(lock_);
+        const std::lock_guard guard(lock_);
         if (!origin_ || origin_->path != path) return nullptr;
         if (IsAsItWas(*origin_, systemLanguage)) return definitions_;
         outdated.swap(definitions_);
@@ -46,7 +33,7 @@ public:
     }
 
     void Keep(SharedReading::Origin origin, Definitions definitions) {
-        const LockScope guard(lock_);
+        const std::lock_guard guard(lock_);
         // A change may have come between: then the list is outdated when it is looked for.
         origin_.emplace(std::move(origin));
         definitions_.swap(definitions);
@@ -54,7 +41,7 @@ public:
 
     // Returns whether somebody has read since the last change that was noticed.
     bool NoteReading() {
-        const LockScope guard(lock_);
+        const std::lock_guard guard(lock_);
         return std::exchange(hasRead_, true);
     }
 
@@ -72,7 +59,7 @@ private:
     }
 
     // Unlike a mutex of the standard library it keeps no memory.
-    SRWLOCK lock_ = SRWLOCK_INIT;
+    Lock lock_;
     bool hasRead_ = false;
     std::optional<SharedReading::Origin> origin_;
     Definitions definitions_;

@@ -1,17 +1,19 @@
 #include "platform/first_answer.h"
 
 #include <algorithm>
-#include <condition_variable>
 #include <memory>
 #include <mutex>
 #include <utility>
 
-#include "platform/handles.h"
-#include "platform/module_state.h"
+#include "platform/lock.h"
 #include "platform/win32.h"
 
 namespace depot {
 namespace {
+
+using std::chrono::duration_cast;
+using std::chrono::milliseconds;
+using std::chrono::steady_clock;
 
 enum class AttemptState { kWaiting, kRunning, kFailed, kSucceeded };
 
@@ -29,11 +31,11 @@ struct Attempts {
         }
         const std::lock_guard guard(lock);
         states[index] = succeeded ? AttemptState::kSucceeded : AttemptState::kFailed;
-        changed.notify_one();
+        WakeConditionVariable(&changed);
     }
 
-    std::mutex lock;
-    std::condition_variable changed;
+    Lock lock;
+    CONDITION_VARIABLE changed = CONDITION_VARIABLE_INIT;
     const std::vector<std::function<bool()>> work;
     std::vector<AttemptState> states;
 };
@@ -83,25 +85,25 @@ std::optional<std::size_t> FirstAnswer(std::vector<std::function<bool()>> attemp
                                        std::chrono::milliseconds patience) {
     const auto shared = std::make_shared<Attempts>(std::move(attempts));
     std::vector<AttemptState>& states = shared->states;
-    const auto is = [&](AttemptState state) {
+    const auto is = [](AttemptState state) {
         return [state](AttemptState other) { return other == state; };
     };
     for (std::size_t started = 0;;) {
         if (started < states.size()) Start(shared, started++);
-        std::unique_lock guard(shared->lock);
-        const auto isSettled = [&] {
-            return std::any_of(states.begin(), states.end(), is(AttemptState::kSucceeded)) ||
-                   std::none_of(states.begin(), states.end(), is(AttemptState::kRunning));
-        };
-        if (started < states.size()) {
-            shared->changed.wait_for(guard, patience, isSettled);
-        } else {
-            shared->changed.wait(guard, isSettled);
+        const bool isLast = started == states.size();
+        const std::lock_guard guard(shared->lock);
+        // Others are woken as well.
+        for (const auto end = steady_clock::now() + patience;;) {
+            const auto chosen =
+                std::find_if(states.begin(), states.end(), is(AttemptState::kSucceeded));
+            if (chosen != states.end()) return static_cast<std::size_t>(chosen - states.begin());
+            if (std::none_of(states.begin(), states.end(), is(AttemptState::kRunning))) break;
+            const auto left = duration_cast<milliseconds>(end - steady_clock::now()).count();
+            if (!isLast && left <= 0) break;
+            SleepConditionVariableSRW(&shared->changed, shared->lock.Native(),
+                                      isLast ? INFINITE : static_cast<DWORD>(left), 0);
         }
-        const auto chosen =
-            std::find_if(states.begin(), states.end(), is(AttemptState::kSucceeded));
-        if (chosen != states.end()) return static_cast<std::size_t>(chosen - states.begin());
-        if (started == states.size()) return std::nullopt;
+        if (isLast) return std::nullopt;
     }
 }
 

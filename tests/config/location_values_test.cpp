@@ -318,6 +318,7 @@ TEST_F(LoadFromRegistryTest, ValuesAreQueriedInTheirOrderAndOnlyAsFarAsNeeded) {
                                                "ConnectTimeout1",
                                                "Security1",
                                                "DetectConflicts1",
+                                               "KeepConnection1",
                                                "FileAttributeName1",
                                                "FileObjectClass1",
                                                "FolderAttributeName1",

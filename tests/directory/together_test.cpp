@@ -75,7 +75,7 @@ protected:
 TEST_F(TogetherTest, WindowOfReadsIsOneRoundTrip) {
     AddMany();
     std::vector<ContentsRead> reads = Reads();
-    relay_.HoldBack(std::chrono::milliseconds(5));
+    relay_.HoldBack(std::chrono::milliseconds(50));
     relay_.Mark();
     Entries().ReadTogether(reads);
     const test::RelayCounts counts = relay_.Counts();

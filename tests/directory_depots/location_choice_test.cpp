@@ -51,6 +51,7 @@ TEST_F(LocationChoiceTest, ReachableDirectoryIsChosen) {
 TEST_F(LocationChoiceTest, ProbeIsOneBindAndOneSearchOfTheBaseAlone) {
     server_.AddFile("a.krc", base_, "x");
     AddDirectory(base_, server_.Port());
+    AddDirectory(base_, server_.Port());
     server_.Mark();
     depot_.paths->GetActivePath();
     const std::string log = server_.Log();
@@ -58,6 +59,14 @@ TEST_F(LocationChoiceTest, ProbeIsOneBindAndOneSearchOfTheBaseAlone) {
     EXPECT_THAT(log, HasSubstr("SRCH base=\"" + base_ + "\" scope=0"));
     EXPECT_THAT(log, HasSubstr("SRCH attr=1.1\n"));
     EXPECT_TRUE(server_.WaitForLog("UNBIND"));
+}
+
+TEST_F(LocationChoiceTest, OnlyLocationIsChosenUnasked) {
+    CDepotPath& location = AddDirectory(base_, server_.Port());
+    server_.Mark();
+    depot_.paths->GetActivePath();
+    EXPECT_EQ(&location, depot_.paths->ChosenLocation());
+    EXPECT_EQ("", server_.Log());
 }
 
 TEST_F(LocationChoiceTest, ProbeNamesWhoeverWasNamedForTheServerBefore) {

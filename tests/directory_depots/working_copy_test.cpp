@@ -97,11 +97,11 @@ TEST_F(WorkingCopyTest, EmptyContentsGiveAnExistingFileWithoutBytes) {
     EXPECT_EQ("", FileBytes(file->localPath));
 }
 
-TEST_F(WorkingCopyTest, LoadIsOneBindAndOneSearchAfterTheFirstUsesProbe) {
+TEST_F(WorkingCopyTest, LoadIsOneBindAndOneSearch) {
     server_.AddFile("a.kra", base_, "x");
     server_.Mark();
     Load();
-    EXPECT_EQ((OperationCounts{.binds = 2, .searches = 2}), server_.Counts());
+    EXPECT_EQ((OperationCounts{.binds = 1, .searches = 1}), server_.Counts());
     server_.Mark();
     Load();
     EXPECT_EQ((OperationCounts{.binds = 1, .searches = 1}), server_.Counts());
@@ -147,11 +147,11 @@ TEST_F(WorkingCopyTest, NoConnectionStaysOpenBetweenLoadAndRelease) {
     std::string log;
     for (int attempt = 0; attempt < 100; ++attempt) {
         log = server_.Log();
-        if (count(log, " closed") == 2) break;
+        if (count(log, " closed") == 1) break;
         Sleep(20);
     }
-    EXPECT_EQ(2, count(log, "ACCEPT")) << log;
-    EXPECT_EQ(2, count(log, " closed")) << log;
+    EXPECT_EQ(1, count(log, "ACCEPT")) << log;
+    EXPECT_EQ(1, count(log, " closed")) << log;
     EXPECT_FALSE(Directory().IsConnected());
 }
 

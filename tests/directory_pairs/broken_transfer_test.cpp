@@ -96,7 +96,9 @@ TEST_F(BrokenTransferTest, ServerThatStopsAtFile100OfAnUploadHasTheFilesBefore) 
     EXPECT_NE("junk", error_);
     server.Continue();
     DirectoryTestFolder stored(server, kSuffix, {});
-    EXPECT_EQ(100, CountWhole(stored, "many"));
+    // The requests of one window are under way when the hundredth file is reported.
+    EXPECT_GE(CountWhole(stored, "many"), 100);
+    EXPECT_LE(CountWhole(stored, "many"), 100 + 32);
     EXPECT_TRUE(IsComplete(folder_, "from\\many"));
 }
 
@@ -115,7 +117,8 @@ TEST_F(BrokenTransferTest, ServerThatStopsAtFile100OfADownloadLeavesTheFilesBefo
                 Fails());
     EXPECT_NE("junk", error_);
     server.Continue();
-    EXPECT_EQ(100, CountWhole(folder_, "to\\many"));
+    EXPECT_GE(CountWhole(folder_, "to\\many"), 100);
+    EXPECT_LE(CountWhole(folder_, "to\\many"), 100 + 32);
     EXPECT_TRUE(IsComplete(stored, "many"));
 }
 

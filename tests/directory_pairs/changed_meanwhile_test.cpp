@@ -201,6 +201,14 @@ TEST_F(RenameMeanwhileTest, TreeWithoutAnEndIsNotCopied) {
         return genuine.ldap_search_s(connection, place, scope, filter, attributes, typesOnly,
                                      result);
     };
+    Directory().Client().ldap_search_ext = [](LDAP* connection, PCHAR base, ULONG scope,
+                                              PCHAR filter, PCHAR* attributes, ULONG typesOnly,
+                                              PLDAPControlA* server, PLDAPControlA* client,
+                                              ULONG seconds, ULONG entries, ULONG* id) -> ULONG {
+        char* const place = scope == LDAP_SCOPE_ONELEVEL ? tree.data() : base;
+        return genuine.ldap_search_ext(connection, place, scope, filter, attributes, typesOnly,
+                                       server, client, seconds, entries, id);
+    };
     Directory().Bounds().entries = 1'000;
     EXPECT_THAT(Rename("from\\tree", "to\\tree"), Fails());
     EXPECT_THAT(Directory().LastError(), IsCode(LDAP_SIZELIMIT_EXCEEDED));

@@ -79,6 +79,11 @@
     FAULT(kDirectory, ldap_simple_bind_sA, LDAP_SERVER_DOWN, 0)                       \
     FAULT(kDirectory, ldap_search_sA, LDAP_SERVER_DOWN, 0)                            \
     FAULT(kDirectory, ldap_search_ext_sA, LDAP_SERVER_DOWN, 0)                        \
+    FAULT(kDirectory, ldap_search_extA, LDAP_SERVER_DOWN, 0)                          \
+    FAULT(kDirectory, ldap_add_extA, LDAP_SERVER_DOWN, 0)                             \
+    FAULT(kDirectory, ldap_modify_extA, LDAP_SERVER_DOWN, 0)                          \
+    FAULT(kDirectory, ldap_delete_extA, LDAP_SERVER_DOWN, 0)                          \
+    FAULT(kDirectory, ldap_result, static_cast<ULONG>(-1), LDAP_SERVER_DOWN)          \
     FAULT(kDirectory, ldap_parse_resultA, LDAP_NO_MEMORY, 0)                          \
     TAKES(kDirectory, ldap_create_page_controlA, LDAP_NO_MEMORY, 0, kControl)         \
     RETURNS(ldap_control_freeA, kControl)                                             \
