@@ -79,19 +79,20 @@ void LdapConnection::Adopt(LdapConnection& other) {
     logOn_ = PresentLogOn();
 }
 
-// A server that has ended the connection has said so; nothing else can be waiting to be read.
+// A server that has ended the connection has said so; nothing else can be waiting to be read. Some
+// clients refuse the number that stands for all requests, and take the one that stands for none.
 bool LdapConnection::IsStillOpen() const {
     if (IsMissing(client_.ldap_result)) return true;
-    const auto isQuiet = [&](ULONG id) {
+    constexpr ULONG kNoRequest = 0;
+    const auto isSilent = [&](ULONG request) {
         l_timeval none = {0, 0};
         LDAPMessage* message = nullptr;
-        const ULONG kind = client_.ldap_result(handle_.get(), id, LDAP_MSG_ONE, &none, &message);
+        const ULONG kind =
+            client_.ldap_result(handle_.get(), request, LDAP_MSG_ONE, &none, &message);
         const UniqueLdapMessage unexpected(message, {&client_});
         return kind == 0;
     };
-    // Some clients look for the messages of one number only; none that is asked for has this one.
-    constexpr ULONG kNoRequest = 0;
-    return isQuiet(static_cast<ULONG>(LDAP_RES_ANY)) || isQuiet(kNoRequest);
+    return isSilent(static_cast<ULONG>(LDAP_RES_ANY)) || isSilent(kNoRequest);
 }
 
 Result LdapConnection::Replace() {

@@ -1,9 +1,11 @@
 // What check reports of depots in a real directory.
 #include "depotctl/directory_tool.h"
+#include "support/relay.h"
 
 namespace depot::test {
 namespace {
 
+using testing::AllOf;
 using testing::HasSubstr;
 using testing::Not;
 using testing::StartsWith;
@@ -110,6 +112,21 @@ TEST_F(CheckDirectoryTest, SizeLimitIsReportedWithOrWithoutPages) {
         UseServer(server, kSuffix);
         EXPECT_EQ(row.step, Step("limits")) << row.settings;
     }
+}
+
+TEST_F(CheckDirectoryTest, KeptConnectionIsRecommendedForAServerFarAway) {
+    Relay relay(dir_.server.Port());
+    ForgetServer(relay.Port());
+    key_.Dword("Dir", "Port1", relay.Port());
+    EXPECT_THAT(Step("round trip"), StartsWith("ok: "));
+    relay.HoldBack(std::chrono::milliseconds(10));
+    EXPECT_THAT(Step("round trip"),
+                AllOf(StartsWith("note: "), HasSubstr(" ms, and each call connects anew")));
+    EXPECT_THAT(run_.output, HasSubstr("set KeepConnection1 to 60"));
+    EXPECT_EQ(ExitCode::kDone, run_.exitCode) << run_.errors;
+    key_.Dword("Dir", "KeepConnection1", 30);
+    EXPECT_THAT(Step("round trip"),
+                AllOf(StartsWith("ok: "), HasSubstr(" ms, with connections kept for 30 s")));
 }
 
 TEST_F(CheckDirectoryTest, SecuredConnectionsAreReported) {

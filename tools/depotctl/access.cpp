@@ -1,12 +1,16 @@
 #include "depotctl/access.h"
 
-#include <algorithm>
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <vector>
 
 #include "depotctl/definition.h"
 #include "depotctl/encoding.h"
 #include "depotctl/failure.h"
 #include "depotctl/terminal.h"
 #include "manager/writability.h"
+#include "platform/first_answer.h"
 #include "platform/local_file.h"
 #include "platform/paths.h"
 
@@ -14,6 +18,9 @@ namespace depot::ctl {
 namespace {
 
 constexpr int kAttempts = 3;
+
+// How long a location that does not answer holds up the next one.
+constexpr std::chrono::seconds kPatience(2);
 
 bool IsSimple(const CDepotPath& location) {
     return location.authentication != kAnonymousAuthentication &&
@@ -42,41 +49,6 @@ bool AskUser(const CDepotPath& location, LogOnNames& names) {
     return true;
 }
 
-bool IsAboutCredentials(const Problem& problem) {
-    return problem.code == LDAP_INVALID_CREDENTIALS || problem.code == LDAP_INAPPROPRIATE_AUTH ||
-           problem.code == LDAP_UNWILLING_TO_PERFORM;
-}
-
-// Tries a directory location, asking where that may help, and keeps the credentials that worked.
-std::optional<Problem> OpenDirectoryLocation(CDepotPath& location) {
-    DirectoryProbe probe(location);
-    if (auto problem = probe.Reach()) return problem;
-    LogOnNames names = KnownCredentials(location, probe.Names());
-    if (auto problem = LogOnAsking(probe, location, names)) return problem;
-    if (auto problem = probe.FindBase()) return problem;
-    location.username = names.userName;
-    location.password = names.password;
-    return std::nullopt;
-}
-
-LocationState TryDirectory(CDepotPath& location) {
-    DirectoryProbe probe(location);
-    LocationState state;
-    state.problem = probe.Reach();
-    if (state.problem) return state;
-    const LogOnNames names = KnownCredentials(location, probe.Names());
-    state.problem = NeedsCredentials(location, names) ? NoCredentials(location)
-                                                      : probe.LogOn(names.userName, names.password);
-    if (!state.problem) state.problem = probe.FindBase();
-    if (!state.problem) state.writingProblem = TryWriting(location, names);
-    return state;
-}
-
-std::optional<Problem> Open(CDepotPath& location) {
-    return IsDirectory(location) ? OpenDirectoryLocation(location)
-                                 : TryFolder(ExpandedPath(location));
-}
-
 [[noreturn]] void FailToOpen(const CDepot& depot, const Problem& problem) {
     const std::string name = depot.name.empty() ? depot.displayName : depot.name;
     std::string text = "depot " + Utf8FromAnsi(name) + ": " + problem.text;
@@ -84,29 +56,113 @@ std::optional<Problem> Open(CDepotPath& location) {
     throw CommandFailure(problem.isUnreachable ? ExitCode::kUnreachable : ExitCode::kRefused, text);
 }
 
+// The locations of one depot, of which one is opened.
+class Opening {
+public:
+    explicit Opening(CDepot& depot) : depot_(depot) {
+        for (std::size_t index = 0; index < Locations().Count(); ++index) {
+            attempts_.push_back(std::make_shared<LocationAttempt>(*Locations().At(index)));
+        }
+    }
+
+    void Run() {
+        if (attempts_.empty()) return;
+        std::optional<std::size_t> found = FirstOpened();
+        if (const auto asked = FirstOpenedAsking(found.value_or(attempts_.size()))) found = asked;
+        if (found) return Use(*found);
+        const std::size_t last = attempts_.size() - 1;
+        const std::optional<Problem> problem = attempts_[last]->WhyNot();
+        // A missing folder is reported by the operation that needs it, or made by it.
+        const bool isFolder = !IsDirectory(*Locations().At(last));
+        if (problem && !(isFolder && !problem->isUnreachable)) FailToOpen(depot_, *problem);
+        LeaveOnly(last);
+    }
+
+private:
+    CDepotPaths& Locations() const { return *depot_.paths; }
+
+    // Dead servers are not waited for one after another.
+    std::optional<std::size_t> FirstOpened() {
+        const std::size_t count = attempts_.size();
+        std::size_t first = 0;
+        for (; first < count && (first + 1 == count || !attempts_[first]->MayWait()); ++first) {
+            if (attempts_[first]->Open()) return first;
+        }
+        if (first == count) return std::nullopt;
+        std::vector<std::function<bool()>> work;
+        for (std::size_t index = first; index < count; ++index) {
+            work.emplace_back([attempt = attempts_[index]] { return attempt->Open(); });
+        }
+        const auto found = FirstAnswer(std::move(work), kPatience);
+        return found ? std::optional(first + *found) : std::nullopt;
+    }
+
+    // Asks for the credentials of a location before this one.
+    std::optional<std::size_t> FirstOpenedAsking(std::size_t end) {
+        for (std::size_t index = 0; index < end; ++index) {
+            if (attempts_[index]->OpenAsking()) return index;
+        }
+        return std::nullopt;
+    }
+
+    void Use(std::size_t index) {
+        LeaveOnly(index);
+        attempts_[index]->Give(depot_, *Locations().At(0));
+    }
+
+    // What was found is not looked for again.
+    void LeaveOnly(std::size_t index) {
+        CDepotPath* const chosen = Locations().At(index);
+        for (std::size_t other = Locations().Count(); other > 0; --other) {
+            CDepotPath* const location = Locations().At(other - 1);
+            if (location != chosen) Locations().Remove(location);
+        }
+    }
+
+    CDepot& depot_;
+    // Those that are not waited for any more end by themselves.
+    std::vector<std::shared_ptr<LocationAttempt>> attempts_;
+};
+
+// Returns whether the depot's location was found already, to see which depot a path belongs to.
+bool IsOpen(CDepot& depot) {
+    CDepotPath* const chosen = depot.paths->ChosenLocation();
+    if (chosen == nullptr) return false;
+    return IsDirectory(*chosen) ? depot.DirectoryConnection()->IsConnected()
+                                : PathExists(ExpandedPath(*chosen));
+}
+
 }  // namespace
 
-LogOnNames KnownCredentials(CDepotPath& location, CLDAPItems& items) {
+LogOnNames KnownCredentials(const DirectoryProbe& probe) {
+    const CDepotPath& location = probe.Location();
     LogOnNames names = {location.username, location.password};
     if (!IsSimple(location)) return names;
-    if (names.userName.empty()) names.userName = items.GetSharedUserName();
-    if (names.password.empty()) names.password = items.GetSharedPassword();
+    CLDAPItems& directory = probe.Directory();
+    if (names.userName.empty()) names.userName = directory.GetSharedUserName();
+    if (names.password.empty()) names.password = directory.GetSharedPassword();
     return names;
 }
 
-bool NeedsCredentials(const CDepotPath& location, const LogOnNames& names) {
-    return IsSimple(location) && (names.userName.empty() || names.password.empty());
+std::optional<Problem> LogOnUnasked(DirectoryProbe& probe, const LogOnNames& names) {
+    if (IsSimple(probe.Location()) && (names.userName.empty() || names.password.empty())) {
+        return NoCredentials(probe.Location());
+    }
+    return probe.LogOn(names.userName, names.password);
 }
 
-std::optional<Problem> LogOnAsking(DirectoryProbe& probe, CDepotPath& location, LogOnNames& names) {
-    std::optional<Problem> problem;
-    if (NeedsCredentials(location, names)) problem = NoCredentials(location);
+bool MayAsk(const DirectoryProbe& probe, const Problem& problem) {
+    return IsSimple(probe.Location()) && IsAboutCredentials(problem) && CanAsk();
+}
+
+std::optional<Problem> LogOnAsking(DirectoryProbe& probe, LogOnNames& names, Problem failure) {
     for (int attempt = 0; attempt < kAttempts; ++attempt) {
-        if (problem && (!IsSimple(location) || !AskUser(location, names))) return problem;
-        problem = probe.LogOn(names.userName, names.password);
-        if (!problem || !IsAboutCredentials(*problem)) return problem;
+        if (!MayAsk(probe, failure) || !AskUser(probe.Location(), names)) return failure;
+        const std::optional<Problem> problem = probe.LogOn(names.userName, names.password);
+        if (!problem) return std::nullopt;
+        failure = *problem;
     }
-    return problem;
+    return failure;
 }
 
 std::optional<Problem> TryFolder(const std::string& folder) {
@@ -125,43 +181,66 @@ std::optional<Problem> TryWritingFolder(const std::string& folder) {
                    false};
 }
 
-LocationState TryLocation(CDepotPath& location) {
-    if (IsDirectory(location)) return TryDirectory(location);
-    const std::string folder = ExpandedPath(location);
+LocationAttempt::LocationAttempt(CDepotPath& location)
+    : folder_(IsDirectory(location) ? std::string() : ExpandedPath(location)) {
+    if (IsDirectory(location)) probe_.emplace(location);
+}
+
+std::optional<Problem> LocationAttempt::Look() {
+    if (!probe_) return TryFolder(folder_);
+    if (auto problem = LogOnUnasked(*probe_, KnownCredentials(*probe_))) {
+        // Before anyone is asked for credentials there should be a server that wants them.
+        if (!probe_->HasTried()) {
+            if (auto unreachable = probe_->Reach()) return unreachable;
+        }
+        return problem;
+    }
+    return probe_->FindBase();
+}
+
+bool LocationAttempt::Open() {
+    std::optional<Problem> problem = Look();
+    const std::lock_guard guard(lock_);
+    problem_ = std::move(problem);
+    return !problem_;
+}
+
+std::optional<Problem> LocationAttempt::WhyNot() const {
+    const std::lock_guard guard(lock_);
+    return problem_;
+}
+
+bool LocationAttempt::OpenAsking() {
+    const std::optional<Problem> failure = WhyNot();
+    if (!failure || !probe_ || !MayAsk(*probe_, *failure)) return false;
+    LogOnNames names = KnownCredentials(*probe_);
+    std::optional<Problem> problem = LogOnAsking(*probe_, names, *failure);
+    if (!problem) problem = probe_->FindBase();
+    const std::lock_guard guard(lock_);
+    problem_ = std::move(problem);
+    return !problem_;
+}
+
+LocationState LocationAttempt::Try() {
     LocationState state;
-    state.problem = TryFolder(folder);
-    if (!state.problem) state.writingProblem = TryWritingFolder(folder);
+    state.problem = Look();
+    if (state.problem) return state;
+    state.writingProblem = probe_ ? probe_->TryWriting() : TryWritingFolder(folder_);
     return state;
 }
 
-std::optional<Problem> TryWriting(CDepotPath& location, const LogOnNames& names) {
-    const std::unique_ptr<CDepotPath> known = location.Clone();
-    known->username = names.userName;
-    known->password = names.password;
-    CLDAPItems items(known.get());
-    const std::string base = items.PathToDN(ExpandedPath(location));
-    const std::string dn = EntryDN(items.Schema().NamingNames().file, kProbeFileName, base);
-    std::string text;
-    const bool isWritable = items.ConnectLocation(&text) != 0 &&
-                            TestWritable(kDirectoryLocation, dn, &items, &text) != 0;
-    items.Close();
-    if (isWritable) return std::nullopt;
-    return ProblemFor(items.LastError());
+void LocationAttempt::Give(CDepot& depot, CDepotPath& location) {
+    if (!probe_) return;
+    location.username = probe_->Location().username;
+    location.password = probe_->Location().password;
+    LdapConnection& connection = depot.DirectoryConnection()->Connection();
+    connection.Adopt(probe_->Directory().Connection());
+    // The connection stays open for the operations of this run.
+    connection.Release();
 }
 
 void OpenDepot(CDepot& depot) {
-    CDepotPaths& paths = *depot.paths;
-    while (paths.Count() > 0) {
-        CDepotPath* const location = paths.At(0);
-        const std::optional<Problem> problem = Open(*location);
-        if (!problem) return;
-        if (paths.Count() == 1) {
-            // A missing folder is reported by the operation that needs it, or made by it.
-            if (IsDirectory(*location) || problem->isUnreachable) FailToOpen(depot, *problem);
-            return;
-        }
-        paths.Remove(location);
-    }
+    if (!IsOpen(depot)) Opening(depot).Run();
 }
 
 }  // namespace depot::ctl

@@ -1,6 +1,7 @@
 // Whether a depot's locations can be used, and which one is.
 #pragma once
 
+#include <mutex>
 #include <optional>
 #include <string>
 
@@ -22,29 +23,58 @@ struct LogOnNames {
 };
 
 // The location's own credentials, else those that another process was given last for the server.
-LogOnNames KnownCredentials(CDepotPath& location, CLDAPItems& items);
+LogOnNames KnownCredentials(const DirectoryProbe& probe);
 
-// Returns whether a user has to be asked before the location's server can be logged on to.
-bool NeedsCredentials(const CDepotPath& location, const LogOnNames& names);
+// Logs on with these names and asks for none: what would have to be asked for is a problem.
+std::optional<Problem> LogOnUnasked(DirectoryProbe& probe, const LogOnNames& names);
 
-// Logs on with these names, and, where they are missing or refused, with what a user at a terminal
-// answers, who is asked again a few times. `names` are then those that worked.
-std::optional<Problem> LogOnAsking(DirectoryProbe& probe, CDepotPath& location, LogOnNames& names);
+// Returns whether a user at a terminal may be asked for what `problem`, of a log-on with these
+// names, is about.
+bool MayAsk(const DirectoryProbe& probe, const Problem& problem);
+
+// Logs on with what a user at a terminal answers, who is asked again a few times, after a log-on
+// with `names` failed. `names` are then those that worked.
+std::optional<Problem> LogOnAsking(DirectoryProbe& probe, LogOnNames& names, Problem failure);
 
 // Looks whether a folder is there, and whether it can be written.
 std::optional<Problem> TryFolder(const std::string& folder);
 std::optional<Problem> TryWritingFolder(const std::string& folder);
 
-// Tries a location without asking anyone anything and without leaving anything behind.
-LocationState TryLocation(CDepotPath& location);
+// A look at one location without asking anyone anything and without leaving anything behind. It is
+// made on the thread that the location belongs to; the look itself may be on another one.
+class LocationAttempt {
+public:
+    explicit LocationAttempt(CDepotPath& location);
 
-// Tries to write below a directory location's base with a file entry, which is removed again.
-// REQUIRES: a log-on with these credentials succeeds.
-std::optional<Problem> TryWriting(CDepotPath& location, const LogOnNames& names);
+    // Whether the answer may be long in coming.
+    bool MayWait() const { return probe_.has_value() || folder_.starts_with("\\\\"); }
 
-// Makes a depot usable: leaves only locations that come into question for the choice of the active
-// one, and asks on a terminal for the credentials that a server wants. Fails when no location can
-// be used.
+    // Looks whether the location can be used, and returns it.
+    bool Open();
+    // What Open has found out so far, on whatever thread.
+    std::optional<Problem> WhyNot() const;
+    // Asks at the terminal where Open has failed for want of credentials, and returns whether the
+    // location can be used then.
+    bool OpenAsking();
+
+    // Looks whether it can be used and written.
+    LocationState Try();
+
+    // Hands the credentials and the connection to the depot of the location, which uses no other
+    // one from then on.
+    void Give(CDepot& depot, CDepotPath& location);
+
+private:
+    std::optional<Problem> Look();
+
+    const std::string folder_;
+    std::optional<DirectoryProbe> probe_;  // of a directory
+    mutable std::mutex lock_;              // of what follows
+    std::optional<Problem> problem_;
+};
+
+// Makes a depot usable: leaves only the location that is used, with its connection, and asks on a
+// terminal for the credentials that a server wants. Fails when no location can be used.
 void OpenDepot(CDepot& depot);
 
 }  // namespace depot::ctl

@@ -1,5 +1,7 @@
 // check: what is wrong with depots, and what to do about it.
 #include <algorithm>
+#include <functional>
+#include <memory>
 
 #include "depotctl/command_line.h"
 #include "depotctl/commands.h"
@@ -10,6 +12,7 @@
 #include "depotctl/installation.h"
 #include "depotctl/location_trial.h"
 #include "depotctl/program.h"
+#include "depotctl/together.h"
 #include "depotctl/utf8_text.h"
 #include "model/depot_paths.h"
 
@@ -40,7 +43,7 @@ Json StepsJson(const Findings& findings) {
 // A location as it was tried.
 struct TriedLocation {
     std::string title;
-    Findings findings;
+    std::unique_ptr<LocationTrial> trial;
 };
 
 struct CheckedDepot {
@@ -70,6 +73,7 @@ public:
         for (const StoredDefinition& stored : stored_) {
             if (!IsListed(stored) && IsWanted(stored.raw.key)) checked.push_back(Check(stored));
         }
+        if (!options_.offline) Try(checked);
         return checked;
     }
 
@@ -125,10 +129,23 @@ private:
         for (std::size_t index = 0; index < depot.paths->Count(); ++index) {
             CDepotPath& location = *depot.paths->At(index);
             checked.locations.push_back(
-                {Title(location, index + 1),
-                 TryStepByStep(location, options_.offline ? Trial::kOffline : Trial::kOnline)});
+                {Title(location, index + 1), std::make_unique<LocationTrial>(location, index + 1)});
         }
         return checked;
+    }
+
+    // Tries all locations at once, and asks for what is missing afterwards.
+    static void Try(const std::vector<CheckedDepot>& checked) {
+        std::vector<LocationTrial*> trials;
+        std::vector<std::function<void()>> work;
+        for (const CheckedDepot& depot : checked) {
+            for (const TriedLocation& location : depot.locations) {
+                trials.push_back(location.trial.get());
+                work.emplace_back([trial = trials.back()] { trial->Run(); });
+            }
+        }
+        DoTogether(work);
+        for (LocationTrial* trial : trials) trial->Ask();
     }
 
     static std::string Title(const CDepotPath& location, std::size_t number) {
@@ -168,9 +185,10 @@ public:
         json["definition"] = StepsJson(findings);
         json["locations"] = Json::array();
         for (const TriedLocation& location : depot.locations) {
-            Add(location.title, location.findings, 2);
+            const Findings& found = location.trial->Found();
+            Add(location.title, found, 2);
             json["locations"].push_back(
-                {{"location", location.title}, {"steps", StepsJson(location.findings)}});
+                {{"location", location.title}, {"steps", StepsJson(found)}});
         }
         depots_.push_back(std::move(json));
     }

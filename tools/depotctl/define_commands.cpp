@@ -209,7 +209,8 @@ void AddDefineCommands(CLI::App& depots, Program& program) {
         {"set", "Change a depot's definition",
          "Examples:\n  depotctl depots set Work --order 1 --default\n"
          "  depotctl depots set Company --location 2 --path cn=Profiles,dc=example,dc=com "
-         "--host replica\n  depotctl depots set Work --unset Icon"},
+         "--host replica\n  depotctl depots set Company --keep-connection 60\n"
+         "  depotctl depots set Work --unset Icon"},
         Define<Existence::kThere>);
     const auto remove =
         AddCommand<DefineOptions>(depots, program,

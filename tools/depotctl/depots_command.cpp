@@ -1,12 +1,15 @@
 // depots: what is defined, and whether it can be used.
 #include <CLI/CLI.hpp>
+#include <functional>
 #include <memory>
+#include <vector>
 
 #include "depotctl/access.h"
 #include "depotctl/commands.h"
 #include "depotctl/definition.h"
 #include "depotctl/encoding.h"
 #include "depotctl/program.h"
+#include "depotctl/together.h"
 #include "depotctl/utf8_text.h"
 
 namespace depot::ctl {
@@ -44,19 +47,15 @@ void MarkActive(Json& locations) {
     }
 }
 
-Json LocationsJson(CDepot& depot, bool offline) {
+Json LocationsJson(const CDepot& depot) {
     Json locations = Json::array();
     for (std::size_t index = 0; index < depot.paths->Count(); ++index) {
-        CDepotPath& location = *depot.paths->At(index);
-        Json json = LocationJson(location);
-        if (!offline) json.update(StateOf(TryLocation(location)));
-        locations.push_back(std::move(json));
+        locations.push_back(LocationJson(*depot.paths->At(index)));
     }
-    if (!offline) MarkActive(locations);
     return locations;
 }
 
-Json DepotJson(CDepot& depot, const CDepots& depots, bool offline) {
+Json DepotJson(const CDepot& depot, const CDepots& depots) {
     const bool ordered = depot.orderIndex != CDepot::kNoOrderIndex;
     const bool forUser = depot.rootKey == HKEY_CURRENT_USER;
     return {{"key", Utf8FromAnsi(depot.name)},
@@ -68,7 +67,29 @@ Json DepotJson(CDepot& depot, const CDepots& depots, bool offline) {
             {"definedFor", depot.name.empty() ? kBuiltIn
                            : forUser          ? "user"
                                               : "machine"},
-            {"locations", LocationsJson(depot, offline)}};
+            {"locations", LocationsJson(depot)}};
+}
+
+// Tries the locations of all depots at once and adds what became of each.
+void AddStates(const CDepots& depots, Json& all) {
+    std::vector<std::unique_ptr<LocationAttempt>> attempts;
+    for (const CDepot* depot : depots) {
+        for (std::size_t index = 0; index < depot->paths->Count(); ++index) {
+            attempts.push_back(std::make_unique<LocationAttempt>(*depot->paths->At(index)));
+        }
+    }
+    std::vector<LocationState> states(attempts.size());
+    std::vector<std::function<void()>> work;
+    for (std::size_t index = 0; index < attempts.size(); ++index) {
+        work.emplace_back(
+            [&attempt = *attempts[index], &state = states[index]] { state = attempt.Try(); });
+    }
+    DoTogether(work);
+    auto state = states.begin();
+    for (Json& depot : all) {
+        for (Json& location : depot["locations"]) location.update(StateOf(*state++));
+        MarkActive(depot["locations"]);
+    }
 }
 
 std::string Text(const Json& value) {
@@ -116,10 +137,11 @@ std::string DepotText(const Json& depot) {
 void ShowDepots(Program& program, bool offline) {
     CDepots& depots = program.Depots();
     Json all = Json::array();
+    for (const CDepot* depot : depots) all.push_back(DepotJson(*depot, depots));
+    if (!offline) AddStates(depots, all);
     std::string text;
-    for (CDepot* depot : depots) {
-        all.push_back(DepotJson(*depot, depots, offline));
-        if (!program.renderer.IsJson()) text += DepotText(all.back());
+    if (!program.renderer.IsJson()) {
+        for (const Json& depot : all) text += DepotText(depot);
     }
     program.renderer.Answer(all, text);
 }

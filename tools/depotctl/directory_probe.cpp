@@ -1,11 +1,13 @@
 #include "depotctl/directory_probe.h"
 
 #include <algorithm>
+#include <new>
 
 #include "depotctl/directory_words.h"
 #include "depotctl/encoding.h"
 #include "depotctl/network.h"
 #include "directory/paged_search.h"
+#include "manager/writability.h"
 #include "model/depot_paths.h"
 #include "platform/text.h"
 
@@ -13,6 +15,27 @@ namespace depot::ctl {
 namespace {
 
 constexpr std::uint32_t kTlsFromTheStart = 2;
+
+// Asks for the entries alone.
+constexpr char kNoAttributes[] = "1.1";
+
+bool IsStartTls(const CDepotPath& location) {
+    return location.security != 0 && location.security != kTlsFromTheStart;
+}
+
+// Returns a copy that nothing else uses, with a limit for connecting that suits a person who waits.
+std::unique_ptr<CDepotPath> DetachedRecord(const CDepotPath& location) {
+    std::unique_ptr<CDepotPath> record = location.Clone();
+    if (!record) throw std::bad_alloc();
+    record->owner = nullptr;
+    // A longer one is the limit of each answer as well, and some clients do not secure a connection
+    // that was made with a limit.
+    const bool mayShorten = record->connectTimeout <= CDepotPath::kDefaultConnectTimeout;
+    if (mayShorten && !IsStartTls(*record)) {
+        record->connectTimeout = ConnectLimit(record->connectTimeout);
+    }
+    return record;
+}
 
 bool Defines(const std::vector<std::string>& definitions, const std::string& name) {
     const std::string quoted = "'" + name + "'";
@@ -33,16 +56,32 @@ Problem ProblemFor(std::uint32_t code) {
     return {words.text, words.advice, code, MeansUnreachable(code)};
 }
 
-std::optional<Problem> DirectoryProbe::Reach() const {
-    if (client_.library == nullptr) {
+bool IsAboutCredentials(const Problem& problem) {
+    return problem.code == LDAP_INVALID_CREDENTIALS || problem.code == LDAP_INAPPROPRIATE_AUTH ||
+           problem.code == LDAP_UNWILLING_TO_PERFORM;
+}
+
+DirectoryProbe::DirectoryProbe(CDepotPath& location)
+    : path_(ExpandedPath(location)),
+      record_(DetachedRecord(location)),
+      connectTimeout_(location.connectTimeout),
+      directory_(std::make_unique<CLDAPItems>(record_.get())) {}
+
+std::optional<Problem> DirectoryProbe::MissingParts() const {
+    if (Client().library == nullptr) {
         return Problem{"this machine has no directory client (wldap32.dll)",
                        "repair the Windows installation", LDAP_SERVER_DOWN, true};
     }
-    if (location_.host.empty()) {
+    if (record_->host.empty()) {
         return Problem{"no server is named", "set Host", LDAP_PARAM_ERROR, true};
     }
+    return std::nullopt;
+}
+
+std::optional<Problem> DirectoryProbe::Reach() const {
+    if (auto problem = MissingParts()) return problem;
     const std::optional<std::string> reason =
-        WhyNobodyAnswers(location_.host, location_.port, location_.connectTimeout);
+        WhyNobodyAnswers(record_->host, record_->port, connectTimeout_);
     if (!reason) return std::nullopt;
     return Problem{*reason, "check Host and Port, the network, and that the server runs",
                    LDAP_SERVER_DOWN, true};
@@ -50,98 +89,112 @@ std::optional<Problem> DirectoryProbe::Reach() const {
 
 std::optional<Problem> DirectoryProbe::LogOn(const std::string& userName,
                                              const std::string& password) {
-    if (auto problem = Open()) return problem;
-    return UnlessDone(Bind(userName, password));
+    if (auto problem = MissingParts()) return problem;
+    hasTried_ = true;
+    record_->username = userName;
+    record_->password = password;
+    // A connection that failed serves no more.
+    directory_ = std::make_unique<CLDAPItems>(record_.get());
+    const Result connected = directory_->Connection().ConnectQuietly();
+    if (connected) return std::nullopt;
+    return WhyNotLoggedOn(CodeOf(connected));
 }
 
-std::optional<Problem> DirectoryProbe::Open() {
-    char* const host = ClientText(location_.host);
-    LDAP* const session = location_.security == kTlsFromTheStart
-                              ? client_.ldap_sslinit(host, location_.port, 1)
-                              : client_.ldap_init(host, location_.port);
-    session_ = UniqueLdap(session, {&client_});
-    if (!session_) return ProblemFor(LDAP_SERVER_DOWN);
-    ULONG version = location_.version;
-    const std::uint32_t code =
-        client_.ldap_set_option(session, LDAP_OPT_PROTOCOL_VERSION, &version);
-    if (code != LDAP_SUCCESS) return ProblemFor(code);
-    return Secure();
+// The client says little of why it has no connection.
+Problem DirectoryProbe::WhyNotLoggedOn(std::uint32_t code) const {
+    Problem problem = ProblemFor(code);
+    if (problem.isUnreachable) {
+        if (const auto reason = Reach()) return *reason;
+    }
+    if (IsStartTls(*record_) && !IsAboutCredentials(problem)) {
+        if (const auto reason = WhyNotSecured()) return *reason;
+    }
+    return problem;
 }
 
-std::optional<Problem> DirectoryProbe::Secure() {
-    if (location_.security == 0 || location_.security == kTlsFromTheStart) return std::nullopt;
+std::optional<Problem> DirectoryProbe::WhyNotSecured() const {
+    DirectoryClient& client = Client();
+    LDAP* const opened = client.ldap_init(ClientText(record_->host), record_->port);
+    const UniqueLdap session(opened, {&client});
+    if (!session) return std::nullopt;
+    ULONG version = record_->version;
+    client.ldap_set_option(opened, LDAP_OPT_PROTOCOL_VERSION, &version);
     ULONG serverCode = LDAP_SUCCESS;
     const std::uint32_t code =
-        client_.ldap_start_tls_s(session_.get(), &serverCode, nullptr, nullptr, nullptr);
+        client.ldap_start_tls_s(opened, &serverCode, nullptr, nullptr, nullptr);
     if (code == LDAP_SUCCESS) return std::nullopt;
     return Problem{
         "the connection cannot be secured with StartTLS (LDAP " + std::to_string(code) + ")",
         "check the server's certificate, or set Security", code, MeansUnreachable(code)};
 }
 
-std::uint32_t DirectoryProbe::Bind(const std::string& userName, const std::string& password) {
-    LDAP* const session = session_.get();
-    switch (location_.authentication) {
-        case kAnonymousAuthentication:
-            return client_.ldap_simple_bind_s(session, nullptr, nullptr);
-        case kNegotiateAuthentication:
-            return client_.ldap_bind_s(session, nullptr, nullptr, LDAP_AUTH_NEGOTIATE);
-        default:
-            return client_.ldap_bind_s(session, ClientText(userName), ClientText(password),
-                                       LDAP_AUTH_SIMPLE);
+std::chrono::microseconds DirectoryProbe::RoundTrip() {
+    constexpr int kTrips = 3;
+    auto shortest = std::chrono::microseconds::max();
+    for (int trip = 0; trip < kTrips; ++trip) {
+        const auto start = std::chrono::steady_clock::now();
+        static_cast<void>(Search({}, LDAP_SCOPE_BASE, kNoAttributes));
+        const auto taken = std::chrono::steady_clock::now() - start;
+        shortest = std::min(shortest, std::chrono::duration_cast<std::chrono::microseconds>(taken));
     }
+    return shortest;
 }
 
-std::string DirectoryProbe::BaseDN() const {
-    return names_.PathToDN(ExpandedPath(location_));
+std::optional<Problem> DirectoryProbe::TryWriting() {
+    const std::string dn =
+        EntryDN(directory_->Schema().NamingNames().file, kProbeFileName, BaseDN());
+    std::string text;
+    if (TestWritable(kDirectoryLocation, dn, directory_.get(), &text) != 0) return std::nullopt;
+    return ProblemFor(directory_->LastError());
 }
 
 DirectoryProbe::Answer DirectoryProbe::Search(const std::string& dn, ULONG scope,
                                               const std::string& attribute) {
+    DirectoryClient& client = Client();
     char all[] = "(objectClass=*)";
     char* attributes[] = {ClientText(attribute), nullptr};
     LDAPMessage* found = nullptr;
     const std::uint32_t code =
-        client_.ldap_search_s(session_.get(), ClientText(dn), scope, all, attributes, 0, &found);
-    return {code, UniqueLdapMessage(found, {&client_})};
+        client.ldap_search_s(Session(), ClientText(dn), scope, all, attributes, 0, &found);
+    return {code, UniqueLdapMessage(found, {&client})};
 }
 
 std::optional<Problem> DirectoryProbe::FindBase() {
     const std::string base = BaseDN();
-    const std::uint32_t code = Search(base, LDAP_SCOPE_BASE, "1.1").code;
+    const std::uint32_t code = Search(base, LDAP_SCOPE_BASE, kNoAttributes).code;
     if (code != LDAP_NO_SUCH_OBJECT) return UnlessDone(code);
     return Problem{"the base \"" + Utf8FromAnsi(base) + "\" is not there, or may not be seen",
                    "create the entry, correct Path, or grant the right to read it", code, false};
 }
 
 std::optional<Problem> DirectoryProbe::ListBase(bool& inPages) {
-    const std::uint32_t code = Search(BaseDN(), LDAP_SCOPE_ONELEVEL, "1.1").code;
+    const std::uint32_t code = Search(BaseDN(), LDAP_SCOPE_ONELEVEL, kNoAttributes).code;
     inPages = code == LDAP_SIZELIMIT_EXCEEDED;
     return UnlessDone(inPages ? ListBaseInPages() : code);
 }
 
 std::uint32_t DirectoryProbe::ListBaseInPages() {
-    const PagingClient paging(client_.library);
-    PagedSearch pages(client_, paging, session_.get());
+    PagedSearch pages(Client(), directory_->Connection().Paging(), Session());
     if (!pages.IsOffered()) return LDAP_SIZELIMIT_EXCEEDED;
     std::uint32_t code = LDAP_SUCCESS;
     do {
         UniqueLdapMessage page;
-        code = pages.Next({BaseDN(), "(objectClass=*)", {"1.1"}}, page);
+        code = pages.Next({BaseDN(), "(objectClass=*)", {kNoAttributes}}, page);
     } while (code == LDAP_SUCCESS && pages.HasMore());
     return code;
 }
 
 std::vector<std::string> DirectoryProbe::Values(const std::string& dn,
                                                 const std::string& attribute) {
+    DirectoryClient& client = Client();
     const Answer answer = Search(dn, LDAP_SCOPE_BASE, attribute);
     std::vector<std::string> texts;
     LDAPMessage* const entry = answer.code == LDAP_SUCCESS
-                                   ? client_.ldap_first_entry(session_.get(), answer.message.get())
+                                   ? client.ldap_first_entry(Session(), answer.message.get())
                                    : nullptr;
     if (entry == nullptr) return texts;
-    const UniqueLdapValues values(
-        client_.ldap_get_values(session_.get(), entry, ClientText(attribute)), {&client_});
+    const UniqueLdapValues values(client.ldap_get_values(Session(), entry, ClientText(attribute)),
+                                  {&client});
     for (char** value = values.get(); value != nullptr && *value != nullptr; ++value) {
         texts.emplace_back(*value);
     }
@@ -155,12 +208,12 @@ std::optional<std::vector<std::string>> DirectoryProbe::MissingFromSchema() {
     const std::vector<std::string> attributes = Values(subentry.front(), "attributeTypes");
     if (classes.empty() || attributes.empty()) return std::nullopt;
     std::vector<std::string> missing;
-    for (const std::string& name : {names_.Schema().FolderClass(), names_.Schema().FileClass()}) {
+    const LocationSchema& schema = directory_->Schema();
+    for (const std::string& name : {schema.FolderClass(), schema.FileClass()}) {
         if (!Defines(classes, name)) missing.push_back(Utf8FromAnsi(name));
     }
     for (const std::string& name :
-         {names_.Schema().NamingNames().folder, names_.Schema().NamingNames().file,
-          names_.Schema().ContentsAttribute()}) {
+         {schema.NamingNames().folder, schema.NamingNames().file, schema.ContentsAttribute()}) {
         if (!Defines(attributes, name)) missing.push_back(Utf8FromAnsi(name));
     }
     return missing;

@@ -1,10 +1,12 @@
 // Trying a directory location step by step, so that a failure names its step.
 //
-// The component's own connection shows boxes, asks for passwords and lets other processes know of
-// its failures. A program that only looks must do none of this.
+// The component's own way to a server shows boxes, asks for passwords and lets other processes know
+// of its failures. A program that only looks must do none of this.
 #pragma once
 
+#include <chrono>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -23,20 +25,32 @@ struct Problem {
 
 Problem ProblemFor(std::uint32_t code);
 
-// One attempt at a location, which is borrowed. Each step needs the one before.
+// Returns whether other credentials may help.
+bool IsAboutCredentials(const Problem& problem);
+
+// One attempt at a location. It keeps a record of its own, so that it may run on any thread. The
+// steps behind LogOn need it.
 class DirectoryProbe {
 public:
-    explicit DirectoryProbe(CDepotPath& location) : location_(location), names_(&location) {
-        BindDirectoryClient(client_);
-    }
+    explicit DirectoryProbe(CDepotPath& location);
 
-    // Looks whether the client library is there and one of the hosts takes connections.
+    // Looks whether the client library is there and one of the hosts takes connections. LogOn does
+    // not need this: it looks by itself when it fails.
     std::optional<Problem> Reach() const;
 
-    // Opens a session, secures it as the location says, and logs on.
+    // Opens a connection, secures it as the location says, and logs on.
     std::optional<Problem> LogOn(const std::string& userName, const std::string& password);
 
+    // Whether a log-on was tried.
+    bool HasTried() const { return hasTried_; }
+
+    // Returns how long the server takes for the shortest answer there is.
+    std::chrono::microseconds RoundTrip();
+
     std::optional<Problem> FindBase();
+
+    // Tries to write below the base with a file entry, which is removed again.
+    std::optional<Problem> TryWriting();
 
     // Lists the base as the component does. `inPages` is whether the server's size limit makes
     // that a listing in pages.
@@ -47,14 +61,17 @@ public:
     std::optional<std::vector<std::string>> MissingFromSchema();
 
     // The location's base as an entry's name.
-    std::string BaseDN() const;
+    std::string BaseDN() const { return directory_->PathToDN(path_); }
 
-    CLDAPItems& Names() { return names_; }
+    // The record, with the credentials of the last log-on.
+    CDepotPath& Location() const { return *record_; }
+    // The directory, with the connection once LogOn has opened it.
+    CLDAPItems& Directory() const { return *directory_; }
 
 private:
-    std::optional<Problem> Open();
-    std::optional<Problem> Secure();
-    std::uint32_t Bind(const std::string& userName, const std::string& password);
+    std::optional<Problem> MissingParts() const;
+    Problem WhyNotLoggedOn(std::uint32_t code) const;
+    std::optional<Problem> WhyNotSecured() const;
     std::uint32_t ListBaseInPages();
     std::vector<std::string> Values(const std::string& dn, const std::string& attribute);
 
@@ -65,10 +82,14 @@ private:
     // Searches for all entries of that scope.
     Answer Search(const std::string& dn, ULONG scope, const std::string& attribute);
 
-    CDepotPath& location_;
-    CLDAPItems names_;  // never connected
-    DirectoryClient client_;
-    UniqueLdap session_{nullptr, {&client_}};
+    DirectoryClient& Client() const { return directory_->Client(); }
+    LDAP* Session() const { return directory_->Connection().Handle(); }
+
+    const std::string path_;  // with its macros expanded
+    const std::unique_ptr<CDepotPath> record_;
+    const std::uint32_t connectTimeout_;     // the location's own
+    std::unique_ptr<CLDAPItems> directory_;  // of the record; never null
+    bool hasTried_ = false;
 };
 
 }  // namespace depot::ctl

@@ -30,9 +30,10 @@ void Copy(Program& program, const TransferOptions& options) {
     if (kind == ItemKind::kFolder && !options.recursive) {
         Refuse(from.Shown() + " is a folder; -r copies it with all below it");
     }
-    const Place to = TargetOf(places, from, options.to);
-    RequireFree(places, kind, to, options.force);
-    AnswerTransfer(program, "copied", to, Transfer(program, from, to, {kind, options.Existing()}));
+    const Target to = TargetOf(places, from, options.to);
+    RequireFree(to, kind, options.force);
+    AnswerTransfer(program, "copied", to.place,
+                   Transfer(program, from, to.place, {kind, options.Existing()}));
 }
 
 // Renames within a store; false when that cannot be done without copying.
@@ -58,10 +59,11 @@ void Move(Program& program, const TransferOptions& options) {
     const Place from = places.Resolve(options.from);
     const ItemKind kind = places.Require(from);
     if (IsRoot(from)) Refuse(from.Shown() + " is the root of its depot and stays");
-    const Place to = TargetOf(places, from, options.to);
+    const Target target = TargetOf(places, from, options.to);
+    const Place& to = target.place;
     const bool respelled = from.depot == to.depot && EqualsNoCase(from.path, to.path);
-    const bool replaces = !respelled && places.KindOf(to) != ItemKind::kMissing;
-    if (replaces) RequireFree(places, kind, to, options.force && kind == ItemKind::kFile);
+    const bool replaces = !respelled && target.there != ItemKind::kMissing;
+    if (replaces) RequireFree(target, kind, options.force && kind == ItemKind::kFile);
     if (replaces && kind == ItemKind::kFolder) Refuse(to.Shown() + " is there already");
     const ExistingEntries existing =
         replaces ? ExistingEntries::kReplace : ExistingEntries::kRefuse;
@@ -103,7 +105,8 @@ void MakeFolder(Program& program, const FolderOptions& options) {
     if (!there) {
         RequireFittingName(place, ItemKind::kFolder);
         const OpenedPlace at(place, "make");
-        const Result made = at.store.MakeFolder(at.path, FoldersAbove::kAreMade);
+        const FoldersAbove above = options.parents ? FoldersAbove::kAreMade : FoldersAbove::kExist;
+        const Result made = at.store.MakeFolder(at.path, above);
         if (!made) Fail("make", place, made.Why());
     }
     program.renderer.Answer({{"made", place.Utf8()}}, "made " + place.Utf8());

@@ -67,15 +67,21 @@ public:
         : options_(options), filter_(ToAnsi(options.filter)), rows_(rows) {}
 
     void List(const Place& folder, const std::string& prefix) {
+        if (!TryToList(folder, prefix)) Fail("list", folder);
+    }
+
+    // Returns false, with no rows of this folder, when it cannot be listed.
+    bool TryToList(const Place& folder, const std::string& prefix) {
         CDepotItems items;
         const CDepotItem request(folder.path, folder.depot);
         folder.ForgetFailure();
         Enumerate(items, &request, filter_, {}, options_.foldersOnly);
-        if (folder.LastCode() != LDAP_SUCCESS) Fail("list", folder);
+        if (folder.LastCode() != LDAP_SUCCESS) return false;
         std::vector<const CDepotItem*> sorted(items.begin(), items.end());
         std::sort(sorted.begin(), sorted.end(), ShownBefore);
         for (const CDepotItem* item : sorted) Add(*item, folder, prefix);
         foreignNames_ += items.unsafeNames;
+        return true;
     }
 
     // How many names the listings left out.
@@ -132,16 +138,18 @@ void List(Program& program, const ListOptions& options) {
     Places places(program);
     const Place place = options.path.empty() ? places.DefaultRoot() : places.Resolve(options.path);
     Json rows = Json::array();
-    std::uint32_t leftOut = 0;
-    if (places.Require(place) == ItemKind::kFile) {
-        rows.push_back(FileRow(place));
-    } else {
-        Lister lister(options, rows);
-        lister.List(place, {});
-        leftOut = lister.ForeignNames();
+    Lister lister(options, rows);
+    // What holds anything is a folder: a server need not be asked for that before.
+    const bool listed = place.IsInDirectory() && lister.TryToList(place, {});
+    if (rows.empty()) {
+        if (places.Require(place) == ItemKind::kFile) {
+            rows.push_back(FileRow(place));
+        } else if (!listed) {
+            lister.List(place, {});
+        }
     }
     program.renderer.List(rows, Columns(options.details));
-    if (leftOut > 0) ReportLeftOut(program, leftOut);
+    if (lister.ForeignNames() > 0) ReportLeftOut(program, lister.ForeignNames());
 }
 
 }  // namespace

@@ -84,10 +84,14 @@ std::optional<std::string> TryHost(const std::string& host, const std::string& p
 
 }  // namespace
 
+std::uint32_t ConnectLimit(std::uint32_t seconds) {
+    return seconds == 0 ? kLongestWait : std::min(seconds, kLongestWait);
+}
+
 std::optional<std::string> WhyNobodyAnswers(const std::string& hosts, std::uint32_t port,
                                             std::uint32_t seconds) {
     static const SocketLibrary library;
-    const std::uint32_t wait = seconds == 0 ? kLongestWait : std::min(seconds, kLongestWait);
+    const std::uint32_t wait = ConnectLimit(seconds);
     std::optional<std::string> reason = "no server is named";
     std::istringstream list(hosts);
     for (std::string host; list >> host;) {

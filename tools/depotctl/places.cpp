@@ -102,6 +102,8 @@ Place Places::DefaultRoot() {
 }
 
 ItemKind Places::KindOf(const Place& place) const {
+    // The base was found when the depot was opened.
+    if (place.IsInDirectory() && IsRoot(place)) return ItemKind::kFolder;
     const OpenedPlace at(place, "reach");
     ItemKind kind = ItemKind::kMissing;
     const Result looked = at.store.Look(at.path, kind);
@@ -116,9 +118,13 @@ ItemKind Places::Require(const Place& place) const {
     return kind;
 }
 
+void Places::RequireFile(const Place& place) const {
+    if (Require(place) == ItemKind::kFolder) Refuse(place.Shown() + " is a folder");
+}
+
 Place Places::ResolveFile(const std::string& utf8Path) {
     const Place place = Resolve(utf8Path);
-    if (Require(place) == ItemKind::kFolder) Refuse(place.Shown() + " is a folder");
+    RequireFile(place);
     return place;
 }
 

@@ -21,6 +21,9 @@ struct Place {
     std::string Shown() const;  // in UTF-8, quoted for a message
     std::string Utf8() const;
 
+    // Whether a server is asked for what is there.
+    bool IsInDirectory() const { return depot->DirectoryConnection() != nullptr; }
+
     // The code of the last failure in a directory, 0 elsewhere, for operations that return none.
     std::uint32_t LastCode() const;
     void ForgetFailure() const;
@@ -60,6 +63,9 @@ public:
 
     // The same of a place where something must be.
     ItemKind Require(const Place& place) const;
+
+    // Ends the command unless there is a file at the place.
+    void RequireFile(const Place& place) const;
 
     // A path that must lead to a file.
     Place ResolveFile(const std::string& utf8Path);

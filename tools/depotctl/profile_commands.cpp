@@ -9,6 +9,7 @@
 #include "depotctl/places.h"
 #include "depotctl/profile_copy.h"
 #include "depotctl/utf8_text.h"
+#include "platform/local_file.h"
 #include "platform/paths.h"
 
 namespace depot::ctl {
@@ -30,11 +31,21 @@ std::string LongEnough(std::string path) {
     return path;
 }
 
-// Loads a profile as the session's current file.
-DepotFileContext& Load(Program& program, const Place& place) {
+bool IsMissingOrEmpty(const std::string& path) {
+    const auto bytes = ReadLocalFile(path);
+    return !bytes || bytes->empty();
+}
+
+// Loads a profile as the session's current file. What a server hands out need not be looked at
+// before.
+DepotFileContext& Load(Program& program, const Places& places, const Place& place) {
+    const bool isFetched = place.IsInDirectory() && HasDot(place);
+    if (!isFetched) places.RequireFile(place);
     DepotSession& session = program.Session();
     session.LoadFile(place.isPlain ? LongEnough(place.path) : place.path);
-    if (session.currentFile->localPath.empty()) Fail("open", place);
+    const std::string& local = session.currentFile->localPath;
+    if (isFetched && IsMissingOrEmpty(local)) places.RequireFile(place);
+    if (local.empty()) Fail("open", place);
     return *session.currentFile;
 }
 
@@ -54,10 +65,12 @@ std::string TerminalText(const std::string& bytes) {
 
 void Cat(Program& program, const std::string& path) {
     Places places(program);
-    const Place place = places.ResolveFile(path);
+    const Place place = places.Resolve(path);
     const OpenedPlace at(place, "read");
     FileBuffer file;
     const Result read = at.store.ReadFile(at.path, SourceFate::kStays, file);
+    // Only then it matters what it is.
+    if (!read || file.length == 0) places.RequireFile(place);
     if (!read) Fail("read", place, read.Why());
     if (program.output.IsTerminal()) {
         program.output.Write(TerminalText({file.bytes.get(), file.bytes.get() + file.length}));
@@ -76,8 +89,8 @@ void ListValues(const Program& program, const ProfileCopy& profile, const std::s
 
 void Get(Program& program, const ValueOptions& options) {
     Places places(program);
-    const Place place = places.ResolveFile(options.path);
-    const ProfileCopy profile(place, Load(program, place).localPath, options.codePage);
+    const Place place = places.Resolve(options.path);
+    const ProfileCopy profile(place, Load(program, places, place).localPath, options.codePage);
     if (options.key.empty()) return ListValues(program, profile, options.section);
     const std::optional<std::string> found = profile.Find(options.section, options.key);
     const std::optional<std::string>& answer = found ? found : options.defaultValue;
@@ -101,10 +114,8 @@ void Create(const Place& place) {
 void Set(Program& program, const ValueOptions& options) {
     Places places(program);
     const Place place = places.Resolve(options.path);
-    const ItemKind kind = options.create ? places.KindOf(place) : places.Require(place);
-    if (kind == ItemKind::kFolder) Refuse(place.Shown() + " is a folder");
-    if (kind == ItemKind::kMissing) Create(place);
-    DepotFileContext& file = Load(program, place);
+    if (options.create && places.KindOf(place) == ItemKind::kMissing) Create(place);
+    DepotFileContext& file = Load(program, places, place);
     {
         ProfileCopy profile(place, file.localPath, options.codePage);
         profile.Write(options.section, options.key, options.remove ? "" : options.value);

@@ -9,6 +9,7 @@
 
 #include "depotctl/renderer.h"
 #include "depotctl/terminal.h"
+#include "directory/call_connections.h"
 #include "manager/depot_session.h"
 #include "texts/resource_library.h"
 
@@ -40,6 +41,8 @@ public:
 
 private:
     UniqueModule resources_;
+    // A run connects once to each location that it uses.
+    const CallConnections connections_;
     std::unique_ptr<DepotSession> session_;
 };
 

@@ -21,6 +21,8 @@ void RemoveWhole(const OpenedPlace& at, const Place& place, ItemKind kind) {
         if (RunShellOperation({FO_DELETE, {*local}, nullptr, kSilent})) return;
         Fail("remove", place, GetLastError());
     }
+    if (!local && kind == ItemKind::kFile && at.store.Remove(at.path, kind)) return;
+    // Some files hold others.
     const Result removed = at.store.RemoveTree(at.path);
     if (!removed) Fail("remove", place, removed.Why());
 }

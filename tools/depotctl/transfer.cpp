@@ -153,26 +153,29 @@ void RequireFittingName(const Place& place, ItemKind kind) {
     }
 }
 
-Place TargetOf(Places& places, const Place& from, const std::string& to) {
-    Place named = places.Resolve(to);
-    if (places.KindOf(named) == ItemKind::kFolder) return Child(named, SourceName(from));
+Target TargetOf(Places& places, const Place& from, const std::string& to) {
+    const Place named = places.Resolve(to);
+    const ItemKind there = places.KindOf(named);
+    if (there == ItemKind::kFolder) {
+        const Place inside = Child(named, SourceName(from));
+        return {inside, places.KindOf(inside)};
+    }
     if (NamesFolder(to)) Refuse("the folder " + named.Shown() + " is not there");
     const Place parent = ParentOf(named);
     if (places.KindOf(parent) != ItemKind::kFolder) {
         Refuse("the folder " + parent.Shown() + " is not there");
     }
-    return named;
+    return {named, there};
 }
 
-void RequireFree(const Places& places, ItemKind kind, const Place& to, bool force) {
-    const ItemKind there = places.KindOf(to);
-    if (there == ItemKind::kMissing) return;
-    if (there != kind) {
-        Refuse(to.Shown() + " is there already, as a " +
-               (there == ItemKind::kFolder ? "folder" : "file"));
+void RequireFree(const Target& to, ItemKind kind, bool force) {
+    if (to.there == ItemKind::kMissing) return;
+    if (to.there != kind) {
+        Refuse(to.place.Shown() + " is there already, as a " +
+               (to.there == ItemKind::kFolder ? "folder" : "file"));
     }
     if (kind == ItemKind::kFile && !force) {
-        Refuse(to.Shown() + " is there already; --force replaces it");
+        Refuse(to.place.Shown() + " is there already; --force replaces it");
     }
 }
 

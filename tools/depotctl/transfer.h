@@ -30,12 +30,18 @@ TransferResult Transfer(const Program& program, const Place& from, const Place& 
 // Refuses a name that in a directory would turn a file into a folder or the other way round.
 void RequireFittingName(const Place& place, ItemKind kind);
 
+// Where something is to be, and what is there now.
+struct Target {
+    Place place;
+    ItemKind there = ItemKind::kMissing;
+};
+
 // The place that `to` names for a copy of `from`: a folder that is there, or a path that ends in a
 // separator, takes it under its own name. The folder above must be there.
-Place TargetOf(Places& places, const Place& from, const std::string& to);
+Target TargetOf(Places& places, const Place& from, const std::string& to);
 
 // Refuses a target that is there: a file unless it may be replaced, and another kind in any case.
-void RequireFree(const Places& places, ItemKind kind, const Place& to, bool force);
+void RequireFree(const Target& to, ItemKind kind, bool force);
 
 void AnswerTransfer(const Program& program, const char* verb, const Place& to,
                     const TransferResult& result);

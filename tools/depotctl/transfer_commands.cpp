@@ -29,11 +29,11 @@ void Run(Program& program, const TransferOptions& options) {
     Places places(program);
     const Place from = places.Resolve(options.from);
     const ItemKind kind = places.Require(from);
-    const Place to = TargetOf(places, from, options.to);
-    RequireSides(from, to, direction);
-    RequireFree(places, kind, to, options.force);
-    AnswerTransfer(program, direction == Direction::kUp ? "uploaded" : "downloaded", to,
-                   Transfer(program, from, to, {kind, options.Existing()}));
+    const Target to = TargetOf(places, from, options.to);
+    RequireSides(from, to.place, direction);
+    RequireFree(to, kind, options.force);
+    AnswerTransfer(program, direction == Direction::kUp ? "uploaded" : "downloaded", to.place,
+                   Transfer(program, from, to.place, {kind, options.Existing()}));
 }
 
 constexpr std::uint32_t kEntryBytes = 260;
