@@ -89,11 +89,19 @@ std::uint32_t EntryStore::AddFolderCode(const std::string& dn, const std::string
     added = false;
     const std::uint32_t found = FindCode(dn);
     if (found == LDAP_INVALID_DN_SYNTAX || found == LDAP_SUCCESS) return found;
-    if (!connection_.IsConnected()) return LDAP_SERVER_DOWN;
-    NewEntry folder(schema_.NamingNames().folder, name, schema_.FolderClass());
-    const std::uint32_t code = Client().ldap_add_s(Handle(), ClientText(dn), folder.Attributes());
+    const std::uint32_t code = AddNewFolderCode(dn, name);
     added = code == LDAP_SUCCESS;
     return code;
+}
+
+Result EntryStore::AddNewFolder(const std::string& dn, const std::string& name) {
+    return connection_.Outcome(AddNewFolderCode(dn, name));
+}
+
+std::uint32_t EntryStore::AddNewFolderCode(const std::string& dn, const std::string& name) {
+    if (const auto gone = Unusable()) return *gone;
+    NewEntry folder(schema_.NamingNames().folder, name, schema_.FolderClass());
+    return Client().ldap_add_s(Handle(), ClientText(dn), folder.Attributes());
 }
 
 Result EntryStore::AddFile(const std::string& dn, const std::string& name, const void* data,

@@ -37,10 +37,10 @@ std::uint32_t EntryStore::AddFolders(const LdapItemList& missing, LdapItemList& 
         if (!name) return LDAP_INVALID_DN_SYNTAX;
         // Noted before it is there: it could not be removed if memory ran out afterwards.
         added.Add(dn, true);
-        bool isNew = false;
-        const std::uint32_t code = AddFolderCode(dn, name->name, isNew);
-        if (!isNew) added.RemoveLast();
-        if (code != LDAP_SUCCESS) return LDAP_PARAM_ERROR;
+        const std::uint32_t code = AddNewFolderCode(dn, name->name);
+        if (code != LDAP_SUCCESS) added.RemoveLast();
+        // Somebody else may have added it since it was looked for.
+        if (code != LDAP_SUCCESS && code != LDAP_ALREADY_EXISTS) return LDAP_PARAM_ERROR;
     }
     return LDAP_SUCCESS;
 }

@@ -117,6 +117,8 @@ public:
 
     // Adds a folder entry; one that exists is left as it is, and `added` is false.
     Result AddFolder(const std::string& dn, const std::string& name, bool& added);
+    // The same without looking first; fails for one that exists.
+    Result AddNewFolder(const std::string& dn, const std::string& name);
 
     // Add a file entry and replace a file entry's contents.
     //
@@ -217,6 +219,7 @@ private:
                                const std::string& wanted, FileBuffer& buffer) const;
     void RemoveUnchangedTogether(std::span<Removal*> removals);
     std::uint32_t ReadUnchanged(const std::string& dn, const Digest& contents, FileBuffer& present);
+    std::uint32_t AddNewFolderCode(const std::string& dn, const std::string& name);
     std::uint32_t AddFolderCode(const std::string& dn, const std::string& name, bool& added);
     std::uint32_t RemoveCode(const std::string& dn);
     std::uint32_t RemoveUnchangedCode(const std::string& dn, const FileBuffer& present);

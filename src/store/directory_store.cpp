@@ -211,19 +211,22 @@ Error DirectoryStore::IncompleteError(const LeftOut& left) const {
             UnsafeNamesText(left.unsafeNames)};
 }
 
-// Whether a file has one of the names that folders are to have. What was stored below it would be
-// in nobody's sight.
-bool DirectoryStore::IsFileInTheWay(const std::vector<PlannedItem>& items) {
+// Whether the folders can be made: none of the names is a file's, below which what is stored would
+// be in nobody's sight, and the top is there only when that is allowed.
+bool DirectoryStore::CanMakeFolders(const std::vector<PlannedItem>& items,
+                                    ExistingEntries existing) {
     std::vector<KindLookup> lookups;
     for (const PlannedItem& item : items) {
         if (item.isFolder) lookups.push_back({item.path});
     }
-    if (lookups.empty()) return false;
+    if (lookups.empty()) return true;
     const std::span<KindLookup> all = lookups;
     Entries().FindKindsTogether(all.first(1));
     // Under an entry that does not exist nothing else does.
-    if (all.front().result) Entries().FindKindsTogether(all.subspan(1));
-    return std::any_of(all.begin(), all.end(), [](const KindLookup& lookup) {
+    if (!all.front().result) return true;
+    if (items.front().isFolder && existing == ExistingEntries::kRefuse) return false;
+    Entries().FindKindsTogether(all.subspan(1));
+    return std::none_of(all.begin(), all.end(), [](const KindLookup& lookup) {
         return lookup.result && lookup.kind == EntryKind::kFile;
     });
 }
@@ -237,9 +240,7 @@ Result DirectoryStore::Prepare(std::vector<PlannedItem>& items, ExistingEntries 
         item.mayReplace = replaces && !item.isFolder;
     }
     // A file shows whether it is there when it is added.
-    const PlannedItem& top = items.front();
-    const bool refused = anyShared || IsFileInTheWay(items) ||
-                         (top.isFolder && !replaces && Entries().Find(top.path).IsDone());
+    const bool refused = anyShared || !CanMakeFolders(items, existing);
     return Of(refused ? LDAP_ALREADY_EXISTS : LDAP_SUCCESS);
 }
 
@@ -270,6 +271,10 @@ Result DirectoryStore::AddFolder(const std::string& path) {
 
 Result DirectoryStore::MakeFolder(const std::string& path, FoldersAbove above) {
     if (above == FoldersAbove::kExist) return AddFolder(path);
+    // Most often only this one is missing.
+    const std::optional<EntryName> name = Schema().SplitEntryName(path);
+    const Result added = Entries().AddNewFolder(path, name ? name->name : std::string());
+    if (added || added.Is(Reason::kExists)) return {};
     LdapItemList folders;
     Result made = Looked(Entries().EnsureFolders(path, folders));
     // A name with a dot is taken for a file's, and then only the folders above it are made.

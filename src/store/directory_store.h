@@ -77,7 +77,7 @@ private:
     Result AddFile(const std::string& path, const std::string& name, const FileBuffer& contents);
     Result AddFolder(const std::string& path);
     Result RenameBelowNewFolders(PathPair paths);
-    bool IsFileInTheWay(const std::vector<PlannedItem>& items);
+    bool CanMakeFolders(const std::vector<PlannedItem>& items, ExistingEntries existing);
 
     CLDAPItems& directory_;
 };

@@ -109,7 +109,7 @@ TEST_F(DirectoryFilesTest, LoadFlushAndEndCostWhatTheyNeed) {
         Change(session);
         server_.Mark();
         EXPECT_THAT(api_->DPFlushFile(session), IsOk());
-        EXPECT_EQ((OperationCounts{.binds = 2, .searches = 1, .modifications = 1}),
+        EXPECT_EQ((OperationCounts{.binds = 1, .searches = 1, .modifications = 1}),
                   server_.Counts());
         server_.Mark();
         EXPECT_THAT(api_->DPFileExists(session, Text(kFile)), IsOk());

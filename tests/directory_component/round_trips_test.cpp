@@ -40,26 +40,30 @@ std::ostream& operator<<(std::ostream& stream, const Waits& waits) {
 // Fewer is better: whoever saves some lowers these.
 //
 // In a session that begins with the operation.
-constexpr Waits kFirstRead = {2, 6};
-constexpr Waits kFirstReadOfTwoLocations = {2, 6};
-constexpr Waits kFirstListing = {2, 6};
-constexpr Waits kFirstLookForAFile = {2, 6};
-constexpr Waits kFirstTestOfWritability = {2, 6};
+constexpr Waits kFirstRead = {1, 3};
+constexpr Waits kFirstReadOfTwoLocations = {1, 4};
+constexpr Waits kFirstListing = {1, 3};
+constexpr Waits kFirstLookForAFile = {1, 3};
+constexpr Waits kFirstTestOfWritability = {1, 3};
 // In a session that has read a file.
 constexpr Waits kSecondRead = {1, 3};
-constexpr Waits kSetAndFlush = {2, 6};
+constexpr Waits kSetAndFlush = {1, 4};
 constexpr Waits kEndAfterAChange = {1, 3};
 constexpr Waits kCopyOfAFile = {1, 5};
 constexpr Waits kCopyToTheFileSystem = {1, 3};
 constexpr Waits kRenamingOfAFile = {1, 3};
 constexpr Waits kRenamingOfAFolder = {1, 3};
 constexpr Waits kDeletionOfAFile = {1, 4};
-constexpr Waits kDeletionOf200Files = {1, 204};
+constexpr Waits kDeletionOf200Files = {1, 11};
+// In a session that has read a file and keeps its connection.
+constexpr Waits kKeptRead = {0, 1};
+constexpr Waits kKeptLook = {0, 1};
+constexpr Waits kKeptSetAndFlush = {0, 2};
 // On a list of depots that begins with the operation.
-constexpr Waits kUploadOf200Files = {2, 210};
-constexpr Waits kDownloadOf200Files = {2, 206};
-constexpr Waits kUploadOf20Folders = {2, 250};
-constexpr Waits kDownloadOf20Folders = {2, 226};
+constexpr Waits kUploadOf200Files = {1, 11};
+constexpr Waits kDownloadOf200Files = {1, 10};
+constexpr Waits kUploadOf20Folders = {1, 12};
+constexpr Waits kDownloadOf20Folders = {1, 11};
 
 class RoundTripsTest : public ComponentTest {
 protected:
@@ -185,6 +189,21 @@ TEST_F(RoundTripsTest, SettingAndFlushingAValue) {
     EXPECT_EQ(kSetAndFlush, Of([&] {
                   Change();
                   EXPECT_EQ(S_OK, api_->DPFlushFile(*session_));
+              }));
+}
+
+TEST_F(RoundTripsTest, OperationsOnAKeptConnection) {
+    depots_.Dword("Corp", "KeepConnection1", 60);
+    session_.reset();
+    session_.emplace(*api_);
+    LoadFirst();
+    EXPECT_EQ(kKeptRead, Of([&] { EXPECT_THAT(Load(session_->Address()), IsOk()); }));
+    EXPECT_EQ(kKeptSetAndFlush, Of([&] {
+                  Change();
+                  EXPECT_THAT(api_->DPFlushFile(*session_), IsOk());
+              }));
+    EXPECT_EQ(kKeptLook, Of([&] {
+                  EXPECT_EQ(S_FALSE, api_->DPFileExists(*session_, Text("<Corp>\\none.kra")));
               }));
 }
 
