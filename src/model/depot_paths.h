@@ -40,10 +40,10 @@ public:
     CDepotPath* At(std::size_t index) const { return array_.At(index); }
 
     // Returns the path through which the depot is used, with a trailing backslash: the expanded
-    // path of the first location that can be reached, or of the first one when none can. One that has
-    // not answered for two seconds holds the next ones up no longer. Empty when there is no location
-    // or its path is empty. The choice is made once and never revisited. A
-    // directory that is the only location is not asked whether it can be reached.
+    // path of the first location that can be reached, or of the first one when none can. One that
+    // has not answered for two seconds holds the next ones up no longer. Empty when there is no
+    // location or its path is empty. The choice is made once and never revisited. A directory that
+    // is the only location is not asked whether it can be reached.
     std::string GetActivePath();
 
     // Returns the location whose path GetActivePath gives, or null for an empty list.
