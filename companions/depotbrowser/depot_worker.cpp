@@ -5,6 +5,7 @@
 #include <new>
 
 #include "com/com_object.h"
+#include "directory/call_connections.h"
 #include "platform/handles.h"
 #include "platform/win32.h"
 // After the Windows headers.
@@ -125,6 +126,8 @@ void DepotWorker::DoJobs(const std::shared_ptr<State>& state) {
         };
         while (Job job = state->Next()) {
             try {
+                // What a job does at one location it does over one connection.
+                const CallConnections connections;
                 job(session, reply);
             } catch (const WorkAbandoned&) {
                 // The window is closed: nothing waits for the result.

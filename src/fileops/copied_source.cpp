@@ -89,7 +89,7 @@ bool HoldsCopiedFile(Store& store, const CopiedItem& item) {
 bool HoldsCopiedFolder(Store& store, const CopiedItem& item, std::size_t children) {
     std::vector<TreeItem> present;
     LeftOut left;
-    return ListChildren(store, {{}, item.path, true}, 0, present, left) && left.IsNothing() &&
+    return ListChildren(store, item.path, present, left) && left.IsNothing() &&
            present.size() == children;
 }
 

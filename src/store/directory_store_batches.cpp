@@ -88,9 +88,8 @@ void DirectoryStore::ListFolders(std::span<FolderToList> folders) {
         FolderToList& folder = folders[at];
         folder.result = Looked(std::move(listings[at].result));
         folder.left.unsafeNames += listings[at].unsafeNames;
-        const TreeItem top = {{}, folder.path, true};
         HandOut(listings[at].items, folder.path,
-                TakeChildren(top, 0, folder.children, folder.left));
+                TakeChildren(folder.path, folder.children, folder.left));
     }
     KeepFirstFailure(directory_, folders);
 }

@@ -203,7 +203,7 @@ Result FolderStore::ReadSource(const std::string& path, SourceFate fate, StoreSo
     if (!source.isFolder) return ReadFile(path, fate, source.contents);
     // A link is no part of a tree, but may be the top of one that stays.
     if (fate == SourceFate::kGoes && IsLinkToFolder(path)) ++source.left.links;
-    return ListChildren(*this, {{}, path, true}, 0, source.children, source.left);
+    return ListChildren(*this, path, source.children, source.left);
 }
 
 const TreeBounds& FolderStore::Bounds() const {

@@ -87,21 +87,20 @@ private:
 
 }  // namespace
 
-TakeItem TakeChildren(const TreeItem& folder, std::size_t index, std::vector<TreeItem>& items,
-                      LeftOut& left) {
-    return [&folder, index, &items, &left](const StoreItem& item) {
+TakeItem TakeChildren(const std::string& folder, std::vector<TreeItem>& children, LeftOut& left) {
+    return [&folder, &children, &left](const StoreItem& item) {
         if (const char* const reason = ReasonToLeaveOut(item)) {
             ++(item.isLink ? left.links : left.unsafeNames);
-            TraceLeftOut(folder.path, item.name, reason);
+            TraceLeftOut(folder, item.name, reason);
             return;
         }
-        items.push_back({item.name, item.path, item.isFolder, index, folder.depth + 1});
+        children.push_back({item.name, item.path, item.isFolder});
     };
 }
 
-Result ListChildren(Store& store, const TreeItem& folder, std::size_t index,
-                    std::vector<TreeItem>& items, LeftOut& left) {
-    return store.List(folder.path, TakeChildren(folder, index, items, left), left);
+Result ListChildren(Store& store, const std::string& folder, std::vector<TreeItem>& children,
+                    LeftOut& left) {
+    return store.List(folder, TakeChildren(folder, children, left), left);
 }
 
 Result ListTree(Store& store, const std::string& top, Tree& tree, StoreSource* known) {
@@ -130,8 +129,7 @@ void Store::MakeFolders(std::span<FolderToMake> folders) {
 
 void Store::ListFolders(std::span<FolderToList> folders) {
     for (FolderToList& folder : folders) {
-        folder.result =
-            ListChildren(*this, {{}, folder.path, true}, 0, folder.children, folder.left);
+        folder.result = ListChildren(*this, folder.path, folder.children, folder.left);
     }
 }
 

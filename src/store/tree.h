@@ -9,14 +9,13 @@ namespace depot {
 inline constexpr char kHostileName[] = "a name that no local file can have";
 inline constexpr char kFolderLink[] = "a link to a folder";
 
-// Appends what a folder holds to `items`; `index` is the folder's own among the items of its tree.
-// Links and hostile names are left out: counted, and named in the trace.
-Result ListChildren(Store& store, const TreeItem& folder, std::size_t index,
-                    std::vector<TreeItem>& items, LeftOut& left);
+// Appends what a folder holds to `children`, without their places in a tree. Links and hostile
+// names are left out: counted, and named in the trace.
+Result ListChildren(Store& store, const std::string& folder, std::vector<TreeItem>& children,
+                    LeftOut& left);
 
 // Returns what takes the children of a listing so.
-TakeItem TakeChildren(const TreeItem& folder, std::size_t index, std::vector<TreeItem>& items,
-                      LeftOut& left);
+TakeItem TakeChildren(const std::string& folder, std::vector<TreeItem>& children, LeftOut& left);
 
 // Lists a folder with all below it. Fails when a folder cannot be listed, and when the tree passes
 // the store's bounds, with LDAP_SIZELIMIT_EXCEEDED or LDAP_TIMELIMIT_EXCEEDED as the code. Of

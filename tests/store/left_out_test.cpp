@@ -20,7 +20,7 @@ protected:
         StartTrace();
         std::vector<TreeItem> items;
         LeftOut left;
-        EXPECT_THAT(ListChildren(store_, {{}, world_->Root(), true}, 0, items, left), IsDone());
+        EXPECT_THAT(ListChildren(store_, world_->Root(), items, left), IsDone());
         StopTrace();
         SetEnvironmentVariableA(kTraceVariable, nullptr);
         return FileBytes(file);

@@ -64,7 +64,7 @@ TEST_P(StoreContractTest, ListingCountsWhatItLeavesOut) {
     AddFile(At("a.kra"), "1");
     std::vector<TreeItem> items;
     LeftOut left;
-    EXPECT_THAT(ListChildren(store_, {{}, world_->Root(), true}, 0, items, left), IsDone());
+    EXPECT_THAT(ListChildren(store_, world_->Root(), items, left), IsDone());
     ASSERT_EQ(1u, items.size());
     EXPECT_EQ("a.kra", items.front().name);
     EXPECT_EQ(expected.links, left.links);
@@ -104,7 +104,7 @@ TEST_P(StoreContractTest, FileIsNoFolder) {
     const std::string file = AddFile(At("a.kra"), "1");
     LeftOut left;
     std::vector<TreeItem> items;
-    static_cast<void>(ListChildren(store_, {{}, file, true}, 0, items, left));
+    static_cast<void>(ListChildren(store_, file, items, left));
     EXPECT_THAT(items, IsEmpty());
     EXPECT_EQ(ItemKind::kFile, KindOf(file));
 }

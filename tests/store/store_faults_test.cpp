@@ -50,10 +50,9 @@ TEST_P(StoreFaultsTest, OperationWithoutMemoryThrowsOrFailsAndLosesNothing) {
         std::vector<TreeItem> items;
         FileBuffer buffer;
         try {
-            const bool done =
-                ListChildren(store_, {{}, world_->Root(), true}, 0, items, left).IsDone() &&
-                store_.ReadFile(file_, SourceFate::kStays, buffer).IsDone() &&
-                Write(file_, "2", ExistingEntries::kReplace).IsDone();
+            const bool done = ListChildren(store_, world_->Root(), items, left).IsDone() &&
+                              store_.ReadFile(file_, SourceFate::kStays, buffer).IsDone() &&
+                              Write(file_, "2", ExistingEntries::kReplace).IsDone();
             if (!done) ++failures;
         } catch (const std::bad_alloc&) {
             ++failures;

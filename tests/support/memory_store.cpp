@@ -140,7 +140,7 @@ Result MemoryStore::ReadFile(const std::string& path, SourceFate /*fate*/, FileB
 Result MemoryStore::ReadSource(const std::string& path, SourceFate fate, StoreSource& source) {
     source.isFolder = IsFolder(path);
     if (!source.isFolder) return ReadFile(path, fate, source.contents);
-    return ListChildren(*this, {{}, path, true}, 0, source.children, source.left);
+    return ListChildren(*this, path, source.children, source.left);
 }
 
 Error MemoryStore::IncompleteError(const LeftOut& left) const {
