@@ -143,7 +143,7 @@ TEST_F(KeptConnectionTest, EndOfTheSessionEndsTheConnection) {
 TEST_F(KeptConnectionTest, ManySessionsKeepOneEach) {
     location_->keepConnection = 60;
     std::vector<std::unique_ptr<CLDAPItems>> sessions;
-    for (int number = 0; number < 100; ++number) {
+    for (int number = 0; number < 500; ++number) {
         sessions.push_back(std::make_unique<CLDAPItems>(location_.get()));
         const CallConnections call;
         const ConnectionScope scope(sessions.back()->Connection());
