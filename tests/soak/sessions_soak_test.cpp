@@ -44,6 +44,12 @@ int SessionCount() {
 
 class SessionsSoakTest : public HammerTest, public testing::WithParamInterface<const char*> {
 protected:
+    SessionsSoakTest() {
+        if (!std::string(GetParam()).starts_with("<Kept>")) return;
+        DefineDirectoryDepot(depots_, "Kept", server_.Port(), base_);
+        depots_.Dword("Kept", "KeepConnection1", 60);
+    }
+
     FaultLayer layer_{Library::Own().Module()};
 };
 
@@ -88,7 +94,8 @@ TEST_P(SessionsSoakTest, SessionsLeaveNothingBehind) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Stores, SessionsSoakTest,
-                         testing::Values("<Work>\\office.kra", "<Corp>\\office.kra"),
+                         testing::Values("<Work>\\office.kra", "<Corp>\\office.kra",
+                                         "<Kept>\\office.kra"),
                          [](const auto& path) { return std::string(path.param).substr(1, 4); });
 
 }  // namespace
