@@ -16,12 +16,13 @@ Error& Error::operator=(Error&& other) noexcept = default;
 Error::~Error() = default;
 
 void ErrorDeleter::operator()(Error* error) const {
-    delete error;
+    std::default_delete<Error>()(error);
 }
 
-Result::Result(Error error) : error_(new Error(std::move(error))) {}
+Result::Result(Error error) : error_(std::make_unique<Error>(std::move(error)).release()) {}
 
-Result::Result(const Result& other) : error_(other.error_ ? new Error(*other.error_) : nullptr) {}
+Result::Result(const Result& other)
+    : error_(other.error_ ? std::make_unique<Error>(*other.error_).release() : nullptr) {}
 
 Result& Result::operator=(const Result& other) {
     return *this = Result(other);
