@@ -7,20 +7,13 @@
 #include "com/com_object.h"
 #include "directory/call_connections.h"
 #include "platform/handles.h"
+#include "platform/module_state.h"
 #include "platform/win32.h"
 // After the Windows headers.
 #include <objbase.h>
 
 namespace depot {
 namespace {
-
-// The library that this code is in, with a reference that keeps it loaded.
-HMODULE KeepLibraryLoaded() {
-    HMODULE library = nullptr;
-    GetModuleHandleExA(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS,
-                       reinterpret_cast<const char*>(&KeepLibraryLoaded), &library);
-    return library;
-}
 
 // COM for the shell, which does the operations on files.
 class ShellApartment {
@@ -77,7 +70,7 @@ struct DepotWorker::Start {
 
 DepotWorker::DepotWorker(std::shared_ptr<WindowMailbox> mailbox)
     : state_(std::make_shared<State>(std::move(mailbox))) {
-    auto start = std::make_unique<Start>(Start{state_, KeepLibraryLoaded()});
+    auto start = std::make_unique<Start>(Start{state_, KeepOwnModule()});
     const UniqueHandle thread(CreateThread(nullptr, 0, Run, start.get(), 0, nullptr));
     if (!thread) {
         FreeLibrary(start->library);

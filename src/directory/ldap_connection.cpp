@@ -48,9 +48,10 @@ LdapConnection::~LdapConnection() {
 
 Result LdapConnection::Acquire(bool& taken) {
     taken = false;
-    if (isConnected_ && !isIdle_) return {};
+    // First: until it is taken out, another thread may be ending it.
     const bool wasKept = isKept_;
     TakeFromKept();
+    if (isConnected_ && !isIdle_) return {};
     if (isConnected_ && (logOn_ != PresentLogOn() || !IsStillOpen())) Close();
     isUnproven_ = isConnected_ && wasKept;
     isIdle_ = false;

@@ -110,6 +110,11 @@ CLDAPItems* CDepot::DirectoryConnection() {
     return directory_ ? directory_->items.get() : nullptr;
 }
 
+bool CDepot::LeaveConnections() {
+    const bool left = paths->LeaveConnection();
+    return (directory_ && directory_->items->Connection().Leave()) || left;
+}
+
 Store& CDepot::ActiveStore() {
     if (DirectoryConnection() == nullptr) return FolderStore::Instance();
     return directory_->store;

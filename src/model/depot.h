@@ -64,7 +64,7 @@ public:
     Store& ActiveStore();
 
     // See LdapConnection::Leave.
-    bool LeaveConnections() { return directory_ && directory_->items->Connection().Leave(); }
+    bool LeaveConnections();
 
     std::string name;           // the registry subkey; empty for the built-in depot
     std::string displayName;    // the name shown to the user

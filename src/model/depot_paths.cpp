@@ -40,6 +40,13 @@ bool IsChosenUnasked(CDepotPath& location) {
                LDAP_SUCCESS;
 }
 
+// Whether the answer of a location may have to be waited for.
+bool MayWait(CDepotPath& location) {
+    return location.IsDirectory() || ExpandedPath(location).starts_with("\\\\");
+}
+
+}  // namespace
+
 // The look whether one location can be reached, which may run on a thread of its own. Nothing is
 // asked or shown: the first use of the location does that.
 class LocationProbe {
@@ -51,9 +58,6 @@ public:
     }
 
     bool Run() { return record_->IsDirectory() ? FindBase() : PathExists(path_); }
-
-    // Whether waiting for the answer may take long.
-    bool MayWait() const { return record_->IsDirectory() || path_.starts_with("\\\\"); }
 
     // What Run has found.
     bool HasInvalidBase() const { return hasInvalidBase_; }
@@ -83,8 +87,6 @@ private:
     std::atomic<bool> hasInvalidBase_ = false;
 };
 
-}  // namespace
-
 CDepotPaths::CDepotPaths(CDepot* owningDepot) : owner(owningDepot) {}
 
 CDepotPaths::~CDepotPaths() {
@@ -94,6 +96,10 @@ CDepotPaths::~CDepotPaths() {
 
 std::unique_ptr<CLDAPItems> CDepotPaths::TakeDirectory() {
     return std::move(directory_);
+}
+
+bool CDepotPaths::LeaveConnection() {
+    return directory_ && directory_->Connection().Leave();
 }
 
 void CDepotPaths::Forget() {
@@ -151,35 +157,41 @@ void CDepotPaths::ChooseLocation() {
 // Locations whose answer is at hand are looked at one after another; from the first on that may
 // let wait for it, they do not wait for each other.
 std::optional<std::size_t> CDepotPaths::FindReachable() {
+    for (std::size_t index = 0; index < Count(); ++index) {
+        CDepotPath& location = *At(index);
+        if (!MayWait(location)) {
+            if (PathExists(ExpandedPath(location))) return index;
+        } else if (Count() > 1 && !IsImpersonating()) {
+            return FindReachableFrom(index);
+        } else {
+            // A thread of its own would not act for the user for whom this one does.
+            LocationProbe probe(location);
+            const bool isReachable = probe.Run();
+            TakeOver(probe, location, isReachable);
+            if (isReachable) return index;
+        }
+    }
+    return std::nullopt;
+}
+
+std::optional<std::size_t> CDepotPaths::FindReachableFrom(std::size_t first) {
     std::vector<std::shared_ptr<LocationProbe>> probes;
-    // A thread of its own would not act for the user for whom this one does.
-    const bool isAlone = Count() == 1 || IsImpersonating();
-    const auto mayWait = [&] { return !isAlone && probes.back()->MayWait(); };
-    std::optional<std::size_t> found;
-    std::size_t first = 0;
-    for (; first < Count() && !found; ++first) {
-        probes.push_back(std::make_shared<LocationProbe>(*At(first)));
-        if (mayWait()) break;
-        if (probes[first]->Run()) found = first;
+    std::vector<std::function<bool()>> attempts;
+    for (std::size_t index = first; index < Count(); ++index) {
+        probes.push_back(std::make_shared<LocationProbe>(*At(index)));
+        attempts.push_back([probe = probes.back()] { return probe->Run(); });
     }
-    if (!found) {
-        while (probes.size() < Count()) {
-            probes.push_back(std::make_shared<LocationProbe>(*At(probes.size())));
-        }
-        std::vector<std::function<bool()>> attempts;
-        for (std::size_t index = first; index < Count(); ++index) {
-            attempts.push_back([probe = probes[index]] { return probe->Run(); });
-        }
-        found = FirstAnswer(std::move(attempts), kPatience);
-        if (found) *found += first;
+    const std::optional<std::size_t> found = FirstAnswer(std::move(attempts), kPatience);
+    for (std::size_t at = 0; at < probes.size() && at <= found.value_or(at); ++at) {
+        TakeOver(*probes[at], *At(first + at), at == found);
     }
-    for (std::size_t index = 0; index < found.value_or(probes.size()); ++index) {
-        if (!probes[index]->HasInvalidBase()) continue;
-        CLDAPItems(At(index)).ReportError(LDAP_INVALID_DN_SYNTAX);
-    }
-    if (found) directory_ = probes[*found]->Directory(*At(*found));
+    return found ? std::optional(first + *found) : std::nullopt;
+}
+
+void CDepotPaths::TakeOver(LocationProbe& probe, CDepotPath& location, bool isReachable) {
+    if (probe.HasInvalidBase()) CLDAPItems(&location).ReportError(LDAP_INVALID_DN_SYNTAX);
+    if (isReachable) directory_ = probe.Directory(location);
     if (directory_) directory_->Connection().Release();
-    return found;
 }
 
 bool CDepotPaths::ChoiceProbesDirectory() const {

@@ -13,6 +13,7 @@ namespace depot {
 
 class CDepot;
 class CLDAPItems;
+class LocationProbe;
 
 // The locations of one depot in the order of their numbers. Owns them; its depot owns the list.
 class CDepotPaths final {
@@ -52,6 +53,8 @@ public:
     // Hands out the directory through which the location was found to be reachable, with its
     // connection where that may serve on; null where there is none.
     std::unique_ptr<CLDAPItems> TakeDirectory();
+    // Of one that was not handed out: see LdapConnection::Leave.
+    bool LeaveConnection();
 
     // The chosen location, or null as long as nothing has asked for it: no server is contacted.
     CDepotPath* ChosenLocation() const { return activeLocation_; }
@@ -70,6 +73,9 @@ public:
 private:
     void ChooseLocation();
     std::optional<std::size_t> FindReachable();
+    std::optional<std::size_t> FindReachableFrom(std::size_t first);
+    // Takes what a look at the location has found.
+    void TakeOver(LocationProbe& probe, CDepotPath& location, bool isReachable);
     void Forget();
 
     PointerArray<CDepotPath> array_;

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "platform/lock.h"
+#include "platform/module_state.h"
 #include "platform/win32.h"
 
 namespace depot {
@@ -45,13 +46,6 @@ struct ThreadStart {
     std::size_t index = 0;
     HMODULE library = nullptr;
 };
-
-HMODULE KeepOwnModule() {
-    HMODULE module = nullptr;
-    GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS,
-                       reinterpret_cast<LPCWSTR>(&KeepOwnModule), &module);
-    return module;
-}
 
 DWORD WINAPI RunAttempt(void* argument) {
     HMODULE library = nullptr;

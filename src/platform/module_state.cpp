@@ -34,6 +34,13 @@ HANDLE OwnContext() {
 
 }  // namespace
 
+HMODULE KeepOwnModule() {
+    HMODULE module = nullptr;
+    GetModuleHandleExA(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS,
+                       reinterpret_cast<const char*>(&KeepOwnModule), &module);
+    return module;
+}
+
 HMODULE OwnModule() {
     HMODULE module = nullptr;
     GetModuleHandleExA(

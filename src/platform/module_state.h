@@ -10,6 +10,10 @@ namespace depot {
 // The library or program that this code is linked into.
 HMODULE OwnModule();
 
+// The same with a reference that keeps a library loaded: for a thread of its own, which ends with
+// FreeLibraryAndExitThread. Null when it cannot be had.
+HMODULE KeepOwnModule();
+
 // The full path of the library or program that this code is linked into.
 std::wstring OwnModulePath();
 

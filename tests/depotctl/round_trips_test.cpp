@@ -1,6 +1,7 @@
 // How many round trips the commands wait for, counted by a relay before the server.
 #include "depotctl/directory_tool.h"
 #include "support/relay.h"
+#include "support/waits.h"
 
 namespace depot::test {
 namespace {
@@ -10,18 +11,6 @@ namespace {
 constexpr std::chrono::milliseconds kEachWay(15);
 
 constexpr int kFiles = 200;
-
-// What a command waits for. Opening a connection is a round trip, too.
-struct Waits {
-    int connections = 0;
-    int roundTrips = 0;
-
-    friend bool operator==(const Waits&, const Waits&) = default;
-};
-
-std::ostream& operator<<(std::ostream& stream, const Waits& waits) {
-    return stream << waits.connections << " connections, " << waits.roundTrips << " round trips";
-}
 
 // Fewer is better: whoever saves some lowers these.
 constexpr Waits kListing = {1, 4};

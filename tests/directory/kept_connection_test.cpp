@@ -88,6 +88,13 @@ TEST_F(KeptConnectionTest, IdleConnectionEndsWithItsTime) {
     EXPECT_EQ(2, Connections());
 }
 
+TEST_F(KeptConnectionTest, LongerTimeThanAnHourKeepsItAsWell) {
+    location_->keepConnection = 0xFFFFFFFF;
+    ReadInACall();
+    ReadInACall();
+    EXPECT_EQ(1, Connections());
+}
+
 TEST_F(KeptConnectionTest, ConnectionThatIsGoneIsReplacedUnnoticed) {
     location_->keepConnection = 60;
     ReadInACall();

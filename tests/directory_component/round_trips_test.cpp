@@ -11,6 +11,7 @@
 #include "support/box_log.h"
 #include "support/component_depots.h"
 #include "support/test_folders.h"
+#include "support/waits.h"
 #include "support/working_files.h"
 
 namespace depot::test {
@@ -24,18 +25,6 @@ constexpr std::chrono::milliseconds kEachWay(25);
 
 constexpr int kFiles = 200;
 constexpr int kFolders = 20;
-
-// What an operation waits for. Opening a connection is a round trip, too.
-struct Waits {
-    int connections = 0;
-    int roundTrips = 0;
-
-    friend bool operator==(const Waits&, const Waits&) = default;
-};
-
-std::ostream& operator<<(std::ostream& stream, const Waits& waits) {
-    return stream << waits.connections << " connections, " << waits.roundTrips << " round trips";
-}
 
 // Fewer is better: whoever saves some lowers these.
 //

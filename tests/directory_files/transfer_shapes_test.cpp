@@ -3,9 +3,6 @@
 #include "fileops/directory_transfer.h"
 
 #include "directory_files/directory_world.h"
-#include "store/folder_store.h"
-#include "support/folder_link.h"
-#include "support/page_names.h"
 #include "support/results.h"
 
 namespace depot {
@@ -18,7 +15,6 @@ using test::IsCode;
 using test::IsDone;
 using test::kNo;
 using test::kYes;
-using test::OperationCounts;
 using TransferTest = test::DirectoryWorldTest;
 
 TEST_F(TransferTest, FilesWithoutADotAndFoldersWithOneKeepWhatTheyHoldInATree) {

@@ -14,8 +14,6 @@ using test::Fails;
 using test::FileBytes;
 using test::IsCode;
 using test::IsDone;
-using test::kNo;
-using test::kYes;
 using test::OperationCounts;
 using TransferTest = test::DirectoryWorldTest;
 
