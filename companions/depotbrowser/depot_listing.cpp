@@ -64,9 +64,7 @@ std::string SystemText(DWORD error) {
 }
 
 std::string DirectoryReason(CDepot& depot) {
-    CLDAPItems* const directory = depot.DirectoryConnection();
-    const bool failed = directory != nullptr && directory->LastError() != LDAP_SUCCESS;
-    return failed ? directory->ErrorText() : std::string();
+    return depot.ActiveStore().LastFailure().Text();
 }
 
 std::string ReasonOf(const Result& result) {

@@ -133,9 +133,9 @@ Result CopyToFreeName(CDepot& depot, const std::string& source, const std::strin
 
 DWORD LastErrorCode(CDepot& depot) {
     const DWORD systemError = GetLastError();
-    CLDAPItems* const directory = depot.DirectoryConnection();
-    return directory ? directory->Client().LdapMapErrorToWin32(directory->LastError())
-                     : systemError;
+    const Store& store = depot.ActiveStore();
+    SetLastError(systemError);
+    return store.LastSystemError();
 }
 
 }  // namespace depot

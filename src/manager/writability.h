@@ -8,9 +8,6 @@
 
 namespace depot {
 
-// The file that is opened for writing inside a folder under test.
-inline constexpr char kProbeFileName[] = "____Test____Writable____File___.twr";
-
 // Tests one place and returns 1 when it can be written, else 0 with the reason, led by `shownName`
 // or the path, in `errorText`. A folder is tested by a probe file inside it, any other path by
 // opening it; what the test created is removed again, what was there stays. An entry of a directory

@@ -331,6 +331,10 @@ Result DirectoryStore::RemoveTree(const std::string& path) {
     return Changed(Entries().RemoveTree(path, resisted));
 }
 
+DWORD DirectoryStore::LastSystemError() const {
+    return directory_.Client().LdapMapErrorToWin32(directory_.LastError());
+}
+
 Error DirectoryStore::Keep(Error error) {
     if (error.kind == CodeKind::kSystem) {
         const bool hasOwnText = error.reason == Reason::kIncomplete;

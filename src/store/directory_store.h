@@ -48,6 +48,7 @@ public:
     Result Remove(const std::string& path, ItemKind kind) override;
     Result RemoveUnchanged(const std::string& path, const Digest& contents) override;
     Result RemoveTree(const std::string& path) override;
+    Result TestWritable(const std::string& path) override;
 
     std::size_t Window() const override { return Entries().Window(); }
     void ReadFiles(std::span<FileToRead> files, SourceFate fate) override;
@@ -57,6 +58,8 @@ public:
     void RemoveItems(std::span<ItemToRemove> items) override;
 
     Error Keep(Error error) override;
+    Result LastFailure() const override { return Of(directory_.LastError()); }
+    DWORD LastSystemError() const override;
 
 private:
     EntryStore& Entries() const { return directory_.Entries(); }

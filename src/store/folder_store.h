@@ -43,6 +43,7 @@ public:
     Result Remove(const std::string& path, ItemKind kind) override;
     Result RemoveUnchanged(const std::string& path, const Digest& contents) override;
     Result RemoveTree(const std::string& path) override;
+    Result TestWritable(const std::string& path) override;
 
     Error Keep(Error error) override;
 };

@@ -20,6 +20,9 @@
 
 namespace depot {
 
+// The file that is made in a folder to test whether it can be written.
+inline constexpr char kProbeFileName[] = "____Test____Writable____File___.twr";
+
 // What a path names. Something that is neither a file nor a folder, or does not show which, is
 // kOther.
 enum class ItemKind : std::uint8_t { kMissing, kFile, kFolder, kOther };
@@ -222,6 +225,11 @@ public:
     // are not followed.
     virtual Result RemoveTree(const std::string& path) = 0;
 
+    // Finds out by trying whether the path can be written: a folder by a new file in it, a file by
+    // opening it, what is missing by making it. What the test made is removed again, and what was
+    // there stays.
+    virtual Result TestWritable(const std::string& path) = 0;
+
     // Several at once.
 
     // How many items the operations below are given at most: a store that is far away has the
@@ -238,6 +246,10 @@ public:
     // Makes a failure the last one that the store's clients can ask for, in the store's own codes,
     // and returns it so.
     virtual Error Keep(Error error) = 0;
+    // Return the last failure: the first where the store keeps it, the second, as a code of the
+    // system, of every store.
+    virtual Result LastFailure() const { return {}; }
+    virtual DWORD LastSystemError() const { return GetLastError(); }
 };
 
 // A path together with the store that holds it.

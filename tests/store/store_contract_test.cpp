@@ -118,6 +118,17 @@ TEST_P(StoreContractTest, RefusedWriteLeavesTheOldContentsAndNoNewFile) {
     EXPECT_THAT(Names(world_->Root()), ElementsAre("a.kra"));
 }
 
+TEST_P(StoreContractTest, TestOfWritingLeavesWhatIsThereAndNothingElse) {
+    const std::string file = AddFile(At("a.kra"), "old bytes");
+    const std::string folder = AddFolder(At("sub", true));
+    for (const std::string& path : {file, folder, At("b.kra"), In(folder, "c.kra")}) {
+        EXPECT_THAT(store_.TestWritable(path), IsDone()) << path;
+    }
+    EXPECT_EQ("old bytes", Bytes(file));
+    EXPECT_THAT(Names(folder), IsEmpty());
+    EXPECT_THAT(Names(world_->Root()), ElementsAre("a.kra", "sub\\"));
+}
+
 TEST_P(StoreContractTest, SourceIsAFileWithItsBytesOrAFolderWithItsChildren) {
     const std::string file = AddFile(At("a.kra"), "12");
     const std::string folder = AddFolder(At("sub", true));

@@ -252,4 +252,10 @@ Result MemoryStore::RemoveTree(const std::string& path) {
     return {};
 }
 
+Result MemoryStore::TestWritable(const std::string& path) {
+    Result checked = Check(path);
+    if (!checked || Find(path)) return checked;
+    return IsFolder(ParentFolderKeepSlash(path)) ? Result() : Failure(Reason::kMissing, path);
+}
+
 }  // namespace depot::test

@@ -9,10 +9,10 @@
 #include "depotctl/encoding.h"
 #include "depotctl/failure.h"
 #include "depotctl/terminal.h"
-#include "manager/writability.h"
 #include "platform/first_answer.h"
 #include "platform/local_file.h"
 #include "platform/paths.h"
+#include "store/folder_store.h"
 
 namespace depot::ctl {
 namespace {
@@ -175,8 +175,7 @@ std::optional<Problem> TryFolder(const std::string& folder) {
 }
 
 std::optional<Problem> TryWritingFolder(const std::string& folder) {
-    std::string text;
-    if (TestWritable(kFolderLocation, folder, nullptr, &text) != 0) return std::nullopt;
+    if (FolderStore::Instance().TestWritable(folder)) return std::nullopt;
     return Problem{"the folder cannot be written", "grant the user the right to write there", 0,
                    false};
 }

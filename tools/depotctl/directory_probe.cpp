@@ -7,9 +7,9 @@
 #include "depotctl/encoding.h"
 #include "depotctl/network.h"
 #include "directory/paged_search.h"
-#include "manager/writability.h"
 #include "model/depot_paths.h"
 #include "platform/text.h"
+#include "store/directory_store.h"
 
 namespace depot::ctl {
 namespace {
@@ -143,9 +143,9 @@ std::chrono::microseconds DirectoryProbe::RoundTrip() {
 std::optional<Problem> DirectoryProbe::TryWriting() {
     const std::string dn =
         EntryDN(directory_->Schema().NamingNames().file, kProbeFileName, BaseDN());
-    std::string text;
-    if (TestWritable(kDirectoryLocation, dn, directory_.get(), &text) != 0) return std::nullopt;
-    return ProblemFor(directory_->LastError());
+    const Result tested = DirectoryStore(*directory_).TestWritable(dn);
+    if (tested) return std::nullopt;
+    return ProblemFor(CodeOf(tested));
 }
 
 DirectoryProbe::Answer DirectoryProbe::Search(const std::string& dn, ULONG scope,

@@ -140,7 +140,7 @@ void List(Program& program, const ListOptions& options) {
     Json rows = Json::array();
     Lister lister(options, rows);
     // What holds anything is a folder: a server need not be asked for that before.
-    const bool listed = place.IsInDirectory() && lister.TryToList(place, {});
+    const bool listed = place.IsFarAway() && lister.TryToList(place, {});
     if (rows.empty()) {
         if (places.Require(place) == ItemKind::kFile) {
             rows.push_back(FileRow(place));

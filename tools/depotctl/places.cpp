@@ -47,8 +47,8 @@ std::string Place::Shown() const {
 }
 
 std::uint32_t Place::LastCode() const {
-    const CLDAPItems* const directory = depot->DirectoryConnection();
-    return directory ? directory->LastError() : std::uint32_t{LDAP_SUCCESS};
+    const Result last = depot->ActiveStore().LastFailure();
+    return last ? std::uint32_t{LDAP_SUCCESS} : last.Why().code;
 }
 
 void Place::ForgetFailure() const {
@@ -103,7 +103,7 @@ Place Places::DefaultRoot() {
 
 ItemKind Places::KindOf(const Place& place) const {
     // The base was found when the depot was opened.
-    if (place.IsInDirectory() && IsRoot(place)) return ItemKind::kFolder;
+    if (place.IsFarAway() && IsRoot(place)) return ItemKind::kFolder;
     const OpenedPlace at(place, "reach");
     ItemKind kind = ItemKind::kMissing;
     const Result looked = at.store.Look(at.path, kind);

@@ -21,8 +21,8 @@ struct Place {
     std::string Shown() const;  // in UTF-8, quoted for a message
     std::string Utf8() const;
 
-    // Whether a server is asked for what is there.
-    bool IsInDirectory() const { return depot->DirectoryConnection() != nullptr; }
+    // Whether each look at what is there is a request to a server.
+    bool IsFarAway() const { return depot->ActiveStore().Window() > 1; }
 
     // The code of the last failure in a directory, 0 elsewhere, for operations that return none.
     std::uint32_t LastCode() const;

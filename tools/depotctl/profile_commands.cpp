@@ -39,7 +39,7 @@ bool IsMissingOrEmpty(const std::string& path) {
 // Loads a profile as the session's current file. What a server hands out need not be looked at
 // before.
 DepotFileContext& Load(Program& program, const Places& places, const Place& place) {
-    const bool isFetched = place.IsInDirectory() && HasDot(place);
+    const bool isFetched = place.IsFarAway() && HasDot(place);
     if (!isFetched) places.RequireFile(place);
     DepotSession& session = program.Session();
     session.LoadFile(place.isPlain ? LongEnough(place.path) : place.path);
