@@ -1,15 +1,19 @@
 // A stand-in for the maker's directory-service library: it answers the two folder look-ups that
-// DepotIntr makes, by ordinal 34, on machines where the product itself is not installed.
+// DepotIntr makes, by ordinal 34, on machines where the product itself is not installed. Where the
+// system folder has the product's own library it passes them on.
 #include <shlobj.h>
 
 #include <cstring>
 #include <string>
 
 #include "platform/compiler.h"
+#include "platform/kept_library.h"
 #include "platform/module_state.h"
 #include "platform/paths.h"
 #include "platform/registry_key.h"
 #include "platform/system_code_page.h"
+#include "platform/system_folder.h"
+#include "platform/text.h"
 #include "platform/wide_text.h"
 
 namespace depot {
@@ -58,6 +62,22 @@ std::string ResourceFolder() {
     return folder.empty() ? OwnModuleFolder() : folder;
 }
 
+constexpr WORD kLookUpOrdinal = 34;
+
+using LookUp = int(__stdcall*)(int category, int item, char* buffer, unsigned size);
+
+// Returns the product's own library; null where there is none.
+UniqueModule ProductsLibrary() {
+    const std::string folder = SystemFolder();
+    if (folder.empty() || EqualsNoCase(folder, OwnModuleFolder())) return nullptr;
+    return LoadLibraryAlone(folder + "qdirsvc.dll");
+}
+
+LookUp LookUpOf(HMODULE library) {
+    return library ? FunctionCast<LookUp>(GetProcAddress(library, MAKEINTRESOURCEA(kLookUpOrdinal)))
+                   : nullptr;
+}
+
 std::string FolderOf(int category, int item) {
     // Whoever loads this library may do without the component, which knows the characters.
     static const bool installed = (InstallSystemCodePage(), true);
@@ -76,6 +96,10 @@ DEPOT_ENTRY_POINT int __stdcall LookUpFolder(int category, int item, char* buffe
     if (buffer == nullptr || size == 0) return 0;
     buffer[0] = '\0';
     try {
+        const depot::UniqueModule products = depot::ProductsLibrary();
+        if (const depot::LookUp lookUp = depot::LookUpOf(products.get())) {
+            return lookUp(category, item, buffer, size);
+        }
         const std::string folder = depot::FolderOf(category, item);
         if (folder.empty() || folder.size() >= size) return 0;
         std::memcpy(buffer, folder.c_str(), folder.size() + 1);

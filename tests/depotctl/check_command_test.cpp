@@ -1,4 +1,6 @@
 // What check says of folders, of definitions and of the installation.
+#include <aclapi.h>
+
 #include <algorithm>
 
 #include "depotctl/tool.h"
@@ -253,6 +255,21 @@ TEST_F(CheckInstallationTest, RegisteredLibraryThatIsNotThereIsAProblem) {
     EXPECT_EQ(ExitCode::kRefused, RunTool({"check"}).exitCode);
 }
 
+// Gives every user these rights, and whoever owns the folder all.
+void AllowEveryone(const std::string& folder, DWORD rights) {
+    EXPLICIT_ACCESSA access[2] = {};
+    char everyone[] = "EVERYONE", owner[] = "CREATOR OWNER";
+    BuildExplicitAccessWithNameA(&access[0], everyone, rights, GRANT_ACCESS, NO_INHERITANCE);
+    BuildExplicitAccessWithNameA(&access[1], owner, GENERIC_ALL, GRANT_ACCESS, NO_INHERITANCE);
+    ACL* list = nullptr;
+    ASSERT_EQ(DWORD{ERROR_SUCCESS}, SetEntriesInAclA(2, access, nullptr, &list));
+    std::string path = folder;
+    EXPECT_EQ(DWORD{ERROR_SUCCESS},
+              SetNamedSecurityInfoA(path.data(), SE_FILE_OBJECT, DACL_SECURITY_INFORMATION, nullptr,
+                                    nullptr, list, nullptr));
+    LocalFree(list);
+}
+
 TEST_F(CheckInstallationTest, HalfARegistrationIsAProblem) {
     RegDeleteTreeA(HKEY_CLASSES_ROOT, name_.Path().c_str());
     EXPECT_THAT(Installed("registration"), HasSubstr("by which scripts create objects"));
@@ -278,6 +295,15 @@ TEST_F(CheckInstallationTest, UpgradeThatWaitsForARestartIsRemarked) {
                   list + '\0');
     EXPECT_THAT(Installed("upgrade"), testing::StartsWith("note: it waits for the next start"));
     RegDeleteKeyValueA(HKEY_LOCAL_MACHINE, manager.c_str(), "PendingFileRenameOperations");
+}
+
+TEST_F(CheckInstallationTest, FolderThatOrdinaryUsersMayWriteToIsRemarked) {
+    CopyFileA((OwnFolder() + "DepotIntr.dll").c_str(), folder_.At("DepotIntr.dll").c_str(), FALSE);
+    Register(folder_.At("DepotIntr.dll"));
+    AllowEveryone(folder_.Path(), GENERIC_READ);
+    EXPECT_EQ("", Installed("folder"));
+    AllowEveryone(folder_.Path(), GENERIC_ALL);
+    EXPECT_THAT(Installed("folder"), testing::StartsWith("note: ordinary users may write to \""));
 }
 
 TEST_F(CheckInstallationTest, MissingLanguageLibrariesAreAProblem) {

@@ -26,7 +26,7 @@ class GuideTest(InstallationTest):
     def setUpClass(cls):
         super().setUpClass()
         cls.windows.add(INSTALLER, "C:\\depots.msi")
-        assert cls.windows.installer("/i", "C:\\depots.msi") == 0
+        assert cls.windows.installer("/i", "C:\\depots.msi", "ADDLOCAL=ALL") == 0
         # With its dialogs the example of choosing would wait for a user.
         assert cls.windows.run("regsvr32.exe", "/s", "/u",
                                "C:\\Program Files\\Quillon\\DepotIntr\\DepotBrowser.dll")[0] == 0

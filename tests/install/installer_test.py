@@ -50,10 +50,14 @@ class InstallerTest(InstallationTest):
         shutil.rmtree(self.windows.path("C:\\Program Files\\Quillon"), ignore_errors=True)
 
     def install(self, *properties):
+        """Installs everything, as where the product itself is not installed."""
+        self.install_plainly("ADDLOCAL=ALL", *properties)
+
+    def install_plainly(self, *properties):
         self.assertEqual(DONE, self.windows.installer("/i", PACKAGE, *properties))
 
-    def upgrade(self):
-        return self.windows.installer("/i", LATER)
+    def upgrade(self, *properties):
+        return self.windows.installer("/i", LATER, *properties)
 
     def installed(self, folder=FOLDER):
         path = self.windows.path(folder)
@@ -134,10 +138,41 @@ class InstallerTest(InstallationTest):
         self.assertEqual([], self.installed())
         self.assert_client_works()
 
-    def test_stand_in_is_left_out_on_demand(self):
-        self.install("ADDLOCAL=Component")
+    def test_stand_in_is_installed_on_demand_only(self):
+        self.install_plainly()
         self.assertIn("DepotIntr.dll", self.installed())
         self.assertNotIn("qdirsvc.dll", self.installed())
+
+    def test_stand_in_gives_way_to_the_products_own_library(self):
+        own = self.windows.path("C:\\windows\\system32\\qdirsvc.dll")
+        own.write_bytes((DIST / "bin/qdirsvc.dll").read_bytes())
+        self.addCleanup(own.unlink)
+        self.install()
+        self.assertNotIn("qdirsvc.dll", self.installed())
+
+    def test_upgrade_keeps_the_folder_and_the_stand_in(self):
+        folder = "C:\\Depots\\Component"
+        self.install(f"INSTALLDIR={folder}")
+        self.assertEqual(DONE, self.upgrade())
+        self.assertIn("DepotIntr.dll", self.installed(folder))
+        self.assertIn("qdirsvc.dll", self.installed(folder))
+        self.assertEqual([], self.installed())
+        self.assert_client_works()
+
+    def test_upgrade_does_not_bring_the_stand_in(self):
+        self.install_plainly()
+        self.assertEqual(DONE, self.upgrade())
+        self.assertIn("DepotIntr.dll", self.installed())
+        self.assertNotIn("qdirsvc.dll", self.installed())
+
+    def test_folder_that_ordinary_users_write_to_is_refused(self):
+        user = next(p.name for p in self.windows.path("C:\\users").iterdir() if p.name != "Public")
+        for folder in ("C:\\users\\Public\\DepotIntr", f"C:\\users\\{user}\\AppData\\Local\\DepotIntr",
+                       "C:\\ProgramData\\DepotIntr", f"C:\\Users\\{user}\\Documents\\x"):
+            with self.subTest(folder):
+                self.assertEqual(REFUSED, self.windows.installer("/i", PACKAGE, f"INSTALLDIR={folder}"))
+                self.assertFalse(self.windows.path(folder).exists())
+        self.assert_nothing_registered()
 
     def test_installed_tool_finds_everything_in_order(self):
         self.install()
@@ -178,7 +213,7 @@ class InstallerTest(InstallationTest):
         self.assertEqual([], self.installed())
 
     def test_older_version_does_not_replace_a_newer_one(self):
-        self.assertEqual(DONE, self.upgrade())
+        self.assertEqual(DONE, self.upgrade("ADDLOCAL=ALL"))
         newer = self.installed_version()
         self.assertEqual(REFUSED, self.windows.installer("/i", PACKAGE))
         self.assertEqual(newer, self.installed_version())

@@ -25,7 +25,7 @@ class SamplesTest(InstallationTest):
     def setUpClass(cls):
         super().setUpClass()
         cls.windows.add(INSTALLER, "C:\\depots.msi")
-        assert cls.windows.installer("/i", "C:\\depots.msi") == 0
+        assert cls.windows.installer("/i", "C:\\depots.msi", "ADDLOCAL=ALL") == 0
 
     def setUp(self):
         # Each client writes into the profile and starts with the one that is shipped.

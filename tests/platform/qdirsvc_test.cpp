@@ -7,6 +7,7 @@
 #include "platform/compiler.h"
 #include "platform/handles.h"
 #include "platform/module_state.h"
+#include "platform/system_folder.h"
 #include "support/results.h"
 #include "support/scratch.h"
 
@@ -64,6 +65,19 @@ TEST_F(QdirsvcTest, UserFolderIsTheCurrentUsersBeforeTheMachines) {
     user_.Text("", "UserDir", "C:\\User\\");
     EXPECT_EQ("C:\\User\\", Ask(18, 0));
     EXPECT_THAT(result_, IsDone());
+}
+
+TEST_F(QdirsvcTest, LibraryOfTheProductInTheSystemFolderAnswersInItsPlace) {
+    user_.Text("", "UserDir", "C:\\User");
+    const std::string products = OwnModuleFolder() + "dependent_service\\";
+    const char* const names[] = {"qdirsvc.dll", "depot_test_part.dll"};
+    for (const char* const name : names) {
+        EXPECT_TRUE(CopyFileA((products + name).c_str(), (SystemFolder() + name).c_str(), TRUE));
+    }
+    EXPECT_EQ("C:\\Quietly", Ask(18, 0));
+    EXPECT_THAT(result_, IsDone());
+    for (const char* const name : names) EXPECT_TRUE(DeleteFileA((SystemFolder() + name).c_str()));
+    EXPECT_EQ("C:\\User", Ask(18, 0));
 }
 
 TEST_F(QdirsvcTest, EmptyUserFolderCountsAsMissing) {

@@ -2,6 +2,7 @@
 
 #include "com/braced_text.h"
 #include "depotctl/encoding.h"
+#include "depotctl/folder_rights.h"
 #include "host/identifiers.h"
 #include "model/depot_paths.h"
 #include "platform/local_file.h"
@@ -63,6 +64,7 @@ public:
     Findings Run() {
         CheckUpgrade();
         CheckRegistration();
+        CheckRights();
         CheckDialogs();
         CheckFolders();
         CheckTexts();
@@ -111,6 +113,15 @@ private:
         }
         folder_ = FolderPrefix(server);
         Add(Good(kSubject, shown));
+    }
+
+    // Every program that uses the component runs what is in its folder.
+    void CheckRights() {
+        if (folder_.empty() || !OrdinaryUsersMayWrite(folder_)) return;
+        Add(Remark("folder",
+                   "ordinary users may write to \"" + Utf8FromAnsi(folder_) +
+                       "\": who replaces the libraries has other users run them",
+                   "let only administrators write there"));
     }
 
     // The dialogs are classes of another library, which may be left out.

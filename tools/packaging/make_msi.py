@@ -16,19 +16,31 @@ import product
 import registration
 import summary_dates
 
+# When each action is taken, and on what condition.
 ACTIONS = {
-    "RemoveExistingProducts": 1501,  # First the old version goes, so that it takes nothing of the new.
-    "UnregisterTypeLibraries": 2300,
-    "RemoveRegistryValues": 2600,
-    "UnregisterClassInfo": 2700,
-    "UnregisterProgIdInfo": 2900,
-    "RemoveFolders": 3600,
-    "CreateFolders": 3700,
-    "RegisterClassInfo": 4600,
-    "RegisterProgIdInfo": 4800,
-    "WriteRegistryValues": 5000,
-    "RegisterTypeLibraries": 5500,
+    "AppSearch": (50, ""),
+    "KeepFolder": (60, "KEPTFOLDER AND NOT INSTALLDIR"),
+    "RefuseFolder": (1010, "NOT Installed AND (UNSAFE)"),
+    "RemoveExistingProducts": (1501, ""),  # First the old version goes, so that it takes nothing of the new.
+    "UnregisterTypeLibraries": (2300, ""),
+    "RemoveRegistryValues": (2600, ""),
+    "UnregisterClassInfo": (2700, ""),
+    "UnregisterProgIdInfo": (2900, ""),
+    "RemoveFolders": (3600, ""),
+    "CreateFolders": (3700, ""),
+    "RegisterClassInfo": (4600, ""),
+    "RegisterProgIdInfo": (4800, ""),
+    "WriteRegistryValues": (5000, ""),
+    "RegisterTypeLibraries": (5500, ""),
 }
+
+# Places that every user may write to, or that belong to one of them.
+UNSAFE_PLACES = ("TempFolder", "LocalAppDataFolder", "AppDataFolder", "PersonalFolder",
+                 "CommonAppDataFolder", "%PUBLIC", "%USERPROFILE", "%TEMP")
+REFUSAL = ("Ordinary users may write to [INSTALLDIR]. Whoever may replace the libraries there has programs "
+           "of other users run what they like. Choose a folder that only administrators may write to.")
+# Administrators and the system may do everything, users and packaged applications read and run.
+PERMISSIONS = "D:PAI(A;OICI;FA;;;SY)(A;OICI;FA;;;BA)(A;OICI;0x1200a9;;;BU)(A;OICI;0x1200a9;;;AC)"
 
 TABLES = {
     "AppId": ("AppId\tRemoteServerName\tLocalService\tServiceParameters\tDllSurrogate\t"
@@ -43,11 +55,25 @@ TABLES = {
                 "s38\ti2\ts72\tI4\tL128\tS72\ts38\tI4", "LibID\tLanguage\tComponent_"),
     "Registry": ("Registry\tRoot\tKey\tName\tValue\tComponent_", "s72\ti2\tl255\tL255\tL0\ts72",
                  "Registry"),
+    # A folder of the administrator's choice is as safe as the system's own ones, whatever it lies in.
+    "MsiLockPermissionsEx": ("MsiLockPermissionsEx\tLockObject\tTable\tSDDLText\tCondition",
+                             "s72\ts72\ts32\ts0\tS255", "MsiLockPermissionsEx"),
+    "AppSearch": ("Property\tSignature_", "s72\ts72", "Property\tSignature_"),
+    "RegLocator": ("Signature_\tRoot\tKey\tName\tType", "s72\ti2\ts255\tS255\tI2", "Signature_"),
+    "DrLocator": ("Signature_\tParent\tPath\tDepth", "s72\tS72\tS255\tI2", "Signature_\tParent\tPath"),
+    "Signature": ("Signature\tFileName\tMinVersion\tMaxVersion\tMinSize\tMaxSize\tMinDate\tMaxDate\t"
+                  "Languages", "s72\ts255\tS20\tS20\tI4\tI4\tI4\tI4\tS255", "Signature"),
+    "Condition": ("Feature_\tLevel\tCondition", "s38\ti2\tS255", "Feature_\tLevel"),
+    "CustomAction": ("Action\tType\tSource\tTarget", "s72\ti2\tS72\tS255", "Action"),
     "CreateFolder": ("Directory_\tComponent_", "s72\ts72", "Directory_\tComponent_"),
 }
 
 FEATURE, STAND_IN_FEATURE = "Component", "StandIn"
-CLASSES_ROOT = 0
+CLASSES_ROOT, LOCAL_MACHINE = 0, 2
+SET_PROPERTY, FAIL = 51, 19
+ALWAYS, ON_DEMAND = 1, 2
+RAW_VALUE_64 = 2 + 16
+OWN_KEY = "Software\\Quillon\\DepotIntr"
 DISALLOW_ADVERTISING = 8
 TYPE_LIBRARY_VERSION = 1 * 256 + 0
 
@@ -59,9 +85,9 @@ def description(version, files):
                 f'<File Id={quoteattr(name)} Name={quoteattr(name)} Source={quoteattr(name)} KeyPath="yes"/>'
                 '</Component>')
 
-    def feature(name, title, parts):
+    def feature(name, title, level, parts):
         references = "".join(f"<ComponentRef Id={quoteattr(part)}/>" for part in parts)
-        return f'<Feature Id="{name}" Title="{title}" Level="1">{references}</Feature>'
+        return f'<Feature Id="{name}" Title="{title}" Level="{level}">{references}</Feature>'
 
     own = [name for name in files if name != product.STAND_IN]
     stand_in = [name for name in files if name == product.STAND_IN]
@@ -80,8 +106,8 @@ def description(version, files):
         </Directory>
       </Directory>
     </Directory>
-    {feature(FEATURE, product.TITLE, own)}
-    {feature(STAND_IN_FEATURE, "Stand-in for the directory service", stand_in)}
+    {feature(FEATURE, product.TITLE, ALWAYS, own)}
+    {feature(STAND_IN_FEATURE, "Stand-in for the directory service", ON_DEMAND, stand_in)}
   </Product>
 </Wix>
 """
@@ -130,6 +156,27 @@ def registry_rows(server, written):
         yield [f"{stem}{name}", str(CLASSES_ROOT), key, "-", "", server.library]
 
 
+def search_rows():
+    """What an upgrade keeps, and whether the product's own library is there."""
+    library = product.STAND_IN
+    return {
+        "AppSearch": [["KEPTFOLDER", "KeptFolder"], ["KEPTSTANDIN", "KeptStandIn"],
+                      ["PRODUCTSERVICE", "ProductService"]],
+        "RegLocator": [["KeptFolder", str(LOCAL_MACHINE), OWN_KEY, "InstallDir", str(RAW_VALUE_64)],
+                       ["KeptStandIn", str(LOCAL_MACHINE), OWN_KEY, "StandIn", str(RAW_VALUE_64)]],
+        "DrLocator": [["ProductService", "", "[System64Folder]", "0"]],
+        "Signature": [["ProductService", library, "", "", "", "", "", "", ""]],
+        "Condition": [[STAND_IN_FEATURE, str(ALWAYS), "KEPTSTANDIN"]],
+        "CustomAction": [["KeepFolder", str(SET_PROPERTY), "INSTALLDIR", "[KEPTFOLDER]"],
+                         ["RefuseFolder", str(FAIL), "", REFUSAL]],
+    }
+
+
+def kept_rows():
+    return [["KeptFolder", str(LOCAL_MACHINE), OWN_KEY, "InstallDir", "[INSTALLDIR]", product.COMPONENT[0]],
+            ["KeptStandIn", str(LOCAL_MACHINE), OWN_KEY, "StandIn", "1", product.STAND_IN]]
+
+
 def table_rows(servers):
     tables = {name: [] for name in TABLES}
     for server in servers:
@@ -139,9 +186,11 @@ def table_rows(servers):
         tables["TypeLib"].append([server.type_library, "0", server.library,
                                   str(TYPE_LIBRARY_VERSION), "", "", FEATURE, ""])
         tables["Registry"] += registry_rows(server, written)
-    # What an installer makes it removes when it is empty. Its files' folder it knows anyway.
-    tables["CreateFolder"] = [["MAKERDIR", product.COMPONENT[0]]]
-    return tables
+    # What an installer makes it removes when it is empty.
+    tables["CreateFolder"] = [[folder, product.COMPONENT[0]] for folder in ("MAKERDIR", "INSTALLDIR")]
+    tables["MsiLockPermissionsEx"] = [["Folder", "INSTALLDIR", "CreateFolder", PERMISSIONS, ""]]
+    tables["Registry"] += kept_rows()
+    return {**tables, **search_rows()}
 
 
 def import_tables(package, folder, tables):
@@ -157,9 +206,13 @@ def import_tables(package, folder, tables):
 
 def action_queries():
     table = "InstallExecuteSequence"
-    for action, place in ACTIONS.items():
+    # A place that is unknown would be the beginning of every folder.
+    unsafe = " OR ".join(f"({place} AND INSTALLDIR ~<< {place})" for place in UNSAFE_PLACES)
+    for action, (place, condition) in ACTIONS.items():
         yield f"DELETE FROM {table} WHERE Action = '{action}'"
-        yield f"INSERT INTO {table} (Action, Sequence) VALUES ('{action}', {place})"
+        condition = condition.replace("UNSAFE", unsafe)
+        yield (f"INSERT INTO {table} (Action, Condition, Sequence) VALUES ('{action}', '{condition}', {place})"
+               if condition else f"INSERT INTO {table} (Action, Sequence) VALUES ('{action}', {place})")
 
 
 def version_queries(folder, files):
@@ -197,7 +250,9 @@ def make(folder, package, build):
                        env=environment)
         import_tables(made, work, table_rows(registration.read_servers(product.REPOSITORY, build)))
         queries = [*action_queries(), *version_queries(work, files),
-                   f"UPDATE Feature SET Attributes = {DISALLOW_ADVERTISING}"]
+                   f"UPDATE Feature SET Attributes = {DISALLOW_ADVERTISING}",
+                   "UPDATE Component SET Condition = 'NOT PRODUCTSERVICE' "
+                   f"WHERE Component = '{product.STAND_IN}'"]
         subprocess.run(["msibuild", str(made), *(x for query in queries for x in ("-q", query))],
                        check=True)
         subprocess.run(["msibuild", str(made), "-s", product.TITLE, product.MAKER, "x64;1033",
