@@ -208,7 +208,7 @@ bool EntryStore::AddChild(LDAPMessage* entry, const Listing& listing) {
         const NamingAttributes& naming = listing.names.naming;
         const std::string& attribute = isFolder ? naming.folder : naming.file;
         listing.items.Add(EntryDN(attribute, name, listing.baseDN), isFolder);
-    } else if (IsSafeLocalName(name)) {
+    } else if (IsSafeForeignName(name)) {
         listing.items.Add(listing.localBase + "\\" + name, isFolder);
     } else {
         ++unsafeNames_;

@@ -5,6 +5,7 @@
 #include "fileops/outcome.h"
 #include "fileops/shell_operation.h"
 #include "manager/display_path.h"
+#include "platform/local_name.h"
 #include "platform/paths.h"
 #include "store/folder_store.h"
 
@@ -30,10 +31,11 @@ Result MoveByShell(PathPair paths, HWND window, UINT operation) {
 
 // Whether what has this name may go into a folder under it.
 bool IsFitForFolder(const FileCopy& copy, const CopyRequest& request, const std::string& name) {
-    const bool betweenEntries = request.from.store->LocalPath({}) == std::nullopt &&
-                                request.to.store->LocalPath({}) == std::nullopt;
+    const bool isForeign = request.from.store->LocalPath({}) == std::nullopt;
+    const bool betweenEntries = isForeign && request.to.store->LocalPath({}) == std::nullopt;
     return request.from.store->CanHold(name) && request.to.store->CanHold(name) &&
-           !(betweenEntries && HoldsRoot(copy.depot, copy.source));
+           !(betweenEntries && HoldsRoot(copy.depot, copy.source)) &&
+           !(isForeign && !betweenEntries && MayBeShortName(name));
 }
 
 Result RefuseName(const CopyRequest& request) {

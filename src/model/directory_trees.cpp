@@ -47,7 +47,7 @@ std::vector<LocalChild> LocalChildren(const LocationSchema& schema, const LdapIt
     for (const CLDAPItem* child : children) {
         std::optional<EntryName> entry = schema.SplitEntryName(child->path);
         if (!entry) continue;
-        if (IsSafeLocalName(entry->name)) {
+        if (IsSafeForeignName(entry->name)) {
             found.push_back({child->path, std::move(entry->name), entry->isFolder});
         } else {
             ++unsafeNames;

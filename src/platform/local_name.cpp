@@ -51,11 +51,44 @@ bool IsDeviceName(std::string_view name) {
                        [&](const char* device) { return EqualsNoCase(stem, device); });
 }
 
+std::size_t CharacterCount(std::string_view text) {
+    std::size_t count = 0;
+    for (std::size_t at = 0; at < text.size(); at += CharacterAt(text, at).length) ++count;
+    return count;
+}
+
+// Whether the text ends in a tilde and digits.
+bool IsNumberedStem(std::string_view stem) {
+    bool isNumber = false;
+    std::size_t digits = 0;
+    for (std::size_t at = 0; at < stem.size(); at += CharacterAt(stem, at).length) {
+        const bool isDigit = stem[at] >= '0' && stem[at] <= '9';
+        isNumber = stem[at] == '~' || (isNumber && isDigit);
+        digits = isNumber && isDigit ? digits + 1 : 0;
+    }
+    return isNumber && digits > 0;
+}
+
 }  // namespace
 
 bool IsSafeLocalName(std::string_view name) {
     if (name.empty() || EndsInCharacter(name, '.') || EndsInCharacter(name, ' ')) return false;
     return IsAllowedInLocalName(name) && !IsDeviceName(name);
+}
+
+bool MayBeShortName(std::string_view name) {
+    constexpr std::size_t kLongestStem = 8, kLongestExtension = 3;
+    const std::size_t dot = std::min(FindCharacter(name, '.'), name.size());
+    const std::string_view extension = name.substr(std::min(dot + 1, name.size()));
+    // What counts there are bytes of a page of the system's own, never fewer than characters.
+    return IsNumberedStem(name.substr(0, dot)) &&
+           CharacterCount(name.substr(0, dot)) <= kLongestStem &&
+           CharacterCount(extension) <= kLongestExtension &&
+           FindCharacter(extension, '.') == std::string_view::npos;
+}
+
+bool IsSafeForeignName(std::string_view name) {
+    return IsSafeLocalName(name) && !MayBeShortName(name);
 }
 
 }  // namespace depot

@@ -9,4 +9,11 @@ namespace depot {
 // a device's, and holds no separator, wildcard or control character.
 bool IsSafeLocalName(std::string_view name);
 
+// Whether a name has the form of the short names that a file system gives files besides their own,
+// such as "LONGFI~1.KRA": under it another file may be reached.
+bool MayBeShortName(std::string_view name);
+
+// Whether a name that a server returned may become that of a local file or folder.
+bool IsSafeForeignName(std::string_view name);
+
 }  // namespace depot

@@ -53,16 +53,20 @@ PSID OwnerIn(std::vector<BYTE>& descriptor) {
 // callers must not lose what they made because memory runs out here.
 class PrivateDescription {
 public:
-    PrivateDescription() { built_ = Identify(user_) && Build(); }
+    // `inheritance` is what becomes of the right in what a folder holds.
+    explicit PrivateDescription(DWORD inheritance = 0) {
+        built_ = Identify(user_) && Build(inheritance);
+    }
 
     // Null when the user is unknown.
     SECURITY_DESCRIPTOR* Get() { return built_ ? &descriptor_ : nullptr; }
 
 private:
-    bool Build() {
+    bool Build(DWORD inheritance) {
         auto* const list = reinterpret_cast<ACL*>(bytes_);
         return InitializeAcl(list, sizeof(bytes_), ACL_REVISION) &&
-               AddAccessAllowedAce(list, ACL_REVISION, FILE_ALL_ACCESS, user_.Sid()) &&
+               AddAccessAllowedAceEx(list, ACL_REVISION, inheritance, FILE_ALL_ACCESS,
+                                     user_.Sid()) &&
                InitializeSecurityDescriptor(&descriptor_, SECURITY_DESCRIPTOR_REVISION) &&
                SetSecurityDescriptorOwner(&descriptor_, user_.Sid(), FALSE) &&
                SetSecurityDescriptorDacl(&descriptor_, TRUE, list, FALSE) &&
@@ -91,6 +95,12 @@ UniqueHandle CreatePrivateFile(const std::string& path, DWORD access, DWORD shar
     if (rights.lpSecurityDescriptor == nullptr) return nullptr;
     return OwnFile(CreateFileA(path.c_str(), access, sharing, &rights, CREATE_NEW,
                                FILE_ATTRIBUTE_NORMAL, nullptr));
+}
+
+bool CreatePrivateFolder(const std::string& path) noexcept {
+    PrivateDescription description(OBJECT_INHERIT_ACE | CONTAINER_INHERIT_ACE);
+    SECURITY_ATTRIBUTES rights = {sizeof(rights), description.Get(), FALSE};
+    return rights.lpSecurityDescriptor != nullptr && CreateDirectoryA(path.c_str(), &rights);
 }
 
 bool IsOwnedByUser(HANDLE file) noexcept {

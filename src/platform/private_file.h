@@ -16,6 +16,10 @@ void MakePrivate(const std::string& path) noexcept;
 // file like any other.
 UniqueHandle CreatePrivateFile(const std::string& path, DWORD access, DWORD sharing) noexcept;
 
+// Creates a folder that does not exist yet, whose files and folders are for the same user alone.
+// Returns false when there is one, and when none can be created.
+bool CreatePrivateFolder(const std::string& path) noexcept;
+
 // Whether the user of the calling thread owns the file. No user can make a file that belongs
 // to another one. A file system that keeps no owners says no.
 bool IsOwnedByUser(HANDLE file) noexcept;

@@ -51,7 +51,7 @@ std::string MakeTempFolder() {
     for (int attempt = 0; attempt < kMaxFolderAttempts; ++attempt) {
         std::string folder = MakeTempFile(kFolderPrefix);
         if (folder.empty() || !DeleteFileA(folder.c_str())) return {};
-        if (CreateDirectoryA(folder.c_str(), nullptr)) return folder;
+        if (CreatePrivateFolder(folder)) return folder;
     }
     return {};
 }

@@ -9,8 +9,9 @@ namespace depot {
 // returns its full path; empty when none can be created. The caller removes the file.
 std::string MakeTempFileName();
 
-// Creates an empty folder with a unique name in the temporary-files folder and returns its path
-// without a trailing backslash; empty when none can be created. The caller removes it.
+// Creates an empty folder with a unique name in the temporary-files folder, for the user alone like
+// all it will hold, and returns its path without a trailing backslash; empty when none can be
+// created. The caller removes it.
 std::string MakeTempFolder();
 
 // Deletes the folder that holds `path`, with everything in it, for good. Returns 1 when all went,

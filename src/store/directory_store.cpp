@@ -127,7 +127,7 @@ void DirectoryStore::HandOut(const LdapItemList& children, const std::string& fo
         item.path = child->path;
         item.name = NameOfChild(child->path, folder);
         item.isFolder = child->isFolder != 0;
-        item.isHostile = !IsSafeLocalName(item.name);
+        item.isHostile = !IsSafeForeignName(item.name);
         take(item);
     }
 }

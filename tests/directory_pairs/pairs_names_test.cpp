@@ -70,7 +70,8 @@ protected:
         server_.Apply("dn: cn=..\\5C..\\5Cx.kra," + directory_.At("from") +
                       "\nobjectClass: quillonFileBinary\ncn: ..\\..\\x.kra\n"
                       "quillonFileContentsBinary: x\n\n");
-        for (const char* name : {"C:x.kra", "CON", "nul.kra", "a?.kra", "ends with dot."}) {
+        for (const char* name :
+             {"C:x.kra", "CON", "nul.kra", "a?.kra", "ends with dot.", "LONGFI~1.KRA"}) {
             server_.AddFile(name, directory_.At("from"), "x");
         }
         directory_.MakeFile("from\\good.kra", "1");
@@ -85,7 +86,8 @@ protected:
 TEST_P(HostileNamesTest, SingleEntryNeverBecomesALocalFile) {
     const StoreContents entries = directory_.Contents();
     for (const std::string name :
-         {"..\\..\\x.kra", "C:x.kra", "CON", "nul.kra", "a?.kra", "ends with dot."}) {
+         {"..\\..\\x.kra", "C:x.kra", "CON", "nul.kra", "a?.kra", "ends with dot.",
+          "LONGFI~1.KRA"}) {
         SCOPED_TRACE(name);
         for (const UINT operation : {FO_COPY, FO_MOVE}) {
             EXPECT_THAT(OnItem(operation, From(name), To("")), Fails());

@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <vector>
+
 #include "platform/full_path.h"
 #include "platform/system_code_page.h"
 #include "platform/temp_file.h"
@@ -117,6 +119,35 @@ TEST(MakeTempFolderTest, EachFolderIsNewEmptyAndNamedDir) {
         // Only an empty folder can be removed this way.
         EXPECT_TRUE(RemoveDirectoryA(folder.c_str()));
     }
+}
+
+// Whether the rights of what has this path grant anything to every user.
+bool IsForEveryone(const std::string& path) {
+    std::vector<BYTE> descriptor(4096);
+    DWORD size = 0;
+    EXPECT_TRUE(GetFileSecurityA(path.c_str(), DACL_SECURITY_INFORMATION, descriptor.data(),
+                                 static_cast<DWORD>(descriptor.size()), &size));
+    BOOL present = FALSE, isDefault = FALSE;
+    ACL* list = nullptr;
+    EXPECT_TRUE(GetSecurityDescriptorDacl(descriptor.data(), &present, &list, &isDefault));
+    if (list == nullptr) return true;
+    for (DWORD index = 0; index < list->AceCount; ++index) {
+        void* entry = nullptr;
+        EXPECT_TRUE(GetAce(list, index, &entry));
+        auto* const allowed = static_cast<ACCESS_ALLOWED_ACE*>(entry);
+        const bool grants =
+            allowed->Header.AceType == ACCESS_ALLOWED_ACE_TYPE && allowed->Mask != 0;
+        if (grants && IsWellKnownSid(&allowed->SidStart, WinWorldSid)) return true;
+    }
+    return false;
+}
+
+TEST(MakeTempFolderTest, FolderIsForTheUserAlone) {
+    const test::ScratchFolder other;
+    EXPECT_TRUE(IsForEveryone(other.Path()));
+    const std::string folder = MakeTempFolder();
+    EXPECT_FALSE(IsForEveryone(folder));
+    EXPECT_TRUE(RemoveDirectoryA(folder.c_str()));
 }
 
 TEST(FullPathTest, IsAbsoluteWithoutDotNames) {

@@ -28,6 +28,38 @@ TEST(IsSafeLocalNameTest, NamesThatLeadElsewhereAreNot) {
     EXPECT_FALSE(IsSafeLocalName(std::string_view("a\0b", 3)));
 }
 
+TEST(IsSafeForeignNameTest, NamesInTheFormOfShortNamesAreNot) {
+    for (const char* name : {"LONGFI~1.KRA", "a~1", "longfi~1.k", "~1.kra", "LO1A2B~1.KRA",
+                             "x~123456.kra", "PROGRA~2", "\xC4\xD6~1.kra"}) {
+        EXPECT_FALSE(IsSafeForeignName(name)) << name;
+        EXPECT_TRUE(IsSafeLocalName(name)) << name;
+    }
+}
+
+TEST(IsSafeForeignNameTest, OtherNamesWithATildeAreSafe) {
+    for (const char* name : {"LONGFIL~1.KRA", "a~.kra", "a~1b.kra", "a~1.kram", "a~1.k.r", "~",
+                             "~a", "a1.kra", "backup.kra~1x"}) {
+        EXPECT_TRUE(IsSafeForeignName(name)) << name;
+    }
+    EXPECT_FALSE(IsSafeForeignName("con"));
+}
+
+TEST(IsSafeForeignNameTest, ShortNamesAreKnownByTheirCharactersInEveryCodePage) {
+    const struct {
+        unsigned page;
+        const char* name;
+        bool safe;
+    } rows[] = {{932, "\x95\\\x83\\~1.kra", false},
+                {932, "\x83~\x31.kra", true},  // the second byte of ミ is that of a tilde
+                {65001, "\xE8\xA1\xA8\xE8\xA1\xA8~1.kra", false},
+                {65001, "\xE8\xA1\xA8\xE8\xA1\xA8.kra", true}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        const test::CodePageScope scope(row.page);
+        EXPECT_EQ(row.safe, IsSafeForeignName(row.name));
+    }
+}
+
 TEST(IsSafeLocalNameTest, SecondBytesAreNoForbiddenCharacters) {
     const test::CodePageScope scope(932);
     // レポート.kra, 表.kra and a name that ends in 表.
