@@ -11,13 +11,14 @@ struct ValueToRead {
     ValueScope scope;
     ValueMember member;
     bool isRequired;
+    std::optional<std::uint32_t> unreadable;
 };
 
 constexpr auto kValuesToRead = [] {
     std::array<ValueToRead, kDepotValues.size()> values{};
     for (std::size_t at = 0; at < values.size(); ++at) {
         const DepotValue& row = kDepotValues[at];
-        values[at] = {row.name, row.scope, row.member, row.form.isRequired};
+        values[at] = {row.name, row.scope, row.member, row.form.isRequired, row.form.unreadable};
     }
     return values;
 }();
@@ -35,7 +36,7 @@ bool Read(const ValueSource& source, ValueScope scope, const std::string& number
             if (found) settings.** text = *std::move(found);
         } else if (const auto* const member =
                        std::get_if<std::uint32_t Settings::*>(&value.member)) {
-            const auto found = source.Number(name, scope, standard.**member);
+            const auto found = source.Number(name, {scope, standard.**member, value.unreadable});
             if (found) settings.** member = *found;
         }
     }

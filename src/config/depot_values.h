@@ -48,6 +48,8 @@ struct LocationSettings {
     std::string host;
     std::string username;
     std::string password;  // as it stands in the registry, never encoded or decoded
+    // The user's credential store has name and password under this one; empty for none
+    std::string credentialTarget;
     // Empty names stand for the defaults that the directory layer knows.
     std::string fileAttributeName;
     std::string fileObjectClass;
@@ -63,6 +65,8 @@ struct LocationSettings {
     std::uint32_t detectConflicts = 0;
     // How long a session keeps an idle connection, in seconds; 0 for not at all
     std::uint32_t keepConnection = 0;
+    // 1 when a server that is not secured may send the client on to others
+    std::uint32_t followReferrals = 0;
 };
 
 // Whose value it is: the depot's, any location's, or a directory location's only. The names of the
@@ -91,6 +95,15 @@ struct ValueForm {
     std::span<const ValueWord> words = {};
     const char* standard = nullptr;  // the default where the member's own does not show it
     bool isRequired = false;         // without it there is no such location
+    // What a value that is there, but is no such number, counts as; nothing where it is ignored
+    std::optional<std::uint32_t> unreadable = {};
+
+    // The same for a number that is not to be lost by being written as something else.
+    constexpr ValueForm NeverIgnored(std::uint32_t countsAs) const {
+        ValueForm form = *this;
+        form.unreadable = countsAs;
+        return form;
+    }
 };
 
 constexpr ValueForm Text(const char* unread) {
@@ -164,6 +177,10 @@ inline constexpr auto kDepotValues = [] {
         {"Password", kDirectory, &Location::password, nullptr,
          "The password; users are asked for a missing one, or refused",
          Text("users are asked for a password")},
+        {"CredentialTarget", kDirectory, &Location::credentialTarget, "--credential-target",
+         "Where the user's credential store has name and password, for a location without a "
+         "password",
+         Text("nothing is looked up there")},
         {"Port", kDirectory, &Location::port, "--port", "The server's port",
          Number(1, 65535, "no server has such a port")},
         {"Authentication", kDirectory, &Location::authentication, "--authentication",
@@ -174,13 +191,16 @@ inline constexpr auto kDepotValues = [] {
          "How long to wait for the connection, in seconds",
          Number(1, 3600, "a second to an hour make sense", "120 seconds are taken")},
         {"Security", kDirectory, &Location::security, "--security", "How the connection is secured",
-         OneOf(kSecurityWords, "it counts as 1 (StartTLS)")},
+         OneOf(kSecurityWords, "it counts as 1 (StartTLS)").NeverIgnored(1)},
         {"DetectConflicts", kDirectory, &Location::detectConflicts, "--detect-conflicts",
          "Whether to keep what someone else stored meanwhile",
          Number(0, 1, "there are 0 and 1 only", "0 is taken (the last writer wins)")},
         {"KeepConnection", kDirectory, &Location::keepConnection, "--keep-connection",
          "How long a session keeps an idle connection, in seconds",
          Number(0, 3600, "it is kept for 3600 seconds", "none is kept")},
+        {"FollowReferrals", kDirectory, &Location::followReferrals, "--follow-referrals",
+         "Whether to follow the server to others, on a connection that is not secured",
+         Number(0, 1, "only 1 follows referrals", "0 is taken (no referral is followed)")},
         {"FileAttributeName", kDirectory, &Location::fileAttributeName, "--file-attribute",
          "What names a file's entry", SchemaName("CN")},
         {"FileObjectClass", kDirectory, &Location::fileObjectClass, "--file-class",
@@ -198,14 +218,20 @@ inline constexpr auto kDepotValues = [] {
 // Returns what a missing value counts as, such as "389" or "CN"; "none" where that is nothing.
 std::string DefaultOf(const DepotValue& value);
 
+// How a number is read.
+struct NumberReading {
+    ValueScope scope;
+    std::uint32_t standard;                   // what it counts as without a value
+    std::optional<std::uint32_t> unreadable;  // see ValueForm
+};
+
 // Where values are read from: a key of the registry, or what was read from one.
 class ValueSource {
 public:
     virtual ~ValueSource() = default;
     virtual std::optional<std::string> Text(const std::string& name) const = 0;
-    // `standard` is what the number counts as without a value.
-    virtual std::optional<std::uint32_t> Number(const std::string& name, ValueScope scope,
-                                                std::uint32_t standard) const = 0;
+    virtual std::optional<std::uint32_t> Number(const std::string& name,
+                                                const NumberReading& reading) const = 0;
 };
 
 // Store what the source has of a depot's own values, and of the values of a scope of the location

@@ -20,16 +20,16 @@ public:
     }
 
     // A directory's numbers have exactly four bytes, others any size. A depot's own number of
-    // another type resets what was read before.
-    std::optional<std::uint32_t> Number(const std::string& name, ValueScope scope,
-                                        std::uint32_t standard) const override {
-        switch (scope) {
+    // another type resets what was read before, and a directory's may count as what its row says.
+    std::optional<std::uint32_t> Number(const std::string& name,
+                                        const NumberReading& reading) const override {
+        switch (reading.scope) {
             case ValueScope::kDepot:
-                return key_.ReadDwordOr(name, standard);
+                return key_.ReadDwordOr(name, reading.standard);
             case ValueScope::kLocation:
                 return key_.ReadDwordOfAnySize(name);
             default:
-                return key_.ReadDword(name);
+                return key_.ReadDword(name, reading.unreadable);
         }
     }
 

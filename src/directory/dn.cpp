@@ -125,12 +125,24 @@ std::string UnsafeNamesText(std::uint32_t count) {
                         " left out: the name cannot be the name of a local file."});
 }
 
-std::string ServerKey(std::string_view host, std::uint32_t port) {
+namespace {
+
+std::string ObjectKey(std::string_view mark, std::string_view host, std::uint32_t port) {
     // An object's name has at most 259 characters, 30 of which precede the key; a backslash in it
     // would stand for a folder of objects.
     constexpr std::size_t kLongestKey = 259 - 30;
-    const std::string key = Concatenate({ToLower(host), ":", NumberText(port)});
+    const std::string key = Concatenate({mark, ToLower(host), ":", NumberText(port)});
     return ReplaceAllNoCase(CutToBytes(key, kLongestKey), "\\", "/");
+}
+
+}  // namespace
+
+std::string ServerKey(std::string_view host, std::uint32_t port) {
+    return ObjectKey("", host, port);
+}
+
+std::string SecuredServerKey(std::string_view host, std::uint32_t port) {
+    return ObjectKey("TLS ", host, port);
 }
 
 }  // namespace depot

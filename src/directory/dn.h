@@ -69,4 +69,7 @@ inline constexpr char kSharedNamesText[] =
 // colon and the port. It is cut to what the name of a system object can take.
 std::string ServerKey(std::string_view host, std::uint32_t port);
 
+// The same for connections that are secured: no host in lower case gives such a key.
+std::string SecuredServerKey(std::string_view host, std::uint32_t port);
+
 }  // namespace depot

@@ -23,6 +23,9 @@ constexpr std::uint32_t kLongestLimit = 24 * 60 * 60;
 
 constexpr std::uint32_t kTlsFromTheStart = 2;
 
+// Any other number keeps referrals off.
+constexpr std::uint32_t kFollow = 1;
+
 // Returns the code. The stage at which a connection failed is shown to a debugger only: users see
 // the code's own message.
 std::uint32_t Traced(const char* stage, std::uint32_t code) {
@@ -106,10 +109,12 @@ Result LdapConnection::Replace() {
 }
 
 LdapConnection::LogOn LdapConnection::PresentLogOn() const {
-    const std::string credentials = location_.username + '\0' + location_.password;
-    return {location_.host,    DigestOf(credentials.data(), credentials.size()),
-            location_.port,    location_.authentication,
-            location_.version, location_.security};
+    const std::string credentials =
+        location_.username + '\0' + location_.password + '\0' + location_.credentialTarget;
+    return {location_.host,           DigestOf(credentials.data(), credentials.size()),
+            location_.port,           location_.authentication,
+            location_.version,        location_.security,
+            location_.followReferrals};
 }
 
 Result LdapConnection::Connect(const Credentials& credentials) {
@@ -141,10 +146,9 @@ Result LdapConnection::Connect(const Credentials& credentials) {
 Result LdapConnection::ConnectQuietly() {
     if (IsConnected()) return {};
     if (!IsUsable()) return Outcome(LDAP_SERVER_DOWN);
-    const Credentials known = shared_.Known();
-    const Credentials own = shared_.Own();
-    std::uint32_t code = OpenHandle(own.server);
-    if (code == LDAP_SUCCESS) code = Bind(IsComplete(known) ? known : own);
+    const Credentials paired = shared_.Paired();
+    std::uint32_t code = OpenHandle(paired.server);
+    if (code == LDAP_SUCCESS) code = Bind(paired);
     if (code == LDAP_SUCCESS) {
         FinishBind();
     } else {
@@ -187,11 +191,12 @@ std::uint32_t LdapConnection::SetOptions() {
     std::uint32_t code =
         client_.ldap_set_option(handle_.get(), LDAP_OPT_PROTOCOL_VERSION, &version);
     if (code != LDAP_SUCCESS) return Traced("ldap_set_option PROTOCOL_VERSION ", code);
-    // A referral may lead from a secured server to one that is not.
-    if (location_.security != 0) {
-        code = client_.ldap_set_option(handle_.get(), LDAP_OPT_REFERRALS, LDAP_OPT_OFF);
-        if (code != LDAP_SUCCESS) return Traced("ldap_set_option REFERRALS ", code);
-    }
+    // A referral leads to a server that no definition names, and some clients log on there with the
+    // same credentials. From a secured server it may lead to one that is not.
+    const bool mayFollow = location_.security == 0 && location_.followReferrals == kFollow;
+    code = client_.ldap_set_option(handle_.get(), LDAP_OPT_REFERRALS,
+                                   mayFollow ? LDAP_OPT_ON : LDAP_OPT_OFF);
+    if (code != LDAP_SUCCESS) return Traced("ldap_set_option REFERRALS ", code);
     // A server that accepts and then says nothing must not hold a call for ever, but a short
     // timeout for connecting must not end a long search either. Clients that do not know one of
     // these limits do without it.
@@ -336,13 +341,15 @@ LdapConnection::PromptResult LdapConnection::AskForCredentials(CredentialsPrompt
         const bool mayRepeat = failed == nullptr || prompt != nullptr;
         return mayRepeat ? PromptResult::kNothingAsked : PromptResult::kNobodyAsked;
     }
-    Credentials credentials = shared_.Known();
+    if (failed != nullptr) shared_.TakeFillingBack();
+    // Without a prompt nothing but what belongs together is tried.
+    Credentials credentials = prompt != nullptr ? shared_.Known() : shared_.Paired();
     const std::optional<Credentials> untried = shared_.Untried(credentials, failed);
     if (untried || IsComplete(credentials)) shared_.KeepInRecord(untried.value_or(credentials));
     if (untried) return PromptResult::kNothingAsked;
     if (prompt == nullptr) return PromptResult::kNobodyAsked;
     if (!prompt->Show(credentials)) {
-        location_.password.clear();
+        shared_.ForgetPassword();
         if (prompt->CancelIsForAll()) shared_.TurnPromptingOff();
         return PromptResult::kCancelled;
     }

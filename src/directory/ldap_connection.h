@@ -129,7 +129,7 @@ private:
     struct LogOn {
         std::string server;
         Digest credentials;
-        std::uint32_t port = 0, authentication = 0, version = 0, security = 0;
+        std::uint32_t port = 0, authentication = 0, version = 0, security = 0, followReferrals = 0;
         friend bool operator==(const LogOn&, const LogOn&) = default;
     };
 

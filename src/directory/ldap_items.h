@@ -42,8 +42,6 @@ public:
     // The message for the last error that any process saw at this server, else for this object's.
     std::string ErrorText() { return connection_.Text(lastError_); }
 
-    std::string GetSharedUserName() { return connection_.Shared().SharedUserName(); }
-    std::string GetSharedPassword() { return connection_.Shared().SharedPassword(); }
     std::string GetHost() const { return location_.host; }
 
     // Contract: nothing here calls these.
@@ -54,6 +52,8 @@ public:
     int PromptForCredentials() { return connection_.PromptForCredentials() ? 1 : 0; }
     void SetUserName(const std::string& userName) { connection_.Shared().SetUserName(userName); }
     void SetPassword(const std::string& password) { connection_.Shared().SetPassword(password); }
+    std::string GetSharedUserName() { return connection_.Shared().SharedUserName(); }
+    std::string GetSharedPassword() { return connection_.Shared().SharedPassword(); }
     std::string GetUserName() const { return location_.username; }
     std::string GetPassword() const { return location_.password; }
 

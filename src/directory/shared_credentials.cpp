@@ -3,6 +3,7 @@
 #include <string_view>
 
 #include "directory/dn.h"
+#include "platform/credential_store.h"
 #include "platform/text.h"
 
 namespace depot {
@@ -34,8 +35,13 @@ bool IsComplete(const Credentials& credentials) {
     return !credentials.userName.empty() && !credentials.password.empty();
 }
 
+std::string ServerKeyOf(const LocationSettings& location) {
+    return location.security == 0 ? ServerKey(location.host, location.port)
+                                  : SecuredServerKey(location.host, location.port);
+}
+
 SharedCredentials::SharedCredentials(CDepotPath& location)
-    : location_(location), info_(ServerKey(location.host, location.port)) {}
+    : location_(location), info_(ServerKeyOf(location)) {}
 
 void SharedCredentials::SetUserName(const std::string& userName) {
     location_.username = userName;
@@ -44,6 +50,7 @@ void SharedCredentials::SetUserName(const std::string& userName) {
 
 void SharedCredentials::SetPassword(const std::string& password) {
     location_.password = password;
+    beforeFilling_.reset();
     if (DirectoryInfo* const info = info_.Access()) StoreText(info->password, password);
 }
 
@@ -58,7 +65,26 @@ std::string SharedCredentials::SharedPassword() {
 }
 
 Credentials SharedCredentials::Own() const {
-    return {location_.host, location_.username, location_.password};
+    Credentials own = {location_.host, location_.username, location_.password};
+    const bool needsNames = location_.authentication != kAnonymousAuthentication &&
+                            location_.authentication != kNegotiateAuthentication;
+    const bool mayBeStored = needsNames && own.password.empty() && !ignoresStored_ &&
+                             !location_.credentialTarget.empty();
+    if (!mayBeStored) return own;
+    const auto stored = ReadCredential(location_.credentialTarget);
+    // A definition that names another server, or leaves it unsecured, gets nothing.
+    if (!stored || (!stored->server.empty() && stored->server != info_.Key())) return own;
+    own.userName = stored->userName;
+    own.password = stored->password;
+    return own;
+}
+
+Credentials SharedCredentials::Paired() {
+    const Credentials own = Own();
+    if (!own.password.empty()) return own;
+    const Credentials shared = {own.server, SharedUserName(), SharedPassword()};
+    const bool isFor = own.userName.empty() || own.userName == shared.userName;
+    return isFor && IsComplete(shared) ? shared : own;
 }
 
 Credentials SharedCredentials::Known() {
@@ -68,7 +94,30 @@ Credentials SharedCredentials::Known() {
     return known;
 }
 
+bool SharedCredentials::IsFilling(const Credentials& credentials) {
+    const Credentials own = Own();
+    if (!IsComplete(credentials) || IsComplete(own)) return false;
+    if (!own.password.empty()) return credentials.password == own.password;
+    return !own.userName.empty() && credentials.userName == own.userName &&
+           credentials.userName != SharedUserName();
+}
+
+void SharedCredentials::TakeFillingBack() {
+    if (!beforeFilling_) return;
+    location_.username = beforeFilling_->userName;
+    location_.password = beforeFilling_->password;
+    beforeFilling_.reset();
+    fillingFailed_ = true;
+}
+
+void SharedCredentials::ForgetPassword() {
+    location_.password.clear();
+    beforeFilling_.reset();
+    ignoresStored_ = true;
+}
+
 void SharedCredentials::KeepInRecord(const Credentials& credentials) {
+    if (IsFilling(credentials)) beforeFilling_ = Own();
     location_.username = credentials.userName;
     location_.password = credentials.password;
 }
@@ -76,6 +125,7 @@ void SharedCredentials::KeepInRecord(const Credentials& credentials) {
 std::optional<Credentials> SharedCredentials::Untried(const Credentials& known,
                                                       const LogOnAttempt* failed) {
     if (!IsComplete(known) || LastErrorOr(0) != 0) return std::nullopt;
+    if (fillingFailed_ && IsFilling(known)) return std::nullopt;
     if (failed == nullptr) return known;
     // Another process may have logged on, or failed, while the user read what went wrong here: that
     // must neither keep the dialog away nor have the same credentials fail again.

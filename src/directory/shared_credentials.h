@@ -32,11 +32,21 @@ public:
     std::string SharedUserName();
     std::string SharedPassword();
 
-    // The record's own, and the same completed by what is in the shared block.
+    // The record's own: its user name and password or, where it has no password and names a target
+    // of the user's credential store, the pair that is stored there for this server.
     Credentials Own() const;
+    // The same, or the shared pair where that is what the record lacks: one was typed with the
+    // other, and for the user whom the record names.
+    Credentials Paired();
+    // The record's own with each missing part filled from the shared block, as the prompt does it.
+    // It may pair one user's name with another one's password, which is tried once.
     Credentials Known();
     // Stores them in the record alone.
     void KeepInRecord(const Credentials& credentials);
+    // Takes what filled the record out of it again: it was refused.
+    void TakeFillingBack();
+    // Empties the record's password, and looks for no stored one any more.
+    void ForgetPassword();
     // Returns the credentials that can be tried without asking, if there are any; a null `failed`
     // stands for no bind so far.
     std::optional<Credentials> Untried(const Credentials& known, const LogOnAttempt* failed);
@@ -53,9 +63,20 @@ public:
     DirectoryInfoBlock& Block() { return info_; }
 
 private:
+    // Whether these complete a record with what was typed for somebody else.
+    bool IsFilling(const Credentials& credentials);
+
     CDepotPath& location_;
     DirectoryInfoBlock info_;
+    bool ignoresStored_ = false;
+    // What the record held before it was filled from both sources.
+    std::optional<Credentials> beforeFilling_;
+    bool fillingFailed_ = false;
 };
+
+// The key under which processes share what they know of the location's server. What was typed for a
+// secured location serves no other one.
+std::string ServerKeyOf(const LocationSettings& location);
 
 // Whether there are a user name and a password.
 bool IsComplete(const Credentials& credentials);

@@ -32,10 +32,8 @@ constexpr std::chrono::seconds kPatience(2);
 // log-on that is still to be completed is tried quietly before a user is asked for it, and a base
 // that no server takes for a name is reported.
 bool IsChosenUnasked(CDepotPath& location) {
-    const CLDAPItems directory(&location);
-    const bool needsLogOn = location.authentication == kSimpleAuthentication &&
-                            (location.username.empty() || location.password.empty());
-    return !needsLogOn &&
+    CLDAPItems directory(&location);
+    return directory.Connection().OpensUnasked() &&
            directory.Schema().Explode(directory.PathToDN(ExpandedPath(location))).code ==
                LDAP_SUCCESS;
 }

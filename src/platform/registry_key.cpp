@@ -45,14 +45,16 @@ std::optional<std::string> RegistryKey::ReadString(const std::string& name, DWOR
     return std::string(UpToNul(std::string_view(text.data(), size)));
 }
 
-std::optional<DWORD> RegistryKey::ReadDword(const std::string& name) const {
+std::optional<DWORD> RegistryKey::ReadDword(const std::string& name,
+                                            std::optional<DWORD> otherwise) const {
     DWORD value = 0;
     DWORD type = REG_NONE;
     DWORD size = sizeof(value);
     const LSTATUS status = RegQueryValueExA(key_.get(), name.c_str(), nullptr, &type,
                                             reinterpret_cast<BYTE*>(&value), &size);
-    if (!Succeeded(status) || type != REG_DWORD || size != sizeof(value)) return std::nullopt;
-    return value;
+    const bool isNumber = Succeeded(status) && type == REG_DWORD && size == sizeof(value);
+    if (isNumber) return value;
+    return status == ERROR_FILE_NOT_FOUND ? std::nullopt : otherwise;
 }
 
 std::optional<DWORD> RegistryKey::ReadDwordOfAnySize(const std::string& name) const {

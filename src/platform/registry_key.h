@@ -45,8 +45,10 @@ public:
     std::optional<std::string> ReadString(const std::string& name,
                                           DWORD maxBytes = kRegistryTextBytes) const;
 
-    // Returns the value only when it is a REG_DWORD of exactly four bytes.
-    std::optional<DWORD> ReadDword(const std::string& name) const;
+    // Returns the value only when it is a REG_DWORD of exactly four bytes, else `otherwise`; a
+    // missing value is always absent.
+    std::optional<DWORD> ReadDword(const std::string& name,
+                                   std::optional<DWORD> otherwise = std::nullopt) const;
 
     // Returns the first four bytes of a REG_DWORD, whatever its size; missing bytes are zero.
     std::optional<DWORD> ReadDwordOfAnySize(const std::string& name) const;

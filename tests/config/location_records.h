@@ -26,7 +26,9 @@ inline void ExpectDirectoryDefaults(const CDepotPath& location) {
     EXPECT_EQ(3u, location.version);
     EXPECT_EQ(120u, location.connectTimeout);
     EXPECT_EQ(0u, location.security);
+    EXPECT_EQ("", location.credentialTarget);
     EXPECT_EQ(0u, location.detectConflicts);
+    EXPECT_EQ(0u, location.followReferrals);
 }
 
 inline void FillWithJunk(CDepotPath& location) {
@@ -48,7 +50,9 @@ inline void FillWithJunk(CDepotPath& location) {
     location.handleSlot = kHandle;
     location.indexSlot = 14;
     location.security = 15;
+    location.credentialTarget = "target";
     location.detectConflicts = 16;
+    location.followReferrals = 17;
 }
 
 // Compares all but the handle slot.
@@ -70,7 +74,9 @@ inline void ExpectJunk(const CDepotPath& location) {
     EXPECT_EQ("location", location.locationText);
     EXPECT_EQ(14, location.indexSlot);
     EXPECT_EQ(15u, location.security);
+    EXPECT_EQ("target", location.credentialTarget);
     EXPECT_EQ(16u, location.detectConflicts);
+    EXPECT_EQ(17u, location.followReferrals);
 }
 
 }  // namespace depot::test

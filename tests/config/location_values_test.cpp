@@ -32,12 +32,14 @@ protected:
         key_.Text("", "Host" + number, "server");
         key_.Text("", "Username" + number, "cn=user");
         key_.Text("", "Password" + number, "s3cret");
+        key_.Text("", "CredentialTarget" + number, "Dir/1");
         key_.Dword("", "Port" + number, 636);
         key_.Dword("", "Authentication" + number, 2);
         key_.Dword("", "Version" + number, 2);
         key_.Dword("", "ConnectTimeout" + number, 5);
         key_.Dword("", "Security" + number, 2);
         key_.Dword("", "DetectConflicts" + number, 1);
+        key_.Dword("", "FollowReferrals" + number, 1);
         key_.Text("", "FileAttributeName" + number, "fa");
         key_.Text("", "FileObjectClass" + number, "fc");
         key_.Text("", "FolderAttributeName" + number, "da");
@@ -84,12 +86,14 @@ TEST_F(LoadFromRegistryTest, EverySettingOfADirectoryIsRead) {
     EXPECT_EQ("server", location_.host);
     EXPECT_EQ("cn=user", location_.username);
     EXPECT_EQ("s3cret", location_.password);
+    EXPECT_EQ("Dir/1", location_.credentialTarget);
     EXPECT_EQ(636u, location_.port);
     EXPECT_EQ(2u, location_.authentication);
     EXPECT_EQ(2u, location_.version);
     EXPECT_EQ(5u, location_.connectTimeout);
     EXPECT_EQ(2u, location_.security);
     EXPECT_EQ(1u, location_.detectConflicts);
+    EXPECT_EQ(1u, location_.followReferrals);
     EXPECT_EQ("fa", location_.fileAttributeName);
     EXPECT_EQ("fc", location_.fileObjectClass);
     EXPECT_EQ("da", location_.folderAttributeName);
@@ -175,7 +179,7 @@ TEST_F(LoadFromRegistryTest, NumbersOfAWrongTypeOrSizeKeepTheirDefaults) {
         SCOPED_TRACE(testing::Message() << row.type << " of " << row.data.size());
         WriteDirectory("1");
         for (const char* name : {"Port1", "Authentication1", "Version1", "ConnectTimeout1",
-                                 "Security1", "DetectConflicts1"}) {
+                                 "DetectConflicts1", "FollowReferrals1"}) {
             key_.Raw("", name, row.type, row.data);
         }
         CDepotPath location(kOwner);
@@ -185,10 +189,40 @@ TEST_F(LoadFromRegistryTest, NumbersOfAWrongTypeOrSizeKeepTheirDefaults) {
         EXPECT_EQ(1u, location.authentication);
         EXPECT_EQ(3u, location.version);
         EXPECT_EQ(120u, location.connectTimeout);
-        EXPECT_EQ(0u, location.security);
         EXPECT_EQ(0u, location.detectConflicts);
+        EXPECT_EQ(0u, location.followReferrals);
         EXPECT_EQ("server", location.host);
     }
+}
+
+TEST_F(LoadFromRegistryTest, SecurityThatCannotBeReadCountsAsStartTls) {
+    const std::string four("\x02\0\0\0", 4);
+    const struct {
+        DWORD type;
+        std::string data;
+    } rows[] = {{REG_SZ, std::string("2", 2)},
+                {REG_SZ, ""},
+                {REG_SZ, std::string("0", 2)},
+                {REG_EXPAND_SZ, std::string("2", 2)},
+                {REG_BINARY, four},
+                {REG_QWORD, four + std::string(4, '\0')},
+                {REG_DWORD_BIG_ENDIAN, four},
+                {REG_NONE, ""},
+                {REG_DWORD, four + four},
+                {REG_DWORD, four.substr(0, 2)},
+                {REG_DWORD, ""},
+                {REG_BINARY, std::string(70000, '\x05')},
+                {REG_MULTI_SZ, std::string(3, 'x')}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(testing::Message() << row.type << " of " << row.data.size());
+        WriteDirectory("1");
+        key_.Raw("", "Security1", row.type, row.data);
+        EXPECT_THAT(Load(), IsDone());
+        EXPECT_EQ(1u, location_.security);
+    }
+    key_.Dword("", "Security1", 0);
+    EXPECT_THAT(Load(), IsDone());
+    EXPECT_EQ(0u, location_.security) << "a number counts as what it is";
 }
 
 TEST_F(LoadFromRegistryTest, UnknownAuthenticationIsStoredAsRead) {
@@ -312,6 +346,7 @@ TEST_F(LoadFromRegistryTest, ValuesAreQueriedInTheirOrderAndOnlyAsFarAsNeeded) {
                                                "Host1",
                                                "Username1",
                                                "Password1",
+                                               "CredentialTarget1",
                                                "Port1",
                                                "Authentication1",
                                                "Version1",
@@ -319,6 +354,7 @@ TEST_F(LoadFromRegistryTest, ValuesAreQueriedInTheirOrderAndOnlyAsFarAsNeeded) {
                                                "Security1",
                                                "DetectConflicts1",
                                                "KeepConnection1",
+                                               "FollowReferrals1",
                                                "FileAttributeName1",
                                                "FileObjectClass1",
                                                "FolderAttributeName1",

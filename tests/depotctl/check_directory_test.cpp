@@ -74,6 +74,32 @@ TEST_F(CheckDirectoryTest, MissingBaseIsNamed) {
     EXPECT_EQ("", Step("server"));
 }
 
+TEST_F(CheckDirectoryTest, ServerThatSendsTheClientOnIsNotFollowed) {
+    DirectoryServer other;
+    other.AddFolder("Away", kSuffix);
+    dir_.server.Apply("dn: cn=There," + dir_.base +
+                      "\nobjectClass: referral\nobjectClass: extensibleObject\ncn: There\n"
+                      "ref: ldap://127.0.0.1:" +
+                      std::to_string(other.Port()) + "/cn=Away," + kSuffix + "\n");
+    key_.Text("Dir", "Path1", "cn=There," + dir_.base);
+    other.Mark();
+    EXPECT_EQ("problem: the entry is kept by another server (LDAP 10)", Step("base"));
+    key_.Text("Dir", "Path1", dir_.base);
+    EXPECT_EQ("ok: reading and writing", Step("rights"));
+    EXPECT_EQ("", other.Log());
+    key_.Text("Dir", "Path1", "cn=There," + dir_.base);
+    key_.Dword("Dir", "FollowReferrals1", 1);
+    EXPECT_THAT(Step("base"), StartsWith("ok: "));
+    EXPECT_LT(0, other.Counts().searches);
+}
+
+TEST_F(CheckDirectoryTest, SecurityThatIsNoNumberIsNeverTriedInTheOpen) {
+    key_.Text("Dir", "Security1", "2");
+    dir_.server.Mark();
+    EXPECT_THAT(Step("log-on"), HasSubstr("cannot be secured with StartTLS"));
+    EXPECT_EQ(0, dir_.server.Counts().binds);
+}
+
 TEST_F(CheckDirectoryTest, ReaderReadsOnlyWhichIsNoProblem) {
     key_.Text("Dir", "Username1", kReader);
     key_.Text("Dir", "Password1", kReaderPassword);

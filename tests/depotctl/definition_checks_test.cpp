@@ -151,12 +151,19 @@ TEST(DefinitionTest, NumbersOfAnotherTypeAreIgnored) {
     EXPECT_EQ("Port1: it is a text and ignored: 389 is taken", OnlyProblem(Directory({text})));
     EXPECT_EQ("Version1: it is a long number (REG_QWORD) and ignored: 3 is taken",
               OnlyProblem(Directory({OfType("Version1", kRegistryLongNumber, 8)})));
-    EXPECT_EQ("Security1: it is binary (REG_BINARY) and ignored: 0 is taken (nothing is secured)",
-              OnlyProblem(Directory({OfType("Security1", kRegistryBinary)})));
     EXPECT_EQ("OrderIndex: it is a text and ignored: the depot has no place of its own in the list",
               OnlyProblem(Folder({TextValue("OrderIndex", "1")})));
     EXPECT_EQ("DefaultDepot: it is a text and ignored: it is not the default",
               OnlyProblem(Folder({TextValue("DefaultDepot", "1")})));
+}
+
+TEST(DefinitionTest, SecurityThatIsNoNumberCountsAsStartTls) {
+    EXPECT_EQ("Security1: it is binary (REG_BINARY) and no such number: 1 is taken (StartTLS)",
+              OnlyProblem(Directory({OfType("Security1", kRegistryBinary)})));
+    EXPECT_EQ("Security1: it is a number of 8 bytes and no such number: 1 is taken (StartTLS)",
+              OnlyProblem(Directory({OfType("Security1", kRegistryNumber, 8)})));
+    EXPECT_EQ(1u, Directory({TextValue("Security1", "2")}).Location(1).security);
+    EXPECT_EQ(0u, Directory({}).Location(1).security);
 }
 
 TEST(DefinitionTest, NumbersOfAnotherSizeAreIgnoredWhereTheComponentIgnoresThem) {
@@ -295,8 +302,9 @@ TEST(DefinitionTest, CredentialsMustFitTheAuthentication) {
     const std::string shown = Show(CheckDefinition(
         Directory({TextValue("Username1", "cn=a"), TextValue("Password1", "secret")})));
     EXPECT_EQ(
-        "- Password1: everyone who can read the key can read the password [leave it out; "
-        "users are asked then]\n- Security1: name and password cross the network in plain "
+        "- Password1: everyone who can read the key can read the password [keep it in the "
+        "credential store: depotctl depots set Company --location 1 --store-password]\n"
+        "- Security1: name and password cross the network in plain "
         "text [set it to 1 (StartTLS) or 2 (LDAPS)]\n",
         shown);
 }

@@ -103,10 +103,8 @@ TEST_F(ConnectionFailuresTest, ProtocolVersionThatIsRefusedEndsTheConnection) {
     EXPECT_EQ(1, seen.calls);
 }
 
-TEST_F(ConnectionFailuresTest, SecuredConnectionThatWouldFollowReferralsIsEnded) {
-    CDepotPath location = server_.Location();
-    location.security = 1;
-    CLDAPItems& items = Make(location);
+TEST_F(ConnectionFailuresTest, ConnectionThatWouldFollowReferralsIsEnded) {
+    CLDAPItems& items = Make(server_.Location());
     items.Client().ldap_set_option = [](LDAP* connection, int option, const void* value) -> ULONG {
         return option == LDAP_OPT_REFERRALS ? ULONG{LDAP_PARAM_ERROR}
                                             : genuine.ldap_set_option(connection, option, value);

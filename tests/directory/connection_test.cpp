@@ -66,6 +66,8 @@ TEST_F(ConnectionTest, ProtocolVersionIsTheRecords) {
     location.version = 2;
     CLDAPItems& items = Make(location);
     items.Client().ldap_set_option = [](LDAP* connection, int option, const void* value) -> ULONG {
+        // That one is no pointer.
+        if (option == LDAP_OPT_REFERRALS) return LDAP_SUCCESS;
         ULONG number = 0;
         std::memcpy(&number, value, sizeof(number));
         seen.options.emplace_back(option, number);
@@ -135,6 +137,8 @@ TEST_F(ConnectionTest, OperationsHaveAtLeastTwoMinutesAndNothingWaitsLongerThanA
         location.connectTimeout = row.timeout;
         CLDAPItems& items = Make(location);
         items.Client().ldap_set_option = [](LDAP*, int option, const void* value) -> ULONG {
+            // That one is no pointer.
+            if (option == LDAP_OPT_REFERRALS) return LDAP_SUCCESS;
             ULONG number = 0;
             std::memcpy(&number, value, sizeof(number));
             seen.options.emplace_back(option, number);
@@ -166,9 +170,9 @@ TEST_F(ConnectionTest, SearchesSucceedWithATimeoutOfAnySize) {
 TEST_F(ConnectionTest, ClientThatDoesNotKnowTheLimitsConnectsAllTheSame) {
     CLDAPItems& items = Make(server_.Location());
     items.Client().ldap_set_option = [](LDAP* connection, int option, const void* value) -> ULONG {
-        return option == LDAP_OPT_PROTOCOL_VERSION
-                   ? genuine.ldap_set_option(connection, option, value)
-                   : ULONG{LDAP_NOT_SUPPORTED};
+        const bool isLimit = option == LDAP_OPT_TIMELIMIT || option == 0x42;
+        return !isLimit ? genuine.ldap_set_option(connection, option, value)
+                        : ULONG{LDAP_NOT_SUPPORTED};
     };
     EXPECT_THAT(items.ConnectLocation(&text_), IsDone());
 }

@@ -159,6 +159,12 @@ TEST(ServerKeyTest, IsTheLowerCasedHostAndThePort) {
     EXPECT_EQ(":636", ServerKey("", 636));
 }
 
+TEST(ServerKeyTest, SecuredServerHasAKeyThatNoHostGives) {
+    EXPECT_EQ("TLS ldap.example.com:389", SecuredServerKey("LDAP.Example.COM", 389));
+    EXPECT_NE(SecuredServerKey("a", 389), ServerKey("TLS a", 389));
+    EXPECT_EQ(229u, SecuredServerKey(std::string(300, 'a'), 389).size());
+}
+
 TEST(ServerKeyTest, FitsIntoAnObjectsName) {
     const std::string fits(229 - 4, 'a');
     EXPECT_EQ(fits + ":389", ServerKey(fits, 389));

@@ -41,5 +41,6 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const auto refuse = [](std::string_view) -> std::optional<std::string> { return std::nullopt; };
     test::Require(DecodeNonAsciiEscapes(path, refuse) == path);
     test::Require(ServerKey(path, 4294967295u).size() <= kLongestObjectName);
+    test::Require(SecuredServerKey(path, 4294967295u).size() <= kLongestObjectName);
     return 0;
 }

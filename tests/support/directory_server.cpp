@@ -208,8 +208,10 @@ unsigned ClosedPort() {
 }
 
 void ForgetServer(unsigned port, const std::string& host) {
-    DirectoryInfoBlock block(ServerKey(host, port));
-    if (DirectoryInfo* const info = block.Access()) *info = {};
+    for (const std::string& key : {ServerKey(host, port), SecuredServerKey(host, port)}) {
+        DirectoryInfoBlock block(key);
+        if (DirectoryInfo* const info = block.Access()) *info = {};
+    }
 }
 
 void MakeUnixLink(const std::string& target, const std::string& link) {

@@ -136,12 +136,9 @@ bool IsOpen(CDepot& depot) {
 
 LogOnNames KnownCredentials(const DirectoryProbe& probe) {
     const CDepotPath& location = probe.Location();
-    LogOnNames names = {location.username, location.password};
-    if (!IsSimple(location)) return names;
-    CLDAPItems& directory = probe.Directory();
-    if (names.userName.empty()) names.userName = directory.GetSharedUserName();
-    if (names.password.empty()) names.password = directory.GetSharedPassword();
-    return names;
+    if (!IsSimple(location)) return {location.username, location.password};
+    const Credentials paired = probe.Directory().Connection().Shared().Paired();
+    return {paired.userName, paired.password};
 }
 
 std::optional<Problem> LogOnUnasked(DirectoryProbe& probe, const LogOnNames& names) {

@@ -22,7 +22,8 @@ struct LogOnNames {
     std::string password;
 };
 
-// The location's own credentials, else those that another process was given last for the server.
+// The location's own credentials, else the pair that another process was given last for the server,
+// unless the location names another user.
 LogOnNames KnownCredentials(const DirectoryProbe& probe);
 
 // Logs on with these names and asks for none: what would have to be asked for is a problem.

@@ -10,8 +10,10 @@
 #include "depotctl/failure.h"
 #include "depotctl/location_checks.h"
 #include "depotctl/program.h"
+#include "depotctl/stored_password.h"
 #include "depotctl/utf8_text.h"
 #include "manager/depot_list.h"
+#include "platform/wipe.h"
 
 namespace depot::ctl {
 namespace {
@@ -75,6 +77,7 @@ DefinitionChange ChangeOf(const DefineOptions& options, const RawDefinition& bef
         change.removed.push_back(name);
     }
     AddGivenValues(options, before, change);
+    AddStoredPassword(options, before, change);
     return change;
 }
 
@@ -175,14 +178,24 @@ RawDefinition Existing(const DefineOptions& options, Existence wanted) {
 template <Existence wanted>
 void Define(const Program& program, const DefineOptions& options) {
     constexpr bool isNew = wanted == Existence::kNew;
+    RequireOnePlace(options);
     if (isNew) RequireGoodKey(program, options.key);
     const RawDefinition before = Existing(options, wanted);
     const DefinitionChange change = ChangeOf(options, before);
     const RawDefinition after = Changed(before, change);
+    if (options.storePassword) RequireStorable(options, after);
     RequireGood(program, isNew ? nullptr : &before, after);
     if (options.dryRun) return ShowFile(program, options, &change);
     const Findings notes = NotesOn(after, options);
-    WriteDefinition(RootOf(options), options.key, change);
+    if (options.storePassword) {
+        std::string password = AskPassword();
+        StorePassword(options, after, password);
+        Wipe(password);
+    }
+    if (options.forgetPassword) ForgetPassword(options, before);
+    // The machine's definitions are not everyone's to write.
+    const bool isChanged = !change.written.empty() || !change.removed.empty();
+    if (isNew || isChanged) WriteDefinition(RootOf(options), options.key, change);
     Report(program, options, isNew ? "added" : "changed", notes);
 }
 
@@ -210,6 +223,7 @@ void AddDefineCommands(CLI::App& depots, Program& program) {
          "Examples:\n  depotctl depots set Work --order 1 --default\n"
          "  depotctl depots set Company --location 2 --path cn=Profiles,dc=example,dc=com "
          "--host replica\n  depotctl depots set Company --keep-connection 60\n"
+         "  depotctl depots set Company --username cn=Anna,dc=example,dc=com --store-password\n"
          "  depotctl depots set Work --unset Icon"},
         Define<Existence::kThere>);
     const auto remove =

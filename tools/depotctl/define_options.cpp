@@ -100,9 +100,13 @@ void AddValueOptions(CLI::App& command, DefineOptions& options) {
     }
     command.add_flag("--ask-password", options.askPassword,
                      "Ask for a password to be stored; from redirected input its first line");
+    command.add_flag("--store-password", options.storePassword,
+                     "The same, stored in your credential store and not in the definition");
 }
 
 void AddRemovalOptions(CLI::App& command, DefineOptions& options) {
+    command.add_flag("--forget-password", options.forgetPassword,
+                     "Remove the location's password from your credential store");
     command
         .add_option("--unset", options.unset,
                     "Remove a value, by its name in the registry; repeatable")

@@ -20,6 +20,8 @@ struct DefineOptions {
     std::vector<std::string> unset;
     int removedLocation = 0;
     bool askPassword = false;
+    bool storePassword = false;
+    bool forgetPassword = false;
     bool forMachine = false;
     bool dryRun = false;
 };

@@ -16,9 +16,10 @@ public:
     std::optional<std::string> Text(const std::string& name) const override {
         return definition_.Text(name);
     }
-    std::optional<std::uint32_t> Number(const std::string& name, ValueScope /*scope*/,
-                                        std::uint32_t /*standard*/) const override {
-        return definition_.Number(name);
+    std::optional<std::uint32_t> Number(const std::string& name,
+                                        const NumberReading& reading) const override {
+        const auto number = definition_.Number(name);
+        return number || definition_.Find(name) == nullptr ? number : reading.unreadable;
     }
 
 private:

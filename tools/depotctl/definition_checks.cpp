@@ -101,7 +101,7 @@ private:
             const std::string what = value.type == kRegistryNumber
                                          ? "a number of " + std::to_string(value.bytes) + " bytes"
                                          : TypeName(value.type);
-            return Add(Wrong(value.name, "it is " + what + " and ignored: " + UnreadText(known),
+            return Add(Wrong(value.name, "it is " + what + " and " + UnreadableText(known),
                              "write it as a REG_DWORD"));
         }
         const ValueForm& form = known.form;

@@ -119,6 +119,7 @@ std::optional<Problem> DirectoryProbe::WhyNotSecured() const {
     if (!session) return std::nullopt;
     ULONG version = record_->version;
     client.ldap_set_option(opened, LDAP_OPT_PROTOCOL_VERSION, &version);
+    client.ldap_set_option(opened, LDAP_OPT_REFERRALS, LDAP_OPT_OFF);
     ULONG serverCode = LDAP_SUCCESS;
     const std::uint32_t code =
         client.ldap_start_tls_s(opened, &serverCode, nullptr, nullptr, nullptr);

@@ -67,6 +67,14 @@ private:
                       "636 is the port of connections that are secured from the start",
                       "set " + Name("Security") + " to 2, or " + Name("Port") + " to 389"));
         }
+        if (settings_.security != 0 && settings_.followReferrals == 1) {
+            Add(Wrong(Name("FollowReferrals"), "a secured connection follows no referral",
+                      "remove it"));
+        }
+        if (settings_.security == 0 && settings_.followReferrals == 1) {
+            Add(Remark(Name("FollowReferrals"),
+                       "the server names others, and name and password may go there"));
+        }
         if (settings_.security == kStartTls && settings_.version == 2) {
             Add(Wrong(Name("Version"), "version 2 has no StartTLS, which Security = 1 wants",
                       "set " + Name("Version") + " to 3"));
@@ -77,21 +85,34 @@ private:
         const bool asksForNames = settings_.authentication != kAnonymousAuthentication &&
                                   settings_.authentication != kNegotiateAuthentication;
         if (!asksForNames) return CheckUnusedCredentials();
-        if (settings_.password.empty()) return;
+        if (settings_.password.empty()) return CheckStored();
         Add(Remark(Name("Password"), "everyone who can read the key can read the password",
-                   "leave it out; users are asked then"));
-        if (settings_.security == 0) {
-            Add(Remark(Name("Security"), "name and password cross the network in plain text",
-                       "set it to 1 (StartTLS) or 2 (LDAPS)"));
+                   "keep it in the credential store: depotctl depots set " + definition_.key +
+                       " --location " + std::to_string(number_) + " --store-password"));
+        if (!settings_.credentialTarget.empty()) {
+            Add(Wrong(Name("CredentialTarget"), "it is not used beside " + Name("Password"),
+                      "remove one of the two"));
         }
+        CheckPlainText();
         if (settings_.username.empty()) {
             Add(Wrong(Name("Password"), "there is no " + Name("Username") + " for it",
                       "write it, or remove the password"));
         }
     }
 
+    void CheckStored() {
+        if (!settings_.credentialTarget.empty()) CheckPlainText();
+    }
+
+    void CheckPlainText() {
+        if (settings_.security == 0) {
+            Add(Remark(Name("Security"), "name and password cross the network in plain text",
+                       "set it to 1 (StartTLS) or 2 (LDAPS)"));
+        }
+    }
+
     void CheckUnusedCredentials() {
-        for (const char* value : {"Username", "Password"}) {
+        for (const char* value : {"Username", "Password", "CredentialTarget"}) {
             if (Text(*FindValue(value)).empty()) continue;
             Add(Wrong(Name(value), "it is not used with this " + Name("Authentication"),
                       "set that to 1, or remove this"));

@@ -24,6 +24,8 @@ constexpr Row kRows[] = {
      "raise the server's time limit for users"},
     {LDAP_SIZELIMIT_EXCEEDED, "the server returns fewer entries than there are: its size limit",
      "raise the server's size limit for users above the number of entries of the largest folder"},
+    {LDAP_REFERRAL, "the entry is kept by another server",
+     "name that server as Host, or set FollowReferrals to 1 where nothing is secured"},
     {LDAP_STRONG_AUTH_REQUIRED, "the server wants a stronger way of logging on",
      "set Authentication or Security"},
     {LDAP_CONFIDENTIALITY_REQUIRED, "the server wants a secured connection",

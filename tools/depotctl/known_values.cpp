@@ -38,6 +38,12 @@ std::size_t Distance(std::string_view left, std::string_view right) {
     return row.back();
 }
 
+std::string TakenText(const DepotValue& value, const std::string& number) {
+    if (value.form.words.empty()) return number + " is taken";
+    const ValueWord& word = value.form.words[std::stoul(number)];
+    return number + " is taken (" + word.meaning + ")";
+}
+
 }  // namespace
 
 const DepotValue* FindValue(std::string_view base) {
@@ -49,10 +55,12 @@ const DepotValue* FindValue(std::string_view base) {
 
 std::string UnreadText(const DepotValue& value) {
     if (value.form.unread != nullptr) return value.form.unread;
-    const std::string standard = DefaultOf(value);
-    if (value.form.words.empty()) return standard + " is taken";
-    const ValueWord& word = value.form.words[std::stoul(standard)];
-    return standard + " is taken (" + word.meaning + ")";
+    return TakenText(value, DefaultOf(value));
+}
+
+std::string UnreadableText(const DepotValue& value) {
+    if (!value.form.unreadable) return "ignored: " + UnreadText(value);
+    return "no such number: " + TakenText(value, std::to_string(*value.form.unreadable));
 }
 
 std::optional<ValueName> ParseValueName(std::string_view name) {

@@ -14,8 +14,11 @@ namespace depot::ctl {
 // where there is none.
 const DepotValue* FindValue(std::string_view base);
 
-// What becomes of the depot when the value is missing or cannot be used, such as "389 is taken".
+// What becomes of the depot when the value is missing or ignored, such as "389 is taken".
 std::string UnreadText(const DepotValue& value);
+
+// What becomes of a number that is there and cannot be used, such as "ignored: 389 is taken".
+std::string UnreadableText(const DepotValue& value);
 
 // What a value's name says: which value it is, and of which location.
 struct ValueName {

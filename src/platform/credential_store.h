@@ -1,0 +1,34 @@
+// The credential store of the current user, in which the system keeps names and passwords encrypted
+// and for this user alone.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace depot {
+
+// A user name and its password, in the ANSI code page. The password is wiped with the object.
+struct StoredCredential {
+    StoredCredential() = default;
+    StoredCredential(StoredCredential&&) = default;
+    StoredCredential& operator=(StoredCredential&&) = delete;
+    ~StoredCredential();
+
+    std::string userName;
+    std::string password;
+    std::string server;  // the only one that it is meant for; empty where any may have it
+};
+
+// The store's name of a depot's target: entries of other programs are out of a definition's reach.
+std::wstring StoreTarget(const std::string& target);
+
+// Returns what is stored under a depot's target; nothing where there is none, or where the code
+// page cannot hold it.
+std::optional<StoredCredential> ReadCredential(const std::string& target);
+
+// Store and remove it; both return the system's error code, ERROR_SUCCESS when done.
+std::uint32_t WriteCredential(const std::string& target, const StoredCredential& credential);
+std::uint32_t DeleteCredential(const std::string& target);
+
+}  // namespace depot
