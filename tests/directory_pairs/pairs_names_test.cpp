@@ -85,9 +85,8 @@ protected:
 
 TEST_P(HostileNamesTest, SingleEntryNeverBecomesALocalFile) {
     const StoreContents entries = directory_.Contents();
-    for (const std::string name :
-         {"..\\..\\x.kra", "C:x.kra", "CON", "nul.kra", "a?.kra", "ends with dot.",
-          "LONGFI~1.KRA"}) {
+    for (const std::string name : {"..\\..\\x.kra", "C:x.kra", "CON", "nul.kra", "a?.kra",
+                                   "ends with dot.", "LONGFI~1.KRA"}) {
         SCOPED_TRACE(name);
         for (const UINT operation : {FO_COPY, FO_MOVE}) {
             EXPECT_THAT(OnItem(operation, From(name), To("")), Fails());
