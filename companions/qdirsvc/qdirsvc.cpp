@@ -22,14 +22,25 @@ namespace {
 constexpr char kProductKey[] = "Software\\Quillon\\Farrow\\13.00\\Wharfside";
 constexpr char kDefaultUserFolder[] = "Quillon\\Farrow";
 
-// Returns a folder that the product's key names, in the user's hive before the machine's.
+// Returns a folder that the product's key names in one hive.
+std::string FolderIn(HKEY hive, const std::string& valueName) {
+    const auto key = RegistryKey::Open(hive, kProductKey, KEY_QUERY_VALUE);
+    return key ? key->ReadString(valueName).value_or("") : std::string();
+}
+
+// The same, in the user's hive before the machine's.
 std::string ConfiguredFolder(const std::string& valueName) {
-    for (const HKEY hive : {HKEY_CURRENT_USER, HKEY_LOCAL_MACHINE}) {
-        const auto key = RegistryKey::Open(hive, kProductKey, KEY_QUERY_VALUE);
-        const auto folder = key ? key->ReadString(valueName) : std::nullopt;
-        if (folder && !folder->empty()) return *folder;
-    }
-    return {};
+    const std::string folder = FolderIn(HKEY_CURRENT_USER, valueName);
+    return folder.empty() ? FolderIn(HKEY_LOCAL_MACHINE, valueName) : folder;
+}
+
+// As far as it can be told: a link on the way is not followed.
+bool IsOnNetwork(const std::string& folder) {
+    if (NamesNetworkPlace(folder)) return true;
+    const std::size_t colon = folder.find(':');
+    if (colon == std::string::npos || colon == 0) return false;
+    const char root[] = {folder[colon - 1], ':', '\\', '\0'};
+    return GetDriveTypeA(root) == DRIVE_REMOTE;
 }
 
 // Creates every missing folder of the path.
@@ -58,7 +69,9 @@ std::string UserFolder() {
 }
 
 std::string ResourceFolder() {
-    const std::string folder = ConfiguredFolder("HomeDir64");
+    std::string folder = FolderIn(HKEY_CURRENT_USER, "HomeDir64");
+    // Whoever can set the user's value could have files fetched from a machine of their own.
+    if (folder.empty() || IsOnNetwork(folder)) folder = FolderIn(HKEY_LOCAL_MACHINE, "HomeDir64");
     return folder.empty() ? OwnModuleFolder() : folder;
 }
 

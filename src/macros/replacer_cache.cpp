@@ -1,5 +1,7 @@
 #include "macros/replacer_cache.h"
 
+#include "platform/own_objects.h"
+
 namespace depot {
 namespace {
 
@@ -12,9 +14,16 @@ bool IsEmpty(const MacroSlot& slot) {
 
 }  // namespace
 
-ReplacerLock::ReplacerLock() : event_(CreateEventA(nullptr, FALSE, FALSE, kReplacerEventName)) {
+ReplacerLock::ReplacerLock() {
+    OwnObjectRights rights;
+    event_.reset(CreateEventA(rights.Get(), FALSE, FALSE, kReplacerEventName));
     const bool existed = GetLastError() == ERROR_ALREADY_EXISTS;
-    if (event_ && existed) WaitForSingleObject(event_.get(), kReplacerWaitMilliseconds);
+    if (!event_ || !existed) return;
+    if (IsTrustedObject(event_.get(), kReplacerEventName)) {
+        WaitForSingleObject(event_.get(), kReplacerWaitMilliseconds);
+    } else {
+        event_.reset();
+    }
 }
 
 ReplacerLock::~ReplacerLock() {

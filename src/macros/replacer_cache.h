@@ -17,8 +17,8 @@ inline constexpr char kReplacerEventName[] = "Quillon - Depot - Replacers";
 inline constexpr DWORD kReplacerWaitMilliseconds = 5000;
 
 // Holds the event while it lives: whoever creates it continues, whoever finds it existing waits
-// until it is signalled. Without an event, and when the wait takes too long, it continues unlocked.
-// Signals the event at the end.
+// until it is signalled. Without an event, with one that somebody else made, and when the wait
+// takes too long, it continues unlocked. Signals the event at the end.
 class ReplacerLock {
 public:
     ReplacerLock();

@@ -94,4 +94,13 @@ bool IsAbsolutePath(std::string_view path) {
     return path[2] != '.' && !IsSeparator(path[2]);
 }
 
+bool NamesNetworkPlace(std::string_view path) {
+    if (path.size() < 2 || !IsSeparator(path[0])) return false;
+    const bool isNative = path.substr(1).starts_with("??");
+    if (!IsSeparator(path[1]) && !isNative) return false;
+    // Behind one of these prefixes a drive stands for itself.
+    const bool isVerbatim = path.size() >= 4 && path[2] == '?' && IsSeparator(path[3]);
+    return !(isVerbatim && path.size() >= 6 && IsDriveLetter(path[4]) && path[5] == ':');
+}
+
 }  // namespace depot

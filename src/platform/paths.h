@@ -49,6 +49,11 @@ std::string StripExtension(std::string_view name);
 // Whether the text names a place in the file system by itself: with a drive or as a UNC path.
 bool IsFileSystemPath(std::string_view path);
 
+// Whether the text itself names a place of another machine, or a device, which may lead to one:
+// "\\server\share", "\\?\UNC\server\share" or "\\.\...", with slashes of either kind. A drive that
+// stands for a place of another machine cannot be told from the text.
+bool NamesNetworkPlace(std::string_view path);
+
 // Whether the path names the same place whatever the process's current folder and drive are:
 // it begins with a drive and a separator, with a server, or with "\\?\". A device ("\\.\NUL") is
 // no place for a file. What writes, moves or deletes asks this before it touches anything.

@@ -1,4 +1,4 @@
-// Named blocks of memory that the processes of one logon session share.
+// Named blocks of memory that the processes of one user share in a logon session.
 //
 // The blocks live in the paging file. They carry no lock: they hold small fixed-size fields, and
 // the last writer wins. A block's name ends with the last handle to it.
@@ -29,8 +29,10 @@ struct SharedBlockLink {
 
 // Creates or opens the block of that name and maps `size` bytes of it. A null or empty name stands
 // for the process's own "Quillon - File Mapping - 0x...". Returns 1 when the block is new, and then
-// zero-filled; 0 when it existed, its contents untouched, or cannot be had. Whatever `handle` and
-// `view` held before is closed; both are null where there is nothing.
+// zero-filled; 0 when it existed, its contents untouched, or cannot be had. One that existed is
+// used only when IsTrustedObject says so, else it cannot be had. What it holds may be anything all
+// the same. Whatever `handle` and `view` held before is closed; both are null where there is
+// nothing.
 int OpenSharedBlock(const char* name, std::uint32_t size, UniqueHandle& handle, UniqueView& view);
 
 // Unmaps the view, closes the handle and empties the key; does nothing where nothing is open.

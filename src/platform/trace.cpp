@@ -5,7 +5,10 @@
 #include <cstdint>
 
 #include "platform/handles.h"
+#include "platform/object_trust.h"
+#include "platform/registry_key.h"
 #include "platform/text.h"
+#include "platform/trace_permission.h"
 
 namespace depot {
 
@@ -28,11 +31,47 @@ std::string TraceTarget() {
     return length < sizeof(target) ? std::string(target, length) : std::string();
 }
 
-// Several processes may append to one file: a write to its end is not torn.
+// Whether the machine's administrator has the environment followed in elevated processes, too.
+bool IsAllowedForAll() {
+    const auto key = RegistryKey::Open(HKEY_LOCAL_MACHINE, kTraceKey, KEY_QUERY_VALUE);
+    return key && key->ReadDword(kTraceElevated) == 1U;
+}
+
+ProcessRights RightsOfProcess() {
+    HANDLE token = nullptr;
+    if (!OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, &token)) return {};
+    const UniqueHandle owner(token);
+    TOKEN_ELEVATION elevation = {};
+    alignas(void*) BYTE label[sizeof(TOKEN_MANDATORY_LABEL) + SECURITY_MAX_SID_SIZE] = {};
+    DWORD size = 0;
+    if (!GetTokenInformation(token, TokenElevation, &elevation, sizeof(elevation), &size) ||
+        !GetTokenInformation(token, TokenIntegrityLevel, label, sizeof(label), &size)) {
+        return {};
+    }
+    const PSID level = reinterpret_cast<TOKEN_MANDATORY_LABEL*>(label)->Label.Sid;
+    return {true, elevation.TokenIsElevated != 0,
+            LevelIn({static_cast<const char*>(level), GetLengthSid(level)})};
+}
+
+bool IsPlain(HANDLE file) {
+    BY_HANDLE_FILE_INFORMATION found = {};
+    return GetFileInformationByHandle(file, &found) &&
+           IsPlainFile({GetFileType(file) == FILE_TYPE_DISK,
+                        (found.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0,
+                        found.nNumberOfLinks});
+}
+
+// Several processes may append to one file: a write to its end is not torn. A link is opened itself
+// and then refused. Whoever waits at a pipe learns nothing of who opened it.
 UniqueHandle OpenForAppending(const std::string& path) {
-    return OwnFile(CreateFileA(path.c_str(), FILE_APPEND_DATA,
-                               FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
-                               OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
+    UniqueHandle file = OwnFile(CreateFileA(path.c_str(), FILE_APPEND_DATA | FILE_READ_ATTRIBUTES,
+                                            FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                                            nullptr, OPEN_ALWAYS,
+                                            FILE_ATTRIBUTE_NORMAL | FILE_FLAG_OPEN_REPARSE_POINT |
+                                                SECURITY_SQOS_PRESENT | SECURITY_ANONYMOUS,
+                                            nullptr));
+    if (file && !IsPlain(file.get())) file.reset();
+    return file;
 }
 
 void WriteTraceLine(const std::string& line) {
@@ -85,6 +124,7 @@ std::string DurationText(std::uint64_t microseconds) {
 void StartTrace() {
     const std::string target = TraceTarget();
     if (target.empty()) return;
+    if (!MayFollowTheEnvironment(RightsOfProcess()) && !IsAllowedForAll()) return;
     const bool toDebugger = EqualsNoCase(target, kDebugger);
     if (!toDebugger) TraceFile() = OpenForAppending(target);
     internal::tracing = toDebugger || TraceFile() != nullptr;

@@ -13,8 +13,13 @@ namespace depot {
 // appended, or "debugger" for the debugger's output.
 inline constexpr char kTraceVariable[] = "DEPOTINTR_TRACE";
 
+// The variable is ignored in processes that are elevated or of a high integrity level, unless this
+// value of the machine, a number, is 1.
+inline constexpr char kTraceKey[] = "Software\\Quillon\\Farrow\\13.00\\DepotIntr";
+inline constexpr char kTraceElevated[] = "TraceElevated";
+
 // Reads the variable. Called once when the module is loaded; without the variable, or with a file
-// that cannot be opened, nothing is traced.
+// that cannot be opened or is a link or no file, or has several names, nothing is traced.
 void StartTrace();
 
 // Closes the file.

@@ -14,11 +14,19 @@ namespace {
 
 std::atomic<HMODULE> resourceLibrary{nullptr};
 
+// Nothing in the library is ever run: whoever can write to the folder, or name another one, gets no
+// further than to the texts.
+UniqueModule LoadAsData(const std::string& path) {
+    return UniqueModule(
+        LoadLibraryExA(path.c_str(), nullptr,
+                       LOAD_LIBRARY_AS_DATAFILE_EXCLUSIVE | LOAD_LIBRARY_AS_IMAGE_RESOURCE));
+}
+
 UniqueModule LoadVariant(const std::string& plainPath) {
     const std::string language = CurrentDottedLanguage();
     if (language.empty()) return nullptr;
     const auto path = LanguageLibraryPath(ToLower(plainPath), language);
-    return UniqueModule(path ? LoadLibraryA(path->c_str()) : nullptr);
+    return path ? LoadAsData(*path) : nullptr;
 }
 
 }  // namespace
@@ -27,7 +35,7 @@ UniqueModule LoadResourceLibrary(const std::string& plainPath) {
     if (!IsFileSystemPath(plainPath)) return nullptr;
     const QuietLoadScope quiet;
     UniqueModule library = LoadVariant(plainPath);
-    if (!library) library.reset(LoadLibraryA(plainPath.c_str()));
+    if (!library) library = LoadAsData(plainPath);
     return library;
 }
 

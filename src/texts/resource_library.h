@@ -15,8 +15,8 @@ namespace depot {
 inline constexpr char kResourceLibraryName[] = "DepotIntr.NLS";
 
 // Loads the variant of the library that fits the user's language, else the plain library at
-// `plainPath`; null when neither loads. A path without a folder loads nothing: the system would go
-// looking for the library in folders that others may write to.
+// `plainPath`, as data: no code in it runs. Null when neither loads. A path without a folder loads
+// nothing: the system would go looking for the library in folders that others may write to.
 UniqueModule LoadResourceLibrary(const std::string& plainPath);
 
 // Loads the library as above from `folder`, which ends in a backslash. A message box reports that

@@ -265,6 +265,48 @@ TEST_F(DefineTest, PasswordComesFromRedirectedInputAndIsNeverShown) {
     EXPECT_EQ("(no key)", Text("Other", "Path1"));
 }
 
+// A printed file in UTF-16, as far as it is ASCII.
+std::string WithoutZeros(std::string bytes) {
+    std::erase(bytes, '\0');
+    return bytes;
+}
+
+TEST_F(DefineTest, DryRunLeavesPasswordsOut) {
+    key_.Text("Work", "Path2", "dc=x");
+    key_.Text("Work", "Host2", "server");
+    key_.Text("Work", "Password1", "old secret");
+    key_.Text("Work", "Password2", "secret");
+    for (const bool json : {false, true}) {
+        std::vector<std::string> arguments = {"depots", "set",      "Work", "--remove-location",
+                                              "1",      "--dry-run"};
+        if (json) arguments.insert(arguments.begin(), "--json");
+        const ToolRun run = RunTool(arguments);
+        EXPECT_EQ(ExitCode::kDone, run.exitCode) << run.errors;
+        const std::string shown = WithoutZeros(run.output) + run.errors;
+        EXPECT_THAT(shown, HasSubstr("Host1"));
+        EXPECT_THAT(shown, Not(HasSubstr("secret")));
+        EXPECT_THAT(shown, HasSubstr(json ? "\"Password1\\\"=-" : "\"Password1\"=-"));
+    }
+    const ToolRun typed =
+        RunTool({"depots", "set", "Work", "--location", "2", "--ask-password", "--dry-run"},
+                "new secret\r\n");
+    EXPECT_EQ(ExitCode::kDone, typed.exitCode) << typed.errors;
+    EXPECT_THAT(WithoutZeros(typed.output) + typed.errors, Not(HasSubstr("secret")));
+}
+
+TEST_F(DefineTest, PasswordIsNotShownByAnyReport) {
+    key_.Text("Work", "Path2", "dc=x");
+    key_.Text("Work", "Password1", "stored secret \x01 " + std::string(300, 'x'));
+    key_.Text("Work", "Password2", "stored secret");
+    for (const std::vector<std::string>& arguments : {std::vector<std::string>{"depots"},
+                                                      {"--json", "depots"},
+                                                      {"check"},
+                                                      {"--json", "check"}}) {
+        const ToolRun run = RunTool(arguments);
+        EXPECT_THAT(run.output + run.errors, Not(HasSubstr("stored secret"))) << arguments.back();
+    }
+}
+
 // What an import of the printed file makes is what the command itself would have written.
 TEST_F(DefineTest, DryRunPrintsAFileWhoseImportMakesTheSameValues) {
     ASSERT_EQ(ExitCode::kDone, RunTool(kCompany).exitCode);

@@ -1,7 +1,10 @@
 // What the tests of prompts share.
 #pragma once
 
+#include <memory>
+
 #include "support/directory_fixture.h"
+#include "support/others_object.h"
 
 namespace depot::test {
 
@@ -19,6 +22,12 @@ protected:
         items_->Connection().SetPrompt(&prompt_);
         return *items_;
     }
+    // Somebody else was there before, with a block for this server.
+    void PlantABlock(const std::string& contents) {
+        const std::string key = ServerKey(location_->host, location_->port);
+        planted_ = std::make_unique<OthersBlock>("Quillon - Depot - LDAP Info - " + key,
+                                                 kOfSomebodyElse, contents);
+    }
     // A block of this name cannot be had: the name belongs to another kind of object.
     void TakeTheBlocksName() {
         location_->host = "127.0.0.1.";
@@ -33,6 +42,7 @@ protected:
     DirectoryInfo& Info() { return *items_->Connection().Shared().Block().Access(); }
 
     UniqueHandle event_;
+    std::unique_ptr<OthersBlock> planted_;
 };
 
 }  // namespace depot::test

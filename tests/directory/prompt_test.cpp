@@ -1,3 +1,7 @@
+#include <algorithm>
+#include <cstring>
+#include <random>
+
 #include "directory/prompt_fixture.h"
 #include "support/child_process.h"
 #include "support/results.h"
@@ -222,6 +226,39 @@ TEST_F(PromptTest, WithoutASharedBlockTheRecordStillServes) {
     items_->SetUserName(test::kEditor);
     items_->SetPassword(test::kEditorPassword);
     EXPECT_THAT(items_->ConnectLocation(&text_), IsDone());
+}
+
+TEST_F(PromptTest, LogOnThatSomebodyElsePlantedIsNotUsed) {
+    DirectoryInfo planted = {};
+    std::strcpy(planted.userName, test::kEditor);
+    std::strcpy(planted.password, test::kEditorPassword);
+    CDepotPath location = server_.Location();
+    // A name of its own: no block of an earlier test stands in the way.
+    location.host = "LOCALHOST.";
+    location.username.clear();
+    location.password.clear();
+    Make(location);
+    PlantABlock(std::string(reinterpret_cast<const char*>(&planted), sizeof(planted)));
+    EXPECT_EQ("", items_->GetSharedUserName());
+    EXPECT_EQ("", items_->GetSharedPassword());
+    items_->SetPassword("secret");
+    EXPECT_EQ(std::string(reinterpret_cast<const char*>(&planted), sizeof(planted)),
+              planted_->Contents(sizeof(planted)));
+}
+
+TEST_F(PromptTest, RandomSharedBlockGivesBoundedTexts) {
+    std::mt19937 random(21);
+    Make(test::kEditor, "");
+    DirectoryInfo& info = Info();
+    for (int round = 0; round < 200; ++round) {
+        auto* const bytes = reinterpret_cast<unsigned char*>(&info);
+        std::generate_n(bytes, sizeof(info),
+                        [&] { return static_cast<unsigned char>(1 + random() % 255); });
+        EXPECT_EQ(DirectoryInfo::kTextBytes, items_->GetSharedUserName().size());
+        EXPECT_EQ(DirectoryInfo::kTextBytes, items_->GetSharedPassword().size());
+        EXPECT_TRUE(items_->Connection().Shared().PromptingIsOff());
+    }
+    info = {};
 }
 
 TEST_F(PromptTest, AnonymousBindThatSucceedsInAnotherProcessShowsNoPromptAndChangesNothing) {

@@ -36,13 +36,13 @@ TEST_F(ApplicationTest, StartLoadsTheLibraryOfTheResourceFolderAndEndFreesIt) {
     world_.Configure("fra", "eng fra");
     CDepotIntrApp app;
     EXPECT_TRUE(app.InitInstance());
-    EXPECT_EQ(GetModuleHandleA(folder_.At("depotintr.fra.nls").c_str()), ResourceLibrary());
+    EXPECT_TRUE(IsInUse(folder_.At("depotintr.fra.nls")));
     EXPECT_NE(nullptr, ResourceLibrary());
     EXPECT_EQ("%s - copie%s", LocalizedText(IDS_COPY_DASH_NAME));
     EXPECT_EQ("fra", LanguageCode());
     app.ExitInstance();
     EXPECT_EQ(nullptr, ResourceLibrary());
-    EXPECT_EQ(nullptr, GetModuleHandleA("depotintr.fra.nls"));
+    EXPECT_FALSE(IsInUse(folder_.At("depotintr.fra.nls")));
     EXPECT_EQ(std::nullopt, LocalizedText(IDS_COPY_DASH_NAME));
 }
 

@@ -2,9 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cstring>
 #include <memory>
+#include <random>
 #include <thread>
 #include <vector>
 
@@ -12,6 +14,7 @@
 #include "support/failing_memory.h"
 #include "support/import_patch.h"
 #include "support/leak_counts.h"
+#include "support/others_object.h"
 
 namespace depot {
 namespace {
@@ -219,15 +222,24 @@ HANDLE WINAPI NoteEvent(SECURITY_ATTRIBUTES* security, BOOL manualReset, BOOL si
     return createEvent(security, manualReset, signalled, name);
 }
 
-TEST(ReplacerLockTest, EventIsAskedForWithDefaultSecurityAndAutomaticReset) {
+TEST(ReplacerLockTest, EventIsAskedForWithRightsOfItsOwnAndAutomaticReset) {
     const test::ImportPatch<CreateNamedEvent> creating("CreateEventA", &NoteEvent);
     ASSERT_TRUE(creating.IsInPlace());
     createEvent = creating.Genuine();
     { const ReplacerLock lock; }
-    EXPECT_EQ(nullptr, askedEvent.security);
+    EXPECT_NE(nullptr, askedEvent.security);
     EXPECT_FALSE(askedEvent.manualReset);
     EXPECT_FALSE(askedEvent.signalled);
     EXPECT_EQ("Quillon - Depot - Replacers", askedEvent.name);
+}
+
+using Wait = decltype(&WaitForSingleObject);
+Wait wait = nullptr;
+int waits = 0;
+
+DWORD WINAPI CountWait(HANDLE /*handle*/, DWORD /*milliseconds*/) {
+    ++waits;
+    return WAIT_OBJECT_0;
 }
 
 TEST(ReplacerLockTest, ReleaseSignalsTheEventForExactlyOne) {
@@ -294,6 +306,37 @@ TEST(ReplacerLockTest, NameOfAnotherKindLeavesTheCallersUnlocked) {
     const ULONGLONG start = GetTickCount64();
     { const ReplacerLock lock; }
     EXPECT_LT(Elapsed(start), kReplacerWaitMilliseconds);
+}
+
+TEST(ReplacerLockTest, EventOfSomebodyElseIsNeitherWaitedForNorSignalled) {
+    const test::ImportPatch<Wait> waiting("WaitForSingleObject", &CountWait);
+    ASSERT_TRUE(waiting.IsInPlace());
+    wait = waiting.Genuine();
+    waits = 0;
+    for (const char* rights : {test::kOfSomebodyElse, test::kForNobodyHere}) {
+        const UniqueHandle event = test::OthersEvent(kReplacerEventName, rights);
+        ASSERT_TRUE(event);
+        { const ReplacerLock lock; }
+        EXPECT_EQ(0, waits);
+        EXPECT_EQ(WAIT_TIMEOUT, wait(event.get(), 0));
+    }
+    const ReplacerLock first;
+    { const ReplacerLock own; }
+    EXPECT_EQ(1, waits);
+}
+
+TEST(ReplacerCacheTest, RandomContentsGiveBoundedTexts) {
+    std::mt19937 random(20);
+    for (int round = 0; round < 200; ++round) {
+        const auto other = OpenReplacerCache("C:\\Users\\a", "deu");
+        auto* const bytes = reinterpret_cast<unsigned char*>(other->Data());
+        std::generate_n(bytes, kBlockBytes, [&] {
+            return static_cast<unsigned char>(round % 2 == 0 ? 1 + random() % 255 : random());
+        });
+        const auto cache = OpenReplacerCache("C:\\Users\\b", "fra");
+        EXPECT_LE(SlotText(cache->Copy().applicationFolder).size(), kMacroSlotBytes);
+        EXPECT_LE(SlotText(cache->Copy().transferUserName).size(), kMacroSlotBytes);
+    }
 }
 
 TEST(ReplacerLockTest, ManyProcessesStartingAtOnceAllGetTheirOwnCache) {

@@ -6,6 +6,7 @@
 #include "macros/replacer_cache.h"
 #include "model/depots.h"
 #include "model/localization.h"
+#include "platform/own_objects.h"
 #include "support/leak_counts.h"
 #include "support/mapped_memory.h"
 
@@ -26,6 +27,12 @@ protected:
     DepotsReplacersTest() { InstallLocalization({.languageCode = German}); }
     ~DepotsReplacersTest() override { InstallLocalization({}); }
 };
+
+// The event as another process of the user makes it.
+UniqueHandle MakeEvent(BOOL signalled) {
+    OwnObjectRights rights;
+    return UniqueHandle(CreateEventA(rights.Get(), FALSE, signalled, kReplacerEventName));
+}
 
 bool BlockExists() {
     return UniqueHandle(OpenFileMappingA(FILE_MAP_READ, FALSE, ReplacerBlockName().c_str())) !=
@@ -61,7 +68,7 @@ TEST_F(DepotsReplacersTest, EveryHandleAndTheViewAreReleasedWithTheList) {
 }
 
 TEST_F(DepotsReplacersTest, EventIsSignalledOnEveryCall) {
-    const UniqueHandle event(CreateEventA(nullptr, FALSE, TRUE, kReplacerEventName));
+    const UniqueHandle event = MakeEvent(TRUE);
     CDepots depots;
     for (int i = 0; i < 3; ++i) {
         const ULONGLONG start = GetTickCount64();
@@ -75,7 +82,7 @@ TEST_F(DepotsReplacersTest, EventIsSignalledOnEveryCall) {
 TEST_F(DepotsReplacersTest, EventIsTakenAlsoWhenTheCacheExists) {
     CDepots depots;
     depots.GetReplacers();
-    const UniqueHandle event(CreateEventA(nullptr, FALSE, FALSE, kReplacerEventName));
+    const UniqueHandle event = MakeEvent(FALSE);
     const ULONGLONG start = GetTickCount64();
     depots.GetReplacers();
     EXPECT_GE(GetTickCount64() - start + 50, kReplacerWaitMilliseconds);

@@ -236,5 +236,17 @@ TEST(PathsTest, RandomJoinsAreUndoneByTakingTheFolderOff) {
     }
 }
 
+TEST(PathsTest, PlacesOfOtherMachinesAreTold) {
+    for (const char* path :
+         {"\\\\server\\share", "//server/share", "/\\server", "\\\\", "\\\\?\\UNC\\server\\share",
+          "\\\\.\\pipe\\x", "\\\\?\\", "\\??\\UNC\\server", "\\\\?\\Volume{1}\\"}) {
+        EXPECT_TRUE(NamesNetworkPlace(path)) << path;
+    }
+    for (const char* path :
+         {"", "\\", "C:\\a", "\\a", "a\\\\b", "\\\\?\\C:\\a", "//?/c:/a", "\\??\\C:\\a"}) {
+        EXPECT_FALSE(NamesNetworkPlace(path)) << path;
+    }
+}
+
 }  // namespace
 }  // namespace depot

@@ -8,6 +8,7 @@
 #include "platform/handles.h"
 #include "platform/module_state.h"
 #include "platform/system_folder.h"
+#include "support/import_patch.h"
 #include "support/results.h"
 #include "support/scratch.h"
 
@@ -108,6 +109,38 @@ TEST_F(QdirsvcTest, ResourceFolderIsTheCurrentUsersBeforeTheMachines) {
     user_.Text("", "HomeDir64", "C:\\User");
     EXPECT_EQ("C:\\User", Ask(1, 3));
     EXPECT_THAT(result_, IsDone());
+}
+
+TEST_F(QdirsvcTest, ResourceFolderOnAnotherMachineIsBelievedFromTheMachineOnly) {
+    machine_.Text("", "HomeDir64", "C:\\Machine");
+    for (const char* folder :
+         {"\\\\server\\share", "//server/share", "\\/server\\share", "\\\\?\\UNC\\server\\share",
+          "//?/unc/server/share", "\\\\.\\UNC\\server\\share", "\\\\.\\C:\\",
+          "\\??\\UNC\\server\\share", "\\\\?\\GLOBALROOT\\Device\\Mup\\server\\share"}) {
+        user_.Text("", "HomeDir64", folder);
+        EXPECT_EQ("C:\\Machine", Ask(1, 3)) << folder;
+    }
+    user_.Text("", "HomeDir64", "\\\\?\\C:\\User");
+    EXPECT_EQ("\\\\?\\C:\\User", Ask(1, 3));
+    user_.Text("", "HomeDir64", "");
+    machine_.Text("", "HomeDir64", "\\\\server\\share");
+    EXPECT_EQ("\\\\server\\share", Ask(1, 3));
+}
+
+UINT WINAPI DriveOfAnotherMachine(const char* root) {
+    return std::strcmp(root, "N:\\") == 0 ? DRIVE_REMOTE : DRIVE_FIXED;
+}
+
+TEST_F(QdirsvcTest, DriveThatStandsForAnotherMachineIsNotBelievedFromTheUser) {
+    const test::ImportPatch<decltype(&GetDriveTypeA)> drives(
+        "GetDriveTypeA", &DriveOfAnotherMachine, library_.get());
+    ASSERT_TRUE(drives.IsInPlace());
+    for (const char* folder : {"N:\\texts", "\\\\?\\N:\\texts", "N:"}) {
+        user_.Text("", "HomeDir64", folder);
+        EXPECT_EQ(OwnModuleFolder(), Ask(1, 3)) << folder;
+    }
+    user_.Text("", "HomeDir64", "M:\\texts");
+    EXPECT_EQ("M:\\texts", Ask(1, 3));
 }
 
 TEST_F(QdirsvcTest, WithoutAnyResourceFolderItIsTheLibrarysOwn) {

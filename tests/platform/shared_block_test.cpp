@@ -194,7 +194,7 @@ void* WINAPI MapNothing(HANDLE, DWORD, DWORD, DWORD, SIZE_T) {
     return nullptr;
 }
 
-TEST(SharedBlockTest, BlocksLieInThePagingFileWithDefaultSecurity) {
+TEST(SharedBlockTest, BlocksLieInThePagingFileWithRightsOfTheirOwn) {
     const test::ImportPatch<CreateMapping> creating("CreateFileMappingA", &NoteMapping);
     const test::ImportPatch<MapView> mapping("MapViewOfFile", &NoteView);
     createMapping = creating.Genuine();
@@ -202,7 +202,7 @@ TEST(SharedBlockTest, BlocksLieInThePagingFileWithDefaultSecurity) {
     SharedBlockLink link;
     ASSERT_THAT(OpenSharedBlock(kName, kSize, link.handle, link.view), IsDone());
     EXPECT_EQ(INVALID_HANDLE_VALUE, asked.file);
-    EXPECT_EQ(nullptr, asked.security);
+    EXPECT_NE(nullptr, asked.security);
     EXPECT_EQ(DWORD{PAGE_READWRITE}, asked.protection);
     EXPECT_EQ(0u, asked.highSize);
     EXPECT_EQ(kSize, asked.lowSize);

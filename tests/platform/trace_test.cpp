@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 
 #include "platform/local_file.h"
+#include "support/import_patch.h"
 #include "support/scratch.h"
 
 namespace depot::test {
@@ -81,6 +82,65 @@ TEST_F(TraceTest, FileThatCannotBeOpenedTracesNothing) {
     EXPECT_FALSE(IsTracing());
     Start(std::string(30000, 'x'));
     EXPECT_FALSE(IsTracing());
+}
+
+TEST_F(TraceTest, ElevatedProcessIgnoresTheVariableUnlessTheMachineAllowsIt) {
+    // The program is elevated, and tests allow traces.
+    WriteRegistryDword(HKEY_LOCAL_MACHINE, kTraceKey, kTraceElevated, 0);
+    for (const std::string& target : {path_, std::string("debugger")}) {
+        Start(target);
+        EXPECT_FALSE(IsTracing()) << target;
+    }
+    EXPECT_EQ("(no file)", Written());
+    WriteRegistryDword(HKEY_LOCAL_MACHINE, kTraceKey, kTraceElevated, 1);
+    Start(path_);
+    EXPECT_TRUE(IsTracing());
+}
+
+TEST_F(TraceTest, FileOfSeveralNamesIsNotWritten) {
+    folder_.MakeFile("other.txt", "before\n");
+    ASSERT_TRUE(CreateHardLinkA(path_.c_str(), folder_.At("other.txt").c_str(), nullptr));
+    Start(path_);
+    EXPECT_FALSE(IsTracing());
+    EXPECT_EQ("before\n", Written());
+}
+
+TEST_F(TraceTest, DeviceIsNotWritten) {
+    for (const char* device : {"NUL", "\\\\.\\NUL"}) {
+        Start(device);
+        EXPECT_FALSE(IsTracing()) << device;
+    }
+}
+
+BOOL WINAPI TellALink(HANDLE /*file*/, BY_HANDLE_FILE_INFORMATION* found) {
+    *found = {};
+    found->dwFileAttributes = FILE_ATTRIBUTE_REPARSE_POINT;
+    found->nNumberOfLinks = 1;
+    return TRUE;
+}
+
+using OpenFileCall = decltype(&CreateFileA);
+OpenFileCall openFile = nullptr;
+DWORD openedWith = 0;
+
+HANDLE WINAPI NoteOpening(const char* path, DWORD access, DWORD sharing,
+                          SECURITY_ATTRIBUTES* security, DWORD disposition, DWORD flags,
+                          HANDLE pattern) {
+    openedWith = flags;
+    return openFile(path, access, sharing, security, disposition, flags, pattern);
+}
+
+TEST_F(TraceTest, LinkIsOpenedItselfAndNotWritten) {
+    const ImportPatch<decltype(&GetFileInformationByHandle)> links("GetFileInformationByHandle",
+                                                                   &TellALink);
+    const ImportPatch<OpenFileCall> opening("CreateFileA", &NoteOpening);
+    ASSERT_TRUE(links.IsInPlace() && opening.IsInPlace());
+    openFile = opening.Genuine();
+    Start(path_);
+    EXPECT_FALSE(IsTracing());
+    EXPECT_NE(0U, openedWith & FILE_FLAG_OPEN_REPARSE_POINT);
+    EXPECT_EQ(DWORD{SECURITY_SQOS_PRESENT | SECURITY_ANONYMOUS},
+              openedWith & (SECURITY_SQOS_PRESENT | SECURITY_VALID_SQOS_FLAGS));
 }
 
 TEST_F(TraceTest, DebuggerTakesTheLinesWithoutAFile) {

@@ -13,12 +13,6 @@ namespace {
 
 using namespace test;
 
-std::string ModulePath(HMODULE module) {
-    char path[MAX_PATH] = {};
-    GetModuleFileNameA(module, path, sizeof(path));
-    return path;
-}
-
 class ResourceLibraryTest : public testing::Test {
 protected:
     ~ResourceLibraryTest() override { SetResourceLibrary(nullptr); }
@@ -27,8 +21,10 @@ protected:
     std::string Loaded() {
         library_ = LoadResourceLibrary(folder_.At("DepotIntr.NLS"));
         if (!library_) return "";
-        const std::string path = ModulePath(library_.get());
-        return path.substr(path.rfind('\\') + 1);
+        for (const char* name : {"DepotIntr.NLS", "depotintr.eng.nls", "depotintr.fra.nls"}) {
+            if (IsInUse(folder_.At(name))) return name;
+        }
+        return "something else";
     }
 
     LocaleWorld world_;
@@ -99,7 +95,7 @@ TEST_F(ResourceLibraryTest, FolderInCapitalLettersIsFound) {
     CharUpperBuffA(path.data(), static_cast<DWORD>(path.size()));
     library_ = LoadResourceLibrary(path);
     ASSERT_TRUE(library_);
-    EXPECT_TRUE(ModulePath(library_.get()).ends_with("\\depotintr.fra.nls"));
+    EXPECT_TRUE(IsInUse(folder_.At("depotintr.fra.nls")));
 }
 
 TEST_F(ResourceLibraryTest, TextsComeFromTheLibraryThatIsSet) {
@@ -113,6 +109,29 @@ TEST_F(ResourceLibraryTest, TextsComeFromTheLibraryThatIsSet) {
         "Cr\xE9"
         "er une copie",
         ResourceText(IDS_BROWSE_MAKE_COPY));
+}
+
+// What a library of texts leaves behind that ran as code.
+std::string Mark() {
+    char text[16] = {};
+    const DWORD length = GetEnvironmentVariableA("DEPOTTESTS_PLANTED", text, sizeof(text));
+    return std::string(text, length);
+}
+
+TEST_F(ResourceLibraryTest, CodeOfALibraryNeverRuns) {
+    folder_.Offer("depotintr.eng.nls", "planted_texts.dll");
+    world_.Configure("eng", "eng");
+    EXPECT_EQ("depotintr.eng.nls", Loaded());
+    EXPECT_EQ("", Mark());
+    SetResourceLibrary(library_.get());
+    EXPECT_EQ("Copy %sof %s", ResourceText(IDS_COPY_PREFIX_NAME));
+    SetResourceLibrary(nullptr);
+    library_.reset();
+    EXPECT_EQ("", Mark());
+    // The library would have left its mark.
+    library_.reset(LoadLibraryA(folder_.At("depotintr.eng.nls").c_str()));
+    EXPECT_EQ("ran", Mark());
+    SetEnvironmentVariableA("DEPOTTESTS_PLANTED", nullptr);
 }
 
 TEST_F(ResourceLibraryTest, TextsAreAbsentWithoutALibrary) {

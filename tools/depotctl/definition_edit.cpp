@@ -28,7 +28,17 @@ std::string Quoted(const std::string& text) {
     return quoted + "\"";
 }
 
+bool IsPassword(const RawValue& value) {
+    const auto name = ParseValueName(value.name);
+    return name && name->known->name == std::string_view("Password");
+}
+
 std::string ValueLine(const RawValue& value) {
+    // A password that belonged to the number before must not stay there either.
+    if (IsPassword(value)) {
+        return "; A password is not shown: store it by --ask-password.\r\n" + Quoted(value.name) +
+               "=-\r\n";
+    }
     if (value.IsText()) return Quoted(value.name) + "=" + Quoted(value.text) + "\r\n";
     char number[16] = {};
     std::snprintf(number, sizeof(number), "%08x", static_cast<unsigned>(value.number));

@@ -22,7 +22,8 @@ Findings NewProblems(const RawDefinition* before, const RawDefinition& after);
 DepotSummary SummaryOf(const RawDefinition& definition, bool isForUser);
 
 // The contents of a .reg file that makes the change below `keyPath`, which begins with the hive's
-// full name; a null change removes the key. In UTF-8, with lines that end in CR LF.
+// full name; a null change removes the key. Passwords are left out, and removed by an import: the
+// file is shown and kept. In UTF-8, with lines that end in CR LF.
 std::string RegistryFile(const std::string& keyPath, const DefinitionChange* change);
 
 // The same in the encoding that registry editors import: UTF-16 with a byte order mark.

@@ -6,6 +6,7 @@
 #include "depotctl/commands.h"
 #include "depotctl/failure.h"
 #include "depotctl/program.h"
+#include "platform/library_search.h"
 #include "platform/wide_text.h"
 #include "platform/win32.h"
 // After the Windows headers.
@@ -107,6 +108,7 @@ ExitCode RunAndComplain() {
 }  // namespace depot::ctl
 
 int main() {
+    depot::RestrictLibrarySearch();
     try {
         return static_cast<int>(depot::ctl::RunAndComplain());
     } catch (...) {
