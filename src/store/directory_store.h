@@ -50,6 +50,7 @@ public:
     Result RemoveTree(const std::string& path) override;
 
     std::size_t Window() const override { return Entries().Window(); }
+    bool ReadsAsFile(const std::string& path) const override { return !LooksLikeFolder(path); }
     void ReadFiles(std::span<FileToRead> files, SourceFate fate) override;
     void WriteFiles(std::span<FileToWrite> files) override;
     void MakeFolders(std::span<FolderToMake> folders) override;
