@@ -53,9 +53,9 @@ constexpr Waits kKeptRead = {0, 1};
 constexpr Waits kKeptLook = {0, 1};
 constexpr Waits kKeptSetAndFlush = {0, 2};
 // On a list of depots that begins with the operation.
-constexpr Waits kUploadOf200Files = {1, 11};
+constexpr Waits kUploadOf200Files = {1, 10};
 constexpr Waits kDownloadOf200Files = {1, 10};
-constexpr Waits kUploadOf20Folders = {1, 12};
+constexpr Waits kUploadOf20Folders = {1, 11};
 constexpr Waits kDownloadOf20Folders = {1, 11};
 constexpr Waits kListOf40FilesToTheFileSystem = {1, 4};
 // Each is written when the one before is known to have arrived.
