@@ -65,6 +65,12 @@ soak: ## Run 10,000 sessions on each store, and let every single system call fai
 	@tools/build release
 	@DEPOTINTR_SOAK_SESSIONS=10000 tools/with-slapd tools/wine-run $(RELEASE)/bin/soak_test.exe
 	@DEPOTINTR_THOROUGH=1 tools/with-slapd tools/wine-run $(RELEASE)/bin/faults_test.exe
+	@DEPOTINTR_TEST_KEEP=60 DEPOTINTR_THOROUGH=1 tools/with-slapd tools/wine-run $(RELEASE)/bin/faults_test.exe \
+		--gtest_filter='*Corp*:*Transfer*'
+	@DEPOTINTR_TEST_KEEP=60 tools/with-slapd tools/wine-run $(RELEASE)/bin/directory_depots_test.exe \
+		--gtest_filter='-*OneBind*:*NoConnectionStays*:*ExistingEntryIsWritableAndStays:ConflictTest.ServerIsAskedOnce*:ConflictTest.LastWriterWins*:DirectoryMemoryTest.LoadThat*'
+	@DEPOTINTR_TEST_KEEP=60 tools/with-slapd tools/wine-run $(RELEASE)/bin/directory_component_test.exe \
+		--gtest_filter='-RoundTrips*:QuestionTest.*:*AskedDllThatCannotAsk*:*CostWhatTheyNeed'
 
 dist: ## Leave in dist/ what users install (SIGN_PFX=file.pfx signs it)
 	@tools/setup dist

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "fileops/read_ahead.h"
 #include "fileops/shell_operation.h"
 #include "platform/temp_file.h"
 #include "store/folder_store.h"
@@ -9,10 +10,6 @@
 
 namespace depot {
 namespace {
-
-// How many bytes of small files are held at once; a larger one is held alone.
-constexpr std::uint64_t kBytesAtOnce = 1024 * 1024;
-constexpr std::size_t kFirstReads = 8;
 
 bool IsLocal(const StorePath& place) {
     return place.store->LocalPath(place.path).has_value();
@@ -161,7 +158,7 @@ private:
     // out of `files`.
     Result ReadSome(std::size_t& index, std::vector<FileToRead>& files) {
         Store& source = *request_.from.store;
-        const std::size_t window = std::min(source.Window(), readWindow_);
+        const std::size_t window = readWindow_.Size(source);
         const std::size_t most = source.Window() > 1 ? window : Target().Window();
         std::uint64_t bytes = 0;
         while (files.size() < most && bytes < kBytesAtOnce && HasFile(index)) {
@@ -178,19 +175,12 @@ private:
                 files.push_back(std::move(file));
             }
         }
-        AdaptReadWindow(files.size(), bytes);
+        readWindow_.Adapt(files.size(), bytes, source);
         return {};
     }
 
     bool HasFile(std::size_t index) const {
         return index < tree_.items.size() && !tree_.items[index].isFolder;
-    }
-
-    // So many more files as the last ones let expect to fit.
-    void AdaptReadWindow(std::size_t files, std::uint64_t bytes) {
-        const std::uint64_t fitting = kBytesAtOnce * files / std::max<std::uint64_t>(bytes, 1);
-        readWindow_ = static_cast<std::size_t>(
-            std::clamp<std::uint64_t>(fitting, 1, request_.from.store->Window()));
     }
 
     Result WriteSome(std::size_t first, const std::vector<FileToRead>& files) {
@@ -266,8 +256,7 @@ private:
     std::vector<PlannedItem> targets_;  // one for each item of the tree
     TransferProgress progress_;
     CopyStage stage_ = CopyStage::kTree;
-    // How many files are read at once; how large they are shows only then.
-    std::size_t readWindow_ = kFirstReads;
+    ReadWindow readWindow_;
 };
 
 CopyOutcome CopyTreeThrough(const std::string& folder, const CopyRequest& request,
@@ -322,6 +311,7 @@ CopyOutcome CopyTree(const CopyRequest& request, StoreSource& source) {
 CopyOutcome CopyOpened(CopyRequest request) {
     Result result = RefuseItself(request, request.existing);
     if (!result) return {std::move(result), CopyStage::kSource};
+    if (request.known) return CopyFileContents(request, *request.known);
     StoreSource source;
     result = request.from.store->ReadSource(request.from.path, request.fate, source);
     if (!result) return {std::move(result), CopyStage::kSource};

@@ -15,6 +15,8 @@ struct CopyRequest {
     TransferWatcher watcher{};
     // Receives what of the source has arrived, by which RemoveCopied removes it; may be null.
     CopiedSource* copied = nullptr;
+    // The bytes of a source that was found to be a file, and whole where it goes; may be null.
+    const FileBuffer* known = nullptr;
 };
 
 // At what a copy ended.

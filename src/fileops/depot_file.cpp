@@ -1,6 +1,5 @@
 #include "fileops/depot_file.h"
 
-#include "fileops/copy.h"
 #include "fileops/directory_transfer.h"
 #include "fileops/outcome.h"
 #include "fileops/shell_operation.h"
@@ -98,9 +97,9 @@ int MoveFile(CDepot& depot, const std::string& source, const std::string& destin
         .AsFlag(errorText);
 }
 
-Result CopyDepotFile(const FileCopy& copy) {
-    CopyRequest request = {PlaceOf(copy.depot, copy.source),
-                           TargetOf(copy.destinationDepot, copy.destination)};
+Result PlanCopy(const FileCopy& copy, CopyRequest& request) {
+    request.from = PlaceOf(copy.depot, copy.source);
+    request.to = TargetOf(copy.destinationDepot, copy.destination);
     if (EndsInSeparator(copy.destination)) {
         // A folder takes the copy under its own name.
         const std::string name = NamePart(RemoveTrailingBackslash(copy.source));
@@ -116,7 +115,14 @@ Result CopyDepotFile(const FileCopy& copy) {
     request.fate = copy.fate;
     request.watcher = copy.watcher;
     request.copied = copy.copied;
-    return ReportedCopy(request, depot::Copy(request));
+    request.known = copy.known;
+    return {};
+}
+
+Result CopyDepotFile(const FileCopy& copy) {
+    CopyRequest request;
+    Result planned = PlanCopy(copy, request);
+    return planned ? ReportedCopy(request, depot::Copy(request)) : std::move(planned);
 }
 
 int CopyFile(CDepot& depot, const std::string& source, const std::string& destination,

@@ -7,7 +7,7 @@
 
 #include <string>
 
-#include "fileops/copied_source.h"
+#include "fileops/copy.h"
 #include "fileops/transfer_progress.h"
 #include "model/depot.h"
 
@@ -57,9 +57,12 @@ struct FileCopy {
     bool failIfExists = false;
     TransferWatcher watcher{};
     SourceFate fate = SourceFate::kStays;
-    CopiedSource* copied = nullptr;  // receives what of the source has arrived
+    CopiedSource* copied = nullptr;     // receives what of the source has arrived
+    const FileBuffer* known = nullptr;  // what was read of the source, see CopyRequest
 };
 Result CopyDepotFile(const FileCopy& copy);
+// Finds out between which places the copy is, without making it.
+Result PlanCopy(const FileCopy& copy, CopyRequest& request);
 
 // Copies a file, or a tree of a directory, within its depot to a name that is free: what exists
 // there, or is made there meanwhile, makes the copy fail and stays.

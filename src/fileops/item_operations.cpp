@@ -9,6 +9,7 @@
 #include "fileops/list_progress.h"
 #include "fileops/open_stores.h"
 #include "fileops/outcome.h"
+#include "fileops/read_ahead.h"
 #include "manager/display_path.h"
 #include "platform/file_names.h"
 #include "platform/local_file.h"
@@ -66,13 +67,6 @@ bool CanCopy(const CDepotItem& source, const CDepotItem* target) {
     return source.depot != nullptr && target != nullptr && !target->path.empty();
 }
 
-// Copies an item to the target's path in the target's depot.
-Result CopyTo(const CDepotItem& source, const CDepotItem& target, const TransferWatcher& watcher,
-              CopiedSource* copied) {
-    return CopyDepotFile({*source.depot, source.path, target.path, target.depot, true, watcher,
-                          copied ? SourceFate::kGoes : SourceFate::kStays, copied});
-}
-
 // What a list, or one item of it, comes to.
 struct ItemWork {
     const CDepotItem* target;  // null for none
@@ -80,6 +74,20 @@ struct ItemWork {
     FILEOP_FLAGS flags;
     HWND window;
 };
+
+// How one item is done.
+struct ItemStep {
+    const TransferWatcher& watcher;
+    CopiedSource* copied = nullptr;     // for an item that goes
+    const FileBuffer* known = nullptr;  // its bytes, if they were read with those of others
+};
+
+// Copies an item to the target's path in the target's depot.
+Result CopyTo(const CDepotItem& source, const CDepotItem& target, const ItemStep& step) {
+    return CopyDepotFile({*source.depot, source.path, target.path, target.depot, true, step.watcher,
+                          step.copied ? SourceFate::kGoes : SourceFate::kStays, step.copied,
+                          step.known});
+}
 
 // A copy or a deletion that fails leaves the text of the caller alone.
 Result WithoutText(Result result) {
@@ -113,22 +121,45 @@ Result MoveItem(const CDepotItem& item, const ItemWork& work, const TransferWatc
     CopiedSource copied;
     Result arrived = stores.Hold(PlaceOf(*work.target));
     if (arrived) arrived = stores.Hold(PlaceOf(item));
-    if (arrived) arrived = CopyTo(item, *work.target, watcher, &copied);
+    if (arrived) arrived = CopyTo(item, *work.target, {watcher, &copied});
     return arrived ? DeleteMoved(item, copied, work.window) : WithoutText(std::move(arrived));
 }
 
-Result OperateOnItem(const CDepotItem& item, const ItemWork& work, const TransferWatcher& watcher) {
+Result OperateOnItem(const CDepotItem& item, const ItemWork& work, const ItemStep& step) {
     switch (work.operation) {
         case FO_COPY:
             if (!CanCopy(item, work.target)) return Error();
-            return WithoutText(CopyTo(item, *work.target, watcher, nullptr));
+            return WithoutText(CopyTo(item, *work.target, step));
         case FO_DELETE:
             return item.depot ? WithoutText(DeleteDepotFile(*item.depot, item.path)) : Error();
         case FO_MOVE:
-            return MoveItem(item, work, watcher);
+            return MoveItem(item, work, step.watcher);
         default:
             return Error();
     }
+}
+
+// The places of what comes from the first item's depot. Another depot is not looked at before its
+// turn: its servers may have to be asked for its place.
+std::vector<StorePath> PlacesOf(const CDepotItems& items) {
+    std::vector<StorePath> places;
+    for (const CDepotItem* item : items) {
+        const bool isOfFirst = item->depot == items.At(0)->depot;
+        places.push_back(isOfFirst ? PlaceOf(*item) : StorePath());
+    }
+    return places;
+}
+
+// Copies an item of a list. Those behind it may be read with it, but for what it writes.
+Result CopyWithNext(const CDepotItems& items, std::size_t number, const ItemWork& work,
+                    ReadAhead& ahead, const TransferWatcher& watcher) {
+    const CDepotItem& item = *items.At(number);
+    const CDepotItem& target = *work.target;
+    const std::optional<FileBuffer> known = ahead.Take(number);
+    Result done = OperateOnItem(item, work, {watcher, nullptr, known ? &*known : nullptr});
+    const bool isFolder = EndsInSeparator(target.path);
+    ahead.Written(PlaceOf(*target.depot, isFolder ? target.path + NameOf(item) : target.path));
+    return done;
 }
 
 Result OperateOneByOne(const CDepotItems& items, const ItemWork& work,
@@ -138,16 +169,21 @@ Result OperateOneByOne(const CDepotItems& items, const ItemWork& work,
     const bool isFolder = EndsInSeparator(work.target->path);
     OpenStores stores;
     ListProgress progress(watcher, items.Count());
+    ReadAhead ahead(PlacesOf(items), SourceFate::kStays);
     // A second item of a name would replace what has just arrived.
     const TakePath isNewName = place.store->UniquePaths();
-    for (const CDepotItem* item : items) {
+    for (std::size_t number = 0; number < items.Count(); ++number) {
+        const CDepotItem& item = *items.At(number);
         // Where the target is no folder, every item gets the same name.
-        if (!deletes && !isNewName(isFolder ? NameOf(*item) : std::string())) {
+        if (!deletes && !isNewName(isFolder ? NameOf(item) : std::string())) {
             return Reported(*place.store, Error(Reason::kExists));
         }
         const bool ready = deletes || stores.Hold(place);
-        if (progress.IsStopped() || !ready || !stores.Hold(PlaceOf(*item))) return Error();
-        Result done = OperateOnItem(*item, work, progress.Next());
+        if (progress.IsStopped() || !ready || !stores.Hold(PlaceOf(item))) return Error();
+        const TransferWatcher next = progress.Next();
+        Result done = work.operation == FO_COPY && item.depot != nullptr
+                          ? CopyWithNext(items, number, work, ahead, next)
+                          : OperateOnItem(item, work, {next});
         if (!done) return done;
     }
     return {};
@@ -254,13 +290,14 @@ bool AllCopiesLeft(const ShellWork& work) {
 
 // Fetches an entry for the shell. For a deletion a name that no local file can have is no
 // hindrance: such an entry is removed without a copy.
-Result CollectEntry(const CDepotItem& item, ShellWork& work, const TransferWatcher& watcher) {
+Result CollectEntry(const CDepotItem& item, ShellWork& work, const TransferWatcher& watcher,
+                    const FileBuffer* known) {
     FetchedEntry entry = {&item, {}};
     const std::string folder = work.temporaryFolders.Make();
     if (folder.empty()) return Error();
     const Result fetched = CopyDepotFile(
         {*item.depot, item.path, folder + "\\", nullptr, false, watcher,
-         work.removesSources ? SourceFate::kGoes : SourceFate::kStays, &entry.copied});
+         work.removesSources ? SourceFate::kGoes : SourceFate::kStays, &entry.copied, known});
     if (fetched) {
         work.copies.push_back(JoinPath(folder, NameOf(item)));
         if (!work.items.Append(PlainItem(work.copies.back()))) return Error();
@@ -275,14 +312,18 @@ Result CollectEntry(const CDepotItem& item, ShellWork& work, const TransferWatch
 // others not half done.
 Result Collect(const CDepotItems& items, ShellWork& work, const TransferWatcher& watcher) {
     ListProgress progress(watcher, items.Count());
-    for (const CDepotItem* item : items) {
-        if (IsInReach(*item)) {
-            if (!work.items.Append(item->Clone())) return Error();
+    ReadAhead ahead(PlacesOf(items), work.removesSources ? SourceFate::kGoes : SourceFate::kStays);
+    for (std::size_t number = 0; number < items.Count(); ++number) {
+        const CDepotItem& item = *items.At(number);
+        if (IsInReach(item)) {
+            if (!work.items.Append(item.Clone())) return Error();
             continue;
         }
         if (progress.IsStopped()) return Error();
-        Result ready = work.stores.Hold(PlaceOf(*item));
-        if (ready) ready = CollectEntry(*item, work, progress.Next());
+        Result ready = work.stores.Hold(PlaceOf(item));
+        if (!ready) return ready;
+        const std::optional<FileBuffer> known = ahead.Take(number);
+        ready = CollectEntry(item, work, progress.Next(), known ? &*known : nullptr);
         if (!ready) return ready;
     }
     return progress.IsStopped() ? Error() : Result();
@@ -336,7 +377,7 @@ int ShellOperation(const CDepotItems& items, const CDepotItem* target, UINT oper
 
 int ItemOperation(const CDepotItem& item, const CDepotItem* target, UINT operation, HWND window,
                   std::string* errorText, const TransferWatcher& watcher) {
-    return OperateOnItem(item, {target, operation, 0, window}, watcher).AsFlag(errorText);
+    return OperateOnItem(item, {target, operation, 0, window}, {watcher}).AsFlag(errorText);
 }
 
 int ListOperation(const CDepotItems& items, const CDepotItem* target, UINT operation,

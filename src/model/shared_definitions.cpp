@@ -25,7 +25,13 @@ public:
         Definitions outdated;
         const std::lock_guard guard(lock_);
         if (!origin_ || origin_->path != path) return nullptr;
-        if (IsAsItWas(*origin_, systemLanguage)) return definitions_;
+        const HiveMark user = MarkOf(HKEY_CURRENT_USER), machine = MarkOf(HKEY_LOCAL_MACHINE);
+        // What cannot be compared now may be as it was all the same.
+        if (!user.isKnown || !machine.isKnown) return nullptr;
+        const bool isAsItWas = origin_->systemLanguage == systemLanguage &&
+                               !origin_->watch.HasChanged() && origin_->user == user &&
+                               origin_->machine == machine;
+        if (isAsItWas) return definitions_;
         outdated.swap(definitions_);
         origin_.reset();
         hasRead_ = false;
@@ -52,12 +58,6 @@ public:
     }
 
 private:
-    static bool IsAsItWas(const SharedReading::Origin& origin, unsigned systemLanguage) {
-        return origin.systemLanguage == systemLanguage && !origin.watch.HasChanged() &&
-               origin.user == MarkOf(HKEY_CURRENT_USER) &&
-               origin.machine == MarkOf(HKEY_LOCAL_MACHINE);
-    }
-
     // Unlike a mutex of the standard library it keeps no memory.
     Lock lock_;
     bool hasRead_ = false;
@@ -105,6 +105,7 @@ bool SharedReading::Watch(const std::string& path) {
     origin_->systemLanguage = language->systemLanguage;
     origin_->user = MarkOf(HKEY_CURRENT_USER);
     origin_->machine = MarkOf(HKEY_LOCAL_MACHINE);
+    if (!origin_->user.isKnown || !origin_->machine.isKnown) return false;
     for (const HKEY hive : {HKEY_CURRENT_USER, HKEY_LOCAL_MACHINE}) {
         if (!origin_->watch.Add(hive, path)) return false;
         if (!origin_->watch.Add(hive, language->settingsKey)) return false;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <memory>
 #include <set>
+#include <utility>
 
 #include "directory/comparable_dn.h"
 #include "platform/local_name.h"
@@ -220,9 +221,15 @@ bool DirectoryStore::CanMakeFolders(const std::vector<PlannedItem>& items,
         if (item.isFolder) lookups.push_back({item.path});
     }
     if (lookups.empty()) return true;
+    // Making the first one asks as well whether it is there. Under a new entry, or one whose parent
+    // is missing, nothing else is.
+    const std::string& first = lookups.front().dn;
+    const std::optional<EntryName> name = Schema().SplitEntryName(first);
+    const Result added = Entries().AddNewFolder(first, name ? name->name : std::string());
+    if (added || added.Is(Reason::kExists)) madeFolder_ = first;
+    if (added || added.Is(Reason::kMissing)) return true;
     const std::span<KindLookup> all = lookups;
     Entries().FindKindsTogether(all.first(1));
-    // Under an entry that does not exist nothing else does.
     if (!all.front().result) return true;
     if (items.front().isFolder && existing == ExistingEntries::kRefuse) return false;
     Entries().FindKindsTogether(all.subspan(1));
@@ -232,6 +239,7 @@ bool DirectoryStore::CanMakeFolders(const std::vector<PlannedItem>& items,
 }
 
 Result DirectoryStore::Prepare(std::vector<PlannedItem>& items, ExistingEntries existing) {
+    madeFolder_.clear();
     const bool replaces = existing == ExistingEntries::kReplace;
     const TakePath isUnique = UniquePaths();
     bool anyShared = false;
@@ -271,6 +279,7 @@ Result DirectoryStore::AddFolder(const std::string& path) {
 
 Result DirectoryStore::MakeFolder(const std::string& path, FoldersAbove above) {
     if (above == FoldersAbove::kExist) return AddFolder(path);
+    if (!madeFolder_.empty() && path == std::exchange(madeFolder_, {})) return {};
     // Most often only this one is missing.
     const std::optional<EntryName> name = Schema().SplitEntryName(path);
     const Result added = Entries().AddNewFolder(path, name ? name->name : std::string());

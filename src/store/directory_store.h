@@ -14,7 +14,10 @@ public:
 
     // Connects and binds, and asks for credentials where none are known or the known ones fail.
     Result Open(bool& opened) override;
-    void Close() override { directory_.Connection().Release(); }
+    void Close() override {
+        madeFolder_.clear();
+        directory_.Connection().Release();
+    }
 
     std::string PathOf(const std::string& path) const override;
     std::string ChildPath(const std::string& folder, const std::string& name,
@@ -38,6 +41,7 @@ public:
     const TreeBounds& Bounds() const override { return directory_.Bounds(); }
     Error IncompleteError(const LeftOut& left) const override;
 
+    // Makes the first folder, which shows whether it was there.
     Result Prepare(std::vector<PlannedItem>& items, ExistingEntries existing) override;
     Result WriteFile(const std::string& path, const FileBuffer& contents,
                      WriteRules rules) override;
@@ -51,6 +55,7 @@ public:
     Result TestWritable(const std::string& path) override;
 
     std::size_t Window() const override { return Entries().Window(); }
+    bool ReadsAsFile(const std::string& path) const override { return !LooksLikeFolder(path); }
     void ReadFiles(std::span<FileToRead> files, SourceFate fate) override;
     void WriteFiles(std::span<FileToWrite> files) override;
     void MakeFolders(std::span<FolderToMake> folders) override;
@@ -83,6 +88,8 @@ private:
     bool CanMakeFolders(const std::vector<PlannedItem>& items, ExistingEntries existing);
 
     CLDAPItems& directory_;
+    // The folder that Prepare has made, or found, and MakeFolder is to make.
+    std::string madeFolder_;
 };
 
 }  // namespace depot

@@ -236,6 +236,8 @@ public:
     // requests of so many under way together. They do what those above do for each item, in any
     // order, so that no item may depend on another one; where this is 1 they are given one.
     virtual std::size_t Window() const { return 1; }
+    // Whether what has this path is a file if bytes can be read of it.
+    virtual bool ReadsAsFile(const std::string& /*path*/) const { return false; }
     virtual void ReadFiles(std::span<FileToRead> files, SourceFate fate);
     virtual void WriteFiles(std::span<FileToWrite> files);
     // In folders that exist.

@@ -138,6 +138,59 @@ TEST_F(KeptConnectionTest, OtherCredentialsGetTheirOwnConnection) {
     EXPECT_GE(Connections(), 2);
 }
 
+// The editor's password is changed while a connection is kept. Who is bound already stays so.
+class ChangedPasswordTest : public KeptConnectionTest {
+protected:
+    ChangedPasswordTest() {
+        location_ = own_.Location().Clone();
+        location_->port = ownRelay_.Port();
+        location_->keepConnection = 60;
+        test::ForgetServer(ownRelay_.Port());
+        base_ = test::kSuffix;
+        own_.AddFile("a.kra", base_, "1");
+        items_ = std::make_unique<CLDAPItems>(location_.get());
+        items_->Connection().SetPrompt(&prompt_);
+        ReadInACall();
+        own_.Apply(std::string("dn: ") + test::kEditor +
+                   "\nchangetype: modify\nreplace: userPassword\nuserPassword: other\n");
+        ReadInACall();
+        EXPECT_EQ(1, ownRelay_.Counts().connections);
+        prompt_.Type(test::kEditor, "other");
+    }
+    void ExpectOneQuestion() {
+        EXPECT_EQ(1u, prompt_.shown.size());
+        EXPECT_EQ(std::vector<std::string>{test::MessageFor(LDAP_INVALID_CREDENTIALS)},
+                  boxes_.Texts());
+    }
+
+    test::DirectoryServer own_;
+    test::Relay ownRelay_{own_.Port()};
+};
+
+TEST_F(ChangedPasswordTest, IsAskedForWhenTheKeptConnectionHasEnded) {
+    ownRelay_.DropAll();
+    ReadInACall();
+    ExpectOneQuestion();
+    ReadInACall();
+    ExpectOneQuestion();
+}
+
+// Nothing is asked in the middle of an operation: that one fails, and the next one asks.
+TEST_F(ChangedPasswordTest, IsAskedForAfterTheRequestThatFoundTheConnectionGone) {
+    ownRelay_.Disturb({.dropBeforeRequest = 1});
+    {
+        const CallConnections call;
+        const ConnectionScope scope(items_->Connection());
+        FileBuffer contents;
+        ASSERT_TRUE(scope);
+        EXPECT_TRUE(items_->Entries().Read(Dn("a.kra"), contents).Is(Reason::kUnreachable));
+    }
+    EXPECT_THAT(boxes_.Texts(), testing::IsEmpty());
+    EXPECT_TRUE(prompt_.shown.empty());
+    ReadInACall();
+    ExpectOneQuestion();
+}
+
 TEST_F(KeptConnectionTest, EndOfTheSessionEndsTheConnection) {
     location_->keepConnection = 3600;
     ReadInACall();

@@ -172,6 +172,52 @@ TEST_F(TogetherTest, ListingsHaveTheirOwnChildren) {
     EXPECT_THAT(listings[3].items.At(0).path, HasSubstr("d1.kra,cn=d1"));
 }
 
+// The window of requests is under way when an entry of it is deleted and another one changed.
+TEST_F(TogetherTest, EntriesThatChangeWithinAWindowAreReadAsTheyAreByThen) {
+    AddMany();
+    std::vector<ContentsRead> reads = Reads();
+    relay_.Disturb({.beforeRequest = [&](const test::RelayedRequest& request) {
+        if (request.number != 5) return;
+        server_.Apply("dn: " + Dn(Name(20)) + "\nchangetype: delete\n");
+        server_.Apply("dn: " + Dn(Name(21)) +
+                      "\nchangetype: modify\nreplace: quillonFileContentsBinary\n"
+                      "quillonFileContentsBinary: changed\n");
+    }});
+    Entries().ReadTogether(reads);
+    relay_.Disturb({});
+    EXPECT_EQ(std::uint32_t{LDAP_NO_SUCH_OBJECT}, CodeOf(reads[20].result));
+    EXPECT_EQ("changed", TextOf(reads[21].contents));
+    for (const std::size_t number : {0, 4, 19, 22, 39}) {
+        EXPECT_EQ(std::to_string(number), TextOf(reads[number].contents));
+    }
+}
+
+// Of several listings that are under way together each shows for itself whether it passes the
+// server's limit, and is repeated in pages then.
+TEST_F(TogetherTest, ListingsAboveTheSizeLimitAreRepeatedInPages) {
+    test::DirectoryServer limited(
+        "database limits * size.soft=3 size.hard=3 size.prtotal=unlimited");
+    test::ForgetServer(limited.Port());
+    const std::unique_ptr<CDepotPath> location = limited.Location().Clone();
+    CLDAPItems items(location.get());
+    ASSERT_EQ(1, items.ConnectLocation(nullptr));
+    const std::vector<std::size_t> sizes = {2, 10, 0, 3, 4};
+    std::vector<FolderListing> listings(sizes.size());
+    for (std::size_t folder = 0; folder < sizes.size(); ++folder) {
+        const std::string name = "d" + std::to_string(folder);
+        limited.AddFolder(name, test::kSuffix);
+        listings[folder].dn = "cn=" + name + "," + test::kSuffix;
+        for (std::size_t file = 0; file < sizes[folder]; ++file) {
+            limited.AddFile(Name(file), listings[folder].dn, "x");
+        }
+    }
+    items.Entries().ListTogether(listings);
+    for (std::size_t folder = 0; folder < sizes.size(); ++folder) {
+        EXPECT_TRUE(listings[folder].result.IsDone()) << folder;
+        EXPECT_EQ(sizes[folder], listings[folder].items.Count());
+    }
+}
+
 // The server may have stored a file whose answer was lost, but none that is reported as done is
 // missing, and none has other contents.
 TEST_F(TogetherTest, ConnectionThatEndsAtAnyRequestLosesNoFileThatWasDone) {

@@ -136,6 +136,22 @@ TEST_P(PublishStoresTest, PublishingAgainBringsTheCopiesUpToDate) {
     }
 }
 
+TEST_P(PublishStoresTest, OfClientsWithOneNameTheLastIsWhatStays) {
+    work_.MakeFile("w\\a.cfg", "one");
+    corp_.MakeFile("x\\a.cfg", "two");
+    corp_.MakeFile("y\\a.cfg", "three");
+    corp_.MakeFile("y\\b.cfg", "b");
+    // Those between are read and written with others, or fail.
+    Publish(6,
+            "C1=<Work>\\w\\a.cfg\r\nC2=<Corp>\\x\\a.cfg\r\nC3=<Corp>\\y\\b.cfg\r\n"
+            "C4=<Corp>\\y\\none.cfg\r\nC5=<Corp>\\y\\a.cfg\r\nC6=" +
+                Path("Sub\\a.cfg") + "\r\n");
+    EXPECT_EQ("three", store_.Bytes("Sub\\a.cfg"));
+    EXPECT_EQ("b", store_.Bytes("Sub\\b.cfg"));
+    EXPECT_FALSE(store_.Holds("Sub\\none.cfg"));
+    EXPECT_EQ(3u, store_.Contents("Sub").size());
+}
+
 TEST_P(PublishStoresTest, PublishedProfilePublishedAgainStaysAsItIs) {
     const std::string client = folder_.MakeFile("c.cfg", "one");
     Publish(1, "C1=" + client + "\r\n");

@@ -7,6 +7,7 @@
 
 #include "component/component.h"
 #include "fileops/depot_file.h"
+#include "fileops/item_operations.h"
 #include "manager/depot_list.h"
 #include "support/box_log.h"
 #include "support/component_depots.h"
@@ -25,6 +26,7 @@ constexpr std::chrono::milliseconds kEachWay(25);
 
 constexpr int kFiles = 200;
 constexpr int kFolders = 20;
+constexpr int kListed = 40;
 
 // Fewer is better: whoever saves some lowers these.
 //
@@ -44,15 +46,20 @@ constexpr Waits kRenamingOfAFile = {1, 3};
 constexpr Waits kRenamingOfAFolder = {1, 3};
 constexpr Waits kDeletionOfAFile = {1, 4};
 constexpr Waits kDeletionOf200Files = {1, 11};
+// Clients in the directory of a profile there: those of a window are read, and written, together.
+constexpr Waits kPublishingOf40Files = {1, 7};
 // In a session that has read a file and keeps its connection.
 constexpr Waits kKeptRead = {0, 1};
 constexpr Waits kKeptLook = {0, 1};
 constexpr Waits kKeptSetAndFlush = {0, 2};
 // On a list of depots that begins with the operation.
-constexpr Waits kUploadOf200Files = {1, 11};
+constexpr Waits kUploadOf200Files = {1, 10};
 constexpr Waits kDownloadOf200Files = {1, 10};
-constexpr Waits kUploadOf20Folders = {1, 12};
+constexpr Waits kUploadOf20Folders = {1, 11};
 constexpr Waits kDownloadOf20Folders = {1, 11};
+constexpr Waits kListOf40FilesToTheFileSystem = {1, 4};
+// Each is written when the one before is known to have arrived.
+constexpr Waits kListOf40FilesWithinTheDirectory = {1, 44};
 
 class RoundTripsTest : public ComponentTest {
 protected:
@@ -120,6 +127,21 @@ protected:
         CDepot& corp = *depots.At(0);
         std::string error;
         EXPECT_EQ(1, CopyFile(corp, from, to, up ? &corp : nullptr, false, &error)) << error;
+    }
+
+    // Copies the files of "list" as a list, with a list of depots that is new.
+    void CopyList(const std::string& target, bool isInDirectory) {
+        CDepots depots(kDepotsKey);
+        ASSERT_EQ(1u, depots.Count());
+        CDepot& corp = *depots.At(0);
+        CDepotItems items;
+        for (int number = 0; number < kListed; ++number) {
+            const std::string name = "<Corp>\\list\\f" + std::to_string(number) + ".kra";
+            items.Append(std::make_unique<CDepotItem>(name, &corp));
+        }
+        const CDepotItem folder(target, isInDirectory ? &corp : nullptr);
+        std::string error;
+        EXPECT_EQ(1, ListOperation(items, &folder, FO_COPY, kQuietFlags, nullptr, &error)) << error;
     }
 
     static constexpr char kFile[] = "<Corp>\\Sessions\\a.kra";
@@ -272,6 +294,38 @@ TEST_F(RoundTripsTest, DownloadOf20FoldersWith200Files) {
     MakeFiles("tree", kFiles, kFolders);
     EXPECT_EQ(kDownloadOf20Folders,
               Of([&] { CopyTree("<Corp>\\tree", folder_.At("back"), false); }));
+}
+
+TEST_F(RoundTripsTest, PublishingOf40Files) {
+    MakeFiles("clients", kListed);
+    std::string profile = "[Skein]\r\nCount=" + std::to_string(kListed) + "\r\n[Clients]\r\n";
+    for (int number = 0; number < kListed; ++number) {
+        profile += "C" + std::to_string(number + 1) + "=<Corp>\\clients\\f" +
+                   std::to_string(number) + ".kra\r\n";
+    }
+    corp_.MakeFile("Sessions\\p.kra", profile);
+    ASSERT_EQ(S_OK, api_->DPLoadFile(session_->Address(), Text("<Corp>\\Sessions\\p.kra")));
+    EXPECT_EQ(kPublishingOf40Files,
+              Of([&] { EXPECT_EQ(S_OK, api_->DPPublishSkesDepFiles(*session_)); }));
+    for (const int number : {0, 7, 8, 31, 32, 39}) {
+        const std::string name = "f" + std::to_string(number) + ".kra";
+        EXPECT_EQ(std::string(1024, 'x'), corp_.Bytes("Sessions\\" + name));
+        EXPECT_EQ(L"<Corp>\\Sessions\\" + Wide(name),
+                  Read(*session_, L"Clients", (L"C" + std::to_wstring(number + 1)).c_str()));
+    }
+}
+
+TEST_F(RoundTripsTest, ListOf40FilesToTheFileSystem) {
+    MakeFiles("list", kListed);
+    const std::string folder = folder_.MakeFolder("out");
+    EXPECT_EQ(kListOf40FilesToTheFileSystem, Of([&] { CopyList(folder, false); }));
+    EXPECT_EQ(std::string(1024, 'x'), FileBytes(folder + "\\f39.kra"));
+}
+
+TEST_F(RoundTripsTest, ListOf40FilesWithinTheDirectory) {
+    MakeFiles("list", kListed);
+    EXPECT_EQ(kListOf40FilesWithinTheDirectory, Of([&] { CopyList("<Corp>\\Sessions\\", true); }));
+    EXPECT_EQ(std::string(1024, 'x'), corp_.Bytes("Sessions\\f39.kra"));
 }
 
 }  // namespace

@@ -1,9 +1,13 @@
 // A depot in a directory, as its tests share it.
 #pragma once
 
+#include <optional>
+
+#include "directory/call_connections.h"
 #include "manager/depot_file_context.h"
 #include "model/working_copy.h"
 #include "support/directory_fixture.h"
+#include "support/kept_seconds.h"
 #include "support/scratch.h"
 #include "support/working_files.h"
 
@@ -26,6 +30,11 @@ protected:
         key_.Dword("Work", "Authentication1", kSimpleAuthentication);
         key_.Text("Work", "Username1", user);
         key_.Text("Work", "Password1", password);
+        if (KeptSeconds() > 0) {
+            key_.Dword("Work", "KeepConnection1", KeptSeconds());
+            // Without an interface above them the operations are no calls.
+            if (!call_) call_.emplace();
+        }
         depots_ = std::make_unique<CDepots>(kKey);
         work_ = depots_->At(0);
     }
@@ -60,6 +69,7 @@ protected:
     ScratchKey key_{HKEY_CURRENT_USER, kKey};
     std::unique_ptr<CDepots> depots_;
     CDepot* work_ = nullptr;
+    std::optional<CallConnections> call_;
 };
 
 }  // namespace depot::test

@@ -2,10 +2,13 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 
+#include "directory/call_connections.h"
 #include "manager/depot_world.h"
 #include "support/directory_fixture.h"
+#include "support/kept_seconds.h"
 
 namespace depot::test {
 
@@ -24,6 +27,8 @@ protected:
         world_.depots.Add(depot.release(), false);
         EXPECT_EQ(base_ + "\\", work_->paths->GetActivePath());
         server_.Mark();
+        // Without an interface above them the operations are no calls.
+        if (KeptSeconds() > 0) call_.emplace();
     }
 
     // The name of an entry below the base, from the deepest component to the highest.
@@ -105,6 +110,7 @@ protected:
     CDepot* work_ = nullptr;
     CDepot& home_ = world_.Add("Home", "Home", "h");
     std::string error_ = "junk";
+    std::optional<CallConnections> call_;
 };
 
 }  // namespace depot::test

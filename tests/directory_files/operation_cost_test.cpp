@@ -90,6 +90,20 @@ TEST_F(OperationCostTest, ListWithinADirectoryIsOneBind) {
     EXPECT_EQ("2", Contents(DN("cn=b.kra,cn=sub")));
 }
 
+TEST_F(OperationCostTest, WhatAnEarlierItemOfAListReplacesIsReadAfterwards) {
+    server_.AddFile("a.kra", base_, "1");
+    server_.AddFolder("sub", base_);
+    server_.AddFile("b.kra", DN("cn=sub"), "new");
+    server_.AddFolder("t", base_);
+    server_.AddFolder("sub", DN("cn=t"));
+    server_.AddFile("b.kra", DN("cn=sub,cn=t"), "old");
+    const CDepotItem target("<Work>\\t\\", work_);
+    EXPECT_THAT(
+        OnList({"<Work>\\a.kra", "<Work>\\sub", "<Work>\\t\\sub\\b.kra"}, work_, &target, FO_COPY),
+        IsDone());
+    EXPECT_EQ("new", Contents(DN("cn=b.kra,cn=t")));
+}
+
 TEST_F(OperationCostTest, MoveOfOneEntryIsOneBind) {
     server_.AddFile("a.kra", base_, "1");
     const CDepotItem target("<Home>\\a.kra", &home_);

@@ -15,6 +15,8 @@
     FAULT(kRegistry, RegisterTypeLib, TYPE_E_REGISTRYACCESS, 0)                      \
     FAULT(kRegistry, UnRegisterTypeLib, TYPE_E_REGISTRYACCESS, 0)                    \
     RETURNS(RegCloseKey, kKey)                                                       \
+    FAULT(kRegistry, RegNotifyChangeKeyValue, ERROR_NOT_ENOUGH_MEMORY, 0)            \
+    FAULT(kRegistry, RegQueryInfoKeyA, ERROR_NOT_ENOUGH_MEMORY, 0)                   \
     TAKES(kFile, CreateFileA, INVALID_HANDLE_VALUE, ERROR_ACCESS_DENIED, kHandle)    \
     FAULT(kFile, ReadFile, FALSE, ERROR_READ_FAULT)                                  \
     FAULT(kFile, CopyFileA, FALSE, ERROR_DISK_FULL)                                  \
@@ -56,6 +58,7 @@
     RETURNS(_lclose, kLegacyFile)                                                    \
     TAKES(kObject, CreateEventA, nullptr, ERROR_NO_SYSTEM_RESOURCES, kHandle)        \
     TAKES(kObject, OpenProcessToken, FALSE, ERROR_ACCESS_DENIED, kHandle)            \
+    TAKES(kObject, OpenThreadToken, FALSE, ERROR_ACCESS_DENIED, kHandle)             \
     FAULT(kObject, GetTokenInformation, FALSE, ERROR_ACCESS_DENIED)                  \
     TAKES(kObject, ActivateActCtx, FALSE, ERROR_NOT_ENOUGH_MEMORY, kActivation)      \
     RETURNS(DeactivateActCtx, kActivation)                                           \

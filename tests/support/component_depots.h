@@ -4,6 +4,7 @@
 #include <string>
 
 #include "support/directory_server.h"
+#include "support/kept_seconds.h"
 #include "support/scratch.h"
 
 namespace depot::test {
@@ -17,6 +18,7 @@ inline void DefineAskingDepot(const ScratchKey& depots, const std::string& name,
     depots.Text(name, "Host1", "127.0.0.1");
     depots.Dword(name, "Port1", port);
     depots.Dword(name, "Authentication1", kSimpleAuthentication);
+    if (KeptSeconds() > 0) depots.Dword(name, "KeepConnection1", KeptSeconds());
 }
 
 // Defines a depot of one directory location on this machine, used as the editor or as another user.

@@ -9,6 +9,7 @@
 #include <sstream>
 
 #include "support/directory_server.h"
+#include "support/kept_seconds.h"
 
 namespace depot::test {
 namespace {
@@ -187,6 +188,7 @@ CDepotPath DirectoryServer::Location(const std::string& base) const {
     location.port = port_;
     location.username = kEditor;
     location.password = kEditorPassword;
+    location.keepConnection = KeptSeconds();
     return location;
 }
 
