@@ -57,13 +57,18 @@ std::wstring Quoted(const std::wstring& argument) {
 // The program with all its streams redirected.
 class RunningTool {
 public:
-    explicit RunningTool(const std::wstring& arguments) {
-        std::wstring command = L"\"" + WideFromAnsi(ToolPath()) + L"\" " + arguments;
+    explicit RunningTool(const std::wstring& arguments)
+        : RunningTool(Program() + L" " + arguments, nullptr) {}
+
+    static std::wstring Program() { return L"\"" + WideFromAnsi(ToolPath()) + L"\""; }
+
+    // With another output than the pipe, unless it is the null pointer.
+    RunningTool(std::wstring command, const HANDLE* otherOutput) {
         STARTUPINFOW startup = {};
         startup.cb = sizeof(startup);
         startup.dwFlags = STARTF_USESTDHANDLES;
         startup.hStdInput = input.read.get();
-        startup.hStdOutput = output.write.get();
+        startup.hStdOutput = otherOutput ? *otherOutput : output.write.get();
         startup.hStdError = errors.write.get();
         const PROCESS_INFORMATION created = Start(std::move(command), startup);
         const UniqueHandle thread(created.hThread);
@@ -157,6 +162,27 @@ ToolRun RunTool(const std::vector<std::string>& arguments, const std::string& in
     DWORD written = 0;
     WriteFile(tool.input.write.get(), input.data(), static_cast<DWORD>(input.size()), &written,
               nullptr);
+    tool.input.write.reset();
+    return Finish(tool, SIZE_MAX);
+}
+
+ToolRun RunToolByLine(const std::string& line) {
+    RunningTool tool(WideFromUtf8(line));
+    tool.input.write.reset();
+    return Finish(tool, SIZE_MAX);
+}
+
+ToolRun RunToolAtPrompt(const std::string& line) {
+    // The prompt takes the outer quotes away.
+    RunningTool tool(
+        L"cmd.exe /s /c \"" + RunningTool::Program() + L" " + WideFromUtf8(line) + L"\"", nullptr);
+    tool.input.write.reset();
+    return Finish(tool, SIZE_MAX);
+}
+
+ToolRun RunToolWithOutput(const std::vector<std::string>& arguments, HANDLE output) {
+    SetHandleInformation(output, HANDLE_FLAG_INHERIT, HANDLE_FLAG_INHERIT);
+    RunningTool tool(RunningTool::Program() + L" " + QuotedCommandLine(arguments), &output);
     tool.input.write.reset();
     return Finish(tool, SIZE_MAX);
 }

@@ -41,6 +41,14 @@ ToolRun RunTool(const std::vector<std::string>& arguments, const std::string& in
 // The same with arguments that UTF-8 may not hold.
 ToolRun RunToolWith(const std::vector<std::wstring>& arguments);
 
+// The same with a command line that is passed on as it stands, the second time as what is typed at
+// a prompt of the system.
+ToolRun RunToolByLine(const std::string& line);
+ToolRun RunToolAtPrompt(const std::string& line);
+
+// The same with a file, or nothing, that takes the output.
+ToolRun RunToolWithOutput(const std::vector<std::string>& arguments, HANDLE output);
+
 // Starts the program, reads `bytes` of its output, closes the pipe and waits for its end.
 ToolRun RunToolAndStopReading(const std::vector<std::string>& arguments, std::size_t bytes);
 

@@ -165,6 +165,30 @@ class InstallerTest(InstallationTest):
         self.assertIn("DepotIntr.dll", self.installed())
         self.assertNotIn("qdirsvc.dll", self.installed())
 
+    def test_users_of_every_language_get_their_texts(self):
+        self.install()
+        for locale, language in (("de_DE", "deu"), ("ja_JP", "jpn"), ("fr_CA", "fra"), ("fi_FI", "eng")):
+            with self.subTest(locale):
+                with self.windows.speaking(locale):
+                    output = self.check()[1]
+                self.assertIn(f"depotintr.{language}.nls", output)
+
+    def test_list_of_languages_of_the_product_stays(self):
+        key = "HKLM\\Software\\Quillon\\Farrow\\13.00\\Locale"
+        self.windows.run("reg.exe", "add", key, "/v", "Available UI Languages", "/d", "eng ita", "/f")
+        self.addCleanup(self.windows.run, "reg.exe", "delete", key, "/f")
+        self.install()
+        self.assertEqual(DONE, self.upgrade())
+        self.assertIn('"Available UI Languages"="eng ita"', self.windows.registry(key))
+        self.assertEqual(DONE, self.windows.installer("/x", LATER))
+        self.assertIn('"Available UI Languages"="eng ita"', self.windows.registry(key))
+
+    def test_upgrade_keeps_the_list_of_languages(self):
+        self.install()
+        self.assertEqual(DONE, self.upgrade())
+        key = "HKLM\\Software\\Quillon\\Farrow\\13.00\\Locale"
+        self.assertIn('"Available UI Languages"="eng fra deu', self.windows.registry(key))
+
     def test_folder_that_ordinary_users_write_to_is_refused(self):
         user = next(p.name for p in self.windows.path("C:\\users").iterdir() if p.name != "Public")
         for folder in ("C:\\users\\Public\\DepotIntr", f"C:\\users\\{user}\\AppData\\Local\\DepotIntr",

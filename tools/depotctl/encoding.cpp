@@ -2,6 +2,7 @@
 
 #include "depotctl/failure.h"
 #include "depotctl/utf8_text.h"
+#include "platform/error_text.h"
 #include "platform/text.h"
 #include "platform/wide_text.h"
 #include "platform/win32.h"
@@ -23,6 +24,12 @@ bool IsSameName(std::string_view left, std::string_view right) {
     const auto narrowLeft = ExactAnsiFromUtf8(left), narrowRight = ExactAnsiFromUtf8(right);
     if (!narrowLeft || !narrowRight) return left == right;
     return EqualsNoCase(*narrowLeft, *narrowRight);
+}
+
+std::string SystemWords(std::uint32_t error) {
+    std::string text;
+    FormatErrorText(error, nullptr, nullptr, &text, nullptr);
+    return OneLine(Utf8FromAnsi(text));
 }
 
 std::string KeyArgument(std::string key) {

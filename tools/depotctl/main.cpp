@@ -3,12 +3,14 @@
 #include <memory>
 #include <sstream>
 
+#include "depotctl/argument_text.h"
 #include "depotctl/commands.h"
 #include "depotctl/failure.h"
 #include "depotctl/program.h"
 #include "platform/library_search.h"
 #include "platform/wide_text.h"
 #include "platform/win32.h"
+#include "version.h"
 // After the Windows headers.
 #include <shellapi.h>
 
@@ -38,7 +40,7 @@ std::string Utf8Argument(std::wstring_view wide) {
 std::vector<std::string> Arguments() {
     int count = 0;
     const std::unique_ptr<wchar_t*, ArgumentsFreer> wide(
-        CommandLineToArgvW(GetCommandLineW(), &count));
+        CommandLineToArgvW(WithClosedPaths(GetCommandLineW()).c_str(), &count));
     std::vector<std::string> arguments;
     for (int index = count - 1; index > 0; --index) {
         arguments.push_back(Utf8Argument(wide.get()[index]));
@@ -51,6 +53,7 @@ void AddCommands(CLI::App& app, Program& program) {
     app.fallthrough();
     app.allow_windows_style_options(false);
     app.footer(kFooter);
+    app.set_version_flag("--version", "depotctl " DEPOT_VERSION_TEXT, "Show the version");
     app.add_flag_callback(
         "--json", [&program] { program.renderer.UseJson(); }, "Answer in JSON");
     AddListCommand(app, program);

@@ -30,12 +30,6 @@ std::string SpelledAs(const CDepot& depot, const std::string& path) {
     return length ? prefix + path.substr(*length) : path;
 }
 
-std::string SystemWords(DWORD error) {
-    std::string text;
-    FormatErrorText(error, nullptr, nullptr, &text, nullptr);
-    return OneLine(Utf8FromAnsi(text));
-}
-
 }  // namespace
 
 std::string Place::Utf8() const {

@@ -39,8 +39,8 @@ Progress::~Progress() {
     if (shown_ == 0) return;
     try {
         stream_.Write("\r" + std::string(shown_, ' ') + "\r");
-    } catch (const OutputClosed&) {
-        // A closed terminal needs no clean line.
+    } catch (...) {
+        // A terminal that is gone needs no clean line.
     }
 }
 

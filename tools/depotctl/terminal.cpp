@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "depotctl/encoding.h"
 #include "depotctl/failure.h"
 #include "platform/handles.h"
 #include "platform/wide_text.h"
@@ -41,12 +42,18 @@ private:
     DWORD previous_ = 0;
 };
 
+// A reader that closed its pipe has what it wanted; anything else has lost what was to be written.
+[[noreturn]] void EndOutput(DWORD error) {
+    if (error == ERROR_BROKEN_PIPE || error == ERROR_NO_DATA) throw OutputClosed();
+    throw CommandFailure(ExitCode::kRefused, "cannot write the output: " + SystemWords(error));
+}
+
 void WriteWide(HANDLE console, const std::wstring& text) {
     for (std::size_t at = 0; at < text.size(); at += kConsoleChunk) {
         const auto length = static_cast<DWORD>(std::min(kConsoleChunk, text.size() - at));
         DWORD written = 0;
         if (!WriteConsoleW(console, text.data() + at, length, &written, nullptr)) {
-            throw OutputClosed();
+            EndOutput(GetLastError());
         }
     }
 }
@@ -90,11 +97,15 @@ void OutputStream::Write(std::string_view text) const {
 }
 
 void OutputStream::WriteBytes(const void* bytes, std::size_t length) const {
+    // A program that was started without an output has nobody who reads it.
+    if (handle_ == nullptr || handle_ == INVALID_HANDLE_VALUE) return;
     const auto* const data = static_cast<const char*>(bytes);
     for (std::size_t at = 0; at < length;) {
         DWORD written = 0;
         const auto chunk = static_cast<DWORD>(std::min<std::size_t>(length - at, 1u << 20));
-        if (!WriteFile(handle_, data + at, chunk, &written, nullptr)) throw OutputClosed();
+        if (!WriteFile(handle_, data + at, chunk, &written, nullptr)) EndOutput(GetLastError());
+        // Nothing written without an error is what some file systems make of no room.
+        if (written == 0) EndOutput(ERROR_DISK_FULL);
         at += written;
     }
 }

@@ -21,7 +21,8 @@ public:
     // The columns of the terminal's window; 0 for anything else.
     std::size_t Columns() const;
 
-    // Writes a text in UTF-8. Throws OutputClosed when the output has no reader any more.
+    // Writes a text in UTF-8. Throws OutputClosed when the output has no reader any more, and ends
+    // the command when it cannot be written, as on a full disk.
     void Write(std::string_view text) const;
 
     // Writes bytes as they are, also to a terminal.

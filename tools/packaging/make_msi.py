@@ -74,6 +74,11 @@ SET_PROPERTY, FAIL = 51, 19
 ALWAYS, ON_DEMAND = 1, 2
 RAW_VALUE_64 = 2 + 16
 OWN_KEY = "Software\\Quillon\\DepotIntr"
+LOCALE_KEY = "Software\\Quillon\\Farrow\\13.00\\Locale"
+LANGUAGE_LIST = "Available UI Languages"
+# A part of the package without a file, known by a value in the registry.
+LANGUAGES = "Languages"
+IS_64_BIT, HAS_REGISTRY_KEY_PATH = 256, 4
 DISALLOW_ADVERTISING = 8
 TYPE_LIBRARY_VERSION = 1 * 256 + 0
 
@@ -102,11 +107,15 @@ def description(version, files):
     <Directory Id="TARGETDIR" Name="SourceDir">
       <Directory Id="ProgramFiles64Folder">
         <Directory Id="MAKERDIR" Name="{product.MAKER}">
-          <Directory Id="INSTALLDIR" Name="{product.NAME}">{"".join(map(part, files))}</Directory>
+          <Directory Id="INSTALLDIR" Name="{product.NAME}">{"".join(map(part, files))}
+            <Component Id="{LANGUAGES}" Guid="{product.identifier("part", LANGUAGES)}" Win64="yes">
+              <CreateFolder/>
+            </Component>
+          </Directory>
         </Directory>
       </Directory>
     </Directory>
-    {feature(FEATURE, product.TITLE, ALWAYS, own)}
+    {feature(FEATURE, product.TITLE, ALWAYS, [*own, LANGUAGES])}
     {feature(STAND_IN_FEATURE, "Stand-in for the directory service", ON_DEMAND, stand_in)}
   </Product>
 </Wix>
@@ -161,9 +170,11 @@ def search_rows():
     library = product.STAND_IN
     return {
         "AppSearch": [["KEPTFOLDER", "KeptFolder"], ["KEPTSTANDIN", "KeptStandIn"],
+                      ["KEPTLANGUAGES", "KeptLanguages"], ["PRODUCTLANGUAGES", "ProductLanguages"],
                       ["PRODUCTSERVICE", "ProductService"]],
-        "RegLocator": [["KeptFolder", str(LOCAL_MACHINE), OWN_KEY, "InstallDir", str(RAW_VALUE_64)],
-                       ["KeptStandIn", str(LOCAL_MACHINE), OWN_KEY, "StandIn", str(RAW_VALUE_64)]],
+        "RegLocator": [[name, str(LOCAL_MACHINE), key, value, str(RAW_VALUE_64)] for name, key, value in (
+            ("KeptFolder", OWN_KEY, "InstallDir"), ("KeptStandIn", OWN_KEY, "StandIn"),
+            ("KeptLanguages", OWN_KEY, LANGUAGES), ("ProductLanguages", LOCALE_KEY, LANGUAGE_LIST))],
         "DrLocator": [["ProductService", "", "[System64Folder]", "0"]],
         "Signature": [["ProductService", library, "", "", "", "", "", "", ""]],
         "Condition": [[STAND_IN_FEATURE, str(ALWAYS), "KEPTSTANDIN"]],
@@ -174,7 +185,9 @@ def search_rows():
 
 def kept_rows():
     return [["KeptFolder", str(LOCAL_MACHINE), OWN_KEY, "InstallDir", "[INSTALLDIR]", product.COMPONENT[0]],
-            ["KeptStandIn", str(LOCAL_MACHINE), OWN_KEY, "StandIn", "1", product.STAND_IN]]
+            ["KeptStandIn", str(LOCAL_MACHINE), OWN_KEY, "StandIn", "1", product.STAND_IN],
+            ["KeptLanguages", str(LOCAL_MACHINE), OWN_KEY, LANGUAGES, "1", LANGUAGES],
+            [LANGUAGES, str(LOCAL_MACHINE), LOCALE_KEY, LANGUAGE_LIST, " ".join(product.languages()), LANGUAGES]]
 
 
 def table_rows(servers):
@@ -252,7 +265,11 @@ def make(folder, package, build):
         queries = [*action_queries(), *version_queries(work, files),
                    f"UPDATE Feature SET Attributes = {DISALLOW_ADVERTISING}",
                    "UPDATE Component SET Condition = 'NOT PRODUCTSERVICE' "
-                   f"WHERE Component = '{product.STAND_IN}'"]
+                   f"WHERE Component = '{product.STAND_IN}'",
+                   # A list that is there is the product's, and stays.
+                   "UPDATE Component SET Condition = 'NOT PRODUCTLANGUAGES OR KEPTLANGUAGES', "
+                   f"KeyPath = '{LANGUAGES}', Attributes = {IS_64_BIT + HAS_REGISTRY_KEY_PATH} "
+                   f"WHERE Component = '{LANGUAGES}'"]
         subprocess.run(["msibuild", str(made), *(x for query in queries for x in ("-q", query))],
                        check=True)
         subprocess.run(["msibuild", str(made), "-s", product.TITLE, product.MAKER, "x64;1033",

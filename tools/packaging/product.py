@@ -1,5 +1,6 @@
 """What every package of the product shares: its names, its version and its files."""
 import os
+import re
 import struct
 import subprocess
 import sys
@@ -49,6 +50,12 @@ def runtime_files(folder):
     present = sorted(os.listdir(folder), key=str.lower)
     wanted = {*COMPONENT, STAND_IN, TOOL}
     return [name for name in present if name in wanted or name.lower().endswith(".nls")]
+
+
+def languages():
+    """The codes of the languages that the product has texts in, in their order."""
+    rows = (REPOSITORY / "src/config/languages.h").read_text()
+    return re.findall(r'^    \{"([a-z]+)", ', rows, re.MULTILINE)
 
 
 def source_date():
