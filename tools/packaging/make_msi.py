@@ -74,6 +74,9 @@ SET_PROPERTY, FAIL = 51, 19
 ALWAYS, ON_DEMAND = 1, 2
 RAW_VALUE_64 = 2 + 16
 OWN_KEY = "Software\\Quillon\\DepotIntr"
+EVENT_SOURCE = "SYSTEM\\CurrentControlSet\\Services\\EventLog\\Application\\DepotIntr"
+# Errors, warnings and information.
+EVENT_TYPES = 1 + 2 + 4
 DISALLOW_ADVERTISING = 8
 TYPE_LIBRARY_VERSION = 1 * 256 + 0
 
@@ -177,6 +180,14 @@ def kept_rows():
             ["KeptStandIn", str(LOCAL_MACHINE), OWN_KEY, "StandIn", "1", product.STAND_IN]]
 
 
+def event_source_rows():
+    """What viewers of the event log need to show the component's entries as sentences."""
+    library = product.PLAIN_TEXTS
+    return [["EventMessages", str(LOCAL_MACHINE), EVENT_SOURCE, "EventMessageFile",
+             f"#%[INSTALLDIR]{library}", library],
+            ["EventTypes", str(LOCAL_MACHINE), EVENT_SOURCE, "TypesSupported", f"#{EVENT_TYPES}", library]]
+
+
 def table_rows(servers):
     tables = {name: [] for name in TABLES}
     for server in servers:
@@ -189,7 +200,7 @@ def table_rows(servers):
     # What an installer makes it removes when it is empty.
     tables["CreateFolder"] = [[folder, product.COMPONENT[0]] for folder in ("MAKERDIR", "INSTALLDIR")]
     tables["MsiLockPermissionsEx"] = [["Folder", "INSTALLDIR", "CreateFolder", PERMISSIONS, ""]]
-    tables["Registry"] += kept_rows()
+    tables["Registry"] += kept_rows() + event_source_rows()
     return {**tables, **search_rows()}
 
 
