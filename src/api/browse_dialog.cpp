@@ -3,11 +3,21 @@
 #include <new>
 
 #include "api/automation_text.h"
+#include "platform/user_presence.h"
 
 namespace depot {
 namespace {
 
 constexpr LONG kConfirmed = 1;
+constexpr char kPurpose[] = "choice of files";
+
+UniqueCom<IDepotBrowseDialog> MakeDialog() {
+    if (!HasAPerson()) {
+        ReportUnshown(LogMessage::kDialogNotShown, kPurpose);
+        return nullptr;
+    }
+    return CreateAnywhere<IDepotBrowseDialog>(CLSID_DepotBrowseDialog, IID_IDepotBrowseDialog);
+}
 
 bool IsListOfTexts(SAFEARRAY* array) {
     VARTYPE type = VT_EMPTY;
@@ -29,9 +39,7 @@ BrowseKind BrowseKindOf(APP_TYPE application, BROWSE_TYPE browseType) {
     return {};
 }
 
-BrowseDialog::BrowseDialog()
-    : dialog_(CreateAnywhere<IDepotBrowseDialog>(CLSID_DepotBrowseDialog, IID_IDepotBrowseDialog)) {
-}
+BrowseDialog::BrowseDialog() : dialog_(MakeDialog()) {}
 
 void BrowseDialog::SetKind(const BrowseKind& kind) {
     if (!dialog_) return;

@@ -27,8 +27,9 @@ struct BrowseOptions {
     bool allowMultipleSelection = false;
 };
 
-// The dialog as the browse methods use it. Where the component cannot be created the dialog is
-// absent, and running it chooses nothing. Single settings that the dialog refuses are passed over.
+// The dialog as the browse methods use it. Where the component cannot be created, or no person sees
+// the process's windows, the dialog is absent, and running it chooses nothing. Single settings that
+// the dialog refuses are passed over.
 //
 // REQUIRES: COM is initialised on the calling thread.
 class BrowseDialog {

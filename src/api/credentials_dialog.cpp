@@ -4,6 +4,7 @@
 #include "com/automation.h"
 #include "model/localization.h"
 #include "platform/user_notice.h"
+#include "platform/user_presence.h"
 #include "platform/wide_text.h"
 
 namespace depot {
@@ -73,7 +74,15 @@ void ExplainUnusableCharacters() {
 
 }  // namespace
 
+bool CredentialsDialog::CanBeAnswered() const {
+    return HasAPerson();
+}
+
 bool CredentialsDialog::Show(Credentials& credentials) noexcept try {
+    if (!HasAPerson()) {
+        ReportUnshown(LogMessage::kPromptNotShown, credentials.server);
+        return false;
+    }
     const UniqueCom<IUserPasswordPromptDialog> dialog = CreateDialogComponent();
     if (!dialog || !Fill(*dialog, credentials)) return false;
     while (IsConfirmed(*dialog)) {

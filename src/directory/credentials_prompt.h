@@ -24,6 +24,10 @@ public:
 
     // Whether a prompt that was cancelled turns prompting for the server off in every process.
     virtual bool CancelIsForAll() const { return true; }
+
+    // Whether a person can answer. Where none can, Show only reports that and returns false, and it
+    // counts as if there had been no prompt.
+    virtual bool CanBeAnswered() const { return true; }
 };
 
 }  // namespace depot

@@ -342,13 +342,15 @@ LdapConnection::PromptResult LdapConnection::AskForCredentials(CredentialsPrompt
         return mayRepeat ? PromptResult::kNothingAsked : PromptResult::kNobodyAsked;
     }
     if (failed != nullptr) shared_.TakeFillingBack();
-    // Without a prompt nothing but what belongs together is tried.
-    Credentials credentials = prompt != nullptr ? shared_.Known() : shared_.Paired();
+    const bool canBeAnswered = prompt != nullptr && prompt->CanBeAnswered();
+    // Without an answer nothing but what belongs together is tried.
+    Credentials credentials = canBeAnswered ? shared_.Known() : shared_.Paired();
     const std::optional<Credentials> untried = shared_.Untried(credentials, failed);
     if (untried || IsComplete(credentials)) shared_.KeepInRecord(untried.value_or(credentials));
     if (untried) return PromptResult::kNothingAsked;
     if (prompt == nullptr) return PromptResult::kNobodyAsked;
     if (!prompt->Show(credentials)) {
+        if (!canBeAnswered) return PromptResult::kNobodyAsked;
         shared_.ForgetPassword();
         if (prompt->CancelIsForAll()) shared_.TurnPromptingOff();
         return PromptResult::kCancelled;

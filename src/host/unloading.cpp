@@ -25,6 +25,7 @@ class LastPrompt final : public CredentialsPrompt {
 public:
     bool Show(Credentials& credentials) override { return dialog_.Show(credentials); }
     bool CancelIsForAll() const override { return false; }
+    bool CanBeAnswered() const override { return dialog_.CanBeAnswered(); }
 
 private:
     CredentialsDialog dialog_;

@@ -1,5 +1,7 @@
 #include "platform/user_notice.h"
 
+#include "platform/user_presence.h"
+
 namespace depot {
 namespace {
 
@@ -11,11 +13,13 @@ void InstallNoticeReceiver(NoticeReceiver receiver) {
     installed = receiver;
 }
 
-void ShowNotice(const std::string& text, const char* title, HWND owner) {
+void ShowNotice(const std::string& text, const char* title, HWND owner, UINT style) {
     if (installed != nullptr) {
         installed(text);
+    } else if (HasAPerson()) {
+        MessageBoxA(owner, text.c_str(), title, style);
     } else {
-        MessageBoxA(owner, text.c_str(), title, MB_ICONERROR | MB_OK);
+        ReportUnshown(LogMessage::kNoticeNotShown, text);
     }
 }
 

@@ -14,8 +14,10 @@ using NoticeReceiver = void (*)(const std::string& text);
 // Null, as at the beginning, shows message boxes.
 void InstallNoticeReceiver(NoticeReceiver receiver);
 
-// Shows the text in a box with the error icon, owned by `owner`, that may be null, and waits until
-// the user confirms it.
-void ShowNotice(const std::string& text, const char* title, HWND owner);
+// Shows the text in a box of that style, owned by `owner`, that may be null, and waits until the
+// user confirms it. In a process whose windows no person sees (user_presence.h) the text is written
+// to the trace and to the event log instead.
+void ShowNotice(const std::string& text, const char* title, HWND owner,
+                UINT style = MB_ICONERROR | MB_OK);
 
 }  // namespace depot

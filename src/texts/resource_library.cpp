@@ -6,6 +6,7 @@
 #include "platform/kept_library.h"
 #include "platform/paths.h"
 #include "platform/text.h"
+#include "platform/user_notice.h"
 #include "platform/wide_text.h"
 #include "texts/language_settings.h"
 
@@ -42,8 +43,8 @@ UniqueModule LoadResourceLibrary(const std::string& plainPath) {
 UniqueModule LoadResourceLibraryOrTell(const std::string& folder) {
     UniqueModule library = LoadResourceLibrary(folder + kResourceLibraryName);
     if (!library) {
-        MessageBoxA(nullptr, "Unable to load resource", "DepotIntr",
-                    MB_ICONHAND | MB_SYSTEMMODAL | MB_SETFOREGROUND);
+        ShowNotice("Unable to load resource", "DepotIntr", nullptr,
+                   MB_ICONHAND | MB_SYSTEMMODAL | MB_SETFOREGROUND);
     }
     return library;
 }

@@ -3,7 +3,9 @@
 
 #include "component/component.h"
 #include "component/scripted_dialog.h"
+#include "platform/event_log.h"
 #include "support/results.h"
+#include "support/unseen_host.h"
 
 namespace depot::test {
 namespace {
@@ -222,6 +224,19 @@ TEST_F(BrowseMethodsTest, ConfirmedDialogWithoutAPathChoosesNothing) {
     EXPECT_THAT(Browse(session_, text), IsRefused());
     EXPECT_THAT(BrowseMany(session_, text), IsRefused());
     EXPECT_EQ(L"of a", Read(session_, L"S", L"K"));
+}
+
+TEST_F(BrowseMethodsTest, DialogThatNoPersonSeesIsNotMadeAndChoosesNothing) {
+    const UnseenHost host(Library::Own().Module());
+    ASSERT_TRUE(host.IsInPlace());
+    OutText path, list;
+    EXPECT_THAT(Browse(session_, path), IsRefused());
+    EXPECT_TRUE(path.IsNull());
+    EXPECT_THAT(BrowseMany(session_, list), IsRefused());
+    EXPECT_TRUE(list.IsNull());
+    EXPECT_TRUE(dialogs_.calls.empty());
+    ASSERT_EQ(2u, host.Taken().size());
+    EXPECT_EQ(static_cast<DWORD>(LogMessage::kDialogNotShown), host.Taken().front().message);
 }
 
 TEST_F(BrowseMethodsTest, HandleZeroAndStaleHandlesShowNoDialog) {

@@ -7,10 +7,12 @@
 
 #include "depotbrowser/browser_library.h"
 #include "depotbrowser/dialog_user.h"
+#include "platform/event_log.h"
 #include "platform/wide_text.h"
 #include "support/box_log.h"
 #include "support/failing_memory.h"
 #include "support/scratch.h"
+#include "support/unseen_host.h"
 
 namespace depot::test {
 namespace {
@@ -185,6 +187,21 @@ protected:
     NotingFactory factory_{dialog_};
     DWORD cookie_ = 0;
 };
+
+TEST_F(NotedCredentialsDialogTest, DialogThatNoPersonSeesIsNotOpenedAndTheEventLogNamesTheServer) {
+    EXPECT_TRUE(prompt_.CanBeAnswered());
+    const UnseenHost host;
+    ASSERT_TRUE(host.IsInPlace());
+    EXPECT_FALSE(prompt_.CanBeAnswered());
+    EXPECT_FALSE(prompt_.Show(credentials_));
+    EXPECT_TRUE(dialog_.calls.empty());
+    EXPECT_EQ("old", credentials_.password);
+    const std::vector<LogEntry> entries = host.Taken();
+    ASSERT_EQ(1u, entries.size());
+    EXPECT_EQ(static_cast<DWORD>(LogMessage::kPromptNotShown), entries[0].message);
+    EXPECT_EQ(EVENTLOG_WARNING_TYPE, entries[0].type);
+    EXPECT_EQ(L"ldap.farrow.test", entries[0].values.back());
+}
 
 TEST_F(NotedCredentialsDialogTest, DialogIsFilledShownAndReadInThisOrder) {
     EXPECT_TRUE(prompt_.Show(credentials_));

@@ -3,6 +3,7 @@
 
 #include "directory/prompt_fixture.h"
 #include "platform/user_notice.h"
+#include "support/child_process.h"
 #include "support/results.h"
 
 namespace depot {
@@ -38,6 +39,27 @@ private:
     static inline std::function<void()> happens_;
     static inline std::vector<std::string> texts_;
 };
+
+// The prompt of a process whose windows no person sees.
+class UnseenPrompt final : public test::ScriptedPrompt {
+public:
+    bool CanBeAnswered() const override { return false; }
+};
+
+// Another process needs a password for the server. The exit code counts its prompts.
+int AskForAPassword(const test::Arguments& arguments) {
+    const test::BoxLog boxes;
+    test::ScriptedPrompt prompt;
+    CDepotPath location(nullptr);
+    location.host = "127.0.0.1";
+    location.port = static_cast<std::uint32_t>(std::stoul(arguments.at(0)));
+    location.username = "anna";
+    CLDAPItems items(&location);
+    items.Connection().SetPrompt(&prompt);
+    static_cast<void>(items.PromptAndConnect(nullptr));
+    return static_cast<int>(prompt.shown.size());
+}
+const test::RoleRegistration askForAPassword("ask-for-a-password", &AskForAPassword);
 
 class UnaskedTest : public PromptTest {
 protected:
@@ -276,6 +298,42 @@ TEST_F(QuietConnectionTest, SuccessClearsTheServersLastErrorAndLeavesTheRecordAl
     server_.Mark();
     EXPECT_THAT(items.ConnectQuietly(), IsDone());
     EXPECT_EQ(test::OperationCounts(), server_.Counts());
+}
+
+TEST_F(UnaskedTest, PromptThatNoPersonSeesCountsAsNoneAndLeavesOthersAlone) {
+    UnseenPrompt unseen;
+    CLDAPItems& items = Make("anna", "");
+    items.Connection().SetPrompt(&unseen);
+    EXPECT_THAT(items.PromptForCredentials(), Fails());
+    EXPECT_THAT(items.PromptAndConnect(&text_), Fails());
+    EXPECT_THAT(items.LastError(), IsCode(LDAP_USER_CANCELLED));
+    EXPECT_EQ(2u, unseen.shown.size());
+    EXPECT_EQ("127.0.0.1", unseen.shown.front().server);
+    EXPECT_THAT(Info().lastError, IsCode(LDAP_SUCCESS));
+    EXPECT_EQ(0u, Info().noPrompt);
+    EXPECT_THAT(boxes_.Boxes(), IsEmpty());
+    const test::ChildProcess seen("ask-for-a-password", {std::to_string(server_.Port())});
+    EXPECT_EQ(1, seen.ExitCode());
+}
+
+TEST_F(UnaskedTest, PromptThatNoPersonSeesKeepsThePasswordThatWasRefused) {
+    UnseenPrompt unseen;
+    CLDAPItems& items = Make(test::kEditor, "wrong");
+    items.Connection().SetPrompt(&unseen);
+    server_.Mark();
+    EXPECT_THAT(items.ConnectLocation(&text_), Fails());
+    EXPECT_EQ(1, server_.Counts().binds);
+    EXPECT_EQ("wrong", items.GetPassword());
+    EXPECT_EQ(0u, Info().noPrompt);
+}
+
+TEST_F(UnaskedTest, PromptThatNoPersonSeesCombinesNoNameWithAnothersPassword) {
+    TypeElsewhere("berta", "secret");
+    UnseenPrompt unseen;
+    CLDAPItems& items = Make("anna", "");
+    items.Connection().SetPrompt(&unseen);
+    EXPECT_THAT(items.PromptForCredentials(), Fails());
+    EXPECT_EQ("", items.GetPassword());
 }
 
 }  // namespace

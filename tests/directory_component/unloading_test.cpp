@@ -5,6 +5,7 @@
 #include "support/import_patch.h"
 #include "support/results.h"
 #include "support/test_folders.h"
+#include "support/unseen_host.h"
 #include "support/working_files.h"
 
 namespace depot::test {
@@ -155,6 +156,18 @@ TEST_F(DirectoryUnloadingTest, AskedDllThatCannotAskTheUserDoesNotTurnPromptingO
     ASSERT_THAT(RecoveredFiles(), SizeIs(1));
     EXPECT_EQ(kNew, FileBytes(RecoveredFiles().front()));
     EXPECT_LT(0, boxesShown);
+}
+
+TEST_F(DirectoryUnloadingTest, AskedDllThatNoPersonSeesShowsNothingAndKeepsChangedFiles) {
+    Forget("a.kra", true);
+    server_.Disturb(relay_, "close");
+    const BoxesOf boxes(*library_);
+    const UnseenHost host(library_->Module());
+    EXPECT_THAT(library_->CanUnloadNow(), IsOk());
+    EXPECT_EQ(0, boxesShown);
+    EXPECT_FALSE(host.Taken().empty());
+    EXPECT_EQ(0u, Info().noPrompt);
+    EXPECT_THAT(RecoveredFiles(), SizeIs(1));
 }
 
 // The write-back shows boxes, in which the client's windows work on.

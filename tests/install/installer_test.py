@@ -13,6 +13,7 @@ PACKAGE = "C:\\depots.msi"
 LATER = "C:\\later.msi"
 CLIENT = "C:\\client.vbs"
 DONE, REFUSED, DONE_AFTER_RESTART = 0, 1603 & 0xFF, 3010 & 0xFF
+EVENT_SOURCE = "HKLM\\System\\CurrentControlSet\\Services\\EventLog\\Application\\DepotIntr"
 UNINSTALL_LIST = "HKLM\\Software\\Microsoft\\Windows\\CurrentVersion\\Uninstall"
 
 
@@ -31,6 +32,13 @@ def values_of(export):
         elif line:
             found.add((key, line))
     return found
+
+
+def expandable_text(export, name):
+    """A REG_EXPAND_SZ of an export, where it stands as bytes."""
+    text = export.replace("\\\n", "").split(f'"{name}"=hex(2):')[1].split("\n")[0]
+    data = bytes(int(byte, 16) for byte in text.replace(" ", "").split(","))
+    return data.decode("utf-16-le").rstrip("\0")
 
 
 class InstallerTest(InstallationTest):
@@ -105,6 +113,23 @@ class InstallerTest(InstallationTest):
         for name in product.COMPONENT:
             self.windows.run("regsvr32.exe", "/s", "/u", f"{FOLDER}\\{name}")
         self.assertEqual(registered, installed)
+
+    def test_source_of_the_event_log_is_the_installers_alone(self):
+        self.assertEqual("", self.windows.registry(EVENT_SOURCE))
+        folder = "C:\\Depots\\Component"
+        self.install(f"INSTALLDIR={folder}")
+        entry = self.windows.registry(EVENT_SOURCE)
+        self.assertIn('"TypesSupported"=dword:00000007', entry)
+        self.assertEqual(f"{folder}\\DepotIntr.NLS", expandable_text(entry, "EventMessageFile"))
+        self.assertEqual(DONE, self.upgrade())
+        self.assertEqual(entry, self.windows.registry(EVENT_SOURCE))
+        self.assertEqual(DONE, self.windows.installer("/x", LATER))
+        self.assertEqual("", self.windows.registry(EVENT_SOURCE))
+        for name in product.runtime_files(DIST / "bin"):
+            self.windows.add(DIST / "bin" / name, f"C:\\ByHand\\{name}")
+        self.assertEqual(0, self.windows.run("regsvr32.exe", "/s", "C:\\ByHand\\DepotIntr.dll")[0])
+        self.assertEqual("", self.windows.registry(EVENT_SOURCE))
+        self.windows.run("regsvr32.exe", "/s", "/u", "C:\\ByHand\\DepotIntr.dll")
 
     def test_removal_leaves_nothing(self):
         hives = ("HKLM\\Software", "HKLM\\System", "HKCU\\Software")

@@ -7,6 +7,7 @@
 #include "support/box_log.h"
 #include "support/library_folder.h"
 #include "support/locale_world.h"
+#include "support/unseen_host.h"
 
 namespace depot {
 namespace {
@@ -176,6 +177,17 @@ TEST_F(ResourceLibraryTest, MissingLibraryIsReportedInABox) {
     EXPECT_TRUE(shown[0].isTopmost);
     EXPECT_TRUE(shown[0].isForeground);
     EXPECT_EQ(nullptr, shown[0].owner);
+}
+
+TEST_F(ResourceLibraryTest, MissingLibraryIsReportedInTheEventLogWhereNoPersonSeesABox) {
+    const BoxLog boxes;
+    const UnseenHost host;
+    ASSERT_TRUE(host.IsInPlace());
+    EXPECT_EQ(nullptr, LoadResourceLibraryOrTell(folder_.At("")));
+    EXPECT_THAT(boxes.Texts(), testing::IsEmpty());
+    const std::vector<LogEntry> entries = host.Taken();
+    ASSERT_EQ(1u, entries.size());
+    EXPECT_EQ(L"Unable to load resource", entries[0].values.back());
 }
 
 TEST_F(ResourceLibraryTest, LoadedLibraryShowsNoBox) {

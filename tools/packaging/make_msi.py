@@ -79,6 +79,9 @@ LANGUAGE_LIST = "Available UI Languages"
 # A part of the package without a file, known by a value in the registry.
 LANGUAGES = "Languages"
 IS_64_BIT, HAS_REGISTRY_KEY_PATH = 256, 4
+EVENT_SOURCE = "SYSTEM\\CurrentControlSet\\Services\\EventLog\\Application\\DepotIntr"
+# Errors, warnings and information.
+EVENT_TYPES = 1 + 2 + 4
 DISALLOW_ADVERTISING = 8
 TYPE_LIBRARY_VERSION = 1 * 256 + 0
 
@@ -190,6 +193,14 @@ def kept_rows():
             [LANGUAGES, str(LOCAL_MACHINE), LOCALE_KEY, LANGUAGE_LIST, " ".join(product.languages()), LANGUAGES]]
 
 
+def event_source_rows():
+    """What viewers of the event log need to show the component's entries as sentences."""
+    library = product.PLAIN_TEXTS
+    return [["EventMessages", str(LOCAL_MACHINE), EVENT_SOURCE, "EventMessageFile",
+             f"#%[INSTALLDIR]{library}", library],
+            ["EventTypes", str(LOCAL_MACHINE), EVENT_SOURCE, "TypesSupported", f"#{EVENT_TYPES}", library]]
+
+
 def table_rows(servers):
     tables = {name: [] for name in TABLES}
     for server in servers:
@@ -202,7 +213,7 @@ def table_rows(servers):
     # What an installer makes it removes when it is empty.
     tables["CreateFolder"] = [[folder, product.COMPONENT[0]] for folder in ("MAKERDIR", "INSTALLDIR")]
     tables["MsiLockPermissionsEx"] = [["Folder", "INSTALLDIR", "CreateFolder", PERMISSIONS, ""]]
-    tables["Registry"] += kept_rows()
+    tables["Registry"] += kept_rows() + event_source_rows()
     return {**tables, **search_rows()}
 
 

@@ -20,6 +20,7 @@ NAMESPACE = uuid.UUID("a2ad9e2a-3c57-4a5c-8a5c-5b1a8b0fd1c4")
 # must not be in the way.
 COMPONENT = ("DepotIntr.dll", "DepotBrowser.dll")
 STAND_IN = "qdirsvc.dll"
+PLAIN_TEXTS = "DepotIntr.NLS"
 TOOL = "depotctl.exe"
 
 
