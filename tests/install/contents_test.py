@@ -54,6 +54,10 @@ class ContentsTest(unittest.TestCase):
             self.assertTrue(entry["licenses"], name)
         self.assertEqual("13.0.0.208", self.components["bin/DepotIntr.dll"]["version"])
 
+    def test_every_program_and_library_carries_the_version(self):
+        for name in product.runtime_files(DIST / "bin"):
+            self.assertEqual((13, 0, 0, 208), product.file_version(DIST / "bin" / name), name)
+
     def test_run_time_libraries_inside_are_listed(self):
         for entry in self.list["dependencies"]:
             if entry["ref"].startswith("bin/"):
