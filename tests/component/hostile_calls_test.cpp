@@ -10,6 +10,7 @@
 #include "component/late_calls.h"
 #include "component/scripted_dialog.h"
 #include "support/box_log.h"
+#include "support/current_folder.h"
 #include "support/random_text.h"
 
 namespace depot::test {
@@ -352,6 +353,8 @@ protected:
 
     const std::string root_ = DefineDepot("A", "Depot A");
     const BoxLog boxes_;
+    // What a bare name makes is made there.
+    const CurrentFolder current_{folder_.MakeFolder("now")};
     ScriptedDialogs dialogs_;
     RandomTexts random_{40};
     std::vector<std::string> texts_;
