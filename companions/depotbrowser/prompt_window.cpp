@@ -5,6 +5,7 @@
 #include "depotbrowser/prompt_text.h"
 #include "platform/module_state.h"
 #include "platform/wide_text.h"
+#include "platform/wipe.h"
 #include "resource_ids.h"
 
 namespace depot {
@@ -47,15 +48,26 @@ void Fill(HWND window, const PromptFields& fields) {
     }
     SetDlgItemTextW(window, CONTROL_SERVER, fields.serverName.c_str());
     FillField(window, CONTROL_USER, fields.userName);
-    FillField(window, CONTROL_PASSWORD, fields.password);
+    FillField(window, CONTROL_PASSWORD, fields.password.Plain());
     StartIn(window, FieldToStartIn(fields));
+}
+
+// Overwrites what the password's field holds, and then empties it: the control keeps its memory.
+void WipeField(HWND window) {
+    const HWND field = GetDlgItem(window, CONTROL_PASSWORD);
+    const auto length = static_cast<std::size_t>(GetWindowTextLengthW(field));
+    SetWindowTextW(field, std::wstring(length, L'*').c_str());
+    SetWindowTextW(field, L"");
 }
 
 // Returns the first field with a text that cannot be used, or 0.
 int UnusableField(const PromptFields& fields) {
     if (!fields.onlyAnsi) return 0;
     if (!ExactAnsiFromWide(fields.userName)) return CONTROL_USER;
-    return ExactAnsiFromWide(fields.password) ? 0 : CONTROL_PASSWORD;
+    std::optional<std::string> password = ExactAnsiFromWide(fields.password.Plain());
+    if (!password) return CONTROL_PASSWORD;
+    Wipe(*password);
+    return 0;
 }
 
 // Explains in place what is wrong and has the user correct it.
@@ -82,6 +94,7 @@ INT_PTR CALLBACK HandleMessage(HWND window, UINT message, WPARAM first, LPARAM s
         Fill(window, *reinterpret_cast<const PromptFields*>(second));
         return FALSE;  // the focus is set
     }
+    if (message == WM_DESTROY) WipeField(window);
     if (message != WM_COMMAND) return FALSE;
     auto* const fields = reinterpret_cast<PromptFields*>(GetWindowLongPtrW(window, DWLP_USER));
     if (LOWORD(first) == IDOK) Confirm(window, *fields);

@@ -3,6 +3,7 @@
 
 #include <string>
 
+#include "platform/secret_text.h"
 #include "platform/win32.h"
 
 namespace depot {
@@ -10,7 +11,7 @@ namespace depot {
 struct PromptFields {
     std::wstring serverName;
     std::wstring userName;
-    std::wstring password;
+    WideSecret password;
     // Whoever asks can use only what the ANSI code page holds; other texts are refused in place.
     bool onlyAnsi = false;
 };

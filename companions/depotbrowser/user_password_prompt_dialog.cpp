@@ -12,8 +12,9 @@ HRESULT GiveText(const std::wstring& text, BSTR* output) {
     return *output != nullptr ? S_OK : E_OUTOFMEMORY;
 }
 
-HRESULT TakeText(BSTR text, std::wstring& field) noexcept try {
-    field = WideText(text);
+template <class Field>
+HRESULT TakeText(BSTR text, Field& field) noexcept try {
+    field = Field(WideText(text));
     return S_OK;
 } catch (...) {
     return E_OUTOFMEMORY;

@@ -28,13 +28,13 @@ public:
         WorkerNotices* const worker = WorkerNotices::OfThisThread();
         if (worker == nullptr) return false;
         PromptFields fields = {WideFromAnsi(credentials.server), WideFromAnsi(credentials.userName),
-                               WideFromAnsi(credentials.password), true};
+                               WideFromAnsi(credentials.password.Plain()), true};
         const PromptOutcome outcome = worker->Mailbox().AskForCredentials(fields);
         if (outcome == PromptOutcome::kNotShown) throw WorkAbandoned();
         if (outcome == PromptOutcome::kCancelled) return false;
         // The window confirms only what can be had exactly.
         credentials.userName = ExactAnsiFromWide(fields.userName).value();
-        credentials.password = ExactAnsiFromWide(fields.password).value();
+        credentials.password = ExactAnsiFromWide(fields.password.Plain()).value();
         return true;
     }
 };

@@ -3,6 +3,7 @@
 #include "DepotBrowser.h"
 #include "com/automation.h"
 #include "model/localization.h"
+#include "platform/secret_text.h"
 #include "platform/user_notice.h"
 #include "platform/user_presence.h"
 #include "platform/wide_text.h"
@@ -27,12 +28,14 @@ UniqueCom<IUserPasswordPromptDialog> CreateDialogComponent() {
 using TextSetter = HRESULT (STDMETHODCALLTYPE IUserPasswordPromptDialog::*)(BSTR text);
 using TextGetter = HRESULT (STDMETHODCALLTYPE IUserPasswordPromptDialog::*)(BSTR* text);
 
+// Each of the texts is wiped, as the password has to be.
 bool SetText(IUserPasswordPromptDialog& dialog, TextSetter set, const std::string& text) {
-    const UniqueBstr bstr = NewNameBstr(text);
+    const WideSecret wide = WideFromAnsi(text);
+    const UniqueSecretBstr bstr(NewWideBstr(wide.Plain()).release());
     return bstr && SUCCEEDED((dialog.*set)(bstr.get()));
 }
 
-bool GetText(IUserPasswordPromptDialog& dialog, TextGetter get, UniqueBstr& text) {
+bool GetText(IUserPasswordPromptDialog& dialog, TextGetter get, UniqueSecretBstr& text) {
     BSTR given = nullptr;
     const HRESULT result = (dialog.*get)(&given);
     text.reset(given);
@@ -54,7 +57,7 @@ enum class Reading { kDone, kFailed, kUnusable };
 
 // Takes over what was typed, both texts or none.
 Reading ReadBack(IUserPasswordPromptDialog& dialog, Credentials& credentials) {
-    UniqueBstr userName, password;
+    UniqueSecretBstr userName, password;
     const bool hasName = GetText(dialog, &IUserPasswordPromptDialog::get_UserName, userName);
     const bool hasPassword = GetText(dialog, &IUserPasswordPromptDialog::get_Password, password);
     if (!hasName || !hasPassword) return Reading::kFailed;

@@ -16,6 +16,10 @@ UniqueBstr NewNameBstr(const std::string& name) {
     return NewWideBstr(WideFromAnsi(name));
 }
 
+void WipeBstr(BSTR text) noexcept {
+    if (text != nullptr) SecureZeroMemory(text, SysStringByteLen(text));
+}
+
 HRESULT GiveInterface(IUnknown& object, std::initializer_list<const IID*> known, REFIID interfaceId,
                       void** output) noexcept {
     if (output == nullptr) return E_POINTER;

@@ -39,6 +39,19 @@ std::wstring_view WideText(BSTR text);
 UniqueBstr NewWideBstr(std::wstring_view text);
 UniqueBstr NewNameBstr(const std::string& name);
 
+// Overwrites a text before it is released; the system keeps released ones for a while. Null is
+// fine.
+void WipeBstr(BSTR text) noexcept;
+
+// Owns a password, and wipes it.
+struct SecretBstrFreer {
+    void operator()(BSTR text) const {
+        WipeBstr(text);
+        SysFreeString(text);
+    }
+};
+using UniqueSecretBstr = std::unique_ptr<std::remove_pointer_t<BSTR>, SecretBstrFreer>;
+
 // Makes an object wherever its component offers to run: in this process, in another one or on
 // another machine. Null when it cannot be made.
 template <class Interface>

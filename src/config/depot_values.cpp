@@ -1,5 +1,7 @@
 #include "config/depot_values.h"
 
+#include <utility>
+
 #include "platform/text.h"
 
 namespace depot {
@@ -23,22 +25,33 @@ constexpr auto kValuesToRead = [] {
     return values;
 }();
 
+void Store(std::string& text, DepotSettings& settings, const ValueMember& member) {
+    settings.*std::get<std::string DepotSettings::*>(member) = std::move(text);
+}
+
+void Store(std::string& text, LocationSettings& settings, const ValueMember& member) {
+    if (const auto* const secret = std::get_if<SecretText LocationSettings::*>(&member)) {
+        settings.** secret = std::move(text);
+    } else {
+        settings.*std::get<std::string LocationSettings::*>(member) = std::move(text);
+    }
+}
+
 template <class Settings>
-bool Read(const ValueSource& source, ValueScope scope, const std::string& number,
+bool Read(const ValueSource& source, ValueScope scope, const std::string& suffix,
           Settings& settings) {
     const Settings standard;
     for (const ValueToRead& value : kValuesToRead) {
         if (value.scope != scope) continue;
-        const std::string name = value.name + number;
-        if (const auto* const text = std::get_if<std::string Settings::*>(&value.member)) {
-            std::optional<std::string> found = source.Text(name);
-            if (!found && value.isRequired) return false;
-            if (found) settings.** text = *std::move(found);
-        } else if (const auto* const member =
-                       std::get_if<std::uint32_t Settings::*>(&value.member)) {
-            const auto found = source.Number(name, {scope, standard.**member, value.unreadable});
-            if (found) settings.** member = *found;
+        const std::string name = value.name + suffix;
+        if (const auto* const number = std::get_if<std::uint32_t Settings::*>(&value.member)) {
+            const auto found = source.Number(name, {scope, standard.**number, value.unreadable});
+            if (found) settings.** number = *found;
+            continue;
         }
+        std::optional<std::string> found = source.Text(name);
+        if (!found && value.isRequired) return false;
+        if (found) Store(*found, settings, value.member);
     }
     return true;
 }
@@ -54,6 +67,9 @@ LocationSettings& LocationSettings::operator=(const LocationSettings& other) {
         } else if (const auto* const number =
                        std::get_if<std::uint32_t LocationSettings::*>(&value.member)) {
             this->** number = other.**number;
+        } else if (const auto* const secret =
+                       std::get_if<SecretText LocationSettings::*>(&value.member)) {
+            this->** secret = other.**secret;
         }
     }
     return *this;

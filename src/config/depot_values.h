@@ -10,6 +10,8 @@
 #include <string>
 #include <variant>
 
+#include "platform/secret_text.h"
+
 namespace depot {
 
 enum LocationType : std::uint32_t { kFolderLocation = 0, kDirectoryLocation = 1 };
@@ -47,7 +49,7 @@ struct LocationSettings {
     std::string path;  // as written in the registry, macros and all
     std::string host;
     std::string username;
-    std::string password;  // as it stands in the registry, never encoded or decoded
+    SecretText password;  // as it stands in the registry, never encoded or decoded
     // The user's credential store has name and password under this one; empty for none
     std::string credentialTarget;
     // Empty names stand for the defaults that the directory layer knows.
@@ -74,9 +76,9 @@ struct LocationSettings {
 enum class ValueScope { kDepot, kLocation, kDirectory };
 
 // The member that keeps the value.
-using ValueMember =
-    std::variant<std::string DepotSettings::*, std::uint32_t DepotSettings::*,
-                 std::string LocationSettings::*, std::uint32_t LocationSettings::*>;
+using ValueMember = std::variant<std::string DepotSettings::*, std::uint32_t DepotSettings::*,
+                                 std::string LocationSettings::*, std::uint32_t LocationSettings::*,
+                                 SecretText LocationSettings::*>;
 
 enum class ValueKind { kText, kSchemaName, kNumber };
 

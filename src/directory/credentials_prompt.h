@@ -3,13 +3,15 @@
 
 #include <string>
 
+#include "platform/secret_text.h"
+
 namespace depot {
 
 // What a location's server is asked with; texts are in the ANSI code page.
 struct Credentials {
     std::string server;
     std::string userName;
-    std::string password;
+    SecretText password;
 };
 
 // Implemented by whoever can show a dialog and handed to the directory layer.

@@ -3,9 +3,12 @@
 
 #include <algorithm>
 #include <atomic>
+#include <iterator>
+#include <string_view>
 
 #include "platform/error_text.h"
 #include "platform/user_notice.h"
+#include "platform/wipe.h"
 
 namespace depot {
 namespace {
@@ -109,8 +112,13 @@ Result LdapConnection::Replace() {
 }
 
 LdapConnection::LogOn LdapConnection::PresentLogOn() const {
-    const std::string credentials =
-        location_.username + '\0' + location_.password + '\0' + location_.credentialTarget;
+    const std::string_view parts[] = {location_.username, location_.password.Plain(),
+                                      location_.credentialTarget};
+    std::string credentials;
+    const WipeAtEnd wiped(credentials);
+    // Growing would leave a copy behind.
+    credentials.reserve(std::size(parts) + parts[0].size() + parts[1].size() + parts[2].size());
+    for (const std::string_view part : parts) credentials.append(part).push_back('\0');
     return {location_.host,           DigestOf(credentials.data(), credentials.size()),
             location_.port,           location_.authentication,
             location_.version,        location_.security,

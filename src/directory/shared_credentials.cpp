@@ -59,9 +59,9 @@ std::string SharedCredentials::SharedUserName() {
     return info ? TextOf(info->userName) : std::string();
 }
 
-std::string SharedCredentials::SharedPassword() {
+SecretText SharedCredentials::SharedPassword() {
     const DirectoryInfo* const info = info_.Access();
-    return info ? TextOf(info->password) : std::string();
+    return info ? SecretText(TextOf(info->password)) : SecretText();
 }
 
 Credentials SharedCredentials::Own() const {

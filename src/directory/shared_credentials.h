@@ -30,7 +30,7 @@ public:
     void SetPassword(const std::string& password);
     // Return what is in the shared block.
     std::string SharedUserName();
-    std::string SharedPassword();
+    SecretText SharedPassword();
 
     // The record's own: its user name and password or, where it has no password and names a target
     // of the user's credential store, the pair that is stored there for this server.

@@ -314,6 +314,9 @@ CopyOutcome CopyOpened(CopyRequest request) {
     if (request.known) return CopyFileContents(request, *request.known);
     StoreSource source;
     result = request.from.store->ReadSource(request.from.path, request.fate, source);
+    if (result && source.isFolder && request.filesOnly) {
+        result = SystemFailure(Reason::kInvalid, ERROR_INVALID_PARAMETER);
+    }
     if (!result) return {std::move(result), CopyStage::kSource};
     return source.isFolder ? CopyTree(request, source) : CopyFileContents(request, source.contents);
 }

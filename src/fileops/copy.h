@@ -17,6 +17,8 @@ struct CopyRequest {
     CopiedSource* copied = nullptr;
     // The bytes of a source that was found to be a file, and whole where it goes; may be null.
     const FileBuffer* known = nullptr;
+    // A folder is refused with kInvalid.
+    bool filesOnly = false;
 };
 
 // At what a copy ended.

@@ -3,33 +3,31 @@
 #include <algorithm>
 #include <memory>
 #include <optional>
+#include <utility>
 #include <vector>
 
 #include "fileops/depot_file.h"
 #include "fileops/file_copies.h"
 #include "fileops/item_operations.h"
 #include "fileops/open_stores.h"
+#include "fileops/profile_clients.h"
 #include "fileops/read_ahead.h"
 #include "manager/display_path.h"
 #include "manager/resolve_item.h"
 #include "platform/paths.h"
-#include "platform/text.h"
 
 namespace depot {
 namespace {
 
-constexpr std::int32_t kMaxClients = 10000;
 constexpr std::int32_t kClientsAtOnce = 32;
-constexpr std::uint32_t kEntryBytes = 260;
 constexpr char kClients[] = "Clients";
 constexpr char kServer[] = "Server";
 constexpr char kConfigurationFile[] = "Configuration File";
-constexpr char kResourceMark = 'u';
-constexpr std::size_t kResourceMarkLength = 2;
+constexpr std::uint32_t kEntryBytes = 260;
 
-// The folder of a profile's path, with one backslash; a path without any has none.
-std::string FolderOf(const std::string& path) {
-    return EnsureTrailingBackslash(RemoveTrailingBackslash(FolderPrefix(path)));
+bool IsFile(const StorePath& place) {
+    ItemKind kind = ItemKind::kMissing;
+    return place.store->Look(place.path, kind) && kind == ItemKind::kFile;
 }
 
 // The way of one profile's files into its folder, over one connection to each directory.
@@ -40,7 +38,7 @@ public:
     Publishing(DepotSession& session, bool writesTogether)
         : session_(session),
           file_(*session.currentFile),
-          targetFolder_(FolderOf(file_.depotPath)),
+          targetFolder_(FolderOfProfile(file_.depotPath)),
           writesTogether_(writesTogether) {}
 
     // Looks for the sources of the clients up to `last`; those before were published.
@@ -48,15 +46,7 @@ public:
         clients_.clear();
         std::vector<StorePath> sources;
         for (std::int32_t number = first; number <= last; ++number) {
-            Client& client = clients_.emplace_back();
-            client.key = Concatenate({"C", NumberText(static_cast<std::uint32_t>(number))});
-            client.entry = file_.ReadString(kClients, client.key, {}, kEntryBytes);
-            client.isResource = client.entry.starts_with(kResourceMark);
-            client.source = client.entry;
-            if (client.isResource) {
-                client.entry.erase(0, kResourceMarkLength);
-                client.source = session_.Folders().ResourceFolder() + client.entry;
-            }
+            Client& client = clients_.emplace_back(ClientOf(session_, number));
             if (!client.source.empty()) {
                 client.item = std::make_unique<CDepotItem>();
                 ResolveItem(session_.Depots(), client.source, *client.item);
@@ -77,16 +67,14 @@ public:
     void Finish() { copies_.Finish(); }
 
 private:
-    struct Client {
-        std::string key;
-        std::string entry;  // a resource's without its mark
-        std::string source;
-        bool isResource = false;
+    struct Client : ProfileClient {
+        explicit Client(ProfileClient client) : ProfileClient(std::move(client)) {}
         std::unique_ptr<CDepotItem> item{};  // null for an empty source
     };
 
     // Copies a file into a folder; an empty folder is passed on as it is, and the result is
-    // ignored.
+    // ignored. A profile can name anything that its reader may read: a folder, or files by a
+    // pattern, would be more than the file of an entry.
     void CopyIntoFolder(std::size_t index, const std::string& folder) {
         std::unique_ptr<CDepotItem> item = std::move(clients_[index].item);
         if (!item) return;
@@ -98,6 +86,7 @@ private:
             CopyIntoDirectory(index, *item, target);
             return;
         }
+        if (!IsFile(PlaceOf(*item))) return;
         CDepotItems sources;
         sources.Append(std::move(item));
         ListOperation(sources, &target, FO_COPY, kQuietFlags, nullptr, nullptr);
@@ -106,6 +95,7 @@ private:
     void CopyIntoDirectory(std::size_t index, const CDepotItem& item, const CDepotItem& target) {
         CopyRequest request;
         if (!PlanCopy({*item.depot, item.path, target.path, target.depot, true}, request)) return;
+        request.filesOnly = true;
         const StorePath written = request.to;
         copies_.Make(std::move(request), ahead_->Take(index));
         ahead_->Written(written);
@@ -126,8 +116,7 @@ private:
 void PublishDependentFiles(DepotSession& session, const TransferWatcher& watcher) {
     if (!session.currentFile) return;
     DepotFileContext& file = *session.currentFile;
-    const auto listed = static_cast<std::int32_t>(file.ReadInt("Skein", "Count", 0));
-    const std::int32_t count = std::clamp(listed, 0, kMaxClients);
+    const std::int32_t count = ClientCount(file);
     const std::int32_t atOnce = watcher ? 1 : kClientsAtOnce;
     Publishing publishing(session, atOnce > 1);
     for (std::int32_t number = 1; number <= count; ++number) {

@@ -11,6 +11,8 @@ namespace depot {
 // begins with "u" stands for a file of the component's resource folder: only its name is kept. At
 // most 10,000 clients are looked at. The changes reach a directory when the file is released.
 //
+// Only files are copied, of any extension: a client that is a folder, or a pattern, is left out.
+//
 // A profile whose path has no folder, or one relative to the process's current folder, gets no
 // copies.
 //

@@ -30,18 +30,13 @@ std::optional<std::string> Narrow(const wchar_t* text) {
 // The store's own dialogs keep a password as UTF-16 without a terminator.
 std::optional<std::string> PasswordOf(const CREDENTIALW& credential) {
     std::wstring wide(credential.CredentialBlobSize / sizeof(wchar_t), L'\0');
+    const WipeAtEnd wiped(wide);
     if (wide.empty()) return std::string();
     std::memcpy(wide.data(), credential.CredentialBlob, wide.size() * sizeof(wchar_t));
-    std::optional<std::string> password = ExactAnsiFromWide(wide);
-    Wipe(wide);
-    return password;
+    return ExactAnsiFromWide(wide);
 }
 
 }  // namespace
-
-StoredCredential::~StoredCredential() {
-    Wipe(password);
-}
 
 std::wstring StoreTarget(const std::string& target) {
     return L"Quillon - Depot - " + WideFromAnsi(target);
@@ -58,32 +53,8 @@ std::optional<StoredCredential> ReadCredential(const std::string& target) {
     StoredCredential stored;
     stored.userName = *std::move(userName);
     stored.server = *std::move(server);
-    stored.password = *password;
-    Wipe(*password);
+    stored.password = *std::move(password);
     return stored;
-}
-
-std::uint32_t WriteCredential(const std::string& target, const StoredCredential& credential) {
-    std::wstring name = StoreTarget(target);
-    std::wstring userName = WideFromAnsi(credential.userName);
-    std::wstring server = WideFromAnsi(credential.server);
-    std::wstring password = WideFromAnsi(credential.password);
-    CREDENTIALW entry = {};
-    entry.Type = CRED_TYPE_GENERIC;
-    entry.TargetName = name.data();
-    entry.UserName = userName.data();
-    entry.Comment = server.data();
-    entry.Persist = CRED_PERSIST_LOCAL_MACHINE;
-    entry.CredentialBlobSize = static_cast<DWORD>(password.size() * sizeof(wchar_t));
-    entry.CredentialBlob = reinterpret_cast<BYTE*>(password.data());
-    const DWORD error = CredWriteW(&entry, 0) ? DWORD{ERROR_SUCCESS} : GetLastError();
-    Wipe(password);
-    return error;
-}
-
-std::uint32_t DeleteCredential(const std::string& target) {
-    const bool isDone = CredDeleteW(StoreTarget(target).c_str(), CRED_TYPE_GENERIC, 0) != FALSE;
-    return isDone ? DWORD{ERROR_SUCCESS} : GetLastError();
 }
 
 }  // namespace depot

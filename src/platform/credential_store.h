@@ -6,17 +6,14 @@
 #include <optional>
 #include <string>
 
+#include "platform/secret_text.h"
+
 namespace depot {
 
-// A user name and its password, in the ANSI code page. The password is wiped with the object.
+// A user name and its password, in the ANSI code page.
 struct StoredCredential {
-    StoredCredential() = default;
-    StoredCredential(StoredCredential&&) = default;
-    StoredCredential& operator=(StoredCredential&&) = delete;
-    ~StoredCredential();
-
     std::string userName;
-    std::string password;
+    SecretText password;
     std::string server;  // the only one that it is meant for; empty where any may have it
 };
 

@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "platform/text.h"
+#include "platform/wipe.h"
 
 namespace depot {
 namespace {
@@ -36,13 +37,14 @@ std::optional<RegistryKey> RegistryKey::OpenSubkey(const std::string& path, REGS
 
 std::optional<std::string> RegistryKey::ReadString(const std::string& name, DWORD maxBytes) const {
     std::string text(maxBytes, '\0');
+    const WipeAtEnd wiped(text);  // it may be a password
     DWORD size = maxBytes;
     if (!Succeeded(RegQueryValueExA(key_.get(), name.c_str(), nullptr, nullptr,
                                     reinterpret_cast<BYTE*>(text.data()), &size))) {
         return std::nullopt;
     }
     // The registry stores a terminator only if the writer supplied one.
-    return std::string(UpToNul(std::string_view(text.data(), size)));
+    return std::optional<std::string>(std::in_place, UpToNul(std::string_view(text.data(), size)));
 }
 
 std::optional<DWORD> RegistryKey::ReadDword(const std::string& name,

@@ -3,9 +3,12 @@
 #include <algorithm>
 
 #include "platform/win32.h"
+#include "platform/wipe.h"
 
 namespace depot {
 namespace {
+
+// Any text may be a password: what is only on the way is wiped.
 
 std::wstring Widen(UINT codePage, std::string_view text) {
     const int bytes = static_cast<int>(text.size());
@@ -17,13 +20,14 @@ std::wstring Widen(UINT codePage, std::string_view text) {
 
 std::optional<std::wstring> ExactWiden(UINT codePage, std::string_view text) {
     if (text.empty()) return std::wstring();
-    std::wstring wide(text.size(), L'\0');
+    std::optional<std::wstring> exact(std::in_place, text.size(), L'\0');
+    std::wstring& wide = *exact;
     const int bytes = static_cast<int>(text.size());
     const int length =
         MultiByteToWideChar(codePage, MB_ERR_INVALID_CHARS, text.data(), bytes, wide.data(), bytes);
     if (length == 0) return std::nullopt;
     wide.resize(static_cast<std::size_t>(length));
-    return wide;
+    return exact;
 }
 
 std::string Narrow(UINT codePage, std::wstring_view text) {
@@ -64,10 +68,13 @@ std::optional<std::string> ExactAnsiFromWide(std::wstring_view text) {
 std::optional<std::string> ExactFromWide(unsigned codePage, std::wstring_view text) {
     // ASCII is the same in every code page.
     const auto isAscii = [](wchar_t unit) { return unit < 0x80; };
-    if (std::all_of(text.begin(), text.end(), isAscii)) return {{text.begin(), text.end()}};
+    if (std::all_of(text.begin(), text.end(), isAscii)) {
+        return std::optional<std::string>(std::in_place, text.begin(), text.end());
+    }
     // A code page of several bytes has at most this many for one UTF-16 unit.
     constexpr std::size_t kMostBytes = 4;
-    std::string narrow(text.size() * kMostBytes, '\0');
+    std::optional<std::string> exact(std::in_place, text.size() * kMostBytes, '\0');
+    std::string& narrow = *exact;
     // With UTF-8 the system takes no flags, and does not report what it replaced.
     const bool reports = codePage != CP_UTF8;
     BOOL replaced = FALSE;
@@ -76,8 +83,11 @@ std::optional<std::string> ExactFromWide(unsigned codePage, std::wstring_view te
         narrow.data(), static_cast<int>(narrow.size()), nullptr, reports ? &replaced : nullptr);
     narrow.resize(static_cast<std::size_t>(bytes));
     // Some pages hold two characters in one place without reporting it: the yen sign is 0x5C.
-    if (replaced || Widen(codePage, narrow) != text) return std::nullopt;
-    return narrow;
+    std::wstring widened = Widen(codePage, narrow);
+    const WipeAtEnd wiped(widened);
+    if (!replaced && widened == text) return exact;
+    Wipe(narrow);
+    return std::nullopt;
 }
 
 std::optional<std::wstring> ExactWideFromAnsi(std::string_view text) {
@@ -89,8 +99,10 @@ std::optional<std::wstring> ExactWideFromCodePage(unsigned codePage, std::string
 }
 
 std::optional<std::string> ExactAnsiFromUtf8(std::string_view text) {
-    const std::optional<std::wstring> wide = ExactWiden(CP_UTF8, text);
-    return wide ? ExactAnsiFromWide(*wide) : std::nullopt;
+    std::optional<std::wstring> wide = ExactWiden(CP_UTF8, text);
+    if (!wide) return std::nullopt;
+    const WipeAtEnd wiped(*wide);
+    return ExactAnsiFromWide(*wide);
 }
 
 std::optional<std::string> ExactUtf8FromAnsi(std::string_view text) {

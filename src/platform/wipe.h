@@ -5,12 +5,28 @@
 
 namespace depot {
 
-// Empties a text. A plain fill would be left out by the compiler, because nothing reads it.
+// Empties a text, what longer ones left behind its end included. A plain fill would be left out by
+// the compiler, because nothing reads it.
 template <class Text>
-void Wipe(Text& text) {
+void Wipe(Text& text) noexcept {
+    // Within the capacity nothing is allocated.
+    text.resize(text.capacity());
     volatile auto* const characters = text.data();
     for (std::size_t at = 0; at < text.size(); ++at) characters[at] = 0;
     text.clear();
 }
+
+// Wipes a text that is in use at the end of a scope.
+template <class Text>
+class WipeAtEnd {
+public:
+    explicit WipeAtEnd(Text& text) : text_(text) {}
+    ~WipeAtEnd() { Wipe(text_); }
+    WipeAtEnd(const WipeAtEnd&) = delete;
+    WipeAtEnd& operator=(const WipeAtEnd&) = delete;
+
+private:
+    Text& text_;
+};
 
 }  // namespace depot

@@ -269,7 +269,6 @@ constexpr struct {
     std::string CDepotPath::*member;
 } kTexts[] = {{"Host1", &CDepotPath::host},
               {"Username1", &CDepotPath::username},
-              {"Password1", &CDepotPath::password},
               {"FileAttributeName1", &CDepotPath::fileAttributeName},
               {"FileObjectClass1", &CDepotPath::fileObjectClass},
               {"FolderAttributeName1", &CDepotPath::folderAttributeName},

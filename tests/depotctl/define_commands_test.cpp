@@ -273,7 +273,9 @@ std::string WithoutZeros(std::string bytes) {
 
 TEST_F(DefineTest, DryRunLeavesPasswordsOut) {
     key_.Text("Work", "Path2", "dc=x");
+    key_.Dword("Work", "Type2", 1);
     key_.Text("Work", "Host2", "server");
+    key_.Text("Work", "Username2", "cn=a");
     key_.Text("Work", "Password1", "old secret");
     key_.Text("Work", "Password2", "secret");
     for (const bool json : {false, true}) {

@@ -235,5 +235,47 @@ TEST_F(FilesTest, PublishCopiesClientsBesideTheProfileAndReportsWhatIsMissing) {
     EXPECT_THAT(missing.errors, HasSubstr("could not be copied: C:\\none\\n.kre"));
 }
 
+TEST_F(FilesTest, PublishShowsBeforehandWhatItWouldCopyAndChangesNothing) {
+    folder_.MakeFolder("private");
+    const std::string secret = folder_.MakeFile("private\\key.pem", "k");
+    const std::string profile =
+        "[Skein]\r\nCount=6\r\n[Clients]\r\nC1=<Work>\\a.kre\r\nC2=" + secret +
+        "\r\nC3=" + folder_.At("private") +
+        "\r\nC4=<Work>\\..\\private\\key.pem\r\nC5=u:c2.cfg\r\n"
+        "C6=<Work>\\none.kre\r\n";
+    folder_.MakeFile("team\\p.kra", profile);
+    const ToolRun run = RunTool({"publish", "--dry-run", "--json", "<Team>\\p.kra"});
+    EXPECT_EQ(ExitCode::kDone, run.exitCode) << run.errors;
+    struct Row {
+        std::string from;
+        std::string to;
+        std::string kind;
+        bool isOutside;
+    };
+    const Row rows[] = {
+        {"<Work>\\a.kre", "<Team>\\a.kre", "file", false},
+        {secret, "<Team>\\key.pem", "file", true},
+        {folder_.At("private"), "<Team>\\private", "folder, not copied", true},
+        {"<Work>\\..\\private\\key.pem", "<Team>\\key.pem", "file", true},
+    };
+    const nlohmann::json shownRows = run.Json();
+    ASSERT_EQ(6u, shownRows.size());
+    for (std::size_t at = 0; at < std::size(rows); ++at) {
+        const nlohmann::json& shown = shownRows[at];
+        EXPECT_EQ(rows[at].from, shown["from"]);
+        EXPECT_EQ(rows[at].to, shown["to"]);
+        EXPECT_EQ(rows[at].kind, shown["kind"]);
+        EXPECT_EQ(rows[at].isOutside, shown["outside"]) << at;
+    }
+    EXPECT_TRUE(shownRows[4]["to"].is_null());
+    EXPECT_EQ("missing", shownRows[5]["kind"]);
+    EXPECT_EQ(profile, Bytes("team\\p.kra"));
+    EXPECT_FALSE(PathExists(folder_.At("team\\a.kre")));
+
+    const ToolRun table = RunTool({"publish", "--dry-run", "<Team>\\p.kra"});
+    EXPECT_THAT(table.output, HasSubstr("OUTSIDE DEPOTS"));
+    EXPECT_THAT(table.output, HasSubstr("folder, not copied"));
+}
+
 }  // namespace
 }  // namespace depot::test

@@ -104,6 +104,23 @@ TEST_P(PublishStoresTest, EntriesAreReadUpTo259Characters) {
     }
 }
 
+TEST_P(PublishStoresTest, FolderThatAProfileNamesIsNotCopied) {
+    folder_.MakeFolder("private");
+    const std::string secret = folder_.MakeFile("private\\key.pem", "k");
+    work_.MakeFile("private.kra\\a.txt", "a");
+    corp_.MakeFile("private.krx\\b.txt", "b");
+    folder_.MakeFolder("empty");
+    Publish(6, "C1=" + folder_.At("private") + "\r\nC2=" + folder_.At("private") +
+                   "\\\r\nC3=<Work>\\private.kra\r\nC4=<Corp>\\private.krx\r\nC5=" +
+                   folder_.At("empty") + "\r\nC6=" + folder_.At("private") + "\\*.*\r\n");
+    ExpectOnlyTheProfile();
+    // The entry is rewritten all the same.
+    EXPECT_EQ(WidePath("Sub\\private"), Entry(L"C1"));
+    // Whatever its extension, a file is copied.
+    Publish(1, "C1=" + secret + "\r\n");
+    EXPECT_EQ("k", store_.Bytes("Sub\\key.pem"));
+}
+
 TEST_P(PublishStoresTest, NamesThatLookLikeFormatsAreCopied) {
     std::string clients;
     const std::vector<std::string> names = {"%s.cfg",     "%n",       "%99999d.cfg",

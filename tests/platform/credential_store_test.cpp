@@ -1,5 +1,6 @@
 #include "platform/credential_store.h"
 
+#include "platform/secret_text.h"
 #include "platform/win32.h"
 #include "platform/wipe.h"
 #include "support/stored_credential.h"
@@ -80,6 +81,26 @@ TEST(WipeTest, MemoryOfATextIsOverwritten) {
     EXPECT_TRUE(text.empty());
     // The text still owns them.
     for (int at = 0; at < 100; ++at) EXPECT_EQ('\0', bytes[at]);
+}
+
+TEST(WipeTest, WhatALongerTextLeftBehindIsOverwritten) {
+    std::string text(100, 'x');
+    const char* const bytes = text.data();
+    text.resize(1);
+    Wipe(text);
+    for (int at = 0; at < 100; ++at) EXPECT_EQ('\0', bytes[at]);
+}
+
+TEST(WipeTest, ShortSecretLeavesNothingWhereItWasMovedFrom) {
+    std::string text = "p4ssw0rd";
+    const char* const bytes = text.data();
+    const SecretText first = std::move(text);
+    for (int at = 0; at < 8; ++at) EXPECT_EQ('\0', bytes[at]);
+    SecretText second = first;
+    const char* const others = second.Plain().data();
+    const SecretText third = std::move(second);
+    for (int at = 0; at < 8; ++at) EXPECT_EQ('\0', others[at]);
+    EXPECT_EQ("p4ssw0rd", third);
 }
 
 }  // namespace

@@ -22,6 +22,12 @@ void FailAllocationAfter(int successes);
 // Whether the allocation that was to fail has failed. REQUIRES: one was to.
 bool AnAllocationHasFailed();
 
+// Looks from now on for a text in each block that the program gives back, and counts the blocks
+// that hold it, or the beginning of it, in narrow or wide characters; null looks for nothing. The
+// text stays the caller's.
+void LookInReleasedBlocks(const char* text);
+std::size_t ReleasedBlocksWithText();
+
 // Runs `list` again and again, letting each of its allocations fail in turn, until none is left to
 // fail. `list` returns how many items it appended; a failure outside of the items ends it. Returns
 // every number that came back.

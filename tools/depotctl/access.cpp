@@ -45,7 +45,7 @@ bool AskUser(const CDepotPath& location, LogOnNames& names) {
     const auto password = AskHidden("Password: ");
     if (!password) return false;
     if (!user->empty()) names.userName = ToAnsi(*user);
-    names.password = ToAnsi(*password);
+    names.password = ToAnsi(password->Plain());
     return true;
 }
 

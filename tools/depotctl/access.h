@@ -7,6 +7,7 @@
 
 #include "depotctl/directory_probe.h"
 #include "model/depot.h"
+#include "platform/secret_text.h"
 
 namespace depot::ctl {
 
@@ -19,7 +20,7 @@ struct LocationState {
 // What a location's server is logged on to with.
 struct LogOnNames {
     std::string userName;
-    std::string password;
+    SecretText password;
 };
 
 // The location's own credentials, else the pair that another process was given last for the server,

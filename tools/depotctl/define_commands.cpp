@@ -13,7 +13,7 @@
 #include "depotctl/stored_password.h"
 #include "depotctl/utf8_text.h"
 #include "manager/depot_list.h"
-#include "platform/wipe.h"
+#include "platform/secret_text.h"
 
 namespace depot::ctl {
 namespace {
@@ -29,16 +29,16 @@ std::string Shown(const DefineOptions& options) {
 }
 
 // A password, which the command line never holds.
-std::string AskPassword() {
+SecretText AskPassword() {
     if (!CanAsk()) {
         const auto line = ReadRedirectedLine();
         if (!line) Refuse("no password was given, and there is no terminal to ask for it at");
         return *line;
     }
-    const auto password = AskHidden("Password: ");
-    const auto again = password ? AskHidden("Once more: ") : std::nullopt;
+    const std::optional<SecretText> password = AskHidden("Password: ");
+    const std::optional<SecretText> again = password ? AskHidden("Once more: ") : std::nullopt;
     if (!again) Refuse("no password was given");
-    if (*again != *password) Refuse("the two passwords differ");
+    if (!(*again == *password)) Refuse("the two passwords differ");
     return *password;
 }
 
@@ -187,11 +187,7 @@ void Define(const Program& program, const DefineOptions& options) {
     RequireGood(program, isNew ? nullptr : &before, after);
     if (options.dryRun) return ShowFile(program, options, &change);
     const Findings notes = NotesOn(after, options);
-    if (options.storePassword) {
-        std::string password = AskPassword();
-        StorePassword(options, after, password);
-        Wipe(password);
-    }
+    if (options.storePassword) StorePassword(options, after, AskPassword());
     if (options.forgetPassword) ForgetPassword(options, before);
     // The machine's definitions are not everyone's to write.
     const bool isChanged = !change.written.empty() || !change.removed.empty();

@@ -18,9 +18,9 @@ struct OptionTarget {
 };
 
 // A text or a number, of which `make` makes the value.
-template <class Given>
+template <class Given, class Taken>
 void AddGiven(const OptionTarget& target, const DepotValue& value,
-              RawValue (*make)(std::string name, Given given)) {
+              RawValue (*make)(std::string name, Taken given)) {
     target.command.add_option_function<Given>(
         value.option,
         [&values = target.values, name = value.name, make](const Given& given) {
@@ -62,10 +62,10 @@ void AddSwitch(const OptionTarget& target, const DepotValue& value) {
 }
 
 void AddValue(const OptionTarget& target, const DepotValue& value) {
-    if (!value.IsNumber()) return AddGiven(target, value, StoredText);
+    if (!value.IsNumber()) return AddGiven<std::string>(target, value, StoredText);
     if (!value.form.words.empty()) return AddChoice(target, value);
     if (value.IsSwitch()) return AddSwitch(target, value);
-    AddGiven(target, value, NumberValue);
+    AddGiven<std::uint32_t>(target, value, NumberValue);
 }
 
 // "deu=Arbeit" is a German name, "Work" an English one.

@@ -33,10 +33,10 @@ bool HasExactSize(std::string_view name) {
 
 }  // namespace
 
-RawValue TextValue(std::string name, std::string text) {
+RawValue TextValue(std::string name, SecretText text) {
     RawValue value;
     value.name = std::move(name);
-    value.bytes = text.size() + 1;
+    value.bytes = text.Plain().size() + 1;
     value.text = std::move(text);
     return value;
 }
@@ -60,7 +60,8 @@ const RawValue* RawDefinition::Find(std::string_view name) const {
 std::optional<std::string> RawDefinition::Text(std::string_view name) const {
     const RawValue* const value = Find(name);
     if (value == nullptr || value->bytes > kLongestTextBytes) return std::nullopt;
-    return value->text.substr(0, value->text.find('\0'));
+    const std::string& text = value->text;
+    return std::optional<std::string>(std::in_place, text, 0, text.find('\0'));
 }
 
 std::optional<std::uint32_t> RawDefinition::Number(std::string_view name) const {

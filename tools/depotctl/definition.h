@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "config/depot_values.h"
+#include "platform/secret_text.h"
 
 namespace depot::ctl {
 
@@ -27,7 +28,7 @@ enum RegistryType : std::uint32_t {
 struct RawValue {
     std::string name;
     std::uint32_t type = kRegistryText;
-    std::string text;          // of a text, without its terminator
+    SecretText text;           // of a text, without its terminator; it may be a password
     std::uint32_t number = 0;  // of anything else, its first four bytes
     std::size_t bytes = 0;     // in the code page, a text's terminator included
     bool fitsCodePage = true;  // whether the component sees the text as it stands
@@ -36,7 +37,7 @@ struct RawValue {
 };
 
 // Makes a value as it comes out of the registry.
-RawValue TextValue(std::string name, std::string text);
+RawValue TextValue(std::string name, SecretText text);
 RawValue NumberValue(std::string name, std::uint32_t number);
 
 // The longest text that the component reads, its terminator included.

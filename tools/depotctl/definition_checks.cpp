@@ -126,14 +126,15 @@ private:
             return Add(Wrong(value.name, "it is " + TypeName(value.type) + ", which is no text",
                              "write it as a REG_SZ"));
         }
-        if (value.text.find('\0') != std::string::npos) {
+        if (value.text.Plain().find('\0') != std::string::npos) {
             Add(Wrong(value.name, "what follows its first NUL is never read", "write it anew"));
         }
         if (!value.fitsCodePage) {
             Add(Wrong(value.name, "it has characters that the system's code page does not have",
                       "use others"));
         }
-        const bool control = std::any_of(value.text.begin(), value.text.end(), [](char c) {
+        const std::string& text = value.text;
+        const bool control = std::any_of(text.begin(), text.end(), [](char c) {
             return c != '\0' && static_cast<unsigned char>(c) < ' ';
         });
         if (control)
@@ -178,7 +179,7 @@ private:
         if (value.text.empty()) {
             Add(Wrong(value.name, "the name is empty, and users see it", "write a name"));
         }
-        if (FindAnyAscii(value.text, "<>\\") != std::string::npos) {
+        if (FindAnyAscii(value.text.Plain(), "<>\\") != std::string::npos) {
             Add(Wrong(value.name, "<, > and \\ in a name break paths that are given by it",
                       "leave them out"));
         }

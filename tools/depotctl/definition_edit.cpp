@@ -39,7 +39,7 @@ std::string ValueLine(const RawValue& value) {
         return "; A password is not shown: store it by --ask-password.\r\n" + Quoted(value.name) +
                "=-\r\n";
     }
-    if (value.IsText()) return Quoted(value.name) + "=" + Quoted(value.text) + "\r\n";
+    if (value.IsText()) return Quoted(value.name) + "=" + Quoted(value.text.Plain()) + "\r\n";
     char number[16] = {};
     std::snprintf(number, sizeof(number), "%08x", static_cast<unsigned>(value.number));
     return Quoted(value.name) + "=dword:" + number + "\r\n";

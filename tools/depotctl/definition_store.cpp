@@ -8,6 +8,7 @@
 #include "manager/depot_list.h"
 #include "platform/registry_key.h"
 #include "platform/wide_text.h"
+#include "platform/wipe.h"
 
 namespace depot::ctl {
 namespace {
@@ -51,9 +52,10 @@ std::wstring WideText(const std::vector<BYTE>& data, bool& terminated) {
 
 void SetText(RawValue& value, const std::wstring& text, bool terminated) {
     value.text = Utf8FromWide(text);
-    const std::optional<std::string> narrow = ExactAnsiFromUtf8(value.text);
+    std::optional<std::string> narrow = ExactAnsiFromUtf8(value.text.Plain());
     value.fitsCodePage = narrow.has_value();
     value.bytes = (narrow ? narrow->size() : text.size()) + (terminated ? 1 : 0);
+    if (narrow) Wipe(*narrow);
 }
 
 RawValue MakeValue(const std::wstring& name, DWORD type, const std::vector<BYTE>& data) {
@@ -62,7 +64,8 @@ RawValue MakeValue(const std::wstring& name, DWORD type, const std::vector<BYTE>
     value.type = type;
     if (IsTextual(type)) {
         bool terminated = false;
-        const std::wstring text = WideText(data, terminated);
+        std::wstring text = WideText(data, terminated);
+        const WipeAtEnd wiped(text);
         SetText(value, text, terminated);
         return value;
     }
@@ -80,6 +83,7 @@ std::vector<RawValue> ReadValues(HKEY key) {
             RegEnumValueW(key, index, name.data(), &length, nullptr, &type, nullptr, &bytes);
         if (status != ERROR_SUCCESS) return values;
         std::vector<BYTE> data(bytes + 1);
+        const WipeAtEnd wiped(data);  // it may be a password
         status = RegQueryValueExW(key, name.c_str(), nullptr, &type, data.data(), &bytes);
         // Someone else may have changed it meanwhile.
         if (status != ERROR_SUCCESS) continue;
@@ -149,7 +153,8 @@ LSTATUS WriteValue(HKEY key, const RawValue& value) {
         return RegSetValueExW(key, name.c_str(), 0, REG_DWORD,
                               reinterpret_cast<const BYTE*>(&value.number), sizeof(value.number));
     }
-    const std::wstring text = WideFromUtf8(value.text);
+    std::wstring text = WideFromUtf8(value.text.Plain());
+    const WipeAtEnd wiped(text);
     const auto bytes = static_cast<DWORD>((text.size() + 1) * sizeof(wchar_t));
     return RegSetValueExW(key, name.c_str(), 0, value.type,
                           reinterpret_cast<const BYTE*>(text.c_str()), bytes);
@@ -228,11 +233,12 @@ std::string OwnerOf(HKEY root) {
     return root == HKEY_CURRENT_USER ? "the user" : "the machine";
 }
 
-RawValue StoredText(std::string name, std::string text) {
+RawValue StoredText(std::string name, SecretText text) {
     RawValue value = TextValue(std::move(name), std::move(text));
-    const std::optional<std::string> narrow = ExactAnsiFromUtf8(value.text);
+    std::optional<std::string> narrow = ExactAnsiFromUtf8(value.text.Plain());
     value.fitsCodePage = narrow.has_value();
     if (narrow) value.bytes = narrow->size() + 1;
+    if (narrow) Wipe(*narrow);
     return value;
 }
 

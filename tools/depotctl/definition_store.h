@@ -42,6 +42,6 @@ void RemoveDefinition(HKEY root, const std::string& key);
 std::string OwnerOf(HKEY root);
 
 // Whether the ANSI code page can hold the text; and the bytes that it then takes.
-RawValue StoredText(std::string name, std::string text);
+RawValue StoredText(std::string name, SecretText text);
 
 }  // namespace depot::ctl

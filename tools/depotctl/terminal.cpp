@@ -6,6 +6,7 @@
 #include "depotctl/failure.h"
 #include "platform/handles.h"
 #include "platform/wide_text.h"
+#include "platform/wipe.h"
 
 namespace depot::ctl {
 namespace {
@@ -58,7 +59,7 @@ void WriteWide(HANDLE console, const std::wstring& text) {
     }
 }
 
-std::optional<std::string> Ask(const std::string& prompt, bool echo) {
+std::optional<SecretText> Ask(const std::string& prompt, bool echo) {
     const UniqueHandle input = OpenConsole("CONIN$");
     const UniqueHandle output = OpenConsole("CONOUT$");
     if (!IsConsole(input.get()) || !IsConsole(output.get())) return std::nullopt;
@@ -71,10 +72,10 @@ std::optional<std::string> Ask(const std::string& prompt, bool echo) {
     }
     if (!echo) WriteWide(output.get(), L"\n");
     if (length == 0) return std::nullopt;
-    std::wstring line(typed, length);
+    const std::wstring_view line(typed, length);
+    SecretText answer = Utf8FromWide(line.substr(0, line.find_first_of(L"\r\n")));
     SecureZeroMemory(typed, sizeof(typed));
-    line.resize(std::min(line.find_first_of(L"\r\n"), line.size()));
-    return Utf8FromWide(line);
+    return answer;
 }
 
 }  // namespace
@@ -110,22 +111,25 @@ void OutputStream::WriteBytes(const void* bytes, std::size_t length) const {
     }
 }
 
-std::optional<std::string> AskHidden(const std::string& prompt) {
+std::optional<SecretText> AskHidden(const std::string& prompt) {
     return Ask(prompt, false);
 }
 
 std::optional<std::string> AskVisible(const std::string& prompt) {
-    return Ask(prompt, true);
+    const std::optional<SecretText> answer = Ask(prompt, true);
+    return answer ? std::optional(answer->Plain()) : std::nullopt;
 }
 
 bool CanAsk() {
     return IsConsole(GetStdHandle(STD_INPUT_HANDLE)) && IsConsole(OpenConsole("CONIN$").get());
 }
 
-std::optional<std::string> ReadRedirectedLine() {
+std::optional<SecretText> ReadRedirectedLine() {
     const HANDLE input = GetStdHandle(STD_INPUT_HANDLE);
     if (IsConsole(input)) return std::nullopt;
     std::string line;
+    const WipeAtEnd wiped(line);
+    line.reserve(kLongestAnswer);  // growing would leave copies behind
     char next = 0;
     DWORD read = 0;
     while (line.size() < kLongestAnswer && ReadFile(input, &next, 1, &read, nullptr) && read == 1 &&
@@ -134,7 +138,7 @@ std::optional<std::string> ReadRedirectedLine() {
     }
     if (line.ends_with('\r')) line.pop_back();
     if (line.empty()) return std::nullopt;
-    return line;
+    return SecretText(line);
 }
 
 }  // namespace depot::ctl

@@ -6,6 +6,7 @@
 #include <string>
 #include <string_view>
 
+#include "platform/secret_text.h"
 #include "platform/win32.h"
 
 namespace depot::ctl {
@@ -35,7 +36,7 @@ private:
 
 // Reads a line from the terminal without showing what is typed; nothing without a terminal or when
 // the user gives up. The prompt is written to the terminal, whatever the output is redirected to.
-std::optional<std::string> AskHidden(const std::string& prompt);
+std::optional<SecretText> AskHidden(const std::string& prompt);
 
 // The same, shown while it is typed.
 std::optional<std::string> AskVisible(const std::string& prompt);
@@ -44,6 +45,6 @@ std::optional<std::string> AskVisible(const std::string& prompt);
 bool CanAsk();
 
 // Reads the first line of redirected input; nothing when the input is a terminal or empty.
-std::optional<std::string> ReadRedirectedLine();
+std::optional<SecretText> ReadRedirectedLine();
 
 }  // namespace depot::ctl

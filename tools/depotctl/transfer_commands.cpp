@@ -10,6 +10,7 @@
 #include "depotctl/progress.h"
 #include "depotctl/transfer.h"
 #include "fileops/publish.h"
+#include "fileops/publish_plan.h"
 #include "platform/paths.h"
 
 namespace depot::ctl {
@@ -129,13 +130,49 @@ Published PublishInCopy(Program& program, Places& places, const Place& place) {
     return published;
 }
 
-void Publish(Program& program, const std::string& path) {
+struct PublishOptions {
+    std::string path;
+    bool dryRun = false;
+};
+
+Json KindText(const std::optional<ItemKind>& kind) {
+    if (!kind) return "unreachable";
+    switch (*kind) {
+        case ItemKind::kFile:
+            return "file";
+        case ItemKind::kFolder:
+            return "folder, not copied";
+        case ItemKind::kOther:
+            return "no file, not copied";
+        default:
+            return "missing";
+    }
+}
+
+// Shows what would be copied from where to where.
+void ShowPlan(Program& program, const Place& place) {
+    DepotFileContext& file = *program.Session().currentFile;
+    const ProfileCopy copy(place, file.localPath, 0);
+    const CopyScope scope(file, copy);
+    Json rows = Json::array();
+    for (const PlannedClient& client : PlanPublishing(program.Session())) {
+        rows.push_back({{"from", Utf8FromAnsi(client.from)},
+                        {"to", client.to.empty() ? Json() : Json(Utf8FromAnsi(client.to))},
+                        {"kind", KindText(client.kind)},
+                        {"outside", client.isOutside}});
+    }
+    program.renderer.List(
+        rows, {{"from", "FROM"}, {"to", "TO"}, {"kind", "KIND"}, {"outside", "OUTSIDE DEPOTS"}});
+}
+
+void Publish(Program& program, const PublishOptions& options) {
     Places places(program);
-    const Place place = places.ResolveFile(path);
+    const Place place = places.ResolveFile(options.path);
     DepotSession& session = program.Session();
     session.LoadFile(place.path);
     DepotFileContext& file = *session.currentFile;
     if (file.localPath.empty()) Fail("open", place);
+    if (options.dryRun) return ShowPlan(program, place);
     const Published published = PublishInCopy(program, places, place);
     if (file.Release() == 0) Fail("write", place);
     session.currentFile.reset();
@@ -162,11 +199,15 @@ void AddTransferCommands(CLI::App& app, Program& program) {
         {"download", "Copy a file or tree of a depot to a local folder",
          "Example:\n  depotctl download \"<Company>\\Profiles\" C:\\Backup", "What is fetched"},
         Run<Direction::kDown>);
-    AddPathCommand(
+    const auto [publish, options] = AddCommand<PublishOptions>(
         app, program,
         {"publish", "Copy the files that a Skein profile depends on beside it",
-         "Example:\n  depotctl publish \"<Team>\\counter.kra\"", "The profile in its depot"},
+         "Examples:\n  depotctl publish \"<Team>\\counter.kra\"\n"
+         "  depotctl publish --dry-run \"<Team>\\counter.kra\""},
         Publish);
+    publish.add_option("path", options.path, "The profile in its depot")->required();
+    publish.add_flag("--dry-run", options.dryRun,
+                     "Only show what would be copied from where, and whether a depot holds it");
 }
 
 }  // namespace depot::ctl
