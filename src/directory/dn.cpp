@@ -137,6 +137,10 @@ std::string ObjectKey(std::string_view mark, std::string_view host, std::uint32_
 
 }  // namespace
 
+std::string UnseenContentsText(std::string_view name) {
+    return Concatenate({"\"", name, "\": ", kUnseenContentsText});
+}
+
 std::string ServerKey(std::string_view host, std::uint32_t port) {
     return ObjectKey("", host, port);
 }

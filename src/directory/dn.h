@@ -65,6 +65,11 @@ std::string UnsafeNamesText(std::uint32_t count);
 inline constexpr char kSharedNamesText[] =
     "Several entries have one and the same name in the file system.";
 
+// The text for the user that a file's entry shows no contents, alone and with the file's name.
+inline constexpr char kUnseenContentsText[] =
+    "The contents may not be read: the directory does not show them to this user.";
+std::string UnseenContentsText(std::string_view name);
+
 // Returns the key under which processes share what they know of a server: the host in lower case, a
 // colon and the port. It is cut to what the name of a system object can take.
 std::string ServerKey(std::string_view host, std::uint32_t port);

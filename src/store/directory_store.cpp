@@ -134,9 +134,8 @@ void DirectoryStore::HandOut(const LdapItemList& children, const std::string& fo
 }
 
 Result DirectoryStore::ReadFile(const std::string& path, SourceFate fate, FileBuffer& contents) {
-    Result read = Looked(Entries().Read(path, contents));
+    Result read = Looked(Entries().ReadSeen(path, contents));
     if (!read || fate == SourceFate::kStays) return read;
-    if (!contents.bytes) return Of(LDAP_NO_SUCH_ATTRIBUTE);
     // A file's name without a dot lets the deletion look for entries below it.
     return LooksLikeFolder(path) ? RefuseChildren(path) : std::move(read);
 }
@@ -198,13 +197,12 @@ Result DirectoryStore::ReadByClass(const std::string& path, SourceFate fate, Sto
     if (!looked) return looked;
     if (kind == EntryKind::kOther) {
         source.isFolder = LooksLikeFolder(path);
-        return Of(goes ? LDAP_OBJECT_CLASS_VIOLATION : LDAP_SUCCESS);
+        if (goes) return Of(LDAP_OBJECT_CLASS_VIOLATION);
+        return source.isFolder ? Result() : Looked(EntryStore::Unseen());
     }
     source.isFolder = kind == EntryKind::kFolder;
     if (source.isFolder) return {};
-    Result read = Looked(Entries().Read(path, source.contents));
-    if (!read || source.contents.bytes || !goes) return read;
-    return Of(LDAP_NO_SUCH_ATTRIBUTE);
+    return Looked(Entries().ReadSeen(path, source.contents));
 }
 
 Error DirectoryStore::IncompleteError(const LeftOut& left) const {

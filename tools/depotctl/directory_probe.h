@@ -52,6 +52,10 @@ public:
     // Tries to write below the base with a file entry, which is removed again.
     std::optional<Problem> TryWriting();
 
+    // Looks at the class and the contents of one file below the base: the first that a few listings
+    // find or, for a user who may write, one that is made for it and removed again.
+    std::optional<Problem> TryReading(bool mayWrite);
+
     // Lists the base as the component does. `inPages` is whether the server's size limit makes
     // that a listing in pages.
     std::optional<Problem> ListBase(bool& inPages);
@@ -73,6 +77,9 @@ private:
     Problem WhyNotLoggedOn(std::uint32_t code) const;
     std::optional<Problem> WhyNotSecured() const;
     std::uint32_t ListBaseInPages();
+    std::string ProbeDN() const;
+    std::string FirstFile();
+    std::optional<Problem> TryReading(const std::string& dn);
     std::vector<std::string> Values(const std::string& dn, const std::string& attribute);
 
     struct Answer {
