@@ -1,6 +1,6 @@
 // Names of directory entries as text: nothing here asks a server or the client library.
 //
-// Names are put into distinguished names as they are, without escapes.
+// Names are put into distinguished names with escapes, and read from them without.
 #pragma once
 
 #include <cstdint>
@@ -28,7 +28,7 @@ struct EntryName {
 
 enum class FileExtension { kKeep, kStrip };
 
-// Returns "attribute=name,parent".
+// Returns "attribute=name,parent", with the name escaped.
 std::string EntryDN(std::string_view attribute, std::string_view name, std::string_view parent);
 
 // Turns a base DN followed by backslash-separated folder and file names into the DN of the entry.
@@ -39,8 +39,8 @@ std::string EntryDN(std::string_view attribute, std::string_view name, std::stri
 // Relied on by: existing directories, whose files all have extensions and whose folders have none.
 std::string PathToDN(std::string_view path, const NamingAttributes& attributes);
 
-// Takes the naming attribute off the first component of a DN, such as "CN=report.krc". Empty when
-// the component carries neither naming attribute.
+// Takes the naming attribute, and the escapes, off the first component of a DN, which may be
+// "CN=report.krc". Empty when the component carries neither naming attribute.
 //
 // Kept: with one attribute for both kinds, a name with a dot is a file and one without a folder.
 // Relied on by: existing directories of default names.

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "directory/comparable_dn.h"
+#include "directory/dn_escapes.h"
 #include "platform/local_name.h"
 #include "platform/text.h"
 #include "store/tree.h"
@@ -46,7 +47,8 @@ std::uint32_t CodeOfReason(Reason reason) {
 // the folder's DN.
 std::string NameOfChild(const std::string& dn, const std::string& folder) {
     const std::size_t start = dn.find('=') + 1;
-    return dn.substr(start, dn.size() - folder.size() - 1 - start);
+    const std::size_t length = dn.size() - folder.size() - 1 - start;
+    return UnescapedName(std::string_view(dn).substr(start, length));
 }
 
 }  // namespace
