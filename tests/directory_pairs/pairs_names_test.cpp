@@ -28,7 +28,7 @@ TEST_P(PairNamesTest, SignsOfDistinguishedNamesArriveInNamesOfFilesAndFolders) {
     for (const std::string& name : names) {
         SCOPED_TRACE(name);
         Source().MakeFile("from\\" + name + ".kra", "1");
-        Source().MakeFile("tree\\" + name + "\\" + name + ".kra", "2");
+        Source().MakeFile("from\\tree\\" + name + "\\" + name + ".kra", "2");
         tree[name] = kFolderMark;
         tree[name + "\\" + name + ".kra"] = "2";
         Target().MakeFolder("to\\moved");
@@ -38,12 +38,12 @@ TEST_P(PairNamesTest, SignsOfDistinguishedNamesArriveInNamesOfFilesAndFolders) {
         EXPECT_EQ("1", Target().Bytes("to\\moved\\" + name + ".kra"));
         EXPECT_FALSE(Source().Holds("from\\" + name + ".kra"));
     }
-    EXPECT_EQ(tree, Source().Contents("tree"));
-    EXPECT_THAT(OnItem(FO_COPY, Source().Path("tree"), To("copy")), IsDone());
-    EXPECT_EQ(tree, Target().Contents("to\\copy"));
-    EXPECT_THAT(OnItem(FO_MOVE, Source().Path("tree"), To("all")), IsDone());
-    EXPECT_EQ(tree, Target().Contents("to\\all"));
-    EXPECT_FALSE(Source().Holds("tree"));
+    EXPECT_EQ(tree, Source().Contents("from\\tree"));
+    EXPECT_THAT(OnList(FO_COPY, {From("tree")}, To("")), IsDone()) << error_;
+    EXPECT_EQ(tree, Target().Contents("to\\tree"));
+    EXPECT_THAT(OnList(FO_MOVE, {From("tree")}, To("moved\\")), IsDone()) << error_;
+    EXPECT_EQ(tree, Target().Contents("to\\moved\\tree"));
+    EXPECT_FALSE(Source().Holds("from\\tree"));
 }
 
 // The length is that of the path in the file system, or that of the display path.
