@@ -13,10 +13,10 @@ bool IsEnd(char c) {
     return kEnds.find(c) != std::string_view::npos;
 }
 
-std::string_view NumberOf(char c) {
-    if (c == '\\') return "\\5c";
-    if (c == ',') return "\\2c";
-    return c == '+' ? "\\2b" : "\\3d";
+std::string_view NumberOf(std::string_view character) {
+    if (character == "\\") return "\\5c";
+    if (character == ",") return "\\2c";
+    return character == "+" ? "\\2b" : "\\3d";
 }
 
 // The text as far as it is known, which holds no end but those of names and values.
@@ -37,7 +37,7 @@ public:
         } else {
             // By the number of each, so that none of them looks like an end or begins an escape.
             const bool isEnd = character.size() == 1 && IsEnd(character.front());
-            text_.append(isEnd || character == "\\" ? NumberOf(character.front()) : character);
+            text_.append(isEnd || character == "\\" ? NumberOf(character) : character);
         }
     }
 
