@@ -157,9 +157,9 @@ LDAPMessage* EntryStore::EntryNamed(LDAPMessage* result, const std::string& dn) 
 }
 
 Result EntryStore::Read(const std::string& dn, FileBuffer& buffer, const char* attributeName) {
-    return connection_.Outcome(
-        ReadCode(dn, buffer, attributeName ? attributeName : schema_.ContentsAttribute(),
-                 WithoutEntry::kIsEmpty));
+    return connection_.Outcome(ReadCode(dn, buffer,
+                                        attributeName ? attributeName : schema_.ContentsAttribute(),
+                                        WithoutEntry::kIsEmpty));
 }
 
 Result EntryStore::ReadSeen(const std::string& dn, FileBuffer& buffer) {

@@ -40,8 +40,8 @@ CopyOutcome CopyFileContents(const CopyRequest& request, const FileBuffer& conte
     Result written = request.to.store->Prepare(target, request.existing);
     if (!written) return {std::move(written), CopyStage::kTarget};
     if (request.copied) request.copied->SetFile(request.from.path, contents);
-    written = request.to.store->WriteFile(request.to.path, contents,
-                                          {request.existing, request.fate});
+    written =
+        request.to.store->WriteFile(request.to.path, contents, {request.existing, request.fate});
     // There is nothing left to stop.
     if (written && request.watcher) request.watcher({1, 1, contents.length});
     return {std::move(written), CopyStage::kTarget};
@@ -283,8 +283,7 @@ CopyOutcome CopyTreeThroughFolder(const CopyRequest& request, StoreSource& sourc
 
 CopyOutcome CopyTree(const CopyRequest& request, StoreSource& source) {
     const bool isInReach = IsLocal(request.from) || IsLocal(request.to);
-    return isInReach ? TreeCopy(request).Run(source)
-                     : CopyTreeThroughFolder(request, source);
+    return isInReach ? TreeCopy(request).Run(source) : CopyTreeThroughFolder(request, source);
 }
 
 CopyOutcome CopyOpened(CopyRequest request) {

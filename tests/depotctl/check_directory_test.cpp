@@ -113,7 +113,8 @@ TEST_F(CheckDirectoryTest, WhoeverMayWriteAndNotReadHasAProblem) {
         std::string settings, text;
     } rows[] = {
         {WritesUnreadContents(), "problem: writing only: the contents may not be read (LDAP 16)"},
-        {SeesNoClasses(), "problem: writing only: the class of entries may not be read"},
+        {SeesNoClasses(),
+         "problem: writing only: entries are there but their class may not be read"},
     };
     for (const auto& row : rows) {
         DirectoryServer server(row.settings);
@@ -121,11 +122,22 @@ TEST_F(CheckDirectoryTest, WhoeverMayWriteAndNotReadHasAProblem) {
         // With a file of the test's own as well as with one that is there.
         EXPECT_EQ(row.text, Step("rights"));
         EXPECT_EQ(ExitCode::kRefused, run_.exitCode);
-        EXPECT_FALSE(server.Holds("cn=____Test____Writable____File___.twr," + std::string(kSuffix)));
+        EXPECT_FALSE(
+            server.Holds("cn=____Test____Writable____File___.twr," + std::string(kSuffix)));
         server.AddFolder("Sessions", kSuffix);
         server.AddFile("office.kre", "cn=Sessions," + std::string(kSuffix), "x");
         EXPECT_EQ(row.text, Step("rights"));
     }
+}
+
+TEST_F(CheckDirectoryTest, EntriesThatShowNoClassAreAProblemForWhoeverOnlyReads) {
+    DirectoryServer server(
+        "database access to attrs=userPassword by anonymous auth by * none\n"
+        "database access to attrs=objectClass by * search\n"
+        "database access to * by * read");
+    UseServer(server, kSuffix);
+    EXPECT_EQ("problem: entries are there but their class may not be read", Step("rights"));
+    EXPECT_EQ(ExitCode::kRefused, run_.exitCode);
 }
 
 TEST_F(CheckDirectoryTest, BaseThatASearchDoesNotFindIsNamed) {

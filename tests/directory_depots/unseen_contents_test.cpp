@@ -73,8 +73,8 @@ TEST_F(UnseenContentsTest, EditOfACopyThatNothingIsKnownOfReplacesNothing) {
     WorkingCopyOrigin unknown;
     unknown.code = LDAP_BUSY;
     file->WriteString("Host", "Name", "news");
-    EXPECT_THAT(ReleaseLocal(Directory(), "cn=a.kra," + std::string(test::kSuffix),
-                             file->localPath, true, nullptr, unknown),
+    EXPECT_THAT(ReleaseLocal(Directory(), "cn=a.kra," + std::string(test::kSuffix), file->localPath,
+                             true, nullptr, unknown),
                 Fails());
     EXPECT_TRUE(IsUntouched());
     EXPECT_THAT(RecoveredFiles(), SizeIs(1));

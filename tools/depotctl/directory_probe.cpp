@@ -18,6 +18,7 @@ constexpr std::uint32_t kTlsFromTheStart = 2;
 
 // Asks for the entries alone.
 constexpr char kNoAttributes[] = "1.1";
+constexpr char kObjectClass[] = "objectClass";
 
 bool IsStartTls(const CDepotPath& location) {
     return location.security != 0 && location.security != kTlsFromTheStart;
@@ -42,6 +43,11 @@ bool Defines(const std::vector<std::string>& definitions, const std::string& nam
     return std::any_of(definitions.begin(), definitions.end(), [&](const std::string& definition) {
         return FindNoCase(definition, quoted) != std::string::npos;
     });
+}
+
+Problem HiddenClass() {
+    return {"entries are there but their class may not be read",
+            "grant the user the right to read objectClass", LDAP_NO_SUCH_ATTRIBUTE};
 }
 
 std::optional<Problem> UnlessDone(std::uint32_t code) {
@@ -151,9 +157,29 @@ std::optional<Problem> DirectoryProbe::TryWriting() {
     return ProblemFor(CodeOf(tested));
 }
 
+// Listings show nothing of entries without a visible class, and nothing is all that users see then.
+bool DirectoryProbe::HidesClasses() {
+    const Answer answer = Search(BaseDN(), LDAP_SCOPE_ONELEVEL, kObjectClass);
+    if (!answer.message) return false;
+    DirectoryClient& client = Client();
+    LDAPMessage* entry = client.ldap_first_entry(Session(), answer.message.get());
+    for (; entry != nullptr; entry = client.ldap_next_entry(Session(), entry)) {
+        std::string attribute = kObjectClass;
+        const UniqueLdapValues classes(client.ldap_get_values(Session(), entry, attribute.data()),
+                                       {&client});
+        if (!classes || *classes == nullptr) return true;
+    }
+    return false;
+}
+
 std::optional<Problem> DirectoryProbe::TryReading(bool mayWrite) {
-    if (const std::string file = FirstFile(); !file.empty()) return TryReading(file);
-    if (!mayWrite) return std::nullopt;
+    if (mayWrite) return TryReadingOwnFile();
+    if (HidesClasses()) return HiddenClass();
+    const std::string file = FirstFile();
+    return file.empty() ? std::nullopt : TryReading(file);
+}
+
+std::optional<Problem> DirectoryProbe::TryReadingOwnFile() {
     EntryStore& entries = directory_->Entries();
     const std::string dn = ProbeDN();
     const FileBuffer probe = {1, std::make_unique<std::uint8_t[]>(1 + kFileBufferReserve)};
@@ -187,10 +213,7 @@ std::optional<Problem> DirectoryProbe::TryReading(const std::string& dn) {
                        CodeOf(looked)};
     }
     if (!looked) return ProblemFor(CodeOf(looked));
-    if (kind != EntryKind::kFile) {
-        return Problem{"the class of entries may not be read",
-                       "grant the user the right to read objectClass", LDAP_NO_SUCH_ATTRIBUTE};
-    }
+    if (kind != EntryKind::kFile) return HiddenClass();
     FileBuffer contents;
     const Result read = entries.ReadSeen(dn, contents);
     if (read) return std::nullopt;

@@ -52,8 +52,8 @@ public:
     // Tries to write below the base with a file entry, which is removed again.
     std::optional<Problem> TryWriting();
 
-    // Looks at the class and the contents of one file below the base: the first that a few listings
-    // find or, for a user who may write, one that is made for it and removed again.
+    // Looks at the class and the contents of one file below the base: for a user who may write one
+    // that is made for it and removed again, else the first that a few listings find.
     std::optional<Problem> TryReading(bool mayWrite);
 
     // Lists the base as the component does. `inPages` is whether the server's size limit makes
@@ -78,6 +78,8 @@ private:
     std::optional<Problem> WhyNotSecured() const;
     std::uint32_t ListBaseInPages();
     std::string ProbeDN() const;
+    std::optional<Problem> TryReadingOwnFile();
+    bool HidesClasses();
     std::string FirstFile();
     std::optional<Problem> TryReading(const std::string& dn);
     std::vector<std::string> Values(const std::string& dn, const std::string& attribute);

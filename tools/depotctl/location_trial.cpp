@@ -138,8 +138,8 @@ void LocationTrial::TryEntries() {
     const std::optional<Problem> writing = probe_->TryWriting();
     // Whoever may write and not read would store over what there is.
     if (const auto reading = probe_->TryReading(!writing)) {
-        findings_.push_back(Wrong("rights", (writing ? "" : "writing only: ") + reading->text,
-                                  reading->advice));
+        findings_.push_back(
+            Wrong("rights", (writing ? "" : "writing only: ") + reading->text, reading->advice));
     } else {
         ReportRights(writing, true);
     }
