@@ -7,7 +7,8 @@
 namespace depot {
 
 // Returns the text by which two names of entries compare: in lower case, with each run of blanks as
-// one and none at the ends of names and values. Servers match names in this way.
+// one and none at the ends of names and values, and with escapes in one form. Servers match names
+// in this way.
 std::string ComparableDN(std::string_view dn);
 
 }  // namespace depot

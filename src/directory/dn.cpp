@@ -1,5 +1,6 @@
 #include "directory/dn.h"
 
+#include "directory/dn_escapes.h"
 #include "platform/paths.h"
 #include "platform/text.h"
 
@@ -28,11 +29,12 @@ std::string ResolveParentSteps(std::string path) {
     }
 }
 
-std::optional<std::string> WithoutPrefix(std::string_view component, const std::string& prefix) {
-    const std::optional<TextMatch> match = FindMatchNoCase(component, prefix);
+// Returns the name of an entry that is named by this attribute.
+std::optional<std::string> WithoutPrefix(std::string_view component, const std::string& attribute) {
+    const std::optional<TextMatch> match = FindMatchNoCase(component, attribute + "=");
     if (!match) return std::nullopt;
     std::string name(component);
-    return name.erase(match->start, match->length);
+    return UnescapedName(name.erase(match->start, match->length));
 }
 
 int HexDigit(char c) {
@@ -65,7 +67,7 @@ bool NamingAttributes::AreTheSame() const {
 }
 
 std::string EntryDN(std::string_view attribute, std::string_view name, std::string_view parent) {
-    return Concatenate({attribute, "=", name, ",", parent});
+    return Concatenate({attribute, "=", EscapedName(name), ",", parent});
 }
 
 std::string PathToDN(std::string_view path, const NamingAttributes& attributes) {
@@ -75,7 +77,9 @@ std::string PathToDN(std::string_view path, const NamingAttributes& attributes) 
          at = FindLastSeparator(rest)) {
         const std::string name = rest.substr(at + 1);
         const bool isFile = FindCharacter(name, '.') != std::string::npos;
-        dn.append(isFile ? attributes.file : attributes.folder).append("=").append(name);
+        dn.append(isFile ? attributes.file : attributes.folder)
+            .append("=")
+            .append(EscapedName(name));
         dn.push_back(',');
         rest.resize(at);
     }
@@ -85,11 +89,11 @@ std::string PathToDN(std::string_view path, const NamingAttributes& attributes) 
 std::optional<EntryName> SplitFirstComponent(std::string_view component,
                                              const NamingAttributes& attributes,
                                              FileExtension extension) {
-    std::optional<std::string> name = WithoutPrefix(component, Concatenate({attributes.file, "="}));
+    std::optional<std::string> name = WithoutPrefix(component, attributes.file);
     bool isFolder =
         name && attributes.AreTheSame() && FindCharacter(*name, '.') == std::string::npos;
     if (!name) {
-        name = WithoutPrefix(component, Concatenate({attributes.folder, "="}));
+        name = WithoutPrefix(component, attributes.folder);
         isFolder = true;
     }
     if (!name) return std::nullopt;
@@ -111,7 +115,10 @@ std::string DecodeNonAsciiEscapes(std::string_view component,
     std::string decoded;
     for (std::size_t at = 0; at < component.size();) {
         const std::string run = EscapedRunAt(component, at);
-        const std::size_t length = run.empty() ? CharacterLength(component, at) : 3 * run.size();
+        // Of an escaped backslash the second one begins no escape.
+        const std::size_t escape = EscapeLength(component, at);
+        const std::size_t alone = escape > 0 ? escape : CharacterLength(component, at);
+        const std::size_t length = run.empty() ? alone : 3 * run.size();
         const std::optional<std::string> text = run.empty() ? std::nullopt : convert(run);
         decoded.append(text ? *text : std::string(component.substr(at, length)));
         at += length;
@@ -136,6 +143,10 @@ std::string ObjectKey(std::string_view mark, std::string_view host, std::uint32_
 }
 
 }  // namespace
+
+std::string UnseenContentsText(std::string_view name) {
+    return Concatenate({"\"", name, "\": ", kUnseenContentsText});
+}
 
 std::string ServerKey(std::string_view host, std::uint32_t port) {
     return ObjectKey("", host, port);

@@ -1,6 +1,6 @@
 // Names of directory entries as text: nothing here asks a server or the client library.
 //
-// Names are put into distinguished names as they are, without escapes.
+// Names are put into distinguished names with escapes, and read from them without.
 #pragma once
 
 #include <cstdint>
@@ -28,7 +28,7 @@ struct EntryName {
 
 enum class FileExtension { kKeep, kStrip };
 
-// Returns "attribute=name,parent".
+// Returns "attribute=name,parent", with the name escaped.
 std::string EntryDN(std::string_view attribute, std::string_view name, std::string_view parent);
 
 // Turns a base DN followed by backslash-separated folder and file names into the DN of the entry.
@@ -39,8 +39,8 @@ std::string EntryDN(std::string_view attribute, std::string_view name, std::stri
 // Relied on by: existing directories, whose files all have extensions and whose folders have none.
 std::string PathToDN(std::string_view path, const NamingAttributes& attributes);
 
-// Takes the naming attribute off the first component of a DN, such as "CN=report.krc". Empty when
-// the component carries neither naming attribute.
+// Takes the naming attribute, and the escapes, off the first component of a DN, which may be
+// "CN=report.krc". Empty when the component carries neither naming attribute.
 //
 // Kept: with one attribute for both kinds, a name with a dot is a file and one without a folder.
 // Relied on by: existing directories of default names.
@@ -64,6 +64,11 @@ std::string UnsafeNamesText(std::uint32_t count);
 // The text for the user that two entries would become one local file.
 inline constexpr char kSharedNamesText[] =
     "Several entries have one and the same name in the file system.";
+
+// The text for the user that a file's entry shows no contents, alone and with the file's name.
+inline constexpr char kUnseenContentsText[] =
+    "The contents may not be read: the directory does not show them to this user.";
+std::string UnseenContentsText(std::string_view name);
 
 // Returns the key under which processes share what they know of a server: the host in lower case, a
 // colon and the port. It is cut to what the name of a system object can take.

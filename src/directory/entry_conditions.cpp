@@ -93,11 +93,11 @@ Result EntryStore::RemoveUnchanged(const std::string& dn, const FileBuffer& pres
 std::uint32_t EntryStore::RemoveUnchangedCode(const std::string& dn, const FileBuffer& present) {
     if (!connection_.IsConnected()) return LDAP_SERVER_DOWN;
     if (const auto code = RemoveOnCondition(dn, present)) return *code;
-    // A server that shows no contents to this user has none that would differ: looking just before
-    // must do.
+    // A server that shows no contents to this user, or not even the entry, has none that would
+    // differ: looking just before must do.
     FileBuffer seen;
     const std::uint32_t code = ReadCode(dn, seen, schema_.ContentsAttribute());
-    if (code != LDAP_SUCCESS) return code;
+    if (code != LDAP_SUCCESS && code != LDAP_NO_SUCH_OBJECT) return code;
     return IsAnother(seen, present) ? kContentsChanged : RemoveCode(dn);
 }
 

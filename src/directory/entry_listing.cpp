@@ -22,6 +22,7 @@ struct ChildFacts {
     std::string fileName;
     bool isFolder = false;
     bool isFile = false;
+    bool showsClass = false;
     // Whether narrow texts cannot hold its name of the kind.
     bool isUnsafeFolderName = false;
     bool isUnsafeFileName = false;
@@ -49,6 +50,7 @@ struct ChildNames {
         } else if (EqualsNoCase(attribute, naming.file)) {
             facts.fileName = Name(value, facts.isUnsafeFileName);
         } else if (EqualsNoCase(attribute, kObjectClass)) {
+            facts.showsClass = true;
             facts.isFolder = facts.isFolder || EqualsNoCase(value, folderClass);
             facts.isFile = facts.isFile || EqualsNoCase(value, fileClass);
         }
@@ -200,7 +202,9 @@ bool EntryStore::AddChild(LDAPMessage* entry, const Listing& listing) {
     }
     const bool isFolder = facts.IsNamedFolder();
     if (!isFolder && !facts.IsNamedFile()) {
-        TraceLeftOutEntry(entry, listing, "neither a folder nor a file");
+        TraceLeftOutEntry(
+            entry, listing,
+            facts.showsClass ? "neither a folder nor a file" : "its class may not be read");
         return facts.complete;
     }
     const std::string& name = isFolder ? facts.folderName : facts.fileName;

@@ -80,24 +80,34 @@ Result EntryStore::Find(const std::string& dn) {
 std::uint32_t EntryStore::FindCode(const std::string& dn) {
     // The entry alone, without attributes: its subtree would carry every file's contents.
     UniqueLdapMessage result;
-    return Search(dn, LDAP_SCOPE_BASE, {kNoAttributes}, result);
+    const std::uint32_t code = Search(dn, LDAP_SCOPE_BASE, {kNoAttributes}, result);
+    return code == LDAP_SUCCESS ? FoundCode(result.get()) : code;
+}
+
+// Some servers have a search succeed without an entry that the user may not see.
+std::uint32_t EntryStore::FoundCode(LDAPMessage* result) const {
+    if (LacksAny(Client().ldap_first_entry, Client().ldap_count_entries)) return LDAP_SERVER_DOWN;
+    if (Client().ldap_first_entry(Handle(), result) != nullptr) return LDAP_SUCCESS;
+    // Without memory the client hands out nothing although there is something.
+    const bool none = Client().ldap_count_entries(Handle(), result) == 0;
+    return none ? LDAP_NO_SUCH_OBJECT : LDAP_NO_MEMORY;
 }
 
 Result EntryStore::FindKind(const std::string& dn, EntryKind& kind) {
     kind = EntryKind::kOther;
     UniqueLdapMessage result;
     const std::uint32_t code = Search(dn, LDAP_SCOPE_BASE, {kObjectClass}, result);
-    if (code == LDAP_SUCCESS) kind = KindIn(result.get());
-    return Answer(code);
+    return Answer(code == LDAP_SUCCESS ? TakeKind(result.get(), kind) : code);
 }
 
-EntryKind EntryStore::KindIn(LDAPMessage* result) const {
+std::uint32_t EntryStore::TakeKind(LDAPMessage* result, EntryKind& kind) const {
+    const std::uint32_t code = FoundCode(result);
+    if (code != LDAP_SUCCESS) return code;
     LDAPMessage* const entry = Client().ldap_first_entry(Handle(), result);
-    if (entry == nullptr) return EntryKind::kOther;
     const bool isFolder = HasValue(entry, kObjectClass, schema_.FolderClass().c_str());
     const bool isFile = HasValue(entry, kObjectClass, schema_.FileClass().c_str());
-    if (isFolder == isFile) return EntryKind::kOther;
-    return isFolder ? EntryKind::kFolder : EntryKind::kFile;
+    if (isFolder != isFile) kind = isFolder ? EntryKind::kFolder : EntryKind::kFile;
+    return LDAP_SUCCESS;
 }
 
 void EntryStore::FindKindsTogether(std::span<KindLookup> lookups) {
@@ -107,8 +117,9 @@ void EntryStore::FindKindsTogether(std::span<KindLookup> lookups) {
             batch.Search(lookups[index].dn, LDAP_SCOPE_BASE, {kObjectClass});
         },
         [&](std::size_t index, std::uint32_t code, LDAPMessage* found) {
-            lookups[index].kind = code == LDAP_SUCCESS ? KindIn(found) : EntryKind::kOther;
-            lookups[index].result = Answer(code);
+            KindLookup& lookup = lookups[index];
+            lookup.kind = EntryKind::kOther;
+            lookup.result = Answer(code == LDAP_SUCCESS ? TakeKind(found, lookup.kind) : code);
         },
         [&](std::size_t index) {
             lookups[index].result = FindKind(lookups[index].dn, lookups[index].kind);
@@ -120,10 +131,10 @@ Result EntryStore::ReadIdentifiers(const std::string& dn, EntryIdentifiers& iden
     UniqueLdapMessage result;
     const std::vector<std::string> names(std::begin(kIdentifierAttributes),
                                          std::end(kIdentifierAttributes));
-    const std::uint32_t code = Search(dn, LDAP_SCOPE_BASE, names, result);
+    std::uint32_t code = Search(dn, LDAP_SCOPE_BASE, names, result);
+    if (code == LDAP_SUCCESS) code = FoundCode(result.get());
     if (code != LDAP_SUCCESS) return Answer(code);
     LDAPMessage* const entry = Client().ldap_first_entry(Handle(), result.get());
-    if (entry == nullptr) return Answer(LDAP_NO_SUCH_OBJECT);
     AttributeWalk walk(Client(), Handle(), entry);
     for (; walk.Name(); walk.Next()) {
         const UniqueLdapBytes values = walk.Bytes();
@@ -146,8 +157,21 @@ LDAPMessage* EntryStore::EntryNamed(LDAPMessage* result, const std::string& dn) 
 }
 
 Result EntryStore::Read(const std::string& dn, FileBuffer& buffer, const char* attributeName) {
-    return connection_.Outcome(
-        ReadCode(dn, buffer, attributeName ? attributeName : schema_.ContentsAttribute()));
+    return connection_.Outcome(ReadCode(dn, buffer,
+                                        attributeName ? attributeName : schema_.ContentsAttribute(),
+                                        WithoutEntry::kIsEmpty));
+}
+
+Result EntryStore::ReadSeen(const std::string& dn, FileBuffer& buffer) {
+    const std::uint32_t code =
+        ReadCode(dn, buffer, schema_.ContentsAttribute(), WithoutEntry::kIsMissing);
+    if (code == LDAP_SUCCESS && !buffer.bytes) return Unseen();
+    return connection_.Outcome(code);
+}
+
+Error EntryStore::Unseen() {
+    return {ReasonOf(LDAP_NO_SUCH_ATTRIBUTE), CodeKind::kDirectory, LDAP_NO_SUCH_ATTRIBUTE,
+            kUnseenContentsText};
 }
 
 bool EntryStore::CanRead() const {
@@ -158,12 +182,15 @@ bool EntryStore::CanRead() const {
 }
 
 std::uint32_t EntryStore::ReadCode(const std::string& dn, FileBuffer& buffer,
-                                   const std::string& wanted) {
+                                   const std::string& wanted, WithoutEntry none) {
     buffer = {};
     if (!CanRead()) return LDAP_SERVER_DOWN;
     UniqueLdapMessage result;
     const std::uint32_t code = Search(dn, LDAP_SCOPE_BASE, {wanted}, result);
-    return code == LDAP_SUCCESS ? TakeContents(result.get(), dn, wanted, buffer) : code;
+    if (code != LDAP_SUCCESS) return code;
+    const std::uint32_t taken = TakeContents(result.get(), dn, wanted, buffer);
+    const bool isEmpty = taken == LDAP_NO_SUCH_OBJECT && none == WithoutEntry::kIsEmpty;
+    return isEmpty ? std::uint32_t{LDAP_SUCCESS} : taken;
 }
 
 // Takes the value out of what a search for the entry has found.
@@ -174,11 +201,7 @@ std::uint32_t EntryStore::TakeContents(LDAPMessage* result, const std::string& d
     // caller, with other blanks or escapes: taking it for missing would lose what it holds.
     LDAPMessage* const named = EntryNamed(result, dn);
     LDAPMessage* const entry = named ? named : client.ldap_first_entry(Handle(), result);
-    if (entry == nullptr) {
-        // Without memory the client hands out nothing although there is something.
-        const bool none = client.ldap_count_entries(Handle(), result) == 0;
-        return none ? LDAP_SUCCESS : LDAP_NO_MEMORY;
-    }
+    if (entry == nullptr) return FoundCode(result);
     AttributeWalk walk(client, Handle(), entry);
     for (; walk.Name(); walk.Next()) {
         if (!EqualsNoCase(walk.Name(), wanted)) continue;

@@ -101,7 +101,8 @@ public:
     // How many children the last listing left out.
     std::uint32_t UnsafeNames() const { return unsafeNames_; }
 
-    // Asks whether the entry exists. An entry that is missing has no text: it is an answer.
+    // Asks whether the entry exists. An entry that is missing has no text: it is an answer. A
+    // search that succeeds without an entry has found none, here and below.
     Result Find(const std::string& dn);
 
     // Asks what the entry is, as Find does. Of an entry that is both a folder and a file, or whose
@@ -112,8 +113,14 @@ public:
     Result ReadIdentifiers(const std::string& dn, EntryIdentifiers& identifiers);
 
     // Reads the contents of the file entry, or the named attribute. An entry that could be searched
-    // and has no such value leaves `buffer` empty.
+    // and has no such value leaves `buffer` empty, and so does a search without an entry.
     Result Read(const std::string& dn, FileBuffer& buffer, const char* attributeName = nullptr);
+
+    // Reads the contents of the file entry, and fails as Unseen says where it shows none.
+    Result ReadSeen(const std::string& dn, FileBuffer& buffer);
+    // The failure of a file entry that shows no contents. Files always have some, so that they are
+    // hidden from the user and not empty: nothing is made of them, and nothing replaces them.
+    static Error Unseen();
 
     // Adds a folder entry; one that exists is left as it is, and `added` is false.
     Result AddFolder(const std::string& dn, const std::string& name, bool& added);
@@ -206,13 +213,18 @@ private:
     // Returns why nothing can be changed; nothing where it can.
     std::optional<std::uint32_t> Unusable();
     std::uint32_t FindCode(const std::string& dn);
-    EntryKind KindIn(LDAPMessage* result) const;
+    // Whether what a successful search has found is an entry.
+    std::uint32_t FoundCode(LDAPMessage* result) const;
+    std::uint32_t TakeKind(LDAPMessage* result, EntryKind& kind) const;
     Listing ListingOf(const std::string& baseDN, const std::string& localBase,
                       LdapItemList& items) const;
     std::uint32_t ListCode(const Listing& listing);
     std::uint32_t ListInPages(const Listing& listing);
     std::uint32_t AddChildren(LDAPMessage* result, const Listing& listing);
-    std::uint32_t ReadCode(const std::string& dn, FileBuffer& buffer, const std::string& wanted);
+    // What a search is that succeeds without an entry.
+    enum class WithoutEntry : std::uint8_t { kIsMissing, kIsEmpty };
+    std::uint32_t ReadCode(const std::string& dn, FileBuffer& buffer, const std::string& wanted,
+                           WithoutEntry none = WithoutEntry::kIsMissing);
     // Whether the client has all that lists and reads what a search has found.
     bool CanRead() const;
     std::uint32_t TakeContents(LDAPMessage* result, const std::string& dn,

@@ -19,10 +19,6 @@ Error SystemFailure(Reason reason, DWORD code) {
     return {reason, CodeKind::kSystem, code};
 }
 
-Error UnseenBytes() {
-    return {Reason::kUnseen, CodeKind::kDirectory, LDAP_NO_SUCH_ATTRIBUTE};
-}
-
 // What a copy may be to its own source, and what it may replace then.
 Result RefuseItself(const CopyRequest& request, ExistingEntries& existing) {
     if (IsLocal(request.from) != IsLocal(request.to) ||
@@ -39,20 +35,13 @@ Result RefuseItself(const CopyRequest& request, ExistingEntries& existing) {
     return refused ? SystemFailure(Reason::kInvalid, ERROR_INVALID_PARAMETER) : Result();
 }
 
-// Writes what was read of a file. What was not seen takes the place of nothing.
-Result WriteSeen(const StorePath& to, const FileBuffer& contents, WriteRules rules) {
-    const bool seen = contents.bytes != nullptr;
-    if (!seen) rules.existing = ExistingEntries::kRefuse;
-    Result written = to.store->WriteFile(to.path, contents, rules);
-    return !seen && written.Is(Reason::kExists) ? UnseenBytes() : std::move(written);
-}
-
 CopyOutcome CopyFileContents(const CopyRequest& request, const FileBuffer& contents) {
     std::vector<PlannedItem> target = {{request.to.path, false}};
     Result written = request.to.store->Prepare(target, request.existing);
     if (!written) return {std::move(written), CopyStage::kTarget};
     if (request.copied) request.copied->SetFile(request.from.path, contents);
-    written = WriteSeen(request.to, contents, {request.existing, request.fate});
+    written =
+        request.to.store->WriteFile(request.to.path, contents, {request.existing, request.fate});
     // There is nothing left to stop.
     if (written && request.watcher) request.watcher({1, 1, contents.length});
     return {std::move(written), CopyStage::kTarget};
@@ -79,8 +68,7 @@ std::optional<CopyOutcome> CopyByItsOwnMeans(const CopyRequest& request) {
 // The way of a tree from one store straight into another.
 class TreeCopy {
 public:
-    TreeCopy(const CopyRequest& request, bool refusesUnseenBytes)
-        : request_(request), refusesUnseenBytes_(refusesUnseenBytes) {}
+    explicit TreeCopy(const CopyRequest& request) : request_(request) {}
 
     CopyOutcome Run(StoreSource& source) {
         Result result = Plan(source);
@@ -168,9 +156,7 @@ private:
             }
             source.ReadFiles(some, request_.fate);
             for (FileToRead& file : some) {
-                Result read = std::move(file.result);
-                if (read && !file.contents.bytes && refusesUnseenBytes_) read = UnseenBytes();
-                if (!read) return read;
+                if (!file.result) return std::move(file.result);
                 bytes += file.contents.length;
                 files.push_back(std::move(file));
             }
@@ -191,8 +177,7 @@ private:
                 request_.copied->items[first + at].SetContents(contents);
             }
             // A file that came since may be another one of the tree, through a link in the target.
-            // What was not seen takes the place of nothing.
-            const bool mayReplace = targets_[first + at].mayReplace && contents.bytes != nullptr;
+            const bool mayReplace = targets_[first + at].mayReplace;
             const WriteRules rules = {
                 mayReplace ? ExistingEntries::kReplace : ExistingEntries::kRefuse, request_.fate};
             writes.push_back({targets_[first + at].path, &contents, rules});
@@ -210,10 +195,7 @@ private:
 
     Result NoteWrite(FileToWrite& file) {
         stage_ = CopyStage::kTarget;
-        if (!file.result) {
-            const bool unseen = !file.contents->bytes && file.result.Is(Reason::kExists);
-            return unseen ? UnseenBytes() : std::move(file.result);
-        }
+        if (!file.result) return std::move(file.result);
         return NoteFile(file.contents->length);
     }
 
@@ -251,7 +233,6 @@ private:
     Store& Target() const { return *request_.to.store; }
 
     const CopyRequest& request_;
-    const bool refusesUnseenBytes_;
     Tree tree_;
     std::vector<PlannedItem> targets_;  // one for each item of the tree
     TransferProgress progress_;
@@ -268,16 +249,14 @@ CopyOutcome CopyTreeThrough(const std::string& folder, const CopyRequest& reques
     fetching.watcher = [&](const TransferProgress& progress) {
         return !request.watcher || request.watcher({0, progress.filesInAll, 0});
     };
-    // In the folder a file that shows no bytes would look like an empty one, which may replace
-    // others.
-    CopyOutcome outcome = TreeCopy(fetching, true).Run(source);
+    CopyOutcome outcome = TreeCopy(fetching).Run(source);
     if (!outcome.result) return outcome;
     CopyRequest storing = request;
     storing.from = fetching.to;
     storing.copied = nullptr;
     StoreSource local;
     outcome.result = storing.from.store->ReadSource(folder, request.fate, local);
-    return outcome.result ? TreeCopy(storing, false).Run(local) : std::move(outcome);
+    return outcome.result ? TreeCopy(storing).Run(local) : std::move(outcome);
 }
 
 // Copies a tree through a temporary local folder. Fails before anything is stored when an entry
@@ -304,8 +283,7 @@ CopyOutcome CopyTreeThroughFolder(const CopyRequest& request, StoreSource& sourc
 
 CopyOutcome CopyTree(const CopyRequest& request, StoreSource& source) {
     const bool isInReach = IsLocal(request.from) || IsLocal(request.to);
-    return isInReach ? TreeCopy(request, false).Run(source)
-                     : CopyTreeThroughFolder(request, source);
+    return isInReach ? TreeCopy(request).Run(source) : CopyTreeThroughFolder(request, source);
 }
 
 CopyOutcome CopyOpened(CopyRequest request) {

@@ -44,6 +44,10 @@ public:
     // working copy, or missing where none could be made.
     bool NeedsWorkingCopy() const { return Directory() != nullptr; }
 
+    // Why the working copy does not hold what its entry does, as a code of the directory; 0 for one
+    // that does, and for any other file.
+    std::uint32_t FetchCode() const { return origin_.code; }
+
     // Ends the local file: a working copy is stored in its entry if it was changed, and deleted.
     // Returns false when a change could not be stored. When memory runs out meanwhile the file can
     // be released again; a changed working copy then stays even without that.

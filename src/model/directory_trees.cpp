@@ -104,18 +104,15 @@ private:
         }
     }
 
-    // Returns the directory's code. What was not seen takes the place of nothing.
+    // Returns the directory's code.
     static std::uint32_t WriteLocally(const FileBuffer& contents, const std::string& path) {
-        const ExistingEntries existing =
-            contents.bytes ? ExistingEntries::kReplace : ExistingEntries::kRefuse;
-        const Result written = FolderStore::Instance().WriteFile(path, contents, {existing});
-        if (written) return LDAP_SUCCESS;
-        return written.Is(Reason::kExists) ? LDAP_NO_SUCH_ATTRIBUTE : LDAP_LOCAL_ERROR;
+        const Result written = FolderStore::Instance().WriteFile(path, contents, {});
+        return written ? LDAP_SUCCESS : LDAP_LOCAL_ERROR;
     }
 
     void FetchFile(const LocalChild& file) {
         FileBuffer contents;
-        if (Result read = entries_.Read(file.dn, contents); !read) {
+        if (Result read = entries_.ReadSeen(file.dn, contents); !read) {
             Note(std::move(read));
             return;
         }

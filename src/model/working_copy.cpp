@@ -8,12 +8,14 @@
 #include "platform/file_in_use.h"
 #include "platform/local_file.h"
 #include "platform/temp_file.h"
+#include "platform/user_notice.h"
 #include "platform/win32.h"
 
 namespace depot {
 namespace {
 
 constexpr std::uint32_t kDetect = 1;
+constexpr char kMessageTitle[] = "Quillon";
 
 WorkingCopySource SourceOf(CLDAPItems& directory, const std::string& dn) {
     const std::optional<EntryName> entry = directory.Schema().SplitEntryName(dn);
@@ -24,7 +26,7 @@ WorkingCopySource SourceOf(CLDAPItems& directory, const std::string& dn) {
 WorkingCopyOrigin FetchFile(CLDAPItems& directory, const WorkingCopySource& source,
                             const std::string& localPath) {
     FileBuffer contents;
-    const Result read = directory.Entries().Read(source.dn, contents);
+    const Result read = directory.Entries().ReadSeen(source.dn, contents);
     directory.AsFlag(read, nullptr);
     // A scanner may be looking at the new file already.
     const bool written = RetryWhileInUse(FileUse::kOwn, [&] {
@@ -73,6 +75,10 @@ std::string FetchToLocal(CLDAPItems& directory, const std::string& dn, WorkingCo
     WorkingCopyOrigin fetched;
     fetched.code = CodeOf(connection.Outcome());
     if (connection) fetched = FetchFile(directory, source, copy.Path());
+    // Nothing else says so before the user fills in what looks empty.
+    if (fetched.code == LDAP_NO_SUCH_ATTRIBUTE) {
+        ShowNotice(UnseenContentsText(source.name), kMessageTitle, nullptr);
+    }
     if (origin != nullptr) *origin = std::move(fetched);
     return connection ? copy.Release() : std::string();
 }

@@ -61,14 +61,14 @@ private:
     Result Failure(std::uint32_t code) { return directory_.Connection().Outcome(code); }
 
     Result Store(const WorkingCopyOrigin& origin) {
+        // Also one that may be read by now: what was written was made of nothing.
+        if (origin.code == LDAP_NO_SUCH_ATTRIBUTE) return EntryStore::Unseen();
         // The connection reports its own failure, too.
         const ConnectionScope connection(directory_.Connection());
         if (!connection) return connection.Outcome();
         if (DetectsConflicts(directory_.Location())) return StoreUnlessChanged(origin.digest);
-        // A missing entry has no bytes that could be lost.
-        const bool complete = origin.code == LDAP_SUCCESS || origin.code == LDAP_NO_SUCH_OBJECT;
-        if (!complete) {
-            if (Result kept = KeepEntry(); !kept) return kept;
+        if (origin.code != LDAP_SUCCESS) {
+            if (Result kept = KeepEntry(origin); !kept) return kept;
         }
         return entries_.Replace(dn_, Data(), Length());
     }
@@ -87,18 +87,19 @@ private:
     }
 
     Result ReadUnchanged(const std::optional<Digest>& fetched, FileBuffer& present) {
-        Result read = entries_.Read(dn_, present);
+        Result read = entries_.ReadSeen(dn_, present);
         return read && fetched != DigestOf(present) ? Failure(kContentsChanged) : read;
     }
 
     const void* Data() const { return bytes_->data(); }
     std::uint32_t Length() const { return static_cast<std::uint32_t>(bytes_->size()); }
 
-    // Keeps what the entry holds now.
-    Result KeepEntry() {
+    // Keeps what the entry holds now. One that was missing had no bytes that could be lost, unless
+    // it was only out of this user's sight, and still is.
+    Result KeepEntry(const WorkingCopyOrigin& origin) {
         FileBuffer present;
-        Result read = entries_.Read(dn_, present);
-        if (!read || present.length == 0) return read;
+        Result read = entries_.ReadSeen(dn_, present);
+        if (!read || present.length == 0 || origin.code == LDAP_NO_SUCH_OBJECT) return read;
         kept_ = KeepRecovered(Name(), present.bytes.get(), present.length);
         return kept_.empty() ? Failure(LDAP_LOCAL_ERROR) : Result();
     }
@@ -124,6 +125,7 @@ private:
     std::string Reason() {
         if (reason_ != LDAP_SUCCESS) directory_.SetLastError(reason_);
         if (reason_ == kContentsChanged) return ConflictText();
+        if (reason_ == LDAP_NO_SUCH_ATTRIBUTE) return UnseenContentsText(Name());
         return localError_ != ERROR_SUCCESS ? LocalErrorText() : directory_.ErrorText();
     }
 

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "directory/comparable_dn.h"
+#include "directory/dn_escapes.h"
 #include "platform/local_name.h"
 #include "platform/text.h"
 #include "store/tree.h"
@@ -46,7 +47,8 @@ std::uint32_t CodeOfReason(Reason reason) {
 // the folder's DN.
 std::string NameOfChild(const std::string& dn, const std::string& folder) {
     const std::size_t start = dn.find('=') + 1;
-    return dn.substr(start, dn.size() - folder.size() - 1 - start);
+    const std::size_t length = dn.size() - folder.size() - 1 - start;
+    return UnescapedName(std::string_view(dn).substr(start, length));
 }
 
 }  // namespace
@@ -134,9 +136,8 @@ void DirectoryStore::HandOut(const LdapItemList& children, const std::string& fo
 }
 
 Result DirectoryStore::ReadFile(const std::string& path, SourceFate fate, FileBuffer& contents) {
-    Result read = Looked(Entries().Read(path, contents));
+    Result read = Looked(Entries().ReadSeen(path, contents));
     if (!read || fate == SourceFate::kStays) return read;
-    if (!contents.bytes) return Of(LDAP_NO_SUCH_ATTRIBUTE);
     // A file's name without a dot lets the deletion look for entries below it.
     return LooksLikeFolder(path) ? RefuseChildren(path) : std::move(read);
 }
@@ -198,13 +199,12 @@ Result DirectoryStore::ReadByClass(const std::string& path, SourceFate fate, Sto
     if (!looked) return looked;
     if (kind == EntryKind::kOther) {
         source.isFolder = LooksLikeFolder(path);
-        return Of(goes ? LDAP_OBJECT_CLASS_VIOLATION : LDAP_SUCCESS);
+        if (goes) return Of(LDAP_OBJECT_CLASS_VIOLATION);
+        return source.isFolder ? Result() : Looked(EntryStore::Unseen());
     }
     source.isFolder = kind == EntryKind::kFolder;
     if (source.isFolder) return {};
-    Result read = Looked(Entries().Read(path, source.contents));
-    if (!read || source.contents.bytes || !goes) return read;
-    return Of(LDAP_NO_SUCH_ATTRIBUTE);
+    return Looked(Entries().ReadSeen(path, source.contents));
 }
 
 Error DirectoryStore::IncompleteError(const LeftOut& left) const {

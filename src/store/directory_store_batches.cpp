@@ -25,10 +25,10 @@ void DirectoryStore::ReadFiles(std::span<FileToRead> files, SourceFate fate) {
         FileToRead& file = files[at];
         file.contents = std::move(reads[at].contents);
         file.result = Looked(std::move(reads[at].result));
-        if (!file.result || fate == SourceFate::kStays) continue;
+        if (!file.result) continue;
         if (!file.contents.bytes) {
-            file.result = Of(LDAP_NO_SUCH_ATTRIBUTE);
-        } else if (LooksLikeFolder(file.path)) {
+            file.result = Looked(EntryStore::Unseen());
+        } else if (fate == SourceFate::kGoes && LooksLikeFolder(file.path)) {
             file.result = RefuseChildren(file.path);
         }
     }

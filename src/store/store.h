@@ -78,7 +78,7 @@ struct Tree {
 // What was read of a path to find out what it names: a file's bytes, or what a folder holds.
 struct StoreSource {
     bool isFolder = false;
-    FileBuffer contents;  // without bytes for a file that shows none
+    FileBuffer contents;  // of a file
     std::vector<TreeItem> children;
     LeftOut left;
 };
@@ -189,7 +189,8 @@ public:
     // Hands out each child of a folder, in the order of the store. What narrow texts cannot name is
     // counted in `left`. A listing that fails may have handed out some.
     virtual Result List(const std::string& folder, const TakeItem& take, LeftOut& left) = 0;
-    // Reads a file. Of one that is to go the whole must be seen: its bytes, and nothing below it.
+    // Reads a file; kUnseen for one whose bytes do not show. Below one that is to go nothing may be
+    // kept.
     virtual Result ReadFile(const std::string& path, SourceFate fate, FileBuffer& contents) = 0;
     // Finds out what the path names, and reads it. Links and hostile names among the children are
     // left out and counted. Of a source that is to go the whole must be seen.

@@ -1,5 +1,6 @@
 // What check reports of depots in a real directory.
 #include "depotctl/directory_tool.h"
+#include "support/access_rules.h"
 #include "support/relay.h"
 
 namespace depot::test {
@@ -105,6 +106,71 @@ TEST_F(CheckDirectoryTest, ReaderReadsOnlyWhichIsNoProblem) {
     key_.Text("Dir", "Password1", kReaderPassword);
     EXPECT_THAT(Step("rights"), StartsWith("note: reading only: "));
     EXPECT_EQ(ExitCode::kDone, run_.exitCode) << run_.errors;
+}
+
+TEST_F(CheckDirectoryTest, WhoeverMayWriteAndNotReadHasAProblem) {
+    const struct {
+        std::string settings, text;
+    } rows[] = {
+        {WritesUnreadContents(), "problem: writing only: the contents may not be read (LDAP 16)"},
+        {SeesNoClasses(),
+         "problem: writing only: entries are there but their class may not be read"},
+    };
+    for (const auto& row : rows) {
+        DirectoryServer server(row.settings);
+        UseServer(server, kSuffix);
+        // With a file of the test's own as well as with one that is there.
+        EXPECT_EQ(row.text, Step("rights"));
+        EXPECT_EQ(ExitCode::kRefused, run_.exitCode);
+        EXPECT_FALSE(
+            server.Holds("cn=____Test____Writable____File___.twr," + std::string(kSuffix)));
+        server.AddFolder("Sessions", kSuffix);
+        server.AddFile("office.kre", "cn=Sessions," + std::string(kSuffix), "x");
+        EXPECT_EQ(row.text, Step("rights"));
+    }
+}
+
+TEST_F(CheckDirectoryTest, EntriesThatShowNoClassAreAProblemForWhoeverOnlyReads) {
+    DirectoryServer server(
+        "database access to attrs=userPassword by anonymous auth by * none\n"
+        "database access to attrs=objectClass by * search\n"
+        "database access to * by * read");
+    UseServer(server, kSuffix);
+    EXPECT_EQ("problem: entries are there but their class may not be read", Step("rights"));
+    EXPECT_EQ(ExitCode::kRefused, run_.exitCode);
+}
+
+TEST_F(CheckDirectoryTest, BaseThatASearchDoesNotFindIsNamed) {
+    DirectoryServer server(FindsNothing());
+    UseServer(server, kSuffix);
+    EXPECT_EQ("problem: the base \"" + std::string(kSuffix) + "\" is not there, or may not be seen",
+              Step("base"));
+}
+
+TEST_F(CheckDirectoryTest, ProfileThatMayNotBeReadIsNeitherShownNorChanged) {
+    DirectoryServer server(WritesUnreadContents());
+    server.AddFile("office.kre", kSuffix, "[Host]\r\nName=mail\r\n");
+    UseServer(server, kSuffix);
+    const std::string before = server.Show(kSuffix, "sub");
+    const std::vector<std::string> commands[] = {
+        {"get", "<Dir>\\office.kre", "Host", "Name"},
+        {"set", "<Dir>\\office.kre", "Host", "Port", "992"},
+        {"cat", "<Dir>\\office.kre"},
+        {"cp", "<Dir>\\office.kre", "<Dir>\\copy.kre"},
+    };
+    for (const auto& command : commands) {
+        run_ = RunTool(command);
+        EXPECT_EQ(ExitCode::kRefused, run_.exitCode) << command.front();
+        EXPECT_THAT(run_.errors, HasSubstr("the contents may not be read")) << command.front();
+    }
+    EXPECT_EQ(before, server.Show(kSuffix, "sub"));
+}
+
+TEST_F(CheckDirectoryTest, FolderOutOfSightIsNotSaidToBeMade) {
+    DirectoryServer server(FindsNothing());
+    UseServer(server, kSuffix);
+    run_ = RunTool({"mkdir", "-p", "<Dir>\\Sessions\\deep"});
+    EXPECT_EQ(ExitCode::kRefused, run_.exitCode) << run_.output;
 }
 
 TEST_F(CheckDirectoryTest, MissingSchemaIsNamed) {

@@ -27,7 +27,9 @@ TEST(PathToDNTest, PathsBecomeEntryNames) {
         {"dc=x,dc=y\\v1.2\\a", "CN=a,CN=v1.2,dc=x,dc=y"},
         {"", ""},
         {"\\", ""},
-        {"base\\a,b+c=d.krc", "CN=a,b+c=d.krc,base"},
+        {"base\\a,b+c=d.krc", "CN=a\\,b\\+c\\=d.krc,base"},
+        {"base\\#1\\ a .krc", "CN=\\20a .krc,CN=\\#1,base"},
+        {"o=Farrow\\a.krc", "CN=a.krc,o=Farrow"},
         {"base\\\\a", "CN=a,CN=,base"},
         {"base\\sub\\\\", "CN=,CN=sub,base"},
     };
@@ -72,7 +74,14 @@ TEST(PathToDNTest, AnyTextEndsInAText) {
         std::string path(random() % 24, '\0');
         for (char& c : path) c = alphabet[random() % alphabet.size()];
         const std::string dn = PathToDN(path, kDefaults);
-        EXPECT_EQ(std::string::npos, dn.find('\\')) << path;
+        // What is left of backslashes are escapes.
+        for (std::size_t at = 0; at < dn.size(); ++at) {
+            if (dn[at] == '\\') {
+                ASSERT_LT(at + 1, dn.size()) << path;
+                EXPECT_TRUE(dn[at + 1] == ',' || dn[at + 1] == '=') << path;
+                ++at;
+            }
+        }
     }
 }
 
@@ -119,8 +128,23 @@ TEST(SplitFirstComponentTest, ExtensionIsRemovedOnlyFromFilesAndOnlyOnRequest) {
     EXPECT_EQ("x.tar.gz", SplitFirstComponent("CN=x.tar.gz", kDefaults)->name);
 }
 
-TEST(EntryDNTest, NamesAreInsertedAsTheyAre) {
-    EXPECT_EQ("CN=a,b+c,dc=x", EntryDN("CN", "a,b+c", "dc=x"));
+TEST(SplitFirstComponentTest, EscapesAreNoPartOfTheName) {
+    for (const char* component : {"CN=a\\,b.krc", "CN=a\\2Cb.krc", "cn=\\61\\2cb\\2ekrc"}) {
+        const auto file = SplitFirstComponent(component, kDefaults);
+        ASSERT_TRUE(file) << component;
+        EXPECT_EQ("a,b.krc", file->name);
+        EXPECT_FALSE(file->isFolder);
+    }
+    // An escaped sign makes no attribute.
+    const auto folder = SplitFirstComponent("OU=uid\\=x", kDifferent);
+    ASSERT_TRUE(folder);
+    EXPECT_EQ("uid=x", folder->name);
+    EXPECT_TRUE(folder->isFolder);
+}
+
+TEST(EntryDNTest, OnlyTheNameIsEscaped) {
+    EXPECT_EQ("CN=a\\,b\\+c,dc=x+o=y", EntryDN("CN", "a,b+c", "dc=x+o=y"));
+    EXPECT_EQ("CN=Report 1.krc,dc=x", EntryDN("CN", "Report 1.krc", "dc=x"));
 }
 
 TEST(JoinComponentsTest, JoinsFromTheGivenIndexOn) {
@@ -139,6 +163,11 @@ TEST(DecodeNonAsciiEscapesTest, OnlyRunsAboveAsciiAreConverted) {
     EXPECT_EQ("a\\2Cb\\,c\\", DecodeNonAsciiEscapes("a\\2Cb\\,c\\", convert));
     EXPECT_EQ("\\C", DecodeNonAsciiEscapes("\\C", convert));
     EXPECT_EQ("", DecodeNonAsciiEscapes("", convert));
+}
+
+TEST(DecodeNonAsciiEscapesTest, EscapedBackslashBeginsNoRun) {
+    const auto keep = [](std::string_view utf8) { return std::optional<std::string>(utf8); };
+    EXPECT_EQ("CN=a\\\\C3\\\\A9\xC3\xA9", DecodeNonAsciiEscapes("CN=a\\\\C3\\\\A9\\C3\\A9", keep));
 }
 
 TEST(DecodeNonAsciiEscapesTest, RunThatCannotBeConvertedStays) {

@@ -1,3 +1,4 @@
+#include "support/access_rules.h"
 #include "support/directory_fixture.h"
 #include "support/results.h"
 
@@ -122,6 +123,43 @@ TEST_F(SearchTest, ReadingAMissingEntryFails) {
     EXPECT_THAT(Connected().ReadFileContents("not a name", buffer), Fails());
     EXPECT_THAT(Connected().LastError(), IsCode(LDAP_INVALID_DN_SYNTAX));
     EXPECT_THAT(boxes_.Boxes(), IsEmpty());
+}
+
+// Some servers have a search succeed without the entry that the user may not see.
+TEST_F(SearchTest, SearchWithoutAnEntryHasFoundNone) {
+    test::DirectoryServer blind(test::FindsNothing());
+    const std::string folder = "cn=Sessions," + std::string(test::kSuffix);
+    blind.AddFolder("Sessions", test::kSuffix);
+    blind.AddFile("a.krc", folder, "x");
+    location_ = blind.Location().Clone();
+    items_ = std::make_unique<CLDAPItems>(location_.get());
+    ASSERT_THAT(items_->ConnectLocation(nullptr), IsDone());
+    EntryStore& entries = items_->Entries();
+    EXPECT_THAT(CodeOf(entries.Find(folder)), IsCode(LDAP_NO_SUCH_OBJECT));
+    EntryKind kind = EntryKind::kFolder;
+    EXPECT_THAT(CodeOf(entries.FindKind(folder, kind)), IsCode(LDAP_NO_SUCH_OBJECT));
+    EXPECT_EQ(EntryKind::kOther, kind);
+    KindLookup lookups[] = {{folder}, {"cn=a.krc," + folder}};
+    entries.FindKindsTogether(lookups);
+    for (const KindLookup& lookup : lookups) {
+        EXPECT_THAT(CodeOf(lookup.result), IsCode(LDAP_NO_SUCH_OBJECT));
+    }
+    FileBuffer buffer = Junk();
+    EXPECT_THAT(CodeOf(entries.ReadSeen("cn=a.krc," + folder, buffer)),
+                IsCode(LDAP_NO_SUCH_OBJECT));
+    ContentsRead reads[] = {{"cn=a.krc," + folder}, {"cn=b.krc," + folder}};
+    entries.ReadTogether(reads);
+    for (const ContentsRead& read : reads) {
+        EXPECT_THAT(CodeOf(read.result), IsCode(LDAP_NO_SUCH_OBJECT));
+    }
+    // By its name the operation has searched and found no value.
+    EXPECT_THAT(items_->ReadFileContents("cn=a.krc," + folder, buffer), IsDone());
+    EXPECT_EQ(nullptr, buffer.bytes);
+    // A folder that nobody sees is added, and not taken for one that is there.
+    EXPECT_THAT(items_->AddFolderEntry("cn=new," + folder, "new", nullptr), IsDone());
+    EXPECT_TRUE(blind.Holds("cn=new," + folder));
+    // The suffix is out of sight as well, and no folder.
+    EXPECT_THAT(items_->EnsureFolderPath("cn=deep," + folder, false, nullptr), Fails());
 }
 
 TEST_F(SearchTest, EnsuringAFilesPathCreatesItsMissingFolderOnly) {

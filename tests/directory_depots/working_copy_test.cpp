@@ -34,7 +34,7 @@ TEST_F(WorkingCopyTest, FetchedCopyHoldsTheEntrysBytesExactly) {
 
 TEST_F(WorkingCopyTest, NamesThatTheServerSpellsInItsOwnWayAreFetched) {
     const test::ScratchFolder folder;
-    for (const char* name : {"b\xFCro.kra", "a b.kra", "a=b.kra"}) {
+    for (const char* name : {"b\xFCro.kra", "a b.kra", "a=b.kra", "a,b+c;d.kra", "#a.kra"}) {
         SCOPED_TRACE(name);
         ASSERT_THAT(UploadNewFile(Directory(), folder.MakeFile(name, kBytes), base_, true, nullptr),
                     IsDone());

@@ -104,6 +104,10 @@ protected:
         EXPECT_EQ(code, Directory().LastError());
         EXPECT_EQ(MessageFor(code), error_);
     }
+    void ExpectUnseen() {
+        EXPECT_EQ(std::uint32_t{LDAP_NO_SUCH_ATTRIBUTE}, Directory().LastError());
+        EXPECT_EQ(kUnseenContentsText, error_);
+    }
     OperationCounts Counts() { return server_.Counts(); }
 
     DepotWorld world_;

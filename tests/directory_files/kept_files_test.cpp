@@ -61,16 +61,16 @@ TEST_F(KeptFilesTest, FailedReadLeavesTheOldFile) {
     EXPECT_EQ("old", FileBytes(file_));
 }
 
-TEST_F(KeptFilesTest, BytesThatCannotBeSeenReplaceNoLocalFile) {
+TEST_F(KeptFilesTest, BytesThatCannotBeSeenBecomeNoLocalFile) {
     work_->paths->At(0)->fileContentsAttributeName = "description";
     EXPECT_THAT(Fetch(file_), Fails());
-    ExpectFailure(LDAP_NO_SUCH_ATTRIBUTE);
+    ExpectUnseen();
     EXPECT_EQ("old", FileBytes(file_));
-    EXPECT_THAT(Fetch(At("h\\b.kra")), IsDone());
-    EXPECT_EQ("", FileBytes(At("h\\b.kra")));
+    EXPECT_THAT(Fetch(At("h\\b.kra")), Fails());
+    EXPECT_FALSE(Exists(At("h\\b.kra")));
 }
 
-TEST_F(KeptFilesTest, BytesThatCannotBeSeenReplaceNoEntry) {
+TEST_F(KeptFilesTest, BytesThatCannotBeSeenAreStoredInNoEntry) {
     const std::string tree = AddTree("tree"), copy = AddTree("copy");
     server_.AddFile("b.kra", base_, "old");
     work_->paths->At(0)->fileContentsAttributeName = "description";
@@ -78,11 +78,13 @@ TEST_F(KeptFilesTest, BytesThatCannotBeSeenReplaceNoEntry) {
         EXPECT_THAT(
             CopyEntry(Directory(), from, Connected(), to, ExistingEntries::kReplace, &error_),
             Fails());
-        ExpectFailure(LDAP_NO_SUCH_ATTRIBUTE);
+        ExpectUnseen();
     };
     refused(DN("cn=a.kra"), DN("cn=b.kra"));
+    refused(DN("cn=a.kra"), DN("cn=new.kra"));
     refused(tree, copy);
     EXPECT_EQ("old", Contents(DN("cn=b.kra")));
+    EXPECT_FALSE(server_.Holds(DN("cn=new.kra")));
     ExpectTree(copy);
 }
 

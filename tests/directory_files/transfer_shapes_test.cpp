@@ -117,20 +117,21 @@ TEST_F(TransferTest, AnotherSpellingOfItsOwnNameIsTheEntryItself) {
     EXPECT_TRUE(server_.Holds(DN("cn=a b.kra")));
 }
 
-TEST_F(TransferTest, FileWhoseBytesCannotBeSeenIsCopiedEmptyAndDoesNotGo) {
+TEST_F(TransferTest, FileWhoseBytesCannotBeSeenIsNeitherCopiedNorMoved) {
     server_.AddFile("a.kra", base_, "1");
     server_.AddFolder("tree", base_);
     server_.AddFile("b.kra", DN("cn=tree"), "2");
     work_->paths->At(0)->fileContentsAttributeName = "description";
     for (const char* name : {"cn=a.kra", "cn=tree"}) {
         SCOPED_TRACE(name);
-        EXPECT_THAT(Download(Directory(), DN(name), At("out"), &error_, {},
-                             ExistingEntries::kReplace, SourceFate::kGoes),
-                    Fails());
-        ExpectFailure(LDAP_NO_SUCH_ATTRIBUTE);
+        for (const SourceFate fate : {SourceFate::kGoes, SourceFate::kStays}) {
+            EXPECT_THAT(Download(Directory(), DN(name), At("out"), &error_, {},
+                                 ExistingEntries::kReplace, fate),
+                        Fails());
+            ExpectUnseen();
+        }
     }
-    EXPECT_THAT(Download(Directory(), DN("cn=a.kra"), At("copy"), &error_), IsDone());
-    EXPECT_EQ("", FileBytes(At("copy")));
+    EXPECT_FALSE(test::Exists(At("out\\b.kra")));
 }
 
 TEST_F(TransferTest, EntriesAreFoundAndRemovedWithWhatIsBelow) {

@@ -22,6 +22,30 @@ TEST_P(PairNamesTest, NamesThatLookLikeFormatsAndCountersArrive) {
     }
 }
 
+TEST_P(PairNamesTest, SignsOfDistinguishedNamesArriveInNamesOfFilesAndFolders) {
+    const std::string names[] = {"a,b", "a+b=c", "a;b", "#a", " a", "cn=a,cn=b"};
+    StoreContents tree;
+    for (const std::string& name : names) {
+        SCOPED_TRACE(name);
+        Source().MakeFile("from\\" + name + ".kra", "1");
+        Source().MakeFile("from\\tree\\" + name + "\\" + name + ".kra", "2");
+        tree[name] = kFolderMark;
+        tree[name + "\\" + name + ".kra"] = "2";
+        Target().MakeFolder("to\\moved");
+        EXPECT_THAT(Copy(From(name + ".kra"), To(name + ".kra"), true), IsDone());
+        EXPECT_EQ("1", Target().Bytes("to\\" + name + ".kra"));
+        EXPECT_THAT(OnList(FO_MOVE, {From(name + ".kra")}, To("moved\\")), IsDone());
+        EXPECT_EQ("1", Target().Bytes("to\\moved\\" + name + ".kra"));
+        EXPECT_FALSE(Source().Holds("from\\" + name + ".kra"));
+    }
+    EXPECT_EQ(tree, Source().Contents("from\\tree"));
+    EXPECT_THAT(OnList(FO_COPY, {From("tree")}, To("")), IsDone()) << error_;
+    EXPECT_EQ(tree, Target().Contents("to\\tree"));
+    EXPECT_THAT(OnList(FO_MOVE, {From("tree")}, To("moved\\")), IsDone()) << error_;
+    EXPECT_EQ(tree, Target().Contents("to\\moved\\tree"));
+    EXPECT_FALSE(Source().Holds("from\\tree"));
+}
+
 // The length is that of the path in the file system, or that of the display path.
 TEST_P(PairNamesTest, LongPathsArriveWholeOrNotAtAll) {
     const std::size_t root = ToDirectory() ? Target().Path("").size() : Target().At("").size();

@@ -1,4 +1,6 @@
+#include "directory/comparable_dn.h"
 #include "directory/dn.h"
+#include "directory/dn_escapes.h"
 
 #include "fuzz/fuzz_code_page.h"
 #include "platform/local_name.h"
@@ -16,6 +18,14 @@ void TryNames(const std::string& name, const NamingAttributes& attributes) {
         if (split) test::Require(split->name.size() <= component.size());
     }
     SplitFirstComponent(name, attributes);
+    const std::string escaped = EscapedName(name);
+    UnescapedName(name);
+    if (HasBrokenCharacters(name)) return;
+    test::Require(UnescapedName(escaped) == name);
+    // Nothing of the name is taken for a part of the whole.
+    const std::string whole = ComparableDN("cn=" + escaped + ",o=x");
+    test::Require(whole.starts_with("cn=") && whole.ends_with(",o=x"));
+    test::Require(whole.find_first_of(",+=", 3) == whole.size() - 4);
     if (IsSafeLocalName(name)) {
         test::Require(FindAnyCharacter(name, "\\/:*?") == std::string::npos && name != "..");
         test::Require(!HasBrokenCharacters(name));

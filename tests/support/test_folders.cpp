@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "directory/dn.h"
 #include "platform/paths.h"
 #include "store/folder_store.h"
 #include "support/results.h"
@@ -86,8 +87,8 @@ DirectoryTestFolder::DirectoryTestFolder(DirectoryServer& server, std::string ba
 std::string DirectoryTestFolder::At(const std::string& name) const {
     if (name.empty()) return base_;
     const std::size_t end = FindLastSeparator(name);
-    if (end == std::string::npos) return "cn=" + name + "," + base_;
-    return "cn=" + name.substr(end + 1) + "," + At(name.substr(0, end));
+    if (end == std::string::npos) return EntryDN("cn", name, base_);
+    return EntryDN("cn", name.substr(end + 1), At(name.substr(0, end)));
 }
 
 Store& DirectoryTestFolder::Reach() {

@@ -18,6 +18,7 @@ constexpr std::uint32_t kTlsFromTheStart = 2;
 
 // Asks for the entries alone.
 constexpr char kNoAttributes[] = "1.1";
+constexpr char kObjectClass[] = "objectClass";
 
 bool IsStartTls(const CDepotPath& location) {
     return location.security != 0 && location.security != kTlsFromTheStart;
@@ -42,6 +43,11 @@ bool Defines(const std::vector<std::string>& definitions, const std::string& nam
     return std::any_of(definitions.begin(), definitions.end(), [&](const std::string& definition) {
         return FindNoCase(definition, quoted) != std::string::npos;
     });
+}
+
+Problem HiddenClass() {
+    return {"entries are there but their class may not be read",
+            "grant the user the right to read objectClass", LDAP_NO_SUCH_ATTRIBUTE};
 }
 
 std::optional<Problem> UnlessDone(std::uint32_t code) {
@@ -141,12 +147,77 @@ std::chrono::microseconds DirectoryProbe::RoundTrip() {
     return shortest;
 }
 
+std::string DirectoryProbe::ProbeDN() const {
+    return EntryDN(directory_->Schema().NamingNames().file, kProbeFileName, BaseDN());
+}
+
 std::optional<Problem> DirectoryProbe::TryWriting() {
-    const std::string dn =
-        EntryDN(directory_->Schema().NamingNames().file, kProbeFileName, BaseDN());
-    const Result tested = DirectoryStore(*directory_).TestWritable(dn);
+    const Result tested = DirectoryStore(*directory_).TestWritable(ProbeDN());
     if (tested) return std::nullopt;
     return ProblemFor(CodeOf(tested));
+}
+
+// Listings show nothing of entries without a visible class, and nothing is all that users see then.
+bool DirectoryProbe::HidesClasses() {
+    const Answer answer = Search(BaseDN(), LDAP_SCOPE_ONELEVEL, kObjectClass);
+    if (!answer.message) return false;
+    DirectoryClient& client = Client();
+    LDAPMessage* entry = client.ldap_first_entry(Session(), answer.message.get());
+    for (; entry != nullptr; entry = client.ldap_next_entry(Session(), entry)) {
+        std::string attribute = kObjectClass;
+        const UniqueLdapValues classes(client.ldap_get_values(Session(), entry, attribute.data()),
+                                       {&client});
+        if (!classes || *classes == nullptr) return true;
+    }
+    return false;
+}
+
+std::optional<Problem> DirectoryProbe::TryReading(bool mayWrite) {
+    if (mayWrite) return TryReadingOwnFile();
+    if (HidesClasses()) return HiddenClass();
+    const std::string file = FirstFile();
+    return file.empty() ? std::nullopt : TryReading(file);
+}
+
+std::optional<Problem> DirectoryProbe::TryReadingOwnFile() {
+    EntryStore& entries = directory_->Entries();
+    const std::string dn = ProbeDN();
+    const FileBuffer probe = {1, std::make_unique<std::uint8_t[]>(1 + kFileBufferReserve)};
+    if (!entries.AddFile(dn, kProbeFileName, probe.bytes.get(), probe.length)) return std::nullopt;
+    std::optional<Problem> problem = TryReading(dn);
+    static_cast<void>(entries.RemoveUnchanged(dn, probe));
+    return problem;
+}
+
+// Returns the DN of a file, level by level; empty where none is found in good time.
+std::string DirectoryProbe::FirstFile() {
+    constexpr std::size_t kMostFolders = 16;
+    std::vector<std::string> folders = {BaseDN()};
+    for (std::size_t next = 0; next < std::min(folders.size(), kMostFolders); ++next) {
+        LdapItemList children;
+        static_cast<void>(directory_->Entries().List(folders[next], children));
+        for (const CLDAPItem* child : children) {
+            if (child->isFolder == 0) return child->path;
+            folders.push_back(child->path);
+        }
+    }
+    return {};
+}
+
+std::optional<Problem> DirectoryProbe::TryReading(const std::string& dn) {
+    EntryStore& entries = directory_->Entries();
+    EntryKind kind = EntryKind::kOther;
+    const Result looked = entries.FindKind(dn, kind);
+    if (looked.Is(Reason::kMissing)) {
+        return Problem{"entries may not be seen", "grant the user the right to read them",
+                       CodeOf(looked)};
+    }
+    if (!looked) return ProblemFor(CodeOf(looked));
+    if (kind != EntryKind::kFile) return HiddenClass();
+    FileBuffer contents;
+    const Result read = entries.ReadSeen(dn, contents);
+    if (read) return std::nullopt;
+    return ProblemFor(CodeOf(read));
 }
 
 DirectoryProbe::Answer DirectoryProbe::Search(const std::string& dn, ULONG scope,
@@ -162,7 +233,7 @@ DirectoryProbe::Answer DirectoryProbe::Search(const std::string& dn, ULONG scope
 
 std::optional<Problem> DirectoryProbe::FindBase() {
     const std::string base = BaseDN();
-    const std::uint32_t code = Search(base, LDAP_SCOPE_BASE, kNoAttributes).code;
+    const std::uint32_t code = CodeOf(directory_->Entries().Find(base));
     if (code != LDAP_NO_SUCH_OBJECT) return UnlessDone(code);
     return Problem{"the base \"" + Utf8FromAnsi(base) + "\" is not there, or may not be seen",
                    "create the entry, correct Path, or grant the right to read it", code, false};

@@ -52,6 +52,10 @@ public:
     // Tries to write below the base with a file entry, which is removed again.
     std::optional<Problem> TryWriting();
 
+    // Looks at the class and the contents of one file below the base: for a user who may write one
+    // that is made for it and removed again, else the first that a few listings find.
+    std::optional<Problem> TryReading(bool mayWrite);
+
     // Lists the base as the component does. `inPages` is whether the server's size limit makes
     // that a listing in pages.
     std::optional<Problem> ListBase(bool& inPages);
@@ -73,6 +77,11 @@ private:
     Problem WhyNotLoggedOn(std::uint32_t code) const;
     std::optional<Problem> WhyNotSecured() const;
     std::uint32_t ListBaseInPages();
+    std::string ProbeDN() const;
+    std::optional<Problem> TryReadingOwnFile();
+    bool HidesClasses();
+    std::string FirstFile();
+    std::optional<Problem> TryReading(const std::string& dn);
     std::vector<std::string> Values(const std::string& dn, const std::string& attribute);
 
     struct Answer {

@@ -135,7 +135,14 @@ void LocationTrial::TryEntries() {
     if (!Pass("base", probe_->FindBase())) return;
     Good("base", Utf8FromAnsi(probe_->BaseDN()));
     ReportSchema();
-    ReportRights(probe_->TryWriting(), true);
+    const std::optional<Problem> writing = probe_->TryWriting();
+    // Whoever may write and not read would store over what there is.
+    if (const auto reading = probe_->TryReading(!writing)) {
+        findings_.push_back(
+            Wrong("rights", (writing ? "" : "writing only: ") + reading->text, reading->advice));
+    } else {
+        ReportRights(writing, true);
+    }
     ReportLimits();
 }
 

@@ -46,6 +46,9 @@ DepotFileContext& Load(Program& program, const Places& places, const Place& plac
     const std::string& local = session.currentFile->localPath;
     if (isFetched && IsMissingOrEmpty(local)) places.RequireFile(place);
     if (local.empty()) Fail("open", place);
+    if (const std::uint32_t code = session.currentFile->FetchCode(); code != LDAP_SUCCESS) {
+        Fail("read", place, {Reason::kRefused, CodeKind::kDirectory, code});
+    }
     return *session.currentFile;
 }
 
