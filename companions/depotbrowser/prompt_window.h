@@ -1,6 +1,7 @@
 // The window in which the user types the credentials for a server.
 #pragma once
 
+#include <cstdint>
 #include <string>
 
 #include "platform/win32.h"
@@ -13,6 +14,8 @@ struct PromptFields {
     std::wstring password;
     // Whoever asks can use only what the ANSI code page holds; other texts are refused in place.
     bool onlyAnsi = false;
+    // The directory's code with which the log-on before failed; 0 for none.
+    std::uint32_t failure = 0;
 };
 
 enum class PromptOutcome { kConfirmed, kCancelled, kNotShown };
