@@ -17,6 +17,14 @@
 #define IDS_CANCEL 525
 #define IDS_CREDENTIALS_INSTRUCTION 526
 #define IDS_CREDENTIALS_CHARACTERS 527
+// Why the user is asked again, in place of the instruction, and what would help.
+#define IDS_CREDENTIALS_REFUSED 528
+#define IDS_CREDENTIALS_UNREACHABLE 529
+#define IDS_CREDENTIALS_STRONGER 530
+#define IDS_CREDENTIALS_SECURED 531
+#define IDS_CREDENTIALS_RIGHTS 532
+#define IDS_CREDENTIALS_UNWILLING 533
+#define IDS_CREDENTIALS_BUSY 534
 
 // The dialog in which a file is chosen.
 #define IDS_BROWSE_OPEN 540

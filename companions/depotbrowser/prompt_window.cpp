@@ -3,6 +3,7 @@
 #include "depotbrowser/dialog_template.h"
 #include "depotbrowser/prompt_ids.h"
 #include "depotbrowser/prompt_text.h"
+#include "platform/directory_client.h"
 #include "platform/module_state.h"
 #include "platform/wide_text.h"
 #include "platform/wipe.h"
@@ -17,13 +18,39 @@ struct LabelledControl {
 };
 
 constexpr LabelledControl kLabels[] = {
-    {CONTROL_INSTRUCTION, IDS_CREDENTIALS_INSTRUCTION},
     {CONTROL_SERVER_LABEL, IDS_CREDENTIALS_SERVER},
     {CONTROL_USER_LABEL, IDS_CREDENTIALS_USER},
     {CONTROL_PASSWORD_LABEL, IDS_CREDENTIALS_PASSWORD},
     {IDOK, IDS_OK},
     {IDCANCEL, IDS_CANCEL},
 };
+
+// The text that says why the user is asked: what to do, or what went wrong and what would help.
+UINT InstructionFor(std::uint32_t failure) {
+    switch (failure) {
+        case LDAP_INVALID_CREDENTIALS:
+            return IDS_CREDENTIALS_REFUSED;
+        case LDAP_SERVER_DOWN:
+        case LDAP_TIMEOUT:
+        case LDAP_CONNECT_ERROR:
+            return IDS_CREDENTIALS_UNREACHABLE;
+        case LDAP_AUTH_METHOD_NOT_SUPPORTED:
+        case LDAP_STRONG_AUTH_REQUIRED:
+        case LDAP_INAPPROPRIATE_AUTH:
+            return IDS_CREDENTIALS_STRONGER;
+        case LDAP_CONFIDENTIALITY_REQUIRED:
+            return IDS_CREDENTIALS_SECURED;
+        case LDAP_INSUFFICIENT_RIGHTS:
+            return IDS_CREDENTIALS_RIGHTS;
+        case LDAP_UNWILLING_TO_PERFORM:
+            return IDS_CREDENTIALS_UNWILLING;
+        case LDAP_BUSY:
+        case LDAP_UNAVAILABLE:
+            return IDS_CREDENTIALS_BUSY;
+        default:
+            return IDS_CREDENTIALS_INSTRUCTION;
+    }
+}
 
 void FillField(HWND window, int control, const std::wstring& text) {
     SendDlgItemMessageW(window, control, EM_LIMITTEXT, kPromptFieldLimit, 0);
@@ -46,6 +73,8 @@ void Fill(HWND window, const PromptFields& fields) {
     for (const LabelledControl& label : kLabels) {
         SetDlgItemTextW(window, label.control, PromptText(label.text).c_str());
     }
+    SetDlgItemTextW(window, CONTROL_INSTRUCTION,
+                    PromptText(InstructionFor(fields.failure)).c_str());
     SetDlgItemTextW(window, CONTROL_SERVER, fields.serverName.c_str());
     FillField(window, CONTROL_USER, fields.userName);
     FillField(window, CONTROL_PASSWORD, fields.password.Plain());

@@ -1,6 +1,7 @@
 // The window in which the user types the credentials for a server.
 #pragma once
 
+#include <cstdint>
 #include <string>
 
 #include "platform/secret_text.h"
@@ -14,6 +15,8 @@ struct PromptFields {
     WideSecret password;
     // Whoever asks can use only what the ANSI code page holds; other texts are refused in place.
     bool onlyAnsi = false;
+    // The directory's code with which the log-on before failed; 0 for none.
+    std::uint32_t failure = 0;
 };
 
 enum class PromptOutcome { kConfirmed, kCancelled, kNotShown };

@@ -63,4 +63,9 @@ STDMETHODIMP CUserPasswordPromptDialog::put_ServerName(BSTR bstrServerName) noex
     return TakeText(bstrServerName, fields_.serverName);
 }
 
+STDMETHODIMP CUserPasswordPromptDialog::put_Failure(LONG lCode) noexcept {
+    fields_.failure = static_cast<std::uint32_t>(lCode);
+    return S_OK;
+}
+
 }  // namespace depot

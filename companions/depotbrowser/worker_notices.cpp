@@ -28,7 +28,8 @@ public:
         WorkerNotices* const worker = WorkerNotices::OfThisThread();
         if (worker == nullptr) return false;
         PromptFields fields = {WideFromAnsi(credentials.server), WideFromAnsi(credentials.userName),
-                               WideFromAnsi(credentials.password.Plain()), true};
+                               WideFromAnsi(credentials.password.Plain()), true,
+                               credentials.failure};
         const PromptOutcome outcome = worker->Mailbox().AskForCredentials(fields);
         if (outcome == PromptOutcome::kNotShown) throw WorkAbandoned();
         if (outcome == PromptOutcome::kCancelled) return false;

@@ -48,6 +48,17 @@ bool Fill(IUserPasswordPromptDialog& dialog, const Credentials& credentials) {
            SetText(dialog, &IUserPasswordPromptDialog::put_Password, credentials.password);
 }
 
+// Has a dialog that can do so say why the user is asked. One that cannot is shown without.
+void Explain(IUserPasswordPromptDialog& dialog, std::uint32_t failure) {
+    void* extended = nullptr;
+    if (failure == 0 || FAILED(dialog.QueryInterface(IID_IUserPasswordPromptDialog2, &extended))) {
+        return;
+    }
+    const UniqueCom<IUserPasswordPromptDialog2> owned(
+        static_cast<IUserPasswordPromptDialog2*>(extended));
+    owned->put_Failure(static_cast<LONG>(failure));
+}
+
 bool IsConfirmed(IUserPasswordPromptDialog& dialog) {
     LONG result = 0;
     return SUCCEEDED(dialog.ShowModal(0, &result)) && result == kConfirmed;
@@ -88,6 +99,7 @@ bool CredentialsDialog::Show(Credentials& credentials) noexcept try {
     }
     const UniqueCom<IUserPasswordPromptDialog> dialog = CreateDialogComponent();
     if (!dialog || !Fill(*dialog, credentials)) return false;
+    Explain(*dialog, credentials.failure);
     while (IsConfirmed(*dialog)) {
         const Reading reading = ReadBack(*dialog, credentials);
         if (reading != Reading::kUnusable) return reading == Reading::kDone;

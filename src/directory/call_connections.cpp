@@ -1,6 +1,7 @@
 #include "directory/call_connections.h"
 
 #include <algorithm>
+#include <atomic>
 #include <mutex>
 #include <utility>
 
@@ -39,6 +40,9 @@ private:
 
 ScopeSlot scopeSlot;
 
+// How many calls there were so far.
+std::atomic<std::uint64_t> calls = 0;
+
 // The connections that are kept open between calls, of all sessions. Whoever uses one takes it out
 // first; expired ones are closed here by whatever thread comes along.
 struct KeptConnections {
@@ -53,7 +57,8 @@ KeptConnections& Kept() {
 
 }  // namespace
 
-CallConnections::CallConnections() : outer_(Current()) {
+CallConnections::CallConnections()
+    : outer_(Current()), number_(outer_ != nullptr ? outer_->number_ : ++calls) {
     scopeSlot.Set(this);
 }
 
@@ -69,6 +74,11 @@ CallConnections::~CallConnections() {
 
 CallConnections* CallConnections::Current() {
     return scopeSlot.Get();
+}
+
+std::uint64_t CallConnections::CurrentNumber() {
+    const CallConnections* const current = Current();
+    return current != nullptr ? current->number_ : 0;
 }
 
 void LdapConnection::JoinCall() {

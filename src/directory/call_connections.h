@@ -1,6 +1,7 @@
 // The connections of one call of the interface.
 #pragma once
 
+#include <cstdint>
 #include <memory>
 
 namespace depot {
@@ -20,11 +21,15 @@ public:
 
     // The innermost of this thread; null where there is none.
     static CallConnections* Current();
+    // A number that all scopes within this thread's outermost one share, and no others; 0 where
+    // there is none.
+    static std::uint64_t CurrentNumber();
 
 private:
     friend class LdapConnection;
 
     CallConnections* const outer_;
+    const std::uint64_t number_;
     LdapConnection* first_ = nullptr;  // none of them is owned
 };
 

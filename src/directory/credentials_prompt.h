@@ -1,6 +1,7 @@
 // How the directory layer asks the user for credentials without knowing the dialog.
 #pragma once
 
+#include <cstdint>
 #include <string>
 
 #include "platform/secret_text.h"
@@ -12,6 +13,8 @@ struct Credentials {
     std::string server;
     std::string userName;
     SecretText password;
+    // For a prompt: the directory's code with which the log-on before it failed; 0 for none.
+    std::uint32_t failure = 0;
 };
 
 // Implemented by whoever can show a dialog and handed to the directory layer.
@@ -24,7 +27,8 @@ public:
     // `credentials` as they were, when the user cancelled or nothing could be shown.
     virtual bool Show(Credentials& credentials) = 0;
 
-    // Whether a prompt that was cancelled turns prompting for the server off in every process.
+    // Whether a prompt that was cancelled turns prompting for the server off in every process,
+    // where other credentials might have helped.
     virtual bool CancelIsForAll() const { return true; }
 
     // Whether a person can answer. Where none can, Show only reports that and returns false, and it

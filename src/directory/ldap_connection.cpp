@@ -1,8 +1,7 @@
-// Connecting, binding, asking for credentials and closing.
+// Connecting, binding and closing.
 #include "directory/ldap_connection.h"
 
 #include <algorithm>
-#include <atomic>
 #include <iterator>
 #include <string_view>
 
@@ -15,8 +14,6 @@ namespace {
 
 constexpr char kMessageTitle[] = "Quillon";
 constexpr char kErrorPrefix[] = "LDAP: ";
-
-std::atomic<CredentialsPrompt*> installedPrompt = nullptr;
 
 // The client's own number for the longest time that sending a request may take.
 constexpr int kSendTimeoutOption = 0x42;
@@ -40,10 +37,6 @@ std::uint32_t Traced(const char* stage, std::uint32_t code) {
 
 }  // namespace
 
-CredentialsPrompt* InstallCredentialsPrompt(CredentialsPrompt* prompt) {
-    return installedPrompt.exchange(prompt);
-}
-
 LdapConnection::LdapConnection(CDepotPath& location)
     : location_(location), isBound_(BindDirectoryClient(client_) != 0), shared_(location) {}
 
@@ -61,9 +54,14 @@ Result LdapConnection::Acquire(bool& taken) {
     if (isConnected_ && (logOn_ != PresentLogOn() || !IsStillOpen())) Close();
     isUnproven_ = isConnected_ && wasKept;
     isIdle_ = false;
+    // The server may be back, but is not waited for again and again by one call.
+    const std::uint64_t call = CallConnections::CurrentNumber();
+    if (failedCall_ && (call == 0 || call != *failedCall_)) isUsable_ = true;
+    if (isUsable_) failedCall_.reset();
+    const bool isCancelled = call != 0 && call == cancelledCall_;
     Result outcome;
     try {
-        if (!isConnected_) outcome = Open();
+        if (!isConnected_) outcome = isCancelled ? Outcome(LDAP_USER_CANCELLED) : Open();
     } catch (...) {
         Close();
         throw;
@@ -123,32 +121,6 @@ LdapConnection::LogOn LdapConnection::PresentLogOn() const {
             location_.port,           location_.authentication,
             location_.version,        location_.security,
             location_.followReferrals};
-}
-
-Result LdapConnection::Connect(const Credentials& credentials) {
-    TakeFromKept();
-    isIdle_ = false;
-    if (IsConnected()) return {};
-    if (!IsUsable()) return Report(LDAP_SERVER_DOWN);
-    LogOnAttempt attempt = {credentials};
-    Result failure;
-    do {
-        const std::uint32_t opened = OpenHandle(attempt.credentials.server);
-        if (opened != LDAP_SUCCESS) {
-            failure = Report(opened);
-            Disconnect();
-            return failure;
-        }
-        const std::uint32_t bound = Bind(attempt.credentials);
-        if (bound == LDAP_SUCCESS) {
-            FinishBind();
-            return {};
-        }
-        // No credentials would help there.
-        if (BindsWithoutCredentials()) shared_.TurnPromptingOff();
-        failure = Report(bound);
-    } while (FindOtherCredentials(attempt, failure));
-    return failure;
 }
 
 Result LdapConnection::ConnectQuietly() {
@@ -262,40 +234,16 @@ void LdapConnection::FinishBind() {
     logOn_ = PresentLogOn();
 }
 
-bool LdapConnection::FindOtherCredentials(LogOnAttempt& attempt, Result& failure) {
-    if (BindsWithoutCredentials()) {
-        Disconnect();
-        return false;
-    }
-    switch (AskForCredentials(PromptUnlessOff(), &attempt)) {
-        case PromptResult::kCancelled:
-            failure = Report(LDAP_USER_CANCELLED);
-            return false;
-        case PromptResult::kNobodyAsked:
-            // To a simple bind this is the same as a user who cancelled.
-            failure = Outcome(LDAP_USER_CANCELLED);
-            Disconnect();
-            return false;
-        case PromptResult::kNothingAsked:
-            // Nothing but the same failure would follow, again and again.
-            if (attempt.isUnasked) {
-                Disconnect();
-                return false;
-            }
-            attempt.isUnasked = true;
-            break;
-        case PromptResult::kConfirmed:
-            attempt.isUnasked = false;
-            break;
-    }
-    attempt.credentials = shared_.Own();
-    return true;
-}
-
 void LdapConnection::Disconnect() {
     handle_.reset();
     isConnected_ = false;
     isUsable_ = false;
+    failedCall_.reset();
+}
+
+void LdapConnection::Fail() {
+    Disconnect();
+    failedCall_ = CallConnections::CurrentNumber();
 }
 
 bool LdapConnection::Close() {
@@ -317,55 +265,6 @@ bool LdapConnection::Leave() {
     for (UniqueLdap& replaced : replacedHandles_) any = replaced.release() != nullptr || any;
     isConnected_ = false;
     return any;
-}
-
-Result LdapConnection::PromptAndConnect() {
-    switch (AskForCredentials(PromptUnlessOff(), nullptr)) {
-        case PromptResult::kCancelled:
-            return Report(LDAP_USER_CANCELLED);
-        case PromptResult::kNobodyAsked:
-            return Outcome(LDAP_USER_CANCELLED);
-        default:
-            return Connect(shared_.Own());
-    }
-}
-
-bool LdapConnection::PromptForCredentials() {
-    const PromptResult answer = AskForCredentials(Prompt(), nullptr);
-    return answer == PromptResult::kNothingAsked || answer == PromptResult::kConfirmed;
-}
-
-CredentialsPrompt* LdapConnection::Prompt() const {
-    return ownPrompt_.value_or(installedPrompt.load());
-}
-
-CredentialsPrompt* LdapConnection::PromptUnlessOff() {
-    return shared_.PromptingIsOff() ? nullptr : Prompt();
-}
-
-LdapConnection::PromptResult LdapConnection::AskForCredentials(CredentialsPrompt* prompt,
-                                                               const LogOnAttempt* failed) {
-    if (location_.authentication != kSimpleAuthentication) {
-        const bool mayRepeat = failed == nullptr || prompt != nullptr;
-        return mayRepeat ? PromptResult::kNothingAsked : PromptResult::kNobodyAsked;
-    }
-    if (failed != nullptr) shared_.TakeFillingBack();
-    const bool canBeAnswered = prompt != nullptr && prompt->CanBeAnswered();
-    // Without an answer nothing but what belongs together is tried.
-    Credentials credentials = canBeAnswered ? shared_.Known() : shared_.Paired();
-    const std::optional<Credentials> untried = shared_.Untried(credentials, failed);
-    if (untried || IsComplete(credentials)) shared_.KeepInRecord(untried.value_or(credentials));
-    if (untried) return PromptResult::kNothingAsked;
-    if (prompt == nullptr) return PromptResult::kNobodyAsked;
-    if (!prompt->Show(credentials)) {
-        if (!canBeAnswered) return PromptResult::kNobodyAsked;
-        shared_.ForgetPassword();
-        if (prompt->CancelIsForAll()) shared_.TurnPromptingOff();
-        return PromptResult::kCancelled;
-    }
-    shared_.SetUserName(credentials.userName);
-    shared_.SetPassword(credentials.password);
-    return PromptResult::kConfirmed;
 }
 
 Result LdapConnection::Outcome(std::uint32_t code) {

@@ -41,7 +41,7 @@ public:
     // Connects to the server and binds as the location says. A failure is shown in a message box;
     // after a failed simple bind the user is asked for credentials, until the user gives up.
     // Credentials that failed are not tried again unasked. Any other failure leaves the connection
-    // unusable for good: each later attempt fails with LDAP_SERVER_DOWN.
+    // unusable: each later attempt fails with LDAP_SERVER_DOWN, until Acquire starts anew.
     Result Connect(const Credentials& credentials);
 
     // The same with what is known of the credentials, as a probe does it: asking for nothing. A
@@ -50,8 +50,9 @@ public:
     Result ConnectQuietly();
 
     // Asks for credentials, unless they are known and no error is recorded for the server, and
-    // connects with them. Fails with LDAP_USER_CANCELLED when the user cancels (with a message box)
-    // or when there is something to ask while prompting is off for the server (without one).
+    // connects with them. What was typed for a server beside this one is tried before. Fails with
+    // LDAP_USER_CANCELLED when the user cancels (with a message box) or when there is something to
+    // ask while prompting is off for the server (without one).
     Result PromptAndConnect();
 
     // Connects with the credentials of the location's record, or asks where it has none.
@@ -60,7 +61,8 @@ public:
     // Takes the connection for one operation: the one that an earlier operation left, unless the
     // server has ended it or the record names another log-on since, else one that Open makes.
     // `taken` is whether Release is due afterwards: it is not inside another operation, nor for a
-    // connection that the caller has opened.
+    // connection that the caller has opened. An attempt that failed in an earlier call of the
+    // interface, or where there is none, says nothing of this one.
     Result Acquire(bool& taken);
     // Ends the operation. The connection stays open until the call of the interface ends, or is
     // closed at once where there is none.
@@ -118,6 +120,10 @@ public:
     PagingClient& Paging();
     // How long the answer to a request may take, in seconds.
     ULONG AnswerLimit() const;
+    // Names the servers of the same depot (see ServerKeyOf) for which users log on as for this one.
+    // What was typed for one of them is tried once, without showing anything, before the user is
+    // asked for this one.
+    void SetServersBeside(std::vector<std::string> keys) { serversBeside_ = std::move(keys); }
     // Has this connection ask `prompt` and not the installed one.
     void SetPrompt(CredentialsPrompt* prompt) { ownPrompt_ = prompt; }
 
@@ -147,6 +153,7 @@ private:
     CredentialsPrompt* PromptUnlessOff();
     // A null `prompt` stands for a user who cannot be asked, a null `failed` for no bind so far.
     PromptResult AskForCredentials(CredentialsPrompt* prompt, const LogOnAttempt* failed);
+    bool ConnectAsBeside();
     // Returns whether `attempt` holds credentials to go on with; else `failure` says why it ends.
     bool FindOtherCredentials(LogOnAttempt& attempt, Result& failure);
 
@@ -157,6 +164,8 @@ private:
     std::uint32_t Bind(const Credentials& credentials);
     bool BindsWithoutCredentials() const;
     void FinishBind();
+    // Leaves the connection unusable for the rest of the call.
+    void Fail();
     std::string TextOf(std::uint32_t code) const;
 
     CDepotPath& location_;
@@ -175,6 +184,10 @@ private:
     std::chrono::steady_clock::time_point keptUntil_;
     SharedCredentials shared_;
     std::optional<CredentialsPrompt*> ownPrompt_;
+    std::optional<std::uint64_t> failedCall_;  // unusable since; nothing when given up for good
+    std::uint64_t cancelledCall_ = 0;          // in which a user gave up waiting for the server
+    std::vector<std::string> serversBeside_;
+    std::vector<Digest> triedBeside_;  // what was typed there and is refused here
     // After the table, through which they are unbound.
     std::vector<UniqueLdap> replacedHandles_;
     UniqueLdap handle_;

@@ -32,4 +32,23 @@ Reason ReasonOf(std::uint32_t code) {
     }
 }
 
+bool CredentialsMayHelp(std::uint32_t code) {
+    switch (code) {
+        case LDAP_PROTOCOL_ERROR:
+        case LDAP_AUTH_METHOD_NOT_SUPPORTED:
+        case LDAP_STRONG_AUTH_REQUIRED:
+        case LDAP_CONFIDENTIALITY_REQUIRED:
+        case LDAP_BUSY:
+        case LDAP_UNAVAILABLE:
+        case LDAP_SERVER_DOWN:
+        case LDAP_LOCAL_ERROR:
+        case LDAP_TIMEOUT:
+        case LDAP_NO_MEMORY:
+        case LDAP_CONNECT_ERROR:
+            return false;
+        default:
+            return true;
+    }
+}
+
 }  // namespace depot

@@ -14,6 +14,10 @@ inline constexpr std::uint32_t kContentsChanged = 122;
 // REQUIRES: the code is not LDAP_SUCCESS.
 Reason ReasonOf(std::uint32_t code);
 
+// Whether other credentials may help after a log-on that ended with this code: the server has
+// looked at those that it got.
+bool CredentialsMayHelp(std::uint32_t code);
+
 // Returns the directory's code of a result, LDAP_SUCCESS for one that is done.
 inline std::uint32_t CodeOf(const Result& result) {
     return result ? 0 : result.Why().code;

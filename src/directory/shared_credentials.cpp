@@ -1,6 +1,7 @@
 #include "directory/shared_credentials.h"
 
 #include <string_view>
+#include <utility>
 
 #include "directory/dn.h"
 #include "platform/credential_store.h"
@@ -38,6 +39,15 @@ bool IsComplete(const Credentials& credentials) {
 std::string ServerKeyOf(const LocationSettings& location) {
     return location.security == 0 ? ServerKey(location.host, location.port)
                                   : SecuredServerKey(location.host, location.port);
+}
+
+bool AreSecuredAlike(const LocationSettings& one, const LocationSettings& other) {
+    return (one.security == 0) == (other.security == 0);
+}
+
+Digest DigestOf(const Credentials& credentials) {
+    const SecretText pair(credentials.userName + '\0' + credentials.password.Plain());
+    return DigestOf(pair.Plain().data(), pair.Plain().size());
 }
 
 SharedCredentials::SharedCredentials(CDepotPath& location)
@@ -85,6 +95,16 @@ Credentials SharedCredentials::Paired() {
     const Credentials shared = {own.server, SharedUserName(), SharedPassword()};
     const bool isFor = own.userName.empty() || own.userName == shared.userName;
     return isFor && IsComplete(shared) ? shared : own;
+}
+
+std::optional<Credentials> SharedCredentials::TypedFor(const std::string& serverKey) const {
+    const Credentials own = Own();
+    DirectoryInfoBlock other(serverKey);
+    const DirectoryInfo* const info = other.Access();
+    if (info == nullptr || !own.password.empty()) return std::nullopt;
+    Credentials typed = {own.server, TextOf(info->userName), TextOf(info->password)};
+    const bool isFor = own.userName.empty() || own.userName == typed.userName;
+    return isFor && IsComplete(typed) ? std::optional(std::move(typed)) : std::nullopt;
 }
 
 Credentials SharedCredentials::Known() {

@@ -7,6 +7,7 @@
 
 #include "config/depot_path.h"
 #include "directory/credentials_prompt.h"
+#include "platform/digest.h"
 #include "platform/directory_info_block.h"
 
 namespace depot {
@@ -15,6 +16,7 @@ namespace depot {
 struct LogOnAttempt {
     Credentials credentials;
     bool isUnasked = false;  // follows a failed one without anything having been shown
+    std::uint32_t code = 0;  // of the failure
 };
 
 // The user name and the password of a location, in its record and in the block that processes
@@ -41,6 +43,9 @@ public:
     // The record's own with each missing part filled from the shared block, as the prompt does it.
     // It may pair one user's name with another one's password, which is tried once.
     Credentials Known();
+    // Returns the pair that was typed for another server, by its key, where the record has no
+    // password and names nobody else.
+    std::optional<Credentials> TypedFor(const std::string& serverKey) const;
     // Stores them in the record alone.
     void KeepInRecord(const Credentials& credentials);
     // Takes what filled the record out of it again: it was refused.
@@ -77,6 +82,12 @@ private:
 // The key under which processes share what they know of the location's server. What was typed for a
 // secured location serves no other one.
 std::string ServerKeyOf(const LocationSettings& location);
+
+// Whether what was typed for the one location may be sent to the other one's server as well.
+bool AreSecuredAlike(const LocationSettings& one, const LocationSettings& other);
+
+// Names a user name with its password without holding either.
+Digest DigestOf(const Credentials& credentials);
 
 // Whether there are a user name and a password.
 bool IsComplete(const Credentials& credentials);

@@ -105,6 +105,7 @@ CLDAPItems* CDepot::DirectoryConnection() {
     } else if (!directory_ || &directory_->items->Location() != location) {
         std::unique_ptr<CLDAPItems> known = paths->TakeDirectory();
         if (!known) known = std::make_unique<CLDAPItems>(location);
+        known->Connection().SetServersBeside(paths->ServersBeside(*location));
         directory_ = std::make_unique<Directory>(std::move(known));
     }
     return directory_ ? directory_->items.get() : nullptr;

@@ -19,6 +19,24 @@
 namespace depot {
 namespace {
 
+// Whether the code is an answer for want of credentials or rights. Some servers refuse a request of
+// an unknown user as an operation that is out of order.
+bool AsksForMore(std::uint32_t code) {
+    switch (code) {
+        case LDAP_OPERATIONS_ERROR:
+        case LDAP_AUTH_METHOD_NOT_SUPPORTED:
+        case LDAP_STRONG_AUTH_REQUIRED:
+        case LDAP_CONFIDENTIALITY_REQUIRED:
+        case LDAP_INAPPROPRIATE_AUTH:
+        case LDAP_INVALID_CREDENTIALS:
+        case LDAP_INSUFFICIENT_RIGHTS:
+        case LDAP_UNWILLING_TO_PERFORM:
+            return true;
+        default:
+            return false;
+    }
+}
+
 // Returns the list of depots that the location belongs to, or null.
 CDepots* OwningList(const CDepotPath& location) {
     const CDepotPaths* const paths = location.owner;
@@ -55,14 +73,18 @@ public:
         record_->owner = nullptr;
     }
 
-    bool Run() { return record_->IsDirectory() ? FindBase() : PathExists(path_); }
+    Answer Run() {
+        if (record_->IsDirectory()) return FindBase();
+        return PathExists(path_) ? Answer::kGood : Answer::kNone;
+    }
 
     // What Run has found.
     bool HasInvalidBase() const { return hasInvalidBase_; }
     // Returns the directory with its connection, for the location itself; null where the first use
     // would bind in another way, or for a folder.
     std::unique_ptr<CLDAPItems> Directory(CDepotPath& location) {
-        if (!directory_ || !directory_->Connection().OpensUnasked()) return nullptr;
+        if (!directory_ || !directory_->IsConnected()) return nullptr;
+        if (!directory_->Connection().OpensUnasked()) return nullptr;
         auto own = std::make_unique<CLDAPItems>(&location);
         own->Connection().Adopt(directory_->Connection());
         return own;
@@ -70,13 +92,19 @@ public:
 
 private:
     // Looks for the base alone.
-    bool FindBase() {
+    Answer FindBase() {
         directory_ = std::make_unique<CLDAPItems>(record_.get());
-        if (!directory_->Connection().ConnectQuietly()) return false;
+        LdapConnection& connection = directory_->Connection();
+        const Result connected = connection.ConnectQuietly();
+        if (!connected) return AsksForMore(CodeOf(connected)) ? Answer::kFallback : Answer::kNone;
         const Result found = directory_->Entries().Find(directory_->PathToDN(path_));
-        hasInvalidBase_ = CodeOf(found) == LDAP_INVALID_DN_SYNTAX;
-        if (!found) directory_->Close();
-        return found.IsDone();
+        if (found) return Answer::kGood;
+        directory_->Close();
+        const std::uint32_t code = CodeOf(found);
+        hasInvalidBase_ = code == LDAP_INVALID_DN_SYNTAX;
+        // To a user who is not known yet a server may show no entry at all.
+        const bool isHidden = code == LDAP_NO_SUCH_OBJECT && !connection.OpensUnasked();
+        return isHidden || AsksForMore(code) ? Answer::kFallback : Answer::kNone;
     }
 
     const std::string path_;
@@ -94,6 +122,17 @@ CDepotPaths::~CDepotPaths() {
 
 std::unique_ptr<CLDAPItems> CDepotPaths::TakeDirectory() {
     return std::move(directory_);
+}
+
+std::vector<std::string> CDepotPaths::ServersBeside(const CDepotPath& location) const {
+    std::vector<std::string> keys;
+    const std::string own = ServerKeyOf(location);
+    for (CDepotPath* const other : array_) {
+        const bool isAlike = other->IsDirectory() && AreSecuredAlike(*other, location) &&
+                             other->authentication == kSimpleAuthentication;
+        if (isAlike && ServerKeyOf(*other) != own) keys.push_back(ServerKeyOf(*other));
+    }
+    return keys;
 }
 
 bool CDepotPaths::LeaveConnection() {
@@ -155,6 +194,7 @@ void CDepotPaths::ChooseLocation() {
 // Locations whose answer is at hand are looked at one after another; from the first on that may
 // let wait for it, they do not wait for each other.
 std::optional<std::size_t> CDepotPaths::FindReachable() {
+    std::optional<std::size_t> fallback;
     for (std::size_t index = 0; index < Count(); ++index) {
         CDepotPath& location = *At(index);
         if (!MayWait(location)) {
@@ -164,31 +204,33 @@ std::optional<std::size_t> CDepotPaths::FindReachable() {
         } else {
             // A thread of its own would not act for the user for whom this one does.
             LocationProbe probe(location);
-            const bool isReachable = probe.Run();
-            TakeOver(probe, location, isReachable);
-            if (isReachable) return index;
+            const Answer answer = probe.Run();
+            TakeOver(probe, location, answer == Answer::kGood);
+            if (answer == Answer::kGood) return index;
+            if (answer == Answer::kFallback && !fallback) fallback = index;
         }
     }
-    return std::nullopt;
+    return fallback;
 }
 
 std::optional<std::size_t> CDepotPaths::FindReachableFrom(std::size_t first) {
     std::vector<std::shared_ptr<LocationProbe>> probes;
-    std::vector<std::function<bool()>> attempts;
+    std::vector<std::function<Answer()>> attempts;
     for (std::size_t index = first; index < Count(); ++index) {
         probes.push_back(std::make_shared<LocationProbe>(*At(index)));
         attempts.push_back([probe = probes.back()] { return probe->Run(); });
     }
     const std::optional<std::size_t> found = FirstAnswer(std::move(attempts), kPatience);
+    // Those behind the chosen one may still be under way.
     for (std::size_t at = 0; at < probes.size() && at <= found.value_or(at); ++at) {
         TakeOver(*probes[at], *At(first + at), at == found);
     }
     return found ? std::optional(first + *found) : std::nullopt;
 }
 
-void CDepotPaths::TakeOver(LocationProbe& probe, CDepotPath& location, bool isReachable) {
+void CDepotPaths::TakeOver(LocationProbe& probe, CDepotPath& location, bool isChosen) {
     if (probe.HasInvalidBase()) CLDAPItems(&location).ReportError(LDAP_INVALID_DN_SYNTAX);
-    if (isReachable) directory_ = probe.Directory(location);
+    if (isChosen) directory_ = probe.Directory(location);
     if (directory_) directory_->Connection().Release();
 }
 

@@ -4,6 +4,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "config/depot_path.h"
 #include "model/owned_list.h"
@@ -41,10 +42,11 @@ public:
     CDepotPath* At(std::size_t index) const { return array_.At(index); }
 
     // Returns the path through which the depot is used, with a trailing backslash: the expanded
-    // path of the first location that can be reached, or of the first one when none can. One that
-    // has not answered for two seconds holds the next ones up no longer. Empty when there is no
-    // location or its path is empty. The choice is made once and never revisited. A directory that
-    // is the only location is not asked whether it can be reached.
+    // path of the first location that can be reached; else of the first one whose server answers
+    // and refuses the look for want of credentials or rights, which whoever uses it may have; else
+    // of the first one. One that has not answered for two seconds holds the next ones up no longer.
+    // Empty when there is no location or its path is empty. The choice is made once and never
+    // revisited. A directory that is the only location is not asked whether it can be reached.
     std::string GetActivePath();
 
     // Returns the location whose path GetActivePath gives, or null for an empty list.
@@ -53,6 +55,9 @@ public:
     // Hands out the directory through which the location was found to be reachable, with its
     // connection where that may serve on; null where there is none.
     std::unique_ptr<CLDAPItems> TakeDirectory();
+    // Returns the keys of the other servers for which users log on as for this location's, without
+    // its own: what was typed for them may serve it.
+    std::vector<std::string> ServersBeside(const CDepotPath& location) const;
     // Of one that was not handed out: see LdapConnection::Leave.
     bool LeaveConnection();
 
@@ -75,7 +80,7 @@ private:
     std::optional<std::size_t> FindReachable();
     std::optional<std::size_t> FindReachableFrom(std::size_t first);
     // Takes what a look at the location has found.
-    void TakeOver(LocationProbe& probe, CDepotPath& location, bool isReachable);
+    void TakeOver(LocationProbe& probe, CDepotPath& location, bool isChosen);
     void Forget();
 
     PointerArray<CDepotPath> array_;

@@ -16,28 +16,46 @@ using std::chrono::duration_cast;
 using std::chrono::milliseconds;
 using std::chrono::steady_clock;
 
-enum class AttemptState { kWaiting, kRunning, kFailed, kSucceeded };
+enum class AttemptState { kWaiting, kRunning, kFailed, kFallback, kSucceeded };
+
+AttemptState StateAfter(Answer answer) {
+    switch (answer) {
+        case Answer::kGood:
+            return AttemptState::kSucceeded;
+        case Answer::kFallback:
+            return AttemptState::kFallback;
+        default:
+            return AttemptState::kFailed;
+    }
+}
 
 // What the attempts of one choice share.
 struct Attempts {
-    explicit Attempts(std::vector<std::function<bool()>> list)
+    explicit Attempts(std::vector<std::function<Answer()>> list)
         : work(std::move(list)), states(work.size(), AttemptState::kWaiting) {}
 
     void Run(std::size_t index) noexcept {
-        bool succeeded = false;
+        Answer answer = Answer::kNone;
         try {
-            succeeded = work[index]();
+            answer = work[index]();
         } catch (...) {
-            succeeded = false;
+            answer = Answer::kNone;
         }
         const std::lock_guard guard(lock);
-        states[index] = succeeded ? AttemptState::kSucceeded : AttemptState::kFailed;
+        states[index] = StateAfter(answer);
         WakeConditionVariable(&changed);
+    }
+
+    // The first attempt in this state; nothing where there is none. The caller holds the lock.
+    std::optional<std::size_t> First(AttemptState state) const {
+        const auto found = std::find(states.begin(), states.end(), state);
+        if (found == states.end()) return std::nullopt;
+        return static_cast<std::size_t>(found - states.begin());
     }
 
     Lock lock;
     CONDITION_VARIABLE changed = CONDITION_VARIABLE_INIT;
-    const std::vector<std::function<bool()>> work;
+    const std::vector<std::function<Answer()>> work;
     std::vector<AttemptState> states;
 };
 
@@ -75,29 +93,26 @@ void Start(const std::shared_ptr<Attempts>& attempts, std::size_t index) {
 
 }  // namespace
 
-std::optional<std::size_t> FirstAnswer(std::vector<std::function<bool()>> attempts,
+std::optional<std::size_t> FirstAnswer(std::vector<std::function<Answer()>> attempts,
                                        std::chrono::milliseconds patience) {
     const auto shared = std::make_shared<Attempts>(std::move(attempts));
-    std::vector<AttemptState>& states = shared->states;
-    const auto is = [](AttemptState state) {
-        return [state](AttemptState other) { return other == state; };
-    };
+    const std::size_t count = shared->states.size();
     for (std::size_t started = 0;;) {
-        if (started < states.size()) Start(shared, started++);
-        const bool isLast = started == states.size();
+        if (started < count) Start(shared, started++);
+        const bool isLast = started == count;
         const std::lock_guard guard(shared->lock);
         // Others are woken as well.
         for (const auto end = steady_clock::now() + patience;;) {
-            const auto chosen =
-                std::find_if(states.begin(), states.end(), is(AttemptState::kSucceeded));
-            if (chosen != states.end()) return static_cast<std::size_t>(chosen - states.begin());
-            if (std::none_of(states.begin(), states.end(), is(AttemptState::kRunning))) break;
+            if (const auto chosen = shared->First(AttemptState::kSucceeded)) return chosen;
+            if (!shared->First(AttemptState::kRunning)) break;
+            // The last one is awaited, however long it takes, where nothing else could be chosen.
+            const bool isAwaited = isLast && !shared->First(AttemptState::kFallback);
             const auto left = duration_cast<milliseconds>(end - steady_clock::now()).count();
-            if (!isLast && left <= 0) break;
+            if (!isAwaited && left <= 0) break;
             SleepConditionVariableSRW(&shared->changed, shared->lock.Native(),
-                                      isLast ? INFINITE : static_cast<DWORD>(left), 0);
+                                      isAwaited ? INFINITE : static_cast<DWORD>(left), 0);
         }
-        if (isLast) return std::nullopt;
+        if (isLast) return shared->First(AttemptState::kFallback);
     }
 }
 

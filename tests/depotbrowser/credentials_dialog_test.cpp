@@ -7,6 +7,7 @@
 
 #include "depotbrowser/browser_library.h"
 #include "depotbrowser/dialog_user.h"
+#include "platform/directory_client.h"
 #include "platform/event_log.h"
 #include "platform/wide_text.h"
 #include "support/box_log.h"
@@ -53,6 +54,35 @@ TEST_F(CredentialsDialogTest, CancellingLeavesTheTextsAsTheyWere) {
     EXPECT_FALSE(prompt_.Show(credentials_));
     EXPECT_EQ("mary", credentials_.userName);
     EXPECT_EQ("old", credentials_.password);
+}
+
+TEST_F(CredentialsDialogTest, DialogSaysWhyTheUserIsAskedAndWhatWouldHelp) {
+    const struct {
+        std::uint32_t code;
+        const wchar_t* text;
+    } rows[] = {
+        {LDAP_SUCCESS, L"Enter the user name and password for this directory server."},
+        {LDAP_OTHER, L"Enter the user name and password for this directory server."},
+        {LDAP_INVALID_CREDENTIALS, L"The user name or the password is wrong. Enter them again."},
+        {LDAP_SERVER_DOWN, L"The server does not answer. Check the network, or try again later."},
+        {LDAP_STRONG_AUTH_REQUIRED,
+         L"The server asks for a stronger way of logging on: set Authentication or Security."},
+        {LDAP_CONFIDENTIALITY_REQUIRED, L"The server asks for a secured connection: set Security."},
+        {LDAP_INSUFFICIENT_RIGHTS,
+         L"Your rights on the server do not suffice. Ask its administrator for them."},
+        {LDAP_UNWILLING_TO_PERFORM,
+         L"The server refuses this logon, for example without a password or of a locked account."},
+        {LDAP_BUSY, L"The server is busy or not available. Try again later."},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.code);
+        credentials_.failure = row.code;
+        const DialogUser user(L"ldap.farrow.test", [&](const OpenDialog& dialog) {
+            EXPECT_EQ(row.text, dialog.Text(CONTROL_INSTRUCTION));
+            dialog.Press(VK_ESCAPE);
+        });
+        EXPECT_FALSE(prompt_.Show(credentials_));
+    }
 }
 
 TEST_F(CredentialsDialogTest, ComponentThatIsNotRegisteredCountsAsCancelled) {

@@ -23,7 +23,7 @@ struct TextRow {
 
 std::vector<TextRow> Rows() {
     std::vector<TextRow> rows = {{IDS_COPY_PREFIX_NAME, 2}, {IDS_COPY_DASH_NAME, 2}};
-    for (unsigned id = IDS_CREDENTIALS_TITLE; id <= IDS_CREDENTIALS_CHARACTERS; ++id)
+    for (unsigned id = IDS_CREDENTIALS_TITLE; id <= IDS_CREDENTIALS_BUSY; ++id)
         rows.push_back({id, 0});
     for (unsigned id = IDS_BROWSE_OPEN; id <= IDS_BROWSE_FOLDER; ++id) {
         const bool named = id == IDS_BROWSE_CONFIRM_DELETE || id == IDS_BROWSE_CONFIRM_OVERWRITE ||

@@ -89,9 +89,11 @@ private:
             if (attempts_[first]->Open()) return first;
         }
         if (first == count) return std::nullopt;
-        std::vector<std::function<bool()>> work;
+        std::vector<std::function<Answer()>> work;
         for (std::size_t index = first; index < count; ++index) {
-            work.emplace_back([attempt = attempts_[index]] { return attempt->Open(); });
+            work.emplace_back([attempt = attempts_[index]] {
+                return attempt->Open() ? Answer::kGood : Answer::kNone;
+            });
         }
         const auto found = FirstAnswer(std::move(work), kPatience);
         return found ? std::optional(first + *found) : std::nullopt;

@@ -1,0 +1,160 @@
+// Logging on with what is known, and asking for what is missing or was refused.
+#include <algorithm>
+#include <atomic>
+
+#include "directory/ldap_connection.h"
+
+namespace depot {
+namespace {
+
+std::atomic<CredentialsPrompt*> installedPrompt = nullptr;
+
+}  // namespace
+
+CredentialsPrompt* InstallCredentialsPrompt(CredentialsPrompt* prompt) {
+    return installedPrompt.exchange(prompt);
+}
+
+Result LdapConnection::Connect(const Credentials& credentials) {
+    TakeFromKept();
+    isIdle_ = false;
+    if (IsConnected()) return {};
+    if (!IsUsable()) return Report(LDAP_SERVER_DOWN);
+    LogOnAttempt attempt = {credentials};
+    Result failure;
+    do {
+        const std::uint32_t opened = OpenHandle(attempt.credentials.server);
+        if (opened != LDAP_SUCCESS) {
+            failure = Report(opened);
+            Fail();
+            return failure;
+        }
+        const std::uint32_t bound = Bind(attempt.credentials);
+        if (bound == LDAP_SUCCESS) {
+            FinishBind();
+            return {};
+        }
+        // No credentials would help there.
+        if (BindsWithoutCredentials()) shared_.TurnPromptingOff();
+        attempt.code = bound;
+        failure = Report(bound);
+    } while (FindOtherCredentials(attempt, failure));
+    return failure;
+}
+
+bool LdapConnection::FindOtherCredentials(LogOnAttempt& attempt, Result& failure) {
+    if (BindsWithoutCredentials()) {
+        Fail();
+        return false;
+    }
+    switch (AskForCredentials(PromptUnlessOff(), &attempt)) {
+        case PromptResult::kCancelled:
+            failure = Report(LDAP_USER_CANCELLED);
+            return false;
+        case PromptResult::kNobodyAsked:
+            // To a simple bind this is the same as a user who cancelled.
+            failure = Outcome(LDAP_USER_CANCELLED);
+            Fail();
+            return false;
+        case PromptResult::kNothingAsked:
+            // Nothing but the same failure would follow, again and again.
+            if (attempt.isUnasked) {
+                Fail();
+                return false;
+            }
+            attempt.isUnasked = true;
+            break;
+        case PromptResult::kConfirmed:
+            attempt.isUnasked = false;
+            break;
+    }
+    attempt.credentials = shared_.Own();
+    return true;
+}
+
+// Whoever has typed credentials for one replica knows of no other one.
+bool LdapConnection::ConnectAsBeside() {
+    const bool isAsked = location_.authentication == kSimpleAuthentication && IsUsable() &&
+                         !IsConnected() && !IsComplete(shared_.Known());
+    // After a cancel the same would be refused over and over.
+    if (!isAsked || shared_.PromptingIsOff()) return false;
+    for (const std::string& server : serversBeside_) {
+        const std::optional<Credentials> typed = shared_.TypedFor(server);
+        if (!typed) continue;
+        const Digest attempt = DigestOf(*typed);
+        if (std::find(triedBeside_.begin(), triedBeside_.end(), attempt) != triedBeside_.end()) {
+            continue;
+        }
+        std::uint32_t code = OpenHandle(typed->server);
+        if (code == LDAP_SUCCESS) code = Bind(*typed);
+        if (code == LDAP_SUCCESS) {
+            shared_.SetUserName(typed->userName);
+            shared_.SetPassword(typed->password);
+            FinishBind();
+            return true;
+        }
+        // A server that has not looked at them has not refused them.
+        if (!CredentialsMayHelp(code)) return false;
+        triedBeside_.push_back(attempt);
+    }
+    return false;
+}
+
+Result LdapConnection::PromptAndConnect() {
+    if (ConnectAsBeside()) return {};
+    switch (AskForCredentials(PromptUnlessOff(), nullptr)) {
+        case PromptResult::kCancelled:
+            return Report(LDAP_USER_CANCELLED);
+        case PromptResult::kNobodyAsked:
+            return Outcome(LDAP_USER_CANCELLED);
+        default:
+            return Connect(shared_.Own());
+    }
+}
+
+bool LdapConnection::PromptForCredentials() {
+    const PromptResult answer = AskForCredentials(Prompt(), nullptr);
+    return answer == PromptResult::kNothingAsked || answer == PromptResult::kConfirmed;
+}
+
+CredentialsPrompt* LdapConnection::Prompt() const {
+    return ownPrompt_.value_or(installedPrompt.load());
+}
+
+CredentialsPrompt* LdapConnection::PromptUnlessOff() {
+    return shared_.PromptingIsOff() ? nullptr : Prompt();
+}
+
+LdapConnection::PromptResult LdapConnection::AskForCredentials(CredentialsPrompt* prompt,
+                                                               const LogOnAttempt* failed) {
+    if (location_.authentication != kSimpleAuthentication) {
+        const bool mayRepeat = failed == nullptr || prompt != nullptr;
+        return mayRepeat ? PromptResult::kNothingAsked : PromptResult::kNobodyAsked;
+    }
+    const bool wasRefused = failed != nullptr && CredentialsMayHelp(failed->code);
+    if (wasRefused) shared_.TakeFillingBack();
+    const bool canBeAnswered = prompt != nullptr && prompt->CanBeAnswered();
+    // Without an answer nothing but what belongs together is tried.
+    Credentials credentials = canBeAnswered ? shared_.Known() : shared_.Paired();
+    const std::optional<Credentials> untried = shared_.Untried(credentials, failed);
+    if (untried || IsComplete(credentials)) shared_.KeepInRecord(untried.value_or(credentials));
+    if (untried) return PromptResult::kNothingAsked;
+    if (prompt == nullptr) return PromptResult::kNobodyAsked;
+    if (failed != nullptr) credentials.failure = failed->code;
+    if (!prompt->Show(credentials)) {
+        if (!canBeAnswered) return PromptResult::kNobodyAsked;
+        if (failed != nullptr && !wasRefused) {
+            // Nothing that could have been typed would have helped: the next call tries again.
+            cancelledCall_ = CallConnections::CurrentNumber();
+            return PromptResult::kCancelled;
+        }
+        shared_.ForgetPassword();
+        if (prompt->CancelIsForAll()) shared_.TurnPromptingOff();
+        return PromptResult::kCancelled;
+    }
+    shared_.SetUserName(credentials.userName);
+    shared_.SetPassword(credentials.password);
+    return PromptResult::kConfirmed;
+}
+
+}  // namespace depot

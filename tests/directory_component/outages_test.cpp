@@ -1,0 +1,140 @@
+// Servers that go away and come back, as clients of the component see it.
+#include <atomic>
+#include <chrono>
+#include <iostream>
+#include <thread>
+#include <vector>
+
+#include "component/component.h"
+#include "support/box_log.h"
+#include "support/component_depots.h"
+#include "support/directory_fixture.h"
+#include "support/results.h"
+#include "support/working_files.h"
+
+namespace depot::test {
+namespace {
+
+constexpr char kFile[] = "<Corp>\\a.kra";
+
+// Two servers that hold one depot. Nobody is asked anything: no dialog is registered.
+class OutagesTest : public ComponentTest {
+protected:
+    OutagesTest() {
+        DefineDirectoryDepot(depots_, "Corp", first_.Port(), kSuffix);
+        ForgetServer(second_.Port());
+        depots_.Text("Corp", "Path2", kSuffix);
+        depots_.Dword("Corp", "Type2", kDirectoryLocation);
+        depots_.Text("Corp", "Host2", "127.0.0.1");
+        depots_.Dword("Corp", "Port2", second_.Port());
+        depots_.Dword("Corp", "Authentication2", kSimpleAuthentication);
+        depots_.Text("Corp", "Username2", kEditor);
+        depots_.Text("Corp", "Password2", kEditorPassword);
+        first_.AddFile("a.kra", kSuffix, "[S]\r\nK=first\r\n");
+        second_.AddFile("a.kra", kSuffix, "[S]\r\nK=second\r\n");
+    }
+
+    // Runs it on a thread in an apartment of its own.
+    template <class Work>
+    static void InApartment(DWORD kind, const Work& work) {
+        std::thread([&] {
+            const Apartment apartment(kind);
+            const Com<IDepotIntrApi> api = test::CreateApi();
+            ASSERT_TRUE(api);
+            work(*api);
+        }).join();
+    }
+
+    // What a client reads, empty where the file cannot be loaded.
+    static std::wstring Load(IDepotIntrApi& api, Session& session) {
+        if (api.DPLoadFile(session.Address(), Text(kFile)) != S_OK) return {};
+        OutText value;
+        EXPECT_THAT(
+            api.DPGetProfileString(session, Text("S"), Text("K"), Text("(none)"), value, 100),
+            IsOk());
+        return value.Value();
+    }
+
+    DirectoryServer first_, second_;
+    const BoxLog boxes_;
+    const CleanWorkingFiles clean_;
+};
+
+class OutagesInApartmentsTest : public OutagesTest, public testing::WithParamInterface<DWORD> {};
+
+TEST_P(OutagesInApartmentsTest, FirstServerThatIsDownAtTheStartIsReplacedByTheSecond) {
+    first_.Stop();
+    InApartment(GetParam(), [&](IDepotIntrApi& api) {
+        Session session(api);
+        EXPECT_EQ(L"second", Load(api, session));
+        first_.Continue();
+        // The session stays where it is; the next one begins anew.
+        EXPECT_EQ(L"second", Load(api, session));
+        Session next(api);
+        EXPECT_EQ(L"first", Load(api, next));
+    });
+    EXPECT_THAT(boxes_.Boxes(), testing::IsEmpty());
+}
+
+TEST_P(OutagesInApartmentsTest, FirstServerThatGoesInTheMiddleFailsUntilItIsBack) {
+    InApartment(GetParam(), [&](IDepotIntrApi& api) {
+        Session session(api);
+        EXPECT_EQ(L"first", Load(api, session));
+        first_.Stop();
+        EXPECT_EQ(L"(none)", Load(api, session));
+        Session next(api);
+        EXPECT_EQ(L"second", Load(api, next));
+        first_.Continue();
+        EXPECT_EQ(L"first", Load(api, session));
+    });
+}
+
+TEST_P(OutagesInApartmentsTest, EditThatMeetsTheOutageIsStoredOnceTheServerIsBack) {
+    InApartment(GetParam(), [&](IDepotIntrApi& api) {
+        Session session(api);
+        ASSERT_EQ(L"first", Load(api, session));
+        first_.Stop();
+        EXPECT_THAT(api.DPSetProfileString(session, Text("S"), Text("K"), Text("new")), IsOk());
+        first_.Continue();
+        EXPECT_THAT(api.DPFlushFile(session), IsOk());
+        EXPECT_EQ(L"new", Load(api, session));
+    });
+    EXPECT_THAT(boxes_.Boxes(), testing::IsEmpty());
+}
+
+INSTANTIATE_TEST_SUITE_P(Apartments, OutagesInApartmentsTest,
+                         testing::Values(COINIT_APARTMENTTHREADED, COINIT_MULTITHREADED),
+                         [](const testing::TestParamInfo<DWORD>& kind) {
+                             return kind.param == COINIT_MULTITHREADED ? "Multithreaded"
+                                                                       : "Singlethreaded";
+                         });
+
+// A morning after an outage: every client is a thread with an apartment and a session.
+TEST_F(OutagesTest, ManyClientsThatStartAtOnceAfterAnOutageAllWork) {
+    constexpr int kClients = 200;
+    first_.Stop();
+    first_.Continue();
+    std::atomic<int> working = 0;
+    std::atomic<bool> isOpen = false;
+    std::vector<std::thread> clients;
+    for (int client = 0; client < kClients; ++client) {
+        clients.emplace_back([&] {
+            const Apartment apartment;
+            const Com<IDepotIntrApi> api = test::CreateApi();
+            while (!isOpen) Sleep(1);
+            Session session(*api);
+            if (Load(*api, session) == L"first") ++working;
+        });
+    }
+    const auto start = std::chrono::steady_clock::now();
+    isOpen = true;
+    for (std::thread& client : clients) client.join();
+    const auto taken = std::chrono::steady_clock::now() - start;
+    std::cout << "the last of " << kClients << " clients worked after "
+              << std::chrono::duration_cast<std::chrono::milliseconds>(taken).count() << " ms\n";
+    EXPECT_EQ(kClients, working);
+    EXPECT_THAT(boxes_.Boxes(), testing::IsEmpty());
+}
+
+}  // namespace
+}  // namespace depot::test
