@@ -131,7 +131,7 @@ TEST_F(KeptConnectionTest, OtherCredentialsGetTheirOwnConnection) {
     location_->keepConnection = 60;
     ReadInACall();
     items_->Connection().SetPrompt(&prompt_);
-    location_->password += "x";
+    location_->password = location_->password.Plain() + "x";
     const CallConnections call;
     const ConnectionScope scope(items_->Connection());
     EXPECT_FALSE(scope);

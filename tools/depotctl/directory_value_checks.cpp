@@ -132,6 +132,8 @@ private:
     }
 
     const std::string& Text(const DepotValue& value) const {
+        const auto* const secret = std::get_if<SecretText LocationSettings::*>(&value.member);
+        if (secret != nullptr) return (settings_.**secret).Plain();
         return settings_.*std::get<std::string LocationSettings::*>(value.member);
     }
 
