@@ -31,7 +31,7 @@ TEST(ClonesTest, LocationWithoutMemoryGivesNone) {
     CDepotPath location(nullptr);
     location.path = location.host = location.password = kText;
     ExpectWholeOrNoClones(location, 4, [](const CDepotPath& clone) {
-        return clone.path == kText && clone.host == kText && clone.password == kText;
+        return clone.path == kText && clone.host == kText && clone.password.Plain() == kText;
     });
 }
 
