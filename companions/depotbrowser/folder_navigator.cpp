@@ -54,7 +54,9 @@ void FolderNavigator::Show(const FolderRef& folder, const Listing& listing,
     folderPath_ = listing.folderPath;
     parts_.list.SetEntries(listing.entries);
     if (!listing.succeeded) parts_.tree.SetFolders(folder, {}, false);
+    restoring_ = after.restores;
     if (!after.select.empty()) parts_.list.Select(after.select);
+    restoring_ = false;
     ShowOutcome(folder, listing, after.error);
     parts_.changed();
     if (loaded_ && after.then) after.then();
@@ -98,7 +100,7 @@ void FolderNavigator::Reload(const AfterLoading& after) {
 void FolderNavigator::OpenAbove() {
     if (!current_ || current_->relative.empty()) return;
     const std::string left = NamePart(RemoveTrailingBackslash(current_->relative));
-    Open({current_->depot, FolderAbove(current_->relative)}, {left, {}, {}});
+    Open({current_->depot, FolderAbove(current_->relative)}, {left, {}, {}, true});
 }
 
 void FolderNavigator::Stop() {

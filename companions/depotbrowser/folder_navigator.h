@@ -19,6 +19,15 @@
 
 namespace depot {
 
+// What happens once a folder is loaded.
+struct AfterLoading {
+    std::string select;          // the entry that is selected; empty for none
+    std::wstring error;          // a failure to show, of what was done before
+    std::function<void()> then;  // called last; may be null
+    // The selection is put back or shows where the user came from; it is no choice.
+    bool restores = false;
+};
+
 // Each depot has a worker of its own: one that hangs holds up no other. Borrows the parts of the
 // window.
 class FolderNavigator {
@@ -33,13 +42,6 @@ public:
     };
     explicit FolderNavigator(Parts parts);
 
-    // What happens once a folder is loaded.
-    struct AfterLoading {
-        std::string select;          // the entry that is selected; empty for none
-        std::wstring error;          // a failure to show, of what was done before
-        std::function<void()> then;  // called last; may be null
-    };
-
     void Open(const FolderRef& folder, const AfterLoading& after = {});
     void Reload(const AfterLoading& after);
     void OpenAbove();
@@ -53,6 +55,8 @@ public:
     // Whether its entries are in the list. Its display path is known from then on.
     bool IsLoaded() const { return loaded_; }
     const std::string& FolderPath() const { return folderPath_; }
+    // Whether a selection is being made that is no choice of the user.
+    bool IsRestoring() const { return restoring_; }
 
     // Has work done in a depot while the window shows it as busy. `done` is called with the result
     // unless the user stopped it. Other work that begins meanwhile takes the status line over.
@@ -88,6 +92,7 @@ private:
     Parts parts_;
     std::optional<FolderRef> current_;
     bool loaded_ = false;
+    bool restoring_ = false;
     std::string folderPath_;
     std::vector<Placed> workers_;
     DepotRef busyDepot_;
