@@ -217,8 +217,9 @@ void BrowseWindow::Place() {
     MoveTo(Control(IDOK), layout.ok);
     MoveTo(Control(IDCANCEL), layout.cancel);
     parts_->status.Place(layout);
-    // Static texts do not draw themselves anew when they only move.
-    InvalidateRect(window_, nullptr, TRUE);
+    // Nothing that was drawn for the last size is left anywhere, nor in the parts of the controls.
+    RedrawWindow(window_, nullptr, nullptr,
+                 RDW_INVALIDATE | RDW_ERASE | RDW_FRAME | RDW_ALLCHILDREN);
 }
 
 void BrowseWindow::LimitSize(MINMAXINFO& limits) const {
