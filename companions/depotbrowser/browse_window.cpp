@@ -247,7 +247,7 @@ INT_PTR BrowseWindow::HandleListNotify(const NMHDR& header) {
             HandleListKey(reinterpret_cast<const NMLVKEYDOWN&>(header).wVKey);
             return TRUE;
         case LVN_BEGINLABELEDITW:
-            return Answer(parts_->commands.CanRename() ? FALSE : TRUE);
+            return Answer(parts_->commands.NameIsEdited() ? FALSE : TRUE);
         case LVN_ENDLABELEDITW:
             parts_->commands.NameEdited(reinterpret_cast<const NMLVDISPINFOW&>(header));
             return Answer(FALSE);
@@ -323,7 +323,7 @@ void BrowseWindow::OpenSelectedFolder(const BrowseEntry& entry) {
 void BrowseWindow::FileTypeChanged() {
     const LRESULT chosen = SendMessageW(Control(CONTROL_TYPE), CB_GETCURSEL, 0, 0);
     const bool ownType = chosen == 0 && settings_.fileType != 0;
-    parts_->list.SetPattern(PatternOfType(ownType ? settings_.fileType : 0));
+    parts_->navigator.ShowMatching(PatternOfType(ownType ? settings_.fileType : 0));
 }
 
 void BrowseWindow::FolderChanged() {

@@ -138,7 +138,7 @@ void FileChoice::AcceptOne(const TypedName& typed) {
     if (!text) return Refuse(IDS_BROWSE_BAD_NAME, typed.text);
     if (IsWholePath(*text)) return AcceptPath(*text, typed.quoted);
     if (IsPattern(*text)) {
-        parts_.list.SetPattern(*text);
+        parts_.navigator.ShowMatching(*text);
         return;
     }
     const auto& current = parts_.navigator.Current();

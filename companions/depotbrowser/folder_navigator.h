@@ -47,6 +47,8 @@ public:
     void OpenAbove();
     // Finds out which folders one holds, for the tree alone.
     void LoadFolders(const FolderRef& folder);
+    // Shows the files that match; where none does, it is said how many others there are.
+    void ShowMatching(const std::string& pattern);
     // Gives up what is at work. The depot that hangs gets another worker at the next need.
     void Stop();
 
@@ -87,6 +89,7 @@ private:
     unsigned Begin(const DepotRef& depot, UINT text);
     void Show(const FolderRef& folder, const Listing& listing, const AfterLoading& after);
     void ShowOutcome(const FolderRef& folder, const Listing& listing, const std::wstring& error);
+    void ShowEmptiness();
     void ShowFolders(const FolderRef& folder, const Listing& listing);
 
     Parts parts_;
@@ -108,6 +111,7 @@ struct BrowseParts {
     FileList& list;
     StatusLine& status;
     const BrowseTexts& texts;
+    WindowMailbox& mailbox;
 };
 
 // The text of a failure followed, where one is known, by its reason.
