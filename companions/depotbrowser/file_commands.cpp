@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "depotbrowser/browse_ids.h"
+#include "depotbrowser/column_text.h"
 #include "depotbrowser/name_rules.h"
 #include "platform/wide_text.h"
 #include "resource_ids.h"
@@ -117,23 +118,50 @@ void FileCommands::MakeCopy() {
 void FileCommands::Delete() {
     const auto selected = parts_.list.Selected();
     if (!CanChange() || selected.empty()) return;
-    const std::vector<std::string> names = NamesOf(selected);
-    const FolderRef folder = *parts_.navigator.Current();
-    // While the question waits, the list may be loaded anew.
-    if (!ConfirmDeletion(selected) || parts_.navigator.Current() != folder) return;
-    Run([names](DepotSession& session,
-                const FolderRef& place) { return DeleteItems(session, place, names); },
+    Deletion deletion = {*parts_.navigator.Current(), NamesOf(selected), {}, ++deletions_};
+    for (const BrowseEntry* entry : selected) {
+        if (entry->isFolder) deletion.folderNames.push_back(entry->name);
+    }
+    parts_.navigator.Run(
+        deletion.folder.depot, IDS_BROWSE_WORKING,
+        [deletion](DepotSession& session) {
+            return ExamineDeletion(session, deletion.folder, deletion.folderNames);
+        },
+        [this, deletion](const DeletionExtent& extent) { AskAndDelete(deletion, extent); });
+}
+
+void FileCommands::AskAndDelete(const Deletion& deletion, const DeletionExtent& extent) {
+    // A key that is held down asks once; and the user may have opened another folder meanwhile,
+    // before the question or while it waits.
+    const auto isOutdated = [&] {
+        return deletion.number != deletions_ || !CanChange() ||
+               parts_.navigator.Current() != deletion.folder;
+    };
+    if (isOutdated() || !ConfirmDeletion(deletion, extent) || isOutdated()) return;
+    Run(
+        [names = deletion.names](DepotSession& session, const FolderRef& place) {
+            return DeleteItems(session, place, names);
+        },
         {});
 }
 
-bool FileCommands::ConfirmDeletion(const std::vector<const BrowseEntry*>& entries) const {
-    const std::wstring question =
-        entries.size() == 1
-            ? parts_.texts.Text(IDS_BROWSE_CONFIRM_DELETE, entries.front()->shownName)
-            : parts_.texts.Text(IDS_BROWSE_CONFIRM_DELETE_SEVERAL, std::to_wstring(entries.size()));
-    const std::wstring title = parts_.texts.Text(IDS_BROWSE_DELETE);
-    return MessageBoxW(parts_.dialog, question.c_str(), title.c_str(), MB_YESNO | MB_ICONWARNING) ==
-           IDYES;
+bool FileCommands::ConfirmDeletion(const Deletion& deletion, const DeletionExtent& extent) const {
+    const BrowseTexts& texts = parts_.texts;
+    const std::size_t count = deletion.names.size();
+    std::wstring question =
+        count == 1 ? texts.Text(IDS_BROWSE_CONFIRM_DELETE, WideFromAnsi(deletion.names.front()))
+                   : texts.Text(IDS_BROWSE_CONFIRM_DELETE_SEVERAL, std::to_wstring(count));
+    question += L"\n\n";
+    if (!deletion.folderNames.empty()) {
+        question += extent.counted
+                        ? FillIn(texts.Text(IDS_BROWSE_DELETE_HELD, std::to_wstring(extent.files)),
+                                 std::to_wstring(extent.folders))
+                        : texts.Text(IDS_BROWSE_DELETE_WHOLE);
+        question += L"\n";
+    }
+    question += texts.Text(extent.recycled ? IDS_BROWSE_DELETE_RECYCLED : IDS_BROWSE_DELETE_FINAL);
+    return MessageBoxW(parts_.dialog, question.c_str(), texts.Text(IDS_BROWSE_DELETE).c_str(),
+                       MB_YESNO | MB_ICONWARNING | MB_DEFBUTTON2) == IDYES;
 }
 
 void FileCommands::UpdateButtons() const {

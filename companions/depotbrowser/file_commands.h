@@ -39,7 +39,14 @@ private:
     bool CanChange() const;
     bool CanRename() const;
     void EditAgain(const std::wstring& typed) const;
-    bool ConfirmDeletion(const std::vector<const BrowseEntry*>& entries) const;
+    struct Deletion {
+        FolderRef folder;
+        std::vector<std::string> names;
+        std::vector<std::string> folderNames;
+        unsigned number = 0;  // of the request
+    };
+    void AskAndDelete(const Deletion& deletion, const DeletionExtent& extent);
+    bool ConfirmDeletion(const Deletion& deletion, const DeletionExtent& extent) const;
     // What is done behind a change: the name of what was made is edited, or, after a failure, the
     // one that was wanted.
     struct Afterwards {
@@ -51,6 +58,7 @@ private:
     void Run(Change change, const Afterwards& afterwards);
 
     const BrowseParts parts_;
+    unsigned deletions_ = 0;  // how many were asked for
 };
 
 }  // namespace depot
