@@ -64,4 +64,9 @@
 #define IDS_BROWSE_FAILED 574                  // %s: the name of the file or folder
 #define IDS_BROWSE_CONFIRM_DELETE_SEVERAL 575  // %s: how many
 #define IDS_BROWSE_WORKING 576
-#define IDS_BROWSE_OUTSIDE 577  // %s: what was typed
+#define IDS_BROWSE_OUTSIDE 577       // %s: what was typed
+#define IDS_BROWSE_HIDDEN 578        // %s: a pattern; %s: how many files
+#define IDS_BROWSE_DELETE_WHOLE 579  // what becomes of folders
+#define IDS_BROWSE_DELETE_HELD 580   // %s: how many files; %s: how many folders
+#define IDS_BROWSE_DELETE_FINAL 581
+#define IDS_BROWSE_DELETE_RECYCLED 582

@@ -177,6 +177,13 @@ INT_PTR BrowseWindow::HandleCommand(int control, int notification) {
         if (notification == CBN_SELCHANGE) FileTypeChanged();
         return TRUE;
     }
+    if (control == CONTROL_NAME) {
+        if (notification == EN_CHANGE && parts_) {
+            parts_->choice.FieldEdited();
+            ShowWhatConfirmDoes();
+        }
+        return TRUE;
+    }
     switch (control) {
         case IDOK:
             Confirm();
@@ -231,6 +238,7 @@ INT_PTR BrowseWindow::HandleListNotify(const NMHDR& header) {
         case LVN_ODSTATECHANGED:
             parts_->choice.SelectionChanged();
             parts_->commands.UpdateButtons();
+            ShowWhatConfirmDoes();
             return TRUE;
         case NM_DBLCLK:
             if (reinterpret_cast<const NMITEMACTIVATE&>(header).iItem >= 0) Confirm();
@@ -239,7 +247,7 @@ INT_PTR BrowseWindow::HandleListNotify(const NMHDR& header) {
             HandleListKey(reinterpret_cast<const NMLVKEYDOWN&>(header).wVKey);
             return TRUE;
         case LVN_BEGINLABELEDITW:
-            return Answer(parts_->commands.CanRename() ? FALSE : TRUE);
+            return Answer(parts_->commands.NameIsEdited() ? FALSE : TRUE);
         case LVN_ENDLABELEDITW:
             parts_->commands.NameEdited(reinterpret_cast<const NMLVDISPINFOW&>(header));
             return Answer(FALSE);
@@ -269,7 +277,7 @@ bool BrowseWindow::TranslateKey(const MSG& message) {
     const bool control = GetKeyState(VK_CONTROL) < 0;
     if (message.wParam == VK_F5) {
         const BrowseEntry* const focused = parts_->list.Focused();
-        parts_->navigator.Reload({focused ? focused->name : std::string(), {}, {}});
+        parts_->navigator.Reload({focused ? focused->name : std::string(), {}, {}, true});
         return true;
     }
     if (message.message == WM_SYSKEYDOWN && message.wParam == VK_UP) {
@@ -299,6 +307,10 @@ void BrowseWindow::Confirm() {
     if (focus == parts_->list.Control() && entry != nullptr && entry->isFolder) {
         return OpenSelectedFolder(*entry);
     }
+    // Enter in the field is about what stands there.
+    const bool meansField = focus == Control(CONTROL_NAME) && !parts_->choice.IsFieldEmpty();
+    const BrowseEntry* const folder = meansField ? nullptr : parts_->choice.FolderToOpen();
+    if (folder != nullptr) return OpenSelectedFolder(*folder);
     parts_->choice.Accept();
 }
 
@@ -311,14 +323,24 @@ void BrowseWindow::OpenSelectedFolder(const BrowseEntry& entry) {
 void BrowseWindow::FileTypeChanged() {
     const LRESULT chosen = SendMessageW(Control(CONTROL_TYPE), CB_GETCURSEL, 0, 0);
     const bool ownType = chosen == 0 && settings_.fileType != 0;
-    parts_->list.SetPattern(PatternOfType(ownType ? settings_.fileType : 0));
+    parts_->navigator.ShowMatching(PatternOfType(ownType ? settings_.fileType : 0));
 }
 
 void BrowseWindow::FolderChanged() {
     const auto& current = parts_->navigator.Current();
     const std::wstring shown = current ? parts_->tree.ShownPath(*current) : std::wstring();
     SetDlgItemTextW(window_, CONTROL_LOCATION, shown.c_str());
+    parts_->choice.FolderChanged();
     parts_->commands.UpdateButtons();
+    ShowWhatConfirmDoes();
+}
+
+// Where a folder would be opened, the button that saves says so.
+void BrowseWindow::ShowWhatConfirmDoes() const {
+    if (!settings_.saves) return;
+    const bool opens = parts_->choice.FolderToOpen() != nullptr;
+    const std::wstring text = texts_.Text(opens ? IDS_BROWSE_OPEN : IDS_BROWSE_SAVE);
+    if (TextOf(Control(IDOK)) != text) SetDlgItemTextW(window_, IDOK, text.c_str());
 }
 
 void BrowseWindow::AskForHelp() const {

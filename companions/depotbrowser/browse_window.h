@@ -45,6 +45,7 @@ private:
 
     LayoutMetrics Measure() const;
     int ButtonWidth(int control, int least) const;
+    int ButtonWidth(int control, const std::wstring& text) const;
     void Place();
     void PlaceWindow() const;
     void LimitSize(MINMAXINFO& limits) const;
@@ -61,6 +62,7 @@ private:
     void FolderChanged();
     void OpenSelectedFolder(const BrowseEntry& entry);
     void SelectAll() const;
+    void ShowWhatConfirmDoes() const;
     void AskForHelp() const;
     void WindowCloses();
     void Finish(BrowseOutcome outcome, std::vector<std::string> paths = {});

@@ -150,10 +150,13 @@ void BrowseWindow::HideWhatIsNotOffered() const {
 }
 
 int BrowseWindow::ButtonWidth(int control, int least) const {
+    return std::max(least, ButtonWidth(control, TextOf(Control(control))));
+}
+
+int BrowseWindow::ButtonWidth(int control, const std::wstring& text) const {
     RECT edges = {0, 0, kButtonEdges, 0};
     MapDialogRect(window_, &edges);
-    const HWND button = Control(control);
-    return std::max(least, static_cast<int>(TextSize(button, TextOf(button)).cx + edges.right));
+    return static_cast<int>(TextSize(Control(control), text).cx + edges.right);
 }
 
 LayoutMetrics BrowseWindow::Measure() const {
@@ -173,8 +176,8 @@ LayoutMetrics BrowseWindow::Measure() const {
     m.listMinimumHeight = static_cast<int>(pixels(0, kLeastListHeight).cy);
     m.treeMinimumWidth = static_cast<int>(pixels(kLeastTreeWidth, 0).cx);
     const int least = static_cast<int>(pixels(kButtonWidth, 0).cx);
-    m.okWidth = std::max(
-        {ButtonWidth(IDOK, least), ButtonWidth(IDCANCEL, least), ButtonWidth(CONTROL_HELP, least)});
+    m.okWidth = std::max({ButtonWidth(IDOK, least), ButtonWidth(IDOK, texts_.Text(IDS_BROWSE_OPEN)),
+                          ButtonWidth(IDCANCEL, least), ButtonWidth(CONTROL_HELP, least)});
     m.stopWidth = ButtonWidth(CONTROL_STOP, least);
     for (const int label : {CONTROL_NAME_LABEL, CONTROL_TYPE_LABEL}) {
         const SIZE size = TextSize(Control(label), TextOf(Control(label)));
@@ -214,8 +217,9 @@ void BrowseWindow::Place() {
     MoveTo(Control(IDOK), layout.ok);
     MoveTo(Control(IDCANCEL), layout.cancel);
     parts_->status.Place(layout);
-    // Static texts do not draw themselves anew when they only move.
-    InvalidateRect(window_, nullptr, TRUE);
+    // Nothing that was drawn for the last size is left anywhere, nor in the parts of the controls.
+    RedrawWindow(window_, nullptr, nullptr,
+                 RDW_INVALIDATE | RDW_ERASE | RDW_FRAME | RDW_ALLCHILDREN);
 }
 
 void BrowseWindow::LimitSize(MINMAXINFO& limits) const {

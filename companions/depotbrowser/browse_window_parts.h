@@ -16,7 +16,8 @@ struct BrowseWindow::Parts {
           status(window.window_),
           navigator({tree, list, status, window.texts_, window.mailbox_,
                      [&window] { window.FolderChanged(); }}),
-          shared{window.window_, window.settings_, navigator, list, status, window.texts_},
+          shared{window.window_, window.settings_, navigator,       list,
+                 status,         window.texts_,    *window.mailbox_},
           commands(shared),
           choice(shared, [&window](std::vector<std::string> paths) {
               window.Finish(BrowseOutcome::kConfirmed, std::move(paths));

@@ -38,4 +38,9 @@ std::wstring ExtensionLabel(std::wstring_view name) {
     return label;
 }
 
+std::size_t StemLength(std::wstring_view name) {
+    const std::size_t dot = name.rfind(L'.');
+    return dot == 0 || dot == std::wstring_view::npos ? name.size() : dot;
+}
+
 }  // namespace depot

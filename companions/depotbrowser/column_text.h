@@ -19,4 +19,8 @@ std::wstring GroupedNumber(std::uint64_t number, std::wstring_view separator);
 // Returns a name's extension without its dot, in capitals; empty for a name without one.
 std::wstring ExtensionLabel(std::wstring_view name);
 
+// Returns how long a file's name is without its extension; a name that begins with its only dot has
+// none.
+std::size_t StemLength(std::wstring_view name);
+
 }  // namespace depot

@@ -15,6 +15,11 @@ namespace {
 // The shell shows nothing itself: the window does.
 constexpr FILEOP_FLAGS kSilentDelete = FOF_NOCONFIRMATION | FOF_SILENT | FOF_NOERRORUI;
 
+// What does not fit into the bin is deleted only after a question of the shell's own.
+constexpr FILEOP_FLAGS kIntoTheBin = FOF_ALLOWUNDO | FOF_WANTNUKEWARNING;
+
+constexpr std::size_t kMostFoldersExamined = 1000;
+
 constexpr int kMostFolderNumbers = 1000;
 
 std::string PathIn(CDepot& depot, const FolderRef& folder, const std::string& name) {
@@ -35,6 +40,15 @@ CDepot* Begin(DepotSession& session, const FolderRef& folder) {
     return FindDepot(session.Depots(), folder.depot);
 }
 
+// Only local disks have a bin.
+bool HasRecycleBin(CDepot& depot, const std::string& path) {
+    const StorePath place = PlaceOf(depot, path);
+    const auto local = place.store->LocalPath(place.path);
+    char volume[MAX_PATH] = {};
+    return local && GetVolumePathNameA(local->c_str(), volume, MAX_PATH) &&
+           GetDriveTypeA(volume) == DRIVE_FIXED;
+}
+
 Result DeleteOne(CDepot& depot, const std::string& path) {
     const StorePath place = PlaceOf(depot, path);
     if (!place.store->LocalPath(place.path)) {
@@ -44,7 +58,8 @@ Result DeleteOne(CDepot& depot, const std::string& path) {
     CDepotItems items;
     items.Append(std::make_unique<CDepotItem>(path, &depot));
     Error why;
-    if (ShellOperation(items, nullptr, FO_DELETE, kSilentDelete, nullptr, &why.text) == 0) {
+    const FILEOP_FLAGS flags = kSilentDelete | (HasRecycleBin(depot, path) ? kIntoTheBin : 0);
+    if (ShellOperation(items, nullptr, FO_DELETE, flags, nullptr, &why.text) == 0) {
         return why;
     }
     // The shell reports success for some items that it left.
@@ -85,6 +100,30 @@ ChangeResult RenameItem(DepotSession& session, const FolderRef& folder, const st
         return Failure(oldName, reason);
     }
     return Success(newName);
+}
+
+DeletionExtent ExamineDeletion(DepotSession& session, const FolderRef& folder,
+                               const std::vector<std::string>& folderNames) {
+    DeletionExtent extent;
+    CDepot* const depot = Begin(session, folder);
+    if (depot == nullptr) return extent;
+    extent.recycled = HasRecycleBin(*depot, PathIn(*depot, folder, {}));
+    std::vector<std::string> open;
+    for (const std::string& name : folderNames) open.push_back(folder.relative + name + "\\");
+    for (std::size_t examined = 0; !open.empty(); ++examined) {
+        const std::string relative = std::move(open.back());
+        open.pop_back();
+        const Listing listing = ListFolder(session, {folder.depot, relative});
+        if (!listing.succeeded || !listing.complete || examined == kMostFoldersExamined) {
+            return extent;
+        }
+        for (const BrowseEntry& entry : listing.entries) {
+            if (entry.isFolder) open.push_back(relative + entry.name + "\\");
+            ++(entry.isFolder ? extent.folders : extent.files);
+        }
+    }
+    extent.counted = true;
+    return extent;
 }
 
 ChangeResult DeleteItems(DepotSession& session, const FolderRef& folder,

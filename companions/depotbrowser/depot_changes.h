@@ -21,7 +21,21 @@ struct ChangeResult {
 ChangeResult RenameItem(DepotSession& session, const FolderRef& folder, const std::string& oldName,
                         const std::string& newName);
 
-// Deletes files, and folders with all that they hold, up to the first failure.
+// What a deletion takes along.
+struct DeletionExtent {
+    bool counted = false;  // whether all folders could be looked through
+    std::size_t files = 0;
+    std::size_t folders = 0;  // those that are inside of others
+    bool recycled = false;    // the shell keeps what is deleted in the recycle bin
+};
+
+// Counts what the folders of these names hold, and finds out where deleted items go. More than a
+// thousand folders are not looked through.
+DeletionExtent ExamineDeletion(DepotSession& session, const FolderRef& folder,
+                               const std::vector<std::string>& folderNames);
+
+// Deletes files, and folders with all that they hold, up to the first failure. Files of a
+// local disk go to its recycle bin.
 ChangeResult DeleteItems(DepotSession& session, const FolderRef& folder,
                          const std::vector<std::string>& names);
 

@@ -89,6 +89,7 @@ Listing ListFolder(DepotSession& session, const FolderRef& folder) {
     }
     if (items.Count() == 0) listing.reason = ReasonForNothing(*depot, place);
     listing.succeeded = listing.reason.empty();
+    listing.complete = items.unsafeNames == 0;
     return listing;
 }
 

@@ -23,6 +23,7 @@ struct Listing {
     std::string reason;      // why not, where one is known
     std::string folderPath;  // the display path of the folder, to which names are appended
     std::vector<BrowseEntry> entries;
+    bool complete = false;  // no entry is left out because of its name
 };
 Listing ListFolder(DepotSession& session, const FolderRef& folder);
 

@@ -5,6 +5,7 @@
 #include "config/file_types.h"
 #include "depotbrowser/browse_ids.h"
 #include "depotbrowser/dialog_template.h"
+#include "depotbrowser/flag_scope.h"
 #include "depotbrowser/name_rules.h"
 #include "platform/paths.h"
 #include "platform/wide_text.h"
@@ -43,6 +44,8 @@ void FileChoice::Begin(const std::wstring& path, const FolderRef& otherwise) {
         return;
     }
     SetField(WideFromAnsi(NamePart(*narrow)));
+    // A name under which something is to be saved is proposed for every folder.
+    if (!parts_.settings.saves) selectionField_ = Field();
     parts_.navigator.RunAnywhere(
         IDS_BROWSE_LOADING,
         [path = *narrow](DepotSession& session) { return LocatePath(session, path); },
@@ -54,13 +57,41 @@ void FileChoice::Begin(const std::wstring& path, const FolderRef& otherwise) {
 }
 
 void FileChoice::SelectionChanged() {
+    const std::vector<const BrowseEntry*> selected = parts_.list.Selected();
+    if (selected.empty() || parts_.navigator.IsRestoring()) return;
     std::vector<std::wstring> names;
-    for (const BrowseEntry* entry : parts_.list.Selected()) {
+    for (const BrowseEntry* entry : selected) {
         if (!entry->isFolder) names.push_back(entry->shownName);
     }
-    if (names.empty()) return;
+    folderIsLast_ = names.empty();
+    if (folderIsLast_) return ForgetSelection();
     selectionField_ = JoinFileNames(names);
     SetField(selectionField_);
+}
+
+void FileChoice::FieldEdited() {
+    if (!filling_) folderIsLast_ = false;
+}
+
+void FileChoice::FolderChanged() {
+    const auto& current = parts_.navigator.Current();
+    if (current == folder_) return;
+    if (folder_) ForgetSelection();
+    folder_ = current;
+    folderIsLast_ = false;
+}
+
+void FileChoice::ForgetSelection() {
+    if (!selectionField_.empty() && Field() == selectionField_) SetField({});
+    selectionField_.clear();
+}
+
+const BrowseEntry* FileChoice::FolderToOpen() const {
+    if (!folderIsLast_ && !IsFieldEmpty()) return nullptr;
+    const std::vector<const BrowseEntry*> selected = parts_.list.Selected();
+    const bool foldersAlone = std::all_of(selected.begin(), selected.end(),
+                                          [](const BrowseEntry* entry) { return entry->isFolder; });
+    return foldersAlone && !selected.empty() ? selected.front() : nullptr;
 }
 
 std::string FileChoice::DefaultExtension() const {
@@ -107,7 +138,7 @@ void FileChoice::AcceptOne(const TypedName& typed) {
     if (!text) return Refuse(IDS_BROWSE_BAD_NAME, typed.text);
     if (IsWholePath(*text)) return AcceptPath(*text, typed.quoted);
     if (IsPattern(*text)) {
-        parts_.list.SetPattern(*text);
+        parts_.navigator.ShowMatching(*text);
         return;
     }
     const auto& current = parts_.navigator.Current();
@@ -202,7 +233,8 @@ std::wstring FileChoice::Field() const {
     return TextOf(GetDlgItem(parts_.dialog, CONTROL_NAME));
 }
 
-void FileChoice::SetField(const std::wstring& text) const {
+void FileChoice::SetField(const std::wstring& text) {
+    const FlagScope scope(filling_);
     SetDlgItemTextW(parts_.dialog, CONTROL_NAME, text.c_str());
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <functional>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -22,8 +23,18 @@ public:
     // and `otherwise` is opened.
     void Begin(const std::wstring& path, const FolderRef& otherwise);
 
-    // Shows the selected files in the field.
+    // Shows the selected files in the field. A folder that was selected leaves none there that was
+    // selected before.
     void SelectionChanged();
+    // The user typed into the field.
+    void FieldEdited();
+    // The shown folder may be another one: the name of a file of the last one leaves the field.
+    void FolderChanged();
+
+    // The folder that the user selected after all that was typed or selected before; null when the
+    // field says what the default button acts on.
+    const BrowseEntry* FolderToOpen() const;
+    bool IsFieldEmpty() const { return Field().empty(); }
 
     // Acts on the field as the default button does: opens a folder, applies a pattern, or ends the
     // dialog with the chosen files. What cannot be is reported in place.
@@ -46,11 +57,15 @@ private:
     bool ConfirmOverwriting(const std::string& name) const;
     void Refuse(UINT text, const std::wstring& argument, const std::string& reason = {});
     std::wstring Field() const;
-    void SetField(const std::wstring& text) const;
+    void SetField(const std::wstring& text);
+    void ForgetSelection();
 
     const BrowseParts parts_;
     const Finish finish_;
     std::wstring selectionField_;  // what the field holds as long as it shows the selection
+    std::optional<FolderRef> folder_;
+    bool folderIsLast_ = false;  // a folder was selected after everything else
+    bool filling_ = false;       // while the field is changed by the dialog itself
 };
 
 }  // namespace depot

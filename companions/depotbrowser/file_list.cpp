@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "depotbrowser/column_text.h"
+#include "depotbrowser/dialog_template.h"
 #include "depotbrowser/name_rules.h"
 #include "platform/text.h"
 #include "resource_ids.h"
@@ -153,11 +155,22 @@ bool FileList::Select(const std::string& name) {
     return true;
 }
 
-void FileList::EditName() const {
+void FileList::EditName(const std::wstring& proposed) const {
     const int row = ListView_GetNextItem(control_, -1, LVNI_FOCUSED | LVNI_SELECTED);
     if (row < 0) return;
     SetFocus(control_);
     SendMessageW(control_, LVM_EDITLABELW, static_cast<WPARAM>(row), 0);
+    const HWND field = ListView_GetEditControl(control_);
+    if (field != nullptr && !proposed.empty()) SetWindowTextW(field, proposed.c_str());
+}
+
+void FileList::SelectStem() const {
+    const HWND field = ListView_GetEditControl(control_);
+    const BrowseEntry* const entry = Focused();
+    if (field == nullptr || entry == nullptr) return;
+    const std::wstring name = TextOf(field);
+    const std::size_t length = entry->isFolder ? name.size() : StemLength(name);
+    SendMessageW(field, EM_SETSEL, 0, static_cast<LPARAM>(length));
 }
 
 bool FileList::IsEditing() const {

@@ -24,6 +24,9 @@ public:
 
     const std::vector<BrowseEntry>& Entries() const { return entries_; }
     std::size_t RowCount() const { return rows_.size(); }
+    // How many entries the pattern does not let pass.
+    std::size_t HiddenCount() const { return entries_.size() - rows_.size(); }
+    const std::string& Pattern() const { return pattern_; }
 
     // The selected entries from the top.
     std::vector<const BrowseEntry*> Selected() const;
@@ -37,8 +40,12 @@ public:
 
     // Selects the entry alone and shows it. Returns whether it is there.
     bool Select(const std::string& name);
-    // Has the user change the name of the entry with the focus.
-    void EditName() const;
+    // Has the user change the name of the entry with the focus. The name that is proposed is its
+    // own unless there is another one.
+    void EditName(const std::wstring& proposed = {}) const;
+    // Selects the name that is being edited as far as people change it: a file's without the
+    // extension. For after the control has begun: it selects the whole name last of all.
+    void SelectStem() const;
     bool IsEditing() const;
 
     // Handles what the control asks and reports; nothing when the dialog has to.

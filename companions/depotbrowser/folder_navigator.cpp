@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "depotbrowser/column_text.h"
 #include "depotbrowser/name_rules.h"
 #include "platform/paths.h"
 #include "platform/text.h"
@@ -54,7 +55,9 @@ void FolderNavigator::Show(const FolderRef& folder, const Listing& listing,
     folderPath_ = listing.folderPath;
     parts_.list.SetEntries(listing.entries);
     if (!listing.succeeded) parts_.tree.SetFolders(folder, {}, false);
+    restoring_ = after.restores;
     if (!after.select.empty()) parts_.list.Select(after.select);
+    restoring_ = false;
     ShowOutcome(folder, listing, after.error);
     parts_.changed();
     if (loaded_ && after.then) after.then();
@@ -68,11 +71,23 @@ void FolderNavigator::ShowOutcome(const FolderRef& folder, const Listing& listin
             WithReason(parts_.texts.Text(IDS_BROWSE_CANNOT_OPEN, shown), listing.reason));
     } else if (!error.empty()) {
         parts_.status.ShowError(error);
-    } else if (parts_.list.RowCount() == 0) {
-        parts_.status.ShowMessage(parts_.texts.Text(IDS_BROWSE_EMPTY));
     } else {
-        parts_.status.Clear();
+        ShowEmptiness();
     }
+}
+
+void FolderNavigator::ShowEmptiness() {
+    if (parts_.list.RowCount() != 0) return parts_.status.Clear();
+    const std::size_t hidden = parts_.list.HiddenCount();
+    if (hidden == 0) return parts_.status.ShowMessage(parts_.texts.Text(IDS_BROWSE_EMPTY));
+    const std::wstring text =
+        parts_.texts.Text(IDS_BROWSE_HIDDEN, WideFromAnsi(parts_.list.Pattern()));
+    parts_.status.ShowMessage(FillIn(text, std::to_wstring(hidden)));
+}
+
+void FolderNavigator::ShowMatching(const std::string& pattern) {
+    parts_.list.SetPattern(pattern);
+    if (loaded_) ShowEmptiness();
 }
 
 void FolderNavigator::ShowFolders(const FolderRef& folder, const Listing& listing) {
@@ -98,7 +113,7 @@ void FolderNavigator::Reload(const AfterLoading& after) {
 void FolderNavigator::OpenAbove() {
     if (!current_ || current_->relative.empty()) return;
     const std::string left = NamePart(RemoveTrailingBackslash(current_->relative));
-    Open({current_->depot, FolderAbove(current_->relative)}, {left, {}, {}});
+    Open({current_->depot, FolderAbove(current_->relative)}, {left, {}, {}, true});
 }
 
 void FolderNavigator::Stop() {

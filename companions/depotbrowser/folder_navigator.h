@@ -19,6 +19,15 @@
 
 namespace depot {
 
+// What happens once a folder is loaded.
+struct AfterLoading {
+    std::string select;          // the entry that is selected; empty for none
+    std::wstring error;          // a failure to show, of what was done before
+    std::function<void()> then;  // called last; may be null
+    // The selection is put back or shows where the user came from; it is no choice.
+    bool restores = false;
+};
+
 // Each depot has a worker of its own: one that hangs holds up no other. Borrows the parts of the
 // window.
 class FolderNavigator {
@@ -33,18 +42,13 @@ public:
     };
     explicit FolderNavigator(Parts parts);
 
-    // What happens once a folder is loaded.
-    struct AfterLoading {
-        std::string select;          // the entry that is selected; empty for none
-        std::wstring error;          // a failure to show, of what was done before
-        std::function<void()> then;  // called last; may be null
-    };
-
     void Open(const FolderRef& folder, const AfterLoading& after = {});
     void Reload(const AfterLoading& after);
     void OpenAbove();
     // Finds out which folders one holds, for the tree alone.
     void LoadFolders(const FolderRef& folder);
+    // Shows the files that match; where none does, it is said how many others there are.
+    void ShowMatching(const std::string& pattern);
     // Gives up what is at work. The depot that hangs gets another worker at the next need.
     void Stop();
 
@@ -53,6 +57,8 @@ public:
     // Whether its entries are in the list. Its display path is known from then on.
     bool IsLoaded() const { return loaded_; }
     const std::string& FolderPath() const { return folderPath_; }
+    // Whether a selection is being made that is no choice of the user.
+    bool IsRestoring() const { return restoring_; }
 
     // Has work done in a depot while the window shows it as busy. `done` is called with the result
     // unless the user stopped it. Other work that begins meanwhile takes the status line over.
@@ -83,11 +89,13 @@ private:
     unsigned Begin(const DepotRef& depot, UINT text);
     void Show(const FolderRef& folder, const Listing& listing, const AfterLoading& after);
     void ShowOutcome(const FolderRef& folder, const Listing& listing, const std::wstring& error);
+    void ShowEmptiness();
     void ShowFolders(const FolderRef& folder, const Listing& listing);
 
     Parts parts_;
     std::optional<FolderRef> current_;
     bool loaded_ = false;
+    bool restoring_ = false;
     std::string folderPath_;
     std::vector<Placed> workers_;
     DepotRef busyDepot_;
@@ -103,6 +111,7 @@ struct BrowseParts {
     FileList& list;
     StatusLine& status;
     const BrowseTexts& texts;
+    WindowMailbox& mailbox;
 };
 
 // The text of a failure followed, where one is known, by its reason.

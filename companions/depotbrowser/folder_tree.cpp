@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "depotbrowser/flag_scope.h"
 #include "depotbrowser/name_rules.h"
 #include "platform/paths.h"
 #include "platform/text.h"
@@ -10,19 +11,6 @@
 
 namespace depot {
 namespace {
-
-// Sets a flag for as long as it lives.
-class FlagScope {
-public:
-    explicit FlagScope(bool& flag) : flag_(flag), before_(std::exchange(flag, true)) {}
-    ~FlagScope() { flag_ = before_; }
-    FlagScope(const FlagScope&) = delete;
-    FlagScope& operator=(const FlagScope&) = delete;
-
-private:
-    bool& flag_;
-    bool before_;
-};
 
 std::string LastName(const FolderRef& folder) {
     return NamePart(RemoveTrailingBackslash(folder.relative));

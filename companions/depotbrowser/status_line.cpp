@@ -14,7 +14,7 @@ constexpr UINT kMomentMilliseconds = 200;
 
 void MoveTo(HWND control, const Box& box) {
     SetWindowPos(control, nullptr, box.x, box.y, box.width, box.height,
-                 SWP_NOZORDER | SWP_NOACTIVATE);
+                 SWP_NOZORDER | SWP_NOACTIVATE | SWP_NOCOPYBITS);
 }
 
 StatusLine::StatusLine(HWND dialog)

@@ -38,7 +38,8 @@ private:
     BrowseLayout layout_;
 };
 
-// Moves a control to its place.
+// Moves a control to its place, where it draws itself anew: what it showed at another place is not
+// taken along, because controls do not all notice that they have to be drawn in full.
 void MoveTo(HWND control, const Box& box);
 
 }  // namespace depot

@@ -159,6 +159,39 @@ protected:
     }
 };
 
+// The name by which the system's readers call a control: its own text, or that of the label before
+// it where its text is what the user enters.
+std::wstring SpokenName(HWND control) {
+    wchar_t kind[40] = {};
+    GetClassNameW(control, kind, static_cast<int>(std::size(kind)));
+    const bool isField = lstrcmpiW(kind, L"Edit") == 0 || lstrcmpiW(kind, L"ComboBox") == 0;
+    return OpenDialog(isField ? GetWindow(control, GW_HWNDPREV) : control).Text(0);
+}
+
+TEST_F(BrowseFontTest, EveryControlHasANameForScreenReaders) {
+    Show([](const OpenBrowser& browser) {
+        std::vector<int> reached;
+        for (HWND control = GetWindow(browser.Window(), GW_CHILD); control != nullptr;
+             control = GetWindow(control, GW_HWNDNEXT)) {
+            const int number = GetDlgCtrlID(control);
+            const bool isReached = (GetWindowLongW(control, GWL_STYLE) & WS_TABSTOP) != 0;
+            if (!isReached && number != CONTROL_PROGRESS) continue;
+            reached.push_back(number);
+            const std::wstring name = SpokenName(control);
+            EXPECT_NE(L"", name) << number;
+            if (number == CONTROL_LIST || number == CONTROL_TREE) {
+                EXPECT_EQ(std::wstring::npos, name.find(L'&')) << number;
+            }
+        }
+        EXPECT_EQ(
+            (std::vector<int>{CONTROL_NEW_FOLDER, CONTROL_RENAME, CONTROL_MAKE_COPY, CONTROL_DELETE,
+                              CONTROL_TREE, CONTROL_LIST, CONTROL_PROGRESS, CONTROL_STOP,
+                              CONTROL_NAME, CONTROL_TYPE, IDOK, IDCANCEL, CONTROL_HELP}),
+            reached);
+        browser.Press(VK_ESCAPE);
+    });
+}
+
 // The controls of the whole dialog are apart, and their texts are not cut.
 void ExpectGoodLayout(const OpenBrowser& browser) {
     ExpectControlsApart(browser);

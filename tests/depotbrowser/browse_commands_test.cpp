@@ -13,6 +13,27 @@ protected:
         const HWND list = browser.Control(CONTROL_LIST);
         return Eventually([&] { return ListView_GetEditControl(list) != nullptr; });
     }
+    static bool WaitForEditingEnds(const OpenBrowser& browser) {
+        const HWND list = browser.Control(CONTROL_LIST);
+        return Eventually([&] { return ListView_GetEditControl(list) == nullptr; });
+    }
+
+    // Waits until a name is proposed for editing, with its stem selected.
+    static bool WaitForEdited(const OpenBrowser& browser, const std::wstring& name) {
+        const HWND list = browser.Control(CONTROL_LIST);
+        return Eventually([&] {
+            return OpenDialog(ListView_GetEditControl(list)).Text(0) == name &&
+                   SelectionInEdit(browser) == name.rfind(L'.');
+        });
+    }
+
+    // How many characters from the first one are selected in the name that is edited.
+    static std::size_t SelectionInEdit(const OpenBrowser& browser) {
+        DWORD first = 0, end = 0;
+        SendMessageW(ListView_GetEditControl(browser.Control(CONTROL_LIST)), EM_GETSEL,
+                     reinterpret_cast<WPARAM>(&first), reinterpret_cast<LPARAM>(&end));
+        return first == 0 ? end : 0;
+    }
 };
 
 TEST_F(BrowseCommandsTest, F2RenamesTheSelectedFile) {
@@ -21,7 +42,7 @@ TEST_F(BrowseCommandsTest, F2RenamesTheSelectedFile) {
         browser.SelectRow(L"old.kra");
         browser.Press(VK_F2);
         EXPECT_TRUE(WaitForEditing(browser));
-        browser.Type(L"new.kra");
+        browser.Type(L"new");
         browser.Press(VK_RETURN);
         browser.WaitForRows({L"new.kra"});
         browser.WaitForSelection({L"new.kra"});
@@ -37,7 +58,7 @@ TEST_F(BrowseCommandsTest, EscapeLeavesTheNameAndTheDialogAsTheyAre) {
         browser.SelectRow(L"old.kra");
         browser.Click(CONTROL_RENAME);
         EXPECT_TRUE(WaitForEditing(browser));
-        browser.Type(L"new.kra");
+        browser.Type(L"new");
         browser.Press(VK_ESCAPE);
         EXPECT_TRUE(Eventually(
             [&] { return ListView_GetEditControl(browser.Control(CONTROL_LIST)) == nullptr; }));
@@ -47,23 +68,65 @@ TEST_F(BrowseCommandsTest, EscapeLeavesTheNameAndTheDialogAsTheyAre) {
     EXPECT_TRUE(Exists(At("old.kra")));
 }
 
-TEST_F(BrowseCommandsTest, NameThatIsTakenOrCannotBeIsRefusedInPlace) {
+TEST_F(BrowseCommandsTest, RenamingSelectsTheNameWithoutItsExtension) {
+    MakeFile("old.plan.kra");
+    MakeFile("Sub.old\\inner.kra");
+    MakeFile("README");
+    const std::pair<const wchar_t*, std::size_t> rows[] = {
+        {L"Sub.old", 7}, {L"old.plan.kra", 8}, {L"README", 6}};
+    Show([&](const OpenBrowser& browser) {
+        for (const auto& [name, selected] : rows) {
+            browser.SelectRow(name);
+            browser.Press(VK_F2);
+            EXPECT_TRUE(WaitForEditing(browser));
+            EXPECT_TRUE(Eventually([&] { return SelectionInEdit(browser) == selected; })) << name;
+            browser.Press(VK_ESCAPE);
+            EXPECT_TRUE(WaitForEditingEnds(browser));
+        }
+        browser.Press(VK_ESCAPE);
+    });
+}
+
+TEST_F(BrowseCommandsTest, NameThatIsRefusedStaysToBeEdited) {
     MakeFile("a.kra");
     MakeFile("b.kra");
     Show([&](const OpenBrowser& browser) {
         browser.SelectRow(L"a.kra");
         browser.Press(VK_F2);
         EXPECT_TRUE(WaitForEditing(browser));
-        browser.Type(L"B.kra");
+        browser.Type(L"B");
         browser.Press(VK_RETURN);
         browser.WaitForMessage(L"\"B.kra\" already exists.");
+        EXPECT_TRUE(WaitForEdited(browser, L"B.kra"));
+        browser.Type(L"c:d");
+        browser.Press(VK_RETURN);
+        browser.WaitForMessage(L"\"c:d.kra\" is not a valid name.");
+        EXPECT_TRUE(WaitForEdited(browser, L"c:d.kra"));
+        browser.WaitForRows({L"a.kra", L"b.kra"});
+        browser.Type(L"c");
+        browser.Press(VK_RETURN);
+        browser.WaitForRows({L"b.kra", L"c.kra"});
+        browser.WaitForSelection({L"c.kra"});
+        browser.Press(VK_ESCAPE);
+    });
+    EXPECT_TRUE(Exists(At("c.kra")));
+}
+
+TEST_F(BrowseCommandsTest, RefusedNameIsLeftByAClickElsewhere) {
+    MakeFile("a.kra");
+    Show([&](const OpenBrowser& browser) {
         browser.SelectRow(L"a.kra");
         browser.Press(VK_F2);
         EXPECT_TRUE(WaitForEditing(browser));
         browser.Type(L"a:b");
-        browser.Press(VK_RETURN);
-        browser.WaitForMessage(L"\"a:b\" is not a valid name.");
-        browser.WaitForRows({L"a.kra", L"b.kra"});
+        const HWND list = browser.Control(CONTROL_LIST);
+        EXPECT_TRUE(Eventually(
+            [&] { return OpenDialog(ListView_GetEditControl(list)).Text(0) == L"a:b.kra"; }));
+        browser.Focus(CONTROL_NAME);
+        browser.WaitForMessage(L"\"a:b.kra\" is not a valid name.");
+        EXPECT_TRUE(WaitForEditingEnds(browser));
+        browser.WaitForFocus(CONTROL_NAME);
+        browser.WaitForRows({L"a.kra"});
         browser.Press(VK_ESCAPE);
     });
 }

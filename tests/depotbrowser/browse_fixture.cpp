@@ -3,29 +3,6 @@
 #include "platform/paths.h"
 
 namespace depot::test {
-namespace {
-
-constexpr int kQuestionText = 0xFFFF;
-
-HWND FindQuestion(const std::wstring& part) {
-    for (HWND box = nullptr; (box = FindWindowExW(nullptr, box, L"#32770", nullptr)) != nullptr;) {
-        DWORD process = 0;
-        GetWindowThreadProcessId(box, &process);
-        if (process != GetCurrentProcessId() || GetDlgItem(box, kQuestionText) == nullptr) continue;
-        if (OpenDialog(box).Text(kQuestionText).find(part) != std::wstring::npos) return box;
-    }
-    return nullptr;
-}
-
-}  // namespace
-
-void AnswerQuestion(const std::wstring& part, int button) {
-    HWND box = nullptr;
-    EXPECT_TRUE(Eventually([&] { return (box = FindQuestion(part)) != nullptr; }))
-        << "no question with " << testing::PrintToString(part);
-    if (box != nullptr) PostMessageW(box, WM_COMMAND, static_cast<WPARAM>(button), 0);
-    EXPECT_TRUE(Eventually([&] { return FindQuestion(part) == nullptr; }));
-}
 
 BrowseTest::BrowseTest() {
     DefineDepot("Work", "Work profiles", 1);

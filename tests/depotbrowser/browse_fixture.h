@@ -14,9 +14,6 @@
 
 namespace depot::test {
 
-// A box that asks a question: waits for it and presses a button.
-void AnswerQuestion(const std::wstring& part, int button);
-
 class BrowseTest : public testing::Test {
 protected:
     static constexpr LONG kJunk = 0x5A5A5A5A;

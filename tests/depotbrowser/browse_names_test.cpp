@@ -50,6 +50,9 @@ protected:
     static void TypeInPlace(const OpenBrowser& browser, const std::wstring& name) {
         const HWND list = browser.Control(CONTROL_LIST);
         EXPECT_TRUE(Eventually([&] { return ListView_GetEditControl(list) != nullptr; }));
+        // The extension is not selected.
+        browser.Press(VK_HOME);
+        browser.Press(VK_END, VK_SHIFT);
         browser.Type(name);
         browser.Press(VK_RETURN);
     }
@@ -178,6 +181,12 @@ TEST_F(BrowseNamesTest, NameThatTheCodePageLacksIsRefusedInPlace) {
                       Edit(browser, L"plan.kra", name);
                       browser.WaitForMessage(refusal);
                       browser.WaitForRows({L"plan.kra"});
+                      // The name stays to be edited.
+                      const HWND list = browser.Control(CONTROL_LIST);
+                      EXPECT_TRUE(Eventually([&] {
+                          return OpenDialog(ListView_GetEditControl(list)).Text(0) == name;
+                      }));
+                      browser.Press(VK_ESCAPE);
                       browser.Press(VK_ESCAPE);
                   }));
         EXPECT_TRUE(IsThere(L"plan.kra"));

@@ -132,6 +132,23 @@ TEST_F(BrowseOpenTest, FileTypeShowsItsFilesAndAllFilesOnDemand) {
               }));
 }
 
+TEST_F(BrowseOpenTest, FilesThatATypeHidesAreCounted) {
+    MakeFile("b.krv");
+    MakeFile("c.txt");
+    dialog_->put_FileType(64);
+    EXPECT_EQ(kNotConfirmed, Show([](const OpenBrowser& browser) {
+                  browser.WaitForMessage(L"No file here matches *.kra. Hidden files: 2.");
+                  browser.Focus(CONTROL_TYPE);
+                  browser.Press(VK_DOWN);
+                  browser.WaitForRows({L"b.krv", L"c.txt"});
+                  browser.WaitForText(CONTROL_MESSAGE, L"");
+                  browser.TypeName(L"*.krx");
+                  browser.Press(VK_RETURN);
+                  browser.WaitForMessage(L"No file here matches *.krx. Hidden files: 2.");
+                  browser.Press(VK_ESCAPE);
+              }));
+}
+
 TEST_F(BrowseOpenTest, NameWithoutExtensionFindsTheFileOfTheType) {
     MakeFile("plan.krv");
     dialog_->put_FileType(62);

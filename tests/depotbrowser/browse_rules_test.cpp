@@ -186,6 +186,10 @@ TEST(ColumnTextTest, NumbersAndLabelsAreWrittenForPeople) {
     EXPECT_EQ(L"12 345 678", GroupedNumber(12345678, L" "));
     EXPECT_EQ(L"KRP", ExtensionLabel(L"a.b.krp"));
     EXPECT_EQ(L"", ExtensionLabel(L"README"));
+    EXPECT_EQ(3u, StemLength(L"a.b.krp"));
+    EXPECT_EQ(6u, StemLength(L"README"));
+    EXPECT_EQ(8u, StemLength(L".profile"));
+    EXPECT_EQ(1u, StemLength(L"a."));
     EXPECT_EQ(L"a \"x%s\" %s", FillIn(L"a \"%s\" %s", L"x%s"));
     EXPECT_EQ(L"plain", FillIn(L"plain", L"x"));
 }

@@ -34,6 +34,25 @@ std::wstring TreeText(HWND tree, HTREEITEM handle) {
     return text.c_str();
 }
 
+constexpr int kQuestionText = 0xFFFF;
+
+HWND FindQuestion(const std::wstring& part) {
+    for (HWND box = nullptr; (box = FindWindowExW(nullptr, box, L"#32770", nullptr)) != nullptr;) {
+        DWORD process = 0;
+        GetWindowThreadProcessId(box, &process);
+        if (process != GetCurrentProcessId() || GetDlgItem(box, kQuestionText) == nullptr) continue;
+        if (OpenDialog(box).Text(kQuestionText).find(part) != std::wstring::npos) return box;
+    }
+    return nullptr;
+}
+
+HWND WaitForQuestion(const std::wstring& part) {
+    HWND box = nullptr;
+    EXPECT_TRUE(Eventually([&] { return (box = FindQuestion(part)) != nullptr; }))
+        << "no question with " << testing::PrintToString(part);
+    return box;
+}
+
 }  // namespace
 
 Names OpenBrowser::Rows() const {
@@ -175,6 +194,19 @@ void OpenBrowser::ClickHeader(int column) const {
 
 bool OpenBrowser::IsShown(int control) const {
     return (GetWindowLongW(Control(control), GWL_STYLE) & WS_VISIBLE) != 0;
+}
+
+void AnswerQuestionByEnter(const std::wstring& part) {
+    const HWND box = WaitForQuestion(part);
+    EXPECT_TRUE(Eventually([box] { return GetForegroundWindow() == box; }));
+    if (box != nullptr) OpenDialog(box).Press(VK_RETURN);
+    EXPECT_TRUE(Eventually([&] { return FindQuestion(part) == nullptr; }));
+}
+
+void AnswerQuestion(const std::wstring& part, int button) {
+    const HWND box = WaitForQuestion(part);
+    if (box != nullptr) PostMessageW(box, WM_COMMAND, static_cast<WPARAM>(button), 0);
+    EXPECT_TRUE(Eventually([&] { return FindQuestion(part) == nullptr; }));
 }
 
 bool IsBrowser(HWND window) {

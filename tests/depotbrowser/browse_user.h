@@ -54,6 +54,10 @@ private:
     Names TreeTexts(HTREEITEM first) const;
 };
 
+// A box that asks a question: waits for it and presses a button, or Enter.
+void AnswerQuestion(const std::wstring& part, int button);
+void AnswerQuestionByEnter(const std::wstring& part);
+
 // Recognises a browse dialog; with a name, the one that has it in its field.
 bool IsBrowser(HWND window);
 DialogUser::Recognises BrowserWithName(const std::wstring& fileName);

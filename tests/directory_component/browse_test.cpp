@@ -10,7 +10,7 @@
 namespace depot::test {
 namespace {
 
-using testing::IsEmpty;
+using testing::ElementsAre;
 using namespace std::string_literals;
 
 constexpr VARIANT_BOOL kYes = VARIANT_TRUE;
@@ -161,7 +161,7 @@ TEST_F(BrowseDirectoryTest, OtherApplicationsFilesAreOpenedAndSavedToo) {
 TEST_F(BrowseDirectoryTest, CommandsChangeTheDirectory) {
     Session session(*api_);
     OutText path;
-    Browse(session, path, [](const OpenBrowser& browser) {
+    Browse(session, path, [this](const OpenBrowser& browser) {
         browser.WaitForRows({L"a.kra", L"b.kra"});
         browser.SelectRow(L"a.kra");
         browser.Click(CONTROL_MAKE_COPY);
@@ -170,16 +170,21 @@ TEST_F(BrowseDirectoryTest, CommandsChangeTheDirectory) {
         browser.Press(VK_F2);
         EXPECT_TRUE(Eventually(
             [&] { return ListView_GetEditControl(browser.Control(CONTROL_LIST)) != nullptr; }));
-        browser.Type(L"new.kra");
+        browser.Type(L"new");
         browser.Press(VK_RETURN);
         browser.WaitForRow(L"new.kra");
+        browser.SelectRow(L"a - copy.kra");
+        browser.Press(VK_DELETE);
+        // The log closes the question, which is no yes.
+        EXPECT_TRUE(Eventually([&] { return !boxes_.Boxes().empty(); }));
         browser.Press(VK_ESCAPE);
     });
     EXPECT_TRUE(Holds("a.kra"));
     EXPECT_TRUE(Holds("a - copy.kra"));
     EXPECT_TRUE(Holds("new.kra"));
     EXPECT_FALSE(Holds("b.kra"));
-    EXPECT_THAT(boxes_.Boxes(), IsEmpty());
+    EXPECT_THAT(boxes_.Texts(), ElementsAre("Do you want to delete \"a - copy.kra\"?\n\n"
+                                            "This cannot be undone."));
 }
 
 }  // namespace

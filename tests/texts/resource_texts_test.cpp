@@ -35,6 +35,11 @@ std::vector<TextRow> Rows() {
                            (id >= IDS_BROWSE_DEPOTS && id <= IDS_BROWSE_STOPPED);
         rows.push_back({id, plain ? 0 : 1});
     }
+    for (const unsigned id : {IDS_BROWSE_HIDDEN, IDS_BROWSE_DELETE_HELD}) rows.push_back({id, 2});
+    for (const unsigned id :
+         {IDS_BROWSE_DELETE_WHOLE, IDS_BROWSE_DELETE_FINAL, IDS_BROWSE_DELETE_RECYCLED}) {
+        rows.push_back({id, 0});
+    }
     return rows;
 }
 
