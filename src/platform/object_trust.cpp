@@ -25,6 +25,7 @@ std::uint32_t LevelOf(const ObjectOrigin& object, const Subject& subject) {
 
 const char* ReasonForDistrust(const ObjectOrigin& object, const Subject& subject) {
     if (subject.user.empty()) return "the user is not known";
+    if (object.isUnrecorded) return nullptr;
     if (object.owner.empty()) return "its owner is not known";
     if (object.owner != subject.user && !IsPrivileged(object.owner, subject)) {
         return "it belongs to another user";

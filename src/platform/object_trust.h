@@ -31,12 +31,16 @@ struct ObjectOrigin {
     std::string_view owner;  // empty when it has none or it cannot be read
     bool hasLevel = false;   // whether it carries an integrity level
     std::uint32_t level = kMediumLevel;
+    // Whether the system was asked and has neither recorded. Windows gives every object an owner; a
+    // system that does not cannot say whose an object is.
+    bool isUnrecorded = false;
 };
 
 // Returns null when the subject may believe what is in the object, else why not. The owner has to
 // be the subject's user, the system, or for an administrator the administrators, and the object's
-// level no lower than the subject's. An object without a level counts as medium, but as high enough
-// where only the system or an administrator could give it its owner.
+// level no lower than the subject's. Of an object of which nothing is recorded nothing is asked.
+// One without a level counts as medium, but as high enough where only the system or an
+// administrator could give it its owner.
 const char* ReasonForDistrust(const ObjectOrigin& object, const Subject& subject);
 
 // Returns the level in the bytes of a level's identifier, the lowest for anything else.

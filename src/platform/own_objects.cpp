@@ -99,6 +99,7 @@ public:
         }
         origin.owner = BytesOf(owner);
         if (isPresent) ReadLevel(list, origin);
+        origin.isUnrecorded = owner == nullptr && !origin.hasLevel;
         return origin;
     }
 

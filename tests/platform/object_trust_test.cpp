@@ -65,6 +65,13 @@ TEST(ObjectTrustTest, UnknownOwnerOrUserIsNotBelieved) {
     EXPECT_FALSE(Believes({}, {kSystemAccount}));
 }
 
+TEST(ObjectTrustTest, ObjectOfWhichTheSystemRecordsNothingIsBelieved) {
+    const ObjectOrigin unrecorded = {{}, false, kMediumLevel, true};
+    EXPECT_TRUE(Believes({kAnn}, unrecorded));
+    EXPECT_TRUE(Believes({kAnn, true, kHighLevel}, unrecorded));
+    EXPECT_FALSE(Believes({}, unrecorded));
+}
+
 TEST(ObjectTrustTest, LevelIsTheLastNumberOfItsIdentifier) {
     EXPECT_EQ(kMediumLevel, LevelIn("\1\1\0\0\0\0\0\x10\0\x20\0\0"s));
     EXPECT_EQ(0xFEDCBA98U, LevelIn("\1\1\0\0\0\0\0\x10\x98\xBA\xDC\xFE"s));

@@ -71,6 +71,12 @@ TEST(OwnObjectsTest, OwnerAndLevelDecide) {
     EXPECT_FALSE(IsBelieved(std::string(kOfTheSystem) + "S:(ML;;NW;;;ME)"));
 }
 
+// As programs make them that know nothing of rights.
+TEST(OwnObjectsTest, ObjectMadeWithTheRightsOfTheSystemsChoiceIsBelieved) {
+    const UniqueHandle made(CreateEventA(nullptr, FALSE, FALSE, kName));
+    EXPECT_TRUE(IsTrustedObject(CreateOwn().get(), kName));
+}
+
 TEST(OwnObjectsTest, ObjectWhoseOwnerCannotBeReadIsNotBelieved) {
     EXPECT_FALSE(IsTrustedObject(nullptr, kName));
 }
