@@ -45,7 +45,7 @@ class SamplesTest(InstallationTest):
         lines = output.splitlines(True)
         self.assertEqual(SHARED + VALUES, "".join(lines[:9]))
         self.assertRegex(lines[9], r"^Shared depot:   <.+>\\$")
-        self.assertRegex(lines[10], r"^Its folder:     .+\\Shared\\any\.kre$")
+        self.assertRegex(lines[10], r"^Its folder:     .+\\Shared\\eng\\any\.kre$")
         self.assertEqual([END], lines[11:])
 
     def test_jscript_client(self):
