@@ -79,11 +79,18 @@ constexpr WORD kLookUpOrdinal = 34;
 
 using LookUp = int(__stdcall*)(int category, int item, char* buffer, unsigned size);
 
-// Returns the product's own library; null where there is none.
-UniqueModule ProductsLibrary() {
+std::string ProductsPath() {
     const std::string folder = SystemFolder();
-    if (folder.empty() || EqualsNoCase(folder, OwnModuleFolder())) return nullptr;
-    return LoadLibraryAlone(folder + "qdirsvc.dll");
+    if (folder.empty() || EqualsNoCase(folder, OwnModuleFolder())) return {};
+    std::string path = folder + "qdirsvc.dll";
+    return GetFileAttributesA(path.c_str()) == INVALID_FILE_ATTRIBUTES ? std::string() : path;
+}
+
+// Returns the product's own library; null where there is none. Each session asks, and looking for a
+// missing file in a large folder takes longer than all else: it is looked for once.
+UniqueModule ProductsLibrary() {
+    static const std::string path = ProductsPath();
+    return path.empty() ? nullptr : LoadLibraryAlone(path);
 }
 
 LookUp LookUpOf(HMODULE library) {
