@@ -37,19 +37,12 @@ std::optional<std::string> WithoutPrefix(std::string_view component, const std::
     return UnescapedName(name.erase(match->start, match->length));
 }
 
-int HexDigit(char c) {
-    if (c >= '0' && c <= '9') return c - '0';
-    if (c >= 'A' && c <= 'F') return c - 'A' + 10;
-    return c >= 'a' && c <= 'f' ? c - 'a' + 10 : -1;
-}
-
 // Returns the byte of the escape "\XX" at that position when it lies above ASCII.
 std::optional<char> EscapedByteAt(std::string_view text, std::size_t at) {
-    if (at + 2 >= text.size() || text[at] != '\\') return std::nullopt;
-    const int high = HexDigit(text[at + 1]);
-    const int low = HexDigit(text[at + 2]);
-    if (high < 8 || low < 0) return std::nullopt;
-    return static_cast<char>(static_cast<unsigned char>(high * 16 + low));
+    if (at >= text.size() || text[at] != '\\') return std::nullopt;
+    const int byte = HexByte(text, at + 1);
+    if (byte < 0x80) return std::nullopt;
+    return static_cast<char>(static_cast<unsigned char>(byte));
 }
 
 std::string EscapedRunAt(std::string_view text, std::size_t at) {

@@ -11,13 +11,6 @@ int HexDigit(char c) {
     return c >= 'a' && c <= 'f' ? c - 'a' + 10 : -1;
 }
 
-// Returns the byte of the two digits at that position; negative where there are none.
-int HexByte(std::string_view text, std::size_t at) {
-    if (at + 2 > text.size()) return -1;
-    const int high = HexDigit(text[at]), low = HexDigit(text[at + 1]);
-    return high < 0 || low < 0 ? -1 : high * 16 + low;
-}
-
 bool IsControl(char c) {
     return static_cast<unsigned char>(c) < ' ' || c == '\x7f';
 }
@@ -37,6 +30,12 @@ std::string Escaped(char c, bool isFirst, bool isLast) {
 }
 
 }  // namespace
+
+int HexByte(std::string_view text, std::size_t at) {
+    if (at + 2 > text.size()) return -1;
+    const int high = HexDigit(text[at]), low = HexDigit(text[at + 1]);
+    return high < 0 || low < 0 ? -1 : high * 16 + low;
+}
 
 std::string EscapedName(std::string_view name) {
     std::string escaped;

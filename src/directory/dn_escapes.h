@@ -2,6 +2,7 @@
 // otherwise be taken for a part of the whole.
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -14,6 +15,9 @@ std::string EscapedName(std::string_view name);
 // Returns the name that stands there so, whatever way of escaping was chosen. Escapes of bytes
 // above ASCII, and of a NUL, stay.
 std::string UnescapedName(std::string_view escaped);
+
+// Returns the byte of the two hexadecimal digits at that position; negative where there are none.
+int HexByte(std::string_view text, std::size_t at);
 
 // How many bytes the escape at that position takes; 0 where none begins.
 std::size_t EscapeLength(std::string_view text, std::size_t at);

@@ -204,7 +204,8 @@ public:
 
     // Looks at what stands where a tree, or a file, is to be written, and sets for each file
     // whether it may replace another one. Fails with kSharedName or kExists when two of the places
-    // are one, with kExists where something is in the way. REQUIRES: a folder before what it holds.
+    // are one, with kExists where something is in the way. A store may find out that the first
+    // folder is new by making it. REQUIRES: a folder before what it holds.
     virtual Result Prepare(std::vector<PlannedItem>& items, ExistingEntries existing) = 0;
     // Writes a file; with the folders above it where they are missing and the store can. A write
     // that fails leaves what was there.
