@@ -37,6 +37,7 @@ struct LocationSettings {
     static constexpr std::uint32_t kDefaultPort = 389;
     static constexpr std::uint32_t kDefaultVersion = 3;
     static constexpr std::uint32_t kDefaultConnectTimeout = 120;
+    static constexpr std::uint32_t kDefaultOfflineSize = 100;
 
     LocationSettings() = default;
     LocationSettings(const LocationSettings&) = default;
@@ -63,12 +64,16 @@ struct LocationSettings {
     std::uint32_t version = kDefaultVersion;
     std::uint32_t connectTimeout = kDefaultConnectTimeout;  // seconds
     std::uint32_t security = 0;  // 0 none, 1 StartTLS before the bind, 2 TLS from the start
-    // 1 when a write-back must not replace what someone else stored meanwhile
+    // 1 when a write-back must not replace what someone else stored meanwhile, 2 when its edits are
+    // to be put into that
     std::uint32_t detectConflicts = 0;
     // How long a session keeps an idle connection, in seconds; 0 for not at all
     std::uint32_t keepConnection = 0;
     // 1 when a server that is not secured may send the client on to others
     std::uint32_t followReferrals = 0;
+    // 1 when what is used of the location is kept for the time when its server is away
+    std::uint32_t offline = 0;
+    std::uint32_t offlineSize = kDefaultOfflineSize;  // how much is kept, in MB
 };
 
 // Whose value it is: the depot's, any location's, or a directory location's only. The names of the
@@ -99,11 +104,17 @@ struct ValueForm {
     bool isRequired = false;         // without it there is no such location
     // What a value that is there, but is no such number, counts as; nothing where it is ignored
     std::optional<std::uint32_t> unreadable = {};
+    bool isSwitch = false;  // given without a number its option stands for 1
 
     // The same for a number that is not to be lost by being written as something else.
     constexpr ValueForm NeverIgnored(std::uint32_t countsAs) const {
         ValueForm form = *this;
         form.unreadable = countsAs;
+        return form;
+    }
+    constexpr ValueForm AsSwitch() const {
+        ValueForm form = *this;
+        form.isSwitch = true;
         return form;
     }
 };
@@ -140,8 +151,8 @@ struct DepotValue {
 
     bool IsNumbered() const { return scope != ValueScope::kDepot; }
     bool IsNumber() const { return form.kind == ValueKind::kNumber; }
-    // A number that is 0 or 1 and has no words for them.
-    bool IsSwitch() const { return form.highest == 1 && form.words.empty(); }
+    // A number whose option needs none: it is 0 or 1, without words for them, or says so.
+    bool IsSwitch() const { return form.isSwitch || (form.highest == 1 && form.words.empty()); }
 };
 
 inline constexpr ValueWord kTypeWords[] = {{"folder", "a folder"},
@@ -149,6 +160,8 @@ inline constexpr ValueWord kTypeWords[] = {{"folder", "a folder"},
 inline constexpr ValueWord kAuthenticationWords[] = {{"anonymous", "anonymous"},
                                                      {"simple", "a name and a password"},
                                                      {"windows", "the Windows logon"}};
+inline constexpr ValueWord kConflictWords[] = {
+    {"replace", "the last writer wins"}, {"refuse", "it stays"}, {"merge", "edits are merged"}};
 inline constexpr ValueWord kSecurityWords[] = {
     {"none", "nothing is secured"}, {"starttls", "StartTLS"}, {"ldaps", "LDAPS"}};
 
@@ -195,14 +208,22 @@ inline constexpr auto kDepotValues = [] {
         {"Security", kDirectory, &Location::security, "--security", "How the connection is secured",
          OneOf(kSecurityWords, "it counts as 1 (StartTLS)").NeverIgnored(1)},
         {"DetectConflicts", kDirectory, &Location::detectConflicts, "--detect-conflicts",
-         "Whether to keep what someone else stored meanwhile",
-         Number(0, 1, "there are 0 and 1 only", "0 is taken (the last writer wins)")},
+         "What becomes of what someone else stored meanwhile",
+         OneOf(kConflictWords, "it counts as 0 (the last writer wins)",
+               "0 is taken (the last writer wins)")
+             .AsSwitch()},
         {"KeepConnection", kDirectory, &Location::keepConnection, "--keep-connection",
          "How long a session keeps an idle connection, in seconds",
          Number(0, 3600, "it is kept for 3600 seconds", "none is kept")},
         {"FollowReferrals", kDirectory, &Location::followReferrals, "--follow-referrals",
          "Whether to follow the server to others, on a connection that is not secured",
          Number(0, 1, "only 1 follows referrals", "0 is taken (no referral is followed)")},
+        {"Offline", kDirectory, &Location::offline, "--offline-files",
+         "Whether what users read and list is kept for the time when the server is away",
+         Number(0, 1, "only 1 keeps anything", "0 is taken (nothing is kept)")},
+        {"OfflineSize", kDirectory, &Location::offlineSize, "--offline-size",
+         "How much of it is kept for each user, in MB",
+         Number(1, 4096, "1 to 4096 make sense", "100 MB are kept")},
         {"FileAttributeName", kDirectory, &Location::fileAttributeName, "--file-attribute",
          "What names a file's entry", SchemaName("CN")},
         {"FileObjectClass", kDirectory, &Location::fileObjectClass, "--file-class",

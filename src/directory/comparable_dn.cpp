@@ -75,4 +75,16 @@ std::string ComparableDN(std::string_view dn) {
     return text.Take();
 }
 
+std::string_view ParentDN(std::string_view dn) {
+    bool isQuoted = false;
+    for (std::size_t at = 0; at < dn.size(); at += CharacterLength(dn, at)) {
+        if (dn[at] == '"') isQuoted = !isQuoted;
+        if (dn[at] == ',' && !isQuoted) return dn.substr(at + 1);
+        // What follows belongs to the name.
+        if (dn[at] == '\\') ++at;
+        if (at >= dn.size()) break;
+    }
+    return {};
+}
+
 }  // namespace depot

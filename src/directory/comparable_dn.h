@@ -11,4 +11,7 @@ namespace depot {
 // in this way.
 std::string ComparableDN(std::string_view dn);
 
+// Returns the name of the entry above, as it is spelled in `dn`; empty where there is none.
+std::string_view ParentDN(std::string_view dn);
+
 }  // namespace depot

@@ -52,7 +52,7 @@ Result LdapConnection::Acquire(bool& taken) {
     TakeFromKept();
     if (isConnected_ && !isIdle_) return {};
     if (isConnected_ && (logOn_ != PresentLogOn() || !IsStillOpen())) Close();
-    isUnproven_ = isConnected_ && wasKept;
+    isUnproven_ = isConnected_ && (wasKept || isUnproven_);
     isIdle_ = false;
     // The server may be back, but is not waited for again and again by one call.
     const std::uint64_t call = CallConnections::CurrentNumber();
@@ -68,6 +68,36 @@ Result LdapConnection::Acquire(bool& taken) {
     }
     taken = outcome.IsDone();
     return outcome;
+}
+
+Result LdapConnection::Reach() {
+    const bool wasKept = isKept_;
+    TakeFromKept();
+    if (isConnected_ && isIdle_ && (logOn_ != PresentLogOn() || !IsStillOpen())) Close();
+    if (isConnected_) {
+        isUnproven_ = isUnproven_ || wasKept;
+        return {};
+    }
+    // The server is not waited for again and again by one call.
+    const std::uint64_t call = CallConnections::CurrentNumber();
+    if (call != 0 && call == unreachedCall_) return Outcome(LDAP_SERVER_DOWN);
+    isUsable_ = true;
+    isUnproven_ = false;
+    Result reached = ConnectQuietly();
+    isUsable_ = true;
+    failedCall_.reset();
+    if (!reached) {
+        if (reached.Is(Reason::kUnreachable)) unreachedCall_ = call;
+        return reached;
+    }
+    // Whoever binds in another way binds anew.
+    if (!OpensUnasked()) {
+        Close();
+        return reached;
+    }
+    isIdle_ = true;
+    JoinCall();
+    return reached;
 }
 
 void LdapConnection::Release() {

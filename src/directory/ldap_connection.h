@@ -64,6 +64,10 @@ public:
     // connection that the caller has opened. An attempt that failed in an earlier call of the
     // interface, or where there is none, says nothing of this one.
     Result Acquire(bool& taken);
+    // Makes the connection that Acquire is to take, where nothing has to be asked for that, without
+    // showing anything. Fails where the server does not answer, or not that log-on; Acquire may
+    // still succeed then.
+    Result Reach();
     // Ends the operation. The connection stays open until the call of the interface ends, or is
     // closed at once where there is none.
     void Release();
@@ -185,6 +189,7 @@ private:
     SharedCredentials shared_;
     std::optional<CredentialsPrompt*> ownPrompt_;
     std::optional<std::uint64_t> failedCall_;  // unusable since; nothing when given up for good
+    std::uint64_t unreachedCall_ = 0;        // in which Reach failed
     std::uint64_t cancelledCall_ = 0;          // in which a user gave up waiting for the server
     std::vector<std::string> serversBeside_;
     std::vector<Digest> triedBeside_;  // what was typed there and is refused here

@@ -6,6 +6,7 @@
 
 #include "config/languages.h"
 #include "config/registry_values.h"
+#include "model/offline_edits.h"
 #include "platform/text.h"
 #include "store/folder_store.h"
 
@@ -118,7 +119,23 @@ bool CDepot::LeaveConnections() {
 
 Store& CDepot::ActiveStore() {
     if (DirectoryConnection() == nullptr) return FolderStore::Instance();
+    if (directory_->offlineStore) return *directory_->offlineStore;
     return directory_->store;
+}
+
+CDepot::Directory::Directory(std::unique_ptr<CLDAPItems> owned)
+    : items(std::move(owned)), store(*items) {
+    // The path is a part of what names the location.
+    ExpandedPath(items->Location());
+    offline = OfflineLocation::Of(items->Location());
+    if (!offline) return;
+    offlineStore.emplace(store, *offline, items->Connection());
+    offline->SetStoreEdits(
+        [directory = items.get()](OfflineFolder& folder) { StoreWaitingEdits(*directory, folder); });
+}
+
+std::shared_ptr<OfflineLocation> CDepot::Offline() {
+    return DirectoryConnection() != nullptr ? directory_->offline : nullptr;
 }
 
 void CDepot::ReadOwnValues(const RegistryKey& key) {

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <type_traits>
 
@@ -11,6 +12,7 @@
 #include "platform/registry_key.h"
 #include "platform/win32.h"
 #include "store/directory_store.h"
+#include "store/offline_store.h"
 
 namespace depot {
 
@@ -63,6 +65,10 @@ public:
     // file system. It stays as long as the location is the active one.
     Store& ActiveStore();
 
+    // Where what is used of the active location is kept; null where it is not. Belongs to the
+    // location, and to the working copies that are made of it.
+    std::shared_ptr<OfflineLocation> Offline();
+
     // See LdapConnection::Leave.
     bool LeaveConnections();
 
@@ -82,10 +88,11 @@ public:
 private:
     // A directory, which borrows a record of `paths`, as clients use it and as a store.
     struct Directory {
-        explicit Directory(std::unique_ptr<CLDAPItems> owned)
-            : items(std::move(owned)), store(*items) {}
+        explicit Directory(std::unique_ptr<CLDAPItems> owned);
         std::unique_ptr<CLDAPItems> items;
         DirectoryStore store;
+        std::shared_ptr<OfflineLocation> offline;  // null where the location does not want it
+        std::optional<OfflineStore> offlineStore;
     };
 
     void ReadOwnValues(const RegistryKey& key);

@@ -1,5 +1,6 @@
 #include "model/working_copy.h"
 
+#include <span>
 #include <utility>
 
 #include "directory/connection_scope.h"
@@ -8,6 +9,7 @@
 #include "platform/file_in_use.h"
 #include "platform/local_file.h"
 #include "platform/temp_file.h"
+#include "platform/trace.h"
 #include "platform/user_notice.h"
 #include "platform/win32.h"
 
@@ -15,6 +17,7 @@ namespace depot {
 namespace {
 
 constexpr std::uint32_t kDetect = 1;
+constexpr std::uint32_t kMerge = 2;
 constexpr char kMessageTitle[] = "Quillon";
 
 WorkingCopySource SourceOf(CLDAPItems& directory, const std::string& dn) {
@@ -22,25 +25,54 @@ WorkingCopySource SourceOf(CLDAPItems& directory, const std::string& dn) {
     return {entry ? entry->name : std::string(), directory.Connection().Shared().Block().Key(), dn};
 }
 
-// Fetches one entry into a local file; one that cannot be fetched leaves an empty file.
+// Fills a working copy with what an entry holds, or an empty one with the reason why that is not
+// known.
+WorkingCopyOrigin FillCopy(const CLDAPItems& directory, const WorkingCopySource& source,
+                           const std::string& localPath, std::span<const std::uint8_t> bytes,
+                           std::uint32_t code) {
+    const auto length = static_cast<std::uint32_t>(bytes.size());
+    // A scanner may be looking at the new file already.
+    const bool written = RetryWhileInUse(
+        FileUse::kOwn, [&] { return WriteLocalFile(localPath, bytes.data(), length); });
+    WorkingCopyOrigin origin;
+    const bool isWhole = code == LDAP_SUCCESS && written;
+    origin.code = code == LDAP_SUCCESS && !written ? std::uint32_t{LDAP_LOCAL_ERROR} : code;
+    if (isWhole || code != LDAP_SUCCESS) NoteWorkingCopy(localPath, source, bytes.data(), length);
+    const CDepotPath& location = directory.Location();
+    if (!isWhole) return origin;
+    if (DetectsConflicts(location)) origin.digest = DigestOf(bytes.data(), bytes.size());
+    if (MergesConflicts(location)) origin.bytes.emplace(bytes.begin(), bytes.end());
+    return origin;
+}
+
+// Fetches one entry into a local file.
 WorkingCopyOrigin FetchFile(CLDAPItems& directory, const WorkingCopySource& source,
-                            const std::string& localPath) {
+                            const std::string& localPath, OfflineLocation* offline) {
     FileBuffer contents;
     const Result read = directory.Entries().ReadSeen(source.dn, contents);
     directory.AsFlag(read, nullptr);
-    // A scanner may be looking at the new file already.
-    const bool written = RetryWhileInUse(FileUse::kOwn, [&] {
-        return WriteLocalFile(localPath, contents.bytes.get(), contents.length);
-    });
-    WorkingCopyOrigin origin;
-    origin.code = read && !written ? std::uint32_t{LDAP_LOCAL_ERROR} : CodeOf(read);
-    if (!read || written) {
-        NoteWorkingCopy(localPath, source, contents.bytes.get(), contents.length);
-    }
-    if (origin.code == LDAP_SUCCESS && DetectsConflicts(directory.Location())) {
-        origin.digest = DigestOf(contents);
+    const std::span<const std::uint8_t> bytes(contents.bytes.get(), contents.length);
+    WorkingCopyOrigin origin = FillCopy(directory, source, localPath, bytes, CodeOf(read));
+    if (read && offline != nullptr) {
+        offline->KeepFile(source.dn, bytes.data(), bytes.size());
+        origin.bytes.emplace(bytes.begin(), bytes.end());
     }
     return origin;
+}
+
+// Fills it with what was kept of the entry; false where nothing was.
+bool TakeKept(const CLDAPItems& directory, const WorkingCopySource& source,
+              const std::string& localPath, const OfflineLocation& offline,
+              WorkingCopyOrigin& origin) {
+    const TraceSpan span("LoadKeptFile", source.dn);
+    std::optional<OfflineBytes> kept = offline.FileOf(source.dn);
+    span.EndWithText(kept ? "kept" : "not kept");
+    if (!kept) return false;
+    origin = FillCopy(directory, source, localPath, *kept, LDAP_SUCCESS);
+    origin.isKept = true;
+    origin.digest = DigestOf(kept->data(), kept->size());
+    origin.bytes = std::move(kept);
+    return true;
 }
 
 // A temporary file that is deleted unless it is handed out.
@@ -63,24 +95,35 @@ private:
 }  // namespace
 
 bool DetectsConflicts(const CDepotPath& location) {
-    return location.detectConflicts == kDetect;
+    return location.detectConflicts == kDetect || MergesConflicts(location);
 }
 
-std::string FetchToLocal(CLDAPItems& directory, const std::string& dn, WorkingCopyOrigin* origin) {
+bool MergesConflicts(const CDepotPath& location) {
+    return location.detectConflicts == kMerge;
+}
+
+std::string FetchToLocal(CLDAPItems& directory, const std::string& dn, WorkingCopyOrigin* origin,
+                         std::shared_ptr<OfflineLocation> offline) {
     NewWorkingCopy copy(MakeTempFileName());
     // Before anything waits for the server: users end programs that hang there.
     const WorkingCopySource source = SourceOf(directory, dn);
     NoteWorkingCopy(copy.Path(), source, nullptr, 0);
-    const ConnectionScope connection(directory, nullptr);
     WorkingCopyOrigin fetched;
-    fetched.code = CodeOf(connection.Outcome());
-    if (connection) fetched = FetchFile(directory, source, copy.Path());
+    const bool isApart = offline && offline->IsApart(directory.Connection());
+    bool isMade = isApart && TakeKept(directory, source, copy.Path(), *offline, fetched);
+    if (!isMade) {
+        const ConnectionScope connection(directory, nullptr);
+        isMade = connection.Outcome().IsDone();
+        fetched.code = CodeOf(connection.Outcome());
+        if (isMade) fetched = FetchFile(directory, source, copy.Path(), offline.get());
+    }
     // Nothing else says so before the user fills in what looks empty.
     if (fetched.code == LDAP_NO_SUCH_ATTRIBUTE) {
         ShowNotice(UnseenContentsText(source.name), kMessageTitle, nullptr);
     }
+    fetched.offline = std::move(offline);
     if (origin != nullptr) *origin = std::move(fetched);
-    return connection ? copy.Release() : std::string();
+    return isMade ? copy.Release() : std::string();
 }
 
 void KeepWorkingCopy(const std::string& localPath, const std::string& name,

@@ -6,11 +6,14 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "config/profile_edit.h"
 #include "directory/ldap_items.h"
+#include "offline/offline_location.h"
 #include "platform/digest.h"
 
 namespace depot {
@@ -20,17 +23,26 @@ struct WorkingCopyOrigin {
     // 0 when the local file held the entry's bytes, else the reason: the directory's code, or
     // LDAP_LOCAL_ERROR for a file that could not be written.
     std::uint32_t code = LDAP_SUCCESS;
-    // The entry's bytes; only where the location wants conflicts detected and the fetch succeeded.
+    // The entry's bytes, as their digest and whole; only where the location wants conflicts
+    // detected, or merged, or is kept for the time when its server is away.
     std::optional<Digest> digest;
+    std::optional<std::vector<std::uint8_t>> bytes;
     // What its user wrote and it does not hold.
     RefusedEdits refused;
+    // Where edits wait while the server is away; null where they do not.
+    std::shared_ptr<OfflineLocation> offline;
+    bool isKept = false;  // the bytes are those that were kept, and the entry may hold others
 };
 
 // Fetches an entry's bytes into a new temporary file, readable for the user alone as far as the
 // temporary folder is. Returns its path, also when it could not be written, or an empty text when
 // no connection could be made. `origin` receives what ReleaseLocal needs to know of the fetch.
+//
+// Of a location that is kept in `offline` the bytes that were kept serve while the server is away,
+// without a word; `offline` may be null.
 std::string FetchToLocal(CLDAPItems& directory, const std::string& dn,
-                         WorkingCopyOrigin* origin = nullptr);
+                         WorkingCopyOrigin* origin = nullptr,
+                         std::shared_ptr<OfflineLocation> offline = nullptr);
 
 // Ends a working copy: stores its bytes in the entry when `writeBack` is set, and deletes it in
 // every case. Returns 1 when nothing had to be stored or all was. An empty path with `writeBack`
@@ -45,7 +57,12 @@ std::string FetchToLocal(CLDAPItems& directory, const std::string& dn,
 // is. A message box reports each of these, and its text ends with the path of what was kept.
 //
 // Where the location wants conflicts detected, bytes that are not those of `origin` stay in the
-// entry, and the working copy is kept as one that cannot be stored.
+// entry, and the working copy is kept as one that cannot be stored. Where it wants them merged, the
+// edits are stored into what the entry holds now, value by value (profile_merge.h); with a value
+// that both sides changed the working copy is kept, too, and the message names the value.
+//
+// An edit whose server is away waits for it where the origin says so, and counts as stored: it is
+// on the disk itself when this returns.
 int ReleaseLocal(CLDAPItems& directory, const std::string& dn, const std::string& localPath,
                  bool writeBack, std::string* errorText = nullptr,
                  const WorkingCopyOrigin& origin = {});
@@ -62,7 +79,9 @@ void KeepWorkingCopy(const std::string& localPath, const std::string& name,
 // Deletes an unchanged working copy; the next process looks for those that stay.
 void DropWorkingCopy(const std::string& localPath) noexcept;
 
-// Whether the location wants nothing replaced but the bytes that were fetched.
+// Whether the location wants nothing replaced but the bytes that were fetched, and whether it wants
+// the edits in the entry nevertheless.
 bool DetectsConflicts(const CDepotPath& location);
+bool MergesConflicts(const CDepotPath& location);
 
 }  // namespace depot

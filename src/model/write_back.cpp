@@ -1,9 +1,11 @@
 // The way of a changed working copy back into its entry.
 #include <new>
+#include <span>
 #include <vector>
 
 #include "directory/connection_scope.h"
 #include "model/depot_paths.h"
+#include "model/guarded_store.h"
 #include "model/recovered_files.h"
 #include "model/working_copy.h"
 #include "model/working_copy_journal.h"
@@ -11,6 +13,7 @@
 #include "platform/file_in_use.h"
 #include "platform/local_file.h"
 #include "platform/text.h"
+#include "platform/trace.h"
 #include "platform/user_notice.h"
 #include "platform/win32.h"
 
@@ -34,7 +37,7 @@ public:
         reason_ = origin.code;
         // What cannot be read, or is not all that was written, replaces nothing.
         const bool whole = bytes_ && localError_ == ERROR_SUCCESS;
-        Result stored = whole ? Store(origin) : Failure(LDAP_LOCAL_ERROR);
+        Result stored = whole ? StoreOrQueue(origin) : Failure(LDAP_LOCAL_ERROR);
         if (stored) return stored;
         reason_ = stored.Why().code;
         KeepWorkingCopy(origin.refused);
@@ -60,38 +63,60 @@ public:
 private:
     Result Failure(std::uint32_t code) { return directory_.Connection().Outcome(code); }
 
+    // Has the edit wait where its server is away and the location wants that.
+    Result StoreOrQueue(const WorkingCopyOrigin& origin) {
+        OfflineLocation* const offline = origin.offline.get();
+        const bool mayWait = offline != nullptr && origin.code == LDAP_SUCCESS && origin.bytes;
+        if (mayWait && offline->IsApart(directory_.Connection())) return Queue(origin);
+        Result stored = Store(origin);
+        if (mayWait && stored.Is(Reason::kUnreachable)) return Queue(origin);
+        if (stored && offline != nullptr) offline->KeepFile(dn_, Data(), Length());
+        return stored;
+    }
+
+    Result Queue(const WorkingCopyOrigin& origin) {
+        const TraceSpan span("QueueEdit", dn_);
+        const DWORD queued = origin.offline->Queue(
+            dn_, origin.bytes, *bytes_,
+            [&](const OfflineRecord& waiting) { return MeetWaiting(origin, waiting); });
+        span.EndWithCode(queued);
+        if (queued == ERROR_SUCCESS) return {};
+        if (queued == ERROR_REVISION_MISMATCH) return Failure(kContentsChanged);
+        localError_ = queued;
+        return Failure(LDAP_LOCAL_ERROR);
+    }
+
+    // Another edit of the same file waits, of which this one knows nothing.
+    std::optional<OfflineBytes> MeetWaiting(const WorkingCopyOrigin& origin,
+                                            const OfflineRecord& waiting) const {
+        if (!DetectsConflicts(directory_.Location())) return *bytes_;
+        if (!MergesConflicts(directory_.Location())) return std::nullopt;
+        return MergedBytes(*origin.bytes, waiting.bytes, *bytes_);
+    }
+
     Result Store(const WorkingCopyOrigin& origin) {
         // Also one that may be read by now: what was written was made of nothing.
         if (origin.code == LDAP_NO_SUCH_ATTRIBUTE) return EntryStore::Unseen();
         // The connection reports its own failure, too.
         const ConnectionScope connection(directory_.Connection());
         if (!connection) return connection.Outcome();
-        if (DetectsConflicts(directory_.Location())) return StoreUnlessChanged(origin.digest);
+        // What was kept may be older than the entry.
+        if (DetectsConflicts(directory_.Location()) || origin.isKept) {
+            return StoreGuarded({entries_, dn_, *bytes_, origin.digest, BaseOf(origin)}, unmerged_);
+        }
         if (origin.code != LDAP_SUCCESS) {
             if (Result kept = KeepEntry(origin); !kept) return kept;
         }
         return entries_.Replace(dn_, Data(), Length());
     }
 
-    // Stores only over the very bytes that were fetched.
-    Result StoreUnlessChanged(const std::optional<Digest>& fetched) {
-        FileBuffer present;
-        if (Result read = ReadUnchanged(fetched, present); !read) return read;
-        Result stored = entries_.ReplaceUnchanged(dn_, Data(), Length(), present);
-        const std::uint32_t code = CodeOf(stored);
-        if (code != kContentsChanged && code != LDAP_UNAVAILABLE_CRIT_EXTENSION) return stored;
-        // A server that cannot compare this attribute's values refuses as well: then the entry
-        // still holds what was fetched, and looking just before the change must do.
-        if (Result read = ReadUnchanged(fetched, present); !read) return read;
-        return entries_.Replace(dn_, Data(), Length());
+    // Edits are merged where the location wants it and the fetched bytes are known.
+    std::optional<std::span<const std::uint8_t>> BaseOf(const WorkingCopyOrigin& origin) const {
+        if (!origin.bytes || !MergesConflicts(directory_.Location())) return std::nullopt;
+        return *origin.bytes;
     }
 
-    Result ReadUnchanged(const std::optional<Digest>& fetched, FileBuffer& present) {
-        Result read = entries_.ReadSeen(dn_, present);
-        return read && fetched != DigestOf(present) ? Failure(kContentsChanged) : read;
-    }
-
-    const void* Data() const { return bytes_->data(); }
+    const std::uint8_t* Data() const { return bytes_->data(); }
     std::uint32_t Length() const { return static_cast<std::uint32_t>(bytes_->size()); }
 
     // Keeps what the entry holds now. One that was missing had no bytes that could be lost, unless
@@ -137,9 +162,17 @@ private:
     }
 
     std::string ConflictText() const {
-        return Concatenate({"\"", Name(),
-                            "\" was changed by someone else meanwhile. That version stays",
-                            kept_.empty() ? "." : "; yours is kept here:"});
+        const std::string lead =
+            Concatenate({"\"", Name(), "\" was changed by someone else meanwhile. "});
+        if (unmerged_) {
+            return Concatenate({lead,
+                                "Your changes were added to that version, but for these values, "
+                                "which were changed there as well:\n",
+                                ConflictList(*unmerged_),
+                                kept_.empty() ? "" : "\nYour version is kept here:"});
+        }
+        return Concatenate(
+            {lead, "That version stays", kept_.empty() ? "." : "; yours is kept here:"});
     }
 
     CLDAPItems& directory_;
@@ -149,6 +182,7 @@ private:
     std::optional<std::vector<std::uint8_t>> bytes_;
     DWORD localError_ = ERROR_SUCCESS;  // of the working copy itself
     std::uint32_t reason_ = LDAP_SUCCESS;
+    std::optional<ProfileMerge> unmerged_;  // with what could not be merged
     std::string kept_;
     bool mustStay_ = false;
 };

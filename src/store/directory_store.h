@@ -66,6 +66,10 @@ public:
     Result LastFailure() const override { return Of(directory_.LastError()); }
     DWORD LastSystemError() const override;
 
+    // Hands out children of a folder by their names.
+    void HandOut(const LdapItemList& children, const std::string& folder,
+                 const TakeItem& take) const;
+
 private:
     EntryStore& Entries() const { return directory_.Entries(); }
     const LocationSchema& Schema() const { return directory_.Schema(); }
@@ -75,8 +79,6 @@ private:
     Result Looked(Result result) const;
     Result Changed(Result result) const;
 
-    void HandOut(const LdapItemList& children, const std::string& folder,
-                 const TakeItem& take) const;
     bool LooksLikeFolder(const std::string& path) const;
     Result RefuseChildren(const std::string& path);
     Result RefuseFile(const std::string& path);

@@ -25,7 +25,7 @@ std::string FormText(const DepotValue& value) {
     const ValueForm& form = value.form;
     if (!value.IsNumber()) return "text";
     if (form.highest == 0xFFFFFFFF) return "number";
-    if (value.IsSwitch()) return "0 or 1";
+    if (value.IsSwitch() && form.words.empty()) return "0 or 1";
     std::string words;
     for (std::size_t number = 0; number < form.words.size(); ++number) {
         words +=

@@ -196,7 +196,7 @@ TEST(DefinitionTest, NumbersOutOfRangeReportWhatTheyCountAs) {
         {"Version1", 4, "4 is out of range: there are the versions 2 and 3 only"},
         {"ConnectTimeout1", 0, "0 is out of range: a second to an hour make sense"},
         {"Security1", 3, "3 is out of range: it counts as 1 (StartTLS)"},
-        {"DetectConflicts1", 2, "2 is out of range: there are 0 and 1 only"},
+        {"DetectConflicts1", 3, "3 is out of range: it counts as 0 (the last writer wins)"},
         {"DefaultDepot", 2, "2 is out of range: it is not the default"},
     };
     for (const auto& row : rows) {

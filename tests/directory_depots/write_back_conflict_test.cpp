@@ -1,10 +1,8 @@
 // Write-backs that must not replace what someone else stored meanwhile.
-#include "directory/connection_scope.h"
-#include "directory_depots/depot_fixture.h"
+#include "directory_depots/conflict_fixture.h"
 #include "platform/handles.h"
 #include "platform/local_file.h"
 #include "platform/paths.h"
-#include "support/results.h"
 
 namespace depot {
 namespace {
@@ -35,79 +33,7 @@ constexpr char kSchemaWithoutComparison[] =
     "global objectclass ( 1.3.6.1.4.1.99999.2.2 NAME 'quillonFileBinary' SUP top STRUCTURAL "
     "MUST cn MAY quillonFileContentsBinary )";
 
-// Someone who stores another version just before a change reaches the server.
-struct OtherEditor {
-    DirectoryServer* server = nullptr;
-    std::string dn;
-    decltype(DirectoryClient::ldap_modify_s) plain = nullptr;
-    decltype(DirectoryClient::ldap_modify_ext_s) conditional = nullptr;
-
-    void Store() const {
-        server->Apply("dn: " + dn +
-                      "\nchangetype: modify\nreplace: quillonFileContentsBinary\n"
-                      "quillonFileContentsBinary: theirs\n");
-    }
-};
-OtherEditor other;
-
-ULONG LDAPAPI StoreThenModify(LDAP* connection, char* dn, LDAPModA** changes) {
-    other.Store();
-    return other.plain(connection, dn, changes);
-}
-
-ULONG LDAPAPI StoreThenModifyIf(LDAP* connection, char* dn, LDAPModA** changes,
-                                LDAPControlA** server, LDAPControlA** client) {
-    other.Store();
-    return other.conditional(connection, dn, changes, server, client);
-}
-
-class ConflictTest : public test::DepotFixture {
-protected:
-    ConflictTest() { Use(server_, base_); }
-
-    // Has the depot on that server detect conflicts.
-    void Use(DirectoryServer& server, const std::string& base, DWORD setting = 1) {
-        key_.Dword("Work", "DetectConflicts1", setting);
-        Define(server.Port(), base);
-        place_ = &server;
-        folder_ = base;
-    }
-
-    std::string Entry() const { return "cn=a.kra," + folder_; }
-
-    std::unique_ptr<DepotFileContext> LoadChanged() {
-        auto file = Load();
-        file->WriteString("S", "K", "new");
-        return file;
-    }
-
-    void Overwrite(const std::string& bytes) {
-        const ConnectionScope connection(Directory(), nullptr);
-        EXPECT_THAT(Directory().ReplaceFileContents(Entry(), bytes.data(),
-                                                    static_cast<std::uint32_t>(bytes.size())),
-                    IsDone());
-    }
-
-    std::string Stored() {
-        FileBuffer buffer;
-        const ConnectionScope connection(Directory(), nullptr);
-        EXPECT_THAT(Directory().ReadFileContents(Entry(), buffer), IsDone());
-        return buffer.bytes
-                   ? std::string(reinterpret_cast<const char*>(buffer.bytes.get()), buffer.length)
-                   : "(none)";
-    }
-
-    // Has someone store another version between the test and the change.
-    void LetSomeoneStoreBetween() {
-        DirectoryClient& client = Directory().Client();
-        other = {place_, Entry(), client.ldap_modify_s, client.ldap_modify_ext_s};
-        client.ldap_modify_s = &StoreThenModify;
-        client.ldap_modify_ext_s = &StoreThenModifyIf;
-    }
-
-    DirectoryServer* place_ = nullptr;
-    std::string folder_;
-};
+class ConflictTest : public test::ConflictFixture {};
 
 // The same behaviour with and without a server that tests and changes in one request.
 class AnyServerConflictTest : public ConflictTest, public testing::WithParamInterface<bool> {
@@ -221,12 +147,12 @@ TEST_F(ConflictTest, VersionStoredJustBeforeTheChangeIsReplacedWhereTheServerDoe
 TEST_F(ConflictTest, VersionsOfUpToOneMegabyteAreTestedByTheServer) {
     server_.AddFile("a.kra", base_, kOld);
     static int conditional;
-    other.conditional = Directory().Client().ldap_modify_ext_s;
+    test::other.conditional = Directory().Client().ldap_modify_ext_s;
     Directory().Client().ldap_modify_ext_s = [](LDAP* connection, char* dn, LDAPModA** changes,
                                                 LDAPControlA** server,
                                                 LDAPControlA** client) -> ULONG {
         ++conditional;
-        return other.conditional(connection, dn, changes, server, client);
+        return test::other.conditional(connection, dn, changes, server, client);
     };
     for (const std::uint32_t size : {1024 * 1024, 1024 * 1024 + 1}) {
         conditional = 0;
@@ -249,8 +175,8 @@ TEST_F(ConflictTest, ServerIsAskedOnceWhatItOffers) {
     EXPECT_EQ((OperationCounts{.binds = 1, .searches = 1, .modifications = 1}), server_.Counts());
 }
 
-TEST_F(ConflictTest, LastWriterWinsUnlessTheSettingIsOne) {
-    for (const DWORD setting : {0u, 2u}) {
+TEST_F(ConflictTest, LastWriterWinsUnlessTheSettingIsOneOrTwo) {
+    for (const DWORD setting : {0u, 3u}) {
         Use(server_, test::NewFolder(), setting);
         server_.AddFile("a.kra", folder_, kOld);
         const auto file = LoadChanged();

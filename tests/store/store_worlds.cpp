@@ -5,6 +5,7 @@
 #include "platform/wide_text.h"
 #include "store/directory_store.h"
 #include "store/folder_store.h"
+#include "store/offline_store.h"
 #include "store/tree.h"
 #include "support/directory_fixture.h"
 #include "support/half_writes.h"
@@ -85,11 +86,26 @@ public:
                 "neither a folder nor a file"};
     }
 
+protected:
+    DirectoryStore& Plain() { return store_; }
+    const CDepotPath& Location() const { return *location_; }
+    LdapConnection& Connection() { return items_.Connection(); }
+
 private:
     std::string base_ = NewFolder();
     std::unique_ptr<CDepotPath> location_ = SharedServer().Location(base_).Clone();
     CLDAPItems items_{location_.get()};
     DirectoryStore store_{items_};
+};
+
+// The same of which what is used is kept: no difference while the server is there.
+class OfflineWorld : public DirectoryWorld {
+public:
+    Store& Get() override { return offline_; }
+
+private:
+    OfflineLocation kept_{Location()};
+    OfflineStore offline_{Plain(), kept_, Connection()};
 };
 
 class MemoryWorld : public StoreWorld {
@@ -119,8 +135,9 @@ std::unique_ptr<StoreWorld> Make() {
 
 }  // namespace
 
-const WorldKind kWorlds[3] = {{"Folder", &Make<FolderWorld>},
+const WorldKind kWorlds[4] = {{"Folder", &Make<FolderWorld>},
                               {"Directory", &Make<DirectoryWorld>},
+                              {"Offline", &Make<OfflineWorld>},
                               {"Memory", &Make<MemoryWorld>}};
 
 Result StoreTest::Write(const std::string& path, const std::string& bytes,

@@ -39,7 +39,7 @@ struct WorldKind {
     const char* name;
     std::unique_ptr<StoreWorld> (*make)();
 };
-extern const WorldKind kWorlds[3];
+extern const WorldKind kWorlds[4];
 
 inline void PrintTo(const WorldKind& kind, std::ostream* stream) {
     *stream << kind.name;

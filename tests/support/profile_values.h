@@ -13,8 +13,8 @@ namespace depot::test {
 // what is no profile.
 inline std::map<std::uint32_t, std::string> ValuesById(std::string_view text, NameTable& names) {
     std::map<std::uint32_t, std::string> values;
-    for (const ProfileLine& line :
-         ReadProfileLines(text, LetterCase::kOfCodePage, names).value_or(std::vector<ProfileLine>{})) {
+    for (const ProfileLine& line : ReadProfileLines(text, LetterCase::kOfCodePage, names)
+                                       .value_or(std::vector<ProfileLine>{})) {
         const bool isPlaced = line.kind == LineKind::kHeader || line.kind == LineKind::kValue;
         if (isPlaced) values.emplace(line.id, line.value);
     }

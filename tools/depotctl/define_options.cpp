@@ -51,20 +51,32 @@ void AddChoice(const OptionTarget& target, const DepotValue& value) {
         });
 }
 
+// What the numbers of a switch with more than two mean, as in "--option=2".
+std::string NumberedWords(const DepotValue& value) {
+    std::string text;
+    for (std::size_t number = 0; number < value.form.words.size(); ++number) {
+        text += (text.empty() ? ": " : ", ") + std::to_string(number) + " " +
+                value.form.words[number].meaning;
+    }
+    return text;
+}
+
 void AddSwitch(const OptionTarget& target, const DepotValue& value) {
     const std::string option = value.option;
     target.command.add_flag_function(
         option + ",!--no-" + option.substr(2),
-        [&values = target.values, name = value.name](std::int64_t count) {
-            values.push_back(NumberValue(name, count > 0 ? 1 : 0));
+        [&values = target.values, &value, option](std::int64_t count) {
+            const auto number = static_cast<std::uint32_t>(std::max<std::int64_t>(count, 0));
+            if (number > value.form.highest) throw CLI::ValidationError(option, "is out of range");
+            values.push_back(NumberValue(value.name, number));
         },
-        value.meaning);
+        value.meaning + NumberedWords(value));
 }
 
 void AddValue(const OptionTarget& target, const DepotValue& value) {
     if (!value.IsNumber()) return AddGiven<std::string>(target, value, StoredText);
-    if (!value.form.words.empty()) return AddChoice(target, value);
     if (value.IsSwitch()) return AddSwitch(target, value);
+    if (!value.form.words.empty()) return AddChoice(target, value);
     AddGiven<std::uint32_t>(target, value, NumberValue);
 }
 

@@ -1,0 +1,136 @@
+#include "model/offline_edits.h"
+
+#include <algorithm>
+#include <span>
+
+#include "directory/connection_scope.h"
+#include "model/guarded_store.h"
+#include "model/recovered_files.h"
+#include "model/working_copy.h"
+#include "platform/text.h"
+#include "platform/trace.h"
+#include "platform/user_notice.h"
+
+namespace depot {
+namespace {
+
+constexpr char kMessageTitle[] = "Quillon";
+constexpr std::size_t kMostFilesNamed = 10;
+
+class WaitingEdits {
+public:
+    WaitingEdits(CLDAPItems& directory, OfflineFolder& folder)
+        : directory_(directory), entries_(directory.Entries()), folder_(folder) {}
+
+    void Run() {
+        for (OfflineRecord& edit : folder_.Edits()) {
+            const TraceSpan span("StoreWaitingEdit", edit.dn);
+            unmerged_.reset();
+            const Result stored = Store(edit);
+            span.EndWithCode(CodeOf(stored));
+            if (stored.Is(Reason::kUnreachable)) break;
+            if (!stored && !Recover(edit, stored)) continue;
+            folder_.Remove(OfflineKind::kEdit, edit.dn);
+            if (stored) KeepStored(edit);
+        }
+        for (const std::string& damaged : folder_.TakeDamaged()) {
+            Note(Concatenate({"A file that waited for the directory cannot be read any more:\n",
+                              damaged}));
+        }
+        if (!text_.empty()) ShowNotice(text_, kMessageTitle, nullptr);
+    }
+
+private:
+    Result Store(const OfflineRecord& edit) {
+        Result stored = edit.base ? StoreEdit(edit, *edit.base) : AddFile(edit);
+        const bool mayBeStored = stored.Is(Reason::kChanged) || stored.Is(Reason::kExists);
+        return mayBeStored && HoldsAlready(edit) ? Result() : std::move(stored);
+    }
+
+    Result StoreEdit(const OfflineRecord& edit, std::span<const std::uint8_t> base) {
+        const std::optional<Digest> fetched = DigestOf(base.data(), base.size());
+        std::optional<std::span<const std::uint8_t>> merged;
+        if (MergesConflicts(directory_.Location())) merged = base;
+        return StoreGuarded({entries_, edit.dn, edit.bytes, fetched, merged}, unmerged_);
+    }
+
+    // A file that was new then. Someone else may have made one of its name.
+    Result AddFile(const OfflineRecord& edit) {
+        Result added = AddOnce(edit);
+        LdapItemList folders;
+        if (added.Is(Reason::kMissing) && entries_.EnsureFolders(edit.dn, folders)) {
+            added = AddOnce(edit);
+        }
+        if (!added.Is(Reason::kExists) || !MergesConflicts(directory_.Location())) return added;
+        return StoreEdit(edit, {});
+    }
+
+    Result AddOnce(const OfflineRecord& edit) {
+        return entries_.AddFile(edit.dn, NameOf(edit), edit.bytes.data(),
+                                static_cast<std::uint32_t>(edit.bytes.size()));
+    }
+
+    bool HoldsAlready(const OfflineRecord& edit) {
+        FileBuffer present;
+        return entries_.ReadSeen(edit.dn, present) &&
+               std::equal(edit.bytes.begin(), edit.bytes.end(), present.bytes.get(),
+                          present.bytes.get() + present.length);
+    }
+
+    void KeepStored(OfflineRecord& edit) {
+        edit.kind = OfflineKind::kFile;
+        edit.base.reset();
+        folder_.Write(std::move(edit));
+    }
+
+    // Returns whether the edit needs to wait no longer.
+    bool Recover(const OfflineRecord& edit, const Result& failure) {
+        const std::string kept = KeepRecovered(NameOf(edit), edit.bytes.data(), edit.bytes.size());
+        if (kept.empty()) return false;
+        std::string text = Concatenate({"\"", NameOf(edit), "\" was edited while the directory ",
+                                        "could not be reached"});
+        if (unmerged_) {
+            text += Concatenate({". Your changes were added to what someone else has stored since, "
+                                 "but for these values, which were changed there as well:\n",
+                                 ConflictList(*unmerged_), "\nYour version is kept here:\n"});
+        } else if (failure.Is(Reason::kChanged) || failure.Is(Reason::kExists)) {
+            text += ", and someone else has stored another version since. That version stays; "
+                    "yours is kept here:\n";
+        } else {
+            text += Concatenate({", and cannot be stored. ", TrimTrailingBlanks(failure.Text()),
+                                 "\nYour version is kept here:\n"});
+        }
+        Note(text + kept);
+        return true;
+    }
+
+    void Note(const std::string& text) {
+        if (notes_++ == kMostFilesNamed) text_ += "\n\n...";
+        if (notes_ > kMostFilesNamed) return;
+        if (!text_.empty()) text_ += "\n\n";
+        text_ += text;
+    }
+
+    std::string NameOf(const OfflineRecord& edit) const {
+        const auto entry = directory_.Schema().SplitEntryName(edit.dn);
+        return entry ? entry->name : std::string();
+    }
+
+    CLDAPItems& directory_;
+    EntryStore& entries_;
+    OfflineFolder& folder_;
+    std::optional<ProfileMerge> unmerged_;
+    std::string text_;
+    std::size_t notes_ = 0;
+};
+
+}  // namespace
+
+void StoreWaitingEdits(CLDAPItems& directory, OfflineFolder& folder) {
+    const EditsLock lock(folder.Path(), 0);
+    if (!lock) return;
+    const ConnectionScope connection(directory.Connection());
+    if (connection) WaitingEdits(directory, folder).Run();
+}
+
+}  // namespace depot

@@ -1,0 +1,158 @@
+#include "offline/offline_folder.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <thread>
+
+#include "platform/local_file.h"
+#include "support/offline_files.h"
+
+namespace depot {
+namespace {
+
+using test::FilesIn;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+constexpr char kPlace[] = "ldap.test:389";
+constexpr std::uint64_t kPlenty = 1024 * 1024;
+
+OfflineRecord Record(OfflineKind kind, const std::string& name, const std::string& text) {
+    return {.kind = kind, .dn = "cn=" + name + ",dc=test", .bytes = {text.begin(), text.end()}};
+}
+
+std::string TextOf(const std::optional<OfflineRecord>& record) {
+    return record ? std::string(record->bytes.begin(), record->bytes.end()) : "(nothing)";
+}
+
+class OfflineFolderTest : public testing::Test {
+protected:
+    std::string Read(OfflineKind kind, const std::string& name) {
+        return TextOf(folder_.Read(kind, "cn=" + name + ",dc=test"));
+    }
+    void Damage(const std::string& path) {
+        ASSERT_TRUE(WriteLocalFile(path, "damaged", 7));
+    }
+
+    test::CleanOfflineFiles clean_;
+    OfflineFolder folder_{kPlace, kPlenty};
+};
+
+TEST_F(OfflineFolderTest, RecordsComeBackByKindAndName) {
+    EXPECT_TRUE(folder_.Write(Record(OfflineKind::kFile, "a.kra", "fetched")));
+    EXPECT_TRUE(folder_.Write(Record(OfflineKind::kEdit, "a.kra", "edited")));
+    EXPECT_EQ("fetched", Read(OfflineKind::kFile, "a.kra"));
+    EXPECT_EQ("edited", Read(OfflineKind::kEdit, "a.kra"));
+    EXPECT_EQ("(nothing)", Read(OfflineKind::kFolder, "a.kra"));
+    EXPECT_EQ("(nothing)", Read(OfflineKind::kFile, "b.kra"));
+    // One entry has several spellings.
+    EXPECT_EQ("fetched", TextOf(folder_.Read(OfflineKind::kFile, "CN=A.KRA, DC=test")));
+}
+
+TEST_F(OfflineFolderTest, NothingIsReadableOnTheDisk) {
+    folder_.Write(Record(OfflineKind::kFile, "secret.kra", "password"));
+    const auto files = FilesIn(folder_.Path(), "*.file");
+    ASSERT_EQ(1u, files.size());
+    const auto bytes = ReadLocalFile(files.front());
+    const std::string text(bytes->begin(), bytes->end());
+    EXPECT_THAT(text, testing::Not(testing::HasSubstr("password")));
+    EXPECT_THAT(files.front(), testing::Not(testing::HasSubstr("secret")));
+}
+
+TEST_F(OfflineFolderTest, ADamagedFileIsSetAsideAndNamedOnce) {
+    folder_.Write(Record(OfflineKind::kEdit, "a.kra", "edited"));
+    Damage(FilesIn(folder_.Path(), "*.edit").front());
+    EXPECT_EQ("(nothing)", Read(OfflineKind::kEdit, "a.kra"));
+    EXPECT_FALSE(folder_.HasEdits());
+    const auto aside = FilesIn(folder_.Path(), "*.damaged");
+    ASSERT_EQ(1u, aside.size());
+    EXPECT_THAT(folder_.TakeDamaged(), ElementsAre(aside.front()));
+    EXPECT_THAT(folder_.TakeDamaged(), IsEmpty());
+}
+
+TEST_F(OfflineFolderTest, ARecordOfAnotherPlaceOrEntryIsSetAside) {
+    OfflineFolder other("other.test:389", kPlenty);
+    other.Write(Record(OfflineKind::kFile, "a.kra", "foreign"));
+    folder_.Write(Record(OfflineKind::kFile, "a.kra", "own"));
+    folder_.Write(Record(OfflineKind::kFile, "b.kra", "own"));
+    const std::string own = FilesIn(folder_.Path(), "*.file").front();
+    const std::string foreign = FilesIn(other.Path(), "*.file").front();
+    ASSERT_TRUE(CopyFileA(foreign.c_str(), own.c_str(), FALSE));
+    EXPECT_THAT((std::vector{Read(OfflineKind::kFile, "a.kra"), Read(OfflineKind::kFile, "b.kra")}),
+                testing::UnorderedElementsAre("(nothing)", "own"));
+    EXPECT_EQ(1u, folder_.TakeDamaged().size());
+}
+
+TEST_F(OfflineFolderTest, TheOldestFetchedFilesGiveWayAndEditsStay) {
+    OfflineFolder small(kPlace, 8000);
+    EXPECT_TRUE(small.Write(Record(OfflineKind::kEdit, "edit.kra", std::string(9000, 'e'))));
+    for (int number = 0; number < 6; ++number) {
+        EXPECT_TRUE(small.Write(Record(OfflineKind::kFile, std::to_string(number) + ".kra",
+                                       std::string(2000, 'f'))));
+        Sleep(20);
+    }
+    EXPECT_EQ("(nothing)", Read(OfflineKind::kFile, "0.kra"));
+    EXPECT_EQ(std::string(2000, 'f'), Read(OfflineKind::kFile, "5.kra"));
+    EXPECT_EQ(std::string(9000, 'e'), Read(OfflineKind::kEdit, "edit.kra"));
+    EXPECT_FALSE(small.Write(Record(OfflineKind::kFile, "5.kra", std::string(9000, 'f'))));
+    EXPECT_EQ("(nothing)", Read(OfflineKind::kFile, "5.kra"));
+}
+
+TEST_F(OfflineFolderTest, EditsComeInTheOrderOfTheirNumbersWhateverTheClockSays) {
+    ASSERT_TRUE(folder_.Prepare());
+    for (const char* const name : {"c.kra", "a.kra", "b.kra"}) {
+        const EditsLock lock(folder_.Path(), 0);
+        ASSERT_TRUE(lock);
+        OfflineRecord edit = Record(OfflineKind::kEdit, name, name);
+        edit.number = lock.TakeNumber();
+        EXPECT_TRUE(folder_.Write(edit));
+    }
+    std::vector<std::string> names;
+    for (const OfflineRecord& edit : folder_.Edits()) {
+        names.emplace_back(edit.bytes.begin(), edit.bytes.end());
+    }
+    EXPECT_THAT(names, ElementsAre("c.kra", "a.kra", "b.kra"));
+}
+
+TEST_F(OfflineFolderTest, OneProcessAtATimeHoldsTheEdits) {
+    ASSERT_TRUE(folder_.Prepare());
+    {
+        const EditsLock first(folder_.Path(), 0);
+        ASSERT_TRUE(first);
+        EXPECT_FALSE(EditsLock(folder_.Path(), 0));
+    }
+    EXPECT_TRUE(EditsLock(folder_.Path(), 0));
+    EXPECT_FALSE(EditsLock("", 0));
+}
+
+TEST_F(OfflineFolderTest, AWaiterGetsTheEditsWhenTheyAreFree) {
+    ASSERT_TRUE(folder_.Prepare());
+    auto first = std::make_unique<EditsLock>(folder_.Path(), 0);
+    std::thread waiter([&] { EXPECT_TRUE(EditsLock(folder_.Path(), 60'000)); });
+    Sleep(50);
+    first.reset();
+    waiter.join();
+}
+
+TEST_F(OfflineFolderTest, NamesOutsideOfAsciiComeBack) {
+    // A letter that every code page of the tests has.
+    for (const std::string& name : {std::string("plain.kra"), test::LetterOfCodePage() + ".kra"}) {
+        EXPECT_TRUE(folder_.Write(Record(OfflineKind::kFile, name, "x")));
+        const auto record = folder_.Read(OfflineKind::kFile, "cn=" + name + ",dc=test");
+        ASSERT_TRUE(record) << name;
+        EXPECT_EQ("cn=" + name + ",dc=test", record->dn);
+    }
+}
+
+TEST_F(OfflineFolderTest, AWriteThatCannotBeMadeLeavesTheEarlierRecord) {
+    folder_.Write(Record(OfflineKind::kEdit, "a.kra", "first"));
+    const std::string path = FilesIn(folder_.Path(), "*.edit").front();
+    const test::OpenFile held(path);
+    EXPECT_FALSE(folder_.Write(Record(OfflineKind::kEdit, "a.kra", "second")));
+    held.Close();
+    EXPECT_EQ("first", Read(OfflineKind::kEdit, "a.kra"));
+}
+
+}  // namespace
+}  // namespace depot
