@@ -65,8 +65,8 @@ public:
 
 private:
     bool ReadHeader(std::string_view text, ProfileLine& line) {
-        const std::size_t end = letters_ == LetterCase::kOfAscii ? text.rfind(']')
-                                                                 : FindLastCharacter(text, ']');
+        const std::size_t end =
+            letters_ == LetterCase::kOfAscii ? text.rfind(']') : FindLastCharacter(text, ']');
         if (end == std::string_view::npos) return false;
         line.kind = LineKind::kHeader;
         line.name = text.substr(1, end - 1);

@@ -154,9 +154,9 @@ private:
     }
 
     void TakeAdditionsAndChanges() {
-        std::size_t place = 0;        // behind which line of theirs, counted from 1
+        std::size_t place = 0;  // behind which line of theirs, counted from 1
         std::uint32_t section = 0;
-        bool isNew = false;           // the section, to theirs and to the base
+        bool isNew = false;  // the section, to theirs and to the base
         for (const ProfileLine& line : ours_.lines) {
             if (line.section != section) {
                 section = line.section;
@@ -224,8 +224,8 @@ private:
         }
     }
 
-    // A section that ours deleted stays where theirs has values of its own in it. What else stood in
-    // it when both began is deleted with it.
+    // A section that ours deleted stays where theirs has values of its own in it. What else stood
+    // in it when both began is deleted with it.
     void DropEmptiedSections() {
         if (deletedSections_.empty()) return;
         std::unordered_set<std::uint32_t> kept;
@@ -318,13 +318,13 @@ private:
     const Version& base_;
     const Version& theirs_;
     const Version& ours_;
-    std::vector<Change> changed_;                                      // of each line of theirs
+    std::vector<Change> changed_;  // of each line of theirs
     // What the lines of theirs are followed by, counted from the first one's front: values of the
     // section that they are in, and then other sections.
     std::vector<std::vector<const ProfileLine*>> values_, sections_;
-    std::unordered_map<std::uint32_t, std::size_t> sectionEnds_;       // behind their last lines
-    std::unordered_set<std::uint32_t> inserted_;                       // headers
-    std::unordered_set<std::uint32_t> deletedSections_;                // by ours
+    std::unordered_map<std::uint32_t, std::size_t> sectionEnds_;  // behind their last lines
+    std::unordered_set<std::uint32_t> inserted_;                  // headers
+    std::unordered_set<std::uint32_t> deletedSections_;           // by ours
     std::vector<MergeConflict> conflicts_;
 };
 
@@ -364,9 +364,9 @@ std::optional<ProfileMerge> MergeUtf16(const ProfileVersions& versions) {
 
 std::optional<ProfileMerge> MergeMarkedUtf8(const ProfileVersions& versions) {
     const std::size_t mark = kUtf8Mark.size();
-    auto merged = MergeTexts({versions.base.substr(mark), versions.theirs.substr(mark),
-                              versions.ours.substr(mark)},
-                             LetterCase::kOfAscii);
+    auto merged = MergeTexts(
+        {versions.base.substr(mark), versions.theirs.substr(mark), versions.ours.substr(mark)},
+        LetterCase::kOfAscii);
     if (!merged) return merged;
     merged->bytes.insert(0, kUtf8Mark);
     merged->namesAreUtf8 = true;

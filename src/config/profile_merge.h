@@ -35,8 +35,8 @@ struct ProfileVersions {
 // one that is read; the n-th of one name is compared with the n-th. The order, the comments and the
 // spelling of theirs stay. What ours added stands behind what it stands behind in ours.
 //
-// A value that both sides changed, to different texts, stays as theirs has it and is a conflict, and
-// so is a comment that ours changed in a section that theirs has, too. Where one side changed
+// A value that both sides changed, to different texts, stays as theirs has it and is a conflict,
+// and so is a comment that ours changed in a section that theirs has, too. Where one side changed
 // nothing the result is the other side, byte for byte.
 //
 // Nothing comes back where both sides changed something and one of the three is no profile: a

@@ -189,7 +189,7 @@ private:
     SharedCredentials shared_;
     std::optional<CredentialsPrompt*> ownPrompt_;
     std::optional<std::uint64_t> failedCall_;  // unusable since; nothing when given up for good
-    std::uint64_t unreachedCall_ = 0;        // in which Reach failed
+    std::uint64_t unreachedCall_ = 0;          // in which Reach failed
     std::uint64_t cancelledCall_ = 0;          // in which a user gave up waiting for the server
     std::vector<std::string> serversBeside_;
     std::vector<Digest> triedBeside_;  // what was typed there and is refused here

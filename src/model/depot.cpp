@@ -130,8 +130,9 @@ CDepot::Directory::Directory(std::unique_ptr<CLDAPItems> owned)
     offline = OfflineLocation::Of(items->Location());
     if (!offline) return;
     offlineStore.emplace(store, *offline, items->Connection());
-    offline->SetStoreEdits(
-        [directory = items.get()](OfflineFolder& folder) { StoreWaitingEdits(*directory, folder); });
+    offline->SetStoreEdits([directory = items.get()](OfflineFolder& folder) {
+        StoreWaitingEdits(*directory, folder);
+    });
 }
 
 std::shared_ptr<OfflineLocation> CDepot::Offline() {

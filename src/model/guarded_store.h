@@ -18,15 +18,15 @@ namespace depot {
 struct GuardedEdit {
     EntryStore& entries;
     const std::string& dn;
-    std::span<const std::uint8_t> bytes;        // what the entry is to hold
-    const std::optional<Digest>& fetched;       // what it was made from; nothing is never stored
+    std::span<const std::uint8_t> bytes;   // what the entry is to hold
+    const std::optional<Digest>& fetched;  // what it was made from; nothing is never stored
     std::optional<std::span<const std::uint8_t>> base;  // the same, whole; nothing merges nothing
 };
 
 // Stores the edit while the entry holds what it was made from, else fails with kContentsChanged and
-// leaves the entry. With a base it is put into what the entry holds then, value by value; `unmerged`
-// receives what could not be, where both sides changed a value, and the result is the failure too.
-// REQUIRES: a connection.
+// leaves the entry. With a base it is put into what the entry holds then, value by value;
+// `unmerged` receives what could not be, where both sides changed a value, and the result is the
+// failure too. REQUIRES: a connection.
 Result StoreGuarded(const GuardedEdit& edit, std::optional<ProfileMerge>& unmerged);
 
 // Returns `theirs` with what `ours` changed of `base`; nothing where that is not possible, or both

@@ -34,8 +34,8 @@ public:
             if (stored) KeepStored(edit);
         }
         for (const std::string& damaged : folder_.TakeDamaged()) {
-            Note(Concatenate({"A file that waited for the directory cannot be read any more:\n",
-                              damaged}));
+            Note(Concatenate(
+                {"A file that waited for the directory cannot be read any more:\n", damaged}));
         }
         if (!text_.empty()) ShowNotice(text_, kMessageTitle, nullptr);
     }
@@ -87,15 +87,17 @@ private:
     bool Recover(const OfflineRecord& edit, const Result& failure) {
         const std::string kept = KeepRecovered(NameOf(edit), edit.bytes.data(), edit.bytes.size());
         if (kept.empty()) return false;
-        std::string text = Concatenate({"\"", NameOf(edit), "\" was edited while the directory ",
-                                        "could not be reached"});
+        std::string text = Concatenate(
+            {"\"", NameOf(edit), "\" was edited while the directory ", "could not be reached"});
         if (unmerged_) {
-            text += Concatenate({". Your changes were added to what someone else has stored since, "
-                                 "but for these values, which were changed there as well:\n",
-                                 ConflictList(*unmerged_), "\nYour version is kept here:\n"});
+            text +=
+                Concatenate({". Your changes were added to what someone else has stored since, "
+                             "but for these values, which were changed there as well:\n",
+                             ConflictList(*unmerged_), "\nYour version is kept here:\n"});
         } else if (failure.Is(Reason::kChanged) || failure.Is(Reason::kExists)) {
-            text += ", and someone else has stored another version since. That version stays; "
-                    "yours is kept here:\n";
+            text +=
+                ", and someone else has stored another version since. That version stays; "
+                "yours is kept here:\n";
         } else {
             text += Concatenate({", and cannot be stored. ", TrimTrailingBlanks(failure.Text()),
                                  "\nYour version is kept here:\n"});

@@ -7,10 +7,10 @@
 namespace depot {
 
 // Stores the edits that wait, in their order, each while its entry holds what it was made from, or
-// into what it holds where the location merges conflicts. One that cannot be stored so is kept among
-// the recovered files, and one message box names those. Where the server cannot be reached any more
-// the rest waits on, and so does all while another process is about it. An edit that was stored
-// before, by a process that ended then, is not stored twice.
+// into what it holds where the location merges conflicts. One that cannot be stored so is kept
+// among the recovered files, and one message box names those. Where the server cannot be reached
+// any more the rest waits on, and so does all while another process is about it. An edit that was
+// stored before, by a process that ended then, is not stored twice.
 void StoreWaitingEdits(CLDAPItems& directory, OfflineFolder& folder);
 
 }  // namespace depot

@@ -90,8 +90,8 @@ EditsLock::EditsLock(const std::string& folder, DWORD milliseconds) {
     const std::string path = JoinPath(folder, kLockName);
     const ULONGLONG end = GetTickCount64() + milliseconds;
     for (;;) {
-        file_ = OwnFile(CreateFileA(path.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_ALWAYS,
-                                    FILE_ATTRIBUTE_NORMAL, nullptr));
+        file_ = OwnFile(CreateFileA(path.c_str(), GENERIC_READ | GENERIC_WRITE, 0, nullptr,
+                                    OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
         if (file_ || GetLastError() != ERROR_SHARING_VIOLATION || GetTickCount64() >= end) return;
         Sleep(kLockPause);
     }

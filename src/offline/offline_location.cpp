@@ -95,9 +95,8 @@ OfflineItem OfflineLocation::Look(const std::string& dn, const std::string& pare
     if (!siblings) return OfflineItem::kUnknown;
     const std::string wanted = ComparableDN(dn);
     const auto found =
-        std::find_if(siblings->begin(), siblings->end(), [&](const OfflineChild& child) {
-            return ComparableDN(child.dn) == wanted;
-        });
+        std::find_if(siblings->begin(), siblings->end(),
+                     [&](const OfflineChild& child) { return ComparableDN(child.dn) == wanted; });
     if (found == siblings->end()) return OfflineItem::kMissing;
     return found->isFolder ? OfflineItem::kFolder : OfflineItem::kFile;
 }

@@ -103,7 +103,8 @@ std::optional<OfflineRecord> DecodeOfflineRecord(std::span<const std::uint8_t> b
     if (bytes.size() < kSignature.size() + sizeof(Digest)) return std::nullopt;
     const auto sealed = bytes.first(bytes.size() - sizeof(Digest));
     const Digest digest = DigestOf(sealed.data(), sealed.size());
-    if (!std::equal(digest.begin(), digest.end(), bytes.end() - sizeof(Digest))) return std::nullopt;
+    if (!std::equal(digest.begin(), digest.end(), bytes.end() - sizeof(Digest)))
+        return std::nullopt;
     if (!std::equal(kSignature.begin(), kSignature.end(), sealed.begin())) return std::nullopt;
     Reader reader(sealed.subspan(kSignature.size()));
     OfflineRecord record;

@@ -29,9 +29,9 @@ ProtectionCalls Calls() {
     HMODULE module = library.Get();
     if (module == nullptr) module = library.Keep(LoadLibraryAlone(SystemFolder() + "crypt32.dll"));
     if (module == nullptr) return {};
-    return {FunctionCast<decltype(&CryptProtectData)>(GetProcAddress(module, "CryptProtectData")),
-            FunctionCast<decltype(&CryptUnprotectData)>(
-                GetProcAddress(module, "CryptUnprotectData"))};
+    return {
+        FunctionCast<decltype(&CryptProtectData)>(GetProcAddress(module, "CryptProtectData")),
+        FunctionCast<decltype(&CryptUnprotectData)>(GetProcAddress(module, "CryptUnprotectData"))};
 }
 
 DATA_BLOB BlobOf(std::span<const std::uint8_t> bytes) {

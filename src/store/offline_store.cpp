@@ -97,9 +97,9 @@ Result OfflineStore::ListApart(const std::string& folder, const TakeItem& take) 
     if (!children) return Away(folder);
     for (const OfflineRecord& edit : kept_.Folder().Edits()) {
         const bool isHere = ComparableDN(FolderOf(edit.dn)) == ComparableDN(folder);
-        const bool isListed = std::any_of(children->begin(), children->end(), [&](const auto& child) {
-            return ComparableDN(child.dn) == ComparableDN(edit.dn);
-        });
+        const bool isListed = std::any_of(
+            children->begin(), children->end(),
+            [&](const auto& child) { return ComparableDN(child.dn) == ComparableDN(edit.dn); });
         if (!isHere || isListed) continue;
         const std::size_t nameLength = edit.dn.size() - FolderOf(edit.dn).size();
         children->push_back({edit.dn.substr(0, nameLength) + folder, false});

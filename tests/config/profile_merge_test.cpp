@@ -46,9 +46,9 @@ constexpr char kBase[] =
 TEST(ProfileMergeTest, EachSidesOwnEditsAreKept) {
     EXPECT_EQ(
         "; office\r\n[Session]\r\nTitle=Home\r\nHost=one\r\n\r\n[View]\r\nColour=2\r\n",
-        Merged({kBase,
-                "; office\r\n[Session]\r\nTitle=Home\r\nHost=one\r\n\r\n[View]\r\nColour=1\r\n",
-                "; office\r\n[Session]\r\nTitle=Office\r\nHost=one\r\n\r\n[View]\r\nColour=2\r\n"}));
+        Merged(
+            {kBase, "; office\r\n[Session]\r\nTitle=Home\r\nHost=one\r\n\r\n[View]\r\nColour=1\r\n",
+             "; office\r\n[Session]\r\nTitle=Office\r\nHost=one\r\n\r\n[View]\r\nColour=2\r\n"}));
 }
 
 TEST(ProfileMergeTest, WhereOneSideChangedNothingTheOtherOneIsTakenByteForByte) {
@@ -82,8 +82,7 @@ TEST(ProfileMergeTest, ANewValueStandsBehindWhatItStandsBehindInOurs) {
     EXPECT_EQ("[S]\na=1\nnew=1\nb=3\n\n[T]\nx=1\n",
               Merged({"[S]\na=1\nb=2\n\n[T]\nx=1\n", "[S]\na=1\nb=3\n\n[T]\nx=1\n",
                       "[S]\na=1\nnew=1\nb=2\n\n[T]\nx=1\n"}));
-    EXPECT_EQ("[S]\nnew=1\na=2\n",
-              Merged({"[S]\na=1\n", "[S]\na=2\n", "[S]\nnew=1\na=1\n"}));
+    EXPECT_EQ("[S]\nnew=1\na=2\n", Merged({"[S]\na=1\n", "[S]\na=2\n", "[S]\nnew=1\na=1\n"}));
 }
 
 TEST(ProfileMergeTest, ANewValueAtTheEndOfASectionStandsBeforeTheBlankLines) {
@@ -109,8 +108,8 @@ TEST(ProfileMergeTest, ADeletedValueIsDeleted) {
 }
 
 TEST(ProfileMergeTest, ADeletedSectionIsDeletedUnlessTheirsHasValuesOfItsOwnInIt) {
-    EXPECT_EQ("[T]\nx=2\n", Merged({"[S]\n; s\na=1\n[T]\nx=1\n", "[S]\n; s\na=1\n[T]\nx=2\n",
-                                    "[T]\nx=1\n"}));
+    EXPECT_EQ("[T]\nx=2\n",
+              Merged({"[S]\n; s\na=1\n[T]\nx=1\n", "[S]\n; s\na=1\n[T]\nx=2\n", "[T]\nx=1\n"}));
     EXPECT_EQ("[S]\nb=1\n[T]\n", Merged({"[S]\na=1\n[T]\n", "[S]\na=1\nb=1\n[T]\n", "[T]\n"}));
 }
 
@@ -120,7 +119,8 @@ TEST(ProfileMergeTest, AValueThatIsNewInADeletedSectionBringsTheSectionBack) {
 }
 
 TEST(ProfileMergeTest, WhatBothChangedAlikeIsNoConflict) {
-    EXPECT_EQ("[S]\na=2\nb=1\n", Merged({"[S]\na=1\nb=0\n", "[S]\na=2\nb=1\n", "[s]\nA= 2\nb=0\n"}));
+    EXPECT_EQ("[S]\na=2\nb=1\n",
+              Merged({"[S]\na=1\nb=0\n", "[S]\na=2\nb=1\n", "[s]\nA= 2\nb=0\n"}));
 }
 
 TEST(ProfileMergeTest, AValueThatBothChangedStaysAsTheirsHasItAndIsNamed) {
@@ -149,8 +149,7 @@ TEST(ProfileMergeTest, ACommentThatOnlyOursHasIsNamedByItsSection) {
                 ElementsAre(MergeConflict{"S", ""}));
     EXPECT_THAT(ConflictsOf({"[S]\na=1\n", "[S]\na=2\n", "; mine\n[S]\na=1\n"}),
                 ElementsAre(MergeConflict{"", ""}));
-    EXPECT_THAT(ConflictsOf({"[S]\na=1\n", "[S]\n; both\na=2\n", "[S]\n; both\na=1\n"}),
-                IsEmpty());
+    EXPECT_THAT(ConflictsOf({"[S]\na=1\n", "[S]\n; both\na=2\n", "[S]\n; both\na=1\n"}), IsEmpty());
 }
 
 TEST(ProfileMergeTest, RepeatedNamesAreComparedInTheirOrder) {
@@ -160,8 +159,7 @@ TEST(ProfileMergeTest, RepeatedNamesAreComparedInTheirOrder) {
 }
 
 TEST(ProfileMergeTest, TheLastLineMayLackItsEnd) {
-    EXPECT_EQ("[S]\r\na=2\r\nb=1\r\n",
-              Merged({"[S]\r\na=1", "[S]\r\na=2", "[S]\r\na=1\r\nb=1"}));
+    EXPECT_EQ("[S]\r\na=2\r\nb=1\r\n", Merged({"[S]\r\na=1", "[S]\r\na=2", "[S]\r\na=1\r\nb=1"}));
     EXPECT_EQ("[S]\r\na=1\r\nb=3",
               Merged({"[S]\r\na=0\r\nb=1", "[S]\r\na=1\r\nb=1", "[S]\r\na=0\r\nb=3"}));
 }
@@ -172,9 +170,8 @@ TEST(ProfileMergeTest, WhatIsAddedEndsAsTheLinesOfTheirsDo) {
 
 TEST(ProfileMergeTest, FilesThatAreNoProfilesAreNotMerged) {
     const std::string withNul("[S]\na=1\0\n", 9);
-    for (const std::string& file :
-         {std::string("some text\n"), std::string("a=1\n[S]\n"), withNul, Utf16(u"[S]\na=1\n"),
-          std::string("\xEF\xBB\xBF[S]\na=1\n")}) {
+    for (const std::string& file : {std::string("some text\n"), std::string("a=1\n[S]\n"), withNul,
+                                    Utf16(u"[S]\na=1\n"), std::string("\xEF\xBB\xBF[S]\na=1\n")}) {
         EXPECT_FALSE(MergeProfiles({file, "[S]\na=2\n", "[S]\na=3\n"}));
         EXPECT_FALSE(MergeProfiles({"[S]\na=1\n", file, "[S]\na=3\n"}));
         EXPECT_FALSE(MergeProfiles({"[S]\na=1\n", "[S]\na=2\n", file}));
@@ -182,10 +179,9 @@ TEST(ProfileMergeTest, FilesThatAreNoProfilesAreNotMerged) {
 }
 
 TEST(ProfileMergeTest, Utf16ProfilesStayUtf16) {
-    const auto merge =
-        MergeProfiles({Utf16(u"[\u30A2]\r\n\u8868=1\r\nx=1\r\n"),
-                       Utf16(u"[\u30A2]\r\n\u8868=2\r\nx=1\r\n"),
-                       Utf16(u"[\u30A2]\r\n\u8868=3\r\nx=\U0001F600\xD800\r\n\U0001F601=5\r\n")});
+    const auto merge = MergeProfiles(
+        {Utf16(u"[\u30A2]\r\n\u8868=1\r\nx=1\r\n"), Utf16(u"[\u30A2]\r\n\u8868=2\r\nx=1\r\n"),
+         Utf16(u"[\u30A2]\r\n\u8868=3\r\nx=\U0001F600\xD800\r\n\U0001F601=5\r\n")});
     ASSERT_TRUE(merge);
     EXPECT_EQ(Utf16(u"[\u30A2]\r\n\u8868=2\r\nx=\U0001F600\xD800\r\n\U0001F601=5\r\n"),
               merge->bytes);
@@ -293,8 +289,8 @@ TEST(ProfileMergeTest, EveryValueOfTenThousandRandomMergesIsWhereItBelongs) {
         const Sections base = random.Make();
         const Sections theirs = random.Changed(base);
         const Sections ours = random.Changed(base);
-        const auto merge = MergeProfiles({RandomProfiles::Text(base), RandomProfiles::Text(theirs),
-                                          RandomProfiles::Text(ours)});
+        const auto merge = MergeProfiles(
+            {RandomProfiles::Text(base), RandomProfiles::Text(theirs), RandomProfiles::Text(ours)});
         ASSERT_TRUE(merge);
         const Sections result = Parsed(merge->bytes);
         std::size_t conflicts = 0;

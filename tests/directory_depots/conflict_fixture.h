@@ -31,7 +31,7 @@ inline ULONG LDAPAPI StoreThenModify(LDAP* connection, char* dn, LDAPModA** chan
 }
 
 inline ULONG LDAPAPI StoreThenModifyIf(LDAP* connection, char* dn, LDAPModA** changes,
-                                LDAPControlA** server, LDAPControlA** client) {
+                                       LDAPControlA** server, LDAPControlA** client) {
     other.Store();
     return other.conditional(connection, dn, changes, server, client);
 }

@@ -1,4 +1,6 @@
 // Write-backs that put their edits into what someone else stored meanwhile.
+#include <functional>
+
 #include "directory_depots/conflict_fixture.h"
 #include "platform/local_file.h"
 
@@ -24,6 +26,31 @@ protected:
 
     // What someone else made of the file.
     void Theirs(const std::string& bytes) { Overwrite(bytes); }
+
+    // Has someone store another version just before each of so many changes reaches the server.
+    void StoreBetween(int times) {
+        attempts_ = 0;
+        between_ = [this, times] {
+            if (++attempts_ > times) return;
+            const std::string bytes = "[S]\r\nK=old\r\nL=" + std::to_string(attempts_) + "\r\n";
+            CDepotPath location = place_->Location();
+            CLDAPItems directory(&location);
+            const ConnectionScope connection(directory, nullptr);
+            EXPECT_THAT(directory.Entries().Replace(Entry(), bytes.data(),
+                                                    static_cast<std::uint32_t>(bytes.size())),
+                        IsDone());
+        };
+        DirectoryClient& client = Directory().Client();
+        test::other = {place_, Entry(), client.ldap_modify_s, client.ldap_modify_ext_s};
+        client.ldap_modify_ext_s = [](LDAP* connection, char* dn, LDAPModA** changes,
+                                      LDAPControlA** server, LDAPControlA** controls) -> ULONG {
+            between_();
+            return test::other.conditional(connection, dn, changes, server, controls);
+        };
+    }
+
+    static inline std::function<void()> between_;
+    int attempts_ = 0;
 };
 
 TEST_F(MergeTest, AnEditGoesIntoTheVersionThatSomeoneElseStored) {
@@ -91,47 +118,20 @@ TEST_F(MergeTest, AFileThatIsNoProfileIsNotMerged) {
 TEST_F(MergeTest, WhatIsStoredBetweenReadingAndMergingIsMergedToo) {
     const auto file = LoadChanged();
     Theirs("[S]\r\nK=old\r\nL=first\r\n");
-    static int stored;
-    stored = 0;
-    DirectoryClient& client = Directory().Client();
-    test::other = {place_, Entry(), client.ldap_modify_s, client.ldap_modify_ext_s};
-    client.ldap_modify_ext_s = [](LDAP* connection, char* dn, LDAPModA** changes,
-                                  LDAPControlA** server, LDAPControlA** clientControls) -> ULONG {
-        if (stored++ == 0) {
-            test::other.server->Apply(
-                "dn: " + test::other.dn +
-                "\nchangetype: modify\nreplace: quillonFileContentsBinary\n"
-                "quillonFileContentsBinary:: W1NdDQpLPW9sZA0KTD1zZWNvbmQNCg==\n");
-        }
-        return test::other.conditional(connection, dn, changes, server, clientControls);
-    };
+    StoreBetween(1);
     EXPECT_TRUE(file->Release());
-    EXPECT_EQ("[S]\r\nK=new\r\nL=second\r\n", Stored());
-    EXPECT_EQ(2, stored);
+    EXPECT_EQ("[S]\r\nK=new\r\nL=1\r\n", Stored());
+    EXPECT_EQ(2, attempts_);
 }
 
 TEST_F(MergeTest, WhoeverIsFasterEachTimeWins) {
     const auto file = LoadChanged();
     Theirs("[S]\r\nK=old\r\nL=first\r\n");
-    static int attempts;
-    attempts = 0;
-    DirectoryClient& client = Directory().Client();
-    test::other = {place_, Entry(), client.ldap_modify_s, client.ldap_modify_ext_s};
-    client.ldap_modify_ext_s = [](LDAP* connection, char* dn, LDAPModA** changes,
-                                  LDAPControlA** server, LDAPControlA** clientControls) -> ULONG {
-        test::other.server->Apply("dn: " + test::other.dn +
-                                  "\nchangetype: modify\nreplace: quillonFileContentsBinary\n"
-                                  "quillonFileContentsBinary: [S]\nquillonFileContentsBinary: x\n");
-        test::other.server->Apply("dn: " + test::other.dn +
-                                  "\nchangetype: modify\nreplace: quillonFileContentsBinary\n"
-                                  "quillonFileContentsBinary: [S" +
-                                  std::to_string(++attempts) + "]\n");
-        return test::other.conditional(connection, dn, changes, server, clientControls);
-    };
+    StoreBetween(100);
     EXPECT_FALSE(file->Release());
-    EXPECT_EQ(8, attempts);
-    EXPECT_EQ("[S8]", Stored());
-    ASSERT_EQ(1u, RecoveredFiles().size());
+    EXPECT_EQ(8, attempts_);
+    EXPECT_EQ("[S]\r\nK=old\r\nL=8\r\n", Stored());
+    ExpectRecovered("[S]\r\nK=new\r\nL=old\r\n");
 }
 
 TEST_F(MergeTest, WithoutTheAssertionControlVersionsAreComparedBeforeTheChange) {

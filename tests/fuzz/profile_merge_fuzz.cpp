@@ -21,16 +21,14 @@ bool AreSame(const std::string* left, const std::string* right) {
     return left == nullptr || right == nullptr ? left == right : *left == *right;
 }
 
-
 bool HasRepeatedNames(const std::string& text) {
     std::set<std::string> seen;
     NameTable names;
     const auto lines = ReadProfileLines(text, LetterCase::kOfCodePage, names);
     for (const ProfileLine& line : *lines) {
         if (line.kind != LineKind::kHeader && line.kind != LineKind::kValue) continue;
-        const std::string place = line.kind == LineKind::kHeader
-                                      ? std::string("[")
-                                      : std::to_string(line.section) + "=";
+        const std::string place =
+            line.kind == LineKind::kHeader ? std::string("[") : std::to_string(line.section) + "=";
         if (!seen.insert(place + ToLower(line.name)).second) return true;
     }
     return false;

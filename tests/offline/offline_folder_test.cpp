@@ -31,9 +31,7 @@ protected:
     std::string Read(OfflineKind kind, const std::string& name) {
         return TextOf(folder_.Read(kind, "cn=" + name + ",dc=test"));
     }
-    void Damage(const std::string& path) {
-        ASSERT_TRUE(WriteLocalFile(path, "damaged", 7));
-    }
+    void Damage(const std::string& path) { ASSERT_TRUE(WriteLocalFile(path, "damaged", 7)); }
 
     test::CleanOfflineFiles clean_;
     OfflineFolder folder_{kPlace, kPlenty};
@@ -88,8 +86,8 @@ TEST_F(OfflineFolderTest, TheOldestFetchedFilesGiveWayAndEditsStay) {
     OfflineFolder small(kPlace, 8000);
     EXPECT_TRUE(small.Write(Record(OfflineKind::kEdit, "edit.kra", std::string(9000, 'e'))));
     for (int number = 0; number < 6; ++number) {
-        EXPECT_TRUE(small.Write(Record(OfflineKind::kFile, std::to_string(number) + ".kra",
-                                       std::string(2000, 'f'))));
+        EXPECT_TRUE(small.Write(
+            Record(OfflineKind::kFile, std::to_string(number) + ".kra", std::string(2000, 'f'))));
         Sleep(20);
     }
     EXPECT_EQ("(nothing)", Read(OfflineKind::kFile, "0.kra"));

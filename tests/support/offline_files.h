@@ -47,8 +47,8 @@ inline std::string LetterOfCodePage() {
 class OpenFile {
 public:
     explicit OpenFile(const std::string& path)
-        : file_(OwnFile(CreateFileA(path.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0,
-                                    nullptr))) {}
+        : file_(OwnFile(
+              CreateFileA(path.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr))) {}
     void Close() const { file_.reset(); }
 
 private:
