@@ -37,6 +37,7 @@ public:
         Result stored = whole ? Store(origin) : Failure(LDAP_LOCAL_ERROR);
         if (stored) return stored;
         reason_ = stored.Why().code;
+        if (reason_ == LDAP_ADMIN_LIMIT_EXCEEDED) limitText_ = stored.Text();
         KeepWorkingCopy(origin.refused);
         return stored;
     }
@@ -126,6 +127,7 @@ private:
         if (reason_ != LDAP_SUCCESS) directory_.SetLastError(reason_);
         if (reason_ == kContentsChanged) return ConflictText();
         if (reason_ == LDAP_NO_SUCH_ATTRIBUTE) return UnseenContentsText(Name());
+        if (reason_ == LDAP_ADMIN_LIMIT_EXCEEDED) return limitText_;
         return localError_ != ERROR_SUCCESS ? LocalErrorText() : directory_.ErrorText();
     }
 
@@ -149,6 +151,7 @@ private:
     std::optional<std::vector<std::uint8_t>> bytes_;
     DWORD localError_ = ERROR_SUCCESS;  // of the working copy itself
     std::uint32_t reason_ = LDAP_SUCCESS;
+    std::string limitText_;  // of LDAP_ADMIN_LIMIT_EXCEEDED
     std::string kept_;
     bool mustStay_ = false;
 };

@@ -39,10 +39,12 @@ constexpr char kSchemaWithoutComparison[] =
 struct OtherEditor {
     DirectoryServer* server = nullptr;
     std::string dn;
+    int changesBefore = 0;  // that reach it undisturbed
     decltype(DirectoryClient::ldap_modify_s) plain = nullptr;
     decltype(DirectoryClient::ldap_modify_ext_s) conditional = nullptr;
 
-    void Store() const {
+    void Store() {
+        if (changesBefore-- > 0) return;
         server->Apply("dn: " + dn +
                       "\nchangetype: modify\nreplace: quillonFileContentsBinary\n"
                       "quillonFileContentsBinary: theirs\n");
@@ -98,9 +100,9 @@ protected:
     }
 
     // Has someone store another version between the test and the change.
-    void LetSomeoneStoreBetween() {
+    void LetSomeoneStoreBetween(int changesBefore = 0) {
         DirectoryClient& client = Directory().Client();
-        other = {place_, Entry(), client.ldap_modify_s, client.ldap_modify_ext_s};
+        other = {place_, Entry(), changesBefore, client.ldap_modify_s, client.ldap_modify_ext_s};
         client.ldap_modify_s = &StoreThenModify;
         client.ldap_modify_ext_s = &StoreThenModifyIf;
     }
@@ -208,12 +210,24 @@ TEST_F(ConflictTest, VersionStoredJustBeforeTheChangeStaysWhereTheServerTests) {
     ExpectRecovered(kNew);
 }
 
-TEST_F(ConflictTest, VersionStoredJustBeforeTheChangeIsReplacedWhereTheServerDoesNotTest) {
+TEST_F(ConflictTest, VersionStoredJustBeforeTheChangeStaysWhereTheServerOffersNoTest) {
     DirectoryServer silent(kSilentAboutControls);
     Use(silent, test::kSuffix);
     silent.AddFile("a.kra", test::kSuffix, kOld);
     const auto file = LoadChanged();
     LetSomeoneStoreBetween();
+    EXPECT_FALSE(file->Release());
+    EXPECT_EQ("theirs", Stored());
+    ExpectRecovered(kNew);
+}
+
+TEST_F(ConflictTest, VersionStoredJustBeforeTheChangeIsReplacedWhereTheServerCannotCompare) {
+    DirectoryServer silent(std::string(kSilentAboutControls) + "\n" + kSchemaWithoutComparison);
+    Use(silent, test::kSuffix);
+    silent.AddFile("a.kra", test::kSuffix, kOld);
+    const auto file = LoadChanged();
+    // The first change is the one that the server would have to compare for.
+    LetSomeoneStoreBetween(1);
     EXPECT_TRUE(file->Release());
     EXPECT_EQ(kNew, Stored());
 }
