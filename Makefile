@@ -1,7 +1,7 @@
 # The tasks of this project; `make` alone lists them.
 
 .DEFAULT_GOAL := help
-.PHONY: help build demo browse test bench lint coverage fuzz soak screenshots dist clean format
+.PHONY: help build demo browse test bench lint coverage fuzz soak servers screenshots dist clean format
 
 RELEASE := build/release
 
@@ -71,6 +71,11 @@ soak: ## Run 10,000 sessions on each store, and let every single system call fai
 		--gtest_filter='-*OneBind*:*NoConnectionStays*:*ExistingEntryIsWritableAndStays:ConflictTest.ServerIsAskedOnce*:ConflictTest.LastWriterWins*:DirectoryMemoryTest.LoadThat*'
 	@DEPOTINTR_TEST_KEEP=60 tools/with-slapd tools/wine-run $(RELEASE)/bin/directory_component_test.exe \
 		--gtest_filter='-RoundTrips*:QuestionTest.*:*AskedDllThatCannotAsk*:*CostWhatTheyNeed'
+
+servers: ## Run the operations of a session against every directory server, and print a table
+	@tools/setup servers
+	@tools/build release
+	@tools/conformance
 
 dist: ## Leave in dist/ what users install (SIGN_PFX=file.pfx signs it)
 	@tools/setup dist

@@ -5,6 +5,8 @@
 #include "directory/assertion_control.h"
 #include "directory/entry_batches.h"
 #include "directory/entry_store.h"
+#include "directory/refused_sizes.h"
+#include "platform/wide_text.h"
 
 namespace depot {
 namespace {
@@ -78,10 +80,43 @@ private:
     LDAPModA change_ = {};
 };
 
+// A server that takes no file of this size ends the connection over it, and with it whatever else
+// is under way.
+bool IsLarge(const ContentsWrite& file) {
+    return file.contents->length > kLargeContents;
+}
+
+std::vector<ContentsWrite*> SentTogether(std::span<ContentsWrite> files) {
+    std::vector<ContentsWrite*> together;
+    together.reserve(files.size());
+    for (ContentsWrite& file : files) {
+        if (!IsLarge(file)) together.push_back(&file);
+    }
+    return together;
+}
+
 }  // namespace
 
+std::string EntryStore::NameOf(const std::string& dn) const {
+    const std::optional<EntryName> entry = schema_.SplitEntryName(dn);
+    return entry ? entry->name : std::string();
+}
+
+Result EntryStore::NamedOutcome(std::uint32_t code, const std::string& name) {
+    const auto refused = RefusedName(code, name, WideFromAnsi(name).size());
+    return refused ? Result(*refused) : connection_.Outcome(code);
+}
+
+Result EntryStore::StoredOutcome(std::uint32_t code, const std::string& name,
+                                 std::uint32_t length) {
+    if (code == LDAP_SERVER_DOWN && length > kLargeContents && connection_.Replace()) {
+        return RefusedContents(name, length);
+    }
+    return NamedOutcome(code, name);
+}
+
 Result EntryStore::AddFolder(const std::string& dn, const std::string& name, bool& added) {
-    return connection_.Outcome(AddFolderCode(dn, name, added));
+    return NamedOutcome(AddFolderCode(dn, name, added), name);
 }
 
 std::uint32_t EntryStore::AddFolderCode(const std::string& dn, const std::string& name,
@@ -95,7 +130,7 @@ std::uint32_t EntryStore::AddFolderCode(const std::string& dn, const std::string
 }
 
 Result EntryStore::AddNewFolder(const std::string& dn, const std::string& name) {
-    return connection_.Outcome(AddNewFolderCode(dn, name));
+    return NamedOutcome(AddNewFolderCode(dn, name), name);
 }
 
 std::uint32_t EntryStore::AddNewFolderCode(const std::string& dn, const std::string& name) {
@@ -109,8 +144,9 @@ Result EntryStore::AddFile(const std::string& dn, const std::string& name, const
     if (const auto gone = Unusable()) return connection_.Outcome(*gone);
     NewEntry file(schema_.NamingNames().file, name, schema_.FileClass());
     Contents contents(schema_.ContentsAttribute(), data, length);
-    return connection_.Outcome(
-        Client().ldap_add_s(Handle(), ClientText(dn), file.Attributes(contents.Get(LDAP_MOD_ADD))));
+    return StoredOutcome(
+        Client().ldap_add_s(Handle(), ClientText(dn), file.Attributes(contents.Get(LDAP_MOD_ADD))),
+        name, length);
 }
 
 Result EntryStore::Replace(const std::string& dn, const void* data, std::uint32_t length) {
@@ -123,7 +159,7 @@ Result EntryStore::Replace(const std::string& dn, const void* data, std::uint32_
     if (isUnproven && IsOfALostConnection(code) && connection_.Replace()) {
         code = Client().ldap_modify_s(Handle(), ClientText(dn), changes);
     }
-    return connection_.Outcome(code);
+    return StoredOutcome(code, NameOf(dn), length);
 }
 
 std::optional<std::uint32_t> EntryStore::Unusable() {
@@ -134,42 +170,50 @@ std::optional<std::uint32_t> EntryStore::Unusable() {
 
 void EntryStore::AddFilesTogether(std::span<ContentsWrite> files) {
     const std::string naming = schema_.NamingNames().file;
+    const std::vector<ContentsWrite*> small = SentTogether(files);
+    const auto alone = [&](ContentsWrite& file) {
+        file.result =
+            AddFile(file.dn, file.name, file.contents->bytes.get(), file.contents->length);
+    };
     Together(
-        files.size(),
+        small.size(),
         [&](RequestBatch& batch, std::size_t index) {
-            const ContentsWrite& file = files[index];
+            const ContentsWrite& file = *small[index];
             NewEntry entry(naming, file.name, schema_.FileClass());
             Contents contents(schema_.ContentsAttribute(), file.contents->bytes.get(),
                               file.contents->length);
             batch.Add(file.dn, entry.Attributes(contents.Get(LDAP_MOD_ADD)));
         },
         [&](std::size_t index, std::uint32_t code, LDAPMessage*) {
-            files[index].result = connection_.Outcome(code);
+            small[index]->result = NamedOutcome(code, small[index]->name);
         },
-        [&](std::size_t index) {
-            ContentsWrite& file = files[index];
-            file.result =
-                AddFile(file.dn, file.name, file.contents->bytes.get(), file.contents->length);
-        });
+        [&](std::size_t index) { alone(*small[index]); });
+    for (ContentsWrite& file : files) {
+        if (IsLarge(file)) alone(file);
+    }
 }
 
 void EntryStore::ReplaceTogether(std::span<ContentsWrite> files) {
+    const std::vector<ContentsWrite*> small = SentTogether(files);
+    const auto alone = [&](ContentsWrite& file) {
+        file.result = Replace(file.dn, file.contents->bytes.get(), file.contents->length);
+    };
     Together(
-        files.size(),
+        small.size(),
         [&](RequestBatch& batch, std::size_t index) {
-            const ContentsWrite& file = files[index];
+            const ContentsWrite& file = *small[index];
             Contents contents(schema_.ContentsAttribute(), file.contents->bytes.get(),
                               file.contents->length);
             LDAPModA* changes[] = {contents.Get(LDAP_MOD_REPLACE), nullptr};
             batch.Modify(file.dn, changes);
         },
         [&](std::size_t index, std::uint32_t code, LDAPMessage*) {
-            files[index].result = connection_.Outcome(code);
+            small[index]->result = connection_.Outcome(code);
         },
-        [&](std::size_t index) {
-            ContentsWrite& file = files[index];
-            file.result = Replace(file.dn, file.contents->bytes.get(), file.contents->length);
-        });
+        [&](std::size_t index) { alone(*small[index]); });
+    for (ContentsWrite& file : files) {
+        if (IsLarge(file)) alone(file);
+    }
 }
 
 void EntryStore::AddFoldersTogether(std::span<FolderAddition> folders) {
@@ -200,13 +244,39 @@ void EntryStore::AddFoldersTogether(std::span<FolderAddition> folders) {
 
 Result EntryStore::ReplaceUnchanged(const std::string& dn, const void* data, std::uint32_t length,
                                     const FileBuffer& present) {
-    if (!connection_.IsConnected() || present.length > kLargestCondition || !OffersAssertions())
+    if (!connection_.IsConnected() || present.length > kLargestCondition)
         return Replace(dn, data, length);
+    if (!OffersAssertions()) {
+        // Both versions have to fit the smallest request that servers take as they come.
+        const bool fits =
+            present.bytes && std::uint64_t{present.length} + length <= kLargestCondition;
+        return fits ? connection_.Outcome(ExchangeCode(dn, data, length, present))
+                    : Replace(dn, data, length);
+    }
     ContentsAssertion unchanged(schema_.ContentsAttribute(), present);
     Contents contents(schema_.ContentsAttribute(), data, length);
     LDAPModA* changes[] = {contents.Get(LDAP_MOD_REPLACE), nullptr};
     return connection_.Outcome(Client().ldap_modify_ext_s(Handle(), ClientText(dn), changes,
                                                           unchanged.Controls(), nullptr));
+}
+
+// Deletes the value that is believed to be there and adds the new one. A server does all of a
+// modification or nothing, and refuses to delete a value that is not there.
+std::uint32_t EntryStore::ExchangeCode(const std::string& dn, const void* data,
+                                       std::uint32_t length, const FileBuffer& present) {
+    Contents former(schema_.ContentsAttribute(), present.bytes.get(), present.length);
+    Contents contents(schema_.ContentsAttribute(), data, length);
+    LDAPModA* changes[] = {former.Get(LDAP_MOD_DELETE), contents.Get(LDAP_MOD_ADD), nullptr};
+    const std::uint32_t code = Client().ldap_modify_s(Handle(), ClientText(dn), changes);
+    switch (code) {
+        case LDAP_NO_SUCH_ATTRIBUTE:
+            return kContentsChanged;
+        // The schema has no rule by which values could be compared.
+        case LDAP_INAPPROPRIATE_MATCHING:
+            return LDAP_UNAVAILABLE_CRIT_EXTENSION;
+        default:
+            return code;
+    }
 }
 
 Result EntryStore::Rename(const std::string& oldDN, const std::string& newDN) {
@@ -216,9 +286,10 @@ Result EntryStore::Rename(const std::string& oldDN, const std::string& newDN) {
     if (const auto gone = Unusable()) return connection_.Outcome(*gone);
     constexpr INT kDeleteOldName = 1;
     const std::string parent = JoinComponents(exploded.components, 1);
-    return connection_.Outcome(Client().ldap_rename_ext_s(
+    const std::uint32_t code = Client().ldap_rename_ext_s(
         Handle(), ClientText(oldDN), ClientText(exploded.components.front()), ClientText(parent),
-        kDeleteOldName, nullptr, nullptr));
+        kDeleteOldName, nullptr, nullptr);
+    return NamedOutcome(code, NameOf(newDN));
 }
 
 Result EntryStore::Remove(const std::string& dn) {

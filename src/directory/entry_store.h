@@ -127,7 +127,9 @@ public:
     // The same without looking first; fails for one that exists.
     Result AddNewFolder(const std::string& dn, const std::string& name);
 
-    // Add a file entry and replace a file entry's contents.
+    // Add a file entry and replace a file entry's contents. A server that ends the connection over
+    // more than kLargeContents bytes, and then answers again, has refused them:
+    // LDAP_ADMIN_LIMIT_EXCEEDED.
     //
     // Kept: a file without bytes is stored as a single blank.
     // Relied on by: existing directories, in which an attribute value cannot be empty.
@@ -136,9 +138,11 @@ public:
     Result Replace(const std::string& dn, const void* data, std::uint32_t length);
 
     // Replaces the contents only while they are what `present` says, with kContentsChanged as the
-    // code when they are not. The server tests and replaces in one request when it offers to and
-    // `present` has no more than kLargestCondition bytes; else the caller, who has just read
+    // code when they are not. The server tests and replaces in one request, by the assertion
+    // control where it offers that, else by a modification that deletes `present` itself. Above
+    // kLargestCondition bytes (of both versions, without the control) the caller, who has just read
     // `present`, has tested, and whatever is stored in between is replaced.
+    // LDAP_UNAVAILABLE_CRIT_EXTENSION is the code where the server cannot compare.
     Result ReplaceUnchanged(const std::string& dn, const void* data, std::uint32_t length,
                             const FileBuffer& present);
 
@@ -233,6 +237,8 @@ private:
     std::uint32_t ReadUnchanged(const std::string& dn, const Digest& contents, FileBuffer& present);
     std::uint32_t AddNewFolderCode(const std::string& dn, const std::string& name);
     std::uint32_t AddFolderCode(const std::string& dn, const std::string& name, bool& added);
+    std::uint32_t ExchangeCode(const std::string& dn, const void* data, std::uint32_t length,
+                               const FileBuffer& present);
     std::uint32_t RemoveCode(const std::string& dn);
     std::uint32_t RemoveUnchangedCode(const std::string& dn, const FileBuffer& present);
     std::uint32_t RemoveUnchangedCode(const std::string& dn, const Digest& contents);
@@ -246,6 +252,11 @@ private:
 
     // The same as the connection's, but without a text for an entry that is missing.
     Result Answer(std::uint32_t code);
+    // The same as the connection's, but in words for a name, or for so many bytes of it, that the
+    // server may be refusing for its length.
+    Result NamedOutcome(std::uint32_t code, const std::string& name);
+    Result StoredOutcome(std::uint32_t code, const std::string& name, std::uint32_t length);
+    std::string NameOf(const std::string& dn) const;
 
     // Returns false when the client had no memory to say what the entry is.
     bool AddChild(LDAPMessage* entry, const Listing& listing);

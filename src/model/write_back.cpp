@@ -40,6 +40,7 @@ public:
         Result stored = whole ? StoreOrQueue(origin) : Failure(LDAP_LOCAL_ERROR);
         if (stored) return stored;
         reason_ = stored.Why().code;
+        if (reason_ == LDAP_ADMIN_LIMIT_EXCEEDED) limitText_ = stored.Text();
         KeepWorkingCopy(origin.refused);
         return stored;
     }
@@ -151,6 +152,7 @@ private:
         if (reason_ != LDAP_SUCCESS) directory_.SetLastError(reason_);
         if (reason_ == kContentsChanged) return ConflictText();
         if (reason_ == LDAP_NO_SUCH_ATTRIBUTE) return UnseenContentsText(Name());
+        if (reason_ == LDAP_ADMIN_LIMIT_EXCEEDED) return limitText_;
         return localError_ != ERROR_SUCCESS ? LocalErrorText() : directory_.ErrorText();
     }
 
@@ -183,6 +185,7 @@ private:
     DWORD localError_ = ERROR_SUCCESS;  // of the working copy itself
     std::uint32_t reason_ = LDAP_SUCCESS;
     std::optional<ProfileMerge> unmerged_;  // with what could not be merged
+    std::string limitText_;  // of LDAP_ADMIN_LIMIT_EXCEEDED
     std::string kept_;
     bool mustStay_ = false;
 };

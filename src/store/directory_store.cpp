@@ -284,6 +284,7 @@ Result DirectoryStore::MakeFolder(const std::string& path, FoldersAbove above) {
     const std::optional<EntryName> name = Schema().SplitEntryName(path);
     const Result added = Entries().AddNewFolder(path, name ? name->name : std::string());
     if (added || added.Is(Reason::kExists)) return {};
+    if (added.Is(Reason::kBadName)) return Looked(added);
     LdapItemList folders;
     Result made = Looked(Entries().EnsureFolders(path, folders));
     // A name with a dot is taken for a file's, and then only the folders above it are made.

@@ -1,4 +1,4 @@
-"""The three forms of the directory schema name the same things by the same numbers."""
+"""The four forms of the directory schema name the same things by the same numbers."""
 import re
 import unittest
 from pathlib import Path
@@ -41,10 +41,19 @@ def ldif_file():
     return openldap_entries(text, macros)
 
 
+def ds389_file():
+    text = (SCHEMA / "quillon-389.ldif").read_text()
+    text = re.sub(r"\n ", "", "\n".join(l for l in text.splitlines() if not l.startswith("#")))
+    return openldap_entries(text, {})
+
+
+def ldf_blocks():
+    return (SCHEMA / "quillon.ldf").read_text().split("\n\n")
+
+
 def ldf_file():
-    text = (SCHEMA / "quillon.ldf").read_text()
     entries = {}
-    for block in text.split("\n\n"):
+    for block in ldf_blocks():
         values = {}
         for name, value in re.findall(r"^(\w+): (.*)$", block, re.M):
             values.setdefault(name, []).append(value)
@@ -58,12 +67,22 @@ def ldf_file():
 
 
 class SchemaFormsTest(unittest.TestCase):
-    def test_all_three_forms_agree(self):
+    def test_all_forms_agree(self):
         schema = schema_file()
         self.assertEqual({"quillonFolder", "quillonFileBinary", "quillonFileContentsBinary"},
                          set(schema))
         self.assertEqual(schema, ldif_file())
         self.assertEqual(schema, ldf_file())
+        self.assertEqual(schema, ds389_file())
+
+    def test_classes_of_active_directory_say_who_may_do_what(self):
+        classes = [block for block in ldf_blocks() if "objectClass: classSchema" in block]
+        self.assertEqual(2, len(classes))
+        for block in classes:
+            rights = re.search(r"^defaultSecurityDescriptor: D:(.*)$", block, re.M)[1]
+            self.assertEqual({"DA": "RPWPCRCCDCLCLORCWOWDSDDTSW", "SY": "RPWPCRCCDCLCLORCWOWDSDDTSW",
+                              "AU": "RPLCLORC"},
+                             {who: what for what, who in re.findall(r"\(A;;(\w+);;;(\w+)\)", rights)})
 
     def test_every_number_hangs_from_the_one_arc(self):
         for number, *_ in schema_file().values():

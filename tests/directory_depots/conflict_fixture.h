@@ -14,10 +14,12 @@ namespace depot::test {
 struct OtherEditor {
     DirectoryServer* server = nullptr;
     std::string dn;
+    int changesBefore = 0;  // that reach it undisturbed
     decltype(DirectoryClient::ldap_modify_s) plain = nullptr;
     decltype(DirectoryClient::ldap_modify_ext_s) conditional = nullptr;
 
-    void Store() const {
+    void Store() {
+        if (changesBefore-- > 0) return;
         server->Apply("dn: " + dn +
                       "\nchangetype: modify\nreplace: quillonFileContentsBinary\n"
                       "quillonFileContentsBinary: theirs\n");
@@ -73,9 +75,9 @@ protected:
     }
 
     // Has someone store another version between the test and the change.
-    void LetSomeoneStoreBetween() {
+    void LetSomeoneStoreBetween(int changesBefore = 0) {
         DirectoryClient& client = Directory().Client();
-        other = {place_, Entry(), client.ldap_modify_s, client.ldap_modify_ext_s};
+        other = {place_, Entry(), changesBefore, client.ldap_modify_s, client.ldap_modify_ext_s};
         client.ldap_modify_s = &StoreThenModify;
         client.ldap_modify_ext_s = &StoreThenModifyIf;
     }

@@ -134,12 +134,24 @@ TEST_F(ConflictTest, VersionStoredJustBeforeTheChangeStaysWhereTheServerTests) {
     ExpectRecovered(kNew);
 }
 
-TEST_F(ConflictTest, VersionStoredJustBeforeTheChangeIsReplacedWhereTheServerDoesNotTest) {
+TEST_F(ConflictTest, VersionStoredJustBeforeTheChangeStaysWhereTheServerOffersNoTest) {
     DirectoryServer silent(kSilentAboutControls);
     Use(silent, test::kSuffix);
     silent.AddFile("a.kra", test::kSuffix, kOld);
     const auto file = LoadChanged();
     LetSomeoneStoreBetween();
+    EXPECT_FALSE(file->Release());
+    EXPECT_EQ("theirs", Stored());
+    ExpectRecovered(kNew);
+}
+
+TEST_F(ConflictTest, VersionStoredJustBeforeTheChangeIsReplacedWhereTheServerCannotCompare) {
+    DirectoryServer silent(std::string(kSilentAboutControls) + "\n" + kSchemaWithoutComparison);
+    Use(silent, test::kSuffix);
+    silent.AddFile("a.kra", test::kSuffix, kOld);
+    const auto file = LoadChanged();
+    // The first change is the one that the server would have to compare for.
+    LetSomeoneStoreBetween(1);
     EXPECT_TRUE(file->Release());
     EXPECT_EQ(kNew, Stored());
 }

@@ -41,7 +41,7 @@ protected:
                         IsDone());
         };
         DirectoryClient& client = Directory().Client();
-        test::other = {place_, Entry(), client.ldap_modify_s, client.ldap_modify_ext_s};
+        test::other = {place_, Entry(), 0, client.ldap_modify_s, client.ldap_modify_ext_s};
         client.ldap_modify_ext_s = [](LDAP* connection, char* dn, LDAPModA** changes,
                                       LDAPControlA** server, LDAPControlA** controls) -> ULONG {
             between_();

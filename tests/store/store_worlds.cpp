@@ -8,6 +8,7 @@
 #include "store/offline_store.h"
 #include "store/tree.h"
 #include "support/directory_fixture.h"
+#include "support/directory_kind.h"
 #include "support/half_writes.h"
 #include "support/memory_store.h"
 #include "support/scratch.h"
@@ -77,8 +78,10 @@ public:
                              "\nobjectClass: quillonFileBinary\ncn: \xd0\x96\xe5\xad\x97.kra\n"
                              "quillonFileContentsBinary: x\n\n");
         // Of neither class: left out, but nothing that would be missed.
+        const bool isDomain = SharedKind() == DirectoryKind::kSamba;
         SharedServer().Apply("dn: cn=role.kra," + base_ +
-                             "\nobjectClass: organizationalRole\ncn: role.kra\n\n");
+                             "\nobjectClass: " + (isDomain ? "container" : "organizationalRole") +
+                             "\ncn: role.kra\n\n");
         return {0, 2};
     }
     std::vector<std::string> ReasonsToLeaveOut() const override {

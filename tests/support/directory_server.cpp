@@ -8,6 +8,7 @@
 #include <ostream>
 #include <sstream>
 
+#include "support/directory_kind.h"
 #include "support/directory_server.h"
 #include "support/kept_seconds.h"
 
@@ -87,6 +88,28 @@ std::string Base64(const std::string& bytes) {
     return text;
 }
 
+// Some servers name attributes in capitals.
+std::string InCapitals(std::string text) {
+    for (char& letter : text) {
+        if (letter >= 'a' && letter <= 'z') letter = static_cast<char>(letter - 'a' + 'A');
+    }
+    return text;
+}
+
+// A program that names its server wants to be secured, too.
+std::string SharedSettings() {
+    switch (SharedKind()) {
+        case DirectoryKind::kPair:
+            return "kind pair\ntls\n";
+        case DirectoryKind::k389:
+            return "kind 389\n";
+        case DirectoryKind::kSamba:
+            return "kind samba\n";
+        default:
+            return std::getenv("DEPOTINTR_DIRECTORY") != nullptr ? "tls\n" : "";
+    }
+}
+
 }  // namespace
 
 std::ostream& operator<<(std::ostream& stream, const OperationCounts& counts) {
@@ -127,8 +150,9 @@ std::string DirectoryServer::Show(const std::string& base, const std::string& sc
 }
 
 bool DirectoryServer::Holds(const std::string& dn) {
-    const std::string all = "\n" + Show(kSuffix, "sub", "1.1");
-    return all.find("\ndn: " + dn + "\n") != std::string::npos;
+    std::string all = "\n" + Show(kSuffix, "sub", "1.1"), wanted = "\ndn: " + dn + "\n";
+    if (SharedKind() == DirectoryKind::kSamba) all = InCapitals(all), wanted = InCapitals(wanted);
+    return all.find(wanted) != std::string::npos;
 }
 
 bool DirectoryServer::WaitForLog(const std::string& part) {
@@ -193,7 +217,7 @@ CDepotPath DirectoryServer::Location(const std::string& base) const {
 }
 
 DirectoryServer& SharedServer() {
-    static DirectoryServer server;
+    static DirectoryServer server(SharedSettings());
     return server;
 }
 

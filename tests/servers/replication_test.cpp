@@ -1,0 +1,172 @@
+// Two servers that replicate each other behind one depot: one of them stops, at every time, and
+// both are edited at once.
+#include <gmock/gmock.h>
+
+#include <optional>
+
+#include "component/component.h"
+#include "servers/server_rows.h"
+#include "support/box_log.h"
+#include "support/component_depots.h"
+#include "support/test_folders.h"
+#include "support/waits.h"
+#include "support/working_files.h"
+
+namespace depot::test {
+namespace {
+
+constexpr char kOld[] = "[S]\r\nK=old\r\n";
+
+class ReplicationTest : public ComponentTest {
+protected:
+    ReplicationTest() {
+        first_.Follow(second_);
+        second_.Follow(first_);
+        DefineDepot("Home");
+        depots_.Dword("Home", "DefaultDepot", 1);
+        Define(first_.Port(), second_.Port());
+        first_.AddFile("a.kra", kSuffix, kOld);
+        EXPECT_TRUE(Arrives(second_, kOld));
+    }
+
+    void Define(unsigned first, unsigned second) {
+        DefineDirectoryDepot(depots_, "Corp", first, kSuffix);
+        ForgetServer(second);
+        depots_.Text("Corp", "Path2", kSuffix);
+        depots_.Dword("Corp", "Type2", kDirectoryLocation);
+        depots_.Text("Corp", "Host2", "127.0.0.1");
+        depots_.Dword("Corp", "Port2", second);
+        depots_.Dword("Corp", "Authentication2", kSimpleAuthentication);
+        depots_.Text("Corp", "Username2", kEditor);
+        depots_.Text("Corp", "Password2", kEditorPassword);
+    }
+
+    static std::string BytesAt(DirectoryServer& server) {
+        return DirectoryTestFolder(server, kSuffix, "").Bytes("a.kra");
+    }
+    // Waits until the replication has brought a version, or the server has it anyway.
+    static bool Arrives(DirectoryServer& server, const std::string& bytes) {
+        for (int attempt = 0; attempt < 200; ++attempt, Sleep(50)) {
+            if (BytesAt(server) == bytes) return true;
+        }
+        return false;
+    }
+
+    void Load(Session& session) {
+        ASSERT_THAT(api_->DPLoadFile(session.Address(), Text("<Corp>\\a.kra")), IsOk());
+    }
+    // Sets the value and flushes. What is not stored then is recovered.
+    void Store(Session& session, const wchar_t* value) {
+        EXPECT_THAT(api_->DPSetProfileString(session, Text(L"S"), Text(L"K"), Text(value)), IsOk());
+        EXPECT_THAT(api_->DPFlushFile(session), IsOk());
+    }
+
+    DirectoryServer first_{"multi"}, second_{"multi"};
+    const BoxLog boxes_;
+    const CleanWorkingFiles clean_;
+};
+
+TEST_F(ReplicationTest, SessionThatBeginsWithoutTheFirstServerUsesTheSecond) {
+    Row("the first of two replicas is down: a new session uses the second");
+    first_.Stop();
+    Session session(*api_);
+    Load(session);
+    EXPECT_EQ(L"old", Read(session, L"S", L"K"));
+    Store(session, L"new");
+    EXPECT_EQ("[S]\r\nK=new\r\n", BytesAt(second_));
+    first_.Continue();
+    EXPECT_TRUE(Arrives(first_, "[S]\r\nK=new\r\n"));
+}
+
+TEST_F(ReplicationTest, EditOfASessionWhoseServerWentIsRecoveredAndNewSessionsUseTheSecond) {
+    Row("the replica in use goes away: the edit is recovered, the next session works");
+    {
+        Session session(*api_);
+        Load(session);
+        first_.Stop();
+        Store(session, L"new");
+    }
+    ASSERT_EQ(1u, RecoveredFiles().size());
+    EXPECT_EQ("[S]\r\nK=new\r\n", FileBytes(RecoveredFiles().front()));
+    EXPECT_EQ(kOld, BytesAt(second_));
+    Session next(*api_);
+    Load(next);
+    Store(next, L"again");
+    EXPECT_EQ("[S]\r\nK=again\r\n", BytesAt(second_));
+}
+
+TEST_F(ReplicationTest, ServerThatCameBackIsTheFirstAgainAndHoldsWhatTheSecondTook) {
+    Row("the replica comes back with what the other took meanwhile");
+    first_.Stop();
+    {
+        Session session(*api_);
+        Load(session);
+        Store(session, L"meanwhile");
+    }
+    first_.Continue();
+    ASSERT_TRUE(Arrives(first_, "[S]\r\nK=meanwhile\r\n"));
+    second_.Stop();
+    Session session(*api_);
+    Load(session);
+    EXPECT_EQ(L"meanwhile", Read(session, L"S", L"K"));
+}
+
+// Wherever the answer breaks off, the version is stored on both servers, or it is recovered and
+// both have the one before; never is it neither, and never a part of one.
+TEST_F(ReplicationTest, WriteUnderWayWhenTheServerIsKilledIsWholeOrRecovered) {
+    Row("a replica is killed with a write under way: stored or recovered, the same on both");
+    const unsigned relay = first_.Relay();
+    Define(relay, second_.Port());
+    for (const unsigned bytes : {14u, 40u, 80u, 120u, 200u}) {
+        SCOPED_TRACE(bytes);
+        const std::string before = BytesAt(first_);
+        for (const std::string& file : RecoveredFiles()) DeleteFileA(file.c_str());
+        const std::wstring value = L"after " + std::to_wstring(bytes);
+        const std::string after = "[S]\r\nK=after " + std::to_string(bytes) + "\r\n";
+        {
+            Session session(*api_);
+            Load(session);
+            first_.Disturb(relay, "reset", bytes);
+            Store(session, value.c_str());
+            first_.Stop();
+            first_.Disturb(relay, "not");
+        }
+        first_.Continue();
+        const std::string present = BytesAt(first_);
+        EXPECT_TRUE(Arrives(second_, present));
+        EXPECT_THAT(present, testing::AnyOf(before, after));
+        if (RecoveredFiles().empty()) {
+            EXPECT_EQ(after, present);
+        } else {
+            EXPECT_EQ(after, FileBytes(RecoveredFiles().front()));
+        }
+    }
+}
+
+// Each server tests against what it has. Replication keeps the later of the two versions.
+TEST_F(ReplicationTest, OfTwoEditsOnTwoServersAtOnceOneStaysOnBoth) {
+    Row("both replicas are edited at once: the later version stays on both");
+    depots_.Dword("Corp", "DetectConflicts1", 1);
+    depots_.Dword("Corp", "DetectConflicts2", 1);
+    Session here(*api_);
+    Load(here);
+    Define(second_.Port(), first_.Port());
+    depots_.Dword("Corp", "DetectConflicts1", 1);
+    Session there(*api_);
+    Load(there);
+    Store(here, L"here");
+    EXPECT_THAT(RecoveredFiles(), testing::IsEmpty());
+    Store(there, L"there");
+    const std::string stays = BytesAt(second_);
+    EXPECT_TRUE(Arrives(first_, stays));
+    if (RecoveredFiles().empty()) {
+        EXPECT_EQ("[S]\r\nK=there\r\n", stays);
+    } else {
+        // The first version had arrived before the second one was stored.
+        EXPECT_EQ("[S]\r\nK=here\r\n", stays);
+        EXPECT_EQ(1u, RecoveredFiles().size());
+    }
+}
+
+}  // namespace
+}  // namespace depot::test
