@@ -7,6 +7,7 @@
 #include "depotctl/encoding.h"
 #include "depotctl/failure.h"
 #include "depotctl/places.h"
+#include "depotctl/wildcard.h"
 #include "fileops/enumerate.h"
 #include "platform/file_search.h"
 #include "platform/paths.h"
@@ -64,10 +65,18 @@ bool ShownBefore(const CDepotItem* left, const CDepotItem* right) {
 class Lister {
 public:
     Lister(const ListOptions& options, Json& rows)
-        : options_(options), filter_(ToAnsi(options.filter)), rows_(rows) {}
+        : options_(&options), filter_(ToAnsi(options.filter)), rows_(&rows) {}
 
     void List(const Place& folder, const std::string& prefix) {
         if (!TryToList(folder, prefix)) Fail("list", folder);
+    }
+
+    // Lists what a folder holds of the names that a pattern matches, each folder with all below it
+    // where that is wanted. Returns false, with no rows, where the pattern is itself a name there.
+    bool ListMatches(const Place& folder, const std::string& pattern) {
+        pattern_ = pattern;
+        List(folder, {});
+        return !isName_;
     }
 
     // Returns false, with no rows of this folder, when it cannot be listed.
@@ -75,10 +84,11 @@ public:
         CDepotItems items;
         const CDepotItem request(folder.path, folder.depot);
         folder.ForgetFailure();
-        Enumerate(items, &request, filter_, {}, options_.foldersOnly);
+        Enumerate(items, &request, filter_, {}, options_->foldersOnly);
         if (folder.LastCode() != LDAP_SUCCESS) return false;
         std::vector<const CDepotItem*> sorted(items.begin(), items.end());
         std::sort(sorted.begin(), sorted.end(), ShownBefore);
+        if (prefix.empty() && !pattern_.empty()) KeepMatches(sorted);
         for (const CDepotItem* item : sorted) Add(*item, folder, prefix);
         foreignNames_ += items.unsafeNames;
         return true;
@@ -88,15 +98,26 @@ public:
     std::uint32_t ForeignNames() const { return foreignNames_; }
 
 private:
-    void Add(const CDepotItem& item, const Place& folder, const std::string& prefix) {
-        const std::string name = NamePart(item.path);
-        rows_.push_back(ItemRow(item, prefix + name));
-        if (options_.recursive && IsFolder(item)) List(Child(folder, name), prefix + name + "\\");
+    void KeepMatches(std::vector<const CDepotItem*>& items) {
+        isName_ = std::any_of(items.begin(), items.end(), [this](const CDepotItem* item) {
+            return EqualsNoCase(NamePart(item->path), pattern_);
+        });
+        std::erase_if(items, [this](const CDepotItem* item) {
+            return isName_ || !MatchesWildcard(NamePart(item->path), pattern_);
+        });
     }
 
-    const ListOptions& options_;
+    void Add(const CDepotItem& item, const Place& folder, const std::string& prefix) {
+        const std::string name = NamePart(item.path);
+        rows_->push_back(ItemRow(item, prefix + name));
+        if (options_->recursive && IsFolder(item)) List(Child(folder, name), prefix + name + "\\");
+    }
+
+    const ListOptions* options_;
     std::string filter_;
-    Json& rows_;
+    Json* rows_;
+    std::string pattern_;  // of the names at the top; all without one
+    bool isName_ = false;  // and there is one that is just this
     std::uint32_t foreignNames_ = 0;
 };
 
@@ -121,17 +142,21 @@ std::vector<Column> Columns(bool details) {
             {"changed", "CHANGED"}};
 }
 
-// The answer stays a list of what can be named; how much it lacks stands beside it.
-void ReportLeftOut(const Program& program, std::uint32_t count) {
-    const Json codePage = GetACP();
-    if (program.renderer.IsJson()) {
-        const Json report = {{"leftOut", count}, {"codePage", codePage}};
-        program.errors.Write(report.dump() + "\n");
-        return;
+// Lists the place itself, a folder or a file.
+void ListPlace(const Places& places, Lister& lister, const Place& place, Json& rows) {
+    // What holds anything is a folder: a server need not be asked for that before.
+    const bool listed = place.IsFarAway() && lister.TryToList(place, {});
+    if (!rows.empty()) return;
+    if (places.Require(place) == ItemKind::kFile) {
+        rows.push_back(FileRow(place));
+    } else if (!listed) {
+        lister.List(place, {});
     }
-    program.Complain(std::to_string(count) + (count == 1 ? " name has" : " names have") +
-                     " characters that code page " + codePage.dump() +
-                     " does not have and cannot be listed");
+}
+
+// Whether the pattern is itself the name of something, which listings may leave out.
+bool IsName(const Places& places, const Place& pattern, const Lister& lister) {
+    return lister.ForeignNames() > 0 && places.KindOf(pattern) != ItemKind::kMissing;
 }
 
 void List(Program& program, const ListOptions& options) {
@@ -139,17 +164,18 @@ void List(Program& program, const ListOptions& options) {
     const Place place = options.path.empty() ? places.DefaultRoot() : places.Resolve(options.path);
     Json rows = Json::array();
     Lister lister(options, rows);
-    // What holds anything is a folder: a server need not be asked for that before.
-    const bool listed = place.IsFarAway() && lister.TryToList(place, {});
-    if (rows.empty()) {
-        if (places.Require(place) == ItemKind::kFile) {
-            rows.push_back(FileRow(place));
-        } else if (!listed) {
-            lister.List(place, {});
-        }
+    const bool isPattern = IsPattern(place) &&
+                           lister.ListMatches(FolderOf(place), NamePart(place.path)) &&
+                           !IsName(places, place, lister);
+    if (!isPattern) {
+        rows.clear();
+        lister = Lister(options, rows);
+        ListPlace(places, lister, place, rows);
+    } else if (rows.empty()) {
+        RefuseUnmatched(place);
     }
     program.renderer.List(rows, Columns(options.details));
-    if (lister.ForeignNames() > 0) ReportLeftOut(program, lister.ForeignNames());
+    if (lister.ForeignNames() > 0) program.ReportLeftOut(lister.ForeignNames());
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 // What all commands of one run share.
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <string>
@@ -33,6 +34,9 @@ public:
 
     // One line on standard error.
     void Complain(std::string_view text) const;
+
+    // Reports how many names a listing left out because the code page does not have them.
+    void ReportLeftOut(std::uint32_t count) const;
 
     OutputStream output{STD_OUTPUT_HANDLE};
     OutputStream errors{STD_ERROR_HANDLE};
