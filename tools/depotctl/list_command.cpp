@@ -24,24 +24,12 @@ struct ListOptions {
     bool details = false;
 };
 
-std::string TimeText(const FILETIME& time) {
-    SYSTEMTIME utc = {}, local = {};
-    if (!FileTimeToSystemTime(&time, &utc) ||
-        !SystemTimeToTzSpecificLocalTime(nullptr, &utc, &local)) {
-        return {};
-    }
-    char text[32] = {};
-    wsprintfA(text, "%04u-%02u-%02u %02u:%02u", local.wYear, local.wMonth, local.wDay, local.wHour,
-              local.wMinute);
-    return text;
-}
-
 bool IsFolder(const CDepotItem& item) {
     return item.kindFlags == kFolderKind && item.findData &&
            (item.findData->dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
 }
 
-Json ItemRow(const CDepotItem& item, const std::string& name) {
+Json ItemRow(const Renderer& renderer, const CDepotItem& item, const std::string& name) {
     Json row;
     row["name"] = Utf8FromAnsi(name);
     row["kind"] = IsFolder(item) ? "folder" : "file";
@@ -52,7 +40,7 @@ Json ItemRow(const CDepotItem& item, const std::string& name) {
     if (dated && !IsFolder(item)) {
         row["size"] = static_cast<std::uint64_t>(data->nFileSizeHigh) << 32 | data->nFileSizeLow;
     }
-    if (dated) row["changed"] = TimeText(data->ftLastWriteTime);
+    if (dated) row["changed"] = renderer.TimeText(data->ftLastWriteTime);
     return row;
 }
 
@@ -64,8 +52,8 @@ bool ShownBefore(const CDepotItem* left, const CDepotItem* right) {
 // Lists one folder after the other and collects the rows.
 class Lister {
 public:
-    Lister(const ListOptions& options, Json& rows)
-        : options_(&options), filter_(ToAnsi(options.filter)), rows_(&rows) {}
+    Lister(const Renderer& renderer, const ListOptions& options, Json& rows)
+        : renderer_(&renderer), options_(&options), filter_(ToAnsi(options.filter)), rows_(&rows) {}
 
     void List(const Place& folder, const std::string& prefix) {
         if (!TryToList(folder, prefix)) Fail("list", folder);
@@ -109,10 +97,11 @@ private:
 
     void Add(const CDepotItem& item, const Place& folder, const std::string& prefix) {
         const std::string name = NamePart(item.path);
-        rows_->push_back(ItemRow(item, prefix + name));
+        rows_->push_back(ItemRow(*renderer_, item, prefix + name));
         if (options_->recursive && IsFolder(item)) List(Child(folder, name), prefix + name + "\\");
     }
 
+    const Renderer* renderer_;
     const ListOptions* options_;
     std::string filter_;
     Json* rows_;
@@ -122,7 +111,7 @@ private:
 };
 
 // The listing of a single file.
-Json FileRow(const Place& place) {
+Json FileRow(const Renderer& renderer, const Place& place) {
     CDepotItem item(place.path, place.depot);
     item.fileType = static_cast<std::uint32_t>(DetectFileType(place.path));
     const StorePath stored = place.Stored();
@@ -130,7 +119,7 @@ Json FileRow(const Place& place) {
         item.findData = std::make_unique<WIN32_FIND_DATAA>();
         FileSearch(*local).Next(*item.findData);
     }
-    return ItemRow(item, NamePart(place.path));
+    return ItemRow(renderer, item, NamePart(place.path));
 }
 
 std::vector<Column> Columns(bool details) {
@@ -143,12 +132,13 @@ std::vector<Column> Columns(bool details) {
 }
 
 // Lists the place itself, a folder or a file.
-void ListPlace(const Places& places, Lister& lister, const Place& place, Json& rows) {
+void ListPlace(const Renderer& renderer, const Places& places, Lister& lister, const Place& place,
+               Json& rows) {
     // What holds anything is a folder: a server need not be asked for that before.
     const bool listed = place.IsFarAway() && lister.TryToList(place, {});
     if (!rows.empty()) return;
     if (places.Require(place) == ItemKind::kFile) {
-        rows.push_back(FileRow(place));
+        rows.push_back(FileRow(renderer, place));
     } else if (!listed) {
         lister.List(place, {});
     }
@@ -163,14 +153,14 @@ void List(Program& program, const ListOptions& options) {
     Places places(program);
     const Place place = options.path.empty() ? places.DefaultRoot() : places.Resolve(options.path);
     Json rows = Json::array();
-    Lister lister(options, rows);
+    Lister lister(program.renderer, options, rows);
     const bool isPattern = IsPattern(place) &&
                            lister.ListMatches(FolderOf(place), NamePart(place.path)) &&
                            !IsName(places, place, lister);
     if (!isPattern) {
         rows.clear();
-        lister = Lister(options, rows);
-        ListPlace(places, lister, place, rows);
+        lister = Lister(program.renderer, options, rows);
+        ListPlace(program.renderer, places, lister, place, rows);
     } else if (rows.empty()) {
         RefuseUnmatched(place);
     }
