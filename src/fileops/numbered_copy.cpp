@@ -17,8 +17,10 @@ std::string FormatOf(CopyNameStyle style) {
                                          : LocalizedText(kPrefixFormat).value_or("Copy %sof %s");
 }
 
+enum class Work { kFindName, kCopy };
+
 std::optional<std::string> CopyNextToItself(CDepot& depot, const std::string& source,
-                                            CopyNameStyle style) {
+                                            CopyNameStyle style, Work work) {
     const std::string folder = FolderPrefix(source);
     OpenStores stores;
     if (!stores.Hold(PlaceOf(depot, folder))) return std::nullopt;
@@ -27,27 +29,38 @@ std::optional<std::string> CopyNextToItself(CDepot& depot, const std::string& so
         [&](const std::string& taken) { return FileExists(depot, folder + taken) != 0; });
     if (!name) return std::nullopt;
     const std::string copy = folder + *name;
-    if (!CopyToFreeName(depot, source, copy)) return std::nullopt;
+    if (work == Work::kCopy && !CopyToFreeName(depot, source, copy)) return std::nullopt;
     return copy;
+}
+
+std::optional<std::string> DoInItsDepot(CDepots& depots, const std::string& source,
+                                        CopyNameStyle style, Work work) {
+    const std::string folder = FolderPrefix(source);
+    for (CDepot* depot : depots) {
+        if (MatchesPath(*depot, folder, PathForm::kDisplay, DepotName::kKey)) {
+            return CopyNextToItself(*depot, source, style, work);
+        }
+    }
+    return std::nullopt;
+}
+
+CopyNameStyle StyleOf(const DepotSession& session) {
+    return session.UsesNewCopyNames() ? CopyNameStyle::kDash : CopyNameStyle::kPrefix;
 }
 
 }  // namespace
 
 std::optional<std::string> MakeNumberedCopy(CDepots& depots, const std::string& source,
                                             CopyNameStyle style) {
-    const std::string folder = FolderPrefix(source);
-    for (CDepot* depot : depots) {
-        if (MatchesPath(*depot, folder, PathForm::kDisplay, DepotName::kKey)) {
-            return CopyNextToItself(*depot, source, style);
-        }
-    }
-    return std::nullopt;
+    return DoInItsDepot(depots, source, style, Work::kCopy);
 }
 
 std::optional<std::string> MakeNumberedCopy(DepotSession& session, const std::string& source) {
-    return MakeNumberedCopy(
-        session.Depots(), source,
-        session.UsesNewCopyNames() ? CopyNameStyle::kDash : CopyNameStyle::kPrefix);
+    return MakeNumberedCopy(session.Depots(), source, StyleOf(session));
+}
+
+std::optional<std::string> FindNumberedCopy(DepotSession& session, const std::string& source) {
+    return DoInItsDepot(session.Depots(), source, StyleOf(session), Work::kFindName);
 }
 
 }  // namespace depot

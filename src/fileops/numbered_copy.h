@@ -20,4 +20,7 @@ std::optional<std::string> MakeNumberedCopy(CDepots& depots, const std::string& 
 // The same among the session's depots, in the session's style.
 std::optional<std::string> MakeNumberedCopy(DepotSession& session, const std::string& source);
 
+// Returns the display path that the copy would have, or nothing as above, and copies nothing.
+std::optional<std::string> FindNumberedCopy(DepotSession& session, const std::string& source);
+
 }  // namespace depot

@@ -16,7 +16,8 @@ const char* ReasonToLeaveOut(const StoreItem& item) {
 // The listing of one tree.
 class TreeListing {
 public:
-    TreeListing(Store& store, Tree& tree) : store_(store), tree_(tree), budget_(store.Bounds()) {}
+    TreeListing(Store& store, Tree& tree, std::uint32_t depth)
+        : store_(store), tree_(tree), budget_(store.Bounds()), depth_(depth) {}
 
     // Takes what is known of the top.
     void TakeKnown(StoreSource& known) {
@@ -40,7 +41,7 @@ private:
         std::vector<FolderToList> folders;
         std::vector<std::size_t> indexes;
         for (; next_ < tree_.items.size() && folders.size() < store_.Window(); ++next_) {
-            if (!tree_.items[next_].isFolder) continue;
+            if (!tree_.items[next_].isFolder || tree_.items[next_].depth >= depth_) continue;
             folders.push_back({tree_.items[next_].path});
             indexes.push_back(next_);
         }
@@ -82,6 +83,7 @@ private:
     Store& store_;
     Tree& tree_;
     TreeBudget budget_;
+    const std::uint32_t depth_;
     std::size_t next_ = 0;  // the first item that was not looked at
 };
 
@@ -103,10 +105,11 @@ Result ListChildren(Store& store, const std::string& folder, std::vector<TreeIte
     return store.List(folder, TakeChildren(folder, children, left), left);
 }
 
-Result ListTree(Store& store, const std::string& top, Tree& tree, StoreSource* known) {
+Result ListTree(Store& store, const std::string& top, Tree& tree, StoreSource* known,
+                std::uint32_t depth) {
     tree = {};
     tree.items.push_back({{}, top, true});
-    TreeListing listing(store, tree);
+    TreeListing listing(store, tree, depth);
     if (known != nullptr) listing.TakeKnown(*known);
     return listing.Run();
 }

@@ -9,6 +9,9 @@ namespace depot {
 inline constexpr char kHostileName[] = "a name that no local file can have";
 inline constexpr char kFolderLink[] = "a link to a folder";
 
+// All levels of a tree.
+inline constexpr std::uint32_t kWholeTree = 0xFFFFFFFF;
+
 // Appends what a folder holds to `children`, without their places in a tree. Links and hostile
 // names are left out: counted, and named in the trace.
 Result ListChildren(Store& store, const std::string& folder, std::vector<TreeItem>& children,
@@ -20,7 +23,9 @@ TakeItem TakeChildren(const std::string& folder, std::vector<TreeItem>& children
 // Lists a folder with all below it. Fails when a folder cannot be listed, and when the tree passes
 // the store's bounds, with LDAP_SIZELIMIT_EXCEEDED or LDAP_TIMELIMIT_EXCEEDED as the code. Of
 // `known`, where it is given, the children of the top are taken, which are not listed again.
+// Folders of the level `depth` are not looked into; the top is level 0.
 // REQUIRES: the store is open.
-Result ListTree(Store& store, const std::string& top, Tree& tree, StoreSource* known = nullptr);
+Result ListTree(Store& store, const std::string& top, Tree& tree, StoreSource* known = nullptr,
+                std::uint32_t depth = kWholeTree);
 
 }  // namespace depot

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "depotctl/program.h"
+#include "depotctl/steps.h"
 #include "store/store.h"
 
 namespace depot::ctl {
@@ -45,11 +46,19 @@ void AddPathCommand(CLI::App& parent, Program& program, const CommandText& text,
     command.add_option("path", path, text.argument)->required();
 }
 
+// Adds --verbose, and --dry-run.
+inline void AddStepFlags(CLI::App& command, StepOptions& options) {
+    command.add_flag("--dry-run", options.dryRun, "Only show what would be changed");
+    command.add_flag("-v,--verbose", options.verbose, "Show each thing that is changed");
+}
+
 // What the command line of a copy or a move says.
 struct TransferOptions {
     std::string from, to;
     bool recursive = false;
     bool force = false;
+    bool update = false;
+    StepOptions steps{};
 
     ExistingEntries Existing() const {
         return force ? ExistingEntries::kReplace : ExistingEntries::kRefuse;
@@ -66,6 +75,10 @@ NewCommand<TransferOptions> AddTransferCommand(CLI::App& parent, Program& progra
         .add_option("to", command.options.to, "Its new path, or the folder that receives it")
         ->required();
     command.app.add_flag("-f,--force", command.options.force, "Replace files that are there");
+    command.app.add_flag("-u,--update", command.options.update,
+                         "Leave out files that are there already and neither older nor different; "
+                         "replace the others");
+    AddStepFlags(command.app, command.options.steps);
     return command;
 }
 

@@ -7,7 +7,7 @@
 
 namespace depot::ctl {
 
-enum class ExitCode { kDone = 0, kRefused = 1, kUsage = 2, kUnreachable = 3 };
+enum class ExitCode { kDone = 0, kRefused = 1, kUsage = 2, kUnreachable = 3, kFailed = 4 };
 
 // Ends a command with a message of one line, in UTF-8, for its user.
 class CommandFailure : public std::exception {

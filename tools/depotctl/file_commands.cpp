@@ -1,11 +1,13 @@
 // cp, mv, rm, mkdir and copy-name
 #include "depotctl/command_line.h"
 #include "depotctl/commands.h"
+#include "depotctl/copying.h"
 #include "depotctl/encoding.h"
 #include "depotctl/failure.h"
 #include "depotctl/places.h"
 #include "depotctl/removal.h"
 #include "depotctl/transfer.h"
+#include "depotctl/tree_difference.h"
 #include "fileops/copy.h"
 #include "fileops/numbered_copy.h"
 #include "platform/text.h"
@@ -16,24 +18,21 @@ namespace {
 struct RemoveOptions {
     std::vector<std::string> paths;
     bool recursive = false;
+    StepOptions steps{};
 };
 
 struct FolderOptions {
     std::string path;
     bool parents = false;
+    StepOptions steps{};
 };
 
 void Copy(Program& program, const TransferOptions& options) {
-    Places places(program);
-    const Place from = places.Resolve(options.from);
-    const ItemKind kind = places.Require(from);
-    if (kind == ItemKind::kFolder && !options.recursive) {
-        Refuse(from.Shown() + " is a folder; -r copies it with all below it");
-    }
-    const Target to = TargetOf(places, from, options.to);
-    RequireFree(to, kind, options.force);
-    AnswerTransfer(program, "copied", to.place,
-                   Transfer(program, from, to.place, {kind, options.Existing()}));
+    RunCopy(program, options,
+            {"copied", [&options](const Place& from, ItemKind kind, const Place& /*to*/) {
+                 if (kind != ItemKind::kFolder || options.recursive) return;
+                 Refuse(from.Shown() + " is a folder; -r copies it with all below it");
+             }});
 }
 
 // Renames within a store; false when that cannot be done without copying.
@@ -54,74 +53,160 @@ bool RenameInPlace(const Place& from, const Place& to, ItemKind kind, ExistingEn
     Fail("move", isLocal ? to : from, why);
 }
 
+struct Moving {
+    Place from;
+    ItemKind kind;
+    Place to;
+    ExistingEntries existing = ExistingEntries::kRefuse;
+    bool isNeeded = true;  // by --update
+};
+
+// Whether the file at the target is older than the source, or different where there are no dates.
+bool IsOutdated(const Place& from, const Target& to) {
+    const TreeDifference difference(from, ItemKind::kFile, to.place, to.there, DifferentBy::kDate);
+    return difference.Items().front().state == ItemState::kDifferent;
+}
+
+Moving MovingOf(const Place& from, ItemKind kind, const Target& target,
+                const TransferOptions& options) {
+    if (IsRoot(from)) Refuse(from.Shown() + " is the root of its depot and stays");
+    const Place& to = target.place;
+    RequireApart(from, to);
+    RequireFittingName(to, kind);
+    Moving moving = {from, kind, to};
+    const bool respelled = from.depot == to.depot && EqualsNoCase(from.path, to.path);
+    if (respelled || target.there == ItemKind::kMissing) return moving;
+    RequireFree(target, kind, (options.force || options.update) && kind == ItemKind::kFile);
+    if (kind == ItemKind::kFolder) Refuse(to.Shown() + " is there already");
+    moving.existing = ExistingEntries::kReplace;
+    moving.isNeeded = !options.update || IsOutdated(from, target);
+    return moving;
+}
+
+TransferResult MoveOne(const Program& program, const Moving& moving) {
+    const auto& [from, kind, to, existing, isNeeded] = moving;
+    if (RenameInPlace(from, to, kind, existing)) return {1, 0};
+    return Transfer(program, from, to, {kind, existing, SourceFate::kGoes});
+}
+
 void Move(Program& program, const TransferOptions& options) {
     Places places(program);
-    const Place from = places.Resolve(options.from);
-    const ItemKind kind = places.Require(from);
-    if (IsRoot(from)) Refuse(from.Shown() + " is the root of its depot and stays");
-    const Target target = TargetOf(places, from, options.to);
-    const Place& to = target.place;
-    const bool respelled = from.depot == to.depot && EqualsNoCase(from.path, to.path);
-    const bool replaces = !respelled && target.there != ItemKind::kMissing;
-    if (replaces) RequireFree(target, kind, options.force && kind == ItemKind::kFile);
-    if (replaces && kind == ItemKind::kFolder) Refuse(to.Shown() + " is there already");
-    const ExistingEntries existing =
-        replaces ? ExistingEntries::kReplace : ExistingEntries::kRefuse;
-    TransferResult result = {1, 0};
-    if (!RenameInPlace(from, to, kind, existing)) {
-        result = Transfer(program, from, to, {kind, existing, SourceFate::kGoes});
+    const Selection from = places.Select(options.from);
+    for (const Selected& selected : from.items) places.Require(selected);
+    const std::vector<Target> targets = TargetsOf(places, from, options.to);
+    std::vector<Moving> all;
+    for (std::size_t at = 0; at < targets.size(); ++at) {
+        const Selected& selected = from.items[at];
+        all.push_back(MovingOf(selected.place, places.Require(selected), targets[at], options));
     }
-    AnswerTransfer(program, "moved", to, result);
+    Steps steps(program, options.steps);
+    TransferAnswer answer(from, "moved");
+    for (const Moving& moving : all) {
+        if (moving.isNeeded) steps.Note({"move", moving.from.Utf8(), moving.to.Utf8()});
+        const bool moves = moving.isNeeded && steps.AreTaken();
+        answer.Add(moving.to, moves ? MoveOne(program, moving) : TransferResult{});
+    }
+    answer.Give(steps);
+}
+
+// All that goes with a place, what holds it last.
+std::vector<Step> RemovalSteps(const Place& place, ItemKind kind) {
+    std::vector<Step> steps;
+    const TreeDifference tree(place, kind, place, ItemKind::kMissing, DifferentBy::kName);
+    for (const DifferentItem& item : tree.Items()) {
+        steps.insert(steps.begin(), {"remove", tree.Left(item).Utf8(), {}});
+    }
+    return steps;
 }
 
 void RemoveAll(Program& program, const RemoveOptions& options) {
     Places places(program);
-    std::vector<std::pair<Place, ItemKind>> all;
-    for (const std::string& path : options.paths) {
-        const Place place = places.Resolve(path);
-        const ItemKind kind = places.Require(place);
+    const Selection all = places.Select(options.paths);
+    std::vector<ItemKind> kinds;
+    for (const Selected& selected : all.items) {
+        const Place& place = selected.place;
+        kinds.push_back(places.Require(selected));
         if (IsRoot(place)) Refuse(place.Shown() + " is the root of its depot and stays");
-        if (kind == ItemKind::kFolder && !options.recursive) {
+        if (kinds.back() == ItemKind::kFolder && !options.recursive) {
             Refuse(place.Shown() + " is a folder; -r removes it with all below it");
         }
-        all.emplace_back(place, kind);
     }
+    Steps steps(program, options.steps);
     Json removed = Json::array();
-    for (const auto& [place, kind] : all) {
-        Remove(program, place, kind);
+    for (std::size_t at = 0; at < kinds.size(); ++at) {
+        const Place& place = all.items[at].place;
+        if (steps.AreShown()) steps.Note(RemovalSteps(place, kinds[at]));
+        if (steps.AreTaken()) Remove(program, place, kinds[at]);
         removed.push_back(place.Utf8());
     }
-    const std::string count = std::to_string(all.size());
-    program.renderer.Answer({{"removed", removed}}, "removed " + count);
+    const std::string count = std::to_string(kinds.size());
+    steps.Answer({{"removed", removed}}, "removed " + count);
 }
 
-void MakeFolder(Program& program, const FolderOptions& options) {
+// The folders that have to be made for a place, the uppermost first.
+std::vector<Place> MissingFolders(const Places& places, const Place& place, bool parents) {
+    std::vector<Place> missing = {place};
+    while (parents && !IsRoot(missing.front())) {
+        const Place above = FolderOf(missing.front());
+        if (places.KindOf(above) != ItemKind::kMissing) break;
+        missing.insert(missing.begin(), above);
+    }
+    return missing;
+}
+
+void MakeFolders(Program& program, const FolderOptions& options) {
     Places places(program);
     const Place place = places.Resolve(options.path);
     const ItemKind kind = places.KindOf(place);
     const bool there = kind == ItemKind::kFolder && options.parents;
     if (kind != ItemKind::kMissing && !there) Refuse(place.Shown() + " is there already");
-    if (!options.parents && !there) places.Require(ParentOf(place));
+    if (!options.parents && !there) places.Require(FolderOf(place));
+    Steps steps(program, options.steps);
     if (!there) {
         RequireFittingName(place, ItemKind::kFolder);
-        const OpenedPlace at(place, "make");
+        if (steps.AreShown()) {
+            for (const Place& folder : MissingFolders(places, place, options.parents)) {
+                steps.Note({"make", {}, folder.Utf8()});
+            }
+        }
         const FoldersAbove above = options.parents ? FoldersAbove::kAreMade : FoldersAbove::kExist;
-        const Result made = at.store.MakeFolder(at.path, above);
-        if (!made) Fail("make", place, made.Why());
+        if (steps.AreTaken()) MakeFolder(place, above);
     }
-    program.renderer.Answer({{"made", place.Utf8()}}, "made " + place.Utf8());
+    steps.Answer({{"made", place.Utf8()}}, "made " + place.Utf8());
 }
 
-void CopyUnderFreeName(Program& program, const std::string& path) {
-    Places places(program);
-    const Place source = places.ResolveFile(path);
-    const std::optional<std::string> copy = MakeNumberedCopy(program.Session(), source.path);
+struct CopyNameOptions {
+    std::string path;
+    StepOptions steps{};
+};
+
+// Copies one file and returns the name of the copy, or only returns it.
+std::string CopyUnderFreeName(Program& program, const Place& source, Steps& steps) {
+    DepotSession& session = program.Session();
+    const std::optional<std::string> copy = steps.AreTaken()
+                                                ? MakeNumberedCopy(session, source.path)
+                                                : FindNumberedCopy(session, source.path);
     if (!copy) {
         if (source.isPlain) Refuse(source.Shown() + " is in no depot");
         Fail("copy", source);
     }
     const std::string name = Utf8FromAnsi(*copy);
-    program.renderer.Answer({{"copy", name}}, name);
+    steps.Note({"copy", source.Utf8(), name});
+    return name;
+}
+
+void CopyUnderFreeNames(Program& program, const CopyNameOptions& options) {
+    Places places(program);
+    const Selection sources = places.Select(options.path);
+    for (const Selected& selected : sources.items) places.RequireFile(selected);
+    Steps steps(program, options.steps);
+    Json names = Json::array();
+    std::string text;
+    for (const Selected& selected : sources.items) {
+        names.push_back(CopyUnderFreeName(program, selected.place, steps));
+        text += names.back().get<std::string>() + "\n";
+    }
+    steps.Answer({{"copy", sources.isPattern ? names : names.front()}}, text);
 }
 
 }  // namespace
@@ -146,25 +231,31 @@ void AddFileCommands(CLI::App& app, Program& program) {
     const auto remove = AddCommand<RemoveOptions>(app, program,
                                                   {"rm", "Delete files and folders for good",
                                                    "Examples:\n  depotctl rm \"<Work>\\old.kre\"\n"
+                                                   "  depotctl rm --dry-run \"<Work>\\*.tmp\"\n"
                                                    "  depotctl rm -r \"<Work>\\Archive\""},
                                                   RemoveAll);
     remove.app.add_option("paths", remove.options.paths, "What is deleted")->required();
     remove.app.add_flag("-r,--recursive", remove.options.recursive,
                         "Delete folders with all below them");
+    AddStepFlags(remove.app, remove.options.steps);
 
     const auto make = AddCommand<FolderOptions>(
         app, program,
         {"mkdir", "Make a folder", "Example:\n  depotctl mkdir -p \"<Work>\\Sessions\\Host A\""},
-        MakeFolder);
+        MakeFolders);
     make.app.add_option("path", make.options.path, "The new folder")->required();
     make.app.add_flag("-p,--parents", make.options.parents,
                       "Make the folders above it, too; one that is there is no mistake");
 
-    AddPathCommand(
+    AddStepFlags(make.app, make.options.steps);
+
+    const auto copyName = AddCommand<CopyNameOptions>(
         app, program,
         {"copy-name", "Copy a file next to itself under the first free copy name, and show it",
-         "Example:\n  depotctl copy-name \"<Work>\\office.kre\"", "The file"},
-        CopyUnderFreeName);
+         "Example:\n  depotctl copy-name \"<Work>\\office.kre\""},
+        CopyUnderFreeNames);
+    copyName.app.add_option("path", copyName.options.path, "The file")->required();
+    AddStepFlags(copyName.app, copyName.options.steps);
 }
 
 }  // namespace depot::ctl

@@ -7,6 +7,7 @@
 #include "depotctl/encoding.h"
 #include "depotctl/failure.h"
 #include "depotctl/places.h"
+#include "depotctl/wildcard.h"
 #include "fileops/enumerate.h"
 #include "platform/file_search.h"
 #include "platform/paths.h"
@@ -23,24 +24,12 @@ struct ListOptions {
     bool details = false;
 };
 
-std::string TimeText(const FILETIME& time) {
-    SYSTEMTIME utc = {}, local = {};
-    if (!FileTimeToSystemTime(&time, &utc) ||
-        !SystemTimeToTzSpecificLocalTime(nullptr, &utc, &local)) {
-        return {};
-    }
-    char text[32] = {};
-    wsprintfA(text, "%04u-%02u-%02u %02u:%02u", local.wYear, local.wMonth, local.wDay, local.wHour,
-              local.wMinute);
-    return text;
-}
-
 bool IsFolder(const CDepotItem& item) {
     return item.kindFlags == kFolderKind && item.findData &&
            (item.findData->dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
 }
 
-Json ItemRow(const CDepotItem& item, const std::string& name) {
+Json ItemRow(const Renderer& renderer, const CDepotItem& item, const std::string& name) {
     Json row;
     row["name"] = Utf8FromAnsi(name);
     row["kind"] = IsFolder(item) ? "folder" : "file";
@@ -51,7 +40,7 @@ Json ItemRow(const CDepotItem& item, const std::string& name) {
     if (dated && !IsFolder(item)) {
         row["size"] = static_cast<std::uint64_t>(data->nFileSizeHigh) << 32 | data->nFileSizeLow;
     }
-    if (dated) row["changed"] = TimeText(data->ftLastWriteTime);
+    if (dated) row["changed"] = renderer.TimeText(data->ftLastWriteTime);
     return row;
 }
 
@@ -63,11 +52,19 @@ bool ShownBefore(const CDepotItem* left, const CDepotItem* right) {
 // Lists one folder after the other and collects the rows.
 class Lister {
 public:
-    Lister(const ListOptions& options, Json& rows)
-        : options_(options), filter_(ToAnsi(options.filter)), rows_(rows) {}
+    Lister(const Renderer& renderer, const ListOptions& options, Json& rows)
+        : renderer_(&renderer), options_(&options), filter_(ToAnsi(options.filter)), rows_(&rows) {}
 
     void List(const Place& folder, const std::string& prefix) {
         if (!TryToList(folder, prefix)) Fail("list", folder);
+    }
+
+    // Lists what a folder holds of the names that a pattern matches, each folder with all below it
+    // where that is wanted. Returns false, with no rows, where the pattern is itself a name there.
+    bool ListMatches(const Place& folder, const std::string& pattern) {
+        pattern_ = pattern;
+        List(folder, {});
+        return !isName_;
     }
 
     // Returns false, with no rows of this folder, when it cannot be listed.
@@ -75,10 +72,11 @@ public:
         CDepotItems items;
         const CDepotItem request(folder.path, folder.depot);
         folder.ForgetFailure();
-        Enumerate(items, &request, filter_, {}, options_.foldersOnly);
+        Enumerate(items, &request, filter_, {}, options_->foldersOnly);
         if (folder.LastCode() != LDAP_SUCCESS) return false;
         std::vector<const CDepotItem*> sorted(items.begin(), items.end());
         std::sort(sorted.begin(), sorted.end(), ShownBefore);
+        if (prefix.empty() && !pattern_.empty()) KeepMatches(sorted);
         for (const CDepotItem* item : sorted) Add(*item, folder, prefix);
         foreignNames_ += items.unsafeNames;
         return true;
@@ -88,20 +86,32 @@ public:
     std::uint32_t ForeignNames() const { return foreignNames_; }
 
 private:
-    void Add(const CDepotItem& item, const Place& folder, const std::string& prefix) {
-        const std::string name = NamePart(item.path);
-        rows_.push_back(ItemRow(item, prefix + name));
-        if (options_.recursive && IsFolder(item)) List(Child(folder, name), prefix + name + "\\");
+    void KeepMatches(std::vector<const CDepotItem*>& items) {
+        isName_ = std::any_of(items.begin(), items.end(), [this](const CDepotItem* item) {
+            return EqualsNoCase(NamePart(item->path), pattern_);
+        });
+        std::erase_if(items, [this](const CDepotItem* item) {
+            return isName_ || !MatchesWildcard(NamePart(item->path), pattern_);
+        });
     }
 
-    const ListOptions& options_;
+    void Add(const CDepotItem& item, const Place& folder, const std::string& prefix) {
+        const std::string name = NamePart(item.path);
+        rows_->push_back(ItemRow(*renderer_, item, prefix + name));
+        if (options_->recursive && IsFolder(item)) List(Child(folder, name), prefix + name + "\\");
+    }
+
+    const Renderer* renderer_;
+    const ListOptions* options_;
     std::string filter_;
-    Json& rows_;
+    Json* rows_;
+    std::string pattern_;  // of the names at the top; all without one
+    bool isName_ = false;  // and there is one that is just this
     std::uint32_t foreignNames_ = 0;
 };
 
 // The listing of a single file.
-Json FileRow(const Place& place) {
+Json FileRow(const Renderer& renderer, const Place& place) {
     CDepotItem item(place.path, place.depot);
     item.fileType = static_cast<std::uint32_t>(DetectFileType(place.path));
     const StorePath stored = place.Stored();
@@ -109,7 +119,7 @@ Json FileRow(const Place& place) {
         item.findData = std::make_unique<WIN32_FIND_DATAA>();
         FileSearch(*local).Next(*item.findData);
     }
-    return ItemRow(item, NamePart(place.path));
+    return ItemRow(renderer, item, NamePart(place.path));
 }
 
 std::vector<Column> Columns(bool details) {
@@ -121,35 +131,41 @@ std::vector<Column> Columns(bool details) {
             {"changed", "CHANGED"}};
 }
 
-// The answer stays a list of what can be named; how much it lacks stands beside it.
-void ReportLeftOut(const Program& program, std::uint32_t count) {
-    const Json codePage = GetACP();
-    if (program.renderer.IsJson()) {
-        const Json report = {{"leftOut", count}, {"codePage", codePage}};
-        program.errors.Write(report.dump() + "\n");
-        return;
+// Lists the place itself, a folder or a file.
+void ListPlace(const Renderer& renderer, const Places& places, Lister& lister, const Place& place,
+               Json& rows) {
+    // What holds anything is a folder: a server need not be asked for that before.
+    const bool listed = place.IsFarAway() && lister.TryToList(place, {});
+    if (!rows.empty()) return;
+    if (places.Require(place) == ItemKind::kFile) {
+        rows.push_back(FileRow(renderer, place));
+    } else if (!listed) {
+        lister.List(place, {});
     }
-    program.Complain(std::to_string(count) + (count == 1 ? " name has" : " names have") +
-                     " characters that code page " + codePage.dump() +
-                     " does not have and cannot be listed");
+}
+
+// Whether the pattern is itself the name of something, which listings may leave out.
+bool IsName(const Places& places, const Place& pattern, const Lister& lister) {
+    return lister.ForeignNames() > 0 && places.KindOf(pattern) != ItemKind::kMissing;
 }
 
 void List(Program& program, const ListOptions& options) {
     Places places(program);
     const Place place = options.path.empty() ? places.DefaultRoot() : places.Resolve(options.path);
     Json rows = Json::array();
-    Lister lister(options, rows);
-    // What holds anything is a folder: a server need not be asked for that before.
-    const bool listed = place.IsFarAway() && lister.TryToList(place, {});
-    if (rows.empty()) {
-        if (places.Require(place) == ItemKind::kFile) {
-            rows.push_back(FileRow(place));
-        } else if (!listed) {
-            lister.List(place, {});
-        }
+    Lister lister(program.renderer, options, rows);
+    const bool isPattern = IsPattern(place) &&
+                           lister.ListMatches(FolderOf(place), NamePart(place.path)) &&
+                           !IsName(places, place, lister);
+    if (!isPattern) {
+        rows.clear();
+        lister = Lister(program.renderer, options, rows);
+        ListPlace(program.renderer, places, lister, place, rows);
+    } else if (rows.empty()) {
+        RefuseUnmatched(place);
     }
     program.renderer.List(rows, Columns(options.details));
-    if (lister.ForeignNames() > 0) ReportLeftOut(program, lister.ForeignNames());
+    if (lister.ForeignNames() > 0) program.ReportLeftOut(lister.ForeignNames());
 }
 
 }  // namespace

@@ -60,6 +60,9 @@ void AddCommands(CLI::App& app, Program& program) {
     AddProfileCommands(app, program);
     AddFileCommands(app, program);
     AddTransferCommands(app, program);
+    AddSyncCommand(app, program);
+    AddCompareCommand(app, program);
+    AddLookCommands(app, program);
     AddDepotsCommand(app, program);
     AddCheckCommand(app, program);
 }
@@ -88,7 +91,7 @@ ExitCode Run(Program& program) {
         return EndParsing(app, error, program);
     }
     program.command();
-    return ExitCode::kDone;
+    return program.outcome;
 }
 
 ExitCode RunAndComplain() {
@@ -97,13 +100,13 @@ ExitCode RunAndComplain() {
         return Run(program);
     } catch (const CommandFailure& failure) {
         program.Complain(failure.what());
-        return failure.Code();
+        return failure.Code() == ExitCode::kRefused ? program.refusal : failure.Code();
     } catch (const OutputClosed&) {
         // The reader stopped when it had what it wanted.
         return ExitCode::kDone;
     } catch (const std::exception& failure) {
         program.Complain(failure.what());
-        return ExitCode::kRefused;
+        return program.refusal;
     }
 }
 

@@ -1,10 +1,14 @@
 #include "depotctl/places.h"
 
+#include <algorithm>
+#include <iterator>
+
 #include "depotctl/access.h"
 #include "depotctl/directory_words.h"
 #include "depotctl/encoding.h"
 #include "depotctl/failure.h"
 #include "depotctl/utf8_text.h"
+#include "depotctl/wildcard.h"
 #include "manager/depot_list.h"
 #include "manager/display_path.h"
 #include "platform/error_text.h"
@@ -21,6 +25,12 @@ bool EndsRoot(const std::string& path) {
 
 std::string Trimmed(const std::string& path) {
     return EndsRoot(path) ? path : RemoveTrailingBackslash(path);
+}
+
+// Whether a server's name of an entry is one part of a path, and leads nowhere else.
+bool IsOneName(const std::string& name) {
+    return name != "." && name != ".." && FindSeparator(name) == std::string::npos &&
+           FindCharacter(name, ':') == std::string::npos;
 }
 
 // Paths are case-insensitive; a depot's name is shown as the depot spells it.
@@ -74,6 +84,51 @@ Place Places::Resolve(const std::string& utf8Path) {
            "; \"depotctl depots\" lists those there are");
 }
 
+Selection Places::Select(const std::string& utf8Path) {
+    const Place place = Resolve(utf8Path);
+    if (IsPattern(place)) return Matches(place);
+    return {{{place, {}}}, false};
+}
+
+Selection Places::Select(const std::vector<std::string>& utf8Paths) {
+    Selection all;
+    for (const std::string& path : utf8Paths) {
+        Selection some = Select(path);
+        std::move(some.items.begin(), some.items.end(), std::back_inserter(all.items));
+        all.isPattern = all.isPattern || some.isPattern;
+    }
+    return all;
+}
+
+Selection Places::Matches(const Place& pattern) const {
+    const Place folder = FolderOf(pattern);
+    const std::string wanted = NamePart(pattern.path);
+    const OpenedPlace at(folder, "list");
+    Selection found = {{}, true};
+    std::optional<Selected> literal;
+    LeftOut left;
+    const auto take = [&](const StoreItem& item) {
+        // As a part of a path it would lead elsewhere.
+        if (!IsOneName(item.name)) {
+            ++left.unsafeNames;
+            return;
+        }
+        const Selected selected = {Child(folder, item.name),
+                                   item.isFolder ? ItemKind::kFolder : ItemKind::kFile};
+        if (EqualsNoCase(item.name, wanted)) literal = selected;
+        if (MatchesWildcard(item.name, wanted)) found.items.push_back(selected);
+    };
+    const Result listed = at.store.List(at.path, take, left);
+    if (!listed) Fail("list", folder, listed.Why());
+    if (literal) return {{*std::move(literal)}, false};
+    if (left.unsafeNames > 0) program_.ReportLeftOut(left.unsafeNames);
+    if (found.items.empty()) RefuseUnmatched(pattern);
+    std::sort(found.items.begin(), found.items.end(), [](const Selected& a, const Selected& b) {
+        return ToLower(a.place.path) < ToLower(b.place.path);
+    });
+    return found;
+}
+
 Place Places::InDepot(CDepot& depot, const std::string& path) {
     if (opened_.insert(&depot).second) OpenDepot(depot);
     const std::string whole = path.ends_with('>') ? path + "\\" : path;
@@ -112,30 +167,40 @@ ItemKind Places::Require(const Place& place) const {
     return kind;
 }
 
-void Places::RequireFile(const Place& place) const {
-    if (Require(place) == ItemKind::kFolder) Refuse(place.Shown() + " is a folder");
+ItemKind Places::Require(const Selected& selected) const {
+    return selected.kind ? *selected.kind : Require(selected.place);
 }
 
-Place Places::ResolveFile(const std::string& utf8Path) {
-    const Place place = Resolve(utf8Path);
-    RequireFile(place);
-    return place;
+void Places::RequireFile(const Place& place) const {
+    RequireFile(Selected{place, {}});
+}
+
+void Places::RequireFile(const Selected& selected) const {
+    if (Require(selected) == ItemKind::kFolder) Refuse(selected.place.Shown() + " is a folder");
 }
 
 Place Child(const Place& folder, const std::string& name) {
     return {folder.depot, JoinPath(RemoveTrailingBackslash(folder.path), name), folder.isPlain};
 }
 
-Place ParentOf(const Place& place) {
-    return {place.depot, FolderPrefix(place.path), place.isPlain};
+Place FolderOf(const Place& place) {
+    return {place.depot, Trimmed(FolderPrefix(place.path)), place.isPlain};
 }
 
 bool IsRoot(const Place& place) {
     return EndsRoot(place.path);
 }
 
+bool IsPattern(const Place& place) {
+    return !IsRoot(place) && HasWildcard(NamePart(place.path));
+}
+
 bool HasDot(const Place& place) {
     return NamePart(place.path).find('.') != std::string::npos;
+}
+
+void RefuseUnmatched(const Place& pattern) {
+    Refuse("nothing matches " + pattern.Shown());
 }
 
 void Fail(const std::string& action, const Place& place, const Error& why) {

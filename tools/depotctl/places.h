@@ -1,8 +1,10 @@
 // The files and folders that commands name, by display paths and by plain paths alike.
 #pragma once
 
+#include <optional>
 #include <set>
 #include <string>
+#include <vector>
 
 #include "depotctl/program.h"
 #include "manager/display_path.h"
@@ -45,6 +47,19 @@ private:
     const StoreScope scope_;
 };
 
+// A place that a command works on, and what it is where that was seen already.
+struct Selected {
+    Place place;
+    std::optional<ItemKind> kind;
+};
+
+// What a path selects: one place, which need not be there, or with wildcards in its last part
+// everything of a folder that they match, ordered by name.
+struct Selection {
+    std::vector<Selected> items;
+    bool isPattern = false;
+};
+
 // Finds out what paths stand for.
 class Places {
 public:
@@ -55,6 +70,11 @@ public:
     // Fails for a depot that is not there or cannot be reached.
     Place Resolve(const std::string& utf8Path);
 
+    // What the path selects. Wildcards are taken for characters where a name has just these. Fails
+    // when they match nothing. Names that cannot be written, which they may match, are reported.
+    Selection Select(const std::string& utf8Path);
+    Selection Select(const std::vector<std::string>& utf8Paths);
+
     // The root of the default depot.
     Place DefaultRoot();
 
@@ -64,13 +84,14 @@ public:
     // The same of a place where something must be.
     ItemKind Require(const Place& place) const;
 
+    ItemKind Require(const Selected& selected) const;
+
     // Ends the command unless there is a file at the place.
     void RequireFile(const Place& place) const;
-
-    // A path that must lead to a file.
-    Place ResolveFile(const std::string& utf8Path);
+    void RequireFile(const Selected& selected) const;
 
 private:
+    Selection Matches(const Place& pattern) const;
     Place InDepot(CDepot& depot, const std::string& path);
     Place Plain(const std::string& path);
 
@@ -83,13 +104,19 @@ private:
 Place Child(const Place& folder, const std::string& name);
 
 // The folder that holds the place.
-Place ParentOf(const Place& place);
+Place FolderOf(const Place& place);
 
 // Returns whether the place is the root of its depot or of a drive.
 bool IsRoot(const Place& place);
 
+// Returns whether the place's name has wildcards.
+bool IsPattern(const Place& place);
+
 // Returns whether the place's name has a dot.
 bool HasDot(const Place& place);
+
+// Ends the command because nothing is as the place's name has it.
+[[noreturn]] void RefuseUnmatched(const Place& pattern);
 
 // Ends the command because an operation on the place failed.
 [[noreturn]] void Fail(const std::string& action, const Place& place, const Error& why);

@@ -20,6 +20,8 @@ struct ValueOptions {
     std::optional<std::string> defaultValue;
     bool remove = false;
     bool create = false;
+    bool update = false;
+    StepOptions steps{};
     unsigned codePage = 0;  // found out by the profile's bytes
 };
 
@@ -66,14 +68,13 @@ std::string TerminalText(const std::string& bytes) {
     return shown;
 }
 
-void Cat(Program& program, const std::string& path) {
-    Places places(program);
-    const Place place = places.Resolve(path);
+void CatOne(Program& program, const Places& places, const Selected& selected) {
+    const Place& place = selected.place;
     const OpenedPlace at(place, "read");
     FileBuffer file;
     const Result read = at.store.ReadFile(at.path, SourceFate::kStays, file);
     // Only then it matters what it is.
-    if (!read || file.length == 0) places.RequireFile(place);
+    if (!read || file.length == 0) places.RequireFile(selected);
     if (!read) Fail("read", place, read.Why());
     if (program.output.IsTerminal()) {
         program.output.Write(TerminalText({file.bytes.get(), file.bytes.get() + file.length}));
@@ -82,27 +83,71 @@ void Cat(Program& program, const std::string& path) {
     }
 }
 
-void ListValues(const Program& program, const ProfileCopy& profile, const std::string& only) {
-    Json rows = Json::array();
-    for (const auto& [section, key, value] : profile.Rows(only)) {
-        rows.push_back({{"section", section}, {"key", key}, {"value", value}});
+void Cat(Program& program, const std::string& path) {
+    Places places(program);
+    const Selection files = places.Select(path);
+    for (const Selected& file : files.items) {
+        if (files.isPattern) places.RequireFile(file);
     }
-    program.renderer.List(rows, {{"section", "SECTION"}, {"key", "KEY"}, {"value", "VALUE"}});
+    for (const Selected& file : files.items) CatOne(program, places, file);
+}
+
+// The rows of the values that are wanted of a profile.
+Json ValueRows(const ProfileCopy& profile, const ValueOptions& options) {
+    Json rows = Json::array();
+    if (options.key.empty()) {
+        for (const auto& [section, key, value] : profile.Rows(options.section)) {
+            rows.push_back({{"section", section}, {"key", key}, {"value", value}});
+        }
+        return rows;
+    }
+    const std::optional<std::string> found = profile.Find(options.section, options.key);
+    const std::optional<std::string>& answer = found ? found : options.defaultValue;
+    if (answer) {
+        rows.push_back({{"section", options.section}, {"key", options.key}, {"value", *answer}});
+    }
+    return rows;
+}
+
+[[noreturn]] void RefuseMissing(const Place& place, const ValueOptions& options) {
+    Refuse(place.Shown() + " has no value \"" + options.key + "\" in section \"" + options.section +
+           "\"");
+}
+
+// Of a pattern each row names its profile, and a profile without the value has none.
+void GetFromAll(Program& program, const Places& places, const Selection& profiles,
+                const ValueOptions& options) {
+    for (const Selected& selected : profiles.items) places.RequireFile(selected);
+    Json rows = Json::array();
+    for (const Selected& selected : profiles.items) {
+        const Place& place = selected.place;
+        const ProfileCopy profile(place, Load(program, places, place).localPath, options.codePage);
+        for (const Json& value : ValueRows(profile, options)) {
+            Json row = {{"path", place.Utf8()}};
+            row.update(value);
+            rows.push_back(std::move(row));
+        }
+    }
+    if (rows.empty() && !options.key.empty()) {
+        RefuseMissing(profiles.items.front().place, options);
+    }
+    program.renderer.List(
+        rows, {{"path", "PATH"}, {"section", "SECTION"}, {"key", "KEY"}, {"value", "VALUE"}});
 }
 
 void Get(Program& program, const ValueOptions& options) {
     Places places(program);
-    const Place place = places.Resolve(options.path);
+    const Selection profiles = places.Select(options.path);
+    if (profiles.isPattern) return GetFromAll(program, places, profiles, options);
+    const Place& place = profiles.items.front().place;
     const ProfileCopy profile(place, Load(program, places, place).localPath, options.codePage);
-    if (options.key.empty()) return ListValues(program, profile, options.section);
-    const std::optional<std::string> found = profile.Find(options.section, options.key);
-    const std::optional<std::string>& answer = found ? found : options.defaultValue;
-    if (!answer) {
-        Refuse(place.Shown() + " has no value \"" + options.key + "\" in section \"" +
-               options.section + "\"");
+    const Json rows = ValueRows(profile, options);
+    if (options.key.empty()) {
+        program.renderer.List(rows, {{"section", "SECTION"}, {"key", "KEY"}, {"value", "VALUE"}});
+        return;
     }
-    program.renderer.Answer(
-        {{"section", options.section}, {"key", options.key}, {"value", *answer}}, *answer);
+    if (rows.empty()) RefuseMissing(place, options);
+    program.renderer.Answer(rows.front(), rows.front()["value"].get<std::string>());
 }
 
 // Makes an empty profile where there is none.
@@ -114,24 +159,63 @@ void Create(const Place& place) {
     if (!created) Fail("create", place, created.Why());
 }
 
-void Set(Program& program, const ValueOptions& options) {
-    Places places(program);
-    const Place place = places.Resolve(options.path);
-    if (options.create && places.KindOf(place) == ItemKind::kMissing) Create(place);
+std::string ValueText(const Place& place, const ValueOptions& options) {
+    const std::string name = "[" + options.section + "] " + options.key;
+    return place.Utf8() + " " + name + (options.remove ? "" : "=" + options.value);
+}
+
+// Whether --update finds the value as it is to be.
+bool IsUnneeded(const ProfileCopy& profile, const ValueOptions& options) {
+    if (!options.update) return false;
+    const std::optional<std::string> found = profile.Find(options.section, options.key);
+    return options.remove ? !found : found == options.value;
+}
+
+// What would stand in a profile that is made only with its first value.
+void NoteNewProfile(const Place& place, const ValueOptions& options, Steps& steps) {
+    steps.Note({"make", {}, place.Utf8()});
+    if (!options.remove) steps.Note({"set", {}, ValueText(place, options)});
+}
+
+void SetOne(Program& program, const Places& places, const Place& place, const ValueOptions& options,
+            Steps& steps) {
+    if (options.create && places.KindOf(place) == ItemKind::kMissing) {
+        if (!steps.AreTaken()) return NoteNewProfile(place, options, steps);
+        Create(place);
+    }
     DepotFileContext& file = Load(program, places, place);
+    const auto release = [&] {
+        const bool stored = file.Release() != 0;
+        program.Session().currentFile.reset();
+        if (!stored) Fail("write", place, 0, "the file cannot be written");
+    };
     {
         ProfileCopy profile(place, file.localPath, options.codePage);
+        if (IsUnneeded(profile, options)) return release();
         profile.Write(options.section, options.key, options.remove ? "" : options.value);
+        steps.Note({options.remove ? "unset" : "set", {}, ValueText(place, options)});
+        if (!steps.AreTaken()) return release();
         profile.Store();
     }
     file.changed = true;
-    const bool stored = file.Release() != 0;
-    program.Session().currentFile.reset();
-    if (!stored) Fail("write", place, 0, "the file cannot be written");
-    program.renderer.Answer({{"section", options.section},
-                             {"key", options.key},
-                             {"value", options.remove ? Json() : Json(options.value)}},
-                            options.remove ? "removed" : "set");
+    release();
+}
+
+void Set(Program& program, const ValueOptions& options) {
+    Places places(program);
+    const Selection profiles = places.Select(options.path);
+    for (const Selected& selected : profiles.items) {
+        if (profiles.isPattern) places.RequireFile(selected);
+    }
+    Steps steps(program, options.steps);
+    for (const Selected& selected : profiles.items) {
+        SetOne(program, places, selected.place, options, steps);
+    }
+    Json answer = {{"section", options.section},
+                   {"key", options.key},
+                   {"value", options.remove ? Json() : Json(options.value)}};
+    if (profiles.isPattern) answer["profiles"] = profiles.items.size();
+    steps.Answer(answer, options.remove ? "removed" : "set");
 }
 
 void AddCodePage(CLI::App& command, ValueOptions& options) {
@@ -181,6 +265,9 @@ void AddProfileCommands(CLI::App& app, Program& program) {
     CLI::Option* const value = set.app.add_option("value", change.value, "The new value");
     set.app.add_flag("--remove", change.remove, "Remove the value");
     set.app.add_flag("--create", change.create, "Make the profile when there is none");
+    set.app.add_flag("-u,--update", change.update,
+                     "Leave a profile as it is that has the value already");
+    AddStepFlags(set.app, change.steps);
     AddCodePage(set.app, change);
     set.app.parse_complete_callback([&change, value] {
         if ((value->count() > 0) == change.remove) {

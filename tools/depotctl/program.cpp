@@ -46,4 +46,18 @@ void Program::Complain(std::string_view text) const {
     errors.Write("depotctl: " + OneLine(text) + "\n");
 }
 
+void Program::Remark(const Json& json, std::string_view text) const {
+    if (!renderer.IsJson()) return Complain(text);
+    errors.Write(json.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n");
+}
+
+void Program::ReportLeftOut(std::uint32_t count) const {
+    const Json codePage = GetACP();
+    // The answer stays a list of what can be named; how much it lacks stands beside it.
+    Remark({{"leftOut", count}, {"codePage", codePage}},
+           std::to_string(count) + (count == 1 ? " name has" : " names have") +
+               " characters that code page " + codePage.dump() +
+               " does not have and cannot be listed");
+}
+
 }  // namespace depot::ctl

@@ -1,12 +1,14 @@
 // What all commands of one run share.
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "depotctl/failure.h"
 #include "depotctl/renderer.h"
 #include "depotctl/terminal.h"
 #include "directory/call_connections.h"
@@ -34,10 +36,21 @@ public:
     // One line on standard error.
     void Complain(std::string_view text) const;
 
+    // One line on standard error beside an answer: the text, or the JSON of it.
+    void Remark(const Json& json, std::string_view text) const;
+
+    // Reports how many names a listing left out because the code page does not have them.
+    void ReportLeftOut(std::uint32_t count) const;
+
     OutputStream output{STD_OUTPUT_HANDLE};
     OutputStream errors{STD_ERROR_HANDLE};
     Renderer renderer{output};
     std::function<void()> command;  // what the command line asks for
+
+    // What the program ends with when the command is done, and what when it was refused: these
+    // differ where a command answers by its exit code.
+    ExitCode outcome = ExitCode::kDone;
+    ExitCode refusal = ExitCode::kRefused;
 
 private:
     UniqueModule resources_;

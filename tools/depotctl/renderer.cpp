@@ -27,6 +27,14 @@ void Renderer::List(const Json& rows, const std::vector<Column>& columns) const 
     }
 }
 
+void Renderer::Lines(const Json& rows, const std::string& text) const {
+    stream_.Write(json_ ? JsonText(rows) : text);
+}
+
+void Renderer::Progress(const std::string& text) const {
+    if (!json_) stream_.Write(text);
+}
+
 void Renderer::Answer(const Json& value, const std::string& text) const {
     stream_.Write(json_ ? JsonText(value) : text.ends_with('\n') ? text : text + "\n");
 }

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "depotctl/file_times.h"
 #include "depotctl/table.h"
 #include "depotctl/terminal.h"
 
@@ -30,6 +31,18 @@ public:
     // A listing: an array of objects, or a table of some of their members.
     void List(const Json& rows, const std::vector<Column>& columns) const;
 
+    // The same with a text of its own, which is empty for no rows.
+    void Lines(const Json& rows, const std::string& text) const;
+
+    // What is done meanwhile, for people only.
+    void Progress(const std::string& text) const;
+
+    // A time as this run shows it: by ISO 8601 in JSON and where the user wants it so.
+    void UseIsoTimes() { isoTimes_ = true; }
+    std::string TimeText(const FILETIME& time) const {
+        return ctl::TimeText(time, json_ || isoTimes_ ? TimeForm::kIso : TimeForm::kLocal);
+    }
+
     // One answer: a value as it is, or its text, a line or more.
     void Answer(const Json& value, const std::string& text) const;
 
@@ -38,6 +51,7 @@ private:
 
     const OutputStream& stream_;
     bool json_ = false;
+    bool isoTimes_ = false;
 };
 
 }  // namespace depot::ctl

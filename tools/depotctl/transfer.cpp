@@ -128,14 +128,23 @@ bool IsSameOrInside(const Place& place, const Place& folder) {
 
 TransferResult Transfer(const Program& program, const Place& from, const Place& to,
                         const TransferRules& rules) {
-    if (IsSameOrInside(to, from)) {
-        Refuse(from.Shown() + " cannot go into itself");
-    }
+    RequireApart(from, to);
     RequireFittingName(to, rules.kind);
     Work work(program, from, to, rules);
     const TransferResult result = rules.kind == ItemKind::kFolder ? work.Tree() : work.File();
     if (rules.fate == SourceFate::kGoes) work.RemoveSource();
     return result;
+}
+
+void RequireApart(const Place& from, const Place& to) {
+    if (IsSameOrInside(to, from)) Refuse(from.Shown() + " cannot go into itself");
+}
+
+void MakeFolder(const Place& place, FoldersAbove above) {
+    RequireFittingName(place, ItemKind::kFolder);
+    const OpenedPlace at(place, "make");
+    const Result made = at.store.MakeFolder(at.path, above);
+    if (!made) Fail("make", place, made.Why());
 }
 
 void RequireFittingName(const Place& place, ItemKind kind) {
@@ -161,11 +170,25 @@ Target TargetOf(Places& places, const Place& from, const std::string& to) {
         return {inside, places.KindOf(inside)};
     }
     if (NamesFolder(to)) Refuse("the folder " + named.Shown() + " is not there");
-    const Place parent = ParentOf(named);
+    const Place parent = FolderOf(named);
     if (places.KindOf(parent) != ItemKind::kFolder) {
         Refuse("the folder " + parent.Shown() + " is not there");
     }
     return {named, there};
+}
+
+std::vector<Target> TargetsOf(Places& places, const Selection& from, const std::string& to) {
+    if (!from.isPattern) return {TargetOf(places, from.items.front().place, to)};
+    const Place folder = places.Resolve(to);
+    if (places.KindOf(folder) != ItemKind::kFolder) {
+        Refuse("the folder " + folder.Shown() + " is not there");
+    }
+    std::vector<Target> targets;
+    for (const Selected& selected : from.items) {
+        const Place inside = Child(folder, NamePart(selected.place.path));
+        targets.push_back({inside, places.KindOf(inside)});
+    }
+    return targets;
 }
 
 void RequireFree(const Target& to, ItemKind kind, bool force) {
@@ -177,13 +200,6 @@ void RequireFree(const Target& to, ItemKind kind, bool force) {
     if (kind == ItemKind::kFile && !force) {
         Refuse(to.place.Shown() + " is there already; --force replaces it");
     }
-}
-
-void AnswerTransfer(const Program& program, const char* verb, const Place& to,
-                    const TransferResult& result) {
-    const std::string files = Counted(result.files, "file");
-    program.renderer.Answer({{verb, to.Utf8()}, {"files", result.files}},
-                            std::string(verb) + " " + files + " to " + to.Utf8());
 }
 
 }  // namespace depot::ctl

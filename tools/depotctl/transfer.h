@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include "depotctl/places.h"
 
@@ -27,6 +28,12 @@ struct TransferResult {
 TransferResult Transfer(const Program& program, const Place& from, const Place& to,
                         const TransferRules& rules);
 
+// Refuses to copy or move a folder into itself.
+void RequireApart(const Place& from, const Place& to);
+
+// Makes a folder.
+void MakeFolder(const Place& place, FoldersAbove above);
+
 // Refuses a name that in a directory would turn a file into a folder or the other way round.
 void RequireFittingName(const Place& place, ItemKind kind);
 
@@ -40,10 +47,10 @@ struct Target {
 // separator, takes it under its own name. The folder above must be there.
 Target TargetOf(Places& places, const Place& from, const std::string& to);
 
+// The same for each of a selection; several need a folder that is there.
+std::vector<Target> TargetsOf(Places& places, const Selection& from, const std::string& to);
+
 // Refuses a target that is there: a file unless it may be replaced, and another kind in any case.
 void RequireFree(const Target& to, ItemKind kind, bool force);
-
-void AnswerTransfer(const Program& program, const char* verb, const Place& to,
-                    const TransferResult& result);
 
 }  // namespace depot::ctl

@@ -3,6 +3,7 @@
 
 #include "depotctl/command_line.h"
 #include "depotctl/commands.h"
+#include "depotctl/copying.h"
 #include "depotctl/encoding.h"
 #include "depotctl/failure.h"
 #include "depotctl/places.h"
@@ -27,14 +28,11 @@ void RequireSides(const Place& from, const Place& to, Direction direction) {
 
 template <Direction direction>
 void Run(Program& program, const TransferOptions& options) {
-    Places places(program);
-    const Place from = places.Resolve(options.from);
-    const ItemKind kind = places.Require(from);
-    const Target to = TargetOf(places, from, options.to);
-    RequireSides(from, to.place, direction);
-    RequireFree(to, kind, options.force);
-    AnswerTransfer(program, direction == Direction::kUp ? "uploaded" : "downloaded", to.place,
-                   Transfer(program, from, to.place, {kind, options.Existing()}));
+    RunCopy(program, options,
+            {direction == Direction::kUp ? "uploaded" : "downloaded",
+             [](const Place& from, ItemKind /*kind*/, const Place& to) {
+                 RequireSides(from, to, direction);
+             }});
 }
 
 constexpr std::uint32_t kEntryBytes = 260;
@@ -132,7 +130,7 @@ Published PublishInCopy(Program& program, Places& places, const Place& place) {
 
 struct PublishOptions {
     std::string path;
-    bool dryRun = false;
+    StepOptions steps{};
 };
 
 Json KindText(const std::optional<ItemKind>& kind) {
@@ -149,17 +147,46 @@ Json KindText(const std::optional<ItemKind>& kind) {
     }
 }
 
-// Shows what would be copied from where to where.
-void ShowPlan(Program& program, const Place& place) {
+// Adds what would be copied from where to where for the session's file.
+void AddPlan(Program& program, const Place& place, Json& rows) {
     DepotFileContext& file = *program.Session().currentFile;
     const ProfileCopy copy(place, file.localPath, 0);
     const CopyScope scope(file, copy);
-    Json rows = Json::array();
     for (const PlannedClient& client : PlanPublishing(program.Session())) {
         rows.push_back({{"from", Utf8FromAnsi(client.from)},
                         {"to", client.to.empty() ? Json() : Json(Utf8FromAnsi(client.to))},
                         {"kind", KindText(client.kind)},
                         {"outside", client.isOutside}});
+    }
+}
+
+// Returns the clients that could not be copied, each behind a blank.
+std::string PublishOne(Program& program, Places& places, const Place& place, Json& rows) {
+    DepotSession& session = program.Session();
+    session.LoadFile(place.path);
+    DepotFileContext& file = *session.currentFile;
+    if (file.localPath.empty()) Fail("open", place);
+    const Published published = PublishInCopy(program, places, place);
+    if (file.Release() == 0) Fail("write", place);
+    session.currentFile.reset();
+    if (!published.stopped.empty()) Refuse(published.stopped);
+    std::string missing;
+    for (const Json& row : published.rows) {
+        rows.push_back(row);
+        if (row["present"] == false) missing += " " + row["client"].get<std::string>();
+    }
+    return missing;
+}
+
+void ShowPlans(Program& program, const Selection& profiles) {
+    DepotSession& session = program.Session();
+    Json rows = Json::array();
+    for (const Selected& selected : profiles.items) {
+        session.LoadFile(selected.place.path);
+        if (session.currentFile->localPath.empty()) Fail("open", selected.place);
+        AddPlan(program, selected.place, rows);
+        session.currentFile->Release();
+        session.currentFile.reset();
     }
     program.renderer.List(
         rows, {{"from", "FROM"}, {"to", "TO"}, {"kind", "KIND"}, {"outside", "OUTSIDE DEPOTS"}});
@@ -167,22 +194,16 @@ void ShowPlan(Program& program, const Place& place) {
 
 void Publish(Program& program, const PublishOptions& options) {
     Places places(program);
-    const Place place = places.ResolveFile(options.path);
-    DepotSession& session = program.Session();
-    session.LoadFile(place.path);
-    DepotFileContext& file = *session.currentFile;
-    if (file.localPath.empty()) Fail("open", place);
-    if (options.dryRun) return ShowPlan(program, place);
-    const Published published = PublishInCopy(program, places, place);
-    if (file.Release() == 0) Fail("write", place);
-    session.currentFile.reset();
-    if (!published.stopped.empty()) Refuse(published.stopped);
-    const Json& rows = published.rows;
-    program.renderer.List(rows, {{"client", "CLIENT"}, {"entry", "ENTRY"}, {"present", "PRESENT"}});
+    const Selection profiles = places.Select(options.path);
+    for (const Selected& selected : profiles.items) places.RequireFile(selected);
+    if (options.steps.dryRun) return ShowPlans(program, profiles);
+    if (options.steps.verbose && !program.renderer.IsJson()) ShowPlans(program, profiles);
+    Json rows = Json::array();
     std::string missing;
-    for (const Json& row : rows) {
-        if (row["present"] == false) missing += " " + row["client"].get<std::string>();
+    for (const Selected& selected : profiles.items) {
+        missing += PublishOne(program, places, selected.place, rows);
     }
+    program.renderer.List(rows, {{"client", "CLIENT"}, {"entry", "ENTRY"}, {"present", "PRESENT"}});
     if (!missing.empty()) Refuse("these files could not be copied:" + missing);
 }
 
@@ -206,8 +227,9 @@ void AddTransferCommands(CLI::App& app, Program& program) {
          "  depotctl publish --dry-run \"<Team>\\counter.kra\""},
         Publish);
     publish.add_option("path", options.path, "The profile in its depot")->required();
-    publish.add_flag("--dry-run", options.dryRun,
+    publish.add_flag("--dry-run", options.steps.dryRun,
                      "Only show what would be copied from where, and whether a depot holds it");
+    publish.add_flag("-v,--verbose", options.steps.verbose, "Show the same, then copy");
 }
 
 }  // namespace depot::ctl

@@ -1,0 +1,58 @@
+#include "depotctl/copying.h"
+
+#include "depotctl/encoding.h"
+#include "depotctl/failure.h"
+#include "depotctl/tree_update.h"
+#include "depotctl/utf8_text.h"
+
+namespace depot::ctl {
+namespace {
+
+// Copies one file or tree, or only shows what that would take.
+TransferResult CopyOne(const Program& program, const Place& from, ItemKind kind, const Target& to,
+                       const TransferOptions& options, Steps& steps) {
+    if (options.update || steps.AreShown()) {
+        RequireApart(from, to.place);
+        const DifferentBy by = options.update ? DifferentBy::kDate : DifferentBy::kName;
+        const TreeDifference difference(from, kind, to.place, to.there, by);
+        if (!options.update && !options.force) RequireNothingReplaced(difference);
+        steps.Note(CopySteps(difference));
+        if (!steps.AreTaken()) return {};
+        if (options.update) return CopyDifferent(program, difference);
+    }
+    return Transfer(program, from, to.place, {kind, options.Existing()});
+}
+
+}  // namespace
+
+void RunCopy(Program& program, const TransferOptions& options, const CopyCommand& command) {
+    Places places(program);
+    const Selection from = places.Select(options.from);
+    std::vector<ItemKind> kinds;
+    for (const Selected& selected : from.items) kinds.push_back(places.Require(selected));
+    const std::vector<Target> targets = TargetsOf(places, from, options.to);
+    for (std::size_t at = 0; at < targets.size(); ++at) {
+        command.check(from.items[at].place, kinds[at], targets[at].place);
+        RequireFree(targets[at], kinds[at], options.force || options.update);
+    }
+    Steps steps(program, options.steps);
+    TransferAnswer answer(from, command.verb);
+    for (std::size_t at = 0; at < targets.size(); ++at) {
+        answer.Add(targets[at].place,
+                   CopyOne(program, from.items[at].place, kinds[at], targets[at], options, steps));
+    }
+    answer.Give(steps);
+}
+
+void TransferAnswer::Add(const Place& to, const TransferResult& result) {
+    places_.push_back(to.Utf8());
+    files_ += result.files;
+}
+
+void TransferAnswer::Give(const Steps& steps) const {
+    const std::string where = isPattern_ ? Counted(places_.size(), "place") : places_.front();
+    steps.Answer({{verb_, isPattern_ ? Json(places_) : Json(places_.front())}, {"files", files_}},
+                 std::string(verb_) + " " + Counted(files_, "file") + " to " + where);
+}
+
+}  // namespace depot::ctl
