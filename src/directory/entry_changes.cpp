@@ -260,6 +260,36 @@ Result EntryStore::ReplaceUnchanged(const std::string& dn, const void* data, std
                                                           unchanged.Controls(), nullptr));
 }
 
+void EntryStore::ReplaceUnchangedTogether(std::span<ConditionalWrite> writes) {
+    if (!connection_.IsConnected() || !OffersAssertions()) return;
+    std::vector<ContentsRead> reads;
+    reads.reserve(writes.size());
+    for (const ConditionalWrite& write : writes) reads.push_back({write.dn});
+    ReadTogether(reads);
+    std::vector<std::size_t> unchanged;
+    for (std::size_t index = 0; index < writes.size(); ++index) {
+        const FileBuffer& present = reads[index].contents;
+        const bool isSmall =
+            present.length <= kLargestCondition && writes[index].contents.size() <= kLargeContents;
+        if (!reads[index].result || !present.bytes || !isSmall) continue;
+        if (DigestOf(present) == writes[index].fetched) unchanged.push_back(index);
+    }
+    Together(
+        unchanged.size(),
+        [&](RequestBatch& batch, std::size_t at) {
+            const ConditionalWrite& write = writes[unchanged[at]];
+            ContentsAssertion condition(schema_.ContentsAttribute(), reads[unchanged[at]].contents);
+            Contents contents(schema_.ContentsAttribute(), write.contents.data(),
+                              static_cast<std::uint32_t>(write.contents.size()));
+            LDAPModA* changes[] = {contents.Get(LDAP_MOD_REPLACE), nullptr};
+            batch.Modify(write.dn, changes, condition.Controls());
+        },
+        [&](std::size_t at, std::uint32_t code, LDAPMessage*) {
+            writes[unchanged[at]].isStored = code == LDAP_SUCCESS;
+        },
+        [](std::size_t) {});
+}
+
 // Deletes the value that is believed to be there and adds the new one. A server does all of a
 // modification or nothing, and refuses to delete a value that is not there.
 std::uint32_t EntryStore::ExchangeCode(const std::string& dn, const void* data,

@@ -72,6 +72,12 @@ struct ContentsWrite {
     const FileBuffer* contents = nullptr;  // never owned
     Result result{};
 };
+struct ConditionalWrite {
+    std::string dn;
+    std::span<const std::uint8_t> contents{};  // never owned
+    Digest fetched{};                          // what the entry has to hold still
+    bool isStored = false;                     // else it is to be stored, or not, by itself
+};
 struct Removal {
     std::string dn;
     std::optional<Digest> contents{};  // for a file that is deleted only while it holds these
@@ -185,6 +191,9 @@ public:
     void AddFilesTogether(std::span<ContentsWrite> files);
     void ReplaceTogether(std::span<ContentsWrite> files);
     void RemoveTogether(std::span<Removal> removals);
+    // Replaces the contents of those entries that hold what was fetched, as far as the server tests
+    // that itself. Whatever else becomes of an entry, by itself it shows.
+    void ReplaceUnchangedTogether(std::span<ConditionalWrite> writes);
 
     // How many requests are sent together; 1 where server or client take no more.
     std::size_t Window() const;

@@ -46,11 +46,11 @@ void RequestBatch::Add(const std::string& dn, LDAPModA** attributes) {
     Note(code, id);
 }
 
-void RequestBatch::Modify(const std::string& dn, LDAPModA** changes) {
+void RequestBatch::Modify(const std::string& dn, LDAPModA** changes, LDAPControlA** conditions) {
     const TraceSpan span("ldap_modify_ext", dn);
     ULONG id = 0;
     const std::uint32_t code = connection_.Client().ldap_modify_ext(
-        connection_.Handle(), ClientText(dn), changes, nullptr, nullptr, &id);
+        connection_.Handle(), ClientText(dn), changes, conditions, nullptr, &id);
     span.EndWithCode(code);
     Note(code, id);
 }

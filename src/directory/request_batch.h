@@ -28,7 +28,7 @@ public:
     // What a request is given is the caller's, and is not needed once it is sent.
     void Search(const std::string& base, ULONG scope, const std::vector<std::string>& attributes);
     void Add(const std::string& dn, LDAPModA** attributes);
-    void Modify(const std::string& dn, LDAPModA** changes);
+    void Modify(const std::string& dn, LDAPModA** changes, LDAPControlA** conditions = nullptr);
     void Delete(const std::string& dn, LDAPControlA** conditions = nullptr);
 
     // Awaits the answer to the next request. Returns the directory's code of the request; `answer`

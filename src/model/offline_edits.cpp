@@ -23,15 +23,10 @@ public:
         : directory_(directory), entries_(directory.Entries()), folder_(folder) {}
 
     void Run() {
-        for (OfflineRecord& edit : folder_.Edits()) {
-            const TraceSpan span("StoreWaitingEdit", edit.dn);
-            unmerged_.reset();
-            const Result stored = Store(edit);
-            span.EndWithCode(CodeOf(stored));
-            if (stored.Is(Reason::kUnreachable)) break;
-            if (!stored && !Recover(edit, stored)) continue;
-            folder_.Remove(OfflineKind::kEdit, edit.dn);
-            if (stored) KeepStored(edit);
+        std::vector<OfflineRecord> edits = folder_.Edits();
+        for (std::size_t first = 0; first < edits.size(); first += EntryStore::kWindow) {
+            const std::size_t count = std::min(EntryStore::kWindow, edits.size() - first);
+            if (!RunTogether({edits.data() + first, count})) break;
         }
         for (const std::string& damaged : folder_.TakeDamaged()) {
             Note(Concatenate(
@@ -41,6 +36,51 @@ public:
     }
 
 private:
+    // Most entries hold what was fetched. Returns false where the server cannot be reached any
+    // more.
+    bool RunTogether(std::span<OfflineRecord> edits) {
+        std::vector<ConditionalWrite> writes;
+        std::vector<OfflineRecord*> written;
+        for (OfflineRecord& edit : edits) {
+            if (!edit.base) continue;
+            writes.push_back({edit.dn, edit.bytes, DigestOf(edit.base->data(), edit.base->size())});
+            written.push_back(&edit);
+        }
+        if (writes.size() > 1) entries_.ReplaceUnchangedTogether(writes);
+        for (std::size_t at = 0; at < writes.size(); ++at) {
+            if (!writes[at].isStored) continue;
+            const TraceSpan span("StoreWaitingEdit", writes[at].dn);
+            span.EndWithCode(LDAP_SUCCESS);
+            Settle(*written[at]);
+        }
+        return std::all_of(edits.begin(), edits.end(),
+                           [&](OfflineRecord& edit) { return IsSettled(edit) || RunAlone(edit); });
+    }
+
+    // Returns false where the server cannot be reached any more.
+    bool RunAlone(OfflineRecord& edit) {
+        const TraceSpan span("StoreWaitingEdit", edit.dn);
+        unmerged_.reset();
+        const Result stored = Store(edit);
+        span.EndWithCode(CodeOf(stored));
+        if (stored.Is(Reason::kUnreachable)) return false;
+        if (stored) {
+            Settle(edit);
+        } else if (Recover(edit, stored)) {
+            folder_.Remove(OfflineKind::kEdit, edit.dn);
+        }
+        return true;
+    }
+
+    // What was stored waits no longer and is what was seen last.
+    void Settle(OfflineRecord& edit) {
+        folder_.Remove(OfflineKind::kEdit, edit.dn);
+        edit.kind = OfflineKind::kFile;
+        edit.base.reset();
+        folder_.Write(edit);
+    }
+    static bool IsSettled(const OfflineRecord& edit) { return edit.kind == OfflineKind::kFile; }
+
     Result Store(const OfflineRecord& edit) {
         Result stored = edit.base ? StoreEdit(edit, *edit.base) : AddFile(edit);
         const bool mayBeStored = stored.Is(Reason::kChanged) || stored.Is(Reason::kExists);
@@ -75,12 +115,6 @@ private:
         return entries_.ReadSeen(edit.dn, present) &&
                std::equal(edit.bytes.begin(), edit.bytes.end(), present.bytes.get(),
                           present.bytes.get() + present.length);
-    }
-
-    void KeepStored(OfflineRecord& edit) {
-        edit.kind = OfflineKind::kFile;
-        edit.base.reset();
-        folder_.Write(std::move(edit));
     }
 
     // Returns whether the edit needs to wait no longer.

@@ -24,6 +24,7 @@ const std::vector<Group>& Groups() {
         {"macros", [](IDepotIntrApi*) { MeasureMacros(); }},
         {"directory", [](IDepotIntrApi*) { MeasureDirectory(); }},
         {"working-copies", MeasureWorkingCopies},
+        {"apart", [](IDepotIntrApi*) { MeasureApart(); }},
         {"listings", [](IDepotIntrApi*) { MeasureListings(); }},
         {"transfers", [](IDepotIntrApi*) { MeasureTransfers(); }},
         {"round-trips", MeasureRoundTrips},

@@ -24,6 +24,10 @@ void MeasureDirectory();
 // Loading and releasing files of a directory, and many sessions at once.
 void MeasureWorkingCopies(IDepotIntrApi* api);
 
+// What it costs to keep a location for the time when its server is away, to merge edits, and to
+// store those that waited.
+void MeasureApart();
+
 // Listing folders of the file system and of a directory.
 void MeasureListings();
 

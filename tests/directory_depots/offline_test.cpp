@@ -362,5 +362,31 @@ TEST_F(OfflineTest, AServerThatIsLostBetweenLoadAndStoreHasTheEditWait) {
     EXPECT_EQ("[S]\r\nK=new\r\nL=old\r\n", Entry());
 }
 
+TEST_F(OfflineTest, WaitingEditsAreStoredInWindows) {
+    constexpr int kFiles = 40;
+    for (int number = 0; number < kFiles; ++number) {
+        own_.AddFile("f" + std::to_string(number) + ".kra", test::kSuffix, kOld);
+        Load("f" + std::to_string(number) + ".kra");
+    }
+    Away();
+    for (int number = 0; number < kFiles; ++number) {
+        const auto file = Load("f" + std::to_string(number) + ".kra");
+        file->WriteString("S", "K", std::to_string(number));
+        EXPECT_TRUE(file->Release());
+    }
+    ASSERT_EQ(std::size_t{kFiles}, WaitingEdits().size());
+    Back();
+    Restart();
+    // What counts is how often an answer is waited for before the next request is sent.
+    own_.Mark();
+    Value();
+    EXPECT_THAT(WaitingEdits(), IsEmpty());
+    for (int number = 0; number < kFiles; ++number) {
+        EXPECT_EQ("[S]\r\nK=" + std::to_string(number) + "\r\nL=old\r\n",
+                  Entry("f" + std::to_string(number) + ".kra"));
+    }
+    EXPECT_THAT(boxes_.Boxes(), IsEmpty());
+}
+
 }  // namespace
 }  // namespace depot
