@@ -15,7 +15,19 @@ class FailureMethodsTest : public ComponentTest {
 protected:
     LastError Last() { return LastErrorOf(*api2_, session_); }
 
+    // A depot whose server does not answer.
+    std::string DefineFar() {
+        depots_.Text("Far", "Path1", "dc=example,dc=test");
+        depots_.Dword("Far", "Type1", 1);
+        depots_.Text("Far", "Host1", "127.0.0.1");
+        depots_.Dword("Far", "Port1", 9);
+        depots_.Dword("Far", "Authentication1", 0);
+        depots_.Dword("Work", "DefaultDepot", 1);
+        return "<Far>\\a.kra";
+    }
+
     const std::string root_ = DefineDepot("Work");
+    const std::string far_ = DefineFar();
     const Com<IDepotIntrApi2> api2_ = Api2Of(*api_);
     Session session_{*api_};
     OutBool answer_;
@@ -139,6 +151,41 @@ TEST_F(FailureMethodsTest, QuietReturnsWhatItWas) {
     EXPECT_TRUE(answer_.IsTrue());
     EXPECT_THAT(api2_->Quiet(session_, VARIANT_FALSE, answer_), IsOk());
     EXPECT_TRUE(answer_.IsFalse());
+}
+
+TEST_F(FailureMethodsTest, QuietSessionShowsNoBoxAndKeepsItsText) {
+    const BoxLog boxes;
+    EXPECT_THAT(api_->DPLoadFile(session_.Address(), Text(far_)), IsOk());
+    ASSERT_EQ(1u, boxes.Texts().size());
+    EXPECT_EQ(0, Last().code);
+    EXPECT_THAT(api2_->Quiet(session_, VARIANT_TRUE, answer_), IsOk());
+    EXPECT_THAT(api_->DPLoadFile(session_.Address(), Text(far_)), IsOk());
+    EXPECT_EQ(1u, boxes.Texts().size());
+    EXPECT_EQ(ERROR_CAN_NOT_COMPLETE, static_cast<DWORD>(Last().code));
+    EXPECT_EQ(Wide(boxes.Texts().front()), Last().text);
+    EXPECT_EQ(Last().text, LastErrorOf(*api2_, 0).text);
+    EXPECT_THAT(api2_->Exists(session_, Bstr(far_), answer_), IsRefused());
+    EXPECT_EQ(ERROR_HOST_UNREACHABLE, static_cast<DWORD>(Last().code));
+    EXPECT_EQ(1u, boxes.Texts().size());
+}
+
+TEST_F(FailureMethodsTest, OtherSessionsOfAQuietOneStillShowTheirs) {
+    const BoxLog boxes;
+    Session loud(*api_);
+    EXPECT_THAT(api2_->Quiet(session_, VARIANT_TRUE, answer_), IsOk());
+    EXPECT_THAT(api_->DPLoadFile(loud.Address(), Text(far_)), IsOk());
+    EXPECT_EQ(1u, boxes.Texts().size());
+}
+
+TEST_F(FailureMethodsTest, ReadOnlyFileIsNotReplacedAndSaysWhy) {
+    const std::string file = folder_.MakeFile("Work\\a.kra", "old");
+    ASSERT_TRUE(SetFileAttributesA(file.c_str(), FILE_ATTRIBUTE_READONLY));
+    EXPECT_THAT(api2_->WriteText(session_, Bstr(file), Bstr(L"new"), TEXT_AS_IT_IS, answer_),
+                IsRefused());
+    EXPECT_TRUE(answer_.IsFalse());
+    EXPECT_EQ(ERROR_ACCESS_DENIED, static_cast<DWORD>(Last().code));
+    EXPECT_EQ("old", FileBytes(file));
+    EXPECT_TRUE(SetFileAttributesA(file.c_str(), FILE_ATTRIBUTE_NORMAL));
 }
 
 }  // namespace
