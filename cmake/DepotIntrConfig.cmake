@@ -1,5 +1,5 @@
 # find_package(DepotIntr) makes two targets:
-#   DepotIntr::DepotIntr    the interface's header, DepotIntr.h
+#   DepotIntr::DepotIntr    the interface's headers, DepotIntr.h and, for C++17, depotintr.hpp
 #   DepotIntr::identifiers  the same with the values of its identifiers; it is compiled with the client, so
 #                           that it suits every compiler
 # DepotIntr_RUNTIME_DIR is the folder of the libraries that a client finds through COM at run time.

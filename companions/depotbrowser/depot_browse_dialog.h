@@ -5,16 +5,17 @@
 #include <vector>
 
 #include "DepotBrowser.h"
+#include "com/typelib_dispatch.h"
 #include "depotbrowser/browse_settings.h"
-#include "depotbrowser/typelib_dispatch.h"
 #include "platform/win32.h"
 
 namespace depot {
 
 // Holds what the dialog is asked for and, afterwards, what the user chose. Texts and arrays that
 // are returned belong to the caller; no exception gets out. Settings count for the next ShowModal.
-class CDepotBrowseDialog : public TypeLibraryDispatch<IDepotBrowseDialog2, &IID_IDepotBrowseDialog2,
-                                                      &IID_IDepotBrowseDialog> {
+class CDepotBrowseDialog
+    : public TypeLibraryDispatch<IDepotBrowseDialog3, &IID_IDepotBrowseDialog3,
+                                 &IID_IDepotBrowseDialog, &IID_IDepotBrowseDialog2> {
 public:
     // Shows the dialog and waits for the user. The result is 1 when the user confirmed, 0 when not
     // or when the dialog cannot be shown, which is also S_FALSE. What was chosen before is
@@ -51,6 +52,9 @@ public:
     STDMETHODIMP put_OwnerWindow(LONG lWindow) noexcept override;
     STDMETHODIMP put_AllowMultipleSelection(LONG lAllow) noexcept override {
         return Switch(settings_.allowMultipleSelection, lAllow);
+    }
+    STDMETHODIMP get_ChosenFiles(VARIANT* pPaths) noexcept override {
+        return pPaths != nullptr ? GiveNames(chosen_, pPaths) : E_POINTER;
     }
 
     // Reserved: nothing happens.

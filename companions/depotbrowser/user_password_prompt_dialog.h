@@ -2,8 +2,8 @@
 #pragma once
 
 #include "DepotBrowser.h"
+#include "com/typelib_dispatch.h"
 #include "depotbrowser/prompt_window.h"
-#include "depotbrowser/typelib_dispatch.h"
 #include "platform/win32.h"
 
 namespace depot {

@@ -32,16 +32,24 @@ BrowseOptions OptionsOf(VARIANT_BOOL edit, VARIANT_BOOL fileOperations, LONG_PTR
     return options;
 }
 
-// The first path stands in front of the whole selection, so that it may occur twice.
+// The first path stands in front of the whole selection, so that it may occur twice. The session
+// remembers each path once.
 std::optional<std::string> ListOfChosenFiles(BrowseDialog& dialog, const std::string& first,
-                                             std::int16_t size) try {
+                                             std::int16_t size, DepotSession& session) try {
     std::vector<std::string> paths = dialog.ChosenPaths();
+    session.chosenFiles = paths.empty() ? std::vector{first} : paths;
     paths.insert(paths.begin(), first);
     return ChosenFileList(paths, size);
 } catch (const std::bad_alloc&) {
     return std::nullopt;
 } catch (const std::length_error&) {
     return std::nullopt;
+}
+
+// The failure of a dialog that was cancelled or not shown, or whose session has ended meanwhile.
+CallFailure NothingChosen(SessionForCall& session) {
+    if (!session) return {session.Refusal()};
+    return session.End({ERROR_CANCELLED});
 }
 
 }  // namespace
@@ -52,9 +60,9 @@ STDMETHODIMP CDepotIntrApi::DPBrowse(LONG_PTR lDPIntr, APP_TYPE appType, BROWSE_
                                      BSTR* bstrFilePath) noexcept {
     if (bstrFilePath == nullptr) return RefuseMethod();
     *bstrFilePath = nullptr;
-    return RunMethod([&] {
+    return RunMethod([&]() -> CallFailure {
         const std::optional<SessionTexts> texts = TextsOfSession(lDPIntr);
-        if (!texts) return false;
+        if (!texts) return {ERROR_INVALID_HANDLE};
         const BrowseKind kind = BrowseKindOf(appType, browseType);
         BrowseDialog dialog;
         // Kept: a dialog that saves gets the initial name, and neither owner nor options.
@@ -65,11 +73,13 @@ STDMETHODIMP CDepotIntrApi::DPBrowse(LONG_PTR lDPIntr, APP_TYPE appType, BROWSE_
             dialog.SetKindAndOptions(kind, OptionsOf(bEdit, bPerformFileOP, lpParentWnd));
         }
         const std::string chosen = dialog.Run(nHelpTopicID, texts->resourceFolder);
-        const SessionForCall session(lDPIntr, WithoutHandle::kFail);
-        if (chosen.empty() || !session) return false;
+        SessionForCall session(lDPIntr, WithoutHandle::kFail);
+        if (session) session->chosenFiles.clear();
+        if (chosen.empty() || !session) return NothingChosen(session);
         session->LoadFile(chosen);
+        session->chosenFiles = {session->currentFile->depotPath};
         *bstrFilePath = NewNameBstr(session->currentFile->depotPath).release();
-        return *bstrFilePath != nullptr;
+        return FailureOf(*bstrFilePath != nullptr);
     });
 }
 
@@ -80,21 +90,22 @@ STDMETHODIMP CDepotIntrApi::DPBrowseMultiSel(LONG_PTR lDPIntr, APP_TYPE appType,
     if (bstrFileList == nullptr) return RefuseMethod();
     *bstrFileList = nullptr;
     bool outOfMemory = false;
-    const HRESULT result = RunMethod([&] {
+    const HRESULT result = RunMethod([&]() -> CallFailure {
         const std::optional<SessionTexts> texts = TextsOfSession(lDPIntr);
-        if (!texts) return false;
+        if (!texts) return {ERROR_INVALID_HANDLE};
         BrowseOptions options = OptionsOf(bEdit, bPerformFileOP, lpParentWnd);
         options.allowMultipleSelection = true;
         BrowseDialog dialog;
         dialog.SetKindAndOptions(BrowseKindOf(appType, PROMPT_OPEN), options);
         const std::string first = dialog.Run(nHelpTopicID, texts->resourceFolder);
-        const SessionForCall session(lDPIntr, WithoutHandle::kFail);
-        if (first.empty() || !session) return false;
+        SessionForCall session(lDPIntr, WithoutHandle::kFail);
+        if (session) session->chosenFiles.clear();
+        if (first.empty() || !session) return NothingChosen(session);
         session->ReleaseFile();
-        const std::optional<std::string> list = ListOfChosenFiles(dialog, first, nSize);
+        const std::optional<std::string> list = ListOfChosenFiles(dialog, first, nSize, *session);
         outOfMemory = !list;
         if (list) *bstrFileList = NewNameBstr(*list).release();
-        return *bstrFileList != nullptr;
+        return FailureOf(*bstrFileList != nullptr);
     });
     return outOfMemory ? E_FAIL : result;
 }

@@ -89,10 +89,12 @@ void ExplainUnusableCharacters() {
 }  // namespace
 
 bool CredentialsDialog::CanBeAnswered() const {
-    return HasAPerson();
+    return NoticeCollector::Current() == nullptr && HasAPerson();
 }
 
 bool CredentialsDialog::Show(Credentials& credentials) noexcept try {
+    // A caller that wants no boxes hears of the failure itself.
+    if (NoticeCollector::Current() != nullptr) return false;
     if (!HasAPerson()) {
         ReportUnshown(LogMessage::kPromptNotShown, credentials.server);
         return false;

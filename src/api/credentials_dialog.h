@@ -8,7 +8,8 @@ namespace depot {
 // Shows the dialog component "DepotBrowser.UserPasswordPromptDialog". Where it is not registered or
 // cannot be created, the prompt counts as cancelled. What is typed and does not fit the ANSI code
 // page is explained in a message box, and the dialog is shown again. In a process whose windows no
-// person sees the event log gets the server's name instead. No exception gets out.
+// person sees the event log gets the server's name instead; a quiet session's call
+// (NoticeCollector) is not asked at all. No exception gets out.
 //
 // REQUIRES: COM is initialised on the calling thread.
 class CredentialsDialog final : public CredentialsPrompt {

@@ -6,8 +6,9 @@
 namespace depot {
 
 HRESULT CDepotIntrApi::InternalQueryInterface(REFIID interfaceId, void** object) {
-    return GiveInterface(*this, {&IID_IUnknown, &IID_IDispatch, &IID_IDepotIntrApi}, interfaceId,
-                         object);
+    return GiveInterface(*this,
+                         {&IID_IUnknown, &IID_IDispatch, &IID_IDepotIntrApi, &IID_IDepotIntrApi2},
+                         interfaceId, object);
 }
 
 STDMETHODIMP CDepotIntrApi::GetTypeInfoCount(UINT* count) noexcept {
@@ -29,7 +30,7 @@ STDMETHODIMP CDepotIntrApi::GetIDsOfNames(REFIID, LPOLESTR* names, UINT nameCoun
 STDMETHODIMP CDepotIntrApi::Invoke(DISPID id, REFIID, LCID, WORD flags, DISPPARAMS* parameters,
                                    VARIANT* result, EXCEPINFO* exception,
                                    UINT* wrongArgument) noexcept {
-    return DispatchAdapter::Instance().Invoke(static_cast<IDepotIntrApi*>(this), id, flags,
+    return DispatchAdapter::Instance().Invoke(static_cast<IDepotIntrApi2*>(this), id, flags,
                                               parameters, result, exception, wrongArgument);
 }
 

@@ -14,10 +14,10 @@ namespace depot {
 // the DLL's own activation context is current during the call, outputs are set on entry, and texts
 // that are returned belong to the caller. A handle that names no live session is refused like a
 // missing one.
-class CDepotIntrApi : public IDepotIntrApi {
+class CDepotIntrApi : public IDepotIntrApi2 {
 public:
-    // Returns this object under `interfaceId`, which is IUnknown, IDispatch or IDepotIntrApi, with
-    // an added reference; E_NOINTERFACE otherwise.
+    // Returns this object under `interfaceId`, which is IUnknown, IDispatch, IDepotIntrApi or
+    // IDepotIntrApi2, with an added reference; E_NOINTERFACE otherwise.
     HRESULT InternalQueryInterface(REFIID interfaceId, void** object);
 
     // IDispatch, served from the type library that the DLL carries.
@@ -68,6 +68,28 @@ public:
     STDMETHODIMP DPSetSelItemPath(LONG_PTR lDPIntr, BSTR* bstrFilePath) noexcept override;
     STDMETHODIMP DPMakeCopyFromSrcFile(LONG_PTR lDPIntr, BSTR* bstrSrcFile,
                                        BSTR* bstrDstFile) noexcept override;
+
+    // IDepotIntrApi2.
+    STDMETHODIMP LastErrorCode(LONG_PTR lDPIntr, LONG* plCode) noexcept override;
+    STDMETHODIMP LastErrorText(LONG_PTR lDPIntr, BSTR* pbstrText) noexcept override;
+    STDMETHODIMP Quiet(LONG_PTR lDPIntr, VARIANT_BOOL bQuiet,
+                       VARIANT_BOOL* pbBefore) noexcept override;
+    STDMETHODIMP Exists(LONG_PTR lDPIntr, BSTR bstrPath, VARIANT_BOOL* pbExists) noexcept override;
+    STDMETHODIMP IsWritable(LONG_PTR lDPIntr, BSTR bstrPath,
+                            VARIANT_BOOL* pbWritable) noexcept override;
+    STDMETHODIMP ReadText(LONG_PTR lDPIntr, BSTR bstrFile, BSTR* pbstrText) noexcept override;
+    STDMETHODIMP WriteText(LONG_PTR lDPIntr, BSTR bstrFile, BSTR bstrText, TEXT_ENCODING encoding,
+                           VARIANT_BOOL* pbDone) noexcept override;
+    STDMETHODIMP Find(LONG_PTR lDPIntr, BSTR bstrFolder, BSTR bstrExtensions, FIND_WHAT what,
+                      VARIANT* pPaths) noexcept override;
+    STDMETHODIMP ChosenFiles(LONG_PTR lDPIntr, VARIANT* pPaths) noexcept override;
+    STDMETHODIMP Copy(LONG_PTR lDPIntr, BSTR bstrFrom, BSTR bstrTo, VARIANT_BOOL bMayExist,
+                      VARIANT progress, VARIANT_BOOL* pbDone) noexcept override;
+    STDMETHODIMP Move(LONG_PTR lDPIntr, BSTR bstrFrom, BSTR bstrTo, VARIANT_BOOL bMayExist,
+                      VARIANT progress, VARIANT_BOOL* pbDone) noexcept override;
+    STDMETHODIMP MakeFolder(LONG_PTR lDPIntr, BSTR bstrFolder, VARIANT_BOOL bMayExist,
+                            VARIANT_BOOL* pbDone) noexcept override;
+    STDMETHODIMP Depots(LONG_PTR lDPIntr, IDepotInfos** ppDepots) noexcept override;
 
 protected:
     CDepotIntrApi() = default;

@@ -86,7 +86,7 @@ HRESULT DispatchAdapter::Load() {
     const std::lock_guard guard(lock_);
     if (typeInfo_) return S_OK;
     UniqueCom<ITypeInfo> typeInfo;
-    const HRESULT result = OpenTypeInfo(IID_IDepotIntrApi, typeInfo);
+    const HRESULT result = OpenTypeInfo(IID_IDepotIntrApi2, typeInfo);
     if (FAILED(result)) return result;
     signatures_ = DescribeInterface(*typeInfo);
     typeInfo_ = std::move(typeInfo);
@@ -123,7 +123,7 @@ HRESULT DispatchAdapter::GetIDsOfNames(LPOLESTR* names, UINT nameCount, DISPID* 
     return E_OUTOFMEMORY;
 }
 
-HRESULT DispatchAdapter::Invoke(IDepotIntrApi* object, DISPID id, WORD flags,
+HRESULT DispatchAdapter::Invoke(IDepotIntrApi2* object, DISPID id, WORD flags,
                                 DISPPARAMS* parameters, VARIANT* result, EXCEPINFO* exception,
                                 UINT* wrongArgument) noexcept try {
     const ModuleStateScope scope;

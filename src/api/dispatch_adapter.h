@@ -9,7 +9,8 @@
 
 namespace depot {
 
-// Serves IDispatch of IDepotIntrApi from the type library in the DLL's resources.
+// Serves IDispatch of IDepotIntrApi2, which has the methods of IDepotIntrApi, from the type library
+// in the DLL's resources.
 //
 // The library declares a session handle as a 32-bit alias, but the methods read and write handles
 // of pointer size. Around the library's own dispatch the adapter therefore puts every handle, by
@@ -23,7 +24,7 @@ public:
 
     HRESULT GetTypeInfo(UINT index, LCID locale, ITypeInfo** typeInfo) noexcept;
     HRESULT GetIDsOfNames(LPOLESTR* names, UINT nameCount, DISPID* ids) noexcept;
-    HRESULT Invoke(IDepotIntrApi* object, DISPID id, WORD flags, DISPPARAMS* parameters,
+    HRESULT Invoke(IDepotIntrApi2* object, DISPID id, WORD flags, DISPPARAMS* parameters,
                    VARIANT* result, EXCEPINFO* exception, UINT* wrongArgument) noexcept;
 
     // Lets go of the type library. Called before the DLL is unloaded.

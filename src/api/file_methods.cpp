@@ -13,6 +13,7 @@
 #include "platform/replace_file.h"
 #include "platform/same_file.h"
 #include "platform/text.h"
+#include "store/folder_store.h"
 
 namespace depot {
 namespace {
@@ -46,19 +47,20 @@ bool NamesSameFile(const std::string& left, const std::string& right) {
 
 STDMETHODIMP CDepotIntrApi::DPRenameFile(LONG_PTR lDPIntr, BSTR* bstrOldFileName,
                                          BSTR* bstrNewFileName) noexcept {
-    return RunOnSession(lDPIntr, WithoutHandle::kFail, [&](DepotSession& session) {
+    return RunOnSession(lDPIntr, WithoutHandle::kFail, [&](DepotSession& session) -> Result {
         const std::string oldName = NameText(bstrOldFileName);
         CDepot* const depot = FindDepotHolding(session.Depots(), oldName);
-        return depot != nullptr &&
-               MoveFile(*depot, oldName, NameText(bstrNewFileName), nullptr, nullptr, nullptr) != 0;
+        if (depot == nullptr) return SystemError(ERROR_PATH_NOT_FOUND, oldName);
+        return MoveDepotFile({*depot, oldName, NameText(bstrNewFileName), nullptr, nullptr, {}});
     });
 }
 
 STDMETHODIMP CDepotIntrApi::DPDeleteFile(LONG_PTR lDPIntr, BSTR* bstrFileName) noexcept {
-    return RunOnSession(lDPIntr, WithoutHandle::kFail, [&](DepotSession& session) {
+    return RunOnSession(lDPIntr, WithoutHandle::kFail, [&](DepotSession& session) -> Result {
         const std::string fileName = NameText(bstrFileName);
         CDepot* const depot = FindDepotHolding(session.Depots(), fileName);
-        return depot != nullptr && DeleteFile(*depot, fileName) != 0;
+        if (depot == nullptr) return SystemError(ERROR_PATH_NOT_FOUND, fileName);
+        return DeleteDepotFile(*depot, fileName);
     });
 }
 

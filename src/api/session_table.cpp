@@ -169,26 +169,58 @@ std::vector<LONG_PTR> SessionTable::IdleHandles() {
     return handles;
 }
 
+// The end of a session stores its file; what a quiet one has to show of that is its thread's.
 void SessionTable::DestroyRemoved(LONG_PTR handle) {
     DepotSession* const session = AsSession(handle);
-    std::destroy_at(session);
+    if (session->isQuiet) {
+        const NoticeCollector notices;
+        std::destroy_at(session);
+        CallFailure failure;
+        AddNotices(notices, failure);
+        if (failure.code != 0) NoteFailureOfThread(failure);
+    } else {
+        std::destroy_at(session);
+    }
     const std::lock_guard guard(lock_);
     pool_.Free(session);
 }
 
 SessionForCall::SessionForCall(LONG_PTR handle, WithoutHandle withoutHandle) {
-    session_ = SessionTable::Instance().Enter(handle);
+    SessionTable& sessions = SessionTable::Instance();
+    session_ = sessions.Enter(handle);
     if (session_ != nullptr) {
         entered_ = AsHandle(session_);
-    } else if (withoutHandle == WithoutHandle::kMakeTemporary &&
-               SessionTable::Instance().IsZero(handle)) {
+        if (session_->isQuiet) notices_.emplace();
+    } else if (withoutHandle == WithoutHandle::kMakeTemporary && sessions.IsZero(handle)) {
         temporary_ = std::make_unique<DepotSession>();
         session_ = temporary_.get();
+    } else {
+        refusal_ = sessions.Find(handle) != nullptr ? ERROR_BUSY : ERROR_INVALID_HANDLE;
     }
 }
 
 SessionForCall::~SessionForCall() {
+    if (session_ != nullptr && !hasEnded_) {
+        const CallFailure shown = End({});
+        if (shown.code != 0) NoteFailureOfThread(shown);
+    }
+    notices_.reset();
     if (entered_ != 0) SessionTable::Instance().Leave(entered_);
+}
+
+CallFailure SessionForCall::End(CallFailure failure) noexcept {
+    hasEnded_ = true;
+    if (notices_) AddNotices(*notices_, failure);
+    if (entered_ == 0) return failure;
+    CallFailure& kept = session_->lastFailure;
+    kept.code = failure.code;
+    try {
+        kept.text = failure.text;
+    } catch (...) {
+        // The code says enough.
+        kept.text.clear();
+    }
+    return failure;
 }
 
 }  // namespace depot

@@ -4,11 +4,14 @@
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <unordered_map>
 #include <vector>
 
+#include "api/call_failure.h"
 #include "manager/depot_session.h"
 #include "platform/low_memory.h"
+#include "platform/user_notice.h"
 
 namespace depot {
 
@@ -108,7 +111,7 @@ private:
 
 // The session for one call: the one that a handle names, or a temporary one for handle 0 where the
 // method allows it, which ends with this object. Empty when there is no session to use, or when
-// another call is at work on it.
+// another call is at work on it. While it lives a quiet session's calls show nothing.
 class SessionForCall {
 public:
     enum class WithoutHandle { kFail, kMakeTemporary };
@@ -120,11 +123,22 @@ public:
 
     explicit operator bool() const { return session_ != nullptr; }
     DepotSession* operator->() const { return session_; }
+    DepotSession& operator*() const { return *session_; }
+
+    // The code of there being no session: the handle names none, or a call is at work on it.
+    std::uint32_t Refusal() const { return refusal_; }
+
+    // Ends the call's work: keeps for the client why it failed, with what a quiet session had to
+    // show, and returns that. A call that does not end it has not failed.
+    CallFailure End(CallFailure failure) noexcept;
 
 private:
     std::unique_ptr<DepotSession> temporary_;
     LONG_PTR entered_ = 0;
     DepotSession* session_ = nullptr;
+    std::uint32_t refusal_ = 0;
+    bool hasEnded_ = false;
+    std::optional<NoticeCollector> notices_;  // of a quiet session
 };
 
 }  // namespace depot

@@ -7,6 +7,7 @@
 #include <string>
 #include <string_view>
 #include <type_traits>
+#include <vector>
 
 #include "platform/win32.h"
 // After the Windows headers.
@@ -38,6 +39,10 @@ std::wstring_view WideText(BSTR text);
 // depot, in the code page of the file system's calls.
 UniqueBstr NewWideBstr(std::wstring_view text);
 UniqueBstr NewNameBstr(const std::string& name);
+
+// Makes an array of variants that hold the names: script engines read no other kind of array.
+// Without memory E_OUTOFMEMORY, and the output is empty. REQUIRES: the output holds nothing.
+HRESULT GiveNames(const std::vector<std::string>& names, VARIANT* output) noexcept;
 
 // Overwrites a text before it is released; the system keeps released ones for a while. Null is
 // fine.

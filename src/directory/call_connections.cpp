@@ -8,37 +8,12 @@
 #include "directory/ldap_connection.h"
 #include "platform/lock.h"
 #include "platform/no_destructor.h"
-#include "platform/win32.h"
+#include "platform/thread_slot.h"
 
 namespace depot {
 namespace {
 
-// A slot of the system's: unlike a variable of the thread it needs no memory when it is first used.
-class ScopeSlot {
-public:
-    ScopeSlot() : index_(TlsAlloc()) {}
-    ~ScopeSlot() {
-        if (index_ != TLS_OUT_OF_INDEXES) TlsFree(index_);
-    }
-    ScopeSlot(const ScopeSlot&) = delete;
-    ScopeSlot& operator=(const ScopeSlot&) = delete;
-
-    CallConnections* Get() const {
-        // The system's call clears the last error.
-        const DWORD error = GetLastError();
-        void* const scope = index_ == TLS_OUT_OF_INDEXES ? nullptr : TlsGetValue(index_);
-        SetLastError(error);
-        return static_cast<CallConnections*>(scope);
-    }
-    void Set(CallConnections* scope) const {
-        if (index_ != TLS_OUT_OF_INDEXES) TlsSetValue(index_, scope);
-    }
-
-private:
-    const DWORD index_;
-};
-
-ScopeSlot scopeSlot;
+ThreadSlot<CallConnections> scopeSlot;
 
 // How many calls there were so far.
 std::atomic<std::uint64_t> calls = 0;

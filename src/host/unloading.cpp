@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "api/call_count.h"
+#include "api/call_failure.h"
 #include "api/credentials_dialog.h"
 #include "api/session_table.h"
 #include "directory/ldap_items.h"
@@ -80,6 +81,7 @@ void LeaveProcess() noexcept {
     // What is still at work needs its memory and its libraries.
     if (!sessions.LeaveAll() || CallScope::Count() > 0) return;
     std::destroy_at(&sessions);
+    FreeFailuresOfThreads();
     FreeSharedDefinitions();
     FreeDirectoryClient();
     FreeDirectoryService();

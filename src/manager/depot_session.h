@@ -3,7 +3,9 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
+#include "manager/call_failure.h"
 #include "manager/depot_file_context.h"
 #include "manager/standard_folders.h"
 #include "model/depot_items.h"
@@ -44,6 +46,9 @@ public:
     bool UsesNewCopyNames() const { return newCopyNames_; }
 
     std::string selectedItemPath;
+    CallFailure lastFailure;               // of the last call that worked on this session
+    std::vector<std::string> chosenFiles;  // by the last dialog
+    bool isQuiet = false;                  // whether its calls show no boxes
     std::unique_ptr<CDepotItems> findResults;
     std::unique_ptr<DepotFileContext> currentFile;
 

@@ -185,7 +185,7 @@ private:
     DWORD localError_ = ERROR_SUCCESS;  // of the working copy itself
     std::uint32_t reason_ = LDAP_SUCCESS;
     std::optional<ProfileMerge> unmerged_;  // with what could not be merged
-    std::string limitText_;  // of LDAP_ADMIN_LIMIT_EXCEEDED
+    std::string limitText_;                 // of LDAP_ADMIN_LIMIT_EXCEEDED
     std::string kept_;
     bool mustStay_ = false;
 };

@@ -130,7 +130,11 @@ bool Exchange(FileBeside* beside, const std::string& path, const Contents& conte
 bool ReplaceExisting(const std::string& path, const Contents& contents) {
     const DWORD attributes = GetFileAttributesA(path.c_str());
     constexpr DWORD kRefused = FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_READONLY;
-    if (attributes == INVALID_FILE_ATTRIBUTES || (attributes & kRefused) != 0) return false;
+    if (attributes == INVALID_FILE_ATTRIBUTES) return false;
+    if ((attributes & kRefused) != 0) {
+        SetLastError(ERROR_ACCESS_DENIED);
+        return false;
+    }
     bool replaced = false;
     if (IsOrdinary(attributes)) {
         FileBeside beside(path);

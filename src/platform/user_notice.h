@@ -14,6 +14,27 @@ using NoticeReceiver = void (*)(const std::string& text);
 // Null, as at the beginning, shows message boxes.
 void InstallNoticeReceiver(NoticeReceiver receiver);
 
+// Takes the notices of this thread while it lives, in place of whatever would show them, and stands
+// for a caller that wants no boxes: nothing else may ask the user either. The innermost one counts.
+class NoticeCollector {
+public:
+    NoticeCollector();
+    ~NoticeCollector();
+    NoticeCollector(const NoticeCollector&) = delete;
+    NoticeCollector& operator=(const NoticeCollector&) = delete;
+
+    // The innermost of this thread; null where there is none.
+    static NoticeCollector* Current();
+
+    // What was taken, a line for each; without memory the text is left out.
+    const std::string& Texts() const { return texts_; }
+    void Take(const std::string& text) noexcept;
+
+private:
+    NoticeCollector* const outer_;
+    std::string texts_;
+};
+
 // Shows the text in a box of that style, owned by `owner`, that may be null, and waits until the
 // user confirms it. In a process whose windows no person sees (user_presence.h) the text is written
 // to the trace and to the event log instead.

@@ -4,7 +4,8 @@
 #include <thread>
 #include <vector>
 
-#include "component/component.h"
+#include "component/api2.h"
+#include "component/progress_object.h"
 #include "support/results.h"
 
 namespace depot::test {
@@ -122,6 +123,41 @@ TEST_F(MarshalledClientTest, EndedHandleIsRefused) {
         EXPECT_THAT(api.DPSetSelItemPath(handle, Text("x")), IsRefused());
         LONG_PTR again = handle;
         EXPECT_THAT(api.DPLoadFile(&again, Text("<A>\\a.kra")), IsRefused());
+    });
+}
+
+TEST_F(MarshalledClientTest, SecondInterfaceWorksFromBeginningToEnd) {
+    RunMarshalled([](IDepotIntrApi& api) {
+        const Com<IDepotIntrApi2> api2 = Api2Of(api);
+        ASSERT_TRUE(api2);
+        LONG_PTR handle = 0;
+        ASSERT_THAT(api2->DPInitialize(&handle), IsOk());
+        OutBool answer;
+        EXPECT_THAT(api2->Exists(handle, Bstr(L"<A>\\a.kra"), answer), IsOk());
+        EXPECT_TRUE(answer.IsTrue());
+        BSTR text = nullptr;
+        EXPECT_THAT(api2->ReadText(handle, Bstr(L"<A>\\a.kra"), &text), IsOk());
+        EXPECT_EQ(L"[S]\r\nK=1\r\n", std::wstring(text, SysStringLen(text)));
+        SysFreeString(text);
+        VARIANT paths = {};
+        EXPECT_THAT(api2->Find(handle, Bstr(L"<A>"), nullptr, FIND_FILES, &paths), IsOk());
+        EXPECT_THAT(TextsOf(paths), testing::ElementsAre(L"<A>\\a.kra"));
+        ProgressObject progress;
+        EXPECT_THAT(api2->Copy(handle, Bstr(L"<A>\\a.kra"), Bstr(L"<A>\\b.kra"), VARIANT_FALSE,
+                               progress.AsVariant(), answer),
+                    IsOk());
+        EXPECT_EQ(1u, progress.calls.size());
+        IDepotInfos* list = nullptr;
+        EXPECT_THAT(api2->Depots(handle, &list), IsOk());
+        const Com<IDepotInfos> depots(list);
+        LONG count = 0;
+        EXPECT_THAT(depots->get_Count(&count), IsOk());
+        EXPECT_EQ(1, count);
+        EXPECT_THAT(api2->ReadText(handle, Bstr(L"<A>\\none.kra"), &text), IsRefused());
+        LONG code = 0;
+        EXPECT_THAT(api2->LastErrorCode(handle, &code), IsOk());
+        EXPECT_EQ(ERROR_FILE_NOT_FOUND, static_cast<DWORD>(code));
+        EXPECT_THAT(api2->DPUnInitialize(handle), IsOk());
     });
 }
 

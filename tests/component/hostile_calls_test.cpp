@@ -293,7 +293,7 @@ protected:
     }
 
     DISPID Identifier() {
-        constexpr DISPID kMethods = 23;
+        constexpr DISPID kMethods = 36;
         if (random_.Below(30) == 0) return static_cast<DISPID>(random_.Below(SIZE_MAX));
         return static_cast<DISPID>(1 + random_.Below(kMethods));
     }

@@ -241,7 +241,7 @@ TEST_F(BrowseFontTest, LargerMessageFontMakesControlsLargerAndKeepsThemApart) {
 int ShowAtOwnResolution(const Arguments&) {
     SetProcessDPIAware();
     const ComApartment apartment;
-    const UniqueCom<IDepotBrowseDialog2> dialog = CreateBrowseObject();
+    const UniqueCom<IDepotBrowseDialog3> dialog = CreateBrowseObject();
     if (!dialog) return -1;
     dialog->put_RememberSize(0);
     int height = 0;

@@ -52,7 +52,7 @@ private:
 using BrowseClassTest = BrowseTest;
 
 TEST_F(BrowseClassTest, ReservedOperationsSucceedAndDoNothing) {
-    IDepotBrowseDialog2& dialog = *dialog_;
+    IDepotBrowseDialog3& dialog = *dialog_;
     for (const HRESULT result :
          {dialog.Reserved8(), dialog.Reserved13(), dialog.Reserved14(), dialog.Reserved16(),
           dialog.Reserved19(), dialog.Reserved20(), dialog.Reserved21(), dialog.Reserved22(),

@@ -43,7 +43,7 @@ protected:
     const BrowserLibrary library_;
     const ScratchFolder folder_;
     const ScratchKey depots_{HKEY_CURRENT_USER, kDepotsKey};
-    UniqueCom<IDepotBrowseDialog2> dialog_ = CreateBrowseObject();
+    UniqueCom<IDepotBrowseDialog3> dialog_ = CreateBrowseObject();
 };
 
 }  // namespace depot::test

@@ -30,6 +30,14 @@ TEST_F(BrowseOpenTest, NameThatIsTypedIsChosenAsDisplayPath) {
               }));
     EXPECT_EQ(L"<Work>\\plan.kra", ChosenPath());
     EXPECT_EQ((Names{L"<Work>\\plan.kra"}), ChosenPaths());
+    VARIANT files = {};
+    ASSERT_EQ(S_OK, dialog_->get_ChosenFiles(&files));
+    ASSERT_EQ(VT_ARRAY | VT_VARIANT, V_VT(&files));
+    const auto* const texts = static_cast<const VARIANT*>(V_ARRAY(&files)->pvData);
+    ASSERT_EQ(1u, V_ARRAY(&files)->rgsabound[0].cElements);
+    EXPECT_EQ(L"<Work>\\plan.kra", std::wstring(V_BSTR(texts)));
+    VariantClear(&files);
+    EXPECT_EQ(E_POINTER, dialog_->get_ChosenFiles(nullptr));
 }
 
 TEST_F(BrowseOpenTest, DoubleClickOpensAFolderAndThenChoosesAFile) {

@@ -59,8 +59,8 @@ UniqueCom<IUserPasswordPromptDialog> CreateDialogObject() {
                                              IID_IUserPasswordPromptDialog);
 }
 
-UniqueCom<IDepotBrowseDialog2> CreateBrowseObject() {
-    return Create<IDepotBrowseDialog2>(L"DepotBrowser.DepotBrowseDialog", IID_IDepotBrowseDialog2);
+UniqueCom<IDepotBrowseDialog3> CreateBrowseObject() {
+    return Create<IDepotBrowseDialog3>(L"DepotBrowser.DepotBrowseDialog", IID_IDepotBrowseDialog3);
 }
 
 std::wstring UserNameOf(IUserPasswordPromptDialog& dialog) {

@@ -53,7 +53,7 @@ private:
 // Create dialog objects the way clients do, by their ProgIDs.
 UniqueCom<IUserPasswordPromptDialog> CreateDialogObject();
 
-UniqueCom<IDepotBrowseDialog2> CreateBrowseObject();
+UniqueCom<IDepotBrowseDialog3> CreateBrowseObject();
 
 // A BSTR that is freed at the end.
 class Bstr {

@@ -114,12 +114,16 @@ TEST_F(TypeLibraryTest, BrowseOperationsStandInTheirSlots) {
     }
 }
 
-TEST_F(TypeLibraryTest, BrowseDialogIsFoundUnderBothOfItsInterfaces) {
+TEST_F(TypeLibraryTest, BrowseDialogIsFoundUnderAllOfItsInterfaces) {
     const auto dialog = CreateBrowseObject();
     void* first = nullptr;
     ASSERT_EQ(S_OK, dialog->QueryInterface(IID_IDepotBrowseDialog, &first));
     const UniqueCom<IDepotBrowseDialog> owned(static_cast<IDepotBrowseDialog*>(first));
     EXPECT_EQ(S_OK, owned->put_Mode(26));
+    void* second = nullptr;
+    ASSERT_EQ(S_OK, dialog->QueryInterface(IID_IDepotBrowseDialog2, &second));
+    EXPECT_EQ(S_OK, UniqueCom<IDepotBrowseDialog2>(static_cast<IDepotBrowseDialog2*>(second))
+                        ->put_AllowMultipleSelection(1));
     EXPECT_EQ(E_NOINTERFACE, dialog->QueryInterface(IID_IUserPasswordPromptDialog, &first));
 }
 

@@ -7,6 +7,17 @@ from pathlib import Path
 from packages import DIST, VERSION, InstallationTest
 
 FOLDER = "C:\\Component"
+WRAPPED = """\
+Depot:    Work profiles
+Host:     orders.example.test
+Port:     992
+Copied:   1 of 1
+Text:     Moved in June
+Found:    <Work>\\Copies\\note.txt
+Found:    <Work>\\Copies\\office.kre
+Refused:  80
+Session ended.
+"""
 
 
 class ClientPackageTest(InstallationTest):
@@ -46,6 +57,8 @@ class ClientPackageTest(InstallationTest):
             self.assertEqual(0, code)
             self.assertIn("[Host] Name: {orders.example.test}\n", output)
             self.assertTrue(output.endswith("Session ended.\n"))
+        self.windows.add(self.work / "sample/wrapped.exe", "C:\\wrapped.exe")
+        self.assertEqual((0, WRAPPED), self.windows.run("C:\\wrapped.exe"))
 
     def test_package_tells_its_version_and_its_folders(self):
         found = self.probe("version", f"find_package(DepotIntr {VERSION} EXACT REQUIRED)",

@@ -18,6 +18,15 @@ VALUES = """\
 [Notes] Quoted: {"in double quotes"}
 """
 END = "Session ended.\n"
+ANYWHERE = """\
+Work is Work profiles, reachable: True
+There: True
+Copied: 2 files
+<Work>\\Copies\\Sessions\\office.kre
+<Work>\\Copies\\Sessions\\warehouse.kre
+Moved in June
+Failed with 80
+"""
 
 
 class SamplesTest(InstallationTest):
@@ -38,6 +47,9 @@ class SamplesTest(InstallationTest):
     def program(self, name):
         self.windows.add(BUILD / "bin" / name, f"C:\\{name}")
         return self.windows.run(f"C:\\{name}")
+
+    def test_vbscript_client_of_the_second_interface(self):
+        self.assertEqual((0, ANYWHERE + END), self.script("anywhere.vbs"))
 
     def test_vbscript_client(self):
         code, output = self.script("first.vbs")

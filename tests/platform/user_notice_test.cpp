@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <thread>
 #include <vector>
 
 #include "platform/error_text.h"
@@ -49,6 +50,25 @@ TEST_F(UserNoticeTest, ErrorTextThatIsNotTakenReachesTheReceiver) {
     FormatErrorText(0, "It failed", nullptr, nullptr, nullptr);
     EXPECT_EQ(std::vector<std::string>{"It failed"}, Received());
     EXPECT_TRUE(boxes_.Boxes().empty());
+}
+
+TEST_F(UserNoticeTest, CollectorTakesTheNoticesOfItsThreadBeforeAReceiver) {
+    Receive();
+    {
+        NoticeCollector outer;
+        ShowNotice("one", "Quillon", nullptr);
+        {
+            NoticeCollector inner;
+            EXPECT_EQ(&inner, NoticeCollector::Current());
+            ShowNotice("two", "Quillon", nullptr);
+            ShowNotice("three", "Quillon", nullptr);
+            EXPECT_EQ("two\nthree", inner.Texts());
+        }
+        std::thread([] { ShowNotice("elsewhere", "Quillon", nullptr); }).join();
+        EXPECT_EQ("one", outer.Texts());
+    }
+    EXPECT_EQ(nullptr, NoticeCollector::Current());
+    EXPECT_EQ((std::vector<std::string>{"elsewhere"}), Received());
 }
 
 }  // namespace

@@ -32,8 +32,9 @@ protected:
         folder_.MakeFile("Work\\Sessions\\office.kre", kOffice);
     }
 
-    static void Register() {
-        const UniqueModule library(LoadLibraryA((OwnModuleFolder() + "DepotIntr.dll").c_str()));
+    static void Register() { RegisterLibrary("DepotIntr.dll"); }
+    static void RegisterLibrary(const std::string& name) {
+        const UniqueModule library(LoadLibraryA((OwnModuleFolder() + name).c_str()));
         ASSERT_TRUE(library);
         const auto entry =
             FunctionCast<HRESULT(WINAPI*)()>(GetProcAddress(library.get(), "DllRegisterServer"));

@@ -36,6 +36,22 @@ TEST_F(ScriptTest, RefusedOperationsAreNoErrorsAndWrongCallsAre) {
               Run("errors.vbs"));
 }
 
+TEST_F(ScriptTest, SecondInterfaceAnswersAndSaysWhy) {
+    EXPECT_EQ((Lines{"before False, then True", "missing {} 2", "text True", "found 0 0",
+                     "no folder True 3", "chosen -1", "stale False 6", "written True",
+                     "stopped False 1223 after 1", "no method False 87", "errors 0",
+                     "depots 1 Work My Depot of Work", "errors 0", "no depot True", "too few True",
+                     "an object True", "ended Work False 6", "end"}),
+              Run("second.vbs"));
+}
+
+TEST_F(ScriptTest, SampleCopiesFindsAndWritesAnywhere) {
+    EXPECT_EQ((Lines{"Work is My Depot of Work, reachable: True", "There: True", "Copied: 1 files",
+                     "<Work>\\Copies\\Sessions\\office.kre", "Moved in June", "Failed with 80",
+                     "Session ended."}),
+              Run("anywhere.vbs"));
+}
+
 TEST_F(ScriptTest, JScriptClientReadsAndWritesAProfile) {
     EXPECT_EQ((Lines{"session true", "default <Work>\\", "Host.Port 24", "Host.Absent 7",
                      "Host.Port 99", "end"}),

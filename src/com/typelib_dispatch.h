@@ -8,7 +8,7 @@ namespace depot {
 // Implements QueryInterface's answers and IDispatch for `Interface`, whose identifier is `id` and
 // which extends those of the `extended` identifiers. Reference counting and aggregation are the
 // host's, which derives from the class. The description of the interface is opened for each call:
-// dialogs are rare, and nothing needs to be released when the DLL is unloaded.
+// these objects are used rarely, and nothing needs to be released when the DLL is unloaded.
 template <class Interface, const IID* id, const IID*... extended>
 class TypeLibraryDispatch : public Interface {
 public:
