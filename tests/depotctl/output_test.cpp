@@ -198,6 +198,12 @@ TEST_F(ToolTraceTest, CommandsAndTheirRequestsAreTraced) {
     EXPECT_THAT(trace, Not(HasSubstr(kEditorPassword)));
 }
 
+TEST_F(ToolTraceTest, CommandThatFailsIsTracedSo) {
+    const std::string file = folder_.At("trace.txt");
+    EXPECT_EQ(ExitCode::kRefused, RunTraced(file, {"cat", "<Work>\\none.kre"}).exitCode);
+    EXPECT_THAT(FileBytes(file), ContainsRegex(" depotctl \"cat\" .* ms failed"));
+}
+
 TEST_F(ToolTraceTest, TraceThatCannotBeWrittenIsReportedInOneLine) {
     const ToolRun run = RunTraced(folder_.At("none\\trace.txt"), {"ls", "<Work>\\"});
     EXPECT_EQ(ExitCode::kDone, run.exitCode);

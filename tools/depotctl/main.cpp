@@ -139,7 +139,12 @@ ExitCode Run(Program& program) {
     }
     const std::string name = app.get_subcommands().front()->get_name();
     const TraceSpan span("depotctl", name);
-    RunCommand(program, outputFile);
+    try {
+        RunCommand(program, outputFile);
+    } catch (...) {
+        span.EndWithText("failed");
+        throw;
+    }
     span.EndWithText("done");
     return program.outcome;
 }
