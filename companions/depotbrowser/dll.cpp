@@ -11,6 +11,7 @@
 #include "platform/directory_client.h"
 #include "platform/directory_service.h"
 #include "platform/system_code_page.h"
+#include "platform/trace.h"
 #include "texts/language_settings.h"
 
 namespace depot {
@@ -39,8 +40,10 @@ void PrepareDepots() {
 bool AttachServer() noexcept try {
     AttachedModule<CComModule>().emplace(kIdentity);
     PrepareDepots();
+    StartTrace();
     return true;
 } catch (...) {
+    StopTrace();
     return false;
 }
 
@@ -50,6 +53,7 @@ void DetachServer() {
     FreePromptTexts();
     FreeDirectoryClient();
     FreeDirectoryService();
+    StopTrace();
 }
 
 bool CanUnloadServer() noexcept {

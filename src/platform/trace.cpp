@@ -121,13 +121,18 @@ std::string DurationText(std::uint64_t microseconds) {
 
 }  // namespace
 
-void StartTrace() {
+TraceStart StartTrace() {
     const std::string target = TraceTarget();
-    if (target.empty()) return;
-    if (!MayFollowTheEnvironment(RightsOfProcess()) && !IsAllowedForAll()) return;
+    if (target.empty()) return TraceStart::kOff;
+    if (!MayFollowTheEnvironment(RightsOfProcess()) && !IsAllowedForAll()) {
+        return TraceStart::kIgnored;
+    }
     const bool toDebugger = EqualsNoCase(target, kDebugger);
     if (!toDebugger) TraceFile() = OpenForAppending(target);
     internal::tracing = toDebugger || TraceFile() != nullptr;
+    if (internal::tracing) return TraceStart::kStarted;
+    OutputDebugStringA("DepotIntr: the trace cannot be written to the file of DEPOTINTR_TRACE\n");
+    return TraceStart::kUnwritable;
 }
 
 void StopTrace() {

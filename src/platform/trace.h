@@ -18,9 +18,16 @@ inline constexpr char kTraceVariable[] = "DEPOTINTR_TRACE";
 inline constexpr char kTraceKey[] = "Software\\Quillon\\Farrow\\13.00\\DepotIntr";
 inline constexpr char kTraceElevated[] = "TraceElevated";
 
-// Reads the variable. Called once when the module is loaded; without the variable, or with a file
-// that cannot be opened or is a link or no file, or has several names, nothing is traced.
-void StartTrace();
+enum class TraceStart : std::uint8_t {
+    kOff,  // the variable is not set
+    kStarted,
+    kIgnored,     // the variable is set, in a process that does not follow it
+    kUnwritable,  // the file cannot be opened, is a link or no file, or has several names
+};
+
+// Reads the variable. Called once when the module is loaded; nothing is traced unless it returns
+// kStarted. Where the file cannot be written, the debugger's output has a line that says so.
+TraceStart StartTrace();
 
 // Closes the file.
 void StopTrace();

@@ -144,7 +144,8 @@ TEST_F(CheckTest, MissingFolderIsAProblemAndAMissingServerUnreachable) {
     DefineFolder("Work", "\\\\no-such-server\\share\\folder");
     const ToolRun unreachable = RunTool({"check", "--json", "Work"});
     EXPECT_EQ(ExitCode::kUnreachable, unreachable.exitCode);
-    EXPECT_EQ("depotctl: 1 location cannot be reached\n", unreachable.errors);
+    EXPECT_EQ("{\"error\":{\"code\":3,\"text\":\"1 location cannot be reached\"}}\n",
+              unreachable.errors);
 }
 
 TEST_F(CheckTest, MacrosAreExpandedAndThoseThatStandNamed) {

@@ -51,7 +51,7 @@ TEST_F(CheckDirectoryTest, ServerThatDoesNotAnswerIsUnreachable) {
     key_.Dword("Dir", "Port1", ClosedPort());
     EXPECT_THAT(Step("server"), HasSubstr("unreachable: nobody answers at 127.0.0.1"));
     EXPECT_EQ(ExitCode::kUnreachable, run_.exitCode);
-    EXPECT_EQ("depotctl: 1 location cannot be reached\n", run_.errors);
+    EXPECT_EQ("{\"error\":{\"code\":3,\"text\":\"1 location cannot be reached\"}}\n", run_.errors);
     EXPECT_EQ("", Step("log-on")) << "nothing is tried behind it";
 }
 

@@ -94,6 +94,13 @@ std::string TestConsole::Screen() const {
     return text;
 }
 
+WORD TestConsole::AttributesAt(SHORT line) const {
+    WORD attributes = 0;
+    DWORD read = 0;
+    EXPECT_TRUE(ReadConsoleOutputAttribute(screen_.get(), &attributes, 1, {0, line}, &read));
+    return attributes;
+}
+
 bool TestConsole::WaitFor(const std::string& text) const {
     for (int attempt = 0; attempt < 2000; ++attempt) {
         if (Screen().find(text) != std::string::npos) return true;

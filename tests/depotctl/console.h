@@ -32,6 +32,9 @@ public:
     std::vector<std::string> Lines() const;
     std::string Screen() const;
 
+    // The colours of the first character of a line.
+    WORD AttributesAt(SHORT line) const;
+
     // Waits until a text is on the screen; false when it does not appear.
     bool WaitFor(const std::string& text) const;
 

@@ -26,6 +26,7 @@ constexpr Waits kDepots = {1, 8};
 constexpr Waits kUploadOf200Files = {1, 24};
 constexpr Waits kDownloadOf200Files = {1, 16};
 constexpr Waits kRemovalOf200Files = {1, 20};
+constexpr Waits kComparisonOf200Files = {1, 20};
 
 MATCHER_P(TakeAtMost, most, "") {
     return arg.connections <= most.connections && arg.roundTrips <= most.roundTrips;
@@ -63,6 +64,8 @@ TEST_F(ToolRoundTripsTest, Listings) {
     EXPECT_EQ(kListing, Of({"ls", "<Dir>\\"}));
     EXPECT_EQ(kListing, Of({"ls", "<Dir>\\Sessions"}));
     EXPECT_EQ(kListingOfAFile, Of({"ls", "<Dir>\\Sessions\\office.kre"}));
+    EXPECT_EQ(kListing, Of({"ls", "<Dir>\\Sessions\\*.kre"}));
+    EXPECT_EQ(kListing, Of({"tree", "--depth", "1", "<Dir>\\"}));
 }
 
 TEST_F(ToolRoundTripsTest, ProfilesAreReadAndWritten) {
@@ -82,6 +85,12 @@ TEST_F(ToolRoundTripsTest, ManyFilesAreTransferredAndRemoved) {
     EXPECT_THAT(Of({"download", "<Dir>\\tree", folder_.At("back")}),
                 TakeAtMost(kDownloadOf200Files));
     EXPECT_EQ("some text", Bytes("back\\f199.kre"));
+    EXPECT_THAT(Of({"upload", "-u", folder_.At("tree"), "<Dir>\\"}),
+                TakeAtMost(kComparisonOf200Files));
+    EXPECT_THAT(Of({"compare", folder_.At("tree"), "<Dir>\\tree"}),
+                TakeAtMost(kComparisonOf200Files));
+    EXPECT_THAT(Of({"sync", "--dry-run", "--delete", folder_.At("tree"), "<Dir>\\tree"}),
+                TakeAtMost(kComparisonOf200Files));
     EXPECT_THAT(Of({"rm", "-r", "<Dir>\\tree"}), TakeAtMost(kRemovalOf200Files));
 }
 

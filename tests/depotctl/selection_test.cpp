@@ -72,6 +72,8 @@ TEST_P(SelectionTest, CpCopiesAllThatMatchesIntoAFolderOnly) {
     EXPECT_EQ(2, run.Json()["files"]);
     EXPECT_THAT(run.Json()["copied"], ElementsAre("<Team>\\a.kre", "<Team>\\B.KRE"));
     EXPECT_THAT(Bytes("team\\a.kre"), HasSubstr("Name=a.kre"));
+    EXPECT_EQ("copied 2 files to <Team>\\\n",
+              RunTool({"cp", "-f", In("*.kre"), "<Team>\\"}).output);
     const ToolRun onto = RunTool({"cp", In("*.kre"), "<Team>\\new.kre"});
     EXPECT_EQ(ExitCode::kRefused, onto.exitCode);
     EXPECT_THAT(onto.errors, HasSubstr("the folder \"<Team>\\new.kre\" is not there"));
@@ -85,6 +87,18 @@ TEST_P(SelectionTest, CpCopiesNothingWhenOneMatchCannotBeCopied) {
     EXPECT_FALSE(Holds("team\\a.kre"));
     EXPECT_EQ(ExitCode::kDone, RunTool({"cp", "-rf", In("*"), "<Team>\\"}).exitCode);
     EXPECT_EQ("d", Bytes("team\\sub\\d.kre"));
+}
+
+TEST_P(SelectionTest, LocalPathsAreExpandedByTheUploadAndDepotsByTheDownload) {
+    folder_.MakeFolder("local");
+    folder_.MakeFile("local\\x1.kre", "1");
+    folder_.MakeFile("local\\x2.kre", "2");
+    EXPECT_EQ(ExitCode::kDone, RunTool({"upload", folder_.At("local\\X?.*"), In("sub")}).exitCode);
+    EXPECT_THAT(Listed(In("sub")), ElementsAre("d.kre", "x1.kre", "x2.kre"));
+    folder_.MakeFolder("back");
+    EXPECT_EQ(ExitCode::kDone, RunTool({"download", In("sub\\x*"), folder_.At("back")}).exitCode);
+    EXPECT_EQ("2", Bytes("back\\x2.kre"));
+    EXPECT_FALSE(Holds("back\\d.kre"));
 }
 
 TEST_P(SelectionTest, MvAndRmTakeAllThatMatches) {

@@ -39,6 +39,16 @@ TEST_F(TraceTest, WithoutTheVariableNothingIsTraced) {
     EXPECT_EQ("(no file)", Written());
 }
 
+TEST_F(TraceTest, StartReportsWhetherItCanBeWritten) {
+    EXPECT_EQ(TraceStart::kOff, StartTrace());
+    SetEnvironmentVariableA(kTraceVariable, folder_.At("none\\trace.txt").c_str());
+    EXPECT_EQ(TraceStart::kUnwritable, StartTrace());
+    EXPECT_FALSE(IsTracing());
+    SetEnvironmentVariableA(kTraceVariable, path_.c_str());
+    EXPECT_EQ(TraceStart::kStarted, StartTrace());
+    EXPECT_TRUE(IsTracing());
+}
+
 TEST_F(TraceTest, LineHoldsTimePlaceOperationDurationAndResult) {
     Start(path_);
     ASSERT_TRUE(IsTracing());

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "depotctl/definition.h"
+#include "depotctl/directory_words.h"
 #include "depotctl/encoding.h"
 #include "depotctl/failure.h"
 #include "depotctl/terminal.h"
@@ -52,7 +53,8 @@ bool AskUser(const CDepotPath& location, LogOnNames& names) {
 [[noreturn]] void FailToOpen(const CDepot& depot, const Problem& problem) {
     const std::string name = depot.name.empty() ? depot.displayName : depot.name;
     std::string text = "depot " + Utf8FromAnsi(name) + ": " + problem.text;
-    if (!problem.advice.empty()) text += "; " + problem.advice;
+    const std::string help = HelpFor(problem.code, problem.advice);
+    if (!help.empty()) text += "; " + help;
     throw CommandFailure(problem.isUnreachable ? ExitCode::kUnreachable : ExitCode::kRefused, text);
 }
 

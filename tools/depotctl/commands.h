@@ -19,6 +19,7 @@ void AddCompareCommand(CLI::App& app, Program& program);     // compare
 void AddLookCommands(CLI::App& app, Program& program);       // tree, find, stat
 void AddDepotsCommand(CLI::App& app, Program& program);      // depots
 void AddDefineCommands(CLI::App& depots, Program& program);  // depots add, set, remove
+void AddCompletionCommand(CLI::App& app, Program& program);  // completion
 void AddCheckCommand(CLI::App& app, Program& program);       // check
 
 }  // namespace depot::ctl

@@ -46,11 +46,12 @@ void RunCopy(Program& program, const TransferOptions& options, const CopyCommand
 
 void TransferAnswer::Add(const Place& to, const TransferResult& result) {
     places_.push_back(to.Utf8());
+    folder_ = FolderOf(to).Utf8();
     files_ += result.files;
 }
 
 void TransferAnswer::Give(const Steps& steps) const {
-    const std::string where = isPattern_ ? Counted(places_.size(), "place") : places_.front();
+    const std::string& where = isPattern_ ? folder_ : places_.front();
     steps.Answer({{verb_, isPattern_ ? Json(places_) : Json(places_.front())}, {"files", files_}},
                  std::string(verb_) + " " + Counted(files_, "file") + " to " + where);
 }

@@ -33,6 +33,7 @@ private:
     const bool isPattern_;
     const char* const verb_;
     std::vector<std::string> places_;
+    std::string folder_;  // that receives what a pattern selects
     std::uint32_t files_ = 0;
 };
 

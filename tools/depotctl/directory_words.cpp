@@ -3,7 +3,10 @@
 #include <algorithm>
 #include <iterator>
 
+#include "depotctl/encoding.h"
+#include "model/localization.h"
 #include "platform/directory_client.h"
+#include "resource_ids.h"
 
 namespace depot::ctl {
 namespace {
@@ -75,6 +78,27 @@ constexpr Row kRows[] = {
      "check the server's certificate"},
 };
 
+struct HelpText {
+    std::uint32_t code;
+    unsigned id;
+};
+
+// The texts that the dialog for credentials shows for these codes.
+constexpr HelpText kHelpTexts[] = {
+    {LDAP_INVALID_CREDENTIALS, IDS_CREDENTIALS_REFUSED},
+    {LDAP_SERVER_DOWN, IDS_CREDENTIALS_UNREACHABLE},
+    {LDAP_TIMEOUT, IDS_CREDENTIALS_UNREACHABLE},
+    {LDAP_CONNECT_ERROR, IDS_CREDENTIALS_UNREACHABLE},
+    {LDAP_STRONG_AUTH_REQUIRED, IDS_CREDENTIALS_STRONGER},
+    {LDAP_CONFIDENTIALITY_REQUIRED, IDS_CREDENTIALS_SECURED},
+    {LDAP_INSUFFICIENT_RIGHTS, IDS_CREDENTIALS_RIGHTS},
+    {LDAP_UNWILLING_TO_PERFORM, IDS_CREDENTIALS_UNWILLING},
+    {LDAP_BUSY, IDS_CREDENTIALS_BUSY},
+    {LDAP_UNAVAILABLE, IDS_CREDENTIALS_BUSY},
+};
+
+constexpr char kEnglish[] = "eng";
+
 constexpr std::uint32_t kUnreachable[] = {LDAP_BUSY, LDAP_UNAVAILABLE, LDAP_SERVER_DOWN,
                                           LDAP_TIMEOUT, LDAP_CONNECT_ERROR};
 
@@ -86,6 +110,14 @@ DirectoryWords WordsFor(std::uint32_t code) {
     const std::string number = " (LDAP " + std::to_string(code) + ")";
     if (row == std::end(kRows)) return {"the directory refused it" + number, {}};
     return {row->text + number, row->advice};
+}
+
+std::string HelpFor(std::uint32_t code, const std::string& advice) {
+    const auto help = std::find_if(std::begin(kHelpTexts), std::end(kHelpTexts),
+                                   [code](const HelpText& known) { return known.code == code; });
+    if (help == std::end(kHelpTexts) || LanguageCode() == kEnglish) return advice;
+    const std::optional<std::string> text = LocalizedText(help->id);
+    return text ? Utf8FromAnsi(*text) : advice;
 }
 
 bool MeansUnreachable(std::uint32_t code) {

@@ -92,12 +92,12 @@ TransferResult MoveOne(const Program& program, const Moving& moving) {
 void Move(Program& program, const TransferOptions& options) {
     Places places(program);
     const Selection from = places.Select(options.from);
-    for (const Selected& selected : from.items) places.Require(selected);
+    std::vector<ItemKind> kinds;
+    for (const Selected& selected : from.items) kinds.push_back(places.Require(selected));
     const std::vector<Target> targets = TargetsOf(places, from, options.to);
     std::vector<Moving> all;
     for (std::size_t at = 0; at < targets.size(); ++at) {
-        const Selected& selected = from.items[at];
-        all.push_back(MovingOf(selected.place, places.Require(selected), targets[at], options));
+        all.push_back(MovingOf(from.items[at].place, kinds[at], targets[at], options));
     }
     Steps steps(program, options.steps);
     TransferAnswer answer(from, "moved");

@@ -207,7 +207,9 @@ void Fail(const std::string& action, const Place& place, const Error& why) {
     const bool isDirectory = why.kind == CodeKind::kDirectory && why.code != LDAP_SUCCESS;
     std::string reason;
     if (isDirectory) {
-        reason = WordsFor(why.code).text;
+        const DirectoryWords words = WordsFor(why.code);
+        const std::string help = HelpFor(why.code, words.advice);
+        reason = words.text + (help.empty() ? "" : "; " + help);
     } else {
         reason = why.code != 0 ? SystemWords(why.code) : OneLine(Utf8FromAnsi(why.text));
     }

@@ -6,6 +6,8 @@
 #include "depotctl/utf8_text.h"
 #include "manager/standard_folders.h"
 #include "model/localization.h"
+#include "platform/full_path.h"
+#include "platform/replace_file.h"
 #include "platform/system_code_page.h"
 #include "platform/user_notice.h"
 #include "texts/language_settings.h"
@@ -43,7 +45,25 @@ std::string Program::TakeNotice() {
 }
 
 void Program::Complain(std::string_view text) const {
-    errors.Write("depotctl: " + OneLine(text) + "\n");
+    errors.Write("depotctl: ", Emphasis::kError);
+    errors.Write(OneLine(text) + "\n");
+}
+
+void Program::ReportError(ExitCode code, std::string_view text) const {
+    Remark({{"error", {{"code", static_cast<int>(code)}, {"text", OneLine(text)}}}}, text);
+}
+
+void Program::StoreOutput(const std::string& utf8Path) const {
+    const std::string path = FullPath(ToAnsi(utf8Path));
+    constexpr std::size_t kMost = 0xFFFFFFFF;
+    if (collected_.size() > kMost) SetLastError(ERROR_FILE_TOO_LARGE);
+    if (collected_.size() <= kMost &&
+        ReplaceLocalFile(path, collected_.data(), static_cast<std::uint32_t>(collected_.size()),
+                         Flush::kNow)) {
+        return;
+    }
+    const DWORD error = GetLastError();
+    Refuse("cannot write the output to \"" + utf8Path + "\": " + SystemWords(error));
 }
 
 void Program::Remark(const Json& json, std::string_view text) const {

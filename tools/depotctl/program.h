@@ -36,6 +36,16 @@ public:
     // One line on standard error.
     void Complain(std::string_view text) const;
 
+    // What ended the program, on standard error: a line, or {"error":{"code":1,"text":"..."}},
+    // whose code is the program's exit code.
+    void ReportError(ExitCode code, std::string_view text) const;
+
+    // Keeps the output for a file.
+    void CollectOutput() { output.CollectIn(collected_); }
+
+    // Writes what was kept to the file, all or nothing of it. Fails when that cannot be done.
+    void StoreOutput(const std::string& utf8Path) const;
+
     // One line on standard error beside an answer: the text, or the JSON of it.
     void Remark(const Json& json, std::string_view text) const;
 
@@ -54,6 +64,7 @@ public:
 
 private:
     UniqueModule resources_;
+    std::string collected_;
     // A run connects once to each location that it uses.
     const CallConnections connections_;
     std::unique_ptr<DepotSession> session_;

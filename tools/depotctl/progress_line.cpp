@@ -25,7 +25,30 @@ std::string Rate(const ProgressState& state) {
     return "  " + SizeText(static_cast<std::uint64_t>(rate)) + "/s";
 }
 
+std::string TimeLeft(const ProgressState& state) {
+    if (state.seconds <= 0 || state.filesDone == 0 || state.filesDone >= state.filesInAll)
+        return {};
+    const double each = state.seconds / state.filesDone;
+    const double left = each * (state.filesInAll - state.filesDone);
+    return "  " + DurationText(static_cast<std::uint64_t>(left + 0.5)) + " left";
+}
+
 }  // namespace
+
+std::string DurationText(std::uint64_t seconds) {
+    constexpr std::uint64_t kMost = 99 * 3600 + 59 * 60 + 59;
+    const std::uint64_t shown = std::min(seconds, kMost);
+    const auto hours = static_cast<unsigned>(shown / 3600);
+    const auto minutes = static_cast<unsigned>(shown / 60 % 60);
+    const auto rest = static_cast<unsigned>(shown % 60);
+    std::array<char, 32> text = {};
+    if (hours > 0) {
+        std::snprintf(text.data(), text.size(), "%u:%02u:%02u", hours, minutes, rest);
+    } else {
+        std::snprintf(text.data(), text.size(), "%u:%02u", minutes, rest);
+    }
+    return text.data();
+}
 
 std::string SizeText(std::uint64_t bytes) {
     constexpr std::array<const char*, 4> kUnits = {"KB", "MB", "GB", "TB"};
@@ -41,7 +64,8 @@ std::string SizeText(std::uint64_t bytes) {
 std::string ProgressLine(const ProgressState& state, std::size_t width) {
     std::string line = std::to_string(state.filesDone) + "/" + std::to_string(state.filesInAll) +
                        (state.filesInAll == 1 ? " file" : " files");
-    for (const std::string& part : {"  " + SizeText(state.bytesDone), Rate(state)}) {
+    for (const std::string& part :
+         {"  " + SizeText(state.bytesDone), Rate(state), TimeLeft(state)}) {
         if (line.size() + part.size() <= width) line += part;
     }
     if (line.size() + kBarFrame + kNarrowestBar <= width) {

@@ -1,5 +1,7 @@
 #include "depotctl/renderer.h"
 
+#include <algorithm>
+
 #include "depotctl/utf8_text.h"
 
 namespace depot::ctl {
@@ -23,12 +25,20 @@ void Renderer::List(const Json& rows, const std::vector<Column>& columns) const 
     if (json_) {
         stream_.Write(JsonText(rows));
     } else if (!rows.empty()) {
-        stream_.Write(TableText(rows, columns));
+        WriteTable(TableText(rows, columns));
     }
+    answered_ = true;
 }
 
 void Renderer::Lines(const Json& rows, const std::string& text) const {
     stream_.Write(json_ ? JsonText(rows) : text);
+    answered_ = true;
+}
+
+void Renderer::WriteTable(const std::string& table) const {
+    const std::size_t heading = std::min(FindAscii(table, '\n'), table.size() - 1) + 1;
+    stream_.Write(std::string_view(table).substr(0, heading), Emphasis::kHeading);
+    stream_.Write(std::string_view(table).substr(heading));
 }
 
 void Renderer::Progress(const std::string& text) const {
@@ -37,6 +47,7 @@ void Renderer::Progress(const std::string& text) const {
 
 void Renderer::Answer(const Json& value, const std::string& text) const {
     stream_.Write(json_ ? JsonText(value) : text.ends_with('\n') ? text : text + "\n");
+    answered_ = true;
 }
 
 std::string Renderer::TableText(const Json& rows, const std::vector<Column>& columns) const {

@@ -28,6 +28,9 @@ public:
     void UseJson() { json_ = true; }
     bool IsJson() const { return json_; }
 
+    // Whether the command has given its answer.
+    bool HasAnswered() const { return answered_; }
+
     // A listing: an array of objects, or a table of some of their members.
     void List(const Json& rows, const std::vector<Column>& columns) const;
 
@@ -47,11 +50,13 @@ public:
     void Answer(const Json& value, const std::string& text) const;
 
 private:
+    void WriteTable(const std::string& table) const;
     std::string TableText(const Json& rows, const std::vector<Column>& columns) const;
 
     const OutputStream& stream_;
     bool json_ = false;
     bool isoTimes_ = false;
+    mutable bool answered_ = false;
 };
 
 }  // namespace depot::ctl

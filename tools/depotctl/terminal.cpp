@@ -49,6 +49,41 @@ private:
     throw CommandFailure(ExitCode::kRefused, "cannot write the output: " + SystemWords(error));
 }
 
+// By convention any value but an empty one turns colours off.
+bool MayColour() {
+    wchar_t first = 0;
+    return GetEnvironmentVariableW(L"NO_COLOR", &first, 1) == 0;
+}
+
+WORD Coloured(WORD attributes, Emphasis emphasis) {
+    constexpr WORD kForeground = FOREGROUND_RED | FOREGROUND_GREEN | FOREGROUND_BLUE;
+    const WORD others = attributes & static_cast<WORD>(~kForeground);
+    const WORD colour = emphasis == Emphasis::kError ? WORD{FOREGROUND_RED}
+                                                     : WORD{FOREGROUND_GREEN | FOREGROUND_BLUE};
+    return static_cast<WORD>(others | colour | FOREGROUND_INTENSITY);
+}
+
+// While it lives, a console writes in a colour.
+class ColourScope {
+public:
+    ColourScope(HANDLE console, Emphasis emphasis) : console_(console) {
+        CONSOLE_SCREEN_BUFFER_INFO info = {};
+        if (!GetConsoleScreenBufferInfo(console, &info)) return;
+        before_ = info.wAttributes;
+        isSet_ = SetConsoleTextAttribute(console, Coloured(before_, emphasis)) != FALSE;
+    }
+    ~ColourScope() {
+        if (isSet_) SetConsoleTextAttribute(console_, before_);
+    }
+    ColourScope(const ColourScope&) = delete;
+    ColourScope& operator=(const ColourScope&) = delete;
+
+private:
+    HANDLE console_;
+    WORD before_ = 0;
+    bool isSet_ = false;
+};
+
 void WriteWide(HANDLE console, const std::wstring& text) {
     for (std::size_t at = 0; at < text.size(); at += kConsoleChunk) {
         const auto length = static_cast<DWORD>(std::min(kConsoleChunk, text.size() - at));
@@ -89,6 +124,17 @@ std::size_t OutputStream::Columns() const {
     return static_cast<std::size_t>(std::max(info.srWindow.Right - info.srWindow.Left + 1, 1));
 }
 
+void OutputStream::CollectIn(std::string& bytes) {
+    collected_ = &bytes;
+    isTerminal_ = false;
+}
+
+void OutputStream::Write(std::string_view text, Emphasis emphasis) const {
+    if (!isTerminal_ || emphasis == Emphasis::kNone || !MayColour()) return Write(text);
+    const ColourScope scope(handle_, emphasis);
+    Write(text);
+}
+
 void OutputStream::Write(std::string_view text) const {
     if (isTerminal_) {
         WriteWide(handle_, WideFromUtf8(text));
@@ -98,6 +144,10 @@ void OutputStream::Write(std::string_view text) const {
 }
 
 void OutputStream::WriteBytes(const void* bytes, std::size_t length) const {
+    if (collected_ != nullptr) {
+        collected_->append(static_cast<const char*>(bytes), length);
+        return;
+    }
     // A program that was started without an output has nobody who reads it.
     if (handle_ == nullptr || handle_ == INVALID_HANDLE_VALUE) return;
     const auto* const data = static_cast<const char*>(bytes);

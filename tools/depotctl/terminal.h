@@ -11,6 +11,9 @@
 
 namespace depot::ctl {
 
+// How a text stands out on a terminal.
+enum class Emphasis { kNone, kHeading, kError };
+
 // Standard output or standard error. A terminal is given characters, anything else UTF-8.
 class OutputStream {
 public:
@@ -22,6 +25,13 @@ public:
     // The columns of the terminal's window; 0 for anything else.
     std::size_t Columns() const;
 
+    // Keeps what is written from now on in `bytes`, which lives as long as the stream.
+    void CollectIn(std::string& bytes);
+
+    // Writes a text in colour to a terminal, unless the environment has NO_COLOR, and as it is to
+    // anything else.
+    void Write(std::string_view text, Emphasis emphasis) const;
+
     // Writes a text in UTF-8. Throws OutputClosed when the output has no reader any more, and ends
     // the command when it cannot be written, as on a full disk.
     void Write(std::string_view text) const;
@@ -32,6 +42,7 @@ public:
 private:
     HANDLE handle_;
     bool isTerminal_;
+    std::string* collected_ = nullptr;  // in place of the handle
 };
 
 // Reads a line from the terminal without showing what is typed; nothing without a terminal or when
