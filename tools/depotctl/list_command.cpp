@@ -6,7 +6,9 @@
 #include "depotctl/commands.h"
 #include "depotctl/encoding.h"
 #include "depotctl/failure.h"
+#include "depotctl/hidden_entries.h"
 #include "depotctl/places.h"
+#include "directory/connection_scope.h"
 #include "fileops/enumerate.h"
 #include "platform/file_search.h"
 #include "platform/paths.h"
@@ -134,6 +136,23 @@ void ReportLeftOut(const Program& program, std::uint32_t count) {
                      " does not have and cannot be listed");
 }
 
+// Whether the listing of a directory is empty only because its user sees no classes.
+bool ListsNothingOfWhatIsThere(const Place& place) {
+    CLDAPItems& directory = *place.depot->DirectoryConnection();
+    const ConnectionScope connection(directory.Connection());
+    return connection && HidesClasses(directory, place.Stored().path);
+}
+
+void ReportHiddenClasses(const Program& program) {
+    if (program.renderer.IsJson()) {
+        program.errors.Write(Json{{"hiddenClasses", true}}.dump() + "\n");
+        return;
+    }
+    program.Complain(
+        "entries are there but their class may not be read: grant the user the right to read "
+        "objectClass");
+}
+
 void List(Program& program, const ListOptions& options) {
     Places places(program);
     const Place place = options.path.empty() ? places.DefaultRoot() : places.Resolve(options.path);
@@ -150,6 +169,7 @@ void List(Program& program, const ListOptions& options) {
     }
     program.renderer.List(rows, Columns(options.details));
     if (lister.ForeignNames() > 0) ReportLeftOut(program, lister.ForeignNames());
+    if (rows.empty() && listed && ListsNothingOfWhatIsThere(place)) ReportHiddenClasses(program);
 }
 
 }  // namespace
