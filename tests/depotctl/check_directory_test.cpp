@@ -1,6 +1,7 @@
 // What check reports of depots in a real directory.
 #include "depotctl/directory_tool.h"
 #include "support/access_rules.h"
+#include "support/directory_kind.h"
 #include "support/relay.h"
 
 namespace depot::test {
@@ -138,6 +139,27 @@ TEST_F(CheckDirectoryTest, EntriesThatShowNoClassAreAProblemForWhoeverOnlyReads)
     UseServer(server, kSuffix);
     EXPECT_EQ("problem: entries are there but their class may not be read", Step("rights"));
     EXPECT_EQ(ExitCode::kRefused, run_.exitCode);
+}
+
+TEST_F(CheckDirectoryTest, EntriesThatReplicationKeptBesideOthersAreNamed) {
+    EXPECT_THAT(Step("limits"), StartsWith("ok: "));
+    EXPECT_EQ("", Step("conflicts"));
+    dir_.server.Apply(
+        "dn: cn=office.kre\\0ACNF:3f2504e0-4f89-11d3-9a0c-0305e82c3301,cn=Sessions," + dir_.base +
+        "\nobjectClass: quillonFileBinary\nquillonFileContentsBinary: x\n"
+        // The name with its line feed.
+        "cn:: b2ZmaWNlLmtyZQpDTkY6M2YyNTA0ZTAtNGY4OS0xMWQzLTlhMGMtMDMwNWU4MmMzMzAx\n");
+    const std::string found =
+        "note: made on two servers at once, so that replication kept both: office.kre";
+    EXPECT_EQ(found, Step("conflicts"));
+    EXPECT_EQ(ExitCode::kDone, run_.exitCode) << run_.errors;
+    if (SharedKind() != DirectoryKind::k389) return;
+    // This one marks them, and hides what is marked.
+    dir_.server.Apply("dn: cn=sub.kre+sn=3f," + dir_.base +
+                      "\nobjectClass: quillonFileBinary\nobjectClass: ldapSubEntry\n"
+                      "objectClass: extensibleObject\ncn: sub.kre\nsn: 3f\n"
+                      "quillonFileContentsBinary: x\nnsds5ReplConflict: namingConflict\n");
+    EXPECT_THAT(Step("conflicts"), AllOf(HasSubstr("office.kre"), HasSubstr("sub.kre")));
 }
 
 TEST_F(CheckDirectoryTest, BaseThatASearchDoesNotFindIsNamed) {

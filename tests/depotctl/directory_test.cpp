@@ -17,6 +17,29 @@ TEST_F(DirectoryToolTest, EntriesAreListedReadAndWritten) {
     EXPECT_EQ(ExitCode::kRefused, RunTool({"ls", "<Dir>\\Nowhere"}).exitCode);
 }
 
+TEST_F(DirectoryToolTest, ListingOfEntriesWhoseClassesAreHiddenSaysSo) {
+    EXPECT_EQ("", RunTool({"ls", "<Dir>\\"}).errors);
+    DirectoryServer hiding(
+        "database access to attrs=userPassword by anonymous auth by * none\n"
+        "database access to attrs=objectClass by * search\n"
+        "database access to * by * read");
+    hiding.AddFolder("Sessions", kSuffix);
+    key_.Text("Dir", "Path1", kSuffix);
+    key_.Dword("Dir", "Port1", hiding.Port());
+    ToolRun run = RunTool({"ls", "<Dir>\\"});
+    EXPECT_EQ("", run.output);
+    EXPECT_THAT(run.errors, HasSubstr("entries are there but their class may not be read"));
+    EXPECT_EQ(ExitCode::kDone, run.exitCode);
+    run = RunTool({"ls", "--json", "<Dir>\\"});
+    EXPECT_EQ("[]\n", run.output);
+    EXPECT_EQ("{\"hiddenClasses\":true}\n", run.errors);
+    // Nothing is nothing.
+    dir_.server.AddFolder("Empty", dir_.base);
+    key_.Text("Dir", "Path1", "cn=Empty," + dir_.base);
+    key_.Dword("Dir", "Port1", dir_.server.Port());
+    EXPECT_EQ("", RunTool({"ls", "<Dir>\\"}).errors);
+}
+
 TEST_F(DirectoryToolTest, EntriesAreCopiedMovedAndRemoved) {
     EXPECT_EQ(ExitCode::kDone, RunTool({"mkdir", "<Dir>\\New"}).exitCode);
     EXPECT_EQ(ExitCode::kDone,

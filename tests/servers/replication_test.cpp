@@ -143,29 +143,46 @@ TEST_F(ReplicationTest, WriteUnderWayWhenTheServerIsKilledIsWholeOrRecovered) {
     }
 }
 
-// Each server tests against what it has. Replication keeps the later of the two versions.
-TEST_F(ReplicationTest, OfTwoEditsOnTwoServersAtOnceOneStaysOnBoth) {
+// Each server tests against what it has: neither has heard of the other's version.
+TEST_F(ReplicationTest, OfTwoEditsOnTwoServersAtOnceTheLaterStaysOnBoth) {
     Row("both replicas are edited at once: the later version stays on both");
     depots_.Dword("Corp", "DetectConflicts1", 1);
-    depots_.Dword("Corp", "DetectConflicts2", 1);
     Session here(*api_);
     Load(here);
+    Define(second_.Port(), first_.Port());
+    Session there(*api_);
+    Load(there);
+    second_.Stop();
+    Store(here, L"here");
+    EXPECT_EQ("[S]\r\nK=here\r\n", BytesAt(first_));
+    first_.Stop();
+    second_.Continue();
+    Store(there, L"there");
+    EXPECT_EQ("[S]\r\nK=there\r\n", BytesAt(second_));
+    first_.Continue();
+    EXPECT_TRUE(Arrives(first_, "[S]\r\nK=there\r\n"));
+    EXPECT_EQ("[S]\r\nK=there\r\n", BytesAt(second_));
+    EXPECT_THAT(RecoveredFiles(), testing::IsEmpty());
+}
+
+// A version that has arrived before is seen, as on one server.
+TEST_F(ReplicationTest, EditOverAVersionThatHasArrivedIsRecovered) {
+    Row("a version that has arrived from the other replica is kept (DetectConflicts)");
     Define(second_.Port(), first_.Port());
     depots_.Dword("Corp", "DetectConflicts1", 1);
     Session there(*api_);
     Load(there);
-    Store(here, L"here");
-    EXPECT_THAT(RecoveredFiles(), testing::IsEmpty());
-    Store(there, L"there");
-    const std::string stays = BytesAt(second_);
-    EXPECT_TRUE(Arrives(first_, stays));
-    if (RecoveredFiles().empty()) {
-        EXPECT_EQ("[S]\r\nK=there\r\n", stays);
-    } else {
-        // The first version had arrived before the second one was stored.
-        EXPECT_EQ("[S]\r\nK=here\r\n", stays);
-        EXPECT_EQ(1u, RecoveredFiles().size());
+    Define(first_.Port(), second_.Port());
+    {
+        Session here(*api_);
+        Load(here);
+        Store(here, L"here");
     }
+    ASSERT_TRUE(Arrives(second_, "[S]\r\nK=here\r\n"));
+    Store(there, L"there");
+    EXPECT_EQ("[S]\r\nK=here\r\n", BytesAt(second_));
+    ASSERT_EQ(1u, RecoveredFiles().size());
+    EXPECT_EQ("[S]\r\nK=there\r\n", FileBytes(RecoveredFiles().front()));
 }
 
 }  // namespace

@@ -18,9 +18,9 @@ inline DirectoryKind SharedKind() {
     return kind == "samba" ? DirectoryKind::kSamba : DirectoryKind::kSlapd;
 }
 
-// Whether the shared server can test a condition and change an entry in one request.
-inline bool SharedServerAsserts() {
-    return SharedKind() == DirectoryKind::kSlapd || SharedKind() == DirectoryKind::kPair;
+// Whether the shared server is another product's than slapd.
+inline bool IsOtherProduct() {
+    return SharedKind() == DirectoryKind::k389 || SharedKind() == DirectoryKind::kSamba;
 }
 
 // The port of a domain controller that is not secured from the start.

@@ -88,7 +88,7 @@ std::string Base64(const std::string& bytes) {
     return text;
 }
 
-// Some servers name attributes in capitals.
+// Some servers show names in other letters than they were given in.
 std::string InCapitals(std::string text) {
     for (char& letter : text) {
         if (letter >= 'a' && letter <= 'z') letter = static_cast<char>(letter - 'a' + 'A');
@@ -151,7 +151,7 @@ std::string DirectoryServer::Show(const std::string& base, const std::string& sc
 
 bool DirectoryServer::Holds(const std::string& dn) {
     std::string all = "\n" + Show(kSuffix, "sub", "1.1"), wanted = "\ndn: " + dn + "\n";
-    if (SharedKind() == DirectoryKind::kSamba) all = InCapitals(all), wanted = InCapitals(wanted);
+    if (IsOtherProduct()) all = InCapitals(all), wanted = InCapitals(wanted);
     return all.find(wanted) != std::string::npos;
 }
 

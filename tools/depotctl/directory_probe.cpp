@@ -5,6 +5,7 @@
 
 #include "depotctl/directory_words.h"
 #include "depotctl/encoding.h"
+#include "depotctl/hidden_entries.h"
 #include "depotctl/network.h"
 #include "directory/paged_search.h"
 #include "model/depot_paths.h"
@@ -18,7 +19,6 @@ constexpr std::uint32_t kTlsFromTheStart = 2;
 
 // Asks for the entries alone.
 constexpr char kNoAttributes[] = "1.1";
-constexpr char kObjectClass[] = "objectClass";
 
 bool IsStartTls(const CDepotPath& location) {
     return location.security != 0 && location.security != kTlsFromTheStart;
@@ -157,24 +157,9 @@ std::optional<Problem> DirectoryProbe::TryWriting() {
     return ProblemFor(CodeOf(tested));
 }
 
-// Listings show nothing of entries without a visible class, and nothing is all that users see then.
-bool DirectoryProbe::HidesClasses() {
-    const Answer answer = Search(BaseDN(), LDAP_SCOPE_ONELEVEL, kObjectClass);
-    if (!answer.message) return false;
-    DirectoryClient& client = Client();
-    LDAPMessage* entry = client.ldap_first_entry(Session(), answer.message.get());
-    for (; entry != nullptr; entry = client.ldap_next_entry(Session(), entry)) {
-        std::string attribute = kObjectClass;
-        const UniqueLdapValues classes(client.ldap_get_values(Session(), entry, attribute.data()),
-                                       {&client});
-        if (!classes || *classes == nullptr) return true;
-    }
-    return false;
-}
-
 std::optional<Problem> DirectoryProbe::TryReading(bool mayWrite) {
     if (mayWrite) return TryReadingOwnFile();
-    if (HidesClasses()) return HiddenClass();
+    if (HidesClasses(*directory_, BaseDN())) return HiddenClass();
     const std::string file = FirstFile();
     return file.empty() ? std::nullopt : TryReading(file);
 }
@@ -237,6 +222,13 @@ std::optional<Problem> DirectoryProbe::FindBase() {
     if (code != LDAP_NO_SUCH_OBJECT) return UnlessDone(code);
     return Problem{"the base \"" + Utf8FromAnsi(base) + "\" is not there, or may not be seen",
                    "create the entry, correct Path, or grant the right to read it", code, false};
+}
+
+std::vector<std::string> DirectoryProbe::FindConflicts(std::optional<Problem>& problem) {
+    std::vector<std::string> names;
+    const Result found = FindReplicationConflicts(*directory_, BaseDN(), names);
+    problem = UnlessDone(CodeOf(found));
+    return names;
 }
 
 std::optional<Problem> DirectoryProbe::ListBase(bool& inPages) {

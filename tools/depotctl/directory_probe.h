@@ -60,6 +60,10 @@ public:
     // that a listing in pages.
     std::optional<Problem> ListBase(bool& inPages);
 
+    // The names, in UTF-8, of entries that replication keeps beside others of the same name.
+    // `problem` is why they could not be looked for.
+    std::vector<std::string> FindConflicts(std::optional<Problem>& problem);
+
     // The names of the location's classes and attributes that the server's schema does not define;
     // nothing when the server does not show its schema.
     std::optional<std::vector<std::string>> MissingFromSchema();
@@ -79,7 +83,6 @@ private:
     std::uint32_t ListBaseInPages();
     std::string ProbeDN() const;
     std::optional<Problem> TryReadingOwnFile();
-    bool HidesClasses();
     std::string FirstFile();
     std::optional<Problem> TryReading(const std::string& dn);
     std::vector<std::string> Values(const std::string& dn, const std::string& attribute);

@@ -6,8 +6,10 @@
 #include "depotctl/commands.h"
 #include "depotctl/encoding.h"
 #include "depotctl/failure.h"
+#include "depotctl/hidden_entries.h"
 #include "depotctl/places.h"
 #include "depotctl/wildcard.h"
+#include "directory/connection_scope.h"
 #include "fileops/enumerate.h"
 #include "platform/file_search.h"
 #include "platform/paths.h"
@@ -131,22 +133,41 @@ std::vector<Column> Columns(bool details) {
             {"changed", "CHANGED"}};
 }
 
-// Lists the place itself, a folder or a file.
-void ListPlace(const Renderer& renderer, const Places& places, Lister& lister, const Place& place,
+// Lists the place itself, a folder or a file. Returns whether it is a folder of a directory that
+// could be listed.
+bool ListPlace(const Renderer& renderer, const Places& places, Lister& lister, const Place& place,
                Json& rows) {
     // What holds anything is a folder: a server need not be asked for that before.
     const bool listed = place.IsFarAway() && lister.TryToList(place, {});
-    if (!rows.empty()) return;
+    if (!rows.empty()) return listed;
     if (places.Require(place) == ItemKind::kFile) {
         rows.push_back(FileRow(renderer, place));
     } else if (!listed) {
         lister.List(place, {});
     }
+    return listed;
 }
 
 // Whether the pattern is itself the name of something, which listings may leave out.
 bool IsName(const Places& places, const Place& pattern, const Lister& lister) {
     return lister.ForeignNames() > 0 && places.KindOf(pattern) != ItemKind::kMissing;
+}
+
+// Whether the listing of a directory is empty only because its user sees no classes.
+bool ListsNothingOfWhatIsThere(const Place& place) {
+    CLDAPItems& directory = *place.depot->DirectoryConnection();
+    const ConnectionScope connection(directory.Connection());
+    return connection && HidesClasses(directory, place.Stored().path);
+}
+
+void ReportHiddenClasses(const Program& program) {
+    if (program.renderer.IsJson()) {
+        program.errors.Write(Json{{"hiddenClasses", true}}.dump() + "\n");
+        return;
+    }
+    program.Complain(
+        "entries are there but their class may not be read: grant the user the right to read "
+        "objectClass");
 }
 
 void List(Program& program, const ListOptions& options) {
@@ -157,15 +178,17 @@ void List(Program& program, const ListOptions& options) {
     const bool isPattern = IsPattern(place) &&
                            lister.ListMatches(FolderOf(place), NamePart(place.path)) &&
                            !IsName(places, place, lister);
+    bool isListed = false;
     if (!isPattern) {
         rows.clear();
         lister = Lister(program.renderer, options, rows);
-        ListPlace(program.renderer, places, lister, place, rows);
+        isListed = ListPlace(program.renderer, places, lister, place, rows);
     } else if (rows.empty()) {
         RefuseUnmatched(place);
     }
     program.renderer.List(rows, Columns(options.details));
     if (lister.ForeignNames() > 0) program.ReportLeftOut(lister.ForeignNames());
+    if (rows.empty() && isListed && ListsNothingOfWhatIsThere(place)) ReportHiddenClasses(program);
 }
 
 }  // namespace

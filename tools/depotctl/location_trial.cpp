@@ -144,6 +144,7 @@ void LocationTrial::TryEntries() {
         ReportRights(writing, true);
     }
     ReportLimits();
+    ReportConflicts();
 }
 
 // Without a kept connection each call of an application waits for three round trips at least.
@@ -191,6 +192,21 @@ void LocationTrial::ReportLimits() {
     if (!Pass("limits", probe_->ListBase(inPages))) return;
     Good("limits", inPages ? "the base is listed in pages, as the server's size limit wants it"
                            : "the base is listed in one go");
+}
+
+// Without any there is nothing to say: most directories are one server.
+void LocationTrial::ReportConflicts() {
+    std::optional<Problem> problem;
+    const std::vector<std::string> names = probe_->FindConflicts(problem);
+    if (problem) {
+        findings_.push_back(
+            Remark("conflicts", "they cannot be looked for: " + problem->text, problem->advice));
+    } else if (!names.empty()) {
+        findings_.push_back(
+            Remark("conflicts",
+                   "made on two servers at once, so that replication kept both: " + Joined(names),
+                   "compare each with the entry of its name, and delete or rename one of them"));
+    }
 }
 
 }  // namespace depot::ctl

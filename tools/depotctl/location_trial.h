@@ -35,6 +35,7 @@ private:
     void ReportSchema();
     void ReportRights(const std::optional<Problem>& problem, bool isDirectory);
     void ReportLimits();
+    void ReportConflicts();
 
     const std::size_t number_;
     std::string folder_;                   // of the file system

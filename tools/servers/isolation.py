@@ -27,7 +27,8 @@ def prepare(folder):
     """Makes the loopback interface usable, and folders of `folder` those of the system."""
     subprocess.run(["ip", "link", "set", "lo", "up"], check=True)
     subprocess.run(["mount", "--make-rprivate", "/"], check=True)
-    for path in ("/run", "/etc/dirsrv", "/var/lib/dirsrv", "/var/log/dirsrv"):
+    for path in ("/run", "/dev/shm", "/etc/dirsrv", "/var/lib/dirsrv", "/var/log/dirsrv",
+                 "/var/log/samba", "/var/lib/samba", "/var/cache/samba"):
         if not pathlib.Path(path).is_dir():
             continue
         own = folder / path.strip("/").replace("/", "-")

@@ -1,0 +1,23 @@
+// What a directory holds and listings do not show, or show under another name.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "directory/ldap_items.h"
+#include "platform/result.h"
+
+namespace depot::ctl {
+
+// Whether an entry directly below shows no object class to this user: listings show nothing of it.
+// REQUIRES: the directory is connected.
+bool HidesClasses(CLDAPItems& directory, const std::string& dn);
+
+// Finds the entries at or below a DN that replication keeps beside another one of the same name,
+// because two servers took an entry of it at once. `names` receives the names, in UTF-8, that the
+// entries were given by their users.
+// REQUIRES: the directory is connected.
+Result FindReplicationConflicts(CLDAPItems& directory, const std::string& dn,
+                                std::vector<std::string>& names);
+
+}  // namespace depot::ctl
