@@ -55,10 +55,11 @@ void LoadAndRelease(const std::string& depot, CDepots& depots, bool changed) {
 
 void MeasureKeeping(CDepots& depots) {
     for (const bool changed : {false, true}) {
-        Compare(std::string("load and release 20 KB") + (changed ? ", changed, " : ", ") +
-                    std::to_string(kLoads) + " times, kept",
-                kOfflineGoal, [&] { LoadAndRelease("Kept", depots, changed); },
-                [&] { LoadAndRelease("Plain", depots, changed); });
+        Compare(
+            std::string("load and release 20 KB") + (changed ? ", changed, " : ", ") +
+                std::to_string(kLoads) + " times, kept",
+            kOfflineGoal, [&] { LoadAndRelease("Kept", depots, changed); },
+            [&] { LoadAndRelease("Plain", depots, changed); });
     }
 }
 

@@ -43,7 +43,10 @@ protected:
     void LogOn(int user) { Define(own_.Port(), test::kSuffix, UserName(user)); }
 
     void Run(unsigned seed, int rounds) {
+        seed_ = seed;
         random_.seed(seed);
+        acknowledged_.clear();
+        apart_ = 0;
         for (int round = 0; round < rounds; ++round) {
             if (Below(10) == 0) SetAway(!isAway_);
             Edit(Below(kUsers), Below(kProfiles), round);
@@ -106,7 +109,8 @@ private:
         if (file->FetchCode() != 0 || file->localPath.empty()) return;
         // A program that is killed has promised nothing.
         if (Below(20) == 0) return;
-        const std::string name = "u" + std::to_string(user) + "r" + std::to_string(round);
+        const std::string name =
+            "s" + std::to_string(seed_) + "u" + std::to_string(user) + "r" + std::to_string(round);
         file->WriteString("All", "last", name);
         file->WriteString("User", name, "edited");
         if (Below(20) == 0) SetAway(!isAway_);
@@ -118,6 +122,7 @@ private:
     test::CleanOfflineFiles cleanKept_;
     DirectoryServer own_;
     std::mt19937 random_;
+    unsigned seed_ = 0;
     bool isAway_ = false;
     int apart_ = 0;
 };
