@@ -1,4 +1,5 @@
 // Operations on files and trees, on whichever server the program runs with.
+#include "directory/connection_scope.h"
 #include "directory_pairs/pairs_fixture.h"
 #include "servers/server_rows.h"
 #include "support/directory_kind.h"
@@ -114,6 +115,24 @@ TEST_F(ServerOperationsTest, TwoHundredFilesAreCopiedInListedAndDeleted) {
     EXPECT_EQ(plain_.Contents("from\\many"), directory_.Contents("to\\many"));
     EXPECT_THAT(Delete(directory_.Path("to\\many")), IsDone());
     EXPECT_FALSE(directory_.Holds("to\\many"));
+}
+
+// More than any of the servers hands out at once as it comes.
+TEST_F(ServerOperationsTest, FolderOf2500EntriesIsListedWhole) {
+    Row("list a folder of 2,500 entries");
+    constexpr int kCount = 2500;
+    std::string entries;
+    for (int number = 0; number < kCount; ++number) {
+        const std::string name = "f" + std::to_string(number) + ".kra";
+        entries += "dn: cn=" + name + ",cn=from," + base_ +
+                   "\nobjectClass: quillonFileBinary\ncn: " + name +
+                   "\nquillonFileContentsBinary: x\n\n";
+    }
+    server_.Apply(entries);
+    LdapItemList items;
+    const ConnectionScope connection(Directory().Connection());
+    EXPECT_THAT(Directory().Entries().List("cn=from," + base_, items), IsDone());
+    EXPECT_EQ(std::size_t{kCount}, items.Count());
 }
 
 // Only what the server calls an entry by shows that the two are one.

@@ -96,17 +96,19 @@ std::string InCapitals(std::string text) {
     return text;
 }
 
-// A program that names its server wants to be secured, too.
+// A program that names its server wants secured ports, and slapd to page whole folders, which
+// the others do as they come.
 std::string SharedSettings() {
+    const std::string named = "tls\ndatabase limits users size=500 size.prtotal=unlimited\n";
     switch (SharedKind()) {
         case DirectoryKind::kPair:
-            return "kind pair\ntls\n";
+            return "kind pair\n" + named;
         case DirectoryKind::k389:
             return "kind 389\n";
         case DirectoryKind::kSamba:
             return "kind samba\n";
         default:
-            return std::getenv("DEPOTINTR_DIRECTORY") != nullptr ? "tls\n" : "";
+            return std::getenv("DEPOTINTR_DIRECTORY") != nullptr ? named : std::string();
     }
 }
 
