@@ -7,6 +7,7 @@
 #include "depotctl/commands.h"
 #include "depotctl/failure.h"
 #include "depotctl/program.h"
+#include "depotctl/recovered_commands.h"
 #include "platform/library_search.h"
 #include "platform/wide_text.h"
 #include "platform/win32.h"
@@ -65,6 +66,7 @@ void AddCommands(CLI::App& app, Program& program) {
     AddLookCommands(app, program);
     AddDepotsCommand(app, program);
     AddCheckCommand(app, program);
+    AddRecoveredCommands(app, program);
 }
 
 // Help is an answer; anything else that ends the parsing is a mistake in the command line.
