@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "model/recovered_files.h"
+#include "model/recovered_origins.h"
 #include "model/working_copy_record.h"
 #include "platform/checksum.h"
 #include "platform/file_search.h"
@@ -129,8 +130,12 @@ private:
 
     static bool Recover(const HeldFile& copy, const WorkingCopyRecord& record, const Bytes& bytes) {
         const TraceSpan span("RecoverAbandonedCopy", record.dn);
-        const bool kept =
-            !KeepRecovered(std::string(record.name), bytes.data(), bytes.size()).empty();
+        const std::string path =
+            KeepRecovered(std::string(record.name), bytes.data(), bytes.size());
+        const bool kept = !path.empty();
+        NoteRecovered(path, {.server = record.server,
+                             .dn = record.dn,
+                             .reason = "the program that edited it ended without storing it"});
         // One that resists does no harm, and is not recovered again.
         if (kept) copy.Delete();
         span.EndWithCode(kept ? ERROR_SUCCESS : ERROR_CANNOT_MAKE);

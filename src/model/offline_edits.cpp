@@ -6,6 +6,7 @@
 #include "directory/connection_scope.h"
 #include "model/guarded_store.h"
 #include "model/recovered_files.h"
+#include "model/recovered_origins.h"
 #include "model/working_copy.h"
 #include "platform/text.h"
 #include "platform/trace.h"
@@ -121,6 +122,7 @@ private:
     bool Recover(const OfflineRecord& edit, const Result& failure) {
         const std::string kept = KeepRecovered(NameOf(edit), edit.bytes.data(), edit.bytes.size());
         if (kept.empty()) return false;
+        NoteOrigin(kept, edit, failure.Why());
         std::string text = Concatenate(
             {"\"", NameOf(edit), "\" was edited while the directory ", "could not be reached"});
         if (unmerged_) {
@@ -138,6 +140,16 @@ private:
         }
         Note(text + kept);
         return true;
+    }
+
+    void NoteOrigin(const std::string& kept, const OfflineRecord& edit, const Error& why) const {
+        RecoveredOrigin origin = {.location = &directory_.Location(),
+                                  .dn = edit.dn,
+                                  .code = why.code,
+                                  .reason = why.text,
+                                  .isNew = !edit.base};
+        if (edit.base) origin.base = *edit.base;
+        NoteRecovered(kept, origin);
     }
 
     void Note(const std::string& text) {

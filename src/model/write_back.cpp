@@ -7,6 +7,7 @@
 #include "model/depot_paths.h"
 #include "model/guarded_store.h"
 #include "model/recovered_files.h"
+#include "model/recovered_origins.h"
 #include "model/working_copy.h"
 #include "model/working_copy_journal.h"
 #include "platform/error_text.h"
@@ -41,7 +42,7 @@ public:
         if (stored) return stored;
         reason_ = stored.Why().code;
         if (reason_ == LDAP_ADMIN_LIMIT_EXCEEDED) limitText_ = stored.Text();
-        KeepWorkingCopy(origin.refused);
+        KeepWorkingCopy(origin, stored);
         return stored;
     }
 
@@ -127,20 +128,42 @@ private:
         Result read = entries_.ReadSeen(dn_, present);
         if (!read || present.length == 0 || origin.code == LDAP_NO_SUCH_OBJECT) return read;
         kept_ = KeepRecovered(Name(), present.bytes.get(), present.length);
+        NoteRecovered(kept_, {.location = &directory_.Location(),
+                              .dn = dn_,
+                              .reason = "the entry held it before an edit took its place"});
         return kept_.empty() ? Failure(LDAP_LOCAL_ERROR) : Result();
     }
 
-    void KeepWorkingCopy(const RefusedEdits& refused) {
+    void KeepWorkingCopy(const WorkingCopyOrigin& origin, const Result& failure) {
+        const RefusedEdits& refused = origin.refused;
         std::string kept;
         if (bytes_) {
             kept = KeepRecoveredProfile(RecoveredFolder(), Name(),
                                         refused.whole ? *refused.whole : *bytes_, refused.edits);
+            NoteOrigin(kept, origin, failure);
         }
         mustStay_ = kept.empty() && PathMayExist(localPath_);
         // What is gone is named as well: its user has to know which edit it was.
         if (mustStay_ || !bytes_) kept = localPath_;
         // In a conflict the entry stays, and what was kept of it is of no use to anyone.
         if (!kept.empty() || reason_ == kContentsChanged) kept_ = std::move(kept);
+    }
+
+    // So that the kept file finds its way back. Without memory for it the file is kept all the
+    // same.
+    void NoteOrigin(const std::string& kept, const WorkingCopyOrigin& origin,
+                    const Result& failure) const noexcept try {
+        const std::string local = localError_ != ERROR_SUCCESS ? LocalErrorText() : std::string();
+        RecoveredOrigin noted = {.location = &directory_.Location(),
+                                 .dn = dn_,
+                                 .code = failure.Why().code,
+                                 .reason = local.empty() ? failure.Why().text : local};
+        // After a failed fetch it was made of nothing.
+        if (origin.code == LDAP_SUCCESS && origin.bytes) noted.base = *origin.bytes;
+        if (origin.code == LDAP_SUCCESS) noted.baseDigest = origin.digest;
+        NoteRecovered(kept, noted);
+    } catch (...) {
+        return;
     }
 
     std::string Name() const {

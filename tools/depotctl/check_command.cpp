@@ -10,6 +10,7 @@
 #include "depotctl/encoding.h"
 #include "depotctl/failure.h"
 #include "depotctl/installation.h"
+#include "depotctl/kept_counts.h"
 #include "depotctl/location_trial.h"
 #include "depotctl/program.h"
 #include "depotctl/together.h"
@@ -44,6 +45,7 @@ Json StepsJson(const Findings& findings) {
 struct TriedLocation {
     std::string title;
     std::unique_ptr<LocationTrial> trial;
+    std::optional<KeptCounts> kept{};  // for the time when its server is away
 };
 
 struct CheckedDepot {
@@ -57,7 +59,10 @@ struct CheckedDepot {
 class DepotChecker {
 public:
     DepotChecker(Program& program, const CheckOptions& options)
-        : program_(program), options_(options), stored_(ReadDefinitions()) {}
+        : program_(program),
+          options_(options),
+          stored_(ReadDefinitions()),
+          copies_(FindKeptCopies(program)) {}
 
     std::vector<CheckedDepot> Run() {
         std::vector<CheckedDepot> checked;
@@ -128,8 +133,9 @@ private:
         Append(checked.definition, together);
         for (std::size_t index = 0; index < depot.paths->Count(); ++index) {
             CDepotPath& location = *depot.paths->At(index);
-            checked.locations.push_back(
-                {Title(location, index + 1), std::make_unique<LocationTrial>(location, index + 1)});
+            checked.locations.push_back({Title(location, index + 1),
+                                         std::make_unique<LocationTrial>(location, index + 1),
+                                         CountKept(depot, location, copies_)});
         }
         return checked;
     }
@@ -157,6 +163,7 @@ private:
     const CheckOptions& options_;
     std::vector<StoredDefinition> stored_;
     std::vector<DepotSummary> summaries_;
+    const std::vector<KeptCopy> copies_;
 };
 
 // Writes what was found, and counts it.
@@ -185,10 +192,12 @@ public:
         json["definition"] = StepsJson(findings);
         json["locations"] = Json::array();
         for (const TriedLocation& location : depot.locations) {
-            const Findings& found = location.trial->Found();
+            Findings found = location.trial->Found();
+            if (location.kept) found.push_back(KeptFinding(*location.kept));
             Add(location.title, found, 2);
-            json["locations"].push_back(
-                {{"location", location.title}, {"steps", StepsJson(found)}});
+            Json one = {{"location", location.title}, {"steps", StepsJson(found)}};
+            if (location.kept) one["kept"] = KeptJson(*location.kept);
+            json["locations"].push_back(std::move(one));
         }
         depots_.push_back(std::move(json));
     }

@@ -8,6 +8,7 @@
 #include "depotctl/commands.h"
 #include "depotctl/failure.h"
 #include "depotctl/program.h"
+#include "depotctl/recovered_commands.h"
 #include "platform/library_search.h"
 #include "platform/trace.h"
 #include "platform/wide_text.h"
@@ -77,6 +78,7 @@ void AddCommands(CLI::App& app, Program& program, std::string& outputFile) {
     AddDepotsCommand(app, program);
     AddCheckCommand(app, program);
     AddCompletionCommand(app, program);
+    AddRecoveredCommands(app, program);
 }
 
 // Runs the command. An answer is stored also where the command ends with a failure behind it.
