@@ -5,7 +5,7 @@
 #include <thread>
 #include <vector>
 
-#include "component/component.h"
+#include "component/api2.h"
 #include "support/box_log.h"
 #include "support/component_depots.h"
 #include "support/directory_fixture.h"
@@ -133,6 +133,33 @@ TEST_F(OutagesTest, ManyClientsThatStartAtOnceAfterAnOutageAllWork) {
     std::cout << "the last of " << kClients << " clients worked after "
               << std::chrono::duration_cast<std::chrono::milliseconds>(taken).count() << " ms\n";
     EXPECT_EQ(kClients, working);
+    EXPECT_THAT(boxes_.Boxes(), testing::IsEmpty());
+}
+
+TEST_F(OutagesTest, WholeTextStaysWhileNoServerAnswersAndNoBoxIsShown) {
+    const Com<IDepotIntrApi2> api2 = Api2Of(*api_);
+    Session session(*api_);
+    OutBool answer;
+    ASSERT_THAT(api2->Quiet(session, VARIANT_TRUE, answer), IsOk());
+    ASSERT_THAT(api2->WriteText(session, Bstr(L"<Corp>\\b.txt"), Bstr(L"old"), TEXT_ANSI, answer),
+                IsOk());
+    first_.Stop();
+    second_.Stop();
+    EXPECT_THAT(api2->WriteText(session, Bstr(L"<Corp>\\b.txt"), Bstr(L"new"), TEXT_ANSI, answer),
+                IsRefused());
+    EXPECT_TRUE(answer.IsFalse());
+    EXPECT_NE(0, LastErrorOf(*api2, session).code);
+    EXPECT_NE(L"", LastErrorOf(*api2, session).text);
+    VARIANT none = {};
+    EXPECT_THAT(api2->Move(session, Bstr(L"<Corp>\\b.txt"), Bstr(folder_.At("b.txt")),
+                           VARIANT_FALSE, none, answer),
+                IsRefused());
+    EXPECT_TRUE(answer.IsFalse());
+    EXPECT_FALSE(Exists(folder_.At("b.txt")));
+    first_.Continue();
+    OutText text;
+    EXPECT_THAT(api2->ReadText(session, Bstr(L"<Corp>\\b.txt"), text), IsOk());
+    EXPECT_EQ(L"old", text.Value());
     EXPECT_THAT(boxes_.Boxes(), testing::IsEmpty());
 }
 
