@@ -2,6 +2,7 @@
 
 #include "bench/benches.h"
 #include "bench/comparison.h"
+#include "bench/raw_directory.h"
 #include "bench/raw_session.h"
 #include "config/profile_merge.h"
 #include "manager/depot_file_context.h"
