@@ -131,9 +131,12 @@ TEST_F(HostileRecoveredTest, RecordThatCannotBeWrittenKeepsTheFile) {
 }
 
 // Names and values outside of ASCII, in every code page that the component runs in.
-class RecoveredCharactersTest : public RecoveredTest {};
+class RecoveredCharactersTest : public RecoveredTest {
+protected:
+    void ExpectTheWayBack() const;
+};
 
-TEST_F(RecoveredCharactersTest, NamesAndValuesComeBackWhole) {
+void RecoveredCharactersTest::ExpectTheWayBack() const {
     const std::string letter = LetterOfCodePage();
     const std::string utf8 = ExactUtf8FromAnsi(letter).value();
     const std::string file = letter + ".kre";
@@ -156,6 +159,15 @@ TEST_F(RecoveredCharactersTest, NamesAndValuesComeBackWhole) {
     EXPECT_EQ(ExitCode::kDone, run.exitCode) << run.errors;
     EXPECT_EQ("[Other]\r\nKey=" + letter + "\r\n" + ours, Entry(file));
     EXPECT_THAT(RecoveredFiles(), IsEmpty());
+}
+
+TEST_F(RecoveredCharactersTest, NamesAndValuesComeBackWhole) {
+    ExpectTheWayBack();
+}
+
+TEST_F(RecoveredCharactersTest, NamesAndValuesComeBackOnOlderSystems) {
+    const SystemCodePageScope older;
+    ExpectTheWayBack();
 }
 
 }  // namespace

@@ -1,4 +1,5 @@
 // recovered: the way back for kept copies.
+#include "depotctl/console.h"
 #include "depotctl/recovered_fixture.h"
 
 namespace depot::test {
@@ -204,6 +205,21 @@ TEST_F(RecoveredTest, NamesThatLeadElsewhereNameNothing) {
     }
     EXPECT_TRUE(Holds("victim.kre"));
     EXPECT_THAT(RecoveredFiles(), SizeIs(1));
+}
+
+TEST_F(RecoveredTest, DiscardAsksAtATerminal) {
+    const std::string name = Keep();
+    TestConsole console(100);
+    console.Start({"recovered", "discard", name});
+    ASSERT_TRUE(console.WaitFor("[y/N]")) << console.Screen();
+    EXPECT_THAT(console.Screen(), HasSubstr(name));
+    console.Type(L"\r");
+    EXPECT_EQ(ExitCode::kRefused, console.Finish());
+    EXPECT_TRUE(IsKept(name));
+    console.Start({"recovered", "discard", "--all"});
+    console.Type(L"y\r");
+    EXPECT_EQ(ExitCode::kDone, console.Finish()) << console.Screen();
+    EXPECT_THAT(RecoveredFiles(), IsEmpty());
 }
 
 class WaitingTest : public RecoveredTest {

@@ -35,7 +35,7 @@ public:
         : program_(program),
           options_(options),
           copy_(RequireKeptCopy(program, options.file)),
-          ours_((RequireRecovered(), BytesOf(copy_))),
+          ours_(RecoveredBytes(copy_)),
           places_(program),
           origins_(program),
           target_(Target()) {}
@@ -57,9 +57,9 @@ public:
     }
 
 private:
-    void RequireRecovered() const {
-        if (!copy_.isWaiting) return;
-        Refuse(copy_.Shown() +
+    static KeptBytes RecoveredBytes(const KeptCopy& copy) {
+        if (!copy.isWaiting) return BytesOf(copy);
+        Refuse(copy.Shown() +
                " waits and is stored by itself when its server is back; "
                "\"depotctl recovered export\" copies it");
     }
