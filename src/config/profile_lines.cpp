@@ -9,7 +9,7 @@ namespace depot {
 namespace {
 
 // What the profile functions pass over around names and values.
-constexpr std::string_view kBlanks = " \t\v\f\r\n\x1a";
+constexpr std::string_view kBlanks = " \t\r\n";
 
 std::string_view Trimmed(std::string_view text) {
     const std::size_t first = text.find_first_not_of(kBlanks);
