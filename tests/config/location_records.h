@@ -29,6 +29,8 @@ inline void ExpectDirectoryDefaults(const CDepotPath& location) {
     EXPECT_EQ("", location.credentialTarget);
     EXPECT_EQ(0u, location.detectConflicts);
     EXPECT_EQ(0u, location.followReferrals);
+    EXPECT_EQ(0u, location.offline);
+    EXPECT_EQ(100u, location.offlineSize);
 }
 
 inline void FillWithJunk(CDepotPath& location) {
@@ -53,6 +55,8 @@ inline void FillWithJunk(CDepotPath& location) {
     location.credentialTarget = "target";
     location.detectConflicts = 16;
     location.followReferrals = 17;
+    location.offline = 18;
+    location.offlineSize = 19;
 }
 
 // Compares all but the handle slot.
@@ -77,6 +81,8 @@ inline void ExpectJunk(const CDepotPath& location) {
     EXPECT_EQ("target", location.credentialTarget);
     EXPECT_EQ(16u, location.detectConflicts);
     EXPECT_EQ(17u, location.followReferrals);
+    EXPECT_EQ(18u, location.offline);
+    EXPECT_EQ(19u, location.offlineSize);
 }
 
 }  // namespace depot::test

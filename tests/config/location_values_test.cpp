@@ -354,6 +354,8 @@ TEST_F(LoadFromRegistryTest, ValuesAreQueriedInTheirOrderAndOnlyAsFarAsNeeded) {
                                                "DetectConflicts1",
                                                "KeepConnection1",
                                                "FollowReferrals1",
+                                               "Offline1",
+                                               "OfflineSize1",
                                                "FileAttributeName1",
                                                "FileObjectClass1",
                                                "FolderAttributeName1",
