@@ -69,7 +69,8 @@ FARPROC WINAPI FindEntryPoint(HMODULE library, LPCSTR name) {
     const FARPROC genuine = real<&GetProcAddress>(library, name);
     if (genuine == nullptr || !IsName(name)) return genuine;
     DEPOT_DIRECTORY_FAULT_POINTS(DEPOT_CHOOSE_FAULT, DEPOT_CHOOSE_TAKES, DEPOT_CHOOSE_RETURNS)
-    return genuine;
+    const FARPROC replacement = MemoryStandIn(name, genuine);
+    return replacement != nullptr ? replacement : genuine;
 }
 
 // Returns what stands in for an imported function, or null.

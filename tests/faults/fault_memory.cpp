@@ -3,6 +3,8 @@
 #include <cstring>
 
 #include "faults/fault_state.h"
+// Behind the system's own types.
+#include <dpapi.h>
 
 namespace depot::test {
 namespace {
@@ -48,6 +50,25 @@ DWORD WINAPI MakeSystemText(DWORD flags, LPCVOID source, DWORD message, DWORD la
     return length;
 }
 
+// What the system encrypts, or decrypts, it hands over as it does a text.
+BOOL WINAPI Protect(DATA_BLOB* plain, LPCWSTR description, DATA_BLOB* entropy, PVOID reserved,
+                    CRYPTPROTECT_PROMPTSTRUCT* prompt, DWORD flags, DATA_BLOB* made) {
+    if (IsWatched() && FailsNow(FaultKind::kMemory)) return FALSE;
+    const BOOL done =
+        real<&CryptProtectData>(plain, description, entropy, reserved, prompt, flags, made);
+    if (done && IsWatched()) Note(Holding::kSystemText, 1);
+    return done;
+}
+
+BOOL WINAPI Unprotect(DATA_BLOB* sealed, LPWSTR* description, DATA_BLOB* entropy, PVOID reserved,
+                      CRYPTPROTECT_PROMPTSTRUCT* prompt, DWORD flags, DATA_BLOB* made) {
+    if (IsWatched() && FailsNow(FaultKind::kMemory)) return FALSE;
+    const BOOL done =
+        real<&CryptUnprotectData>(sealed, description, entropy, reserved, prompt, flags, made);
+    if (done && IsWatched()) Note(Holding::kSystemText, 1);
+    return done;
+}
+
 HLOCAL WINAPI FreeSystemText(HLOCAL text) {
     if (text != nullptr && IsWatched()) Note(Holding::kSystemText, -1);
     return real<&LocalFree>(text);
@@ -62,6 +83,8 @@ FARPROC MemoryStandIn(const char* name, FARPROC genuine) {
     DEPOT_STAND_IN(free, Free)
     DEPOT_STAND_IN(FormatMessageA, MakeSystemText)
     DEPOT_STAND_IN(LocalFree, FreeSystemText)
+    DEPOT_STAND_IN(CryptProtectData, Protect)
+    DEPOT_STAND_IN(CryptUnprotectData, Unprotect)
     return nullptr;
 }
 
