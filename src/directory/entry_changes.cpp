@@ -102,7 +102,9 @@ std::string EntryStore::NameOf(const std::string& dn) const {
     return entry ? entry->name : std::string();
 }
 
+// What was done stays done also when memory runs out behind it: nothing is named then.
 Result EntryStore::NamedOutcome(std::uint32_t code, const std::string& name) {
+    if (code == LDAP_SUCCESS) return {};
     const auto refused = RefusedName(code, name, WideFromAnsi(name).size());
     return refused ? Result(*refused) : connection_.Outcome(code);
 }
@@ -159,7 +161,7 @@ Result EntryStore::Replace(const std::string& dn, const void* data, std::uint32_
     if (isUnproven && IsOfALostConnection(code) && connection_.Replace()) {
         code = Client().ldap_modify_s(Handle(), ClientText(dn), changes);
     }
-    return StoredOutcome(code, NameOf(dn), length);
+    return code == LDAP_SUCCESS ? Result() : StoredOutcome(code, NameOf(dn), length);
 }
 
 std::optional<std::uint32_t> EntryStore::Unusable() {
@@ -319,7 +321,7 @@ Result EntryStore::Rename(const std::string& oldDN, const std::string& newDN) {
     const std::uint32_t code = Client().ldap_rename_ext_s(
         Handle(), ClientText(oldDN), ClientText(exploded.components.front()), ClientText(parent),
         kDeleteOldName, nullptr, nullptr);
-    return NamedOutcome(code, NameOf(newDN));
+    return code == LDAP_SUCCESS ? Result() : NamedOutcome(code, NameOf(newDN));
 }
 
 Result EntryStore::Remove(const std::string& dn) {
