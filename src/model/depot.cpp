@@ -135,6 +135,10 @@ CDepot::Directory::Directory(std::unique_ptr<CLDAPItems> owned)
     });
 }
 
+CDepot::Directory::~Directory() {
+    if (offline) offline->SetStoreEdits({});
+}
+
 std::shared_ptr<OfflineLocation> CDepot::Offline() {
     return DirectoryConnection() != nullptr ? directory_->offline : nullptr;
 }
