@@ -158,12 +158,18 @@ ToolRun RunToolWith(const std::vector<std::wstring>& arguments) {
 }
 
 ToolRun RunTool(const std::vector<std::string>& arguments, const std::string& input) {
-    RunningTool tool(QuotedCommandLine(arguments));
-    DWORD written = 0;
-    WriteFile(tool.input.write.get(), input.data(), static_cast<DWORD>(input.size()), &written,
-              nullptr);
-    tool.input.write.reset();
-    return Finish(tool, SIZE_MAX);
+    // Of others the emulator does not come to load the system's libraries: nothing of the program
+    // has run then.
+    constexpr auto kNotLoaded = static_cast<ctl::ExitCode>(STATUS_DLL_INIT_FAILED);
+    for (int attempt = 1;; ++attempt) {
+        RunningTool tool(QuotedCommandLine(arguments));
+        DWORD written = 0;
+        WriteFile(tool.input.write.get(), input.data(), static_cast<DWORD>(input.size()), &written,
+                  nullptr);
+        tool.input.write.reset();
+        ToolRun run = Finish(tool, SIZE_MAX);
+        if (run.exitCode != kNotLoaded || attempt == 3) return run;
+    }
 }
 
 ToolRun RunToolByLine(const std::string& line) {
