@@ -1,6 +1,7 @@
 #include "offline/offline_location.h"
 
 #include <algorithm>
+#include <exception>
 
 #include "directory/comparable_dn.h"
 #include "platform/text.h"
@@ -15,6 +16,18 @@ constexpr DWORD kPatienceWithOthers = 5000;
 // Whoever waited for longer than the first is spared the next attempts for the second.
 constexpr std::chrono::milliseconds kLongWait(1000);
 constexpr std::chrono::seconds kPause(30);
+
+// Holds while edits are stored, which connects as everything else does, however that ends.
+class StoringScope {
+public:
+    explicit StoringScope(bool& isStoring) : isStoring_(isStoring) { isStoring_ = true; }
+    ~StoringScope() { isStoring_ = false; }
+    StoringScope(const StoringScope&) = delete;
+    StoringScope& operator=(const StoringScope&) = delete;
+
+private:
+    bool& isStoring_;
+};
 
 }  // namespace
 
@@ -48,31 +61,38 @@ bool OfflineLocation::IsApart(LdapConnection& connection) {
     if (!editsAreStored_) {
         editsAreStored_ = true;
         if (storeEdits_ && folder_.HasEdits()) {
-            isStoring_ = true;
+            const StoringScope storing(isStoring_);
             storeEdits_(folder_);
-            isStoring_ = false;
         }
     }
     return false;
 }
 
-void OfflineLocation::KeepFile(const std::string& dn, const void* bytes, std::size_t length) {
+void OfflineLocation::KeepFile(const std::string& dn, const void* bytes,
+                               std::size_t length) noexcept try {
     const auto* const first = static_cast<const std::uint8_t*>(bytes);
     OfflineRecord record = {.kind = OfflineKind::kFile, .dn = dn};
     record.bytes.assign(first, first + length);
     const auto kept = folder_.Read(OfflineKind::kFile, dn);
     if (!kept || kept->bytes != record.bytes) folder_.Write(std::move(record));
+} catch (const std::exception&) {
+    return;
 }
 
-void OfflineLocation::KeepFolder(const std::string& dn, std::vector<OfflineChild> children) {
+void OfflineLocation::KeepFolder(const std::string& dn, std::vector<OfflineChild> children) noexcept
+    try {
     const auto kept = folder_.Read(OfflineKind::kFolder, dn);
     if (kept && kept->children == children) return;
     folder_.Write({.kind = OfflineKind::kFolder, .dn = dn, .children = std::move(children)});
+} catch (const std::exception&) {
+    return;
 }
 
-void OfflineLocation::Forget(const std::string& dn) {
+void OfflineLocation::Forget(const std::string& dn) noexcept try {
     folder_.Remove(OfflineKind::kFile, dn);
     folder_.Remove(OfflineKind::kFolder, dn);
+} catch (const std::exception&) {
+    return;
 }
 
 std::optional<OfflineBytes> OfflineLocation::FileOf(const std::string& dn) const {

@@ -35,10 +35,11 @@ public:
     // waiting edits stored by the first call that reaches it.
     bool IsApart(LdapConnection& connection);
 
-    // Keep what was seen, and forget it. A failure leaves nothing wrong behind.
-    void KeepFile(const std::string& dn, const void* bytes, std::size_t length);
-    void KeepFolder(const std::string& dn, std::vector<OfflineChild> children);
-    void Forget(const std::string& dn);
+    // Keep what was seen, and forget it. What cannot be kept, also for want of memory, is no
+    // failure of what was seen or stored.
+    void KeepFile(const std::string& dn, const void* bytes, std::size_t length) noexcept;
+    void KeepFolder(const std::string& dn, std::vector<OfflineChild> children) noexcept;
+    void Forget(const std::string& dn) noexcept;
 
     // Return what is known: edits before what was fetched.
     std::optional<OfflineBytes> FileOf(const std::string& dn) const;

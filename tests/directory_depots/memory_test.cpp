@@ -2,6 +2,7 @@
 #include "directory_depots/depot_fixture.h"
 #include "model/directory_trees.h"
 #include "support/failing_memory.h"
+#include "support/offline_files.h"
 #include "support/results.h"
 
 namespace depot {
@@ -67,6 +68,29 @@ TEST_F(DirectoryMemoryTest, EditIsNeverLostByAReleaseThatRunsOutOfMemory) {
     }
     EXPECT_FALSE(ranOut);
     EXPECT_TRUE(threw_);
+}
+
+TEST_F(DirectoryMemoryTest, EditThatIsStoredButCannotBeKeptForLaterLeavesNoCopy) {
+    const test::CleanOfflineFiles clean;
+    key_.Dword("Work", "Offline1", 1);
+    Define(server_.Port(), base_);
+    server_.AddFile("a.kra", base_, kOld);
+    bool ranOut = true;
+    int failing = 1;
+    for (; ranOut && failing < kManyAllocations; ++failing) {
+        ranOut = ReleaseWithout(failing);
+        if (Stored("a.kra") != kNew) {
+            RemoveFiles();
+            continue;
+        }
+        EXPECT_THAT(test::WorkingCopies(), IsEmpty()) << failing;
+        EXPECT_THAT(test::RecoveredFiles(), IsEmpty()) << failing;
+        RemoveFiles();
+        Connected();
+        EXPECT_THAT(Connected().ReplaceFileContents(Dn("a.kra"), kOld, sizeof(kOld) - 1), IsDone());
+    }
+    EXPECT_FALSE(ranOut);
+    EXPECT_LT(5, failing);
 }
 
 TEST_F(DirectoryMemoryTest, EditOfAnEntryThatIsGoneIsNeverLostEither) {
