@@ -27,8 +27,8 @@ test: ## Set up what is missing, build, and run all tests
 	@tools/build release
 	@tools/build native
 	@tools/lint quick
-	@ctest --preset native --output-on-failure -j2
-	@ctest --preset release --output-on-failure -j2
+	@tools/run-tests native
+	@tools/run-tests release
 
 bench: ## Measure the component against the raw system calls
 	@tools/setup
