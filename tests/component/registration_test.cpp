@@ -3,7 +3,9 @@
 
 #include "component/component.h"
 #include "platform/registry_key.h"
+#include "platform/wide_text.h"
 #include "support/failing_memory.h"
+#include "support/program_start.h"
 #include "support/results.h"
 
 namespace depot::test {
@@ -329,19 +331,8 @@ TEST_F(RegistrationLocaleTest, EveryStepReportsThatMemoryIsExhausted) {
 class Regsvr32Test : public testing::Test {
 protected:
     static DWORD Run(const std::string& options) {
-        std::string command =
-            "regsvr32.exe /s " + options + " \"" + ProgramFolder() + "DepotIntr.dll\"";
-        STARTUPINFOA startup = {};
-        startup.cb = sizeof(startup);
-        PROCESS_INFORMATION process = {};
-        EXPECT_TRUE(CreateProcessA(nullptr, command.data(), nullptr, nullptr, FALSE, 0, nullptr,
-                                   nullptr, &startup, &process));
-        DWORD exitCode = 99;
-        EXPECT_EQ(WAIT_OBJECT_0, WaitForSingleObject(process.hProcess, 60000));
-        GetExitCodeProcess(process.hProcess, &exitCode);
-        CloseHandle(process.hProcess);
-        CloseHandle(process.hThread);
-        return exitCode;
+        return RunProgram({.command = WideFromAnsi("regsvr32.exe /s " + options + " \"" +
+                                                   ProgramFolder() + "DepotIntr.dll\"")});
     }
 
     Apartment apartment_;

@@ -2,6 +2,7 @@
 
 #include "depotctl/tool.h"
 #include "platform/wide_text.h"
+#include "support/program_start.h"
 
 namespace depot::test {
 namespace {
@@ -47,19 +48,14 @@ TestConsole::~TestConsole() {
 }
 
 void TestConsole::Start(const std::vector<std::string>& arguments, HANDLE output) {
-    std::wstring command = L"\"" + WideFromUtf8(ToolPath()) + L"\" ";
-    command += QuotedCommandLine(arguments);
-    STARTUPINFOW startup = {};
-    startup.cb = sizeof(startup);
-    startup.dwFlags = STARTF_USESTDHANDLES;
-    startup.hStdInput = input_.get();
-    startup.hStdOutput = output == nullptr ? screen_.get() : output;
-    startup.hStdError = screen_.get();
-    PROCESS_INFORMATION created = {};
-    EXPECT_TRUE(CreateProcessW(nullptr, command.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr,
-                               &startup, &created));
-    const UniqueHandle thread(created.hThread);
-    process_.reset(created.hProcess);
+    ProgramStart start = {
+        .command = L"\"" + WideFromUtf8(ToolPath()) + L"\" " + QuotedCommandLine(arguments),
+        .inheritsHandles = true};
+    start.startup.dwFlags = STARTF_USESTDHANDLES;
+    start.startup.hStdInput = input_.get();
+    start.startup.hStdOutput = output == nullptr ? screen_.get() : output;
+    start.startup.hStdError = screen_.get();
+    process_ = StartProgram(start).process;
 }
 
 ctl::ExitCode TestConsole::Finish() const {

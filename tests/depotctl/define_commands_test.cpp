@@ -4,6 +4,8 @@
 #include "depotctl/tool.h"
 #include "platform/handles.h"
 #include "platform/registry_key.h"
+#include "platform/wide_text.h"
+#include "support/program_start.h"
 
 namespace depot::test {
 namespace {
@@ -49,14 +51,7 @@ protected:
     // As an administrator imports a file, with regedit.
     void Import(const std::string& bytes) const {
         const std::string file = folder_.MakeFile("import.reg", bytes);
-        std::string command = "regedit.exe /S \"" + file + "\"";
-        STARTUPINFOA startup = {};
-        startup.cb = sizeof(startup);
-        PROCESS_INFORMATION created = {};
-        ASSERT_TRUE(CreateProcessA(nullptr, command.data(), nullptr, nullptr, FALSE, 0, nullptr,
-                                   nullptr, &startup, &created));
-        const UniqueHandle thread(created.hThread), process(created.hProcess);
-        EXPECT_EQ(WAIT_OBJECT_0, WaitForSingleObject(created.hProcess, 60000));
+        RunProgram({.command = WideFromAnsi("regedit.exe /S \"" + file + "\"")});
     }
 
     static const std::vector<std::string> kCompany;

@@ -5,6 +5,7 @@
 #include "platform/handles.h"
 #include "platform/paths.h"
 #include "platform/wide_text.h"
+#include "support/program_start.h"
 
 namespace depot::test {
 namespace {
@@ -64,33 +65,15 @@ public:
 
     // With another output than the pipe, unless it is the null pointer.
     RunningTool(std::wstring command, const HANDLE* otherOutput) {
-        STARTUPINFOW startup = {};
-        startup.cb = sizeof(startup);
-        startup.dwFlags = STARTF_USESTDHANDLES;
-        startup.hStdInput = input.read.get();
-        startup.hStdOutput = otherOutput ? *otherOutput : output.write.get();
-        startup.hStdError = errors.write.get();
-        const PROCESS_INFORMATION created = Start(std::move(command), startup);
-        const UniqueHandle thread(created.hThread);
-        process_.reset(created.hProcess);
+        ProgramStart start = {.command = std::move(command), .inheritsHandles = true};
+        start.startup.dwFlags = STARTF_USESTDHANDLES;
+        start.startup.hStdInput = input.read.get();
+        start.startup.hStdOutput = otherOutput ? *otherOutput : output.write.get();
+        start.startup.hStdError = errors.write.get();
+        process_ = StartProgram(start).process;
         input.read.reset();
         output.write.reset();
         errors.write.reset();
-    }
-
-    // Of some thousand processes the emulator does not come to start one, for reasons of its own.
-    static PROCESS_INFORMATION Start(std::wstring command, STARTUPINFOW& startup) {
-        PROCESS_INFORMATION created = {};
-        for (int attempt = 0; attempt < 5; ++attempt) {
-            if (CreateProcessW(nullptr, command.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr,
-                               &startup, &created)) {
-                return created;
-            }
-            if (GetLastError() != ERROR_INTERNAL_ERROR) break;
-            Sleep(200);
-        }
-        ADD_FAILURE() << "error " << GetLastError();
-        return created;
     }
 
     ctl::ExitCode ExitCode() const {
@@ -158,9 +141,6 @@ ToolRun RunToolWith(const std::vector<std::wstring>& arguments) {
 }
 
 ToolRun RunTool(const std::vector<std::string>& arguments, const std::string& input) {
-    // Of others the emulator does not come to load the system's libraries: nothing of the program
-    // has run then.
-    constexpr auto kNotLoaded = static_cast<ctl::ExitCode>(STATUS_DLL_INIT_FAILED);
     for (int attempt = 1;; ++attempt) {
         RunningTool tool(QuotedCommandLine(arguments));
         DWORD written = 0;
@@ -168,7 +148,8 @@ ToolRun RunTool(const std::vector<std::string>& arguments, const std::string& in
                   nullptr);
         tool.input.write.reset();
         ToolRun run = Finish(tool, SIZE_MAX);
-        if (run.exitCode != kNotLoaded || attempt == 3) return run;
+        if (run.exitCode != ctl::ExitCode{static_cast<int>(kNotLoaded)} || attempt == kStarts)
+            return run;
     }
 }
 

@@ -7,9 +7,11 @@
 
 #include "platform/handles.h"
 #include "platform/module_state.h"
+#include "platform/wide_text.h"
 #include "resource_ids.h"
 #include "support/languages.h"
 #include "support/locale_world.h"
+#include "support/program_start.h"
 #include "texts/resource_library.h"
 
 namespace depot {
@@ -18,7 +20,6 @@ namespace {
 using namespace test;
 using testing::ElementsAre;
 
-constexpr DWORD kTimeLimitMilliseconds = 60000;
 // One for each time that the component is loaded.
 constexpr char kBox[] = "box Unable to load resource";
 
@@ -56,26 +57,6 @@ std::string Loaded(const std::string& language) {
     return "loaded depotintr." + language + ".nls";
 }
 
-// Runs a command line to its end; returns its exit code, or -1 when it took too long.
-int RunProgram(std::string commandLine) {
-    STARTUPINFOA startup = {};
-    startup.cb = sizeof(startup);
-    PROCESS_INFORMATION process = {};
-    if (!CreateProcessA(nullptr, commandLine.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr,
-                        &startup, &process)) {
-        return -1;
-    }
-    const UniqueHandle running(process.hProcess);
-    const UniqueHandle thread(process.hThread);
-    if (WaitForSingleObject(running.get(), kTimeLimitMilliseconds) != WAIT_OBJECT_0) {
-        TerminateProcess(running.get(), 1);
-        return -1;
-    }
-    DWORD code = 0;
-    GetExitCodeProcess(running.get(), &code);
-    return static_cast<int>(code);
-}
-
 class ComponentLanguageTest : public testing::Test {
 protected:
     void SetUp() override {
@@ -85,8 +66,9 @@ protected:
     // Loads the component from `folder` in a process of its own, and returns what load_probe
     // reports.
     std::vector<std::string> Probe(const std::string& folder) const {
-        EXPECT_EQ(0, RunProgram("\"" + OwnModuleFolder() + "load_probe.exe\" \"" + folder +
-                                "DepotIntr.dll\" \"" + scratch_.At("report") + "\""));
+        EXPECT_EQ(0u, RunProgram({.command = WideFromAnsi(
+                                      "\"" + OwnModuleFolder() + "load_probe.exe\" \"" + folder +
+                                      "DepotIntr.dll\" \"" + scratch_.At("report") + "\"")}));
         std::istringstream report(FileBytes(scratch_.At("report")));
         std::vector<std::string> lines;
         for (std::string line; std::getline(report, line);) lines.push_back(line);

@@ -5,6 +5,8 @@
 #include "platform/handles.h"
 #include "platform/module_state.h"
 #include "platform/paths.h"
+#include "platform/wide_text.h"
+#include "support/program_start.h"
 #include "support/scratch.h"
 
 namespace depot {
@@ -35,22 +37,14 @@ std::string SystemFolder() {
 DWORD RunChild(const std::string& program, const std::string& currentFolder,
                const std::string& expected) {
     SetEnvironmentVariableA(kExpectedFolder, expected.c_str());
-    std::string line = "\"" + program + "\" --gtest_filter=*.LibraryIsBoundOncePerProcess";
-    STARTUPINFOA start = {};
-    start.cb = sizeof(start);
-    start.dwFlags = STARTF_USESTDHANDLES;  // the child says nothing
-    PROCESS_INFORMATION process = {};
-    const BOOL started = CreateProcessA(program.c_str(), line.data(), nullptr, nullptr, FALSE, 0,
-                                        nullptr, currentFolder.c_str(), &start, &process);
+    const std::wstring folder = WideFromAnsi(currentFolder);
+    test::ProgramStart start = {
+        .command =
+            WideFromAnsi("\"" + program + "\" --gtest_filter=*.LibraryIsBoundOncePerProcess")};
+    start.startup.dwFlags = STARTF_USESTDHANDLES;  // the child says nothing
+    start.folder = folder.c_str();
+    const DWORD code = test::RunProgram(start, kChildTimeLimit);
     SetEnvironmentVariableA(kExpectedFolder, nullptr);
-    if (!started) return GetLastError();
-    const UniqueHandle child(process.hProcess);
-    const UniqueHandle thread(process.hThread);
-    DWORD code = STILL_ACTIVE;
-    if (WaitForSingleObject(child.get(), kChildTimeLimit) != WAIT_OBJECT_0) {
-        TerminateProcess(child.get(), 99);
-    }
-    GetExitCodeProcess(child.get(), &code);
     return code;
 }
 

@@ -10,6 +10,8 @@
 #include "platform/compiler.h"
 #include "platform/handles.h"
 #include "platform/module_state.h"
+#include "platform/wide_text.h"
+#include "support/program_start.h"
 #include "support/scratch.h"
 
 namespace depot::test {
@@ -62,29 +64,17 @@ protected:
             output, "cscript.exe //nologo \"" + OwnModuleFolder() + "clients\\" + script + "\"");
     }
 
-    DWORD RunCommandInto(const std::string& output, std::string command) {
+    DWORD RunCommandInto(const std::string& output, const std::string& command) {
         SECURITY_ATTRIBUTES inherited = {sizeof(inherited), nullptr, TRUE};
         const HANDLE opened = CreateFileA(output.c_str(), GENERIC_WRITE, FILE_SHARE_READ,
                                           &inherited, CREATE_ALWAYS, 0, nullptr);
         EXPECT_NE(INVALID_HANDLE_VALUE, opened);
         const UniqueHandle file(opened);
-        STARTUPINFOA startup = {};
-        startup.cb = sizeof(startup);
-        startup.dwFlags = STARTF_USESTDHANDLES;
-        startup.hStdOutput = opened;
-        startup.hStdError = opened;
-        PROCESS_INFORMATION started = {};
-        EXPECT_TRUE(CreateProcessA(nullptr, command.data(), nullptr, nullptr, TRUE, 0, nullptr,
-                                   nullptr, &startup, &started));
-        const UniqueHandle process(started.hProcess);
-        const UniqueHandle thread(started.hThread);
-        if (WaitForSingleObject(started.hProcess, kLongestRunMilliseconds) != WAIT_OBJECT_0) {
-            ADD_FAILURE() << command << " does not end";
-            TerminateProcess(started.hProcess, 1);
-        }
-        DWORD exitCode = 99;
-        GetExitCodeProcess(started.hProcess, &exitCode);
-        return exitCode;
+        ProgramStart start = {.command = WideFromAnsi(command), .inheritsHandles = true};
+        start.startup.dwFlags = STARTF_USESTDHANDLES;
+        start.startup.hStdOutput = opened;
+        start.startup.hStdError = opened;
+        return RunProgram(start, kLongestRunMilliseconds);
     }
 
     using Lines = std::vector<std::string>;

@@ -2,7 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <map>
+
+#include "platform/wide_text.h"
+#include "support/program_start.h"
 
 namespace depot::test {
 namespace {
@@ -21,25 +25,30 @@ RoleRegistration::RoleRegistration(const char* name, Role role) {
 }
 
 bool RunRequestedRole(int argc, char** argv, int* exitCode) {
-    if (argc < 3 || std::string(argv[1]) != kRoleSwitch) return false;
+    if (argc < 4 || std::string(argv[1]) != kRoleSwitch) return false;
+    Signal(argv[3]).Set();
     const auto role = Roles().find(argv[2]);
-    *exitCode = role == Roles().end() ? -1 : role->second(Arguments(argv + 3, argv + argc));
+    *exitCode = role == Roles().end() ? -1 : role->second(Arguments(argv + 4, argv + argc));
     return true;
 }
 
 ChildProcess::ChildProcess(const std::string& role, const Arguments& arguments) {
     char program[MAX_PATH] = {};
     GetModuleFileNameA(nullptr, program, sizeof(program));
-    std::string command = "\"" + std::string(program) + "\" " + kRoleSwitch + " " + role;
+    static std::atomic<int> number = 0;
+    const std::string loadedName = "depotintr-test-child-" + std::to_string(GetCurrentProcessId()) +
+                                   "-" + std::to_string(++number);
+    std::string command =
+        "\"" + std::string(program) + "\" " + kRoleSwitch + " " + role + " " + loadedName;
     for (const std::string& argument : arguments) command += " \"" + argument + "\"";
-    STARTUPINFOA startup = {};
-    startup.cb = sizeof(startup);
-    PROCESS_INFORMATION created = {};
-    EXPECT_TRUE(CreateProcessA(program, command.data(), nullptr, nullptr, FALSE, 0, nullptr,
-                               nullptr, &startup, &created));
-    const UniqueHandle thread(created.hThread);
-    process_.reset(created.hProcess);
-    id_ = created.dwProcessId;
+    const Signal loaded(loadedName);
+    for (int attempt = 0; attempt < kStarts; ++attempt) {
+        StartedProgram started = StartProgram({.command = WideFromAnsi(command)});
+        process_ = std::move(started.process);
+        id_ = started.id;
+        if (loaded.WaitUnlessEnded(process_.get())) return;
+        if (ExitCode(0) != static_cast<int>(kNotLoaded)) return;
+    }
 }
 
 ChildProcess::~ChildProcess() {

@@ -56,6 +56,11 @@ public:
     bool Wait(DWORD milliseconds = ChildProcess::kPatience) const {
         return WaitForSingleObject(event_.get(), milliseconds) == WAIT_OBJECT_0;
     }
+    // Returns false where the process ended without setting it.
+    bool WaitUnlessEnded(HANDLE process) const {
+        const HANDLE either[] = {event_.get(), process};
+        return WaitForMultipleObjects(2, either, FALSE, ChildProcess::kPatience) == WAIT_OBJECT_0;
+    }
 
 private:
     UniqueHandle event_;
