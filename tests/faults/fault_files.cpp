@@ -10,10 +10,11 @@ namespace {
 // A disk that becomes full takes the first bytes.
 BOOL WINAPI WriteToFile(HANDLE file, LPCVOID bytes, DWORD length, LPDWORD written,
                         LPOVERLAPPED overlapped) {
-    if (!IsWatched() || !FailsNow(FaultKind::kFile)) {
+    if (!IsWatched() || !FailsMidway(FaultKind::kFile)) {
         return real<&WriteFile>(file, bytes, length, written, overlapped);
     }
     real<&WriteFile>(file, bytes, length / 2, written, overlapped);
+    EndIfLast();
     SetLastError(ERROR_DISK_FULL);
     return FALSE;
 }

@@ -20,6 +20,7 @@ namespace {
 std::atomic<DWORD> watchedThread = 0;
 FaultKind failingKind = FaultKind::kMemory;
 bool armed = false;
+bool endsProcess = false;
 int failingCall = 0;
 int failingCalls = 0;
 int callsMade = 0;
@@ -99,10 +100,20 @@ bool IsWatched() {
     return GetCurrentThreadId() == watchedThread.load();
 }
 
-bool FailsNow(FaultKind kind) {
+bool FailsMidway(FaultKind kind) {
     if (!armed || kind != failingKind) return false;
     ++callsMade;
     return failingCall != 0 && callsMade >= failingCall && callsMade - failingCall < failingCalls;
+}
+
+bool FailsNow(FaultKind kind) {
+    const bool fails = FailsMidway(kind);
+    if (fails) EndIfLast();
+    return fails;
+}
+
+void EndIfLast() {
+    if (endsProcess) TerminateProcess(GetCurrentProcess(), FaultLayer::kEnded);
 }
 
 void Note(Holding holding, std::ptrdiff_t change) {
@@ -153,6 +164,11 @@ void FaultLayer::Fail(FaultKind kind, int number, int count) {
     failingCalls = count;
     callsMade = 0;
     armed = true;
+}
+
+void FaultLayer::EndProcess(FaultKind kind, int number) {
+    endsProcess = true;
+    Fail(kind, number, 1);
 }
 
 int FaultLayer::Stop() {

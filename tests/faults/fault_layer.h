@@ -64,6 +64,10 @@ public:
     // Lets `count` calls of that kind fail, from the `number`-th from now on: 1 is the next one,
     // and 0 lets none fail.
     static void Fail(FaultKind kind, int number, int count);
+    // Ends the process, as a kill or a power cut would, at the `number`-th call of that kind from
+    // now on: before it, or with half of its bytes written where it writes a file.
+    static void EndProcess(FaultKind kind, int number);
+    static constexpr UINT kEnded = 98;  // the exit code of such a process
     // Lets every call succeed from now on. Returns how many calls of the kind were made meanwhile.
     static int Stop();
 

@@ -12,6 +12,12 @@ bool IsWatched();
 // Counts a call of the watched thread. Returns whether it is one that fails.
 bool FailsNow(FaultKind kind);
 
+// Ends the process where the call that is to fail is to be its last; for calls that do a part of
+// their work before.
+void EndIfLast();
+// As FailsNow, which ends the process at once where the call is to be its last.
+bool FailsMidway(FaultKind kind);
+
 void Note(Holding holding, std::ptrdiff_t change);
 
 // While it lives, calls of the layer's own neither fail nor count.

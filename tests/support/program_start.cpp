@@ -6,6 +6,7 @@ namespace depot::test {
 
 StartedProgram StartProgram(const ProgramStart& start) {
     STARTUPINFOW startup = start.startup;
+    startup.cb = sizeof(startup);
     PROCESS_INFORMATION created = {};
     for (int attempt = 1;; ++attempt) {
         std::wstring command = start.command;

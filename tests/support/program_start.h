@@ -11,8 +11,8 @@ namespace depot::test {
 
 // What CreateProcess is asked for.
 struct ProgramStart {
-    std::wstring command;
-    STARTUPINFOW startup = {sizeof(STARTUPINFOW)};
+    std::wstring command = {};
+    STARTUPINFOW startup = {};  // StartProgram fills in the size
     bool inheritsHandles = false;
     const wchar_t* folder = nullptr;  // null: the folder that is current
 };
