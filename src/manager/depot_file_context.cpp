@@ -57,7 +57,7 @@ void DepotFileContext::Attach(CDepot* holder, const std::string& displayPath) {
     if (depot == nullptr) return;
     std::string path = DisplayToStorage(*depot, depotPath);
     if (CLDAPItems* const directory = Directory()) {
-        localPath = FetchToLocal(*directory, path, &origin_, depot->Offline());
+        localPath = FetchToLocal(*directory, path, &origin_, depot->Memory());
         isWorkingCopy_ = !localPath.empty();
     } else if (path.size() <= kLongestSystemPath) {
         localPath = std::move(path);

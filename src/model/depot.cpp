@@ -107,7 +107,9 @@ CLDAPItems* CDepot::DirectoryConnection() {
         std::unique_ptr<CLDAPItems> known = paths->TakeDirectory();
         if (!known) known = std::make_unique<CLDAPItems>(location);
         known->Connection().SetServersBeside(paths->ServersBeside(*location));
-        directory_ = std::make_unique<Directory>(std::move(known));
+        const bool hasReplicas =
+            paths->Count() > 1 || location->host.find(' ') != std::string::npos;
+        directory_ = std::make_unique<Directory>(std::move(known), hasReplicas);
     }
     return directory_ ? directory_->items.get() : nullptr;
 }
@@ -123,10 +125,11 @@ Store& CDepot::ActiveStore() {
     return directory_->store;
 }
 
-CDepot::Directory::Directory(std::unique_ptr<CLDAPItems> owned)
+CDepot::Directory::Directory(std::unique_ptr<CLDAPItems> owned, bool hasReplicas)
     : items(std::move(owned)), store(*items) {
     // The path is a part of what names the location.
     ExpandedPath(items->Location());
+    if (DetectsConflicts(items->Location())) stored = std::make_shared<StoredEdits>(hasReplicas);
     offline = OfflineLocation::Of(items->Location());
     if (!offline) return;
     offlineStore.emplace(store, *offline, items->Connection());
@@ -139,8 +142,9 @@ CDepot::Directory::~Directory() {
     if (offline) offline->SetStoreEdits({});
 }
 
-std::shared_ptr<OfflineLocation> CDepot::Offline() {
-    return DirectoryConnection() != nullptr ? directory_->offline : nullptr;
+CopyMemory CDepot::Memory() {
+    if (DirectoryConnection() == nullptr) return {};
+    return {directory_->offline, directory_->stored};
 }
 
 void CDepot::ReadOwnValues(const RegistryKey& key) {

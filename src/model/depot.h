@@ -9,6 +9,7 @@
 
 #include "directory/ldap_items.h"
 #include "model/depot_paths.h"
+#include "model/working_copy.h"
 #include "platform/registry_key.h"
 #include "platform/win32.h"
 #include "store/directory_store.h"
@@ -65,9 +66,9 @@ public:
     // file system. It stays as long as the location is the active one.
     Store& ActiveStore();
 
-    // Where what is used of the active location is kept; null where it is not. Belongs to the
-    // location, and to the working copies that are made of it.
-    std::shared_ptr<OfflineLocation> Offline();
+    // What is kept and noted of the active location. Belongs to the location, and to the working
+    // copies that are made of it.
+    CopyMemory Memory();
 
     // See LdapConnection::Leave.
     bool LeaveConnections();
@@ -88,7 +89,7 @@ public:
 private:
     // A directory, which borrows a record of `paths`, as clients use it and as a store.
     struct Directory {
-        explicit Directory(std::unique_ptr<CLDAPItems> owned);
+        Directory(std::unique_ptr<CLDAPItems> owned, bool hasReplicas);
         // Working copies may hold on to what is kept, which must not lead here any more.
         ~Directory();
         Directory(const Directory&) = delete;
@@ -97,6 +98,7 @@ private:
         DirectoryStore store;
         std::shared_ptr<OfflineLocation> offline;  // null where the location does not want it
         std::optional<OfflineStore> offlineStore;
+        std::shared_ptr<StoredEdits> stored;  // null where the location detects no conflicts
     };
 
     void ReadOwnValues(const RegistryKey& key);

@@ -5,10 +5,12 @@
 
 #include "directory/connection_scope.h"
 #include "model/recovered_files.h"
+#include "model/recovered_origins.h"
 #include "model/working_copy_journal.h"
 #include "platform/file_in_use.h"
 #include "platform/local_file.h"
 #include "platform/temp_file.h"
+#include "platform/text.h"
 #include "platform/trace.h"
 #include "platform/user_notice.h"
 #include "platform/win32.h"
@@ -40,21 +42,44 @@ WorkingCopyOrigin FillCopy(const CLDAPItems& directory, const WorkingCopySource&
     if (isWhole || code != LDAP_SUCCESS) NoteWorkingCopy(localPath, source, bytes.data(), length);
     const CDepotPath& location = directory.Location();
     if (!isWhole) return origin;
-    if (DetectsConflicts(location)) origin.digest = DigestOf(bytes.data(), bytes.size());
-    if (MergesConflicts(location)) origin.bytes.emplace(bytes.begin(), bytes.end());
+    if (!DetectsConflicts(location)) return origin;
+    origin.digest = DigestOf(bytes.data(), bytes.size());
+    origin.bytes.emplace(bytes.begin(), bytes.end());
     return origin;
 }
 
-// Fetches one entry into a local file.
+// Keeps the version that was stored in the entry before and lost an edit there. Returns what its
+// user has to read; empty where nothing was lost.
+std::string KeepLostEdit(CLDAPItems& directory, const WorkingCopySource& source,
+                         std::span<const std::uint8_t> present, StoredEdits& stored) {
+    const auto lost = stored.TakeLost(source.dn, present);
+    if (!lost) return {};
+    const TraceSpan span("KeepLostEdit", source.dn);
+    const std::string kept = KeepRecovered(source.name, lost->data(), lost->size());
+    span.EndWithText(kept);
+    NoteRecovered(kept, {.location = &directory.Location(),
+                         .dn = source.dn,
+                         .code = kContentsChanged,
+                         .reason = "the entry lost changes after they were stored"});
+    return Concatenate({"\"", source.name,
+                        "\" was changed by someone else after you had stored it, and lacks changes "
+                        "of yours",
+                        kept.empty() ? "." : "; your version is kept here:\n", kept});
+}
+
+// Fetches one entry into a local file. `lost` receives what its user has to read of an edit that
+// is not in the entry any more.
 WorkingCopyOrigin FetchFile(CLDAPItems& directory, const WorkingCopySource& source,
-                            const std::string& localPath, OfflineLocation* offline) {
+                            const std::string& localPath, const CopyMemory& memory,
+                            std::string& lost) {
     FileBuffer contents;
     const Result read = directory.Entries().ReadSeen(source.dn, contents);
     directory.AsFlag(read, nullptr);
     const std::span<const std::uint8_t> bytes(contents.bytes.get(), contents.length);
     WorkingCopyOrigin origin = FillCopy(directory, source, localPath, bytes, CodeOf(read));
-    if (read && offline != nullptr) {
-        offline->KeepFile(source.dn, bytes.data(), bytes.size());
+    if (read && memory.stored) lost = KeepLostEdit(directory, source, bytes, *memory.stored);
+    if (read && memory.offline) {
+        memory.offline->KeepFile(source.dn, bytes.data(), bytes.size());
         origin.bytes.emplace(bytes.begin(), bytes.end());
     }
     return origin;
@@ -103,25 +128,28 @@ bool MergesConflicts(const CDepotPath& location) {
 }
 
 std::string FetchToLocal(CLDAPItems& directory, const std::string& dn, WorkingCopyOrigin* origin,
-                         std::shared_ptr<OfflineLocation> offline) {
+                         CopyMemory memory) {
     NewWorkingCopy copy(MakeTempFileName());
     // Before anything waits for the server: users end programs that hang there.
     const WorkingCopySource source = SourceOf(directory, dn);
     NoteWorkingCopy(copy.Path(), source, nullptr, 0);
     WorkingCopyOrigin fetched;
+    std::string lost;
+    OfflineLocation* const offline = memory.offline.get();
     const bool isApart = offline && offline->IsApart(directory.Connection());
     bool isMade = isApart && TakeKept(directory, source, copy.Path(), *offline, fetched);
     if (!isMade) {
         const ConnectionScope connection(directory, nullptr);
         isMade = connection.Outcome().IsDone();
         fetched.code = CodeOf(connection.Outcome());
-        if (isMade) fetched = FetchFile(directory, source, copy.Path(), offline.get());
+        if (isMade) fetched = FetchFile(directory, source, copy.Path(), memory, lost);
     }
     // Nothing else says so before the user fills in what looks empty.
     if (fetched.code == LDAP_NO_SUCH_ATTRIBUTE) {
         ShowNotice(UnseenContentsText(source.name), kMessageTitle, nullptr);
     }
-    fetched.offline = std::move(offline);
+    if (!lost.empty()) ShowNotice(lost, kMessageTitle, nullptr);
+    fetched.memory = std::move(memory);
     if (origin != nullptr) *origin = std::move(fetched);
     return isMade ? copy.Release() : std::string();
 }

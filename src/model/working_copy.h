@@ -13,10 +13,17 @@
 
 #include "config/profile_edit.h"
 #include "directory/ldap_items.h"
+#include "model/stored_edits.h"
 #include "offline/offline_location.h"
 #include "platform/digest.h"
 
 namespace depot {
+
+// What a depot knows of its files beside their server; null where the location does not want it.
+struct CopyMemory {
+    std::shared_ptr<OfflineLocation> offline;
+    std::shared_ptr<StoredEdits> stored;
+};
 
 // What a working copy was made from, and what became of it since.
 struct WorkingCopyOrigin {
@@ -24,13 +31,14 @@ struct WorkingCopyOrigin {
     // LDAP_LOCAL_ERROR for a file that could not be written.
     std::uint32_t code = LDAP_SUCCESS;
     // The entry's bytes, as their digest and whole; only where the location wants conflicts
-    // detected, or merged, or is kept for the time when its server is away.
+    // detected, or is kept for the time when its server is away.
     std::optional<Digest> digest;
     std::optional<std::vector<std::uint8_t>> bytes;
     // What its user wrote and it does not hold.
     RefusedEdits refused;
-    // Where edits wait while the server is away; null where they do not.
-    std::shared_ptr<OfflineLocation> offline;
+    // Where edits wait while the server is away, and where those that are stored are noted; null
+    // where they are not.
+    CopyMemory memory;
     bool isKept = false;  // the bytes are those that were kept, and the entry may hold others
 };
 
@@ -38,11 +46,11 @@ struct WorkingCopyOrigin {
 // temporary folder is. Returns its path, also when it could not be written, or an empty text when
 // no connection could be made. `origin` receives what ReleaseLocal needs to know of the fetch.
 //
-// Of a location that is kept in `offline` the bytes that were kept serve while the server is away,
-// without a word; `offline` may be null.
+// Of a location that is kept in `memory.offline` the bytes that were kept serve while the server is
+// away, without a word. Where the entry lacks what `memory.stored` noted of an edit, the version
+// that was stored is kept among the recovered files, and a message box names it.
 std::string FetchToLocal(CLDAPItems& directory, const std::string& dn,
-                         WorkingCopyOrigin* origin = nullptr,
-                         std::shared_ptr<OfflineLocation> offline = nullptr);
+                         WorkingCopyOrigin* origin = nullptr, CopyMemory memory = {});
 
 // Ends a working copy: stores its bytes in the entry when `writeBack` is set, and deletes it in
 // every case. Returns 1 when nothing had to be stored or all was. An empty path with `writeBack`

@@ -67,18 +67,21 @@ private:
 
     // Has the edit wait where its server is away and the location wants that.
     Result StoreOrQueue(const WorkingCopyOrigin& origin) {
-        OfflineLocation* const offline = origin.offline.get();
+        OfflineLocation* const offline = origin.memory.offline.get();
         const bool mayWait = offline != nullptr && origin.code == LDAP_SUCCESS && origin.bytes;
         if (mayWait && offline->IsApart(directory_.Connection())) return Queue(origin);
         Result stored = Store(origin);
         if (mayWait && stored.Is(Reason::kUnreachable)) return Queue(origin);
         if (stored && offline != nullptr) offline->KeepFile(dn_, Data(), Length());
+        if (stored && origin.memory.stored && origin.code == LDAP_SUCCESS && origin.bytes) {
+            origin.memory.stored->Note(dn_, *origin.bytes, *bytes_);
+        }
         return stored;
     }
 
     Result Queue(const WorkingCopyOrigin& origin) {
         const TraceSpan span("QueueEdit", dn_);
-        const DWORD queued = origin.offline->Queue(
+        const DWORD queued = origin.memory.offline->Queue(
             dn_, origin.bytes, *bytes_,
             [&](const OfflineRecord& waiting) { return MeetWaiting(origin, waiting); });
         span.EndWithCode(queued);

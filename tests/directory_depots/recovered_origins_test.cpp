@@ -78,6 +78,12 @@ TEST_F(RecoveredOriginsTest, EditThatCannotBeStoredIsNotedWithItsEntryAndWhy) {
 }
 
 TEST_F(RecoveredOriginsTest, FetchedBytesAreNotedWhereTheyAreKnown) {
+    LoseAnEdit();
+    EXPECT_EQ(kOld, TextOf(Record().base));
+    ExpectRecovered(kNew);
+}
+
+TEST_F(RecoveredOriginsTest, FetchedBytesAreNotedWhereEditsAreMerged) {
     Use(server_, base_, 2);
     LoseAnEdit();
     EXPECT_EQ(kOld, TextOf(Record().base));

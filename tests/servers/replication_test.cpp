@@ -165,6 +165,29 @@ TEST_F(ReplicationTest, OfTwoEditsOnTwoServersAtOnceTheLaterStaysOnBoth) {
     EXPECT_THAT(RecoveredFiles(), testing::IsEmpty());
 }
 
+TEST_F(ReplicationTest, EditThatALaterOneOnTheOtherServerReplacedIsRecoveredAtTheNextLoad) {
+    Row("an edit that the other replica's later one replaced is kept at its session's next load");
+    depots_.Dword("Corp", "DetectConflicts1", 1);
+    Session here(*api_);
+    Load(here);
+    Define(second_.Port(), first_.Port());
+    Session there(*api_);
+    Load(there);
+    second_.Stop();
+    Store(here, L"here");
+    first_.Stop();
+    second_.Continue();
+    Store(there, L"there");
+    first_.Continue();
+    ASSERT_TRUE(Arrives(first_, "[S]\r\nK=there\r\n"));
+    Load(here);
+    EXPECT_EQ(L"there", Read(here, L"S", L"K"));
+    ASSERT_EQ(1u, RecoveredFiles().size());
+    EXPECT_EQ("[S]\r\nK=here\r\n", FileBytes(RecoveredFiles().front()));
+    Load(there);
+    EXPECT_EQ(1u, RecoveredFiles().size());
+}
+
 // A version that has arrived before is seen, as on one server.
 TEST_F(ReplicationTest, EditOverAVersionThatHasArrivedIsRecovered) {
     Row("a version that has arrived from the other replica is kept (DetectConflicts)");
