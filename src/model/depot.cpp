@@ -4,8 +4,10 @@
 #include <optional>
 #include <string_view>
 
+#include "config/directory_defaults.h"
 #include "config/languages.h"
 #include "config/registry_values.h"
+#include "model/depots.h"
 #include "model/offline_edits.h"
 #include "platform/text.h"
 #include "store/folder_store.h"
@@ -156,10 +158,17 @@ void CDepot::ReadOwnValues(const RegistryKey& key) {
     icon = settings.icon;
 }
 
+void CDepot::TakeDefaults(const RegistryKey& key, int index, CDepotPath& location) const {
+    const DirectoryDefaults& defaults =
+        owner != nullptr ? owner->DefaultsOfDirectories() : ReadDirectoryDefaults();
+    if (!defaults.AreNone()) ApplyDefaults(defaults, RegistryValues(key), index, location);
+}
+
 void CDepot::ReadLocations(const RegistryKey& key) {
     for (int index = 1;; ++index) {
         auto location = std::make_unique<CDepotPath>(paths.get());
         if (location->LoadFromRegistry(key, index) == 0) return;
+        if (location->IsDirectory()) TakeDefaults(key, index, *location);
         paths->Append(std::move(location));
         if (paths->Count() != static_cast<std::size_t>(index)) wasReadWhole_ = false;
     }

@@ -103,6 +103,7 @@ private:
 
     void ReadOwnValues(const RegistryKey& key);
     void ReadLocations(const RegistryKey& key);
+    void TakeDefaults(const RegistryKey& key, int index, CDepotPath& location) const;
 
     std::unique_ptr<Directory> directory_;
     bool wasReadWhole_ = true;

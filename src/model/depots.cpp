@@ -82,6 +82,7 @@ void CDepots::Load(const std::string& path) {
 void CDepots::ReadDefinitions() {
     SharedReading reading(keyPath);
     leftOut_ = false;
+    directoryDefaults_.reset();
     EnumerateDepotKeys(HKEY_CURRENT_USER, keyPath, 0);
     if (EnumerateDepotKeys(HKEY_LOCAL_MACHINE, keyPath, 0) == 0) {
         EnumerateDepotKeys(HKEY_LOCAL_MACHINE, keyPath, KEY_WOW64_64KEY);
@@ -118,6 +119,11 @@ void CDepots::MakeAllOwn() const {
 const CDepot& CDepots::DefinitionAt(std::size_t index) const {
     const CDepot* const own = array_.At(index);
     return own != nullptr ? *own : *definitions_->depots.At(index);
+}
+
+const DirectoryDefaults& CDepots::DefaultsOfDirectories() {
+    if (!directoryDefaults_) directoryDefaults_ = ReadDirectoryDefaults();
+    return *directoryDefaults_;
 }
 
 int CDepots::EnumerateDepotKeys(HKEY rootKey, const std::string& path, REGSAM extraAccess) {

@@ -4,8 +4,10 @@
 #include <cstddef>
 #include <iterator>
 #include <memory>
+#include <optional>
 #include <string>
 
+#include "config/directory_defaults.h"
 #include "model/depot.h"
 #include "model/owned_list.h"
 #include "platform/macro_cache.h"
@@ -82,6 +84,10 @@ public:
     // depot without making copies of those before it.
     const CDepot& DefinitionAt(std::size_t index) const;
 
+    // What counts for directories whose definitions do not say it. Read from the registry on first
+    // need, once in a reading of the definitions.
+    const DirectoryDefaults& DefaultsOfDirectories();
+
     // Empties the list and reads it anew: the current user's depots, then the machine's, ordered by
     // their order index; when there are none, the built-in depot "My Depot". Sets the default
     // depot.
@@ -149,6 +155,7 @@ private:
     // Null where `definitions_` has, at the same index, a depot that was not used yet.
     mutable PointerArray<CDepot> array_;
     std::shared_ptr<const DepotDefinitions> definitions_;
+    std::optional<DirectoryDefaults> directoryDefaults_;
     bool leftOut_ = false;  // whether memory ran out for anything while the list was read
 };
 

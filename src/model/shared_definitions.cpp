@@ -4,9 +4,11 @@
 #include <new>
 #include <utility>
 
+#include "config/directory_defaults.h"
 #include "model/localization.h"
 #include "platform/impersonation.h"
 #include "platform/lock.h"
+#include "platform/managed_key.h"
 #include "platform/no_destructor.h"
 
 namespace depot {
@@ -109,6 +111,8 @@ bool SharedReading::Watch(const std::string& path) {
     for (const HKEY hive : {HKEY_CURRENT_USER, HKEY_LOCAL_MACHINE}) {
         if (!origin_->watch.Add(hive, path)) return false;
         if (!origin_->watch.Add(hive, language->settingsKey)) return false;
+        if (!origin_->watch.Add(hive, kDefaultsKey)) return false;
+        if (!origin_->watch.Add(hive, kPoliciesKey)) return false;
     }
     return true;
 }

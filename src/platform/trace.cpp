@@ -6,9 +6,10 @@
 
 #include "platform/handles.h"
 #include "platform/object_trust.h"
-#include "platform/registry_key.h"
 #include "platform/text.h"
+#include "platform/trace_file.h"
 #include "platform/trace_permission.h"
+#include "platform/trace_settings.h"
 
 namespace depot {
 
@@ -16,25 +17,16 @@ bool internal::tracing = false;
 
 namespace {
 
-constexpr char kDebugger[] = "debugger";
+constexpr char kVariableUnwritable[] =
+    "DepotIntr: the trace cannot be written to the file of DEPOTINTR_TRACE\n";
+constexpr char kSettingUnwritable[] =
+    "DepotIntr: the trace cannot be written to the file that the registry names\n";
 constexpr std::size_t kSubjectLimit = 200;
 
-// Null while the debugger gets the lines.
-UniqueHandle& TraceFile() {
-    static UniqueHandle file;
+// Not open while the debugger gets the lines.
+TraceFile& File() {
+    static TraceFile file;
     return file;
-}
-
-std::string TraceTarget() {
-    char target[MAX_PATH + 1] = {};
-    const DWORD length = GetEnvironmentVariableA(kTraceVariable, target, sizeof(target));
-    return length < sizeof(target) ? std::string(target, length) : std::string();
-}
-
-// Whether the machine's administrator has the environment followed in elevated processes, too.
-bool IsAllowedForAll() {
-    const auto key = RegistryKey::Open(HKEY_LOCAL_MACHINE, kTraceKey, KEY_QUERY_VALUE);
-    return key && key->ReadDword(kTraceElevated) == 1U;
 }
 
 ProcessRights RightsOfProcess() {
@@ -53,34 +45,9 @@ ProcessRights RightsOfProcess() {
             LevelIn({static_cast<const char*>(level), GetLengthSid(level)})};
 }
 
-bool IsPlain(HANDLE file) {
-    BY_HANDLE_FILE_INFORMATION found = {};
-    return GetFileInformationByHandle(file, &found) &&
-           IsPlainFile({GetFileType(file) == FILE_TYPE_DISK,
-                        (found.dwFileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0,
-                        found.nNumberOfLinks});
-}
-
-// Several processes may append to one file: a write to its end is not torn. A link is opened itself
-// and then refused. Whoever waits at a pipe learns nothing of who opened it.
-UniqueHandle OpenForAppending(const std::string& path) {
-    UniqueHandle file = OwnFile(CreateFileA(path.c_str(), FILE_APPEND_DATA | FILE_READ_ATTRIBUTES,
-                                            FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
-                                            nullptr, OPEN_ALWAYS,
-                                            FILE_ATTRIBUTE_NORMAL | FILE_FLAG_OPEN_REPARSE_POINT |
-                                                SECURITY_SQOS_PRESENT | SECURITY_ANONYMOUS,
-                                            nullptr));
-    if (file && !IsPlain(file.get())) file.reset();
-    return file;
-}
-
 void WriteTraceLine(const std::string& line) {
-    if (!TraceFile()) {
-        OutputDebugStringA(line.c_str());
-        return;
-    }
-    DWORD written = 0;
-    WriteFile(TraceFile().get(), line.data(), static_cast<DWORD>(line.size()), &written, nullptr);
+    if (File().IsOpen()) return File().Write(line);
+    OutputDebugStringA(line.c_str());
 }
 
 std::string Printable(std::string_view text) {
@@ -122,22 +89,22 @@ std::string DurationText(std::uint64_t microseconds) {
 }  // namespace
 
 TraceStart StartTrace() {
-    const std::string target = TraceTarget();
-    if (target.empty()) return TraceStart::kOff;
-    if (!MayFollowTheEnvironment(RightsOfProcess()) && !IsAllowedForAll()) {
+    const TraceSettings settings = ReadTraceSettings();
+    if (settings.target.empty()) return TraceStart::kOff;
+    if (!MayFollowTheEnvironment(RightsOfProcess()) && !IsTraceAllowedForAll()) {
         return TraceStart::kIgnored;
     }
-    const bool toDebugger = EqualsNoCase(target, kDebugger);
-    if (!toDebugger) TraceFile() = OpenForAppending(target);
-    internal::tracing = toDebugger || TraceFile() != nullptr;
+    const bool toDebugger = EqualsNoCase(settings.target, kTraceDebugger);
+    internal::tracing =
+        toDebugger || File().Open(settings.target, {settings.mostBytes, settings.olderFiles});
     if (internal::tracing) return TraceStart::kStarted;
-    OutputDebugStringA("DepotIntr: the trace cannot be written to the file of DEPOTINTR_TRACE\n");
+    OutputDebugStringA(settings.isFromEnvironment ? kVariableUnwritable : kSettingUnwritable);
     return TraceStart::kUnwritable;
 }
 
 void StopTrace() {
     internal::tracing = false;
-    TraceFile().reset();
+    File().Close();
 }
 
 void TraceSpan::Begin(const char* operation, std::string_view subject) {

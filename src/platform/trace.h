@@ -10,23 +10,26 @@
 namespace depot {
 
 // The environment variable that switches the trace on: the path of a file, to which lines are
-// appended, or "debugger" for the debugger's output.
+// appended, or "debugger" for the debugger's output. The registry may name one, too
+// (platform/trace_settings.h).
 inline constexpr char kTraceVariable[] = "DEPOTINTR_TRACE";
+inline constexpr char kTraceDebugger[] = "debugger";
 
-// The variable is ignored in processes that are elevated or of a high integrity level, unless this
-// value of the machine, a number, is 1.
+// Both are ignored in processes that are elevated or of a high integrity level, unless this value
+// of the machine, a number, is 1.
 inline constexpr char kTraceKey[] = "Software\\Quillon\\Farrow\\13.00\\DepotIntr";
 inline constexpr char kTraceElevated[] = "TraceElevated";
 
 enum class TraceStart : std::uint8_t {
-    kOff,  // the variable is not set
+    kOff,  // no target is named
     kStarted,
-    kIgnored,     // the variable is set, in a process that does not follow it
+    kIgnored,     // one is named, in a process that does not follow it
     kUnwritable,  // the file cannot be opened, is a link or no file, or has several names
 };
 
-// Reads the variable. Called once when the module is loaded; nothing is traced unless it returns
-// kStarted. Where the file cannot be written, the debugger's output has a line that says so.
+// Reads the variable and the settings. Called once when the module is loaded; nothing is traced
+// unless it returns kStarted. Where the file cannot be written, the debugger's output has a line
+// that says so.
 TraceStart StartTrace();
 
 // Closes the file.

@@ -22,20 +22,51 @@ std::optional<std::uint32_t> StationFlags() {
     return flags.dwFlags;
 }
 
-// Read without narrow names: a program may have a name that the code page cannot hold.
-std::optional<std::uint32_t> QuietHostNumber() {
+UniqueHkey OpenOfMachine(const wchar_t* path) {
     HKEY opened = nullptr;
-    if (RegOpenKeyExW(HKEY_LOCAL_MACHINE, kQuietHostsKey, 0, KEY_QUERY_VALUE | KEY_WOW64_64KEY,
-                      &opened) != ERROR_SUCCESS) {
-        return std::nullopt;
-    }
-    const UniqueHkey key(opened);
+    const LSTATUS status =
+        RegOpenKeyExW(HKEY_LOCAL_MACHINE, path, 0, KEY_QUERY_VALUE | KEY_WOW64_64KEY, &opened);
+    return UniqueHkey(status == ERROR_SUCCESS ? opened : nullptr);
+}
+
+// What a key of quiet hosts has of this program: the first bytes of a value.
+struct HostValue {
+    LSTATUS status = ERROR_FILE_NOT_FOUND;
+    DWORD type = REG_NONE;
+    DWORD size = sizeof(number);
+    std::uint32_t number = 0;
+};
+
+// Read without narrow names: a program may have a name that the code page cannot hold.
+HostValue ValueOfProgram(const wchar_t* path) {
+    HostValue value;
+    const UniqueHkey key = OpenOfMachine(path);
+    if (!key) return value;
     const ProgramName program;
-    DWORD number = 0, type = REG_NONE, size = sizeof(number);
-    const LSTATUS status = RegQueryValueExW(key.get(), program.Get(), nullptr, &type,
-                                            reinterpret_cast<BYTE*>(&number), &size);
-    if (status != ERROR_SUCCESS || type != REG_DWORD || size != sizeof(number)) return std::nullopt;
-    return number;
+    value.status = RegQueryValueExW(key.get(), program.Get(), nullptr, &value.type,
+                                    reinterpret_cast<BYTE*>(&value.number), &value.size);
+    return value;
+}
+
+bool IsNumber(const HostValue& value) {
+    return value.status == ERROR_SUCCESS && value.type == REG_DWORD &&
+           value.size == sizeof(value.number);
+}
+
+// A list of the policy editor has texts: the program is quiet unless its text is "0".
+std::optional<std::uint32_t> PolicyNumber() {
+    constexpr std::uint32_t kZeroAsText = L'0';
+    const HostValue value = ValueOfProgram(kQuietHostsPolicy);
+    if (IsNumber(value)) return value.number;
+    if (value.status != ERROR_SUCCESS && value.status != ERROR_MORE_DATA) return std::nullopt;
+    const bool isZero = value.status == ERROR_SUCCESS && value.number == kZeroAsText;
+    return isZero ? 0 : kQuietHost;
+}
+
+std::optional<std::uint32_t> QuietHostNumber() {
+    if (const auto policy = PolicyNumber()) return policy;
+    const HostValue value = ValueOfProgram(kQuietHostsKey);
+    return IsNumber(value) ? std::optional(value.number) : std::nullopt;
 }
 
 const char* TracedAs(LogMessage message) {

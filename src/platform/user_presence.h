@@ -12,6 +12,11 @@ namespace depot {
 // after the file of the program.
 inline constexpr wchar_t kQuietHostsKey[] = L"Software\\Quillon\\DepotIntr\\QuietHosts";
 
+// The same by policy, which wins over it. Editors of policies write texts there: any but "0" names
+// a quiet host.
+inline constexpr wchar_t kQuietHostsPolicy[] =
+    L"Software\\Policies\\Quillon\\DepotIntr\\QuietHosts";
+
 // Whether a person may see the windows of this process. Asked anew each time, from any thread: a
 // process may change its window station. Takes no memory.
 bool HasAPerson();

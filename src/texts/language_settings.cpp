@@ -2,9 +2,10 @@
 
 #include <array>
 #include <optional>
+#include <utility>
 
 #include "platform/compiler.h"
-#include "platform/registry_key.h"
+#include "platform/managed_key.h"
 
 namespace depot {
 namespace {
@@ -14,6 +15,18 @@ using LanguageQuery = LANGID(WINAPI*)();
 // Returns a value of the key, or nothing when the key did not open.
 std::optional<std::string> ReadSetting(const std::optional<RegistryKey>& key, const char* name) {
     return key ? key->ReadString(name, kLanguageTextBytes) : std::nullopt;
+}
+
+void ApplyPolicies(LanguageSettings& settings) {
+    const ManagedKey policies(kLocaleKey, ManagedKey::Part::kPoliciesOnly);
+    if (policies.IsEmpty()) return;
+    const auto apply = [&](const char* name, std::optional<std::string>& setting) {
+        if (auto policy = policies.Text(name)) setting = std::move(policy->value);
+    };
+    apply("Language Search Method", settings.searchMethod);
+    apply("Default UI Language", settings.defaultLanguage);
+    apply("Available UI Languages", settings.availableLanguages);
+    apply("Global Default UI Language", settings.globalDefaultLanguage);
 }
 
 }  // namespace
@@ -28,6 +41,7 @@ LanguageSettings ReadLanguageSettings() {
     settings.defaultLanguage = ReadSetting(userFirst, "Default UI Language");
     settings.availableLanguages = ReadSetting(machineFirst, "Available UI Languages");
     settings.globalDefaultLanguage = ReadSetting(machine, "Global Default UI Language");
+    ApplyPolicies(settings);
     return settings;
 }
 

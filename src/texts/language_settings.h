@@ -17,7 +17,7 @@ inline constexpr DWORD kLanguageTextBytes = 260;
 // Reads the settings. The search method and the default language come from the user's key, the
 // available languages from the machine's; the other hive is asked only when that key cannot be
 // opened, not when a value is missing in it. The machine-wide default comes from the machine's key
-// alone. A value of more than kLanguageTextBytes counts as absent.
+// alone. A value of more than kLanguageTextBytes counts as absent. A policy wins over each of them.
 LanguageSettings ReadLanguageSettings();
 
 // Returns the language of the user's interface as `systemLibrary` reports it, or the user's format

@@ -54,6 +54,14 @@ class ContentsTest(unittest.TestCase):
             self.assertTrue(entry["licenses"], name)
         self.assertEqual("13.0.0.208", self.components["bin/DepotIntr.dll"]["version"])
 
+    def test_licence_is_that_of_the_tree(self):
+        text = (REPOSITORY / "LICENSE").read_bytes()
+        self.assertTrue(text.startswith(b"MIT License\n"))
+        self.assertEqual(text, (DIST / "LICENSE.txt").read_bytes())
+        self.assertEqual((REPOSITORY / "CHANGELOG.md").read_bytes(), (DIST / "CHANGELOG.md").read_bytes())
+        self.assertEqual([{"license": {"id": "MIT"}}], self.components["bin/DepotIntr.dll"]["licenses"])
+        self.assertEqual([{"license": {"id": "MIT"}}], self.list["metadata"]["component"]["licenses"])
+
     def test_every_program_and_library_carries_the_version(self):
         for name in product.runtime_files(DIST / "bin"):
             self.assertEqual((13, 0, 0, 208), product.file_version(DIST / "bin" / name), name)

@@ -90,10 +90,27 @@ class InstallerTest(InstallationTest):
 
     def test_installed_files_are_all_run_time_files(self):
         self.install()
-        self.assertEqual(sorted(product.runtime_files(DIST / "bin")), self.installed())
-        for name in self.installed():
-            self.assertEqual((DIST / "bin" / name).read_bytes(),
+        self.assertEqual(sorted(product.package_files(DIST / "bin")), self.installed())
+        for name, source in product.package_files(DIST / "bin").items():
+            self.assertEqual(source.read_bytes(),
                              (self.windows.path(FOLDER) / name).read_bytes(), name)
+
+    def test_list_of_programs_says_what_is_installed_and_where(self):
+        folder = "C:\\Depots\\Component"
+        self.install(f"INSTALLDIR={folder}")
+        (entry,) = [block for block in self.windows.registry(UNINSTALL_LIST).split("\n\n")
+                    if f'"DisplayName"="{product.TITLE}"' in block]
+        place = folder.replace("\\", "\\\\") + "\\\\"
+        for line in (f'"DisplayVersion"="{packages.VERSION}"', f'"InstallLocation"="{place}"',
+                     f'"Publisher"="{product.MAKER}"', f'"HelpLink"="{product.LINK}"',
+                     f'"URLInfoAbout"="{product.LINK}"'):
+            self.assertIn(line, entry)
+
+    def test_licence_and_changes_are_installed(self):
+        self.install()
+        for name, source in product.DOCUMENTS.items():
+            self.assertEqual((REPOSITORY / source).read_bytes(),
+                             (self.windows.path(FOLDER) / name).read_bytes())
 
     def test_installed_component_serves_a_script(self):
         self.assertNotIn("end", self.windows.script(CLIENT)[1])
@@ -282,7 +299,7 @@ class InstallerTest(InstallationTest):
         self.windows.restart()
         self.assertEqual(older[3] + 1, self.installed_version()[3])
         self.assertNotIn("next start of Windows", self.check()[1])
-        self.assertEqual(sorted(product.runtime_files(DIST / "bin")), self.installed())
+        self.assertEqual(sorted(product.package_files(DIST / "bin")), self.installed())
         self.assert_client_works()
 
     def test_missing_files_are_repaired(self):

@@ -30,8 +30,8 @@ class PortableTest(InstallationTest):
             manifests = [name for name in archive.namelist() if name.endswith(".manifest")]
             self.assertEqual(["application.exe.manifest", "Quillon.DepotBrowser.manifest",
                               "Quillon.DepotIntr.manifest"], manifests)
-            for name in product.runtime_files(packages.DIST / "bin"):
-                self.assertEqual((packages.DIST / "bin" / name).read_bytes(), archive.read(name))
+            for name, source in product.package_files(packages.DIST / "bin").items():
+                self.assertEqual(source.read_bytes(), archive.read(name))
 
     def test_clients_find_the_class_without_registration(self):
         self.assertEqual(set(registration_in(self.windows).values()), {""})

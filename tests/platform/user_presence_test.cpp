@@ -179,6 +179,27 @@ TEST_F(QuietHostTest, OtherHostsOtherNumbersAndOtherTypesShowBoxes) {
     EXPECT_TRUE(HasAPerson());
 }
 
+TEST_F(QuietHostTest, PolicyWinsOverWhatTheMachineSays) {
+    const HiveOverride machine(HKEY_LOCAL_MACHINE);
+    const auto name = [](DWORD type, const std::wstring& data) {
+        RegSetKeyValueW(HKEY_LOCAL_MACHINE, kQuietHostsPolicy, OwnName().c_str(), type,
+                        data.c_str(), static_cast<DWORD>((data.size() + 1) * sizeof(wchar_t)));
+    };
+    const DWORD zero = 0;
+    NameAsQuiet(HKEY_LOCAL_MACHINE, OwnName(), REG_DWORD, 1);
+    RegSetKeyValueW(HKEY_LOCAL_MACHINE, kQuietHostsPolicy, OwnName().c_str(), REG_DWORD, &zero,
+                    sizeof(zero));
+    EXPECT_TRUE(HasAPerson());
+    name(REG_SZ, L"0");
+    EXPECT_TRUE(HasAPerson());
+    NameAsQuiet(HKEY_LOCAL_MACHINE, OwnName(), REG_DWORD, 0);
+    // What a list of the policy editor writes: the name itself, or a text of its own.
+    for (const std::wstring& text : {OwnName(), std::wstring(L"1"), std::wstring(100000, L'x')}) {
+        name(REG_SZ, text);
+        EXPECT_FALSE(HasAPerson());
+    }
+}
+
 TEST_F(QuietHostTest, HiveOfTheUserSilencesNoProgram) {
     NameAsQuiet(HKEY_CURRENT_USER, OwnName(), REG_DWORD, 1);
     EXPECT_TRUE(HasAPerson());

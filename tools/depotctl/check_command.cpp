@@ -13,6 +13,7 @@
 #include "depotctl/kept_counts.h"
 #include "depotctl/location_trial.h"
 #include "depotctl/program.h"
+#include "depotctl/settings.h"
 #include "depotctl/together.h"
 #include "depotctl/utf8_text.h"
 #include "model/depot_paths.h"
@@ -46,6 +47,7 @@ struct TriedLocation {
     std::string title;
     std::unique_ptr<LocationTrial> trial;
     std::optional<KeptCounts> kept{};  // for the time when its server is away
+    std::vector<SettingInForce> settings{};
 };
 
 struct CheckedDepot {
@@ -135,9 +137,21 @@ private:
             CDepotPath& location = *depot.paths->At(index);
             checked.locations.push_back({Title(location, index + 1),
                                          std::make_unique<LocationTrial>(location, index + 1),
-                                         CountKept(depot, location, copies_)});
+                                         CountKept(depot, location, copies_),
+                                         SettingsOf(key, depot.rootKey, index, location)});
         }
         return checked;
+    }
+
+    // Of a directory, where each value comes from that settings may give.
+    std::vector<SettingInForce> SettingsOf(const std::string& key, HKEY root, std::size_t index,
+                                           const CDepotPath& location) const {
+        if (!IsDirectory(location)) return {};
+        for (const StoredDefinition& stored : stored_) {
+            if (stored.root != root || !SameKey(stored.raw.key, key)) continue;
+            return ctl::SettingsOf(stored.raw, static_cast<int>(index + 1), location);
+        }
+        return {};
     }
 
     // Tries all locations at once, and asks for what is missing afterwards.
@@ -194,17 +208,21 @@ public:
         for (const TriedLocation& location : depot.locations) {
             Findings found = location.trial->Found();
             if (location.kept) found.push_back(KeptFinding(*location.kept));
+            if (HasSettings(location)) Append(found, SettingFindings(location.settings));
             Add(location.title, found, 2);
             Json one = {{"location", location.title}, {"steps", StepsJson(found)}};
             if (location.kept) one["kept"] = KeptJson(*location.kept);
+            if (!location.settings.empty()) one["values"] = SettingsJson(location.settings);
             json["locations"].push_back(std::move(one));
         }
         depots_.push_back(std::move(json));
     }
 
-    void Show(const Findings& installation, const Findings& registry) {
+    void Show(const Findings& installation, const std::vector<SettingInForce>& settings,
+              const Findings& registry) {
         Json json;
         json["installation"] = StepsJson(installation);
+        json["settings"] = SettingsJson(settings);
         json["registry"] = StepsJson(registry);
         json["depots"] = depots_;
         json["problems"] = problems_;
@@ -222,6 +240,12 @@ public:
     }
 
 private:
+    // Values that all stand in the definition, or nowhere, need no line of their own.
+    static bool HasSettings(const TriedLocation& location) {
+        return std::any_of(location.settings.begin(), location.settings.end(),
+                           [](const SettingInForce& setting) { return !setting.key.empty(); });
+    }
+
     static std::string DefinitionText(const CheckedDepot& depot) {
         if (depot.key.empty()) return "no depot is defined";
         return std::to_string(depot.values) + " values, all of them in order";
@@ -250,13 +274,16 @@ private:
 void Check(Program& program, const CheckOptions& options) {
     Report report(program);
     const Findings installation = CheckInstallation(program);
+    const std::vector<SettingInForce> settings = ReadSettings();
     const Findings registry = CheckDepotsKeys();
     const std::vector<CheckedDepot> depots = DepotChecker(program, options).Run();
     if (depots.empty()) Refuse("no depot is defined under the key \"" + options.key + "\"");
     report.Add("installation", installation);
+    const Findings set = SettingFindings(settings);
+    if (!set.empty()) report.Add("settings", set);
     if (!registry.empty()) report.Add("registry", registry);
     for (const CheckedDepot& depot : depots) report.AddDepot(depot);
-    report.Show(installation, registry);
+    report.Show(installation, settings, registry);
     report.Judge();
 }
 

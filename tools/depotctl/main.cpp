@@ -108,7 +108,7 @@ void StartTraceOf(const Program& program) {
     if (started == TraceStart::kUnwritable) {
         program.Remark({{"trace", "unwritable"}},
                        std::string("the trace cannot be written: the file that ") + kTraceVariable +
-                           " names cannot be opened, or is a link or no file");
+                           " or the registry names cannot be opened, or is a link or no file");
     }
 }
 

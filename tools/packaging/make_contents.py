@@ -9,7 +9,7 @@ from pathlib import Path
 
 import product
 
-OWN_LICENCE = [{"license": {"name": "Proprietary"}}]
+OWN_LICENCE = [{"license": {"id": "MIT"}}]
 
 # What the linker and the compiler put into every library: name, Debian's package of it, licence.
 LINKED_IN = (

@@ -1,5 +1,6 @@
 #!/usr/bin/env python3
-"""make_msi.py FOLDER PACKAGE: makes an installer of the run-time files in FOLDER.
+"""make_msi.py FOLDER PACKAGE BUILD_FOLDER [user]: makes an installer of the run-time files in FOLDER, for the
+machine or for one user.
 
 wixl makes the database with the files; the registration goes into the installer's own tables, most of
 which wixl does not know, with msibuild."""
@@ -9,17 +10,20 @@ import shutil
 import subprocess
 import sys
 import tempfile
+from dataclasses import dataclass
 from pathlib import Path
 from xml.sax.saxutils import quoteattr
 
 import product
 import registration
 import summary_dates
+import user_registration
 
 # When each action is taken, and on what condition.
 ACTIONS = {
     "AppSearch": (50, ""),
     "KeepFolder": (60, "KEPTFOLDER AND NOT INSTALLDIR"),
+    "NoteFolder": (1005, ""),
     "RefuseFolder": (1010, "NOT Installed AND (UNSAFE)"),
     "RemoveExistingProducts": (1501, ""),  # First the old version goes, so that it takes nothing of the new.
     "UnregisterTypeLibraries": (2300, ""),
@@ -69,7 +73,7 @@ TABLES = {
 }
 
 FEATURE, STAND_IN_FEATURE = "Component", "StandIn"
-CLASSES_ROOT, LOCAL_MACHINE = 0, 2
+CLASSES_ROOT, CURRENT_USER, LOCAL_MACHINE = 0, 1, 2
 SET_PROPERTY, FAIL = 51, 19
 ALWAYS, ON_DEMAND = 1, 2
 RAW_VALUE_64 = 2 + 16
@@ -86,10 +90,32 @@ DISALLOW_ADVERTISING = 8
 TYPE_LIBRARY_VERSION = 1 * 256 + 0
 
 
-def description(version, files):
+@dataclass(frozen=True)
+class Scope:
+    """Whom a package installs for."""
+    wixl_name: str
+    root: int  # the hive of what is written beside the classes
+    base: str  # the folder that the maker's stands in
+    words: tuple  # what tells its identifiers from those of the other scope
+    title: str
+
+    def identifier(self, *parts):
+        return product.identifier(*parts, *self.words)
+
+    def is_for_user(self):
+        return self.root == CURRENT_USER
+
+
+MACHINE = Scope("perMachine", LOCAL_MACHINE, '<Directory Id="ProgramFiles64Folder">', (), product.TITLE)
+USER = Scope("perUser", CURRENT_USER,
+             '<Directory Id="LocalAppDataFolder"><Directory Id="PROGRAMSDIR" Name="Programs">', ("user",),
+             f"{product.TITLE} (one user)")
+
+
+def description(version, files, scope):
     """The part of the package that wixl makes."""
     def part(name):
-        return (f'<Component Id={quoteattr(name)} Guid="{product.identifier("part", name)}" Win64="yes">'
+        return (f'<Component Id={quoteattr(name)} Guid="{scope.identifier("part", name)}" Win64="yes">'
                 f'<File Id={quoteattr(name)} Name={quoteattr(name)} Source={quoteattr(name)} KeyPath="yes"/>'
                 '</Component>')
 
@@ -101,24 +127,26 @@ def description(version, files):
     stand_in = [name for name in files if name == product.STAND_IN]
     return f"""<?xml version="1.0" encoding="utf-8"?>
 <Wix xmlns="http://schemas.microsoft.com/wix/2006/wi">
-  <Product Id="{product.identifier('version', version)}" Name="{product.TITLE}" Version="{version}"
-           Language="1033" Manufacturer="{product.MAKER}" UpgradeCode="{product.identifier('upgrades')}">
-    <Package InstallerVersion="500" Compressed="yes" InstallScope="perMachine"/>
-    <MajorUpgrade DowngradeErrorMessage="A newer version of {product.TITLE} is installed."/>
+  <Product Id="{scope.identifier('version', version)}" Name="{scope.title}" Version="{version}"
+           Language="1033" Manufacturer="{product.MAKER}" UpgradeCode="{scope.identifier('upgrades')}">
+    <Package InstallerVersion="500" Compressed="yes" InstallScope="{scope.wixl_name}"/>
+    <MajorUpgrade DowngradeErrorMessage="A newer version of {scope.title} is installed."/>
     <Media Id="1" Cabinet="files.cab" EmbedCab="yes"/>
     <Property Id="ARPNOMODIFY" Value="1"/>
+    <Property Id="ARPURLINFOABOUT" Value="{product.LINK}"/>
+    <Property Id="ARPHELPLINK" Value="{product.LINK}"/>
     <Directory Id="TARGETDIR" Name="SourceDir">
-      <Directory Id="ProgramFiles64Folder">
+      {scope.base}
         <Directory Id="MAKERDIR" Name="{product.MAKER}">
           <Directory Id="INSTALLDIR" Name="{product.NAME}">{"".join(map(part, files))}
-            <Component Id="{LANGUAGES}" Guid="{product.identifier("part", LANGUAGES)}" Win64="yes">
+            <Component Id="{LANGUAGES}" Guid="{scope.identifier("part", LANGUAGES)}" Win64="yes">
               <CreateFolder/>
             </Component>
           </Directory>
         </Directory>
-      </Directory>
+      {"</Directory>" * scope.base.count("<Directory")}
     </Directory>
-    {feature(FEATURE, product.TITLE, ALWAYS, [*own, LANGUAGES])}
+    {feature(FEATURE, scope.title, ALWAYS, [*own, LANGUAGES])}
     {feature(STAND_IN_FEATURE, "Stand-in for the directory service", ON_DEMAND, stand_in)}
   </Product>
 </Wix>
@@ -168,29 +196,33 @@ def registry_rows(server, written):
         yield [f"{stem}{name}", str(CLASSES_ROOT), key, "-", "", server.library]
 
 
-def search_rows():
+def search_rows(scope):
     """What an upgrade keeps, and whether the product's own library is there."""
     library = product.STAND_IN
     return {
         "AppSearch": [["KEPTFOLDER", "KeptFolder"], ["KEPTSTANDIN", "KeptStandIn"],
                       ["KEPTLANGUAGES", "KeptLanguages"], ["PRODUCTLANGUAGES", "ProductLanguages"],
                       ["PRODUCTSERVICE", "ProductService"]],
-        "RegLocator": [[name, str(LOCAL_MACHINE), key, value, str(RAW_VALUE_64)] for name, key, value in (
-            ("KeptFolder", OWN_KEY, "InstallDir"), ("KeptStandIn", OWN_KEY, "StandIn"),
-            ("KeptLanguages", OWN_KEY, LANGUAGES), ("ProductLanguages", LOCALE_KEY, LANGUAGE_LIST))],
+        "RegLocator": [[name, str(root), key, value, str(RAW_VALUE_64)] for name, root, key, value in (
+            ("KeptFolder", scope.root, OWN_KEY, "InstallDir"), ("KeptStandIn", scope.root, OWN_KEY, "StandIn"),
+            ("KeptLanguages", scope.root, OWN_KEY, LANGUAGES),
+            ("ProductLanguages", LOCAL_MACHINE, LOCALE_KEY, LANGUAGE_LIST))],
         "DrLocator": [["ProductService", "", "[System64Folder]", "0"]],
         "Signature": [["ProductService", library, "", "", "", "", "", "", ""]],
         "Condition": [[STAND_IN_FEATURE, str(ALWAYS), "KEPTSTANDIN"]],
         "CustomAction": [["KeepFolder", str(SET_PROPERTY), "INSTALLDIR", "[KEPTFOLDER]"],
+                         # Where the list of installed programs says the product is.
+                         ["NoteFolder", str(SET_PROPERTY), "ARPINSTALLLOCATION", "[INSTALLDIR]"],
                          ["RefuseFolder", str(FAIL), "", REFUSAL]],
     }
 
 
-def kept_rows():
-    return [["KeptFolder", str(LOCAL_MACHINE), OWN_KEY, "InstallDir", "[INSTALLDIR]", product.COMPONENT[0]],
-            ["KeptStandIn", str(LOCAL_MACHINE), OWN_KEY, "StandIn", "1", product.STAND_IN],
-            ["KeptLanguages", str(LOCAL_MACHINE), OWN_KEY, LANGUAGES, "1", LANGUAGES],
-            [LANGUAGES, str(LOCAL_MACHINE), LOCALE_KEY, LANGUAGE_LIST, " ".join(product.languages()), LANGUAGES]]
+def kept_rows(scope):
+    root = str(scope.root)
+    return [["KeptFolder", root, OWN_KEY, "InstallDir", "[INSTALLDIR]", product.COMPONENT[0]],
+            ["KeptStandIn", root, OWN_KEY, "StandIn", "1", product.STAND_IN],
+            ["KeptLanguages", root, OWN_KEY, LANGUAGES, "1", LANGUAGES],
+            [LANGUAGES, root, LOCALE_KEY, LANGUAGE_LIST, " ".join(product.languages()), LANGUAGES]]
 
 
 def event_source_rows():
@@ -199,6 +231,16 @@ def event_source_rows():
     return [["EventMessages", str(LOCAL_MACHINE), EVENT_SOURCE, "EventMessageFile",
              f"#%[INSTALLDIR]{library}", library],
             ["EventTypes", str(LOCAL_MACHINE), EVENT_SOURCE, "TypesSupported", f"#{EVENT_TYPES}", library]]
+
+
+def user_rows(servers):
+    """The tables for one user, who may not write where classes of the machine are registered."""
+    tables = {name: [] for name in TABLES}
+    tables["CreateFolder"] = [[folder, product.COMPONENT[0]] for folder in ("MAKERDIR", "INSTALLDIR")]
+    for server in servers:
+        tables["Registry"] += user_registration.rows(server, str(CURRENT_USER))
+    tables["Registry"] += kept_rows(USER)
+    return {**tables, **search_rows(USER)}
 
 
 def table_rows(servers):
@@ -213,8 +255,8 @@ def table_rows(servers):
     # What an installer makes it removes when it is empty.
     tables["CreateFolder"] = [[folder, product.COMPONENT[0]] for folder in ("MAKERDIR", "INSTALLDIR")]
     tables["MsiLockPermissionsEx"] = [["Folder", "INSTALLDIR", "CreateFolder", PERMISSIONS, ""]]
-    tables["Registry"] += kept_rows() + event_source_rows()
-    return {**tables, **search_rows()}
+    tables["Registry"] += kept_rows(MACHINE) + event_source_rows()
+    return {**tables, **search_rows(MACHINE)}
 
 
 def import_tables(package, folder, tables):
@@ -228,12 +270,14 @@ def import_tables(package, folder, tables):
     subprocess.run(["msibuild", str(package), *arguments], check=True)
 
 
-def action_queries():
+def action_queries(scope):
     table = "InstallExecuteSequence"
     # A place that is unknown would be the beginning of every folder.
     unsafe = " OR ".join(f"({place} AND INSTALLDIR ~<< {place})" for place in UNSAFE_PLACES)
     for action, (place, condition) in ACTIONS.items():
         yield f"DELETE FROM {table} WHERE Action = '{action}'"
+        if action == "RefuseFolder" and scope.is_for_user():
+            continue
         condition = condition.replace("UNSAFE", unsafe)
         yield (f"INSERT INTO {table} (Action, Condition, Sequence) VALUES ('{action}', '{condition}', {place})"
                if condition else f"INSERT INTO {table} (Action, Sequence) VALUES ('{action}', {place})")
@@ -249,31 +293,33 @@ def version_queries(folder, files):
             yield f"DELETE FROM MsiFileHash WHERE File_ = '{name}'"
 
 
-def package_code(folder, files):
+def package_code(folder, files, scope):
     digest = hashlib.sha256()
     for name in files:
         digest.update(name.encode() + b"\0" + hashlib.sha256((folder / name).read_bytes()).digest())
-    return product.identifier("package", digest.hexdigest())
+    return scope.identifier("package", digest.hexdigest())
 
 
-def make(folder, package, build):
-    files = product.runtime_files(folder)
+def make(folder, package, build, scope=MACHINE):
+    sources = product.package_files(folder)
+    files = list(sources)
     version = product.package_version(folder)
     date = product.source_date()
     with tempfile.TemporaryDirectory() as temporary:
         work = Path(temporary)
-        for name in files:
+        for name, source in sources.items():
             # A cabinet holds the times and the modes of its files.
-            shutil.copyfile(folder / name, work / name)
+            shutil.copyfile(source, work / name)
             os.chmod(work / name, 0o644)
             os.utime(work / name, (date, date))
-        (work / "product.wxs").write_text(description(version, files))
+        (work / "product.wxs").write_text(description(version, files, scope))
         made = work / "product.msi"
         environment = {**os.environ, "TZ": "UTC"}
         subprocess.run(["wixl", "-a", "x64", "-o", str(made), "product.wxs"], cwd=work, check=True,
                        env=environment)
-        import_tables(made, work, table_rows(registration.read_servers(product.REPOSITORY, build)))
-        queries = [*action_queries(), *version_queries(work, files),
+        servers = registration.read_servers(product.REPOSITORY, build)
+        import_tables(made, work, user_rows(servers) if scope.is_for_user() else table_rows(servers))
+        queries = [*action_queries(scope), *version_queries(work, files),
                    f"UPDATE Feature SET Attributes = {DISALLOW_ADVERTISING}",
                    "UPDATE Component SET Condition = 'NOT PRODUCTSERVICE' "
                    f"WHERE Component = '{product.STAND_IN}'",
@@ -283,13 +329,15 @@ def make(folder, package, build):
                    f"WHERE Component = '{LANGUAGES}'"]
         subprocess.run(["msibuild", str(made), *(x for query in queries for x in ("-q", query))],
                        check=True)
-        subprocess.run(["msibuild", str(made), "-s", product.TITLE, product.MAKER, "x64;1033",
-                        package_code(work, files)], check=True)
+        subprocess.run(["msibuild", str(made), "-s", scope.title, product.MAKER, "x64;1033",
+                        package_code(work, files, scope)], check=True)
         summary_dates.fix(made, date)
+        if scope.is_for_user():
+            summary_dates.need_no_rights(made)
         shutil.copyfile(made, package)
 
 
 if __name__ == "__main__":
-    if len(sys.argv) != 4:
-        sys.exit("usage: make_msi.py FOLDER PACKAGE BUILD_FOLDER")
-    make(Path(sys.argv[1]), Path(sys.argv[2]), Path(sys.argv[3]))
+    if len(sys.argv) not in (4, 5) or sys.argv[4:] not in ([], ["user"]):
+        sys.exit("usage: make_msi.py FOLDER PACKAGE BUILD_FOLDER [user]")
+    make(*map(Path, sys.argv[1:4]), USER if sys.argv[4:] else MACHINE)

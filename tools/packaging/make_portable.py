@@ -66,7 +66,7 @@ def application(servers, version):
 def make(folder, archive, build):
     version = ".".join(map(str, product.file_version(folder / "DepotIntr.dll")))
     servers = registration.read_servers(product.REPOSITORY, build)
-    files = {name: (folder / name).read_bytes() for name in product.runtime_files(folder)}
+    files = {name: source.read_bytes() for name, source in product.package_files(folder).items()}
     for server in servers:
         files[f"{assembly_name(server.library)}.manifest"] = assembly(server, version).encode()
     files[APPLICATION] = application(servers, version).encode()

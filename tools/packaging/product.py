@@ -23,6 +23,12 @@ STAND_IN = "qdirsvc.dll"
 PLAIN_TEXTS = "DepotIntr.NLS"
 TOOL = "depotctl.exe"
 
+# What every package holds beside the programs: its name there, and the file in this tree.
+DOCUMENTS = {"LICENSE.txt": "LICENSE", "CHANGELOG.md": "CHANGELOG.md"}
+
+# Where the list of installed programs leads to.
+LINK = os.environ.get("DEPOTINTR_LINK", "https://depotintr.example/")
+
 
 def identifier(*parts):
     """An identifier in the notation of an installer, the same for the same parts."""
@@ -51,6 +57,13 @@ def runtime_files(folder):
     present = sorted(os.listdir(folder), key=str.lower)
     wanted = {*COMPONENT, STAND_IN, TOOL}
     return [name for name in present if name in wanted or name.lower().endswith(".nls")]
+
+
+def package_files(folder):
+    """The same with the documents, each with the place to take it from."""
+    files = {name: Path(folder) / name for name in runtime_files(folder)}
+    files.update((name, REPOSITORY / source) for name, source in DOCUMENTS.items())
+    return dict(sorted(files.items(), key=lambda item: item[0].lower()))
 
 
 def languages():

@@ -31,6 +31,7 @@ class Server:
     library: str
     values: tuple[Value, ...]
     type_library: str
+    type_library_title: str
     interfaces: tuple[tuple[str, str], ...]  # name and identifier
 
     def value(self, key, name=""):
@@ -122,16 +123,18 @@ def _braced(identifier):
 def read_server(library, sources, generated):
     """The server whose interface description stands in `sources`, built into `generated`."""
     header = (sources / "identifiers.h").read_text()
+    idl = (sources / f"{library}.idl").read_text()
     identifiers = dict(re.findall(r"^#define (\w+) ([0-9A-F-]{36})$", header, re.M))
     described = re.findall(r"uuid\((\w+)\)[^\]]*\]\s*(library|interface|coclass)\s+(\w+)",
-                           (sources / f"{library}.idl").read_text())
+                           idl)
+    title = re.search(r'helpstring\("([^"]*)"\)\]\s*library', idl)[1]
     prefix = library.upper()
     replacements = {"APPID": "{" + identifiers[f"{prefix}_APPID"] + "}", "MODULE": "%MODULE%"}
     values = []
     for script in [sources / "appid.rgs", *sorted(Path(generated).glob("*.rgs"))]:
         values += parse_script(script.read_text(), replacements)
     return Server(f"{library}.dll", tuple(values),
-                  next(_braced(identifiers[i]) for i, kind, _ in described if kind == "library"),
+                  next(_braced(identifiers[i]) for i, kind, _ in described if kind == "library"), title,
                   tuple((name, _braced(identifiers[i])) for i, kind, name in described
                         if kind == "interface"))
 
