@@ -12,7 +12,6 @@ namespace {
 
 constexpr std::string_view kUtf16Mark = "\xFF\xFE";
 constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
-constexpr std::size_t kNowhere = static_cast<std::size_t>(-1);
 
 enum class Encoding : std::uint8_t { kNarrow, kMarkedUtf8, kUtf16 };
 

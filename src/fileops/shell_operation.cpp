@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <new>
 
+#include "platform/local_file.h"
 #include "platform/paths.h"
 #include "platform/same_file.h"
 #include "store/folder_store.h"
@@ -19,11 +20,39 @@ bool GoesIntoItself(UINT operation, const std::string& source, const std::string
             IsSameFile(source, JoinPath(target, NamePart(RemoveTrailingBackslash(source)))));
 }
 
+// Whether a folder would be moved to the place of a file. Some shells report that as done and lose
+// what the folder holds.
+bool PutsFolderOnFile(UINT operation, const std::string& source, const std::string& target) {
+    if (operation == FO_COPY || !IsLocalFolder(source)) return false;
+    const auto isFile = [](const std::string& path) {
+        return PathExists(path) && !IsLocalFolder(path);
+    };
+    if (operation == FO_MOVE && IsLocalFolder(target)) {
+        return isFile(JoinPath(target, NamePart(RemoveTrailingBackslash(source))));
+    }
+    return isFile(target);
+}
+
 // Whether the shell would write, move or delete below the process's current folder or drive.
 bool ChangesCurrentFolder(UINT operation, const std::vector<std::string>& sources,
                           const std::string* target) {
     if (target != nullptr && !IsAbsolutePath(*target)) return true;
     return operation != FO_COPY && !std::all_of(sources.begin(), sources.end(), IsAbsolutePath);
+}
+
+// Why the shell is not called; ERROR_SUCCESS where nothing speaks against it.
+DWORD ReasonToRefuse(UINT operation, const std::vector<std::string>& sources,
+                     const std::string* target) {
+    const auto any = [&](bool (*isWrong)(UINT, const std::string&, const std::string&)) {
+        return target != nullptr &&
+               std::any_of(sources.begin(), sources.end(), [&](const std::string& source) {
+                   return isWrong(operation, source, *target);
+               });
+    };
+    if (any(GoesIntoItself) || ChangesCurrentFolder(operation, sources, target)) {
+        return ERROR_INVALID_PARAMETER;
+    }
+    return any(PutsFolderOnFile) ? ERROR_ALREADY_EXISTS : ERROR_SUCCESS;
 }
 
 }  // namespace
@@ -46,15 +75,13 @@ bool RunShellOperation(const ShellRequest& request) {
     const std::string* const target = operation == FO_DELETE ? nullptr : request.target;
     const std::string from = ShellPathList(sources, request.pathBytes);
     const std::string to = target ? ShellPathList({*target}, request.pathBytes) : std::string();
-    const bool intoItself =
-        target && std::any_of(sources.begin(), sources.end(), [&](const std::string& source) {
-            return GoesIntoItself(operation, source, *target);
-        });
     // Without a target the shell would take the process's current folder.
     const bool placeless = target ? to.empty() : operation != FO_DELETE;
-    if (sources.empty() || from.empty() || placeless || intoItself ||
-        ChangesCurrentFolder(operation, sources, target)) {
-        SetLastError(ERROR_INVALID_PARAMETER);
+    const bool isNothing = sources.empty() || from.empty() || placeless;
+    const DWORD refusal =
+        isNothing ? ERROR_INVALID_PARAMETER : ReasonToRefuse(operation, sources, target);
+    if (refusal != ERROR_SUCCESS) {
+        SetLastError(refusal);
         return false;
     }
     SHFILEOPSTRUCTA call = {};

@@ -38,6 +38,7 @@ struct ShellRequest {
 // fails without calling the shell, which would take the process's current folder for an empty one.
 // So it does when a source would be copied or moved onto itself or a folder into itself, by
 // whatever names the two go: some shells would copy what they have just copied, and so on. A
+// folder that would be moved to the place of a file fails with ERROR_ALREADY_EXISTS. A
 // deletion has no target: one that is given makes no difference. The system's last error is that of
 // the shell, or 0.
 bool RunShellOperation(const ShellRequest& request);

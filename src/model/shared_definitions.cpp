@@ -102,7 +102,7 @@ bool SharedReading::Watch(const std::string& path) {
     if (!language || !DefinitionsKeeper::Instance().NoteReading() || IsImpersonating()) {
         return false;
     }
-    origin_.emplace();
+    origin_ = Origin();
     origin_->path = path;
     origin_->systemLanguage = language->systemLanguage;
     origin_->user = MarkOf(HKEY_CURRENT_USER);

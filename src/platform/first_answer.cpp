@@ -77,7 +77,7 @@ DWORD WINAPI RunAttempt(void* argument) {
 
 void Start(const std::shared_ptr<Attempts>& attempts, std::size_t index) {
     attempts->states[index] = AttemptState::kRunning;
-    auto start = std::make_unique<ThreadStart>(attempts, index, KeepOwnModule());
+    auto start = std::make_unique<ThreadStart>(ThreadStart{attempts, index, KeepOwnModule()});
     HANDLE thread = nullptr;
     if (start->library != nullptr) {
         thread = CreateThread(nullptr, 0, RunAttempt, start.get(), 0, nullptr);

@@ -14,6 +14,9 @@ using testing::HasSubstr;
 
 constexpr std::size_t kMany = EntryStore::kWindow + 8;
 
+// All requests of a window are sent meanwhile, also on a busy machine.
+constexpr std::chrono::milliseconds kLong(400);
+
 FileBuffer BufferOf(const std::string& text) {
     FileBuffer buffer = {static_cast<std::uint32_t>(text.size()),
                          std::make_unique<std::uint8_t[]>(text.size() + kFileBufferReserve)};
@@ -75,7 +78,7 @@ protected:
 TEST_F(TogetherTest, WindowOfReadsIsOneRoundTrip) {
     AddMany();
     std::vector<ContentsRead> reads = Reads();
-    relay_.HoldBack(std::chrono::milliseconds(50));
+    relay_.HoldBack(kLong);
     relay_.Mark();
     Entries().ReadTogether(reads);
     const test::RelayCounts counts = relay_.Counts();

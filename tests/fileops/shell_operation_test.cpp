@@ -75,6 +75,38 @@ TEST_F(RunShellOperationTest, MissingSourceFails) {
         RunShellOperation({FO_RENAME, {folder_.At("none")}, &target, kQuietFlags, nullptr}));
 }
 
+TEST_F(RunShellOperationTest, FolderIsNotMovedOntoAFileOfItsName) {
+    const std::string tree = folder_.MakeFolder("tree");
+    folder_.MakeFile("tree\\a.kra", "1");
+    const std::string into = folder_.MakeFolder("to");
+    const std::string file = folder_.MakeFile("to\\tree", "2");
+    const std::string other = folder_.MakeFile("other.kra", "3");
+    struct {
+        UINT operation;
+        std::string target;
+    } const moves[] = {{FO_MOVE, into}, {FO_MOVE, into + "\\"}, {FO_MOVE, file}, {FO_RENAME, file}};
+    for (const auto& move : moves) {
+        SCOPED_TRACE(move.target);
+        // The other one stays as well: nothing of a list is begun.
+        std::vector<std::string> sources = {tree};
+        if (move.operation == FO_MOVE && move.target != file) sources = {other, tree};
+        EXPECT_FALSE(
+            RunShellOperation({move.operation, sources, &move.target, kQuietFlags, nullptr}));
+        EXPECT_EQ(DWORD{ERROR_ALREADY_EXISTS}, GetLastError());
+        EXPECT_EQ("1", FileBytes(folder_.At("tree\\a.kra")));
+        EXPECT_EQ("2", FileBytes(file));
+        EXPECT_TRUE(Exists(other));
+    }
+}
+
+TEST_F(RunShellOperationTest, FolderMovesBesideAFileAndIntoAFolder) {
+    const std::string tree = folder_.MakeFolder("tree"), into = folder_.MakeFolder("to");
+    folder_.MakeFile("tree\\a.kra", "1");
+    folder_.MakeFile("to\\tree.kra", "2");
+    EXPECT_TRUE(RunShellOperation({FO_MOVE, {tree}, &into, kQuietFlags, nullptr}));
+    EXPECT_EQ("1", FileBytes(folder_.At("to\\tree\\a.kra")));
+}
+
 TEST_F(RunShellOperationTest, NothingMovesIntoTheCurrentFolderOrOutOfIt) {
     const std::string file = folder_.MakeFile("a.kra", "1");
     const std::string now = folder_.MakeFolder("now");

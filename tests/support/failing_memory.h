@@ -83,7 +83,8 @@ MemoryRun RunOutOfMemory(const Call& call) {
         }
     }
     MemoryRun run;
-    run.left = LeftBehind([&] {
+    run.left = LeftBehindAgain([&] {
+        run.exceptions = 0;
         run.failures = FailEachAllocation([&] {
             try {
                 call();

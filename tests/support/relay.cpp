@@ -45,7 +45,7 @@ bool Connect(const RelaySocket& socket, unsigned port) {
 
 void SendWithoutWaiting(SOCKET socket) {
     u_long on = 1;
-    ioctlsocket(socket, FIONBIO, &on);
+    ioctlsocket(socket, static_cast<long>(FIONBIO), &on);
     const BOOL noDelay = TRUE;
     setsockopt(socket, IPPROTO_TCP, TCP_NODELAY, reinterpret_cast<const char*>(&noDelay),
                sizeof(noDelay));
