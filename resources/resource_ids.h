@@ -70,3 +70,27 @@
 #define IDS_BROWSE_DELETE_HELD 580   // %s: how many files; %s: how many folders
 #define IDS_BROWSE_DELETE_FINAL 581
 #define IDS_BROWSE_DELETE_RECYCLED 582
+#define IDS_BROWSE_BACK 583
+#define IDS_BROWSE_FORWARD 584
+#define IDS_BROWSE_UP 585
+#define IDS_BROWSE_SEARCH 586
+#define IDS_BROWSE_SEARCHING 587
+#define IDS_BROWSE_NOTHING_FOUND 588   // %s: what was searched for
+#define IDS_BROWSE_SEARCH_PARTLY 589   // %s: how many
+#define IDS_BROWSE_SEARCH_LIMIT 590    // %s: how many
+#define IDS_BROWSE_COUNT 591           // %s: how many
+#define IDS_BROWSE_COUNT_SELECTED 592  // %s: how many; %s: how many of them
+#define IDS_BROWSE_GO_TO_FOLDER 593
+#define IDS_BROWSE_REFRESH 594
+#define IDS_BROWSE_FOLDERS_ABOVE 595
+#define IDS_BROWSE_SUGGESTIONS 596
+
+// More of the prompt for a user name and a password.
+#define IDS_CREDENTIALS_SHOW 597
+#define IDS_CREDENTIALS_CAPS_LOCK 598
+#define IDS_CREDENTIALS_EXAMPLE 599
+
+// More of the browse dialog.
+#define IDS_BROWSE_PROPERTIES 600
+#define IDS_BROWSE_PROFILE_TITLE 601  // %s: the title
+#define IDS_BROWSE_PROFILE_HOST 602   // %s: the name of the host

@@ -8,6 +8,7 @@
 #include <memory>
 #include <string>
 #include <type_traits>
+#include <vector>
 
 namespace depot {
 
@@ -21,6 +22,10 @@ class BrowseIcons {
 public:
     BrowseIcons();
 
+    // Has the images in another size from here on. The list is another one then, with the same
+    // indexes; the one before stays for as long as controls are given the new one.
+    void Resize(int side);
+
     HIMAGELIST List() const { return list_.get(); }
     int Folder() const { return folder_; }
     int File() const { return file_; }
@@ -30,9 +35,14 @@ public:
     int Depot(const std::string& location);
 
 private:
+    void Make(int side);
+    int AddDepot(const std::string& location);
     int Add(HICON icon, int otherwise);
 
     UniqueImageList list_;
+    UniqueImageList before_;
+    std::vector<std::string> locations_;  // that were asked for, in their order
+    bool large_ = false;
     int folder_ = 0;
     int file_ = 0;
     int depot_ = 0;

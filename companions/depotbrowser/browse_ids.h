@@ -19,3 +19,22 @@
 #define CONTROL_TYPE_LABEL 1113
 #define CONTROL_TYPE 1114
 #define CONTROL_HELP 1115
+#define CONTROL_BACK 1116
+#define CONTROL_FORWARD 1117
+#define CONTROL_UP 1118
+#define CONTROL_SEARCH_LABEL 1119
+#define CONTROL_SEARCH 1120
+#define CONTROL_LIST_LABEL 1121
+#define CONTROL_STATUS 1122
+#define CONTROL_MESSAGE_ICON 1123
+#define CONTROL_GRIP 1124
+#define CONTROL_DETAILS 1125
+
+/* The buttons of the folders above the shown one, made as they are needed. */
+#define CONTROL_FIRST_CRUMB 1200
+
+/* What only menus offer. */
+#define COMMAND_OPEN 1300
+#define COMMAND_GO_TO_FOLDER 1301
+#define COMMAND_REFRESH 1302
+#define COMMAND_PROPERTIES 1303

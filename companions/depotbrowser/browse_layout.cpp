@@ -18,12 +18,12 @@ int CommandsWidth(const LayoutMetrics& m) {
 // What stands above tree and list, and below them.
 int TopHeight(const LayoutMetrics& m) {
     const int commands = m.commandWidths.empty() ? 0 : m.buttonHeight + m.gap;
-    return m.margin + commands + m.labelHeight + m.gap / 2;
+    return m.margin + commands + m.fieldHeight + m.gap + m.labelHeight + m.gap / 2;
 }
 
 int BottomHeight(const LayoutMetrics& m) {
-    return m.gap + m.messageHeight + m.gap + 2 * (m.fieldHeight + m.gap) + m.buttonHeight +
-           m.margin;
+    return m.gap + m.labelHeight + m.gap + m.messageHeight + m.gap + 2 * (m.fieldHeight + m.gap) +
+           m.buttonHeight + m.gap + m.labelHeight + m.gap;
 }
 
 void PlaceCommands(BrowseLayout& layout, const LayoutMetrics& m) {
@@ -32,6 +32,20 @@ void PlaceCommands(BrowseLayout& layout, const LayoutMetrics& m) {
         layout.commands.push_back({x, m.margin, width, m.buttonHeight});
         x += width + m.gap;
     }
+}
+
+// The way to the folder, with the search at its end.
+void PlaceBar(BrowseLayout& layout, int width, const LayoutMetrics& m) {
+    const int y = m.margin + (m.commandWidths.empty() ? 0 : m.buttonHeight + m.gap);
+    const int side = m.fieldHeight;
+    layout.back = {m.margin, y, side, side};
+    layout.forward = {layout.back.Right(), y, side, side};
+    layout.up = {layout.forward.Right(), y, side, side};
+    layout.search = {width - m.margin - m.searchWidth, y, m.searchWidth, side};
+    layout.searchLabel = {layout.search.x - m.gap - m.searchLabelWidth,
+                          y + (side - m.labelHeight) / 2, m.searchLabelWidth, m.labelHeight};
+    const int pathX = layout.up.Right() + m.gap;
+    layout.path = {pathX, y, std::max(0, layout.searchLabel.x - m.gap - pathX), side};
 }
 
 void PlacePanes(BrowseLayout& layout, int width, int height, const LayoutMetrics& m) {
@@ -44,7 +58,7 @@ void PlacePanes(BrowseLayout& layout, int width, int height, const LayoutMetrics
     const int labelY = top - m.gap / 2 - m.labelHeight;
     layout.treeLabel = {m.margin, labelY, treeWidth, m.labelHeight};
     layout.tree = {m.margin, top, treeWidth, paneHeight};
-    layout.location = {listX, labelY, listWidth, m.labelHeight};
+    layout.listLabel = {listX, labelY, listWidth, m.labelHeight};
     layout.list = {listX, top, listWidth, paneHeight};
 }
 
@@ -55,6 +69,9 @@ void PlaceMessage(BrowseLayout& layout, int width, int y, const LayoutMetrics& m
     // A button is higher than a line of text; the row is as high as two lines.
     const int buttonY = y + (m.messageHeight - m.buttonHeight) / 2;
     layout.message = {m.margin, y, inner, m.messageHeight};
+    layout.messageIcon = {m.margin, y, m.iconSide, m.iconSide};
+    const int behind = layout.messageIcon.Right() + m.gap;
+    layout.messageBehindIcon = {behind, y, width - m.margin - behind, m.messageHeight};
     layout.messageWhileBusy = {m.margin, y, std::max(0, progressX - m.gap - m.margin),
                                m.messageHeight};
     layout.stop = {stopX, buttonY, m.stopWidth, m.buttonHeight};
@@ -89,11 +106,19 @@ BrowseLayout ComputeLayout(int width, int height, const LayoutMetrics& metrics) 
     height = std::max(height, least.height);
     BrowseLayout layout;
     PlaceCommands(layout, metrics);
+    PlaceBar(layout, width, metrics);
     PlacePanes(layout, width, height, metrics);
-    const int messageY = layout.list.Bottom() + metrics.gap;
+    layout.details = {metrics.margin, layout.list.Bottom() + metrics.gap,
+                      width - 2 * metrics.margin, metrics.labelHeight};
+    const int messageY = layout.details.Bottom() + metrics.gap;
     PlaceMessage(layout, width, messageY, metrics);
     PlaceFields(layout, width, messageY + metrics.messageHeight + metrics.gap, metrics);
     PlaceButtons(layout, width, layout.type.Bottom() + metrics.gap, metrics);
+    const int statusY = layout.ok.Bottom() + metrics.gap;
+    layout.grip = {width - metrics.gripSide, height - metrics.gripSide, metrics.gripSide,
+                   metrics.gripSide};
+    layout.status = {metrics.margin, statusY, layout.grip.x - metrics.gap - metrics.margin,
+                     metrics.labelHeight};
     return layout;
 }
 
@@ -102,7 +127,9 @@ Box MinimumSize(const LayoutMetrics& m) {
     const int busy = m.progressWidth + m.stopWidth + 2 * m.gap + m.treeMinimumWidth;
     const int panes = m.treeMinimumWidth * 3 + m.gap;
     const int fields = m.labelWidth + m.gap + m.okWidth * 2;
-    const int inner = std::max({CommandsWidth(m), buttons, busy, panes, fields});
+    const int bar =
+        3 * m.fieldHeight + m.pathMinimumWidth + m.searchLabelWidth + m.searchWidth + 3 * m.gap;
+    const int inner = std::max({CommandsWidth(m), buttons, busy, panes, fields, bar});
     return {0, 0, inner + 2 * m.margin, TopHeight(m) + m.listMinimumHeight + BottomHeight(m)};
 }
 

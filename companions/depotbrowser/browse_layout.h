@@ -29,18 +29,26 @@ struct LayoutMetrics {
     int messageHeight = 0;           //
     std::vector<int> commandWidths;  // empty without commands
     bool hasHelp = false;
+    int iconSide = 0;  // of the sign before an error
+    int gripSide = 0;
+    int searchLabelWidth = 0;
+    int searchWidth = 0;
+    int pathMinimumWidth = 0;
     int listMinimumHeight = 0;
     int treeMinimumWidth = 0;
 };
 
 struct BrowseLayout {
     std::vector<Box> commands;
+    Box back, forward, up, path;
+    Box searchLabel, search;
     Box treeLabel, tree;
-    Box location, list;
-    Box message, messageWhileBusy, progress, stop;
+    Box listLabel, list, details;
+    Box message, messageIcon, messageBehindIcon, messageWhileBusy, progress, stop;
     Box nameLabel, name;
     Box typeLabel, type;
     Box help, ok, cancel;
+    Box status, grip;
 };
 
 // Places the controls in a window of this size. Tree and list take what is left; nothing overlaps

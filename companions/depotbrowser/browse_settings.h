@@ -21,6 +21,7 @@ struct BrowseSettings {
     std::int32_t fileType = 0;  // 0 shows every kind
     std::int32_t helpTopic = 0;
     EntryOrder order;
+    bool hasOrder = false;  // the client wants this order and not the one the user had last
     std::wstring initialFileName;
     std::string resourceFolder;
     HWND owner = nullptr;

@@ -10,6 +10,7 @@
 #include "manager/depot_list.h"
 #include "platform/module_state.h"
 #include "platform/no_destructor.h"
+#include "platform/paths.h"
 #include "resource_ids.h"
 
 namespace depot {
@@ -66,7 +67,7 @@ BrowseOutcome ShowBrowseWindow(const BrowseSettings& settings, std::vector<std::
 }
 
 BrowseWindow::BrowseWindow(const BrowseSettings& settings)
-    : settings_(settings), texts_(settings.resourceFolder) {
+    : settings_(settings), texts_(settings.resourceFolder), memory_(settings.rememberSize) {
     if (!IsWindow(settings_.owner)) settings_.owner = GetActiveWindow();
 }
 
@@ -110,6 +111,7 @@ INT_PTR CALLBACK BrowseWindow::Handle(HWND window, UINT message, WPARAM first,
 
 void BrowseWindow::Start(HWND window) {
     window_ = window;
+    pixelsPerInch_ = PixelsPerInch();
     mailbox_->Open(window);
     FillTexts();
     HideWhatIsNotOffered();
@@ -119,7 +121,12 @@ void BrowseWindow::Start(HWND window) {
     PlaceWindow();
     Place();
     SetAccessibleNames();
-    parts_->list.SetOrder(settings_.order);
+    parts_->list.SetColumnWidths(memory_.Columns(pixelsPerInch_));
+    parts_->list.SetOrder(settings_.hasOrder ? settings_.order
+                                             : memory_.Order().value_or(settings_.order));
+    RECT place = {};
+    GetWindowRect(window_, &place);
+    ResolutionChanged(PixelsPerInch(window_), place);
     OpenFirstFolder();
     SendMessageW(window_, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(Control(CONTROL_NAME)), TRUE);
 }
@@ -133,23 +140,40 @@ void BrowseWindow::OpenFirstFolder() {
     for (const ShownDepot& depot : shown) {
         if (depot.isDefault) first = &depot;
     }
-    if (first != nullptr) parts_->choice.Begin(settings_.initialFileName, {first->ref, {}});
+    if (first == nullptr) return;
+    const std::string last = memory_.Folder(settings_.fileType);
+    if (settings_.initialFileName.empty() && !last.empty()) {
+        return parts_->choice.BeginIn(last, {first->ref, {}});
+    }
+    parts_->choice.Begin(settings_.initialFileName, {first->ref, {}});
 }
 
 INT_PTR BrowseWindow::HandleMessage(UINT message, WPARAM first, LPARAM second) {
     switch (message) {
         case WM_COMMAND:
+            if (IsSuggestion(second)) return SuggestionClicked(HIWORD(first));
             return HandleCommand(LOWORD(first), HIWORD(first));
         case WM_NOTIFY:
             return HandleNotify(*reinterpret_cast<const NMHDR*>(second));
         case WM_SIZE:
             if (first != SIZE_MINIMIZED) Place();
             return TRUE;
+        case WM_MOVE:
+            if (parts_) parts_->suggestions.Hide();
+            return TRUE;
+        case WM_DRAWITEM:
+            return parts_ && parts_->path.Draw(*reinterpret_cast<const DRAWITEMSTRUCT*>(second));
+        case WM_CONTEXTMENU:
+            return ShowContextMenu(reinterpret_cast<HWND>(first), second);
+        case WM_APPCOMMAND:
+            return HandleMouseKey(GET_APPCOMMAND_LPARAM(second));
         case WM_GETMINMAXINFO:
             LimitSize(*reinterpret_cast<MINMAXINFO*>(second));
             return TRUE;
         case WM_TIMER:
-            parts_->status.TimerElapsed();
+            if (first == StatusLine::kBusyTimer) parts_->status.TimerElapsed();
+            if (first == DepotSearch::kPauseTimer) parts_->search.TimerElapsed();
+            if (first == FilePreview::kPauseTimer) parts_->preview.TimerElapsed();
             return TRUE;
         case WM_HELP:
             AskForHelp();
@@ -159,6 +183,13 @@ INT_PTR BrowseWindow::HandleMessage(UINT message, WPARAM first, LPARAM second) {
             return TRUE;
         case WindowMailbox::kPromptMessage:
             return Answer(WindowMailbox::AnswerPrompt(window_, second));
+        case WM_DPICHANGED:
+            ResolutionChanged(LOWORD(first), *reinterpret_cast<const RECT*>(second));
+            return TRUE;
+        case WM_SYSCOLORCHANGE:
+        case WM_THEMECHANGED:
+            HandOnToControls(message, first, second);
+            return TRUE;
         case WM_DESTROY:
             WindowCloses();
             return TRUE;
@@ -178,39 +209,44 @@ INT_PTR BrowseWindow::HandleCommand(int control, int notification) {
         return TRUE;
     }
     if (control == CONTROL_NAME) {
-        if (notification == EN_CHANGE && parts_) {
-            parts_->choice.FieldEdited();
-            ShowWhatConfirmDoes();
-        }
+        if (parts_) HandleNameNotify(notification);
         return TRUE;
     }
+    if (control == CONTROL_SEARCH) {
+        if (notification == EN_CHANGE && parts_) parts_->search.TextChanged();
+        return TRUE;
+    }
+    return parts_ && (HandleNavigation(control) || HandleButton(control));
+}
+
+bool BrowseWindow::HandleButton(int control) {
     switch (control) {
         case IDOK:
             Confirm();
-            return TRUE;
+            return true;
         case IDCANCEL:
             Finish(BrowseOutcome::kCancelled);
-            return TRUE;
+            return true;
         case CONTROL_NEW_FOLDER:
             parts_->commands.NewFolder();
-            return TRUE;
+            return true;
         case CONTROL_RENAME:
             parts_->commands.Rename();
-            return TRUE;
+            return true;
         case CONTROL_MAKE_COPY:
             parts_->commands.MakeCopy();
-            return TRUE;
+            return true;
         case CONTROL_DELETE:
             parts_->commands.Delete();
-            return TRUE;
+            return true;
         case CONTROL_STOP:
             parts_->navigator.Stop();
-            return TRUE;
+            return true;
         case CONTROL_HELP:
             AskForHelp();
-            return TRUE;
+            return true;
         default:
-            return FALSE;
+            return false;
     }
 }
 
@@ -237,8 +273,7 @@ INT_PTR BrowseWindow::HandleListNotify(const NMHDR& header) {
         case LVN_ITEMCHANGED:
         case LVN_ODSTATECHANGED:
             parts_->choice.SelectionChanged();
-            parts_->commands.UpdateButtons();
-            ShowWhatConfirmDoes();
+            RowsChanged();
             return TRUE;
         case NM_DBLCLK:
             if (reinterpret_cast<const NMITEMACTIVATE&>(header).iItem >= 0) Confirm();
@@ -256,41 +291,6 @@ INT_PTR BrowseWindow::HandleListNotify(const NMHDR& header) {
     }
 }
 
-void BrowseWindow::HandleListKey(WORD key) {
-    switch (key) {
-        case VK_F2:
-            return parts_->commands.Rename();
-        case VK_DELETE:
-            return parts_->commands.Delete();
-        case VK_BACK:
-            return parts_->navigator.OpenAbove();
-        default:
-            return;
-    }
-}
-
-bool BrowseWindow::TranslateKey(const MSG& message) {
-    if ((message.message != WM_KEYDOWN && message.message != WM_SYSKEYDOWN) ||
-        !IsChild(window_, message.hwnd) || parts_->list.IsEditing()) {
-        return false;
-    }
-    const bool control = GetKeyState(VK_CONTROL) < 0;
-    if (message.wParam == VK_F5) {
-        const BrowseEntry* const focused = parts_->list.Focused();
-        parts_->navigator.Reload({focused ? focused->name : std::string(), {}, {}, true});
-        return true;
-    }
-    if (message.message == WM_SYSKEYDOWN && message.wParam == VK_UP) {
-        parts_->navigator.OpenAbove();
-        return true;
-    }
-    if (control && message.wParam == 'A' && message.hwnd == parts_->list.Control()) {
-        SelectAll();
-        return true;
-    }
-    return false;
-}
-
 void BrowseWindow::SelectAll() const {
     if (!settings_.SelectsSeveral()) return;
     ListView_SetItemState(parts_->list.Control(), -1, LVIS_SELECTED, LVIS_SELECTED);
@@ -298,6 +298,8 @@ void BrowseWindow::SelectAll() const {
 
 void BrowseWindow::Confirm() {
     const HWND focus = GetFocus();
+    if (focus == Control(CONTROL_SEARCH)) return parts_->list.FocusFirst();
+    if (parts_->path.Press(focus)) return;
     if (focus == parts_->tree.Control()) {
         const HTREEITEM item = TreeView_GetSelection(focus);
         if (item != nullptr) TreeView_Expand(focus, item, TVE_TOGGLE);
@@ -317,22 +319,35 @@ void BrowseWindow::Confirm() {
 void BrowseWindow::OpenSelectedFolder(const BrowseEntry& entry) {
     const auto& current = parts_->navigator.Current();
     if (!current || !parts_->navigator.IsLoaded()) return;
-    parts_->navigator.Open({current->depot, current->relative + entry.name + "\\"});
+    const FolderRef folder = parts_->navigator.FolderOf(entry);
+    parts_->navigator.Open({folder.depot, folder.relative + entry.name + "\\"});
 }
 
 void BrowseWindow::FileTypeChanged() {
     const LRESULT chosen = SendMessageW(Control(CONTROL_TYPE), CB_GETCURSEL, 0, 0);
     const bool ownType = chosen == 0 && settings_.fileType != 0;
     parts_->navigator.ShowMatching(PatternOfType(ownType ? settings_.fileType : 0));
+    ShowCount();
 }
 
 void BrowseWindow::FolderChanged() {
     const auto& current = parts_->navigator.Current();
     const std::wstring shown = current ? parts_->tree.ShownPath(*current) : std::wstring();
     SetDlgItemTextW(window_, CONTROL_LOCATION, shown.c_str());
+    if (current) parts_->path.Show(*current, parts_->tree.ShownNames(*current));
+    parts_->path.Enable(parts_->navigator.HasBack(), parts_->navigator.HasForward(),
+                        current && !current->relative.empty());
     parts_->choice.FolderChanged();
+    parts_->search.FolderChanged();
+    parts_->suggestions.Hide();
+    RowsChanged();
+}
+
+void BrowseWindow::RowsChanged() {
+    parts_->preview.SelectionChanged();
     parts_->commands.UpdateButtons();
     ShowWhatConfirmDoes();
+    ShowCount();
 }
 
 // Where a folder would be opened, the button that saves says so.
@@ -352,7 +367,7 @@ void BrowseWindow::AskForHelp() const {
 }
 
 void BrowseWindow::WindowCloses() {
-    KeepSize();
+    KeepWhatIsRemembered();
     closing_ = true;
     mailbox_->Close();
     // The loop finds out with its next message.
@@ -362,6 +377,7 @@ void BrowseWindow::WindowCloses() {
 void BrowseWindow::Finish(BrowseOutcome outcome, std::vector<std::string> paths) {
     outcome_ = outcome;
     chosen_ = std::move(paths);
+    if (!chosen_.empty()) memory_.KeepFolder(settings_.fileType, FolderPrefix(chosen_.front()));
     // The loop looks at the outcome with its next message.
     PostMessageW(window_, WM_NULL, 0, 0);
 }

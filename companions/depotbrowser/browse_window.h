@@ -8,8 +8,10 @@
 
 #include "depotbrowser/browse_icons.h"
 #include "depotbrowser/browse_layout.h"
+#include "depotbrowser/browse_memory.h"
 #include "depotbrowser/browse_settings.h"
 #include "depotbrowser/browse_texts.h"
+#include "depotbrowser/dialog_template.h"
 #include "depotbrowser/file_choice.h"
 #include "depotbrowser/file_commands.h"
 #include "depotbrowser/file_list.h"
@@ -18,6 +20,8 @@
 #include "depotbrowser/status_line.h"
 
 namespace depot {
+
+class ContextMenu;
 
 // One open dialog. The parts borrow from each other and from this object, which outlives them.
 class BrowseWindow {
@@ -49,17 +53,35 @@ private:
     void Place();
     void PlaceWindow() const;
     void LimitSize(MINMAXINFO& limits) const;
-    void KeepSize() const;
+    void KeepWhatIsRemembered() const;
+    void ResolutionChanged(int pixelsPerInch, const RECT& place);
+    void UseFontOfResolution();
+    void HandOnToControls(UINT message, WPARAM first, LPARAM second) const;
 
     INT_PTR HandleCommand(int control, int notification);
     INT_PTR HandleNotify(const NMHDR& header);
     INT_PTR HandleListNotify(const NMHDR& header);
+    void HandleNameNotify(int notification);
+    bool HandleNavigation(int control);
+    bool HandleButton(int control);
+    bool IsSuggestion(LPARAM sender) const;
+    INT_PTR SuggestionClicked(int notification);
     void HandleListKey(WORD key);
     bool TranslateKey(const MSG& message);
+    bool TranslateSystemKey(WPARAM key);
+    bool TranslateControlKey(const MSG& message);
+    bool HandleMouseKey(int key);
+    bool ShowContextMenu(HWND control, LPARAM place);
+    void AddSelectionCommands(ContextMenu& menu) const;
+    void OpenSelected();
+    void GoToFolderOfSelected();
+    void Refresh();
     INT_PTR Answer(LRESULT result) const;
     void Confirm();
     void FileTypeChanged();
     void FolderChanged();
+    void RowsChanged();
+    void ShowCount() const;
     void OpenSelectedFolder(const BrowseEntry& entry);
     void SelectAll() const;
     void ShowWhatConfirmDoes() const;
@@ -74,7 +96,12 @@ private:
     HWND window_ = nullptr;
     std::shared_ptr<WindowMailbox> mailbox_ = std::make_shared<WindowMailbox>();
     std::unique_ptr<Parts> parts_;
+    const BrowseMemory memory_;
     LayoutMetrics metrics_;
+    static constexpr int kUsualResolution = 96;
+    static constexpr int kSmallIcon = 16;  // in units of the usual resolution
+    int pixelsPerInch_ = kUsualResolution;
+    UniqueFont font_;  // of another resolution than the first one
     bool closing_ = false;
     std::optional<BrowseOutcome> outcome_;
     std::vector<std::string> chosen_;

@@ -7,8 +7,8 @@
 #include "depotbrowser/browse_window.h"
 #include "depotbrowser/browse_window_parts.h"
 #include "depotbrowser/dialog_template.h"
+#include "depotbrowser/label_text.h"
 #include "depotbrowser/name_rules.h"
-#include "platform/registry_key.h"
 #include "platform/wide_text.h"
 #include "resource_ids.h"
 // After the Windows headers.
@@ -29,52 +29,23 @@ constexpr int kMessageHeight = 18;
 constexpr int kProgressWidth = 80;
 constexpr int kLeastListHeight = 60;
 constexpr int kLeastTreeWidth = 80;
+constexpr int kLeastPathWidth = 90;
+constexpr int kSearchWidth = 100;
 
 constexpr int kCommandControls[] = {CONTROL_NEW_FOLDER, CONTROL_RENAME, CONTROL_MAKE_COPY,
                                     CONTROL_DELETE};
 
-// The user's key in which the dialog remembers its size, in units of 1/96 inch.
-constexpr char kBrowserKey[] = "Software\\Quillon\\Farrow\\13.00\\DepotBrowser";
-constexpr char kWidthValue[] = "Width";
-constexpr char kHeightValue[] = "Height";
-constexpr int kUnitsPerInch = 96;
-constexpr DWORD kLargestSide = 32000;
-
-int Pixels(DWORD units) {
-    return MulDiv(static_cast<int>(units), PixelsPerInch(), kUnitsPerInch);
-}
-
-// Returns the size in the pixels of this screen; nothing when none is remembered, or one that no
-// screen can have.
-std::optional<SIZE> RememberedSize() {
-    const auto key = RegistryKey::Open(HKEY_CURRENT_USER, kBrowserKey);
-    if (!key) return std::nullopt;
-    const auto width = key->ReadDword(kWidthValue);
-    const auto height = key->ReadDword(kHeightValue);
-    if (!width || !height || *width > kLargestSide || *height > kLargestSide) return std::nullopt;
-    return SIZE{Pixels(*width), Pixels(*height)};
-}
-
-void Remember(const char* name, int pixels) {
-    const auto units = static_cast<DWORD>(MulDiv(pixels, kUnitsPerInch, PixelsPerInch()));
-    RegSetKeyValueA(HKEY_CURRENT_USER, kBrowserKey, name, REG_DWORD, &units, sizeof(units));
-}
-
-SIZE TextSize(HWND control, const std::wstring& text) {
-    const UniqueCanvas canvas(GetDC(control), {control});
-    const auto font = reinterpret_cast<HFONT>(SendMessageW(control, WM_GETFONT, 0, 0));
-    const HGDIOBJ previous = SelectObject(canvas.get(), font);
-    SIZE size = {};
-    GetTextExtentPoint32W(canvas.get(), text.c_str(), static_cast<int>(text.size()), &size);
-    SelectObject(canvas.get(), previous);
-    return size;
+RECT WorkAreaAround(const RECT& area) {
+    MONITORINFO monitor = {};
+    monitor.cbSize = sizeof(monitor);
+    GetMonitorInfoW(MonitorFromRect(&area, MONITOR_DEFAULTTONEAREST), &monitor);
+    return monitor.rcWork;
 }
 
 RECT WorkAreaAround(HWND window) {
-    MONITORINFO monitor = {};
-    monitor.cbSize = sizeof(monitor);
-    GetMonitorInfoW(MonitorFromWindow(window, MONITOR_DEFAULTTONEAREST), &monitor);
-    return monitor.rcWork;
+    RECT area = {};
+    GetWindowRect(window, &area);
+    return WorkAreaAround(area);
 }
 
 // A side of a window or of the screen.
@@ -99,7 +70,9 @@ void BrowseWindow::FillTexts() const {
         {CONTROL_RENAME, IDS_BROWSE_RENAME},
         {CONTROL_MAKE_COPY, IDS_BROWSE_MAKE_COPY},
         {CONTROL_DELETE, IDS_BROWSE_DELETE},
+        {CONTROL_SEARCH_LABEL, IDS_BROWSE_SEARCH},
         {CONTROL_TREE_LABEL, IDS_BROWSE_DEPOTS},
+        {CONTROL_LIST_LABEL, IDS_BROWSE_FILES},
         {CONTROL_STOP, IDS_BROWSE_STOP},
         {CONTROL_NAME_LABEL, IDS_BROWSE_FILE_NAME},
         {CONTROL_TYPE_LABEL, IDS_BROWSE_FILE_TYPE},
@@ -111,16 +84,17 @@ void BrowseWindow::FillTexts() const {
         SetDlgItemTextW(window_, row.control, texts_.Text(row.text).c_str());
     }
     const UINT title = settings_.saves ? IDS_BROWSE_SAVE_AS : IDS_BROWSE_OPEN;
-    SetWindowTextW(window_, texts_.Text(title).c_str());
+    SetWindowTextW(window_, WithoutAccessKey(texts_.Text(title)).c_str());
 }
 
 // The texts that a screen reader reads for controls that show none of their own.
 void BrowseWindow::SetAccessibleNames() const {
-    SetDlgItemTextW(window_, CONTROL_LIST, texts_.Text(IDS_BROWSE_FILES).c_str());
-    SetDlgItemTextW(window_, CONTROL_PROGRESS, texts_.Text(IDS_BROWSE_LOADING).c_str());
-    std::wstring tree = texts_.Text(IDS_BROWSE_DEPOTS);
-    tree.erase(std::remove(tree.begin(), tree.end(), L'&'), tree.end());
-    SetDlgItemTextW(window_, CONTROL_TREE, tree.c_str());
+    const auto name = [this](int control, UINT text) {
+        SetDlgItemTextW(window_, control, WithoutAccessKey(texts_.Text(text)).c_str());
+    };
+    name(CONTROL_LIST, IDS_BROWSE_FILES);
+    name(CONTROL_PROGRESS, IDS_BROWSE_LOADING);
+    name(CONTROL_TREE, IDS_BROWSE_DEPOTS);
 }
 
 void BrowseWindow::FillFileTypes() const {
@@ -154,16 +128,13 @@ int BrowseWindow::ButtonWidth(int control, int least) const {
 }
 
 int BrowseWindow::ButtonWidth(int control, const std::wstring& text) const {
-    RECT edges = {0, 0, kButtonEdges, 0};
-    MapDialogRect(window_, &edges);
-    return static_cast<int>(TextSize(Control(control), text).cx + edges.right);
+    const HWND button = Control(control);
+    return TextWidth(button, text) + static_cast<int>(PixelsOf(button, kButtonEdges, 0).cx);
 }
 
 LayoutMetrics BrowseWindow::Measure() const {
     const auto pixels = [this](int across, int down) {
-        RECT box = {0, 0, across, down};
-        MapDialogRect(window_, &box);
-        return SIZE{box.right, box.bottom};
+        return PixelsOf(Control(IDOK), across, down);
     };
     LayoutMetrics m;
     m.margin = static_cast<int>(pixels(kMargin, 0).cx);
@@ -174,14 +145,19 @@ LayoutMetrics BrowseWindow::Measure() const {
     m.messageHeight = static_cast<int>(pixels(0, kMessageHeight).cy);
     m.progressWidth = static_cast<int>(pixels(kProgressWidth, 0).cx);
     m.listMinimumHeight = static_cast<int>(pixels(0, kLeastListHeight).cy);
+    m.searchWidth = static_cast<int>(pixels(kSearchWidth, 0).cx);
+    m.iconSide = MulDiv(kSmallIcon, pixelsPerInch_, kUsualResolution);
+    m.gripSide = static_cast<int>(pixels(0, kLabelHeight).cy);
+    m.searchLabelWidth = TextWidth(Control(CONTROL_SEARCH_LABEL), texts_.Text(IDS_BROWSE_SEARCH));
+    m.pathMinimumWidth = static_cast<int>(pixels(kLeastPathWidth, 0).cx);
     m.treeMinimumWidth = static_cast<int>(pixels(kLeastTreeWidth, 0).cx);
     const int least = static_cast<int>(pixels(kButtonWidth, 0).cx);
     m.okWidth = std::max({ButtonWidth(IDOK, least), ButtonWidth(IDOK, texts_.Text(IDS_BROWSE_OPEN)),
                           ButtonWidth(IDCANCEL, least), ButtonWidth(CONTROL_HELP, least)});
     m.stopWidth = ButtonWidth(CONTROL_STOP, least);
     for (const int label : {CONTROL_NAME_LABEL, CONTROL_TYPE_LABEL}) {
-        const SIZE size = TextSize(Control(label), TextOf(Control(label)));
-        m.labelWidth = std::max(m.labelWidth, static_cast<int>(size.cx));
+        const int width = TextWidth(Control(label), TextOf(Control(label)));
+        m.labelWidth = std::max(m.labelWidth, width);
     }
     if (settings_.OffersCommands()) {
         for (const int command : kCommandControls) {
@@ -203,7 +179,10 @@ void BrowseWindow::Place() {
     }
     MoveTo(Control(CONTROL_TREE_LABEL), layout.treeLabel);
     MoveTo(Control(CONTROL_TREE), layout.tree);
-    MoveTo(Control(CONTROL_LOCATION), layout.location);
+    MoveTo(Control(CONTROL_LOCATION), layout.path);
+    MoveTo(Control(CONTROL_SEARCH_LABEL), layout.searchLabel);
+    MoveTo(Control(CONTROL_SEARCH), layout.search);
+    MoveTo(Control(CONTROL_LIST_LABEL), layout.listLabel);
     MoveTo(Control(CONTROL_LIST), layout.list);
     MoveTo(Control(CONTROL_NAME_LABEL), layout.nameLabel);
     MoveTo(Control(CONTROL_NAME), layout.name);
@@ -216,6 +195,12 @@ void BrowseWindow::Place() {
     MoveTo(Control(CONTROL_HELP), layout.help);
     MoveTo(Control(IDOK), layout.ok);
     MoveTo(Control(IDCANCEL), layout.cancel);
+    MoveTo(Control(CONTROL_DETAILS), layout.details);
+    MoveTo(Control(CONTROL_STATUS), layout.status);
+    MoveTo(Control(CONTROL_GRIP), layout.grip);
+    ShowWindow(Control(CONTROL_GRIP), IsZoomed(window_) ? SW_HIDE : SW_SHOW);
+    parts_->path.Place(layout);
+    parts_->suggestions.Hide();
     parts_->status.Place(layout);
     // Nothing that was drawn for the last size is left anywhere, nor in the parts of the controls.
     RedrawWindow(window_, nullptr, nullptr,
@@ -231,19 +216,25 @@ void BrowseWindow::LimitSize(MINMAXINFO& limits) const {
     limits.ptMinTrackSize = {frame.right - frame.left, frame.bottom - frame.top};
 }
 
-// Gives the window the remembered size and puts it over its owner, all of it on the screen.
+// Gives the window the remembered size and place, or puts it over its owner, all of it on the
+// screen.
 void BrowseWindow::PlaceWindow() const {
     RECT now = {};
     GetWindowRect(window_, &now);
     SIZE size = {now.right - now.left, now.bottom - now.top};
-    if (settings_.rememberSize) size = RememberedSize().value_or(size);
+    size = memory_.Size(pixelsPerInch_).value_or(size);
     MINMAXINFO limits = {};
     LimitSize(limits);
-    const RECT screen = WorkAreaAround(settings_.owner ? settings_.owner : window_);
+    const std::optional<POINT> last = memory_.Position();
+    const RECT there = last ? RECT{last->x, last->y, last->x + size.cx, last->y + size.cy} : now;
+    const RECT screen =
+        last ? WorkAreaAround(there) : WorkAreaAround(settings_.owner ? settings_.owner : window_);
     size.cx = std::min(std::max(size.cx, limits.ptMinTrackSize.x), screen.right - screen.left);
     size.cy = std::min(std::max(size.cy, limits.ptMinTrackSize.y), screen.bottom - screen.top);
     RECT over = screen;
-    if (settings_.owner != nullptr && !IsIconic(settings_.owner)) {
+    if (last) {
+        over = {last->x, last->y, last->x + size.cx, last->y + size.cy};
+    } else if (settings_.owner != nullptr && !IsIconic(settings_.owner)) {
         GetWindowRect(settings_.owner, &over);
     }
     const int x = Centred(size.cx, {over.left, over.right}, {screen.left, screen.right});
@@ -251,14 +242,15 @@ void BrowseWindow::PlaceWindow() const {
     MoveTo(window_, {x, y, static_cast<int>(size.cx), static_cast<int>(size.cy)});
 }
 
-void BrowseWindow::KeepSize() const {
-    if (!settings_.rememberSize) return;
+void BrowseWindow::KeepWhatIsRemembered() const {
     WINDOWPLACEMENT placement = {};
     placement.length = sizeof(placement);
-    if (!GetWindowPlacement(window_, &placement)) return;
-    const RECT& area = placement.rcNormalPosition;
-    Remember(kWidthValue, area.right - area.left);
-    Remember(kHeightValue, area.bottom - area.top);
+    if (GetWindowPlacement(window_, &placement)) {
+        memory_.KeepPlace(placement.rcNormalPosition, pixelsPerInch_);
+    }
+    if (!parts_) return;
+    memory_.KeepColumns(parts_->list.ColumnWidths(), pixelsPerInch_);
+    memory_.KeepOrder(parts_->list.Order());
 }
 
 }  // namespace depot

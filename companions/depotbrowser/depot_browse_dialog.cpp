@@ -75,7 +75,8 @@ STDMETHODIMP CDepotBrowseDialog::put_FileType(LONG lFileType) noexcept try {
 }
 
 STDMETHODIMP CDepotBrowseDialog::put_SortColumn(LONG lColumn) noexcept {
-    settings_.order.column = ColumnOf(lColumn);
+    settings_.hasOrder = true;
+    settings_.order.column = ColumnOf(lColumn < kColumns ? lColumn : 0);
     return S_OK;
 }
 

@@ -36,6 +36,7 @@ public:
     STDMETHODIMP put_FileType(LONG lFileType) noexcept override;
     STDMETHODIMP put_SortColumn(LONG lColumn) noexcept override;
     STDMETHODIMP put_SortDescending(LONG lDescending) noexcept override {
+        settings_.hasOrder = true;
         return Switch(settings_.order.descending, lDescending);
     }
     STDMETHODIMP put_ResourceFolder(BSTR bstrFolder) noexcept override;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "depotbrowser/name_rules.h"
 #include "depotbrowser/worker_notices.h"
 #include "fileops/enumerate.h"
 #include "manager/display_path.h"
@@ -24,6 +25,7 @@ BrowseEntry EntryOf(const CDepotItem& item, bool hasDetails) {
     BrowseEntry entry;
     entry.name = NamePart(RemoveTrailingBackslash(item.path));
     entry.shownName = WideFromAnsi(entry.name);
+    entry.foldedName = FoldedName(entry.shownName);
     // The kind flags of some files have the bit of folders, too.
     entry.isFolder = item.findData != nullptr &&
                      (item.findData->dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
@@ -71,6 +73,11 @@ std::string ReasonOf(const Result& result) {
     const Error& why = result.Why();
     const bool hasSystemCode = why.kind == CodeKind::kSystem && why.code != ERROR_SUCCESS;
     return hasSystemCode ? SystemText(why.code) : why.text;
+}
+
+std::wstring FoldedName(std::wstring name) {
+    CharLowerBuffW(name.data(), static_cast<DWORD>(name.size()));
+    return name;
 }
 
 Listing ListFolder(DepotSession& session, const FolderRef& folder) {
@@ -136,6 +143,21 @@ LocatedPath LocatePath(DepotSession& session, const std::string& path) {
     located.found = true;
     located.folder = {{depot->name, depot->rootKey}, FolderPrefix(rest)};
     located.name = rest.substr(located.folder.relative.size());
+    return located;
+}
+
+LocatedPath LocateExistingFolder(DepotSession& session, const std::string& path) {
+    LocatedPath located = LocatePath(session, EnsureTrailingBackslash(path));
+    CDepot* const depot =
+        located.found ? FindDepot(session.Depots(), located.folder.depot) : nullptr;
+    // Nothing leads above a depot's root.
+    const bool leadsUp = FollowPath({}, located.folder.relative).folder != located.folder.relative;
+    if (depot == nullptr || leadsUp) return {};
+    const StorePath place = PlaceOf(*depot, FolderPath(*depot, located.folder.relative));
+    const auto local = place.store->LocalPath(place.path);
+    const DWORD attributes = local ? GetFileAttributesA(local->c_str()) : FILE_ATTRIBUTE_DIRECTORY;
+    located.found =
+        attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
     return located;
 }
 

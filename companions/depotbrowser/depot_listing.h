@@ -17,6 +17,9 @@ std::string SystemText(DWORD error);
 std::string DirectoryReason(CDepot& depot);
 std::string ReasonOf(const Result& result);
 
+// A name in the letters in which searches compare.
+std::wstring FoldedName(std::wstring name);
+
 // What a folder holds.
 struct Listing {
     bool succeeded = false;
@@ -51,5 +54,9 @@ struct LocatedPath {
 // Finds the folder of a display path, with the depot's key name or its localized name, or of a path
 // of the file system. Nothing is looked for in the folder.
 LocatedPath LocatePath(DepotSession& session, const std::string& path);
+
+// The same for the path of a folder. One of the file system that is gone is not found; whether a
+// directory has it still is left to whoever opens it.
+LocatedPath LocateExistingFolder(DepotSession& session, const std::string& path);
 
 }  // namespace depot

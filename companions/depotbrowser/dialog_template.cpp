@@ -76,6 +76,53 @@ DialogTemplate LoadDialogTemplate(HMODULE module, WORD dialog) {
     return WithFont({words, SizeofResource(module, found) / sizeof(WORD)}, SystemMessageFont());
 }
 
+int PixelsPerInch(HWND window) {
+    // Known from Windows 10 on.
+    using GetDpi = UINT(WINAPI*)(HWND window);
+    static const auto getDpi = reinterpret_cast<GetDpi>(reinterpret_cast<void*>(
+        GetProcAddress(GetModuleHandleW(L"user32.dll"), "GetDpiForWindow")));
+    const UINT found = getDpi != nullptr ? getDpi(window) : 0;
+    return found != 0 ? static_cast<int>(found) : PixelsPerInch();
+}
+
+UniqueFont MessageFontAt(int pixelsPerInch) {
+    NONCLIENTMETRICSW metrics = {};
+    metrics.cbSize = sizeof(metrics);
+    if (!SystemParametersInfoW(SPI_GETNONCLIENTMETRICS, sizeof(metrics), &metrics, 0)) return {};
+    LOGFONTW font = metrics.lfMessageFont;
+    font.lfHeight = MulDiv(static_cast<int>(font.lfHeight), pixelsPerInch, PixelsPerInch());
+    return UniqueFont(CreateFontIndirectW(&font));
+}
+
+SIZE PixelsOf(HWND control, int across, int down) {
+    // As the system measures them: by the widths of all letters, and the height of a line.
+    constexpr std::wstring_view kLetters = L"ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz";
+    constexpr int kCount = static_cast<int>(kLetters.size());
+    const UniqueCanvas canvas(GetDC(control), {control});
+    const auto font = reinterpret_cast<HFONT>(SendMessageW(control, WM_GETFONT, 0, 0));
+    const HGDIOBJ previous = SelectObject(canvas.get(), font);
+    SIZE letters = {};
+    TEXTMETRICW metrics = {};
+    GetTextExtentPoint32W(canvas.get(), kLetters.data(), kCount, &letters);
+    GetTextMetricsW(canvas.get(), &metrics);
+    SelectObject(canvas.get(), previous);
+    const int width = (static_cast<int>(letters.cx) / (kCount / 2) + 1) / 2;
+    constexpr int kAcross = 4, kDown = 8;
+    return {MulDiv(across, width, kAcross),
+            MulDiv(down, static_cast<int>(metrics.tmHeight), kDown)};
+}
+
+int TextWidth(HWND control, const std::wstring& label) {
+    const UniqueCanvas canvas(GetDC(control), {control});
+    const auto font = reinterpret_cast<HFONT>(SendMessageW(control, WM_GETFONT, 0, 0));
+    const HGDIOBJ previous = SelectObject(canvas.get(), font);
+    RECT area = {};
+    DrawTextW(canvas.get(), label.c_str(), static_cast<int>(label.size()), &area,
+              DT_CALCRECT | DT_SINGLELINE);
+    SelectObject(canvas.get(), previous);
+    return static_cast<int>(area.right);
+}
+
 std::wstring TextOf(HWND control) {
     std::wstring text(static_cast<std::size_t>(GetWindowTextLengthW(control)) + 1, L'\0');
     const int length = GetWindowTextW(control, text.data(), static_cast<int>(text.size()));

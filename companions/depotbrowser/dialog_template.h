@@ -47,4 +47,23 @@ struct CanvasReleaser {
 };
 using UniqueCanvas = std::unique_ptr<std::remove_pointer_t<HDC>, CanvasReleaser>;
 
+// The resolution of the screen that a window of this program is on, as far as the program can tell
+// screens apart.
+int PixelsPerInch(HWND window);
+
+struct FontDeleter {
+    void operator()(HFONT font) const { DeleteObject(font); }
+};
+using UniqueFont = std::unique_ptr<std::remove_pointer_t<HFONT>, FontDeleter>;
+
+// The font of the system's message boxes on a screen of that resolution; null when the system does
+// not say.
+UniqueFont MessageFontAt(int pixelsPerInch);
+
+// Returns dialog units in pixels, in the font that a control has now.
+SIZE PixelsOf(HWND control, int across, int down);
+
+// Returns the pixels that a label takes on one line of a control, in its font.
+int TextWidth(HWND control, const std::wstring& label);
+
 }  // namespace depot

@@ -19,6 +19,8 @@ int CompareColumn(const BrowseEntry& left, const BrowseEntry& right, Column colu
             return Compare(left.size, right.size);
         case Column::kDate:
             return Compare(left.date, right.date);
+        case Column::kFolder:
+            return compareNames(left.shownFolder, right.shownFolder);
         default:
             return compareNames(left.shownName, right.shownName);
     }
@@ -31,6 +33,7 @@ void SortRows(std::vector<std::size_t>& rows, const std::vector<BrowseEntry>& en
     std::stable_sort(rows.begin(), rows.end(), [&](std::size_t one, std::size_t other) {
         const BrowseEntry& left = entries[one];
         const BrowseEntry& right = entries[other];
+        if (left.elsewhere.has_value() != right.elsewhere.has_value()) return !left.elsewhere;
         if (left.isFolder != right.isFolder) return left.isFolder;
         const int byColumn = CompareColumn(left, right, order.column, compareNames);
         if (byColumn != 0) return order.descending ? byColumn > 0 : byColumn < 0;
@@ -43,7 +46,8 @@ EntryOrder OrderAfterClick(EntryOrder order, Column clicked) {
 }
 
 Column ColumnOf(long number) {
-    return number > 0 && number < kColumns ? static_cast<Column>(number) : Column::kName;
+    return number > 0 && number <= static_cast<long>(Column::kFolder) ? static_cast<Column>(number)
+                                                                      : Column::kName;
 }
 
 }  // namespace depot

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -19,11 +20,15 @@ struct BrowseEntry {
     std::uint64_t size = 0;
     std::uint64_t date = 0;  // in the file system's units of 100 nanoseconds
     std::wstring typeName;
+    std::wstring foldedName;  // the shown name in the letters in which searches compare
+    // The relative folder of an entry that a search found in another one than the shown.
+    std::optional<std::string> elsewhere;
+    std::wstring shownFolder;
 };
 
 // The columns from the left, as clients number them.
-enum class Column { kName, kType, kSize, kDate };
-inline constexpr int kColumns = 4;
+enum class Column { kName, kType, kSize, kDate, kFolder };
+inline constexpr int kColumns = 4;  // those that are always there
 
 struct EntryOrder {
     Column column = Column::kName;
@@ -33,7 +38,8 @@ struct EntryOrder {
 // Compares two names as the user expects them ordered: negative, 0 or positive.
 using CompareNames = std::function<int(const std::wstring& left, const std::wstring& right)>;
 
-// Puts the rows, which are indexes into `entries`, in order: folders always before files, then by
+// Puts the rows, which are indexes into `entries`, in order: the shown folder's always before those
+// of others, folders before files, then by
 // the column, then by name. Only the column's own order is turned round by `descending`.
 void SortRows(std::vector<std::size_t>& rows, const std::vector<BrowseEntry>& entries,
               EntryOrder order, const CompareNames& compareNames);

@@ -56,6 +56,16 @@ void FileChoice::Begin(const std::wstring& path, const FolderRef& otherwise) {
         });
 }
 
+void FileChoice::BeginIn(const std::string& folder, const FolderRef& otherwise) {
+    parts_.navigator.RunAnywhere(
+        IDS_BROWSE_LOADING,
+        [folder](DepotSession& session) { return LocateExistingFolder(session, folder); },
+        [this, otherwise](const LocatedPath& located) {
+            if (parts_.navigator.Current()) return;
+            parts_.navigator.Open(located.found ? located.folder : otherwise);
+        });
+}
+
 void FileChoice::SelectionChanged() {
     const std::vector<const BrowseEntry*> selected = parts_.list.Selected();
     if (selected.empty() || parts_.navigator.IsRestoring()) return;
@@ -112,12 +122,12 @@ void FileChoice::Accept() {
 
 void FileChoice::AcceptSelected(const std::vector<const BrowseEntry*>& files) {
     if (parts_.settings.saves) {
-        return SaveFile(FolderRef(*parts_.navigator.Current()), files.front()->name, true);
+        return SaveFile(parts_.navigator.FolderOf(*files.front()), files.front()->name, true);
     }
     std::vector<std::string> paths;
     paths.reserve(files.size());
     for (const BrowseEntry* file : files) {
-        paths.push_back(parts_.navigator.FolderPath() + file->name);
+        paths.push_back(parts_.navigator.PathOf(*file));
     }
     finish_(std::move(paths));
 }

@@ -23,6 +23,9 @@ public:
     // and `otherwise` is opened.
     void Begin(const std::wstring& path, const FolderRef& otherwise);
 
+    // Opens the folder of a display path, or `otherwise` where it is not there any more.
+    void BeginIn(const std::string& folder, const FolderRef& otherwise);
+
     // Shows the selected files in the field. A folder that was selected leaves none there that was
     // selected before.
     void SelectionChanged();

@@ -4,6 +4,7 @@
 
 #include "depotbrowser/browse_ids.h"
 #include "depotbrowser/column_text.h"
+#include "depotbrowser/label_text.h"
 #include "depotbrowser/name_rules.h"
 #include "platform/wide_text.h"
 #include "resource_ids.h"
@@ -30,7 +31,14 @@ bool FileCommands::CanChange() const {
 }
 
 bool FileCommands::CanRename() const {
-    return CanChange() && parts_.list.Selected().size() == 1;
+    return CanChange() && parts_.list.Selected().size() == 1 && HasSelectionHere();
+}
+
+bool FileCommands::HasSelectionHere() const {
+    const auto selected = parts_.list.Selected();
+    return !selected.empty() &&
+           std::none_of(selected.begin(), selected.end(),
+                        [](const BrowseEntry* entry) { return entry->elsewhere.has_value(); });
 }
 
 // Has a worker do the change in the shown folder and shows what became of it.
@@ -65,7 +73,7 @@ void FileCommands::EditAgain(const std::wstring& typed) const {
 
 void FileCommands::NewFolder() {
     if (!CanChange()) return;
-    const auto name = ExactAnsiFromWide(parts_.texts.Text(IDS_BROWSE_NEW_FOLDER));
+    const auto name = ExactAnsiFromWide(WithoutAccessKey(parts_.texts.Text(IDS_BROWSE_NEW_FOLDER)));
     Run(
         [name = name.value_or("Folder")](DepotSession& session, const FolderRef& folder) {
             return MakeFolder(session, folder, name);
@@ -107,7 +115,7 @@ void FileCommands::NameEdited(const NMLVDISPINFOW& edited) {
 
 void FileCommands::MakeCopy() {
     const auto selected = parts_.list.Selected();
-    if (!CanChange() || selected.empty() || !AllAreFiles(selected)) return;
+    if (!CanChange() || !HasSelectionHere() || !AllAreFiles(selected)) return;
     Run(
         [names = NamesOf(selected)](DepotSession& session, const FolderRef& folder) {
             return CopyItems(session, folder, names);
@@ -117,7 +125,7 @@ void FileCommands::MakeCopy() {
 
 void FileCommands::Delete() {
     const auto selected = parts_.list.Selected();
-    if (!CanChange() || selected.empty()) return;
+    if (!CanChange() || !HasSelectionHere()) return;
     Deletion deletion = {*parts_.navigator.Current(), NamesOf(selected), {}, ++deletions_};
     for (const BrowseEntry* entry : selected) {
         if (entry->isFolder) deletion.folderNames.push_back(entry->name);
@@ -160,14 +168,15 @@ bool FileCommands::ConfirmDeletion(const Deletion& deletion, const DeletionExten
         question += L"\n";
     }
     question += texts.Text(extent.recycled ? IDS_BROWSE_DELETE_RECYCLED : IDS_BROWSE_DELETE_FINAL);
-    return MessageBoxW(parts_.dialog, question.c_str(), texts.Text(IDS_BROWSE_DELETE).c_str(),
+    const std::wstring title = WithoutAccessKey(texts.Text(IDS_BROWSE_DELETE));
+    return MessageBoxW(parts_.dialog, question.c_str(), title.c_str(),
                        MB_YESNO | MB_ICONWARNING | MB_DEFBUTTON2) == IDYES;
 }
 
 void FileCommands::UpdateButtons() const {
     if (!parts_.settings.OffersCommands()) return;
     const auto selected = parts_.list.Selected();
-    const bool some = CanChange() && !selected.empty();
+    const bool some = CanChange() && HasSelectionHere();
     const struct {
         int control;
         bool usable;

@@ -38,6 +38,8 @@ private:
 
     bool CanChange() const;
     bool CanRename() const;
+    // Whether something is selected, all of it in the shown folder.
+    bool HasSelectionHere() const;
     void EditAgain(const std::wstring& typed) const;
     struct Deletion {
         FolderRef folder;

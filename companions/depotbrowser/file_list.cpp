@@ -48,23 +48,41 @@ FileList::FileList(HWND control, BrowseIcons& icons, const BrowseTexts& texts,
     ListView_SetExtendedListViewStyle(
         control_, LVS_EX_FULLROWSELECT | LVS_EX_DOUBLEBUFFER | LVS_EX_LABELTIP | LVS_EX_INFOTIP);
     ListView_SetImageList(control_, icons_.List(), LVSIL_SMALL);
-    AddColumns(texts);
+    AddColumns();
 }
 
-void FileList::AddColumns(const BrowseTexts& texts) {
-    const auto digit = static_cast<int>(
-        SendMessageW(control_, LVM_GETSTRINGWIDTHW, 0, reinterpret_cast<LPARAM>(L"0")));
+void FileList::AddColumns() {
     for (int index = 0; index < kColumns; ++index) {
         const ColumnStyle& style = kColumnStyles[index];
-        std::wstring title = texts.Text(style.title);
-        LVCOLUMNW column = {};
-        column.mask = LVCF_TEXT | LVCF_WIDTH | LVCF_FMT | LVCF_SUBITEM;
-        column.pszText = title.data();
-        column.cx = digit * style.characters;
-        column.fmt = style.format;
-        column.iSubItem = index;
-        SendMessageW(control_, LVM_INSERTCOLUMNW, static_cast<WPARAM>(index),
-                     reinterpret_cast<LPARAM>(&column));
+        AddColumn(ColumnOf(index), style.title, style.characters, style.format);
+    }
+    ShowOrder();
+}
+
+void FileList::AddColumn(Column which, UINT title, int characters, int format) {
+    const auto digit = static_cast<int>(
+        SendMessageW(control_, LVM_GETSTRINGWIDTHW, 0, reinterpret_cast<LPARAM>(L"0")));
+    std::wstring text = texts_.Text(title);
+    LVCOLUMNW column = {};
+    column.mask = LVCF_TEXT | LVCF_WIDTH | LVCF_FMT | LVCF_SUBITEM;
+    column.pszText = text.data();
+    column.cx = digit * characters;
+    column.fmt = format;
+    column.iSubItem = static_cast<int>(which);
+    SendMessageW(control_, LVM_INSERTCOLUMNW, static_cast<WPARAM>(which),
+                 reinterpret_cast<LPARAM>(&column));
+}
+
+// The folder is of interest only where entries are of several.
+void FileList::ShowFolderColumn(bool shows) {
+    if (shows == hasFolderColumn_) return;
+    hasFolderColumn_ = shows;
+    if (shows) {
+        constexpr int kCharacters = 26;
+        AddColumn(Column::kFolder, IDS_BROWSE_FOLDER, kCharacters, LVCFMT_LEFT);
+    } else {
+        ListView_DeleteColumn(control_, static_cast<int>(Column::kFolder));
+        if (order_.column == Column::kFolder) order_ = {};
     }
     ShowOrder();
 }
@@ -72,7 +90,37 @@ void FileList::AddColumns(const BrowseTexts& texts) {
 void FileList::SetEntries(std::vector<BrowseEntry> entries) {
     entries_ = std::move(entries);
     for (BrowseEntry& entry : entries_) entry.typeName = texts_.TypeName(entry);
+    ShowFolderColumn(false);
     ShowRows();
+}
+
+void FileList::Search(const SearchWords& words) {
+    words_ = words;
+    std::erase_if(entries_, [](const BrowseEntry& entry) { return entry.elsewhere.has_value(); });
+    ShowFolderColumn(!words.IsEmpty());
+    ShowRows();
+}
+
+void FileList::AppendFound(const std::vector<BrowseEntry>& found) {
+    const std::size_t first = entries_.size();
+    std::vector<std::size_t> rows;
+    for (const BrowseEntry& entry : found) {
+        entries_.push_back(entry);
+        entries_.back().typeName = texts_.TypeName(entry);
+        if (IsToBeShown(entry)) rows.push_back(entries_.size() - 1);
+    }
+    if (first == entries_.size()) return;
+    ShowFolderColumn(true);
+    SortRows(rows, entries_, order_, CompareLikeTheShell);
+    rows_.insert(rows_.end(), rows.begin(), rows.end());
+    // Neither the selection nor what is in sight changes.
+    ListView_SetItemCountEx(control_, static_cast<int>(rows_.size()),
+                            LVSICF_NOINVALIDATEALL | LVSICF_NOSCROLL);
+}
+
+bool FileList::IsToBeShown(const BrowseEntry& entry) const {
+    if (!entry.elsewhere && !words_.Match(entry.foldedName)) return false;
+    return entry.isFolder || MatchesPattern(entry.name, pattern_);
 }
 
 void FileList::SetPattern(const std::string& pattern) {
@@ -92,8 +140,7 @@ void FileList::SetOrder(EntryOrder order) {
 void FileList::ShowRows() {
     rows_.clear();
     for (std::size_t index = 0; index < entries_.size(); ++index) {
-        const BrowseEntry& entry = entries_[index];
-        if (entry.isFolder || MatchesPattern(entry.name, pattern_)) rows_.push_back(index);
+        if (IsToBeShown(entries_[index])) rows_.push_back(index);
     }
     SortRows(rows_, entries_, order_, CompareLikeTheShell);
     ListView_SetItemState(control_, -1, 0, LVIS_SELECTED | LVIS_FOCUSED);
@@ -101,9 +148,30 @@ void FileList::ShowRows() {
     InvalidateRect(control_, nullptr, TRUE);
 }
 
+std::vector<int> FileList::ColumnWidths() const {
+    std::vector<int> widths;
+    for (int column = 0; column < kColumns; ++column) {
+        widths.push_back(ListView_GetColumnWidth(control_, column));
+    }
+    return widths;
+}
+
+void FileList::SetColumnWidths(const std::vector<int>& widths) const {
+    for (std::size_t column = 0; column < widths.size(); ++column) {
+        ListView_SetColumnWidth(control_, static_cast<int>(column), widths[column]);
+    }
+}
+
+void FileList::ResolutionChanged(int before, int now) const {
+    ListView_SetImageList(control_, icons_.List(), LVSIL_SMALL);
+    std::vector<int> widths = ColumnWidths();
+    for (int& width : widths) width = MulDiv(width, now, before);
+    SetColumnWidths(widths);
+}
+
 void FileList::ShowOrder() const {
     const HWND header = ListView_GetHeader(control_);
-    for (int index = 0; index < kColumns; ++index) {
+    for (int index = 0; index < Header_GetItemCount(header); ++index) {
         HDITEMW item = {};
         item.mask = HDI_FORMAT;
         SendMessageW(header, HDM_GETITEMW, static_cast<WPARAM>(index),
@@ -133,8 +201,9 @@ const BrowseEntry* FileList::Focused() const {
 
 const BrowseEntry* FileList::Find(const std::string& name) const {
     const auto found =
-        std::find_if(entries_.begin(), entries_.end(),
-                     [&](const BrowseEntry& entry) { return EqualsNoCase(entry.name, name); });
+        std::find_if(entries_.begin(), entries_.end(), [&](const BrowseEntry& entry) {
+            return !entry.elsewhere && EqualsNoCase(entry.name, name);
+        });
     return found == entries_.end() ? nullptr : &*found;
 }
 
@@ -144,7 +213,7 @@ const BrowseEntry* FileList::EntryAt(int row) const {
 
 bool FileList::Select(const std::string& name) {
     const auto found = std::find_if(rows_.begin(), rows_.end(), [&](std::size_t index) {
-        return EqualsNoCase(entries_[index].name, name);
+        return !entries_[index].elsewhere && EqualsNoCase(entries_[index].name, name);
     });
     if (found == rows_.end()) return false;
     const int row = static_cast<int>(found - rows_.begin());
@@ -153,6 +222,12 @@ bool FileList::Select(const std::string& name) {
                           LVIS_SELECTED | LVIS_FOCUSED);
     ListView_EnsureVisible(control_, row, FALSE);
     return true;
+}
+
+void FileList::FocusFirst() const {
+    SetFocus(control_);
+    if (rows_.empty() || ListView_GetNextItem(control_, -1, LVNI_SELECTED) >= 0) return;
+    ListView_SetItemState(control_, 0, LVIS_SELECTED | LVIS_FOCUSED, LVIS_SELECTED | LVIS_FOCUSED);
 }
 
 void FileList::EditName(const std::wstring& proposed) const {
@@ -213,6 +288,8 @@ std::wstring FileList::CellText(const BrowseEntry& entry, Column column) const {
             return texts_.SizeText(entry);
         case Column::kDate:
             return BrowseTexts::DateText(entry);
+        case Column::kFolder:
+            return entry.shownFolder;
         default:
             return entry.shownName;
     }

@@ -8,6 +8,7 @@
 #include "depotbrowser/browse_icons.h"
 #include "depotbrowser/browse_texts.h"
 #include "depotbrowser/entry_order.h"
+#include "depotbrowser/name_search.h"
 
 namespace depot {
 
@@ -21,12 +22,23 @@ public:
     void SetEntries(std::vector<BrowseEntry> entries);
     void SetPattern(const std::string& pattern);
     void SetOrder(EntryOrder order);
+    // Shows of the folder only what matches; what was found elsewhere is forgotten.
+    void Search(const SearchWords& words);
+    // Adds what matches elsewhere, below what is shown.
+    void AppendFound(const std::vector<BrowseEntry>& found);
 
     const std::vector<BrowseEntry>& Entries() const { return entries_; }
     std::size_t RowCount() const { return rows_.size(); }
     // How many entries the pattern does not let pass.
     std::size_t HiddenCount() const { return entries_.size() - rows_.size(); }
     const std::string& Pattern() const { return pattern_; }
+
+    // The widths of the columns that are always there; other widths are left as they are.
+    std::vector<int> ColumnWidths() const;
+    void SetColumnWidths(const std::vector<int>& widths) const;
+    // The screen has another resolution: its size and that of the images changes all widths.
+    void ResolutionChanged(int before, int now) const;
+    EntryOrder Order() const { return order_; }
 
     // The selected entries from the top.
     std::vector<const BrowseEntry*> Selected() const;
@@ -38,7 +50,9 @@ public:
     // Returns the entry of a row; null when there is no such row.
     const BrowseEntry* EntryAt(int row) const;
 
-    // Selects the entry alone and shows it. Returns whether it is there.
+    // Gives the list the focus, and the first row where none is selected.
+    void FocusFirst() const;
+    // Selects the entry of the shown folder alone and shows it. Returns whether it is there.
     bool Select(const std::string& name);
     // Has the user change the name of the entry with the focus. The name that is proposed is its
     // own unless there is another one.
@@ -54,7 +68,10 @@ public:
     HWND Control() const { return control_; }
 
 private:
-    void AddColumns(const BrowseTexts& texts);
+    void AddColumns();
+    void AddColumn(Column column, UINT title, int characters, int format);
+    void ShowFolderColumn(bool shows);
+    bool IsToBeShown(const BrowseEntry& entry) const;
     void ShowRows();
     void ShowOrder() const;
     void FillCell(LVITEMW& cell);
@@ -68,6 +85,8 @@ private:
     std::vector<BrowseEntry> entries_;
     std::vector<std::size_t> rows_;  // indexes into the entries
     std::string pattern_ = "*.*";
+    SearchWords words_;
+    bool hasFolderColumn_ = false;
     EntryOrder order_;
 };
 

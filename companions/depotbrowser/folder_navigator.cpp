@@ -34,6 +34,7 @@ unsigned FolderNavigator::Begin(const DepotRef& depot, UINT text) {
 void FolderNavigator::Open(const FolderRef& folder, const AfterLoading& after) {
     if (current_ != folder) parts_.list.SetEntries({});
     current_ = folder;
+    visited_.Visit(folder);
     loaded_ = false;
     parts_.tree.Select(folder);
     const unsigned ticket = Begin(folder.depot, IDS_BROWSE_LOADING);
@@ -114,6 +115,29 @@ void FolderNavigator::OpenAbove() {
     if (!current_ || current_->relative.empty()) return;
     const std::string left = NamePart(RemoveTrailingBackslash(current_->relative));
     Open({current_->depot, FolderAbove(current_->relative)}, {left, {}, {}, true});
+}
+
+void FolderNavigator::OpenBack() {
+    if (const auto folder = visited_.Back()) Open(*folder);
+}
+
+void FolderNavigator::OpenForward() {
+    if (const auto folder = visited_.Forward()) Open(*folder);
+}
+
+FolderRef FolderNavigator::FolderOf(const BrowseEntry& entry) const {
+    return entry.elsewhere ? FolderRef{current_->depot, *entry.elsewhere} : *current_;
+}
+
+std::string FolderNavigator::PathOf(const BrowseEntry& entry) const {
+    const std::string depot = folderPath_.substr(0, folderPath_.size() - current_->relative.size());
+    return depot + entry.elsewhere.value_or(current_->relative) + entry.name;
+}
+
+void FolderNavigator::ShowAsBusy(UINT text) {
+    if (!current_) return;
+    busyDepot_ = current_->depot;
+    parts_.status.ShowBusy(parts_.texts.Text(text));
 }
 
 void FolderNavigator::Stop() {

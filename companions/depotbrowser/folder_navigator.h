@@ -16,6 +16,7 @@
 #include "depotbrowser/file_list.h"
 #include "depotbrowser/folder_tree.h"
 #include "depotbrowser/status_line.h"
+#include "depotbrowser/visited.h"
 
 namespace depot {
 
@@ -45,10 +46,17 @@ public:
     void Open(const FolderRef& folder, const AfterLoading& after = {});
     void Reload(const AfterLoading& after);
     void OpenAbove();
+    // Opens what was shown before, or again what was left by that way.
+    void OpenBack();
+    void OpenForward();
+    bool HasBack() const { return visited_.HasBack(); }
+    bool HasForward() const { return visited_.HasForward(); }
     // Finds out which folders one holds, for the tree alone.
     void LoadFolders(const FolderRef& folder);
     // Shows the files that match; where none does, it is said how many others there are.
     void ShowMatching(const std::string& pattern);
+    // Says so where no entry is shown.
+    void ShowEmptiness();
     // Gives up what is at work. The depot that hangs gets another worker at the next need.
     void Stop();
 
@@ -57,6 +65,9 @@ public:
     // Whether its entries are in the list. Its display path is known from then on.
     bool IsLoaded() const { return loaded_; }
     const std::string& FolderPath() const { return folderPath_; }
+    // The folder and the display path of an entry, which may have been found in another folder.
+    FolderRef FolderOf(const BrowseEntry& entry) const;
+    std::string PathOf(const BrowseEntry& entry) const;
     // Whether a selection is being made that is no choice of the user.
     bool IsRestoring() const { return restoring_; }
 
@@ -77,6 +88,14 @@ public:
         Run(kNoDepot, text, std::move(work), std::move(done));
     }
 
+    // The same without a change of what is shown and without an end by other work.
+    template <class Work, class Done>
+    void RunQuietly(const DepotRef& depot, Work work, Done done) {
+        Worker(depot).Post(std::move(work), std::move(done));
+    }
+    // Shows the depot of the shown folder as busy: Stop ends its work.
+    void ShowAsBusy(UINT text);
+
 private:
     static const DepotRef kNoDepot;
 
@@ -89,11 +108,11 @@ private:
     unsigned Begin(const DepotRef& depot, UINT text);
     void Show(const FolderRef& folder, const Listing& listing, const AfterLoading& after);
     void ShowOutcome(const FolderRef& folder, const Listing& listing, const std::wstring& error);
-    void ShowEmptiness();
     void ShowFolders(const FolderRef& folder, const Listing& listing);
 
     Parts parts_;
     std::optional<FolderRef> current_;
+    Visited<FolderRef> visited_;
     bool loaded_ = false;
     bool restoring_ = false;
     std::string folderPath_;

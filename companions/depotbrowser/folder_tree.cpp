@@ -8,6 +8,8 @@
 #include "platform/paths.h"
 #include "platform/text.h"
 #include "platform/wide_text.h"
+// After the Windows headers.
+#include <windowsx.h>
 
 namespace depot {
 namespace {
@@ -20,7 +22,15 @@ std::string LastName(const FolderRef& folder) {
 
 FolderTree::FolderTree(HWND control, BrowseIcons& icons, Events events)
     : control_(control), icons_(icons), events_(std::move(events)) {
+    ShowIcons();
+}
+
+void FolderTree::ShowIcons() const {
     TreeView_SetImageList(control_, icons_.List(), TVSIL_NORMAL);
+    // A line has to have room for an image.
+    int width = 0, height = 0;
+    ImageList_GetIconSize(icons_.List(), &width, &height);
+    if (TreeView_GetItemHeight(control_) < height) TreeView_SetItemHeight(control_, height + 2);
 }
 
 void FolderTree::Fill(const std::vector<ShownDepot>& depots, bool showFolders) {
@@ -143,14 +153,29 @@ void FolderTree::ShowsButton(HTREEITEM item, bool shows) {
 }
 
 std::wstring FolderTree::ShownPath(const FolderRef& folder) const {
+    std::wstring path;
+    for (const std::wstring& name : ShownNames(folder)) path += (path.empty() ? L"" : L"\\") + name;
+    return path;
+}
+
+std::vector<std::wstring> FolderTree::ShownNames(const FolderRef& folder) const {
     const auto depot = std::find_if(depots_.begin(), depots_.end(), [&](const ShownDepot& shown) {
         return shown.ref == folder.depot;
     });
-    std::wstring path = depot == depots_.end() ? std::wstring() : depot->name;
+    std::vector<std::wstring> names = {depot == depots_.end() ? std::wstring() : depot->name};
     for (const std::string& name : FolderNames(folder.relative)) {
-        path += L"\\" + WideFromAnsi(name);
+        names.push_back(WideFromAnsi(name));
     }
-    return path;
+    return names;
+}
+
+void FolderTree::SelectAtMouse(LPARAM place) const {
+    if (place == -1) return;
+    TVHITTESTINFO hit = {};
+    hit.pt = {GET_X_LPARAM(place), GET_Y_LPARAM(place)};
+    ScreenToClient(control_, &hit.pt);
+    const HTREEITEM item = TreeView_HitTest(control_, &hit);
+    if (item != nullptr) TreeView_SelectItem(control_, item);
 }
 
 std::optional<LRESULT> FolderTree::HandleNotify(const NMHDR& header) {

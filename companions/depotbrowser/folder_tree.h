@@ -36,6 +36,13 @@ public:
 
     // Returns a folder's names as the user sees them, from the depot's name down.
     std::wstring ShownPath(const FolderRef& folder) const;
+    std::vector<std::wstring> ShownNames(const FolderRef& folder) const;
+
+    // Shows the images in their present size.
+    void ShowIcons() const;
+
+    // Selects what is at this place of the screen, as the left button does; -1 stands for none.
+    void SelectAtMouse(LPARAM place) const;
 
     // Handles what the control reports to the dialog; nothing when it is not of interest.
     std::optional<LRESULT> HandleNotify(const NMHDR& header);

@@ -8,6 +8,8 @@
 #include "platform/wide_text.h"
 #include "platform/wipe.h"
 #include "resource_ids.h"
+// After the Windows headers.
+#include <commctrl.h>
 
 namespace depot {
 namespace {
@@ -21,6 +23,8 @@ constexpr LabelledControl kLabels[] = {
     {CONTROL_SERVER_LABEL, IDS_CREDENTIALS_SERVER},
     {CONTROL_USER_LABEL, IDS_CREDENTIALS_USER},
     {CONTROL_PASSWORD_LABEL, IDS_CREDENTIALS_PASSWORD},
+    {CONTROL_EXAMPLE, IDS_CREDENTIALS_EXAMPLE},
+    {CONTROL_SHOW_PASSWORD, IDS_CREDENTIALS_SHOW},
     {IDOK, IDS_OK},
     {IDCANCEL, IDS_CANCEL},
 };
@@ -68,6 +72,48 @@ void StartIn(HWND window, int control) {
     SendMessageW(window, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(field), TRUE);
 }
 
+// Caps Lock may change while another program has the keyboard: it is looked at now and then.
+constexpr UINT_PTR kCapsLockTimer = 1;
+constexpr UINT kCapsLockMilliseconds = 200;
+
+void ShowCapsLock(HWND window) {
+    const bool on = (GetKeyState(VK_CAPITAL) & 1) != 0;
+    const std::wstring text = on ? PromptText(IDS_CREDENTIALS_CAPS_LOCK) : std::wstring();
+    const HWND line = GetDlgItem(window, CONTROL_CAPS_LOCK);
+    if (TextOf(line) == text) return;
+    SetWindowTextW(line, text.c_str());
+    if (on) NotifyWinEvent(EVENT_SYSTEM_ALERT, line, OBJID_CLIENT, CHILDID_SELF);
+}
+
+// A name that is too long for its place is read whole where the mouse rests on it.
+void AddServerHint(HWND window, const std::wstring& server) {
+    const HWND hints = CreateWindowExW(WS_EX_TOPMOST, TOOLTIPS_CLASSW, nullptr,
+                                       WS_POPUP | TTS_ALWAYSTIP | TTS_NOPREFIX, 0, 0, 0, 0, window,
+                                       nullptr, OwnModule(), nullptr);
+    std::wstring text = server;
+    TTTOOLINFOW tool = {};
+    tool.cbSize = sizeof(tool);
+    tool.uFlags = TTF_IDISHWND | TTF_SUBCLASS;
+    tool.hwnd = window;
+    tool.uId = reinterpret_cast<UINT_PTR>(GetDlgItem(window, CONTROL_SERVER));
+    tool.lpszText = text.data();
+    SendMessageW(hints, TTM_ADDTOOLW, 0, reinterpret_cast<LPARAM>(&tool));
+}
+
+// Once the field was empty, all that stands in it was typed here.
+void PasswordEdited(HWND window) {
+    const int length = GetWindowTextLengthW(GetDlgItem(window, CONTROL_PASSWORD));
+    if (length <= 1) EnableWindow(GetDlgItem(window, CONTROL_SHOW_PASSWORD), TRUE);
+}
+
+void ShowOrMaskPassword(HWND window) {
+    const HWND field = GetDlgItem(window, CONTROL_PASSWORD);
+    const bool shows = IsDlgButtonChecked(window, CONTROL_SHOW_PASSWORD) == BST_CHECKED;
+    constexpr wchar_t kMask = 0x25CF;
+    SendMessageW(field, EM_SETPASSWORDCHAR, shows ? 0 : kMask, 0);
+    InvalidateRect(field, nullptr, TRUE);
+}
+
 void Fill(HWND window, const PromptFields& fields) {
     SetWindowTextW(window, PromptText(IDS_CREDENTIALS_TITLE).c_str());
     for (const LabelledControl& label : kLabels) {
@@ -78,6 +124,11 @@ void Fill(HWND window, const PromptFields& fields) {
     SetDlgItemTextW(window, CONTROL_SERVER, fields.serverName.c_str());
     FillField(window, CONTROL_USER, fields.userName);
     FillField(window, CONTROL_PASSWORD, fields.password.Plain());
+    // What the user did not type here is not shown to whoever sits here now.
+    EnableWindow(GetDlgItem(window, CONTROL_SHOW_PASSWORD), fields.password.Plain().empty());
+    AddServerHint(window, fields.serverName);
+    ShowCapsLock(window);
+    SetTimer(window, kCapsLockTimer, kCapsLockMilliseconds, nullptr);
     StartIn(window, FieldToStartIn(fields));
 }
 
@@ -124,7 +175,10 @@ INT_PTR CALLBACK HandleMessage(HWND window, UINT message, WPARAM first, LPARAM s
         return FALSE;  // the focus is set
     }
     if (message == WM_DESTROY) WipeField(window);
+    if (message == WM_TIMER) ShowCapsLock(window);
     if (message != WM_COMMAND) return FALSE;
+    if (LOWORD(first) == CONTROL_SHOW_PASSWORD) ShowOrMaskPassword(window);
+    if (LOWORD(first) == CONTROL_PASSWORD && HIWORD(first) == EN_CHANGE) PasswordEdited(window);
     auto* const fields = reinterpret_cast<PromptFields*>(GetWindowLongPtrW(window, DWLP_USER));
     if (LOWORD(first) == IDOK) Confirm(window, *fields);
     if (LOWORD(first) == IDCANCEL) EndDialog(window, IDCANCEL);

@@ -10,6 +10,9 @@ namespace {
 constexpr LPARAM kStepMilliseconds = 30;
 constexpr UINT kMomentMilliseconds = 200;
 
+// The system's sign of a warning; its own name for it depends on how it is compiled.
+const LPCWSTR kWarning = MAKEINTRESOURCEW(32515);
+
 }  // namespace
 
 void MoveTo(HWND control, const Box& box) {
@@ -20,17 +23,34 @@ void MoveTo(HWND control, const Box& box) {
 StatusLine::StatusLine(HWND dialog)
     : dialog_(dialog),
       message_(GetDlgItem(dialog, CONTROL_MESSAGE)),
+      icon_(GetDlgItem(dialog, CONTROL_MESSAGE_ICON)),
       progress_(GetDlgItem(dialog, CONTROL_PROGRESS)),
-      stop_(GetDlgItem(dialog, CONTROL_STOP)) {}
+      stop_(GetDlgItem(dialog, CONTROL_STOP)) {
+    const HICON sign = LoadIconW(nullptr, kWarning);
+    SendMessageW(icon_, STM_SETICON, reinterpret_cast<WPARAM>(sign), 0);
+}
 
 void StatusLine::ShowMessage(const std::wstring& text) {
+    Show(text, false);
+}
+
+void StatusLine::Show(const std::wstring& text, bool failed) {
     KillTimer(dialog_, kBusyTimer);
     SetBusy(false);
     SetWindowTextW(message_, text.c_str());
+    if (failed == failed_) return;
+    failed_ = failed;
+    ShowWindow(icon_, failed ? SW_SHOW : SW_HIDE);
+    Place(layout_);
+}
+
+Box StatusLine::MessagePlace() const {
+    if (busy_) return layout_.messageWhileBusy;
+    return failed_ ? layout_.messageBehindIcon : layout_.message;
 }
 
 void StatusLine::ShowError(const std::wstring& text) {
-    ShowMessage(text);
+    Show(text, true);
     NotifyWinEvent(EVENT_SYSTEM_ALERT, message_, OBJID_CLIENT, CHILDID_SELF);
 }
 
@@ -40,7 +60,7 @@ void StatusLine::ShowBusy(const std::wstring& text) {
 }
 
 void StatusLine::TimerElapsed() {
-    KillTimer(dialog_, kBusyTimer);
+    Show({}, false);
     SetBusy(true);
     SetWindowTextW(message_, busyText_.c_str());
 }
@@ -61,7 +81,8 @@ void StatusLine::SetBusy(bool busy) {
 
 void StatusLine::Place(const BrowseLayout& layout) {
     layout_ = layout;
-    MoveTo(message_, busy_ ? layout.messageWhileBusy : layout.message);
+    MoveTo(message_, MessagePlace());
+    MoveTo(icon_, layout.messageIcon);
     MoveTo(progress_, layout.progress);
     MoveTo(stop_, layout.stop);
     InvalidateRect(message_, nullptr, TRUE);

@@ -15,7 +15,7 @@ public:
     explicit StatusLine(HWND dialog);
 
     void ShowMessage(const std::wstring& text);
-    // The same for a failure: it is read out, too.
+    // The same for a failure, which has a sign before it and is read out, too.
     void ShowError(const std::wstring& text);
     // Shows the bar and the text as soon as the work has taken a moment: what is done at once does
     // not flicker. The dialog hands on its timer of this number.
@@ -27,13 +27,17 @@ public:
     void Place(const BrowseLayout& layout);
 
 private:
+    void Show(const std::wstring& text, bool failed);
     void SetBusy(bool busy);
+    Box MessagePlace() const;
 
     HWND dialog_;
     HWND message_;
+    HWND icon_;
     HWND progress_;
     HWND stop_;
     bool busy_ = false;
+    bool failed_ = false;
     std::wstring busyText_;
     BrowseLayout layout_;
 };

@@ -183,11 +183,12 @@ TEST_F(BrowseFontTest, EveryControlHasANameForScreenReaders) {
                 EXPECT_EQ(std::wstring::npos, name.find(L'&')) << number;
             }
         }
-        EXPECT_EQ(
-            (std::vector<int>{CONTROL_NEW_FOLDER, CONTROL_RENAME, CONTROL_MAKE_COPY, CONTROL_DELETE,
-                              CONTROL_TREE, CONTROL_LIST, CONTROL_PROGRESS, CONTROL_STOP,
-                              CONTROL_NAME, CONTROL_TYPE, IDOK, IDCANCEL, CONTROL_HELP}),
-            reached);
+        EXPECT_EQ((std::vector<int>{CONTROL_NEW_FOLDER, CONTROL_RENAME, CONTROL_MAKE_COPY,
+                                    CONTROL_DELETE, CONTROL_BACK, CONTROL_FORWARD, CONTROL_UP,
+                                    CONTROL_FIRST_CRUMB, CONTROL_FIRST_CRUMB + 1, CONTROL_SEARCH,
+                                    CONTROL_TREE, CONTROL_LIST, CONTROL_PROGRESS, CONTROL_STOP,
+                                    CONTROL_NAME, CONTROL_TYPE, IDOK, IDCANCEL, CONTROL_HELP}),
+                  reached);
         browser.Press(VK_ESCAPE);
     });
 }

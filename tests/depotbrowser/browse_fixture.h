@@ -42,6 +42,8 @@ protected:
     const ComApartment apartment_;
     const BrowserLibrary library_;
     const ScratchFolder folder_;
+    // What dialogs remember from one time to the next.
+    const ScratchKey memory_{HKEY_CURRENT_USER, "Software\\Quillon\\Farrow\\13.00\\DepotBrowser"};
     const ScratchKey depots_{HKEY_CURRENT_USER, kDepotsKey};
     UniqueCom<IDepotBrowseDialog3> dialog_ = CreateBrowseObject();
 };

@@ -49,13 +49,13 @@ TEST_F(BrowseLastTest, SaveOpensTheSelectedFolderAndThenStoresUnderTheTypedName)
     EXPECT_EQ(kConfirmed, Show([](const OpenBrowser& browser) {
                   browser.WaitForRow(L"Sub");
                   browser.TypeName(L"mine");
-                  EXPECT_EQ(L"Save", browser.Text(IDOK));
+                  EXPECT_EQ(L"&Save", browser.Text(IDOK));
                   browser.SelectRow(L"Sub");
-                  browser.WaitForText(IDOK, L"Open");
+                  browser.WaitForText(IDOK, L"&Open");
                   browser.Click(IDOK);
                   browser.WaitForRows({L"inner.kra"});
                   browser.WaitForText(CONTROL_NAME, L"mine");
-                  browser.WaitForText(IDOK, L"Save");
+                  browser.WaitForText(IDOK, L"&Save");
                   browser.Click(IDOK);
               }));
     EXPECT_EQ(L"<Work>\\Sub\\mine.kra", ChosenPath());
@@ -66,7 +66,7 @@ TEST_F(BrowseLastTest, NameThatIsTypedAfterAFolderWasSelectedIsActedOn) {
     EXPECT_EQ(kConfirmed, Show([](const OpenBrowser& browser) {
                   browser.SelectRow(L"Sub");
                   browser.TypeName(L"mine");
-                  browser.WaitForText(IDOK, L"Save");
+                  browser.WaitForText(IDOK, L"&Save");
                   browser.Click(IDOK);
               }));
     EXPECT_EQ(L"<Work>\\mine.kra", ChosenPath());
@@ -122,7 +122,7 @@ TEST_F(BrowseLastTest, FolderThatTheUserCameFromIsNoChoice) {
                   browser.TypeName(L"mine");
                   browser.Press(VK_UP, VK_MENU);
                   browser.WaitForSelection({L"Sub"});
-                  EXPECT_EQ(L"Save", browser.Text(IDOK));
+                  EXPECT_EQ(L"&Save", browser.Text(IDOK));
                   browser.Click(IDOK);
               }));
     EXPECT_EQ(L"<Work>\\mine.kra", ChosenPath());

@@ -61,7 +61,18 @@ TEST(EntryOrderTest, ClickTurnsTheOwnOrderRoundAndStartsAnotherUpwards) {
 
 TEST(EntryOrderTest, NumberWithoutAColumnIsTheNames) {
     EXPECT_EQ(Column::kDate, ColumnOf(3));
-    for (const long number : {-1L, 0L, 4L, 1000L}) EXPECT_EQ(Column::kName, ColumnOf(number));
+    for (const long number : {-1L, 0L, 5L, 1000L}) EXPECT_EQ(Column::kName, ColumnOf(number));
+}
+
+TEST(EntryOrderTest, EntriesOfTheShownFolderComeBeforeThoseOfOthers) {
+    std::vector<BrowseEntry> entries = {Entry(L"a", true, 0, 0), Entry(L"b", false, 0, 0),
+                                        Entry(L"c", true, 0, 0), Entry(L"d", false, 0, 0)};
+    entries[0].elsewhere = entries[1].elsewhere = "Sub\\";
+    std::vector<std::size_t> rows = {0, 1, 2, 3};
+    SortRows(
+        rows, entries, {Column::kName, false},
+        [](const std::wstring& left, const std::wstring& right) { return left.compare(right); });
+    EXPECT_EQ((std::vector<std::size_t>{2, 3, 0, 1}), rows);
 }
 
 TEST(FileNameFieldTest, NamesAreTakenApart) {
@@ -230,6 +241,11 @@ LayoutMetrics Metrics() {
     m.hasHelp = true;
     m.listMinimumHeight = 90;
     m.treeMinimumWidth = 120;
+    m.iconSide = 16;
+    m.gripSide = 14;
+    m.searchLabelWidth = 50;
+    m.searchWidth = 140;
+    m.pathMinimumWidth = 130;
     return m;
 }
 
@@ -247,9 +263,12 @@ TEST(BrowseLayoutTest, NothingOverlapsOrLeavesTheWindowFromTheSmallestSizeUp) {
             const int width = least.width + more, height = least.height + more;
             const BrowseLayout l = ComputeLayout(width, height, metrics);
             std::vector<Box> boxes = l.commands;
-            boxes.insert(boxes.end(), {l.treeLabel, l.tree, l.location, l.list, l.messageWhileBusy,
-                                       l.progress, l.stop, l.nameLabel, l.name, l.typeLabel, l.type,
-                                       l.help, l.ok, l.cancel});
+            boxes.insert(
+                boxes.end(),
+                {l.back,      l.forward, l.up,        l.path, l.searchLabel, l.search,
+                 l.treeLabel, l.tree,    l.listLabel, l.list, l.details,     l.messageWhileBusy,
+                 l.status,    l.grip,    l.progress,  l.stop, l.nameLabel,   l.name,
+                 l.typeLabel, l.type,    l.help,      l.ok,   l.cancel});
             for (std::size_t one = 0; one < boxes.size(); ++one) {
                 EXPECT_TRUE(boxes[one].x >= 0 && boxes[one].y >= 0 && boxes[one].width > 0 &&
                             boxes[one].height > 0 && boxes[one].Right() <= width &&

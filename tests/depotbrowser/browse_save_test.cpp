@@ -27,7 +27,7 @@ TEST_F(BrowseSaveTest, NewNameGetsTheExtensionOfTheType) {
     MakeFile("there.kra");
     EXPECT_EQ(kConfirmed, Show([](const OpenBrowser& browser) {
                   EXPECT_EQ(L"Save As", browser.Text(0));
-                  EXPECT_EQ(L"Save", browser.Text(IDOK));
+                  EXPECT_EQ(L"&Save", browser.Text(IDOK));
                   Save(browser, L"new");
               }));
     EXPECT_EQ(L"<Work>\\new.kra", ChosenPath());

@@ -63,6 +63,38 @@ TEST_F(DialogAppearanceTest, OnlyThePasswordIsMasked) {
     });
 }
 
+TEST_F(DialogAppearanceTest, PasswordIsShownOnRequestOnceItWasTypedHere) {
+    Show([](const OpenDialog& dialog) {
+        const HWND box = dialog.Control(CONTROL_SHOW_PASSWORD);
+        const HWND field = dialog.Control(CONTROL_PASSWORD);
+        const auto isMasked = [field] {
+            return SendMessageW(field, EM_GETPASSWORDCHAR, 0, 0) != 0;
+        };
+        // It was stored: whoever sits here may not be the one who typed it.
+        EXPECT_FALSE(IsWindowEnabled(box));
+        dialog.WaitForFocus(CONTROL_PASSWORD);
+        dialog.Type(L"typed");
+        dialog.WaitForText(CONTROL_PASSWORD, L"typed");
+        EXPECT_TRUE(isMasked());
+        EXPECT_TRUE(IsWindowEnabled(box));
+        dialog.Click(CONTROL_SHOW_PASSWORD);
+        EXPECT_TRUE(Eventually([&] { return !isMasked(); }));
+        dialog.Click(CONTROL_SHOW_PASSWORD);
+        EXPECT_TRUE(Eventually(isMasked));
+        EXPECT_EQ(L"typed", dialog.Text(CONTROL_PASSWORD));
+    });
+}
+
+TEST_F(DialogAppearanceTest, CapsLockIsReportedAsLongAsItIsOn) {
+    Show([](const OpenDialog& dialog) {
+        EXPECT_EQ(L"", dialog.Text(CONTROL_CAPS_LOCK));
+        dialog.Press(VK_CAPITAL);
+        dialog.WaitForText(CONTROL_CAPS_LOCK, L"Caps Lock is on.");
+        dialog.Press(VK_CAPITAL);
+        dialog.WaitForText(CONTROL_CAPS_LOCK, L"");
+    });
+}
+
 TEST_F(DialogAppearanceTest, OkIsTheDefaultButton) {
     Show([](const OpenDialog& dialog) {
         const LRESULT answer = SendMessageW(dialog.Window(), DM_GETDEFID, 0, 0);
@@ -107,6 +139,7 @@ TEST_F(DialogAppearanceTest, LargerMessageFontMakesTheDialogLarger) {
 
 TEST_F(DialogAppearanceTest, TextsOfEveryLanguageFitTheirControls) {
     constexpr int kButtonEdges = 8;
+    constexpr int kBoxWidth = 20;
     const struct {
         int control;
         UINT text;
@@ -125,6 +158,9 @@ TEST_F(DialogAppearanceTest, TextsOfEveryLanguageFitTheirControls) {
         {CONTROL_SERVER_LABEL, IDS_CREDENTIALS_SERVER, false, 0},
         {CONTROL_USER_LABEL, IDS_CREDENTIALS_USER, false, 0},
         {CONTROL_PASSWORD_LABEL, IDS_CREDENTIALS_PASSWORD, false, 0},
+        {CONTROL_EXAMPLE, IDS_CREDENTIALS_EXAMPLE, false, 0},
+        {CONTROL_SHOW_PASSWORD, IDS_CREDENTIALS_SHOW, false, kBoxWidth},
+        {CONTROL_CAPS_LOCK, IDS_CREDENTIALS_CAPS_LOCK, false, 0},
         {IDOK, IDS_OK, false, kButtonEdges},
         {IDCANCEL, IDS_CANCEL, false, kButtonEdges},
     };

@@ -63,7 +63,8 @@ TEST_F(UserPasswordPromptDialogTest, ClosingTheWindowCancels) {
 TEST_F(UserPasswordPromptDialogTest, TabVisitsFieldsThenButtonsAndStartsAgain) {
     Prepare(L"", L"");
     Show([](const OpenDialog& dialog) {
-        for (const int control : {CONTROL_USER, CONTROL_PASSWORD, IDOK, IDCANCEL, CONTROL_USER}) {
+        for (const int control : {CONTROL_USER, CONTROL_PASSWORD, IDOK, IDCANCEL,
+                                  CONTROL_SHOW_PASSWORD, CONTROL_USER}) {
             dialog.WaitForFocus(control);
             dialog.Press(VK_TAB);
         }
@@ -74,7 +75,8 @@ TEST_F(UserPasswordPromptDialogTest, TabVisitsFieldsThenButtonsAndStartsAgain) {
 TEST_F(UserPasswordPromptDialogTest, ShiftTabVisitsThemBackwards) {
     Prepare(L"", L"");
     Show([](const OpenDialog& dialog) {
-        for (const int control : {CONTROL_USER, IDCANCEL, IDOK, CONTROL_PASSWORD, CONTROL_USER}) {
+        for (const int control : {CONTROL_USER, CONTROL_SHOW_PASSWORD, IDCANCEL, IDOK,
+                                  CONTROL_PASSWORD, CONTROL_USER}) {
             dialog.WaitForFocus(control);
             dialog.Press(VK_TAB, VK_SHIFT);
         }

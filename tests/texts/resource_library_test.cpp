@@ -107,7 +107,7 @@ TEST_F(ResourceLibraryTest, TextsComeFromTheLibraryThatIsSet) {
     EXPECT_EQ(library_.get(), ResourceLibrary());
     EXPECT_EQ("Copie %sde %s", ResourceText(IDS_COPY_PREFIX_NAME));
     EXPECT_EQ(
-        "Cr\xE9"
+        "&Cr\xE9"
         "er une copie",
         ResourceText(IDS_BROWSE_MAKE_COPY));
 }

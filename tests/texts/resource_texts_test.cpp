@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cwchar>
+#include <cwctype>
 #include <set>
 #include <string>
 #include <vector>
@@ -39,6 +40,17 @@ std::vector<TextRow> Rows() {
     for (const unsigned id :
          {IDS_BROWSE_DELETE_WHOLE, IDS_BROWSE_DELETE_FINAL, IDS_BROWSE_DELETE_RECYCLED}) {
         rows.push_back({id, 0});
+    }
+    rows.push_back({IDS_BROWSE_PROPERTIES, 0});
+    for (const unsigned id : {IDS_BROWSE_PROFILE_TITLE, IDS_BROWSE_PROFILE_HOST}) {
+        rows.push_back({id, 1});
+    }
+    for (unsigned id = IDS_CREDENTIALS_SHOW; id <= IDS_CREDENTIALS_EXAMPLE; ++id)
+        rows.push_back({id, 0});
+    for (unsigned id = IDS_BROWSE_BACK; id <= IDS_BROWSE_SUGGESTIONS; ++id) {
+        const bool filled = id == IDS_BROWSE_NOTHING_FOUND || id == IDS_BROWSE_SEARCH_PARTLY ||
+                            id == IDS_BROWSE_SEARCH_LIMIT || id == IDS_BROWSE_COUNT;
+        rows.push_back({id, id == IDS_BROWSE_COUNT_SELECTED ? 2 : filled ? 1 : 0});
     }
     return rows;
 }
@@ -93,6 +105,31 @@ TEST_P(ResourceTextsTest, EveryTextIsThereAndTakesItsArguments) {
         EXPECT_EQ(row.arguments > 0, formatted.find(L"<one>") != std::wstring::npos);
         EXPECT_EQ(row.arguments > 1, formatted.find(L"<two>") != std::wstring::npos);
         EXPECT_EQ(0, Percents(formatted));
+    }
+}
+
+// The access key of a label; 0 for a label without one.
+wchar_t AccessKey(const std::wstring& label) {
+    const std::size_t mark = label.find(L'&');
+    if (mark == std::wstring::npos || mark + 1 == label.size()) return L'\0';
+    return static_cast<wchar_t>(towupper(label[mark + 1]));
+}
+
+TEST_P(ResourceTextsTest, EveryControlOfTheBrowseDialogHasAnAccessKeyOfItsOwn) {
+    ASSERT_TRUE(library_);
+    // Open and Save are never there together.
+    for (const unsigned confirm : {IDS_BROWSE_OPEN, IDS_BROWSE_SAVE}) {
+        std::set<wchar_t> keys;
+        for (const unsigned id :
+             {confirm, unsigned{IDS_BROWSE_NEW_FOLDER}, unsigned{IDS_BROWSE_RENAME},
+              unsigned{IDS_BROWSE_MAKE_COPY}, unsigned{IDS_BROWSE_DELETE},
+              unsigned{IDS_BROWSE_DEPOTS}, unsigned{IDS_BROWSE_FILES}, unsigned{IDS_BROWSE_SEARCH},
+              unsigned{IDS_BROWSE_FILE_NAME}, unsigned{IDS_BROWSE_FILE_TYPE},
+              unsigned{IDS_BROWSE_STOP}, unsigned{IDS_BROWSE_HELP}}) {
+            const wchar_t key = AccessKey(Load(library_, id));
+            EXPECT_NE(L'\0', key) << id;
+            EXPECT_TRUE(keys.insert(key).second) << id << " shares its key";
+        }
     }
 }
 
