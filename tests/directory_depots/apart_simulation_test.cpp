@@ -5,6 +5,7 @@
 
 #include "directory/connection_scope.h"
 #include "directory_depots/depot_fixture.h"
+#include "directory_depots/killed_process.h"
 #include "support/offline_files.h"
 
 namespace depot {
@@ -14,6 +15,9 @@ using test::DirectoryServer;
 
 constexpr int kUsers = 50;
 constexpr int kProfiles = 20;
+// An edit makes about so many system calls of a kind.
+constexpr int kCalls = 80;
+constexpr int kKillOneIn = 10;
 
 int NumberFrom(const char* variable, int standard) {
     const char* const text = std::getenv(variable);
@@ -46,7 +50,7 @@ protected:
         seed_ = seed;
         random_.seed(seed);
         acknowledged_.clear();
-        apart_ = 0;
+        apart_ = killed_ = 0;
         for (int round = 0; round < rounds; ++round) {
             if (Below(10) == 0) SetAway(!isAway_);
             Edit(Below(kUsers), Below(kProfiles), round);
@@ -82,9 +86,9 @@ protected:
             EXPECT_NE(std::string::npos, found) << value;
             elsewhere += found >= inEntries ? 1 : 0;
         }
-        std::cout << acknowledged_.size() << " edits, " << apart_ << " of them apart, "
-                  << test::RecoveredFiles().size() << " files recovered, " << elsewhere
-                  << " values only there\n";
+        std::cout << acknowledged_.size() << " edits, " << apart_ << " of them apart, " << killed_
+                  << " processes killed, " << test::RecoveredFiles().size() << " files recovered, "
+                  << elsewhere << " values only there\n";
     }
 
     std::vector<std::string> acknowledged_;
@@ -104,13 +108,14 @@ private:
 
     void Edit(int user, int profile, int round) {
         LogOn(user);
+        const std::string name =
+            "s" + std::to_string(seed_) + "u" + std::to_string(user) + "r" + std::to_string(round);
+        if (Below(kKillOneIn) == 0) return EditInAProcessThatIsKilled(profile, name);
         const auto file = Load(NameOf(profile));
         // Never read while the server was there.
         if (file->FetchCode() != 0 || file->localPath.empty()) return;
-        // A program that is killed has promised nothing.
+        // A program that gives up has promised nothing.
         if (Below(20) == 0) return;
-        const std::string name =
-            "s" + std::to_string(seed_) + "u" + std::to_string(user) + "r" + std::to_string(round);
         file->WriteString("All", "last", name);
         file->WriteString("User", name, "edited");
         if (Below(20) == 0) SetAway(!isAway_);
@@ -119,12 +124,26 @@ private:
         acknowledged_.push_back(name + "=edited");
     }
 
+    // A program that is killed has promised what it was told to be stored.
+    void EditInAProcessThatIsKilled(int profile, const std::string& name) {
+        const auto kind =
+            static_cast<std::size_t>(Below(static_cast<int>(std::size(test::kKillingKinds))));
+        const test::KilledEnd end =
+            test::UseUntilKilled({.kind = test::kKillingKinds[kind],
+                                  .number = 1 + Below(kCalls),
+                                  .file = NameOf(profile),
+                                  .values = {{"All", "last", name}, {"User", name, "edited"}}});
+        killed_ += end.WasKilled() ? 1 : 0;
+        if (end.IsAcknowledged()) acknowledged_.push_back(name + "=edited");
+    }
+
     test::CleanOfflineFiles cleanKept_;
     DirectoryServer own_;
     std::mt19937 random_;
     unsigned seed_ = 0;
     bool isAway_ = false;
     int apart_ = 0;
+    int killed_ = 0;
 };
 
 TEST_F(ApartSimulation, EveryEditIsInItsEntryWaitsOrWasRecovered) {

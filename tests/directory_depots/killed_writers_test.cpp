@@ -3,47 +3,24 @@
 #include <cstdlib>
 
 #include "directory_depots/depot_fixture.h"
-#include "faults/fault_layer.h"
-#include "support/child_process.h"
+#include "directory_depots/killed_process.h"
 #include "support/offline_files.h"
 #include "support/results.h"
 
 namespace depot {
 namespace {
 
-using test::Arguments;
-using test::ChildProcess;
 using test::DirectoryServer;
-using test::FaultKind;
-using test::FaultLayer;
 using test::FilesIn;
+using test::KilledEnd;
+using test::kKillingKinds;
+using test::UseUntilKilled;
 using test::WaitingEdits;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
-constexpr char kDepots[] = "Software\\DepotTests\\Directory";
-constexpr int kRefused = 97;
-// A process that comes to its end reports how many calls it made.
-constexpr int kAcknowledged = 1000;
 // Without DEPOTINTR_THOROUGH so many calls of each kind are the last one, spread over all.
 constexpr int kPlaces = 12;
-
-constexpr FaultKind kKinds[] = {FaultKind::kFile, FaultKind::kObject, FaultKind::kDirectory};
-
-// Writes a value of the file while the process lives, and reads one where the text is empty.
-int UseUntilKilled(const Arguments& arguments) {
-    const FaultLayer layer(GetModuleHandleA(nullptr));
-    CDepots depots(kDepots);
-    FaultLayer::EndProcess(kKinds[std::stoi(arguments[0])], std::stoi(arguments[1]));
-    bool isDone = true;
-    {
-        DepotFileContext file("<Work>\\a.kra", depots);
-        if (arguments.size() > 2) file.WriteString("S", "K", arguments[2]);
-        isDone = file.Release();
-    }
-    return isDone ? kAcknowledged + FaultLayer::Stop() : kRefused;
-}
-const test::RoleRegistration useRole("use-until-killed", &UseUntilKilled);
 
 class KilledWritersTest : public test::DepotFixture {
 protected:
@@ -64,15 +41,9 @@ protected:
         return Load()->ReadString("S", key, "(none)", 100);
     }
 
-    static int Use(std::size_t kind, int number, const Arguments& value = {}) {
-        Arguments arguments = {std::to_string(kind), std::to_string(number)};
-        arguments.insert(arguments.end(), value.begin(), value.end());
-        return ChildProcess("use-until-killed", arguments).ExitCode();
-    }
-
     // Some calls depend on what other processes left: a run may have fewer than were counted.
-    static bool IsKilledOrDone(int result) {
-        return result == static_cast<int>(FaultLayer::kEnded) || result >= kAcknowledged;
+    static bool IsKilledOrDone(const KilledEnd& end) {
+        return end.WasKilled() || end.IsAcknowledged();
     }
 
     // Calls `check` with the number of each call that is to be a process's last.
@@ -109,19 +80,21 @@ TEST_F(KilledWritersTest, AcknowledgedEditsOutliveAKillAtAnyCallOfTheirWriter) {
     own_.Stop();
     ASSERT_TRUE(Edit("L", "acknowledged"));
     std::string last = "old";
-    for (std::size_t kind = 0; kind < std::size(kKinds); ++kind) {
-        SCOPED_TRACE(NameOf(kKinds[kind]));
-        const int whole = Use(kind, 0, {last});
-        ASSERT_LE(kAcknowledged, whole);
-        ForEachPlace(whole - kAcknowledged, [&](int number) {
+    for (std::size_t kind = 0; kind < std::size(kKillingKinds); ++kind) {
+        SCOPED_TRACE(NameOf(kKillingKinds[kind]));
+        const KilledEnd whole = UseUntilKilled(
+            {.kind = kKillingKinds[kind], .number = 0, .values = {{"S", "K", last}}});
+        ASSERT_TRUE(whole.IsAcknowledged());
+        ForEachPlace(whole.Calls(), [&](int number) {
             const std::string value = "v" + std::to_string(kind) + "." + std::to_string(number);
-            const int result = Use(kind, number, {value});
-            ASSERT_TRUE(IsKilledOrDone(result)) << result;
+            const KilledEnd end = UseUntilKilled(
+                {.kind = kKillingKinds[kind], .number = number, .values = {{"S", "K", value}}});
+            ASSERT_TRUE(IsKilledOrDone(end)) << end.exitCode;
             EXPECT_THAT(DamagedFiles(), IsEmpty());
             const std::string waiting = Waiting();
             EXPECT_THAT(waiting, HasSubstr("L=acknowledged\r\n"));
             const bool isThere = waiting.find("K=" + value + "\r\n") != std::string::npos;
-            EXPECT_TRUE(isThere || result < kAcknowledged) << waiting;
+            EXPECT_TRUE(isThere || !end.IsAcknowledged()) << waiting;
             if (isThere) last = value;
             EXPECT_THAT(waiting, HasSubstr("K=" + last + "\r\n"));
         });
@@ -142,16 +115,16 @@ TEST_F(KilledWritersTest, WaitingEditsAreStoredOnceWhereverTheirCourierIsKilled)
         ASSERT_EQ(1u, WaitingEdits().size());
         own_.Continue();
     };
-    for (std::size_t kind = 0; kind < std::size(kKinds); ++kind) {
-        SCOPED_TRACE(NameOf(kKinds[kind]));
+    for (std::size_t kind = 0; kind < std::size(kKillingKinds); ++kind) {
+        SCOPED_TRACE(NameOf(kKillingKinds[kind]));
         queueAnEdit("first" + std::to_string(kind));
-        const int whole = Use(kind, 0);
-        ASSERT_LE(kAcknowledged, whole);
-        ForEachPlace(whole - kAcknowledged, [&](int number) {
+        const KilledEnd whole = UseUntilKilled({.kind = kKillingKinds[kind], .number = 0});
+        ASSERT_TRUE(whole.IsAcknowledged());
+        ForEachPlace(whole.Calls(), [&](int number) {
             const std::string value = "v" + std::to_string(kind) + "." + std::to_string(number);
             queueAnEdit(value);
-            const int result = Use(kind, number);
-            ASSERT_TRUE(IsKilledOrDone(result)) << result;
+            const KilledEnd end = UseUntilKilled({.kind = kKillingKinds[kind], .number = number});
+            ASSERT_TRUE(IsKilledOrDone(end)) << end.exitCode;
             Restart();
             EXPECT_EQ(value, Value("K"));
             EXPECT_THAT(WaitingEdits(), IsEmpty());
