@@ -223,7 +223,9 @@ ULONG LdapConnection::AnswerLimit() const {
 
 std::uint32_t LdapConnection::ReachServer() {
     const std::uint32_t timeout = location_.connectTimeout;
-    if (timeout == CDepotPath::kDefaultConnectTimeout) return LDAP_SUCCESS;
+    // A handshake that fails within the bind would look like a log-on that failed.
+    const bool isHandshake = location_.security == kTlsFromTheStart;
+    if (timeout == CDepotPath::kDefaultConnectTimeout && !isHandshake) return LDAP_SUCCESS;
     l_timeval limit = {static_cast<LONG>(std::min(timeout, kLongestLimit)), 0};
     return Traced("ldap_connect ", client_.ldap_connect(handle_.get(), &limit));
 }

@@ -43,7 +43,9 @@ Result LdapConnection::Connect(const Credentials& credentials) {
 }
 
 bool LdapConnection::FindOtherCredentials(LogOnAttempt& attempt, Result& failure) {
-    if (BindsWithoutCredentials()) {
+    // A secured session that breaks says nothing of who logs on.
+    const bool broke = location_.security != 0 && !CredentialsMayHelp(attempt.code);
+    if (BindsWithoutCredentials() || broke) {
         Fail();
         return false;
     }
@@ -102,7 +104,20 @@ bool LdapConnection::ConnectAsBeside() {
 
 Result LdapConnection::PromptAndConnect() {
     if (ConnectAsBeside()) return {};
-    switch (AskForCredentials(PromptUnlessOff(), nullptr)) {
+    CredentialsPrompt* const prompt = PromptUnlessOff();
+    const bool isAsked = location_.authentication == kSimpleAuthentication && prompt != nullptr &&
+                         prompt->CanBeAnswered();
+    // A password that could not be sent is not asked for.
+    if (isAsked && location_.security != 0 && IsUsable() && !IsConnected()) {
+        const std::uint32_t secured = OpenHandle(shared_.Own().server);
+        handle_.reset();
+        if (secured != LDAP_SUCCESS) {
+            Result failure = Report(secured);
+            Fail();
+            return failure;
+        }
+    }
+    switch (AskForCredentials(prompt, nullptr)) {
         case PromptResult::kCancelled:
             return Report(LDAP_USER_CANCELLED);
         case PromptResult::kNobodyAsked:

@@ -157,7 +157,7 @@ TEST_F(UnloadTest, SessionsTypeLibraryAndFactoryAreReleasedWithTheLibrary) {
         if (!endsSession) return;
         EXPECT_THAT(api->DPUnInitialize(session), IsOk());
     };
-    constexpr int kRounds = 10;
+    constexpr int kRounds = 20;
     // What the loader and the runtime keep of a library that was only loaded.
     const std::size_t loaded = CountLeftovers([&] { const Library library(copy); }, kRounds);
     // The system itself may need a block more now and then; a leak is one in every round.

@@ -36,14 +36,28 @@ std::wstring TreeText(HWND tree, HTREEITEM handle) {
 
 constexpr int kQuestionText = 0xFFFF;
 
+struct QuestionSearch {
+    const std::wstring& part;
+    HWND found = nullptr;
+};
+
+BOOL CALLBACK ExamineQuestion(HWND window, LPARAM parameter) {
+    auto* const search = reinterpret_cast<QuestionSearch*>(parameter);
+    DWORD process = 0;
+    GetWindowThreadProcessId(window, &process);
+    if (process != GetCurrentProcessId() || GetDlgItem(window, kQuestionText) == nullptr)
+        return TRUE;
+    const std::wstring text = OpenDialog(window).Text(kQuestionText);
+    if (text.find(search->part) == std::wstring::npos) return TRUE;
+    search->found = window;
+    return FALSE;
+}
+
+// From window to next window some systems do not come past one that closes meanwhile.
 HWND FindQuestion(const std::wstring& part) {
-    for (HWND box = nullptr; (box = FindWindowExW(nullptr, box, L"#32770", nullptr)) != nullptr;) {
-        DWORD process = 0;
-        GetWindowThreadProcessId(box, &process);
-        if (process != GetCurrentProcessId() || GetDlgItem(box, kQuestionText) == nullptr) continue;
-        if (OpenDialog(box).Text(kQuestionText).find(part) != std::wstring::npos) return box;
-    }
-    return nullptr;
+    QuestionSearch search = {part};
+    EnumWindows(ExamineQuestion, reinterpret_cast<LPARAM>(&search));
+    return search.found;
 }
 
 HWND WaitForQuestion(const std::wstring& part) {

@@ -34,8 +34,20 @@ protected:
         items_ = std::make_unique<CLDAPItems>(location_.get());
         return *items_;
     }
+    // A location that logs on by name and password, which it may be without.
+    CLDAPItems& MakeSimple(std::uint32_t security, unsigned port, const std::string& password) {
+        CLDAPItems& items = Make(security, port);
+        location_->authentication = kSimpleAuthentication;
+        location_->password = password;
+        items.Connection().SetPrompt(&prompt_);
+        return items;
+    }
+    unsigned PortOf(std::uint32_t security) const {
+        return security == 2 ? TlsServer().TlsPort() : TlsServer().Port();
+    }
 
     test::BoxLog boxes_;
+    test::ScriptedPrompt prompt_;
     std::unique_ptr<CDepotPath> location_;
     std::unique_ptr<CLDAPItems> items_;
     std::string text_ = "junk";
@@ -102,6 +114,65 @@ TEST_F(SecurityTest, CertificateThatTheClientRefusesEndsTheConnection) {
     EXPECT_THAT(boxes_.Texts(), ElementsAre(MessageFor(91)));
     EXPECT_FALSE(items.IsUsable());
     EXPECT_EQ(0, TlsServer().Counts().binds);
+}
+
+// Some clients shake hands within the bind only.
+TEST_F(SecurityTest, HandshakeThatBreaksBeforeTheBindAsksForNoPassword) {
+    for (const std::uint32_t security : {1u, 2u}) {
+        for (const std::uint32_t code : {LDAP_SERVER_DOWN, LDAP_CONNECT_ERROR, LDAP_LOCAL_ERROR}) {
+            SCOPED_TRACE(testing::Message() << security << ", " << code);
+            static std::uint32_t answer;
+            answer = code;
+            CLDAPItems& items = MakeSimple(security, PortOf(security), "editor-secret");
+            items.Client().ldap_bind_s = [](LDAP*, PCHAR, PCHAR, ULONG) -> ULONG { return answer; };
+            EXPECT_THAT(items.ConnectLocation(&text_), Fails());
+            EXPECT_THAT(items.LastError(), IsCode(code));
+        }
+    }
+    EXPECT_EQ(6u, boxes_.Boxes().size());
+    EXPECT_TRUE(prompt_.shown.empty());
+}
+
+TEST_F(SecurityTest, PasswordThatCouldNotBeSentIsNotAskedFor) {
+    for (const std::uint32_t timeout : {120u, 30u}) {
+        for (const std::uint32_t security : {1u, 2u}) {
+            SCOPED_TRACE(testing::Message() << timeout << ", " << security);
+            CLDAPItems& items = MakeSimple(security, PortOf(security), "");
+            location_->connectTimeout = timeout;
+            // Some clients do not secure what they have connected with a limit.
+            items.Client().ldap_start_tls_s = [](LDAP*, PULONG, LDAPMessage**, PLDAPControlA*,
+                                                 PLDAPControlA*) -> ULONG {
+                return LDAP_LOCAL_ERROR;
+            };
+            items.Client().ldap_connect = [](LDAP*, l_timeval*) -> ULONG {
+                return LDAP_LOCAL_ERROR;
+            };
+            TlsServer().Mark();
+            EXPECT_THAT(items.Connection().Open(), Fails(LDAP_LOCAL_ERROR));
+            EXPECT_EQ(0, TlsServer().Counts().binds);
+        }
+    }
+    EXPECT_EQ(4u, boxes_.Boxes().size());
+    EXPECT_TRUE(prompt_.shown.empty());
+}
+
+TEST_F(SecurityTest, PasswordIsAskedForOnceTheSessionCanBeSecured) {
+    for (const std::uint32_t security : {1u, 2u}) {
+        CLDAPItems& items = MakeSimple(security, PortOf(security), "");
+        prompt_.Type("cn=editor,dc=farrow,dc=test", "editor-secret");
+        TlsServer().Mark();
+        EXPECT_THAT(items.Connection().Open(), IsDone());
+        EXPECT_EQ(1, TlsServer().Counts().binds);
+    }
+    EXPECT_EQ(2u, prompt_.shown.size());
+    EXPECT_EQ(0u, boxes_.Boxes().size());
+}
+
+TEST_F(SecurityTest, RefusedPasswordOfASecuredSessionIsAskedForAgain) {
+    CLDAPItems& items = MakeSimple(1, TlsServer().Port(), "wrong");
+    prompt_.Type("cn=editor,dc=farrow,dc=test", "editor-secret");
+    EXPECT_THAT(items.ConnectLocation(&text_), IsDone());
+    EXPECT_EQ(1u, prompt_.shown.size());
 }
 
 TEST_F(SecurityTest, ClientWithoutTlsFailsAsServerDown) {

@@ -31,13 +31,21 @@ TEST_F(ExpandEnvironmentTest, TextThatExpandsToNothingComesBackUnexpanded) {
     EXPECT_EQ("a", ExpandEnvironment("a%DEPOT_TEST_VALUE%"));
 }
 
-TEST_F(ExpandEnvironmentTest, ResultOf520BytesIsUsedAndOneOf521IsNot) {
+// The documentation asks for room for the text, its NUL and one byte more; some systems do without
+// that.
+bool SystemWantsAByteMore() {
+    char exact[4] = {};
+    return ExpandEnvironmentStringsA("abc", exact, sizeof(exact)) > sizeof(exact);
+}
+
+TEST_F(ExpandEnvironmentTest, ResultThatFits520BytesIsUsedAndALongerOneIsNot) {
+    const std::size_t longest = SystemWantsAByteMore() ? 519 : 520;
     // The sizes count the terminating NUL.
-    for (const std::size_t bytes : {519u, 520u, 521u}) {
+    for (const std::size_t bytes : {518u, 519u, 520u, 521u}) {
         SCOPED_TRACE(bytes);
         const std::string value(bytes - 1, 'v');
         Set(value.c_str());
-        EXPECT_EQ(bytes <= 520 ? value : "%DEPOT_TEST_VALUE%",
+        EXPECT_EQ(bytes <= longest ? value : "%DEPOT_TEST_VALUE%",
                   ExpandEnvironment("%DEPOT_TEST_VALUE%"));
     }
 }

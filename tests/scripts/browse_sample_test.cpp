@@ -24,12 +24,16 @@ public:
     Person& operator=(const Person&) = delete;
 
 private:
+    static BOOL CALLBACK Examine(HWND window, LPARAM found) {
+        if (!IsWindowVisible(window) || !GetDlgItem(window, CONTROL_NAME)) return TRUE;
+        *reinterpret_cast<HWND*>(found) = window;
+        return FALSE;
+    }
+    // From window to next window some systems do not come past one that closes meanwhile.
     static HWND FindDialog() {
         HWND window = nullptr;
-        while ((window = FindWindowExW(nullptr, window, L"#32770", nullptr)) != nullptr) {
-            if (IsWindowVisible(window) && GetDlgItem(window, CONTROL_NAME)) return window;
-        }
-        return nullptr;
+        EnumWindows(Examine, reinterpret_cast<LPARAM>(&window));
+        return window;
     }
 
     // The list takes the address of what is to be selected from its own process only.
