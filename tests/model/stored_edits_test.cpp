@@ -11,6 +11,8 @@ namespace {
 constexpr char kEntry[] = "cn=a.kra,dc=test";
 constexpr std::string_view kOld = "[S]\r\nK=old\r\nL=old\r\n";
 constexpr std::string_view kStored = "[S]\r\nK=ours\r\nL=old\r\n";
+// What someone else made of the first.
+constexpr std::string_view kLacking = "[S]\r\nK=old\r\nL=theirs\r\n";
 
 std::span<const std::uint8_t> Bytes(std::string_view text) {
     return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
@@ -33,13 +35,13 @@ protected:
 
 TEST_F(StoredEditsTest, VersionThatLacksAnEditHasItReturnedOnce) {
     Note(edits_);
-    EXPECT_EQ(kStored, Lost(edits_, "[S]\r\nK=old\r\nL=theirs\r\n"));
-    EXPECT_EQ("(nothing)", Lost(edits_, "[S]\r\nK=old\r\nL=theirs\r\n"));
+    EXPECT_EQ(kStored, Lost(edits_, kLacking));
+    EXPECT_EQ("(nothing)", Lost(edits_, kLacking));
 }
 
 TEST_F(StoredEditsTest, EntryIsKnownByEverySpellingOfItsName) {
     Note(edits_);
-    EXPECT_EQ(kStored, Lost(edits_, "[S]\r\nL=theirs\r\n", "CN=A.kra, DC=test"));
+    EXPECT_EQ(kStored, Lost(edits_, kLacking, "CN=A.kra, DC=test"));
 }
 
 TEST_F(StoredEditsTest, AddedValueThatIsMissingIsLost) {
@@ -51,7 +53,7 @@ TEST_F(StoredEditsTest, LateReplicaIsAskedAgain) {
     Note(edits_);
     EXPECT_EQ("(nothing)", Lost(edits_, kOld));
     EXPECT_EQ("(nothing)", Lost(edits_, kStored));
-    EXPECT_EQ(kStored, Lost(edits_, "[S]\r\nK=old\r\nL=theirs\r\n"));
+    EXPECT_EQ(kStored, Lost(edits_, kLacking));
 }
 
 TEST_F(StoredEditsTest, VersionThatGoesOnFromTheEditLostNothing) {
@@ -80,13 +82,13 @@ TEST_F(StoredEditsTest, LaterEditTakesThePlaceOfTheFirst) {
 TEST_F(StoredEditsTest, OldestEditsGiveWay) {
     const auto entry = [](int number) { return "cn=" + std::to_string(number) + ",dc=test"; };
     for (int number = 0; number < 65; ++number) Note(edits_, entry(number));
-    EXPECT_EQ("(nothing)", Lost(edits_, "[S]\r\nL=theirs\r\n", entry(0)));
-    EXPECT_EQ(kStored, Lost(edits_, "[S]\r\nL=theirs\r\n", entry(1)));
+    EXPECT_EQ("(nothing)", Lost(edits_, kLacking, entry(0)));
+    EXPECT_EQ(kStored, Lost(edits_, kLacking, entry(1)));
     const std::string large = "[S]\r\nK=" + std::string(4 * 1024 * 1024 - 100, 'x') + "\r\n";
     edits_.Note(entry(2), Bytes("[S]\r\n"), Bytes(large));
-    EXPECT_EQ("(nothing)", Lost(edits_, "[S]\r\nL=theirs\r\n", entry(64)));
+    EXPECT_EQ("(nothing)", Lost(edits_, kLacking, entry(64)));
     edits_.Note(entry(2), Bytes(large), Bytes(large + "L=ours\r\n"));
-    EXPECT_EQ("(nothing)", Lost(edits_, "[S]\r\nL=theirs\r\n", entry(2)));
+    EXPECT_EQ("(nothing)", Lost(edits_, kLacking, entry(2)));
 }
 
 }  // namespace
