@@ -84,7 +84,7 @@ TEST_F(StoredEditsTest, OldestEditsGiveWay) {
     for (int number = 0; number < 65; ++number) Note(edits_, entry(number));
     EXPECT_EQ("(nothing)", Lost(edits_, kLacking, entry(0)));
     EXPECT_EQ(kStored, Lost(edits_, kLacking, entry(1)));
-    const std::string large = "[S]\r\nK=" + std::string(4 * 1024 * 1024 - 100, 'x') + "\r\n";
+    const std::string large = "[S]\r\nK=" + std::string(4 * 1024 * 1024 - 20, 'x') + "\r\n";
     edits_.Note(entry(2), Bytes("[S]\r\n"), Bytes(large));
     EXPECT_EQ("(nothing)", Lost(edits_, kLacking, entry(64)));
     edits_.Note(entry(2), Bytes(large), Bytes(large + "L=ours\r\n"));
