@@ -21,6 +21,7 @@ void AddDepotsCommand(CLI::App& app, Program& program);        // depots
 void AddDefineCommands(CLI::App& depots, Program& program);    // depots add, set, remove
 void AddExchangeCommands(CLI::App& depots, Program& program);  // depots export, import
 void AddCompletionCommand(CLI::App& app, Program& program);    // completion
+void AddLeftoversCommand(CLI::App& app, Program& program);     // leftovers
 void AddCheckCommand(CLI::App& app, Program& program);         // check
 
 }  // namespace depot::ctl
