@@ -7,10 +7,12 @@
 #include <vector>
 
 #include "api/automation_text.h"
+#include "model/help_texts.h"
 #include "platform/directory_client.h"
 #include "platform/error_text.h"
 #include "platform/lock.h"
 #include "platform/no_destructor.h"
+#include "platform/text.h"
 
 namespace depot {
 namespace {
@@ -75,6 +77,14 @@ std::uint32_t SystemCodeOfDirectory(std::uint32_t code) {
     }
 }
 
+// A directory's own words: the system's are those of errors of its own that stand for these codes.
+std::string TextFor(const Error& error) {
+    if (error.kind != CodeKind::kDirectory) return error.text;
+    const std::optional<std::string> help = HelpForDirectoryCode(error.code);
+    if (!help) return error.text;
+    return Concatenate({*help, " (LDAP ", NumberText(error.code), ")"});
+}
+
 }  // namespace
 
 std::uint32_t SystemCodeOf(const Error& error) {
@@ -117,7 +127,7 @@ CallFailure FailureOf(const Result& result) noexcept {
     if (result) return failure;
     failure.code = SystemCodeOf(result.Why());
     try {
-        failure.text = result.Why().text;
+        failure.text = TextFor(result.Why());
     } catch (...) {
         // The code says enough.
     }

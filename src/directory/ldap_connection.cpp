@@ -5,6 +5,7 @@
 #include <iterator>
 #include <string_view>
 
+#include "directory/directory_help.h"
 #include "platform/error_text.h"
 #include "platform/user_notice.h"
 #include "platform/wipe.h"
@@ -308,7 +309,7 @@ Result LdapConnection::Report(std::uint32_t code) {
     shared_.SetLastError(code);
     if (code == LDAP_SUCCESS) return {};
     Error error = {ReasonOf(code), CodeKind::kDirectory, code, Text(code)};
-    ShowNotice(error.text, kMessageTitle, nullptr);
+    ShowNotice(WithHelpWhereUnseen(error.text, code), kMessageTitle, nullptr);
     return error;
 }
 

@@ -1,7 +1,9 @@
 #include "host/app.h"
 
+#include "directory/directory_help.h"
 #include "directory/ldap_items.h"
 #include "manager/standard_folders.h"
+#include "model/help_texts.h"
 #include "model/localization.h"
 #include "platform/system_code_page.h"
 #include "texts/language_settings.h"
@@ -14,6 +16,7 @@ BOOL CDepotIntrApp::InitInstance() {
     InstallLocalization(
         {CurrentLanguageCode, ResourceText, kLocaleKey, [] { return unsigned{UserLanguageId()}; }});
     InstallCredentialsPrompt(&credentialsDialog_);
+    InstallDirectoryHelp(HelpForDirectoryCode);
     // Kept: the library stays usable without its texts.
     // Relied on by: installations whose resource files were removed or damaged.
     static_cast<void>(LoadResources());

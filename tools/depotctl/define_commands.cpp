@@ -5,6 +5,7 @@
 #include "depotctl/commands.h"
 #include "depotctl/define_options.h"
 #include "depotctl/definition_edit.h"
+#include "depotctl/definition_rules.h"
 #include "depotctl/definition_store.h"
 #include "depotctl/encoding.h"
 #include "depotctl/failure.h"
@@ -81,43 +82,6 @@ DefinitionChange ChangeOf(const DefineOptions& options, const RawDefinition& bef
     return change;
 }
 
-Findings UnknownMacros(const RawDefinition& definition) {
-    Findings findings;
-    for (int location = 1; location <= definition.Locations(); ++location) {
-        const std::string name = Numbered("Path", location);
-        Append(findings, CheckMacroNames(name, definition.Text(name).value_or("")));
-    }
-    return findings;
-}
-
-std::string Line(const Finding& finding) {
-    return finding.subject + ": " + finding.text +
-           (finding.advice.empty() ? "" : "; " + finding.advice);
-}
-
-[[noreturn]] void RefuseFor(const Program& program, const Findings& problems) {
-    for (const Finding& problem : problems) program.Complain(Line(problem));
-    Refuse("nothing was written");
-}
-
-void RequireGoodKey(const Program& program, const std::string& key) {
-    for (const Findings& findings : {CheckKey(key), CheckStoredKey(key)}) {
-        if (!findings.empty()) RefuseFor(program, findings);
-    }
-}
-
-// `before` is null for a definition that is new.
-void RequireGood(const Program& program, const RawDefinition* before, const RawDefinition& after) {
-    Findings problems = NewProblems(before, after);
-    const Findings known = before == nullptr ? Findings() : UnknownMacros(*before);
-    for (const Finding& finding : UnknownMacros(after)) {
-        if (std::find(known.begin(), known.end(), finding) == known.end()) {
-            problems.push_back(finding);
-        }
-    }
-    if (!problems.empty()) RefuseFor(program, problems);
-}
-
 // What is worth knowing of a definition that is in order, also beside the others.
 Findings NotesOn(const RawDefinition& after, const DefineOptions& options) {
     Findings notes = CheckDefinition(after);
@@ -132,17 +96,25 @@ Findings NotesOn(const RawDefinition& after, const DefineOptions& options) {
     return notes;
 }
 
-void Report(const Program& program, const DefineOptions& options, const char* done,
-            const Findings& notes) {
-    Json json = {{done, options.key}, {"definedFor", OwnerOf(RootOf(options))}};
+// What was done, what is worth knowing of it, and what it changed.
+struct Done {
+    const char* what;
+    Findings notes;
+    std::vector<Step> steps;
+};
+
+void Report(const Program& program, const DefineOptions& options, const Done& done) {
+    Json json = {{done.what, options.key}, {"definedFor", OwnerOf(RootOf(options))}};
     json["notes"] = Json::array();
     std::string text =
-        std::string(done) + " " + Shown(options) + " for " + OwnerOf(RootOf(options)) + "\n";
-    for (const Finding& note : notes) {
+        std::string(done.what) + " " + Shown(options) + " for " + OwnerOf(RootOf(options)) + "\n";
+    for (const Finding& note : done.notes) {
         json["notes"].push_back(Line(note));
         text += "note: " + Printable(Line(note)) + "\n";
     }
-    program.renderer.Answer(json, text);
+    Steps steps(program, {false, options.verbose});
+    steps.Note(done.steps);
+    steps.Answer(std::move(json), text);
 }
 
 void ShowFile(const Program& program, const DefineOptions& options,
@@ -192,14 +164,14 @@ void Define(const Program& program, const DefineOptions& options) {
     // The machine's definitions are not everyone's to write.
     const bool isChanged = !change.written.empty() || !change.removed.empty();
     if (isNew || isChanged) WriteDefinition(RootOf(options), options.key, change);
-    Report(program, options, isNew ? "added" : "changed", notes);
+    Report(program, options, {isNew ? "added" : "changed", notes, StepsOf(options.key, change)});
 }
 
 void RemoveOne(const Program& program, const DefineOptions& options) {
     Existing(options, Existence::kThere);
     if (options.dryRun) return ShowFile(program, options, nullptr);
     RemoveDefinition(RootOf(options), options.key);
-    Report(program, options, "removed", {});
+    Report(program, options, {"removed", {}, {{"remove", Shown(options), {}}}});
 }
 
 }  // namespace

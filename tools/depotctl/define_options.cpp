@@ -93,6 +93,7 @@ void AddPlaceOptions(CLI::App& command, DefineOptions& options) {
     command.add_option("key", options.key, "The depot's key")->required()->transform(KeyArgument);
     command.add_flag("--machine", options.forMachine, "For all users of the machine");
     command.add_flag("--dry-run", options.dryRun, "Print a .reg file and change nothing");
+    command.add_flag("-v,--verbose", options.verbose, "Show each value that is changed");
 }
 
 void AddValueOptions(CLI::App& command, DefineOptions& options) {

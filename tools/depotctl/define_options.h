@@ -24,6 +24,7 @@ struct DefineOptions {
     bool forgetPassword = false;
     bool forMachine = false;
     bool dryRun = false;
+    bool verbose = false;
 };
 
 // Adds the options that name a definition's hive, and whether it is only shown.

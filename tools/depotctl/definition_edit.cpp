@@ -17,7 +17,27 @@ bool CanBeWritten(const RawValue& value) {
     return value.IsText() || (value.type == kRegistryNumber && value.bytes == sizeof(value.number));
 }
 
-std::string Quoted(const std::string& text) {
+bool IsPassword(const RawValue& value) {
+    const auto name = ParseValueName(value.name);
+    return name && name->known->name == std::string_view("Password");
+}
+
+std::string ValueLine(const RawValue& value) {
+    // A password that belonged to the number before must not stay there either.
+    if (IsPassword(value)) {
+        return "; A password is not shown: store it by --ask-password.\r\n" +
+               QuotedForRegistry(value.name) + "=-\r\n";
+    }
+    if (value.IsText())
+        return QuotedForRegistry(value.name) + "=" + QuotedForRegistry(value.text.Plain()) + "\r\n";
+    char number[16] = {};
+    std::snprintf(number, sizeof(number), "%08x", static_cast<unsigned>(value.number));
+    return QuotedForRegistry(value.name) + "=dword:" + number + "\r\n";
+}
+
+}  // namespace
+
+std::string QuotedForRegistry(const std::string& text) {
     std::string quoted = "\"";
     for (std::size_t at = 0; at < text.size();) {
         const std::size_t special = std::min(FindAnyAscii(text, "\"\\", at), text.size());
@@ -27,25 +47,6 @@ std::string Quoted(const std::string& text) {
     }
     return quoted + "\"";
 }
-
-bool IsPassword(const RawValue& value) {
-    const auto name = ParseValueName(value.name);
-    return name && name->known->name == std::string_view("Password");
-}
-
-std::string ValueLine(const RawValue& value) {
-    // A password that belonged to the number before must not stay there either.
-    if (IsPassword(value)) {
-        return "; A password is not shown: store it by --ask-password.\r\n" + Quoted(value.name) +
-               "=-\r\n";
-    }
-    if (value.IsText()) return Quoted(value.name) + "=" + Quoted(value.text.Plain()) + "\r\n";
-    char number[16] = {};
-    std::snprintf(number, sizeof(number), "%08x", static_cast<unsigned>(value.number));
-    return Quoted(value.name) + "=dword:" + number + "\r\n";
-}
-
-}  // namespace
 
 RawDefinition Changed(RawDefinition definition, const DefinitionChange& change) {
     const auto drop = [&](const std::string& name) {
@@ -111,7 +112,7 @@ std::string RegistryFile(const std::string& keyPath, const DefinitionChange* cha
         const bool writtenAgain =
             std::any_of(change->written.begin(), change->written.end(),
                         [&](const RawValue& value) { return SameName(value.name, name); });
-        if (!writtenAgain) text += Quoted(name) + "=-\r\n";
+        if (!writtenAgain) text += QuotedForRegistry(name) + "=-\r\n";
     }
     for (const RawValue& value : change->written) text += ValueLine(value);
     return text;

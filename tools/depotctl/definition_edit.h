@@ -26,6 +26,9 @@ DepotSummary SummaryOf(const RawDefinition& definition, bool isForUser);
 // file is shown and kept. In UTF-8, with lines that end in CR LF.
 std::string RegistryFile(const std::string& keyPath, const DefinitionChange* change);
 
+// A text in the quotation marks of such files.
+std::string QuotedForRegistry(const std::string& text);
+
 // The same in the encoding that registry editors import: UTF-16 with a byte order mark.
 std::string RegistryFileBytes(const std::string& text);
 

@@ -159,6 +159,7 @@ void AddDepotsCommand(CLI::App& app, Program& program) {
         program.command = [&program, offline] { ShowDepots(program, *offline); };
     });
     AddDefineCommands(*command, program);
+    AddExchangeCommands(*command, program);
 }
 
 }  // namespace depot::ctl

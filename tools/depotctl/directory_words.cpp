@@ -4,9 +4,9 @@
 #include <iterator>
 
 #include "depotctl/encoding.h"
+#include "model/help_texts.h"
 #include "model/localization.h"
 #include "platform/directory_client.h"
-#include "resource_ids.h"
 
 namespace depot::ctl {
 namespace {
@@ -78,25 +78,6 @@ constexpr Row kRows[] = {
      "check the server's certificate"},
 };
 
-struct HelpText {
-    std::uint32_t code;
-    unsigned id;
-};
-
-// The texts that the dialog for credentials shows for these codes.
-constexpr HelpText kHelpTexts[] = {
-    {LDAP_INVALID_CREDENTIALS, IDS_CREDENTIALS_REFUSED},
-    {LDAP_SERVER_DOWN, IDS_CREDENTIALS_UNREACHABLE},
-    {LDAP_TIMEOUT, IDS_CREDENTIALS_UNREACHABLE},
-    {LDAP_CONNECT_ERROR, IDS_CREDENTIALS_UNREACHABLE},
-    {LDAP_STRONG_AUTH_REQUIRED, IDS_CREDENTIALS_STRONGER},
-    {LDAP_CONFIDENTIALITY_REQUIRED, IDS_CREDENTIALS_SECURED},
-    {LDAP_INSUFFICIENT_RIGHTS, IDS_CREDENTIALS_RIGHTS},
-    {LDAP_UNWILLING_TO_PERFORM, IDS_CREDENTIALS_UNWILLING},
-    {LDAP_BUSY, IDS_CREDENTIALS_BUSY},
-    {LDAP_UNAVAILABLE, IDS_CREDENTIALS_BUSY},
-};
-
 constexpr char kEnglish[] = "eng";
 
 constexpr std::uint32_t kUnreachable[] = {LDAP_BUSY, LDAP_UNAVAILABLE, LDAP_SERVER_DOWN,
@@ -113,10 +94,8 @@ DirectoryWords WordsFor(std::uint32_t code) {
 }
 
 std::string HelpFor(std::uint32_t code, const std::string& advice) {
-    const auto help = std::find_if(std::begin(kHelpTexts), std::end(kHelpTexts),
-                                   [code](const HelpText& known) { return known.code == code; });
-    if (help == std::end(kHelpTexts) || LanguageCode() == kEnglish) return advice;
-    const std::optional<std::string> text = LocalizedText(help->id);
+    if (LanguageCode() == kEnglish) return advice;
+    const std::optional<std::string> text = HelpForDirectoryCode(code);
     return text ? Utf8FromAnsi(*text) : advice;
 }
 

@@ -77,6 +77,7 @@ void AddCommands(CLI::App& app, Program& program, std::string& outputFile) {
     AddLookCommands(app, program);
     AddDepotsCommand(app, program);
     AddCheckCommand(app, program);
+    AddLeftoversCommand(app, program);
     AddCompletionCommand(app, program);
     AddRecoveredCommands(app, program);
 }

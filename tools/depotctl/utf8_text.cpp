@@ -74,6 +74,38 @@ std::size_t WidthOf(std::uint32_t code) {
     return IsIn(kWide, code) ? 2 : 1;
 }
 
+constexpr bool IsFirstHalf(std::uint32_t unit) {
+    return unit >= 0xD800 && unit < 0xDC00;
+}
+constexpr bool IsSecondHalf(std::uint32_t unit) {
+    return unit >= 0xDC00 && unit < 0xE000;
+}
+
+// Takes a character off the units, of which there are some.
+std::uint32_t TakeCharacter(std::u16string_view& units) {
+    constexpr std::uint32_t kReplacement = 0xFFFD;
+    const std::uint32_t first = units.front();
+    units.remove_prefix(1);
+    if (!IsFirstHalf(first)) return IsSecondHalf(first) ? kReplacement : first;
+    if (units.empty() || !IsSecondHalf(units.front())) return kReplacement;
+    const std::uint32_t second = units.front();
+    units.remove_prefix(1);
+    return 0x10000 + ((first - 0xD800) << 10) + (second - 0xDC00);
+}
+
+void AppendUtf8(std::string& text, std::uint32_t code) {
+    const auto add = [&](std::uint32_t byte) { text += static_cast<char>(byte); };
+    if (code < 0x80) return add(code);
+    if (code < 0x800) {
+        add(0xC0 | code >> 6);
+    } else {
+        add(code < 0x10000 ? 0xE0 | code >> 12 : 0xF0 | code >> 18);
+        if (code >= 0x10000) add(0x80 | (code >> 12 & 0x3F));
+        add(0x80 | (code >> 6 & 0x3F));
+    }
+    add(0x80 | (code & 0x3F));
+}
+
 bool IsControl(std::uint32_t code) {
     return code < 0x20 || (code >= 0x7F && code < 0xA0);
 }
@@ -103,6 +135,12 @@ std::u16string Utf16(std::string_view text) {
                                                                       : character.code));
     });
     return units;
+}
+
+std::string Utf8FromUtf16(std::u16string_view units) {
+    std::string text;
+    while (!units.empty()) AppendUtf8(text, TakeCharacter(units));
+    return text;
 }
 
 std::size_t Utf16Length(std::string_view text) {

@@ -13,8 +13,9 @@ std::size_t FindAscii(std::string_view text, char character, std::size_t from = 
 std::size_t FindAnyAscii(std::string_view text, std::string_view characters, std::size_t from = 0);
 bool EndsInAscii(std::string_view text, char character);
 
-// Returns the text in UTF-16, and how many units it takes there.
+// Returns the text in UTF-16, and back, and how many units it takes there.
 std::u16string Utf16(std::string_view text);
+std::string Utf8FromUtf16(std::u16string_view units);  // a half of a pair becomes U+FFFD
 std::size_t Utf16Length(std::string_view text);
 
 // Returns how many columns the text takes: wide East Asian characters take two, combining marks
