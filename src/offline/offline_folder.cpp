@@ -8,6 +8,7 @@
 #include "directory/comparable_dn.h"
 #include "platform/data_protection.h"
 #include "platform/digest.h"
+#include "platform/file_in_use.h"
 #include "platform/file_search.h"
 #include "platform/held_file.h"
 #include "platform/known_folders.h"
@@ -73,6 +74,11 @@ void StoreNames(OfflineRecord& record) {
     for (OfflineChild& child : record.children) child.dn = Stored(child.dn);
 }
 
+std::optional<OfflineRecord> Opened(const std::vector<std::uint8_t>& sealed) {
+    const auto bytes = UnprotectForUser(sealed);
+    return bytes ? DecodeOfflineRecord(*bytes) : std::nullopt;
+}
+
 std::uint64_t NumberOf(DWORD high, DWORD low) {
     return std::uint64_t{high} << 32 | low;
 }
@@ -125,19 +131,19 @@ std::string OfflineFolder::FileOf(OfflineKind kind, std::string_view dn) const {
 }
 
 std::optional<OfflineRecord> ReadOfflineFile(const std::string& path) {
-    const auto sealed = ReadLocalFile(path);
-    if (!sealed) return std::nullopt;
-    const auto bytes = UnprotectForUser(*sealed);
-    return bytes ? DecodeOfflineRecord(*bytes) : std::nullopt;
+    const auto sealed = ReadOwnFile(path);
+    return sealed ? Opened(*sealed) : std::nullopt;
 }
 
 std::optional<OfflineRecord> OfflineFolder::ReadFile(const std::string& path) const {
     if (!PathExists(path)) return std::nullopt;
-    std::optional<OfflineRecord> record = ReadOfflineFile(path);
+    // One that another program holds is not damaged.
+    const auto sealed = ReadOwnFile(path);
+    if (!sealed) return std::nullopt;
+    std::optional<OfflineRecord> record = Opened(*sealed);
     if (record && !TakeNames(*record)) return std::nullopt;
     if (record && record->place == place_) return record;
-    // One that another program holds at the moment is not damaged.
-    if (ReadLocalFile(path)) SetAside(path);
+    SetAside(path);
     return std::nullopt;
 }
 
@@ -216,6 +222,8 @@ bool OfflineFolder::Write(OfflineRecord record) {
     const auto sealed = ProtectForUser(EncodeOfflineRecord(record));
     if (!sealed) return false;
     const bool isEdit = record.kind == OfflineKind::kEdit;
+    // An edit that nobody can read now must not be lost under another one.
+    if (isEdit && PathMayExist(path) && !ReadOwnFile(path)) return false;
     if (!isEdit) {
         if (sealed->size() > limit_) {
             DeleteFileA(path.c_str());
@@ -223,14 +231,14 @@ bool OfflineFolder::Write(OfflineRecord record) {
         }
         MakeRoom(sealed->size());
     }
-    return ReplaceLocalFile(path, sealed->data(), static_cast<std::uint32_t>(sealed->size()),
-                            isEdit ? Flush::kNow : Flush::kLater);
+    const auto length = static_cast<std::uint32_t>(sealed->size());
+    return ExchangeOwnFile(path, sealed->data(), length, isEdit ? Flush::kNow : Flush::kLater);
 }
 
 bool OfflineFolder::Remove(OfflineKind kind, std::string_view dn) const {
     if (path_.empty()) return true;
     const std::string path = FileOf(kind, dn);
-    return DeleteFileA(path.c_str()) != FALSE || !PathMayExist(path);
+    return DeleteOwnFile(path) || !PathMayExist(path);
 }
 
 bool OfflineFolder::HasEdits() const {

@@ -65,13 +65,23 @@ public:
 
     bool Exists() const { return exists_; }
 
-    bool Write(const Contents& contents) {
-        // What only the system's memory holds would be lost with the old file in a power cut.
-        const bool written = WriteAll(file_.get(), contents) && FlushFileBuffers(file_.get());
+    bool Write(const Contents& contents, Flush flush) {
+        const bool written = WriteAll(file_.get(), contents) &&
+                             (flush == Flush::kLater || FlushFileBuffers(file_.get()));
         const DWORD error = GetLastError();
         file_.reset();
         SetLastError(error);
         return written;
+    }
+
+    // Takes the place by one rename.
+    bool Rename(const std::string& path, Flush flush) {
+        const DWORD through = flush == Flush::kNow ? MOVEFILE_WRITE_THROUGH : 0;
+        if (!MoveFileExA(path_.c_str(), path.c_str(), MOVEFILE_REPLACE_EXISTING | through)) {
+            return false;
+        }
+        exists_ = false;
+        return true;
     }
 
     bool CopyFrom(const std::string& source) {
@@ -139,7 +149,8 @@ bool ReplaceExisting(const std::string& path, const Contents& contents) {
     if (IsOrdinary(attributes)) {
         FileBeside beside(path);
         // A disk that fails, or is full, is no place to write over a file.
-        if (beside.Exists() && !beside.Write(contents)) return false;
+        // What only the system's memory holds would be lost with the old file in a power cut.
+        if (beside.Exists() && !beside.Write(contents, Flush::kNow)) return false;
         replaced = Exchange(beside.Exists() ? &beside : nullptr, path, contents);
     } else {
         replaced = Exchange(nullptr, path, contents);
@@ -182,6 +193,24 @@ bool ReplaceLocalFile(const std::string& path, const void* bytes, std::uint32_t 
     const FileCreation creation = CreateLocalFile(path, bytes, length, flush);
     if (creation == FileCreation::kExists) return ReplaceExisting(path, {bytes, length});
     return creation == FileCreation::kDone;
+}
+
+bool ExchangeOwnFile(const std::string& path, const void* bytes, std::uint32_t length,
+                     Flush flush) {
+    FileBeside beside(path);
+    if (!beside.Exists() || !beside.Write({bytes, length}, flush)) return false;
+    return RetryWhileInUse(FileUse::kOwn, [&] { return beside.Rename(path, flush); });
+}
+
+std::optional<std::vector<std::uint8_t>> ReadOwnFile(const std::string& path) {
+    constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+    UniqueHandle file;
+    RetryWhileInUse(FileUse::kOwn, [&] {
+        file = OwnFile(CreateFileA(path.c_str(), GENERIC_READ, kShareAll, nullptr, OPEN_EXISTING,
+                                   FILE_ATTRIBUTE_NORMAL, nullptr));
+        return file != nullptr;
+    });
+    return file ? ReadOpenFile(file.get()) : std::nullopt;
 }
 
 bool CopyLocalFile(const std::string& source, const std::string& path, bool failIfExists,

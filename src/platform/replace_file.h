@@ -3,7 +3,9 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
+#include <vector>
 
 #include "platform/win32.h"
 
@@ -32,6 +34,15 @@ FileCreation CreateLocalFile(const std::string& path, const void* bytes, std::ui
 // over, and put back when that fails. Bytes that replace others are always flushed.
 bool ReplaceLocalFile(const std::string& path, const void* bytes, std::uint32_t length,
                       Flush flush = Flush::kLater);
+
+// The same for a file of the component's own that several programs read: they find either what it
+// held or the new bytes, whole, at every moment. Nothing that belongs to the old file is kept.
+bool ExchangeOwnFile(const std::string& path, const void* bytes, std::uint32_t length, Flush flush);
+
+// Returns all bytes of such a file, which others may replace or delete meanwhile; nothing when it
+// cannot be opened or read to its end. What somebody else has open is waited for, for three
+// seconds.
+std::optional<std::vector<std::uint8_t>> ReadOwnFile(const std::string& path);
 
 // Copies a file as CopyFileA does, but onto an ordinary file in the way of ReplaceLocalFile.
 // Returns whether it was copied, and leaves the system's last error.

@@ -233,9 +233,11 @@ TEST_F(CheckDirectoryTest, KeptConnectionIsRecommendedForAServerFarAway) {
     ForgetServer(relay.Port());
     key_.Dword("Dir", "Port1", relay.Port());
     // A busy machine may be slow to answer itself.
-    for (int attempt = 0; attempt < 20 && !Step("round trip").starts_with("ok: "); ++attempt) {
+    std::string nearby;
+    for (int attempt = 0; attempt < 40 && !nearby.starts_with("ok: "); ++attempt) {
+        nearby = Step("round trip");
     }
-    EXPECT_THAT(Step("round trip"), StartsWith("ok: "));
+    EXPECT_THAT(nearby, StartsWith("ok: "));
     relay.HoldBack(std::chrono::milliseconds(10));
     EXPECT_THAT(Step("round trip"),
                 AllOf(StartsWith("note: "), HasSubstr(" ms, and each call connects anew")));

@@ -11,6 +11,7 @@
 #include "manager/depot_list.h"
 #include "support/box_log.h"
 #include "support/component_depots.h"
+#include "support/offline_files.h"
 #include "support/test_folders.h"
 #include "support/waits.h"
 #include "support/working_files.h"
@@ -216,6 +217,21 @@ TEST_F(RoundTripsTest, OperationsOnAKeptConnection) {
     EXPECT_EQ(kKeptLook, Of([&] {
                   EXPECT_EQ(S_FALSE, api_->DPFileExists(*session_, Text("<Corp>\\none.kra")));
               }));
+}
+
+// What is kept for the time when the server is away takes no round trip more.
+TEST_F(RoundTripsTest, OperationsOnALocationThatIsKeptForLater) {
+    depots_.Dword("Corp", "Offline1", 1);
+    const CleanOfflineFiles kept;
+    session_.reset();
+    session_.emplace(*api_);
+    EXPECT_EQ(kFirstRead, Of([&] { LoadFirst(); }));
+    EXPECT_EQ(kSecondRead, Of([&] { EXPECT_THAT(Load(session_->Address()), IsOk()); }));
+    EXPECT_EQ(kSetAndFlush, Of([&] {
+                  Change();
+                  EXPECT_THAT(api_->DPFlushFile(*session_), IsOk());
+              }));
+    EXPECT_EQ(1u, OfflineFolders().size());
 }
 
 TEST_F(RoundTripsTest, EndOfASessionAfterAChange) {

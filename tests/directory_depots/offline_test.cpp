@@ -1,4 +1,7 @@
 // A depot that is used while its server is away.
+#include <atomic>
+#include <thread>
+
 #include "directory/connection_scope.h"
 #include "directory_depots/depot_fixture.h"
 #include "fileops/depot_file.h"
@@ -348,6 +351,35 @@ TEST_F(OfflineTest, TwoProcessesThatEditOneFileApartMeetInTheQueue) {
     Restart(2);
     Value();
     EXPECT_EQ("[S]\r\nK=first\r\nL=second\r\n", Entry());
+}
+
+TEST_F(OfflineTest, SessionsOfSeveralThreadsMeetInTheQueue) {
+    constexpr int kThreads = 4;
+    constexpr int kEditsOfEach = 5;
+    Restart(2);
+    Value();
+    Away();
+    std::atomic<int> refused = 0;
+    std::vector<std::thread> threads;
+    for (int number = 0; number < kThreads; ++number) {
+        threads.emplace_back([number, &refused] {
+            for (int edit = 0; edit < kEditsOfEach; ++edit) {
+                CDepots depots(kKey);
+                DepotFileContext file("<Work>\\a.kra", depots);
+                file.WriteString("S", "T" + std::to_string(number), std::to_string(edit));
+                if (!file.Release()) ++refused;
+            }
+        });
+    }
+    for (std::thread& thread : threads) thread.join();
+    EXPECT_EQ(0, refused);
+    ASSERT_EQ(1u, WaitingEdits().size());
+    Back();
+    Restart(2);
+    for (int number = 0; number < kThreads; ++number) {
+        EXPECT_EQ(std::to_string(kEditsOfEach - 1), Value("T" + std::to_string(number)));
+    }
+    EXPECT_THAT(RecoveredFiles(), IsEmpty());
 }
 
 TEST_F(OfflineTest, AServerThatIsLostBetweenLoadAndStoreHasTheEditWait) {

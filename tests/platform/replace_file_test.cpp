@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <cstring>
 #include <set>
 #include <thread>
@@ -136,6 +137,36 @@ protected:
     const test::ScratchFolder folder_;
     const std::string file_ = folder_.At("a.kra");
 };
+
+// Whoever reads meanwhile gets one version or the other, whole.
+TEST_F(ReplaceFileTest, OwnFileIsExchangedUnderItsReaders) {
+    const std::string path = folder_.At("own");
+    const std::string versions[] = {std::string(10'000, 'a'), std::string(20'000, 'b')};
+    const auto exchange = [&](const std::string& bytes) {
+        return ExchangeOwnFile(path, bytes.data(), static_cast<std::uint32_t>(bytes.size()),
+                               Flush::kLater);
+    };
+    ASSERT_TRUE(exchange(versions[0]));
+    std::atomic<bool> isOver = false;
+    std::atomic<int> torn = 0, reads = 0;
+    std::thread reader([&] {
+        while (!isOver) {
+            const auto bytes = ReadOwnFile(path);
+            const std::string text = bytes ? std::string(bytes->begin(), bytes->end()) : "";
+            if (text != versions[0] && text != versions[1]) ++torn;
+            ++reads;
+        }
+    });
+    int failed = 0;
+    for (int round = 0; round < 200 || reads < 10; ++round) {
+        if (!exchange(versions[round % 2])) ++failed;
+    }
+    isOver = true;
+    reader.join();
+    EXPECT_EQ(0, failed);
+    EXPECT_EQ(0, torn);
+    EXPECT_EQ(std::set<std::string>{"own"}, Names());
+}
 
 TEST_F(ReplaceFileTest, NewFileIsCreatedWithNormalAttributes) {
     EXPECT_TRUE(Replace(file_, std::string("\0x", 2)));
