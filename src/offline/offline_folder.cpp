@@ -222,8 +222,6 @@ bool OfflineFolder::Write(OfflineRecord record) {
     const auto sealed = ProtectForUser(EncodeOfflineRecord(record));
     if (!sealed) return false;
     const bool isEdit = record.kind == OfflineKind::kEdit;
-    // An edit that nobody can read now must not be lost under another one.
-    if (isEdit && PathMayExist(path) && !ReadOwnFile(path)) return false;
     if (!isEdit) {
         if (sealed->size() > limit_) {
             DeleteFileA(path.c_str());
@@ -239,6 +237,10 @@ bool OfflineFolder::Remove(OfflineKind kind, std::string_view dn) const {
     if (path_.empty()) return true;
     const std::string path = FileOf(kind, dn);
     return DeleteOwnFile(path) || !PathMayExist(path);
+}
+
+bool OfflineFolder::MayHold(OfflineKind kind, std::string_view dn) const {
+    return !path_.empty() && PathMayExist(FileOf(kind, dn));
 }
 
 bool OfflineFolder::HasEdits() const {

@@ -46,6 +46,9 @@ public:
 
     std::optional<OfflineRecord> Read(OfflineKind kind, std::string_view dn) const;
 
+    // Whether there may be a record, also one that cannot be read at the moment.
+    bool MayHold(OfflineKind kind, std::string_view dn) const;
+
     // Makes the folder, for its user alone, where it is missing; returns whether it is there.
     bool Prepare() const;
 

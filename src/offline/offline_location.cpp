@@ -128,6 +128,8 @@ DWORD OfflineLocation::Queue(const std::string& dn, const std::optional<OfflineB
     const EditsLock lock(folder_.Path(), kPatienceWithOthers);
     if (!lock) return ERROR_SHARING_VIOLATION;
     const auto waiting = folder_.Read(OfflineKind::kEdit, dn);
+    // One that nobody can read now must not be lost under this one.
+    if (!waiting && folder_.MayHold(OfflineKind::kEdit, dn)) return ERROR_SHARING_VIOLATION;
     if (waiting) {
         if (base != waiting->bytes) {
             auto met = meets ? meets(*waiting) : std::nullopt;
