@@ -61,9 +61,28 @@ protected:
         EXPECT_THAT(api_->DPFlushFile(session), IsOk());
     }
 
+    // Stores "here" on one server and "there" on the other, before either has heard of the other's
+    // version. A session has the definitions of the moment when it is made.
+    void EditBothAtOnce() {
+        depots_.Dword("Corp", "DetectConflicts1", 1);
+        Load(here_.emplace(*api_));
+        Define(second_.Port(), first_.Port());
+        Load(there_.emplace(*api_));
+        second_.Stop();
+        Store(*here_, L"here");
+        EXPECT_EQ("[S]\r\nK=here\r\n", BytesAt(first_));
+        first_.Stop();
+        second_.Continue();
+        Store(*there_, L"there");
+        EXPECT_EQ("[S]\r\nK=there\r\n", BytesAt(second_));
+        first_.Continue();
+        ASSERT_TRUE(Arrives(first_, "[S]\r\nK=there\r\n"));
+    }
+
     DirectoryServer first_{"multi"}, second_{"multi"};
     const BoxLog boxes_;
     const CleanWorkingFiles clean_;
+    std::optional<Session> here_, there_;
 };
 
 TEST_F(ReplicationTest, SessionThatBeginsWithoutTheFirstServerUsesTheSecond) {
@@ -146,45 +165,19 @@ TEST_F(ReplicationTest, WriteUnderWayWhenTheServerIsKilledIsWholeOrRecovered) {
 // Each server tests against what it has: neither has heard of the other's version.
 TEST_F(ReplicationTest, OfTwoEditsOnTwoServersAtOnceTheLaterStaysOnBoth) {
     Row("both replicas are edited at once: the later version stays on both");
-    depots_.Dword("Corp", "DetectConflicts1", 1);
-    Session here(*api_);
-    Load(here);
-    Define(second_.Port(), first_.Port());
-    Session there(*api_);
-    Load(there);
-    second_.Stop();
-    Store(here, L"here");
-    EXPECT_EQ("[S]\r\nK=here\r\n", BytesAt(first_));
-    first_.Stop();
-    second_.Continue();
-    Store(there, L"there");
-    EXPECT_EQ("[S]\r\nK=there\r\n", BytesAt(second_));
-    first_.Continue();
-    EXPECT_TRUE(Arrives(first_, "[S]\r\nK=there\r\n"));
+    EditBothAtOnce();
     EXPECT_EQ("[S]\r\nK=there\r\n", BytesAt(second_));
     EXPECT_THAT(RecoveredFiles(), testing::IsEmpty());
 }
 
 TEST_F(ReplicationTest, EditThatALaterOneOnTheOtherServerReplacedIsRecoveredAtTheNextLoad) {
     Row("an edit that the other replica's later one replaced is kept at its session's next load");
-    depots_.Dword("Corp", "DetectConflicts1", 1);
-    Session here(*api_);
-    Load(here);
-    Define(second_.Port(), first_.Port());
-    Session there(*api_);
-    Load(there);
-    second_.Stop();
-    Store(here, L"here");
-    first_.Stop();
-    second_.Continue();
-    Store(there, L"there");
-    first_.Continue();
-    ASSERT_TRUE(Arrives(first_, "[S]\r\nK=there\r\n"));
-    Load(here);
-    EXPECT_EQ(L"there", Read(here, L"S", L"K"));
+    EditBothAtOnce();
+    Load(*here_);
+    EXPECT_EQ(L"there", Read(*here_, L"S", L"K"));
     ASSERT_EQ(1u, RecoveredFiles().size());
     EXPECT_EQ("[S]\r\nK=here\r\n", FileBytes(RecoveredFiles().front()));
-    Load(there);
+    Load(*there_);
     EXPECT_EQ(1u, RecoveredFiles().size());
 }
 
