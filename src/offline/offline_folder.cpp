@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "directory/comparable_dn.h"
+#include "offline/seen_records.h"
 #include "platform/data_protection.h"
 #include "platform/digest.h"
 #include "platform/file_in_use.h"
@@ -87,6 +88,15 @@ std::uint64_t Now() {
     FILETIME now = {};
     GetSystemTimeAsFileTime(&now);
     return NumberOf(now.dwHighDateTime, now.dwLowDateTime);
+}
+
+// Of a record that was fetched: without where it belongs and when it was kept.
+Digest ContentsOf(const OfflineRecord& record) {
+    if (record.kind == OfflineKind::kFile) {
+        return DigestOf(record.bytes.data(), record.bytes.size());
+    }
+    const OfflineBytes bytes = EncodeOfflineRecord({.children = record.children});
+    return DigestOf(bytes.data(), bytes.size());
 }
 
 }  // namespace
@@ -218,10 +228,11 @@ bool OfflineFolder::Write(OfflineRecord record) {
     record.place = place_;
     record.time = Now();
     const std::string path = FileOf(record.kind, record.dn);
+    const bool isEdit = record.kind == OfflineKind::kEdit;
+    const Digest contents = isEdit ? Digest() : ContentsOf(record);
     StoreNames(record);
     const auto sealed = ProtectForUser(EncodeOfflineRecord(record));
     if (!sealed) return false;
-    const bool isEdit = record.kind == OfflineKind::kEdit;
     if (!isEdit) {
         if (sealed->size() > limit_) {
             DeleteFileA(path.c_str());
@@ -229,8 +240,11 @@ bool OfflineFolder::Write(OfflineRecord record) {
         }
         MakeRoom(sealed->size());
     }
-    const auto length = static_cast<std::uint32_t>(sealed->size());
-    return ExchangeOwnFile(path, sealed->data(), length, isEdit ? Flush::kNow : Flush::kLater);
+    if (isEdit) return ExchangeOwnFile(path, *sealed, Flush::kNow);
+    std::optional<FileState> state;
+    if (!ExchangeOwnFile(path, *sealed, Flush::kLater, &state)) return false;
+    if (state) NoteSeen(path, *state, contents);
+    return true;
 }
 
 bool OfflineFolder::Remove(OfflineKind kind, std::string_view dn) const {
@@ -241,6 +255,19 @@ bool OfflineFolder::Remove(OfflineKind kind, std::string_view dn) const {
 
 bool OfflineFolder::MayHold(OfflineKind kind, std::string_view dn) const {
     return !path_.empty() && PathMayExist(FileOf(kind, dn));
+}
+
+bool OfflineFolder::Holds(const OfflineRecord& record) const {
+    if (path_.empty()) return false;
+    const std::string path = FileOf(record.kind, record.dn);
+    // Before the file is read: what takes its place afterwards has another state.
+    const auto state = StateOf(path);
+    const Digest contents = ContentsOf(record);
+    if (state && WasSeen(path, *state, contents)) return true;
+    const auto kept = Read(record.kind, record.dn);
+    if (!kept || kept->bytes != record.bytes || kept->children != record.children) return false;
+    if (state && IsSettled(*state)) NoteSeen(path, *state, contents);
+    return true;
 }
 
 bool OfflineFolder::HasEdits() const {

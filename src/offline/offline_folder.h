@@ -49,6 +49,10 @@ public:
     // Whether there may be a record, also one that cannot be read at the moment.
     bool MayHold(OfflineKind kind, std::string_view dn) const;
 
+    // Whether a record that was fetched is kept as it is, whenever it was. One that this process
+    // has compared before is not opened again.
+    bool Holds(const OfflineRecord& record) const;
+
     // Makes the folder, for its user alone, where it is missing; returns whether it is there.
     bool Prepare() const;
 

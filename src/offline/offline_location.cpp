@@ -73,17 +73,16 @@ void OfflineLocation::KeepFile(const std::string& dn, const void* bytes,
     const auto* const first = static_cast<const std::uint8_t*>(bytes);
     OfflineRecord record = {.kind = OfflineKind::kFile, .dn = dn};
     record.bytes.assign(first, first + length);
-    const auto kept = folder_.Read(OfflineKind::kFile, dn);
-    if (!kept || kept->bytes != record.bytes) folder_.Write(std::move(record));
+    if (!folder_.Holds(record)) folder_.Write(std::move(record));
 } catch (const std::exception&) {
     return;
 }
 
 void OfflineLocation::KeepFolder(const std::string& dn, std::vector<OfflineChild> children) noexcept
     try {
-    const auto kept = folder_.Read(OfflineKind::kFolder, dn);
-    if (kept && kept->children == children) return;
-    folder_.Write({.kind = OfflineKind::kFolder, .dn = dn, .children = std::move(children)});
+    OfflineRecord record = {
+        .kind = OfflineKind::kFolder, .dn = dn, .children = std::move(children)};
+    if (!folder_.Holds(record)) folder_.Write(std::move(record));
 } catch (const std::exception&) {
     return;
 }

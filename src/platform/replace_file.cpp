@@ -65,10 +65,11 @@ public:
 
     bool Exists() const { return exists_; }
 
-    bool Write(const Contents& contents, Flush flush) {
+    bool Write(const Contents& contents, Flush flush, std::optional<FileState>* state = nullptr) {
         const bool written = WriteAll(file_.get(), contents) &&
                              (flush == Flush::kLater || FlushFileBuffers(file_.get()));
         const DWORD error = GetLastError();
+        if (written && state != nullptr) *state = GiveOwnState(file_.get());
         file_.reset();
         SetLastError(error);
         return written;
@@ -195,10 +196,11 @@ bool ReplaceLocalFile(const std::string& path, const void* bytes, std::uint32_t 
     return creation == FileCreation::kDone;
 }
 
-bool ExchangeOwnFile(const std::string& path, const void* bytes, std::uint32_t length,
-                     Flush flush) {
+bool ExchangeOwnFile(const std::string& path, std::span<const std::uint8_t> bytes, Flush flush,
+                     std::optional<FileState>* state) {
     FileBeside beside(path);
-    if (!beside.Exists() || !beside.Write({bytes, length}, flush)) return false;
+    const Contents contents = {bytes.data(), static_cast<DWORD>(bytes.size())};
+    if (!beside.Exists() || !beside.Write(contents, flush, state)) return false;
     return RetryWhileInUse(FileUse::kOwn, [&] { return beside.Rename(path, flush); });
 }
 

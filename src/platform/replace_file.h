@@ -4,9 +4,11 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
+#include "platform/file_state.h"
 #include "platform/win32.h"
 
 namespace depot {
@@ -36,8 +38,10 @@ bool ReplaceLocalFile(const std::string& path, const void* bytes, std::uint32_t 
                       Flush flush = Flush::kLater);
 
 // The same for a file of the component's own that several programs read: they find either what it
-// held or the new bytes, whole, at every moment. Nothing that belongs to the old file is kept.
-bool ExchangeOwnFile(const std::string& path, const void* bytes, std::uint32_t length, Flush flush);
+// held or the new bytes, whole, at every moment. Nothing that belongs to the old file is kept. With
+// `state` the new file gets a state of its own, which is stored there where it could be given.
+bool ExchangeOwnFile(const std::string& path, std::span<const std::uint8_t> bytes, Flush flush,
+                     std::optional<FileState>* state = nullptr);
 
 // Returns all bytes of such a file, which others may replace or delete meanwhile; nothing when it
 // cannot be opened or read to its end. What somebody else has open is waited for, for three

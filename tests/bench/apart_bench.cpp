@@ -46,10 +46,12 @@ private:
     test::ScratchKey key_{HKEY_CURRENT_USER, kDepotsKey};
 };
 
+// Each edit leaves other bytes, which have to be kept as well.
 void LoadAndRelease(const std::string& depot, CDepots& depots, bool changed) {
+    static int edits = 0;
     for (int load = 0; load < kLoads; ++load) {
         DepotFileContext file("<" + depot + ">\\" + kName, depots);
-        file.changed = changed;
+        if (changed) file.WriteString("Section", "Edit", std::to_string(++edits));
         Require(file.Release(), "release");
     }
 }

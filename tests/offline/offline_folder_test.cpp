@@ -152,5 +152,78 @@ TEST_F(OfflineFolderTest, AWriteThatCannotBeMadeLeavesTheEarlierRecord) {
     EXPECT_EQ("first", Read(OfflineKind::kEdit, "a.kra"));
 }
 
+// Gives the only fetched file a time of its last write, in seconds before now.
+void SetAge(const OfflineFolder& folder, std::uint64_t seconds) {
+    const auto files = FilesIn(folder.Path(), "*.file");
+    ASSERT_EQ(1u, files.size());
+    FILETIME now = {};
+    GetSystemTimeAsFileTime(&now);
+    const std::uint64_t time =
+        (std::uint64_t{now.dwHighDateTime} << 32 | now.dwLowDateTime) - seconds * 10'000'000;
+    const FILETIME written = {static_cast<DWORD>(time), static_cast<DWORD>(time >> 32)};
+    const UniqueHandle file =
+        OwnFile(CreateFileA(files.front().c_str(), FILE_WRITE_ATTRIBUTES, 0, nullptr, OPEN_EXISTING,
+                            FILE_ATTRIBUTE_NORMAL, nullptr));
+    ASSERT_TRUE(SetFileTime(file.get(), nullptr, nullptr, &written));
+}
+
+TEST_F(OfflineFolderTest, WhatWasComparedOnceIsNotOpenedAgain) {
+    const OfflineRecord record = Record(OfflineKind::kFile, "a.kra", "fetched");
+    EXPECT_FALSE(folder_.Holds(record));
+    folder_.Write(record);
+    SetAge(folder_, 60);
+    EXPECT_TRUE(folder_.Holds(record));
+    const test::OpenFile held(FilesIn(folder_.Path(), "*.file").front());
+    EXPECT_TRUE(folder_.Holds(record));
+    EXPECT_FALSE(folder_.Holds(Record(OfflineKind::kFile, "a.kra", "changed")));
+}
+
+TEST_F(OfflineFolderTest, WhatThisProcessWroteIsNotOpened) {
+    const OfflineRecord record = Record(OfflineKind::kFile, "a.kra", "fetched");
+    folder_.Write(record);
+    const test::OpenFile held(FilesIn(folder_.Path(), "*.file").front());
+    EXPECT_TRUE(folder_.Holds(record));
+    EXPECT_FALSE(folder_.Holds(Record(OfflineKind::kFile, "a.kra", "changed")));
+}
+
+TEST_F(OfflineFolderTest, AnotherFileInThePlaceOfAComparedOneIsRead) {
+    const OfflineRecord first = Record(OfflineKind::kFile, "a.kra", "first");
+    const OfflineRecord other = Record(OfflineKind::kFile, "a.kra", "other");
+    folder_.Write(first);
+    SetAge(folder_, 60);
+    EXPECT_TRUE(folder_.Holds(first));
+    folder_.Write(other);
+    SetAge(folder_, 30);
+    EXPECT_FALSE(folder_.Holds(first));
+    EXPECT_TRUE(folder_.Holds(other));
+    folder_.Remove(OfflineKind::kFile, "cn=a.kra,dc=test");
+    EXPECT_FALSE(folder_.Holds(other));
+}
+
+// Its next writer may leave a file of the same length and time.
+TEST_F(OfflineFolderTest, AYoungFileIsReadEachTime) {
+    const OfflineRecord first = Record(OfflineKind::kFile, "a.kra", "first");
+    folder_.Write(first);
+    SetAge(folder_, 0);
+    EXPECT_TRUE(folder_.Holds(first));
+    // So is one whose clock runs ahead.
+    Damage(FilesIn(folder_.Path(), "*.file").front());
+    EXPECT_FALSE(folder_.Holds(first));
+    folder_.Write(first);
+    SetAge(folder_, static_cast<std::uint64_t>(-60));
+    EXPECT_TRUE(folder_.Holds(first));
+    Damage(FilesIn(folder_.Path(), "*.file").front());
+    EXPECT_FALSE(folder_.Holds(first));
+}
+
+TEST_F(OfflineFolderTest, ListingsAreComparedByTheirChildren) {
+    OfflineRecord folder = Record(OfflineKind::kFolder, "ou", "");
+    folder.children = {{"cn=a.kra,dc=test", false}, {"ou=b,dc=test", true}};
+    folder_.Write(folder);
+    EXPECT_TRUE(folder_.Holds(folder));
+    folder.children[0].isFolder = true;
+    EXPECT_FALSE(folder_.Holds(folder));
+}
+
 }  // namespace
 }  // namespace depot

@@ -138,13 +138,31 @@ protected:
     const std::string file_ = folder_.At("a.kra");
 };
 
+std::vector<std::uint8_t> BytesOf(const std::string& text) {
+    return {text.begin(), text.end()};
+}
+
+TEST_F(ReplaceFileTest, OwnFilesOfOneMomentHaveDifferentStates) {
+    const std::string path = folder_.At("own");
+    std::optional<FileState> first, second;
+    ASSERT_TRUE(ExchangeOwnFile(path, BytesOf("first"), Flush::kLater, &first));
+    ASSERT_TRUE(first);
+    EXPECT_EQ(first, StateOf(path));
+    EXPECT_FALSE(IsSettled(*first));
+    ASSERT_TRUE(ExchangeOwnFile(path, BytesOf("other"), Flush::kLater, &second));
+    EXPECT_EQ(second, StateOf(path));
+    EXPECT_NE(first, second);
+    EXPECT_EQ(std::nullopt, StateOf(folder_.At("missing")));
+    const FileState old = {.size = first->size, .time = first->time - 30'000'000};
+    EXPECT_TRUE(IsSettled(old));
+}
+
 // Whoever reads meanwhile gets one version or the other, whole.
 TEST_F(ReplaceFileTest, OwnFileIsExchangedUnderItsReaders) {
     const std::string path = folder_.At("own");
     const std::string versions[] = {std::string(10'000, 'a'), std::string(20'000, 'b')};
     const auto exchange = [&](const std::string& bytes) {
-        return ExchangeOwnFile(path, bytes.data(), static_cast<std::uint32_t>(bytes.size()),
-                               Flush::kLater);
+        return ExchangeOwnFile(path, BytesOf(bytes), Flush::kLater);
     };
     ASSERT_TRUE(exchange(versions[0]));
     std::atomic<bool> isOver = false;
@@ -155,6 +173,8 @@ TEST_F(ReplaceFileTest, OwnFileIsExchangedUnderItsReaders) {
             const std::string text = bytes ? std::string(bytes->begin(), bytes->end()) : "";
             if (text != versions[0] && text != versions[1]) ++torn;
             ++reads;
+            // One that had it open all the time would leave no moment for an exchange.
+            Sleep(5);
         }
     });
     int failed = 0;
