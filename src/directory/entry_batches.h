@@ -18,8 +18,11 @@ inline bool IsOfTooMany(std::uint32_t code) {
 template <class Send, class Take, class Alone>
 void EntryStore::Together(std::size_t count, const Send& send, const Take& take,
                           const Alone& alone) {
+    std::size_t window = Window();
     for (std::size_t first = 0; first < count;) {
-        const std::size_t end = std::min(first + Window(), count);
+        // What was sent since may have shown that the server takes one at a time.
+        window = std::min(window, Window() > 1 ? kWidestWindow : 1);
+        const std::size_t end = std::min(first + window, count);
         if (end - first == 1 || Prove() != LDAP_SUCCESS) {
             alone(first++);
             continue;
@@ -41,6 +44,7 @@ void EntryStore::Together(std::size_t count, const Send& send, const Take& take,
         // By itself each shows whether the server means it.
         takesOneAtATime_ = takesOneAtATime_ || !refused.empty();
         for (const std::size_t index : refused) alone(index);
+        window *= 2;
     }
 }
 

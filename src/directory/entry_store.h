@@ -195,9 +195,11 @@ public:
     // that itself. Whatever else becomes of an entry, by itself it shows.
     void ReplaceUnchangedTogether(std::span<ConditionalWrite> writes);
 
-    // How many requests are sent together; 1 where server or client take no more.
+    // How many requests are sent together at first; 1 where server or client take no more. Work on
+    // more entries than that goes on with twice as many each time, as the server has taken them.
     std::size_t Window() const;
     static constexpr std::size_t kWindow = 32;
+    static constexpr std::size_t kWidestWindow = 128;
 
     LdapConnection& Connection() const { return connection_; }
     const LocationSchema& Schema() const { return schema_; }

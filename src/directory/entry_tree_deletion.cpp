@@ -6,6 +6,12 @@
 #include "directory/entry_store.h"
 
 namespace depot {
+namespace {
+
+// Bounds the memory of what is under way.
+constexpr std::size_t kRemovalsAtOnce = 1024;
+
+}  // namespace
 
 // Lists the tree level by level, and deletes what it holds from the bottom up.
 class EntryStore::TreeDeletion {
@@ -85,7 +91,7 @@ private:
             std::vector<std::size_t> indexes;
             // No folder is sent together with what it holds.
             std::size_t highestParent = 0;
-            while (left > 0 && removals.size() < entries_.Window()) {
+            while (left > 0 && removals.size() < kRemovalsAtOnce) {
                 const std::size_t index = left - 1;
                 if (!removals.empty() && index <= highestParent) break;
                 --left;

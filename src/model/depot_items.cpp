@@ -1,6 +1,7 @@
 #include "model/depot_items.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "platform/text.h"
 
@@ -19,6 +20,10 @@ CDepotItem* CDepotItems::AddPath(const std::string& path, CDepots* depots,
 
 void CDepotItems::Add(CDepotItem* item, bool clone) {
     AddElement(array_, item, clone);
+}
+
+CDepotItem* CDepotItems::Append(std::unique_ptr<CDepotItem> item) {
+    return AddOwned(array_, std::move(item));
 }
 
 void CDepotItems::Copy(const CDepotItems* other) {

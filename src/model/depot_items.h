@@ -42,9 +42,7 @@ public:
     virtual void Remove(CDepotItem* item);
 
     // Appends an item that the list is to own. Returns it, or null when the list cannot grow.
-    CDepotItem* Append(std::unique_ptr<CDepotItem> item) {
-        return AddOwned(array_, std::move(item));
-    }
+    CDepotItem* Append(std::unique_ptr<CDepotItem> item);
 
     // Deletes the items for which `keep`, asked once for each in list order, returns false.
     void RemoveUnless(const std::function<bool(const CDepotItem& item)>& keep);

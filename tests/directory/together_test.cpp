@@ -125,6 +125,37 @@ TEST_F(TogetherTest, ServerThatTakesOneRequestAtATimeIsServedSo) {
     }
 }
 
+// Entries that are not there are deleted without any effect but the request.
+std::vector<Removal> Removals(std::size_t count, const std::string& base) {
+    std::vector<Removal> removals;
+    for (std::size_t number = 0; number < count; ++number) {
+        removals.push_back({"cn=missing" + std::to_string(number) + ".kra," + base});
+    }
+    return removals;
+}
+
+TEST_F(TogetherTest, ServerThatTakesAWindowGetsTwiceAsManyUpToTheWidest) {
+    const std::size_t window = EntryStore::kWindow, widest = EntryStore::kWidestWindow;
+    std::vector<Removal> removals = Removals(window + 2 * window + widest + 10, base_);
+    relay_.HoldBack(kLong);
+    relay_.Mark();
+    Entries().RemoveTogether(removals);
+    const test::RelayCounts counts = relay_.Counts();
+    EXPECT_EQ(static_cast<int>(removals.size()), counts.requests);
+    EXPECT_EQ(widest, counts.mostUnderWay);
+    EXPECT_EQ(4, counts.roundTrips);
+    for (const Removal& removal : removals) EXPECT_TRUE(removal.result.Is(Reason::kMissing));
+}
+
+TEST_F(TogetherTest, ServerThatTakesNoWiderWindowIsServedOneByOneFromThere) {
+    std::vector<Removal> removals = Removals(3 * EntryStore::kWindow + 10, base_);
+    const std::size_t taken = EntryStore::kWindow;
+    relay_.Disturb({.limitUnderWay = taken, .codeOverLimit = LDAP_BUSY});
+    Entries().RemoveTogether(removals);
+    EXPECT_EQ(1u, Entries().Window());
+    for (const Removal& removal : removals) EXPECT_TRUE(removal.result.Is(Reason::kMissing));
+}
+
 TEST_F(TogetherTest, FilesAreAddedReplacedAndRemoved) {
     std::vector<ContentsWrite> writes = Writes();
     Entries().AddFilesTogether(writes);

@@ -46,7 +46,7 @@ constexpr Waits kCopyToTheFileSystem = {1, 3};
 constexpr Waits kRenamingOfAFile = {1, 3};
 constexpr Waits kRenamingOfAFolder = {1, 3};
 constexpr Waits kDeletionOfAFile = {1, 4};
-constexpr Waits kDeletionOf200Files = {1, 11};
+constexpr Waits kDeletionOf200Files = {1, 7};
 // Clients in the directory of a profile there: those of a window are read, and written, together.
 constexpr Waits kPublishingOf40Files = {1, 7};
 // In a session that has read a file and keeps its connection.
