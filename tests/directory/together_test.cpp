@@ -148,7 +148,8 @@ TEST_F(TogetherTest, ServerThatTakesAWindowGetsTwiceAsManyUpToTheWidest) {
 }
 
 TEST_F(TogetherTest, ServerThatTakesNoWiderWindowIsServedOneByOneFromThere) {
-    std::vector<Removal> removals = Removals(3 * EntryStore::kWindow + 10, base_);
+    std::vector<Removal> removals = Removals(2 * EntryStore::kWindow + 10, base_);
+    relay_.HoldBack(kLong / 8);
     const std::size_t taken = EntryStore::kWindow;
     relay_.Disturb({.limitUnderWay = taken, .codeOverLimit = LDAP_BUSY});
     Entries().RemoveTogether(removals);
