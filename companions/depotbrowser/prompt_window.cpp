@@ -25,6 +25,8 @@ constexpr LabelledControl kLabels[] = {
     {CONTROL_PASSWORD_LABEL, IDS_CREDENTIALS_PASSWORD},
     {CONTROL_EXAMPLE, IDS_CREDENTIALS_EXAMPLE},
     {CONTROL_SHOW_PASSWORD, IDS_CREDENTIALS_SHOW},
+    {CONTROL_STORE, IDS_CREDENTIALS_STORE},
+    {CONTROL_OPEN_CONNECTION, IDS_CREDENTIALS_OPEN},
     {IDOK, IDS_OK},
     {IDCANCEL, IDS_CANCEL},
 };
@@ -114,11 +116,47 @@ void ShowOrMaskPassword(HWND window) {
     InvalidateRect(field, nullptr, TRUE);
 }
 
+// Returns where a control lies in its window.
+RECT PlaceOf(HWND window, HWND control) {
+    RECT place = {};
+    GetWindowRect(control, &place);
+    MapWindowPoints(nullptr, window, reinterpret_cast<POINT*>(&place), 2);
+    return place;
+}
+
+// Takes out a row of that many dialog units that holds one control: what lies below moves up.
+void RemoveRow(HWND window, int control, int units) {
+    const HWND removed = GetDlgItem(window, control);
+    const LONG top = PlaceOf(window, removed).top;
+    RECT row = {0, 0, 0, units};
+    MapDialogRect(window, &row);
+    DestroyWindow(removed);
+    for (HWND one = GetWindow(window, GW_CHILD); one != nullptr;
+         one = GetWindow(one, GW_HWNDNEXT)) {
+        const RECT place = PlaceOf(window, one);
+        if (place.top < top) continue;
+        SetWindowPos(one, nullptr, place.left, place.top - row.bottom, 0, 0,
+                     SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE);
+    }
+    RECT whole = {};
+    GetWindowRect(window, &whole);
+    SetWindowPos(window, nullptr, whole.left, whole.top + row.bottom / 2, whole.right - whole.left,
+                 whole.bottom - whole.top - row.bottom, SWP_NOZORDER | SWP_NOACTIVATE);
+}
+
+void RemoveWhatDoesNotApply(HWND window, const PromptFields& fields) {
+    constexpr int kStoreRow = 14, kWarningRow = 22;
+    if (fields.isSecured.value_or(true)) RemoveRow(window, CONTROL_OPEN_CONNECTION, kWarningRow);
+    if (!fields.offersStoring) RemoveRow(window, CONTROL_STORE, kStoreRow);
+}
+
 void Fill(HWND window, const PromptFields& fields) {
     SetWindowTextW(window, PromptText(IDS_CREDENTIALS_TITLE).c_str());
     for (const LabelledControl& label : kLabels) {
         SetDlgItemTextW(window, label.control, PromptText(label.text).c_str());
     }
+    RemoveWhatDoesNotApply(window, fields);
+    CheckDlgButton(window, CONTROL_STORE, fields.isToBeStored ? BST_CHECKED : BST_UNCHECKED);
     SetDlgItemTextW(window, CONTROL_INSTRUCTION,
                     PromptText(InstructionFor(fields.failure)).c_str());
     SetDlgItemTextW(window, CONTROL_SERVER, fields.serverName.c_str());
@@ -161,6 +199,7 @@ void Confirm(HWND window, PromptFields& fields) {
     PromptFields typed = fields;
     typed.userName = TextOf(GetDlgItem(window, CONTROL_USER));
     typed.password = TextOf(GetDlgItem(window, CONTROL_PASSWORD));
+    typed.isToBeStored = IsDlgButtonChecked(window, CONTROL_STORE) == BST_CHECKED;
     if (const int control = UnusableField(typed)) return Refuse(window, control);
     fields = std::move(typed);
     EndDialog(window, IDOK);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 
 #include "platform/secret_text.h"
@@ -17,6 +18,10 @@ struct PromptFields {
     bool onlyAnsi = false;
     // The directory's code with which the log-on before failed; 0 for none.
     std::uint32_t failure = 0;
+    // Whether they are sent over a secured connection; nothing is said where that is not known.
+    std::optional<bool> isSecured;
+    bool offersStoring = false;
+    bool isToBeStored = false;  // what the user wants
 };
 
 enum class PromptOutcome { kConfirmed, kCancelled, kNotShown };

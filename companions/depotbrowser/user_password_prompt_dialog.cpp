@@ -68,4 +68,20 @@ STDMETHODIMP CUserPasswordPromptDialog::put_Failure(LONG lCode) noexcept {
     return S_OK;
 }
 
+STDMETHODIMP CUserPasswordPromptDialog::put_Secured(VARIANT_BOOL fSecured) noexcept {
+    fields_.isSecured = fSecured != VARIANT_FALSE;
+    return S_OK;
+}
+
+STDMETHODIMP CUserPasswordPromptDialog::put_OffersStoring(VARIANT_BOOL fOffers) noexcept {
+    fields_.offersStoring = fOffers != VARIANT_FALSE;
+    return S_OK;
+}
+
+STDMETHODIMP CUserPasswordPromptDialog::get_Store(VARIANT_BOOL* pfStore) noexcept {
+    if (pfStore == nullptr) return E_POINTER;
+    *pfStore = fields_.isToBeStored ? VARIANT_TRUE : VARIANT_FALSE;
+    return S_OK;
+}
+
 }  // namespace depot

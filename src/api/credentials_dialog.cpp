@@ -48,15 +48,40 @@ bool Fill(IUserPasswordPromptDialog& dialog, const Credentials& credentials) {
            SetText(dialog, &IUserPasswordPromptDialog::put_Password, credentials.password);
 }
 
-// Has a dialog that can do so say why the user is asked. One that cannot is shown without.
-void Explain(IUserPasswordPromptDialog& dialog, std::uint32_t failure) {
+// Returns a later interface of the dialog; null where it has none.
+template <class Interface>
+UniqueCom<Interface> Extended(IUserPasswordPromptDialog& dialog, REFIID id) {
     void* extended = nullptr;
-    if (failure == 0 || FAILED(dialog.QueryInterface(IID_IUserPasswordPromptDialog2, &extended))) {
-        return;
+    if (FAILED(dialog.QueryInterface(id, &extended))) return nullptr;
+    return UniqueCom<Interface>(static_cast<Interface*>(extended));
+}
+
+UniqueCom<IUserPasswordPromptDialog3> StoringDialog(IUserPasswordPromptDialog& dialog) {
+    return Extended<IUserPasswordPromptDialog3>(dialog, IID_IUserPasswordPromptDialog3);
+}
+
+VARIANT_BOOL AsVariant(bool value) {
+    return value ? VARIANT_TRUE : VARIANT_FALSE;
+}
+
+// Has a dialog that can do so say why the user is asked, and what becomes of what is typed. One
+// that cannot is shown without.
+void Explain(IUserPasswordPromptDialog& dialog, const Credentials& credentials) {
+    if (credentials.failure != 0) {
+        const auto failing =
+            Extended<IUserPasswordPromptDialog2>(dialog, IID_IUserPasswordPromptDialog2);
+        if (failing) failing->put_Failure(static_cast<LONG>(credentials.failure));
     }
-    const UniqueCom<IUserPasswordPromptDialog2> owned(
-        static_cast<IUserPasswordPromptDialog2*>(extended));
-    owned->put_Failure(static_cast<LONG>(failure));
+    if (const auto storing = StoringDialog(dialog)) {
+        storing->put_Secured(AsVariant(credentials.isSecured));
+        storing->put_OffersStoring(AsVariant(credentials.mayBeStored));
+    }
+}
+
+bool IsToBeStored(IUserPasswordPromptDialog& dialog) {
+    VARIANT_BOOL store = VARIANT_FALSE;
+    const auto storing = StoringDialog(dialog);
+    return storing && SUCCEEDED(storing->get_Store(&store)) && store != VARIANT_FALSE;
 }
 
 bool IsConfirmed(IUserPasswordPromptDialog& dialog) {
@@ -78,6 +103,7 @@ Reading ReadBack(IUserPasswordPromptDialog& dialog, Credentials& credentials) {
     if (!exactUserName || !exactPassword) return Reading::kUnusable;
     credentials.userName = *std::move(exactUserName);
     credentials.password = *std::move(exactPassword);
+    credentials.isToBeStored = credentials.mayBeStored && IsToBeStored(dialog);
     return Reading::kDone;
 }
 
@@ -101,7 +127,7 @@ bool CredentialsDialog::Show(Credentials& credentials) noexcept try {
     }
     const UniqueCom<IUserPasswordPromptDialog> dialog = CreateDialogComponent();
     if (!dialog || !Fill(*dialog, credentials)) return false;
-    Explain(*dialog, credentials.failure);
+    Explain(*dialog, credentials);
     while (IsConfirmed(*dialog)) {
         const Reading reading = ReadBack(*dialog, credentials);
         if (reading != Reading::kUnusable) return reading == Reading::kDone;

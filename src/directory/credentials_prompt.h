@@ -15,6 +15,11 @@ struct Credentials {
     SecretText password;
     // For a prompt: the directory's code with which the log-on before it failed; 0 for none.
     std::uint32_t failure = 0;
+    // For a prompt: whether they are sent over a secured connection, and whether the user's
+    // credential store has a place for them, which is used once the server has accepted them.
+    bool isSecured = false;
+    bool mayBeStored = false;
+    bool isToBeStored = false;
 };
 
 // Implemented by whoever can show a dialog and handed to the directory layer.

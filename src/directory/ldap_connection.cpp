@@ -263,6 +263,7 @@ bool LdapConnection::BindsWithoutCredentials() const {
 
 void LdapConnection::FinishBind() {
     shared_.SetLastError(LDAP_SUCCESS);
+    shared_.Accepted();
     isConnected_ = true;
     logOn_ = PresentLogOn();
 }

@@ -156,6 +156,8 @@ LdapConnection::PromptResult LdapConnection::AskForCredentials(CredentialsPrompt
     if (untried) return PromptResult::kNothingAsked;
     if (prompt == nullptr) return PromptResult::kNobodyAsked;
     if (failed != nullptr) credentials.failure = failed->code;
+    credentials.isSecured = location_.security != 0;
+    credentials.mayBeStored = shared_.MayBeStored();
     if (!prompt->Show(credentials)) {
         if (!canBeAnswered) return PromptResult::kNobodyAsked;
         if (failed != nullptr && !wasRefused) {
@@ -169,6 +171,7 @@ LdapConnection::PromptResult LdapConnection::AskForCredentials(CredentialsPrompt
     }
     shared_.SetUserName(credentials.userName);
     shared_.SetPassword(credentials.password);
+    shared_.StoreOnceAccepted(credentials.isToBeStored);
     return PromptResult::kConfirmed;
 }
 

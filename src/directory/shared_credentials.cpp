@@ -6,6 +6,7 @@
 #include "directory/dn.h"
 #include "platform/credential_store.h"
 #include "platform/text.h"
+#include "platform/trace.h"
 
 namespace depot {
 namespace {
@@ -134,6 +135,14 @@ void SharedCredentials::ForgetPassword() {
     location_.password.clear();
     beforeFilling_.reset();
     ignoresStored_ = true;
+}
+
+void SharedCredentials::Accepted() {
+    const bool isStored = std::exchange(isToBeStored_, false);
+    if (!isStored || !MayBeStored() || location_.password.empty()) return;
+    const TraceSpan span("StoreCredential", location_.credentialTarget);
+    span.EndWithCode(WriteCredential(location_.credentialTarget,
+                                     {location_.username, location_.password, info_.Key()}));
 }
 
 void SharedCredentials::KeepInRecord(const Credentials& credentials) {

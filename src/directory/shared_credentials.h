@@ -50,6 +50,13 @@ public:
     void KeepInRecord(const Credentials& credentials);
     // Takes what filled the record out of it again: it was refused.
     void TakeFillingBack();
+    // Whether the user's credential store has a place for what is typed for the location.
+    bool MayBeStored() const { return !location_.credentialTarget.empty(); }
+    // Has what was typed be stored there as soon as a server has accepted it; a later call without
+    // it takes that back.
+    void StoreOnceAccepted(bool store) { isToBeStored_ = store; }
+    // A server has accepted the record's credentials.
+    void Accepted();
     // Empties the record's password, and looks for no stored one any more.
     void ForgetPassword();
     // Returns the credentials that can be tried without asking, if there are any; a null `failed`
@@ -77,6 +84,7 @@ private:
     // What the record held before it was filled from both sources.
     std::optional<Credentials> beforeFilling_;
     bool fillingFailed_ = false;
+    bool isToBeStored_ = false;
 };
 
 // The key under which processes share what they know of the location's server. What was typed for a

@@ -85,6 +85,42 @@ TEST_F(CredentialsDialogTest, DialogSaysWhyTheUserIsAskedAndWhatWouldHelp) {
     }
 }
 
+bool HasControl(const OpenDialog& dialog, int id) {
+    return GetDlgItem(dialog.Window(), id) != nullptr;
+}
+
+TEST_F(CredentialsDialogTest, DialogWarnsWhereTheConnectionIsNotSecured) {
+    for (const bool isSecured : {false, true}) {
+        credentials_.isSecured = isSecured;
+        const DialogUser user(L"ldap.farrow.test", [&](const OpenDialog& dialog) {
+            EXPECT_NE(isSecured, HasControl(dialog, CONTROL_OPEN_CONNECTION));
+            if (!isSecured) {
+                EXPECT_EQ(L"This connection is not secured: others in the network can read the "
+                          L"password.",
+                          dialog.Text(CONTROL_OPEN_CONNECTION));
+            }
+            dialog.Press(VK_ESCAPE);
+        });
+        EXPECT_FALSE(prompt_.Show(credentials_));
+    }
+}
+
+TEST_F(CredentialsDialogTest, StoringIsOfferedWhereThereIsAPlaceForIt) {
+    for (const bool mayBeStored : {false, true}) {
+        for (const bool wants : {false, true}) {
+            credentials_.mayBeStored = mayBeStored;
+            const DialogUser user(L"ldap.farrow.test", [&](const OpenDialog& dialog) {
+                EXPECT_EQ(mayBeStored, HasControl(dialog, CONTROL_STORE));
+                dialog.WaitForFocus(CONTROL_PASSWORD);
+                if (wants) dialog.Press('R', VK_MENU);
+                dialog.Press(VK_RETURN);
+            });
+            EXPECT_TRUE(prompt_.Show(credentials_));
+            EXPECT_EQ(mayBeStored && wants, credentials_.isToBeStored);
+        }
+    }
+}
+
 TEST_F(CredentialsDialogTest, ComponentThatIsNotRegisteredCountsAsCancelled) {
     ASSERT_EQ(S_OK, library_.Unregister());
     EXPECT_FALSE(prompt_.Show(credentials_));

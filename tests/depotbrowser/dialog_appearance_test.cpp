@@ -25,6 +25,21 @@ protected:
         EXPECT_EQ(S_OK, dialog_->ShowModal(0, &result));
     }
 
+    // The same with all rows that are left out otherwise.
+    void ShowWhole(const DialogUser::Script& script) {
+        void* extended = nullptr;
+        ASSERT_EQ(S_OK, dialog_->QueryInterface(IID_IUserPasswordPromptDialog3, &extended));
+        const UniqueCom<IUserPasswordPromptDialog3> owned(
+            static_cast<IUserPasswordPromptDialog3*>(extended));
+        EXPECT_EQ(S_OK, owned->put_Secured(VARIANT_FALSE));
+        EXPECT_EQ(S_OK, owned->put_OffersStoring(VARIANT_TRUE));
+        Show(script);
+        VARIANT_BOOL store = VARIANT_TRUE;
+        EXPECT_EQ(S_OK, owned->get_Store(&store));
+        EXPECT_EQ(VARIANT_FALSE, store) << "the user cancelled";
+        EXPECT_EQ(E_POINTER, owned->get_Store(nullptr));
+    }
+
     // Returns a text as the library of that language has it.
     static std::wstring TextIn(const std::string& language, UINT id) {
         const std::string name = OwnModuleFolder() + "depotintr." + language + ".nls";
@@ -160,11 +175,13 @@ TEST_F(DialogAppearanceTest, TextsOfEveryLanguageFitTheirControls) {
         {CONTROL_PASSWORD_LABEL, IDS_CREDENTIALS_PASSWORD, false, 0},
         {CONTROL_EXAMPLE, IDS_CREDENTIALS_EXAMPLE, false, 0},
         {CONTROL_SHOW_PASSWORD, IDS_CREDENTIALS_SHOW, false, kBoxWidth},
+        {CONTROL_STORE, IDS_CREDENTIALS_STORE, false, kBoxWidth},
+        {CONTROL_OPEN_CONNECTION, IDS_CREDENTIALS_OPEN, true, 0},
         {CONTROL_CAPS_LOCK, IDS_CREDENTIALS_CAPS_LOCK, false, 0},
         {IDOK, IDS_OK, false, kButtonEdges},
         {IDCANCEL, IDS_CANCEL, false, kButtonEdges},
     };
-    Show([&](const OpenDialog& dialog) {
+    ShowWhole([&](const OpenDialog& dialog) {
         for (const Language& one : kLanguages) {
             const std::string language(one.code);
             for (const auto& row : rows) {
@@ -182,11 +199,21 @@ TEST_F(DialogAppearanceTest, TextsOfEveryLanguageFitTheirControls) {
 
 TEST_F(DialogAppearanceTest, ControlsLieInsideTheDialogAndDoNotOverlap) {
     Show(&ExpectControlsApart);
+    ShowWhole(&ExpectControlsApart);
+}
+
+TEST_F(DialogAppearanceTest, RowsThatDoNotApplyTakeNoRoom) {
+    SIZE small = {}, whole = {};
+    Show([&](const OpenDialog& dialog) { small = SizeOf(dialog.Window()); });
+    ShowWhole([&](const OpenDialog& dialog) { whole = SizeOf(dialog.Window()); });
+    EXPECT_EQ(small.cx, whole.cx);
+    EXPECT_LT(small.cy, whole.cy);
 }
 
 TEST_F(DialogAppearanceTest, ControlsStayApartInALargerFont) {
     const LargerMessageFont font;
     Show(&ExpectControlsApart);
+    ShowWhole(&ExpectControlsApart);
 }
 
 }  // namespace

@@ -122,6 +122,43 @@ TEST_F(StoredCredentialsTest, LocationWithoutAPasswordLogsOnWithThePair) {
     EXPECT_THAT(prompt_.shown, IsEmpty());
 }
 
+TEST_F(StoredCredentialsTest, WhatTheUserWantsStoredIsStoredOnceItWasAccepted) {
+    prompt_.answers.push_back(Credentials{{}, test::kEditor, "wrong", 0, false, false, true});
+    prompt_.answers.push_back(
+        Credentials{{}, test::kEditor, test::kEditorPassword, 0, false, false, true});
+    EXPECT_THAT(MakeStored().PromptAndConnect(&text_), IsDone());
+    ASSERT_EQ(2u, prompt_.shown.size());
+    EXPECT_TRUE(prompt_.shown[0].mayBeStored);
+    EXPECT_FALSE(prompt_.shown[0].isSecured);
+    const auto stored = ReadCredential(stored_.Target());
+    ASSERT_TRUE(stored);
+    EXPECT_EQ(test::kEditor, stored->userName);
+    EXPECT_EQ(test::kEditorPassword, stored->password);
+    EXPECT_EQ(Key(), stored->server);
+}
+
+TEST_F(StoredCredentialsTest, WhatWasRefusedOrIsNotWantedIsNotStored) {
+    prompt_.answers.push_back(Credentials{{}, test::kEditor, "wrong", 0, false, false, true});
+    EXPECT_THAT(MakeStored().PromptAndConnect(&text_), Fails());
+    EXPECT_FALSE(ReadCredential(stored_.Target()));
+    Info().noPrompt = 0;
+    Info().lastError = 0;
+    // The wish holds for what it was given with alone.
+    prompt_.answers.push_back(Credentials{{}, test::kEditor, "wrong", 0, false, false, true});
+    prompt_.Type(test::kEditor, test::kEditorPassword);
+    EXPECT_THAT(MakeStored().PromptAndConnect(&text_), IsDone());
+    EXPECT_FALSE(ReadCredential(stored_.Target()));
+}
+
+TEST_F(StoredCredentialsTest, LocationWithoutATargetOffersNoStoring) {
+    prompt_.answers.push_back(
+        Credentials{{}, test::kEditor, test::kEditorPassword, 0, false, false, true});
+    EXPECT_THAT(Make(Secured(0)).PromptAndConnect(&text_), IsDone());
+    ASSERT_EQ(1u, prompt_.shown.size());
+    EXPECT_FALSE(prompt_.shown[0].mayBeStored);
+    EXPECT_FALSE(ReadCredential(stored_.Target()));
+}
+
 TEST_F(StoredCredentialsTest, PasswordOfTheDefinitionComesFirst) {
     stored_.Store(test::kEditor, "wrong", Key());
     CDepotPath location = server_.Location();

@@ -20,6 +20,7 @@ public:
         if (!answer) return false;
         credentials.userName = answer->userName;
         credentials.password = answer->password;
+        credentials.isToBeStored = answer->isToBeStored;
         return true;
     }
 
