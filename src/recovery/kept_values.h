@@ -6,9 +6,9 @@
 #include <vector>
 
 #include "config/profile_merge.h"
-#include "depotctl/kept_copies.h"
+#include "recovery/kept_copies.h"
 
-namespace depot::ctl {
+namespace depot {
 
 // The three versions of a profile. Nothing for one that is not known, or is not there.
 struct KeptVersions {
@@ -22,16 +22,13 @@ struct KeptValue {
     std::optional<std::string> base, entry, ours;
 };
 
-// Returns the values in which the versions that are known differ, in the order of ours. Nothing
-// when one of them is no profile.
-std::optional<std::vector<KeptValue>> DifferentValues(const KeptVersions& versions);
+// Finds the values in which the versions that are known differ, in the order of ours. `values` is
+// nothing when one of them is no profile. Fails where no temporary file can be written.
+Result DifferentValues(const KeptVersions& versions, std::optional<std::vector<KeptValue>>& values);
 
 // Puts ours into the entry's version, as MergeProfiles does, in the code page in which applications
 // write profiles; the names of conflicts are in UTF-8. With `oursFirst` ours has the values that
 // both changed. Nothing without a base or an entry, and where one of them is no profile.
 std::optional<ProfileMerge> MergeKept(const KeptVersions& versions, bool oursFirst);
 
-// Returns the name of a value that both changed, such as "[Session] Title".
-std::string ShownConflict(const MergeConflict& conflict);
-
-}  // namespace depot::ctl
+}  // namespace depot
