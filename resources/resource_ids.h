@@ -94,3 +94,36 @@
 #define IDS_BROWSE_PROPERTIES 600
 #define IDS_BROWSE_PROFILE_TITLE 601  // %s: the title
 #define IDS_BROWSE_PROFILE_HOST 602   // %s: the name of the host
+
+// What is kept of edits that could not be stored, in the browse dialog.
+#define IDS_KEPT_LINE 610  // %s: how many
+#define IDS_KEPT_TITLE 611
+#define IDS_KEPT_DIFFERENCES 612
+#define IDS_KEPT_MERGE 613
+#define IDS_KEPT_REPLACE 614
+#define IDS_KEPT_EXPORT 615
+#define IDS_KEPT_DISCARD 616
+#define IDS_KEPT_VALUES 617
+#define IDS_KEPT_CLOSE 618
+#define IDS_KEPT_COLUMN_ENTRY 619
+#define IDS_KEPT_COLUMN_STATE 620
+#define IDS_KEPT_COLUMN_WHY 621
+#define IDS_KEPT_COLUMN_SECTION 622
+#define IDS_KEPT_COLUMN_BASE 623
+#define IDS_KEPT_COLUMN_STORED 624
+#define IDS_KEPT_COLUMN_OURS 625
+#define IDS_KEPT_WAITING 626
+#define IDS_KEPT_RECOVERED 627
+#define IDS_KEPT_WAITS 628
+#define IDS_KEPT_OTHER_VERSION 629
+#define IDS_KEPT_ASK_REPLACE 630    // %s: the entry
+#define IDS_KEPT_ASK_CONFLICTS 631  // %s: the values
+#define IDS_KEPT_RESTORED 632       // %s: the name of the kept copy
+#define IDS_KEPT_EXPORTED 633       // %s: the name of the kept copy
+#define IDS_KEPT_DISCARDED 634      // %s: the name of the kept copy
+#define IDS_KEPT_GONE 635           // %s: the entry
+#define IDS_KEPT_CHANGED 636        // %s: the name of the kept copy
+#define IDS_KEPT_CANNOT_MERGE 637   // %s: the name of the kept copy
+#define IDS_KEPT_FAILED 638         // %s: the name of the kept copy
+#define IDS_KEPT_NO_PROFILE 639
+#define IDS_KEPT_NO_DIFFERENCE 640

@@ -5,6 +5,7 @@
 #include "depotbrowser/browse_window.h"
 #include "depotbrowser/depot_search.h"
 #include "depotbrowser/file_preview.h"
+#include "depotbrowser/kept_line.h"
 #include "depotbrowser/name_suggestions.h"
 #include "depotbrowser/path_bar.h"
 #include "resource_ids.h"
@@ -32,7 +33,9 @@ struct BrowseWindow::Parts {
                  }),
           search(shared, [&window] { window.RowsChanged(); }),
           preview(shared),
-          suggestions(window.window_, list, window.texts_.Text(IDS_BROWSE_SUGGESTIONS)) {}
+          suggestions(window.window_, list, window.texts_.Text(IDS_BROWSE_SUGGESTIONS)),
+          kept(window.window_, window.texts_, window.mailbox_,
+               [&window] { window.MeasureAnew(); }) {}
 
     BrowseIcons icons;
     FolderTree tree;
@@ -46,6 +49,7 @@ struct BrowseWindow::Parts {
     DepotSearch search;
     FilePreview preview;
     NameSuggestions suggestions;
+    KeptLine kept;
 };
 
 }  // namespace depot

@@ -1,6 +1,7 @@
 // The values of kept copies and of what they were made from, and putting them together.
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
@@ -26,9 +27,17 @@ struct KeptValue {
 // nothing when one of them is no profile. Fails where no temporary file can be written.
 Result DifferentValues(const KeptVersions& versions, std::optional<std::vector<KeptValue>>& values);
 
-// Puts ours into the entry's version, as MergeProfiles does, in the code page in which applications
-// write profiles; the names of conflicts are in UTF-8. With `oursFirst` ours has the values that
-// both changed. Nothing without a base or an entry, and where one of them is no profile.
-std::optional<ProfileMerge> MergeKept(const KeptVersions& versions, bool oursFirst);
+// In which code page narrow profiles are merged.
+enum class MergeCharacters : std::uint8_t {
+    kOfProcess,   // its ANSI code page, as the component merges
+    kOfProfiles,  // that in which applications write profiles, while it lasts for the whole
+                  // process: no other thread may look into texts meanwhile
+};
+
+// Puts ours into the entry's version, as MergeProfiles does; the names of conflicts are in UTF-8.
+// With `oursFirst` ours has the values that both changed. Nothing without a base or an entry, and
+// where one of them is no profile.
+std::optional<ProfileMerge> MergeKept(const KeptVersions& versions, bool oursFirst,
+                                      MergeCharacters characters);
 
 }  // namespace depot

@@ -18,10 +18,12 @@ RestorePlan Storing(const KeptBytes& bytes) {
 }
 
 RestorePlan PlanMerge(const KeptCopy& copy, const KeptBytes& ours, const KeptBytes& present,
-                      bool oursFirst) {
+                      RestoreRules rules) {
+    const bool oursFirst = rules.replaces;
     const bool hasBase = copy.origin && (copy.origin->base || copy.origin->isNew);
     if (!hasBase) return Stopped(RestoreObstacle::kNoBase);
-    auto merge = MergeKept({copy.origin->base.value_or(KeptBytes()), present, ours}, oursFirst);
+    auto merge = MergeKept({copy.origin->base.value_or(KeptBytes()), present, ours}, oursFirst,
+                           rules.characters);
     if (!merge) return oursFirst ? Storing(ours) : Stopped(RestoreObstacle::kNoProfile);
     if (!merge->conflicts.empty() && !oursFirst) {
         RestorePlan plan = Stopped(RestoreObstacle::kConflicts);
@@ -48,7 +50,7 @@ RestorePlan PlanRestore(const KeptTarget& target, const KeptCopy& copy, const Ke
         return plan;
     }
     if (copy.IsMadeFrom(*present)) return Storing(ours);
-    if (rules.merges) return PlanMerge(copy, ours, *present, rules.replaces);
+    if (rules.merges) return PlanMerge(copy, ours, *present, rules);
     return rules.replaces ? Storing(ours) : Stopped(RestoreObstacle::kChanged);
 }
 

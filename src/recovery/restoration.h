@@ -15,6 +15,7 @@ struct RestoreRules {
     bool merges = false;    // the copy's changes are put into what the target holds
     bool replaces = false;  // whatever it holds is replaced; with `merges` what both changed
     bool makes = false;     // a target that is not there is made, also where it was there before
+    MergeCharacters characters = MergeCharacters::kOfProcess;
 };
 
 // Why nothing is stored.

@@ -2,6 +2,7 @@
 #include "recovery/restoration.h"
 
 #include "manager/display_path.h"
+#include "platform/system_code_page.h"
 #include "recovery/recovery_fixture.h"
 
 namespace depot::test {
@@ -225,8 +226,26 @@ TEST_F(KeptValuesTest, WhatIsNoProfileHasNoValues) {
     EXPECT_EQ(std::nullopt, values.has_value() ? std::optional(1) : std::nullopt);
 }
 
+TEST_F(KeptValuesTest, MergeInTheProcesssCodePageLeavesItInstalled) {
+    InstallSystemCodePage();
+    const std::string sign = "\xC3\xA9";
+    const KeptVersions versions = {Bytes("[" + sign + "]\r\nA=1\r\n"),
+                                   Bytes("[" + sign + "]\r\nA=1\r\nB=2\r\n"),
+                                   Bytes("[" + sign + "]\r\nA=3\r\n")};
+    for (const MergeCharacters characters :
+         {MergeCharacters::kOfProcess, MergeCharacters::kOfProfiles}) {
+        const auto merge = MergeKept(versions, false, characters);
+        ASSERT_TRUE(merge);
+        EXPECT_THAT(merge->conflicts, IsEmpty());
+        EXPECT_EQ("[" + sign + "]\r\nA=3\r\nB=2\r\n", merge->bytes);
+    }
+}
+
 // Names and values outside of ASCII, in every code page that the component runs in.
-class RecoveryCharactersTest : public WayBackTest {};
+class RecoveryCharactersTest : public WayBackTest {
+protected:
+    RecoveryCharactersTest() { InstallSystemCodePage(); }
+};
 
 TEST_F(RecoveryCharactersTest, NamesAndValuesComeBackWhole) {
     const std::string letter = LetterOfCodePage();

@@ -88,7 +88,8 @@ private:
 
     RestorePlan PlanFor(const std::optional<KeptBytes>& present) const {
         const RestoreRules rules = {options_.merge, options_.replace,
-                                    options_.replace || !options_.to.empty()};
+                                    options_.replace || !options_.to.empty(),
+                                    MergeCharacters::kOfProfiles};
         RestorePlan plan = PlanRestore(target_.Target(), copy_, ours_, present, rules);
         if (plan.obstacle) RefuseFor(plan);
         return plan;
