@@ -25,6 +25,11 @@ public:
     // Counts what is kept of the depots; where none has a directory there is nothing to count.
     void Begin(const CDepots& depots);
 
+    // Counts anew, if there was anything to count.
+    void Refresh() {
+        if (worker_) Count();
+    }
+
     // Shows the window, waits for its user and counts anew.
     void Open();
 

@@ -1,26 +1,23 @@
 #include "depotbrowser/kept_window.h"
 
+#include <algorithm>
 #include <memory>
-#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "depotbrowser/depot_worker.h"
 #include "depotbrowser/dialog_template.h"
-#include "depotbrowser/folder_navigator.h"
 #include "depotbrowser/kept_files.h"
 #include "depotbrowser/kept_ids.h"
 #include "depotbrowser/kept_texts.h"
 #include "depotbrowser/label_text.h"
 #include "depotbrowser/status_line.h"
 #include "platform/module_state.h"
-#include "platform/paths.h"
 #include "platform/wide_text.h"
 #include "resource_ids.h"
 // After the Windows headers.
 #include <commctrl.h>
-#include <commdlg.h>
 
 namespace depot {
 namespace {
@@ -49,11 +46,11 @@ struct ColumnStyle {
     int share;  // of the list's width, in percent
 };
 
-constexpr ColumnStyle kFileColumns[] = {{IDS_BROWSE_COLUMN_NAME, 26},
-                                        {IDS_KEPT_COLUMN_ENTRY, 26},
-                                        {IDS_BROWSE_COLUMN_DATE, 15},
+constexpr ColumnStyle kFileColumns[] = {{IDS_BROWSE_COLUMN_NAME, 25},
+                                        {IDS_KEPT_COLUMN_ENTRY, 25},
+                                        {IDS_BROWSE_COLUMN_DATE, 19},
                                         {IDS_KEPT_COLUMN_STATE, 11},
-                                        {IDS_KEPT_COLUMN_WHY, 20}};
+                                        {IDS_KEPT_COLUMN_WHY, 18}};
 constexpr ColumnStyle kValueColumns[] = {{IDS_KEPT_COLUMN_SECTION, 18},
                                          {IDS_BROWSE_COLUMN_NAME, 20},
                                          {IDS_KEPT_COLUMN_BASE, 20},

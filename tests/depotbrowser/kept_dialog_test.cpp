@@ -1,4 +1,6 @@
 // The browse dialog where edits could not be stored: its line, and the window with the way back.
+#include "depotbrowser/silent_server.h"
+// The sockets come first.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -269,6 +271,16 @@ TEST_F(KeptDialogTest, ServerThatIsAwayIsReportedAndTheWindowStaysUsable) {
     EXPECT_TRUE(KeptWorld::IsKept(path));
 }
 
+TEST_F(KeptDialogTest, LineIsCountedAnewWithTheFolder) {
+    Show([this](const OpenBrowser& browser) {
+        browser.WaitForLocation(L"Work profiles");
+        world_.Keep();
+        browser.Press(VK_F5);
+        EXPECT_TRUE(Eventually([&] { return browser.IsShown(CONTROL_KEPT_LINE); }));
+        browser.Press(VK_ESCAPE);
+    });
+}
+
 TEST_F(KeptDialogTest, CopyIsSavedWhereTheUserWantsIt) {
     const std::string path = world_.Keep();
     const std::string target = folder_.At("saved.kre");
@@ -281,6 +293,58 @@ TEST_F(KeptDialogTest, CopyIsSavedWhereTheUserWantsIt) {
     });
     EXPECT_EQ(kKeptOurs, FileBytes(target));
     EXPECT_TRUE(KeptWorld::IsKept(path));
+}
+
+TEST_F(KeptDialogTest, FileThatIsInUseIsNotReplacedByACopy) {
+    const std::string path = world_.Keep();
+    const std::string target = folder_.MakeFile("saved.kre", "before");
+    ShowKept([&](const OpenKept& kept) {
+        kept.WaitUntilUsable(CONTROL_KEPT_EXPORT);
+        const OpenFile held(target);
+        kept.Use(CONTROL_KEPT_EXPORT);
+        EXPECT_TRUE(Eventually([&] { return GetForegroundWindow() != kept.Window(); }));
+        kept.Type(WideFromAnsi(target));
+        kept.Press(VK_RETURN);
+        AnswerQuestion(L"already exists", IDYES);
+        kept.WaitForMessage(L"Nothing could be done with");
+    });
+    EXPECT_EQ("before", FileBytes(target));
+    EXPECT_TRUE(KeptWorld::IsKept(path));
+}
+
+// A server that accepts the connection and never answers.
+class KeptSlowTest : public KeptDialogTest {
+protected:
+    KeptSlowTest() {
+        CDepotPath location = world_.Location();
+        location.port = server_.Port();
+        world_.Define(server_.Port());
+        depots_.Dword("Dir", "Authentication1", 2);
+        depots_.Dword("Dir", "OrderIndex", 0);
+        const std::string dn = world_.Dn();
+        KeptWorld::KeepOf(kKeptOurs,
+                          {.location = &location, .dn = dn, .base = KeptWorld::BytesOf(kKeptBase)});
+    }
+    // The workers release the library once the server closes the connections.
+    ~KeptSlowTest() override {
+        server_.HangUp();
+        EXPECT_TRUE(Eventually([this] {
+            dialog_.reset();
+            return library_.CanUnloadNow() == S_OK;
+        }));
+    }
+
+    SilentServer server_;
+};
+
+TEST_F(KeptSlowTest, LineComesAndTheWindowClosesWhileAServerDoesNotAnswer) {
+    ShowKept([](const OpenKept& kept) {
+        kept.WaitForCount(1);
+        kept.Use(CONTROL_KEPT_MERGE);
+        kept.WaitForMessage(L"Working...");
+        EXPECT_TRUE(Eventually([&] { return !kept.IsUsable(CONTROL_KEPT_DISCARD); }));
+    });
+    EXPECT_THAT(RecoveredFiles(), SizeIs(1));
 }
 
 // As in the test of the browse dialog.
