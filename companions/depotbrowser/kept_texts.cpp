@@ -1,6 +1,7 @@
 #include "depotbrowser/kept_texts.h"
 
 #include <algorithm>
+#include <cwchar>
 #include <cwctype>
 
 #include "depotbrowser/column_text.h"
@@ -103,6 +104,10 @@ std::wstring AskForCopy(HWND owner, const BrowseTexts& texts, const KeptFile& fi
     constexpr DWORD kLongest = 1024;
     // What waits has the entry's name.
     std::wstring path = file.copy.isWaiting ? WideFromAnsi(NamePart(file.entry)) : NameOf(file);
+    // A directory takes more characters than a file system.
+    std::replace_if(
+        path.begin(), path.end(),
+        [](wchar_t unit) { return std::wcschr(L"\\/:*?\"<>|", unit) != nullptr; }, L'_');
     path.erase(std::min<std::size_t>(path.size(), kLongest - 1));
     path.append(kLongest - path.size(), L'\0');
     std::wstring filter = texts.Text(IDS_BROWSE_ALL_FILES);
@@ -117,7 +122,9 @@ std::wstring AskForCopy(HWND owner, const BrowseTexts& texts, const KeptFile& fi
     request.lpstrTitle = title.c_str();
     request.Flags = OFN_OVERWRITEPROMPT | OFN_PATHMUSTEXIST | OFN_NOCHANGEDIR | OFN_HIDEREADONLY |
                     OFN_NOREADONLYRETURN | OFN_EXPLORER;
-    return GetSaveFileNameW(&request) ? std::wstring(path.c_str()) : std::wstring();
+    if (!GetSaveFileNameW(&request)) return {};
+    path.resize(std::wcslen(path.c_str()));
+    return path;
 }
 
 }  // namespace depot
