@@ -33,9 +33,8 @@ struct BrowseWindow::Parts {
                  }),
           search(shared, [&window] { window.RowsChanged(); }),
           preview(shared),
-          suggestions(window.window_, list, window.texts_.Text(IDS_BROWSE_SUGGESTIONS)),
-          kept(window.window_, window.texts_, window.mailbox_,
-               [&window] { window.MeasureAnew(); }) {}
+          kept(window.window_, window.texts_, window.mailbox_, [&window] { window.MeasureAnew(); }),
+          suggestions(window.window_, list, window.texts_.Text(IDS_BROWSE_SUGGESTIONS)) {}
 
     BrowseIcons icons;
     FolderTree tree;
@@ -48,8 +47,8 @@ struct BrowseWindow::Parts {
     FileChoice choice;
     DepotSearch search;
     FilePreview preview;
-    NameSuggestions suggestions;
     KeptLine kept;
+    NameSuggestions suggestions;
 };
 
 }  // namespace depot
