@@ -115,8 +115,9 @@
 #define IDS_KEPT_CHANGED 666        // %s: the name of the kept copy
 #define IDS_KEPT_CANNOT_MERGE 667   // %s: the name of the kept copy
 #define IDS_KEPT_FAILED 668         // %s: the name of the kept copy
-#define IDS_KEPT_NO_PROFILE 669
-#define IDS_KEPT_NO_DIFFERENCE 670
+#define IDS_KEPT_STAYS 669          // %s: the name of the kept copy
+#define IDS_KEPT_NO_PROFILE 670
+#define IDS_KEPT_NO_DIFFERENCE 671
 
 // More of the prompt for a user name and a password.
 #define IDS_CREDENTIALS_SHOW 597

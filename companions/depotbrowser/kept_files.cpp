@@ -102,7 +102,10 @@ KeptResult RestoreKept(DepotSession& session, const KeptCopy& copy, RestoreRules
     RestorePlan plan = PlanRestore(*entry.Target(), copy, ours, present.bytes, rules);
     if (plan.obstacle) return Obstacle(std::move(plan));
     const auto failure = StorePlan(*entry.Target(), copy, ours, present.bytes, plan);
-    return failure ? Failure(failure->why) : Done();
+    if (!failure) return Done();
+    KeptResult result = Failure(failure->why);
+    if (failure->step != StoreStep::kWrite) result.outcome = KeptOutcome::kCopyStays;
+    return result;
 }
 
 KeptResult ExportKept(const KeptCopy& copy, const std::string& path) {

@@ -31,6 +31,7 @@ enum class KeptOutcome : std::uint8_t {
     kChangedNow,   // the entry or the copy was changed within the last moment
     kCannotMerge,  // the versions cannot be put together
     kConflicts,    // both changed the same values
+    kCopyStays,    // the entry was stored, and the copy is still there for the reason
 };
 
 struct KeptResult {

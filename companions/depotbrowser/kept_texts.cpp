@@ -75,6 +75,8 @@ std::wstring KeptFailure(const BrowseTexts& texts, const KeptFile& file, const K
             return texts.Text(IDS_KEPT_CHANGED, NameOf(file));
         case KeptOutcome::kCannotMerge:
             return texts.Text(IDS_KEPT_CANNOT_MERGE, NameOf(file));
+        case KeptOutcome::kCopyStays:
+            return WithReason(texts.Text(IDS_KEPT_STAYS, NameOf(file)), result.reason);
         default:
             return WithReason(texts.Text(IDS_KEPT_FAILED, NameOf(file)), result.reason);
     }

@@ -251,6 +251,20 @@ TEST_F(KeptDialogTest, CopyThatIsInUseStaysAndTheFailureIsShown) {
     EXPECT_EQ(kKeptBase, world_.Entry());
 }
 
+TEST_F(KeptDialogTest, CopyThatCannotBeDeletedIsReportedAsStored) {
+    const std::string path = world_.Keep();
+    ShowKept([&](const OpenKept& kept) {
+        kept.WaitUntilUsable(CONTROL_KEPT_MERGE);
+        const UniqueHandle read = OwnFile(CreateFileA(path.c_str(), GENERIC_READ, FILE_SHARE_READ,
+                                                      nullptr, OPEN_EXISTING, 0, nullptr));
+        kept.Use(CONTROL_KEPT_MERGE);
+        kept.WaitForMessage(L"was stored, but its copy stays");
+        kept.WaitForCount(1);
+    });
+    EXPECT_EQ(kKeptOurs, world_.Entry());
+    EXPECT_TRUE(KeptWorld::IsKept(path));
+}
+
 TEST_F(KeptDialogTest, ServerThatIsAwayIsReportedAndTheWindowStaysUsable) {
     CDepotPath location = world_.Location();
     location.port = ClosedPort();

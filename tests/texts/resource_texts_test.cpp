@@ -43,7 +43,7 @@ std::vector<TextRow> Rows() {
     }
     for (unsigned id = IDS_KEPT_LINE; id <= IDS_KEPT_NO_DIFFERENCE; ++id) {
         const bool named =
-            id == IDS_KEPT_LINE || (id >= IDS_KEPT_ASK_REPLACE && id <= IDS_KEPT_FAILED);
+            id == IDS_KEPT_LINE || (id >= IDS_KEPT_ASK_REPLACE && id <= IDS_KEPT_STAYS);
         rows.push_back({id, named ? 1 : 0});
     }
     rows.push_back({IDS_BROWSE_PROPERTIES, 0});
