@@ -265,6 +265,21 @@ TEST_F(KeptDialogTest, CopyThatCannotBeDeletedIsReportedAsStored) {
     EXPECT_TRUE(KeptWorld::IsKept(path));
 }
 
+TEST_F(KeptDialogTest, OwnerThatIsDestroyedClosesTheWindowAndItsQuestion) {
+    const std::string path = world_.Keep();
+    const HWND owner = CreateWindowW(L"STATIC", L"Owner", WS_OVERLAPPEDWINDOW | WS_VISIBLE, 0, 0,
+                                     300, 200, nullptr, nullptr, nullptr, nullptr);
+    dialog_->put_OwnerWindow(HandleToLong(owner));
+    EXPECT_EQ(kNotConfirmed, Show([&](const OpenBrowser& browser) {
+                  const OpenKept kept = OpenKeptFrom(browser);
+                  kept.Use(CONTROL_KEPT_DISCARD);
+                  EXPECT_TRUE(Eventually([&] { return GetForegroundWindow() != kept.Window(); }));
+                  PostMessageW(owner, WM_CLOSE, 0, 0);
+                  EXPECT_TRUE(Eventually([&] { return IsWindow(kept.Window()) == FALSE; }));
+              }));
+    EXPECT_TRUE(KeptWorld::IsKept(path));
+}
+
 TEST_F(KeptDialogTest, ServerThatIsAwayIsReportedAndTheWindowStaysUsable) {
     CDepotPath location = world_.Location();
     location.port = ClosedPort();

@@ -226,7 +226,7 @@ TEST_F(KeptValuesTest, WhatIsNoProfileHasNoValues) {
     EXPECT_EQ(std::nullopt, values.has_value() ? std::optional(1) : std::nullopt);
 }
 
-TEST_F(KeptValuesTest, MergeInTheProcesssCodePageLeavesItInstalled) {
+TEST_F(KeptValuesTest, ProfilesInUtf8AreMergedInEitherCodePage) {
     InstallSystemCodePage();
     const std::string sign = "\xC3\xA9";
     const KeptVersions versions = {Bytes("[" + sign + "]\r\nA=1\r\n"),
