@@ -85,6 +85,40 @@
 #define IDS_BROWSE_FOLDERS_ABOVE 595
 #define IDS_BROWSE_SUGGESTIONS 596
 
+// What is kept of edits that could not be stored, in the browse dialog.
+#define IDS_KEPT_LINE 640  // %s: how many
+#define IDS_KEPT_TITLE 641
+#define IDS_KEPT_DIFFERENCES 642
+#define IDS_KEPT_MERGE 643
+#define IDS_KEPT_REPLACE 644
+#define IDS_KEPT_EXPORT 645
+#define IDS_KEPT_DISCARD 646
+#define IDS_KEPT_VALUES 647
+#define IDS_KEPT_CLOSE 648
+#define IDS_KEPT_COLUMN_ENTRY 649
+#define IDS_KEPT_COLUMN_STATE 650
+#define IDS_KEPT_COLUMN_WHY 651
+#define IDS_KEPT_COLUMN_SECTION 652
+#define IDS_KEPT_COLUMN_BASE 653
+#define IDS_KEPT_COLUMN_STORED 654
+#define IDS_KEPT_COLUMN_OURS 655
+#define IDS_KEPT_WAITING 656
+#define IDS_KEPT_RECOVERED 657
+#define IDS_KEPT_WAITS 658
+#define IDS_KEPT_OTHER_VERSION 659
+#define IDS_KEPT_ASK_REPLACE 660    // %s: the entry
+#define IDS_KEPT_ASK_CONFLICTS 661  // %s: the values
+#define IDS_KEPT_RESTORED 662       // %s: the name of the kept copy
+#define IDS_KEPT_EXPORTED 663       // %s: the name of the kept copy
+#define IDS_KEPT_DISCARDED 664      // %s: the name of the kept copy
+#define IDS_KEPT_GONE 665           // %s: the entry
+#define IDS_KEPT_CHANGED 666        // %s: the name of the kept copy
+#define IDS_KEPT_CANNOT_MERGE 667   // %s: the name of the kept copy
+#define IDS_KEPT_FAILED 668         // %s: the name of the kept copy
+#define IDS_KEPT_STAYS 669          // %s: the name of the kept copy
+#define IDS_KEPT_NO_PROFILE 670
+#define IDS_KEPT_NO_DIFFERENCE 671
+
 // More of the prompt for a user name and a password.
 #define IDS_CREDENTIALS_SHOW 597
 #define IDS_CREDENTIALS_CAPS_LOCK 598

@@ -21,9 +21,13 @@ int TopHeight(const LayoutMetrics& m) {
     return m.margin + commands + m.fieldHeight + m.gap + m.labelHeight + m.gap / 2;
 }
 
+int KeptHeight(const LayoutMetrics& m) {
+    return m.keptWidth > 0 ? m.gap + m.buttonHeight : 0;
+}
+
 int BottomHeight(const LayoutMetrics& m) {
-    return m.gap + m.labelHeight + m.gap + m.messageHeight + m.gap + 2 * (m.fieldHeight + m.gap) +
-           m.buttonHeight + m.gap + m.labelHeight + m.gap;
+    return KeptHeight(m) + m.gap + m.labelHeight + m.gap + m.messageHeight + m.gap +
+           2 * (m.fieldHeight + m.gap) + m.buttonHeight + m.gap + m.labelHeight + m.gap;
 }
 
 void PlaceCommands(BrowseLayout& layout, const LayoutMetrics& m) {
@@ -110,7 +114,9 @@ BrowseLayout ComputeLayout(int width, int height, const LayoutMetrics& metrics) 
     PlacePanes(layout, width, height, metrics);
     layout.details = {metrics.margin, layout.list.Bottom() + metrics.gap,
                       width - 2 * metrics.margin, metrics.labelHeight};
-    const int messageY = layout.details.Bottom() + metrics.gap;
+    layout.kept = {metrics.margin, layout.details.Bottom() + metrics.gap, metrics.keptWidth,
+                   metrics.buttonHeight};
+    const int messageY = layout.details.Bottom() + KeptHeight(metrics) + metrics.gap;
     PlaceMessage(layout, width, messageY, metrics);
     PlaceFields(layout, width, messageY + metrics.messageHeight + metrics.gap, metrics);
     PlaceButtons(layout, width, layout.type.Bottom() + metrics.gap, metrics);
@@ -129,7 +135,7 @@ Box MinimumSize(const LayoutMetrics& m) {
     const int fields = m.labelWidth + m.gap + m.okWidth * 2;
     const int bar =
         3 * m.fieldHeight + m.pathMinimumWidth + m.searchLabelWidth + m.searchWidth + 3 * m.gap;
-    const int inner = std::max({CommandsWidth(m), buttons, busy, panes, fields, bar});
+    const int inner = std::max({CommandsWidth(m), buttons, busy, panes, fields, bar, m.keptWidth});
     return {0, 0, inner + 2 * m.margin, TopHeight(m) + m.listMinimumHeight + BottomHeight(m)};
 }
 

@@ -36,6 +36,7 @@ struct LayoutMetrics {
     int pathMinimumWidth = 0;
     int listMinimumHeight = 0;
     int treeMinimumWidth = 0;
+    int keptWidth = 0;  // of the line that counts what could not be stored; 0 without it
 };
 
 struct BrowseLayout {
@@ -43,7 +44,7 @@ struct BrowseLayout {
     Box back, forward, up, path;
     Box searchLabel, search;
     Box treeLabel, tree;
-    Box listLabel, list, details;
+    Box listLabel, list, details, kept;
     Box message, messageIcon, messageBehindIcon, messageWhileBusy, progress, stop;
     Box nameLabel, name;
     Box typeLabel, type;

@@ -6,6 +6,7 @@
 #include "depotbrowser/browse_ids.h"
 #include "depotbrowser/browse_window_parts.h"
 #include "depotbrowser/dialog_template.h"
+#include "depotbrowser/kept_ids.h"
 #include "depotbrowser/name_rules.h"
 #include "manager/depot_list.h"
 #include "platform/module_state.h"
@@ -136,6 +137,7 @@ void BrowseWindow::OpenFirstFolder() {
     const CDepots depots(kDepotsKey, folders.UserFolder());
     const std::vector<ShownDepot> shown = ShownDepots(depots);
     parts_->tree.Fill(shown, settings_.showFolderTree);
+    parts_->kept.Begin(depots);
     const ShownDepot* first = shown.empty() ? nullptr : &shown.front();
     for (const ShownDepot& depot : shown) {
         if (depot.isDefault) first = &depot;
@@ -241,6 +243,9 @@ bool BrowseWindow::HandleButton(int control) {
             return true;
         case CONTROL_STOP:
             parts_->navigator.Stop();
+            return true;
+        case CONTROL_KEPT_LINE:
+            parts_->kept.Open();
             return true;
         case CONTROL_HELP:
             AskForHelp();

@@ -51,6 +51,7 @@ private:
     int ButtonWidth(int control, int least) const;
     int ButtonWidth(int control, const std::wstring& text) const;
     void Place();
+    void MeasureAnew();
     void PlaceWindow() const;
     void LimitSize(MINMAXINFO& limits) const;
     void KeepWhatIsRemembered() const;

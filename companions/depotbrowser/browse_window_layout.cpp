@@ -7,6 +7,7 @@
 #include "depotbrowser/browse_window.h"
 #include "depotbrowser/browse_window_parts.h"
 #include "depotbrowser/dialog_template.h"
+#include "depotbrowser/kept_ids.h"
 #include "depotbrowser/label_text.h"
 #include "depotbrowser/name_rules.h"
 #include "platform/wide_text.h"
@@ -165,7 +166,21 @@ LayoutMetrics BrowseWindow::Measure() const {
         }
     }
     m.hasHelp = settings_.helpTopic != 0;
+    if (parts_ && parts_->kept.IsShown()) m.keptWidth = ButtonWidth(CONTROL_KEPT_LINE, least);
     return m;
+}
+
+// What is shown has changed. A window that has become too small for it grows.
+void BrowseWindow::MeasureAnew() {
+    metrics_ = Measure();
+    RECT place = {};
+    GetWindowRect(window_, &place);
+    if (!IsZoomed(window_) && !IsIconic(window_)) {
+        MoveTo(window_, {static_cast<int>(place.left), static_cast<int>(place.top),
+                         static_cast<int>(place.right - place.left),
+                         static_cast<int>(place.bottom - place.top)});
+    }
+    Place();
 }
 
 void BrowseWindow::Place() {
@@ -196,6 +211,7 @@ void BrowseWindow::Place() {
     MoveTo(Control(IDOK), layout.ok);
     MoveTo(Control(IDCANCEL), layout.cancel);
     MoveTo(Control(CONTROL_DETAILS), layout.details);
+    MoveTo(Control(CONTROL_KEPT_LINE), layout.kept);
     MoveTo(Control(CONTROL_STATUS), layout.status);
     MoveTo(Control(CONTROL_GRIP), layout.grip);
     ShowWindow(Control(CONTROL_GRIP), IsZoomed(window_) ? SW_HIDE : SW_SHOW);

@@ -173,6 +173,7 @@ void BrowseWindow::Refresh() {
     const BrowseEntry* const focused = parts_->list.Focused();
     const bool isHere = focused != nullptr && !focused->elsewhere;
     parts_->navigator.Reload({isHere ? focused->name : std::string(), {}, {}, true});
+    parts_->kept.Refresh();
 }
 
 bool BrowseWindow::ShowContextMenu(HWND control, LPARAM place) {

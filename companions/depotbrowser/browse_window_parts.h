@@ -5,6 +5,7 @@
 #include "depotbrowser/browse_window.h"
 #include "depotbrowser/depot_search.h"
 #include "depotbrowser/file_preview.h"
+#include "depotbrowser/kept_line.h"
 #include "depotbrowser/name_suggestions.h"
 #include "depotbrowser/path_bar.h"
 #include "resource_ids.h"
@@ -32,6 +33,7 @@ struct BrowseWindow::Parts {
                  }),
           search(shared, [&window] { window.RowsChanged(); }),
           preview(shared),
+          kept(window.window_, window.texts_, window.mailbox_, [&window] { window.MeasureAnew(); }),
           suggestions(window.window_, list, window.texts_.Text(IDS_BROWSE_SUGGESTIONS)) {}
 
     BrowseIcons icons;
@@ -45,6 +47,7 @@ struct BrowseWindow::Parts {
     FileChoice choice;
     DepotSearch search;
     FilePreview preview;
+    KeptLine kept;
     NameSuggestions suggestions;
 };
 

@@ -5,6 +5,7 @@
 
 #include "depotbrowser/appearance.h"
 #include "depotbrowser/browse_fixture.h"
+#include "depotbrowser/kept_ids.h"
 #include "support/child_process.h"
 #include "support/languages.h"
 #include "support/locale_world.h"
@@ -183,12 +184,15 @@ TEST_F(BrowseFontTest, EveryControlHasANameForScreenReaders) {
                 EXPECT_EQ(std::wstring::npos, name.find(L'&')) << number;
             }
         }
-        EXPECT_EQ((std::vector<int>{CONTROL_NEW_FOLDER, CONTROL_RENAME, CONTROL_MAKE_COPY,
-                                    CONTROL_DELETE, CONTROL_BACK, CONTROL_FORWARD, CONTROL_UP,
-                                    CONTROL_FIRST_CRUMB, CONTROL_FIRST_CRUMB + 1, CONTROL_SEARCH,
-                                    CONTROL_TREE, CONTROL_LIST, CONTROL_PROGRESS, CONTROL_STOP,
-                                    CONTROL_NAME, CONTROL_TYPE, IDOK, IDCANCEL, CONTROL_HELP}),
-                  reached);
+        EXPECT_EQ(
+            (std::vector<int>{CONTROL_NEW_FOLDER, CONTROL_RENAME,      CONTROL_MAKE_COPY,
+                              CONTROL_DELETE,     CONTROL_BACK,        CONTROL_FORWARD,
+                              CONTROL_UP,         CONTROL_FIRST_CRUMB, CONTROL_FIRST_CRUMB + 1,
+                              CONTROL_SEARCH,     CONTROL_TREE,        CONTROL_LIST,
+                              CONTROL_KEPT_LINE,  CONTROL_PROGRESS,    CONTROL_STOP,
+                              CONTROL_NAME,       CONTROL_TYPE,        IDOK,
+                              IDCANCEL,           CONTROL_HELP}),
+            reached);
         browser.Press(VK_ESCAPE);
     });
 }

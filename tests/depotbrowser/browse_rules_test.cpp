@@ -255,9 +255,11 @@ bool Overlap(const Box& one, const Box& other) {
 }
 
 TEST(BrowseLayoutTest, NothingOverlapsOrLeavesTheWindowFromTheSmallestSizeUp) {
-    for (const bool commands : {true, false}) {
+    for (const int state : {0, 1, 2, 3}) {
+        const bool commands = state < 2, kept = state % 2 != 0;
         LayoutMetrics metrics = Metrics();
         if (!commands) metrics.commandWidths.clear();
+        if (kept) metrics.keptWidth = 150;
         const Box least = MinimumSize(metrics);
         for (const int more : {0, 1, 77, 1000}) {
             const int width = least.width + more, height = least.height + more;
@@ -269,6 +271,7 @@ TEST(BrowseLayoutTest, NothingOverlapsOrLeavesTheWindowFromTheSmallestSizeUp) {
                  l.treeLabel, l.tree,    l.listLabel, l.list, l.details,     l.messageWhileBusy,
                  l.status,    l.grip,    l.progress,  l.stop, l.nameLabel,   l.name,
                  l.typeLabel, l.type,    l.help,      l.ok,   l.cancel});
+            if (kept) boxes.push_back(l.kept);
             for (std::size_t one = 0; one < boxes.size(); ++one) {
                 EXPECT_TRUE(boxes[one].x >= 0 && boxes[one].y >= 0 && boxes[one].width > 0 &&
                             boxes[one].height > 0 && boxes[one].Right() <= width &&
@@ -290,6 +293,16 @@ TEST(BrowseLayoutTest, LargerWindowGivesItsRoomToTreeAndList) {
     EXPECT_EQ(small.tree.height + 200, large.tree.height);
     EXPECT_GT(large.list.width, small.list.width);
     EXPECT_EQ(small.ok.width, large.ok.width);
+}
+
+TEST(BrowseLayoutTest, LineOfKeptFilesTakesItsRoomFromTreeAndList) {
+    LayoutMetrics metrics = Metrics();
+    metrics.keptWidth = 150;
+    const BrowseLayout without = ComputeLayout(2000, 1500, Metrics());
+    const BrowseLayout with = ComputeLayout(2000, 1500, metrics);
+    EXPECT_EQ(without.list.height - metrics.buttonHeight - metrics.gap, with.list.height);
+    EXPECT_EQ(without.message.y, with.message.y);
+    EXPECT_EQ(without.ok.y, with.ok.y);
 }
 
 // The second bytes of these are a separator, a bar and letters in the Japanese code page.

@@ -41,6 +41,11 @@ std::vector<TextRow> Rows() {
          {IDS_BROWSE_DELETE_WHOLE, IDS_BROWSE_DELETE_FINAL, IDS_BROWSE_DELETE_RECYCLED}) {
         rows.push_back({id, 0});
     }
+    for (unsigned id = IDS_KEPT_LINE; id <= IDS_KEPT_NO_DIFFERENCE; ++id) {
+        const bool named =
+            id == IDS_KEPT_LINE || (id >= IDS_KEPT_ASK_REPLACE && id <= IDS_KEPT_STAYS);
+        rows.push_back({id, named ? 1 : 0});
+    }
     rows.push_back({IDS_BROWSE_PROPERTIES, 0});
     for (const unsigned id : {IDS_BROWSE_PROFILE_TITLE, IDS_BROWSE_PROFILE_HOST}) {
         rows.push_back({id, 1});
@@ -125,11 +130,23 @@ TEST_P(ResourceTextsTest, EveryControlOfTheBrowseDialogHasAnAccessKeyOfItsOwn) {
               unsigned{IDS_BROWSE_MAKE_COPY}, unsigned{IDS_BROWSE_DELETE},
               unsigned{IDS_BROWSE_DEPOTS}, unsigned{IDS_BROWSE_FILES}, unsigned{IDS_BROWSE_SEARCH},
               unsigned{IDS_BROWSE_FILE_NAME}, unsigned{IDS_BROWSE_FILE_TYPE},
-              unsigned{IDS_BROWSE_STOP}, unsigned{IDS_BROWSE_HELP}}) {
+              unsigned{IDS_BROWSE_STOP}, unsigned{IDS_BROWSE_HELP}, unsigned{IDS_KEPT_LINE}}) {
             const wchar_t key = AccessKey(Load(library_, id));
             EXPECT_NE(L'\0', key) << id;
             EXPECT_TRUE(keys.insert(key).second) << id << " shares its key";
         }
+    }
+}
+
+TEST_P(ResourceTextsTest, EveryControlOfTheWindowOfKeptFilesHasAnAccessKeyOfItsOwn) {
+    ASSERT_TRUE(library_);
+    std::set<wchar_t> keys;
+    for (const unsigned id :
+         {IDS_BROWSE_FILES, IDS_KEPT_DIFFERENCES, IDS_KEPT_MERGE, IDS_KEPT_REPLACE, IDS_KEPT_EXPORT,
+          IDS_KEPT_DISCARD, IDS_KEPT_VALUES}) {
+        const wchar_t key = AccessKey(Load(library_, id));
+        EXPECT_NE(L'\0', key) << id;
+        EXPECT_TRUE(keys.insert(key).second) << id << " shares its key";
     }
 }
 

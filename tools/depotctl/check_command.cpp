@@ -10,6 +10,7 @@
 #include "depotctl/encoding.h"
 #include "depotctl/failure.h"
 #include "depotctl/installation.h"
+#include "depotctl/kept_copies.h"
 #include "depotctl/kept_counts.h"
 #include "depotctl/location_trial.h"
 #include "depotctl/program.h"
@@ -64,7 +65,7 @@ public:
         : program_(program),
           options_(options),
           stored_(ReadDefinitions()),
-          copies_(FindKeptCopies(program)) {}
+          copies_(AllKeptCopies(program)) {}
 
     std::vector<CheckedDepot> Run() {
         std::vector<CheckedDepot> checked;

@@ -3,11 +3,11 @@
 #include <algorithm>
 #include <string_view>
 
-#include "depotctl/kept_origins.h"
 #include "depotctl/utf8_text.h"
 #include "offline/offline_location.h"
 #include "platform/file_search.h"
 #include "platform/paths.h"
+#include "recovery/kept_origins.h"
 
 namespace depot::ctl {
 namespace {

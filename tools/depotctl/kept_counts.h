@@ -6,8 +6,9 @@
 #include <vector>
 
 #include "depotctl/definition.h"
-#include "depotctl/kept_copies.h"
+#include "depotctl/renderer.h"
 #include "model/depot.h"
+#include "recovery/kept_copies.h"
 
 namespace depot::ctl {
 
@@ -19,8 +20,8 @@ struct KeptCounts {
     std::size_t recovered = 0;
 };
 
-// Counts it; nothing for a location of which nothing is kept. `copies` is what FindKeptCopies
-// returns.
+// Counts it; nothing for a location of which nothing is kept. `copies` are all kept
+// ones.
 std::optional<KeptCounts> CountKept(CDepot& depot, CDepotPath& location,
                                     const std::vector<KeptCopy>& copies);
 

@@ -1,42 +1,38 @@
-// The file that a kept copy is compared with, or stored into: an entry of a directory, or a file of
-// any depot.
+// The target of a kept copy at a place that a command names.
 #pragma once
 
 #include <optional>
 #include <string>
+#include <utility>
 
-#include "depotctl/kept_copies.h"
 #include "depotctl/places.h"
+#include "recovery/kept_target.h"
 
 namespace depot::ctl {
 
-class KeptTarget {
+class PlacedTarget {
 public:
     // Of an entry the depot is opened, and its location is the only one. `dn` is its name, which
     // the place may have no path for; empty for what the place's own path names.
-    explicit KeptTarget(Place place, std::string dn = {});
+    explicit PlacedTarget(Place place, std::string dn = {})
+        : place_(std::move(place)), target_(*place_.depot, place_.path, std::move(dn)) {}
 
     // Returns what it holds; nothing where there is none. Ends the command when it cannot be read.
     std::optional<KeptBytes> Read() const;
 
-    // Stores the bytes over `present`, what Read has returned, and over nothing else; makes it,
-    // with the folders above, where nothing was there. Ends the command when it cannot.
+    // Stores the bytes over `present`, what Read has returned. Ends the command when it cannot.
     void Write(const KeptBytes& bytes, const std::optional<KeptBytes>& present) const;
 
-    // Whether what it holds are these bytes as it keeps them.
-    bool Holds(const KeptBytes& bytes) const;
+    // End the command for what could not be read, or written.
+    [[noreturn]] void FailToRead(TargetContents::Step step, const Error& why) const;
+    [[noreturn]] void FailToWrite(const Error& why) const;
 
+    const KeptTarget& Target() const { return target_; }
     const Place& At() const { return place_; }
 
 private:
-    std::optional<KeptBytes> ReadEntry() const;
-    std::optional<KeptBytes> ReadFile() const;
-    Result WriteEntry(const KeptBytes& bytes, const std::optional<KeptBytes>& present) const;
-    Result WriteFile(const KeptBytes& bytes, const std::optional<KeptBytes>& present) const;
-
     const Place place_;
-    std::string dn_;         // of an entry
-    CLDAPItems* directory_;  // of an entry; else null
+    const KeptTarget target_;
 };
 
 }  // namespace depot::ctl

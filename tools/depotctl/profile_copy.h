@@ -5,16 +5,12 @@
 #include <string>
 #include <vector>
 
+#include "config/profile_encoding.h"
+#include "config/profile_reader.h"
 #include "depotctl/places.h"
-#include "depotctl/profile_encoding.h"
 #include "platform/handles.h"
 
 namespace depot::ctl {
-
-// A value and where it stands.
-struct ProfileRow {
-    std::string section, key, value;
-};
 
 // A copy of a profile in UTF-16, which the system's profile functions read and write without any
 // code page. All that is not changed keeps its bytes, also those that are no characters.
@@ -24,12 +20,11 @@ class ProfileCopy {
 public:
     // Copies the file `path` of `place`; `codePage` is that of EncodingOf.
     ProfileCopy(const Place& place, std::string path, unsigned codePage);
-    ~ProfileCopy();
     ProfileCopy(const ProfileCopy&) = delete;
     ProfileCopy& operator=(const ProfileCopy&) = delete;
 
     // Returns every value, or those of one section where `only` names it.
-    std::vector<ProfileRow> Rows(const std::string& only) const;
+    std::vector<ProfileRow> Rows(const std::string& only) const { return copy_.Rows(only); }
 
     // Returns a value, or nothing when there is none.
     std::optional<std::string> Find(const std::string& section, const std::string& key) const;
@@ -45,25 +40,17 @@ public:
     void Store() const;
 
     // The path of the copy, for those who work with files.
-    const std::string& Path() const { return copy_; }
+    const std::string& Path() const { return copy_.Path(); }
 
 private:
-    std::vector<std::wstring> Names(const wchar_t* section) const;
-    std::string Shown(const std::wstring& text) const;
-
-    // Returns the name of a section, or with `section` of a key in it, as the copy has it: bytes
-    // that are a second spelling of one character stand for themselves there.
-    std::wstring Spelled(const std::string& wanted, const wchar_t* section) const;
-
-    std::optional<std::wstring> Value(const std::wstring& section, const std::wstring& key) const;
     std::wstring Text() const;
     [[noreturn]] void KeepAndFail(HANDLE profile, DWORD error) const;
 
     const Place place_;
     const std::string path_;
-    std::string original_;  // the profile's bytes
-    ProfileEncoding encoding_;
-    std::string copy_;
+    const std::string original_;  // the profile's bytes
+    const ProfileEncoding encoding_;
+    const ProfileReader copy_;
 };
 
 }  // namespace depot::ctl

@@ -30,7 +30,7 @@ void Export(Program& program, const ExportOptions& options) {
     const KeptCopy copy = RequireKeptCopy(program, options.file);
     const KeptBytes bytes = BytesOf(copy);
     Places places(program);
-    const KeptTarget target(TargetOf(places, places.Resolve(options.target), copy));
+    const PlacedTarget target(TargetOf(places, places.Resolve(options.target), copy));
     if (target.Read()) Refuse(target.At().Shown() + " exists already");
     target.Write(bytes, std::nullopt);
     program.renderer.Answer({{"exported", copy.name}, {"to", target.At().Utf8()}},
@@ -43,7 +43,7 @@ std::vector<KeptCopy> CopiesToDiscard(const Program& program, const DiscardOptio
         throw CommandFailure(ExitCode::kUsage, "name what to discard, or give --all");
     }
     if (!options.all) return RequireKeptCopies(program, options.files);
-    std::vector<KeptCopy> copies = FindKeptCopies(program);
+    std::vector<KeptCopy> copies = AllKeptCopies(program);
     std::erase_if(copies, [](const KeptCopy& copy) { return copy.isWaiting; });
     return copies;
 }
@@ -63,8 +63,8 @@ void Discard(Program& program, const DiscardOptions& options) {
     Json deleted = Json::array();
     std::vector<std::string> failures;
     for (const KeptCopy& copy : copies) {
-        if (auto why = DeleteKeptCopy(copy)) {
-            failures.push_back(*std::move(why));
+        if (const Result result = DeleteKept(copy); !result) {
+            failures.push_back(WhyNotDeleted(copy, result.Why()));
         } else {
             deleted.push_back(copy.name);
         }

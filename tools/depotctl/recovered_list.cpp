@@ -5,9 +5,9 @@
 #include "depotctl/encoding.h"
 #include "depotctl/kept_origins.h"
 #include "depotctl/kept_target.h"
-#include "depotctl/kept_values.h"
 #include "depotctl/recovered_commands.h"
 #include "depotctl/utf8_text.h"
+#include "recovery/kept_values.h"
 
 namespace depot::ctl {
 namespace {
@@ -16,20 +16,14 @@ struct ListOptions {
     bool check = false;
 };
 
-bool IsBase(const OriginRecord& origin, const KeptBytes& bytes) {
-    if (origin.base) return *origin.base == bytes;
-    return origin.baseDigest && *origin.baseDigest == DigestOf(bytes.data(), bytes.size());
-}
-
 // What became of an entry since the copy was made of it.
 std::string StateOf(KeptOrigins& origins, const KeptCopy& copy, const KeptEntry& entry) try {
-    const KeptTarget target({&origins.Open(entry), entry.path, false}, entry.dn);
+    const PlacedTarget target({&origins.Open(entry), entry.path, false}, entry.dn);
     const auto present = target.Read();
     if (!present) return copy.origin->isNew ? "not there yet" : "gone";
-    if (target.Holds(BytesOf(copy))) return "stored already";
-    if (IsBase(*copy.origin, *present)) return "as it was";
-    const bool isKnown = copy.origin->base || copy.origin->baseDigest || copy.origin->isNew;
-    return isKnown ? "changed" : "not known";
+    if (target.Target().IsHeldAs(BytesOf(copy), present)) return "stored already";
+    if (copy.IsMadeFrom(*present)) return "as it was";
+    return copy.HasKnownBase() ? "changed" : "not known";
 } catch (const CommandFailure& failure) {
     return failure.Code() == ExitCode::kUnreachable ? "out of reach" : failure.what();
 }
@@ -39,7 +33,7 @@ Json RowOf(Program& program, KeptOrigins& origins, const KeptCopy& copy, bool ch
                 {"state", copy.isWaiting ? "waiting" : "recovered"},
                 {"size", copy.size},
                 {"when", program.renderer.TimeText(copy.time)},
-                {"why", copy.Why()}};
+                {"why", WhyKept(copy)}};
     if (copy.hasDamagedRecord) row["damaged"] = true;
     if (!copy.origin) return row;
     const OriginRecord& origin = *copy.origin;
@@ -69,7 +63,7 @@ std::vector<Column> Columns(bool checks) {
 void List(Program& program, const ListOptions& options) {
     KeptOrigins origins(program);
     Json rows = Json::array();
-    for (const KeptCopy& copy : FindKeptCopies(program)) {
+    for (const KeptCopy& copy : AllKeptCopies(program)) {
         rows.push_back(RowOf(program, origins, copy, options.check));
     }
     program.renderer.List(rows, Columns(options.check));
@@ -95,7 +89,7 @@ ComparedCopy Compare(Program& program, const KeptCopy& copy) {
         return compared;
     }
     try {
-        const KeptTarget target({&origins.Open(*entry), entry->path, false}, entry->dn);
+        const PlacedTarget target({&origins.Open(*entry), entry->path, false}, entry->dn);
         compared.versions.entry = target.Read();
         if (!compared.versions.entry) compared.remark = "the entry is not there";
     } catch (const CommandFailure& failure) {
@@ -121,6 +115,14 @@ Json ValuesJson(const std::vector<KeptValue>& values) {
     return rows;
 }
 
+std::optional<std::vector<KeptValue>> ValuesOf(const KeptVersions& versions) {
+    std::optional<std::vector<KeptValue>> values;
+    if (const Result found = DifferentValues(versions, values); !found) {
+        Refuse("cannot write a temporary file: " + SystemWords(found.Why().code));
+    }
+    return values;
+}
+
 std::string SizesText(const KeptVersions& versions) {
     const auto bytes = [](const std::optional<KeptBytes>& version) {
         return version ? std::to_string(version->size()) + " bytes" : std::string("not known");
@@ -136,13 +138,13 @@ void Diff(Program& program, const std::string& name) {
     const KeptVersions& versions = compared.versions;
     if (!versions.base && !versions.entry) {
         const std::string why = compared.remark.empty()
-                                    ? "it is not known where " + copy.Shown() + " comes from"
+                                    ? "it is not known where " + Shown(copy) + " comes from"
                                     : compared.remark;
         throw CommandFailure(
             program.outcome == ExitCode::kUnreachable ? program.outcome : ExitCode::kRefused,
             "nothing to compare with: " + why);
     }
-    const auto values = DifferentValues(versions);
+    const auto values = ValuesOf(versions);
     const Json rows = ValuesJson(values.value_or(std::vector<KeptValue>()));
     if (program.renderer.IsJson()) {
         program.renderer.Answer({{"file", copy.name},

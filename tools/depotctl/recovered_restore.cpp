@@ -5,9 +5,9 @@
 #include "depotctl/encoding.h"
 #include "depotctl/kept_origins.h"
 #include "depotctl/kept_target.h"
-#include "depotctl/kept_values.h"
 #include "depotctl/recovered_commands.h"
 #include "depotctl/utf8_text.h"
+#include "recovery/restoration.h"
 
 namespace depot::ctl {
 namespace {
@@ -21,12 +21,11 @@ struct RestoreOptions {
 
 constexpr char kElse[] = "; name a place with --to, or use \"depotctl recovered export\"";
 
-// What is going to be stored.
-struct Plan {
-    KeptBytes bytes;
-    bool isStoredAlready = false;
-    bool isMerged = false;
-};
+// The name of a value that both changed, such as "[Session] Title".
+std::string ShownConflict(const MergeConflict& conflict) {
+    return "[" + conflict.section + "] " +
+           (conflict.key.empty() ? "(lines without a value)" : conflict.key);
+}
 
 // One copy on its way back.
 class Restoration {
@@ -42,7 +41,7 @@ public:
 
     void Run() {
         const auto present = target_.Read();
-        const Plan plan = PlanFor(present);
+        const RestorePlan plan = PlanFor(present);
         const std::string place = target_.At().Utf8();
         Steps steps(program_, options_.steps);
         if (!plan.isStoredAlready) {
@@ -59,25 +58,25 @@ public:
 private:
     static KeptBytes RecoveredBytes(const KeptCopy& copy) {
         if (!copy.isWaiting) return BytesOf(copy);
-        Refuse(copy.Shown() +
+        Refuse(Shown(copy) +
                " waits and is stored by itself when its server is back; "
                "\"depotctl recovered export\" copies it");
     }
 
-    KeptTarget Target() {
-        if (!options_.to.empty()) return KeptTarget(NamedPlace());
+    PlacedTarget Target() {
+        if (!options_.to.empty()) return PlacedTarget(NamedPlace());
         if (copy_.hasDamagedRecord) {
-            Refuse("what was noted of where " + copy_.Shown() + " comes from is damaged" + kElse);
+            Refuse("what was noted of where " + Shown(copy_) + " comes from is damaged" + kElse);
         }
         if (!copy_.origin) {
-            Refuse("nothing is noted of where " + copy_.Shown() + " comes from" + kElse);
+            Refuse("nothing is noted of where " + Shown(copy_) + " comes from" + kElse);
         }
         const auto entry = origins_.Find(*copy_.origin);
         if (!entry) {
             Refuse("no depot has the entry \"" + copy_.origin->dn + "\" of the server " +
                    copy_.Server() + kElse);
         }
-        return KeptTarget({&origins_.Open(*entry), entry->path, false}, entry->dn);
+        return PlacedTarget({&origins_.Open(*entry), entry->path, false}, entry->dn);
     }
 
     // A root names no file.
@@ -87,84 +86,64 @@ private:
         return place;
     }
 
-    bool IsMadeFrom(const KeptBytes& present) const {
-        if (!copy_.origin) return false;
-        const OriginRecord& origin = *copy_.origin;
-        if (origin.base) return *origin.base == present;
-        return origin.baseDigest && *origin.baseDigest == DigestOf(present.data(), present.size());
-    }
-
-    Plan PlanFor(const std::optional<KeptBytes>& present) const {
-        Plan plan = {ours_, false, false};
-        if (!present) {
-            const bool mayBeMade = options_.replace || !options_.to.empty() || copy_.origin->isNew;
-            if (!mayBeMade) {
-                Refuse(target_.At().Shown() + " is not there any more; --replace makes it anew");
-            }
-        } else if (target_.Holds(ours_)) {
-            plan.isStoredAlready = true;
-        } else if (!IsMadeFrom(*present)) {
-            return options_.merge ? MergedPlan(*present) : ReplacingPlan(std::move(plan));
-        }
+    RestorePlan PlanFor(const std::optional<KeptBytes>& present) const {
+        const RestoreRules rules = {options_.merge, options_.replace,
+                                    options_.replace || !options_.to.empty(),
+                                    MergeCharacters::kOfProfiles};
+        RestorePlan plan = PlanRestore(target_.Target(), copy_, ours_, present, rules);
+        if (plan.obstacle) RefuseFor(plan);
         return plan;
     }
 
-    Plan ReplacingPlan(Plan plan) const {
-        if (options_.replace) return plan;
-        const bool isKnown = copy_.origin && (copy_.origin->base || copy_.origin->baseDigest);
+    [[noreturn]] void RefuseFor(const RestorePlan& plan) const {
+        switch (*plan.obstacle) {
+            case RestoreObstacle::kGone:
+                Refuse(target_.At().Shown() + " is not there any more; --replace makes it anew");
+            case RestoreObstacle::kNoBase:
+                Refuse("what " + Shown(copy_) +
+                       " was made from is not known, so that it cannot be merged; use --replace");
+            case RestoreObstacle::kNoProfile:
+                Refuse(Shown(copy_) +
+                       " cannot be merged: it is no profile, or the others are none; "
+                       "use --replace");
+            case RestoreObstacle::kConflicts:
+                RefuseConflicts(plan);
+            case RestoreObstacle::kChanged:
+                break;
+        }
         Refuse(target_.At().Shown() +
-               (isKnown || (copy_.origin && copy_.origin->isNew)
+               (copy_.HasKnownBase()
                     ? " holds another version than the one that the copy was made from"
                     : " is there, and what the copy was made from is not known") +
                "; compare them with \"depotctl recovered diff\", then use " +
                (copy_.origin && copy_.origin->base ? "--merge or --replace" : "--replace"));
     }
 
-    // With --replace ours has the values that both changed.
-    Plan MergedPlan(const KeptBytes& present) const {
-        const KeptVersions versions = {BaseToMerge(), present, ours_};
-        const auto merge = MergeKept(versions, options_.replace);
-        if (!merge) {
-            if (options_.replace) return {ours_, false, false};
-            Refuse(copy_.Shown() +
-                   " cannot be merged: it is no profile, or the others are none; "
-                   "use --replace");
-        }
-        if (!merge->conflicts.empty() && !options_.replace) RefuseConflicts(*merge);
-        Plan plan = {{merge->bytes.begin(), merge->bytes.end()}, false, true};
-        plan.isStoredAlready = plan.bytes == present;
-        return plan;
-    }
-
-    KeptBytes BaseToMerge() const {
-        if (copy_.origin && copy_.origin->base) return *copy_.origin->base;
-        if (copy_.origin && copy_.origin->isNew) return {};
-        Refuse("what " + copy_.Shown() +
-               " was made from is not known, so that it cannot be merged; use --replace");
-    }
-
-    [[noreturn]] static void RefuseConflicts(const ProfileMerge& merge) {
+    [[noreturn]] static void RefuseConflicts(const RestorePlan& plan) {
         std::string list;
-        for (const MergeConflict& conflict : merge.conflicts) {
+        for (const MergeConflict& conflict : plan.conflicts) {
             list += (list.empty() ? "" : ", ") + Printable(ShownConflict(conflict));
         }
         Refuse("nothing was stored, because both changed " +
-               Counted(merge.conflicts.size(), "value") + ": " + list +
+               Counted(plan.conflicts.size(), "value") + ": " + list +
                "; --merge --replace stores the copy's");
     }
 
-    // The copy goes when its bytes are seen where they belong, and not before.
-    void Store(const Plan& plan, const std::optional<KeptBytes>& present) const {
-        if (!plan.isStoredAlready) {
-            target_.Write(plan.bytes, present);
-            if (!target_.Holds(plan.bytes)) {
+    void Store(const RestorePlan& plan, const std::optional<KeptBytes>& present) const {
+        const auto failure = StorePlan(target_.Target(), copy_, ours_, present, plan);
+        if (!failure) return;
+        switch (failure->step) {
+            case StoreStep::kWrite:
+                target_.FailToWrite(failure->why);
+            case StoreStep::kReadBack:
+                target_.FailToRead(failure->reading, failure->why);
+            case StoreStep::kCompare:
                 Refuse(target_.At().Shown() + " was stored, but holds something else now; " +
-                       copy_.Shown() + " stays");
-            }
+                       Shown(copy_) + " stays");
+            case StoreStep::kDelete:
+                break;
         }
-        if (const auto why = DeleteKeptCopy(copy_, ours_)) {
-            Refuse(target_.At().Shown() + " holds it, but " + *why);
-        }
+        Refuse(target_.At().Shown() + " holds it, but " + WhyNotDeleted(copy_, failure->why));
     }
 
     Program& program_;
@@ -173,7 +152,7 @@ private:
     const KeptBytes ours_;
     Places places_;
     KeptOrigins origins_;
-    const KeptTarget target_;
+    const PlacedTarget target_;
 };
 
 void Restore(Program& program, const RestoreOptions& options) {

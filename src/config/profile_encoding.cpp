@@ -1,4 +1,4 @@
-#include "depotctl/profile_encoding.h"
+#include "config/profile_encoding.h"
 
 #include <algorithm>
 
@@ -6,7 +6,7 @@
 #include "platform/wide_text.h"
 #include "platform/win32.h"
 
-namespace depot::ctl {
+namespace depot {
 namespace {
 
 constexpr std::string_view kUtf16Mark = "\xFF\xFE";
@@ -86,7 +86,7 @@ std::string BytesOfUtf16(std::wstring_view text) {
 }  // namespace
 
 unsigned SystemCodePage() {
-    // On a system that does not know the manifest's code page, this program has the machine's.
+    // On a system that does not know a manifest's code page, every program has the machine's.
     static const unsigned codePage = GetACP() != CP_UTF8 ? GetACP() : CodePageOfMachine();
     return codePage;
 }
@@ -147,4 +147,4 @@ std::string ShownProfileText(const ProfileEncoding& encoding, std::wstring_view 
     return Utf8FromWide(bytes ? WideFromCodePage(encoding.codePage, *bytes) : std::wstring(text));
 }
 
-}  // namespace depot::ctl
+}  // namespace depot

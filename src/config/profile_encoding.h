@@ -1,7 +1,7 @@
 // How the bytes of profiles stand for characters.
 //
-// Applications read and write profiles in the machine's ANSI code page, which this program itself
-// need not work in.
+// Applications read and write profiles in the machine's ANSI code page, which a program need not
+// work in itself.
 #pragma once
 
 #include <cstddef>
@@ -9,7 +9,7 @@
 #include <string>
 #include <string_view>
 
-namespace depot::ctl {
+namespace depot {
 
 // The number of UTF-16, for profiles that begin with its mark.
 inline constexpr unsigned kUtf16 = 1200;
@@ -43,4 +43,4 @@ std::optional<std::string> ProfileBytes(const ProfileEncoding& encoding, std::ws
 // Returns a part of ProfileText for people, in UTF-8.
 std::string ShownProfileText(const ProfileEncoding& encoding, std::wstring_view text);
 
-}  // namespace depot::ctl
+}  // namespace depot

@@ -1,44 +1,20 @@
-#include "depotctl/kept_values.h"
+#include "recovery/kept_values.h"
 
 #include <map>
 #include <utility>
 
-#include "depotctl/encoding.h"
-#include "depotctl/failure.h"
-#include "depotctl/profile_copy.h"
-#include "depotctl/profile_encoding.h"
-#include "platform/file_in_use.h"
-#include "platform/replace_file.h"
+#include "config/profile_encoding.h"
+#include "config/profile_reader.h"
 #include "platform/system_code_page.h"
-#include "platform/temp_file.h"
 #include "platform/wide_text.h"
 #include "platform/win32.h"
 
-namespace depot::ctl {
+namespace depot {
 namespace {
 
 std::string_view TextOf(const KeptBytes& bytes) {
     return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
 }
-
-// A file of this object's own with the bytes of a version.
-class VersionFile {
-public:
-    explicit VersionFile(const KeptBytes& bytes) : path_(MakeTempFileName()) {
-        if (!path_.empty() && WriteOverLocalFile(path_, bytes.data(), bytes.size())) return;
-        const DWORD error = GetLastError();
-        DeleteOwnFile(path_);
-        Refuse("cannot write a temporary file: " + SystemWords(error));
-    }
-    ~VersionFile() { DeleteOwnFile(path_); }
-    VersionFile(const VersionFile&) = delete;
-    VersionFile& operator=(const VersionFile&) = delete;
-
-    const std::string& Path() const { return path_; }
-
-private:
-    const std::string path_;
-};
 
 bool IsProfile(const KeptBytes& bytes) {
     const auto encoding = EncodingOf(TextOf(bytes), 0);
@@ -47,27 +23,27 @@ bool IsProfile(const KeptBytes& bytes) {
            (encoding->codePage == kUtf16 || TextOf(bytes).find('\0') == std::string_view::npos);
 }
 
-std::vector<ProfileRow> RowsOf(const std::optional<KeptBytes>& bytes) {
-    if (!bytes) return {};
-    const VersionFile file(*bytes);
-    CDepot local(nullptr);
-    const Place place = {&local, file.Path(), true};
-    return ProfileCopy(place, file.Path(), 0).Rows({});
-}
-
 // Takes the values of the versions, one after another.
 class ValueTable {
 public:
     using Member = std::optional<std::string> KeptValue::*;
 
-    void Take(const std::optional<KeptBytes>& version, Member member) {
-        for (ProfileRow& row : RowsOf(version)) {
+    // Takes those of a profile; nothing has none.
+    Result Take(const std::optional<KeptBytes>& version, Member member) {
+        if (!version) return {};
+        const std::string_view text = TextOf(*version);
+        const ProfileReader reader(EncodingOf(text, 0).value(), text);
+        if (reader.Failure() != 0) {
+            return Error(Reason::kRefused, CodeKind::kSystem, reader.Failure());
+        }
+        for (ProfileRow& row : reader.Rows({})) {
             const auto [at, isNew] = places_.emplace(NameOf(row), values_.size());
             if (isNew) values_.push_back({row.section, row.key, {}, {}, {}});
             std::optional<std::string>& value = values_[at->second].*member;
             // The first of several of a name is the one that is read.
             if (!value) value = std::move(row.value);
         }
+        return {};
     }
 
     std::vector<KeptValue> Different(bool hasBase, bool hasEntry) {
@@ -119,26 +95,33 @@ unsigned CodePageOf(const KeptVersions& versions) {
 
 }  // namespace
 
-std::optional<std::vector<KeptValue>> DifferentValues(const KeptVersions& versions) {
+Result DifferentValues(const KeptVersions& versions,
+                       std::optional<std::vector<KeptValue>>& values) {
+    values.reset();
     const bool areProfiles = IsProfile(versions.ours) &&
                              (!versions.base || IsProfile(*versions.base)) &&
                              (!versions.entry || IsProfile(*versions.entry));
-    if (!areProfiles) return std::nullopt;
+    if (!areProfiles) return {};
     ValueTable table;
-    table.Take(versions.ours, &KeptValue::ours);
-    table.Take(versions.entry, &KeptValue::entry);
-    table.Take(versions.base, &KeptValue::base);
-    return table.Different(versions.base.has_value(), versions.entry.has_value());
+    Result taken = table.Take(versions.ours, &KeptValue::ours);
+    if (taken) taken = table.Take(versions.entry, &KeptValue::entry);
+    if (taken) taken = table.Take(versions.base, &KeptValue::base);
+    if (!taken) return taken;
+    values = table.Different(versions.base.has_value(), versions.entry.has_value());
+    return {};
 }
 
-std::optional<ProfileMerge> MergeKept(const KeptVersions& versions, bool oursFirst) {
+std::optional<ProfileMerge> MergeKept(const KeptVersions& versions, bool oursFirst,
+                                      MergeCharacters characters) {
     if (!versions.base || !versions.entry) return std::nullopt;
-    const unsigned codePage = CodePageOf(versions);
+    const bool isOwn = characters == MergeCharacters::kOfProcess;
+    const unsigned codePage = isOwn ? GetACP() : CodePageOf(versions);
     std::string_view theirs = TextOf(*versions.entry), ours = TextOf(versions.ours);
     if (oursFirst) std::swap(theirs, ours);
     std::optional<ProfileMerge> merge;
     {
-        const ProfileCharacters characters(codePage);
+        std::optional<ProfileCharacters> installed;
+        if (!isOwn) installed.emplace(codePage);
         merge = MergeProfiles({TextOf(*versions.base), theirs, ours});
     }
     if (!merge || merge->namesAreUtf8) return merge;
@@ -150,9 +133,4 @@ std::optional<ProfileMerge> MergeKept(const KeptVersions& versions, bool oursFir
     return merge;
 }
 
-std::string ShownConflict(const MergeConflict& conflict) {
-    return "[" + conflict.section + "] " +
-           (conflict.key.empty() ? "(lines without a value)" : conflict.key);
-}
-
-}  // namespace depot::ctl
+}  // namespace depot

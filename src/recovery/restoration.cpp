@@ -1,0 +1,75 @@
+#include "recovery/restoration.h"
+
+#include <utility>
+
+namespace depot {
+namespace {
+
+RestorePlan Stopped(RestoreObstacle obstacle) {
+    RestorePlan plan;
+    plan.obstacle = obstacle;
+    return plan;
+}
+
+RestorePlan Storing(const KeptBytes& bytes) {
+    RestorePlan plan;
+    plan.bytes = bytes;
+    return plan;
+}
+
+RestorePlan PlanMerge(const KeptCopy& copy, const KeptBytes& ours, const KeptBytes& present,
+                      RestoreRules rules) {
+    const bool oursFirst = rules.replaces;
+    const bool hasBase = copy.origin && (copy.origin->base || copy.origin->isNew);
+    if (!hasBase) return Stopped(RestoreObstacle::kNoBase);
+    auto merge = MergeKept({copy.origin->base.value_or(KeptBytes()), present, ours}, oursFirst,
+                           rules.characters);
+    if (!merge) return oursFirst ? Storing(ours) : Stopped(RestoreObstacle::kNoProfile);
+    if (!merge->conflicts.empty() && !oursFirst) {
+        RestorePlan plan = Stopped(RestoreObstacle::kConflicts);
+        plan.conflicts = std::move(merge->conflicts);
+        return plan;
+    }
+    RestorePlan plan = Storing({merge->bytes.begin(), merge->bytes.end()});
+    plan.isMerged = true;
+    plan.isStoredAlready = plan.bytes == present;
+    return plan;
+}
+
+}  // namespace
+
+RestorePlan PlanRestore(const KeptTarget& target, const KeptCopy& copy, const KeptBytes& ours,
+                        const std::optional<KeptBytes>& present, RestoreRules rules) {
+    if (!present) {
+        const bool mayBeMade = rules.makes || (copy.origin && copy.origin->isNew);
+        return mayBeMade ? Storing(ours) : Stopped(RestoreObstacle::kGone);
+    }
+    if (target.IsHeldAs(ours, present)) {
+        RestorePlan plan = Storing(ours);
+        plan.isStoredAlready = true;
+        return plan;
+    }
+    if (copy.IsMadeFrom(*present)) return Storing(ours);
+    if (rules.merges) return PlanMerge(copy, ours, *present, rules);
+    return rules.replaces ? Storing(ours) : Stopped(RestoreObstacle::kChanged);
+}
+
+std::optional<StoreFailure> StorePlan(const KeptTarget& target, const KeptCopy& copy,
+                                      const KeptBytes& ours,
+                                      const std::optional<KeptBytes>& present,
+                                      const RestorePlan& plan) {
+    if (!plan.isStoredAlready) {
+        const Result written = target.Write(plan.bytes, present);
+        if (!written) return StoreFailure{StoreStep::kWrite, written.Why()};
+        const TargetContents now = target.Read();
+        if (!now.result) return StoreFailure{StoreStep::kReadBack, now.result.Why(), now.failed};
+        if (!target.IsHeldAs(plan.bytes, now.bytes)) {
+            return StoreFailure{StoreStep::kCompare, Error(Reason::kChanged)};
+        }
+    }
+    const Result deleted = DeleteKept(copy, ours);
+    if (!deleted) return StoreFailure{StoreStep::kDelete, deleted.Why()};
+    return std::nullopt;
+}
+
+}  // namespace depot
