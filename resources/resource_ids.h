@@ -94,3 +94,11 @@
 #define IDS_BROWSE_PROPERTIES 600
 #define IDS_BROWSE_PROFILE_TITLE 601  // %s: the title
 #define IDS_BROWSE_PROFILE_HOST 602   // %s: the name of the host
+
+// What is dragged onto a folder of the browse dialog.
+#define IDS_BROWSE_DROP_TYPE 620     // %s: the name of the file; %s: a pattern
+#define IDS_BROWSE_DROP_LETTERS 621  // %s: the name of the file or folder
+#define IDS_BROWSE_DROP_INSIDE 622   // %s: the name of the folder
+#define IDS_BROWSE_DROP_FAILED 623   // %s: the name of the file or folder
+#define IDS_BROWSE_DROP_MORE 624     // %s: how many
+#define IDS_BROWSE_DROP_REPLACE 625  // %s: how many files

@@ -174,6 +174,7 @@ INT_PTR BrowseWindow::HandleMessage(UINT message, WPARAM first, LPARAM second) {
             if (first == StatusLine::kBusyTimer) parts_->status.TimerElapsed();
             if (first == DepotSearch::kPauseTimer) parts_->search.TimerElapsed();
             if (first == FilePreview::kPauseTimer) parts_->preview.TimerElapsed();
+            if (first == DropSite::kScrollTimer) parts_->site.TimerElapsed();
             return TRUE;
         case WM_HELP:
             AskForHelp();
@@ -194,7 +195,7 @@ INT_PTR BrowseWindow::HandleMessage(UINT message, WPARAM first, LPARAM second) {
             WindowCloses();
             return TRUE;
         default:
-            return FALSE;
+            return parts_ && parts_->drag.HandleMessage(message, first, second);
     }
 }
 
@@ -240,6 +241,7 @@ bool BrowseWindow::HandleButton(int control) {
             parts_->commands.Delete();
             return true;
         case CONTROL_STOP:
+            parts_->drops.Stop();
             parts_->navigator.Stop();
             return true;
         case CONTROL_HELP:
@@ -280,6 +282,9 @@ INT_PTR BrowseWindow::HandleListNotify(const NMHDR& header) {
             return TRUE;
         case LVN_KEYDOWN:
             HandleListKey(reinterpret_cast<const NMLVKEYDOWN&>(header).wVKey);
+            return TRUE;
+        case LVN_BEGINDRAG:
+            parts_->drag.Begin();
             return TRUE;
         case LVN_BEGINLABELEDITW:
             return Answer(parts_->commands.NameIsEdited() ? FALSE : TRUE);
@@ -368,6 +373,7 @@ void BrowseWindow::AskForHelp() const {
 
 void BrowseWindow::WindowCloses() {
     KeepWhatIsRemembered();
+    if (parts_) parts_->desktop.End();
     closing_ = true;
     mailbox_->Close();
     // The loop finds out with its next message.

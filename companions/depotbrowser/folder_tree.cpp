@@ -171,11 +171,26 @@ std::vector<std::wstring> FolderTree::ShownNames(const FolderRef& folder) const 
 
 void FolderTree::SelectAtMouse(LPARAM place) const {
     if (place == -1) return;
-    TVHITTESTINFO hit = {};
-    hit.pt = {GET_X_LPARAM(place), GET_Y_LPARAM(place)};
-    ScreenToClient(control_, &hit.pt);
-    const HTREEITEM item = TreeView_HitTest(control_, &hit);
+    POINT point = {GET_X_LPARAM(place), GET_Y_LPARAM(place)};
+    ScreenToClient(control_, &point);
+    const HTREEITEM item = ItemAt(point);
     if (item != nullptr) TreeView_SelectItem(control_, item);
+}
+
+HTREEITEM FolderTree::ItemAt(POINT place) const {
+    TVHITTESTINFO hit = {};
+    hit.pt = place;
+    return TreeView_HitTest(control_, &hit);
+}
+
+std::optional<FolderRef> FolderTree::FolderAt(POINT place) const {
+    const auto node = nodes_.find(ItemAt(place));
+    return node != nodes_.end() ? std::optional(node->second.folder) : std::nullopt;
+}
+
+void FolderTree::Mark(std::optional<POINT> place) const {
+    const HTREEITEM item = place ? ItemAt(*place) : nullptr;
+    if (item != TreeView_GetDropHilight(control_)) TreeView_SelectDropTarget(control_, item);
 }
 
 std::optional<LRESULT> FolderTree::HandleNotify(const NMHDR& header) {

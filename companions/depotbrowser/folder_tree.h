@@ -44,6 +44,13 @@ public:
     // Selects what is at this place of the screen, as the left button does; -1 stands for none.
     void SelectAtMouse(LPARAM place) const;
 
+    // Returns the folder at a place of the control; nothing where there is none.
+    std::optional<FolderRef> FolderAt(POINT place) const;
+    // Marks the folder at a place as the one on which something would be dropped, and no other.
+    void Mark(std::optional<POINT> place) const;
+    // Whether the tree shows the folder, or would if those above it were open.
+    bool IsKnown(const FolderRef& folder) const { return FindFolder(folder) != nullptr; }
+
     // Handles what the control reports to the dialog; nothing when it is not of interest.
     std::optional<LRESULT> HandleNotify(const NMHDR& header);
 
@@ -58,6 +65,7 @@ private:
     HTREEITEM Insert(HTREEITEM parent, const FolderRef& folder, const std::wstring& name,
                      int image);
     HTREEITEM InsertFolder(HTREEITEM parent, const FolderRef& above, const std::string& name);
+    HTREEITEM ItemAt(POINT place) const;
     HTREEITEM FindDepot(const DepotRef& depot) const;
     HTREEITEM FindChild(HTREEITEM parent, const std::string& name) const;
     HTREEITEM FindFolder(const FolderRef& folder) const;
