@@ -174,6 +174,7 @@ INT_PTR BrowseWindow::HandleMessage(UINT message, WPARAM first, LPARAM second) {
             if (first == StatusLine::kBusyTimer) parts_->status.TimerElapsed();
             if (first == DepotSearch::kPauseTimer) parts_->search.TimerElapsed();
             if (first == FilePreview::kPauseTimer) parts_->preview.TimerElapsed();
+            if (first == DropRegistration::kBeginTimer) parts_->desktop.Begin();
             if (first == DropSite::kScrollTimer) parts_->site.TimerElapsed();
             return TRUE;
         case WM_HELP:

@@ -126,11 +126,11 @@ struct ReferenceReleaser {
 }  // namespace
 
 struct DropRegistration::Registered {
-    Registered(HWND window, DropEvents given) : window_(window), events_(std::move(given)) {
+    Registered(HWND window, const DropEvents* events) : window_(window) {
         if (!ole_.IsThere()) return;
         auto made = std::make_unique<CComObject<CDropTarget>>();
         made->AddRef();
-        made->Serve(&events_);
+        made->Serve(events);
         target_.reset(made.release());
         isRegistered_ = SUCCEEDED(RegisterDragDrop(window_, target_.get()));
     }
@@ -144,13 +144,20 @@ struct DropRegistration::Registered {
 private:
     const OleOnThread ole_;  // ends last
     const HWND window_;
-    const DropEvents events_;
     std::unique_ptr<CComObject<CDropTarget>, ReferenceReleaser> target_;
     bool isRegistered_ = false;
 };
 
 DropRegistration::DropRegistration(HWND window, DropEvents events)
-    : registered_(std::make_unique<Registered>(window, std::move(events))) {}
+    : window_(window), events_(std::move(events)) {
+    // Timers come after what is to be drawn.
+    SetTimer(window_, kBeginTimer, 1, nullptr);
+}
+
+void DropRegistration::Begin() {
+    KillTimer(window_, kBeginTimer);
+    if (!registered_) registered_ = std::make_unique<Registered>(window_, &events_);
+}
 
 DropRegistration::~DropRegistration() = default;
 

@@ -17,12 +17,17 @@ struct DropEvents {
     std::function<void(const DroppedPaths& paths, POINT screen)> drop;
 };
 
-// Takes files for a window from its making to its end, or to End. On a thread whose apartment OLE
+// Takes files for a window from Begin to End, or to its own end. On a thread whose apartment OLE
 // cannot work in nothing is taken. Files are only ever copied: the other program keeps its own.
 class DropRegistration {
 public:
     DropRegistration(HWND window, DropEvents events);
     ~DropRegistration();
+    // Asks for a call of Begin once the window has been drawn, which OLE would delay. The window
+    // hands on its timer of this number.
+    static constexpr UINT_PTR kBeginTimer = 5;
+    void Begin();
+
     DropRegistration(const DropRegistration&) = delete;
     DropRegistration& operator=(const DropRegistration&) = delete;
 
@@ -31,6 +36,8 @@ public:
 
 private:
     struct Registered;
+    const HWND window_;
+    const DropEvents events_;
     std::unique_ptr<Registered> registered_;  // null for none
 };
 

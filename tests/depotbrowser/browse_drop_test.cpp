@@ -253,7 +253,7 @@ TEST_F(BrowseDropTest, TargetThatAnotherProgramKeepsTakesNothingAfterTheEnd) {
     IDropTarget* kept = nullptr;
     DraggedFiles files({OnDesktop("a.kra")});
     Show([&](const OpenBrowser& browser) {
-        browser.WaitForMessage(L"nothing to show");
+        EXPECT_TRUE(WaitForDropTarget(browser.Window()));
         CallOnThreadOf(browser.Window(), [&] {
             kept = DropTargetOf(browser.Window());
             kept->AddRef();

@@ -120,8 +120,13 @@ IDropTarget* DropTargetOf(HWND window) {
     return static_cast<IDropTarget*>(GetPropW(window, L"OleDropTargetInterface"));
 }
 
+bool WaitForDropTarget(HWND window) {
+    return Eventually([&] { return DropTargetOf(window) != nullptr; });
+}
+
 DWORD DropAt(const OpenBrowser& browser, IDataObject& data, POINT place, DWORD offered) {
     DWORD shown = DROPEFFECT_NONE;
+    if (!WaitForDropTarget(browser.Window())) return shown;
     CallOnThreadOf(browser.Window(), [&] {
         IDropTarget* const target = DropTargetOf(browser.Window());
         DWORD effect = offered;
@@ -141,6 +146,7 @@ DWORD DropAt(const OpenBrowser& browser, IDataObject& data, POINT place, DWORD o
 DWORD HoverAt(const OpenBrowser& browser, IDataObject& data, POINT place,
               const std::function<void()>& look) {
     DWORD shown = kOffered;
+    if (!WaitForDropTarget(browser.Window())) return shown;
     CallOnThreadOf(browser.Window(), [&] {
         DropTargetOf(browser.Window())->DragEnter(&data, MK_LBUTTON, {place.x, place.y}, &shown);
     });

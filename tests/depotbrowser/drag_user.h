@@ -51,6 +51,8 @@ private:
 
 // What OLE calls when something is dragged over the window; null where it takes nothing.
 IDropTarget* DropTargetOf(HWND window);
+// The window is drawn before it takes anything.
+bool WaitForDropTarget(HWND window);
 
 inline constexpr DWORD kOffered = DROPEFFECT_COPY | DROPEFFECT_MOVE | DROPEFFECT_LINK;
 
