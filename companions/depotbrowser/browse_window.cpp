@@ -162,7 +162,8 @@ INT_PTR BrowseWindow::HandleMessage(UINT message, WPARAM first, LPARAM second) {
             if (parts_) parts_->suggestions.Hide();
             return TRUE;
         case WM_DRAWITEM:
-            return parts_ && parts_->path.Draw(*reinterpret_cast<const DRAWITEMSTRUCT*>(second));
+            return parts_ && parts_->path.Draw(*reinterpret_cast<const DRAWITEMSTRUCT*>(second),
+                                               parts_->colours.Current());
         case WM_CONTEXTMENU:
             return ShowContextMenu(reinterpret_cast<HWND>(first), second);
         case WM_APPCOMMAND:
@@ -191,12 +192,18 @@ INT_PTR BrowseWindow::HandleMessage(UINT message, WPARAM first, LPARAM second) {
         case WM_SYSCOLORCHANGE:
         case WM_THEMECHANGED:
             HandOnToControls(message, first, second);
+            if (parts_) parts_->colours.Update();
+            return TRUE;
+        case WM_SETTINGCHANGE:
+            if (parts_) parts_->colours.Update();
             return TRUE;
         case WM_DESTROY:
             WindowCloses();
             return TRUE;
         default:
-            return parts_ && parts_->drag.HandleMessage(message, first, second);
+            if (!parts_) return FALSE;
+            if (const auto brush = parts_->colours.Answer(message, first)) return *brush;
+            return parts_->drag.HandleMessage(message, first, second);
     }
 }
 

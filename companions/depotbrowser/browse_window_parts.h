@@ -9,6 +9,7 @@
 #include "depotbrowser/list_drag.h"
 #include "depotbrowser/name_suggestions.h"
 #include "depotbrowser/path_bar.h"
+#include "depotbrowser/window_colours.h"
 #include "resource_ids.h"
 
 namespace depot {
@@ -38,7 +39,8 @@ struct BrowseWindow::Parts {
           drops(shared, tree),
           site(window.window_, list, tree, navigator),
           drag(shared, site, drops),
-          desktop(window.window_, DesktopEvents()) {}
+          desktop(window.window_, DesktopEvents()),
+          colours(window.window_) {}
 
     // What becomes of files that are dragged here from the desktop.
     DropEvents DesktopEvents() {
@@ -72,6 +74,7 @@ struct BrowseWindow::Parts {
     DropSite site;
     ListDrag drag;
     DropRegistration desktop;
+    WindowColours colours;
 };
 
 }  // namespace depot
