@@ -263,6 +263,7 @@ bool BrowseWindow::HandleButton(int control) {
 INT_PTR BrowseWindow::HandleNotify(const NMHDR& header) {
     // Controls notify while they are being made and while they are destroyed.
     if (!parts_ || closing_) return FALSE;
+    if (const auto answer = parts_->colours.AnswerDraw(header)) return Answer(*answer);
     if (header.hwndFrom == parts_->list.Control()) return HandleListNotify(header);
     if (header.hwndFrom != parts_->tree.Control()) return FALSE;
     if (header.code == TVN_KEYDOWN) {

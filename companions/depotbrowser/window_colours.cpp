@@ -1,10 +1,12 @@
 #include "depotbrowser/window_colours.h"
 
 #include "depotbrowser/browse_ids.h"
+#include "depotbrowser/dialog_template.h"
 #include "platform/registry_key.h"
 // After the Windows headers.
 #include <commctrl.h>
 #include <uxtheme.h>
+#include <vssym32.h>
 
 namespace depot {
 namespace {
@@ -27,6 +29,40 @@ bool UserWantsDark() {
     const auto settings = RegistryKey::Open(HKEY_CURRENT_USER, kSettings);
     return WantsDark(HasHighContrast(),
                      settings ? settings->ReadDword(kLightSwitch) : std::nullopt);
+}
+
+struct ThemeCloser {
+    void operator()(HTHEME theme) const { CloseThemeData(theme); }
+};
+using UniqueTheme = std::unique_ptr<std::remove_pointer_t<HTHEME>, ThemeCloser>;
+
+struct CanvasDeleter {
+    void operator()(HDC canvas) const { DeleteDC(canvas); }
+};
+using UniqueMemoryCanvas = std::unique_ptr<std::remove_pointer_t<HDC>, CanvasDeleter>;
+
+struct BitmapDeleter {
+    void operator()(HBITMAP bitmap) const { DeleteObject(bitmap); }
+};
+using UniqueBitmap = std::unique_ptr<std::remove_pointer_t<HBITMAP>, BitmapDeleter>;
+
+// Whether the ground that the theme has for a header takes a text of the colour. Not every system
+// that has themes has dark ones, and none says so.
+bool TakesText(HWND header, Colour text, Colour ground) {
+    constexpr int kSide = 16;
+    const UniqueTheme theme(OpenThemeData(header, L"Header"));
+    if (!theme) return false;
+    const UniqueCanvas screen(GetDC(header), {header});
+    const UniqueMemoryCanvas canvas(CreateCompatibleDC(screen.get()));
+    const UniqueBitmap bitmap(CreateCompatibleBitmap(screen.get(), kSide, kSide));
+    const HGDIOBJ before = SelectObject(canvas.get(), bitmap.get());
+    const RECT area = {0, 0, kSide, kSide};
+    SetDCBrushColor(canvas.get(), ground);
+    FillRect(canvas.get(), &area, static_cast<HBRUSH>(GetStockObject(DC_BRUSH)));
+    DrawThemeBackground(theme.get(), canvas.get(), HP_HEADERITEM, HIS_NORMAL, &area, nullptr);
+    const COLORREF drawn = GetPixel(canvas.get(), kSide / 2, kSide / 2);
+    SelectObject(canvas.get(), before);
+    return Contrast({text, drawn}) >= kReadableContrast;
 }
 
 ColourPair SystemPair(int text, int ground) {
@@ -52,7 +88,7 @@ void WindowColours::Update() {
 Palette WindowColours::Current() const {
     if (dark_) return kDarkPalette;
     return {SystemPair(COLOR_BTNTEXT, COLOR_BTNFACE), SystemPair(COLOR_GRAYTEXT, COLOR_BTNFACE),
-            SystemPair(COLOR_WINDOWTEXT, COLOR_WINDOW)};
+            SystemPair(COLOR_WINDOWTEXT, COLOR_WINDOW), SystemPair(COLOR_BTNTEXT, COLOR_BTNFACE)};
 }
 
 void WindowColours::Use() {
@@ -76,6 +112,7 @@ void WindowColours::Use() {
     for (const int control : {CONTROL_NAME, CONTROL_SEARCH, CONTROL_TYPE}) {
         UseTheme(control, nullptr, L"DarkMode_CFD");
     }
+    lightHeader_ = !TakesText(ListView_GetHeader(list), palette.field.text, palette.field.ground);
     UseInTitle();
 }
 
@@ -111,14 +148,30 @@ std::optional<INT_PTR> WindowColours::Answer(UINT message, WPARAM first) const {
     return reinterpret_cast<INT_PTR>(isField ? fieldBrush_.get() : dialogBrush_.get());
 }
 
-// The dark theme of a header has the system's light text. Without a theme the system draws all of
-// it, in colours that fit.
+// The system's dark theme draws what is selected itself, and then takes the text's colour alone.
+std::optional<LRESULT> WindowColours::AnswerDraw(const NMHDR& header) const {
+    if (!dark_ || header.idFrom != CONTROL_TREE || header.code != UINT{NM_CUSTOMDRAW}) {
+        return std::nullopt;
+    }
+    auto& draw = reinterpret_cast<NMTVCUSTOMDRAW&>(const_cast<NMHDR&>(header));
+    if (draw.nmcd.dwDrawStage == CDDS_PREPAINT) return CDRF_NOTIFYITEMDRAW;
+    const bool isSelected = (draw.nmcd.uItemState & (CDIS_SELECTED | CDIS_DROPHILITED)) != 0;
+    const bool hasFocus = GetFocus() == header.hwndFrom;
+    if (draw.nmcd.dwDrawStage == CDDS_ITEMPREPAINT && isSelected && !hasFocus) {
+        draw.clrText = kDarkPalette.selected.text;
+        draw.clrTextBk = kDarkPalette.selected.ground;
+    }
+    return CDRF_DODEFAULT;
+}
+
+// The dark theme of a header comes with a dark text. Where the system has none it draws all of the
+// header in colours that fit.
 LRESULT CALLBACK WindowColours::DrawHeader(HWND list, UINT message, WPARAM first, LPARAM second,
                                            UINT_PTR /*id*/, DWORD_PTR self) noexcept {
     const auto& colours = *reinterpret_cast<const WindowColours*>(self);
     const auto* const draw = reinterpret_cast<const NMCUSTOMDRAW*>(second);
     if (message == WM_NOTIFY && colours.dark_ && draw->hdr.code == UINT{NM_CUSTOMDRAW} &&
-        draw->hdr.hwndFrom == ListView_GetHeader(list) && IsThemeActive() != 0) {
+        draw->hdr.hwndFrom == ListView_GetHeader(list) && !colours.lightHeader_) {
         if (draw->dwDrawStage == CDDS_PREPAINT) return CDRF_NOTIFYITEMDRAW;
         if (draw->dwDrawStage == CDDS_ITEMPREPAINT) {
             SetTextColor(draw->hdc, kDarkPalette.field.text);

@@ -29,6 +29,9 @@ public:
     // message, and where the system's own serve.
     std::optional<INT_PTR> Answer(UINT message, WPARAM first) const;
 
+    // The same for the notification with which the tree asks for the colours of its items.
+    std::optional<LRESULT> AnswerDraw(const NMHDR& header) const;
+
     // For what the dialog draws itself.
     Palette Current() const;
 
@@ -41,7 +44,8 @@ private:
 
     HWND dialog_;
     bool dark_ = false;
-    UniqueModule frames_;                   // which draws title bars; null until one is to be dark
+    bool lightHeader_ = false;  // its theme has a ground on which no light text can be read
+    UniqueModule frames_;       // which draws title bars; null until one is to be dark
     UniqueBrush dialogBrush_, fieldBrush_;  // null in the system's colours
 };
 

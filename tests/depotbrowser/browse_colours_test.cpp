@@ -92,7 +92,8 @@ protected:
     static Palette OfSystem() {
         return {{GetSysColor(COLOR_BTNTEXT), GetSysColor(COLOR_BTNFACE)},
                 {GetSysColor(COLOR_GRAYTEXT), GetSysColor(COLOR_BTNFACE)},
-                {GetSysColor(COLOR_WINDOWTEXT), GetSysColor(COLOR_WINDOW)}};
+                {GetSysColor(COLOR_WINDOWTEXT), GetSysColor(COLOR_WINDOW)},
+                {GetSysColor(COLOR_BTNTEXT), GetSysColor(COLOR_BTNFACE)}};
     }
 
     static constexpr char kSettings[] =

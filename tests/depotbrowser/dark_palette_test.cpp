@@ -6,8 +6,6 @@
 namespace depot {
 namespace {
 
-constexpr double kReadable = 4.5;
-
 TEST(DarkPaletteTest, ContrastIsThatOfTheCommonRules) {
     EXPECT_NEAR(21.0, Contrast({0xFFFFFF, 0x000000}), 0.01);
     EXPECT_NEAR(21.0, Contrast({0x000000, 0xFFFFFF}), 0.01);
@@ -19,9 +17,9 @@ TEST(DarkPaletteTest, ContrastIsThatOfTheCommonRules) {
 
 TEST(DarkPaletteTest, EveryTextIsReadable) {
     for (const ColourPair& pair :
-         {kDarkPalette.dialog, kDarkPalette.disabled, kDarkPalette.field}) {
+         {kDarkPalette.dialog, kDarkPalette.disabled, kDarkPalette.field, kDarkPalette.selected}) {
         SCOPED_TRACE(pair.text);
-        EXPECT_GE(Contrast(pair), kReadable);
+        EXPECT_GE(Contrast(pair), kReadableContrast);
     }
 }
 
