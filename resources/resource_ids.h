@@ -123,10 +123,18 @@
 #define IDS_CREDENTIALS_SHOW 597
 #define IDS_CREDENTIALS_CAPS_LOCK 598
 #define IDS_CREDENTIALS_EXAMPLE 599
-#define IDS_CREDENTIALS_STORE 660
-#define IDS_CREDENTIALS_OPEN 661
+#define IDS_CREDENTIALS_STORE 690
+#define IDS_CREDENTIALS_OPEN 691
 
 // More of the browse dialog.
 #define IDS_BROWSE_PROPERTIES 600
 #define IDS_BROWSE_PROFILE_TITLE 601  // %s: the title
 #define IDS_BROWSE_PROFILE_HOST 602   // %s: the name of the host
+
+// What is dragged onto a folder of the browse dialog.
+#define IDS_BROWSE_DROP_TYPE 620     // %s: the name of the file; %s: a pattern
+#define IDS_BROWSE_DROP_LETTERS 621  // %s: the name of the file or folder
+#define IDS_BROWSE_DROP_INSIDE 622   // %s: the name of the folder
+#define IDS_BROWSE_DROP_FAILED 623   // %s: the name of the file or folder
+#define IDS_BROWSE_DROP_MORE 624     // %s: how many
+#define IDS_BROWSE_DROP_REPLACE 625  // %s: how many files

@@ -1,35 +1,60 @@
 #include "depotbrowser/browse_icons.h"
 
+#include <cstring>
+
+#include "config/file_types.h"
 #include "depotbrowser/icon_location.h"
+#include "depotbrowser/icon_pixels.h"
 #include "model/depot.h"
 #include "platform/environment.h"
+#include "platform/paths.h"
 // After the Windows headers.
-#include <shellapi.h>
+#include <shlwapi.h>
 
 namespace depot {
 namespace {
 
 constexpr int kExpectedIcons = 8;
 
-// The library whose icons the shell shows, and the number of its icon for a volume.
-constexpr char kShellIcons[] = "shell32.dll";
-constexpr int kVolumeIcon = 8;
+struct BitmapDeleter {
+    void operator()(HBITMAP bitmap) const { DeleteObject(bitmap); }
+};
+using UniqueBitmap = std::unique_ptr<std::remove_pointer_t<HBITMAP>, BitmapDeleter>;
 
-UniqueIcon ShellIcon(const char* name, DWORD attributes, bool large) {
-    SHFILEINFOA info = {};
-    SHGetFileInfoA(name, attributes, &info, sizeof(info),
-                   static_cast<UINT>(SHGFI_ICON | SHGFI_USEFILEATTRIBUTES |
-                                     (large ? SHGFI_LARGEICON : SHGFI_SMALLICON)));
-    return UniqueIcon(info.hIcon);
+UniqueIcon OwnIconOf(OwnIcon which, int side) {
+    const std::vector<std::uint32_t> pixels = IconPixels(which, side);
+    BITMAPINFO info = {};
+    info.bmiHeader.biSize = sizeof(info.bmiHeader);
+    info.bmiHeader.biWidth = side;
+    info.bmiHeader.biHeight = -side;  // from the top
+    info.bmiHeader.biPlanes = 1;
+    info.bmiHeader.biBitCount = 32;
+    void* bits = nullptr;
+    const UniqueBitmap colours(CreateDIBSection(nullptr, &info, DIB_RGB_COLORS, &bits, nullptr, 0));
+    const UniqueBitmap mask(CreateBitmap(side, side, 1, 1, nullptr));
+    if (!colours || !mask || pixels.empty()) return {};
+    std::memcpy(bits, pixels.data(), pixels.size() * sizeof(pixels.front()));
+    ICONINFO icon = {TRUE, 0, 0, mask.get(), colours.get()};
+    return UniqueIcon(CreateIconIndirect(&icon));
 }
 
-UniqueIcon IconOf(const IconLocation& location, bool large) {
+UniqueIcon IconOf(const IconLocation& location, int side) {
     HICON icon = nullptr;
-    if (!location.file.empty()) {
-        ExtractIconExA(location.file.c_str(), location.index, large ? &icon : nullptr,
-                       large ? nullptr : &icon, 1);
+    if (!location.file.empty() && location.file.size() < kMaxPathBytes) {
+        PrivateExtractIconsA(location.file.c_str(), location.index, side, side, &icon, nullptr, 1,
+                             0);
     }
     return UniqueIcon(icon);
+}
+
+// The icon that the system shows for profile files; empty where none is configured.
+IconLocation IconOfProfiles() {
+    char location[kMaxPathBytes] = {};
+    DWORD size = sizeof(location);
+    const HRESULT found =
+        AssocQueryStringA(ASSOCF_INIT_IGNOREUNKNOWN, ASSOCSTR_DEFAULTICON,
+                          ExtensionForType(kSkeinProfile).c_str(), nullptr, location, &size);
+    return found == S_OK ? ParseIconLocation(ExpandEnvironment(location)) : IconLocation();
 }
 
 }  // namespace
@@ -42,10 +67,11 @@ void BrowseIcons::Make(int side) {
     before_ = std::move(list_);
     list_.reset(
         ImageList_Create(side, side, ILC_COLOR32 | ILC_MASK, kExpectedIcons, kExpectedIcons));
-    large_ = side > GetSystemMetrics(SM_CXSMICON);
-    folder_ = Add(ShellIcon("folder", FILE_ATTRIBUTE_DIRECTORY, large_).get(), 0);
-    file_ = Add(ShellIcon("file.kra", FILE_ATTRIBUTE_NORMAL, large_).get(), folder_);
-    depot_ = Add(IconOf({kShellIcons, kVolumeIcon}, large_).get(), folder_);
+    side_ = side;
+    folder_ = Add(OwnIconOf(OwnIcon::kFolder, side).get(), 0);
+    file_ = Add(OwnIconOf(OwnIcon::kFile, side).get(), folder_);
+    file_ = Add(IconOf(IconOfProfiles(), side).get(), file_);
+    depot_ = Add(OwnIconOf(OwnIcon::kDepot, side).get(), folder_);
 }
 
 void BrowseIcons::Resize(int side) {
@@ -59,7 +85,7 @@ int BrowseIcons::Depot(const std::string& location) {
 }
 
 int BrowseIcons::AddDepot(const std::string& location) {
-    return Add(IconOf(ParseIconLocation(ExpandEnvironment(location)), large_).get(), depot_);
+    return Add(IconOf(ParseIconLocation(ExpandEnvironment(location)), side_).get(), depot_);
 }
 
 int BrowseIcons::Add(HICON icon, int otherwise) {

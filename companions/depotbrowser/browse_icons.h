@@ -1,4 +1,5 @@
-// The small icons of depots, folders and files.
+// The small icons of depots, folders and files: the dialog's own, which are drawn for any size, and
+// those that are configured for a depot or for profile files.
 #pragma once
 
 #include "platform/win32.h"
@@ -42,7 +43,7 @@ private:
     UniqueImageList list_;
     UniqueImageList before_;
     std::vector<std::string> locations_;  // that were asked for, in their order
-    bool large_ = false;
+    int side_ = 0;
     int folder_ = 0;
     int file_ = 0;
     int depot_ = 0;

@@ -164,7 +164,8 @@ INT_PTR BrowseWindow::HandleMessage(UINT message, WPARAM first, LPARAM second) {
             if (parts_) parts_->suggestions.Hide();
             return TRUE;
         case WM_DRAWITEM:
-            return parts_ && parts_->path.Draw(*reinterpret_cast<const DRAWITEMSTRUCT*>(second));
+            return parts_ && parts_->path.Draw(*reinterpret_cast<const DRAWITEMSTRUCT*>(second),
+                                               parts_->colours.Current());
         case WM_CONTEXTMENU:
             return ShowContextMenu(reinterpret_cast<HWND>(first), second);
         case WM_APPCOMMAND:
@@ -176,6 +177,8 @@ INT_PTR BrowseWindow::HandleMessage(UINT message, WPARAM first, LPARAM second) {
             if (first == StatusLine::kBusyTimer) parts_->status.TimerElapsed();
             if (first == DepotSearch::kPauseTimer) parts_->search.TimerElapsed();
             if (first == FilePreview::kPauseTimer) parts_->preview.TimerElapsed();
+            if (first == DropRegistration::kBeginTimer) parts_->desktop.Begin();
+            if (first == DropSite::kScrollTimer) parts_->site.TimerElapsed();
             return TRUE;
         case WM_HELP:
             AskForHelp();
@@ -191,12 +194,18 @@ INT_PTR BrowseWindow::HandleMessage(UINT message, WPARAM first, LPARAM second) {
         case WM_SYSCOLORCHANGE:
         case WM_THEMECHANGED:
             HandOnToControls(message, first, second);
+            if (parts_) parts_->colours.Update();
+            return TRUE;
+        case WM_SETTINGCHANGE:
+            if (parts_) parts_->colours.Update();
             return TRUE;
         case WM_DESTROY:
             WindowCloses();
             return TRUE;
         default:
-            return FALSE;
+            if (!parts_) return FALSE;
+            if (const auto brush = parts_->colours.Answer(message, first)) return *brush;
+            return parts_->drag.HandleMessage(message, first, second);
     }
 }
 
@@ -242,6 +251,7 @@ bool BrowseWindow::HandleButton(int control) {
             parts_->commands.Delete();
             return true;
         case CONTROL_STOP:
+            parts_->drops.Stop();
             parts_->navigator.Stop();
             return true;
         case CONTROL_KEPT_LINE:
@@ -258,6 +268,7 @@ bool BrowseWindow::HandleButton(int control) {
 INT_PTR BrowseWindow::HandleNotify(const NMHDR& header) {
     // Controls notify while they are being made and while they are destroyed.
     if (!parts_ || closing_) return FALSE;
+    if (const auto answer = parts_->colours.AnswerDraw(header)) return Answer(*answer);
     if (header.hwndFrom == parts_->list.Control()) return HandleListNotify(header);
     if (header.hwndFrom != parts_->tree.Control()) return FALSE;
     if (header.code == TVN_KEYDOWN) {
@@ -285,6 +296,9 @@ INT_PTR BrowseWindow::HandleListNotify(const NMHDR& header) {
             return TRUE;
         case LVN_KEYDOWN:
             HandleListKey(reinterpret_cast<const NMLVKEYDOWN&>(header).wVKey);
+            return TRUE;
+        case LVN_BEGINDRAG:
+            parts_->drag.Begin();
             return TRUE;
         case LVN_BEGINLABELEDITW:
             return Answer(parts_->commands.NameIsEdited() ? FALSE : TRUE);
@@ -373,6 +387,7 @@ void BrowseWindow::AskForHelp() const {
 
 void BrowseWindow::WindowCloses() {
     KeepWhatIsRemembered();
+    if (parts_) parts_->desktop.End();
     closing_ = true;
     mailbox_->Close();
     // The loop finds out with its next message.

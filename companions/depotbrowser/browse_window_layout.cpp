@@ -12,8 +12,6 @@
 #include "depotbrowser/name_rules.h"
 #include "platform/wide_text.h"
 #include "resource_ids.h"
-// After the Windows headers.
-#include <uxtheme.h>
 
 namespace depot {
 namespace {
@@ -121,7 +119,6 @@ void BrowseWindow::HideWhatIsNotOffered() const {
     if (settings_.helpTopic == 0) ShowWindow(Control(CONTROL_HELP), SW_HIDE);
     ShowWindow(Control(CONTROL_PROGRESS), SW_HIDE);
     ShowWindow(Control(CONTROL_STOP), SW_HIDE);
-    SetWindowTheme(Control(CONTROL_LIST), L"Explorer", nullptr);
 }
 
 int BrowseWindow::ButtonWidth(int control, int least) const {

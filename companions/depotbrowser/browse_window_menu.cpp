@@ -94,6 +94,7 @@ void BrowseWindow::HandleListKey(WORD key) {
 }
 
 bool BrowseWindow::TranslateKey(const MSG& message) {
+    if (parts_ && parts_->drag.HandleKey(message)) return true;
     if ((message.message != WM_KEYDOWN && message.message != WM_SYSKEYDOWN) ||
         !IsChild(window_, message.hwnd) || parts_->list.IsEditing()) {
         return false;

@@ -4,10 +4,13 @@
 #include "depotbrowser/browse_ids.h"
 #include "depotbrowser/browse_window.h"
 #include "depotbrowser/depot_search.h"
+#include "depotbrowser/drop_target.h"
 #include "depotbrowser/file_preview.h"
 #include "depotbrowser/kept_line.h"
+#include "depotbrowser/list_drag.h"
 #include "depotbrowser/name_suggestions.h"
 #include "depotbrowser/path_bar.h"
+#include "depotbrowser/window_colours.h"
 #include "resource_ids.h"
 
 namespace depot {
@@ -34,7 +37,28 @@ struct BrowseWindow::Parts {
           search(shared, [&window] { window.RowsChanged(); }),
           preview(shared),
           kept(window.window_, window.texts_, window.mailbox_, [&window] { window.MeasureAnew(); }),
-          suggestions(window.window_, list, window.texts_.Text(IDS_BROWSE_SUGGESTIONS)) {}
+          suggestions(window.window_, list, window.texts_.Text(IDS_BROWSE_SUGGESTIONS)),
+          drops(shared, tree),
+          site(window.window_, list, tree, navigator),
+          drag(shared, site, drops),
+          desktop(window.window_, DesktopEvents()),
+          colours(window.window_) {}
+
+    // What becomes of files that are dragged here from the desktop.
+    DropEvents DesktopEvents() {
+        const auto targetAt = [this](POINT place) {
+            return drops.CanChange() ? site.FolderAt(place) : std::nullopt;
+        };
+        return {[this, targetAt](POINT place) {
+                    const bool takes = targetAt(place).has_value();
+                    site.Hover(place, takes);
+                    return takes;
+                },
+                [this] { site.Leave(); },
+                [this, targetAt](const DroppedPaths& paths, POINT place) {
+                    if (const auto target = targetAt(place)) drops.Store(paths, *target);
+                }};
+    }
 
     BrowseIcons icons;
     FolderTree tree;
@@ -49,6 +73,11 @@ struct BrowseWindow::Parts {
     FilePreview preview;
     KeptLine kept;
     NameSuggestions suggestions;
+    FileDrops drops;
+    DropSite site;
+    ListDrag drag;
+    DropRegistration desktop;
+    WindowColours colours;
 };
 
 }  // namespace depot

@@ -100,6 +100,12 @@ Listing ListFolder(DepotSession& session, const FolderRef& folder) {
     return listing;
 }
 
+Listing ListForTree(DepotSession& session, const FolderRef& folder) {
+    Listing listing = ListFolder(session, folder);
+    listing.folders = TreeNames(listing.entries);
+    return listing;
+}
+
 ExaminedName ExamineName(DepotSession& session, const FolderRef& folder, const std::string& name) {
     ExaminedName examined;
     const Listing listing = ListFolder(session, folder);

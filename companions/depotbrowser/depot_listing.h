@@ -6,6 +6,7 @@
 
 #include "depotbrowser/depot_place.h"
 #include "depotbrowser/entry_order.h"
+#include "depotbrowser/tree_names.h"
 #include "manager/depot_session.h"
 #include "platform/result.h"
 
@@ -26,9 +27,12 @@ struct Listing {
     std::string reason;      // why not, where one is known
     std::string folderPath;  // the display path of the folder, to which names are appended
     std::vector<BrowseEntry> entries;
-    bool complete = false;  // no entry is left out because of its name
+    std::vector<TreeName> folders;  // only for the tree
+    bool complete = false;          // no entry is left out because of its name
 };
 Listing ListFolder(DepotSession& session, const FolderRef& folder);
+// The same with the folders in the order of the tree.
+Listing ListForTree(DepotSession& session, const FolderRef& folder);
 
 // What a name in a folder stands for.
 enum class NameKind { kUnknown, kAbsent, kFile, kFolder };

@@ -48,6 +48,8 @@ FileList::FileList(HWND control, BrowseIcons& icons, const BrowseTexts& texts,
     ListView_SetExtendedListViewStyle(
         control_, LVS_EX_FULLROWSELECT | LVS_EX_DOUBLEBUFFER | LVS_EX_LABELTIP | LVS_EX_INFOTIP);
     ListView_SetImageList(control_, icons_.List(), LVSIL_SMALL);
+    // The list keeps no such state of rows that it asks for.
+    ListView_SetCallbackMask(control_, LVIS_DROPHILITED);
     AddColumns();
 }
 
@@ -138,6 +140,7 @@ void FileList::SetOrder(EntryOrder order) {
 }
 
 void FileList::ShowRows() {
+    marked_ = -1;
     rows_.clear();
     for (std::size_t index = 0; index < entries_.size(); ++index) {
         if (IsToBeShown(entries_[index])) rows_.push_back(index);
@@ -224,6 +227,20 @@ bool FileList::Select(const std::string& name) {
     return true;
 }
 
+int FileList::RowAt(POINT place) const {
+    LVHITTESTINFO hit = {};
+    hit.pt = place;
+    return ListView_SubItemHitTest(control_, &hit);
+}
+
+void FileList::Mark(int row) {
+    if (row == marked_) return;
+    const int before = std::exchange(marked_, row);
+    for (const int changed : {before, row}) {
+        if (changed >= 0) ListView_RedrawItems(control_, changed, changed);
+    }
+}
+
 void FileList::FocusFirst() const {
     SetFocus(control_);
     if (rows_.empty() || ListView_GetNextItem(control_, -1, LVNI_SELECTED) >= 0) return;
@@ -274,6 +291,10 @@ void FileList::FillCell(LVITEMW& cell) {
     const BrowseEntry& entry = *shown;
     if ((cell.mask & LVIF_IMAGE) != 0) {
         cell.iImage = entry.isFolder ? icons_.Folder() : icons_.File();
+    }
+    if ((cell.mask & LVIF_STATE) != 0) {
+        const UINT marked = cell.iItem == marked_ ? UINT{LVIS_DROPHILITED} : 0;
+        cell.state = (cell.state & ~UINT{LVIS_DROPHILITED}) | (marked & cell.stateMask);
     }
     if ((cell.mask & LVIF_TEXT) != 0 && cell.cchTextMax > 0) {
         lstrcpynW(cell.pszText, CellText(entry, ColumnOf(cell.iSubItem)).c_str(), cell.cchTextMax);

@@ -50,6 +50,11 @@ public:
     // Returns the entry of a row; null when there is no such row.
     const BrowseEntry* EntryAt(int row) const;
 
+    // Returns the row at a place of the control, whatever column is there; -1 for none.
+    int RowAt(POINT place) const;
+    // Marks a row as the one on which something would be dropped, and no other; -1 for none.
+    void Mark(int row);
+
     // Gives the list the focus, and the first row where none is selected.
     void FocusFirst() const;
     // Selects the entry of the shown folder alone and shows it. Returns whether it is there.
@@ -86,6 +91,7 @@ private:
     std::vector<std::size_t> rows_;  // indexes into the entries
     std::string pattern_ = "*.*";
     SearchWords words_;
+    int marked_ = -1;
     bool hasFolderColumn_ = false;
     EntryOrder order_;
 };

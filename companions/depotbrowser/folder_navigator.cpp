@@ -42,7 +42,7 @@ void FolderNavigator::Open(const FolderRef& folder, const AfterLoading& after) {
     Worker(folder.depot)
         .Post(
             [folder, ticket, newest = newest_](DepotSession& session) {
-                return ticket == *newest ? ListFolder(session, folder) : Listing();
+                return ticket == *newest ? ListForTree(session, folder) : Listing();
             },
             [this, folder, ticket, after](const Listing& listing) {
                 if (listing.succeeded) ShowFolders(folder, listing);
@@ -92,18 +92,14 @@ void FolderNavigator::ShowMatching(const std::string& pattern) {
 }
 
 void FolderNavigator::ShowFolders(const FolderRef& folder, const Listing& listing) {
-    std::vector<std::string> names;
-    for (const BrowseEntry& entry : listing.entries) {
-        if (entry.isFolder) names.push_back(entry.name);
-    }
-    parts_.tree.SetFolders(folder, names, listing.succeeded);
+    parts_.tree.SetFolders(folder, listing.folders, listing.succeeded);
 }
 
 void FolderNavigator::LoadFolders(const FolderRef& folder) {
     // The folder that is shown is being loaded anyway.
     if (current_ == folder) return;
     Worker(folder.depot)
-        .Post([folder](DepotSession& session) { return ListFolder(session, folder); },
+        .Post([folder](DepotSession& session) { return ListForTree(session, folder); },
               [this, folder](const Listing& listing) { ShowFolders(folder, listing); });
 }
 

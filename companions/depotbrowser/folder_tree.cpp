@@ -1,6 +1,8 @@
 #include "depotbrowser/folder_tree.h"
 
 #include <algorithm>
+#include <set>
+#include <string_view>
 #include <utility>
 
 #include "depotbrowser/flag_scope.h"
@@ -14,9 +16,22 @@
 namespace depot {
 namespace {
 
-std::string LastName(const FolderRef& folder) {
-    return NamePart(RemoveTrailingBackslash(folder.relative));
-}
+// Keeps a control from drawing itself while much of it changes.
+class DrawingPaused {
+public:
+    explicit DrawingPaused(HWND control) : control_(control) {
+        SendMessageW(control_, WM_SETREDRAW, FALSE, 0);
+    }
+    ~DrawingPaused() {
+        SendMessageW(control_, WM_SETREDRAW, TRUE, 0);
+        InvalidateRect(control_, nullptr, TRUE);
+    }
+    DrawingPaused(const DrawingPaused&) = delete;
+    DrawingPaused& operator=(const DrawingPaused&) = delete;
+
+private:
+    HWND control_;
+};
 
 }  // namespace
 
@@ -38,16 +53,16 @@ void FolderTree::Fill(const std::vector<ShownDepot>& depots, bool showFolders) {
     depots_ = depots;
     showFolders_ = showFolders;
     for (const ShownDepot& depot : depots) {
-        Insert(TVI_ROOT, {depot.ref, {}}, depot.name, icons_.Depot(depot.icon));
+        roots_.push_back(Insert({TVI_ROOT, TVI_LAST}, {{depot.ref, {}}, {}}, depot.name,
+                                icons_.Depot(depot.icon)));
     }
 }
 
-HTREEITEM FolderTree::Insert(HTREEITEM parent, const FolderRef& folder, const std::wstring& name,
-                             int image) {
+HTREEITEM FolderTree::Insert(Branch branch, Node node, const std::wstring& name, int image) {
     std::wstring text = name;
     TVINSERTSTRUCTW insertion = {};
-    insertion.hParent = parent;
-    insertion.hInsertAfter = parent == TVI_ROOT ? TVI_LAST : TVI_SORT;
+    insertion.hParent = branch.parent;
+    insertion.hInsertAfter = branch.after;
     insertion.item.mask = TVIF_TEXT | TVIF_IMAGE | TVIF_SELECTEDIMAGE | TVIF_CHILDREN;
     insertion.item.pszText = text.data();
     insertion.item.iImage = insertion.item.iSelectedImage = image;
@@ -55,38 +70,42 @@ HTREEITEM FolderTree::Insert(HTREEITEM parent, const FolderRef& folder, const st
     insertion.item.cChildren = showFolders_ ? 1 : 0;
     const auto item = reinterpret_cast<HTREEITEM>(
         SendMessageW(control_, TVM_INSERTITEMW, 0, reinterpret_cast<LPARAM>(&insertion)));
-    nodes_[item] = {folder, false};
+    nodes_[item] = std::move(node);
     return item;
 }
 
-HTREEITEM FolderTree::InsertFolder(HTREEITEM parent, const FolderRef& above,
-                                   const std::string& name) {
-    return Insert(parent, {above.depot, above.relative + name + "\\"}, WideFromAnsi(name),
-                  icons_.Folder());
+HTREEITEM FolderTree::InsertFolder(Branch branch, const TreeName& wanted) {
+    Node& parent = nodes_.at(branch.parent);
+    const FolderRef folder = {parent.folder.depot, parent.folder.relative + wanted.name + "\\"};
+    const HTREEITEM item = Insert(branch, {folder, wanted.folded}, wanted.shown, icons_.Folder());
+    nodes_.at(branch.parent).children[wanted.folded] = item;
+    return item;
 }
 
-std::vector<HTREEITEM> FolderTree::Children(HTREEITEM parent) const {
-    std::vector<HTREEITEM> children;
-    for (HTREEITEM item = parent == TVI_ROOT ? TreeView_GetRoot(control_)
-                                             : TreeView_GetChild(control_, parent);
-         item != nullptr; item = TreeView_GetNextSibling(control_, item)) {
-        children.push_back(item);
+// For one folder alone: looks through all of its neighbours.
+HTREEITEM FolderTree::InsertAmong(HTREEITEM parent, const TreeName& wanted) {
+    HTREEITEM after = TVI_FIRST;
+    for (HTREEITEM child = TreeView_GetChild(control_, parent); child != nullptr;
+         child = TreeView_GetNextSibling(control_, child)) {
+        const std::string name =
+            NamePart(RemoveTrailingBackslash(nodes_.at(child).folder.relative));
+        if (ComesBefore(wanted, TreeNameOf(name))) break;
+        after = child;
     }
-    return children;
+    return InsertFolder({parent, after}, wanted);
 }
 
 HTREEITEM FolderTree::FindDepot(const DepotRef& depot) const {
-    for (HTREEITEM item : Children(TVI_ROOT)) {
-        if (nodes_.at(item).folder.depot == depot) return item;
-    }
-    return nullptr;
+    const auto found = std::find_if(roots_.begin(), roots_.end(), [&](HTREEITEM item) {
+        return nodes_.at(item).folder.depot == depot;
+    });
+    return found == roots_.end() ? nullptr : *found;
 }
 
 HTREEITEM FolderTree::FindChild(HTREEITEM parent, const std::string& name) const {
-    for (HTREEITEM item : Children(parent)) {
-        if (EqualsNoCase(LastName(nodes_.at(item).folder), name)) return item;
-    }
-    return nullptr;
+    const auto& children = nodes_.at(parent).children;
+    const auto found = children.find(TreeNameOf(name).folded);
+    return found == children.end() ? nullptr : found->second;
 }
 
 HTREEITEM FolderTree::FindFolder(const FolderRef& folder) const {
@@ -102,7 +121,7 @@ HTREEITEM FolderTree::MakeFolder(const FolderRef& folder) {
     if (item == nullptr || !showFolders_) return item;
     for (const std::string& name : FolderNames(folder.relative)) {
         const HTREEITEM child = FindChild(item, name);
-        item = child != nullptr ? child : InsertFolder(item, nodes_.at(item).folder, name);
+        item = child != nullptr ? child : InsertAmong(item, TreeNameOf(name));
     }
     return item;
 }
@@ -115,22 +134,17 @@ void FolderTree::Select(const FolderRef& folder) {
     TreeView_EnsureVisible(control_, item);
 }
 
-void FolderTree::SetFolders(const FolderRef& folder, const std::vector<std::string>& names,
+void FolderTree::SetFolders(const FolderRef& folder, const std::vector<TreeName>& names,
                             bool known) {
     const FlagScope scope(silent_);
     const HTREEITEM item = FindFolder(folder);
     if (item == nullptr || !showFolders_) return;
     const bool firstTime = known && !nodes_.at(item).loaded;
     nodes_.at(item).loaded = known;
-    for (HTREEITEM child : Children(item)) {
-        const std::string name = LastName(nodes_.at(child).folder);
-        const bool stays = std::any_of(names.begin(), names.end(), [&](const std::string& other) {
-            return EqualsNoCase(other, name);
-        });
-        if (!stays) Remove(child);
-    }
-    for (const std::string& name : names) {
-        if (FindChild(item, name) == nullptr) InsertFolder(item, nodes_.at(item).folder, name);
+    {
+        const DrawingPaused paused(control_);
+        RemoveOthers(item, names);
+        InsertMissing(item, names);
     }
     ShowsButton(item, !names.empty() || !known);
     // A depot that is shown shows its folders, too.
@@ -138,8 +152,31 @@ void FolderTree::SetFolders(const FolderRef& folder, const std::vector<std::stri
     if (firstTime && isShownDepot) TreeView_Expand(control_, item, TVE_EXPAND);
 }
 
+void FolderTree::RemoveOthers(HTREEITEM parent, const std::vector<TreeName>& wanted) {
+    std::set<std::wstring_view> stay;
+    for (const TreeName& folder : wanted) stay.insert(folder.folded);
+    const auto children = nodes_.at(parent).children;
+    for (const auto& [name, child] : children) {
+        if (stay.contains(name)) continue;
+        Remove(child);
+        nodes_.at(parent).children.erase(name);
+    }
+}
+
+// Each folder is put behind the one before it in the order: the control has to look for nothing,
+// however many there are.
+void FolderTree::InsertMissing(HTREEITEM parent, const std::vector<TreeName>& wanted) {
+    HTREEITEM after = TVI_FIRST;
+    for (const TreeName& folder : wanted) {
+        const auto& children = nodes_.at(parent).children;
+        const auto found = children.find(folder.folded);
+        after = found != children.end() ? found->second : InsertFolder({parent, after}, folder);
+    }
+}
+
 void FolderTree::Remove(HTREEITEM item) {
-    for (HTREEITEM child : Children(item)) Remove(child);
+    const auto children = std::move(nodes_.at(item).children);
+    for (const auto& [name, child] : children) Remove(child);
     nodes_.erase(item);
     TreeView_DeleteItem(control_, item);
 }
@@ -171,11 +208,26 @@ std::vector<std::wstring> FolderTree::ShownNames(const FolderRef& folder) const 
 
 void FolderTree::SelectAtMouse(LPARAM place) const {
     if (place == -1) return;
-    TVHITTESTINFO hit = {};
-    hit.pt = {GET_X_LPARAM(place), GET_Y_LPARAM(place)};
-    ScreenToClient(control_, &hit.pt);
-    const HTREEITEM item = TreeView_HitTest(control_, &hit);
+    POINT point = {GET_X_LPARAM(place), GET_Y_LPARAM(place)};
+    ScreenToClient(control_, &point);
+    const HTREEITEM item = ItemAt(point);
     if (item != nullptr) TreeView_SelectItem(control_, item);
+}
+
+HTREEITEM FolderTree::ItemAt(POINT place) const {
+    TVHITTESTINFO hit = {};
+    hit.pt = place;
+    return TreeView_HitTest(control_, &hit);
+}
+
+std::optional<FolderRef> FolderTree::FolderAt(POINT place) const {
+    const auto node = nodes_.find(ItemAt(place));
+    return node != nodes_.end() ? std::optional(node->second.folder) : std::nullopt;
+}
+
+void FolderTree::Mark(std::optional<POINT> place) const {
+    const HTREEITEM item = place ? ItemAt(*place) : nullptr;
+    if (item != TreeView_GetDropHilight(control_)) TreeView_SelectDropTarget(control_, item);
 }
 
 std::optional<LRESULT> FolderTree::HandleNotify(const NMHDR& header) {

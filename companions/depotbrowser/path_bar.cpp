@@ -192,20 +192,20 @@ void PathBar::ShowHidden() {
     if (chosen != 0 && HiddenNames() == names) OpenAbove(chosen - 1);
 }
 
-bool PathBar::Draw(const DRAWITEMSTRUCT& item) const {
+bool PathBar::Draw(const DRAWITEMSTRUCT& item, const Palette& palette) const {
     const auto control = static_cast<int>(item.CtlID);
     for (const SignButton& sign : kSigns) {
         if (sign.control != control) continue;
-        DrawSignButton(item, sign.sign);
+        DrawSignButton(item, sign.sign, palette);
         return true;
     }
     if (!IsCrumb(control)) return false;
     const auto index = static_cast<std::size_t>(control - CONTROL_FIRST_CRUMB);
     if (index == 0) {
-        DrawSignButton(item, BarSign::kMore);
+        DrawSignButton(item, BarSign::kMore, palette);
     } else if (first_ + index - 1 < names_.size()) {
         const std::size_t name = first_ + index - 1;
-        DrawTextButton(item, names_[name], name > 0);
+        DrawTextButton(item, names_[name], name > 0, palette);
     }
     return true;
 }

@@ -8,13 +8,14 @@
 
 #include "depotbrowser/browse_layout.h"
 #include "depotbrowser/browse_texts.h"
+#include "depotbrowser/dark_palette.h"
 #include "depotbrowser/depot_place.h"
 #include "platform/win32.h"
 
 namespace depot {
 
 // Borrows three buttons of the dialog and makes those of the folders, which the dialog owns. They
-// draw themselves in the system's colours when the dialog hands on what it is asked to draw.
+// draw themselves in the dialog's colours when the dialog hands on what it is asked to draw.
 class PathBar {
 public:
     using Open = std::function<void(const FolderRef& folder)>;
@@ -31,7 +32,7 @@ public:
     // Presses the button that this is, as Enter does; false for any other window.
     static bool Press(HWND focus);
     // Draws one of the buttons; false for any other control.
-    bool Draw(const DRAWITEMSTRUCT& item) const;
+    bool Draw(const DRAWITEMSTRUCT& item, const Palette& palette) const;
 
     // The folders above that have no button, from the depot on.
     std::vector<std::wstring> HiddenNames() const;

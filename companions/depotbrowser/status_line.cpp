@@ -16,6 +16,12 @@ const LPCWSTR kWarning = MAKEINTRESOURCEW(32515);
 }  // namespace
 
 void MoveTo(HWND control, const Box& box) {
+    RECT now = {};
+    GetWindowRect(control, &now);
+    MapWindowPoints(nullptr, GetAncestor(control, GA_PARENT), reinterpret_cast<POINT*>(&now), 2);
+    const RECT then = {box.x, box.y, box.Right(), box.Bottom()};
+    // A place that is kept costs the system as much as another one.
+    if (EqualRect(&now, &then)) return;
     SetWindowPos(control, nullptr, box.x, box.y, box.width, box.height,
                  SWP_NOZORDER | SWP_NOACTIVATE | SWP_NOCOPYBITS);
 }

@@ -40,6 +40,7 @@ public:
         if (Rename(renamed)) return renamed;
         CopiedSource copied;
         Result arrived = CopyTo(SourceFate::kGoes, &copied);
+        if (arrived && wish_.looksBeforeRemoving) arrived = SeeTarget();
         return arrived ? LeftoversResult(RemoveCopied(*source_.store, copied)) : arrived;
     }
 
@@ -66,6 +67,13 @@ private:
         const bool isFolder = kind_ == ItemKind::kFolder;
         const bool fits = wish_.mayExist && there_ == kind_ && !(moves && isFolder);
         return fits ? Result() : SystemError(ERROR_FILE_EXISTS, to_.path);
+    }
+
+    Result SeeTarget() const {
+        ItemKind kind = ItemKind::kMissing;
+        Result looked = target_.store->Look(target_.path, kind);
+        if (!looked || KindBy(to_, kind) == kind_) return looked;
+        return SystemError(ERROR_FILE_NOT_FOUND, to_.path);
     }
 
     ExistingEntries Existing() const {

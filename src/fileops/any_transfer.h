@@ -10,6 +10,8 @@ struct TransferWish {
     // Nothing takes the place of another kind of thing in any case.
     bool mayExist = false;
     TransferWatcher watcher{};
+    // Whether a move that has to copy looks at the target once more before it removes the source.
+    bool looksBeforeRemoving = false;
 };
 
 // Copies a file, or a folder with all it holds. A link to a folder, or a name that the target

@@ -5,6 +5,7 @@
 
 #include "depotbrowser/appearance.h"
 #include "depotbrowser/browse_fixture.h"
+#include "depotbrowser/icon_pixels.h"
 #include "depotbrowser/kept_ids.h"
 #include "support/child_process.h"
 #include "support/languages.h"
@@ -110,14 +111,53 @@ TEST_F(BrowseIconsTest, DepotsHaveTheIconOfTheirDefinition) {
               }));
 }
 
-TEST_F(BrowseIconsTest, DepotsWhoseIconIsMissingShareThatOfAVolume) {
+TEST_F(BrowseIconsTest, DepotsWhoseIconIsMissingShareTheDialogsOwn) {
     depots_.Text("Team", "Icon", folder_.At("missing.ico") + ",2");
     EXPECT_EQ(kNotConfirmed, Show([](const OpenBrowser& browser) {
-                  const std::vector<DWORD> volume = PixelsOfIcon(kIconLibrary, 8);
-                  EXPECT_EQ(volume, PixelsOfDepot(browser, 0));
-                  EXPECT_EQ(volume, PixelsOfDepot(browser, 1));
+                  const std::vector<DWORD> own = PixelsOfDepot(browser, 0);
+                  EXPECT_EQ(own, PixelsOfDepot(browser, 1));
+                  EXPECT_NE(std::vector<DWORD>(own.size()), own);
                   browser.Press(VK_ESCAPE);
               }));
+}
+
+TEST_F(BrowseIconsTest, ProfilesHaveTheIconThatIsConfiguredForTheirType) {
+    MakeFile("a.kra");
+    const ScratchKey extension(HKEY_LOCAL_MACHINE, "Software\\Classes\\.kra");
+    const ScratchKey type(HKEY_LOCAL_MACHINE, "Software\\Classes\\DepotTests.Profile");
+    std::vector<DWORD> own, configured;
+    const auto look = [](std::vector<DWORD>& pixels) {
+        return [&pixels](const OpenBrowser& browser) {
+            browser.WaitForRows({L"a.kra"});
+            pixels = PixelsOfRow(browser, 0);
+            browser.Press(VK_ESCAPE);
+        };
+    };
+    Show(look(own));
+    extension.Text("", "", "DepotTests.Profile");
+    type.Text("DefaultIcon", "", "shell32.dll,3");
+    Show(look(configured));
+    EXPECT_EQ(PixelsOfIcon(kIconLibrary, 3), configured);
+    EXPECT_NE(own, configured);
+}
+
+TEST_F(BrowseIconsTest, OwnIconsAreDrawnAnewForEachResolution) {
+    Show([](const OpenBrowser& browser) {
+        for (const int resolution : {120, 144, 192, 288, 96}) {
+            SCOPED_TRACE(resolution);
+            RECT place = {0, 0, 1000, 700};
+            SendMessageW(browser.Window(), WM_DPICHANGED, MAKEWPARAM(resolution, resolution),
+                         reinterpret_cast<LPARAM>(&place));
+            std::vector<DWORD> drawn;
+            for (const std::uint32_t pixel : IconPixels(OwnIcon::kDepot, resolution / 6)) {
+                drawn.push_back(pixel & 0xFFFFFF);
+            }
+            std::vector<DWORD> shown = PixelsOfDepot(browser, 0);
+            for (DWORD& pixel : shown) pixel &= 0xFFFFFF;
+            EXPECT_EQ(drawn, shown);
+        }
+        browser.Press(VK_ESCAPE);
+    });
 }
 
 class BrowseLanguageTest : public BrowseTest {

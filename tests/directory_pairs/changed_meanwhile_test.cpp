@@ -1,5 +1,6 @@
 // Renames and moves of what another client changes at the same time.
 #include "directory_pairs/pairs_fixture.h"
+#include "fileops/any_transfer.h"
 #include "fileops/directory_transfer.h"
 #include "support/results.h"
 
@@ -264,6 +265,27 @@ TEST_P(MoveMeanwhileTest, UnchangedTreeLeavesNothing) {
     EXPECT_EQ("junk", error_);
     EXPECT_FALSE(Source().Holds("from\\tree"));
     EXPECT_EQ(TestFolder::Tree(), Target().Contents("to\\tree"));
+}
+
+// Moves within a store are renames, which leave nothing to remove.
+TEST_P(MoveMeanwhileTest, SourceStaysWhereTheTargetIsNotSeenAfterwards) {
+    if (FromDirectory() == ToDirectory()) return;
+    Source().MakeFile("from\\a.kra", "1");
+    AnyPlace from, to;
+    EXPECT_TRUE(FindPlace(world_.depots, From("a.kra"), from).IsDone());
+    EXPECT_TRUE(FindPlace(world_.depots, To("a.kra"), to).IsDone());
+    TransferWish wish;
+    wish.looksBeforeRemoving = true;
+    wish.watcher = [&](const TransferProgress&) {
+        OnItem(FO_DELETE, To("a.kra"), To("a.kra"));
+        return true;
+    };
+    EXPECT_FALSE(MoveAnywhere(from, to, wish).IsDone());
+    EXPECT_EQ("1", Source().Bytes("from\\a.kra"));
+    wish.watcher = {};
+    EXPECT_TRUE(MoveAnywhere(from, to, wish).IsDone());
+    EXPECT_FALSE(Source().Holds("from\\a.kra"));
+    EXPECT_EQ("1", Target().Bytes("to\\a.kra"));
 }
 
 TEST_P(MoveMeanwhileTest, DeletionWhoseTargetHoldsTheItemDeletesIt) {

@@ -50,6 +50,9 @@ std::vector<TextRow> Rows() {
     for (const unsigned id : {IDS_BROWSE_PROFILE_TITLE, IDS_BROWSE_PROFILE_HOST}) {
         rows.push_back({id, 1});
     }
+    for (unsigned id = IDS_BROWSE_DROP_TYPE; id <= IDS_BROWSE_DROP_REPLACE; ++id) {
+        rows.push_back({id, id == IDS_BROWSE_DROP_TYPE ? 2 : 1});
+    }
     for (unsigned id = IDS_CREDENTIALS_SHOW; id <= IDS_CREDENTIALS_EXAMPLE; ++id)
         rows.push_back({id, 0});
     for (unsigned id = IDS_BROWSE_BACK; id <= IDS_BROWSE_SUGGESTIONS; ++id) {
