@@ -95,9 +95,10 @@ TEST_F(CredentialsDialogTest, DialogWarnsWhereTheConnectionIsNotSecured) {
         const DialogUser user(L"ldap.farrow.test", [&](const OpenDialog& dialog) {
             EXPECT_NE(isSecured, HasControl(dialog, CONTROL_OPEN_CONNECTION));
             if (!isSecured) {
-                EXPECT_EQ(L"This connection is not secured: others in the network can read the "
-                          L"password.",
-                          dialog.Text(CONTROL_OPEN_CONNECTION));
+                EXPECT_EQ(
+                    L"This connection is not secured: others in the network can read the "
+                    L"password.",
+                    dialog.Text(CONTROL_OPEN_CONNECTION));
             }
             dialog.Press(VK_ESCAPE);
         });
