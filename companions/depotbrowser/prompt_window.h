@@ -19,7 +19,7 @@ struct PromptFields {
     // The directory's code with which the log-on before failed; 0 for none.
     std::uint32_t failure = 0;
     // Whether they are sent over a secured connection; nothing is said where that is not known.
-    std::optional<bool> isSecured;
+    std::optional<bool> isSecured = {};
     bool offersStoring = false;
     bool isToBeStored = false;  // what the user wants
 };

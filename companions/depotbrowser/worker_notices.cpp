@@ -27,15 +27,20 @@ public:
     bool Show(Credentials& credentials) override {
         WorkerNotices* const worker = WorkerNotices::OfThisThread();
         if (worker == nullptr) return false;
-        PromptFields fields = {WideFromAnsi(credentials.server), WideFromAnsi(credentials.userName),
-                               WideFromAnsi(credentials.password.Plain()), true,
-                               credentials.failure};
+        PromptFields fields = {WideFromAnsi(credentials.server),
+                               WideFromAnsi(credentials.userName),
+                               WideFromAnsi(credentials.password.Plain()),
+                               true,
+                               credentials.failure,
+                               credentials.isSecured,
+                               credentials.mayBeStored};
         const PromptOutcome outcome = worker->Mailbox().AskForCredentials(fields);
         if (outcome == PromptOutcome::kNotShown) throw WorkAbandoned();
         if (outcome == PromptOutcome::kCancelled) return false;
         // The window confirms only what can be had exactly.
         credentials.userName = ExactAnsiFromWide(fields.userName).value();
         credentials.password = ExactAnsiFromWide(fields.password.Plain()).value();
+        credentials.isToBeStored = fields.isToBeStored;
         return true;
     }
 };
