@@ -95,8 +95,8 @@ struct Sum {
 std::uint32_t PixelAt(const std::vector<Shape>& shapes, int x, int y) {
     Sum sum;
     for (int sample = 0; sample < kSamples * kSamples; ++sample) {
-        const Point place = {x + (sample % kSamples + 0.5) / kSamples,
-                             y + (sample / kSamples + 0.5) / kSamples};
+        const int across = sample % kSamples, down = sample / kSamples;
+        const Point place = {x + (across + 0.5) / kSamples, y + (down + 0.5) / kSamples};
         for (auto shape = shapes.rbegin(); shape != shapes.rend(); ++shape) {
             if (!Holds(*shape, place)) continue;
             sum.Add(shape->colour);

@@ -1,6 +1,8 @@
 // Entries of the list that are dragged onto folders with the mouse.
 #include <gtest/gtest.h>
 
+#include <thread>
+
 #include "depotbrowser/browse_fixture.h"
 #include "depotbrowser/drag_user.h"
 
@@ -204,6 +206,35 @@ TEST_F(BrowseDragTest, WhatWasFoundElsewhereIsNotDragged) {
         EXPECT_FALSE(IsDragging(browser));
         browser.Press(VK_ESCAPE);
     });
+}
+
+// OLE works in single-threaded apartments only.
+TEST_F(BrowseDragTest, DialogOfTheMultithreadedApartmentDragsItsOwnEntriesAlone) {
+    MakeFile("Sub\\inner.kra");
+    MakeFile("a.kra");
+    std::thread([this] {
+        CoInitializeEx(nullptr, COINIT_MULTITHREADED);
+        {
+            void* made = nullptr;
+            EXPECT_EQ(S_OK,
+                      library_.GetClassObject(CLSID_DepotBrowseDialog, IID_IClassFactory, &made));
+            const UniqueCom<IClassFactory> factory(static_cast<IClassFactory*>(made));
+            EXPECT_EQ(S_OK, factory->CreateInstance(nullptr, IID_IDepotBrowseDialog, &made));
+            const UniqueCom<IDepotBrowseDialog> dialog(static_cast<IDepotBrowseDialog*>(made));
+            const DialogUser user(IsBrowser, [](const OpenDialog& shown) {
+                const OpenBrowser browser(shown);
+                EXPECT_TRUE(BeginDrag(browser, L"a.kra"));
+                ReleaseAt(browser, PlaceOfRow(browser, L"Sub"));
+                browser.WaitForRows({L"Sub"});
+                EXPECT_EQ(nullptr, DropTargetOf(browser.Window()));
+                browser.Press(VK_ESCAPE);
+            });
+            LONG result = kJunk;
+            EXPECT_EQ(S_OK, dialog->ShowModal(&result));
+        }
+        CoUninitialize();
+    }).join();
+    EXPECT_TRUE(Exists(At("Sub\\a.kra")));
 }
 
 TEST_F(BrowseDragTest, ListScrollsWhileSomethingIsHeldAtItsEdges) {

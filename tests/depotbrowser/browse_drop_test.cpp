@@ -93,9 +93,10 @@ TEST_F(BrowseDropTest, ExistingFileIsReplacedOnlyAfterAYes) {
         EXPECT_EQ("old", Bytes("a.kra"));
         DropAt(browser, files, place);
         AnswerQuestion(L"\"a.kra\" already exists.", IDYES);
-        EXPECT_TRUE(Eventually([&] { return Bytes("a.kra") == "new"; }));
+        browser.WaitForSelection({L"a.kra"});
         browser.Press(VK_ESCAPE);
     });
+    EXPECT_EQ("new", Bytes("a.kra"));
 }
 
 TEST_F(BrowseDropTest, NoStoresTheOthersAndCancelNone) {
