@@ -55,6 +55,7 @@ std::vector<TextRow> Rows() {
     }
     for (unsigned id = IDS_CREDENTIALS_SHOW; id <= IDS_CREDENTIALS_EXAMPLE; ++id)
         rows.push_back({id, 0});
+    for (const unsigned id : {IDS_CREDENTIALS_STORE, IDS_CREDENTIALS_OPEN}) rows.push_back({id, 0});
     for (unsigned id = IDS_BROWSE_BACK; id <= IDS_BROWSE_SUGGESTIONS; ++id) {
         const bool filled = id == IDS_BROWSE_NOTHING_FOUND || id == IDS_BROWSE_SEARCH_PARTLY ||
                             id == IDS_BROWSE_SEARCH_LIMIT || id == IDS_BROWSE_COUNT;
@@ -147,6 +148,17 @@ TEST_P(ResourceTextsTest, EveryControlOfTheWindowOfKeptFilesHasAnAccessKeyOfItsO
     for (const unsigned id :
          {IDS_BROWSE_FILES, IDS_KEPT_DIFFERENCES, IDS_KEPT_MERGE, IDS_KEPT_REPLACE, IDS_KEPT_EXPORT,
           IDS_KEPT_DISCARD, IDS_KEPT_VALUES}) {
+        const wchar_t key = AccessKey(Load(library_, id));
+        EXPECT_NE(L'\0', key) << id;
+        EXPECT_TRUE(keys.insert(key).second) << id << " shares its key";
+    }
+}
+
+TEST_P(ResourceTextsTest, EveryControlOfTheCredentialsDialogHasAnAccessKeyOfItsOwn) {
+    ASSERT_TRUE(library_);
+    std::set<wchar_t> keys;
+    for (const unsigned id : {IDS_CREDENTIALS_USER, IDS_CREDENTIALS_PASSWORD, IDS_CREDENTIALS_SHOW,
+                              IDS_CREDENTIALS_STORE}) {
         const wchar_t key = AccessKey(Load(library_, id));
         EXPECT_NE(L'\0', key) << id;
         EXPECT_TRUE(keys.insert(key).second) << id << " shares its key";
