@@ -8,36 +8,38 @@ namespace depot {
 namespace {
 
 struct Sighting {
-    Digest path = {};
-    FileState state = {};
-    Digest contents = {};
+    Digest path;
+    Digest contents;
+    std::uint64_t size;
+    std::uint64_t time;
 };
 
-// Each file has one place in it, from which a later one of the same place drives it.
-struct Sightings {
-    static constexpr std::size_t kPlaces = 256;
-    Lock lock;
-    Sighting places[kPlaces] = {};
+constexpr std::size_t kPlaces = 64;
 
-    // Of a digest any byte is as good as any other.
-    Sighting& Of(const Digest& path) { return places[path[0]]; }
-};
+// Each file has one place in it, from which a later one of the same place drives it. Few places:
+// they take room in the library's file.
+Sighting places[kPlaces];
+constinit Lock lock;
 
-constinit Sightings sightings;
+// Of a digest any byte is as good as any other.
+Sighting& PlaceOf(const Digest& path) {
+    return places[path[0] % kPlaces];
+}
 
 }  // namespace
 
 bool WasSeen(const std::string& path, const FileState& state, const Digest& contents) {
     const Digest name = DigestOf(path.data(), path.size());
-    const std::lock_guard guard(sightings.lock);
-    const Sighting& seen = sightings.Of(name);
-    return seen.path == name && seen.state == state && seen.contents == contents;
+    const std::lock_guard guard(lock);
+    const Sighting& seen = PlaceOf(name);
+    return seen.path == name && FileState{seen.size, seen.time} == state &&
+           seen.contents == contents;
 }
 
 void NoteSeen(const std::string& path, const FileState& state, const Digest& contents) {
     const Digest name = DigestOf(path.data(), path.size());
-    const std::lock_guard guard(sightings.lock);
-    sightings.Of(name) = {name, state, contents};
+    const std::lock_guard guard(lock);
+    PlaceOf(name) = {name, contents, state.size, state.time};
 }
 
 }  // namespace depot
