@@ -8,6 +8,7 @@
 #include "manager/display_path.h"
 #include "manager/writability.h"
 #include "platform/error_text.h"
+#include "platform/file_time.h"
 #include "platform/paths.h"
 #include "platform/text.h"
 #include "platform/wide_text.h"
@@ -16,10 +17,6 @@ namespace depot {
 namespace {
 
 constexpr char kEveryFile[] = ".*";
-
-std::uint64_t Joined(DWORD high, DWORD low) {
-    return std::uint64_t{high} << 32 | low;
-}
 
 BrowseEntry EntryOf(const CDepotItem& item, bool hasDetails) {
     BrowseEntry entry;
@@ -34,8 +31,7 @@ BrowseEntry EntryOf(const CDepotItem& item, bool hasDetails) {
         const WIN32_FIND_DATAA& found = *item.findData;
         entry.hasDetails = true;
         entry.size = entry.isFolder ? 0 : Joined(found.nFileSizeHigh, found.nFileSizeLow);
-        entry.date =
-            Joined(found.ftLastWriteTime.dwHighDateTime, found.ftLastWriteTime.dwLowDateTime);
+        entry.date = Joined(found.ftLastWriteTime);
     }
     return entry;
 }

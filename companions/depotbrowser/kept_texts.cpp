@@ -8,6 +8,7 @@
 #include "depotbrowser/folder_navigator.h"
 #include "depotbrowser/label_text.h"
 #include "directory/ldap_result.h"
+#include "platform/file_time.h"
 #include "platform/paths.h"
 #include "platform/wide_text.h"
 #include "resource_ids.h"
@@ -41,7 +42,7 @@ std::wstring ReasonOfKeeping(const BrowseTexts& texts, const KeptCopy& copy) {
 std::wstring DateOf(const KeptCopy& copy) {
     BrowseEntry entry;
     entry.hasDetails = true;
-    entry.date = std::uint64_t{copy.time.dwHighDateTime} << 32 | copy.time.dwLowDateTime;
+    entry.date = Joined(copy.time);
     return BrowseTexts::DateText(entry);
 }
 

@@ -6,6 +6,7 @@
 #include "offline/offline_location.h"
 #include "platform/data_protection.h"
 #include "platform/file_search.h"
+#include "platform/file_time.h"
 #include "platform/known_folders.h"
 #include "platform/local_file.h"
 #include "platform/paths.h"
@@ -36,12 +37,6 @@ std::string Stored(std::string_view text) {
     return ExactUtf8FromAnsi(text).value_or(std::string(text));
 }
 
-std::uint64_t Now() {
-    FILETIME now = {};
-    GetSystemTimeAsFileTime(&now);
-    return std::uint64_t{now.dwHighDateTime} << 32 | now.dwLowDateTime;
-}
-
 std::string DepotKeyOf(const CDepotPath& location) {
     const bool isOwned = location.owner != nullptr && location.owner->owner != nullptr;
     return isOwned ? location.owner->owner->name : std::string();
@@ -58,7 +53,7 @@ OriginRecord RecordFor(const std::string& path, const RecoveredOrigin& origin) {
         record.server = Stored(origin.server);
     }
     record.dn = Stored(origin.dn);
-    record.time = Now();
+    record.time = TimeNow();
     record.code = origin.code;
     record.reason = Stored(origin.reason);
     record.isNew = origin.isNew;

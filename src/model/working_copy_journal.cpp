@@ -12,6 +12,7 @@
 #include "model/working_copy_record.h"
 #include "platform/checksum.h"
 #include "platform/file_in_use.h"
+#include "platform/file_time.h"
 #include "platform/held_file.h"
 #include "platform/no_destructor.h"
 #include "platform/paths.h"
@@ -24,12 +25,6 @@ namespace {
 UniqueHandle& JournalFile() {
     static UniqueHandle file;
     return file;
-}
-
-std::uint64_t Now() {
-    FILETIME now = {};
-    GetSystemTimeAsFileTime(&now);
-    return std::uint64_t{now.dwHighDateTime} << 32 | now.dwLowDateTime;
 }
 
 class Journal {
@@ -75,7 +70,7 @@ private:
     bool OpenIn(const std::string& folder) {
         if (JournalFile()) return folder == folder_;
         folder_ = folder;
-        const std::string name = WorkingCopyJournalName(GetCurrentProcessId(), Now());
+        const std::string name = WorkingCopyJournalName(GetCurrentProcessId(), TimeNow());
         JournalFile() = CreatePrivateFile(JoinPath(folder, name),
                                           GENERIC_READ | GENERIC_WRITE | DELETE, FILE_SHARE_READ);
         return JournalFile() != nullptr;

@@ -11,6 +11,7 @@
 #include "platform/digest.h"
 #include "platform/file_in_use.h"
 #include "platform/file_search.h"
+#include "platform/file_time.h"
 #include "platform/held_file.h"
 #include "platform/known_folders.h"
 #include "platform/local_file.h"
@@ -78,16 +79,6 @@ void StoreNames(OfflineRecord& record) {
 std::optional<OfflineRecord> Opened(const std::vector<std::uint8_t>& sealed) {
     const auto bytes = UnprotectForUser(sealed);
     return bytes ? DecodeOfflineRecord(*bytes) : std::nullopt;
-}
-
-std::uint64_t NumberOf(DWORD high, DWORD low) {
-    return std::uint64_t{high} << 32 | low;
-}
-
-std::uint64_t Now() {
-    FILETIME now = {};
-    GetSystemTimeAsFileTime(&now);
-    return NumberOf(now.dwHighDateTime, now.dwLowDateTime);
 }
 
 // Of a record that was fetched: without where it belongs and when it was kept.
@@ -197,9 +188,8 @@ std::vector<OfflineFolder::KeptFile> OfflineFolder::KeptFiles() const {
         WIN32_FIND_DATAA found = {};
         while (search.Next(found)) {
             if (!std::string_view(found.cFileName).ends_with(extension)) continue;
-            files.push_back({found.cFileName, NumberOf(found.nFileSizeHigh, found.nFileSizeLow),
-                             NumberOf(found.ftLastWriteTime.dwHighDateTime,
-                                      found.ftLastWriteTime.dwLowDateTime)});
+            files.push_back({found.cFileName, Joined(found.nFileSizeHigh, found.nFileSizeLow),
+                             Joined(found.ftLastWriteTime)});
         }
     }
     return files;
@@ -226,7 +216,7 @@ void OfflineFolder::MakeRoom(std::uint64_t bytes) {
 bool OfflineFolder::Write(OfflineRecord record) {
     if (!Prepare()) return false;
     record.place = place_;
-    record.time = Now();
+    record.time = TimeNow();
     const std::string path = FileOf(record.kind, record.dn);
     const bool isEdit = record.kind == OfflineKind::kEdit;
     const Digest contents = isEdit ? Digest() : ContentsOf(record);

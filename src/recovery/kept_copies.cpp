@@ -6,6 +6,7 @@
 #include "model/recovered_origins.h"
 #include "offline/offline_folder.h"
 #include "platform/file_search.h"
+#include "platform/file_time.h"
 #include "platform/local_file.h"
 #include "platform/paths.h"
 #include "platform/text.h"
@@ -26,7 +27,7 @@ FILETIME FileTimeOf(std::uint64_t time) {
 }
 
 std::uint64_t SizeOf(const WIN32_FIND_DATAA& found) {
-    return std::uint64_t{found.nFileSizeHigh} << 32 | found.nFileSizeLow;
+    return Joined(found.nFileSizeHigh, found.nFileSizeLow);
 }
 
 KeptCopy RecoveredCopy(const std::string& folder, const WIN32_FIND_DATAA& found) {

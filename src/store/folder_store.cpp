@@ -6,6 +6,7 @@
 #include "platform/error_text.h"
 #include "platform/file_names.h"
 #include "platform/file_search.h"
+#include "platform/file_time.h"
 #include "platform/local_file.h"
 #include "platform/local_name.h"
 #include "platform/no_destructor.h"
@@ -69,7 +70,7 @@ void Describe(const WIN32_FIND_DATAA& found, std::size_t baseLength, StoreItem& 
 std::uint64_t SizeOf(const std::string& path) {
     WIN32_FILE_ATTRIBUTE_DATA data = {};
     if (!GetFileAttributesExA(path.c_str(), GetFileExInfoStandard, &data)) return 0;
-    return static_cast<std::uint64_t>(data.nFileSizeHigh) << 32 | data.nFileSizeLow;
+    return Joined(data.nFileSizeHigh, data.nFileSizeLow);
 }
 
 TreeBounds NoBounds() {

@@ -6,6 +6,7 @@
 #include "depotctl/utf8_text.h"
 #include "offline/offline_location.h"
 #include "platform/file_search.h"
+#include "platform/file_time.h"
 #include "platform/paths.h"
 #include "recovery/kept_origins.h"
 
@@ -23,7 +24,7 @@ void CountFiles(const std::string& folder, KeptCounts& counts) {
         if (name.ends_with(".edit")) ++counts.edits;
         if (!name.ends_with(".file") && !name.ends_with(".folder")) continue;
         ++counts.files;
-        counts.bytes += std::uint64_t{found.nFileSizeHigh} << 32 | found.nFileSizeLow;
+        counts.bytes += Joined(found.nFileSizeHigh, found.nFileSizeLow);
     }
 }
 

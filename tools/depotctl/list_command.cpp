@@ -12,6 +12,7 @@
 #include "directory/connection_scope.h"
 #include "fileops/enumerate.h"
 #include "platform/file_search.h"
+#include "platform/file_time.h"
 #include "platform/paths.h"
 #include "platform/text.h"
 
@@ -40,7 +41,7 @@ Json ItemRow(const Renderer& renderer, const CDepotItem& item, const std::string
     const WIN32_FIND_DATAA* const data = item.findData.get();
     const bool dated = data && (data->ftLastWriteTime.dwHighDateTime != 0);
     if (dated && !IsFolder(item)) {
-        row["size"] = static_cast<std::uint64_t>(data->nFileSizeHigh) << 32 | data->nFileSizeLow;
+        row["size"] = Joined(data->nFileSizeHigh, data->nFileSizeLow);
     }
     if (dated) row["changed"] = renderer.TimeText(data->ftLastWriteTime);
     return row;

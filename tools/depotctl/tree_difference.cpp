@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <span>
 
+#include "platform/file_time.h"
 #include "platform/paths.h"
 #include "store/tree.h"
 
@@ -19,17 +20,12 @@ struct Details {
     std::uint64_t changed = 0;
 };
 
-std::uint64_t Joined(DWORD high, DWORD low) {
-    return static_cast<std::uint64_t>(high) << 32 | low;
-}
-
 // What a file system says of a file; nothing where there is none.
 std::optional<Details> DetailsOf(const Store& store, const std::string& path) {
     const auto local = store.LocalPath(path);
     WIN32_FILE_ATTRIBUTE_DATA data = {};
     if (!local || !GetFileAttributesExA(local->c_str(), GetFileExInfoStandard, &data)) return {};
-    return Details{Joined(data.nFileSizeHigh, data.nFileSizeLow),
-                   Joined(data.ftLastWriteTime.dwHighDateTime, data.ftLastWriteTime.dwLowDateTime)};
+    return Details{Joined(data.nFileSizeHigh, data.nFileSizeLow), Joined(data.ftLastWriteTime)};
 }
 
 // Reads all files, as many as the store reads at once.
