@@ -262,12 +262,13 @@ CopyOutcome CopyTreeThrough(const std::string& folder, const CopyRequest& reques
 // Copies a tree through a temporary local folder. Fails before anything is stored when an entry
 // would have to be left out.
 CopyOutcome CopyTreeThroughFolder(const CopyRequest& request, StoreSource& source) {
+    CopyOutcome outcome;
     std::vector<std::string> folders(1);
     std::string& folder = folders.front();
     folder = MakeTempFolder();
-    CopyOutcome outcome = {SystemFailure(Reason::kRefused, GetLastError()), CopyStage::kTarget,
-                           false};
-    if (folder.empty()) return outcome;
+    if (folder.empty()) {
+        return {SystemFailure(Reason::kRefused, GetLastError()), CopyStage::kTarget, false};
+    }
     try {
         outcome = CopyTreeThrough(folder, request, source);
     } catch (...) {
