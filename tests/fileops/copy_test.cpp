@@ -5,7 +5,10 @@
 
 #include <cstring>
 
+#include "platform/file_search.h"
+#include "platform/paths.h"
 #include "store/folder_store.h"
+#include "support/failing_memory.h"
 #include "support/memory_store.h"
 #include "support/scratch.h"
 
@@ -64,6 +67,35 @@ TEST_F(CopyTest, TreeMovesNeitherOntoNorIntoItself) {
     }
     ExpectTree("tree");
     EXPECT_FALSE(test::Exists(folder_.At("tree\\sub\\again")));
+}
+
+int TemporaryFolders() {
+    char folder[MAX_PATH] = {};
+    GetTempPathA(sizeof(folder), folder);
+    FileSearch search(JoinPath(folder, "Dir*.tmp"));
+    WIN32_FIND_DATAA found = {};
+    int count = 0;
+    while (search.Next(found)) ++count;
+    return count;
+}
+
+TEST_F(CopyTest, CopyThatRunsOutOfMemoryLeavesNoTemporaryFolder) {
+    ASSERT_TRUE(CopyWhole({MakeTree(), InMemory("tree")}).result);
+    const int before = TemporaryFolders();
+    int copied = 0;
+    const int allocations = test::FailEachAllocation([&] {
+        try {
+            test::MemoryStore other;
+            const StorePath target = {&other,
+                                      other.ChildPath(test::MemoryStore::kRoot, "tree", true)};
+            if (CopyWhole({InMemory("tree"), target}).result) ++copied;
+        } catch (const std::bad_alloc&) {
+            return;
+        }
+    });
+    EXPECT_LT(10, allocations);
+    EXPECT_LT(0, copied);
+    EXPECT_EQ(before, TemporaryFolders());
 }
 
 TEST_F(CopyTest, ExistingFileThatStaysIsFoundBeforeAnythingIsCopied) {
