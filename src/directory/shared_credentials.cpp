@@ -135,6 +135,7 @@ void SharedCredentials::ForgetPassword() {
     location_.password.clear();
     beforeFilling_.reset();
     ignoresStored_ = true;
+    isToBeStored_ = false;
 }
 
 void SharedCredentials::Accepted() {

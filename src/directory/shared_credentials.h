@@ -57,7 +57,7 @@ public:
     void StoreOnceAccepted(bool store) { isToBeStored_ = store; }
     // A server has accepted the record's credentials.
     void Accepted();
-    // Empties the record's password, and looks for no stored one any more.
+    // Empties the record's password, looks for no stored one any more, and stores none.
     void ForgetPassword();
     // Returns the credentials that can be tried without asking, if there are any; a null `failed`
     // stands for no bind so far.

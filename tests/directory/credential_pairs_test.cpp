@@ -150,6 +150,16 @@ TEST_F(StoredCredentialsTest, WhatWasRefusedOrIsNotWantedIsNotStored) {
     EXPECT_FALSE(ReadCredential(stored_.Target()));
 }
 
+TEST_F(StoredCredentialsTest, CancelEndsTheWishToStore) {
+    prompt_.answers.push_back(Credentials{{}, test::kEditor, "wrong", 0, false, false, true});
+    CLDAPItems& items = MakeStored();
+    EXPECT_THAT(items.PromptAndConnect(&text_), Fails());
+    items.SetUserName(test::kEditor);
+    items.SetPassword(test::kEditorPassword);
+    EXPECT_THAT(items.ConnectQuietly(), IsDone());
+    EXPECT_FALSE(ReadCredential(stored_.Target()));
+}
+
 TEST_F(StoredCredentialsTest, LocationWithoutATargetOffersNoStoring) {
     prompt_.answers.push_back(
         Credentials{{}, test::kEditor, test::kEditorPassword, 0, false, false, true});
