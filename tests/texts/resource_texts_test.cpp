@@ -92,10 +92,27 @@ int Arguments(const std::wstring& text) {
     return arguments;
 }
 
+// The access key of a label; 0 for a label without one.
+wchar_t AccessKey(const std::wstring& label) {
+    const std::size_t mark = label.find(L'&');
+    if (mark == std::wstring::npos || mark + 1 == label.size()) return L'\0';
+    return static_cast<wchar_t>(towupper(label[mark + 1]));
+}
+
 class ResourceTextsTest : public testing::TestWithParam<std::string> {
 protected:
     static UniqueModule LoadNamed(const std::string& name) {
         return UniqueModule(LoadLibraryA((OwnModuleFolder() + name).c_str()));
+    }
+
+    // Each of the labels has an access key, and none another one's.
+    void ExpectOwnKeys(const std::vector<unsigned>& labels) const {
+        std::set<wchar_t> keys;
+        for (const unsigned id : labels) {
+            const wchar_t key = AccessKey(Load(library_, id));
+            EXPECT_NE(L'\0', key) << id;
+            EXPECT_TRUE(keys.insert(key).second) << id << " shares its key";
+        }
     }
 
     UniqueModule library_ = LoadNamed(GetParam());
@@ -117,52 +134,27 @@ TEST_P(ResourceTextsTest, EveryTextIsThereAndTakesItsArguments) {
     }
 }
 
-// The access key of a label; 0 for a label without one.
-wchar_t AccessKey(const std::wstring& label) {
-    const std::size_t mark = label.find(L'&');
-    if (mark == std::wstring::npos || mark + 1 == label.size()) return L'\0';
-    return static_cast<wchar_t>(towupper(label[mark + 1]));
-}
-
 TEST_P(ResourceTextsTest, EveryControlOfTheBrowseDialogHasAnAccessKeyOfItsOwn) {
     ASSERT_TRUE(library_);
     // Open and Save are never there together.
     for (const unsigned confirm : {IDS_BROWSE_OPEN, IDS_BROWSE_SAVE}) {
-        std::set<wchar_t> keys;
-        for (const unsigned id :
-             {confirm, unsigned{IDS_BROWSE_NEW_FOLDER}, unsigned{IDS_BROWSE_RENAME},
-              unsigned{IDS_BROWSE_MAKE_COPY}, unsigned{IDS_BROWSE_DELETE},
-              unsigned{IDS_BROWSE_DEPOTS}, unsigned{IDS_BROWSE_FILES}, unsigned{IDS_BROWSE_SEARCH},
-              unsigned{IDS_BROWSE_FILE_NAME}, unsigned{IDS_BROWSE_FILE_TYPE},
-              unsigned{IDS_BROWSE_STOP}, unsigned{IDS_BROWSE_HELP}, unsigned{IDS_KEPT_LINE}}) {
-            const wchar_t key = AccessKey(Load(library_, id));
-            EXPECT_NE(L'\0', key) << id;
-            EXPECT_TRUE(keys.insert(key).second) << id << " shares its key";
-        }
+        ExpectOwnKeys({confirm, IDS_BROWSE_NEW_FOLDER, IDS_BROWSE_RENAME, IDS_BROWSE_MAKE_COPY,
+                       IDS_BROWSE_DELETE, IDS_BROWSE_DEPOTS, IDS_BROWSE_FILES, IDS_BROWSE_SEARCH,
+                       IDS_BROWSE_FILE_NAME, IDS_BROWSE_FILE_TYPE, IDS_BROWSE_STOP, IDS_BROWSE_HELP,
+                       IDS_KEPT_LINE});
     }
 }
 
 TEST_P(ResourceTextsTest, EveryControlOfTheWindowOfKeptFilesHasAnAccessKeyOfItsOwn) {
     ASSERT_TRUE(library_);
-    std::set<wchar_t> keys;
-    for (const unsigned id :
-         {IDS_BROWSE_FILES, IDS_KEPT_DIFFERENCES, IDS_KEPT_MERGE, IDS_KEPT_REPLACE, IDS_KEPT_EXPORT,
-          IDS_KEPT_DISCARD, IDS_KEPT_VALUES}) {
-        const wchar_t key = AccessKey(Load(library_, id));
-        EXPECT_NE(L'\0', key) << id;
-        EXPECT_TRUE(keys.insert(key).second) << id << " shares its key";
-    }
+    ExpectOwnKeys({IDS_BROWSE_FILES, IDS_KEPT_DIFFERENCES, IDS_KEPT_MERGE, IDS_KEPT_REPLACE,
+                   IDS_KEPT_EXPORT, IDS_KEPT_DISCARD, IDS_KEPT_VALUES});
 }
 
 TEST_P(ResourceTextsTest, EveryControlOfTheCredentialsDialogHasAnAccessKeyOfItsOwn) {
     ASSERT_TRUE(library_);
-    std::set<wchar_t> keys;
-    for (const unsigned id : {IDS_CREDENTIALS_USER, IDS_CREDENTIALS_PASSWORD, IDS_CREDENTIALS_SHOW,
-                              IDS_CREDENTIALS_STORE}) {
-        const wchar_t key = AccessKey(Load(library_, id));
-        EXPECT_NE(L'\0', key) << id;
-        EXPECT_TRUE(keys.insert(key).second) << id << " shares its key";
-    }
+    ExpectOwnKeys({IDS_CREDENTIALS_USER, IDS_CREDENTIALS_PASSWORD, IDS_CREDENTIALS_SHOW,
+                   IDS_CREDENTIALS_STORE});
 }
 
 TEST_P(ResourceTextsTest, NoTextHasAnUnknownNumber) {
