@@ -9,6 +9,7 @@
 #include "manager/resolve_item.h"
 #include "platform/full_path.h"
 #include "platform/handles.h"
+#include "platform/local_file.h"
 #include "platform/paths.h"
 #include "platform/replace_file.h"
 #include "platform/same_file.h"
@@ -73,8 +74,12 @@ STDMETHODIMP CDepotIntrApi::DPCopyFileToLocalFS(LONG_PTR lDPIntr, BSTR* bstrSrcF
         if (source.empty() && !session.currentFile) return false;
         const std::string path = NameText(bstrDstFileName);
         // A file copied onto itself would be emptied before it is read.
-        if (NamesSameFile(SourceFile(session, source), path)) return false;
-        const UniqueHandle destination = OpenDestination(path, vbFailIfExists == VARIANT_TRUE);
+        const bool failIfExists = vbFailIfExists == VARIANT_TRUE;
+        if (!failIfExists && PathMayExist(path) &&
+            NamesSameFile(SourceFile(session, source), path)) {
+            return false;
+        }
+        const UniqueHandle destination = OpenDestination(path, failIfExists);
         if (!destination) return false;
         if (!source.empty()) session.LoadFile(source);
         const std::string text = ReadWholeFile(session.currentFile->localPath);
@@ -87,11 +92,15 @@ STDMETHODIMP CDepotIntrApi::DPMakeCopyFromSrcFile(LONG_PTR lDPIntr, BSTR* bstrSr
     if (bstrDstFile == nullptr) return RefuseMethod();
     // Kept: without a session the output stays as it was, and a failed copy gives an empty text.
     return RunOnSession(lDPIntr, WithoutHandle::kFail, [&](DepotSession& session) {
-        *bstrDstFile = nullptr;
+        // Memory may run out later.
+        *bstrDstFile = NewNameBstr({}).release();
         const auto source = ExactName(bstrSrcFile);
         const auto copy = source ? MakeNumberedCopy(session, *source) : std::nullopt;
-        *bstrDstFile = NewNameBstr(copy.value_or("")).release();
-        return copy.has_value() && *bstrDstFile != nullptr;
+        UniqueBstr name = copy ? NewNameBstr(*copy) : nullptr;
+        if (!name) return false;
+        SysFreeString(*bstrDstFile);
+        *bstrDstFile = name.release();
+        return true;
     });
 }
 

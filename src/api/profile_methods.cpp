@@ -73,10 +73,12 @@ STDMETHODIMP CDepotIntrApi::DPGetProfileInt(LONG_PTR lDPIntr, BSTR* bstrSectName
 
 STDMETHODIMP CDepotIntrApi::DPSetProfileString(LONG_PTR lDPIntr, BSTR* bstrSectName,
                                                BSTR* bstrKeyName, BSTR* bstValue) noexcept {
-    return RunOnCurrentFile(lDPIntr, [&](const DepotSession& session) {
-        session.currentFile->WriteString(NarrowText(bstrSectName), NarrowText(bstrKeyName),
-                                         NarrowText(bstValue));
-        return true;
+    return RunOnSession(lDPIntr, WithoutHandle::kFail, [&](const DepotSession& session) {
+        if (!session.currentFile) return CallFailure{kUnexplained};
+        const DWORD error = session.currentFile->WriteString(
+            NarrowText(bstrSectName), NarrowText(bstrKeyName), NarrowText(bstValue));
+        // A success all the same; who wants to know asks the second interface.
+        return CallFailure{error, {}, true};
     });
 }
 

@@ -64,8 +64,7 @@ DWORD Write(const ProfileEdit& edit, const std::string& file) {
     }
     const DWORD error = GetLastError();
     // There was nothing to remove.
-    const bool isDone = error == ERROR_FILE_NOT_FOUND && !edit.value;
-    if (isDone || error == kProfileTextTooLong) return ERROR_SUCCESS;
+    if (error == ERROR_FILE_NOT_FOUND && !edit.value) return ERROR_SUCCESS;
     return error != ERROR_SUCCESS ? error : DWORD{ERROR_WRITE_FAULT};
 }
 
@@ -88,8 +87,8 @@ EditOutcome Verify(const std::optional<Bytes>& before, const ProfileEdit& edit,
         error = ERROR_DISK_FULL;
     }
     // Where nothing is missing somebody else may have added something meanwhile.
-    if (!cut || WriteOverLocalFile(file, before->data(), before->size())) return {error, {}};
-    return {error, before};
+    if (!cut || WriteOverLocalFile(file, before->data(), before->size())) return {.error = error};
+    return {.error = error, .lost = before};
 }
 
 }  // namespace
@@ -108,12 +107,13 @@ EditOutcome EditProfile(const ProfileEdit& edit, const std::string& file, AmpleR
     std::optional<Bytes> before;
     if (!hasRoom) before = ReadLocalFile(file);
     const DWORD error = Write(edit, file);
+    if (error == kProfileTextTooLong) return {.isTooLong = true};
     if (error == ERROR_SUCCESS && hasRoom) return {};
     try {
         return Verify(before, edit, file, error);
     } catch (const std::bad_alloc&) {
         // Whatever the file holds now, its former bytes are the ones to keep.
-        return {ERROR_NOT_ENOUGH_MEMORY, std::move(before)};
+        return {.error = ERROR_NOT_ENOUGH_MEMORY, .lost = std::move(before)};
     }
 }
 

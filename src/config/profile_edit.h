@@ -20,8 +20,11 @@ struct ProfileEdit {
 struct EditOutcome {
     // Why the file does not hold the edit.
     DWORD error = ERROR_SUCCESS;
+    // Whether nothing was written because a text is longer than profiles can have: no failure of
+    // the file.
+    bool isTooLong = false;
     // What the file held before, where it was cut and could not be put back.
-    std::optional<std::vector<std::uint8_t>> lost;
+    std::optional<std::vector<std::uint8_t>> lost{};
 };
 
 // Whether the volume of a file has so much room that no write cuts the file. A look costs a tenth
@@ -38,8 +41,7 @@ private:
 // it where the disk is full; some systems call even that a success. A file that lost anything but
 // the old value is put back as it was.
 //
-// Texts that never reach the system (profile_file.h) are no failure of the file. `room` is that of
-// the file's earlier edits. Throws only before anything is written.
+// `room` is that of the file's earlier edits. Throws only before anything is written.
 EditOutcome EditProfile(const ProfileEdit& edit, const std::string& file, AmpleRoom& room);
 
 // What a client wrote to a working copy since the first write that the copy does not hold. Such a

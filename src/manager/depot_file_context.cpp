@@ -79,25 +79,23 @@ std::uint32_t DepotFileContext::ReadInt(const std::string& section, const std::s
     return ReadProfileInt(section, key, defaultValue, localPath);
 }
 
-void DepotFileContext::WriteString(const std::string& section, const std::string& key,
-                                   const std::string& value, const std::string* comparison) {
+DWORD DepotFileContext::WriteString(const std::string& section, const std::string& key,
+                                    const std::string& value, const std::string* comparison) {
     const bool removes = value.empty() || (comparison && EqualsNoCase(value, *comparison));
     ProfileEdit edit = {section, key, {}};
     if (!removes) edit.value = value;
     if (isWorkingCopy_ && recoveredFolder_.empty()) recoveredFolder_ = RecoveredFolder();
-    if (isWorkingCopy_) {
-        EditWorkingCopy(std::move(edit));
-        return;
-    }
-    EditOutcome outcome;
+    if (isWorkingCopy_) return EditWorkingCopy(std::move(edit));
+    EditOutcome outcome = {.error = ERROR_BAD_PATHNAME};
     // The system would put any other file into its own folder or the process's current one.
     if (IsAbsolutePath(localPath)) outcome = EditProfile(edit, localPath, room_);
     // Where memory runs out before this, nothing was written.
     changed = true;
     KeepWhatWasLost(outcome);
+    return outcome.isTooLong ? kProfileTextTooLong : outcome.error;
 }
 
-void DepotFileContext::EditWorkingCopy(ProfileEdit edit) {
+DWORD DepotFileContext::EditWorkingCopy(ProfileEdit edit) {
     RefusedEdits& refused = origin_.refused;
     const bool missing = !PathMayExist(localPath);
     EditOutcome outcome;
@@ -119,9 +117,12 @@ void DepotFileContext::EditWorkingCopy(ProfileEdit edit) {
         if (outcome.error == ERROR_SUCCESS) outcome.error = ERROR_FILE_NOT_FOUND;
     }
     if (refused.error == ERROR_SUCCESS) refused.error = outcome.error;
-    if (refused.error == ERROR_SUCCESS) return;
+    if (refused.error == ERROR_SUCCESS) {
+        return outcome.isTooLong ? kProfileTextTooLong : ERROR_SUCCESS;
+    }
     if (outcome.lost && !refused.whole) refused.whole = std::move(outcome.lost);
     refused.edits.push_back(std::move(edit));
+    return refused.error;
 }
 
 void DepotFileContext::KeepWhatWasLost(const EditOutcome& outcome) const {

@@ -32,13 +32,14 @@ public:
 
     // Writes a value so that it reads back exactly; an empty value, or one that equals `comparison`
     // without regard to case, deletes the key. The file counts as changed in every case, also when
-    // the system refuses the write, which is not reported; a working copy is then never stored. A
-    // local path that is not absolute is only read: nothing is written to it.
+    // the system refuses the write; a working copy is then never stored. A local path that is not
+    // absolute is only read: nothing is written to it. Returns why the file does not hold the edit,
+    // as a code of the system, 0 where it does: the methods of clients succeed all the same.
     //
     // A file that the system cuts because the disk is full gets back what it held. Where even that
     // fails its former bytes are kept among the recovered files, and a message box says so.
-    void WriteString(const std::string& section, const std::string& key, const std::string& value,
-                     const std::string* comparison = nullptr);
+    DWORD WriteString(const std::string& section, const std::string& key, const std::string& value,
+                      const std::string* comparison = nullptr);
 
     // Whether the depot keeps the file where the system does not reach it: the local file is then a
     // working copy, or missing where none could be made.
@@ -67,7 +68,7 @@ private:
     void Attach(CDepot* holder, const std::string& displayPath);
     // The directory that working copies come from; null for a file that is read where it is.
     CLDAPItems* Directory() const;
-    void EditWorkingCopy(ProfileEdit edit);
+    DWORD EditWorkingCopy(ProfileEdit edit);
     void KeepWhatWasLost(const EditOutcome& outcome) const;
 
     WorkingCopyOrigin origin_;    // what the working copy was made from, and what it lacks

@@ -33,9 +33,9 @@ class GuardedStore {
 public:
     explicit GuardedStore(const GuardedEdit& edit) : edit_(edit), entries_(edit.entries) {}
 
-    Result Run(std::optional<ProfileMerge>& unmerged) {
+    Result Run(GuardedMerge& made) {
         Result stored = StoreUnlessChanged();
-        return edit_.base ? Merge(std::move(stored), unmerged) : stored;
+        return edit_.base ? Merge(std::move(stored), made) : stored;
     }
 
 private:
@@ -60,7 +60,7 @@ private:
 
     // Stores the edits into what others have stored meanwhile, unless `stored` is another failure.
     // Whoever is faster each time wins.
-    Result Merge(Result stored, std::optional<ProfileMerge>& unmerged) {
+    Result Merge(Result stored, GuardedMerge& made) {
         for (int attempt = 0; attempt < kMostMerges && CodeOf(stored) == kContentsChanged;
              ++attempt) {
             FileBuffer present;
@@ -72,8 +72,9 @@ private:
             if (!merge) return stored;
             stored = merge->bytes == theirs ? Result() : StoreOver(present, BytesOf(merge->bytes));
             if (!stored) continue;
+            made.stored.emplace(merge->bytes.begin(), merge->bytes.end());
             if (merge->conflicts.empty()) return stored;
-            unmerged = std::move(merge);
+            made.unmerged = std::move(merge);
             return entries_.Connection().Outcome(kContentsChanged);
         }
         return stored;
@@ -91,8 +92,8 @@ private:
 
 }  // namespace
 
-Result StoreGuarded(const GuardedEdit& edit, std::optional<ProfileMerge>& unmerged) {
-    return GuardedStore(edit).Run(unmerged);
+Result StoreGuarded(const GuardedEdit& edit, GuardedMerge& merge) {
+    return GuardedStore(edit).Run(merge);
 }
 
 std::optional<std::vector<std::uint8_t>> MergedBytes(std::span<const std::uint8_t> base,

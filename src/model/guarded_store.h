@@ -23,11 +23,19 @@ struct GuardedEdit {
     std::optional<std::span<const std::uint8_t>> base;  // the same, whole; nothing merges nothing
 };
 
+// What became of an edit that met another one.
+struct GuardedMerge {
+    // What the entry holds now instead of the edit's own bytes.
+    std::optional<std::vector<std::uint8_t>> stored;
+    // What could not be put in, where both sides changed a value.
+    std::optional<ProfileMerge> unmerged;
+};
+
 // Stores the edit while the entry holds what it was made from, else fails with kContentsChanged and
-// leaves the entry. With a base it is put into what the entry holds then, value by value;
-// `unmerged` receives what could not be, where both sides changed a value, and the result is the
-// failure too. REQUIRES: a connection.
-Result StoreGuarded(const GuardedEdit& edit, std::optional<ProfileMerge>& unmerged);
+// leaves the entry. With a base it is put into what the entry holds then, value by value, and
+// `merge` says so; where that left something out the result is the failure too. REQUIRES: a
+// connection.
+Result StoreGuarded(const GuardedEdit& edit, GuardedMerge& merge);
 
 // Returns `theirs` with what `ours` changed of `base`; nothing where that is not possible, or both
 // changed a value.

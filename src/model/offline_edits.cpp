@@ -61,15 +61,18 @@ private:
     // Returns false where the server cannot be reached any more.
     bool RunAlone(OfflineRecord& edit) {
         const TraceSpan span("StoreWaitingEdit", edit.dn);
-        unmerged_.reset();
         const Result stored = Store(edit);
         span.EndWithCode(CodeOf(stored));
         if (stored.Is(Reason::kUnreachable)) return false;
-        if (stored) {
+        // An edit that is neither in its entry nor recovered goes on waiting.
+        const bool waits = !stored && !Recover(edit, stored);
+        // Where a part of it could not be merged the entry holds the rest.
+        if (!waits && (stored || merge_.stored)) {
             Settle(edit);
-        } else if (Recover(edit, stored)) {
+        } else if (!waits) {
             folder_.Remove(OfflineKind::kEdit, edit.dn);
         }
+        merge_ = {};
         return true;
     }
 
@@ -78,6 +81,8 @@ private:
         folder_.Remove(OfflineKind::kEdit, edit.dn);
         edit.kind = OfflineKind::kFile;
         edit.base.reset();
+        const auto held = BytesAsStored(merge_.stored ? *merge_.stored : edit.bytes);
+        edit.bytes = OfflineBytes(held.begin(), held.end());
         folder_.Write(edit);
     }
     static bool IsSettled(const OfflineRecord& edit) { return edit.kind == OfflineKind::kFile; }
@@ -92,7 +97,7 @@ private:
         const std::optional<Digest> fetched = DigestOf(base.data(), base.size());
         std::optional<std::span<const std::uint8_t>> merged;
         if (MergesConflicts(directory_.Location())) merged = base;
-        return StoreGuarded({entries_, edit.dn, edit.bytes, fetched, merged}, unmerged_);
+        return StoreGuarded({entries_, edit.dn, edit.bytes, fetched, merged}, merge_);
     }
 
     // A file that was new then. Someone else may have made one of its name.
@@ -114,8 +119,8 @@ private:
     bool HoldsAlready(const OfflineRecord& edit) {
         FileBuffer present;
         return entries_.ReadSeen(edit.dn, present) &&
-               std::equal(edit.bytes.begin(), edit.bytes.end(), present.bytes.get(),
-                          present.bytes.get() + present.length);
+               std::ranges::equal(BytesAsStored(edit.bytes),
+                                  std::span(present.bytes.get(), present.length));
     }
 
     // Returns whether the edit needs to wait no longer.
@@ -125,11 +130,11 @@ private:
         NoteOrigin(kept, edit, failure.Why());
         std::string text = Concatenate(
             {"\"", NameOf(edit), "\" was edited while the directory ", "could not be reached"});
-        if (unmerged_) {
+        if (merge_.unmerged) {
             text +=
                 Concatenate({". Your changes were added to what someone else has stored since, "
                              "but for these values, which were changed there as well:\n",
-                             ConflictList(*unmerged_), "\nYour version is kept here:\n"});
+                             ConflictList(*merge_.unmerged), "\nYour version is kept here:\n"});
         } else if (failure.Is(Reason::kChanged) || failure.Is(Reason::kExists)) {
             text +=
                 ", and someone else has stored another version since. That version stays; "
@@ -167,7 +172,7 @@ private:
     CLDAPItems& directory_;
     EntryStore& entries_;
     OfflineFolder& folder_;
-    std::optional<ProfileMerge> unmerged_;
+    GuardedMerge merge_;
     std::string text_;
     std::size_t notes_ = 0;
 };

@@ -72,11 +72,20 @@ private:
         if (mayWait && offline->IsApart(directory_.Connection())) return Queue(origin);
         Result stored = Store(origin);
         if (mayWait && stored.Is(Reason::kUnreachable)) return Queue(origin);
-        if (stored && offline != nullptr) offline->KeepFile(dn_, Data(), Length());
+        if (offline != nullptr) KeepStored(*offline, stored);
         if (stored && origin.memory.stored && origin.code == LDAP_SUCCESS && origin.bytes) {
             origin.memory.stored->Note(dn_, *origin.bytes, *bytes_);
         }
         return stored;
+    }
+
+    // What the entry holds now is what can be read while the server is away.
+    void KeepStored(OfflineLocation& offline, const Result& stored) const {
+        if (merge_.stored) {
+            offline.KeepFile(dn_, merge_.stored->data(), merge_.stored->size());
+        } else if (stored) {
+            offline.KeepFile(dn_, Data(), Length());
+        }
     }
 
     Result Queue(const WorkingCopyOrigin& origin) {
@@ -107,7 +116,7 @@ private:
         if (!connection) return connection.Outcome();
         // What was kept may be older than the entry.
         if (DetectsConflicts(directory_.Location()) || origin.isKept) {
-            return StoreGuarded({entries_, dn_, *bytes_, origin.digest, BaseOf(origin)}, unmerged_);
+            return StoreGuarded({entries_, dn_, *bytes_, origin.digest, BaseOf(origin)}, merge_);
         }
         if (origin.code != LDAP_SUCCESS) {
             if (Result kept = KeepEntry(origin); !kept) return kept;
@@ -192,11 +201,11 @@ private:
     std::string ConflictText() const {
         const std::string lead =
             Concatenate({"\"", Name(), "\" was changed by someone else meanwhile. "});
-        if (unmerged_) {
+        if (merge_.unmerged) {
             return Concatenate({lead,
                                 "Your changes were added to that version, but for these values, "
                                 "which were changed there as well:\n",
-                                ConflictList(*unmerged_),
+                                ConflictList(*merge_.unmerged),
                                 kept_.empty() ? "" : "\nYour version is kept here:"});
         }
         return Concatenate(
@@ -210,8 +219,8 @@ private:
     std::optional<std::vector<std::uint8_t>> bytes_;
     DWORD localError_ = ERROR_SUCCESS;  // of the working copy itself
     std::uint32_t reason_ = LDAP_SUCCESS;
-    std::optional<ProfileMerge> unmerged_;  // with what could not be merged
-    std::string limitText_;                 // of LDAP_ADMIN_LIMIT_EXCEEDED
+    GuardedMerge merge_;
+    std::string limitText_;  // of LDAP_ADMIN_LIMIT_EXCEEDED
     std::string kept_;
     bool mustStay_ = false;
 };

@@ -70,9 +70,9 @@ bool OfflineLocation::IsApart(LdapConnection& connection) {
 
 void OfflineLocation::KeepFile(const std::string& dn, const void* bytes,
                                std::size_t length) noexcept try {
-    const auto* const first = static_cast<const std::uint8_t*>(bytes);
+    const auto held = BytesAsStored({static_cast<const std::uint8_t*>(bytes), length});
     OfflineRecord record = {.kind = OfflineKind::kFile, .dn = dn};
-    record.bytes.assign(first, first + length);
+    record.bytes.assign(held.begin(), held.end());
     if (!folder_.Holds(record)) folder_.Write(std::move(record));
 } catch (const std::exception&) {
     return;

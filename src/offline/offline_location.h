@@ -7,12 +7,20 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 
 #include "directory/ldap_connection.h"
 #include "offline/offline_folder.h"
 
 namespace depot {
+
+// What an entry holds where these bytes were stored: it cannot hold none, and a blank stands for
+// them.
+inline constexpr std::uint8_t kNoContents[] = {' '};
+inline std::span<const std::uint8_t> BytesAsStored(std::span<const std::uint8_t> bytes) {
+    return bytes.empty() ? std::span<const std::uint8_t>(kNoContents) : bytes;
+}
 
 // What is known of an entry without the server.
 enum class OfflineItem : std::uint8_t { kUnknown, kMissing, kFile, kFolder };
@@ -35,8 +43,8 @@ public:
     // waiting edits stored by the first call that reaches it.
     bool IsApart(LdapConnection& connection);
 
-    // Keep what was seen, and forget it. What cannot be kept, also for want of memory, is no
-    // failure of what was seen or stored.
+    // Keep what was seen or stored, and forget it. What cannot be kept, also for want of memory, is
+    // no failure of what was seen or stored.
     void KeepFile(const std::string& dn, const void* bytes, std::size_t length) noexcept;
     void KeepFolder(const std::string& dn, std::vector<OfflineChild> children) noexcept;
     void Forget(const std::string& dn) noexcept;

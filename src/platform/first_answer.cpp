@@ -62,7 +62,7 @@ struct Attempts {
 struct ThreadStart {
     std::shared_ptr<Attempts> attempts;
     std::size_t index = 0;
-    HMODULE library = nullptr;
+    HMODULE library{};
 };
 
 DWORD WINAPI RunAttempt(void* argument) {
@@ -76,8 +76,9 @@ DWORD WINAPI RunAttempt(void* argument) {
 }
 
 void Start(const std::shared_ptr<Attempts>& attempts, std::size_t index) {
+    auto start = std::make_unique<ThreadStart>(ThreadStart{attempts, index});
     attempts->states[index] = AttemptState::kRunning;
-    auto start = std::make_unique<ThreadStart>(ThreadStart{attempts, index, KeepOwnModule()});
+    start->library = KeepOwnModule();
     HANDLE thread = nullptr;
     if (start->library != nullptr) {
         thread = CreateThread(nullptr, 0, RunAttempt, start.get(), 0, nullptr);

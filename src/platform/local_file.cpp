@@ -26,6 +26,9 @@ private:
     HFILE file_;
 };
 
+// Longer files are not held in memory.
+constexpr LONGLONG kLongestLocalFile = 0x7FFFFFFF;
+
 // What the system says of a name that nothing has or can have.
 constexpr DWORD kAbsent[] = {ERROR_FILE_NOT_FOUND, ERROR_PATH_NOT_FOUND,
                              ERROR_INVALID_DRIVE,  ERROR_INVALID_NAME,
@@ -79,10 +82,15 @@ std::optional<std::vector<std::uint8_t>> ReadLocalFile(const std::string& path) 
 }
 
 std::optional<std::vector<std::uint8_t>> ReadOpenFile(HANDLE file) {
-    const DWORD length = GetFileSize(file, nullptr);
-    if (length == INVALID_FILE_SIZE || SetFilePointer(file, 0, nullptr, FILE_BEGIN) != 0) {
+    LARGE_INTEGER size = {};
+    if (!GetFileSizeEx(file, &size) || SetFilePointer(file, 0, nullptr, FILE_BEGIN) != 0) {
         return std::nullopt;
     }
+    if (size.QuadPart > kLongestLocalFile) {
+        SetLastError(ERROR_FILE_TOO_LARGE);
+        return std::nullopt;
+    }
+    const auto length = static_cast<DWORD>(size.QuadPart);
     std::vector<std::uint8_t> bytes(length);
     DWORD read = 0;
     if (length > 0 && !(ReadFile(file, bytes.data(), length, &read, nullptr) && read == length)) {

@@ -27,7 +27,8 @@ std::optional<std::vector<std::uint8_t>> ReadLocalFile(const std::string& path);
 bool ReadLocalFile(const std::string& path,
                    const std::function<std::uint8_t*(std::size_t length)>& makeRoom);
 
-// The same for a file that is open for reading. Where its next byte is read changes.
+// The same for a file that is open for reading; nothing for one of 2 GB or more. Where its next
+// byte is read changes.
 std::optional<std::vector<std::uint8_t>> ReadOpenFile(HANDLE file);
 
 // Writes the bytes to the file, which is created or truncated. Returns whether all of them were

@@ -232,6 +232,12 @@ bool WriteOverLocalFile(const std::string& path, const void* bytes, std::size_t 
 }
 
 bool WriteOverOpenFile(HANDLE file, const void* bytes, std::size_t length) {
+    DWORD written = 0;
+    // A device keeps nothing that could be lost.
+    if (GetFileType(file) != FILE_TYPE_DISK) {
+        return WriteFile(file, bytes, static_cast<DWORD>(length), &written, nullptr) &&
+               written == length;
+    }
     const auto old = ReadOpenFile(file);
     if (!old) return false;
     if (WriteOver(file, {bytes, static_cast<DWORD>(length)}) && FlushFileBuffers(file)) return true;

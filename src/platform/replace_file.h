@@ -57,7 +57,8 @@ bool CopyLocalFile(const std::string& source, const std::string& path, bool fail
 // Returns whether it holds the bytes now; the last error is that of the failure.
 bool WriteOverLocalFile(const std::string& path, const void* bytes, std::size_t length);
 
-// The same for a file that is open for reading and writing.
+// The same for a file that is open for reading and writing. One that is too long to be put back is
+// refused; a device takes the bytes as they come.
 bool WriteOverOpenFile(HANDLE file, const void* bytes, std::size_t length);
 
 // Has the system write what it holds of the file to the disk. Returns false when the disk fails; a

@@ -79,8 +79,8 @@ Result KeptTarget::WriteEntry(const KeptBytes& bytes,
     EntryStore& entries = directory_->Entries();
     if (present) {
         const std::optional<Digest> seen = DigestOf(present->data(), present->size());
-        std::optional<ProfileMerge> unmerged;
-        return StoreGuarded({entries, dn_, bytes, seen, {}}, unmerged);
+        GuardedMerge merge;
+        return StoreGuarded({entries, dn_, bytes, seen, {}}, merge);
     }
     const auto entry = directory_->Schema().SplitEntryName(dn_);
     const std::string name = entry ? entry->name : std::string();

@@ -2,6 +2,7 @@
 #include <thread>
 
 #include "component/api2.h"
+#include "platform/handles.h"
 #include "support/box_log.h"
 #include "support/full_disk.h"
 
@@ -67,6 +68,29 @@ TEST_F(FailureMethodsTest, MethodsOfTheFirstInterfaceLeaveTheirFailuresToo) {
     EXPECT_EQ(ERROR_FILE_NOT_FOUND, static_cast<DWORD>(Last().code));
     EXPECT_THAT(api_->DPSetSelItemPath(session_, Text("x")), IsOk());
     EXPECT_EQ(0, Last().code);
+}
+
+TEST_F(FailureMethodsTest, ValueThatCouldNotBeWrittenIsASuccessThatSaysWhy) {
+    const auto write = [&](Text&& value) {
+        return api_->DPSetProfileString(session_, Text("S"), Text("K"), value);
+    };
+    const std::string file = folder_.MakeFile("Work\\a.kra", "[S]\r\nK=old\r\n");
+    EXPECT_THAT(write(Text("new")), IsRefused());
+    EXPECT_EQ(ERROR_CAN_NOT_COMPLETE, static_cast<DWORD>(Last().code));
+    ASSERT_THAT(api_->DPLoadFile(session_.Address(), Text("<Work>\\a.kra")), IsOk());
+    {
+        const UniqueHandle held =
+            OwnFile(CreateFileA(file.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr));
+        EXPECT_THAT(write(Text("new")), IsOk());
+        EXPECT_EQ(ERROR_SHARING_VIOLATION, static_cast<DWORD>(Last().code));
+        EXPECT_NE(L"", Last().text);
+    }
+    EXPECT_THAT(write(Text(std::wstring(100'000, L'x'))), IsOk());
+    EXPECT_EQ(ERROR_BUFFER_OVERFLOW, static_cast<DWORD>(Last().code));
+    EXPECT_EQ(L"old", Read(session_, L"S", L"K"));
+    EXPECT_THAT(write(Text("new")), IsOk());
+    EXPECT_EQ(0, Last().code);
+    EXPECT_EQ(L"new", Read(session_, L"S", L"K"));
 }
 
 TEST_F(FailureMethodsTest, SessionsKnowNothingOfEachOther) {

@@ -401,6 +401,42 @@ TEST_F(FileMethodsTest, CopyToALocalFileKeepsWhatBelongsToTheOldOne) {
     EXPECT_NE(0u, GetFileAttributesA(target.c_str()) & FILE_ATTRIBUTE_HIDDEN);
 }
 
+TEST_F(FileMethodsTest, CopyToADeviceIsACopy) {
+    Make("Work\\a.kra", "new");
+    EXPECT_THAT(CopyOut("<Work>\\a.kra", "NUL", VARIANT_FALSE), IsOk());
+}
+
+TEST_F(FileMethodsTest, CopyOverAFileTooLongToBePutBackIsRefused) {
+    Make("Work\\a.kra", "new");
+    const std::string target = Make("old.kra", "old");
+    {
+        const UniqueHandle file = OwnFile(
+            CreateFileA(target.c_str(), GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr));
+        LARGE_INTEGER end = {};
+        end.QuadPart = LONGLONG{5} << 30;
+        ASSERT_TRUE(SetFilePointerEx(file.get(), end, nullptr, FILE_BEGIN));
+        ASSERT_TRUE(SetEndOfFile(file.get()));
+    }
+    EXPECT_THAT(CopyOut("<Work>\\a.kra", target, VARIANT_FALSE), IsRefused());
+    WIN32_FILE_ATTRIBUTE_DATA data = {};
+    ASSERT_TRUE(GetFileAttributesExA(target.c_str(), GetFileExInfoStandard, &data));
+    EXPECT_EQ(1u, data.nFileSizeHigh);
+}
+
+TEST_F(FileMethodsTest, DestinationIsLookedAtBeforeAnyLocationIsChosen) {
+    depots_.Text("Wrong", "Path1", "no name of an entry");
+    depots_.Dword("Wrong", "Type1", 1);
+    depots_.Text("Wrong", "Host1", "127.0.0.1");
+    depots_.Dword("Wrong", "Port1", 1);
+    const Session session(*api_);
+    const std::string target = Make("old.kra", "old");
+    EXPECT_THAT(
+        api_->DPCopyFileToLocalFS(session, Text("<Wrong>\\a.kra"), Text(target), VARIANT_TRUE),
+        IsRefused());
+    EXPECT_TRUE(boxes_.Texts().empty());
+    EXPECT_EQ("old", FileBytes(target));
+}
+
 using DirectoryAloneTest = ComponentTest;
 
 TEST_F(DirectoryAloneTest, PlainFileIsNotEmptiedByACopyOntoItself) {

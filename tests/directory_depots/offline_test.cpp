@@ -7,6 +7,7 @@
 #include "fileops/depot_file.h"
 #include "manager/display_path.h"
 #include "manager/writability.h"
+#include "platform/text.h"
 #include "support/offline_files.h"
 #include "support/results.h"
 
@@ -276,6 +277,60 @@ TEST_F(OfflineTest, NewFilesWaitAndOthersOfTheirNameStay) {
     Value();
     EXPECT_EQ("[N]\r\nx=1\r\n", Entry("new.kra"));
     EXPECT_THAT(WaitingEdits(), IsEmpty());
+}
+
+TEST_F(OfflineTest, EmptyFileThatWasStoredIsNoConflict) {
+    test::ScratchFolder local;
+    const std::string source = local.MakeFile("empty.kra", "");
+    Restart(1);
+    EXPECT_EQ(1, CopyFile(*work_, source, "<Work>\\empty.kra", work_, false, nullptr));
+    Away();
+    {
+        const auto file = Load("empty.kra");
+        file->WriteString("S", "K", "new");
+        EXPECT_TRUE(file->Release());
+    }
+    Back();
+    Restart(1);
+    EXPECT_EQ("new", Load("empty.kra")->ReadString("S", "K", "(none)", 100));
+    EXPECT_THAT(RecoveredFiles(), IsEmpty());
+    EXPECT_THAT(boxes_.Boxes(), IsEmpty());
+}
+
+// What an edit was merged into is what its user has of the file when the server is away again.
+TEST_F(OfflineTest, WhatOthersStoredIsKeptWithTheEditThatMetIt) {
+    Restart(2);
+    {
+        const auto file = Load();
+        StoreByOthers("[S]\r\nK=old\r\nL=theirs\r\n");
+        file->WriteString("S", "K", "new");
+        EXPECT_TRUE(file->Release());
+    }
+    Away();
+    EXPECT_EQ("theirs", Value("L"));
+    EXPECT_EQ("new", Value("K"));
+    Back();
+}
+
+TEST_F(OfflineTest, WhatOthersStoredIsKeptWithTheWaitingEditThatMetIt) {
+    own_.AddFile("b.kra", test::kSuffix, kOld);
+    for (const char* const ours : {"K", "L"}) {
+        Restart(2);
+        const std::string before = Value("K");
+        Away();
+        EXPECT_TRUE(Edit("ours", "K"));
+        EXPECT_TRUE(Edit("ours", ours));
+        Back();
+        // Of the second round the value of L is one that both changed.
+        StoreByOthers(Concatenate({"[S]\r\nK=", before, "\r\nL=theirs", ours, "\r\n"}));
+        Restart(2);
+        Load("b.kra");
+        EXPECT_THAT(WaitingEdits(), IsEmpty());
+        Away();
+        EXPECT_EQ(std::string("theirs") + ours, Value("L"));
+        EXPECT_EQ("ours", Value("K"));
+        Back();
+    }
 }
 
 TEST_F(OfflineTest, DeletionsAndRenamesFailWithATextThatSaysWhy) {
