@@ -51,6 +51,7 @@ std::uint32_t SystemCodeOfDirectory(std::uint32_t code) {
         case LDAP_SUCCESS:
             return kUnexplained;
         case LDAP_INSUFFICIENT_RIGHTS:
+        case LDAP_NO_SUCH_ATTRIBUTE:  // the user may not see it
             return ERROR_ACCESS_DENIED;
         case LDAP_INVALID_CREDENTIALS:
         case LDAP_INAPPROPRIATE_AUTH:
@@ -152,6 +153,8 @@ void AddNotices(const NoticeCollector& notices, CallFailure& failure) noexcept t
         failure.code = kUnexplained;
         failure.isNotice = true;
     }
+    // What was shown may say the same with more words.
+    if (notices.Texts().find(failure.text) != std::string::npos) failure.text.clear();
     if (!failure.text.empty()) failure.text += '\n';
     failure.text += notices.Texts();
 } catch (...) {

@@ -1,5 +1,6 @@
 // The methods that open, read, write and flush the current file.
 #include <optional>
+#include <utility>
 
 #include "api/depot_intr_api.h"
 #include "api/method.h"
@@ -16,13 +17,25 @@ HRESULT RunOnCurrentFile(LONG_PTR handle, const Body& body,
         [&](DepotSession& session) { return session.currentFile && body(session); }, method);
 }
 
+// Loads a file. Returns why it does not show what it holds, or else that a change of the file
+// before could not be stored: the methods succeed all the same, because clients rely on that, and
+// leave the reason to the second interface.
+CallFailure Load(DepotSession& session, const std::string& path) {
+    Result released;
+    session.LoadFile(path, &released);
+    CallFailure failure = FailureOf(session.currentFile->FetchFailure());
+    if (failure.code == 0) failure = FailureOf(released);
+    failure.isNotice = true;
+    return failure;
+}
+
 }  // namespace
 
 STDMETHODIMP CDepotIntrApi::DPLoadFile(LONG_PTR* plDPIntr, BSTR* bstrFileToLoad) noexcept {
     if (plDPIntr == nullptr) return RefuseMethod();
     const LONG_PTR given = *plDPIntr;
     *plDPIntr = 0;
-    return RunMethod([&] {
+    return RunMethod([&]() -> CallFailure {
         SessionTable& sessions = SessionTable::Instance();
         std::optional<NewSession> made;
         if (sessions.IsZero(given)) {
@@ -30,10 +43,11 @@ STDMETHODIMP CDepotIntrApi::DPLoadFile(LONG_PTR* plDPIntr, BSTR* bstrFileToLoad)
         } else {
             *plDPIntr = sessions.Widen(given);
         }
-        const SessionForCall session(*plDPIntr, WithoutHandle::kFail);
-        if (!session) return false;
+        SessionForCall session(*plDPIntr, WithoutHandle::kFail);
+        if (!session) return {session.Refusal()};
+        CallFailure failure;
         if (const auto path = ExactName(bstrFileToLoad)) {
-            session->LoadFile(*path);
+            failure = Load(*session, *path);
         } else {
             // Kept: any name is a success.
             // Relied on by: clients that load first and look for values then. Without a current
@@ -41,7 +55,7 @@ STDMETHODIMP CDepotIntrApi::DPLoadFile(LONG_PTR* plDPIntr, BSTR* bstrFileToLoad)
             session->ReleaseFile();
         }
         if (made) made->Keep();
-        return true;
+        return session.End(std::move(failure));
     });
 }
 
@@ -83,12 +97,11 @@ STDMETHODIMP CDepotIntrApi::DPSetProfileString(LONG_PTR lDPIntr, BSTR* bstrSectN
 }
 
 STDMETHODIMP CDepotIntrApi::DPFlushFile(LONG_PTR lDPIntr) noexcept {
-    return RunOnCurrentFile(lDPIntr, [](DepotSession& session) {
-        if (session.currentFile->NeedsWorkingCopy()) {
-            const std::string path = session.currentFile->depotPath;
-            session.LoadFile(path);
-        }
-        return true;
+    return RunOnSession(lDPIntr, WithoutHandle::kFail, [](DepotSession& session) -> CallFailure {
+        if (!session.currentFile) return {kUnexplained};
+        if (!session.currentFile->NeedsWorkingCopy()) return {};
+        const std::string path = session.currentFile->depotPath;
+        return Load(session, path);
     });
 }
 

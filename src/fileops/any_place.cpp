@@ -6,7 +6,9 @@
 #include "manager/display_path.h"
 #include "platform/paths.h"
 #include "platform/text.h"
+#include "platform/trace.h"
 #include "store/folder_store.h"
+#include "store/tree.h"
 
 namespace depot {
 namespace {
@@ -122,9 +124,13 @@ Result ListAt(const AnyPlace& folder, const ListingWish& wish, std::vector<std::
     if (kind == ItemKind::kFile) return SystemError(ERROR_DIRECTORY, folder.path);
     LeftOut left;
     const auto take = [&](const StoreItem& item) {
+        if (item.isHostile) {
+            TraceLeftOut(folder.path, item.name, kHostileName);
+            return;
+        }
         const bool isWanted =
             item.isFolder ? wish.folders : wish.files && PassesFilter(item.name, wish.extensions);
-        if (isWanted && !item.isHostile) paths.push_back(JoinPath(folder.path, item.name));
+        if (isWanted) paths.push_back(JoinPath(folder.path, item.name));
     };
     return at.store->List(at.path, take, left);
 }

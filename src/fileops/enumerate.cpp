@@ -83,8 +83,9 @@ public:
         if (!scope || place_.path.empty()) return 0;
         LeftOut left;
         // What was found before a failure stays.
-        static_cast<void>(place_.store->List(
-            place_.path, [&](const StoreItem& item) { Take(item, left); }, left));
+        const Result listed = place_.store->List(
+            place_.path, [&](const StoreItem& item) { Take(item, left); }, left);
+        if (!listed) TraceCount("not listed, code", place_.path, listed.Why().code);
         list_.unsafeNames += left.unsafeNames;
         if (left.unsafeNames > 0) TraceCount("names left out", place_.path, left.unsafeNames);
         return added_;

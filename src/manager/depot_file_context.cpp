@@ -68,6 +68,11 @@ CLDAPItems* DepotFileContext::Directory() const {
     return depot ? depot->DirectoryConnection() : nullptr;
 }
 
+Result DepotFileContext::FetchFailure() const {
+    const bool isFailure = origin_.code != LDAP_SUCCESS && origin_.code != LDAP_NO_SUCH_OBJECT;
+    return isFailure ? Directory()->Connection().Outcome(origin_.code) : Result();
+}
+
 std::string DepotFileContext::ReadString(const std::string& section, const std::string& key,
                                          const std::string& defaultValue,
                                          std::uint32_t size) const {
@@ -147,6 +152,10 @@ bool DepotFileContext::Release() {
     isWorkingCopy_ = false;
     localPath.clear();
     return stored;
+}
+
+Result DepotFileContext::StoreFailure() const {
+    return Directory()->Connection().Outcome(Directory()->LastError());
 }
 
 void DepotFileContext::KeepLocally() noexcept try {

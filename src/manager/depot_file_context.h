@@ -48,11 +48,16 @@ public:
     // Why the working copy does not hold what its entry does, as a code of the directory; 0 for one
     // that does, and for any other file.
     std::uint32_t FetchCode() const { return origin_.code; }
+    // The same as a result; an entry that is missing is a new file and no failure.
+    Result FetchFailure() const;
 
     // Ends the local file: a working copy is stored in its entry if it was changed, and deleted.
     // Returns false when a change could not be stored. When memory runs out meanwhile the file can
     // be released again; a changed working copy then stays even without that.
     bool Release();
+
+    // Why the last release could not store a change. REQUIRES: it could not.
+    Result StoreFailure() const;
 
     // Ends the local file while the library is being taken out of the process: a changed working
     // copy is kept among the recovered files, with the edits that it refused, and not stored; any

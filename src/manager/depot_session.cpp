@@ -36,14 +36,15 @@ void DepotSession::ShareUserFolder() {
     Depots().ShareUserFolder(folders_.UserFolder());
 }
 
-void DepotSession::LoadFile(const std::string& path) {
-    ReleaseFile();
+void DepotSession::LoadFile(const std::string& path, Result* released) {
+    ReleaseFile(released);
     currentFile = std::make_unique<DepotFileContext>(path, Depots());
 }
 
-void DepotSession::ReleaseFile() {
+void DepotSession::ReleaseFile(Result* released) {
     if (!currentFile) return;
-    currentFile->Release();
+    const bool isStored = currentFile->Release() || !currentFile->changed;
+    if (!isStored && released != nullptr) *released = currentFile->StoreFailure();
     currentFile.reset();
 }
 

@@ -29,11 +29,12 @@ public:
     // The depots of this session, loaded on first use.
     CDepots& Depots();
 
-    // Replaces the current file by the one that `path` names; the old one is released first.
-    void LoadFile(const std::string& path);
+    // Replaces the current file by the one that `path` names; the old one is released first:
+    // `released` receives why a change of that one could not be stored.
+    void LoadFile(const std::string& path, Result* released = nullptr);
 
-    // Leaves the session without a current file.
-    void ReleaseFile();
+    // Leaves the session without a current file, with the same result.
+    void ReleaseFile(Result* released = nullptr);
 
     // Prepares the session for its end while the library is being taken out of the process, where
     // nothing may wait: a changed working copy is kept among the recovered files, and connections

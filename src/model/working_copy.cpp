@@ -137,13 +137,20 @@ std::string FetchToLocal(CLDAPItems& directory, const std::string& dn, WorkingCo
     std::string lost;
     OfflineLocation* const offline = memory.offline.get();
     const bool isApart = offline && offline->IsApart(directory.Connection());
-    bool isMade = isApart && TakeKept(directory, source, copy.Path(), *offline, fetched);
+    const auto takeKept = [&] {
+        return TakeKept(directory, source, copy.Path(), *offline, fetched);
+    };
+    bool isMade = isApart && takeKept();
     if (!isMade) {
         const ConnectionScope connection(directory, nullptr);
         isMade = connection.Outcome().IsDone();
         fetched.code = CodeOf(connection.Outcome());
         if (isMade) fetched = FetchFile(directory, source, copy.Path(), memory, lost);
     }
+    // A server may be lost at any moment.
+    const bool isLost =
+        offline && isMade && directory.Connection().Outcome(fetched.code).Is(Reason::kUnreachable);
+    if (isLost) takeKept();
     // Nothing else says so before the user fills in what looks empty.
     if (fetched.code == LDAP_NO_SUCH_ATTRIBUTE) {
         ShowNotice(UnseenContentsText(source.name), kMessageTitle, nullptr);

@@ -1,7 +1,8 @@
 // A place that keeps files in folders: a file system, a directory, or memory in tests.
 //
-// Whatever works on files works on this interface; what kind of store it is, nothing else asks. To
-// find the store that holds a path of a depot: manager/display_path.h.
+// Copies, moves, listings and removals work on this interface and do not ask what kind of store it
+// is; the values of a file are those of a local file (manager/depot_file_context.h). To find the
+// store that holds a path of a depot: manager/display_path.h.
 #pragma once
 
 #include <array>

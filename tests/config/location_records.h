@@ -31,6 +31,7 @@ inline void ExpectDirectoryDefaults(const CDepotPath& location) {
     EXPECT_EQ(0u, location.followReferrals);
     EXPECT_EQ(0u, location.offline);
     EXPECT_EQ(100u, location.offlineSize);
+    EXPECT_EQ(0u, location.keepConnection);
 }
 
 inline void FillWithJunk(CDepotPath& location) {
@@ -57,6 +58,7 @@ inline void FillWithJunk(CDepotPath& location) {
     location.followReferrals = 17;
     location.offline = 18;
     location.offlineSize = 19;
+    location.keepConnection = 20;
 }
 
 // Compares all but the handle slot.
@@ -83,6 +85,7 @@ inline void ExpectJunk(const CDepotPath& location) {
     EXPECT_EQ(17u, location.followReferrals);
     EXPECT_EQ(18u, location.offline);
     EXPECT_EQ(19u, location.offlineSize);
+    EXPECT_EQ(20u, location.keepConnection);
 }
 
 }  // namespace depot::test

@@ -9,6 +9,7 @@
 #include "manager/writability.h"
 #include "platform/text.h"
 #include "support/offline_files.h"
+#include "support/relay.h"
 #include "support/results.h"
 
 namespace depot {
@@ -447,6 +448,20 @@ TEST_F(OfflineTest, AServerThatIsLostBetweenLoadAndStoreHasTheEditWait) {
     Back();
     EXPECT_EQ("new", Value());
     EXPECT_EQ("[S]\r\nK=new\r\nL=old\r\n", Entry());
+}
+
+TEST_F(OfflineTest, AServerThatIsLostBeforeItAnswersHasTheKeptFileRead) {
+    test::Relay relay(own_.Port());
+    Define(relay.Port(), test::kSuffix);
+    EXPECT_EQ("old", Value());
+    for (const int request : {1, 2}) {
+        SCOPED_TRACE(request);
+        relay.Disturb({.dropBeforeRequest = request});
+        const auto file = Load();
+        EXPECT_EQ(0u, file->FetchCode());
+        EXPECT_EQ("old", file->ReadString("S", "K", "(none)", 100));
+    }
+    EXPECT_THAT(boxes_.Boxes(), IsEmpty());
 }
 
 TEST_F(OfflineTest, WaitingEditsAreStoredInWindows) {

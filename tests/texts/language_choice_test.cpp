@@ -45,6 +45,7 @@ TEST(LanguageNameTest, EveryRowOfTheTableHasItsName) {
     const std::pair<std::uint16_t, const char*> rows[] = {
         {0x00, "NOLANGUAGE"}, {0x09, "eng"}, {0x0C, "fra"}, {0x0A, "esp"},
         {0x07, "deu"},        {0x10, "ita"}, {0x11, "jpn"}, {0x16, "prt"}};
+    EXPECT_EQ(std::size(kLanguages) + 1, std::size(rows));
     for (const auto& [primary, name] : rows) {
         SCOPED_TRACE(name);
         EXPECT_EQ(name, LanguageNameOf(primary));
