@@ -4,6 +4,8 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "directory/comparable_dn.h"
+#include "platform/system_code_page.h"
 #include "platform/wide_text.h"
 #include "store/directory_store.h"
 #include "store/folder_store.h"
@@ -13,7 +15,7 @@ namespace depot::test {
 namespace {
 
 constexpr char kEnd[] = "[End]\r\nend=1\r\n";
-constexpr std::size_t kLately = 12;
+constexpr std::size_t kLately = 20;
 
 std::string WholeText(const std::string& id, const std::string& line) {
     return "[All]\r\nid=" + id + "\r\n[User]\r\n" + line + "\r\n" + kEnd;
@@ -37,6 +39,8 @@ std::wstring WidePath(const std::string& path) {
 
 DisasterWorld::DisasterWorld() : api2_(Api2Of(*api_)) {
     ForgetServer(server_.Port());
+    // This program looks into both stores by the same characters as the component.
+    InstallSystemCodePage();
 }
 
 void DisasterWorld::Begin(unsigned seed) {
@@ -102,13 +106,7 @@ bool DisasterWorld::Session(const std::function<bool(LONG_PTR handle)>& work) {
 
 bool DisasterWorld::WentWell(LONG_PTR handle, HRESULT result) {
     LONG code = 0;
-    OutText text;
-    const bool good = result == S_OK && api2_->LastErrorCode(handle, &code) == S_OK && code == 0;
-    if (std::getenv("DEPOTINTR_TELL") != nullptr) {
-        api2_->LastErrorText(handle, text);
-        std::fprintf(stderr, "  %lx %ld %ls\n", result, code, text.Value().c_str());
-    }
-    return good;
+    return result == S_OK && api2_->LastErrorCode(handle, &code) == S_OK && code == 0;
 }
 
 void DisasterWorld::Note(const std::string& what, bool isDone) {
@@ -338,7 +336,8 @@ void DisasterWorld::Collect(Store& store, const std::string& top, const std::str
         EXPECT_THAT(store.ReadFile(item.path, SourceFate::kStays, bytes), IsDone()) << item.path;
         shown_.files.push_back(
             {paths[index],
-             std::string(reinterpret_cast<const char*>(bytes.bytes.get()), bytes.length)});
+             std::string(reinterpret_cast<const char*>(bytes.bytes.get()), bytes.length),
+             item.path});
     }
 }
 
@@ -349,7 +348,13 @@ void DisasterWorld::Look() {
     DirectoryStore directory(*items_);
     Collect(directory, base_, "<Corp>");
     for (const OfflineRecord& edit : WaitingEdits()) {
-        shown_.rescued.append(edit.bytes.begin(), edit.bytes.end());
+        const std::string bytes(edit.bytes.begin(), edit.bytes.end());
+        // The client has the edit instead of what the entry holds.
+        const auto entry = std::ranges::find_if(shown_.files, [&](const ShownFile& file) {
+            return ComparableDN(file.stored) == ComparableDN(edit.dn);
+        });
+        if (entry != shown_.files.end()) entry->bytes = bytes;
+        shown_.rescued += bytes;
     }
     for (const std::string& path : RecoveredFiles()) shown_.rescued += FileBytes(path);
 }

@@ -25,6 +25,7 @@ namespace depot::test {
 struct ShownFile {
     std::string path;  // with its depot's prefix
     std::string bytes;
+    std::string stored;  // its path in the store
 };
 
 // What is there at one moment.
@@ -49,7 +50,9 @@ protected:
     void DoOne();
     // Looks at both stores, and fails where something acknowledged is nowhere.
     void ExpectNothingLost();
-    // What was done lately, for whoever has to find out what went wrong.
+    // What was done lately, for whoever has to find out what went wrong. With DEPOTINTR_TELL set it
+    // is printed as it is done.
+    void Note(const std::string& what, bool isDone = true);
     std::string Lately() const;
 
     unsigned Below(unsigned end) { return std::uniform_int_distribution(0u, end - 1)(random_); }
@@ -79,7 +82,6 @@ private:
 
     const ShownFile* AnyFile();
     std::string FreshPath(const char* ending);
-    void Note(const std::string& what, bool isDone);
     bool Session(const std::function<bool(LONG_PTR handle)>& work);
     bool WentWell(LONG_PTR handle, HRESULT result);
     // The file at this path may be gone from now on: what only it holds is no longer expected.

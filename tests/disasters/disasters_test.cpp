@@ -6,6 +6,7 @@
 #include "disasters/disaster_world.h"
 #include "disasters/file_holder.h"
 #include "faults/fault_layer.h"
+#include "platform/text.h"
 #include "support/box_log.h"
 
 namespace depot::test {
@@ -30,10 +31,8 @@ protected:
             for (unsigned round = 0; round < rounds && !HasFailure(); ++round) {
                 SCOPED_TRACE("round " + std::to_string(round));
                 disturb();
-                if (std::getenv("DEPOTINTR_TELL")) std::fprintf(stderr, "round %u\n", round);
                 DoOne();
                 calm();
-                if (std::getenv("DEPOTINTR_TELL")) std::fprintf(stderr, "done\n");
                 relay_.Disturb({});
                 ExpectNothingLost();
             }
@@ -43,14 +42,14 @@ protected:
 
     // What a line, and a server behind it, do to a request.
     void DisturbLine() {
-        const int number = 1 + static_cast<int>(Below(8));
+        const unsigned number = 1 + Below(8);
         const unsigned how = Below(6);
-        if (std::getenv("DEPOTINTR_TELL")) std::fprintf(stderr, "line %u %d\n", how, number);
+        Note(Concatenate({"line: ", NumberText(how), " at ", NumberText(number)}));
         switch (how) {
             case 0:
-                return relay_.Disturb({.dropBeforeRequest = number});
+                return relay_.Disturb({.dropBeforeRequest = static_cast<int>(number)});
             case 1:
-                return relay_.Disturb({.dropAfterRequest = number});
+                return relay_.Disturb({.dropAfterRequest = static_cast<int>(number)});
             case 2:
                 return relay_.Disturb({.dropAfterBytesToServer = 1 + Below(3000)});
             case 3:
@@ -58,11 +57,11 @@ protected:
             default:
                 break;
         }
-        const int code = 1 + static_cast<int>(Below(80));
+        const unsigned code = 1 + Below(80);
         const bool isAll = Below(4) == 0;
-        if (std::getenv("DEPOTINTR_TELL")) std::fprintf(stderr, "code %d %d\n", code, isAll);
+        Note(Concatenate({"refusal: ", NumberText(code), isAll ? " for all" : ""}));
         relay_.Disturb({.refusal = [=](const RelayedRequest& request) {
-            return isAll || request.number == number ? code : 0;
+            return isAll || request.number == static_cast<int>(number) ? static_cast<int>(code) : 0;
         }});
     }
 };
@@ -85,8 +84,8 @@ TEST_F(DisastersTest, WhatWasAcknowledgedIsThereWhateverCallsFail) {
             const int number = 1 + static_cast<int>(Below(2u << Below(8)));
             constexpr int kCounts[] = {1, 3, 1 << 20};
             const int count = kCounts[Below(3)];
-            if (std::getenv("DEPOTINTR_TELL"))
-                std::fprintf(stderr, "%s %d %d\n", NameOf(kind), number, count);
+            Note(Concatenate({"calls: ", NameOf(kind), " from ", std::to_string(number), ", ",
+                              std::to_string(count)}));
             FaultLayer::Fail(kind, number, count);
         },
         [] { FaultLayer::Stop(); });
