@@ -349,9 +349,10 @@ void DisasterWorld::Look() {
     Collect(directory, base_, "<Corp>");
     for (const OfflineRecord& edit : WaitingEdits()) {
         const std::string bytes(edit.bytes.begin(), edit.bytes.end());
+        const std::string entryName = AnsiFromWide(WideFromUtf8(edit.dn));
         // The client has the edit instead of what the entry holds.
         const auto entry = std::ranges::find_if(shown_.files, [&](const ShownFile& file) {
-            return ComparableDN(file.stored) == ComparableDN(edit.dn);
+            return ComparableDN(file.stored) == ComparableDN(entryName);
         });
         if (entry != shown_.files.end()) entry->bytes = bytes;
         shown_.rescued += bytes;
