@@ -239,11 +239,11 @@ void CDepotPaths::TakeOver(LocationProbe& probe, CDepotPath& location, bool isCh
 
 bool CDepotPaths::ChoiceProbesDirectory() const {
     if (activeLocation_ != nullptr) return false;
-    CDepotPath** const decisive =
-        std::find_if(array_.begin(), array_.end(), [](CDepotPath* location) {
-            return location->IsDirectory() || PathExists(ExpandedPath(*location));
-        });
-    return decisive != array_.end() && (*decisive)->IsDirectory();
+    for (CDepotPath* const location : array_) {
+        if (location->IsDirectory()) return true;
+        if (PathExists(ExpandedPath(*location))) return false;
+    }
+    return false;
 }
 
 bool CDepotPaths::MayHold(const std::string& path) const {
