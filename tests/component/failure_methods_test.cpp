@@ -44,7 +44,7 @@ TEST_F(FailureMethodsTest, EachInterfaceLeadsToTheOtherOnTheSameObject) {
 }
 
 TEST_F(FailureMethodsTest, SessionKeepsItsLastFailureUntilItsNextCall) {
-    EXPECT_EQ(0, Last().code);
+    EXPECT_EQ(ERROR_SUCCESS, Last().code);
     EXPECT_EQ(L"", Last().text);
     OutText text;
     EXPECT_THAT(api2_->ReadText(session_, Bstr("<Work>\\none.kra"), text), IsRefused());
@@ -54,7 +54,7 @@ TEST_F(FailureMethodsTest, SessionKeepsItsLastFailureUntilItsNextCall) {
         EXPECT_THAT(Last().text, HasSubstr(L"none.kra"));
     }
     EXPECT_THAT(api2_->Exists(session_, Bstr("<Work>\\none.kra"), answer_), IsOk());
-    EXPECT_EQ(0, Last().code);
+    EXPECT_EQ(ERROR_SUCCESS, Last().code);
     EXPECT_EQ(L"", Last().text);
 }
 
@@ -66,13 +66,13 @@ TEST_F(FailureMethodsTest, MethodsOfTheFirstInterfaceLeaveTheirFailuresToo) {
     EXPECT_THAT(api_->DPDeleteFile(session_, Text("<Work>\\none.kra")), IsRefused());
     EXPECT_EQ(ERROR_FILE_NOT_FOUND, static_cast<DWORD>(Last().code));
     EXPECT_THAT(api_->DPSetSelItemPath(session_, Text("x")), IsOk());
-    EXPECT_EQ(0, Last().code);
+    EXPECT_EQ(ERROR_SUCCESS, Last().code);
 }
 
 TEST_F(FailureMethodsTest, SessionsKnowNothingOfEachOther) {
     Session other(*api_);
     EXPECT_THAT(api_->DPDeleteFile(session_, Text("<Work>\\none.kra")), IsRefused());
-    EXPECT_EQ(0, LastErrorOf(*api2_, other).code);
+    EXPECT_EQ(ERROR_SUCCESS, LastErrorOf(*api2_, other).code);
     EXPECT_NE(0, Last().code);
 }
 
@@ -83,7 +83,7 @@ TEST_F(FailureMethodsTest, ThreadKnowsItsLastCallWhateverTheSession) {
     EXPECT_NE(0, LastErrorOf(*api2_, 0).code);
     EXPECT_EQ(ERROR_FILE_NOT_FOUND, static_cast<DWORD>(Last().code));
     EXPECT_THAT(api_->DPSetSelItemPath(session_, Text("x")), IsOk());
-    EXPECT_EQ(0, LastErrorOf(*api2_, 0).code);
+    EXPECT_EQ(ERROR_SUCCESS, LastErrorOf(*api2_, 0).code);
 }
 
 TEST_F(FailureMethodsTest, ThreadsKnowNothingOfEachOther) {
@@ -157,7 +157,7 @@ TEST_F(FailureMethodsTest, QuietSessionShowsNoBoxAndKeepsItsText) {
     const BoxLog boxes;
     EXPECT_THAT(api_->DPLoadFile(session_.Address(), Text(far_)), IsOk());
     ASSERT_EQ(1u, boxes.Texts().size());
-    EXPECT_EQ(0, Last().code);
+    EXPECT_EQ(ERROR_SUCCESS, Last().code);
     EXPECT_THAT(api2_->Quiet(session_, VARIANT_TRUE, answer_), IsOk());
     EXPECT_THAT(api_->DPLoadFile(session_.Address(), Text(far_)), IsOk());
     EXPECT_EQ(1u, boxes.Texts().size());
