@@ -99,9 +99,9 @@ KeptResult RestoreKept(DepotSession& session, const KeptCopy& copy, RestoreRules
     if (const Result read = ReadKept(copy, ours); !read) return Failure(read.Why());
     const TargetContents present = entry.Target()->Read();
     if (!present.result) return Failure(present.result.Why());
-    RestorePlan plan = PlanRestore(*entry.Target(), copy, ours, present.bytes, rules);
+    RestorePlan plan = PlanRestore(*entry.Target(), {copy, ours}, present.bytes, rules);
     if (plan.obstacle) return Obstacle(std::move(plan));
-    const auto failure = StorePlan(*entry.Target(), copy, ours, present.bytes, plan);
+    const auto failure = StorePlan(*entry.Target(), {copy, ours}, present.bytes, plan);
     if (!failure) return Done();
     KeptResult result = Failure(failure->why);
     if (failure->step != StoreStep::kWrite) result.outcome = KeptOutcome::kCopyStays;

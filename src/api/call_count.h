@@ -3,18 +3,17 @@
 
 #include <atomic>
 
+#include "platform/not_copied.h"
 #include "platform/win32.h"
 
 namespace depot {
 
 // One call, for as long as it lives. A call that shows a message lets the client's windows work on,
 // and they may release the last object and ask for the DLL to be unloaded.
-class CallScope {
+class CallScope : NotCopied {
 public:
     CallScope() { ++count_; }
     ~CallScope() { --count_; }
-    CallScope(const CallScope&) = delete;
-    CallScope& operator=(const CallScope&) = delete;
 
     // The calls at work on all threads.
     static LONG Count() { return count_; }

@@ -4,6 +4,7 @@
 #include <atomic>
 #include <mutex>
 #include <new>
+#include <utility>
 #include <vector>
 
 #include "api/automation_text.h"
@@ -78,6 +79,15 @@ std::uint32_t SystemCodeOfDirectory(std::uint32_t code) {
     }
 }
 
+constexpr std::pair<Reason, std::uint32_t> kCodes[] = {
+    {Reason::kMissing, ERROR_FILE_NOT_FOUND},    {Reason::kExists, ERROR_FILE_EXISTS},
+    {Reason::kChanged, ERROR_REVISION_MISMATCH}, {Reason::kNotEmpty, ERROR_DIR_NOT_EMPTY},
+    {Reason::kUnseen, ERROR_ACCESS_DENIED},      {Reason::kBadName, ERROR_INVALID_NAME},
+    {Reason::kSharedName, ERROR_ALREADY_EXISTS}, {Reason::kIncomplete, ERROR_PARTIAL_COPY},
+    {Reason::kStopped, ERROR_CANCELLED},         {Reason::kUnreachable, ERROR_HOST_UNREACHABLE},
+    {Reason::kInvalid, ERROR_INVALID_PARAMETER},
+};
+
 // A directory's own words: the system's are those of errors of its own that stand for these codes.
 std::string TextFor(const Error& error) {
     if (error.kind != CodeKind::kDirectory) return error.text;
@@ -90,33 +100,10 @@ std::string TextFor(const Error& error) {
 
 std::uint32_t SystemCodeOf(const Error& error) {
     if (error.kind == CodeKind::kSystem && error.code != 0) return error.code;
-    switch (error.reason) {
-        case Reason::kMissing:
-            return ERROR_FILE_NOT_FOUND;
-        case Reason::kExists:
-            return ERROR_FILE_EXISTS;
-        case Reason::kChanged:
-            return ERROR_REVISION_MISMATCH;
-        case Reason::kNotEmpty:
-            return ERROR_DIR_NOT_EMPTY;
-        case Reason::kUnseen:
-            return ERROR_ACCESS_DENIED;
-        case Reason::kBadName:
-            return ERROR_INVALID_NAME;
-        case Reason::kSharedName:
-            return ERROR_ALREADY_EXISTS;
-        case Reason::kIncomplete:
-            return ERROR_PARTIAL_COPY;
-        case Reason::kStopped:
-            return ERROR_CANCELLED;
-        case Reason::kUnreachable:
-            return ERROR_HOST_UNREACHABLE;
-        case Reason::kInvalid:
-            return ERROR_INVALID_PARAMETER;
-        default:
-            return error.kind == CodeKind::kDirectory ? SystemCodeOfDirectory(error.code)
-                                                      : kUnexplained;
+    for (const auto& [reason, code] : kCodes) {
+        if (reason == error.reason) return code;
     }
+    return error.kind == CodeKind::kDirectory ? SystemCodeOfDirectory(error.code) : kUnexplained;
 }
 
 CallFailure FailureOf(bool succeeded) noexcept {

@@ -14,7 +14,6 @@ namespace {
 constexpr wchar_t kDialogProgId[] = L"DepotBrowser.UserPasswordPromptDialog";
 constexpr LONG kConfirmed = 1;
 
-constexpr char kMessageTitle[] = "Quillon";
 constexpr unsigned kUnusableCharacters = 527;  // in the localized resources
 constexpr char kUnusableCharactersInEnglish[] =
     "The user name or password contains characters that cannot be used here.";
@@ -108,8 +107,7 @@ Reading ReadBack(IUserPasswordPromptDialog& dialog, Credentials& credentials) {
 }
 
 void ExplainUnusableCharacters() {
-    ShowNotice(LocalizedText(kUnusableCharacters).value_or(kUnusableCharactersInEnglish),
-               kMessageTitle, nullptr);
+    ShowNotice(LocalizedText(kUnusableCharacters).value_or(kUnusableCharactersInEnglish));
 }
 
 }  // namespace

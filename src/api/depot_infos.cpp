@@ -28,7 +28,7 @@ std::string LocationText(const CDepot& depot) {
     CDepotPath* const location = chosen ? chosen : depot.paths->At(0);
     if (location == nullptr) return {};
     const std::string path = ExpandedPath(*location);
-    if (location->type != kDirectoryLocation) return RemoveTrailingBackslash(path);
+    if (!location->IsDirectory()) return RemoveTrailingBackslash(path);
     constexpr std::uint32_t kTlsFromTheStart = 2;
     return Concatenate({location->security == kTlsFromTheStart ? "ldaps://" : "ldap://",
                         location->host, ":", NumberText(location->port), "/", path});

@@ -5,16 +5,14 @@
 
 #include "api/automation_text.h"
 #include "api/dispatch_adapter.h"
+#include "platform/not_copied.h"
 
 namespace depot {
 
 // An owned VARIANT, empty at first.
-class UniqueVariant {
+class UniqueVariant : NotCopied {
 public:
-    UniqueVariant() = default;
     ~UniqueVariant() { VariantClear(&value_); }
-    UniqueVariant(const UniqueVariant&) = delete;
-    UniqueVariant& operator=(const UniqueVariant&) = delete;
     VARIANT* get() { return &value_; }
 
 private:

@@ -47,7 +47,7 @@ STDMETHODIMP CDepotIntrApi::DPFindInit(LONG_PTR* plDPIntr, BSTR* bstrFilePath, B
 }
 
 STDMETHODIMP CDepotIntrApi::DPFindNext(LONG_PTR lDPIntr, LONG lCount, BSTR* bstrFileName) noexcept {
-    return RunForText(lDPIntr, WithoutHandle::kFail, bstrFileName,
+    return RunForText({lDPIntr, WithoutHandle::kFail}, bstrFileName,
                       [&](const DepotSession& session) -> std::optional<std::string> {
                           const CDepotItems* const found = session.findResults.get();
                           if (found == nullptr || lCount < 0) return std::nullopt;

@@ -11,9 +11,16 @@ namespace {
 
 constexpr char kEveryFile[] = ".*";
 
+struct FindCall {
+    std::string folder;
+    std::string extensions;
+    FIND_WHAT what;
+};
+
 // Takes a pattern off the path's end where no extensions are given: "<Work>\*.kra".
-ListingWish WishOf(std::string& folder, const std::string& extensions, FIND_WHAT what) {
-    ListingWish wish = {ToLower(extensions), what != FIND_FOLDERS, what != FIND_FILES};
+ListingWish WishOf(std::string& folder, const FindCall& call) {
+    const FIND_WHAT what = call.what;
+    ListingWish wish = {ToLower(call.extensions), what != FIND_FOLDERS, what != FIND_FILES};
     if (!wish.extensions.empty()) return wish;
     wish.extensions = kEveryFile;
     const std::string name = NamePart(folder);
@@ -24,10 +31,12 @@ ListingWish WishOf(std::string& folder, const std::string& extensions, FIND_WHAT
     return wish;
 }
 
-Result FindIn(DepotSession& session, std::string folder, const std::string& extensions,
-              FIND_WHAT what, std::vector<std::string>& paths) {
-    if (what < FIND_FILES || what > FIND_BOTH) return SystemError(ERROR_INVALID_PARAMETER, folder);
-    const ListingWish wish = WishOf(folder, extensions, what);
+Result FindIn(DepotSession& session, const FindCall& call, std::vector<std::string>& paths) {
+    std::string folder = call.folder;
+    if (call.what < FIND_FILES || call.what > FIND_BOTH) {
+        return SystemError(ERROR_INVALID_PARAMETER, folder);
+    }
+    const ListingWish wish = WishOf(folder, call);
     AnyPlace place;
     Result found = FindPlace(session.Depots(), folder, place);
     return found ? ListAt(place, wish, paths) : found;
@@ -35,12 +44,12 @@ Result FindIn(DepotSession& session, std::string folder, const std::string& exte
 
 // Runs a body that returns why it has no list of names. The output is empty then.
 template <class Body>
-HRESULT RunForNames(LONG_PTR handle, WithoutHandle withoutHandle, VARIANT* output, const Body& body,
+HRESULT RunForNames(WantedSession wanted, VARIANT* output, const Body& body,
                     const char* method = DEPOT_CALLER_NAME) noexcept {
     if (output == nullptr) return RefuseMethod(method);
     VariantInit(output);
     return RunOnSession(
-        handle, withoutHandle,
+        wanted.handle, wanted.withoutHandle,
         [&](DepotSession& session) -> Result {
             std::vector<std::string> names;
             Result done = body(session, names);
@@ -56,15 +65,14 @@ HRESULT RunForNames(LONG_PTR handle, WithoutHandle withoutHandle, VARIANT* outpu
 
 STDMETHODIMP CDepotIntrApi::Find(LONG_PTR lDPIntr, BSTR bstrFolder, BSTR bstrExtensions,
                                  FIND_WHAT what, VARIANT* pPaths) noexcept {
-    return RunForNames(lDPIntr, WithoutHandle::kMakeTemporary, pPaths,
-                       [&](DepotSession& session, std::vector<std::string>& paths) {
-                           return FindIn(session, NameText(&bstrFolder), NameText(&bstrExtensions),
-                                         what, paths);
-                       });
+    return RunForNames(
+        {lDPIntr}, pPaths, [&](DepotSession& session, std::vector<std::string>& paths) {
+            return FindIn(session, {NameText(&bstrFolder), NameText(&bstrExtensions), what}, paths);
+        });
 }
 
 STDMETHODIMP CDepotIntrApi::ChosenFiles(LONG_PTR lDPIntr, VARIANT* pPaths) noexcept {
-    return RunForNames(lDPIntr, WithoutHandle::kFail, pPaths,
+    return RunForNames({lDPIntr, WithoutHandle::kFail}, pPaths,
                        [&](const DepotSession& session, std::vector<std::string>& paths) {
                            paths = session.chosenFiles;
                            return Result();

@@ -66,14 +66,20 @@ HRESULT RunOnSession(LONG_PTR handle, WithoutHandle withoutHandle, const Body& b
     return RunBodyOnSession(handle, withoutHandle, MethodBody(body), method);
 }
 
+// The session on which a method works.
+struct WantedSession {
+    LONG_PTR handle;
+    WithoutHandle withoutHandle = WithoutHandle::kMakeTemporary;
+};
+
 // Runs a body that makes a path or another name. The output is null unless the body returns one.
 template <class Body>
-HRESULT RunForText(LONG_PTR handle, WithoutHandle withoutHandle, BSTR* output, const Body& body,
+HRESULT RunForText(WantedSession wanted, BSTR* output, const Body& body,
                    const char* method = DEPOT_CALLER_NAME) noexcept {
     if (output == nullptr) return RefuseMethod(method);
     *output = nullptr;
     return RunOnSession(
-        handle, withoutHandle,
+        wanted.handle, wanted.withoutHandle,
         [&](DepotSession& session) {
             const std::optional<std::string> text = body(session);
             if (text) *output = NewNameBstr(*text).release();

@@ -21,7 +21,7 @@ std::string RootDepotPath(CDepot& depot) {
 
 STDMETHODIMP CDepotIntrApi::DPGetDepotDisplayPath(LONG_PTR lDPIntr, BSTR* bstrFileName,
                                                   BSTR* bstrDspName) noexcept {
-    return RunForText(lDPIntr, WithoutHandle::kMakeTemporary, bstrDspName,
+    return RunForText({lDPIntr}, bstrDspName,
                       [&](DepotSession& session) -> std::optional<std::string> {
                           const std::string fileName = NameText(bstrFileName);
                           const CDepot* const depot = FindDepotHolding(session.Depots(), fileName);
@@ -32,21 +32,20 @@ STDMETHODIMP CDepotIntrApi::DPGetDepotDisplayPath(LONG_PTR lDPIntr, BSTR* bstrFi
 
 STDMETHODIMP CDepotIntrApi::DPGetPathFromDisplayName(LONG_PTR lDPIntr, BSTR* bstrDspName,
                                                      BSTR* bstrDPPath) noexcept {
-    return RunForText(lDPIntr, WithoutHandle::kMakeTemporary, bstrDPPath,
-                      [&](DepotSession& session) -> std::optional<std::string> {
-                          const DisplayPathParts parts = SplitDisplayPath(NameText(bstrDspName));
-                          const CDepots& depots = session.Depots();
-                          const auto named =
-                              std::find_if(depots.begin(), depots.end(), [&](const CDepot* depot) {
-                                  return EqualsNoCase(depot->displayName, parts.depotName);
-                              });
-                          if (named == depots.end()) return std::nullopt;
-                          return RootDepotPath(**named) + parts.relative;
-                      });
+    return RunForText(
+        {lDPIntr}, bstrDPPath, [&](DepotSession& session) -> std::optional<std::string> {
+            const DisplayPathParts parts = SplitDisplayPath(NameText(bstrDspName));
+            const CDepots& depots = session.Depots();
+            const auto named = std::find_if(depots.begin(), depots.end(), [&](const CDepot* depot) {
+                return EqualsNoCase(depot->displayName, parts.depotName);
+            });
+            if (named == depots.end()) return std::nullopt;
+            return RootDepotPath(**named) + parts.relative;
+        });
 }
 
 STDMETHODIMP CDepotIntrApi::DPGetDefaultDPPath(LONG_PTR lDPIntr, BSTR* bstrDPPath) noexcept {
-    return RunForText(lDPIntr, WithoutHandle::kMakeTemporary, bstrDPPath,
+    return RunForText({lDPIntr}, bstrDPPath,
                       [](DepotSession& session) -> std::optional<std::string> {
                           CDepots& depots = session.Depots();
                           // The built-in depot has no display path to return.
@@ -59,7 +58,7 @@ STDMETHODIMP CDepotIntrApi::DPGetDefaultDPPath(LONG_PTR lDPIntr, BSTR* bstrDPPat
 
 STDMETHODIMP CDepotIntrApi::DPPathConvertDPtoFS(BSTR* bstrDPFilePath,
                                                 BSTR* bstrFSFilePath) noexcept {
-    return RunForText(0, WithoutHandle::kMakeTemporary, bstrFSFilePath,
+    return RunForText({0}, bstrFSFilePath,
                       [&](DepotSession& session) -> std::optional<std::string> {
                           const DepotFileContext file(NameText(bstrDPFilePath), session.Depots());
                           // A working copy is no place to keep a path to.

@@ -11,6 +11,7 @@
 #include "api/call_failure.h"
 #include "manager/depot_session.h"
 #include "platform/low_memory.h"
+#include "platform/not_copied.h"
 #include "platform/user_notice.h"
 
 namespace depot {
@@ -21,7 +22,7 @@ namespace depot {
 // through a 32-bit parameter may carry foreign bits in its upper half: wherever one is taken they
 // do not count when the whole value names no session. Locked: several apartments create and end
 // sessions at once.
-class SessionTable {
+class SessionTable : NotCopied {
 public:
     static SessionTable& Instance();
 
@@ -63,8 +64,6 @@ public:
     // For Instance only, which does not end before the DLL is taken out of the process.
     SessionTable() = default;
     ~SessionTable();
-    SessionTable(const SessionTable&) = delete;
-    SessionTable& operator=(const SessionTable&) = delete;
 
 private:
     struct Use {
@@ -87,7 +86,7 @@ private:
 
 // A session that is made for a client, and the client's variable for its handle. Without Keep the
 // session ends with this object, and the variable is 0 again.
-class NewSession {
+class NewSession : NotCopied {
 public:
     explicit NewSession(LONG_PTR& variable)
         : handle_(SessionTable::Instance().Create()), variable_(variable) {
@@ -98,8 +97,6 @@ public:
         variable_ = 0;
         SessionTable::Instance().Destroy(handle_);
     }
-    NewSession(const NewSession&) = delete;
-    NewSession& operator=(const NewSession&) = delete;
 
     LONG_PTR Handle() const { return handle_; }
     void Keep() { handle_ = 0; }
@@ -112,14 +109,12 @@ private:
 // The session for one call: the one that a handle names, or a temporary one for handle 0 where the
 // method allows it, which ends with this object. Empty when there is no session to use, or when
 // another call is at work on it. While it lives a quiet session's calls show nothing.
-class SessionForCall {
+class SessionForCall : NotCopied {
 public:
     enum class WithoutHandle { kFail, kMakeTemporary };
 
     SessionForCall(LONG_PTR handle, WithoutHandle withoutHandle);
     ~SessionForCall();
-    SessionForCall(const SessionForCall&) = delete;
-    SessionForCall& operator=(const SessionForCall&) = delete;
 
     explicit operator bool() const { return session_ != nullptr; }
     DepotSession* operator->() const { return session_; }

@@ -53,11 +53,7 @@ Result WriteText(const AnyPlace& place, std::wstring_view text, TEXT_ENCODING wa
     Result known = EncodingFor(place, wanted, encoding);
     if (!known) return known;
     const std::optional<std::string> bytes = BytesFromText(encoding, text);
-    if (!bytes) return Unconvertible(place);
-    FileBuffer file = {static_cast<std::uint32_t>(bytes->size()),
-                       std::make_unique<std::uint8_t[]>(bytes->size() + kFileBufferReserve)};
-    bytes->copy(reinterpret_cast<char*>(file.bytes.get()), bytes->size());
-    return WriteFileAt(place, file);
+    return bytes ? WriteFileAt(place, BufferOf(*bytes)) : Unconvertible(place);
 }
 
 }  // namespace

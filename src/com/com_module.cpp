@@ -7,6 +7,7 @@
 #include "com/registrar.h"
 #include "com/type_library.h"
 #include "platform/module_state.h"
+#include "platform/not_copied.h"
 #include "platform/wide_text.h"
 
 namespace depot {
@@ -16,12 +17,10 @@ CComModule* theModule = nullptr;
 
 // Switches the thread to the system's default locale, in which registry content is written, and
 // back on every way out.
-class SystemLocaleScope {
+class SystemLocaleScope : NotCopied {
 public:
     SystemLocaleScope() : previous_(GetThreadLocale()) { SetThreadLocale(LOCALE_SYSTEM_DEFAULT); }
     ~SystemLocaleScope() { SetThreadLocale(previous_); }
-    SystemLocaleScope(const SystemLocaleScope&) = delete;
-    SystemLocaleScope& operator=(const SystemLocaleScope&) = delete;
 
 private:
     LCID previous_;

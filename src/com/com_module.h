@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "com/automation.h"
+#include "platform/not_copied.h"
 #include "platform/win32.h"
 // After the Windows headers.
 #include <objidl.h>
@@ -35,12 +36,10 @@ struct ModuleIdentity {
 };
 
 // The module object of a DLL. There is one, made when the DLL is loaded.
-class CComModule {
+class CComModule : NotCopied {
 public:
     // REQUIRES: what `identity` refers to lives as long as the DLL is loaded.
     explicit CComModule(const ModuleIdentity& identity);
-    CComModule(const CComModule&) = delete;
-    CComModule& operator=(const CComModule&) = delete;
 
     // Runs the termination routines of the object map and those that were registered, and lets go
     // of the Global Interface Table.

@@ -9,7 +9,7 @@ namespace depot {
 
 CDepotPath::CDepotPath(CDepotPaths* owningPaths) : owner(owningPaths) {}
 
-CDepotPath::CDepotPath(const CDepotPath& other) : LocationSettings() {
+CDepotPath::CDepotPath(const CDepotPath& other) : CDepotPath(other.owner) {
     CDepotPath::CopyFrom(&other);
 }
 

@@ -45,6 +45,11 @@ struct LocationSettings {
 
     // What a location is stands here alone; else ask the store of its depot.
     bool IsDirectory() const { return type == kDirectoryLocation; }
+    // Whether a user logs on there with a name and a password.
+    bool NeedsUserName() const {
+        return authentication != kAnonymousAuthentication &&
+               authentication != kNegotiateAuthentication;
+    }
 
     std::uint32_t type = kFolderLocation;
     std::string path;  // as written in the registry, macros and all

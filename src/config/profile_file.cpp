@@ -56,13 +56,12 @@ int WriteProfileValue(const char* section, const char* key, const char* value, c
                                       file);
 }
 
-std::string ReadProfileString(const std::string& section, const std::string& key,
-                              const std::string& defaultValue, std::uint32_t size,
-                              const std::string& file) {
+std::string ReadProfileString(const ProfileRead& read, const std::string& file) {
+    const auto& [section, key, defaultValue, size] = read;
     if (!Fits(section) || !Fits(key) || !Fits(file)) return CutDefault(defaultValue, size);
     if (!Fits(defaultValue)) {
         // A value without text counts as missing here.
-        std::string text = ReadProfileString(section, key, {}, size, file);
+        std::string text = ReadProfileString({section, key, {}, size}, file);
         return text.empty() ? CutDefault(defaultValue, size) : text;
     }
     std::string text;

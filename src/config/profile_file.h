@@ -19,11 +19,17 @@ inline constexpr DWORD kProfileTextTooLong = ERROR_BUFFER_OVERFLOW;
 // file was written.
 int WriteProfileValue(const char* section, const char* key, const char* value, const char* file);
 
-// Returns what GetPrivateProfileStringA gives for a buffer of `size` characters: at most `size` - 1
-// of them. A large `size` costs no more memory than the value needs.
-std::string ReadProfileString(const std::string& section, const std::string& key,
-                              const std::string& defaultValue, std::uint32_t size,
-                              const std::string& file);
+// What is read of a profile: at most `size` - 1 characters of a value, or of its default.
+struct ProfileRead {
+    const std::string& section;
+    const std::string& key;
+    const std::string& defaultValue;
+    std::uint32_t size;
+};
+
+// Returns what GetPrivateProfileStringA gives for a buffer of that size. A large one costs no more
+// memory than the value needs.
+std::string ReadProfileString(const ProfileRead& read, const std::string& file);
 
 // Returns what GetPrivateProfileIntA gives.
 std::uint32_t ReadProfileInt(const std::string& section, const std::string& key,

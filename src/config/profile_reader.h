@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "config/profile_encoding.h"
+#include "platform/not_copied.h"
 #include "platform/win32.h"
 
 namespace depot {
@@ -19,12 +20,10 @@ struct ProfileRow {
 // A temporary file with a profile's text in UTF-16, which the system's profile functions read
 // without any code page. It belongs to this object. Texts are given and returned in UTF-8 unless
 // they are wide.
-class ProfileReader {
+class ProfileReader : NotCopied {
 public:
     ProfileReader(const ProfileEncoding& encoding, std::string_view bytes);
     ~ProfileReader();
-    ProfileReader(const ProfileReader&) = delete;
-    ProfileReader& operator=(const ProfileReader&) = delete;
 
     // The system's error where the file could not be made; 0 where it was.
     DWORD Failure() const { return failure_; }

@@ -6,11 +6,12 @@
 
 #include "directory/assertion.h"
 #include "directory/entry_store.h"
+#include "platform/not_copied.h"
 
 namespace depot {
 
 // The condition that an entry's contents are what `present` says, for one request.
-class ContentsAssertion {
+class ContentsAssertion : NotCopied {
 public:
     ContentsAssertion(const std::string& attribute, const FileBuffer& present)
         : filter_(present.bytes ? AssertEquals(attribute, BytesOf(present))
@@ -21,8 +22,6 @@ public:
         // A server that does not know the control after all must not leave the condition out.
         control_.ldctl_iscritical = TRUE;
     }
-    ContentsAssertion(const ContentsAssertion&) = delete;
-    ContentsAssertion& operator=(const ContentsAssertion&) = delete;
 
     LDAPControlA** Controls() { return controls_; }
 

@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <memory>
 
+#include "platform/not_copied.h"
+
 namespace depot {
 
 class LdapConnection;
@@ -12,12 +14,10 @@ class LdapConnection;
 // follow: a call connects and binds once to each location that it uses. Its end closes them, but
 // for those of locations that want theirs kept. Scopes nest; a connection belongs to the innermost
 // one in which it was opened.
-class CallConnections {
+class CallConnections : NotCopied {
 public:
     CallConnections();
     ~CallConnections();
-    CallConnections(const CallConnections&) = delete;
-    CallConnections& operator=(const CallConnections&) = delete;
 
     // The innermost of this thread; null where there is none.
     static CallConnections* Current();

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "directory/ldap_connection.h"
+#include "platform/not_copied.h"
 
 namespace depot {
 
@@ -11,14 +12,12 @@ class CLDAPItems;
 
 // Keeps a connection for the work of one operation: opened if there was none, asking for
 // credentials where none are known or the known ones fail, and then released.
-class ConnectionScope {
+class ConnectionScope : NotCopied {
 public:
     explicit ConnectionScope(LdapConnection& connection);
     // A failure becomes the object's last error; `errorText`, which may be null, receives the text.
     ConnectionScope(CLDAPItems& directory, std::string* errorText);
     ~ConnectionScope();
-    ConnectionScope(const ConnectionScope&) = delete;
-    ConnectionScope& operator=(const ConnectionScope&) = delete;
 
     explicit operator bool() const { return outcome_.IsDone(); }
     const Result& Outcome() const { return outcome_; }

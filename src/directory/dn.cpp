@@ -40,9 +40,8 @@ std::optional<std::string> WithoutPrefix(std::string_view component, const std::
 // Returns the byte of the escape "\XX" at that position when it lies above ASCII.
 std::optional<char> EscapedByteAt(std::string_view text, std::size_t at) {
     if (at >= text.size() || text[at] != '\\') return std::nullopt;
-    const int byte = HexByte(text, at + 1);
-    if (byte < 0x80) return std::nullopt;
-    return static_cast<char>(static_cast<unsigned char>(byte));
+    const std::optional<unsigned char> byte = HexByte(text, at + 1);
+    return byte && *byte >= 0x80 ? std::optional(static_cast<char>(*byte)) : std::nullopt;
 }
 
 std::string EscapedRunAt(std::string_view text, std::size_t at) {
@@ -51,6 +50,14 @@ std::string EscapedRunAt(std::string_view text, std::size_t at) {
         bytes.push_back(*byte);
     }
     return bytes;
+}
+
+std::string ObjectKey(std::string_view mark, std::string_view host, std::uint32_t port) {
+    // An object's name has at most 259 characters, 30 of which precede the key; a backslash in it
+    // would stand for a folder of objects.
+    constexpr std::size_t kLongestKey = 259 - 30;
+    const std::string key = Concatenate({mark, ToLower(host), ":", NumberText(port)});
+    return ReplaceAllNoCase(CutToBytes(key, kLongestKey), "\\", "/");
 }
 
 }  // namespace
@@ -124,18 +131,6 @@ std::string UnsafeNamesText(std::uint32_t count) {
     return Concatenate({CountText(count, "entry was", "entries were"),
                         " left out: the name cannot be the name of a local file."});
 }
-
-namespace {
-
-std::string ObjectKey(std::string_view mark, std::string_view host, std::uint32_t port) {
-    // An object's name has at most 259 characters, 30 of which precede the key; a backslash in it
-    // would stand for a folder of objects.
-    constexpr std::size_t kLongestKey = 259 - 30;
-    const std::string key = Concatenate({mark, ToLower(host), ":", NumberText(port)});
-    return ReplaceAllNoCase(CutToBytes(key, kLongestKey), "\\", "/");
-}
-
-}  // namespace
 
 std::string UnseenContentsText(std::string_view name) {
     return Concatenate({"\"", name, "\": ", kUnseenContentsText});

@@ -5,10 +5,10 @@
 namespace depot {
 namespace {
 
-int HexDigit(char c) {
+std::optional<int> HexDigit(char c) {
     if (c >= '0' && c <= '9') return c - '0';
     if (c >= 'A' && c <= 'F') return c - 'A' + 10;
-    return c >= 'a' && c <= 'f' ? c - 'a' + 10 : -1;
+    return c >= 'a' && c <= 'f' ? std::optional(c - 'a' + 10) : std::nullopt;
 }
 
 bool IsControl(char c) {
@@ -31,10 +31,11 @@ std::string Escaped(char c, bool isFirst, bool isLast) {
 
 }  // namespace
 
-int HexByte(std::string_view text, std::size_t at) {
-    if (at + 2 > text.size()) return -1;
-    const int high = HexDigit(text[at]), low = HexDigit(text[at + 1]);
-    return high < 0 || low < 0 ? -1 : high * 16 + low;
+std::optional<unsigned char> HexByte(std::string_view text, std::size_t at) {
+    if (at + 2 > text.size()) return std::nullopt;
+    const std::optional<int> high = HexDigit(text[at]), low = HexDigit(text[at + 1]);
+    if (!high || !low) return std::nullopt;
+    return static_cast<unsigned char>(*high * 16 + *low);
 }
 
 std::string EscapedName(std::string_view name) {
@@ -55,7 +56,7 @@ std::string EscapedName(std::string_view name) {
 std::size_t EscapeLength(std::string_view text, std::size_t at) {
     if (at + 1 >= text.size() || text[at] != '\\') return 0;
     // The character behind the backslash may have several bytes.
-    return HexByte(text, at + 1) >= 0 ? 3 : 1 + CharacterLength(text, at + 1);
+    return HexByte(text, at + 1) ? 3 : 1 + CharacterLength(text, at + 1);
 }
 
 std::string UnescapedName(std::string_view escaped) {
@@ -63,11 +64,11 @@ std::string UnescapedName(std::string_view escaped) {
     for (std::size_t at = 0; at < escaped.size();) {
         const std::size_t escape = EscapeLength(escaped, at);
         const std::size_t length = escape > 0 ? escape : CharacterLength(escaped, at);
-        const int byte = escape > 0 ? HexByte(escaped, at + 1) : -1;
-        if (byte > 0 && byte < 0x80) {
-            name.push_back(static_cast<char>(byte));
+        const auto byte = escape > 0 ? HexByte(escaped, at + 1) : std::nullopt;
+        if (byte && *byte > 0 && *byte < 0x80) {
+            name.push_back(static_cast<char>(*byte));
         } else {
-            const bool isCharacter = escape > 0 && byte < 0;
+            const bool isCharacter = escape > 0 && !byte;
             name.append(escaped.substr(at, length).substr(isCharacter ? 1 : 0));
         }
         at += length;

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -16,8 +17,8 @@ std::string EscapedName(std::string_view name);
 // above ASCII, and of a NUL, stay.
 std::string UnescapedName(std::string_view escaped);
 
-// Returns the byte of the two hexadecimal digits at that position; negative where there are none.
-int HexByte(std::string_view text, std::size_t at);
+// Returns the byte of the two hexadecimal digits at that position, where there are any.
+std::optional<unsigned char> HexByte(std::string_view text, std::size_t at);
 
 // How many bytes the escape at that position takes; 0 where none begins.
 std::size_t EscapeLength(std::string_view text, std::size_t at);

@@ -1,6 +1,7 @@
 // The entries of one directory location and their contents.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <memory>
@@ -15,6 +16,7 @@
 #include "directory/paged_search.h"
 #include "directory/tree_bounds.h"
 #include "platform/digest.h"
+#include "platform/not_copied.h"
 #include "platform/result.h"
 
 namespace depot {
@@ -26,6 +28,15 @@ struct FileBuffer {
     std::unique_ptr<std::uint8_t[]> bytes;
 };
 inline constexpr std::uint32_t kFileBufferReserve = 4;
+
+// Returns a buffer with a copy of the bytes, or of the characters.
+template <class Bytes>
+FileBuffer BufferOf(const Bytes& bytes) {
+    FileBuffer buffer = {static_cast<std::uint32_t>(bytes.size()),
+                         std::make_unique<std::uint8_t[]>(bytes.size() + kFileBufferReserve)};
+    std::copy(bytes.begin(), bytes.end(), buffer.bytes.get());
+    return buffer;
+}
 
 inline Digest DigestOf(const FileBuffer& buffer) {
     return DigestOf(buffer.bytes.get(), buffer.length);
@@ -88,12 +99,10 @@ struct Removal {
 //
 // A failure carries the directory's code and its text; without a connection, and without the client
 // library or an entry point, the code is LDAP_SERVER_DOWN.
-class EntryStore {
+class EntryStore : NotCopied {
 public:
     EntryStore(LdapConnection& connection, const LocationSchema& schema)
         : connection_(connection), schema_(schema) {}
-    EntryStore(const EntryStore&) = delete;
-    EntryStore& operator=(const EntryStore&) = delete;
 
     // Lists the children of a folder into `items`, which is emptied first; each child's path is its
     // DN or, with a `localBase`, that folder's path joined with the child's name. What has a name

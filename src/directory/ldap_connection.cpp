@@ -13,7 +13,6 @@
 namespace depot {
 namespace {
 
-constexpr char kMessageTitle[] = "Quillon";
 constexpr char kErrorPrefix[] = "LDAP: ";
 
 // The client's own number for the longest time that sending a request may take.
@@ -256,11 +255,6 @@ std::uint32_t LdapConnection::Bind(const Credentials& credentials) {
     return Traced("ldap_bind ", code);
 }
 
-bool LdapConnection::BindsWithoutCredentials() const {
-    return location_.authentication == kAnonymousAuthentication ||
-           location_.authentication == kNegotiateAuthentication;
-}
-
 void LdapConnection::FinishBind() {
     shared_.SetLastError(LDAP_SUCCESS);
     shared_.Accepted();
@@ -310,7 +304,7 @@ Result LdapConnection::Report(std::uint32_t code) {
     shared_.SetLastError(code);
     if (code == LDAP_SUCCESS) return {};
     Error error = {ReasonOf(code), CodeKind::kDirectory, code, Text(code)};
-    ShowNotice(WithHelpWhereUnseen(error.text, code), kMessageTitle, nullptr);
+    ShowNotice(WithHelpWhereUnseen(error.text, code));
     return error;
 }
 
@@ -320,7 +314,7 @@ std::string LdapConnection::Text(std::uint32_t code) {
 
 std::string LdapConnection::TextOf(std::uint32_t code) const {
     std::string text;
-    FormatErrorText(client_.LdapMapErrorToWin32(code), nullptr, kMessageTitle, &text, nullptr);
+    FormatErrorText(client_.LdapMapErrorToWin32(code), nullptr, nullptr, &text, nullptr);
     return text.empty() ? text : kErrorPrefix + text;
 }
 

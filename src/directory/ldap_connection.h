@@ -16,6 +16,7 @@
 #include "directory/shared_credentials.h"
 #include "platform/digest.h"
 #include "platform/directory_client.h"
+#include "platform/not_copied.h"
 #include "platform/paging_client.h"
 
 namespace depot {
@@ -28,15 +29,13 @@ CredentialsPrompt* InstallCredentialsPrompt(CredentialsPrompt* prompt);
 // The client's entry points and the handle of one location's server: how it is opened, bound and
 // ended, and how a failure is described. Borrows the location's record. Used by one thread at a
 // time.
-class LdapConnection {
+class LdapConnection : NotCopied {
 public:
     // No connection is kept for longer, in seconds.
     static constexpr std::uint32_t kLongestKeptConnection = 3600;
 
     explicit LdapConnection(CDepotPath& location);
     ~LdapConnection();
-    LdapConnection(const LdapConnection&) = delete;
-    LdapConnection& operator=(const LdapConnection&) = delete;
 
     // Connects to the server and binds as the location says. A failure is shown in a message box;
     // after a failed simple bind the user is asked for credentials, until the user gives up.
@@ -166,7 +165,6 @@ private:
     std::uint32_t ReachServer();
     std::uint32_t Secure();
     std::uint32_t Bind(const Credentials& credentials);
-    bool BindsWithoutCredentials() const;
     void FinishBind();
     // Leaves the connection unusable for the rest of the call.
     void Fail();

@@ -9,44 +9,27 @@
 
 namespace depot {
 
-struct LdapUnbinder {
-    const DirectoryClient* client = nullptr;
-    void operator()(LDAP* connection) const { client->ldap_unbind_s(connection); }
+// Releases what a client's functions returned by the function of its table that does so.
+template <class Client, auto kRelease>
+struct ClientReleaser {
+    const Client* client = nullptr;
+    template <class Owned>
+    void operator()(Owned* owned) const {
+        (client->*kRelease)(owned);
+    }
 };
-using UniqueLdap = std::unique_ptr<LDAP, LdapUnbinder>;
+template <class Owned, auto kRelease>
+using OwnedByClient = std::unique_ptr<Owned, ClientReleaser<DirectoryClient, kRelease>>;
 
-struct LdapMessageFreer {
-    const DirectoryClient* client = nullptr;
-    void operator()(LDAPMessage* message) const { client->ldap_msgfree(message); }
-};
-using UniqueLdapMessage = std::unique_ptr<LDAPMessage, LdapMessageFreer>;
-
-// Owns a text of the client's: a DN or an attribute's name.
-struct LdapTextFreer {
-    const DirectoryClient* client = nullptr;
-    void operator()(char* text) const { client->ldap_memfree(text); }
-};
-using UniqueLdapText = std::unique_ptr<char, LdapTextFreer>;
-
-// Owns a list of texts: the values of an attribute or the components of a DN.
-struct LdapValuesFreer {
-    const DirectoryClient* client = nullptr;
-    void operator()(char** values) const { client->ldap_value_free(values); }
-};
-using UniqueLdapValues = std::unique_ptr<char*, LdapValuesFreer>;
-
-struct LdapBytesFreer {
-    const DirectoryClient* client = nullptr;
-    void operator()(berval** values) const { client->ldap_value_free_len(values); }
-};
-using UniqueLdapBytes = std::unique_ptr<berval*, LdapBytesFreer>;
-
-// Owns one value that stands alone.
-struct LdapValueFreer {
-    const DirectoryClient* client = nullptr;
-    void operator()(berval* value) const { client->ber_bvfree(value); }
-};
-using UniqueLdapValue = std::unique_ptr<berval, LdapValueFreer>;
+using UniqueLdap = OwnedByClient<LDAP, &DirectoryClient::ldap_unbind_s>;
+using UniqueLdapMessage = OwnedByClient<LDAPMessage, &DirectoryClient::ldap_msgfree>;
+// A text of the client's: a DN or an attribute's name.
+using UniqueLdapText = OwnedByClient<char, &DirectoryClient::ldap_memfree>;
+// A list of texts: the values of an attribute or the components of a DN.
+using UniqueLdapValues = OwnedByClient<char*, &DirectoryClient::ldap_value_free>;
+using UniqueLdapBytes = OwnedByClient<berval*, &DirectoryClient::ldap_value_free_len>;
+// One value that stands alone.
+using UniqueLdapValue = OwnedByClient<berval, &DirectoryClient::ber_bvfree>;
 
 // Owns the position of a walk over an entry's attributes.
 struct LdapPositionFreer {

@@ -9,6 +9,7 @@
 #include "directory/entry_store.h"
 #include "directory/ldap_connection.h"
 #include "directory/location_schema.h"
+#include "platform/not_copied.h"
 
 namespace depot {
 
@@ -18,13 +19,11 @@ namespace depot {
 // The operations are those of the parts. Unless stated otherwise one returns 1 or 0 and leaves the
 // code of a failed directory call as the last error; an `errorText`, where one is given, receives
 // the message.
-class CLDAPItems {
+class CLDAPItems : NotCopied {
 public:
     explicit CLDAPItems(CDepotPath* location);
     // Unbinds every handle and closes the last view of the shared block.
     ~CLDAPItems();
-    CLDAPItems(const CLDAPItems&) = delete;
-    CLDAPItems& operator=(const CLDAPItems&) = delete;
 
     LdapConnection& Connection() { return connection_; }
     const LocationSchema& Schema() const { return schema_; }

@@ -35,7 +35,7 @@ Result LdapConnection::Connect(const Credentials& credentials) {
             return {};
         }
         // No credentials would help there.
-        if (BindsWithoutCredentials()) shared_.TurnPromptingOff();
+        if (!location_.NeedsUserName()) shared_.TurnPromptingOff();
         attempt.code = bound;
         failure = Report(bound);
     } while (FindOtherCredentials(attempt, failure));
@@ -45,7 +45,7 @@ Result LdapConnection::Connect(const Credentials& credentials) {
 bool LdapConnection::FindOtherCredentials(LogOnAttempt& attempt, Result& failure) {
     // A secured session that breaks says nothing of who logs on.
     const bool broke = location_.security != 0 && !CredentialsMayHelp(attempt.code);
-    if (BindsWithoutCredentials() || broke) {
+    if (!location_.NeedsUserName() || broke) {
         Fail();
         return false;
     }

@@ -13,17 +13,10 @@ constexpr char kOfferedControls[] = "supportedControl";
 // A server may send pages without entries; one that sends nothing else would never end.
 constexpr int kMaxEmptyPages = 100;
 
-struct ControlFreer {
-    const PagingClient* paging = nullptr;
-    void operator()(LDAPControlA* control) const { paging->ldap_control_free(control); }
-};
-using UniqueControl = std::unique_ptr<LDAPControlA, ControlFreer>;
-
-struct ControlsFreer {
-    const PagingClient* paging = nullptr;
-    void operator()(LDAPControlA** controls) const { paging->ldap_controls_free(controls); }
-};
-using UniqueControls = std::unique_ptr<LDAPControlA*, ControlsFreer>;
+template <class Owned, auto kRelease>
+using OwnedByPaging = std::unique_ptr<Owned, ClientReleaser<PagingClient, kRelease>>;
+using UniqueControl = OwnedByPaging<LDAPControlA, &PagingClient::ldap_control_free>;
+using UniqueControls = OwnedByPaging<LDAPControlA*, &PagingClient::ldap_controls_free>;
 
 // Whether a server says that it gives no pages to this user or of this size: of the first page in
 // whatever way, later in one of these. Codes from "server down" on are those of the client itself.

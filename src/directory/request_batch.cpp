@@ -21,6 +21,15 @@ bool RequestBatch::IsPossible(const DirectoryClient& client) {
                      client.ldap_abandon);
 }
 
+template <class Call>
+void RequestBatch::Send(const char* operation, const std::string& dn, const Call& call) {
+    const TraceSpan span(operation, dn);
+    Request request;
+    request.refused = call(&request.id);
+    span.EndWithCode(request.refused);
+    requests_.push_back(request);
+}
+
 void RequestBatch::Search(const std::string& base, ULONG scope,
                           const std::vector<std::string>& attributes) {
     std::vector<char*> names;
@@ -28,40 +37,32 @@ void RequestBatch::Search(const std::string& base, ULONG scope,
     for (const std::string& attribute : attributes) names.push_back(ClientText(attribute));
     names.push_back(nullptr);
     std::string filter = kAnyEntry;
-    const TraceSpan span("ldap_search_ext", base);
-    ULONG id = 0;
-    const std::uint32_t code = connection_.Client().ldap_search_ext(
-        connection_.Handle(), ClientText(base), scope, filter.data(), names.data(), 0, nullptr,
-        nullptr, connection_.AnswerLimit(), 0, &id);
-    span.EndWithCode(code);
-    Note(code, id);
+    Send("ldap_search_ext", base, [&](ULONG* id) {
+        return connection_.Client().ldap_search_ext(connection_.Handle(), ClientText(base), scope,
+                                                    filter.data(), names.data(), 0, nullptr,
+                                                    nullptr, connection_.AnswerLimit(), 0, id);
+    });
 }
 
 void RequestBatch::Add(const std::string& dn, LDAPModA** attributes) {
-    const TraceSpan span("ldap_add_ext", dn);
-    ULONG id = 0;
-    const std::uint32_t code = connection_.Client().ldap_add_ext(
-        connection_.Handle(), ClientText(dn), attributes, nullptr, nullptr, &id);
-    span.EndWithCode(code);
-    Note(code, id);
+    Send("ldap_add_ext", dn, [&](ULONG* id) {
+        return connection_.Client().ldap_add_ext(connection_.Handle(), ClientText(dn), attributes,
+                                                 nullptr, nullptr, id);
+    });
 }
 
 void RequestBatch::Modify(const std::string& dn, LDAPModA** changes, LDAPControlA** conditions) {
-    const TraceSpan span("ldap_modify_ext", dn);
-    ULONG id = 0;
-    const std::uint32_t code = connection_.Client().ldap_modify_ext(
-        connection_.Handle(), ClientText(dn), changes, conditions, nullptr, &id);
-    span.EndWithCode(code);
-    Note(code, id);
+    Send("ldap_modify_ext", dn, [&](ULONG* id) {
+        return connection_.Client().ldap_modify_ext(connection_.Handle(), ClientText(dn), changes,
+                                                    conditions, nullptr, id);
+    });
 }
 
 void RequestBatch::Delete(const std::string& dn, LDAPControlA** conditions) {
-    const TraceSpan span("ldap_delete_ext", dn);
-    ULONG id = 0;
-    const std::uint32_t code = connection_.Client().ldap_delete_ext(
-        connection_.Handle(), ClientText(dn), conditions, nullptr, &id);
-    span.EndWithCode(code);
-    Note(code, id);
+    Send("ldap_delete_ext", dn, [&](ULONG* id) {
+        return connection_.Client().ldap_delete_ext(connection_.Handle(), ClientText(dn),
+                                                    conditions, nullptr, id);
+    });
 }
 
 std::uint32_t RequestBatch::Await(UniqueLdapMessage& answer) {

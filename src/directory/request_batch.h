@@ -8,6 +8,7 @@
 
 #include "directory/ldap_connection.h"
 #include "directory/ldap_handles.h"
+#include "platform/not_copied.h"
 
 namespace depot {
 
@@ -15,12 +16,10 @@ namespace depot {
 // order: what has to be there before something else is sent in an earlier batch. Answers are handed
 // out in the order of sending; what is not awaited is abandoned with the object. Borrows the
 // connection.
-class RequestBatch {
+class RequestBatch : NotCopied {
 public:
     explicit RequestBatch(LdapConnection& connection) : connection_(connection) {}
     ~RequestBatch();
-    RequestBatch(const RequestBatch&) = delete;
-    RequestBatch& operator=(const RequestBatch&) = delete;
 
     // Whether the client can do this at all.
     static bool IsPossible(const DirectoryClient& client);
@@ -41,7 +40,9 @@ private:
         ULONG id = 0;
     };
 
-    void Note(std::uint32_t refused, ULONG id) { requests_.push_back({refused, id}); }
+    // Sends a request by `call`, which stores its number.
+    template <class Call>
+    void Send(const char* operation, const std::string& dn, const Call& call);
     std::uint32_t Failure() const;
 
     LdapConnection& connection_;

@@ -77,10 +77,8 @@ SecretText SharedCredentials::SharedPassword() {
 
 Credentials SharedCredentials::Own() const {
     Credentials own = {location_.host, location_.username, location_.password};
-    const bool needsNames = location_.authentication != kAnonymousAuthentication &&
-                            location_.authentication != kNegotiateAuthentication;
-    const bool mayBeStored = needsNames && own.password.empty() && !ignoresStored_ &&
-                             !location_.credentialTarget.empty();
+    const bool mayBeStored =
+        location_.NeedsUserName() && own.password.empty() && !ignoresStored_ && MayBeStored();
     if (!mayBeStored) return own;
     const auto stored = ReadCredential(location_.credentialTarget);
     // A definition that names another server, or leaves it unsecured, gets nothing.
@@ -91,7 +89,7 @@ Credentials SharedCredentials::Own() const {
 }
 
 Credentials SharedCredentials::Paired() {
-    const Credentials own = Own();
+    Credentials own = Own();
     if (!own.password.empty()) return own;
     const Credentials shared = {own.server, SharedUserName(), SharedPassword()};
     const bool isFor = own.userName.empty() || own.userName == shared.userName;
@@ -115,8 +113,7 @@ Credentials SharedCredentials::Known() {
     return known;
 }
 
-bool SharedCredentials::IsFilling(const Credentials& credentials) {
-    const Credentials own = Own();
+bool SharedCredentials::IsFilling(const Credentials& credentials, const Credentials& own) {
     if (!IsComplete(credentials) || IsComplete(own)) return false;
     if (!own.password.empty()) return credentials.password == own.password;
     return !own.userName.empty() && credentials.userName == own.userName &&
@@ -147,7 +144,8 @@ void SharedCredentials::Accepted() {
 }
 
 void SharedCredentials::KeepInRecord(const Credentials& credentials) {
-    if (IsFilling(credentials)) beforeFilling_ = Own();
+    Credentials own = Own();
+    if (IsFilling(credentials, own)) beforeFilling_ = std::move(own);
     location_.username = credentials.userName;
     location_.password = credentials.password;
 }
@@ -155,7 +153,7 @@ void SharedCredentials::KeepInRecord(const Credentials& credentials) {
 std::optional<Credentials> SharedCredentials::Untried(const Credentials& known,
                                                       const LogOnAttempt* failed) {
     if (!IsComplete(known) || LastErrorOr(0) != 0) return std::nullopt;
-    if (fillingFailed_ && IsFilling(known)) return std::nullopt;
+    if (fillingFailed_ && IsFilling(known, Own())) return std::nullopt;
     if (failed == nullptr) return known;
     // Another process may have logged on, or failed, while the user read what went wrong here: that
     // must neither keep the dialog away nor have the same credentials fail again.

@@ -75,8 +75,8 @@ public:
     DirectoryInfoBlock& Block() { return info_; }
 
 private:
-    // Whether these complete a record with what was typed for somebody else.
-    bool IsFilling(const Credentials& credentials);
+    // Whether these complete a record, which holds `own`, with what was typed for somebody else.
+    bool IsFilling(const Credentials& credentials, const Credentials& own);
 
     CDepotPath& location_;
     DirectoryInfoBlock info_;

@@ -71,12 +71,7 @@ Result LookAt(const AnyPlace& place, ItemKind& kind) {
 }
 
 bool FitsKind(const AnyPlace& place, ItemKind kind) {
-    const StorePath at = place.Stored();
-    const Store& store = *at.store;
-    // Where files and folders are named alike, the dot alone distinguishes them.
-    const bool namesAlike = !store.LocalPath(at.path) &&
-                            store.ChildPath({}, "x", true) == store.ChildPath({}, "x", false);
-    if (!namesAlike || place.IsRoot()) return true;
+    if (!place.Stored().store->NamesAlike() || place.IsRoot()) return true;
     return HasDot(place) == (kind == ItemKind::kFile);
 }
 

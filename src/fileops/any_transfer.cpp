@@ -10,10 +10,6 @@
 namespace depot {
 namespace {
 
-bool IsLocal(const StorePath& place) {
-    return place.store->LocalPath(place.path).has_value();
-}
-
 // One transfer: both places, open, and what is there.
 class Transfer {
 public:
@@ -84,7 +80,7 @@ private:
     bool Rename(Result& renamed) {
         if (source_.store != target_.store) return false;
         const PathPair paths = {source_.path, target_.path};
-        if (IsLocal(source_)) {
+        if (source_.store->IsLocal()) {
             StoreSource held;
             renamed = source_.store->Rename(paths, Existing(), held);
             return renamed || renamed.Why().code != ERROR_NOT_SAME_DEVICE;
@@ -149,8 +145,9 @@ Result PlaceInFolder(CDepots& depots, const AnyPlace& from, const std::string& f
     const StorePath source = from.Stored(), target = place.Stored();
     // What a directory calls its own must not become a device, a stream or another file's short
     // name.
-    const bool fits = target.store->CanHold(name) &&
-                      (IsLocal(source) || !IsLocal(target) || !MayBeShortName(name));
+    const bool fits =
+        target.store->CanHold(name) &&
+        (source.store->IsLocal() || !target.store->IsLocal() || !MayBeShortName(name));
     return fits ? Result() : SystemError(ERROR_INVALID_NAME, place.path);
 }
 

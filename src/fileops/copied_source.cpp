@@ -9,7 +9,7 @@ namespace depot {
 namespace {
 
 // How many bytes a store compares at once before it removes files.
-constexpr std::uint64_t kBytesAtOnce = 1024 * 1024;
+constexpr std::uint64_t kBytesAtOnce = std::uint64_t{1024} * 1024;
 
 // The removal of what was copied, from the bottom up.
 class Removals {

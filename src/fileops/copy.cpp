@@ -11,17 +11,13 @@
 namespace depot {
 namespace {
 
-bool IsLocal(const StorePath& place) {
-    return place.store->LocalPath(place.path).has_value();
-}
-
 Error SystemFailure(Reason reason, DWORD code) {
     return {reason, CodeKind::kSystem, code};
 }
 
 // What a copy may be to its own source, and what it may replace then.
 Result RefuseItself(const CopyRequest& request, ExistingEntries& existing) {
-    if (IsLocal(request.from) != IsLocal(request.to) ||
+    if (request.from.store->IsLocal() != request.to.store->IsLocal() ||
         !Overlaps(request.from, request.to, request.fate)) {
         return {};
     }
@@ -80,7 +76,7 @@ public:
 private:
     Result Plan(StoreSource& source) {
         stage_ = CopyStage::kTree;
-        Result listed = ListTree(*request_.from.store, request_.from.path, tree_, &source);
+        Result listed = ListTree(*request_.from.store, request_.from.path, tree_, {&source});
         if (!listed) return listed;
         const bool isWhole = tree_.left.IsNothing();
         if (!isWhole && request_.fate == SourceFate::kGoes) return Incomplete();
@@ -283,7 +279,7 @@ CopyOutcome CopyTreeThroughFolder(const CopyRequest& request, StoreSource& sourc
 }
 
 CopyOutcome CopyTree(const CopyRequest& request, StoreSource& source) {
-    const bool isInReach = IsLocal(request.from) || IsLocal(request.to);
+    const bool isInReach = request.from.store->IsLocal() || request.to.store->IsLocal();
     return isInReach ? TreeCopy(request).Run(source) : CopyTreeThroughFolder(request, source);
 }
 

@@ -30,17 +30,16 @@ Result MoveByShell(PathPair paths, HWND window, UINT operation) {
 
 // Whether what has this name may go into a folder under it.
 bool IsFitForFolder(const FileCopy& copy, const CopyRequest& request, const std::string& name) {
-    const bool isForeign = request.from.store->LocalPath({}) == std::nullopt;
-    const bool betweenEntries = isForeign && request.to.store->LocalPath({}) == std::nullopt;
+    const bool isForeign = !request.from.store->IsLocal();
+    const bool betweenEntries = isForeign && !request.to.store->IsLocal();
     return request.from.store->CanHold(name) && request.to.store->CanHold(name) &&
            !(betweenEntries && HoldsRoot(copy.depot, copy.source)) &&
            !(isForeign && !betweenEntries && MayBeShortName(name));
 }
 
 Result RefuseName(const CopyRequest& request) {
-    const Result refused = ReportedCopy(
-        request,
-        {Error{Reason::kBadName, CodeKind::kDirectory, LDAP_NAMING_VIOLATION, UnsafeNamesText(1)}});
+    Result refused = ReportedCopy(request, {Error{Reason::kBadName, CodeKind::kDirectory,
+                                                  LDAP_NAMING_VIOLATION, UnsafeNamesText(1)}});
     SetLastError(ERROR_INVALID_NAME);
     return refused;
 }
@@ -64,7 +63,7 @@ int FileExists(CDepot& depot, const std::string& path) {
 
 Result DeleteDepotFile(CDepot& depot, const std::string& path) {
     const StorePath place = PlaceOf(depot, path);
-    if (place.store->LocalPath(place.path)) {
+    if (place.store->IsLocal()) {
         if (!place.store->CheckTarget(place.path)) return Refuse(depot, path);
         return place.store->Remove(place.path, ItemKind::kFile);
     }
@@ -87,7 +86,7 @@ Result MoveDepotFile(const FileMove& move) {
         return Refuse(move.depot, move.destination);
     }
     const PathPair paths = {from.path, to.path};
-    if (!from.store->LocalPath(from.path)) return MoveWithin(*from.store, paths, move.watcher);
+    if (!from.store->IsLocal()) return MoveWithin(*from.store, paths, move.watcher);
     return MoveByShell(paths, move.window, move.destinationDepot ? FO_MOVE : FO_RENAME);
 }
 
@@ -110,7 +109,7 @@ Result PlanCopy(const FileCopy& copy, CopyRequest& request) {
         return Refuse(copy.depot, request.to.path);
     }
     // An entry that exists gets the new contents in every case.
-    const bool keepsExisting = copy.failIfExists && request.to.store->LocalPath({});
+    const bool keepsExisting = copy.failIfExists && request.to.store->IsLocal();
     if (keepsExisting) request.existing = ExistingEntries::kRefuse;
     request.fate = copy.fate;
     request.watcher = copy.watcher;

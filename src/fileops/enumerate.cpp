@@ -91,7 +91,7 @@ public:
         return added_;
     }
 
-    bool IsLocal() const { return place_.store->LocalPath(place_.path).has_value(); }
+    bool IsLocal() const { return place_.store->IsLocal(); }
 
 private:
     static StorePath FolderPlace(CDepot& depot, const std::string& folder) {

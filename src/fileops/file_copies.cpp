@@ -17,7 +17,7 @@ bool IsOneRequest(const CopyRequest& request) {
 
 // Reads a local file.
 std::optional<FileBuffer> ReadLocal(const StorePath& from) {
-    if (from.path.empty() || !from.store->LocalPath(from.path)) return std::nullopt;
+    if (from.path.empty() || !from.store->IsLocal()) return std::nullopt;
     const StoreScope scope(*from.store);
     StoreSource source;
     if (!scope || !from.store->ReadSource(from.path, SourceFate::kStays, source)) {

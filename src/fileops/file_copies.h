@@ -4,18 +4,14 @@
 #include <vector>
 
 #include "fileops/copy.h"
+#include "platform/not_copied.h"
 
 namespace depot {
 
 // Makes copies whose results are of no interest to whoever asked for them, as if one after another;
 // what they write into a directory is under way together.
-class FileCopies {
+class FileCopies : NotCopied {
 public:
-    FileCopies() = default;
-    ~FileCopies() = default;
-    FileCopies(const FileCopies&) = delete;
-    FileCopies& operator=(const FileCopies&) = delete;
-
     // Makes the copy, or notes it for the next Finish, and all that were noted before where it
     // depends on them. `known` is what was read of the source, if anything was. REQUIRES: the
     // stores stay open until Finish.

@@ -13,6 +13,7 @@
 #include "manager/display_path.h"
 #include "platform/file_names.h"
 #include "platform/local_file.h"
+#include "platform/not_copied.h"
 #include "platform/paths.h"
 #include "platform/temp_file.h"
 #include "platform/text.h"
@@ -22,11 +23,8 @@ namespace depot {
 namespace {
 
 // Whether the shell can work on what is there.
-bool IsInReach(const StorePath& place) {
-    return place.store->LocalPath(place.path).has_value();
-}
 bool IsInReach(const CDepotItem& item) {
-    return IsInReach(PlaceOf(item));
+    return PlaceOf(item).store->IsLocal();
 }
 
 std::unique_ptr<CDepotItem> PlainItem(const std::string& path) {
@@ -38,7 +36,7 @@ std::string NameOf(const CDepotItem& item) {
 }
 
 // Removes the temporary folders that an operation needed, whatever became of it.
-class TemporaryFolders {
+class TemporaryFolders : NotCopied {
 public:
     explicit TemporaryFolders(HWND window) : window_(window) {}
     ~TemporaryFolders() {
@@ -46,8 +44,6 @@ public:
             RemoveFoldersQuietly(folders_, window_);
         }
     }
-    TemporaryFolders(const TemporaryFolders&) = delete;
-    TemporaryFolders& operator=(const TemporaryFolders&) = delete;
 
     // Returns a new folder; empty when none can be made.
     std::string Make() {
@@ -103,7 +99,7 @@ Result RunShellOnItems(const CDepotItems& items, const ItemWork& work);
 // Deletes a source whose copy has arrived. Fails only when there was something to keep.
 Result DeleteMoved(const CDepotItem& item, const CopiedSource& copied, HWND window) {
     const StorePath place = PlaceOf(item);
-    if (IsInReach(place) && IsAsCopied(*place.store, copied)) {
+    if (place.store->IsLocal() && IsAsCopied(*place.store, copied)) {
         CDepotItems source;
         source.Append(item.Clone());
         static_cast<void>(
@@ -150,18 +146,6 @@ std::vector<StorePath> PlacesOf(const CDepotItems& items) {
     return places;
 }
 
-// Copies an item of a list. Those behind it may be read with it, but for what it writes.
-Result CopyWithNext(const CDepotItems& items, std::size_t number, const ItemWork& work,
-                    ReadAhead& ahead, const TransferWatcher& watcher) {
-    const CDepotItem& item = *items.At(number);
-    const CDepotItem& target = *work.target;
-    const std::optional<FileBuffer> known = ahead.Take(number);
-    Result done = OperateOnItem(item, work, {watcher, nullptr, known ? &*known : nullptr});
-    const bool isFolder = EndsInSeparator(target.path);
-    ahead.Written(PlaceOf(*target.depot, isFolder ? target.path + NameOf(item) : target.path));
-    return done;
-}
-
 Result OperateOneByOne(const CDepotItems& items, const ItemWork& work,
                        const TransferWatcher& watcher) {
     const StorePath place = PlaceOf(*work.target);
@@ -181,9 +165,14 @@ Result OperateOneByOne(const CDepotItems& items, const ItemWork& work,
         const bool ready = deletes || stores.Hold(place);
         if (progress.IsStopped() || !ready || !stores.Hold(PlaceOf(item))) return Error();
         const TransferWatcher next = progress.Next();
-        Result done = work.operation == FO_COPY && item.depot != nullptr
-                          ? CopyWithNext(items, number, work, ahead, next)
-                          : OperateOnItem(item, work, {next});
+        const bool copies = work.operation == FO_COPY && item.depot != nullptr;
+        // Those behind it may be read with it, but for what it writes.
+        const std::optional<FileBuffer> known = copies ? ahead.Take(number) : std::nullopt;
+        Result done = OperateOnItem(item, work, {next, nullptr, known ? &*known : nullptr});
+        if (copies) {
+            const std::string name = isFolder ? NameOf(item) : std::string();
+            ahead.Written(PlaceOf(*work.target->depot, work.target->path + name));
+        }
         if (!done) return done;
     }
     return {};
@@ -295,9 +284,9 @@ Result CollectEntry(const CDepotItem& item, ShellWork& work, const TransferWatch
     FetchedEntry entry = {&item, {}};
     const std::string folder = work.temporaryFolders.Make();
     if (folder.empty()) return Error();
-    const Result fetched = CopyDepotFile(
-        {*item.depot, item.path, folder + "\\", nullptr, false, watcher,
-         work.removesSources ? SourceFate::kGoes : SourceFate::kStays, &entry.copied, known});
+    Result fetched = CopyDepotFile({*item.depot, item.path, folder + "\\", nullptr, false, watcher,
+                                    work.removesSources ? SourceFate::kGoes : SourceFate::kStays,
+                                    &entry.copied, known});
     if (fetched) {
         work.copies.push_back(JoinPath(folder, NameOf(item)));
         if (!work.items.Append(PlainItem(work.copies.back()))) return Error();

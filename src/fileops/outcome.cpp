@@ -4,7 +4,7 @@ namespace depot {
 namespace {
 
 bool HasOwnCodes(const StorePath& place) {
-    return !place.store->LocalPath(place.path);
+    return !place.store->IsLocal();
 }
 
 // The directory's code by which a copy is reported; that of an entry that is not there depends on

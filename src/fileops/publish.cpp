@@ -82,7 +82,7 @@ private:
         if (!folder.empty()) ResolveItem(session_.Depots(), folder, target);
         const StorePath place = PlaceOf(target);
         if (!stores_.Hold(PlaceOf(*item)) || !stores_.Hold(place)) return;
-        if (writesTogether_ && item->depot != nullptr && !place.store->LocalPath(place.path)) {
+        if (writesTogether_ && item->depot != nullptr && !place.store->IsLocal()) {
             CopyIntoDirectory(index, *item, target);
             return;
         }

@@ -12,7 +12,7 @@
 namespace depot {
 
 // How many bytes of small files are held at once; a larger one is held alone.
-inline constexpr std::uint64_t kBytesAtOnce = 1024 * 1024;
+inline constexpr std::uint64_t kBytesAtOnce = std::uint64_t{1024} * 1024;
 
 // How many files of a store are read at once: how large they are shows only then.
 class ReadWindow {

@@ -13,6 +13,7 @@
 #include "platform/directory_client.h"
 #include "platform/directory_service.h"
 #include "platform/no_destructor.h"
+#include "platform/not_copied.h"
 
 namespace depot {
 namespace {
@@ -33,29 +34,25 @@ private:
 };
 
 // Makes connections ask through the LastPrompt while it lives.
-class LastPromptScope {
+class LastPromptScope : NotCopied {
 public:
     LastPromptScope() {
         static NoDestructor<LastPrompt> prompt;
         previous_ = InstallCredentialsPrompt(prompt.get());
     }
     ~LastPromptScope() { InstallCredentialsPrompt(previous_); }
-    LastPromptScope(const LastPromptScope&) = delete;
-    LastPromptScope& operator=(const LastPromptScope&) = delete;
 
 private:
     CredentialsPrompt* previous_ = nullptr;
 };
 
 // Only one question at a time is answered.
-class AnswerScope {
+class AnswerScope : NotCopied {
 public:
     AnswerScope() : first_(!answering_.exchange(true)) {}
     ~AnswerScope() {
         if (first_) answering_ = false;
     }
-    AnswerScope(const AnswerScope&) = delete;
-    AnswerScope& operator=(const AnswerScope&) = delete;
 
     explicit operator bool() const { return first_; }
 

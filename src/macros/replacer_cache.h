@@ -6,6 +6,7 @@
 
 #include "platform/handles.h"
 #include "platform/macro_cache.h"
+#include "platform/not_copied.h"
 
 namespace depot {
 
@@ -19,12 +20,10 @@ inline constexpr DWORD kReplacerWaitMilliseconds = 5000;
 // Holds the event while it lives: whoever creates it continues, whoever finds it existing waits
 // until it is signalled. Without an event, with one that somebody else made, and when the wait
 // takes too long, it continues unlocked. Signals the event at the end.
-class ReplacerLock {
+class ReplacerLock : NotCopied {
 public:
     ReplacerLock();
     ~ReplacerLock();
-    ReplacerLock(const ReplacerLock&) = delete;
-    ReplacerLock& operator=(const ReplacerLock&) = delete;
 
 private:
     UniqueHandle event_;

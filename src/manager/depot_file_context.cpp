@@ -20,7 +20,6 @@
 namespace depot {
 namespace {
 
-constexpr char kMessageTitle[] = "Quillon";
 constexpr std::size_t kShortestPlainPath = 8;
 // No file has a longer path, and the system's profile functions need not survive one.
 constexpr std::size_t kLongestSystemPath = 32766;
@@ -76,7 +75,7 @@ Result DepotFileContext::FetchFailure() const {
 std::string DepotFileContext::ReadString(const std::string& section, const std::string& key,
                                          const std::string& defaultValue,
                                          std::uint32_t size) const {
-    return ReadProfileString(section, key, defaultValue, size, localPath);
+    return ReadProfileString({section, key, defaultValue, size}, localPath);
 }
 
 std::uint32_t DepotFileContext::ReadInt(const std::string& section, const std::string& key,
@@ -135,10 +134,10 @@ void DepotFileContext::KeepWhatWasLost(const EditOutcome& outcome) const {
     const std::string kept =
         KeepRecovered(NamePart(localPath), outcome.lost->data(), outcome.lost->size());
     std::string text;
-    FormatErrorText(outcome.error, localPath.c_str(), kMessageTitle, &text, nullptr);
+    FormatErrorText(outcome.error, localPath.c_str(), nullptr, &text, nullptr);
     text = std::string(TrimTrailingBlanks(text));
     if (!kept.empty()) text += "\n" + kept;
-    ShowNotice(text, kMessageTitle, nullptr);
+    ShowNotice(text);
 }
 
 bool DepotFileContext::Release() {

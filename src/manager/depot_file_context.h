@@ -6,12 +6,13 @@
 
 #include "model/depots.h"
 #include "model/working_copy.h"
+#include "platform/not_copied.h"
 
 namespace depot {
 
 // A session's current file: where the client says it is, and the local file that is really read and
 // written. The session owns it; the depot belongs to the session's list.
-class DepotFileContext {
+class DepotFileContext : NotCopied {
 public:
     // Resolves `path` among `depots`. A path that names an existing file by itself is a plain file
     // of no depot; any other path belongs to the depot that claims it, else to the default depot.
@@ -21,8 +22,6 @@ public:
 
     // Removes a working copy that was not released, without storing it.
     ~DepotFileContext();
-    DepotFileContext(const DepotFileContext&) = delete;
-    DepotFileContext& operator=(const DepotFileContext&) = delete;
 
     // Reads a value of the local file, cut to `size` - 1 characters.
     std::string ReadString(const std::string& section, const std::string& key,

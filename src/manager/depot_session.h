@@ -10,21 +10,20 @@
 #include "manager/standard_folders.h"
 #include "model/depot_items.h"
 #include "model/depots.h"
+#include "platform/not_copied.h"
 #include "platform/win32.h"
 
 namespace depot {
 
 // One session. It owns its depot list, its current file, its find results and its folders. Used by
 // one thread at a time; registry changes made while it lives are not seen by it.
-class DepotSession {
+class DepotSession : NotCopied {
 public:
     // Looks up the user's folder and, when there is one, loads the depots and gives it to the
     // path macros.
     DepotSession();
     // Releases the current file first, then everything else.
     ~DepotSession();
-    DepotSession(const DepotSession&) = delete;
-    DepotSession& operator=(const DepotSession&) = delete;
 
     // The depots of this session, loaded on first use.
     CDepots& Depots();

@@ -62,8 +62,8 @@ std::string ProfileFolder(CDepot& depot, PathForm form) {
 }
 
 std::optional<StorePath> OwnPlaceOf(CDepot& depot, const std::string& path) {
-    const bool isBeside = IsFileSystemPath(path) && (depot.paths->ChoiceProbesDirectory() ||
-                                                     !depot.ActiveStore().LocalPath(path));
+    const bool isBeside = IsFileSystemPath(path) &&
+                          (depot.paths->ChoiceProbesDirectory() || !depot.ActiveStore().IsLocal());
     if (isBeside) return std::nullopt;
     // The path first: it chooses the location.
     std::string storage = DisplayToStorage(depot, path);

@@ -9,11 +9,9 @@
 namespace depot {
 namespace {
 
-constexpr char kCaption[] = "Quillon";
-
 Result Failure(DWORD code, const std::string& shownName) {
     Error error = {Reason::kRefused, CodeKind::kSystem, code};
-    FormatErrorText(code, shownName.c_str(), kCaption, &error.text, nullptr);
+    FormatErrorText(code, shownName.c_str(), nullptr, &error.text, nullptr);
     return error;
 }
 

@@ -88,12 +88,10 @@ public:
 
 private:
     // A directory, which borrows a record of `paths`, as clients use it and as a store.
-    struct Directory {
+    struct Directory : NotCopied {
         Directory(std::unique_ptr<CLDAPItems> owned, bool hasReplicas);
         // Working copies may hold on to what is kept, which must not lead here any more.
         ~Directory();
-        Directory(const Directory&) = delete;
-        Directory& operator=(const Directory&) = delete;
         std::unique_ptr<CLDAPItems> items;
         DirectoryStore store;
         std::shared_ptr<OfflineLocation> offline;  // null where the location does not want it

@@ -9,20 +9,18 @@
 #include "model/depot_item.h"
 #include "model/depots.h"
 #include "model/owned_list.h"
+#include "platform/not_copied.h"
 
 namespace depot {
 
 // Items in the order in which they were found. Owns them unless `ownsItems` is cleared.
-class CDepotItems {
+class CDepotItems : NotCopied {
 public:
     // Fills `item` with the display path and the depot of `path`, as the depot manager resolves it.
     using Resolver =
         std::function<void(CDepots& depots, const std::string& path, CDepotItem& item)>;
 
-    CDepotItems() = default;
     virtual ~CDepotItems() { RemoveAllElements(array_, ownsItems); }
-    CDepotItems(const CDepotItems&) = delete;
-    CDepotItems& operator=(const CDepotItems&) = delete;
 
     // Contract: nothing here calls the virtual operations.
     //

@@ -11,10 +11,10 @@
 #include "model/depot.h"
 #include "model/depots.h"
 #include "platform/first_answer.h"
-#include "platform/impersonation.h"
 #include "platform/local_file.h"
 #include "platform/paths.h"
 #include "platform/text.h"
+#include "platform/token.h"
 
 namespace depot {
 namespace {
@@ -54,11 +54,6 @@ bool IsChosenUnasked(CDepotPath& location) {
     return directory.Connection().OpensUnasked() &&
            directory.Schema().Explode(directory.PathToDN(ExpandedPath(location))).code ==
                LDAP_SUCCESS;
-}
-
-// Whether the answer of a location may have to be waited for.
-bool MayWait(CDepotPath& location) {
-    return location.IsDirectory() || ExpandedPath(location).starts_with("\\\\");
 }
 
 }  // namespace
@@ -167,6 +162,13 @@ void CDepotPaths::Remove(CDepotPath* location) {
     RemoveElement(array_, location);
 }
 
+void CDepotPaths::RemoveAllBut(const CDepotPath* location) {
+    for (std::size_t index = Count(); index > 0; --index) {
+        CDepotPath* const other = At(index - 1);
+        if (other != location) Remove(other);
+    }
+}
+
 std::string CDepotPaths::GetActivePath() {
     if (activePath_.empty()) {
         ChooseLocation();
@@ -197,8 +199,9 @@ std::optional<std::size_t> CDepotPaths::FindReachable() {
     std::optional<std::size_t> fallback;
     for (std::size_t index = 0; index < Count(); ++index) {
         CDepotPath& location = *At(index);
-        if (!MayWait(location)) {
-            if (PathExists(ExpandedPath(location))) return index;
+        const std::string path = ExpandedPath(location);
+        if (!location.IsDirectory() && !path.starts_with("\\\\")) {
+            if (PathExists(path)) return index;
         } else if (Count() > 1 && !IsImpersonating()) {
             return FindReachableFrom(index);
         } else {
@@ -236,11 +239,11 @@ void CDepotPaths::TakeOver(LocationProbe& probe, CDepotPath& location, bool isCh
 
 bool CDepotPaths::ChoiceProbesDirectory() const {
     if (activeLocation_ != nullptr) return false;
-    CDepotPath** const decisive =
-        std::find_if(array_.begin(), array_.end(), [](CDepotPath* location) {
-            return location->IsDirectory() || PathExists(ExpandedPath(*location));
-        });
-    return decisive != array_.end() && (*decisive)->IsDirectory();
+    for (CDepotPath* const location : array_) {
+        if (location->IsDirectory()) return true;
+        if (PathExists(ExpandedPath(*location))) return false;
+    }
+    return false;
 }
 
 bool CDepotPaths::MayHold(const std::string& path) const {

@@ -9,6 +9,7 @@
 #include "config/depot_path.h"
 #include "model/owned_list.h"
 #include "platform/local_file.h"
+#include "platform/not_copied.h"
 
 namespace depot {
 
@@ -17,12 +18,10 @@ class CLDAPItems;
 class LocationProbe;
 
 // The locations of one depot in the order of their numbers. Owns them; its depot owns the list.
-class CDepotPaths final {
+class CDepotPaths final : NotCopied {
 public:
     explicit CDepotPaths(CDepot* owningDepot);
     ~CDepotPaths();
-    CDepotPaths(const CDepotPaths&) = delete;
-    CDepotPaths& operator=(const CDepotPaths&) = delete;
 
     // Appends a location, or a clone of it. An element that cannot be added is dropped silently and
     // stays the caller's.
@@ -34,6 +33,8 @@ public:
     virtual void RemoveAll(bool deleteElements);
     // Takes a location out and deletes it, also when it was not in the list.
     virtual void Remove(CDepotPath* location);
+    // Removes all others.
+    void RemoveAllBut(const CDepotPath* location);
 
     // Appends a location that the list is to own; it is deleted when the list cannot grow.
     void Append(std::unique_ptr<CDepotPath> location) { AddOwned(array_, std::move(location)); }

@@ -11,6 +11,7 @@
 #include "model/depot.h"
 #include "model/owned_list.h"
 #include "platform/macro_cache.h"
+#include "platform/not_copied.h"
 #include "platform/registry_key.h"
 
 namespace depot {
@@ -22,7 +23,7 @@ struct DepotDefinitions;
 //
 // A list that is loaded while the definitions are shared has its own copy of each depot from when
 // that is first used; until then it needs next to nothing.
-class CDepots {
+class CDepots : NotCopied {
 public:
     // Goes through the depots of a list, which has its own copy of each that it comes to.
     class Iterator {
@@ -56,8 +57,6 @@ public:
     explicit CDepots(const std::string& path, const std::string& userDir = {});
 
     virtual ~CDepots();
-    CDepots(const CDepots&) = delete;
-    CDepots& operator=(const CDepots&) = delete;
 
     // Appends a depot, or a clone of it. An element that cannot be added is dropped silently and
     // stays the caller's.

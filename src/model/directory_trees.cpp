@@ -7,6 +7,7 @@
 #include "platform/file_names.h"
 #include "platform/local_file.h"
 #include "platform/local_name.h"
+#include "platform/not_copied.h"
 #include "platform/paths.h"
 #include "store/folder_store.h"
 
@@ -14,15 +15,13 @@ namespace depot {
 namespace {
 
 // Where that is wanted, connects, and leaves the object unconnected on every way out.
-class WantedConnection {
+class WantedConnection : NotCopied {
 public:
     WantedConnection(LdapConnection& connection, bool isWanted)
         : connection_(connection), isWanted_(isWanted) {}
     ~WantedConnection() {
         if (isWanted_) connection_.Close();
     }
-    WantedConnection(const WantedConnection&) = delete;
-    WantedConnection& operator=(const WantedConnection&) = delete;
 
     Result Open() {
         return isWanted_ && !connection_.IsConnected() ? connection_.Open() : Result();

@@ -15,7 +15,6 @@
 namespace depot {
 namespace {
 
-constexpr char kMessageTitle[] = "Quillon";
 constexpr std::size_t kMostFilesNamed = 10;
 
 class WaitingEdits {
@@ -33,7 +32,7 @@ public:
             Note(Concatenate(
                 {"A file that waited for the directory cannot be read any more:\n", damaged}));
         }
-        if (!text_.empty()) ShowNotice(text_, kMessageTitle, nullptr);
+        if (!text_.empty()) ShowNotice(text_);
     }
 
 private:

@@ -14,7 +14,6 @@
 #include "platform/replace_file.h"
 #include "platform/text.h"
 #include "platform/wide_text.h"
-#include "platform/win32.h"
 // After the Windows headers.
 #include <shlobj.h>
 
@@ -107,18 +106,10 @@ void SweepOrigins() {
     const std::string records = RecordsFolder();
     const std::string files = RecoveredFolder();
     if (records.empty() || files.empty()) return;
-    std::vector<std::string> gone;
-    {
-        FileSearch search(Concatenate({JoinPath(records, "*"), kExtension}));
-        WIN32_FIND_DATAA found = {};
-        while (search.Next(found)) {
-            const std::string_view name = found.cFileName;
-            if (!name.ends_with(kExtension)) continue;
-            const std::string file(name.substr(0, name.size() - kExtension.size()));
-            if (!PathMayExist(JoinPath(files, file))) gone.push_back(file);
-        }
+    for (const std::string& record : NamesIn(records, kExtension)) {
+        const std::string file = record.substr(0, record.size() - kExtension.size());
+        if (!PathMayExist(JoinPath(files, file))) DeleteFileA(JoinPath(records, record).c_str());
     }
-    for (const std::string& file : gone) DeleteFileA(RecordOf(records, file).c_str());
 }
 
 }  // namespace depot

@@ -6,10 +6,10 @@
 
 #include "config/directory_defaults.h"
 #include "model/localization.h"
-#include "platform/impersonation.h"
 #include "platform/lock.h"
 #include "platform/managed_key.h"
 #include "platform/no_destructor.h"
+#include "platform/token.h"
 
 namespace depot {
 // What is shared, of all threads.

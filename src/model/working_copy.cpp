@@ -9,6 +9,7 @@
 #include "model/working_copy_journal.h"
 #include "platform/file_in_use.h"
 #include "platform/local_file.h"
+#include "platform/not_copied.h"
 #include "platform/temp_file.h"
 #include "platform/text.h"
 #include "platform/trace.h"
@@ -20,29 +21,34 @@ namespace {
 
 constexpr std::uint32_t kDetect = 1;
 constexpr std::uint32_t kMerge = 2;
-constexpr char kMessageTitle[] = "Quillon";
 
 WorkingCopySource SourceOf(CLDAPItems& directory, const std::string& dn) {
     const std::optional<EntryName> entry = directory.Schema().SplitEntryName(dn);
     return {entry ? entry->name : std::string(), directory.Connection().Shared().Block().Key(), dn};
 }
 
+// A working copy that is to be filled.
+struct EmptyCopy {
+    CLDAPItems& directory;
+    const WorkingCopySource& source;
+    const std::string& localPath;
+};
+
 // Fills a working copy with what an entry holds, or an empty one with the reason why that is not
 // known.
-WorkingCopyOrigin FillCopy(const CLDAPItems& directory, const WorkingCopySource& source,
-                           const std::string& localPath, std::span<const std::uint8_t> bytes,
+WorkingCopyOrigin FillCopy(const EmptyCopy& copy, std::span<const std::uint8_t> bytes,
                            std::uint32_t code) {
     const auto length = static_cast<std::uint32_t>(bytes.size());
     // A scanner may be looking at the new file already.
     const bool written = RetryWhileInUse(
-        FileUse::kOwn, [&] { return WriteLocalFile(localPath, bytes.data(), length); });
+        FileUse::kOwn, [&] { return WriteLocalFile(copy.localPath, bytes.data(), length); });
     WorkingCopyOrigin origin;
     const bool isWhole = code == LDAP_SUCCESS && written;
     origin.code = code == LDAP_SUCCESS && !written ? std::uint32_t{LDAP_LOCAL_ERROR} : code;
-    if (isWhole || code != LDAP_SUCCESS) NoteWorkingCopy(localPath, source, bytes.data(), length);
-    const CDepotPath& location = directory.Location();
-    if (!isWhole) return origin;
-    if (!DetectsConflicts(location)) return origin;
+    if (isWhole || code != LDAP_SUCCESS) {
+        NoteWorkingCopy(copy.localPath, copy.source, bytes.data(), length);
+    }
+    if (!isWhole || !DetectsConflicts(copy.directory.Location())) return origin;
     origin.digest = DigestOf(bytes.data(), bytes.size());
     origin.bytes.emplace(bytes.begin(), bytes.end());
     return origin;
@@ -69,14 +75,14 @@ std::string KeepLostEdit(CLDAPItems& directory, const WorkingCopySource& source,
 
 // Fetches one entry into a local file. `lost` receives what its user has to read of an edit that
 // is not in the entry any more.
-WorkingCopyOrigin FetchFile(CLDAPItems& directory, const WorkingCopySource& source,
-                            const std::string& localPath, const CopyMemory& memory,
-                            std::string& lost) {
+WorkingCopyOrigin FetchFile(const EmptyCopy& copy, const CopyMemory& memory, std::string& lost) {
+    CLDAPItems& directory = copy.directory;
+    const WorkingCopySource& source = copy.source;
     FileBuffer contents;
     const Result read = directory.Entries().ReadSeen(source.dn, contents);
     directory.AsFlag(read, nullptr);
     const std::span<const std::uint8_t> bytes(contents.bytes.get(), contents.length);
-    WorkingCopyOrigin origin = FillCopy(directory, source, localPath, bytes, CodeOf(read));
+    WorkingCopyOrigin origin = FillCopy(copy, bytes, CodeOf(read));
     if (read && memory.stored) lost = KeepLostEdit(directory, source, bytes, *memory.stored);
     if (read && memory.offline) {
         memory.offline->KeepFile(source.dn, bytes.data(), bytes.size());
@@ -86,14 +92,12 @@ WorkingCopyOrigin FetchFile(CLDAPItems& directory, const WorkingCopySource& sour
 }
 
 // Fills it with what was kept of the entry; false where nothing was.
-bool TakeKept(const CLDAPItems& directory, const WorkingCopySource& source,
-              const std::string& localPath, const OfflineLocation& offline,
-              WorkingCopyOrigin& origin) {
-    const TraceSpan span("LoadKeptFile", source.dn);
-    std::optional<OfflineBytes> kept = offline.FileOf(source.dn);
+bool TakeKept(const EmptyCopy& copy, const OfflineLocation& offline, WorkingCopyOrigin& origin) {
+    const TraceSpan span("LoadKeptFile", copy.source.dn);
+    std::optional<OfflineBytes> kept = offline.FileOf(copy.source.dn);
     span.EndWithText(kept ? "kept" : "not kept");
     if (!kept) return false;
-    origin = FillCopy(directory, source, localPath, *kept, LDAP_SUCCESS);
+    origin = FillCopy(copy, *kept, LDAP_SUCCESS);
     origin.isKept = true;
     origin.digest = DigestOf(kept->data(), kept->size());
     origin.bytes = std::move(kept);
@@ -101,14 +105,12 @@ bool TakeKept(const CLDAPItems& directory, const WorkingCopySource& source,
 }
 
 // A temporary file that is deleted unless it is handed out.
-class NewWorkingCopy {
+class NewWorkingCopy : NotCopied {
 public:
     explicit NewWorkingCopy(std::string path) : path_(std::move(path)) {}
     ~NewWorkingCopy() {
         if (!path_.empty()) DeleteWorkingCopy(path_);
     }
-    NewWorkingCopy(const NewWorkingCopy&) = delete;
-    NewWorkingCopy& operator=(const NewWorkingCopy&) = delete;
 
     const std::string& Path() const { return path_; }
     std::string Release() { return std::exchange(path_, {}); }
@@ -133,29 +135,27 @@ std::string FetchToLocal(CLDAPItems& directory, const std::string& dn, WorkingCo
     // Before anything waits for the server: users end programs that hang there.
     const WorkingCopySource source = SourceOf(directory, dn);
     NoteWorkingCopy(copy.Path(), source, nullptr, 0);
+    const EmptyCopy empty = {directory, source, copy.Path()};
     WorkingCopyOrigin fetched;
     std::string lost;
     OfflineLocation* const offline = memory.offline.get();
     const bool isApart = offline && offline->IsApart(directory.Connection());
-    const auto takeKept = [&] {
-        return TakeKept(directory, source, copy.Path(), *offline, fetched);
-    };
-    bool isMade = isApart && takeKept();
+    bool isMade = isApart && TakeKept(empty, *offline, fetched);
     if (!isMade) {
         const ConnectionScope connection(directory, nullptr);
         isMade = connection.Outcome().IsDone();
         fetched.code = CodeOf(connection.Outcome());
-        if (isMade) fetched = FetchFile(directory, source, copy.Path(), memory, lost);
+        if (isMade) fetched = FetchFile(empty, memory, lost);
     }
     // A server may be lost at any moment.
     const bool isLost =
         offline && isMade && directory.Connection().Outcome(fetched.code).Is(Reason::kUnreachable);
-    if (isLost) takeKept();
+    if (isLost) TakeKept(empty, *offline, fetched);
     // Nothing else says so before the user fills in what looks empty.
     if (fetched.code == LDAP_NO_SUCH_ATTRIBUTE) {
-        ShowNotice(UnseenContentsText(source.name), kMessageTitle, nullptr);
+        ShowNotice(UnseenContentsText(source.name));
     }
-    if (!lost.empty()) ShowNotice(lost, kMessageTitle, nullptr);
+    if (!lost.empty()) ShowNotice(lost);
     fetched.memory = std::move(memory);
     if (origin != nullptr) *origin = std::move(fetched);
     return isMade ? copy.Release() : std::string();

@@ -21,8 +21,6 @@
 namespace depot {
 namespace {
 
-constexpr char kMessageTitle[] = "Quillon";
-
 class WriteBack {
 public:
     WriteBack(CLDAPItems& directory, const std::string& dn, const std::string& localPath)
@@ -56,7 +54,7 @@ public:
         std::string text = Reason();
         if (!text.empty() && !kept_.empty()) text += "\n";
         text += kept_;
-        ShowNotice(text, kMessageTitle, nullptr);
+        ShowNotice(text);
         return text;
     } catch (const std::bad_alloc&) {
         return {};
@@ -194,7 +192,7 @@ private:
     std::string LocalErrorText() const {
         const std::string lead = Concatenate({"The changes of \"", Name(), "\" were not stored."});
         std::string text;
-        FormatErrorText(localError_, lead.c_str(), kMessageTitle, &text, nullptr);
+        FormatErrorText(localError_, lead.c_str(), nullptr, &text, nullptr);
         return std::string(TrimTrailingBlanks(text));
     }
 

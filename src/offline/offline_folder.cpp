@@ -8,7 +8,6 @@
 #include "directory/comparable_dn.h"
 #include "offline/seen_records.h"
 #include "platform/data_protection.h"
-#include "platform/digest.h"
 #include "platform/file_in_use.h"
 #include "platform/file_search.h"
 #include "platform/file_time.h"
@@ -81,15 +80,6 @@ std::optional<OfflineRecord> Opened(const std::vector<std::uint8_t>& sealed) {
     return bytes ? DecodeOfflineRecord(*bytes) : std::nullopt;
 }
 
-// Of a record that was fetched: without where it belongs and when it was kept.
-Digest ContentsOf(const OfflineRecord& record) {
-    if (record.kind == OfflineKind::kFile) {
-        return DigestOf(record.bytes.data(), record.bytes.size());
-    }
-    const OfflineBytes bytes = EncodeOfflineRecord({.children = record.children});
-    return DigestOf(bytes.data(), bytes.size());
-}
-
 }  // namespace
 
 EditsLock::EditsLock(const std::string& folder, DWORD milliseconds) {
@@ -129,6 +119,14 @@ OfflineFolder::OfflineFolder(std::string place, std::uint64_t limit)
 std::string OfflineFolder::FileOf(OfflineKind kind, std::string_view dn) const {
     return Concatenate({JoinPath(path_, HexName(Stored(ComparableDN(dn)))),
                         kExtensions[static_cast<std::size_t>(kind)]});
+}
+
+Digest ContentsOf(const OfflineRecord& record) {
+    if (record.kind == OfflineKind::kFile) {
+        return DigestOf(record.bytes.data(), record.bytes.size());
+    }
+    const OfflineBytes bytes = EncodeOfflineRecord({.children = record.children});
+    return DigestOf(bytes.data(), bytes.size());
 }
 
 std::optional<OfflineRecord> ReadOfflineFile(const std::string& path) {
@@ -195,15 +193,17 @@ std::vector<OfflineFolder::KeptFile> OfflineFolder::KeptFiles() const {
     return files;
 }
 
-void OfflineFolder::MakeRoom(std::uint64_t bytes) {
-    if (used_ && *used_ + bytes <= limit_) {
-        *used_ += bytes;
-        return;
-    }
+void OfflineFolder::MakeRoom(const std::string& path, std::uint64_t bytes) {
+    const auto replaced = StateOf(path);
+    const std::uint64_t less = replaced ? replaced->size : 0;
+    if (used_) used_ = std::max(*used_, less) - less + bytes;
+    if (used_ && *used_ <= limit_) return;
     // Other processes add and delete as well.
     std::vector<KeptFile> files = KeptFiles();
     std::sort(files.begin(), files.end(),
               [](const KeptFile& one, const KeptFile& other) { return one.time < other.time; });
+    const std::string own = NamePart(path);
+    std::erase_if(files, [&](const KeptFile& file) { return file.name == own; });
     std::uint64_t used = bytes;
     for (const KeptFile& file : files) used += file.size;
     for (const KeptFile& file : files) {
@@ -220,6 +220,7 @@ bool OfflineFolder::Write(OfflineRecord record) {
     const std::string path = FileOf(record.kind, record.dn);
     const bool isEdit = record.kind == OfflineKind::kEdit;
     const Digest contents = isEdit ? Digest() : ContentsOf(record);
+    if (!isEdit && Holds(record, contents)) return true;
     StoreNames(record);
     const auto sealed = ProtectForUser(EncodeOfflineRecord(record));
     if (!sealed) return false;
@@ -228,7 +229,7 @@ bool OfflineFolder::Write(OfflineRecord record) {
             DeleteFileA(path.c_str());
             return false;
         }
-        MakeRoom(sealed->size());
+        MakeRoom(path, sealed->size());
     }
     if (isEdit) return ExchangeOwnFile(path, *sealed, Flush::kNow);
     std::optional<FileState> state;
@@ -247,12 +248,11 @@ bool OfflineFolder::MayHold(OfflineKind kind, std::string_view dn) const {
     return !path_.empty() && PathMayExist(FileOf(kind, dn));
 }
 
-bool OfflineFolder::Holds(const OfflineRecord& record) const {
+bool OfflineFolder::Holds(const OfflineRecord& record, const Digest& contents) const {
     if (path_.empty()) return false;
     const std::string path = FileOf(record.kind, record.dn);
     // Before the file is read: what takes its place afterwards has another state.
     const auto state = StateOf(path);
-    const Digest contents = ContentsOf(record);
     if (state && WasSeen(path, *state, contents)) return true;
     const auto kept = Read(record.kind, record.dn);
     if (!kept || kept->bytes != record.bytes || kept->children != record.children) return false;
@@ -269,17 +269,7 @@ bool OfflineFolder::HasEdits() const {
 std::vector<OfflineRecord> OfflineFolder::Edits() const {
     std::vector<OfflineRecord> edits;
     if (path_.empty()) return edits;
-    std::vector<std::string> names;
-    {
-        FileSearch search(JoinPath(path_, "*.edit"));
-        WIN32_FIND_DATAA found = {};
-        while (search.Next(found)) {
-            if (std::string_view(found.cFileName).ends_with(".edit")) {
-                names.emplace_back(found.cFileName);
-            }
-        }
-    }
-    for (const std::string& name : names) {
+    for (const std::string& name : NamesIn(path_, ".edit")) {
         auto edit = ReadFile(JoinPath(path_, name));
         if (edit && edit->kind == OfflineKind::kEdit) edits.push_back(*std::move(edit));
     }

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "offline/offline_record.h"
+#include "platform/digest.h"
 #include "platform/handles.h"
 
 namespace depot {
@@ -49,17 +50,17 @@ public:
     // Whether there may be a record, also one that cannot be read at the moment.
     bool MayHold(OfflineKind kind, std::string_view dn) const;
 
-    // Whether a record that was fetched is kept as it is, whenever it was. One that this process
-    // has compared before is not opened again.
-    bool Holds(const OfflineRecord& record) const;
-
     // Makes the folder, for its user alone, where it is missing; returns whether it is there.
     bool Prepare() const;
 
-    // Keeps a record in the place of an earlier one of its kind and entry. The oldest of those that
-    // were fetched are deleted where the limit is passed; a larger record is not kept. An edit is
-    // on the disk itself when this returns, and no limit counts. Returns whether it is kept; a
-    // record that could not be leaves the earlier one.
+    // Whether a record that was fetched is kept as it is, whenever it was. One that this process
+    // has compared before is not opened again. `contents` are the record's own.
+    bool Holds(const OfflineRecord& record, const Digest& contents) const;
+
+    // Keeps a record in the place of an earlier one of its kind and entry, unless it was fetched
+    // and is kept as it is. The oldest of those that were fetched are deleted where the limit is
+    // passed; a larger record is not kept. An edit is on the disk itself when this returns, and no
+    // limit counts. Returns whether it is kept; a record that could not be leaves the earlier one.
     bool Write(OfflineRecord record);
 
     // Deletes a record; one that is missing is done.
@@ -82,7 +83,7 @@ private:
     std::string FileOf(OfflineKind kind, std::string_view dn) const;
     std::optional<OfflineRecord> ReadFile(const std::string& path) const;
     std::vector<KeptFile> KeptFiles() const;
-    void MakeRoom(std::uint64_t bytes);
+    void MakeRoom(const std::string& path, std::uint64_t bytes);
     void SetAside(const std::string& path) const;
 
     std::string place_;
@@ -94,6 +95,9 @@ private:
 
 // Returns the paths of the folders of all locations that the user has some for.
 std::vector<std::string> OfflineFolders();
+
+// Returns the digest of what was fetched: without where it belongs and when it was kept.
+Digest ContentsOf(const OfflineRecord& record);
 
 // Reads a record of any location; nothing where the file is none.
 std::optional<OfflineRecord> ReadOfflineFile(const std::string& path);

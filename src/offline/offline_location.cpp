@@ -4,6 +4,7 @@
 #include <exception>
 
 #include "directory/comparable_dn.h"
+#include "platform/not_copied.h"
 #include "platform/text.h"
 
 namespace depot {
@@ -18,12 +19,10 @@ constexpr std::chrono::milliseconds kLongWait(1000);
 constexpr std::chrono::seconds kPause(30);
 
 // Holds while edits are stored, which connects as everything else does, however that ends.
-class StoringScope {
+class StoringScope : NotCopied {
 public:
     explicit StoringScope(bool& isStoring) : isStoring_(isStoring) { isStoring_ = true; }
     ~StoringScope() { isStoring_ = false; }
-    StoringScope(const StoringScope&) = delete;
-    StoringScope& operator=(const StoringScope&) = delete;
 
 private:
     bool& isStoring_;
@@ -73,16 +72,14 @@ void OfflineLocation::KeepFile(const std::string& dn, const void* bytes,
     const auto held = BytesAsStored({static_cast<const std::uint8_t*>(bytes), length});
     OfflineRecord record = {.kind = OfflineKind::kFile, .dn = dn};
     record.bytes.assign(held.begin(), held.end());
-    if (!folder_.Holds(record)) folder_.Write(std::move(record));
+    folder_.Write(std::move(record));
 } catch (const std::exception&) {
     return;
 }
 
 void OfflineLocation::KeepFolder(const std::string& dn, std::vector<OfflineChild> children) noexcept
     try {
-    OfflineRecord record = {
-        .kind = OfflineKind::kFolder, .dn = dn, .children = std::move(children)};
-    if (!folder_.Holds(record)) folder_.Write(std::move(record));
+    folder_.Write({.kind = OfflineKind::kFolder, .dn = dn, .children = std::move(children)});
 } catch (const std::exception&) {
     return;
 }

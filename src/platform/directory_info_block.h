@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <string>
 
+#include "platform/not_copied.h"
 #include "platform/shared_block.h"
 
 namespace depot {
@@ -25,13 +26,11 @@ static_assert(offsetof(DirectoryInfo, noPrompt) == 524);
 
 // The way to one server's block, "Quillon - Depot - LDAP Info - <key>". Nothing is open until the
 // first access.
-class DirectoryInfoBlock {
+class DirectoryInfoBlock : NotCopied {
 public:
     explicit DirectoryInfoBlock(std::string key) { link_.key = std::move(key); }
     // Closes the last handle and the last view.
     ~DirectoryInfoBlock() { CloseSharedBlock(link_); }
-    DirectoryInfoBlock(const DirectoryInfoBlock&) = delete;
-    DirectoryInfoBlock& operator=(const DirectoryInfoBlock&) = delete;
 
     // Opens the block afresh and returns its contents, shared with all processes; null when it
     // cannot be had. The result stays valid until this object is destroyed.

@@ -51,7 +51,7 @@ void FormatErrorText(DWORD error, const char* lead, const char* title, std::stri
 }
 
 void ReportErrorText(DWORD error, const char* lead, const char* title, std::string* text) {
-    FormatErrorText(error, lead, title != nullptr ? title : "Quillon", text, nullptr);
+    FormatErrorText(error, lead, title != nullptr ? title : kNoticeTitle, text, nullptr);
 }
 
 }  // namespace depot

@@ -1,9 +1,9 @@
 #include "platform/file_search.h"
 
-#include <string_view>
 #include <utility>
 
 #include "platform/paths.h"
+#include "platform/text.h"
 #include "platform/trace.h"
 #include "platform/wide_text.h"
 
@@ -87,6 +87,17 @@ bool FileSearch::Next(WIN32_FIND_DATAA& found) {
         TraceUnsafeName();
     }
     return false;
+}
+
+std::vector<std::string> NamesIn(const std::string& folder, std::string_view ending) {
+    std::vector<std::string> names;
+    FileSearch search(Concatenate({JoinPath(folder, "*"), ending}));
+    WIN32_FIND_DATAA found = {};
+    while (search.Next(found)) {
+        if (std::string_view(found.cFileName).ends_with(ending))
+            names.emplace_back(found.cFileName);
+    }
+    return names;
 }
 
 bool IsLinkToFolder(const std::string& path) {

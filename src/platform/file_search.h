@@ -4,7 +4,9 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <type_traits>
+#include <vector>
 
 #include "platform/win32.h"
 
@@ -42,6 +44,9 @@ private:
     bool isComplete_ = false;
     std::uint32_t unsafeNames_ = 0;
 };
+
+// Returns the names of what the folder holds that end so.
+std::vector<std::string> NamesIn(const std::string& folder, std::string_view ending);
 
 // Whether the find is "." or "..".
 bool IsDotName(const WIN32_FIND_DATAA& found);

@@ -5,16 +5,15 @@
 #include <string>
 
 #include "platform/handles.h"
+#include "platform/not_copied.h"
 
 namespace depot {
 
 // Keeps the system from reporting a damaged library in a box of its own while it lives.
-class QuietLoadScope {
+class QuietLoadScope : NotCopied {
 public:
     QuietLoadScope() { SetThreadErrorMode(SEM_FAILCRITICALERRORS, &previous_); }
     ~QuietLoadScope() { SetThreadErrorMode(previous_, nullptr); }
-    QuietLoadScope(const QuietLoadScope&) = delete;
-    QuietLoadScope& operator=(const QuietLoadScope&) = delete;
 
 private:
     DWORD previous_ = 0;
@@ -28,12 +27,8 @@ UniqueModule LoadLibraryAlone(const std::string& path);
 
 // One reference to a library for all threads of the process. It is not given back by itself: while
 // a process ends, the library may be gone before this object.
-class KeptLibrary {
+class KeptLibrary : NotCopied {
 public:
-    constexpr KeptLibrary() = default;
-    KeptLibrary(const KeptLibrary&) = delete;
-    KeptLibrary& operator=(const KeptLibrary&) = delete;
-
     // The library, or null when none is kept.
     HMODULE Get() const { return library_; }
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "platform/handles.h"
+#include "platform/not_copied.h"
 #include "platform/paths.h"
 #include "platform/text.h"
 #include "platform/win32.h"
@@ -10,14 +11,12 @@
 namespace depot {
 namespace {
 
-class LegacyFile {
+class LegacyFile : NotCopied {
 public:
     explicit LegacyFile(HFILE file) : file_(file) {}
     ~LegacyFile() {
         if (IsOpen()) _lclose(file_);
     }
-    LegacyFile(const LegacyFile&) = delete;
-    LegacyFile& operator=(const LegacyFile&) = delete;
 
     bool IsOpen() const { return file_ != HFILE_ERROR; }
     HFILE Get() const { return file_; }

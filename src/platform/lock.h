@@ -1,17 +1,14 @@
 // A lock that needs no memory, neither to be made nor to be used.
 #pragma once
 
+#include "platform/not_copied.h"
 #include "platform/win32.h"
 
 namespace depot {
 
 // For std::lock_guard. What it guards is never waited for by the thread that holds it.
-class Lock {
+class Lock : NotCopied {
 public:
-    Lock() = default;
-    Lock(const Lock&) = delete;
-    Lock& operator=(const Lock&) = delete;
-
     void lock() { AcquireSRWLockExclusive(&lock_); }
     void unlock() { ReleaseSRWLockExclusive(&lock_); }
     SRWLOCK* Native() { return &lock_; }

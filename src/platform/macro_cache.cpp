@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "platform/code_page.h"
+#include "platform/not_copied.h"
 #include "platform/win32.h"
 
 namespace depot {
@@ -14,20 +15,16 @@ constexpr char kGenericBlockPrefix[] = "Quillon - Generic - Replacers - ";
 // One for all holders of this module: their views show one block at several addresses.
 SRWLOCK valuesLock = SRWLOCK_INIT;
 
-class ReadingScope {
+class ReadingScope : NotCopied {
 public:
     ReadingScope() { AcquireSRWLockShared(&valuesLock); }
     ~ReadingScope() { ReleaseSRWLockShared(&valuesLock); }
-    ReadingScope(const ReadingScope&) = delete;
-    ReadingScope& operator=(const ReadingScope&) = delete;
 };
 
-class WritingScope {
+class WritingScope : NotCopied {
 public:
     WritingScope() { AcquireSRWLockExclusive(&valuesLock); }
     ~WritingScope() { ReleaseSRWLockExclusive(&valuesLock); }
-    WritingScope(const WritingScope&) = delete;
-    WritingScope& operator=(const WritingScope&) = delete;
 };
 
 }  // namespace

@@ -6,6 +6,7 @@
 #include <functional>
 #include <string>
 
+#include "platform/not_copied.h"
 #include "platform/shared_block.h"
 
 namespace depot {
@@ -41,16 +42,13 @@ std::string SlotText(const MacroSlot& slot);
 // text already is not written, and one that is changed is empty at no moment in between.
 void FillSlot(MacroSlot& slot, const std::string& text);
 
-// Owns the values, or one view of the block that holds them. Neither copied nor moved: the values
-// in use may lie inside the object.
-class MacroCacheHolder {
+// Owns the values, or one view of the block that holds them. The values in use may lie
+// inside the object.
+class MacroCacheHolder : NotCopied {
 public:
     // With `shared` 0 the values are this object's own. Else they lie in the block of that name, or
     // for an empty name in the process's generic one; without a block they are this object's own.
     MacroCacheHolder(std::uint32_t shared, const std::string& name);
-    ~MacroCacheHolder() = default;
-    MacroCacheHolder(const MacroCacheHolder&) = delete;
-    MacroCacheHolder& operator=(const MacroCacheHolder&) = delete;
 
     // The values in use; never null. Other threads may change them at any moment.
     MacroValues* Data() const { return data_; }

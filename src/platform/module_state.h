@@ -3,6 +3,7 @@
 
 #include <string>
 
+#include "platform/not_copied.h"
 #include "platform/win32.h"
 
 namespace depot {
@@ -23,12 +24,10 @@ std::string OwnModuleFolder();
 // Makes the DLL's own activation context (its manifest, resource 2) current on this thread for as
 // long as the object lives, and then the caller's again, on every way out. Without a usable
 // manifest it changes nothing.
-class ModuleStateScope {
+class ModuleStateScope : NotCopied {
 public:
     ModuleStateScope();
     ~ModuleStateScope();
-    ModuleStateScope(const ModuleStateScope&) = delete;
-    ModuleStateScope& operator=(const ModuleStateScope&) = delete;
 
 private:
     ULONG_PTR cookie_ = 0;

@@ -3,24 +3,12 @@
 #include <mutex>
 #include <string>
 
-#include "platform/handles.h"
 #include "platform/lock.h"
+#include "platform/token.h"
 #include "platform/trace.h"
 
 namespace depot {
 namespace {
-
-template <class Record>
-struct TokenRecord {
-    alignas(void*) BYTE bytes[sizeof(Record) + SECURITY_MAX_SID_SIZE] = {};
-
-    const Record* Read(HANDLE token, TOKEN_INFORMATION_CLASS kind) {
-        DWORD size = sizeof(bytes);
-        return GetTokenInformation(token, kind, bytes, size, &size)
-                   ? reinterpret_cast<const Record*>(bytes)
-                   : nullptr;
-    }
-};
 
 std::string_view BytesOf(PSID identifier) {
     if (identifier == nullptr || !IsValidSid(identifier)) return {};
@@ -38,18 +26,15 @@ bool WorksAsAdministrator() {
     return CheckTokenMembership(nullptr, AsSid(kAdministrators), &isMember) && isMember != FALSE;
 }
 
-OwnIdentity ReadIdentity(HANDLE token) {
+OwnIdentity ReadIdentity(const UniqueHandle& token) {
     OwnIdentity identity = {};
-    TokenRecord<TOKEN_USER> user;
-    TokenRecord<TOKEN_MANDATORY_LABEL> label;
-    const auto* const userRecord = user.Read(token, TokenUser);
-    const auto* const labelRecord = label.Read(token, TokenIntegrityLevel);
-    if (userRecord == nullptr || labelRecord == nullptr ||
-        !CopySid(sizeof(identity.user), identity.user, userRecord->User.Sid)) {
+    const TokenRecord<TOKEN_USER> user(token, TokenUser);
+    const TokenRecord<TOKEN_MANDATORY_LABEL> label(token, TokenIntegrityLevel);
+    if (!user || !label || !CopySid(sizeof(identity.user), identity.user, user->User.Sid)) {
         return identity;
     }
     identity.size = GetLengthSid(identity.user);
-    identity.level = LevelIn(BytesOf(labelRecord->Label.Sid));
+    identity.level = LevelIn(BytesOf(label->Label.Sid));
     identity.isAdministrator = WorksAsAdministrator();
     return identity;
 }
@@ -60,11 +45,7 @@ OwnIdentity IdentityOfProcess() {
     static Lock lock;
     static OwnIdentity known;
     const std::lock_guard guard(lock);
-    HANDLE token = nullptr;
-    if (known.size == 0 && OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, &token)) {
-        const UniqueHandle owner(token);
-        known = ReadIdentity(token);
-    }
+    if (known.size == 0) known = ReadIdentity(TokenOfProcess());
     return known;
 }
 
@@ -111,11 +92,8 @@ private:
 }  // namespace
 
 OwnIdentity IdentityOfThread() {
-    HANDLE token = nullptr;
-    if (OpenThreadToken(GetCurrentThread(), TOKEN_QUERY, TRUE, &token)) {
-        const UniqueHandle owner(token);
-        return ReadIdentity(token);
-    }
+    const UniqueHandle token = TokenOfThread();
+    if (token) return ReadIdentity(token);
     return GetLastError() == ERROR_NO_TOKEN ? IdentityOfProcess() : OwnIdentity();
 }
 

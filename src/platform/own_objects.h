@@ -4,6 +4,7 @@
 
 #include <string_view>
 
+#include "platform/not_copied.h"
 #include "platform/object_trust.h"
 #include "platform/win32.h"
 
@@ -26,11 +27,9 @@ OwnIdentity IdentityOfThread();
 
 // Rights for a new object: everything for the user of the calling thread, who owns it, and for the
 // system; nothing for other users, nor for the user's own processes of a lower integrity level.
-class OwnObjectRights {
+class OwnObjectRights : NotCopied {
 public:
     OwnObjectRights();
-    OwnObjectRights(const OwnObjectRights&) = delete;
-    OwnObjectRights& operator=(const OwnObjectRights&) = delete;
 
     // For the call that creates the object; null, the system's default, when the user is not known.
     SECURITY_ATTRIBUTES* Get() { return built_ ? &attributes_ : nullptr; }

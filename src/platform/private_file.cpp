@@ -1,35 +1,26 @@
 #include "platform/private_file.h"
 
+#include <utility>
 #include <vector>
 
-#include "platform/handles.h"
-#include "platform/win32.h"
+#include "platform/token.h"
 
 namespace depot {
 namespace {
 
-UniqueHandle OpenToken() {
-    HANDLE token = nullptr;
-    // A thread may act for another user than its process.
-    if (!OpenThreadToken(GetCurrentThread(), TOKEN_QUERY, TRUE, &token) &&
-        !OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, &token)) {
-        return nullptr;
+// The user of the calling thread.
+class CurrentUser : public TokenRecord<TOKEN_USER> {
+public:
+    CurrentUser() : TokenRecord(Token(), TokenUser) {}
+
+    PSID Sid() const { return (*this)->User.Sid; }
+
+private:
+    static UniqueHandle Token() {
+        UniqueHandle token = TokenOfThread();
+        return token ? std::move(token) : TokenOfProcess();
     }
-    return UniqueHandle(token);
-}
-
-// The user with the identifier that the record points to.
-struct CurrentUser {
-    alignas(TOKEN_USER) BYTE bytes[sizeof(TOKEN_USER) + SECURITY_MAX_SID_SIZE];
-
-    PSID Sid() { return reinterpret_cast<TOKEN_USER*>(bytes)->User.Sid; }
 };
-
-bool Identify(CurrentUser& user) {
-    const UniqueHandle token = OpenToken();
-    DWORD size = sizeof(user.bytes);
-    return GetTokenInformation(token.get(), TokenUser, user.bytes, size, &size) != FALSE;
-}
 
 // Returns a part of the file's security descriptor; nothing when it cannot be read.
 std::vector<BYTE> SecurityOf(const std::string& path, SECURITY_INFORMATION part) {
@@ -54,9 +45,7 @@ PSID OwnerIn(std::vector<BYTE>& descriptor) {
 class PrivateDescription {
 public:
     // `inheritance` is what becomes of the right in what a folder holds.
-    explicit PrivateDescription(DWORD inheritance = 0) {
-        built_ = Identify(user_) && Build(inheritance);
-    }
+    explicit PrivateDescription(DWORD inheritance = 0) { built_ = user_ && Build(inheritance); }
 
     // Null when the user is unknown.
     SECURITY_DESCRIPTOR* Get() { return built_ ? &descriptor_ : nullptr; }
@@ -74,7 +63,7 @@ private:
                SetSecurityDescriptorControl(&descriptor_, SE_DACL_PROTECTED, SE_DACL_PROTECTED);
     }
 
-    CurrentUser user_ = {};
+    const CurrentUser user_;
     alignas(ACL) BYTE bytes_[sizeof(ACL) + sizeof(ACCESS_ALLOWED_ACE) + SECURITY_MAX_SID_SIZE] = {};
     SECURITY_DESCRIPTOR descriptor_ = {};
     bool built_ = false;
@@ -108,10 +97,10 @@ bool IsOwnedByUser(HANDLE file) noexcept {
     DWORD size = sizeof(bytes);
     PSID owner = nullptr;
     BOOL isDefault = FALSE;
-    CurrentUser user = {};
-    return GetKernelObjectSecurity(file, OWNER_SECURITY_INFORMATION, bytes, size, &size) &&
+    const CurrentUser user;
+    return user && GetKernelObjectSecurity(file, OWNER_SECURITY_INFORMATION, bytes, size, &size) &&
            GetSecurityDescriptorOwner(bytes, &owner, &isDefault) && owner != nullptr &&
-           Identify(user) && EqualSid(owner, user.Sid());
+           EqualSid(owner, user.Sid());
 }
 
 bool CopyOwner(const std::string& from, const std::string& to) {

@@ -4,13 +4,14 @@
 #include <iterator>
 #include <string_view>
 
+#include "platform/not_copied.h"
 #include "platform/win32.h"
 
 namespace depot {
 
 // The name without its folder, found without memory; empty when the path is longer than any that
 // programs are started by.
-class ProgramName {
+class ProgramName : NotCopied {
 public:
     ProgramName() {
         const DWORD length =
@@ -19,8 +20,6 @@ public:
         name_ = std::wstring_view(path_, length).rfind(L'\\') + 1;
         length_ = length;
     }
-    ProgramName(const ProgramName&) = delete;
-    ProgramName& operator=(const ProgramName&) = delete;
 
     const wchar_t* Get() const { return length_ == 0 ? L"" : path_ + name_; }
 

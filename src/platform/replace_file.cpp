@@ -7,6 +7,7 @@
 #include "platform/file_in_use.h"
 #include "platform/handles.h"
 #include "platform/local_file.h"
+#include "platform/not_copied.h"
 #include "platform/paths.h"
 #include "platform/private_file.h"
 #include "platform/same_file.h"
@@ -45,7 +46,7 @@ std::string NameBeside(const std::string& path, DWORD number) {
 }
 
 // A new file in the folder of another, gone at the end unless it took the other one's place.
-class FileBeside {
+class FileBeside : NotCopied {
 public:
     explicit FileBeside(const std::string& path) {
         const DWORD first = GetTickCount() ^ GetCurrentProcessId();
@@ -60,8 +61,6 @@ public:
         file_.reset();
         if (exists_) DeleteOwnFile(path_);
     }
-    FileBeside(const FileBeside&) = delete;
-    FileBeside& operator=(const FileBeside&) = delete;
 
     bool Exists() const { return exists_; }
 

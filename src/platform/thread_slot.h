@@ -1,20 +1,19 @@
 // A pointer that each thread has of its own.
 #pragma once
 
+#include "platform/not_copied.h"
 #include "platform/win32.h"
 
 namespace depot {
 
 // A slot of the system's: unlike a variable of the thread it needs no memory when it is first used.
 template <class T>
-class ThreadSlot {
+class ThreadSlot : NotCopied {
 public:
     ThreadSlot() : index_(TlsAlloc()) {}
     ~ThreadSlot() {
         if (index_ != TLS_OUT_OF_INDEXES) TlsFree(index_);
     }
-    ThreadSlot(const ThreadSlot&) = delete;
-    ThreadSlot& operator=(const ThreadSlot&) = delete;
 
     // Null where nothing was set, and where the system had no slot left.
     T* Get() const {

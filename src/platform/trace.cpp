@@ -4,9 +4,9 @@
 #include <array>
 #include <cstdint>
 
-#include "platform/handles.h"
 #include "platform/object_trust.h"
 #include "platform/text.h"
+#include "platform/token.h"
 #include "platform/trace_file.h"
 #include "platform/trace_permission.h"
 #include "platform/trace_settings.h"
@@ -30,18 +30,12 @@ TraceFile& File() {
 }
 
 ProcessRights RightsOfProcess() {
-    HANDLE token = nullptr;
-    if (!OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, &token)) return {};
-    const UniqueHandle owner(token);
-    TOKEN_ELEVATION elevation = {};
-    alignas(void*) BYTE label[sizeof(TOKEN_MANDATORY_LABEL) + SECURITY_MAX_SID_SIZE] = {};
-    DWORD size = 0;
-    if (!GetTokenInformation(token, TokenElevation, &elevation, sizeof(elevation), &size) ||
-        !GetTokenInformation(token, TokenIntegrityLevel, label, sizeof(label), &size)) {
-        return {};
-    }
-    const PSID level = reinterpret_cast<TOKEN_MANDATORY_LABEL*>(label)->Label.Sid;
-    return {true, elevation.TokenIsElevated != 0,
+    const UniqueHandle token = TokenOfProcess();
+    const TokenRecord<TOKEN_ELEVATION> elevation(token, TokenElevation);
+    const TokenRecord<TOKEN_MANDATORY_LABEL> label(token, TokenIntegrityLevel);
+    if (!elevation || !label) return {};
+    const PSID level = label->Label.Sid;
+    return {true, elevation->TokenIsElevated != 0,
             LevelIn({static_cast<const char*>(level), GetLengthSid(level)})};
 }
 

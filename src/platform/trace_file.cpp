@@ -3,6 +3,7 @@
 #include <mutex>
 #include <utility>
 
+#include "platform/not_copied.h"
 #include "platform/text.h"
 #include "platform/trace_permission.h"
 #include "platform/win32.h"
@@ -37,7 +38,7 @@ bool IsAt(const std::string& path, HANDLE file) {
 
 // The right to rename one file, wherever it was renamed to meanwhile: a byte far behind its end is
 // locked. Nothing waits for it, because a process may be stopped while it has it.
-class RenamingRight {
+class RenamingRight : NotCopied {
 public:
     explicit RenamingRight(HANDLE file) : file_(file) {
         OVERLAPPED place = Place();
@@ -48,8 +49,6 @@ public:
         OVERLAPPED place = Place();
         if (isTaken_) UnlockFileEx(file_, 0, 1, 0, &place);
     }
-    RenamingRight(const RenamingRight&) = delete;
-    RenamingRight& operator=(const RenamingRight&) = delete;
 
     bool IsTaken() const { return isTaken_; }
 

@@ -3,6 +3,7 @@
 
 #include <string>
 
+#include "platform/not_copied.h"
 #include "platform/win32.h"
 
 namespace depot {
@@ -16,12 +17,10 @@ void InstallNoticeReceiver(NoticeReceiver receiver);
 
 // Takes the notices of this thread while it lives, in place of whatever would show them, and stands
 // for a caller that wants no boxes: nothing else may ask the user either. The innermost one counts.
-class NoticeCollector {
+class NoticeCollector : NotCopied {
 public:
     NoticeCollector();
     ~NoticeCollector();
-    NoticeCollector(const NoticeCollector&) = delete;
-    NoticeCollector& operator=(const NoticeCollector&) = delete;
 
     // The innermost of this thread; null where there is none.
     static NoticeCollector* Current();
@@ -35,10 +34,13 @@ private:
     std::string texts_;
 };
 
+// The title of boxes that need no other one.
+inline constexpr char kNoticeTitle[] = "Quillon";
+
 // Shows the text in a box of that style, owned by `owner`, that may be null, and waits until the
 // user confirms it. In a process whose windows no person sees (user_presence.h) the text is written
 // to the trace and to the event log instead.
-void ShowNotice(const std::string& text, const char* title, HWND owner,
+void ShowNotice(const std::string& text, const char* title = kNoticeTitle, HWND owner = nullptr,
                 UINT style = MB_ICONERROR | MB_OK);
 
 }  // namespace depot

@@ -3,6 +3,8 @@
 
 #include <cstddef>
 
+#include "platform/not_copied.h"
+
 namespace depot {
 
 // Empties a text, what longer ones left behind its end included. A plain fill would be left out by
@@ -18,12 +20,10 @@ void Wipe(Text& text) noexcept {
 
 // Wipes a text that is in use at the end of a scope.
 template <class Text>
-class WipeAtEnd {
+class WipeAtEnd : NotCopied {
 public:
     explicit WipeAtEnd(Text& text) : text_(text) {}
     ~WipeAtEnd() { Wipe(text_); }
-    WipeAtEnd(const WipeAtEnd&) = delete;
-    WipeAtEnd& operator=(const WipeAtEnd&) = delete;
 
 private:
     Text& text_;

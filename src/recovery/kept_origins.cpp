@@ -97,11 +97,7 @@ std::optional<KeptEntry> FindKeptEntry(CDepots& depots, const OriginRecord& orig
 std::unique_ptr<CDepot> DepotOf(CDepots& depots, const KeptEntry& entry) {
     std::unique_ptr<CDepot> depot = depots.At(entry.depot)->Clone();
     if (!depot) throw std::bad_alloc();
-    CDepotPath* const wanted = depot->paths->At(entry.location);
-    for (std::size_t index = depot->paths->Count(); index > 0; --index) {
-        CDepotPath* const location = depot->paths->At(index - 1);
-        if (location != wanted) depot->paths->Remove(location);
-    }
+    depot->paths->RemoveAllBut(depot->paths->At(entry.location));
     return depot;
 }
 

@@ -16,13 +16,6 @@ KeptBytes Taken(const FileBuffer& buffer) {
     return {buffer.bytes.get(), buffer.bytes.get() + buffer.length};
 }
 
-FileBuffer BufferOf(const KeptBytes& bytes) {
-    FileBuffer buffer = {static_cast<std::uint32_t>(bytes.size()),
-                         std::make_unique<std::uint8_t[]>(bytes.size() + kFileBufferReserve)};
-    std::copy(bytes.begin(), bytes.end(), buffer.bytes.get());
-    return buffer;
-}
-
 // Of an entry the depot's location is the only one.
 std::string NameOfEntry(CDepot& depot, const std::string& path, std::string dn) {
     return dn.empty() ? PlaceOf(depot, path).path : std::move(dn);

@@ -5,6 +5,7 @@
 
 #include "config/profile_encoding.h"
 #include "config/profile_reader.h"
+#include "platform/not_copied.h"
 #include "platform/system_code_page.h"
 #include "platform/wide_text.h"
 #include "platform/win32.h"
@@ -69,14 +70,12 @@ private:
 };
 
 // Narrow texts have the characters of profiles as long as this object lives.
-class ProfileCharacters {
+class ProfileCharacters : NotCopied {
 public:
     explicit ProfileCharacters(unsigned codePage) : before_(InstalledCodePage()) {
         InstallCodePage(DescribeSystemCodePage(codePage));
     }
     ~ProfileCharacters() { InstallCodePage(std::move(before_)); }
-    ProfileCharacters(const ProfileCharacters&) = delete;
-    ProfileCharacters& operator=(const ProfileCharacters&) = delete;
 
 private:
     CodePage before_;

@@ -17,14 +17,14 @@ RestorePlan Storing(const KeptBytes& bytes) {
     return plan;
 }
 
-RestorePlan PlanMerge(const KeptCopy& copy, const KeptBytes& ours, const KeptBytes& present,
-                      RestoreRules rules) {
+RestorePlan PlanMerge(ReadCopy ours, const KeptBytes& present, RestoreRules rules) {
     const bool oursFirst = rules.replaces;
-    const bool hasBase = copy.origin && (copy.origin->base || copy.origin->isNew);
+    const auto& origin = ours.copy.origin;
+    const bool hasBase = origin && (origin->base || origin->isNew);
     if (!hasBase) return Stopped(RestoreObstacle::kNoBase);
-    auto merge = MergeKept({copy.origin->base.value_or(KeptBytes()), present, ours}, oursFirst,
+    auto merge = MergeKept({origin->base.value_or(KeptBytes()), present, ours.bytes}, oursFirst,
                            rules.characters);
-    if (!merge) return oursFirst ? Storing(ours) : Stopped(RestoreObstacle::kNoProfile);
+    if (!merge) return oursFirst ? Storing(ours.bytes) : Stopped(RestoreObstacle::kNoProfile);
     if (!merge->conflicts.empty() && !oursFirst) {
         RestorePlan plan = Stopped(RestoreObstacle::kConflicts);
         plan.conflicts = std::move(merge->conflicts);
@@ -38,24 +38,23 @@ RestorePlan PlanMerge(const KeptCopy& copy, const KeptBytes& ours, const KeptByt
 
 }  // namespace
 
-RestorePlan PlanRestore(const KeptTarget& target, const KeptCopy& copy, const KeptBytes& ours,
+RestorePlan PlanRestore(const KeptTarget& target, ReadCopy ours,
                         const std::optional<KeptBytes>& present, RestoreRules rules) {
     if (!present) {
-        const bool mayBeMade = rules.makes || (copy.origin && copy.origin->isNew);
-        return mayBeMade ? Storing(ours) : Stopped(RestoreObstacle::kGone);
+        const bool mayBeMade = rules.makes || (ours.copy.origin && ours.copy.origin->isNew);
+        return mayBeMade ? Storing(ours.bytes) : Stopped(RestoreObstacle::kGone);
     }
-    if (target.IsHeldAs(ours, present)) {
-        RestorePlan plan = Storing(ours);
+    if (target.IsHeldAs(ours.bytes, present)) {
+        RestorePlan plan = Storing(ours.bytes);
         plan.isStoredAlready = true;
         return plan;
     }
-    if (copy.IsMadeFrom(*present)) return Storing(ours);
-    if (rules.merges) return PlanMerge(copy, ours, *present, rules);
-    return rules.replaces ? Storing(ours) : Stopped(RestoreObstacle::kChanged);
+    if (ours.copy.IsMadeFrom(*present)) return Storing(ours.bytes);
+    if (rules.merges) return PlanMerge(ours, *present, rules);
+    return rules.replaces ? Storing(ours.bytes) : Stopped(RestoreObstacle::kChanged);
 }
 
-std::optional<StoreFailure> StorePlan(const KeptTarget& target, const KeptCopy& copy,
-                                      const KeptBytes& ours,
+std::optional<StoreFailure> StorePlan(const KeptTarget& target, ReadCopy ours,
                                       const std::optional<KeptBytes>& present,
                                       const RestorePlan& plan) {
     if (!plan.isStoredAlready) {
@@ -67,7 +66,7 @@ std::optional<StoreFailure> StorePlan(const KeptTarget& target, const KeptCopy& 
             return StoreFailure{StoreStep::kCompare, Error(Reason::kChanged)};
         }
     }
-    const Result deleted = DeleteKept(copy, ours);
+    const Result deleted = DeleteKept(ours.copy, ours.bytes);
     if (!deleted) return StoreFailure{StoreStep::kDelete, deleted.Why()};
     return std::nullopt;
 }

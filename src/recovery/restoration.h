@@ -36,8 +36,14 @@ struct RestorePlan {
     bool isMerged = false;
 };
 
-// Plans it. `ours` are the copy's bytes, `present` what the target holds.
-RestorePlan PlanRestore(const KeptTarget& target, const KeptCopy& copy, const KeptBytes& ours,
+// A copy with its bytes.
+struct ReadCopy {
+    const KeptCopy& copy;
+    const KeptBytes& bytes;
+};
+
+// Plans it. `present` is what the target holds.
+RestorePlan PlanRestore(const KeptTarget& target, ReadCopy ours,
                         const std::optional<KeptBytes>& present, RestoreRules rules);
 
 // How far the storing came that failed.
@@ -56,8 +62,7 @@ struct StoreFailure {
 
 // Does what was planned without an obstacle. The copy is deleted when its bytes are seen where they
 // belong, and not before. Returns nothing when it is done.
-std::optional<StoreFailure> StorePlan(const KeptTarget& target, const KeptCopy& copy,
-                                      const KeptBytes& ours,
+std::optional<StoreFailure> StorePlan(const KeptTarget& target, ReadCopy ours,
                                       const std::optional<KeptBytes>& present,
                                       const RestorePlan& plan);
 

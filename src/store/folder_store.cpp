@@ -19,8 +19,6 @@
 namespace depot {
 namespace {
 
-constexpr char kCaption[] = "Quillon";
-
 Reason ReasonOfSystem(DWORD code) {
     switch (code) {
         case ERROR_FILE_NOT_FOUND:
@@ -104,7 +102,7 @@ Result RemoveListed(FolderStore& store, const Tree& tree) {
 
 Error SystemError(DWORD code, const std::string& path) {
     Error error = {ReasonOfSystem(code), CodeKind::kSystem, code};
-    FormatErrorText(code, path.c_str(), kCaption, &error.text, nullptr);
+    FormatErrorText(code, path.c_str(), nullptr, &error.text, nullptr);
     SetLastError(code);
     return error;
 }

@@ -12,13 +12,6 @@ std::optional<OfflineBytes> BytesOf(const FileBuffer& contents) {
     return OfflineBytes(contents.bytes.get(), contents.bytes.get() + contents.length);
 }
 
-FileBuffer BufferOf(const OfflineBytes& bytes) {
-    FileBuffer buffer = {static_cast<std::uint32_t>(bytes.size()),
-                         std::make_unique<std::uint8_t[]>(bytes.size() + kFileBufferReserve)};
-    std::copy(bytes.begin(), bytes.end(), buffer.bytes.get());
-    return buffer;
-}
-
 std::vector<OfflineChild> ChildrenOf(std::span<const TreeItem> items) {
     std::vector<OfflineChild> children;
     children.reserve(items.size());

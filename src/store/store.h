@@ -16,6 +16,7 @@
 #include "directory/entry_store.h"
 #include "directory/tree_bounds.h"
 #include "platform/digest.h"
+#include "platform/not_copied.h"
 #include "platform/result.h"
 #include "platform/win32.h"
 
@@ -146,12 +147,10 @@ using TakePath = std::function<bool(const std::string& path)>;
 // operation throws std::bad_alloc.
 //
 // REQUIRES, of every operation that looks at or changes what is stored: the store is open.
-class Store {
+class Store : NotCopied {
 public:
     Store() = default;
     virtual ~Store() = default;
-    Store(const Store&) = delete;
-    Store& operator=(const Store&) = delete;
 
     // Opens the store for the work of one operation, see StoreScope; `opened` is whether Close is
     // due afterwards.
@@ -175,6 +174,12 @@ public:
     // Returns the path by which the shell and the system's own calls reach what is stored; nothing
     // where they cannot.
     virtual std::optional<std::string> LocalPath(const std::string& path) const = 0;
+    // Whether there are such paths.
+    bool IsLocal() const { return LocalPath({}).has_value(); }
+    // Whether files and folders are named alike: the dot alone distinguishes them.
+    bool NamesAlike() const {
+        return !IsLocal() && ChildPath({}, "x", true) == ChildPath({}, "x", false);
+    }
     // Fails with kInvalid for a path that names no place of its own, whatever is stored.
     virtual Result CheckTarget(const std::string& path) const = 0;
     // Returns what the paths of this store are relative to: stores of one space name the same by
@@ -264,14 +269,12 @@ struct StorePath {
 };
 
 // Keeps a store open for the work of one operation; does nothing inside another scope.
-class StoreScope {
+class StoreScope : NotCopied {
 public:
     explicit StoreScope(Store& store) : store_(store), result_(store.Open(opened_)) {}
     ~StoreScope() {
         if (opened_) store_.Close();
     }
-    StoreScope(const StoreScope&) = delete;
-    StoreScope& operator=(const StoreScope&) = delete;
 
     explicit operator bool() const { return result_.IsDone(); }
     const Result& Outcome() const { return result_; }

@@ -105,12 +105,11 @@ Result ListChildren(Store& store, const std::string& folder, std::vector<TreeIte
     return store.List(folder, TakeChildren(folder, children, left), left);
 }
 
-Result ListTree(Store& store, const std::string& top, Tree& tree, StoreSource* known,
-                std::uint32_t depth) {
+Result ListTree(Store& store, const std::string& top, Tree& tree, const TreeWish& wish) {
     tree = {};
     tree.items.push_back({{}, top, true});
-    TreeListing listing(store, tree, depth);
-    if (known != nullptr) listing.TakeKnown(*known);
+    TreeListing listing(store, tree, wish.depth);
+    if (wish.known != nullptr) listing.TakeKnown(*wish.known);
     return listing.Run();
 }
 

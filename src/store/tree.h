@@ -20,12 +20,16 @@ Result ListChildren(Store& store, const std::string& folder, std::vector<TreeIte
 // Returns what takes the children of a listing so.
 TakeItem TakeChildren(const std::string& folder, std::vector<TreeItem>& children, LeftOut& left);
 
+struct TreeWish {
+    // Where it is given, the children of the top are taken of it, and not listed again.
+    StoreSource* known = nullptr;
+    // Folders of this level are not looked into; the top is level 0.
+    std::uint32_t depth = kWholeTree;
+};
+
 // Lists a folder with all below it. Fails when a folder cannot be listed, and when the tree passes
-// the store's bounds, with LDAP_SIZELIMIT_EXCEEDED or LDAP_TIMELIMIT_EXCEEDED as the code. Of
-// `known`, where it is given, the children of the top are taken, which are not listed again.
-// Folders of the level `depth` are not looked into; the top is level 0.
+// the store's bounds, with LDAP_SIZELIMIT_EXCEEDED or LDAP_TIMELIMIT_EXCEEDED as the code.
 // REQUIRES: the store is open.
-Result ListTree(Store& store, const std::string& top, Tree& tree, StoreSource* known = nullptr,
-                std::uint32_t depth = kWholeTree);
+Result ListTree(Store& store, const std::string& top, Tree& tree, const TreeWish& wish = {});
 
 }  // namespace depot

@@ -6,6 +6,7 @@
 #include <optional>
 
 #include "platform/handles.h"
+#include "platform/not_copied.h"
 #include "platform/paths.h"
 #include "platform/text.h"
 #include "platform/win32.h"
@@ -23,14 +24,10 @@ FileBuffer MakeProbe() {
     static std::atomic<unsigned> count = 0;
     FILETIME now = {};
     GetSystemTimeAsFileTime(&now);
-    const std::string text = Concatenate(
+    return BufferOf(Concatenate(
         {"DepotIntr tests whether this place can be written: ", NumberText(now.dwHighDateTime), ".",
          NumberText(now.dwLowDateTime), " ", NumberText(GetCurrentProcessId()), " ",
-         NumberText(++count)});
-    FileBuffer probe = {static_cast<std::uint32_t>(text.size()),
-                        std::make_unique<std::uint8_t[]>(text.size() + kFileBufferReserve)};
-    std::copy(text.begin(), text.end(), probe.bytes.get());
-    return probe;
+         NumberText(++count)}));
 }
 
 // Without memory for the condition a probe of this moment is deleted without it.
@@ -53,7 +50,7 @@ Result TestNewEntry(EntryStore& entries, const std::string& dn) {
 
 // The folders that a test adds. They are deleted with the object, from the bottom up; whatever
 // someone else put there meanwhile keeps its folder above it.
-class AddedFolders {
+class AddedFolders : NotCopied {
 public:
     explicit AddedFolders(EntryStore& entries) : entries_(entries) {}
     ~AddedFolders() {
@@ -61,8 +58,6 @@ public:
             static_cast<void>(entries_.Remove(list.At(index - 1).path));
         }
     }
-    AddedFolders(const AddedFolders&) = delete;
-    AddedFolders& operator=(const AddedFolders&) = delete;
 
     LdapItemList list;
 

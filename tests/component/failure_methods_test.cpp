@@ -45,7 +45,7 @@ TEST_F(FailureMethodsTest, EachInterfaceLeadsToTheOtherOnTheSameObject) {
 }
 
 TEST_F(FailureMethodsTest, SessionKeepsItsLastFailureUntilItsNextCall) {
-    EXPECT_EQ(0, Last().code);
+    EXPECT_EQ(ERROR_SUCCESS, Last().code);
     EXPECT_EQ(L"", Last().text);
     OutText text;
     EXPECT_THAT(api2_->ReadText(session_, Bstr("<Work>\\none.kra"), text), IsRefused());
@@ -55,7 +55,7 @@ TEST_F(FailureMethodsTest, SessionKeepsItsLastFailureUntilItsNextCall) {
         EXPECT_THAT(Last().text, HasSubstr(L"none.kra"));
     }
     EXPECT_THAT(api2_->Exists(session_, Bstr("<Work>\\none.kra"), answer_), IsOk());
-    EXPECT_EQ(0, Last().code);
+    EXPECT_EQ(ERROR_SUCCESS, Last().code);
     EXPECT_EQ(L"", Last().text);
 }
 
@@ -67,7 +67,7 @@ TEST_F(FailureMethodsTest, MethodsOfTheFirstInterfaceLeaveTheirFailuresToo) {
     EXPECT_THAT(api_->DPDeleteFile(session_, Text("<Work>\\none.kra")), IsRefused());
     EXPECT_EQ(ERROR_FILE_NOT_FOUND, static_cast<DWORD>(Last().code));
     EXPECT_THAT(api_->DPSetSelItemPath(session_, Text("x")), IsOk());
-    EXPECT_EQ(0, Last().code);
+    EXPECT_EQ(ERROR_SUCCESS, Last().code);
 }
 
 TEST_F(FailureMethodsTest, ValueThatCouldNotBeWrittenIsASuccessThatSaysWhy) {
@@ -96,7 +96,7 @@ TEST_F(FailureMethodsTest, ValueThatCouldNotBeWrittenIsASuccessThatSaysWhy) {
 TEST_F(FailureMethodsTest, SessionsKnowNothingOfEachOther) {
     Session other(*api_);
     EXPECT_THAT(api_->DPDeleteFile(session_, Text("<Work>\\none.kra")), IsRefused());
-    EXPECT_EQ(0, LastErrorOf(*api2_, other).code);
+    EXPECT_EQ(ERROR_SUCCESS, LastErrorOf(*api2_, other).code);
     EXPECT_NE(0, Last().code);
 }
 
@@ -107,7 +107,7 @@ TEST_F(FailureMethodsTest, ThreadKnowsItsLastCallWhateverTheSession) {
     EXPECT_NE(0, LastErrorOf(*api2_, 0).code);
     EXPECT_EQ(ERROR_FILE_NOT_FOUND, static_cast<DWORD>(Last().code));
     EXPECT_THAT(api_->DPSetSelItemPath(session_, Text("x")), IsOk());
-    EXPECT_EQ(0, LastErrorOf(*api2_, 0).code);
+    EXPECT_EQ(ERROR_SUCCESS, LastErrorOf(*api2_, 0).code);
 }
 
 TEST_F(FailureMethodsTest, ThreadsKnowNothingOfEachOther) {

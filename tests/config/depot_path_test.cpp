@@ -29,7 +29,7 @@ TEST(DepotPathTest, AuthenticationNamesStandInTheOrderOfTheirNumbers) {
 
 // Checks all but the path.
 void ExpectDefaults(const CDepotPath& location, const CDepotPaths* owner) {
-    EXPECT_EQ(0u, location.type);
+    EXPECT_EQ(kFolderLocation, location.type);
     ExpectDirectoryDefaults(location);
     EXPECT_EQ(owner, location.owner);
     EXPECT_EQ("", location.locationText);

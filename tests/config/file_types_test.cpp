@@ -53,8 +53,8 @@ TEST(DetectFileTypeTest, EveryExtensionButTwoIsRecognised) {
 }
 
 TEST(DetectFileTypeTest, KrcAndKrkAreNotRecognised) {
-    EXPECT_EQ(0, DetectFileType("a.krc"));
-    EXPECT_EQ(0, DetectFileType("a.krk"));
+    EXPECT_EQ(kUnknownFileType, DetectFileType("a.krc"));
+    EXPECT_EQ(kUnknownFileType, DetectFileType("a.krk"));
 }
 
 TEST(DetectFileTypeTest, LetterCaseDoesNotMatter) {
@@ -64,30 +64,30 @@ TEST(DetectFileTypeTest, LetterCaseDoesNotMatter) {
 
 TEST(DetectFileTypeTest, OnlyTheLastExtensionCounts) {
     EXPECT_EQ(64, DetectFileType("a.kre.kra"));
-    EXPECT_EQ(0, DetectFileType("a.kra.txt"));
-    EXPECT_EQ(0, DetectFileType("C:\\folder.kra\\a"));
-    EXPECT_EQ(0, DetectFileType("a.kra "));
-    EXPECT_EQ(0, DetectFileType("a.kr"));
-    EXPECT_EQ(0, DetectFileType("a.kraa"));
-    EXPECT_EQ(0, DetectFileType("office.kr."));
+    EXPECT_EQ(kUnknownFileType, DetectFileType("a.kra.txt"));
+    EXPECT_EQ(kUnknownFileType, DetectFileType("C:\\folder.kra\\a"));
+    EXPECT_EQ(kUnknownFileType, DetectFileType("a.kra "));
+    EXPECT_EQ(kUnknownFileType, DetectFileType("a.kr"));
+    EXPECT_EQ(kUnknownFileType, DetectFileType("a.kraa"));
+    EXPECT_EQ(kUnknownFileType, DetectFileType("office.kr."));
 }
 
 TEST(DetectFileTypeTest, PathsShorterThanFiveCharactersAreNotRecognised) {
-    EXPECT_EQ(0, DetectFileType(".kra"));
+    EXPECT_EQ(kUnknownFileType, DetectFileType(".kra"));
     EXPECT_EQ(64, DetectFileType("a.kra"));
     EXPECT_EQ(63, DetectFileType(".krcf"));
-    EXPECT_EQ(0, DetectFileType(""));
+    EXPECT_EQ(kUnknownFileType, DetectFileType(""));
 }
 
 TEST(DetectFileTypeTest, PathWithoutADotIsNotRecognised) {
-    EXPECT_EQ(0, DetectFileType("kre-kra"));
-    EXPECT_EQ(0, DetectFileType("akrcf"));
+    EXPECT_EQ(kUnknownFileType, DetectFileType("kre-kra"));
+    EXPECT_EQ(kUnknownFileType, DetectFileType("akrcf"));
 }
 
 TEST(DetectFileTypeTest, FlagHasNoEffect) {
     for (const std::int32_t flag : {0, 1, -1, 64}) {
         EXPECT_EQ(64, DetectFileType("a.kra", flag));
-        EXPECT_EQ(0, DetectFileType("a.krc", flag));
+        EXPECT_EQ(kUnknownFileType, DetectFileType("a.krc", flag));
     }
 }
 

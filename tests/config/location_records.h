@@ -22,7 +22,7 @@ inline void ExpectDirectoryDefaults(const CDepotPath& location) {
     EXPECT_EQ("", location.folderObjectClass);
     EXPECT_EQ("", location.fileContentsAttributeName);
     EXPECT_EQ(389u, location.port);
-    EXPECT_EQ(1u, location.authentication);
+    EXPECT_EQ(kSimpleAuthentication, location.authentication);
     EXPECT_EQ(3u, location.version);
     EXPECT_EQ(120u, location.connectTimeout);
     EXPECT_EQ(0u, location.security);
@@ -63,7 +63,7 @@ inline void FillWithJunk(CDepotPath& location) {
 
 // Compares all but the handle slot.
 inline void ExpectJunk(const CDepotPath& location) {
-    EXPECT_EQ(1u, location.type);
+    EXPECT_EQ(kDirectoryLocation, location.type);
     EXPECT_EQ("path", location.path);
     EXPECT_EQ("host", location.host);
     EXPECT_EQ("user", location.username);

@@ -66,7 +66,7 @@ TEST_F(LoadFromRegistryTest, PathAloneIsAFolderWithDefaults) {
     key_.Text("", "Path1", "$USERDIR$\\Profiles");
     EXPECT_THAT(Load(), IsDone());
     EXPECT_EQ("$USERDIR$\\Profiles", location_.path);
-    EXPECT_EQ(0u, location_.type);
+    EXPECT_EQ(kFolderLocation, location_.type);
     ExpectDirectoryDefaults(location_);
     EXPECT_EQ(kOwner, location_.owner);
 }
@@ -81,7 +81,7 @@ TEST_F(LoadFromRegistryTest, NewPathEmptiesTheLocationText) {
 TEST_F(LoadFromRegistryTest, EverySettingOfADirectoryIsRead) {
     WriteDirectory("1");
     EXPECT_THAT(Load(), IsDone());
-    EXPECT_EQ(1u, location_.type);
+    EXPECT_EQ(kDirectoryLocation, location_.type);
     EXPECT_EQ("dc=farrow", location_.path);
     EXPECT_EQ("server", location_.host);
     EXPECT_EQ("cn=user", location_.username);
@@ -105,7 +105,7 @@ TEST_F(LoadFromRegistryTest, MissingSettingsOfADirectoryKeepTheirDefaults) {
     key_.Text("", "Path1", "dc=farrow");
     key_.Dword("", "Type1", 1);
     EXPECT_THAT(Load(), IsDone());
-    EXPECT_EQ(1u, location_.type);
+    EXPECT_EQ(kDirectoryLocation, location_.type);
     ExpectDirectoryDefaults(location_);
 }
 
@@ -129,7 +129,7 @@ TEST_F(LoadFromRegistryTest, UnknownTypeGivesAFolderWhoseDirectoryValuesAreNotRe
         WriteDirectory("1");
         key_.Dword("", "Type1", type);
         EXPECT_THAT(Load(), IsDone());
-        EXPECT_EQ(0u, location_.type);
+        EXPECT_EQ(kFolderLocation, location_.type);
         ExpectDirectoryDefaults(location_);
     }
 }
@@ -146,10 +146,10 @@ TEST_F(LoadFromRegistryTest, TypeOfAnotherRegistryTypeIsIgnored) {
     WriteDirectory("1");
     key_.Text("", "Type1", "1");
     EXPECT_THAT(Load(), IsDone());
-    EXPECT_EQ(0u, location_.type);
+    EXPECT_EQ(kFolderLocation, location_.type);
     key_.Raw("", "Type1", REG_BINARY, std::string("\x01\0\0\0", 4));
     EXPECT_THAT(Load(), IsDone());
-    EXPECT_EQ(0u, location_.type);
+    EXPECT_EQ(kFolderLocation, location_.type);
 }
 
 TEST_F(LoadFromRegistryTest, SizeOfATypeIsNotChecked) {
@@ -161,7 +161,7 @@ TEST_F(LoadFromRegistryTest, SizeOfATypeIsNotChecked) {
         key_.Raw("", "Type1", REG_DWORD, data);
         EXPECT_THAT(location.LoadFromRegistry(*RegistryKey::Open(HKEY_CURRENT_USER, kKey), 1),
                     IsDone());
-        EXPECT_EQ(1u, location.type);
+        EXPECT_EQ(kDirectoryLocation, location.type);
         EXPECT_EQ("server", location.host);
     }
 }
@@ -186,7 +186,7 @@ TEST_F(LoadFromRegistryTest, NumbersOfAWrongTypeOrSizeKeepTheirDefaults) {
         EXPECT_THAT(location.LoadFromRegistry(*RegistryKey::Open(HKEY_CURRENT_USER, kKey), 1),
                     IsDone());
         EXPECT_EQ(389u, location.port);
-        EXPECT_EQ(1u, location.authentication);
+        EXPECT_EQ(kSimpleAuthentication, location.authentication);
         EXPECT_EQ(3u, location.version);
         EXPECT_EQ(120u, location.connectTimeout);
         EXPECT_EQ(0u, location.detectConflicts);
@@ -295,7 +295,7 @@ TEST_F(LoadFromRegistryTest, MissingTypeLeavesTheRecordsOwn) {
     RegDeleteKeyValueA(HKEY_CURRENT_USER, kKey, "Type1");
     location_.type = kDirectoryLocation;
     EXPECT_THAT(Load(), IsDone());
-    EXPECT_EQ(1u, location_.type);
+    EXPECT_EQ(kDirectoryLocation, location_.type);
     EXPECT_EQ("server", location_.host);
 }
 
@@ -304,7 +304,7 @@ TEST_F(LoadFromRegistryTest, MissingTypeDoesNotLeaveAnUnknownOne) {
     RegDeleteKeyValueA(HKEY_CURRENT_USER, kKey, "Type1");
     location_.type = 7;
     EXPECT_THAT(Load(), IsDone());
-    EXPECT_EQ(0u, location_.type);
+    EXPECT_EQ(kFolderLocation, location_.type);
     ExpectDirectoryDefaults(location_);
 }
 

@@ -24,7 +24,7 @@ constexpr std::uint32_t kAnySize = 4096;
 class ProfileFileTest : public testing::Test {
 protected:
     std::string Read(const std::string& key, std::uint32_t size = kAnySize) const {
-        return ReadProfileString("Section", key, "default", size, file_);
+        return ReadProfileString({"Section", key, "default", size}, file_);
     }
 
     int Write(const char* value) const {
@@ -58,15 +58,15 @@ TEST_F(WriteProfileValueTest, BlanksAtAnEndAreStoredBetweenSingleQuotes) {
 TEST_F(ReadProfileStringTest, TextsThatTheSystemCannotCountNeverReachIt) {
     const std::string huge(100'000, 'x'), fits(32'766, 'x');
     Write("1");
-    EXPECT_EQ("default", ReadProfileString(huge, "Key", "default", kAnySize, file_));
-    EXPECT_EQ("default", ReadProfileString("Section", huge, "default", kAnySize, file_));
-    EXPECT_EQ("def", ReadProfileString("Section", huge, "default", 4, file_));
-    EXPECT_EQ("", ReadProfileString("Section", huge, "default", 0, file_));
-    EXPECT_EQ("1", ReadProfileString("Section", "Key", huge, kAnySize, file_));
-    EXPECT_EQ(huge, ReadProfileString("Section", "None", huge, 0xFFFFFFFF, file_));
+    EXPECT_EQ("default", ReadProfileString({huge, "Key", "default", kAnySize}, file_));
+    EXPECT_EQ("default", ReadProfileString({"Section", huge, "default", kAnySize}, file_));
+    EXPECT_EQ("def", ReadProfileString({"Section", huge, "default", 4}, file_));
+    EXPECT_EQ("", ReadProfileString({"Section", huge, "default", 0}, file_));
+    EXPECT_EQ("1", ReadProfileString({"Section", "Key", huge, kAnySize}, file_));
+    EXPECT_EQ(huge, ReadProfileString({"Section", "None", huge, 0xFFFFFFFF}, file_));
     EXPECT_EQ(7u, ReadProfileInt(huge, "Key", 7, file_));
     EXPECT_EQ(7u, ReadProfileInt("Section", huge, 7, file_));
-    EXPECT_EQ("default", ReadProfileString(fits, fits, "default", kAnySize, file_));
+    EXPECT_EQ("default", ReadProfileString({fits, fits, "default", kAnySize}, file_));
 }
 
 TEST_F(ReadProfileStringTest, CutDefaultsEndBehindWholeCharacters) {
@@ -80,11 +80,11 @@ TEST_F(ReadProfileStringTest, CutDefaultsEndBehindWholeCharacters) {
         const test::CodePageScope page(row.codePage);
         const std::string text = "a" + row.character;
         const auto fits = static_cast<std::uint32_t>(text.size() + 1);
-        EXPECT_EQ(text, ReadProfileString(huge, "Key", text, fits, file_));
+        EXPECT_EQ(text, ReadProfileString({huge, "Key", text, fits}, file_));
         for (std::uint32_t size = 2; size < fits; ++size) {
-            EXPECT_EQ("a", ReadProfileString(huge, "Key", text, size, file_)) << size;
+            EXPECT_EQ("a", ReadProfileString({huge, "Key", text, size}, file_)) << size;
         }
-        EXPECT_EQ("", ReadProfileString(huge, "Key", text, 1, file_));
+        EXPECT_EQ("", ReadProfileString({huge, "Key", text, 1}, file_));
     }
 }
 
@@ -102,7 +102,7 @@ TEST_F(ProfileFileTest, PathsThatTheSystemCannotCountNameNoFile) {
     for (const std::size_t size : {32'767u, 40'000u, 100'000u}) {
         const std::string path = "C:\\" + std::string(size - 7, 'x') + ".kre";
         EXPECT_THAT(WriteProfileValue("Section", "Key", "2", path.c_str()), Fails());
-        EXPECT_EQ("default", ReadProfileString("Section", "Key", "default", kAnySize, path));
+        EXPECT_EQ("default", ReadProfileString({"Section", "Key", "default", kAnySize}, path));
         EXPECT_EQ(7u, ReadProfileInt("Section", "Key", 7, path));
         EXPECT_EQ(1u, GetTerminalType(path, kSessionProfile));
     }
@@ -173,7 +173,7 @@ TEST_F(WriteProfileValueTest, ValueThatCannotBeQuotedForWantOfMemoryIsNotWritten
 TEST_F(WriteProfileValueTest, OtherSectionsAndKeysStay) {
     folder_.MakeFile("a.kra", "[Other]\r\nKey=1\r\n[Section]\r\nBefore=2\r\nKey=3\r\nAfter=4\r\n");
     Write("new");
-    EXPECT_EQ("1", ReadProfileString("Other", "Key", "", kAnySize, file_));
+    EXPECT_EQ("1", ReadProfileString({"Other", "Key", "", kAnySize}, file_));
     EXPECT_EQ("2", Read("Before"));
     EXPECT_EQ("new", Read("Key"));
     EXPECT_EQ("4", Read("After"));
@@ -185,14 +185,15 @@ TEST_F(ReadProfileStringTest, WhatIsMissingGivesTheDefault) {
     EXPECT_EQ("default", Read("Key"));
     folder_.MakeFile("a.kra", "[Section]\r\nOther=1\r\n");
     EXPECT_EQ("default", Read("Key"));
+    EXPECT_EQ("default", ReadProfileString({"Section", "Key", "default", kAnySize},
+                                           folder_.At("none\\a.kra")));
     EXPECT_EQ("default",
-              ReadProfileString("Section", "Key", "default", kAnySize, folder_.At("none\\a.kra")));
-    EXPECT_EQ("default", ReadProfileString("Section", "Key", "default", kAnySize, folder_.Path()));
-    EXPECT_EQ("default", ReadProfileString("Section", "Key", "default", kAnySize, ""));
+              ReadProfileString({"Section", "Key", "default", kAnySize}, folder_.Path()));
+    EXPECT_EQ("default", ReadProfileString({"Section", "Key", "default", kAnySize}, ""));
 }
 
 TEST_F(ReadProfileStringTest, EmptyDefaultGivesAnEmptyText) {
-    EXPECT_EQ("", ReadProfileString("Section", "Key", "", kAnySize, file_));
+    EXPECT_EQ("", ReadProfileString({"Section", "Key", "", kAnySize}, file_));
 }
 
 TEST_F(ReadProfileStringTest, FileThatIsLockedGivesTheDefault) {

@@ -12,6 +12,7 @@
 #include "model/depot_paths.h"
 #include "platform/registry_key.h"
 #include "support/random_text.h"
+#include "support/results.h"
 
 namespace depot::test {
 namespace {
@@ -87,9 +88,9 @@ protected:
         int compared = 0;
         for (int number = 1; number <= raw->Locations(); ++number) {
             CDepotPath record(nullptr);
-            EXPECT_EQ(1, record.LoadFromRegistry(*opened, number));
+            EXPECT_THAT(record.LoadFromRegistry(*opened, number), test::IsDone());
             const LocationSettings seen = raw->Location(number);
-            EXPECT_EQ(record.IsDirectory(), ctl::IsDirectory(seen));
+            EXPECT_EQ(record.IsDirectory(), seen.IsDirectory());
             if (!record.IsDirectory()) continue;
             for (const DepotValue& value : kDepotValues) {
                 const auto* const member =

@@ -31,11 +31,11 @@ TEST_F(ConnectionFailuresTest, AbsentServerIsReportedOnceAndTheObjectStaysUnusab
     EXPECT_THAT(items.ConnectLocation(&text_), Fails());
     EXPECT_THAT(items.LastError(), IsCode(LDAP_SERVER_DOWN));
     EXPECT_THAT(Info().lastError, IsCode(LDAP_SERVER_DOWN));
-    EXPECT_EQ(MessageFor(81), text_);
+    EXPECT_EQ(MessageFor(LDAP_SERVER_DOWN), text_);
     ASSERT_EQ(1u, boxes_.Boxes().size());
     const test::ShownBox box = boxes_.Boxes()[0];
     EXPECT_EQ("Quillon", box.caption);
-    EXPECT_EQ(MessageFor(81), box.text);
+    EXPECT_EQ(MessageFor(LDAP_SERVER_DOWN), box.text);
     EXPECT_TRUE(box.hasErrorIcon);
     EXPECT_EQ(nullptr, box.owner);
     EXPECT_FALSE(items.IsUsable());
@@ -58,7 +58,7 @@ TEST_F(ConnectionFailuresTest, AfterAnAnonymousFailureASimpleBindFailsWithoutAPr
     EXPECT_THAT(items.LastError(), IsCode(LDAP_USER_CANCELLED));
     EXPECT_FALSE(items.IsUsable());
     EXPECT_THAT(prompt_.shown, IsEmpty());
-    EXPECT_THAT(boxes_.Texts(), ElementsAre(MessageFor(49)));
+    EXPECT_THAT(boxes_.Texts(), ElementsAre(MessageFor(LDAP_INVALID_CREDENTIALS)));
 }
 
 TEST_F(ConnectionFailuresTest, UnusableObjectFailsAtOnceWithItsOwnBox) {
@@ -75,9 +75,10 @@ TEST_F(ConnectionFailuresTest, UnusableObjectFailsAtOnceWithItsOwnBox) {
     EXPECT_THAT(items.ConnectLocation(&text_), Fails());
     EXPECT_THAT(items.LastError(), IsCode(LDAP_SERVER_DOWN));
     EXPECT_THAT(Info().lastError, IsCode(LDAP_SERVER_DOWN));
-    EXPECT_EQ(MessageFor(81), text_);
+    EXPECT_EQ(MessageFor(LDAP_SERVER_DOWN), text_);
     EXPECT_EQ("", server_.Log());
-    EXPECT_THAT(boxes_.Texts(), ElementsAre(MessageFor(90), MessageFor(81)));
+    EXPECT_THAT(boxes_.Texts(),
+                ElementsAre(MessageFor(LDAP_NO_MEMORY), MessageFor(LDAP_SERVER_DOWN)));
 }
 
 TEST_F(ConnectionFailuresTest, EmptyHostIsAServerThatIsDown) {
@@ -150,8 +151,8 @@ TEST_F(ConnectionFailuresTest, MissingLibraryMakesEveryOperationFailAsServerDown
     EXPECT_THAT(items.ConnectLocation(&text_), Fails());
     EXPECT_THAT(items.LastError(), IsCode(LDAP_SERVER_DOWN));
     EXPECT_THAT(Info().lastError, IsCode(LDAP_SERVER_DOWN));
-    EXPECT_EQ(MessageFor(81), text_);
-    EXPECT_THAT(boxes_.Texts(), ElementsAre(MessageFor(81)));
+    EXPECT_EQ(MessageFor(LDAP_SERVER_DOWN), text_);
+    EXPECT_THAT(boxes_.Texts(), ElementsAre(MessageFor(LDAP_SERVER_DOWN)));
 }
 
 TEST_F(ConnectionFailuresTest, MissingEntryPointsOfTheConnectionFailAsServerDown) {
@@ -177,15 +178,15 @@ TEST_F(ConnectionFailuresTest, MissingEntryPointsOfTheConnectionFailAsServerDown
 TEST_F(ConnectionFailuresTest, ErrorTextPrefersWhatAnyProcessSawAtTheServer) {
     CLDAPItems& items = Make(server_.Location());
     items.SetLastError(32);
-    EXPECT_EQ(MessageFor(32), items.ErrorText());
+    EXPECT_EQ(MessageFor(LDAP_NO_SUCH_OBJECT), items.ErrorText());
     Info().lastError = 49;
-    EXPECT_EQ(MessageFor(49), items.ErrorText());
+    EXPECT_EQ(MessageFor(LDAP_INVALID_CREDENTIALS), items.ErrorText());
 }
 
 TEST_F(ConnectionFailuresTest, ReportingSuccessShowsNothing) {
     CLDAPItems& items = Make(server_.Location());
     items.ReportError(34, &text_);
-    EXPECT_EQ(MessageFor(34), text_);
+    EXPECT_EQ(MessageFor(LDAP_INVALID_DN_SYNTAX), text_);
     items.ReportError(0, &text_);
     EXPECT_THAT(Info().lastError, IsCode(LDAP_SUCCESS));
     EXPECT_EQ(1u, boxes_.Boxes().size());

@@ -15,23 +15,23 @@ using testing::Not;
 
 constexpr char kBob[] = "cn=bob,dc=farrow,dc=test";
 
-class CredentialPairsTest : public PromptTest {
-protected:
-    // What a user typed at a prompt for this server, which nobody has used yet.
-    void TypeFor(CDepotPath location, const std::string& userName, const std::string& password) {
-        CLDAPItems other(&location);
-        other.SetUserName(userName);
-        other.SetPassword(password);
-        other.Connection().Shared().SetLastError(0);
-    }
-    CDepotPath Secured(std::uint32_t security) const {
-        CDepotPath location = server_.Location();
-        location.username.clear();
-        location.password.clear();
-        location.security = security;
-        return location;
-    }
-};
+// What a user typed at a prompt for this server, which nobody has used yet.
+void TypeFor(CDepotPath location, const std::string& userName, const std::string& password) {
+    CLDAPItems other(&location);
+    other.SetUserName(userName);
+    other.SetPassword(password);
+    other.Connection().Shared().SetLastError(LDAP_SUCCESS);
+}
+
+CDepotPath Secured(std::uint32_t security) {
+    CDepotPath location = test::SharedServer().Location();
+    location.username.clear();
+    location.password.clear();
+    location.security = security;
+    return location;
+}
+
+using CredentialPairsTest = PromptTest;
 
 TEST_F(CredentialPairsTest, ProbeTriesNoPasswordOfSomebodyElse) {
     TypeFor(server_.Location(), test::kEditor, test::kEditorPassword);
@@ -98,7 +98,7 @@ TEST_F(CredentialPairsTest, WhatWasTypedForASecuredLocationServesNoOpenOne) {
     EXPECT_EQ(test::kEditor, Make(Secured(7)).Connection().Shared().Paired().userName);
 }
 
-class StoredCredentialsTest : public CredentialPairsTest {
+class StoredCredentialsTest : public PromptTest {
 protected:
     CLDAPItems& MakeStored(std::uint32_t security = 0) {
         CDepotPath location = Secured(security);

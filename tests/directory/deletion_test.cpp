@@ -52,14 +52,14 @@ TEST_F(DeletionTest, OfAFolderTakesEachFolderAfterWhatItHolds) {
 TEST_F(DeletionTest, OfNothingIsAParameterError) {
     EXPECT_THAT(Connected().DeleteTree("", &text_), Fails());
     EXPECT_THAT(Connected().LastError(), IsCode(LDAP_PARAM_ERROR));
-    EXPECT_EQ(MessageFor(89), text_);
+    EXPECT_EQ(MessageFor(LDAP_PARAM_ERROR), text_);
     EXPECT_THAT(Connected().DeleteTree("", nullptr), Fails());
 }
 
 TEST_F(DeletionTest, OfAMissingEntryFails) {
     EXPECT_THAT(Connected().DeleteTree(Dn("missing"), &text_), Fails());
     EXPECT_THAT(Connected().LastError(), IsCode(LDAP_NO_SUCH_OBJECT));
-    EXPECT_EQ(MessageFor(32), text_);
+    EXPECT_EQ(MessageFor(LDAP_NO_SUCH_OBJECT), text_);
 }
 
 TEST_F(DeletionTest, LeavesAFolderThatHoldsOtherEntries) {
@@ -98,7 +98,7 @@ TEST_F(DeletionTest, ContinuesBehindAChildThatCannotBeDeleted) {
     }
     // The tree itself still holds two; the failure of the file was told before.
     EXPECT_THAT(Connected().LastError(), IsCode(LDAP_NOT_ALLOWED_ON_NONLEAF));
-    EXPECT_EQ(MessageFor(66), text_);
+    EXPECT_EQ(MessageFor(LDAP_NOT_ALLOWED_ON_NONLEAF), text_);
 }
 
 TEST_F(DeletionTest, FailureOfAFileIsReportedAlsoWhenTheFolderItselfIsDeleted) {

@@ -36,7 +36,7 @@ TEST_F(EntriesTest, AddingAFolderOfAnInvalidNameFailsWithoutAnAdd) {
     server_.Mark();
     EXPECT_THAT(Connected().AddFolderEntry("not a name", "x", &text_), Fails());
     EXPECT_THAT(Connected().LastError(), IsCode(LDAP_INVALID_DN_SYNTAX));
-    EXPECT_EQ(MessageFor(34), text_);
+    EXPECT_EQ(MessageFor(LDAP_INVALID_DN_SYNTAX), text_);
     EXPECT_EQ(0, server_.Counts().adds);
     EXPECT_THAT(boxes_.Boxes(), IsEmpty());
 }
@@ -44,7 +44,7 @@ TEST_F(EntriesTest, AddingAFolderOfAnInvalidNameFailsWithoutAnAdd) {
 TEST_F(EntriesTest, AddingAFolderBelowAMissingOneFails) {
     EXPECT_THAT(Connected().AddFolderEntry("CN=a,CN=missing," + base_, "a", &text_), Fails());
     EXPECT_THAT(Connected().LastError(), IsCode(LDAP_NO_SUCH_OBJECT));
-    EXPECT_EQ(MessageFor(32), text_);
+    EXPECT_EQ(MessageFor(LDAP_NO_SUCH_OBJECT), text_);
 }
 
 TEST_F(EntriesTest, AddedFilesHoldTheirBytes) {
@@ -143,7 +143,7 @@ TEST_F(EntriesTest, RenamingFailuresKeepTheEntryAndReportTheReason) {
     server_.AddFile("b.krc", base_, "b");
     EXPECT_THAT(Connected().RenameEntry(Dn("a.krc"), Dn("b.krc"), &text_), Fails());
     EXPECT_THAT(Connected().LastError(), IsCode(LDAP_ALREADY_EXISTS));
-    EXPECT_EQ(MessageFor(68), text_);
+    EXPECT_EQ(MessageFor(LDAP_ALREADY_EXISTS), text_);
     EXPECT_THAT(Connected().RenameEntry(Dn("a.krc"), "CN=a.krc," + Dn("missing"), &text_), Fails());
     EXPECT_THAT(Connected().LastError(), IsCode(LDAP_NO_SUCH_OBJECT));
     EXPECT_THAT(Connected().RenameEntry(Dn("a.krc"), "not a name", &text_), Fails());
@@ -164,7 +164,7 @@ TEST_F(EntriesTest, ReaderMayNotWriteAndTheReasonIsReported) {
     EXPECT_THAT(items.AddFileEntry(Dn("b.krc"), "b.krc", "x", 1), Fails(LDAP_INSUFFICIENT_RIGHTS));
     EXPECT_THAT(items.ReplaceFileContents(Dn("a.krc"), "y", 1), Fails(LDAP_INSUFFICIENT_RIGHTS));
     EXPECT_THAT(items.AddFolderEntry(Dn("sub"), "sub", &text_), Fails());
-    EXPECT_EQ(MessageFor(50), text_);
+    EXPECT_EQ(MessageFor(LDAP_INSUFFICIENT_RIGHTS), text_);
     EXPECT_THAT(items.DeleteTree(Dn("a.krc"), &text_), Fails());
     EXPECT_THAT(items.LastError(), IsCode(LDAP_INSUFFICIENT_RIGHTS));
     EXPECT_THAT(items.RenameEntry(Dn("a.krc"), Dn("b.krc"), &text_), Fails());
@@ -201,7 +201,7 @@ TEST_F(EntriesTest, WithoutAConnectionEveryOperationFailsAsServerDown) {
     EXPECT_THAT(items.AddFileEntry(Dn("a.krc"), "a.krc", "x", 1), Fails(LDAP_SERVER_DOWN));
     EXPECT_THAT(items.ReplaceFileContents(Dn("a.krc"), "x", 1), Fails(LDAP_SERVER_DOWN));
     EXPECT_THAT(items.AddFolderEntry(Dn("sub"), "sub", &text_), Fails());
-    EXPECT_EQ(MessageFor(81), text_);
+    EXPECT_EQ(MessageFor(LDAP_SERVER_DOWN), text_);
     EXPECT_THAT(items.RenameEntry(Dn("a"), Dn("b"), nullptr), Fails());
     EXPECT_THAT(items.DeleteTree(Dn("a"), nullptr), Fails());
     EXPECT_THAT(CodeOf(items.Entries().Find(base_)), Fails(LDAP_SERVER_DOWN));

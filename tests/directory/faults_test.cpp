@@ -58,7 +58,7 @@ TEST_F(FaultsTest, ConnectionThatClosesInTheMiddleOfALargeValueIsDown) {
     EXPECT_THAT(reader.ReadFileContents(Dn("big.krc"), buffer), Fails());
     EXPECT_THAT(reader.LastError(), IsCode(LDAP_SERVER_DOWN));
     EXPECT_EQ(0u, buffer.length);
-    EXPECT_EQ(MessageFor(81), reader.ErrorText());
+    EXPECT_EQ(MessageFor(LDAP_SERVER_DOWN), reader.ErrorText());
     EXPECT_THAT(boxes_.Boxes(), IsEmpty());
 }
 
@@ -98,7 +98,7 @@ TEST_F(FaultsTest, ListingOverTheServersSizeLimitFailsWithItsCode) {
     LdapItemList children;
     EXPECT_THAT(items.ListChildren(test::kSuffix, children), Fails());
     EXPECT_THAT(items.LastError(), IsCode(LDAP_SIZELIMIT_EXCEEDED));
-    EXPECT_EQ(MessageFor(4), items.ErrorText());
+    EXPECT_EQ(MessageFor(LDAP_SIZELIMIT_EXCEEDED), items.ErrorText());
     // Looking for one entry stays within any limit.
     EXPECT_THAT(CodeOf(items.Entries().Find(test::kSuffix)), IsDone());
     EXPECT_THAT(boxes_.Boxes(), IsEmpty());
@@ -117,7 +117,7 @@ TEST_F(FaultsTest, SearchOverTheServersTimeLimitFailsWithItsCode) {
     EXPECT_THAT(items.ListChildren(dn, children), Fails());
     EXPECT_EQ(0u, children.Count());
     EXPECT_THAT(items.LastError(), IsCode(LDAP_TIMELIMIT_EXCEEDED));
-    EXPECT_EQ(MessageFor(3), items.ErrorText());
+    EXPECT_EQ(MessageFor(LDAP_TIMELIMIT_EXCEEDED), items.ErrorText());
     FileBuffer buffer;
     items.SetLastError(0);
     EXPECT_THAT(items.ReadFileContents(dn, buffer), Fails());
@@ -166,7 +166,7 @@ TEST_F(FaultsTest, WithoutTheSchemaAddingFailsWithTheServersCode) {
     CLDAPItems& items = Connect(server.Location());
     EXPECT_THAT(items.AddFolderEntry(Dn("sub"), "sub", &text_), Fails());
     EXPECT_THAT(items.LastError(), IsCode(LDAP_INVALID_SYNTAX));
-    EXPECT_EQ(MessageFor(21).empty() ? "junk" : MessageFor(21), text_);
+    EXPECT_EQ(MessageFor(LDAP_INVALID_SYNTAX).empty() ? "junk" : MessageFor(21), text_);
     EXPECT_THAT(items.AddFileEntry(Dn("a.krc"), "a.krc", "x", 1), Fails());
     EXPECT_THAT(boxes_.Boxes(), IsEmpty());
 }
@@ -194,7 +194,7 @@ TEST_F(FaultsTest, ServerThatForbidsAnonymousAccessIsReportedOnce) {
     EXPECT_THAT(items_->ConnectLocation(&text_), Fails());
     EXPECT_THAT(items_->LastError(), IsCode(LDAP_INAPPROPRIATE_AUTH));
     EXPECT_EQ(1u, items_->Connection().Shared().Block().Access()->noPrompt);
-    EXPECT_THAT(boxes_.Texts(), ElementsAre(MessageFor(48)));
+    EXPECT_THAT(boxes_.Texts(), ElementsAre(MessageFor(LDAP_INAPPROPRIATE_AUTH)));
 }
 
 TEST_F(FaultsTest, FailureOfAnyCallOfTheConnectionLeavesNoHandleOpen) {

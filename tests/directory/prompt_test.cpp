@@ -157,7 +157,8 @@ TEST_F(PromptTest, WrongPasswordIsAskedForUntilItIsRight) {
     EXPECT_EQ(2u, prompt_.shown.size());
     EXPECT_EQ("wrong again", prompt_.shown[1].password);
     EXPECT_EQ(3, server_.Counts().binds);
-    EXPECT_THAT(boxes_.Texts(), ElementsAre(MessageFor(49), MessageFor(49)));
+    EXPECT_THAT(boxes_.Texts(), ElementsAre(MessageFor(LDAP_INVALID_CREDENTIALS),
+                                            MessageFor(LDAP_INVALID_CREDENTIALS)));
     EXPECT_THAT(Info().lastError, IsCode(LDAP_SUCCESS));
     EXPECT_EQ(test::kEditorPassword, items.GetSharedPassword());
 }
@@ -167,12 +168,13 @@ TEST_F(PromptTest, CancelledPromptIsReportedAsCancelled) {
     EXPECT_THAT(items.ConnectLocation(&text_), Fails());
     EXPECT_THAT(items.LastError(), IsCode(LDAP_USER_CANCELLED));
     EXPECT_THAT(Info().lastError, IsCode(LDAP_USER_CANCELLED));
-    EXPECT_EQ(MessageFor(88), text_);
+    EXPECT_EQ(MessageFor(LDAP_USER_CANCELLED), text_);
     EXPECT_EQ(1u, Info().noPrompt);
     EXPECT_EQ("", items.GetPassword());
     EXPECT_FALSE(items.IsConnected());
     EXPECT_TRUE(items.IsUsable());
-    EXPECT_THAT(boxes_.Texts(), ElementsAre(MessageFor(49), MessageFor(88)));
+    EXPECT_THAT(boxes_.Texts(),
+                ElementsAre(MessageFor(LDAP_INVALID_CREDENTIALS), MessageFor(LDAP_USER_CANCELLED)));
     const test::ShownBox box = boxes_.Boxes()[1];
     EXPECT_EQ("Quillon", box.caption);
     EXPECT_TRUE(box.hasErrorIcon);
@@ -288,7 +290,7 @@ TEST_F(PromptTest, AnonymousBindThatFailsInAnotherProcessEndsPromptingHere) {
     EXPECT_THAT(items.ConnectLocation(&text_), Fails());
     EXPECT_THAT(items.LastError(), IsCode(LDAP_USER_CANCELLED));
     EXPECT_THAT(prompt_.shown, IsEmpty());
-    EXPECT_THAT(boxes_.Texts(), ElementsAre(MessageFor(49)));
+    EXPECT_THAT(boxes_.Texts(), ElementsAre(MessageFor(LDAP_INVALID_CREDENTIALS)));
 }
 
 TEST_F(PromptTest, ServerThatIsDownIsAskedForLikeAWrongPassword) {
@@ -300,7 +302,9 @@ TEST_F(PromptTest, ServerThatIsDownIsAskedForLikeAWrongPassword) {
     EXPECT_THAT(items.ConnectLocation(&text_), Fails());
     EXPECT_THAT(items.LastError(), IsCode(LDAP_USER_CANCELLED));
     EXPECT_EQ(2u, prompt_.shown.size());
-    EXPECT_THAT(boxes_.Texts(), ElementsAre(MessageFor(81), MessageFor(81), MessageFor(88)));
+    EXPECT_THAT(boxes_.Texts(),
+                ElementsAre(MessageFor(LDAP_SERVER_DOWN), MessageFor(LDAP_SERVER_DOWN),
+                            MessageFor(LDAP_USER_CANCELLED)));
 }
 
 }  // namespace

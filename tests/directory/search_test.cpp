@@ -230,7 +230,7 @@ TEST_F(SearchTest, EnsuringWithConnectFailsWhenTheUserCancels) {
     items_ = std::make_unique<CLDAPItems>(location_.get());
     EXPECT_THAT(items_->EnsureFolderPath("CN=sub," + base_, true, &text_), Fails());
     EXPECT_THAT(items_->LastError(), IsCode(LDAP_USER_CANCELLED));
-    EXPECT_EQ(MessageFor(88), text_);
+    EXPECT_EQ(MessageFor(LDAP_USER_CANCELLED), text_);
     EXPECT_FALSE(server_.Holds(Dn("sub")));
 }
 
@@ -242,20 +242,20 @@ TEST_F(SearchTest, EnsuringNothingFails) {
 TEST_F(SearchTest, EnsuringAnInvalidNameFails) {
     EXPECT_THAT(Connected().EnsureFolderPath("not a name", false, &text_), Fails());
     EXPECT_THAT(Connected().LastError(), IsCode(LDAP_INVALID_DN_SYNTAX));
-    EXPECT_EQ(MessageFor(34), text_);
+    EXPECT_EQ(MessageFor(LDAP_INVALID_DN_SYNTAX), text_);
 }
 
 TEST_F(SearchTest, EnsuringAPathThatTheServerRefusesToReadFails) {
     // The client takes this name apart, the server does not know its attribute.
     EXPECT_THAT(Connected().EnsureFolderPath("nosuchattribute=a," + base_, false, &text_), Fails());
     EXPECT_THAT(Connected().LastError(), IsCode(LDAP_INVALID_DN_SYNTAX));
-    EXPECT_EQ(MessageFor(34), text_);
+    EXPECT_EQ(MessageFor(LDAP_INVALID_DN_SYNTAX), text_);
 }
 
 TEST_F(SearchTest, EnsuringAFolderOfAnotherKindFailsOnItsName) {
     EXPECT_THAT(Connected().EnsureFolderPath("CN=a.krc,ou=other," + base_, false, &text_), Fails());
     EXPECT_THAT(Connected().LastError(), IsCode(LDAP_INVALID_DN_SYNTAX));
-    EXPECT_EQ(MessageFor(34), text_);
+    EXPECT_EQ(MessageFor(LDAP_INVALID_DN_SYNTAX), text_);
     EXPECT_THAT(server_.Show(base_, "one", "1.1"), "");
 }
 
@@ -267,7 +267,7 @@ TEST_F(SearchTest, EnsuringAFolderThatCannotBeAddedIsAParameterError) {
     ASSERT_THAT(items_->ConnectLocation(nullptr), IsDone());
     EXPECT_THAT(items_->EnsureFolderPath("CN=sub," + base_, false, &text_), Fails());
     EXPECT_THAT(items_->LastError(), IsCode(LDAP_PARAM_ERROR));
-    EXPECT_EQ(MessageFor(89), text_);
+    EXPECT_EQ(MessageFor(LDAP_PARAM_ERROR), text_);
     EXPECT_THAT(boxes_.Boxes(), IsEmpty());
 }
 

@@ -89,7 +89,8 @@ TEST_F(UnaskedTest, WrongPasswordIsAskedForAlsoWhenSomebodyLogsOnWhileItsMessage
     EXPECT_EQ("wrong", prompt_.shown[0].password);
     EXPECT_EQ("wrong again", prompt_.shown[1].password);
     // The same credentials are not tried twice.
-    EXPECT_THAT(elsewhere.Texts(), ElementsAre(MessageFor(49), MessageFor(49)));
+    EXPECT_THAT(elsewhere.Texts(), ElementsAre(MessageFor(LDAP_INVALID_CREDENTIALS),
+                                               MessageFor(LDAP_INVALID_CREDENTIALS)));
 }
 
 TEST_F(UnaskedTest, CancelAfterSuchALogOnIsACancel) {
@@ -109,7 +110,7 @@ TEST_F(UnaskedTest, CredentialsTypedElsewhereMeanwhileAreTriedBeforeTheUserIsAsk
     EXPECT_THAT(items.ConnectLocation(&text_), IsDone());
     EXPECT_THAT(prompt_.shown, IsEmpty());
     EXPECT_EQ(test::kEditor, items.GetUserName());
-    EXPECT_THAT(elsewhere.Texts(), ElementsAre(MessageFor(49)));
+    EXPECT_THAT(elsewhere.Texts(), ElementsAre(MessageFor(LDAP_INVALID_CREDENTIALS)));
 }
 
 TEST_F(UnaskedTest, SecondFailureInARowThatNothingWasAskedForShowsThePrompt) {
@@ -132,7 +133,7 @@ TEST_F(UnaskedTest, SharedCredentialsThatFailAreAskedFor) {
     EXPECT_THAT(items.PromptAndConnect(&text_), IsDone());
     ASSERT_EQ(1u, prompt_.shown.size());
     EXPECT_EQ("outdated", prompt_.shown[0].password);
-    EXPECT_THAT(elsewhere.Texts(), ElementsAre(MessageFor(49)));
+    EXPECT_THAT(elsewhere.Texts(), ElementsAre(MessageFor(LDAP_INVALID_CREDENTIALS)));
 }
 
 TEST_F(UnaskedTest, WithoutASharedBlockAWrongPasswordIsAskedFor) {
@@ -194,7 +195,7 @@ TEST_F(UnaskedTest, PromptAndConnectWithPromptingOffHandsOutTheReason) {
     CLDAPItems& items = Make(test::kEditor, "");
     Info().noPrompt = 1;
     EXPECT_THAT(items.PromptAndConnect(&text_), Fails());
-    EXPECT_EQ(MessageFor(88), text_);
+    EXPECT_EQ(MessageFor(LDAP_USER_CANCELLED), text_);
 }
 
 TEST_F(UnaskedTest, AnyNumberButZeroTurnsPromptingOff) {
@@ -225,7 +226,7 @@ TEST_F(UnaskedTest, WithoutAPromptAFailedBindEndsTheConnectionAndPromptingStaysO
     EXPECT_EQ("wrong", items.GetPassword());
     EXPECT_FALSE(items.IsUsable());
     EXPECT_EQ(0u, Info().noPrompt);
-    EXPECT_THAT(boxes_.Texts(), ElementsAre(MessageFor(49)));
+    EXPECT_THAT(boxes_.Texts(), ElementsAre(MessageFor(LDAP_INVALID_CREDENTIALS)));
 }
 
 TEST_F(UnaskedTest, InstalledPromptServesEveryConnectionAsLongAsItIsInstalled) {

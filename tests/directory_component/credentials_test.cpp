@@ -205,7 +205,7 @@ TEST_F(CredentialsTest, WrongPasswordIsAskedForAgainUntilItIsRight) {
     const DialogWatch watch({Type(kEditor, "wrong"), TypePassword(kEditorPassword)});
     EXPECT_EQ(L"old", Value());
     EXPECT_EQ(2, watch.Shown());
-    EXPECT_THAT(boxes_.Texts(), ElementsAre(MessageFor(49)));
+    EXPECT_THAT(boxes_.Texts(), ElementsAre(MessageFor(LDAP_INVALID_CREDENTIALS)));
     EXPECT_THAT(Shared().lastError, IsCode(LDAP_SUCCESS));
 }
 
@@ -216,10 +216,10 @@ TEST_F(CredentialsTest, CancelledDialogGivesAFileWithoutValuesAndNoSecondPrompt)
     EXPECT_EQ(1, watch.Shown());
     EXPECT_EQ(1u, Shared().noPrompt);
     EXPECT_THAT(Shared().lastError, IsCode(LDAP_USER_CANCELLED));
-    EXPECT_THAT(boxes_.Texts(), ElementsAre(MessageFor(88)));
+    EXPECT_THAT(boxes_.Texts(), ElementsAre(MessageFor(LDAP_USER_CANCELLED)));
     EXPECT_EQ(L"(default)", Value());
     EXPECT_EQ(1, watch.Shown());
-    EXPECT_THAT(boxes_.Texts(), ElementsAre(MessageFor(88)));
+    EXPECT_THAT(boxes_.Texts(), ElementsAre(MessageFor(LDAP_USER_CANCELLED)));
     EXPECT_THAT(WorkingCopies(), IsEmpty());
 }
 
@@ -252,9 +252,9 @@ TEST_F(CredentialsTest, DialogThatIsNotRegisteredCountsAsCancelled) {
     EXPECT_EQ(0, watch.Shown());
     EXPECT_EQ(1u, Shared().noPrompt);
     EXPECT_THAT(Shared().lastError, IsCode(LDAP_USER_CANCELLED));
-    EXPECT_THAT(boxes_.Texts(), ElementsAre(MessageFor(88)));
+    EXPECT_THAT(boxes_.Texts(), ElementsAre(MessageFor(LDAP_USER_CANCELLED)));
     EXPECT_EQ(L"(default)", Value());
-    EXPECT_THAT(boxes_.Texts(), ElementsAre(MessageFor(88)));
+    EXPECT_THAT(boxes_.Texts(), ElementsAre(MessageFor(LDAP_USER_CANCELLED)));
 }
 
 TEST_F(CredentialsTest, DialogIsFilledFromTheLocation) {

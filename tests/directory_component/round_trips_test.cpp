@@ -127,7 +127,8 @@ protected:
         ASSERT_EQ(1u, depots.Count());
         CDepot& corp = *depots.At(0);
         std::string error;
-        EXPECT_EQ(1, CopyFile(corp, from, to, up ? &corp : nullptr, false, &error)) << error;
+        EXPECT_THAT(CopyFile(corp, from, to, up ? &corp : nullptr, false, &error), IsDone())
+            << error;
     }
 
     // Copies the files of "list" as a list, with a list of depots that is new.
@@ -142,7 +143,8 @@ protected:
         }
         const CDepotItem folder(target, isInDirectory ? &corp : nullptr);
         std::string error;
-        EXPECT_EQ(1, ListOperation(items, &folder, FO_COPY, kQuietFlags, nullptr, &error)) << error;
+        EXPECT_THAT(ListOperation(items, &folder, FO_COPY, kQuietFlags, nullptr, &error), IsDone())
+            << error;
     }
 
     static constexpr char kFile[] = "<Corp>\\Sessions\\a.kra";

@@ -77,7 +77,7 @@ TEST_F(DepotCharactersTest, EditsReachTheEntryOfThatNameOnly) {
         const auto file = Load(Below(name));
         EXPECT_EQ("old", file->ReadString("S", "K", "", 100));
         file->WriteString("S", "K", "new");
-        EXPECT_EQ(1, file->Release());
+        EXPECT_TRUE(file->Release());
         int changed = 0;
         for (const std::wstring& other : page_.files) changed += Stored(other) == kNew;
         EXPECT_EQ(1, changed);
@@ -97,7 +97,7 @@ TEST_F(DepotCharactersTest, EditThatCannotBeStoredIsRecoveredUnderItsName) {
         const auto file = Load(Below(name));
         file->WriteString("S", "K", "new");
         ASSERT_THAT(Connected().DeleteTree(Entry(name) + "," + SubfolderDN(), nullptr), IsDone());
-        EXPECT_EQ(0, file->Release());
+        EXPECT_FALSE(file->Release());
         ExpectRecovered(kNew);
         const std::vector<std::string> files = test::RecoveredFiles();
         ASSERT_EQ(1u, files.size());

@@ -197,7 +197,7 @@ TEST_F(UploadNewFileTest, MissingPathOrParentIsAParameterErrorWithoutABox) {
         EXPECT_THAT(Directory().LastError(), IsCode(LDAP_PARAM_ERROR));
         EXPECT_THAT(Directory().Connection().Shared().Block().Access()->lastError,
                     IsCode(LDAP_PARAM_ERROR));
-        EXPECT_EQ(test::MessageFor(89), text);
+        EXPECT_EQ(test::MessageFor(LDAP_PARAM_ERROR), text);
         Directory().Connection().Shared().Block().Access()->lastError = 0;
     }
     EXPECT_THAT(boxes_.Boxes(), IsEmpty());

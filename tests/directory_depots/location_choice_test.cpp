@@ -126,7 +126,7 @@ TEST_F(LocationChoiceTest, InvalidBaseIsReportedAndPassedOver) {
     CDepotPath& second = AddDirectory(base_, server_.Port());
     depot_.paths->GetActivePath();
     EXPECT_EQ(&second, depot_.paths->ChosenLocation());
-    EXPECT_THAT(boxes_.Texts(), ElementsAre(MessageFor(34)));
+    EXPECT_THAT(boxes_.Texts(), ElementsAre(MessageFor(LDAP_INVALID_DN_SYNTAX)));
 }
 
 TEST_F(LocationChoiceTest, WithoutAnyReachableLocationTheFirstIsChosen) {
@@ -273,7 +273,7 @@ TEST_F(UnseenProbeTest, FirstUseOfAWrongStoredPasswordShowsOneBoxAndOnePrompt) {
     AddUsersDirectory(test::kReader, "wrong");
     prompt_.Type(test::kReader, test::kReaderPassword);
     EXPECT_TRUE(Use());
-    EXPECT_THAT(boxes_.Texts(), ElementsAre(MessageFor(49)));
+    EXPECT_THAT(boxes_.Texts(), ElementsAre(MessageFor(LDAP_INVALID_CREDENTIALS)));
     EXPECT_EQ(1u, prompt_.shown.size());
 }
 
@@ -282,7 +282,7 @@ TEST_F(UnseenProbeTest, FirstUseOfAnOutdatedSharedPasswordShowsOneBoxAndOnePromp
     TypeElsewhere(test::kReader, "outdated");
     prompt_.Type(test::kReader, test::kReaderPassword);
     EXPECT_TRUE(Use());
-    EXPECT_THAT(boxes_.Texts(), ElementsAre(MessageFor(49)));
+    EXPECT_THAT(boxes_.Texts(), ElementsAre(MessageFor(LDAP_INVALID_CREDENTIALS)));
     ASSERT_EQ(1u, prompt_.shown.size());
     EXPECT_EQ("outdated", prompt_.shown[0].password);
 }
@@ -299,7 +299,7 @@ TEST_F(UnseenProbeTest, FirstUseWithoutAnonymousBindsShowsOneBoxAndTurnsPromptin
     DirectoryServer strict("global disallow bind_anon");
     AddDirectory(base_, strict.Port());
     EXPECT_FALSE(Use());
-    EXPECT_THAT(boxes_.Texts(), ElementsAre(MessageFor(48)));
+    EXPECT_THAT(boxes_.Texts(), ElementsAre(MessageFor(LDAP_INAPPROPRIATE_AUTH)));
     EXPECT_THAT(prompt_.shown, IsEmpty());
     EXPECT_EQ(1u, Info(strict.Port()).noPrompt);
 }

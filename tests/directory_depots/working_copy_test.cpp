@@ -16,7 +16,7 @@ using testing::SizeIs;
 
 constexpr char kBytes[] = "[S]\r\nK=v\r\n";
 
-class WorkingCopyTest : public test::DepotFixture {};
+using WorkingCopyTest = test::DepotFixture;
 
 TEST_F(WorkingCopyTest, FetchedCopyHoldsTheEntrysBytesExactly) {
     for (const std::string& bytes : {std::string("[S]\r\nK=v\r\n"), std::string("\0\x01\xFF\n", 4),
@@ -207,9 +207,9 @@ TEST_F(WorkingCopyTest, ReleaseOfNoPathWithAChangeShowsTheParameterError) {
     EXPECT_THAT(Directory().LastError(), IsCode(LDAP_PARAM_ERROR));
     EXPECT_THAT(Directory().Connection().Shared().Block().Access()->lastError,
                 IsCode(LDAP_PARAM_ERROR));
-    EXPECT_EQ(test::MessageFor(89), text);
+    EXPECT_EQ(test::MessageFor(LDAP_PARAM_ERROR), text);
     ASSERT_THAT(boxes_.Texts(), SizeIs(1));
-    EXPECT_EQ(test::MessageFor(89), boxes_.Texts().front());
+    EXPECT_EQ(test::MessageFor(LDAP_PARAM_ERROR), boxes_.Texts().front());
     EXPECT_EQ("Quillon", boxes_.Boxes().front().caption);
     EXPECT_TRUE(boxes_.Boxes().front().hasErrorIcon);
 }
@@ -249,7 +249,7 @@ TEST_F(WorkingCopyTest, FullTemporaryFolderGivesAFileWithoutValuesAndKeepsTheEnt
     // An edit has no place to go to, and its release says so.
     file->WriteString("S", "K", "new");
     EXPECT_FALSE(file->Release());
-    EXPECT_EQ(test::MessageFor(89), boxes_.Texts().back());
+    EXPECT_EQ(test::MessageFor(LDAP_PARAM_ERROR), boxes_.Texts().back());
     EXPECT_EQ(kBytes, Stored("a.kra"));
     EXPECT_TRUE(test::Exists(full + "\\ldaffff.tmp"));
 }

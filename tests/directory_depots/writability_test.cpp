@@ -13,12 +13,14 @@ using test::kNo;
 using test::kYes;
 using test::OperationCounts;
 
+int TestIn(CDepot& work, const std::string& path, std::string& text) {
+    text = "junk";
+    return TestPathWritable(work, "<Work>\\" + path, &text);
+}
+
 class DirectoryWritabilityTest : public test::DepotFixture {
 protected:
-    int Test(const std::string& path) {
-        text_ = "junk";
-        return TestPathWritable(*work_, "<Work>\\" + path, &text_);
-    }
+    int Test(const std::string& path) { return TestIn(*work_, path, text_); }
 };
 
 TEST_F(DirectoryWritabilityTest, ExistingEntryIsWritableAndStays) {
@@ -90,7 +92,7 @@ TEST_F(DirectoryWritabilityTest, FailedCreationKeepsItsLastError) {
 TEST_F(DirectoryWritabilityTest, InvalidNameIsReportedAndNotWritable) {
     Choose();
     EXPECT_EQ(kNo, TestWritable(kDirectoryLocation, "not a name", &Directory(), &text_));
-    EXPECT_EQ(test::MessageFor(34), text_);
+    EXPECT_EQ(test::MessageFor(LDAP_INVALID_DN_SYNTAX), text_);
 }
 
 TEST_F(DirectoryWritabilityTest, CachedRefusalIsAccessDenied) {
@@ -121,7 +123,7 @@ TEST_F(DirectoryWritabilityTest, NewFileInAnExistingFolderIsNotForReaders) {
     Define(server_.Port(), base_, test::kReader, test::kReaderPassword);
     Choose();
     EXPECT_EQ(kNo, Test("x\\new.kra"));
-    EXPECT_EQ(test::MessageFor(50), text_);
+    EXPECT_EQ(test::MessageFor(LDAP_INSUFFICIENT_RIGHTS), text_);
 }
 
 TEST_F(DirectoryWritabilityTest, ProbesBytesAreLikeNoOthers) {
@@ -161,13 +163,15 @@ constexpr char kHidesContents[] =
     "global access to * by * write";
 
 // The same on servers that test and delete in one request, and on others.
-class ProbeRemovalTest : public DirectoryWritabilityTest,
+class ProbeRemovalTest : public test::DepotFixture,
                          public testing::WithParamInterface<const char*> {
 protected:
     ProbeRemovalTest() : own_(GetParam()) {
         Define(own_.Port(), test::kSuffix);
         changed = this;
     }
+
+    int Test(const std::string& path) { return TestIn(*work_, path, text_); }
 
     // Has someone do this as soon as the test has added an entry.
     void AfterTheAddition(const std::string& ldif) {
@@ -229,7 +233,7 @@ TEST_F(DirectoryWritabilityTest, UnreachableServerIsNotWritable) {
     EXPECT_EQ(kNo, Test("a.kra"));
     server_.Continue();
     // Without a prompt nobody cancels: the reason is that of the failed bind.
-    EXPECT_EQ(test::MessageFor(81), text_);
+    EXPECT_EQ(test::MessageFor(LDAP_SERVER_DOWN), text_);
 }
 
 TEST_F(DirectoryWritabilityTest, PathWithoutAConnectionIsNotWritable) {

@@ -1,6 +1,7 @@
 // Operations between every two kinds of store.
 #pragma once
 
+#include <functional>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -103,6 +104,16 @@ protected:
     bool ToDirectory() const { return GetParam().to == StoreKind::kDirectory; }
     std::string From(const std::string& name) { return Source().Path("from\\" + name); }
     std::string To(const std::string& name) { return Target().Path("to\\" + name); }
+
+    // Moves an item while another client changes something once the last file has arrived.
+    int MoveWhile(const std::string& name, const std::function<void()>& change) {
+        const CDepotItem to = Item(To(name));
+        return ItemOperation(Item(From(name)), &to, FO_MOVE, nullptr, &error_,
+                             [&](const TransferProgress& progress) {
+                                 if (progress.filesDone == progress.filesInAll) change();
+                                 return true;
+                             });
+    }
 
     // Runs what has to fail and leave both stores as they are.
     template <class Operation>

@@ -31,6 +31,7 @@ protected:
     std::string Read(OfflineKind kind, const std::string& name) {
         return TextOf(folder_.Read(kind, "cn=" + name + ",dc=test"));
     }
+    bool Holds(const OfflineRecord& record) { return folder_.Holds(record, ContentsOf(record)); }
     void Damage(const std::string& path) { ASSERT_TRUE(WriteLocalFile(path, "damaged", 7)); }
 
     test::CleanOfflineFiles clean_;
@@ -95,6 +96,17 @@ TEST_F(OfflineFolderTest, TheOldestFetchedFilesGiveWayAndEditsStay) {
     EXPECT_EQ(std::string(9000, 'e'), Read(OfflineKind::kEdit, "edit.kra"));
     EXPECT_FALSE(small.Write(Record(OfflineKind::kFile, "5.kra", std::string(9000, 'f'))));
     EXPECT_EQ("(nothing)", Read(OfflineKind::kFile, "5.kra"));
+}
+
+TEST_F(OfflineFolderTest, AReplacedFileTakesNoRoomAnyMore) {
+    OfflineFolder small(kPlace, 6000);
+    EXPECT_TRUE(small.Write(Record(OfflineKind::kFile, "older.kra", std::string(2000, 'o'))));
+    for (const char contents : {'a', 'b', 'c', 'd'}) {
+        Sleep(20);
+        EXPECT_TRUE(small.Write(Record(OfflineKind::kFile, "a.kra", std::string(2000, contents))));
+    }
+    EXPECT_EQ(std::string(2000, 'o'), Read(OfflineKind::kFile, "older.kra"));
+    EXPECT_EQ(std::string(2000, 'd'), Read(OfflineKind::kFile, "a.kra"));
 }
 
 TEST_F(OfflineFolderTest, EditsComeInTheOrderOfTheirNumbersWhateverTheClockSays) {
@@ -169,21 +181,21 @@ void SetAge(const OfflineFolder& folder, std::uint64_t seconds) {
 
 TEST_F(OfflineFolderTest, WhatWasComparedOnceIsNotOpenedAgain) {
     const OfflineRecord record = Record(OfflineKind::kFile, "a.kra", "fetched");
-    EXPECT_FALSE(folder_.Holds(record));
+    EXPECT_FALSE(Holds(record));
     folder_.Write(record);
     SetAge(folder_, 60);
-    EXPECT_TRUE(folder_.Holds(record));
+    EXPECT_TRUE(Holds(record));
     const test::OpenFile held(FilesIn(folder_.Path(), "*.file").front());
-    EXPECT_TRUE(folder_.Holds(record));
-    EXPECT_FALSE(folder_.Holds(Record(OfflineKind::kFile, "a.kra", "changed")));
+    EXPECT_TRUE(Holds(record));
+    EXPECT_FALSE(Holds(Record(OfflineKind::kFile, "a.kra", "changed")));
 }
 
 TEST_F(OfflineFolderTest, WhatThisProcessWroteIsNotOpened) {
     const OfflineRecord record = Record(OfflineKind::kFile, "a.kra", "fetched");
     folder_.Write(record);
     const test::OpenFile held(FilesIn(folder_.Path(), "*.file").front());
-    EXPECT_TRUE(folder_.Holds(record));
-    EXPECT_FALSE(folder_.Holds(Record(OfflineKind::kFile, "a.kra", "changed")));
+    EXPECT_TRUE(Holds(record));
+    EXPECT_FALSE(Holds(Record(OfflineKind::kFile, "a.kra", "changed")));
 }
 
 TEST_F(OfflineFolderTest, AnotherFileInThePlaceOfAComparedOneIsRead) {
@@ -191,13 +203,13 @@ TEST_F(OfflineFolderTest, AnotherFileInThePlaceOfAComparedOneIsRead) {
     const OfflineRecord other = Record(OfflineKind::kFile, "a.kra", "other");
     folder_.Write(first);
     SetAge(folder_, 60);
-    EXPECT_TRUE(folder_.Holds(first));
+    EXPECT_TRUE(Holds(first));
     folder_.Write(other);
     SetAge(folder_, 30);
-    EXPECT_FALSE(folder_.Holds(first));
-    EXPECT_TRUE(folder_.Holds(other));
+    EXPECT_FALSE(Holds(first));
+    EXPECT_TRUE(Holds(other));
     folder_.Remove(OfflineKind::kFile, "cn=a.kra,dc=test");
-    EXPECT_FALSE(folder_.Holds(other));
+    EXPECT_FALSE(Holds(other));
 }
 
 // Its next writer may leave a file of the same length and time.
@@ -205,24 +217,24 @@ TEST_F(OfflineFolderTest, AYoungFileIsReadEachTime) {
     const OfflineRecord first = Record(OfflineKind::kFile, "a.kra", "first");
     folder_.Write(first);
     SetAge(folder_, 0);
-    EXPECT_TRUE(folder_.Holds(first));
+    EXPECT_TRUE(Holds(first));
     // So is one whose clock runs ahead.
     Damage(FilesIn(folder_.Path(), "*.file").front());
-    EXPECT_FALSE(folder_.Holds(first));
+    EXPECT_FALSE(Holds(first));
     folder_.Write(first);
     SetAge(folder_, static_cast<std::uint64_t>(-60));
-    EXPECT_TRUE(folder_.Holds(first));
+    EXPECT_TRUE(Holds(first));
     Damage(FilesIn(folder_.Path(), "*.file").front());
-    EXPECT_FALSE(folder_.Holds(first));
+    EXPECT_FALSE(Holds(first));
 }
 
 TEST_F(OfflineFolderTest, ListingsAreComparedByTheirChildren) {
     OfflineRecord folder = Record(OfflineKind::kFolder, "ou", "");
     folder.children = {{"cn=a.kra,dc=test", false}, {"ou=b,dc=test", true}};
     folder_.Write(folder);
-    EXPECT_TRUE(folder_.Holds(folder));
+    EXPECT_TRUE(Holds(folder));
     folder.children[0].isFolder = true;
-    EXPECT_FALSE(folder_.Holds(folder));
+    EXPECT_FALSE(Holds(folder));
 }
 
 }  // namespace

@@ -5,7 +5,7 @@
 #include <functional>
 #include <thread>
 
-#include "platform/impersonation.h"
+#include "platform/token.h"
 #include "support/child_process.h"
 #include "support/hive_override.h"
 #include "support/leak_counts.h"

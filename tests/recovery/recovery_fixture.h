@@ -51,10 +51,10 @@ public:
 
     const TargetContents& Contents() const { return contents_; }
     RestorePlan Plan(RestoreRules rules = {}) const {
-        return PlanRestore(*target_, copy_, ours_, contents_.bytes, rules);
+        return PlanRestore(*target_, {copy_, ours_}, contents_.bytes, rules);
     }
     std::optional<StoreFailure> Store(const RestorePlan& plan) const {
-        return StorePlan(*target_, copy_, ours_, contents_.bytes, plan);
+        return StorePlan(*target_, {copy_, ours_}, contents_.bytes, plan);
     }
     // What became of it; nothing when it is done.
     std::optional<StoreFailure> Store(RestoreRules rules = {}) const {

@@ -55,12 +55,12 @@ TEST_F(ReleasedMemoryTest, RecordOfALocationLeavesNothing) {
     Look();
     {
         CDepotPath location(nullptr);
-        ASSERT_EQ(1, location.LoadFromRegistry(opened, 1));
+        ASSERT_THAT(location.LoadFromRegistry(opened, 1), test::IsDone());
         EXPECT_TRUE(location.password == kPassword);
         const std::unique_ptr<CDepotPath> clone = location.Clone();
         CDepotPath copy(nullptr);
         copy.CopyFrom(clone.get());
-        EXPECT_EQ(1, copy.LoadFromRegistry(opened, 1));
+        EXPECT_THAT(copy.LoadFromRegistry(opened, 1), test::IsDone());
         copy.password = std::string(200, 'x');
         EXPECT_TRUE(clone->password == kPassword);
         clone->Reset(nullptr);

@@ -46,7 +46,7 @@ TEST_P(TreeTest, ChildrenThatAreKnownAreNotListedAgain) {
     source.left.unsafeNames = 7;
     AddFile(In(tree_, "late.kra"), "3");
     Tree tree;
-    EXPECT_THAT(ListTree(store_, tree_, tree, &source), IsDone());
+    EXPECT_THAT(ListTree(store_, tree_, tree, {&source}), IsDone());
     EXPECT_EQ(5u, tree.items.size());
     EXPECT_EQ(7u, tree.left.unsafeNames);
 }

@@ -23,11 +23,6 @@ constexpr int kAttempts = 3;
 // How long a location that does not answer holds up the next one.
 constexpr std::chrono::seconds kPatience(2);
 
-bool IsSimple(const CDepotPath& location) {
-    return location.authentication != kAnonymousAuthentication &&
-           location.authentication != kNegotiateAuthentication;
-}
-
 Problem NoCredentials(const CDepotPath& location) {
     return {"the server " + Utf8FromAnsi(location.host) +
                 " wants a user name and a password, and none are stored",
@@ -75,7 +70,7 @@ public:
         const std::size_t last = attempts_.size() - 1;
         const std::optional<Problem> problem = attempts_[last]->WhyNot();
         // A missing folder is reported by the operation that needs it, or made by it.
-        const bool isFolder = !IsDirectory(*Locations().At(last));
+        const bool isFolder = !Locations().At(last)->IsDirectory();
         if (problem && !(isFolder && !problem->isUnreachable)) FailToOpen(depot_, *problem);
         LeaveOnly(last);
     }
@@ -115,13 +110,7 @@ private:
     }
 
     // What was found is not looked for again.
-    void LeaveOnly(std::size_t index) {
-        CDepotPath* const chosen = Locations().At(index);
-        for (std::size_t other = Locations().Count(); other > 0; --other) {
-            CDepotPath* const location = Locations().At(other - 1);
-            if (location != chosen) Locations().Remove(location);
-        }
-    }
+    void LeaveOnly(std::size_t index) { Locations().RemoveAllBut(Locations().At(index)); }
 
     CDepot& depot_;
     // Those that are not waited for any more end by themselves.
@@ -132,28 +121,28 @@ private:
 bool IsOpen(CDepot& depot) {
     CDepotPath* const chosen = depot.paths->ChosenLocation();
     if (chosen == nullptr) return false;
-    return IsDirectory(*chosen) ? depot.DirectoryConnection()->IsConnected()
-                                : PathExists(ExpandedPath(*chosen));
+    return chosen->IsDirectory() ? depot.DirectoryConnection()->IsConnected()
+                                 : PathExists(ExpandedPath(*chosen));
 }
 
 }  // namespace
 
 LogOnNames KnownCredentials(const DirectoryProbe& probe) {
     const CDepotPath& location = probe.Location();
-    if (!IsSimple(location)) return {location.username, location.password};
+    if (!location.NeedsUserName()) return {location.username, location.password};
     const Credentials paired = probe.Directory().Connection().Shared().Paired();
     return {paired.userName, paired.password};
 }
 
 std::optional<Problem> LogOnUnasked(DirectoryProbe& probe, const LogOnNames& names) {
-    if (IsSimple(probe.Location()) && (names.userName.empty() || names.password.empty())) {
+    if (probe.Location().NeedsUserName() && (names.userName.empty() || names.password.empty())) {
         return NoCredentials(probe.Location());
     }
     return probe.LogOn(names.userName, names.password);
 }
 
 bool MayAsk(const DirectoryProbe& probe, const Problem& problem) {
-    return IsSimple(probe.Location()) && IsAboutCredentials(problem) && CanAsk();
+    return probe.Location().NeedsUserName() && IsAboutCredentials(problem) && CanAsk();
 }
 
 std::optional<Problem> LogOnAsking(DirectoryProbe& probe, LogOnNames& names, Problem failure) {
@@ -182,8 +171,8 @@ std::optional<Problem> TryWritingFolder(const std::string& folder) {
 }
 
 LocationAttempt::LocationAttempt(CDepotPath& location)
-    : folder_(IsDirectory(location) ? std::string() : ExpandedPath(location)) {
-    if (IsDirectory(location)) probe_.emplace(location);
+    : folder_(location.IsDirectory() ? std::string() : ExpandedPath(location)) {
+    if (location.IsDirectory()) probe_.emplace(location);
 }
 
 std::optional<Problem> LocationAttempt::Look() {

@@ -98,7 +98,7 @@ private:
                                 {}};
         for (std::size_t index = 0; index < depot.paths->Count(); ++index) {
             CDepotPath& location = *depot.paths->At(index);
-            if (!IsDirectory(location)) {
+            if (!location.IsDirectory()) {
                 summary.roots.push_back(Utf8FromAnsi(ExpandedPath(location)));
             }
         }
@@ -147,7 +147,7 @@ private:
     // Of a directory, where each value comes from that settings may give.
     std::vector<SettingInForce> SettingsOf(const std::string& key, HKEY root, std::size_t index,
                                            const CDepotPath& location) const {
-        if (!IsDirectory(location)) return {};
+        if (!location.IsDirectory()) return {};
         for (const StoredDefinition& stored : stored_) {
             if (stored.root != root || !SameKey(stored.raw.key, key)) continue;
             return ctl::SettingsOf(stored.raw, static_cast<int>(index + 1), location);

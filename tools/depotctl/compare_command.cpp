@@ -81,7 +81,7 @@ void Compare(Program& program, const CompareOptions& options) {
     Places places(program);
     const Place first = places.Resolve(options.first), second = places.Resolve(options.second);
     const ItemKind firstKind = places.Require(first), secondKind = places.Require(second);
-    const TreeDifference difference(first, firstKind, second, secondKind, DifferentBy::kBytes);
+    const TreeDifference difference({first, firstKind}, {second, secondKind}, DifferentBy::kBytes);
     const Json rows = Differences(difference, options);
     program.renderer.List(rows, Columns(options.values));
     const std::uint32_t links = difference.LeftOutLeft().links + difference.LeftOutRight().links;

@@ -8,13 +8,20 @@
 namespace depot::ctl {
 namespace {
 
+struct PlannedCopy {
+    const Place& from;
+    ItemKind kind;
+    const Target& to;
+};
+
 // Copies one file or tree, or only shows what that would take.
-TransferResult CopyOne(const Program& program, const Place& from, ItemKind kind, const Target& to,
+TransferResult CopyOne(const Program& program, const PlannedCopy& copy,
                        const TransferOptions& options, Steps& steps) {
+    const auto& [from, kind, to] = copy;
     if (options.update || steps.AreShown()) {
         RequireApart(from, to.place);
         const DifferentBy by = options.update ? DifferentBy::kDate : DifferentBy::kName;
-        const TreeDifference difference(from, kind, to.place, to.there, by);
+        const TreeDifference difference({from, kind}, {to.place, to.there}, by);
         if (!options.update && !options.force) RequireNothingReplaced(difference);
         steps.Note(CopySteps(difference));
         if (!steps.AreTaken()) return {};
@@ -38,8 +45,9 @@ void RunCopy(Program& program, const TransferOptions& options, const CopyCommand
     Steps steps(program, options.steps);
     TransferAnswer answer(from, command.verb);
     for (std::size_t at = 0; at < targets.size(); ++at) {
-        answer.Add(targets[at].place,
-                   CopyOne(program, from.items[at].place, kinds[at], targets[at], options, steps));
+        answer.Add(
+            targets[at].place,
+            CopyOne(program, {from.items[at].place, kinds[at], targets[at]}, options, steps));
     }
     answer.Give(steps);
 }

@@ -81,7 +81,7 @@ LocationSettings RawDefinition::Location(int number) const {
     const DefinitionValues source(*this);
     LocationSettings settings;
     ReadLocationValues(source, ValueScope::kLocation, number, settings);
-    if (IsDirectory(settings)) {
+    if (settings.IsDirectory()) {
         ReadLocationValues(source, ValueScope::kDirectory, number, settings);
     }
     return settings;

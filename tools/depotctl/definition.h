@@ -67,11 +67,6 @@ struct DefinitionChange {
     std::vector<std::string> removed;
 };
 
-// Returns whether a location is one of a directory.
-inline bool IsDirectory(const LocationSettings& location) {
-    return location.type == kDirectoryLocation;
-}
-
 // Returns "Path3" for "Path" and 3.
 std::string Numbered(std::string_view name, int location);
 

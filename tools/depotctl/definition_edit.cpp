@@ -98,7 +98,7 @@ DepotSummary SummaryOf(const RawDefinition& definition, bool isForUser) {
     summary.isDefault = definition.Number("DefaultDepot") == 1u;
     for (int location = 1; location <= definition.Locations(); ++location) {
         const LocationSettings settings = definition.Location(location);
-        if (!IsDirectory(settings) && !HasMacros(settings.path)) {
+        if (!settings.IsDirectory() && !HasMacros(settings.path)) {
             summary.roots.push_back(settings.path);
         }
     }

@@ -27,7 +27,7 @@ Json StateOf(const LocationState& state) {
 
 Json LocationJson(CDepotPath& location) {
     Json json = {{"type", kTypeWords[location.type].word}};
-    if (IsDirectory(location)) {
+    if (location.IsDirectory()) {
         json["host"] = Utf8FromAnsi(location.host);
         json["port"] = location.port;
     }

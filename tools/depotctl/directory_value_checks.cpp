@@ -18,7 +18,7 @@ public:
         : definition_(definition), number_(location), settings_(definition.Location(location)) {}
 
     Findings Run() {
-        if (IsDirectory(settings_)) {
+        if (settings_.IsDirectory()) {
             if (!HasMacros(settings_.path)) findings_ = CheckBase(Name("Path"), settings_.path);
             CheckServer();
             CheckLogOn();
@@ -82,8 +82,7 @@ private:
     }
 
     void CheckLogOn() {
-        const bool asksForNames = settings_.authentication != kAnonymousAuthentication &&
-                                  settings_.authentication != kNegotiateAuthentication;
+        const bool asksForNames = settings_.NeedsUserName();
         if (!asksForNames) return CheckUnusedCredentials();
         if (settings_.password.empty()) return CheckStored();
         Add(Remark(Name("Password"), "everyone who can read the key can read the password",

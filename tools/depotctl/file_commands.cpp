@@ -38,7 +38,7 @@ void Copy(Program& program, const TransferOptions& options) {
 // Renames within a store; false when that cannot be done without copying.
 bool RenameInPlace(const Place& from, const Place& to, ItemKind kind, ExistingEntries existing) {
     const OpenedPlace source(from, "move"), target(to, "move");
-    const bool isLocal = source.store.LocalPath(source.path).has_value();
+    const bool isLocal = source.store.IsLocal();
     const bool replaces = existing == ExistingEntries::kReplace;
     // A directory never renames onto an entry that is there.
     if (&source.store != &target.store || (replaces && !isLocal)) return false;
@@ -63,7 +63,8 @@ struct Moving {
 
 // Whether the file at the target is older than the source, or different where there are no dates.
 bool IsOutdated(const Place& from, const Target& to) {
-    const TreeDifference difference(from, ItemKind::kFile, to.place, to.there, DifferentBy::kDate);
+    const TreeDifference difference({from, ItemKind::kFile}, {to.place, to.there},
+                                    DifferentBy::kDate);
     return difference.Items().front().state == ItemState::kDifferent;
 }
 
@@ -112,7 +113,7 @@ void Move(Program& program, const TransferOptions& options) {
 // All that goes with a place, what holds it last.
 std::vector<Step> RemovalSteps(const Place& place, ItemKind kind) {
     std::vector<Step> steps;
-    const TreeDifference tree(place, kind, place, ItemKind::kMissing, DifferentBy::kName);
+    const TreeDifference tree({place, kind}, {place, ItemKind::kMissing}, DifferentBy::kName);
     for (const DifferentItem& item : tree.Items()) {
         steps.insert(steps.begin(), {"remove", tree.Left(item).Utf8(), {}});
     }

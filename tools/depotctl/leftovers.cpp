@@ -170,15 +170,9 @@ private:
                           [] { return RemoveKey(HKEY_LOCAL_MACHINE, kEventSource); }});
     }
 
-    static std::size_t WaitingEdits(const std::string& folder) {
+    static std::size_t WaitingEdits() {
         std::size_t edits = 0;
-        FileSearch places(JoinPath(folder, "*"));
-        WIN32_FIND_DATAA place = {};
-        while (places.Next(place)) {
-            FileSearch files(JoinPath(JoinPath(folder, place.cFileName), "*.edit"));
-            WIN32_FIND_DATAA file = {};
-            while (files.Next(file)) ++edits;
-        }
+        for (const std::string& folder : OfflineFolders()) edits += NamesIn(folder, ".edit").size();
         return edits;
     }
 
@@ -187,7 +181,7 @@ private:
         if (base.empty() || isInstalled_) return;
         const std::string kept = JoinPath(base, kOfflineFolder);
         if (IsLocalFolder(kept)) {
-            const std::size_t edits = WaitingEdits(kept);
+            const std::size_t edits = WaitingEdits();
             const std::string stays = edits > 0        ? Counted(edits, "edit") + " waiting in it"
                                       : withKeptFiles_ ? ""
                                                        : "removed with --kept-files only";

@@ -85,6 +85,10 @@ public:
         return true;
     }
 
+    // Lists the place itself, a folder or a file. Returns whether it is a folder of a directory
+    // that could be listed.
+    bool ListPlace(const Places& places, const Place& place);
+
     // How many names the listings left out.
     std::uint32_t ForeignNames() const { return foreignNames_; }
 
@@ -134,17 +138,14 @@ std::vector<Column> Columns(bool details) {
             {"changed", "CHANGED"}};
 }
 
-// Lists the place itself, a folder or a file. Returns whether it is a folder of a directory that
-// could be listed.
-bool ListPlace(const Renderer& renderer, const Places& places, Lister& lister, const Place& place,
-               Json& rows) {
+bool Lister::ListPlace(const Places& places, const Place& place) {
     // What holds anything is a folder: a server need not be asked for that before.
-    const bool listed = place.IsFarAway() && lister.TryToList(place, {});
-    if (!rows.empty()) return listed;
+    const bool listed = place.IsFarAway() && TryToList(place, {});
+    if (!rows_->empty()) return listed;
     if (places.Require(place) == ItemKind::kFile) {
-        rows.push_back(FileRow(renderer, place));
+        rows_->push_back(FileRow(*renderer_, place));
     } else if (!listed) {
-        lister.List(place, {});
+        List(place, {});
     }
     return listed;
 }
@@ -183,7 +184,7 @@ void List(Program& program, const ListOptions& options) {
     if (!isPattern) {
         rows.clear();
         lister = Lister(program.renderer, options, rows);
-        isListed = ListPlace(program.renderer, places, lister, place, rows);
+        isListed = lister.ListPlace(places, place);
     } else if (rows.empty()) {
         RefuseUnmatched(place);
     }

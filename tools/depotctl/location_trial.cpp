@@ -45,7 +45,7 @@ std::string Milliseconds(std::chrono::microseconds time) {
 LocationTrial::LocationTrial(CDepotPath& location, std::size_t number) : number_(number) {
     isUsable_ = CheckName(location);
     if (!isUsable_) return;
-    if (IsDirectory(location)) {
+    if (location.IsDirectory()) {
         probe_.emplace(location);
     } else {
         folder_ = ExpandedPath(location);
@@ -79,7 +79,7 @@ bool LocationTrial::CheckName(CDepotPath& location) {
     const std::string narrow = ExpandedPath(location);
     const std::string expanded = Utf8FromAnsi(narrow);
     Findings found;
-    if (!IsDirectory(location)) {
+    if (!location.IsDirectory()) {
         found = CheckFolder("macros", {raw, expanded, narrow.size()});
     } else {
         found = CheckMacros("macros", expanded);

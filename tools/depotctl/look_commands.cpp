@@ -33,7 +33,7 @@ public:
             Refuse(top.Shown() + " is a file");
         }
         const OpenedPlace at(top, "list");
-        const Result listed = ListTree(at.store, at.path, tree_, nullptr, depth);
+        const Result listed = ListTree(at.store, at.path, tree_, {.depth = depth});
         if (!listed) Fail("list", top, listed.Why());
         children_.resize(tree_.items.size());
         for (std::size_t index = 1; index < tree_.items.size(); ++index) {

@@ -9,6 +9,7 @@
 #include <type_traits>
 
 #include "depotctl/encoding.h"
+#include "platform/not_copied.h"
 
 namespace depot::ctl {
 namespace {
@@ -22,13 +23,11 @@ struct SocketLibrary {
     }
 };
 
-class Socket {
+class Socket : NotCopied {
 public:
     explicit Socket(const addrinfo& address)
         : socket_(socket(address.ai_family, SOCK_STREAM, IPPROTO_TCP)) {}
     ~Socket() { closesocket(socket_); }
-    Socket(const Socket&) = delete;
-    Socket& operator=(const Socket&) = delete;
 
     // Returns the code of the failure; nothing when there is a connection.
     std::optional<int> Connect(const addrinfo& address, std::uint32_t seconds) const {

@@ -177,15 +177,22 @@ void NoteNewProfile(const Place& place, const ValueOptions& options, Steps& step
     if (!options.remove) steps.Note({"set", {}, ValueText(place, options)});
 }
 
-void SetOne(Program& program, const Places& places, const Place& place, const ValueOptions& options,
-            Steps& steps) {
+struct Setting {
+    Program& program;
+    const Places& places;
+    const ValueOptions& options;
+    Steps& steps;
+};
+
+void SetOne(const Setting& setting, const Place& place) {
+    const auto& [program, places, options, steps] = setting;
     if (options.create && places.KindOf(place) == ItemKind::kMissing) {
         if (!steps.AreTaken()) return NoteNewProfile(place, options, steps);
         Create(place);
     }
     DepotFileContext& file = Load(program, places, place);
     const auto release = [&] {
-        const bool stored = file.Release() != 0;
+        const bool stored = file.Release();
         program.Session().currentFile.reset();
         if (!stored) Fail("write", place, 0, "the file cannot be written");
     };
@@ -209,7 +216,7 @@ void Set(Program& program, const ValueOptions& options) {
     }
     Steps steps(program, options.steps);
     for (const Selected& selected : profiles.items) {
-        SetOne(program, places, selected.place, options, steps);
+        SetOne({program, places, options, steps}, selected.place);
     }
     Json answer = {{"section", options.section},
                    {"key", options.key},

@@ -9,6 +9,7 @@
 #include "config/profile_reader.h"
 #include "depotctl/places.h"
 #include "platform/handles.h"
+#include "platform/not_copied.h"
 
 namespace depot::ctl {
 
@@ -16,12 +17,10 @@ namespace depot::ctl {
 // code page. All that is not changed keeps its bytes, also those that are no characters.
 //
 // Texts are given and returned in UTF-8. What cannot be done ends the command.
-class ProfileCopy {
+class ProfileCopy : NotCopied {
 public:
     // Copies the file `path` of `place`; `codePage` is that of EncodingOf.
     ProfileCopy(const Place& place, std::string path, unsigned codePage);
-    ProfileCopy(const ProfileCopy&) = delete;
-    ProfileCopy& operator=(const ProfileCopy&) = delete;
 
     // Returns every value, or those of one section where `only` names it.
     std::vector<ProfileRow> Rows(const std::string& only) const { return copy_.Rows(only); }

@@ -2,6 +2,7 @@
 
 #include "depotctl/failure.h"
 #include "platform/file_in_use.h"
+#include "platform/not_copied.h"
 #include "platform/replace_file.h"
 #include "platform/temp_file.h"
 #include "platform/wide_text.h"
@@ -10,7 +11,7 @@ namespace depot::ctl {
 namespace {
 
 // A file of this object's own that holds the bytes of another one.
-class FetchedFile {
+class FetchedFile : NotCopied {
 public:
     explicit FetchedFile(const Place& place) : path_(MakeTempFileName()) {
         const OpenedPlace at(place, "read");
@@ -26,8 +27,6 @@ public:
         Fail("copy", place, error);
     }
     ~FetchedFile() { DeleteOwnFile(path_); }
-    FetchedFile(const FetchedFile&) = delete;
-    FetchedFile& operator=(const FetchedFile&) = delete;
 
     const std::string& Path() const { return path_; }
 

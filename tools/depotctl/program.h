@@ -13,17 +13,16 @@
 #include "depotctl/terminal.h"
 #include "directory/call_connections.h"
 #include "manager/depot_session.h"
+#include "platform/not_copied.h"
 #include "texts/resource_library.h"
 
 namespace depot::ctl {
 
 // The streams, the session with its depots, and what the component reported meanwhile.
-class Program {
+class Program : NotCopied {
 public:
     Program();
     ~Program();
-    Program(const Program&) = delete;
-    Program& operator=(const Program&) = delete;
 
     // The session, with the depots as they are defined; made on first use.
     DepotSession& Session();

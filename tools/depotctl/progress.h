@@ -6,28 +6,25 @@
 
 #include "depotctl/terminal.h"
 #include "fileops/transfer_progress.h"
+#include "platform/not_copied.h"
 
 namespace depot::ctl {
 
 // While one of these lives, Ctrl+C and Ctrl+Break are noted and do not end the program.
-class InterruptScope {
+class InterruptScope : NotCopied {
 public:
     InterruptScope();
     ~InterruptScope();
-    InterruptScope(const InterruptScope&) = delete;
-    InterruptScope& operator=(const InterruptScope&) = delete;
 
     // Whether the user pressed one of them meanwhile.
     static bool WasInterrupted();
 };
 
 // Follows one transfer. Its bar is drawn on `stream` when that is a terminal, and wiped at the end.
-class Progress {
+class Progress : NotCopied {
 public:
     explicit Progress(const OutputStream& stream) : stream_(stream), start_(GetTickCount64()) {}
     ~Progress();
-    Progress(const Progress&) = delete;
-    Progress& operator=(const Progress&) = delete;
 
     // What the transfer calls after each file.
     TransferWatcher Watcher() {

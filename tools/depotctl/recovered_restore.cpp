@@ -90,7 +90,7 @@ private:
         const RestoreRules rules = {options_.merge, options_.replace,
                                     options_.replace || !options_.to.empty(),
                                     MergeCharacters::kOfProfiles};
-        RestorePlan plan = PlanRestore(target_.Target(), copy_, ours_, present, rules);
+        RestorePlan plan = PlanRestore(target_.Target(), {copy_, ours_}, present, rules);
         if (plan.obstacle) RefuseFor(plan);
         return plan;
     }
@@ -130,7 +130,7 @@ private:
     }
 
     void Store(const RestorePlan& plan, const std::optional<KeptBytes>& present) const {
-        const auto failure = StorePlan(target_.Target(), copy_, ours_, present, plan);
+        const auto failure = StorePlan(target_.Target(), {copy_, ours_}, present, plan);
         if (!failure) return;
         switch (failure->step) {
             case StoreStep::kWrite:

@@ -48,9 +48,8 @@ void AddStoredPassword(const DefineOptions& options, const RawDefinition& before
 
 void RequireStorable(const DefineOptions& options, const RawDefinition& after) {
     const LocationSettings location = after.Location(options.location);
-    if (!IsDirectory(location)) Refuse("only a location in a directory has a password");
-    if (location.authentication == kAnonymousAuthentication ||
-        location.authentication == kNegotiateAuthentication) {
+    if (!location.IsDirectory()) Refuse("only a location in a directory has a password");
+    if (!location.NeedsUserName()) {
         Refuse("nobody logs on to this location with a password; see Authentication");
     }
     if (location.username.empty()) Refuse("whose password it is must be said with --username");

@@ -60,7 +60,7 @@ void Synchronize(Program& program, const SyncOptions& options) {
     const Place from = places.Resolve(options.from), to = places.Resolve(options.to);
     const ItemKind toKind = RequireFolders(places, from, to);
     RequireSeparate(from, to, toKind);
-    const TreeDifference difference(from, ItemKind::kFolder, to, toKind, DifferentBy::kBytes);
+    const TreeDifference difference({from, ItemKind::kFolder}, {to, toKind}, DifferentBy::kBytes);
     const std::vector<Step> copies = CopySteps(difference), surplus = RemovalSteps(difference);
     const bool deletes = options.deletes && !surplus.empty();
     if (deletes) RequireSurplus(difference);

@@ -5,6 +5,7 @@
 #include "depotctl/encoding.h"
 #include "depotctl/failure.h"
 #include "platform/handles.h"
+#include "platform/not_copied.h"
 #include "platform/wide_text.h"
 #include "platform/wipe.h"
 
@@ -27,7 +28,7 @@ UniqueHandle OpenConsole(const char* name) {
 }
 
 // Changes a console's input mode and puts it back at the end, whatever happens between.
-class InputMode {
+class InputMode : NotCopied {
 public:
     InputMode(HANDLE input, bool echo) : input_(input) {
         GetConsoleMode(input_, &previous_);
@@ -35,8 +36,6 @@ public:
         SetConsoleMode(input_, echo ? lines | ENABLE_ECHO_INPUT : lines);
     }
     ~InputMode() { SetConsoleMode(input_, previous_); }
-    InputMode(const InputMode&) = delete;
-    InputMode& operator=(const InputMode&) = delete;
 
 private:
     HANDLE input_;
@@ -64,7 +63,7 @@ WORD Coloured(WORD attributes, Emphasis emphasis) {
 }
 
 // While it lives, a console writes in a colour.
-class ColourScope {
+class ColourScope : NotCopied {
 public:
     ColourScope(HANDLE console, Emphasis emphasis) : console_(console) {
         CONSOLE_SCREEN_BUFFER_INFO info = {};
@@ -75,8 +74,6 @@ public:
     ~ColourScope() {
         if (isSet_) SetConsoleTextAttribute(console_, before_);
     }
-    ColourScope(const ColourScope&) = delete;
-    ColourScope& operator=(const ColourScope&) = delete;
 
 private:
     HANDLE console_;

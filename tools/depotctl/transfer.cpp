@@ -13,10 +13,6 @@
 namespace depot::ctl {
 namespace {
 
-bool IsLocal(const OpenedPlace& place) {
-    return place.store.LocalPath(place.path).has_value();
-}
-
 // The work of one transfer.
 class Work {
 public:
@@ -40,7 +36,7 @@ public:
 
     // Removes what was copied, as far as it still is what was copied.
     void RemoveSource() {
-        if (IsLocal(source_)) AllowRemoval();
+        if (source_.store.IsLocal()) AllowRemoval();
         const Leftovers left = RemoveCopied(source_.store, copied_);
         if (!left.why) RefuseWith(LeftoversText(left));
     }
@@ -64,7 +60,7 @@ private:
         if (why.reason == Reason::kIncomplete || why.reason == Reason::kSharedName) {
             RefuseWith(why.text);
         }
-        if (why.reason == Reason::kExists && IsLocal(target_)) RefuseExisting();
+        if (why.reason == Reason::kExists && target_.store.IsLocal()) RefuseExisting();
         if (why.reason == Reason::kInvalid) Refuse(from_.Shown() + " cannot go into itself");
         const bool writing = outcome.stage == CopyStage::kTarget;
         Error shown = why;
@@ -148,12 +144,7 @@ void MakeFolder(const Place& place, FoldersAbove above) {
 }
 
 void RequireFittingName(const Place& place, ItemKind kind) {
-    const StorePath stored = place.Stored();
-    // Where files and folders are named alike, the dot alone distinguishes them.
-    const bool namesAlike =
-        !stored.store->LocalPath(stored.path) &&
-        stored.store->ChildPath({}, "x", true) == stored.store->ChildPath({}, "x", false);
-    if (!namesAlike || IsRoot(place)) return;
+    if (!place.Stored().store->NamesAlike() || IsRoot(place)) return;
     if (kind == ItemKind::kFile && !HasDot(place)) {
         Refuse(place.Shown() + ": in this directory a name without a dot is a folder's");
     }

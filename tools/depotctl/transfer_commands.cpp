@@ -12,6 +12,7 @@
 #include "depotctl/transfer.h"
 #include "fileops/publish.h"
 #include "fileops/publish_plan.h"
+#include "platform/not_copied.h"
 #include "platform/paths.h"
 
 namespace depot::ctl {
@@ -64,13 +65,11 @@ Json ClientRows(Places& places, const DepotFileContext& file,
 }
 
 // While it lives, the session's file is read and written in a copy.
-class CopyScope {
+class CopyScope : NotCopied {
 public:
     CopyScope(DepotFileContext& file, const ProfileCopy& copy)
         : file_(file), path_(std::exchange(file.localPath, copy.Path())) {}
     ~CopyScope() { file_.localPath = path_; }
-    CopyScope(const CopyScope&) = delete;
-    CopyScope& operator=(const CopyScope&) = delete;
 
 private:
     DepotFileContext& file_;

@@ -44,11 +44,11 @@ bool HoldSame(const FileBuffer& one, const FileBuffer& other) {
 
 }  // namespace
 
-TreeDifference::Side::Side(const Place& at, ItemKind kind) : place(at), opened(at, "read") {
-    if (kind == ItemKind::kFile) tree.items.push_back({{}, opened.path, false});
-    if (kind != ItemKind::kFolder) return;
+TreeDifference::Side::Side(Top top) : place(top.place), opened(top.place, "read") {
+    if (top.kind == ItemKind::kFile) tree.items.push_back({{}, opened.path, false});
+    if (top.kind != ItemKind::kFolder) return;
     const Result listed = ListTree(opened.store, opened.path, tree);
-    if (!listed) Fail("read", at, listed.Why());
+    if (!listed) Fail("read", place, listed.Why());
 }
 
 std::vector<TreeName> TreeDifference::Side::Names() const {
@@ -61,9 +61,7 @@ std::vector<TreeName> TreeDifference::Side::Names() const {
     return names;
 }
 
-TreeDifference::TreeDifference(const Place& left, ItemKind leftKind, const Place& right,
-                               ItemKind rightKind, DifferentBy by)
-    : left_(left, leftKind), right_(right, rightKind) {
+TreeDifference::TreeDifference(Top left, Top right, DifferentBy by) : left_(left), right_(right) {
     AddItems();
     CompareFiles(by);
 }

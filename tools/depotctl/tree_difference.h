@@ -31,9 +31,13 @@ struct DifferentItem {
 // The difference of two places. Ends the command when something of either cannot be read.
 class TreeDifference {
 public:
-    // `rightKind` may be kMissing.
-    TreeDifference(const Place& left, ItemKind leftKind, const Place& right, ItemKind rightKind,
-                   DifferentBy by);
+    struct Top {
+        const Place& place;
+        ItemKind kind;
+    };
+
+    // The right one may be missing.
+    TreeDifference(Top left, Top right, DifferentBy by);
 
     // All that either side has: a folder before what it holds, the left side before what only the
     // right one has.
@@ -52,7 +56,7 @@ public:
 
 private:
     struct Side {
-        Side(const Place& at, ItemKind kind);
+        explicit Side(Top top);
         std::vector<TreeName> Names() const;
 
         const Place& place;
