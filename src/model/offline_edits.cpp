@@ -103,7 +103,7 @@ private:
     Result AddFile(const OfflineRecord& edit) {
         Result added = AddOnce(edit);
         LdapItemList folders;
-        if (added.Is(Reason::kMissing) && entries_.EnsureFolders(edit.dn, folders)) {
+        if (added.Is(Reason::kMissing) && entries_.EnsureFoldersAbove(edit.dn, folders)) {
             added = AddOnce(edit);
         }
         if (!added.Is(Reason::kExists) || !MergesConflicts(directory_.Location())) return added;

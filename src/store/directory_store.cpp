@@ -265,7 +265,10 @@ Result DirectoryStore::WriteFile(const std::string& path, const FileBuffer& cont
     Result added = AddFile(path, name->name, contents);
     if (added.Is(Reason::kMissing)) {
         LdapItemList folders;
-        if (Entries().EnsureFolders(path, folders)) added = AddFile(path, name->name, contents);
+        // The name of a file may look like that of a folder.
+        if (Entries().EnsureFoldersAbove(path, folders)) {
+            added = AddFile(path, name->name, contents);
+        }
     }
     if (!added.Is(Reason::kExists) || rules.existing == ExistingEntries::kRefuse) return added;
     return Changed(Entries().Replace(path, contents.bytes.get(), contents.length));

@@ -47,6 +47,14 @@ TEST_F(TransferTest, FileIsUploadedWithItsMissingFolders) {
     EXPECT_EQ("junk", error_);
 }
 
+TEST_F(TransferTest, FileWithoutADotIsNoFolderBelowItsMissingFolders) {
+    const std::string file = Make("readme", "bytes");
+    EXPECT_THAT(
+        Upload(Directory(), file, DN("cn=readme,cn=new"), ExistingEntries::kReplace, &error_),
+        IsDone());
+    EXPECT_EQ("bytes", Contents(DN("cn=readme,cn=new")));
+}
+
 TEST_F(TransferTest, NewFileCostsOneBindAndOneAddition) {
     const std::string file = Make("a.kra", "bytes");
     Upload(Directory(), file, DN("cn=a.kra"), ExistingEntries::kReplace, &error_);
