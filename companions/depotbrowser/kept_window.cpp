@@ -2,11 +2,13 @@
 
 #include <algorithm>
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "depotbrowser/depot_worker.h"
+#include "depotbrowser/dialog_look.h"
 #include "depotbrowser/dialog_template.h"
 #include "depotbrowser/kept_files.h"
 #include "depotbrowser/kept_ids.h"
@@ -21,11 +23,6 @@
 
 namespace depot {
 namespace {
-
-struct LabelledControl {
-    int control;
-    UINT text;
-};
 
 constexpr LabelledControl kLabels[] = {
     {CONTROL_KEPT_LIST_LABEL, IDS_BROWSE_FILES},  {CONTROL_KEPT_DIFFERENCES, IDS_KEPT_DIFFERENCES},
@@ -99,6 +96,7 @@ private:
 
     const BrowseTexts& texts_;
     HWND window_ = nullptr;
+    std::optional<DialogLook> look_;  // once all controls have their places
     const std::shared_ptr<WindowMailbox> mailbox_ = std::make_shared<WindowMailbox>();
     DepotWorker worker_{mailbox_};
     std::vector<KeptFile> files_;
@@ -135,6 +133,7 @@ void KeptWindow::Start(HWND window) {
     AddColumns(CONTROL_KEPT_LIST, kFileColumns);
     AddColumns(CONTROL_KEPT_VALUES, kValueColumns);
     PlaceButtons();
+    look_.emplace(window);
     Reload({});
     SendMessageW(window, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(Control(CONTROL_KEPT_LIST)), TRUE);
 }
@@ -191,7 +190,7 @@ INT_PTR KeptWindow::HandleMessage(UINT message, WPARAM first, LPARAM second) {
             mailbox_->Close();
             return TRUE;
         default:
-            return FALSE;
+            return look_ ? look_->HandleMessage(message, first, second).value_or(FALSE) : FALSE;
     }
 }
 

@@ -1,5 +1,6 @@
 #include "depotbrowser/prompt_window.h"
 
+#include "depotbrowser/dialog_look.h"
 #include "depotbrowser/dialog_template.h"
 #include "depotbrowser/prompt_ids.h"
 #include "depotbrowser/prompt_text.h"
@@ -13,11 +14,6 @@
 
 namespace depot {
 namespace {
-
-struct LabelledControl {
-    int control;
-    UINT text;
-};
 
 constexpr LabelledControl kLabels[] = {
     {CONTROL_SERVER_LABEL, IDS_CREDENTIALS_SERVER},
@@ -205,23 +201,38 @@ void Confirm(HWND window, PromptFields& fields) {
     EndDialog(window, IDOK);
 }
 
+// One open dialog.
+struct OpenPrompt {
+    PromptFields& fields;
+    std::optional<DialogLook> look = {};  // once all controls have their places
+};
+
+bool HandleCommand(HWND window, WPARAM first, PromptFields& fields) {
+    const int control = LOWORD(first);
+    if (control == CONTROL_SHOW_PASSWORD) ShowOrMaskPassword(window);
+    if (control == CONTROL_PASSWORD && HIWORD(first) == EN_CHANGE) PasswordEdited(window);
+    if (control == IDOK) Confirm(window, fields);
+    if (control == IDCANCEL) EndDialog(window, IDCANCEL);
+    return control == IDOK || control == IDCANCEL;
+}
+
 // No exception may cross the system's own frames.
 INT_PTR CALLBACK HandleMessage(HWND window, UINT message, WPARAM first, LPARAM second) noexcept
     try {
     if (message == WM_INITDIALOG) {
         SetWindowLongPtrW(window, DWLP_USER, second);
-        Fill(window, *reinterpret_cast<const PromptFields*>(second));
+        auto& prompt = *reinterpret_cast<OpenPrompt*>(second);
+        Fill(window, prompt.fields);
+        prompt.look.emplace(window);
         return FALSE;  // the focus is set
     }
     if (message == WM_DESTROY) WipeField(window);
     if (message == WM_TIMER) ShowCapsLock(window);
-    if (message != WM_COMMAND) return FALSE;
-    if (LOWORD(first) == CONTROL_SHOW_PASSWORD) ShowOrMaskPassword(window);
-    if (LOWORD(first) == CONTROL_PASSWORD && HIWORD(first) == EN_CHANGE) PasswordEdited(window);
-    auto* const fields = reinterpret_cast<PromptFields*>(GetWindowLongPtrW(window, DWLP_USER));
-    if (LOWORD(first) == IDOK) Confirm(window, *fields);
-    if (LOWORD(first) == IDCANCEL) EndDialog(window, IDCANCEL);
-    return LOWORD(first) == IDOK || LOWORD(first) == IDCANCEL;
+    auto* const prompt = reinterpret_cast<OpenPrompt*>(GetWindowLongPtrW(window, DWLP_USER));
+    if (prompt == nullptr) return FALSE;
+    if (message == WM_COMMAND) return HandleCommand(window, first, prompt->fields);
+    return prompt->look ? prompt->look->HandleMessage(message, first, second).value_or(FALSE)
+                        : FALSE;
 } catch (...) {
     EndDialog(window, -1);
     return TRUE;
@@ -232,9 +243,10 @@ INT_PTR CALLBACK HandleMessage(HWND window, UINT message, WPARAM first, LPARAM s
 PromptOutcome ShowPromptWindow(HWND owner, PromptFields& fields) {
     const DialogTemplate dialog = LoadDialogTemplate(OwnModule(), DIALOG_PROMPT);
     if (dialog.empty()) return PromptOutcome::kNotShown;
+    OpenPrompt prompt{fields};
     const INT_PTR result =
         DialogBoxIndirectParamW(OwnModule(), reinterpret_cast<const DLGTEMPLATE*>(dialog.data()),
-                                owner, HandleMessage, reinterpret_cast<LPARAM>(&fields));
+                                owner, HandleMessage, reinterpret_cast<LPARAM>(&prompt));
     if (result == IDOK) return PromptOutcome::kConfirmed;
     // Zero: the window was closed with its owner.
     return result == -1 ? PromptOutcome::kNotShown : PromptOutcome::kCancelled;

@@ -1,6 +1,7 @@
 #include "depotbrowser/window_colours.h"
 
-#include "depotbrowser/browse_ids.h"
+#include <iterator>
+
 #include "depotbrowser/dialog_template.h"
 #include "platform/registry_key.h"
 // After the Windows headers.
@@ -65,6 +66,17 @@ bool TakesText(HWND header, Colour text, Colour ground) {
     return Contrast({text, drawn}) >= kReadableContrast;
 }
 
+bool IsCheckBox(HWND button) {
+    const LONG_PTR kind = GetWindowLongPtrW(button, GWL_STYLE) & BS_TYPEMASK;
+    return kind == BS_AUTOCHECKBOX || kind == BS_CHECKBOX;
+}
+
+bool IsTree(HWND control) {
+    wchar_t kind[64] = {};
+    GetClassNameW(control, kind, static_cast<int>(std::size(kind)));
+    return std::wstring_view(kind) == WC_TREEVIEWW;
+}
+
 ColourPair SystemPair(int text, int ground) {
     return {GetSysColor(text), GetSysColor(ground)};
 }
@@ -72,10 +84,22 @@ ColourPair SystemPair(int text, int ground) {
 }  // namespace
 
 WindowColours::WindowColours(HWND dialog) : dialog_(dialog) {
-    SetWindowSubclass(GetDlgItem(dialog, CONTROL_LIST), DrawHeader, 0,
-                      reinterpret_cast<DWORD_PTR>(this));
+    ForEachControl([this](HWND control, const std::wstring& kind) {
+        if (kind != WC_LISTVIEWW) return;
+        SetWindowSubclass(control, DrawHeader, 0, reinterpret_cast<DWORD_PTR>(this));
+    });
     dark_ = UserWantsDark();
     Use();
+}
+
+template <class Work>
+void WindowColours::ForEachControl(Work work) const {
+    for (HWND control = GetWindow(dialog_, GW_CHILD); control != nullptr;
+         control = GetWindow(control, GW_HWNDNEXT)) {
+        wchar_t kind[64] = {};
+        GetClassNameW(control, kind, static_cast<int>(std::size(kind)));
+        work(control, std::wstring(kind));
+    }
 }
 
 void WindowColours::Update() {
@@ -95,29 +119,42 @@ void WindowColours::Use() {
     const Palette palette = Current();
     dialogBrush_.reset(dark_ ? CreateSolidBrush(palette.dialog.ground) : nullptr);
     fieldBrush_.reset(dark_ ? CreateSolidBrush(palette.field.ground) : nullptr);
-    const HWND list = GetDlgItem(dialog_, CONTROL_LIST);
-    ListView_SetBkColor(list, palette.field.ground);
-    ListView_SetTextBkColor(list, palette.field.ground);
-    ListView_SetTextColor(list, palette.field.text);
-    const HWND tree = GetDlgItem(dialog_, CONTROL_TREE);
-    TreeView_SetBkColor(tree, palette.field.ground);
-    TreeView_SetTextColor(tree, palette.field.text);
-    UseTheme(CONTROL_LIST, L"Explorer", L"DarkMode_Explorer");
-    SetWindowTheme(ListView_GetHeader(list), dark_ ? L"DarkMode_ItemsView" : nullptr, nullptr);
-    for (const int control :
-         {CONTROL_TREE, CONTROL_NEW_FOLDER, CONTROL_RENAME, CONTROL_MAKE_COPY, CONTROL_DELETE,
-          CONTROL_STOP, CONTROL_HELP, CONTROL_GRIP, IDOK, IDCANCEL}) {
-        UseTheme(control, nullptr, L"DarkMode_Explorer");
-    }
-    for (const int control : {CONTROL_NAME, CONTROL_SEARCH, CONTROL_TYPE}) {
-        UseTheme(control, nullptr, L"DarkMode_CFD");
-    }
-    lightHeader_ = !TakesText(ListView_GetHeader(list), palette.field.text, palette.field.ground);
+    ForEachControl([&](HWND control, const std::wstring& kind) { UseIn(control, kind, palette); });
+    wasDark_ = dark_;
     UseInTitle();
 }
 
-void WindowColours::UseTheme(int control, const wchar_t* light, const wchar_t* dark) const {
-    SetWindowTheme(GetDlgItem(dialog_, control), dark_ ? dark : light, nullptr);
+void WindowColours::UseIn(HWND control, const std::wstring& kind, const Palette& palette) {
+    if (kind == WC_LISTVIEWW) return UseInList(control, palette);
+    if (kind == WC_TREEVIEWW) {
+        TreeView_SetBkColor(control, palette.field.ground);
+        TreeView_SetTextColor(control, palette.field.text);
+    }
+    // The dark theme draws the text of a check box dark; without a theme it has the dialog's
+    // colours.
+    if (kind == WC_BUTTONW && IsCheckBox(control)) return UseTheme(control, nullptr, L"");
+    if (kind == WC_TREEVIEWW || kind == WC_BUTTONW || kind == WC_SCROLLBARW) {
+        UseTheme(control, nullptr, L"DarkMode_Explorer");
+    }
+    if (kind == WC_EDITW || kind == WC_COMBOBOXW) UseTheme(control, nullptr, L"DarkMode_CFD");
+}
+
+void WindowColours::UseInList(HWND list, const Palette& palette) {
+    ListView_SetBkColor(list, palette.field.ground);
+    ListView_SetTextBkColor(list, palette.field.ground);
+    ListView_SetTextColor(list, palette.field.text);
+    UseTheme(list, L"Explorer", L"DarkMode_Explorer");
+    const HWND header = ListView_GetHeader(list);
+    UseTheme(header, nullptr, L"DarkMode_ItemsView");
+    lightHeader_ = !TakesText(header, palette.field.text, palette.field.ground);
+}
+
+// What never was dark has the system's theme.
+void WindowColours::UseTheme(HWND control, const wchar_t* light, const wchar_t* dark) const {
+    if (!dark_ && !wasDark_ && light == nullptr) return;
+    const wchar_t* const theme = dark_ ? dark : light;
+    // An empty name takes the theme away only as both.
+    SetWindowTheme(control, theme, theme != nullptr && *theme == L'\0' ? theme : nullptr);
 }
 
 // Older systems have no such library.
@@ -150,7 +187,7 @@ std::optional<INT_PTR> WindowColours::Answer(UINT message, WPARAM first) const {
 
 // The system's dark theme draws what is selected itself, and then takes the text's colour alone.
 std::optional<LRESULT> WindowColours::AnswerDraw(const NMHDR& header) const {
-    if (!dark_ || header.idFrom != CONTROL_TREE || header.code != UINT{NM_CUSTOMDRAW}) {
+    if (!dark_ || !IsTree(header.hwndFrom) || header.code != UINT{NM_CUSTOMDRAW}) {
         return std::nullopt;
     }
     auto& draw = reinterpret_cast<NMTVCUSTOMDRAW&>(const_cast<NMHDR&>(header));

@@ -1,8 +1,9 @@
-// The colours of the browse dialog: the system's, or dark ones where the user wants them.
+// The colours of a dialog: the system's, or dark ones where the user wants them.
 #pragma once
 
 #include <memory>
 #include <optional>
+#include <string>
 #include <type_traits>
 
 #include "depotbrowser/dark_palette.h"
@@ -16,8 +17,8 @@ struct BrushDeleter {
 };
 using UniqueBrush = std::unique_ptr<std::remove_pointer_t<HBRUSH>, BrushDeleter>;
 
-// Borrows the controls of the dialog. What the system draws itself it draws in its own dark theme,
-// as far as it has one.
+// Borrows the controls of the dialog, those that it has when it is made. What the system draws
+// itself it draws in its own dark theme, as far as it has one.
 class WindowColours {
 public:
     explicit WindowColours(HWND dialog);
@@ -38,12 +39,17 @@ public:
 private:
     void Use();
     void UseInTitle();
-    void UseTheme(int control, const wchar_t* light, const wchar_t* dark) const;
+    template <class Work>
+    void ForEachControl(Work work) const;
+    void UseIn(HWND control, const std::wstring& kind, const Palette& palette);
+    void UseInList(HWND list, const Palette& palette);
+    void UseTheme(HWND control, const wchar_t* light, const wchar_t* dark) const;
     static LRESULT CALLBACK DrawHeader(HWND list, UINT message, WPARAM first, LPARAM second,
                                        UINT_PTR id, DWORD_PTR self) noexcept;
 
     HWND dialog_;
     bool dark_ = false;
+    bool wasDark_ = false;      // when it was used last
     bool lightHeader_ = false;  // its theme has a ground on which no light text can be read
     UniqueModule frames_;       // which draws title bars; null until one is to be dark
     UniqueBrush dialogBrush_, fieldBrush_;  // null in the system's colours

@@ -94,4 +94,89 @@ void ExpectControlsApart(const OpenDialog& dialog) {
     }
 }
 
+void ThemeSwitch::WantLight(DWORD light) const {
+    RegSetKeyValueA(HKEY_CURRENT_USER, kSettings, "AppsUseLightTheme", REG_DWORD, &light,
+                    sizeof(light));
+}
+
+void ThemeSwitch::Report(const OpenDialog& dialog) {
+    SendMessageW(dialog.Window(), WM_SETTINGCHANGE, 0,
+                 reinterpret_cast<LPARAM>(L"ImmersiveColorSet"));
+}
+
+namespace {
+
+// What the dialog answers a control that asks for its colours on that canvas.
+HBRUSH AskForColours(const OpenDialog& dialog, UINT message, int control, HDC canvas) {
+    return reinterpret_cast<HBRUSH>(
+        SendMessageW(dialog.Window(), message, reinterpret_cast<WPARAM>(canvas),
+                     reinterpret_cast<LPARAM>(dialog.Control(control))));
+}
+
+std::vector<RECT> PlacesOf(const OpenDialog& dialog) {
+    std::vector<RECT> places;
+    for (HWND control = GetWindow(dialog.Window(), GW_CHILD); control != nullptr;
+         control = GetWindow(control, GW_HWNDNEXT)) {
+        RECT place = {};
+        GetWindowRect(control, &place);
+        MapWindowPoints(nullptr, dialog.Window(), reinterpret_cast<POINT*>(&place), 2);
+        places.push_back(place);
+    }
+    return places;
+}
+
+void ChangeResolution(const OpenDialog& dialog, int resolution, RECT place) {
+    SendMessageW(dialog.Window(), WM_DPICHANGED, MAKEWPARAM(resolution, resolution),
+                 reinterpret_cast<LPARAM>(&place));
+}
+
+}  // namespace
+
+void ExpectColours(const OpenDialog& dialog, UINT message, int control, ColourPair colours) {
+    SCOPED_TRACE(control);
+    const HDC canvas = CreateCompatibleDC(nullptr);
+    LOGBRUSH filled = {};
+    GetObjectW(AskForColours(dialog, message, control, canvas), sizeof(filled), &filled);
+    EXPECT_EQ(colours.text, GetTextColor(canvas));
+    EXPECT_EQ(colours.ground, GetBkColor(canvas));
+    EXPECT_EQ(colours.ground, filled.lbColor);
+    DeleteDC(canvas);
+}
+
+void ExpectColoursOfSystem(const OpenDialog& dialog, UINT message, int control) {
+    SCOPED_TRACE(control);
+    const HDC canvas = CreateCompatibleDC(nullptr);
+    AskForColours(dialog, message, control, canvas);
+    EXPECT_NE(kDarkPalette.dialog.ground, GetBkColor(canvas));
+    EXPECT_NE(kDarkPalette.field.ground, GetBkColor(canvas));
+    DeleteDC(canvas);
+}
+
+void ExpectResolutionIsFollowed(const OpenDialog& dialog) {
+    constexpr int kUsual = 96;
+    RECT window = {};
+    GetWindowRect(dialog.Window(), &window);
+    const std::vector<RECT> before = PlacesOf(dialog);
+    for (const int resolution : {120, 144, 192}) {
+        SCOPED_TRACE(resolution);
+        const LONG width = MulDiv(static_cast<int>(window.right - window.left), resolution, kUsual);
+        const LONG height =
+            MulDiv(static_cast<int>(window.bottom - window.top), resolution, kUsual);
+        ChangeResolution(dialog, resolution, {0, 0, width, height});
+        ExpectControlsApart(dialog);
+        const std::vector<RECT> now = PlacesOf(dialog);
+        ASSERT_EQ(before.size(), now.size());
+        for (std::size_t index = 0; index < now.size(); ++index) {
+            const RECT& was = before[index];
+            EXPECT_EQ(MulDiv(static_cast<int>(was.left), resolution, kUsual), now[index].left);
+            EXPECT_EQ(MulDiv(static_cast<int>(was.right), resolution, kUsual), now[index].right);
+        }
+    }
+    ChangeResolution(dialog, kUsual, window);
+    const std::vector<RECT> after = PlacesOf(dialog);
+    for (std::size_t index = 0; index < before.size(); ++index) {
+        EXPECT_TRUE(EqualRect(&before[index], &after[index])) << index;
+    }
+}
+
 }  // namespace depot::test

@@ -216,5 +216,34 @@ TEST_F(DialogAppearanceTest, ControlsStayApartInALargerFont) {
     ShowWhole(&ExpectControlsApart);
 }
 
+TEST_F(DialogAppearanceTest, ControlsFollowTheResolutionWhileTheDialogIsOpen) {
+    Show(&ExpectResolutionIsFollowed);
+    ShowWhole(&ExpectResolutionIsFollowed);
+}
+
+TEST_F(DialogAppearanceTest, FontFollowsTheResolutionWhileTheDialogIsOpen) {
+    Show([](const OpenDialog& dialog) {
+        const LONG before = FontOf(dialog.Control(CONTROL_USER)).lfHeight;
+        RECT place = {0, 0, 900, 700};
+        SendMessageW(dialog.Window(), WM_DPICHANGED, MAKEWPARAM(192, 192),
+                     reinterpret_cast<LPARAM>(&place));
+        EXPECT_NEAR(2 * before, FontOf(dialog.Control(CONTROL_USER)).lfHeight, 1);
+    });
+}
+
+TEST_F(DialogAppearanceTest, ColoursFollowTheUsersSwitchWhileTheDialogIsOpen) {
+    const ThemeSwitch theme;
+    theme.WantLight(0);
+    ShowWhole([&](const OpenDialog& dialog) {
+        ExpectColours(dialog, WM_CTLCOLORSTATIC, CONTROL_INSTRUCTION, kDarkPalette.dialog);
+        ExpectColours(dialog, WM_CTLCOLORSTATIC, CONTROL_STORE, kDarkPalette.dialog);
+        ExpectColours(dialog, WM_CTLCOLOREDIT, CONTROL_USER, kDarkPalette.field);
+        theme.WantLight(1);
+        ThemeSwitch::Report(dialog);
+        ExpectColoursOfSystem(dialog, WM_CTLCOLORSTATIC, CONTROL_INSTRUCTION);
+        ExpectColoursOfSystem(dialog, WM_CTLCOLOREDIT, CONTROL_USER);
+    });
+}
+
 }  // namespace
 }  // namespace depot::test

@@ -75,6 +75,41 @@ TEST_F(KeptDialogTest, LineCountsWhatIsKeptOfTheShownDepots) {
     });
 }
 
+TEST_F(KeptDialogTest, WindowFollowsTheResolution) {
+    world_.Keep();
+    ShowKept([](const OpenKept& kept) {
+        kept.WaitForCount(1);
+        const HWND list = kept.Control(CONTROL_KEPT_LIST);
+        const int before = ListView_GetColumnWidth(list, 0);
+        RECT place = {0, 0, 1400, 900};
+        SendMessageW(kept.Window(), WM_DPICHANGED, MAKEWPARAM(192, 192),
+                     reinterpret_cast<LPARAM>(&place));
+        EXPECT_EQ(2 * before, ListView_GetColumnWidth(list, 0));
+        SendMessageW(kept.Window(), WM_DPICHANGED, MAKEWPARAM(96, 96),
+                     reinterpret_cast<LPARAM>(&place));
+        EXPECT_EQ(before, ListView_GetColumnWidth(list, 0));
+        ExpectResolutionIsFollowed(kept);
+    });
+}
+
+TEST_F(KeptDialogTest, WindowIsDarkWhereTheUserWantsItAndFollowsTheSwitch) {
+    const ThemeSwitch theme;
+    theme.WantLight(0);
+    world_.Keep();
+    ShowKept([&](const OpenKept& kept) {
+        kept.WaitForCount(1);
+        for (const int list : {CONTROL_KEPT_LIST, CONTROL_KEPT_VALUES}) {
+            EXPECT_EQ(kDarkPalette.field.ground, ListView_GetBkColor(kept.Control(list)));
+            EXPECT_EQ(kDarkPalette.field.text, ListView_GetTextColor(kept.Control(list)));
+        }
+        ExpectColours(kept, WM_CTLCOLORSTATIC, CONTROL_KEPT_MESSAGE, kDarkPalette.dialog);
+        theme.WantLight(1);
+        ThemeSwitch::Report(kept);
+        EXPECT_EQ(GetSysColor(COLOR_WINDOW), ListView_GetBkColor(kept.Control(CONTROL_KEPT_LIST)));
+        ExpectColoursOfSystem(kept, WM_CTLCOLORSTATIC, CONTROL_KEPT_MESSAGE);
+    });
+}
+
 TEST_F(KeptDialogTest, LineIsOpenedByItsKeyAndGoesWithTheLastFile) {
     world_.Keep();
     Show([](const OpenBrowser& browser) {
