@@ -8,6 +8,7 @@
 #include "platform/file_in_use.h"
 #include "platform/handles.h"
 #include "platform/text.h"
+#include "platform/wide_text.h"
 #include "platform/win32.h"
 
 namespace depot {
@@ -32,6 +33,12 @@ bool Fits(const char* text) {
     return text == nullptr || Fits(std::string_view(text));
 }
 
+// Some systems read and write a file of any name in the current folder for a path that they cannot
+// hold.
+bool IsReachable(const std::string& file) {
+    return file.size() < MAX_PATH || WideFromAnsi(file).size() < MAX_PATH;
+}
+
 // What the system gives for a value that is not there.
 std::string CutDefault(const std::string& defaultValue, std::uint32_t size) {
     return size == 0 ? std::string() : std::string(CutToBytes(defaultValue, size - 1));
@@ -46,7 +53,7 @@ std::uint32_t TerminalTypeOfSession(const std::string& path, INT defaultType) {
 }  // namespace
 
 int WriteProfileValue(const char* section, const char* key, const char* value, const char* file) {
-    const bool named = Fits(section) && Fits(key) && Fits(file);
+    const bool named = Fits(section) && Fits(key) && (file == nullptr || IsReachable(file));
     const std::string quoted = value != nullptr ? QuoteProfileValue(value) : std::string();
     if (!named || !Fits(quoted)) {
         SetLastError(kProfileTextTooLong);
@@ -58,7 +65,7 @@ int WriteProfileValue(const char* section, const char* key, const char* value, c
 
 std::string ReadProfileString(const ProfileRead& read, const std::string& file) {
     const auto& [section, key, defaultValue, size] = read;
-    if (!Fits(section) || !Fits(key) || !Fits(file)) return CutDefault(defaultValue, size);
+    if (!Fits(section) || !Fits(key) || !IsReachable(file)) return CutDefault(defaultValue, size);
     if (!Fits(defaultValue)) {
         // A value without text counts as missing here.
         std::string text = ReadProfileString({section, key, {}, size}, file);
@@ -79,7 +86,7 @@ std::string ReadProfileString(const ProfileRead& read, const std::string& file) 
 
 std::uint32_t ReadProfileInt(const std::string& section, const std::string& key,
                              std::uint32_t defaultValue, const std::string& file) {
-    if (!Fits(section) || !Fits(key) || !Fits(file)) return defaultValue;
+    if (!Fits(section) || !Fits(key) || !IsReachable(file)) return defaultValue;
     return GetPrivateProfileIntA(section.c_str(), key.c_str(), static_cast<INT>(defaultValue),
                                  file.c_str());
 }

@@ -1,7 +1,7 @@
 // Reading and writing the values of profile files through the system's private-profile functions.
 //
-// Names, values, defaults and paths of more than 32,766 bytes never reach the system: a value of
-// such a name counts as missing, and nothing is written.
+// Names, values and defaults of more than 32,766 bytes and paths of MAX_PATH characters and more
+// never reach the system: a value of such a name counts as missing, and nothing is written.
 #pragma once
 
 #include <cstdint>

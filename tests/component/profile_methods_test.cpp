@@ -3,7 +3,9 @@
 
 #include "component/component.h"
 #include "platform/handles.h"
+#include "support/current_folder.h"
 #include "support/results.h"
+#include "support/working_files.h"
 
 namespace depot::test {
 namespace {
@@ -166,13 +168,16 @@ TEST_F(ProfileMethodsTest, HugePathDoesNoHarm) {
 }
 
 TEST_F(ProfileMethodsTest, PathsAroundTheLimitOfTheSystemDoNoHarm) {
+    const std::string here = folder_.MakeFolder("here");
+    const CurrentFolder current(here);
     for (std::size_t length = 240; length < 280; ++length) {
         SCOPED_TRACE(length);
         const std::string name(length - root_.size() - 1, 'x');
         ASSERT_THAT(api_->DPLoadFile(session_.Address(), Text("<A>\\" + name)), IsOk());
         EXPECT_THAT(Write(L"1"), IsOk());
-        Read(session_, L"S", L"K");
+        EXPECT_EQ(length < MAX_PATH ? L"1" : L"(default)", Read(session_, L"S", L"K"));
     }
+    EXPECT_THAT(FilesIn(here, "*"), testing::IsEmpty());
 }
 
 TEST_F(ProfileMethodsTest, LongValueReadsBack) {
