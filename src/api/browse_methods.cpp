@@ -101,8 +101,9 @@ STDMETHODIMP CDepotIntrApi::DPBrowseMultiSel(LONG_PTR lDPIntr, APP_TYPE appType,
         SessionForCall session(lDPIntr, WithoutHandle::kFail);
         if (session) session->chosenFiles.clear();
         if (first.empty() || !session) return NothingChosen(session);
-        session->ReleaseFile();
+        // A name that is refused leaves the session its file.
         const std::optional<std::string> list = ListOfChosenFiles(dialog, first, nSize, *session);
+        session->ReleaseFile();
         outOfMemory = !list;
         if (list) *bstrFileList = NewNameBstr(*list).release();
         return FailureOf(*bstrFileList != nullptr);

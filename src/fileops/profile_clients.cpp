@@ -1,7 +1,9 @@
 #include "fileops/profile_clients.h"
 
 #include <algorithm>
+#include <string_view>
 
+#include "platform/code_page.h"
 #include "platform/paths.h"
 #include "platform/text.h"
 
@@ -11,7 +13,11 @@ namespace {
 constexpr std::int32_t kMaxClients = 10000;
 constexpr std::uint32_t kEntryBytes = 260;
 constexpr char kResourceMark = 'u';
-constexpr std::size_t kResourceMarkLength = 2;
+
+// The mark and one character behind it, which may have several bytes.
+std::size_t MarkLength(std::string_view entry) {
+    return entry.size() < 2 ? entry.size() : 1 + CharacterLength(entry, 1);
+}
 
 }  // namespace
 
@@ -27,7 +33,7 @@ ProfileClient ClientOf(DepotSession& session, std::int32_t number) {
     client.isResource = client.entry.starts_with(kResourceMark);
     client.source = client.entry;
     if (client.isResource) {
-        client.entry.erase(0, kResourceMarkLength);
+        client.entry.erase(0, MarkLength(client.entry));
         client.source = session.Folders().ResourceFolder() + client.entry;
     }
     return client;

@@ -342,6 +342,16 @@ TEST_F(BrowseMethodsTest, ChoosingSeveralFilesLeavesTheSessionWithoutAFile) {
     EXPECT_EQ(L"of b", Read(session_, L"S", L"K"));
 }
 
+TEST_F(BrowseMethodsTest, NameAmongSeveralThatIsRefusedLeavesTheCurrentFile) {
+    ASSERT_THAT(api_->DPLoadFile(session_.Address(), Text("<Work>\\a.kre")), IsOk());
+    dialogs_.chosenPath = L"<Work>\\b.kre";
+    // Half of a pair of surrogates.
+    dialogs_.chosenPaths = [] { return NewTexts({L"<Work>\\b.kre", L"<Work>\\\xD800.kre"}); };
+    OutText list;
+    EXPECT_THAT(BrowseMany(session_, list), IsRefused());
+    EXPECT_EQ(L"of a", Read(session_, L"S", L"K"));
+}
+
 TEST_F(BrowseMethodsTest, SessionThatEndsWhileTheUserChoosesIsNotUsedAnyMore) {
     LONG_PTR handle = 0;
     ASSERT_THAT(api_->DPInitialize(&handle), IsOk());

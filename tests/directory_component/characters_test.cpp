@@ -2,6 +2,7 @@
 #include "component/characters_fixture.h"
 #include "directory_component/stores_fixture.h"
 #include "platform/system_code_page.h"
+#include "support/offline_files.h"
 #include "support/results.h"
 
 namespace depot::test {
@@ -69,6 +70,14 @@ TEST_F(DirectoryCharactersTest, EntriesThatCannotBeNamedAreLeftOutAndRefused) {
     }
     EXPECT_EQ(std::vector<std::wstring>{L"<Corp>\\A.kra"}, List(L"<Corp>\\"));
     EXPECT_EQ(kOldProfile, Bytes(L"A.kra"));
+}
+
+TEST_F(DirectoryCharactersTest, MarkOfAResourceTakesAWholeCharacterWithIt) {
+    corp_->MakeFile("p.kra",
+                    "[Skein]\r\nCount=1\r\n[Clients]\r\nC1=u" + LetterOfCodePage() + ".cfg\r\n");
+    ASSERT_THAT(api_->DPLoadFile(Client().Address(), Text(L"<Corp>\\p.kra")), IsOk());
+    EXPECT_THAT(api_->DPPublishSkesDepFiles(Client()), IsOk());
+    EXPECT_EQ(L".cfg", Read(Client(), L"Clients", L"C1"));
 }
 
 TEST_F(DirectoryCharactersTest, PublishedFilesArriveUnderTheirNames) {
