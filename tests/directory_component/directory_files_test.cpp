@@ -1,8 +1,10 @@
 // Files of a depot in a directory, used through the interface as any other file.
+#include "component/api2.h"
 #include "component/late_calls.h"
 #include "platform/handles.h"
 #include "support/component_depots.h"
 #include "support/directory_fixture.h"
+#include "support/relay.h"
 #include "support/results.h"
 #include "support/test_folders.h"
 #include "support/working_files.h"
@@ -183,6 +185,32 @@ TEST_F(DirectoryFilesTest, WithdrawnRightsLeaveTheBytesRecovered) {
     }
     ExpectRecovered(kNew);
     EXPECT_EQ(kOld, Contents());
+}
+
+TEST_F(DirectoryFilesTest, FlushThatCannotStoreIsASuccessThatSaysWhy) {
+    DefineDirectoryDepot(depots_, "Corp", server_.Port(), base_, kReader, kReaderPassword);
+    const Com<IDepotIntrApi2> api2 = Api2Of(*api_);
+    Session session(*api_);
+    Load(session);
+    Change(session);
+    EXPECT_THAT(api_->DPFlushFile(session), IsOk());
+    EXPECT_EQ(ERROR_ACCESS_DENIED, static_cast<DWORD>(LastErrorOf(*api2, session).code));
+    ExpectRecovered(kNew);
+    EXPECT_THAT(api_->DPFlushFile(session), IsOk());
+    EXPECT_EQ(ERROR_SUCCESS, static_cast<DWORD>(LastErrorOf(*api2, session).code));
+}
+
+TEST_F(DirectoryFilesTest, FileThatCannotBeReadIsLoadedAsASuccessThatSaysWhy) {
+    Relay relay(server_.Port());
+    DefineDirectoryDepot(depots_, "Corp", relay.Port(), base_);
+    const Com<IDepotIntrApi2> api2 = Api2Of(*api_);
+    Session session(*api_);
+    relay.Disturb({.dropBeforeRequest = 2});
+    Load(session);
+    EXPECT_EQ(ERROR_HOST_UNREACHABLE, static_cast<DWORD>(LastErrorOf(*api2, session).code));
+    relay.Disturb({});
+    Load(session, "<Corp>\\Sessions\\new.kra");
+    EXPECT_EQ(ERROR_SUCCESS, static_cast<DWORD>(LastErrorOf(*api2, session).code));
 }
 
 TEST_F(DirectoryFilesTest, FlushOfAConflictRecoversTheEditAndShowsTheOtherVersion) {
