@@ -324,7 +324,8 @@ Result Move(Store& store, PathPair paths, const TransferWatcher& watcher) {
     if (!scope) return scope.Outcome();
     StoreSource held;
     Result renamed = store.Rename(paths, ExistingEntries::kRefuse, held);
-    if (!renamed.Is(Reason::kNotEmpty)) return renamed;
+    // A server may say the same of a file, which is no tree and would lose its contents.
+    if (!renamed.Is(Reason::kNotEmpty) || !held.isFolder) return renamed;
     CopiedSource copied;
     const CopyRequest request = {{&store, paths.from},
                                  {&store, paths.to},

@@ -385,6 +385,23 @@ TEST_F(TransferTest, FolderWhoseNamesCannotAllBeCopiedKeepsItsTree) {
     EXPECT_FALSE(Holds(DN("cn=moved")));
 }
 
+// A server says so of an entry with others below it that this user may not see.
+TEST_F(TransferTest, FileThatTheServerRefusesToRenameLikeATreeStays) {
+    server_.AddFile("a.kra", base_, "bytes");
+    server_.AddFolder("empty", base_);
+    Directory().Client().ldap_rename_ext_s = [](LDAP*, const PCHAR, const PCHAR, const PCHAR, INT,
+                                                PLDAPControlA*, PLDAPControlA*) -> ULONG {
+        return LDAP_NOT_ALLOWED_ON_NONLEAF;
+    };
+    EXPECT_THAT(MoveEntry(Directory(), DN("cn=a.kra"), DN("cn=b.kra"), &error_), Fails());
+    ExpectFailure(LDAP_NOT_ALLOWED_ON_NONLEAF);
+    EXPECT_EQ("bytes", Contents(DN("cn=a.kra")));
+    EXPECT_FALSE(Holds(DN("cn=b.kra")));
+    EXPECT_THAT(MoveEntry(Directory(), DN("cn=empty"), DN("cn=other"), &error_), Fails());
+    EXPECT_TRUE(Holds(DN("cn=empty")));
+    EXPECT_FALSE(Holds(DN("cn=other")));
+}
+
 TEST_F(TransferTest, FolderThatTheServerRenamesKeepsEntriesOfEveryName) {
     const std::string tree = AddTree("tree");
     server_.AddFile("CON", tree, "x");
