@@ -354,8 +354,11 @@ void DisasterWorld::Look() {
         const auto entry = std::ranges::find_if(shown_.files, [&](const ShownFile& file) {
             return ComparableDN(file.stored) == ComparableDN(entryName);
         });
-        if (entry != shown_.files.end()) entry->bytes = bytes;
-        shown_.rescued += bytes;
+        if (entry != shown_.files.end()) {
+            entry->bytes = bytes;
+        } else {
+            shown_.rescued += bytes;
+        }
     }
     for (const std::string& path : RecoveredFiles()) shown_.rescued += FileBytes(path);
 }
