@@ -64,8 +64,8 @@ std::string UnescapedName(std::string_view escaped) {
     for (std::size_t at = 0; at < escaped.size();) {
         const std::size_t escape = EscapeLength(escaped, at);
         const std::size_t length = escape > 0 ? escape : CharacterLength(escaped, at);
-        const auto byte = escape > 0 ? HexByte(escaped, at + 1) : std::nullopt;
-        if (byte && *byte > 0 && *byte < 0x80) {
+        const auto byte = HexByte(escaped, at + 1);
+        if (escape > 0 && byte && *byte > 0 && *byte < 0x80) {
             name.push_back(static_cast<char>(*byte));
         } else {
             const bool isCharacter = escape > 0 && !byte;
