@@ -125,6 +125,7 @@
 #define IDS_CREDENTIALS_EXAMPLE 599
 #define IDS_CREDENTIALS_STORE 690
 #define IDS_CREDENTIALS_OPEN 691
+#define IDS_CREDENTIALS_NAME_FORM 692  // %s: an example
 
 // More of the browse dialog.
 #define IDS_BROWSE_PROPERTIES 600

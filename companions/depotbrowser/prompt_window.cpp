@@ -1,5 +1,6 @@
 #include "depotbrowser/prompt_window.h"
 
+#include "depotbrowser/column_text.h"
 #include "depotbrowser/dialog_look.h"
 #include "depotbrowser/dialog_template.h"
 #include "depotbrowser/prompt_ids.h"
@@ -83,19 +84,25 @@ void ShowCapsLock(HWND window) {
     if (on) NotifyWinEvent(EVENT_SYSTEM_ALERT, line, OBJID_CLIENT, CHILDID_SELF);
 }
 
-// A name that is too long for its place is read whole where the mouse rests on it.
-void AddServerHint(HWND window, const std::wstring& server) {
+// A text that is too long for its place is read whole where the mouse rests on it.
+void AddHint(HWND window, int control, std::wstring text) {
     const HWND hints = CreateWindowExW(WS_EX_TOPMOST, TOOLTIPS_CLASSW, nullptr,
                                        WS_POPUP | TTS_ALWAYSTIP | TTS_NOPREFIX, 0, 0, 0, 0, window,
                                        nullptr, OwnModule(), nullptr);
-    std::wstring text = server;
     TTTOOLINFOW tool = {};
     tool.cbSize = sizeof(tool);
     tool.uFlags = TTF_IDISHWND | TTF_SUBCLASS;
     tool.hwnd = window;
-    tool.uId = reinterpret_cast<UINT_PTR>(GetDlgItem(window, CONTROL_SERVER));
+    tool.uId = reinterpret_cast<UINT_PTR>(GetDlgItem(window, control));
     tool.lpszText = text.data();
     SendMessageW(hints, TTM_ADDTOOLW, 0, reinterpret_cast<LPARAM>(&tool));
+}
+
+void ShowNameForm(HWND window, const std::wstring& example) {
+    if (example.empty()) return;
+    const std::wstring text = FillIn(PromptText(IDS_CREDENTIALS_NAME_FORM), example);
+    SetDlgItemTextW(window, CONTROL_EXAMPLE, text.c_str());
+    AddHint(window, CONTROL_EXAMPLE, text);
 }
 
 // Once the field was empty, all that stands in it was typed here.
@@ -160,7 +167,8 @@ void Fill(HWND window, const PromptFields& fields) {
     FillField(window, CONTROL_PASSWORD, fields.password.Plain());
     // What the user did not type here is not shown to whoever sits here now.
     EnableWindow(GetDlgItem(window, CONTROL_SHOW_PASSWORD), fields.password.Plain().empty());
-    AddServerHint(window, fields.serverName);
+    AddHint(window, CONTROL_SERVER, fields.serverName);
+    ShowNameForm(window, fields.userNameExample);
     ShowCapsLock(window);
     SetTimer(window, kCapsLockTimer, kCapsLockMilliseconds, nullptr);
     StartIn(window, FieldToStartIn(fields));

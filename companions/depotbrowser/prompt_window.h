@@ -22,6 +22,8 @@ struct PromptFields {
     std::optional<bool> isSecured = {};
     bool offersStoring = false;
     bool isToBeStored = false;  // what the user wants
+    // A user name in the form that the server wants; empty where that is not known.
+    std::wstring userNameExample = {};
 };
 
 enum class PromptOutcome { kConfirmed, kCancelled, kNotShown };

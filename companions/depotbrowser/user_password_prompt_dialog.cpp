@@ -84,4 +84,8 @@ STDMETHODIMP CUserPasswordPromptDialog::get_Store(VARIANT_BOOL* pfStore) noexcep
     return S_OK;
 }
 
+STDMETHODIMP CUserPasswordPromptDialog::put_UserNameExample(BSTR bstrExample) noexcept {
+    return TakeText(bstrExample, fields_.userNameExample);
+}
+
 }  // namespace depot

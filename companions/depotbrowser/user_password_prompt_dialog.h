@@ -12,8 +12,9 @@ namespace depot {
 // aggregation are the host's, which derives from this class. Texts that are returned belong to the
 // caller; no exception gets out.
 class CUserPasswordPromptDialog
-    : public TypeLibraryDispatch<IUserPasswordPromptDialog3, &IID_IUserPasswordPromptDialog3,
-                                 &IID_IUserPasswordPromptDialog2, &IID_IUserPasswordPromptDialog> {
+    : public TypeLibraryDispatch<IUserPasswordPromptDialog4, &IID_IUserPasswordPromptDialog4,
+                                 &IID_IUserPasswordPromptDialog3, &IID_IUserPasswordPromptDialog2,
+                                 &IID_IUserPasswordPromptDialog> {
 public:
     // Shows the dialog and waits for the user. The result is 1 when the user confirmed, 0 when not
     // or when the dialog cannot be shown, which is also S_FALSE. A window that is 0 or no longer
@@ -29,6 +30,7 @@ public:
     STDMETHODIMP put_Secured(VARIANT_BOOL fSecured) noexcept override;
     STDMETHODIMP put_OffersStoring(VARIANT_BOOL fOffers) noexcept override;
     STDMETHODIMP get_Store(VARIANT_BOOL* pfStore) noexcept override;
+    STDMETHODIMP put_UserNameExample(BSTR bstrExample) noexcept override;
 
 protected:
     CUserPasswordPromptDialog() = default;

@@ -34,6 +34,9 @@ public:
                                credentials.failure,
                                credentials.isSecured,
                                credentials.mayBeStored};
+        if (credentials.asking != nullptr) {
+            fields.userNameExample = WideFromAnsi(credentials.asking->UserNameExample());
+        }
         const PromptOutcome outcome = worker->Mailbox().AskForCredentials(fields);
         if (outcome == PromptOutcome::kNotShown) throw WorkAbandoned();
         if (outcome == PromptOutcome::kCancelled) return false;

@@ -75,6 +75,13 @@ void Explain(IUserPasswordPromptDialog& dialog, const Credentials& credentials) 
         storing->put_Secured(AsVariant(credentials.isSecured));
         storing->put_OffersStoring(AsVariant(credentials.mayBeStored));
     }
+    if (credentials.asking == nullptr) return;
+    // The server is asked only for a dialog that shows the answer.
+    if (const auto exemplary =
+            Extended<IUserPasswordPromptDialog4>(dialog, IID_IUserPasswordPromptDialog4)) {
+        const std::wstring example = WideFromAnsi(credentials.asking->UserNameExample());
+        exemplary->put_UserNameExample(NewWideBstr(example).get());
+    }
 }
 
 bool IsToBeStored(IUserPasswordPromptDialog& dialog) {

@@ -8,6 +8,17 @@
 
 namespace depot {
 
+// The server to which a prompt's credentials are sent.
+class PromptingServer {
+public:
+    // Returns an example of a user name in the form that the server wants, in the ANSI code page;
+    // empty where that is not known. The server is asked for it, which can take some seconds.
+    virtual std::string UserNameExample() = 0;
+
+protected:
+    ~PromptingServer() = default;
+};
+
 // What a location's server is asked with; texts are in the ANSI code page.
 struct Credentials {
     std::string server;
@@ -20,6 +31,8 @@ struct Credentials {
     bool isSecured = false;
     bool mayBeStored = false;
     bool isToBeStored = false;
+    // For a prompt: whom to ask about the server, until Show returns; null where that is nobody.
+    PromptingServer* asking = nullptr;
 };
 
 // Implemented by whoever can show a dialog and handed to the directory layer.

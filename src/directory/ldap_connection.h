@@ -14,6 +14,7 @@
 #include "directory/ldap_handles.h"
 #include "directory/ldap_result.h"
 #include "directory/shared_credentials.h"
+#include "directory/user_name_form.h"
 #include "platform/digest.h"
 #include "platform/directory_client.h"
 #include "platform/not_copied.h"
@@ -29,7 +30,7 @@ CredentialsPrompt* InstallCredentialsPrompt(CredentialsPrompt* prompt);
 // The client's entry points and the handle of one location's server: how it is opened, bound and
 // ended, and how a failure is described. Borrows the location's record. Used by one thread at a
 // time.
-class LdapConnection : NotCopied {
+class LdapConnection : NotCopied, PromptingServer {
 public:
     // No connection is kept for longer, in seconds.
     static constexpr std::uint32_t kLongestKeptConnection = 3600;
@@ -160,6 +161,9 @@ private:
     // Returns whether `attempt` holds credentials to go on with; else `failure` says why it ends.
     bool FindOtherCredentials(LogOnAttempt& attempt, Result& failure);
 
+    std::string UserNameExample() override;
+    RootEntry ReadRootEntry();
+
     std::uint32_t OpenHandle(const std::string& host);
     std::uint32_t SetOptions();
     std::uint32_t ReachServer();
@@ -186,9 +190,10 @@ private:
     std::chrono::steady_clock::time_point keptUntil_;
     SharedCredentials shared_;
     std::optional<CredentialsPrompt*> ownPrompt_;
-    std::optional<std::uint64_t> failedCall_;  // unusable since; nothing when given up for good
-    std::uint64_t unreachedCall_ = 0;          // in which Reach failed
-    std::uint64_t cancelledCall_ = 0;          // in which a user gave up waiting for the server
+    std::optional<std::string> userNameExample_;  // once the server was asked for it
+    std::optional<std::uint64_t> failedCall_;     // unusable since; nothing when given up for good
+    std::uint64_t unreachedCall_ = 0;             // in which Reach failed
+    std::uint64_t cancelledCall_ = 0;             // in which a user gave up waiting for the server
     std::vector<std::string> serversBeside_;
     std::vector<Digest> triedBeside_;  // what was typed there and is refused here
     // After the table, through which they are unbound.

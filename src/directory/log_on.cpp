@@ -2,12 +2,17 @@
 #include <algorithm>
 #include <atomic>
 
+#include "directory/client_support.h"
 #include "directory/ldap_connection.h"
+#include "directory/paged_search.h"
 
 namespace depot {
 namespace {
 
 std::atomic<CredentialsPrompt*> installedPrompt = nullptr;
+
+// A user waits for the prompt meanwhile.
+constexpr LONG kSecondsForRootEntry = 2;
 
 }  // namespace
 
@@ -158,6 +163,9 @@ LdapConnection::PromptResult LdapConnection::AskForCredentials(CredentialsPrompt
     if (failed != nullptr) credentials.failure = failed->code;
     credentials.isSecured = location_.security != 0;
     credentials.mayBeStored = shared_.MayBeStored();
+    // A server that was not reached is not tried again before the user is asked.
+    const bool answers = failed == nullptr || wasRefused;
+    credentials.asking = answers ? this : nullptr;
     if (!prompt->Show(credentials)) {
         if (!canBeAnswered) return PromptResult::kNobodyAsked;
         if (failed != nullptr && !wasRefused) {
@@ -173,6 +181,48 @@ LdapConnection::PromptResult LdapConnection::AskForCredentials(CredentialsPrompt
     shared_.SetPassword(credentials.password);
     shared_.StoreOnceAccepted(credentials.isToBeStored);
     return PromptResult::kConfirmed;
+}
+
+std::string LdapConnection::UserNameExample() {
+    if (!userNameExample_) userNameExample_ = depot::UserNameExample(ReadRootEntry());
+    return *userNameExample_;
+}
+
+// Reads what everybody may read, on a connection of its own: that of a bind that failed is left to
+// whoever still works on it.
+RootEntry LdapConnection::ReadRootEntry() {
+    constexpr char kCapabilities[] = "supportedCapabilities";
+    constexpr char kUsersContext[] = "defaultNamingContext", kContexts[] = "namingContexts";
+    UniqueLdap working = std::exchange(handle_, UniqueLdap(nullptr, {&client_}));
+    std::uint32_t code = OpenHandle(shared_.Own().server);
+    const UniqueLdap asked = std::exchange(handle_, std::move(working));
+    l_timeval limit = {kSecondsForRootEntry, 0};
+    if (code == LDAP_SUCCESS && location_.security == 0) {
+        code = client_.ldap_connect(asked.get(), &limit);
+    }
+    if (code != LDAP_SUCCESS) return {};
+    std::string noName, filter = kAnyEntry;
+    std::string capabilities = kCapabilities, usersContext = kUsersContext, contexts = kContexts;
+    char* attributes[] = {capabilities.data(), usersContext.data(), contexts.data(), nullptr};
+    LDAPMessage* message = nullptr;
+    code = client_.ldap_search_st(asked.get(), noName.data(), LDAP_SCOPE_BASE, filter.data(),
+                                  attributes, 0, &limit, &message);
+    const UniqueLdapMessage result(message, {&client_});
+    if (code != LDAP_SUCCESS) return {};
+    LDAPMessage* const entry = client_.ldap_first_entry(asked.get(), message);
+    if (entry == nullptr) return {};
+    RootEntry root;
+    const auto read = [&](std::string& attribute, std::vector<std::string>& values) {
+        const UniqueLdapValues texts(client_.ldap_get_values(asked.get(), entry, attribute.data()),
+                                     {&client_});
+        for (char** text = texts.get(); text != nullptr && *text != nullptr; ++text) {
+            values.emplace_back(*text);
+        }
+    };
+    read(capabilities, root.capabilities);
+    read(usersContext, root.contexts);
+    read(contexts, root.contexts);
+    return root;
 }
 
 }  // namespace depot

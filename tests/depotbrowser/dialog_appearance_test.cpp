@@ -1,6 +1,7 @@
 // What the dialog looks like.
 #include <gtest/gtest.h>
 
+#include "com/automation.h"
 #include "config/languages.h"
 #include "depotbrowser/appearance.h"
 #include "depotbrowser/browser_library.h"
@@ -68,6 +69,22 @@ TEST_F(DialogAppearanceTest, ServerUserNameAndLabelsAreShown) {
         EXPECT_EQ(L"Cancel", dialog.Text(IDCANCEL));
         EXPECT_NE(L"", dialog.Text(CONTROL_INSTRUCTION));
     });
+}
+
+TEST_F(DialogAppearanceTest, NameInTheFormThatTheServerWantsIsShown) {
+    void* extended = nullptr;
+    ASSERT_EQ(S_OK, dialog_->QueryInterface(IID_IUserPasswordPromptDialog4, &extended));
+    const UniqueCom<IUserPasswordPromptDialog4> owned(
+        static_cast<IUserPasswordPromptDialog4*>(extended));
+    const auto shown = [&](const wchar_t* example) {
+        EXPECT_EQ(S_OK, owned->put_UserNameExample(NewWideBstr(example).get()));
+        std::wstring text;
+        Show([&text](const OpenDialog& dialog) { text = dialog.Text(CONTROL_EXAMPLE); });
+        return text;
+    };
+    EXPECT_EQ(L"The server wants names such as mary@farrow.test", shown(L"mary@farrow.test"));
+    EXPECT_EQ(L"The server wants names such as %s%n & co", shown(L"%s%n & co"));
+    EXPECT_EQ(L"For example: cn=Mary Walker,o=Example", shown(L""));
 }
 
 TEST_F(DialogAppearanceTest, OnlyThePasswordIsMasked) {

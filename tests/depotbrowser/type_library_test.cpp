@@ -188,7 +188,7 @@ TEST_F(TypeLibraryTest, ObjectOffersOneTypeDescription) {
     EXPECT_EQ(nullptr, typeInfo);
     ASSERT_EQ(S_OK, dialog->GetTypeInfo(0, 0, &typeInfo));
     const UniqueCom<ITypeInfo> owned(typeInfo);
-    EXPECT_EQ(L"IUserPasswordPromptDialog3", NameOf(*owned, MEMBERID_NIL));
+    EXPECT_EQ(L"IUserPasswordPromptDialog4", NameOf(*owned, MEMBERID_NIL));
 }
 
 }  // namespace

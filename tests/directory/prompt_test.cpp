@@ -307,5 +307,39 @@ TEST_F(PromptTest, ServerThatIsDownIsAskedForLikeAWrongPassword) {
                             MessageFor(LDAP_USER_CANCELLED)));
 }
 
+// Whether the prompt has an example depends on who asks, so that the others cost no request.
+TEST_F(PromptTest, PromptThatShowsExamplesHasThatOfTheServer) {
+    constexpr char kOfTheServer[] = "cn=Mary Walker,dc=farrow,dc=test";
+    CLDAPItems& items = Make("", "");
+    prompt_.showsExamples = true;
+    prompt_.Type(test::kEditor, "wrong");
+    prompt_.Type(test::kEditor, test::kEditorPassword);
+    EXPECT_THAT(items.Connection().Open(), IsDone());
+    EXPECT_THAT(prompt_.examples, ElementsAre(kOfTheServer, kOfTheServer));
+    EXPECT_TRUE(items.Connection().IsConnected());
+}
+
+TEST_F(PromptTest, ServerIsNotAskedForAnExampleThatNoPromptShows) {
+    CLDAPItems& items = Make("", "");
+    prompt_.Type(test::kEditor, test::kEditorPassword);
+    server_.Mark();
+    EXPECT_THAT(items.Connection().Open(), IsDone());
+    EXPECT_THAT(server_.Log(), testing::Not(testing::HasSubstr("SRCH")));
+}
+
+TEST_F(PromptTest, ServerThatDoesNotAnswerHasNoExample) {
+    CDepotPath location = server_.Location();
+    location.port = 1;  // none listens there
+    location.username = {};
+    CLDAPItems& items = Make(location);
+    prompt_.showsExamples = true;
+    prompt_.Type(test::kEditor, test::kEditorPassword);
+    EXPECT_THAT(items.Connection().Open(), Fails(LDAP_USER_CANCELLED));
+    // The second prompt knows already that there is none.
+    EXPECT_THAT(prompt_.examples, ElementsAre(""));
+    EXPECT_EQ(2u, prompt_.shown.size());
+    ForgetServer(1);
+}
+
 }  // namespace
 }  // namespace depot

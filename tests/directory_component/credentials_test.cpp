@@ -177,6 +177,17 @@ TEST_F(CredentialsTest, RightPasswordTypedOnceServesEveryLaterSessionAndLocation
     EXPECT_THAT(boxes_.Boxes(), IsEmpty());
 }
 
+TEST_F(CredentialsTest, DialogShowsTheFormOfNamesThatTheServerWants) {
+    const RegisteredDialog dialog;
+    std::wstring example;
+    const DialogWatch watch({[&example](const OpenDialog& shown) {
+        example = shown.Text(CONTROL_EXAMPLE);
+        Type(kEditor, kEditorPassword)(shown);
+    }});
+    EXPECT_EQ(L"old", Value());
+    EXPECT_EQ(L"The server wants names such as cn=Mary Walker,dc=farrow,dc=test", example);
+}
+
 TEST_F(CredentialsTest, TypedCredentialsAreThoseThatAFileIsStoredWith) {
     const RegisteredDialog dialog;
     const DialogWatch watch({Type(kEditor, kEditorPassword)});

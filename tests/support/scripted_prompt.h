@@ -14,6 +14,9 @@ class ScriptedPrompt : public CredentialsPrompt {
 public:
     bool Show(Credentials& credentials) override {
         shown.push_back(credentials);
+        if (showsExamples && credentials.asking != nullptr) {
+            examples.push_back(credentials.asking->UserNameExample());
+        }
         if (answers.empty()) return false;
         const std::optional<Credentials> answer = answers.front();
         answers.pop_front();
@@ -29,6 +32,8 @@ public:
     }
 
     std::vector<Credentials> shown;
+    bool showsExamples = false;
+    std::vector<std::string> examples;  // of the prompts that could be given one
     std::deque<std::optional<Credentials>> answers;
 };
 

@@ -56,6 +56,7 @@ std::vector<TextRow> Rows() {
     for (unsigned id = IDS_CREDENTIALS_SHOW; id <= IDS_CREDENTIALS_EXAMPLE; ++id)
         rows.push_back({id, 0});
     for (const unsigned id : {IDS_CREDENTIALS_STORE, IDS_CREDENTIALS_OPEN}) rows.push_back({id, 0});
+    rows.push_back({IDS_CREDENTIALS_NAME_FORM, 1});
     for (unsigned id = IDS_BROWSE_BACK; id <= IDS_BROWSE_SUGGESTIONS; ++id) {
         const bool filled = id == IDS_BROWSE_NOTHING_FOUND || id == IDS_BROWSE_SEARCH_PARTLY ||
                             id == IDS_BROWSE_SEARCH_LIMIT || id == IDS_BROWSE_COUNT;
