@@ -183,9 +183,12 @@ LdapConnection::PromptResult LdapConnection::AskForCredentials(CredentialsPrompt
     return PromptResult::kConfirmed;
 }
 
-std::string LdapConnection::UserNameExample() {
+// A prompt that lacks the example is better than none.
+std::string LdapConnection::UserNameExample() try {
     if (!userNameExample_) userNameExample_ = depot::UserNameExample(ReadRootEntry());
     return *userNameExample_;
+} catch (const std::exception&) {
+    return {};
 }
 
 // Reads what everybody may read, on a connection of its own: that of a bind that failed is left to

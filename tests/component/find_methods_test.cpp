@@ -102,6 +102,15 @@ TEST_F(FindMethodsTest, OfTwoNeighboursOfAWrongTypeTheSecondStays) {
     EXPECT_EQ(1, found.count);
 }
 
+TEST_F(FindMethodsTest, OfTwoOfAWrongTypeBeforeARightOneTheSecondStays) {
+    DefineDepot("Team");
+    folder_.MakeFile("Team\\1.krv", "");
+    folder_.MakeFile("Team\\2.krv", "");
+    folder_.MakeFile("Team\\3.kra", "");
+    Listing found(*api_, "<Team>\\", ".*");
+    EXPECT_EQ(2, found.count);
+}
+
 TEST_F(FindMethodsTest, AnyOtherApplicationIsRefusedWithoutASession) {
     for (const int type : {0, 3, -1}) {
         SCOPED_TRACE(type);

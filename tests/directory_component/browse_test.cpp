@@ -75,6 +75,26 @@ TEST_F(BrowseDirectoryTest, CancelledDialogKeepsTheCurrentFile) {
     EXPECT_EQ(L"of a", Read(session, L"S", L"K"));
 }
 
+TEST_F(BrowseDirectoryTest, CancelledDialogKeepsWhatWasChangedInTheCurrentFile) {
+    OutText path;
+    {
+        Session session(*api_);
+        ASSERT_THAT(api_->DPLoadFile(session.Address(), Text("<Corp>\\a.kra")), IsOk());
+        ASSERT_THAT(api_->DPSetProfileString(session, Text("S"), Text("K"), Text("changed")),
+                    IsOk());
+        EXPECT_THAT(Browse(session, path,
+                           [](const OpenBrowser& browser) {
+                               browser.WaitForRows({L"a.kra", L"b.kra"});
+                               browser.Press(VK_ESCAPE);
+                           }),
+                    IsRefused());
+        EXPECT_EQ(L"changed", Read(session, L"S", L"K"));
+    }
+    Session other(*api_);
+    ASSERT_THAT(api_->DPLoadFile(other.Address(), Text("<Corp>\\a.kra")), IsOk());
+    EXPECT_EQ(L"changed", Read(other, L"S", L"K"));
+}
+
 TEST_F(BrowseDirectoryTest, ChangedFileIsStoredWhenAnotherIsChosen) {
     Session session(*api_);
     ASSERT_THAT(api_->DPLoadFile(session.Address(), Text("<Corp>\\a.kra")), IsOk());

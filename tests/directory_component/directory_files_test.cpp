@@ -90,6 +90,16 @@ TEST_F(DirectoryFilesTest, NextLoadWritesTheFirstFileBack) {
     EXPECT_THAT(WorkingCopies(), IsEmpty());
 }
 
+TEST_F(DirectoryFilesTest, LoadOfTheSameFileStoresWhatWasChangedBeforeItIsRead) {
+    Session session(*api_);
+    Load(session);
+    Change(session);
+    Load(session);
+    EXPECT_EQ(kNew, Contents());
+    EXPECT_EQ(L"new", Read(session, L"S", L"K"));
+    EXPECT_THAT(WorkingCopies(), SizeIs(1));
+}
+
 TEST_F(DirectoryFilesTest, EndOfTheSessionWritesTheFileBack) {
     {
         Session session(*api_);
@@ -246,6 +256,28 @@ TEST_F(DirectoryFilesTest, PathMethodsAnswerForADirectory) {
     EXPECT_THAT(api_->DPGetDefaultDPPath(0, byDefault), IsOk());
     EXPECT_EQ(L"<Corp>\\", byDefault.Value());
     EXPECT_THAT(boxes_.Texts(), IsEmpty());
+}
+
+TEST_F(DirectoryFilesTest, SessionAndHandleZeroGiveTheSameAnswers) {
+    depots_.Dword("Corp", "DefaultDepot", 1);
+    const Session session(*api_);
+    const auto answers = [&](LONG_PTR handle, const std::string& name) {
+        OutText display, depotPath, byDefault;
+        const HRESULT results[] = {
+            api_->DPFileExists(handle, Text(name)),
+            api_->DPGetDepotDisplayPath(handle, Text(name), display),
+            api_->DPGetPathFromDisplayName(handle, Text(name), depotPath),
+            api_->DPGetDefaultDPPath(handle, byDefault),
+        };
+        std::wstring all = display.Value() + L"|" + depotPath.Value() + L"|" + byDefault.Value();
+        for (const HRESULT result : results) all += L"|" + std::to_wstring(result);
+        return all;
+    };
+    for (const char* name : {kFile, "<Company>\\Sessions\\office.kra", "<Corp>\\missing.kra",
+                             "<Corp>\\Sessions\\", "<Corp>", "office.kra"}) {
+        EXPECT_EQ(answers(session, name), answers(0, name)) << name;
+    }
+    EXPECT_THAT(WorkingCopies(), IsEmpty());
 }
 
 TEST_F(DirectoryFilesTest, ShortPathOfAFileIsThatFilesBesideADefaultDepotInADirectory) {
