@@ -10,7 +10,6 @@ from servers.processes import SUFFIX, run_tool
 
 REPOSITORY = pathlib.Path(__file__).resolve().parents[2]
 MANAGER, PASSWORD = "cn=Directory Manager", "manager-secret"
-PACKAGES = ("389-ds-base", "python3-lib389")
 ANSWERS = """[general]
 config_version = 2
 full_machine_name = localhost

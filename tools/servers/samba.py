@@ -21,8 +21,6 @@ from servers.processes import SUFFIX, run_tool
 
 REPOSITORY = pathlib.Path(__file__).resolve().parents[2]
 REALM, ADMINISTRATOR, PASSWORD = "farrow.test", "Administrator@farrow.test", "Admin-secret1"
-PACKAGES = ("samba", "samba-dsdb-modules", "samba-ad-provision", "samba-vfs-modules",
-            "ldb-tools")
 
 
 def is_installed():
