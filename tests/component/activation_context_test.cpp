@@ -27,11 +27,11 @@ bool IsContextOfTheDll() {
                                     "comctl32.dll", &found) != FALSE;
 }
 
-// The client has an activation context of its own, which every call has to leave current.
-class ActivationContextTest : public ComponentTest {
-protected:
-    ActivationContextTest() {
-        const std::string manifest = folder_.MakeFile("client.manifest", kManifest);
+// A context of the client's own, which every call has to leave current.
+class ClientContext {
+public:
+    explicit ClientContext(const ScratchFolder& folder) {
+        const std::string manifest = folder.MakeFile("client.manifest", kManifest);
         ACTCTXA request = {};
         request.cbSize = sizeof(request);
         request.lpSource = manifest.c_str();
@@ -39,46 +39,54 @@ protected:
         EXPECT_NE(INVALID_HANDLE_VALUE, context_);
         EXPECT_TRUE(ActivateActCtx(context_, &cookie_));
     }
-    ~ActivationContextTest() override {
+    ~ClientContext() {
         EXPECT_TRUE(DeactivateActCtx(0, cookie_));
         ReleaseActCtx(context_);
     }
+    ClientContext(const ClientContext&) = delete;
+    ClientContext& operator=(const ClientContext&) = delete;
 
-    void ExpectOwnContext() { EXPECT_EQ(context_, CurrentContext()); }
+    void ExpectCurrent() const { EXPECT_EQ(context_, CurrentContext()); }
 
+private:
     HANDLE context_ = nullptr;
     ULONG_PTR cookie_ = 0;
+};
+
+class ActivationContextTest : public ComponentTest {
+protected:
+    const ClientContext context_{folder_};
 };
 
 TEST_F(ActivationContextTest, SuccessfulMethodsRestoreTheContext) {
     DefineDepot("A", "Depot A");
     folder_.MakeFile("A\\a.kra", "");
     Session session(*api_);
-    ExpectOwnContext();
+    context_.ExpectCurrent();
     EXPECT_THAT(api_->DPLoadFile(session.Address(), Text("<A>\\a.kra")), IsOk());
-    ExpectOwnContext();
+    context_.ExpectCurrent();
     EXPECT_THAT(api_->DPSetProfileString(session, Text("S"), Text("K"), Text("1")), IsOk());
-    ExpectOwnContext();
+    context_.ExpectCurrent();
     EXPECT_EQ(L"1", Read(session, L"S", L"K"));
-    ExpectOwnContext();
+    context_.ExpectCurrent();
     ULONG number = 0;
     EXPECT_THAT(api_->DPGetProfileInt(session, Text("S"), Text("K"), 0, &number), IsOk());
-    ExpectOwnContext();
+    context_.ExpectCurrent();
     EXPECT_THAT(api_->DPFlushFile(session), IsOk());
-    ExpectOwnContext();
+    context_.ExpectCurrent();
     EXPECT_THAT(api_->DPFileExists(session, Text("<A>\\a.kra")), IsOk());
-    ExpectOwnContext();
+    context_.ExpectCurrent();
     OutText path;
     EXPECT_THAT(api_->DPGetDefaultDPPath(session, path), IsOk());
-    ExpectOwnContext();
+    context_.ExpectCurrent();
     EXPECT_THAT(api_->DPPathConvertDPtoFS(Text("<A>\\a.kra"), path), IsOk());
-    ExpectOwnContext();
+    context_.ExpectCurrent();
     EXPECT_THAT(api_->DPGetDepotDisplayPath(session, Text("<A>\\a.kra"), path), IsOk());
-    ExpectOwnContext();
+    context_.ExpectCurrent();
     EXPECT_THAT(api_->DPGetPathFromDisplayName(session, Text("<Depot A>\\"), path), IsOk());
-    ExpectOwnContext();
+    context_.ExpectCurrent();
     EXPECT_THAT(api_->DPSetSelItemPath(session, Text("<A>\\a.kra")), IsOk());
-    ExpectOwnContext();
+    context_.ExpectCurrent();
 }
 
 TEST_F(ActivationContextTest, FileMethodsRestoreTheContext) {
@@ -90,26 +98,26 @@ TEST_F(ActivationContextTest, FileMethodsRestoreTheContext) {
     EXPECT_THAT(
         api_->DPFindInit(session.Address(), Text("<A>\\*.kra"), Text(""), APP_SKEIN, &count),
         IsOk());
-    ExpectOwnContext();
+    context_.ExpectCurrent();
     api_->DPFindNext(session, 0, text);
-    ExpectOwnContext();
+    context_.ExpectCurrent();
     EXPECT_THAT(api_->DPIsPathWriteAble(session, Text("<A>\\")), IsOk());
-    ExpectOwnContext();
+    context_.ExpectCurrent();
     EXPECT_THAT(api_->DPMakeCopyFromSrcFile(session, Text("<A>\\a.kra"), text), IsOk());
-    ExpectOwnContext();
+    context_.ExpectCurrent();
     Text local((folder_.Path() + "\\local.kra").c_str());
     EXPECT_THAT(api_->DPCopyFileToLocalFS(session, Text("<A>\\a.kra"), local, VARIANT_FALSE),
                 IsOk());
-    ExpectOwnContext();
+    context_.ExpectCurrent();
     EXPECT_THAT(api_->DPRenameFile(session, Text("<A>\\a.kra"), Text("<A>\\b.kra")), IsOk());
-    ExpectOwnContext();
+    context_.ExpectCurrent();
     EXPECT_THAT(api_->DPDeleteFile(session, Text("<A>\\b.kra")), IsOk());
-    ExpectOwnContext();
+    context_.ExpectCurrent();
     api_->DPPublishSkesDepFiles(session);
-    ExpectOwnContext();
+    context_.ExpectCurrent();
     api_->DPBrowse(0, APP_SKEIN, PROMPT_OPEN, VARIANT_TRUE, VARIANT_TRUE, 0, 0, text);
     api_->DPBrowseMultiSel(0, APP_SKEIN, VARIANT_TRUE, VARIANT_TRUE, 0, 0, text, 100);
-    ExpectOwnContext();
+    context_.ExpectCurrent();
 }
 
 TEST_F(ActivationContextTest, TypeDescriptionAndFactoryRestoreTheContext) {
@@ -125,7 +133,7 @@ TEST_F(ActivationContextTest, TypeDescriptionAndFactoryRestoreTheContext) {
     EXPECT_THAT(factory->CreateInstance(nullptr, IID_IClassFactory, &object), Fails(E_NOINTERFACE));
     EXPECT_THAT(factory->LockServer(TRUE), IsOk());
     EXPECT_THAT(factory->LockServer(FALSE), IsOk());
-    ExpectOwnContext();
+    context_.ExpectCurrent();
 }
 
 TEST_F(ActivationContextTest, FailingMethodsRestoreTheContext) {
@@ -145,7 +153,7 @@ TEST_F(ActivationContextTest, FailingMethodsRestoreTheContext) {
     EXPECT_THAT(api_->DPPathConvertDPtoFS(Text(), text), IsRefused());
     EXPECT_THAT(api_->DPSetSelItemPath(0, Text("x")), IsRefused());
     EXPECT_THAT(api_->DPUnInitialize(1), IsOk());
-    ExpectOwnContext();
+    context_.ExpectCurrent();
 }
 
 TEST_F(ActivationContextTest, EntryPointsRestoreTheContext) {
@@ -155,7 +163,7 @@ TEST_F(ActivationContextTest, EntryPointsRestoreTheContext) {
     EXPECT_THAT(library.GetClassObject(GUID_NULL, IID_IUnknown, &object),
                 Fails(CLASS_E_CLASSNOTAVAILABLE));
     EXPECT_THAT(library.Register(), IsOk());
-    ExpectOwnContext();
+    context_.ExpectCurrent();
     ScratchKey empty(HKEY_CURRENT_USER, "Software\\DepotTests\\Gone");
     CreateRegistryKey(HKEY_CURRENT_USER, empty.Path());
     HKEY gone = nullptr;
@@ -166,7 +174,7 @@ TEST_F(ActivationContextTest, EntryPointsRestoreTheContext) {
     EXPECT_THAT(library.Register(), Fails());
     EXPECT_THAT(library.Unregister(), Fails());
     RegOverridePredefKey(HKEY_CLASSES_ROOT, nullptr);
-    ExpectOwnContext();
+    context_.ExpectCurrent();
 }
 
 TEST_F(ActivationContextTest, LateBoundCallsRestoreTheContext) {
@@ -175,17 +183,18 @@ TEST_F(ActivationContextTest, LateBoundCallsRestoreTheContext) {
     EXPECT_THAT(api_->Invoke(1, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD, &none, &result,
                              nullptr, nullptr),
                 IsOk());
-    ExpectOwnContext();
+    context_.ExpectCurrent();
     EXPECT_THAT(api_->DPUnInitialize(V_I4(&result)), IsOk());
     EXPECT_THAT(api_->Invoke(99, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD, &none, nullptr,
                              nullptr, nullptr),
                 Fails(DISP_E_MEMBERNOTFOUND));
-    ExpectOwnContext();
+    context_.ExpectCurrent();
 }
 
 // The folder that this directory-service library returns tells in which context it was called.
-class OwnContextTest : public ActivationContextTest {
+class OwnContextTest : public ComponentTest {
 protected:
+    const ClientContext context_{folder_};
     const Library library_{CopyComponent(folder_, "context_probe\\qdirsvc.dll")};
     const Com<IDepotIntrApi> probed_ = library_.CreateApi();
 };
@@ -194,7 +203,7 @@ TEST_F(OwnContextTest, ContextOfTheDllIsCurrentDuringAMethod) {
     OutText path;
     ASSERT_THAT(probed_->DPGetPathFromDisplayName(0, Text("<My Depot>\\"), path), IsOk());
     EXPECT_EQ(L"C:\\CommonControls6\\", path.Value());
-    ExpectOwnContext();
+    context_.ExpectCurrent();
 }
 
 // How often a library switched to its own context, and from it back to that of the caller.
@@ -251,7 +260,7 @@ private:
 };
 
 // A library of the test's own, in which nothing was loaded or made yet.
-class ContextSwitchTest : public ActivationContextTest {
+class ContextSwitchTest : public ComponentTest {
 protected:
     ContextSwitchTest() {
         EXPECT_NE(Library::Own().Module(), library_.Module());
@@ -267,7 +276,7 @@ protected:
         call();
         EXPECT_EQ(1, SwitchLog::switches);
         EXPECT_EQ(1, SwitchLog::returns);
-        ExpectOwnContext();
+        context_.ExpectCurrent();
     }
 
     // The work that the call does is done in the context of the DLL.
@@ -293,6 +302,7 @@ protected:
                           nullptr, nullptr);
     }
 
+    const ClientContext context_{folder_};
     const Library library_{CopyComponent(folder_, "qdirsvc.dll")};
 };
 

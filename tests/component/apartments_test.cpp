@@ -73,18 +73,17 @@ TEST_F(ApartmentsTest, FirstLateBoundCallsOfSeveralApartmentsAgree) {
 
 // The client lives in the multithreaded apartment, so that every call is marshalled to another
 // thread with 32-bit handles.
-class MarshalledClientTest : public ApartmentsTest {
-protected:
-    template <class Body>
-    static void RunMarshalled(const Body& body) {
-        std::thread client([&] {
-            const Apartment apartment(COINIT_MULTITHREADED);
-            const Com<IDepotIntrApi> api = CreateApi();
-            if (api) body(*api);
-        });
-        client.join();
-    }
-};
+using MarshalledClientTest = ApartmentsTest;
+
+template <class Body>
+void RunMarshalled(const Body& body) {
+    std::thread client([&] {
+        const Apartment apartment(COINIT_MULTITHREADED);
+        const Com<IDepotIntrApi> api = CreateApi();
+        if (api) body(*api);
+    });
+    client.join();
+}
 
 TEST_F(MarshalledClientTest, SessionWorksFromBeginningToEnd) {
     RunMarshalled([](IDepotIntrApi& api) {

@@ -15,6 +15,21 @@ using Calls = std::vector<std::string>;
 
 constexpr VARIANT_BOOL kYes = VARIANT_TRUE;
 
+bool Asked(const ScriptedDialogs& dialogs, const std::string& call) {
+    return std::find(dialogs.calls.begin(), dialogs.calls.end(), call) != dialogs.calls.end();
+}
+
+// The calls that start with one of the words, in their order.
+Calls AskedAbout(const ScriptedDialogs& dialogs, const Calls& words) {
+    Calls found;
+    for (const std::string& call : dialogs.calls) {
+        for (const std::string& word : words) {
+            if (call.starts_with(word)) found.push_back(call);
+        }
+    }
+    return found;
+}
+
 class BrowseMethodsTest : public ComponentTest {
 protected:
     BrowseMethodsTest() {
@@ -32,21 +47,6 @@ protected:
         return api_->DPBrowseMultiSel(session, application, kYes, kYes, 0, 0, list, size);
     }
 
-    bool Asked(const std::string& call) const {
-        return std::find(dialogs_.calls.begin(), dialogs_.calls.end(), call) !=
-               dialogs_.calls.end();
-    }
-    // The calls that start with one of the words, in their order.
-    Calls AskedAbout(const Calls& words) const {
-        Calls found;
-        for (const std::string& call : dialogs_.calls) {
-            for (const std::string& word : words) {
-                if (call.starts_with(word)) found.push_back(call);
-            }
-        }
-        return found;
-    }
-
     const std::string work_ = DefineDepot("Work");
     Session session_{*api_};
     ScriptedDialogs dialogs_;
@@ -59,13 +59,19 @@ struct KindRow {
     std::string fileType;
 };
 
-class BrowseKindTest : public BrowseMethodsTest, public testing::WithParamInterface<KindRow> {};
+class BrowseKindTest : public ComponentTest, public testing::WithParamInterface<KindRow> {
+protected:
+    const std::string work_ = DefineDepot("Work");
+    Session session_{*api_};
+    ScriptedDialogs dialogs_;
+};
 
 TEST_P(BrowseKindTest, ApplicationAndTypeChooseModeAndFileType) {
     OutText path;
-    Browse(session_, path, static_cast<APP_TYPE>(GetParam().application),
-           static_cast<BROWSE_TYPE>(GetParam().type));
-    EXPECT_EQ((Calls{GetParam().mode, GetParam().fileType}), AskedAbout({"Mode", "FileType"}));
+    api_->DPBrowse(session_, static_cast<APP_TYPE>(GetParam().application),
+                   static_cast<BROWSE_TYPE>(GetParam().type), kYes, kYes, 0, 0, path);
+    EXPECT_EQ((Calls{GetParam().mode, GetParam().fileType}),
+              AskedAbout(dialogs_, {"Mode", "FileType"}));
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -81,13 +87,13 @@ INSTANTIATE_TEST_SUITE_P(
 TEST_F(BrowseMethodsTest, SeveralFilesAlwaysUseTheOpenRowOfTheApplication) {
     OutText list;
     BrowseMany(session_, list, 1000, APP_SKEIN);
-    EXPECT_EQ((Calls{"Mode 26", "FileType 64"}), AskedAbout({"Mode", "FileType"}));
+    EXPECT_EQ((Calls{"Mode 26", "FileType 64"}), AskedAbout(dialogs_, {"Mode", "FileType"}));
     dialogs_.calls.clear();
     BrowseMany(session_, list, 1000, APP_KICKOFF);
-    EXPECT_EQ((Calls{"Mode 22", "FileType 62"}), AskedAbout({"Mode", "FileType"}));
+    EXPECT_EQ((Calls{"Mode 22", "FileType 62"}), AskedAbout(dialogs_, {"Mode", "FileType"}));
     dialogs_.calls.clear();
     BrowseMany(session_, list, 1000, static_cast<APP_TYPE>(3));
-    EXPECT_EQ((Calls{"Mode 0", "FileType 0"}), AskedAbout({"Mode", "FileType"}));
+    EXPECT_EQ((Calls{"Mode 0", "FileType 0"}), AskedAbout(dialogs_, {"Mode", "FileType"}));
 }
 
 TEST_F(BrowseMethodsTest, OpenDialogIsSetUpInOneOrder) {
@@ -96,7 +102,7 @@ TEST_F(BrowseMethodsTest, OpenDialogIsSetUpInOneOrder) {
     api_->DPBrowse(session_, APP_SKEIN, PROMPT_OPEN, VARIANT_FALSE, VARIANT_FALSE, 77, 4711, path);
     EXPECT_EQ((Calls{"OwnerWindow 4711", "Mode 26", "FileType 64", "AllowEditing 0",
                      "AllowFileOperations 0", "HelpTopic 77"}),
-              AskedAbout({"Owner", "Mode", "FileType", "Allow", "HelpTopic"}));
+              AskedAbout(dialogs_, {"Owner", "Mode", "FileType", "Allow", "HelpTopic"}));
     // The resource folder, which every session has, comes last.
     ASSERT_GE(dialogs_.calls.size(), 3u);
     EXPECT_EQ("HelpTopic 77", *(dialogs_.calls.rbegin() + 2));
@@ -107,8 +113,8 @@ TEST_F(BrowseMethodsTest, OpenDialogIsSetUpInOneOrder) {
 TEST_F(BrowseMethodsTest, SwitchesThatAreOnAndZeroesAreNotPassed) {
     OutText path;
     Browse(session_, path);
-    EXPECT_EQ(Calls{}, AskedAbout({"Owner", "Allow", "HelpTopic", "InitialFileName", "Sort",
-                                   "Show F", "Ask", "Remember", "reserved"}));
+    EXPECT_EQ(Calls{}, AskedAbout(dialogs_, {"Owner", "Allow", "HelpTopic", "InitialFileName",
+                                             "Sort", "Show F", "Ask", "Remember", "reserved"}));
 }
 
 TEST_F(BrowseMethodsTest, EditingIsOffForAnyOtherValueThanVariantTrue) {
@@ -116,10 +122,10 @@ TEST_F(BrowseMethodsTest, EditingIsOffForAnyOtherValueThanVariantTrue) {
         dialogs_.calls.clear();
         OutText path;
         api_->DPBrowse(session_, APP_SKEIN, PROMPT_OPEN, value, kYes, 0, 0, path);
-        EXPECT_EQ(Calls{"AllowEditing 0"}, AskedAbout({"Allow"})) << value;
+        EXPECT_EQ(Calls{"AllowEditing 0"}, AskedAbout(dialogs_, {"Allow"})) << value;
         dialogs_.calls.clear();
         api_->DPBrowse(session_, APP_SKEIN, PROMPT_OPEN, kYes, value, 0, 0, path);
-        EXPECT_EQ(Calls{"AllowFileOperations 0"}, AskedAbout({"Allow"})) << value;
+        EXPECT_EQ(Calls{"AllowFileOperations 0"}, AskedAbout(dialogs_, {"Allow"})) << value;
     }
 }
 
@@ -130,14 +136,14 @@ TEST_F(BrowseMethodsTest, SaveAsGetsTheInitialNameButNeitherOwnerNorOptions) {
     api_->DPBrowse(session_, APP_SKEIN, PROMPT_SAVEAS, VARIANT_FALSE, VARIANT_FALSE, 77, 4711,
                    path);
     EXPECT_EQ((Calls{"Mode 27", "FileType 64", "InitialFileName <Work>\\a.kre", "HelpTopic 77"}),
-              AskedAbout({"Owner", "Mode", "FileType", "Allow", "Initial", "HelpTopic"}));
+              AskedAbout(dialogs_, {"Owner", "Mode", "FileType", "Allow", "Initial", "HelpTopic"}));
     EXPECT_EQ(1, std::count(dialogs_.calls.begin(), dialogs_.calls.end(), "ShowModal"));
 }
 
 TEST_F(BrowseMethodsTest, SaveAsWithoutASelectedItemSetsAnEmptyName) {
     OutText path;
     Browse(session_, path, APP_KICKOFF, PROMPT_SAVEAS);
-    EXPECT_EQ(Calls{"InitialFileName "}, AskedAbout({"Initial"}));
+    EXPECT_EQ(Calls{"InitialFileName "}, AskedAbout(dialogs_, {"Initial"}));
 }
 
 TEST_F(BrowseMethodsTest, ResourceFolderIsPassedForEveryKindOfDialog) {
@@ -146,14 +152,14 @@ TEST_F(BrowseMethodsTest, ResourceFolderIsPassedForEveryKindOfDialog) {
     const Calls expected = {"ResourceFolder " + folder_.Path() + "\\Res\\"};
     OutText path;
     Browse(session, path, APP_SKEIN, PROMPT_OPEN);
-    EXPECT_EQ(expected, AskedAbout({"ResourceFolder"}));
+    EXPECT_EQ(expected, AskedAbout(dialogs_, {"ResourceFolder"}));
     dialogs_.calls.clear();
     Browse(session, path, APP_SKEIN, PROMPT_SAVEAS);
-    EXPECT_EQ(expected, AskedAbout({"ResourceFolder"}));
+    EXPECT_EQ(expected, AskedAbout(dialogs_, {"ResourceFolder"}));
     dialogs_.calls.clear();
     OutText list;
     BrowseMany(session, list);
-    EXPECT_EQ(expected, AskedAbout({"ResourceFolder"}));
+    EXPECT_EQ(expected, AskedAbout(dialogs_, {"ResourceFolder"}));
 }
 
 TEST_F(BrowseMethodsTest, EmptyResourceFolderIsNotPassed) {
@@ -162,7 +168,7 @@ TEST_F(BrowseMethodsTest, EmptyResourceFolderIsNotPassed) {
     const Session session(*api_);
     OutText path;
     Browse(session, path);
-    EXPECT_EQ(Calls{"ShowModal"}, AskedAbout({"ResourceFolder", "ShowModal"}));
+    EXPECT_EQ(Calls{"ShowModal"}, AskedAbout(dialogs_, {"ResourceFolder", "ShowModal"}));
 }
 
 TEST_F(BrowseMethodsTest, ChosenFileBecomesTheCurrentFile) {
@@ -202,7 +208,7 @@ TEST_F(BrowseMethodsTest, CancelledDialogKeepsTheCurrentFile) {
         EXPECT_THAT(BrowseMany(session_, text), IsRefused()) << result;
         EXPECT_TRUE(text.IsNull());
     }
-    EXPECT_FALSE(Asked("get ChosenPath"));
+    EXPECT_FALSE(Asked(dialogs_, "get ChosenPath"));
     EXPECT_EQ(L"of a", Read(session_, L"S", L"K"));
 }
 
@@ -264,7 +270,7 @@ TEST_F(BrowseMethodsTest, SeveralFilesAreListedWithTheFirstOneTwice) {
     OutText list;
     EXPECT_THAT(BrowseMany(session_, list), IsOk());
     EXPECT_EQ(L"C:\\p\0a.kra\0a.kra\0b.kra\0\0"s, list.Value());
-    EXPECT_TRUE(Asked("AllowMultipleSelection 1"));
+    EXPECT_TRUE(Asked(dialogs_, "AllowMultipleSelection 1"));
 }
 
 TEST_F(BrowseMethodsTest, DialogOfTheFirstInterfaceAloneServesForSeveralFiles) {
@@ -273,7 +279,7 @@ TEST_F(BrowseMethodsTest, DialogOfTheFirstInterfaceAloneServesForSeveralFiles) {
     OutText list;
     EXPECT_THAT(BrowseMany(session_, list), IsOk());
     EXPECT_EQ(L"C:\\p\0a.kra\0\0"s, list.Value());
-    EXPECT_EQ(Calls{}, AskedAbout({"AllowMultiple"}));
+    EXPECT_EQ(Calls{}, AskedAbout(dialogs_, {"AllowMultiple"}));
     EXPECT_EQ(0, dialogs_.living);
 }
 
@@ -283,7 +289,7 @@ TEST_F(BrowseMethodsTest, SeveralFilesPassOwnerSwitchesAndTopic) {
                            1000);
     EXPECT_EQ((Calls{"OwnerWindow 4711", "Mode 22", "FileType 62", "AllowEditing 0",
                      "AllowFileOperations 0", "AllowMultipleSelection 1", "HelpTopic 77"}),
-              AskedAbout({"Owner", "Mode", "FileType", "Allow", "HelpTopic", "Initial"}));
+              AskedAbout(dialogs_, {"Owner", "Mode", "FileType", "Allow", "HelpTopic", "Initial"}));
 }
 
 TEST_F(BrowseMethodsTest, ListThatCannotBeReadAddsNothing) {

@@ -22,7 +22,7 @@ private:
 };
 
 // A depot "Work" in a folder whose name has the characters of the code page.
-class CharactersTest : public PageNamesTest {
+class CharactersTest : public ComponentTest {
 protected:
     CharactersTest() { DefineWideDepot("Work", names_.folder); }
 
@@ -40,21 +40,25 @@ protected:
     std::string Bytes(const std::wstring& name) { return WideBytes(At(name)); }
 
     HRESULT Load(const std::wstring& path) {
-        return api_->DPLoadFile(Client().Address(), Text(path));
+        return api_->DPLoadFile(client_().Address(), Text(path));
     }
     HRESULT Set(const wchar_t* value) {
-        return api_->DPSetProfileString(Client(), Text(L"S"), Text(L"K"), Text(value));
+        return api_->DPSetProfileString(client_(), Text(L"S"), Text(L"K"), Text(value));
     }
-    std::wstring Get() { return Read(Client(), L"S", L"K"); }
+    std::wstring Get() { return Read(client_(), L"S", L"K"); }
 
     static std::vector<std::wstring> PathsOf(const std::vector<std::wstring>& files) {
         return PathsIn(L"<Work>\\", files);
     }
+
+    const PageNames names_ = NamesOfThisPage();
+    const BoxLog boxes_;
+    LateSession client_{*api_};
 };
 
 TEST_F(CharactersTest, ListingShowsEveryFileUnderItsName) {
     for (const std::wstring& name : names_.files) Make(name);
-    EXPECT_EQ(PathsOf(names_.files), List(L"<Work>\\"));
+    EXPECT_EQ(PathsOf(names_.files), List(*api_, L"<Work>\\"));
 }
 
 TEST_F(CharactersTest, ValuesAreReadAndWrittenInTheFileOfThatName) {
@@ -66,8 +70,8 @@ TEST_F(CharactersTest, ValuesAreReadAndWrittenInTheFileOfThatName) {
         EXPECT_EQ(L"old", Get());
         EXPECT_THAT(Set(L"new"), IsOk());
         EXPECT_EQ(kNewProfile, Bytes(name));
-        EXPECT_THAT(api_->DPFileExists(Client(), Text(path)), IsOk());
-        EXPECT_THAT(api_->DPIsPathWriteAble(Client(), Text(path)), IsOk());
+        EXPECT_THAT(api_->DPFileExists(client_(), Text(path)), IsOk());
+        EXPECT_THAT(api_->DPIsPathWriteAble(client_(), Text(path)), IsOk());
         OutText local;
         EXPECT_THAT(api_->DPPathConvertDPtoFS(Text(path), local), IsOk());
         EXPECT_EQ(At(name), local.Value());
@@ -86,19 +90,19 @@ TEST_F(CharactersTest, RenameCopiesAndDeletionMeetTheFileOfThatNameOnly) {
         SCOPED_TRACE(Narrowed(name));
         const std::wstring path = L"<Work>\\" + name;
         OutText copy;
-        EXPECT_THAT(api_->DPMakeCopyFromSrcFile(Client(), Text(path), copy), IsOk());
-        EXPECT_THAT(api_->DPDeleteFile(Client(), Text(copy.Value())), IsOk());
+        EXPECT_THAT(api_->DPMakeCopyFromSrcFile(client_(), Text(path), copy), IsOk());
+        EXPECT_THAT(api_->DPDeleteFile(client_(), Text(copy.Value())), IsOk());
         EXPECT_THAT(
-            api_->DPCopyFileToLocalFS(Client(), Text(path), Text(At(L"out.kra")), VARIANT_TRUE),
+            api_->DPCopyFileToLocalFS(client_(), Text(path), Text(At(L"out.kra")), VARIANT_TRUE),
             IsOk());
         EXPECT_EQ(kOldProfile, Bytes(L"out.kra"));
-        EXPECT_THAT(api_->DPDeleteFile(Client(), Text(L"<Work>\\out.kra")), IsOk());
-        EXPECT_THAT(api_->DPRenameFile(Client(), Text(path), Text(L"<Work>\\y" + name)), IsOk());
+        EXPECT_THAT(api_->DPDeleteFile(client_(), Text(L"<Work>\\out.kra")), IsOk());
+        EXPECT_THAT(api_->DPRenameFile(client_(), Text(path), Text(L"<Work>\\y" + name)), IsOk());
         EXPECT_EQ("(missing)", Bytes(name));
         EXPECT_EQ(kOldProfile, Bytes(L"y" + name));
-        EXPECT_THAT(api_->DPDeleteFile(Client(), Text(L"<Work>\\y" + name)), IsOk());
+        EXPECT_THAT(api_->DPDeleteFile(client_(), Text(L"<Work>\\y" + name)), IsOk());
     }
-    EXPECT_EQ(PathsOf({}), List(L"<Work>\\"));
+    EXPECT_EQ(PathsOf({}), List(*api_, L"<Work>\\"));
 }
 
 TEST_F(CharactersTest, DepotsWhoseNamesDifferAreTwo) {
@@ -107,11 +111,11 @@ TEST_F(CharactersTest, DepotsWhoseNamesDifferAreTwo) {
         MakeWideFile(Wide(folder_.Path()) + L"\\" + name + L"\\a.kra", kOldProfile);
     }
     const std::wstring second = L"<" + names_.depots[1] + L">\\a.kra";
-    EXPECT_THAT(api_->DPDeleteFile(Client(), Text(L"<" + names_.depots[0] + L">\\a.kra")), IsOk());
-    EXPECT_THAT(api_->DPFileExists(Client(), Text(second)), IsOk());
+    EXPECT_THAT(api_->DPDeleteFile(client_(), Text(L"<" + names_.depots[0] + L">\\a.kra")), IsOk());
+    EXPECT_THAT(api_->DPFileExists(client_(), Text(second)), IsOk());
     OutText display;
     EXPECT_THAT(api_->DPGetPathFromDisplayName(
-                    Client(), Text(L"<" + names_.depots[1] + L">\\a.kra"), display),
+                    client_(), Text(L"<" + names_.depots[1] + L">\\a.kra"), display),
                 IsOk());
     EXPECT_EQ(second, display.Value());
 }
@@ -125,24 +129,24 @@ TEST_F(CharactersTest, NameThatTheCodePageCannotHoldIsRefusedByEveryMethod) {
         SCOPED_TRACE(testing::PrintToString(name));
         const std::wstring path = L"<Work>\\" + name;
         OutText text;
-        EXPECT_THAT(api_->DPDeleteFile(Client(), Text(path)), IsRefused());
-        EXPECT_THAT(api_->DPRenameFile(Client(), Text(path), Text(L"<Work>\\n.kra")), IsRefused());
-        EXPECT_THAT(api_->DPRenameFile(Client(), Text(L"<Work>\\A.kra"), Text(path)), IsRefused());
-        EXPECT_THAT(api_->DPFileExists(Client(), Text(path)), IsRefused());
-        EXPECT_THAT(api_->DPIsPathWriteAble(Client(), Text(path)), IsRefused());
+        EXPECT_THAT(api_->DPDeleteFile(client_(), Text(path)), IsRefused());
+        EXPECT_THAT(api_->DPRenameFile(client_(), Text(path), Text(L"<Work>\\n.kra")), IsRefused());
+        EXPECT_THAT(api_->DPRenameFile(client_(), Text(L"<Work>\\A.kra"), Text(path)), IsRefused());
+        EXPECT_THAT(api_->DPFileExists(client_(), Text(path)), IsRefused());
+        EXPECT_THAT(api_->DPIsPathWriteAble(client_(), Text(path)), IsRefused());
         EXPECT_THAT(api_->DPPathConvertDPtoFS(Text(path), text), IsRefused());
         EXPECT_TRUE(text.IsNull());
-        EXPECT_THAT(api_->DPGetDepotDisplayPath(Client(), Text(path), text), IsRefused());
+        EXPECT_THAT(api_->DPGetDepotDisplayPath(client_(), Text(path), text), IsRefused());
         EXPECT_TRUE(text.IsNull());
-        EXPECT_THAT(api_->DPGetPathFromDisplayName(Client(), Text(path), text), IsRefused());
+        EXPECT_THAT(api_->DPGetPathFromDisplayName(client_(), Text(path), text), IsRefused());
         EXPECT_TRUE(text.IsNull());
-        EXPECT_THAT(api_->DPSetSelItemPath(Client(), Text(path)), IsRefused());
-        EXPECT_THAT(api_->DPMakeCopyFromSrcFile(Client(), Text(path), text), IsRefused());
+        EXPECT_THAT(api_->DPSetSelItemPath(client_(), Text(path)), IsRefused());
+        EXPECT_THAT(api_->DPMakeCopyFromSrcFile(client_(), Text(path), text), IsRefused());
         EXPECT_EQ(L"", text.Value());
         EXPECT_THAT(
-            api_->DPCopyFileToLocalFS(Client(), Text(path), Text(At(L"out.kra")), VARIANT_FALSE),
+            api_->DPCopyFileToLocalFS(client_(), Text(path), Text(At(L"out.kra")), VARIANT_FALSE),
             IsRefused());
-        EXPECT_THAT(api_->DPCopyFileToLocalFS(Client(), Text(L"<Work>\\A.kra"), Text(At(name)),
+        EXPECT_THAT(api_->DPCopyFileToLocalFS(client_(), Text(L"<Work>\\A.kra"), Text(At(name)),
                                               VARIANT_FALSE),
                     IsRefused());
         LONG_PTR handle = kJunkHandle;
@@ -153,7 +157,7 @@ TEST_F(CharactersTest, NameThatTheCodePageCannotHoldIsRefusedByEveryMethod) {
         EXPECT_EQ(4711, count);
     }
     for (const std::wstring& name : decoys) EXPECT_EQ(kOldProfile, Bytes(name));
-    EXPECT_EQ(PathsOf({L"A.kra", L"_.kra", L"x.kra"}), List(L"<Work>\\"));
+    EXPECT_EQ(PathsOf({L"A.kra", L"_.kra", L"x.kra"}), List(*api_, L"<Work>\\"));
 }
 
 TEST_F(CharactersTest, LoadOfSuchANameLeavesTheSessionWithoutACurrentFile) {
@@ -164,21 +168,22 @@ TEST_F(CharactersTest, LoadOfSuchANameLeavesTheSessionWithoutACurrentFile) {
         EXPECT_THAT(Load(L"<Work>\\" + name), IsOk());
         EXPECT_THAT(Set(L"new"), IsRefused());
         EXPECT_EQ(L"(failed)", Get());
-        EXPECT_THAT(api_->DPFlushFile(Client()), IsRefused());
+        EXPECT_THAT(api_->DPFlushFile(client_()), IsRefused());
     }
     EXPECT_EQ(kOldProfile, Bytes(L"A.kra"));
-    EXPECT_EQ(PathsOf({L"A.kra"}), List(L"<Work>\\"));
+    EXPECT_EQ(PathsOf({L"A.kra"}), List(*api_, L"<Work>\\"));
 }
 
 TEST_F(CharactersTest, ListingLeavesOutFilesThatCannotBeNamed) {
     Make(L"A.kra");
     for (const std::wstring& name : names_.refused) Make(name);
-    EXPECT_EQ(PathsOf({L"A.kra"}), List(L"<Work>\\"));
+    EXPECT_EQ(PathsOf({L"A.kra"}), List(*api_, L"<Work>\\"));
 }
 
 TEST_F(CharactersTest, NulsBehindANameOnlyFillItUp) {
     Make(L"A.kra");
-    EXPECT_THAT(api_->DPFileExists(Client(), Text(std::wstring(L"<Work>\\A.kra\0\0", 14))), IsOk());
+    EXPECT_THAT(api_->DPFileExists(client_(), Text(std::wstring(L"<Work>\\A.kra\0\0", 14))),
+                IsOk());
 }
 
 TEST_F(CharactersTest, ValuesOfTheCodePageComeBack) {
@@ -186,10 +191,10 @@ TEST_F(CharactersTest, ValuesOfTheCodePageComeBack) {
     ASSERT_THAT(Load(L"<Work>\\v.kra"), IsOk());
     for (const std::wstring& name : names_.files) {
         SCOPED_TRACE(Narrowed(name));
-        EXPECT_THAT(api_->DPSetProfileString(Client(), Text(name), Text(L"K" + name),
+        EXPECT_THAT(api_->DPSetProfileString(client_(), Text(name), Text(L"K" + name),
                                              Text(L" 'v' " + name)),
                     IsOk());
-        EXPECT_EQ(L" 'v' " + name, Read(Client(), name.c_str(), (L"K" + name).c_str()));
+        EXPECT_EQ(L" 'v' " + name, Read(client_(), name.c_str(), (L"K" + name).c_str()));
         EXPECT_NE(std::string::npos, Bytes(L"v.kra").find(Narrowed(L"' 'v' " + name)));
     }
 }
@@ -202,7 +207,7 @@ TEST_F(CharactersTest, ValueThatIsCutLosesWholeCharacters) {
     ASSERT_THAT(Set(value.c_str()), IsOk());
     for (ULONG size = 1; size <= 24; ++size) {
         SCOPED_TRACE(size);
-        const std::wstring cut = Read(Client(), L"S", L"K", L"", size);
+        const std::wstring cut = Read(client_(), L"S", L"K", L"", size);
         EXPECT_EQ(value.substr(0, cut.size()), cut);
         EXPECT_LT(Narrowed(cut).size(), size);
     }
@@ -212,8 +217,8 @@ TEST_F(CharactersTest, FormsOfOneLetterAreTwoNames) {
     if (GetACP() != CP_UTF8) return;
     Make(L"\xE9.kra", kNewProfile);
     Make(L"e\x0301.kra");
-    EXPECT_THAT(api_->DPDeleteFile(Client(), Text(L"<Work>\\\xE9.kra")), IsOk());
-    EXPECT_EQ(PathsOf({L"e\x0301.kra"}), List(L"<Work>\\"));
+    EXPECT_THAT(api_->DPDeleteFile(client_(), Text(L"<Work>\\\xE9.kra")), IsOk());
+    EXPECT_EQ(PathsOf({L"e\x0301.kra"}), List(*api_, L"<Work>\\"));
 }
 
 TEST_F(CharactersTest, LettersOfBothCasesNameOneFile) {
@@ -221,7 +226,7 @@ TEST_F(CharactersTest, LettersOfBothCasesNameOneFile) {
     const std::wstring lower = GetACP() == 932 ? L"\xFF41.kra" : L"\xE4.kra";
     DefineWideDepot(Narrowed(upper), L"letters");
     MakeWideFile(Wide(folder_.Path()) + L"\\letters\\a.kra", kOldProfile);
-    EXPECT_THAT(api_->DPFileExists(Client(), Text(L"<" + lower + L">\\a.kra")), IsOk());
+    EXPECT_THAT(api_->DPFileExists(client_(), Text(L"<" + lower + L">\\a.kra")), IsOk());
 }
 
 }  // namespace

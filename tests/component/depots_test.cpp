@@ -5,7 +5,7 @@
 namespace depot::test {
 namespace {
 
-class DepotsTest : public LateBoundTest {
+class DepotsTest : public ComponentTest {
 protected:
     // A session knows the depots that were there before it.
     bool DefineFar() {
@@ -122,7 +122,8 @@ TEST_F(DepotsTest, EnumeratorGoesThroughAllDepots) {
 
 TEST_F(DepotsTest, ListAndDepotsAreUsedByName) {
     Variant list;
-    ASSERT_THAT(Call(L"Depots", {Variant(static_cast<LONG>(session_))}, &list), IsOk());
+    ASSERT_THAT(LateClient(*api_).Call(L"Depots", {Variant(static_cast<LONG>(session_))}, &list),
+                IsOk());
     ASSERT_EQ(VT_DISPATCH, list.Type());
     const auto get = [](IDispatch& object, DISPID id, Variant* argument, Variant& result) {
         DISPPARAMS parameters = {argument ? argument->get() : nullptr, nullptr, argument ? 1u : 0u,

@@ -23,6 +23,13 @@ protected:
         EXPECT_EQ(expected, api_->DPMakeCopyFromSrcFile(session_, Text(source), copy));
         return copy.Value();
     }
+    // Loads a profile with these clients and publishes it.
+    void Publish(const std::string& profile) {
+        Make("Work\\p.kra", profile);
+        ASSERT_THAT(api_->DPLoadFile(session_.Address(), Text("<Work>\\p.kra")), IsOk());
+        EXPECT_THAT(api_->DPPublishSkesDepFiles(session_), IsOk());
+    }
+    std::wstring Client(const wchar_t* key) { return Read(session_, L"Clients", key); }
 
     const BoxLog boxes_;
     // A session knows the depots that were there before it.
@@ -200,16 +207,7 @@ TEST_F(FileMethodsTest, FailedCopyGivesAnEmptyText) {
     }
 }
 
-// Loads a profile with these clients and publishes it.
-class PublishTest : public FileMethodsTest {
-protected:
-    void Publish(const std::string& profile) {
-        Make("Work\\p.kra", profile);
-        ASSERT_THAT(api_->DPLoadFile(session_.Address(), Text("<Work>\\p.kra")), IsOk());
-        EXPECT_THAT(api_->DPPublishSkesDepFiles(session_), IsOk());
-    }
-    std::wstring Client(const wchar_t* key) { return Read(session_, L"Clients", key); }
-};
+using PublishTest = FileMethodsTest;
 
 TEST_F(PublishTest, ClientsAreCopiedAndTheListPointsAtTheCopies) {
     const std::string client = Make("c1.cfg", "one");

@@ -9,6 +9,8 @@
 namespace depot::test {
 namespace {
 
+constexpr char kProfile[] = "[S]\r\nK=1\r\n";
+
 // A method called with a handle and otherwise harmless arguments. It checks its own outputs.
 struct Method {
     const char* name;
@@ -117,11 +119,6 @@ const Method kTemporaryMethods[] = {
 // A depot with one file that every method could find.
 class HandlesTest : public ComponentTest {
 protected:
-    HandlesTest() {
-        DefineDepot("A", "Depot A");
-        file_ = folder_.MakeFile("A\\a.kra", "[S]\r\nK=1\r\n");
-    }
-
     void ExpectRefused(LONG_PTR handle) {
         SCOPED_TRACE("handle " + std::to_string(handle));
         for (const Method& method : kSessionMethods) {
@@ -135,14 +132,13 @@ protected:
         }
     }
 
-    void ExpectFileIntact() { EXPECT_EQ("[S]\r\nK=1\r\n", FileBytes(file_)); }
-
-    std::string file_;
+    const std::string root_ = DefineDepot("A", "Depot A");
+    const std::string file_ = folder_.MakeFile("A\\a.kra", kProfile);
 };
 
 TEST_F(HandlesTest, HandleZeroIsRefusedByMethodsThatNeedASession) {
     ExpectRefused(0);
-    ExpectFileIntact();
+    EXPECT_EQ(kProfile, FileBytes(file_));
 }
 
 TEST_F(HandlesTest, InventedHandlesAreRefused) {
@@ -154,7 +150,7 @@ TEST_F(HandlesTest, InventedHandlesAreRefused) {
         ExpectRefused(handle);
         EXPECT_THAT(api_->DPUnInitialize(handle), IsOk());
     }
-    ExpectFileIntact();
+    EXPECT_EQ(kProfile, FileBytes(file_));
     EXPECT_THAT(api_->DPSetSelItemPath(live, Text("still alive")), IsOk());
 }
 
@@ -165,7 +161,7 @@ TEST_F(HandlesTest, EndedHandleIsRefusedAndEndsWithoutHarmAgain) {
     ExpectRefused(handle);
     EXPECT_THAT(api_->DPUnInitialize(handle), IsOk());
     EXPECT_THAT(api_->DPUnInitialize(handle), IsOk());
-    ExpectFileIntact();
+    EXPECT_EQ(kProfile, FileBytes(file_));
 }
 
 TEST_F(HandlesTest, EndedHandleIsNotGivenToTheNextSession) {
@@ -258,7 +254,7 @@ TEST_F(HandlesTest, ZeroWhoseUpperHalfIsForeignIsHandleZero) {
     EXPECT_THAT(api_->DPGetPathFromDisplayName(zero, Text("<Depot A>\\a.kra"), path), IsOk());
     EXPECT_THAT(api_->DPGetDefaultDPPath(zero, path), IsOk());
     EXPECT_THAT(api_->DPUnInitialize(zero), IsOk());
-    ExpectFileIntact();
+    EXPECT_EQ(kProfile, FileBytes(file_));
 }
 
 TEST_F(HandlesTest, MissingOutputsAreRefused) {
@@ -285,10 +281,12 @@ TEST_F(HandlesTest, MissingOutputsAreRefused) {
 }
 
 // An input pointer that is null and one to a null BSTR both stand for the empty text.
-class NullInputsTest : public HandlesTest, public testing::WithParamInterface<bool> {
+class NullInputsTest : public ComponentTest, public testing::WithParamInterface<bool> {
 protected:
     BSTR* Null() { return GetParam() ? &nothing_ : nullptr; }
 
+    const std::string root_ = DefineDepot("A", "Depot A");
+    const std::string file_ = folder_.MakeFile("A\\a.kra", kProfile);
     BSTR nothing_ = nullptr;
 };
 
@@ -342,7 +340,7 @@ TEST_P(NullInputsTest, PathsCountAsEmpty) {
     EXPECT_TRUE(path.IsNull());
     EXPECT_THAT(api_->DPPathConvertDPtoFS(Null(), path), IsRefused());
     EXPECT_TRUE(path.IsNull());
-    ExpectFileIntact();
+    EXPECT_EQ(kProfile, FileBytes(file_));
 }
 
 TEST_P(NullInputsTest, LaterMethodsDoNotCrash) {
@@ -357,7 +355,7 @@ TEST_P(NullInputsTest, LaterMethodsDoNotCrash) {
     api_->DPCopyFileToLocalFS(session, Null(), Null(), VARIANT_FALSE);
     api_->DPFindInit(&found, Null(), Null(), APP_SKEIN, &count);
     api_->DPUnInitialize(found);
-    ExpectFileIntact();
+    EXPECT_EQ(kProfile, FileBytes(file_));
 }
 
 }  // namespace

@@ -246,7 +246,7 @@ private:
     std::vector<LONGLONG*> eights_;
 };
 
-class HostileCallsTest : public LateBoundTest {
+class HostileCallsTest : public ComponentTest {
 protected:
     HostileCallsTest() {
         Refresh();

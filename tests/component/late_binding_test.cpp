@@ -6,7 +6,7 @@
 namespace depot::test {
 namespace {
 
-class LateHandlesTest : public LateBoundTest {
+class LateHandlesTest : public ComponentTest {
 protected:
     LateHandlesTest() {
         folder_.MakeFile("A\\a.kra", "[S]\r\nK=1\r\n");
@@ -18,20 +18,21 @@ protected:
     // Reads a number with the handle given in some form. The result of a refused call is 0.
     LONG ReadWith(const Variant& handle) {
         Variant result;
-        EXPECT_THAT(Call(L"DPGetProfileInt", {handle, L"S", L"K", 5}, &result), IsOk());
+        EXPECT_THAT(late_.Call(L"DPGetProfileInt", {handle, L"S", L"K", 5}, &result), IsOk());
         return result.Number();
     }
 
     const std::string root_ = DefineDepot("A", "Depot A");
+    LateClient late_{*api_};
     Session session_{*api_};
 };
 
 TEST_F(LateHandlesTest, InitializingReturnsALong) {
     Variant handle;
-    ASSERT_THAT(Call(L"DPInitialize", {}, &handle), IsOk());
+    ASSERT_THAT(late_.Call(L"DPInitialize", {}, &handle), IsOk());
     EXPECT_GT(handle.Number(), 0);
     EXPECT_THAT(api_->DPSetSelItemPath(handle.Number(), Text("x")), IsOk());
-    EXPECT_THAT(Call(L"DPUnInitialize", {handle}), IsOk());
+    EXPECT_THAT(late_.Call(L"DPUnInitialize", {handle}), IsOk());
     EXPECT_THAT(api_->DPSetSelItemPath(handle.Number(), Text("x")), IsRefused());
 }
 
@@ -68,18 +69,20 @@ TEST_F(LateHandlesTest, EmptyAndZeroAreHandleZero) {
     EXPECT_EQ(0, ReadWith(Variant()));
     EXPECT_EQ(0, ReadWith(0));
     EXPECT_EQ(0, ReadWith(Variant::Raw(VT_I2, 0)));
-    EXPECT_THAT(Call(L"DPUnInitialize", {Variant()}), IsOk());
+    EXPECT_THAT(late_.Call(L"DPUnInitialize", {Variant()}), IsOk());
 }
 
 TEST_F(LateHandlesTest, TextThatIsNoNumberIsNoHandle) {
-    EXPECT_THAT(Call(L"DPGetProfileInt", {L"abc", L"S", L"K", 5}), Fails(DISP_E_TYPEMISMATCH));
-    EXPECT_EQ(3u, wrongArgument_);
+    EXPECT_THAT(late_.Call(L"DPGetProfileInt", {L"abc", L"S", L"K", 5}),
+                Fails(DISP_E_TYPEMISMATCH));
+    EXPECT_EQ(3u, late_.wrongArgument);
 }
 
 TEST_F(LateHandlesTest, LoadingStoresANewHandleBetweenIntactNeighbours) {
     LONG variables[] = {0x11111111, 0, 0x22222222};
-    ASSERT_THAT(Call(L"DPLoadFile", {Variant::Reference(VT_I4, &variables[1]), L"<A>\\a.kra"}),
-                IsOk());
+    ASSERT_THAT(
+        late_.Call(L"DPLoadFile", {Variant::Reference(VT_I4, &variables[1]), L"<A>\\a.kra"}),
+        IsOk());
     EXPECT_EQ(0x11111111, variables[0]);
     EXPECT_GT(variables[1], 0);
     EXPECT_EQ(0x22222222, variables[2]);
@@ -88,8 +91,9 @@ TEST_F(LateHandlesTest, LoadingStoresANewHandleBetweenIntactNeighbours) {
 
 TEST_F(LateHandlesTest, LoadingKeepsAGivenHandleAndItsNeighbours) {
     LONG variables[] = {0x11111111, Handle(), 0x22222222};
-    ASSERT_THAT(Call(L"DPLoadFile", {Variant::Reference(VT_I4, &variables[1]), L"<A>\\a.kra"}),
-                IsOk());
+    ASSERT_THAT(
+        late_.Call(L"DPLoadFile", {Variant::Reference(VT_I4, &variables[1]), L"<A>\\a.kra"}),
+        IsOk());
     EXPECT_EQ(0x11111111, variables[0]);
     EXPECT_EQ(Handle(), variables[1]);
     EXPECT_EQ(0x22222222, variables[2]);
@@ -98,7 +102,7 @@ TEST_F(LateHandlesTest, LoadingKeepsAGivenHandleAndItsNeighbours) {
 TEST_F(LateHandlesTest, EveryVariableThatIsWideEnoughTakesANewHandle) {
     for (const VARTYPE type : {VT_I4, VT_UI4, VT_INT, VT_UINT}) {
         LONG variables[] = {0, 0x22222222};
-        ASSERT_THAT(Call(L"DPLoadFile", {Variant::Reference(type, variables), L"<A>\\a.kra"}),
+        ASSERT_THAT(late_.Call(L"DPLoadFile", {Variant::Reference(type, variables), L"<A>\\a.kra"}),
                     IsOk());
         EXPECT_EQ(0x22222222, variables[1]);
         EXPECT_THAT(api_->DPFlushFile(variables[0]), IsOk());
@@ -106,7 +110,7 @@ TEST_F(LateHandlesTest, EveryVariableThatIsWideEnoughTakesANewHandle) {
     }
     for (const VARTYPE type : {VT_I8, VT_UI8}) {
         LONGLONG handle = 0;
-        ASSERT_THAT(Call(L"DPLoadFile", {Variant::Reference(type, &handle), L"<A>\\a.kra"}),
+        ASSERT_THAT(late_.Call(L"DPLoadFile", {Variant::Reference(type, &handle), L"<A>\\a.kra"}),
                     IsOk());
         EXPECT_THAT(api_->DPFlushFile(handle), IsOk());
         EXPECT_THAT(api_->DPUnInitialize(handle), IsOk());
@@ -115,29 +119,29 @@ TEST_F(LateHandlesTest, EveryVariableThatIsWideEnoughTakesANewHandle) {
 
 TEST_F(LateHandlesTest, EmptyScriptVariableBecomesALong) {
     Variant variable;
-    ASSERT_THAT(Call(L"DPLoadFile", {Variant::Reference(variable), L"<A>\\a.kra"}), IsOk());
+    ASSERT_THAT(late_.Call(L"DPLoadFile", {Variant::Reference(variable), L"<A>\\a.kra"}), IsOk());
     EXPECT_THAT(api_->DPFlushFile(variable.Number()), IsOk());
     EXPECT_THAT(api_->DPUnInitialize(variable.Number()), IsOk());
 }
 
 TEST_F(LateHandlesTest, ScriptVariableKeepsItsHandle) {
     Variant variable(Handle());
-    ASSERT_THAT(Call(L"DPLoadFile", {Variant::Reference(variable), L"<A>\\a.kra"}), IsOk());
+    ASSERT_THAT(late_.Call(L"DPLoadFile", {Variant::Reference(variable), L"<A>\\a.kra"}), IsOk());
     EXPECT_EQ(Handle(), variable.Number());
 }
 
 TEST_F(LateHandlesTest, HandleToBeSetMayBeGivenByValue) {
-    ASSERT_THAT(Call(L"DPLoadFile", {Handle(), L"<A>\\other.kra"}), IsOk());
+    ASSERT_THAT(late_.Call(L"DPLoadFile", {Handle(), L"<A>\\other.kra"}), IsOk());
     EXPECT_EQ(L"(default)", Read(session_, L"S", L"K"));
 }
 
 TEST_F(LateHandlesTest, NarrowVariableIsRefusedAndLeftAlone) {
     for (const VARTYPE type : {VT_I2, VT_UI1, VT_BOOL, VT_R8, VT_BSTR}) {
         LONGLONG variables[] = {0, 0x2222222222222222};
-        EXPECT_THAT(Call(L"DPLoadFile", {Variant::Reference(type, variables), L"<A>\\a.kra"}),
+        EXPECT_THAT(late_.Call(L"DPLoadFile", {Variant::Reference(type, variables), L"<A>\\a.kra"}),
                     Fails(DISP_E_TYPEMISMATCH))
             << type;
-        EXPECT_EQ(1u, wrongArgument_);
+        EXPECT_EQ(1u, late_.wrongArgument);
         EXPECT_EQ(0, variables[0]);
         EXPECT_EQ(0x2222222222222222, variables[1]);
     }
@@ -146,9 +150,9 @@ TEST_F(LateHandlesTest, NarrowVariableIsRefusedAndLeftAlone) {
 using LateCallsTest = LateHandlesTest;
 
 TEST_F(LateCallsTest, NamesAreFoundInAnyCase) {
-    EXPECT_EQ(1, IdOf(L"DPInitialize"));
-    EXPECT_EQ(1, IdOf(L"dpinitialize"));
-    EXPECT_EQ(23, IdOf(L"DPMakeCopyFromSrcFile"));
+    EXPECT_EQ(1, late_.IdOf(L"DPInitialize"));
+    EXPECT_EQ(1, late_.IdOf(L"dpinitialize"));
+    EXPECT_EQ(23, late_.IdOf(L"DPMakeCopyFromSrcFile"));
 }
 
 TEST_F(LateCallsTest, UnknownNamesAndIdentifiersAreRefused) {
@@ -162,7 +166,7 @@ TEST_F(LateCallsTest, UnknownNamesAndIdentifiersAreRefused) {
     EXPECT_THAT(api_->GetIDsOfNames(IID_NULL, names, 1, LOCALE_USER_DEFAULT, nullptr),
                 Fails(E_POINTER));
     for (const DISPID unknown : {0, 99, -1, 4711}) {
-        EXPECT_THAT(Invoke(unknown, {}, {}), Fails(DISP_E_MEMBERNOTFOUND)) << unknown;
+        EXPECT_THAT(late_.Invoke(unknown, {}, {}), Fails(DISP_E_MEMBERNOTFOUND)) << unknown;
     }
 }
 
@@ -174,29 +178,30 @@ TEST_F(LateCallsTest, MissingParametersAreRefused) {
 
 TEST_F(LateCallsTest, WrongNumberOfArgumentsIsRefused) {
     Variant result;
-    EXPECT_THAT(Call(L"DPUnInitialize", {Handle(), 1}), Fails(DISP_E_BADPARAMCOUNT));
-    EXPECT_THAT(Call(L"DPUnInitialize", {}), Fails());
-    EXPECT_THAT(Call(L"DPGetProfileInt", {Handle(), L"S", L"K"}, &result), Fails());
-    EXPECT_THAT(Call(L"DPGetProfileInt", {Handle(), L"S", L"K", 5, 6, 7}, &result),
+    EXPECT_THAT(late_.Call(L"DPUnInitialize", {Handle(), 1}), Fails(DISP_E_BADPARAMCOUNT));
+    EXPECT_THAT(late_.Call(L"DPUnInitialize", {}), Fails());
+    EXPECT_THAT(late_.Call(L"DPGetProfileInt", {Handle(), L"S", L"K"}, &result), Fails());
+    EXPECT_THAT(late_.Call(L"DPGetProfileInt", {Handle(), L"S", L"K", 5, 6, 7}, &result),
                 Fails(DISP_E_BADPARAMCOUNT));
     EXPECT_THAT(api_->DPFlushFile(session_), IsOk()) << "the session was ended";
 }
 
 TEST_F(LateCallsTest, ArgumentsMayAllBeNamed) {
     Variant result;
-    EXPECT_THAT(Invoke(6, {5, L"K", L"S", Handle()}, {3, 2, 1, 0}, &result), IsOk());
+    EXPECT_THAT(late_.Invoke(6, {5, L"K", L"S", Handle()}, {3, 2, 1, 0}, &result), IsOk());
     EXPECT_EQ(1, result.Number());
 }
 
 TEST_F(LateCallsTest, NamedArgumentsFollowPositionalOnes) {
     Variant result;
-    EXPECT_THAT(Invoke(6, {Handle(), L"S", 5, L"K"}, {3, 2}, &result), IsOk());
+    EXPECT_THAT(late_.Invoke(6, {Handle(), L"S", 5, L"K"}, {3, 2}, &result), IsOk());
     EXPECT_EQ(1, result.Number());
 }
 
 TEST_F(LateCallsTest, NamedHandleVariableIsSet) {
     LONG variables[] = {0, 0x22222222};
-    EXPECT_THAT(Invoke(4, {L"<A>\\a.kra", Variant::Reference(VT_I4, variables)}, {1, 0}), IsOk());
+    EXPECT_THAT(late_.Invoke(4, {L"<A>\\a.kra", Variant::Reference(VT_I4, variables)}, {1, 0}),
+                IsOk());
     EXPECT_GT(variables[0], 0);
     EXPECT_EQ(0x22222222, variables[1]);
     EXPECT_THAT(api_->DPUnInitialize(variables[0]), IsOk());
@@ -215,9 +220,9 @@ TEST_F(LateCallsTest, ParameterNamesAreFoundForNamedArguments) {
 }
 
 TEST_F(LateCallsTest, RefusedOperationIsNoError) {
-    EXPECT_TRUE(SUCCEEDED(Call(L"DPFlushFile", {0})));
-    EXPECT_TRUE(SUCCEEDED(Call(L"DPFileExists", {0, L"<A>\\missing.kra"})));
-    EXPECT_TRUE(SUCCEEDED(Call(L"DPRenameFile", {0, L"<A>\\a.kra", L"<A>\\b.kra"})));
+    EXPECT_TRUE(SUCCEEDED(late_.Call(L"DPFlushFile", {0})));
+    EXPECT_TRUE(SUCCEEDED(late_.Call(L"DPFileExists", {0, L"<A>\\missing.kra"})));
+    EXPECT_TRUE(SUCCEEDED(late_.Call(L"DPRenameFile", {0, L"<A>\\a.kra", L"<A>\\b.kra"})));
 }
 
 // A library of the test's own, whose first late-bound call loads the type library.

@@ -59,9 +59,12 @@ private:
     VARIANT value_;
 };
 
-class LateBoundTest : public ComponentTest {
-protected:
-    // Calls a method by name with arguments in their usual order.
+// Calls an object's methods by their names.
+class LateClient {
+public:
+    explicit LateClient(IDispatch& object) : object_(object) {}
+
+    // Takes the arguments in their usual order.
     HRESULT Call(const wchar_t* name, std::initializer_list<Variant> arguments,
                  Variant* result = nullptr) {
         return Invoke(IdOf(name), arguments, {}, result);
@@ -78,22 +81,25 @@ protected:
         DISPPARAMS parameters = {reversed.data(), reversedNames.data(),
                                  static_cast<UINT>(reversed.size()),
                                  static_cast<UINT>(reversedNames.size())};
-        wrongArgument_ = 99;
+        wrongArgument = 99;
         if (result != nullptr) VariantClear(result->get());
-        return api_->Invoke(id, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD, &parameters,
-                            result ? result->get() : nullptr, nullptr, &wrongArgument_);
+        return object_.Invoke(id, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD, &parameters,
+                              result ? result->get() : nullptr, nullptr, &wrongArgument);
     }
 
-    DISPID IdOf(const wchar_t* name) {
+    DISPID IdOf(const wchar_t* name) const {
         std::wstring text(name);
         LPOLESTR names[] = {text.data()};
         DISPID id = DISPID_UNKNOWN;
-        EXPECT_THAT(api_->GetIDsOfNames(IID_NULL, names, 1, LOCALE_USER_DEFAULT, &id), IsOk())
+        EXPECT_THAT(object_.GetIDsOfNames(IID_NULL, names, 1, LOCALE_USER_DEFAULT, &id), IsOk())
             << name;
         return id;
     }
 
-    UINT wrongArgument_ = 99;
+    UINT wrongArgument = 99;
+
+private:
+    IDispatch& object_;
 };
 
 }  // namespace depot::test

@@ -21,7 +21,7 @@ void PrintTo(const Language& language, std::ostream* stream) {
     *stream << language.name;
 }
 
-class LateLanguagesTest : public LateBoundTest, public testing::WithParamInterface<Language> {
+class LateLanguagesTest : public ComponentTest, public testing::WithParamInterface<Language> {
 protected:
     LateLanguagesTest() {
         folder_.MakeFolder("A\\Sub");
@@ -47,44 +47,48 @@ protected:
     }
 
     const std::string root_ = DefineDepot("A", "Depot A");
+    LateClient late_{*api_};
     LONGLONG handle_ = 0;
     Variant result_;
 };
 
 TEST_P(LateLanguagesTest, SampleDoesItsWork) {
-    ASSERT_THAT(Call(L"DPInitialize", {}, &result_), IsOk());
+    ASSERT_THAT(late_.Call(L"DPInitialize", {}, &result_), IsOk());
     handle_ = result_.Number();
-    ASSERT_THAT(Call(L"Quiet", {Handle(), Truth(true)}, &result_), IsOk());
+    ASSERT_THAT(late_.Call(L"Quiet", {Handle(), Truth(true)}, &result_), IsOk());
     Variant variable;
-    ASSERT_THAT(Call(L"DPLoadFile", {HandleVariable(variable), L"<A>\\Sub\\a.kre"}), IsOk());
+    ASSERT_THAT(late_.Call(L"DPLoadFile", {HandleVariable(variable), L"<A>\\Sub\\a.kre"}), IsOk());
 
     BSTR text = SysAllocString(L"");
     Variant textVariable(L"");
     const bool variants = GetParam().variablesAreVariants;
-    ASSERT_THAT(Call(L"DPGetProfileString", {Handle(), L"Host", L"Name", L"(not set)",
-                                             variants ? Variant::Reference(textVariable)
-                                                      : Variant::Reference(VT_BSTR, &text),
-                                             Number(260)}),
+    ASSERT_THAT(late_.Call(L"DPGetProfileString", {Handle(), L"Host", L"Name", L"(not set)",
+                                                   variants ? Variant::Reference(textVariable)
+                                                            : Variant::Reference(VT_BSTR, &text),
+                                                   Number(260)}),
                 IsOk());
     EXPECT_EQ(L"host.example", variants ? textVariable.Text() : std::wstring(text));
     SysFreeString(text);
 
-    ASSERT_THAT(Call(L"Find", {Handle(), L"<A>\\Sub", L".kre"}, &result_), IsOk());
+    ASSERT_THAT(late_.Call(L"Find", {Handle(), L"<A>\\Sub", L".kre"}, &result_), IsOk());
     EXPECT_THAT(TextsOf(*result_.get()), ElementsAre(L"<A>\\Sub\\a.kre"));
-    ASSERT_THAT(Call(L"Copy", {Handle(), L"<A>\\Sub\\a.kre", L"<A>\\b.kre", Truth(true)}, &result_),
-                IsOk());
+    ASSERT_THAT(
+        late_.Call(L"Copy", {Handle(), L"<A>\\Sub\\a.kre", L"<A>\\b.kre", Truth(true)}, &result_),
+        IsOk());
     EXPECT_EQ(VT_BOOL, result_.Type());
     EXPECT_EQ(VARIANT_TRUE, V_BOOL(result_.get()));
-    ASSERT_THAT(Call(L"Copy", {Handle(), L"<A>\\Sub\\a.kre", L"<A>\\b.kre", Number(0)}, &result_),
-                IsOk());
+    ASSERT_THAT(
+        late_.Call(L"Copy", {Handle(), L"<A>\\Sub\\a.kre", L"<A>\\b.kre", Number(0)}, &result_),
+        IsOk());
     EXPECT_EQ(VARIANT_FALSE, V_BOOL(result_.get()));
-    ASSERT_THAT(Call(L"LastErrorCode", {Handle()}, &result_), IsOk());
+    ASSERT_THAT(late_.Call(L"LastErrorCode", {Handle()}, &result_), IsOk());
     EXPECT_EQ(ERROR_FILE_EXISTS, static_cast<DWORD>(result_.Number()));
-    ASSERT_THAT(Call(L"LastErrorText", {Handle()}, &result_), IsOk());
+    ASSERT_THAT(late_.Call(L"LastErrorText", {Handle()}, &result_), IsOk());
     EXPECT_NE(L"", result_.Text());
-    ASSERT_THAT(Call(L"WriteText", {Handle(), L"<A>\\c.txt", L"x", Number(2)}, &result_), IsOk());
+    ASSERT_THAT(late_.Call(L"WriteText", {Handle(), L"<A>\\c.txt", L"x", Number(2)}, &result_),
+                IsOk());
     EXPECT_EQ("\xEF\xBB\xBFx", FileBytes(folder_.At("A\\c.txt")));
-    EXPECT_THAT(Call(L"DPUnInitialize", {Handle()}), IsOk());
+    EXPECT_THAT(late_.Call(L"DPUnInitialize", {Handle()}), IsOk());
 }
 
 INSTANTIATE_TEST_SUITE_P(Languages, LateLanguagesTest,

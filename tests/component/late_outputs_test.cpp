@@ -6,7 +6,7 @@
 namespace depot::test {
 namespace {
 
-class LateOutputsTest : public LateBoundTest {
+class LateOutputsTest : public ComponentTest {
 protected:
     LateOutputsTest() {
         folder_.MakeFile("A\\a.kra", "[S]\r\nK=text\r\nN=42\r\nBig=4294967295\r\n7=seven\r\n");
@@ -16,10 +16,11 @@ protected:
     LONG Handle() const { return static_cast<LONG>(session_); }
 
     HRESULT ReadInto(const Variant& output) {
-        return Call(L"DPGetProfileString", {Handle(), L"S", L"K", L"D", output, 100});
+        return late_.Call(L"DPGetProfileString", {Handle(), L"S", L"K", L"D", output, 100});
     }
 
     const std::string root_ = DefineDepot("A", "Depot A");
+    LateClient late_{*api_};
     Session session_{*api_};
 };
 
@@ -50,12 +51,12 @@ TEST_F(LateOutputsTest, TextForNoVariableIsDropped) {
 TEST_F(LateOutputsTest, RefusedTextIsNullInTheVariable) {
     BSTR variable = nullptr;
     EXPECT_TRUE(
-        SUCCEEDED(Call(L"DPGetProfileString",
-                       {0, L"S", L"K", L"D", Variant::Reference(VT_BSTR, &variable), 100})));
+        SUCCEEDED(late_.Call(L"DPGetProfileString",
+                             {0, L"S", L"K", L"D", Variant::Reference(VT_BSTR, &variable), 100})));
     EXPECT_EQ(nullptr, variable);
     Variant script(L"a former text");
     EXPECT_TRUE(SUCCEEDED(
-        Call(L"DPGetProfileString", {0, L"S", L"K", L"D", Variant::Reference(script), 100})));
+        late_.Call(L"DPGetProfileString", {0, L"S", L"K", L"D", Variant::Reference(script), 100})));
     EXPECT_EQ(L"", script.Text());
 }
 
@@ -65,9 +66,9 @@ TEST_F(LateOutputsTest, FormerTextOfATextVariableIsReleased) {
                   ASSERT_THAT(ReadInto(Variant::Reference(VT_BSTR, &variable)), IsOk());
                   EXPECT_STREQ(L"text", variable);
                   // Refused, which stores a null text.
-                  EXPECT_TRUE(SUCCEEDED(
-                      Call(L"DPGetProfileString",
-                           {0, L"S", L"K", L"D", Variant::Reference(VT_BSTR, &variable), 100})));
+                  EXPECT_TRUE(SUCCEEDED(late_.Call(
+                      L"DPGetProfileString",
+                      {0, L"S", L"K", L"D", Variant::Reference(VT_BSTR, &variable), 100})));
                   EXPECT_EQ(nullptr, variable);
               }));
 }
@@ -88,8 +89,8 @@ TEST_F(LateOutputsTest, ScriptVariablesAndResultsLeaveNothing) {
                   Variant variable(L"a former text"), result;
                   ASSERT_THAT(ReadInto(Variant::Reference(variable)), IsOk());
                   ASSERT_THAT(ReadInto(L"a literal"), IsOk());
-                  ASSERT_THAT(Call(L"DPGetDefaultDPPath", {Handle()}, &result), IsOk());
-                  ASSERT_THAT(Call(L"DPGetDefaultDPPath", {Handle()}), IsOk());
+                  ASSERT_THAT(late_.Call(L"DPGetDefaultDPPath", {Handle()}, &result), IsOk());
+                  ASSERT_THAT(late_.Call(L"DPGetDefaultDPPath", {Handle()}), IsOk());
               }));
 }
 
@@ -99,8 +100,8 @@ TEST_F(LateOutputsTest, FailedCallLeavesTheVariableAndNothingElse) {
                   Variant variable(L"another one");
                   for (const Variant& output :
                        {Variant::Reference(VT_BSTR, &text), Variant::Reference(variable)}) {
-                      EXPECT_THAT(Call(L"DPGetProfileString",
-                                       {Handle(), L"S", L"K", L"D", output, L"no size"}),
+                      EXPECT_THAT(late_.Call(L"DPGetProfileString",
+                                             {Handle(), L"S", L"K", L"D", output, L"no size"}),
                                   Fails(DISP_E_TYPEMISMATCH));
                   }
                   EXPECT_STREQ(L"a former text", text);
@@ -112,36 +113,38 @@ TEST_F(LateOutputsTest, FailedCallLeavesTheVariableAndNothingElse) {
 TEST_F(LateOutputsTest, VariableThatIsAlsoAnInputIsReadBeforeItIsStored) {
     BSTR variable = SysAllocString(L"by default");
     const Variant both = Variant::Reference(VT_BSTR, &variable);
-    EXPECT_THAT(Call(L"DPGetProfileString", {Handle(), L"S", L"Absent", both, both, 100}), IsOk());
+    EXPECT_THAT(late_.Call(L"DPGetProfileString", {Handle(), L"S", L"Absent", both, both, 100}),
+                IsOk());
     EXPECT_STREQ(L"by default", variable);
     SysFreeString(variable);
 }
 
 TEST_F(LateOutputsTest, TextIsReturnedAsTheResult) {
     Variant result;
-    ASSERT_THAT(Call(L"DPGetDefaultDPPath", {Handle()}, &result), IsOk());
+    ASSERT_THAT(late_.Call(L"DPGetDefaultDPPath", {Handle()}, &result), IsOk());
     EXPECT_EQ(L"<A>\\", result.Text());
-    ASSERT_THAT(Call(L"DPPathConvertDPtoFS", {L"<A>\\a.kra"}, &result), IsOk());
+    ASSERT_THAT(late_.Call(L"DPPathConvertDPtoFS", {L"<A>\\a.kra"}, &result), IsOk());
     EXPECT_EQ(Wide(folder_.At("A\\a.kra")), result.Text());
 }
 
 TEST_F(LateOutputsTest, ResultMayBeIgnored) {
-    EXPECT_THAT(Call(L"DPGetDefaultDPPath", {Handle()}), IsOk());
-    EXPECT_THAT(Call(L"DPGetProfileInt", {Handle(), L"S", L"N", 5}), IsOk());
+    EXPECT_THAT(late_.Call(L"DPGetDefaultDPPath", {Handle()}), IsOk());
+    EXPECT_THAT(late_.Call(L"DPGetProfileInt", {Handle(), L"S", L"N", 5}), IsOk());
 }
 
 TEST_F(LateOutputsTest, NumberThatFitsIsReturnedSigned) {
     Variant result;
-    ASSERT_THAT(Call(L"DPGetProfileInt", {Handle(), L"S", L"N", 5}, &result), IsOk());
+    ASSERT_THAT(late_.Call(L"DPGetProfileInt", {Handle(), L"S", L"N", 5}, &result), IsOk());
     EXPECT_EQ(42, result.Number());
-    ASSERT_THAT(Call(L"DPGetProfileInt", {Handle(), L"S", L"None", 0x7FFFFFFF}, &result), IsOk());
+    ASSERT_THAT(late_.Call(L"DPGetProfileInt", {Handle(), L"S", L"None", 0x7FFFFFFF}, &result),
+                IsOk());
     EXPECT_EQ(0x7FFFFFFF, result.Number());
 }
 
 TEST_F(LateOutputsTest, NumberThatDoesNotFitStaysUnsigned) {
     Variant result;
-    ASSERT_THAT(Call(L"DPGetProfileInt",
-                     {Handle(), L"S", L"None", Variant::Raw(VT_UI4, 0x80000000)}, &result),
+    ASSERT_THAT(late_.Call(L"DPGetProfileInt",
+                           {Handle(), L"S", L"None", Variant::Raw(VT_UI4, 0x80000000)}, &result),
                 IsOk());
     EXPECT_EQ(VT_UI4, result.Type());
     EXPECT_EQ(0x80000000u, V_UI4(result.get()));
@@ -154,8 +157,8 @@ TEST_F(LateOutputsTest, InputTextIsTakenInEveryForm) {
     for (const Variant& key :
          {Variant(L"K"), Variant::Reference(VT_BSTR, &text), Variant::Reference(variable)}) {
         BSTR value = nullptr;
-        EXPECT_THAT(Call(L"DPGetProfileString",
-                         {Handle(), L"S", key, L"D", Variant::Reference(VT_BSTR, &value), 100}),
+        EXPECT_THAT(late_.Call(L"DPGetProfileString", {Handle(), L"S", key, L"D",
+                                                       Variant::Reference(VT_BSTR, &value), 100}),
                     IsOk());
         EXPECT_STREQ(L"text", value);
         SysFreeString(value);
@@ -167,29 +170,29 @@ TEST_F(LateOutputsTest, InputTextIsTakenInEveryForm) {
 
 TEST_F(LateOutputsTest, InputOfAnotherTypeIsConverted) {
     Variant value;
-    EXPECT_THAT(
-        Call(L"DPGetProfileString", {Handle(), L"S", 7, L"D", Variant::Reference(value), 100}),
-        IsOk());
+    EXPECT_THAT(late_.Call(L"DPGetProfileString",
+                           {Handle(), L"S", 7, L"D", Variant::Reference(value), 100}),
+                IsOk());
     EXPECT_EQ(L"seven", value.Text());
-    EXPECT_THAT(Call(L"DPSetProfileString", {Handle(), L"S", L"N", 43}), IsOk());
+    EXPECT_THAT(late_.Call(L"DPSetProfileString", {Handle(), L"S", L"N", 43}), IsOk());
     EXPECT_EQ(L"43", Read(session_, L"S", L"N"));
-    EXPECT_THAT(Call(L"DPSetProfileString", {Handle(), L"S", L"N", Variant()}), IsOk());
+    EXPECT_THAT(late_.Call(L"DPSetProfileString", {Handle(), L"S", L"N", Variant()}), IsOk());
     EXPECT_EQ(L"(default)", Read(session_, L"S", L"N"));
 }
 
 TEST_F(LateOutputsTest, InputThatIsNoTextIsRefused) {
-    EXPECT_THAT(Call(L"DPSetProfileString", {Handle(), L"S", L"N", Variant::Raw(VT_NULL, 0)}),
+    EXPECT_THAT(late_.Call(L"DPSetProfileString", {Handle(), L"S", L"N", Variant::Raw(VT_NULL, 0)}),
                 Fails(DISP_E_TYPEMISMATCH));
-    EXPECT_EQ(0u, wrongArgument_);
+    EXPECT_EQ(0u, late_.wrongArgument);
     EXPECT_EQ(L"42", Read(session_, L"S", L"N"));
 }
 
 TEST_F(LateOutputsTest, BlanksAndQuotesComeBackExactly) {
     for (const wchar_t* written : {L"   three blanks", L"\"quoted\"", L" '\" "}) {
-        ASSERT_THAT(Call(L"DPSetProfileString", {Handle(), L"S", L"V", written}), IsOk());
+        ASSERT_THAT(late_.Call(L"DPSetProfileString", {Handle(), L"S", L"V", written}), IsOk());
         Variant value;
-        ASSERT_THAT(Call(L"DPGetProfileString",
-                         {Handle(), L"S", L"V", L"D", Variant::Reference(value), 100}),
+        ASSERT_THAT(late_.Call(L"DPGetProfileString",
+                               {Handle(), L"S", L"V", L"D", Variant::Reference(value), 100}),
                     IsOk());
         EXPECT_EQ(written, value.Text());
     }

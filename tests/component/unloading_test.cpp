@@ -7,19 +7,20 @@
 namespace depot::test {
 namespace {
 
+// A session that its client forgets.
+LONG_PTR Forget(const Library& library) {
+    LONG_PTR session = 0;
+    EXPECT_THAT(library.CreateApi()->DPInitialize(&session), IsOk());
+    return session;
+}
+
+bool IsLive(const Library& library, LONG_PTR session) {
+    return library.CreateApi()->DPSetSelItemPath(session, Text("x")) == S_OK;
+}
+
 // A copy of the component that only this test loads.
 class UnloadingTest : public ComponentTest {
 protected:
-    // A session that its client forgets.
-    static LONG_PTR Forget(const Library& library) {
-        LONG_PTR session = 0;
-        EXPECT_THAT(library.CreateApi()->DPInitialize(&session), IsOk());
-        return session;
-    }
-    static bool IsLive(const Library& library, LONG_PTR session) {
-        return library.CreateApi()->DPSetSelItemPath(session, Text("x")) == S_OK;
-    }
-
     ScratchFolder place_;
     const std::string copy_ = CopyComponent(place_, "qdirsvc.dll");
 };
@@ -73,7 +74,7 @@ TEST_F(UnloadingTest, DllWorksOnAfterItReportedThatItCanUnload) {
 }
 
 // The libraries that the component loads, and that are nobody else's in this program.
-class RoundsTest : public UnloadingTest {
+class RoundsTest : public ComponentTest {
 protected:
     RoundsTest() {
         depots_.Text("Gone", "Path1", "dc=test");
@@ -101,6 +102,8 @@ protected:
         return GetModuleHandleA(path.c_str()) != nullptr;
     }
 
+    ScratchFolder place_;
+    const std::string copy_ = CopyComponent(place_, "qdirsvc.dll");
     BoxLog boxes_;
 };
 

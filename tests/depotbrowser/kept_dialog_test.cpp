@@ -376,32 +376,18 @@ TEST_F(KeptDialogTest, FileThatIsInUseIsNotReplacedByACopy) {
     EXPECT_TRUE(KeptWorld::IsKept(path));
 }
 
-// A server that accepts the connection and never answers.
-class KeptSlowTest : public KeptDialogTest {
-protected:
-    KeptSlowTest() {
-        CDepotPath location = world_.Location();
-        location.port = server_.Port();
-        world_.Define(server_.Port());
-        depots_.Dword("Dir", "Authentication1", 2);
-        depots_.Dword("Dir", "OrderIndex", 0);
-        const std::string dn = world_.Dn();
-        KeptWorld::KeepOf(kKeptOurs,
-                          {.location = &location, .dn = dn, .base = KeptWorld::BytesOf(kKeptBase)});
-    }
-    // The workers release the library once the server closes the connections.
-    ~KeptSlowTest() override {
-        server_.HangUp();
-        EXPECT_TRUE(Eventually([this] {
-            dialog_.reset();
-            return library_.CanUnloadNow() == S_OK;
-        }));
-    }
-
-    SilentServer server_;
-};
+using KeptSlowTest = KeptDialogTest;
 
 TEST_F(KeptSlowTest, LineComesAndTheWindowClosesWhileAServerDoesNotAnswer) {
+    SilentServer server;
+    CDepotPath location = world_.Location();
+    location.port = server.Port();
+    world_.Define(server.Port());
+    depots_.Dword("Dir", "Authentication1", 2);
+    depots_.Dword("Dir", "OrderIndex", 0);
+    const std::string dn = world_.Dn();
+    KeptWorld::KeepOf(kKeptOurs,
+                      {.location = &location, .dn = dn, .base = KeptWorld::BytesOf(kKeptBase)});
     ShowKept([](const OpenKept& kept) {
         kept.WaitForCount(1);
         kept.Use(CONTROL_KEPT_MERGE);
@@ -409,6 +395,12 @@ TEST_F(KeptSlowTest, LineComesAndTheWindowClosesWhileAServerDoesNotAnswer) {
         EXPECT_TRUE(Eventually([&] { return !kept.IsUsable(CONTROL_KEPT_DISCARD); }));
     });
     EXPECT_THAT(RecoveredFiles(), SizeIs(1));
+    // The workers release the library once the server closes the connections.
+    server.HangUp();
+    EXPECT_TRUE(Eventually([this] {
+        dialog_.reset();
+        return library_.CanUnloadNow() == S_OK;
+    }));
 }
 
 // As in the test of the browse dialog.
@@ -436,17 +428,15 @@ TEST_F(KeptDialogTest, EveryControlHasANameForScreenReaders) {
     });
 }
 
-class KeptLanguageTest : public KeptDialogTest {
-protected:
-    const LocaleWorld locale_;
-};
+using KeptLanguageTest = KeptDialogTest;
 
 TEST_F(KeptLanguageTest, TextsOfEveryLanguageFitAndStayApart) {
+    const LocaleWorld locale;
     world_.Keep();
     for (const Language& one : kLanguages) {
         const std::string language(one.code);
         SCOPED_TRACE(language);
-        locale_.Configure(language, AllLanguages());
+        locale.Configure(language, AllLanguages());
         Show([](const OpenBrowser& browser) {
             EXPECT_TRUE(Eventually([&] { return browser.IsShown(CONTROL_KEPT_LINE); }));
             ExpectControlsApart(browser);
@@ -469,12 +459,10 @@ TEST_F(KeptLanguageTest, TextsOfEveryLanguageFitAndStayApart) {
     }
 }
 
-class KeptCharactersTest : public KeptDialogTest {
-protected:
-    KeptCharactersTest() { InstallSystemCodePage(); }
-};
+using KeptCharactersTest = KeptDialogTest;
 
 TEST_F(KeptCharactersTest, FileComesBackByItsOwnName) {
+    InstallSystemCodePage();
     const std::string letter = LetterOfCodePage();
     const std::wstring wide = WideFromAnsi(letter);
     const std::string ours = "[A]\r\nB=" + letter + "\r\n";

@@ -182,7 +182,7 @@ INSTANTIATE_TEST_SUITE_P(Pairs, TwoTreesTest,
                                          Sides{"<Dir>\\", "<Team>\\"}),
                          NameOfSides);
 
-class SyncTest : public DirectoryToolTest {
+class SyncTest : public ToolTest {
 protected:
     SyncTest() {
         folder_.MakeFolder("work\\tree");
@@ -191,6 +191,8 @@ protected:
     static ToolRun Sync(const std::string& from, const std::string& to) {
         return RunTool({"sync", "--delete", from, to});
     }
+
+    DirectoryDepot dir_{key_};
 };
 
 TEST_F(SyncTest, NothingIsDeletedThatTheSourceHasWithoutListingIt) {

@@ -9,7 +9,7 @@ namespace {
 using testing::HasSubstr;
 using testing::Not;
 
-class LogOnTest : public DirectoryToolTest {
+class LogOnTest : public ToolTest {
 protected:
     LogOnTest() {
         key_.Dword("Dir", "Port1", relay_.Port());
@@ -28,6 +28,7 @@ protected:
     }
     void AnswerRightly() { Answer(L"cn=editor,dc=farrow,dc=test", L"editor-secret"); }
 
+    DirectoryDepot dir_{key_};
     Relay relay_{dir_.server.Port()};
     TestConsole console_{80};
 };

@@ -174,7 +174,7 @@ TEST_F(OutputTest, CompletionHasEveryCommandAndOptionOfTheHelp) {
     EXPECT_EQ(ExitCode::kUsage, RunTool({"completion", "other"}).exitCode);
 }
 
-class ToolTraceTest : public DirectoryToolTest {
+class ToolTraceTest : public ToolTest {
 protected:
     ToolTraceTest() = default;
     ~ToolTraceTest() override { SetEnvironmentVariableA(kTraceVariable, nullptr); }
@@ -183,6 +183,8 @@ protected:
         SetEnvironmentVariableA(kTraceVariable, file.c_str());
         return RunTool(arguments);
     }
+
+    DirectoryDepot dir_{key_};
 };
 
 TEST_F(ToolTraceTest, CommandsAndTheirRequestsAreTraced) {

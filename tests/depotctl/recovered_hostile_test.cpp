@@ -10,48 +10,36 @@ using testing::IsEmpty;
 using testing::SizeIs;
 
 // What records may say, and what may be in the way.
-class HostileRecoveredTest : public RecoveredTest {
-protected:
-    void ExpectNoWay(const std::string& name, const std::string& why) const {
-        EXPECT_THAT(List(true), SizeIs(1));
-        const ToolRun run = Restore(name, {"--replace"});
-        EXPECT_EQ(ExitCode::kRefused, run.exitCode);
-        EXPECT_THAT(run.errors, AllOf(HasSubstr(why), HasSubstr("--to")));
-        EXPECT_THAT(RecoveredFiles(), SizeIs(1));
-        EXPECT_EQ(kBase, Entry());
-        EXPECT_EQ(ExitCode::kDone, Restore(name, {"--to", "<Work>\\back.kre"}).exitCode);
-        EXPECT_EQ(kOurs, Bytes("work\\back.kre"));
-        EXPECT_THAT(RecoveredFiles(), IsEmpty());
-    }
-};
+using HostileRecoveredTest = RecoveredTest;
 
 TEST_F(HostileRecoveredTest, DamagedRecordLeadsNowhere) {
     const std::string name = Keep();
-    ASSERT_TRUE(WriteLocalFile(RecordOf(name), "damaged", 7));
+    ASSERT_TRUE(WriteLocalFile(KeptWorld::RecordOf(name), "damaged", 7));
     EXPECT_EQ(true, List()[0]["damaged"]);
     ExpectNoWay(name, "is damaged");
 }
 
 TEST_F(HostileRecoveredTest, RecordOfAnotherFileLeadsNowhere) {
     const std::string name = Keep(), other = Keep("other");
-    ASSERT_TRUE(CopyFileA(RecordOf(other).c_str(), RecordOf(name).c_str(), FALSE));
+    ASSERT_TRUE(
+        CopyFileA(KeptWorld::RecordOf(other).c_str(), KeptWorld::RecordOf(name).c_str(), FALSE));
     DeleteFileA((RecoveredFolder() + "\\" + other).c_str());
     ExpectNoWay(name, "is damaged");
 }
 
 TEST_F(HostileRecoveredTest, RecordOfAnotherServerLeadsNowhere) {
-    const std::string dn = Dn();
-    ExpectNoWay(KeepOf(kOurs, {.server = "%s%n.example.test:389", .dn = dn}),
+    const std::string dn = world_.Dn();
+    ExpectNoWay(KeepOf(kKeptOurs, {.server = "%s%n.example.test:389", .dn = dn}),
                 "no depot has the entry");
 }
 
 TEST_F(HostileRecoveredTest, EntryOutsideOfEveryDepotLeadsNowhere) {
-    const CDepotPath location = dir_.server.Location("ou=elsewhere,dc=other");
+    const CDepotPath location = world_.server.Location("ou=elsewhere,dc=other");
     const std::vector<std::string> names = {
-        "cn=office.kre,dc=other", dir_.base, "", "\\", ",,,,", "cn=\\", "%s%n"};
+        "cn=office.kre,dc=other", world_.base, "", "\\", ",,,,", "cn=\\", "%s%n"};
     for (const std::string& dn : names) {
         SCOPED_TRACE(dn);
-        ExpectNoWay(KeepOf(kOurs, {.location = &location, .dn = dn}), "no depot has the entry");
+        ExpectNoWay(KeepOf(kKeptOurs, {.location = &location, .dn = dn}), "no depot has the entry");
         DeleteFileA(folder_.At("work\\back.kre").c_str());
     }
 }
@@ -59,29 +47,30 @@ TEST_F(HostileRecoveredTest, EntryOutsideOfEveryDepotLeadsNowhere) {
 TEST_F(HostileRecoveredTest, LongNamesOfEntriesEnd) {
     std::string dn;
     while (dn.size() < 100'000) dn += "cn=x,";
-    dn += dir_.base;
-    ExpectNoWay(KeepOf(kOurs, {.server = "x:1", .dn = dn}), "no depot has the entry");
+    dn += world_.base;
+    ExpectNoWay(KeepOf(kKeptOurs, {.server = "x:1", .dn = dn}), "no depot has the entry");
 }
 
 TEST_F(HostileRecoveredTest, NamesWithFormatsAreNames) {
-    dir_.server.AddFile("%s%n.kre", "cn=Sessions," + dir_.base, kBase);
-    const CDepotPath location = Location();
-    const std::string dn = Dn("%s%n.kre");
+    world_.server.AddFile("%s%n.kre", "cn=Sessions," + world_.base, kKeptBase);
+    const CDepotPath location = world_.Location();
+    const std::string dn = world_.Dn("%s%n.kre");
     const std::string name =
-        KeepOf(kOurs, {.location = &location, .dn = dn, .base = BytesOf(kBase)}, "%s%n.kre");
+        KeepOf(kKeptOurs, {.location = &location, .dn = dn, .base = KeptWorld::BytesOf(kKeptBase)},
+               "%s%n.kre");
     EXPECT_THAT(RunTool({"recovered"}).output, HasSubstr("<Dir>\\Sessions\\%s%n.kre"));
     const ToolRun run = Restore(name);
     EXPECT_EQ(ExitCode::kDone, run.exitCode) << run.errors;
-    EXPECT_EQ(kOurs, Entry("%s%n.kre"));
+    EXPECT_EQ(kKeptOurs, world_.Entry("%s%n.kre"));
 }
 
 TEST_F(HostileRecoveredTest, ServerThatIsAwayLosesNothing) {
-    CDepotPath location = Location();
+    CDepotPath location = world_.Location();
     location.port = ClosedPort();
     key_.Dword("Dir", "Port1", location.port);
-    const std::string dn = Dn();
+    const std::string dn = world_.Dn();
     const std::string name =
-        KeepOf(kOurs, {.location = &location, .dn = dn, .base = BytesOf(kBase)});
+        KeepOf(kKeptOurs, {.location = &location, .dn = dn, .base = KeptWorld::BytesOf(kKeptBase)});
     EXPECT_EQ("out of reach", Now());
     for (const char* const option : {"--merge", "--replace"}) {
         EXPECT_EQ(ExitCode::kUnreachable, Restore(name, {option}).exitCode);
@@ -97,19 +86,19 @@ TEST_F(HostileRecoveredTest, LockedCopyStays) {
     {
         const OpenFile held(RecoveredFolder() + "\\" + name);
         EXPECT_EQ(ExitCode::kRefused, Restore(name).exitCode);
-        EXPECT_EQ(kBase, Entry());
+        EXPECT_EQ(kKeptBase, world_.Entry());
         const ToolRun run = RunTool({"recovered", "discard", "--all", "-y"});
         EXPECT_EQ(ExitCode::kRefused, run.exitCode);
         EXPECT_THAT(run.errors, HasSubstr("cannot delete \"" + name));
     }
     EXPECT_TRUE(IsKept(name));
-    EXPECT_FALSE(Exists(RecordOf(other)));
+    EXPECT_FALSE(Exists(KeptWorld::RecordOf(other)));
     EXPECT_EQ(ExitCode::kDone, Restore(name).exitCode);
 }
 
 TEST_F(HostileRecoveredTest, FullDiskKeepsTheCopyAndLeavesNoPart) {
     // Where no volume can be mounted a place in which nothing can be made.
-    std::string volume = dir_.server.SmallVolume();
+    std::string volume = world_.server.SmallVolume();
     if (volume.empty()) volume = folder_.MakeFile("no folder", "x");
     const std::string name = Keep(std::string(100'000, 'x'));
     const std::string target = volume + "\\out.kre";
@@ -125,49 +114,47 @@ TEST_F(HostileRecoveredTest, RecordThatCannotBeWrittenKeepsTheFile) {
     RemoveDirectoryA(folder.c_str());
     ASSERT_TRUE(WriteLocalFile(folder, "in the way", 10));
     const std::string name = Keep();
-    EXPECT_EQ(kOurs, FileBytes(RecoveredFolder() + "\\" + name));
+    EXPECT_EQ(kKeptOurs, FileBytes(RecoveredFolder() + "\\" + name));
     EXPECT_EQ(name, List()[0]["file"]);
     DeleteFileA(folder.c_str());
 }
 
 // Names and values outside of ASCII, in every code page that the component runs in.
-class RecoveredCharactersTest : public RecoveredTest {
-protected:
-    void ExpectTheWayBack() const;
-};
+using RecoveredCharactersTest = RecoveredTest;
 
-void RecoveredCharactersTest::ExpectTheWayBack() const {
+void ExpectTheWayBack(const KeptWorld& world) {
     const std::string letter = LetterOfCodePage();
     const std::string utf8 = ExactUtf8FromAnsi(letter).value();
     const std::string file = letter + ".kre";
     const std::string base = "[" + letter + "]\r\nName=" + letter + "\r\n";
     const std::string ours = base + "Port=" + letter + "\r\n";
     const std::string theirs = "[Other]\r\nKey=" + letter + "\r\n" + base;
-    dir_.server.AddFile(utf8 + ".kre", "cn=Sessions," + dir_.base, theirs);
-    const CDepotPath location = Location();
-    const std::string dn = Dn(file);
-    const std::string name = KeepOf(
-        ours, {.location = &location, .dn = dn, .reason = letter, .base = BytesOf(base)}, file);
+    world.AddFile(utf8 + ".kre", theirs);
+    const CDepotPath location = world.Location();
+    const std::string dn = world.Dn(file);
+    const std::string path = KeptWorld::KeepOf(
+        ours, {.location = &location, .dn = dn, .reason = letter, .base = KeptWorld::BytesOf(base)},
+        file);
     const nlohmann::json row = List(true)[0];
     EXPECT_EQ("<Dir>\\Sessions\\" + utf8 + ".kre", row["entry"]);
     EXPECT_EQ(utf8, row["why"]);
     EXPECT_EQ("changed", row["now"]);
-    const std::string shown = ExactUtf8FromAnsi(name).value();
+    const std::string shown = ExactUtf8FromAnsi(NamePart(path)).value();
     const nlohmann::json diff = RunTool({"recovered", "diff", "--json", shown}).Json();
     EXPECT_EQ(utf8, diff["values"][0]["ours"]);
     const ToolRun run = Restore(shown, {"--merge"});
     EXPECT_EQ(ExitCode::kDone, run.exitCode) << run.errors;
-    EXPECT_EQ("[Other]\r\nKey=" + letter + "\r\n" + ours, Entry(file));
+    EXPECT_EQ("[Other]\r\nKey=" + letter + "\r\n" + ours, world.Entry(file));
     EXPECT_THAT(RecoveredFiles(), IsEmpty());
 }
 
 TEST_F(RecoveredCharactersTest, NamesAndValuesComeBackWhole) {
-    ExpectTheWayBack();
+    ExpectTheWayBack(world_);
 }
 
 TEST_F(RecoveredCharactersTest, NamesAndValuesComeBackOnOlderSystems) {
     const SystemCodePageScope older;
-    ExpectTheWayBack();
+    ExpectTheWayBack(world_);
 }
 
 }  // namespace

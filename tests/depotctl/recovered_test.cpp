@@ -19,8 +19,8 @@ TEST_F(RecoveredTest, ListShowsWhereAFileComesFromAndWhy) {
     EXPECT_EQ("recovered", row["state"]);
     EXPECT_EQ("<Dir>\\Sessions\\office.kre", row["entry"]);
     EXPECT_EQ("Dir", row["depot"]);
-    EXPECT_EQ(Dn(), row["dn"]);
-    EXPECT_EQ("127.0.0.1:" + std::to_string(dir_.server.Port()), row["server"]);
+    EXPECT_EQ(world_.Dn(), row["dn"]);
+    EXPECT_EQ("127.0.0.1:" + std::to_string(world_.server.Port()), row["server"]);
     EXPECT_EQ("no rights", row["why"]);
     EXPECT_EQ(50, row["code"]);
     EXPECT_EQ(19, row["size"]);
@@ -43,11 +43,11 @@ TEST_F(RecoveredTest, FileWithoutARecordIsListed) {
 TEST_F(RecoveredTest, CheckReportsWhatBecameOfTheEntry) {
     Keep();
     EXPECT_EQ("as it was", Now());
-    StoreByOthers(kTheirs);
+    world_.StoreByOthers(kKeptTheirs);
     EXPECT_EQ("changed", Now());
-    StoreByOthers(kOurs);
+    world_.StoreByOthers(kKeptOurs);
     EXPECT_EQ("stored already", Now());
-    RemoveEntry();
+    world_.RemoveEntry();
     EXPECT_EQ("gone", Now());
 }
 
@@ -56,95 +56,98 @@ TEST_F(RecoveredTest, RestoreStoresIntoAnEntryThatHoldsTheBase) {
     const ToolRun dry = Restore(name, {"--dry-run"});
     EXPECT_EQ(ExitCode::kDone, dry.exitCode) << dry.errors;
     EXPECT_THAT(dry.output, HasSubstr("would replace " + name + " to <Dir>\\Sessions\\office.kre"));
-    EXPECT_EQ(kBase, Entry());
+    EXPECT_EQ(kKeptBase, world_.Entry());
     EXPECT_TRUE(IsKept(name));
     const ToolRun run = Restore(name);
     EXPECT_EQ(ExitCode::kDone, run.exitCode) << run.errors;
     EXPECT_EQ("restored " + name + " to <Dir>\\Sessions\\office.kre\n", run.output);
-    EXPECT_EQ(kOurs, Entry());
+    EXPECT_EQ(kKeptOurs, world_.Entry());
     EXPECT_THAT(RecoveredFiles(), IsEmpty());
-    EXPECT_FALSE(Exists(RecordOf(name)));
+    EXPECT_FALSE(Exists(KeptWorld::RecordOf(name)));
 }
 
 TEST_F(RecoveredTest, CopyThatTheEntryHoldsAlreadyIsOnlyDeleted) {
     const std::string name = Keep();
-    StoreByOthers(kOurs);
+    world_.StoreByOthers(kKeptOurs);
     EXPECT_EQ(ExitCode::kDone, Restore(name).exitCode);
-    EXPECT_EQ(kOurs, Entry());
+    EXPECT_EQ(kKeptOurs, world_.Entry());
     EXPECT_THAT(RecoveredFiles(), IsEmpty());
 }
 
 TEST_F(RecoveredTest, RestoreLeavesAnEntryThatSomeoneChanged) {
     const std::string name = Keep();
-    StoreByOthers(kTheirs);
-    ExpectRefused(Restore(name), "use --merge or --replace", name, kTheirs);
+    world_.StoreByOthers(kKeptTheirs);
+    ExpectRefused(Restore(name), "use --merge or --replace", name, kKeptTheirs);
 }
 
 TEST_F(RecoveredTest, MergePutsBothTogether) {
     const std::string name = Keep();
-    StoreByOthers(kTheirs);
+    world_.StoreByOthers(kKeptTheirs);
     const ToolRun run = Restore(name, {"--merge", "--json"});
     EXPECT_EQ(ExitCode::kDone, run.exitCode) << run.errors;
     EXPECT_EQ(true, run.Json()["merged"]);
-    EXPECT_EQ("[Host]\r\nName=post\r\nPort=22\r\n", Entry());
+    EXPECT_EQ("[Host]\r\nName=post\r\nPort=22\r\n", world_.Entry());
     EXPECT_THAT(RecoveredFiles(), IsEmpty());
 }
 
 TEST_F(RecoveredTest, MergeStoresNothingWhereBothChangedAValue) {
     const std::string name = Keep();
     const std::string theirs = "[Host]\r\nName=other\r\nPort=22\r\n";
-    StoreByOthers(theirs);
+    world_.StoreByOthers(theirs);
     ExpectRefused(Restore(name, {"--merge"}), "both changed 1 value: [Host] Name", name, theirs);
     EXPECT_EQ(ExitCode::kDone, Restore(name, {"--merge", "--replace"}).exitCode);
-    EXPECT_EQ("[Host]\r\nName=post\r\nPort=22\r\n", Entry());
+    EXPECT_EQ("[Host]\r\nName=post\r\nPort=22\r\n", world_.Entry());
 }
 
 TEST_F(RecoveredTest, ReplaceStoresOverWhateverTheEntryHolds) {
     const std::string name = Keep();
-    StoreByOthers(kTheirs);
+    world_.StoreByOthers(kKeptTheirs);
     EXPECT_EQ(ExitCode::kDone, Restore(name, {"--replace"}).exitCode);
-    EXPECT_EQ(kOurs, Entry());
+    EXPECT_EQ(kKeptOurs, world_.Entry());
 }
 
 TEST_F(RecoveredTest, EntryThatIsGoneIsMadeAnewOnlyWhenAsked) {
     const std::string name = Keep();
-    dir_.server.Apply("dn: " + Dn() + "\nchangetype: delete\n\ndn: cn=Sessions," + dir_.base +
-                      "\nchangetype: delete\n");
+    world_.server.Apply("dn: " + world_.Dn() + "\nchangetype: delete\n\ndn: cn=Sessions," +
+                        world_.base + "\nchangetype: delete\n");
     ExpectRefused(Restore(name), "--replace makes it anew", name, "(missing)");
     const ToolRun run = Restore(name, {"--replace"});
     EXPECT_EQ(ExitCode::kDone, run.exitCode) << run.errors;
-    EXPECT_EQ(kOurs, Entry());
+    EXPECT_EQ(kKeptOurs, world_.Entry());
 }
 
 TEST_F(RecoveredTest, CopyWithoutABaseIsReplacedOnlyWhenAsked) {
-    const std::string name = KeepWithoutBase();
+    // One that an ended program left.
+    const std::string server = "127.0.0.1:" + std::to_string(world_.server.Port());
+    const std::string dn = world_.Dn();
+    const std::string name = KeepOf(kKeptOurs, {.server = server, .dn = dn, .reason = "it ended"});
     EXPECT_EQ("not known", Now());
-    ExpectRefused(Restore(name), "what the copy was made from is not known", name, kBase);
-    ExpectRefused(Restore(name, {"--merge"}), "cannot be merged", name, kBase);
+    ExpectRefused(Restore(name), "what the copy was made from is not known", name, kKeptBase);
+    ExpectRefused(Restore(name, {"--merge"}), "cannot be merged", name, kKeptBase);
     EXPECT_EQ(ExitCode::kDone, Restore(name, {"--replace"}).exitCode);
-    EXPECT_EQ(kOurs, Entry());
+    EXPECT_EQ(kKeptOurs, world_.Entry());
 }
 
 TEST_F(RecoveredTest, RestoreStoresElsewhere) {
     const std::string name = Keep();
-    folder_.MakeFile("work\\other.kre", kTheirs);
+    folder_.MakeFile("work\\other.kre", kKeptTheirs);
     const ToolRun other = Restore(name, {"--to", "<Work>\\other.kre"});
     EXPECT_EQ(ExitCode::kRefused, other.exitCode);
-    EXPECT_EQ(kTheirs, Bytes("work\\other.kre"));
+    EXPECT_EQ(kKeptTheirs, Bytes("work\\other.kre"));
     EXPECT_EQ(ExitCode::kRefused, Restore(name, {"--to", "<Work>\\"}).exitCode);
     const ToolRun merged = Restore(name, {"--merge", "--to", "<Work>\\other.kre", "--dry-run"});
     EXPECT_EQ(ExitCode::kDone, merged.exitCode) << merged.errors;
     EXPECT_TRUE(IsKept(name));
     const ToolRun run = Restore(name, {"--to", "<Dir>\\New\\moved.kre"});
     EXPECT_EQ(ExitCode::kDone, run.exitCode) << run.errors;
-    EXPECT_EQ(kOurs, RunTool({"cat", "<Dir>\\New\\moved.kre"}).output);
-    EXPECT_EQ(kBase, Entry());
+    EXPECT_EQ(kKeptOurs, RunTool({"cat", "<Dir>\\New\\moved.kre"}).output);
+    EXPECT_EQ(kKeptBase, world_.Entry());
     EXPECT_THAT(RecoveredFiles(), IsEmpty());
 }
 
 TEST_F(RecoveredTest, DiffShowsTheThreeVersionsByValue) {
     const std::string name = Keep();
-    StoreByOthers(kTheirs);
+    world_.StoreByOthers(kKeptTheirs);
     const nlohmann::json diff = RunTool({"recovered", "diff", "--json", name}).Json();
     ASSERT_THAT(diff["values"], SizeIs(2));
     EXPECT_EQ("Name", diff["values"][0]["key"]);
@@ -155,7 +158,7 @@ TEST_F(RecoveredTest, DiffShowsTheThreeVersionsByValue) {
     EXPECT_TRUE(diff["values"][1]["ours"].is_null());
     EXPECT_THAT(RunTool({"recovered", "diff", name}).output, HasSubstr("SECTION"));
     EXPECT_EQ("<Dir>\\Sessions\\office.kre", diff["entry"]);
-    RemoveEntry();
+    world_.RemoveEntry();
     const ToolRun gone = RunTool({"recovered", "diff", name});
     EXPECT_EQ(ExitCode::kDone, gone.exitCode);
     EXPECT_THAT(gone.errors, HasSubstr("the entry is not there"));
@@ -171,12 +174,12 @@ TEST_F(RecoveredTest, ExportCopiesAndKeeps) {
     const std::string name = Keep();
     const ToolRun run = RunTool({"recovered", "export", name, folder_.Path()});
     EXPECT_EQ(ExitCode::kDone, run.exitCode) << run.errors;
-    EXPECT_EQ(kOurs, Bytes(name));
+    EXPECT_EQ(kKeptOurs, Bytes(name));
     EXPECT_TRUE(IsKept(name));
     EXPECT_THAT(RunTool({"recovered", "export", name, folder_.Path()}).errors,
                 HasSubstr("exists already"));
     EXPECT_EQ(ExitCode::kDone, RunTool({"recovered", "export", name, "<Work>\\a.kre"}).exitCode);
-    EXPECT_EQ(kOurs, Bytes("work\\a.kre"));
+    EXPECT_EQ(kKeptOurs, Bytes("work\\a.kre"));
 }
 
 TEST_F(RecoveredTest, DiscardDeletesWhatIsNamedAndAsksBefore) {
@@ -188,7 +191,7 @@ TEST_F(RecoveredTest, DiscardDeletesWhatIsNamedAndAsksBefore) {
     EXPECT_EQ(ExitCode::kRefused, RunTool({"recovered", "discard", "-y", name, "none"}).exitCode);
     EXPECT_THAT(RecoveredFiles(), SizeIs(2));
     EXPECT_EQ("discarded 1\n", RunTool({"recovered", "discard", "-y", name}).output);
-    EXPECT_FALSE(Exists(RecordOf(name)));
+    EXPECT_FALSE(Exists(KeptWorld::RecordOf(name)));
     EXPECT_TRUE(IsKept(other));
     EXPECT_EQ(ExitCode::kDone, RunTool({"recovered", "discard", "--all", "--yes"}).exitCode);
     EXPECT_THAT(RecoveredFiles(), IsEmpty());
@@ -222,37 +225,36 @@ TEST_F(RecoveredTest, DiscardAsksAtATerminal) {
     EXPECT_THAT(RecoveredFiles(), IsEmpty());
 }
 
-class WaitingTest : public RecoveredTest {
-protected:
-    WaitingTest() {
-        key_.Dword("Dir", "Offline1", 1);
-        CDepotPath location = Location();
-        OfflineLocation waiting(location);
-        EXPECT_EQ(0u, waiting.Queue(Dn(), Bytes(kBase), Bytes(kOurs)));
-        waiting.KeepFile(Dn("other.kre"), "x", 1);
-    }
-    static OfflineBytes Bytes(const std::string& text) { return {text.begin(), text.end()}; }
-    static std::string Name() { return List()[0]["file"]; }
-};
+using WaitingTest = RecoveredTest;
+
+// Has an edit wait for the server, beside a file that is kept, and returns its name.
+std::string LetAnEditWait(const ScratchKey& definitions, const KeptWorld& world) {
+    definitions.Dword("Dir", "Offline1", 1);
+    world.Queue();
+    const CDepotPath location = world.Location();
+    OfflineLocation(location).KeepFile(world.Dn("other.kre"), "x", 1);
+    return List()[0]["file"];
+}
 
 TEST_F(WaitingTest, EditIsListedAndDiscardedByItsName) {
+    const std::string name = LetAnEditWait(key_, world_);
     const nlohmann::json row = List()[0];
     EXPECT_EQ("waiting", row["state"]);
     EXPECT_EQ("<Dir>\\Sessions\\office.kre", row["entry"]);
     EXPECT_EQ(19, row["size"]);
     EXPECT_EQ("as it was", Now());
-    EXPECT_THAT(Restore(Name()).errors, HasSubstr("is stored by itself"));
-    EXPECT_EQ(ExitCode::kDone, RunTool({"recovered", "export", Name(), folder_.Path()}).exitCode);
-    EXPECT_EQ("post", RunTool({"recovered", "diff", "--json", Name()}).Json()["values"][0]["ours"]);
+    EXPECT_THAT(Restore(name).errors, HasSubstr("is stored by itself"));
+    EXPECT_EQ(ExitCode::kDone, RunTool({"recovered", "export", name, folder_.Path()}).exitCode);
+    EXPECT_EQ("post", RunTool({"recovered", "diff", "--json", name}).Json()["values"][0]["ours"]);
     EXPECT_EQ("discarded 0\n", RunTool({"recovered", "discard", "--all", "-y"}).output);
     ASSERT_THAT(WaitingEdits(), SizeIs(1));
-    EXPECT_EQ("discarded 1\n", RunTool({"recovered", "discard", "-y", Name()}).output);
+    EXPECT_EQ("discarded 1\n", RunTool({"recovered", "discard", "-y", name}).output);
     EXPECT_THAT(WaitingEdits(), IsEmpty());
-    EXPECT_EQ(kBase, Entry());
+    EXPECT_EQ(kKeptBase, world_.Entry());
 }
 
 TEST_F(WaitingTest, EditThatIsBeingStoredStays) {
-    const std::string name = Name();
+    const std::string name = LetAnEditWait(key_, world_);
     const EditsLock lock(OfflineFolders().front(), 0);
     ASSERT_TRUE(lock);
     const ToolRun run = RunTool({"recovered", "discard", "-y", name});
@@ -262,6 +264,7 @@ TEST_F(WaitingTest, EditThatIsBeingStoredStays) {
 }
 
 TEST_F(WaitingTest, CheckCountsWhatIsKeptOfALocation) {
+    LetAnEditWait(key_, world_);
     Keep();
     WriteLocalFile(OfflineFolders().front() + "\\x.file.damaged", "x", 1);
     const ToolRun run = RunTool({"check", "--offline", "--json", "Dir"});
@@ -279,12 +282,13 @@ TEST_F(WaitingTest, CheckCountsWhatIsKeptOfALocation) {
 }
 
 TEST_F(WaitingTest, DamagedEditIsListedAsSuch) {
+    const std::string name = LetAnEditWait(key_, world_);
     WriteLocalFile(FilesIn(OfflineFolders().front(), "*.edit").front(), "damaged", 7);
     const nlohmann::json row = List(true)[0];
     EXPECT_EQ(true, row["damaged"]);
     EXPECT_EQ("damaged", row["why"]);
-    EXPECT_EQ(ExitCode::kRefused, RunTool({"recovered", "diff", Name()}).exitCode);
-    EXPECT_EQ(ExitCode::kDone, RunTool({"recovered", "discard", "-y", Name()}).exitCode);
+    EXPECT_EQ(ExitCode::kRefused, RunTool({"recovered", "diff", name}).exitCode);
+    EXPECT_EQ(ExitCode::kDone, RunTool({"recovered", "discard", "-y", name}).exitCode);
 }
 
 }  // namespace

@@ -32,7 +32,7 @@ MATCHER_P(TakeAtMost, most, "") {
     return arg.connections <= most.connections && arg.roundTrips <= most.roundTrips;
 }
 
-class ToolRoundTripsTest : public DirectoryToolTest {
+class ToolRoundTripsTest : public ToolTest {
 protected:
     ToolRoundTripsTest() {
         key_.Dword("Dir", "Port1", relay_.Port());
@@ -57,6 +57,7 @@ protected:
         return folder_.At("tree");
     }
 
+    DirectoryDepot dir_{key_};
     Relay relay_{dir_.server.Port()};
 };
 

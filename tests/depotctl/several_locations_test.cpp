@@ -37,7 +37,7 @@ private:
     bool met_ = false;
 };
 
-class SeveralLocationsTest : public DirectoryToolTest {
+class SeveralLocationsTest : public ToolTest {
 protected:
     // Defines depots whose servers answer no log-on before all of them are asked for one.
     SeveralLocationsTest() {
@@ -66,6 +66,7 @@ protected:
         }
     }
 
+    DirectoryDepot dir_{key_};
     Meeting meeting_{3};
     std::vector<std::unique_ptr<Relay>> relays_;
 };

@@ -10,13 +10,14 @@ using testing::AllOf;
 using testing::HasSubstr;
 using testing::Not;
 
-class StoredPasswordTest : public DirectoryToolTest {
+class StoredPasswordTest : public ToolTest {
 protected:
     std::string Value(const std::string& name) const {
         const auto key = RegistryKey::Open(HKEY_CURRENT_USER, std::string(kDepotsKey) + "\\Dir");
         return key ? key->ReadString(name).value_or("(absent)") : "(no key)";
     }
 
+    DirectoryDepot dir_{key_};
     CredentialScope stored_{"Dir/1"};
 };
 

@@ -15,16 +15,7 @@ using test::seen;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-class ConnectionFailuresTest : public test::ConnectionTest {
-protected:
-    // A connection that fails in this way is told once, and the object is of no more use.
-    void ExpectEnded(CLDAPItems& items, std::uint32_t code) {
-        EXPECT_THAT(items.ConnectLocation(&text_), Fails());
-        EXPECT_EQ(code, items.LastError());
-        EXPECT_FALSE(items.IsUsable());
-        EXPECT_THAT(boxes_.Texts(), ElementsAre(MessageFor(code)));
-    }
-};
+using ConnectionFailuresTest = test::ConnectionTest;
 
 TEST_F(ConnectionFailuresTest, AbsentServerIsReportedOnceAndTheObjectStaysUnusable) {
     CLDAPItems& items = Make(WithoutServer());

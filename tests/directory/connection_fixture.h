@@ -24,12 +24,6 @@ protected:
         BindDirectoryClient(genuine);
     }
 
-    CLDAPItems& Make(const CDepotPath& location) {
-        location_ = location.Clone();
-        items_ = std::make_unique<CLDAPItems>(location_.get());
-        items_->Connection().SetPrompt(&prompt_);
-        return *items_;
-    }
     CDepotPath Anonymous() const {
         CDepotPath location = server_.Location();
         location.authentication = kAnonymousAuthentication;
@@ -41,7 +35,13 @@ protected:
         ForgetServer(location.port);
         return location;
     }
-    DirectoryInfo& Info() { return *items_->Connection().Shared().Block().Access(); }
+    // A connection that fails in this way is told once, and the object is of no more use.
+    void ExpectEnded(CLDAPItems& items, std::uint32_t code) {
+        EXPECT_THAT(items.ConnectLocation(&text_), Fails());
+        EXPECT_EQ(code, items.LastError());
+        EXPECT_FALSE(items.IsUsable());
+        EXPECT_THAT(boxes_.Texts(), testing::ElementsAre(MessageFor(code)));
+    }
 };
 
 }  // namespace depot::test

@@ -1,5 +1,5 @@
 // Which user names and passwords are used together.
-#include "directory/prompt_fixture.h"
+#include "support/directory_fixture.h"
 #include "support/results.h"
 #include "support/stored_credential.h"
 
@@ -8,7 +8,6 @@ namespace {
 
 using test::Fails;
 using test::IsDone;
-using test::PromptTest;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
@@ -31,7 +30,7 @@ CDepotPath Secured(std::uint32_t security) {
     return location;
 }
 
-using CredentialPairsTest = PromptTest;
+using CredentialPairsTest = test::DirectoryFixture;
 
 TEST_F(CredentialPairsTest, ProbeTriesNoPasswordOfSomebodyElse) {
     TypeFor(server_.Location(), test::kEditor, test::kEditorPassword);
@@ -98,7 +97,7 @@ TEST_F(CredentialPairsTest, WhatWasTypedForASecuredLocationServesNoOpenOne) {
     EXPECT_EQ(test::kEditor, Make(Secured(7)).Connection().Shared().Paired().userName);
 }
 
-class StoredCredentialsTest : public PromptTest {
+class StoredCredentialsTest : public test::DirectoryFixture {
 protected:
     CLDAPItems& MakeStored(std::uint32_t security = 0) {
         CDepotPath location = Secured(security);

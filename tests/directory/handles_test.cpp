@@ -9,21 +9,20 @@ namespace {
 using test::Fails;
 using test::IsDone;
 
-class HandlesTest : public test::DirectoryFixture {
-protected:
-    static constexpr std::size_t kRounds = 20;
+using HandlesTest = test::DirectoryFixture;
 
-    // How many handles more are open after so many calls, the first ones apart: they fill what the
-    // system and the client keep for the life of the process.
-    template <class Call>
-    static std::size_t Leftover(const Call& call) {
-        for (int round = 0; round < 3; ++round) call();
-        const std::size_t before = test::CountOpenHandles();
-        for (int round = 0; round < static_cast<int>(kRounds); ++round) call();
-        const std::size_t after = test::CountOpenHandles();
-        return after > before ? after - before : 0;
-    }
-};
+constexpr std::size_t kRounds = 20;
+
+// How many handles more are open after so many calls, the first ones apart: they fill what the
+// system and the client keep for the life of the process.
+template <class Call>
+std::size_t Leftover(const Call& call) {
+    for (int round = 0; round < 3; ++round) call();
+    const std::size_t before = test::CountOpenHandles();
+    for (int round = 0; round < static_cast<int>(kRounds); ++round) call();
+    const std::size_t after = test::CountOpenHandles();
+    return after > before ? after - before : 0;
+}
 
 TEST_F(HandlesTest, OpenConnectionIsSeenByTheCount) {
     const std::size_t before = test::CountOpenHandles();
@@ -119,7 +118,7 @@ struct Fault {
     std::size_t accesses;
 };
 
-class FaultHandlesTest : public HandlesTest {
+class FaultHandlesTest : public test::DirectoryFixture {
 protected:
     // One connection and one reading, as far as they get.
     void Work(const Fault& fault, CDepotPath& location) {

@@ -10,6 +10,19 @@
 namespace depot {
 namespace {
 
+void ReadEntry(CLDAPItems& items, const std::string& dn) {
+    const ConnectionScope scope(items.Connection());
+    FileBuffer contents;
+    ASSERT_TRUE(scope);
+    EXPECT_TRUE(items.Entries().Read(dn, contents).IsDone());
+}
+
+// What one call of the interface does.
+void ReadEntryInACall(CLDAPItems& items, const std::string& dn, int times = 1) {
+    const CallConnections call;
+    for (int time = 0; time < times; ++time) ReadEntry(items, dn);
+}
+
 class KeptConnectionTest : public test::DirectoryFixture {
 protected:
     KeptConnectionTest() {
@@ -20,17 +33,8 @@ protected:
         server_.AddFile("a.kra", base_, "1");
     }
 
-    // What one call of the interface does.
-    void ReadInACall(int times = 1) {
-        const CallConnections call;
-        for (int time = 0; time < times; ++time) Read();
-    }
-    void Read() {
-        const ConnectionScope scope(items_->Connection());
-        FileBuffer contents;
-        ASSERT_TRUE(scope);
-        EXPECT_TRUE(items_->Entries().Read(Dn("a.kra"), contents).IsDone());
-    }
+    void ReadInACall(int times = 1) { ReadEntryInACall(*items_, Dn("a.kra"), times); }
+    void Read() { ReadEntry(*items_, Dn("a.kra")); }
     int Connections() const { return relay_.Counts().connections; }
 
     test::Relay relay_{server_.Port()};
@@ -139,17 +143,16 @@ TEST_F(KeptConnectionTest, OtherCredentialsGetTheirOwnConnection) {
 }
 
 // The editor's password is changed while a connection is kept. Who is bound already stays so.
-class ChangedPasswordTest : public KeptConnectionTest {
+class ChangedPasswordTest : public test::DirectoryFixture {
 protected:
     ChangedPasswordTest() {
-        location_ = own_.Location().Clone();
-        location_->port = ownRelay_.Port();
-        location_->keepConnection = 60;
+        CDepotPath location = own_.Location();
+        location.port = ownRelay_.Port();
+        location.keepConnection = 60;
         test::ForgetServer(ownRelay_.Port());
         base_ = test::kSuffix;
         own_.AddFile("a.kra", base_, "1");
-        items_ = std::make_unique<CLDAPItems>(location_.get());
-        items_->Connection().SetPrompt(&prompt_);
+        Make(location);
         ReadInACall();
         own_.Apply(std::string("dn: ") + test::kEditor +
                    "\nchangetype: modify\nreplace: userPassword\nuserPassword: other\n");
@@ -157,6 +160,7 @@ protected:
         EXPECT_EQ(1, ownRelay_.Counts().connections);
         prompt_.Type(test::kEditor, "other");
     }
+    void ReadInACall() { ReadEntryInACall(*items_, Dn("a.kra")); }
     void ExpectOneQuestion() {
         EXPECT_EQ(1u, prompt_.shown.size());
         EXPECT_EQ(std::vector<std::string>{test::MessageFor(LDAP_INVALID_CREDENTIALS)},

@@ -1,7 +1,7 @@
 // Log-ons that fail for reasons which no credentials mend, and the uses that follow.
 #include "directory/call_connections.h"
 #include "directory/connection_scope.h"
-#include "directory/prompt_fixture.h"
+#include "support/directory_fixture.h"
 #include "support/relay.h"
 #include "support/results.h"
 
@@ -17,7 +17,7 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 
 // The server of a depot, which goes away and comes back.
-class OutageTest : public test::PromptTest {
+class OutageTest : public test::DirectoryFixture {
 protected:
     OutageTest() { ForgetServer(own_.Port()); }
 
@@ -124,7 +124,7 @@ TEST_F(OutageTest, ServerThatWantsASecuredConnectionIsNoReasonToStopAsking) {
 }
 
 // What was typed for one server of a depot, offered to the next one.
-class ServersBesideTest : public test::PromptTest {
+class ServersBesideTest : public test::DirectoryFixture {
 protected:
     ServersBesideTest() { ForgetServer(replica_.Port()); }
 

@@ -2,8 +2,9 @@
 #include <cstring>
 #include <random>
 
-#include "directory/prompt_fixture.h"
+#include "directory/taken_block.h"
 #include "support/child_process.h"
+#include "support/others_object.h"
 #include "support/results.h"
 
 namespace depot {
@@ -14,9 +15,10 @@ using test::ForgetServer;
 using test::IsCode;
 using test::IsDone;
 using test::MessageFor;
-using test::PromptTest;
 using testing::ElementsAre;
 using testing::IsEmpty;
+
+using PromptTest = test::DirectoryFixture;
 
 // Another process connects anonymously. The exit code holds what it saw: 1 for a connection, 2 for
 // each prompt.
@@ -218,7 +220,7 @@ TEST_F(PromptTest, SecondFailureThatNoPromptCouldChangeIsFinal) {
 
 TEST_F(PromptTest, WithoutASharedBlockTheRecordStillServes) {
     Make(test::kEditor, "wrong");
-    TakeTheBlocksName();
+    const UniqueHandle taken = test::TakeTheBlocksName(place_);
     items_->SetUserName("anna");
     items_->SetPassword("secret");
     EXPECT_EQ("anna", items_->GetUserName());
@@ -240,12 +242,16 @@ TEST_F(PromptTest, LogOnThatSomebodyElsePlantedIsNotUsed) {
     location.username.clear();
     location.password.clear();
     Make(location);
-    PlantABlock(std::string(reinterpret_cast<const char*>(&planted), sizeof(planted)));
+    // Somebody else was there before, with a block for this server.
+    const test::OthersBlock others(
+        "Quillon - Depot - LDAP Info - " + ServerKey(location_->host, location_->port),
+        test::kOfSomebodyElse,
+        std::string(reinterpret_cast<const char*>(&planted), sizeof(planted)));
     EXPECT_EQ("", items_->GetSharedUserName());
     EXPECT_EQ("", items_->GetSharedPassword());
     items_->SetPassword("secret");
     EXPECT_EQ(std::string(reinterpret_cast<const char*>(&planted), sizeof(planted)),
-              planted_->Contents(sizeof(planted)));
+              others.Contents(sizeof(planted)));
 }
 
 TEST_F(PromptTest, RandomSharedBlockGivesBoundedTexts) {

@@ -1,5 +1,5 @@
 // A server that sends the client on to another one.
-#include "directory/connection_fixture.h"
+#include "support/directory_fixture.h"
 
 namespace depot {
 namespace {
@@ -10,7 +10,7 @@ using test::IsCode;
 using test::IsDone;
 
 // The second server, which sees whether anyone comes.
-class ReferralsTest : public test::ConnectionTest {
+class ReferralsTest : public test::DirectoryFixture {
 protected:
     ReferralsTest() {
         other_.AddFolder("Away", test::kSuffix);

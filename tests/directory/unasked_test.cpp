@@ -1,7 +1,7 @@
 // What is tried without a prompt, and what happens where nobody can be asked.
 #include <functional>
 
-#include "directory/prompt_fixture.h"
+#include "directory/taken_block.h"
 #include "platform/user_notice.h"
 #include "support/child_process.h"
 #include "support/results.h"
@@ -14,7 +14,6 @@ using test::ForgetServer;
 using test::IsCode;
 using test::IsDone;
 using test::MessageFor;
-using test::PromptTest;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -61,7 +60,7 @@ int AskForAPassword(const test::Arguments& arguments) {
 }
 const test::RoleRegistration askForAPassword("ask-for-a-password", &AskForAPassword);
 
-class UnaskedTest : public PromptTest {
+class UnaskedTest : public test::DirectoryFixture {
 protected:
     // Another object, as another process has one, logs on to the same server.
     void LogOnElsewhere() const {
@@ -138,7 +137,7 @@ TEST_F(UnaskedTest, SharedCredentialsThatFailAreAskedFor) {
 
 TEST_F(UnaskedTest, WithoutASharedBlockAWrongPasswordIsAskedFor) {
     Make(test::kEditor, "wrong");
-    TakeTheBlocksName();
+    const UniqueHandle taken = test::TakeTheBlocksName(place_);
     prompt_.Type(test::kEditor, test::kEditorPassword);
     server_.Mark();
     EXPECT_THAT(items_->ConnectLocation(&text_), IsDone());
@@ -244,7 +243,7 @@ TEST_F(UnaskedTest, InstalledPromptServesEveryConnectionAsLongAsItIsInstalled) {
 }
 
 // A probe is answered by what is known, and leaves no trace of a failure.
-class QuietConnectionTest : public PromptTest {
+class QuietConnectionTest : public test::DirectoryFixture {
 protected:
     void ExpectQuietFailure(CLDAPItems& items, std::uint32_t code) {
         EXPECT_THAT(items.ConnectQuietly(), Fails());

@@ -1,5 +1,4 @@
 // Files and folders anywhere: the same calls on a depot of either kind and beside the depots.
-#include "component/api2.h"
 #include "directory_component/stores_fixture.h"
 
 namespace depot::test {
@@ -9,43 +8,17 @@ using testing::IsEmpty;
 
 constexpr wchar_t kJapanese[] = L"\u4E88\u5B9A\u8868";
 
-class AnywhereTest : public StoresTest {
-protected:
-    bool Exists(const std::string& path, LONG_PTR session) {
-        OutBool answer;
-        EXPECT_THAT(api2_->Exists(session, Bstr(path), answer), IsOk());
-        return answer.IsTrue();
-    }
-    bool Exists(const std::string& path) { return Exists(path, Client()); }
-    HRESULT Write(const std::string& path, std::wstring_view text,
-                  TEXT_ENCODING encoding = TEXT_AS_IT_IS) {
-        OutBool done;
-        const HRESULT result = api2_->WriteText(Client(), Bstr(path), Bstr(text), encoding, done);
-        EXPECT_EQ(result == S_OK, done.IsTrue());
-        return result;
-    }
-    std::wstring Read(const std::string& path) {
-        OutText text;
-        const HRESULT result = api2_->ReadText(Client(), Bstr(path), text);
-        EXPECT_EQ(result == S_OK, !text.IsNull());
-        return text.Value();
-    }
-    // An attribute of a directory is never empty.
-    std::string Empty() const { return InDirectory() ? " " : ""; }
-    DWORD LastCode() { return static_cast<DWORD>(LastErrorOf(*api2_, Client()).code); }
-
-    const Com<IDepotIntrApi2> api2_ = Api2Of(*api_);
-};
+using AnywhereTest = StoresTest;
 
 TEST_P(AnywhereTest, ExistsKnowsFilesFoldersAndRoots) {
     store_.MakeFile("Sub\\a.kra", "1");
-    for (const char* name : {"", "Sub", "Sub\\a.kra"}) EXPECT_TRUE(Exists(Path(name))) << name;
-    EXPECT_FALSE(Exists(Path("Sub\\b.kra")));
-    EXPECT_FALSE(Exists(Path("None\\a.kra")));
+    for (const char* name : {"", "Sub", "Sub\\a.kra"}) EXPECT_TRUE(IsThere(Path(name))) << name;
+    EXPECT_FALSE(IsThere(Path("Sub\\b.kra")));
+    EXPECT_FALSE(IsThere(Path("None\\a.kra")));
     EXPECT_EQ(0u, LastCode());
-    EXPECT_TRUE(Exists(Path("Sub\\a.kra"), 0));
-    EXPECT_TRUE(Exists(folder_.MakeFile("plain.txt", "x")));
-    EXPECT_FALSE(Exists(folder_.At("none.txt")));
+    EXPECT_TRUE(IsThere(Path("Sub\\a.kra"), 0));
+    EXPECT_TRUE(IsThere(folder_.MakeFile("plain.txt", "x")));
+    EXPECT_FALSE(IsThere(folder_.At("none.txt")));
     EXPECT_THAT(boxes_.Texts(), IsEmpty());
 }
 
@@ -93,7 +66,7 @@ TEST_P(AnywhereTest, WritablePlacesAreFoundByTryingAndLeftAsTheyWere) {
         EXPECT_TRUE(answer.IsTrue());
     }
     EXPECT_EQ("1", store_.Bytes("a.kra"));
-    EXPECT_FALSE(Exists(Path("new.kra")));
+    EXPECT_FALSE(IsThere(Path("new.kra")));
     EXPECT_THAT(api2_->IsWritable(Client(), Bstr(folder_.At("none\\a.txt")), answer), IsRefused());
     EXPECT_TRUE(answer.IsFalse());
     EXPECT_NE(0u, LastCode());

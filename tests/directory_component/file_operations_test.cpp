@@ -12,25 +12,7 @@ namespace {
 
 constexpr char kProfile[] = "[S]\r\nK=1\r\n";
 
-class FileOperationsTest : public StoresTest {
-protected:
-    void ExpectNotRenamed(const std::string& from, const std::string& to) {
-        SCOPED_TRACE(from + " to " + to);
-        const StoreContents before = store_.Contents();
-        EXPECT_THAT(Rename(from, to), IsRefused());
-        EXPECT_EQ(before, store_.Contents());
-    }
-    // Makes a numbered copy and returns its path.
-    std::wstring MakeCopy(const std::string& source, HRESULT expected = S_OK) {
-        OutText copy;
-        EXPECT_EQ(expected, api_->DPMakeCopyFromSrcFile(Client(), Text(source), copy));
-        return copy.Value();
-    }
-    HRESULT CopyOut(const std::string& source, const std::string& target,
-                    VARIANT_BOOL failIfExists = VARIANT_FALSE) {
-        return api_->DPCopyFileToLocalFS(Client(), Text(source), Text(target), failIfExists);
-    }
-};
+using FileOperationsTest = StoresTest;
 
 TEST_P(FileOperationsTest, RenamedFileHasItsNewNameAndPlace) {
     store_.MakeFile("a.kra", "1");

@@ -18,73 +18,80 @@ namespace {
 constexpr char kFile[] = "<Corp>\\a.kra";
 
 // Two servers that hold one depot. Nobody is asked anything: no dialog is registered.
-class OutagesTest : public ComponentTest {
-protected:
-    OutagesTest() {
-        DefineDirectoryDepot(depots_, "Corp", first_.Port(), kSuffix);
-        ForgetServer(second_.Port());
-        depots_.Text("Corp", "Path2", kSuffix);
-        depots_.Dword("Corp", "Type2", kDirectoryLocation);
-        depots_.Text("Corp", "Host2", "127.0.0.1");
-        depots_.Dword("Corp", "Port2", second_.Port());
-        depots_.Dword("Corp", "Authentication2", kSimpleAuthentication);
-        depots_.Text("Corp", "Username2", kEditor);
-        depots_.Text("Corp", "Password2", kEditorPassword);
-        first_.AddFile("a.kra", kSuffix, "[S]\r\nK=first\r\n");
-        second_.AddFile("a.kra", kSuffix, "[S]\r\nK=second\r\n");
+class OutageWorld {
+public:
+    explicit OutageWorld(const ScratchKey& depots) {
+        DefineDirectoryDepot(depots, "Corp", first.Port(), kSuffix);
+        ForgetServer(second.Port());
+        depots.Text("Corp", "Path2", kSuffix);
+        depots.Dword("Corp", "Type2", kDirectoryLocation);
+        depots.Text("Corp", "Host2", "127.0.0.1");
+        depots.Dword("Corp", "Port2", second.Port());
+        depots.Dword("Corp", "Authentication2", kSimpleAuthentication);
+        depots.Text("Corp", "Username2", kEditor);
+        depots.Text("Corp", "Password2", kEditorPassword);
+        first.AddFile("a.kra", kSuffix, "[S]\r\nK=first\r\n");
+        second.AddFile("a.kra", kSuffix, "[S]\r\nK=second\r\n");
     }
 
-    // Runs it on a thread in an apartment of its own.
-    template <class Work>
-    static void InApartment(DWORD kind, const Work& work) {
-        std::thread([&] {
-            const Apartment apartment(kind);
-            const Com<IDepotIntrApi> api = test::CreateApi();
-            ASSERT_TRUE(api);
-            work(*api);
-        }).join();
-    }
-
-    // What a client reads, empty where the file cannot be loaded.
-    static std::wstring Load(IDepotIntrApi& api, Session& session) {
-        if (api.DPLoadFile(session.Address(), Text(kFile)) != S_OK) return {};
-        OutText value;
-        EXPECT_THAT(
-            api.DPGetProfileString(session, Text("S"), Text("K"), Text("(none)"), value, 100),
-            IsOk());
-        return value.Value();
-    }
-
-    DirectoryServer first_, second_;
-    const BoxLog boxes_;
-    const CleanWorkingFiles clean_;
+    DirectoryServer first, second;
+    const BoxLog boxes;
+    const CleanWorkingFiles clean;
 };
 
-class OutagesInApartmentsTest : public OutagesTest, public testing::WithParamInterface<DWORD> {};
+// Runs it on a thread in an apartment of its own.
+template <class Work>
+void InApartment(DWORD kind, const Work& work) {
+    std::thread([&] {
+        const Apartment apartment(kind);
+        const Com<IDepotIntrApi> api = test::CreateApi();
+        ASSERT_TRUE(api);
+        work(*api);
+    }).join();
+}
+
+// What a client reads, empty where the file cannot be loaded.
+std::wstring Load(IDepotIntrApi& api, Session& session) {
+    if (api.DPLoadFile(session.Address(), Text(kFile)) != S_OK) return {};
+    OutText value;
+    EXPECT_THAT(api.DPGetProfileString(session, Text("S"), Text("K"), Text("(none)"), value, 100),
+                IsOk());
+    return value.Value();
+}
+
+class OutagesTest : public ComponentTest {
+protected:
+    OutageWorld world_{depots_};
+};
+
+class OutagesInApartmentsTest : public ComponentTest, public testing::WithParamInterface<DWORD> {
+protected:
+    OutageWorld world_{depots_};
+};
 
 TEST_P(OutagesInApartmentsTest, FirstServerThatIsDownAtTheStartIsReplacedByTheSecond) {
-    first_.Stop();
+    world_.first.Stop();
     InApartment(GetParam(), [&](IDepotIntrApi& api) {
         Session session(api);
         EXPECT_EQ(L"second", Load(api, session));
-        first_.Continue();
+        world_.first.Continue();
         // The session stays where it is; the next one begins anew.
         EXPECT_EQ(L"second", Load(api, session));
         Session next(api);
         EXPECT_EQ(L"first", Load(api, next));
     });
-    EXPECT_THAT(boxes_.Boxes(), testing::IsEmpty());
+    EXPECT_THAT(world_.boxes.Boxes(), testing::IsEmpty());
 }
 
 TEST_P(OutagesInApartmentsTest, FirstServerThatGoesInTheMiddleFailsUntilItIsBack) {
     InApartment(GetParam(), [&](IDepotIntrApi& api) {
         Session session(api);
         EXPECT_EQ(L"first", Load(api, session));
-        first_.Stop();
+        world_.first.Stop();
         EXPECT_EQ(L"(none)", Load(api, session));
         Session next(api);
         EXPECT_EQ(L"second", Load(api, next));
-        first_.Continue();
+        world_.first.Continue();
         EXPECT_EQ(L"first", Load(api, session));
     });
 }
@@ -93,13 +100,13 @@ TEST_P(OutagesInApartmentsTest, EditThatMeetsTheOutageIsStoredOnceTheServerIsBac
     InApartment(GetParam(), [&](IDepotIntrApi& api) {
         Session session(api);
         ASSERT_EQ(L"first", Load(api, session));
-        first_.Stop();
+        world_.first.Stop();
         EXPECT_THAT(api.DPSetProfileString(session, Text("S"), Text("K"), Text("new")), IsOk());
-        first_.Continue();
+        world_.first.Continue();
         EXPECT_THAT(api.DPFlushFile(session), IsOk());
         EXPECT_EQ(L"new", Load(api, session));
     });
-    EXPECT_THAT(boxes_.Boxes(), testing::IsEmpty());
+    EXPECT_THAT(world_.boxes.Boxes(), testing::IsEmpty());
 }
 
 INSTANTIATE_TEST_SUITE_P(Apartments, OutagesInApartmentsTest,
@@ -112,8 +119,8 @@ INSTANTIATE_TEST_SUITE_P(Apartments, OutagesInApartmentsTest,
 // A morning after an outage: every client is a thread with an apartment and a session.
 TEST_F(OutagesTest, ManyClientsThatStartAtOnceAfterAnOutageAllWork) {
     constexpr int kClients = 200;
-    first_.Stop();
-    first_.Continue();
+    world_.first.Stop();
+    world_.first.Continue();
     std::atomic<int> working = 0;
     std::atomic<bool> isOpen = false;
     std::vector<std::thread> clients;
@@ -133,7 +140,7 @@ TEST_F(OutagesTest, ManyClientsThatStartAtOnceAfterAnOutageAllWork) {
     std::cout << "the last of " << kClients << " clients worked after "
               << std::chrono::duration_cast<std::chrono::milliseconds>(taken).count() << " ms\n";
     EXPECT_EQ(kClients, working);
-    EXPECT_THAT(boxes_.Boxes(), testing::IsEmpty());
+    EXPECT_THAT(world_.boxes.Boxes(), testing::IsEmpty());
 }
 
 TEST_F(OutagesTest, WholeTextStaysWhileNoServerAnswersAndNoBoxIsShown) {
@@ -143,8 +150,8 @@ TEST_F(OutagesTest, WholeTextStaysWhileNoServerAnswersAndNoBoxIsShown) {
     ASSERT_THAT(api2->Quiet(session, VARIANT_TRUE, answer), IsOk());
     ASSERT_THAT(api2->WriteText(session, Bstr(L"<Corp>\\b.txt"), Bstr(L"old"), TEXT_ANSI, answer),
                 IsOk());
-    first_.Stop();
-    second_.Stop();
+    world_.first.Stop();
+    world_.second.Stop();
     EXPECT_THAT(api2->WriteText(session, Bstr(L"<Corp>\\b.txt"), Bstr(L"new"), TEXT_ANSI, answer),
                 IsRefused());
     EXPECT_TRUE(answer.IsFalse());
@@ -156,11 +163,11 @@ TEST_F(OutagesTest, WholeTextStaysWhileNoServerAnswersAndNoBoxIsShown) {
                 IsRefused());
     EXPECT_TRUE(answer.IsFalse());
     EXPECT_FALSE(Exists(folder_.At("b.txt")));
-    first_.Continue();
+    world_.first.Continue();
     OutText text;
     EXPECT_THAT(api2->ReadText(session, Bstr(L"<Corp>\\b.txt"), text), IsOk());
     EXPECT_EQ(L"old", text.Value());
-    EXPECT_THAT(boxes_.Boxes(), testing::IsEmpty());
+    EXPECT_THAT(world_.boxes.Boxes(), testing::IsEmpty());
 }
 
 }  // namespace

@@ -7,24 +7,7 @@
 namespace depot::test {
 namespace {
 
-class PublishStoresTest : public StoresTest {
-protected:
-    // Makes the profile "Sub\p.kra" with these lines and loads it.
-    void LoadProfile(int count, const std::string& clients) {
-        // What was published before is stored first.
-        session_.reset();
-        store_.MakeFile("Sub\\p.kra", "[Skein]\r\nCount=" + std::to_string(count) +
-                                          "\r\n[Clients]\r\n" + clients +
-                                          "[Server]\r\nConfiguration File=s.cfg\r\nOther=1\r\n");
-        Load(Path("Sub\\p.kra"));
-    }
-    void Publish(int count, const std::string& clients) {
-        LoadProfile(count, clients);
-        EXPECT_THAT(api_->DPPublishSkesDepFiles(Client()), IsOk());
-    }
-    std::wstring Entry(const wchar_t* key) { return Value(L"Clients", key); }
-    void ExpectOnlyTheProfile() { EXPECT_EQ(1u, store_.Contents("Sub").size()); }
-};
+using PublishStoresTest = StoresTest;
 
 TEST_P(PublishStoresTest, ClientsOfEveryStoreAreCopiedBesideTheProfile) {
     work_.MakeFile("w.cfg", "one");
@@ -72,7 +55,7 @@ TEST_P(PublishStoresTest, EntriesOfTheResourceFolderKeepTheirNamesAndCopyNothing
     EXPECT_EQ(L"Sub\\x.cfg", Entry(L"C5"));
     // Only the small letter stands for the resource folder.
     EXPECT_EQ(WidePath("Sub\\U:x.cfg"), Entry(L"C6"));
-    ExpectOnlyTheProfile();
+    EXPECT_EQ(1u, store_.Contents("Sub").size());
 }
 
 TEST_P(PublishStoresTest, MissingAndEmptyEntriesAreRewrittenAndCopyNothing) {
@@ -80,7 +63,7 @@ TEST_P(PublishStoresTest, MissingAndEmptyEntriesAreRewrittenAndCopyNothing) {
     EXPECT_EQ(WidePath("Sub\\none.cfg"), Entry(L"C1"));
     EXPECT_EQ(WidePath("Sub\\"), Entry(L"C2"));
     EXPECT_EQ(WidePath("Sub\\x.cfg"), Entry(L"C3"));
-    ExpectOnlyTheProfile();
+    EXPECT_EQ(1u, store_.Contents("Sub").size());
 }
 
 TEST_P(PublishStoresTest, EntriesAreReadUpTo259Characters) {
@@ -113,7 +96,7 @@ TEST_P(PublishStoresTest, FolderThatAProfileNamesIsNotCopied) {
     Publish(6, "C1=" + folder_.At("private") + "\r\nC2=" + folder_.At("private") +
                    "\\\r\nC3=<Work>\\private.kra\r\nC4=<Corp>\\private.krx\r\nC5=" +
                    folder_.At("empty") + "\r\nC6=" + folder_.At("private") + "\\*.*\r\n");
-    ExpectOnlyTheProfile();
+    EXPECT_EQ(1u, store_.Contents("Sub").size());
     // The entry is rewritten all the same.
     EXPECT_EQ(WidePath("Sub\\private"), Entry(L"C1"));
     // Whatever its extension, a file is copied.
@@ -186,7 +169,7 @@ TEST_P(PublishStoresTest, WithoutClientsOnlyTheServersEntryIsWritten) {
         EXPECT_EQ(L"x.cfg", Entry(L"C1"));
         EXPECT_EQ(L"(default)", Value(L"Server", L"Configuration File"));
     }
-    ExpectOnlyTheProfile();
+    EXPECT_EQ(1u, store_.Contents("Sub").size());
 }
 
 // The file cannot be written meanwhile: rewriting it ten thousand times would take a minute.

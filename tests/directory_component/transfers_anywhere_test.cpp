@@ -1,6 +1,4 @@
 // Listing, copying, moving and making anywhere: in a depot of either kind and beside the depots.
-#include "component/api2.h"
-#include "component/progress_object.h"
 #include "directory_component/stores_fixture.h"
 
 namespace depot::test {
@@ -11,51 +9,7 @@ using testing::IsEmpty;
 using testing::SizeIs;
 using testing::UnorderedElementsAre;
 
-class TransfersAnywhereTest : public StoresTest {
-protected:
-    HRESULT Copy(const std::string& from, const std::string& to,
-                 VARIANT_BOOL mayExist = VARIANT_FALSE, VARIANT progress = LeftOutArgument()) {
-        OutBool done;
-        const HRESULT result =
-            api2_->Copy(Client(), Bstr(from), Bstr(to), mayExist, progress, done);
-        EXPECT_EQ(result == S_OK, done.IsTrue());
-        return result;
-    }
-    HRESULT Move(const std::string& from, const std::string& to,
-                 VARIANT_BOOL mayExist = VARIANT_FALSE, VARIANT progress = LeftOutArgument()) {
-        OutBool done;
-        const HRESULT result =
-            api2_->Move(Client(), Bstr(from), Bstr(to), mayExist, progress, done);
-        EXPECT_EQ(result == S_OK, done.IsTrue());
-        return result;
-    }
-    HRESULT MakeFolder(const std::string& path, VARIANT_BOOL mayExist = VARIANT_FALSE) {
-        OutBool done;
-        const HRESULT result = api2_->MakeFolder(Client(), Bstr(path), mayExist, done);
-        EXPECT_EQ(result == S_OK, done.IsTrue());
-        return result;
-    }
-    std::vector<std::wstring> Find(const std::string& folder, const std::string& extensions = {},
-                                   FIND_WHAT what = FIND_FILES) {
-        VARIANT paths;
-        V_VT(&paths) = VT_BSTR;  // junk that a method has to replace
-        EXPECT_THAT(api2_->Find(Client(), Bstr(folder), Bstr(extensions), what, &paths), IsOk());
-        return TextsOf(paths);
-    }
-    bool IsThere(const std::string& path) {
-        OutBool answer;
-        EXPECT_THAT(api2_->Exists(Client(), Bstr(path), answer), IsOk());
-        return answer.IsTrue();
-    }
-    DWORD LastCode() { return static_cast<DWORD>(LastErrorOf(*api2_, Client()).code); }
-
-    // Every other kind of place.
-    std::string Other(const std::string& name) const {
-        return (InDirectory() ? "<Work>\\" : "<Corp>\\") + name;
-    }
-    TestFolder& other_ = InDirectory() ? static_cast<TestFolder&>(work_) : corp_;
-    const Com<IDepotIntrApi2> api2_ = Api2Of(*api_);
-};
+using TransfersAnywhereTest = StoresTest;
 
 TEST_P(TransfersAnywhereTest, FindListsFilesByTheirExtensions) {
     store_.MakeFile("a.kra", "1");
@@ -96,7 +50,7 @@ TEST_P(TransfersAnywhereTest, CopyGoesBetweenAnyTwoPlaces) {
     store_.MakeFile("a.kra", "1");
     EXPECT_THAT(Copy(Path("a.kra"), Path("Sub\\b.kra")), IsOk());
     EXPECT_EQ("1", store_.Bytes("Sub\\b.kra"));
-    EXPECT_THAT(Copy(Path("a.kra"), Other("a.kra")), IsOk());
+    EXPECT_THAT(Copy(Path("a.kra"), other_.Path("a.kra")), IsOk());
     EXPECT_EQ("1", other_.Bytes("a.kra"));
     EXPECT_THAT(Copy(Path("a.kra"), folder_.At("a.kra")), IsOk());
     EXPECT_EQ("1", FileBytes(folder_.At("a.kra")));
@@ -109,7 +63,7 @@ TEST_P(TransfersAnywhereTest, WhatIsThereIsReplacedOnlyWhenItMay) {
     store_.MakeFile("a.kra", "new");
     other_.MakeFile("a.kra", "old");
     store_.MakeFile("Sub\\a.kra", "old");
-    for (const std::string& target : {Other("a.kra"), Path("Sub\\a.kra")}) {
+    for (const std::string& target : {other_.Path("a.kra"), Path("Sub\\a.kra")}) {
         EXPECT_THAT(Copy(Path("a.kra"), target), IsRefused());
         EXPECT_EQ(ERROR_FILE_EXISTS, LastCode());
         EXPECT_THAT(Move(Path("a.kra"), target), IsRefused());
@@ -117,7 +71,7 @@ TEST_P(TransfersAnywhereTest, WhatIsThereIsReplacedOnlyWhenItMay) {
     }
     EXPECT_EQ("old", other_.Bytes("a.kra"));
     EXPECT_EQ("old", store_.Bytes("Sub\\a.kra"));
-    EXPECT_THAT(Copy(Path("a.kra"), Other("a.kra"), VARIANT_TRUE), IsOk());
+    EXPECT_THAT(Copy(Path("a.kra"), other_.Path("a.kra"), VARIANT_TRUE), IsOk());
     EXPECT_EQ("new", other_.Bytes("a.kra"));
     EXPECT_THAT(Move(Path("a.kra"), Path("Sub\\a.kra"), VARIANT_TRUE), IsOk());
     EXPECT_EQ("new", store_.Bytes("Sub\\a.kra"));
@@ -138,15 +92,15 @@ TEST_P(TransfersAnywhereTest, FileAndFolderNeverReplaceEachOther) {
 TEST_P(TransfersAnywhereTest, TreesAreCopiedAndMovedWhole) {
     store_.MakeFile("Sub\\a.kra", "1");
     store_.MakeFile("Sub\\Deep\\b.kra", "2");
-    EXPECT_THAT(Copy(Path("Sub"), Other("Copy")), IsOk());
+    EXPECT_THAT(Copy(Path("Sub"), other_.Path("Copy")), IsOk());
     EXPECT_EQ("2", other_.Bytes("Copy\\Deep\\b.kra"));
-    EXPECT_THAT(Move(Path("Sub"), Other("Moved")), IsOk());
+    EXPECT_THAT(Move(Path("Sub"), other_.Path("Moved")), IsOk());
     EXPECT_EQ("1", other_.Bytes("Moved\\a.kra"));
     EXPECT_EQ("2", other_.Bytes("Moved\\Deep\\b.kra"));
     EXPECT_FALSE(IsThere(Path("Sub")));
-    EXPECT_THAT(Move(Other("Moved"), Other("Again")), IsOk());
+    EXPECT_THAT(Move(other_.Path("Moved"), other_.Path("Again")), IsOk());
     EXPECT_EQ("2", other_.Bytes("Again\\Deep\\b.kra"));
-    EXPECT_FALSE(IsThere(Other("Moved")));
+    EXPECT_FALSE(IsThere(other_.Path("Moved")));
 }
 
 TEST_P(TransfersAnywhereTest, MoveGivesAFileItsNameInOtherLetters) {
@@ -162,7 +116,7 @@ TEST_P(TransfersAnywhereTest, NothingGoesIntoItselfAndRootsStay) {
     EXPECT_THAT(Copy(Path("Sub\\a.kra"), Path("Sub\\a.kra"), VARIANT_TRUE), IsRefused());
     for (const std::string& root : {Path(""), std::string(InDirectory() ? "<Corp>" : "<Work>")}) {
         EXPECT_THAT(Move(root, folder_.At("root")), IsRefused());
-        EXPECT_THAT(Move(root, Other("root")), IsRefused());
+        EXPECT_THAT(Move(root, other_.Path("root")), IsRefused());
         EXPECT_THAT(Copy(root, folder_.At("")), IsRefused());
     }
     EXPECT_THAT(Move(folder_.At("Work"), folder_.At("root")), IsRefused());
@@ -172,9 +126,9 @@ TEST_P(TransfersAnywhereTest, NothingGoesIntoItselfAndRootsStay) {
 TEST_P(TransfersAnywhereTest, MissingSourceChangesNothing) {
     other_.MakeFile("a.kra", "old");
     for (const VARIANT_BOOL mayExist : {VARIANT_FALSE, VARIANT_TRUE}) {
-        EXPECT_THAT(Copy(Path("none.kra"), Other("a.kra"), mayExist), IsRefused());
+        EXPECT_THAT(Copy(Path("none.kra"), other_.Path("a.kra"), mayExist), IsRefused());
         EXPECT_EQ(ERROR_FILE_NOT_FOUND, LastCode());
-        EXPECT_THAT(Move(Path("none.kra"), Other("a.kra"), mayExist), IsRefused());
+        EXPECT_THAT(Move(Path("none.kra"), other_.Path("a.kra"), mayExist), IsRefused());
         EXPECT_EQ(ERROR_FILE_NOT_FOUND, LastCode());
     }
     EXPECT_EQ("old", other_.Bytes("a.kra"));
@@ -232,12 +186,12 @@ TEST_P(TransfersAnywhereTest, ProgressThatReturnsFalseOrFailsStopsTheTransfer) {
         EXPECT_THAT(Copy(Path("Sub"), folder_.At("out"), VARIANT_TRUE, progress.AsVariant()),
                     IsRefused());
         EXPECT_EQ(ERROR_CANCELLED, LastCode());
-        EXPECT_THAT(Move(Path("Sub"), Other("Moved"), VARIANT_FALSE, progress.AsVariant()),
+        EXPECT_THAT(Move(Path("Sub"), other_.Path("Moved"), VARIANT_FALSE, progress.AsVariant()),
                     IsRefused());
         EXPECT_EQ("1", store_.Bytes("Sub\\a.kra"));
         EXPECT_EQ("2", store_.Bytes("Sub\\b.kra"));
-        EXPECT_THAT(api_->DPDeleteFile(Client(), Text(Other("Moved\\a.kra"))), testing::_);
-        EXPECT_THAT(api_->DPDeleteFile(Client(), Text(Other("Moved\\b.kra"))), testing::_);
+        EXPECT_THAT(api_->DPDeleteFile(Client(), Text(other_.Path("Moved\\a.kra"))), testing::_);
+        EXPECT_THAT(api_->DPDeleteFile(Client(), Text(other_.Path("Moved\\b.kra"))), testing::_);
         RemoveDirectoryA(folder_.At("Work\\Moved").c_str());
         static_cast<void>(api_->DPDeleteFile(Client(), Text("<Corp>\\Moved")));
     }

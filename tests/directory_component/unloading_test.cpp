@@ -64,6 +64,11 @@ protected:
         }
         return session;
     }
+    // Leaves a changed file behind whose server has gone.
+    void ForgetWithoutAServer() {
+        Forget("a.kra", true);
+        server_.Disturb(relay_, "close");
+    }
     bool IsLive(LONG_PTR session) {
         return library_->CreateApi()->DPSetSelItemPath(session, Text("x")) == S_OK;
     }
@@ -147,9 +152,8 @@ TEST_F(DirectoryUnloadingTest, FreedDllDoesNotTurnPromptingOff) {
 }
 
 TEST_F(DirectoryUnloadingTest, AskedDllThatCannotAskTheUserDoesNotTurnPromptingOff) {
-    Forget("a.kra", true);
     // The bind fails, and there is no dialog to ask for other credentials.
-    server_.Disturb(relay_, "close");
+    ForgetWithoutAServer();
     const BoxesOf boxes(*library_);
     EXPECT_THAT(library_->CanUnloadNow(), IsOk());
     EXPECT_EQ(0u, Info().noPrompt);
@@ -159,8 +163,7 @@ TEST_F(DirectoryUnloadingTest, AskedDllThatCannotAskTheUserDoesNotTurnPromptingO
 }
 
 TEST_F(DirectoryUnloadingTest, AskedDllThatNoPersonSeesShowsNothingAndKeepsChangedFiles) {
-    Forget("a.kra", true);
-    server_.Disturb(relay_, "close");
+    ForgetWithoutAServer();
     const BoxesOf boxes(*library_);
     const UnseenHost host(library_->Module());
     EXPECT_THAT(library_->CanUnloadNow(), IsOk());
@@ -171,16 +174,11 @@ TEST_F(DirectoryUnloadingTest, AskedDllThatNoPersonSeesShowsNothingAndKeepsChang
 }
 
 // The write-back shows boxes, in which the client's windows work on.
-class QuestionTest : public DirectoryUnloadingTest {
-protected:
-    QuestionTest() {
-        Forget("a.kra", true);
-        server_.Disturb(relay_, "close");
-    }
-    const BoxesOf boxes_{*library_};
-};
+using QuestionTest = DirectoryUnloadingTest;
 
 TEST_F(QuestionTest, QuestionThatIsBeingAnsweredMakesAnotherOneANo) {
+    const BoxesOf boxes(*library_);
+    ForgetWithoutAServer();
     HRESULT inside = E_FAIL;
     whileShown = [&] { inside = library_->CanUnloadNow(); };
     EXPECT_THAT(library_->CanUnloadNow(), IsOk());
@@ -189,6 +187,8 @@ TEST_F(QuestionTest, QuestionThatIsBeingAnsweredMakesAnotherOneANo) {
 }
 
 TEST_F(QuestionTest, ObjectThatIsMadeMeanwhileMakesTheAnswerANo) {
+    const BoxesOf boxes(*library_);
+    ForgetWithoutAServer();
     Com<IDepotIntrApi> api;
     whileShown = [&] { api = library_->CreateApi(); };
     EXPECT_THAT(library_->CanUnloadNow(), IsRefused());
@@ -198,6 +198,8 @@ TEST_F(QuestionTest, ObjectThatIsMadeMeanwhileMakesTheAnswerANo) {
 }
 
 TEST_F(QuestionTest, SessionThatIsMadeMeanwhileIsLeftAliveAndMakesTheAnswerANo) {
+    const BoxesOf boxes(*library_);
+    ForgetWithoutAServer();
     LONG_PTR session = 0;
     whileShown = [&] {
         if (session == 0) {
@@ -212,6 +214,8 @@ TEST_F(QuestionTest, SessionThatIsMadeMeanwhileIsLeftAliveAndMakesTheAnswerANo) 
 }
 
 TEST_F(QuestionTest, RepeatedQuestionShowsNothingAgain) {
+    const BoxesOf boxes(*library_);
+    ForgetWithoutAServer();
     EXPECT_THAT(library_->CanUnloadNow(), IsOk());
     const int shown = boxesShown;
     for (int round = 0; round < 1000; ++round) EXPECT_THAT(library_->CanUnloadNow(), IsOk());

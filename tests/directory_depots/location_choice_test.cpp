@@ -17,16 +17,19 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
 
-class LocationChoiceTest : public test::DirectoryFixture {
-protected:
+// A depot that is given one location after another.
+class DepotOfLocations : public CDepot {
+public:
+    DepotOfLocations() : CDepot(nullptr) {}
+
     CDepotPath& Add(const CDepotPath& location) {
-        depot_.paths->Append(location.Clone());
-        CDepotPath& added = *depot_.paths->At(depot_.paths->Count() - 1);
-        added.owner = depot_.paths.get();
+        paths->Append(location.Clone());
+        CDepotPath& added = *paths->At(paths->Count() - 1);
+        added.owner = paths.get();
         return added;
     }
     CDepotPath& AddDirectory(const std::string& base, unsigned port) {
-        CDepotPath location = server_.Location(base);
+        CDepotPath location = test::SharedServer().Location(base);
         location.port = port;
         location.authentication = kAnonymousAuthentication;
         ForgetServer(port);
@@ -37,12 +40,15 @@ protected:
         location.path = path;
         return Add(location);
     }
+};
 
-    CDepot depot_{nullptr};
+class LocationChoiceTest : public test::DirectoryFixture {
+protected:
+    DepotOfLocations depot_;
 };
 
 TEST_F(LocationChoiceTest, ReachableDirectoryIsChosen) {
-    CDepotPath& location = AddDirectory(base_, server_.Port());
+    CDepotPath& location = depot_.AddDirectory(base_, server_.Port());
     EXPECT_EQ(base_ + "\\", depot_.paths->GetActivePath());
     EXPECT_EQ(&location, depot_.paths->ChosenLocation());
     EXPECT_THAT(boxes_.Boxes(), IsEmpty());
@@ -50,8 +56,8 @@ TEST_F(LocationChoiceTest, ReachableDirectoryIsChosen) {
 
 TEST_F(LocationChoiceTest, ProbeIsOneBindAndOneSearchOfTheBaseAlone) {
     server_.AddFile("a.krc", base_, "x");
-    AddDirectory(base_, server_.Port());
-    AddDirectory(base_, server_.Port());
+    depot_.AddDirectory(base_, server_.Port());
+    depot_.AddDirectory(base_, server_.Port());
     server_.Mark();
     depot_.paths->GetActivePath();
     const std::string log = server_.Log();
@@ -62,7 +68,7 @@ TEST_F(LocationChoiceTest, ProbeIsOneBindAndOneSearchOfTheBaseAlone) {
 }
 
 TEST_F(LocationChoiceTest, OnlyLocationIsChosenUnasked) {
-    CDepotPath& location = AddDirectory(base_, server_.Port());
+    CDepotPath& location = depot_.AddDirectory(base_, server_.Port());
     server_.Mark();
     depot_.paths->GetActivePath();
     EXPECT_EQ(&location, depot_.paths->ChosenLocation());
@@ -70,7 +76,7 @@ TEST_F(LocationChoiceTest, OnlyLocationIsChosenUnasked) {
 }
 
 TEST_F(LocationChoiceTest, ProbeNamesWhoeverWasNamedForTheServerBefore) {
-    CDepotPath& location = AddDirectory(base_, server_.Port());
+    CDepotPath& location = depot_.AddDirectory(base_, server_.Port());
     location.authentication = kSimpleAuthentication;
     location.username.clear();
     location.password.clear();
@@ -86,7 +92,7 @@ TEST_F(LocationChoiceTest, ProbeNamesWhoeverWasNamedForTheServerBefore) {
 }
 
 TEST_F(LocationChoiceTest, ProbeShowsNoPromptWithoutKnownCredentials) {
-    CDepotPath& location = AddDirectory(base_, server_.Port());
+    CDepotPath& location = depot_.AddDirectory(base_, server_.Port());
     location.authentication = kSimpleAuthentication;
     location.username.clear();
     location.password.clear();
@@ -97,7 +103,7 @@ TEST_F(LocationChoiceTest, ProbeShowsNoPromptWithoutKnownCredentials) {
 }
 
 TEST_F(LocationChoiceTest, ChoiceIsMadeOnce) {
-    AddDirectory(base_, server_.Port());
+    depot_.AddDirectory(base_, server_.Port());
     depot_.paths->GetActivePath();
     server_.Mark();
     depot_.paths->GetActivePath();
@@ -106,40 +112,40 @@ TEST_F(LocationChoiceTest, ChoiceIsMadeOnce) {
 }
 
 TEST_F(LocationChoiceTest, ServerThatIsDownIsPassedOver) {
-    AddDirectory(base_, test::ClosedPort());
-    CDepotPath& second = AddDirectory(base_, server_.Port());
+    depot_.AddDirectory(base_, test::ClosedPort());
+    CDepotPath& second = depot_.AddDirectory(base_, server_.Port());
     depot_.paths->GetActivePath();
     EXPECT_EQ(&second, depot_.paths->ChosenLocation());
     EXPECT_THAT(boxes_.Boxes(), IsEmpty());
 }
 
 TEST_F(LocationChoiceTest, MissingBaseIsPassedOverSilently) {
-    AddDirectory("cn=missing," + base_, server_.Port());
-    CDepotPath& second = AddDirectory(base_, server_.Port());
+    depot_.AddDirectory("cn=missing," + base_, server_.Port());
+    CDepotPath& second = depot_.AddDirectory(base_, server_.Port());
     depot_.paths->GetActivePath();
     EXPECT_EQ(&second, depot_.paths->ChosenLocation());
     EXPECT_THAT(boxes_.Boxes(), IsEmpty());
 }
 
 TEST_F(LocationChoiceTest, InvalidBaseIsReportedAndPassedOver) {
-    AddDirectory("not a name", server_.Port());
-    CDepotPath& second = AddDirectory(base_, server_.Port());
+    depot_.AddDirectory("not a name", server_.Port());
+    CDepotPath& second = depot_.AddDirectory(base_, server_.Port());
     depot_.paths->GetActivePath();
     EXPECT_EQ(&second, depot_.paths->ChosenLocation());
     EXPECT_THAT(boxes_.Texts(), ElementsAre(MessageFor(LDAP_INVALID_DN_SYNTAX)));
 }
 
 TEST_F(LocationChoiceTest, WithoutAnyReachableLocationTheFirstIsChosen) {
-    CDepotPath& first = AddDirectory("cn=missing," + base_, server_.Port());
-    AddFolder("C:\\no such folder");
+    CDepotPath& first = depot_.AddDirectory("cn=missing," + base_, server_.Port());
+    depot_.AddFolder("C:\\no such folder");
     EXPECT_EQ(first.path + "\\", depot_.paths->GetActivePath());
     EXPECT_EQ(&first, depot_.paths->ChosenLocation());
 }
 
 TEST_F(LocationChoiceTest, FolderBeforeTheDirectoryKeepsTheServerUncontacted) {
     const test::ScratchFolder folder;
-    AddFolder(folder.Path());
-    AddDirectory(base_, server_.Port());
+    depot_.AddFolder(folder.Path());
+    depot_.AddDirectory(base_, server_.Port());
     EXPECT_FALSE(depot_.paths->ChoiceProbesDirectory());
     server_.Mark();
     EXPECT_EQ(folder.Path() + "\\", depot_.paths->GetActivePath());
@@ -148,8 +154,8 @@ TEST_F(LocationChoiceTest, FolderBeforeTheDirectoryKeepsTheServerUncontacted) {
 }
 
 TEST_F(LocationChoiceTest, MissingFolderBeforeTheDirectoryProbesTheServer) {
-    AddFolder("C:\\no such folder");
-    CDepotPath& second = AddDirectory(base_, server_.Port());
+    depot_.AddFolder("C:\\no such folder");
+    CDepotPath& second = depot_.AddDirectory(base_, server_.Port());
     EXPECT_TRUE(depot_.paths->ChoiceProbesDirectory());
     depot_.paths->GetActivePath();
     EXPECT_EQ(&second, depot_.paths->ChosenLocation());
@@ -164,15 +170,15 @@ TEST_F(LocationChoiceTest, BaseWithSevenHundredEntriesIsFoundUnderTheDefaultLimi
             "dn: cn=" + name + "," + base_ + "\nobjectClass: quillonFolder\ncn: " + name + "\n\n";
     }
     server_.Apply(entries);
-    AddDirectory("cn=missing," + base_, server_.Port());
-    CDepotPath& second = AddDirectory(base_, server_.Port());
+    depot_.AddDirectory("cn=missing," + base_, server_.Port());
+    CDepotPath& second = depot_.AddDirectory(base_, server_.Port());
     depot_.paths->GetActivePath();
     EXPECT_EQ(&second, depot_.paths->ChosenLocation());
 }
 
 TEST_F(LocationChoiceTest, DepotsConnectionIsMadeOnceAndForTheActiveLocation) {
-    AddDirectory("cn=missing," + base_, server_.Port());
-    CDepotPath& second = AddDirectory(base_, server_.Port());
+    depot_.AddDirectory("cn=missing," + base_, server_.Port());
+    CDepotPath& second = depot_.AddDirectory(base_, server_.Port());
     CLDAPItems* const connection = depot_.DirectoryConnection();
     ASSERT_NE(nullptr, connection);
     EXPECT_EQ(&second, &connection->Location());
@@ -181,7 +187,7 @@ TEST_F(LocationChoiceTest, DepotsConnectionIsMadeOnceAndForTheActiveLocation) {
 }
 
 TEST_F(LocationChoiceTest, CopiedDepotMakesItsOwnConnection) {
-    AddDirectory(base_, server_.Port());
+    depot_.AddDirectory(base_, server_.Port());
     CLDAPItems* const connection = depot_.DirectoryConnection();
     const std::unique_ptr<CDepot> copy = depot_.Clone();
     EXPECT_NE(connection, copy->DirectoryConnection());
@@ -196,14 +202,14 @@ TEST_F(LocationChoiceTest, EmptyListHasNoConnection) {
 }
 
 // The probe is the system's own affair: the user hears of a location from its first use.
-class UnseenProbeTest : public LocationChoiceTest {
+class UnseenProbeTest : public test::DirectoryFixture {
 protected:
     UnseenProbeTest() { InstallCredentialsPrompt(&prompt_); }
     ~UnseenProbeTest() override { InstallCredentialsPrompt(nullptr); }
 
     CDepotPath& AddUsersDirectory(const std::string& userName, const std::string& password,
                                   unsigned port) {
-        CDepotPath& location = AddDirectory(base_, port);
+        CDepotPath& location = depot_.AddDirectory(base_, port);
         location.authentication = kSimpleAuthentication;
         location.username = userName;
         location.password = password;
@@ -226,7 +232,7 @@ protected:
     }
     // The location that was added is out of reach, which leaves no trace.
     void ExpectPassedOver(unsigned port) {
-        CDepotPath& second = AddDirectory(base_, server_.Port());
+        CDepotPath& second = depot_.AddDirectory(base_, server_.Port());
         depot_.paths->GetActivePath();
         EXPECT_EQ(&second, depot_.paths->ChosenLocation());
         EXPECT_THAT(boxes_.Boxes(), IsEmpty());
@@ -243,6 +249,7 @@ protected:
         return static_cast<bool>(connection);
     }
 
+    DepotOfLocations depot_;
     std::vector<std::unique_ptr<DirectoryInfoBlock>> infos_;
 };
 
@@ -258,7 +265,7 @@ TEST_F(UnseenProbeTest, NameWithoutAPasswordIsPassedOver) {
 
 TEST_F(UnseenProbeTest, ServerThatWantsNoAnonymousUsersIsPassedOver) {
     DirectoryServer strict("global disallow bind_anon");
-    AddDirectory(base_, strict.Port());
+    depot_.AddDirectory(base_, strict.Port());
     ExpectPassedOver(strict.Port());
 }
 
@@ -297,7 +304,7 @@ TEST_F(UnseenProbeTest, FirstUseOfANameWithoutAPasswordShowsOnePrompt) {
 
 TEST_F(UnseenProbeTest, FirstUseWithoutAnonymousBindsShowsOneBoxAndTurnsPromptingOff) {
     DirectoryServer strict("global disallow bind_anon");
-    AddDirectory(base_, strict.Port());
+    depot_.AddDirectory(base_, strict.Port());
     EXPECT_FALSE(Use());
     EXPECT_THAT(boxes_.Texts(), ElementsAre(MessageFor(LDAP_INAPPROPRIATE_AUTH)));
     EXPECT_THAT(prompt_.shown, IsEmpty());
@@ -313,13 +320,12 @@ TEST_F(UnseenProbeTest, CredentialsThatTheProbeKnowsServeTheFirstUseWhilePrompti
 }
 
 // Two servers that hold the same data.
-class ReplicationTest : public LocationChoiceTest {
-protected:
-    void WaitFor(DirectoryServer& server, const std::string& dn) {
-        for (int round = 0; round < 200 && !server.Holds(dn); ++round) Sleep(50);
-        ASSERT_TRUE(server.Holds(dn));
-    }
-};
+using ReplicationTest = LocationChoiceTest;
+
+void WaitFor(DirectoryServer& server, const std::string& dn) {
+    for (int round = 0; round < 200 && !server.Holds(dn); ++round) Sleep(50);
+    ASSERT_TRUE(server.Holds(dn));
+}
 
 TEST_F(ReplicationTest, WithTheFirstServerStoppedANewListUsesTheSecondAndSeesTheSame) {
     DirectoryServer first("multi");
@@ -331,8 +337,8 @@ TEST_F(ReplicationTest, WithTheFirstServerStoppedANewListUsesTheSecondAndSeesThe
     first.AddFile("a.krc", home, "bytes");
     WaitFor(second, "cn=a.krc," + home);
 
-    AddDirectory(home, first.Port());
-    AddDirectory(home, second.Port());
+    depot_.AddDirectory(home, first.Port());
+    depot_.AddDirectory(home, second.Port());
     depot_.paths->GetActivePath();
     EXPECT_EQ(depot_.paths->At(0), depot_.paths->ChosenLocation());
     first.Stop();

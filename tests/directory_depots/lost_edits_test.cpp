@@ -1,5 +1,5 @@
 // Edits that were stored and are missing in the entry when it is loaded again.
-#include "directory_depots/conflict_fixture.h"
+#include "directory_depots/depot_fixture.h"
 
 namespace depot {
 namespace {
@@ -8,7 +8,7 @@ using test::RecoveredFiles;
 using testing::IsEmpty;
 using testing::StartsWith;
 
-class LostEditsTest : public test::ConflictFixture {
+class LostEditsTest : public test::DepotFixture {
 protected:
     void Prepare(DWORD setting) {
         Use(server_, base_, setting);

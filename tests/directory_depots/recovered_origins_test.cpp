@@ -2,7 +2,7 @@
 #include "model/recovered_origins.h"
 
 #include "directory/comparable_dn.h"
-#include "directory_depots/conflict_fixture.h"
+#include "directory_depots/depot_fixture.h"
 #include "model/abandoned_copies.h"
 #include "model/recovered_files.h"
 #include "model/working_copy_record.h"
@@ -31,9 +31,10 @@ std::string RecordsFolder() {
     return test::RecoveredFolder() + " records";
 }
 
-class RecoveredOriginsTest : public test::ConflictFixture {
+class RecoveredOriginsTest : public test::DepotFixture {
 protected:
     RecoveredOriginsTest() {
+        Use(server_, base_);
         SweepOrigins();
         server_.AddFile("a.kra", base_, kOld);
     }

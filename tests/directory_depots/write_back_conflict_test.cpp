@@ -1,5 +1,5 @@
 // Write-backs that must not replace what someone else stored meanwhile.
-#include "directory_depots/conflict_fixture.h"
+#include "directory_depots/depot_fixture.h"
 #include "platform/handles.h"
 #include "platform/local_file.h"
 #include "platform/paths.h"
@@ -33,17 +33,56 @@ constexpr char kSchemaWithoutComparison[] =
     "global objectclass ( 1.3.6.1.4.1.99999.2.2 NAME 'quillonFileBinary' SUP top STRUCTURAL "
     "MUST cn MAY quillonFileContentsBinary )";
 
-using ConflictTest = test::ConflictFixture;
+// Someone who stores another version just before a change reaches the server.
+struct OtherEditor {
+    DirectoryServer* server = nullptr;
+    std::string dn;
+    int changesBefore = 0;  // that reach it undisturbed
+    decltype(DirectoryClient::ldap_modify_s) plain = nullptr;
+    decltype(DirectoryClient::ldap_modify_ext_s) conditional = nullptr;
+
+    void Store() {
+        if (changesBefore-- > 0) return;
+        server->Apply("dn: " + dn +
+                      "\nchangetype: modify\nreplace: quillonFileContentsBinary\n"
+                      "quillonFileContentsBinary: theirs\n");
+    }
+};
+OtherEditor other;
+
+ULONG LDAPAPI StoreThenModify(LDAP* connection, char* dn, LDAPModA** changes) {
+    other.Store();
+    return other.plain(connection, dn, changes);
+}
+
+ULONG LDAPAPI StoreThenModifyIf(LDAP* connection, char* dn, LDAPModA** changes,
+                                LDAPControlA** server, LDAPControlA** client) {
+    other.Store();
+    return other.conditional(connection, dn, changes, server, client);
+}
+
+class ConflictTest : public test::DepotFixture {
+protected:
+    ConflictTest() { Use(server_, base_); }
+
+    // Has someone store another version between the test and the change.
+    void LetSomeoneStoreBetween(DirectoryServer& server, int changesBefore = 0) {
+        DirectoryClient& client = Directory().Client();
+        other = {&server, Entry(), changesBefore, client.ldap_modify_s, client.ldap_modify_ext_s};
+        client.ldap_modify_s = &StoreThenModify;
+        client.ldap_modify_ext_s = &StoreThenModifyIf;
+    }
+};
 
 // The same behaviour with and without a server that tests and changes in one request.
-class AnyServerConflictTest : public ConflictTest, public testing::WithParamInterface<bool> {
+class AnyServerConflictTest : public test::DepotFixture, public testing::WithParamInterface<bool> {
 protected:
     AnyServerConflictTest() {
-        if (!GetParam()) {
-            silent_ = std::make_unique<DirectoryServer>(kSilentAboutControls);
-            Use(*silent_, test::kSuffix);
-        }
-        place_->AddFile("a.kra", folder_, kOld);
+        if (!GetParam()) silent_ = std::make_unique<DirectoryServer>(kSilentAboutControls);
+        DirectoryServer& server = GetParam() ? server_ : *silent_;
+        const std::string base = GetParam() ? base_ : test::kSuffix;
+        Use(server, base);
+        server.AddFile("a.kra", base, kOld);
     }
 
     std::unique_ptr<DirectoryServer> silent_;
@@ -128,7 +167,7 @@ INSTANTIATE_TEST_SUITE_P(, AnyServerConflictTest, testing::Bool(), [](const auto
 TEST_F(ConflictTest, VersionStoredJustBeforeTheChangeStaysWhereTheServerTests) {
     server_.AddFile("a.kra", base_, kOld);
     const auto file = LoadChanged();
-    LetSomeoneStoreBetween();
+    LetSomeoneStoreBetween(server_);
     EXPECT_FALSE(file->Release());
     EXPECT_EQ("theirs", Stored());
     ExpectRecovered(kNew);
@@ -139,7 +178,7 @@ TEST_F(ConflictTest, VersionStoredJustBeforeTheChangeStaysWhereTheServerOffersNo
     Use(silent, test::kSuffix);
     silent.AddFile("a.kra", test::kSuffix, kOld);
     const auto file = LoadChanged();
-    LetSomeoneStoreBetween();
+    LetSomeoneStoreBetween(silent);
     EXPECT_FALSE(file->Release());
     EXPECT_EQ("theirs", Stored());
     ExpectRecovered(kNew);
@@ -151,7 +190,7 @@ TEST_F(ConflictTest, VersionStoredJustBeforeTheChangeIsReplacedWhereTheServerCan
     silent.AddFile("a.kra", test::kSuffix, kOld);
     const auto file = LoadChanged();
     // The first change is the one that the server would have to compare for.
-    LetSomeoneStoreBetween(1);
+    LetSomeoneStoreBetween(silent, 1);
     EXPECT_TRUE(file->Release());
     EXPECT_EQ(kNew, Stored());
 }
@@ -159,12 +198,12 @@ TEST_F(ConflictTest, VersionStoredJustBeforeTheChangeIsReplacedWhereTheServerCan
 TEST_F(ConflictTest, VersionsOfUpToOneMegabyteAreTestedByTheServer) {
     server_.AddFile("a.kra", base_, kOld);
     static int conditional;
-    test::other.conditional = Directory().Client().ldap_modify_ext_s;
+    other.conditional = Directory().Client().ldap_modify_ext_s;
     Directory().Client().ldap_modify_ext_s = [](LDAP* connection, char* dn, LDAPModA** changes,
                                                 LDAPControlA** server,
                                                 LDAPControlA** client) -> ULONG {
         ++conditional;
-        return test::other.conditional(connection, dn, changes, server, client);
+        return other.conditional(connection, dn, changes, server, client);
     };
     for (const std::uint32_t size : {1024 * 1024, 1024 * 1024 + 1}) {
         conditional = 0;
@@ -189,8 +228,9 @@ TEST_F(ConflictTest, ServerIsAskedOnceWhatItOffers) {
 
 TEST_F(ConflictTest, LastWriterWinsUnlessTheSettingIsOneOrTwo) {
     for (const DWORD setting : {0u, 3u}) {
-        Use(server_, test::NewFolder(), setting);
-        server_.AddFile("a.kra", folder_, kOld);
+        const std::string folder = test::NewFolder();
+        Use(server_, folder, setting);
+        server_.AddFile("a.kra", folder, kOld);
         const auto file = LoadChanged();
         Overwrite(kTheirs);
         server_.Mark();
@@ -232,7 +272,7 @@ TEST_F(ConflictTest, DeletedWorkingCopyLeavesWhateverTheEntryHolds) {
 TEST_F(ConflictTest, AttributeThatTheServerCannotCompareIsComparedBeforeTheChange) {
     DirectoryServer server(kSchemaWithoutComparison);
     Use(server, test::kSuffix);
-    server.AddFile("a.kra", folder_, kOld);
+    server.AddFile("a.kra", test::kSuffix, kOld);
     EXPECT_TRUE(LoadChanged()->Release());
     EXPECT_EQ(kNew, Stored());
     const auto file = LoadChanged();

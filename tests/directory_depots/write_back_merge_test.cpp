@@ -1,7 +1,7 @@
 // Write-backs that put their edits into what someone else stored meanwhile.
 #include <functional>
 
-#include "directory_depots/conflict_fixture.h"
+#include "directory_depots/depot_fixture.h"
 #include "platform/local_file.h"
 
 namespace depot {
@@ -17,7 +17,7 @@ using testing::IsEmpty;
 
 constexpr char kOld[] = "[S]\r\nK=old\r\nL=old\r\n";
 
-class MergeTest : public test::ConflictFixture {
+class MergeTest : public test::DepotFixture {
 protected:
     MergeTest() {
         Use(server_, base_, 2);
@@ -33,7 +33,7 @@ protected:
         between_ = [this, times] {
             if (++attempts_ > times) return;
             const std::string bytes = "[S]\r\nK=old\r\nL=" + std::to_string(attempts_) + "\r\n";
-            CDepotPath location = place_->Location();
+            CDepotPath location = server_.Location();
             CLDAPItems directory(&location);
             const ConnectionScope connection(directory, nullptr);
             EXPECT_THAT(directory.Entries().Replace(Entry(), bytes.data(),
@@ -41,15 +41,16 @@ protected:
                         IsDone());
         };
         DirectoryClient& client = Directory().Client();
-        test::other = {place_, Entry(), 0, client.ldap_modify_s, client.ldap_modify_ext_s};
+        genuine_ = client.ldap_modify_ext_s;
         client.ldap_modify_ext_s = [](LDAP* connection, char* dn, LDAPModA** changes,
                                       LDAPControlA** server, LDAPControlA** controls) -> ULONG {
             between_();
-            return test::other.conditional(connection, dn, changes, server, controls);
+            return genuine_(connection, dn, changes, server, controls);
         };
     }
 
     static inline std::function<void()> between_;
+    static inline decltype(DirectoryClient::ldap_modify_ext_s) genuine_ = nullptr;
     int attempts_ = 0;
 };
 

@@ -51,12 +51,6 @@ class RecoveryTest : public test::DepotFixture {
 protected:
     RecoveryTest() { server_.AddFile("a.kra", base_, kOld); }
 
-    std::unique_ptr<DepotFileContext> LoadChanged(const std::string& name = "a.kra") {
-        auto file = Load(name);
-        file->WriteString("S", "K", "new");
-        return file;
-    }
-
     // Checks that one box says why, and names the path.
     void ExpectTold(const std::string& path) {
         ASSERT_THAT(boxes_.Texts(), SizeIs(1));

@@ -192,7 +192,7 @@ TEST_F(TransferCharactersTest, TreeIsCopiedRenamedAndDeletedWhole) {
 
 TEST_F(TransferCharactersTest, TreeIsRenamedWholeByAServerThatRenamesOnlyLeaves) {
     AddEntryTree();
-    RefuseTreeRenames(Directory());
+    test::RefuseTreeRenames(Directory());
     const std::string moved = DN(Entry(L"m" + page_.folder));
     EXPECT_THAT(MoveEntry(Directory(), FolderDN(), moved, &error_), IsDone()) << error_;
     ExpectEntryTree(moved);

@@ -117,7 +117,7 @@ TEST_F(ClientMemoryTest, IsGivenBackByTransfersThatSucceed) {
         CopyEntry(Directory(), DN("cn=tree"), Directory(), DN("cn=copy"), kReplace, &error_),
         IsDone());
     EXPECT_THAT(MoveEntry(Directory(), DN("cn=copy"), DN("cn=other"), &error_), IsDone());
-    RefuseTreeRenames(Directory());
+    test::RefuseTreeRenames(Directory());
     EXPECT_THAT(MoveEntry(Directory(), DN("cn=other"), DN("cn=moved"), &error_), IsDone());
     EXPECT_THAT(Download(Directory(), DN("cn=a.kra,cn=moved"), At("a.kra"), &error_, {}, kReplace,
                          SourceFate::kGoes),

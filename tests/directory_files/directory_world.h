@@ -13,47 +13,62 @@
 namespace depot::test {
 
 // A directory depot named "Work" over the test's own folder, its location chosen already, beside a
-// folder depot named "Home"; and trees in both.
-class DirectoryWorldTest : public DirectoryFixture {
-protected:
-    DirectoryWorldTest() {
-        CDepotPath location = server_.Location(base_);
-        auto depot = std::make_unique<CDepot>(&world_.depots);
-        depot->name = "Work";
-        auto copy = location.Clone();
-        copy->owner = depot->paths.get();
-        depot->paths->Append(std::move(copy));
-        work_ = depot.get();
-        world_.depots.Add(depot.release(), false);
-        EXPECT_EQ(base_ + "\\", work_->paths->GetActivePath());
-        server_.Mark();
+// folder depot named "Home".
+class DirectoryWorld : public DirectoryPlace, public DepotWorld {
+public:
+    DirectoryWorld() {
+        EXPECT_EQ(base + "\\", work.paths->GetActivePath());
+        server.Mark();
         // Without an interface above them the operations are no calls.
         if (KeptSeconds() > 0) call_.emplace();
     }
 
+    // Appends a depot with a copy of that location.
+    CDepot& AddOf(const CDepotPath& original, const std::string& name) {
+        auto depot = std::make_unique<CDepot>(&depots);
+        depot->name = name;
+        auto copy = original.Clone();
+        copy->owner = depot->paths.get();
+        depot->paths->Append(std::move(copy));
+        CDepot& added = *depot;
+        depots.Add(depot.release(), false);
+        return added;
+    }
+    CLDAPItems& Directory() { return *work.DirectoryConnection(); }
+
+    CDepot& home = Add("Home", "Home", "h");
+    CDepot& work = AddOf(server.Location(base), "Work");
+
+private:
+    std::optional<CallConnections> call_;
+};
+
+// Has the server refuse to rename folders that hold entries, as some do.
+inline void RefuseTreeRenames(CLDAPItems& directory) {
+    static const DirectoryClient genuine = directory.Client();
+    directory.Client().ldap_rename_ext_s =
+        [](LDAP* connection, const PCHAR dn, const PCHAR name, const PCHAR parent, INT deletes,
+           PLDAPControlA* server, PLDAPControlA* client) -> ULONG {
+        LDAPMessage* found = nullptr;
+        char filter[] = "(objectClass=*)", none[] = "1.1";
+        char* attributes[] = {none, nullptr};
+        genuine.ldap_search_s(connection, dn, LDAP_SCOPE_ONELEVEL, filter, attributes, 0, &found);
+        const bool isLeaf = found == nullptr || genuine.ldap_count_entries(connection, found) == 0;
+        if (found != nullptr) genuine.ldap_msgfree(found);
+        return isLeaf ? genuine.ldap_rename_ext_s(connection, dn, name, parent, deletes, server,
+                                                  client)
+                      : ULONG{LDAP_NOT_ALLOWED_ON_NONLEAF};
+    };
+}
+
+// Trees in both depots.
+class DirectoryWorldTest : public testing::Test {
+protected:
     // The name of an entry below the base, from the deepest component to the highest.
     std::string DN(const std::string& components) const { return components + "," + base_; }
-    CLDAPItems& Directory() { return *work_->DirectoryConnection(); }
-
-    // Has the server refuse to rename folders that hold entries, as some do.
-    static void RefuseTreeRenames(CLDAPItems& directory) {
-        static const DirectoryClient genuine = directory.Client();
-        directory.Client().ldap_rename_ext_s =
-            [](LDAP* connection, const PCHAR dn, const PCHAR name, const PCHAR parent, INT deletes,
-               PLDAPControlA* server, PLDAPControlA* client) -> ULONG {
-            LDAPMessage* found = nullptr;
-            char filter[] = "(objectClass=*)", none[] = "1.1";
-            char* attributes[] = {none, nullptr};
-            genuine.ldap_search_s(connection, dn, LDAP_SCOPE_ONELEVEL, filter, attributes, 0,
-                                  &found);
-            const bool isLeaf =
-                found == nullptr || genuine.ldap_count_entries(connection, found) == 0;
-            if (found != nullptr) genuine.ldap_msgfree(found);
-            return isLeaf ? genuine.ldap_rename_ext_s(connection, dn, name, parent, deletes, server,
-                                                      client)
-                          : ULONG{LDAP_NOT_ALLOWED_ON_NONLEAF};
-        };
-    }
+    CLDAPItems& Directory() { return world_.Directory(); }
+    std::string Contents(const std::string& dn) { return world_.Contents(dn); }
+    bool Holds(const std::string& dn) { return world_.Holds(dn); }
 
     std::string At(const std::string& name) const { return world_.folder.At(name); }
     std::string Make(const std::string& name, const std::string& bytes) {
@@ -110,11 +125,12 @@ protected:
     }
     OperationCounts Counts() { return server_.Counts(); }
 
-    DepotWorld world_;
-    CDepot* work_ = nullptr;
-    CDepot& home_ = world_.Add("Home", "Home", "h");
+    DirectoryWorld world_;
+    DirectoryServer& server_ = world_.server;
+    const std::string& base_ = world_.base;
+    CDepot* const work_ = &world_.work;
+    CDepot& home_ = world_.home;
     std::string error_ = "junk";
-    std::optional<CallConnections> call_;
 };
 
 }  // namespace depot::test

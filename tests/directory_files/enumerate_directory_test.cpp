@@ -97,7 +97,7 @@ TEST_F(EnumerateDirectoryTest, CountIsThatOfTheWholeList) {
 TEST_F(EnumerateDirectoryTest, MissingFolderListsNothingAndKeepsItsCode) {
     EXPECT_EQ(0, List("<Work>\\missing", ".*"));
     EXPECT_THAT(Directory().LastError(), IsCode(LDAP_NO_SUCH_OBJECT));
-    EXPECT_THAT(boxes_.Boxes(), IsEmpty());
+    EXPECT_THAT(world_.boxes.Boxes(), IsEmpty());
 }
 
 TEST_F(EnumerateDirectoryTest, FindDataHoldsTheNameAndTheFolderAttribute) {
@@ -183,7 +183,7 @@ TEST_F(EnumerateDirectoryTest, FolderDeletedBeforeItsListingListsNothing) {
     server_.AddFolder("sub", base_);
     server_.AddFile("a.kra", DN("cn=sub"), "x");
     EXPECT_EQ(1, List("<Work>\\sub", ".kra"));
-    ASSERT_THAT(Connected().DeleteTree(DN("cn=sub"), nullptr), IsDone());
+    ASSERT_THAT(world_.Connected().DeleteTree(DN("cn=sub"), nullptr), IsDone());
     list_.RemoveAll(true);
     EXPECT_EQ(0, List("<Work>\\sub", ".kra"));
     EXPECT_THAT(Directory().LastError(), IsCode(LDAP_NO_SUCH_OBJECT));
@@ -304,7 +304,7 @@ TEST_F(EnumerateLargeDirectoryTest, ServerThatPagesListsTwoThousandFiveHundredEn
     EXPECT_EQ(2500u, paths.size());
     // The refused search, what the server offers, and six pages: users stand there as well.
     EXPECT_EQ((OperationCounts{.binds = 1, .searches = 8}), large_->Counts());
-    EXPECT_THAT(boxes_.Boxes(), IsEmpty());
+    EXPECT_THAT(world_.boxes.Boxes(), IsEmpty());
 }
 
 TEST_F(EnumerateLargeDirectoryTest, ServerThatLimitsAndDoesNotPageListsNothingAndKeepsItsCode) {
@@ -312,7 +312,7 @@ TEST_F(EnumerateLargeDirectoryTest, ServerThatLimitsAndDoesNotPageListsNothingAn
     EXPECT_EQ(0, List());
     EXPECT_THAT(depot_.DirectoryConnection()->LastError(), IsCode(LDAP_SIZELIMIT_EXCEEDED));
     EXPECT_FALSE(depot_.DirectoryConnection()->IsConnected());
-    EXPECT_THAT(boxes_.Boxes(), IsEmpty());
+    EXPECT_THAT(world_.boxes.Boxes(), IsEmpty());
     // What else the list holds stays.
     list_.Append(std::make_unique<CDepotItem>("x", nullptr));
     EXPECT_EQ(1, List());

@@ -75,9 +75,9 @@ TEST_F(KeptFilesTest, BytesThatCannotBeSeenAreStoredInNoEntry) {
     server_.AddFile("b.kra", base_, "old");
     work_->paths->At(0)->fileContentsAttributeName = "description";
     const auto refused = [&](const std::string& from, const std::string& to) {
-        EXPECT_THAT(
-            CopyEntry(Directory(), from, Connected(), to, ExistingEntries::kReplace, &error_),
-            Fails());
+        EXPECT_THAT(CopyEntry(Directory(), from, world_.Connected(), to, ExistingEntries::kReplace,
+                              &error_),
+                    Fails());
         ExpectUnseen();
     };
     refused(DN("cn=a.kra"), DN("cn=b.kra"));

@@ -77,7 +77,7 @@ TEST_F(ProgressTest, TreeBetweenEntriesCountsWhatHasArrived) {
 
 TEST_F(ProgressTest, TreeBetweenEntriesStopsAtEveryPlace) {
     const std::string tree = AddTree("tree");
-    RefuseTreeRenames(Directory());
+    test::RefuseTreeRenames(Directory());
     for (const std::size_t stopAt : {1u, 3u}) {
         EXPECT_THAT(MoveEntry(Directory(), tree, DN("cn=moved"), &error_, Watch(stopAt)), Fails());
         ExpectFailure(LDAP_USER_CANCELLED);

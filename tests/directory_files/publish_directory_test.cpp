@@ -59,7 +59,7 @@ TEST_F(PublishDirectoryTest, PlainFilesArePublishedOverOneBindAndUpdatedTheNextT
         // The profile itself stays as it was.
         session.currentFile->changed = false;
     }
-    EXPECT_EQ(std::vector<std::string>(), boxes_.Texts());
+    EXPECT_EQ(std::vector<std::string>(), world_.boxes.Texts());
 }
 
 TEST_F(PublishDirectoryTest, EntriesArePublishedWithinTheDirectoryOverOneBind) {
@@ -113,7 +113,7 @@ TEST_F(PublishDirectoryTest, DirectoryThatCannotBeReachedIsReportedOnce) {
     session.LoadFile("<Corp>\\Sessions\\p.kra");
     session.currentFile->depot->DirectoryConnection()->Location().host.clear();
     PublishDependentFiles(session);
-    EXPECT_EQ(1u, boxes_.Texts().size());
+    EXPECT_EQ(1u, world_.boxes.Texts().size());
     EXPECT_EQ("<Corp>\\Sessions\\c2.cfg", Client(session, "C2"));
     session.currentFile->changed = false;
 }

@@ -79,7 +79,7 @@ TEST_F(TransferCodesTest, DestinationThatCannotBeMadeIsAParameterError) {
 
 TEST_F(TransferCodesTest, FolderThatCannotBeListedIsNotCopied) {
     const std::string tree = AddTree("tree");
-    RefuseTreeRenames(Directory());
+    test::RefuseTreeRenames(Directory());
     Directory().Client().ldap_search_s = [](LDAP*, PCHAR, ULONG, PCHAR, PCHAR*, ULONG,
                                             LDAPMessage**) -> ULONG { return LDAP_BUSY; };
     EXPECT_THAT(MoveEntry(Directory(), tree, DN("cn=moved"), &error_), Fails());

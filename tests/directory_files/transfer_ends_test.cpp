@@ -117,7 +117,7 @@ TEST_F(TransferEndsTest, TreeWhoseTemporaryFolderStaysIsCopiedAndCountsAsFailed)
     EXPECT_THAT(Directory().LastError(), IsCode(LDAP_LOCAL_ERROR));
     ExpectTree(DN("cn=copy"));
     // A rename by copying then keeps the old tree.
-    RefuseTreeRenames(Directory());
+    test::RefuseTreeRenames(Directory());
     EXPECT_THAT(MoveEntry(Directory(), tree, DN("cn=moved"), &error_), Fails());
     EXPECT_THAT(Directory().LastError(), IsCode(LDAP_LOCAL_ERROR));
     ExpectTree(tree);
@@ -129,7 +129,7 @@ TEST_F(TransferEndsTest, TreeIsNotCopiedWithoutATemporaryFolder) {
     EXPECT_THAT(CopyEntry(Directory(), tree, Directory(), DN("cn=copy"), kReplace, &error_),
                 Fails());
     EXPECT_THAT(Directory().LastError(), IsCode(LDAP_LOCAL_ERROR));
-    RefuseTreeRenames(Directory());
+    test::RefuseTreeRenames(Directory());
     EXPECT_THAT(MoveEntry(Directory(), tree, DN("cn=moved"), &error_), Fails());
     ExpectTree(tree);
     EXPECT_FALSE(Holds(DN("cn=copy")));

@@ -99,7 +99,7 @@ TEST_F(TransferTest, FileWithoutADotThatHoldsEntriesDoesNotGo) {
                     Fails());
         EXPECT_THAT(Directory().LastError(), IsCode(LDAP_NOT_ALLOWED_ON_NONLEAF));
     }
-    RefuseTreeRenames(Directory());
+    test::RefuseTreeRenames(Directory());
     EXPECT_THAT(MoveEntry(Directory(), DN("cn=README,cn=tree"), DN("cn=moved"), &error_), Fails());
     EXPECT_THAT(Directory().LastError(), IsCode(LDAP_NOT_ALLOWED_ON_NONLEAF));
     EXPECT_TRUE(server_.Holds(DN("cn=b.kra,cn=README,cn=tree")));

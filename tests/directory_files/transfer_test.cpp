@@ -379,7 +379,7 @@ TEST_F(TransferTest, RenamingAFolderOntoFilesOfItsNamesKeepsTheOldTree) {
 TEST_F(TransferTest, FolderWhoseNamesCannotAllBeCopiedKeepsItsTree) {
     const std::string tree = AddTree("tree");
     server_.AddFile("CON", tree, "x");
-    RefuseTreeRenames(Directory());
+    test::RefuseTreeRenames(Directory());
     EXPECT_THAT(MoveEntry(Directory(), tree, DN("cn=moved"), &error_), Fails());
     ExpectTree(tree);
     EXPECT_FALSE(Holds(DN("cn=moved")));

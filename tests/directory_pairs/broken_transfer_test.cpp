@@ -43,7 +43,7 @@ protected:
                     "\nquillonFileContentsBinary: " + BytesOf(name) + "\n\n";
         }
         directory_.MakeFolder("from\\many");
-        server_.Apply(ldif);
+        world_.server.Apply(ldif);
     }
     static bool IsComplete(TestFolder& store, const std::string& folder) {
         return CountWhole(store, folder) == kFiles;
@@ -58,16 +58,11 @@ protected:
     // A depot "Cut" over the same folder of the directory, whose connections end after so many
     // bytes from the server.
     CDepot& AddCutDepot(unsigned bytes) {
-        const unsigned port = server_.CutAfter(bytes);
+        const unsigned port = world_.server.CutAfter(bytes);
         ForgetServer(port);
-        auto depot = std::make_unique<CDepot>(&world_.depots);
-        depot->name = "Cut";
-        auto location = server_.Location(base_).Clone();
-        location->port = port;
-        location->owner = depot->paths.get();
-        depot->paths->Append(std::move(location));
-        CDepot& cut = *depot;
-        world_.depots.Add(depot.release(), false);
+        CDepotPath location = world_.server.Location(world_.base);
+        location.port = port;
+        CDepot& cut = world_.AddOf(location, "Cut");
         EXPECT_NE("", cut.paths->GetActivePath());
         return cut;
     }
@@ -193,8 +188,8 @@ TEST_F(BrokenTransferTest, RenamedFolderIsWholeOnOneSide) {
         EXPECT_TRUE(arrived == kFiles || left == kFiles) << arrived << " " << left;
         EXPECT_EQ(done != 0, arrived == kFiles && left == 0);
         world_.depots.Remove(&cut);
-        ASSERT_NE(
-            0, DeleteFile(*work_, "<Work>\\from\\many") + DeleteFile(*work_, "<Work>\\to\\many"));
+        ASSERT_NE(0, DeleteFile(world_.work, "<Work>\\from\\many") +
+                         DeleteFile(world_.work, "<Work>\\to\\many"));
     }
 }
 

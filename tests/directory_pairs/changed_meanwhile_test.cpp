@@ -45,13 +45,13 @@ ULONG LDAPAPI AddAfterOther(LDAP* connection, PCHAR dn, LDAPModA** attributes) {
 
 class RenameMeanwhileTest : public PairWorldTest {
 protected:
-    RenameMeanwhileTest() { genuine = Directory().Client(); }
+    RenameMeanwhileTest() { genuine = world_.Directory().Client(); }
     ~RenameMeanwhileTest() override { otherClient = nullptr; }
 
     // Has the server answer every rename with the code.
     void RefuseRenames(ULONG code) {
         renameCode = code;
-        Directory().Client().ldap_rename_ext_s = &RefuseRename;
+        world_.Directory().Client().ldap_rename_ext_s = &RefuseRename;
     }
     void MakeManyEntries() {
         std::string ldif;
@@ -61,7 +61,7 @@ protected:
                     "\nquillonFileContentsBinary: " + NameOf(number) + "\n\n";
         }
         directory_.MakeFolder("from\\many");
-        server_.Apply(ldif);
+        world_.server.Apply(ldif);
     }
     static StoreContents ManyFiles() {
         StoreContents files;
@@ -75,14 +75,14 @@ protected:
         };
     }
     int Rename(const std::string& from, const std::string& to) {
-        return MoveFile(*work_, "<Work>\\" + from, "<Work>\\" + to, nullptr, nullptr, &error_);
+        return MoveFile(world_.work, "<Work>\\" + from, "<Work>\\" + to, nullptr, nullptr, &error_);
     }
 };
 
 TEST_F(RenameMeanwhileTest, EditAndAdditionComeAlongWithAFolderThatTheServerRenames) {
     MakeManyEntries();
     ChangeBoth();
-    Directory().Client().ldap_rename_ext_s = &RenameAfterOther;
+    world_.Directory().Client().ldap_rename_ext_s = &RenameAfterOther;
     EXPECT_THAT(Rename("from\\many", "to\\many"), IsDone());
     StoreContents expected = ManyFiles();
     expected["f7.kra"] = "edited";
@@ -95,9 +95,9 @@ TEST_F(RenameMeanwhileTest, EditAndAdditionStayWhereAFolderIsCopied) {
     MakeManyEntries();
     ChangeBoth();
     RefuseRenames(LDAP_NOT_ALLOWED_ON_NONLEAF);
-    Directory().Client().ldap_add_s = &AddAfterOther;
+    world_.Directory().Client().ldap_add_s = &AddAfterOther;
     EXPECT_THAT(Rename("from\\many", "to\\many"), Fails());
-    EXPECT_EQ(kContentsChanged, Directory().LastError());
+    EXPECT_EQ(kContentsChanged, world_.Directory().LastError());
     EXPECT_EQ("Copied, but 1 file and 1 folder stay in the old place: changed meanwhile.", error_);
     EXPECT_EQ((StoreContents{{"f7.kra", "edited"}, {"new.kra", "added"}}),
               directory_.Contents("from\\many"));
@@ -108,9 +108,9 @@ TEST_F(RenameMeanwhileTest, EntryThatAppearsInACopiedFolderKeepsIt) {
     directory_.MakeTree("from\\tree");
     RefuseRenames(LDAP_UNWILLING_TO_PERFORM);
     otherClient = [this] { directory_.MakeFile("from\\tree\\sub\\new.kra", "added"); };
-    Directory().Client().ldap_add_s = &AddAfterOther;
+    world_.Directory().Client().ldap_add_s = &AddAfterOther;
     EXPECT_THAT(Rename("from\\tree", "to\\tree"), Fails());
-    EXPECT_THAT(Directory().LastError(), IsCode(LDAP_NOT_ALLOWED_ON_NONLEAF));
+    EXPECT_THAT(world_.Directory().LastError(), IsCode(LDAP_NOT_ALLOWED_ON_NONLEAF));
     EXPECT_EQ("Copied, but 2 folders stay in the old place: changed meanwhile.", error_);
     EXPECT_EQ((StoreContents{{"sub", kFolderMark}, {"sub\\new.kra", "added"}}),
               directory_.Contents("from\\tree"));
@@ -121,9 +121,9 @@ TEST_F(RenameMeanwhileTest, EntryThatSomebodyElseDeletesIsNoFailure) {
     directory_.MakeTree("from\\tree");
     RefuseRenames(LDAP_NOT_ALLOWED_ON_NONLEAF);
     otherClient = [this] {
-        server_.Apply("dn: " + directory_.At("from\\tree\\a.kra") + "\nchangetype: delete\n");
+        world_.server.Apply("dn: " + directory_.At("from\\tree\\a.kra") + "\nchangetype: delete\n");
     };
-    Directory().Client().ldap_add_s = &AddAfterOther;
+    world_.Directory().Client().ldap_add_s = &AddAfterOther;
     EXPECT_THAT(Rename("from\\tree", "to\\tree"), IsDone());
     EXPECT_FALSE(directory_.Holds("from\\tree"));
     EXPECT_EQ(TestFolder::Tree(), directory_.Contents("to\\tree"));
@@ -150,7 +150,7 @@ TEST_F(RenameMeanwhileTest, TreeIsNotCopiedWhereTheServerRefusesForGood) {
         SCOPED_TRACE(code);
         RefuseRenames(code);
         EXPECT_THAT(Rename("from\\tree", "to\\tree"), Fails());
-        EXPECT_EQ(code, Directory().LastError());
+        EXPECT_EQ(code, world_.Directory().LastError());
     }
     EXPECT_EQ(TestFolder::Tree(), directory_.Contents("from\\tree"));
     EXPECT_FALSE(directory_.Holds("to\\tree"));
@@ -160,22 +160,23 @@ TEST_F(RenameMeanwhileTest, FoldersMadeForARenameThatIsRefusedAreRemoved) {
     directory_.MakeTree("from\\tree");
     static int calls;
     calls = 0;
-    Directory().Client().ldap_rename_ext_s = [](LDAP*, const PCHAR, const PCHAR, const PCHAR, INT,
-                                                PLDAPControlA*, PLDAPControlA*) -> ULONG {
+    world_.Directory().Client().ldap_rename_ext_s = [](LDAP*, const PCHAR, const PCHAR, const PCHAR,
+                                                       INT, PLDAPControlA*,
+                                                       PLDAPControlA*) -> ULONG {
         return ++calls == 1 ? LDAP_NO_SUCH_OBJECT : LDAP_INSUFFICIENT_RIGHTS;
     };
     EXPECT_THAT(Rename("from\\tree", "to\\new\\v1.2\\tree"), Fails());
     EXPECT_EQ(2, calls);
-    EXPECT_THAT(Directory().LastError(), IsCode(LDAP_INSUFFICIENT_RIGHTS));
+    EXPECT_THAT(world_.Directory().LastError(), IsCode(LDAP_INSUFFICIENT_RIGHTS));
     EXPECT_EQ(StoreContents(), directory_.Contents("to"));
     EXPECT_EQ(TestFolder::Tree(), directory_.Contents("from\\tree"));
 }
 
 TEST_F(RenameMeanwhileTest, FolderWithChildrenCostsOneRename) {
     directory_.MakeTree("from\\tree");
-    server_.Mark();
+    world_.server.Mark();
     EXPECT_THAT(Rename("from\\tree", "to\\tree"), IsDone());
-    EXPECT_EQ((OperationCounts{.binds = 1, .renames = 1}), server_.Counts());
+    EXPECT_EQ((OperationCounts{.binds = 1, .renames = 1}), world_.server.Counts());
     EXPECT_EQ(TestFolder::Tree(), directory_.Contents("to\\tree"));
 }
 
@@ -195,28 +196,28 @@ TEST_F(RenameMeanwhileTest, TreeWithoutAnEndIsNotCopied) {
     // The server lists what the top holds again below each folder.
     static std::string tree;
     tree = directory_.At("from\\tree");
-    Directory().Client().ldap_search_s = [](LDAP* connection, PCHAR base, ULONG scope, PCHAR filter,
-                                            PCHAR* attributes, ULONG typesOnly,
-                                            LDAPMessage** result) -> ULONG {
+    world_.Directory().Client().ldap_search_s = [](LDAP* connection, PCHAR base, ULONG scope,
+                                                   PCHAR filter, PCHAR* attributes, ULONG typesOnly,
+                                                   LDAPMessage** result) -> ULONG {
         char* const place = scope == LDAP_SCOPE_ONELEVEL ? tree.data() : base;
         return genuine.ldap_search_s(connection, place, scope, filter, attributes, typesOnly,
                                      result);
     };
-    Directory().Client().ldap_search_ext = [](LDAP* connection, PCHAR base, ULONG scope,
-                                              PCHAR filter, PCHAR* attributes, ULONG typesOnly,
-                                              PLDAPControlA* server, PLDAPControlA* client,
-                                              ULONG seconds, ULONG entries, ULONG* id) -> ULONG {
+    world_.Directory().Client().ldap_search_ext =
+        [](LDAP* connection, PCHAR base, ULONG scope, PCHAR filter, PCHAR* attributes,
+           ULONG typesOnly, PLDAPControlA* server, PLDAPControlA* client, ULONG seconds,
+           ULONG entries, ULONG* id) -> ULONG {
         char* const place = scope == LDAP_SCOPE_ONELEVEL ? tree.data() : base;
         return genuine.ldap_search_ext(connection, place, scope, filter, attributes, typesOnly,
                                        server, client, seconds, entries, id);
     };
-    Directory().Bounds().entries = 1'000;
+    world_.Directory().Bounds().entries = 1'000;
     EXPECT_THAT(Rename("from\\tree", "to\\tree"), Fails());
-    EXPECT_THAT(Directory().LastError(), IsCode(LDAP_SIZELIMIT_EXCEEDED));
-    Directory().Bounds() = {};
-    Directory().Bounds().listingTime = {};
+    EXPECT_THAT(world_.Directory().LastError(), IsCode(LDAP_SIZELIMIT_EXCEEDED));
+    world_.Directory().Bounds() = {};
+    world_.Directory().Bounds().listingTime = {};
     EXPECT_THAT(Rename("from\\tree", "to\\tree"), Fails());
-    EXPECT_THAT(Directory().LastError(), IsCode(LDAP_TIMELIMIT_EXCEEDED));
+    EXPECT_THAT(world_.Directory().LastError(), IsCode(LDAP_TIMELIMIT_EXCEEDED));
     EXPECT_EQ(TestFolder::Tree(), directory_.Contents("from\\tree"));
     EXPECT_FALSE(directory_.Holds("to\\tree"));
 }

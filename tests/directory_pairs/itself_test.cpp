@@ -36,12 +36,7 @@ class ItselfTest : public PairWorldTest, public testing::WithParamInterface<Name
 protected:
     ItselfTest() {
         world_.AddAt("Same", "Same", world_.folder.At("p\\..\\h"));
-        auto twin = std::make_unique<CDepot>(&world_.depots);
-        twin->name = "Twin";
-        auto location = server_.Location(base_).Clone();
-        location->owner = twin->paths.get();
-        twin->paths->Append(std::move(location));
-        world_.depots.Add(twin.release(), false);
+        world_.AddOf(world_.server.Location(world_.base), "Twin");
     }
 
     TestFolder& Place() {

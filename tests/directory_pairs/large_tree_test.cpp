@@ -24,7 +24,7 @@ TEST_F(LargeTreeTest, TwoThousandFilesThirtyFoldersDeepArriveWhole) {
     ASSERT_EQ(static_cast<std::size_t>(kFiles + kDepth), tree.size());
     EXPECT_THAT(OnList(FO_COPY, {"<Home>\\from\\tree"}, "<Work>\\to\\"), IsDone());
     EXPECT_THAT(
-        MoveFile(*work_, "<Work>\\to\\tree", "<Work>\\from\\tree", nullptr, nullptr, &error_),
+        MoveFile(world_.work, "<Work>\\to\\tree", "<Work>\\from\\tree", nullptr, nullptr, &error_),
         IsDone());
     EXPECT_FALSE(directory_.Holds("to\\tree"));
     EXPECT_THAT(OnList(FO_MOVE, {"<Work>\\from\\tree"}, plain_.Path("to\\")), IsDone());

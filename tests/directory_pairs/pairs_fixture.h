@@ -56,7 +56,7 @@ inline std::string PairName(const testing::TestParamInfo<StorePair>& info) {
 
 // Files go from the folder "from" of one store into the folder "to" of another. A plain store is a
 // folder of no depot; the default depot is one in a folder.
-class PairWorldTest : public DirectoryWorldTest {
+class PairWorldTest : public testing::Test {
 protected:
     PairWorldTest() {
         for (const StoreKind kind : kKinds) {
@@ -91,9 +91,11 @@ protected:
         return ListOperation(items, &to, operation, kQuietFlags, nullptr, &error_);
     }
 
+    DirectoryWorld world_;
+    std::string error_ = "junk";
     LocalTestFolder plain_{world_.folder.MakeFolder("p"), world_.folder.At("p") + "\\"};
     LocalTestFolder folder_{world_.folder.At("h"), "<Home>\\"};
-    DirectoryTestFolder directory_{server_, base_, "<Work>\\"};
+    DirectoryTestFolder directory_{world_.server, world_.base, "<Work>\\"};
 };
 
 class PairTest : public PairWorldTest, public testing::WithParamInterface<StorePair> {

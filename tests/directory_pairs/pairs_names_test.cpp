@@ -88,27 +88,27 @@ TEST_P(PairNamesTest, LongTargetFoldersOfListsAreTakenUpTo260Characters) {
 INSTANTIATE_TEST_SUITE_P(EveryPair, PairNamesTest, testing::ValuesIn(EveryPair()), PairName);
 
 // What a directory holds under names that no local file may have.
-class HostileNamesTest : public PairTest {
-protected:
-    HostileNamesTest() {
-        server_.Apply("dn: cn=..\\5C..\\5Cx.kra," + directory_.At("from") +
-                      "\nobjectClass: quillonFileBinary\ncn: ..\\..\\x.kra\n"
-                      "quillonFileContentsBinary: x\n\n");
-        for (const char* name :
-             {"C:x.kra", "CON", "nul.kra", "a?.kra", "ends with dot.", "LONGFI~1.KRA"}) {
-            server_.AddFile(name, directory_.At("from"), "x");
-        }
-        directory_.MakeFile("from\\good.kra", "1");
-        before_ = All();
-    }
-    // Everything in the file system that a hostile name could reach.
-    StoreContents All() { return LocalTestFolder(world_.folder.Path(), {}).Contents({}); }
+using HostileNamesTest = PairTest;
 
-    StoreContents before_;
-};
+void AddHostileNames(DirectoryServer& server, DirectoryTestFolder& directory) {
+    server.Apply("dn: cn=..\\5C..\\5Cx.kra," + directory.At("from") +
+                 "\nobjectClass: quillonFileBinary\ncn: ..\\..\\x.kra\n"
+                 "quillonFileContentsBinary: x\n\n");
+    for (const char* name :
+         {"C:x.kra", "CON", "nul.kra", "a?.kra", "ends with dot.", "LONGFI~1.KRA"}) {
+        server.AddFile(name, directory.At("from"), "x");
+    }
+    directory.MakeFile("from\\good.kra", "1");
+}
+
+// Everything in the file system that a hostile name could reach.
+StoreContents AllOf(const DirectoryWorld& world) {
+    return LocalTestFolder(world.folder.Path(), {}).Contents({});
+}
 
 TEST_P(HostileNamesTest, SingleEntryNeverBecomesALocalFile) {
-    const StoreContents entries = directory_.Contents();
+    AddHostileNames(world_.server, directory_);
+    const StoreContents entries = directory_.Contents(), before = AllOf(world_);
     for (const std::string name : {"..\\..\\x.kra", "C:x.kra", "CON", "nul.kra", "a?.kra",
                                    "ends with dot.", "LONGFI~1.KRA"}) {
         SCOPED_TRACE(name);
@@ -118,22 +118,23 @@ TEST_P(HostileNamesTest, SingleEntryNeverBecomesALocalFile) {
         }
         EXPECT_THAT(Copy(From(name), To(""), false), Fails());
     }
-    EXPECT_EQ(before_, All());
+    EXPECT_EQ(before, AllOf(world_));
     EXPECT_EQ(entries, directory_.Contents());
 }
 
 TEST_P(HostileNamesTest, TreeNeverLeavesTheTargetFolderAndIsNeverRemoved) {
-    const StoreContents entries = directory_.Contents("from");
+    AddHostileNames(world_.server, directory_);
+    const StoreContents entries = directory_.Contents("from"), before = AllOf(world_);
     const std::string tree = Source().Path("from");
     for (const UINT operation : {FO_MOVE, FO_COPY}) {
         OnItem(operation, tree, To("item"));
         OnList(operation, {tree}, To(""));
         EXPECT_EQ(entries, directory_.Contents("from"));
     }
-    for (const auto& [path, bytes] : All()) {
+    for (const auto& [path, bytes] : AllOf(world_)) {
         SCOPED_TRACE(path);
         const bool inTarget = path.find("\\to\\") != std::string::npos;
-        EXPECT_TRUE(before_.contains(path) || (inTarget && bytes != "x"));
+        EXPECT_TRUE(before.contains(path) || (inTarget && bytes != "x"));
     }
 }
 

@@ -201,8 +201,8 @@ TEST_P(PairTest, MovedItemWhoseSourceIsHeldByAReaderCountsAsDone) {
     if (FromDirectory()) {
         // Who may only read can copy, but not delete.
         if (ToDirectory()) return;
-        work_->paths->At(0)->username = kReader;
-        work_->paths->At(0)->password = kReaderPassword;
+        world_.work.paths->At(0)->username = kReader;
+        world_.work.paths->At(0)->password = kReaderPassword;
         EXPECT_THAT(OnItem(FO_MOVE, From("a.kra"), To("b.kra")), IsDone());
         // A list says so.
         EXPECT_THAT(OnList(FO_MOVE, {From("a.kra")}, To("")), Fails());

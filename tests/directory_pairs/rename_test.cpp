@@ -10,7 +10,7 @@ protected:
     TestFolder& Place() { return StoreOf(GetParam()); }
     bool InDirectory() const { return GetParam() == StoreKind::kDirectory; }
     int Rename(const std::string& from, const std::string& to) {
-        CDepot& depot = InDirectory() ? *work_ : home_;
+        CDepot& depot = InDirectory() ? world_.work : world_.home;
         return MoveFile(depot, Place().Path(from), Place().Path(to), nullptr, nullptr, &error_);
     }
     void ExpectRefused(const std::string& from, const std::string& to) {
@@ -63,7 +63,7 @@ TEST_P(RenameTest, MissingSourceAndEmptyNamesAreRefused) {
     ExpectRefused("from\\none.kra", "from\\b.kra");
     ExpectRefused("from\\none", "from\\b");
     const StoreContents before = Place().Contents();
-    CDepot& depot = InDirectory() ? *work_ : home_;
+    CDepot& depot = InDirectory() ? world_.work : world_.home;
     EXPECT_THAT(MoveFile(depot, Place().Path("from\\a.kra"), "", nullptr, nullptr, &error_),
                 Fails());
     EXPECT_THAT(MoveFile(depot, "", Place().Path("from\\b.kra"), nullptr, nullptr, &error_),
@@ -141,8 +141,10 @@ INSTANTIATE_TEST_SUITE_P(EveryDepot, RenameTest,
 TEST_F(PairWorldTest, MoveIntoAnotherDepotNeverLandsInTheCurrentFolder) {
     folder_.MakeFile("from\\a.kra", "1");
     directory_.MakeFile("from\\b.kra", "2");
-    MoveFile(home_, "<Home>\\from\\a.kra", "<Work>\\to\\a.kra", nullptr, work_, &error_);
-    MoveFile(*work_, "<Work>\\from\\b.kra", "<Home>\\to\\b.kra", nullptr, &home_, &error_);
+    MoveFile(world_.home, "<Home>\\from\\a.kra", "<Work>\\to\\a.kra", nullptr, &world_.work,
+             &error_);
+    MoveFile(world_.work, "<Work>\\from\\b.kra", "<Home>\\to\\b.kra", nullptr, &world_.home,
+             &error_);
     EXPECT_TRUE(folder_.Bytes("from\\a.kra") == "1" || directory_.Bytes("to\\a.kra") == "1");
     EXPECT_TRUE(directory_.Bytes("from\\b.kra") == "2" || folder_.Bytes("to\\b.kra") == "2");
     EXPECT_FALSE(Exists(directory_.At("to\\a.kra")));

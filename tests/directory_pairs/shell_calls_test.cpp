@@ -80,9 +80,9 @@ protected:
 
 TEST_F(ShellCallsTest, RenamingIsAQuietRename) {
     folder_.MakeFile("from\\a.kra", "1");
-    EXPECT_THAT(
-        MoveFile(home_, "<Home>\\from\\a.kra", "<Home>\\from\\b.kra", window_, nullptr, &error_),
-        IsDone());
+    EXPECT_THAT(MoveFile(world_.home, "<Home>\\from\\a.kra", "<Home>\\from\\b.kra", window_,
+                         nullptr, &error_),
+                IsDone());
     ASSERT_EQ(1u, calls.size());
     EXPECT_EQ(UINT{FO_RENAME}, calls[0].operation);
     EXPECT_EQ(0x0210, calls[0].flags);
@@ -93,9 +93,9 @@ TEST_F(ShellCallsTest, RenamingIsAQuietRename) {
 
 TEST_F(ShellCallsTest, MovingIntoADepotIsAQuietMove) {
     folder_.MakeFile("from\\a.kra", "1");
-    EXPECT_THAT(
-        MoveFile(home_, "<Home>\\from\\a.kra", "<Home>\\to\\b.kra", nullptr, &home_, &error_),
-        IsDone());
+    EXPECT_THAT(MoveFile(world_.home, "<Home>\\from\\a.kra", "<Home>\\to\\b.kra", nullptr,
+                         &world_.home, &error_),
+                IsDone());
     ASSERT_EQ(1u, calls.size());
     EXPECT_EQ(UINT{FO_MOVE}, calls[0].operation);
     EXPECT_EQ(0x0210, calls[0].flags);
@@ -106,7 +106,7 @@ TEST_F(ShellCallsTest, AnyResultButZeroAndAnythingAbortedIsAFailureWithTheSystem
     folder_.MakeFile("from\\a.kra", "1");
     const auto rename = [&] {
         error_ = "junk";
-        return MoveFile(home_, "<Home>\\from\\a.kra", "<Home>\\from\\b.kra", nullptr, nullptr,
+        return MoveFile(world_.home, "<Home>\\from\\a.kra", "<Home>\\from\\b.kra", nullptr, nullptr,
                         &error_);
     };
     const auto list = [&] {
@@ -136,13 +136,13 @@ TEST_F(ShellCallsTest, AnyResultButZeroAndAnythingAbortedIsAFailureWithTheSystem
 TEST_F(ShellCallsTest, FailureReportsNothingThatIsNotItsOwn) {
     const std::string plain = plain_.At("from\\a.kra"), target = plain_.At("from\\none\\b.kra");
     plain_.MakeFile("from\\a.kra", "1");
-    Directory().SetLastError(LDAP_INSUFFICIENT_RIGHTS);
+    world_.Directory().SetLastError(LDAP_INSUFFICIENT_RIGHTS);
     answer = {false, 5, FALSE, ERROR_ACCESS_DENIED};
-    EXPECT_THAT(MoveFile(*work_, plain, target, nullptr, nullptr, &error_), Fails());
+    EXPECT_THAT(MoveFile(world_.work, plain, target, nullptr, nullptr, &error_), Fails());
     EXPECT_EQ(Message(ERROR_ACCESS_DENIED, target.c_str()), error_);
     // A shell that says nothing leaves what was there before.
     answer.keepsLastError = true;
-    for (CDepot* const depot : {work_, &home_}) {
+    for (CDepot* const depot : {&world_.work, &world_.home}) {
         error_ = "junk";
         SetLastError(ERROR_WRITE_PROTECT);
         EXPECT_THAT(MoveFile(*depot, plain, target, nullptr, nullptr, &error_), Fails());
@@ -151,7 +151,7 @@ TEST_F(ShellCallsTest, FailureReportsNothingThatIsNotItsOwn) {
     SetLastError(ERROR_WRITE_PROTECT);
     EXPECT_THAT(List(FO_COPY, {"<Home>\\from\\none.kra"}, "<Home>\\to\\"), Fails());
     EXPECT_EQ("junk", error_);
-    EXPECT_THAT(MoveFile(*work_, plain, "bare.kra", nullptr, nullptr, &error_), Fails());
+    EXPECT_THAT(MoveFile(world_.work, plain, "bare.kra", nullptr, nullptr, &error_), Fails());
     EXPECT_NE("junk", error_);
 }
 
@@ -291,7 +291,8 @@ TEST_F(ShellCallsTest, NothingThatHasNoPlaceReachesTheShell) {
     EXPECT_THAT(ListOperation(items, &nowhere, FO_COPY, kQuietFlags, nullptr, &error_), IsDone());
     items.Append(Item("<Home>\\from\\a.kra").Clone());
     EXPECT_THAT(ListOperation(items, &nowhere, FO_COPY, kQuietFlags, nullptr, &error_), Fails());
-    EXPECT_THAT(MoveFile(home_, "<Home>\\from\\a.kra", "", nullptr, nullptr, &error_), Fails());
+    EXPECT_THAT(MoveFile(world_.home, "<Home>\\from\\a.kra", "", nullptr, nullptr, &error_),
+                Fails());
     EXPECT_THAT(List(FO_COPY, {"<Home>\\from\\a.kra"},
                      "<Home>\\" + std::string(261 - Storage("").size(), 'x')),
                 Fails());

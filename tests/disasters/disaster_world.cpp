@@ -37,13 +37,13 @@ std::wstring WidePath(const std::string& path) {
 
 }  // namespace
 
-DisasterWorld::DisasterWorld() : api2_(Api2Of(*api_)) {
+DisastersTest::DisastersTest() : api2_(Api2Of(*api_)) {
     ForgetServer(server_.Port());
     // This program looks into both stores by the same characters as the component.
     InstallSystemCodePage();
 }
 
-void DisasterWorld::Begin(unsigned seed) {
+void DisastersTest::Begin(unsigned seed) {
     random_.seed(seed);
     number_ = seed * 100'000;
     done_.clear();
@@ -64,7 +64,7 @@ void DisasterWorld::Begin(unsigned seed) {
     Look();
 }
 
-void DisasterWorld::DoOne() {
+void DisastersTest::DoOne() {
     ForgetServer(relay_.Port());
     switch (Below(20)) {
         case 0:
@@ -96,7 +96,7 @@ void DisasterWorld::DoOne() {
     }
 }
 
-bool DisasterWorld::Session(const std::function<bool(LONG_PTR handle)>& work) {
+bool DisastersTest::Session(const std::function<bool(LONG_PTR handle)>& work) {
     LONG_PTR handle = 0;
     if (api_->DPInitialize(&handle) != S_OK || handle == 0) return false;
     const bool isDone = work(handle);
@@ -104,30 +104,30 @@ bool DisasterWorld::Session(const std::function<bool(LONG_PTR handle)>& work) {
     return isDone;
 }
 
-bool DisasterWorld::WentWell(LONG_PTR handle, HRESULT result) {
+bool DisastersTest::WentWell(LONG_PTR handle, HRESULT result) {
     LONG code = 0;
     return result == S_OK && api2_->LastErrorCode(handle, &code) == S_OK && code == 0;
 }
 
-void DisasterWorld::Note(const std::string& what, bool isDone) {
+void DisastersTest::Note(const std::string& what, bool isDone) {
     done_.push_back(what + (isDone ? "" : ": failed"));
     if (std::getenv("DEPOTINTR_TELL") != nullptr)
         std::fprintf(stderr, "%s\n", done_.back().c_str());
     if (done_.size() > kLately) done_.erase(done_.begin());
 }
 
-std::string DisasterWorld::Lately() const {
+std::string DisastersTest::Lately() const {
     std::string text;
     for (const std::string& each : done_) text += each + "\n";
     return text;
 }
 
-const ShownFile* DisasterWorld::AnyFile() {
+const ShownFile* DisastersTest::AnyFile() {
     if (shown_.files.empty()) return nullptr;
     return &shown_.files[Below(static_cast<unsigned>(shown_.files.size()))];
 }
 
-std::string DisasterWorld::FreshPath(const char* ending) {
+std::string DisastersTest::FreshPath(const char* ending) {
     std::string folder = Below(2) == 0 ? "<Work>" : "<Corp>";
     if (!shown_.folders.empty() && Below(3) == 0) {
         folder = shown_.folders[Below(static_cast<unsigned>(shown_.folders.size()))];
@@ -135,7 +135,7 @@ std::string DisasterWorld::FreshPath(const char* ending) {
     return folder + "\\n" + LetterOfCodePage() + std::to_string(++number_) + ending;
 }
 
-bool DisasterWorld::IsShown(const std::string& id, const std::string& line,
+bool DisastersTest::IsShown(const std::string& id, const std::string& line,
                             const std::string& butAt) {
     for (const ShownFile& file : shown_.files) {
         if (file.path != butAt && HasLine(file.bytes, "id=" + id) && HasLine(file.bytes, line)) {
@@ -145,7 +145,7 @@ bool DisasterWorld::IsShown(const std::string& id, const std::string& line,
     return HasLine(shown_.rescued, line);
 }
 
-void DisasterWorld::GiveUp(const std::string& path) {
+void DisastersTest::GiveUp(const std::string& path) {
     for (const ShownFile& file : shown_.files) {
         if (file.path != path) continue;
         const std::string id = IdentityOf(file.bytes);
@@ -158,7 +158,7 @@ void DisasterWorld::GiveUp(const std::string& path) {
     }
 }
 
-void DisasterWorld::Create() {
+void DisastersTest::Create() {
     const std::string path = FreshPath(".kra");
     const std::string id = "file" + std::to_string(++number_);
     const std::string line = "v" + std::to_string(++number_) + "=new";
@@ -172,7 +172,7 @@ void DisasterWorld::Create() {
     if (isDone) expected_[id].insert(line);
 }
 
-void DisasterWorld::WriteWhole() {
+void DisastersTest::WriteWhole() {
     const ShownFile* const file = AnyFile();
     if (file == nullptr) return;
     const std::string path = file->path, id = IdentityOf(file->bytes);
@@ -195,7 +195,7 @@ void DisasterWorld::WriteWhole() {
     expected_[id].insert(line);
 }
 
-void DisasterWorld::Edit() {
+void DisastersTest::Edit() {
     const ShownFile* const file = AnyFile();
     if (file == nullptr) return;
     const std::string path = file->path, id = IdentityOf(file->bytes);
@@ -214,7 +214,7 @@ void DisasterWorld::Edit() {
     if (isDone && expected_.contains(id)) expected_[id].insert(key + "=edited");
 }
 
-void DisasterWorld::CopyTo(bool mayExist) {
+void DisastersTest::CopyTo(bool mayExist) {
     const ShownFile* const file = AnyFile();
     if (file == nullptr) return;
     const std::string from = file->path;
@@ -230,7 +230,7 @@ void DisasterWorld::CopyTo(bool mayExist) {
     Note("copy " + from + " to " + to, isDone);
 }
 
-void DisasterWorld::MoveFile() {
+void DisastersTest::MoveFile() {
     const ShownFile* const file = AnyFile();
     if (file == nullptr) return;
     const std::string from = file->path, to = FreshPath(".kra");
@@ -243,7 +243,7 @@ void DisasterWorld::MoveFile() {
     Note("move " + from + " to " + to, isDone);
 }
 
-void DisasterWorld::MoveFolder() {
+void DisastersTest::MoveFolder() {
     const bool isNew = shown_.folders.size() < 3;
     const std::string to = FreshPath("");
     if (std::count(to.begin(), to.end(), '\\') > 3) return;
@@ -260,7 +260,7 @@ void DisasterWorld::MoveFolder() {
     Note("folder " + from + " to " + to, isDone);
 }
 
-void DisasterWorld::Rename() {
+void DisastersTest::Rename() {
     const ShownFile* const file = AnyFile();
     if (file == nullptr) return;
     const std::string from = file->path;
@@ -272,7 +272,7 @@ void DisasterWorld::Rename() {
     Note("rename " + from + " to " + to, isDone);
 }
 
-void DisasterWorld::Delete() {
+void DisastersTest::Delete() {
     const ShownFile* const file = AnyFile();
     if (file == nullptr) return;
     const std::string path = file->path;
@@ -282,7 +282,7 @@ void DisasterWorld::Delete() {
     Note("delete " + path, isDone);
 }
 
-void DisasterWorld::MakeCopy() {
+void DisastersTest::MakeCopy() {
     const ShownFile* const file = AnyFile();
     if (file == nullptr) return;
     const std::string path = file->path;
@@ -293,7 +293,7 @@ void DisasterWorld::MakeCopy() {
     Note("copy beside " + path, isDone);
 }
 
-void DisasterWorld::CopyOut() {
+void DisastersTest::CopyOut() {
     const ShownFile* const file = AnyFile();
     if (file == nullptr) return;
     const std::string path = file->path;
@@ -304,7 +304,7 @@ void DisasterWorld::CopyOut() {
     Note("copy out " + path, isDone);
 }
 
-void DisasterWorld::List() {
+void DisastersTest::List() {
     LONG_PTR handle = 0;
     LONG count = -1;
     const char* const folder = Below(2) == 0 ? "<Work>\\" : "<Corp>\\";
@@ -317,7 +317,7 @@ void DisasterWorld::List() {
     Note(std::string("list ") + folder, count >= 0);
 }
 
-void DisasterWorld::Collect(Store& store, const std::string& top, const std::string& prefix) {
+void DisastersTest::Collect(Store& store, const std::string& top, const std::string& prefix) {
     const StoreScope scope(store);
     ASSERT_THAT(scope.Outcome(), IsDone());
     Tree tree;
@@ -341,7 +341,7 @@ void DisasterWorld::Collect(Store& store, const std::string& top, const std::str
     }
 }
 
-void DisasterWorld::Look() {
+void DisastersTest::Look() {
     const auto pause = rest_();
     shown_ = {};
     Collect(FolderStore::Instance(), work_, "<Work>");
@@ -363,7 +363,7 @@ void DisasterWorld::Look() {
     for (const std::string& path : RecoveredFiles()) shown_.rescued += FileBytes(path);
 }
 
-void DisasterWorld::ExpectNothingLost() {
+void DisastersTest::ExpectNothingLost() {
     Look();
     for (const auto& [id, lines] : expected_) {
         EXPECT_TRUE(IsShown(id, "id=" + id)) << id << " is nowhere\n" << Lately();

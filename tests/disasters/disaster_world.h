@@ -38,9 +38,15 @@ struct Shown {
 // A client that does one thing after another with the files of a folder depot, "Work", and of a
 // directory depot, "Corp", whose server it reaches through a relay. Each file has an identity in
 // its text, which copies share. What the component acknowledged has to be found again.
-class DisasterWorld : public ComponentTest {
+class DisastersTest : public ComponentTest {
 protected:
-    DisasterWorld();
+    DisastersTest();
+
+    // Runs so many rounds for each seed; `disturb` arranges what fails in one of them, and `calm`
+    // ends that.
+    void Run(const std::function<void()>& disturb, const std::function<void()>& calm);
+    // What a line, and a server behind it, do to a request.
+    void DisturbLine();
 
     // Begins anew: every random choice follows from the seed, and so does what the definition of
     // the directory depot asks for.

@@ -17,54 +17,50 @@ unsigned NumberFrom(const char* variable, unsigned standard) {
     return text != nullptr ? static_cast<unsigned>(std::atoi(text)) : standard;
 }
 
-class DisastersTest : public DisasterWorld {
-protected:
-    // Runs so many rounds for each seed; `disturb` arranges what fails in one of them, and `calm`
-    // ends that.
-    void Run(const std::function<void()>& disturb, const std::function<void()>& calm) {
-        const unsigned first = NumberFrom("DEPOTINTR_SEED", 1);
-        const unsigned seeds = NumberFrom("DEPOTINTR_SEEDS", 3);
-        const unsigned rounds = NumberFrom("DEPOTINTR_ROUNDS", 60);
-        for (unsigned seed = first; seed < first + seeds; ++seed) {
-            SCOPED_TRACE("seed " + std::to_string(seed));
-            Begin(seed);
-            for (unsigned round = 0; round < rounds && !HasFailure(); ++round) {
-                SCOPED_TRACE("round " + std::to_string(round));
-                disturb();
-                DoOne();
-                calm();
-                relay_.Disturb({});
-                ExpectNothingLost();
-            }
-            if (HasFailure()) return;
-        }
-    }
+}  // namespace
 
-    // What a line, and a server behind it, do to a request.
-    void DisturbLine() {
-        const unsigned number = 1 + Below(8);
-        const unsigned how = Below(6);
-        Note(Concatenate({"line: ", NumberText(how), " at ", NumberText(number)}));
-        switch (how) {
-            case 0:
-                return relay_.Disturb({.dropBeforeRequest = static_cast<int>(number)});
-            case 1:
-                return relay_.Disturb({.dropAfterRequest = static_cast<int>(number)});
-            case 2:
-                return relay_.Disturb({.dropAfterBytesToServer = 1 + Below(3000)});
-            case 3:
-                return relay_.Disturb({.dropAfterBytesToClient = 1 + Below(3000)});
-            default:
-                break;
+void DisastersTest::Run(const std::function<void()>& disturb, const std::function<void()>& calm) {
+    const unsigned first = NumberFrom("DEPOTINTR_SEED", 1);
+    const unsigned seeds = NumberFrom("DEPOTINTR_SEEDS", 3);
+    const unsigned rounds = NumberFrom("DEPOTINTR_ROUNDS", 60);
+    for (unsigned seed = first; seed < first + seeds; ++seed) {
+        SCOPED_TRACE("seed " + std::to_string(seed));
+        Begin(seed);
+        for (unsigned round = 0; round < rounds && !HasFailure(); ++round) {
+            SCOPED_TRACE("round " + std::to_string(round));
+            disturb();
+            DoOne();
+            calm();
+            relay_.Disturb({});
+            ExpectNothingLost();
         }
-        const unsigned code = 1 + Below(80);
-        const bool isAll = Below(4) == 0;
-        Note(Concatenate({"refusal: ", NumberText(code), isAll ? " for all" : ""}));
-        relay_.Disturb({.refusal = [=](const RelayedRequest& request) {
-            return isAll || request.number == static_cast<int>(number) ? static_cast<int>(code) : 0;
-        }});
+        if (HasFailure()) return;
     }
-};
+}
+
+void DisastersTest::DisturbLine() {
+    const unsigned number = 1 + Below(8);
+    const unsigned how = Below(6);
+    Note(Concatenate({"line: ", NumberText(how), " at ", NumberText(number)}));
+    switch (how) {
+        case 0:
+            return relay_.Disturb({.dropBeforeRequest = static_cast<int>(number)});
+        case 1:
+            return relay_.Disturb({.dropAfterRequest = static_cast<int>(number)});
+        case 2:
+            return relay_.Disturb({.dropAfterBytesToServer = 1 + Below(3000)});
+        case 3:
+            return relay_.Disturb({.dropAfterBytesToClient = 1 + Below(3000)});
+        default:
+            break;
+    }
+    const unsigned code = 1 + Below(80);
+    const bool isAll = Below(4) == 0;
+    Note(Concatenate({"refusal: ", NumberText(code), isAll ? " for all" : ""}));
+    relay_.Disturb({.refusal = [=](const RelayedRequest& request) {
+        return isAll || request.number == static_cast<int>(number) ? static_cast<int>(code) : 0;
+    }});
+}
 
 TEST_F(DisastersTest, WhatWasAcknowledgedIsThereWhateverCallsFail) {
     FaultLayer layer(Library::Own().Module());
@@ -108,5 +104,4 @@ TEST_F(DisastersTest, WhatWasAcknowledgedIsThereWhoeverHoldsTheFiles) {
     EXPECT_GT(holder.Count(), 0);
 }
 
-}  // namespace
 }  // namespace depot::test

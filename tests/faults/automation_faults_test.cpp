@@ -24,9 +24,10 @@ bool IsRegistered(const char* path) {
     return true;
 }
 
-class AutomationFaultsTest : public LateBoundTest {
+class AutomationFaultsTest : public ComponentTest {
 protected:
     const LCID locale_ = GetThreadLocale();
+    LateClient late_{*api_};
     FaultLayer layer_{Library::Own().Module()};
 };
 
@@ -89,9 +90,9 @@ TEST_F(AutomationFaultsTest, ObjectIsMadeOrItsCreationFails) {
 TEST_F(AutomationFaultsTest, CallsByNameGiveTheValueOrFail) {
     DefineDepot("Work");
     folder_.MakeFile("Work\\office.kra", "[S]\r\nK=old\r\n");
-    const DISPID load = IdOf(L"DPLoadFile");
-    const DISPID read = IdOf(L"DPGetProfileString");
-    const DISPID end = IdOf(L"DPUnInitialize");
+    const DISPID load = late_.IdOf(L"DPLoadFile");
+    const DISPID read = late_.IdOf(L"DPGetProfileString");
+    const DISPID end = late_.IdOf(L"DPUnInitialize");
     std::wstring text;
     RunWithFaults({
         .prepare = [&] { text = L"-"; },
@@ -99,11 +100,12 @@ TEST_F(AutomationFaultsTest, CallsByNameGiveTheValueOrFail) {
             [&] {
                 Variant handle(0);
                 Variant value(L"-");
-                Invoke(load, {Variant::Reference(handle), Variant(L"<Work>\\office.kra")}, {});
-                Invoke(read, {handle, L"S", L"K", L"-", Variant::Reference(value), 99}, {});
+                late_.Invoke(load, {Variant::Reference(handle), Variant(L"<Work>\\office.kra")},
+                             {});
+                late_.Invoke(read, {handle, L"S", L"K", L"-", Variant::Reference(value), 99}, {});
                 FaultLayer::Stop();
                 text = value.Text();
-                EXPECT_THAT(Invoke(end, {handle}, {}), IsOk());
+                EXPECT_THAT(late_.Invoke(end, {handle}, {}), IsOk());
             },
         .verify =
             [&](std::optional<Fault> failing) {

@@ -11,72 +11,58 @@ using testing::HasSubstr;
 
 constexpr VARIANT_BOOL kYes = VARIANT_TRUE;
 
-// A session with an edited file, in which another one is chosen.
-class BrowseFaultsTest : public StoreFaultsTest {
-protected:
-    BrowseFaultsTest() { dialogs_.chosenPath = Wide(chosen_); }
-
-    void Prepare() {
-        Forget();
-        Put(edited_, kOld);
-        Put(chosen_, kOld);
-        handle_ = LoadEdited(edited_);
-    }
-    void ExpectEditKept() {
-        const std::string stored = Get(edited_).value_or("(missing)");
-        EXPECT_THAT(stored, AnyOf(kOld, kNew, " "));
-        EXPECT_THAT(stored + Kept(), HasSubstr("K=new"));
-        EXPECT_EQ(kOld, Get(chosen_));
-        EXPECT_EQ(0, dialogs_.living);
-        dialogs_.calls.clear();
-    }
-
-    const std::string edited_ = Path("office.kra");
-    const std::string chosen_ = Path("chosen.kra");
-    ScriptedDialogs dialogs_;
-    LONG_PTR handle_ = 0;
-};
+using BrowseFaultsTest = StoreFaultsTest;
 
 TEST_P(BrowseFaultsTest, ChosenFileIsLoadedOrTheMethodFails) {
+    const std::string edited = Path("office.kra"), chosen = Path("chosen.kra");
+    ScriptedDialogs dialogs;
+    dialogs.chosenPath = Wide(chosen);
+    LONG_PTR handle = 0;
     bool loaded = false;
     const auto browse = [&](BROWSE_TYPE type) {
         OutText path;
-        loaded = Succeeded(api_->DPBrowse(handle_, APP_SKEIN, type, kYes, kYes, 0, 0, path));
-        EXPECT_EQ(loaded ? Wide(chosen_) : L"(null)", path.Value());
+        loaded = Succeeded(api_->DPBrowse(handle, APP_SKEIN, type, kYes, kYes, 0, 0, path));
+        EXPECT_EQ(loaded ? Wide(chosen) : L"(null)", path.Value());
     };
     RunWithFaults({
-        .prepare = [&] { Prepare(); },
+        .prepare = [&] { handle = LoadEditedBeside(edited, chosen); },
         .operate =
             [&] {
                 browse(PROMPT_SAVEAS);
                 browse(PROMPT_OPEN);
-                EXPECT_THAT(ReadValue(handle_), AnyOf(L"new", L"old", L"-", L"(null)"));
-                End(handle_);
+                EXPECT_THAT(ReadValue(handle), AnyOf(L"new", L"old", L"-", L"(null)"));
+                End(handle);
             },
         .verify =
             [&](std::optional<Fault> failing) {
                 EXPECT_TRUE(failing || loaded);
-                ExpectEditKept();
+                ExpectEditKept(edited, chosen);
+                EXPECT_EQ(0, dialogs.living);
+                dialogs.calls.clear();
             },
     });
 }
 
 TEST_P(BrowseFaultsTest, ListOfChosenFilesIsWholeOrTheMethodFails) {
+    const std::string edited = Path("office.kra"), chosen = Path("chosen.kra");
+    ScriptedDialogs dialogs;
+    dialogs.chosenPath = Wide(chosen);
+    LONG_PTR handle = 0;
     const std::wstring folder = Wide(Path(""));
     const std::wstring whole =
         folder.substr(0, folder.size() - 1) + L"\0chosen.kra\0chosen.kra\0second.kra\0\0"s;
-    dialogs_.chosenPaths = [&] { return NewTexts({Wide(chosen_), Wide(Path("second.kra"))}); };
+    dialogs.chosenPaths = [&] { return NewTexts({Wide(chosen), Wide(Path("second.kra"))}); };
     HRESULT result = S_FALSE;
     bool ranOut = false;
     RunWithFaults({
-                      .prepare = [&] { Prepare(); },
+                      .prepare = [&] { handle = LoadEditedBeside(edited, chosen); },
                       .operate =
                           [&] {
                               OutText list;
-                              result = api_->DPBrowseMultiSel(handle_, APP_SKEIN, kYes, kYes, 0, 0,
+                              result = api_->DPBrowseMultiSel(handle, APP_SKEIN, kYes, kYes, 0, 0,
                                                               list, 1000);
                               EXPECT_EQ(result == S_OK ? whole : L"(null)", list.Value());
-                              End(handle_);
+                              End(handle);
                           },
                       .verify =
                           [&](std::optional<Fault> failing) {
@@ -86,7 +72,9 @@ TEST_P(BrowseFaultsTest, ListOfChosenFilesIsWholeOrTheMethodFails) {
                                   EXPECT_TRUE(failing == FaultKind::kMemory);
                                   ranOut = true;
                               }
-                              ExpectEditKept();
+                              ExpectEditKept(edited, chosen);
+                              EXPECT_EQ(0, dialogs.living);
+                              dialogs.calls.clear();
                           },
                   },
                   kManyRuns);

@@ -14,6 +14,7 @@ using testing::IsEmpty;
 constexpr char kNewAlone[] = "[S]\r\nK=new\r\n";
 
 using ClientFaultsTest = StoreFaultsTest;
+using FaultyClientTest = StoreFaultsTest;
 
 TEST_P(ClientFaultsTest, LoadWriteAndFlushLoseNothing) {
     const std::string path = Path("office.kra");

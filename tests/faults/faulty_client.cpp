@@ -13,12 +13,7 @@ bool HoldsEdit(const std::string& text) {
 
 }  // namespace
 
-FaultyClientTest::FaultyClientTest() {
-    ForgetServer(server_.Port());
-    location_ = server_.Location(base_).Clone();
-    items_ = std::make_unique<CLDAPItems>(location_.get());
-    EXPECT_THAT(items_->ConnectLocation(nullptr), IsDone());
-    DefineDirectoryDepot(depots_, "Corp", server_.Port(), base_);
+StoreFaultsTest::StoreFaultsTest() {
     // From the first working copy on the component holds its journal, for good: also a test on a
     // folder may come to have one, where memory for the definition of its depot runs out.
     LONG_PTR handle = 0;
@@ -26,21 +21,21 @@ FaultyClientTest::FaultyClientTest() {
     EXPECT_THAT(api_->DPUnInitialize(handle), IsOk());
 }
 
-FaultyClientTest::Contents FaultyClientTest::Get(const std::string& displayPath) {
+StoreFaultsTest::Contents StoreFaultsTest::Get(const std::string& displayPath) {
     if (displayPath.starts_with(kWork)) {
         const std::string path = work_ + "\\" + displayPath.substr(kWork.size());
         return Exists(path) ? Contents(FileBytes(path)) : std::nullopt;
     }
-    const std::string path = base_ + "\\" + displayPath.substr(kCorp.size());
+    const std::string path = corp_.base + "\\" + displayPath.substr(kCorp.size());
     FileBuffer buffer;
-    if (items_->ReadFileContents(items_->PathToDN(path), buffer) == 0) {
-        EXPECT_THAT(items_->LastError(), IsCode(LDAP_NO_SUCH_OBJECT));
+    if (corp_.items.ReadFileContents(corp_.items.PathToDN(path), buffer) == 0) {
+        EXPECT_THAT(corp_.items.LastError(), IsCode(LDAP_NO_SUCH_OBJECT));
         return std::nullopt;
     }
     return std::string(reinterpret_cast<const char*>(buffer.bytes.get()), buffer.length);
 }
 
-void FaultyClientTest::Put(const std::string& displayPath, const std::string& bytes) {
+void StoreFaultsTest::Put(const std::string& displayPath, const std::string& bytes) {
     if (displayPath.starts_with(kWork)) {
         const std::string file = "Work\\" + displayPath.substr(kWork.size());
         folder_.MakeFolder(file.substr(0, file.rfind('\\')));
@@ -48,28 +43,49 @@ void FaultyClientTest::Put(const std::string& displayPath, const std::string& by
         return;
     }
     const auto length = static_cast<std::uint32_t>(bytes.size());
-    const std::string dn = items_->PathToDN(base_ + "\\" + displayPath.substr(kCorp.size()));
+    const std::string dn =
+        corp_.items.PathToDN(corp_.base + "\\" + displayPath.substr(kCorp.size()));
     const std::string name = displayPath.substr(displayPath.rfind('\\') + 1);
-    EXPECT_THAT(items_->EnsureFolderPath(dn, false, nullptr), IsDone());
-    if (items_->ReplaceFileContents(dn, bytes.data(), length) == LDAP_SUCCESS) return;
-    EXPECT_THAT(items_->AddFileEntry(dn, name, bytes.data(), length), IsDone());
+    EXPECT_THAT(corp_.items.EnsureFolderPath(dn, false, nullptr), IsDone());
+    if (corp_.items.ReplaceFileContents(dn, bytes.data(), length) == LDAP_SUCCESS) return;
+    EXPECT_THAT(corp_.items.AddFileEntry(dn, name, bytes.data(), length), IsDone());
 }
 
-void FaultyClientTest::Remove(const std::string& displayPath) {
+void StoreFaultsTest::Remove(const std::string& displayPath) {
     if (displayPath.starts_with(kWork)) {
         DeleteFileA((work_ + "\\" + displayPath.substr(kWork.size())).c_str());
         return;
     }
-    items_->DeleteTree(items_->PathToDN(base_ + "\\" + displayPath.substr(kCorp.size())), nullptr);
+    corp_.items.DeleteTree(
+        corp_.items.PathToDN(corp_.base + "\\" + displayPath.substr(kCorp.size())), nullptr);
 }
 
-std::string FaultyClientTest::Recovered() {
+std::vector<std::string> StoreFaultsTest::NamesIn(const std::string& relative) {
+    std::vector<std::string> names;
+    if (IsFolderDepot()) {
+        for (const std::string& path : FilesIn(work_ + "\\" + relative, "*")) {
+            names.push_back(path.substr(path.rfind('\\') + 1));
+        }
+        return names;
+    }
+    LdapItemList children;
+    corp_.items.ListChildren(corp_.items.PathToDN(corp_.base + "\\" + relative), children);
+    for (const CLDAPItem* child : children) {
+        std::string name;
+        bool isFolder = false;
+        corp_.items.SplitEntryName(child->path, name, isFolder);
+        names.push_back(name);
+    }
+    return names;
+}
+
+std::string StoreFaultsTest::Recovered() {
     std::string kept;
     for (const std::string& path : RecoveredFiles()) kept += FileBytes(path);
     return kept;
 }
 
-std::string FaultyClientTest::Kept() {
+std::string StoreFaultsTest::Kept() {
     std::string kept = Recovered();
     for (const std::string& path : WorkingCopies()) kept += FileBytes(path);
     return kept;
@@ -87,12 +103,34 @@ LONG_PTR StoreFaultsTest::LoadEdited(const std::string& path) {
     return handle;
 }
 
+LONG_PTR StoreFaultsTest::LoadEditedBeside(const std::string& path, const std::string& other) {
+    Forget();
+    Put(path, kOld);
+    Put(other, kOld);
+    return LoadEdited(path);
+}
+
+void StoreFaultsTest::ExpectEditKept(const std::string& path, const std::string& other) {
+    const std::string stored = Get(path).value_or("(missing)");
+    EXPECT_THAT(stored, testing::AnyOf(kOld, kNew, " "));
+    EXPECT_THAT(stored + Kept(), testing::HasSubstr("K=new"));
+    EXPECT_EQ(kOld, Get(other));
+}
+
 std::wstring StoreFaultsTest::ReadValue(LONG_PTR handle) {
     OutText value;
     const bool read =
         Succeeded(api_->DPGetProfileString(handle, Text("S"), Text("K"), Text("-"), value, 99));
     EXPECT_EQ(read, !value.IsNull());
     return value.Value();
+}
+
+bool StoreFaultsTest::IsWritable(const std::string& path) {
+    LONG_PTR handle = 0;
+    if (!Succeeded(api_->DPInitialize(&handle))) return false;
+    const bool writable = Succeeded(api_->DPIsPathWriteAble(handle, Text(path)));
+    End(handle);
+    return writable;
 }
 
 void ExpectNoNeedlessCopies(const std::string& elsewhere) {

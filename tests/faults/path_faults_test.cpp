@@ -9,39 +9,7 @@ using testing::AnyOf;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-class PathFaultsTest : public StoreFaultsTest {
-protected:
-    bool IsFolderDepot() const { return GetParam() == std::string("Work"); }
-
-    // The names below a folder of the depot.
-    std::vector<std::string> NamesIn(const std::string& relative) {
-        std::vector<std::string> names;
-        if (IsFolderDepot()) {
-            for (const std::string& path : FilesIn(work_ + "\\" + relative, "*")) {
-                names.push_back(path.substr(path.rfind('\\') + 1));
-            }
-            return names;
-        }
-        LdapItemList children;
-        items_->ListChildren(items_->PathToDN(base_ + "\\" + relative), children);
-        for (const CLDAPItem* child : children) {
-            std::string name;
-            bool isFolder = false;
-            items_->SplitEntryName(child->path, name, isFolder);
-            names.push_back(name);
-        }
-        return names;
-    }
-
-    // Asks whether a place can be written to.
-    bool IsWritable(const std::string& path) {
-        LONG_PTR handle = 0;
-        if (!Succeeded(api_->DPInitialize(&handle))) return false;
-        const bool writable = Succeeded(api_->DPIsPathWriteAble(handle, Text(path)));
-        End(handle);
-        return writable;
-    }
-};
+using PathFaultsTest = StoreFaultsTest;
 
 TEST_P(PathFaultsTest, ConvertedPathIsTheRightOneOrNone) {
     const std::string path = Path("office.kra");

@@ -64,7 +64,7 @@ protected:
         const DWORD length = GetTempPathA(sizeof(folder), folder);
         return test::FilesIn(std::string(folder, length - 1), "Dir*");
     }
-    void RemoveTree(const std::string& dn) { Connected().DeleteTree(dn, nullptr); }
+    void RemoveTree(const std::string& dn) { world_.Connected().DeleteTree(dn, nullptr); }
 
     // The two files of a tree of entries, "(missing)" each that is not there.
     std::string TreeAt(const std::string& dn) {
@@ -95,10 +95,10 @@ protected:
         return At("tree");
     }
     void MakeEntries(const std::string& dn) {
-        Connected().AddFolderEntry(dn, dn.substr(3, dn.find(',') - 3), nullptr);
-        Connected().AddFolderEntry("cn=sub," + dn, "sub", nullptr);
-        Connected().AddFileEntry("cn=a.kra," + dn, "a.kra", "1111", 4);
-        Connected().AddFileEntry("cn=b.kra,cn=sub," + dn, "b.kra", "2222", 4);
+        world_.Connected().AddFolderEntry(dn, dn.substr(3, dn.find(',') - 3), nullptr);
+        world_.Connected().AddFolderEntry("cn=sub," + dn, "sub", nullptr);
+        world_.Connected().AddFileEntry("cn=a.kra," + dn, "a.kra", "1111", 4);
+        world_.Connected().AddFileEntry("cn=b.kra,cn=sub," + dn, "b.kra", "2222", 4);
     }
 
     // `prepare` runs before each move.
@@ -195,7 +195,7 @@ TEST_F(TransferFaultsTest, MovedFolderIsCompleteUnderOneOfItsNames) {
 }
 
 TEST_F(TransferFaultsTest, MovedFolderThatIsCopiedIsCompleteUnderOneOfItsNames) {
-    MoveAFolder([&] { RefuseTreeRenames(Directory()); });
+    MoveAFolder([&] { test::RefuseTreeRenames(Directory()); });
 }
 
 TEST_F(TransferFaultsTest, CopyOfATreeIsCompleteOrFails) {
@@ -267,7 +267,7 @@ TEST_F(TransferFaultsTest, FileMovedOutOfTheDirectoryIsInOneOfTheStores) {
             [&] {
                 ForgetLastRun();
                 DeleteFileA(target.c_str());
-                Connected().AddFileEntry(dn, "m.kra", "3333", 4);
+                world_.Connected().AddFileEntry(dn, "m.kra", "3333", 4);
             },
         .operate =
             [&] {
@@ -292,7 +292,7 @@ TEST_F(TransferFaultsTest, FileIsNotMovedOutOfTheDirectoryOntoAnother) {
     const std::string dn = DN("cn=m.kra");
     const CDepotItem item("<Work>\\m.kra", work_);
     const CDepotItem place("<Home>\\", &home_);
-    Connected().AddFileEntry(dn, "m.kra", "3333", 4);
+    world_.Connected().AddFileEntry(dn, "m.kra", "3333", 4);
     RunWithFaults({
         .prepare = [&] { ForgetLastRun(); },
         .operate =

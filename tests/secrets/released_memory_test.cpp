@@ -5,9 +5,9 @@
 #include <string>
 
 #include "config/depot_path.h"
-#include "directory/prompt_fixture.h"
 #include "platform/wide_text.h"
 #include "support/allocation_count.h"
+#include "support/directory_fixture.h"
 #include "support/scratch.h"
 #include "support/stored_credential.h"
 
@@ -22,7 +22,7 @@ using testing::SizeIs;
 constexpr char kPassword[] = "Wq7!zT0pXv93#mLk&dR5sYb2^hNf8@cJ";
 constexpr char kKey[] = "Software\\DepotTests\\ReleasedMemory";
 
-class ReleasedMemoryTest : public test::PromptTest {
+class ReleasedMemoryTest : public test::DirectoryFixture {
 protected:
     ~ReleasedMemoryTest() override { test::LookInReleasedBlocks(nullptr); }
 

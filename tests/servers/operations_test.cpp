@@ -11,18 +11,14 @@ class ServerOperationsTest : public PairWorldTest {
 protected:
     // Adds a depot of the same folder at another port of the server.
     void AddTwin(const std::string& name, std::uint32_t security, unsigned port) {
-        auto twin = std::make_unique<CDepot>(&world_.depots);
-        twin->name = name;
-        auto location = server_.Location(base_).Clone();
-        location->security = security;
-        location->port = port;
-        location->owner = twin->paths.get();
-        twin->paths->Append(std::move(location));
-        world_.depots.Add(twin.release(), false);
+        CDepotPath location = world_.server.Location(world_.base);
+        location.security = security;
+        location.port = port;
+        world_.AddOf(location, name);
         ForgetServer(port);
     }
     int Rename(const std::string& from, const std::string& to) {
-        return MoveFile(*work_, directory_.Path(from), directory_.Path(to), nullptr, nullptr,
+        return MoveFile(world_.work, directory_.Path(from), directory_.Path(to), nullptr, nullptr,
                         &error_);
     }
     int Delete(const std::string& path) {
@@ -124,21 +120,21 @@ TEST_F(ServerOperationsTest, FolderOf2500EntriesIsListedWhole) {
     std::string entries;
     for (int number = 0; number < kCount; ++number) {
         const std::string name = "f" + std::to_string(number) + ".kra";
-        entries += "dn: cn=" + name + ",cn=from," + base_ +
+        entries += "dn: cn=" + name + ",cn=from," + world_.base +
                    "\nobjectClass: quillonFileBinary\ncn: " + name +
                    "\nquillonFileContentsBinary: x\n\n";
     }
-    server_.Apply(entries);
+    world_.server.Apply(entries);
     LdapItemList items;
-    const ConnectionScope connection(Directory().Connection());
-    EXPECT_THAT(Directory().Entries().List("cn=from," + base_, items), IsDone());
+    const ConnectionScope connection(world_.Directory().Connection());
+    EXPECT_THAT(world_.Directory().Entries().List("cn=from," + world_.base, items), IsDone());
     EXPECT_EQ(std::size_t{kCount}, items.Count());
 }
 
 // Only what the server calls an entry by shows that the two are one.
 TEST_F(ServerOperationsTest, MoveOntoItselfThroughTheSecuredPortLosesNothing) {
     Row("move onto itself through the secured port");
-    AddTwin("Secured", 2, server_.TlsPort());
+    AddTwin("Secured", 2, world_.server.TlsPort());
     directory_.MakeFile("from\\a.kra", "1");
     directory_.MakeTree("from\\tree");
     const StoreContents before = directory_.Contents();

@@ -14,7 +14,7 @@ constexpr int kRounds = 20;
 
 // The folder depot's place follows from the user's folder, which every session of the process tells
 // the macros.
-class ApartmentsHammerTest : public HammerTest {
+class ApartmentsHammerTest : public ComponentTest {
 protected:
     ApartmentsHammerTest() { depots_.Text("Work", "Path1", "$USERDIR$\\Work"); }
 
@@ -45,6 +45,10 @@ protected:
         }
         return {};
     }
+
+    const std::string work_ = DefineDepot("Work");
+    CorpDepot corp_{depots_};
+    const CleanWorkingFiles clean_;
 };
 
 TEST_F(ApartmentsHammerTest, EightApartmentsReadWhatTheyWrote) {
@@ -53,9 +57,7 @@ TEST_F(ApartmentsHammerTest, EightApartmentsReadWhatTheyWrote) {
     for (int number = 0; number < kApartments; ++number) {
         const std::string name = "a" + std::to_string(number) + ".kra";
         folder_.MakeFile("Farrow\\User\\Work\\" + name, filling);
-        ASSERT_THAT(items_->AddFileEntry("cn=" + name + "," + base_, name, filling.data(),
-                                         static_cast<std::uint32_t>(filling.size())),
-                    IsDone());
+        corp_.Add(name, filling);
     }
     std::vector<std::string> complaints(kApartments, "not run");
     std::vector<std::thread> clients;

@@ -60,14 +60,6 @@ void WriteTen(Client& client, int round) {
 
 }  // namespace
 
-HammerTest::HammerTest() {
-    DefineDirectoryDepot(depots_, "Corp", server_.Port(), base_);
-    ForgetServer(server_.Port());
-    location_ = server_.Location(base_).Clone();
-    items_ = std::make_unique<CLDAPItems>(location_.get());
-    EXPECT_THAT(items_->ConnectLocation(nullptr), IsDone());
-}
-
 std::string Filling() {
     std::string text = "[F]\r\n";
     for (int line = 0; line < 50; ++line) text += "L" + std::to_string(line) + "=filling\r\n";

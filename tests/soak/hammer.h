@@ -9,19 +9,6 @@
 
 namespace depot::test {
 
-// A registered component with the folder depot "Work" and the directory depot "Corp".
-class HammerTest : public ComponentTest {
-protected:
-    HammerTest();
-
-    DirectoryServer& server_ = SharedServer();
-    const std::string base_ = NewFolder();
-    CleanWorkingFiles clean_;
-    const std::string work_ = DefineDepot("Work");
-    std::unique_ptr<CDepotPath> location_;
-    std::unique_ptr<CLDAPItems> items_;
-};
-
 // A text that every whole file of these tests ends in.
 std::string Filling();
 

@@ -30,17 +30,12 @@ int Hammer(const Arguments& arguments) {
 }
 const RoleRegistration hammerRole("hammer", &Hammer);
 
-class ProcessesTest : public HammerTest {
+class ProcessesTest : public ComponentTest {
 protected:
-    void Add(const std::string& name) {
-        const std::string filling = Filling();
-        EXPECT_THAT(items_->AddFileEntry("cn=" + name + "," + base_, name, filling.data(),
-                                         static_cast<std::uint32_t>(filling.size())),
-                    IsDone());
-    }
     std::string Entry(const std::string& name) {
         FileBuffer buffer;
-        EXPECT_THAT(items_->ReadFileContents("cn=" + name + "," + base_, buffer), IsDone());
+        EXPECT_THAT(corp_.items.ReadFileContents("cn=" + name + "," + corp_.base, buffer),
+                    IsDone());
         return std::string(reinterpret_cast<const char*>(buffer.bytes.get()), buffer.length);
     }
     // The filling is all there, and each of the ten values once.
@@ -53,14 +48,18 @@ protected:
         }
         EXPECT_EQ(10u, values) << bytes;
     }
+
+    const std::string work_ = DefineDepot("Work");
+    CorpDepot corp_{depots_};
+    const CleanWorkingFiles clean_;
 };
 
 TEST_F(ProcessesTest, FilesOfBothStoresStayWholeUnderFourProcesses) {
-    Add("shared.kra");
+    corp_.Add("shared.kra", Filling());
     for (int number = 0; number < kProcesses; ++number) {
         const std::string name = "p" + std::to_string(number) + ".kra";
         folder_.MakeFile("Work\\" + name, Filling());
-        Add(name);
+        corp_.Add(name, Filling());
     }
     std::vector<std::unique_ptr<ChildProcess>> processes;
     for (int number = 0; number < kProcesses; ++number) {

@@ -42,14 +42,17 @@ int SessionCount() {
     return wanted != nullptr ? std::atoi(wanted) : 300;
 }
 
-class SessionsSoakTest : public HammerTest, public testing::WithParamInterface<const char*> {
+class SessionsSoakTest : public ComponentTest, public testing::WithParamInterface<const char*> {
 protected:
     SessionsSoakTest() {
         if (!std::string(GetParam()).starts_with("<Kept>")) return;
-        DefineDirectoryDepot(depots_, "Kept", server_.Port(), base_);
+        DefineDirectoryDepot(depots_, "Kept", corp_.server.Port(), corp_.base);
         depots_.Dword("Kept", "KeepConnection1", 60);
     }
 
+    const std::string work_ = DefineDepot("Work");
+    CorpDepot corp_{depots_};
+    const CleanWorkingFiles clean_;
     FaultLayer layer_{Library::Own().Module()};
 };
 
@@ -58,10 +61,7 @@ TEST_P(SessionsSoakTest, SessionsLeaveNothingBehind) {
     if (path.starts_with("<Work>")) {
         folder_.MakeFile("Work\\office.kra", Filling());
     } else {
-        const std::string filling = Filling();
-        ASSERT_THAT(items_->AddFileEntry("cn=office.kra," + base_, "office.kra", filling.data(),
-                                         static_cast<std::uint32_t>(filling.size())),
-                    IsDone());
+        corp_.Add("office.kra", Filling());
     }
     int round = 0;
     for (; round < kWarmUp; ++round) ASSERT_EQ("", RunSession(*api_, path, round));

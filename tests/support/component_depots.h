@@ -5,6 +5,7 @@
 
 #include "support/directory_server.h"
 #include "support/kept_seconds.h"
+#include "support/results.h"
 #include "support/scratch.h"
 
 namespace depot::test {
@@ -29,5 +30,25 @@ inline void DefineDirectoryDepot(const ScratchKey& depots, const std::string& na
     depots.Text(name, "Username1", user);
     depots.Text(name, "Password1", password);
 }
+
+// The directory depot "Corp" over a folder of the shared server, and the test's own connection.
+class CorpDepot {
+public:
+    explicit CorpDepot(const ScratchKey& depots) {
+        DefineDirectoryDepot(depots, "Corp", server.Port(), base);
+        EXPECT_THAT(items.ConnectLocation(nullptr), IsDone());
+    }
+
+    void Add(const std::string& name, const std::string& bytes) {
+        EXPECT_THAT(items.AddFileEntry("cn=" + name + "," + base, name, bytes.data(),
+                                       static_cast<std::uint32_t>(bytes.size())),
+                    IsDone());
+    }
+
+    DirectoryServer& server = SharedServer();
+    const std::string base = NewFolder();
+    CDepotPath location = server.Location(base);
+    CLDAPItems items{&location};
+};
 
 }  // namespace depot::test

@@ -24,23 +24,31 @@ inline std::string MessageFor(std::uint32_t code) {
     return text.empty() ? text : "LDAP: " + text;
 }
 
-// Each test starts with nothing known of the shared server, and sees every message box.
-class DirectoryFixture : public testing::Test {
-protected:
-    DirectoryFixture() { ForgetServer(server_.Port()); }
+// A folder of the shared server for one test, which starts with nothing known of the server and
+// sees every message box.
+class DirectoryPlace {
+public:
+    DirectoryPlace() { ForgetServer(server.Port()); }
 
+    // A location's own object, with the scripted prompt.
+    CLDAPItems& Make(const CDepotPath& copied) {
+        location = copied.Clone();
+        items = std::make_unique<CLDAPItems>(location.get());
+        items->Connection().SetPrompt(&prompt);
+        return *items;
+    }
     // The test's own location, connected as the editor.
     CLDAPItems& Connected() {
-        if (!items_) {
-            location_ = server_.Location(base_).Clone();
-            items_ = std::make_unique<CLDAPItems>(location_.get());
-            EXPECT_THAT(items_->ConnectLocation(nullptr), IsDone());
+        if (!items) {
+            location = server.Location(base).Clone();
+            items = std::make_unique<CLDAPItems>(location.get());
+            EXPECT_THAT(items->ConnectLocation(nullptr), IsDone());
         }
-        return *items_;
+        return *items;
     }
 
     // The name of an entry of the folder.
-    std::string Dn(const std::string& name) const { return "cn=" + name + "," + base_; }
+    std::string Dn(const std::string& name) const { return "cn=" + name + "," + base; }
     // What a file holds; "(missing)" when there is none.
     std::string Contents(const std::string& dn) {
         FileBuffer buffer;
@@ -51,12 +59,38 @@ protected:
         return CodeOf(Connected().Entries().Find(dn)) == LDAP_SUCCESS;
     }
 
-    DirectoryServer& server_ = SharedServer();
-    std::string base_ = NewFolder();
-    BoxLog boxes_;
-    ScriptedPrompt prompt_;
-    std::unique_ptr<CDepotPath> location_;
-    std::unique_ptr<CLDAPItems> items_;
+    DirectoryServer& server = SharedServer();
+    std::string base = NewFolder();
+    BoxLog boxes;
+    ScriptedPrompt prompt;
+    std::unique_ptr<CDepotPath> location;
+    std::unique_ptr<CLDAPItems> items;
+};
+
+// A test of one location.
+class DirectoryFixture : public testing::Test {
+protected:
+    CLDAPItems& Make(const CDepotPath& location) { return place_.Make(location); }
+    CLDAPItems& Make(const std::string& userName, const std::string& password) {
+        CDepotPath location = server_.Location();
+        location.username = userName;
+        location.password = password;
+        return Make(location);
+    }
+    DirectoryInfo& Info() { return *items_->Connection().Shared().Block().Access(); }
+
+    CLDAPItems& Connected() { return place_.Connected(); }
+    std::string Dn(const std::string& name) const { return place_.Dn(name); }
+    std::string Contents(const std::string& dn) { return place_.Contents(dn); }
+    bool Holds(const std::string& dn) { return place_.Holds(dn); }
+
+    DirectoryPlace place_;
+    DirectoryServer& server_ = place_.server;
+    std::string& base_ = place_.base;
+    BoxLog& boxes_ = place_.boxes;
+    ScriptedPrompt& prompt_ = place_.prompt;
+    std::unique_ptr<CDepotPath>& location_ = place_.location;
+    std::unique_ptr<CLDAPItems>& items_ = place_.items;
     std::string text_ = "junk";
 };
 
