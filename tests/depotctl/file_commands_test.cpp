@@ -262,9 +262,9 @@ TEST_F(FilesTest, PublishShowsBeforehandWhatItWouldCopyAndChangesNothing) {
     ASSERT_EQ(6u, shownRows.size());
     for (std::size_t at = 0; at < std::size(rows); ++at) {
         const nlohmann::json& shown = shownRows[at];
-        EXPECT_EQ(rows[at].from, shown["from"]);
-        EXPECT_EQ(rows[at].to, shown["to"]);
-        EXPECT_EQ(rows[at].kind, shown["kind"]);
+        EXPECT_EQ(rows[at].from, shown["from"].get<std::string>());
+        EXPECT_EQ(rows[at].to, shown["to"].get<std::string>());
+        EXPECT_EQ(rows[at].kind, shown["kind"].get<std::string>());
         EXPECT_EQ(rows[at].isOutside, shown["outside"]) << at;
     }
     EXPECT_TRUE(shownRows[4]["to"].is_null());

@@ -256,7 +256,7 @@ TEST_P(NamesTest, ValuesOfApplicationsAreReadAndWrittenInTheirCodePage) {
     folder_.MakeFile("work\\plan.kra", head + "Key=1\r\n" + tail);
     const std::string plan = "<Work>\\plan.kra";
     EXPECT_EQ(OwnWord() + "\n", RunTool({"get", plan, OwnWord(), "A"}).output);
-    EXPECT_EQ(OwnWord(), RunTool({"get", "--json", plan}).Json()[2]["value"]);
+    EXPECT_EQ(OwnWord(), RunTool({"get", "--json", plan}).Json()[2]["value"].get<std::string>());
     const ToolRun run = RunTool({"set", plan, OwnWord(), "Key", "2 " + OwnWord()});
     EXPECT_EQ(ExitCode::kDone, run.exitCode) << run.errors;
     EXPECT_EQ(head + "Key=2 " + own + "\r\n" + tail, FileBytes(folder_.At("work\\plan.kra")));
@@ -342,7 +342,7 @@ TEST_P(NamesTest, PublishingFollowsAndKeepsTextOfApplications) {
     folder_.MakeFile("team\\p.kra", profile + folder_.At(own + ".kre") + "\r\n");
     const ToolRun run = RunTool({"publish", "--json", "<Team>\\p.kra"});
     EXPECT_EQ(ExitCode::kDone, run.exitCode) << run.errors;
-    EXPECT_EQ("<Team>\\" + OwnWord() + ".kre", run.Json()[0]["entry"]);
+    EXPECT_EQ("<Team>\\" + OwnWord() + ".kre", run.Json()[0]["entry"].get<std::string>());
     EXPECT_EQ(profile + "<Team>\\" + own + ".kre\r\n", FileBytes(folder_.At("team\\p.kra")));
     EXPECT_EQ("client", FileBytes(folder_.At("team\\" + own + ".kre")));
 }

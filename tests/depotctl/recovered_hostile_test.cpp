@@ -115,7 +115,7 @@ TEST_F(HostileRecoveredTest, RecordThatCannotBeWrittenKeepsTheFile) {
     ASSERT_TRUE(WriteLocalFile(folder, "in the way", 10));
     const std::string name = Keep();
     EXPECT_EQ(kKeptOurs, FileBytes(RecoveredFolder() + "\\" + name));
-    EXPECT_EQ(name, List()[0]["file"]);
+    EXPECT_EQ(name, List()[0]["file"].get<std::string>());
     DeleteFileA(folder.c_str());
 }
 
@@ -136,12 +136,12 @@ void ExpectTheWayBack(const KeptWorld& world) {
         ours, {.location = &location, .dn = dn, .reason = letter, .base = KeptWorld::BytesOf(base)},
         file);
     const nlohmann::json row = List(true)[0];
-    EXPECT_EQ("<Dir>\\Sessions\\" + utf8 + ".kre", row["entry"]);
-    EXPECT_EQ(utf8, row["why"]);
+    EXPECT_EQ("<Dir>\\Sessions\\" + utf8 + ".kre", row["entry"].get<std::string>());
+    EXPECT_EQ(utf8, row["why"].get<std::string>());
     EXPECT_EQ("changed", row["now"]);
     const std::string shown = ExactUtf8FromAnsi(NamePart(path)).value();
     const nlohmann::json diff = RunTool({"recovered", "diff", "--json", shown}).Json();
-    EXPECT_EQ(utf8, diff["values"][0]["ours"]);
+    EXPECT_EQ(utf8, diff["values"][0]["ours"].get<std::string>());
     const ToolRun run = Restore(shown, {"--merge"});
     EXPECT_EQ(ExitCode::kDone, run.exitCode) << run.errors;
     EXPECT_EQ("[Other]\r\nKey=" + letter + "\r\n" + ours, world.Entry(file));

@@ -15,12 +15,13 @@ TEST_F(RecoveredTest, ListShowsWhereAFileComesFromAndWhy) {
     EXPECT_EQ("", RunTool({"recovered"}).output);
     const std::string name = Keep();
     const nlohmann::json row = List()[0];
-    EXPECT_EQ(name, row["file"]);
+    EXPECT_EQ(name, row["file"].get<std::string>());
     EXPECT_EQ("recovered", row["state"]);
     EXPECT_EQ("<Dir>\\Sessions\\office.kre", row["entry"]);
     EXPECT_EQ("Dir", row["depot"]);
-    EXPECT_EQ(world_.Dn(), row["dn"]);
-    EXPECT_EQ("127.0.0.1:" + std::to_string(world_.server.Port()), row["server"]);
+    EXPECT_EQ(world_.Dn(), row["dn"].get<std::string>());
+    EXPECT_EQ("127.0.0.1:" + std::to_string(world_.server.Port()),
+              row["server"].get<std::string>());
     EXPECT_EQ("no rights", row["why"]);
     EXPECT_EQ(50, row["code"]);
     EXPECT_EQ(19, row["size"]);
@@ -33,7 +34,7 @@ TEST_F(RecoveredTest, ListShowsWhereAFileComesFromAndWhy) {
 
 TEST_F(RecoveredTest, FileWithoutARecordIsListed) {
     const std::string path = KeepRecovered("x.kre", "x", 1);
-    EXPECT_EQ(NamePart(path), List(true)[0]["file"]);
+    EXPECT_EQ(NamePart(path), List(true)[0]["file"].get<std::string>());
     EXPECT_FALSE(List()[0].contains("entry"));
     EXPECT_THAT(Restore(NamePart(path)).errors, HasSubstr("nothing is noted"));
     EXPECT_EQ(ExitCode::kRefused, RunTool({"recovered", "diff", NamePart(path)}).exitCode);

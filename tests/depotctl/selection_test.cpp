@@ -114,7 +114,7 @@ TEST_P(SelectionTest, MvAndRmTakeAllThatMatches) {
 TEST_P(SelectionTest, ValuesOfAllThatMatchesAreReadAndWritten) {
     const ToolRun read = RunTool({"get", "--json", In("*.kr*"), "Host", "Name"});
     EXPECT_THAT(Names(read, "value"), ElementsAre("a.kre", "B.KRE", "c.kra"));
-    EXPECT_EQ(In("a.kre"), read.Json()[0]["path"]);
+    EXPECT_EQ(In("a.kre"), read.Json()[0]["path"].get<std::string>());
     EXPECT_EQ(ExitCode::kDone, RunTool({"set", In("*.kre"), "Host", "Name", "x"}).exitCode);
     EXPECT_THAT(Names(RunTool({"get", "--json", In("*.kr*"), "Host", "Name"}), "value"),
                 ElementsAre("x", "x", "c.kra"));

@@ -7,21 +7,16 @@
 namespace depot::test {
 namespace {
 
-class ServerLogOnTest : public DirectoryFixture {};
+using ServerLogOnTest = DirectoryFixture;
 
 TEST_F(ServerLogOnTest, PromptShowsTheFormOfNamesThatTheServerWants) {
     const bool isDomain = SharedKind() == DirectoryKind::kSamba;
     Row("show users the form of names that it wants");
     if (isDomain) But("accounts of the domain");
-    CDepotPath location = server_.Location();
-    location.username = {};
-    location.password = {};
-    location_ = location.Clone();
-    items_ = std::make_unique<CLDAPItems>(location_.get());
-    items_->Connection().SetPrompt(&prompt_);
+    CLDAPItems& items = Make("", "");
     prompt_.showsExamples = true;
     prompt_.Type(kEditor, kEditorPassword);
-    EXPECT_THAT(items_->Connection().Open(), IsDone());
+    EXPECT_THAT(items.Connection().Open(), IsDone());
     EXPECT_THAT(prompt_.examples,
                 testing::ElementsAre(isDomain ? "mary.walker@farrow.test"
                                               : "cn=Mary Walker," + std::string(kSuffix)));
