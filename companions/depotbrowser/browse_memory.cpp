@@ -1,7 +1,5 @@
 #include "depotbrowser/browse_memory.h"
 
-#include <algorithm>
-
 #include "depotbrowser/column_widths.h"
 #include "platform/program_name.h"
 #include "platform/registry_key.h"

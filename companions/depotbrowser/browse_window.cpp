@@ -5,12 +5,9 @@
 
 #include "depotbrowser/browse_ids.h"
 #include "depotbrowser/browse_window_parts.h"
-#include "depotbrowser/dialog_template.h"
-#include "depotbrowser/kept_ids.h"
 #include "depotbrowser/name_rules.h"
 #include "manager/depot_list.h"
 #include "platform/module_state.h"
-#include "platform/no_destructor.h"
 #include "platform/paths.h"
 #include "resource_ids.h"
 
@@ -23,8 +20,14 @@ void PrepareControlClasses() {
     InitCommonControlsEx(&request);
 }
 
+constexpr KeyCommand kListKeys[] = {
+    {VK_F2, CONTROL_RENAME}, {VK_DELETE, CONTROL_DELETE}, {VK_BACK, CONTROL_UP}};
+// The keys of mice and keyboards that lead through pages.
+constexpr KeyCommand kPageKeys[] = {{APPCOMMAND_BROWSER_BACKWARD, CONTROL_BACK},
+                                    {APPCOMMAND_BROWSER_FORWARD, CONTROL_FORWARD}};
+
 // Keeps the owner from being used, unless it could not be used before.
-class OwnerDisabled {
+class OwnerDisabled : NotCopied {
 public:
     explicit OwnerDisabled(HWND owner)
         : owner_(owner != nullptr && IsWindowEnabled(owner) ? owner : nullptr) {
@@ -33,8 +36,6 @@ public:
     ~OwnerDisabled() {
         if (owner_ != nullptr) EnableWindow(owner_, TRUE);
     }
-    OwnerDisabled(const OwnerDisabled&) = delete;
-    OwnerDisabled& operator=(const OwnerDisabled&) = delete;
 
 private:
     HWND owner_;
@@ -169,7 +170,7 @@ INT_PTR BrowseWindow::HandleMessage(UINT message, WPARAM first, LPARAM second) {
         case WM_CONTEXTMENU:
             return ShowContextMenu(reinterpret_cast<HWND>(first), second);
         case WM_APPCOMMAND:
-            return HandleMouseKey(GET_APPCOMMAND_LPARAM(second));
+            return RunCommandOf(kPageKeys, GET_APPCOMMAND_LPARAM(second));
         case WM_GETMINMAXINFO:
             LimitSize(*reinterpret_cast<MINMAXINFO*>(second));
             return TRUE;
@@ -227,42 +228,7 @@ INT_PTR BrowseWindow::HandleCommand(int control, int notification) {
         if (notification == EN_CHANGE && parts_) parts_->search.TextChanged();
         return TRUE;
     }
-    return parts_ && (HandleNavigation(control) || HandleButton(control));
-}
-
-bool BrowseWindow::HandleButton(int control) {
-    switch (control) {
-        case IDOK:
-            Confirm();
-            return true;
-        case IDCANCEL:
-            Finish(BrowseOutcome::kCancelled);
-            return true;
-        case CONTROL_NEW_FOLDER:
-            parts_->commands.NewFolder();
-            return true;
-        case CONTROL_RENAME:
-            parts_->commands.Rename();
-            return true;
-        case CONTROL_MAKE_COPY:
-            parts_->commands.MakeCopy();
-            return true;
-        case CONTROL_DELETE:
-            parts_->commands.Delete();
-            return true;
-        case CONTROL_STOP:
-            parts_->drops.Stop();
-            parts_->navigator.Stop();
-            return true;
-        case CONTROL_KEPT_LINE:
-            parts_->kept.Open();
-            return true;
-        case CONTROL_HELP:
-            AskForHelp();
-            return true;
-        default:
-            return false;
-    }
+    return parts_ && RunCommand(control);
 }
 
 INT_PTR BrowseWindow::HandleNotify(const NMHDR& header) {
@@ -295,7 +261,7 @@ INT_PTR BrowseWindow::HandleListNotify(const NMHDR& header) {
             if (reinterpret_cast<const NMITEMACTIVATE&>(header).iItem >= 0) Confirm();
             return TRUE;
         case LVN_KEYDOWN:
-            HandleListKey(reinterpret_cast<const NMLVKEYDOWN&>(header).wVKey);
+            RunCommandOf(kListKeys, reinterpret_cast<const NMLVKEYDOWN&>(header).wVKey);
             return TRUE;
         case LVN_BEGINDRAG:
             parts_->drag.Begin();

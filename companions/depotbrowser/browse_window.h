@@ -3,10 +3,10 @@
 
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
-#include "depotbrowser/browse_icons.h"
 #include "depotbrowser/browse_layout.h"
 #include "depotbrowser/browse_memory.h"
 #include "depotbrowser/browse_settings.h"
@@ -18,18 +18,23 @@
 #include "depotbrowser/folder_navigator.h"
 #include "depotbrowser/folder_tree.h"
 #include "depotbrowser/status_line.h"
+#include "platform/not_copied.h"
 
 namespace depot {
 
 class ContextMenu;
 
+// A key, and the control that does the same.
+struct KeyCommand {
+    WPARAM key;
+    int control;
+};
+
 // One open dialog. The parts borrow from each other and from this object, which outlives them.
-class BrowseWindow {
+class BrowseWindow : NotCopied {
 public:
     explicit BrowseWindow(const BrowseSettings& settings);
     ~BrowseWindow();
-    BrowseWindow(const BrowseWindow&) = delete;
-    BrowseWindow& operator=(const BrowseWindow&) = delete;
 
     // Makes the window and handles it until the user is done.
     BrowseOutcome Show(std::vector<std::string>& chosen);
@@ -63,15 +68,14 @@ private:
     INT_PTR HandleNotify(const NMHDR& header);
     INT_PTR HandleListNotify(const NMHDR& header);
     void HandleNameNotify(int notification);
-    bool HandleNavigation(int control);
-    bool HandleButton(int control);
+    // Does what a control or a line of a menu stands for, or what a key does as one of them.
+    bool RunCommand(int control);
+    bool RunCommandOf(std::span<const KeyCommand> keys, WPARAM key);
+    void Stop();
     bool IsSuggestion(LPARAM sender) const;
     INT_PTR SuggestionClicked(int notification);
-    void HandleListKey(WORD key);
     bool TranslateKey(const MSG& message);
-    bool TranslateSystemKey(WPARAM key);
     bool TranslateControlKey(const MSG& message);
-    bool HandleMouseKey(int key);
     bool ShowContextMenu(HWND control, LPARAM place);
     void AddSelectionCommands(ContextMenu& menu) const;
     void OpenSelected();

@@ -4,6 +4,7 @@
 #include "depotbrowser/column_text.h"
 #include "depotbrowser/context_menu.h"
 #include "depotbrowser/dialog_template.h"
+#include "depotbrowser/kept_ids.h"
 #include "resource_ids.h"
 // After the Windows headers.
 #include <windowsx.h>
@@ -14,6 +15,11 @@ namespace {
 bool IsDown(int key) {
     return GetKeyState(key) < 0;
 }
+
+constexpr KeyCommand kSystemKeys[] = {{VK_UP, CONTROL_UP},
+                                      {VK_LEFT, CONTROL_BACK},
+                                      {VK_RIGHT, CONTROL_FORWARD},
+                                      {VK_RETURN, COMMAND_PROPERTIES}};
 
 // Where a menu opens: at the mouse, or, when a key asked for it, in the control.
 POINT MenuPlace(HWND control, LPARAM place) {
@@ -52,45 +58,47 @@ INT_PTR BrowseWindow::SuggestionClicked(int notification) {
     return TRUE;
 }
 
-bool BrowseWindow::HandleNavigation(int control) {
-    switch (control) {
-        case CONTROL_BACK:
-            parts_->navigator.OpenBack();
-            return true;
-        case CONTROL_FORWARD:
-            parts_->navigator.OpenForward();
-            return true;
-        case CONTROL_UP:
-            parts_->navigator.OpenAbove();
-            return true;
-        case COMMAND_OPEN:
-            OpenSelected();
-            return true;
-        case COMMAND_GO_TO_FOLDER:
-            GoToFolderOfSelected();
-            return true;
-        case COMMAND_REFRESH:
-            Refresh();
-            return true;
-        case COMMAND_PROPERTIES:
-            parts_->preview.ShowProperties();
-            return true;
-        default:
-            return parts_->path.HandleCommand(control);
+bool BrowseWindow::RunCommand(int control) {
+    struct Command {
+        int control;
+        void (*run)(BrowseWindow& window);
+    };
+    static constexpr Command kCommands[] = {
+        {IDOK, [](BrowseWindow& window) { window.Confirm(); }},
+        {IDCANCEL, [](BrowseWindow& window) { window.Finish(BrowseOutcome::kCancelled); }},
+        {CONTROL_BACK, [](BrowseWindow& window) { window.parts_->navigator.OpenBack(); }},
+        {CONTROL_FORWARD, [](BrowseWindow& window) { window.parts_->navigator.OpenForward(); }},
+        {CONTROL_UP, [](BrowseWindow& window) { window.parts_->navigator.OpenAbove(); }},
+        {CONTROL_NEW_FOLDER, [](BrowseWindow& window) { window.parts_->commands.NewFolder(); }},
+        {CONTROL_RENAME, [](BrowseWindow& window) { window.parts_->commands.Rename(); }},
+        {CONTROL_MAKE_COPY, [](BrowseWindow& window) { window.parts_->commands.MakeCopy(); }},
+        {CONTROL_DELETE, [](BrowseWindow& window) { window.parts_->commands.Delete(); }},
+        {CONTROL_STOP, [](BrowseWindow& window) { window.Stop(); }},
+        {CONTROL_KEPT_LINE, [](BrowseWindow& window) { window.parts_->kept.Open(); }},
+        {CONTROL_HELP, [](BrowseWindow& window) { window.AskForHelp(); }},
+        {COMMAND_OPEN, [](BrowseWindow& window) { window.OpenSelected(); }},
+        {COMMAND_GO_TO_FOLDER, [](BrowseWindow& window) { window.GoToFolderOfSelected(); }},
+        {COMMAND_REFRESH, [](BrowseWindow& window) { window.Refresh(); }},
+        {COMMAND_PROPERTIES, [](BrowseWindow& window) { window.parts_->preview.ShowProperties(); }},
+    };
+    for (const Command& command : kCommands) {
+        if (command.control != control) continue;
+        command.run(*this);
+        return true;
     }
+    return parts_->path.HandleCommand(control);
 }
 
-void BrowseWindow::HandleListKey(WORD key) {
-    switch (key) {
-        case VK_F2:
-            return parts_->commands.Rename();
-        case VK_DELETE:
-            return parts_->commands.Delete();
-        case VK_BACK:
-            return parts_->navigator.OpenAbove();
-        default:
-            return;
+void BrowseWindow::Stop() {
+    parts_->drops.Stop();
+    parts_->navigator.Stop();
+}
+
+bool BrowseWindow::RunCommandOf(std::span<const KeyCommand> keys, WPARAM key) {
+    for (const KeyCommand& one : keys) {
+        if (parts_ && one.key == key) return RunCommand(one.control);
     }
+    return false;
 }
 
 bool BrowseWindow::TranslateKey(const MSG& message) {
@@ -101,7 +109,7 @@ bool BrowseWindow::TranslateKey(const MSG& message) {
     }
     const bool isField = message.hwnd == Control(CONTROL_NAME);
     if (isField && parts_->suggestions.HandleKey(message.wParam)) return true;
-    if (message.message == WM_SYSKEYDOWN) return TranslateSystemKey(message.wParam);
+    if (message.message == WM_SYSKEYDOWN) return RunCommandOf(kSystemKeys, message.wParam);
     if (message.wParam == VK_F5) {
         Refresh();
         return true;
@@ -114,25 +122,6 @@ bool BrowseWindow::TranslateKey(const MSG& message) {
         return true;
     }
     return IsDown(VK_CONTROL) && TranslateControlKey(message);
-}
-
-bool BrowseWindow::TranslateSystemKey(WPARAM key) {
-    switch (key) {
-        case VK_UP:
-            parts_->navigator.OpenAbove();
-            return true;
-        case VK_LEFT:
-            parts_->navigator.OpenBack();
-            return true;
-        case VK_RIGHT:
-            parts_->navigator.OpenForward();
-            return true;
-        case VK_RETURN:
-            parts_->preview.ShowProperties();
-            return true;
-        default:
-            return false;
-    }
 }
 
 bool BrowseWindow::TranslateControlKey(const MSG& message) {
@@ -149,21 +138,6 @@ bool BrowseWindow::TranslateControlKey(const MSG& message) {
         case 'N':
             if (!IsDown(VK_SHIFT)) return false;
             parts_->commands.NewFolder();
-            return true;
-        default:
-            return false;
-    }
-}
-
-// The keys of mice and keyboards that lead through pages.
-bool BrowseWindow::HandleMouseKey(int key) {
-    if (!parts_) return false;
-    switch (key) {
-        case APPCOMMAND_BROWSER_BACKWARD:
-            parts_->navigator.OpenBack();
-            return true;
-        case APPCOMMAND_BROWSER_FORWARD:
-            parts_->navigator.OpenForward();
             return true;
         default:
             return false;

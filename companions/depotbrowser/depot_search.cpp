@@ -1,9 +1,6 @@
 #include "depotbrowser/depot_search.h"
 
-#include <utility>
-
 #include "depotbrowser/browse_ids.h"
-#include "depotbrowser/column_text.h"
 #include "depotbrowser/depot_listing.h"
 #include "depotbrowser/dialog_template.h"
 #include "resource_ids.h"

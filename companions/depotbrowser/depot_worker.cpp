@@ -16,14 +16,12 @@ namespace depot {
 namespace {
 
 // COM for the shell, which does the operations on files.
-class ShellApartment {
+class ShellApartment : NotCopied {
 public:
     ShellApartment() : result_(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED)) {}
     ~ShellApartment() {
         if (SUCCEEDED(result_)) CoUninitialize();
     }
-    ShellApartment(const ShellApartment&) = delete;
-    ShellApartment& operator=(const ShellApartment&) = delete;
 
 private:
     HRESULT result_;

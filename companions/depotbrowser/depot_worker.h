@@ -9,18 +9,17 @@
 #include "depotbrowser/window_mailbox.h"
 #include "depotbrowser/worker_notices.h"
 #include "manager/depot_session.h"
+#include "platform/not_copied.h"
 
 namespace depot {
 
 // Does jobs one after another on a thread of its own, with a session and thus a list of depots that
 // no other thread uses. Its end does not wait for the thread: the result of the job at work is
 // dropped, and the library stays loaded until the thread has ended.
-class DepotWorker {
+class DepotWorker : NotCopied {
 public:
     explicit DepotWorker(std::shared_ptr<WindowMailbox> mailbox);
     ~DepotWorker();
-    DepotWorker(const DepotWorker&) = delete;
-    DepotWorker& operator=(const DepotWorker&) = delete;
 
     // Has `work` done with the worker's session, and then `done` called with its result on the
     // window's thread, unless the worker's object has ended meanwhile. Work that ends in an

@@ -1,8 +1,6 @@
 // What is shown of the one file that is selected.
 #pragma once
 
-#include <atomic>
-#include <optional>
 #include <string>
 
 #include "depotbrowser/folder_navigator.h"

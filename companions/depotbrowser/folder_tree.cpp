@@ -7,8 +7,8 @@
 
 #include "depotbrowser/flag_scope.h"
 #include "depotbrowser/name_rules.h"
+#include "platform/not_copied.h"
 #include "platform/paths.h"
-#include "platform/text.h"
 #include "platform/wide_text.h"
 // After the Windows headers.
 #include <windowsx.h>
@@ -17,7 +17,7 @@ namespace depot {
 namespace {
 
 // Keeps a control from drawing itself while much of it changes.
-class DrawingPaused {
+class DrawingPaused : NotCopied {
 public:
     explicit DrawingPaused(HWND control) : control_(control) {
         SendMessageW(control_, WM_SETREDRAW, FALSE, 0);
@@ -26,8 +26,6 @@ public:
         SendMessageW(control_, WM_SETREDRAW, TRUE, 0);
         InvalidateRect(control_, nullptr, TRUE);
     }
-    DrawingPaused(const DrawingPaused&) = delete;
-    DrawingPaused& operator=(const DrawingPaused&) = delete;
 
 private:
     HWND control_;

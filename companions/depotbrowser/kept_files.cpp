@@ -44,7 +44,7 @@ public:
         const auto entry = FindKeptEntry(session.Depots(), *copy.origin);
         if (!entry) return;
         depot_ = DepotOf(session.Depots(), *entry);
-        target_ = std::make_unique<KeptTarget>(*depot_, entry->path, entry->dn);
+        target_ = MakeKeptTarget(*depot_, entry->path, entry->dn);
     }
 
     // Null where no depot has it.
@@ -52,7 +52,7 @@ public:
 
 private:
     std::unique_ptr<CDepot> depot_;
-    std::unique_ptr<KeptTarget> target_;
+    std::unique_ptr<const KeptTarget> target_;
 };
 
 bool IsShown(const std::vector<ShownDepot>& shown, const CDepots& depots, const CDepot* depot) {

@@ -3,7 +3,6 @@
 
 #include <functional>
 #include <memory>
-#include <string>
 
 #include "depotbrowser/browse_texts.h"
 #include "depotbrowser/depot_worker.h"

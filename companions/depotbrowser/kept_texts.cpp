@@ -4,7 +4,6 @@
 #include <cwchar>
 #include <cwctype>
 
-#include "depotbrowser/column_text.h"
 #include "depotbrowser/folder_navigator.h"
 #include "depotbrowser/label_text.h"
 #include "directory/ldap_result.h"

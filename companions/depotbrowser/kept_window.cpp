@@ -16,6 +16,7 @@
 #include "depotbrowser/label_text.h"
 #include "depotbrowser/status_line.h"
 #include "platform/module_state.h"
+#include "platform/not_copied.h"
 #include "platform/wide_text.h"
 #include "resource_ids.h"
 // After the Windows headers.
@@ -55,12 +56,10 @@ constexpr ColumnStyle kValueColumns[] = {{IDS_KEPT_COLUMN_SECTION, 18},
                                          {IDS_KEPT_COLUMN_OURS, 20}};
 
 // One open window. All it does with files is done by its worker.
-class KeptWindow {
+class KeptWindow : NotCopied {
 public:
     explicit KeptWindow(const BrowseTexts& texts) : texts_(texts) {}
     ~KeptWindow() { mailbox_->Close(); }
-    KeptWindow(const KeptWindow&) = delete;
-    KeptWindow& operator=(const KeptWindow&) = delete;
 
     static INT_PTR CALLBACK Handle(HWND window, UINT message, WPARAM first, LPARAM second) noexcept;
 

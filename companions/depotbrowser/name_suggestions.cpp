@@ -1,7 +1,5 @@
 #include "depotbrowser/name_suggestions.h"
 
-#include <algorithm>
-
 #include "depotbrowser/browse_ids.h"
 #include "depotbrowser/dialog_template.h"
 #include "depotbrowser/flag_scope.h"

@@ -5,18 +5,17 @@
 #include <vector>
 
 #include "depotbrowser/file_list.h"
+#include "platform/not_copied.h"
 #include "platform/win32.h"
 
 namespace depot {
 
 // A list over the dialog with the shown names that begin with what stands in the field. It never
 // takes the keyboard: the field keeps it, and the dialog hands on the keys that the list knows.
-class NameSuggestions {
+class NameSuggestions : NotCopied {
 public:
     NameSuggestions(HWND dialog, const FileList& list, const std::wstring& accessibleName);
     ~NameSuggestions();
-    NameSuggestions(const NameSuggestions&) = delete;
-    NameSuggestions& operator=(const NameSuggestions&) = delete;
 
     // The user typed: offers what fits.
     void FieldEdited();

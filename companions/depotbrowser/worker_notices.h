@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "depotbrowser/window_mailbox.h"
+#include "platform/not_copied.h"
 
 namespace depot {
 
@@ -15,12 +16,10 @@ struct WorkAbandoned {};
 
 // While it lives, the errors of this thread are collected here and its prompts are passed to the
 // window.
-class WorkerNotices {
+class WorkerNotices : NotCopied {
 public:
     explicit WorkerNotices(WindowMailbox& mailbox);
     ~WorkerNotices();
-    WorkerNotices(const WorkerNotices&) = delete;
-    WorkerNotices& operator=(const WorkerNotices&) = delete;
 
     // The object of the calling thread, or null.
     static WorkerNotices* OfThisThread();

@@ -1,7 +1,5 @@
 #include "api/automation_text.h"
 
-#include <cwchar>
-
 #include "platform/text.h"
 #include "platform/wide_text.h"
 

@@ -6,7 +6,6 @@
 #include "api/place_method.h"
 #include "com/com_object.h"
 #include "com/typelib_dispatch.h"
-#include "manager/display_path.h"
 #include "platform/paths.h"
 #include "platform/text.h"
 #include "store/folder_store.h"

@@ -1,7 +1,5 @@
 #include "api/session_table.h"
 
-#include <memory>
-
 #include "platform/no_destructor.h"
 
 namespace depot {

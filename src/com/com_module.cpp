@@ -7,7 +7,6 @@
 #include "com/registrar.h"
 #include "com/type_library.h"
 #include "platform/module_state.h"
-#include "platform/not_copied.h"
 #include "platform/wide_text.h"
 
 namespace depot {

@@ -1,7 +1,6 @@
 #include "com/entry_points.h"
 
 #include <cstdlib>
-#include <exception>
 
 #include "platform/compiler.h"
 #include "platform/module_state.h"

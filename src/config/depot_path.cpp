@@ -40,14 +40,8 @@ void CDepotPath::CopyFrom(const CDepotPath* other) {
 }
 
 int CDepotPath::LoadFromRegistry(const RegistryKey& key, int index) {
-    const RegistryValues values(key);
-    if (!ReadLocationValues(values, ValueScope::kLocation, index, *this)) return 0;
+    if (!ReadLocationValues(RegistryValues(key), index, *this)) return 0;
     locationText.clear();
-    if (IsDirectory()) {
-        ReadLocationValues(values, ValueScope::kDirectory, index, *this);
-    } else {
-        type = kFolderLocation;
-    }
     return 1;
 }
 

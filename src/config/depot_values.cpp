@@ -1,6 +1,6 @@
 #include "config/depot_values.h"
 
-#include <utility>
+#include <iterator>
 
 #include "platform/text.h"
 
@@ -79,9 +79,12 @@ void ReadDepotValues(const ValueSource& source, DepotSettings& settings) {
     Read(source, ValueScope::kDepot, {}, settings);
 }
 
-bool ReadLocationValues(const ValueSource& source, ValueScope scope, int location,
-                        LocationSettings& settings) {
-    return Read(source, scope, NumberText(static_cast<std::uint32_t>(location)), settings);
+bool ReadLocationValues(const ValueSource& source, int location, LocationSettings& settings) {
+    const std::string suffix = NumberText(static_cast<std::uint32_t>(location));
+    if (!Read(source, ValueScope::kLocation, suffix, settings)) return false;
+    if (settings.type >= std::size(kOwnScopes)) settings.type = kFolderLocation;
+    if (const auto own = kOwnScopes[settings.type]) Read(source, *own, suffix, settings);
+    return true;
 }
 
 }  // namespace depot

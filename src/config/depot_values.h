@@ -5,9 +5,11 @@
 
 #include <array>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <span>
 #include <string>
+#include <utility>
 #include <variant>
 
 #include "platform/secret_text.h"
@@ -15,6 +17,14 @@
 namespace depot {
 
 enum LocationType : std::uint32_t { kFolderLocation = 0, kDirectoryLocation = 1 };
+
+// Whose value it is: the depot's, any location's, or a directory location's only. The names of the
+// latter two are followed by the location's number.
+enum class ValueScope { kDepot, kLocation, kDirectory };
+
+// The scope of the values that only locations of one type have, in the order of the types; nothing
+// for a type without any. A number beyond the last counts as the first.
+inline constexpr std::optional<ValueScope> kOwnScopes[] = {std::nullopt, ValueScope::kDirectory};
 
 enum AuthenticationKind : std::uint32_t {
     kAnonymousAuthentication = 0,
@@ -43,7 +53,8 @@ struct LocationSettings {
     LocationSettings(const LocationSettings&) = default;
     LocationSettings& operator=(const LocationSettings& other);
 
-    // What a location is stands here alone; else ask the store of its depot.
+    // What a location is stands here alone; else ask the store of its depot, or make what works on
+    // it by MakeByType.
     bool IsDirectory() const { return type == kDirectoryLocation; }
     // Whether a user logs on there with a name and a password.
     bool NeedsUserName() const {
@@ -51,8 +62,13 @@ struct LocationSettings {
                authentication != kNegotiateAuthentication;
     }
 
-    std::uint32_t type = kFolderLocation;
-    std::string path;  // as written in the registry, macros and all
+    // Whether a location of this type has the values of a scope that is not the depot's.
+    bool Has(ValueScope scope) const {
+        return scope == ValueScope::kLocation || scope == kOwnScopes[type];
+    }
+
+    std::uint32_t type = kFolderLocation;  // always one that there is, once read
+    std::string path;                      // as written in the registry, macros and all
     std::string host;
     std::string username;
     SecretText password;  // as it stands in the registry, never encoded or decoded
@@ -81,9 +97,13 @@ struct LocationSettings {
     std::uint32_t offlineSize = kDefaultOfflineSize;  // how much is kept, in MB
 };
 
-// Whose value it is: the depot's, any location's, or a directory location's only. The names of the
-// latter two are followed by the location's number.
-enum class ValueScope { kDepot, kLocation, kDirectory };
+// Makes what works on a location, by its type: there is one class a type, in the order of the
+// types.
+template <class Base, class Folder, class Directory, class... Parts>
+std::unique_ptr<Base> MakeByType(const LocationSettings& location, Parts&&... parts) {
+    if (location.IsDirectory()) return std::make_unique<Directory>(std::forward<Parts>(parts)...);
+    return std::make_unique<Folder>(std::forward<Parts>(parts)...);
+}
 
 // The member that keeps the value.
 using ValueMember = std::variant<std::string DepotSettings::*, std::uint32_t DepotSettings::*,
@@ -262,11 +282,10 @@ public:
                                                 const NumberReading& reading) const = 0;
 };
 
-// Store what the source has of a depot's own values, and of the values of a scope of the location
-// with that number; the others stay as they are. The latter returns false, with nothing stored,
-// when there is no such location.
+// Store what the source has of a depot's own values, and of the values of the location with that
+// number, those of its type among them; the others stay as they are. The latter returns false, with
+// nothing stored, when there is no such location; a type that is none is stored as a folder.
 void ReadDepotValues(const ValueSource& source, DepotSettings& settings);
-bool ReadLocationValues(const ValueSource& source, ValueScope scope, int location,
-                        LocationSettings& settings);
+bool ReadLocationValues(const ValueSource& source, int location, LocationSettings& settings);
 
 }  // namespace depot

@@ -9,7 +9,6 @@
 #include "platform/handles.h"
 #include "platform/text.h"
 #include "platform/wide_text.h"
-#include "platform/win32.h"
 
 namespace depot {
 namespace {

@@ -1,6 +1,5 @@
 #include "config/profile_merge.h"
 
-#include <algorithm>
 #include <cstdint>
 #include <unordered_map>
 #include <unordered_set>

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <string>
-#include <utility>
 
 #include "directory/assertion.h"
 #include "directory/entry_store.h"

@@ -1,5 +1,4 @@
 // Finding entries and reading what they hold.
-#include <algorithm>
 #include <cstring>
 
 #include "directory/assertion.h"

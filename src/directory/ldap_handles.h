@@ -3,7 +3,6 @@
 #pragma once
 
 #include <memory>
-#include <type_traits>
 
 #include "platform/directory_client.h"
 

@@ -1,10 +1,7 @@
 #include "directory/local_listing.h"
 
-#include <string_view>
-
 #include "platform/file_search.h"
 #include "platform/local_file.h"
-#include "platform/paths.h"
 #include "platform/text.h"
 
 namespace depot {

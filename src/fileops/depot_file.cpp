@@ -1,6 +1,5 @@
 #include "fileops/depot_file.h"
 
-#include "fileops/directory_transfer.h"
 #include "fileops/outcome.h"
 #include "fileops/shell_operation.h"
 #include "manager/display_path.h"
@@ -86,7 +85,9 @@ Result MoveDepotFile(const FileMove& move) {
         return Refuse(move.depot, move.destination);
     }
     const PathPair paths = {from.path, to.path};
-    if (!from.store->IsLocal()) return MoveWithin(*from.store, paths, move.watcher);
+    if (!from.store->IsLocal()) {
+        return ReportedMove(*from.store, Move(*from.store, paths, move.watcher));
+    }
     return MoveByShell(paths, move.window, move.destinationDepot ? FO_MOVE : FO_RENAME);
 }
 

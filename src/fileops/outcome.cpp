@@ -30,6 +30,15 @@ std::uint32_t ReportedCode(const CopyRequest& request, const CopyOutcome& outcom
     }
 }
 
+// What a rename reports for an entry that it cannot look up.
+Error UnknownAsParameterError(Error error) {
+    if (error.code == LDAP_INVALID_DN_SYNTAX || error.code == LDAP_NO_SUCH_OBJECT) {
+        error.code = LDAP_PARAM_ERROR;
+        error.text.clear();
+    }
+    return error;
+}
+
 }  // namespace
 
 Result Reported(Store& store, Result result) {
@@ -46,6 +55,10 @@ Result ReportedCopy(const CopyRequest& request, const CopyOutcome& outcome) {
     }
     return HasOwnCodes(request.from) ? request.from.store->Keep(std::move(error))
                                      : request.to.store->Keep(std::move(error));
+}
+
+Result ReportedMove(Store& store, Result moved) {
+    return moved ? std::move(moved) : store.Keep(UnknownAsParameterError(moved.Why()));
 }
 
 }  // namespace depot

@@ -13,4 +13,7 @@ Result Reported(Store& store, Result result);
 // of the target's where only that has codes of its own.
 Result ReportedCopy(const CopyRequest& request, const CopyOutcome& outcome);
 
+// The same of a move within a store.
+Result ReportedMove(Store& store, Result moved);
+
 }  // namespace depot

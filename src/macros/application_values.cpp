@@ -1,4 +1,4 @@
-#include "macros/application_values.h"
+#include "macros/macro_values.h"
 
 #include "platform/paths.h"
 #include "platform/text.h"

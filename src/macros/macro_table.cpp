@@ -1,8 +1,6 @@
 #include "macros/macro_table.h"
 
-#include "macros/application_values.h"
-#include "macros/product_values.h"
-#include "macros/system_values.h"
+#include "macros/macro_values.h"
 #include "platform/code_page.h"
 
 namespace depot {

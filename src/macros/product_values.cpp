@@ -1,4 +1,4 @@
-#include "macros/product_values.h"
+#include "macros/macro_values.h"
 
 #include <span>
 

@@ -1,4 +1,4 @@
-#include "macros/system_values.h"
+#include "macros/macro_values.h"
 
 #include "macros/shell_folders.h"
 #include "platform/code_page.h"

@@ -55,21 +55,17 @@ void DepotFileContext::Attach(CDepot* holder, const std::string& displayPath) {
     depotPath = displayPath;
     if (depot == nullptr) return;
     std::string path = DisplayToStorage(*depot, depotPath);
-    if (CLDAPItems* const directory = Directory()) {
-        localPath = FetchToLocal(*directory, path, &origin_, depot->Memory());
+    if (NeedsWorkingCopy()) {
+        localPath = FetchToLocal(Directory(), path, &origin_, depot->Memory());
         isWorkingCopy_ = !localPath.empty();
     } else if (path.size() <= kLongestSystemPath) {
         localPath = std::move(path);
     }
 }
 
-CLDAPItems* DepotFileContext::Directory() const {
-    return depot ? depot->DirectoryConnection() : nullptr;
-}
-
 Result DepotFileContext::FetchFailure() const {
     const bool isFailure = origin_.code != LDAP_SUCCESS && origin_.code != LDAP_NO_SUCH_OBJECT;
-    return isFailure ? Directory()->Connection().Outcome(origin_.code) : Result();
+    return isFailure ? Directory().Connection().Outcome(origin_.code) : Result();
 }
 
 std::string DepotFileContext::ReadString(const std::string& section, const std::string& key,
@@ -143,18 +139,17 @@ void DepotFileContext::KeepWhatWasLost(const EditOutcome& outcome) const {
 bool DepotFileContext::Release() {
     // Without memory for the write-back a changed copy stays: it holds the only edit.
     isWorkingCopy_ = isWorkingCopy_ && !changed;
-    CLDAPItems* const directory = Directory();
     // What was written to a file of the file system is already in the file itself.
-    if (directory == nullptr) return true;
+    if (!NeedsWorkingCopy()) return true;
     const std::string entry = DisplayToStorage(*depot, depotPath);
-    const bool stored = ReleaseLocal(*directory, entry, localPath, changed, nullptr, origin_) != 0;
+    const bool stored = ReleaseLocal(Directory(), entry, localPath, changed, nullptr, origin_) != 0;
     isWorkingCopy_ = false;
     localPath.clear();
     return stored;
 }
 
 Result DepotFileContext::StoreFailure() const {
-    return Directory()->Connection().Outcome(Directory()->LastError());
+    return Directory().Connection().Outcome(Directory().LastError());
 }
 
 void DepotFileContext::KeepLocally() noexcept try {

@@ -42,7 +42,7 @@ public:
 
     // Whether the depot keeps the file where the system does not reach it: the local file is then a
     // working copy, or missing where none could be made.
-    bool NeedsWorkingCopy() const { return Directory() != nullptr; }
+    bool NeedsWorkingCopy() const { return depot && !depot->ActiveStore().IsLocal(); }
 
     // Why the working copy does not hold what its entry does, as a code of the directory; 0 for one
     // that does, and for any other file.
@@ -70,8 +70,8 @@ public:
 
 private:
     void Attach(CDepot* holder, const std::string& displayPath);
-    // The directory that working copies come from; null for a file that is read where it is.
-    CLDAPItems* Directory() const;
+    // The directory that working copies come from. REQUIRES: the file needs one.
+    CLDAPItems& Directory() const { return *depot->DirectoryConnection(); }
     DWORD EditWorkingCopy(ProfileEdit edit);
     void KeepWhatWasLost(const EditOutcome& outcome) const;
 

@@ -13,6 +13,8 @@ namespace depot {
 // opening it; what the test created is removed again, what was there stays. An entry of a directory
 // is writable when it exists or can be created; created entries are removed again, parents
 // included.
+//
+// Contract: nothing here calls it.
 int TestWritable(std::uint32_t storeType, const std::string& storagePath, CLDAPItems* connection,
                  std::string* errorText, const std::string& shownName = {});
 

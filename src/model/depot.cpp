@@ -11,6 +11,7 @@
 #include "model/offline_edits.h"
 #include "platform/text.h"
 #include "store/folder_store.h"
+#include "store/offline_store.h"
 
 namespace depot {
 namespace {
@@ -35,12 +36,61 @@ UniqueIcon DuplicateIcon(const UniqueIcon& icon) {
 
 }  // namespace
 
+// A location of the list as clients use it and as a store: here a folder, or none.
+struct CDepot::Place : NotCopied {
+    Place(CDepotPaths& /*locations*/, CDepotPath* used) : location(used) {}
+    virtual ~Place() = default;
+
+    CDepotPath* const location;
+    std::unique_ptr<CLDAPItems> directory;  // null for a folder
+    Store* store = &FolderStore::Instance();
+    CopyMemory memory;
+};
+
+struct CDepot::DirectoryPlace final : Place {
+    DirectoryPlace(CDepotPaths& locations, CDepotPath* used) : Place(locations, used) {
+        directory = locations.TakeDirectory();
+        if (!directory) directory = std::make_unique<CLDAPItems>(used);
+        directory->Connection().SetServersBeside(locations.ServersBeside(*used));
+        // The path is a part of what names the location.
+        ExpandedPath(*used);
+        if (DetectsConflicts(*used)) {
+            const bool hasReplicas =
+                locations.Count() > 1 || used->host.find(' ') != std::string::npos;
+            memory.stored = std::make_shared<StoredEdits>(hasReplicas);
+        }
+        memory.offline = OfflineLocation::Of(*used);
+        MakeStore();
+        store = ownStore.get();
+    }
+    // Working copies may hold on to what is kept, which must not lead here any more.
+    ~DirectoryPlace() override {
+        if (memory.offline) memory.offline->SetStoreEdits({});
+    }
+
+private:
+    void MakeStore() {
+        CLDAPItems& items = *directory;
+        if (!memory.offline) {
+            ownStore = std::make_unique<DirectoryStore>(items);
+            return;
+        }
+        ownStore = std::make_unique<OfflineStore>(items, *memory.offline);
+        memory.offline->SetStoreEdits(
+            [&items](OfflineFolder& folder) { StoreWaitingEdits(items, folder); });
+    }
+
+    std::unique_ptr<DirectoryStore> ownStore;
+};
+
 CDepot::CDepot(CDepots* owningList)
     : paths(std::make_unique<CDepotPaths>(this)), owner(owningList) {}
 
 CDepot::CDepot(const CDepot& other) : CDepot(other.owner) {
     CDepot::CopyFrom(&other);
 }
+
+CDepot::~CDepot() = default;
 
 void CDepot::Init(CDepots* owningList) {
     name.clear();
@@ -54,7 +104,7 @@ void CDepot::Init(CDepots* owningList) {
     rootKey = HKEY_CURRENT_USER;
     registryViewFlags = 0;
     owner = owningList;
-    directory_.reset();
+    place_.reset();
     // Kept: see the declaration.
     static_cast<void>(paths.release());
     paths = std::make_unique<CDepotPaths>(this);
@@ -83,7 +133,7 @@ void CDepot::CopyFrom(const CDepot* other) {
     orderIndex = other->orderIndex;
     contains = other->contains;
     profileFolder.clear();
-    directory_.reset();
+    place_.reset();
     paths->RemoveAll(true);
     paths->Copy(other->paths.get());
     iconHandle = DuplicateIcon(other->iconHandle);
@@ -101,52 +151,31 @@ bool CDepot::ReadDefinition(const RegistryKey& listKey, const std::string& subke
     return paths->Count() > 0;
 }
 
-CLDAPItems* CDepot::DirectoryConnection() {
+CDepot::Place& CDepot::ActivePlace() {
     CDepotPath* const location = paths->ActiveLocation();
-    if (location == nullptr || !location->IsDirectory()) {
-        directory_.reset();
-    } else if (!directory_ || &directory_->items->Location() != location) {
-        std::unique_ptr<CLDAPItems> known = paths->TakeDirectory();
-        if (!known) known = std::make_unique<CLDAPItems>(location);
-        known->Connection().SetServersBeside(paths->ServersBeside(*location));
-        const bool hasReplicas =
-            paths->Count() > 1 || location->host.find(' ') != std::string::npos;
-        directory_ = std::make_unique<Directory>(std::move(known), hasReplicas);
+    if (location == nullptr) {
+        place_ = std::make_unique<Place>(*paths, nullptr);
+    } else if (!place_ || place_->location != location) {
+        place_ = MakeByType<Place, Place, DirectoryPlace>(*location, *paths, location);
     }
-    return directory_ ? directory_->items.get() : nullptr;
+    return *place_;
+}
+
+CLDAPItems* CDepot::DirectoryConnection() {
+    return ActivePlace().directory.get();
 }
 
 bool CDepot::LeaveConnections() {
     const bool left = paths->LeaveConnection();
-    return (directory_ && directory_->items->Connection().Leave()) || left;
+    return (place_ && place_->directory && place_->directory->Connection().Leave()) || left;
 }
 
 Store& CDepot::ActiveStore() {
-    if (DirectoryConnection() == nullptr) return FolderStore::Instance();
-    if (directory_->offlineStore) return *directory_->offlineStore;
-    return directory_->store;
-}
-
-CDepot::Directory::Directory(std::unique_ptr<CLDAPItems> owned, bool hasReplicas)
-    : items(std::move(owned)), store(*items) {
-    // The path is a part of what names the location.
-    ExpandedPath(items->Location());
-    if (DetectsConflicts(items->Location())) stored = std::make_shared<StoredEdits>(hasReplicas);
-    offline = OfflineLocation::Of(items->Location());
-    if (!offline) return;
-    offlineStore.emplace(store, *offline, items->Connection());
-    offline->SetStoreEdits([directory = items.get()](OfflineFolder& folder) {
-        StoreWaitingEdits(*directory, folder);
-    });
-}
-
-CDepot::Directory::~Directory() {
-    if (offline) offline->SetStoreEdits({});
+    return *ActivePlace().store;
 }
 
 CopyMemory CDepot::Memory() {
-    if (DirectoryConnection() == nullptr) return {};
-    return {directory_->offline, directory_->stored};
+    return ActivePlace().memory;
 }
 
 void CDepot::ReadOwnValues(const RegistryKey& key) {

@@ -3,7 +3,6 @@
 
 #include <cstdint>
 #include <memory>
-#include <optional>
 #include <string>
 #include <type_traits>
 
@@ -12,8 +11,7 @@
 #include "model/working_copy.h"
 #include "platform/registry_key.h"
 #include "platform/win32.h"
-#include "store/directory_store.h"
-#include "store/offline_store.h"
+#include "store/store.h"
 
 namespace depot {
 
@@ -34,7 +32,7 @@ public:
     explicit CDepot(CDepots* owningList);
     CDepot(const CDepot& other);
     CDepot& operator=(const CDepot&) = delete;
-    virtual ~CDepot() = default;
+    virtual ~CDepot();
 
     // Empties the depot again and gives it a fresh list of locations.
     //
@@ -87,23 +85,16 @@ public:
     CDepots* owner;                // never owned
 
 private:
-    // A directory, which borrows a record of `paths`, as clients use it and as a store.
-    struct Directory : NotCopied {
-        Directory(std::unique_ptr<CLDAPItems> owned, bool hasReplicas);
-        // Working copies may hold on to what is kept, which must not lead here any more.
-        ~Directory();
-        std::unique_ptr<CLDAPItems> items;
-        DirectoryStore store;
-        std::shared_ptr<OfflineLocation> offline;  // null where the location does not want it
-        std::optional<OfflineStore> offlineStore;
-        std::shared_ptr<StoredEdits> stored;  // null where the location detects no conflicts
-    };
+    struct Place;
+    struct DirectoryPlace;
 
+    // Returns the place of the active location, which is made anew where that is another one.
+    Place& ActivePlace();
     void ReadOwnValues(const RegistryKey& key);
     void ReadLocations(const RegistryKey& key);
     void TakeDefaults(const RegistryKey& key, int index, CDepotPath& location) const;
 
-    std::unique_ptr<Directory> directory_;
+    std::unique_ptr<Place> place_;
     bool wasReadWhole_ = true;
 };
 

@@ -4,7 +4,6 @@
 #include <atomic>
 #include <chrono>
 #include <new>
-#include <vector>
 
 #include "directory/ldap_items.h"
 #include "macros/replacers.h"
@@ -46,48 +45,56 @@ CDepots* OwningList(const CDepotPath& location) {
 // How long a location that does not answer holds up the next one.
 constexpr std::chrono::seconds kPatience(2);
 
-// Whether a directory that is a depot's only location needs to be asked nothing to be chosen. A
-// log-on that is still to be completed is tried quietly before a user is asked for it, and a base
-// that no server takes for a name is reported.
-bool IsChosenUnasked(CDepotPath& location) {
-    CLDAPItems directory(&location);
-    return directory.Connection().OpensUnasked() &&
-           directory.Schema().Explode(directory.PathToDN(ExpandedPath(location))).code ==
-               LDAP_SUCCESS;
-}
-
 }  // namespace
 
 // The look whether one location can be reached, which may run on a thread of its own. Nothing is
-// asked or shown: the first use of the location does that.
-class LocationProbe {
+// asked or shown: the first use of the location does that. This is the one at a folder.
+class LocationProbe : NotCopied {
 public:
-    explicit LocationProbe(CDepotPath& location) : path_(ExpandedPath(location)) {
-        record_ = location.Clone();
+    explicit LocationProbe(CDepotPath& location) : path_(ExpandedPath(location)) {}
+    virtual ~LocationProbe() = default;
+
+    // Whether the look contacts a directory's server.
+    virtual bool AsksServer() const { return false; }
+    // Whether the answer may be long in coming.
+    bool MayWait() const { return AsksServer() || path_.starts_with("\\\\"); }
+    // Whether the location needs no look where it is a depot's only one.
+    virtual bool IsChosenUnasked() { return false; }
+
+    virtual Answer Run() { return PathExists(path_) ? Answer::kGood : Answer::kNone; }
+
+    // What Run has found.
+    virtual bool HasInvalidBase() const { return false; }
+    // Returns the directory with its connection, for the location itself; null where the first use
+    // would bind in another way, or for a folder.
+    virtual std::unique_ptr<CLDAPItems> Directory(CDepotPath& /*location*/) { return nullptr; }
+
+protected:
+    const std::string path_;
+};
+
+namespace {
+
+class DirectoryProbe final : public LocationProbe {
+public:
+    explicit DirectoryProbe(CDepotPath& location)
+        : LocationProbe(location), record_(location.Clone()) {
         if (!record_) throw std::bad_alloc();
         record_->owner = nullptr;
     }
 
-    Answer Run() {
-        if (record_->IsDirectory()) return FindBase();
-        return PathExists(path_) ? Answer::kGood : Answer::kNone;
+    bool AsksServer() const override { return true; }
+
+    // A log-on that is still to be completed is tried quietly before a user is asked for it, and a
+    // base that no server takes for a name is reported.
+    bool IsChosenUnasked() override {
+        CLDAPItems directory(record_.get());
+        return directory.Connection().OpensUnasked() &&
+               directory.Schema().Explode(directory.PathToDN(path_)).code == LDAP_SUCCESS;
     }
 
-    // What Run has found.
-    bool HasInvalidBase() const { return hasInvalidBase_; }
-    // Returns the directory with its connection, for the location itself; null where the first use
-    // would bind in another way, or for a folder.
-    std::unique_ptr<CLDAPItems> Directory(CDepotPath& location) {
-        if (!directory_ || !directory_->IsConnected()) return nullptr;
-        if (!directory_->Connection().OpensUnasked()) return nullptr;
-        auto own = std::make_unique<CLDAPItems>(&location);
-        own->Connection().Adopt(directory_->Connection());
-        return own;
-    }
-
-private:
     // Looks for the base alone.
-    Answer FindBase() {
+    Answer Run() override {
         directory_ = std::make_unique<CLDAPItems>(record_.get());
         LdapConnection& connection = directory_->Connection();
         const Result connected = connection.ConnectQuietly();
@@ -102,11 +109,27 @@ private:
         return isHidden || AsksForMore(code) ? Answer::kFallback : Answer::kNone;
     }
 
-    const std::string path_;
-    std::unique_ptr<CDepotPath> record_;
+    bool HasInvalidBase() const override { return hasInvalidBase_; }
+
+    std::unique_ptr<CLDAPItems> Directory(CDepotPath& location) override {
+        if (!directory_ || !directory_->IsConnected()) return nullptr;
+        if (!directory_->Connection().OpensUnasked()) return nullptr;
+        auto own = std::make_unique<CLDAPItems>(&location);
+        own->Connection().Adopt(directory_->Connection());
+        return own;
+    }
+
+private:
+    const std::unique_ptr<CDepotPath> record_;
     std::unique_ptr<CLDAPItems> directory_;
     std::atomic<bool> hasInvalidBase_ = false;
 };
+
+std::unique_ptr<LocationProbe> MakeProbe(CDepotPath& location) {
+    return MakeByType<LocationProbe, LocationProbe, DirectoryProbe>(location, location);
+}
+
+}  // namespace
 
 CDepotPaths::CDepotPaths(CDepot* owningDepot) : owner(owningDepot) {}
 
@@ -186,7 +209,7 @@ CDepotPath* CDepotPaths::ActiveLocation() {
 
 void CDepotPaths::ChooseLocation() {
     if (activeLocation_ != nullptr || Count() == 0) return;
-    if (Count() == 1 && At(0)->IsDirectory() && IsChosenUnasked(*At(0))) {
+    if (Count() == 1 && MakeProbe(*At(0))->IsChosenUnasked()) {
         activeLocation_ = At(0);
         return;
     }
@@ -198,20 +221,13 @@ void CDepotPaths::ChooseLocation() {
 std::optional<std::size_t> CDepotPaths::FindReachable() {
     std::optional<std::size_t> fallback;
     for (std::size_t index = 0; index < Count(); ++index) {
-        CDepotPath& location = *At(index);
-        const std::string path = ExpandedPath(location);
-        if (!location.IsDirectory() && !path.starts_with("\\\\")) {
-            if (PathExists(path)) return index;
-        } else if (Count() > 1 && !IsImpersonating()) {
-            return FindReachableFrom(index);
-        } else {
-            // A thread of its own would not act for the user for whom this one does.
-            LocationProbe probe(location);
-            const Answer answer = probe.Run();
-            TakeOver(probe, location, answer == Answer::kGood);
-            if (answer == Answer::kGood) return index;
-            if (answer == Answer::kFallback && !fallback) fallback = index;
-        }
+        const auto probe = MakeProbe(*At(index));
+        // A thread of its own would not act for the user for whom this one does.
+        if (probe->MayWait() && Count() > 1 && !IsImpersonating()) return FindReachableFrom(index);
+        const Answer answer = probe->Run();
+        TakeOver(*probe, *At(index), answer == Answer::kGood);
+        if (answer == Answer::kGood) return index;
+        if (answer == Answer::kFallback && !fallback) fallback = index;
     }
     return fallback;
 }
@@ -220,7 +236,7 @@ std::optional<std::size_t> CDepotPaths::FindReachableFrom(std::size_t first) {
     std::vector<std::shared_ptr<LocationProbe>> probes;
     std::vector<std::function<Answer()>> attempts;
     for (std::size_t index = first; index < Count(); ++index) {
-        probes.push_back(std::make_shared<LocationProbe>(*At(index)));
+        probes.push_back(MakeProbe(*At(index)));
         attempts.push_back([probe = probes.back()] { return probe->Run(); });
     }
     const std::optional<std::size_t> found = FirstAnswer(std::move(attempts), kPatience);
@@ -240,8 +256,9 @@ void CDepotPaths::TakeOver(LocationProbe& probe, CDepotPath& location, bool isCh
 bool CDepotPaths::ChoiceProbesDirectory() const {
     if (activeLocation_ != nullptr) return false;
     for (CDepotPath* const location : array_) {
-        if (location->IsDirectory()) return true;
-        if (PathExists(ExpandedPath(*location))) return false;
+        const auto probe = MakeProbe(*location);
+        if (probe->AsksServer()) return true;
+        if (probe->Run() == Answer::kGood) return false;
     }
     return false;
 }

@@ -8,7 +8,6 @@
 
 #include "config/depot_path.h"
 #include "model/owned_list.h"
-#include "platform/local_file.h"
 #include "platform/not_copied.h"
 
 namespace depot {

@@ -3,6 +3,7 @@
 #include <string_view>
 
 #include "platform/text.h"
+#include "platform/trace.h"
 #include "platform/wide_text.h"
 
 namespace depot {

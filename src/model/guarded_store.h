@@ -10,7 +10,6 @@
 #include "config/profile_merge.h"
 #include "directory/entry_store.h"
 #include "platform/digest.h"
-#include "platform/trace.h"
 
 namespace depot {
 

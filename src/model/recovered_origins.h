@@ -10,7 +10,6 @@
 #include <span>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "config/depot_path.h"
 #include "offline/origin_record.h"

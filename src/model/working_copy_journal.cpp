@@ -4,8 +4,6 @@
 #include <atomic>
 #include <exception>
 #include <mutex>
-#include <optional>
-#include <utility>
 #include <vector>
 
 #include "model/abandoned_copies.h"

@@ -1,7 +1,6 @@
 #include "platform/directory_client.h"
 
 #include "platform/kept_library.h"
-#include "platform/paths.h"
 #include "platform/system_folder.h"
 #include "platform/trace.h"
 #include "platform/traced_client.h"

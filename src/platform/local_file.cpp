@@ -6,7 +6,6 @@
 #include "platform/not_copied.h"
 #include "platform/paths.h"
 #include "platform/text.h"
-#include "platform/win32.h"
 
 namespace depot {
 namespace {

@@ -4,7 +4,6 @@
 #include <string_view>
 
 #include "platform/code_page.h"
-#include "platform/not_copied.h"
 #include "platform/win32.h"
 
 namespace depot {

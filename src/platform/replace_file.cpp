@@ -1,8 +1,5 @@
 #include "platform/replace_file.h"
 
-#include <optional>
-#include <vector>
-
 #include "platform/code_page.h"
 #include "platform/file_in_use.h"
 #include "platform/handles.h"

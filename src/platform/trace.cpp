@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdint>
 
 #include "platform/object_trust.h"
 #include "platform/text.h"

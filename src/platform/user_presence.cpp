@@ -1,7 +1,5 @@
 #include "platform/user_presence.h"
 
-#include <iterator>
-
 #include "platform/presence_rule.h"
 #include "platform/program_name.h"
 #include "platform/registry_key.h"

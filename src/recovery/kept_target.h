@@ -2,10 +2,12 @@
 // any depot.
 #pragma once
 
+#include <memory>
 #include <optional>
 #include <string>
 
 #include "model/depot.h"
+#include "platform/not_copied.h"
 #include "recovery/kept_copies.h"
 
 namespace depot {
@@ -19,32 +21,27 @@ struct TargetContents {
     std::optional<KeptBytes> bytes;  // nothing where there is no file
 };
 
-// Borrows the depot.
-class KeptTarget {
+class KeptTarget : NotCopied {
 public:
-    // `path` is a path of the depot. An entry has its own name, which the depot may have no path
-    // for; without one the path's is taken.
-    KeptTarget(CDepot& depot, std::string path, std::string dn = {});
+    virtual ~KeptTarget() = default;
 
-    TargetContents Read() const;
+    virtual TargetContents Read() const = 0;
 
     // Stores the bytes over `present`, what Read has returned, and over nothing else, else fails
     // with Reason::kChanged; makes the file, with the folders above, where nothing was there.
     Result Write(const KeptBytes& bytes, const std::optional<KeptBytes>& present) const;
 
     // Whether what Read has returned are these bytes as the target keeps them.
-    bool IsHeldAs(const KeptBytes& bytes, const std::optional<KeptBytes>& present) const;
+    virtual bool IsHeldAs(const KeptBytes& bytes, const std::optional<KeptBytes>& present) const;
 
 private:
-    TargetContents ReadEntry() const;
-    TargetContents ReadFile() const;
-    Result WriteEntry(const KeptBytes& bytes, const std::optional<KeptBytes>& present) const;
-    Result WriteFile(const KeptBytes& bytes, const std::optional<KeptBytes>& present) const;
-
-    CDepot& depot_;
-    const std::string path_;
-    CLDAPItems* const directory_;  // of an entry; else null
-    const std::string dn_;         // of an entry
+    // Fails with Reason::kExists, too, for what was changed.
+    virtual Result Store(const KeptBytes& bytes, const std::optional<KeptBytes>& present) const = 0;
 };
+
+// Returns the target at a path of the depot, which it borrows. An entry has its own name, which the
+// depot may have no path for; without one the path's is taken.
+std::unique_ptr<const KeptTarget> MakeKeptTarget(CDepot& depot, std::string path,
+                                                 std::string dn = {});
 
 }  // namespace depot

@@ -171,7 +171,8 @@ Result DirectoryStore::RefuseFile(const std::string& path) {
 
 // Lists what the entry holds; `isLeaf` is whether that is nothing that could be named.
 Result DirectoryStore::ListSource(const std::string& path, StoreSource& source, bool& isLeaf) {
-    Result listed = ListChildren(*this, path, source.children, source.left);
+    Result listed =
+        DirectoryStore::List(path, TakeChildren(path, source.children, source.left), source.left);
     isLeaf = source.children.empty() && source.left.unsafeNames == Entries().UnsafeNames();
     return listed;
 }

@@ -7,8 +7,9 @@
 namespace depot {
 
 // The entries of one location by their distinguished names. Borrows the directory, whose last error
-// is that of the last request, or what Keep was given.
-class DirectoryStore final : public Store {
+// is that of the last request, or what Keep was given. An operation that takes several steps takes
+// them here, whatever a store that derives from this one adds to them.
+class DirectoryStore : public Store {
 public:
     explicit DirectoryStore(CLDAPItems& directory) : directory_(directory) {}
 
@@ -66,6 +67,7 @@ public:
     Result LastFailure() const override { return Of(directory_.LastError()); }
     DWORD LastSystemError() const override;
 
+protected:
     // Hands out children of a folder by their names.
     void HandOut(const LdapItemList& children, const std::string& folder,
                  const TakeItem& take) const;

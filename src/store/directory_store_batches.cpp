@@ -53,7 +53,7 @@ void DirectoryStore::WriteFiles(std::span<FileToWrite> files) {
         file.result = Changed(std::move(additions[at].result));
         if (file.result.Is(Reason::kMissing)) {
             // Folders above it are missing.
-            file.result = WriteFile(file.path, *file.contents, file.rules);
+            file.result = DirectoryStore::WriteFile(file.path, *file.contents, file.rules);
         } else if (file.result.Is(Reason::kExists) &&
                    file.rules.existing == ExistingEntries::kReplace) {
             replacements.push_back({file.path, {}, file.contents});

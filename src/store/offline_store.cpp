@@ -31,11 +31,7 @@ Error OfflineStore::Away(const std::string& /*path*/) {
 Result OfflineStore::Open(bool& opened) {
     opened = false;
     isApart_ = kept_.IsApart(connection_);
-    return isApart_ ? Result() : directory_.Open(opened);
-}
-
-void OfflineStore::Close() {
-    directory_.Close();
+    return isApart_ ? Result() : DirectoryStore::Open(opened);
 }
 
 std::string OfflineStore::FolderOf(const std::string& path) const {
@@ -60,7 +56,7 @@ void OfflineStore::KeepFile(const std::string& path, const FileBuffer& contents)
 }
 
 Result OfflineStore::Look(const std::string& path, ItemKind& kind) {
-    if (!isApart_) return directory_.Look(path, kind);
+    if (!isApart_) return DirectoryStore::Look(path, kind);
     kind = KindOf(path);
     if (kind != ItemKind::kOther) return {};
     kind = ItemKind::kMissing;
@@ -68,13 +64,13 @@ Result OfflineStore::Look(const std::string& path, ItemKind& kind) {
 }
 
 Result OfflineStore::ReadIdentifiers(const std::string& path, ItemIdentifiers& identifiers) {
-    return isApart_ ? Away(path) : directory_.ReadIdentifiers(path, identifiers);
+    return isApart_ ? Away(path) : DirectoryStore::ReadIdentifiers(path, identifiers);
 }
 
 Result OfflineStore::List(const std::string& folder, const TakeItem& take, LeftOut& left) {
     if (isApart_) return ListApart(folder, take);
     std::vector<OfflineChild> children;
-    Result listed = directory_.List(
+    Result listed = DirectoryStore::List(
         folder,
         [&](const StoreItem& item) {
             children.push_back({item.path, item.isFolder});
@@ -99,13 +95,13 @@ Result OfflineStore::ListApart(const std::string& folder, const TakeItem& take) 
     }
     LdapItemList items;
     for (const OfflineChild& child : *children) items.Add(child.dn, child.isFolder);
-    directory_.HandOut(items, folder, take);
+    HandOut(items, folder, take);
     return {};
 }
 
 Result OfflineStore::ReadFile(const std::string& path, SourceFate fate, FileBuffer& contents) {
     if (!isApart_) {
-        Result read = directory_.ReadFile(path, fate, contents);
+        Result read = DirectoryStore::ReadFile(path, fate, contents);
         if (read) KeepFile(path, contents);
         return read;
     }
@@ -118,7 +114,7 @@ Result OfflineStore::ReadFile(const std::string& path, SourceFate fate, FileBuff
 
 Result OfflineStore::ReadSource(const std::string& path, SourceFate fate, StoreSource& source) {
     if (!isApart_) {
-        Result read = directory_.ReadSource(path, fate, source);
+        Result read = DirectoryStore::ReadSource(path, fate, source);
         if (!read) return read;
         if (source.isFolder) {
             kept_.KeepFolder(path, ChildrenOf(source.children));
@@ -134,7 +130,7 @@ Result OfflineStore::ReadSource(const std::string& path, SourceFate fate, StoreS
 }
 
 Result OfflineStore::Prepare(std::vector<PlannedItem>& items, ExistingEntries existing) {
-    if (!isApart_) return directory_.Prepare(items, existing);
+    if (!isApart_) return DirectoryStore::Prepare(items, existing);
     const TakePath isUnique = UniquePaths();
     for (PlannedItem& item : items) {
         const ItemKind kind = KindOf(item.path);
@@ -151,7 +147,7 @@ Result OfflineStore::Prepare(std::vector<PlannedItem>& items, ExistingEntries ex
 Result OfflineStore::WriteFile(const std::string& path, const FileBuffer& contents,
                                WriteRules rules) {
     if (!isApart_) {
-        Result written = directory_.WriteFile(path, contents, rules);
+        Result written = DirectoryStore::WriteFile(path, contents, rules);
         if (written) KeepFile(path, contents);
         return written;
     }
@@ -170,52 +166,47 @@ Result OfflineStore::WriteFile(const std::string& path, const FileBuffer& conten
 }
 
 Result OfflineStore::MakeFolder(const std::string& path, FoldersAbove above) {
-    if (!isApart_) return directory_.MakeFolder(path, above);
+    if (!isApart_) return DirectoryStore::MakeFolder(path, above);
     return KindOf(path) == ItemKind::kFolder ? Result() : Away(path);
-}
-
-std::optional<Result> OfflineStore::CopyFile(PathPair /*paths*/, WriteRules /*rules*/,
-                                             std::uint64_t& /*bytes*/) {
-    return std::nullopt;
 }
 
 Result OfflineStore::Rename(PathPair paths, ExistingEntries existing, StoreSource& source) {
     if (isApart_) return Away(paths.from);
-    Result renamed = directory_.Rename(paths, existing, source);
+    Result renamed = DirectoryStore::Rename(paths, existing, source);
     if (renamed) kept_.Forget(paths.from);
     return renamed;
 }
 
 Result OfflineStore::Remove(const std::string& path, ItemKind kind) {
     if (isApart_) return Away(path);
-    Result removed = directory_.Remove(path, kind);
+    Result removed = DirectoryStore::Remove(path, kind);
     if (removed) kept_.Forget(path);
     return removed;
 }
 
 Result OfflineStore::RemoveUnchanged(const std::string& path, const Digest& contents) {
     if (isApart_) return Away(path);
-    Result removed = directory_.RemoveUnchanged(path, contents);
+    Result removed = DirectoryStore::RemoveUnchanged(path, contents);
     if (removed) kept_.Forget(path);
     return removed;
 }
 
 Result OfflineStore::RemoveTree(const std::string& path) {
     if (isApart_) return Away(path);
-    Result removed = directory_.RemoveTree(path);
+    Result removed = DirectoryStore::RemoveTree(path);
     if (removed) kept_.Forget(path);
     return removed;
 }
 
 Result OfflineStore::TestWritable(const std::string& path) {
-    if (!isApart_) return directory_.TestWritable(path);
+    if (!isApart_) return DirectoryStore::TestWritable(path);
     const bool isKept = kept_.FileOf(path) || kept_.FolderOf(path);
     return isKept ? Result() : Away(path);
 }
 
 void OfflineStore::ReadFiles(std::span<FileToRead> files, SourceFate fate) {
     if (isApart_) return Store::ReadFiles(files, fate);
-    directory_.ReadFiles(files, fate);
+    DirectoryStore::ReadFiles(files, fate);
     for (const FileToRead& file : files) {
         if (file.result) KeepFile(file.path, file.contents);
     }
@@ -223,7 +214,7 @@ void OfflineStore::ReadFiles(std::span<FileToRead> files, SourceFate fate) {
 
 void OfflineStore::WriteFiles(std::span<FileToWrite> files) {
     if (isApart_) return Store::WriteFiles(files);
-    directory_.WriteFiles(files);
+    DirectoryStore::WriteFiles(files);
     for (const FileToWrite& file : files) {
         if (file.result) KeepFile(file.path, *file.contents);
     }
@@ -231,12 +222,12 @@ void OfflineStore::WriteFiles(std::span<FileToWrite> files) {
 
 void OfflineStore::MakeFolders(std::span<FolderToMake> folders) {
     if (isApart_) return Store::MakeFolders(folders);
-    directory_.MakeFolders(folders);
+    DirectoryStore::MakeFolders(folders);
 }
 
 void OfflineStore::ListFolders(std::span<FolderToList> folders) {
     if (isApart_) return Store::ListFolders(folders);
-    directory_.ListFolders(folders);
+    DirectoryStore::ListFolders(folders);
     for (const FolderToList& folder : folders) {
         if (folder.result) kept_.KeepFolder(folder.path, ChildrenOf(folder.children));
     }
@@ -244,7 +235,7 @@ void OfflineStore::ListFolders(std::span<FolderToList> folders) {
 
 void OfflineStore::RemoveItems(std::span<ItemToRemove> items) {
     if (isApart_) return Store::RemoveItems(items);
-    directory_.RemoveItems(items);
+    DirectoryStore::RemoveItems(items);
     for (const ItemToRemove& item : items) {
         if (item.result) kept_.Forget(item.path);
     }

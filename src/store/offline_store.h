@@ -10,34 +10,14 @@ namespace depot {
 // folders are served from there, and what is written to a file that is kept, or to a new one, waits
 // for the server; everything else that would change the directory fails with a text that says why.
 //
-// Borrows both. What it does while the server is there is what the directory store does.
-class OfflineStore final : public Store {
+// Borrows both. What it does while the server is there is what any directory store does.
+class OfflineStore final : public DirectoryStore {
 public:
-    OfflineStore(DirectoryStore& directory, OfflineLocation& kept, LdapConnection& connection)
-        : directory_(directory), kept_(kept), connection_(connection) {}
+    OfflineStore(CLDAPItems& directory, OfflineLocation& kept)
+        : DirectoryStore(directory), kept_(kept), connection_(directory.Connection()) {}
 
     // Succeeds without a connection where the server is away.
     Result Open(bool& opened) override;
-    void Close() override;
-
-    std::string PathOf(const std::string& path) const override { return directory_.PathOf(path); }
-    std::string ChildPath(const std::string& folder, const std::string& name,
-                          bool isFolder) const override {
-        return directory_.ChildPath(folder, name, isFolder);
-    }
-    bool CanHold(const std::string& name) const override { return directory_.CanHold(name); }
-    bool IsSame(const std::string& path, const std::string& other) const override {
-        return directory_.IsSame(path, other);
-    }
-    bool IsInside(const std::string& path, const std::string& folder) const override {
-        return directory_.IsInside(path, folder);
-    }
-    TakePath UniquePaths() const override { return directory_.UniquePaths(); }
-    std::optional<std::string> LocalPath(const std::string& /*path*/) const override { return {}; }
-    Result CheckTarget(const std::string& path) const override {
-        return directory_.CheckTarget(path);
-    }
-    std::string Space() const override { return directory_.Space(); }
 
     // What is not kept is no answer but where a kept listing lacks it.
     Result Look(const std::string& path, ItemKind& kind) override;
@@ -46,16 +26,11 @@ public:
     Result List(const std::string& folder, const TakeItem& take, LeftOut& left) override;
     Result ReadFile(const std::string& path, SourceFate fate, FileBuffer& contents) override;
     Result ReadSource(const std::string& path, SourceFate fate, StoreSource& source) override;
-    const TreeBounds& Bounds() const override { return directory_.Bounds(); }
-    Error IncompleteError(const LeftOut& left) const override {
-        return directory_.IncompleteError(left);
-    }
 
     Result Prepare(std::vector<PlannedItem>& items, ExistingEntries existing) override;
     Result WriteFile(const std::string& path, const FileBuffer& contents,
                      WriteRules rules) override;
     Result MakeFolder(const std::string& path, FoldersAbove above) override;
-    std::optional<Result> CopyFile(PathPair paths, WriteRules rules, std::uint64_t& bytes) override;
     Result Rename(PathPair paths, ExistingEntries existing, StoreSource& source) override;
     Result Remove(const std::string& path, ItemKind kind) override;
     Result RemoveUnchanged(const std::string& path, const Digest& contents) override;
@@ -63,19 +38,12 @@ public:
     // Says yes of what is kept.
     Result TestWritable(const std::string& path) override;
 
-    std::size_t Window() const override { return isApart_ ? 1 : directory_.Window(); }
-    bool ReadsAsFile(const std::string& path) const override {
-        return directory_.ReadsAsFile(path);
-    }
+    std::size_t Window() const override { return isApart_ ? 1 : DirectoryStore::Window(); }
     void ReadFiles(std::span<FileToRead> files, SourceFate fate) override;
     void WriteFiles(std::span<FileToWrite> files) override;
     void MakeFolders(std::span<FolderToMake> folders) override;
     void ListFolders(std::span<FolderToList> folders) override;
     void RemoveItems(std::span<ItemToRemove> items) override;
-
-    Error Keep(Error error) override { return directory_.Keep(std::move(error)); }
-    Result LastFailure() const override { return directory_.LastFailure(); }
-    DWORD LastSystemError() const override { return directory_.LastSystemError(); }
 
 private:
     // The failure of what needs the server.
@@ -85,7 +53,6 @@ private:
     void KeepFile(const std::string& path, const FileBuffer& contents);
     Result ListApart(const std::string& folder, const TakeItem& take);
 
-    DirectoryStore& directory_;
     OfflineLocation& kept_;
     LdapConnection& connection_;
     bool isApart_ = false;

@@ -5,7 +5,6 @@
 // store that holds a path of a depot: manager/display_path.h.
 #pragma once
 
-#include <array>
 #include <cstdint>
 #include <functional>
 #include <optional>

@@ -1,7 +1,5 @@
 // Whether a place of a store can be written, found by trying.
-#include <algorithm>
 #include <atomic>
-#include <memory>
 #include <new>
 #include <optional>
 

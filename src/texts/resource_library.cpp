@@ -1,7 +1,6 @@
 #include "texts/resource_library.h"
 
 #include <atomic>
-#include <string_view>
 
 #include "platform/kept_library.h"
 #include "platform/paths.h"

@@ -5,9 +5,9 @@
 #include "bench/comparison.h"
 #include "bench/raw_directory.h"
 #include "fileops/depot_file.h"
-#include "fileops/directory_transfer.h"
 #include "manager/depot_world.h"
 #include "support/directory_server.h"
+#include "support/directory_transfer.h"
 
 namespace depot::bench {
 namespace {

@@ -12,7 +12,9 @@ class Numbers : public ValueSource {
 public:
     explicit Numbers(std::map<std::string, std::uint32_t> numbers) : numbers_(std::move(numbers)) {}
 
-    std::optional<std::string> Text(const std::string& /*name*/) const override { return {}; }
+    std::optional<std::string> Text(const std::string& name) const override {
+        return name.starts_with("Path") ? std::optional("dc=example") : std::nullopt;
+    }
     std::optional<std::uint32_t> Number(const std::string& name,
                                         const NumberReading& /*reading*/) const override {
         const auto found = numbers_.find(name);
@@ -24,10 +26,11 @@ private:
 };
 
 LocationSettings Read(const DirectoryDefaults& defaults,
-                      const std::map<std::string, std::uint32_t>& numbers, int location) {
+                      std::map<std::string, std::uint32_t> numbers, int location) {
+    numbers["Type" + std::to_string(location)] = kDirectoryLocation;
     const Numbers source(numbers);
     LocationSettings settings;
-    ReadLocationValues(source, ValueScope::kDirectory, location, settings);
+    ReadLocationValues(source, location, settings);
     ApplyDefaults(defaults, source, location, settings);
     return settings;
 }

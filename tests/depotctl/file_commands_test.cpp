@@ -1,4 +1,5 @@
 #include "depotctl/tool.h"
+#include "platform/local_file.h"
 #include "support/folder_link.h"
 
 namespace depot::test {

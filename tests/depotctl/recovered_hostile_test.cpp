@@ -1,5 +1,6 @@
 // recovered: what records may say, what may be in the way, and names in every code page.
 #include "depotctl/recovered_fixture.h"
+#include "platform/local_file.h"
 
 namespace depot::test {
 namespace {

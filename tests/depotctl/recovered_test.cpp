@@ -1,6 +1,7 @@
 // recovered: the way back for kept copies.
 #include "depotctl/console.h"
 #include "depotctl/recovered_fixture.h"
+#include "platform/local_file.h"
 
 namespace depot::test {
 namespace {

@@ -7,6 +7,7 @@
 #include "fileops/depot_file.h"
 #include "manager/display_path.h"
 #include "manager/writability.h"
+#include "platform/local_file.h"
 #include "platform/text.h"
 #include "support/offline_files.h"
 #include "support/relay.h"

@@ -2,11 +2,11 @@
 // in.
 #include "directory_files/directory_world.h"
 #include "fileops/depot_file.h"
-#include "fileops/directory_transfer.h"
 #include "fileops/enumerate.h"
 #include "fileops/numbered_copy.h"
 #include "platform/system_code_page.h"
 #include "store/folder_store.h"
+#include "support/directory_transfer.h"
 #include "support/page_names.h"
 #include "support/results.h"
 

@@ -1,6 +1,6 @@
 // Whatever the client library hands out is given back, however a transfer ends.
 #include "directory_files/directory_world.h"
-#include "fileops/directory_transfer.h"
+#include "support/directory_transfer.h"
 #include "support/results.h"
 
 namespace depot {

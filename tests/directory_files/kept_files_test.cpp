@@ -1,6 +1,6 @@
 // Local files and entries that stay when what was to take their place does not come whole.
 #include "directory_files/directory_world.h"
-#include "fileops/directory_transfer.h"
+#include "support/directory_transfer.h"
 #include "support/half_writes.h"
 #include "support/results.h"
 

@@ -1,8 +1,8 @@
 // The codes that transfers leave, and what they refuse before they begin.
 #include "directory_files/directory_world.h"
 #include "fileops/depot_file.h"
-#include "fileops/directory_transfer.h"
 #include "fileops/item_operations.h"
+#include "support/directory_transfer.h"
 #include "support/results.h"
 
 namespace depot {

@@ -1,8 +1,8 @@
 // How transfers begin and end: connections, temporary folders, servers that are away.
 #include "directory/connection_scope.h"
 #include "directory_files/directory_world.h"
-#include "fileops/directory_transfer.h"
 #include "fileops/shell_operation.h"
+#include "support/directory_transfer.h"
 #include "support/import_patch.h"
 #include "support/results.h"
 

@@ -1,6 +1,6 @@
 // What an entry is shows by its classes and what it holds, not by its name; and what cannot be seen
 // whole does not go.
-#include "fileops/directory_transfer.h"
+#include "support/directory_transfer.h"
 
 #include "directory_files/directory_world.h"
 #include "support/results.h"

@@ -1,4 +1,4 @@
-#include "fileops/directory_transfer.h"
+#include "support/directory_transfer.h"
 
 #include "directory_files/directory_world.h"
 #include "store/folder_store.h"

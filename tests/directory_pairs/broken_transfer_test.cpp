@@ -1,6 +1,6 @@
 // Transfers whose server goes away in the middle.
 #include "directory_pairs/pairs_fixture.h"
-#include "fileops/directory_transfer.h"
+#include "support/directory_transfer.h"
 #include "support/results.h"
 #include "support/working_files.h"
 

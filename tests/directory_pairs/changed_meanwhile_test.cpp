@@ -1,7 +1,7 @@
 // Renames and moves of what another client changes at the same time.
 #include "directory_pairs/pairs_fixture.h"
 #include "fileops/any_transfer.h"
-#include "fileops/directory_transfer.h"
+#include "support/directory_transfer.h"
 #include "support/results.h"
 
 namespace depot::test {

@@ -1,8 +1,8 @@
 // One entry through two connections, at servers that show less of it than others.
 #include "directory_pairs/pairs_fixture.h"
 #include "fileops/copy.h"
-#include "fileops/directory_transfer.h"
 #include "store/directory_store.h"
+#include "support/directory_transfer.h"
 #include "support/results.h"
 
 namespace depot::test {

@@ -2,9 +2,9 @@
 // complete, and no file stands half-written under its name.
 #include "directory_files/directory_world.h"
 #include "faults/fault_series.h"
-#include "fileops/directory_transfer.h"
 #include "fileops/enumerate.h"
 #include "fileops/item_operations.h"
+#include "support/directory_transfer.h"
 #include "support/results.h"
 #include "support/working_files.h"
 

@@ -44,7 +44,7 @@ public:
     Return(CDepots& depots, KeptCopy copy)
         : copy_(std::move(copy)), entry_(FindKeptEntry(depots, copy_.origin.value())) {
         depot_ = DepotOf(depots, entry_.value());
-        target_ = std::make_unique<KeptTarget>(*depot_, entry_->path, entry_->dn);
+        target_ = MakeKeptTarget(*depot_, entry_->path, entry_->dn);
         EXPECT_THAT(ReadKept(copy_, ours_), IsDone());
         contents_ = target_->Read();
     }
@@ -67,7 +67,7 @@ private:
     const KeptCopy copy_;
     const std::optional<KeptEntry> entry_;
     std::unique_ptr<CDepot> depot_;
-    std::unique_ptr<KeptTarget> target_;
+    std::unique_ptr<const KeptTarget> target_;
     KeptBytes ours_;
     TargetContents contents_;
 };

@@ -161,29 +161,29 @@ protected:
         definitions_.Text("Work", "Path1", folder_.Path());
         depots_.Load(kDepotsKey);
     }
-    KeptTarget Target(const std::string& name) {
+    std::unique_ptr<const KeptTarget> Target(const std::string& name) {
         CDepot* const depot =
             FindDepotForPath(depots_, "<Work>\\" + name, PathForm::kDisplay, DepotName::kKey);
-        return {*depot, "<Work>\\" + name};
+        return MakeKeptTarget(*depot, "<Work>\\" + name);
     }
 
     const ScratchFolder folder_;
 };
 
 TEST_F(FileTargetTest, FileIsMadeReadAndReplaced) {
-    const KeptTarget target = Target("a.kre");
-    EXPECT_EQ(std::nullopt, target.Read().bytes);
-    EXPECT_THAT(target.Write(Bytes("one"), std::nullopt), IsDone());
-    EXPECT_EQ(Bytes("one"), target.Read().bytes);
-    EXPECT_THAT(target.Write(Bytes("two"), std::nullopt), FailsFor(Reason::kChanged));
-    EXPECT_THAT(target.Write(Bytes("two"), Bytes("other")), FailsFor(Reason::kChanged));
-    EXPECT_THAT(target.Write(Bytes("two"), Bytes("one")), IsDone());
+    const auto target = Target("a.kre");
+    EXPECT_EQ(std::nullopt, target->Read().bytes);
+    EXPECT_THAT(target->Write(Bytes("one"), std::nullopt), IsDone());
+    EXPECT_EQ(Bytes("one"), target->Read().bytes);
+    EXPECT_THAT(target->Write(Bytes("two"), std::nullopt), FailsFor(Reason::kChanged));
+    EXPECT_THAT(target->Write(Bytes("two"), Bytes("other")), FailsFor(Reason::kChanged));
+    EXPECT_THAT(target->Write(Bytes("two"), Bytes("one")), IsDone());
     EXPECT_EQ("two", FileBytes(folder_.At("a.kre")));
 }
 
 TEST_F(FileTargetTest, FolderIsNoTarget) {
     folder_.MakeFolder("a.kre");
-    const TargetContents contents = Target("a.kre").Read();
+    const TargetContents contents = Target("a.kre")->Read();
     EXPECT_THAT(contents.result, FailsFor(Reason::kInvalid));
 }
 
@@ -193,8 +193,8 @@ TEST_F(FileTargetTest, FullDiskLeavesNoPart) {
     if (volume.empty()) volume = folder_.MakeFile("no folder", "x");
     definitions_.Text("Work", "Path1", volume);
     depots_.Load(kDepotsKey);
-    const KeptTarget target = Target("big.kre");
-    EXPECT_THAT(target.Write(KeptBytes(100'000, 'x'), std::nullopt), Fails());
+    const auto target = Target("big.kre");
+    EXPECT_THAT(target->Write(KeptBytes(100'000, 'x'), std::nullopt), Fails());
     EXPECT_FALSE(Exists(volume + "\\big.kre"));
 }
 

@@ -90,9 +90,8 @@ public:
     }
 
 protected:
-    DirectoryStore& Plain() { return store_; }
     const CDepotPath& Location() const { return *location_; }
-    LdapConnection& Connection() { return items_.Connection(); }
+    CLDAPItems& Items() { return items_; }
 
 private:
     std::string base_ = NewFolder();
@@ -108,7 +107,7 @@ public:
 
 private:
     OfflineLocation kept_{Location()};
-    OfflineStore offline_{Plain(), kept_, Connection()};
+    OfflineStore offline_{Items(), kept_};
 };
 
 class MemoryWorld : public StoreWorld {

@@ -2,7 +2,6 @@
 
 #include <chrono>
 #include <functional>
-#include <memory>
 #include <vector>
 
 #include "depotctl/definition.h"
@@ -12,7 +11,6 @@
 #include "depotctl/terminal.h"
 #include "platform/first_answer.h"
 #include "platform/local_file.h"
-#include "platform/paths.h"
 #include "store/folder_store.h"
 
 namespace depot::ctl {
@@ -58,7 +56,7 @@ class Opening {
 public:
     explicit Opening(CDepot& depot) : depot_(depot) {
         for (std::size_t index = 0; index < Locations().Count(); ++index) {
-            attempts_.push_back(std::make_shared<LocationAttempt>(*Locations().At(index)));
+            attempts_.push_back(MakeAttempt(*Locations().At(index)));
         }
     }
 
@@ -69,9 +67,7 @@ public:
         if (found) return Use(*found);
         const std::size_t last = attempts_.size() - 1;
         const std::optional<Problem> problem = attempts_[last]->WhyNot();
-        // A missing folder is reported by the operation that needs it, or made by it.
-        const bool isFolder = !Locations().At(last)->IsDirectory();
-        if (problem && !(isFolder && !problem->isUnreachable)) FailToOpen(depot_, *problem);
+        if (problem && !attempts_[last]->IsUsedWith(*problem)) FailToOpen(depot_, *problem);
         LeaveOnly(last);
     }
 
@@ -120,9 +116,7 @@ private:
 // Returns whether the depot's location was found already, to see which depot a path belongs to.
 bool IsOpen(CDepot& depot) {
     CDepotPath* const chosen = depot.paths->ChosenLocation();
-    if (chosen == nullptr) return false;
-    return chosen->IsDirectory() ? depot.DirectoryConnection()->IsConnected()
-                                 : PathExists(ExpandedPath(*chosen));
+    return chosen != nullptr && MakeAttempt(*chosen)->IsOpenIn(depot);
 }
 
 }  // namespace
@@ -170,28 +164,79 @@ std::optional<Problem> TryWritingFolder(const std::string& folder) {
                    false};
 }
 
-LocationAttempt::LocationAttempt(CDepotPath& location)
-    : folder_(location.IsDirectory() ? std::string() : ExpandedPath(location)) {
-    if (location.IsDirectory()) probe_.emplace(location);
-}
+namespace {
 
-std::optional<Problem> LocationAttempt::Look() {
-    if (!probe_) return TryFolder(folder_);
-    if (auto problem = LogOnUnasked(*probe_, KnownCredentials(*probe_))) {
-        // Before anyone is asked for credentials there should be a server that wants them.
-        if (!probe_->HasTried()) {
-            if (auto unreachable = probe_->Reach()) return unreachable;
-        }
-        return problem;
+class FolderAttempt final : public LocationAttempt {
+public:
+    explicit FolderAttempt(CDepotPath& location) : folder_(ExpandedPath(location)) {}
+
+    bool MayWait() const override { return folder_.starts_with("\\\\"); }
+    bool IsUsedWith(const Problem& problem) const override { return !problem.isUnreachable; }
+    bool IsOpenIn(CDepot& /*depot*/) const override { return PathExists(folder_); }
+
+private:
+    std::optional<Problem> Look() override { return TryFolder(folder_); }
+    std::optional<Problem> TryWriting() override { return TryWritingFolder(folder_); }
+
+    const std::string folder_;
+};
+
+class DirectoryAttempt final : public LocationAttempt {
+public:
+    explicit DirectoryAttempt(CDepotPath& location) : probe_(location) {}
+
+    bool MayWait() const override { return true; }
+    bool IsOpenIn(CDepot& depot) const override {
+        return depot.DirectoryConnection()->IsConnected();
     }
-    return probe_->FindBase();
+
+    void Give(CDepot& depot, CDepotPath& location) override {
+        location.username = probe_.Location().username;
+        location.password = probe_.Location().password;
+        LdapConnection& connection = depot.DirectoryConnection()->Connection();
+        connection.Adopt(probe_.Directory().Connection());
+        // The connection stays open for the operations of this run.
+        connection.Release();
+    }
+
+private:
+    std::optional<Problem> Look() override {
+        if (auto problem = LogOnUnasked(probe_, KnownCredentials(probe_))) {
+            // Before anyone is asked for credentials there should be a server that wants them.
+            if (!probe_.HasTried()) {
+                if (auto unreachable = probe_.Reach()) return unreachable;
+            }
+            return problem;
+        }
+        return probe_.FindBase();
+    }
+
+    std::optional<Problem> LookAsking(const Problem& failure) override {
+        if (!MayAsk(probe_, failure)) return failure;
+        LogOnNames names = KnownCredentials(probe_);
+        std::optional<Problem> problem = LogOnAsking(probe_, names, failure);
+        return problem ? problem : probe_.FindBase();
+    }
+
+    std::optional<Problem> TryWriting() override { return probe_.TryWriting(); }
+
+    DirectoryProbe probe_;
+};
+
+}  // namespace
+
+std::unique_ptr<LocationAttempt> MakeAttempt(CDepotPath& location) {
+    return MakeByType<LocationAttempt, FolderAttempt, DirectoryAttempt>(location, location);
 }
 
-bool LocationAttempt::Open() {
-    std::optional<Problem> problem = Look();
+bool LocationAttempt::Keep(std::optional<Problem> problem) {
     const std::lock_guard guard(lock_);
     problem_ = std::move(problem);
     return !problem_;
+}
+
+bool LocationAttempt::Open() {
+    return Keep(Look());
 }
 
 std::optional<Problem> LocationAttempt::WhyNot() const {
@@ -201,31 +246,14 @@ std::optional<Problem> LocationAttempt::WhyNot() const {
 
 bool LocationAttempt::OpenAsking() {
     const std::optional<Problem> failure = WhyNot();
-    if (!failure || !probe_ || !MayAsk(*probe_, *failure)) return false;
-    LogOnNames names = KnownCredentials(*probe_);
-    std::optional<Problem> problem = LogOnAsking(*probe_, names, *failure);
-    if (!problem) problem = probe_->FindBase();
-    const std::lock_guard guard(lock_);
-    problem_ = std::move(problem);
-    return !problem_;
+    return failure && Keep(LookAsking(*failure));
 }
 
 LocationState LocationAttempt::Try() {
     LocationState state;
     state.problem = Look();
-    if (state.problem) return state;
-    state.writingProblem = probe_ ? probe_->TryWriting() : TryWritingFolder(folder_);
+    if (!state.problem) state.writingProblem = TryWriting();
     return state;
-}
-
-void LocationAttempt::Give(CDepot& depot, CDepotPath& location) {
-    if (!probe_) return;
-    location.username = probe_->Location().username;
-    location.password = probe_->Location().password;
-    LdapConnection& connection = depot.DirectoryConnection()->Connection();
-    connection.Adopt(probe_->Directory().Connection());
-    // The connection stays open for the operations of this run.
-    connection.Release();
 }
 
 void OpenDepot(CDepot& depot) {

@@ -1,12 +1,14 @@
 // Whether a depot's locations can be used, and which one is.
 #pragma once
 
+#include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
 
 #include "depotctl/directory_probe.h"
 #include "model/depot.h"
+#include "platform/not_copied.h"
 #include "platform/secret_text.h"
 
 namespace depot::ctl {
@@ -44,12 +46,12 @@ std::optional<Problem> TryWritingFolder(const std::string& folder);
 
 // A look at one location without asking anyone anything and without leaving anything behind. It is
 // made on the thread that the location belongs to; the look itself may be on another one.
-class LocationAttempt {
+class LocationAttempt : NotCopied {
 public:
-    explicit LocationAttempt(CDepotPath& location);
+    virtual ~LocationAttempt() = default;
 
     // Whether the answer may be long in coming.
-    bool MayWait() const { return probe_.has_value() || folder_.starts_with("\\\\"); }
+    virtual bool MayWait() const = 0;
 
     // Looks whether the location can be used, and returns it.
     bool Open();
@@ -62,18 +64,25 @@ public:
     // Looks whether it can be used and written.
     LocationState Try();
 
-    // Hands the credentials and the connection to the depot of the location, which uses no other
-    // one from then on.
-    void Give(CDepot& depot, CDepotPath& location);
+    // Whether a depot is used with this location in spite of the problem: what is missing is
+    // reported by the operation that needs it, or made by it.
+    virtual bool IsUsedWith(const Problem& /*problem*/) const { return false; }
+    // Returns whether the depot, whose location this is, can use it as it is.
+    virtual bool IsOpenIn(CDepot& depot) const = 0;
+    // Hands what Open has found to the depot, which uses no other location from then on.
+    virtual void Give(CDepot& /*depot*/, CDepotPath& /*location*/) {}
 
 private:
-    std::optional<Problem> Look();
+    virtual std::optional<Problem> Look() = 0;
+    virtual std::optional<Problem> LookAsking(const Problem& failure) { return failure; }
+    virtual std::optional<Problem> TryWriting() = 0;
+    bool Keep(std::optional<Problem> problem);
 
-    const std::string folder_;
-    std::optional<DirectoryProbe> probe_;  // of a directory
-    mutable std::mutex lock_;              // of what follows
+    mutable std::mutex lock_;  // of what follows
     std::optional<Problem> problem_;
 };
+
+std::unique_ptr<LocationAttempt> MakeAttempt(CDepotPath& location);
 
 // Makes a depot usable: leaves only the location that is used, with its connection, and asks on a
 // terminal for the credentials that a server wants. Fails when no location can be used.

@@ -12,6 +12,7 @@
 #include "depotctl/installation.h"
 #include "depotctl/kept_copies.h"
 #include "depotctl/kept_counts.h"
+#include "depotctl/known_values.h"
 #include "depotctl/location_trial.h"
 #include "depotctl/program.h"
 #include "depotctl/settings.h"
@@ -136,18 +137,17 @@ private:
         Append(checked.definition, together);
         for (std::size_t index = 0; index < depot.paths->Count(); ++index) {
             CDepotPath& location = *depot.paths->At(index);
-            checked.locations.push_back({Title(location, index + 1),
-                                         std::make_unique<LocationTrial>(location, index + 1),
+            checked.locations.push_back({Title(location, index + 1), MakeTrial(location, index + 1),
                                          CountKept(depot, location, copies_),
                                          SettingsOf(key, depot.rootKey, index, location)});
         }
         return checked;
     }
 
-    // Of a directory, where each value comes from that settings may give.
+    // Where each value comes from that settings may give, of a location that has them.
     std::vector<SettingInForce> SettingsOf(const std::string& key, HKEY root, std::size_t index,
                                            const CDepotPath& location) const {
-        if (!location.IsDirectory()) return {};
+        if (!location.Has(FindValue("Offline")->scope)) return {};
         for (const StoredDefinition& stored : stored_) {
             if (stored.root != root || !SameKey(stored.raw.key, key)) continue;
             return ctl::SettingsOf(stored.raw, static_cast<int>(index + 1), location);

@@ -1,6 +1,5 @@
 #include "depotctl/copying.h"
 
-#include "depotctl/encoding.h"
 #include "depotctl/failure.h"
 #include "depotctl/tree_update.h"
 #include "depotctl/utf8_text.h"
@@ -35,8 +34,7 @@ TransferResult CopyOne(const Program& program, const PlannedCopy& copy,
 void RunCopy(Program& program, const TransferOptions& options, const CopyCommand& command) {
     Places places(program);
     const Selection from = places.Select(options.from);
-    std::vector<ItemKind> kinds;
-    for (const Selected& selected : from.items) kinds.push_back(places.Require(selected));
+    const std::vector<ItemKind> kinds = places.RequireAll(from);
     const std::vector<Target> targets = TargetsOf(places, from, options.to);
     for (std::size_t at = 0; at < targets.size(); ++at) {
         command.check(from.items[at].place, kinds[at], targets[at].place);

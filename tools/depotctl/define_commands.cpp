@@ -9,12 +9,14 @@
 #include "depotctl/definition_store.h"
 #include "depotctl/encoding.h"
 #include "depotctl/failure.h"
-#include "depotctl/location_checks.h"
+#include "depotctl/known_values.h"
 #include "depotctl/program.h"
-#include "depotctl/stored_password.h"
 #include "depotctl/utf8_text.h"
+#include "directory/shared_credentials.h"
 #include "manager/depot_list.h"
+#include "platform/credential_store.h"
 #include "platform/secret_text.h"
+#include "platform/win32.h"
 
 namespace depot::ctl {
 namespace {
@@ -41,6 +43,75 @@ SecretText AskPassword() {
     if (!again) Refuse("no password was given");
     if (!(*again == *password)) Refuse("the two passwords differ");
     return *password;
+}
+
+constexpr char kTarget[] = "CredentialTarget";
+constexpr char kPassword[] = "Password";
+
+[[noreturn]] void FailWith(const char* action, std::uint32_t error) {
+    Refuse(std::string("the credential store does not ") + action + " the password (error " +
+           std::to_string(error) + ")");
+}
+
+// Ends the command where the options contradict each other.
+void RequireOnePlace(const DefineOptions& options) {
+    const int places =
+        int{options.askPassword} + int{options.storePassword} + int{options.forgetPassword};
+    if (places > 1) {
+        Refuse("only one of --ask-password, --store-password and --forget-password can be given");
+    }
+}
+
+// Appends what the options change of the definition. The target is the one that the location has
+// already, or is given, else a new one.
+void AddStoredPassword(const DefineOptions& options, const RawDefinition& before,
+                       DefinitionChange& change) {
+    const auto removeIfThere = [&](const char* value) {
+        const std::string name = Numbered(value, options.location);
+        if (before.Find(name) != nullptr) change.removed.push_back(name);
+    };
+    if (options.forgetPassword) removeIfThere(kTarget);
+    if (!options.storePassword) return;
+    removeIfThere(kPassword);
+    const RawDefinition after = Changed(before, change);
+    const std::string name = Numbered(kTarget, options.location);
+    if (after.Text(name).value_or("").empty()) {
+        change.written.push_back(
+            StoredText(name, options.key + "/" + std::to_string(options.location)));
+    }
+}
+
+// Ends the command for a location that nobody logs on to with a stored name.
+void RequireStorable(const DefineOptions& options, const RawDefinition& after) {
+    const LocationSettings location = after.Location(options.location);
+    if (!location.Has(FindValue(kPassword)->scope)) {
+        Refuse("only a location in a directory has a password");
+    }
+    if (!location.NeedsUserName()) {
+        Refuse("nobody logs on to this location with a password; see Authentication");
+    }
+    if (location.username.empty()) Refuse("whose password it is must be said with --username");
+}
+
+// Stores the password as the definition that is to be says, or removes it as the one before said.
+// Ends the command where that cannot be.
+void StorePassword(const DefineOptions& options, const RawDefinition& after,
+                   const std::string& password) {
+    LocationSettings location = after.Location(options.location);
+    location.host = ToAnsi(location.host);
+    StoredCredential credential;
+    credential.userName = ToAnsi(location.username);
+    credential.password = ToAnsi(password);
+    credential.server = ServerKeyOf(location);
+    const std::uint32_t error = WriteCredential(ToAnsi(location.credentialTarget), credential);
+    if (error != ERROR_SUCCESS) FailWith("take", error);
+}
+
+void ForgetPassword(const DefineOptions& options, const RawDefinition& before) {
+    const std::string target = before.Location(options.location).credentialTarget;
+    if (target.empty()) Refuse("the location has no " + Numbered(kTarget, options.location));
+    const std::uint32_t error = DeleteCredential(ToAnsi(target));
+    if (error != ERROR_SUCCESS && error != ERROR_NOT_FOUND) FailWith("remove", error);
 }
 
 // Appends the values of the command line, numbered where they are a location's.

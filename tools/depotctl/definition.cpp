@@ -78,12 +78,8 @@ int RawDefinition::Locations() const {
 }
 
 LocationSettings RawDefinition::Location(int number) const {
-    const DefinitionValues source(*this);
     LocationSettings settings;
-    ReadLocationValues(source, ValueScope::kLocation, number, settings);
-    if (settings.IsDirectory()) {
-        ReadLocationValues(source, ValueScope::kDirectory, number, settings);
-    }
+    ReadLocationValues(DefinitionValues(*this), number, settings);
     return settings;
 }
 

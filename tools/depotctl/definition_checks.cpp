@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <iterator>
-#include <set>
 
 #include "config/languages.h"
 #include "depotctl/ascii.h"

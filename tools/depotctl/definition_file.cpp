@@ -1,7 +1,6 @@
 #include "depotctl/definition_file.h"
 
 #include <algorithm>
-#include <array>
 #include <cstdio>
 
 #include "depotctl/definition_edit.h"

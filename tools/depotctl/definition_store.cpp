@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstring>
 
-#include "depotctl/encoding.h"
 #include "depotctl/failure.h"
 #include "manager/depot_list.h"
 #include "platform/registry_key.h"

@@ -8,6 +8,7 @@
 #include "depotctl/commands.h"
 #include "depotctl/definition.h"
 #include "depotctl/encoding.h"
+#include "depotctl/known_values.h"
 #include "depotctl/program.h"
 #include "depotctl/together.h"
 #include "depotctl/utf8_text.h"
@@ -27,7 +28,7 @@ Json StateOf(const LocationState& state) {
 
 Json LocationJson(CDepotPath& location) {
     Json json = {{"type", kTypeWords[location.type].word}};
-    if (location.IsDirectory()) {
+    if (location.Has(FindValue("Host")->scope)) {
         json["host"] = Utf8FromAnsi(location.host);
         json["port"] = location.port;
     }
@@ -75,7 +76,7 @@ void AddStates(const CDepots& depots, Json& all) {
     std::vector<std::unique_ptr<LocationAttempt>> attempts;
     for (const CDepot* depot : depots) {
         for (std::size_t index = 0; index < depot->paths->Count(); ++index) {
-            attempts.push_back(std::make_unique<LocationAttempt>(*depot->paths->At(index)));
+            attempts.push_back(MakeAttempt(*depot->paths->At(index)));
         }
     }
     std::vector<LocationState> states(attempts.size());

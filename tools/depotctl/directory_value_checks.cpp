@@ -1,9 +1,9 @@
-#include <algorithm>
 
 #include "depotctl/ascii.h"
 #include "depotctl/definition_checks.h"
 #include "depotctl/known_values.h"
 #include "depotctl/location_checks.h"
+#include "platform/not_copied.h"
 
 namespace depot::ctl {
 namespace {
@@ -11,46 +11,79 @@ namespace {
 constexpr std::uint32_t kStartTls = 1, kTlsFromTheStart = 2;
 constexpr std::uint32_t kTlsPort = 636;
 
+// One location of a definition.
+struct NumberedLocation {
+    const RawDefinition& definition;
+    int number;
+    LocationSettings settings;
+};
+
 // Collects what the values of one location say together.
-class LocationChecker {
+class LocationChecker : NotCopied {
 public:
-    LocationChecker(const RawDefinition& definition, int location)
-        : definition_(definition), number_(location), settings_(definition.Location(location)) {}
+    explicit LocationChecker(NumberedLocation location)
+        : definition_(location.definition),
+          number_(location.number),
+          settings_(std::move(location.settings)) {}
+    virtual ~LocationChecker() = default;
 
     Findings Run() {
-        if (settings_.IsDirectory()) {
-            if (!HasMacros(settings_.path)) findings_ = CheckBase(Name("Path"), settings_.path);
-            CheckServer();
-            CheckLogOn();
-            CheckSchemaNames();
-        } else {
-            CheckFolderLocation(settings_.path);
-        }
+        CheckIgnored();
+        CheckValues();
         return std::move(findings_);
     }
 
-private:
+protected:
     std::string Name(const char* value) const { return Numbered(value, number_); }
     void Add(Finding finding) { findings_.push_back(std::move(finding)); }
+
+    const RawDefinition& definition_;
+    const int number_;
+    const LocationSettings settings_;
+    Findings findings_;
+
+private:
+    virtual void CheckValues() = 0;
+
+    void CheckIgnored() {
+        for (const DepotValue& known : kDepotValues) {
+            if (!known.IsNumbered() || settings_.Has(known.scope)) continue;
+            if (definition_.Find(Name(known.name)) == nullptr) continue;
+            Add(Wrong(
+                Name(known.name),
+                std::string("it is ignored: the location is ") + kTypeWords[settings_.type].meaning,
+                "set " + Name("Type") + " to 1 for a directory, or remove it"));
+        }
+    }
+};
+
+class FolderChecker final : public LocationChecker {
+    using LocationChecker::LocationChecker;
+
+    void CheckValues() override {
+        const std::string& path = settings_.path;
+        if (path.empty()) {
+            Add(Wrong(Name("Path"), "it is empty", "write a folder's path"));
+        } else if (!HasMacros(path)) {
+            Append(findings_, CheckFolder(Name("Path"), {path, path, PathBytes()}));
+        }
+    }
 
     // The length of the path in the code page, without its terminator.
     std::size_t PathBytes() const {
         const RawValue* const value = definition_.Find(Name("Path"));
         return value != nullptr && value->bytes > 0 ? value->bytes - 1 : 0;
     }
+};
 
-    void CheckFolderLocation(const std::string& path) {
-        for (const DepotValue& known : kDepotValues) {
-            if (known.scope != ValueScope::kDirectory) continue;
-            if (definition_.Find(Name(known.name)) == nullptr) continue;
-            Add(Wrong(Name(known.name), "it is ignored: the location is a folder",
-                      "set " + Name("Type") + " to 1 for a directory, or remove it"));
-        }
-        if (path.empty()) {
-            Add(Wrong(Name("Path"), "it is empty", "write a folder's path"));
-        } else if (!HasMacros(path)) {
-            Append(findings_, CheckFolder(Name("Path"), {path, path, PathBytes()}));
-        }
+class DirectoryChecker final : public LocationChecker {
+    using LocationChecker::LocationChecker;
+
+    void CheckValues() override {
+        if (!HasMacros(settings_.path)) Append(findings_, CheckBase(Name("Path"), settings_.path));
+        CheckServer();
+        CheckLogOn();
+        CheckSchemaNames();
     }
 
     void CheckServer() {
@@ -140,17 +173,14 @@ private:
         const DepotValue& row = *FindValue(value);
         return Text(row).empty() ? row.form.standard : Text(row);
     }
-
-    const RawDefinition& definition_;
-    const int number_;
-    const LocationSettings settings_;
-    Findings findings_;
 };
 
 }  // namespace
 
 Findings CheckLocation(const RawDefinition& definition, int location) {
-    return LocationChecker(definition, location).Run();
+    NumberedLocation numbered = {definition, location, definition.Location(location)};
+    const LocationSettings& settings = numbered.settings;
+    return MakeByType<LocationChecker, FolderChecker, DirectoryChecker>(settings, numbered)->Run();
 }
 
 }  // namespace depot::ctl

@@ -1,6 +1,4 @@
 // depots export and import: definitions in files.
-#include <algorithm>
-#include <string_view>
 
 #include "depotctl/command_line.h"
 #include "depotctl/commands.h"

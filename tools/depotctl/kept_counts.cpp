@@ -32,7 +32,6 @@ void CountFiles(const std::string& folder, KeptCounts& counts) {
 
 std::optional<KeptCounts> CountKept(CDepot& depot, CDepotPath& location,
                                     const std::vector<KeptCopy>& copies) {
-    if (!location.IsDirectory()) return std::nullopt;
     // The path is a part of what names the location.
     ExpandedPath(location);
     const auto offline = OfflineLocation::Of(location);

@@ -5,13 +5,13 @@
 namespace depot::ctl {
 
 std::optional<KeptBytes> PlacedTarget::Read() const {
-    TargetContents contents = target_.Read();
+    TargetContents contents = target_->Read();
     if (!contents.result) FailToRead(contents.failed, contents.result.Why());
     return std::move(contents.bytes);
 }
 
 void PlacedTarget::Write(const KeptBytes& bytes, const std::optional<KeptBytes>& present) const {
-    const Result written = target_.Write(bytes, present);
+    const Result written = target_->Write(bytes, present);
     if (!written) FailToWrite(written.Why());
 }
 

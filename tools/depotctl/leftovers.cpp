@@ -1,16 +1,21 @@
-#include "depotctl/leftovers.h"
-
+// leftovers: what an installation left on the machine after its libraries were removed, and its
+// removal.
 #include <shlobj.h>
 
 #include <algorithm>
 #include <array>
-#include <iterator>
-#include <optional>
+#include <functional>
+#include <string>
+#include <vector>
 
 #include "com/braced_text.h"
 #include "depotbrowser/identifiers.h"
+#include "depotctl/command_line.h"
+#include "depotctl/commands.h"
 #include "depotctl/definition_store.h"
 #include "depotctl/encoding.h"
+#include "depotctl/failure.h"
+#include "depotctl/program.h"
 #include "depotctl/utf8_text.h"
 #include "host/identifiers.h"
 #include "manager/depot_list.h"
@@ -22,11 +27,18 @@
 #include "platform/local_file.h"
 #include "platform/paths.h"
 #include "platform/registry_key.h"
-#include "platform/text.h"
 #include "store/folder_store.h"
 
 namespace depot::ctl {
 namespace {
+
+// One thing that is left. Texts are in UTF-8.
+struct Leftover {
+    std::string place;              // a registry key with its hive, or a folder
+    std::string what;               // what it is
+    std::string stays;              // why it is never removed here; empty for what may be
+    std::function<DWORD()> remove;  // returns a code of the system
+};
 
 constexpr char kClasses[] = "Software\\Classes";
 constexpr char kOwnKey[] = "Software\\Quillon\\DepotIntr";
@@ -221,10 +233,60 @@ private:
     bool isInstalled_ = false;
 };
 
-}  // namespace
-
+// Returns what is left. What belongs to an installation whose library is there is not among it.
+// Files of directories that were kept for the user may be removed only where that is asked for:
+// programs that need no registration may use them.
 std::vector<Leftover> FindLeftovers(bool withKeptFiles) {
     return LeftoverSearch(withKeptFiles).Run();
+}
+
+struct LeftoverOptions {
+    bool remove = false;
+    bool keptFiles = false;
+};
+
+// What became of one leftover.
+std::string Remove(const Leftover& leftover, std::size_t& failures) {
+    if (!leftover.stays.empty()) return "stays";
+    const DWORD status = leftover.remove();
+    if (status == ERROR_SUCCESS || status == ERROR_FILE_NOT_FOUND) return "removed";
+    ++failures;
+    return "not removed: " + SystemWords(status);
+}
+
+void ShowLeftovers(const Program& program, const LeftoverOptions& options) {
+    Json rows = Json::array();
+    std::string text;
+    std::size_t failures = 0;
+    for (const Leftover& leftover : FindLeftovers(options.keptFiles)) {
+        const std::string state = options.remove           ? Remove(leftover, failures)
+                                  : leftover.stays.empty() ? "left over"
+                                                           : "stays";
+        Json row = {{"place", leftover.place}, {"what", leftover.what}, {"state", state}};
+        if (!leftover.stays.empty()) row["reason"] = leftover.stays;
+        rows.push_back(std::move(row));
+        text += Printable(leftover.place) + "\n  " + leftover.what + ": " + Printable(state) +
+                (leftover.stays.empty() ? "" : ", " + leftover.stays) + "\n";
+    }
+    program.renderer.Lines(rows, text);
+    if (failures > 0) {
+        Refuse(Counted(failures, "leftover") +
+               " could not be removed; run the command as an administrator");
+    }
+}
+
+}  // namespace
+
+void AddLeftoversCommand(CLI::App& app, Program& program) {
+    const auto [command, options] = AddCommand<LeftoverOptions>(
+        app, program,
+        {"leftovers", "List what an uninstallation left behind; remove it on request",
+         "Examples:\n  depotctl leftovers\n  depotctl leftovers --remove"},
+        ShowLeftovers);
+    command.add_flag("--remove", options.remove,
+                     "Remove what belongs to nobody any more; files of users and definitions stay");
+    command.add_flag("--kept-files", options.keptFiles,
+                     "Count what was kept of directories among it, unless edits wait there");
 }
 
 }  // namespace depot::ctl

@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <memory>
 #include <sstream>
-#include <type_traits>
 
 #include "depotctl/encoding.h"
 #include "platform/not_copied.h"

@@ -10,7 +10,6 @@
 #include "depotctl/utf8_text.h"
 #include "depotctl/wildcard.h"
 #include "manager/depot_list.h"
-#include "manager/display_path.h"
 #include "platform/error_text.h"
 #include "platform/full_path.h"
 #include "platform/paths.h"
@@ -169,6 +168,12 @@ ItemKind Places::Require(const Place& place) const {
 
 ItemKind Places::Require(const Selected& selected) const {
     return selected.kind ? *selected.kind : Require(selected.place);
+}
+
+std::vector<ItemKind> Places::RequireAll(const Selection& selection) const {
+    std::vector<ItemKind> kinds;
+    for (const Selected& selected : selection.items) kinds.push_back(Require(selected));
+    return kinds;
 }
 
 void Places::RequireFile(const Place& place) const {

@@ -85,6 +85,7 @@ public:
     ItemKind Require(const Place& place) const;
 
     ItemKind Require(const Selected& selected) const;
+    std::vector<ItemKind> RequireAll(const Selection& selection) const;
 
     // Ends the command unless there is a file at the place.
     void RequireFile(const Place& place) const;

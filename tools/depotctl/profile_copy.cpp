@@ -5,7 +5,6 @@
 
 #include "config/profile_text.h"
 #include "config/profile_value.h"
-#include "depotctl/encoding.h"
 #include "depotctl/failure.h"
 #include "model/recovered_files.h"
 #include "platform/file_in_use.h"

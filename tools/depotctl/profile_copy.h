@@ -8,7 +8,6 @@
 #include "config/profile_encoding.h"
 #include "config/profile_reader.h"
 #include "depotctl/places.h"
-#include "platform/handles.h"
 #include "platform/not_copied.h"
 
 namespace depot::ctl {

@@ -1,9 +1,7 @@
 // The values of a profile wherever it is, as the profile functions return them.
 #pragma once
 
-#include <map>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "depotctl/places.h"

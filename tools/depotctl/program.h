@@ -6,7 +6,6 @@
 #include <memory>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "depotctl/failure.h"
 #include "depotctl/renderer.h"

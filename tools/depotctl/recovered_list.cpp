@@ -1,12 +1,10 @@
 // recovered: lists what is kept, and compares it with the entries.
-#include <algorithm>
 #include <optional>
 
 #include "depotctl/encoding.h"
 #include "depotctl/kept_origins.h"
 #include "depotctl/kept_target.h"
 #include "depotctl/recovered_commands.h"
-#include "depotctl/utf8_text.h"
 #include "recovery/kept_values.h"
 
 namespace depot::ctl {

@@ -1,8 +1,6 @@
 // recovered restore: stores a kept copy where it belongs.
 #include <optional>
-#include <utility>
 
-#include "depotctl/encoding.h"
 #include "depotctl/kept_origins.h"
 #include "depotctl/kept_target.h"
 #include "depotctl/recovered_commands.h"

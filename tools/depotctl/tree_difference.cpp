@@ -4,7 +4,6 @@
 #include <span>
 
 #include "platform/file_time.h"
-#include "platform/paths.h"
 #include "store/tree.h"
 
 namespace depot::ctl {

@@ -1,5 +1,5 @@
 // Moving files and trees between a directory and local folders, and within and between directories,
-// under the names by which these operations are described. What they do stands in copy.h.
+// as calls with the results of given signatures. What they do stands in fileops/copy.h.
 //
 // Entries are named by their DNs. Every operation returns 1 or 0, connects when the directory is
 // not connected, and releases its connection at the end. A failure leaves a directory code as the
@@ -40,8 +40,6 @@ int CopyEntry(CLDAPItems& source, const std::string& sourceDN, CLDAPItems& desti
 // stays of the old tree is counted in the error text, and fails the call.
 int MoveEntry(CLDAPItems& directory, const std::string& oldDN, const std::string& newDN,
               std::string* errorText, const TransferWatcher& watcher = {});
-// The same within a store that is kept.
-Result MoveWithin(Store& store, PathPair paths, const TransferWatcher& watcher);
 
 // Returns 1 when the entry exists.
 int EntryExists(CLDAPItems& directory, const std::string& dn, std::string* errorText);

@@ -1,4 +1,4 @@
-#include "fileops/directory_transfer.h"
+#include "support/directory_transfer.h"
 
 #include "directory/connection_scope.h"
 #include "fileops/copy.h"
@@ -12,15 +12,6 @@ namespace {
 
 Result CopyAndReport(const CopyRequest& request) {
     return ReportedCopy(request, Copy(request));
-}
-
-// What a rename reports for an entry that it cannot look up.
-Error UnknownAsParameterError(Error error) {
-    if (error.code == LDAP_INVALID_DN_SYNTAX || error.code == LDAP_NO_SUCH_OBJECT) {
-        error.code = LDAP_PARAM_ERROR;
-        error.text.clear();
-    }
-    return error;
 }
 
 }  // namespace
@@ -65,12 +56,7 @@ int CopyEntry(CLDAPItems& source, const std::string& sourceDN, CLDAPItems& desti
 int MoveEntry(CLDAPItems& directory, const std::string& oldDN, const std::string& newDN,
               std::string* errorText, const TransferWatcher& watcher) {
     DirectoryStore store(directory);
-    return MoveWithin(store, {oldDN, newDN}, watcher).AsFlag(errorText);
-}
-
-Result MoveWithin(Store& store, PathPair paths, const TransferWatcher& watcher) {
-    Result moved = Move(store, paths, watcher);
-    return moved ? std::move(moved) : store.Keep(UnknownAsParameterError(moved.Why()));
+    return ReportedMove(store, Move(store, {oldDN, newDN}, watcher)).AsFlag(errorText);
 }
 
 int EntryExists(CLDAPItems& directory, const std::string& dn, std::string* errorText) {
