@@ -255,11 +255,15 @@ std::uint32_t LdapConnection::Bind(const Credentials& credentials) {
     return Traced("ldap_bind ", code);
 }
 
-void LdapConnection::FinishBind() {
+void LdapConnection::FinishBind() try {
+    isConnected_ = true;
     shared_.SetLastError(LDAP_SUCCESS);
     shared_.Accepted();
-    isConnected_ = true;
     logOn_ = PresentLogOn();
+} catch (...) {
+    // Without memory it would stay open, and nothing would use it.
+    Close();
+    throw;
 }
 
 void LdapConnection::Disconnect() {

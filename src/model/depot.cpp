@@ -38,7 +38,8 @@ UniqueIcon DuplicateIcon(const UniqueIcon& icon) {
 
 // A location of the list as clients use it and as a store: here a folder, or none.
 struct CDepot::Place : NotCopied {
-    Place(CDepotPaths& /*locations*/, CDepotPath* used) : location(used) {}
+    Place(CDepotPaths& /*locations*/, CDepotPath* used, std::unique_ptr<CLDAPItems>& /*known*/)
+        : location(used) {}
     virtual ~Place() = default;
 
     CDepotPath* const location;
@@ -48,8 +49,9 @@ struct CDepot::Place : NotCopied {
 };
 
 struct CDepot::DirectoryPlace final : Place {
-    DirectoryPlace(CDepotPaths& locations, CDepotPath* used) : Place(locations, used) {
-        directory = locations.TakeDirectory();
+    DirectoryPlace(CDepotPaths& locations, CDepotPath* used, std::unique_ptr<CLDAPItems>& known)
+        : Place(locations, used, known) {
+        directory = std::move(known);
         if (!directory) directory = std::make_unique<CLDAPItems>(used);
         directory->Connection().SetServersBeside(locations.ServersBeside(*used));
         // The path is a part of what names the location.
@@ -153,10 +155,13 @@ bool CDepot::ReadDefinition(const RegistryKey& listKey, const std::string& subke
 
 CDepot::Place& CDepot::ActivePlace() {
     CDepotPath* const location = paths->ActiveLocation();
+    if (place_ && place_->location == location) return *place_;
+    // What was opened to choose the location ends here where there is no memory for its place.
+    std::unique_ptr<CLDAPItems> known = paths->TakeDirectory();
     if (location == nullptr) {
-        place_ = std::make_unique<Place>(*paths, nullptr);
-    } else if (!place_ || place_->location != location) {
-        place_ = MakeByType<Place, Place, DirectoryPlace>(*location, *paths, location);
+        place_ = std::make_unique<Place>(*paths, nullptr, known);
+    } else {
+        place_ = MakeByType<Place, Place, DirectoryPlace>(*location, *paths, location, known);
     }
     return *place_;
 }
