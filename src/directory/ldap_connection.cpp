@@ -64,6 +64,8 @@ Result LdapConnection::Acquire(bool& taken) {
         if (!isConnected_) outcome = isCancelled ? Outcome(LDAP_USER_CANCELLED) : Open();
     } catch (...) {
         Close();
+        // One that was not bound yet.
+        handle_.reset();
         throw;
     }
     taken = outcome.IsDone();
@@ -175,7 +177,7 @@ bool LdapConnection::OpensUnasked() const {
     return location_.authentication != kSimpleAuthentication || IsComplete(shared_.Own());
 }
 
-std::uint32_t LdapConnection::OpenHandle(const std::string& host) {
+std::uint32_t LdapConnection::OpenHandle(const std::string& host, std::uint32_t patience) {
     // Other code may still work on the handle of a bind that failed.
     if (handle_) replacedHandles_.push_back(std::move(handle_));
     char* const server = ClientText(host);
@@ -192,7 +194,7 @@ std::uint32_t LdapConnection::OpenHandle(const std::string& host) {
         return Traced("ldap_init ", code == LDAP_SUCCESS ? std::uint32_t{LDAP_SERVER_DOWN} : code);
     }
     std::uint32_t code = SetOptions();
-    if (code == LDAP_SUCCESS) code = ReachServer();
+    if (code == LDAP_SUCCESS) code = ReachServer(patience);
     return code == LDAP_SUCCESS ? Secure() : code;
 }
 
@@ -221,12 +223,11 @@ ULONG LdapConnection::AnswerLimit() const {
                              kLongestLimit);
 }
 
-std::uint32_t LdapConnection::ReachServer() {
-    const std::uint32_t timeout = location_.connectTimeout;
+std::uint32_t LdapConnection::ReachServer(std::uint32_t patience) {
     // A handshake that fails within the bind would look like a log-on that failed.
     const bool isHandshake = location_.security == kTlsFromTheStart;
-    if (timeout == CDepotPath::kDefaultConnectTimeout && !isHandshake) return LDAP_SUCCESS;
-    l_timeval limit = {static_cast<LONG>(std::min(timeout, kLongestLimit)), 0};
+    if (patience == CDepotPath::kDefaultConnectTimeout && !isHandshake) return LDAP_SUCCESS;
+    l_timeval limit = {static_cast<LONG>(std::min(patience, kLongestLimit)), 0};
     return Traced("ldap_connect ", client_.ldap_connect(handle_.get(), &limit));
 }
 

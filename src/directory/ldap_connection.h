@@ -14,7 +14,6 @@
 #include "directory/ldap_handles.h"
 #include "directory/ldap_result.h"
 #include "directory/shared_credentials.h"
-#include "directory/user_name_form.h"
 #include "platform/digest.h"
 #include "platform/directory_client.h"
 #include "platform/not_copied.h"
@@ -162,11 +161,15 @@ private:
     bool FindOtherCredentials(LogOnAttempt& attempt, Result& failure);
 
     std::string UserNameExample() override;
-    RootEntry ReadRootEntry();
+    std::string AskForUserNameExample();
 
-    std::uint32_t OpenHandle(const std::string& host);
+    // `patience` is how long connecting may take, in seconds.
+    std::uint32_t OpenHandle(const std::string& host, std::uint32_t patience);
+    std::uint32_t OpenHandle(const std::string& host) {
+        return OpenHandle(host, location_.connectTimeout);
+    }
     std::uint32_t SetOptions();
-    std::uint32_t ReachServer();
+    std::uint32_t ReachServer(std::uint32_t patience);
     std::uint32_t Secure();
     std::uint32_t Bind(const Credentials& credentials);
     void FinishBind();

@@ -2,9 +2,9 @@
 #include <algorithm>
 #include <atomic>
 
-#include "directory/client_support.h"
 #include "directory/ldap_connection.h"
-#include "directory/paged_search.h"
+#include "directory/root_entry.h"
+#include "directory/user_name_form.h"
 
 namespace depot {
 namespace {
@@ -12,7 +12,7 @@ namespace {
 std::atomic<CredentialsPrompt*> installedPrompt = nullptr;
 
 // A user waits for the prompt meanwhile.
-constexpr LONG kSecondsForRootEntry = 2;
+constexpr std::uint32_t kSecondsForExample = 2;
 
 }  // namespace
 
@@ -100,6 +100,8 @@ bool LdapConnection::ConnectAsBeside() {
             FinishBind();
             return true;
         }
+        // Each use of the session tries again: what is left would pile up.
+        handle_.reset();
         // A server that has not looked at them has not refused them.
         if (!CredentialsMayHelp(code)) return false;
         triedBeside_.push_back(attempt);
@@ -185,47 +187,29 @@ LdapConnection::PromptResult LdapConnection::AskForCredentials(CredentialsPrompt
 
 // A prompt that lacks the example is better than none.
 std::string LdapConnection::UserNameExample() try {
-    if (!userNameExample_) userNameExample_ = depot::UserNameExample(ReadRootEntry());
+    if (!userNameExample_) userNameExample_ = AskForUserNameExample();
     return *userNameExample_;
 } catch (const std::exception&) {
     return {};
 }
 
-// Reads what everybody may read, on a connection of its own: that of a bind that failed is left to
-// whoever still works on it.
-RootEntry LdapConnection::ReadRootEntry() {
-    constexpr char kCapabilities[] = "supportedCapabilities";
-    constexpr char kUsersContext[] = "defaultNamingContext", kContexts[] = "namingContexts";
+// Everybody may read it. That is on a connection of its own: the one of a bind that failed is left
+// to whoever still works on it.
+std::string LdapConnection::AskForUserNameExample() {
+    constexpr char kCapabilities[] = "supportedCapabilities", kContexts[] = "namingContexts";
+    constexpr char kUsersContext[] = "defaultNamingContext";
     UniqueLdap working = std::exchange(handle_, UniqueLdap(nullptr, {&client_}));
-    std::uint32_t code = OpenHandle(shared_.Own().server);
+    const std::uint32_t opened =
+        OpenHandle(shared_.Own().server, std::min(location_.connectTimeout, kSecondsForExample));
     const UniqueLdap asked = std::exchange(handle_, std::move(working));
-    l_timeval limit = {kSecondsForRootEntry, 0};
-    if (code == LDAP_SUCCESS && location_.security == 0) {
-        code = client_.ldap_connect(asked.get(), &limit);
+    RootEntry server(client_, asked.get());
+    if (opened != LDAP_SUCCESS || server.Read({kCapabilities, kUsersContext, kContexts},
+                                              LONG{kSecondsForExample}) != LDAP_SUCCESS) {
+        return {};
     }
-    if (code != LDAP_SUCCESS) return {};
-    std::string noName, filter = kAnyEntry;
-    std::string capabilities = kCapabilities, usersContext = kUsersContext, contexts = kContexts;
-    char* attributes[] = {capabilities.data(), usersContext.data(), contexts.data(), nullptr};
-    LDAPMessage* message = nullptr;
-    code = client_.ldap_search_st(asked.get(), noName.data(), LDAP_SCOPE_BASE, filter.data(),
-                                  attributes, 0, &limit, &message);
-    const UniqueLdapMessage result(message, {&client_});
-    if (code != LDAP_SUCCESS) return {};
-    LDAPMessage* const entry = client_.ldap_first_entry(asked.get(), message);
-    if (entry == nullptr) return {};
-    RootEntry root;
-    const auto read = [&](std::string& attribute, std::vector<std::string>& values) {
-        const UniqueLdapValues texts(client_.ldap_get_values(asked.get(), entry, attribute.data()),
-                                     {&client_});
-        for (char** text = texts.get(); text != nullptr && *text != nullptr; ++text) {
-            values.emplace_back(*text);
-        }
-    };
-    read(capabilities, root.capabilities);
-    read(usersContext, root.contexts);
-    read(contexts, root.contexts);
-    return root;
+    std::vector<std::string> contexts = server.Values(kUsersContext);
+    for (std::string& context : server.Values(kContexts)) contexts.push_back(std::move(context));
+    return depot::UserNameExample(server.Values(kCapabilities), contexts);
 }
 
 }  // namespace depot

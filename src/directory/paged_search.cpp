@@ -1,8 +1,10 @@
 #include "directory/paged_search.h"
 
+#include <algorithm>
 #include <memory>
 
 #include "directory/client_support.h"
+#include "directory/root_entry.h"
 
 namespace depot {
 namespace {
@@ -32,30 +34,14 @@ bool IsRefusal(std::uint32_t code, bool isFirstPage) {
     }
 }
 
-bool HoldsText(const UniqueLdapValues& values, const char* text) {
-    for (char** value = values.get(); value != nullptr && *value != nullptr; ++value) {
-        if (std::string_view(*value) == text) return true;
-    }
-    return false;
-}
-
 }  // namespace
 
 bool PagedSearch::IsOffered() const {
     if (!paging_.IsComplete()) return false;
-    // What a server offers stands in the entry without a name.
-    std::string noName, filter = kAnyEntry, attribute = kOfferedControls;
-    char* attributes[] = {attribute.data(), nullptr};
-    LDAPMessage* message = nullptr;
-    const ULONG code = client_.ldap_search_s(connection_, noName.data(), LDAP_SCOPE_BASE,
-                                             filter.data(), attributes, 0, &message);
-    const UniqueLdapMessage result(message, {&client_});
-    if (code != LDAP_SUCCESS) return false;
-    LDAPMessage* const entry = client_.ldap_first_entry(connection_, message);
-    if (entry == nullptr) return false;
-    const UniqueLdapValues offered(client_.ldap_get_values(connection_, entry, attribute.data()),
-                                   {&client_});
-    return HoldsText(offered, kPagingControl);
+    RootEntry server(client_, connection_);
+    if (server.Read({kOfferedControls}) != LDAP_SUCCESS) return false;
+    const std::vector<std::string> offered = server.Values(kOfferedControls);
+    return std::find(offered.begin(), offered.end(), kPagingControl) != offered.end();
 }
 
 std::uint32_t PagedSearch::Next(const ListingSearch& search, UniqueLdapMessage& page) {

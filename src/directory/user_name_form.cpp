@@ -43,13 +43,14 @@ bool CanBeShown(const std::string& example) {
 
 }  // namespace
 
-std::string UserNameExample(const RootEntry& root) {
-    if (root.contexts.empty() || root.contexts.front().empty()) return {};
-    const std::string& context = root.contexts.front();
-    const bool keepsAccounts = std::find(root.capabilities.begin(), root.capabilities.end(),
-                                         kKeepsDomainAccounts) != root.capabilities.end();
-    const std::optional<std::string> domain = keepsAccounts ? DomainOf(context) : std::nullopt;
-    const std::string example = domain ? kAccount + *domain : kEntry + context;
+std::string UserNameExample(const std::vector<std::string>& capabilities,
+                            const std::vector<std::string>& contexts) {
+    if (contexts.empty() || contexts.front().empty()) return {};
+    const bool keepsAccounts = std::find(capabilities.begin(), capabilities.end(),
+                                         kKeepsDomainAccounts) != capabilities.end();
+    const std::optional<std::string> domain =
+        keepsAccounts ? DomainOf(contexts.front()) : std::nullopt;
+    const std::string example = domain ? kAccount + *domain : kEntry + contexts.front();
     return CanBeShown(example) ? example : std::string();
 }
 

@@ -4,6 +4,7 @@
 
 #include "directory/taken_block.h"
 #include "support/child_process.h"
+#include "support/hostile_server.h"
 #include "support/others_object.h"
 #include "support/results.h"
 
@@ -331,6 +332,21 @@ TEST_F(PromptTest, ServerIsNotAskedForAnExampleThatNoPromptShows) {
     server_.Mark();
     EXPECT_THAT(items.Connection().Open(), IsDone());
     EXPECT_THAT(server_.Log(), testing::Not(testing::HasSubstr("SRCH")));
+}
+
+// The user is asked all the same, and soon.
+TEST_F(PromptTest, ServerThatAcceptsAndSaysNothingHasNoExample) {
+    const test::HostileServer silent([](const test::LdapMessage& /*request*/) {
+        return test::HostileServer::Answer{"", false};
+    });
+    CDepotPath location = server_.Location();
+    location.port = silent.Port();
+    location.username = {};
+    CLDAPItems& items = Make(location);
+    prompt_.showsExamples = true;
+    EXPECT_THAT(items.Connection().Open(), Fails(LDAP_USER_CANCELLED));
+    EXPECT_THAT(prompt_.examples, ElementsAre(""));
+    ForgetServer(silent.Port());
 }
 
 TEST_F(PromptTest, ServerThatDoesNotAnswerHasNoExample) {

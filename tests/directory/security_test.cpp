@@ -79,6 +79,23 @@ TEST_F(SecurityTest, LdapsSecuresTheSessionFromItsStart) {
     EXPECT_THAT(CodeOf(items.Entries().Find(test::kSuffix)), IsDone());
 }
 
+TEST_F(SecurityTest, FormOfNamesIsAskedForOverASecuredConnection) {
+    prompt_.showsExamples = true;
+    for (const std::uint32_t security : {1u, 2u}) {
+        SCOPED_TRACE(security);
+        prompt_.examples.clear();
+        CLDAPItems& items = MakeSimple(security, PortOf(security), "");
+        location_->username.clear();
+        prompt_.Type(test::kEditor, test::kEditorPassword);
+        TlsServer().Mark();
+        EXPECT_THAT(items.Connection().Open(), IsDone());
+        EXPECT_THAT(prompt_.examples, ElementsAre("cn=Mary Walker,dc=farrow,dc=test"));
+        const std::string log = TlsServer().Log();
+        EXPECT_LT(log.find("TLS established"), log.find("SRCH base=\"\""));
+        EXPECT_THAT(log, HasSubstr("SRCH base=\"\""));
+    }
+}
+
 TEST_F(SecurityTest, UnknownSettingIsTakenAsStartTls) {
     TlsServer().Mark();
     EXPECT_THAT(Make(3, TlsServer().Port()).ConnectLocation(&text_), IsDone());

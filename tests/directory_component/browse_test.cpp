@@ -1,6 +1,7 @@
 // Choosing files of a directory: a client, the component, the real dialog, a person, a real server.
 #include "component/component.h"
 #include "depotbrowser/browse_user.h"
+#include "depotbrowser/prompt_ids.h"
 #include "directory_component/registered_dialog.h"
 #include "support/component_depots.h"
 #include "support/directory_fixture.h"
@@ -93,6 +94,36 @@ TEST_F(BrowseDirectoryTest, CancelledDialogKeepsWhatWasChangedInTheCurrentFile) 
     Session other(*api_);
     ASSERT_THAT(api_->DPLoadFile(other.Address(), Text("<Corp>\\a.kra")), IsOk());
     EXPECT_EQ(L"changed", Read(other, L"S", L"K"));
+}
+
+TEST_F(BrowseDirectoryTest, ItsOwnPromptShowsTheFormOfNamesThatTheServerWants) {
+    DefineAskingDepot(depots_, "Asked", server_.Port(), base_);
+    std::wstring example;
+    Session session(*api_);
+    OutText path;
+    EXPECT_THAT(Browse(session, path,
+                       [&](const OpenBrowser& browser) {
+                           ForgetServer(server_.Port());
+                           browser.SelectDepot(L"Asked");
+                           HWND window = nullptr;
+                           EXPECT_TRUE(Eventually([&window] {
+                               window = FindWindowW(nullptr, L"Directory Logon");
+                               return window != nullptr && GetForegroundWindow() == window;
+                           }));
+                           const OpenDialog prompt(window);
+                           example = prompt.Text(CONTROL_EXAMPLE);
+                           prompt.WaitForFocus(CONTROL_USER);
+                           prompt.Type(Wide(kEditor));
+                           prompt.Press(VK_TAB);
+                           prompt.WaitForFocus(CONTROL_PASSWORD);
+                           prompt.Type(Wide(kEditorPassword));
+                           prompt.Press(VK_RETURN);
+                           browser.WaitForRows({L"a.kra", L"b.kra"});
+                           browser.Press(VK_ESCAPE);
+                       }),
+                IsRefused());
+    EXPECT_EQ(L"The server wants names such as cn=Mary Walker,dc=farrow,dc=test", example);
+    ForgetServer(server_.Port());
 }
 
 TEST_F(BrowseDirectoryTest, ChangedFileIsStoredWhenAnotherIsChosen) {
