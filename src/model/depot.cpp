@@ -39,10 +39,16 @@ UniqueIcon DuplicateIcon(const UniqueIcon& icon) {
 // A location of the list as clients use it and as a store: here a folder, or none.
 struct CDepot::Place : NotCopied {
     Place(CDepotPaths& /*locations*/, CDepotPath* used, std::unique_ptr<CLDAPItems>& /*known*/)
-        : location(used) {}
+        : location(used), type(used != nullptr ? used->type : 0) {}
     virtual ~Place() = default;
 
+    // Whether it was made for what the location is now.
+    bool IsOf(const CDepotPath* used) const {
+        return location == used && (used == nullptr || used->type == type);
+    }
+
     CDepotPath* const location;
+    const std::uint32_t type;
     std::unique_ptr<CLDAPItems> directory;  // null for a folder
     Store* store = &FolderStore::Instance();
     CopyMemory memory;
@@ -155,7 +161,8 @@ bool CDepot::ReadDefinition(const RegistryKey& listKey, const std::string& subke
 
 CDepot::Place& CDepot::ActivePlace() {
     CDepotPath* const location = paths->ActiveLocation();
-    if (place_ && place_->location == location) return *place_;
+    if (place_ && place_->IsOf(location)) return *place_;
+    place_.reset();
     // What was opened to choose the location ends here where there is no memory for its place.
     std::unique_ptr<CLDAPItems> known = paths->TakeDirectory();
     if (location == nullptr) {

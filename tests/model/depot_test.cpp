@@ -138,6 +138,23 @@ TEST(DepotTest, CopyFromADepotWithoutAnIconRemovesTheTargets) {
     ExpectEmpty(target, nullptr);
 }
 
+TEST(DepotTest, LocationWhoseTypeChangesIsUsedAsWhatItIs) {
+    CDepot depot(nullptr);
+    auto owned = std::make_unique<CDepotPath>(depot.paths.get());
+    CDepotPath& location = *owned;
+    location.path = "dc=farrow,dc=test";
+    location.type = kDirectoryLocation;
+    location.authentication = kAnonymousAuthentication;
+    depot.paths->Append(std::move(owned));
+    EXPECT_FALSE(depot.ActiveStore().IsLocal());
+    EXPECT_NE(nullptr, depot.DirectoryConnection());
+    location.type = kFolderLocation;
+    EXPECT_TRUE(depot.ActiveStore().IsLocal());
+    EXPECT_EQ(nullptr, depot.DirectoryConnection());
+    location.type = kDirectoryLocation;
+    EXPECT_FALSE(depot.ActiveStore().IsLocal());
+}
+
 TEST(DepotTest, CopyFromNullOrItselfChangesNothing) {
     CDepots owner;
     CDepot depot(&owner);
