@@ -41,7 +41,11 @@ protected:
     void ForgetConnection() {
         CDepotPath* const location = work_->paths->ActiveLocation();
         location->type = kFolderLocation;
-        work_->DirectoryConnection();
+        try {
+            work_->DirectoryConnection();
+        } catch (const std::bad_alloc&) {
+            // The old object is deleted before the new one is made.
+        }
         location->type = kDirectoryLocation;
     }
 
