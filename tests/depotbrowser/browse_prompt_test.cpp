@@ -25,15 +25,6 @@ protected:
     DirectoryInfo& Shared() { return *block_.Access(); }
     void Forget() { Shared() = {}; }
 
-    // The prompt that comes after `previous`, which is closed by then.
-    static OpenDialog WaitForPrompt(HWND previous = nullptr) {
-        HWND window = nullptr;
-        EXPECT_TRUE(Eventually([&] {
-            window = FindWindowW(nullptr, L"Directory Logon");
-            return window != nullptr && window != previous && GetForegroundWindow() == window;
-        }));
-        return OpenDialog(window);
-    }
     static void Replace(const OpenDialog& prompt, int control, const std::wstring& text) {
         prompt.WaitForFocus(control);
         prompt.Type(text);

@@ -210,6 +210,15 @@ bool OpenBrowser::IsShown(int control) const {
     return (GetWindowLongW(Control(control), GWL_STYLE) & WS_VISIBLE) != 0;
 }
 
+OpenDialog WaitForPrompt(HWND previous) {
+    HWND window = nullptr;
+    EXPECT_TRUE(Eventually([&] {
+        window = FindWindowW(nullptr, L"Directory Logon");
+        return window != nullptr && window != previous && GetForegroundWindow() == window;
+    }));
+    return OpenDialog(window);
+}
+
 void AnswerQuestionByEnter(const std::wstring& part) {
     const HWND box = WaitForQuestion(part);
     EXPECT_TRUE(Eventually([box] { return GetForegroundWindow() == box; }));

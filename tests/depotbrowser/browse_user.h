@@ -54,6 +54,9 @@ private:
     Names TreeTexts(HTREEITEM first) const;
 };
 
+// Waits for the question for credentials that comes after `previous`, which is closed by then.
+OpenDialog WaitForPrompt(HWND previous = nullptr);
+
 // A box that asks a question: waits for it and presses a button, or Enter.
 void AnswerQuestion(const std::wstring& part, int button);
 void AnswerQuestionByEnter(const std::wstring& part);

@@ -41,13 +41,9 @@ protected:
 
     // The question for credentials comes from this window.
     static void GiveUpLogOn(const OpenKept& kept) {
-        HWND prompt = nullptr;
-        EXPECT_TRUE(Eventually([&] {
-            prompt = FindWindowW(nullptr, L"Directory Logon");
-            return prompt != nullptr && GetForegroundWindow() == prompt;
-        }));
-        EXPECT_EQ(kept.Window(), GetWindow(prompt, GW_OWNER));
-        if (prompt != nullptr) OpenDialog(prompt).Press(VK_ESCAPE);
+        const OpenDialog prompt = WaitForPrompt();
+        EXPECT_EQ(kept.Window(), GetWindow(prompt.Window(), GW_OWNER));
+        prompt.Press(VK_ESCAPE);
     }
 
     KeptWorld world_{depots_};

@@ -192,6 +192,33 @@ TEST_F(ServersBesideTest, RefusedOnesAreNotTriedAgainByTheSameSession) {
     EXPECT_EQ(2u, prompt_.shown.size());
 }
 
+TEST_F(ServersBesideTest, UsesThatNoServerAnswersLeaveNoHandles) {
+    static DirectoryClient genuine;
+    static int open;
+    open = 0;
+    TypeForTheOther(test::kEditor, test::kEditorPassword);
+    Make("", "");
+    items_->Connection().SetServersBeside({ServerKey("127.0.0.1", replica_.Port())});
+    items_->Connection().SetPrompt(nullptr);
+    DirectoryClient& client = items_->Client();
+    genuine = client;
+    client.ldap_init = [](PCHAR host, ULONG port) {
+        ++open;
+        return genuine.ldap_init(host, port);
+    };
+    client.ldap_unbind_s = [](LDAP* connection) -> ULONG {
+        --open;
+        return genuine.ldap_unbind_s(connection);
+    };
+    client.ldap_bind_s = [](LDAP* /*connection*/, PCHAR /*dn*/, PCHAR /*password*/,
+                            ULONG /*method*/) -> ULONG { return LDAP_SERVER_DOWN; };
+    for (int use = 0; use < 3; ++use) {
+        EXPECT_FALSE(static_cast<bool>(ConnectionScope(items_->Connection())));
+        EXPECT_EQ(0, open);
+    }
+    EXPECT_THAT(prompt_.shown, IsEmpty());
+}
+
 TEST(SecuredAlikeTest, ServersAreAlikeWhereBothAreSecuredOrNeitherIs) {
     LocationSettings open, startTls, fromTheStart;
     startTls.security = 1;

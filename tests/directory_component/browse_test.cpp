@@ -105,12 +105,7 @@ TEST_F(BrowseDirectoryTest, ItsOwnPromptShowsTheFormOfNamesThatTheServerWants) {
                        [&](const OpenBrowser& browser) {
                            ForgetServer(server_.Port());
                            browser.SelectDepot(L"Asked");
-                           HWND window = nullptr;
-                           EXPECT_TRUE(Eventually([&window] {
-                               window = FindWindowW(nullptr, L"Directory Logon");
-                               return window != nullptr && GetForegroundWindow() == window;
-                           }));
-                           const OpenDialog prompt(window);
+                           const OpenDialog prompt = WaitForPrompt();
                            example = prompt.Text(CONTROL_EXAMPLE);
                            prompt.WaitForFocus(CONTROL_USER);
                            prompt.Type(Wide(kEditor));
