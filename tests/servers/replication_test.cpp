@@ -21,7 +21,7 @@ class ReplicationTest : public ComponentTest {
 protected:
     ReplicationTest() {
         first_.Follow(second_);
-        second_.Follow(first_);
+        second_.Follow(first_, line_);
         DefineDepot("Home");
         depots_.Dword("Home", "DefaultDepot", 1);
         Define(first_.Port(), second_.Port());
@@ -56,8 +56,8 @@ protected:
         ASSERT_THAT(api_->DPLoadFile(session.Address(), Text("<Corp>\\a.kra")), IsOk());
     }
     // Sets the value and flushes. What is not stored then is recovered.
-    void Store(Session& session, const wchar_t* value) {
-        EXPECT_THAT(api_->DPSetProfileString(session, Text(L"S"), Text(L"K"), Text(value)), IsOk());
+    void Store(Session& session, const wchar_t* value, const wchar_t* key = L"K") {
+        EXPECT_THAT(api_->DPSetProfileString(session, Text(L"S"), Text(key), Text(value)), IsOk());
         EXPECT_THAT(api_->DPFlushFile(session), IsOk());
     }
 
@@ -80,6 +80,8 @@ protected:
     }
 
     DirectoryServer first_{"multi"}, second_{"multi"};
+    // What the second server hears of the first comes through this relay.
+    const unsigned line_ = first_.Relay();
     const BoxLog boxes_;
     const CleanWorkingFiles clean_;
     std::optional<Session> here_, there_;
@@ -178,6 +180,32 @@ TEST_F(ReplicationTest, EditThatALaterOneOnTheOtherServerReplacedIsRecoveredAtTh
     ASSERT_EQ(1u, RecoveredFiles().size());
     EXPECT_EQ("[S]\r\nK=here\r\n", FileBytes(RecoveredFiles().front()));
     Load(*there_);
+    EXPECT_EQ(1u, RecoveredFiles().size());
+}
+
+// Until the second server has heard of an edit it has the version before, and takes edits of that
+// one; what was edited first and replaced by them is kept at its session's next load.
+TEST_F(ReplicationTest, EditsWhileAReplicaLagsAreStoredOrRecovered) {
+    Row("a replica lags five seconds: it has the version before, and no edit of that time is lost");
+    depots_.Dword("Corp", "DetectConflicts1", 1);
+    Load(here_.emplace(*api_));
+    first_.Lag(line_, 5);
+    Store(*here_, L"early");
+    Define(second_.Port(), first_.Port());
+    Load(there_.emplace(*api_));
+    EXPECT_EQ(L"old", Read(*there_, L"S", L"K"));
+    Store(*there_, L"late");
+    ASSERT_TRUE(Arrives(first_, "[S]\r\nK=late\r\n"));
+    EXPECT_THAT(RecoveredFiles(), testing::IsEmpty());
+    Load(*here_);
+    ASSERT_EQ(1u, RecoveredFiles().size());
+    EXPECT_EQ("[S]\r\nK=early\r\n", FileBytes(RecoveredFiles().front()));
+
+    Store(*here_, L"last", L"L");
+    EXPECT_EQ("[S]\r\nK=late\r\n", BytesAt(second_));
+    EXPECT_TRUE(Arrives(second_, "[S]\r\nK=late\r\nL=last\r\n"));
+    Load(*there_);
+    EXPECT_EQ(L"last", Read(*there_, L"S", L"L"));
     EXPECT_EQ(1u, RecoveredFiles().size());
 }
 

@@ -39,8 +39,11 @@ public:
     void Stop() { Request("stop"); }
     void Continue() { Request("continue"); }
     // Makes this server replicate what happens at another one, which must have been started as
-    // "multi"; this one is stopped and continued for it.
+    // "multi"; this one is stopped and continued for it. With a port it follows through a relay.
     void Follow(const DirectoryServer& other) { Request("follow", {}, other.Name()); }
+    void Follow(const DirectoryServer& other, unsigned port) {
+        Request("follow", {}, other.Name() + "\t" + std::to_string(port));
+    }
 
     // Applies changes in LDIF, in UTF-8, as the administrator.
     void Apply(const std::string& ldif) { Request("apply", ldif); }
@@ -70,6 +73,10 @@ public:
     // "reset", "delay", "hold" (it stays open and says no more) or "not". Returns how many bytes
     // the server has sent through it so far.
     unsigned Disturb(unsigned relay, const std::string& how, unsigned bytes = 0);
+    // Whatever the server sends through that relay arrives so much later from now on.
+    void Lag(unsigned relay, unsigned seconds) {
+        Request("lag", {}, std::to_string(relay) + "\t" + std::to_string(seconds));
+    }
 
     // A folder in which no temporary file of that prefix can be made: all names are taken.
     std::string CrowdedFolder(const std::string& prefix);
