@@ -31,6 +31,7 @@ struct ShownFile {
 // What is there at one moment.
 struct Shown {
     std::vector<ShownFile> files;
+    std::vector<ShownFile> covered;    // entries below an edit that waits
     std::vector<std::string> folders;  // without the depots themselves
     std::string rescued;               // what was recovered, waits, or is being worked on
 };
