@@ -1,76 +1,21 @@
 // A depot that is used while its server is away.
-#include <atomic>
-#include <thread>
-
-#include "directory/connection_scope.h"
-#include "directory_depots/depot_fixture.h"
-#include "fileops/depot_file.h"
+#include "directory_depots/offline_fixture.h"
 #include "manager/display_path.h"
 #include "manager/writability.h"
 #include "platform/local_file.h"
 #include "platform/text.h"
-#include "support/offline_files.h"
-#include "support/relay.h"
 #include "support/results.h"
 
 namespace depot {
 namespace {
 
 using test::DirectoryServer;
+using test::kOld;
+using test::OfflineTest;
 using test::RecoveredFiles;
 using test::WaitingEdits;
 using testing::HasSubstr;
 using testing::IsEmpty;
-
-constexpr char kOld[] = "[S]\r\nK=old\r\nL=old\r\n";
-
-class OfflineTest : public test::DepotFixture {
-protected:
-    OfflineTest() {
-        key_.Dword("Work", "Offline1", 1);
-        Define(own_.Port(), test::kSuffix);
-        own_.AddFile("a.kra", test::kSuffix, kOld);
-    }
-
-    // A new session, which knows what the registry and the disk say.
-    void Restart(DWORD detectConflicts = 0) {
-        key_.Dword("Work", "DetectConflicts1", detectConflicts);
-        Define(own_.Port(), test::kSuffix);
-    }
-    void Away() { own_.Stop(); }
-    void Back() { own_.Continue(); }
-
-    bool Edit(const std::string& value, const std::string& key = "K") {
-        const auto file = Load();
-        file->WriteString("S", key, value);
-        return file->Release();
-    }
-    std::string Value(const std::string& key = "K") {
-        return Load()->ReadString("S", key, "(none)", 100);
-    }
-    // What the server has, read and stored past the depot.
-    std::string Entry(const std::string& name = "a.kra") {
-        CDepotPath location = own_.Location();
-        CLDAPItems directory(&location);
-        const ConnectionScope connection(directory, nullptr);
-        FileBuffer buffer;
-        if (!directory.Entries().Read(DnOf(name), buffer)) return "(missing)";
-        return {reinterpret_cast<const char*>(buffer.bytes.get()), buffer.length};
-    }
-    void StoreByOthers(const std::string& contents) {
-        CDepotPath location = own_.Location();
-        CLDAPItems directory(&location);
-        const ConnectionScope connection(directory, nullptr);
-        EXPECT_THAT(directory.Entries().Replace(DnOf("a.kra"), contents.data(),
-                                                static_cast<std::uint32_t>(contents.size())),
-                    test::IsDone());
-    }
-    static std::string DnOf(const std::string& name) { return "cn=" + name + "," + test::kSuffix; }
-    int Exists(const std::string& name) { return FileExists(*work_, "<Work>\\" + name); }
-
-    test::CleanOfflineFiles cleanKept_;
-    DirectoryServer own_;
-};
 
 TEST_F(OfflineTest, AFileThatWasReadCanBeReadWhileTheServerIsAway) {
     EXPECT_EQ("old", Value());
@@ -392,103 +337,6 @@ TEST_F(OfflineTest, AnEditThatCannotBeQueuedIsRecoveredAndFails) {
     ExpectRecovered("[S]\r\nK=new\r\nL=old\r\n");
     EXPECT_THAT(WaitingEdits(), IsEmpty());
     Back();
-}
-
-TEST_F(OfflineTest, TwoProcessesThatEditOneFileApartMeetInTheQueue) {
-    Restart(2);
-    Value();
-    Away();
-    auto first = Load();
-    auto second = Load();
-    first->WriteString("S", "K", "first");
-    second->WriteString("S", "L", "second");
-    EXPECT_TRUE(first->Release());
-    EXPECT_TRUE(second->Release());
-    Back();
-    Restart(2);
-    Value();
-    EXPECT_EQ("[S]\r\nK=first\r\nL=second\r\n", Entry());
-}
-
-TEST_F(OfflineTest, SessionsOfSeveralThreadsMeetInTheQueue) {
-    constexpr int kThreads = 4;
-    constexpr int kEditsOfEach = 5;
-    Restart(2);
-    Value();
-    Away();
-    std::atomic<int> refused = 0;
-    std::vector<std::thread> threads;
-    for (int number = 0; number < kThreads; ++number) {
-        threads.emplace_back([number, &refused] {
-            for (int edit = 0; edit < kEditsOfEach; ++edit) {
-                CDepots depots(kKey);
-                DepotFileContext file("<Work>\\a.kra", depots);
-                file.WriteString("S", "T" + std::to_string(number), std::to_string(edit));
-                if (!file.Release()) ++refused;
-            }
-        });
-    }
-    for (std::thread& thread : threads) thread.join();
-    EXPECT_EQ(0, refused);
-    ASSERT_EQ(1u, WaitingEdits().size());
-    Back();
-    Restart(2);
-    for (int number = 0; number < kThreads; ++number) {
-        EXPECT_EQ(std::to_string(kEditsOfEach - 1), Value("T" + std::to_string(number)));
-    }
-    EXPECT_THAT(RecoveredFiles(), IsEmpty());
-}
-
-TEST_F(OfflineTest, AServerThatIsLostBetweenLoadAndStoreHasTheEditWait) {
-    const auto file = Load();
-    file->WriteString("S", "K", "new");
-    Away();
-    EXPECT_TRUE(file->Release());
-    EXPECT_EQ(1u, WaitingEdits().size());
-    EXPECT_THAT(boxes_.Boxes(), IsEmpty());
-    Back();
-    EXPECT_EQ("new", Value());
-    EXPECT_EQ("[S]\r\nK=new\r\nL=old\r\n", Entry());
-}
-
-TEST_F(OfflineTest, AServerThatIsLostBeforeItAnswersHasTheKeptFileRead) {
-    test::Relay relay(own_.Port());
-    Define(relay.Port(), test::kSuffix);
-    EXPECT_EQ("old", Value());
-    for (const int request : {1, 2}) {
-        SCOPED_TRACE(request);
-        relay.Disturb({.dropBeforeRequest = request});
-        const auto file = Load();
-        EXPECT_EQ(0u, file->FetchCode());
-        EXPECT_EQ("old", file->ReadString("S", "K", "(none)", 100));
-    }
-    EXPECT_THAT(boxes_.Boxes(), IsEmpty());
-}
-
-TEST_F(OfflineTest, WaitingEditsAreStoredInWindows) {
-    constexpr int kFiles = 40;
-    for (int number = 0; number < kFiles; ++number) {
-        own_.AddFile("f" + std::to_string(number) + ".kra", test::kSuffix, kOld);
-        Load("f" + std::to_string(number) + ".kra");
-    }
-    Away();
-    for (int number = 0; number < kFiles; ++number) {
-        const auto file = Load("f" + std::to_string(number) + ".kra");
-        file->WriteString("S", "K", std::to_string(number));
-        EXPECT_TRUE(file->Release());
-    }
-    ASSERT_EQ(std::size_t{kFiles}, WaitingEdits().size());
-    Back();
-    Restart();
-    // What counts is how often an answer is waited for before the next request is sent.
-    own_.Mark();
-    Value();
-    EXPECT_THAT(WaitingEdits(), IsEmpty());
-    for (int number = 0; number < kFiles; ++number) {
-        EXPECT_EQ("[S]\r\nK=" + std::to_string(number) + "\r\nL=old\r\n",
-                  Entry("f" + std::to_string(number) + ".kra"));
-    }
-    EXPECT_THAT(boxes_.Boxes(), IsEmpty());
 }
 
 }  // namespace
