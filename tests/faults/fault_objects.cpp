@@ -127,6 +127,10 @@ std::size_t OpenServerHandles() {
     return serverHandles.Count();
 }
 
+void ForgetServerHandle(HANDLE handle) {
+    serverHandles.Remove(handle);
+}
+
 void CloseServerHandles() {
     serverViews.ForgetAllButOne([](const void* view) { real<&UnmapViewOfFile>(view); });
     serverHandles.ForgetAllButOne(

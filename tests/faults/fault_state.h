@@ -54,6 +54,10 @@ FARPROC ObjectStandIn(const char* name, FARPROC genuine);
 // How many of the handles of servers' blocks, which stay on purpose, are open.
 std::size_t OpenServerHandles();
 
+// A number that the system hands out is that of no handle which is open: what closed the former one
+// of the number was not watched.
+void ForgetServerHandle(HANDLE handle);
+
 // Closes all of them but one, and their views.
 void CloseServerHandles();
 

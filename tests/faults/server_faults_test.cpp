@@ -152,9 +152,12 @@ TEST_P(ServerFaultsTest, EditIsKeptWhenTheAnswerToItsStorageBreaks) {
         if (!RecoveredFiles().empty()) ++recoveries;
         ExpectNextSessionWorks(stored == kOld ? L"old" : L"new");
     }
-    // Until its answer has come whole, a change counts as failed.
-    EXPECT_EQ(GetParam() == std::string("delay") ? 0 : 2 * static_cast<int>(kAnswerBytes),
-              recoveries);
+    // Until its answer has come whole, a change counts as failed. A reset right behind the answer
+    // may take away what the client has not read of it.
+    const std::string how = GetParam();
+    const int before = how == "delay" ? 0 : 2 * static_cast<int>(kAnswerBytes);
+    EXPECT_GE(recoveries, before);
+    EXPECT_LE(recoveries, how == "reset" ? before + 1 : before);
 }
 
 TEST_P(ServerFaultsTest, LargeValueIsFetchedWholeOrNotAtAll) {
