@@ -1,5 +1,6 @@
 // Clients in Japan: the depot, its folder and its files have Japanese names.
 #include <algorithm>
+#include <cstring>
 
 #include "platform/wide_text.h"
 #include "scripts/script_fixture.h"
@@ -26,6 +27,13 @@ std::wstring Decoded(UINT codePage, const std::string& bytes) {
     const int length = MultiByteToWideChar(codePage, 0, bytes.data(), size, text.data(), size);
     text.resize(static_cast<std::size_t>(length));
     return text;
+}
+
+// A text file of the scripting runtime: a byte order mark and UTF-16.
+std::wstring TextOfUtf16(const std::string& bytes) {
+    std::wstring text(bytes.size() / sizeof(wchar_t), L'\0');
+    std::memcpy(text.data(), bytes.data(), text.size() * sizeof(wchar_t));
+    return text.starts_with(L'\xFEFF') ? text.substr(1) : text;
 }
 
 WideLines LinesOf(const std::wstring& text) {
@@ -70,9 +78,12 @@ protected:
     // Runs the script of these bytes, or another one that is given their place.
     WideLines RunScript(const std::string& bytes, const std::string& runner = {}) {
         const std::string script = "\"" + folder_.MakeFile("plan.vbs", bytes) + "\"";
+        const std::string report = folder_.At("report.txt");
         const std::string output = folder_.At("output.txt");
-        EXPECT_EQ(0u, RunCommandInto(output, "cscript.exe //nologo " + runner + script));
-        return LinesOf(Decoded(CP_OEMCP, FileBytes(output)));
+        EXPECT_EQ(0u, RunCommandInto(output, "cscript.exe //nologo " + runner + script + " \"" +
+                                                 report + "\""));
+        EXPECT_EQ("", FileBytes(output));
+        return LinesOf(TextOfUtf16(FileBytes(report)));
     }
 
     // What plan.vbs prints and leaves behind.
