@@ -95,7 +95,7 @@ std::string KeepRecoveredIn(const std::string& folder, const std::string& name, 
 std::string KeepRecoveredProfile(const std::string& folder, const std::string& name,
                                  const std::vector<std::uint8_t>& bytes,
                                  const std::vector<ProfileEdit>& edits) {
-    const std::string path = KeepRecoveredIn(folder, name, bytes.data(), bytes.size());
+    std::string path = KeepRecoveredIn(folder, name, bytes.data(), bytes.size());
     if (path.empty() || edits.empty()) return path;
     AmpleRoom room;
     for (const ProfileEdit& edit : edits) EditProfile(edit, path, room);

@@ -67,10 +67,10 @@ std::string KeepLostEdit(CLDAPItems& directory, const WorkingCopySource& source,
                          .dn = source.dn,
                          .code = kContentsChanged,
                          .reason = "the entry lost changes after they were stored"});
-    return Concatenate({"\"", source.name,
-                        "\" was changed by someone else after you had stored it, and lacks changes "
-                        "of yours",
-                        kept.empty() ? "." : "; your version is kept here:\n", kept});
+    constexpr std::string_view kLacks =
+        "\" was changed by someone else after you had stored it, and lacks changes of yours";
+    return Concatenate(
+        {"\"", source.name, kLacks, kept.empty() ? "." : "; your version is kept here:\n", kept});
 }
 
 // Fetches one entry into a local file. `lost` receives what its user has to read of an edit that

@@ -11,7 +11,7 @@ namespace depot {
 namespace {
 
 constexpr std::uint32_t kKept = 1;
-constexpr std::uint64_t kMegabyte = 1024 * 1024;
+constexpr std::uint64_t kMegabyte = std::uint64_t{1024} * 1024;
 constexpr DWORD kPatienceWithOthers = 5000;
 
 // Whoever waited for longer than the first is spared the next attempts for the second.

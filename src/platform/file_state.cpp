@@ -6,7 +6,7 @@ namespace depot {
 namespace {
 
 // In units of a FILETIME.
-constexpr std::uint64_t kLongTick = 2 * 10'000'000;
+constexpr std::uint64_t kLongTick = std::uint64_t{2} * 10'000'000;
 // The system's own clock ticks in up to 16 ms.
 constexpr std::uint64_t kSystemTick = 160'000;
 

@@ -204,6 +204,8 @@ Result OfflineStore::TestWritable(const std::string& path) {
     return isKept ? Result() : Away(path);
 }
 
+// NOLINTBEGIN(bugprone-parent-virtual-call): apart, one item after another is served as in any
+// store.
 void OfflineStore::ReadFiles(std::span<FileToRead> files, SourceFate fate) {
     if (isApart_) return Store::ReadFiles(files, fate);
     DirectoryStore::ReadFiles(files, fate);
@@ -240,5 +242,6 @@ void OfflineStore::RemoveItems(std::span<ItemToRemove> items) {
         if (item.result) kept_.Forget(item.path);
     }
 }
+// NOLINTEND(bugprone-parent-virtual-call)
 
 }  // namespace depot
