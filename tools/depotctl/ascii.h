@@ -2,6 +2,9 @@
 #pragma once
 
 #include <algorithm>
+#include <charconv>
+#include <cstdint>
+#include <optional>
 #include <string_view>
 
 namespace depot::ctl {
@@ -20,6 +23,15 @@ inline bool IsDigit(char c) {
 
 inline bool IsHexDigit(char c) {
     return IsDigit(c) || (LowerAscii(c) >= 'a' && LowerAscii(c) <= 'f');
+}
+
+// Returns the number that all of the text is, of at most eight digits.
+inline std::optional<std::uint32_t> NumberIn(std::string_view digits, int base) {
+    const char* const end = digits.data() + digits.size();
+    std::uint32_t number = 0;
+    const auto [at, error] = std::from_chars(digits.data(), end, number, base);
+    const bool isNumber = error == std::errc() && at == end && digits.size() <= 8;
+    return isNumber ? std::optional(number) : std::nullopt;
 }
 
 // Whether a text is a number of at most five digits.

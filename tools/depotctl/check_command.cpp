@@ -113,6 +113,15 @@ private:
         });
     }
 
+    // Null where the registry has no such definition.
+    const StoredDefinition* Stored(HKEY root, const std::string& key) const {
+        const auto found =
+            std::find_if(stored_.begin(), stored_.end(), [&](const StoredDefinition& stored) {
+                return stored.root == root && SameKey(stored.raw.key, key);
+            });
+        return found == stored_.end() ? nullptr : &*found;
+    }
+
     static CheckedDepot Check(const StoredDefinition& stored) {
         const RawDefinition& raw = stored.raw;
         CheckedDepot checked = {raw.key, OwnerOf(stored.root), raw.values.size(), {}, {}};
@@ -128,31 +137,24 @@ private:
 
     CheckedDepot Check(CDepot& depot, const Findings& together) {
         const std::string key = Utf8FromAnsi(depot.name);
-        CheckedDepot checked = {key, "nobody", 0, {}, {}};
-        for (const StoredDefinition& stored : stored_) {
-            if (stored.root == depot.rootKey && SameKey(stored.raw.key, key)) {
-                checked = Check(stored);
-            }
-        }
+        const StoredDefinition* const stored = Stored(depot.rootKey, key);
+        CheckedDepot checked =
+            stored != nullptr ? Check(*stored) : CheckedDepot{key, "nobody", 0, {}, {}};
         Append(checked.definition, together);
         for (std::size_t index = 0; index < depot.paths->Count(); ++index) {
             CDepotPath& location = *depot.paths->At(index);
             checked.locations.push_back({Title(location, index + 1), MakeTrial(location, index + 1),
                                          CountKept(depot, location, copies_),
-                                         SettingsOf(key, depot.rootKey, index, location)});
+                                         SettingsOf(stored, index, location)});
         }
         return checked;
     }
 
     // Where each value comes from that settings may give, of a location that has them.
-    std::vector<SettingInForce> SettingsOf(const std::string& key, HKEY root, std::size_t index,
-                                           const CDepotPath& location) const {
-        if (!location.Has(FindValue("Offline")->scope)) return {};
-        for (const StoredDefinition& stored : stored_) {
-            if (stored.root != root || !SameKey(stored.raw.key, key)) continue;
-            return ctl::SettingsOf(stored.raw, static_cast<int>(index + 1), location);
-        }
-        return {};
+    static std::vector<SettingInForce> SettingsOf(const StoredDefinition* stored, std::size_t index,
+                                                  const CDepotPath& location) {
+        if (stored == nullptr || !location.Has(FindValue("Offline")->scope)) return {};
+        return ctl::SettingsOf(stored->raw, static_cast<int>(index + 1), location);
     }
 
     // Tries all locations at once, and asks for what is missing afterwards.

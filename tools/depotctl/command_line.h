@@ -25,15 +25,16 @@ struct NewCommand {
     Options& options;
 };
 
-// Adds a command. Given on the command line, it leaves `run(program, options)` as the program's
-// work.
+// Adds a command. Given on the command line without one of the commands below it, it leaves
+// `run(program, options)` as the program's work.
 template <class Options, class Run>
 NewCommand<Options> AddCommand(CLI::App& parent, Program& program, const CommandText& text,
                                Run run) {
     const auto options = std::make_shared<Options>();
     CLI::App* const command = parent.add_subcommand(text.name, text.help);
     command->footer(text.footer);
-    command->callback([&program, options, run] {
+    command->callback([&program, command, options, run] {
+        if (!command->get_subcommands().empty()) return;
         program.command = [&program, options, run] { run(program, *options); };
     });
     return {*command, *options};

@@ -6,10 +6,6 @@
 namespace depot::ctl {
 namespace {
 
-struct CompletionOptions {
-    std::string shell;
-};
-
 void AddOptions(const CLI::App& app, std::vector<CompletedWord>& words) {
     for (const CLI::Option* option : app.get_options()) {
         for (const std::string& name : option->get_lnames()) {
@@ -42,17 +38,17 @@ void AddCommands(const CLI::App& app, const CLI::App& program, const std::string
 }  // namespace
 
 void AddCompletionCommand(CLI::App& app, Program& program) {
-    const auto [command, options] = AddCommand<CompletionOptions>(
+    const auto [command, shell] = AddCommand<std::string>(
         app, program,
         {"completion", "Write a script that completes commands and options at a prompt",
          "Example:\n  depotctl completion powershell"},
-        [&app](Program& running, const CompletionOptions& /*options*/) {
+        [&app](Program& running, const std::string& /*shell*/) {
             std::vector<CompletedCommand> commands;
             AddCommands(app, app, {}, commands);
             const std::string script = PowerShellCompletion(commands);
             running.renderer.Answer({{"script", script}}, script);
         });
-    command.add_option("shell", options.shell, "The prompt: powershell")
+    command.add_option("shell", shell, "The prompt: powershell")
         ->required()
         ->check(CLI::IsMember({"powershell"}));
 }

@@ -14,8 +14,8 @@ struct PlannedCopy {
 };
 
 // Copies one file or tree, or only shows what that would take.
-TransferResult CopyOne(const Program& program, const PlannedCopy& copy,
-                       const TransferOptions& options, Steps& steps) {
+std::uint32_t CopyOne(const Program& program, const PlannedCopy& copy,
+                      const TransferOptions& options, Steps& steps) {
     const auto& [from, kind, to] = copy;
     if (options.update || steps.AreShown()) {
         RequireApart(from, to.place);
@@ -23,7 +23,7 @@ TransferResult CopyOne(const Program& program, const PlannedCopy& copy,
         const TreeDifference difference({from, kind}, {to.place, to.there}, by);
         if (!options.update && !options.force) RequireNothingReplaced(difference);
         steps.Note(CopySteps(difference));
-        if (!steps.AreTaken()) return {};
+        if (!steps.AreTaken()) return 0;
         if (options.update) return CopyDifferent(program, difference);
     }
     return Transfer(program, from, to.place, {kind, options.Existing()});
@@ -50,10 +50,10 @@ void RunCopy(Program& program, const TransferOptions& options, const CopyCommand
     answer.Give(steps);
 }
 
-void TransferAnswer::Add(const Place& to, const TransferResult& result) {
+void TransferAnswer::Add(const Place& to, std::uint32_t files) {
     places_.push_back(to.Utf8());
     folder_ = FolderOf(to).Utf8();
-    files_ += result.files;
+    files_ += files;
 }
 
 void TransferAnswer::Give(const Steps& steps) const {

@@ -26,7 +26,7 @@ public:
     TransferAnswer(const Selection& selection, const char* verb)
         : isPattern_(selection.isPattern), verb_(verb) {}
 
-    void Add(const Place& to, const TransferResult& result);
+    void Add(const Place& to, std::uint32_t files);
     void Give(const Steps& steps) const;
 
 private:

@@ -23,10 +23,6 @@ namespace {
 
 enum class Existence { kNew, kThere };
 
-HKEY RootOf(const DefineOptions& options) {
-    return options.forMachine ? HKEY_LOCAL_MACHINE : HKEY_CURRENT_USER;
-}
-
 std::string Shown(const DefineOptions& options) {
     return "<" + options.key + ">";
 }
@@ -159,7 +155,8 @@ Findings NotesOn(const RawDefinition& after, const DefineOptions& options) {
     std::erase_if(notes, [](const Finding& finding) { return finding.state != State::kNote; });
     std::vector<DepotSummary> all;
     for (const StoredDefinition& stored : ReadDefinitions()) {
-        const bool isIt = stored.root == RootOf(options) && SameKey(stored.raw.key, options.key);
+        const bool isIt =
+            stored.root == RootOf(options.forMachine) && SameKey(stored.raw.key, options.key);
         if (!isIt) all.push_back(SummaryOf(stored.raw, stored.root == HKEY_CURRENT_USER));
     }
     all.push_back(SummaryOf(after, !options.forMachine));
@@ -175,10 +172,10 @@ struct Done {
 };
 
 void Report(const Program& program, const DefineOptions& options, const Done& done) {
-    Json json = {{done.what, options.key}, {"definedFor", OwnerOf(RootOf(options))}};
+    Json json = {{done.what, options.key}, {"definedFor", OwnerOf(RootOf(options.forMachine))}};
     json["notes"] = Json::array();
-    std::string text =
-        std::string(done.what) + " " + Shown(options) + " for " + OwnerOf(RootOf(options)) + "\n";
+    std::string text = std::string(done.what) + " " + Shown(options) + " for " +
+                       OwnerOf(RootOf(options.forMachine)) + "\n";
     for (const Finding& note : done.notes) {
         json["notes"].push_back(Line(note));
         text += "note: " + Printable(Line(note)) + "\n";
@@ -188,16 +185,10 @@ void Report(const Program& program, const DefineOptions& options, const Done& do
     steps.Answer(std::move(json), text);
 }
 
-void ShowFile(const Program& program, const DefineOptions& options,
-              const DefinitionChange* change) {
-    const std::string path =
-        std::string(options.forMachine ? "HKEY_LOCAL_MACHINE\\" : "HKEY_CURRENT_USER\\") +
-        kDepotsKey + "\\" + options.key;
-    const std::string text = RegistryFile(path, change);
-    if (program.renderer.IsJson()) return program.renderer.Answer({{"file", text}}, {});
-    if (program.output.IsTerminal()) return program.output.Write(text);
-    const std::string bytes = RegistryFileBytes(text);
-    program.output.WriteBytes(bytes.data(), bytes.size());
+void ShowChange(const Program& program, const DefineOptions& options,
+                const DefinitionChange* change) {
+    const std::string path = HiveName(RootOf(options.forMachine)) + kDepotsKey + "\\" + options.key;
+    ShowFile(program, RegistryFile(path, change), FileForm::kRegistry);
 }
 
 // Other keys would be those of the depots together, or lie below a depot's.
@@ -207,8 +198,8 @@ bool IsOneKey(const std::string& key) {
 
 RawDefinition Existing(const DefineOptions& options, Existence wanted) {
     if (!IsOneKey(options.key)) Refuse("\"" + options.key + "\" is no depot's key");
-    auto found = ReadDefinition(RootOf(options), options.key);
-    const std::string owner = OwnerOf(RootOf(options));
+    auto found = ReadDefinition(RootOf(options.forMachine), options.key);
+    const std::string owner = OwnerOf(RootOf(options.forMachine));
     if (wanted == Existence::kNew && found) {
         Refuse(Shown(options) + " is defined for " + owner + " already; \"depots set\" changes it");
     }
@@ -228,20 +219,20 @@ void Define(const Program& program, const DefineOptions& options) {
     const RawDefinition after = Changed(before, change);
     if (options.storePassword) RequireStorable(options, after);
     RequireGood(program, isNew ? nullptr : &before, after);
-    if (options.dryRun) return ShowFile(program, options, &change);
+    if (options.dryRun) return ShowChange(program, options, &change);
     const Findings notes = NotesOn(after, options);
     if (options.storePassword) StorePassword(options, after, AskPassword());
     if (options.forgetPassword) ForgetPassword(options, before);
     // The machine's definitions are not everyone's to write.
     const bool isChanged = !change.written.empty() || !change.removed.empty();
-    if (isNew || isChanged) WriteDefinition(RootOf(options), options.key, change);
+    if (isNew || isChanged) WriteDefinition(RootOf(options.forMachine), options.key, change);
     Report(program, options, {isNew ? "added" : "changed", notes, StepsOf(options.key, change)});
 }
 
 void RemoveOne(const Program& program, const DefineOptions& options) {
     Existing(options, Existence::kThere);
-    if (options.dryRun) return ShowFile(program, options, nullptr);
-    RemoveDefinition(RootOf(options), options.key);
+    if (options.dryRun) return ShowChange(program, options, nullptr);
+    RemoveDefinition(RootOf(options.forMachine), options.key);
     Report(program, options, {"removed", {}, {{"remove", Shown(options), {}}}});
 }
 

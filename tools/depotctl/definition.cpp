@@ -83,6 +83,11 @@ LocationSettings RawDefinition::Location(int number) const {
     return settings;
 }
 
+bool DefinitionChange::Writes(std::string_view name) const {
+    return std::any_of(written.begin(), written.end(),
+                       [name](const RawValue& value) { return SameName(value.name, name); });
+}
+
 std::string Numbered(std::string_view name, int location) {
     return std::string(name) + std::to_string(location);
 }

@@ -65,6 +65,9 @@ struct RawDefinition {
 struct DefinitionChange {
     std::vector<RawValue> written;
     std::vector<std::string> removed;
+
+    // Whether a value of that name, in any letter case, is written.
+    bool Writes(std::string_view name) const;
 };
 
 // Returns "Path3" for "Path" and 3.

@@ -17,14 +17,9 @@ bool CanBeWritten(const RawValue& value) {
     return value.IsText() || (value.type == kRegistryNumber && value.bytes == sizeof(value.number));
 }
 
-bool IsPassword(const RawValue& value) {
-    const auto name = ParseValueName(value.name);
-    return name && name->known->name == std::string_view("Password");
-}
-
 std::string ValueLine(const RawValue& value) {
     // A password that belonged to the number before must not stay there either.
-    if (IsPassword(value)) {
+    if (IsPassword(value.name)) {
         return "; A password is not shown: store it by --ask-password.\r\n" +
                QuotedForRegistry(value.name) + "=-\r\n";
     }
@@ -109,10 +104,7 @@ std::string RegistryFile(const std::string& keyPath, const DefinitionChange* cha
     if (change == nullptr) return kHeading + ("[-" + keyPath + "]\r\n");
     std::string text = kHeading + ("[" + keyPath + "]\r\n");
     for (const std::string& name : change->removed) {
-        const bool writtenAgain =
-            std::any_of(change->written.begin(), change->written.end(),
-                        [&](const RawValue& value) { return SameName(value.name, name); });
-        if (!writtenAgain) text += QuotedForRegistry(name) + "=-\r\n";
+        if (!change->Writes(name)) text += QuotedForRegistry(name) + "=-\r\n";
     }
     for (const RawValue& value : change->written) text += ValueLine(value);
     return text;

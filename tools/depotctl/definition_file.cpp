@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <map>
 
 #include "depotctl/definition_edit.h"
 #include "depotctl/known_values.h"
@@ -15,11 +16,6 @@ constexpr char kUserHive[] = "HKEY_CURRENT_USER";
 constexpr char kMachineHive[] = "HKEY_LOCAL_MACHINE";
 constexpr char kRegistryHeading[] = "Windows Registry Editor Version 5.00\r\n";
 constexpr char kPasswordRemark[] = "a password is not shown: store it by --ask-password";
-
-bool IsPassword(std::string_view name) {
-    const auto known = ParseValueName(name);
-    return known && known->known->name == std::string_view("Password");
-}
 
 bool HasControls(std::string_view text) {
     return std::any_of(text.begin(), text.end(),
@@ -77,24 +73,12 @@ std::string RegistryText(const FiledDefinition& definition, const std::string& p
 }
 
 std::string Escaped(std::string_view text) {
+    static const std::map<char, std::string_view> kReferences = {
+        {'&', "&amp;"}, {'<', "&lt;"}, {'>', "&gt;"}, {'"', "&quot;"}};
     std::string escaped;
     for (const char c : text) {
-        switch (c) {
-            case '&':
-                escaped += "&amp;";
-                break;
-            case '<':
-                escaped += "&lt;";
-                break;
-            case '>':
-                escaped += "&gt;";
-                break;
-            case '"':
-                escaped += "&quot;";
-                break;
-            default:
-                escaped += c;
-        }
+        const auto reference = kReferences.find(c);
+        escaped += reference == kReferences.end() ? std::string_view(&c, 1) : reference->second;
     }
     return escaped;
 }
@@ -170,8 +154,11 @@ std::optional<bool> TakeHive(std::string_view& path) {
     return std::nullopt;
 }
 
-void DropName(std::vector<std::string>& names, const std::string& name) {
-    std::erase_if(names, [&](const std::string& other) { return SameName(other, name); });
+// What is said last of a value counts.
+void Drop(DefinitionChange& change, const std::string& name) {
+    std::erase_if(change.written,
+                  [&](const RawValue& value) { return SameName(value.name, name); });
+    std::erase_if(change.removed, [&](const std::string& other) { return SameName(other, name); });
 }
 
 }  // namespace
@@ -230,17 +217,13 @@ void DefinitionCollector::RemoveAll() {
 
 void DefinitionCollector::Remove(const std::string& name) {
     DefinitionChange& change = Current().change;
-    std::erase_if(change.written,
-                  [&](const RawValue& value) { return SameName(value.name, name); });
-    DropName(change.removed, name);
+    Drop(change, name);
     change.removed.push_back(name);
 }
 
 void DefinitionCollector::Write(RawValue value) {
     DefinitionChange& change = Current().change;
-    std::erase_if(change.written,
-                  [&](const RawValue& other) { return SameName(other.name, value.name); });
-    DropName(change.removed, value.name);
+    Drop(change, value.name);
     change.written.push_back(std::move(value));
 }
 

@@ -26,8 +26,7 @@ Findings UnknownMacros(const RawDefinition& definition) {
 }
 
 std::string DataText(const RawValue& value) {
-    const auto name = ParseValueName(value.name);
-    if (name && name->known->name == std::string_view("Password")) return "(not shown)";
+    if (IsPassword(value.name)) return "(not shown)";
     return value.IsText() ? value.text.Plain() : std::to_string(value.number);
 }
 
@@ -58,15 +57,19 @@ void RequireGood(const Program& program, const RawDefinition* before, const RawD
 std::vector<Step> StepsOf(const std::string& key, const DefinitionChange& change) {
     std::vector<Step> steps;
     for (const std::string& name : change.removed) {
-        const bool isWrittenAgain =
-            std::any_of(change.written.begin(), change.written.end(),
-                        [&](const RawValue& value) { return SameName(value.name, name); });
-        if (!isWrittenAgain) steps.push_back({"unset", {}, "<" + key + "> " + name});
+        if (!change.Writes(name)) steps.push_back({"unset", {}, "<" + key + "> " + name});
     }
     for (const RawValue& value : change.written) {
         steps.push_back({"set", {}, "<" + key + "> " + value.name + "=" + DataText(value)});
     }
     return steps;
+}
+
+void ShowFile(const Program& program, const std::string& text, FileForm form) {
+    if (program.renderer.IsJson()) return program.renderer.Answer({{"file", text}}, {});
+    if (program.output.IsTerminal()) return program.output.Write(text);
+    const std::string bytes = form == FileForm::kRegistry ? RegistryFileBytes(text) : text;
+    program.output.WriteBytes(bytes.data(), bytes.size());
 }
 
 }  // namespace depot::ctl

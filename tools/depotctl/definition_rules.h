@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "depotctl/definition.h"
+#include "depotctl/definition_file.h"
 #include "depotctl/program.h"
 #include "depotctl/steps.h"
 
@@ -20,5 +21,8 @@ void RequireGood(const Program& program, const RawDefinition* before, const RawD
 
 // What a change does to the values of a definition, one step each; passwords are not shown.
 std::vector<Step> StepsOf(const std::string& key, const DefinitionChange& change);
+
+// Answers with the text of a file of definitions; what is no terminal is given the file's bytes.
+void ShowFile(const Program& program, const std::string& text, FileForm form);
 
 }  // namespace depot::ctl

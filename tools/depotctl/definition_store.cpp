@@ -228,6 +228,14 @@ void RemoveDefinition(HKEY root, const std::string& key) {
     if (status != ERROR_SUCCESS) FailToWrite(root, key, status);
 }
 
+HKEY RootOf(bool forMachine) {
+    return forMachine ? HKEY_LOCAL_MACHINE : HKEY_CURRENT_USER;
+}
+
+std::string HiveName(HKEY root) {
+    return root == HKEY_CURRENT_USER ? "HKEY_CURRENT_USER\\" : "HKEY_LOCAL_MACHINE\\";
+}
+
 std::string OwnerOf(HKEY root) {
     return root == HKEY_CURRENT_USER ? "the user" : "the machine";
 }

@@ -38,6 +38,10 @@ void WriteDefinition(HKEY root, const std::string& key, const DefinitionChange& 
 // Removes a definition with all below it. Ends the command on a failure.
 void RemoveDefinition(HKEY root, const std::string& key);
 
+// The hive of the machine's definitions, or of the user's, and its name with a backslash.
+HKEY RootOf(bool forMachine);
+std::string HiveName(HKEY root);
+
 // "the user" or "the machine"
 std::string OwnerOf(HKEY root);
 

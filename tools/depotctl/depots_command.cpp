@@ -1,10 +1,11 @@
 // depots: what is defined, and whether it can be used.
-#include <CLI/CLI.hpp>
+#include <algorithm>
 #include <functional>
 #include <memory>
 #include <vector>
 
 #include "depotctl/access.h"
+#include "depotctl/command_line.h"
 #include "depotctl/commands.h"
 #include "depotctl/definition.h"
 #include "depotctl/encoding.h"
@@ -39,13 +40,11 @@ Json LocationJson(CDepotPath& location) {
 
 // The first location that can be used is the active one, else the first of all.
 void MarkActive(Json& locations) {
-    std::size_t active = 0;
-    for (std::size_t index = locations.size(); index > 0; --index) {
-        if (locations[index - 1]["reachable"] == true) active = index - 1;
-    }
-    for (std::size_t index = 0; index < locations.size(); ++index) {
-        locations[index]["active"] = index == active;
-    }
+    const auto found = std::find_if(locations.begin(), locations.end(), [](const Json& location) {
+        return location["reachable"] == true;
+    });
+    const auto active = found == locations.end() ? locations.begin() : found;
+    for (Json& location : locations) location["active"] = &location == &*active;
 }
 
 Json LocationsJson(const CDepot& depot) {
@@ -150,17 +149,14 @@ void ShowDepots(Program& program, bool offline) {
 }  // namespace
 
 void AddDepotsCommand(CLI::App& app, Program& program) {
-    const auto offline = std::make_shared<bool>(false);
-    CLI::App* const command =
-        app.add_subcommand("depots", "Show the depots and whether they can be used");
-    command->add_flag("--offline", *offline, "Only what is defined; no folder or server is tried");
-    command->footer("Examples:\n  depotctl depots\n  depotctl depots --json --offline");
-    command->callback([&program, command, offline] {
-        if (!command->get_subcommands().empty()) return;
-        program.command = [&program, offline] { ShowDepots(program, *offline); };
-    });
-    AddDefineCommands(*command, program);
-    AddExchangeCommands(*command, program);
+    const auto [command, offline] =
+        AddCommand<bool>(app, program,
+                         {"depots", "Show the depots and whether they can be used",
+                          "Examples:\n  depotctl depots\n  depotctl depots --json --offline"},
+                         ShowDepots);
+    command.add_flag("--offline", offline, "Only what is defined; no folder or server is tried");
+    AddDefineCommands(command, program);
+    AddExchangeCommands(command, program);
 }
 
 }  // namespace depot::ctl

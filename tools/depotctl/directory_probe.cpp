@@ -140,7 +140,7 @@ std::chrono::microseconds DirectoryProbe::RoundTrip() {
     auto shortest = std::chrono::microseconds::max();
     for (int trip = 0; trip < kTrips; ++trip) {
         const auto start = std::chrono::steady_clock::now();
-        static_cast<void>(Search({}, LDAP_SCOPE_BASE, kNoAttributes));
+        static_cast<void>(EntrySearch(*directory_, kNoAttributes).Run({}, LDAP_SCOPE_BASE));
         const auto taken = std::chrono::steady_clock::now() - start;
         shortest = std::min(shortest, std::chrono::duration_cast<std::chrono::microseconds>(taken));
     }
@@ -205,17 +205,6 @@ std::optional<Problem> DirectoryProbe::TryReading(const std::string& dn) {
     return ProblemFor(CodeOf(read));
 }
 
-DirectoryProbe::Answer DirectoryProbe::Search(const std::string& dn, ULONG scope,
-                                              const std::string& attribute) {
-    DirectoryClient& client = Client();
-    char all[] = "(objectClass=*)";
-    char* attributes[] = {ClientText(attribute), nullptr};
-    LDAPMessage* found = nullptr;
-    const std::uint32_t code =
-        client.ldap_search_s(Session(), ClientText(dn), scope, all, attributes, 0, &found);
-    return {code, UniqueLdapMessage(found, {&client})};
-}
-
 std::optional<Problem> DirectoryProbe::FindBase() {
     const std::string base = BaseDN();
     const std::uint32_t code = CodeOf(directory_->Entries().Find(base));
@@ -232,7 +221,8 @@ std::vector<std::string> DirectoryProbe::FindConflicts(std::optional<Problem>& p
 }
 
 std::optional<Problem> DirectoryProbe::ListBase(bool& inPages) {
-    const std::uint32_t code = Search(BaseDN(), LDAP_SCOPE_ONELEVEL, kNoAttributes).code;
+    const std::uint32_t code =
+        EntrySearch(*directory_, kNoAttributes).Run(BaseDN(), LDAP_SCOPE_ONELEVEL);
     inPages = code == LDAP_SIZELIMIT_EXCEEDED;
     return UnlessDone(inPages ? ListBaseInPages() : code);
 }
@@ -250,19 +240,10 @@ std::uint32_t DirectoryProbe::ListBaseInPages() {
 
 std::vector<std::string> DirectoryProbe::Values(const std::string& dn,
                                                 const std::string& attribute) {
-    DirectoryClient& client = Client();
-    const Answer answer = Search(dn, LDAP_SCOPE_BASE, attribute);
-    std::vector<std::string> texts;
-    LDAPMessage* const entry = answer.code == LDAP_SUCCESS
-                                   ? client.ldap_first_entry(Session(), answer.message.get())
-                                   : nullptr;
-    if (entry == nullptr) return texts;
-    const UniqueLdapValues values(client.ldap_get_values(Session(), entry, ClientText(attribute)),
-                                  {&client});
-    for (char** value = values.get(); value != nullptr && *value != nullptr; ++value) {
-        texts.emplace_back(*value);
-    }
-    return texts;
+    EntrySearch search(*directory_, attribute);
+    if (search.Run(dn, LDAP_SCOPE_BASE) != LDAP_SUCCESS) return {};
+    const auto all = search.Values();
+    return all.empty() ? std::vector<std::string>() : all.front();
 }
 
 std::optional<std::vector<std::string>> DirectoryProbe::MissingFromSchema() {

@@ -87,13 +87,6 @@ private:
     std::optional<Problem> TryReading(const std::string& dn);
     std::vector<std::string> Values(const std::string& dn, const std::string& attribute);
 
-    struct Answer {
-        std::uint32_t code;
-        UniqueLdapMessage message;
-    };
-    // Searches for all entries of that scope.
-    Answer Search(const std::string& dn, ULONG scope, const std::string& attribute);
-
     DirectoryClient& Client() const { return directory_->Client(); }
     LDAP* Session() const { return directory_->Connection().Handle(); }
 

@@ -11,20 +11,11 @@ namespace {
 constexpr std::uint32_t kStartTls = 1, kTlsFromTheStart = 2;
 constexpr std::uint32_t kTlsPort = 636;
 
-// One location of a definition.
-struct NumberedLocation {
-    const RawDefinition& definition;
-    int number;
-    LocationSettings settings;
-};
-
 // Collects what the values of one location say together.
 class LocationChecker : NotCopied {
 public:
-    explicit LocationChecker(NumberedLocation location)
-        : definition_(location.definition),
-          number_(location.number),
-          settings_(std::move(location.settings)) {}
+    LocationChecker(const RawDefinition& definition, int number, const LocationSettings& settings)
+        : definition_(definition), number_(number), settings_(settings) {}
     virtual ~LocationChecker() = default;
 
     Findings Run() {
@@ -115,9 +106,11 @@ class DirectoryChecker final : public LocationChecker {
     }
 
     void CheckLogOn() {
-        const bool asksForNames = settings_.NeedsUserName();
-        if (!asksForNames) return CheckUnusedCredentials();
-        if (settings_.password.empty()) return CheckStored();
+        if (!settings_.NeedsUserName()) return CheckUnusedCredentials();
+        if (settings_.password.empty()) {
+            if (!settings_.credentialTarget.empty()) CheckPlainText();
+            return;
+        }
         Add(Remark(Name("Password"), "everyone who can read the key can read the password",
                    "keep it in the credential store: depotctl depots set " + definition_.key +
                        " --location " + std::to_string(number_) + " --store-password"));
@@ -130,10 +123,6 @@ class DirectoryChecker final : public LocationChecker {
             Add(Wrong(Name("Password"), "there is no " + Name("Username") + " for it",
                       "write it, or remove the password"));
         }
-    }
-
-    void CheckStored() {
-        if (!settings_.credentialTarget.empty()) CheckPlainText();
     }
 
     void CheckPlainText() {
@@ -178,9 +167,10 @@ class DirectoryChecker final : public LocationChecker {
 }  // namespace
 
 Findings CheckLocation(const RawDefinition& definition, int location) {
-    NumberedLocation numbered = {definition, location, definition.Location(location)};
-    const LocationSettings& settings = numbered.settings;
-    return MakeByType<LocationChecker, FolderChecker, DirectoryChecker>(settings, numbered)->Run();
+    const LocationSettings settings = definition.Location(location);
+    return MakeByType<LocationChecker, FolderChecker, DirectoryChecker>(settings, definition,
+                                                                        location, settings)
+        ->Run();
 }
 
 }  // namespace depot::ctl

@@ -30,10 +30,6 @@ struct ImportOptions {
     StepOptions steps{};
 };
 
-HKEY RootOf(bool forMachine) {
-    return forMachine ? HKEY_LOCAL_MACHINE : HKEY_CURRENT_USER;
-}
-
 // The definitions of one hive, all or those that are named.
 std::vector<RawDefinition> Wanted(const ExportOptions& options) {
     const HKEY root = RootOf(options.forMachine);
@@ -49,13 +45,6 @@ std::vector<RawDefinition> Wanted(const ExportOptions& options) {
     }
     if (found.empty()) Refuse("no depot is defined for " + OwnerOf(root));
     return found;
-}
-
-void ShowFile(const Program& program, const std::string& text, FileForm form) {
-    if (program.renderer.IsJson()) return program.renderer.Answer({{"file", text}}, {});
-    if (program.output.IsTerminal()) return program.output.Write(text);
-    const std::string bytes = form == FileForm::kRegistry ? RegistryFileBytes(text) : text;
-    program.output.WriteBytes(bytes.data(), bytes.size());
 }
 
 void Export(const Program& program, const ExportOptions& options) {

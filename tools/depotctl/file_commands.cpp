@@ -88,9 +88,9 @@ Moving MovingOf(const Place& from, ItemKind kind, const Target& target,
     return moving;
 }
 
-TransferResult MoveOne(const Program& program, const Moving& moving) {
+std::uint32_t MoveOne(const Program& program, const Moving& moving) {
     const auto& [from, kind, to, existing, isNeeded] = moving;
-    if (RenameInPlace(from, to, kind, existing)) return {1, 0};
+    if (RenameInPlace(from, to, kind, existing)) return 1;
     return Transfer(program, from, to, {kind, existing, SourceFate::kGoes});
 }
 
@@ -108,7 +108,7 @@ void Move(Program& program, const TransferOptions& options) {
     for (const Moving& moving : all) {
         if (moving.isNeeded) steps.Note({"move", moving.from.Utf8(), moving.to.Utf8()});
         const bool moves = moving.isNeeded && steps.AreTaken();
-        answer.Add(moving.to, moves ? MoveOne(program, moving) : TransferResult{});
+        answer.Add(moving.to, moves ? MoveOne(program, moving) : 0);
     }
     answer.Give(steps);
 }

@@ -1,7 +1,8 @@
 #include "depotctl/hidden_entries.h"
 
+#include <algorithm>
+
 #include "depotctl/encoding.h"
-#include "directory/ldap_handles.h"
 
 namespace depot::ctl {
 namespace {
@@ -14,61 +15,48 @@ std::string ConflictFilter(const std::string& attribute) {
     return "(|(" + attribute + "=*\\0aCNF:*)(&(objectClass=ldapSubEntry)(nsds5ReplConflict=*)))";
 }
 
-// The entries of one search, for which one attribute is asked.
-class Found {
-public:
-    Found(CLDAPItems& directory, std::string attribute)
-        : client_(directory.Client()),
-          session_(directory.Connection().Handle()),
-          attribute_(std::move(attribute)) {}
-
-    std::uint32_t Search(std::string dn, ULONG scope, std::string filter) {
-        char* attributes[] = {attribute_.data(), nullptr};
-        LDAPMessage* found = nullptr;
-        const std::uint32_t code =
-            client_.ldap_search_s(session_, dn.data(), scope, filter.data(), attributes, 0, &found);
-        message_ = UniqueLdapMessage(found, {&client_});
-        return code;
-    }
-
-    // Calls `take` with the first value of each entry, or with null.
-    template <class Take>
-    void ForEach(const Take& take) {
-        if (!message_) return;
-        LDAPMessage* entry = client_.ldap_first_entry(session_, message_.get());
-        for (; entry != nullptr; entry = client_.ldap_next_entry(session_, entry)) {
-            const UniqueLdapValues values(
-                client_.ldap_get_values(session_, entry, attribute_.data()), {&client_});
-            take(values ? *values : nullptr);
-        }
-    }
-
-private:
-    DirectoryClient& client_;
-    LDAP* const session_;
-    std::string attribute_;
-    UniqueLdapMessage message_;
-};
-
 }  // namespace
 
+std::uint32_t EntrySearch::Run(std::string dn, ULONG scope, std::string filter) {
+    char* attributes[] = {attribute_.data(), nullptr};
+    LDAPMessage* found = nullptr;
+    const std::uint32_t code =
+        client_.ldap_search_s(session_, dn.data(), scope, filter.data(), attributes, 0, &found);
+    message_ = UniqueLdapMessage(found, {&client_});
+    return code;
+}
+
+std::vector<std::vector<std::string>> EntrySearch::Values() {
+    std::vector<std::vector<std::string>> all;
+    if (!message_) return all;
+    LDAPMessage* entry = client_.ldap_first_entry(session_, message_.get());
+    for (; entry != nullptr; entry = client_.ldap_next_entry(session_, entry)) {
+        const UniqueLdapValues values(client_.ldap_get_values(session_, entry, attribute_.data()),
+                                      {&client_});
+        std::vector<std::string>& texts = all.emplace_back();
+        for (char** value = values.get(); value != nullptr && *value != nullptr; ++value) {
+            texts.emplace_back(*value);
+        }
+    }
+    return all;
+}
+
 bool HidesClasses(CLDAPItems& directory, const std::string& dn) {
-    Found found(directory, kObjectClass);
-    static_cast<void>(found.Search(dn, LDAP_SCOPE_ONELEVEL, "(objectClass=*)"));
-    bool hides = false;
-    found.ForEach([&](const char* value) { hides = hides || value == nullptr; });
-    return hides;
+    EntrySearch search(directory, kObjectClass);
+    static_cast<void>(search.Run(dn, LDAP_SCOPE_ONELEVEL));
+    const auto all = search.Values();
+    return std::any_of(all.begin(), all.end(), [](const auto& values) { return values.empty(); });
 }
 
 Result FindReplicationConflicts(CLDAPItems& directory, const std::string& dn,
                                 std::vector<std::string>& names) {
     const std::string naming = directory.Schema().NamingNames().file;
-    Found found(directory, naming);
-    const std::uint32_t code = found.Search(dn, LDAP_SCOPE_SUBTREE, ConflictFilter(naming));
-    found.ForEach([&](const char* value) {
-        const std::string name = value != nullptr ? value : "?";
+    EntrySearch search(directory, naming);
+    const std::uint32_t code = search.Run(dn, LDAP_SCOPE_SUBTREE, ConflictFilter(naming));
+    for (const std::vector<std::string>& values : search.Values()) {
+        const std::string name = values.empty() ? "?" : values.front();
         names.push_back(Utf8FromAnsi(name.substr(0, name.find('\n'))));
-    });
+    }
     // More than a server hands out at once are shown as far as they came.
     return names.empty() ? directory.Connection().Outcome(code) : Result();
 }

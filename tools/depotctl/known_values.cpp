@@ -73,6 +73,11 @@ std::optional<ValueName> ParseValueName(std::string_view name) {
     return ValueName{known, std::stoi(std::string(parts.digits))};
 }
 
+bool IsPassword(std::string_view name) {
+    const auto known = ParseValueName(name);
+    return known && known->known->name == std::string_view("Password");
+}
+
 std::optional<std::string> DisplayLanguage(std::string_view name) {
     if (!SameName(name.substr(0, kDisplayName.size()), kDisplayName)) return std::nullopt;
     return std::string(name.substr(kDisplayName.size()));

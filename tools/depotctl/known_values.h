@@ -29,6 +29,9 @@ struct ValueName {
 // Returns nothing for a name that the component never asks for. Display names are not among these.
 std::optional<ValueName> ParseValueName(std::string_view name);
 
+// Whether a value is the password of a location, which is never shown.
+bool IsPassword(std::string_view name);
+
 // What language's display name a value is, such as "eng"; nothing for other values.
 std::optional<std::string> DisplayLanguage(std::string_view name);
 

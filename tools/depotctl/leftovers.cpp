@@ -82,10 +82,6 @@ const std::array<Server, 2>& Servers() {
     return servers;
 }
 
-std::string HiveName(HKEY root) {
-    return root == HKEY_CURRENT_USER ? "HKEY_CURRENT_USER\\" : "HKEY_LOCAL_MACHINE\\";
-}
-
 std::string TextIn(HKEY root, const std::string& path, const std::string& name = {}) {
     const auto key = RegistryKey::Open(root, path, KEY_QUERY_VALUE);
     return key ? ExpandEnvironment(key->ReadString(name).value_or("")) : "";
@@ -95,6 +91,9 @@ bool HasKey(HKEY root, const std::string& path) {
     return RegistryKey::Open(root, path, KEY_QUERY_VALUE).has_value();
 }
 
+// Finds what is left. What belongs to an installation whose library is there is not among it. Files
+// of directories that were kept for the user may be removed only where that is asked for: programs
+// that need no registration may use them.
 class LeftoverSearch {
 public:
     explicit LeftoverSearch(bool withKeptFiles) : withKeptFiles_(withKeptFiles) {}
@@ -233,13 +232,6 @@ private:
     bool isInstalled_ = false;
 };
 
-// Returns what is left. What belongs to an installation whose library is there is not among it.
-// Files of directories that were kept for the user may be removed only where that is asked for:
-// programs that need no registration may use them.
-std::vector<Leftover> FindLeftovers(bool withKeptFiles) {
-    return LeftoverSearch(withKeptFiles).Run();
-}
-
 struct LeftoverOptions {
     bool remove = false;
     bool keptFiles = false;
@@ -258,7 +250,7 @@ void ShowLeftovers(const Program& program, const LeftoverOptions& options) {
     Json rows = Json::array();
     std::string text;
     std::size_t failures = 0;
-    for (const Leftover& leftover : FindLeftovers(options.keptFiles)) {
+    for (const Leftover& leftover : LeftoverSearch(options.keptFiles).Run()) {
         const std::string state = options.remove           ? Remove(leftover, failures)
                                   : leftover.stays.empty() ? "left over"
                                                            : "stays";

@@ -54,16 +54,6 @@ Finding StandingMacro(const std::string& subject, const std::string& name) {
                  "docs/administration.md lists the macros");
 }
 
-bool HasDoubleBackslash(const std::string& path) {
-    std::size_t at = FindAscii(path, kSeparator);
-    while (at != std::string::npos) {
-        const std::size_t next = FindAscii(path, kSeparator, at + 1);
-        if (next == at + 1) return true;
-        at = next;
-    }
-    return false;
-}
-
 bool HasOuterBlank(const std::string& step) {
     return !step.empty() && step != "." && step != ".." &&
            (step.back() == ' ' || step.back() == '.' || step.front() == ' ');
@@ -75,7 +65,8 @@ void CheckSteps(const std::string& subject, const std::string& path, Findings& f
         findings.push_back(Wrong(subject, text, advice));
     };
     const std::string rest = path.substr(2);
-    if (HasDoubleBackslash(rest)) {
+    const auto areSeparators = [](char a, char b) { return a == kSeparator && b == kSeparator; };
+    if (std::adjacent_find(rest.begin(), rest.end(), areSeparators) != rest.end()) {
         add("it has two backslashes in a row", "write one (they are doubled in .reg files only)");
     }
     if (FindAscii(path, '/') != std::string::npos) {

@@ -6,7 +6,6 @@
 #include "depotctl/commands.h"
 #include "depotctl/encoding.h"
 #include "depotctl/failure.h"
-#include "depotctl/file_times.h"
 #include "depotctl/profile_values.h"
 #include "depotctl/utf8_text.h"
 #include "depotctl/wildcard.h"

@@ -18,28 +18,6 @@ bool IsNameCharacter(char c) {
     return IsLetter(c) || IsDigit(c) || c == ':' || c == '_' || c == '-' || c == '.';
 }
 
-void AppendCharacter(std::string& text, std::uint32_t code) {
-    std::u16string units;
-    if (code > 0xFFFF) {
-        units = {static_cast<char16_t>(0xD800 + ((code - 0x10000) >> 10U)),
-                 static_cast<char16_t>(0xDC00 + ((code - 0x10000) & 0x3FFU))};
-    } else {
-        units = {static_cast<char16_t>(code)};
-    }
-    text += Utf8FromUtf16(units);
-}
-
-std::optional<std::uint32_t> NumberIn(std::string_view digits, std::uint32_t base) {
-    if (digits.empty() || digits.size() > 8) return std::nullopt;
-    std::uint64_t number = 0;
-    for (const char digit : digits) {
-        if (base == 10 ? !IsDigit(digit) : !IsHexDigit(digit)) return std::nullopt;
-        const int value = IsDigit(digit) ? digit - '0' : LowerAscii(digit) - 'a' + 10;
-        number = number * base + static_cast<std::uint64_t>(value);
-    }
-    return static_cast<std::uint32_t>(number);
-}
-
 // "#65" and "#x41".
 std::optional<std::uint32_t> CodeOf(std::string_view name) {
     const bool isHex = name.starts_with("#x");
@@ -67,7 +45,7 @@ std::optional<std::string> Unescaped(std::string_view text) {
         const auto code = named == kNamed.end() ? CodeOf(name) : std::uint32_t{0};
         if (!code) return std::nullopt;
         if (named != kNamed.end()) plain += named->second;
-        if (named == kNamed.end()) AppendCharacter(plain, *code);
+        if (named == kNamed.end()) AppendUtf8(plain, *code);
         text.remove_prefix(end + 1);
     }
     return plain;

@@ -10,10 +10,6 @@
 namespace depot::ctl {
 namespace {
 
-struct ListOptions {
-    bool check = false;
-};
-
 // What became of an entry since the copy was made of it.
 std::string StateOf(KeptOrigins& origins, const KeptCopy& copy, const KeptEntry& entry) try {
     const PlacedTarget target({&origins.Open(entry), entry.path, false}, entry.dn);
@@ -58,13 +54,13 @@ std::vector<Column> Columns(bool checks) {
     return columns;
 }
 
-void List(Program& program, const ListOptions& options) {
+void List(Program& program, bool checks) {
     KeptOrigins origins(program);
     Json rows = Json::array();
     for (const KeptCopy& copy : AllKeptCopies(program)) {
-        rows.push_back(RowOf(program, origins, copy, options.check));
+        rows.push_back(RowOf(program, origins, copy, checks));
     }
-    program.renderer.List(rows, Columns(options.check));
+    program.renderer.List(rows, Columns(checks));
 }
 
 // The versions of a copy, and what is not known of them.
@@ -181,22 +177,18 @@ void AddKeptDiffCommand(CLI::App& recovered, Program& program) {
 }
 
 void AddRecoveredCommands(CLI::App& app, Program& program) {
-    const auto options = std::make_shared<ListOptions>();
-    CLI::App* const command = app.add_subcommand(
-        "recovered", "List the edits that could not be stored, and those that wait");
-    command->add_flag("--check", options->check,
-                      "Look whether the entries are as they were; servers are asked");
-    command->footer(
-        "Examples:\n  depotctl recovered --check\n"
-        "  depotctl recovered diff \"office 2026-05-31 14-07-09 (1).kre\"\n"
-        "  depotctl recovered restore --merge \"office 2026-05-31 14-07-09 (1).kre\"");
-    command->callback([&program, command, options] {
-        if (!command->get_subcommands().empty()) return;
-        program.command = [&program, options] { List(program, *options); };
-    });
-    AddKeptDiffCommand(*command, program);
-    AddKeptRestoreCommand(*command, program);
-    AddKeptFileCommands(*command, program);
+    const auto [command, checks] = AddCommand<bool>(
+        app, program,
+        {"recovered", "List the edits that could not be stored, and those that wait",
+         "Examples:\n  depotctl recovered --check\n"
+         "  depotctl recovered diff \"office 2026-05-31 14-07-09 (1).kre\"\n"
+         "  depotctl recovered restore --merge \"office 2026-05-31 14-07-09 (1).kre\""},
+        List);
+    command.add_flag("--check", checks,
+                     "Look whether the entries are as they were; servers are asked");
+    AddKeptDiffCommand(command, program);
+    AddKeptRestoreCommand(command, program);
+    AddKeptFileCommands(command, program);
 }
 
 }  // namespace depot::ctl

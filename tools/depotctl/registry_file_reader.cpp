@@ -36,27 +36,14 @@ std::optional<std::string> TakeQuoted(std::string_view& line) {
     }
 }
 
-std::uint32_t HexValue(char digit) {
-    return static_cast<std::uint32_t>(IsDigit(digit) ? digit - '0' : LowerAscii(digit) - 'a' + 10);
-}
-
-std::optional<std::uint32_t> HexNumber(std::string_view text, std::size_t mostDigits) {
-    if (text.empty() || text.size() > mostDigits) return std::nullopt;
-    std::uint32_t number = 0;
-    for (const char digit : text) {
-        if (!IsHexDigit(digit)) return std::nullopt;
-        number = number << 4U | HexValue(digit);
-    }
-    return number;
-}
-
 // "41,00,00,00" as text, up to its end.
 std::optional<std::string> TextOfBytes(std::string_view list) {
     std::u16string units;
     std::optional<std::uint32_t> low;
     while (!list.empty()) {
         const std::size_t comma = std::min(FindAscii(list, ','), list.size());
-        const auto byte = HexNumber(Trimmed(list.substr(0, comma)), 2);
+        const std::string_view digits = Trimmed(list.substr(0, comma));
+        const auto byte = digits.size() > 2 ? std::nullopt : NumberIn(digits, 16);
         if (!byte) return std::nullopt;
         list.remove_prefix(std::min(comma + 1, list.size()));
         if (low) units += static_cast<char16_t>(*low | *byte << 8U);
@@ -74,7 +61,7 @@ std::optional<RawValue> ValueOf(const std::string& name, std::string_view data) 
         return TextValue(name, *text);
     }
     if (data.starts_with(kNumber)) {
-        const auto number = HexNumber(data.substr(kNumber.size()), 8);
+        const auto number = NumberIn(data.substr(kNumber.size()), 16);
         return number ? std::optional(NumberValue(name, *number)) : std::nullopt;
     }
     const bool isExpandable = data.starts_with(kExpandable);

@@ -35,6 +35,21 @@ void Renderer::Lines(const Json& rows, const std::string& text) const {
     answered_ = true;
 }
 
+std::string Renderer::TimeText(const FILETIME& time) const {
+    SYSTEMTIME utc = {}, local = {};
+    if (!FileTimeToSystemTime(&time, &utc)) return {};
+    char text[32] = {};
+    if (json_ || isoTimes_) {
+        wsprintfA(text, "%04u-%02u-%02uT%02u:%02u:%02uZ", utc.wYear, utc.wMonth, utc.wDay,
+                  utc.wHour, utc.wMinute, utc.wSecond);
+        return text;
+    }
+    if (!SystemTimeToTzSpecificLocalTime(nullptr, &utc, &local)) return {};
+    wsprintfA(text, "%04u-%02u-%02u %02u:%02u", local.wYear, local.wMonth, local.wDay, local.wHour,
+              local.wMinute);
+    return text;
+}
+
 void Renderer::WriteTable(const std::string& table) const {
     const std::size_t heading = std::min(FindAscii(table, '\n'), table.size() - 1) + 1;
     stream_.Write(std::string_view(table).substr(0, heading), Emphasis::kHeading);

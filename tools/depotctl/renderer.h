@@ -5,7 +5,6 @@
 #include <string>
 #include <vector>
 
-#include "depotctl/file_times.h"
 #include "depotctl/table.h"
 #include "depotctl/terminal.h"
 
@@ -40,11 +39,10 @@ public:
     // What is done meanwhile, for people only.
     void Progress(const std::string& text) const;
 
-    // A time as this run shows it: by ISO 8601 in JSON and where the user wants it so.
+    // Returns a time, or nothing where there is none: as "2026-05-31 14:07", in the time of the
+    // machine, but in JSON and where the user wants it so by ISO 8601, as "2026-05-31T12:07:31Z".
+    std::string TimeText(const FILETIME& time) const;
     void UseIsoTimes() { isoTimes_ = true; }
-    std::string TimeText(const FILETIME& time) const {
-        return ctl::TimeText(time, json_ || isoTimes_ ? TimeForm::kIso : TimeForm::kLocal);
-    }
 
     // One answer: a value as it is, or its text, a line or more.
     void Answer(const Json& value, const std::string& text) const;

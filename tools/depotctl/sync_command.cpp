@@ -69,18 +69,17 @@ void Synchronize(Program& program, const SyncOptions& options) {
     steps.Note(copies);
     if (deletes) steps.Note(surplus);
     program.renderer.Progress(PlanText(copies, surplus.size(), deletes) + "\n");
-    TransferResult copied;
+    std::uint32_t copied = 0;
     std::size_t deleted = 0;
     if (steps.AreTaken()) {
         copied = CopyDifferent(program, difference);
         if (deletes) deleted = RemoveSurplus(difference);
     }
-    steps.Answer(
-        {{"synchronized", to.Utf8()},
-         {"files", copied.files},
-         {"deleted", deleted},
-         {"surplus", surplus.size() - deleted}},
-        "copied " + Counted(copied.files, "file") + ", deleted " + std::to_string(deleted));
+    steps.Answer({{"synchronized", to.Utf8()},
+                  {"files", copied},
+                  {"deleted", deleted},
+                  {"surplus", surplus.size() - deleted}},
+                 "copied " + Counted(copied, "file") + ", deleted " + std::to_string(deleted));
 }
 
 }  // namespace

@@ -24,14 +24,14 @@ public:
           target_(to, "write"),
           progress_(program.errors) {}
 
-    TransferResult File() {
+    std::uint32_t File() {
         Take(Copy(Request({})));
-        return {1, 0};
+        return 1;
     }
 
-    TransferResult Tree() {
+    std::uint32_t Tree() {
         Take(CopyWhole(Request(progress_.Watcher())));
-        return {progress_.FilesDone(), progress_.BytesDone()};
+        return progress_.FilesDone();
     }
 
     // Removes what was copied, as far as it still is what was copied.
@@ -122,14 +122,14 @@ bool IsSameOrInside(const Place& place, const Place& folder) {
 
 }  // namespace
 
-TransferResult Transfer(const Program& program, const Place& from, const Place& to,
-                        const TransferRules& rules) {
+std::uint32_t Transfer(const Program& program, const Place& from, const Place& to,
+                       const TransferRules& rules) {
     RequireApart(from, to);
     RequireFittingName(to, rules.kind);
     Work work(program, from, to, rules);
-    const TransferResult result = rules.kind == ItemKind::kFolder ? work.Tree() : work.File();
+    const std::uint32_t files = rules.kind == ItemKind::kFolder ? work.Tree() : work.File();
     if (rules.fate == SourceFate::kGoes) work.RemoveSource();
-    return result;
+    return files;
 }
 
 void RequireApart(const Place& from, const Place& to) {

@@ -15,18 +15,14 @@ struct TransferRules {
     SourceFate fate = SourceFate::kStays;
 };
 
-struct TransferResult {
-    std::uint32_t files = 0;
-    std::uint64_t bytes = 0;
-};
-
 // Copies a file, or a folder with all below it, to the place `to`, with a progress bar on a
 // terminal. With kRefuse nothing is copied when a file is there already. Ends the command on a
 // failure and when the user interrupts it; what was copied by then stays. Links to folders are left
 // out of a tree: all else is copied before the command ends with their number. A source that is to
 // be moved is removed after it was copied, and must be copied whole: with links nothing is copied.
-TransferResult Transfer(const Program& program, const Place& from, const Place& to,
-                        const TransferRules& rules);
+// Returns the number of files.
+std::uint32_t Transfer(const Program& program, const Place& from, const Place& to,
+                       const TransferRules& rules);
 
 // Refuses to copy or move a folder into itself.
 void RequireApart(const Place& from, const Place& to);

@@ -52,14 +52,14 @@ public:
     Update(const Program& program, const TreeDifference& difference)
         : program_(program), difference_(difference), left_(difference.LeftOutLeft()) {}
 
-    TransferResult Run() {
+    std::uint32_t Run() {
         for (const DifferentItem& item : difference_.Items()) Take(item);
         if (!left_.IsNothing()) {
             const Error why = difference_.LeftOpened().store.IncompleteError(left_);
             Refuse(difference_.Left(difference_.Items().front()).Shown() + ": " +
                    Utf8FromAnsi(why.text));
         }
-        return result_;
+        return files_;
     }
 
 private:
@@ -76,16 +76,14 @@ private:
 
     void Copy(const DifferentItem& item, ExistingEntries existing) {
         const ItemKind kind = item.isFolder ? ItemKind::kFolder : ItemKind::kFile;
-        const TransferResult one =
+        files_ +=
             Transfer(program_, difference_.Left(item), difference_.Right(item), {kind, existing});
-        result_.files += one.files;
-        result_.bytes += one.bytes;
     }
 
     const Program& program_;
     const TreeDifference& difference_;
     const LeftOut left_;
-    TransferResult result_;
+    std::uint32_t files_ = 0;
 };
 
 }  // namespace
@@ -109,16 +107,13 @@ std::vector<Step> CopySteps(const TreeDifference& difference) {
         }
         if (item.state != ItemState::kOnlyLeft) continue;
         RequireFittingName(to, item.isFolder ? ItemKind::kFolder : ItemKind::kFile);
-        if (item.isFolder) {
-            steps.push_back({"make", {}, to.Utf8()});
-        } else {
-            steps.push_back({"copy", difference.Left(item).Utf8(), to.Utf8()});
-        }
+        steps.push_back(item.isFolder ? Step{"make", {}, to.Utf8()}
+                                      : Step{"copy", difference.Left(item).Utf8(), to.Utf8()});
     }
     return steps;
 }
 
-TransferResult CopyDifferent(const Program& program, const TreeDifference& difference) {
+std::uint32_t CopyDifferent(const Program& program, const TreeDifference& difference) {
     return Update(program, difference).Run();
 }
 

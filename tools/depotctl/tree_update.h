@@ -18,7 +18,7 @@ std::vector<Step> CopySteps(const TreeDifference& difference);
 
 // Copies what is new or different, a new folder with all below it at once, and ends the command
 // afterwards when something had to be left out of the left tree.
-TransferResult CopyDifferent(const Program& program, const TreeDifference& difference);
+std::uint32_t CopyDifferent(const Program& program, const TreeDifference& difference);
 
 // What deleting what only the right side has takes.
 std::vector<Step> RemovalSteps(const TreeDifference& difference);

@@ -93,19 +93,6 @@ std::uint32_t TakeCharacter(std::u16string_view& units) {
     return 0x10000 + ((first - 0xD800) << 10) + (second - 0xDC00);
 }
 
-void AppendUtf8(std::string& text, std::uint32_t code) {
-    const auto add = [&](std::uint32_t byte) { text += static_cast<char>(byte); };
-    if (code < 0x80) return add(code);
-    if (code < 0x800) {
-        add(0xC0 | code >> 6);
-    } else {
-        add(code < 0x10000 ? 0xE0 | code >> 12 : 0xF0 | code >> 18);
-        if (code >= 0x10000) add(0x80 | (code >> 12 & 0x3F));
-        add(0x80 | (code >> 6 & 0x3F));
-    }
-    add(0x80 | (code & 0x3F));
-}
-
 bool IsControl(std::uint32_t code) {
     return code < 0x20 || (code >= 0x7F && code < 0xA0);
 }
@@ -122,6 +109,19 @@ std::size_t FindAnyAscii(std::string_view text, std::string_view characters, std
 
 bool EndsInAscii(std::string_view text, char character) {
     return text.ends_with(character);
+}
+
+void AppendUtf8(std::string& text, std::uint32_t code) {
+    const auto add = [&](std::uint32_t byte) { text += static_cast<char>(byte); };
+    if (code < 0x80) return add(code);
+    if (code < 0x800) {
+        add(0xC0 | code >> 6);
+    } else {
+        add(code < 0x10000 ? 0xE0 | code >> 12 : 0xF0 | code >> 18);
+        if (code >= 0x10000) add(0x80 | (code >> 12 & 0x3F));
+        add(0x80 | (code >> 6 & 0x3F));
+    }
+    add(0x80 | (code & 0x3F));
 }
 
 std::u16string Utf16(std::string_view text) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -17,6 +18,9 @@ bool EndsInAscii(std::string_view text, char character);
 std::u16string Utf16(std::string_view text);
 std::string Utf8FromUtf16(std::u16string_view units);  // a half of a pair becomes U+FFFD
 std::size_t Utf16Length(std::string_view text);
+
+// Appends the character of that code.
+void AppendUtf8(std::string& text, std::uint32_t code);
 
 // Returns how many columns the text takes: wide East Asian characters take two, combining marks
 // none. A byte that is not part of UTF-8 counts as one character.
