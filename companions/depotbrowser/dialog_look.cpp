@@ -31,10 +31,7 @@ DialogLook::DialogLook(HWND dialog)
     : dialog_(dialog), firstResolution_(PixelsPerInch(dialog)), colours_(dialog) {
     for (HWND control = GetWindow(dialog, GW_CHILD); control != nullptr;
          control = GetWindow(control, GW_HWNDNEXT)) {
-        RECT place = {};
-        GetWindowRect(control, &place);
-        MapWindowPoints(nullptr, dialog, reinterpret_cast<POINT*>(&place), 2);
-        controls_.push_back({control, place, ColumnsOf(control)});
+        controls_.push_back({control, PlaceOf(control), ColumnsOf(control)});
     }
 }
 

@@ -123,6 +123,13 @@ int TextWidth(HWND control, const std::wstring& label) {
     return static_cast<int>(area.right);
 }
 
+RECT PlaceOf(HWND control) {
+    RECT place = {};
+    GetWindowRect(control, &place);
+    MapWindowPoints(nullptr, GetAncestor(control, GA_PARENT), reinterpret_cast<POINT*>(&place), 2);
+    return place;
+}
+
 std::wstring TextOf(HWND control) {
     std::wstring text(static_cast<std::size_t>(GetWindowTextLengthW(control)) + 1, L'\0');
     const int length = GetWindowTextW(control, text.data(), static_cast<int>(text.size()));

@@ -40,6 +40,9 @@ DialogTemplate LoadDialogTemplate(HMODULE module, WORD dialog);
 // Returns the whole text of a control of this thread, or the title of a window.
 std::wstring TextOf(HWND control);
 
+// Returns where a control lies in its parent, or a window on the screen.
+RECT PlaceOf(HWND control);
+
 // What a window, or the screen when it is null, is drawn on.
 struct CanvasReleaser {
     HWND window;

@@ -157,9 +157,7 @@ void KeptWindow::AddColumns(int control, const ColumnStyle (&columns)[Count]) co
 
 // Each button is as wide as its text, which languages differ in.
 void KeptWindow::PlaceButtons() const {
-    RECT first = {};
-    GetWindowRect(Control(kCommands[0]), &first);
-    MapWindowPoints(nullptr, window_, reinterpret_cast<POINT*>(&first), 2);
+    const RECT first = PlaceOf(Control(kCommands[0]));
     int x = static_cast<int>(first.left);
     for (const int command : kCommands) {
         const HWND button = Control(command);

@@ -119,24 +119,16 @@ void ShowOrMaskPassword(HWND window) {
     InvalidateRect(field, nullptr, TRUE);
 }
 
-// Returns where a control lies in its window.
-RECT PlaceOf(HWND window, HWND control) {
-    RECT place = {};
-    GetWindowRect(control, &place);
-    MapWindowPoints(nullptr, window, reinterpret_cast<POINT*>(&place), 2);
-    return place;
-}
-
 // Takes out a row of that many dialog units that holds one control: what lies below moves up.
 void RemoveRow(HWND window, int control, int units) {
     const HWND removed = GetDlgItem(window, control);
-    const LONG top = PlaceOf(window, removed).top;
+    const LONG top = PlaceOf(removed).top;
     RECT row = {0, 0, 0, units};
     MapDialogRect(window, &row);
     DestroyWindow(removed);
     for (HWND one = GetWindow(window, GW_CHILD); one != nullptr;
          one = GetWindow(one, GW_HWNDNEXT)) {
-        const RECT place = PlaceOf(window, one);
+        const RECT place = PlaceOf(one);
         if (place.top < top) continue;
         SetWindowPos(one, nullptr, place.left, place.top - row.bottom, 0, 0,
                      SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE);

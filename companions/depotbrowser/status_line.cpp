@@ -1,6 +1,7 @@
 #include "depotbrowser/status_line.h"
 
 #include "depotbrowser/browse_ids.h"
+#include "depotbrowser/dialog_template.h"
 // After the Windows headers.
 #include <commctrl.h>
 
@@ -16,9 +17,7 @@ const LPCWSTR kWarning = MAKEINTRESOURCEW(32515);
 }  // namespace
 
 void MoveTo(HWND control, const Box& box) {
-    RECT now = {};
-    GetWindowRect(control, &now);
-    MapWindowPoints(nullptr, GetAncestor(control, GA_PARENT), reinterpret_cast<POINT*>(&now), 2);
+    const RECT now = PlaceOf(control);
     const RECT then = {box.x, box.y, box.Right(), box.Bottom()};
     // A place that is kept costs the system as much as another one.
     if (EqualRect(&now, &then)) return;
