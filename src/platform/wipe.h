@@ -11,7 +11,7 @@ namespace depot {
 // the compiler, because nothing reads it.
 template <class Text>
 void Wipe(Text& text) noexcept {
-    // Within the capacity nothing is allocated. A text that was moved from has room of its own left.
+    // Within the capacity nothing is allocated. A text that was moved from has some room.
     text.resize(text.capacity());  // NOLINT(clang-analyzer-cplusplus.Move)
     volatile auto* const characters = text.data();
     for (std::size_t at = 0; at < text.size(); ++at) characters[at] = 0;
