@@ -85,7 +85,7 @@ private:
         }
         ownStore = std::make_unique<OfflineStore>(items, *memory.offline);
         memory.offline->SetStoreEdits(
-            [&items](OfflineFolder& folder) { StoreWaitingEdits(items, folder); });
+            [&items](OfflineFolder& folder) { return StoreWaitingEdits(items, folder); });
     }
 
     std::unique_ptr<DirectoryStore> ownStore;

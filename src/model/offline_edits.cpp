@@ -22,17 +22,21 @@ public:
     WaitingEdits(CLDAPItems& directory, OfflineFolder& folder)
         : directory_(directory), entries_(directory.Entries()), folder_(folder) {}
 
-    void Run() {
+    // Returns false where the server cannot be reached any more.
+    bool Run() {
         std::vector<OfflineRecord> edits = folder_.Edits();
-        for (std::size_t first = 0; first < edits.size(); first += EntryStore::kWindow) {
+        bool isReached = true;
+        for (std::size_t first = 0; isReached && first < edits.size();
+             first += EntryStore::kWindow) {
             const std::size_t count = std::min(EntryStore::kWindow, edits.size() - first);
-            if (!RunTogether({edits.data() + first, count})) break;
+            isReached = RunTogether({edits.data() + first, count});
         }
         for (const std::string& damaged : folder_.TakeDamaged()) {
             Note(Concatenate(
                 {"A file that waited for the directory cannot be read any more:\n", damaged}));
         }
         if (!text_.empty()) ShowNotice(text_);
+        return isReached;
     }
 
 private:
@@ -178,11 +182,12 @@ private:
 
 }  // namespace
 
-void StoreWaitingEdits(CLDAPItems& directory, OfflineFolder& folder) {
+bool StoreWaitingEdits(CLDAPItems& directory, OfflineFolder& folder) {
     const EditsLock lock(folder.Path(), 0);
-    if (!lock) return;
+    if (!lock) return true;
     const ConnectionScope connection(directory.Connection());
-    if (connection) WaitingEdits(directory, folder).Run();
+    if (!connection) return !connection.Outcome().Is(Reason::kUnreachable);
+    return WaitingEdits(directory, folder).Run();
 }
 
 }  // namespace depot

@@ -58,13 +58,10 @@ bool OfflineLocation::IsApart(LdapConnection& connection) {
         return true;
     }
     if (!editsAreStored_) {
-        editsAreStored_ = true;
-        if (storeEdits_ && folder_.HasEdits()) {
-            const StoringScope storing(isStoring_);
-            storeEdits_(folder_);
-        }
+        const StoringScope storing(isStoring_);
+        editsAreStored_ = !storeEdits_ || !folder_.HasEdits() || storeEdits_(folder_);
     }
-    return false;
+    return !editsAreStored_;
 }
 
 void OfflineLocation::KeepFile(const std::string& dn, const void* bytes,

@@ -34,13 +34,14 @@ public:
     explicit OfflineLocation(const CDepotPath& location);
 
     // Stores waiting edits. Called with a server that can be reached, before anything else is asked
-    // of it.
-    using StoreEdits = std::function<void(OfflineFolder& folder)>;
+    // of it. Returns false where it was lost before all were tried.
+    using StoreEdits = std::function<bool(OfflineFolder& folder)>;
     void SetStoreEdits(StoreEdits storeEdits) { storeEdits_ = std::move(storeEdits); }
 
     // Whether the server cannot be reached, found out by connecting without showing or asking
     // anything. One that let wait for its answer is not asked again for half a minute. Has the
-    // waiting edits stored by the first call that reaches it.
+    // waiting edits stored by the first call that reaches it; one that is lost over them cannot be
+    // reached: nothing may overtake them.
     bool IsApart(LdapConnection& connection);
 
     // Keep what was seen or stored, and forget it. What cannot be kept, also for want of memory, is

@@ -86,6 +86,37 @@ TEST_F(OfflineTest, AServerThatIsLostBeforeItAnswersHasTheKeptFileRead) {
     EXPECT_THAT(boxes_.Boxes(), IsEmpty());
 }
 
+// Whatever the session does next, its own edit that waits is stored before it.
+TEST_F(OfflineTest, EditThatIsLostOnItsWayAgainIsNotOvertakenByTheNext) {
+    test::Relay relay(own_.Port());
+    for (const DWORD detects : {0u, 1u, 2u}) {
+        SCOPED_TRACE(detects);
+        const std::string mine = "mine" + std::to_string(detects);
+        key_.Dword("Work", "DetectConflicts1", detects);
+        Define(relay.Port(), test::kSuffix);
+        StoreByOthers(test::kOld);
+        {
+            const auto file = Load();
+            file->WriteString("S", "K", mine);
+            Away();
+            EXPECT_TRUE(file->Release());
+            Back();
+        }
+        // The log-on comes through, and the edit does not.
+        relay.Disturb({.dropBeforeRequest = 2});
+        const auto file = Load();
+        EXPECT_EQ(mine, file->ReadString("S", "K", "(none)", 100));
+        EXPECT_EQ(1u, WaitingEdits().size());
+        relay.Disturb({});
+        file->WriteString("S", "L", "second");
+        EXPECT_TRUE(file->Release());
+        EXPECT_EQ("[S]\r\nK=" + mine + "\r\nL=second\r\n", Entry());
+        EXPECT_THAT(WaitingEdits(), IsEmpty());
+    }
+    EXPECT_THAT(RecoveredFiles(), IsEmpty());
+    EXPECT_THAT(boxes_.Boxes(), IsEmpty());
+}
+
 TEST_F(OfflineTest, WaitingEditsAreStoredInWindows) {
     constexpr int kFiles = 40;
     for (int number = 0; number < kFiles; ++number) {
