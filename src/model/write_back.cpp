@@ -117,7 +117,7 @@ private:
             return StoreGuarded({entries_, dn_, *bytes_, origin.digest, BaseOf(origin)}, merge_);
         }
         if (origin.code != LDAP_SUCCESS) {
-            if (Result kept = KeepEntry(origin); !kept) return kept;
+            if (Result kept = KeepEntry(); !kept) return kept;
         }
         return entries_.Replace(dn_, Data(), Length());
     }
@@ -131,12 +131,12 @@ private:
     const std::uint8_t* Data() const { return bytes_->data(); }
     std::uint32_t Length() const { return static_cast<std::uint32_t>(bytes_->size()); }
 
-    // Keeps what the entry holds now. One that was missing had no bytes that could be lost, unless
-    // it was only out of this user's sight, and still is.
-    Result KeepEntry(const WorkingCopyOrigin& origin) {
+    // Keeps what the entry holds now, of which the working copy knows nothing: also where it was
+    // missing then, as with a replica that had not heard of it.
+    Result KeepEntry() {
         FileBuffer present;
         Result read = entries_.ReadSeen(dn_, present);
-        if (!read || present.length == 0 || origin.code == LDAP_NO_SUCH_OBJECT) return read;
+        if (!read || present.length == 0) return read;
         kept_ = KeepRecovered(Name(), present.bytes.get(), present.length);
         NoteRecovered(kept_, {.location = &directory_.Location(),
                               .dn = dn_,

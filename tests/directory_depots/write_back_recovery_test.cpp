@@ -259,6 +259,18 @@ TEST_F(RecoveryTest, FailedFetchHasTheEntrysBytesRecoveredBeforeTheyAreReplaced)
     EXPECT_EQ(kNew, Stored("a.kra"));
 }
 
+TEST_F(RecoveryTest, EntryThatWasMissingAtTheLoadHasItsBytesRecoveredBeforeTheyAreReplaced) {
+    const auto file = Load("late.kra");
+    EXPECT_THAT(file->FetchCode(), test::IsCode(LDAP_NO_SUCH_OBJECT));
+    file->WriteString("S", "K", "new");
+    server_.AddFile("late.kra", base_, kOld);
+    EXPECT_TRUE(file->Release());
+    ASSERT_THAT(RecoveredFiles(), SizeIs(1));
+    EXPECT_EQ(kOld, FileBytes(RecoveredFiles().front()));
+    EXPECT_THAT(boxes_.Texts().back(), EndsWith("\n" + RecoveredFiles().front()));
+    EXPECT_EQ(kNew, Stored("late.kra"));
+}
+
 TEST_F(RecoveryTest, FailedFetchThatStillFailsLeavesTheEntryAndRecoversTheEdit) {
     Choose();
     Directory().Client().ldap_search_s = &FailSearch;
