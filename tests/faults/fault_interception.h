@@ -69,14 +69,15 @@ private:
             LDAPMessage** const message = MessageOutput(arguments...);
             if (message != nullptr && *message != nullptr) Note(Holding::kMessage, 1);
         }
-        if constexpr (Point::kHolding == Holding::kHandle && std::is_same_v<Returned, HANDLE>) {
-            ForgetServerHandle(result);
-        }
         if constexpr (Point::kChange < 0) {
             // Whatever is given back is gone, whatever the call says.
             Note(Point::kHolding, Point::kChange);
         } else if constexpr (Point::kHolding != Holding::kNothing) {
-            if (HandsOut<Point>(result)) Note(Point::kHolding, Point::kChange);
+            if (!HandsOut<Point>(result)) return result;
+            if constexpr (Point::kHolding == Holding::kHandle && std::is_same_v<Returned, HANDLE>) {
+                ForgetServerHandle(result);
+            }
+            Note(Point::kHolding, Point::kChange);
         }
         return result;
     }

@@ -75,6 +75,7 @@ HANDLE WINAPI MakeMapping(HANDLE file, LPSECURITY_ATTRIBUTES security, DWORD pro
     if (name != nullptr && std::strncmp(name, kServers, sizeof(kServers) - 1) == 0) {
         serverHandles.Add(mapping);
     } else {
+        ForgetServerHandle(mapping);
         Note(Holding::kHandle, 1);
     }
     return mapping;
@@ -90,6 +91,7 @@ LPVOID WINAPI MapView(HANDLE mapping, DWORD access, DWORD high, DWORD low, SIZE_
     if (serverHandles.Knows(mapping)) {
         serverViews.Add(view);
     } else {
+        serverViews.Remove(view);
         Note(Holding::kView, 1);
     }
     return view;
@@ -108,7 +110,10 @@ BOOL WINAPI Close(HANDLE handle) {
 // A thread without a token of its own is no failure.
 BOOL WINAPI OpenTokenOfThread(HANDLE thread, DWORD access, BOOL asSelf, PHANDLE token) {
     const BOOL opened = real<&OpenThreadToken>(thread, access, asSelf, token);
-    if (opened && IsWatched()) Note(Holding::kHandle, 1);
+    if (opened && IsWatched()) {
+        ForgetServerHandle(*token);
+        Note(Holding::kHandle, 1);
+    }
     return opened;
 }
 
