@@ -91,8 +91,14 @@ STDMETHODIMP CDepotIntrApi::DPSetProfileString(LONG_PTR lDPIntr, BSTR* bstrSectN
         if (!session.currentFile) return CallFailure{kUnexplained};
         const DWORD error = session.currentFile->WriteString(
             NarrowText(bstrSectName), NarrowText(bstrKeyName), NarrowText(bstValue));
+        CallFailure failure = {error};
+        // Without a working copy, what kept it from being made is what keeps the edit from it.
+        if (error == ERROR_BAD_PATHNAME && session.currentFile->FetchCode() != 0) {
+            failure = FailureOf(session.currentFile->FetchFailure());
+        }
         // A success all the same; who wants to know asks the second interface.
-        return CallFailure{error, {}, true};
+        failure.isNotice = true;
+        return failure;
     });
 }
 

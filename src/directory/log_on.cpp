@@ -59,8 +59,11 @@ bool LdapConnection::FindOtherCredentials(LogOnAttempt& attempt, Result& failure
             failure = Report(LDAP_USER_CANCELLED);
             return false;
         case PromptResult::kNobodyAsked:
-            // To a simple bind this is the same as a user who cancelled.
-            failure = Outcome(LDAP_USER_CANCELLED);
+            // To a simple bind this is the same as a user who cancelled, unless nothing that could
+            // have been typed would have helped.
+            if (CredentialsMayHelp(attempt.code) || shared_.PromptingIsOff()) {
+                failure = Outcome(LDAP_USER_CANCELLED);
+            }
             Fail();
             return false;
         case PromptResult::kNothingAsked:

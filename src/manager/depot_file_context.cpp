@@ -149,7 +149,10 @@ bool DepotFileContext::Release() {
 }
 
 Result DepotFileContext::StoreFailure() const {
-    return Directory().Connection().Outcome(Directory().LastError());
+    const std::uint32_t code = Directory().LastError();
+    // A working copy that could not be made is missing for a reason of its own.
+    const bool wasMade = code != LDAP_PARAM_ERROR || FetchFailure().IsDone();
+    return wasMade ? Directory().Connection().Outcome(code) : FetchFailure();
 }
 
 void DepotFileContext::KeepLocally() noexcept try {

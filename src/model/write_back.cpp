@@ -36,7 +36,9 @@ public:
         reason_ = origin.code;
         // What cannot be read, or is not all that was written, replaces nothing.
         const bool whole = bytes_ && localError_ == ERROR_SUCCESS;
+        wasUnread_ = origin.code != LDAP_SUCCESS && origin.code != LDAP_NO_SUCH_OBJECT;
         Result stored = whole ? StoreOrQueue(origin) : Failure(LDAP_LOCAL_ERROR);
+        isReplaced_ = stored && !kept_.empty();
         if (stored) return stored;
         reason_ = stored.Why().code;
         if (reason_ == LDAP_ADMIN_LIMIT_EXCEEDED) limitText_ = stored.Text();
@@ -183,10 +185,21 @@ private:
 
     std::string Reason() {
         if (reason_ != LDAP_SUCCESS) directory_.SetLastError(reason_);
+        if (isReplaced_) {
+            return Concatenate({UnreadText(),
+                                "Your changes took the place of what the directory "
+                                "held, which is kept here:"});
+        }
         if (reason_ == kContentsChanged) return ConflictText();
         if (reason_ == LDAP_NO_SUCH_ATTRIBUTE) return UnseenContentsText(Name());
         if (reason_ == LDAP_ADMIN_LIMIT_EXCEEDED) return limitText_;
         return localError_ != ERROR_SUCCESS ? LocalErrorText() : directory_.ErrorText();
+    }
+
+    std::string UnreadText() const {
+        return Concatenate({"\"", Name(),
+                            wasUnread_ ? "\" could not be read when it was opened. "
+                                       : "\" was not found when it was opened. "});
     }
 
     std::string LocalErrorText() const {
@@ -197,6 +210,10 @@ private:
     }
 
     std::string ConflictText() const {
+        if (wasUnread_) {
+            return Concatenate({UnreadText(), "What the directory holds stays",
+                                kept_.empty() ? "." : "; your changes are kept here:"});
+        }
         const std::string lead =
             Concatenate({"\"", Name(), "\" was changed by someone else meanwhile. "});
         if (merge_.unmerged) {
@@ -221,6 +238,8 @@ private:
     std::string limitText_;  // of LDAP_ADMIN_LIMIT_EXCEEDED
     std::string kept_;
     bool mustStay_ = false;
+    bool wasUnread_ = false;   // the entry, at the load
+    bool isReplaced_ = false;  // what the entry held, of which the working copy knew nothing
 };
 
 }  // namespace

@@ -228,6 +228,31 @@ TEST_F(UnaskedTest, WithoutAPromptAFailedBindEndsTheConnectionAndPromptingStaysO
     EXPECT_THAT(boxes_.Texts(), ElementsAre(MessageFor(LDAP_INVALID_CREDENTIALS)));
 }
 
+TEST_F(UnaskedTest, WithoutAPromptAServerThatDoesNotAnswerIsReportedAsThatAndNotAsACancel) {
+    UnseenPrompt unseen;
+    for (test::ScriptedPrompt* const prompt : {static_cast<test::ScriptedPrompt*>(nullptr),
+                                               static_cast<test::ScriptedPrompt*>(&unseen)}) {
+        CLDAPItems& items = Make(test::kEditor, test::kEditorPassword);
+        items.Connection().SetPrompt(prompt);
+        server_.Stop();
+        EXPECT_THAT(items.ConnectLocation(&text_), Fails());
+        server_.Continue();
+        EXPECT_THAT(items.LastError(), IsCode(LDAP_SERVER_DOWN));
+        EXPECT_EQ(MessageFor(LDAP_SERVER_DOWN), text_);
+        EXPECT_EQ(0u, Info().noPrompt);
+    }
+}
+
+TEST_F(UnaskedTest, WithPromptingOffAServerThatDoesNotAnswerIsReportedAsACancel) {
+    CLDAPItems& items = Make(test::kEditor, test::kEditorPassword);
+    Info().noPrompt = 1;
+    server_.Stop();
+    EXPECT_THAT(items.ConnectLocation(&text_), Fails());
+    server_.Continue();
+    EXPECT_THAT(items.LastError(), IsCode(LDAP_USER_CANCELLED));
+    EXPECT_THAT(prompt_.shown, IsEmpty());
+}
+
 TEST_F(UnaskedTest, InstalledPromptServesEveryConnectionAsLongAsItIsInstalled) {
     CDepotPath location = server_.Location();
     location.password.clear();

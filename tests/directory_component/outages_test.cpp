@@ -50,6 +50,10 @@ void InApartment(DWORD kind, const Work& work) {
     }).join();
 }
 
+DWORD CodeOfLastError(IDepotIntrApi2& api2, const Session& session) {
+    return static_cast<DWORD>(LastErrorOf(api2, session).code);
+}
+
 // What a client reads, empty where the file cannot be loaded.
 std::wstring Load(IDepotIntrApi& api, Session& session) {
     if (api.DPLoadFile(session.Address(), Text(kFile)) != S_OK) return {};
@@ -140,6 +144,26 @@ TEST_F(OutagesTest, ManyClientsThatStartAtOnceAfterAnOutageAllWork) {
     std::cout << "the last of " << kClients << " clients worked after "
               << std::chrono::duration_cast<std::chrono::milliseconds>(taken).count() << " ms\n";
     EXPECT_EQ(kClients, working);
+    EXPECT_THAT(world_.boxes.Boxes(), testing::IsEmpty());
+}
+
+TEST_F(OutagesTest, EditOfAFileThatNoServerHandedOutIsReportedAsUnreachableByEachMethod) {
+    const Com<IDepotIntrApi2> api2 = Api2Of(*api_);
+    Session session(*api_);
+    OutBool answer;
+    ASSERT_THAT(api2->Quiet(session, VARIANT_TRUE, answer), IsOk());
+    world_.first.Stop();
+    world_.second.Stop();
+    EXPECT_THAT(api_->DPLoadFile(session.Address(), Text(kFile)), IsOk());
+    EXPECT_EQ(ERROR_HOST_UNREACHABLE, CodeOfLastError(*api2, session));
+    EXPECT_THAT(api_->DPSetProfileString(session, Text("S"), Text("K"), Text("mine")), IsOk());
+    EXPECT_EQ(ERROR_HOST_UNREACHABLE, CodeOfLastError(*api2, session));
+    world_.first.Continue();
+    EXPECT_THAT(api_->DPFlushFile(session), IsOk());
+    EXPECT_EQ(ERROR_HOST_UNREACHABLE, CodeOfLastError(*api2, session));
+    EXPECT_THAT(api_->DPLoadFile(session.Address(), Text(kFile)), IsOk());
+    EXPECT_EQ(ERROR_SUCCESS, CodeOfLastError(*api2, session));
+    EXPECT_EQ(L"first", Load(*api_, session));
     EXPECT_THAT(world_.boxes.Boxes(), testing::IsEmpty());
 }
 

@@ -110,6 +110,25 @@ TEST_P(AnyServerConflictTest, EntryThatSomeoneChangedStaysAndTheEditIsRecovered)
     EXPECT_EQ(kContentsChanged, Directory().LastError());
 }
 
+ULONG LDAPAPI FailSearch(LDAP*, char*, ULONG, char*, char**, ULONG, LDAPMessage** result) {
+    *result = nullptr;
+    return LDAP_BUSY;
+}
+
+TEST_P(AnyServerConflictTest, EditOfAFileThatCouldNotBeReadBlamesNobodyElse) {
+    Choose();
+    const auto realSearch = Directory().Client().ldap_search_s;
+    Directory().Client().ldap_search_s = &FailSearch;
+    const auto file = LoadChanged();
+    Directory().Client().ldap_search_s = realSearch;
+    EXPECT_FALSE(file->Release());
+    EXPECT_EQ(kOld, Stored());
+    ExpectRecovered(kNew);
+    EXPECT_THAT(boxes_.Texts().back(),
+                testing::StartsWith("\"a.kra\" could not be read when it was opened. What the "
+                                    "directory holds stays; your changes are kept here:\n"));
+}
+
 TEST_P(AnyServerConflictTest, ErrorTextOfAConflictEndsWithThePath) {
     WorkingCopyOrigin origin;
     Load();

@@ -256,6 +256,10 @@ TEST_F(RecoveryTest, FailedFetchHasTheEntrysBytesRecoveredBeforeTheyAreReplaced)
     Directory().Client().ldap_search_s = realSearch;
     EXPECT_TRUE(file->Release());
     ExpectRecovered(kOld);
+    EXPECT_THAT(boxes_.Texts().back(),
+                testing::StartsWith("\"a.kra\" could not be read when it was opened. Your changes "
+                                    "took the place of what the directory held, which is kept "
+                                    "here:\n"));
     EXPECT_EQ(kNew, Stored("a.kra"));
 }
 
@@ -267,6 +271,8 @@ TEST_F(RecoveryTest, EntryThatWasMissingAtTheLoadHasItsBytesRecoveredBeforeTheyA
     EXPECT_TRUE(file->Release());
     ASSERT_THAT(RecoveredFiles(), SizeIs(1));
     EXPECT_EQ(kOld, FileBytes(RecoveredFiles().front()));
+    EXPECT_THAT(boxes_.Texts().back(),
+                testing::StartsWith("\"late.kra\" was not found when it was opened. "));
     EXPECT_THAT(boxes_.Texts().back(), EndsWith("\n" + RecoveredFiles().front()));
     EXPECT_EQ(kNew, Stored("late.kra"));
 }
