@@ -44,7 +44,7 @@ bench: ## Measure the component against the raw system calls
 	@tools/bench
 
 lint: ## Check formatting, layering and the code itself
-	@tools/setup lint
+	@tools/setup lint fuzz
 	@tools/build release
 	@tools/lint full
 

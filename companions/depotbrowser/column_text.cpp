@@ -33,8 +33,9 @@ std::wstring ExtensionLabel(std::wstring_view name) {
     const std::size_t dot = name.rfind(L'.');
     if (dot == std::wstring_view::npos) return {};
     std::wstring label(name.substr(dot + 1));
-    std::transform(label.begin(), label.end(), label.begin(),
-                   [](wchar_t c) { return static_cast<wchar_t>(std::towupper(c)); });
+    std::transform(label.begin(), label.end(), label.begin(), [](wchar_t c) {
+        return static_cast<wchar_t>(std::towupper(static_cast<std::wint_t>(c)));
+    });
     return label;
 }
 
