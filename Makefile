@@ -52,7 +52,7 @@ format: ## Format the sources in place
 	@tools/setup lint
 	@tools/lint format
 
-coverage: ## Measure the line coverage of all tests
+coverage: ## Measure the coverage by all tests
 	@tools/setup
 	@tools/build coverage
 	@tools/coverage
