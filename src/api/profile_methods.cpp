@@ -17,12 +17,10 @@ HRESULT RunOnCurrentFile(LONG_PTR handle, const Body& body,
         [&](DepotSession& session) { return session.currentFile && body(session); }, method);
 }
 
-// Loads a file. Returns why it does not show what it holds, or else that a change of the file
+// Why a file that was just loaded does not show what it holds, or else that a change of the file
 // before could not be stored: the methods succeed all the same, because clients rely on that, and
 // leave the reason to the second interface.
-CallFailure Load(DepotSession& session, const std::string& path) {
-    Result released;
-    session.LoadFile(path, &released);
+CallFailure LoadFailure(const DepotSession& session, const Result& released) {
     CallFailure failure = FailureOf(session.currentFile->FetchFailure());
     if (failure.code == 0) failure = FailureOf(released);
     failure.isNotice = true;
@@ -47,7 +45,9 @@ STDMETHODIMP CDepotIntrApi::DPLoadFile(LONG_PTR* plDPIntr, BSTR* bstrFileToLoad)
         if (!session) return {session.Refusal()};
         CallFailure failure;
         if (const auto path = ExactName(bstrFileToLoad)) {
-            failure = Load(*session, *path);
+            Result released;
+            session->LoadFile(*path, &released);
+            failure = LoadFailure(*session, released);
         } else {
             // Kept: any name is a success.
             // Relied on by: clients that load first and look for values then. Without a current
@@ -106,8 +106,9 @@ STDMETHODIMP CDepotIntrApi::DPFlushFile(LONG_PTR lDPIntr) noexcept {
     return RunOnSession(lDPIntr, WithoutHandle::kFail, [](DepotSession& session) -> CallFailure {
         if (!session.currentFile) return {kUnexplained};
         if (!session.currentFile->NeedsWorkingCopy()) return {};
-        const std::string path = session.currentFile->depotPath;
-        return Load(session, path);
+        Result released;
+        session.ReloadFile(&released);
+        return LoadFailure(session, released);
     });
 }
 

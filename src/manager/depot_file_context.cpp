@@ -148,6 +148,23 @@ bool DepotFileContext::Release() {
     return stored;
 }
 
+std::optional<std::vector<std::uint8_t>> DepotFileContext::EntryBytes() const {
+    const bool isKnown = isWorkingCopy_ && (origin_.code == LDAP_SUCCESS || changed);
+    return isKnown ? ReadLocalFile(localPath) : std::nullopt;
+}
+
+void DepotFileContext::ContinueWith(std::span<const std::uint8_t> bytes) {
+    const Result failure = FetchFailure();
+    // What is hidden meanwhile stays so.
+    if (failure || failure.Is(Reason::kUnseen)) return;
+    const std::string entry = DisplayToStorage(*depot, depotPath);
+    std::string copy = CopyOfKnown(Directory(), entry, bytes, origin_);
+    if (copy.empty()) return;
+    if (isWorkingCopy_) DeleteWorkingCopy(localPath);
+    localPath = std::move(copy);
+    isWorkingCopy_ = true;
+}
+
 Result DepotFileContext::StoreFailure() const {
     const std::uint32_t code = Directory().LastError();
     // A working copy that could not be made is missing for a reason of its own.

@@ -2,7 +2,10 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
+#include <span>
 #include <string>
+#include <vector>
 
 #include "model/depots.h"
 #include "model/working_copy.h"
@@ -54,6 +57,13 @@ public:
     // Returns false when a change could not be stored. When memory runs out meanwhile the file can
     // be released again; a changed working copy then stays even without that.
     bool Release();
+
+    // The bytes that the entry holds as soon as the file is released; nothing where that is not
+    // known, and for any other file.
+    std::optional<std::vector<std::uint8_t>> EntryBytes() const;
+    // Continues with them after another context released the file, where the entry could not be
+    // fetched again: an empty working copy would take its place with the next edit.
+    void ContinueWith(std::span<const std::uint8_t> bytes);
 
     // Why the last release could not store a change. REQUIRES: it could not.
     Result StoreFailure() const;

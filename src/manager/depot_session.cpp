@@ -1,5 +1,7 @@
 #include "manager/depot_session.h"
 
+#include <optional>
+
 #include "manager/depot_list.h"
 #include "platform/system_version.h"
 
@@ -39,6 +41,13 @@ void DepotSession::ShareUserFolder() {
 void DepotSession::LoadFile(const std::string& path, Result* released) {
     ReleaseFile(released);
     currentFile = std::make_unique<DepotFileContext>(path, Depots());
+}
+
+void DepotSession::ReloadFile(Result* released) {
+    const std::string path = currentFile->depotPath;
+    const std::optional<std::vector<std::uint8_t>> bytes = currentFile->EntryBytes();
+    LoadFile(path, released);
+    if (released->IsDone() && bytes) currentFile->ContinueWith(*bytes);
 }
 
 void DepotSession::ReleaseFile(Result* released) {

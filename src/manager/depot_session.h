@@ -32,6 +32,10 @@ public:
     // `released` receives why a change of that one could not be stored.
     void LoadFile(const std::string& path, Result* released = nullptr);
 
+    // Releases the current file and loads it again, with the same result. What it was stored as, or
+    // loaded as, serves on where its server is lost in between. REQUIRES: there is a current file.
+    void ReloadFile(Result* released);
+
     // Leaves the session without a current file, with the same result.
     void ReleaseFile(Result* released = nullptr);
 

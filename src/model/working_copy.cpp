@@ -161,6 +161,18 @@ std::string FetchToLocal(CLDAPItems& directory, const std::string& dn, WorkingCo
     return isMade ? copy.Release() : std::string();
 }
 
+std::string CopyOfKnown(CLDAPItems& directory, const std::string& dn,
+                        std::span<const std::uint8_t> bytes, WorkingCopyOrigin& origin) {
+    NewWorkingCopy copy(MakeTempFileName());
+    const WorkingCopySource source = SourceOf(directory, dn);
+    WorkingCopyOrigin made = FillCopy({directory, source, copy.Path()}, bytes, LDAP_SUCCESS);
+    if (made.code != LDAP_SUCCESS) return {};
+    made.memory = std::move(origin.memory);
+    if (made.memory.offline) made.bytes.emplace(bytes.begin(), bytes.end());
+    origin = std::move(made);
+    return copy.Release();
+}
+
 void KeepWorkingCopy(const std::string& localPath, const std::string& name,
                      const std::string& folder, const RefusedEdits& refused) {
     const auto bytes = ReadLocalFile(localPath);

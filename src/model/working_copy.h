@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -51,6 +52,12 @@ struct WorkingCopyOrigin {
 // that was stored is kept among the recovered files, and a message box names it.
 std::string FetchToLocal(CLDAPItems& directory, const std::string& dn,
                          WorkingCopyOrigin* origin = nullptr, CopyMemory memory = {});
+
+// Makes a working copy of bytes that the entry is known to hold, where they cannot be fetched.
+// Returns its path, empty where it could not be written; only otherwise `origin` becomes that of a
+// fetch of these bytes.
+std::string CopyOfKnown(CLDAPItems& directory, const std::string& dn,
+                        std::span<const std::uint8_t> bytes, WorkingCopyOrigin& origin);
 
 // Ends a working copy: stores its bytes in the entry when `writeBack` is set, and deletes it in
 // every case. Returns 1 when nothing had to be stored or all was. An empty path with `writeBack`

@@ -9,6 +9,7 @@
 #include "support/box_log.h"
 #include "support/component_depots.h"
 #include "support/directory_fixture.h"
+#include "support/relay.h"
 #include "support/results.h"
 #include "support/working_files.h"
 
@@ -165,6 +166,40 @@ TEST_F(OutagesTest, EditOfAFileThatNoServerHandedOutIsReportedAsUnreachableByEac
     EXPECT_EQ(ERROR_SUCCESS, CodeOfLastError(*api2, session));
     EXPECT_EQ(L"first", Load(*api_, session));
     EXPECT_THAT(world_.boxes.Boxes(), testing::IsEmpty());
+}
+
+TEST_F(OutagesTest, FlushWhoseReloadIsCutGoesOnWithWhatItStored) {
+    DirectoryServer server;
+    Relay relay(server.Port());
+    DefineDirectoryDepot(depots_, "Cut", relay.Port(), kSuffix);
+    const Com<IDepotIntrApi2> api2 = Api2Of(*api_);
+    for (int request = 1; request <= 5; ++request) {
+        SCOPED_TRACE(request);
+        const std::string name = "a" + std::to_string(request) + ".kra";
+        server.AddFile(name, kSuffix, "[S]\r\nK=first\r\nL=stays\r\n");
+        Session session(*api_);
+        OutBool answer;
+        OutText value, text;
+        ASSERT_THAT(api2->Quiet(session, VARIANT_TRUE, answer), IsOk());
+        ASSERT_THAT(api_->DPLoadFile(session.Address(), Text("<Cut>\\" + name)), IsOk());
+        api_->DPSetProfileString(session, Text("S"), Text("K"), Text("mine"));
+        relay.Disturb({.dropBeforeRequest = request});
+        EXPECT_THAT(api_->DPFlushFile(session), IsOk());
+        relay.Disturb({});
+        const bool isReported = CodeOfLastError(*api2, session) != ERROR_SUCCESS;
+        EXPECT_THAT(api2->ReadText(session, Bstr(Wide("<Cut>\\" + name)), text), IsOk());
+        if (text.Value().find(L"mine") == std::wstring::npos) {
+            EXPECT_TRUE(isReported);
+            continue;
+        }
+        EXPECT_FALSE(isReported);
+        api_->DPGetProfileString(session, Text("S"), Text("L"), Text("-"), value, 100);
+        EXPECT_EQ(L"stays", value.Value());
+        api_->DPSetProfileString(session, Text("S"), Text("M"), Text("later"));
+        EXPECT_THAT(api_->DPFlushFile(session), IsOk());
+        EXPECT_THAT(api2->ReadText(session, Bstr(Wide("<Cut>\\" + name)), text), IsOk());
+        EXPECT_EQ(L"[S]\r\nK=mine\r\nL=stays\r\nM=later\r\n", text.Value());
+    }
 }
 
 TEST_F(OutagesTest, WholeTextStaysWhileNoServerAnswersAndNoBoxIsShown) {
