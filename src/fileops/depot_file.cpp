@@ -24,7 +24,7 @@ Result MoveByShell(PathPair paths, HWND window, UINT operation) {
     }
     const bool done = RunShellOperation(
         {operation, {paths.from}, &paths.to, kQuietFlags, window, kShellSinglePathBytes});
-    return done ? Result() : ShellError(paths.to);
+    return done ? Result() : ShellError(paths.from);
 }
 
 // Whether what has this name may go into a folder under it.

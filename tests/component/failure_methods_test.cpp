@@ -62,12 +62,22 @@ TEST_F(FailureMethodsTest, SessionKeepsItsLastFailureUntilItsNextCall) {
 TEST_F(FailureMethodsTest, MethodsOfTheFirstInterfaceLeaveTheirFailuresToo) {
     EXPECT_THAT(api_->DPRenameFile(session_, Text("<Work>\\none.kra"), Text("<Work>\\a.kra")),
                 IsRefused());
-    EXPECT_NE(0, Last().code);
-    EXPECT_NE(L"", Last().text);
+    EXPECT_EQ(ERROR_FILE_NOT_FOUND, static_cast<DWORD>(Last().code));
+    EXPECT_THAT(Last().text, HasSubstr(L"none.kra"));
     EXPECT_THAT(api_->DPDeleteFile(session_, Text("<Work>\\none.kra")), IsRefused());
     EXPECT_EQ(ERROR_FILE_NOT_FOUND, static_cast<DWORD>(Last().code));
     EXPECT_THAT(api_->DPSetSelItemPath(session_, Text("x")), IsOk());
     EXPECT_EQ(ERROR_SUCCESS, Last().code);
+}
+
+TEST_F(FailureMethodsTest, RenameOfAFileThatIsHeldSaysWhy) {
+    const std::string file = folder_.MakeFile("Work\\a.kra", "[S]\r\nK=old\r\n");
+    const UniqueHandle held =
+        OwnFile(CreateFileA(file.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr));
+    EXPECT_THAT(api_->DPRenameFile(session_, Text("<Work>\\a.kra"), Text("<Work>\\b.kra")),
+                IsRefused());
+    EXPECT_EQ(ERROR_SHARING_VIOLATION, static_cast<DWORD>(Last().code));
+    EXPECT_THAT(Last().text, HasSubstr(L"a.kra"));
 }
 
 TEST_F(FailureMethodsTest, ValueThatCouldNotBeWrittenIsASuccessThatSaysWhy) {
