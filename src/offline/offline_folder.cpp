@@ -33,6 +33,8 @@ constexpr char kLockName[] = "edits.lock";
 // Half a digest keeps names short and is still unique.
 constexpr std::size_t kNameBytes = 16;
 constexpr DWORD kLockPause = 10;
+// Far longer than any process takes for a file, in units of 100 nanoseconds.
+constexpr std::uint64_t kLeftForGood = std::uint64_t{3600} * 10'000'000;
 
 std::string HexName(std::string_view text) {
     const Digest digest = DigestOf(text.data(), text.size());
@@ -193,11 +195,22 @@ std::vector<OfflineFolder::KeptFile> OfflineFolder::KeptFiles() const {
     return files;
 }
 
+void OfflineFolder::RemoveLeftovers() const {
+    FileSearch search(JoinPath(path_, "lda*.tmp"));
+    WIN32_FIND_DATAA found = {};
+    const std::uint64_t now = TimeNow();
+    while (search.Next(found)) {
+        if (Joined(found.ftLastWriteTime) + kLeftForGood > now) continue;
+        DeleteFileA(JoinPath(path_, found.cFileName).c_str());
+    }
+}
+
 void OfflineFolder::MakeRoom(const std::string& path, std::uint64_t bytes) {
     const auto replaced = StateOf(path);
     const std::uint64_t less = replaced ? replaced->size : 0;
     if (used_) used_ = std::max(*used_, less) - less + bytes;
     if (used_ && *used_ <= limit_) return;
+    RemoveLeftovers();
     // Other processes add and delete as well.
     std::vector<KeptFile> files = KeptFiles();
     std::sort(files.begin(), files.end(),

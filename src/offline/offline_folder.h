@@ -83,6 +83,9 @@ private:
     std::string FileOf(OfflineKind kind, std::string_view dn) const;
     std::optional<OfflineRecord> ReadFile(const std::string& path) const;
     std::vector<KeptFile> KeptFiles() const;
+    // Deletes new files that did not take their places, because another program held them or their
+    // process was ended.
+    void RemoveLeftovers() const;
     void MakeRoom(const std::string& path, std::uint64_t bytes);
     void SetAside(const std::string& path) const;
 

@@ -164,9 +164,10 @@ TEST_F(OfflineFolderTest, AWriteThatCannotBeMadeLeavesTheEarlierRecord) {
     EXPECT_EQ("first", Read(OfflineKind::kEdit, "a.kra"));
 }
 
-// Gives the only fetched file a time of its last write, in seconds before now.
-void SetAge(const OfflineFolder& folder, std::uint64_t seconds) {
-    const auto files = FilesIn(folder.Path(), "*.file");
+// Gives the only file that matches a time of its last write, in seconds before now.
+void SetAge(const OfflineFolder& folder, std::uint64_t seconds,
+            const std::string& pattern = "*.file") {
+    const auto files = FilesIn(folder.Path(), pattern);
     ASSERT_EQ(1u, files.size());
     FILETIME now = {};
     GetSystemTimeAsFileTime(&now);
@@ -177,6 +178,16 @@ void SetAge(const OfflineFolder& folder, std::uint64_t seconds) {
         OwnFile(CreateFileA(files.front().c_str(), FILE_WRITE_ATTRIBUTES, 0, nullptr, OPEN_EXISTING,
                             FILE_ATTRIBUTE_NORMAL, nullptr));
     ASSERT_TRUE(SetFileTime(file.get(), nullptr, nullptr, &written));
+}
+
+TEST_F(OfflineFolderTest, NewFilesThatNeverTookTheirPlaceAreDeletedLater) {
+    ASSERT_TRUE(folder_.Prepare());
+    Damage(folder_.Path() + "\\lda0001.tmp");
+    SetAge(folder_, 2 * 3600, "*.tmp");
+    // It may still be in use.
+    Damage(folder_.Path() + "\\lda0002.tmp");
+    EXPECT_TRUE(folder_.Write(Record(OfflineKind::kFile, "a.kra", "fetched")));
+    EXPECT_THAT(FilesIn(folder_.Path(), "*.tmp"), ElementsAre(testing::EndsWith("\\lda0002.tmp")));
 }
 
 TEST_F(OfflineFolderTest, WhatWasComparedOnceIsNotOpenedAgain) {
