@@ -1,6 +1,8 @@
 // What the dialog looks like.
 #include <gtest/gtest.h>
 
+#include <set>
+
 #include "com/automation.h"
 #include "config/languages.h"
 #include "depotbrowser/appearance.h"
@@ -212,6 +214,43 @@ TEST_F(DialogAppearanceTest, TextsOfEveryLanguageFitTheirControls) {
             }
         }
     });
+}
+
+TEST_F(DialogAppearanceTest, ExampleOfTheServersNamesIsShownWholeInEveryLanguage) {
+    ShowWhole([&](const OpenDialog& dialog) {
+        const HWND control = dialog.Control(CONTROL_EXAMPLE);
+        for (const Language& one : kLanguages) {
+            for (const wchar_t* example :
+                 {L"cn=Mary Walker,dc=farrow,dc=test", L"mary.walker@ads.example.com"}) {
+                std::wstring text = TextIn(std::string(one.code), IDS_CREDENTIALS_NAME_FORM);
+                ASSERT_NE(std::wstring::npos, text.find(L"%s")) << one.code;
+                text.replace(text.find(L"%s"), 2, example);
+                EXPECT_LE(NeededSize(control, text, true).cy, SizeOf(control).cy + 2) << one.code;
+            }
+        }
+    });
+}
+
+// The letter behind the first ampersand, in capitals; 0 where there is none.
+wchar_t AccessKeyOf(const std::wstring& text) {
+    const std::size_t at = text.find(L'&');
+    if (at == std::wstring::npos || at + 1 == text.size()) return L'\0';
+    const wchar_t letter = text[at + 1];
+    return static_cast<wchar_t>(
+        reinterpret_cast<ULONG_PTR>(CharUpperW(reinterpret_cast<LPWSTR>(ULONG_PTR{letter}))));
+}
+
+TEST_F(DialogAppearanceTest, CommandsOfOneMenuHaveDifferentAccessKeysInEveryLanguage) {
+    for (const Language& one : kLanguages) {
+        std::set<wchar_t> keys;
+        for (const UINT command : {IDS_BROWSE_OPEN, IDS_BROWSE_GO_TO_FOLDER, IDS_BROWSE_RENAME,
+                                   IDS_BROWSE_MAKE_COPY, IDS_BROWSE_DELETE, IDS_BROWSE_NEW_FOLDER,
+                                   IDS_BROWSE_REFRESH, IDS_BROWSE_PROPERTIES}) {
+            const wchar_t key = AccessKeyOf(TextIn(std::string(one.code), command));
+            EXPECT_NE(L'\0', key) << one.code << " " << command;
+            EXPECT_TRUE(keys.insert(key).second) << one.code << " " << command;
+        }
+    }
 }
 
 TEST_F(DialogAppearanceTest, ControlsLieInsideTheDialogAndDoNotOverlap) {
