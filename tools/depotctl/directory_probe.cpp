@@ -109,6 +109,15 @@ std::optional<Problem> DirectoryProbe::LogOn(const std::string& userName,
 // The client says little of why it has no connection.
 Problem DirectoryProbe::WhyNotLoggedOn(std::uint32_t code) const {
     Problem problem = ProblemFor(code);
+    // Nothing but the user is named in a bind.
+    if (code == LDAP_INVALID_DN_SYNTAX) {
+        problem.text =
+            "the user name is not one that the server takes: no valid distinguished name (LDAP " +
+            std::to_string(code) + ")";
+        problem.advice =
+            "correct Username; directories take the name of an entry, such as "
+            "cn=Anna,dc=example,dc=com";
+    }
     if (problem.isUnreachable) {
         if (const auto reason = Reach()) return *reason;
     }
