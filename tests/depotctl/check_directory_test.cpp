@@ -83,6 +83,14 @@ TEST_F(CheckDirectoryTest, CredentialsAreNeverToBeStoredTwice) {
                 AllOf(HasSubstr("--store-password"), Not(HasSubstr("Username and Password"))));
 }
 
+TEST_F(CheckDirectoryTest, ClassThatCannotHaveTheNamingAttributeIsAProblem) {
+    key_.Text("Dir", "FolderObjectClass1", "organizationalUnit");
+    EXPECT_EQ("problem: organizationalUnit has no CN, so that no entry of this kind can be made",
+              Step("schema"));
+    key_.Text("Dir", "FolderAttributeName1", "ou");
+    EXPECT_EQ("ok: all classes and attributes are there", Step("schema"));
+}
+
 TEST_F(CheckDirectoryTest, MissingBaseIsNamed) {
     key_.Text("Dir", "Path1", "cn=Nowhere," + dir_.base);
     EXPECT_EQ("problem: the base \"cn=Nowhere," + dir_.base + "\" is not there, or may not be seen",
