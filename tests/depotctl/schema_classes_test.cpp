@@ -9,6 +9,7 @@ const SchemaTexts kSchema = {
     {"( 2.5.6.0 NAME 'top' ABSTRACT MUST objectClass )",
      "( 2.5.6.5 NAME ( 'organizationalUnit' 'ouClass' ) DESC 'a unit ( MAY be cn )' SUP top "
      "STRUCTURAL MUST ou MAY ( userPassword $ l ) )",
+     "( 1.0 NAME 'told' DESC 'it MAY have ( nothing ) MUST sn' SUP 'top' MAY( l$cn ) )",
      "( 1.1 NAME 'folder' SUP top STRUCTURAL MUST ( commonName ) )",
      "( 1.2 NAME 'inner' SUP folder STRUCTURAL )", "( 1.3 NAME 'lost' SUP unseen STRUCTURAL )",
      "( 1.4 NAME 'all' SUP extensibleObject )", "( 1.5 NAME 'extensibleObject' SUP top AUXILIARY )",
@@ -21,6 +22,8 @@ TEST(SchemaClassesTest, ClassLacksAttributesThatNeitherItNorWhatItIsMadeFromName
     EXPECT_TRUE(LacksAttribute(kSchema, "ring", "cn"));
     EXPECT_FALSE(LacksAttribute(kSchema, "organizationalUnit", "ou"));
     EXPECT_FALSE(LacksAttribute(kSchema, "folder", "cn"));
+    EXPECT_FALSE(LacksAttribute(kSchema, "told", "cn"));
+    EXPECT_TRUE(LacksAttribute(kSchema, "told", "ou"));
     EXPECT_FALSE(LacksAttribute(kSchema, "inner", "CN"));
 }
 

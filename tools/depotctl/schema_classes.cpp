@@ -11,10 +11,20 @@ namespace {
 
 using Words = std::vector<std::string>;
 
-// The words of a description; brackets are words, quotes and dollar signs mean nothing here.
+// The words of a description; brackets are words, dollar signs mean nothing here. What stands in
+// quotes is one word with its first quote, so that it is no key word.
 Words WordsOf(const std::string& description) {
     Words words(1);
+    bool isQuoted = false;
     for (const char c : description) {
+        if (c == '\'') {
+            isQuoted = !isQuoted;
+            if (isQuoted) words.emplace_back();
+        }
+        if (isQuoted) {
+            words.back() += c;
+            continue;
+        }
         const bool isBracket = c == '(' || c == ')';
         if (!isBracket && c != ' ' && c != '\'' && c != '$' && c != '\t') {
             words.back() += c;
@@ -36,8 +46,13 @@ Words ListBehind(const Words& words, std::string_view keyWord) {
         return SameName(word, keyWord);
     });
     if (found == words.end() || found + 1 == words.end()) return {};
-    if (*(found + 1) != "(") return {*(found + 1)};
-    return {found + 2, std::find(found, words.end(), ")")};
+    const bool isOne = *(found + 1) != "(";
+    Words list(isOne ? found + 1 : found + 2,
+               isOne ? found + 2 : std::find(found, words.end(), ")"));
+    for (std::string& word : list) {
+        if (word.starts_with('\'')) word.erase(0, 1);
+    }
+    return list;
 }
 
 bool Contains(const Words& names, const std::string& name) {
