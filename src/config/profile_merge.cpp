@@ -1,5 +1,6 @@
 #include "config/profile_merge.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <unordered_map>
 #include <unordered_set>
@@ -121,10 +122,11 @@ bool AreSame(const ProfileLine* left, const ProfileLine* right) {
 
 class Merge {
 public:
-    Merge(const Version& base, const Version& theirs, const Version& ours)
+    Merge(const Version& base, const Version& theirs, const Version& ours, MergeWinner winner)
         : base_(base),
           theirs_(theirs),
           ours_(ours),
+          oursWins_(winner == MergeWinner::kOurs),
           changed_(theirs.lines.size()),
           values_(theirs.lines.size() + 1),
           sections_(theirs.lines.size() + 1) {}
@@ -157,6 +159,7 @@ private:
         bool isNew = false;  // the section, to theirs and to the base
         for (const ProfileLine& line : ours_.lines) {
             if (line.section != section) {
+                TakeComments(place);
                 section = line.section;
                 isNew = !theirs_.Has(section) && !base_.Has(section);
                 place = PlaceOfSection(section, place);
@@ -165,8 +168,23 @@ private:
                 TakeValue(line, place);
             } else if (isNew) {
                 sections_[place].push_back(&line);
+            } else if (oursWins_ && IsAddedComment(line)) {
+                comments_.push_back(&line);
             }
         }
+        TakeComments(place);
+    }
+
+    // Whether ours added it, a line that is no value included, and theirs lacks it.
+    bool IsAddedComment(const ProfileLine& line) {
+        if (line.kind != LineKind::kOther) return false;
+        const int known = std::max(base_.OthersOf(line.id), theirs_.OthersOf(line.id));
+        return ++seen_[line.id] > known;
+    }
+
+    void TakeComments(std::size_t place) {
+        for (const ProfileLine* comment : comments_) Insert(*comment, place);
+        comments_.clear();
     }
 
     // Where a section's lines begin; one that theirs lacks follows the one before it.
@@ -183,11 +201,16 @@ private:
         const auto found = theirs_.places.find(line.id);
         const ProfileLine* const theirs =
             found == theirs_.places.end() ? nullptr : &theirs_.lines[found->second];
-        if (theirs != nullptr && line.kind == LineKind::kValue) place = found->second + 1;
+        if (theirs != nullptr && line.kind == LineKind::kValue) {
+            TakeComments(found->second);
+            place = found->second + 1;
+        }
         if (AreSame(base, &line) || AreSame(theirs, &line)) return;
-        if (!AreSame(base, theirs)) {
-            conflicts_.push_back(ConflictOf(ours_, line));
-        } else if (theirs != nullptr) {
+        const bool isConflict = !AreSame(base, theirs);
+        if (isConflict) conflicts_.push_back(ConflictOf(ours_, line));
+        if (isConflict && !oursWins_) return;
+        TakeComments(place);
+        if (theirs != nullptr) {
             changed_[found->second].replacement = &line;
         } else {
             Insert(line, place);
@@ -195,13 +218,13 @@ private:
     }
 
     void Insert(const ProfileLine& line, std::size_t place) {
-        if (theirs_.Has(line.section)) {
+        if (line.section == 0 || theirs_.Has(line.section)) {
             values_[place].push_back(&line);
             return;
         }
         // Theirs may have deleted a section meanwhile that ours has a new value in.
         const bool isFirst = inserted_.insert(line.section).second;
-        if (isFirst && line.kind == LineKind::kValue) {
+        if (isFirst && line.kind != LineKind::kHeader) {
             sections_[place].push_back(ours_.Find(line.section));
         }
         sections_[place].push_back(&line);
@@ -214,11 +237,11 @@ private:
             if (found == theirs_.places.end()) continue;
             if (line.kind == LineKind::kHeader) {
                 deletedSections_.insert(line.id);
-            } else if (AreSame(&line, &theirs_.lines[found->second])) {
-                changed_[found->second].isDropped = true;
-            } else {
-                conflicts_.push_back(ConflictOf(base_, line));
+                continue;
             }
+            const bool isConflict = !AreSame(&line, &theirs_.lines[found->second]);
+            if (isConflict) conflicts_.push_back(ConflictOf(base_, line));
+            if (!isConflict || oursWins_) changed_[found->second].isDropped = true;
         }
     }
 
@@ -316,7 +339,10 @@ private:
     const Version& base_;
     const Version& theirs_;
     const Version& ours_;
-    std::vector<Change> changed_;  // of each line of theirs
+    const bool oursWins_;
+    std::vector<const ProfileLine*> comments_;     // of ours, on their way to the next value
+    std::unordered_map<std::uint32_t, int> seen_;  // how often ours had a line up to here
+    std::vector<Change> changed_;                  // of each line of theirs
     // What the lines of theirs are followed by, counted from the first one's front: values of the
     // section that they are in, and then other sections.
     std::vector<std::vector<const ProfileLine*>> values_, sections_;
@@ -330,7 +356,8 @@ struct Texts {
     std::string base, theirs, ours;
 };
 
-std::optional<ProfileMerge> MergeTexts(const ProfileVersions& versions, LetterCase letters) {
+std::optional<ProfileMerge> MergeTexts(const ProfileVersions& versions, MergeWinner winner,
+                                       LetterCase letters) {
     NameTable names;
     auto base = ReadProfileLines(versions.base, letters, names);
     if (!base) return std::nullopt;
@@ -338,11 +365,12 @@ std::optional<ProfileMerge> MergeTexts(const ProfileVersions& versions, LetterCa
     if (!theirs) return std::nullopt;
     auto ours = ReadProfileLines(versions.ours, letters, names);
     if (!ours) return std::nullopt;
-    return Merge(Version(std::move(*base)), Version(std::move(*theirs)), Version(std::move(*ours)))
+    return Merge(Version(std::move(*base)), Version(std::move(*theirs)), Version(std::move(*ours)),
+                 winner)
         .Run();
 }
 
-std::optional<ProfileMerge> MergeUtf16(const ProfileVersions& versions) {
+std::optional<ProfileMerge> MergeUtf16(const ProfileVersions& versions, MergeWinner winner) {
     for (const std::string_view bytes : {versions.base, versions.theirs, versions.ours}) {
         if (bytes.size() % 2 != 0) return std::nullopt;
     }
@@ -350,7 +378,7 @@ std::optional<ProfileMerge> MergeUtf16(const ProfileVersions& versions) {
         return FromUtf16(bytes.substr(kUtf16Mark.size()));
     };
     const Texts texts = {text(versions.base), text(versions.theirs), text(versions.ours)};
-    auto merged = MergeTexts({texts.base, texts.theirs, texts.ours}, LetterCase::kOfAscii);
+    auto merged = MergeTexts({texts.base, texts.theirs, texts.ours}, winner, LetterCase::kOfAscii);
     if (!merged) return merged;
     merged->bytes = ToUtf16(merged->bytes);
     merged->namesAreUtf8 = true;
@@ -360,11 +388,11 @@ std::optional<ProfileMerge> MergeUtf16(const ProfileVersions& versions) {
     return merged;
 }
 
-std::optional<ProfileMerge> MergeMarkedUtf8(const ProfileVersions& versions) {
+std::optional<ProfileMerge> MergeMarkedUtf8(const ProfileVersions& versions, MergeWinner winner) {
     const std::size_t mark = kUtf8Mark.size();
     auto merged = MergeTexts(
         {versions.base.substr(mark), versions.theirs.substr(mark), versions.ours.substr(mark)},
-        LetterCase::kOfAscii);
+        winner, LetterCase::kOfAscii);
     if (!merged) return merged;
     merged->bytes.insert(0, kUtf8Mark);
     merged->namesAreUtf8 = true;
@@ -373,7 +401,7 @@ std::optional<ProfileMerge> MergeMarkedUtf8(const ProfileVersions& versions) {
 
 }  // namespace
 
-std::optional<ProfileMerge> MergeProfiles(const ProfileVersions& versions) {
+std::optional<ProfileMerge> MergeProfiles(const ProfileVersions& versions, MergeWinner winner) {
     const bool oursIsAll = versions.theirs == versions.base;
     if (oursIsAll) return ProfileMerge{std::string(versions.ours), {}, false};
     if (versions.ours == versions.base || versions.ours == versions.theirs) {
@@ -383,9 +411,9 @@ std::optional<ProfileMerge> MergeProfiles(const ProfileVersions& versions) {
     if (EncodingOf(versions.theirs) != encoding || EncodingOf(versions.ours) != encoding) {
         return std::nullopt;
     }
-    if (encoding == Encoding::kUtf16) return MergeUtf16(versions);
-    if (encoding == Encoding::kMarkedUtf8) return MergeMarkedUtf8(versions);
-    return MergeTexts(versions, LetterCase::kOfCodePage);
+    if (encoding == Encoding::kUtf16) return MergeUtf16(versions, winner);
+    if (encoding == Encoding::kMarkedUtf8) return MergeMarkedUtf8(versions, winner);
+    return MergeTexts(versions, winner, LetterCase::kOfCodePage);
 }
 
 }  // namespace depot

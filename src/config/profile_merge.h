@@ -2,6 +2,7 @@
 // here asks the system.
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -30,6 +31,9 @@ struct ProfileVersions {
     std::string_view ours;
 };
 
+// Whose value a value has that both sides changed.
+enum class MergeWinner : std::uint8_t { kTheirs, kOurs };
+
 // Returns theirs with what ours changed since the base. Sections and keys are compared as the
 // profile functions do: without regard to letter case, the first of several of one name being the
 // one that is read; the n-th of one name is compared with the n-th. The order, the comments and the
@@ -39,10 +43,14 @@ struct ProfileVersions {
 // and so is a comment that ours changed in a section that theirs has, too. Where one side changed
 // nothing the result is the other side, byte for byte.
 //
+// Where ours wins such a value is as ours has it, and the comments that ours added stand beside
+// those of theirs: all of them stay. The conflicts are named all the same.
+//
 // Nothing comes back where both sides changed something and one of the three is no profile: a
 // profile has a section's header before its first value, holds no NUL, and is encoded as the other
 // two, as narrow text or as UTF-16 with a byte order mark. In UTF-16 only the letters of ASCII are
 // compared without case.
-std::optional<ProfileMerge> MergeProfiles(const ProfileVersions& versions);
+std::optional<ProfileMerge> MergeProfiles(const ProfileVersions& versions,
+                                          MergeWinner winner = MergeWinner::kTheirs);
 
 }  // namespace depot

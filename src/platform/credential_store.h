@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "platform/secret_text.h"
 
@@ -23,6 +24,10 @@ std::wstring StoreTarget(const std::string& target);
 // Returns what is stored under a depot's target; nothing where there is none, or where the code
 // page cannot hold it.
 std::optional<StoredCredential> ReadCredential(const std::string& target);
+
+// Returns the targets of depots that something is stored under, without those that the code page
+// cannot hold.
+std::vector<std::string> StoredTargets();
 
 // Store and remove it; both return the system's error code, ERROR_SUCCESS when done.
 std::uint32_t WriteCredential(const std::string& target, const StoredCredential& credential);

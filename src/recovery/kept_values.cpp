@@ -110,18 +110,17 @@ Result DifferentValues(const KeptVersions& versions,
     return {};
 }
 
-std::optional<ProfileMerge> MergeKept(const KeptVersions& versions, bool oursFirst,
+std::optional<ProfileMerge> MergeKept(const KeptVersions& versions, MergeWinner winner,
                                       MergeCharacters characters) {
     if (!versions.base || !versions.entry) return std::nullopt;
     const bool isOwn = characters == MergeCharacters::kOfProcess;
     const unsigned codePage = isOwn ? GetACP() : CodePageOf(versions);
-    std::string_view theirs = TextOf(*versions.entry), ours = TextOf(versions.ours);
-    if (oursFirst) std::swap(theirs, ours);
     std::optional<ProfileMerge> merge;
     {
         std::optional<ProfileCharacters> installed;
         if (!isOwn) installed.emplace(codePage);
-        merge = MergeProfiles({TextOf(*versions.base), theirs, ours});
+        merge = MergeProfiles(
+            {TextOf(*versions.base), TextOf(*versions.entry), TextOf(versions.ours)}, winner);
     }
     if (!merge || merge->namesAreUtf8) return merge;
     for (MergeConflict& conflict : merge->conflicts) {

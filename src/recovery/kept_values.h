@@ -35,9 +35,8 @@ enum class MergeCharacters : std::uint8_t {
 };
 
 // Puts ours into the entry's version, as MergeProfiles does; the names of conflicts are in UTF-8.
-// With `oursFirst` ours has the values that both changed. Nothing without a base or an entry, and
-// where one of them is no profile.
-std::optional<ProfileMerge> MergeKept(const KeptVersions& versions, bool oursFirst,
+// Nothing without a base or an entry, and where one of them is no profile.
+std::optional<ProfileMerge> MergeKept(const KeptVersions& versions, MergeWinner winner,
                                       MergeCharacters characters);
 
 }  // namespace depot

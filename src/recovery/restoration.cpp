@@ -18,14 +18,14 @@ RestorePlan Storing(const KeptBytes& bytes) {
 }
 
 RestorePlan PlanMerge(ReadCopy ours, const KeptBytes& present, RestoreRules rules) {
-    const bool oursFirst = rules.replaces;
     const auto& origin = ours.copy.origin;
     const bool hasBase = origin && (origin->base || origin->isNew);
     if (!hasBase) return Stopped(RestoreObstacle::kNoBase);
-    auto merge = MergeKept({origin->base.value_or(KeptBytes()), present, ours.bytes}, oursFirst,
-                           rules.characters);
-    if (!merge) return oursFirst ? Storing(ours.bytes) : Stopped(RestoreObstacle::kNoProfile);
-    if (!merge->conflicts.empty() && !oursFirst) {
+    auto merge =
+        MergeKept({origin->base.value_or(KeptBytes()), present, ours.bytes},
+                  rules.replaces ? MergeWinner::kOurs : MergeWinner::kTheirs, rules.characters);
+    if (!merge) return Stopped(RestoreObstacle::kNoProfile);
+    if (!merge->conflicts.empty() && !rules.replaces) {
         RestorePlan plan = Stopped(RestoreObstacle::kConflicts);
         plan.conflicts = std::move(merge->conflicts);
         return plan;

@@ -152,6 +152,23 @@ TEST(ProfileMergeTest, ACommentThatOnlyOursHasIsNamedByItsSection) {
     EXPECT_THAT(ConflictsOf({"[S]\na=1\n", "[S]\n; both\na=2\n", "[S]\n; both\na=1\n"}), IsEmpty());
 }
 
+TEST(ProfileMergeTest, WhereOursWinsTheirsLendsTheShapeAndTheCommentsOfBothStay) {
+    const auto merged = [](const ProfileVersions& versions) {
+        return MergeProfiles(versions, MergeWinner::kOurs).value().bytes;
+    };
+    EXPECT_EQ("; mine\n; t\n[S]\n; why\n\n; here\na=3\n; end\n\n[T]\nx=2\n",
+              merged({"[S]\na=1\n[T]\nx=1\n", "; t\n[S]\n; why\n\na=2\n\n[T]\nx=2\n",
+                      "; mine\n[S]\n; here\na=3\n; end\n[T]\nx=1\n"}));
+    // Neither a comment that ours left out nor one that theirs left out was added.
+    EXPECT_EQ("[S]\n; b\na=3\n",
+              merged({"[S]\n; a\n; b\na=1\n", "[S]\n; b\na=2\n", "[S]\n; a\na=3\n"}));
+    // In a section that theirs deleted.
+    EXPECT_EQ("[T]\nx=2\n[S]\n; mine\n",
+              merged({"[T]\nx=1\n[S]\na=1\n", "[T]\nx=2\n", "[T]\nx=1\n[S]\n; mine\na=1\n"}));
+    EXPECT_EQ("[S]\n; new\nb=2\na=2\n",
+              merged({"[S]\na=1\n", "[S]\na=2\n", "[S]\n; new\nb=2\na=1\n"}));
+}
+
 TEST(ProfileMergeTest, RepeatedNamesAreComparedInTheirOrder) {
     EXPECT_EQ("[S]\na=1\na=3\nb=1\n[S]\na=9\n",
               Merged({"[S]\na=1\na=2\n[S]\na=4\n", "[S]\na=1\na=3\n[S]\na=4\n",
@@ -304,6 +321,28 @@ TEST(ProfileMergeTest, EveryValueOfTenThousandRandomMergesIsWhereItBelongs) {
             }
         }
         ASSERT_EQ(conflicts, merge->conflicts.size());
+    }
+}
+
+TEST(ProfileMergeTest, WhereOursWinsEveryValueThatOursChangedIsOurs) {
+    for (unsigned seed = 0; seed < 10'000; ++seed) {
+        SCOPED_TRACE(seed);
+        RandomProfiles random(seed);
+        const Sections base = random.Make();
+        const Sections theirs = random.Changed(base);
+        const Sections ours = random.Changed(base);
+        const auto merge = MergeProfiles(
+            {RandomProfiles::Text(base), RandomProfiles::Text(theirs), RandomProfiles::Text(ours)},
+            MergeWinner::kOurs);
+        ASSERT_TRUE(merge);
+        const Sections result = Parsed(merge->bytes);
+        for (const char section : {'A', 'B', 'C'}) {
+            for (const char key : {'a', 'b', 'c', 'd'}) {
+                const std::string s(1, section), k(1, key);
+                const auto was = At(base, s, k), our = At(ours, s, k);
+                ASSERT_EQ(our != was ? our : At(theirs, s, k), At(result, s, k)) << s << k;
+            }
+        }
     }
 }
 

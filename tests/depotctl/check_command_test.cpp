@@ -203,6 +203,23 @@ TEST_F(CheckTest, DepotsWhere32BitProgramsHaveThemAreNamed) {
                 HasSubstr("WOW6432Node"));
 }
 
+TEST_F(CheckTest, DepotThatOnly32BitProgramsHaveIsNamedByItsKey) {
+    const ScratchKey other(HKEY_LOCAL_MACHINE, "Software\\WOW6432Node\\Quillon\\Farrow\\Depots");
+    other.Text("Old", "Path1", "C:\\x");
+    const ToolRun run = RunTool({"check", "<OLD>"});
+    EXPECT_EQ(ExitCode::kRefused, run.exitCode);
+    EXPECT_THAT(run.errors, testing::StartsWith("depotctl: no depot is defined under the key "
+                                                "\"OLD\"; there is one in the part"));
+    EXPECT_THAT(run.errors, HasSubstr("WOW6432Node"));
+    EXPECT_THAT(RunTool({"check", "New"}).errors, Not(HasSubstr("WOW6432Node")));
+}
+
+TEST_F(CheckTest, OneValueIsNotSeveral) {
+    key_.Text("Single", "Path1", folder_.MakeFolder("single"));
+    EXPECT_THAT(RunTool({"check", "--offline", "Single"}).output,
+                HasSubstr("definition: 1 value, in order\n"));
+}
+
 TEST_F(CheckTest, WithoutDefinitionsTheBuiltInDepotIsChecked) {
     RegDeleteTreeA(HKEY_CURRENT_USER, kDepotsKey);
     const auto answer = RunTool({"check", "--json"}).Json();
@@ -311,6 +328,33 @@ TEST_F(CheckInstallationTest, MissingLanguageLibrariesAreAProblem) {
     const ScratchKey product(HKEY_CURRENT_USER, "Software\\Quillon\\Farrow\\13.00\\Wharfside");
     product.Text("", "HomeDir64", folder_.MakeFolder("home"));
     EXPECT_THAT(Installed("texts"), HasSubstr("DepotIntr.NLS\" is not there: users see a message"));
+}
+
+TEST_F(CheckInstallationTest, UserFolderThatIsNotThereIsNamed) {
+    const ScratchKey product(HKEY_CURRENT_USER, "Software\\Quillon\\Farrow\\13.00\\Wharfside");
+    product.Text("", "UserDir", "Q:\\Users\\Anna");
+    EXPECT_EQ(
+        "problem: \"Q:\\Users\\Anna\" is out of reach, because there is no \"Q:\\\" here: depots "
+        "below "
+        "it are, too",
+        Installed("user folder"));
+    product.Text("", "UserDir", folder_.At("none"));
+    EXPECT_THAT(Installed("user folder"), HasSubstr("none\" is not there"));
+    product.Text("", "UserDir", folder_.MakeFile("file", "x"));
+    EXPECT_THAT(Installed("user folder"), HasSubstr("file\" is a file"));
+}
+
+// The program in a folder of its own, without the library that knows the folders.
+TEST_F(CheckInstallationTest, AdviceIsOneThatHelpsWithoutTheLibraryOfTheFolders) {
+    const std::string alone = folder_.At("depotctl.exe");
+    ASSERT_TRUE(CopyFileA(ToolPath().c_str(), alone.c_str(), FALSE));
+    RegDeleteTreeA(HKEY_CLASSES_ROOT, name_.Path().c_str());
+    RegDeleteTreeA(HKEY_CLASSES_ROOT, class_.Path().c_str());
+    const ToolRun run = RunProgram("\"" + alone + "\" check --offline --json");
+    for (const auto& step : run.Json()["installation"]) {
+        if (step["step"] != "user folder" && step["step"] != "texts") continue;
+        EXPECT_EQ("put qdirsvc.dll beside this program", step["advice"]) << step;
+    }
 }
 
 TEST_F(CheckInstallationTest, MissingLibraryOfTheUserFolderIsAProblem) {

@@ -66,6 +66,31 @@ TEST_F(CheckDirectoryTest, WrongPasswordIsAProblemOfTheLogOn) {
     EXPECT_THAT(Step("log-on"), HasSubstr("none are stored"));
 }
 
+TEST_F(CheckDirectoryTest, UserNameThatIsNoNameOfAnEntryIsToBeCorrected) {
+    key_.Text("Dir", "Username1", "anna");
+    EXPECT_THAT(Step("log-on"), HasSubstr("no valid distinguished name (LDAP 34)"));
+    EXPECT_THAT(run_.output,
+                AllOf(HasSubstr("correct Username"), Not(HasSubstr("correct the path"))));
+}
+
+TEST_F(CheckDirectoryTest, CredentialsAreNeverToBeStoredTwice) {
+    key_.Text("Dir", "CredentialTarget1", "nothing is stored here");
+    EXPECT_THAT(RunTool({"check", "--offline", "Dir"}).output,
+                AllOf(HasSubstr("Password1: everyone"), Not(HasSubstr("--store-password"))));
+    key_.Text("Dir", "Password1", "");
+    EXPECT_THAT(Step("log-on"), HasSubstr("none are stored for it as \"nothing is stored here\""));
+    EXPECT_THAT(run_.output,
+                AllOf(HasSubstr("--store-password"), Not(HasSubstr("Username and Password"))));
+}
+
+TEST_F(CheckDirectoryTest, ClassThatCannotHaveTheNamingAttributeIsAProblem) {
+    key_.Text("Dir", "FolderObjectClass1", "organizationalUnit");
+    EXPECT_EQ("problem: organizationalUnit has no CN, so that no entry of this kind can be made",
+              Step("schema"));
+    key_.Text("Dir", "FolderAttributeName1", "ou");
+    EXPECT_EQ("ok: all classes and attributes are there", Step("schema"));
+}
+
 TEST_F(CheckDirectoryTest, MissingBaseIsNamed) {
     key_.Text("Dir", "Path1", "cn=Nowhere," + dir_.base);
     EXPECT_EQ("problem: the base \"cn=Nowhere," + dir_.base + "\" is not there, or may not be seen",

@@ -101,6 +101,25 @@ TEST_F(RecoveredTest, MergeStoresNothingWhereBothChangedAValue) {
     EXPECT_EQ("[Host]\r\nName=post\r\nPort=22\r\n", world_.Entry());
 }
 
+TEST_F(RecoveredTest, MergeThatReplacesKeepsTheCommentsOfBoth) {
+    const std::string name = Keep("; copy's\r\n[Host]\r\n; renamed\r\nName=post\r\n");
+    world_.StoreByOthers(
+        "; entry's\r\n\r\n[Host]\r\n; by Anna\r\nName=other\r\n\r\n; why\r\nPort=22\r\n");
+    const ToolRun run = Restore(name, {"--merge", "--replace"});
+    EXPECT_EQ(ExitCode::kDone, run.exitCode) << run.errors;
+    EXPECT_EQ(
+        "; copy's\r\n; entry's\r\n\r\n[Host]\r\n; by Anna\r\n; renamed\r\nName=post\r\n\r\n"
+        "; why\r\nPort=22\r\n",
+        world_.Entry());
+}
+
+TEST_F(RecoveredTest, MergeThatReplacesStoresNothingOverWhatIsNoProfile) {
+    const std::string name = Keep();
+    const std::string theirs = "; without a section\r\nName=other\r\n";
+    world_.StoreByOthers(theirs);
+    ExpectRefused(Restore(name, {"--merge", "--replace"}), "use --replace alone", name, theirs);
+}
+
 TEST_F(RecoveredTest, ReplaceStoresOverWhateverTheEntryHolds) {
     const std::string name = Keep();
     world_.StoreByOthers(kKeptTheirs);

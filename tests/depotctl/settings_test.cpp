@@ -80,6 +80,43 @@ TEST_F(SettingsTest, TraceOfTheEnvironmentIsNamedUnlessAPolicyWins) {
     EXPECT_EQ("off", row["value"]);
 }
 
+TEST_F(SettingsTest, ValueThatDoesNotCountIsAProblemThatNamesWhatCounts) {
+    users_.Dword("", "TraceSize", 5000);
+    users_.Text("", "TraceFiles", "3");
+    policies_.Dword("", "KeepConnection", 4000);
+    users_.Dword("", "KeepConnection", 60);
+    const ToolRun run = RunTool({"check", "--offline"});
+    EXPECT_EQ(ExitCode::kRefused, run.exitCode);
+    EXPECT_THAT(run.output, HasSubstr("problem      TraceSize: 5000, which is out of range, is "
+                                      "ignored (user): 10 counts (default)\n"
+                                      "               -> write a number from 1 to 1024\n"));
+    EXPECT_THAT(run.output, HasSubstr("TraceFiles: \"3\", which is no number (REG_DWORD), is "
+                                      "ignored (user): 1 counts (default)\n"));
+    EXPECT_THAT(run.output, HasSubstr("ok           KeepConnection: 60 (user)\n"));
+    EXPECT_THAT(run.output, HasSubstr("KeepConnection: 4000, which is out of range, is ignored "
+                                      "(machine policy): 60 counts (user)\n"));
+}
+
+TEST_F(SettingsTest, TraceThatCountsAsOffIsAProblem) {
+    for (const char* const target : {"trace.txt", "on", "%NO_SUCH_VARIABLE%\\t.txt"}) {
+        users_.Text("", "Trace", target);
+        EXPECT_THAT(RunTool({"check", "--offline"}).output,
+                    HasSubstr(std::string("problem      Trace: ") + target +
+                              " (user) is neither an absolute path nor \"debugger\" and counts "
+                              "as off\n"));
+    }
+    users_.Text("", "Trace", "OFF");
+    EXPECT_THAT(RunTool({"check", "--offline"}).output,
+                HasSubstr("ok           Trace: OFF (user)\n"));
+}
+
+TEST_F(SettingsTest, ElevatedTraceThatIsNeitherNumberCountsAsNone) {
+    policies_.Dword("", kTraceElevated, 2);
+    EXPECT_THAT(
+        RunTool({"check", "--offline"}).output,
+        HasSubstr("TraceElevated: 2 (machine policy) is neither 0 nor 1 and counts as 0\n"));
+}
+
 TEST_F(SettingsTest, ValuesOfALocationNameTheirOrigin) {
     EXPECT_THAT(RunTool({"check", "--offline", "Far"}).output, Not(HasSubstr("OfflineSize1")));
     auto values = Values();

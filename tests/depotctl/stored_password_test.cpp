@@ -45,6 +45,34 @@ TEST_F(StoredPasswordTest, CheckAdvisesTheStore) {
                 HasSubstr("depotctl depots set Dir --location 1 --store-password"));
 }
 
+TEST_F(StoredPasswordTest, CheckNamesPasswordsThatNoDepotNames) {
+    const CredentialScope other("Gone/1");
+    other.Store("anna", "secret");
+    stored_.Store("anna", "secret");
+    key_.Text("Dir", "CredentialTarget1", "dir/1");
+    const std::string output = RunTool({"check", "--offline"}).output;
+    EXPECT_THAT(output,
+                HasSubstr("stored password: one is kept as \"Gone/1\", which no depot names"));
+    EXPECT_THAT(output, HasSubstr("cmdkey /delete:\"Quillon - Depot - Gone/1\""));
+    EXPECT_THAT(output, Not(HasSubstr("\"Dir/1\", which")));
+    EXPECT_THAT(output, Not(HasSubstr("secret")));
+}
+
+TEST_F(StoredPasswordTest, AdviceOnADepotOfTheMachineIsForTheMachine) {
+    const ScratchKey machine(HKEY_LOCAL_MACHINE, kDepotsKey);
+    machine.Text("All", "Path1", "dc=x");
+    machine.Dword("All", "Type1", 1);
+    machine.Text("All", "Host1", "h");
+    machine.Text("All", "Username1", "cn=a");
+    machine.Text("All", "Password1", "secret");
+    EXPECT_THAT(RunTool({"check", "All", "--offline"}).output,
+                HasSubstr("depotctl depots set All --location 1 --store-password --machine"));
+    EXPECT_THAT(RunTool({"depots", "set", "All", "--order", "1"}).errors,
+                HasSubstr("is not defined for the user, but for the machine: add --machine"));
+    EXPECT_THAT(RunTool({"depots", "set", "Dir", "--machine", "--order", "1"}).errors,
+                HasSubstr("but for the user: leave --machine out"));
+}
+
 TEST_F(StoredPasswordTest, DryRunAsksForNothingAndStoresNothing) {
     const ToolRun run = RunTool({"depots", "set", "Dir", "--store-password", "--dry-run"});
     EXPECT_EQ(ExitCode::kDone, run.exitCode) << run.errors;

@@ -159,6 +159,12 @@ ToolRun RunToolByLine(const std::string& line) {
     return Finish(tool, SIZE_MAX);
 }
 
+ToolRun RunProgram(const std::string& line) {
+    RunningTool tool(WideFromUtf8(line), nullptr);
+    tool.input.write.reset();
+    return Finish(tool, SIZE_MAX);
+}
+
 ToolRun RunToolAtPrompt(const std::string& line) {
     // The prompt takes the outer quotes away.
     RunningTool tool(

@@ -46,6 +46,9 @@ ToolRun RunToolWith(const std::vector<std::wstring>& arguments);
 ToolRun RunToolByLine(const std::string& line);
 ToolRun RunToolAtPrompt(const std::string& line);
 
+// The same of a program that stands somewhere else; its name is the line's first part.
+ToolRun RunProgram(const std::string& line);
+
 // The same with a file, or nothing, that takes the output.
 ToolRun RunToolWithOutput(const std::vector<std::string>& arguments, HANDLE output);
 

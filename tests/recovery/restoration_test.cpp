@@ -139,6 +139,8 @@ TEST_F(RestorationTest, WhatIsNoProfileIsNotMerged) {
     world_.Keep(std::string("\0\1\2", 3));
     world_.StoreByOthers(kKeptTheirs);
     EXPECT_EQ(RestoreObstacle::kNoProfile, Begin().Plan({.merges = true}).obstacle);
+    EXPECT_EQ(RestoreObstacle::kNoProfile,
+              Begin().Plan({.merges = true, .replaces = true}).obstacle);
 }
 
 TEST_F(RestorationTest, ServerThatIsAwayIsReportedAndLosesNothing) {
@@ -234,7 +236,7 @@ TEST_F(KeptValuesTest, ProfilesInUtf8AreMergedInEitherCodePage) {
                                    Bytes("[" + sign + "]\r\nA=3\r\n")};
     for (const MergeCharacters characters :
          {MergeCharacters::kOfProcess, MergeCharacters::kOfProfiles}) {
-        const auto merge = MergeKept(versions, false, characters);
+        const auto merge = MergeKept(versions, MergeWinner::kTheirs, characters);
         ASSERT_TRUE(merge);
         EXPECT_THAT(merge->conflicts, IsEmpty());
         EXPECT_EQ("[" + sign + "]\r\nA=3\r\nB=2\r\n", merge->bytes);

@@ -22,9 +22,13 @@ constexpr int kAttempts = 3;
 constexpr std::chrono::seconds kPatience(2);
 
 Problem NoCredentials(const CDepotPath& location) {
+    const bool hasTarget = !location.credentialTarget.empty();
     return {"the server " + Utf8FromAnsi(location.host) +
-                " wants a user name and a password, and none are stored",
-            "run the command at a terminal, or store them as Username and Password",
+                " wants a user name and a password, and none are stored" +
+                (hasTarget ? " for it as \"" + Utf8FromAnsi(location.credentialTarget) + "\"" : ""),
+            std::string("run the command at a terminal, or store them ") +
+                (hasTarget ? "by \"depotctl depots set\" with --username and --store-password"
+                           : "as Username and Password"),
             LDAP_INAPPROPRIATE_AUTH, false};
 }
 

@@ -19,6 +19,8 @@
 #include "depotctl/together.h"
 #include "depotctl/utf8_text.h"
 #include "model/depot_paths.h"
+#include "platform/credential_store.h"
+#include "platform/wide_text.h"
 
 namespace depot::ctl {
 namespace {
@@ -130,9 +132,18 @@ private:
             checked.definition.push_back(
                 Wrong("Key", "it may not be read", "grant users the right to read it"));
         } else {
-            Append(checked.definition, CheckDefinition(raw));
+            Append(checked.definition, WithOwner(CheckDefinition(raw), stored.root));
         }
         return checked;
+    }
+
+    // What is found in values does not depend on whose they are; commands that change them do.
+    static Findings WithOwner(Findings findings, HKEY root) {
+        for (Finding& finding : findings) {
+            const bool isCommand = finding.advice.ends_with(" --store-password");
+            if (isCommand && root == HKEY_LOCAL_MACHINE) finding.advice += " --machine";
+        }
+        return findings;
     }
 
     CheckedDepot Check(CDepot& depot, const Findings& together) {
@@ -251,7 +262,8 @@ private:
 
     static std::string DefinitionText(const CheckedDepot& depot) {
         if (depot.key.empty()) return "no depot is defined";
-        return std::to_string(depot.values) + " values, all of them in order";
+        return Counted(depot.values, "value") +
+               (depot.values == 1 ? ", in order" : ", all of them in order");
     }
 
     std::string Others() const {
@@ -274,15 +286,50 @@ private:
     std::size_t problems_ = 0, unreachable_ = 0;
 };
 
+// Passwords that stay in the user's store although no definition names them any more. Definitions
+// that may not be read may name any.
+Findings CheckStoredPasswords() {
+    std::vector<std::string> named;
+    for (const StoredDefinition& stored : ReadDefinitions()) {
+        if (!stored.isReadable) return {};
+        for (int location = 1; location <= stored.raw.Locations(); ++location) {
+            named.push_back(stored.raw.Location(location).credentialTarget);
+        }
+    }
+    Findings findings;
+    for (const std::string& target : StoredTargets()) {
+        const std::string shown = Utf8FromAnsi(target);
+        const bool isNamed = std::any_of(named.begin(), named.end(), [&](const std::string& one) {
+            return SameKey(one, shown);
+        });
+        if (isNamed) continue;
+        findings.push_back(Remark("stored password",
+                                  "one is kept as \"" + shown + "\", which no depot names",
+                                  "remove it: cmdkey "
+                                  "/delete:\"" +
+                                      Utf8FromWide(StoreTarget({})) + shown + "\""));
+    }
+    return findings;
+}
+
+[[noreturn]] void RefuseUnknown(const std::string& key) {
+    std::string text = "no depot is defined under the key \"" + key + "\"";
+    if (const auto other = FindFor32BitPrograms(key))
+        text += "; " + other->text + "; " + other->advice;
+    Refuse(text);
+}
+
 void Check(Program& program, const CheckOptions& options) {
     Report report(program);
-    const Findings installation = CheckInstallation(program);
+    Findings installation = CheckInstallation(program);
+    if (options.key.empty()) Append(installation, CheckStoredPasswords());
     const std::vector<SettingInForce> settings = ReadSettings();
     const Findings registry = CheckDepotsKeys();
     const std::vector<CheckedDepot> depots = DepotChecker(program, options).Run();
-    if (depots.empty()) Refuse("no depot is defined under the key \"" + options.key + "\"");
+    if (depots.empty()) RefuseUnknown(options.key);
     report.Add("installation", installation);
-    const Findings set = SettingFindings(settings);
+    Findings set = SettingFindings(settings);
+    Append(set, IgnoredSettings());
     if (!set.empty()) report.Add("settings", set);
     if (!registry.empty()) report.Add("registry", registry);
     for (const CheckedDepot& depot : depots) report.AddDepot(depot);

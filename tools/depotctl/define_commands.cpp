@@ -204,7 +204,10 @@ RawDefinition Existing(const DefineOptions& options, Existence wanted) {
         Refuse(Shown(options) + " is defined for " + owner + " already; \"depots set\" changes it");
     }
     if (wanted == Existence::kThere && !found) {
-        Refuse(Shown(options) + " is not defined for " + owner);
+        const bool isOthers = ReadDefinition(RootOf(!options.forMachine), options.key).has_value();
+        const char* const other = options.forMachine ? ", but for the user: leave --machine out"
+                                                     : ", but for the machine: add --machine";
+        Refuse(Shown(options) + " is not defined for " + owner + (isOthers ? other : ""));
     }
     return found ? *std::move(found) : RawDefinition{options.key, {}};
 }
@@ -252,9 +255,10 @@ void AddDefineCommands(CLI::App& depots, Program& program) {
         {"set", "Change a depot's definition",
          "Examples:\n  depotctl depots set Work --order 1 --default\n"
          "  depotctl depots set Company --location 2 --path cn=Profiles,dc=example,dc=com "
-         "--host replica\n  depotctl depots set Company --keep-connection 60\n"
-         "  depotctl depots set Company --username cn=Anna,dc=example,dc=com --store-password\n"
-         "  depotctl depots set Work --unset Icon"},
+         "--host replica --machine\n  depotctl depots set Company --machine --keep-connection 60\n"
+         "  depotctl depots set Company --machine --username cn=Anna,dc=example,dc=com "
+         "--store-password\n"
+         "  depotctl depots set Work --unset OrderIndex"},
         Define<Existence::kThere>);
     const auto remove =
         AddCommand<DefineOptions>(depots, program,

@@ -98,7 +98,7 @@ private:
         const auto number = definition_.Number(value.name);
         if (!number) {
             const std::string what = value.type == kRegistryNumber
-                                         ? "a number of " + std::to_string(value.bytes) + " bytes"
+                                         ? "a number of " + Counted(value.bytes, "byte")
                                          : TypeName(value.type);
             return Add(Wrong(value.name, "it is " + what + " and " + UnreadableText(known),
                              "write it as a REG_DWORD"));

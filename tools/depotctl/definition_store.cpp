@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "depotctl/encoding.h"
 #include "depotctl/failure.h"
 #include "manager/depot_list.h"
 #include "platform/registry_key.h"
@@ -137,6 +138,19 @@ void CheckHive(HKEY root, Findings& findings) {
     }
 }
 
+std::vector<std::string> NamesOf32BitPrograms() {
+    const UniqueHkey other = OpenKey(HKEY_LOCAL_MACHINE, kDepotsOf32BitPrograms, KEY_READ);
+    return other ? SubkeyNames(other.get()) : std::vector<std::string>();
+}
+
+Finding ReadBy32BitPrograms(const std::string& what) {
+    return Wrong("registry",
+                 what +
+                     " in the part of the registry for 32-bit programs (WOW6432Node), where "
+                     "depots are never read",
+                 "move what stands there below HKEY_LOCAL_MACHINE\\" + std::string(kDepotsKey));
+}
+
 [[noreturn]] void FailToWrite(HKEY root, const std::string& key, LSTATUS status) {
     std::string text = "cannot write the depot " + key + " of " + OwnerOf(root) + " (error " +
                        std::to_string(status) + ")";
@@ -196,14 +210,16 @@ Findings CheckDepotsKeys() {
     Findings findings;
     CheckHive(HKEY_CURRENT_USER, findings);
     CheckHive(HKEY_LOCAL_MACHINE, findings);
-    const UniqueHkey other = OpenKey(HKEY_LOCAL_MACHINE, kDepotsOf32BitPrograms, KEY_READ);
-    if (other && !SubkeyNames(other.get()).empty()) {
-        findings.push_back(Wrong("registry",
-                                 "there are depots in the part of the registry for 32-bit "
-                                 "programs (WOW6432Node), where they are never read",
-                                 "move them below HKEY_LOCAL_MACHINE\\" + std::string(kDepotsKey)));
-    }
+    if (!NamesOf32BitPrograms().empty())
+        findings.push_back(ReadBy32BitPrograms("there are depots"));
     return findings;
+}
+
+std::optional<Finding> FindFor32BitPrograms(const std::string& key) {
+    for (const std::string& name : NamesOf32BitPrograms()) {
+        if (SameKey(name, key)) return ReadBy32BitPrograms("there is one");
+    }
+    return std::nullopt;
 }
 
 void WriteDefinition(HKEY root, const std::string& key, const DefinitionChange& change) {

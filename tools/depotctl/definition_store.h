@@ -31,6 +31,10 @@ Findings CheckStoredKey(const std::string& key);
 // What stands in the registry where no definition belongs, and hives that cannot be read.
 Findings CheckDepotsKeys();
 
+// What is wrong where only the machine's 32-bit programs have a depot of that key, in any letter
+// case; nothing where they have none.
+std::optional<Finding> FindFor32BitPrograms(const std::string& key);
+
 // Writes the changes, creating the key where it is missing. A definition that was created here is
 // removed again when a value cannot be written. Ends the command on a failure.
 void WriteDefinition(HKEY root, const std::string& key, const DefinitionChange& change);

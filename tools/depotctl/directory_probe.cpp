@@ -7,6 +7,7 @@
 #include "depotctl/encoding.h"
 #include "depotctl/hidden_entries.h"
 #include "depotctl/network.h"
+#include "depotctl/schema_classes.h"
 #include "directory/paged_search.h"
 #include "model/depot_paths.h"
 #include "platform/text.h"
@@ -109,6 +110,15 @@ std::optional<Problem> DirectoryProbe::LogOn(const std::string& userName,
 // The client says little of why it has no connection.
 Problem DirectoryProbe::WhyNotLoggedOn(std::uint32_t code) const {
     Problem problem = ProblemFor(code);
+    // Nothing but the user is named in a bind.
+    if (code == LDAP_INVALID_DN_SYNTAX) {
+        problem.text =
+            "the user name is not one that the server takes: no valid distinguished name (LDAP " +
+            std::to_string(code) + ")";
+        problem.advice =
+            "correct Username; directories take the name of an entry, such as "
+            "cn=Anna,dc=example,dc=com";
+    }
     if (problem.isUnreachable) {
         if (const auto reason = Reach()) return *reason;
     }
@@ -246,22 +256,32 @@ std::vector<std::string> DirectoryProbe::Values(const std::string& dn,
     return all.empty() ? std::vector<std::string>() : all.front();
 }
 
-std::optional<std::vector<std::string>> DirectoryProbe::MissingFromSchema() {
+std::optional<DirectoryProbe::SchemaGaps> DirectoryProbe::GapsOfSchema() {
     const std::vector<std::string> subentry = Values({}, "subschemaSubentry");
     if (subentry.empty()) return std::nullopt;
-    const std::vector<std::string> classes = Values(subentry.front(), "objectClasses");
-    const std::vector<std::string> attributes = Values(subentry.front(), "attributeTypes");
-    if (classes.empty() || attributes.empty()) return std::nullopt;
-    std::vector<std::string> missing;
+    const SchemaTexts texts = {Values(subentry.front(), "objectClasses"),
+                               Values(subentry.front(), "attributeTypes")};
+    if (texts.classes.empty() || texts.attributes.empty()) return std::nullopt;
+    SchemaGaps gaps;
     const LocationSchema& schema = directory_->Schema();
     for (const std::string& name : {schema.FolderClass(), schema.FileClass()}) {
-        if (!Defines(classes, name)) missing.push_back(Utf8FromAnsi(name));
+        if (!Defines(texts.classes, name)) gaps.missing.push_back(Utf8FromAnsi(name));
     }
     for (const std::string& name :
          {schema.NamingNames().folder, schema.NamingNames().file, schema.ContentsAttribute()}) {
-        if (!Defines(attributes, name)) missing.push_back(Utf8FromAnsi(name));
+        if (!Defines(texts.attributes, name)) gaps.missing.push_back(Utf8FromAnsi(name));
     }
-    return missing;
+    const struct {
+        std::string className, attribute;
+    } pairs[] = {{schema.FolderClass(), schema.NamingNames().folder},
+                 {schema.FileClass(), schema.NamingNames().file},
+                 {schema.FileClass(), schema.ContentsAttribute()}};
+    for (const auto& pair : pairs) {
+        if (!LacksAttribute(texts, pair.className, pair.attribute)) continue;
+        gaps.unfit.push_back(Utf8FromAnsi(pair.className) + " has no " +
+                             Utf8FromAnsi(pair.attribute));
+    }
+    return gaps;
 }
 
 }  // namespace depot::ctl

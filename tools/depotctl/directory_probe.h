@@ -64,9 +64,13 @@ public:
     // `problem` is why they could not be looked for.
     std::vector<std::string> FindConflicts(std::optional<Problem>& problem);
 
-    // The names of the location's classes and attributes that the server's schema does not define;
-    // nothing when the server does not show its schema.
-    std::optional<std::vector<std::string>> MissingFromSchema();
+    // What the server's schema lacks for the location's classes and attributes.
+    struct SchemaGaps {
+        std::vector<std::string> missing;  // names that it does not define
+        std::vector<std::string> unfit;    // such as "ou has no cn": no entry could be made so
+    };
+    // Nothing when the server does not show its schema.
+    std::optional<SchemaGaps> GapsOfSchema();
 
     // The location's base as an entry's name.
     std::string BaseDN() const { return directory_->PathToDN(path_); }

@@ -111,10 +111,13 @@ class DirectoryChecker final : public LocationChecker {
             if (!settings_.credentialTarget.empty()) CheckPlainText();
             return;
         }
+        const bool hasTarget = !settings_.credentialTarget.empty();
         Add(Remark(Name("Password"), "everyone who can read the key can read the password",
-                   "keep it in the credential store: depotctl depots set " + definition_.key +
-                       " --location " + std::to_string(number_) + " --store-password"));
-        if (!settings_.credentialTarget.empty()) {
+                   hasTarget
+                       ? "remove it: " + Name("CredentialTarget") + " stands for another one"
+                       : "keep it in the credential store: depotctl depots set " + definition_.key +
+                             " --location " + std::to_string(number_) + " --store-password"));
+        if (hasTarget) {
             Add(Wrong(Name("CredentialTarget"), "it is not used beside " + Name("Password"),
                       "remove one of the two"));
         }

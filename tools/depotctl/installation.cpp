@@ -10,6 +10,7 @@
 #include "host/identifiers.h"
 #include "model/depot_paths.h"
 #include "platform/local_file.h"
+#include "platform/module_state.h"
 #include "platform/paths.h"
 #include "platform/registry_key.h"
 #include "platform/system_folder.h"
@@ -18,6 +19,8 @@
 
 namespace depot::ctl {
 namespace {
+
+constexpr char kLibrary[] = "qdirsvc.dll";
 
 constexpr char kRepair[] =
     "install the package again (msiexec /i ... REINSTALL=ALL), or run "
@@ -192,20 +195,47 @@ private:
 
     void CheckFolders() {
         constexpr char kSubject[] = "user folder";
-        const bool missing = !folder_.empty() && !PathExists(folder_ + "qdirsvc.dll") &&
-                             !PathExists(SystemFolder() + "qdirsvc.dll");
+        const bool missing = !folder_.empty() && !PathExists(folder_ + kLibrary) &&
+                             !PathExists(SystemFolder() + kLibrary);
         if (missing) {
             return Bad(kSubject,
                        "qdirsvc.dll is neither beside DepotIntr.dll nor in the system "
                        "folder: clients get no session",
                        "install the product, or the stand-in of the package");
         }
-        const std::string folder = program_.Session().Folders().UserFolder();
+        const std::string folder =
+            RemoveTrailingBackslash(program_.Session().Folders().UserFolder());
         if (folder.empty()) {
-            return Bad(kSubject, "nobody knows it: clients get no session",
-                       "put qdirsvc.dll beside this program, or set UserDir");
+            return Bad(kSubject, "nobody knows it: clients get no session", HowToName("UserDir"));
         }
-        Add(Good(kSubject, "\"" + Utf8FromAnsi(folder) + "\""));
+        const std::string shown = "\"" + Utf8FromAnsi(folder) + "\"";
+        if (IsLocalFolder(folder)) return Add(Good(kSubject, shown));
+        if (PathExists(folder)) return Bad(kSubject, shown + " is a file", "correct UserDir");
+        const std::string place = VolumeOf(folder);
+        if (!PathExists(place)) {
+            return Bad(kSubject,
+                       shown + " is out of reach, because there is no \"" + Utf8FromAnsi(place) +
+                           "\" here: depots below it are, too",
+                       "connect it, or correct UserDir");
+        }
+        Add(Remark(kSubject, shown + " is not there", "create the folder, or correct UserDir"));
+    }
+
+    // Only the library that is asked for the folders reads the values.
+    static std::string HowToName(const char* value) {
+        const bool hasLibrary =
+            PathExists(OwnModuleFolder() + kLibrary) || PathExists(SystemFolder() + kLibrary);
+        return hasLibrary ? std::string("set ") + value
+                          : std::string("put ") + kLibrary + " beside this program";
+    }
+
+    // The drive or the share that a folder lies on.
+    static std::string VolumeOf(const std::string& folder) {
+        char volume[MAX_PATH + 1] = {};
+        const bool isKnown = GetVolumePathNameA(folder.c_str(), volume, sizeof(volume)) != 0;
+        if (isKnown && volume[0] != '\0') return volume;
+        constexpr std::size_t kDriveCharacters = 3;
+        return folder.substr(0, kDriveCharacters);
     }
 
     void CheckTexts() {
@@ -217,7 +247,7 @@ private:
         const bool hasVariant = !language.empty() && PathExists(variant);
         if (folder.empty()) {
             return Bad(kSubject, "nobody knows the folder of the language libraries",
-                       "put qdirsvc.dll beside this program, or set HomeDir64");
+                       HowToName("HomeDir64"));
         }
         if (!PathExists(plain)) {
             return Bad(kSubject,

@@ -136,14 +136,18 @@ private:
     }
 
     void ReportSchema() {
-        const auto missing = probe_.MissingFromSchema();
-        if (!missing) {
-            Add(Remark("schema", "the server does not tell its schema"));
-        } else if (missing->empty()) {
-            Good("schema", "all classes and attributes are there");
-        } else {
-            Add(Wrong("schema", "the server does not know " + Joined(*missing),
+        const auto gaps = probe_.GapsOfSchema();
+        if (!gaps) return Add(Remark("schema", "the server does not tell its schema"));
+        if (gaps->missing.empty() && gaps->unfit.empty()) {
+            return Good("schema", "all classes and attributes are there");
+        }
+        if (!gaps->missing.empty()) {
+            Add(Wrong("schema", "the server does not know " + Joined(gaps->missing),
                       "load schema/ into the server, or correct the names"));
+        }
+        if (!gaps->unfit.empty()) {
+            Add(Wrong("schema", Joined(gaps->unfit) + ", so that no entry of this kind can be made",
+                      "name another class, or the attribute that names entries of this one"));
         }
     }
 

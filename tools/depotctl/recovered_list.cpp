@@ -5,6 +5,7 @@
 #include "depotctl/kept_origins.h"
 #include "depotctl/kept_target.h"
 #include "depotctl/recovered_commands.h"
+#include "depotctl/utf8_text.h"
 #include "recovery/kept_values.h"
 
 namespace depot::ctl {
@@ -119,7 +120,7 @@ std::optional<std::vector<KeptValue>> ValuesOf(const KeptVersions& versions) {
 
 std::string SizesText(const KeptVersions& versions) {
     const auto bytes = [](const std::optional<KeptBytes>& version) {
-        return version ? std::to_string(version->size()) + " bytes" : std::string("not known");
+        return version ? Counted(version->size(), "byte") : std::string("not known");
     };
     std::string text = "base " + bytes(versions.base) + ", entry " + bytes(versions.entry) +
                        ", ours " + bytes(versions.ours);

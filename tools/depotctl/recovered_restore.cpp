@@ -99,11 +99,12 @@ private:
                 Refuse(target_.At().Shown() + " is not there any more; --replace makes it anew");
             case RestoreObstacle::kNoBase:
                 Refuse("what " + Shown(copy_) +
-                       " was made from is not known, so that it cannot be merged; use --replace");
+                       " was made from is not known, so that it cannot be merged; use --replace "
+                       "alone");
             case RestoreObstacle::kNoProfile:
                 Refuse(Shown(copy_) +
                        " cannot be merged: it is no profile, or the others are none; "
-                       "use --replace");
+                       "use --replace alone");
             case RestoreObstacle::kConflicts:
                 RefuseConflicts(plan);
             case RestoreObstacle::kChanged:

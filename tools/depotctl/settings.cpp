@@ -8,6 +8,7 @@
 #include "config/directory_defaults.h"
 #include "depotctl/encoding.h"
 #include "platform/managed_key.h"
+#include "platform/text.h"
 #include "platform/trace.h"
 #include "platform/trace_settings.h"
 #include "platform/user_presence.h"
@@ -48,8 +49,12 @@ std::string PathOf(const std::string& key, SettingPlace place) {
 
 SettingInForce InForce(const std::string& key, const char* name, std::string value,
                        SettingPlace place) {
-    return {name, std::move(value), kPlaceNames[static_cast<std::size_t>(place)],
-            PathOf(key, place)};
+    return {name,
+            std::move(value),
+            kPlaceNames[static_cast<std::size_t>(place)],
+            PathOf(key, place),
+            {},
+            {}};
 }
 
 std::optional<SettingInForce> Find(const Row& row) {
@@ -65,15 +70,22 @@ std::optional<SettingInForce> Find(const Row& row) {
 }
 
 SettingInForce InForce(const Row& row) {
-    return Find(row).value_or(SettingInForce{row.name, row.standard, "default", {}});
+    return Find(row).value_or(SettingInForce{row.name, row.standard, "default", {}, {}, {}});
 }
 
 // The variable counts where no policy says where to.
 SettingInForce TraceInForce(const Row& row) {
     SettingInForce setting = InForce(row);
     const TraceSettings trace = ReadTraceSettings();
-    if (!trace.isFromEnvironment) return setting;
-    return {row.name, Utf8FromAnsi(trace.target), "environment", {}};
+    if (trace.isFromEnvironment) {
+        return {row.name, Utf8FromAnsi(trace.target), "environment", {}, {}, {}};
+    }
+    const bool isMeant = !setting.value.empty() && !EqualsNoCase(setting.value, row.standard);
+    if (isMeant && trace.target.empty()) {
+        setting.wrong = "is neither an absolute path nor \"debugger\" and counts as off";
+        setting.advice = "write a path that begins with a drive or \\\\server\\share";
+    }
+    return setting;
 }
 
 // REQUIRES: there is such a row.
@@ -89,14 +101,20 @@ SettingInForce ElevatedTraceInForce() {
         const auto key =
             RegistryKey::Open(HKEY_LOCAL_MACHINE, isPolicy ? PolicyKeyOf(kTraceKey) : kTraceKey);
         const auto number = key ? key->ReadDword(kTraceElevated) : std::nullopt;
-        if (number) return InForce(kTraceKey, kTraceElevated, std::to_string(*number), place);
+        if (!number) continue;
+        SettingInForce setting = InForce(kTraceKey, kTraceElevated, std::to_string(*number), place);
+        if (*number > 1) {
+            setting.wrong = "is neither 0 nor 1 and counts as 0";
+            setting.advice = "write 0 or 1";
+        }
+        return setting;
     }
-    return {kTraceElevated, "0", "default", {}};
+    return {kTraceElevated, "0", "default", {}, {}, {}};
 }
 
 // Which of the two hives has a language setting is decided by keys, see ReadLanguageSettings.
 SettingInForce LanguageInForce(const char* name, const std::optional<std::string>& value) {
-    if (!value) return {name, "none", "default", {}};
+    if (!value) return {name, "none", "default", {}, {}, {}};
     const ManagedKey policies(kLocaleKey, ManagedKey::Part::kPoliciesOnly);
     const auto policy = policies.Text(name);
     const bool hasUserKey = RegistryKey::Open(HKEY_CURRENT_USER, kLocaleKey).has_value();
@@ -136,9 +154,59 @@ void AddQuietHosts(std::vector<SettingInForce>& settings) {
             });
             if (isKnown) continue;
             known.push_back(name);
-            settings.push_back({"QuietHosts", name, isPolicy ? "machine policy" : "machine",
-                                "HKEY_LOCAL_MACHINE\\" + Utf8FromWide(path)});
+            settings.push_back({"QuietHosts",
+                                name,
+                                isPolicy ? "machine policy" : "machine",
+                                "HKEY_LOCAL_MACHINE\\" + Utf8FromWide(path),
+                                {},
+                                {}});
         }
+    }
+}
+
+// A text as it stands; nothing of what a line cannot show.
+std::string ShownText(const RegistryKey& key, const std::string& name) {
+    const std::string text = Utf8FromAnsi(key.ReadString(name).value_or(""));
+    const bool isShown = !text.empty() && std::all_of(text.begin(), text.end(), [](char c) {
+        return static_cast<unsigned char>(c) >= ' ';
+    });
+    return isShown ? "\"" + text + "\"" : "what stands there";
+}
+
+// Says of a value why its place is passed over; nothing where it is not.
+std::optional<Finding> Ignored(const Row& row, const RegistryKey& key) {
+    constexpr DWORD kAny = 0;
+    if (!key.ReadDwordOr(row.name, kAny)) return std::nullopt;
+    if (row.form == SettingForm::kText) {
+        if (key.ReadString(row.name)) return std::nullopt;
+        return Wrong(row.name, "a text that is too long", "write a shorter one");
+    }
+    const std::string range =
+        std::to_string(row.range.lowest) + " to " + std::to_string(row.range.highest);
+    const auto number = key.ReadDword(row.name);
+    if (!number) {
+        return Wrong(row.name, ShownText(key, row.name) + ", which is no number (REG_DWORD),",
+                     "write a number from " + range + " as a REG_DWORD");
+    }
+    if (*number >= row.range.lowest && *number <= row.range.highest) return std::nullopt;
+    return Wrong(row.name, std::to_string(*number) + ", which is out of range,",
+                 "write a number from " + range);
+}
+
+// The same for each place of a setting. `inForce` is what counts.
+void AddIgnored(const Row& row, std::initializer_list<SettingPlace> places,
+                const SettingInForce& inForce, Findings& findings) {
+    for (const SettingPlace place : places) {
+        const bool isMachine =
+            place == SettingPlace::kMachinePolicy || place == SettingPlace::kMachine;
+        const bool isPolicy = place <= SettingPlace::kUserPolicy;
+        const auto key = RegistryKey::Open(isMachine ? HKEY_LOCAL_MACHINE : HKEY_CURRENT_USER,
+                                           isPolicy ? PolicyKeyOf(row.key) : row.key);
+        auto found = key ? Ignored(row, *key) : std::nullopt;
+        if (!found) continue;
+        found->text += std::string(" is ignored (") + kPlaceNames[static_cast<std::size_t>(place)] +
+                       "): " + inForce.value + " counts (" + inForce.from + ")";
+        findings.push_back(*std::move(found));
     }
 }
 
@@ -158,13 +226,27 @@ std::vector<SettingInForce> ReadSettings() {
     return settings;
 }
 
+Findings IgnoredSettings() {
+    using enum SettingPlace;
+    Findings findings;
+    for (const Row& row : kRows) {
+        const bool isTarget = row.name == std::string_view(kTraceTarget);
+        AddIgnored(row, {kMachinePolicy, kUserPolicy, kUser, kMachine},
+                   isTarget ? TraceInForce(row) : InForce(row), findings);
+    }
+    // Any number counts there.
+    const Row elevated = {kTraceKey, kTraceElevated, SettingForm::kNumber, "0"};
+    AddIgnored(elevated, {kMachinePolicy, kMachine}, ElevatedTraceInForce(), findings);
+    return findings;
+}
+
 std::vector<SettingInForce> SettingsOf(const RawDefinition& definition, int number,
                                        const CDepotPath& location) {
     std::vector<SettingInForce> settings;
     const auto add = [&](const char* name, std::uint32_t value) {
         const bool isDefined = definition.Number(Numbered(name, number)).has_value();
         SettingInForce setting = InForce(RowOf(name));
-        if (isDefined) setting = {{}, {}, "definition", {}};
+        if (isDefined) setting = {{}, {}, "definition", {}, {}, {}};
         setting.name = Numbered(name, number);
         setting.value = std::to_string(value);
         settings.push_back(std::move(setting));
@@ -184,7 +266,10 @@ Findings SettingFindings(const std::vector<SettingInForce>& settings) {
     Findings findings;
     for (const SettingInForce& setting : settings) {
         if (!setting.IsSet()) continue;
-        findings.push_back(Good(setting.name, setting.value + " (" + setting.from + ")"));
+        const std::string text = setting.value + " (" + setting.from + ")";
+        findings.push_back(setting.wrong.empty()
+                               ? Good(setting.name, text)
+                               : Wrong(setting.name, text + " " + setting.wrong, setting.advice));
     }
     return findings;
 }
@@ -194,6 +279,7 @@ Json SettingsJson(const std::vector<SettingInForce>& settings) {
     for (const SettingInForce& setting : settings) {
         Json row = {{"name", setting.name}, {"value", setting.value}, {"from", setting.from}};
         if (!setting.key.empty()) row["key"] = setting.key;
+        if (!setting.wrong.empty()) row["wrong"] = setting.wrong;
         rows.push_back(std::move(row));
     }
     return rows;

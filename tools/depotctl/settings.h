@@ -14,8 +14,10 @@ namespace depot::ctl {
 struct SettingInForce {
     std::string name;
     std::string value;
-    std::string from;  // such as "machine policy"; "default" where nothing is set
-    std::string key;   // the registry key, with its hive; empty where it comes from elsewhere
+    std::string from;    // such as "machine policy"; "default" where nothing is set
+    std::string key;     // the registry key, with its hive; empty where it comes from elsewhere
+    std::string wrong;   // why it does not count as it stands; empty where it does
+    std::string advice;  // what to write in its place
 
     bool IsSet() const { return from != "default"; }
 };
@@ -27,6 +29,10 @@ std::vector<SettingInForce> ReadSettings();
 // the definition, a setting or neither.
 std::vector<SettingInForce> SettingsOf(const RawDefinition& definition, int number,
                                        const CDepotPath& location);
+
+// What is set in a place where it does not count, because it is no such number or too long: what
+// stands there, and what counts in its place.
+Findings IgnoredSettings();
 
 // What a check shows of them: those that are set; as JSON all of them.
 Findings SettingFindings(const std::vector<SettingInForce>& settings);
