@@ -234,8 +234,8 @@ private:
         char volume[MAX_PATH + 1] = {};
         const bool isKnown = GetVolumePathNameA(folder.c_str(), volume, sizeof(volume)) != 0;
         if (isKnown && volume[0] != '\0') return volume;
-        constexpr std::size_t kDriveCharacters = 3;
-        return folder.substr(0, kDriveCharacters);
+        if (!IsAbsolutePath(folder) || NamesNetworkPlace(folder)) return folder;
+        return {folder.front(), ':', '\\'};
     }
 
     void CheckTexts() {
