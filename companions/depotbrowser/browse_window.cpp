@@ -257,6 +257,13 @@ INT_PTR BrowseWindow::HandleListNotify(const NMHDR& header) {
             parts_->choice.SelectionChanged();
             RowsChanged();
             return TRUE;
+        case NM_CLICK:
+            // A row that is selected already, though by no choice, does not change by it.
+            if (reinterpret_cast<const NMITEMACTIVATE&>(header).iItem >= 0) {
+                parts_->choice.SelectionChanged();
+                RowsChanged();
+            }
+            return TRUE;
         case NM_DBLCLK:
             if (reinterpret_cast<const NMITEMACTIVATE&>(header).iItem >= 0) Confirm();
             return TRUE;

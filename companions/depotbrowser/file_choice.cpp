@@ -125,7 +125,8 @@ void FileChoice::Accept() {
     const std::wstring field = Field();
     std::vector<const BrowseEntry*> files = parts_.list.Selected();
     std::erase_if(files, [](const BrowseEntry* entry) { return entry->isFolder; });
-    if (!files.empty() && field == selectionField_) return AcceptSelected(files);
+    // A selection that is no choice leaves the field empty.
+    if (!files.empty() && !field.empty() && field == selectionField_) return AcceptSelected(files);
     const std::vector<TypedName> names = ParseFileNames(field);
     if (names.empty()) return SetField({});
     if (names.size() == 1) return AcceptOne(names.front());

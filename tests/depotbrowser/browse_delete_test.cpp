@@ -128,6 +128,39 @@ TEST_F(BrowseDeleteTest, RowBesideTheDeletedOneIsSelectedAndNotChosen) {
     });
 }
 
+TEST_F(BrowseDeleteTest, EnterDoesNotChooseTheRowBesideTheDeletedOne) {
+    for (const bool saves : {false, true}) {
+        for (const char* name : {"a.kra", "b.kra"}) MakeFile(name);
+        if (saves) dialog_->put_Mode(27);
+        dialog_->put_FileType(64);
+        EXPECT_EQ(kNotConfirmed, Show([](const OpenBrowser& browser) {
+                      browser.SelectRow(L"a.kra");
+                      browser.Press(VK_DELETE);
+                      AnswerQuestion(L"delete \"a.kra\"?", IDYES);
+                      EXPECT_TRUE(browser.WaitForSelection({L"b.kra"}));
+                      EXPECT_TRUE(browser.WaitForText(CONTROL_NAME, L""));
+                      browser.Press(VK_RETURN);
+                      browser.Press(VK_ESCAPE);
+                  }))
+            << saves;
+    }
+}
+
+TEST_F(BrowseDeleteTest, ClickChoosesTheRowBesideTheDeletedOne) {
+    for (const char* name : {"a.kra", "b.kra"}) MakeFile(name);
+    EXPECT_EQ(kConfirmed, Show([](const OpenBrowser& browser) {
+                  browser.SelectRow(L"a.kra");
+                  browser.Press(VK_DELETE);
+                  AnswerQuestion(L"delete \"a.kra\"?", IDYES);
+                  EXPECT_TRUE(browser.WaitForSelection({L"b.kra"}));
+                  EXPECT_TRUE(browser.WaitForText(CONTROL_NAME, L""));
+                  browser.ClickRow(L"b.kra");
+                  browser.WaitForText(CONTROL_NAME, L"b.kra");
+                  browser.Click(IDOK);
+              }));
+    EXPECT_EQ(L"<Work>\\b.kra", ChosenPath());
+}
+
 TEST_F(BrowseDeleteTest, TypedNameStaysWhenASelectedFileIsDeleted) {
     for (const char* name : {"a.kra", "b.kra"}) MakeFile(name);
     Show([](const OpenBrowser& browser) {

@@ -182,10 +182,19 @@ void OpenBrowser::SelectDepot(const std::wstring& name) const {
 
 void OpenBrowser::DoubleClickRow(const std::wstring& name) const {
     SelectRow(name);
+    ClickRow(name);
+    PostToRow(name, {WM_LBUTTONDBLCLK, WM_LBUTTONUP});
+}
+
+void OpenBrowser::ClickRow(const std::wstring& name) const {
+    PostToRow(name, {WM_LBUTTONDOWN, WM_LBUTTONUP});
+}
+
+void OpenBrowser::PostToRow(const std::wstring& name, std::initializer_list<UINT> messages) const {
     RECT row = {};
     ListView_GetItemRect(Control(CONTROL_LIST), RowOf(name), &row, LVIR_LABEL);
     const LPARAM place = MAKELPARAM(row.left + 2, row.top + 2);
-    for (const UINT message : {WM_LBUTTONDOWN, WM_LBUTTONUP, WM_LBUTTONDBLCLK, WM_LBUTTONUP}) {
+    for (const UINT message : messages) {
         PostMessageW(Control(CONTROL_LIST), message, 0, place);
     }
 }

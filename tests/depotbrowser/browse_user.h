@@ -1,6 +1,7 @@
 // A person in front of the browse dialog.
 #pragma once
 
+#include <initializer_list>
 #include <string>
 #include <vector>
 
@@ -41,6 +42,8 @@ public:
     void SelectRow(const std::wstring& name) const;
     void SelectDepot(const std::wstring& name) const;
     void DoubleClickRow(const std::wstring& name) const;
+    // Clicks with the mouse alone, whatever is selected.
+    void ClickRow(const std::wstring& name) const;
     // Types into the file name field what shall stand there.
     void TypeName(const std::wstring& text) const;
     // Clicks on the header of a column.
@@ -51,6 +54,7 @@ public:
 
 private:
     int RowOf(const std::wstring& name) const;
+    void PostToRow(const std::wstring& name, std::initializer_list<UINT> messages) const;
     Names TreeTexts(HTREEITEM first) const;
 };
 
