@@ -76,6 +76,10 @@ void FileChoice::SelectionChanged() {
     folderIsLast_ = names.empty();
     if (folderIsLast_) return ForgetSelection();
     selectionField_ = JoinFileNames(names);
+    selectionNames_.clear();
+    for (const BrowseEntry* entry : selected) {
+        if (!entry->isFolder && !entry->elsewhere) selectionNames_.push_back(entry->name);
+    }
     SetField(selectionField_);
 }
 
@@ -85,7 +89,10 @@ void FileChoice::FieldEdited() {
 
 void FileChoice::FolderChanged() {
     const auto& current = parts_.navigator.Current();
-    if (current == folder_) return;
+    if (current == folder_) {
+        if (parts_.navigator.IsLoaded() && !SelectionIsThere()) ForgetSelection();
+        return;
+    }
     if (folder_) ForgetSelection();
     folder_ = current;
     folderIsLast_ = false;
@@ -94,6 +101,12 @@ void FileChoice::FolderChanged() {
 void FileChoice::ForgetSelection() {
     if (!selectionField_.empty() && Field() == selectionField_) SetField({});
     selectionField_.clear();
+    selectionNames_.clear();
+}
+
+bool FileChoice::SelectionIsThere() const {
+    return std::all_of(selectionNames_.begin(), selectionNames_.end(),
+                       [&](const std::string& name) { return parts_.list.Find(name) != nullptr; });
 }
 
 const BrowseEntry* FileChoice::FolderToOpen() const {

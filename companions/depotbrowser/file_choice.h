@@ -31,7 +31,8 @@ public:
     void SelectionChanged();
     // The user typed into the field.
     void FieldEdited();
-    // The shown folder may be another one: the name of a file of the last one leaves the field.
+    // The shown folder may be another one, or lack a file: what was selected there and is gone
+    // leaves the field.
     void FolderChanged();
 
     // The folder that the user selected after all that was typed or selected before; null when the
@@ -62,10 +63,12 @@ private:
     std::wstring Field() const;
     void SetField(const std::wstring& text);
     void ForgetSelection();
+    bool SelectionIsThere() const;
 
     const BrowseParts parts_;
     const Finish finish_;
     std::wstring selectionField_;  // what the field holds as long as it shows the selection
+    std::vector<std::string> selectionNames_;  // those of them in the shown folder
     std::optional<FolderRef> folder_;
     bool folderIsLast_ = false;  // a folder was selected after everything else
     bool filling_ = false;       // while the field is changed by the dialog itself

@@ -54,6 +54,10 @@ void FileCommands::Run(Change change, const Afterwards& afterwards) {
 void FileCommands::Finish(const ChangeResult& result, const Afterwards& afterwards) {
     AfterLoading after = {result.name, {}, {}};
     if (result.succeeded) {
+        if (!afterwards.beside.empty()) {
+            after.select = afterwards.beside;
+            after.restores = true;
+        }
         if (afterwards.editsName) after.then = [this] { Rename(); };
         return parts_.navigator.Reload(after);
     }
@@ -126,7 +130,11 @@ void FileCommands::MakeCopy() {
 void FileCommands::Delete() {
     const auto selected = parts_.list.Selected();
     if (!CanChange() || !HasSelectionHere()) return;
-    Deletion deletion = {*parts_.navigator.Current(), NamesOf(selected), {}, ++deletions_};
+    Deletion deletion = {*parts_.navigator.Current(),
+                         NamesOf(selected),
+                         {},
+                         parts_.list.NameBesideSelected(),
+                         ++deletions_};
     for (const BrowseEntry* entry : selected) {
         if (entry->isFolder) deletion.folderNames.push_back(entry->name);
     }
@@ -150,7 +158,7 @@ void FileCommands::AskAndDelete(const Deletion& deletion, const DeletionExtent& 
         [names = deletion.names](DepotSession& session, const FolderRef& place) {
             return DeleteItems(session, place, names);
         },
-        {});
+        {.beside = deletion.beside});
 }
 
 bool FileCommands::ConfirmDeletion(const Deletion& deletion, const DeletionExtent& extent) const {

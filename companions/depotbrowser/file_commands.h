@@ -45,15 +45,17 @@ private:
         FolderRef folder;
         std::vector<std::string> names;
         std::vector<std::string> folderNames;
+        std::string beside;   // what takes their place
         unsigned number = 0;  // of the request
     };
     void AskAndDelete(const Deletion& deletion, const DeletionExtent& extent);
     bool ConfirmDeletion(const Deletion& deletion, const DeletionExtent& extent) const;
     // What is done behind a change: the name of what was made is edited, or, after a failure, the
-    // one that was wanted.
+    // one that was wanted; the entry beside what is gone is selected, which is no choice.
     struct Afterwards {
         bool editsName = false;
-        std::optional<WantedName> editsAgain;
+        std::optional<WantedName> editsAgain{};
+        std::string beside{};
     };
     void Finish(const ChangeResult& result, const Afterwards& afterwards);
     template <class Change>

@@ -210,6 +210,18 @@ const BrowseEntry* FileList::Find(const std::string& name) const {
     return found == entries_.end() ? nullptr : &*found;
 }
 
+std::string FileList::NameBesideSelected() const {
+    const auto isSelected = [this](int row) {
+        return ListView_GetItemState(control_, row, LVIS_SELECTED) != 0;
+    };
+    const int first = ListView_GetNextItem(control_, -1, LVNI_SELECTED);
+    int row = first;
+    while (EntryAt(row) != nullptr && isSelected(row)) ++row;
+    const BrowseEntry* beside = EntryAt(row);
+    if (beside == nullptr || beside->elsewhere) beside = EntryAt(first - 1);
+    return beside != nullptr && !beside->elsewhere ? beside->name : std::string();
+}
+
 const BrowseEntry* FileList::EntryAt(int row) const {
     return row >= 0 && static_cast<std::size_t>(row) < rows_.size() ? &At(row) : nullptr;
 }

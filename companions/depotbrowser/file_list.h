@@ -42,6 +42,9 @@ public:
 
     // The selected entries from the top.
     std::vector<const BrowseEntry*> Selected() const;
+    // The name of the entry of the shown folder that is next to the selected ones: the first behind
+    // them, else the last before; empty for none.
+    std::string NameBesideSelected() const;
     // The entry with the focus, when it is selected; null otherwise.
     const BrowseEntry* Focused() const;
     // Returns the entry of that name in any letter case, shown or not; null when there is none.

@@ -3,6 +3,7 @@
 #include "fileops/outcome.h"
 #include "fileops/shell_operation.h"
 #include "manager/display_path.h"
+#include "platform/handles.h"
 #include "platform/local_name.h"
 #include "platform/paths.h"
 #include "store/folder_store.h"
@@ -17,6 +18,15 @@ Result Refuse(CDepot& depot, const std::string& path) {
     return error;
 }
 
+// Why a file or folder cannot be moved, as a code of the system; ERROR_SUCCESS where it could be.
+DWORD ReasonAgainstMoving(const std::string& path) {
+    constexpr DWORD kShared = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+    const UniqueHandle opened =
+        OwnFile(CreateFileA(path.c_str(), DELETE, kShared, nullptr, OPEN_EXISTING,
+                            FILE_FLAG_BACKUP_SEMANTICS, nullptr));
+    return opened ? DWORD{ERROR_SUCCESS} : GetLastError();
+}
+
 Result MoveByShell(PathPair paths, HWND window, UINT operation) {
     const FolderStore& store = FolderStore::Instance();
     if (!store.CheckTarget(paths.from) || !store.CheckTarget(paths.to)) {
@@ -24,7 +34,15 @@ Result MoveByShell(PathPair paths, HWND window, UINT operation) {
     }
     const bool done = RunShellOperation(
         {operation, {paths.from}, &paths.to, kQuietFlags, window, kShellSinglePathBytes});
-    return done ? Result() : ShellError(paths.from);
+    if (done) return {};
+    Error error = ShellError(paths.to);
+    // Without a text as well: those who get one read what the shell said, or nothing.
+    const DWORD reason = error.code == ERROR_SUCCESS ? ReasonAgainstMoving(paths.from) : 0;
+    if (reason != ERROR_SUCCESS) {
+        error = SystemError(reason, paths.from);
+        error.text.clear();
+    }
+    return error;
 }
 
 // Whether what has this name may go into a folder under it.

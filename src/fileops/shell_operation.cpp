@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <new>
 
-#include "platform/handles.h"
 #include "platform/local_file.h"
 #include "platform/paths.h"
 #include "platform/same_file.h"
@@ -56,23 +55,6 @@ DWORD ReasonToRefuse(UINT operation, const std::vector<std::string>& sources,
     return any(PutsFolderOnFile) ? ERROR_ALREADY_EXISTS : ERROR_SUCCESS;
 }
 
-// Why the shell failed, as a code of the system: what speaks against the first source that cannot
-// be used so, else what it returned. Shells differ in that, and have numbers of their own, which
-// mean something else to the system.
-DWORD SystemCodeOfShell(int result, UINT operation, const std::vector<std::string>& sources) {
-    constexpr int kFirstOwn = 0x71, kLastOwn = 0x88, kFirstOwnOfDisk = 0x10000;
-    constexpr DWORD kShared = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
-    const DWORD error = GetLastError();
-    for (const std::string& source : sources) {
-        const UniqueHandle opened = OwnFile(
-            CreateFileA(source.c_str(), operation == FO_COPY ? GENERIC_READ : DELETE, kShared,
-                        nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr));
-        if (!opened) return GetLastError();
-    }
-    const bool isOwn = (result >= kFirstOwn && result <= kLastOwn) || result >= kFirstOwnOfDisk;
-    return isOwn ? error : static_cast<DWORD>(result);
-}
-
 }  // namespace
 
 std::string ShellPathList(const std::vector<std::string>& paths, std::size_t pathBytes) {
@@ -110,9 +92,7 @@ bool RunShellOperation(const ShellRequest& request) {
     call.fFlags = request.flags;
     // The shell need not set it; what looked at the paths has.
     SetLastError(ERROR_SUCCESS);
-    const int code = SHFileOperationA(&call);
-    if (code != 0) SetLastError(SystemCodeOfShell(code, operation, sources));
-    return code == 0 && !call.fAnyOperationsAborted;
+    return SHFileOperationA(&call) == 0 && !call.fAnyOperationsAborted;
 }
 
 Error ShellError(const std::string& path) {

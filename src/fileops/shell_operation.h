@@ -39,8 +39,8 @@ struct ShellRequest {
 // So it does when a source would be copied or moved onto itself or a folder into itself, by
 // whatever names the two go: some shells would copy what they have just copied, and so on. A
 // folder that would be moved to the place of a file fails with ERROR_ALREADY_EXISTS. A
-// deletion has no target: one that is given makes no difference. The system's last error is
-// what speaks against a source, else that of the shell, or 0.
+// deletion has no target: one that is given makes no difference. The system's last error is that of
+// the shell, or 0.
 bool RunShellOperation(const ShellRequest& request);
 
 // Returns the failure of the operation before, with the system's text led by `path`; without code

@@ -64,7 +64,7 @@ TEST_F(FailureMethodsTest, MethodsOfTheFirstInterfaceLeaveTheirFailuresToo) {
     EXPECT_THAT(api_->DPRenameFile(session_, Text("<Work>\\none.kra"), Text("<Work>\\a.kra")),
                 IsRefused());
     EXPECT_EQ(ERROR_FILE_NOT_FOUND, static_cast<DWORD>(Last().code));
-    EXPECT_THAT(Last().text, HasSubstr(L"none.kra"));
+    EXPECT_NE(L"", Last().text);
     EXPECT_THAT(api_->DPDeleteFile(session_, Text("<Work>\\none.kra")), IsRefused());
     EXPECT_EQ(ERROR_FILE_NOT_FOUND, static_cast<DWORD>(Last().code));
     EXPECT_THAT(api_->DPSetSelItemPath(session_, Text("x")), IsOk());
@@ -78,7 +78,7 @@ TEST_F(FailureMethodsTest, RenameOfAFileThatIsHeldSaysWhy) {
     EXPECT_THAT(api_->DPRenameFile(session_, Text("<Work>\\a.kra"), Text("<Work>\\b.kra")),
                 IsRefused());
     EXPECT_EQ(ERROR_SHARING_VIOLATION, static_cast<DWORD>(Last().code));
-    EXPECT_THAT(Last().text, HasSubstr(L"a.kra"));
+    EXPECT_NE(L"", Last().text);
 }
 
 TEST_F(FailureMethodsTest, RenameOfAHiddenFileFailsWithTheSystemsWordsAlone) {

@@ -111,6 +111,37 @@ TEST_F(BrowseDeleteTest, KeyThatIsPressedAgainAsksOnce) {
     EXPECT_TRUE(Exists(At("b.kra")));
 }
 
+TEST_F(BrowseDeleteTest, RowBesideTheDeletedOneIsSelectedAndNotChosen) {
+    for (const char* name : {"a.kra", "b.kra", "c.kra"}) MakeFile(name);
+    Show([](const OpenBrowser& browser) {
+        browser.SelectRow(L"b.kra");
+        EXPECT_EQ(L"b.kra", browser.Text(CONTROL_NAME));
+        browser.Press(VK_DELETE);
+        AnswerQuestion(L"delete \"b.kra\"?", IDYES);
+        EXPECT_TRUE(browser.WaitForRows({L"a.kra", L"c.kra"}));
+        EXPECT_TRUE(browser.WaitForSelection({L"c.kra"}));
+        EXPECT_TRUE(browser.WaitForText(CONTROL_NAME, L""));
+        browser.Press(VK_DELETE);
+        AnswerQuestion(L"delete \"c.kra\"?", IDYES);
+        EXPECT_TRUE(browser.WaitForSelection({L"a.kra"}));
+        browser.Press(VK_ESCAPE);
+    });
+}
+
+TEST_F(BrowseDeleteTest, TypedNameStaysWhenASelectedFileIsDeleted) {
+    for (const char* name : {"a.kra", "b.kra"}) MakeFile(name);
+    Show([](const OpenBrowser& browser) {
+        browser.SelectRow(L"a.kra");
+        browser.TypeName(L"typed.kra");
+        browser.Focus(CONTROL_LIST);
+        browser.Press(VK_DELETE);
+        AnswerQuestion(L"delete \"a.kra\"?", IDYES);
+        EXPECT_TRUE(browser.WaitForSelection({L"b.kra"}));
+        EXPECT_EQ(L"typed.kra", browser.Text(CONTROL_NAME));
+        browser.Press(VK_ESCAPE);
+    });
+}
+
 TEST_F(BrowseDeleteTest, DeletedFilesAndFoldersLieInTheRecycleBin) {
     MakeFile("Kept folder\\inner.kra");
     MakeFile("kept file.kra");
