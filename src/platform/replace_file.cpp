@@ -56,7 +56,10 @@ public:
     }
     ~FileBeside() {
         file_.reset();
-        if (exists_) DeleteOwnFile(path_);
+        if (!exists_) return;
+        const DWORD error = GetLastError();
+        DeleteOwnFile(path_);
+        SetLastError(error);
     }
 
     bool Exists() const { return exists_; }
@@ -73,13 +76,11 @@ public:
 
     // Takes the place by one rename.
     bool Rename(const std::string& path, Flush flush) {
-        const DWORD through = flush == Flush::kNow ? MOVEFILE_WRITE_THROUGH : 0;
-        if (!MoveFileExA(path_.c_str(), path.c_str(), MOVEFILE_REPLACE_EXISTING | through)) {
-            return false;
-        }
-        exists_ = false;
-        return true;
+        return MoveTo(path, MOVEFILE_REPLACE_EXISTING, flush);
     }
+
+    // Takes a place where nothing is.
+    bool TakeFreePlace(const std::string& path, Flush flush) { return MoveTo(path, 0, flush); }
 
     bool CopyFrom(const std::string& source) {
         file_.reset();
@@ -108,6 +109,13 @@ public:
     }
 
 private:
+    bool MoveTo(const std::string& path, DWORD flags, Flush flush) {
+        const DWORD through = flush == Flush::kNow ? MOVEFILE_WRITE_THROUGH : 0;
+        if (!MoveFileExA(path_.c_str(), path.c_str(), flags | through)) return false;
+        exists_ = false;
+        return true;
+    }
+
     std::string path_;
     UniqueHandle file_;
     bool exists_ = false;
@@ -168,21 +176,41 @@ std::optional<bool> CopyOntoFile(const std::string& source, const std::string& p
     return true;
 }
 
+bool SaysExists(DWORD error) {
+    return error == ERROR_FILE_EXISTS || error == ERROR_ALREADY_EXISTS;
+}
+
+// Makes the file under its own name, under which it stays cut where it can be neither filled nor
+// deleted.
+FileCreation CreateInPlace(const std::string& path, const Contents& contents, Flush flush) {
+    UniqueHandle file = CreateNew(path);
+    if (!file) {
+        return SaysExists(GetLastError()) ? FileCreation::kExists : FileCreation::kFailed;
+    }
+    const bool written =
+        WriteAll(file.get(), contents) && (flush == Flush::kLater || FlushFileBuffers(file.get()));
+    const DWORD error = GetLastError();
+    file.reset();
+    if (!written) DeleteOwnFile(path);
+    SetLastError(error);
+    return written ? FileCreation::kDone : FileCreation::kFailed;
+}
+
 }  // namespace
 
 FileCreation CreateLocalFile(const std::string& path, const void* bytes, std::uint32_t length,
                              Flush flush) {
-    UniqueHandle file = CreateNew(path);
-    if (!file) {
-        const DWORD error = GetLastError();
-        const bool exists = error == ERROR_FILE_EXISTS || error == ERROR_ALREADY_EXISTS;
-        return exists ? FileCreation::kExists : FileCreation::kFailed;
+    if (PathExists(path)) return FileCreation::kExists;
+    const Contents contents = {bytes, length};
+    FileBeside beside(path);
+    if (!beside.Exists()) return CreateInPlace(path, contents, flush);
+    if (!beside.Write(contents, flush)) return FileCreation::kFailed;
+    if (RetryWhileInUse(FileUse::kShared, [&] { return beside.TakeFreePlace(path, flush); })) {
+        return FileCreation::kDone;
     }
-    const bool written = WriteAll(file.get(), {bytes, length}) &&
-                         (flush == Flush::kLater || FlushFileBuffers(file.get()));
-    file.reset();
-    if (!written) DeleteOwnFile(path);
-    return written ? FileCreation::kDone : FileCreation::kFailed;
+    // Some folders take new files and let none be renamed.
+    return SaysExists(GetLastError()) ? FileCreation::kExists
+                                      : CreateInPlace(path, contents, flush);
 }
 
 bool ReplaceLocalFile(const std::string& path, const void* bytes, std::uint32_t length,

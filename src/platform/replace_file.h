@@ -19,8 +19,9 @@ enum class FileCreation { kDone, kExists, kFailed };
 // a power cut only there.
 enum class Flush { kLater, kNow };
 
-// Writes the bytes to a new file with normal attributes; one that exists stays. A file that could
-// be created but not filled is removed again.
+// Writes the bytes to a new file with normal attributes; one that exists stays. The file gets its
+// name once it is whole: one that could be neither filled nor removed again stays as "lda????.tmp".
+// Only where the folder refuses a second name, or a rename, is it written under its own name.
 FileCreation CreateLocalFile(const std::string& path, const void* bytes, std::uint32_t length,
                              Flush flush = Flush::kLater);
 

@@ -11,6 +11,7 @@ namespace {
 
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::Not;
 
 class FailureMethodsTest : public ComponentTest {
 protected:
@@ -78,6 +79,18 @@ TEST_F(FailureMethodsTest, RenameOfAFileThatIsHeldSaysWhy) {
                 IsRefused());
     EXPECT_EQ(ERROR_SHARING_VIOLATION, static_cast<DWORD>(Last().code));
     EXPECT_NE(L"", Last().text);
+}
+
+TEST_F(FailureMethodsTest, RenameOfAHiddenFileFailsWithTheSystemsWordsAlone) {
+    const std::string file = folder_.MakeFile("Work\\a.kra", "[S]\r\nK=old\r\n");
+    SetFileAttributesA(file.c_str(), FILE_ATTRIBUTE_HIDDEN);
+    const UniqueHandle held =
+        OwnFile(CreateFileA(file.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr));
+    for (const char* const to : {"<Work>\\b.kra", "<Work>\\None\\b.kra", "b.kra", "<Far>\\b.kra"}) {
+        EXPECT_THAT(api_->DPRenameFile(session_, Text("<Work>\\a.kra"), Text(to)), IsRefused());
+        EXPECT_NE(ERROR_SUCCESS, Last().code);
+        EXPECT_THAT(Last().text, Not(HasSubstr(L"LDAP"))) << to;
+    }
 }
 
 TEST_F(FailureMethodsTest, ValueThatCouldNotBeWrittenIsASuccessThatSaysWhy) {

@@ -6,6 +6,7 @@
 #include <cstring>
 #include <set>
 #include <thread>
+#include <utility>
 
 #include "platform/private_file.h"
 #include "support/full_disk.h"
@@ -80,6 +81,30 @@ BOOL WINAPI NoteFlush(HANDLE file) {
 BOOL WINAPI FailToFlush(HANDLE) {
     SetLastError(ERROR_DISK_FULL);
     return FALSE;
+}
+
+BOOL WINAPI RefuseDeletion(LPCSTR) {
+    SetLastError(ERROR_WRITE_PROTECT);
+    return FALSE;
+}
+
+BOOL WINAPI RefuseRename(LPCSTR, LPCSTR, DWORD) {
+    SetLastError(ERROR_ACCESS_DENIED);
+    return FALSE;
+}
+
+std::string makeMeanwhile;
+
+BOOL WINAPI WriteWhileAnotherMakesTheFile(HANDLE file, LPCVOID bytes, DWORD length, DWORD* written,
+                                          OVERLAPPED* overlapped) {
+    if (const std::string path = std::exchange(makeMeanwhile, {}); !path.empty()) {
+        const HANDLE other = CreateFileA(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
+                                         FILE_ATTRIBUTE_NORMAL, nullptr);
+        DWORD done = 0;
+        realWrite(other, "other", 5, &done, nullptr);
+        CloseHandle(other);
+    }
+    return realWrite(file, bytes, length, written, overlapped);
 }
 
 using GetSecurityCall = BOOL(WINAPI*)(LPCSTR, SECURITY_INFORMATION, PSECURITY_DESCRIPTOR, DWORD,
@@ -321,6 +346,37 @@ TEST_F(ReplaceFileTest, NewFileThatDoesNotReachTheDiskIsNoFile) {
     ASSERT_TRUE(failing.IsInPlace());
     EXPECT_EQ(FileCreation::kFailed, CreateLocalFile(file_, "x", 1, Flush::kNow));
     EXPECT_FALSE(test::Exists(file_));
+}
+
+TEST_F(ReplaceFileTest, NewFileThatCanBeNeitherFilledNorDeletedNeverGetsItsName) {
+    const test::ImportPatch<WriteFileCall> full("WriteFile", &FillDisk);
+    const test::ImportPatch<decltype(&DeleteFileA)> staying("DeleteFileA", &RefuseDeletion);
+    ASSERT_TRUE(full.IsInPlace() && staying.IsInPlace());
+    realWrite = full.Genuine();
+    writesLeft = 0;
+    EXPECT_EQ(FileCreation::kFailed, CreateLocalFile(file_, "text", 4));
+    EXPECT_EQ(DWORD{ERROR_DISK_FULL}, GetLastError());
+    writesLeft = 0;
+    EXPECT_FALSE(Replace(file_, "text"));
+    EXPECT_FALSE(Exists(file_));
+}
+
+TEST_F(ReplaceFileTest, NewFileIsMadeWhereNothingCanBeRenamed) {
+    const test::ImportPatch<decltype(&MoveFileExA)> staying("MoveFileExA", &RefuseRename);
+    ASSERT_TRUE(staying.IsInPlace());
+    EXPECT_EQ(FileCreation::kDone, CreateLocalFile(file_, "new", 3));
+    ExpectOnly("new");
+    EXPECT_EQ(FileCreation::kExists, CreateLocalFile(file_, "other", 5));
+    ExpectOnly("new");
+}
+
+TEST_F(ReplaceFileTest, NewFileLeavesOneThatAnotherProgramMadeMeanwhile) {
+    const test::ImportPatch<WriteFileCall> slow("WriteFile", &WriteWhileAnotherMakesTheFile);
+    ASSERT_TRUE(slow.IsInPlace());
+    realWrite = slow.Genuine();
+    makeMeanwhile = file_;
+    EXPECT_EQ(FileCreation::kExists, CreateLocalFile(file_, "new", 3));
+    ExpectOnly("other");
 }
 
 TEST_F(ReplaceFileTest, CopyOntoAnOrdinaryFileExchangesItAndTakesTheSourcesAttributes) {
