@@ -1,5 +1,8 @@
 #include "directory/comparable_dn.h"
 
+#include <algorithm>
+#include <vector>
+
 #include "directory/dn_escapes.h"
 #include "platform/code_page.h"
 #include "platform/text.h"
@@ -53,6 +56,26 @@ private:
     bool isInValue_ = false;
 };
 
+// Returns the DN and those of all entries above it.
+std::vector<std::string_view> LevelsOf(std::string_view dn) {
+    std::vector<std::string_view> levels;
+    for (; !dn.empty(); dn = ParentDN(dn)) levels.push_back(dn);
+    return levels;
+}
+
+// Returns what a level adds to the one above it.
+std::string ComponentOf(std::string_view dn) {
+    const std::size_t above = ParentDN(dn).size();
+    return ComparableDN(dn.substr(0, above > 0 ? dn.size() - above - 1 : dn.size()));
+}
+
+// Whether no rule makes the two components one.
+bool AreDistinct(const std::string& component, const std::string& other) {
+    const auto attribute = [](const std::string& text) { return text.substr(0, text.find('=')); };
+    return attribute(component) != attribute(other) ||
+           !(HasVariants(component) || HasVariants(other));
+}
+
 }  // namespace
 
 std::string ComparableDN(std::string_view dn) {
@@ -73,6 +96,39 @@ std::string ComparableDN(std::string_view dn) {
         }
     }
     return text.Take();
+}
+
+bool AreOneName(std::string_view name, std::string_view other) {
+    const auto comparable = [](std::string_view text) {
+        return ComparableDN(Concatenate({"x=", EscapedName(text)}));
+    };
+    return name == other || comparable(name) == comparable(other);
+}
+
+bool HasVariants(std::string_view name) {
+    // The first byte of a longer character is above ASCII in every code page, and so is a byte that
+    // stands as an escape.
+    for (std::size_t at = 0; at < name.size(); ++at) {
+        if (static_cast<unsigned char>(name[at]) >= 0x80) return true;
+        if (EscapeLength(name, at) > 0 && HexByte(name, at + 1).value_or(0) >= 0x80) return true;
+    }
+    return false;
+}
+
+std::optional<EntriesInDoubt> FindDoubt(std::string_view dn, std::string_view other) {
+    const std::vector<std::string_view> first = LevelsOf(dn), second = LevelsOf(other);
+    const std::size_t common = std::min(first.size(), second.size());
+    bool isDoubtful = false;
+    for (std::size_t fromTop = 1; fromTop <= common; ++fromTop) {
+        const std::string component = ComponentOf(first[first.size() - fromTop]);
+        const std::string another = ComponentOf(second[second.size() - fromTop]);
+        if (component == another) continue;
+        if (AreDistinct(component, another)) return std::nullopt;
+        isDoubtful = true;
+    }
+    if (!isDoubtful) return std::nullopt;
+    return EntriesInDoubt{std::string(first[first.size() - common]),
+                          std::string(second[second.size() - common])};
 }
 
 std::string_view ParentDN(std::string_view dn) {

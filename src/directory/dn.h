@@ -65,6 +65,10 @@ std::string UnsafeNamesText(std::uint32_t count);
 inline constexpr char kSharedNamesText[] =
     "Several entries have one and the same name in the file system.";
 
+// The text for the user that something else answers to a name.
+inline constexpr char kTakenNameText[] =
+    "The directory takes this name for that of another file or folder.";
+
 // The text for the user that a file's entry shows no contents, alone and with the file's name.
 inline constexpr char kUnseenContentsText[] =
     "The contents may not be read: the directory does not show them to this user.";

@@ -223,7 +223,9 @@ void EntryStore::AddFoldersTogether(std::span<FolderAddition> folders) {
     std::vector<std::size_t> refused;
     const auto alone = [&](std::size_t index) {
         bool added = false;
-        folders[index].result = AddFolder(folders[index].dn, folders[index].name, added);
+        FolderAddition& folder = folders[index];
+        folder.result = AddFolder(folder.dn, folder.name, added);
+        folder.isThere = folder.result && !added;
     };
     Together(
         folders.size(),
@@ -232,10 +234,11 @@ void EntryStore::AddFoldersTogether(std::span<FolderAddition> folders) {
             batch.Add(folders[index].dn, entry.Attributes());
         },
         [&](std::size_t index, std::uint32_t code, LDAPMessage*) {
-            const bool isThere = code == LDAP_SUCCESS || code == LDAP_ALREADY_EXISTS;
-            folders[index].result =
-                connection_.Outcome(isThere ? std::uint32_t{LDAP_SUCCESS} : code);
-            if (!isThere) refused.push_back(index);
+            FolderAddition& folder = folders[index];
+            folder.isThere = code == LDAP_ALREADY_EXISTS;
+            const bool isAdded = code == LDAP_SUCCESS || folder.isThere;
+            folder.result = connection_.Outcome(isAdded ? std::uint32_t{LDAP_SUCCESS} : code);
+            if (!isAdded) refused.push_back(index);
         },
         alone);
     // Whoever may not add a folder may still use one that exists.

@@ -3,9 +3,11 @@
 
 #include "directory/assertion.h"
 #include "directory/client_support.h"
+#include "directory/comparable_dn.h"
 #include "directory/entry_batches.h"
 #include "directory/entry_store.h"
 #include "platform/text.h"
+#include "platform/wide_text.h"
 
 namespace depot {
 namespace {
@@ -93,36 +95,67 @@ std::uint32_t EntryStore::FoundCode(LDAPMessage* result) const {
 }
 
 Result EntryStore::FindKind(const std::string& dn, EntryKind& kind) {
-    kind = EntryKind::kOther;
-    UniqueLdapMessage result;
-    const std::uint32_t code = Search(dn, LDAP_SCOPE_BASE, {kObjectClass}, result);
-    return Answer(code == LDAP_SUCCESS ? TakeKind(result.get(), kind) : code);
+    KindLookup lookup = {dn};
+    FindKind(lookup);
+    kind = lookup.kind;
+    return std::move(lookup.result);
 }
 
-std::uint32_t EntryStore::TakeKind(LDAPMessage* result, EntryKind& kind) const {
-    const std::uint32_t code = FoundCode(result);
-    if (code != LDAP_SUCCESS) return code;
+void EntryStore::FindKind(KindLookup& lookup) {
+    UniqueLdapMessage found;
+    const std::uint32_t code = Search(lookup.dn, LDAP_SCOPE_BASE, KindAttributes(lookup), found);
+    lookup.result = TakeKind(code, found.get(), lookup);
+}
+
+std::vector<std::string> EntryStore::KindAttributes(const KindLookup& lookup) const {
+    if (lookup.name.empty()) return {kObjectClass};
+    const NamingAttributes naming = schema_.NamingNames();
+    return {kObjectClass, naming.folder, naming.file};
+}
+
+Result EntryStore::TakeKind(std::uint32_t code, LDAPMessage* result, KindLookup& lookup) {
+    lookup.kind = EntryKind::kOther;
+    lookup.isOther = false;
+    if (code == LDAP_SUCCESS) code = FoundCode(result);
+    if (code != LDAP_SUCCESS) return Answer(code);
     LDAPMessage* const entry = Client().ldap_first_entry(Handle(), result);
     const bool isFolder = HasValue(entry, kObjectClass, schema_.FolderClass().c_str());
     const bool isFile = HasValue(entry, kObjectClass, schema_.FileClass().c_str());
-    if (isFolder != isFile) kind = isFolder ? EntryKind::kFolder : EntryKind::kFile;
-    return LDAP_SUCCESS;
+    if (isFolder != isFile) lookup.kind = isFolder ? EntryKind::kFolder : EntryKind::kFile;
+    if (!lookup.name.empty()) lookup.isOther = IsNamedOtherwise(entry, lookup.name);
+    return {};
+}
+
+// Whether the entry shows names and none of them is this one. What the code page cannot hold is
+// another one.
+bool EntryStore::IsNamedOtherwise(LDAPMessage* entry, const std::string& name) const {
+    const NamingAttributes naming = schema_.NamingNames();
+    bool isNamed = false;
+    AttributeWalk walk(Client(), Handle(), entry);
+    for (; walk.Name(); walk.Next()) {
+        const bool names =
+            EqualsNoCase(walk.Name(), naming.folder) || EqualsNoCase(walk.Name(), naming.file);
+        if (!names) continue;
+        const UniqueLdapBytes values = walk.Bytes();
+        for (berval** value = values.get(); value != nullptr && *value != nullptr; ++value) {
+            const auto shown = ExactAnsiFromUtf8({(*value)->bv_val, (*value)->bv_len});
+            if (shown && AreOneName(*shown, name)) return false;
+            isNamed = true;
+        }
+    }
+    return isNamed;
 }
 
 void EntryStore::FindKindsTogether(std::span<KindLookup> lookups) {
     Together(
         lookups.size(),
         [&](RequestBatch& batch, std::size_t index) {
-            batch.Search(lookups[index].dn, LDAP_SCOPE_BASE, {kObjectClass});
+            batch.Search(lookups[index].dn, LDAP_SCOPE_BASE, KindAttributes(lookups[index]));
         },
         [&](std::size_t index, std::uint32_t code, LDAPMessage* found) {
-            KindLookup& lookup = lookups[index];
-            lookup.kind = EntryKind::kOther;
-            lookup.result = Answer(code == LDAP_SUCCESS ? TakeKind(found, lookup.kind) : code);
+            lookups[index].result = TakeKind(code, found, lookups[index]);
         },
-        [&](std::size_t index) {
-            lookups[index].result = FindKind(lookups[index].dn, lookups[index].kind);
-        });
+        [&](std::size_t index) { FindKind(lookups[index]); });
 }
 
 Result EntryStore::ReadIdentifiers(const std::string& dn, EntryIdentifiers& identifiers) {

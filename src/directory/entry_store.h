@@ -63,6 +63,8 @@ struct ContentsRead {
 };
 struct KindLookup {
     std::string dn;
+    std::string name{};    // by which it is to be known; may be empty
+    bool isOther = false;  // it shows its name, and that is another one
     EntryKind kind = EntryKind::kOther;
     Result result{};
 };
@@ -75,6 +77,7 @@ struct FolderListing {
 struct FolderAddition {
     std::string dn;
     std::string name;
+    bool isThere = false;  // and was before
     Result result{};
 };
 struct ContentsWrite {
@@ -123,6 +126,9 @@ public:
     // Asks what the entry is, as Find does. Of an entry that is both a folder and a file, or whose
     // classes cannot be seen, nothing is known.
     Result FindKind(const std::string& dn, EntryKind& kind);
+    // Asks the same, and whether the entry is known by the name looked for: a server finds it also
+    // by other names that it takes for its own.
+    void FindKind(KindLookup& lookup);
 
     // Reads the identifiers of an entry, as Find does.
     Result ReadIdentifiers(const std::string& dn, EntryIdentifiers& identifiers);
@@ -239,7 +245,9 @@ private:
     std::uint32_t FindCode(const std::string& dn);
     // Whether what a successful search has found is an entry.
     std::uint32_t FoundCode(LDAPMessage* result) const;
-    std::uint32_t TakeKind(LDAPMessage* result, EntryKind& kind) const;
+    std::vector<std::string> KindAttributes(const KindLookup& lookup) const;
+    Result TakeKind(std::uint32_t code, LDAPMessage* result, KindLookup& lookup);
+    bool IsNamedOtherwise(LDAPMessage* entry, const std::string& name) const;
     Listing ListingOf(const std::string& baseDN, const std::string& localBase,
                       LdapItemList& items) const;
     std::uint32_t ListCode(const Listing& listing);

@@ -50,7 +50,8 @@ private:
     }
 
     bool IsRespelled() const {
-        return source_.store == target_.store && source_.store->IsSame(source_.path, target_.path);
+        return source_.store == target_.store &&
+               AreOneItem(*source_.store, {source_.path, target_.path});
     }
 
     Result CheckFree(SourceFate fate) {

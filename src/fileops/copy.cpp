@@ -17,13 +17,8 @@ Error SystemFailure(Reason reason, DWORD code) {
 
 // What a copy may be to its own source, and what it may replace then.
 Result RefuseItself(const CopyRequest& request, ExistingEntries& existing) {
-    if (request.from.store->IsLocal() != request.to.store->IsLocal() ||
-        !Overlaps(request.from, request.to, request.fate)) {
-        return {};
-    }
     const bool goes = request.fate == SourceFate::kGoes;
-    const ItemIdentity identity =
-        CompareItem(*request.from.store, *request.to.store, request.from.path);
+    const ItemIdentity identity = FindOverlap(request.from, request.to, request.fate);
     // An entry that is there after all, out of this user's sight, may be the source.
     if (goes && identity == ItemIdentity::kUnseen) existing = ExistingEntries::kRefuse;
     const bool refused =
@@ -296,6 +291,14 @@ CopyOutcome CopyOpened(CopyRequest request) {
     return source.isFolder ? CopyTree(request, source) : CopyFileContents(request, source.contents);
 }
 
+// Whether one path lies inside the other by names that the store takes for others.
+bool IsInsideByOtherNames(Store& store, PathPair paths) {
+    const std::optional<PathsInDoubt> doubt = store.FindDoubt(paths.from, paths.to);
+    // At one level the two are two items, or one that receives another name.
+    if (!doubt || (doubt->first == paths.from && doubt->second == paths.to)) return false;
+    return AreOneItem(store, {doubt->first, doubt->second});
+}
+
 }  // namespace
 
 CopyOutcome Copy(const CopyRequest& request) {
@@ -322,6 +325,9 @@ Result Move(Store& store, PathPair paths, const TransferWatcher& watcher) {
     }
     const StoreScope scope(store);
     if (!scope) return scope.Outcome();
+    if (IsInsideByOtherNames(store, paths)) {
+        return SystemFailure(Reason::kInvalid, ERROR_INVALID_PARAMETER);
+    }
     StoreSource held;
     Result renamed = store.Rename(paths, ExistingEntries::kRefuse, held);
     // A server may say the same of a file, which is no tree and would lose its contents.
@@ -336,26 +342,6 @@ Result Move(Store& store, PathPair paths, const TransferWatcher& watcher) {
     CopyOutcome outcome = CopyTree(request, held);
     return outcome.result ? LeftoversResult(RemoveCopied(store, copied))
                           : std::move(outcome.result);
-}
-
-ItemIdentity CompareItem(Store& one, Store& other, const std::string& path) {
-    if (one.Space() == other.Space()) return ItemIdentity::kSame;
-    ItemIdentifiers first, second;
-    if (!one.ReadIdentifiers(path, first)) return ItemIdentity::kUnknown;
-    const Result seen = other.ReadIdentifiers(path, second);
-    if (seen.Is(Reason::kMissing)) return ItemIdentity::kUnseen;
-    if (!seen) return ItemIdentity::kUnknown;
-    for (std::size_t index = 0; index < first.size(); ++index) {
-        if (first[index].empty() || second[index].empty()) continue;
-        return first[index] == second[index] ? ItemIdentity::kSame : ItemIdentity::kOther;
-    }
-    return ItemIdentity::kUnknown;
-}
-
-bool Overlaps(const StorePath& from, const StorePath& to, SourceFate fate) {
-    const Store& names = *from.store;
-    return names.IsSame(to.path, from.path) || names.IsInside(to.path, from.path) ||
-           (fate == SourceFate::kGoes && names.IsInside(from.path, to.path));
 }
 
 }  // namespace depot

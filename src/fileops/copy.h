@@ -2,6 +2,7 @@
 #pragma once
 
 #include "fileops/copied_source.h"
+#include "fileops/overlap.h"
 #include "fileops/transfer_progress.h"
 #include "store/store.h"
 
@@ -52,21 +53,5 @@ CopyOutcome CopyWhole(const CopyRequest& request);
 // does not rename folders that hold others the tree is copied, and then removed as far as it still
 // holds what was copied. A folder is moved neither into itself nor onto a folder above it.
 Result Move(Store& store, PathPair paths, const TransferWatcher& watcher);
-
-// What two stores show of the item of one path.
-enum class ItemIdentity : std::uint8_t {
-    kSame,
-    kOther,
-    kUnseen,  // the second store shows no item of the path
-    kUnknown  // at least one of the two shows no identifier that the other one shows as well
-};
-
-// Compares the item of that path in both stores: two names of one server, and two servers that
-// replicate each other, show the same identifier. REQUIRES: both are open.
-ItemIdentity CompareItem(Store& one, Store& other, const std::string& path);
-
-// Whether the names alone say that the target is the source, lies in it or, for a source that
-// is moved, is a folder above it, which is to hold what is removed with the source.
-bool Overlaps(const StorePath& from, const StorePath& to, SourceFate fate);
 
 }  // namespace depot

@@ -1,11 +1,8 @@
 #include "store/directory_store.h"
 
 #include <algorithm>
-#include <memory>
-#include <set>
 #include <utility>
 
-#include "directory/comparable_dn.h"
 #include "directory/dn_escapes.h"
 #include "platform/local_name.h"
 #include "platform/text.h"
@@ -81,21 +78,6 @@ bool DirectoryStore::CanHold(const std::string& name) const {
     return !name.empty() && name != "." && name != "..";
 }
 
-bool DirectoryStore::IsSame(const std::string& path, const std::string& other) const {
-    return ComparableDN(Schema().NormalDN(path)) == ComparableDN(Schema().NormalDN(other));
-}
-
-bool DirectoryStore::IsInside(const std::string& path, const std::string& folder) const {
-    return ComparableDN(Schema().NormalDN(path))
-        .ends_with("," + ComparableDN(Schema().NormalDN(folder)));
-}
-
-TakePath DirectoryStore::UniquePaths() const {
-    return [paths = std::make_shared<std::set<std::string>>()](const std::string& path) {
-        return paths->insert(ComparableDN(path)).second;
-    };
-}
-
 Result DirectoryStore::CheckTarget(const std::string& /*path*/) const {
     return {};
 }
@@ -124,13 +106,14 @@ Result DirectoryStore::List(const std::string& folder, const TakeItem& take, Lef
 }
 
 void DirectoryStore::HandOut(const LdapItemList& children, const std::string& folder,
-                             const TakeItem& take) const {
+                             const TakeItem& take) {
     StoreItem item;
     for (const CLDAPItem* child : children) {
         item.path = child->path;
         item.name = NameOfChild(child->path, folder);
         item.isFolder = child->isFolder != 0;
         item.isHostile = !IsSafeForeignName(item.name);
+        seesVariants_ = seesVariants_ || HasVariants(item.name);
         take(item);
     }
 }
@@ -219,9 +202,15 @@ bool DirectoryStore::CanMakeFolders(const std::vector<PlannedItem>& items,
                                     ExistingEntries existing) {
     std::vector<KindLookup> lookups;
     for (const PlannedItem& item : items) {
-        if (item.isFolder) lookups.push_back({item.path});
+        if (!item.isFolder) continue;
+        const std::optional<EntryName> name = Schema().SplitEntryName(item.path);
+        lookups.push_back({item.path, name ? name->name : std::string()});
     }
     if (lookups.empty()) return true;
+    const auto mayBeTaken = [this](const KindLookup& lookup) { return MayBeTaken(lookup.name); };
+    if (!std::any_of(lookups.begin(), lookups.end(), mayBeTaken)) {
+        for (KindLookup& lookup : lookups) lookup.name.clear();
+    }
     // Making the first one asks as well whether it is there. Under a new entry, or one whose parent
     // is missing, nothing else is.
     const std::string& first = lookups.front().dn;
@@ -235,7 +224,7 @@ bool DirectoryStore::CanMakeFolders(const std::vector<PlannedItem>& items,
     if (items.front().isFolder && existing == ExistingEntries::kRefuse) return false;
     Entries().FindKindsTogether(all.subspan(1));
     return std::none_of(all.begin(), all.end(), [](const KindLookup& lookup) {
-        return lookup.result && lookup.kind == EntryKind::kFile;
+        return lookup.result && (lookup.kind == EntryKind::kFile || lookup.isOther);
     });
 }
 
@@ -262,6 +251,7 @@ Result DirectoryStore::WriteFile(const std::string& path, const FileBuffer& cont
                                  WriteRules rules) {
     const std::optional<EntryName> name = Schema().SplitEntryName(path);
     if (!name) return Of(LDAP_INVALID_DN_SYNTAX);
+    const bool mayBeTaken = MayBeTaken(name->name) || rules.fate == SourceFate::kGoes;
     // Most files are new: adding first asks the server once where looking first asks twice.
     Result added = AddFile(path, name->name, contents);
     if (added.Is(Reason::kMissing)) {
@@ -272,13 +262,19 @@ Result DirectoryStore::WriteFile(const std::string& path, const FileBuffer& cont
         }
     }
     if (!added.Is(Reason::kExists) || rules.existing == ExistingEntries::kRefuse) return added;
+    if (mayBeTaken) {
+        Result free = RefuseOther(path, name->name);
+        if (!free) return Changed(std::move(free));
+    }
     return Changed(Entries().Replace(path, contents.bytes.get(), contents.length));
 }
 
 Result DirectoryStore::AddFolder(const std::string& path) {
     const std::optional<EntryName> name = Schema().SplitEntryName(path);
+    const bool mayBeTaken = name && MayBeTaken(name->name);
     bool added = false;
-    return Looked(Entries().AddFolder(path, name ? name->name : std::string(), added));
+    Result made = Looked(Entries().AddFolder(path, name ? name->name : std::string(), added));
+    return made && !added && mayBeTaken ? Looked(RefuseOther(path, name->name)) : std::move(made);
 }
 
 Result DirectoryStore::MakeFolder(const std::string& path, FoldersAbove above) {
@@ -286,8 +282,12 @@ Result DirectoryStore::MakeFolder(const std::string& path, FoldersAbove above) {
     if (!madeFolder_.empty() && path == std::exchange(madeFolder_, {})) return {};
     // Most often only this one is missing.
     const std::optional<EntryName> name = Schema().SplitEntryName(path);
+    const bool mayBeTaken = name && MayBeTaken(name->name);
     const Result added = Entries().AddNewFolder(path, name ? name->name : std::string());
-    if (added || added.Is(Reason::kExists)) return {};
+    if (added) return {};
+    if (added.Is(Reason::kExists)) {
+        return mayBeTaken ? Looked(RefuseOther(path, name->name)) : Result();
+    }
     if (added.Is(Reason::kBadName)) return Looked(added);
     LdapItemList folders;
     Result made = Looked(Entries().EnsureFolders(path, folders));

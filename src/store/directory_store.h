@@ -27,6 +27,8 @@ public:
     bool IsSame(const std::string& path, const std::string& other) const override;
     bool IsInside(const std::string& path, const std::string& folder) const override;
     TakePath UniquePaths() const override;
+    std::optional<PathsInDoubt> FindDoubt(const std::string& path,
+                                          const std::string& other) const override;
     std::optional<std::string> LocalPath(const std::string& /*path*/) const override { return {}; }
     Result CheckTarget(const std::string& path) const override;
     // The host and the port.
@@ -69,8 +71,7 @@ public:
 
 protected:
     // Hands out children of a folder by their names.
-    void HandOut(const LdapItemList& children, const std::string& folder,
-                 const TakeItem& take) const;
+    void HandOut(const LdapItemList& children, const std::string& folder, const TakeItem& take);
 
 private:
     EntryStore& Entries() const { return directory_.Entries(); }
@@ -80,6 +81,14 @@ private:
     // Keeps a failure as the last error; after a change also that there was none.
     Result Looked(Result result) const;
     Result Changed(Result result) const;
+
+    // Whether an entry that is there may have another name, which the server takes for this one.
+    bool MayBeTaken(const std::string& name);
+    // Fails with kExists where it has. Nothing takes its place, and nothing is put below it.
+    Result RefuseOther(const std::string& path, const std::string& name);
+    static Error TakenName();
+    // Replaces those of these files that are there under their own names.
+    void ReplaceFiles(const std::vector<FileToWrite*>& files, std::vector<KindLookup> there);
 
     bool LooksLikeFolder(const std::string& path) const;
     Result RefuseChildren(const std::string& path);
@@ -94,6 +103,8 @@ private:
     CLDAPItems& directory_;
     // The folder that Prepare has made, or found, and MakeFolder is to make.
     std::string madeFolder_;
+    // Whether a name was listed or given that servers may take for others.
+    bool seesVariants_ = false;
 };
 
 }  // namespace depot

@@ -44,9 +44,10 @@ void DirectoryStore::WriteFiles(std::span<FileToWrite> files) {
         if (!name) continue;
         additions.push_back({file.path, name->name, file.contents});
         added.push_back(&file);
+        static_cast<void>(MayBeTaken(name->name));
     }
     Entries().AddFilesTogether(additions);
-    std::vector<ContentsWrite> replacements;
+    std::vector<KindLookup> there;
     std::vector<FileToWrite*> replaced;
     for (std::size_t at = 0; at < additions.size(); ++at) {
         FileToWrite& file = *added[at];
@@ -56,15 +57,34 @@ void DirectoryStore::WriteFiles(std::span<FileToWrite> files) {
             file.result = DirectoryStore::WriteFile(file.path, *file.contents, file.rules);
         } else if (file.result.Is(Reason::kExists) &&
                    file.rules.existing == ExistingEntries::kReplace) {
-            replacements.push_back({file.path, {}, file.contents});
+            there.push_back({file.path, additions[at].name});
             replaced.push_back(&file);
         }
+    }
+    ReplaceFiles(replaced, std::move(there));
+    KeepFirstFailure(directory_, files);
+}
+
+void DirectoryStore::ReplaceFiles(const std::vector<FileToWrite*>& files,
+                                  std::vector<KindLookup> there) {
+    const bool areLookedAt = std::any_of(files.begin(), files.end(), [&](const FileToWrite* file) {
+        return file->rules.fate == SourceFate::kGoes || seesVariants_;
+    });
+    if (areLookedAt) Entries().FindKindsTogether(there);
+    std::vector<ContentsWrite> replacements;
+    std::vector<FileToWrite*> replaced;
+    for (std::size_t at = 0; at < files.size(); ++at) {
+        if (there[at].isOther) {
+            files[at]->result = Changed(TakenName());
+            continue;
+        }
+        replacements.push_back({files[at]->path, {}, files[at]->contents});
+        replaced.push_back(files[at]);
     }
     Entries().ReplaceTogether(replacements);
     for (std::size_t at = 0; at < replacements.size(); ++at) {
         replaced[at]->result = Changed(std::move(replacements[at].result));
     }
-    KeepFirstFailure(directory_, files);
 }
 
 void DirectoryStore::MakeFolders(std::span<FolderToMake> folders) {
@@ -72,10 +92,20 @@ void DirectoryStore::MakeFolders(std::span<FolderToMake> folders) {
     for (const FolderToMake& folder : folders) {
         const std::optional<EntryName> name = Schema().SplitEntryName(folder.path);
         additions.push_back({folder.path, name ? name->name : std::string()});
+        static_cast<void>(MayBeTaken(additions.back().name));
     }
     Entries().AddFoldersTogether(additions);
+    std::vector<KindLookup> there;
+    std::vector<FolderToMake*> found;
     for (std::size_t at = 0; at < folders.size(); ++at) {
         folders[at].result = Looked(std::move(additions[at].result));
+        if (!additions[at].isThere || !seesVariants_) continue;
+        there.push_back({folders[at].path, additions[at].name});
+        found.push_back(&folders[at]);
+    }
+    Entries().FindKindsTogether(there);
+    for (std::size_t at = 0; at < there.size(); ++at) {
+        if (there[at].isOther) found[at]->result = Looked(TakenName());
     }
     KeepFirstFailure(directory_, folders);
 }

@@ -12,6 +12,7 @@
 #include <string>
 #include <vector>
 
+#include "directory/comparable_dn.h"
 #include "directory/entry_store.h"
 #include "directory/tree_bounds.h"
 #include "platform/digest.h"
@@ -137,6 +138,9 @@ struct PathPair {
 // it shows none.
 using ItemIdentifiers = EntryIdentifiers;
 
+// Two paths of which only what is stored shows whether they name the same.
+using PathsInDoubt = EntriesInDoubt;
+
 // The paths and names of one store that are in use so far: returns false for one that is the same
 // there as an earlier one.
 using TakePath = std::function<bool(const std::string& path)>;
@@ -170,6 +174,12 @@ public:
     virtual bool IsSame(const std::string& path, const std::string& other) const = 0;
     virtual bool IsInside(const std::string& path, const std::string& folder) const = 0;
     virtual TakePath UniquePaths() const = 0;
+    // Returns the paths that decide, by what is stored there, whether one of the two is the other
+    // or lies inside it; nothing where the names alone do.
+    virtual std::optional<PathsInDoubt> FindDoubt(const std::string& /*path*/,
+                                                  const std::string& /*other*/) const {
+        return {};
+    }
     // Returns the path by which the shell and the system's own calls reach what is stored; nothing
     // where they cannot.
     virtual std::optional<std::string> LocalPath(const std::string& path) const = 0;
@@ -211,6 +221,10 @@ public:
     // whether it may replace another one. Fails with kSharedName or kExists when two of the places
     // are one, with kExists where something is in the way. A store may find out that the first
     // folder is new by making it. REQUIRES: a folder before what it holds.
+    //
+    // A store that takes several names for one shows only by what is there that a place is taken
+    // under another name: writing a file there, or making a folder, fails with kExists, and nothing
+    // is replaced.
     virtual Result Prepare(std::vector<PlannedItem>& items, ExistingEntries existing) = 0;
     // Writes a file; with the folders above it where they are missing and the store can. A write
     // that fails leaves what was there.

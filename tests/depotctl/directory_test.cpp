@@ -56,6 +56,16 @@ TEST_F(DirectoryToolTest, EntriesAreCopiedMovedAndRemoved) {
     EXPECT_FALSE(dir_.server.Holds("cn=Moved," + dir_.base));
 }
 
+TEST_F(DirectoryToolTest, EntryThatIsMovedToItsOtherNameIsRenamed) {
+    dir_.server.AddFile("x\xC2\xB2.kre", "cn=Sessions," + dir_.base, "1");
+    // The server takes both for one name.
+    const std::string folder = "<Dir>\\Sessions\\";
+    const ToolRun run = RunTool({"mv", "-f", folder + "x\xC2\xB2.kre", folder + "x2.kre"});
+    EXPECT_EQ(ExitCode::kDone, run.exitCode) << run.errors;
+    EXPECT_EQ("1", RunTool({"cat", folder + "x2.kre"}).output);
+    EXPECT_THAT(RunTool({"ls", "<Dir>\\Sessions"}).output, HasSubstr("x2.kre"));
+}
+
 TEST_F(DirectoryToolTest, TreesAreUploadedAndDownloaded) {
     folder_.MakeFolder("tree\\inner");
     for (int number = 0; number < 20; ++number) {

@@ -46,7 +46,7 @@ protected:
     ItemIdentity Compare(const std::string& dn) {
         DirectoryStore one(*first_), other(*second_);
         const StoreScope first(one), second(other);
-        return CompareItem(one, other, dn);
+        return CompareItems({&one, dn}, {&other, dn});
     }
     // Gives the file an identifier that is a plain attribute.
     void AddIdentifier(const std::string& name, const std::string& value) {

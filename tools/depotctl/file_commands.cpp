@@ -44,10 +44,11 @@ bool RenameInPlace(const Place& from, const Place& to, ItemKind kind, ExistingEn
     const OpenedPlace source(from, "move"), target(to, "move");
     const bool isLocal = source.store.IsLocal();
     const bool replaces = existing == ExistingEntries::kReplace;
-    // A directory never renames onto an entry that is there.
-    if (&source.store != &target.store || (replaces && !isLocal)) return false;
-    RequireFittingName(to, kind);
     const PathPair paths = {source.path, target.path};
+    if (&source.store != &target.store) return false;
+    // A directory never renames onto another entry that is there.
+    if (replaces && !isLocal && !AreOneItem(source.store, paths)) return false;
+    RequireFittingName(to, kind);
     StoreSource held;
     const Result renamed =
         isLocal ? source.store.Rename(paths, existing, held) : depot::Move(source.store, paths, {});

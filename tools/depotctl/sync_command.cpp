@@ -22,16 +22,12 @@ void RequireSeparate(const Place& from, const Place& to, ItemKind toKind) {
     RequireApart(to, from);
     if (toKind == ItemKind::kMissing) return;
     const OpenedPlace source(from, "read"), target(to, "write");
-    const auto sourceFolder = source.store.LocalPath(source.path);
     const auto targetFolder = target.store.LocalPath(target.path);
     if (targetFolder && IsLinkToFolder(*targetFolder)) {
         Refuse(to.Shown() + " is a link to a folder");
     }
-    if (sourceFolder.has_value() != targetFolder.has_value() ||
-        !Overlaps({&source.store, source.path}, {&target.store, target.path}, SourceFate::kGoes)) {
-        return;
-    }
-    const ItemIdentity identity = CompareItem(source.store, target.store, source.path);
+    const ItemIdentity identity =
+        FindOverlap({&source.store, source.path}, {&target.store, target.path}, SourceFate::kGoes);
     if (identity == ItemIdentity::kSame || identity == ItemIdentity::kUnknown) {
         Refuse(from.Shown() + " and " + to.Shown() +
                " may be one place, or one may hold the other");
