@@ -62,13 +62,18 @@ void FileList::AddColumns() {
 }
 
 void FileList::AddColumn(Column which, UINT title, int characters, int format) {
-    const auto digit = static_cast<int>(
-        SendMessageW(control_, LVM_GETSTRINGWIDTHW, 0, reinterpret_cast<LPARAM>(L"0")));
+    const auto widthOf = [this](const std::wstring& shown) {
+        return static_cast<int>(SendMessageW(control_, LVM_GETSTRINGWIDTHW, 0,
+                                             reinterpret_cast<LPARAM>(shown.c_str())));
+    };
+    // The header keeps room beside its text, for the sign of the order too.
+    constexpr int kCharactersBeside = 4;
+    const int digit = widthOf(L"0");
     std::wstring text = texts_.Text(title);
     LVCOLUMNW column = {};
     column.mask = LVCF_TEXT | LVCF_WIDTH | LVCF_FMT | LVCF_SUBITEM;
     column.pszText = text.data();
-    column.cx = digit * characters;
+    column.cx = std::max(digit * characters, widthOf(text) + digit * kCharactersBeside);
     column.fmt = format;
     column.iSubItem = static_cast<int>(which);
     SendMessageW(control_, LVM_INSERTCOLUMNW, static_cast<WPARAM>(which),

@@ -316,5 +316,37 @@ TEST_F(BrowseFontTest, HigherResolutionMakesControlsLargerAndKeepsThemApart) {
     EXPECT_GT(higher, usual * 3 / 2);
 }
 
+// The words of a heading, with room for the sign of the order.
+TEST_F(BrowseFontTest, HeadingsOfEveryLanguageFitTheirColumns) {
+    const LocaleWorld locale;
+    dialog_->put_RememberSize(0);
+    for (const Language& one : kLanguages) {
+        const std::string language(one.code);
+        SCOPED_TRACE(language);
+        locale.Configure(language, AllLanguages());
+        Show([](const OpenBrowser& browser) {
+            const HWND list = browser.Control(CONTROL_LIST);
+            const HWND header = ListView_GetHeader(list);
+            const int count = Header_GetItemCount(header);
+            EXPECT_EQ(4, count);
+            for (int column = 0; column < count; ++column) {
+                wchar_t text[64] = {};
+                HDITEMW item = {};
+                item.mask = HDI_TEXT;
+                item.pszText = text;
+                item.cchTextMax = static_cast<int>(std::size(text));
+                SendMessageW(header, HDM_GETITEMW, static_cast<WPARAM>(column),
+                             reinterpret_cast<LPARAM>(&item));
+                const auto needed =
+                    SendMessageW(list, LVM_GETSTRINGWIDTHW, 0,
+                                 reinterpret_cast<LPARAM>((std::wstring(text) + L"000").c_str()));
+                EXPECT_NE(L"", std::wstring(text));
+                EXPECT_LE(needed, ListView_GetColumnWidth(list, column));
+            }
+            browser.Press(VK_ESCAPE);
+        });
+    }
+}
+
 }  // namespace
 }  // namespace depot::test
