@@ -1,6 +1,9 @@
 #include "depotbrowser/browse_fixture.h"
 
+#include "com/automation.h"
+#include "platform/module_state.h"
 #include "platform/paths.h"
+#include "platform/wide_text.h"
 
 namespace depot::test {
 
@@ -24,6 +27,11 @@ void BrowseTest::MakeFileIn(const std::string& depot, const std::string& name,
     const std::string path = depot + "\\" + name;
     folder_.MakeFolder(ParentFolderKeepSlash(path));
     folder_.MakeFile(path, bytes);
+}
+
+void BrowseTest::SpeakTheLanguage() const {
+    const std::wstring folder = WideFromAnsi(OwnModuleFolder());
+    EXPECT_EQ(S_OK, dialog_->put_ResourceFolder(NewWideBstr(folder).get()));
 }
 
 LONG BrowseTest::Show(const Script& script) {

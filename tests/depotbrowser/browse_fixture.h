@@ -22,6 +22,10 @@ protected:
 
     BrowseTest();
 
+    // Has the dialog speak the configured language, as the component does: without texts beside it
+    // it speaks English.
+    void SpeakTheLanguage() const;
+
     // Shows the dialog while `script` plays the user. Returns the out value.
     LONG Show(const Script& script);
 

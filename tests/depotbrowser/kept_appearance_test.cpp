@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <set>
+
 #include "depotbrowser/appearance.h"
 #include "depotbrowser/kept_fixture.h"
 #include "support/languages.h"
@@ -87,18 +89,21 @@ using KeptLanguageTest = KeptDialogTest;
 
 TEST_F(KeptLanguageTest, TextsOfEveryLanguageFitAndStayApart) {
     const LocaleWorld locale;
+    SpeakTheLanguage();
+    std::set<std::wstring> buttons;
     world_.Keep();
     for (const Language& one : kLanguages) {
         const std::string language(one.code);
         SCOPED_TRACE(language);
         locale.Configure(language, AllLanguages());
-        Show([](const OpenBrowser& browser) {
+        Show([&buttons](const OpenBrowser& browser) {
             EXPECT_TRUE(Eventually([&] { return browser.IsShown(CONTROL_KEPT_LINE); }));
             ExpectControlsApart(browser);
             const HWND line = browser.Control(CONTROL_KEPT_LINE);
             EXPECT_LE(NeededSize(line, browser.Text(CONTROL_KEPT_LINE), false).cx, SizeOf(line).cx);
             const OpenKept kept = OpenKeptFrom(browser);
             kept.WaitUntilUsable(CONTROL_KEPT_MERGE);
+            buttons.insert(kept.Text(CONTROL_KEPT_MERGE));
             ExpectControlsApart(kept);
             for (const int control :
                  {CONTROL_KEPT_DIFFERENCES, CONTROL_KEPT_MERGE, CONTROL_KEPT_REPLACE,
@@ -112,6 +117,8 @@ TEST_F(KeptLanguageTest, TextsOfEveryLanguageFitAndStayApart) {
             browser.Press(VK_ESCAPE);
         });
     }
+    // They are texts of the languages.
+    EXPECT_EQ(std::size(kLanguages), buttons.size());
 }
 
 }  // namespace
