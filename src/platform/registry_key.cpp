@@ -5,6 +5,8 @@
 #include <string_view>
 
 #include "platform/text.h"
+#include "platform/trace.h"
+#include "platform/wide_text.h"
 #include "platform/wipe.h"
 
 namespace depot {
@@ -17,6 +19,23 @@ bool Succeeded(LSTATUS status) {
     if (status == ERROR_SUCCESS) return true;
     if (status != ERROR_FILE_NOT_FOUND && status != ERROR_MORE_DATA) ++failures;
     return false;
+}
+
+constexpr char kInexactText[] = "a text that the code page cannot hold";
+
+// Whether the system converts values of the type between the code page and UTF-16.
+bool HoldsText(DWORD type) {
+    return type == REG_SZ || type == REG_EXPAND_SZ || type == REG_MULTI_SZ;
+}
+
+// Whether a text takes more bytes in the code page.
+bool TakesMore(std::wstring_view text, DWORD maxBytes) {
+    constexpr std::size_t kMostBytes = 3;  // of one unit
+    if (text.size() * kMostBytes <= maxBytes) return false;
+    const int units = static_cast<int>(text.size());
+    const int bytes =
+        WideCharToMultiByte(CP_ACP, 0, text.data(), units, nullptr, 0, nullptr, nullptr);
+    return bytes < 0 || static_cast<DWORD>(bytes) > maxBytes;
 }
 
 }  // namespace
@@ -36,15 +55,26 @@ std::optional<RegistryKey> RegistryKey::OpenSubkey(const std::string& path, REGS
 }
 
 std::optional<std::string> RegistryKey::ReadString(const std::string& name, DWORD maxBytes) const {
-    std::string text(maxBytes, '\0');
-    const WipeAtEnd wiped(text);  // it may be a password
-    DWORD size = maxBytes;
-    if (!Succeeded(RegQueryValueExA(key_.get(), name.c_str(), nullptr, nullptr,
-                                    reinterpret_cast<BYTE*>(text.data()), &size))) {
+    // A text has no more units than bytes.
+    std::wstring data(maxBytes, L'\0');
+    const WipeAtEnd wiped(data);  // it may be a password
+    DWORD type = REG_NONE;
+    DWORD size = maxBytes * sizeof(wchar_t);
+    if (!Succeeded(RegQueryValueExW(key_.get(), WideFromAnsi(name).c_str(), nullptr, &type,
+                                    reinterpret_cast<BYTE*>(data.data()), &size))) {
         return std::nullopt;
     }
     // The registry stores a terminator only if the writer supplied one.
-    return std::optional<std::string>(std::in_place, UpToNul(std::string_view(text.data(), size)));
+    if (!HoldsText(type)) {
+        if (size > maxBytes) return std::nullopt;
+        const std::string_view bytes(reinterpret_cast<const char*>(data.data()), size);
+        return std::optional<std::string>(std::in_place, UpToNul(bytes));
+    }
+    const std::wstring_view text = std::wstring_view(data).substr(0, size / sizeof(wchar_t));
+    if (TakesMore(text, maxBytes)) return std::nullopt;
+    std::optional<std::string> exact = ExactAnsiFromWide(text.substr(0, text.find(L'\0')));
+    if (!exact) TraceLeftOut("the registry", name, kInexactText);
+    return exact;
 }
 
 std::optional<DWORD> RegistryKey::ReadDword(const std::string& name,
@@ -81,13 +111,21 @@ std::optional<DWORD> RegistryKey::ReadFirstFourBytes(const std::string& name,
 }
 
 SubkeyName RegistryKey::SubkeyAt(DWORD index) const {
-    char name[kRegistryTextBytes];
-    DWORD length = sizeof(name);
+    wchar_t name[kRegistryTextBytes];
+    DWORD length = kRegistryTextBytes;
     SubkeyName subkey;
     subkey.status =
-        RegEnumKeyExA(key_.get(), index, name, &length, nullptr, nullptr, nullptr, nullptr);
-    if (subkey.status == ERROR_NO_MORE_ITEMS) return subkey;
-    if (Succeeded(subkey.status)) subkey.name.assign(name, length);
+        RegEnumKeyExW(key_.get(), index, name, &length, nullptr, nullptr, nullptr, nullptr);
+    if (subkey.status == ERROR_NO_MORE_ITEMS || !Succeeded(subkey.status)) return subkey;
+    std::optional<std::string> exact = ExactAnsiFromWide({name, length});
+    if (!exact) {
+        TraceLeftOut("the registry", AnsiFromWide({name, length}), kInexactText);
+        subkey.status = ERROR_NO_UNICODE_TRANSLATION;
+    } else if (exact->size() >= kRegistryTextBytes) {
+        subkey.status = ERROR_MORE_DATA;
+    } else {
+        subkey.name = *std::move(exact);
+    }
     return subkey;
 }
 

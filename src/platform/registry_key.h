@@ -38,7 +38,9 @@ public:
     // Opens a key below this one.
     std::optional<RegistryKey> OpenSubkey(const std::string& path, REGSAM access = KEY_READ) const;
 
-    // Returns the text up to its first NUL; data of more than `maxBytes` counts as absent.
+    // Returns the text up to its first NUL; data of more than `maxBytes` counts as absent, and so
+    // does a text that the code page cannot hold exactly: what it would make of it is another
+    // folder, user or name.
     //
     // Kept: the registry type is not checked, so REG_EXPAND_SZ text comes back unexpanded.
     // Relied on by: installed definitions whose values are not all written as REG_SZ.
@@ -56,7 +58,8 @@ public:
     // The same, with `otherwise` for a value of another type; only a missing value is absent.
     std::optional<DWORD> ReadDwordOr(const std::string& name, DWORD otherwise) const;
 
-    // Asks for the name of the subkey at `index`; names may take kRegistryTextBytes.
+    // Asks for the name of the subkey at `index`; names may take kRegistryTextBytes. One that the
+    // code page cannot hold exactly has no name here: ERROR_NO_UNICODE_TRANSLATION.
     SubkeyName SubkeyAt(DWORD index) const;
 
 private:

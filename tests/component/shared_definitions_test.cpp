@@ -77,7 +77,14 @@ TEST_F(SharedDefinitionsTest, ChangesOfThisProgramAreInTheNextSession) {
 TEST_F(SharedDefinitionsTest, LaterSessionsAskTheRegistryForNoDefinition) {
     static std::atomic<int> asked;
     static decltype(&RegQueryValueExA) genuine;
+    static decltype(&RegQueryValueExW) genuineForTexts;
     using Query = LSTATUS(WINAPI*)(HKEY, const char*, DWORD*, DWORD*, BYTE*, DWORD*);
+    using QueryText = LSTATUS(WINAPI*)(HKEY, const wchar_t*, DWORD*, DWORD*, BYTE*, DWORD*);
+    const QueryText countText = [](HKEY key, const wchar_t* name, DWORD* reserved, DWORD* type,
+                                   BYTE* data, DWORD* size) -> LSTATUS {
+        ++asked;
+        return genuineForTexts(key, name, reserved, type, data, size);
+    };
     const Query count = [](HKEY key, const char* name, DWORD* reserved, DWORD* type, BYTE* data,
                            DWORD* size) -> LSTATUS {
         ++asked;
@@ -86,8 +93,11 @@ TEST_F(SharedDefinitionsTest, LaterSessionsAskTheRegistryForNoDefinition) {
     for (int number = 0; number < 20; ++number) DefineDepot("D" + std::to_string(number));
     for (int session = 0; session < 3; ++session) UseSession();
     const ImportPatch<Query> patch("RegQueryValueExA", count, Library::Own().Module());
-    ASSERT_TRUE(patch.IsInPlace());
+    const ImportPatch<QueryText> patchForTexts("RegQueryValueExW", countText,
+                                               Library::Own().Module());
+    ASSERT_TRUE(patch.IsInPlace() && patchForTexts.IsInPlace());
     genuine = patch.Genuine();
+    genuineForTexts = patchForTexts.Genuine();
     asked = 0;
     for (int session = 0; session < 10; ++session) UseSession();
     EXPECT_EQ(0, asked);

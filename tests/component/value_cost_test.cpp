@@ -41,6 +41,7 @@ struct OtherCalls {
     CallCount<decltype(&FindFirstFileW), 0> findWide{"FindFirstFileW"};
     CallCount<decltype(&RegOpenKeyExA), 0> openKey{"RegOpenKeyExA"};
     CallCount<decltype(&RegQueryValueExA), 0> readKey{"RegQueryValueExA"};
+    CallCount<decltype(&RegQueryValueExW), 0> readText{"RegQueryValueExW"};
     CallCount<decltype(&CreateEventA), 0> event{"CreateEventA"};
     CallCount<decltype(&CreateFileMappingA), 0> block{"CreateFileMappingA"};
     CallCount<decltype(&WaitForSingleObject), 0> wait{"WaitForSingleObject"};
@@ -50,8 +51,8 @@ struct OtherCalls {
     int Count() const {
         return openFile.Count() + openWideFile.Count() + attributes.Count() +
                wideAttributes.Count() + find.Count() + findWide.Count() + openKey.Count() +
-               readKey.Count() + event.Count() + block.Count() + wait.Count() + waitForAny.Count() +
-               close.Count();
+               readKey.Count() + readText.Count() + event.Count() + block.Count() + wait.Count() +
+               waitForAny.Count() + close.Count();
     }
 };
 

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "config/location_records.h"
+#include "platform/wide_text.h"
 #include "support/import_patch.h"
 #include "support/results.h"
 #include "support/scratch.h"
@@ -320,9 +321,11 @@ TEST_F(LoadFromRegistryTest, MissingAndUnusableNumbersLeaveTheRecordsOwn) {
 }
 
 using QueryValue = decltype(&RegQueryValueExA);
+using QueryText = decltype(&RegQueryValueExW);
 
 std::vector<std::string> queried;
 QueryValue queryValue = nullptr;
+QueryText queryText = nullptr;
 
 LSTATUS WINAPI NoteQuery(HKEY key, const char* name, DWORD* reserved, DWORD* type, BYTE* data,
                          DWORD* size) {
@@ -330,11 +333,19 @@ LSTATUS WINAPI NoteQuery(HKEY key, const char* name, DWORD* reserved, DWORD* typ
     return queryValue(key, name, reserved, type, data, size);
 }
 
+LSTATUS WINAPI NoteTextQuery(HKEY key, const wchar_t* name, DWORD* reserved, DWORD* type,
+                             BYTE* data, DWORD* size) {
+    queried.push_back(AnsiFromWide(name));
+    return queryText(key, name, reserved, type, data, size);
+}
+
 TEST_F(LoadFromRegistryTest, ValuesAreQueriedInTheirOrderAndOnlyAsFarAsNeeded) {
     WriteDirectory("1");
     const test::ImportPatch<QueryValue> querying("RegQueryValueExA", &NoteQuery);
-    ASSERT_TRUE(querying.IsInPlace());
+    const test::ImportPatch<QueryText> queryingTexts("RegQueryValueExW", &NoteTextQuery);
+    ASSERT_TRUE(querying.IsInPlace() && queryingTexts.IsInPlace());
     queryValue = querying.Genuine();
+    queryText = queryingTexts.Genuine();
     queried.clear();
     EXPECT_THAT(Load(2), Fails());
     EXPECT_EQ(std::vector<std::string>{"Path2"}, queried);

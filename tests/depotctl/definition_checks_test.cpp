@@ -243,6 +243,11 @@ TEST(DefinitionTest, TextsThatTheComponentSeesOtherwiseAreNamed) {
     value.fitsCodePage = false;
     EXPECT_EQ("Icon: it has characters that the system's code page does not have",
               OnlyProblem(Folder({value})));
+    value.fitsCodePage = true;
+    value.fitsSystem = false;
+    EXPECT_THAT(Show(CheckDefinition(Folder({value}))),
+                testing::HasSubstr("- Icon: it has characters that the system's code page does not "
+                                   "have: programs that do not work in UTF-8 read no such value"));
 }
 
 TEST(DefinitionTest, MissingDisplayNameIsRemarked) {

@@ -7,7 +7,8 @@
 #define DEPOT_FAULT_POINTS(FAULT, TAKES, RETURNS)                                    \
     TAKES(kRegistry, RegOpenKeyExA, ERROR_NOT_ENOUGH_MEMORY, 0, kKey)                \
     FAULT(kRegistry, RegQueryValueExA, ERROR_NOT_ENOUGH_MEMORY, 0)                   \
-    FAULT(kRegistry, RegEnumKeyExA, ERROR_NOT_ENOUGH_MEMORY, 0)                      \
+    FAULT(kRegistry, RegQueryValueExW, ERROR_NOT_ENOUGH_MEMORY, 0)                   \
+    FAULT(kRegistry, RegEnumKeyExW, ERROR_NOT_ENOUGH_MEMORY, 0)                      \
     TAKES(kRegistry, RegOpenKeyExW, ERROR_NOT_ENOUGH_MEMORY, 0, kKey)                \
     TAKES(kRegistry, RegCreateKeyExW, ERROR_ACCESS_DENIED, 0, kKey)                  \
     FAULT(kRegistry, RegSetValueExW, ERROR_ACCESS_DENIED, 0)                         \

@@ -12,7 +12,7 @@ using testing::ElementsAre;
 constexpr char kKey[] = "Software\\DepotTests\\Views";
 
 using OpenKey = decltype(&RegOpenKeyExA);
-using EnumerateKeys = decltype(&RegEnumKeyExA);
+using EnumerateKeys = decltype(&RegEnumKeyExW);
 
 OpenKey openKey = nullptr;
 EnumerateKeys enumerateKeys = nullptr;
@@ -40,8 +40,8 @@ int enumerations = 0;
 // The room for a name that was always given; 0 when it was not always the same.
 DWORD roomForNames = 0;
 
-LSTATUS WINAPI FailSomeIndexes(HKEY key, DWORD index, char* name, DWORD* length, DWORD* reserved,
-                               char* kind, DWORD* kindLength, FILETIME* changed) {
+LSTATUS WINAPI FailSomeIndexes(HKEY key, DWORD index, wchar_t* name, DWORD* length, DWORD* reserved,
+                               wchar_t* kind, DWORD* kindLength, FILETIME* changed) {
     roomForNames = enumerations == 0 || roomForNames == *length ? *length : 0;
     ++enumerations;
     if (index >= firstFailing && index <= lastFailing) return ERROR_ACCESS_DENIED;
@@ -109,7 +109,7 @@ protected:
         enumerations = 0;
     }
 
-    const ImportPatch<EnumerateKeys> enumerating_{"RegEnumKeyExA", &FailSomeIndexes};
+    const ImportPatch<EnumerateKeys> enumerating_{"RegEnumKeyExW", &FailSomeIndexes};
     const test::ScratchKey user_{HKEY_CURRENT_USER, kKey};
 };
 

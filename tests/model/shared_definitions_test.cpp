@@ -22,12 +22,13 @@ std::string WrittenLanguage() {
     return key ? key->ReadString("Language").value_or("eng") : "eng";
 }
 
-// Counts how many values this program asks the registry for.
+// Counts how many values, texts and numbers, this program asks the registry for.
 class Questions {
 public:
     Questions() {
         count_ = 0;
         genuine_ = patch_.Genuine();
+        genuineForTexts_ = patchForTexts_.Genuine();
     }
     int Count() const { return count_; }
 
@@ -37,9 +38,17 @@ private:
         ++count_;
         return genuine_(key, name, reserved, type, data, size);
     }
+    static LSTATUS WINAPI QueryText(HKEY key, const wchar_t* name, DWORD* reserved, DWORD* type,
+                                    BYTE* data, DWORD* size) {
+        ++count_;
+        return genuineForTexts_(key, name, reserved, type, data, size);
+    }
     static inline int count_ = 0;
     static inline decltype(&RegQueryValueExA) genuine_ = nullptr;
+    static inline decltype(&RegQueryValueExW) genuineForTexts_ = nullptr;
     const test::ImportPatch<decltype(&RegQueryValueExA)> patch_{"RegQueryValueExA", &Query};
+    const test::ImportPatch<decltype(&RegQueryValueExW)> patchForTexts_{"RegQueryValueExW",
+                                                                        &QueryText};
 };
 
 // Lets one opening of a key fail while it lives, as where handles are short.

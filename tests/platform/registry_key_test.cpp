@@ -4,6 +4,8 @@
 
 #include <set>
 
+#include "platform/system_code_page.h"
+#include "support/page_names.h"
 #include "support/scratch.h"
 
 namespace depot {
@@ -225,6 +227,66 @@ TEST_F(RegistryKeyTest, MovedKeyStaysOpen) {
     RegistryKey key = Open();
     const RegistryKey moved = std::move(key);
     EXPECT_EQ("text", moved.ReadString("Value"));
+}
+
+class RegistryCharactersTest : public RegistryKeyTest {
+protected:
+    RegistryCharactersTest() { InstallSystemCodePage(); }
+
+    static void WriteWide(const std::wstring& value) {
+        ASSERT_EQ(ERROR_SUCCESS,
+                  RegSetKeyValueW(HKEY_CURRENT_USER, L"Software\\DepotTests\\RegistryKey", L"Value",
+                                  REG_SZ, value.c_str(),
+                                  static_cast<DWORD>((value.size() + 1) * sizeof(wchar_t))));
+    }
+
+    const test::PageNames page_ = test::NamesOfThisPage();
+};
+
+TEST_F(RegistryCharactersTest, TextsThatTheCodePageHoldsAreRead) {
+    for (const std::wstring& name : page_.files) {
+        WriteWide(L"C:\\" + name);
+        EXPECT_EQ("C:\\" + test::Narrowed(name), Open().ReadString("Value"));
+    }
+}
+
+// Taken by an approximation they would name another folder, or log another user on.
+TEST_F(RegistryCharactersTest, TextsThatTheCodePageDoesNotHoldAreAbsent) {
+    for (const std::wstring& name : page_.refused) {
+        WriteWide(L"C:\\" + name);
+        EXPECT_EQ(std::nullopt, Open().ReadString("Value"));
+        // Behind its end a text holds what it may.
+        WriteWide(L"C:\\a" + std::wstring(1, L'\0') + name);
+        EXPECT_EQ("C:\\a", Open().ReadString("Value"));
+    }
+}
+
+TEST_F(RegistryCharactersTest, LimitIsThatOfTheBytesInTheCodePage) {
+    const std::wstring letter = page_.folder.substr(0, 1);
+    const std::size_t bytes = test::Narrowed(letter).size();
+    std::wstring text(260 / bytes, letter.front());
+    WriteWide(text);
+    EXPECT_EQ(test::Narrowed(text), Open().ReadString("Value"));
+    WriteWide(text + letter);
+    EXPECT_EQ(std::nullopt, Open().ReadString("Value"));
+}
+
+TEST_F(RegistryCharactersTest, BytesThatAreNoTextAreReadAsTheyAre) {
+    Write(REG_BINARY, "\x81\xFF\x80");
+    EXPECT_EQ("\x81\xFF\x80", Open().ReadString("Value"));
+}
+
+TEST_F(RegistryCharactersTest, KeysThatTheCodePageCannotNameHaveNoName) {
+    for (const std::wstring& name : page_.refused) {
+        const std::wstring path = L"Software\\DepotTests\\RegistryKey\\" + name;
+        HKEY made = nullptr;
+        if (RegCreateKeyW(HKEY_CURRENT_USER, path.c_str(), &made) != ERROR_SUCCESS) continue;
+        RegCloseKey(made);
+        EXPECT_EQ(ERROR_NO_UNICODE_TRANSLATION, Open().SubkeyAt(0).status);
+        EXPECT_EQ("", Open().SubkeyAt(0).name);
+        EXPECT_EQ(ERROR_NO_MORE_ITEMS, Open().SubkeyAt(1).status);
+        RegDeleteKeyW(HKEY_CURRENT_USER, path.c_str());
+    }
 }
 
 }  // namespace

@@ -31,7 +31,8 @@ struct RawValue {
     SecretText text;           // of a text, without its terminator; it may be a password
     std::uint32_t number = 0;  // of anything else, its first four bytes
     std::size_t bytes = 0;     // in the code page, a text's terminator included
-    bool fitsCodePage = true;  // whether the component sees the text as it stands
+    bool fitsCodePage = true;  // whether the component reads the text, here
+    bool fitsSystem = true;    // and in programs that work in the system's code page
 
     bool IsText() const { return type == kRegistryText || type == kRegistryExpandableText; }
 };

@@ -131,6 +131,10 @@ private:
         if (!value.fitsCodePage) {
             Add(Wrong(value.name, "it has characters that the system's code page does not have",
                       "use others"));
+        } else if (!value.fitsSystem) {
+            Add(Remark(value.name,
+                       "it has characters that the system's code page does not have: programs that "
+                       "do not work in UTF-8 read no such value"));
         }
         const std::string& text = value.text;
         const bool control = std::any_of(text.begin(), text.end(), [](char c) {

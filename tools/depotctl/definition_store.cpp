@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "config/profile_encoding.h"
 #include "depotctl/encoding.h"
 #include "depotctl/failure.h"
 #include "manager/depot_list.h"
@@ -36,6 +37,14 @@ REGSAM ViewOf(HKEY root) {
     return OpenKey(root, kDepotsKey, KEY_READ | KEY_WOW64_64KEY) ? REGSAM{KEY_WOW64_64KEY} : 0;
 }
 
+bool FitsSystem(std::string_view utf8) {
+    std::wstring wide = WideFromUtf8(utf8);
+    const WipeAtEnd wiped(wide);
+    std::optional<std::string> narrow = ExactFromWide(SystemCodePage(), wide);
+    if (narrow) Wipe(*narrow);
+    return narrow.has_value();
+}
+
 bool IsTextual(DWORD type) {
     return type == REG_SZ || type == REG_EXPAND_SZ || type == REG_MULTI_SZ;
 }
@@ -54,6 +63,7 @@ void SetText(RawValue& value, const std::wstring& text, bool terminated) {
     value.text = Utf8FromWide(text);
     std::optional<std::string> narrow = ExactAnsiFromUtf8(value.text.Plain());
     value.fitsCodePage = narrow.has_value();
+    value.fitsSystem = FitsSystem(value.text.Plain());
     value.bytes = (narrow ? narrow->size() : text.size()) + (terminated ? 1 : 0);
     if (narrow) Wipe(*narrow);
 }
@@ -260,6 +270,7 @@ RawValue StoredText(std::string name, SecretText text) {
     RawValue value = TextValue(std::move(name), std::move(text));
     std::optional<std::string> narrow = ExactAnsiFromUtf8(value.text.Plain());
     value.fitsCodePage = narrow.has_value();
+    value.fitsSystem = FitsSystem(value.text.Plain());
     if (narrow) value.bytes = narrow->size() + 1;
     if (narrow) Wipe(*narrow);
     return value;
