@@ -1,4 +1,5 @@
-// Writing a value of a profile file so that a disk without room costs nothing that the file held.
+// Writing a value of a profile file so that it costs nothing else that the file held, neither by a
+// disk without room nor by a code page that is not the file's.
 #pragma once
 
 #include <cstdint>
@@ -20,9 +21,9 @@ struct ProfileEdit {
 struct EditOutcome {
     // Why the file does not hold the edit.
     DWORD error = ERROR_SUCCESS;
-    // Whether nothing was written because a text is longer than profiles can have: no failure of
-    // the file.
-    bool isTooLong = false;
+    // Why nothing was written although nothing is wrong with the file: kProfileTextTooLong, or
+    // ERROR_NO_UNICODE_TRANSLATION where the edit could not be read back.
+    DWORD refusal = ERROR_SUCCESS;
     // What the file held before, where it was cut and could not be put back.
     std::optional<std::vector<std::uint8_t>> lost{};
 };
@@ -40,6 +41,10 @@ private:
 // Writes one value through the system's profile functions, which write the whole file again and cut
 // it where the disk is full; some systems call even that a success. A file that lost anything but
 // the old value is put back as it was.
+//
+// Some systems convert the whole file by the program's code page and back on that way. A file whose
+// bytes would not survive that never takes it: the value is written into its bytes, and taken back
+// where the system does not read it there.
 //
 // `room` is that of the file's earlier edits. Throws only before anything is written.
 EditOutcome EditProfile(const ProfileEdit& edit, const std::string& file, AmpleRoom& room);

@@ -51,10 +51,13 @@ std::uint32_t TerminalTypeOfSession(const std::string& path, INT defaultType) {
 
 }  // namespace
 
+bool FitsProfile(const char* section, const char* key, const char* stored, const char* file) {
+    return Fits(section) && Fits(key) && Fits(stored) && (file == nullptr || IsReachable(file));
+}
+
 int WriteProfileValue(const char* section, const char* key, const char* value, const char* file) {
-    const bool named = Fits(section) && Fits(key) && (file == nullptr || IsReachable(file));
     const std::string quoted = value != nullptr ? QuoteProfileValue(value) : std::string();
-    if (!named || !Fits(quoted)) {
+    if (!FitsProfile(section, key, quoted.c_str(), file)) {
         SetLastError(kProfileTextTooLong);
         return 0;
     }

@@ -14,6 +14,9 @@ namespace depot {
 // The last error of a write that never reached the system.
 inline constexpr DWORD kProfileTextTooLong = ERROR_BUFFER_OVERFLOW;
 
+// Whether the system can be asked to write these texts, the value as it is to be stored.
+bool FitsProfile(const char* section, const char* key, const char* stored, const char* file);
+
 // Writes one value so that reading it back gives the same text; a null value deletes the key.
 // Returns what WritePrivateProfileStringA returns, and leaves its last error: non-zero when the
 // file was written.

@@ -92,7 +92,7 @@ DWORD DepotFileContext::WriteString(const std::string& section, const std::strin
     // Where memory runs out before this, nothing was written.
     changed = true;
     KeepWhatWasLost(outcome);
-    return outcome.isTooLong ? kProfileTextTooLong : outcome.error;
+    return outcome.refusal != ERROR_SUCCESS ? outcome.refusal : outcome.error;
 }
 
 DWORD DepotFileContext::EditWorkingCopy(ProfileEdit edit) {
@@ -118,7 +118,7 @@ DWORD DepotFileContext::EditWorkingCopy(ProfileEdit edit) {
     }
     if (refused.error == ERROR_SUCCESS) refused.error = outcome.error;
     if (refused.error == ERROR_SUCCESS) {
-        return outcome.isTooLong ? kProfileTextTooLong : ERROR_SUCCESS;
+        return outcome.refusal;
     }
     if (outcome.lost && !refused.whole) refused.whole = std::move(outcome.lost);
     refused.edits.push_back(std::move(edit));

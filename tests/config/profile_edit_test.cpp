@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "config/profile_file.h"
 #include "support/full_disk.h"
 
 namespace depot {
@@ -70,6 +71,91 @@ TEST_F(ProfileEditTest, BytesOfACutFileThatCannotBePutBackAreReturned) {
     EXPECT_EQ(DWORD{ERROR_DISK_FULL}, Edit("new"));
     ASSERT_TRUE(outcome_.lost);
     EXPECT_EQ(kOld, std::string(outcome_.lost->begin(), outcome_.lost->end()));
+}
+
+// Bytes of which some are no characters, or second spellings of one, in each code page: in another
+// one the full stop's last byte begins a character.
+const std::string kForeign[] = {"\x95\x5C",
+                                "\x87\x9A",
+                                "\x83",
+                                "\xE3\x80\x82",
+                                "\xED\xA0\xBD",
+                                "\xFF\xFE\xE9",
+                                std::string("1\0x", 3)};
+
+class ForeignBytesTest : public ProfileEditTest, public testing::WithParamInterface<std::string> {
+protected:
+    // A profile whose key has that value, and whose other lines have foreign bytes.
+    static std::string Profile(const std::string& line) {
+        return "[\xE3\x80\x82" + GetParam() + "]\r\nK=" + GetParam() + "\r\n[S]\r\n" + GetParam() +
+               "=1\r\nA=" + GetParam() + "\r\n" + line + "Z=" + GetParam() + "\r\n";
+    }
+
+    // What the file holds once the bytes were edited.
+    std::string Edited(const std::string& bytes, const char* value) {
+        folder_.MakeFile("a.kra", bytes);
+        EXPECT_EQ(0u, Edit(value));
+        EXPECT_EQ(0u, outcome_.refusal);
+        return FileBytes(file_);
+    }
+};
+
+TEST_P(ForeignBytesTest, LinesThatTheEditDoesNotConcernStay) {
+    for (const std::string mark : {"", "\xEF\xBB\xBF"}) {
+        const std::string old = mark + Profile("K=old\r\n");
+        EXPECT_EQ(mark + Profile("K=new\r\n"), Edited(old, "new"));
+        EXPECT_EQ(mark + Profile("K=' new '\r\n"), Edited(old, " new "));
+        EXPECT_EQ(mark + Profile(""), Edited(old, nullptr));
+        EXPECT_EQ(mark + Profile("") + "K=new\r\n", Edited(mark + Profile(""), "new"));
+        EXPECT_EQ(mark + Profile(""), Edited(mark + Profile(""), nullptr));
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Bytes, ForeignBytesTest, testing::ValuesIn(kForeign));
+
+constexpr char kForeignProfile[] = "\xEF\xBB\xBF[S]\r\nA=\x81\r\nK=old\r\n";
+
+TEST_F(ProfileEditTest, Utf16ThatIsNotWholeRefusesEditsAndStays) {
+    const std::wstring text = L"\xFEFF[S]\r\nA=1";
+    const std::string whole(reinterpret_cast<const char*>(text.data()), 2 * text.size());
+    for (const std::string& end : {std::string("x"), std::string("\0\0\r\0", 4)}) {
+        folder_.MakeFile("a.kra", whole + end);
+        EXPECT_EQ(0u, Edit("new"));
+        EXPECT_EQ(DWORD{ERROR_NO_UNICODE_TRANSLATION}, outcome_.refusal);
+        EXPECT_EQ(whole + end, FileBytes(file_));
+    }
+}
+
+DWORD WINAPI ReadNothing(LPCSTR, LPCSTR, LPCSTR, LPSTR, DWORD, LPCSTR) {
+    return 0;
+}
+
+TEST_F(ProfileEditTest, EditOfForeignBytesThatCannotBeReadBackIsTakenBack) {
+    folder_.MakeFile("a.kra", kForeignProfile);
+    const test::ImportPatch<decltype(&GetPrivateProfileStringA)> reading("GetPrivateProfileStringA",
+                                                                         &ReadNothing);
+    ASSERT_TRUE(reading.IsInPlace());
+    EXPECT_EQ(0u, Edit("new"));
+    EXPECT_EQ(DWORD{ERROR_NO_UNICODE_TRANSLATION}, outcome_.refusal);
+    EXPECT_EQ(kForeignProfile, FileBytes(file_));
+}
+
+TEST_F(ProfileEditTest, ForeignBytesOfACutFileAreReturned) {
+    folder_.MakeFile("a.kra", kForeignProfile);
+    const test::ImportPatch<decltype(&WriteFile)> refused("WriteFile", &RefuseToWrite);
+    ASSERT_TRUE(refused.IsInPlace());
+    EXPECT_EQ(DWORD{ERROR_DISK_FULL}, Edit("new"));
+    const std::string left = outcome_.lost
+                                 ? std::string(outcome_.lost->begin(), outcome_.lost->end())
+                                 : FileBytes(file_);
+    EXPECT_EQ(kForeignProfile, left);
+}
+
+TEST_F(ProfileEditTest, ForeignBytesTakeNoTextThatTheSystemCannotCount) {
+    folder_.MakeFile("a.kra", kForeignProfile);
+    EXPECT_EQ(0u, Edit(std::string(32'767, 'x').c_str()));
+    EXPECT_EQ(kProfileTextTooLong, outcome_.refusal);
+    EXPECT_EQ(kForeignProfile, FileBytes(file_));
 }
 
 std::string othersFile;
