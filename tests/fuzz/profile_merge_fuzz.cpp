@@ -25,6 +25,8 @@ bool HasRepeatedNames(const std::string& text) {
     std::set<std::string> seen;
     NameTable names;
     const auto lines = ReadProfileLines(text, LetterCase::kOfCodePage, names);
+    // One that cannot be taken apart is merged only with itself.
+    if (!lines) return true;
     for (const ProfileLine& line : *lines) {
         if (line.kind != LineKind::kHeader && line.kind != LineKind::kValue) continue;
         const std::string place =
