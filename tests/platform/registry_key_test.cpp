@@ -4,7 +4,6 @@
 
 #include <set>
 
-#include "platform/system_code_page.h"
 #include "support/page_names.h"
 #include "support/scratch.h"
 
@@ -231,8 +230,6 @@ TEST_F(RegistryKeyTest, MovedKeyStaysOpen) {
 
 class RegistryCharactersTest : public RegistryKeyTest {
 protected:
-    RegistryCharactersTest() { InstallSystemCodePage(); }
-
     static void WriteWide(const std::wstring& value) {
         ASSERT_EQ(ERROR_SUCCESS,
                   RegSetKeyValueW(HKEY_CURRENT_USER, L"Software\\DepotTests\\RegistryKey", L"Value",
