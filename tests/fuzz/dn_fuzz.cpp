@@ -11,6 +11,18 @@ namespace {
 
 constexpr std::size_t kLongestObjectName = 260;
 
+// Whether a character has two bytes of which the second is a sign or a blank: a lead byte is not
+// followed by these in any code page.
+bool HasImpossibleCharacters(const std::string& name) {
+    for (std::size_t at = 0; at < name.size();) {
+        const std::size_t length = CharacterLength(name, at);
+        const auto last = static_cast<unsigned char>(name[at + length - 1]);
+        if (length == 2 && last < '0') return true;
+        at += length;
+    }
+    return false;
+}
+
 void TryNames(const std::string& name, const NamingAttributes& attributes) {
     const std::string component = EntryDN(attributes.file, name, "");
     for (const FileExtension extension : {FileExtension::kKeep, FileExtension::kStrip}) {
@@ -22,6 +34,7 @@ void TryNames(const std::string& name, const NamingAttributes& attributes) {
     UnescapedName(name);
     // No name holds a null character: one in an entry's name stays the escape that it is.
     if (HasBrokenCharacters(name) || name.find('\0') != std::string::npos) return;
+    if (HasImpossibleCharacters(name)) return;
     test::Require(UnescapedName(escaped) == name);
     // Nothing of the name is taken for a part of the whole.
     const std::string whole = ComparableDN("cn=" + escaped + ",o=x");
