@@ -245,14 +245,17 @@ private:
         }
     }
 
-    // A section that ours deleted stays where theirs has values of its own in it. What else stood
-    // in it when both began is deleted with it.
+    // A section that ours deleted stays where theirs has values of its own in it, or lines that are
+    // neither values nor comments: before the first section they would make the rest no profile.
+    // What else stood in it when both began is deleted with it.
     void DropEmptiedSections() {
         if (deletedSections_.empty()) return;
         std::unordered_set<std::uint32_t> kept;
         for (std::size_t index = 0; index < theirs_.lines.size(); ++index) {
             const ProfileLine& line = theirs_.lines[index];
-            if (line.kind == LineKind::kValue && !changed_[index].isDropped) {
+            const bool isStray =
+                line.kind == LineKind::kOther && !IsComment(line) && base_.OthersOf(line.id) == 0;
+            if (isStray || (line.kind == LineKind::kValue && !changed_[index].isDropped)) {
                 kept.insert(line.section);
             }
         }
@@ -262,6 +265,11 @@ private:
             const bool isOwn = line.kind == LineKind::kOther && base_.OthersOf(line.id) == 0;
             if (!isOwn) changed_[index].isDropped = true;
         }
+    }
+
+    static bool IsComment(const ProfileLine& line) {
+        const std::size_t first = line.text.find_first_not_of(" \t");
+        return first != std::string_view::npos && line.text[first] == ';';
     }
 
     // Comments, and lines that are no values, are theirs. A section in which ours has others than

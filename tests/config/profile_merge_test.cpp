@@ -113,6 +113,14 @@ TEST(ProfileMergeTest, ADeletedSectionIsDeletedUnlessTheirsHasValuesOfItsOwnInIt
     EXPECT_EQ("[S]\nb=1\n[T]\n", Merged({"[S]\na=1\n[T]\n", "[S]\na=1\nb=1\n[T]\n", "[T]\n"}));
 }
 
+TEST(ProfileMergeTest, ADeletedSectionKeepsTheirLinesThatWouldBeNoProfileWithoutIt) {
+    EXPECT_EQ("[A]\r\nstray\r\n[B]\r\nY=1\r\n",
+              Merged({"[A]\r\nX=1\r\n", "[A]\r\nX=1\r\nstray\r\n[B]\r\nY=1\r\n", "\r\n"}));
+    // A comment may stand before the first section.
+    EXPECT_EQ("; new\r\n[B]\r\nY=1\r\n",
+              Merged({"[A]\r\nX=1\r\n", "[A]\r\nX=1\r\n; new\r\n[B]\r\nY=1\r\n", "\r\n"}));
+}
+
 TEST(ProfileMergeTest, AValueThatIsNewInADeletedSectionBringsTheSectionBack) {
     EXPECT_EQ("[T]\nx=1\n[S]\nnew=1\n",
               Merged({"[T]\nx=1\n[S]\na=1\n", "[T]\nx=1\n", "[T]\nx=1\n[S]\na=1\nnew=1\n"}));
