@@ -3,7 +3,6 @@
 #include "fileops/copied_source.h"
 #include "fileops/copy.h"
 #include "fileops/open_stores.h"
-#include "platform/local_name.h"
 #include "platform/paths.h"
 #include "store/folder_store.h"
 
@@ -143,12 +142,8 @@ Result PlaceInFolder(CDepots& depots, const AnyPlace& from, const std::string& f
     if (name.empty() || from.IsRoot()) return SystemError(ERROR_INVALID_NAME, folder);
     Result found = FindPlace(depots, folder + name, place);
     if (!found) return found;
-    const StorePath source = from.Stored(), target = place.Stored();
-    // What a directory calls its own must not become a device, a stream or another file's short
-    // name.
-    const bool fits =
-        target.store->CanHold(name) &&
-        (source.store->IsLocal() || !target.store->IsLocal() || !MayBeShortName(name));
+    // What a directory calls its own must not become a device or a stream.
+    const bool fits = place.Stored().store->CanHold(name);
     return fits ? Result() : SystemError(ERROR_INVALID_NAME, place.path);
 }
 

@@ -2,8 +2,12 @@
 
 #include <algorithm>
 
+#include "directory/comparable_dn.h"
+#include "directory/dn.h"
 #include "fileops/read_ahead.h"
 #include "fileops/shell_operation.h"
+#include "platform/paths.h"
+#include "platform/short_name.h"
 #include "platform/temp_file.h"
 #include "store/folder_store.h"
 #include "store/tree.h"
@@ -26,9 +30,30 @@ Result RefuseItself(const CopyRequest& request, ExistingEntries& existing) {
     return refused ? SystemFailure(Reason::kInvalid, ERROR_INVALID_PARAMETER) : Result();
 }
 
+bool IsFetch(const CopyRequest& request) {
+    return !request.from.store->IsLocal() && request.to.store->IsLocal();
+}
+
+Result RefuseAnothersPlace(const std::string& path) {
+    if (!IsShortNameOfAnother(path)) return {};
+    SetLastError(ERROR_INVALID_NAME);
+    return Error{Reason::kBadName, CodeKind::kDirectory, LDAP_NAMING_VIOLATION, UnsafeNamesText(1)};
+}
+
+// What a directory calls its own must not take the place of a file or folder of another name. Who
+// gives the copy a name of its own may mean that other one.
+Result CheckTop(const CopyRequest& request, bool isFolder) {
+    if (!IsFetch(request)) return {};
+    const Store& store = *request.from.store;
+    const std::string parent(ParentDN(request.from.path));
+    const std::string alike = store.ChildPath(parent, NamePart(request.to.path), isFolder);
+    return store.IsSame(request.from.path, alike) ? RefuseAnothersPlace(request.to.path) : Result();
+}
+
 CopyOutcome CopyFileContents(const CopyRequest& request, const FileBuffer& contents) {
     std::vector<PlannedItem> target = {{request.to.path, false}};
-    Result written = request.to.store->Prepare(target, request.existing);
+    Result written = CheckTop(request, false);
+    if (written) written = request.to.store->Prepare(target, request.existing);
     if (!written) return {std::move(written), CopyStage::kTarget};
     if (request.copied) request.copied->SetFile(request.from.path, contents);
     written =
@@ -83,7 +108,17 @@ private:
                  item.isFolder});
         }
         stage_ = CopyStage::kTarget;
-        return Target().Prepare(targets_, request_.existing);
+        Result fits = CheckNames();
+        return fits ? Target().Prepare(targets_, request_.existing) : std::move(fits);
+    }
+
+    Result CheckNames() const {
+        Result fits = CheckTop(request_, true);
+        if (!IsFetch(request_)) return fits;
+        for (std::size_t at = 1; fits && at < targets_.size(); ++at) {
+            fits = RefuseAnothersPlace(targets_[at].path);
+        }
+        return fits;
     }
 
     Result CopyItems() {

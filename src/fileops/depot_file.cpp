@@ -4,7 +4,6 @@
 #include "fileops/shell_operation.h"
 #include "manager/display_path.h"
 #include "platform/handles.h"
-#include "platform/local_name.h"
 #include "platform/paths.h"
 #include "store/folder_store.h"
 
@@ -47,11 +46,9 @@ Result MoveByShell(PathPair paths, HWND window, UINT operation) {
 
 // Whether what has this name may go into a folder under it.
 bool IsFitForFolder(const FileCopy& copy, const CopyRequest& request, const std::string& name) {
-    const bool isForeign = !request.from.store->IsLocal();
-    const bool betweenEntries = isForeign && !request.to.store->IsLocal();
+    const bool betweenEntries = !request.from.store->IsLocal() && !request.to.store->IsLocal();
     return request.from.store->CanHold(name) && request.to.store->CanHold(name) &&
-           !(betweenEntries && HoldsRoot(copy.depot, copy.source)) &&
-           !(isForeign && !betweenEntries && MayBeShortName(name));
+           !(betweenEntries && HoldsRoot(copy.depot, copy.source));
 }
 
 Result RefuseName(const CopyRequest& request) {

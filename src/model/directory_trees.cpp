@@ -9,6 +9,7 @@
 #include "platform/local_name.h"
 #include "platform/not_copied.h"
 #include "platform/paths.h"
+#include "platform/short_name.h"
 #include "store/folder_store.h"
 
 namespace depot {
@@ -46,7 +47,7 @@ std::vector<LocalChild> LocalChildren(const LocationSchema& schema, const LdapIt
     for (const CLDAPItem* child : children) {
         std::optional<EntryName> entry = schema.SplitEntryName(child->path);
         if (!entry) continue;
-        if (IsSafeForeignName(entry->name)) {
+        if (IsSafeLocalName(entry->name)) {
             found.push_back({child->path, std::move(entry->name), entry->isFolder});
         } else {
             ++unsafeNames;
@@ -69,7 +70,9 @@ public:
         while (!folders_.empty()) {
             const LocalChild folder = std::move(folders_.back());
             folders_.pop_back();
-            EnsureFolder(JoinPath(localFolder_, folder.name));
+            const std::string path = JoinPath(localFolder_, folder.name);
+            if (LeavesOut(path)) continue;
+            EnsureFolder(path);
             Visit(folder.dn);
         }
         return first_;
@@ -109,13 +112,22 @@ private:
         return written ? LDAP_SUCCESS : LDAP_LOCAL_ERROR;
     }
 
+    // Counts what would go to the place of a file or folder of another name.
+    bool LeavesOut(const std::string& path) {
+        const bool isAnothers = IsShortNameOfAnother(path);
+        if (isAnothers) ++unsafeNames_;
+        return isAnothers;
+    }
+
     void FetchFile(const LocalChild& file) {
+        const std::string path = JoinPath(localFolder_, file.name);
+        if (LeavesOut(path)) return;
         FileBuffer contents;
         if (Result read = entries_.ReadSeen(file.dn, contents); !read) {
             Note(std::move(read));
             return;
         }
-        Note(WriteLocally(contents, JoinPath(localFolder_, file.name)));
+        Note(WriteLocally(contents, path));
         // The last file of a name stays, but the others are not passed over silently.
         if (names_.Insert(file.name)) return;
         sharesNames_ = true;

@@ -69,13 +69,6 @@ bool IsNumberedStem(std::string_view stem) {
     return isNumber && digits > 0;
 }
 
-}  // namespace
-
-bool IsSafeLocalName(std::string_view name) {
-    if (name.empty() || EndsInCharacter(name, '.') || EndsInCharacter(name, ' ')) return false;
-    return IsAllowedInLocalName(name) && !IsDeviceName(name);
-}
-
 bool MayBeShortName(std::string_view name) {
     constexpr std::size_t kLongestStem = 8, kLongestExtension = 3;
     const std::size_t dot = std::min(FindCharacter(name, '.'), name.size());
@@ -85,6 +78,13 @@ bool MayBeShortName(std::string_view name) {
            CharacterCount(name.substr(0, dot)) <= kLongestStem &&
            CharacterCount(extension) <= kLongestExtension &&
            FindCharacter(extension, '.') == std::string_view::npos;
+}
+
+}  // namespace
+
+bool IsSafeLocalName(std::string_view name) {
+    if (name.empty() || EndsInCharacter(name, '.') || EndsInCharacter(name, ' ')) return false;
+    return IsAllowedInLocalName(name) && !IsDeviceName(name);
 }
 
 bool IsSafeForeignName(std::string_view name) {

@@ -9,11 +9,9 @@ namespace depot {
 // a device's, and holds no separator, wildcard or control character.
 bool IsSafeLocalName(std::string_view name);
 
-// Whether a name has the form of the short names that a file system gives files besides their own,
-// such as "LONGFI~1.KRA": under it another file may be reached.
-bool MayBeShortName(std::string_view name);
-
-// Whether a name that a server returned may become that of a local file or folder.
+// Whether a name that a server returned may become that of a local file or folder without a look at
+// what is there: it does not have the form of the short names that a file system gives files
+// besides their own, such as "LONGFI~1.KRA", under which another file may be reached.
 bool IsSafeForeignName(std::string_view name);
 
 }  // namespace depot

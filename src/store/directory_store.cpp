@@ -112,7 +112,7 @@ void DirectoryStore::HandOut(const LdapItemList& children, const std::string& fo
         item.path = child->path;
         item.name = NameOfChild(child->path, folder);
         item.isFolder = child->isFolder != 0;
-        item.isHostile = !IsSafeForeignName(item.name);
+        item.isHostile = !IsSafeLocalName(item.name);
         seesVariants_ = seesVariants_ || HasVariants(item.name);
         take(item);
     }

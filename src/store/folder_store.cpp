@@ -13,6 +13,7 @@
 #include "platform/paths.h"
 #include "platform/replace_file.h"
 #include "platform/same_file.h"
+#include "platform/short_name.h"
 #include "platform/text.h"
 #include "store/tree.h"
 
@@ -254,7 +255,8 @@ Result FolderStore::MakeFolder(const std::string& path, FoldersAbove above) {
     // A folder above it that is gone meanwhile stays gone.
     if (CreateDirectoryA(path.c_str(), nullptr)) return {};
     const DWORD error = GetLastError();
-    if (IsLocalFolder(path)) return {};
+    // One of another name, which has this one as its short name, is not the folder that is meant.
+    if (IsLocalFolder(path) && !IsShortNameOfAnother(path)) return {};
     SetLastError(error);
     return Failure(path);
 }

@@ -60,6 +60,23 @@ TEST_F(DownloadTreeTest, NamesThatLeadElsewhereAreLeftOutAndCountedAtEveryDepth)
     EXPECT_FALSE(test::Exists(local_.At("c")));
 }
 
+TEST_F(DownloadTreeTest, PlacesOfFilesAndFoldersOfOtherNamesAreLeftOutAndCounted) {
+    local_.MakeFile("a long file name.krc", "mine");
+    local_.MakeFolder("a long folder name");
+    const std::string file = test::ShortNameOf(local_.At("a long file name.krc"));
+    const std::string folder = test::ShortNameOf(local_.At("a long folder name"));
+    if (file.empty()) GTEST_SKIP() << "this volume gives no short names";
+    server_.AddFile(file, base_, "x");
+    server_.AddFile("x~1.krc", base_, "x");
+    server_.AddFolder(folder, base_);
+    server_.AddFile("below.krc", Dn(folder), "x");
+    EXPECT_THAT(DownloadTree(Connected(), base_, local_.Path(), false, &text_), IsDone());
+    EXPECT_EQ(UnsafeNamesText(2), text_);
+    EXPECT_EQ("mine", test::FileBytes(local_.At("a long file name.krc")));
+    EXPECT_EQ("x", test::FileBytes(local_.At("x~1.krc")));
+    EXPECT_FALSE(test::Exists(local_.At("below.krc")));
+}
+
 TEST_F(DownloadTreeTest, WithoutAnErrorTextUnsafeNamesAreLeftOutSilently) {
     server_.AddFile("a:b.krc", base_, "x");
     EXPECT_THAT(DownloadTree(Connected(), base_, local_.Path(), false), IsDone());

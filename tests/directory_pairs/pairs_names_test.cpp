@@ -1,6 +1,7 @@
 // Names of every kind and length, between every two kinds of store.
 #include "directory/dn.h"
 #include "directory_pairs/pairs_fixture.h"
+#include "store/folder_store.h"
 #include "support/results.h"
 
 namespace depot::test {
@@ -94,8 +95,7 @@ void AddHostileNames(DirectoryServer& server, DirectoryTestFolder& directory) {
     server.Apply("dn: cn=..\\5C..\\5Cx.kra," + directory.At("from") +
                  "\nobjectClass: quillonFileBinary\ncn: ..\\..\\x.kra\n"
                  "quillonFileContentsBinary: x\n\n");
-    for (const char* name :
-         {"C:x.kra", "CON", "nul.kra", "a?.kra", "ends with dot.", "LONGFI~1.KRA"}) {
+    for (const char* name : {"C:x.kra", "CON", "nul.kra", "a?.kra", "ends with dot."}) {
         server.AddFile(name, directory.At("from"), "x");
     }
     directory.MakeFile("from\\good.kra", "1");
@@ -109,8 +109,8 @@ StoreContents AllOf(const DirectoryWorld& world) {
 TEST_P(HostileNamesTest, SingleEntryNeverBecomesALocalFile) {
     AddHostileNames(world_.server, directory_);
     const StoreContents entries = directory_.Contents(), before = AllOf(world_);
-    for (const std::string name : {"..\\..\\x.kra", "C:x.kra", "CON", "nul.kra", "a?.kra",
-                                   "ends with dot.", "LONGFI~1.KRA"}) {
+    for (const std::string name :
+         {"..\\..\\x.kra", "C:x.kra", "CON", "nul.kra", "a?.kra", "ends with dot."}) {
         SCOPED_TRACE(name);
         for (const UINT operation : {FO_COPY, FO_MOVE}) {
             EXPECT_THAT(OnItem(operation, From(name), To("")), Fails());
@@ -138,10 +138,95 @@ TEST_P(HostileNamesTest, TreeNeverLeavesTheTargetFolderAndIsNeverRemoved) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(FromADirectory, HostileNamesTest,
-                         testing::Values(StorePair{StoreKind::kDirectory, StoreKind::kPlain},
-                                         StorePair{StoreKind::kDirectory, StoreKind::kFolder}),
-                         PairName);
+const auto kFromADirectory = testing::Values(StorePair{StoreKind::kDirectory, StoreKind::kPlain},
+                                             StorePair{StoreKind::kDirectory, StoreKind::kFolder});
+
+INSTANTIATE_TEST_SUITE_P(FromADirectory, HostileNamesTest, kFromADirectory, PairName);
+
+// A directory's names that lead to local files of other names, by the short ones of those.
+class ShortNamesTest : public PairTest {
+protected:
+    // Makes a local file and an entry of the same folder by that file's short name. Returns the
+    // name; empty where the volume gives none.
+    std::string AddNameOf(const std::string& folder, const std::string& name) {
+        Target().MakeFile("to\\" + folder + name, "mine");
+        std::string shortName = ShortNameOf(Target().At("to\\" + folder + name));
+        if (!shortName.empty()) Source().MakeFile("from\\" + folder + shortName, "x");
+        return shortName;
+    }
+};
+
+TEST_P(ShortNamesTest, FileOfAnotherNameIsNotReplaced) {
+    const std::string name = AddNameOf({}, "a long file name.kra");
+    if (name.empty()) GTEST_SKIP() << "this volume gives no short names";
+    for (const UINT operation : {FO_COPY, FO_MOVE}) {
+        ExpectRefused([&] { return OnItem(operation, From(name), To("")); });
+        ExpectRefused([&] { return OnItem(operation, From(name), To(name)); });
+        ExpectRefused([&] { return OnList(operation, {From(name)}, To("")); });
+    }
+    for (const std::string& target : {std::string(), name}) {
+        ExpectRefused([&] { return Copy(From(name), To(target), false); });
+        EXPECT_EQ(UnsafeNamesText(1), error_);
+    }
+}
+
+// A caller may know a file by its short name.
+TEST_P(ShortNamesTest, CopyUnderANameOfTheCallersOwnMayUseOne) {
+    const std::string name = AddNameOf({}, "a long file name.kra");
+    if (name.empty()) GTEST_SKIP() << "this volume gives no short names";
+    Source().MakeFile("from\\other.kra", "2");
+    EXPECT_THAT(Copy(From("other.kra"), To(name), false), IsDone());
+    EXPECT_EQ("2", Target().Bytes("to\\a long file name.kra"));
+}
+
+TEST_P(ShortNamesTest, TreeReplacesNoFileOfAnotherName) {
+    if (AddNameOf("tree\\sub\\", "a long file name.kra").empty()) {
+        GTEST_SKIP() << "this volume gives no short names";
+    }
+    for (const UINT operation : {FO_COPY, FO_MOVE}) {
+        ExpectRefused([&] { return OnItem(operation, From("tree"), To("")); });
+        ExpectRefused([&] { return OnList(operation, {From("tree")}, To("")); });
+    }
+}
+
+TEST_P(ShortNamesTest, TreeDoesNotEnterAFolderOfAnotherName) {
+    Target().MakeFile("to\\tree\\a long folder name\\a.kra", "mine");
+    const std::string name = ShortNameOf(Target().At("to\\tree\\a long folder name"));
+    if (name.empty()) GTEST_SKIP() << "this volume gives no short names";
+    Source().MakeFile("from\\tree\\" + name + "\\a.kra", "x");
+    for (const UINT operation : {FO_COPY, FO_MOVE}) {
+        ExpectRefused([&] { return OnList(operation, {From("tree")}, To("")); });
+    }
+    EXPECT_THAT(
+        FolderStore::Instance().MakeFolder(Target().At("to\\tree\\" + name), FoldersAbove::kExist),
+        Fails());
+}
+
+INSTANTIATE_TEST_SUITE_P(FromADirectory, ShortNamesTest, kFromADirectory, PairName);
+
+TEST_P(PairNamesTest, NamesInTheFormOfShortOnesAreListedAndArrive) {
+    const std::string names[] = {"x~1.kra", "LONGFI~1.KRA", "\xE4~12.kr"};
+    StoreContents tree;
+    for (const std::string& name : names) {
+        SCOPED_TRACE(name);
+        Target().MakeFolder("to\\moved");
+        Source().MakeFile("from\\" + name, "1");
+        Source().MakeFile("from\\tree\\d~1\\" + name, "2");
+        tree["d~1"] = kFolderMark;
+        tree["d~1\\" + name] = "2";
+        EXPECT_THAT(Copy(From(name), To(""), true), IsDone());
+        EXPECT_EQ("1", Target().Bytes("to\\" + name));
+        EXPECT_THAT(OnList(FO_MOVE, {From(name)}, To("moved\\")), IsDone());
+        EXPECT_EQ("1", Target().Bytes("to\\moved\\" + name));
+        EXPECT_FALSE(Source().Holds("from\\" + name));
+    }
+    EXPECT_EQ(tree, Source().Contents("from\\tree"));
+    EXPECT_THAT(OnList(FO_COPY, {From("tree")}, To("")), IsDone()) << error_;
+    EXPECT_EQ(tree, Target().Contents("to\\tree"));
+    EXPECT_THAT(OnList(FO_MOVE, {From("tree")}, To("moved\\")), IsDone()) << error_;
+    EXPECT_EQ(tree, Target().Contents("to\\moved\\tree"));
+    EXPECT_FALSE(Source().Holds("from\\tree"));
+}
 
 }  // namespace
 }  // namespace depot::test

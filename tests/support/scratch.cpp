@@ -58,6 +58,15 @@ bool Exists(const std::string& path) {
     return GetFileAttributesA(path.c_str()) != INVALID_FILE_ATTRIBUTES;
 }
 
+std::string ShortNameOf(const std::string& path) {
+    WIN32_FIND_DATAA found = {};
+    const HANDLE search = FindFirstFileA(path.c_str(), &found);
+    EXPECT_NE(INVALID_HANDLE_VALUE, search) << path;
+    if (search == INVALID_HANDLE_VALUE) return {};
+    FindClose(search);
+    return found.cAlternateFileName;
+}
+
 void WriteRegistry(HKEY root, const std::string& key, const std::string& name, DWORD type,
                    const std::string& data) {
     ASSERT_EQ(ERROR_SUCCESS, RegSetKeyValueA(root, key.c_str(), name.c_str(), type, data.data(),

@@ -36,6 +36,10 @@ std::string FileBytes(const std::string& path);
 
 bool Exists(const std::string& path);
 
+// Returns the short name that the file system gave besides the file's own; empty where it gives
+// none.
+std::string ShortNameOf(const std::string& path);
+
 // Writes a registry value, creating the keys on its way.
 void WriteRegistry(HKEY root, const std::string& key, const std::string& name, DWORD type,
                    const std::string& data);
