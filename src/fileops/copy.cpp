@@ -4,10 +4,10 @@
 
 #include "directory/comparable_dn.h"
 #include "directory/dn.h"
+#include "fileops/anothers_place.h"
 #include "fileops/read_ahead.h"
 #include "fileops/shell_operation.h"
 #include "platform/paths.h"
-#include "platform/short_name.h"
 #include "platform/temp_file.h"
 #include "store/folder_store.h"
 #include "store/tree.h"
@@ -32,12 +32,6 @@ Result RefuseItself(const CopyRequest& request, ExistingEntries& existing) {
 
 bool IsFetch(const CopyRequest& request) {
     return !request.from.store->IsLocal() && request.to.store->IsLocal();
-}
-
-Result RefuseAnothersPlace(const std::string& path) {
-    if (!IsShortNameOfAnother(path)) return {};
-    SetLastError(ERROR_INVALID_NAME);
-    return Error{Reason::kBadName, CodeKind::kDirectory, LDAP_NAMING_VIOLATION, UnsafeNamesText(1)};
 }
 
 // What a directory calls its own must not take the place of a file or folder of another name. Who

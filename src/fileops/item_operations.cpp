@@ -4,6 +4,7 @@
 #include <memory>
 #include <set>
 
+#include "fileops/anothers_place.h"
 #include "fileops/copied_source.h"
 #include "fileops/depot_file.h"
 #include "fileops/list_progress.h"
@@ -233,13 +234,15 @@ struct FetchedEntry {
 
 // What a list comes to before the shell does it.
 struct ShellWork {
-    ShellWork(UINT wanted, HWND window)
-        : operation(wanted),
-          removesSources(wanted == FO_MOVE || wanted == FO_DELETE),
-          temporaryFolders(window) {}
+    explicit ShellWork(const ItemWork& wanted)
+        : operation(wanted.operation),
+          removesSources(operation == FO_MOVE || operation == FO_DELETE),
+          target(operation != FO_DELETE && wanted.target ? PlaceOf(*wanted.target).path : ""),
+          temporaryFolders(wanted.window) {}
 
     const UINT operation;
     const bool removesSources;
+    const std::string target;  // empty for none
     TemporaryFolders temporaryFolders;
     OpenStores stores;
     CDepotItems items;
@@ -289,6 +292,11 @@ Result CollectEntry(const CDepotItem& item, ShellWork& work, const TransferWatch
                                     &entry.copied, known});
     if (fetched) {
         work.copies.push_back(JoinPath(folder, NameOf(item)));
+        // A folder takes the copy under its own name, with whatever is there.
+        if (IsLocalFolder(work.target)) {
+            fetched = RefuseAnothersPlaces(work.copies.back(), work.target);
+            if (!fetched) return Reported(*PlaceOf(item).store, std::move(fetched));
+        }
         if (!work.items.Append(PlainItem(work.copies.back()))) return Error();
     } else if (work.operation != FO_DELETE || !IsKeptByNames(item, fetched)) {
         return fetched;
@@ -338,7 +346,7 @@ Result OperateOnList(const CDepotItems& items, const ItemWork& wanted,
     }
     Result done = RefuseNameTwice(items, wanted);
     if (!done) return done;
-    ShellWork work(wanted.operation, wanted.window);
+    ShellWork work(wanted);
     done = Collect(items, work, watcher);
     if (done) done = RunShellOnItems(work.items, wanted);
     if (!done) return done;
