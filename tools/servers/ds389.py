@@ -6,6 +6,7 @@ import shutil
 import signal
 
 from servers import processes
+from servers.forwarder import Forwarder
 from servers.processes import SUFFIX, run_tool
 
 REPOSITORY = pathlib.Path(__file__).resolve().parents[2]
@@ -40,7 +41,8 @@ def is_installed():
 class Ds389Server:
     def __init__(self, folder, number, settings):
         self.folder, self.name = folder, f"depots{number}"
-        self.port, self.tls_port = processes.free_port(), processes.free_port()
+        self.own_port, self.tls_port = processes.free_port(), processes.free_port()
+        self.port = Forwarder(self.own_port).port
         self.log_path = folder / "output"
         folder.mkdir()
         self.create()
@@ -51,7 +53,7 @@ class Ds389Server:
 
     def create(self):
         answers = self.folder / "answers.inf"
-        answers.write_text(ANSWERS.format(name=self.name, port=self.port, tls_port=self.tls_port,
+        answers.write_text(ANSWERS.format(name=self.name, port=self.own_port, tls_port=self.tls_port,
                                           password=PASSWORD, suffix=SUFFIX))
         run_tool(["dscreate", "from-file", str(answers)])
         self.configuration = pathlib.Path(f"/etc/dirsrv/slapd-{self.name}")
@@ -84,7 +86,7 @@ aci: (targetattr = "*")(version 3.0; acl "The editor writes"; allow (all) userdn
     def launch(self):
         self.process = processes.start(
             ["ns-slapd", "-D", str(self.configuration), "-i", f"/run/{self.name}.pid", "-d", "0"],
-            self.log_path, lambda: processes.listens(self.port))
+            self.log_path, lambda: processes.listens(self.own_port))
 
     def stop(self):
         if self.process:
@@ -102,7 +104,7 @@ aci: (targetattr = "*")(version 3.0; acl "The editor writes"; allow (all) userdn
         return ""
 
     def client(self, program, *arguments, text=""):
-        return run_tool([program, "-x", "-H", f"ldap://127.0.0.1:{self.port}", "-D", MANAGER,
+        return run_tool([program, "-x", "-H", f"ldap://127.0.0.1:{self.own_port}", "-D", MANAGER,
                          "-w", PASSWORD, *arguments], text)
 
     def modify(self, text):
