@@ -1,5 +1,7 @@
 #include "config/text_encoding.h"
 
+#include <utility>
+
 #include "platform/wide_text.h"
 #include "platform/win32.h"
 
@@ -83,8 +85,12 @@ std::optional<std::string> BytesFromText(TextEncoding encoding, std::wstring_vie
         case TextEncoding::kUtf16:
         case TextEncoding::kSwappedUtf16:
             return ToUtf16(text, encoding == TextEncoding::kSwappedUtf16);
-        default:
-            return ExactAnsiFromWide(text);
+        default: {
+            std::optional<std::string> bytes = ExactAnsiFromWide(text);
+            // What begins like a mark would be read in the encoding of that.
+            const bool isAnsi = bytes && EncodingOf(*bytes) == TextEncoding::kAnsi;
+            return isAnsi ? std::move(bytes) : std::nullopt;
+        }
     }
 }
 

@@ -23,7 +23,7 @@ TextEncoding EncodingOf(std::string_view bytes);
 std::optional<std::wstring> TextFromBytes(std::string_view bytes);
 
 // Returns the bytes of the text, with the mark of the encoding. Nothing for a text that the
-// encoding does not hold exactly.
+// encoding does not hold exactly, or whose bytes in the ANSI code page begin like a mark.
 std::optional<std::string> BytesFromText(TextEncoding encoding, std::wstring_view text);
 
 }  // namespace depot
