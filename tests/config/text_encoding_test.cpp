@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
+#include "platform/win32.h"
 
 namespace depot {
 namespace {
@@ -26,22 +26,22 @@ TEST(TextEncodingTest, WhatIsWrittenIsReadAsTheSameTextInTheSameEncoding) {
 
 TEST(TextEncodingTest, EncodingsOfUnicodeHoldEveryText) {
     for (const TextEncoding encoding : kEncodings) {
-        const bool isUnicode = encoding != TextEncoding::kAnsi;
-        if (isUnicode) EXPECT_TRUE(BytesFromText(encoding, L"\xFEFF\x3042"));
+        if (encoding == TextEncoding::kAnsi) continue;
+        EXPECT_TRUE(BytesFromText(encoding, L"\xFEFF\x3042"));
     }
 }
 
 TEST(TextEncodingTest, TextThatBeginsLikeAMarkIsNoneOfTheAnsiCodePage) {
-    const std::wstring marks[] = {L"\xFEFFx", L"\xEF\xBB\xBFx", L"\xFF\xFEx", L"\xFE\xFFx"};
-    // Where the code page has the letters, their bytes are a mark, or other ones than in 1252.
-    EXPECT_TRUE(std::any_of(std::begin(marks), std::end(marks), [](const std::wstring& text) {
-        return !BytesFromText(TextEncoding::kAnsi, text);
-    }));
-    if (GetACP() == CP_UTF8) EXPECT_FALSE(BytesFromText(TextEncoding::kAnsi, marks[0]));
-    if (GetACP() != 1252) return;
-    for (const std::wstring& text : marks) {
+    if (GetACP() == CP_UTF8) {
+        EXPECT_FALSE(BytesFromText(TextEncoding::kAnsi, L"\xFEFFx"));
+        EXPECT_TRUE(BytesFromText(TextEncoding::kAnsi, L"\xEF\xBB\xBFx"));
+        return;
+    }
+    // Other code pages lack the letters, or have them as these bytes.
+    for (const wchar_t* text : {L"\xFEFFx", L"\xEF\xBB\xBFx", L"\xFF\xFEx", L"\xFE\xFFx"}) {
         EXPECT_FALSE(BytesFromText(TextEncoding::kAnsi, text));
     }
+    EXPECT_TRUE(BytesFromText(TextEncoding::kAnsi, L"x"));
 }
 
 }  // namespace
