@@ -2,21 +2,14 @@
 
 #include <algorithm>
 
+#include "config/profile_blanks.h"
 #include "platform/text.h"
 
 namespace depot {
 namespace {
 
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
-// What the system passes over around names and values.
-constexpr std::string_view kBlanks = " \t\v\f\r\n\032";
 constexpr std::string_view kNewLine = "\r\n";
-
-std::string_view Trim(std::string_view text) {
-    const std::size_t first = text.find_first_not_of(kBlanks);
-    if (first == std::string_view::npos) return {};
-    return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
-}
 
 // In no code page a line end is a part of another character, whatever half of one is before it.
 std::string_view LineBreak(std::string_view text) {
@@ -41,11 +34,11 @@ public:
             const std::string_view line = profile_.substr(start, end - start);
             if (const auto section = SectionOf(line)) {
                 if (inSection) break;
-                inSection = AreSame(*section, Trim(edit_.section));
+                inSection = AreSame(*section, TrimProfileBlanks(edit_.section));
             } else if (inSection && IsWanted(line)) {
                 return Around(start, end, edit_.value ? Changed(line, lineBreak) : std::string());
             }
-            if (inSection && !Trim(line).empty()) newLine = end;
+            if (inSection && !TrimProfileBlanks(line).empty()) newLine = end;
         }
         return edit_.value ? Added(newLine) : std::string(profile_);
     }
@@ -60,7 +53,7 @@ private:
 
     // Returns the name of the section that the line begins.
     std::optional<std::string_view> SectionOf(std::string_view line) const {
-        const std::string_view text = Trim(line);
+        const std::string_view text = TrimProfileBlanks(line);
         if (!text.starts_with('[')) return std::nullopt;
         const std::size_t end =
             letters_ == LetterCase::kOfAscii ? text.rfind(']') : FindLastCharacter(text, ']');
@@ -70,14 +63,15 @@ private:
 
     // No code page has the equals sign as a part of another character.
     bool IsWanted(std::string_view line) const {
-        return !Trim(line).empty() &&
-               AreSame(Trim(line.substr(0, line.find('='))), Trim(edit_.key));
+        return !TrimProfileBlanks(line).empty() &&
+               AreSame(TrimProfileBlanks(line.substr(0, line.find('='))),
+                       TrimProfileBlanks(edit_.key));
     }
 
     std::string Changed(std::string_view line, std::string_view lineBreak) const {
         const std::size_t sign = line.find('=');
         const std::string_view key = sign == std::string_view::npos
-                                         ? line.substr(0, line.find_last_not_of(kBlanks) + 1)
+                                         ? line.substr(0, line.find_last_not_of(kProfileBlanks) + 1)
                                          : line.substr(0, sign);
         return Concatenate({key, "=", *edit_.value, lineBreak});
     }
@@ -94,10 +88,11 @@ private:
         const bool isOpen = !before.empty() && before != kByteOrderMark &&
                             kNewLine.find(before.back()) == std::string_view::npos;
         const std::string header =
-            place == 0 ? Concatenate({"[", Trim(edit_.section), "]", kNewLine}) : std::string();
+            place == 0 ? Concatenate({"[", TrimProfileBlanks(edit_.section), "]", kNewLine})
+                       : std::string();
         return Around(at, at,
-                      Concatenate({isOpen ? kNewLine : std::string_view(), header, Trim(edit_.key),
-                                   "=", *edit_.value, kNewLine}));
+                      Concatenate({isOpen ? kNewLine : std::string_view(), header,
+                                   TrimProfileBlanks(edit_.key), "=", *edit_.value, kNewLine}));
     }
 
     const std::string_view profile_;

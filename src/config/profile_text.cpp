@@ -1,18 +1,12 @@
 #include "config/profile_text.h"
 
+#include "config/profile_blanks.h"
 #include "platform/text.h"
 
 namespace depot {
 namespace {
 
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
-constexpr std::string_view kBlanks = " \t\v\f\r\n\032";
-
-std::string_view Trim(std::string_view text) {
-    const std::size_t first = text.find_first_not_of(kBlanks);
-    if (first == std::string_view::npos) return {};
-    return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
-}
 
 // A line as the system may write it: a section's name in brackets, or a name and a value.
 struct Line {
@@ -23,12 +17,12 @@ struct Line {
 };
 
 Line ParseLine(std::string_view text) {
-    const std::string_view line = Trim(text);
+    const std::string_view line = TrimProfileBlanks(text);
     // What follows a section's name is nothing.
     if (line.starts_with('[')) return {line.substr(0, FindLastCharacter(line, ']')), {}};
     const std::size_t sign = line.find('=');
     if (sign == std::string_view::npos) return {line, {}};
-    return {Trim(line.substr(0, sign)), Trim(line.substr(sign + 1))};
+    return {TrimProfileBlanks(line.substr(0, sign)), TrimProfileBlanks(line.substr(sign + 1))};
 }
 
 // The lines of a text, one after the other.
@@ -76,7 +70,7 @@ bool IsSameLine(const Line& left, const Line& right) {
 }  // namespace
 
 bool LacksLines(std::string_view before, std::string_view after, std::string_view key) {
-    const std::string_view name = Trim(key);
+    const std::string_view name = TrimProfileBlanks(key);
     Lines left(after);
     Lines wanted(before);
     for (Line line; wanted.Next(line);) {
@@ -90,7 +84,7 @@ bool LacksLines(std::string_view before, std::string_view after, std::string_vie
 }
 
 bool HasValueLine(std::string_view text, std::string_view key, std::string_view value) {
-    const Line wanted = {Trim(key), Trim(value)};
+    const Line wanted = {TrimProfileBlanks(key), TrimProfileBlanks(value)};
     Lines lines(text);
     for (Line line; lines.Next(line);) {
         if (EqualsNoCase(line.name, wanted.name) && EqualInAscii(line.value, wanted.value)) {
