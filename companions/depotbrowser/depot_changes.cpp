@@ -109,6 +109,7 @@ DeletionExtent ExamineDeletion(DepotSession& session, const FolderRef& folder,
     if (depot == nullptr) return extent;
     extent.recycled = HasRecycleBin(*depot, PathIn(*depot, folder, {}));
     std::vector<std::string> open;
+    open.reserve(folderNames.size());
     for (const std::string& name : folderNames) open.push_back(folder.relative + name + "\\");
     for (std::size_t examined = 0; !open.empty(); ++examined) {
         const std::string relative = std::move(open.back());

@@ -2,6 +2,7 @@
 #include "depotctl/command_line.h"
 #include "depotctl/commands.h"
 #include "depotctl/completion.h"
+#include "platform/text.h"
 
 namespace depot::ctl {
 namespace {
@@ -31,7 +32,7 @@ void AddCommands(const CLI::App& app, const CLI::App& program, const std::string
     commands.push_back(std::move(command));
     for (const CLI::App* one : below) {
         const std::string name = one->get_name();
-        AddCommands(*one, program, path.empty() ? name : path + " " + name, commands);
+        AddCommands(*one, program, path.empty() ? name : Concatenate({path, " ", name}), commands);
     }
 }
 

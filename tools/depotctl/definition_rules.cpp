@@ -7,6 +7,7 @@
 #include "depotctl/failure.h"
 #include "depotctl/known_values.h"
 #include "depotctl/location_checks.h"
+#include "platform/text.h"
 
 namespace depot::ctl {
 namespace {
@@ -60,7 +61,8 @@ std::vector<Step> StepsOf(const std::string& key, const DefinitionChange& change
         if (!change.Writes(name)) steps.push_back({"unset", {}, "<" + key + "> " + name});
     }
     for (const RawValue& value : change.written) {
-        steps.push_back({"set", {}, "<" + key + "> " + value.name + "=" + DataText(value)});
+        steps.push_back(
+            {"set", {}, Concatenate({"<", key, "> ", value.name, "=", DataText(value)})});
     }
     return steps;
 }
