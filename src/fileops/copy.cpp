@@ -8,6 +8,7 @@
 #include "fileops/read_ahead.h"
 #include "fileops/shell_operation.h"
 #include "platform/paths.h"
+#include "platform/short_name.h"
 #include "platform/temp_file.h"
 #include "store/folder_store.h"
 #include "store/tree.h"
@@ -37,7 +38,7 @@ bool IsFetch(const CopyRequest& request) {
 // What a directory calls its own must not take the place of a file or folder of another name. Who
 // gives the copy a name of its own may mean that other one.
 Result CheckTop(const CopyRequest& request, bool isFolder) {
-    if (!IsFetch(request)) return {};
+    if (!IsFetch(request) || !IsShortNameOfAnother(request.to.path)) return {};
     const Store& store = *request.from.store;
     const std::string parent(ParentDN(request.from.path));
     const std::string alike = store.ChildPath(parent, NamePart(request.to.path), isFolder);

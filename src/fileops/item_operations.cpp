@@ -237,12 +237,15 @@ struct ShellWork {
     explicit ShellWork(const ItemWork& wanted)
         : operation(wanted.operation),
           removesSources(operation == FO_MOVE || operation == FO_DELETE),
-          target(operation != FO_DELETE && wanted.target ? PlaceOf(*wanted.target).path : ""),
-          temporaryFolders(wanted.window) {}
+          temporaryFolders(wanted.window) {
+        if (operation == FO_DELETE || wanted.target == nullptr) return;
+        std::string path = PlaceOf(*wanted.target).path;
+        if (IsLocalFolder(path)) folder = std::move(path);
+    }
 
     const UINT operation;
     const bool removesSources;
-    const std::string target;  // empty for none
+    std::string folder;  // that takes each item under its own name; empty for none
     TemporaryFolders temporaryFolders;
     OpenStores stores;
     CDepotItems items;
@@ -292,11 +295,8 @@ Result CollectEntry(const CDepotItem& item, ShellWork& work, const TransferWatch
                                     &entry.copied, known});
     if (fetched) {
         work.copies.push_back(JoinPath(folder, NameOf(item)));
-        // A folder takes the copy under its own name, with whatever is there.
-        if (IsLocalFolder(work.target)) {
-            fetched = RefuseAnothersPlaces(work.copies.back(), work.target);
-            if (!fetched) return Reported(*PlaceOf(item).store, std::move(fetched));
-        }
+        if (!work.folder.empty()) fetched = RefuseAnothersPlaces(work.copies.back(), work.folder);
+        if (!fetched) return Reported(*PlaceOf(item).store, std::move(fetched));
         if (!work.items.Append(PlainItem(work.copies.back()))) return Error();
     } else if (work.operation != FO_DELETE || !IsKeptByNames(item, fetched)) {
         return fetched;

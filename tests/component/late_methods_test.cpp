@@ -124,6 +124,18 @@ TEST_F(LateMethodsTest, ArgumentsOfWrongTypesAreErrors) {
     EXPECT_EQ("text", FileBytes(file_));
 }
 
+TEST_F(LateMethodsTest, TextThatWouldBeReadInAnotherEncodingIsRefused) {
+    // The letters of a byte order mark in the code page, or none of it.
+    for (const wchar_t* text : {L"\xFEFFx", L"\xFF\xFEx"}) {
+        if (GetACP() == CP_UTF8 && text[0] != 0xFEFF) continue;
+        ASSERT_THAT(late_.Call(L"WriteText", {Handle(), L"<A>\\a.kra", text}, &result_), IsOk());
+        EXPECT_FALSE(IsTrue(result_));
+        ASSERT_THAT(late_.Call(L"LastErrorCode", {Handle()}, &result_), IsOk());
+        EXPECT_EQ(ERROR_NO_UNICODE_TRANSLATION, static_cast<DWORD>(result_.Number()));
+        EXPECT_EQ("text", FileBytes(file_));
+    }
+}
+
 TEST_F(LateMethodsTest, LongTextsAreRefusedOrPassedOnWhole) {
     const std::wstring text(100000, L'x');
     ASSERT_THAT(late_.Call(L"Exists", {Handle(), (L"<A>\\" + text).c_str()}, &result_), IsOk());

@@ -128,6 +128,15 @@ TEST_P(PublishStoresTest, EntriesWithHostileNamesNeverBecomeLocalFiles) {
     EXPECT_EQ(InDirectory() ? "x" : kMissing, corp_.Bytes("Sub\\CON"));
 }
 
+TEST_P(PublishStoresTest, EntryThatHasAnotherFilesShortNameDoesNotReplaceThat) {
+    work_.MakeFile("Sub\\a long file name.cfg", "mine");
+    const std::string name = ShortNameOf(work_.At("Sub\\a long file name.cfg"));
+    server_.AddFile(name, base_, "x");
+    Publish(1, "C1=<Corp>\\" + name + "\r\n");
+    EXPECT_EQ("mine", work_.Bytes("Sub\\a long file name.cfg"));
+    EXPECT_EQ(InDirectory() ? "x" : kMissing, corp_.Bytes("Sub\\" + name));
+}
+
 TEST_P(PublishStoresTest, PublishingAgainBringsTheCopiesUpToDate) {
     for (const char* bytes : {"one", "changed"}) {
         const std::string client = folder_.MakeFile("c.cfg", bytes);

@@ -18,6 +18,9 @@ TEST_P(TransfersAnywhereTest, FindListsFilesByTheirExtensions) {
     EXPECT_THAT(Find(Path("")), UnorderedElementsAre(WidePath("a.kra"), WidePath("b.kre")));
     EXPECT_THAT(Find(Path(""), ".kra;.krv"), ElementsAre(WidePath("a.kra")));
     EXPECT_THAT(Find(Path("*.KRE")), ElementsAre(WidePath("b.kre")));
+    // What stands before the dot of a pattern is not looked at.
+    EXPECT_THAT(Find(Path("x*.kre")), ElementsAre(WidePath("b.kre")));
+    EXPECT_THAT(Find(Path("*")), IsEmpty());
     EXPECT_THAT(Find(Path("Sub")), ElementsAre(WidePath("Sub\\c.kra")));
     EXPECT_THAT(Find(Path("Sub\\")), ElementsAre(WidePath("Sub\\c.kra")));
     EXPECT_THAT(Find(Path(""), "", FIND_FOLDERS), ElementsAre(WidePath("Sub")));
@@ -76,6 +79,23 @@ TEST_P(TransfersAnywhereTest, WhatIsThereIsReplacedOnlyWhenItMay) {
     EXPECT_THAT(Move(Path("a.kra"), Path("Sub\\a.kra"), VARIANT_TRUE), IsOk());
     EXPECT_EQ("new", store_.Bytes("Sub\\a.kra"));
     EXPECT_FALSE(IsThere(Path("a.kra")));
+}
+
+TEST_P(TransfersAnywhereTest, EntryThatHasAnotherFilesShortNameDoesNotReplaceThat) {
+    work_.MakeFile("Sub\\a long file name.kra", "mine");
+    const std::string name = ShortNameOf(work_.At("Sub\\a long file name.kra"));
+    corp_.MakeFile(name, "x");
+    corp_.MakeFile("Tree\\Sub\\" + name, "x");
+    const StoreContents before = work_.Contents(), entries = corp_.Contents();
+    for (const std::string& target : {std::string("Sub\\"), "Sub\\" + name}) {
+        SCOPED_TRACE(target);
+        EXPECT_THAT(Copy(corp_.Path(name), work_.Path(target), VARIANT_TRUE), IsRefused());
+        EXPECT_NE(0u, LastCode());
+        EXPECT_THAT(Move(corp_.Path(name), work_.Path(target), VARIANT_TRUE), IsRefused());
+    }
+    EXPECT_THAT(Copy(corp_.Path("Tree\\Sub"), work_.Path("Sub"), VARIANT_TRUE), IsRefused());
+    EXPECT_EQ(before, work_.Contents());
+    EXPECT_EQ(entries, corp_.Contents());
 }
 
 TEST_P(TransfersAnywhereTest, FileAndFolderNeverReplaceEachOther) {

@@ -65,7 +65,6 @@ TEST_F(DownloadTreeTest, PlacesOfFilesAndFoldersOfOtherNamesAreLeftOutAndCounted
     local_.MakeFolder("a long folder name");
     const std::string file = test::ShortNameOf(local_.At("a long file name.krc"));
     const std::string folder = test::ShortNameOf(local_.At("a long folder name"));
-    if (file.empty()) GTEST_SKIP() << "this volume gives no short names";
     server_.AddFile(file, base_, "x");
     server_.AddFile("x~1.krc", base_, "x");
     server_.AddFolder(folder, base_);

@@ -51,6 +51,20 @@ TEST_P(PairCharactersTest, CopiesMovesAndTreesArriveUnderTheirNames) {
     EXPECT_EQ(StoreContents(), Source().Contents("from"));
 }
 
+TEST_P(PairCharactersTest, NamesInTheFormOfShortOnesArriveAndReplaceNoOtherFile) {
+    const NarrowedNames names;
+    const std::string form = names.folder + "~1.kra";
+    Source().MakeFile("from\\" + form, "1");
+    EXPECT_THAT(Copy(From(form), To(""), true), IsDone()) << error_;
+    EXPECT_EQ("1", Target().Bytes("to\\" + form));
+    if (!FromDirectory() || ToDirectory()) return;
+    Target().MakeFile("to\\" + names.folder + " and more.kra", "mine");
+    const std::string another = ShortNameOf(Target().At("to\\" + names.folder + " and more.kra"));
+    Source().MakeFile("from\\" + another, "x");
+    ExpectRefused([&] { return OnItem(FO_COPY, From(another), To("")); });
+    ExpectRefused([&] { return OnList(FO_MOVE, {From(another)}, To("")); });
+}
+
 TEST_P(PairCharactersTest, MovesOfTreesLoseNoFileThatCannotBeNamed) {
     // Neither a server nor the emulator's file system takes what UTF-8 cannot hold.
     if (GetACP() == CP_UTF8) return;

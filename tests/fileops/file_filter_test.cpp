@@ -64,6 +64,7 @@ TEST(PassesFilterTest, FindsTheExtensionAnywhereInTheFilter) {
         {"a.kra", "*.kra", true},     {"A.KRA", "*.kra", true},      {"a.b.kra", "*.kra", true},
         {"a.kra", ".krv;.kra", true}, {"a.kra", ".krv;.krk", false}, {"a.kr", "*.kra", true},
         {"a.krax", "*.kra", false},   {"a.", "*.kra", true},         {"kra", "*.kra", true},
+        {"a.kra", "b*.kra", true},    {"a.kra", "*", false},         {"a.kra", ".krab", true},
         {"a.kra", "", false},         {"a.kra", "kra", false},
     };
     for (const FilterCase& row : cases) {

@@ -64,6 +64,7 @@ std::string ShortNameOf(const std::string& path) {
     EXPECT_NE(INVALID_HANDLE_VALUE, search) << path;
     if (search == INVALID_HANDLE_VALUE) return {};
     FindClose(search);
+    EXPECT_STRNE("", found.cAlternateFileName) << path;
     return found.cAlternateFileName;
 }
 

@@ -36,8 +36,8 @@ std::string FileBytes(const std::string& path);
 
 bool Exists(const std::string& path);
 
-// Returns the short name that the file system gave besides the file's own; empty where it gives
-// none.
+// Returns the short name that the file system gave besides the file's own. A volume that gives none
+// fails the test.
 std::string ShortNameOf(const std::string& path);
 
 // Writes a registry value, creating the keys on its way.
